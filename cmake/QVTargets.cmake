@@ -1,0 +1,63 @@
+# Settings shared by every target, and one function for each kind of target.
+
+set(CMAKE_CXX_STANDARD 20)
+set(CMAKE_CXX_STANDARD_REQUIRED ON)
+set(CMAKE_CXX_EXTENSIONS OFF)
+set(CMAKE_CXX_VISIBILITY_PRESET hidden)
+set(CMAKE_VISIBILITY_INLINES_HIDDEN ON)
+set(CMAKE_POSITION_INDEPENDENT_CODE ON)
+set(CMAKE_EXPORT_COMPILE_COMMANDS ON)
+set(CMAKE_RUNTIME_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/bin)
+set(CMAKE_LIBRARY_OUTPUT_DIRECTORY ${CMAKE_BINARY_DIR}/lib)
+if(NOT CMAKE_BUILD_TYPE)
+  set(CMAKE_BUILD_TYPE Release)
+endif()
+
+find_program(QV_CCACHE ccache)
+if(QV_CCACHE AND NOT CMAKE_CXX_COMPILER_LAUNCHER)
+  set(CMAKE_CXX_COMPILER_LAUNCHER ${QV_CCACHE})
+endif()
+
+add_library(qv_options INTERFACE)
+# No contraction: the same sums give the same bits on every machine.
+target_compile_options(qv_options INTERFACE
+  -Wall -Wextra -Wpedantic -Wshadow=local -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual
+  -Werror -ffp-contract=off)
+if(QV_SANITIZE)
+  target_compile_options(qv_options INTERFACE
+    -fsanitize=${QV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  target_link_options(qv_options INTERFACE -fsanitize=${QV_SANITIZE})
+  if(QV_SANITIZE MATCHES "thread")
+    # Boost.Asio's fences are not modelled; its locks are.
+    target_compile_options(qv_options INTERFACE -Wno-tsan)
+  endif()
+endif()
+
+# qv_add_library(NAME): the shared library of this folder, exported as QV::NAME.
+function(qv_add_library name)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  if(NOT sources)
+    set(sources ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp)
+    file(TOUCH ${sources})
+  endif()
+  add_library(qv_${name} SHARED ${sources})
+  add_library(QV::${name} ALIAS qv_${name})
+  target_include_directories(qv_${name} PUBLIC
+    $<BUILD_INTERFACE:${PROJECT_SOURCE_DIR}>
+    $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/qv>)
+  target_compile_features(qv_${name} PUBLIC cxx_std_20)
+  target_link_libraries(qv_${name} PRIVATE $<BUILD_INTERFACE:qv_options>)
+  set_target_properties(qv_${name} PROPERTIES
+    EXPORT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+  install(TARGETS qv_${name} EXPORT QVSensorTargets)
+  file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
+  install(DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qv/${folder} FILES_MATCHING PATTERN "*.h")
+endfunction()
+
+# qv_add_program(NAME SOURCE... LIBS LIBRARY...): a program of the build tree.
+function(qv_add_program name)
+  cmake_parse_arguments(PARSE_ARGV 1 arg "" "" "LIBS")
+  add_executable(${name} ${arg_UNPARSED_ARGUMENTS})
+  target_link_libraries(${name} PRIVATE ${arg_LIBS} qv_options)
+endfunction()

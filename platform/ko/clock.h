@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+
+#include <boost/chrono/duration.hpp>
+#include <boost/chrono/time_point.hpp>
+
+#include "platform/api.h"
+
+namespace ko {
+
+/** A signed 64-bit count of nanoseconds. */
+typedef boost::chrono::nanoseconds Duration;
+
+/**
+ * The one time of the process: starts near 0 with the process and never goes back, unless a
+ * SimulatedTime has taken it over. All operations are safe from any thread.
+ */
+struct QV_API Clock {
+  typedef Duration duration;
+  typedef duration::rep rep;
+  typedef duration::period period;
+  typedef boost::chrono::time_point<Clock, duration> time_point;
+
+  static constexpr bool is_steady = true;
+
+  static time_point now() noexcept;
+
+  /** The device manager's count of `time`: whole milliseconds modulo 2^32, as a signed number. */
+  static std::int32_t toInt32ms(time_point time) noexcept;
+
+  /** The time nearest to now whose millisecond count is `ms` modulo 2^32. */
+  static time_point fromInt32ms(std::int32_t ms) noexcept;
+
+  /**
+   * The time nearest to `reference` whose millisecond count is `ms` modulo 2^32. `offsetMs` is what
+   * the device manager was asked to add to the count; it is taken off again.
+   */
+  static time_point fromInt32ms(std::int32_t ms, time_point reference,
+                                std::int32_t offsetMs) noexcept;
+};
+
+}  // namespace ko

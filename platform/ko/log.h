@@ -1,0 +1,111 @@
+#pragma once
+
+#include <optional>
+#include <sstream>
+#include <string>
+#include <string_view>
+
+#include <boost/function.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include "platform/api.h"
+#include "platform/ko/clock.h"
+
+/**
+ * The log: lines of a level, a category and the method that writes them, on standard error and to
+ * sinks. `log::error("Navigation.Sensor", "subscribe") << text << number;` writes one line; nothing
+ * is formatted when nobody wants it. All operations are safe from any thread.
+ */
+namespace ko::log {
+
+enum class Level { silent, fatal, error, warning, info, verbose };
+
+struct Record {
+  Level level = Level::silent;
+  std::string category;
+  std::string method;
+  std::string message;
+  Clock::time_point timestamp;
+};
+
+/** "fatal", "error", ... */
+QV_API const char* getName(Level level);
+
+/** What standard error shows of every category; warning at start. */
+QV_API void setLevel(Level level);
+
+/** A limit for one category, on standard error and for every sink. */
+QV_API void setLevel(const std::string& category, Level level);
+
+/** Takes back what setLevel set for one category. */
+QV_API void resetLevel(const std::string& category);
+
+QV_API bool isEnabled(Level level, std::string_view category);
+
+/** Writes one line; line breaks in the message show as "\n" on standard error. */
+QV_API void write(Level level, std::string_view category, std::string_view method,
+                  std::string message);
+
+typedef boost::function<void(const Record&)> Sink;
+
+/**
+ * Hands every record up to `level` to `sink`, on the thread that writes it, until it goes out of
+ * scope; its destructor waits for a delivery in progress. What a sink logs itself reaches standard
+ * error only.
+ */
+class QV_API ScopedSink {
+ public:
+  ScopedSink(Level level, Sink sink);
+  ~ScopedSink();
+  ScopedSink(const ScopedSink&) = delete;
+  ScopedSink& operator=(const ScopedSink&) = delete;
+
+  struct Entry;
+
+ private:
+  boost::shared_ptr<Entry> entry;
+};
+
+/** A line in the making, written when it goes out of scope. */
+class Line {
+ public:
+  Line(Level level, std::string_view category, std::string_view method)
+      : level(level), category(category), method(method) {
+    if (isEnabled(level, category)) text.emplace();
+  }
+  ~Line() {
+    if (text) write(level, category, method, text->str());
+  }
+  Line(const Line&) = delete;
+  Line& operator=(const Line&) = delete;
+
+  template <typename T>
+  Line& operator<<(const T& value) {
+    if (text) *text << value;
+    return *this;
+  }
+
+ private:
+  Level level;
+  std::string_view category;
+  std::string_view method;
+  std::optional<std::ostringstream> text;
+};
+
+inline Line fatal(std::string_view category, std::string_view method) {
+  return Line(Level::fatal, category, method);
+}
+inline Line error(std::string_view category, std::string_view method) {
+  return Line(Level::error, category, method);
+}
+inline Line warning(std::string_view category, std::string_view method) {
+  return Line(Level::warning, category, method);
+}
+inline Line info(std::string_view category, std::string_view method) {
+  return Line(Level::info, category, method);
+}
+inline Line verbose(std::string_view category, std::string_view method) {
+  return Line(Level::verbose, category, method);
+}
+
+}  // namespace ko::log

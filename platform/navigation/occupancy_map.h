@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "platform/api.h"
+#include "platform/math/pose2d.h"
+
+namespace QV {
+
+/**
+ * A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. Cell (0, 0) touches the
+ * origin, columns run along the origin's x axis and rows along its y axis. Copyable. Reading is
+ * safe from several threads as long as none writes.
+ */
+class QV_API OccupancyMap {
+ public:
+  static constexpr float kUnknown = 0.5f;
+
+  /**
+   * `width` by `height` cells of `resolution` metres; `origin` is the outer corner of cell (0, 0)
+   * in the world. A size or resolution that is not positive, or an origin that is not finite,
+   * throws std::invalid_argument.
+   */
+  OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
+               float occupancy = kUnknown);
+
+  int getWidth() const { return width; }
+  int getHeight() const { return height; }
+  float getResolution() const { return resolution; }
+  const Math::Pose2D& getOrigin() const { return origin; }
+
+  bool isInside(int column, int row) const {
+    return column >= 0 && column < width && row >= 0 && row < height;
+  }
+
+  /** Outside the map: std::out_of_range. */
+  float getOccupancy(int column, int row) const;
+  /** Outside the map: std::out_of_range; an occupancy outside 0..1: std::invalid_argument. */
+  void setOccupancy(int column, int row, float occupancy);
+
+ private:
+  std::size_t xIndex(int column, int row) const;
+
+  int width;
+  int height;
+  float resolution;
+  Math::Pose2D origin;
+  std::vector<float> cells;
+};
+
+}  // namespace QV

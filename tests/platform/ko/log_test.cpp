@@ -1,0 +1,86 @@
+#include "platform/ko/log.h"
+
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/log_capture.h"
+
+namespace ko::log {
+namespace {
+
+using testing::ElementsAre;
+
+/** Counts how often it is formatted. */
+struct Formatted {
+  int* count;
+};
+
+std::ostream& operator<<(std::ostream& stream, const Formatted& value) {
+  ++*value.count;
+  return stream << "formatted";
+}
+
+class LogTest : public testing::Test {
+ protected:
+  ~LogTest() override { resetLevel("Test"); }
+  QV::test::LogCapture capture;
+};
+
+TEST_F(LogTest, aLineCarriesLevelCategoryMethodAndMessage) {
+  error("Test", "run") << "value " << 3 << " of " << std::string("four");
+  EXPECT_THAT(capture.lines(), ElementsAre("error Test.run: value 3 of four"));
+}
+
+TEST_F(LogTest, nothingIsFormattedAboveTheLevelOfTheCategory) {
+  int count = 0;
+  setLevel("Test", Level::error);
+  warning("Test", "run") << Formatted{&count};
+  EXPECT_EQ(count, 0);
+  warning("Other", "run") << Formatted{&count};
+  EXPECT_EQ(count, 1);
+  resetLevel("Test");
+  warning("Test", "run") << Formatted{&count};
+  EXPECT_EQ(count, 2);
+  EXPECT_THAT(capture.lines(),
+              ElementsAre("warning Other.run: formatted", "warning Test.run: formatted"));
+}
+
+TEST_F(LogTest, silentTurnsACategoryOffAltogether) {
+  setLevel("Test", Level::silent);
+  fatal("Test", "run") << "lost";
+  EXPECT_THAT(capture.lines(), ElementsAre());
+}
+
+TEST_F(LogTest, aSinkMayLogAndMayThrowWithoutHarm) {
+  ScopedSink sink(Level::error, [](const Record&) {
+    error("Nested", "sink") << "again";
+    throw std::runtime_error("sink broke");
+  });
+  error("Test", "run") << "first";
+  EXPECT_THAT(capture.lines(), ElementsAre("error Test.run: first"));
+}
+
+TEST_F(LogTest, standardErrorShowsOneLinePerRecord) {
+  setLevel(Level::warning);
+  testing::internal::CaptureStderr();
+  warning("Test", "run") << "two\nlines {} %s";
+  info("Test", "run") << "too low";
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::MatchesRegex("\\[.*\\] \\[warning\\] Test.run: two\\\\nlines \\{\\} %s\n"));
+}
+
+TEST_F(LogTest, aSinkGoesAwayWhileOthersLog) {
+  std::thread writer([] {
+    for (int i = 0; i < 500; ++i) error("Test", "run") << i;
+  });
+  for (int i = 0; i < 500; ++i) {
+    int delivered = 0;
+    ScopedSink sink(Level::error, [&delivered](const Record&) { ++delivered; });
+  }
+  writer.join();
+  EXPECT_EQ(capture.records().size(), 500u);
+}
+
+}  // namespace
+}  // namespace ko::log

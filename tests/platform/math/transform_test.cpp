@@ -1,0 +1,151 @@
+#include "platform/math/transform.h"
+
+#include <cmath>
+#include <numbers>
+#include <stdexcept>
+#include <type_traits>
+
+#include <gmock/gmock.h>
+#include <rapidcheck/gtest.h>
+
+#include "platform/math/metrical_data.h"
+
+namespace QV::Math {
+namespace {
+
+using testing::HasSubstr;
+using testing::ThrowsMessage;
+
+constexpr float kPi = std::numbers::pi_v<float>;
+
+static_assert(std::is_trivially_copyable_v<Pose2D> && std::is_trivially_copyable_v<Position3D> &&
+              std::is_trivially_copyable_v<Transform> &&
+              std::is_trivially_copyable_v<SensorFieldOfView2D>);
+
+void expectNear(const Position3D& actual, const Position3D& expected, float tolerance = 1e-5f) {
+  EXPECT_NEAR(actual.x, expected.x, tolerance);
+  EXPECT_NEAR(actual.y, expected.y, tolerance);
+  EXPECT_NEAR(actual.z, expected.z, tolerance);
+}
+
+void expectNear(const Transform& actual, const Transform& expected, float tolerance = 1e-5f) {
+  for (std::size_t i = 0; i < actual.values.size(); ++i) {
+    EXPECT_NEAR(actual.values[i], expected.values[i], tolerance) << "element " << i;
+  }
+}
+
+float angleFrom(int thousandths) {
+  return static_cast<float>(thousandths) * 0.001f;
+}
+
+TEST(Pose2D, compositionBringsThePoseIntoTheOuterFrameAndKeepsTheAngleSum) {
+  const Pose2D outer(1.0f, 2.0f, kPi / 2);
+  const Pose2D composed = outer * Pose2D(3.0f, 0.0f, kPi);
+  EXPECT_NEAR(composed.x, 1.0f, 1e-6f);
+  EXPECT_NEAR(composed.y, 5.0f, 1e-6f);
+  EXPECT_FLOAT_EQ(composed.theta, 1.5f * kPi);
+}
+
+RC_GTEST_PROP(Pose2D, aPoseAndItsInverseCancel, ()) {
+  const Pose2D pose(static_cast<float>(*rc::gen::inRange(-100, 100)),
+                    static_cast<float>(*rc::gen::inRange(-100, 100)),
+                    angleFrom(*rc::gen::inRange(-7000, 7000)));
+  const Pose2D identity = pinv(pose) * pose;
+  RC_ASSERT(std::abs(identity.x) < 1e-4f);
+  RC_ASSERT(std::abs(identity.y) < 1e-4f);
+  RC_ASSERT(identity.theta == 0.0f);
+}
+
+TEST(Transform, isBuiltFromTwelveFloatsByRowsOnly) {
+  const std::vector<float> byRows{0, -1, 0, 4, 1, 0, 0, 5, 0, 0, 1, 6};
+  expectNear(Transform(byRows) * Position3D(1, 2, 3), Position3D(2, 6, 9));
+  EXPECT_EQ(Transform(byRows).toVector(), byRows);
+  EXPECT_THAT([] { Transform(std::vector<float>(11)); },
+              ThrowsMessage<std::invalid_argument>(HasSubstr("12 floats expected, 11 given")));
+  EXPECT_THAT([] { Pose2D(std::vector<float>(2)); },
+              ThrowsMessage<std::invalid_argument>(HasSubstr("2 given")));
+}
+
+TEST(Transform, theInverseTakesPointsBack) {
+  const Transform transform =
+      Transform::fromPosition({1, -2, 3}) * rotationFrom3DRotation(0.3f, -0.8f, 2.0f);
+  expectNear(inverse(transform) * (transform * Position3D(0.5f, 7.0f, -1.0f)),
+             Position3D(0.5f, 7.0f, -1.0f));
+}
+
+TEST(Transform, aPoseSurvivesTheWayThroughATransform) {
+  const Pose2D pose = pose2DFromTransform(transformFromPose2D(Pose2D(1.5f, -2.5f, 0.7f)));
+  EXPECT_FLOAT_EQ(pose.x, 1.5f);
+  EXPECT_FLOAT_EQ(pose.y, -2.5f);
+  EXPECT_FLOAT_EQ(pose.theta, 0.7f);
+}
+
+TEST(Transform, rotationFrom3DRotationTurnsAboutXThenYThenZ) {
+  expectNear(rotationFrom3DRotation(0, 0, kPi / 2) * Position3D(2, 0, 0), Position3D(0, 2, 0));
+  expectNear(rotationFrom3DRotation(0, kPi / 2, 0) * Position3D(2, 0, 0), Position3D(0, 0, -2));
+  expectNear(rotationFrom3DRotation(kPi / 2, 0, kPi / 2) * Position3D(0, 1, 0),
+             Position3D(0, 0, 1));
+}
+
+TEST(AxisRotationProjection, keepsTheTranslationAndTheTurnAboutTheAxis) {
+  const Transform tilted =
+      Transform::fromPosition({0.1f, 0.2f, 0.9f}) * rotationFrom3DRotation(0, 0.3f, 1.1f);
+  const Transform expected =
+      Transform::fromPosition({0.1f, 0.2f, 0.9f}) * rotationFrom3DRotation(0, 0, 1.1f);
+  expectNear(axisRotationProjection({0, 0, 1}, tilted), expected);
+  expectNear(axisRotationProjection({0, 0, 5}, tilted), expected);
+}
+
+TEST(AxisRotationProjection, ofAnAxisWithoutDirectionIsRefused) {
+  EXPECT_THROW(axisRotationProjection({0, 0, 0}, Transform()), std::invalid_argument);
+  EXPECT_THROW(axisRotationProjection({NAN, 0, 1}, Transform()), std::invalid_argument);
+}
+
+RC_GTEST_PROP(AxisRotationProjection, givesTheNearestRotationAboutTheAxis, ()) {
+  const Position3D axis(static_cast<float>(*rc::gen::inRange(-9, 10)),
+                        static_cast<float>(*rc::gen::inRange(-9, 10)), 2.5f);
+  const Transform rotation = rotationFrom3DRotation(angleFrom(*rc::gen::inRange(-3000, 3000)),
+                                                    angleFrom(*rc::gen::inRange(-1500, 1500)),
+                                                    angleFrom(*rc::gen::inRange(-3000, 3000)));
+  const auto distance = [&](const Transform& other) {
+    float sum = 0.0f;
+    for (int row = 0; row < 3; ++row) {
+      for (int column = 0; column < 3; ++column) {
+        const float difference = other(row, column) - rotation(row, column);
+        sum += difference * difference;
+      }
+    }
+    return sum;
+  };
+  const Transform projected = axisRotationProjection(axis, rotation);
+  const Position3D along = projected * axis;
+  RC_ASSERT(norm(Position3D(along.x - axis.x, along.y - axis.y, along.z - axis.z)) < 1e-3f);
+  // A rotation about the axis by any further angle is no nearer.
+  const float length = norm(axis);
+  const Position3D unit(axis.x / length, axis.y / length, axis.z / length);
+  const float yaw = std::atan2(unit.y, unit.x);
+  const float pitch = std::acos(unit.z);
+  const Transform toAxis = rotationFrom3DRotation(0, pitch, yaw);
+  const Transform further =
+      toAxis * rotationFrom3DRotation(0, 0, angleFrom(*rc::gen::inRange(-3000, 3000))) *
+      inverse(toAxis) * projected;
+  RC_ASSERT(distance(projected) <= distance(further) + 1e-3f);
+}
+
+TEST(MetricalData, startsEmptyAndTellsAgeAndPlacedPoints) {
+  const MetricalData empty;
+  EXPECT_EQ(empty.sensorTransform, Transform());
+  EXPECT_EQ(empty.timestamp, ko::Clock::time_point());
+  EXPECT_TRUE(empty.sensorName.empty() && empty.familyName.empty() && empty.points.empty());
+
+  MetricalData record;
+  record.sensorTransform = transformFromPose2D(Pose2D(1.0f, 1.0f, kPi));
+  record.points = {Position3D(0.5f, 0.25f, 0.75f)};
+  record.timestamp = ko::Clock::time_point(ko::Duration(40));
+  ASSERT_EQ(pointsInFrame(record).size(), 1u);
+  expectNear(pointsInFrame(record)[0], Position3D(0.5f, 0.75f, 0.75f));
+  EXPECT_EQ(age(record, ko::Clock::time_point(ko::Duration(100))), ko::Duration(60));
+}
+
+}  // namespace
+}  // namespace QV::Math

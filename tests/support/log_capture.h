@@ -1,0 +1,51 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "platform/ko/log.h"
+
+namespace QV::test {
+
+/** Collects every log line while it lives, and keeps standard error quiet. */
+class LogCapture {
+ public:
+  LogCapture()
+      : sink(ko::log::Level::verbose, [this](const ko::log::Record& record) { add(record); }) {
+    ko::log::setLevel(ko::log::Level::silent);
+  }
+  ~LogCapture() { ko::log::setLevel(ko::log::Level::warning); }
+
+  std::vector<ko::log::Record> records() const {
+    std::lock_guard<std::mutex> lock(mutex);
+    return collected;
+  }
+
+  /** Each line as "level category.method: message". */
+  std::vector<std::string> lines() const {
+    std::vector<std::string> result;
+    for (const auto& record : records()) {
+      result.push_back(std::string(ko::log::getName(record.level)) + " " + record.category + "." +
+                       record.method + ": " + record.message);
+    }
+    return result;
+  }
+
+  void clear() {
+    std::lock_guard<std::mutex> lock(mutex);
+    collected.clear();
+  }
+
+ private:
+  void add(const ko::log::Record& record) {
+    std::lock_guard<std::mutex> lock(mutex);
+    collected.push_back(record);
+  }
+
+  mutable std::mutex mutex;
+  std::vector<ko::log::Record> collected;
+  ko::log::ScopedSink sink;
+};
+
+}  // namespace QV::test
