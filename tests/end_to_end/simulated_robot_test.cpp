@@ -7,7 +7,7 @@
 
 #include <gtest/gtest.h>
 
-#include "robot/world/map_server.h"
+#include "robot/world/map_files.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/simulation/simulated_sensor_manager.h"
 #include "tests/support/sampled_ray.h"
@@ -125,8 +125,8 @@ INSTANTIATE_TEST_SUITE_P(EveryKind, SimulatedRobotOnRealMap,
                                          "pal_small_office/map.yaml", "turtlebot3/map.yaml",
                                          "intel.yaml", "columbia.yaml",
                                          "pal_willow_garage/map.yaml"),
-                         [](const auto& info) {
-                           std::string name = info.param;
+                         [](const auto& parameter) {
+                           std::string name = parameter.param;
                            for (char& c : name)
                              c = std::isalnum(static_cast<unsigned char>(c)) ? c : '_';
                            return name;
