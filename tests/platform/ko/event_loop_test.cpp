@@ -111,6 +111,19 @@ TEST(Future, cancellingReleasesWhatTheCallCaptured) {
   EXPECT_EQ(token.use_count(), 1);
 }
 
+TEST(Future, whatACallCapturedIsReleasedBeforeItCountsAsFinished) {
+  SimulatedTime time;
+  Future<void> sut;
+  bool finishedFirst = true;
+  std::shared_ptr<int> token(new int, [&](int* value) {
+    finishedFirst = sut.isFinished();
+    delete value;
+  });
+  sut = getEventLoop().asyncDelay([token = std::move(token)] {}, milliseconds(1));
+  sut.wait();
+  EXPECT_FALSE(finishedFirst);
+}
+
 TEST(Future, aCallThatIsQueuedAlreadyDoesNotStartAfterItsCancelling) {
   bool ran = false;
   test::PoolHold hold(test::kPoolThreads);
@@ -162,6 +175,23 @@ TEST(Future, waitingForItMakesTheOwnerOfTheTimeAdvance) {
   getEventLoop().asyncDelay(timeline.noting("after"), milliseconds(3));
   sut.wait();
   EXPECT_THAT(timeline.lines, ElementsAre("before 1", "call 2"));
+}
+
+TEST(Future, anotherThreadThatWaitsLeavesTheCallToTheOwner) {
+  Timeline timeline;
+  std::thread::id runner;
+  auto sut =
+      getEventLoop().asyncDelay([&] { runner = std::this_thread::get_id(); }, milliseconds(1));
+  std::latch begun(1);
+  std::thread waiter([&] {
+    begun.count_down();
+    sut.wait();
+  });
+  begun.wait();
+  for (int i = 0; i < 100; ++i) std::this_thread::yield();
+  timeline.advanceMs(1);
+  waiter.join();
+  EXPECT_EQ(runner, std::this_thread::get_id());
 }
 
 TEST(Future, ofARunningCallCanNotBeWaitedForInsideIt) {

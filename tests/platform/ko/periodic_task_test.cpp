@@ -3,6 +3,7 @@
 #include <atomic>
 #include <limits>
 #include <memory>
+#include <optional>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -88,6 +89,21 @@ TEST_F(PeriodicTaskTest, aSecondStartBeginsAnewAndLeavesOneTaskNotTwo) {
   sut.start(false);
   timeline.advanceMs(30);
   EXPECT_THAT(timeline.lines, ElementsAre("run 15", "run 25", "run 35"));
+}
+
+TEST(PeriodicTask, nothingOfItStaysBehindWhenItIsDestroyed) {
+  for (const bool simulated : {true, false}) {
+    std::optional<SimulatedTime> time;
+    if (simulated) time.emplace();
+    const auto token = std::make_shared<int>();
+    auto sut = std::make_unique<PeriodicTask>();
+    sut->setCallback([token] {});
+    sut->setPeriod(hours(1));
+    sut->start(false);
+    sut->start(false);
+    sut.reset();
+    EXPECT_EQ(token.use_count(), 1) << "simulated: " << simulated;
+  }
 }
 
 TEST_F(PeriodicTaskTest, anExceptionIsLoggedAndTheTaskGoesOn) {
