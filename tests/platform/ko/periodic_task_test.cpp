@@ -135,6 +135,34 @@ TEST_F(PeriodicTaskTest, theCallbackMayStopChangeAndRestartItsTaskButIsNotEntere
   EXPECT_THAT(timeline.lines, ElementsAre("begin 0", "end 50", "changed 50", "changed 70"));
 }
 
+TEST_F(PeriodicTaskTest, restartsInTheCallbackLeaveOneTaskNotTwo) {
+  sut.setCallback([this] {
+    timeline.note("run");
+    if (timeline.lines.size() == 1) {
+      sut.start(true);
+      os::msleep(1);
+      sut.start(false);
+    }
+    os::msleep(3);
+  });
+  sut.start(true);
+  timeline.advanceMs(40);
+  EXPECT_THAT(timeline.lines, ElementsAre("run 0", "run 11", "run 24", "run 37"));
+}
+
+TEST_F(PeriodicTaskTest, aRestartThatIsTakenBackInTheCallbackLeavesItStopped) {
+  sut.setCallback([this] {
+    timeline.note("run");
+    sut.start(true);
+    os::msleep(30);
+    sut.stop();
+  });
+  sut.start(true);
+  timeline.advanceMs(100);
+  EXPECT_THAT(timeline.lines, ElementsAre("run 0"));
+  EXPECT_FALSE(sut.isRunning());
+}
+
 TEST_F(PeriodicTaskTest, aCallThatRunsInsideTheCallbacksSleepMayStopTheTask) {
   sut.setCallback([this] {
     os::msleep(5);
@@ -209,17 +237,15 @@ TEST(PeriodicTaskOnThePool, stopNeitherWaitsForARunThatHasNotBegunNorLetsItBegin
   PeriodicTask sut;
   sut.setPeriod(hours(1));
   sut.setCallback([&] { ++runs; });
-  {
+  for (const bool startAgain : {false, true}) {
     test::PoolHold hold(test::kPoolThreads);
     sut.start(true);
     sut.stop();
-    sut.start(true);
-    sut.stop();
-    sut.start(true);
+    if (startAgain) sut.start(true);
+    hold.release();
+    test::flushPool();
+    EXPECT_EQ(runs, startAgain ? 1 : 0);
   }
-  test::flushPool();
-  sut.stop();
-  EXPECT_EQ(runs, 1);
 }
 
 TEST(PeriodicTaskOnThePool, theCallbackMayStopAndDestroyItsTask) {
