@@ -28,7 +28,8 @@ const XMLElement& parse(const std::string& xml, tinyxml2::XMLDocument& document)
                              " bytes expected, " + std::to_string(xml.size()) + " given");
   }
   if (document.Parse(xml.data(), xml.size()) != tinyxml2::XML_SUCCESS) {
-    throw std::runtime_error("robot description, line " + std::to_string(document.ErrorLineNum()) +
+    throw std::runtime_error("robot description, line " +
+                             std::to_string(std::max(1, document.ErrorLineNum())) +
                              ": well-formed XML expected, the parser says " + document.ErrorName());
   }
   const XMLElement* root = document.RootElement();

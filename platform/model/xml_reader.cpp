@@ -24,19 +24,8 @@ namespace {
              quoted(attribute.Value()) + " given");
 }
 
-const tinyxml2::XMLAttribute* find(const XMLElement& element, std::string_view name) {
-  const tinyxml2::XMLAttribute* found = nullptr;
-  for (auto* attribute = element.FirstAttribute(); attribute; attribute = attribute->Next()) {
-    if (attribute->Name() != name) continue;
-    // The parser lets it pass, though it is not well-formed.
-    if (found) fail(element, "attribute " + std::string(name) + " is there twice");
-    found = attribute;
-  }
-  return found;
-}
-
 const tinyxml2::XMLAttribute& require(const XMLElement& element, const char* name) {
-  const tinyxml2::XMLAttribute* found = find(element, name);
+  const tinyxml2::XMLAttribute* found = element.FindAttribute(name);
   if (!found) fail(element, "an attribute " + std::string(name) + " expected, it has none");
   return *found;
 }
@@ -99,7 +88,7 @@ const XMLElement& requiredChild(const XMLElement& element, const char* name) {
 }
 
 std::optional<std::string> optionalText(const XMLElement& element, const char* attribute) {
-  const tinyxml2::XMLAttribute* found = find(element, attribute);
+  const tinyxml2::XMLAttribute* found = element.FindAttribute(attribute);
   if (!found) return std::nullopt;
   return found->Value();
 }
@@ -130,7 +119,7 @@ float requiredNumber(const XMLElement& element, const char* attribute) {
 }
 
 float numberOr(const XMLElement& element, const char* attribute, float absent) {
-  const tinyxml2::XMLAttribute* found = find(element, attribute);
+  const tinyxml2::XMLAttribute* found = element.FindAttribute(attribute);
   return found ? toFloat(element, *found) : absent;
 }
 
@@ -142,7 +131,7 @@ float requiredSize(const XMLElement& element, const char* attribute) {
 }
 
 std::optional<Math::Position3D> optionalVector(const XMLElement& element, const char* attribute) {
-  const tinyxml2::XMLAttribute* found = find(element, attribute);
+  const tinyxml2::XMLAttribute* found = element.FindAttribute(attribute);
   if (!found) return std::nullopt;
   return toVector(element, *found);
 }
