@@ -4,28 +4,26 @@
 #include <filesystem>
 #include <fstream>
 #include <iterator>
-#include <stdexcept>
+#include <optional>
 #include <string>
-
-#include <gtest/gtest.h>
 
 namespace QV::test {
 
-/** The folder of recorded data; empty when the environment names none. */
-inline std::filesystem::path realData() {
-  const char* folder = std::getenv("QV_DATA");
-  return folder ? folder : "";
+/** A file of the real data that QV_DATA names; nothing when it isn't there: skip the test then. */
+inline std::optional<std::string> findRealData(const std::string& name) {
+  const char* const folder = std::getenv("QV_DATA");
+  if (folder == nullptr) return std::nullopt;
+  const std::filesystem::path path = std::filesystem::path(folder) / name;
+  if (!std::filesystem::exists(path)) return std::nullopt;
+  return path.string();
 }
 
-/** The content of a file; one that cannot be read is a std::runtime_error. */
-inline std::string readFile(const std::filesystem::path& path) {
-  std::ifstream file(path, std::ios::binary);
-  if (!file) throw std::runtime_error("cannot read " + path.string());
-  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+/** The content of a file of the real data; nothing when it isn't there. */
+inline std::optional<std::string> readRealData(const std::string& name) {
+  const std::optional<std::string> path = findRealData(name);
+  if (!path) return std::nullopt;
+  std::ifstream file(*path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 
 }  // namespace QV::test
-
-/** Ends the test as skipped when there is no recorded data. */
-#define QV_SKIP_WITHOUT_REAL_DATA() \
-  if (QV::test::realData().empty()) GTEST_SKIP() << "QV_DATA names no folder of recorded data"

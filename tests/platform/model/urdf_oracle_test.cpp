@@ -91,11 +91,11 @@ void expectSameShapes(const Robot& actual, const urdf::Link& expected) {
 class UrdfOracle : public testing::TestWithParam<const char*> {};
 
 TEST_P(UrdfOracle, aRealDescriptionReadsAsAnotherReaderReadsIt) {
-  QV_SKIP_WITHOUT_REAL_DATA();
-  const std::string xml = test::readFile(test::realData() / "urdf" / GetParam());
-  const urdf::ModelInterfaceSharedPtr expected = urdf::parseURDF(xml);
+  const auto xml = test::readRealData(std::string("urdf/") + GetParam());
+  if (!xml) GTEST_SKIP() << "no real data";
+  const urdf::ModelInterfaceSharedPtr expected = urdf::parseURDF(*xml);
   ASSERT_TRUE(expected);
-  const Robot actual = ModelUtils::robotFromXml(xml);
+  const Robot actual = ModelUtils::robotFromXml(*xml);
 
   EXPECT_EQ(actual.name, expected->getName());
   EXPECT_EQ(actual.rootLink, expected->getRoot()->name);
