@@ -266,27 +266,34 @@ TEST_F(MotionServiceTest, theVelocityIsForwardLeftwardAndTurning) {
   EXPECT_THAT(QVMotionProxy(broker).getRobotVelocity(), ElementsAre(0.5f, -0.25f, 1.5f));
 }
 
-// The second joint turns back what the first one turned, so every whole posture points ahead.
+// Each second joint turns back what the first one turned, so every whole posture points ahead.
 TEST(MotionServiceThreads, eachAnswerIsOfOnePosture) {
-  MotionService sut(Model::ModelUtils::robotFromXml(R"(<robot name="r">
-      <link name="a"/><link name="b"/><link name="c"/>
-      <joint name="there" type="continuous"><parent link="a"/><child link="b"/></joint>
-      <joint name="back" type="continuous"><parent link="b"/><child link="c"/></joint></robot>)"));
-  std::atomic<bool> done{false};
+  std::string xml = "<robot name='r'><link name='0'/>";
+  for (int i = 1; i <= 40; ++i) {
+    const std::string name = std::to_string(i);
+    xml += "<link name='" + name + "'/><joint name='" + name +
+           "' type='continuous'><parent link='" + std::to_string(i - 1) + "'/><child link='" +
+           name + "'/></joint>";
+  }
+  MotionService sut(Model::ModelUtils::robotFromXml(xml + "</robot>"));
+  const auto turnTo = [&](double angle) {
+    Positions positions;
+    for (int i = 1; i <= 40; ++i) positions[std::to_string(i)] = i % 2 == 0 ? angle : -angle;
+    sut.setJointPositions(positions);
+  };
+  std::atomic<int> reading{2};
   std::atomic<int> crooked{0};
   const auto read = [&] {
-    while (!done) {
-      const Transform now = sut.getTransform("back", 0, true);
-      const Transform past = sut.getTransformAtTime("back", ko::Clock::now());
+    for (int i = 0; i < 20'000; ++i) {
+      const Transform now = sut.getTransform("40", 0, true);
+      const Transform past = sut.getTransformAtTime("40", ko::Clock::now());
       if (std::abs(now(1, 2)) > 1e-5f || std::abs(past(1, 2)) > 1e-5f) ++crooked;
     }
+    --reading;
   };
   std::thread first(read);
   std::thread second(read);
-  for (int i = 0; i < 20'000; ++i) {
-    sut.setJointPositions({{"there", i * 0.1}, {"back", i * -0.1}});
-  }
-  done = true;
+  for (int i = 0; reading > 0; ++i) turnTo(i * 0.1);
   first.join();
   second.join();
   EXPECT_EQ(crooked, 0);
