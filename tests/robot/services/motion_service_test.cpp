@@ -188,7 +188,8 @@ TEST_F(MotionServiceTest, commandsCountOnlyWhenSensorValuesAreNotWanted) {
   expectNear(ask("elbow", 0, false), ask("elbow", 0, true), "it was given no command");
 }
 
-TEST_F(MotionServiceTest, positionsAreInterpolatedBetweenMeasurements) {
+TEST_F(MotionServiceTest, posturesAreInterpolatedBetweenMeasurements) {
+  EXPECT_FLOAT_EQ(heightAt(10'000), 0.5f);
   setMast(0.1);
   time.advance(milliseconds(100));
   setMast(0.3);
@@ -198,6 +199,8 @@ TEST_F(MotionServiceTest, positionsAreInterpolatedBetweenMeasurements) {
   EXPECT_FLOAT_EQ(heightAt(10'100), 0.8f);
   EXPECT_FLOAT_EQ(heightAt(10'150), 0.8f);
   EXPECT_FLOAT_EQ(heightAt(9'000), 0.6f);
+  sut->setGroundPose(at(0, 0, 1) * Math::rotationFrom3DRotation(0, 0.4f, 0));
+  expectNear(askAt("base", 10'125), at(0, 0, 0.5f) * Math::rotationFrom3DRotation(0, 0.2f, 0));
 }
 
 TEST_F(MotionServiceTest, aSecondMeasurementAtOneTimeReplacesTheFirst) {
@@ -209,19 +212,6 @@ TEST_F(MotionServiceTest, aSecondMeasurementAtOneTimeReplacesTheFirst) {
   EXPECT_FLOAT_EQ(heightAt(10'000), 0.7f);
   EXPECT_FLOAT_EQ(heightAt(10'005), 0.8f);
   EXPECT_NE(ask("elbow", 0), ask("shoulder", 0) * at(0.3f, 0, 0));
-}
-
-TEST_F(MotionServiceTest, theGroundPoseIsInterpolatedToo) {
-  sut->setGroundPose(at(0, 0, 0.1f));
-  time.advance(milliseconds(100));
-  sut->setGroundPose(at(0, 0, 0.3f) * Math::rotationFrom3DRotation(0, 0.4f, 0));
-  expectNear(askAt("base", 10'025), at(0, 0, 0.15f) * Math::rotationFrom3DRotation(0, 0.1f, 0));
-}
-
-TEST_F(MotionServiceTest, beforeAnyMeasurementTheRobotStandsAtZero) {
-  time.advance(milliseconds(5'000));
-  EXPECT_FLOAT_EQ(heightAt(9'000), 0.5f);
-  EXPECT_FLOAT_EQ(heightAt(15'000), 0.5f);
 }
 
 TEST_F(MotionServiceTest, aTimeThatIsNotCoveredIsAnErrorThatSaysWhichTimesAre) {
