@@ -15,7 +15,6 @@
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_motion_proxy.h"
 #include "platform/model/model_utils.h"
-#include "robot/services/robot_model_service.h"
 #include "tests/support/real_data.h"
 #include "tests/support/throws.h"
 
@@ -287,12 +286,6 @@ TEST(MotionServiceThreads, eachAnswerIsOfOnePosture) {
   first.join();
   second.join();
   EXPECT_EQ(crooked, 0);
-}
-
-TEST(RobotModelService, handsTheDescriptionOutAsItIs) {
-  const auto broker = QVBroker::create();
-  broker->registerModule(boost::make_shared<RobotModelService>("<robot> \n"));
-  EXPECT_EQ(broker->getProxy("QVRobotModel", 0)->call<std::string>("getConfig"), "<robot> \n");
 }
 
 }  // namespace
