@@ -1,21 +1,11 @@
 #include "platform/ko/clock.h"
 
-#include <chrono>
-
 #include <boost/chrono/floor.hpp>
 
 #include "platform/ko/time_source.h"
 
 namespace ko {
 namespace {
-
-std::chrono::steady_clock::time_point processStart() noexcept {
-  static const auto start = std::chrono::steady_clock::now();
-  return start;
-}
-
-// Fixes the start when the library is loaded, not at the first question.
-[[maybe_unused]] const auto loaded = processStart();
 
 std::int64_t wholeMilliseconds(Clock::time_point time) noexcept {
   return boost::chrono::floor<boost::chrono::milliseconds>(time.time_since_epoch()).count();
@@ -25,9 +15,7 @@ std::int64_t wholeMilliseconds(Clock::time_point time) noexcept {
 
 Clock::time_point Clock::now() noexcept {
   const auto simulated = detail::simulatedNow();
-  if (simulated) return *simulated;
-  const auto elapsed = std::chrono::steady_clock::now() - processStart();
-  return time_point(Duration(std::chrono::nanoseconds(elapsed).count()));
+  return simulated ? *simulated : detail::machineNow();
 }
 
 std::int32_t Clock::toInt32ms(time_point time) noexcept {

@@ -3,6 +3,9 @@
 #include <atomic>
 #include <stdexcept>
 
+#include <boost/make_shared.hpp>
+
+#include "platform/ko/simulated_scheduler.h"
 #include "platform/ko/time_source.h"
 
 namespace ko {
@@ -10,24 +13,63 @@ namespace {
 
 std::atomic<bool> taken{false};
 
+void checkNotNegative(Duration duration) {
+  if (duration >= Duration::zero()) return;
+  throw std::invalid_argument("SimulatedTime: time can't be advanced by a negative duration");
+}
+
 }  // namespace
 
 SimulatedTime::SimulatedTime(Clock::time_point start) {
   if (taken.exchange(true))
     throw std::logic_error("SimulatedTime: the clock is already taken over");
-  detail::showSimulatedTime(start);
+  scheduler = boost::make_shared<detail::SimulatedScheduler>(start);
+  detail::installScheduler(scheduler);
 }
 
 SimulatedTime::~SimulatedTime() {
-  detail::showMachineTime();
+  detail::installScheduler(nullptr);
+  scheduler->end();
   taken = false;
 }
 
 void SimulatedTime::advance(Duration duration) {
-  if (duration < Duration::zero()) {
-    throw std::invalid_argument("SimulatedTime: time can't be advanced by a negative duration");
+  checkNotNegative(duration);
+  xCheckOwner();
+  scheduler->advanceTo(detail::later(scheduler->now(), duration));
+}
+
+void SimulatedTime::advanceTo(Clock::time_point time) {
+  xCheckOwner();
+  if (time < scheduler->now())
+    throw std::invalid_argument("SimulatedTime: time can't be moved back");
+  scheduler->advanceTo(time);
+}
+
+void SimulatedTime::runDue() {
+  advance(Duration::zero());
+}
+
+bool SimulatedTime::runUntil(const boost::function<bool()>& reached, Duration limit) {
+  checkNotNegative(limit);
+  xCheckOwner();
+  const auto end = detail::later(scheduler->now(), limit);
+  while (!reached()) {
+    if (scheduler->runNext(end)) continue;
+    scheduler->advanceTo(end);
+    return reached();
   }
-  detail::showSimulatedTime(Clock::now() + duration);
+  return true;
+}
+
+void SimulatedTime::awaitSleepers(std::size_t count) {
+  xCheckOwner();
+  scheduler->awaitSleepers(count);
+}
+
+void SimulatedTime::xCheckOwner() const {
+  if (scheduler->isOwner()) return;
+  throw std::logic_error("SimulatedTime: only the thread that took the clock over may advance it");
 }
 
 }  // namespace ko

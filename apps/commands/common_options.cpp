@@ -1,0 +1,55 @@
+#include "apps/commands/common_options.h"
+
+#include <CLI/CLI.hpp>
+
+#include "apps/arguments.h"
+#include "apps/shared_files.h"
+#include "sensor/core/scoped_subscription.h"
+
+namespace QV::app {
+
+std::string CommonOptions::mapPath() const {
+  return map.empty() ? findSharedFile("maps/apartment.yaml") : map;
+}
+
+std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {
+  const std::set<std::string> names(subscriptions.begin(), subscriptions.end());
+  checkNames(manager, names);
+  return names.empty() ? manager.getFamilyNames() : names;
+}
+
+void addKind(CLI::App& command, CommonOptions& options) {
+  command
+      .add_option("--kind", options.kind,
+                  "robot kind: -1 (a perfect laser), 0 (two sonars) or 1 (bumpers, sonars, camera)")
+      ->capture_default_str();
+}
+
+void addMap(CLI::App& command, CommonOptions& options) {
+  command.add_option(
+      "--map", options.map,
+      "map_server map: a YAML file beside its PGM or PNG (default: the project's own)");
+}
+
+void addSubscriptions(CLI::App& command, CommonOptions& options) {
+  command
+      .add_option("--subscribe", options.subscriptions,
+                  "sensor or family to subscribe to; repeat for more (default: every family)")
+      ->allow_extra_args(false);
+}
+
+void addPose(CLI::App& command, CommonOptions& options) {
+  command.add_option("--pose", options.pose, "robot pose x,y,theta in the map (m, rad)")
+      ->required();
+}
+
+Reading readOnce(SimulatedRobot& robot, const CommonOptions& options) {
+  const Math::Pose2D pose = parsePose(options.pose);
+  warnOfPose(robot.getMap(), pose);
+  robot.setPose(pose);
+  auto& manager = robot.getManager();
+  const sensor::ScopedSubscription subscription(manager, "qvsensors", options.namesFor(manager));
+  return {pose, manager.getMetricalData()};
+}
+
+}  // namespace QV::app

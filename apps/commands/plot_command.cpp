@@ -1,0 +1,36 @@
+#include <iostream>
+#include <memory>
+
+#include "apps/commands/commands.h"
+#include "apps/commands/common_options.h"
+#include "apps/picture/run_picture.h"
+
+namespace QV::app {
+namespace {
+
+void plot(const CommonOptions& options, const std::string& output) {
+  SimulatedRobot robot(options.kind, options.mapPath());
+  const Reading reading = readOnce(robot, options);
+  writePicture({robot.getMap(),
+                {reading.pose},
+                reading.records,
+                "Simulated robot of kind " + std::to_string(options.kind)},
+               output);
+  std::cout << "Wrote " << output << '\n';
+}
+
+}  // namespace
+
+void addPlotCommand(CLI::App& program) {
+  auto options = std::make_shared<CommonOptions>();
+  auto output = std::make_shared<std::string>("scan.png");
+  CLI::App* command = program.add_subcommand("plot", "Draw one reading over the map, as a PNG");
+  addMap(*command, *options);
+  addKind(*command, *options);
+  addPose(*command, *options);
+  addSubscriptions(*command, *options);
+  command->add_option("-o,--output", *output, "picture to write")->capture_default_str();
+  command->callback([options, output] { plot(*options, *output); });
+}
+
+}  // namespace QV::app

@@ -1,0 +1,11 @@
+#pragma once
+
+namespace QV::app {
+
+/** From now on SIGINT and SIGTERM ask for an end instead of ending the program. */
+void catchInterrupts();
+
+/** Whether somebody has asked for an end. Safe from any thread. */
+bool isInterrupted();
+
+}  // namespace QV::app

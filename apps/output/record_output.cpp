@@ -1,0 +1,128 @@
+#include "apps/output/record_output.h"
+
+#include <charconv>
+#include <cmath>
+#include <ostream>
+
+#include "apps/output/number_text.h"
+#include "apps/output/table.h"
+#include "apps/usage_error.h"
+
+namespace QV::app {
+namespace {
+
+using nlohmann::ordered_json;
+
+ordered_json number(float value) {
+  if (!std::isfinite(value)) return nullptr;
+  const std::string text = shortest(value);
+  double result = 0.0;
+  std::from_chars(text.data(), text.data() + text.size(), result);
+  return result;
+}
+
+ordered_json toJson(const Math::SensorFieldOfView2D& fieldOfView) {
+  return {{"minRange", number(fieldOfView.minRange)},
+          {"maxRange", number(fieldOfView.maxRange)},
+          {"angularRange", number(fieldOfView.angularRange)},
+          {"rayCount", fieldOfView.rayCount}};
+}
+
+void writeTable(std::ostream& out, const std::vector<Math::MetricalData>& records,
+                const std::string& frame) {
+  out << "Places: sensors in the " << frame
+      << "'s frame (x y z in m). Ranges in m, angles in rad.\n";
+  Table table({"sensor", "family", ">points", ">nearest", ">range", ">aperture", ">at x", ">y",
+               ">z", ">time s"});
+  for (const auto& record : records) {
+    const auto nearest = nearestObstacle(record);
+    const auto at = Math::position3DFromTransform(record.sensorTransform);
+    const auto& fov = record.fieldOfView;
+    const auto seconds = static_cast<double>(record.timestamp.time_since_epoch().count()) * 1e-9;
+    table.add({record.sensorName, record.familyName, std::to_string(record.points.size()),
+               nearest ? fixed(*nearest, 3) : "-",
+               shortest(fov.minRange) + ".." + shortest(fov.maxRange), fixed(fov.angularRange, 2),
+               fixed(at.x, 2), fixed(at.y, 2), fixed(at.z, 2), fixed(seconds, 3)});
+  }
+  table.print(out);
+}
+
+std::string quoted(const std::string& text) {
+  std::string result = "\"";
+  for (const char c : text) result += c == '"' ? std::string("\"\"") : std::string(1, c);
+  return result + "\"";
+}
+
+void writeCsv(std::ostream& out, const std::vector<Math::MetricalData>& records,
+              const std::string& frame) {
+  out << "sensorName,familyName,frame,minRange,maxRange,angularRange,rayCount,timestamp";
+  for (int i = 0; i < 12; ++i) out << ",t" << i / 4 << i % 4;
+  out << ",point,x,y,z\n";
+  for (const auto& record : records) {
+    const auto& fov = record.fieldOfView;
+    std::string start = quoted(record.sensorName) + "," + quoted(record.familyName) + "," + frame +
+                        "," + shortest(fov.minRange) + "," + shortest(fov.maxRange) + "," +
+                        shortest(fov.angularRange) + "," + std::to_string(fov.rayCount) + "," +
+                        std::to_string(record.timestamp.time_since_epoch().count());
+    for (const float value : record.sensorTransform.values) start += "," + shortest(value);
+    if (record.points.empty()) out << start << ",,,,\n";
+    for (std::size_t i = 0; i < record.points.size(); ++i) {
+      const auto& point = record.points[i];
+      out << start << ',' << i << ',' << shortest(point.x) << ',' << shortest(point.y) << ','
+          << shortest(point.z) << '\n';
+    }
+  }
+}
+
+}  // namespace
+
+Format parseFormat(const std::string& text) {
+  if (text == "table") return Format::table;
+  if (text == "json") return Format::json;
+  if (text == "csv") return Format::csv;
+  throw UsageError("--format: table, json or csv expected, \"" + text + "\" given");
+}
+
+ordered_json toJson(const Math::MetricalData& record, const std::string& frame) {
+  ordered_json transform = ordered_json::array();
+  for (const float value : record.sensorTransform.values) transform.push_back(number(value));
+  ordered_json points = ordered_json::array();
+  for (const auto& point : record.points) {
+    points.push_back({{"x", number(point.x)}, {"y", number(point.y)}, {"z", number(point.z)}});
+  }
+  return {{"sensorName", record.sensorName},
+          {"familyName", record.familyName},
+          {"fieldOfView", toJson(record.fieldOfView)},
+          {"sensorTransform", transform},
+          {"points", points},
+          {"timestamp", record.timestamp.time_since_epoch().count()},
+          {"frame", frame}};
+}
+
+std::optional<float> nearestObstacle(const Math::MetricalData& record) {
+  // Rays that met nothing are points at the maximum range, give or take a rounding.
+  const float limit = record.fieldOfView.maxRange * (1.0f - 1e-5f);
+  std::optional<float> nearest;
+  for (const auto& point : record.points) {
+    const float range = std::hypot(point.x, point.y);
+    if (range < limit && (!nearest || range < *nearest)) nearest = range;
+  }
+  return nearest;
+}
+
+void writeRecords(std::ostream& out, const std::vector<Math::MetricalData>& records, Format format,
+                  const std::string& frame) {
+  switch (format) {
+    case Format::table:
+      writeTable(out, records, frame);
+      break;
+    case Format::csv:
+      writeCsv(out, records, frame);
+      break;
+    case Format::json:
+      for (const auto& record : records) out << toJson(record, frame) << '\n';
+      break;
+  }
+}
+
+}  // namespace QV::app

@@ -1,0 +1,124 @@
+#include "apps/picture/run_picture.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+#include <stdexcept>
+
+#include <opencv2/imgcodecs.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "apps/output/number_text.h"
+#include "apps/picture/legend.h"
+#include "apps/picture/map_canvas.h"
+#include "apps/picture/palette.h"
+
+namespace QV::app {
+namespace {
+
+constexpr int kWidestPixels = 1400;
+// Maps larger than this are shown around the robot's way only, metres.
+constexpr double kWidestArea = 45.0;
+constexpr float kRobotRadius = 0.2f;
+
+typedef std::vector<Math::Position2D> Positions;
+
+WorldArea areaToShow(const RunPicture& picture) {
+  const WorldArea whole = areaOf(picture.map);
+  if (std::max(whole.right - whole.left, whole.top - whole.bottom) <= kWidestArea) return whole;
+  double margin = 3.0;
+  for (const auto& record : picture.records) {
+    margin = std::max(margin, record.fieldOfView.maxRange + 1.0);
+  }
+  WorldArea area{INFINITY, INFINITY, -INFINITY, -INFINITY};
+  for (const auto& pose : picture.poses) {
+    area = {std::min(area.left, pose.x - margin), std::min(area.bottom, pose.y - margin),
+            std::max(area.right, pose.x + margin), std::max(area.top, pose.y + margin)};
+  }
+  return area;
+}
+
+// Simulated fans look along the robot's heading, whatever their mounting.
+Positions arc(const Math::Pose2D& robot, const Math::SensorFieldOfView2D& fov, float range) {
+  constexpr int kSteps = 72;
+  Positions positions;
+  for (int i = 0; i <= kSteps; ++i) {
+    const float angle = fov.angularRange * (static_cast<float>(i) / kSteps - 0.5f);
+    positions.push_back(robot * Math::Position2D::fromPolarCoordinates(range, angle));
+  }
+  return positions;
+}
+
+bool isFullTurn(const Math::SensorFieldOfView2D& fov) {
+  return fov.angularRange >= 2.0f * std::numbers::pi_v<float>;
+}
+
+void drawFieldOfView(MapCanvas& canvas, const Math::Pose2D& robot,
+                     const Math::MetricalData& record) {
+  Positions outline = arc(robot, record.fieldOfView, record.fieldOfView.maxRange);
+  if (!isFullTurn(record.fieldOfView)) {
+    outline.insert(outline.begin(), Math::position2DFromPose2D(robot));
+    outline.push_back(Math::position2DFromPose2D(robot));
+  }
+  const cv::Scalar colour = colourOfFamily(record.familyName);
+  canvas.fillPolygon(outline, colour, 0.13);
+  canvas.drawPolyline(outline, colour, 1);
+}
+
+// A nearest echo has a range and no direction: an arc. Other points stand where they were measured.
+void drawPoints(MapCanvas& canvas, const Math::Pose2D& robot, const Math::MetricalData& record) {
+  const cv::Scalar colour = colourOfFamily(record.familyName);
+  if (record.points.size() == 1) {
+    canvas.drawPolyline(arc(robot, record.fieldOfView, record.points[0].x), colour, 4);
+    return;
+  }
+  const float limit = record.fieldOfView.maxRange * (1.0f - 1e-5f);
+  for (const auto& point : record.points) {
+    const Math::Position2D position(point.x, point.y);
+    const bool miss = Math::norm(position) >= limit;
+    canvas.drawDot(robot * position, miss ? 1.5 : 3.5, colour);
+  }
+}
+
+void drawRobot(MapCanvas& canvas, const Math::Pose2D& robot) {
+  const double radius = std::max(kRobotRadius * canvas.getPixelsPerMetre(), 5.0);
+  canvas.drawDot(Math::position2DFromPose2D(robot), radius, kInk);
+  canvas.drawDot(Math::position2DFromPose2D(robot), radius - 2.0, kPaper);
+  const auto length = static_cast<float>(radius / canvas.getPixelsPerMetre());
+  canvas.drawPolyline({Math::position2DFromPose2D(robot), robot * Math::Position2D(length, 0.0f)},
+                      kInk, 3);
+}
+
+void drawPath(MapCanvas& canvas, const std::vector<Math::Pose2D>& poses) {
+  Positions path;
+  for (const auto& pose : poses) path.push_back(Math::position2DFromPose2D(pose));
+  canvas.drawPolyline(path, kPath, 3);
+  canvas.drawDot(path.front(), 6.0, kPath);
+}
+
+bool isWider(const Math::MetricalData& a, const Math::MetricalData& b) {
+  return a.fieldOfView.maxRange > b.fieldOfView.maxRange;
+}
+
+}  // namespace
+
+void writePicture(const RunPicture& picture, const std::string& path) {
+  MapCanvas canvas(picture.map, areaToShow(picture), kWidestPixels);
+  const Math::Pose2D robot = picture.poses.back();
+  auto records = picture.records;
+  std::stable_sort(records.begin(), records.end(), isWider);
+  for (const auto& record : records) drawFieldOfView(canvas, robot, record);
+  if (picture.poses.size() > 1) drawPath(canvas, picture.poses);
+  for (const auto& record : records) drawPoints(canvas, robot, record);
+  drawRobot(canvas, robot);
+  const cv::Mat page = withLegend(canvas, picture.title, picture.records);
+  bool written = false;
+  try {
+    written = cv::imwrite(path, page);
+  } catch (const cv::Exception& exception) {
+    throw std::runtime_error(path + ": a path that ends in .png expected (" + exception.err + ")");
+  }
+  if (!written) throw std::runtime_error(path + ": can't be written");
+}
+
+}  // namespace QV::app

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/math/metrical_data.h"
+#include "platform/navigation/occupancy_map.h"
+
+namespace QV::app {
+
+/** What a picture of simulated sensors shows over the map. */
+struct RunPicture {
+  const OccupancyMap& map;
+  /** The robot's way, map frame; its last pose is where the records were read. One pose or more. */
+  std::vector<Math::Pose2D> poses;
+  std::vector<Math::MetricalData> records;
+  std::string title;
+};
+
+/** Writes a PNG; std::runtime_error, with the path, when that fails. */
+void writePicture(const RunPicture& picture, const std::string& path);
+
+}  // namespace QV::app

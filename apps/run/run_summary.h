@@ -1,0 +1,31 @@
+#pragma once
+
+#include <cstddef>
+#include <iosfwd>
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/math/metrical_data.h"
+
+namespace QV::app {
+
+/** What each sensor has reported over a run. */
+class RunSummary {
+ public:
+  void add(const std::vector<Math::MetricalData>& records);
+  /** A table: sensor, family, records, points, nearest obstacle. */
+  void print(std::ostream& out) const;
+
+ private:
+  struct Entry {
+    std::string family;
+    std::size_t records = 0;
+    std::size_t points = 0;
+    std::optional<float> nearest;
+  };
+  std::map<std::string, Entry> entries;
+};
+
+}  // namespace QV::app

@@ -1,0 +1,56 @@
+#include "apps/run/simulated_robot.h"
+
+#include <cmath>
+#include <iostream>
+
+#include "apps/usage_error.h"
+#include "platform/ko/log.h"
+#include "robot/world/map_server.h"
+
+namespace QV::app {
+namespace {
+
+std::string joined(const std::set<std::string>& names) {
+  std::string result;
+  for (const std::string& name : names) result += (result.empty() ? "" : ", ") + name;
+  return result;
+}
+
+}  // namespace
+
+SimulatedRobot::SimulatedRobot(int kind, const std::string& mapPath)
+    : map((checkKind(kind), robot::loadMap(mapPath))), manager(kind, &map) {}
+
+void checkKind(int kind) {
+  // The catalogue's own line would be a second one beside ours.
+  ko::log::setLevel("RobotModelMock", ko::log::Level::silent);
+  const bool known = !sensor::RobotModelMock().getSimulatedSensors(kind).empty();
+  ko::log::resetLevel("RobotModelMock");
+  if (known) return;
+  throw UsageError("--kind: a kind with simulated sensors (-1, 0 or 1) expected, " +
+                   std::to_string(kind) + " given");
+}
+
+void warnOfPose(const OccupancyMap& map, const Math::Pose2D& pose) {
+  const auto inMap = Math::pinv(map.getOrigin()) * Math::position2DFromPose2D(pose);
+  const int column = static_cast<int>(std::floor(inMap.x / map.getResolution()));
+  const int row = static_cast<int>(std::floor(inMap.y / map.getResolution()));
+  if (!map.isInside(column, row)) {
+    std::cerr << "qvsensors: warning: the pose " << pose.x << "," << pose.y
+              << " lies outside the map\n";
+  } else if (map.getOccupancy(column, row) > 0.4f) {
+    std::cerr << "qvsensors: warning: the pose " << pose.x << "," << pose.y
+              << " lies in a cell that is not free\n";
+  }
+}
+
+void checkNames(const sensor::SensorManager& manager, const std::set<std::string>& names) {
+  for (const std::string& name : names) {
+    if (manager.isFamily(name) || manager.isSensor(name)) continue;
+    throw UsageError("--subscribe: no sensor or family \"" + name +
+                     "\"; this robot has the families " + joined(manager.getFamilyNames()) +
+                     " and the sensors " + joined(manager.getSensorList()));
+  }
+}
+
+}  // namespace QV::app

@@ -1,0 +1,12 @@
+#include "platform/ko/os.h"
+
+#include "platform/ko/scheduler.h"
+
+namespace ko::os {
+
+void msleep(int milliseconds) {
+  if (milliseconds <= 0) return;
+  detail::currentScheduler()->sleep(boost::chrono::milliseconds(milliseconds));
+}
+
+}  // namespace ko::os

@@ -1,0 +1,50 @@
+#pragma once
+
+#include "platform/middleware/qv_proxy.h"
+
+namespace QV {
+
+/** The shared memory, module "QVMemory": values by key, and events. See QVProxy. */
+class QV_API QVMemoryProxy : public QVProxy {
+ public:
+  explicit QVMemoryProxy(const boost::shared_ptr<QVBroker>& broker,
+                         const std::string& module = "QVMemory");
+
+  /** The value of a key; invalid for an event that was never raised. An unknown key: QVError. */
+  QVValue getData(const std::string& key) const;
+
+  /**
+   * The 32-bit float or int that a key is stored in, good for the memory's life; to be read and
+   * written through std::atomic_ref. An unknown key or one of another type: QVError.
+   */
+  void* getDataPtr(const std::string& key) const;
+
+  /**
+   * Sets a key, made if needed. An int beyond 32 bits, or another type than that of a key whose
+   * pointer was handed out: QVError.
+   */
+  void insertData(const std::string& key, const QVValue& value) const;
+
+  void declareEvent(const std::string& event) const;
+  /** Sets the key of that name, and tells the subscribers; undeclared events are declared. */
+  void raiseEvent(const std::string& event, const QVValue& value) const;
+
+  /**
+   * Has `method` of `module` called with (event, value, module) each time the event is raised, in
+   * that order, on a thread of the middleware. Replaces the module's subscription to the event.
+   */
+  void subscribeToEvent(const std::string& event, const std::string& module,
+                        const std::string& method) const;
+  /**
+   * No call begins after this returns, and one that runs has ended, unless this is called from
+   * it. No such subscription: QVError.
+   */
+  void unsubscribeToEvent(const std::string& event, const std::string& module) const;
+
+  /** As the two above, apart from them; `message` takes the third argument's place. */
+  void subscribeToMicroEvent(const std::string& event, const std::string& module,
+                             const std::string& message, const std::string& method) const;
+  void unsubscribeToMicroEvent(const std::string& event, const std::string& module) const;
+};
+
+}  // namespace QV

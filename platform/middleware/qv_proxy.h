@@ -1,0 +1,70 @@
+#pragma once
+
+#include <array>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+#include <boost/weak_ptr.hpp>
+
+#include "platform/api.h"
+#include "platform/middleware/qv_module.h"
+#include "platform/middleware/qv_value.h"
+
+namespace QV {
+
+class QVBroker;
+
+/**
+ * Calls the methods of one module by name, on the caller's thread. Copyable; copies are
+ * interchangeable and all operations are safe from any thread. It keeps neither the broker nor the
+ * module alive: a call after either is gone is a QVError at once, and reaches a module that was
+ * registered again under the name.
+ */
+class QV_API QVProxy {
+ public:
+  /** No broker, or a module that it does not have: QVError. */
+  QVProxy(const boost::shared_ptr<QVBroker>& broker, const std::string& module);
+  virtual ~QVProxy();
+  QVProxy(const QVProxy&);
+  QVProxy& operator=(const QVProxy&);
+
+  const std::string& getModuleName() const { return module; }
+
+  /** The method's result as an R; what goes wrong is a QVError, see QVModule::call. */
+  template <typename R, typename... A>
+  R call(const std::string& method, A&&... arguments) const {
+    const std::array<QVValue, sizeof...(A)> values{QVValue(std::forward<A>(arguments))...};
+    return xConvert<R>(method, xCall(method, values));
+  }
+  template <typename... A>
+  void callVoid(const std::string& method, A&&... arguments) const {
+    call<QVValue>(method, std::forward<A>(arguments)...);
+  }
+  /** The same with arguments counted at run time. */
+  QVValue call(const std::string& method, const std::vector<QVValue>& arguments) const;
+
+ private:
+  QVValue xCall(const std::string& method, QVArguments arguments) const;
+  [[noreturn]] void xRefuseResult(const std::string& method, const std::string& expected,
+                                  const QVValue& given) const;
+
+  template <typename R>
+  R xConvert(const std::string& method, QVValue&& result) const {
+    if constexpr (std::is_same_v<R, QVValue>) {
+      return std::move(result);
+    } else {
+      try {
+        return result.as<R>();
+      } catch (const std::exception&) {
+        xRefuseResult(method, QVValue::getTypeName<R>(), result);
+      }
+    }
+  }
+
+  boost::weak_ptr<QVBroker> broker;
+  std::string module;
+};
+
+}  // namespace QV

@@ -1,0 +1,208 @@
+#pragma once
+
+#include <algorithm>
+#include <concepts>
+#include <cstddef>
+#include <cstdint>
+#include <iosfwd>
+#include <limits>
+#include <memory>
+#include <string>
+#include <string_view>
+#include <type_traits>
+#include <utility>
+#include <variant>
+#include <vector>
+
+#include "platform/api.h"
+#include "platform/ko/clock.h"
+
+namespace QV {
+
+/**
+ * A value of a type known at run time: what memory keys, event payloads, arguments and results are
+ * made of. Arrays and binary buffers are immutable and shared, so a copy costs no more than a
+ * count; moving never throws.
+ *
+ * Ints and floats convert into each other and a bool into 0 or 1; nothing else converts. A float
+ * that becomes an int is truncated, saturates at the int's limits and is 0 for NaN. A conversion
+ * that does not exist throws QVError naming both types. isInt() and its like are exact.
+ */
+class QV_API QVValue {
+ public:
+  enum class Type { invalid, boolean, integer, floating, string, array, binary };
+  typedef std::vector<QVValue> Array;
+  typedef std::vector<std::uint8_t> Bytes;
+  typedef std::shared_ptr<const Bytes> Binary;
+
+  /** The invalid value. */
+  QVValue() noexcept = default;
+  template <std::same_as<bool> T>
+  QVValue(T value) noexcept : data(value) {}
+  /** An unsigned number above the 64-bit int's limit saturates. */
+  template <std::integral T>
+  requires(!std::same_as<T, bool>) QVValue(T value)
+  noexcept : data(clampTo<std::int64_t>(value)) {}
+  template <std::floating_point T>
+  QVValue(T value) noexcept : data(static_cast<double>(value)) {}
+  QVValue(std::string value) noexcept : data(std::move(value)) {}
+  QVValue(std::string_view value) : data(std::string(value)) {}
+  QVValue(const char* value) : data(std::string(value)) {}
+  QVValue(std::nullptr_t) = delete;
+  QVValue(Array value) : data(Shared<Array>{std::make_shared<const Array>(std::move(value))}) {}
+  /** A binary value; a null pointer stands for no bytes. */
+  QVValue(Binary value);
+  QVValue(Bytes value) : QVValue(Binary(std::make_shared<const Bytes>(std::move(value)))) {}
+  template <typename T>
+  QVValue(const std::vector<T>& values) : QVValue(Array(values.begin(), values.end())) {}
+  /** An int, in nanoseconds. */
+  QVValue(ko::Clock::time_point value) noexcept : QVValue(value.time_since_epoch()) {}
+  QVValue(ko::Duration value) noexcept : data(std::int64_t{value.count()}) {}
+
+  /** An array of the given values, each of a type of its own. */
+  template <typename... T>
+  static QVValue array(T&&... values) {
+    Array result;
+    result.reserve(sizeof...(values));
+    (result.emplace_back(std::forward<T>(values)), ...);
+    return result;
+  }
+
+  Type getType() const noexcept { return static_cast<Type>(data.index()); }
+  bool isValid() const noexcept { return getType() != Type::invalid; }
+  bool isBool() const noexcept { return getType() == Type::boolean; }
+  bool isInt() const noexcept { return getType() == Type::integer; }
+  bool isFloat() const noexcept { return getType() == Type::floating; }
+  bool isString() const noexcept { return getType() == Type::string; }
+  bool isArray() const noexcept { return getType() == Type::array; }
+  bool isBinary() const noexcept { return getType() == Type::binary; }
+
+  bool toBool() const;
+  std::int64_t toInt() const;
+  /** Saturates at the limits of 32 bits. */
+  std::int32_t toInt32() const { return clampTo<std::int32_t>(toInt()); }
+  float toFloat() const { return static_cast<float>(toDouble()); }
+  double toDouble() const;
+  /** References stay good as long as this value is neither assigned to nor destroyed. */
+  const std::string& toString() const;
+  const Array& toArray() const;
+  /** Never null. */
+  const Binary& toBinary() const;
+
+  /**
+   * The value as a T: bool, an integer (saturating), a float, a string, QVValue, Binary, Bytes, a
+   * std::vector of such types, or a ko::Clock::time_point or ko::Duration, from an int only.
+   */
+  template <typename T>
+  T as() const;
+
+  /** The number of elements of an array, or of bytes of a string or buffer. */
+  std::size_t getSize() const;
+  /** An element of an array; out of range: QVError. */
+  const QVValue& operator[](std::size_t index) const;
+
+  /** For people: strings in quotes, arrays in brackets, a buffer as its size. */
+  std::string toText() const;
+
+  /** Equal in type and content. */
+  friend bool operator==(const QVValue&, const QVValue&) = default;
+
+  /** "int", "float", ... */
+  static const char* getTypeName(Type type);
+  /** The name of the type that as<T>() expects: also "any", or "array of float". */
+  template <typename T>
+  static std::string getTypeName();
+
+ private:
+  template <typename T>
+  struct Shared {
+    std::shared_ptr<const T> content;
+    friend bool operator==(const Shared& a, const Shared& b) { return *a.content == *b.content; }
+  };
+
+  template <typename To, typename From>
+  static constexpr To clampTo(From value) noexcept {
+    if (std::in_range<To>(value)) return static_cast<To>(value);
+    return std::cmp_less(value, 0) ? std::numeric_limits<To>::min()
+                                   : std::numeric_limits<To>::max();
+  }
+  [[noreturn]] void xRefuse(const char* method, const char* expected) const;
+  std::int64_t xToNanoseconds() const;
+  template <typename T>
+  std::vector<T> xToVector() const;
+
+  std::variant<std::monostate, bool, std::int64_t, double, std::string, Shared<Array>,
+               Shared<Bytes>>
+      data;
+};
+
+/** Writes toText(). */
+QV_API std::ostream& operator<<(std::ostream& stream, const QVValue& value);
+
+namespace detail {
+
+template <typename T>
+inline constexpr bool kIsVector = false;
+template <typename T>
+inline constexpr bool kIsVector<std::vector<T>> = true;
+template <typename T>
+inline constexpr bool kIsTime =
+    std::is_same_v<T, ko::Clock::time_point> || std::is_same_v<T, ko::Duration>;
+
+}  // namespace detail
+
+template <typename T>
+T QVValue::as() const {
+  if constexpr (std::is_same_v<T, QVValue>) {
+    return *this;
+  } else if constexpr (std::is_same_v<T, bool>) {
+    return toBool();
+  } else if constexpr (std::integral<T>) {
+    return clampTo<T>(toInt());
+  } else if constexpr (std::floating_point<T>) {
+    return static_cast<T>(toDouble());
+  } else if constexpr (std::is_same_v<T, std::string>) {
+    return toString();
+  } else if constexpr (std::is_same_v<T, Array>) {
+    return toArray();
+  } else if constexpr (std::is_same_v<T, Binary>) {
+    return toBinary();
+  } else if constexpr (std::is_same_v<T, Bytes>) {
+    return *toBinary();
+  } else if constexpr (detail::kIsTime<T>) {
+    return T(ko::Duration(xToNanoseconds()));
+  } else {
+    static_assert(detail::kIsVector<T>, "no conversion of a QVValue into this type");
+    return xToVector<typename T::value_type>();
+  }
+}
+
+template <typename T>
+std::vector<T> QVValue::xToVector() const {
+  const Array& elements = toArray();
+  std::vector<T> result;
+  result.reserve(elements.size());
+  for (const QVValue& element : elements) result.push_back(element.as<T>());
+  return result;
+}
+
+template <typename T>
+std::string QVValue::getTypeName() {
+  if constexpr (std::is_same_v<T, QVValue>) {
+    return "any";
+  } else if constexpr (std::is_same_v<T, bool>) {
+    return "bool";
+  } else if constexpr (std::integral<T> || detail::kIsTime<T>) {
+    return "int";
+  } else if constexpr (std::floating_point<T>) {
+    return "float";
+  } else if constexpr (std::is_same_v<T, std::string>) {
+    return "string";
+  } else if constexpr (std::is_same_v<T, Binary> || std::is_same_v<T, Bytes>) {
+    return "binary";
+  } else {
+    return "array of " + getTypeName<typename T::value_type>();
+  }
+}
+
+}  // namespace QV

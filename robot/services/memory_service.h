@@ -1,0 +1,40 @@
+#pragma once
+
+#include <mutex>
+#include <string>
+
+#include <boost/shared_ptr.hpp>
+
+#include "platform/api.h"
+#include "platform/middleware/qv_module.h"
+#include "robot/services/event_board.h"
+#include "robot/services/memory_store.h"
+
+namespace QV::robot {
+
+/**
+ * The shared memory and its events, module "QVMemory"; QVMemoryProxy says what its methods do. An
+ * event has the key of its name: raising sets it, and the last value delivered is the one it keeps.
+ * Methods of subscribers are called through `broker`, which is looked for the module at each event.
+ * A subscriber that fails is logged when its failure changes, and the next event tries again. It
+ * writes no key of its own.
+ */
+class QV_API MemoryService : public QVModule {
+ public:
+  explicit MemoryService(const boost::shared_ptr<QVBroker>& broker);
+  /** Waits for events that are being delivered. */
+  ~MemoryService() override;
+
+ private:
+  void xBindMemory();
+  void xBindEvents();
+  void xRaiseEvent(const std::string& event, const QVValue& value);
+  void xSubscribe(const std::string& event, const EventBoard::Subscriber& subscriber);
+  void xUnsubscribe(const std::string& event, EventBoard::Kind kind, const std::string& module);
+
+  MemoryStore store;
+  EventBoard board;
+  std::mutex raising;
+};
+
+}  // namespace QV::robot

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "platform/api.h"
+#include "sensor/core/sensor_manager.h"
+
+namespace QV::sensor {
+
+/**
+ * A subscription that ends with its scope: subscribes in the constructor and unsubscribes the same
+ * names in the destructor, also when an exception passes by. Movable; a moved-from one does
+ * nothing. The manager must outlive it.
+ */
+class QV_API ScopedSubscription {
+ public:
+  /** To every family. */
+  ScopedSubscription(SensorManager& manager, const std::string& subscriber);
+  /** What starting the hardware throws leaves the constructor, with nothing left subscribed. */
+  ScopedSubscription(SensorManager& manager, const std::string& subscriber,
+                     const std::set<std::string>& names);
+  ~ScopedSubscription();
+  ScopedSubscription(ScopedSubscription&& other) noexcept;
+  ScopedSubscription& operator=(ScopedSubscription&& other) noexcept;
+
+ private:
+  void xRelease() noexcept;
+
+  SensorManager* manager;
+  std::string subscriber;
+  std::set<std::string> names;
+};
+
+}  // namespace QV::sensor

@@ -1,0 +1,153 @@
+#pragma once
+
+#include <initializer_list>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+#include <boost/thread/mutex.hpp>
+#include <boost/thread/shared_mutex.hpp>
+
+#include "platform/api.h"
+#include "platform/math/metrical_data.h"
+#include "platform/math/pose2d.h"
+#include "sensor/core/sensor.h"
+
+namespace QV::sensor {
+
+/**
+ * Owns a robot's sensors, by name and by family, and is all that navigation code talks to. A caller
+ * subscribes under a name of its own to sensors or families, and reads the records of every sensor
+ * that runs. Where a family and a sensor share a name, the family is meant. Bad names are logged
+ * and answered with false or nothing; what a sensor's hardware throws passes through the operations
+ * that start and stop it. Not copyable. Any thread may call any operation.
+ */
+class QV_API SensorManager {
+ public:
+  SensorManager();
+  virtual ~SensorManager();
+  SensorManager(const SensorManager&) = delete;
+  SensorManager& operator=(const SensorManager&) = delete;
+
+  /** The derived manager's debug switch. */
+  virtual void setSensorsDebug(bool debug) = 0;
+  /**
+   * Simulated managers only: `scanPose` is where rays are cast from (map frame), `referencePose`
+   * where records say the robot is. Others log a warning.
+   */
+  virtual void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose);
+
+ protected:
+  /** The records of all started sensors. */
+  virtual std::vector<Math::MetricalData> xGetData() const = 0;
+  /** Told after every subscription change whether any sensor is started. */
+  virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
+
+ public:
+  /**
+   * Subscribes to every family, to one name, or to a set of names; true if that was new to a
+   * sensor. Names are taken in order, and one that is unknown sets the answer back to false for
+   * those before it. Starting hardware that is wanted for the first time may take as long as the
+   * hardware does.
+   */
+  bool subscribe(const std::string& subscriber);
+  bool subscribe(const std::string& subscriber, const std::string& name);
+  bool subscribe(const std::string& subscriber, const std::set<std::string>& names);
+  bool subscribe(const std::string& subscriber, std::initializer_list<std::string> names);
+
+  /** The mirrors of subscribe; true if a sensor lost this subscriber. */
+  bool unsubscribe(const std::string& subscriber);
+  bool unsubscribe(const std::string& subscriber, const std::string& name);
+  bool unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
+  bool unsubscribe(const std::string& subscriber, std::initializer_list<std::string> names);
+
+  /** Takes neither the subscription lock nor tells the derived manager; false for a bad name. */
+  bool enableSensorOrFamily(const std::string& name, bool enable);
+  /** False if there is no such sensor. */
+  bool setSensorDiagnosis(const std::string& sensorName, bool success);
+
+  std::set<std::string> getFamilyNames() const;
+  std::set<std::string> getSensorList() const;
+  std::map<std::string, std::set<std::string>> getAllSensorsByFamily() const;
+  std::set<std::string> getSensorsByFamily(const std::string& family) const;
+  std::set<std::string> getSensorListBySubscriber(const std::string& subscriber) const;
+  std::set<std::string> getSubscribers() const;
+  /** Enabled and with a good diagnosis, started or not. */
+  std::set<std::string> getEnabledSensorList() const;
+
+  /** False for an unknown sensor. */
+  bool isSensorStarted(const std::string& sensorName) const;
+  bool isSensorEnabled(const std::string& sensorName) const;
+  bool isSensorDiagnosisSuccess(const std::string& sensorName) const;
+  bool isSensorSubscribedBy(const std::string& sensorName, const std::string& subscriber) const;
+
+  bool isSensor(const std::string& name) const { return xIsSensor(name); }
+  bool isFamily(const std::string& name) const { return xIsFamily(name); }
+  /** Empty for an unknown sensor. */
+  boost::shared_ptr<Sensor> getSensorPtr(const std::string& sensorName) const;
+
+  /**
+   * Copies of the records of all started sensors, in order of their names; or for each name, in
+   * order, those of that family or sensor (twice, if a family and its sensor are both named).
+   */
+  std::vector<Math::MetricalData> getMetricalData() const;
+  std::vector<Math::MetricalData> getMetricalData(const std::string& name) const;
+  std::vector<Math::MetricalData> getMetricalData(const std::set<std::string>& names) const;
+  std::vector<Math::MetricalData> getMetricalData(std::initializer_list<std::string> names) const;
+
+  /** A parameter of the robot's kind for callers, metres; 0 unless the derived manager sets it. */
+  float getKindParameter() const { return kindParameter; }
+
+ protected:
+  bool xSubscribeToFamily(const std::string& subscriber, const std::string& family);
+  bool xSubscribeToSensor(const std::string& subscriber, const std::string& sensorName);
+  bool xUnsubscribeFromFamily(const std::string& subscriber, const std::string& family);
+  bool xUnsubscribeFromSensor(const std::string& subscriber, const std::string& sensorName);
+  bool xEnableSensor(const std::string& sensorName, bool enable);
+
+  /**
+   * Gathers the records of all sensors, in order of their names, into the cache. A sensor that
+   * throws is logged, once per failure, and left out.
+   */
+  void xUpdateData() const;
+  /** Replaces the cache. */
+  void xSetData(std::vector<Math::MetricalData> records) const;
+  /** A copy of the cache. */
+  std::vector<Math::MetricalData> xCopyData() const;
+
+  bool xIsSensor(const std::string& name) const { return sensors.count(name) > 0; }
+  bool xIsFamily(const std::string& name) const { return families.count(name) > 0; }
+  bool xIsAnySensorOn() const;
+
+  /** Filled by the derived manager's constructor and never changed afterwards. */
+  std::map<std::string, std::set<std::string>> families;
+  std::map<std::string, boost::shared_ptr<Sensor>> sensors;
+  float kindParameter = 0.0f;
+
+ private:
+  typedef bool (SensorManager::*NameOperation)(const std::string&, const std::string&);
+
+  bool xForEachName(const std::string& subscriber, const std::set<std::string>& names,
+                    const char* method, const char* what, NameOperation onFamily,
+                    NameOperation onSensor);
+  bool xForEachMember(const std::string& subscriber, const std::string& family, const char* method,
+                      NameOperation onSensor);
+  Sensor* xFindSensor(const std::string& sensorName) const;
+  template <typename Predicate>
+  std::set<std::string> xNamesOfSensors(Predicate predicate) const;
+  void xGather(const Sensor& sensor, std::vector<Math::MetricalData>& records) const;
+  void xNoteGathering(const std::string& sensorName, const std::string& failure) const;
+
+  /** The cache: records that nobody changes any more, so that the lock is held for a pointer only.
+   */
+  mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
+  mutable boost::shared_mutex dataMutex;
+  boost::mutex subscriptionMutex;
+  /** By sensor, the text of the last failure to gather its records; empty texts are not kept. */
+  mutable std::map<std::string, std::string> gatheringFailures;
+  mutable boost::mutex gatheringMutex;
+};
+
+}  // namespace QV::sensor

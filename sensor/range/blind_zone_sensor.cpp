@@ -1,0 +1,78 @@
+#include "sensor/range/blind_zone_sensor.h"
+
+#include <cmath>
+#include <stdexcept>
+
+#include "platform/ko/log.h"
+
+namespace QV::sensor {
+namespace {
+
+constexpr char kCategory[] = "Navigation.BlindZoneSensor";
+constexpr float kDetectedAbove = 0.9f;
+constexpr float kStillSpeed = 0.01f;
+constexpr float kStillTurn = 0.1f;
+// Frame 1 of the motion service: the robot's ground frame.
+constexpr int kRobotFrame = 1;
+
+}  // namespace
+
+BlindZoneSensor::BlindZoneSensor(const std::string& name, const std::string& familyName,
+                                 boost::shared_ptr<QVBroker> broker,
+                                 const std::vector<std::string>& memoryKeys,
+                                 const Math::SensorFieldOfView2D& fieldOfView)
+    : RealSensor(name, familyName, fieldOfView, memoryKeys, broker),
+      lastDetection(true),
+      eventName("Navigation/MotionDetected") {
+  if (memoryKeys.size() >= 2) {
+    throw std::runtime_error(name + " cannot be instantiated with more than one key");
+  }
+  try {
+    memoryProxy->declareEvent(eventName);
+  } catch (const std::exception&) {
+    ko::log::error(kCategory, "BlindZoneSensor") << "Unable to declare event " << eventName;
+  }
+}
+
+BlindZoneSensor::~BlindZoneSensor() = default;
+
+std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
+  Math::MetricalData record = xGetMetricalDataMeta();
+  try {
+    if (xIsRobotMoving()) return {};
+    record.sensorTransform = Math::Transform(motionProxy.getTransform(name, kRobotFrame, true));
+  } catch (const std::exception& exception) {
+    ko::log::error(kCategory, "xGetData") << "Unable to retrieve transform: " << exception.what();
+    return {};
+  }
+  bool detected = false;
+  try {
+    detected = memoryProxy->getData(memoryKeys.at(0)).toFloat() > kDetectedAbove;
+  } catch (...) {
+    return {};
+  }
+  if (lastDetection != detected) xAnnounce(detected, record.sensorTransform);
+  const float range = detected ? fieldOfView.minRange : fieldOfView.maxRange;
+  record.points = {Math::Position3D(range, 0.0f, 0.0f)};
+  return {record};
+}
+
+bool BlindZoneSensor::xIsRobotMoving() const {
+  const Math::Pose2D velocity(motionProxy.getRobotVelocity());
+  return std::sqrt(velocity.x * velocity.x + velocity.y * velocity.y) > kStillSpeed ||
+         std::abs(velocity.theta) > kStillTurn;
+}
+
+void BlindZoneSensor::xAnnounce(bool detected, const Math::Transform& sensorTransform) const {
+  lastDetection = detected;
+  const Math::Position3D far = sensorTransform * Math::Position3D(fieldOfView.maxRange, 0.0f, 0.0f);
+  try {
+    memoryProxy->raiseEvent(eventName,
+                            QVValue::array(name, QVValue::array(far.x, far.y, far.z), detected));
+  } catch (const std::exception& exception) {
+    ko::log::error(kCategory, "xGetData")
+        << "Unable to raise " << eventName << ": " << exception.what();
+  }
+}
+
+}  // namespace QV::sensor

@@ -1,0 +1,71 @@
+#include "sensor/range/hole_laser_sensor.h"
+
+#include <cmath>
+#include <optional>
+
+#include "platform/ko/log.h"
+#include "sensor/utils/truncated.h"
+
+namespace QV::sensor {
+namespace {
+
+constexpr char kCategory[] = "Navigation.HoleLaserSensor";
+
+std::optional<float> readStatus(const QVMemoryProxy& memory, const std::string& key) {
+  try {
+    return memory.getData(key).toFloat();
+  } catch (const std::exception& exception) {
+    ko::log::error(kCategory, "xGetData") << "unable to retrieve data: " << key << "\n"
+                                          << exception.what();
+    return std::nullopt;
+  }
+}
+
+// An error that is no number is an error.
+bool isError(float status) {
+  return std::isnan(status) || truncated(status) != 0;
+}
+
+void pullIn(std::vector<Math::MetricalData>& records) {
+  for (Math::MetricalData& record : records) {
+    for (Math::Position3D& point : record.points) point.x = record.fieldOfView.minRange;
+  }
+}
+
+}  // namespace
+
+HoleLaserSensor::HoleLaserSensor(const std::string& name, const std::string& familyName,
+                                 const Math::SensorFieldOfView2D& fieldOfView,
+                                 boost::shared_ptr<QVBroker> broker,
+                                 const std::vector<std::string>& memoryKeys, int operationModeMask,
+                                 const std::string& operationModeSetKey,
+                                 const std::string& operationModeKey,
+                                 const std::string& timestampKey, const std::string& holeErrorKey,
+                                 const std::string& holeStatusKey)
+    : LaserSensor(name, familyName, fieldOfView, broker, memoryKeys, operationModeMask,
+                  operationModeSetKey, operationModeKey, timestampKey),
+      holeErrorKey(holeErrorKey),
+      holeStatusKey(holeStatusKey) {}
+
+HoleLaserSensor::~HoleLaserSensor() = default;
+
+std::vector<Math::MetricalData> HoleLaserSensor::xGetData() const {
+  const auto error = readStatus(*memoryProxy, holeErrorKey);
+  if (!error) return {};
+  const auto hole = readStatus(*memoryProxy, holeStatusKey);
+  if (!hole) return {};
+  auto records = LaserSensor::xGetData();
+  if (records.empty()) {
+    ko::log::error(kCategory, "xGetData") << "Invalid hole data for " << name;
+    return {};
+  }
+  const int status = isError(*error) ? 0 : truncated(*hole);
+  if (status == 1 || status == 4) {
+    pullIn(records);
+  } else if (status != 2) {
+    records.front().points.clear();
+  }
+  return records;
+}
+
+}  // namespace QV::sensor

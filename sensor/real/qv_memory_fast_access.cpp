@@ -1,0 +1,151 @@
+#include "sensor/real/qv_memory_fast_access.h"
+
+#include <algorithm>
+#include <atomic>
+#include <memory>
+
+#include "platform/middleware/qv_broker_manager.h"
+#include "platform/middleware/qv_error.h"
+
+namespace QV {
+namespace {
+
+const char kModule[] = "QVMemoryFastAccess";
+const char kMemory[] = "QVMemory";
+
+boost::shared_ptr<QVBroker> anyBroker() {
+  return QVBrokerManager::getInstance()->getRandomBroker();
+}
+
+boost::shared_ptr<QVMemoryProxy> memoryOf(const boost::shared_ptr<QVBroker>& broker,
+                                          const char* method) {
+  if (!broker) throw QVError(kModule, method, "no broker given");
+  return broker->getSpecialisedProxy<QVMemoryProxy>(kMemory);
+}
+
+template <typename T>
+void read(const std::vector<T*>& pointers, std::vector<T>& out) {
+  out.resize(pointers.size());
+  for (std::size_t i = 0; i < pointers.size(); ++i) {
+    out[i] = std::atomic_ref<T>(*pointers[i]).load(std::memory_order_relaxed);
+  }
+}
+
+template <typename T>
+void write(const std::vector<T*>& pointers, const std::vector<T>& in) {
+  const std::size_t count = std::min(pointers.size(), in.size());
+  for (std::size_t i = 0; i < count; ++i) {
+    std::atomic_ref<T>(*pointers[i]).store(in[i], std::memory_order_relaxed);
+  }
+}
+
+bool isValid(const QVMemoryProxy& memory, const std::string& key) {
+  try {
+    return memory.getData(key).isValid();
+  } catch (const std::exception&) {
+    return false;
+  }
+}
+
+}  // namespace
+
+QVMemoryFastAccess::QVMemoryFastAccess() = default;
+
+QVMemoryFastAccess::~QVMemoryFastAccess() = default;
+
+void QVMemoryFastAccess::ConnectToVariables(boost::shared_ptr<QVBroker> broker,
+                                            const std::vector<std::string>& keys, bool safe) {
+  if (stopped) return;
+  if (!memoryProxy && broker) memoryProxy = broker->getProxy(kMemory, 0);
+  floatPointers.clear();
+  floatPointers.reserve(keys.size());
+  for (const std::string& key : keys) {
+    const auto memory = memoryOf(broker, "ConnectToVariables");
+    floatPointers.push_back(safe ? getSafeDataPtr<float>(memory, key, 0.0f)
+                                 : static_cast<float*>(memory->getDataPtr(key)));
+  }
+}
+
+void QVMemoryFastAccess::ConnectToIntVariables(boost::shared_ptr<QVBroker> broker,
+                                               const std::vector<std::string>& keys) {
+  if (stopped) return;
+  // Not the given broker: the int list has always asked any.
+  if (!memoryProxy && broker) memoryProxy = anyBroker()->getProxy(kMemory, 0);
+  intPointers.clear();
+  intPointers.reserve(keys.size());
+  for (const std::string& key : keys) {
+    const auto memory = memoryOf(broker, "ConnectToIntVariables");
+    intPointers.push_back(getSafeDataPtr<int>(memory, key, 0));
+  }
+}
+
+void QVMemoryFastAccess::GetValues(std::vector<float>& out) const {
+  read(floatPointers, out);
+}
+
+void QVMemoryFastAccess::GetValues(std::vector<int>& out) const {
+  read(intPointers, out);
+}
+
+void QVMemoryFastAccess::SetValues(const std::vector<float>& in) {
+  write(floatPointers, in);
+}
+
+void QVMemoryFastAccess::SetValues(const std::vector<int>& in) {
+  write(intPointers, in);
+}
+
+void QVMemoryFastAccess::StopAllAccess() {
+  stopped = true;
+}
+
+void QVMemoryFastAccess::insertBuffer(const std::string& key, const QVValue& value) {
+  memoryOf(anyBroker(), "insertBuffer")->insertData(key, value);
+}
+
+void* QVMemoryFastAccess::getDataPtr(boost::shared_ptr<QVBroker> broker, const std::string& key,
+                                     bool) {
+  if (!broker) broker = anyBroker();
+  return memoryOf(broker, "getDataPtr")->getDataPtr(key);
+}
+
+QVValue* QVMemoryFastAccess::getBuffer(const std::string& key) {
+  auto result = std::make_unique<QVValue>();
+  *result = memoryOf(anyBroker(), "getBuffer")->getData(key);
+  return result.release();
+}
+
+template <typename T>
+T* QVMemoryFastAccess::getSafeDataPtr(boost::shared_ptr<QVMemoryProxy> memory,
+                                      const std::string& key, T defaultValue) {
+  if (!isValid(*memory, key)) memory->insertData(key, defaultValue);
+  return static_cast<T*>(memory->getDataPtr(key));
+}
+
+template QV_API float* QVMemoryFastAccess::getSafeDataPtr<float>(boost::shared_ptr<QVMemoryProxy>,
+                                                                 const std::string&, float);
+template QV_API int* QVMemoryFastAccess::getSafeDataPtr<int>(boost::shared_ptr<QVMemoryProxy>,
+                                                             const std::string&, int);
+
+bool QVMemoryFastAccess::InnerTest(boost::shared_ptr<QVBroker> broker) {
+  if (!broker) throw QVError(kModule, "InnerTest:", "pBroker was NULL");
+  boost::shared_ptr<QVMemoryProxy> memory;
+  try {
+    memory = broker->getSpecialisedProxy<QVMemoryProxy>(kMemory);
+  } catch (const std::exception& error) {
+    throw QVError(kModule, "InnerTest", std::string("When creating memory proxy: ") + error.what());
+  }
+  const std::vector<std::string> keys{"QVMemoryFastAccess/Test/0", "QVMemoryFastAccess/Test/1",
+                                      "QVMemoryFastAccess/Test/2"};
+  const std::vector<float> inserted{1.5f, -2.25f, 1024.0f};
+  for (std::size_t i = 0; i < keys.size(); ++i) memory->insertData(keys[i], inserted[i]);
+  QVMemoryFastAccess access;
+  access.ConnectToVariables(broker, keys, false);
+  std::vector<float> fast;
+  access.GetValues(fast);
+  std::vector<float> slow;
+  for (const std::string& key : keys) slow.push_back(memory->getData(key).toFloat());
+  return fast == inserted && slow == inserted;
+}
+
+}  // namespace QV

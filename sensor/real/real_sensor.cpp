@@ -1,0 +1,99 @@
+#include "sensor/real/real_sensor.h"
+
+#include <limits>
+
+#include <boost/chrono/io/duration_io.hpp>
+#include <boost/make_shared.hpp>
+
+#include "platform/ko/log.h"
+
+namespace QV::sensor {
+namespace {
+
+constexpr char kCategory[] = "Navigation.RealSensor";
+constexpr char kGuard[] = "xCorrectMetricalDataWithTimestamp";
+// Frame 1 of the motion service: the robot's ground frame.
+constexpr int kRobotFrame = 1;
+
+// The conversion of a limit as long as "for ever" would overflow.
+ko::Duration inNanoseconds(const boost::chrono::milliseconds& limit) {
+  const auto most = boost::chrono::duration_cast<boost::chrono::milliseconds>(ko::Duration::max());
+  return limit > most ? ko::Duration::max() : ko::Duration(limit);
+}
+
+std::vector<Math::Position3D> arcOfPoints(float angularRange, float distance, float angularStep) {
+  std::vector<Math::Position3D> points;
+  const float steps = angularRange / angularStep;
+  if (!(steps >= 1.0f && steps < static_cast<float>(std::numeric_limits<unsigned>::max())))
+    return {};
+  const auto count = static_cast<unsigned>(steps);
+  points.reserve(count);
+  float angle = -0.5f * angularRange;
+  for (unsigned i = 0; i < count; ++i) {
+    const auto point = Math::Pose2D(0.0f, 0.0f, angle) * Math::Position2D(distance, 0.0f);
+    points.emplace_back(point, 0.0f);
+    angle += angularStep;
+  }
+  return points;
+}
+
+}  // namespace
+
+RealSensor::RealSensor(const std::string& name, const std::string& familyName,
+                       const Math::SensorFieldOfView2D& fieldOfView,
+                       const std::vector<std::string>& memoryKeys,
+                       boost::shared_ptr<QVBroker> broker)
+    : Sensor(name, familyName, fieldOfView),
+      memoryProxy(boost::make_shared<QVMemoryProxy>(broker)),
+      motionProxy(broker),
+      dcmProxy(broker),
+      memoryKeys(memoryKeys) {
+  if (!memoryKeys.empty())
+    this->fieldOfView.rayCount = static_cast<std::int32_t>(memoryKeys.size());
+}
+
+RealSensor::~RealSensor() = default;
+
+std::vector<Math::MetricalData> RealSensor::getData() const {
+  return Sensor::getData();
+}
+
+Math::MetricalData RealSensor::xGetMetricalDataMeta() const {
+  Math::MetricalData record;
+  record.sensorName = name;
+  record.familyName = familyName;
+  record.fieldOfView = fieldOfView;
+  record.timestamp = ko::Clock::fromInt32ms(dcmProxy.getTime(0));
+  return record;
+}
+
+Math::Transform RealSensor::xGetTransformAtTime(ko::Clock::time_point time) const {
+  return Math::Transform(motionProxy.getGenericProxy().call<std::vector<float>>(
+      "_getSensorTransformAtTime", name, time));
+}
+
+void RealSensor::xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalData>& data,
+                                                   const ko::Clock::time_point& now,
+                                                   const boost::chrono::milliseconds& maxAge,
+                                                   QVMotionProxy motion, float distance,
+                                                   float angularStep) const {
+  const ko::Duration limit = inNanoseconds(maxAge);
+  for (Math::MetricalData& record : data) {
+    const ko::Duration age = Math::age(record, now);
+    if (age <= limit) continue;
+    ko::log::warning(kCategory, kGuard)
+        << "Data from " << record.sensorName << " are "
+        << boost::chrono::duration_cast<boost::chrono::milliseconds>(age) << " old.";
+    record.points.clear();
+    try {
+      record.sensorTransform =
+          Math::Transform(motion.getTransform(record.sensorName, kRobotFrame, true));
+    } catch (const std::exception& exception) {
+      ko::log::warning(kCategory, kGuard) << exception.what();
+      continue;
+    }
+    record.points = arcOfPoints(record.fieldOfView.angularRange, distance, angularStep);
+  }
+}
+
+}  // namespace QV::sensor

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+
+#include "platform/math/pose2d.h"
+
+namespace QV::sensor {
+
+struct PosePair {
+  Math::Pose2D scanPose;
+  Math::Pose2D referencePose;
+};
+
+/**
+ * A pair of poses that any thread may write and read without a lock: a reader gets one whole pair.
+ * A sequence counter, odd while a write is going on; readers try again when it has moved.
+ */
+class SharedPosePair {
+ public:
+  void store(const PosePair& pair) noexcept;
+  PosePair load() const noexcept;
+
+ private:
+  std::atomic<std::uint32_t> sequence{0};
+  std::array<std::atomic<float>, 6> values{};
+};
+
+}  // namespace QV::sensor

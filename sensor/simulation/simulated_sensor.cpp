@@ -1,0 +1,76 @@
+#include "sensor/simulation/simulated_sensor.h"
+
+#include <algorithm>
+
+#include "platform/navigation/occ_map_simulate_scan.h"
+
+namespace QV::sensor {
+namespace {
+
+// Cells above this occupancy stop a ray: occupied ones and, at 0.5, unknown ones.
+constexpr float kOccupiedAbove = 0.4f;
+constexpr float kPointHeight = 0.5f;
+
+}  // namespace
+
+SimulatedSensor::SimulatedSensor(const std::string& name, const std::string& familyName,
+                                 const Math::SensorFieldOfView2D& fieldOfView,
+                                 const Math::Pose2D& sensorPose, bool useAllRays)
+    : Sensor(name, familyName, fieldOfView), sensorPose(sensorPose), useAllRays(useAllRays) {}
+
+void SimulatedSensor::setOccMap(QV::OccupancyMap* map) {
+  occMap = map;
+}
+
+void SimulatedSensor::setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose) {
+  poses.store({scanPose, referencePose});
+}
+
+std::vector<Math::MetricalData> SimulatedSensor::xGetData() const {
+  Math::MetricalData record;
+  record.timestamp = ko::Clock::now();
+  record.sensorName = name;
+  record.familyName = familyName;
+  record.fieldOfView = fieldOfView;
+
+  const PosePair current = poses.load();
+  record.sensorTransform = Math::transformFromPose2D(current.referencePose * sensorPose);
+
+  // Kept between reads, so that a scan allocates nothing for its rays.
+  static thread_local std::vector<RangeReading> readings;
+  readings.clear();
+  if (const OccupancyMap* map = occMap) {
+    occMapSimulateScan(*map, fieldOfView, current.scanPose, readings, kOccupiedAbove);
+  }
+  if (useAllRays) {
+    xAddAllRays(readings, current, record.points);
+  } else {
+    xAddNearestEcho(readings, record.points);
+  }
+
+  std::vector<Math::MetricalData> result;
+  result.push_back(std::move(record));
+  return result;
+}
+
+void SimulatedSensor::xAddNearestEcho(const std::vector<RangeReading>& readings,
+                                      std::vector<Math::Position3D>& points) const {
+  const auto nearest = std::min_element(
+      readings.begin(), readings.end(),
+      [](const RangeReading& a, const RangeReading& b) { return a.range < b.range; });
+  if (nearest == readings.end() || nearest->status != 0) return;
+  points.emplace_back(Math::Position2D(nearest->range, 0.0f), kPointHeight);
+}
+
+void SimulatedSensor::xAddAllRays(const std::vector<RangeReading>& readings, const PosePair& poses,
+                                  std::vector<Math::Position3D>& points) const {
+  const Math::Pose2D placement = poses.referencePose * Math::pinv(poses.scanPose);
+  points.reserve(readings.size());
+  for (const RangeReading& reading : readings) {
+    const float range = reading.status == 0 ? reading.range : fieldOfView.maxRange;
+    const auto point = Math::Position2D::fromPolarCoordinates(range, reading.angle);
+    points.emplace_back(placement * point, kPointHeight);
+  }
+}
+
+}  // namespace QV::sensor

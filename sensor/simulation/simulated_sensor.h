@@ -1,0 +1,54 @@
+#pragma once
+
+#include <atomic>
+#include <string>
+#include <vector>
+
+#include "platform/api.h"
+#include "platform/math/pose2d.h"
+#include "platform/navigation/occupancy_map.h"
+#include "platform/navigation/range_reading.h"
+#include "sensor/core/sensor.h"
+#include "sensor/simulation/shared_pose_pair.h"
+
+namespace QV::sensor {
+
+/**
+ * A sensor that casts rays into an occupancy map. It reports either its nearest echo, as one point
+ * straight ahead at the echo's range, or all rays, one point each, misses at the maximum range. Its
+ * hardware never fails. Without a map its records have no points.
+ */
+class QV_API SimulatedSensor : public Sensor {
+ public:
+  /** `sensorPose` places the sensor in the robot's frame; it does not turn the fan of rays. */
+  SimulatedSensor(const std::string& name, const std::string& familyName,
+                  const Math::SensorFieldOfView2D& fieldOfView, const Math::Pose2D& sensorPose,
+                  bool useAllRays = false);
+
+  /** The map must outlive its use here. */
+  void setOccMap(QV::OccupancyMap* map);
+
+  /**
+   * `scanPose`: where the rays start, in the map's frame. `referencePose`: the robot's pose in
+   * records. Takes no lock; a read in another thread sees the pair before or after.
+   */
+  void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose);
+
+ protected:
+  std::vector<Math::MetricalData> xGetData() const override;
+  bool xSubscribeToHardware() override { return true; }
+  bool xUnsubscribeFromHardware() override { return true; }
+
+ private:
+  void xAddNearestEcho(const std::vector<RangeReading>& readings,
+                       std::vector<Math::Position3D>& points) const;
+  void xAddAllRays(const std::vector<RangeReading>& readings, const PosePair& poses,
+                   std::vector<Math::Position3D>& points) const;
+
+  SharedPosePair poses;
+  Math::Pose2D sensorPose;
+  std::atomic<QV::OccupancyMap*> occMap{nullptr};
+  bool useAllRays;
+};
+
+}  // namespace QV::sensor

@@ -1,0 +1,208 @@
+#include "platform/middleware/qv_value.h"
+
+#include <cmath>
+#include <limits>
+#include <sstream>
+
+#include <gtest/gtest.h>
+#include <rapidcheck/gtest.h>
+
+#include "platform/middleware/qv_error.h"
+#include "tests/support/throws.h"
+
+namespace QV {
+namespace {
+
+using test::errorOf;
+
+constexpr auto kMaxInt = std::numeric_limits<std::int64_t>::max();
+constexpr auto kMinInt = std::numeric_limits<std::int64_t>::min();
+constexpr double kInfinity = std::numeric_limits<double>::infinity();
+const double kNan = std::nan("");
+
+/** One value of each type. */
+std::vector<QVValue> oneOfEach() {
+  return {QVValue(),
+          QVValue(true),
+          QVValue(1),
+          QVValue(2.5),
+          QVValue("text"),
+          QVValue::array(1, "two"),
+          QVValue(QVValue::Bytes{1, 2})};
+}
+
+TEST(QVValue, saysItsTypeExactly) {
+  const auto values = oneOfEach();
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    const QVValue& sut = values[i];
+    const bool answers[] = {!sut.isValid(), sut.isBool(),  sut.isInt(),   sut.isFloat(),
+                            sut.isString(), sut.isArray(), sut.isBinary()};
+    for (std::size_t j = 0; j < std::size(answers); ++j) EXPECT_EQ(answers[j], i == j) << sut;
+  }
+}
+
+TEST(QVValue, numbersConvertIntoEachOtherAndNothingElseDoes) {
+  const char* kOk = "";
+  const auto values = oneOfEach();
+  const auto convert = [](const QVValue& v, int column) {
+    return errorOf([&] {
+      switch (column) {
+        case 0:
+          return void(v.toBool());
+        case 1:
+          return void(v.toInt());
+        case 2:
+          return void(v.toFloat());
+        case 3:
+          return void(v.toString());
+        case 4:
+          return void(v.toArray());
+        default:
+          return void(v.toBinary());
+      }
+    });
+  };
+  const char* methods[] = {"toBool", "toInt", "toFloat", "toString", "toArray", "toBinary"};
+  const char* expected[] = {"bool", "int", "float", "string", "array", "binary"};
+  const bool converts[][6] = {
+      {false, false, false, false, false, false}, {true, true, true, false, false, false},
+      {false, true, true, false, false, false},   {false, true, true, false, false, false},
+      {false, false, false, true, false, false},  {false, false, false, false, true, false},
+      {false, false, false, false, false, true},
+  };
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    for (int column = 0; column < 6; ++column) {
+      const std::string refusal = std::string("QVValue::") + methods[column] + ": " +
+                                  expected[column] + " expected, " +
+                                  QVValue::getTypeName(values[i].getType()) + " given";
+      EXPECT_EQ(convert(values[i], column), converts[i][column] ? kOk : refusal) << values[i];
+    }
+  }
+}
+
+TEST(QVValue, aFloatThatBecomesAnIntIsTruncatedAndSaturates) {
+  struct Case {
+    double value;
+    std::int64_t expected;
+    std::int32_t expected32;
+  };
+  constexpr auto kMax32 = std::numeric_limits<std::int32_t>::max();
+  constexpr auto kMin32 = std::numeric_limits<std::int32_t>::min();
+  const Case cases[] = {
+      {2.9, 2, 2},
+      {-2.9, -2, -2},
+      {kNan, 0, 0},
+      {kInfinity, kMaxInt, kMax32},
+      {-kInfinity, kMinInt, kMin32},
+      {9.3e18, kMaxInt, kMax32},
+      {-9223372036854775808.0, kMinInt, kMin32},
+      {1e10, 10'000'000'000, kMax32},
+      {-1e10, -10'000'000'000, kMin32},
+  };
+  for (const Case& c : cases) {
+    EXPECT_EQ(QVValue(c.value).toInt(), c.expected) << c.value;
+    EXPECT_EQ(QVValue(c.value).toInt32(), c.expected32) << c.value;
+  }
+}
+
+TEST(QVValue, integersOfEverySizeKeepTheirValueOrSaturate) {
+  EXPECT_EQ(QVValue(std::uint64_t{1} << 63).toInt(), kMaxInt);
+  EXPECT_EQ(QVValue(std::uint32_t{4'000'000'000}).toInt(), 4'000'000'000);
+  EXPECT_EQ(QVValue(-1).as<std::uint8_t>(), 0);
+  EXPECT_EQ(QVValue(300).as<std::uint8_t>(), 255);
+  EXPECT_EQ(QVValue(kMinInt).as<std::uint64_t>(), 0u);
+}
+
+RC_GTEST_PROP(QVValue, whatWentInComesOut,
+              (bool b, std::int64_t i, double d, float f, const std::string& s,
+               const std::vector<float>& floats, const std::vector<std::uint8_t>& bytes,
+               const std::vector<std::vector<std::string>>& nested)) {
+  RC_ASSERT(QVValue(b).as<bool>() == b);
+  RC_ASSERT(QVValue(i).as<std::int64_t>() == i);
+  RC_ASSERT(QVValue(d).as<double>() == d);
+  RC_ASSERT(QVValue(f).as<float>() == f);
+  RC_ASSERT(QVValue(s).as<std::string>() == s);
+  RC_ASSERT(QVValue(floats).as<std::vector<float>>() == floats);
+  RC_ASSERT(QVValue(bytes).as<QVValue::Bytes>() == bytes);
+  RC_ASSERT(QVValue(nested).as<std::vector<std::vector<std::string>>>() == nested);
+  const ko::Clock::time_point time{ko::Duration(i)};
+  RC_ASSERT(QVValue(time).as<ko::Clock::time_point>() == time);
+}
+
+TEST(QVValue, aTimeIsReadFromAnIntOnlySoThatNothingIsLost) {
+  EXPECT_EQ(errorOf([] { QVValue(1e9).as<ko::Clock::time_point>(); }),
+            "QVValue::as: int expected, float given");
+  EXPECT_EQ(errorOf([] { QVValue(true).as<ko::Duration>(); }),
+            "QVValue::as: int expected, bool given");
+}
+
+TEST(QVValue, vectorsOfBoolAndMixedNumbersConvertElementByElement) {
+  const std::vector<bool> flags{true, false};
+  EXPECT_EQ(QVValue(flags), QVValue::array(true, false));
+  EXPECT_EQ(QVValue::array(1, 2.5, true).as<std::vector<float>>(),
+            (std::vector<float>{1.0f, 2.5f, 1.0f}));
+  EXPECT_EQ(errorOf([] { QVValue::array(1, "two").as<std::vector<float>>(); }),
+            "QVValue::toFloat: float expected, string given");
+}
+
+TEST(QVValue, elementsOutOfRangeAreRefused) {
+  const QVValue sut = QVValue::array("a", 2);
+  EXPECT_EQ(sut[1], QVValue(2));
+  EXPECT_EQ(errorOf([&] { sut[2]; }), "QVValue::operator[]: no element 2 in an array of 2");
+  EXPECT_EQ(errorOf([] { QVValue("text")[0]; }), "QVValue::toArray: array expected, string given");
+}
+
+TEST(QVValue, sizeCountsElementsOrBytes) {
+  EXPECT_EQ(QVValue::array().getSize(), 0u);
+  EXPECT_EQ(QVValue::array(1, 2, 3).getSize(), 3u);
+  EXPECT_EQ(QVValue("four").getSize(), 4u);
+  EXPECT_EQ(QVValue(QVValue::Bytes(5)).getSize(), 5u);
+  EXPECT_EQ(QVValue(QVValue::Binary()).getSize(), 0u);
+  EXPECT_EQ(errorOf([] { QVValue(1).getSize(); }), "QVValue::getSize: array expected, int given");
+}
+
+TEST(QVValue, equalityLooksAtTypeAndContentNotAtTheSharedBuffer) {
+  const auto values = oneOfEach();
+  const auto again = oneOfEach();
+  for (std::size_t i = 0; i < values.size(); ++i) {
+    for (std::size_t j = 0; j < again.size(); ++j) EXPECT_EQ(values[i] == again[j], i == j);
+  }
+  EXPECT_NE(QVValue(1), QVValue(1.0));
+  EXPECT_NE(QVValue::array(1, 2), QVValue::array(1, 3));
+  EXPECT_NE(QVValue::array(kNan), QVValue::array(kNan));
+}
+
+TEST(QVValue, copiesAndMovesOfABufferShareItsBytes) {
+  const auto buffer = std::make_shared<const QVValue::Bytes>(1000, std::uint8_t{7});
+  QVValue first(buffer);
+  const QVValue copy = first;
+  const QVValue moved = std::move(first);
+  EXPECT_EQ(copy.toBinary(), buffer);
+  EXPECT_EQ(moved.toBinary(), buffer);
+}
+
+TEST(QVValue, readsAsText) {
+  const std::pair<QVValue, const char*> cases[] = {
+      {QVValue(), "invalid"},
+      {false, "false"},
+      {-7, "-7"},
+      {2.0, "2.0"},
+      {0.1f, "0.1"},
+      {0.1, "0.1"},
+      {1e300, "1e+300"},
+      {kNan, "nan"},
+      {-kInfinity, "-inf"},
+      {"a \"b\" \\", R"("a \"b\" \\")"},
+      {QVValue::Bytes(3), "binary of 3 bytes"},
+      {QVValue::array(), "[]"},
+      {QVValue::array("key", QVValue::array(1.5f, 20)), R"(["key", [1.5, 20]])"},
+  };
+  for (const auto& [value, text] : cases) {
+    std::ostringstream stream;
+    stream << value;
+    EXPECT_EQ(stream.str(), text);
+  }
+}
+
+}  // namespace
+}  // namespace QV

@@ -1,0 +1,65 @@
+#include "sensor/core/scoped_subscription.h"
+
+#include <stdexcept>
+#include <utility>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/fake_sensor.h"
+#include "tests/support/log_capture.h"
+
+namespace QV::sensor {
+namespace {
+
+using testing::IsEmpty;
+using testing::SizeIs;
+
+class ScopedSubscriptionTest : public testing::Test {
+ protected:
+  ScopedSubscriptionTest() {
+    for (const char* name : {"A", "B", "C"}) sensors.push_back(manager.add(name, "Sonar"));
+  }
+  int running() const {
+    int count = 0;
+    for (const auto& sensor : sensors) count += sensor->isStarted() ? 1 : 0;
+    return count;
+  }
+
+  test::LogCapture log;
+  test::FakeManager manager;
+  std::vector<boost::shared_ptr<test::FakeSensor>> sensors;
+};
+
+TEST_F(ScopedSubscriptionTest, lastsAsLongAsItsScopeAlsoWhenMoved) {
+  {
+    ScopedSubscription first(manager, "me", {"A"});
+    EXPECT_EQ(running(), 1);
+    ScopedSubscription second(std::move(first));
+    ScopedSubscription all(manager, "you");
+    EXPECT_EQ(running(), 3);
+    all = std::move(second);
+    EXPECT_EQ(running(), 1);
+    EXPECT_THAT(manager.getSubscribers(), testing::ElementsAre("me"));
+  }
+  EXPECT_THAT(manager.getSubscribers(), IsEmpty());
+}
+
+TEST_F(ScopedSubscriptionTest, leavesNothingRunningWhenStartingThrows) {
+  sensors[1]->onStart = [] { throw std::runtime_error("no power"); };
+  EXPECT_THROW(ScopedSubscription(manager, "me"), std::runtime_error);
+  EXPECT_EQ(running(), 0);
+  EXPECT_THAT(manager.getSubscribers(), IsEmpty());
+}
+
+TEST_F(ScopedSubscriptionTest, stopsEverySensorAlsoWhenStoppingSomeThrows) {
+  {
+    ScopedSubscription subscription(manager, "me");
+    for (int i : {0, 1}) sensors[i]->onStop = [] { throw std::runtime_error("stuck"); };
+  }
+  EXPECT_EQ(running(), 0);
+  EXPECT_THAT(manager.getSubscribers(), IsEmpty());
+  EXPECT_THAT(log.lines(), SizeIs(2));
+}
+
+}  // namespace
+}  // namespace QV::sensor

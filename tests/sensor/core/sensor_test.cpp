@@ -1,0 +1,165 @@
+#include "sensor/core/sensor.h"
+
+#include <latch>
+#include <stdexcept>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "tests/support/fake_sensor.h"
+
+namespace QV::sensor {
+namespace {
+
+using test::FakeSensor;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+class SensorTest : public testing::Test {
+ protected:
+  FakeSensor sut{"Left", "Sonar"};
+};
+
+TEST_F(SensorTest, isEnabledGoodAndStoppedAtFirstAndReadsNothing) {
+  EXPECT_EQ(sut.getName(), "Left");
+  EXPECT_EQ(sut.getFamilyName(), "Sonar");
+  EXPECT_TRUE(sut.isEnabled());
+  EXPECT_TRUE(sut.isDiagnosisSucess());
+  EXPECT_FALSE(sut.isStarted());
+  EXPECT_THAT(sut.getData(), IsEmpty());
+  EXPECT_EQ(sut.reads, 0);
+}
+
+TEST_F(SensorTest, theFirstSubscriberStartsTheHardwareAndTheLastStopsIt) {
+  EXPECT_TRUE(sut.subscribe("a"));
+  EXPECT_FALSE(sut.subscribe("a"));
+  EXPECT_TRUE(sut.subscribe("b"));
+  EXPECT_EQ(sut.starts, 1);
+  EXPECT_EQ(sut.getData().size(), 1u);
+  EXPECT_THAT(sut.getSubscribers(), ElementsAre("a", "b"));
+
+  EXPECT_TRUE(sut.unsubscribe("a"));
+  EXPECT_FALSE(sut.unsubscribe("a"));
+  EXPECT_TRUE(sut.isStarted());
+  EXPECT_TRUE(sut.unsubscribe("b"));
+  EXPECT_EQ(sut.stops, 1);
+  EXPECT_FALSE(sut.isStarted());
+  EXPECT_THAT(sut.getData(), IsEmpty());
+}
+
+TEST_F(SensorTest, disablingStopsItAndKeepsItsSubscribers) {
+  sut.subscribe("a");
+  sut.enable(false);
+  EXPECT_FALSE(sut.isStarted());
+  EXPECT_THAT(sut.getSubscribers(), ElementsAre("a"));
+  sut.enable(false);
+  EXPECT_EQ(sut.stops, 1);
+  sut.enable(true);
+  EXPECT_TRUE(sut.isStarted());
+  EXPECT_EQ(sut.starts, 2);
+}
+
+TEST_F(SensorTest, aFailedStartClearsTheDiagnosisAndIsTriedAgainOnlyAfterARepair) {
+  sut.subscribeSucceeds = false;
+  EXPECT_TRUE(sut.subscribe("a"));
+  EXPECT_FALSE(sut.isDiagnosisSucess());
+  EXPECT_FALSE(sut.isStarted());
+  sut.subscribe("b");
+  EXPECT_EQ(sut.starts, 1);
+
+  sut.setDiagnosis(true);
+  EXPECT_EQ(sut.starts, 2);
+  EXPECT_FALSE(sut.isDiagnosisSucess());
+
+  sut.subscribeSucceeds = true;
+  sut.setDiagnosis(true);
+  EXPECT_TRUE(sut.isStarted());
+  EXPECT_TRUE(sut.isDiagnosisSucess());
+}
+
+TEST_F(SensorTest, aBadDiagnosisStopsItAndAFailedStopLeavesItStopped) {
+  sut.subscribe("a");
+  sut.setDiagnosis(false);
+  EXPECT_FALSE(sut.isStarted());
+  sut.setDiagnosis(true);
+  EXPECT_TRUE(sut.isStarted());
+
+  sut.unsubscribeSucceeds = false;
+  sut.unsubscribe("a");
+  EXPECT_FALSE(sut.isStarted());
+  EXPECT_FALSE(sut.isDiagnosisSucess());
+}
+
+TEST_F(SensorTest, isFlaggedAsStartedOnlyWhileTheHardwareRuns) {
+  bool flaggedAtStart = true;
+  bool flaggedAtStop = true;
+  sut.onStart = [&] { flaggedAtStart = sut.isStarted(); };
+  sut.onStop = [&] { flaggedAtStop = sut.isStarted(); };
+  sut.subscribe("a");
+  sut.unsubscribe("a");
+  EXPECT_FALSE(flaggedAtStart);
+  EXPECT_FALSE(flaggedAtStop);
+}
+
+TEST_F(SensorTest, whatTheHardwareThrowsPassesThroughAndLeavesNoLockBehind) {
+  sut.onStart = [] { throw std::runtime_error("no power"); };
+  EXPECT_THROW(sut.subscribe("a"), std::runtime_error);
+  EXPECT_FALSE(sut.isStarted());
+  sut.onStart = [] {};
+  sut.onRead = [] { throw std::runtime_error("no echo"); };
+  sut.subscribe("a");
+  EXPECT_THROW(sut.getData(), std::runtime_error);
+  EXPECT_TRUE(sut.unsubscribe("a"));
+}
+
+TEST_F(SensorTest, stoppingWaitsForAReadInProgress) {
+  std::latch reading(1);
+  std::latch finish(1);
+  std::atomic<bool> hardwareStoppedDuringRead{false};
+  sut.onRead = [&] {
+    reading.count_down();
+    finish.wait();
+    hardwareStoppedDuringRead = !sut.hardwareOn;
+  };
+  sut.subscribe("a");
+  std::thread reader([&] { sut.getData(); });
+  reading.wait();
+  std::thread stopper([&] { sut.unsubscribe("a"); });
+  finish.count_down();
+  reader.join();
+  stopper.join();
+  EXPECT_FALSE(hardwareStoppedDuringRead);
+  EXPECT_FALSE(sut.isStarted());
+}
+
+TEST_F(SensorTest, survivesReadersAndSubscribersAtOnce) {
+  std::latch go(4);
+  const auto churn = [&](const std::string& subscriber) {
+    go.arrive_and_wait();
+    for (int i = 0; i < 2000; ++i) {
+      sut.subscribe(subscriber);
+      sut.enable(i % 3 != 0);
+      sut.unsubscribe(subscriber);
+    }
+  };
+  std::atomic<bool> wrong{false};
+  const auto read = [&] {
+    go.arrive_and_wait();
+    for (int i = 0; i < 4000; ++i) {
+      if (sut.getData().size() > 1) wrong = true;
+      sut.isStarted();
+    }
+  };
+  sut.onRead = [&] {
+    if (!sut.hardwareOn) wrong = true;
+  };
+  std::thread threads[] = {std::thread(churn, "a"), std::thread(churn, "b"), std::thread(read),
+                           std::thread(read)};
+  for (auto& thread : threads) thread.join();
+  EXPECT_FALSE(wrong);
+  EXPECT_FALSE(sut.isStarted());
+  EXPECT_EQ(sut.starts, sut.stops);
+}
+
+}  // namespace
+}  // namespace QV::sensor

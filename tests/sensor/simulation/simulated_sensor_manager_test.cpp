@@ -1,0 +1,209 @@
+#include "sensor/simulation/simulated_sensor_manager.h"
+
+#include <cmath>
+#include <latch>
+#include <numbers>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "platform/ko/simulated_time.h"
+#include "tests/support/fake_sensor.h"
+#include "tests/support/log_capture.h"
+
+namespace QV::sensor {
+namespace {
+
+using test::namesOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr float kPi = std::numbers::pi_v<float>;
+
+/** A free square of 10 m whose walls are the outermost cells; the inside is 0.1 m to 9.9 m. */
+OccupancyMap squareRoom() {
+  OccupancyMap map(100, 100, 0.1f, Math::Pose2D(), 0.0f);
+  for (int i = 0; i < 100; ++i) {
+    for (int edge : {0, 99}) {
+      map.setOccupancy(i, edge, 1.0f);
+      map.setOccupancy(edge, i, 1.0f);
+    }
+  }
+  return map;
+}
+
+void setBothPoses(SensorManager& manager, const Math::Pose2D& pose) {
+  manager.setPose2D(pose, pose);
+}
+
+TEST(SimulatedSensorManager, groupsTheSensorsOfAKindByFamily) {
+  OccupancyMap map = squareRoom();
+  SimulatedSensorManager sut(1, &map);
+  EXPECT_THAT(sut.getFamilyNames(), ElementsAre("Asus", "Bumper", "Sonar"));
+  EXPECT_THAT(sut.getSensorsByFamily("Bumper"), SizeIs(3));
+  EXPECT_THAT(sut.getSensorsByFamily("Sonar"), ElementsAre("Sonar/Back", "Sonar/Front"));
+  EXPECT_EQ(SimulatedSensorManager(0, &map).getFamilyNames(), std::set<std::string>{"Sonar"});
+}
+
+TEST(SimulatedSensorManager, hasParametersForCallers) {
+  test::LogCapture log;
+  for (int kind : {-1, 0}) {
+    EXPECT_EQ(SimulatedSensorManager(kind, nullptr).getKindParameter(), 0.15f) << kind;
+  }
+  for (int kind : {-2, 1, 2, 7}) {
+    const SimulatedSensorManager sut(kind, nullptr);
+    EXPECT_EQ(sut.getKindParameter(), 0.3f) << kind;
+    EXPECT_EQ(sut.getSimulationParameter(), 1.0f);
+  }
+}
+
+TEST(SimulatedSensorManager, ofAnUnknownKindHasNoSensors) {
+  test::LogCapture log;
+  OccupancyMap map = squareRoom();
+  SimulatedSensorManager sut(2, &map);
+  EXPECT_THAT(sut.getSensorList(), IsEmpty());
+  EXPECT_FALSE(sut.subscribe("me"));
+  EXPECT_THAT(sut.getMetricalData(), IsEmpty());
+}
+
+TEST(SimulatedSensorManager, withoutAMapReadsRecordsWithoutPoints) {
+  test::LogCapture log;
+  SimulatedSensorManager sut(1, nullptr);
+  sut.subscribe("me");
+  const auto records = sut.getMetricalData();
+  EXPECT_THAT(records, SizeIs(6));
+  for (const auto& record : records) EXPECT_THAT(record.points, IsEmpty()) << record.sensorName;
+  EXPECT_THAT(log.lines(), SizeIs(1));
+}
+
+TEST(SimulatedSensorManager, readsStartedSensorsOnlyEachTimeAnew) {
+  OccupancyMap map = squareRoom();
+  SimulatedSensorManager sut(1, &map);
+  setBothPoses(sut, Math::Pose2D(8.0f, 5.0f, 0.0f));
+  EXPECT_THAT(sut.getMetricalData(), IsEmpty());
+  sut.subscribe("me", "Sonar/Front");
+  ASSERT_THAT(sut.getMetricalData(), SizeIs(1));
+  EXPECT_NEAR(sut.getMetricalData()[0].points.at(0).x, 1.9f, 1e-5f);
+  setBothPoses(sut, Math::Pose2D(9.0f, 5.0f, 0.0f));
+  EXPECT_NEAR(sut.getMetricalData("Sonar")[0].points.at(0).x, 0.9f, 1e-5f);
+}
+
+TEST(SimulatedSensorManager, aNearestEchoIsOnePointStraightAheadWhateverTheMounting) {
+  OccupancyMap map = squareRoom();
+  SimulatedSensorManager sut(1, &map);
+  sut.subscribe("me", "Sonar");
+  setBothPoses(sut, Math::Pose2D(8.5f, 5.0f, 0.0f));
+  const auto records = sut.getMetricalData();
+  ASSERT_EQ(namesOf(records), (std::vector<std::string>{"Sonar/Back", "Sonar/Front"}));
+  for (const auto& record : records) {
+    ASSERT_THAT(record.points, SizeIs(1));
+    EXPECT_NEAR(record.points[0].x, 1.4f, 1e-5f);
+    EXPECT_EQ(record.points[0].y, 0.0f);
+    EXPECT_EQ(record.points[0].z, 0.5f);
+  }
+  // Nothing within 2.5 m: a record, and no point at the maximum range.
+  setBothPoses(sut, Math::Pose2D(5.0f, 5.0f, 0.0f));
+  for (const auto& record : sut.getMetricalData()) EXPECT_THAT(record.points, IsEmpty());
+}
+
+TEST(SimulatedSensorManager, allRaysArePlacedFromTheScanPoseIntoTheReferenceFrame) {
+  OccupancyMap map = squareRoom();
+  SimulatedSensorManager sut(-1, &map);
+  sut.subscribe("me");
+  const Math::Pose2D pose(9.0f, 5.0f, kPi / 2);
+  setBothPoses(sut, pose);
+  const auto robotFrame = sut.getMetricalData().at(0);
+  ASSERT_THAT(robotFrame.points, SizeIs(300));
+  // The first ray looks back, at the middle of the room: a miss at 3.5 m. The wall is to the right.
+  EXPECT_NEAR(robotFrame.points[0].x, -3.5f, 1e-4f);
+  EXPECT_NEAR(robotFrame.points[75].y, -0.9f, 1e-4f);
+  for (const auto& point : robotFrame.points) EXPECT_EQ(point.z, 0.5f);
+
+  sut.setPose2D(pose, Math::Pose2D());
+  const auto shifted = sut.getMetricalData().at(0);
+  const auto expected =
+      Math::pinv(pose) * Math::Position2D(robotFrame.points[75].x, robotFrame.points[75].y);
+  EXPECT_NEAR(shifted.points[75].x, expected.x, 1e-4f);
+  EXPECT_NEAR(shifted.points[75].y, expected.y, 1e-4f);
+}
+
+TEST(SimulatedSensorManager, theTransformFollowsReferencePoseAndMountingOnly) {
+  OccupancyMap map = squareRoom();
+  SimulatedSensorManager sut(-1, &map);
+  sut.subscribe("me");
+  const Math::Pose2D reference(2.0f, 3.0f, kPi / 2);
+  sut.setPose2D(Math::Pose2D(5.0f, 5.0f, 1.0f), reference);
+  const auto first = sut.getMetricalData().at(0);
+  sut.setPose2D(Math::Pose2D(7.0f, 5.0f, 2.0f), reference);
+  const auto second = sut.getMetricalData().at(0);
+  EXPECT_EQ(first.sensorTransform, second.sensorTransform);
+  EXPECT_NE(first.points, second.points);
+  EXPECT_NEAR(first.sensorTransform(0, 3), 2.0f, 1e-6f);
+  EXPECT_NEAR(first.sensorTransform(1, 3), 3.1f, 1e-6f);
+}
+
+TEST(SimulatedSensorManager, stampsRecordsWithTheClock) {
+  ko::SimulatedTime time(ko::Clock::time_point(ko::Duration(5'000'000'000)));
+  OccupancyMap map = squareRoom();
+  SimulatedSensorManager sut(0, &map);
+  sut.subscribe("me");
+  time.advance(ko::Duration(7));
+  EXPECT_EQ(sut.getMetricalData().at(0).timestamp,
+            ko::Clock::time_point(ko::Duration(5'000'000'007)));
+}
+
+/** Lets a test slip a sensor in that is not simulated. */
+class MixedManager : public SimulatedSensorManager {
+ public:
+  explicit MixedManager(OccupancyMap* map) : SimulatedSensorManager(1, map) {
+    sensors["Radar"] = boost::make_shared<test::FakeSensor>("Radar", "Radar");
+    families["Radar"] = {"Radar"};
+  }
+};
+
+TEST(SimulatedSensorManager, posesReachTheSensorsInOrderOfNameUpToOneThatIsNotSimulated) {
+  test::LogCapture log;
+  OccupancyMap map = squareRoom();
+  MixedManager sut(&map);
+  sut.subscribe("me");
+  setBothPoses(sut, Math::Pose2D(3.0f, 5.0f, 0.0f));
+  for (const auto& record : sut.getMetricalData()) {
+    if (record.familyName == "Radar") continue;
+    const bool reached = record.sensorName < "Radar";
+    EXPECT_EQ(record.sensorTransform(0, 3), reached ? 3.0f : 0.0f) << record.sensorName;
+  }
+  EXPECT_THAT(
+      log.lines(),
+      testing::Contains("fatal Navigation.SimulatedSensorManager.setPose2D: Wrong sensor cast."));
+}
+
+TEST(SimulatedSensorManager, posesMayBeSetWhileOthersRead) {
+  OccupancyMap map = squareRoom();
+  SimulatedSensorManager sut(1, &map);
+  sut.subscribe("me");
+  std::latch go(3);
+  std::thread writer([&] {
+    go.arrive_and_wait();
+    for (int i = 0; i < 500; ++i) {
+      const float x = 2.0f + 0.01f * static_cast<float>(i);
+      sut.setPose2D(Math::Pose2D(x, x, 0.0f), Math::Pose2D(x, x, 0.0f));
+    }
+  });
+  std::atomic<int> torn{0};
+  const auto read = [&] {
+    go.arrive_and_wait();
+    for (int i = 0; i < 200; ++i) {
+      for (const auto& record : sut.getMetricalData("Asus")) {
+        if (record.sensorTransform(0, 3) != record.sensorTransform(1, 3)) ++torn;
+      }
+    }
+  };
+  std::thread readers[] = {std::thread(read), std::thread(read)};
+  writer.join();
+  for (auto& reader : readers) reader.join();
+  EXPECT_EQ(torn, 0);
+}
+
+}  // namespace
+}  // namespace QV::sensor
