@@ -2,6 +2,8 @@
 
 #include <cstdlib>
 #include <filesystem>
+#include <fstream>
+#include <iterator>
 #include <optional>
 #include <string>
 
@@ -14,6 +16,14 @@ inline std::optional<std::string> findRealData(const std::string& name) {
   const std::filesystem::path path = std::filesystem::path(folder) / name;
   if (!std::filesystem::exists(path)) return std::nullopt;
   return path.string();
+}
+
+/** The content of a file of the real data; nothing when it isn't there. */
+inline std::optional<std::string> readRealData(const std::string& name) {
+  const std::optional<std::string> path = findRealData(name);
+  if (!path) return std::nullopt;
+  std::ifstream file(*path, std::ios::binary);
+  return std::string(std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>());
 }
 
 }  // namespace QV::test

@@ -1,0 +1,58 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/api.h"
+#include "platform/math/position.h"
+#include "platform/math/transform.h"
+
+namespace QV::Model {
+
+enum class JointType { fixed, revolute, continuous, prismatic, planar, floating };
+
+/** Whether one number, in radians or metres, says where a joint of this type stands. */
+inline bool hasPosition(JointType type) {
+  return type == JointType::revolute || type == JointType::continuous ||
+         type == JointType::prismatic;
+}
+
+/** In radians, or metres for a prismatic joint. A continuous one has no lower and upper end. */
+struct QV_API JointLimits {
+  float lower = 0.0f;
+  float upper = 0.0f;
+  /** Newton metres or newtons. */
+  float effort = 0.0f;
+  /** Per second. */
+  float velocity = 0.0f;
+
+  friend bool operator==(const JointLimits&, const JointLimits&) = default;
+};
+
+/** The position is `multiplier` times that of `joint`, which mimics none, plus `offset`. */
+struct QV_API JointMimic {
+  std::string joint;
+  float multiplier = 1.0f;
+  float offset = 0.0f;
+
+  friend bool operator==(const JointMimic&, const JointMimic&) = default;
+};
+
+/** What a robot description says about one joint. Its frame is that of its child link. */
+struct QV_API JointConfig {
+  std::string name;
+  JointType type = JointType::fixed;
+  std::string parentLink;
+  std::string childLink;
+  /** The joint's frame at position 0, in that of the parent link. */
+  Math::Transform origin;
+  /** Of unit length, in the joint's frame; means nothing for fixed and floating joints. */
+  Math::Position3D axis{1.0f, 0.0f, 0.0f};
+  /** There for every revolute and prismatic joint. */
+  std::optional<JointLimits> limits;
+  std::optional<JointMimic> mimic;
+
+  friend bool operator==(const JointConfig&, const JointConfig&) = default;
+};
+
+}  // namespace QV::Model

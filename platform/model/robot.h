@@ -1,0 +1,34 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include "platform/api.h"
+#include "platform/model/collision_shape.h"
+#include "platform/model/joint_config.h"
+#include "platform/model/sensor_config.h"
+
+namespace QV::Model {
+
+/** What a robot description says. */
+struct QV_API Robot {
+  std::string name;
+  /** The kind of robot; 0 when the description names none. */
+  int kindCode = 0;
+  /** The one link that hangs on no joint. */
+  std::string rootLink;
+  /** The link whose frame is the robot's frame 0; the root when the description names none. */
+  std::string bodyLink;
+  /** In the order of the document. */
+  std::vector<std::string> links;
+  /** Parents before children. */
+  std::vector<JointConfig> joints;
+  /** By name. */
+  std::map<std::string, SensorConfig> sensorConfigs;
+  /** By name, those whose shape is not supported too. */
+  std::map<std::string, std::shared_ptr<CollisionShape>> collisionShapes;
+};
+
+}  // namespace QV::Model

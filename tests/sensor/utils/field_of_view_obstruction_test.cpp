@@ -1,0 +1,164 @@
+#include "sensor/utils/field_of_view_obstruction.h"
+
+#include <numbers>
+#include <string>
+
+#include <gmock/gmock.h>
+
+#include "platform/middleware/qv_broker.h"
+#include "platform/middleware/qv_error.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/throws.h"
+
+namespace QV::sensor {
+namespace {
+
+using Math::Transform;
+using test::errorOf;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr float kPi = std::numbers::pi_v<float>;
+
+typedef std::vector<std::shared_ptr<Model::CollisionShape>> Shapes;
+
+std::string link(const std::string& name, const std::string& collisions) {
+  return "<link name='" + name + "'>" + collisions + "</link><joint name='" + name +
+         "' type='fixed'><parent link='base'/><child link='" + name + "'/></joint>";
+}
+
+std::string collision(const std::string& name, const std::string& shape) {
+  return "<collision name='" + name + "'><geometry>" + shape + "</geometry></collision>";
+}
+
+std::string robot(const std::string& links) {
+  return "<robot name='r'><link name='base'/>" + links + "</robot>";
+}
+
+std::shared_ptr<Model::CollisionShape> ball(const std::string& joint, const Transform& transform) {
+  return std::make_shared<Model::CollisionShape>("ball", Math::Sphere{0.05f}, transform, joint);
+}
+
+/** A broker whose robot model hands out `description`, and whose motion writes its calls down. */
+class ObstructionTest : public testing::Test {
+ protected:
+  ObstructionTest() {
+    auto model = boost::make_shared<QVModule>("QVRobotModel");
+    model->bindMethod("getConfig", [this] { return description; });
+    broker->registerModule(model);
+    auto motion = boost::make_shared<QVModule>("QVMotion");
+    motion->bindMethod("getTransform", [this](const std::string& name, int frame, bool measured) {
+      calls.push_back(name + " " + std::to_string(frame) + (measured ? " measured" : ""));
+      if (name == "Lost") throw std::runtime_error("no such joint");
+      return Transform::fromPosition({static_cast<float>(calls.size()), 0, 0}).toVector();
+    });
+    broker->registerModule(motion);
+  }
+
+  std::vector<std::string> namesOfLoadedShapes() {
+    initCollisionShapesAndJointConfig(broker, shapes);
+    std::vector<std::string> names;
+    for (const auto& shape : shapes) names.push_back(shape->getName());
+    return names;
+  }
+
+  boost::shared_ptr<QVBroker> broker = QVBroker::create();
+  std::string description;
+  std::vector<std::string> calls;
+  Shapes shapes;
+  test::LogCapture log;
+};
+
+TEST_F(ObstructionTest, onlyTheForearmsAreLoadedInTheOrderOfTheirNames) {
+  const std::string sphere = "<sphere radius='0.1'/>";
+  description = robot(link("RElbowRoll", collision("b", sphere) + collision("d", sphere)) +
+                      link("LElbowRoll", collision("c", sphere) + collision("a", sphere)) +
+                      link("LElbowYaw", collision("yaw", sphere)) +
+                      link("Head", collision("head", "<mesh filename='head.stl'/>")));
+  EXPECT_THAT(namesOfLoadedShapes(), ElementsAre("a", "b", "c", "d"));
+  EXPECT_EQ(shapes[1]->getParentJoint(), "RElbowRoll");
+  EXPECT_THAT(log.lines(), IsEmpty());
+
+  description = robot(link("Head", collision("head", sphere)));
+  EXPECT_THAT(namesOfLoadedShapes(), IsEmpty());
+}
+
+TEST_F(ObstructionTest, aShapeThatCannotBeTestedIsLeftOutWithAWarning) {
+  description = robot(link("LElbowRoll", collision("blob", "<mesh filename='blob.stl'/>") +
+                                             collision("bone", "<sphere radius='0.1'/>")));
+  EXPECT_THAT(namesOfLoadedShapes(), ElementsAre("bone"));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("warning SensorUtils.initCollisionShapesAndJointConfig: Ignoring blob: "
+                          "isIntersectionConeShape: shapes of the kind \"mesh\" are not "
+                          "supported"));
+}
+
+TEST_F(ObstructionTest, withoutADescriptionTheShapesAreEmptiedAndTheErrorComesOut) {
+  shapes = {ball("LElbowRoll", Transform())};
+  description = "<robot";
+  EXPECT_THAT(errorOf([&] { initCollisionShapesAndJointConfig(broker, shapes); }),
+              HasSubstr("line 1: well-formed XML expected"));
+  EXPECT_THAT(shapes, IsEmpty());
+  broker->unregisterModule("QVRobotModel");
+  EXPECT_THROW(initCollisionShapesAndJointConfig(broker, shapes), QVError);
+}
+
+TEST_F(ObstructionTest, eachShapeIsPlacedByItsOwnJointInTheBodyFrame) {
+  shapes = {ball("RElbowRoll", Transform()), ball("LElbowRoll", Transform())};
+  const QVMotionProxy motion(broker);
+  EXPECT_THAT(buildTransformsFromCollisionShapes(shapes, motion),
+              ElementsAre(Transform::fromPosition({1, 0, 0}), Transform::fromPosition({2, 0, 0})));
+  EXPECT_THAT(calls, ElementsAre("RElbowRoll 0 measured", "LElbowRoll 0 measured"));
+
+  shapes.push_back(ball("Lost", Transform()));
+  EXPECT_THAT(errorOf([&] { buildTransformsFromCollisionShapes(shapes, motion); }),
+              HasSubstr("no such joint"));
+}
+
+// The joint stands one metre to the left, its x axis to the left too; the ball sits before it.
+TEST(IsSensorFOVObstructed, composesTheJointsPoseWithTheShapesOwn) {
+  const Transform joint =
+      Transform::fromPosition({0, 1, 0}) * Math::rotationFrom3DRotation(0, 0, kPi / 2);
+  const Shapes shapes = {ball("LElbowRoll", Transform::fromPosition({0.3f, 0, 0}))};
+  const auto isSeenLooking = [&](float yaw) {
+    const Transform sensor =
+        Transform::fromPosition({0, 0.5f, 0}) * Math::rotationFrom3DRotation(0, 0, yaw);
+    return isSensorFOVObstructed(sensor, shapes, {joint}, 0.1f);
+  };
+  EXPECT_TRUE(isSeenLooking(kPi / 2));
+  EXPECT_FALSE(isSeenLooking(0.0f));
+  EXPECT_FALSE(isSeenLooking(-kPi / 2));
+}
+
+TEST(IsSensorFOVObstructed, looksAMetreAndAHalfAlongTheSensorsXAxis) {
+  const Shapes shapes = {ball("LElbowRoll", Transform())};
+  const Transform turned =
+      Transform::fromPosition({1, 0, 0.5f}) * Math::rotationFrom3DRotation(0, 0, kPi);
+  const auto isSeenAt = [&](float x) {
+    return isSensorFOVObstructed(turned, shapes, {Transform::fromPosition({x, 0, 0.5f})}, 0.2f);
+  };
+  EXPECT_TRUE(isSeenAt(-0.549f));
+  EXPECT_FALSE(isSeenAt(-0.551f));
+  EXPECT_FALSE(isSeenAt(2.0f));
+}
+
+TEST(IsSensorFOVObstructed, stopsAtTheFirstShapeThatIsInTheWay) {
+  const auto mesh = std::make_shared<Model::CollisionShape>("m", Math::UnsupportedShape{"mesh"},
+                                                            Transform(), "RElbowRoll");
+  const auto isSeen = [&](const Shapes& shapes, const std::vector<Transform>& joints) {
+    return isSensorFOVObstructed(Transform(), shapes, joints, 0.2f);
+  };
+  const Transform before = Transform::fromPosition({1, 0, 0});
+  const Transform behind = Transform::fromPosition({-1, 0, 0});
+  EXPECT_TRUE(isSeen({ball("LElbowRoll", Transform()), mesh}, {before, before}));
+  EXPECT_THAT(errorOf([&] {
+                isSeen({ball("LElbowRoll", Transform()), mesh}, {behind, behind});
+              }),
+              HasSubstr("not supported"));
+  EXPECT_FALSE(isSeen({}, {}));
+  EXPECT_THROW(isSeen({mesh}, {}), std::out_of_range);
+}
+
+}  // namespace
+}  // namespace QV::sensor
