@@ -5,7 +5,7 @@
 
 #include <gmock/gmock.h>
 
-#include "platform/ko/event_loop.h"
+#include "robot/services/laser_mode_actuator.h"
 #include "tests/support/fake_robot.h"
 #include "tests/support/log_capture.h"
 
@@ -32,18 +32,10 @@ class LaserSensorTest : public testing::Test {
     robot.memory.insertData("stamp", 9'000);
   }
 
-  boost::shared_ptr<LaserSensor> makeLaser(const std::vector<std::string>& keys, int mask = 2) {
-    return boost::make_shared<LaserSensor>("Front", "Laser", kFieldOfView, robot.broker, keys, mask,
+  boost::shared_ptr<LaserSensor> makeLaser(const std::vector<std::string>& keys, int mask = 2,
+                                           const std::string& name = "Front") {
+    return boost::make_shared<LaserSensor>(name, "Laser", kFieldOfView, robot.broker, keys, mask,
                                            "modeActuator", "mode", "stamp");
-  }
-
-  /** From now on a command shows in the mode's key after `delay`; without this, at once never. */
-  void confirmAfter(ko::Duration delay) {
-    robot.devices->setActuatorHandler("modeActuator", [this, delay](const std::string&,
-                                                                    const QVValue& mode) {
-      commanded.push_back(mode);
-      ko::getEventLoop().asyncDelay([this, mode] { robot.memory.insertData("mode", mode); }, delay);
-    });
   }
 
   /** The hardware that confirms before a command's `set` returns. */
@@ -215,17 +207,30 @@ TEST_F(LaserSensorTest, theHardwareHasUntilTheLastPollButOneToConfirm) {
                         {950, 980, true},   {970, 1000, false}, {990, 1000, false},
                         {5000, 1000, false}};
   for (const Case& c : cases) {
-    robot.memory.insertData("mode", 0);
-    log.clear();
-    confirmAfter(milliseconds(c.delayMs));
+    const robot::LaserModeActuator hardware(robot.broker, robot.devices, "modeActuator", "mode",
+                                            milliseconds(c.delayMs));
     const auto sut = makeLaser({"x", "y"});
     const auto start = ko::Clock::now();
     sut->subscribe("test");
     EXPECT_EQ(sut->isStarted(), c.confirmed) << c.delayMs;
     EXPECT_EQ(sut->isDiagnosisSucess(), c.confirmed) << c.delayMs;
     EXPECT_EQ(elapsedSince(start), milliseconds(c.elapsedMs)) << c.delayMs;
-    robot.time.advance(boost::chrono::seconds(10));
   }
+}
+
+TEST_F(LaserSensorTest, lasersThatShareAModeStartAndStopApart) {
+  const robot::LaserModeActuator hardware(robot.broker, robot.devices, "modeActuator", "mode",
+                                          milliseconds(50));
+  const auto front = makeLaser({"x", "y"}, 1);
+  const auto left = makeLaser({"x", "y"}, 2, "Left");
+  const auto mode = [this] { return robot.memory.getData("mode").toInt(); };
+  front->subscribe("test");
+  EXPECT_EQ(mode(), 1);
+  left->subscribe("test");
+  EXPECT_EQ(mode(), 3);
+  front->unsubscribe("test");
+  EXPECT_EQ(mode(), 2);
+  EXPECT_TRUE(left->isStarted());
 }
 
 TEST_F(LaserSensorTest, theHandshakeIsLoggedAndEndsInATimeout) {
