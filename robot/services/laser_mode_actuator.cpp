@@ -39,11 +39,6 @@ class LaserModeActuator::State : public boost::enable_shared_from_this<State> {
         *delay);
   }
 
-  void drop() {
-    std::lock_guard<std::mutex> lock(mutex);
-    ++generation;
-  }
-
  private:
   void xShowIfNewest(std::int32_t mode, int commandGeneration) {
     std::lock_guard<std::mutex> lock(mutex);
@@ -73,7 +68,6 @@ LaserModeActuator::LaserModeActuator(const boost::shared_ptr<QVBroker>& broker,
 
 LaserModeActuator::~LaserModeActuator() {
   devices->setActuatorHandler(actuator, {});
-  state->drop();
 }
 
 void LaserModeActuator::setDelay(std::optional<ko::Duration> delay) {

@@ -57,9 +57,9 @@ TEST_F(LaserModeActuatorTest, withoutADelayItShowsBeforeTheCommandReturns) {
 TEST_F(LaserModeActuatorTest, itMayNeverShow) {
   command(5.0f);
   sut->setDelay(std::nullopt);
-  command(7.0f);
   robot.time.advance(boost::chrono::hours(1));
   EXPECT_EQ(mode(), QVValue(0));
+  command(7.0f);
   sut->setDelay(milliseconds(1));
   robot.time.advance(boost::chrono::hours(1));
   EXPECT_EQ(mode(), QVValue(0));

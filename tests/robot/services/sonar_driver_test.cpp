@@ -149,12 +149,14 @@ TEST_F(SonarDriverTest, aSonarThatFailsKeepsItsKeyAndHurtsNoOther) {
 }
 
 TEST_F(SonarDriverTest, withoutASourceNothingIsWritten) {
+  test::LogCapture log;
   const auto sut = makeDriver(1);
   time.runDue();
   sut->setSource({});
   range = 2.0f;
   time.advance(SonarDriver::kPeriod);
   EXPECT_EQ(valueOf("left"), 1.5f);
+  EXPECT_THAT(log.lines(), testing::IsEmpty());
 }
 
 TEST_F(SonarDriverTest, itsEndEndsTheWriting) {
