@@ -70,6 +70,9 @@ TEST_F(RecordingTest, aDescriptionIsReadBackAsTheRobotThatDrove) {
 
 TEST_F(RecordingTest, malformedLidarLogsAreRefusedByLine) {
   const std::string upTo = " from 0.0 to 1e+06 expected, ";
+  const auto scanAt = [](const std::string& time) {
+    return "FLASER 3 1 1 1 1 3 1.570796 1 2 1.570796 " + time + " h 0\n";
+  };
   const std::pair<std::string, std::string> cases[] = {
       {"", "no FLASER line found"},
       {"# only\nSYNC x\n", "no FLASER line found"},
@@ -93,8 +96,8 @@ TEST_F(RecordingTest, malformedLidarLogsAreRefusedByLine) {
        "line 2: a laser at the same place on the robot expected as in line 1"},
       {kScan + "FLASER 3 1 1 1 1 3 1.6 1 2 1.570796 101 h 0\n",
        "line 2: a laser at the same place on the robot expected as in line 1"},
-      {kScan + "FLASER 3 1 1 1 1 3 1.570796 1 2 1.570796 100.4 h 0\n",
-       "line 2: a time not before that of the scan before expected, \"100.4\" found"},
+      {kScan + scanAt("101") + scanAt("100.9"),
+       "line 3: a time not before that of the scan before expected, \"100.9\" found"},
       {kScan + "ODOM 1 2 3\n", "line 2: 10 words expected, 4 found"},
       {kScan + "ODOM 1 2 x 0 0 0 100 h 0\n",
        "line 2: theta from -1e+06 to 1e+06 expected, \"x\" found"},
