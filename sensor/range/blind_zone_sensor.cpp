@@ -29,7 +29,7 @@ BlindZoneSensor::BlindZoneSensor(const std::string& name, const std::string& fam
   }
   try {
     memoryProxy->declareEvent(eventName);
-  } catch (const std::exception&) {
+  } catch (...) {
     ko::log::error(kCategory, "BlindZoneSensor") << "Unable to declare event " << eventName;
   }
 }

@@ -80,7 +80,7 @@ bool LaserSensor::xSetKey(bool activate) {
   std::uint8_t mode = 0;
   try {
     mode = xReadOperationMode();
-  } catch (const std::exception&) {
+  } catch (...) {
     ko::log::error(kCategory, "xSetKey") << "Unable to get operation mode for " << name;
     return false;
   }
@@ -91,7 +91,7 @@ bool LaserSensor::xSetKey(bool activate) {
       << "Setting " << int{newMode} << " for " << (activate ? "activation." : "desactivation");
   try {
     xSendOperationMode(newMode);
-  } catch (const std::exception&) {
+  } catch (...) {
     ko::log::error(kCategory, "xSetKey") << "Unable to set operation mode for " << name;
     return false;
   }
@@ -118,7 +118,7 @@ bool LaserSensor::xAwaitOperationMode(std::uint8_t mode) {
           << "Waiting update " << int{current} << " " << name << " state.";
       if (current == mode && poll < kMostPolls) return true;
     }
-  } catch (const std::exception&) {
+  } catch (...) {
     ko::log::error(kCategory, "xSetKey") << "Unable to get operation mode for " << name;
     return false;
   }

@@ -36,7 +36,7 @@ std::vector<Math::MetricalData> SonarSensor::xGetData() const {
   float range = 0.0f;
   try {
     range = memoryProxy->getData(memoryKeys[0]).toFloat();
-  } catch (const std::exception&) {
+  } catch (...) {
     return {};
   }
   Math::Transform transform;

@@ -1,5 +1,6 @@
 #include "sensor/real/real_sensor.h"
 
+#include <algorithm>
 #include <limits>
 
 #include <boost/chrono/io/duration_io.hpp>
@@ -18,7 +19,7 @@ constexpr int kRobotFrame = 1;
 // The conversion of a limit as long as "for ever" would overflow.
 ko::Duration inNanoseconds(const boost::chrono::milliseconds& limit) {
   const auto most = boost::chrono::duration_cast<boost::chrono::milliseconds>(ko::Duration::max());
-  return limit > most ? ko::Duration::max() : ko::Duration(limit);
+  return std::clamp(limit, -most, most);
 }
 
 std::vector<Math::Position3D> arcOfPoints(float angularRange, float distance, float angularStep) {

@@ -8,8 +8,9 @@
 namespace QV::test {
 
 /** A broker, known to the manager, with the memory service. */
-inline boost::shared_ptr<QVBroker> brokerWithMemory() {
-  auto broker = QVBroker::create();
+template <typename T = QVBroker>
+boost::shared_ptr<T> brokerWithMemory() {
+  auto broker = QVBroker::create<T>();
   broker->registerModule(boost::make_shared<robot::MemoryService>(broker));
   return broker;
 }

@@ -1,0 +1,49 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include <boost/shared_ptr.hpp>
+
+#include "platform/api.h"
+#include "platform/ko/clock.h"
+
+namespace QV {
+class QVBroker;
+}
+
+namespace QV::robot {
+
+class DeviceManager;
+
+/**
+ * The operation mode that some lasers share. What the device manager's actuator is commanded shows
+ * in a memory key after a delay, as a laser takes its time to start; a command takes the place of
+ * one that does not show yet. It writes that key, an int, 0 at first. Not copyable; safe from any
+ * thread. Its end gives the actuator back to memory, and drops what does not show yet.
+ */
+class QV_API LaserModeActuator {
+ public:
+  /** Throws QVError if the key can't be written. */
+  LaserModeActuator(const boost::shared_ptr<QVBroker>& broker,
+                    const boost::shared_ptr<DeviceManager>& devices, const std::string& actuator,
+                    const std::string& modeKey, ko::Duration delay);
+  ~LaserModeActuator();
+  LaserModeActuator(const LaserModeActuator&) = delete;
+  LaserModeActuator& operator=(const LaserModeActuator&) = delete;
+
+  /**
+   * For commands from now on. Not positive: they show before the device manager's `set` returns.
+   * Nothing: they never show, nor do those before.
+   */
+  void setDelay(std::optional<ko::Duration> delay);
+
+ private:
+  class State;
+
+  const boost::shared_ptr<DeviceManager> devices;
+  const std::string actuator;
+  const boost::shared_ptr<State> state;
+};
+
+}  // namespace QV::robot

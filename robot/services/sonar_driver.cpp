@@ -1,0 +1,91 @@
+#include "robot/services/sonar_driver.h"
+
+#include <utility>
+
+#include "platform/ko/log.h"
+#include "platform/middleware/qv_error.h"
+#include "platform/middleware/qv_memory_proxy.h"
+#include "platform/model/number_text.h"
+
+namespace QV::robot {
+namespace {
+
+constexpr int kSonarType = 9;
+
+float maxRangeOf(const Model::SensorConfig& config) {
+  const auto found = config.properties.find("maximumDetectionDistance");
+  if (found == config.properties.end()) return 0.0f;
+  return static_cast<float>(Model::atofC(found->second));
+}
+
+bool isSonar(const Model::SensorConfig& config) {
+  return config.type == kSonarType && config.memoryKeys.size() == 1;
+}
+
+}  // namespace
+
+SonarDriver::SonarDriver(const boost::shared_ptr<QVBroker>& broker, const Model::Robot& robot,
+                         ko::Duration period)
+    : QVModule("QVSonar"), broker(broker), runsAlways(robot.kindCode != 0) {
+  for (const auto& [name, config] : robot.sensorConfigs) {
+    if (!isSonar(config)) continue;
+    sonars.push_back({name, config.memoryKeys[0], maxRangeOf(config) + kNoEchoMargin, {}});
+  }
+  bindMethod("subscribe", &SonarDriver::xSubscribe, this);
+  bindMethod("unsubscribe", &SonarDriver::xUnsubscribe, this);
+  task.setName("QVSonar");
+  task.setPeriod(period);
+  task.compensateCallbackTime(true);
+  task.setCallback([this] { xMeasureAll(); });
+  if (runsAlways) task.start(true);
+}
+
+SonarDriver::~SonarDriver() = default;
+
+void SonarDriver::setSource(Source newSource) {
+  std::lock_guard<std::mutex> lock(sourceMutex);
+  source = std::move(newSource);
+}
+
+void SonarDriver::xSubscribe(const std::string& name) {
+  std::lock_guard<std::mutex> lock(subscriptionMutex);
+  ++subscriptions[name];
+  if (!task.isRunning()) task.start(true);
+}
+
+void SonarDriver::xUnsubscribe(const std::string& name) {
+  std::lock_guard<std::mutex> lock(subscriptionMutex);
+  const auto found = subscriptions.find(name);
+  if (found == subscriptions.end()) {
+    throw QVError("QVSonar", "unsubscribe", "\"" + name + "\" is not subscribed");
+  }
+  if (--found->second == 0) subscriptions.erase(found);
+  if (subscriptions.empty() && !runsAlways) task.stop();
+}
+
+void SonarDriver::xMeasureAll() {
+  Source measure;
+  {
+    std::lock_guard<std::mutex> lock(sourceMutex);
+    measure = source;
+  }
+  if (!measure) return;
+  for (Sonar& sonar : sonars) xMeasure(sonar, measure);
+}
+
+// A sonar is measured ten times a second: only a change is news.
+void SonarDriver::xMeasure(Sonar& sonar, const Source& measure) const {
+  std::string failure;
+  try {
+    const float range = measure(sonar.name).value_or(sonar.noEcho);
+    QVMemoryProxy(broker.lock()).insertData(sonar.key, range);
+  } catch (const std::exception& error) {
+    failure = error.what();
+  }
+  if (failure != sonar.lastFailure && !failure.empty()) {
+    ko::log::error("QVSonar", "measure") << sonar.name << ": " << failure;
+  }
+  sonar.lastFailure = failure;
+}
+
+}  // namespace QV::robot
