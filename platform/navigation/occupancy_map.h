@@ -1,10 +1,12 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <vector>
 
 #include "platform/api.h"
 #include "platform/math/pose2d.h"
+#include "platform/math/position.h"
 
 namespace QV {
 
@@ -16,19 +18,28 @@ namespace QV {
 class QV_API OccupancyMap {
  public:
   static constexpr float kUnknown = 0.5f;
+  /** The longest side, in cells. */
+  static constexpr int kMaxSide = 1 << 20;
 
   /**
-   * `width` by `height` cells of `resolution` metres; `origin` is the outer corner of cell (0, 0)
-   * in the world. A size or resolution that is not positive, or an origin that is not finite,
-   * throws std::invalid_argument.
+   * `width` by `height` cells of `resolution` metres, all of one occupancy; `origin` is the outer
+   * corner of cell (0, 0) in the world. A side outside 1..kMaxSide, a resolution that is not
+   * positive, an origin that is not finite or an occupancy outside 0..1 throws
+   * std::invalid_argument.
    */
   OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                float occupancy = kUnknown);
+
+  /** As above, with the cells' occupancies row by row; any but `width` * `height` throws too. */
+  OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
+               std::vector<float> cells);
 
   int getWidth() const { return width; }
   int getHeight() const { return height; }
   float getResolution() const { return resolution; }
   const Math::Pose2D& getOrigin() const { return origin; }
+  /** Row by row, from row 0. */
+  const std::vector<float>& getCells() const { return cells; }
 
   bool isInside(int column, int row) const {
     return column >= 0 && column < width && row >= 0 && row < height;
@@ -38,6 +49,11 @@ class QV_API OccupancyMap {
   float getOccupancy(int column, int row) const;
   /** Outside the map: std::out_of_range; an occupancy outside 0..1: std::invalid_argument. */
   void setOccupancy(int column, int row, float occupancy);
+
+  /** The occupancy at a position in the world; nothing outside the map. */
+  std::optional<float> findOccupancy(const Math::Position2D& position) const;
+  /** The centre of a cell, inside the map or not, in the world. */
+  Math::Position2D getCellCentre(int column, int row) const;
 
  private:
   std::size_t xIndex(int column, int row) const;

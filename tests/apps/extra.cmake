@@ -1,0 +1,1 @@
+target_link_libraries(apps_tests PRIVATE QVOpenCV::imgcodecs)

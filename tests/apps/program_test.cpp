@@ -1,0 +1,139 @@
+#include "apps/program.h"
+
+#include <filesystem>
+#include <fstream>
+#include <sstream>
+#include <vector>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <opencv2/imgcodecs.hpp>
+
+namespace QV::app {
+namespace {
+
+using testing::HasSubstr;
+
+struct Result {
+  int status;
+  std::string out;
+  std::string error;
+};
+
+Result run(std::vector<std::string> arguments) {
+  arguments.insert(arguments.begin(), "qvsensors");
+  std::vector<const char*> argv;
+  for (const auto& argument : arguments) argv.push_back(argument.c_str());
+  testing::internal::CaptureStdout();
+  testing::internal::CaptureStderr();
+  const int status = runProgram(static_cast<int>(argv.size()), argv.data());
+  return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+}
+
+std::vector<nlohmann::json> recordsIn(const std::string& lines) {
+  std::istringstream stream(lines);
+  std::vector<nlohmann::json> records;
+  for (std::string line; std::getline(stream, line);)
+    records.push_back(nlohmann::json::parse(line));
+  return records;
+}
+
+std::string readFile(const std::filesystem::path& path) {
+  std::ifstream file(path);
+  return std::string(std::istreambuf_iterator<char>(file), {});
+}
+
+class ProgramTest : public testing::Test {
+ protected:
+  ProgramTest() {
+    std::string pattern = testing::TempDir() + "qvsensorsXXXXXX";
+    folder = mkdtemp(pattern.data());
+  }
+  ~ProgramTest() override { std::filesystem::remove_all(folder); }
+
+  std::filesystem::path folder;
+};
+
+TEST_F(ProgramTest, listShowsEverySensorOfAKindWithItsMounting) {
+  const Result result = run({"list", "--kind", "1"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  EXPECT_THAT(result.out, testing::ContainsRegex("Asus +CameraDepth +0.5 +8 +1.000 +100 "));
+  EXPECT_THAT(result.out, testing::ContainsRegex("Sonar +Sonar/Back .* 0.00 +0.00 +3.142"));
+  EXPECT_EQ(run({"list", "--kind", "-1"}).status, 0);
+}
+
+TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
+  const Result result = run({"read", "--kind", "1", "--pose", "3,3,-0.5", "--subscribe",
+                             "Sonar/Front", "--subscribe", "Asus", "--format", "json"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  const auto records = recordsIn(result.out);
+  ASSERT_EQ(records.size(), 2u);
+  EXPECT_EQ(records[0]["sensorName"], "CameraDepth");
+  EXPECT_EQ(records[0]["points"].size(), 100u);
+  EXPECT_EQ(records[1]["sensorName"], "Sonar/Front");
+}
+
+TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
+  const auto missing = (folder / "none.yaml").string();
+  struct Case {
+    std::vector<std::string> arguments;
+    std::string expected;
+  };
+  const Case cases[] = {
+      {{}, "subcommand is required"},
+      {{"fly"}, "fly"},
+      {{"read", "--pose", "1,2"},
+       "--pose: x,y,theta in metres and radians expected, \"1,2\" given"},
+      {{"read"}, "--pose is required"},
+      {{"read", "--pose", "1,2,3", "--format", "xml"}, "--format: table, json or csv"},
+      {{"read", "--pose", "1,2,3", "--subscribe", "Radar"},
+       "no sensor or family \"Radar\"; this robot has the families Asus, Bumper, Sonar"},
+      {{"read", "--pose", "1,2,3", "--kind", "2"}, "--kind: a kind with simulated sensors"},
+      {{"read", "--pose", "1,2,3", "--kind", "x"}, "--kind"},
+      {{"read", "--pose", "1,2,3", "--map", missing}, missing},
+      {{"plot", "--pose", "1,2,3", "-o", (folder / "scan.xyz").string()}, "scan.xyz"},
+      {{"drive", "--path", "1,2"}, "--path: two different positions or more expected"},
+      {{"drive", "--path", "1,2 2,2", "--rate", "0"}, "--rate: a number above 0"},
+      {{"drive", "--path", "1,2 2,2", "-o", (folder / "none" / "r.jsonl").string()}, "r.jsonl"},
+  };
+  for (const Case& c : cases) {
+    const Result result = run(c.arguments);
+    EXPECT_EQ(result.status, 2) << testing::PrintToString(c.arguments);
+    EXPECT_THAT(result.error, HasSubstr(c.expected));
+    EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
+  }
+}
+
+TEST_F(ProgramTest, aPoseThatIsNotFreeIsWarnedOfAndRead) {
+  const Result result = run({"read", "--pose", "-90,-90,0", "--format", "json"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.error, HasSubstr("warning: the pose -90,-90 lies outside the map"));
+  EXPECT_EQ(recordsIn(result.out).size(), 6u);
+}
+
+TEST_F(ProgramTest, plotWritesAPicture) {
+  const auto path = (folder / "scan.png").string();
+  ASSERT_EQ(run({"plot", "--pose", "3,3,1", "-o", path}).status, 0);
+  const cv::Mat image = cv::imread(path);
+  EXPECT_GT(image.cols, 1000);
+  EXPECT_GT(image.rows, 500);
+}
+
+TEST_F(ProgramTest, driveReadsEveryCycleOfSimulatedTimeTheSameEachTime) {
+  const auto first = folder / "a.jsonl";
+  const auto second = folder / "b.jsonl";
+  for (const auto& path : {first, second}) {
+    const Result result = run({"drive", "--kind", "0", "--path", "3,3 4,3 4,4", "--rate", "5",
+                               "--speed", "1", "--turn-speed", "1", "-o", path.string()});
+    ASSERT_EQ(result.status, 0) << result.error;
+    EXPECT_THAT(result.out, testing::ContainsRegex("LeftSonar +Sonar +19 "));
+  }
+  const auto records = recordsIn(readFile(first));
+  ASSERT_EQ(records.size(), 2u * 19u);
+  EXPECT_EQ(records.back()["timestamp"], 3'600'000'000);
+  EXPECT_NEAR(records.back()["sensorTransform"][7].get<double>(), 4.0, 1e-6);
+  EXPECT_EQ(readFile(first), readFile(second));
+}
+
+}  // namespace
+}  // namespace QV::app

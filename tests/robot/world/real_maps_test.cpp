@@ -1,0 +1,116 @@
+#include <algorithm>
+#include <random>
+#include <stdexcept>
+
+#include <gmock/gmock.h>
+
+#include "platform/navigation/occ_map_simulate_scan.h"
+#include "robot/world/map_files.h"
+#include "tests/support/real_data.h"
+#include "tests/support/sampled_ray.h"
+
+namespace QV::robot {
+namespace {
+
+constexpr float kLimit = 0.4f;
+
+/** A map of the real data and the shares of its cells, in percent. */
+struct RealMap {
+  const char* name;
+  int width, height;
+  double free, occupied;
+};
+
+const RealMap kTrinaryMaps[] = {{"lse_arena", 80, 60, 92.8, 7.2},
+                                {"testmap", 10, 10, 71.0, 29.0},
+                                {"pal_small_office/map", 204, 297, 90.3, 4.3},
+                                {"turtlebot3/map", 384, 384, 5.4, 0.5},
+                                {"intel", 579, 581, 57.4, 8.9},
+                                {"columbia", 435, 350, 28.3, 71.7},
+                                {"pal_willow_garage/map", 1113, 972, 73.5, 4.2},
+                                {"range_libc/basement_hallways_5cm", 1200, 1200, 16.2, 0.8},
+                                {"range_libc/huge_map", 4128, 10976, 37.0, 1.0}};
+
+std::optional<std::string> findMap(const std::string& name) {
+  return test::findRealData("maps/" + name + ".yaml");
+}
+
+double percentOf(const OccupancyMap& map, float occupancy) {
+  const auto& cells = map.getCells();
+  return 100.0 * static_cast<double>(std::count(cells.begin(), cells.end(), occupancy)) /
+         static_cast<double>(cells.size());
+}
+
+TEST(RealMaps, loadWithTheirSizesAndShares) {
+  for (const RealMap& expected : kTrinaryMaps) {
+    const auto path = findMap(expected.name);
+    if (!path) GTEST_SKIP() << "no " << expected.name << " in QV_DATA";
+    SCOPED_TRACE(*path);
+    const OccupancyMap map = loadMap(*path);
+    EXPECT_EQ(map.getWidth(), expected.width);
+    EXPECT_EQ(map.getHeight(), expected.height);
+    EXPECT_NEAR(percentOf(map, 0.0f), expected.free, 0.06);
+    EXPECT_NEAR(percentOf(map, 1.0f), expected.occupied, 0.06);
+    EXPECT_NEAR(percentOf(map, 0.5f), 100.0 - expected.free - expected.occupied, 0.12);
+  }
+}
+
+TEST(RealMaps, aSpeedMaskKeepsItsGreyLevels) {
+  const auto path = findMap("depot_speed");
+  if (!path) GTEST_SKIP() << "no depot_speed in QV_DATA";
+  const OccupancyMap map = loadMap(*path);
+  EXPECT_NEAR(percentOf(map, 1.0f), 2.0, 0.06);
+  EXPECT_NEAR(percentOf(map, 128.0f / 255), 15.5, 0.06);
+  EXPECT_NEAR(percentOf(map, 64.0f / 255), 13.5, 0.06);
+  EXPECT_NEAR(percentOf(map, 1.0f / 255), 66.7, 0.06);
+}
+
+TEST(RealMaps, anOriginWithYawIsKept) {
+  const auto path = findMap("testmap");
+  if (!path) GTEST_SKIP() << "no testmap in QV_DATA";
+  EXPECT_EQ(loadMap(*path).getOrigin(), Math::Pose2D(2.0f, 3.0f, 1.0f));
+}
+
+TEST(RealMaps, aMapWithoutItsImageIsRefused) {
+  const auto path = findMap("broken/porto");
+  if (!path) GTEST_SKIP() << "no broken/porto in QV_DATA";
+  EXPECT_THAT([&] { loadMap(*path); },
+              testing::ThrowsMessage<std::runtime_error>(
+                  testing::HasSubstr("broken/map.pgm: a readable file expected: No such file")));
+}
+
+Math::Pose2D drawFreePose(const OccupancyMap& map, std::mt19937& random) {
+  std::uniform_int_distribution<int> column(0, map.getWidth() - 1);
+  std::uniform_int_distribution<int> row(0, map.getHeight() - 1);
+  std::uniform_real_distribution<float> part(-0.4f, 0.4f);
+  for (;;) {
+    const auto centre = map.getCellCentre(column(random), row(random));
+    const Math::Position2D position(centre.x + part(random) * map.getResolution(),
+                                    centre.y + part(random) * map.getResolution());
+    if (map.findOccupancy(position) == 0.0f) return {position.x, position.y, 8 * part(random)};
+  }
+}
+
+TEST(RealMaps, scansAgreeWithDenseSamples) {
+  const Math::SensorFieldOfView2D fans[] = {
+      {0.0f, 3.5f, 6.2831855f, 100}, {0.3f, 2.0f, 1.0f, 20}, {0.5f, 8.0f, 1.0f, 50}};
+  std::mt19937 random(4);
+  std::vector<RangeReading> readings;
+  for (const RealMap& real : kTrinaryMaps) {
+    const auto path = findMap(real.name);
+    if (!path) GTEST_SKIP() << "no " << real.name << " in QV_DATA";
+    const OccupancyMap map = loadMap(*path);
+    for (int i = 0; i < 60; ++i) {
+      const Math::SensorFieldOfView2D& fan = fans[i % 3];
+      const Math::Pose2D pose = drawFreePose(map, random);
+      occMapSimulateScan(map, fan, pose, readings, kLimit);
+      ASSERT_EQ(readings.size(), static_cast<std::size_t>(fan.rayCount));
+      for (const RangeReading& reading : readings) {
+        ASSERT_TRUE(test::agreesWithSamples(reading, map, fan, pose, kLimit, 0.005)) << *path;
+      }
+    }
+  }
+}
+
+}  // namespace
+}  // namespace QV::robot
