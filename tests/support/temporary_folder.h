@@ -2,19 +2,18 @@
 
 #include <cstdlib>
 #include <filesystem>
-#include <fstream>
 #include <stdexcept>
 #include <string>
 
 namespace QV::test {
 
-/** A folder of its own for one test, removed with everything in it. */
+/** A new folder, removed with all that is in it. */
 class TemporaryFolder {
  public:
   TemporaryFolder() {
-    std::string name = (std::filesystem::temp_directory_path() / "qv_test_XXXXXX").string();
-    if (mkdtemp(name.data()) == nullptr) throw std::runtime_error("no temporary folder");
-    path = name;
+    std::string pattern = (std::filesystem::temp_directory_path() / "qv_test_XXXXXX").string();
+    if (mkdtemp(pattern.data()) == nullptr) throw std::runtime_error("no temporary folder");
+    path = pattern;
   }
   ~TemporaryFolder() {
     std::error_code ignored;
@@ -24,12 +23,7 @@ class TemporaryFolder {
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
   std::string operator/(const std::string& name) const { return (path / name).string(); }
-
-  /** Writes a file and gives its path. */
-  std::string write(const std::string& name, const std::string& bytes) const {
-    std::ofstream(path / name, std::ios::binary) << bytes;
-    return *this / name;
-  }
+  std::string string() const { return path.string(); }
 
  private:
   std::filesystem::path path;
