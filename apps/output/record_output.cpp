@@ -65,7 +65,8 @@ void writeCsv(std::ostream& out, const std::vector<Math::MetricalData>& records,
                         "," + shortest(fov.minRange) + "," + shortest(fov.maxRange) + "," +
                         shortest(fov.angularRange) + "," + std::to_string(fov.rayCount) + "," +
                         std::to_string(record.timestamp.time_since_epoch().count());
-    for (const float value : record.sensorTransform.values) start.append(",").append(shortest(value));
+    for (const float value : record.sensorTransform.values)
+      start.append(",").append(shortest(value));
     if (record.points.empty()) out << start << ",,,,\n";
     for (std::size_t i = 0; i < record.points.size(); ++i) {
       const auto& point = record.points[i];

@@ -53,10 +53,14 @@ float rayAngle(const Math::SensorFieldOfView2D& fov, std::size_t i, std::size_t 
 RangeReading readingOf(const Math::MetricalData& record, std::size_t i) {
   const auto& point = record.points[i];
   const float range = std::hypot(point.x, point.y);
-  const float maxRange = record.fieldOfView.maxRange;
+  const auto& [minRange, maxRange, angularRange, rayCount] = record.fieldOfView;
   const bool miss = range >= maxRange * (1.0f - 1e-5f);
-  return {miss ? maxRange : range, rayAngle(record.fieldOfView, i, record.points.size()),
-          miss ? 1 : 0};
+  // Through sine and cosine a range at the lower limit comes back a rounding away from it.
+  const bool nearest = std::abs(range - minRange) < 1e-5f;
+  return {miss      ? maxRange
+          : nearest ? minRange
+                    : range,
+          rayAngle(record.fieldOfView, i, record.points.size()), miss ? 1 : 0};
 }
 
 void checkAllRays(const Math::MetricalData& record, const OccupancyMap& map,

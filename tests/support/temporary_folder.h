@@ -31,6 +31,8 @@ class TemporaryFolder {
 
   std::string operator/(const std::string& name) const { return (path / name).string(); }
 
+  std::string string() const { return path.string(); }
+
   /** Writes a file and gives its path. */
   std::string write(const std::string& name, const std::string& bytes) const {
     std::ofstream(path / name, std::ios::binary) << bytes;
