@@ -26,9 +26,10 @@ int fail(const std::string& message) {
 
 // The parser itself would only say that a command is missing.
 void checkCommand(const CLI::App& program, int argc, const char* const* argv) {
-  if (argc < 2 || argv[1][0] == '-' || program.get_subcommand_no_throw(argv[1])) return;
+  if (argc < 2 || argv[1][0] == '-') return;
   std::string known;
   for (const CLI::App* command : program.get_subcommands({})) {
+    if (command->get_name() == argv[1]) return;
     known += (known.empty() ? "" : ", ") + command->get_name();
   }
   throw UsageError("no command \"" + std::string(argv[1]) + "\"; the commands are " + known);
