@@ -8,6 +8,7 @@
 
 #include "apps/commands/commands.h"
 #include "apps/interrupt.h"
+#include "apps/usage_error.h"
 
 namespace QV::app {
 namespace {
@@ -21,6 +22,16 @@ int fail(const std::string& message) {
   }
   std::cerr << "qvsensors: " << line << '\n';
   return kFailure;
+}
+
+// The parser itself would only say that a command is missing.
+void checkCommand(const CLI::App& program, int argc, const char* const* argv) {
+  if (argc < 2 || argv[1][0] == '-' || program.get_subcommand_no_throw(argv[1])) return;
+  std::string known;
+  for (const CLI::App* command : program.get_subcommands({})) {
+    known += (known.empty() ? "" : ", ") + command->get_name();
+  }
+  throw UsageError("no command \"" + std::string(argv[1]) + "\"; the commands are " + known);
 }
 
 int parseAndRun(CLI::App& program, int argc, const char* const* argv) {
@@ -48,6 +59,7 @@ int runProgram(int argc, const char* const* argv) {
   addDriveCommand(program);
   catchInterrupts();
   try {
+    checkCommand(program, argc, argv);
     return parseAndRun(program, argc, argv);
   } catch (const std::exception& exception) {
     return fail(exception.what());

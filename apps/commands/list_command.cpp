@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <iostream>
 #include <memory>
+#include <numbers>
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
@@ -17,6 +19,12 @@ std::vector<Math::MetricalData> mountings(int kind) {
   return manager.getMetricalData();
 }
 
+// Half a turn comes back from a transform with either sign.
+float headingOf(const Math::Pose2D& pose) {
+  constexpr float kPi = std::numbers::pi_v<float>;
+  return pose.theta < -kPi + 1e-5f ? pose.theta + 2.0f * kPi : pose.theta;
+}
+
 void list(const CommonOptions& options) {
   checkKind(options.kind);
   std::cout << "Simulated sensors of kind " << options.kind
@@ -30,7 +38,7 @@ void list(const CommonOptions& options) {
     const auto pose = Math::pose2DFromTransform(record.sensorTransform);
     table.add({record.familyName, record.sensorName, shortest(fov.minRange), shortest(fov.maxRange),
                fixed(fov.angularRange, 3), std::to_string(fov.rayCount), fixed(pose.x, 2),
-               fixed(pose.y, 2), fixed(pose.theta, 3)});
+               fixed(pose.y, 2), fixed(headingOf(pose), 3)});
   }
   table.print(std::cout);
 }

@@ -48,9 +48,10 @@ void writeTable(std::ostream& out, const std::vector<Math::MetricalData>& record
 }
 
 std::string quoted(const std::string& text) {
-  std::string result = "\"";
-  for (const char c : text) result += c == '"' ? std::string("\"\"") : std::string(1, c);
-  return result + "\"";
+  std::string result(1, '"');
+  for (const char c : text) result.append(c == '"' ? 2 : 1, c);
+  result.push_back('"');
+  return result;
 }
 
 void writeCsv(std::ostream& out, const std::vector<Math::MetricalData>& records,
@@ -64,7 +65,8 @@ void writeCsv(std::ostream& out, const std::vector<Math::MetricalData>& records,
                         "," + shortest(fov.minRange) + "," + shortest(fov.maxRange) + "," +
                         shortest(fov.angularRange) + "," + std::to_string(fov.rayCount) + "," +
                         std::to_string(record.timestamp.time_since_epoch().count());
-    for (const float value : record.sensorTransform.values) start += "," + shortest(value);
+    for (const float value : record.sensorTransform.values)
+      start.append(",").append(shortest(value));
     if (record.points.empty()) out << start << ",,,,\n";
     for (std::size_t i = 0; i < record.points.size(); ++i) {
       const auto& point = record.points[i];

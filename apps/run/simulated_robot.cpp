@@ -5,7 +5,7 @@
 
 #include "apps/usage_error.h"
 #include "platform/ko/log.h"
-#include "robot/world/map_server.h"
+#include "robot/world/map_files.h"
 
 namespace QV::app {
 namespace {

@@ -26,9 +26,9 @@ class PeriodicTask::Impl : public boost::enable_shared_from_this<PeriodicTask::I
   void stop();
   bool isRunning() const;
 
-  /** One run for the start that counted `starter`; nothing if the task was stopped since. */
-  void run(std::uint64_t starter, Clock::time_point due);
-  void drop(std::uint64_t starter);
+  /** One run of the series `which`; nothing if that was stopped. */
+  void run(std::uint64_t which, Clock::time_point due);
+  void drop(std::uint64_t which);
 
   std::string name;
   boost::shared_ptr<const boost::function<void()>> callback;
@@ -38,19 +38,19 @@ class PeriodicTask::Impl : public boost::enable_shared_from_this<PeriodicTask::I
  private:
   void xCheckSettings() const;
   void xSchedule(Clock::time_point due);
-  boost::function<void()> xBegin(std::uint64_t starter);
-  void xFinish(std::uint64_t starter, Clock::time_point due);
+  boost::function<void()> xBegin(std::uint64_t which);
+  void xFinish(std::uint64_t which, Clock::time_point due);
   Clock::time_point xNextDue(Clock::time_point due) const;
 
   mutable std::mutex mutex;
   std::condition_variable changed;
   bool started = false;
-  // Tells the present start from former ones, whose runs may still be under way.
-  std::uint64_t starts = 0;
+  // Each start and stop counts, so that runs under way of a series that was stopped are known.
+  std::uint64_t series = 0;
   boost::shared_ptr<detail::Scheduler> scheduler;
   Turn next;
   bool busy = false;
-  // A run fell due while one of a former start was busy.
+  // A run fell due while one of a former series was busy.
   bool overdue = false;
   std::uint64_t runs = 0;
   std::thread::id runner;
@@ -59,13 +59,13 @@ class PeriodicTask::Impl : public boost::enable_shared_from_this<PeriodicTask::I
 namespace {
 
 struct Run : detail::Job {
-  Run(boost::shared_ptr<PeriodicTask::Impl> task, std::uint64_t starter)
-      : task(std::move(task)), starter(starter) {}
-  void run(Clock::time_point due) override { task->run(starter, due); }
-  void drop() override { task->drop(starter); }
+  Run(boost::shared_ptr<PeriodicTask::Impl> task, std::uint64_t which)
+      : task(std::move(task)), which(which) {}
+  void run(Clock::time_point due) override { task->run(which, due); }
+  void drop() override { task->drop(which); }
 
   boost::shared_ptr<PeriodicTask::Impl> task;
-  std::uint64_t starter;
+  std::uint64_t which;
 };
 
 }  // namespace
@@ -85,7 +85,7 @@ void PeriodicTask::Impl::start(bool immediate) {
   if (started) scheduler->withdraw(next);
   started = true;
   overdue = false;
-  ++starts;
+  ++series;
   scheduler = detail::currentScheduler();
   next.order = detail::nextOrder();
   const auto now = scheduler->now();
@@ -97,6 +97,7 @@ void PeriodicTask::Impl::stop() {
   if (started) scheduler->withdraw(next);
   started = false;
   overdue = false;
+  ++series;
   const auto run = runs;
   if (runner == std::this_thread::get_id()) return;
   changed.wait(lock, [&] { return !busy || runs != run; });
@@ -107,16 +108,16 @@ bool PeriodicTask::Impl::isRunning() const {
   return started;
 }
 
-void PeriodicTask::Impl::run(std::uint64_t starter, Clock::time_point due) {
-  if (const auto call = xBegin(starter)) {
+void PeriodicTask::Impl::run(std::uint64_t which, Clock::time_point due) {
+  if (const auto call = xBegin(which)) {
     call();
-    xFinish(starter, due);
+    xFinish(which, due);
   }
 }
 
-void PeriodicTask::Impl::drop(std::uint64_t starter) {
+void PeriodicTask::Impl::drop(std::uint64_t which) {
   std::lock_guard lock(mutex);
-  if (starter == starts) started = false;
+  if (which == series) started = false;
 }
 
 void PeriodicTask::Impl::xCheckSettings() const {
@@ -129,12 +130,12 @@ void PeriodicTask::Impl::xCheckSettings() const {
 
 void PeriodicTask::Impl::xSchedule(Clock::time_point due) {
   next.due = due;
-  started = scheduler->schedule(next, boost::make_shared<Run>(shared_from_this(), starts));
+  started = scheduler->schedule(next, boost::make_shared<Run>(shared_from_this(), series));
 }
 
-boost::function<void()> PeriodicTask::Impl::xBegin(std::uint64_t starter) {
+boost::function<void()> PeriodicTask::Impl::xBegin(std::uint64_t which) {
   std::lock_guard lock(mutex);
-  if (!started || starter != starts) return {};
+  if (which != series) return {};
   if (busy) {
     overdue = true;
     return {};
@@ -147,7 +148,7 @@ boost::function<void()> PeriodicTask::Impl::xBegin(std::uint64_t starter) {
   };
 }
 
-void PeriodicTask::Impl::xFinish(std::uint64_t starter, Clock::time_point due) {
+void PeriodicTask::Impl::xFinish(std::uint64_t which, Clock::time_point due) {
   {
     std::lock_guard lock(mutex);
     busy = false;
@@ -155,7 +156,7 @@ void PeriodicTask::Impl::xFinish(std::uint64_t starter, Clock::time_point due) {
     ++runs;
     if (std::exchange(overdue, false)) {
       xSchedule(scheduler->now());
-    } else if (started && starter == starts) {
+    } else if (which == series) {
       xSchedule(xNextDue(due));
     }
   }
@@ -178,8 +179,9 @@ void PeriodicTask::setName(const std::string& name) {
 }
 
 void PeriodicTask::setCallback(boost::function<void()> callback) {
-  const auto shared = boost::make_shared<const boost::function<void()>>(std::move(callback));
-  impl->configure([&] { impl->callback = shared; });
+  auto shared = boost::make_shared<const boost::function<void()>>(std::move(callback));
+  // The former one goes after the lock: what it captured may call back.
+  impl->configure([&] { impl->callback.swap(shared); });
 }
 
 void PeriodicTask::setUsPeriod(std::int64_t microseconds) {

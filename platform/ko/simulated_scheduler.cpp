@@ -84,7 +84,6 @@ void SimulatedScheduler::end() {
     std::lock_guard lock(mutex);
     ended = true;
     dropped.swap(queue);
-    sleepers.clear();
     showMachineTime();
   }
   changed.notify_all();

@@ -82,9 +82,13 @@ void Strand::State::xFinishCall() {
 
 void Strand::State::stop() {
   std::deque<boost::function<void()>> dropped;
+  {
+    std::lock_guard lock(mutex);
+    stopped = true;
+    dropped.swap(queue);
+  }
+  dropped.clear();
   std::unique_lock lock(mutex);
-  stopped = true;
-  dropped.swap(queue);
   if (runner != std::this_thread::get_id()) changed.wait(lock, [this] { return !busy; });
 }
 

@@ -56,8 +56,7 @@ std::string textOf(const QVValue::Array& elements) {
 
 }  // namespace
 
-QVValue::QVValue(Binary value)
-    : data(Shared<Bytes>{value ? std::move(value) : std::make_shared<const Bytes>()}) {}
+QVValue::QVValue(Binary value) : data(Shared<Bytes>{std::move(value)}) {}
 
 bool QVValue::toBool() const {
   if (const bool* value = std::get_if<bool>(&data)) return *value;
@@ -84,12 +83,12 @@ const std::string& QVValue::toString() const {
 }
 
 const QVValue::Array& QVValue::toArray() const {
-  if (const auto* value = std::get_if<Shared<Array>>(&data)) return *value->content;
+  if (const auto* value = std::get_if<Shared<Array>>(&data)) return *value->get();
   xRefuse("toArray", "array");
 }
 
 const QVValue::Binary& QVValue::toBinary() const {
-  if (const auto* value = std::get_if<Shared<Bytes>>(&data)) return value->content;
+  if (const auto* value = std::get_if<Shared<Bytes>>(&data)) return value->get();
   xRefuse("toBinary", "binary");
 }
 

@@ -22,7 +22,7 @@ namespace QV {
 /**
  * A value of a type known at run time: what memory keys, event payloads, arguments and results are
  * made of. Arrays and binary buffers are immutable and shared, so a copy costs no more than a
- * count; moving never throws.
+ * count; moving never throws, and leaves an empty value of the type or the same one.
  *
  * Ints and floats convert into each other and a bool into 0 or 1; nothing else converts. A float
  * that becomes an int is truncated, saturates at the int's limits and is 0 for NaN. A conversion
@@ -117,7 +117,12 @@ class QV_API QVValue {
   template <typename T>
   struct Shared {
     std::shared_ptr<const T> content;
-    friend bool operator==(const Shared& a, const Shared& b) { return *a.content == *b.content; }
+    friend bool operator==(const Shared& a, const Shared& b) { return *a.get() == *b.get(); }
+    // Null when it was moved from: that counts as empty.
+    const std::shared_ptr<const T>& get() const {
+      static const auto empty = std::make_shared<const T>();
+      return content ? content : empty;
+    }
   };
 
   template <typename To, typename From>

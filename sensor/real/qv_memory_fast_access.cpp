@@ -24,11 +24,23 @@ boost::shared_ptr<QVMemoryProxy> memoryOf(const boost::shared_ptr<QVBroker>& bro
 }
 
 template <typename T>
+T load(T* pointer) {
+  return std::atomic_ref<T>(*pointer).load(std::memory_order_relaxed);
+}
+
+template <typename T>
 void read(const std::vector<T*>& pointers, std::vector<T>& out) {
-  out.resize(pointers.size());
-  for (std::size_t i = 0; i < pointers.size(); ++i) {
-    out[i] = std::atomic_ref<T>(*pointers[i]).load(std::memory_order_relaxed);
+  const std::size_t count = pointers.size();
+  out.resize(count);
+  T* const* from = pointers.data();
+  T* to = out.data();
+  // Four loads make two stores, which compilers do not find across atomics.
+  std::size_t i = 0;
+  for (; i + 4 <= count; i += 4) {
+    const T values[] = {load(from[i]), load(from[i + 1]), load(from[i + 2]), load(from[i + 3])};
+    std::copy_n(values, 4, to + i);
   }
+  for (; i < count; ++i) to[i] = load(from[i]);
 }
 
 template <typename T>

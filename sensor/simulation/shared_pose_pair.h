@@ -4,11 +4,12 @@
 #include <atomic>
 #include <cstdint>
 
+#include "platform/api.h"
 #include "platform/math/pose2d.h"
 
 namespace QV::sensor {
 
-struct PosePair {
+struct QV_API PosePair {
   Math::Pose2D scanPose;
   Math::Pose2D referencePose;
 };
@@ -17,7 +18,7 @@ struct PosePair {
  * A pair of poses that any thread may write and read without a lock: a reader gets one whole pair.
  * A sequence counter, odd while a write is going on; readers try again when it has moved.
  */
-class SharedPosePair {
+class QV_API SharedPosePair {
  public:
   void store(const PosePair& pair) noexcept;
   PosePair load() const noexcept;

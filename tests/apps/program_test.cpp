@@ -81,7 +81,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
   };
   const Case cases[] = {
       {{}, "subcommand is required"},
-      {{"fly"}, "fly"},
+      {{"fly"}, "no command \"fly\"; the commands are list, read, plot, drive"},
       {{"read", "--pose", "1,2"},
        "--pose: x,y,theta in metres and radians expected, \"1,2\" given"},
       {{"read"}, "--pose is required"},

@@ -15,7 +15,7 @@ run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/consumer -B ${work}/build -G N
   -DCMAKE_PREFIX_PATH=${work}/installed -DCMAKE_CXX_STANDARD=20)
 run(${CMAKE_COMMAND} --build ${work}/build)
 run(${work}/build/consumer)
-if(NOT output STREQUAL "LeftSonar 1\nRightSonar 1\n")
+if(NOT output STREQUAL "LeftSonar 1.00\nRightSonar 1.00\n")
   message(FATAL_ERROR "the consumer read: ${output}")
 endif()
 run(${work}/installed/bin/qvsensors read --kind 0 --pose 3,3,0)

@@ -3,10 +3,16 @@
 #include <cstdlib>
 #include <filesystem>
 #include <fstream>
+#include <iterator>
 #include <stdexcept>
 #include <string>
 
 namespace QV::test {
+
+inline std::string readBytes(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), std::istreambuf_iterator<char>()};
+}
 
 /** A folder of its own for one test, removed with everything in it. */
 class TemporaryFolder {
@@ -24,6 +30,8 @@ class TemporaryFolder {
   TemporaryFolder& operator=(const TemporaryFolder&) = delete;
 
   std::string operator/(const std::string& name) const { return (path / name).string(); }
+
+  std::string string() const { return path.string(); }
 
   /** Writes a file and gives its path. */
   std::string write(const std::string& name, const std::string& bytes) const {

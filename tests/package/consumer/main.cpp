@@ -1,3 +1,4 @@
+#include <iomanip>
 #include <iostream>
 
 #include "platform/navigation/occupancy_map.h"
@@ -12,6 +13,7 @@ int main() {
   const QV::Math::Pose2D pose(6.0f, 5.0f, 0.0f);
   manager.setPose2D(pose, pose);
   for (const auto& record : manager.getMetricalData("Sonar")) {
-    std::cout << record.sensorName << ' ' << record.points.at(0).x << '\n';
+    std::cout << std::fixed << std::setprecision(2) << record.sensorName << ' '
+              << record.points.at(0).x << '\n';
   }
 }

@@ -1,33 +1,233 @@
 #include "platform/ko/simulated_time.h"
 
+#include <random>
+#include <thread>
+
 #include <gmock/gmock.h>
 
 #include "platform/ko/event_loop.h"
 #include "platform/ko/os.h"
 #include "platform/ko/periodic_task.h"
+#include "platform/ko/strand.h"
+#include "tests/platform/ko/pool_hold.h"
+#include "tests/platform/ko/timeline.h"
 
 namespace ko {
 namespace {
 
+using boost::chrono::hours;
 using boost::chrono::milliseconds;
+using test::Timeline;
 using testing::ElementsAre;
+using testing::ThrowsMessage;
 
-TEST(SimulatedTime, runsWhatFallsDueInOrderOfTimeThenOfStart) {
-  SimulatedTime time;
-  std::vector<std::string> trace;
-  PeriodicTask task;
-  task.setCallback([&] {
-    trace.push_back("task " + std::to_string(Clock::now().time_since_epoch().count() / 1000000));
+Clock::time_point atMs(std::int64_t ms) {
+  return Clock::time_point(milliseconds(ms));
+}
+
+void startTask(PeriodicTask& task, int periodMs, boost::function<void()> callback) {
+  task.setCallback(std::move(callback));
+  task.setPeriod(milliseconds(periodMs));
+  task.start(false);
+}
+
+TEST(SimulatedTime, whatFallsDueRunsInOrderOfTimeThenOfStart) {
+  Timeline sut;
+  PeriodicTask often, seldom;
+  startTask(often, 50, sut.noting("often"));
+  startTask(seldom, 100, sut.noting("seldom"));
+  getEventLoop().asyncDelay(sut.noting("late"), milliseconds(100));
+  getEventLoop().asyncDelay(sut.noting("early"), milliseconds(20));
+  getEventLoop().post([&] { getEventLoop().post(sut.noting("inner post")); });
+  getEventLoop().post(sut.noting("post"));
+  sut.time.runDue();
+  EXPECT_THAT(sut.lines, ElementsAre("post 0", "inner post 0"));
+  sut.lines.clear();
+  sut.advanceMs(99);
+  EXPECT_THAT(sut.lines, ElementsAre("early 20", "often 50"));
+  sut.lines.clear();
+  sut.advanceMs(1);
+  EXPECT_THAT(sut.lines, ElementsAre("often 100", "seldom 100", "late 100"));
+}
+
+TEST(SimulatedTime, aSleepOfTheOwnerRunsWhatFallsDueButNeverEntersARunningCallAgain) {
+  Timeline sut;
+  PeriodicTask sleepy, brisk;
+  startTask(sleepy, 10, [&] {
+    sut.note("begin");
+    os::msleep(25);
+    sut.note("end");
   });
-  task.setUsPeriod(10'000);
-  task.start(true);
-  getEventLoop().asyncDelay([&] { trace.push_back("delay"); }, milliseconds(10));
+  startTask(brisk, 10, sut.noting("brisk"));
+  sut.advanceMs(10);
+  EXPECT_THAT(sut.lines, ElementsAre("begin 10", "brisk 10", "brisk 20", "brisk 30", "end 35"));
+  EXPECT_EQ(Clock::now(), atMs(35));
+  sut.lines.clear();
+  os::msleep(9);
+  EXPECT_THAT(sut.lines, ElementsAre("brisk 40"));
+}
+
+TEST(SimulatedTime, aSleepInsideASleepMovesTheTimeOnlyForward) {
+  Timeline sut;
   getEventLoop().post([&] {
-    trace.push_back("post");
-    os::msleep(5);
+    os::msleep(20);
+    sut.note("outer");
   });
-  time.advance(milliseconds(20));
-  EXPECT_THAT(trace, ElementsAre("task 0", "post", "task 10", "delay", "task 20"));
+  getEventLoop().post([&] {
+    os::msleep(100);
+    sut.note("inner");
+  });
+  sut.time.runDue();
+  EXPECT_THAT(sut.lines, ElementsAre("inner 100", "outer 100"));
+}
+
+TEST(SimulatedTime, aSleepOfNoTimeReturnsAtOnce) {
+  Timeline sut;
+  getEventLoop().post(sut.noting("post"));
+  os::msleep(0);
+  os::msleep(-5);
+  EXPECT_THAT(sut.lines, ElementsAre());
+}
+
+TEST(SimulatedTime, runUntilStopsAtTheAnswerOrAtTheLimit) {
+  Timeline sut;
+  PeriodicTask task;
+  startTask(task, 10, sut.noting("run"));
+  EXPECT_TRUE(sut.time.runUntil([&] { return sut.lines.size() == 3; }, hours(1)));
+  EXPECT_EQ(Clock::now(), atMs(30));
+  EXPECT_FALSE(sut.time.runUntil([&] { return sut.lines.size() == 9; }, milliseconds(25)));
+  EXPECT_EQ(Clock::now(), atMs(55));
+  EXPECT_TRUE(sut.time.runUntil([] { return Clock::now() == atMs(59); }, milliseconds(4)));
+}
+
+TEST(SimulatedTime, refusesToGoBackAndToBeAdvancedByOthers) {
+  Timeline sut;
+  sut.advanceMs(10);
+  const auto kBackwards = ThrowsMessage<std::invalid_argument>(
+      "SimulatedTime: time can't be advanced by a negative duration");
+  EXPECT_THAT([&] { sut.advanceMs(-1); }, kBackwards);
+  EXPECT_THAT([&] { sut.time.runUntil([] { return false; }, milliseconds(-1)); }, kBackwards);
+  EXPECT_THAT([&] { sut.time.advanceTo(atMs(9)); },
+              ThrowsMessage<std::invalid_argument>("SimulatedTime: time can't be moved back"));
+  EXPECT_THAT([] { SimulatedTime second; },
+              ThrowsMessage<std::logic_error>("SimulatedTime: the clock is already taken over"));
+  std::thread([&] {
+    EXPECT_THAT([&] { sut.time.runDue(); },
+                ThrowsMessage<std::logic_error>(
+                    "SimulatedTime: only the thread that took the clock over may advance it"));
+  }).join();
+  EXPECT_EQ(Clock::now(), atMs(10));
+}
+
+TEST(SimulatedTime, advancesToTheEndOfTimeAndNoFurther) {
+  SimulatedTime sut(atMs(1));
+  getEventLoop().asyncDelay([] {}, Duration::max());
+  sut.advance(Duration::max());
+  EXPECT_EQ(Clock::now(), Clock::time_point::max());
+}
+
+TEST(SimulatedTime, sleepsOfOtherThreadsWaitForTheOwner) {
+  Timeline sut;
+  std::vector<Clock::time_point> awoke;
+  std::thread sleeper([&] {
+    for (int i = 0; i < 50; ++i) {
+      os::msleep(20);
+      awoke.push_back(Clock::now());
+    }
+  });
+  for (int i = 0; i < 50; ++i) {
+    sut.time.awaitSleepers(1);
+    sut.advanceMs(15);
+    sut.time.awaitSleepers(1);
+    sut.advanceMs(5);
+  }
+  sleeper.join();
+  for (int i = 0; i < 50; ++i) EXPECT_EQ(awoke[i], atMs(20 * (i + 1)));
+}
+
+TEST(SimulatedTime, whatStillWaitsWhenTheScopeEndsNeverRunsAndIsReleased) {
+  const auto token = std::make_shared<int>(0);
+  const auto touch = [token] { ++*token; };
+  PeriodicTask task;
+  Strand strand;
+  Future<void> future;
+  std::thread sleeper;
+  {
+    SimulatedTime time;
+    startTask(task, 1, touch);
+    future = getEventLoop().asyncDelay(touch, milliseconds(1));
+    getEventLoop().post(touch);
+    strand.post(touch);
+    sleeper = std::thread([] { os::msleep(1); });
+    time.awaitSleepers(1);
+  }
+  sleeper.join();
+  test::flushPool();
+  EXPECT_TRUE(future.isCanceled());
+  EXPECT_FALSE(task.isRunning());
+  EXPECT_EQ(*token, 0);
+  task.setCallback([] {});
+  EXPECT_EQ(token.use_count(), 2) << "here and in touch";
+
+  std::latch ranAgain(1);
+  startTask(task, 3'600'000, [&] { ranAgain.count_down(); });
+  task.start(true);
+  ranAgain.wait();
+  task.stop();
+}
+
+TEST(SimulatedTime, whatWasStartedBeforeStaysWithTheMachine) {
+  std::thread::id runner;
+  auto future =
+      getEventLoop().asyncDelay([&] { runner = std::this_thread::get_id(); }, milliseconds(5));
+  Timeline sut;
+  sut.advanceMs(1000);
+  future.wait();
+  EXPECT_NE(runner, std::this_thread::get_id());
+  EXPECT_EQ(Clock::now(), atMs(1000));
+}
+
+TEST(SimulatedTime, mayEndInsideACallThatItRuns) {
+  auto sut = std::make_unique<SimulatedTime>();
+  bool ranLater = false;
+  PeriodicTask task;
+  startTask(task, 1, [&] { sut.reset(); });
+  getEventLoop().asyncDelay([&] { ranLater = true; }, milliseconds(2));
+  sut->advance(milliseconds(10));
+  EXPECT_EQ(sut, nullptr);
+  EXPECT_FALSE(ranLater);
+  EXPECT_FALSE(task.isRunning());
+  EXPECT_FALSE(Clock::now() == atMs(10));
+}
+
+/** Tasks, delays, strands and sleeps that draw what they do next from one seed. */
+std::vector<std::string> runLivelyScenario() {
+  Timeline timeline;
+  std::mt19937 random(7);
+  Strand strand;
+  Future<void> last;
+  const auto act = [&](const std::string& who) {
+    timeline.note(who);
+    const int ms = static_cast<int>(random() % 40);
+    if (ms % 4 == 0) os::msleep(ms);
+    if (ms % 4 == 1) strand.post(timeline.noting(who + "'s event"));
+    if (ms % 4 == 2)
+      last = getEventLoop().asyncDelay(timeline.noting(who + "'s delay"), milliseconds(ms));
+    if (ms % 4 == 3) last.cancel();
+  };
+  PeriodicTask tasks[5];
+  for (int i = 0; i < 5; ++i) {
+    tasks[i].compensateCallbackTime(i % 2 == 0);
+    startTask(tasks[i], 10 + 5 * i, [&act, i] { act("task" + std::to_string(i)); });
+  }
+  timeline.time.advance(boost::chrono::seconds(20));
+  return timeline.lines;
+}
+
+TEST(SimulatedTime, theResultIsTheSameEveryTime) {
+  const auto first = runLivelyScenario();
+  ASSERT_GT(first.size(), 1000u);
+  EXPECT_EQ(runLivelyScenario(), first);
 }
 
 }  // namespace

@@ -94,7 +94,7 @@ TEST(QVValue, aFloatThatBecomesAnIntIsTruncatedAndSaturates) {
       {kNan, 0, 0},
       {kInfinity, kMaxInt, kMax32},
       {-kInfinity, kMinInt, kMin32},
-      {9.3e18, kMaxInt, kMax32},
+      {9223372036854775808.0, kMaxInt, kMax32},
       {-9223372036854775808.0, kMinInt, kMin32},
       {1e10, 10'000'000'000, kMax32},
       {-1e10, -10'000'000'000, kMin32},
@@ -179,6 +179,7 @@ TEST(QVValue, copiesAndMovesOfABufferShareItsBytes) {
   const QVValue moved = std::move(first);
   EXPECT_EQ(copy.toBinary(), buffer);
   EXPECT_EQ(moved.toBinary(), buffer);
+  EXPECT_EQ(first, QVValue(QVValue::Bytes()));
 }
 
 TEST(QVValue, readsAsText) {

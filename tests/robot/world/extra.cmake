@@ -1,1 +1,2 @@
 target_link_libraries(${name}_tests PRIVATE QVOpenCV::imgcodecs)
+target_compile_definitions(${name}_tests PRIVATE QV_MAPS="${PROJECT_SOURCE_DIR}/maps")

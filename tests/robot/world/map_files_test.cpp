@@ -280,6 +280,18 @@ RC_GTEST_FIXTURE_PROP(MapFilesTest, otherOccupanciesComeBackRoundedAndThenStay, 
   RC_ASSERT(loadMap(folder / "second.yaml").getCells() == first.getCells());
 }
 
+TEST(ShippedMaps, areWhatTheWriterWrites) {
+  const OccupancyMap map = loadMap(QV_MAPS "/apartment.yaml");
+  EXPECT_EQ(map.findOccupancy({9.4f, 6.1f}), 0.0f);
+  EXPECT_EQ(map.findOccupancy({0.1f, 6.1f}), 1.0f);
+  EXPECT_EQ(map.findOccupancy({-0.2f, 6.1f}), 0.5f);
+  const test::TemporaryFolder folder;
+  saveMap(map, folder / "apartment.yaml");
+  for (const char* name : {"apartment.yaml", "apartment.pgm"}) {
+    EXPECT_EQ(test::readBytes(folder / name), test::readBytes(std::string(QV_MAPS "/") + name));
+  }
+}
+
 TEST_F(MapFilesTest, whatCantBeWrittenIsSaid) {
   const OccupancyMap map(1, 1, 0.05f, {});
   EXPECT_THAT([&] { saveMap(map, folder / "map.pgm"); },

@@ -47,6 +47,18 @@ TEST_F(QVMemoryFastAccessTest, readsWhatIsInMemoryAtThatMoment) {
   EXPECT_THAT(ints(), ElementsAre(7, -3));
 }
 
+TEST_F(QVMemoryFastAccessTest, anyNumberOfKeysIsReadInItsOrder) {
+  std::vector<std::string> keys;
+  std::vector<float> expected;
+  for (int n = 1; n <= 9; ++n) {
+    keys.push_back("key" + std::to_string(n));
+    expected.push_back(static_cast<float>(n) / 4);
+    memory.insertData(keys.back(), expected.back());
+    sut.ConnectToVariables(broker, keys, false);
+    EXPECT_EQ(floats(), expected);
+  }
+}
+
 TEST_F(QVMemoryFastAccessTest, writesAsManyAsThereAreOnBothSides) {
   sut.ConnectToVariables(broker, {"a", "b"}, true);
   sut.ConnectToIntVariables(broker, {"m", "n"});

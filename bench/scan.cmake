@@ -1,0 +1,7 @@
+find_package(mrpt-maps QUIET)
+if(mrpt-maps_FOUND)
+  target_link_libraries(bench_scan PRIVATE mrpt::maps)
+  target_compile_definitions(bench_scan PRIVATE QV_BENCH_MRPT)
+else()
+  message(STATUS "bench_scan: no MRPT (libmrpt-maps-dev), so no comparison with it")
+endif()

@@ -1,0 +1,183 @@
+/**
+ * What a ray of a simulated scan costs, on real maps (in the folder that QV_DATA names), from
+ * random free poses. Every row times the peer in turn with us, on the same poses.
+ */
+#include <cstdlib>
+#include <ctime>
+#include <filesystem>
+#include <optional>
+#include <random>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "platform/navigation/occ_map_simulate_scan.h"
+#include "robot/world/map_files.h"
+
+#ifdef QV_BENCH_MRPT
+#include <mrpt/maps/COccupancyGridMap2D.h>
+#include <mrpt/obs/CObservation2DRangeScan.h>
+#endif
+
+namespace QV::bench {
+namespace {
+
+constexpr float kOccupiedAbove = 0.4f;
+constexpr int kPoses = 256;
+
+struct MapCase {
+  const char* name;
+  const char* file;
+};
+const MapCase kMaps[] = {{"small", "maps/pal_small_office/map.yaml"},
+                         {"medium", "maps/range_libc/basement_hallways_5cm.yaml"},
+                         {"huge", "maps/range_libc/huge_map.yaml"}};
+
+struct FanCase {
+  const char* name;
+  Math::SensorFieldOfView2D fieldOfView;
+};
+const FanCase kFans[] = {{"300_rays_full_turn_3.5m", {0.0f, 3.5f, 6.2831855f, 300}},
+                         {"20_rays_1rad_2m", {0.0f, 2.0f, 1.0f, 20}},
+                         {"100_rays_1rad_8m", {0.0f, 8.0f, 1.0f, 100}},
+                         {"720_rays_full_turn_30m", {0.0f, 30.0f, 6.2831855f, 720}}};
+
+std::vector<Math::Pose2D> drawFreePoses(const OccupancyMap& map) {
+  std::mt19937 random(1);
+  std::uniform_int_distribution<int> column(0, map.getWidth() - 1);
+  std::uniform_int_distribution<int> row(0, map.getHeight() - 1);
+  std::uniform_real_distribution<float> turn(-3.1415927f, 3.1415927f);
+  std::uniform_real_distribution<float> part(-0.5f, 0.5f);
+  std::vector<Math::Pose2D> poses;
+  while (poses.size() < kPoses) {
+    const int c = column(random);
+    const int r = row(random);
+    if (map.getOccupancy(c, r) > 0.0f) continue;
+    const Math::Position2D centre = map.getCellCentre(c, r);
+    poses.emplace_back(centre.x + part(random) * map.getResolution(),
+                       centre.y + part(random) * map.getResolution(), turn(random));
+  }
+  return poses;
+}
+
+#ifdef QV_BENCH_MRPT
+class Mrpt {
+ public:
+  explicit Mrpt(const OccupancyMap& map) {
+    const Math::Pose2D& origin = map.getOrigin();
+    const float resolution = map.getResolution();
+    grid.setSize(origin.x, origin.x + static_cast<float>(map.getWidth()) * resolution, origin.y,
+                 origin.y + static_cast<float>(map.getHeight()) * resolution, resolution);
+    for (int row = 0; row < map.getHeight(); ++row) {
+      for (int column = 0; column < map.getWidth(); ++column) {
+        grid.setCell(column, row, 1.0f - map.getOccupancy(column, row));
+      }
+    }
+  }
+
+  void scan(const Math::SensorFieldOfView2D& fieldOfView, const Math::Pose2D& pose) {
+    observation.aperture = fieldOfView.angularRange;
+    observation.maxRange = fieldOfView.maxRange;
+    grid.laserScanSimulator(observation, mrpt::poses::CPose2D(pose.x, pose.y, pose.theta),
+                            kOccupiedAbove, static_cast<std::size_t>(fieldOfView.rayCount));
+    benchmark::DoNotOptimize(observation.getScanRange(0));
+  }
+
+ private:
+  mrpt::maps::COccupancyGridMap2D grid;
+  mrpt::obs::CObservation2DRangeScan observation;
+};
+#endif
+
+/** A map with its poses and the peer's copy of it. */
+struct Scene {
+  explicit Scene(const std::string& path) : map(robot::loadMap(path)), poses(drawFreePoses(map)) {}
+
+  OccupancyMap map;
+  std::vector<Math::Pose2D> poses;
+#ifdef QV_BENCH_MRPT
+  Mrpt mrpt{map};
+#endif
+};
+
+/** One at a time, for the huge map is big; null without the data. */
+Scene* getScene(const char* file) {
+  static std::optional<Scene> scene;
+  static std::string loaded;
+  const char* const folder = std::getenv("QV_DATA");
+  const std::string path = folder != nullptr ? std::string(folder) + "/" + file : std::string();
+  if (loaded != path) {
+    scene.reset();
+    if (std::filesystem::exists(path)) scene.emplace(path);
+    loaded = path;
+  }
+  return scene ? &*scene : nullptr;
+}
+
+/** Seconds that this thread has run: what else the machine does counts for nobody. */
+double cpuTime() {
+  std::timespec time;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+/** The seconds that a scan from every pose takes. */
+template <typename Scan>
+double timeScans(const Scene& scene, Scan scan) {
+  const double begin = cpuTime();
+  for (const Math::Pose2D& pose : scene.poses) scan(pose);
+  return cpuTime() - begin;
+}
+
+void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan) {
+  Scene* const scene = getScene(mapCase.file);
+  if (scene == nullptr) {
+    state.SkipWithError((std::string("skipped: no ") + mapCase.file + " in QV_DATA").c_str());
+    return;
+  }
+  double ours = 0.0;
+  double peers = 0.0;
+  std::vector<RangeReading> readings;
+  for (auto _ : state) {
+    const double seconds = timeScans(*scene, [&](const Math::Pose2D& pose) {
+      occMapSimulateScan(scene->map, fan.fieldOfView, pose, readings, kOccupiedAbove);
+      benchmark::DoNotOptimize(readings.data());
+    });
+    state.SetIterationTime(seconds);
+    ours += seconds;
+#ifdef QV_BENCH_MRPT
+    peers += timeScans(*scene,
+                       [&](const Math::Pose2D& pose) { scene->mrpt.scan(fan.fieldOfView, pose); });
+#endif
+  }
+  const double rays = static_cast<double>(state.iterations()) * kPoses * fan.fieldOfView.rayCount;
+  state.counters["ns_per_ray"] = 1e9 * ours / rays;
+  if (peers > 0.0) {
+    state.counters["mrpt_ns_per_ray"] = 1e9 * peers / rays;
+    state.counters["vs_mrpt"] = peers / ours;
+  }
+}
+
+void registerAll() {
+  for (const MapCase& mapCase : kMaps) {
+    for (const FanCase& fan : kFans) {
+      const std::string name = std::string("scan/") + mapCase.name + "/" + fan.name;
+      benchmark::RegisterBenchmark(name.c_str(), scanMap, mapCase, fan)
+          ->UseManualTime()
+          ->Unit(benchmark::kMillisecond);
+    }
+  }
+}
+
+}  // namespace
+}  // namespace QV::bench
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  QV::bench::registerAll();
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

@@ -1,0 +1,63 @@
+#include "robot/services/depth_recording.h"
+
+#include <algorithm>
+#include <cmath>
+#include <filesystem>
+#include <stdexcept>
+
+#include <opencv2/imgcodecs.hpp>
+
+namespace QV::robot {
+namespace {
+
+constexpr double kNanosecondsPerSecond = 1e9;
+// Slower is nobody's recording, and more would not fit a duration.
+constexpr double kMinRate = 1e-6;
+
+void checkNumber(const char* what, double value, double atLeast) {
+  if (std::isfinite(value) && value >= atLeast && value > 0.0) return;
+  throw std::invalid_argument(std::string("DepthRecording: ") + what + " above 0 expected, " +
+                              std::to_string(value) + " given");
+}
+
+std::vector<std::string> pngsOf(const std::string& folder) {
+  std::vector<std::string> files;
+  for (const auto& entry : std::filesystem::directory_iterator(folder)) {
+    if (entry.path().extension() == ".png") files.push_back(entry.path().string());
+  }
+  if (files.empty()) throw std::runtime_error("DepthRecording: no PNG in " + folder);
+  std::sort(files.begin(), files.end());
+  return files;
+}
+
+}  // namespace
+
+DepthRecording::DepthRecording(const std::string& folder, double metresPerUnit,
+                               double framesPerSecond)
+    : files(pngsOf(folder)), millimetresPerUnit(metresPerUnit * 1000.0) {
+  checkNumber("metres per unit", metresPerUnit, 0.0);
+  checkNumber("frames per second", framesPerSecond, kMinRate);
+  interval = ko::Duration(std::max(std::llround(kNanosecondsPerSecond / framesPerSecond), 1LL));
+}
+
+void DepthRecording::operator()(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point time) {
+  if (!start || time < *start) start = time;
+  const auto played = static_cast<std::size_t>((time - *start) / interval);
+  xLoad(played % files.size());
+  depth = frame;
+}
+
+void DepthRecording::xLoad(std::size_t index) {
+  if (loaded == index) return;
+  const cv::Mat image = cv::imread(files[index], cv::IMREAD_UNCHANGED);
+  if (image.empty()) throw std::runtime_error(files[index] + ": not a readable PNG");
+  if (image.type() != CV_16UC1) {
+    throw std::runtime_error(files[index] + ": 16-bit grey expected, " +
+                             cv::typeToString(image.type()) + " given");
+  }
+  // Rounds, and saturates beyond 65535.
+  image.convertTo(frame, CV_16U, millimetresPerUnit);
+  loaded = index;
+}
+
+}  // namespace QV::robot

@@ -1,0 +1,145 @@
+#include "robot/services/video_device.h"
+
+#include <stdexcept>
+
+#include <boost/make_shared.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "platform/ko/log.h"
+#include "platform/vision/qv_image.h"
+#include "platform/vision/video_codes.h"
+
+namespace QV::robot {
+
+typedef std::lock_guard<std::mutex> Lock;
+
+VideoDevice::VideoDevice() : QVModule("QVVideoDevice") {
+  xBindCameras();
+  xBindClients();
+}
+
+VideoDevice::~VideoDevice() = default;
+
+void VideoDevice::addCamera(const Camera& camera) {
+  const std::string name = "camera " + std::to_string(camera.index);
+  if (!camera.source) throw std::invalid_argument("VideoDevice: " + name + " has no source");
+  Lock lock(mutex);
+  if (!devices.emplace(camera.index, boost::make_shared<Device>(camera)).second) {
+    throw std::invalid_argument("VideoDevice: " + name + " exists already");
+  }
+}
+
+void VideoDevice::removeCamera(int index) {
+  Lock lock(mutex);
+  if (devices.erase(index) == 0) {
+    throw std::invalid_argument("VideoDevice: no camera " + std::to_string(index));
+  }
+}
+
+std::vector<std::string> VideoDevice::getHandles() const {
+  Lock lock(mutex);
+  std::vector<std::string> handles;
+  for (const auto& entry : clients) handles.push_back(entry.first);
+  return handles;
+}
+
+void VideoDevice::xBindCameras() {
+  bindMethod("getCameraModel", [this](int index) { return xDevice(index)->camera.modelCode; });
+  bindMethod("getCameraName", [this](int index) { return xDevice(index)->camera.name; });
+  bindMethod("getHorizontalFOV", [this](int i) { return xDevice(i)->camera.horizontalFOV; });
+  bindMethod("getVerticalFOV", [this](int index) { return xDevice(index)->camera.verticalFOV; });
+}
+
+void VideoDevice::xBindClients() {
+  bindMethod("subscribeCamera", &VideoDevice::xSubscribe, this);
+  bindMethod("getImageRemote", &VideoDevice::xGetImage, this);
+  bindMethod("getHandles", &VideoDevice::getHandles, this);
+  bindMethod("releaseImage", [this](const std::string& handle) {
+    Lock lock(mutex);
+    xClient(handle).holdsImage = false;
+  });
+  bindMethod("unsubscribe", [this](const std::string& handle) {
+    Lock lock(mutex);
+    xClient(handle);
+    clients.erase(handle);
+  });
+}
+
+boost::shared_ptr<VideoDevice::Device> VideoDevice::xDevice(int index) const {
+  Lock lock(mutex);
+  const auto found = devices.find(index);
+  if (found == devices.end()) throw std::runtime_error("no camera " + std::to_string(index));
+  return found->second;
+}
+
+VideoDevice::Client& VideoDevice::xClient(const std::string& handle) {
+  const auto found = clients.find(handle);
+  if (found == clients.end()) throw std::runtime_error("no client \"" + handle + "\"");
+  return found->second;
+}
+
+std::string VideoDevice::xSubscribe(const std::string& name, int camera, int resolution,
+                                    int colorSpace, int frameRate) {
+  const auto refuse = [](const std::string& expected, int given) {
+    throw std::invalid_argument(expected + " expected, " + std::to_string(given) + " given");
+  };
+  xDevice(camera);
+  int width = 0;
+  int height = 0;
+  setSizeFromResolution(resolution, width, height);
+  if (colorSpace != kDepthColorSpace) refuse("color space 17", colorSpace);
+  if (frameRate <= 0) refuse("a frame rate above 0", frameRate);
+  if (name.empty()) throw std::invalid_argument("a client name expected, none given");
+  const ko::Duration interval = ko::Duration(boost::chrono::seconds(1)) / frameRate;
+  Lock lock(mutex);
+  std::string handle = name;
+  for (int i = 1; clients.count(handle) > 0; ++i) handle = name + "_" + std::to_string(i);
+  clients.emplace(handle, Client{camera, {width, height}, interval});
+  return handle;
+}
+
+QVValue VideoDevice::xGetImage(const std::string& handle) {
+  const auto now = ko::Clock::now();
+  Client asked;
+  {
+    Lock lock(mutex);
+    Client& client = xClient(handle);
+    xTakeBack(handle, client);
+    client.holdsImage = client.image.isValid() && now - client.taken < client.interval;
+    if (client.holdsImage) return client.image;
+    asked = client;
+  }
+  // Without the lock: a source may take its time.
+  const QVValue image = xCapture(*xDevice(asked.camera), asked.size, now);
+  Lock lock(mutex);
+  Client& client = xClient(handle);
+  client.image = image;
+  client.taken = now;
+  client.holdsImage = image.isValid();
+  return image;
+}
+
+void VideoDevice::xTakeBack(const std::string& handle, Client& client) const {
+  if (!client.holdsImage || client.warned) return;
+  client.warned = true;
+  ko::log::warning("QVVideoDevice", "getImageRemote")
+      << handle << " asks for an image while it holds one, which is taken back";
+}
+
+QVValue VideoDevice::xCapture(Device& device, cv::Size size, ko::Clock::time_point time) {
+  auto pixels = std::make_shared<QVValue::Bytes>(static_cast<std::size_t>(size.area()) * 2);
+  const cv::Mat_<std::uint16_t> wanted(size.height, size.width,
+                                       reinterpret_cast<std::uint16_t*>(pixels->data()));
+  cv::Mat_<std::uint16_t> frame = wanted;
+  {
+    Lock lock(device.capturing);
+    device.camera.source(frame, time);
+  }
+  if (frame.empty()) return QVValue();
+  if (frame.data != wanted.data) cv::resize(frame, wanted, size, 0.0, 0.0, cv::INTER_NEAREST);
+  const auto stamp =
+      boost::chrono::duration_cast<boost::chrono::microseconds>(time.time_since_epoch());
+  return QVImage(size.width, size.height, kDepthColorSpace, stamp.count(), pixels).toQVValue();
+}
+
+}  // namespace QV::robot

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include <boost/function.hpp>
+#include <boost/shared_ptr.hpp>
+#include <opencv2/core.hpp>
+
+#include "platform/api.h"
+#include "platform/ko/clock.h"
+#include "platform/middleware/qv_module.h"
+
+namespace QV::robot {
+
+/**
+ * Shows the depth, in millimetres and 0 where there is none, that a camera sees at `time`. `depth`
+ * comes in the size that is wanted; a frame of another size may take its place and is sampled to
+ * that size (nearest pixel), an empty one says that there is nothing to see yet. What it throws is
+ * the error of the client that asked.
+ */
+typedef boost::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point time)>
+    FrameSource;
+
+/** A depth camera of the robot. */
+struct QV_API Camera {
+  int index = 0;
+  /** Also the name of its frame. */
+  std::string name;
+  int modelCode = 0;
+  /** Radians. */
+  float horizontalFOV = 0.0f;
+  float verticalFOV = 0.0f;
+  /** Called by one thread at a time. */
+  FrameSource source;
+};
+
+/**
+ * The cameras, module "QVVideoDevice"; QVVideoDeviceProxy says what its methods do. A client that
+ * asks before its next frame is due gets its last one again; an image that it still holds is taken
+ * back, which is logged once. All operations are safe from any thread.
+ */
+class QV_API VideoDevice : public QVModule {
+ public:
+  VideoDevice();
+  ~VideoDevice() override;
+
+  /** An index in use or a camera without source: std::invalid_argument. */
+  void addCamera(const Camera& camera);
+  /** Its clients keep their handles and get errors until a camera of this index is back. */
+  void removeCamera(int index);
+
+  /** Of all clients, sorted. */
+  std::vector<std::string> getHandles() const;
+
+ private:
+  struct Device {
+    explicit Device(const Camera& camera) : camera(camera) {}
+    const Camera camera;
+    std::mutex capturing;
+  };
+
+  struct Client {
+    int camera;
+    cv::Size size;
+    ko::Duration interval;
+    QVValue image = QVValue();
+    ko::Clock::time_point taken = ko::Clock::time_point();
+    bool holdsImage = false;
+    bool warned = false;
+  };
+
+  void xBindCameras();
+  void xBindClients();
+  boost::shared_ptr<Device> xDevice(int index) const;
+  Client& xClient(const std::string& handle);
+  std::string xSubscribe(const std::string& name, int camera, int resolution, int colorSpace,
+                         int frameRate);
+  QVValue xGetImage(const std::string& handle);
+  void xTakeBack(const std::string& handle, Client& client) const;
+  static QVValue xCapture(Device& device, cv::Size size, ko::Clock::time_point time);
+
+  mutable std::mutex mutex;
+  std::map<int, boost::shared_ptr<Device>> devices;
+  std::map<std::string, Client> clients;
+};
+
+}  // namespace QV::robot
