@@ -1,38 +1,46 @@
 #pragma once
 
 #include <functional>
+#include <limits>
 #include <map>
 #include <string>
 #include <vector>
 
 #include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
 
 #include "platform/ko/simulated_time.h"
 #include "platform/math/transform.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "robot/services/device_manager.h"
+#include "sensor/core/sensor.h"
 #include "tests/support/broker_with_memory.h"
+#include "tests/support/log_capture.h"
 
 namespace QV::test {
+
+constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
+constexpr float kInf = std::numeric_limits<float>::infinity();
 
 /** A broker that writes down each call, and runs what was planned for it first: a throw, mostly. */
 class TracingBroker : public QVBroker {
  public:
   QVValue call(const std::string& module, const std::string& method,
                QVArguments arguments) override {
-    calls.push_back(
-        {module, method + QVValue(QVValue::Array(arguments.begin(), arguments.end())).toText()});
+    const QVValue list = QVValue::Array(arguments.begin(), arguments.end());
+    calls.push_back({module, method + list.toText()});
     const auto found = plans.find(module + "." + method);
     if (found != plans.end()) found->second();
     return QVBroker::call(module, method, arguments);
   }
 
-  /** From now on, for "Module.method". */
-  void plan(const std::string& method, std::function<void()> what) { plans[method] = what; }
+  /** From now on, for "Module.method"; an empty plan takes it back. */
+  void plan(const std::string& method, std::function<void()> what) {
+    plans[method] = what ? what : [] {};
+  }
   void planFailure(const std::string& method, const std::string& text) {
     plan(method, [text] { throw std::runtime_error(text); });
   }
-  void forgetPlan(const std::string& method) { plans.erase(method); }
 
   /** What a module was asked so far, as in `getTransform["Front", 1, true]`. */
   std::vector<std::string> callsTo(const std::string& module) const {
@@ -59,33 +67,44 @@ class FakeMotion : public QVModule {
   }
 
   QVValue transform = Math::Transform().toVector();
-  QVValue velocity = QVValue::array(0.0f, 0.0f, 0.0f);
+  QVValue velocity = std::vector<float>(3, 0.0f);
 };
 
-/** A robot of memory, device manager and fake motion, in simulated time that starts at 10 s. */
-struct FakeRobot {
-  FakeRobot() {
+/** A robot of memory, device manager and fake motion, in simulated time that starts at 100 ms. */
+class FakeRobotTest : public testing::Test {
+ protected:
+  FakeRobotTest() {
     broker->registerModule(devices);
     broker->registerModule(motion);
   }
 
-  ko::SimulatedTime time{ko::Clock::time_point(boost::chrono::seconds(10))};
+  /** What a sensor, started for this if need be, reads. */
+  static std::vector<Math::MetricalData> readOf(sensor::Sensor& sensor) {
+    sensor.subscribe("test");
+    return sensor.getData();
+  }
+
+  ko::SimulatedTime time{ko::Clock::time_point(boost::chrono::milliseconds(100))};
   boost::shared_ptr<TracingBroker> broker = brokerWithMemory<TracingBroker>();
   boost::shared_ptr<robot::DeviceManager> devices =
       boost::make_shared<robot::DeviceManager>(broker);
   boost::shared_ptr<FakeMotion> motion = boost::make_shared<FakeMotion>();
   QVMemoryProxy memory{broker};
+  LogCapture log;
 };
 
-/** A time in nanoseconds. */
-inline ko::Clock::time_point at(std::int64_t nanoseconds) {
-  return ko::Clock::time_point(ko::Duration(nanoseconds));
-}
-
-/** A frame tilted and turned, off the ground: nothing about it is the identity. */
+/** Off the ground at (0.1, -0.2, 0.3), tilted, with a heading of 0.7. */
 inline Math::Transform tiltedFrame() {
   return Math::Transform::fromPosition({0.1f, -0.2f, 0.3f}) *
-         Math::rotationFrom3DRotation(0.1f, 0.2f, 0.7f);
+         Math::rotationFrom3DRotation(0.0f, 0.2f, 0.7f);
+}
+
+/** Whether two frames agree to a millionth. */
+MATCHER_P(IsNearFrame, expected, "") {
+  for (std::size_t i = 0; i < arg.values.size(); ++i) {
+    if (!(std::abs(arg.values[i] - expected.values[i]) < 1e-6f)) return false;
+  }
+  return true;
 }
 
 }  // namespace QV::test

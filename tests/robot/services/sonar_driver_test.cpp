@@ -1,14 +1,13 @@
 #include "robot/services/sonar_driver.h"
 
-#include <gmock/gmock.h>
+#include <atomic>
+#include <latch>
+#include <mutex>
+#include <thread>
 
-#include "platform/ko/simulated_time.h"
 #include "platform/middleware/qv_error.h"
-#include "platform/middleware/qv_memory_proxy.h"
-#include "platform/middleware/qv_proxy.h"
 #include "platform/model/model_utils.h"
-#include "tests/support/broker_with_memory.h"
-#include "tests/support/log_capture.h"
+#include "tests/support/fake_robot.h"
 #include "tests/support/throws.h"
 
 namespace QV::robot {
@@ -30,143 +29,125 @@ Model::Robot robotOfKind(int kind) {
       "<sensor name='Laser' type='8'><memory_key>laser</memory_key></sensor></robot>");
 }
 
-class SonarDriverTest : public testing::Test {
+class SonarDriverTest : public test::FakeRobotTest {
  protected:
-  boost::shared_ptr<SonarDriver> makeDriver(int kind, ko::Duration period = SonarDriver::kPeriod) {
-    auto driver = boost::make_shared<SonarDriver>(broker, robotOfKind(kind), period);
-    broker->registerModule(driver);
-    driver->setSource([this](const std::string& sonar) {
+  SonarDriverTest() {
+    memory.insertData("left", 0.0f);
+    memory.insertData("right", 0.0f);
+  }
+
+  void makeDriver(int kind, ko::Duration period = SonarDriver::kPeriod) {
+    sut = boost::make_shared<SonarDriver>(broker, robotOfKind(kind), period);
+    broker->registerModule(sut);
+    sut->setSource([this](const std::string& sonar) {
       asked.push_back(sonar);
       return range;
     });
-    return driver;
   }
 
-  /** The key's value, or 0 when there is none. */
-  float valueOf(const std::string& key) const {
-    try {
-      return memory.getData(key).toFloat();
-    } catch (const QVError&) {
-      return 0.0f;
-    }
-  }
-
-  void call(const std::string& method, const std::string& name) {
+  void call(const std::string& method, const std::string& name) const {
     QVProxy(broker, "QVSonar").callVoid(method, name);
   }
 
-  ko::SimulatedTime time;
-  boost::shared_ptr<QVBroker> broker = test::brokerWithMemory();
-  QVMemoryProxy memory{broker};
-  std::optional<float> range = 1.5f;
+  /** The two keys after some milliseconds in which each sonar measures `value`. */
+  std::pair<float, float> keysIn(int ms, std::optional<float> value) {
+    range = value;
+    time.advance(milliseconds(ms));
+    return {memory.getData("left").toFloat(), memory.getData("right").toFloat()};
+  }
+
+  boost::shared_ptr<SonarDriver> sut;
+  std::optional<float> range;
   std::vector<std::string> asked;
 };
 
 TEST_F(SonarDriverTest, onARobotOfKind0KeysAreWrittenWhileSomebodyIsSubscribed) {
-  const auto sut = makeDriver(0);
-  time.advance(milliseconds(500));
-  EXPECT_EQ(valueOf("left"), 0.0f);
-  call("subscribe", "A");
-  time.runDue();
-  EXPECT_EQ(valueOf("left"), 1.5f);
-  EXPECT_EQ(valueOf("right"), 1.5f);
-  range = 2.0f;
-  time.advance(milliseconds(99));
-  EXPECT_EQ(valueOf("left"), 1.5f);
-  time.advance(milliseconds(1));
-  EXPECT_EQ(valueOf("left"), 2.0f);
-  call("unsubscribe", "A");
-  range = 0.5f;
-  time.advance(milliseconds(500));
-  EXPECT_EQ(valueOf("left"), 2.0f);
-  call("subscribe", "A");
-  time.runDue();
-  EXPECT_EQ(valueOf("left"), 0.5f);
+  makeDriver(0);
+  EXPECT_EQ(keysIn(500, 1.0f), std::pair(0.0f, 0.0f));
+  for (int i = 0; i < 2; ++i) {
+    call("subscribe", "A");
+    EXPECT_EQ(keysIn(0, 1.5f), std::pair(1.5f, 1.5f));
+    EXPECT_EQ(keysIn(99, 2.0f), std::pair(1.5f, 1.5f));
+    EXPECT_EQ(keysIn(1, 2.0f), std::pair(2.0f, 2.0f));
+    call("unsubscribe", "A");
+    EXPECT_EQ(keysIn(500, 3.0f), std::pair(2.0f, 2.0f));
+  }
 }
 
-TEST_F(SonarDriverTest, onAnyOtherKindKeysAreAlwaysWritten) {
-  for (const int kind : {1, -1}) {
-    const auto sut = makeDriver(kind, milliseconds(20));
-    asked.clear();
-    time.advance(milliseconds(50));
-    EXPECT_THAT(asked, ElementsAre("Left", "Right", "Left", "Right", "Left", "Right"));
-    call("subscribe", "A");
-    call("unsubscribe", "A");
-    time.advance(milliseconds(20));
-    EXPECT_EQ(asked.size(), 8u);
-    broker->unregisterModule("QVSonar");
-  }
+TEST_F(SonarDriverTest, onAnyOtherKindKeysAreWrittenAsLongAsItLives) {
+  makeDriver(-1, milliseconds(20));
+  EXPECT_EQ(keysIn(50, std::nullopt), std::pair(3.5f, 1.0f));
+  EXPECT_THAT(asked, ElementsAre("Left", "Right", "Left", "Right", "Left", "Right"));
+  call("subscribe", "A");
+  call("unsubscribe", "A");
+  EXPECT_EQ(keysIn(10, 0.5f), std::pair(0.5f, 0.5f));
+  EXPECT_EQ(asked.size(), 8u);
+  broker->unregisterModule("QVSonar");
+  sut.reset();
+  EXPECT_EQ(keysIn(500, 2.0f), std::pair(0.5f, 0.5f));
 }
 
 TEST_F(SonarDriverTest, subscriptionsAreCountedByName) {
-  const auto sut = makeDriver(0);
+  makeDriver(0);
   for (const char* name : {"A", "B", "A"}) call("subscribe", name);
-  const auto isMeasuring = [this] {
-    asked.clear();
-    time.advance(SonarDriver::kPeriod);
-    return !asked.empty();
-  };
-  for (const char* name : {"A", "B"}) {
-    call("unsubscribe", name);
-    EXPECT_TRUE(isMeasuring());
-  }
+  call("unsubscribe", "A");
+  call("unsubscribe", "B");
   EXPECT_EQ(errorOf([&] { call("unsubscribe", "B"); }),
             "QVSonar::unsubscribe: \"B\" is not subscribed");
-  EXPECT_TRUE(isMeasuring());
+  EXPECT_EQ(keysIn(100, 1.0f), std::pair(1.0f, 1.0f));
   call("unsubscribe", "A");
-  EXPECT_FALSE(isMeasuring());
-  EXPECT_EQ(errorOf([&] { call("unsubscribe", "A"); }),
-            "QVSonar::unsubscribe: \"A\" is not subscribed");
+  EXPECT_EQ(keysIn(100, 2.0f), std::pair(1.0f, 1.0f));
 }
 
-TEST_F(SonarDriverTest, noEchoIsWrittenAsAMetreBeyondTheRange) {
-  const auto sut = makeDriver(1);
-  range = std::nullopt;
-  time.runDue();
-  EXPECT_EQ(memory.getData("left"), QVValue(3.5f));
-  EXPECT_EQ(memory.getData("right"), QVValue(1.0f));
-}
-
-TEST_F(SonarDriverTest, aSonarThatFailsKeepsItsKeyAndHurtsNoOther) {
-  test::LogCapture log;
-  const auto sut = makeDriver(1);
-  const auto measure = [&](float value, const std::string& failure) {
-    sut->setSource([=](const std::string& sonar) -> std::optional<float> {
-      if (sonar == "Left" && !failure.empty()) throw std::runtime_error(failure);
-      return value;
-    });
-    time.advance(SonarDriver::kPeriod);
-    return std::pair(valueOf("left"), valueOf("right"));
-  };
-  EXPECT_EQ(measure(1.0f, ""), std::pair(1.0f, 1.0f));
-  EXPECT_EQ(measure(2.0f, "dusty"), std::pair(1.0f, 2.0f));
-  EXPECT_EQ(measure(3.0f, "dusty"), std::pair(1.0f, 3.0f));
-  EXPECT_EQ(measure(4.0f, "gone"), std::pair(1.0f, 4.0f));
-  EXPECT_EQ(measure(5.0f, ""), std::pair(5.0f, 5.0f));
-  EXPECT_EQ(measure(6.0f, "gone"), std::pair(5.0f, 6.0f));
+TEST_F(SonarDriverTest, aSonarThatFailsKeepsItsKeyAndIsLoggedOnAChange) {
+  makeDriver(1);
+  std::string failure;
+  sut->setSource([&](const std::string& sonar) {
+    if (sonar == "Left" && !failure.empty()) throw std::runtime_error(failure);
+    return range;
+  });
+  EXPECT_EQ(keysIn(0, 1.0f), std::pair(1.0f, 1.0f));
+  for (const char* text : {"dusty", "dusty", "gone"}) {
+    failure = text;
+    EXPECT_EQ(keysIn(100, 2.0f), std::pair(1.0f, 2.0f));
+  }
+  failure.clear();
+  EXPECT_EQ(keysIn(100, 3.0f), std::pair(3.0f, 3.0f));
+  failure = "gone";
+  time.advance(milliseconds(100));
+  sut->setSource({});
+  EXPECT_EQ(keysIn(100, 4.0f), std::pair(3.0f, 3.0f));
   const std::string start = "error QVSonar.measure: Left: ";
   EXPECT_THAT(log.lines(), ElementsAre(start + "dusty", start + "gone", start + "gone"));
 }
 
-TEST_F(SonarDriverTest, withoutASourceNothingIsWritten) {
-  test::LogCapture log;
-  const auto sut = makeDriver(1);
-  time.runDue();
-  sut->setSource({});
-  range = 2.0f;
-  time.advance(SonarDriver::kPeriod);
-  EXPECT_EQ(valueOf("left"), 1.5f);
-  EXPECT_THAT(log.lines(), testing::IsEmpty());
-}
-
-TEST_F(SonarDriverTest, itsEndEndsTheWriting) {
-  auto sut = makeDriver(1);
-  time.runDue();
-  broker->unregisterModule("QVSonar");
-  sut.reset();
-  range = 2.0f;
-  time.advance(milliseconds(500));
-  EXPECT_EQ(valueOf("left"), 1.5f);
+TEST(SonarDriver, subscribersMayComeAndGoOnAllThreadsWhileItMeasures) {
+  const auto broker = test::brokerWithMemory();
+  std::atomic<int> atOnce{0};
+  std::once_flag once;
+  std::latch measured(1);
+  SonarDriver sut(broker, robotOfKind(0), boost::chrono::microseconds(1));
+  sut.setSource([&](const std::string&) {
+    if (atOnce.fetch_add(1) != 0) ADD_FAILURE() << "two measurements at once";
+    --atOnce;
+    return 1.0f;
+  });
+  std::vector<std::thread> subscribers;
+  for (const std::string name : {"A", "B", "A"}) {
+    subscribers.emplace_back([&sut, name] {
+      const QVValue argument[] = {name};
+      for (int i = 0; i < 300; ++i) {
+        for (const char* method : {"subscribe", "unsubscribe"}) sut.call(method, argument);
+      }
+    });
+  }
+  for (std::thread& subscriber : subscribers) subscriber.join();
+  sut.setSource([&](const std::string&) {
+    std::call_once(once, [&] { measured.count_down(); });
+    return 1.0f;
+  });
+  sut.call("subscribe", std::vector<QVValue>{"A"});
+  measured.wait();
 }
 
 }  // namespace
