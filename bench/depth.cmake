@@ -1,0 +1,12 @@
+target_link_libraries(bench_depth PRIVATE QVOpenCV::imgproc QVOpenCV::imgcodecs)
+# By pkg-config: the package's CMake configuration asks for all of VTK and MPI.
+find_package(PkgConfig QUIET)
+if(PkgConfig_FOUND)
+  pkg_check_modules(QV_PCL QUIET IMPORTED_TARGET pcl_segmentation)
+endif()
+if(QV_PCL_FOUND)
+  target_link_libraries(bench_depth PRIVATE PkgConfig::QV_PCL)
+  target_compile_definitions(bench_depth PRIVATE QV_BENCH_PCL)
+else()
+  message(STATUS "bench_depth: no PCL (libpcl-dev), so no comparison with it")
+endif()

@@ -1,0 +1,230 @@
+/**
+ * What the depth camera costs on recorded frames (in the folder that QV_DATA names): labelling,
+ * filtering (labelling, projection, grouping) and a whole cycle, from asking for the image to
+ * publishing the records. Every row times its peers in turn with us, on the same frame. The
+ * sensor's log category is off: a pixel that is too far away would be a line.
+ */
+#include <cmath>
+#include <ctime>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+#include <boost/make_shared.hpp>
+#include <opencv2/imgproc.hpp>
+
+#include "platform/ko/log.h"
+#include "platform/ko/simulated_time.h"
+#include "platform/vision/video_codes.h"
+#include "robot/services/video_device.h"
+#include "sensor/perception/sensor_3d.h"
+#include "tests/support/depth_frames.h"
+
+#ifdef QV_BENCH_PCL
+#include <pcl/segmentation/euclidean_cluster_comparator.h>
+#include <pcl/segmentation/organized_connected_component_segmentation.h>
+#endif
+
+namespace QV::bench {
+namespace {
+
+constexpr float kHorizontalFOV = 1.02f;
+constexpr float kVerticalFOV = 0.79f;
+
+/** The depth camera without its task: the benchmark makes the steps. */
+class Sut : public sensor::Sensor3D {
+ public:
+  explicit Sut(const boost::shared_ptr<QVBroker>& broker)
+      : Sensor3D("Depth", "Asus", broker, Math::SensorFieldOfView2D(0.4f, 4.0f, 1.0f, 1)) {}
+
+  void filter(QVImage& image) {
+    std::vector<Points> scans;
+    xFilterScan(image, scans);
+    xPublish(scans, Math::Transform(), ko::Clock::time_point());
+  }
+};
+
+/** A frame, and a robot whose depth camera shows it. */
+struct Scene {
+  explicit Scene(const cv::Mat_<std::uint16_t>& depth) : depth(depth), valid(depth != 0) {
+    const auto video = boost::make_shared<robot::VideoDevice>();
+    const int modelCode = depth.cols == 640 ? 7 : 0;
+    const auto show = [depth](cv::Mat_<std::uint16_t>& frame, ko::Clock::time_point) {
+      depth.copyTo(frame);
+    };
+    video->addCamera({kDepthCamera, "Depth", modelCode, kHorizontalFOV, kVerticalFOV, show});
+    const auto motion = boost::make_shared<QVModule>("QVMotion");
+    motion->bindMethod("_getSensorTransformAtTime", [](const std::string&, ko::Clock::time_point) {
+      return Math::Transform().toVector();
+    });
+    broker->registerModule(video);
+    broker->registerModule(motion);
+    sut = boost::make_shared<Sut>(broker);
+  }
+
+  QVImage image() const {
+    return QVImage(depth.cols, depth.rows, kDepthColorSpace, 0, depth.data, depth.total() * 2);
+  }
+
+  cv::Mat_<std::uint16_t> depth;
+  cv::Mat valid;
+  boost::shared_ptr<QVBroker> broker = QVBroker::create();
+  boost::shared_ptr<Sut> sut;
+};
+
+/** Seconds that this thread has run: what else the machine does counts for nobody. */
+double cpuTime() {
+  std::timespec time;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+template <typename Run>
+double secondsOf(Run run) {
+  const double begin = cpuTime();
+  run();
+  return cpuTime() - begin;
+}
+
+void labelWithOpenCV(const Scene& scene) {
+  static cv::Mat labels;
+  benchmark::DoNotOptimize(cv::connectedComponents(scene.valid, labels, 4, CV_32S));
+}
+
+/** The least that anybody does with an image. */
+void copyImage(const Scene& scene) {
+  static cv::Mat copy;
+  scene.depth.copyTo(copy);
+  benchmark::DoNotOptimize(copy.data);
+}
+
+#ifdef QV_BENCH_PCL
+typedef pcl::PointCloud<pcl::PointXYZ> Cloud;
+typedef pcl::PointCloud<pcl::Label> Labels;
+
+Cloud::Ptr toCloud(const cv::Mat_<std::uint16_t>& depth) {
+  const float xToZ = 2.0f * std::tan(kHorizontalFOV / 2.0f) / static_cast<float>(depth.cols);
+  const float yToZ = 2.0f * std::tan(kVerticalFOV / 2.0f) / static_cast<float>(depth.rows);
+  auto cloud = pcl::make_shared<Cloud>(depth.cols, depth.rows);
+  cloud->is_dense = false;
+  auto* point = cloud->points.data();
+  for (int v = 0; v < depth.rows; ++v) {
+    for (int u = 0; u < depth.cols; ++u, ++point) {
+      const float d = depth(v, u) == 0 ? NAN : static_cast<float>(depth(v, u)) * 0.001f;
+      *point = {d, static_cast<float>(depth.cols / 2 - u) * d * xToZ,
+                static_cast<float>(depth.rows / 2 - v) * d * yToZ};
+    }
+  }
+  return cloud;
+}
+
+/** Conversion, segmentation, and the points of each large component copied out. */
+void segmentWithPCL(const Scene& scene) {
+  const Cloud::Ptr cloud = toCloud(scene.depth);
+  const auto comparator =
+      pcl::make_shared<pcl::EuclideanClusterComparator<pcl::PointXYZ, pcl::Label>>();
+  comparator->setInputCloud(cloud);
+  comparator->setDistanceThreshold(0.1f, false);
+  pcl::OrganizedConnectedComponentSegmentation<pcl::PointXYZ, pcl::Label> segmentation(comparator);
+  segmentation.setInputCloud(cloud);
+  Labels labels;
+  std::vector<pcl::PointIndices> components;
+  segmentation.segment(labels, components);
+  std::vector<std::vector<Math::Position3D>> scans;
+  for (const pcl::PointIndices& component : components) {
+    if (component.indices.size() < cloud->size() / 100) continue;
+    auto& points = scans.emplace_back();
+    points.reserve(component.indices.size());
+    for (const int i : component.indices) {
+      const auto& point = (*cloud)[static_cast<std::size_t>(i)];
+      points.emplace_back(point.x, point.y, point.z);
+    }
+  }
+  benchmark::DoNotOptimize(scans.data());
+}
+#endif
+
+/** What a peer needs for the same frame, as a multiple of our time. */
+struct Peer {
+  std::string counter;
+  void (*run)(const Scene&);
+};
+
+template <typename Run>
+void compare(benchmark::State& state, const Scene& scene, const std::vector<Peer>& peers, Run run) {
+  double ours = 0.0;
+  std::vector<double> theirs(peers.size());
+  for (auto _ : state) {
+    const double seconds = secondsOf(run);
+    state.SetIterationTime(seconds);
+    ours += seconds;
+    for (std::size_t i = 0; i < peers.size(); ++i) {
+      theirs[i] += secondsOf([&] { peers[i].run(scene); });
+    }
+  }
+  for (std::size_t i = 0; i < peers.size(); ++i)
+    state.counters[peers[i].counter] = theirs[i] / ours;
+}
+
+void label(benchmark::State& state, const cv::Mat_<std::uint16_t>& depth) {
+  const Scene scene(depth);
+  vision::ComponentLabeler sut;
+  cv::Mat_<int> labels;
+  compare(state, scene, {{"vs_opencv_label", labelWithOpenCV}, {"vs_copy", copyImage}},
+          [&] { benchmark::DoNotOptimize(sut.label(depth, labels, 100)); });
+}
+
+std::vector<Peer> peersOfTheWhole() {
+  return {{"vs_opencv", labelWithOpenCV},
+#ifdef QV_BENCH_PCL
+          {"vs_pcl", segmentWithPCL},
+#endif
+          {"vs_copy", copyImage}};
+}
+
+void filter(benchmark::State& state, const cv::Mat_<std::uint16_t>& depth) {
+  const Scene scene(depth);
+  QVImage image = scene.image();
+  compare(state, scene, peersOfTheWhole(), [&] { scene.sut->filter(image); });
+}
+
+void cycle(benchmark::State& state, const cv::Mat_<std::uint16_t>& depth) {
+  ko::SimulatedTime time;
+  const Scene scene(depth);
+  scene.sut->subscribe("bench");
+  compare(state, scene, peersOfTheWhole(), [&] { time.advance(boost::chrono::milliseconds(100)); });
+}
+
+void registerFrame(const std::string& size, const std::string& name,
+                   const cv::Mat_<std::uint16_t>& depth) {
+  typedef void (*Row)(benchmark::State&, const cv::Mat_<std::uint16_t>&);
+  for (const auto& [step, row] :
+       {std::pair<std::string, Row>("label", label), {"filter", filter}, {"cycle", cycle}}) {
+    benchmark::RegisterBenchmark(("depth/" + size + "/" + step + "/" + name).c_str(), row, depth)
+        ->UseManualTime()
+        ->Unit(benchmark::kMillisecond);
+  }
+}
+
+void registerAll() {
+  for (const auto& frame : test::loadDepthFrames()) {
+    cv::Mat_<std::uint16_t> half;
+    cv::resize(frame.depth, half, {320, 240}, 0.0, 0.0, cv::INTER_NEAREST);
+    registerFrame("640x480", frame.name, frame.depth);
+    registerFrame("320x240", frame.name, half);
+  }
+}
+
+}  // namespace
+}  // namespace QV::bench
+
+int main(int argc, char** argv) {
+  benchmark::Initialize(&argc, argv);
+  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
+  ko::log::setLevel("Navigation.Sensor3D", ko::log::Level::silent);
+  cv::setNumThreads(1);
+  QV::bench::registerAll();
+  benchmark::RunSpecifiedBenchmarks();
+  benchmark::Shutdown();
+  return 0;
+}

@@ -1,0 +1,146 @@
+#include "sensor/perception/sensor_3d.h"
+
+#include <utility>
+
+#include <boost/thread/lock_guard.hpp>
+
+#include "platform/ko/log.h"
+#include "platform/vision/video_codes.h"
+
+namespace QV::sensor {
+namespace {
+
+typedef boost::lock_guard<boost::mutex> Lock;
+
+constexpr char kCategory[] = "Navigation.Sensor3D";
+constexpr char kClientName[] = "Sensor3D";
+constexpr int kHighResolutionModel = 7;
+// An image is older than its stamp says.
+constexpr ko::Duration kStampDelay(20'000'000);
+
+ko::Clock::time_point acquisitionTime(const QVImage& image) {
+  return ko::Clock::time_point(ko::Duration(image.getTimestamp() * 1000) - kStampDelay);
+}
+
+}  // namespace
+
+Sensor3D::Sensor3D(const std::string& name, const std::string& familyName,
+                   boost::shared_ptr<QVBroker> broker, const Math::SensorFieldOfView2D& fieldOfView)
+    : Sensor(name, familyName, fieldOfView),
+      videoDeviceProxy(broker),
+      motionProxy(broker),
+      resolution(xGetCameraResolution()),
+      filteringBlobSize(xInitFilteringBlobSize()) {
+  updateTask.setName(kClientName);
+  updateTask.setCallback([this] { xUpdateScan(); });
+  updateTask.setUsPeriod(periodMs * 1000);
+  updateTask.compensateCallbackTime(true);
+}
+
+Sensor3D::~Sensor3D() {
+  Sensor3D::xUnsubscribeFromHardware();
+}
+
+int Sensor3D::xGetCameraResolution() {
+  const bool high = videoDeviceProxy.getCameraModel(kDepthCamera) == kHighResolutionModel;
+  return high ? k640x480Resolution : k320x240Resolution;
+}
+
+int Sensor3D::xInitFilteringBlobSize() {
+  int height = 0;
+  setSizeFromResolution(resolution, fieldOfView.rayCount, height);
+  const float hundredth = static_cast<float>(fieldOfView.rayCount) * 0.01f;
+  return static_cast<int>(static_cast<float>(height) * hundredth);
+}
+
+bool Sensor3D::xSubscribeToHardware() {
+  Lock lock(hardwareMutex);
+  try {
+    cameraHandle =
+        videoDeviceProxy.subscribeCamera(std::string(kClientName) + "Depth", kDepthCamera,
+                                         resolution, kDepthColorSpace, 1000 / periodMs + 1);
+  } catch (const std::exception& exception) {
+    ko::log::error(kCategory, "xSubscribeToHardware")
+        << "Could not subscribe to QVVideoDevice: " << exception.what();
+    cameraHandle.clear();
+    return false;
+  }
+  updateTask.start(true);
+  return true;
+}
+
+bool Sensor3D::xUnsubscribeFromHardware() {
+  Lock lock(hardwareMutex);
+  updateTask.stop();
+  if (cameraHandle.empty()) return true;
+  try {
+    videoDeviceProxy.unsubscribe(cameraHandle);
+    cameraHandle.clear();
+    return true;
+  } catch (const std::exception& exception) {
+    ko::log::error(kCategory, "xUnsubscribeFromHardware")
+        << "Could not unsubscribe from QVVideoDevice: " << exception.what();
+    return false;
+  }
+}
+
+std::vector<Math::MetricalData> Sensor3D::xGetData() const {
+  Lock lock(dataMutex);
+  return data;
+}
+
+void Sensor3D::xUpdateScan() {
+  const auto failed = [](const char* what, const char* text) {
+    ko::log::error(kCategory, "xUpdateScan") << what << text;
+  };
+  std::unique_ptr<QVImage> image;
+  try {
+    image = QVImage::fromQVValue(videoDeviceProxy.getImageRemote(cameraHandle));
+  } catch (const std::exception& exception) {
+    return failed("Error while getting new 3D image: ", exception.what());
+  }
+  if (!image) return failed("Error while getting new 3D image (null pointer)", "");
+  const ko::Clock::time_point timestamp = acquisitionTime(*image);
+  Math::Transform sensorTransform;
+  try {
+    sensorTransform = xGetTransformAtTime(timestamp);
+  } catch (const std::exception& exception) {
+    return failed("Error while getting tf: ", exception.what());
+  }
+  std::vector<Points> scans;
+  const bool ok = xFilterScan(*image, scans);
+  xTryReleaseImage();
+  if (ok) xPublish(scans, sensorTransform, timestamp);
+}
+
+Math::Transform Sensor3D::xGetTransformAtTime(ko::Clock::time_point time) const {
+  return Math::Transform(motionProxy.getGenericProxy().call<std::vector<float>>(
+      "_getSensorTransformAtTime", name, time));
+}
+
+void Sensor3D::xTryReleaseImage() {
+  try {
+    videoDeviceProxy.releaseImage(cameraHandle);
+  } catch (const std::exception& exception) {
+    ko::log::error(kCategory, "xTryReleaseImage")
+        << "Error while releasing 3D image: " << exception.what();
+  }
+}
+
+void Sensor3D::xPublish(std::vector<Points>& scans, const Math::Transform& sensorTransform,
+                        ko::Clock::time_point timestamp) {
+  std::vector<Math::MetricalData> records;
+  records.reserve(scans.size());
+  for (Points& points : scans) {
+    records.push_back(
+        {name, familyName, fieldOfView, sensorTransform, std::move(points), timestamp});
+  }
+  {
+    Lock lock(dataMutex);
+    data.swap(records);
+  }
+  spares.clear();
+  for (Math::MetricalData& replaced : records) spares.push_back(std::move(replaced.points));
+}
+
+}  // namespace QV::sensor

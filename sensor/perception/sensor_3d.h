@@ -1,0 +1,100 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+#include <boost/thread/mutex.hpp>
+#include <opencv2/core.hpp>
+
+#include "platform/api.h"
+#include "platform/ko/periodic_task.h"
+#include "platform/middleware/qv_broker.h"
+#include "platform/middleware/qv_motion_proxy.h"
+#include "platform/middleware/qv_video_device_proxy.h"
+#include "platform/vision/component_labeler.h"
+#include "platform/vision/qv_image.h"
+#include "sensor/core/sensor.h"
+#include "sensor/perception/depth_projection.h"
+
+namespace QV::sensor {
+
+/**
+ * The depth camera. While it is subscribed it takes an image every 100 ms, cuts it into connected
+ * components, and keeps a record for each that covers at least 1 % of the image, in the order of
+ * their first pixels: its points in the camera's frame (x along the optical axis, y to the left, z
+ * up), the camera's pose and the time of the image. An image that fails is logged, and the last
+ * good one stays. Any thread may call any operation.
+ *
+ * The field of view's rayCount is the image's width in pixels. What depth is in metres sideways
+ * follows from the camera's angles, which are asked for once in the life of the process. After a
+ * new subscription readers see the last image of the former one until the first new one is there.
+ */
+class QV_API Sensor3D : public Sensor {
+ public:
+  /** A module that is missing, or a camera without a model: QVError. */
+  Sensor3D(const std::string& name, const std::string& familyName,
+           boost::shared_ptr<QVBroker> broker, const Math::SensorFieldOfView2D& fieldOfView);
+  /** Stops the camera. */
+  ~Sensor3D() override;
+
+ protected:
+  typedef std::vector<Math::Position3D> Points;
+
+  std::vector<Math::MetricalData> xGetData() const override;
+  bool xSubscribeToHardware() override;
+  bool xUnsubscribeFromHardware() override;
+
+  /** The code of the resolution that the camera is asked for. */
+  int xGetCameraResolution();
+  /** 1 % of the image's pixels; sets the field of view's rayCount. */
+  int xInitFilteringBlobSize();
+
+  /** Takes one image, from asking for it to publishing its records. */
+  void xUpdateScan();
+  void xTryReleaseImage();
+
+  /** Appends the points of each component that is large enough; false for an image that fails. */
+  bool xFilterScan(QVImage& image, std::vector<Points>& scans);
+  /** `labels` has the size of `depth`, which is 16-bit; no label is negative. */
+  void xComputeXYZCoordinates(const cv::Mat& depth, const cv::Mat_<int>& labels,
+                              std::vector<Points>& scans);
+  /** Makes records of the points, which it takes; keeps what the former records leave behind. */
+  void xPublish(std::vector<Points>& scans, const Math::Transform& sensorTransform,
+                ko::Clock::time_point timestamp);
+
+ private:
+  // Of one label.
+  struct Component {
+    int pointCount = 0;
+    /** Where its next point goes; null for one that is too small. */
+    Math::Position3D* next = nullptr;
+  };
+
+  Math::Transform xGetTransformAtTime(ko::Clock::time_point time) const;
+  void xCountPoints(const cv::Mat& depth, const cv::Mat_<int>& labels);
+  void xMakeRoom(std::vector<Points>& scans);
+  Points xTakePoints(std::size_t count);
+
+  QVVideoDeviceProxy videoDeviceProxy;
+  QVMotionProxy motionProxy;
+  int resolution;
+  std::vector<Math::MetricalData> data;
+  mutable boost::mutex dataMutex;
+  int filteringBlobSize;
+  int periodMs = 100;
+  std::string cameraHandle;
+
+  // The working memory of a cycle: kept, so that images of one size cost no allocation.
+  vision::ComponentLabeler labeler;
+  cv::Mat_<int> labels;
+  DepthProjection projection;
+  std::vector<Component> components;
+  std::vector<int> labelOrder;
+  std::vector<Points> spares;
+
+  ko::PeriodicTask updateTask;
+  boost::mutex hardwareMutex;
+};
+
+}  // namespace QV::sensor
