@@ -1,5 +1,6 @@
 #pragma once
 
+#include <locale>
 #include <optional>
 #include <sstream>
 #include <string>
@@ -71,7 +72,7 @@ class Line {
  public:
   Line(Level level, std::string_view category, std::string_view method)
       : level(level), category(category), method(method) {
-    if (isEnabled(level, category)) text.emplace();
+    if (isEnabled(level, category)) text.emplace().imbue(std::locale::classic());
   }
   ~Line() {
     if (text) write(level, category, method, text->str());

@@ -10,7 +10,11 @@ std::vector<Position3D> pointsInFrame(const MetricalData& record) {
 }
 
 ko::Duration age(const MetricalData& record, ko::Clock::time_point now) {
-  return now - record.timestamp;
+  std::int64_t age = 0;
+  const std::int64_t measured = record.timestamp.time_since_epoch().count();
+  if (!__builtin_sub_overflow(now.time_since_epoch().count(), measured, &age))
+    return ko::Duration(age);
+  return measured < 0 ? ko::Duration::max() : ko::Duration::min();
 }
 
 }  // namespace QV::Math

@@ -29,7 +29,7 @@ struct QV_API MetricalData {
 /** The record's points placed by its transform: in the frame that the transform is given in. */
 QV_API std::vector<Position3D> pointsInFrame(const MetricalData& record);
 
-/** How long before `now` the record was measured; negative for one from the future. */
+/** How long before `now` the record was measured; negative for one from the future. Saturates. */
 QV_API ko::Duration age(const MetricalData& record, ko::Clock::time_point now);
 
 }  // namespace QV::Math

@@ -101,7 +101,7 @@ std::size_t QVValue::getSize() const {
   if (isString()) return toString().size();
   if (isBinary()) return toBinary()->size();
   if (isArray()) return toArray().size();
-  xRefuse("getSize", "array");
+  xRefuse("getSize", "array, string or binary");
 }
 
 const QVValue& QVValue::operator[](std::size_t index) const {

@@ -100,6 +100,8 @@ void DeviceManager::xApply(const Pending& due) {
     }
   } catch (const std::exception& error) {
     ko::log::error("DCM", "set") << "Actuator " << due.key << ": " << error.what();
+  } catch (...) {
+    ko::log::error("DCM", "set") << "Actuator " << due.key << ": unknown failure";
   }
 }
 

@@ -23,6 +23,7 @@ double inSeconds(TimePoint time) {
 
 [[noreturn]] void refuse(TimePoint time, TimePoint from, TimePoint to) {
   std::ostringstream text;
+  text.imbue(std::locale::classic());
   text << std::fixed << std::setprecision(6) << "no posture is known at " << inSeconds(time)
        << " s, only from " << inSeconds(from) << " s to " << inSeconds(to) << " s";
   throw std::out_of_range(text.str());

@@ -81,6 +81,8 @@ void SonarDriver::xMeasure(Sonar& sonar, const Source& measure) const {
     QVMemoryProxy(broker.lock()).insertData(sonar.key, range);
   } catch (const std::exception& error) {
     failure = error.what();
+  } catch (...) {
+    failure = "unknown failure";
   }
   if (failure != sonar.lastFailure && !failure.empty()) {
     ko::log::error("QVSonar", "measure") << sonar.name << ": " << failure;

@@ -130,6 +130,7 @@ QVValue* QVMemoryFastAccess::getBuffer(const std::string& key) {
 template <typename T>
 T* QVMemoryFastAccess::getSafeDataPtr(boost::shared_ptr<QVMemoryProxy> memory,
                                       const std::string& key, T defaultValue) {
+  if (!memory) throw QVError(kModule, "getSafeDataPtr", "no memory proxy given");
   if (!isValid(*memory, key)) memory->insertData(key, defaultValue);
   return static_cast<T*>(memory->getDataPtr(key));
 }

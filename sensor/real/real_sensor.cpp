@@ -1,7 +1,6 @@
 #include "sensor/real/real_sensor.h"
 
 #include <algorithm>
-#include <limits>
 
 #include <boost/chrono/io/duration_io.hpp>
 #include <boost/make_shared.hpp>
@@ -15,6 +14,8 @@ constexpr char kCategory[] = "Navigation.RealSensor";
 constexpr char kGuard[] = "xCorrectMetricalDataWithTimestamp";
 // Frame 1 of the motion service: the robot's ground frame.
 constexpr int kRobotFrame = 1;
+// A finer wall than that is a slip; to fill the memory would leave the other records unguarded.
+constexpr float kMostArcPoints = 100'000.0f;
 
 // The conversion of a limit as long as "for ever" would overflow.
 ko::Duration inNanoseconds(const boost::chrono::milliseconds& limit) {
@@ -25,8 +26,7 @@ ko::Duration inNanoseconds(const boost::chrono::milliseconds& limit) {
 std::vector<Math::Position3D> arcOfPoints(float angularRange, float distance, float angularStep) {
   std::vector<Math::Position3D> points;
   const float steps = angularRange / angularStep;
-  if (!(steps >= 1.0f && steps < static_cast<float>(std::numeric_limits<unsigned>::max())))
-    return {};
+  if (!(steps >= 1.0f && steps <= kMostArcPoints)) return {};
   const auto count = static_cast<unsigned>(steps);
   points.reserve(count);
   float angle = -0.5f * angularRange;

@@ -62,6 +62,23 @@ TEST_F(ProgramTest, listShowsEverySensorOfAKindWithItsMounting) {
   EXPECT_EQ(run({"list", "--kind", "-1"}).status, 0);
 }
 
+TEST_F(ProgramTest, listShowsWhatADescriptionHolds) {
+  const auto path = folder / "robot.urdf";
+  std::ofstream(path) << R"(<robot name="tiny"><kind code="1"/><link name="base">
+    <collision><geometry><mesh filename="base.stl"/></geometry></collision>
+    <collision name="mast"><geometry><cylinder radius="0.1" length="1"/></geometry></collision></link>
+    <sensor name="Front" type="9"><origin xyz="0.5 0 0.25" rpy="0 0 0"/>
+      <property key="maximumDetectionDistance" value="2.5 m"/><memory_key>K</memory_key></sensor>
+    <sensor name="Spare" type="7"/></robot>)";
+  const Result result = run({"list", "--robot", path.string()});
+  ASSERT_EQ(result.status, 0) << result.error;
+  EXPECT_THAT(result.out, testing::ContainsRegex(
+                              "Sonar +Front +9 +0.00 +2.50 +0.000 +1 +base +0.50 +0.00 +0.25"));
+  EXPECT_THAT(result.out, testing::ContainsRegex("\\(none\\) +Spare +7 "));
+  EXPECT_THAT(result.out, testing::ContainsRegex("base#0 +mesh +\\(root\\) +not supported"));
+  EXPECT_THAT(result.out, testing::ContainsRegex("mast +cylinder +\\(root\\)\n"));
+}
+
 TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
   const Result result = run({"read", "--kind", "1", "--pose", "3,3,-0.5", "--subscribe",
                              "Sonar/Front", "--subscribe", "Asus", "--format", "json"});
@@ -92,6 +109,9 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"read", "--pose", "1,2,3", "--kind", "x"}, "--kind"},
       {{"read", "--pose", "1,2,3", "--map", missing}, missing},
       {{"plot", "--pose", "1,2,3", "-o", (folder / "scan.xyz").string()}, "scan.xyz"},
+      {{"list", "--robot", missing}, missing + ": a robot description expected"},
+      {{"list", "--robot", folder.string()}, "a robot description expected"},
+      {{"list", "--robot", missing, "--kind", "1"}, "excludes"},
       {{"drive", "--path", "1,2"}, "--path: two different positions or more expected"},
       {{"drive", "--path", "1,2 2,2", "--rate", "0"}, "--rate: a number above 0"},
       {{"drive", "--path", "1,2 2,2", "-o", (folder / "none" / "r.jsonl").string()}, "r.jsonl"},

@@ -145,6 +145,8 @@ TEST(MetricalData, startsEmptyAndTellsAgeAndPlacedPoints) {
   ASSERT_EQ(pointsInFrame(record).size(), 1u);
   expectNear(pointsInFrame(record)[0], Position3D(0.5f, 0.75f, 0.75f));
   EXPECT_EQ(age(record, ko::Clock::time_point(ko::Duration(100))), ko::Duration(60));
+  record.timestamp = ko::Clock::time_point::min();
+  EXPECT_EQ(age(record, ko::Clock::time_point(ko::Duration(100))), ko::Duration::max());
 }
 
 }  // namespace

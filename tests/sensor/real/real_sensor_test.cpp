@@ -125,8 +125,9 @@ TEST_F(RealSensorTest, theWallHasAsManyPointsAsWholeStepsFit) {
     float step;
     std::size_t points;
   };
-  const Case cases[] = {{1.0f, 0.3f, 3},   {1.0f, 1.0f, 1}, {1.0f, 1.01f, 0}, {0.0f, 0.25f, 0},
-                        {1.0f, -0.25f, 0}, {1.0f, 0.0f, 0}, {kNan, 0.25f, 0}, {1.0f, kNan, 0}};
+  const Case cases[] = {{1.0f, 0.3f, 3},  {1.0f, 1.0f, 1},   {1.0f, 1.01f, 0},
+                        {0.0f, 0.25f, 0}, {1.0f, -0.25f, 0}, {1.0f, 0.0f, 0},
+                        {kNan, 0.25f, 0}, {1.0f, kNan, 0},   {1.0f, 1e-9f, 0}};
   for (const Case& c : cases) {
     std::vector<MetricalData> records{oldRecord("Front")};
     records[0].fieldOfView.angularRange = c.angularRange;
