@@ -17,7 +17,8 @@ namespace QV::robot {
 class MotionService;
 
 /**
- * Plays a recording to a robot made from its description, in place of the drivers: each step writes
+ * Plays a recording to a robot made from its description, in place of the drivers, which must not
+ * run beside it; ranges go in as they were logged, also those beyond a maximum. Each step writes
  * the memory keys of the sensors (floats) and then those that their property "timestamp" names (an
  * int, the device manager's count of the step's time), and tells the motion service how fast the
  * robot moved since the step before. The first step is due when this is made. For one thread at a

@@ -25,7 +25,10 @@ struct QV_API Recording {
   std::vector<Model::SensorConfig> sensors;
   std::vector<RecordedStep> steps;
 
-  /** The robot that drove, of kind 1, as ModelUtils::robotFromXml reads it. */
+  /**
+   * The robot that drove, of kind 1, as ModelUtils::robotFromXml reads it. Of a sensor's origin it
+   * takes x, y and the heading; names and properties must need no escapes in XML.
+   */
   std::string toDescription() const;
 };
 

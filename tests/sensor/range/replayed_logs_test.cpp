@@ -130,6 +130,8 @@ TEST(ReplayedLogs, sonarsGiveArcsAtTheLoggedRanges) {
   if (!measurements || !poses) GTEST_SKIP() << "no sonar log in QV_DATA";
   const float degrees[] = {-90.0f, -37.5f, -22.5f, -7.5f, 7.5f, 22.5f, 37.5f, 90.0f};
   const auto lines = linesOf(*measurements, "");
+  const auto places = linesOf(*poses, "");
+  ASSERT_EQ(lines.size(), places.size());
   ReplayedRobot robot(robot::readSonarLog(*measurements, *poses));
   std::vector<boost::shared_ptr<SonarSensor>> sonars;
   for (int i = 0; i < 8; ++i) {
@@ -139,8 +141,11 @@ TEST(ReplayedLogs, sonarsGiveArcsAtTheLoggedRanges) {
                                                      false));
     sonars.back()->subscribe("test");
   }
-  for (const Words& line : lines) {
+  for (std::size_t step = 0; step < lines.size(); ++step) {
+    const Words& line = lines[step];
     ASSERT_TRUE(robot.step());
+    EXPECT_NEAR(robot.replay.getPose().x, std::stof(places[step][1]) * 1e-3f, 1e-4f);
+    EXPECT_NEAR(robot.replay.getPose().y, std::stof(places[step][2]) * 1e-3f, 1e-4f);
     for (std::size_t i = 0; i < sonars.size(); ++i) {
       const auto records = sonars[i]->getData();
       ASSERT_EQ(records.size(), 1u);
