@@ -6,22 +6,27 @@
 namespace QV::app {
 namespace {
 
-std::atomic<bool> interrupted{false};
-static_assert(std::atomic<bool>::is_always_lock_free);
+std::atomic<int> caught{0};
+static_assert(std::atomic<int>::is_always_lock_free);
 
-extern "C" void onSignal(int) {
-  interrupted = true;
+extern "C" void onSignal(int signal) {
+  caught = signal;
 }
 
 }  // namespace
 
 void catchInterrupts() {
+  caught = 0;
   std::signal(SIGINT, onSignal);
   std::signal(SIGTERM, onSignal);
 }
 
 bool isInterrupted() {
-  return interrupted;
+  return caught != 0;
+}
+
+int getInterruptStatus() {
+  return 128 + caught;
 }
 
 }  // namespace QV::app

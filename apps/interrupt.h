@@ -8,4 +8,7 @@ void catchInterrupts();
 /** Whether somebody has asked for an end. Safe from any thread. */
 bool isInterrupted();
 
+/** What a shell expects of a program that was interrupted: 128 and the signal's number. */
+int getInterruptStatus();
+
 }  // namespace QV::app

@@ -15,24 +15,53 @@ namespace {
 
 constexpr int kFailure = 2;
 
-int fail(const std::string& message) {
-  std::string line = message;
-  for (char& c : line) {
-    if (c == '\n') c = ' ';
+// Text may come from a file: nothing in it may act on a terminal.
+std::string printable(const std::string& text) {
+  static const char digits[] = "0123456789abcdef";
+  std::string result;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '\n') {
+      result += ' ';
+    } else if (byte < 0x20 || byte == 0x7f) {
+      result.append("\\x").append(1, digits[byte / 16]).append(1, digits[byte % 16]);
+    } else {
+      result += c;
+    }
   }
-  std::cerr << "qvsensors: " << line << '\n';
+  return result;
+}
+
+int fail(const std::string& message) {
+  std::cerr << "qvsensors: " << printable(message) << '\n';
   return kFailure;
 }
 
-// The parser itself would only say that a command is missing.
+std::string commandsOf(const CLI::App& program) {
+  std::string names;
+  for (const CLI::App* command : program.get_subcommands({})) {
+    names += (names.empty() ? "" : ", ") + command->get_name();
+  }
+  return names;
+}
+
+// The parser itself would not say what there is.
 void checkCommand(const CLI::App& program, int argc, const char* const* argv) {
-  if (argc < 2 || argv[1][0] == '-') return;
-  std::string known;
+  if (argc < 2) throw UsageError("a command expected; the commands are " + commandsOf(program));
+  if (argv[1][0] == '-') return;
   for (const CLI::App* command : program.get_subcommands({})) {
     if (command->get_name() == argv[1]) return;
-    known += (known.empty() ? "" : ", ") + command->get_name();
   }
-  throw UsageError("no command \"" + std::string(argv[1]) + "\"; the commands are " + known);
+  throw UsageError("no command \"" + std::string(argv[1]) + "\"; the commands are " +
+                   commandsOf(program));
+}
+
+std::string describe(const CLI::App& program, const CLI::ParseError& error) {
+  std::string text = error.what();
+  if (error.get_name() == "ConversionError") text += ", a number expected";
+  const auto chosen = program.get_subcommands();
+  return text + " (see qvsensors " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") +
+         "--help)";
 }
 
 int parseAndRun(CLI::App& program, int argc, const char* const* argv) {
@@ -41,9 +70,11 @@ int parseAndRun(CLI::App& program, int argc, const char* const* argv) {
   } catch (const CLI::Success& success) {
     return program.exit(success);
   } catch (const CLI::ParseError& error) {
-    return fail(std::string(error.what()) + " (see qvsensors --help)");
+    return fail(describe(program, error));
   }
-  return 0;
+  std::cout.flush();
+  if (!std::cout) return fail("standard output: can't be written");
+  return isInterrupted() ? getInterruptStatus() : 0;
 }
 
 }  // namespace

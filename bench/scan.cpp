@@ -2,9 +2,11 @@
  * What a ray of a simulated scan costs, on real maps (in the folder that QV_DATA names), from
  * random free poses. Every row times the peer in turn with us, on the same poses.
  */
+#include <cmath>
 #include <cstdlib>
 #include <ctime>
 #include <filesystem>
+#include <limits>
 #include <optional>
 #include <random>
 #include <string>
@@ -59,6 +61,46 @@ std::vector<Math::Pose2D> drawFreePoses(const OccupancyMap& map) {
                        centre.y + part(random) * map.getResolution(), turn(random));
   }
   return poses;
+}
+
+/** A walk from cell to cell as one writes it first: each ray for itself, each cell looked at. */
+float walkPlainly(const OccupancyMap& map, const Math::Pose2D& inMap, float angle, float maxRange) {
+  const float resolution = map.getResolution();
+  const float dx = std::cos(inMap.theta + angle);
+  const float dy = std::sin(inMap.theta + angle);
+  int column = static_cast<int>(std::floor(inMap.x / resolution));
+  int row = static_cast<int>(std::floor(inMap.y / resolution));
+  const auto reach = [resolution](float position, int cell, float direction) {
+    if (direction == 0.0f) return std::numeric_limits<float>::infinity();
+    const float edge = static_cast<float>(direction > 0.0f ? cell + 1 : cell) * resolution;
+    return (edge - position) / direction;
+  };
+  float nextColumn = reach(inMap.x, column, dx);
+  float nextRow = reach(inMap.y, row, dy);
+  float range = 0.0f;
+  while (range < maxRange && map.isInside(column, row)) {
+    if (map.getOccupancy(column, row) > kOccupiedAbove) return range;
+    if (nextColumn < nextRow) {
+      range = nextColumn;
+      nextColumn += resolution / std::abs(dx);
+      column += dx > 0.0f ? 1 : -1;
+    } else {
+      range = nextRow;
+      nextRow += resolution / std::abs(dy);
+      row += dy > 0.0f ? 1 : -1;
+    }
+  }
+  return maxRange;
+}
+
+void scanPlainly(const OccupancyMap& map, const Math::SensorFieldOfView2D& fieldOfView,
+                 const Math::Pose2D& pose) {
+  const Math::Pose2D inMap = Math::pinv(map.getOrigin()) * pose;
+  const float step = fieldOfView.angularRange / static_cast<float>(fieldOfView.rayCount - 1);
+  for (int i = 0; i < fieldOfView.rayCount; ++i) {
+    const float angle = -0.5f * fieldOfView.angularRange + static_cast<float>(i) * step;
+    benchmark::DoNotOptimize(walkPlainly(map, inMap, angle, fieldOfView.maxRange));
+  }
 }
 
 #ifdef QV_BENCH_MRPT
@@ -138,6 +180,7 @@ void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan
   }
   double ours = 0.0;
   double peers = 0.0;
+  double plain = 0.0;
   std::vector<RangeReading> readings;
   for (auto _ : state) {
     const double seconds = timeScans(*scene, [&](const Math::Pose2D& pose) {
@@ -146,6 +189,8 @@ void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan
     });
     state.SetIterationTime(seconds);
     ours += seconds;
+    plain += timeScans(
+        *scene, [&](const Math::Pose2D& pose) { scanPlainly(scene->map, fan.fieldOfView, pose); });
 #ifdef QV_BENCH_MRPT
     peers += timeScans(*scene,
                        [&](const Math::Pose2D& pose) { scene->mrpt.scan(fan.fieldOfView, pose); });
@@ -153,6 +198,7 @@ void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan
   }
   const double rays = static_cast<double>(state.iterations()) * kPoses * fan.fieldOfView.rayCount;
   state.counters["ns_per_ray"] = 1e9 * ours / rays;
+  state.counters["vs_plain_walk"] = plain / ours;
   if (peers > 0.0) {
     state.counters["mrpt_ns_per_ray"] = 1e9 * peers / rays;
     state.counters["vs_mrpt"] = peers / ours;

@@ -1,15 +1,21 @@
 #include "apps/commands/common_options.h"
 
+#include <iostream>
+
 #include <CLI/CLI.hpp>
 
 #include "apps/arguments.h"
+#include "apps/run/pose_watch.h"
 #include "apps/shared_files.h"
+#include "apps/usage_error.h"
 #include "sensor/core/scoped_subscription.h"
 
 namespace QV::app {
 
 std::string CommonOptions::mapPath() const {
-  return map.empty() ? findSharedFile("maps/apartment.yaml") : map;
+  if (!map) return findSharedFile("maps/apartment.yaml");
+  if (map->empty()) throw UsageError("--map: a file expected, an empty name given");
+  return *map;
 }
 
 std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {
@@ -45,7 +51,7 @@ void addPose(CLI::App& command, CommonOptions& options) {
 
 Reading readOnce(SimulatedRobot& robot, const CommonOptions& options) {
   const Math::Pose2D pose = parsePose(options.pose);
-  warnOfPose(robot.getMap(), pose);
+  if (const auto warning = PoseWatch(robot.getMap()).look(pose)) std::cerr << *warning << '\n';
   robot.setPose(pose);
   auto& manager = robot.getManager();
   const sensor::ScopedSubscription subscription(manager, "qvsensors", options.namesFor(manager));

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -13,7 +14,7 @@ namespace QV::app {
 /** The options that several commands share. */
 struct CommonOptions {
   int kind = 1;
-  std::string map;
+  std::optional<std::string> map;
   std::vector<std::string> subscriptions;
   std::string pose;
   std::string format = "table";

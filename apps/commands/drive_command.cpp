@@ -7,10 +7,12 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"
+#include "apps/output/number_text.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/record_output.h"
 #include "apps/picture/run_picture.h"
 #include "apps/run/path_follower.h"
+#include "apps/run/pose_watch.h"
 #include "apps/run/run_summary.h"
 #include "apps/usage_error.h"
 #include "platform/ko/simulated_time.h"
@@ -34,7 +36,8 @@ constexpr double kMostCycles = 1e7;
 void checkAbove0(const char* option, double value, double most) {
   if (value > 0.0 && value <= most) return;
   throw UsageError(std::string(option) + ": a number above 0 and up to " +
-                   std::to_string(static_cast<long>(most)) + " expected");
+                   std::to_string(static_cast<long>(most)) + " expected, " + fixed(value, 3) +
+                   " given");
 }
 
 /** The file that records go to, if one was asked for; whole lines even when the run is interrupted.
@@ -82,11 +85,14 @@ Run driveAlong(const PathFollower& follower, const DriveOptions& options, Simula
   ko::SimulatedTime time;
   Run run;
   const auto cycles = static_cast<long>(std::ceil(follower.getDuration() * options.rate));
-  for (long cycle = 0; cycle <= cycles && !isInterrupted(); ++cycle) {
+  PoseWatch watch(robot.getMap());
+  // One cycle in any case, so that there is something to show.
+  for (long cycle = 0; cycle <= cycles && (cycle == 0 || !isInterrupted()); ++cycle) {
     const auto elapsed =
         ko::Duration(std::llround(1e9 * static_cast<double>(cycle) / options.rate));
     time.advance(ko::Clock::time_point(elapsed) - ko::Clock::now());
     run.poses.push_back(follower.poseAt(static_cast<double>(cycle) / options.rate));
+    if (const auto warning = watch.look(run.poses.back())) progress.note(*warning);
     robot.setPose(run.poses.back());
     run.lastRecords = manager.getMetricalData();
     run.summary.add(run.lastRecords);
@@ -107,10 +113,8 @@ void drive(const DriveOptions& options) {
         "--path: at most 10000000 cycles expected; drive less far, faster, or at a "
         "lower --rate");
   }
+  if (!options.picture.empty()) checkPicturePath(options.picture);
   SimulatedRobot robot(options.kind, options.mapPath());
-  for (const auto& position : parsePath(options.path)) {
-    warnOfPose(robot.getMap(), Math::Pose2D(position.x, position.y, 0.0f));
-  }
   const Run run = driveAlong(follower, options, robot);
   std::cout << (isInterrupted() ? "Interrupted after " : "Drove ") << run.poses.size()
             << " cycles at " << options.rate << " Hz of simulated time.\n";

@@ -9,6 +9,7 @@ namespace QV::app {
 namespace {
 
 void plot(const CommonOptions& options, const std::string& output) {
+  checkPicturePath(output);
   SimulatedRobot robot(options.kind, options.mapPath());
   const Reading reading = readOnce(robot, options);
   writePicture({robot.getMap(),

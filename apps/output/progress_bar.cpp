@@ -22,4 +22,10 @@ void ProgressBar::show(double done) {
             << "] " << percent << " %" << std::flush;
 }
 
+void ProgressBar::note(const std::string& line) {
+  if (shownPercent >= 0) std::cerr << "\r\033[K";
+  std::cerr << line << '\n';
+  shownPercent = -1;
+}
+
 }  // namespace QV::app

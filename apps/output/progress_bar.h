@@ -16,6 +16,9 @@ class ProgressBar {
   /** `done` from 0 to 1. */
   void show(double done);
 
+  /** A line of its own above the bar. */
+  void note(const std::string& line);
+
  private:
   std::string label;
   bool terminal;

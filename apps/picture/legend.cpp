@@ -48,7 +48,7 @@ int layOut(const std::vector<Item>& items, int width, int top, cv::Mat* page) {
   return y + kLine;
 }
 
-std::vector<Item> itemsOf(const std::vector<Math::MetricalData>& records) {
+std::vector<Item> itemsOf(const std::vector<Math::MetricalData>& records, bool hasPath) {
   std::map<std::string, std::set<std::string>> families;
   for (const auto& record : records) families[record.familyName].insert(record.sensorName);
   std::vector<Item> items;
@@ -57,7 +57,7 @@ std::vector<Item> itemsOf(const std::vector<Math::MetricalData>& records) {
     for (const auto& sensor : sensors) names += (names.empty() ? "" : ", ") + sensor;
     items.push_back({family + ": " + names, colourOfFamily(family)});
   }
-  items.push_back({"robot's way", kPath});
+  if (hasPath) items.push_back({"robot's way", kPath});
   items.push_back({"unknown", kUnknown});
   items.push_back({"occupied", kInk});
   return items;
@@ -83,7 +83,7 @@ void drawScaleBar(cv::Mat& page, double pixelsPerMetre, int y) {
 }  // namespace
 
 cv::Mat withLegend(MapCanvas& canvas, const std::string& title,
-                   const std::vector<Math::MetricalData>& records) {
+                   const std::vector<Math::MetricalData>& records, bool hasPath) {
   const cv::Mat& image = canvas.getImage();
   const std::string caption =
       "Simulated fans all look along the robot's heading. Thick arcs: nearest echoes; small dots: "
@@ -92,7 +92,7 @@ cv::Mat withLegend(MapCanvas& canvas, const std::string& title,
       {image.cols, 480, textWidth(title) * 3 / 2 + 2 * kMargin, textWidth(caption) + 2 * kMargin});
   const int titleHeight = 52;
   const int legendTop = titleHeight + image.rows + kLine + 8;
-  const auto items = itemsOf(records);
+  const auto items = itemsOf(records, hasPath);
   const int barY = layOut(items, width, legendTop, nullptr);
   cv::Mat page(barY + 2 * kLine + 10, width, CV_8UC3, kPaper);
   write(page, title, {kMargin, 34}, kTextSize * 1.4);

@@ -12,6 +12,6 @@ namespace QV::app {
 
 /** The canvas on a page with a title above, and a legend, a scale bar and a caption below. */
 cv::Mat withLegend(MapCanvas& canvas, const std::string& title,
-                   const std::vector<Math::MetricalData>& records);
+                   const std::vector<Math::MetricalData>& records, bool hasPath);
 
 }  // namespace QV::app

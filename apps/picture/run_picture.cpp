@@ -2,8 +2,10 @@
 
 #include <algorithm>
 #include <cmath>
+#include <filesystem>
 #include <numbers>
 #include <stdexcept>
+#include <unistd.h>
 
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
@@ -12,6 +14,7 @@
 #include "apps/picture/legend.h"
 #include "apps/picture/map_canvas.h"
 #include "apps/picture/palette.h"
+#include "apps/usage_error.h"
 
 namespace QV::app {
 namespace {
@@ -23,21 +26,6 @@ constexpr float kRobotRadius = 0.2f;
 
 typedef std::vector<Math::Position2D> Positions;
 
-WorldArea areaToShow(const RunPicture& picture) {
-  const WorldArea whole = areaOf(picture.map);
-  if (std::max(whole.right - whole.left, whole.top - whole.bottom) <= kWidestArea) return whole;
-  double margin = 3.0;
-  for (const auto& record : picture.records) {
-    margin = std::max(margin, record.fieldOfView.maxRange + 1.0);
-  }
-  WorldArea area{INFINITY, INFINITY, -INFINITY, -INFINITY};
-  for (const auto& pose : picture.poses) {
-    area = {std::min(area.left, pose.x - margin), std::min(area.bottom, pose.y - margin),
-            std::max(area.right, pose.x + margin), std::max(area.top, pose.y + margin)};
-  }
-  return area;
-}
-
 // Simulated fans look along the robot's heading, whatever their mounting.
 Positions arc(const Math::Pose2D& robot, const Math::SensorFieldOfView2D& fov, float range) {
   constexpr int kSteps = 72;
@@ -47,6 +35,40 @@ Positions arc(const Math::Pose2D& robot, const Math::SensorFieldOfView2D& fov, f
     positions.push_back(robot * Math::Position2D::fromPolarCoordinates(range, angle));
   }
   return positions;
+}
+
+WorldArea withPosition(const WorldArea& area, const Math::Position2D& position, double margin) {
+  return {std::min(area.left, position.x - margin), std::min(area.bottom, position.y - margin),
+          std::max(area.right, position.x + margin), std::max(area.top, position.y + margin)};
+}
+
+// The robot and its fans show whole, also at the map's edge or outside it.
+WorldArea withReading(WorldArea area, const RunPicture& picture) {
+  constexpr double kMargin = 0.3;
+  const Math::Pose2D robot = picture.poses.back();
+  area = withPosition(area, Math::position2DFromPose2D(robot), kMargin);
+  for (const auto& record : picture.records) {
+    for (const auto& position : arc(robot, record.fieldOfView, record.fieldOfView.maxRange)) {
+      area = withPosition(area, position, kMargin);
+    }
+  }
+  return area;
+}
+
+WorldArea areaToShow(const RunPicture& picture) {
+  const WorldArea whole = areaOf(picture.map);
+  if (std::max(whole.right - whole.left, whole.top - whole.bottom) <= kWidestArea) {
+    return withReading(whole, picture);
+  }
+  double margin = 3.0;
+  for (const auto& record : picture.records) {
+    margin = std::max(margin, record.fieldOfView.maxRange + 1.0);
+  }
+  WorldArea area{INFINITY, INFINITY, -INFINITY, -INFINITY};
+  for (const auto& pose : picture.poses) {
+    area = withPosition(area, Math::position2DFromPose2D(pose), margin);
+  }
+  return area;
 }
 
 bool isFullTurn(const Math::SensorFieldOfView2D& fov) {
@@ -102,6 +124,14 @@ bool isWider(const Math::MetricalData& a, const Math::MetricalData& b) {
 
 }  // namespace
 
+void checkPicturePath(const std::string& path) {
+  const std::filesystem::path file(path);
+  if (file.extension() != ".png") throw UsageError(path + ": a path that ends in .png expected");
+  const auto folder = file.has_parent_path() ? file.parent_path().string() : ".";
+  if (std::filesystem::is_directory(folder) && access(folder.c_str(), W_OK) == 0) return;
+  throw UsageError(path + ": can't be written, a folder that can be expected");
+}
+
 void writePicture(const RunPicture& picture, const std::string& path) {
   MapCanvas canvas(picture.map, areaToShow(picture), kWidestPixels);
   const Math::Pose2D robot = picture.poses.back();
@@ -111,14 +141,8 @@ void writePicture(const RunPicture& picture, const std::string& path) {
   if (picture.poses.size() > 1) drawPath(canvas, picture.poses);
   for (const auto& record : records) drawPoints(canvas, robot, record);
   drawRobot(canvas, robot);
-  const cv::Mat page = withLegend(canvas, picture.title, picture.records);
-  bool written = false;
-  try {
-    written = cv::imwrite(path, page);
-  } catch (const cv::Exception& exception) {
-    throw std::runtime_error(path + ": a path that ends in .png expected (" + exception.err + ")");
-  }
-  if (!written) throw std::runtime_error(path + ": can't be written");
+  const cv::Mat page = withLegend(canvas, picture.title, picture.records, picture.poses.size() > 1);
+  if (!cv::imwrite(path, page)) throw std::runtime_error(path + ": can't be written");
 }
 
 }  // namespace QV::app

@@ -17,6 +17,9 @@ struct RunPicture {
   std::string title;
 };
 
+/** UsageError unless `path` names a PNG in a folder that can be written to. */
+void checkPicturePath(const std::string& path);
+
 /** Writes a PNG; std::runtime_error, with the path, when that fails. */
 void writePicture(const RunPicture& picture, const std::string& path);
 

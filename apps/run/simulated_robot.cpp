@@ -1,8 +1,5 @@
 #include "apps/run/simulated_robot.h"
 
-#include <cmath>
-#include <iostream>
-
 #include "apps/usage_error.h"
 #include "platform/ko/log.h"
 #include "robot/world/map_files.h"
@@ -29,19 +26,6 @@ void checkKind(int kind) {
   if (known) return;
   throw UsageError("--kind: a kind with simulated sensors (-1, 0 or 1) expected, " +
                    std::to_string(kind) + " given");
-}
-
-void warnOfPose(const OccupancyMap& map, const Math::Pose2D& pose) {
-  const auto inMap = Math::pinv(map.getOrigin()) * Math::position2DFromPose2D(pose);
-  const int column = static_cast<int>(std::floor(inMap.x / map.getResolution()));
-  const int row = static_cast<int>(std::floor(inMap.y / map.getResolution()));
-  if (!map.isInside(column, row)) {
-    std::cerr << "qvsensors: warning: the pose " << pose.x << "," << pose.y
-              << " lies outside the map\n";
-  } else if (map.getOccupancy(column, row) > 0.4f) {
-    std::cerr << "qvsensors: warning: the pose " << pose.x << "," << pose.y
-              << " lies in a cell that is not free\n";
-  }
 }
 
 void checkNames(const sensor::SensorManager& manager, const std::set<std::string>& names) {

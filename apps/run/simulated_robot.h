@@ -29,9 +29,6 @@ class SimulatedRobot {
 /** UsageError unless there are simulated sensors for `kind`. */
 void checkKind(int kind);
 
-/** Warns on standard error of a pose outside the map or in a cell that is not free. */
-void warnOfPose(const OccupancyMap& map, const Math::Pose2D& pose);
-
 /** UsageError, with the names that exist, for a name that is neither a sensor nor a family. */
 void checkNames(const sensor::SensorManager& manager, const std::set<std::string>& names);
 

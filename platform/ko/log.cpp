@@ -118,6 +118,8 @@ void callSink(const ScopedSink::Entry& entry, const Record& record) noexcept {
   } catch (const std::exception& failure) {
     console().log(spdlog::level::err,
                   spdlog::string_view_t(std::string("ko.log: a sink failed: ") + failure.what()));
+  } catch (...) {
+    console().log(spdlog::level::err, spdlog::string_view_t("ko.log: a sink failed"));
   }
 }
 

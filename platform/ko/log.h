@@ -51,7 +51,8 @@ typedef boost::function<void(const Record&)> Sink;
 
 /**
  * Hands every record up to `level` to `sink`, on the thread that writes it, until it goes out of
- * scope; its destructor waits for a delivery in progress. What a sink logs itself reaches standard
+ * scope; its destructor waits for a delivery in progress, and must not be
+ * called from the sink. What a sink logs itself reaches standard
  * error only.
  */
 class QV_API ScopedSink {

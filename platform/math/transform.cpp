@@ -108,7 +108,11 @@ Pose2D pose2DFromTransform(const Transform& transform) {
 }
 
 Transform transformFromPose2D(const Pose2D& pose) {
-  Transform result = rotationAbout(Position3D(0.0f, 0.0f, 1.0f), pose.theta);
+  // Written out, so that what is not turned stays exactly as it is.
+  Transform result;
+  result(0, 0) = result(1, 1) = std::cos(pose.theta);
+  result(1, 0) = std::sin(pose.theta);
+  result(0, 1) = -result(1, 0);
   result(0, 3) = pose.x;
   result(1, 3) = pose.y;
   return result;

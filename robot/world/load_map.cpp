@@ -50,12 +50,21 @@ std::vector<float> toCells(const MapImage& image, const std::vector<float>& tabl
   return cells;
 }
 
+// The user named the description, not the image.
+MapImage readImageFor(const std::string& yamlPath, const std::filesystem::path& imagePath) {
+  try {
+    return readMapImage(imagePath);
+  } catch (const std::runtime_error& failure) {
+    throw std::runtime_error(yamlPath + ": image: " + failure.what());
+  }
+}
+
 }  // namespace
 
 OccupancyMap loadMap(const std::string& yamlPath) {
   const MapSettings settings = readMapSettings(yamlPath);
   const auto imagePath = std::filesystem::path(yamlPath).parent_path() / settings.image;
-  const MapImage image = readMapImage(imagePath);
+  const MapImage image = readImageFor(yamlPath, imagePath);
   try {
     return OccupancyMap(image.width, image.height, settings.resolution, settings.origin,
                         toCells(image, makeTable(settings, image)));

@@ -8,6 +8,7 @@
 
 #include "robot/world/file_bytes.h"
 #include "robot/world/pgm_reader.h"
+#include "robot/world/png_chunks.h"
 
 namespace QV::robot {
 namespace {
@@ -15,7 +16,8 @@ namespace {
 constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
 constexpr std::size_t kMaxBytes = std::numeric_limits<std::int32_t>::max();
 
-cv::Mat decodePng(std::string& bytes) {
+cv::Mat decodePng(const std::string& png) {
+  std::string bytes = keepCriticalChunks(png);
   const cv::Mat wrapped(1, static_cast<int>(bytes.size()), CV_8U, bytes.data());
   const cv::Mat image = cv::imdecode(wrapped, cv::IMREAD_UNCHANGED);
   if (image.empty()) throw std::runtime_error("a whole PNG image expected");

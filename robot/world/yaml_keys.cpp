@@ -71,7 +71,9 @@ std::vector<float> YamlKeys::getNumbers(const std::string& key, std::size_t coun
 YAML::Node YamlKeys::xParse() const {
   const std::string text = readFile(path, kMaxBytes);
   try {
-    return YAML::Load(text);
+    const auto documents = YAML::LoadAll(text);
+    if (documents.size() > 1) xFail(documents[1].Mark(), "one document expected, another given");
+    return documents.empty() ? YAML::Node() : documents.front();
   } catch (const YAML::Exception& failure) {
     xFail(failure.mark, "YAML expected: " + failure.msg);
   }

@@ -51,6 +51,9 @@ void ScopedSubscription::xRelease() noexcept {
     } catch (const std::exception& exception) {
       ko::log::error("Navigation.ScopedSubscription", "xRelease")
           << "Unable to unsubscribe \"" << subscriber << "\": " << exception.what();
+    } catch (...) {
+      ko::log::error("Navigation.ScopedSubscription", "xRelease")
+          << "Unable to unsubscribe \"" << subscriber << "\"";
     }
   }
 }

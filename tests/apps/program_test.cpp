@@ -51,6 +51,18 @@ class ProgramTest : public testing::Test {
   }
   ~ProgramTest() override { std::filesystem::remove_all(folder); }
 
+  /** A map whose image is a PNG cut short. */
+  std::string brokenMap(const std::string& image) {
+    std::vector<unsigned char> bytes;
+    cv::imencode(".png", cv::Mat(20, 20, CV_8UC1, cv::Scalar(254)), bytes);
+    std::ofstream(folder / image, std::ios::binary)
+        .write(reinterpret_cast<const char*>(bytes.data()), static_cast<long>(bytes.size() / 2));
+    std::ofstream(folder / "cut.yaml") << "image: " << image
+                                       << "\nresolution: 0.05\norigin: [0, 0, 0]\nnegate: 0\n"
+                                          "occupied_thresh: 0.65\nfree_thresh: 0.196\n";
+    return (folder / "cut.yaml").string();
+  }
+
   std::filesystem::path folder;
 };
 
@@ -97,7 +109,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
     std::string expected;
   };
   const Case cases[] = {
-      {{}, "subcommand is required"},
+      {{}, "a command expected; the commands are list, read, plot, drive"},
       {{"fly"}, "no command \"fly\"; the commands are list, read, plot, drive"},
       {{"read", "--pose", "1,2"},
        "--pose: x,y,theta in metres and radians expected, \"1,2\" given"},
@@ -106,7 +118,12 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"read", "--pose", "1,2,3", "--subscribe", "Radar"},
        "no sensor or family \"Radar\"; this robot has the families Asus, Bumper, Sonar"},
       {{"read", "--pose", "1,2,3", "--kind", "2"}, "--kind: a kind with simulated sensors"},
-      {{"read", "--pose", "1,2,3", "--kind", "x"}, "--kind"},
+      {{"read", "--pose", "1,2,3", "--kind", "x"},
+       "x, a number expected (see qvsensors read --help)"},
+      {{"read", "--pose", "1,2,3", "--map", ""}, "--map: a file expected"},
+      {{"read", "--pose", "1,2,3", "--map", brokenMap("cut.png")}, "a whole PNG image expected"},
+      {{"drive", "--path", "1,2 2,2", "--picture", "/nowhere/run.png"},
+       "/nowhere/run.png: can't be written"},
       {{"read", "--pose", "1,2,3", "--map", missing}, missing},
       {{"plot", "--pose", "1,2,3", "-o", (folder / "scan.xyz").string()}, "scan.xyz"},
       {{"list", "--robot", missing}, missing + ": a robot description expected"},
@@ -129,6 +146,21 @@ TEST_F(ProgramTest, aPoseThatIsNotFreeIsWarnedOfAndRead) {
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.error, HasSubstr("warning: the pose -90,-90 lies outside the map"));
   EXPECT_EQ(recordsIn(result.out).size(), 6u);
+}
+
+TEST_F(ProgramTest, drivingIntoAWallIsWarnedOfOnce) {
+  const Result result = run({"drive", "--path", "3,6.3 3,7.2 3,6.3"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.error, HasSubstr("lies in a cell that is not free"));
+  EXPECT_LE(std::count(result.error.begin(), result.error.end(), '\n'), 2) << result.error;
+}
+
+TEST_F(ProgramTest, everyCommandHasHelp) {
+  for (const char* command : {"list", "read", "plot", "drive"}) {
+    const Result result = run({command, "--help"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.out, HasSubstr("--kind"));
+  }
 }
 
 TEST_F(ProgramTest, plotWritesAPicture) {

@@ -78,6 +78,9 @@ TEST(Transform, aPoseSurvivesTheWayThroughATransform) {
   EXPECT_FLOAT_EQ(pose.x, 1.5f);
   EXPECT_FLOAT_EQ(pose.y, -2.5f);
   EXPECT_FLOAT_EQ(pose.theta, 0.7f);
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ((transformFromPose2D(Pose2D(0, 0, angleFrom(63 * i))) * Position3D(1, 2, 3)).z, 3.0f);
+  }
 }
 
 TEST(Transform, rotationFrom3DRotationTurnsAboutXThenYThenZ) {

@@ -158,7 +158,8 @@ TEST(QVValue, sizeCountsElementsOrBytes) {
   EXPECT_EQ(QVValue("four").getSize(), 4u);
   EXPECT_EQ(QVValue(QVValue::Bytes(5)).getSize(), 5u);
   EXPECT_EQ(QVValue(QVValue::Binary()).getSize(), 0u);
-  EXPECT_EQ(errorOf([] { QVValue(1).getSize(); }), "QVValue::getSize: array, string or binary expected, int given");
+  EXPECT_EQ(errorOf([] { QVValue(1).getSize(); }),
+            "QVValue::getSize: array, string or binary expected, int given");
 }
 
 TEST(QVValue, equalityLooksAtTypeAndContentNotAtTheSharedBuffer) {

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <filesystem>
+#include <fstream>
 #include <functional>
 #include <stdexcept>
 
@@ -235,14 +236,20 @@ TEST_F(MapFilesTest, aPngThatWouldBeNarrowedOrEndsEarlyIsRefused) {
   yaml.image = "image.png";
   const std::string path = folder / "image.png";
   cv::imwrite(path, cv::Mat(2, 2, CV_16U, cv::Scalar(40000)));
-  EXPECT_THAT([&] { load(yaml); },
-              ThrowsMessage<std::runtime_error>(path + ": a PNG of 8 bits a channel expected"));
+  EXPECT_THAT([&] { load(yaml); }, ThrowsMessage<std::runtime_error>(AllOf(
+                                       HasSubstr("map.yaml: image: "),
+                                       HasSubstr(path + ": a PNG of 8 bits a channel expected"))));
   cv::Mat noise(64, 64, CV_8U);
   cv::randu(noise, 0, 255);
   cv::imwrite(path, noise);
   std::filesystem::resize_file(path, std::filesystem::file_size(path) / 2);
   EXPECT_THAT([&] { load(yaml); },
-              ThrowsMessage<std::runtime_error>(path + ": a whole PNG image expected"));
+              ThrowsMessage<std::runtime_error>(
+                  HasSubstr(path + ": a whole PNG image expected, this one ends at byte ")));
+  cv::imwrite(path, noise);
+  std::fstream(path, std::ios::binary | std::ios::in | std::ios::out).seekp(100) << "damage";
+  EXPECT_THAT([&] { load(yaml); }, ThrowsMessage<std::runtime_error>(AllOf(
+                                       HasSubstr("the chunk at byte "), HasSubstr("is damaged"))));
 }
 
 OccupancyMap makeMap(const std::vector<float>& shades) {

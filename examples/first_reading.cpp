@@ -1,0 +1,15 @@
+#include <iostream>
+
+#include "robot/world/map_files.h"
+#include "sensor/core/scoped_subscription.h"
+#include "sensor/simulation/simulated_sensor_manager.h"
+
+int main() {
+  QV::OccupancyMap map = QV::robot::loadMap("maps/apartment.yaml");
+  QV::sensor::SimulatedSensorManager manager(1, &map);
+  QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Sonar", "Asus"});
+  manager.setPose2D({3.0f, 6.3f, 0.0f}, {3.0f, 6.3f, 0.0f});  // m, m, rad
+  for (const auto& record : manager.getMetricalData("Sonar")) {
+    std::cout << record.sensorName << ": " << record.points.size() << " points\n";
+  }
+}
