@@ -52,7 +52,8 @@ std::vector<Math::Pose2D> drawFreePoses(const OccupancyMap& map) {
   std::uniform_real_distribution<float> turn(-3.1415927f, 3.1415927f);
   std::uniform_real_distribution<float> part(-0.5f, 0.5f);
   std::vector<Math::Pose2D> poses;
-  while (poses.size() < kPoses) {
+  constexpr int kMostTries = 10'000'000;
+  for (int tries = 0; tries < kMostTries && poses.size() < kPoses; ++tries) {
     const int c = column(random);
     const int r = row(random);
     if (map.getOccupancy(c, r) > 0.0f) continue;
