@@ -9,6 +9,8 @@
 #include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 
+#include "apps/shared_files.h"
+
 namespace QV::app {
 namespace {
 
@@ -89,6 +91,16 @@ TEST_F(ProgramTest, listShowsWhatADescriptionHolds) {
   EXPECT_THAT(result.out, testing::ContainsRegex("\\(none\\) +Spare +7 "));
   EXPECT_THAT(result.out, testing::ContainsRegex("base#0 +mesh +\\(root\\) +not supported"));
   EXPECT_THAT(result.out, testing::ContainsRegex("mast +cylinder +\\(root\\)\n"));
+}
+
+TEST_F(ProgramTest, theProjectsOwnRobotHasASensorOfEveryFamily) {
+  const Result result = run({"list", "--robot", findSharedFile("descriptions/porter.urdf")});
+  ASSERT_EQ(result.status, 0) << result.error;
+  for (const char* family :
+       {"Asus", "BlindZone", "HoleLaser", "Laser", "Shovel", "Sonar", "Touch"}) {
+    EXPECT_THAT(result.out, HasSubstr(std::string("\n").append(family).append(" ")));
+  }
+  EXPECT_THAT(result.out, testing::Not(HasSubstr("not supported")));
 }
 
 TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
