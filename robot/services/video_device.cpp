@@ -1,5 +1,7 @@
 #include "robot/services/video_device.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <stdexcept>
 
 #include <boost/make_shared.hpp>
@@ -60,7 +62,7 @@ void VideoDevice::xBindClients() {
   });
   bindMethod("unsubscribe", [this](const std::string& handle) {
     Lock lock(mutex);
-    xClient(handle);
+    if (!xWasGivenBack(handle)) xClient(handle);
     clients.erase(handle);
   });
 }
@@ -92,10 +94,28 @@ std::string VideoDevice::xSubscribe(const std::string& name, int camera, int res
   if (name.empty()) throw std::invalid_argument("a client name expected, none given");
   const ko::Duration interval = ko::Duration(boost::chrono::seconds(1)) / frameRate;
   Lock lock(mutex);
-  std::string handle = name;
-  for (int i = 1; clients.count(handle) > 0; ++i) handle = name + "_" + std::to_string(i);
+  const std::string handle = xMakeHandle(name);
   clients.emplace(handle, Client{camera, {width, height}, interval});
   return handle;
+}
+
+// Never one that was given before: who gives back an old handle twice takes nothing from others.
+std::string VideoDevice::xMakeHandle(const std::string& name) {
+  std::string handle;
+  do {
+    const int number = handleCounts[name]++;
+    handle = number == 0 ? name : name + "_" + std::to_string(number);
+  } while (clients.count(handle) > 0);
+  return handle;
+}
+
+bool VideoDevice::xWasGivenBack(const std::string& handle) const {
+  if (clients.count(handle) > 0) return false;
+  if (handleCounts.count(handle) > 0) return true;
+  const std::size_t split = std::min(handle.rfind('_'), handle.size());
+  const auto given = handleCounts.find(handle.substr(0, split));
+  const int number = std::atoi(handle.c_str() + std::min(split + 1, handle.size()));
+  return given != handleCounts.end() && number > 0 && number < given->second;
 }
 
 QVValue VideoDevice::xGetImage(const std::string& handle) {

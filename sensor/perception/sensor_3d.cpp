@@ -38,7 +38,11 @@ Sensor3D::Sensor3D(const std::string& name, const std::string& familyName,
 }
 
 Sensor3D::~Sensor3D() {
-  Sensor3D::xUnsubscribeFromHardware();
+  try {
+    Sensor3D::xUnsubscribeFromHardware();
+  } catch (...) {
+    // Nobody is left to be told, and the members must go.
+  }
 }
 
 int Sensor3D::xGetCameraResolution() {
@@ -75,7 +79,6 @@ bool Sensor3D::xUnsubscribeFromHardware() {
   if (cameraHandle.empty()) return true;
   try {
     videoDeviceProxy.unsubscribe(cameraHandle);
-    cameraHandle.clear();
     return true;
   } catch (const std::exception& exception) {
     ko::log::error(kCategory, "xUnsubscribeFromHardware")

@@ -54,9 +54,12 @@ class QV_API Sensor3D : public Sensor {
   void xUpdateScan();
   void xTryReleaseImage();
 
-  /** Appends the points of each component that is large enough; false for an image that fails. */
+  /** As xComputeXYZCoordinates, of the image's components; false for an image that fails. */
   bool xFilterScan(QVImage& image, std::vector<Points>& scans);
-  /** `labels` has the size of `depth`, which is 16-bit; no label is negative. */
+  /**
+   * Appends the points of each component, and drops the lists of fewer than 1 % of the pixels.
+   * `labels` has the size of `depth`, which is 16-bit; no label is negative.
+   */
   void xComputeXYZCoordinates(const cv::Mat& depth, const cv::Mat_<int>& labels,
                               std::vector<Points>& scans);
   /** Makes records of the points, which it takes; keeps what the former records leave behind. */

@@ -83,6 +83,9 @@ void Sensor3D::xComputeXYZCoordinates(const cv::Mat& depth, const cv::Mat_<int>&
                                       std::vector<Points>& scans) {
   projection.reset(depth.size(), extentsOf(videoDeviceProxy));
   xCountPoints(depth, labels);
+  std::erase_if(scans, [this](const Points& points) {
+    return static_cast<int>(points.size()) < filteringBlobSize;
+  });
   xMakeRoom(scans);
   forEachStretch(labels, [&](int label, int row, int begin, int end) {
     Math::Position3D*& next = components[static_cast<std::size_t>(label)].next;

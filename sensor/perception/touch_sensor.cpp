@@ -85,7 +85,7 @@ std::vector<Math::MetricalData> TouchSensor::xGetData() const {
     record.sensorName = group;
     try {
       record.sensorTransform = Math::Transform(motionProxy.getTransform(group, kRobotFrame, true));
-    } catch (const std::exception&) {
+    } catch (...) {
       continue;
     }
     record.points = {Math::Position3D(kPointDepth, 0.0f, 0.0f)};

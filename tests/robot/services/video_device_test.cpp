@@ -126,11 +126,21 @@ TEST_F(VideoDeviceTest, handlesAreUniqueAndListedUntilTheyAreGivenBack) {
   EXPECT_EQ(subscribe(), "client_1");
   EXPECT_EQ(subscribe(), "client_2");
   proxy->unsubscribe("client_1");
-  EXPECT_EQ(subscribe(), "client_1");
   proxy->unsubscribe("client");
-  EXPECT_THAT(device->getHandles(), ElementsAre("client_1", "client_2"));
-  EXPECT_THAT(proxy->call<std::vector<std::string>>("getHandles"),
-              ElementsAre("client_1", "client_2"));
+  EXPECT_EQ(proxy->subscribeCamera("client_2", kCamera, kQVGA, kDepth, 10), "client_2_1");
+  EXPECT_EQ(subscribe(), "client_3");
+  EXPECT_THAT(device->getHandles(), ElementsAre("client_2", "client_2_1", "client_3"));
+  EXPECT_EQ(proxy->call<std::vector<std::string>>("getHandles"), device->getHandles());
+}
+
+TEST_F(VideoDeviceTest, aHandleThatIsGivenBackAgainIsNobodyElses) {
+  for (int i = 0; i < 3; ++i) proxy->unsubscribe(subscribe());
+  const std::string handle = subscribe();
+  for (const char* old : {"client", "client_1", "client_2"}) proxy->unsubscribe(old);
+  EXPECT_THAT(device->getHandles(), ElementsAre(handle));
+  for (const char* unknown : {"client_4", "client_0", "client_", "_1", ""}) {
+    EXPECT_NE(errorOf([&] { proxy->unsubscribe(unknown); }), "") << unknown;
+  }
 }
 
 TEST_F(VideoDeviceTest, samplesAFrameOfAnotherSize) {

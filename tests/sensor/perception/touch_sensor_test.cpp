@@ -1,0 +1,158 @@
+#include "sensor/perception/touch_sensor.h"
+
+#include <thread>
+
+#include "tests/support/fake_robot.h"
+#include "tests/support/fake_sensor.h"
+#include "tests/support/throws.h"
+
+namespace QV::sensor {
+namespace {
+
+using test::errorOf;
+using test::namesOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+const Math::SensorFieldOfView2D kFieldOfView(0.1f, 0.5f, 1.0f, 3);
+const std::string kCategory = "Navigation.TouchSensor.";
+
+QVValue touched(const char* group, const QVValue::Array& types) {
+  return QVValue::array(group, true, types);
+}
+QVValue released(const char* group) {
+  return QVValue::array(group, false);
+}
+
+class TouchSensorTest : public test::FakeRobotTest {
+ protected:
+  TouchSensorTest() {
+    navigation->bindMethod("_onTouchChanged", [this](const std::string& event, const QVValue& value,
+                                                     const std::string& module) {
+      if (sut) sut->onTouchChanged(event, value, module);
+    });
+    broker->registerModule(navigation);
+    sut.emplace("Touch", "Touch", broker, kFieldOfView);
+  }
+
+  template <typename... E>
+  void raise(const E&... entries) {
+    memory.raiseEvent("TouchChanged", QVValue::array(entries...));
+    time.runDue();
+  }
+
+  std::vector<std::string> touchedGroups() { return namesOf(readOf(*sut)); }
+
+  boost::shared_ptr<QVModule> navigation = boost::make_shared<QVModule>("QVNavigation");
+  std::optional<TouchSensor> sut;
+};
+
+TEST_F(TouchSensorTest, aTouchedGroupIsARecordWithAPointInItsFrame) {
+  motion->transform = test::tiltedFrame().toVector();
+  raise(touched("FrontBumper", {2}));
+  EXPECT_THAT(sut->getData(), IsEmpty());
+  Math::MetricalData expected;
+  expected.sensorName = "FrontBumper";
+  expected.familyName = "Touch";
+  expected.fieldOfView = kFieldOfView;
+  expected.sensorTransform = test::tiltedFrame();
+  expected.points = {{-0.05f, 0.0f, 0.0f}};
+  expected.timestamp = ko::Clock::now();
+  EXPECT_THAT(readOf(*sut), ElementsAre(expected));
+  EXPECT_THAT(broker->callsTo("QVMotion"), ElementsAre("getTransform[\"FrontBumper\", 1, true]"));
+}
+
+TEST_F(TouchSensorTest, groupsAreTouchedByEnabledTypesUntilTheyAreReleased) {
+  EXPECT_THAT(touchedGroups(), IsEmpty());
+  raise(touched("B", {1}), touched("A", {5, 3}), touched("C", {4, 5, 6}), touched("D", {}));
+  EXPECT_THAT(touchedGroups(), ElementsAre("A", "B"));
+  raise(released("nobody"), touched("B", {6}));
+  EXPECT_THAT(touchedGroups(), ElementsAre("A", "B"));
+  raise(released("A"), released("B"), touched("B", {2}));
+  EXPECT_THAT(touchedGroups(), ElementsAre("B"));
+}
+
+TEST_F(TouchSensorTest, changingTheTypesLeavesTouchedGroupsAsTheyAre) {
+  EXPECT_THAT(sut->getEnabledTouchTypes(), ElementsAre(1, 2, 3));
+  raise(touched("A", {2}), touched("B", {42}));
+  sut->disableTouchType(2);
+  sut->enableTouchType(42);
+  EXPECT_THAT(sut->getEnabledTouchTypes(), ElementsAre(1, 3, 42));
+  EXPECT_THAT(touchedGroups(), ElementsAre("A"));
+  raise(released("A"), touched("A", {2}), touched("B", {42}));
+  EXPECT_THAT(touchedGroups(), ElementsAre("B"));
+  EXPECT_THAT(log.lines(), IsEmpty());
+  sut->enableTouchType(42);
+  sut->disableTouchType(6);
+  EXPECT_THAT(sut->getEnabledTouchTypes(), ElementsAre(1, 3, 42));
+  EXPECT_THAT(
+      log.lines(),
+      ElementsAre("info " + kCategory + "enableTouchType: Touch type 42 already enabled.",
+                  "info " + kCategory + "disableTouchType: Touch type 6 already disabled."));
+}
+
+TEST_F(TouchSensorTest, aMalformedEventIsLoggedAndChangesNothing) {
+  raise(touched("A", {1}));
+  raise(released("A"), touched("B", {"1"}));
+  EXPECT_THAT(touchedGroups(), ElementsAre("A"));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("error " + kCategory + "onTouchChanged: Invalid touch extraction"));
+}
+
+TEST_F(TouchSensorTest, aGroupWithoutATransformIsLeftOutInSilence) {
+  raise(touched("A", {1}), touched("B", {1}), touched("C", {1}));
+  int calls = 0;
+  broker->plan("QVMotion.getTransform", [&] {
+    ++calls;
+    if (calls == 1) throw std::runtime_error("no such frame");
+    if (calls == 2) throw 42;
+  });
+  EXPECT_THAT(touchedGroups(), ElementsAre("C"));
+  EXPECT_THAT(touchedGroups(), ElementsAre("A", "B", "C"));
+  motion->transform = std::vector<float>(11, 0.0f);
+  EXPECT_THAT(touchedGroups(), IsEmpty());
+  EXPECT_THAT(log.lines(), IsEmpty());
+  broker->planFailure("DCM.getTime", "no clock");
+  EXPECT_EQ(errorOf([&] { sut->getData(); }), "no clock");
+}
+
+TEST_F(TouchSensorTest, anEventThatComesDuringAReadingWaitsForItsEnd) {
+  raise(touched("A", {1}), touched("B", {1}));
+  std::thread releasing;
+  broker->plan("QVMotion.getTransform", [&] {
+    if (releasing.joinable()) return;
+    releasing = std::thread(
+        [&] { sut->onTouchChanged("", QVValue::array(released("A"), released("B")), ""); });
+  });
+  EXPECT_THAT(touchedGroups(), ElementsAre("A", "B"));
+  releasing.join();
+  EXPECT_THAT(touchedGroups(), IsEmpty());
+}
+
+TEST_F(TouchSensorTest, withoutItsEventThereIsNoSensor) {
+  broker->planFailure("QVMemory.subscribeToEvent", "memory is full");
+  EXPECT_EQ(errorOf([&] { TouchSensor("Touch", "Touch", broker, kFieldOfView); }),
+            "memory is full");
+  EXPECT_THAT(log.lines(),
+              ElementsAre("error " + kCategory +
+                          "TouchSensor: Error while subscribing to TouchChanged: memory is full"));
+}
+
+TEST_F(TouchSensorTest, theEventIsFollowedAllItsLifeAndNeverGivenBack) {
+  sut->subscribe("navigation");
+  sut->unsubscribe("navigation");
+  raise(touched("A", {1}));
+  sut.reset();
+  raise(released("A"));
+  sut.emplace("Touch", "Touch", broker, kFieldOfView);
+  raise(touched("B", {3}));
+  EXPECT_THAT(touchedGroups(), ElementsAre("B"));
+  const std::string call =
+      "subscribeToEvent[\"TouchChanged\", \"QVNavigation\", \"_onTouchChanged\"]";
+  EXPECT_THAT(broker->callsTo("QVMemory"),
+              testing::AllOf(testing::Contains(call).Times(2),
+                             testing::Not(testing::Contains(testing::HasSubstr("unsubscribe")))));
+}
+
+}  // namespace
+}  // namespace QV::sensor
