@@ -1,0 +1,213 @@
+#include "sensor/real/real_sensor_manager.h"
+
+#include <optional>
+
+#include "robot/services/robot_model_service.h"
+#include "robot/services/video_device.h"
+#include "sensor/range/smart_sonar.h"
+#include "tests/support/fake_robot.h"
+#include "tests/support/fake_sensor.h"
+
+namespace QV::sensor {
+namespace {
+
+using boost::chrono::milliseconds;
+using test::namesOf;
+using testing::AllOf;
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+using testing::Not;
+using testing::SizeIs;
+
+typedef std::map<std::string, std::string> Properties;
+
+const std::string kCategory = "Navigation.RealSensorManager.";
+const Properties kLaser = {{"regIndex", "2.9"},
+                           {"setOperationMode", "set"},
+                           {"getOperationMode", "get"},
+                           {"timestamp", "stamp"}};
+
+std::string sensorElement(const std::string& name, int type, const Properties& properties = {},
+                          const std::vector<std::string>& keys = {}) {
+  std::ostringstream xml;
+  xml << "<sensor name='" << name << "' type='" << type << "'>";
+  for (const auto& [key, value] : properties)
+    xml << "<property key='" << key << "' value='" << value << "'/>";
+  for (const auto& key : keys) xml << "<memory_key>" << key << "</memory_key>";
+  xml << "</sensor>";
+  return xml.str();
+}
+
+std::string sonarElement(const std::string& name) {
+  return sensorElement(name, 9, {{"maximumDetectionDistance", "2.5"}}, {name + "Key"});
+}
+
+Properties with(Properties properties, const Properties& more) {
+  properties.insert(more.begin(), more.end());
+  return properties;
+}
+
+class RealSensorManagerTest : public test::FakeRobotTest {
+ protected:
+  RealSensorManagerTest() {
+    const auto video = boost::make_shared<robot::VideoDevice>();
+    video->addCamera({2, "DepthCamera", 7, 1.0f, 0.8f,
+                      [](cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point) { depth = 0; }});
+    broker->registerModule(video);
+    for (const char* key : {"FrontKey", "BackKey"}) memory.insertData(key, 1.5f);
+  }
+
+  /** The manager of a robot of kind 1, or another, with these sensors. */
+  RealSensorManager& make(const std::string& sensors, int kind = 1) {
+    sut.reset();
+    if (broker->isModulePresent("QVRobotModel")) broker->unregisterModule("QVRobotModel");
+    broker->registerModule(boost::make_shared<robot::RobotModelService>(
+        "<robot name='r'><kind code='" + std::to_string(kind) + "'/><link name='base'/>" + sensors +
+        "</robot>"));
+    return sut.emplace(broker);
+  }
+
+  std::vector<std::string> stampsOf(const std::string& name) {
+    std::vector<std::string> result;
+    for (const auto& record : sut->getMetricalData(name))
+      result.push_back(std::to_string(record.timestamp.time_since_epoch().count() / 1000000));
+    return result;
+  }
+
+  std::optional<RealSensorManager> sut;
+};
+
+TEST_F(RealSensorManagerTest, groupsWhatTheDescriptionListsByFamily) {
+  const Properties hole = with(kLaser, {{"inclination", "i"}, {"status", "s"}});
+  make(sensorElement("Bumper", 2) + sensorElement("Bumper2", 2) + sensorElement("Camera1", 4) +
+       sensorElement("Camera2", 4) + sensorElement("Laser1", 8, kLaser, {"x", "y"}) +
+       sensorElement("Shovel1", 17, kLaser, {"x", "y"}) +
+       sensorElement("Hole1", 16, hole, {"x", "y"}) + sonarElement("Front") +
+       sensorElement("Mute", 9) + sensorElement("Zone", 14, {}, {"z"}) + sensorElement("Other", 7) +
+       sensorElement("Future", 18));
+  EXPECT_EQ(sut->getAllSensorsByFamily(),
+            (std::map<std::string, std::set<std::string>>{{"Asus", {"Camera1", "PeoplePerception"}},
+                                                          {"BlindZone", {"Zone"}},
+                                                          {"HoleLaser", {"Hole1"}},
+                                                          {"Laser", {"Laser1"}},
+                                                          {"Shovel", {"Shovel1"}},
+                                                          {"Sonar", {"Front"}},
+                                                          {"Touch", {"Touch"}}}));
+  EXPECT_THAT(log.lines(),
+              AllOf(Contains("verbose " + kCategory + "xInitSensors: Horizontal laser:  Laser1"),
+                    Contains("verbose " + kCategory + "xInitSensors: Horizontal laser:  Shovel1"),
+                    Contains("verbose " + kCategory + "xInitSensors: Hole laser: Hole1"),
+                    Contains("verbose " + kCategory + "xAddSensor: Front - Sonar"),
+                    Not(Contains(HasSubstr("error ")))));
+}
+
+TEST_F(RealSensorManagerTest, aSonarIsSmartOnARobotOfKind0Only) {
+  for (int kind : {0, 1, 2}) {
+    make(sonarElement("Front"), kind);
+    const auto sonar = sut->getSensorPtr("Front");
+    EXPECT_EQ(boost::dynamic_pointer_cast<SmartSonar>(sonar) != nullptr, kind == 0) << kind;
+  }
+}
+
+TEST_F(RealSensorManagerTest, anIncompleteLaserIsLeftOutAndNamed) {
+  for (const char* missing : {"regIndex", "setOperationMode", "getOperationMode", "timestamp"}) {
+    Properties properties = kLaser;
+    properties.erase(missing);
+    for (int type : {8, 16, 17}) {
+      log.clear();
+      EXPECT_THAT(make(sensorElement("L", type, properties)).getSensorList(), IsEmpty());
+      EXPECT_THAT(log.lines(), Contains("error " + kCategory +
+                                        "xInitSensors: Unable to initialize sensor L because its "
+                                        "model is incomplete."))
+          << missing << type;
+    }
+  }
+  const Properties flat = with(kLaser, {{"status", "s"}});
+  make(sensorElement("A", 8, flat) + sensorElement("B", 16, flat));
+  EXPECT_THAT(sut->getSensorList(), ElementsAre("A"));
+}
+
+TEST_F(RealSensorManagerTest, whatCantBeBuiltIsLoggedAndItsNeighboursStand) {
+  broker->unregisterModule("QVVideoDevice");
+  make(sensorElement("Camera", 4) + sensorElement("Twin", 9, {}, {"a", "b"}) +
+       sensorElement("Zone", 14, {}, {"a", "b"}) + sonarElement("Front"));
+  EXPECT_THAT(sut->getSensorList(), ElementsAre("Front"));
+  const std::string error = "error " + kCategory + "xInitSensors: ";
+  EXPECT_THAT(
+      log.lines(),
+      AllOf(Contains(testing::StartsWith(error + "Error while creating Sensor3D: \n")),
+            Contains(error + "Unable to initialize Twin: \nWrong memory keys size for Twin. Given "
+                             "2."),
+            Contains(error + "Error while creating BlindZoneSensor: \nZone cannot be instantiated "
+                             "with more than one key")));
+}
+
+TEST_F(RealSensorManagerTest, withoutADescriptionOrADeviceManagerThereAreNoSensors) {
+  sut.emplace(broker);
+  EXPECT_THAT(log.lines(),
+              ElementsAre(testing::StartsWith("error " + kCategory +
+                                              "xInitSensors: QVRobotModel is not found. ")));
+  log.clear();
+  make("<sensor name='x' type='9'>");
+  EXPECT_THAT(log.lines(), SizeIs(1));
+  EXPECT_FALSE(sut->subscribe("me", "Sonar"));
+
+  broker->unregisterModule("DCM");
+  EXPECT_THAT(make(sonarElement("Front")).getFamilyNames(), IsEmpty());
+  EXPECT_THAT(sut->getMetricalData(), IsEmpty());
+}
+
+TEST_F(RealSensorManagerTest, readsPropertiesAsNumbersWithJunkAs0) {
+  make(sensorElement("Front", 9,
+                     {{"minimumDetectionDistance", "0.25 m"},
+                      {"maximumDetectionDistance", "far"},
+                      {"horizontalAngularRange", "0.5"},
+                      {"colour", "7"}},
+                     {"FrontKey"}));
+  sut->subscribe("me");
+  time.advance(milliseconds(1));
+  const auto records = sut->getMetricalData();
+  ASSERT_THAT(records, SizeIs(1));
+  EXPECT_EQ(records[0].fieldOfView.minRange, 0.25f);
+  EXPECT_EQ(records[0].fieldOfView.maxRange, 0.0f);
+  EXPECT_EQ(records[0].fieldOfView.angularRange, 0.5f);
+}
+
+TEST_F(RealSensorManagerTest, refreshesAtOnceAndEvery100msWhileASensorIsStarted) {
+  make(sonarElement("Front") + sonarElement("Back"));
+  time.advance(milliseconds(50));
+  EXPECT_THAT(broker->callsTo("QVMotion"), IsEmpty());
+  sut->subscribe("me", "Front");
+  time.advance(milliseconds(1));
+  EXPECT_THAT(stampsOf("Sonar"), ElementsAre("150"));
+  time.advance(milliseconds(98));
+  EXPECT_THAT(stampsOf("Sonar"), ElementsAre("150"));
+  sut->subscribe("me", "Back");  // The refresher runs already, and is left alone.
+  time.advance(milliseconds(2));
+  EXPECT_THAT(stampsOf("Sonar"), ElementsAre("250", "250"));
+
+  sut->unsubscribe("me", "Front");
+  time.advance(milliseconds(100));
+  EXPECT_EQ(namesOf(sut->getMetricalData()), std::vector<std::string>{"Back"});
+  sut->unsubscribe("me");
+  EXPECT_THAT(sut->getMetricalData(), IsEmpty());
+  const auto calls = broker->callsTo("QVMotion").size();
+  time.advance(milliseconds(1000));
+  EXPECT_THAT(broker->callsTo("QVMotion"), SizeIs(calls));
+}
+
+TEST_F(RealSensorManagerTest, debuggingEnablesEverySensorAndItsEndDisablesNone) {
+  make(sonarElement("Front") + sonarElement("Back"));
+  sut->enableSensorOrFamily("Sonar", false);
+  sut->setSensorsDebug(false);
+  EXPECT_THAT(sut->getEnabledSensorList(), IsEmpty());
+  sut->setSensorsDebug(true);
+  EXPECT_THAT(sut->getEnabledSensorList(), ElementsAre("Back", "Front"));
+  sut->setSensorsDebug(false);
+  EXPECT_THAT(sut->getEnabledSensorList(), SizeIs(2));
+}
+
+}  // namespace
+}  // namespace QV::sensor
