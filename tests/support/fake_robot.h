@@ -3,6 +3,8 @@
 #include <functional>
 #include <limits>
 #include <map>
+#include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -28,15 +30,14 @@ class TracingBroker : public QVBroker {
   QVValue call(const std::string& module, const std::string& method,
                QVArguments arguments) override {
     const QVValue list = QVValue::Array(arguments.begin(), arguments.end());
-    calls.push_back({module, method + list.toText()});
-    const auto found = plans.find(module + "." + method);
-    if (found != plans.end()) found->second();
+    if (const auto plan = note(module, method, list)) (*plan)();
     return QVBroker::call(module, method, arguments);
   }
 
   /** From now on, for "Module.method"; an empty plan takes it back. */
   void plan(const std::string& method, std::function<void()> what) {
-    plans[method] = what ? what : [] {};
+    std::lock_guard<std::mutex> lock(mutex);
+    plans[method] = std::make_shared<Plan>(what ? what : [] {});
   }
   void planFailure(const std::string& method, const std::string& text) {
     plan(method, [text] { throw std::runtime_error(text); });
@@ -44,6 +45,7 @@ class TracingBroker : public QVBroker {
 
   /** What a module was asked so far, as in `getTransform["Front", 1, true]`. */
   std::vector<std::string> callsTo(const std::string& module) const {
+    std::lock_guard<std::mutex> lock(mutex);
     std::vector<std::string> result;
     for (const auto& [name, text] : calls) {
       if (name == module) result.push_back(text);
@@ -52,8 +54,20 @@ class TracingBroker : public QVBroker {
   }
 
  private:
+  typedef std::function<void()> Plan;
+
+  /** Writes the call down; what was planned for it, or null. */
+  std::shared_ptr<Plan> note(const std::string& module, const std::string& method,
+                             const QVValue& list) {
+    std::lock_guard<std::mutex> lock(mutex);
+    calls.push_back({module, method + list.toText()});
+    const auto found = plans.find(module + "." + method);
+    return found == plans.end() ? nullptr : found->second;
+  }
+
+  mutable std::mutex mutex;
   std::vector<std::pair<std::string, std::string>> calls;
-  std::map<std::string, std::function<void()>> plans;
+  std::map<std::string, std::shared_ptr<Plan>> plans;
 };
 
 /** A motion service that answers every question of its kind alike, with what it is told. */
