@@ -1,13 +1,12 @@
 #include "robot/services/video_device.h"
 
-#include <algorithm>
-#include <cstdlib>
 #include <stdexcept>
 
 #include <boost/make_shared.hpp>
 #include <opencv2/imgproc.hpp>
 
 #include "platform/ko/log.h"
+#include "platform/model/number_text.h"
 #include "platform/vision/qv_image.h"
 #include "platform/vision/video_codes.h"
 
@@ -62,8 +61,7 @@ void VideoDevice::xBindClients() {
   });
   bindMethod("unsubscribe", [this](const std::string& handle) {
     Lock lock(mutex);
-    if (!xWasGivenBack(handle)) xClient(handle);
-    clients.erase(handle);
+    if (clients.erase(handle) == 0 && !xWasGiven(handle)) xClient(handle);
   });
 }
 
@@ -94,28 +92,14 @@ std::string VideoDevice::xSubscribe(const std::string& name, int camera, int res
   if (name.empty()) throw std::invalid_argument("a client name expected, none given");
   const ko::Duration interval = ko::Duration(boost::chrono::seconds(1)) / frameRate;
   Lock lock(mutex);
-  const std::string handle = xMakeHandle(name);
+  const std::string handle = name + "_" + std::to_string(++handleCount);
   clients.emplace(handle, Client{camera, {width, height}, interval});
   return handle;
 }
 
-// Never one that was given before: who gives back an old handle twice takes nothing from others.
-std::string VideoDevice::xMakeHandle(const std::string& name) {
-  std::string handle;
-  do {
-    const int number = handleCounts[name]++;
-    handle = number == 0 ? name : name + "_" + std::to_string(number);
-  } while (clients.count(handle) > 0);
-  return handle;
-}
-
-bool VideoDevice::xWasGivenBack(const std::string& handle) const {
-  if (clients.count(handle) > 0) return false;
-  if (handleCounts.count(handle) > 0) return true;
-  const std::size_t split = std::min(handle.rfind('_'), handle.size());
-  const auto given = handleCounts.find(handle.substr(0, split));
-  const int number = std::atoi(handle.c_str() + std::min(split + 1, handle.size()));
-  return given != handleCounts.end() && number > 0 && number < given->second;
+bool VideoDevice::xWasGiven(const std::string& handle) const {
+  const auto number = Model::toInteger(handle.substr(handle.rfind('_') + 1));
+  return number && *number > 0 && *number <= handleCount;
 }
 
 QVValue VideoDevice::xGetImage(const std::string& handle) {

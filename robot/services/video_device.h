@@ -41,8 +41,8 @@ struct QV_API Camera {
 /**
  * The cameras, module "QVVideoDevice"; QVVideoDeviceProxy says what its methods do. A client that
  * asks before its next frame is due gets its last one again; an image that it still holds is taken
- * back, which is logged once. No handle is given twice; to give one back again is no error. All
- * operations are safe from any thread.
+ * back, which is logged once. A handle is the client's name and a number that is given
+ * once; to give it back again is no error. All operations are safe from any thread.
  */
 class QV_API VideoDevice : public QVModule {
  public:
@@ -78,8 +78,8 @@ class QV_API VideoDevice : public QVModule {
   void xBindClients();
   boost::shared_ptr<Device> xDevice(int index) const;
   Client& xClient(const std::string& handle);
-  std::string xMakeHandle(const std::string& name);
-  bool xWasGivenBack(const std::string& handle) const;
+  /** By its number alone: names are not kept. */
+  bool xWasGiven(const std::string& handle) const;
   std::string xSubscribe(const std::string& name, int camera, int resolution, int colorSpace,
                          int frameRate);
   QVValue xGetImage(const std::string& handle);
@@ -89,8 +89,7 @@ class QV_API VideoDevice : public QVModule {
   mutable std::mutex mutex;
   std::map<int, boost::shared_ptr<Device>> devices;
   std::map<std::string, Client> clients;
-  /** By client name. */
-  std::map<std::string, int> handleCounts;
+  int handleCount = 0;
 };
 
 }  // namespace QV::robot

@@ -6,6 +6,7 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_proxy.h"
 #include "platform/model/model_utils.h"
 #include "platform/model/number_text.h"
@@ -64,8 +65,9 @@ struct RealSensorManager::Factory {
   }
 };
 
-RealSensorManager::RealSensorManager(boost::shared_ptr<QVBroker> broker)
-    : dcmPresent(broker->isModulePresent("DCM")), broker(broker) {
+RealSensorManager::RealSensorManager(boost::shared_ptr<QVBroker> broker) : broker(broker) {
+  if (!broker) throw QVError("QVNavigation", "RealSensorManager", "a broker expected, none given");
+  dcmPresent = broker->isModulePresent("DCM");
   xInit();
 }
 

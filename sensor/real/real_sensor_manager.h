@@ -32,7 +32,7 @@ class QV_API RealSensorManager : public SensorManager {
  public:
   /**
    * No sensors without a module "DCM". What can't be built, for want of a description or of memory
-   * keys, is logged at error level and left out.
+   * keys, is logged at error level and left out. No broker: QVError.
    */
   explicit RealSensorManager(boost::shared_ptr<QVBroker> broker);
   /** Waits for a gathering that runs. Leaves hardware as it is. */

@@ -7,6 +7,7 @@
 #include "sensor/range/smart_sonar.h"
 #include "tests/support/fake_robot.h"
 #include "tests/support/fake_sensor.h"
+#include "tests/support/throws.h"
 
 namespace QV::sensor {
 namespace {
@@ -142,6 +143,11 @@ TEST_F(RealSensorManagerTest, whatCantBeBuiltIsLoggedAndItsNeighboursStand) {
                              "2."),
             Contains(error + "Error while creating BlindZoneSensor: \nZone cannot be instantiated "
                              "with more than one key")));
+}
+
+TEST_F(RealSensorManagerTest, needsABroker) {
+  EXPECT_THAT(test::errorOf([] { RealSensorManager(nullptr); }),
+              HasSubstr("a broker expected, none given"));
 }
 
 TEST_F(RealSensorManagerTest, withoutADescriptionOrADeviceManagerThereAreNoSensors) {

@@ -51,6 +51,7 @@ class ObstructionTest : public testing::Test {
     motion->bindMethod("getTransform", [this](const std::string& name, int frame, bool measured) {
       calls.push_back(name + " " + std::to_string(frame) + (measured ? " measured" : ""));
       if (name == "Lost") throw std::runtime_error("no such joint");
+      if (name == "Short") return std::vector<float>(11, 0.0f);
       return Transform::fromPosition({static_cast<float>(calls.size()), 0, 0}).toVector();
     });
     broker->registerModule(motion);
@@ -114,6 +115,9 @@ TEST_F(ObstructionTest, eachShapeIsPlacedByItsOwnJointInTheBodyFrame) {
   shapes.push_back(ball("Lost", Transform()));
   EXPECT_THAT(errorOf([&] { buildTransformsFromCollisionShapes(shapes, motion); }),
               HasSubstr("no such joint"));
+  shapes.back() = ball("Short", Transform());
+  EXPECT_THAT(errorOf([&] { buildTransformsFromCollisionShapes(shapes, motion); }),
+              HasSubstr("12 floats expected, 11 given"));
 }
 
 // The sensor looks back along x at a joint that points to the left, with the ball before it.

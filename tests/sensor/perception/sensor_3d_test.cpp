@@ -1,0 +1,198 @@
+#include "sensor/perception/sensor_3d.h"
+
+#include <cmath>
+#include <optional>
+
+#include "robot/services/video_device.h"
+#include "tests/support/depth_frames.h"
+#include "tests/support/fake_robot.h"
+#include "tests/support/flood_fill.h"
+
+namespace QV::sensor {
+namespace {
+
+using boost::chrono::milliseconds;
+using testing::ElementsAre;
+using testing::IsEmpty;
+using testing::SizeIs;
+
+constexpr int kHighResolutionModel = 7;
+constexpr float kHorizontal = 1.0f;
+constexpr float kVertical = 0.8f;
+const std::string kError = "error Navigation.Sensor3D.";
+
+typedef std::vector<std::vector<Math::Position3D>> Scans;
+
+/** Lets a test hand labels in. */
+struct OpenSensor3D : Sensor3D {
+  using Sensor3D::Sensor3D;
+  using Sensor3D::xComputeXYZCoordinates;
+};
+
+/** The slow way, in double precision: a list of points for each large component. */
+Scans reference(const cv::Mat_<std::uint16_t>& depth) {
+  const cv::Mat_<int> labels = test::floodFill(depth, 100);
+  std::map<int, std::vector<Math::Position3D>> byLabel;
+  for (int v = 0; v < depth.rows; ++v) {
+    for (int u = 0; u < depth.cols; ++u) {
+      const double d = depth(v, u) * 0.001;
+      if (labels(v, u) == 0 || depth(v, u) > 15000) continue;
+      const double y = (0.5 - double(u) / depth.cols) * d * 2.0 * std::tan(kHorizontal / 2.0);
+      const double z = (0.5 - double(v) / depth.rows) * d * 2.0 * std::tan(kVertical / 2.0);
+      byLabel[labels(v, u)].push_back({float(d), float(y), float(z)});
+    }
+  }
+  Scans scans;
+  for (auto& [label, points] : byLabel) {
+    if (points.size() >= depth.total() / 100) scans.push_back(std::move(points));
+  }
+  return scans;
+}
+
+float distance(const Math::Position3D& a, const Math::Position3D& b) {
+  return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
+}
+
+class Sensor3DTest : public test::FakeRobotTest {
+ protected:
+  Sensor3DTest() { broker->registerModule(video); }
+
+  void make(int model = 1) {
+    video->addCamera(
+        {2, "camera", model, kHorizontal, kVertical,
+         [this](cv::Mat_<std::uint16_t>& frame, ko::Clock::time_point) { frame = depth.clone(); }});
+    sut.emplace("Depth", "Asus", broker, Math::SensorFieldOfView2D(0.4f, 8.0f, 1.0f, 1));
+  }
+
+  void fill(cv::Rect area, int millimetres) { depth(area).setTo(millimetres); }
+
+  /** Once the next image was taken. */
+  std::vector<Math::MetricalData> next() {
+    time.advance(milliseconds(100));
+    return sut->getData();
+  }
+
+  cv::Mat_<std::uint16_t> depth = cv::Mat_<std::uint16_t>(240, 320, std::uint16_t{0});
+  boost::shared_ptr<robot::VideoDevice> video = boost::make_shared<robot::VideoDevice>();
+  std::optional<OpenSensor3D> sut;
+};
+
+TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
+  make();
+  fill({160, 20, 32, 24}, 15000);  // 768 pixels, as few as are kept.
+  fill({0, 10, 59, 13}, 2000);     // One less.
+  fill({0, 120, 100, 50}, 3000);
+  depth(239, 0) = 15001;
+  motion->transform = test::tiltedFrame().toVector();
+  sut->subscribe("me");
+  time.runDue();
+  const auto records = sut->getData();
+  ASSERT_EQ(records.size(), 2u);
+  EXPECT_EQ(records[0].points.size(), 768u);
+  EXPECT_FLOAT_EQ(records[0].points[0].x, 15.0f);
+  EXPECT_EQ(records[0].points[0].y, 0.0f);
+  EXPECT_EQ(records[1].points.size(), 5000u);
+  EXPECT_NEAR(records[1].points[0].y, 3.0f * std::tan(kHorizontal / 2), 1e-5f);
+  EXPECT_EQ(records[1].points[0].z, 0.0f);
+  for (const auto& record : records) {
+    EXPECT_EQ(record.sensorName, "Depth");
+    EXPECT_EQ(record.fieldOfView.rayCount, 320);
+    EXPECT_EQ(record.sensorTransform, test::tiltedFrame());
+    EXPECT_EQ(record.timestamp, ko::Clock::now() - milliseconds(20));
+  }
+  EXPECT_THAT(log.lines(),
+              ElementsAre(kError + "xComputeXYZCoordinates: Sensor3D filtering value x : 15001"));
+}
+
+TEST_F(Sensor3DTest, pruningGoesForListsThatWereThereBefore) {
+  make();
+  fill({0, 0, 320, 100}, 1000);
+  Scans scans = {Scans::value_type(767), Scans::value_type(768)};
+  sut->xComputeXYZCoordinates(depth, test::floodFill(depth, 100), scans);
+  ASSERT_EQ(scans.size(), 2u);
+  EXPECT_EQ(scans[0].size(), 768u);
+  EXPECT_EQ(scans[1].size(), 32000u);
+}
+
+TEST_F(Sensor3DTest, whatFailsIsLoggedAndTheLastGoodImageStays) {
+  make();
+  depth = 1000;
+  sut->subscribe("me");
+  const float before = next().at(0).points[0].x;
+  depth = 2000;
+  const std::pair<const char*, std::string> calls[] = {
+      {"QVVideoDevice.getImageRemote", "Error while getting new 3D image: broken"},
+      {"QVMotion._getSensorTransformAtTime", "Error while getting tf: broken"}};
+  for (const auto& [method, message] : calls) {
+    log.clear();
+    broker->planFailure(method, "broken");
+    EXPECT_EQ(next().at(0).points[0].x, before);
+    EXPECT_THAT(log.lines(), testing::Contains(kError + "xUpdateScan: " + message));
+    broker->plan(method, {});
+  }
+  const cv::Mat_<std::uint16_t> whole = depth;
+  depth = cv::Mat_<std::uint16_t>();
+  EXPECT_EQ(next().at(0).points[0].x, before);
+  EXPECT_THAT(log.lines(), testing::Contains(kError + "xUpdateScan: Error while getting new 3D "
+                                                      "image (null pointer)"));
+  depth = whole;
+  broker->planFailure("QVVideoDevice.releaseImage", "broken");
+  EXPECT_EQ(next().at(0).points[0].x, 2.0f);
+  EXPECT_THAT(log.lines(), testing::Contains(kError + "xTryReleaseImage: Error while releasing 3D "
+                                                      "image: broken"));
+}
+
+TEST_F(Sensor3DTest, noHandleIsLeftButWhereGivingItBackFailed) {
+  make();
+  for (int i = 0; i < 10; ++i) {
+    sut->subscribe("me");
+    EXPECT_THAT(video->getHandles(), SizeIs(1));
+    sut->unsubscribe("me");
+  }
+  broker->planFailure("QVVideoDevice.subscribeCamera", "busy");
+  sut->subscribe("me");
+  EXPECT_FALSE(sut->isDiagnosisSucess());
+  EXPECT_THAT(video->getHandles(), IsEmpty());
+  broker->plan("QVVideoDevice.subscribeCamera", {});
+  sut->setDiagnosis(true);
+  broker->planFailure("QVVideoDevice.unsubscribe", "busy");
+  sut->unsubscribe("me");
+  EXPECT_THAT(video->getHandles(), SizeIs(1));
+  EXPECT_THAT(log.lines(), ElementsAre(kError + "xSubscribeToHardware: Could not subscribe to "
+                                                "QVVideoDevice: busy",
+                                       kError + "xUnsubscribeFromHardware: Could not unsubscribe "
+                                                "from QVVideoDevice: busy"));
+}
+
+TEST_F(Sensor3DTest, givesItsHandleBackOnceMoreAtItsEndWithoutATrace) {
+  make();
+  sut->subscribe("me");
+  sut->unsubscribe("me");
+  sut.reset();
+  EXPECT_THAT(log.lines(), IsEmpty());
+  EXPECT_THAT(broker->callsTo("QVVideoDevice"),
+              testing::Contains("unsubscribe[\"Sensor3DDepth_1\"]").Times(2));
+}
+
+TEST_F(Sensor3DTest, agreesWithTheSlowWayOnRecordedFrames) {
+  const auto frames = test::loadDepthFrames();
+  if (frames.empty()) GTEST_SKIP() << "QV_DATA does not name the real data";
+  make(kHighResolutionModel);
+  sut->subscribe("me");
+  for (const auto& frame : frames) {
+    depth = frame.depth;
+    const auto records = next();
+    const Scans expected = reference(depth);
+    ASSERT_EQ(records.size(), expected.size()) << frame.name;
+    for (std::size_t i = 0; i < records.size(); ++i) {
+      ASSERT_EQ(records[i].points.size(), expected[i].size()) << frame.name << " " << i;
+      float worst = 0.0f;
+      for (std::size_t k = 0; k < expected[i].size(); ++k)
+        worst = std::max(worst, distance(records[i].points[k], expected[i][k]));
+      EXPECT_LT(worst, 0.001f) << frame.name << " " << i;
+    }
+  }
+}
+
+}  // namespace
+}  // namespace QV::sensor
