@@ -10,6 +10,7 @@
 #include <boost/thread/lock_types.hpp>
 
 #include "platform/ko/log.h"
+#include "sensor/core/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {
@@ -308,6 +309,7 @@ void SensorManager::xNoteGathering(const std::string& sensorName,
   }
   if (known != gatheringFailures.end() && known->second == failure) return;
   gatheringFailures[sensorName] = failure;
+  const SensorScope scope(sensorName);
   ko::log::error(kCategory, "xUpdateData")
       << "Unable to gather the data of " << sensorName << ": " << failure;
 }
