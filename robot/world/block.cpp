@@ -30,12 +30,17 @@ Block::Block(const Math::Pose2D& pose, float length, float width, float bottom, 
       top(top) {}
 
 std::optional<Stretch> Block::clip(const Ray& ray) const {
+  auto stretch = clipOutline(ray);
+  if (stretch && cut(*stretch, ray.origin.z, ray.direction.z, bottom, top)) return stretch;
+  return std::nullopt;
+}
+
+std::optional<Stretch> Block::clipOutline(const Ray& ray) const {
   const Math::Position2D start = inverse * flat(ray.origin);
   const Math::Position2D speed = Math::Pose2D(0.0f, 0.0f, inverse.theta) * flat(ray.direction);
   Stretch stretch{0.0f, std::numeric_limits<float>::infinity()};
   if (cut(stretch, start.x, speed.x, -halfLength, halfLength) &&
-      cut(stretch, start.y, speed.y, -halfWidth, halfWidth) &&
-      cut(stretch, ray.origin.z, ray.direction.z, bottom, top)) {
+      cut(stretch, start.y, speed.y, -halfWidth, halfWidth)) {
     return stretch;
   }
   return std::nullopt;

@@ -3,26 +3,9 @@
 #include <optional>
 
 #include "platform/math/pose2d.h"
-#include "platform/math/position.h"
+#include "robot/world/ray.h"
 
 namespace QV::robot {
-
-/** A line in the map from `origin` along `direction`, of unit length; z counts from the floor. */
-struct Ray {
-  Math::Position3D origin;
-  Math::Position3D direction;
-
-  Math::Position3D at(float distance) const {
-    return {origin.x + distance * direction.x, origin.y + distance * direction.y,
-            origin.z + distance * direction.z};
-  }
-};
-
-/** A part of a ray, in metres from its origin. */
-struct Stretch {
-  float from;
-  float to;
-};
 
 /** An upright block in the map: a box, or the inside of a hole. */
 class Block {
@@ -32,6 +15,8 @@ class Block {
 
   /** The part of the ray in the block; nothing if it misses. */
   std::optional<Stretch> clip(const Ray& ray) const;
+  /** The same for a block without bottom and top. */
+  std::optional<Stretch> clipOutline(const Ray& ray) const;
 
   /** In the map, of its outline or inside; what lies nearest to `position`. */
   Math::Position2D nearestTo(const Math::Position2D& position) const;

@@ -1,13 +1,15 @@
 #include "robot/world/robot_world.h"
 
+#include <algorithm>
 #include <cmath>
 #include <stdexcept>
 
+#include "platform/vision/video_codes.h"
 #include "robot/services/robot_model_service.h"
 #include "robot/services/sensor_types.h"
 #include "robot/services/sonar_driver.h"
-#include "robot/services/video_device.h"
 #include "robot/world/body_size.h"
+#include "robot/world/depth_unit.h"
 #include "robot/world/sonar_units.h"
 
 namespace QV::robot {
@@ -39,8 +41,13 @@ RobotWorld::RobotWorld(const RobotDescription& description,
       devices(boost::make_shared<DeviceManager>(broker)),
       faults(boost::make_shared<FaultPlan>(model, ko::Clock::now())),
       context(makeContext(std::move(map), options, motion, faults, broker)),
+      touch(model, context),
       body(context.surroundings->getScene(), measureBody(model, *motion),
-           finite("start", options.start)) {
+           finite("start", options.start)),
+      crowd(context.surroundings->getScene(), options, measureBody(model, *motion).radius),
+      laserBeat{options.laserPeriod},
+      blindZoneBeat{options.sonarPeriod},
+      peopleBeat{options.peoplePeriod} {
   bindMethod("setVelocity", [this](float vx, float vy, float omega) {
     setVelocity({vx, vy, omega});
   });
@@ -51,6 +58,7 @@ RobotWorld::RobotWorld(const RobotDescription& description,
   setPose(options.start);
   xRegisterServices(description, broker);
   xAddLasers(broker);
+  xAddBlindZones();
   task.setName("EmbeddedRobot");
   task.setPeriod(options.stepPeriod);
   task.compensateCallbackTime(true);
@@ -61,7 +69,6 @@ RobotWorld::~RobotWorld() = default;
 
 void RobotWorld::start() {
   steppedAt = ko::Clock::now();
-  lasersDue = steppedAt;
   xStep();
   task.start(false);
 }
@@ -80,7 +87,37 @@ void RobotWorld::xRegisterServices(const RobotDescription& description,
   const auto units = boost::make_shared<SonarUnits>(model, context);
   sonars->setSource([units](const std::string& sonar) { return units->measure(sonar); });
   broker->registerModule(sonars);
-  broker->registerModule(boost::make_shared<VideoDevice>());
+  const auto video = boost::make_shared<VideoDevice>();
+  xAddCameras(*video);
+  broker->registerModule(video);
+}
+
+// The first camera is the one that sensors ask for; it also looks for people.
+void RobotWorld::xAddCameras(VideoDevice& video) {
+  int index = kDepthCamera;
+  for (const auto& [name, config] : model.sensorConfigs) {
+    if (config.type != kDepthCameraType) continue;
+    const auto named = config.properties.find("cameraName");
+    Camera camera;
+    camera.index = index;
+    camera.name = named == config.properties.end() ? name : named->second;
+    camera.modelCode = static_cast<int>(numberOf(config, "modelCode"));
+    camera.horizontalFOV = numberOf(config, "horizontalAngularRange");
+    camera.verticalFOV = numberOf(config, "verticalAngularRange");
+    const auto unit = boost::make_shared<DepthUnit>(config, context);
+    camera.source = [unit](auto& depth, auto& time) { unit->show(depth, time); };
+    video.addCamera(camera);
+    if (index++ == kDepthCamera) {
+      peopleUnit = std::make_unique<PeopleUnit>(config, camera.name, camera.index, context);
+    }
+  }
+}
+
+void RobotWorld::xAddBlindZones() {
+  for (const auto& [name, config] : model.sensorConfigs) {
+    if (config.type != kBlindZoneType || config.memoryKeys.size() != 1) continue;
+    blindZones.push_back(std::make_unique<BlindZoneUnit>(config, context));
+  }
 }
 
 void RobotWorld::xAddLasers(const boost::shared_ptr<QVBroker>& broker) {
@@ -124,29 +161,48 @@ void RobotWorld::setJointPositions(const std::map<std::string, double>& position
 
 void RobotWorld::xStep() {
   const auto now = ko::Clock::now();
-  xMoveBody(now);
-  xRunLasers(now);
+  const State moved = xMove(now);
+  context.surroundings->setMoment({moved.pose, moved.people});
+  motion->setRobotVelocity(moved.velocity);
+  std::set<std::string> touched = touch.update(moved.contact);
+  {
+    Lock lock(mutex);
+    state.touched.swap(touched);
+  }
+  if (laserBeat.isDue(now)) xRunLasers(now);
+  if (blindZoneBeat.isDue(now)) {
+    for (const auto& blindZone : blindZones) blindZone->measure(now);
+  }
+  if (peopleUnit && peopleBeat.isDue(now)) peopleUnit->report(now);
 }
 
-void RobotWorld::xMoveBody(ko::Clock::time_point now) {
+RobotWorld::State RobotWorld::xMove(ko::Clock::time_point now) {
   Lock lock(mutex);
-  body.move(now - steppedAt, state.people);
+  const ko::Duration elapsed = now - steppedAt;
   steppedAt = now;
+  body.move(elapsed, crowd.getPositions());
+  crowd.walk(elapsed, Math::position2DFromPose2D(body.getPose()));
   state.pose = body.getPose();
   state.velocity = body.getVelocity();
   state.odometry = body.getOdometry();
+  state.contact = body.getContact();
   state.collisionCount = body.getCollisionCount();
-  motion->setRobotVelocity(state.velocity);
-  context.surroundings->setMoment({state.pose, state.people});
+  state.people = crowd.getPositions();
+  return state;
 }
 
 void RobotWorld::xRunLasers(ko::Clock::time_point now) {
-  if (now < lasersDue) return;
-  lasersDue = std::max(lasersDue + context.options.laserPeriod, now);
   for (const auto& [modeKey, group] : laserGroups) {
     const int mode = context.memory->getStore().getData(modeKey).toInt32();
     for (const auto& laser : group.lasers) laser->scan(mode, now);
   }
+}
+
+bool RobotWorld::Beat::isDue(ko::Clock::time_point now) {
+  if (now < next) return false;
+  // Those that were missed are not made up.
+  next = std::max(next + period, now);
+  return true;
 }
 
 }  // namespace QV::robot

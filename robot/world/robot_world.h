@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -14,9 +15,14 @@
 #include "platform/middleware/qv_module.h"
 #include "robot/services/device_manager.h"
 #include "robot/services/laser_mode_actuator.h"
+#include "robot/services/video_device.h"
+#include "robot/world/blind_zone_unit.h"
 #include "robot/world/body.h"
+#include "robot/world/crowd.h"
 #include "robot/world/laser_unit.h"
+#include "robot/world/people_unit.h"
 #include "robot/world/robot_description.h"
+#include "robot/world/touch_units.h"
 #include "robot/world/unit_context.h"
 
 namespace QV::robot {
@@ -31,6 +37,8 @@ class RobotWorld : public QVModule {
     Math::Pose2D pose;
     Math::Pose2D velocity;
     Math::Pose2D odometry;
+    /** Where the body touches something, in the root link's frame. */
+    std::optional<float> contact;
     std::set<std::string> touched;
     std::size_t collisionCount = 0;
     People people;
@@ -58,9 +66,19 @@ class RobotWorld : public QVModule {
   void xRegisterServices(const RobotDescription& description,
                          const boost::shared_ptr<QVBroker>& broker);
   void xAddLasers(const boost::shared_ptr<QVBroker>& broker);
+  void xAddCameras(VideoDevice& video);
+  void xAddBlindZones();
   void xStep();
-  void xMoveBody(ko::Clock::time_point now);
+  State xMove(ko::Clock::time_point now);
   void xRunLasers(ko::Clock::time_point now);
+
+  /** Says when something that is done once a period is due. */
+  struct Beat {
+    const ko::Duration period;
+    ko::Clock::time_point next = ko::Clock::time_point();
+
+    bool isDue(ko::Clock::time_point now);
+  };
 
   /** The lasers that share an operation mode. */
   struct LaserGroup {
@@ -73,13 +91,19 @@ class RobotWorld : public QVModule {
   const boost::shared_ptr<DeviceManager> devices;
   const boost::shared_ptr<FaultPlan> faults;
   const UnitContext context;
+  TouchUnits touch;
   std::map<std::string, LaserGroup> laserGroups;
+  std::vector<std::unique_ptr<BlindZoneUnit>> blindZones;
+  std::unique_ptr<PeopleUnit> peopleUnit;
 
   mutable std::mutex mutex;
   Body body;
+  Crowd crowd;
   State state;
   ko::Clock::time_point steppedAt;
-  ko::Clock::time_point lasersDue;
+  Beat laserBeat;
+  Beat blindZoneBeat;
+  Beat peopleBeat;
   ko::PeriodicTask task;
 };
 

@@ -29,18 +29,10 @@ float distanceBetween(const Math::Position2D& a, const Math::Position2D& b) {
 }
 
 float castToPerson(const Ray& ray, const Math::Position2D& person) {
-  const float x = person.x - ray.origin.x;
-  const float y = person.y - ray.origin.y;
-  const float speed = std::hypot(ray.direction.x, ray.direction.y);
-  if (speed < kSteep) return kNothing;
-  const float along = (x * ray.direction.x + y * ray.direction.y) / speed;
-  const float aside = (x * ray.direction.y - y * ray.direction.x) / speed;
-  constexpr float kRadius = Scene::kPersonRadius;
-  if (along < 0.0f || std::abs(aside) > kRadius) return kNothing;
-  const float distance =
-      std::max(0.0f, along - std::sqrt(kRadius * kRadius - aside * aside)) / speed;
-  const float height = ray.at(distance).z;
-  return height >= 0.0f && height <= Scene::kPersonHeight ? distance : kNothing;
+  const auto inside = clipPerson(ray, person);
+  if (!inside) return kNothing;
+  const float height = ray.at(inside->from).z;
+  return height >= 0.0f && height <= kPersonHeight ? inside->from : kNothing;
 }
 
 /** The nearest position of a cell, in cells. */

@@ -7,11 +7,10 @@
 #include "platform/math/position.h"
 #include "platform/navigation/occupancy_map.h"
 #include "robot/world/block.h"
+#include "robot/world/person.h"
 #include "robot/world/world_options.h"
 
 namespace QV::robot {
-
-typedef std::vector<Math::Position2D> People;
 
 /**
  * What stands around the robot: the walls of the map, boxes, a floor at height 0 with holes, and
@@ -21,8 +20,6 @@ class Scene {
  public:
   /** Occupancies above this are solid. */
   static constexpr float kSolidAbove = 0.4f;
-  static constexpr float kPersonRadius = 0.2f;
-  static constexpr float kPersonHeight = 1.7f;
 
   /** Sizes that are not positive and numbers that are not finite throw std::invalid_argument. */
   Scene(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options);
