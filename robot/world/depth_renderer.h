@@ -5,6 +5,7 @@
 
 #include <opencv2/core.hpp>
 
+#include "platform/api.h"
 #include "platform/math/transform.h"
 #include "robot/world/scene.h"
 
@@ -26,7 +27,7 @@ struct DepthOptics {
  * ahead. The camera's frame looks along x, z up; it may look up or down, a tilt to the side is
  * ignored. For one thread at a time.
  */
-class DepthRenderer {
+class QV_API DepthRenderer {
  public:
   /** `scene` must outlive it. */
   DepthRenderer(const Scene& scene, const DepthOptics& optics);
