@@ -50,6 +50,16 @@ Scans reference(const cv::Mat_<std::uint16_t>& depth) {
   return scans;
 }
 
+/** The frames, and once more each without 56 of 80 columns: 70 % and more have no depth. */
+std::vector<test::DepthFrame> withThinned(std::vector<test::DepthFrame> frames) {
+  for (std::size_t i = 0, count = frames.size(); i < count; ++i) {
+    cv::Mat_<std::uint16_t> depth = frames[i].depth.clone();
+    for (int u = 24; u + 56 <= depth.cols; u += 80) depth.colRange(u, u + 56) = 0;
+    frames.push_back({frames[i].name + " thinned", depth});
+  }
+  return frames;
+}
+
 float distance(const Math::Position3D& a, const Math::Position3D& b) {
   return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
 }
@@ -254,7 +264,7 @@ TEST_F(Sensor3DTest, givesItsHandleBackOnceMoreAtItsEndWithoutATrace) {
 }
 
 TEST_F(Sensor3DTest, agreesWithTheSlowWayOnRecordedFrames) {
-  const auto frames = test::loadDepthFrames();
+  const auto frames = withThinned(test::loadDepthFrames());
   if (frames.empty()) GTEST_SKIP() << "QV_DATA does not name the real data";
   make(kHighResolutionModel);
   sut->subscribe("me");
