@@ -21,8 +21,8 @@ endif()
 add_library(qv_options INTERFACE)
 # No contraction: the same sums give the same bits on every machine.
 target_compile_options(qv_options INTERFACE
-  -Wall -Wextra -Wpedantic -Wshadow=local -Wold-style-cast -Wnon-virtual-dtor -Woverloaded-virtual
-  -Werror -ffp-contract=off)
+  -Wall -Wextra -Wpedantic $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wold-style-cast
+  -Wnon-virtual-dtor -Woverloaded-virtual -Werror -ffp-contract=off)
 if(QV_SANITIZE)
   target_compile_options(qv_options INTERFACE
     -fsanitize=${QV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
