@@ -10,6 +10,7 @@
 #include <boost/thread/lock_types.hpp>
 
 #include "platform/ko/log.h"
+#include "sensor/core/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {
@@ -293,6 +294,7 @@ void SensorManager::xGather(const Sensor& sensor, Records& records) const {
   } catch (const std::exception& exception) {
     // One line when a sensor begins to fail, not one for each cycle that it goes on.
     if (!xChangesGathering(sensor.getName(), false)) return;
+    const SensorScope scope(sensor.getName());
     ko::log::error(kCategory, "xUpdateData")
         << "Unable to gather the data of " << sensor.getName() << ": " << exception.what();
   }

@@ -11,6 +11,7 @@
 #include "platform/model/model_utils.h"
 #include "platform/model/number_text.h"
 #include "platform/model/robot.h"
+#include "sensor/core/sensor_scope.h"
 #include "sensor/perception/people_perception_sensor.h"
 #include "sensor/perception/sensor_3d.h"
 #include "sensor/perception/touch_sensor.h"
@@ -102,6 +103,7 @@ void RealSensorManager::xInitSensors() {
 }
 
 void RealSensorManager::xCreate(const Factory& factory, const Blueprint& blueprint) {
+  const SensorScope scope(blueprint.config.name);
   try {
     (this->*factory.create)(blueprint);
   } catch (const std::exception& exception) {
