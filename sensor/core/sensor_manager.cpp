@@ -293,10 +293,11 @@ void SensorManager::xGather(const Sensor& sensor, Records& records) const {
     xChangesGathering(sensor.getName(), true);
   } catch (const std::exception& exception) {
     // One line when a sensor begins to fail, not one for each cycle that it goes on.
-    if (!xChangesGathering(sensor.getName(), false)) return;
-    const SensorScope scope(sensor.getName());
+    const std::string name = sensor.getName();
+    if (!xChangesGathering(name, false)) return;
+    const SensorScope scope(name);
     ko::log::error(kCategory, "xUpdateData")
-        << "Unable to gather the data of " << sensor.getName() << ": " << exception.what();
+        << "Unable to gather the data of " << name << ": " << exception.what();
   }
 }
 
