@@ -9,31 +9,16 @@
 #include "apps/commands/commands.h"
 #include "apps/interrupt.h"
 #include "apps/usage_error.h"
+#include "platform/ko/log.h"
 
 namespace QV::app {
 namespace {
 
 constexpr int kFailure = 2;
 
-// Text may come from a file: nothing in it may act on a terminal.
-std::string printable(const std::string& text) {
-  static const char digits[] = "0123456789abcdef";
-  std::string result;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '\n') {
-      result += ' ';
-    } else if (byte < 0x20 || byte == 0x7f) {
-      result.append("\\x").append(1, digits[byte / 16]).append(1, digits[byte % 16]);
-    } else {
-      result += c;
-    }
-  }
-  return result;
-}
-
 int fail(const std::string& message) {
-  std::cerr << "qvsensors: " << printable(message) << '\n';
+  // It may quote a file: nothing in it may act on a terminal.
+  std::cerr << "qvsensors: " << ko::log::onOneLine(message) << '\n';
   return kFailure;
 }
 

@@ -14,7 +14,6 @@ namespace QV::app {
 
 std::string CommonOptions::mapPath() const {
   if (!map) return findSharedFile("maps/apartment.yaml");
-  if (map->empty()) throw UsageError("--map: a file expected, an empty name given");
   return *map;
 }
 
@@ -22,6 +21,10 @@ std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manag
   const std::set<std::string> names(subscriptions.begin(), subscriptions.end());
   checkNames(manager, names);
   return names.empty() ? manager.getFamilyNames() : names;
+}
+
+std::string namesAFile(const std::string& path) {
+  return path.empty() ? "a file expected, an empty name given" : "";
 }
 
 void addKind(CLI::App& command, CommonOptions& options) {
@@ -32,9 +35,10 @@ void addKind(CLI::App& command, CommonOptions& options) {
 }
 
 void addMap(CLI::App& command, CommonOptions& options) {
-  command.add_option(
-      "--map", options.map,
-      "map_server map: a YAML file beside its PGM or PNG (default: the project's own)");
+  command
+      .add_option("--map", options.map,
+                  "map_server map: a YAML file beside its PGM or PNG (default: the project's own)")
+      ->check(namesAFile);
 }
 
 void addSubscriptions(CLI::App& command, CommonOptions& options) {

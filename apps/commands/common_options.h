@@ -24,6 +24,9 @@ struct CommonOptions {
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };
 
+/** A check of an option's value: what is wrong with an empty one, nothing for any other. */
+std::string namesAFile(const std::string& path);
+
 void addKind(CLI::App& command, CommonOptions& options);
 void addMap(CLI::App& command, CommonOptions& options);
 void addSubscriptions(CLI::App& command, CommonOptions& options);

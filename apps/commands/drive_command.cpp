@@ -143,8 +143,9 @@ void addDriveCommand(CLI::App& program) {
   command->add_option("--speed", options->speed, "m/s")->capture_default_str();
   command->add_option("--turn-speed", options->turnSpeed, "rad/s, on the spot at each corner")
       ->capture_default_str();
-  command->add_option("-o,--output", options->output, "file for the records, one JSON per line");
-  command->add_option("--picture", options->picture, "PNG of the run");
+  command->add_option("-o,--output", options->output, "file for the records, one JSON per line")
+      ->check(namesAFile);
+  command->add_option("--picture", options->picture, "PNG of the run")->check(namesAFile);
   command->callback([options] { drive(*options); });
 }
 

@@ -99,7 +99,8 @@ void addListCommand(CLI::App& program) {
   command
       ->add_option("--robot", *description,
                    "robot description (URDF): its sensors, families and collision shapes")
-      ->excludes("--kind");
+      ->excludes("--kind")
+      ->check(namesAFile);
   command->callback([options, description] {
     if (description->empty()) {
       listKind(*options);

@@ -10,6 +10,8 @@
 namespace QV::robot {
 namespace {
 
+// Radians; no lens makes a plane of half a turn.
+constexpr float kWidestField = 3.0f;
 constexpr double kFalseShare = 0.6;
 constexpr int kLost = std::numeric_limits<int>::min();
 constexpr std::size_t kNoiseCount = 1 << 16;
@@ -19,7 +21,10 @@ constexpr std::uint16_t kMostDepth = 15000;
 constexpr std::uint16_t kNoDepth = 65535;
 
 DepthOptics opticsOf(const Model::SensorConfig& config) {
-  return {numberOf(config, "horizontalAngularRange"), numberOf(config, "verticalAngularRange"),
+  const auto fieldOf = [&](const char* property) {
+    return std::min(angleOf(config, property), kWidestField);
+  };
+  return {fieldOf("horizontalAngularRange"), fieldOf("verticalAngularRange"),
           numberOf(config, "minimumDetectionDistance"),
           numberOf(config, "maximumDetectionDistance")};
 }

@@ -22,7 +22,7 @@ PeopleUnit::PeopleUnit(const Model::SensorConfig& camera, const std::string& cam
                        int cameraIndex, const UnitContext& context)
     : frame(cameraName),
       cameraIndex(cameraIndex),
-      halfFOV(0.5f * numberOf(camera, "horizontalAngularRange")),
+      halfFOV(0.5f * angleOf(camera, "horizontalAngularRange")),
       maxRange(numberOf(camera, "maximumDetectionDistance")),
       context(context),
       noise(context.options, kPeoplePerception),
