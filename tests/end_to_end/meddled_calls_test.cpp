@@ -95,10 +95,13 @@ class Scenario {
   }
   bool wasMeddledWith() const { return platform->hasMeddled(); }
 
+  /** What never waits for hardware. */
   void read() {
     if (!module) return;
     manager().getMetricalData();
     manager().getMetricalData({"Laser", "BackSonar"});
+    manager().getEnabledSensorList();
+    manager().isSensorStarted("FrontLaser");
   }
 
   test::LogCapture log;

@@ -39,19 +39,16 @@ class MeddlingBroker : public QVBroker {
   QVValue call(const std::string& module, const std::string& method,
                QVArguments arguments) override {
     if (meddles(module + "." + method)) throw QVError(module, method, "meddled with");
-    const QVValue result = robot->call(module, method, arguments);
-    note(module, method, arguments, result);
+    QVValue result = robot->call(module, method, arguments);
+    note(module, method, arguments);
     return result;
   }
 
-  /** How often `what`, a name or a handle, is subscribed at a module; of all of them without. */
-  int countSubscriptions(const std::string& module, const std::string& what = "") const {
+  /** How often a name is subscribed at a module. */
+  int countSubscriptions(const std::string& module, const std::string& name) const {
     std::lock_guard<std::mutex> lock(mutex);
-    int sum = 0;
-    for (const auto& [key, held] : subscriptions) {
-      if (key.first == module && (what.empty() || key.second == what)) sum += held;
-    }
-    return sum;
+    const auto found = subscriptions.find({module, name});
+    return found == subscriptions.end() ? 0 : found->second;
   }
 
  private:
@@ -61,13 +58,13 @@ class MeddlingBroker : public QVBroker {
     return meddling(call);
   }
 
-  void note(const std::string& module, const std::string& method, QVArguments arguments,
-            const QVValue& result) {
-    if (arguments.empty() || !arguments[0].isString()) return;
-    const std::string& what = result.isString() ? result.toString() : arguments[0].toString();
+  void note(const std::string& module, const std::string& method, QVArguments arguments) {
+    const int change = method.starts_with("subscribe")     ? 1
+                       : method.starts_with("unsubscribe") ? -1
+                                                           : 0;
+    if (change == 0) return;
     std::lock_guard<std::mutex> lock(mutex);
-    if (method.starts_with("subscribe")) ++subscriptions[{module, what}];
-    if (method.starts_with("unsubscribe")) --subscriptions[{module, what}];
+    subscriptions[{module, arguments[0].toString()}] += change;
   }
 
   const boost::shared_ptr<QVBroker> robot;
