@@ -27,8 +27,8 @@ inline boost::shared_ptr<OccupancyMap> bareRoom() {
 }
 
 /**
- * The project's own robot in a bare room, pressing its back against a wall: once it has had 200 ms,
- * every sensor has something to report, a person at 2 m among it. Over the broker that is given.
+ * The project's own robot in a bare room, its back to a wall and a person 2 m ahead, over the
+ * broker that is given. 200 ms after it leans back, every sensor has something to report.
  */
 class Porter {
  public:
@@ -36,9 +36,9 @@ class Porter {
                   robot::RobotDescription given = describe())
       : description(std::move(given)),
         broker(broker),
-        robot(description, bareRoom(), options(), broker) {
-    robot.setVelocity(-0.5f, 0.0f, 0.0f);
-  }
+        robot(description, bareRoom(), options(), broker) {}
+
+  void leanBack() { robot.setVelocity(-0.5f, 0.0f, 0.0f); }
 
   static robot::RobotDescription describe() {
     return robot::RobotDescription::fromFile(app::findSharedFile("descriptions/porter.urdf"));

@@ -109,6 +109,7 @@ TEST_F(NavigationModuleTest, refusesWhatIsNoName) {
 TEST_F(NavigationModuleTest, passesEventsOnToTheSensorsThatHandleThem) {
   host();
   navigation().callVoid("subscribe", "planner", Names{"Touch", "PeoplePerception"});
+  porter.leanBack();
   time.advance(milliseconds(200));
   EXPECT_EQ(namesOf(readThroughTheBroker("Touch")), Names{"BackBumper"});
   const auto people = readThroughTheBroker("PeoplePerception");
