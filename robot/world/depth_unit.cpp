@@ -50,7 +50,8 @@ DepthUnit::DepthUnit(const Model::SensorConfig& config, const UnitContext& conte
     : sensor(config.name),
       context(context),
       renderer(context.surroundings->getScene(), opticsOf(config)),
-      generator(makeGenerator(context.options.seed, config.name + " frames")),
+      noiseStart(makeGenerator(context.options.seed, config.name + " frames")),
+      nonsense(makeGenerator(context.options.seed, config.name + " garbage")),
       noise(drawNoise(context.options, config.name)),
       channel(
           context.faults, config.name, [this](const Frame& frame) { return xGarble(frame); },
@@ -67,7 +68,7 @@ void DepthUnit::show(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time
 }
 
 void DepthUnit::xAddNoise(Frame& frame) {
-  std::size_t next = generator();
+  std::size_t next = noiseStart();
   for (std::uint16_t& pixel : frame) {
     const int error = noise[next++ % kNoiseCount];
     if (pixel == 0) continue;
@@ -78,7 +79,7 @@ void DepthUnit::xAddNoise(Frame& frame) {
 // Depths that no reader takes for one are few: some readers log each.
 DepthUnit::Frame DepthUnit::xGarble(const Frame& frame) {
   Frame garbled(frame.size());
-  for (std::uint16_t& pixel : garbled) pixel = static_cast<std::uint16_t>(generator() % kMostDepth);
+  for (std::uint16_t& pixel : garbled) pixel = static_cast<std::uint16_t>(nonsense() % kMostDepth);
   garbled(0, 0) = kNoDepth;
   return garbled;
 }

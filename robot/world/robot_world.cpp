@@ -174,6 +174,8 @@ void RobotWorld::xStep() {
   const State moved = xMove(now);
   context.surroundings->setMoment({moved.pose, moved.people});
   motion->setRobotVelocity(moved.velocity);
+  // Measured anew, as on a robot whose history of postures reaches a second back.
+  motion->setGroundPose(Math::Transform());
   std::set<std::string> touched = touch.update(moved.contact);
   {
     Lock lock(mutex);

@@ -357,7 +357,7 @@ TEST_F(EmbeddedRobotTest, itsServicesOutliveItAndTheBodyStandsStill) {
 
 TEST_F(EmbeddedRobotTest, isCommandedAndAskedFromManyThreadsWhileItRuns) {
   world.randomPeople = 1;
-  robot();
+  robot().setVelocity(0.3f, 0.0f, 0.3f);
   std::latch started(3);
   std::atomic<bool> done{false};
   const auto meddle = [&] {
