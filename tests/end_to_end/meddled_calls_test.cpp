@@ -297,8 +297,9 @@ TEST(MeddledCalls, aReaderOfTheCacheNeverWaitsForACallThatIsSlow) {
     SCOPED_TRACE(number);
     sut.run();
     // Events may come after the module has gone, and before it has unsubscribed.
-    EXPECT_THAT(sut.log.lines(ko::log::Level::warning),
-                testing::Each(testing::HasSubstr("QVNavigation::_onPeopleDetected: no such module")));
+    EXPECT_THAT(
+        sut.log.lines(ko::log::Level::warning),
+        testing::Each(testing::HasSubstr("QVNavigation::_onPeopleDetected: no such module")));
     if (!sut.wasMeddledWith()) return;
   }
 }
