@@ -19,8 +19,8 @@ namespace QV::robot {
 /**
  * Shows the depth, in millimetres and 0 where there is none, that a camera sees at `time`. `depth`
  * comes in the size that is wanted; a frame of another size may take its place and is sampled to
- * that size (nearest pixel), an empty one says that there is nothing to see yet. An older frame says
- * its own `time`. What it throws is the error of the client that asked.
+ * that size (nearest pixel), an empty one says that there is nothing to see yet. An older frame
+ * says its own `time`. What it throws is the error of the client that asked.
  */
 typedef boost::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time)>
     FrameSource;

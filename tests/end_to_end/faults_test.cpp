@@ -62,6 +62,18 @@ typedef std::vector<Reading> Readings;
 /** What each sensor of the manager, and each bumper, read over the cycles of a run. */
 typedef std::map<std::string, Readings> Outcome;
 
+/** A free square of 6 m whose walls are the outermost cells. */
+boost::shared_ptr<OccupancyMap> bareRoom() {
+  auto map = boost::make_shared<OccupancyMap>(60, 60, 0.1f, Math::Pose2D(), 0.0f);
+  for (int i = 0; i < 60; ++i) {
+    for (int edge : {0, 59}) {
+      map->setOccupancy(i, edge, 1.0f);
+      map->setOccupancy(edge, i, 1.0f);
+    }
+  }
+  return map;
+}
+
 /** Between two kerbs, one before and one behind, and somebody who walks to and fro. */
 robot::WorldOptions makeWorld() {
   robot::WorldOptions world;
@@ -77,7 +89,7 @@ robot::WorldOptions makeWorld() {
 Outcome runWithFaultsOf(const std::string& faulty, bool withDepth) {
   ko::SimulatedTime time;
   test::LogCapture log;
-  robot::EmbeddedRobot porter(test::Porter::describe(), test::bareRoom(), makeWorld());
+  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
   const auto module = boost::make_shared<sensor::NavigationModule>(porter.getBroker());
   const ScopedModule registered(porter.getBroker(), module);
   sensor::SensorManager& manager = module->getManager();
@@ -217,14 +229,14 @@ INSTANTIATE_TEST_SUITE_P(EverySensor, FaultsTest, testing::ValuesIn(kFaultySenso
                          [](const auto& parameter) { return std::string(parameter.param); });
 
 TEST(Faults, areThereForEverySensor) {
-  robot::EmbeddedRobot porter(test::Porter::describe(), test::bareRoom(), makeWorld());
+  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
   EXPECT_THAT(porter.getFaultySensors(), testing::ElementsAreArray(kFaultySensors));
 }
 
 TEST(Faults, aLaserThatIsOffStartsOnlyWhenItIsBackAndCalledSoundAgain) {
   ko::SimulatedTime time;
   test::LogCapture log;
-  robot::EmbeddedRobot porter(test::Porter::describe(), test::bareRoom(), makeWorld());
+  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
   sensor::RealSensorManager manager(porter.getBroker());
   porter.setFault("FrontLaser", FaultKind::off);
   time.advance(milliseconds(100));

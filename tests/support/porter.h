@@ -11,24 +11,13 @@
 #include "platform/middleware/qv_proxy.h"
 #include "platform/model/number_text.h"
 #include "robot/world/embedded_robot.h"
+#include "tests/robot/world/room.h"
 
 namespace QV::test {
 
-/** A free square of 6 m whose walls are the outermost cells. */
-inline boost::shared_ptr<OccupancyMap> bareRoom() {
-  auto map = boost::make_shared<OccupancyMap>(60, 60, 0.1f, Math::Pose2D(), 0.0f);
-  for (int i = 0; i < 60; ++i) {
-    for (int edge : {0, 59}) {
-      map->setOccupancy(i, edge, 1.0f);
-      map->setOccupancy(edge, i, 1.0f);
-    }
-  }
-  return map;
-}
-
 /**
- * The project's own robot in a bare room, pressing its back against a wall: once it has had 200 ms,
- * every sensor has something to report, a person at 2 m among it. Over the broker that is given.
+ * The project's own robot in a room, its back to a wall and a person 2 m ahead, over the
+ * broker that is given. 200 ms after it leans back, every sensor has something to report.
  */
 class Porter {
  public:
@@ -36,9 +25,9 @@ class Porter {
                   robot::RobotDescription given = describe())
       : description(std::move(given)),
         broker(broker),
-        robot(description, bareRoom(), options(), broker) {
-    robot.setVelocity(-0.5f, 0.0f, 0.0f);
-  }
+        robot(description, makeRoom(), options(), broker) {}
+
+  void leanBack() { robot.setVelocity(-0.5f, 0.0f, 0.0f); }
 
   static robot::RobotDescription describe() {
     return robot::RobotDescription::fromFile(app::findSharedFile("descriptions/porter.urdf"));
@@ -58,8 +47,9 @@ class Porter {
  private:
   static robot::WorldOptions options() {
     robot::WorldOptions options;
-    options.start = {0.4f, 3.0f, 0.0f};
-    options.people = {{{{2.4f, 3.0f}}}};
+    options.stepPeriod = boost::chrono::milliseconds(100);
+    options.start = {0.3f, 3.0f, 0.0f};
+    options.people = {{{{2.3f, 3.0f}}}};
     return options;
   }
 

@@ -59,6 +59,8 @@ class RealWorld : public World {
 struct Implementation {
   std::string name;
   std::function<std::unique_ptr<World>()> make;
+
+  friend void PrintTo(const Implementation& self, std::ostream* stream) { *stream << self.name; }
 };
 
 class SensorManagerConformance : public testing::TestWithParam<Implementation> {

@@ -1,5 +1,8 @@
 #include "sensor/hosting/navigation_module.h"
 
+#include <latch>
+#include <thread>
+
 #include <gmock/gmock.h>
 
 #include "platform/ko/simulated_time.h"
@@ -109,6 +112,7 @@ TEST_F(NavigationModuleTest, refusesWhatIsNoName) {
 TEST_F(NavigationModuleTest, passesEventsOnToTheSensorsThatHandleThem) {
   host();
   navigation().callVoid("subscribe", "planner", Names{"Touch", "PeoplePerception"});
+  porter.leanBack();
   time.advance(milliseconds(200));
   EXPECT_EQ(namesOf(readThroughTheBroker("Touch")), Names{"BackBumper"});
   const auto people = readThroughTheBroker("PeoplePerception");
@@ -128,6 +132,27 @@ TEST_F(NavigationModuleTest, itsEndLeavesNoHardwareOnAndLetsTheBrokerGo) {
   EXPECT_THAT(porter.cameraHandles(), IsEmpty());
   EXPECT_FALSE(porter.isLaserOn("FrontLaser"));
   EXPECT_EQ(broker.use_count(), others);
+}
+
+TEST_F(NavigationModuleTest, endsWhileOthersCallIt) {
+  host();
+  std::latch calling(2);
+  const auto callUntilItIsGone = [&](const std::string& subscriber) {
+    const QVProxy sensors = navigation();
+    calling.count_down();
+    EXPECT_THAT(errorOf([&] {
+                  for (;;) {
+                    sensors.callVoid("subscribe", subscriber, "Sonar");
+                    sensors.callVoid("getMetricalData", "Sonar");
+                  }
+                }),
+                HasSubstr("no such module"));
+  };
+  std::thread callers[] = {std::thread(callUntilItIsGone, "a"),
+                           std::thread(callUntilItIsGone, "b")};
+  calling.wait();
+  letGo();
+  for (auto& caller : callers) caller.join();
 }
 
 TEST_F(NavigationModuleTest, keepsTheLastTroubleOfEachSensor) {
