@@ -4,6 +4,8 @@
 #include <cmath>
 #include <limits>
 
+#include "robot/world/generator.h"
+
 namespace QV::robot {
 namespace {
 
@@ -29,7 +31,8 @@ BlindZoneUnit::BlindZoneUnit(const Model::SensorConfig& config, const UnitContex
 void BlindZoneUnit::measure(ko::Clock::time_point now) {
   const float detected = std::isinf(fan.measureNearest()) ? 0.0f : 1.0f;
   const auto sample = channel.pass(detected, now);
-  context.memory->getStore().insertData(key, sample ? QVValue(sample->value) : QVValue());
+  if (!sample) return context.withdraw(key);
+  context.memory->getStore().insertData(key, sample->value);
 }
 
 }  // namespace QV::robot

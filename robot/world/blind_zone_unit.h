@@ -1,10 +1,10 @@
 #pragma once
 
+#include <random>
 #include <string>
 
 #include "robot/world/fault_channel.h"
 #include "robot/world/range_fan.h"
-#include "robot/world/range_noise.h"
 #include "robot/world/unit_context.h"
 
 namespace QV::robot {

@@ -5,7 +5,7 @@
 #include <numbers>
 #include <stdexcept>
 
-#include "robot/world/range_noise.h"
+#include "robot/world/generator.h"
 
 namespace QV::robot {
 namespace {

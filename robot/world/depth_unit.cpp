@@ -4,8 +4,9 @@
 #include <cmath>
 #include <limits>
 
-#include "robot/world/range_fan.h"
+#include "robot/world/generator.h"
 #include "robot/world/range_noise.h"
+#include "robot/world/sensor_properties.h"
 
 namespace QV::robot {
 namespace {

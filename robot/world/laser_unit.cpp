@@ -6,6 +6,8 @@
 #include <limits>
 
 #include "robot/services/sensor_types.h"
+#include "robot/world/generator.h"
+#include "robot/world/sensor_properties.h"
 
 namespace QV::robot {
 namespace {
@@ -14,11 +16,6 @@ constexpr int kModeBits = 0xff;
 constexpr float kFalseShare = 0.6f;
 // What lies lower than this is no floor to drive on.
 constexpr float kFloorTolerance = 0.02f;
-
-std::string textOf(const Model::SensorConfig& config, const std::string& property) {
-  const auto found = config.properties.find(property);
-  return found == config.properties.end() ? std::string() : found->second;
-}
 
 bool isHoleLaser(const Model::SensorConfig& config) {
   return config.type == kHoleLaserType;

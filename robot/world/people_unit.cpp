@@ -3,6 +3,9 @@
 #include <algorithm>
 #include <cmath>
 
+#include "robot/world/generator.h"
+#include "robot/world/sensor_properties.h"
+
 namespace QV::robot {
 namespace {
 
@@ -37,6 +40,7 @@ PeopleUnit::PeopleUnit(const Model::SensorConfig& camera, const std::string& cam
             }
             return moved;
           }) {
+  context.surroundings->frameInGround(frame);
   context.memory->getStore().declare(kEvent);
 }
 

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <optional>
+#include <random>
 #include <string>
 #include <vector>
 
 #include "robot/world/fault_channel.h"
-#include "robot/world/range_fan.h"
 #include "robot/world/range_noise.h"
 #include "robot/world/unit_context.h"
 
@@ -18,6 +19,7 @@ namespace QV::robot {
  */
 class PeopleUnit {
  public:
+  /** A camera whose name is that of no frame: std::invalid_argument. */
   PeopleUnit(const Model::SensorConfig& camera, const std::string& cameraName, int cameraIndex,
              const UnitContext& context);
 

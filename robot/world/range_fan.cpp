@@ -3,27 +3,10 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
-#include <numbers>
 
-#include "platform/middleware/qv_value.h"
-#include "platform/model/number_text.h"
+#include "robot/world/sensor_properties.h"
 
 namespace QV::robot {
-
-float numberOf(const Model::SensorConfig& config, const std::string& property) {
-  const auto found = config.properties.find(property);
-  if (found == config.properties.end()) return 0.0f;
-  const auto number = static_cast<float>(Model::atofC(found->second));
-  return std::isfinite(number) ? number : 0.0f;
-}
-
-int integerOf(const Model::SensorConfig& config, const std::string& property) {
-  return QVValue(numberOf(config, property)).toInt32();
-}
-
-float angleOf(const Model::SensorConfig& config, const std::string& property) {
-  return std::clamp(numberOf(config, property), 0.0f, 2.0f * std::numbers::pi_v<float>);
-}
 
 RangeFan::RangeFan(const Model::SensorConfig& config, std::size_t rayCount,
                    boost::shared_ptr<const Surroundings> surroundings)

@@ -3,15 +3,9 @@
 #include <algorithm>
 #include <limits>
 
-namespace QV::robot {
+#include "robot/world/generator.h"
 
-std::mt19937 makeGenerator(std::uint64_t seed, const std::string& source) {
-  std::vector<std::uint32_t> words{static_cast<std::uint32_t>(seed),
-                                   static_cast<std::uint32_t>(seed >> 32)};
-  for (const char c : source) words.push_back(static_cast<unsigned char>(c));
-  std::seed_seq sequence(words.begin(), words.end());
-  return std::mt19937(sequence);
-}
+namespace QV::robot {
 
 RangeNoise::RangeNoise(const WorldOptions& options, const std::string& sensor)
     : deviation(options.rangeNoise),

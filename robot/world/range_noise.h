@@ -1,15 +1,11 @@
 #pragma once
 
-#include <cstdint>
 #include <random>
 #include <string>
 
 #include "robot/world/world_options.h"
 
 namespace QV::robot {
-
-/** The generator of one source of chance; sources of different names differ. */
-std::mt19937 makeGenerator(std::uint64_t seed, const std::string& source);
 
 /** What a real sensor makes of true ranges. For one thread at a time. */
 class RangeNoise {

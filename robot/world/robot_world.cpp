@@ -5,12 +5,15 @@
 #include <stdexcept>
 #include <utility>
 
+#include "platform/middleware/qv_error.h"
 #include "platform/vision/video_codes.h"
 #include "robot/services/robot_model_service.h"
 #include "robot/services/sensor_types.h"
 #include "robot/services/sonar_driver.h"
 #include "robot/world/body_size.h"
 #include "robot/world/depth_unit.h"
+#include "robot/world/generator.h"
+#include "robot/world/sensor_properties.h"
 #include "robot/world/sonar_units.h"
 
 namespace QV::robot {
@@ -23,11 +26,22 @@ Math::Pose2D finite(const char* what, const Math::Pose2D& value) {
   throw std::invalid_argument(std::string("EmbeddedRobot: a finite ") + what + " expected");
 }
 
+/** So that a broker with another robot's services is left as it is. */
+void checkNames(const QVBroker& broker) {
+  for (const char* name : {"EmbeddedRobot", "QVMemory", "DCM", "QVMotion", "QVRobotModel",
+                           "QVSonar", "QVVideoDevice"}) {
+    if (!broker.isModulePresent(name)) continue;
+    throw QVError("EmbeddedRobot", "EmbeddedRobot",
+                  std::string("the broker has a module \"") + name + "\" already");
+  }
+}
+
 UnitContext makeContext(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
                         const boost::shared_ptr<MotionService>& motion,
                         const boost::shared_ptr<FaultPlan>& faults,
                         const boost::shared_ptr<QVBroker>& broker) {
   checkOptions(options);
+  checkNames(*broker);
   return {boost::make_shared<Surroundings>(std::move(map), options, motion), faults,
           boost::make_shared<MemoryService>(broker), options};
 }
@@ -44,6 +58,7 @@ RobotWorld::RobotWorld(const RobotDescription& description,
       faults(boost::make_shared<FaultPlan>(model, ko::Clock::now())),
       context(makeContext(std::move(map), options, motion, faults, broker)),
       touch(model, context),
+      lasers(model, context),
       bodySize(measureBody(model, *motion)),
       body(context.surroundings->getScene(), bodySize, options.start),
       crowd(context.surroundings->getScene(), options, bodySize.radius),
@@ -57,10 +72,11 @@ RobotWorld::RobotWorld(const RobotDescription& description,
     const Math::Pose2D pose = getState().pose;
     return std::vector<float>{pose.x, pose.y, pose.theta};
   });
+  state.people = crowd.getPositions();
   setPose(options.start);
   xSetOdometryErrors();
   xRegisterServices(description, broker);
-  xAddLasers(broker);
+  lasers.connect(broker, devices);
   xAddBlindZones();
   task.setName("EmbeddedRobot");
   task.setPeriod(options.stepPeriod);
@@ -107,10 +123,9 @@ void RobotWorld::xAddCameras(VideoDevice& video) {
   int index = kDepthCamera;
   for (const auto& [name, config] : model.sensorConfigs) {
     if (config.type != kDepthCameraType) continue;
-    const auto named = config.properties.find("cameraName");
     Camera camera;
     camera.index = index;
-    camera.name = named == config.properties.end() ? name : named->second;
+    camera.name = textOf(config, "cameraName").empty() ? name : textOf(config, "cameraName");
     camera.modelCode = integerOf(config, "modelCode");
     camera.horizontalFOV = angleOf(config, "horizontalAngularRange");
     camera.verticalFOV = angleOf(config, "verticalAngularRange");
@@ -130,23 +145,6 @@ void RobotWorld::xAddBlindZones() {
   }
 }
 
-void RobotWorld::xAddLasers(const boost::shared_ptr<QVBroker>& broker) {
-  for (const auto& [name, config] : model.sensorConfigs) {
-    if (!isLaserType(config.type) || !LaserUnit::isComplete(config)) continue;
-    const auto laser = boost::make_shared<LaserUnit>(config, context);
-    laserGroups[laser->getModeKey()].lasers.push_back(laser);
-  }
-  for (auto& [modeKey, group] : laserGroups) {
-    // A laser confirms its mode when its first scan is there.
-    const auto scanAll = [lasers = group.lasers](int mode) {
-      for (const auto& laser : lasers) laser->scan(mode, ko::Clock::now());
-    };
-    group.actuator =
-        std::make_unique<LaserModeActuator>(broker, devices, group.lasers[0]->getActuator(),
-                                            modeKey, context.options.laserStart, scanAll);
-  }
-}
-
 RobotWorld::State RobotWorld::getState() const {
   Lock lock(mutex);
   return state;
@@ -163,6 +161,7 @@ void RobotWorld::setPose(const Math::Pose2D& pose) {
   Lock lock(mutex);
   body.setPose(pose);
   state.pose = body.getPose();
+  context.surroundings->setMoment({state.pose, state.people});
 }
 
 void RobotWorld::setJointPositions(const std::map<std::string, double>& positions) {
@@ -172,7 +171,6 @@ void RobotWorld::setJointPositions(const std::map<std::string, double>& position
 void RobotWorld::xStep() {
   const auto now = ko::Clock::now();
   const State moved = xMove(now);
-  context.surroundings->setMoment({moved.pose, moved.people});
   motion->setRobotVelocity(moved.velocity);
   // Measured anew, as on a robot whose history of postures reaches a second back.
   motion->setGroundPose(Math::Transform());
@@ -181,8 +179,8 @@ void RobotWorld::xStep() {
     Lock lock(mutex);
     state.touched.swap(touched);
   }
-  xBreakLasers(now);
-  if (laserBeat.isDue(now)) xRunLasers(now);
+  lasers.update(now);
+  if (laserBeat.isDue(now)) lasers.scan(now);
   if (blindZoneBeat.isDue(now)) {
     for (const auto& blindZone : blindZones) blindZone->measure(now);
   }
@@ -201,23 +199,8 @@ RobotWorld::State RobotWorld::xMove(ko::Clock::time_point now) {
   state.contact = body.getContact();
   state.collisionCount = body.getCollisionCount();
   state.people = crowd.getPositions();
+  context.surroundings->setMoment({state.pose, state.people});
   return state;
-}
-
-// A laser that is off confirms no mode.
-void RobotWorld::xBreakLasers(ko::Clock::time_point now) {
-  for (auto& [modeKey, group] : laserGroups) {
-    int bits = 0;
-    for (const auto& laser : group.lasers) bits |= laser->isOff(now) ? laser->getModeBits() : 0;
-    if (std::exchange(group.deadBits, bits) != bits) group.actuator->setDeadBits(bits);
-  }
-}
-
-void RobotWorld::xRunLasers(ko::Clock::time_point now) {
-  for (const auto& [modeKey, group] : laserGroups) {
-    const int mode = context.memory->getStore().getData(modeKey).toInt32();
-    for (const auto& laser : group.lasers) laser->scan(mode, now);
-  }
 }
 
 bool RobotWorld::Beat::isDue(ko::Clock::time_point now) {

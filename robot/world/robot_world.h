@@ -14,12 +14,11 @@
 #include "platform/ko/periodic_task.h"
 #include "platform/middleware/qv_module.h"
 #include "robot/services/device_manager.h"
-#include "robot/services/laser_mode_actuator.h"
 #include "robot/services/video_device.h"
 #include "robot/world/blind_zone_unit.h"
 #include "robot/world/body.h"
 #include "robot/world/crowd.h"
-#include "robot/world/laser_unit.h"
+#include "robot/world/laser_units.h"
 #include "robot/world/people_unit.h"
 #include "robot/world/robot_description.h"
 #include "robot/world/touch_units.h"
@@ -66,13 +65,10 @@ class RobotWorld : public QVModule {
   void xRegisterServices(const RobotDescription& description,
                          const boost::shared_ptr<QVBroker>& broker);
   void xSetOdometryErrors();
-  void xAddLasers(const boost::shared_ptr<QVBroker>& broker);
   void xAddCameras(VideoDevice& video);
   void xAddBlindZones();
   void xStep();
   State xMove(ko::Clock::time_point now);
-  void xBreakLasers(ko::Clock::time_point now);
-  void xRunLasers(ko::Clock::time_point now);
 
   /** Says when something that is done once a period is due. */
   struct Beat {
@@ -82,20 +78,13 @@ class RobotWorld : public QVModule {
     bool isDue(ko::Clock::time_point now);
   };
 
-  /** The lasers that share an operation mode. */
-  struct LaserGroup {
-    std::vector<boost::shared_ptr<LaserUnit>> lasers;
-    std::unique_ptr<LaserModeActuator> actuator;
-    int deadBits = 0;
-  };
-
   const Model::Robot model;
   const boost::shared_ptr<MotionService> motion;
   const boost::shared_ptr<DeviceManager> devices;
   const boost::shared_ptr<FaultPlan> faults;
   const UnitContext context;
   TouchUnits touch;
-  std::map<std::string, LaserGroup> laserGroups;
+  LaserUnits lasers;
   std::vector<std::unique_ptr<BlindZoneUnit>> blindZones;
   std::unique_ptr<PeopleUnit> peopleUnit;
 

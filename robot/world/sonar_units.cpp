@@ -8,8 +8,10 @@
 #include "robot/services/sensor_types.h"
 #include "robot/services/sonar_driver.h"
 #include "robot/world/fault_channel.h"
+#include "robot/world/generator.h"
 #include "robot/world/range_fan.h"
 #include "robot/world/range_noise.h"
+#include "robot/world/sensor_properties.h"
 
 namespace QV::robot {
 namespace {
@@ -73,7 +75,7 @@ std::optional<float> SonarUnits::measure(const std::string& sonar) {
   Unit& unit = *units.at(sonar);
   const auto range = unit.measure();
   if (!range) {
-    context.memory->getStore().insertData(unit.getKey(), QVValue());
+    context.withdraw(unit.getKey());
     throw std::runtime_error("the sonar does not answer");
   }
   return std::isinf(*range) ? std::nullopt : range;

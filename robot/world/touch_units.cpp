@@ -6,8 +6,8 @@
 
 #include "robot/services/sensor_types.h"
 #include "robot/world/fault_channel.h"
-#include "robot/world/range_fan.h"
-#include "robot/world/range_noise.h"
+#include "robot/world/generator.h"
+#include "robot/world/sensor_properties.h"
 
 namespace QV::robot {
 namespace {

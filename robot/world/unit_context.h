@@ -1,5 +1,7 @@
 #pragma once
 
+#include <string>
+
 #include <boost/shared_ptr.hpp>
 
 #include "robot/services/memory_service.h"
@@ -15,6 +17,9 @@ struct UnitContext {
   boost::shared_ptr<const FaultPlan> faults;
   boost::shared_ptr<MemoryService> memory;
   WorldOptions options;
+
+  /** Leaves no number in a key; one that somebody is connected to keeps its last. */
+  void withdraw(const std::string& key) const;
 };
 
 }  // namespace QV::robot

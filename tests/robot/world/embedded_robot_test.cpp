@@ -342,6 +342,8 @@ TEST_F(EmbeddedRobotTest, refusesAWorldThatMakesNoSense) {
   EXPECT_THAT(errorWith([](auto& o) { o.stepPeriod = {}; }), HasSubstr("periods above 0"));
   EXPECT_THAT(errorOf([&] { EmbeddedRobot("/no/such.urdf", map); }), HasSubstr("/no/such.urdf"));
   EXPECT_THAT(errorOf([&] { robot().setVelocity(NAN, 0, 0); }), HasSubstr("velocity"));
+  EXPECT_THAT(errorOf([&] { EmbeddedRobot(QV_DESCRIPTIONS "/porter.urdf", map, {}, broker()); }),
+              HasSubstr("has a module \"EmbeddedRobot\" already"));
 }
 
 TEST_F(EmbeddedRobotTest, itsServicesOutliveItAndTheBodyStandsStill) {
