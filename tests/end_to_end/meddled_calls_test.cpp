@@ -1,6 +1,5 @@
 #include <algorithm>
 #include <optional>
-#include <regex>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -36,10 +35,25 @@ constexpr int kStride = 1;
 #endif
 
 // Two points tell as much as the rest, and each costs two calls a cycle.
+std::string withoutKeysOfPoint(std::string xml, const std::string& number) {
+  const std::string end = "</memory_key>";
+  for (auto at = xml.find("/Point" + number); at != std::string::npos;
+       at = xml.find("/Point" + number)) {
+    const auto from = xml.rfind("<memory_key>", at);
+    xml.erase(from, xml.find(end, at) + end.size() - from);
+  }
+  return xml;
+}
+
 const robot::RobotDescription& withShortScans() {
-  static const robot::RobotDescription result(std::regex_replace(
-      test::Porter::describe().xml,
-      std::regex("<memory_key>[^<]*/Point(0[2-9]|1[0-4])/[XY]</memory_key>"), ""));
+  static const robot::RobotDescription result = [] {
+    std::string xml = test::Porter::describe().xml;
+    for (const char* number :
+         {"02", "03", "04", "05", "06", "07", "08", "09", "10", "11", "12", "13", "14"}) {
+      xml = withoutKeysOfPoint(xml, number);
+    }
+    return robot::RobotDescription(xml);
+  }();
   return result;
 }
 
