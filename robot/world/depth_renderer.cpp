@@ -20,9 +20,9 @@ Stretch depthsBetween(float bottom, float top, float up) {
   return {from, to};
 }
 
-/** At most kFarthest, which stands for nothing as well. */
+/** From 0 to kFarthest, which stands for nothing as well. */
 std::uint16_t toMillimetres(float depth) {
-  const float millimetres = depth * kMillimetres + 0.5f;
+  const float millimetres = std::max(0.0f, depth * kMillimetres + 0.5f);
   return millimetres < kFarthest ? static_cast<std::uint16_t>(millimetres) : kFarthest;
 }
 
@@ -100,7 +100,8 @@ void DepthRenderer::xLookAlong(float aside, const People& people) {
   const float length = std::hypot(1.0f, aside);
   const float direction = heading + std::atan(aside);
   // No row looks farther forward than along the line that is level.
-  const float reach = optics.maxDepth * length * std::hypot(1.0f, 0.5f * optics.verticalFOV);
+  const float reach =
+      optics.maxDepth * length * std::hypot(1.0f, std::tan(0.5f * optics.verticalFOV));
   walls.push_back(scene.findWall({position.x, position.y}, direction, reach) / length);
   const Ray ray{position, {std::cos(direction), std::sin(direction), 0.0f}};
   const auto add = [&](std::vector<Piece>& pieces, const std::optional<Stretch>& inside,
