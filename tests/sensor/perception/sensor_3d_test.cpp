@@ -101,6 +101,8 @@ TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
   motion->transform = test::tiltedFrame().toVector();
   sut->subscribe("me");
   time.runDue();
+  EXPECT_THAT(broker->callsTo("QVVideoDevice"),
+              testing::Contains("subscribeCamera[\"Sensor3DDepth\", 2, 8, 17, 11]"));
   const auto records = sut->getData();
   ASSERT_EQ(records.size(), 2u);
   EXPECT_EQ(records[0].points.size(), 768u);
@@ -261,6 +263,31 @@ TEST_F(Sensor3DTest, givesItsHandleBackOnceMoreAtItsEndWithoutATrace) {
   EXPECT_THAT(log.lines(), IsEmpty());
   EXPECT_THAT(broker->callsTo("QVVideoDevice"),
               testing::Contains("unsubscribe[\"Sensor3DDepth_1\"]").Times(2));
+}
+
+TEST_F(Sensor3DTest, aSubscriptionThatFailsLeavesNoHandleToGiveBack) {
+  make();
+  sut->subscribe("me");
+  sut->unsubscribe("me");
+  broker->planFailure("QVVideoDevice.subscribeCamera", "busy");
+  sut->subscribe("me");
+  const auto calls = broker->callsTo("QVVideoDevice");
+  sut.reset();
+  EXPECT_EQ(broker->callsTo("QVVideoDevice"), calls);
+}
+
+TEST_F(Sensor3DTest, aNewSubscriptionShowsTheFormerImageUntilTheFirstNewOne) {
+  make();
+  depth = 1000;
+  sut->subscribe("me");
+  const auto former = next();
+  sut->unsubscribe("me");
+  EXPECT_THAT(sut->getData(), IsEmpty());
+  depth = 2000;
+  sut->subscribe("me");
+  EXPECT_EQ(sut->getData(), former);
+  time.runDue();
+  EXPECT_EQ(sut->getData().at(0).points[0].x, 2.0f);
 }
 
 TEST_F(Sensor3DTest, agreesWithTheSlowWayOnRecordedFrames) {
