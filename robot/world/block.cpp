@@ -9,7 +9,7 @@ namespace {
 /** Cuts a stretch to where a coordinate that starts at `start` lies from `low` to `high`. */
 bool cut(Stretch& stretch, float start, float speed, float low, float high) {
   if (speed == 0.0f) return low <= start && start <= high;
-  const auto [first, last] = std::minmax((low - start) / speed, (high - start) / speed);
+  const auto [first, last] = std::minmax({(low - start) / speed, (high - start) / speed});
   stretch.from = std::max(stretch.from, first);
   stretch.to = std::min(stretch.to, last);
   return stretch.from <= stretch.to;

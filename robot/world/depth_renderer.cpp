@@ -16,7 +16,7 @@ constexpr float kLeastForward = 0.2f;
 /** The depths at which a ray that rises by `up` is between two heights above its start. */
 Stretch depthsBetween(float bottom, float top, float up) {
   if (up == 0.0f) return bottom <= 0.0f && top >= 0.0f ? Stretch{0.0f, kNothing} : Stretch{1, 0};
-  const auto [from, to] = std::minmax(bottom / up, top / up);
+  const auto [from, to] = std::minmax({bottom / up, top / up});
   return {from, to};
 }
 

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <utility>
 
 #include "platform/vision/video_codes.h"
 #include "robot/services/robot_model_service.h"
@@ -169,6 +170,7 @@ void RobotWorld::xStep() {
     Lock lock(mutex);
     state.touched.swap(touched);
   }
+  xBreakLasers(now);
   if (laserBeat.isDue(now)) xRunLasers(now);
   if (blindZoneBeat.isDue(now)) {
     for (const auto& blindZone : blindZones) blindZone->measure(now);
@@ -189,6 +191,15 @@ RobotWorld::State RobotWorld::xMove(ko::Clock::time_point now) {
   state.collisionCount = body.getCollisionCount();
   state.people = crowd.getPositions();
   return state;
+}
+
+// A laser that is off confirms no mode.
+void RobotWorld::xBreakLasers(ko::Clock::time_point now) {
+  for (auto& [modeKey, group] : laserGroups) {
+    int bits = 0;
+    for (const auto& laser : group.lasers) bits |= laser->isOff(now) ? laser->getModeBits() : 0;
+    if (std::exchange(group.deadBits, bits) != bits) group.actuator->setDeadBits(bits);
+  }
 }
 
 void RobotWorld::xRunLasers(ko::Clock::time_point now) {

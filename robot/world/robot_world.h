@@ -70,6 +70,7 @@ class RobotWorld : public QVModule {
   void xAddBlindZones();
   void xStep();
   State xMove(ko::Clock::time_point now);
+  void xBreakLasers(ko::Clock::time_point now);
   void xRunLasers(ko::Clock::time_point now);
 
   /** Says when something that is done once a period is due. */
@@ -84,6 +85,7 @@ class RobotWorld : public QVModule {
   struct LaserGroup {
     std::vector<boost::shared_ptr<LaserUnit>> lasers;
     std::unique_ptr<LaserModeActuator> actuator;
+    int deadBits = 0;
   };
 
   const Model::Robot model;
