@@ -1,40 +1,100 @@
 #include "apps/commands/common_options.h"
 
 #include <iostream>
+#include <stdexcept>
 
 #include <CLI/CLI.hpp>
 
-#include "apps/arguments.h"
+#include "apps/run/embedded_run.h"
 #include "apps/run/pose_watch.h"
+#include "apps/run/simulated_run.h"
 #include "apps/shared_files.h"
 #include "apps/usage_error.h"
 #include "sensor/core/scoped_subscription.h"
 
 namespace QV::app {
+namespace {
 
-std::string CommonOptions::mapPath() const {
-  if (!map) return findSharedFile("maps/apartment.yaml");
-  if (map->empty()) throw UsageError("--map: a file expected, an empty name given");
-  return *map;
+std::string joined(const std::set<std::string>& names) {
+  std::string result;
+  for (const std::string& name : names) result += (result.empty() ? "" : ", ") + name;
+  return result;
+}
+
+std::string mapPathOf(const CommonOptions& options) {
+  if (!options.map) return findSharedFile("maps/apartment.yaml");
+  if (options.map->empty()) throw UsageError("--map: a file expected, an empty name given");
+  return *options.map;
+}
+
+std::vector<robot::Fault> faultsOf(const CommonOptions& options) {
+  std::vector<robot::Fault> faults;
+  for (const std::string& text : options.faults) faults.push_back(robot::parseFault(text));
+  return faults;
+}
+
+std::unique_ptr<RobotRun> makeEmbeddedRun(const CommonOptions& options, const Math::Pose2D& start) {
+  robot::WorldOptions world;
+  world.start = start;
+  world.seed = options.seed;
+  world.rangeNoise = options.noise;
+  world.randomPeople = options.people;
+  try {
+    return std::make_unique<EmbeddedRun>(*options.robot, mapPathOf(options), world,
+                                         faultsOf(options));
+  } catch (const std::invalid_argument& error) {
+    // The names of what can't be are those of the options.
+    throw UsageError(std::string("--").append(error.what()));
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<RobotRun> CommonOptions::makeRun(const Math::Pose2D& start) const {
+  if (robot) return makeEmbeddedRun(*this, start);
+  return std::make_unique<SimulatedRun>(kind, mapPathOf(*this), start);
 }
 
 std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {
   const std::set<std::string> names(subscriptions.begin(), subscriptions.end());
-  checkNames(manager, names);
+  for (const std::string& name : names) {
+    if (manager.isFamily(name) || manager.isSensor(name)) continue;
+    throw UsageError("--subscribe: no sensor or family \"" + name +
+                     "\"; this robot has the families " + joined(manager.getFamilyNames()) +
+                     " and the sensors " + joined(manager.getSensorList()));
+  }
   return names.empty() ? manager.getFamilyNames() : names;
 }
 
-void addKind(CLI::App& command, CommonOptions& options) {
+void addRobot(CLI::App& command, CommonOptions& options) {
   command
       .add_option("--kind", options.kind,
-                  "robot kind: -1 (a perfect laser), 0 (two sonars) or 1 (bumpers, sonars, camera)")
+                  "a robot with simulated sensors: -1 (a perfect laser), 0 (two sonars) or 1 "
+                  "(bumpers, sonars, camera)")
       ->capture_default_str();
+  command
+      .add_option("--robot", options.robot,
+                  "an embedded robot with the sensors of a description (URDF)")
+      ->excludes("--kind");
 }
 
-void addMap(CLI::App& command, CommonOptions& options) {
+void addWorld(CLI::App& command, CommonOptions& options) {
+  addRobot(command, options);
   command.add_option(
       "--map", options.map,
       "map_server map: a YAML file beside its PGM or PNG (default: the project's own)");
+  command.add_option("--seed", options.seed, "of all chance in the world of --robot")
+      ->needs("--robot")
+      ->capture_default_str();
+  command.add_option("--noise", options.noise, "standard deviation of each range of --robot (m)")
+      ->needs("--robot");
+  command.add_option("--people", options.people, "people who walk about --robot")->needs("--robot");
+  command
+      .add_option("--fault", options.faults,
+                  "NAME:KIND[@FROM-TO]: a sensor of --robot is off, stuck, garbage, wrong, slow, "
+                  "delayed or intermittent, for the time (s) or for good; repeat for more")
+      ->allow_extra_args(false)
+      ->needs("--robot");
 }
 
 void addSubscriptions(CLI::App& command, CommonOptions& options) {
@@ -49,13 +109,19 @@ void addPose(CLI::App& command, CommonOptions& options) {
       ->required();
 }
 
-Reading readOnce(SimulatedRobot& robot, const CommonOptions& options) {
-  const Math::Pose2D pose = parsePose(options.pose);
-  if (const auto warning = PoseWatch(robot.getMap()).look(pose)) std::cerr << *warning << '\n';
-  robot.setPose(pose);
+void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats) {
+  command.add_option("--format", options.format, formats)->capture_default_str();
+}
+
+std::vector<Math::MetricalData> readOnce(RobotRun& robot, ko::SimulatedTime& time,
+                                         const CommonOptions& options) {
+  if (const auto warning = PoseWatch(robot.getMap()).look(robot.getPose())) {
+    std::cerr << *warning << '\n';
+  }
   auto& manager = robot.getManager();
   const sensor::ScopedSubscription subscription(manager, "qvsensors", options.namesFor(manager));
-  return {pose, manager.getMetricalData()};
+  time.advance(robot.getSettlingTime());
+  return manager.getMetricalData();
 }
 
 }  // namespace QV::app

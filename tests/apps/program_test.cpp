@@ -2,6 +2,7 @@
 
 #include <filesystem>
 #include <fstream>
+#include <set>
 #include <sstream>
 #include <vector>
 
@@ -66,6 +67,7 @@ class ProgramTest : public testing::Test {
   }
 
   std::filesystem::path folder;
+  const std::string porter = findSharedFile("descriptions/porter.urdf");
 };
 
 TEST_F(ProgramTest, listShowsEverySensorOfAKindWithItsMounting) {
@@ -94,13 +96,29 @@ TEST_F(ProgramTest, listShowsWhatADescriptionHolds) {
 }
 
 TEST_F(ProgramTest, theProjectsOwnRobotHasASensorOfEveryFamily) {
-  const Result result = run({"list", "--robot", findSharedFile("descriptions/porter.urdf")});
+  const Result result = run({"list", "--robot", porter});
   ASSERT_EQ(result.status, 0) << result.error;
   for (const char* family :
        {"Asus", "BlindZone", "HoleLaser", "Laser", "Shovel", "Sonar", "Touch"}) {
     EXPECT_THAT(result.out, HasSubstr(std::string("\n").append(family).append(" ")));
   }
   EXPECT_THAT(result.out, testing::Not(HasSubstr("not supported")));
+}
+
+TEST_F(ProgramTest, listAsJsonIsOneObject) {
+  const auto simulated =
+      nlohmann::json::parse(run({"list", "--kind", "0", "--format", "json"}).out);
+  EXPECT_EQ(simulated["sensors"][1]["name"], "RightSonar");
+  EXPECT_EQ(simulated["sensors"][1]["fieldOfView"]["rayCount"], 20);
+  const auto described =
+      nlohmann::json::parse(run({"list", "--robot", porter, "--format", "json"}).out);
+  EXPECT_EQ(described["robot"], "porter");
+  const auto& sonar = described["sensors"][1];
+  EXPECT_EQ(sonar["name"], "BackSonar");
+  EXPECT_EQ(sonar["family"], "Sonar");
+  EXPECT_EQ(sonar["mounting"]["x"], -0.13);
+  EXPECT_EQ(sonar["link"], "torso");
+  EXPECT_EQ(described["collisionShapes"][0]["supported"], true);
 }
 
 TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
@@ -112,6 +130,30 @@ TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
   EXPECT_EQ(records[0]["sensorName"], "CameraDepth");
   EXPECT_EQ(records[0]["points"].size(), 100u);
   EXPECT_EQ(records[1]["sensorName"], "Sonar/Front");
+}
+
+TEST_F(ProgramTest, readOfAnEmbeddedRobotWaitsForEverySensor) {
+  const Result result = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--noise", "0.01",
+                             "--seed", "7", "--format", "json"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  std::set<std::string> families;
+  for (const auto& record : recordsIn(result.out)) {
+    families.insert(record["familyName"]);
+    EXPECT_EQ(record["frame"], "robot");
+    if (record["sensorName"] != "FrontSonar") continue;
+    EXPECT_EQ(record["sensorTransform"][3], 0.13);
+  }
+  EXPECT_THAT(families,
+              testing::ElementsAre("Asus", "BlindZone", "HoleLaser", "Laser", "Shovel", "Sonar"));
+}
+
+TEST_F(ProgramTest, aFaultySensorGivesNothingAndSaysWhy) {
+  const Result result = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--subscribe", "Laser",
+                             "--fault", "FrontLaser:off"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, testing::Not(HasSubstr("FrontLaser")));
+  EXPECT_THAT(result.out, HasSubstr("LeftLaser"));
+  EXPECT_THAT(result.error, HasSubstr("Timeout while setting operation Mode for FrontLaser"));
 }
 
 TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
@@ -138,9 +180,16 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
        "/nowhere/run.png: can't be written"},
       {{"read", "--pose", "1,2,3", "--map", missing}, missing},
       {{"plot", "--pose", "1,2,3", "-o", (folder / "scan.xyz").string()}, "scan.xyz"},
-      {{"list", "--robot", missing}, missing + ": a robot description expected"},
-      {{"list", "--robot", folder.string()}, "a robot description expected"},
+      {{"list", "--robot", missing}, missing + ": a readable file expected"},
+      {{"list", "--robot", folder.string()}, "a readable file expected"},
       {{"list", "--robot", missing, "--kind", "1"}, "excludes"},
+      {{"list", "--format", "csv"}, "--format: table or json expected, \"csv\" given"},
+      {{"read", "--robot", porter, "--pose", "3,3,0", "--kind", "1"}, "excludes"},
+      {{"read", "--pose", "3,3,0", "--fault", "Sonar:off"}, "--fault requires --robot"},
+      {{"read", "--robot", porter, "--pose", "3,3,0", "--fault", "FrontSonar:dead"},
+       "--fault: off, stuck, garbage, wrong, slow, delayed or intermittent expected, \"dead\""},
+      {{"read", "--robot", porter, "--pose", "3,3,0", "--fault", "Radar:off"},
+       "--fault: no sensor \"Radar\" that can fail"},
       {{"drive", "--path", "1,2"}, "--path: two different positions or more expected"},
       {{"drive", "--path", "1,2 2,2", "--rate", "0"}, "--rate: a number above 0"},
       {{"drive", "--path", "1,2 2,2", "-o", (folder / "none" / "r.jsonl").string()}, "r.jsonl"},
@@ -197,6 +246,32 @@ TEST_F(ProgramTest, driveReadsEveryCycleOfSimulatedTimeTheSameEachTime) {
   EXPECT_EQ(records.back()["timestamp"], 3'600'000'000);
   EXPECT_NEAR(records.back()["sensorTransform"][7].get<double>(), 4.0, 1e-6);
   EXPECT_EQ(readFile(first), readFile(second));
+}
+
+TEST_F(ProgramTest, anEmbeddedRobotDrivesThePathTheSameEachTime) {
+  const auto path = folder / "a.jsonl";
+  const auto picture = (folder / "robot.png").string();
+  std::string before;
+  for (const char* seed : {"3", "3", "4"}) {
+    const Result result =
+        run({"drive", "--robot", porter, "--path", "3,6.3 4,6.3 4,5.6", "--subscribe", "Sonar",
+             "--noise", "0.02", "--seed", seed, "-o", path.string(), "--picture", picture});
+    ASSERT_EQ(result.status, 0);
+    EXPECT_EQ(result.error, "");
+    EXPECT_THAT(result.out, testing::ContainsRegex("FrontSonar +Sonar +56 "));
+    const std::string written = readFile(path);
+    EXPECT_EQ(written == before, before.empty() ? false : std::string(seed) == "3");
+    before = written;
+  }
+  EXPECT_GT(cv::imread(picture).cols, 1000);
+}
+
+TEST_F(ProgramTest, anEmbeddedRobotThatIsStoppedByAWallSaysSo) {
+  const Result result =
+      run({"drive", "--robot", porter, "--path", "3,6.3 3,9", "--subscribe", "Touch"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.error, HasSubstr("warning: the robot stands "));
+  EXPECT_THAT(result.out, testing::ContainsRegex("FrontBumper +Touch "));
 }
 
 }  // namespace

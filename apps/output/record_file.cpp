@@ -1,0 +1,31 @@
+#include "apps/output/record_file.h"
+
+#include <stdexcept>
+
+#include "apps/output/record_output.h"
+
+namespace QV::app {
+
+RecordFile::RecordFile(const std::string& path, Frame frame) : path(path), frame(frame) {
+  if (path.empty()) return;
+  file.open(path);
+  xCheck();
+}
+
+void RecordFile::write(const std::vector<Math::MetricalData>& records) {
+  if (path.empty()) return;
+  writeRecords(file, records, Format::json, frame);
+  xCheck();
+}
+
+void RecordFile::close() {
+  if (path.empty()) return;
+  file.close();
+  xCheck();
+}
+
+void RecordFile::xCheck() const {
+  if (!file) throw std::runtime_error(path + ": can't be written");
+}
+
+}  // namespace QV::app

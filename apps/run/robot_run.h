@@ -1,0 +1,39 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/output/frame.h"
+#include "platform/ko/clock.h"
+#include "platform/math/pose2d.h"
+#include "platform/navigation/occupancy_map.h"
+#include "sensor/hosting/navigation_module.h"
+
+namespace QV::app {
+
+class PathFollower;
+
+/** A robot in a map, simulated or embedded, and its sensors: no command knows which it has. */
+class RobotRun {
+ public:
+  RobotRun() = default;
+  virtual ~RobotRun() = default;
+  RobotRun(const RobotRun&) = delete;
+  RobotRun& operator=(const RobotRun&) = delete;
+
+  virtual const sensor::NavigationModule& getNavigation() const = 0;
+  virtual sensor::SensorManager& getManager() = 0;
+  virtual const OccupancyMap& getMap() const = 0;
+  virtual Math::Pose2D getPose() const = 0;
+
+  /** "Simulated robot of kind 1". */
+  virtual std::string getTitle() const = 0;
+  virtual Frame getFrame() const = 0;
+  /** How long after a subscription every sensor has given its first record. */
+  virtual ko::Duration getSettlingTime() const = 0;
+
+  /** Makes the robot be, or get, where `path` is `seconds` after its start. Call it often. */
+  virtual void follow(const PathFollower& path, double seconds) = 0;
+};
+
+}  // namespace QV::app
