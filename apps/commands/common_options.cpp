@@ -2,14 +2,18 @@
 
 #include <iostream>
 #include <stdexcept>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 
+#include "apps/arguments.h"
 #include "apps/run/embedded_run.h"
+#include "apps/run/find_room.h"
 #include "apps/run/pose_watch.h"
 #include "apps/run/simulated_run.h"
 #include "apps/shared_files.h"
 #include "apps/usage_error.h"
+#include "robot/world/map_files.h"
 #include "sensor/core/scoped_subscription.h"
 
 namespace QV::app {
@@ -33,14 +37,23 @@ std::vector<robot::Fault> faultsOf(const CommonOptions& options) {
   return faults;
 }
 
-std::unique_ptr<RobotRun> makeEmbeddedRun(const CommonOptions& options, const Math::Pose2D& start) {
+robot::WorldOptions worldOf(const CommonOptions& options, const Math::Pose2D& start) {
+  constexpr float kDistance = 1.2f;
   robot::WorldOptions world;
   world.start = start;
   world.seed = options.seed;
   world.rangeNoise = options.noise;
   world.randomPeople = options.people;
+  if (options.somebodyAhead) {
+    world.people.push_back({{start * Math::Position2D(kDistance, 0.0f)}});
+  }
+  return world;
+}
+
+std::unique_ptr<RobotRun> makeEmbeddedRun(const CommonOptions& options, OccupancyMap map,
+                                          const Math::Pose2D& start) {
   try {
-    return std::make_unique<EmbeddedRun>(*options.robot, mapPathOf(options), world,
+    return std::make_unique<EmbeddedRun>(*options.robot, std::move(map), worldOf(options, start),
                                          faultsOf(options));
   } catch (const std::invalid_argument& error) {
     // The names of what can't be are those of the options.
@@ -50,9 +63,13 @@ std::unique_ptr<RobotRun> makeEmbeddedRun(const CommonOptions& options, const Ma
 
 }  // namespace
 
-std::unique_ptr<RobotRun> CommonOptions::makeRun(const Math::Pose2D& start) const {
-  if (robot) return makeEmbeddedRun(*this, start);
-  return std::make_unique<SimulatedRun>(kind, mapPathOf(*this), start);
+std::unique_ptr<RobotRun> CommonOptions::makeRun(std::optional<Math::Pose2D> start) const {
+  if (!robot) checkKind(kind);
+  if (!start && !pose.empty()) start = parsePose(pose);
+  OccupancyMap world = robot::loadMap(mapPathOf(*this));
+  if (!start) start = findRoom(world);
+  if (robot) return makeEmbeddedRun(*this, std::move(world), *start);
+  return std::make_unique<SimulatedRun>(kind, std::move(world), *start);
 }
 
 std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {
@@ -107,6 +124,11 @@ void addSubscriptions(CLI::App& command, CommonOptions& options) {
 void addPose(CLI::App& command, CommonOptions& options) {
   command.add_option("--pose", options.pose, "robot pose x,y,theta in the map (m, rad)")
       ->required();
+}
+
+void addOptionalPose(CLI::App& command, CommonOptions& options) {
+  command.add_option("--pose", options.pose,
+                     "robot pose x,y,theta in the map (m, rad; default: where there is room)");
 }
 
 void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats) {

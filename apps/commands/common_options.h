@@ -25,10 +25,15 @@ struct CommonOptions {
   std::vector<std::string> faults;
   std::vector<std::string> subscriptions;
   std::string pose;
+  /** Somebody stands before --robot. */
+  bool somebodyAhead = false;
   std::string format = "table";
 
-  /** The robot that was asked for. UsageError, and what is wrong with its files. */
-  std::unique_ptr<RobotRun> makeRun(const Math::Pose2D& start) const;
+  /**
+   * The robot that was asked for, at `start`; else at --pose, or without one where it has room.
+   * UsageError, and what is wrong with its files.
+   */
+  std::unique_ptr<RobotRun> makeRun(std::optional<Math::Pose2D> start = std::nullopt) const;
   /** What was subscribed to, or every family. UsageError for a name that doesn't exist. */
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };
@@ -39,6 +44,8 @@ void addRobot(CLI::App& command, CommonOptions& options);
 void addWorld(CLI::App& command, CommonOptions& options);
 void addSubscriptions(CLI::App& command, CommonOptions& options);
 void addPose(CLI::App& command, CommonOptions& options);
+/** The same, where the program can choose one. */
+void addOptionalPose(CLI::App& command, CommonOptions& options);
 void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats);
 
 /** The records of what the options subscribe to, once every sensor has had the time for one. */

@@ -1,7 +1,6 @@
 #include <iostream>
 #include <memory>
 
-#include "apps/arguments.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/picture/run_picture.h"
@@ -12,7 +11,7 @@ namespace {
 void plot(const CommonOptions& options, const std::string& output) {
   checkPicturePath(output);
   ko::SimulatedTime time;
-  const auto robot = options.makeRun(parsePose(options.pose));
+  const auto robot = options.makeRun();
   const auto records = readOnce(*robot, time, options);
   writePicture({robot->getMap(), {robot->getPose()}, records, robot->getTitle(), robot->getFrame()},
                output);

@@ -1,7 +1,6 @@
 #include <iostream>
 #include <memory>
 
-#include "apps/arguments.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/output/record_output.h"
@@ -12,7 +11,7 @@ namespace {
 void read(const CommonOptions& options) {
   const Format format = parseFormat(options.format);
   ko::SimulatedTime time;
-  const auto robot = options.makeRun(parsePose(options.pose));
+  const auto robot = options.makeRun();
   writeRecords(std::cout, readOnce(*robot, time, options), format, robot->getFrame());
 }
 

@@ -1,7 +1,7 @@
 #pragma once
 
+#include <map>
 #include <string>
-#include <vector>
 
 #include "apps/output/frame.h"
 #include "platform/ko/clock.h"
@@ -25,12 +25,19 @@ class RobotRun {
   virtual sensor::SensorManager& getManager() = 0;
   virtual const OccupancyMap& getMap() const = 0;
   virtual Math::Pose2D getPose() const = 0;
+  /** Puts the robot somewhere else. */
+  virtual void setPose(const Math::Pose2D& newPose) = 0;
 
   /** "Simulated robot of kind 1". */
   virtual std::string getTitle() const = 0;
   virtual Frame getFrame() const = 0;
   /** How long after a subscription every sensor has given its first record. */
   virtual ko::Duration getSettlingTime() const = 0;
+
+  /** By name, the families of described sensors that the manager does not have. */
+  virtual std::map<std::string, std::string> getUnbuilt() const { return {}; }
+  /** What a sensor reads and the robot does not have, and why; empty if there is no such thing. */
+  virtual std::string findMissingInput(const std::string&) const { return {}; }
 
   /** Makes the robot be, or get, where `path` is `seconds` after its start. Call it often. */
   virtual void follow(const PathFollower& path, double seconds) = 0;

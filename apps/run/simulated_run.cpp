@@ -1,20 +1,21 @@
 #include "apps/run/simulated_run.h"
 
+#include <utility>
+
 #include <boost/make_shared.hpp>
 
 #include "apps/run/path_follower.h"
 #include "apps/usage_error.h"
 #include "platform/ko/log.h"
-#include "robot/world/map_files.h"
 
 namespace QV::app {
 
-SimulatedRun::SimulatedRun(int kind, const std::string& mapPath, const Math::Pose2D& start)
+SimulatedRun::SimulatedRun(int kind, OccupancyMap givenMap, const Math::Pose2D& start)
     : kind(kind),
-      map((checkKind(kind), robot::loadMap(mapPath))),
+      map((checkKind(kind), std::move(givenMap))),
       manager(boost::make_shared<sensor::SimulatedSensorManager>(kind, &map)),
       navigation(manager) {
-  xSetPose(start);
+  SimulatedRun::setPose(start);
 }
 
 std::string SimulatedRun::getTitle() const {
@@ -22,11 +23,11 @@ std::string SimulatedRun::getTitle() const {
 }
 
 void SimulatedRun::follow(const PathFollower& path, double seconds) {
-  xSetPose(path.poseAt(seconds));
+  setPose(path.poseAt(seconds));
 }
 
 // Records then carry the pose that rays are cast from.
-void SimulatedRun::xSetPose(const Math::Pose2D& newPose) {
+void SimulatedRun::setPose(const Math::Pose2D& newPose) {
   pose = newPose;
   manager->setPose2D(pose, pose);
 }

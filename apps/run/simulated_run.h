@@ -7,16 +7,17 @@
 
 namespace QV::app {
 
-/** Simulated sensors of a kind, in a map read from a file. The robot is where it is put. */
+/** Simulated sensors of a kind in a map. The robot is where it is put. */
 class SimulatedRun : public RobotRun {
  public:
-  /** UsageError for a kind without sensors; what loading the map throws. */
-  SimulatedRun(int kind, const std::string& mapPath, const Math::Pose2D& start);
+  /** UsageError for a kind without sensors. */
+  SimulatedRun(int kind, OccupancyMap map, const Math::Pose2D& start);
 
   const sensor::NavigationModule& getNavigation() const override { return navigation; }
   sensor::SensorManager& getManager() override { return *manager; }
   const OccupancyMap& getMap() const override { return map; }
   Math::Pose2D getPose() const override { return pose; }
+  void setPose(const Math::Pose2D& newPose) override;
 
   std::string getTitle() const override;
   Frame getFrame() const override { return Frame::map; }
@@ -25,8 +26,6 @@ class SimulatedRun : public RobotRun {
   void follow(const PathFollower& path, double seconds) override;
 
  private:
-  void xSetPose(const Math::Pose2D& newPose);
-
   const int kind;
   OccupancyMap map;
   const boost::shared_ptr<sensor::SimulatedSensorManager> manager;

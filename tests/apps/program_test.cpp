@@ -1,45 +1,18 @@
-#include "apps/program.h"
-
 #include <filesystem>
 #include <fstream>
 #include <set>
-#include <sstream>
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 
 #include "apps/shared_files.h"
+#include "tests/apps/run_program.h"
 
 namespace QV::app {
 namespace {
 
 using testing::HasSubstr;
-
-struct Result {
-  int status;
-  std::string out;
-  std::string error;
-};
-
-Result run(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), "qvsensors");
-  std::vector<const char*> argv;
-  for (const auto& argument : arguments) argv.push_back(argument.c_str());
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  const int status = runProgram(static_cast<int>(argv.size()), argv.data());
-  return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
-}
-
-std::vector<nlohmann::json> recordsIn(const std::string& lines) {
-  std::istringstream stream(lines);
-  std::vector<nlohmann::json> records;
-  for (std::string line; std::getline(stream, line);)
-    records.push_back(nlohmann::json::parse(line));
-  return records;
-}
 
 std::string readFile(const std::filesystem::path& path) {
   std::ifstream file(path);
@@ -163,7 +136,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
     std::string expected;
   };
   const Case cases[] = {
-      {{}, "a command expected; the commands are list, read, plot, drive"},
+      {{}, "a command expected; the commands are list, read, plot, drive, check"},
       {{"fly"}, "no command \"fly\"; the commands are list, read, plot, drive"},
       {{"read", "--pose", "1,2"},
        "--pose: x,y,theta in metres and radians expected, \"1,2\" given"},
@@ -217,7 +190,7 @@ TEST_F(ProgramTest, drivingIntoAWallIsWarnedOfOnce) {
 }
 
 TEST_F(ProgramTest, everyCommandHasHelp) {
-  for (const char* command : {"list", "read", "plot", "drive"}) {
+  for (const char* command : {"list", "read", "plot", "drive", "check"}) {
     const Result result = run({command, "--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, HasSubstr("--kind"));
