@@ -8,8 +8,8 @@
 
 #include "apps/commands/commands.h"
 #include "apps/interrupt.h"
-#include "apps/output/printable.h"
 #include "apps/usage_error.h"
+#include "platform/ko/log.h"
 
 namespace QV::app {
 namespace {
@@ -17,7 +17,8 @@ namespace {
 constexpr int kFailure = 2;
 
 int fail(const std::string& message) {
-  std::cerr << "qvsensors: " << printable(message) << '\n';
+  // It may quote a file: nothing in it may act on a terminal.
+  std::cerr << "qvsensors: " << ko::log::onOneLine(message) << '\n';
   return kFailure;
 }
 
@@ -65,8 +66,9 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
 }  // namespace
 
 int runProgram(int argc, const char* const* argv) {
-  CLI::App program("Reads a mobile robot's sensors: of simulated and embedded robots in a map of yours.",
-                   "qvsensors");
+  CLI::App program(
+      "Reads a mobile robot's sensors: of simulated and embedded robots in a map of yours.",
+      "qvsensors");
   program.set_version_flag("--version", QV_VERSION);
   program.require_subcommand(1);
   program.set_help_all_flag("--help-all", "Help of every command");
@@ -76,6 +78,8 @@ int runProgram(int argc, const char* const* argv) {
   addDriveCommand(program);
   int status = 0;
   addCheckCommand(program, status);
+  addWatchCommand(program);
+  addReplayCommand(program);
   catchInterrupts();
   try {
     checkCommand(program, argc, argv);

@@ -54,7 +54,7 @@ void getMetricalData(benchmark::State& state) {
   }
   state.counters["vs_copy"] = benchmark::Counter(copy / ours, benchmark::Counter::kAvgThreads);
 }
-BENCHMARK(getMetricalData)->ThreadRange(1, 4)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(getMetricalData)->DenseThreadRange(1, 4)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 

@@ -5,7 +5,6 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"
-#include "apps/output/printable.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/quiet_log.h"
 #include "apps/output/record_output.h"
@@ -56,7 +55,7 @@ void printTable(const CheckedSensors& sensors, long failed) {
   Table table({"sensor", "family", "result", ">records", ">points", "why"});
   for (const auto& sensor : sensors) {
     table.add({sensor.name, sensor.family, getName(sensor.verdict), std::to_string(sensor.records),
-               std::to_string(sensor.points), printable(sensor.why)});
+               std::to_string(sensor.points), ko::log::onOneLine(sensor.why)});
   }
   table.print(std::cout);
   std::cout << (static_cast<long>(sensors.size()) - failed) << " of " << sensors.size()

@@ -27,7 +27,6 @@ std::string joined(const std::set<std::string>& names) {
 
 std::string mapPathOf(const CommonOptions& options) {
   if (!options.map) return findSharedFile("maps/apartment.yaml");
-  if (options.map->empty()) throw UsageError("--map: a file expected, an empty name given");
   return *options.map;
 }
 
@@ -83,6 +82,10 @@ std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manag
   return names.empty() ? manager.getFamilyNames() : names;
 }
 
+std::string namesAFile(const std::string& path) {
+  return path.empty() ? "a file expected, an empty name given" : "";
+}
+
 void addRobot(CLI::App& command, CommonOptions& options) {
   command
       .add_option("--kind", options.kind,
@@ -92,14 +95,16 @@ void addRobot(CLI::App& command, CommonOptions& options) {
   command
       .add_option("--robot", options.robot,
                   "an embedded robot with the sensors of a description (URDF)")
-      ->excludes("--kind");
+      ->excludes("--kind")
+      ->check(namesAFile);
 }
 
 void addWorld(CLI::App& command, CommonOptions& options) {
   addRobot(command, options);
-  command.add_option(
-      "--map", options.map,
-      "map_server map: a YAML file beside its PGM or PNG (default: the project's own)");
+  command
+      .add_option("--map", options.map,
+                  "map_server map: a YAML file beside its PGM or PNG (default: the project's own)")
+      ->check(namesAFile);
   command.add_option("--seed", options.seed, "of all chance in the world of --robot")
       ->needs("--robot")
       ->capture_default_str();

@@ -38,6 +38,9 @@ struct CommonOptions {
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };
 
+/** A check of an option's value: what is wrong with an empty one, nothing for any other. */
+std::string namesAFile(const std::string& path);
+
 /** --kind or --robot. */
 void addRobot(CLI::App& command, CommonOptions& options);
 /** The same, and the world that the robot stands in. */

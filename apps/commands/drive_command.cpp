@@ -68,7 +68,7 @@ Run driveAlong(const PathFollower& path, const DriveOptions& options, RobotRun& 
     if (const auto warning = watch.look(run.poses.back())) progress.note(*warning);
     run.lastRecords = manager.getMetricalData();
     run.summary.add(run.lastRecords);
-    file.write(run.lastRecords);
+    file.write(run.lastRecords, run.poses.back());
     progress.show(static_cast<double>(cycle) / static_cast<double>(cycles));
   }
   file.close();
@@ -125,8 +125,9 @@ void addDriveCommand(CLI::App& program) {
   command->add_option("--speed", options->speed, "m/s")->capture_default_str();
   command->add_option("--turn-speed", options->turnSpeed, "rad/s, on the spot at each corner")
       ->capture_default_str();
-  command->add_option("-o,--output", options->output, "file for the records, one JSON per line");
-  command->add_option("--picture", options->picture, "PNG of the run");
+  command->add_option("-o,--output", options->output, "file for the records, one JSON per line")
+      ->check(namesAFile);
+  command->add_option("--picture", options->picture, "PNG of the run")->check(namesAFile);
   command->callback([options] { drive(*options); });
 }
 

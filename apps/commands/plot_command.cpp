@@ -27,7 +27,9 @@ void addPlotCommand(CLI::App& program) {
   addWorld(*command, *options);
   addPose(*command, *options);
   addSubscriptions(*command, *options);
-  command->add_option("-o,--output", *output, "picture to write")->capture_default_str();
+  command->add_option("-o,--output", *output, "picture to write")
+      ->check(namesAFile)
+      ->capture_default_str();
   command->callback([options, output] { plot(*options, *output); });
 }
 

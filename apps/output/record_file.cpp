@@ -12,9 +12,16 @@ RecordFile::RecordFile(const std::string& path, Frame frame) : path(path), frame
   xCheck();
 }
 
-void RecordFile::write(const std::vector<Math::MetricalData>& records) {
+void RecordFile::write(const std::vector<Math::MetricalData>& records, const Math::Pose2D& robot) {
   if (path.empty()) return;
-  writeRecords(file, records, Format::json, frame);
+  for (const auto& record : records) {
+    auto line = toJson(record, frame);
+    if (frame == Frame::robot) {
+      line["robotPose"] = {
+          {"x", toJson(robot.x)}, {"y", toJson(robot.y)}, {"theta", toJson(robot.theta)}};
+    }
+    file << line << '\n';
+  }
   xCheck();
 }
 

@@ -20,7 +20,7 @@ namespace QV::app {
 namespace {
 
 constexpr int kWidestPixels = 1400;
-// Maps larger than this are shown around the robot's way only, metres.
+// Larger maps, and ways far from the map, are shown around the robot's way only, metres.
 constexpr double kWidestArea = 45.0;
 constexpr float kRobotRadius = 0.2f;
 // From so many points on they are drawn small.
@@ -37,6 +37,10 @@ Positions arc(const PlacedRecord& record, float range) {
     positions.push_back(record.origin * Math::Position2D::fromPolarCoordinates(range, angle));
   }
   return positions;
+}
+
+double sideOf(const WorldArea& area) {
+  return std::max(area.right - area.left, area.top - area.bottom);
 }
 
 WorldArea withPosition(const WorldArea& area, const Math::Position2D& position, double margin) {
@@ -58,8 +62,9 @@ WorldArea withReading(WorldArea area, const Math::Pose2D& robot, const PlacedRec
 
 WorldArea areaToShow(const RunPicture& picture, const PlacedRecords& records) {
   const WorldArea whole = areaOf(picture.map);
-  if (std::max(whole.right - whole.left, whole.top - whole.bottom) <= kWidestArea) {
-    return withReading(whole, picture.poses.back(), records);
+  if (sideOf(whole) <= kWidestArea) {
+    const WorldArea all = withReading(whole, picture.poses.back(), records);
+    if (sideOf(all) <= 2.0 * kWidestArea) return all;
   }
   double margin = 3.0;
   for (const auto& record : records) margin = std::max(margin, record.fieldOfView.maxRange + 1.0);

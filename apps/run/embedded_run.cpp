@@ -14,7 +14,8 @@ EmbeddedRun::EmbeddedRun(const std::string& descriptionPath, OccupancyMap map,
                          const robot::WorldOptions& world, const std::vector<robot::Fault>& faults)
     : robot(descriptionPath, boost::make_shared<OccupancyMap>(std::move(map)), world),
       navigation(boost::make_shared<sensor::NavigationModule>(robot.getBroker())),
-      hosting(robot.getBroker(), navigation) {
+      hosting(robot.getBroker(), navigation),
+      wanderer(robot.getMap()) {
   for (const auto& fault : faults) robot.setFault(fault);
 }
 
@@ -54,8 +55,18 @@ std::string EmbeddedRun::findMissingInput(const std::string& sensor) const {
   return {};
 }
 
+void EmbeddedRun::wander() {
+  wandering.setName("Wandering");
+  wandering.setPeriod(boost::chrono::milliseconds(100));
+  wandering.setCallback([this] { xDrive(wanderer.step(robot.getPose(), robot.getVelocity())); });
+  wandering.start(true);
+}
+
 void EmbeddedRun::follow(const PathFollower& path, double seconds) {
-  const Math::Pose2D velocity = steer(path, seconds, robot.getPose());
+  xDrive(steer(path, seconds, robot.getPose()));
+}
+
+void EmbeddedRun::xDrive(const Math::Pose2D& velocity) {
   robot.setVelocity(velocity.x, velocity.y, velocity.theta);
 }
 

@@ -4,6 +4,8 @@
 #include <vector>
 
 #include "apps/run/robot_run.h"
+#include "apps/run/wanderer.h"
+#include "platform/ko/periodic_task.h"
 #include "platform/middleware/scoped_module.h"
 #include "robot/world/embedded_robot.h"
 
@@ -29,12 +31,17 @@ class EmbeddedRun : public RobotRun {
   std::map<std::string, std::string> getUnbuilt() const override;
   std::string findMissingInput(const std::string& sensor) const override;
 
+  void wander() override;
   void follow(const PathFollower& path, double seconds) override;
 
  private:
+  void xDrive(const Math::Pose2D& velocity);
+
   robot::EmbeddedRobot robot;
   const boost::shared_ptr<sensor::NavigationModule> navigation;
   const ScopedModule hosting;
+  Wanderer wanderer;
+  ko::PeriodicTask wandering;
 };
 
 }  // namespace QV::app

@@ -39,6 +39,8 @@ class RobotRun {
   /** What a sensor reads and the robot does not have, and why; empty if there is no such thing. */
   virtual std::string findMissingInput(const std::string&) const { return {}; }
 
+  /** From now on the robot drives about, if it has a body. */
+  virtual void wander() {}
   /** Makes the robot be, or get, where `path` is `seconds` after its start. Call it often. */
   virtual void follow(const PathFollower& path, double seconds) = 0;
 };

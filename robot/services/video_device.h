@@ -78,7 +78,7 @@ class QV_API VideoDevice : public QVModule {
   void xBindClients();
   boost::shared_ptr<Device> xDevice(int index) const;
   Client& xClient(const std::string& handle);
-  /** By its number alone: names are not kept. */
+  /** Now or ever. */
   bool xWasGiven(const std::string& handle) const;
   std::string xSubscribe(const std::string& name, int camera, int resolution, int colorSpace,
                          int frameRate);
@@ -89,7 +89,8 @@ class QV_API VideoDevice : public QVModule {
   mutable std::mutex mutex;
   std::map<int, boost::shared_ptr<Device>> devices;
   std::map<std::string, Client> clients;
-  int handleCount = 0;
+  /** Whom the first, second, ... handle was given to. */
+  std::vector<std::string> names;
 };
 
 }  // namespace QV::robot

@@ -21,9 +21,9 @@ struct BodySize {
  */
 class Body {
  public:
-  /** `distanceError` and `turnError` are what the odometry makes too much of each way and turn. */
   Body(const Scene& scene, const BodySize& size, const Math::Pose2D& start);
 
+  /** What the odometry makes too much of each way and each turn, as shares. */
   void setOdometryErrors(float distanceError, float turnError);
   /** m/s and rad/s, in its own frame. */
   void setCommand(const Math::Pose2D& velocity) { command = velocity; }

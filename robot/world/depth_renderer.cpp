@@ -9,7 +9,7 @@ namespace {
 
 constexpr float kNothing = std::numeric_limits<float>::infinity();
 constexpr float kMillimetres = 1000.0f;
-constexpr float kMostMillimetres = 65535.0f;
+constexpr std::uint16_t kFarthest = 65535;
 // A row that looks steeper than this shows nothing but the floor.
 constexpr float kLeastForward = 0.2f;
 
@@ -18,6 +18,37 @@ Stretch depthsBetween(float bottom, float top, float up) {
   if (up == 0.0f) return bottom <= 0.0f && top >= 0.0f ? Stretch{0.0f, kNothing} : Stretch{1, 0};
   const auto [from, to] = std::minmax({bottom / up, top / up});
   return {from, to};
+}
+
+/** At most kFarthest, which stands for nothing as well. */
+std::uint16_t toMillimetres(float depth) {
+  const float millimetres = depth * kMillimetres + 0.5f;
+  return millimetres < kFarthest ? static_cast<std::uint16_t>(millimetres) : kFarthest;
+}
+
+/** Integers from `low` to `high`. */
+struct Limits {
+  std::uint16_t low;
+  std::uint16_t high;
+
+  bool contain(std::uint16_t depth) const { return depth >= low && depth <= high; }
+};
+
+/** The depths of the walls that a row does not look over; heights count from the camera. */
+Limits wallLimits(const DepthRenderer::Row& row, float headroom) {
+  if (row.up > 0.0f) return {0, toMillimetres(headroom / row.up)};
+  if (headroom >= 0.0f) return {0, kFarthest};
+  return {row.up < 0.0f ? toMillimetres(headroom / row.up) : kFarthest, kFarthest};
+}
+
+// Integers alone, and no branches: this is where the time of a picture goes.
+void drawPlainRow(const std::vector<std::uint16_t>& walls, Limits wallLimits, std::uint16_t floor,
+                  Limits seen, std::uint16_t* pixels) {
+  for (const std::uint16_t wall : walls) {
+    const std::uint16_t visible = wallLimits.contain(wall) ? wall : kFarthest;
+    const std::uint16_t depth = visible < floor ? visible : floor;
+    *pixels++ = seen.contain(depth) ? depth : std::uint16_t{0};
+  }
 }
 
 }  // namespace
@@ -45,6 +76,8 @@ void DepthRenderer::xAim(const cv::Size& newSize, const Math::Transform& camera)
       std::max(kLeastForward, std::min(xRowAt(0).forward, xRowAt(size.height - 1).forward));
   middleColumn = static_cast<std::size_t>(0.5f * width / least) + 1;
   columnsChosenFor = 0.0f;
+  columnOfPixel.resize(static_cast<std::size_t>(size.width));
+  wallOfPixel.resize(columnOfPixel.size());
 }
 
 DepthRenderer::Row DepthRenderer::xRowAt(int row) const {
@@ -90,42 +123,42 @@ void DepthRenderer::xLookAlong(float aside, const People& people) {
 }
 
 void DepthRenderer::xDrawRow(std::uint16_t* pixels, const Row& row) {
-  const float floor = xFloorDepth(row);
+  const Limits seen{toMillimetres(optics.minDepth), toMillimetres(optics.maxDepth)};
+  const std::uint16_t floor = toMillimetres(xFloorDepth(row));
   if (row.forward < kLeastForward) {
-    std::fill_n(pixels, size.width, xToPixel(floor));
+    std::fill_n(pixels, size.width, seen.contain(floor) ? floor : std::uint16_t{0});
     return;
   }
   xChooseColumns(row);
-  for (const std::size_t column : columnOfPixel) {
-    const float wall = xWallDepth(row, column);
-    const bool isEmpty = isPlain || columns[column].isEmpty();
-    *pixels++ =
-        xToPixel(isEmpty ? std::min(wall, floor) : xDepthBefore(wall, row, columns[column]));
+  const Limits walls = wallLimits(row, scene.getWallHeight() - position.z);
+  drawPlainRow(wallOfPixel, walls, floor, seen, pixels);
+  if (isPlain) return;
+  for (std::size_t i = 0; i < wallOfPixel.size(); ++i) {
+    const Column& column = columns[columnOfPixel[i]];
+    if (column.isEmpty()) continue;
+    const std::uint16_t wall = walls.contain(wallOfPixel[i]) ? wallOfPixel[i] : kFarthest;
+    const std::uint16_t depth = std::min(wall, toMillimetres(xDepthBefore(row, column)));
+    pixels[i] = seen.contain(depth) ? depth : std::uint16_t{0};
   }
 }
 
 void DepthRenderer::xChooseColumns(const Row& row) {
   if (row.forward == columnsChosenFor) return;
   columnsChosenFor = row.forward;
-  columnOfPixel.clear();
   const float middle = 0.5f * static_cast<float>(size.width);
-  for (int pixel = 0; pixel < size.width; ++pixel) {
-    const float away = (static_cast<float>(pixel) - middle) / row.forward;
-    columnOfPixel.push_back(
-        static_cast<std::size_t>(static_cast<float>(middleColumn) + std::round(away)));
+  for (std::size_t i = 0; i < columnOfPixel.size(); ++i) {
+    const float away = (static_cast<float>(i) - middle) / row.forward;
+    columnOfPixel[i] =
+        static_cast<std::size_t>(static_cast<float>(middleColumn) + std::round(away));
+    wallOfPixel[i] = toMillimetres(walls[columnOfPixel[i]] / row.forward);
   }
-}
-
-float DepthRenderer::xWallDepth(const Row& row, std::size_t column) const {
-  const float depth = walls[column] / row.forward;
-  return position.z + row.up * depth <= scene.getWallHeight() ? depth : kNothing;
 }
 
 float DepthRenderer::xFloorDepth(const Row& row) const {
   return row.up < 0.0f ? position.z / -row.up : kNothing;
 }
 
-float DepthRenderer::xDepthBefore(float wall, const Row& row, const Column& column) const {
+float DepthRenderer::xDepthBefore(const Row& row, const Column& column) const {
   float depth = xFloorDepth(row);
   for (const Piece& hole : column.holes) {
     const float end = hole.forward.to / row.forward;
@@ -133,7 +166,6 @@ float DepthRenderer::xDepthBefore(float wall, const Row& row, const Column& colu
       depth = std::min(hole.bottom / row.up, end);
     }
   }
-  depth = std::min(depth, wall);
   for (const Piece& piece : column.solids) {
     const Stretch inside = depthsBetween(piece.bottom, piece.top, row.up);
     const float from = std::max(piece.forward.from / row.forward, inside.from);
@@ -141,11 +173,6 @@ float DepthRenderer::xDepthBefore(float wall, const Row& row, const Column& colu
     if (from <= to) depth = std::min(depth, from);
   }
   return depth;
-}
-
-std::uint16_t DepthRenderer::xToPixel(float depth) const {
-  if (!(depth >= optics.minDepth && depth <= optics.maxDepth)) return 0;
-  return static_cast<std::uint16_t>(std::min(depth * kMillimetres + 0.5f, kMostMillimetres));
 }
 
 }  // namespace QV::robot

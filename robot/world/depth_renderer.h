@@ -5,6 +5,7 @@
 
 #include <opencv2/core.hpp>
 
+#include "platform/api.h"
 #include "platform/math/transform.h"
 #include "robot/world/scene.h"
 
@@ -26,8 +27,14 @@ struct DepthOptics {
  * ahead. The camera's frame looks along x, z up; it may look up or down, a tilt to the side is
  * ignored. For one thread at a time.
  */
-class DepthRenderer {
+class QV_API DepthRenderer {
  public:
+  /** Where a row looks: metres forward and up for each metre of depth. */
+  struct Row {
+    float forward;
+    float up;
+  };
+
   /** `scene` must outlive it. */
   DepthRenderer(const Scene& scene, const DepthOptics& optics);
 
@@ -50,22 +57,15 @@ class DepthRenderer {
     bool isEmpty() const { return solids.empty() && holes.empty(); }
   };
 
-  /** Where a row looks: metres forward and up for each metre of depth. */
-  struct Row {
-    float forward;
-    float up;
-  };
-
   void xAim(const cv::Size& newSize, const Math::Transform& camera);
   Row xRowAt(int row) const;
   void xLookAround(const People& people);
   void xLookAlong(float aside, const People& people);
   void xDrawRow(std::uint16_t* pixels, const Row& row);
   void xChooseColumns(const Row& row);
-  float xWallDepth(const Row& row, std::size_t column) const;
   float xFloorDepth(const Row& row) const;
-  float xDepthBefore(float wall, const Row& row, const Column& column) const;
-  std::uint16_t xToPixel(float depth) const;
+  /** Of the floor, its holes and what stands on it; not of the wall. */
+  float xDepthBefore(const Row& row, const Column& column) const;
 
   const Scene& scene;
   const DepthOptics optics;
@@ -85,6 +85,7 @@ class DepthRenderer {
   bool isPlain = true;
   /** For the pixels of a row that looks so far forward. */
   std::vector<std::size_t> columnOfPixel;
+  std::vector<std::uint16_t> wallOfPixel;
   float columnsChosenFor = 0.0f;
 };
 

@@ -10,6 +10,8 @@
 namespace QV::robot {
 namespace {
 
+// Radians; no lens makes a plane of half a turn.
+constexpr float kWidestField = 3.0f;
 constexpr double kFalseShare = 0.6;
 constexpr int kLost = std::numeric_limits<int>::min();
 constexpr std::size_t kNoiseCount = 1 << 16;
@@ -19,7 +21,10 @@ constexpr std::uint16_t kMostDepth = 15000;
 constexpr std::uint16_t kNoDepth = 65535;
 
 DepthOptics opticsOf(const Model::SensorConfig& config) {
-  return {numberOf(config, "horizontalAngularRange"), numberOf(config, "verticalAngularRange"),
+  const auto fieldOf = [&](const char* property) {
+    return std::min(angleOf(config, property), kWidestField);
+  };
+  return {fieldOf("horizontalAngularRange"), fieldOf("verticalAngularRange"),
           numberOf(config, "minimumDetectionDistance"),
           numberOf(config, "maximumDetectionDistance")};
 }
@@ -45,7 +50,8 @@ DepthUnit::DepthUnit(const Model::SensorConfig& config, const UnitContext& conte
     : sensor(config.name),
       context(context),
       renderer(context.surroundings->getScene(), opticsOf(config)),
-      generator(makeGenerator(context.options.seed, config.name + " frames")),
+      noiseStart(makeGenerator(context.options.seed, config.name + " frames")),
+      nonsense(makeGenerator(context.options.seed, config.name + " garbage")),
       noise(drawNoise(context.options, config.name)),
       channel(
           context.faults, config.name, [this](const Frame& frame) { return xGarble(frame); },
@@ -62,7 +68,7 @@ void DepthUnit::show(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time
 }
 
 void DepthUnit::xAddNoise(Frame& frame) {
-  std::size_t next = generator();
+  std::size_t next = noiseStart();
   for (std::uint16_t& pixel : frame) {
     const int error = noise[next++ % kNoiseCount];
     if (pixel == 0) continue;
@@ -73,7 +79,7 @@ void DepthUnit::xAddNoise(Frame& frame) {
 // Depths that no reader takes for one are few: some readers log each.
 DepthUnit::Frame DepthUnit::xGarble(const Frame& frame) {
   Frame garbled(frame.size());
-  for (std::uint16_t& pixel : garbled) pixel = static_cast<std::uint16_t>(generator() % kMostDepth);
+  for (std::uint16_t& pixel : garbled) pixel = static_cast<std::uint16_t>(nonsense() % kMostDepth);
   garbled(0, 0) = kNoDepth;
   return garbled;
 }

@@ -31,7 +31,8 @@ class DepthUnit {
   const std::string sensor;
   const UnitContext context;
   DepthRenderer renderer;
-  std::mt19937 generator;
+  std::mt19937 noiseStart;
+  std::mt19937 nonsense;
   /** Errors in millimetres, and kLost. */
   std::vector<int> noise;
   FaultChannel<Frame> channel;

@@ -10,6 +10,7 @@
 namespace QV::robot {
 namespace {
 
+constexpr int kModeBits = 0xff;
 constexpr float kFalseShare = 0.6f;
 // What lies lower than this is no floor to drive on.
 constexpr float kFloorTolerance = 0.02f;
@@ -43,7 +44,7 @@ LaserUnit::LaserUnit(const Model::SensorConfig& config, const UnitContext& conte
     : config(config),
       actuatorKey(textOf(config, "setOperationMode")),
       modeKey(textOf(config, "getOperationMode")),
-      modeBits(static_cast<int>(numberOf(config, "regIndex"))),
+      modeBits(integerOf(config, "regIndex") & kModeBits),
       context(context),
       fan(config, config.memoryKeys.size() / 2, context.surroundings),
       noise(context.options, config.name),

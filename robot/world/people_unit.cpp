@@ -22,7 +22,7 @@ PeopleUnit::PeopleUnit(const Model::SensorConfig& camera, const std::string& cam
                        int cameraIndex, const UnitContext& context)
     : frame(cameraName),
       cameraIndex(cameraIndex),
-      halfFOV(0.5f * numberOf(camera, "horizontalAngularRange")),
+      halfFOV(0.5f * angleOf(camera, "horizontalAngularRange")),
       maxRange(numberOf(camera, "maximumDetectionDistance")),
       context(context),
       noise(context.options, kPeoplePerception),
@@ -42,8 +42,8 @@ PeopleUnit::PeopleUnit(const Model::SensorConfig& camera, const std::string& cam
 
 void PeopleUnit::report(ko::Clock::time_point now) {
   if (!context.memory->hasSubscribers(kEvent)) return;
-  if (context.faults->find(kPeoplePerception, now) == FaultKind::garbage) return xRaiseNonsense();
   const auto sample = channel.pass(xFind(), now);
+  if (context.faults->find(kPeoplePerception, now) == FaultKind::garbage) return xRaiseNonsense();
   if (!sample || (sample->value.empty() && !toldOfSomebody)) return;
   toldOfSomebody = !sample->value.empty();
   QVValue::Array people;

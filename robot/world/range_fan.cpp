@@ -3,7 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <limits>
+#include <numbers>
 
+#include "platform/middleware/qv_value.h"
 #include "platform/model/number_text.h"
 
 namespace QV::robot {
@@ -11,7 +13,16 @@ namespace QV::robot {
 float numberOf(const Model::SensorConfig& config, const std::string& property) {
   const auto found = config.properties.find(property);
   if (found == config.properties.end()) return 0.0f;
-  return static_cast<float>(Model::atofC(found->second));
+  const auto number = static_cast<float>(Model::atofC(found->second));
+  return std::isfinite(number) ? number : 0.0f;
+}
+
+int integerOf(const Model::SensorConfig& config, const std::string& property) {
+  return QVValue(numberOf(config, property)).toInt32();
+}
+
+float angleOf(const Model::SensorConfig& config, const std::string& property) {
+  return std::clamp(numberOf(config, property), 0.0f, 2.0f * std::numbers::pi_v<float>);
 }
 
 RangeFan::RangeFan(const Model::SensorConfig& config, std::size_t rayCount,
@@ -19,7 +30,7 @@ RangeFan::RangeFan(const Model::SensorConfig& config, std::size_t rayCount,
     : surroundings(std::move(surroundings)),
       sensor(config.name),
       maxRange(numberOf(config, "maximumDetectionDistance")) {
-  const float aperture = numberOf(config, "horizontalAngularRange");
+  const float aperture = angleOf(config, "horizontalAngularRange");
   const float step = rayCount > 1 ? aperture / static_cast<float>(rayCount - 1) : 0.0f;
   const float middle = 0.5f * static_cast<float>(rayCount - 1);
   for (std::size_t i = 0; i < rayCount; ++i) {

@@ -10,8 +10,12 @@
 
 namespace QV::robot {
 
-/** A number among a sensor's properties, as atofC reads it; 0 if it is missing. */
+/** A number among a sensor's properties, as atofC reads it; 0 if it is missing or not finite. */
 float numberOf(const Model::SensorConfig& config, const std::string& property);
+/** The same for a whole number, which it rounds towards 0. */
+int integerOf(const Model::SensorConfig& config, const std::string& property);
+/** The same for an angle from 0 to a full turn, which it cuts off there. */
+float angleOf(const Model::SensorConfig& config, const std::string& property);
 
 /** The rays of a range sensor, spread over its aperture in the xy plane of its frame. */
 class RangeFan {

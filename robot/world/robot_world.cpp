@@ -27,6 +27,7 @@ UnitContext makeContext(boost::shared_ptr<const OccupancyMap> map, const WorldOp
                         const boost::shared_ptr<MotionService>& motion,
                         const boost::shared_ptr<FaultPlan>& faults,
                         const boost::shared_ptr<QVBroker>& broker) {
+  checkOptions(options);
   return {boost::make_shared<Surroundings>(std::move(map), options, motion), faults,
           boost::make_shared<MemoryService>(broker), options};
 }
@@ -43,9 +44,9 @@ RobotWorld::RobotWorld(const RobotDescription& description,
       faults(boost::make_shared<FaultPlan>(model, ko::Clock::now())),
       context(makeContext(std::move(map), options, motion, faults, broker)),
       touch(model, context),
-      body(context.surroundings->getScene(), measureBody(model, *motion),
-           finite("start", options.start)),
-      crowd(context.surroundings->getScene(), options, measureBody(model, *motion).radius),
+      bodySize(measureBody(model, *motion)),
+      body(context.surroundings->getScene(), bodySize, options.start),
+      crowd(context.surroundings->getScene(), options, bodySize.radius),
       laserBeat{options.laserPeriod},
       blindZoneBeat{options.sonarPeriod},
       peopleBeat{options.peoplePeriod} {
@@ -57,6 +58,7 @@ RobotWorld::RobotWorld(const RobotDescription& description,
     return std::vector<float>{pose.x, pose.y, pose.theta};
   });
   setPose(options.start);
+  xSetOdometryErrors();
   xRegisterServices(description, broker);
   xAddLasers(broker);
   xAddBlindZones();
@@ -67,6 +69,13 @@ RobotWorld::RobotWorld(const RobotDescription& description,
 }
 
 RobotWorld::~RobotWorld() = default;
+
+void RobotWorld::xSetOdometryErrors() {
+  std::mt19937 generator = makeGenerator(context.options.seed, "odometry");
+  std::normal_distribution<float> error;
+  const float distanceError = context.options.odometryDrift * error(generator);
+  body.setOdometryErrors(distanceError, context.options.odometryDrift * error(generator));
+}
 
 void RobotWorld::start() {
   steppedAt = ko::Clock::now();
@@ -102,9 +111,9 @@ void RobotWorld::xAddCameras(VideoDevice& video) {
     Camera camera;
     camera.index = index;
     camera.name = named == config.properties.end() ? name : named->second;
-    camera.modelCode = static_cast<int>(numberOf(config, "modelCode"));
-    camera.horizontalFOV = numberOf(config, "horizontalAngularRange");
-    camera.verticalFOV = numberOf(config, "verticalAngularRange");
+    camera.modelCode = integerOf(config, "modelCode");
+    camera.horizontalFOV = angleOf(config, "horizontalAngularRange");
+    camera.verticalFOV = angleOf(config, "verticalAngularRange");
     const auto unit = boost::make_shared<DepthUnit>(config, context);
     camera.source = [unit](auto& depth, auto& time) { unit->show(depth, time); };
     video.addCamera(camera);
@@ -165,6 +174,8 @@ void RobotWorld::xStep() {
   const State moved = xMove(now);
   context.surroundings->setMoment({moved.pose, moved.people});
   motion->setRobotVelocity(moved.velocity);
+  // Measured anew, as on a robot whose history of postures reaches a second back.
+  motion->setGroundPose(Math::Transform());
   std::set<std::string> touched = touch.update(moved.contact);
   {
     Lock lock(mutex);

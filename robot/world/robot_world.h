@@ -65,6 +65,7 @@ class RobotWorld : public QVModule {
  private:
   void xRegisterServices(const RobotDescription& description,
                          const boost::shared_ptr<QVBroker>& broker);
+  void xSetOdometryErrors();
   void xAddLasers(const boost::shared_ptr<QVBroker>& broker);
   void xAddCameras(VideoDevice& video);
   void xAddBlindZones();
@@ -98,6 +99,7 @@ class RobotWorld : public QVModule {
   std::vector<std::unique_ptr<BlindZoneUnit>> blindZones;
   std::unique_ptr<PeopleUnit> peopleUnit;
 
+  const BodySize bodySize;
   mutable std::mutex mutex;
   Body body;
   Crowd crowd;

@@ -35,6 +35,18 @@ float castToPerson(const Ray& ray, const Math::Position2D& person) {
   return height >= 0.0f && height <= kPersonHeight ? inside->from : kNothing;
 }
 
+/** The cells of a row or column within `reach` of a position, and one more at either end of all. */
+struct Span {
+  int first;
+  int last;
+};
+
+Span spanAbout(float centre, float reach, int count) {
+  const auto most = static_cast<float>(count);
+  return {static_cast<int>(std::floor(std::clamp(centre - reach, -1.0f, most))),
+          static_cast<int>(std::floor(std::clamp(centre + reach, -1.0f, most)))};
+}
+
 /** The nearest position of a cell, in cells. */
 Math::Position2D nearestOfCell(const Math::Position2D& point, int column, int row) {
   const auto left = static_cast<float>(column);
@@ -117,11 +129,11 @@ void Scene::xFindNearestCell(const Math::Position2D& position, float within,
   const float resolution = map->getResolution();
   const Math::Position2D local = mapInverse * position;
   const Math::Position2D point(local.x / resolution, local.y / resolution);
-  const float reach = within / resolution;
-  const auto firstOf = [&](float centre) { return static_cast<int>(std::floor(centre - reach)); };
-  const auto lastOf = [&](float centre) { return static_cast<int>(std::floor(centre + reach)); };
-  for (int row = firstOf(point.y); row <= lastOf(point.y); ++row) {
-    for (int column = firstOf(point.x); column <= lastOf(point.x); ++column) {
+  const Span columns = spanAbout(point.x, within / resolution, map->getWidth());
+  const Span rows = spanAbout(point.y, within / resolution, map->getHeight());
+  if (!map->findOccupancy(position)) nearest.distance = 0.0f;
+  for (int row = rows.first; row <= rows.last; ++row) {
+    for (int column = columns.first; column <= columns.last; ++column) {
       // The world ends where the map does.
       if (map->isInside(column, row) && map->getOccupancy(column, row) <= kSolidAbove) continue;
       const Math::Position2D where = nearestOfCell(point, column, row);

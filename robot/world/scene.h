@@ -4,6 +4,7 @@
 
 #include <boost/shared_ptr.hpp>
 
+#include "platform/api.h"
 #include "platform/math/position.h"
 #include "platform/navigation/occupancy_map.h"
 #include "robot/world/block.h"
@@ -16,7 +17,7 @@ namespace QV::robot {
  * What stands around the robot: the walls of the map, boxes, a floor at height 0 with holes, and
  * people, upright cylinders. Immutable; where people are is told each time.
  */
-class Scene {
+class QV_API Scene {
  public:
   /** Occupancies above this are solid. */
   static constexpr float kSolidAbove = 0.4f;

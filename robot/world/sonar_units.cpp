@@ -19,7 +19,7 @@ constexpr float kFalseShare = 0.6f;
 constexpr float kRaySpacing = 0.03f;
 
 std::size_t rayCountOf(const Model::SensorConfig& config) {
-  return static_cast<std::size_t>(numberOf(config, "horizontalAngularRange") / kRaySpacing) + 1;
+  return static_cast<std::size_t>(angleOf(config, "horizontalAngularRange") / kRaySpacing) + 1;
 }
 
 }  // namespace

@@ -28,7 +28,7 @@ class TouchUnits::Bumper {
   Bumper(const Model::SensorConfig& config, const UnitContext& context)
       : sensor(config.name),
         link(config.parentLink),
-        halfAperture(0.5f * numberOf(config, "horizontalAngularRange")),
+        halfAperture(0.5f * angleOf(config, "horizontalAngularRange")),
         channel(
             context.faults, config.name, [](bool pressed) { return pressed; },
             [](bool pressed) { return !pressed; }) {}

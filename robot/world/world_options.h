@@ -60,9 +60,9 @@ struct QV_API WorldOptions {
 
   /** How high what is occupied in the map stands, metres. */
   float wallHeight = 2.5f;
-  std::vector<WorldBox> boxes;
-  std::vector<FloorHole> holes;
-  std::vector<Walker> people;
+  std::vector<WorldBox> boxes = {};
+  std::vector<FloorHole> holes = {};
+  std::vector<Walker> people = {};
   /** People beside those above, who walk about at random. */
   int randomPeople = 0;
 
@@ -74,5 +74,8 @@ struct QV_API WorldOptions {
   /** From a laser's command to its first scan. */
   ko::Duration laserStart{60'000'000};
 };
+
+/** What makes no sense, but for boxes, holes and people: std::invalid_argument. */
+void checkOptions(const WorldOptions& options);
 
 }  // namespace QV::robot

@@ -1,6 +1,9 @@
+#include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <sys/stat.h>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -136,7 +139,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
     std::string expected;
   };
   const Case cases[] = {
-      {{}, "a command expected; the commands are list, read, plot, drive, check"},
+      {{}, "a command expected; the commands are list, read, plot, drive, check, watch, replay"},
       {{"fly"}, "no command \"fly\"; the commands are list, read, plot, drive"},
       {{"read", "--pose", "1,2"},
        "--pose: x,y,theta in metres and radians expected, \"1,2\" given"},
@@ -148,6 +151,9 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"read", "--pose", "1,2,3", "--kind", "x"},
        "x, a number expected (see qvsensors read --help)"},
       {{"read", "--pose", "1,2,3", "--map", ""}, "--map: a file expected"},
+      {{"list", "--robot", ""}, "--robot: a file expected"},
+      {{"plot", "--pose", "1,2,3", "-o", ""}, "--output: a file expected"},
+      {{"drive", "--path", "1,2 2,2", "--picture", ""}, "--picture: a file expected"},
       {{"read", "--pose", "1,2,3", "--map", brokenMap("cut.png")}, "a whole PNG image expected"},
       {{"drive", "--path", "1,2 2,2", "--picture", "/nowhere/run.png"},
        "/nowhere/run.png: can't be written"},
@@ -190,19 +196,45 @@ TEST_F(ProgramTest, drivingIntoAWallIsWarnedOfOnce) {
 }
 
 TEST_F(ProgramTest, everyCommandHasHelp) {
-  for (const char* command : {"list", "read", "plot", "drive", "check"}) {
+  for (const char* command : {"list", "read", "plot", "drive", "check", "watch"}) {
     const Result result = run({command, "--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, HasSubstr("--kind"));
   }
 }
 
-TEST_F(ProgramTest, plotWritesAPicture) {
-  const auto path = (folder / "scan.png").string();
-  ASSERT_EQ(run({"plot", "--pose", "3,3,1", "-o", path}).status, 0);
-  const cv::Mat image = cv::imread(path);
-  EXPECT_GT(image.cols, 1000);
-  EXPECT_GT(image.rows, 500);
+TEST_F(ProgramTest, plotWritesAPictureHoweverFarFromTheMap) {
+  for (const char* pose : {"3,3,1", "1e4,0,0", "1e13,1e13,1"}) {
+    const auto path = (folder / "scan.png").string();
+    const Result result = run({"plot", "--pose", pose, "-o", path});
+    ASSERT_EQ(result.status, 0) << result.error;
+    const cv::Mat image = cv::imread(path);
+    EXPECT_GT(image.cols, 1000) << pose;
+    EXPECT_GT(image.rows, 500) << pose;
+    std::filesystem::remove(path);
+  }
+}
+
+TEST_F(ProgramTest, anInterruptedDriveFinishesItsFileAndSaysSo) {
+  const auto pipe = folder / "records.jsonl";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  std::string records;
+  std::thread reader([&] {
+    std::ifstream file(pipe);
+    std::getline(file, records);
+    records += '\n';
+    std::raise(SIGINT);
+    records.append(std::istreambuf_iterator<char>(file), {});
+  });
+  // Far more than the pipe holds, so that the interruption comes in the middle.
+  const Result result =
+      run({"drive", "--path", "3,3 4,3", "--rate", "100000", "-o", pipe.string()});
+  reader.join();
+  EXPECT_EQ(result.status, 128 + SIGINT);
+  EXPECT_THAT(result.out, HasSubstr("Interrupted after "));
+  const auto whole = recordsIn(records);
+  EXPECT_EQ(whole.size() % 6, 0u);
+  EXPECT_LT(whole.size(), 6u * 200'000u);
 }
 
 TEST_F(ProgramTest, driveReadsEveryCycleOfSimulatedTimeTheSameEachTime) {

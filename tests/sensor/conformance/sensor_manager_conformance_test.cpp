@@ -11,7 +11,7 @@
 #include "sensor/simulation/simulated_sensor_manager.h"
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/porter_robot.h"
+#include "tests/support/porter.h"
 
 namespace QV::sensor {
 namespace {
@@ -52,7 +52,7 @@ class RealWorld : public World {
  private:
   ko::SimulatedTime time;
   boost::shared_ptr<QVBroker> broker = QVBroker::create();
-  test::PorterRobot robot{broker};
+  test::Porter porter{broker};
   RealSensorManager manager{broker};
 };
 

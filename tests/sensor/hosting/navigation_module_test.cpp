@@ -8,7 +8,7 @@
 #include "sensor/hosting/record_value.h"
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/porter_robot.h"
+#include "tests/support/porter.h"
 #include "tests/support/throws.h"
 
 namespace QV::sensor {
@@ -50,7 +50,7 @@ class NavigationModuleTest : public testing::Test {
   ko::SimulatedTime time;
   test::LogCapture log;
   boost::shared_ptr<QVBroker> broker = QVBroker::create();
-  test::PorterRobot robot{broker};
+  test::Porter porter{broker};
   boost::shared_ptr<NavigationModule> sut;
   std::optional<ScopedModule> hosting;
 };
@@ -109,33 +109,30 @@ TEST_F(NavigationModuleTest, refusesWhatIsNoName) {
 TEST_F(NavigationModuleTest, passesEventsOnToTheSensorsThatHandleThem) {
   host();
   navigation().callVoid("subscribe", "planner", Names{"Touch", "PeoplePerception"});
-  const QVMemoryProxy memory(broker);
-  memory.raiseEvent("TouchChanged",
-                    QVValue::array(QVValue::array("FrontBumper", true, QVValue::array(2))));
-  const QVValue person = QVValue::array(0, 2.0f, 0.0f, 0.0f);
-  memory.raiseEvent("PeoplePerception/PeopleDetected",
-                    QVValue::array(QVValue::array(0, 0), QVValue::array(person), 0, 0, 2));
-  EXPECT_EQ(namesOf(readThroughTheBroker("Touch")), Names{"FrontBumper"});
+  porter.leanBack();
+  time.advance(milliseconds(200));
+  EXPECT_EQ(namesOf(readThroughTheBroker("Touch")), Names{"BackBumper"});
   const auto people = readThroughTheBroker("PeoplePerception");
   ASSERT_THAT(people, SizeIs(1));
-  EXPECT_THAT(people[0].points, ElementsAre(Math::Position3D(2.0f, 0.0f, 0.0f)));
+  EXPECT_THAT(people[0].points, SizeIs(1));
 }
 
 TEST_F(NavigationModuleTest, itsEndLeavesNoHardwareOnAndLetsTheBrokerGo) {
+  const auto others = broker.use_count();
   host();
   navigation().callVoid("subscribeToAll", "planner");
   navigation().callVoid("subscribe", "me", "Laser");
-  EXPECT_THAT(robot.video->getHandles(), SizeIs(1));
-  EXPECT_TRUE(robot.isLaserOn("FrontLaser"));
+  EXPECT_THAT(porter.cameraHandles(), SizeIs(1));
+  EXPECT_TRUE(porter.isLaserOn("FrontLaser"));
   letGo();
   EXPECT_FALSE(broker->isModulePresent("QVNavigation"));
-  EXPECT_THAT(robot.video->getHandles(), IsEmpty());
-  EXPECT_FALSE(robot.isLaserOn("FrontLaser"));
-  EXPECT_EQ(broker.use_count(), 1);
+  EXPECT_THAT(porter.cameraHandles(), IsEmpty());
+  EXPECT_FALSE(porter.isLaserOn("FrontLaser"));
+  EXPECT_EQ(broker.use_count(), others);
 }
 
 TEST_F(NavigationModuleTest, keepsTheLastTroubleOfEachSensor) {
-  robot.video->removeCamera(2);
+  broker->unregisterModule("QVVideoDevice");
   host();
   EXPECT_THAT(troubleOf("DepthCamera"), HasSubstr("Error while creating Sensor3D: \n"));
   broker->unregisterModule("QVSonar");
