@@ -49,7 +49,8 @@ std::string describe(const CLI::App& program, const CLI::ParseError& error) {
          "--help)";
 }
 
-int parseAndRun(CLI::App& program, int argc, const char* const* argv) {
+// `status` is what the command that runs sets it to.
+int parseAndRun(CLI::App& program, const int& status, int argc, const char* const* argv) {
   try {
     program.parse(argc, argv);
   } catch (const CLI::Success& success) {
@@ -59,14 +60,15 @@ int parseAndRun(CLI::App& program, int argc, const char* const* argv) {
   }
   std::cout.flush();
   if (!std::cout) return fail("standard output: can't be written");
-  return isInterrupted() ? getInterruptStatus() : 0;
+  return isInterrupted() ? getInterruptStatus() : status;
 }
 
 }  // namespace
 
 int runProgram(int argc, const char* const* argv) {
-  CLI::App program("Reads a mobile robot's sensors: of simulated robots in a map of yours.",
-                   "qvsensors");
+  CLI::App program(
+      "Reads a mobile robot's sensors: of simulated and embedded robots in a map of yours.",
+      "qvsensors");
   program.set_version_flag("--version", QV_VERSION);
   program.require_subcommand(1);
   program.set_help_all_flag("--help-all", "Help of every command");
@@ -74,10 +76,14 @@ int runProgram(int argc, const char* const* argv) {
   addReadCommand(program);
   addPlotCommand(program);
   addDriveCommand(program);
+  int status = 0;
+  addCheckCommand(program, status);
+  addWatchCommand(program);
+  addReplayCommand(program);
   catchInterrupts();
   try {
     checkCommand(program, argc, argv);
-    return parseAndRun(program, argc, argv);
+    return parseAndRun(program, status, argc, argv);
   } catch (const std::exception& exception) {
     return fail(exception.what());
   }
