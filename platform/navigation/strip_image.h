@@ -18,7 +18,8 @@ namespace QV::detail {
 class QV_API StripImage {
  public:
   static constexpr int kStripColumns = 16;
-  static constexpr int kGroupRows = 16;
+  static constexpr int kGroupBits = 4;
+  static constexpr int kGroupRows = 1 << kGroupBits;
 
   /** Bit r of word c is row r of column c, counted from the block's corner. */
   struct alignas(64) Block {
