@@ -49,8 +49,10 @@ class PseudoTerminal {
 
   /** Reads on until `expected` is shown, and forgets what came before it; false if it never is. */
   bool shows(const std::string& expected) {
+    // It is drawn anew again and again: what is not there after so much of it won't come.
     constexpr int kPatienceMs = 60'000;
-    for (;;) {
+    constexpr std::size_t kMostBytes = 4 << 20;
+    while (shown.size() < kMostBytes) {
       const auto found = shown.find(expected);
       if (found != std::string::npos) {
         shown.erase(0, found + expected.size());
@@ -63,6 +65,7 @@ class PseudoTerminal {
       if (count <= 0) return false;
       shown.append(bytes, static_cast<std::size_t>(count));
     }
+    return false;
   }
 
   /** Whether keys echo and lines wait for their end, as when it was made. */
