@@ -12,7 +12,9 @@ namespace {
 constexpr double kOne = static_cast<double>(GridRay::Height{1} << GridRay::kFractionBits);
 
 GridRay::Height toHeight(double rows) {
-  return static_cast<GridRay::Height>(std::floor(rows * kOne));
+  const double scaled = rows * kOne;
+  const auto truncated = static_cast<GridRay::Height>(scaled);
+  return truncated - (static_cast<double>(truncated) > scaled);
 }
 
 bool fits(double rows) {
@@ -25,21 +27,24 @@ struct Span {
   double to;
 };
 
-Span clip(const GridRay& ray, int columns, int rows, double slope, double reachAlong) {
-  Span span{std::max(0.0, ray.along), std::min<double>(columns, ray.along + reachAlong)};
-  if (ray.across < 0.0) span.from = std::max(span.from, ray.along - ray.across / slope);
+Span clip(const GridRay& ray, double slope, double reach) {
   // Rows never fall: a ray that starts above the grid stays there.
-  if (ray.across >= rows) return {0.0, -1.0};
-  span.to = std::min(span.to, ray.along + (rows - ray.across) / slope);
+  if (ray.across >= ray.rows) return {0.0, -1.0};
+  Span span{std::max(0.0, ray.along),
+            std::min<double>(ray.columns, ray.along + reach * ray.alongPart)};
+  if (ray.across < 0.0) span.from = std::max(span.from, ray.along - ray.across / slope);
+  if (ray.across + (span.to - ray.along) * slope > ray.rows) {
+    span.to = ray.along + (ray.rows - ray.across) / slope;
+  }
   return span;
 }
 
 // A column more on either side than rounding could have cut off; the walk checks its rows.
-void chooseColumns(GridRay& ray, const Span& span, int columns) {
+void chooseColumns(GridRay& ray, const Span& span) {
   if (!(span.from <= span.to)) return;
-  const double start = std::max(0.0, std::floor(ray.along));
-  ray.first = static_cast<int>(std::max(start, std::floor(span.from) - 1.0));
-  ray.last = std::min(columns - 1, static_cast<int>(span.to) + 1);
+  const int start = static_cast<int>(std::clamp<double>(ray.along, 0.0, ray.columns));
+  ray.first = std::max(start, static_cast<int>(span.from) - 1);
+  ray.last = std::min(ray.columns - 1, static_cast<int>(span.to) + 1);
 }
 
 void chooseHeights(GridRay& ray, double slope) {
@@ -57,33 +62,35 @@ void chooseHeights(GridRay& ray, double slope) {
 }  // namespace
 
 double GridRay::distanceToColumn(int column) const {
-  return std::max(0.0, (column - along) * perColumn);
+  return std::max(0.0, (column - along) / alongPart);
 }
 
 double GridRay::distanceToRow(int column, int row) const {
-  return std::clamp((row - across) * perRow, distanceToColumn(column),
+  return std::clamp((row - across) / acrossPart, distanceToColumn(column),
                     distanceToColumn(column + 1));
 }
 
 GridRay aimRay(int width, int height, const GridPoint& start, double directionX, double directionY,
                double reach) {
-  GridRay ray;
-  ray.steep = std::abs(directionY) > std::abs(directionX);
-  ray.along = start.x;
-  ray.across = start.y;
+  GridRay ray{.steep = std::abs(directionY) > std::abs(directionX),
+              .alongReversed = directionX < 0.0,
+              .acrossReversed = directionY < 0.0,
+              .columns = width,
+              .rows = height,
+              .along = start.x,
+              .across = start.y,
+              .alongPart = std::abs(directionX),
+              .acrossPart = std::abs(directionY)};
   if (ray.steep) {
+    std::swap(ray.alongReversed, ray.acrossReversed);
+    std::swap(ray.columns, ray.rows);
     std::swap(ray.along, ray.across);
-    std::swap(directionX, directionY);
-    std::swap(width, height);
+    std::swap(ray.alongPart, ray.acrossPart);
   }
-  ray.alongReversed = directionX < 0.0;
-  ray.acrossReversed = directionY < 0.0;
-  if (ray.alongReversed) ray.along = width - ray.along;
-  if (ray.acrossReversed) ray.across = height - ray.across;
-  ray.perColumn = 1.0 / std::abs(directionX);
-  ray.perRow = 1.0 / std::abs(directionY);
-  const double slope = std::abs(directionY) / std::abs(directionX);
-  chooseColumns(ray, clip(ray, width, height, slope, reach * std::abs(directionX)), width);
+  if (ray.alongReversed) ray.along = ray.columns - ray.along;
+  if (ray.acrossReversed) ray.across = ray.rows - ray.across;
+  const double slope = ray.acrossPart / ray.alongPart;
+  chooseColumns(ray, clip(ray, slope, reach));
   if (ray.first <= ray.last) chooseHeights(ray, slope);
   return ray;
 }

@@ -16,16 +16,17 @@ struct QV_API GridRay {
   static constexpr int kFractionBits = 40;
   typedef std::int64_t Height;
 
-  /** The start, in the ray's frame. */
-  double along = 0.0;
-  double across = 0.0;
-  /** The way from one column, or row, to the next. */
-  double perColumn = 1.0;
-  double perRow = 1.0;
   /** The ray's columns are the grid's rows. */
   bool steep = false;
   bool alongReversed = false;
   bool acrossReversed = false;
+  /** The grid, the start and the direction (a unit vector) in the ray's frame. */
+  int columns = 0;
+  int rows = 0;
+  double along = 0.0;
+  double across = 0.0;
+  double alongPart = 1.0;
+  double acrossPart = 0.0;
   /** The columns to look at, none when last is below first. */
   int first = 0;
   int last = -1;
@@ -38,6 +39,11 @@ struct QV_API GridRay {
   /** The row of a cell that the ray enters at a height, and of the last cell before a height. */
   static int rowFrom(Height height) { return static_cast<int>(height >> kFractionBits); }
   static int rowBelow(Height height) { return rowFrom(height - 1); }
+
+  /** Heights where the ray enters a column, from the first on to one after the last. */
+  Height entryOf(int column) const {
+    return column == first ? entry : exit + (column - first - 1) * rise;
+  }
 
   /** The way to where the ray enters a column, or a row within a column. */
   double distanceToColumn(int column) const;

@@ -65,6 +65,7 @@ float OccupancyMap::getOccupancy(int column, int row) const {
 void OccupancyMap::setOccupancy(int column, int row, float occupancy) {
   checkOccupancy(occupancy);
   cells[xIndex(column, row)] = occupancy;
+  scanStores.setOccupancy(column, row, occupancy);
 }
 
 std::optional<float> OccupancyMap::findOccupancy(const Math::Position2D& position) const {
@@ -76,6 +77,10 @@ std::optional<float> OccupancyMap::findOccupancy(const Math::Position2D& positio
 
 Math::Position2D OccupancyMap::getCellCentre(int column, int row) const {
   return detail::toWorld(*this, {column + 0.5, row + 0.5});
+}
+
+const detail::ScanStore* OccupancyMap::getScanStore(float occupiedAbove) const {
+  return scanStores.find(width, height, cells, occupiedAbove);
 }
 
 std::size_t OccupancyMap::xIndex(int column, int row) const {

@@ -7,6 +7,7 @@
 #include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/math/position.h"
+#include "platform/navigation/scan_store.h"
 
 namespace QV {
 
@@ -55,6 +56,13 @@ class QV_API OccupancyMap {
   /** The centre of a cell, inside the map or not, in the world. */
   Math::Position2D getCellCentre(int column, int row) const;
 
+  /**
+   * What scans with this limit look at in place of the cells: made when it is first asked for, in
+   * some milliseconds for a million cells, and kept true from then on. A map keeps it for two
+   * limits; null for others.
+   */
+  const detail::ScanStore* getScanStore(float occupiedAbove) const;
+
  private:
   std::size_t xIndex(int column, int row) const;
 
@@ -63,6 +71,7 @@ class QV_API OccupancyMap {
   float resolution;
   Math::Pose2D origin;
   std::vector<float> cells;
+  detail::ScanStores scanStores;
 };
 
 }  // namespace QV

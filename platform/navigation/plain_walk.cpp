@@ -11,13 +11,12 @@ namespace {
 class Cells {
  public:
   Cells(const OccupancyMap& map, const GridRay& ray) : cells(map.getCells().data()) {
-    std::ptrdiff_t width = map.getWidth();
+    const std::ptrdiff_t width = map.getWidth();
     along = ray.steep ? width : 1;
     across = ray.steep ? 1 : width;
-    const int columns = ray.steep ? map.getHeight() : map.getWidth();
-    rows = ray.steep ? map.getWidth() : map.getHeight();
+    rows = ray.rows;
     if (ray.alongReversed) {
-      cells += along * (columns - 1);
+      cells += along * (ray.columns - 1);
       along = -along;
     }
     if (ray.acrossReversed) {

@@ -1,0 +1,56 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <vector>
+
+#include "platform/api.h"
+
+namespace QV::detail {
+
+/**
+ * One bit for each cell of a grid, laid out for rays that advance column by column and rise or fall
+ * by at most a row in each. Strips of 16 columns are cut into blocks of 32 rows, one word a column.
+ * Blocks overlap by half: whatever the height at which a ray enters a strip, one block holds all
+ * that it crosses there. Copyable. Reading is safe from several threads as long as none writes.
+ */
+class QV_API StripImage {
+ public:
+  static constexpr int kStripColumns = 16;
+  static constexpr int kGroupBits = 4;
+  static constexpr int kGroupRows = 1 << kGroupBits;
+
+  /** Bit r of word c is row r of column c, counted from the block's corner. */
+  struct alignas(64) Block {
+    std::array<std::uint32_t, kStripColumns> words{};
+  };
+
+  /** All bits 0. */
+  StripImage(int columns, int rows);
+
+  /** A cell inside the grid, unchecked. */
+  void set(int column, int row, bool value);
+  bool get(int column, int row) const;
+
+  /**
+   * The block of strip `strip` whose rows begin at 16 * `group`. Groups reach from -2 to
+   * (rows + 2) / 16, so that a ray which passes a little below or above the grid needs no check.
+   */
+  const Block& getBlock(int strip, int group) const { return blocks[xIndex(strip, group)]; }
+
+  std::size_t getBytes() const { return blocks.size() * sizeof(Block); }
+
+ private:
+  static constexpr int kGroupsBelow = 2;
+
+  std::size_t xIndex(int strip, int group) const {
+    return static_cast<std::size_t>(group + kGroupsBelow) * strips +
+           static_cast<std::size_t>(strip);
+  }
+
+  std::size_t strips;
+  std::vector<Block> blocks;
+};
+
+}  // namespace QV::detail
