@@ -282,8 +282,9 @@ TEST_F(Sensor3DTest, aNewSubscriptionShowsTheFormerImageUntilTheFirstNewOne) {
   sut->subscribe("me");
   const auto former = next();
   sut->unsubscribe("me");
-  EXPECT_THAT(sut->getData(), IsEmpty());
   depth = 2000;
+  EXPECT_THAT(next(), IsEmpty());
+  EXPECT_THAT(log.lines(), IsEmpty());
   sut->subscribe("me");
   EXPECT_EQ(sut->getData(), former);
   time.runDue();
