@@ -67,15 +67,10 @@ class QV_API Sensor3D : public Sensor {
                 ko::Clock::time_point timestamp);
 
  private:
-  // Of one label.
-  struct Component {
-    int pointCount = 0;
-    /** Where its next point goes; null for one that is too small. */
-    Math::Position3D* next = nullptr;
-  };
-
   Math::Transform xGetTransformAtTime(ko::Clock::time_point time) const;
-  void xCountPoints(const cv::Mat& depth, const cv::Mat_<int>& labels);
+  void xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& runs,
+                    std::vector<Points>& scans);
+  void xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs);
   void xMakeRoom(std::vector<Points>& scans);
   Points xTakePoints(std::size_t count);
 
@@ -90,9 +85,11 @@ class QV_API Sensor3D : public Sensor {
 
   // The working memory of a cycle: kept, so that images of one size cost no allocation.
   vision::ComponentLabeler labeler;
-  cv::Mat_<int> labels;
+  vision::ComponentRuns labelRuns;
   DepthProjection projection;
-  std::vector<Component> components;
+  // Of each label; null for a component that is too small.
+  std::vector<int> pointCounts;
+  std::vector<Math::Position3D*> nextPoints;
   std::vector<int> labelOrder;
   std::vector<Points> spares;
 
