@@ -16,6 +16,7 @@
 #include "platform/vision/qv_image.h"
 #include "sensor/core/sensor.h"
 #include "sensor/perception/depth_projection.h"
+#include "sensor/perception/spare_points.h"
 
 namespace QV::sensor {
 
@@ -39,7 +40,7 @@ class QV_API Sensor3D : public Sensor {
   ~Sensor3D() override;
 
  protected:
-  typedef std::vector<Math::Position3D> Points;
+  typedef SparePoints::Points Points;
 
   std::vector<Math::MetricalData> xGetData() const override;
   bool xSubscribeToHardware() override;
@@ -72,7 +73,6 @@ class QV_API Sensor3D : public Sensor {
                     std::vector<Points>& scans);
   void xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs);
   void xMakeRoom(std::vector<Points>& scans);
-  Points xTakePoints(std::size_t count);
 
   QVVideoDeviceProxy videoDeviceProxy;
   QVMotionProxy motionProxy;
@@ -91,7 +91,10 @@ class QV_API Sensor3D : public Sensor {
   std::vector<int> pointCounts;
   std::vector<Math::Position3D*> nextPoints;
   std::vector<int> labelOrder;
-  std::vector<Points> spares;
+  std::vector<Points> scans;
+  // Behind the readers' backs: what they see next, or have seen.
+  std::vector<Math::MetricalData> hiddenData;
+  SparePoints spares;
 
   ko::PeriodicTask updateTask;
   boost::mutex hardwareMutex;

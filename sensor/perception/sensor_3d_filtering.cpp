@@ -99,6 +99,7 @@ void Sensor3D::xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& r
     return static_cast<int>(points.size()) < filteringBlobSize;
   });
   xMakeRoom(scans);
+  spares.trim(depth.total());
   for (int y = 0; y < depth.rows; ++y) {
     projection.project(depth.ptr<std::uint16_t>(y), y, runs.getRow(y), nextPoints.data());
   }
@@ -129,21 +130,9 @@ void Sensor3D::xMakeRoom(std::vector<Points>& scans) {
   for (const int label : labelOrder) {
     const auto index = static_cast<std::size_t>(label);
     if (pointCounts[index] < filteringBlobSize) continue;
-    scans.push_back(xTakePoints(static_cast<std::size_t>(pointCounts[index])));
+    scans.push_back(spares.take(static_cast<std::size_t>(pointCounts[index])));
     nextPoints[index] = scans.back().data();
   }
-}
-
-// The smallest spare that is large enough, or memory of its own.
-Sensor3D::Points Sensor3D::xTakePoints(std::size_t count) {
-  Points* best = nullptr;
-  for (Points& spare : spares) {
-    if (spare.capacity() < count) continue;
-    if (best == nullptr || spare.capacity() < best->capacity()) best = &spare;
-  }
-  Points points = best == nullptr ? Points() : std::exchange(*best, {});
-  points.resize(count);
-  return points;
 }
 
 }  // namespace QV::sensor
