@@ -3,6 +3,7 @@
 #include <cstddef>
 #include <vector>
 
+#include "platform/api.h"
 #include "platform/math/position.h"
 
 namespace QV::sensor {
@@ -11,7 +12,7 @@ namespace QV::sensor {
  * Lists of points that nobody needs any more, kept for their memory: fresh megabytes cost more than
  * what is written into them. One thread at a time.
  */
-class SparePoints {
+class QV_API SparePoints {
  public:
   typedef std::vector<Math::Position3D> Points;
 
