@@ -12,7 +12,7 @@
 namespace QV::detail {
 namespace {
 
-constexpr float kLimit = 0.4f;
+constexpr float kStripLimit = 0.4f;
 
 /** Maps, and rays that seek out what is hard: edges, corners, axes, diagonals, starts outside. */
 class RandomRays {
@@ -73,7 +73,7 @@ TEST(StripWalk, answersAsThePlainWalkDoes) {
   int answers = 0;
   for (int round = 0; round < 300; ++round) {
     const OccupancyMap map = random.nextMap();
-    const ScanStore& store = *map.getScanStore(kLimit);
+    const ScanStore& store = *map.getScanStore(kStripLimit);
     for (int i = 0; i < 300; ++i) {
       const GridPoint start = random.nextStart(map);
       const double direction = random.nextDirection();
@@ -82,7 +82,7 @@ TEST(StripWalk, answersAsThePlainWalkDoes) {
       const auto way = walkStrips(store, ray);
       if (!way) continue;
       ++answers;
-      ASSERT_EQ(*way, walkPlainly(map, ray, kLimit))
+      ASSERT_EQ(*way, walkPlainly(map, ray, kStripLimit))
           << "from " << start.x << ", " << start.y << " towards " << direction << " over "
           << map.getWidth() << " by " << map.getHeight();
     }
