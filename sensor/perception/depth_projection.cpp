@@ -1,23 +1,102 @@
 #include "sensor/perception/depth_projection.h"
 
-#include <opencv2/core/hal/intrin.hpp>
+#include <cstddef>
 
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "sensor/perception/depth_projection.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace QV::sensor {
+namespace HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+typedef hn::CappedTag<float, 8> Floats;
+typedef hn::ScalableTag<std::uint16_t> Pixels;
+
+constexpr float kMetres = 0.001f;
+constexpr int kLanes = static_cast<int>(hn::MaxLanes(Floats()));
+
+typedef DepthProjection::Line Line;
+
+HWY_INLINE Math::Position3D projectOne(const Line& line, int column) {
+  const auto d = static_cast<float>(line.pixels[column]);
+  return {d * kMetres, line.columns[column] * d * line.extents.xToZ * -kMetres,
+          line.up * d * line.extents.yToZ * kMetres};
+}
+
+// The same products in the same order as above: the same bits.
+HWY_INLINE void projectSome(const Line& line, int column, Math::Position3D* out) {
+  static_assert(sizeof(Math::Position3D) == 3 * sizeof(float));
+  const Floats f;
+  const hn::RebindToSigned<Floats> i;
+  const auto pixels = hn::LoadU(hn::Rebind<std::uint16_t, Floats>(), line.pixels + column);
+  const auto d = hn::ConvertTo(f, hn::PromoteTo(i, pixels));
+  const auto metres = hn::Set(f, kMetres);
+  const auto sideways =
+      hn::Mul(hn::Mul(hn::LoadU(f, line.columns + column), d), hn::Set(f, line.extents.xToZ));
+  const auto upwards = hn::Mul(hn::Mul(hn::Set(f, line.up), d), hn::Set(f, line.extents.yToZ));
+  hn::StoreInterleaved3(hn::Mul(d, metres), hn::Mul(sideways, hn::Set(f, -kMetres)),
+                        hn::Mul(upwards, metres), f, &out->x);
+}
+
+HWY_INLINE Math::Position3D* projectRun(const Line& line, int begin, int end,
+                                        Math::Position3D* out) {
+  Math::Position3D* const outEnd = out + (end - begin);
+  if (end - begin < kLanes) {
+    while (begin < end) *out++ = projectOne(line, begin++);
+    return outEnd;
+  }
+  for (; begin < end - kLanes; begin += kLanes, out += kLanes) projectSome(line, begin, out);
+  // The last ones once more, perhaps.
+  projectSome(line, end - kLanes, outEnd - kLanes);
+  return outEnd;
+}
+
+HWY_INLINE Math::Position3D* projectWithin(const Line& line, int begin, int end,
+                                           Math::Position3D* out) {
+  for (; begin < end; ++begin) {
+    if (line.pixels[begin] <= DepthProjection::kMaxDepth) *out++ = projectOne(line, begin);
+  }
+  return out;
+}
+
+bool reachesBeyond(const std::uint16_t* pixels, int count) {
+  const Pixels d;
+  constexpr int kStep = static_cast<int>(hn::MaxLanes(d));
+  auto most = hn::Zero(d);
+  int i = 0;
+  for (; i + kStep <= count; i += kStep) most = hn::Max(most, hn::LoadU(d, pixels + i));
+  const auto limit = hn::Set(d, DepthProjection::kMaxDepth);
+  bool beyond = !hn::AllTrue(d, hn::Eq(hn::SaturatedSub(most, limit), hn::Zero(d)));
+  for (; i < count; ++i) beyond |= pixels[i] > DepthProjection::kMaxDepth;
+  return beyond;
+}
+
+void projectRow(const Line& line, const vision::ComponentRuns::Row& runs, Math::Position3D** next) {
+  const bool allWithin = !reachesBeyond(line.pixels, line.width);
+  for (std::size_t i = 0; i < runs.count; ++i) {
+    Math::Position3D*& out = next[runs.labels[i]];
+    if (out == nullptr) continue;
+    out = allWithin ? projectRun(line, runs.begins[i], runs.ends[i], out)
+                    : projectWithin(line, runs.begins[i], runs.ends[i], out);
+  }
+}
+
+}  // namespace
+}  // namespace HWY_NAMESPACE
+}  // namespace QV::sensor
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
 namespace QV::sensor {
 namespace {
 
-constexpr int kStep = 8;
-constexpr float kMetres = 0.001f;
-
-bool isInRange(std::uint16_t depth) {
-  return depth != 0 && depth <= DepthProjection::kMaxDepth;
-}
-
-bool areEightInRange(const std::uint16_t* pixels) {
-  // 0 wraps to the top of the range; the second subtraction saturates at 0.
-  const auto fromOne = cv::v_sub_wrap(cv::v_load(pixels), cv::v_setall_u16(1));
-  const auto beyond = fromOne - cv::v_setall_u16(DepthProjection::kMaxDepth - 1);
-  return cv::v_check_all(beyond == cv::v_setzero_u16());
-}
+HWY_EXPORT(projectRow);
+HWY_EXPORT(reachesBeyond);
 
 }  // namespace
 
@@ -29,54 +108,17 @@ void DepthProjection::reset(cv::Size size, const Extents& extents) {
   for (int u = 0; u < size.width; ++u) columns.push_back(static_cast<float>(u) / width - 0.5f);
 }
 
-int DepthProjection::countInRange(const std::uint16_t* pixel, const std::uint16_t* end) {
-  int count = 0;
-  for (; pixel != end; ++pixel) count += isInRange(*pixel) ? 1 : 0;
-  return count;
+bool DepthProjection::reachesBeyond(const std::uint16_t* pixels, int count) {
+  return HWY_DYNAMIC_DISPATCH(reachesBeyond)(pixels, count);
 }
 
-Math::Position3D* DepthProjection::project(const std::uint16_t* pixels, int row, int begin, int end,
-                                           Math::Position3D* out) const {
+void DepthProjection::project(const std::uint16_t* pixels, int row,
+                              const vision::ComponentRuns::Row& runs,
+                              Math::Position3D** next) const {
   const float up = 0.5f - static_cast<float>(row) / height;
-  for (; begin + kStep <= end; begin += kStep) {
-    if (areEightInRange(pixels + begin)) {
-      xProjectEight(pixels, begin, up, out);
-      out += kStep;
-    } else {
-      out = xProjectEach(pixels, begin, begin + kStep, up, out);
-    }
-  }
-  return xProjectEach(pixels, begin, end, up, out);
-}
-
-Math::Position3D* DepthProjection::xProjectEach(const std::uint16_t* pixels, int begin, int end,
-                                                float up, Math::Position3D* out) const {
-  for (; begin < end; ++begin) {
-    if (!isInRange(pixels[begin])) continue;
-    const auto d = static_cast<float>(pixels[begin]);
-    const float across = columns[static_cast<std::size_t>(begin)];
-    *out++ = {d * kMetres, across * d * extents.xToZ * -kMetres, up * d * extents.yToZ * kMetres};
-  }
-  return out;
-}
-
-// The same products in the same order as above: the same bits.
-void DepthProjection::xProjectEight(const std::uint16_t* pixels, int begin, float up,
-                                    Math::Position3D* out) const {
-  static_assert(sizeof(Math::Position3D) == 3 * sizeof(float));
-  const auto metres = cv::v_setall_f32(kMetres);
-  const auto backwards = cv::v_setall_f32(-kMetres);
-  cv::v_uint32x4 halves[2];
-  cv::v_expand(cv::v_load(pixels + begin), halves[0], halves[1]);
-  const float* across = columns.data() + begin;
-  for (const cv::v_uint32x4& half : halves) {
-    const auto d = cv::v_cvt_f32(cv::v_reinterpret_as_s32(half));
-    const auto y = cv::v_load(across) * d * cv::v_setall_f32(extents.xToZ) * backwards;
-    const auto z = cv::v_setall_f32(up) * d * cv::v_setall_f32(extents.yToZ) * metres;
-    cv::v_store_interleave(&out->x, d * metres, y, z);
-    out += 4;
-    across += 4;
-  }
+  const Line line{pixels, columns.data(), static_cast<int>(columns.size()), up, extents};
+  HWY_DYNAMIC_DISPATCH(projectRow)(line, runs, next);
 }
 
 }  // namespace QV::sensor
+#endif

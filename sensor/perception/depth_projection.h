@@ -6,13 +6,14 @@
 #include <opencv2/core.hpp>
 
 #include "platform/math/position.h"
+#include "platform/vision/component_runs.h"
 
 namespace QV::sensor {
 
 /**
  * Turns pixels of a depth image in millimetres into points in the camera's frame, in metres: x
  * along the optical axis, y to the left, z up; column width / 2 has y 0, row height / 2 has z 0.
- * Depth 0 and what is beyond kMaxDepth gives no point.
+ * What is beyond kMaxDepth gives no point.
  */
 class DepthProjection {
  public:
@@ -25,27 +26,32 @@ class DepthProjection {
     float yToZ = 0.0f;
   };
 
+  /** A row of pixels: how far right of the axis each is, and how far above it all are. */
+  struct Line {
+    const std::uint16_t* pixels;
+    const float* columns;
+    int width;
+    float up;
+    Extents extents;
+  };
+
   /** For images of one size from now on. */
   void reset(cv::Size size, const Extents& extents);
 
-  /** How many of these pixels give a point. */
-  static int countInRange(const std::uint16_t* pixel, const std::uint16_t* end);
+  /** Whether any of these pixels is beyond kMaxDepth. */
+  static bool reachesBeyond(const std::uint16_t* pixels, int count);
 
   /**
-   * Writes the points of columns `begin` to before `end` of a row, whose pixels start at `pixels`;
-   * returns where the next point goes.
+   * Writes the points of a row's runs, whose pixels have a depth, to where `next` says for each
+   * label, and moves that behind them; none for a label where it is null.
    */
-  Math::Position3D* project(const std::uint16_t* pixels, int row, int begin, int end,
-                            Math::Position3D* out) const;
+  void project(const std::uint16_t* pixels, int row, const vision::ComponentRuns::Row& runs,
+               Math::Position3D** next) const;
 
  private:
-  Math::Position3D* xProjectEach(const std::uint16_t* pixels, int begin, int end, float up,
-                                 Math::Position3D* out) const;
-  void xProjectEight(const std::uint16_t* pixels, int begin, float up, Math::Position3D* out) const;
-
   Extents extents;
   float height = 0.0f;
-  // How far right of the axis each column is, in widths of the image.
+  // In widths of the image.
   std::vector<float> columns;
 };
 

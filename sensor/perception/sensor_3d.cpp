@@ -113,7 +113,7 @@ void Sensor3D::xUpdateScan() {
   } catch (const std::exception& exception) {
     return failed("Error while getting tf: ", exception.what());
   }
-  std::vector<Points> scans;
+  scans.clear();
   const bool ok = xFilterScan(*image, scans);
   xTryReleaseImage();
   if (ok) xPublish(scans, sensorTransform, timestamp);
@@ -135,18 +135,16 @@ void Sensor3D::xTryReleaseImage() {
 
 void Sensor3D::xPublish(std::vector<Points>& scans, const Math::Transform& sensorTransform,
                         ko::Clock::time_point timestamp) {
-  std::vector<Math::MetricalData> records;
-  records.reserve(scans.size());
-  for (Points& points : scans) {
-    records.push_back(
-        {name, familyName, fieldOfView, sensorTransform, std::move(points), timestamp});
+  hiddenData.resize(scans.size());
+  for (std::size_t i = 0; i < scans.size(); ++i) {
+    hiddenData[i] = {name,     familyName, fieldOfView, sensorTransform, std::move(scans[i]),
+                     timestamp};
   }
   {
     Lock lock(dataMutex);
-    data.swap(records);
+    data.swap(hiddenData);
   }
-  spares.clear();
-  for (Math::MetricalData& replaced : records) spares.push_back(std::move(replaced.points));
+  for (Math::MetricalData& replaced : hiddenData) spares.give(std::move(replaced.points));
 }
 
 }  // namespace QV::sensor

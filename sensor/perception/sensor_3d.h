@@ -16,6 +16,7 @@
 #include "platform/vision/qv_image.h"
 #include "sensor/core/sensor.h"
 #include "sensor/perception/depth_projection.h"
+#include "sensor/perception/spare_points.h"
 
 namespace QV::sensor {
 
@@ -39,7 +40,7 @@ class QV_API Sensor3D : public Sensor {
   ~Sensor3D() override;
 
  protected:
-  typedef std::vector<Math::Position3D> Points;
+  typedef SparePoints::Points Points;
 
   std::vector<Math::MetricalData> xGetData() const override;
   bool xSubscribeToHardware() override;
@@ -67,17 +68,11 @@ class QV_API Sensor3D : public Sensor {
                 ko::Clock::time_point timestamp);
 
  private:
-  // Of one label.
-  struct Component {
-    int pointCount = 0;
-    /** Where its next point goes; null for one that is too small. */
-    Math::Position3D* next = nullptr;
-  };
-
   Math::Transform xGetTransformAtTime(ko::Clock::time_point time) const;
-  void xCountPoints(const cv::Mat& depth, const cv::Mat_<int>& labels);
+  void xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& runs,
+                    std::vector<Points>& scans);
+  void xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs);
   void xMakeRoom(std::vector<Points>& scans);
-  Points xTakePoints(std::size_t count);
 
   QVVideoDeviceProxy videoDeviceProxy;
   QVMotionProxy motionProxy;
@@ -90,11 +85,16 @@ class QV_API Sensor3D : public Sensor {
 
   // The working memory of a cycle: kept, so that images of one size cost no allocation.
   vision::ComponentLabeler labeler;
-  cv::Mat_<int> labels;
+  vision::ComponentRuns labelRuns;
   DepthProjection projection;
-  std::vector<Component> components;
+  // Of each label; null for a component that is too small.
+  std::vector<int> pointCounts;
+  std::vector<Math::Position3D*> nextPoints;
   std::vector<int> labelOrder;
-  std::vector<Points> spares;
+  std::vector<Points> scans;
+  // Behind the readers' backs: what they see next, or have seen.
+  std::vector<Math::MetricalData> hiddenData;
+  SparePoints spares;
 
   ko::PeriodicTask updateTask;
   boost::mutex hardwareMutex;

@@ -40,30 +40,37 @@ cv::Mat qVImageToCvMat(QVImage& image) {
                  const_cast<std::uint8_t*>(image.getPixels()));
 }
 
-/** Calls `visit(label, row, begin, end)` for each stretch of one label other than 0. */
-template <typename Visit>
-void forEachStretch(const cv::Mat_<int>& labels, const Visit& visit) {
-  for (int row = 0; row < labels.rows; ++row) {
-    const int* const line = labels[row];
-    const int* const lineEnd = line + labels.cols;
-    for (const int* begin = line; begin != lineEnd;) {
-      const int label = *begin;
-      const int* end = begin;
-      while (end != lineEnd && *end == label) ++end;
-      if (label != 0) {
-        visit(label, row, static_cast<int>(begin - line), static_cast<int>(end - line));
+/** The pixels that have both a label and a depth. */
+void findRuns(const cv::Mat& depth, const cv::Mat_<int>& labels, vision::ComponentRuns& runs) {
+  runs.clear();
+  for (int y = 0; y < labels.rows; ++y) {
+    runs.beginRow(static_cast<std::size_t>(labels.cols));
+    const int* const label = labels[y];
+    const std::uint16_t* const pixels = depth.ptr<std::uint16_t>(y);
+    for (int x = 0; x < labels.cols;) {
+      const int begin = x;
+      while (x < labels.cols && label[x] == label[begin] && pixels[x] != 0) ++x;
+      if (x == begin) {
+        ++x;
+      } else if (label[begin] != 0) {
+        runs.append(begin, x, label[begin]);
       }
-      begin = end;
     }
   }
 }
 
-void logTooFar(const std::uint16_t* depth, const std::uint16_t* end) {
-  for (; depth != end; ++depth) {
-    if (*depth <= DepthProjection::kMaxDepth) continue;
-    ko::log::error(kCategory, "xComputeXYZCoordinates")
-        << "Sensor3D filtering value x : " << *depth;
+/** How many of these pixels give a point; a line for each that does not. */
+int countWithin(const std::uint16_t* pixel, const std::uint16_t* end, bool logs) {
+  int count = 0;
+  for (; pixel != end; ++pixel) {
+    if (*pixel <= DepthProjection::kMaxDepth) {
+      ++count;
+    } else if (logs) {
+      ko::log::error(kCategory, "xComputeXYZCoordinates")
+          << "Sensor3D filtering value x : " << *pixel;
+    }
   }
+  return count;
 }
 
 }  // namespace
@@ -71,8 +78,7 @@ void logTooFar(const std::uint16_t* depth, const std::uint16_t* end) {
 bool Sensor3D::xFilterScan(QVImage& image, std::vector<Points>& scans) {
   try {
     const cv::Mat depth = qVImageToCvMat(image);
-    labeler.label(depth, labels, kMaxDifference);
-    xComputeXYZCoordinates(depth, labels, scans);
+    xProjectRuns(depth, labeler.findRuns(depth, kMaxDifference), scans);
     return true;
   } catch (const std::exception&) {
     return false;
@@ -81,54 +87,52 @@ bool Sensor3D::xFilterScan(QVImage& image, std::vector<Points>& scans) {
 
 void Sensor3D::xComputeXYZCoordinates(const cv::Mat& depth, const cv::Mat_<int>& labels,
                                       std::vector<Points>& scans) {
+  findRuns(depth, labels, labelRuns);
+  xProjectRuns(depth, labelRuns, scans);
+}
+
+void Sensor3D::xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& runs,
+                            std::vector<Points>& scans) {
   projection.reset(depth.size(), extentsOf(videoDeviceProxy));
-  xCountPoints(depth, labels);
+  xCountPoints(depth, runs);
   std::erase_if(scans, [this](const Points& points) {
     return static_cast<int>(points.size()) < filteringBlobSize;
   });
   xMakeRoom(scans);
-  forEachStretch(labels, [&](int label, int row, int begin, int end) {
-    Math::Position3D*& next = components[static_cast<std::size_t>(label)].next;
-    if (next != nullptr) {
-      next = projection.project(depth.ptr<std::uint16_t>(row), row, begin, end, next);
-    }
-  });
+  spares.trim(depth.total());
+  for (int y = 0; y < depth.rows; ++y) {
+    projection.project(depth.ptr<std::uint16_t>(y), y, runs.getRow(y), nextPoints.data());
+  }
 }
 
-void Sensor3D::xCountPoints(const cv::Mat& depth, const cv::Mat_<int>& labels) {
-  components.clear();
+void Sensor3D::xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs) {
+  pointCounts.clear();
   labelOrder.clear();
   const bool logs = ko::log::isEnabled(ko::log::Level::error, kCategory);
-  forEachStretch(labels, [&](int label, int row, int begin, int end) {
-    const std::uint16_t* pixels = depth.ptr<std::uint16_t>(row);
-    const auto count = DepthProjection::countInRange(pixels + begin, pixels + end);
-    if (logs && count < end - begin) logTooFar(pixels + begin, pixels + end);
-    const auto index = static_cast<std::size_t>(label);
-    if (index >= components.size()) components.resize(index + 1);
-    if (count > 0 && components[index].pointCount == 0) labelOrder.push_back(label);
-    components[index].pointCount += count;
-  });
+  for (int y = 0; y < depth.rows; ++y) {
+    const std::uint16_t* const pixels = depth.ptr<std::uint16_t>(y);
+    const bool beyond = DepthProjection::reachesBeyond(pixels, depth.cols);
+    const vision::ComponentRuns::Row row = runs.getRow(y);
+    for (std::size_t i = 0; i < row.count; ++i) {
+      const int begin = row.begins[i];
+      const int end = row.ends[i];
+      const int count = beyond ? countWithin(pixels + begin, pixels + end, logs) : end - begin;
+      const auto label = static_cast<std::size_t>(row.labels[i]);
+      if (label >= pointCounts.size()) pointCounts.resize(label + 1);
+      if (count > 0 && pointCounts[label] == 0) labelOrder.push_back(row.labels[i]);
+      pointCounts[label] += count;
+    }
+  }
 }
 
 void Sensor3D::xMakeRoom(std::vector<Points>& scans) {
+  nextPoints.assign(pointCounts.size(), nullptr);
   for (const int label : labelOrder) {
-    Component& component = components[static_cast<std::size_t>(label)];
-    if (component.pointCount < filteringBlobSize) continue;
-    scans.push_back(xTakePoints(static_cast<std::size_t>(component.pointCount)));
-    component.next = scans.back().data();
+    const auto index = static_cast<std::size_t>(label);
+    if (pointCounts[index] < filteringBlobSize) continue;
+    scans.push_back(spares.take(static_cast<std::size_t>(pointCounts[index])));
+    nextPoints[index] = scans.back().data();
   }
-}
-
-// The smallest spare that is large enough, or memory of its own.
-Sensor3D::Points Sensor3D::xTakePoints(std::size_t count) {
-  Points* best = nullptr;
-  for (Points& spare : spares) {
-    if (spare.capacity() < count) continue;
-    if (best == nullptr || spare.capacity() < best->capacity()) best = &spare;
-  }
-  Points points = best == nullptr ? Points() : std::exchange(*best, {});
-  points.resize(count);
-  return points;
 }
 
 }  // namespace QV::sensor

@@ -1,12 +1,14 @@
-#include "sensor/perception/sensor_3d.h"
-
+#include <algorithm>
+#include <atomic>
 #include <cmath>
-#include <optional>
+#include <latch>
+#include <thread>
 
-#include "robot/services/video_device.h"
-#include "tests/support/depth_frames.h"
-#include "tests/support/fake_robot.h"
-#include "tests/support/flood_fill.h"
+#include <opencv2/imgcodecs.hpp>
+
+#include "robot/services/depth_recording.h"
+#include "tests/sensor/perception/sensor_3d_fixture.h"
+#include "tests/support/temporary_folder.h"
 
 namespace QV::sensor {
 namespace {
@@ -16,81 +18,7 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-constexpr int kHighResolutionModel = 7;
-constexpr float kHorizontal = 1.0f;
-constexpr float kVertical = 0.8f;
-const std::string kError = "error Navigation.Sensor3D.";
-const std::string kImageError = kError + "xUpdateScan: Error while getting new 3D image: ";
-
-typedef std::vector<std::vector<Math::Position3D>> Scans;
-
-/** Lets a test hand labels in. */
-struct OpenSensor3D : Sensor3D {
-  using Sensor3D::Sensor3D;
-  using Sensor3D::xComputeXYZCoordinates;
-};
-
-/** The slow way, in double precision: a list of points for each large component. */
-Scans reference(const cv::Mat_<std::uint16_t>& depth) {
-  const cv::Mat_<int> labels = test::floodFill(depth, 100);
-  std::map<int, std::vector<Math::Position3D>> byLabel;
-  for (int v = 0; v < depth.rows; ++v) {
-    for (int u = 0; u < depth.cols; ++u) {
-      const double d = depth(v, u) * 0.001;
-      if (labels(v, u) == 0 || depth(v, u) > 15000) continue;
-      const double y = (0.5 - double(u) / depth.cols) * d * 2.0 * std::tan(kHorizontal / 2.0);
-      const double z = (0.5 - double(v) / depth.rows) * d * 2.0 * std::tan(kVertical / 2.0);
-      byLabel[labels(v, u)].push_back({float(d), float(y), float(z)});
-    }
-  }
-  Scans scans;
-  for (auto& [label, points] : byLabel) {
-    if (points.size() >= depth.total() / 100) scans.push_back(std::move(points));
-  }
-  return scans;
-}
-
-/** The frames, and once more each without 56 of 80 columns: 70 % and more have no depth. */
-std::vector<test::DepthFrame> withThinned(std::vector<test::DepthFrame> frames) {
-  for (std::size_t i = 0, count = frames.size(); i < count; ++i) {
-    cv::Mat_<std::uint16_t> depth = frames[i].depth.clone();
-    for (int u = 24; u + 56 <= depth.cols; u += 80) depth.colRange(u, u + 56) = 0;
-    frames.push_back({frames[i].name + " thinned", depth});
-  }
-  return frames;
-}
-
-float distance(const Math::Position3D& a, const Math::Position3D& b) {
-  return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
-}
-
-class Sensor3DTest : public test::FakeRobotTest {
- protected:
-  Sensor3DTest() { broker->registerModule(video); }
-
-  void addCamera(int model = 1) {
-    video->addCamera(
-        {2, "camera", model, kHorizontal, kVertical,
-         [this](cv::Mat_<std::uint16_t>& frame, ko::Clock::time_point) { frame = depth.clone(); }});
-  }
-
-  void make(int model = 1) {
-    addCamera(model);
-    sut.emplace("Depth", "Asus", broker, Math::SensorFieldOfView2D(0.4f, 8.0f, 1.0f, 1));
-  }
-
-  void fill(cv::Rect area, int millimetres) { depth(area).setTo(millimetres); }
-
-  /** Once the next image was taken. */
-  std::vector<Math::MetricalData> next() {
-    time.advance(milliseconds(100));
-    return sut->getData();
-  }
-
-  cv::Mat_<std::uint16_t> depth = cv::Mat_<std::uint16_t>(240, 320, std::uint16_t{0});
-  boost::shared_ptr<robot::VideoDevice> video = boost::make_shared<robot::VideoDevice>();
-  std::optional<OpenSensor3D> sut;
-};
+const std::string kImageError = "xUpdateScan: Error while getting new 3D image: ";
 
 TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
   make();
@@ -121,16 +49,6 @@ TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
               ElementsAre(kError + "xComputeXYZCoordinates: Sensor3D filtering value x : 15001"));
 }
 
-TEST_F(Sensor3DTest, pruningGoesForListsThatWereThereBefore) {
-  make();
-  fill({0, 0, 320, 100}, 1000);
-  Scans scans = {Scans::value_type(767), Scans::value_type(768)};
-  sut->xComputeXYZCoordinates(depth, test::floodFill(depth, 100), scans);
-  ASSERT_EQ(scans.size(), 2u);
-  EXPECT_EQ(scans[0].size(), 768u);
-  EXPECT_EQ(scans[1].size(), 32000u);
-}
-
 TEST_F(Sensor3DTest, whatFailsIsLoggedAndTheLastGoodImageStays) {
   make();
   depth = 1000;
@@ -157,6 +75,79 @@ TEST_F(Sensor3DTest, whatFailsIsLoggedAndTheLastGoodImageStays) {
   EXPECT_EQ(next().at(0).points[0].x, 2.0f);
   EXPECT_THAT(log.lines(), testing::Contains(kError + "xTryReleaseImage: Error while releasing 3D "
                                                       "image: broken"));
+}
+
+TEST_F(Sensor3DTest, anImageWithoutDepthLeavesNoRecord) {
+  make();
+  depth = 1000;
+  sut->subscribe("me");
+  EXPECT_THAT(next(), SizeIs(1));
+  depth = 0;
+  EXPECT_THAT(next(), IsEmpty());
+  EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(Sensor3DTest, anImageWithoutATransformIsHeldUntilTheNextOneIsAskedFor) {
+  make();
+  depth = 1000;
+  sut->subscribe("me");
+  next();
+  broker->planFailure("QVMotion._getSensorTransformAtTime", "broken");
+  next();
+  EXPECT_THAT(broker->callsTo("QVVideoDevice").back(), testing::StartsWith("getImageRemote"));
+  broker->plan("QVMotion._getSensorTransformAtTime", {});
+  depth = 2000;
+  EXPECT_EQ(next().at(0).points[0].x, 2.0f);
+  EXPECT_THAT(broker->callsTo("QVVideoDevice").back(), testing::StartsWith("releaseImage"));
+  EXPECT_THAT(log.lines(), ElementsAre(kError + "xUpdateScan: Error while getting tf: broken",
+                                       testing::HasSubstr("which is taken back")));
+}
+
+TEST_F(Sensor3DTest, showsTheFramesOfAFolderOneAfterTheOther) {
+  const test::TemporaryFolder folder;
+  for (const int metres : {3, 1, 2}) {
+    const cv::Mat_<std::uint16_t> frame(480, 640, static_cast<std::uint16_t>(5000 * metres));
+    ASSERT_TRUE(cv::imwrite(folder / (std::to_string(metres) + ".png"), frame));
+  }
+  source = robot::DepthRecording(folder.string(), 0.0002, 10.0);
+  make(kHighResolutionModel);
+  sut->subscribe("me");
+  time.runDue();
+  for (const float metres : {1.0f, 2.0f, 3.0f, 1.0f}) {
+    const auto records = sut->getData();
+    ASSERT_THAT(records, SizeIs(1));
+    EXPECT_THAT(records[0].points, SizeIs(640 * 480));
+    EXPECT_FLOAT_EQ(records[0].points[0].x, metres);
+    EXPECT_EQ(records[0].timestamp, ko::Clock::now() - milliseconds(20));
+    next();
+  }
+}
+
+TEST_F(Sensor3DTest, readersSeeWholeImagesWhileTheMemoryOfOldOnesIsUsedAgain) {
+  make();
+  depth = 1000;
+  sut->subscribe("me");
+  time.runDue();
+  std::latch reading(1);
+  std::atomic<bool> done{false};
+  std::atomic<int> torn{0};
+  std::thread reader([&] {
+    while (!done) {
+      const auto records = sut->getData();
+      const auto& points = records.at(0).points;
+      torn += std::any_of(points.begin(), points.end(),
+                          [&](const auto& point) { return point.x != points[0].x; });
+      if (!reading.try_wait()) reading.count_down();
+    }
+  });
+  reading.wait();
+  for (int millimetres = 1001; millimetres < 1100; ++millimetres) {
+    depth = millimetres;
+    time.advance(milliseconds(100));
+  }
+  done = true;
+  reader.join();
+  EXPECT_EQ(torn, 0);
 }
 
 TEST_F(Sensor3DTest, whatIsNoDepthImageIsRefusedAndTheLastGoodOneStays) {
@@ -190,7 +181,7 @@ TEST_F(Sensor3DTest, whatIsNoDepthImageIsRefusedAndTheLastGoodOneStays) {
     broker->planAnswer("QVVideoDevice.getImageRemote", value);
     EXPECT_EQ(next(), before) << value;
     if (error) {
-      EXPECT_THAT(log.lines(), ElementsAre(kImageError + *error));
+      EXPECT_THAT(log.lines(), ElementsAre(kError + kImageError + *error));
     } else {
       EXPECT_THAT(log.lines(), IsEmpty()) << value;
       EXPECT_THAT(broker->callsTo("QVVideoDevice").back(), testing::StartsWith("releaseImage"));
@@ -212,7 +203,7 @@ TEST_F(Sensor3DTest, aCameraThatVanishesLeavesItsLastImageAndNoHandle) {
   video->removeCamera(2);
   sut->unsubscribe("me");
   EXPECT_THAT(video->getHandles(), IsEmpty());
-  const std::string gone = kImageError + "QVVideoDevice::getImageRemote: no camera 2";
+  const std::string gone = kError + kImageError + "QVVideoDevice::getImageRemote: no camera 2";
   EXPECT_THAT(log.lines(), ElementsAre(gone, gone));
 }
 
@@ -289,28 +280,6 @@ TEST_F(Sensor3DTest, aNewSubscriptionShowsTheFormerImageUntilTheFirstNewOne) {
   EXPECT_EQ(sut->getData(), former);
   time.runDue();
   EXPECT_EQ(sut->getData().at(0).points[0].x, 2.0f);
-}
-
-TEST_F(Sensor3DTest, agreesWithTheSlowWayOnRecordedFrames) {
-  const auto frames = withThinned(test::loadDepthFrames());
-  if (frames.empty()) GTEST_SKIP() << "QV_DATA does not name the real data";
-  make(kHighResolutionModel);
-  sut->subscribe("me");
-  for (const auto& frame : frames) {
-    depth = frame.depth;
-    log.clear();
-    const auto records = next();
-    EXPECT_THAT(log.lines(), SizeIs(cv::countNonZero(depth > 15000))) << frame.name;
-    const Scans expected = reference(depth);
-    ASSERT_EQ(records.size(), expected.size()) << frame.name;
-    for (std::size_t i = 0; i < records.size(); ++i) {
-      ASSERT_EQ(records[i].points.size(), expected[i].size()) << frame.name << " " << i;
-      float worst = 0.0f;
-      for (std::size_t k = 0; k < expected[i].size(); ++k)
-        worst = std::max(worst, distance(records[i].points[k], expected[i][k]));
-      EXPECT_LT(worst, 0.001f) << frame.name << " " << i;
-    }
-  }
 }
 
 }  // namespace

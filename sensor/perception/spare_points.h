@@ -1,0 +1,32 @@
+#pragma once
+
+#include <cstddef>
+#include <vector>
+
+#include "platform/api.h"
+#include "platform/math/position.h"
+
+namespace QV::sensor {
+
+/**
+ * Lists of points that nobody needs any more, kept for their memory: fresh megabytes cost more than
+ * what is written into them. One thread at a time.
+ */
+class QV_API SparePoints {
+ public:
+  typedef std::vector<Math::Position3D> Points;
+
+  /** `count` points of any value: the smallest spare with room for them, or memory of their own. */
+  Points take(std::size_t count);
+
+  void give(Points&& points);
+
+  /** Forgets the oldest until there is room for at most so many points in all. */
+  void trim(std::size_t most);
+
+ private:
+  // In the order in which they were given.
+  std::vector<Points> spares;
+};
+
+}  // namespace QV::sensor
