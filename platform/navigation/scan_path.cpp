@@ -11,7 +11,6 @@
 #include "platform/navigation/grid_ray.h"
 #include "platform/navigation/plain_walk.h"
 #include "platform/navigation/scan_store.h"
-#include "platform/navigation/strip_walk.h"
 
 namespace QV::detail {
 namespace {
@@ -43,10 +42,10 @@ class Caster {
     fan.cosHeading = std::cos(heading);
     fan.sinHeading = std::sin(heading);
     fan.reach = maxRange / static_cast<double>(map.getResolution());
-    if (fan.store != nullptr && startsInside()) castTogether = findCastRays(path);
+    if (fan.store != nullptr && fan.startsInside()) castTogether = findCastRays(path);
   }
 
-  /** The ways, in cells, of up to kMostRays rays; infinity for those that hit nothing. */
+  /** The ways, in cells, of up to FanCast::kMostRays rays; infinity for those that hit nothing. */
   void cast(const double* cosines, const double* sines, int count, double* ways) const {
     if (castTogether != nullptr) castTogether(fan, cosines, sines, count, ways);
     for (int i = 0; i < count; ++i) {
@@ -55,18 +54,10 @@ class Caster {
   }
 
  private:
-  bool startsInside() const {
-    return fan.start.x > 0.0 && fan.start.x < fan.width && fan.start.y > 0.0 &&
-           fan.start.y < fan.height;
-  }
-
   double castOne(double cosine, double sine) const {
     const GridRay ray =
         aimRay(fan.width, fan.height, fan.start, cosine * fan.cosHeading - sine * fan.sinHeading,
                sine * fan.cosHeading + cosine * fan.sinHeading, fan.reach);
-    if (fan.store != nullptr) {
-      if (const auto way = walkStrips(*fan.store, ray)) return *way;
-    }
     return walkPlainly(map, ray, occupiedAbove);
   }
 
@@ -103,9 +94,9 @@ void simulateScan(const OccupancyMap& map, const Math::SensorFieldOfView2D& fiel
   }
   const Caster caster(map, scanPose, fieldOfView.maxRange, occupiedAbove, path);
   const double resolution = map.getResolution();
-  std::array<double, kMostRays> ways;
-  for (int begin = 0; begin < fan.rayCount; begin += kMostRays) {
-    const int count = std::min(kMostRays, fan.rayCount - begin);
+  std::array<double, FanCast::kMostRays + FanCast::kMore> ways;
+  for (int begin = 0; begin < fan.rayCount; begin += FanCast::kMostRays) {
+    const int count = std::min(FanCast::kMostRays, fan.rayCount - begin);
     caster.cast(&fan.cosines[begin], &fan.sines[begin], count, ways.data());
     for (int i = 0; i < count; ++i) {
       readings.push_back(toReading(ways[i] * resolution, fan.angles[begin + i], fieldOfView));
