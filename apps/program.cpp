@@ -9,31 +9,16 @@
 #include "apps/commands/commands.h"
 #include "apps/interrupt.h"
 #include "apps/usage_error.h"
+#include "platform/ko/log.h"
 
 namespace QV::app {
 namespace {
 
 constexpr int kFailure = 2;
 
-// Text may come from a file: nothing in it may act on a terminal.
-std::string printable(const std::string& text) {
-  static const char digits[] = "0123456789abcdef";
-  std::string result;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '\n') {
-      result += ' ';
-    } else if (byte < 0x20 || byte == 0x7f) {
-      result.append("\\x").append(1, digits[byte / 16]).append(1, digits[byte % 16]);
-    } else {
-      result += c;
-    }
-  }
-  return result;
-}
-
 int fail(const std::string& message) {
-  std::cerr << "qvsensors: " << printable(message) << '\n';
+  // It may quote a file: nothing in it may act on a terminal.
+  std::cerr << "qvsensors: " << ko::log::onOneLine(message) << '\n';
   return kFailure;
 }
 
@@ -64,7 +49,8 @@ std::string describe(const CLI::App& program, const CLI::ParseError& error) {
          "--help)";
 }
 
-int parseAndRun(CLI::App& program, int argc, const char* const* argv) {
+// `status` is what the command that runs sets it to.
+int parseAndRun(CLI::App& program, const int& status, int argc, const char* const* argv) {
   try {
     program.parse(argc, argv);
   } catch (const CLI::Success& success) {
@@ -74,14 +60,15 @@ int parseAndRun(CLI::App& program, int argc, const char* const* argv) {
   }
   std::cout.flush();
   if (!std::cout) return fail("standard output: can't be written");
-  return isInterrupted() ? getInterruptStatus() : 0;
+  return isInterrupted() ? getInterruptStatus() : status;
 }
 
 }  // namespace
 
 int runProgram(int argc, const char* const* argv) {
-  CLI::App program("Reads a mobile robot's sensors: of simulated robots in a map of yours.",
-                   "qvsensors");
+  CLI::App program(
+      "Reads a mobile robot's sensors: of simulated and embedded robots in a map of yours.",
+      "qvsensors");
   program.set_version_flag("--version", QV_VERSION);
   program.require_subcommand(1);
   program.set_help_all_flag("--help-all", "Help of every command");
@@ -89,10 +76,14 @@ int runProgram(int argc, const char* const* argv) {
   addReadCommand(program);
   addPlotCommand(program);
   addDriveCommand(program);
+  int status = 0;
+  addCheckCommand(program, status);
+  addWatchCommand(program);
+  addReplayCommand(program);
   catchInterrupts();
   try {
     checkCommand(program, argc, argv);
-    return parseAndRun(program, argc, argv);
+    return parseAndRun(program, status, argc, argv);
   } catch (const std::exception& exception) {
     return fail(exception.what());
   }

@@ -1,7 +1,13 @@
 // What a reader pays for the records of a whole robot, against a plain copy of the same vector.
 
+#include <algorithm>
+#include <atomic>
 #include <chrono>
 #include <memory>
+#include <string>
+#include <thread>
+#include <utility>
+#include <vector>
 
 #include <benchmark/benchmark.h>
 
@@ -26,6 +32,7 @@ Records recordsOf(int count, int points) {
 class CachedManager : public QV::sensor::SensorManager {
  public:
   explicit CachedManager(const Records& records) { xSetData(records); }
+  using SensorManager::xSetData;
   void setSensorsDebug(bool) override {}
 
  protected:
@@ -54,7 +61,37 @@ void getMetricalData(benchmark::State& state) {
   }
   state.counters["vs_copy"] = benchmark::Counter(copy / ours, benchmark::Counter::kAvgThreads);
 }
-BENCHMARK(getMetricalData)->ThreadRange(1, 4)->UseManualTime()->Unit(benchmark::kMicrosecond);
+BENCHMARK(getMetricalData)->DenseThreadRange(1, 4)->UseManualTime()->Unit(benchmark::kMicrosecond);
+
+// How long the refresher waits for readers that do nothing but read.
+void replaceWhileRead(benchmark::State& state) {
+  const Records records = recordsOf(50, 300);
+  CachedManager manager(records);
+  std::atomic<bool> stop{false};
+  std::vector<std::thread> readers;
+  for (int i = 0; i < state.range(0); ++i) {
+    readers.emplace_back([&] {
+      while (!stop) benchmark::DoNotOptimize(manager.getMetricalData());
+    });
+  }
+  std::vector<double> waits;
+  for (auto _ : state) {
+    Records fresh = records;
+    waits.push_back(secondsOf([&] { return manager.xSetData(std::move(fresh)), 0; }));
+    state.SetIterationTime(waits.back());
+  }
+  stop = true;
+  for (auto& reader : readers) reader.join();
+  std::sort(waits.begin(), waits.end());
+  state.counters["median_us"] = 1e6 * waits[waits.size() / 2];
+  state.counters["p99_us"] = 1e6 * waits[waits.size() * 99 / 100];
+}
+BENCHMARK(replaceWhileRead)
+    ->Arg(0)
+    ->Arg(4)
+    ->UseManualTime()
+    ->Iterations(3000)
+    ->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 

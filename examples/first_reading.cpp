@@ -9,7 +9,6 @@ int main() {
   QV::sensor::SimulatedSensorManager manager(1, &map);
   QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Sonar", "Asus"});
   manager.setPose2D({3.0f, 6.3f, 0.0f}, {3.0f, 6.3f, 0.0f});  // m, m, rad
-  for (const auto& record : manager.getMetricalData("Sonar")) {
+  for (const auto& record : manager.getMetricalData("Sonar"))
     std::cout << record.sensorName << ": " << record.points.size() << " points\n";
-  }
 }

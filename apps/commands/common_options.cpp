@@ -1,40 +1,122 @@
 #include "apps/commands/common_options.h"
 
 #include <iostream>
+#include <stdexcept>
+#include <utility>
 
 #include <CLI/CLI.hpp>
 
 #include "apps/arguments.h"
+#include "apps/run/embedded_run.h"
+#include "apps/run/find_room.h"
 #include "apps/run/pose_watch.h"
+#include "apps/run/simulated_run.h"
 #include "apps/shared_files.h"
 #include "apps/usage_error.h"
+#include "robot/world/map_files.h"
 #include "sensor/core/scoped_subscription.h"
 
 namespace QV::app {
+namespace {
 
-std::string CommonOptions::mapPath() const {
-  if (!map) return findSharedFile("maps/apartment.yaml");
-  if (map->empty()) throw UsageError("--map: a file expected, an empty name given");
-  return *map;
+std::string joined(const std::set<std::string>& names) {
+  std::string result;
+  for (const std::string& name : names) result += (result.empty() ? "" : ", ") + name;
+  return result;
+}
+
+std::string mapPathOf(const CommonOptions& options) {
+  if (!options.map) return findSharedFile("maps/apartment.yaml");
+  return *options.map;
+}
+
+std::vector<robot::Fault> faultsOf(const CommonOptions& options) {
+  std::vector<robot::Fault> faults;
+  for (const std::string& text : options.faults) faults.push_back(robot::parseFault(text));
+  return faults;
+}
+
+robot::WorldOptions worldOf(const CommonOptions& options, const Math::Pose2D& start) {
+  constexpr float kDistance = 1.2f;
+  robot::WorldOptions world;
+  world.start = start;
+  world.seed = options.seed;
+  world.rangeNoise = options.noise;
+  world.randomPeople = options.people;
+  if (options.somebodyAhead) {
+    world.people.push_back({{start * Math::Position2D(kDistance, 0.0f)}});
+  }
+  return world;
+}
+
+std::unique_ptr<RobotRun> makeEmbeddedRun(const CommonOptions& options, OccupancyMap map,
+                                          const Math::Pose2D& start) {
+  try {
+    return std::make_unique<EmbeddedRun>(*options.robot, std::move(map), worldOf(options, start),
+                                         faultsOf(options));
+  } catch (const std::invalid_argument& error) {
+    // The names of what can't be are those of the options.
+    throw UsageError(std::string("--").append(error.what()));
+  }
+}
+
+}  // namespace
+
+std::unique_ptr<RobotRun> CommonOptions::makeRun(std::optional<Math::Pose2D> start) const {
+  if (!robot) checkKind(kind);
+  if (!start && !pose.empty()) start = parsePose(pose);
+  OccupancyMap world = robot::loadMap(mapPathOf(*this));
+  if (!start) start = findRoom(world);
+  if (robot) return makeEmbeddedRun(*this, std::move(world), *start);
+  return std::make_unique<SimulatedRun>(kind, std::move(world), *start);
 }
 
 std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {
   const std::set<std::string> names(subscriptions.begin(), subscriptions.end());
-  checkNames(manager, names);
+  for (const std::string& name : names) {
+    if (manager.isFamily(name) || manager.isSensor(name)) continue;
+    throw UsageError("--subscribe: no sensor or family \"" + name +
+                     "\"; this robot has the families " + joined(manager.getFamilyNames()) +
+                     " and the sensors " + joined(manager.getSensorList()));
+  }
   return names.empty() ? manager.getFamilyNames() : names;
 }
 
-void addKind(CLI::App& command, CommonOptions& options) {
-  command
-      .add_option("--kind", options.kind,
-                  "robot kind: -1 (a perfect laser), 0 (two sonars) or 1 (bumpers, sonars, camera)")
-      ->capture_default_str();
+std::string namesAFile(const std::string& path) {
+  return path.empty() ? "a file expected, an empty name given" : "";
 }
 
-void addMap(CLI::App& command, CommonOptions& options) {
-  command.add_option(
-      "--map", options.map,
-      "map_server map: a YAML file beside its PGM or PNG (default: the project's own)");
+void addRobot(CLI::App& command, CommonOptions& options) {
+  command
+      .add_option("--kind", options.kind,
+                  "a robot with simulated sensors: -1 (a perfect laser), 0 (two sonars) or 1 "
+                  "(bumpers, sonars, camera)")
+      ->capture_default_str();
+  command
+      .add_option("--robot", options.robot,
+                  "an embedded robot with the sensors of a description (URDF)")
+      ->excludes("--kind")
+      ->check(namesAFile);
+}
+
+void addWorld(CLI::App& command, CommonOptions& options) {
+  addRobot(command, options);
+  command
+      .add_option("--map", options.map,
+                  "map_server map: a YAML file beside its PGM or PNG (default: the project's own)")
+      ->check(namesAFile);
+  command.add_option("--seed", options.seed, "of all chance in the world of --robot")
+      ->needs("--robot")
+      ->capture_default_str();
+  command.add_option("--noise", options.noise, "standard deviation of each range of --robot (m)")
+      ->needs("--robot");
+  command.add_option("--people", options.people, "people who walk about --robot")->needs("--robot");
+  command
+      .add_option("--fault", options.faults,
+                  "NAME:KIND[@FROM-TO]: a sensor of --robot is off, stuck, garbage, wrong, slow, "
+                  "delayed or intermittent, for the time (s) or for good; repeat for more")
+      ->allow_extra_args(false)
+      ->needs("--robot");
 }
 
 void addSubscriptions(CLI::App& command, CommonOptions& options) {
@@ -49,13 +131,24 @@ void addPose(CLI::App& command, CommonOptions& options) {
       ->required();
 }
 
-Reading readOnce(SimulatedRobot& robot, const CommonOptions& options) {
-  const Math::Pose2D pose = parsePose(options.pose);
-  if (const auto warning = PoseWatch(robot.getMap()).look(pose)) std::cerr << *warning << '\n';
-  robot.setPose(pose);
+void addOptionalPose(CLI::App& command, CommonOptions& options) {
+  command.add_option("--pose", options.pose,
+                     "robot pose x,y,theta in the map (m, rad; default: where there is room)");
+}
+
+void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats) {
+  command.add_option("--format", options.format, formats)->capture_default_str();
+}
+
+std::vector<Math::MetricalData> readOnce(RobotRun& robot, ko::SimulatedTime& time,
+                                         const CommonOptions& options) {
+  if (const auto warning = PoseWatch(robot.getMap()).look(robot.getPose())) {
+    std::cerr << *warning << '\n';
+  }
   auto& manager = robot.getManager();
   const sensor::ScopedSubscription subscription(manager, "qvsensors", options.namesFor(manager));
-  return {pose, manager.getMetricalData()};
+  time.advance(robot.getSettlingTime());
+  return manager.getMetricalData();
 }
 
 }  // namespace QV::app

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <cstdint>
+#include <memory>
 #include <optional>
 #include <set>
 #include <string>
@@ -7,34 +9,50 @@
 
 #include <CLI/App.hpp>
 
-#include "apps/run/simulated_robot.h"
+#include "apps/run/robot_run.h"
+#include "platform/ko/simulated_time.h"
 
 namespace QV::app {
 
 /** The options that several commands share. */
 struct CommonOptions {
   int kind = 1;
+  std::optional<std::string> robot;
   std::optional<std::string> map;
+  std::uint64_t seed = 1;
+  float noise = 0.0f;
+  int people = 0;
+  std::vector<std::string> faults;
   std::vector<std::string> subscriptions;
   std::string pose;
+  /** Somebody stands before --robot. */
+  bool somebodyAhead = false;
   std::string format = "table";
 
-  std::string mapPath() const;
+  /**
+   * The robot that was asked for, at `start`; else at --pose, or without one where it has room.
+   * UsageError, and what is wrong with its files.
+   */
+  std::unique_ptr<RobotRun> makeRun(std::optional<Math::Pose2D> start = std::nullopt) const;
   /** What was subscribed to, or every family. UsageError for a name that doesn't exist. */
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };
 
-void addKind(CLI::App& command, CommonOptions& options);
-void addMap(CLI::App& command, CommonOptions& options);
+/** A check of an option's value: what is wrong with an empty one, nothing for any other. */
+std::string namesAFile(const std::string& path);
+
+/** --kind or --robot. */
+void addRobot(CLI::App& command, CommonOptions& options);
+/** The same, and the world that the robot stands in. */
+void addWorld(CLI::App& command, CommonOptions& options);
 void addSubscriptions(CLI::App& command, CommonOptions& options);
 void addPose(CLI::App& command, CommonOptions& options);
+/** The same, where the program can choose one. */
+void addOptionalPose(CLI::App& command, CommonOptions& options);
+void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats);
 
-/** One reading at the pose of the options. */
-struct Reading {
-  Math::Pose2D pose;
-  std::vector<Math::MetricalData> records;
-};
-
-Reading readOnce(SimulatedRobot& robot, const CommonOptions& options);
+/** The records of what the options subscribe to, once every sensor has had the time for one. */
+std::vector<Math::MetricalData> readOnce(RobotRun& robot, ko::SimulatedTime& time,
+                                         const CommonOptions& options);
 
 }  // namespace QV::app

@@ -1,110 +1,135 @@
-#include <algorithm>
 #include <iostream>
 #include <memory>
-#include <numbers>
+
+#include <nlohmann/json.hpp>
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/output/number_text.h"
+#include "apps/output/record_output.h"
 #include "apps/output/table.h"
-#include "apps/run/description_file.h"
-#include "platform/model/number_text.h"
-#include "sensor/core/scoped_subscription.h"
-#include "sensor/real/sensor_family.h"
+#include "apps/run/listed_sensor.h"
+#include "robot/world/robot_description.h"
 
 namespace QV::app {
 namespace {
 
-// At the origin, and without a map, a record's transform is the sensor's mounting.
-std::vector<Math::MetricalData> mountings(int kind) {
-  sensor::SimulatedSensorManager manager(kind, nullptr);
-  const sensor::ScopedSubscription subscription(manager, "qvsensors");
-  return manager.getMetricalData();
+using nlohmann::ordered_json;
+
+void printKind(int kind, const std::vector<ListedSensor>& sensors) {
+  std::cout << "Simulated sensors of kind " << kind
+            << ". Mounting in the robot's frame (m, rad), ranges in m, apertures in rad.\n";
+  Table table({"family", "sensor", ">min", ">max", ">aperture", ">rays", ">x", ">y", ">heading"});
+  for (const auto& sensor : sensors) {
+    const auto& fov = sensor.fieldOfView;
+    table.add({sensor.family, sensor.name, shortest(fov.minRange), shortest(fov.maxRange),
+               fixed(fov.angularRange, 3), std::to_string(fov.rayCount),
+               fixed(sensor.position.x, 2), fixed(sensor.position.y, 2), fixed(sensor.heading, 3)});
+  }
+  table.print(std::cout);
 }
 
-// Half a turn comes back from a transform with either sign.
-float headingOf(const Math::Pose2D& pose) {
-  constexpr float kPi = std::numbers::pi_v<float>;
-  return pose.theta < -kPi + 1e-5f ? pose.theta + 2.0f * kPi : pose.theta;
-}
-
-std::string inFamily(const Model::SensorConfig& config) {
-  const std::string family = sensor::familyOfType(config.type);
-  return family.empty() ? "(none)" : family;
-}
-
-void listSensors(const Model::Robot& robot) {
+void printSensors(const Model::Robot& robot) {
   std::cout << "Robot " << robot.name << " of kind " << robot.kindCode
             << ". Mounting in the link's frame (m, rad), ranges in m, apertures in rad.\n";
   Table table({"family", "sensor", ">type", ">min", ">max", ">aperture", ">keys", "link", ">x",
                ">y", ">z", ">heading"});
-  for (const auto& [name, config] : robot.sensorConfigs) {
-    const auto number = [&config](const char* key, int decimals) {
-      const auto found = config.properties.find(key);
-      return fixed(found == config.properties.end() ? 0.0 : Model::atofC(found->second), decimals);
-    };
-    const auto at = Math::position3DFromTransform(config.origin);
-    table.add({inFamily(config), name, std::to_string(config.type),
-               number("minimumDetectionDistance", 2), number("maximumDetectionDistance", 2),
-               number("horizontalAngularRange", 3), std::to_string(config.memoryKeys.size()),
-               config.parentLink, fixed(at.x, 2), fixed(at.y, 2), fixed(at.z, 2),
-               fixed(headingOf(Math::pose2DFromTransform(config.origin)), 3)});
+  for (const auto& sensor : sensorsOf(robot)) {
+    const auto& fov = sensor.fieldOfView;
+    table.add({sensor.family.empty() ? "(none)" : sensor.family, sensor.name,
+               std::to_string(sensor.type), fixed(fov.minRange, 2), fixed(fov.maxRange, 2),
+               fixed(fov.angularRange, 3), std::to_string(sensor.keys), sensor.link,
+               fixed(sensor.position.x, 2), fixed(sensor.position.y, 2),
+               fixed(sensor.position.z, 2), fixed(sensor.heading, 3)});
   }
   table.print(std::cout);
 }
 
-void listShapes(const Model::Robot& robot) {
+bool isSupported(const Model::CollisionShape& shape) {
+  return !std::holds_alternative<Math::UnsupportedShape>(shape.getShape());
+}
+
+void printShapes(const Model::Robot& robot) {
   std::cout << "\nCollision shapes\n";
   Table table({"shape", "kind", "joint", ""});
   for (const auto& [name, shape] : robot.collisionShapes) {
-    const bool supported = !std::holds_alternative<Math::UnsupportedShape>(shape->getShape());
     table.add({name, Math::getKind(shape->getShape()),
                shape->getParentJoint().empty() ? "(root)" : shape->getParentJoint(),
-               supported ? "" : "not supported"});
+               isSupported(*shape) ? "" : "not supported"});
   }
   table.print(std::cout);
 }
 
-void listDescription(const std::string& path) {
-  const Model::Robot robot = readDescription(path);
-  listSensors(robot);
-  listShapes(robot);
+ordered_json sensorToJson(const ListedSensor& sensor) {
+  const auto& at = sensor.position;
+  return {{"name", sensor.name},
+          {"family", sensor.family},
+          {"fieldOfView", toJson(sensor.fieldOfView)},
+          {"mounting",
+           {{"x", toJson(at.x)},
+            {"y", toJson(at.y)},
+            {"z", toJson(at.z)},
+            {"heading", toJson(sensor.heading)}}}};
 }
 
-void listKind(const CommonOptions& options) {
-  checkKind(options.kind);
-  std::cout << "Simulated sensors of kind " << options.kind
-            << ". Mounting in the robot's frame (m, rad), ranges in m, apertures in rad.\n";
-  Table table({"family", "sensor", ">min", ">max", ">aperture", ">rays", ">x", ">y", ">theta"});
-  auto records = mountings(options.kind);
-  std::stable_sort(records.begin(), records.end(),
-                   [](const auto& a, const auto& b) { return a.familyName < b.familyName; });
-  for (const auto& record : records) {
-    const auto& fov = record.fieldOfView;
-    const auto pose = Math::pose2DFromTransform(record.sensorTransform);
-    table.add({record.familyName, record.sensorName, shortest(fov.minRange), shortest(fov.maxRange),
-               fixed(fov.angularRange, 3), std::to_string(fov.rayCount), fixed(pose.x, 2),
-               fixed(pose.y, 2), fixed(headingOf(pose), 3)});
+ordered_json robotToJson(const Model::Robot& robot) {
+  ordered_json result{{"robot", robot.name}, {"kind", robot.kindCode}};
+  for (const auto& sensor : sensorsOf(robot)) {
+    ordered_json listed = sensorToJson(sensor);
+    listed["fieldOfView"].erase("rayCount");
+    listed["type"] = sensor.type;
+    listed["memoryKeys"] = sensor.keys;
+    listed["link"] = sensor.link;
+    result["sensors"].push_back(listed);
   }
-  table.print(std::cout);
+  for (const auto& [name, shape] : robot.collisionShapes) {
+    result["collisionShapes"].push_back({{"name", name},
+                                         {"kind", Math::getKind(shape->getShape())},
+                                         {"joint", shape->getParentJoint()},
+                                         {"supported", isSupported(*shape)}});
+  }
+  return result;
+}
+
+ordered_json kindToJson(int kind, const std::vector<ListedSensor>& sensors) {
+  ordered_json result{{"kind", kind}};
+  for (const auto& sensor : sensors) result["sensors"].push_back(sensorToJson(sensor));
+  return result;
+}
+
+void listKind(int kind, Format format) {
+  const auto sensors = sensorsOfKind(kind);
+  if (format == Format::json) {
+    std::cout << kindToJson(kind, sensors) << '\n';
+  } else {
+    printKind(kind, sensors);
+  }
+}
+
+void listDescription(const std::string& path, Format format) {
+  const Model::Robot robot = robot::RobotDescription::fromFile(path).model;
+  if (format == Format::json) {
+    std::cout << robotToJson(robot) << '\n';
+    return;
+  }
+  printSensors(robot);
+  printShapes(robot);
 }
 
 }  // namespace
 
 void addListCommand(CLI::App& program) {
   auto options = std::make_shared<CommonOptions>();
-  CLI::App* command = program.add_subcommand("list", "Show a robot's sensors by family");
-  auto description = std::make_shared<std::string>();
-  addKind(*command, *options);
-  command
-      ->add_option("--robot", *description,
-                   "robot description (URDF): its sensors, families and collision shapes")
-      ->excludes("--kind");
-  command->callback([options, description] {
-    if (description->empty()) {
-      listKind(*options);
+  CLI::App* command = program.add_subcommand(
+      "list", "Show a robot's sensors by family; of a description its collision shapes, too");
+  addRobot(*command, *options);
+  addFormat(*command, *options, "table; json: one object");
+  command->callback([options] {
+    const Format format = parseFormat(options->format, {Format::table, Format::json});
+    if (options->robot) {
+      listDescription(*options->robot, format);
     } else {
-      listDescription(*description);
+      listKind(options->kind, format);
     }
   });
 }

@@ -10,12 +10,10 @@ namespace {
 
 void plot(const CommonOptions& options, const std::string& output) {
   checkPicturePath(output);
-  SimulatedRobot robot(options.kind, options.mapPath());
-  const Reading reading = readOnce(robot, options);
-  writePicture({robot.getMap(),
-                {reading.pose},
-                reading.records,
-                "Simulated robot of kind " + std::to_string(options.kind)},
+  ko::SimulatedTime time;
+  const auto robot = options.makeRun();
+  const auto records = readOnce(*robot, time, options);
+  writePicture({robot->getMap(), {robot->getPose()}, records, robot->getTitle(), robot->getFrame()},
                output);
   std::cout << "Wrote " << output << '\n';
 }
@@ -26,11 +24,12 @@ void addPlotCommand(CLI::App& program) {
   auto options = std::make_shared<CommonOptions>();
   auto output = std::make_shared<std::string>("scan.png");
   CLI::App* command = program.add_subcommand("plot", "Draw one reading over the map, as a PNG");
-  addMap(*command, *options);
-  addKind(*command, *options);
+  addWorld(*command, *options);
   addPose(*command, *options);
   addSubscriptions(*command, *options);
-  command->add_option("-o,--output", *output, "picture to write")->capture_default_str();
+  command->add_option("-o,--output", *output, "picture to write")
+      ->check(namesAFile)
+      ->capture_default_str();
   command->callback([options, output] { plot(*options, *output); });
 }
 

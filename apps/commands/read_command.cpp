@@ -10,8 +10,9 @@ namespace {
 
 void read(const CommonOptions& options) {
   const Format format = parseFormat(options.format);
-  SimulatedRobot robot(options.kind, options.mapPath());
-  writeRecords(std::cout, readOnce(robot, options).records, format, "map");
+  ko::SimulatedTime time;
+  const auto robot = options.makeRun();
+  writeRecords(std::cout, readOnce(*robot, time, options), format, robot->getFrame());
 }
 
 }  // namespace
@@ -19,14 +20,10 @@ void read(const CommonOptions& options) {
 void addReadCommand(CLI::App& program) {
   auto options = std::make_shared<CommonOptions>();
   CLI::App* command = program.add_subcommand("read", "Read the sensors once, at one pose");
-  addMap(*command, *options);
-  addKind(*command, *options);
+  addWorld(*command, *options);
   addPose(*command, *options);
   addSubscriptions(*command, *options);
-  command
-      ->add_option("--format", options->format,
-                   "table; json: a record per line; csv: a point per line")
-      ->capture_default_str();
+  addFormat(*command, *options, "table; json: a record per line; csv: a point per line");
   command->callback([options] { read(*options); });
 }
 

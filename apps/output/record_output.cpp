@@ -13,24 +13,13 @@ namespace {
 
 using nlohmann::ordered_json;
 
-ordered_json number(float value) {
-  if (!std::isfinite(value)) return nullptr;
-  const std::string text = shortest(value);
-  double result = 0.0;
-  std::from_chars(text.data(), text.data() + text.size(), result);
-  return result;
+const char* getName(Format format) {
+  static const char* const names[] = {"table", "json", "csv"};
+  return names[static_cast<int>(format)];
 }
 
-ordered_json toJson(const Math::SensorFieldOfView2D& fieldOfView) {
-  return {{"minRange", number(fieldOfView.minRange)},
-          {"maxRange", number(fieldOfView.maxRange)},
-          {"angularRange", number(fieldOfView.angularRange)},
-          {"rayCount", fieldOfView.rayCount}};
-}
-
-void writeTable(std::ostream& out, const std::vector<Math::MetricalData>& records,
-                const std::string& frame) {
-  out << "Places: sensors in the " << frame
+void writeTable(std::ostream& out, const std::vector<Math::MetricalData>& records, Frame frame) {
+  out << "Places: sensors in the " << getName(frame)
       << "'s frame (x y z in m). Ranges in m, angles in rad.\n";
   Table table({"sensor", "family", ">points", ">nearest", ">range", ">aperture", ">at x", ">y",
                ">z", ">time s"});
@@ -54,16 +43,16 @@ std::string quoted(const std::string& text) {
   return result;
 }
 
-void writeCsv(std::ostream& out, const std::vector<Math::MetricalData>& records,
-              const std::string& frame) {
+void writeCsv(std::ostream& out, const std::vector<Math::MetricalData>& records, Frame frame) {
   out << "sensorName,familyName,frame,minRange,maxRange,angularRange,rayCount,timestamp";
   for (int i = 0; i < 12; ++i) out << ",t" << i / 4 << i % 4;
   out << ",point,x,y,z\n";
   for (const auto& record : records) {
     const auto& fov = record.fieldOfView;
-    std::string start = quoted(record.sensorName) + "," + quoted(record.familyName) + "," + frame +
-                        "," + shortest(fov.minRange) + "," + shortest(fov.maxRange) + "," +
-                        shortest(fov.angularRange) + "," + std::to_string(fov.rayCount) + "," +
+    std::string start = quoted(record.sensorName) + "," + quoted(record.familyName) + "," +
+                        getName(frame) + "," + shortest(fov.minRange) + "," +
+                        shortest(fov.maxRange) + "," + shortest(fov.angularRange) + "," +
+                        std::to_string(fov.rayCount) + "," +
                         std::to_string(record.timestamp.time_since_epoch().count());
     for (const float value : record.sensorTransform.values)
       start.append(",").append(shortest(value));
@@ -78,19 +67,37 @@ void writeCsv(std::ostream& out, const std::vector<Math::MetricalData>& records,
 
 }  // namespace
 
-Format parseFormat(const std::string& text) {
-  if (text == "table") return Format::table;
-  if (text == "json") return Format::json;
-  if (text == "csv") return Format::csv;
-  throw UsageError("--format: table, json or csv expected, \"" + text + "\" given");
+Format parseFormat(const std::string& text, const std::vector<Format>& known) {
+  std::string names;
+  for (const Format format : known) {
+    if (text == getName(format)) return format;
+    names.append(names.empty() ? "" : format == known.back() ? " or " : ", ");
+    names.append(getName(format));
+  }
+  throw UsageError("--format: " + names + " expected, \"" + text + "\" given");
 }
 
-ordered_json toJson(const Math::MetricalData& record, const std::string& frame) {
+ordered_json toJson(float value) {
+  if (!std::isfinite(value)) return nullptr;
+  const std::string text = shortest(value);
+  double result = 0.0;
+  std::from_chars(text.data(), text.data() + text.size(), result);
+  return result;
+}
+
+ordered_json toJson(const Math::SensorFieldOfView2D& fieldOfView) {
+  return {{"minRange", toJson(fieldOfView.minRange)},
+          {"maxRange", toJson(fieldOfView.maxRange)},
+          {"angularRange", toJson(fieldOfView.angularRange)},
+          {"rayCount", fieldOfView.rayCount}};
+}
+
+ordered_json toJson(const Math::MetricalData& record, Frame frame) {
   ordered_json transform = ordered_json::array();
-  for (const float value : record.sensorTransform.values) transform.push_back(number(value));
+  for (const float value : record.sensorTransform.values) transform.push_back(toJson(value));
   ordered_json points = ordered_json::array();
   for (const auto& point : record.points) {
-    points.push_back({{"x", number(point.x)}, {"y", number(point.y)}, {"z", number(point.z)}});
+    points.push_back({{"x", toJson(point.x)}, {"y", toJson(point.y)}, {"z", toJson(point.z)}});
   }
   return {{"sensorName", record.sensorName},
           {"familyName", record.familyName},
@@ -98,7 +105,7 @@ ordered_json toJson(const Math::MetricalData& record, const std::string& frame) 
           {"sensorTransform", transform},
           {"points", points},
           {"timestamp", record.timestamp.time_since_epoch().count()},
-          {"frame", frame}};
+          {"frame", getName(frame)}};
 }
 
 std::optional<float> nearestObstacle(const Math::MetricalData& record) {
@@ -113,7 +120,7 @@ std::optional<float> nearestObstacle(const Math::MetricalData& record) {
 }
 
 void writeRecords(std::ostream& out, const std::vector<Math::MetricalData>& records, Format format,
-                  const std::string& frame) {
+                  Frame frame) {
   switch (format) {
     case Format::table:
       writeTable(out, records, frame);

@@ -48,16 +48,16 @@ int layOut(const std::vector<Item>& items, int width, int top, cv::Mat* page) {
   return y + kLine;
 }
 
-std::vector<Item> itemsOf(const std::vector<Math::MetricalData>& records, bool hasPath) {
+std::vector<Item> itemsOf(const RunPicture& picture) {
   std::map<std::string, std::set<std::string>> families;
-  for (const auto& record : records) families[record.familyName].insert(record.sensorName);
+  for (const auto& record : picture.records) families[record.familyName].insert(record.sensorName);
   std::vector<Item> items;
   for (const auto& [family, sensors] : families) {
     std::string names;
     for (const auto& sensor : sensors) names += (names.empty() ? "" : ", ") + sensor;
     items.push_back({family + ": " + names, colourOfFamily(family)});
   }
-  if (hasPath) items.push_back({"robot's way", kPath});
+  if (picture.poses.size() > 1) items.push_back({"robot's way", kPath});
   items.push_back({"unknown", kUnknown});
   items.push_back({"occupied", kInk});
   return items;
@@ -80,19 +80,26 @@ void drawScaleBar(cv::Mat& page, double pixelsPerMetre, int y) {
   write(page, shortest(static_cast<float>(metres)) + " m", {end + 14, y + 5});
 }
 
+std::string captionFor(Frame frame) {
+  if (frame == Frame::robot) {
+    return "Records are in the robot's frame and drawn at its pose. Thick arcs: ranges without "
+           "direction; what is out of range and the floor under the depth camera are left out.";
+  }
+  return "Simulated fans all look along the robot's heading. Thick arcs: nearest echoes; small "
+         "dots: rays that met nothing.";
+}
+
 }  // namespace
 
-cv::Mat withLegend(MapCanvas& canvas, const std::string& title,
-                   const std::vector<Math::MetricalData>& records, bool hasPath) {
+cv::Mat withLegend(MapCanvas& canvas, const RunPicture& picture) {
   const cv::Mat& image = canvas.getImage();
-  const std::string caption =
-      "Simulated fans all look along the robot's heading. Thick arcs: nearest echoes; small dots: "
-      "rays that met nothing.";
+  const std::string& title = picture.title;
+  const std::string caption = captionFor(picture.frame);
   const int width = std::max(
       {image.cols, 480, textWidth(title) * 3 / 2 + 2 * kMargin, textWidth(caption) + 2 * kMargin});
   const int titleHeight = 52;
   const int legendTop = titleHeight + image.rows + kLine + 8;
-  const auto items = itemsOf(records, hasPath);
+  const auto items = itemsOf(picture);
   const int barY = layOut(items, width, legendTop, nullptr);
   cv::Mat page(barY + 2 * kLine + 10, width, CV_8UC3, kPaper);
   write(page, title, {kMargin, 34}, kTextSize * 1.4);

@@ -74,7 +74,8 @@ void MapCanvas::xDrawMap(const OccupancyMap& map) {
   const double pixelsPerCell = scale * map.getResolution();
   if (pixelsPerCell < 1.0) {
     // Walls one cell thick would fall between the pixels.
-    const int reach = static_cast<int>(std::ceil(1.0 / pixelsPerCell));
+    const double most = std::max(grey.cols, grey.rows);
+    const int reach = static_cast<int>(std::min(std::ceil(1.0 / pixelsPerCell), most));
     cv::erode(grey, grey, cv::getStructuringElement(cv::MORPH_RECT, {reach, reach}));
   }
   // From the pixel's centre to the world, from there into the map, and to the cell's centre.

@@ -10,31 +10,37 @@
 #include <opencv2/imgcodecs.hpp>
 #include <opencv2/imgproc.hpp>
 
-#include "apps/output/number_text.h"
 #include "apps/picture/legend.h"
 #include "apps/picture/map_canvas.h"
 #include "apps/picture/palette.h"
+#include "apps/picture/placed_record.h"
 #include "apps/usage_error.h"
 
 namespace QV::app {
 namespace {
 
 constexpr int kWidestPixels = 1400;
-// Maps larger than this are shown around the robot's way only, metres.
+// Larger maps, and ways far from the map, are shown around the robot's way only, metres.
 constexpr double kWidestArea = 45.0;
 constexpr float kRobotRadius = 0.2f;
+// From so many points on they are drawn small.
+constexpr std::size_t kDense = 500;
 
 typedef std::vector<Math::Position2D> Positions;
+typedef std::vector<PlacedRecord> PlacedRecords;
 
-// Simulated fans look along the robot's heading, whatever their mounting.
-Positions arc(const Math::Pose2D& robot, const Math::SensorFieldOfView2D& fov, float range) {
+Positions arc(const PlacedRecord& record, float range) {
   constexpr int kSteps = 72;
   Positions positions;
   for (int i = 0; i <= kSteps; ++i) {
-    const float angle = fov.angularRange * (static_cast<float>(i) / kSteps - 0.5f);
-    positions.push_back(robot * Math::Position2D::fromPolarCoordinates(range, angle));
+    const float angle = record.fieldOfView.angularRange * (static_cast<float>(i) / kSteps - 0.5f);
+    positions.push_back(record.origin * Math::Position2D::fromPolarCoordinates(range, angle));
   }
   return positions;
+}
+
+double sideOf(const WorldArea& area) {
+  return std::max(area.right - area.left, area.top - area.bottom);
 }
 
 WorldArea withPosition(const WorldArea& area, const Math::Position2D& position, double margin) {
@@ -43,27 +49,25 @@ WorldArea withPosition(const WorldArea& area, const Math::Position2D& position, 
 }
 
 // The robot and its fans show whole, also at the map's edge or outside it.
-WorldArea withReading(WorldArea area, const RunPicture& picture) {
+WorldArea withReading(WorldArea area, const Math::Pose2D& robot, const PlacedRecords& records) {
   constexpr double kMargin = 0.3;
-  const Math::Pose2D robot = picture.poses.back();
   area = withPosition(area, Math::position2DFromPose2D(robot), kMargin);
-  for (const auto& record : picture.records) {
-    for (const auto& position : arc(robot, record.fieldOfView, record.fieldOfView.maxRange)) {
+  for (const auto& record : records) {
+    for (const auto& position : arc(record, record.fieldOfView.maxRange)) {
       area = withPosition(area, position, kMargin);
     }
   }
   return area;
 }
 
-WorldArea areaToShow(const RunPicture& picture) {
+WorldArea areaToShow(const RunPicture& picture, const PlacedRecords& records) {
   const WorldArea whole = areaOf(picture.map);
-  if (std::max(whole.right - whole.left, whole.top - whole.bottom) <= kWidestArea) {
-    return withReading(whole, picture);
+  if (sideOf(whole) <= kWidestArea) {
+    const WorldArea all = withReading(whole, picture.poses.back(), records);
+    if (sideOf(all) <= 2.0 * kWidestArea) return all;
   }
   double margin = 3.0;
-  for (const auto& record : picture.records) {
-    margin = std::max(margin, record.fieldOfView.maxRange + 1.0);
-  }
+  for (const auto& record : records) margin = std::max(margin, record.fieldOfView.maxRange + 1.0);
   WorldArea area{INFINITY, INFINITY, -INFINITY, -INFINITY};
   for (const auto& pose : picture.poses) {
     area = withPosition(area, Math::position2DFromPose2D(pose), margin);
@@ -75,31 +79,39 @@ bool isFullTurn(const Math::SensorFieldOfView2D& fov) {
   return fov.angularRange >= 2.0f * std::numbers::pi_v<float>;
 }
 
-void drawFieldOfView(MapCanvas& canvas, const Math::Pose2D& robot,
-                     const Math::MetricalData& record) {
-  Positions outline = arc(robot, record.fieldOfView, record.fieldOfView.maxRange);
+// Sensors in one place share a fan, and so do the records of one sensor.
+bool isSameFan(const PlacedRecord& a, const PlacedRecord& b) {
+  constexpr float kNear = 0.2f;
+  const Math::Pose2D apart = Math::pinv(a.origin) * b.origin;
+  return a.family == b.family && std::hypot(apart.x, apart.y) < kNear &&
+         std::abs(apart.theta) < kNear && a.fieldOfView.maxRange == b.fieldOfView.maxRange &&
+         a.fieldOfView.angularRange == b.fieldOfView.angularRange;
+}
+
+void drawFieldOfView(MapCanvas& canvas, const PlacedRecord& record) {
+  Positions outline = arc(record, record.fieldOfView.maxRange);
   if (!isFullTurn(record.fieldOfView)) {
-    outline.insert(outline.begin(), Math::position2DFromPose2D(robot));
-    outline.push_back(Math::position2DFromPose2D(robot));
+    outline.insert(outline.begin(), Math::position2DFromPose2D(record.origin));
+    outline.push_back(Math::position2DFromPose2D(record.origin));
   }
-  const cv::Scalar colour = colourOfFamily(record.familyName);
+  const cv::Scalar colour = colourOfFamily(record.family);
   canvas.fillPolygon(outline, colour, 0.13);
   canvas.drawPolyline(outline, colour, 1);
 }
 
-// A nearest echo has a range and no direction: an arc. Other points stand where they were measured.
-void drawPoints(MapCanvas& canvas, const Math::Pose2D& robot, const Math::MetricalData& record) {
-  const cv::Scalar colour = colourOfFamily(record.familyName);
-  if (record.points.size() == 1) {
-    canvas.drawPolyline(arc(robot, record.fieldOfView, record.points[0].x), colour, 4);
-    return;
+void drawFieldsOfView(MapCanvas& canvas, const PlacedRecords& records) {
+  for (auto record = records.begin(); record != records.end(); ++record) {
+    const auto isDrawn = [&](const PlacedRecord& other) { return isSameFan(other, *record); };
+    if (std::none_of(records.begin(), record, isDrawn)) drawFieldOfView(canvas, *record);
   }
-  const float limit = record.fieldOfView.maxRange * (1.0f - 1e-5f);
-  for (const auto& point : record.points) {
-    const Math::Position2D position(point.x, point.y);
-    const bool miss = Math::norm(position) >= limit;
-    canvas.drawDot(robot * position, miss ? 1.5 : 3.5, colour);
-  }
+}
+
+void drawPoints(MapCanvas& canvas, const PlacedRecord& record) {
+  const cv::Scalar colour = colourOfFamily(record.family);
+  if (record.echo) canvas.drawPolyline(arc(record, *record.echo), colour, 4);
+  const double radius = record.hits.size() > kDense ? 1.5 : 3.5;
+  for (const auto& position : record.hits) canvas.drawDot(position, radius, colour);
+  for (const auto& position : record.misses) canvas.drawDot(position, 1.5, colour);
 }
 
 void drawRobot(MapCanvas& canvas, const Math::Pose2D& robot) {
@@ -118,8 +130,15 @@ void drawPath(MapCanvas& canvas, const std::vector<Math::Pose2D>& poses) {
   canvas.drawDot(path.front(), 6.0, kPath);
 }
 
-bool isWider(const Math::MetricalData& a, const Math::MetricalData& b) {
-  return a.fieldOfView.maxRange > b.fieldOfView.maxRange;
+PlacedRecords placeAll(const RunPicture& picture) {
+  PlacedRecords placed;
+  for (const auto& record : picture.records) {
+    placed.push_back(place(record, picture.poses.back(), picture.frame));
+  }
+  std::stable_sort(placed.begin(), placed.end(), [](const auto& a, const auto& b) {
+    return a.fieldOfView.maxRange > b.fieldOfView.maxRange;
+  });
+  return placed;
 }
 
 }  // namespace
@@ -133,15 +152,13 @@ void checkPicturePath(const std::string& path) {
 }
 
 void writePicture(const RunPicture& picture, const std::string& path) {
-  MapCanvas canvas(picture.map, areaToShow(picture), kWidestPixels);
-  const Math::Pose2D robot = picture.poses.back();
-  auto records = picture.records;
-  std::stable_sort(records.begin(), records.end(), isWider);
-  for (const auto& record : records) drawFieldOfView(canvas, robot, record);
+  const PlacedRecords records = placeAll(picture);
+  MapCanvas canvas(picture.map, areaToShow(picture, records), kWidestPixels);
+  drawFieldsOfView(canvas, records);
   if (picture.poses.size() > 1) drawPath(canvas, picture.poses);
-  for (const auto& record : records) drawPoints(canvas, robot, record);
-  drawRobot(canvas, robot);
-  const cv::Mat page = withLegend(canvas, picture.title, picture.records, picture.poses.size() > 1);
+  for (const auto& record : records) drawPoints(canvas, record);
+  drawRobot(canvas, picture.poses.back());
+  const cv::Mat page = withLegend(canvas, picture);
   if (!cv::imwrite(path, page)) throw std::runtime_error(path + ": can't be written");
 }
 

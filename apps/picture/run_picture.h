@@ -3,18 +3,21 @@
 #include <string>
 #include <vector>
 
+#include "apps/output/frame.h"
 #include "platform/math/metrical_data.h"
 #include "platform/navigation/occupancy_map.h"
 
 namespace QV::app {
 
-/** What a picture of simulated sensors shows over the map. */
+/** What a picture of a robot and its sensors shows over the map. */
 struct RunPicture {
   const OccupancyMap& map;
   /** The robot's way, map frame; its last pose is where the records were read. One pose or more. */
   std::vector<Math::Pose2D> poses;
   std::vector<Math::MetricalData> records;
   std::string title;
+  /** Simulated fans look along the heading, whatever a sensor's mounting; others where they do. */
+  Frame frame = Frame::map;
 };
 
 /** UsageError unless `path` names a PNG in a folder that can be written to. */

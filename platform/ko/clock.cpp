@@ -1,5 +1,7 @@
 #include "platform/ko/clock.h"
 
+#include <algorithm>
+
 #include <boost/chrono/floor.hpp>
 
 #include "platform/ko/time_source.h"
@@ -32,7 +34,9 @@ Clock::time_point Clock::fromInt32ms(std::int32_t ms, time_point reference,
   const std::uint32_t wanted =
       static_cast<std::uint32_t>(ms) - static_cast<std::uint32_t>(offsetMs);
   const auto distance = static_cast<std::int32_t>(wanted - static_cast<std::uint32_t>(referenceMs));
-  return time_point(boost::chrono::milliseconds(referenceMs + distance));
+  constexpr std::int64_t kMostMs = Duration::max().count() / 1'000'000;
+  return time_point(
+      boost::chrono::milliseconds(std::clamp(referenceMs + distance, -kMostMs, kMostMs)));
 }
 
 }  // namespace ko

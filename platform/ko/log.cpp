@@ -75,18 +75,6 @@ spdlog::level::level_enum toSpdlog(Level level) {
   return spdlog::level::off;
 }
 
-std::string onOneLine(const std::string& text) {
-  std::string result;
-  for (const char c : text) {
-    if (c == '\n') {
-      result += "\\n";
-    } else {
-      result += c;
-    }
-  }
-  return result;
-}
-
 // The two limits that hold for a category: standard error's and that of the sinks.
 struct Limits {
   Level console;
@@ -182,6 +170,22 @@ void write(Level level, std::string_view category, std::string_view method, std:
                                                          ": " + onOneLine(record.message)));
   }
   deliver(sinks, record);
+}
+
+std::string onOneLine(const std::string& text) {
+  static const char digits[] = "0123456789abcdef";
+  std::string result;
+  for (const char c : text) {
+    const auto byte = static_cast<unsigned char>(c);
+    if (c == '\n') {
+      result += "\\n";
+    } else if (byte < 0x20 || byte == 0x7f) {
+      result.append("\\x").append(1, digits[byte / 16]).append(1, digits[byte % 16]);
+    } else {
+      result += c;
+    }
+  }
+  return result;
 }
 
 ScopedSink::ScopedSink(Level level, Sink sink) : entry(boost::make_shared<Entry>()) {

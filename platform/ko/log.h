@@ -43,7 +43,10 @@ QV_API void resetLevel(const std::string& category);
 
 QV_API bool isEnabled(Level level, std::string_view category);
 
-/** Writes one line; line breaks in the message show as "\n" on standard error. */
+/** The text with its line breaks and control characters spelled out, as in "\n" and "\x1b". */
+QV_API std::string onOneLine(const std::string& text);
+
+/** Writes one line; on standard error the message stands as onOneLine gives it. */
 QV_API void write(Level level, std::string_view category, std::string_view method,
                   std::string message);
 

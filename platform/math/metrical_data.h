@@ -18,7 +18,10 @@ struct QV_API MetricalData {
   SensorFieldOfView2D fieldOfView;
   /** Places the sensor's frame: in the robot's frame, or in the map for simulated sensors. */
   Transform sensorTransform;
-  /** In the sensor's frame, metres; empty when there is nothing to report. */
+  /**
+   * Metres, in the sensor's frame, those of simulated all-rays sensors in the robot's; empty when
+   * there is nothing to report.
+   */
   std::vector<Position3D> points;
   /** When the measurement was made. */
   ko::Clock::time_point timestamp;

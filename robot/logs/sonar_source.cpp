@@ -6,11 +6,10 @@
 #include <stdexcept>
 
 #include "platform/model/number_text.h"
+#include "robot/services/sensor_types.h"
 
 namespace QV::robot {
 namespace {
-
-constexpr int kSonarType = 9;
 
 struct Played {
   std::size_t index;

@@ -89,6 +89,12 @@ void EventBoard::raise(const std::string& event, const QVValue& value) {
   }
 }
 
+bool EventBoard::hasSubscribers(const std::string& event) const {
+  std::lock_guard<std::mutex> lock(mutex);
+  const auto found = subscriptionsOf.find(event);
+  return found != subscriptionsOf.end() && !found->second.empty();
+}
+
 EventBoard::Subscriptions::iterator EventBoard::xFind(Subscriptions& subscriptions, Kind kind,
                                                       const std::string& module) {
   return std::find_if(subscriptions.begin(), subscriptions.end(),

@@ -49,6 +49,8 @@ class QV_API EventBoard {
 
   void raise(const std::string& event, const QVValue& value);
 
+  bool hasSubscribers(const std::string& event) const;
+
  private:
   class Receiver;
   struct Subscription {
@@ -63,7 +65,7 @@ class QV_API EventBoard {
                                        const std::string& module);
 
   const boost::weak_ptr<QVBroker> broker;
-  std::mutex mutex;
+  mutable std::mutex mutex;
   std::map<std::string, Subscriptions> subscriptionsOf;
 };
 

@@ -16,15 +16,21 @@ namespace QV::robot {
 
 class LaserModeActuator::State : public boost::enable_shared_from_this<State> {
  public:
-  State(const boost::shared_ptr<QVBroker>& broker, const std::string& modeKey, ko::Duration delay)
-      : broker(broker), modeKey(modeKey), delay(delay) {
-    xShow(0);
+  State(const boost::shared_ptr<QVBroker>& broker, const std::string& modeKey, ko::Duration delay,
+        Listener listener)
+      : broker(broker), modeKey(modeKey), listener(std::move(listener)), delay(delay) {
+    xWrite();
   }
 
   void setDelay(std::optional<ko::Duration> newDelay) {
     std::lock_guard<std::mutex> lock(mutex);
     delay = newDelay;
     if (!delay) ++generation;
+  }
+
+  void setDeadBits(int bits) {
+    std::lock_guard<std::mutex> lock(mutex);
+    deadBits = bits;
   }
 
   void command(std::int32_t mode) {
@@ -45,22 +51,31 @@ class LaserModeActuator::State : public boost::enable_shared_from_this<State> {
     if (commandGeneration == generation) xShow(mode);
   }
 
-  void xShow(std::int32_t mode) const { QVMemoryProxy(broker.lock()).insertData(modeKey, mode); }
+  void xShow(std::int32_t mode) {
+    shown = mode & ~(deadBits & ~shown);
+    if (listener) listener(shown);
+    xWrite();
+  }
+
+  void xWrite() const { QVMemoryProxy(broker.lock()).insertData(modeKey, shown); }
 
   const boost::weak_ptr<QVBroker> broker;
   const std::string modeKey;
+  const Listener listener;
   std::mutex mutex;
   std::optional<ko::Duration> delay;
+  std::int32_t shown = 0;
+  std::int32_t deadBits = 0;
   int generation = 0;
 };
 
 LaserModeActuator::LaserModeActuator(const boost::shared_ptr<QVBroker>& broker,
                                      const boost::shared_ptr<DeviceManager>& devices,
                                      const std::string& actuator, const std::string& modeKey,
-                                     ko::Duration delay)
+                                     ko::Duration delay, Listener listener)
     : devices(devices),
       actuator(actuator),
-      state(boost::make_shared<State>(broker, modeKey, delay)) {
+      state(boost::make_shared<State>(broker, modeKey, delay, std::move(listener))) {
   devices->setActuatorHandler(actuator, [state = state](const std::string&, const QVValue& value) {
     state->command(value.toInt32());
   });
@@ -72,6 +87,10 @@ LaserModeActuator::~LaserModeActuator() {
 
 void LaserModeActuator::setDelay(std::optional<ko::Duration> delay) {
   state->setDelay(delay);
+}
+
+void LaserModeActuator::setDeadBits(int bits) {
+  state->setDeadBits(bits);
 }
 
 }  // namespace QV::robot

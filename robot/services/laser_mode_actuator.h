@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include "platform/api.h"
@@ -24,10 +25,13 @@ class DeviceManager;
  */
 class QV_API LaserModeActuator {
  public:
+  /** Called with a mode before it shows, one at a time; must not call this object. */
+  typedef boost::function<void(int mode)> Listener;
+
   /** Throws QVError if the key can't be written. */
   LaserModeActuator(const boost::shared_ptr<QVBroker>& broker,
                     const boost::shared_ptr<DeviceManager>& devices, const std::string& actuator,
-                    const std::string& modeKey, ko::Duration delay);
+                    const std::string& modeKey, ko::Duration delay, Listener listener = {});
   ~LaserModeActuator();
   LaserModeActuator(const LaserModeActuator&) = delete;
   LaserModeActuator& operator=(const LaserModeActuator&) = delete;
@@ -37,6 +41,9 @@ class QV_API LaserModeActuator {
    * Nothing: they never show, nor do those before.
    */
   void setDelay(std::optional<ko::Duration> delay);
+
+  /** Bits that no mode brings from now on; those that show stay until a mode without them. */
+  void setDeadBits(int bits);
 
  private:
   class State;

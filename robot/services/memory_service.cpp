@@ -24,7 +24,7 @@ void MemoryService::xBindMemory() {
 
 void MemoryService::xBindEvents() {
   bindMethod("declareEvent", &MemoryStore::declare, &store);
-  bindMethod("raiseEvent", &MemoryService::xRaiseEvent, this);
+  bindMethod("raiseEvent", &MemoryService::raiseEvent, this);
   bindMethod("subscribeToEvent", [this](const std::string& event, const std::string& module,
                                         const std::string& method) {
     xSubscribe(event, {Kind::event, module, method, module});
@@ -43,7 +43,7 @@ void MemoryService::xBindEvents() {
              });
 }
 
-void MemoryService::xRaiseEvent(const std::string& event, const QVValue& value) {
+void MemoryService::raiseEvent(const std::string& event, const QVValue& value) {
   // Or two at once might be stored in one order and delivered in the other.
   std::lock_guard<std::mutex> lock(raising);
   store.insertData(event, value);

@@ -25,10 +25,15 @@ class QV_API MemoryService : public QVModule {
   /** Waits for events that are being delivered. */
   ~MemoryService() override;
 
+  // For the robot itself, past the broker. Safe from any thread.
+
+  MemoryStore& getStore() { return store; }
+  void raiseEvent(const std::string& event, const QVValue& value);
+  bool hasSubscribers(const std::string& event) const { return board.hasSubscribers(event); }
+
  private:
   void xBindMemory();
   void xBindEvents();
-  void xRaiseEvent(const std::string& event, const QVValue& value);
   void xSubscribe(const std::string& event, const EventBoard::Subscriber& subscriber);
   void xUnsubscribe(const std::string& event, EventBoard::Kind kind, const std::string& module);
 

@@ -6,11 +6,10 @@
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/model/number_text.h"
+#include "robot/services/sensor_types.h"
 
 namespace QV::robot {
 namespace {
-
-constexpr int kSonarType = 9;
 
 float maxRangeOf(const Model::SensorConfig& config) {
   const auto found = config.properties.find("maximumDetectionDistance");

@@ -90,16 +90,20 @@ std::string VideoDevice::xSubscribe(const std::string& name, int camera, int res
   if (colorSpace != kDepthColorSpace) refuse("color space 17", colorSpace);
   if (frameRate <= 0) refuse("a frame rate above 0", frameRate);
   if (name.empty()) throw std::invalid_argument("a client name expected, none given");
-  const ko::Duration interval = ko::Duration(boost::chrono::seconds(1)) / frameRate;
+  // Rounded up: never more frames than asked for.
+  const ko::Duration interval((ko::Duration(boost::chrono::seconds(1)).count() + frameRate - 1) /
+                              frameRate);
   Lock lock(mutex);
-  const std::string handle = name + "_" + std::to_string(++handleCount);
+  names.push_back(name);
+  const std::string handle = name + "_" + std::to_string(names.size());
   clients.emplace(handle, Client{camera, {width, height}, interval});
   return handle;
 }
 
 bool VideoDevice::xWasGiven(const std::string& handle) const {
   const auto number = Model::toInteger(handle.substr(handle.rfind('_') + 1));
-  return number && *number > 0 && *number <= handleCount;
+  if (!number || *number <= 0 || *number > static_cast<long long>(names.size())) return false;
+  return handle == names[static_cast<std::size_t>(*number) - 1] + "_" + std::to_string(*number);
 }
 
 QVValue VideoDevice::xGetImage(const std::string& handle) {
@@ -109,7 +113,9 @@ QVValue VideoDevice::xGetImage(const std::string& handle) {
     Lock lock(mutex);
     Client& client = xClient(handle);
     xTakeBack(handle, client);
-    client.holdsImage = client.image.isValid() && now - client.taken < client.interval;
+    // A clock that went back is no reason to show the old image until it has caught up.
+    const bool due = now < client.taken || now - client.taken >= client.interval;
+    client.holdsImage = client.image.isValid() && !due;
     if (client.holdsImage) return client.image;
     asked = client;
   }
@@ -136,11 +142,16 @@ QVValue VideoDevice::xCapture(Device& device, cv::Size size, ko::Clock::time_poi
                                        reinterpret_cast<std::uint16_t*>(pixels->data()));
   cv::Mat_<std::uint16_t> frame = wanted;
   {
+    // Held until the pixels are ours: a source may show a frame that it fills anew at its next
+    // call.
     Lock lock(device.capturing);
     device.camera.source(frame, time);
+    if (frame.empty()) return QVValue();
+    if (frame.data != wanted.data || frame.size() != size) {
+      if (frame.data == wanted.data) frame = frame.clone();
+      cv::resize(frame, wanted, size, 0.0, 0.0, cv::INTER_NEAREST);
+    }
   }
-  if (frame.empty()) return QVValue();
-  if (frame.data != wanted.data) cv::resize(frame, wanted, size, 0.0, 0.0, cv::INTER_NEAREST);
   const auto stamp =
       boost::chrono::duration_cast<boost::chrono::microseconds>(time.time_since_epoch());
   return QVImage(size.width, size.height, kDepthColorSpace, stamp.count(), pixels).toQVValue();

@@ -19,10 +19,10 @@ namespace QV::robot {
 /**
  * Shows the depth, in millimetres and 0 where there is none, that a camera sees at `time`. `depth`
  * comes in the size that is wanted; a frame of another size may take its place and is sampled to
- * that size (nearest pixel), an empty one says that there is nothing to see yet. What it throws is
- * the error of the client that asked.
+ * that size (nearest pixel), an empty one says that there is nothing to see yet. An older frame
+ * says its own `time`. What it throws is the error of the client that asked.
  */
-typedef boost::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point time)>
+typedef boost::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time)>
     FrameSource;
 
 /** A depth camera of the robot. */
@@ -78,7 +78,7 @@ class QV_API VideoDevice : public QVModule {
   void xBindClients();
   boost::shared_ptr<Device> xDevice(int index) const;
   Client& xClient(const std::string& handle);
-  /** By its number alone: names are not kept. */
+  /** Now or ever. */
   bool xWasGiven(const std::string& handle) const;
   std::string xSubscribe(const std::string& name, int camera, int resolution, int colorSpace,
                          int frameRate);
@@ -89,7 +89,8 @@ class QV_API VideoDevice : public QVModule {
   mutable std::mutex mutex;
   std::map<int, boost::shared_ptr<Device>> devices;
   std::map<std::string, Client> clients;
-  int handleCount = 0;
+  /** Whom the first, second, ... handle was given to. */
+  std::vector<std::string> names;
 };
 
 }  // namespace QV::robot

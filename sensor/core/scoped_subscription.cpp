@@ -7,6 +7,26 @@
 
 namespace QV::sensor {
 
+// A sensor that throws has lost the subscriber all the same, but keeps those after it from losing
+// theirs: so once more for each sensor at the most.
+void unsubscribeGuarded(SensorManager& manager, const std::string& subscriber,
+                        const std::set<std::string>& names) noexcept {
+  const auto logFailure = [&subscriber](const std::string& reason) {
+    ko::log::error("Navigation.ScopedSubscription", "unsubscribeGuarded")
+        << "Unable to unsubscribe \"" << subscriber << "\"" << reason;
+  };
+  for (std::size_t attempts = manager.getSensorList().size() + 1; attempts > 0; --attempts) {
+    try {
+      manager.unsubscribe(subscriber, names);
+      return;
+    } catch (const std::exception& exception) {
+      logFailure(std::string(": ").append(exception.what()));
+    } catch (...) {
+      logFailure("");
+    }
+  }
+}
+
 ScopedSubscription::ScopedSubscription(SensorManager& manager, const std::string& subscriber)
     : ScopedSubscription(manager, subscriber, manager.getFamilyNames()) {}
 
@@ -39,23 +59,8 @@ ScopedSubscription& ScopedSubscription::operator=(ScopedSubscription&& other) no
   return *this;
 }
 
-// A sensor that throws has lost the subscriber all the same, but keeps those after it from losing
-// theirs: so once more for each sensor at the most.
 void ScopedSubscription::xRelease() noexcept {
-  if (!manager) return;
-  SensorManager& owner = *std::exchange(manager, nullptr);
-  for (std::size_t attempts = owner.getSensorList().size() + 1; attempts > 0; --attempts) {
-    try {
-      owner.unsubscribe(subscriber, names);
-      return;
-    } catch (const std::exception& exception) {
-      ko::log::error("Navigation.ScopedSubscription", "xRelease")
-          << "Unable to unsubscribe \"" << subscriber << "\": " << exception.what();
-    } catch (...) {
-      ko::log::error("Navigation.ScopedSubscription", "xRelease")
-          << "Unable to unsubscribe \"" << subscriber << "\"";
-    }
-  }
+  if (manager) unsubscribeGuarded(*std::exchange(manager, nullptr), subscriber, names);
 }
 
 }  // namespace QV::sensor

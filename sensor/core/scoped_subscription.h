@@ -9,6 +9,12 @@
 namespace QV::sensor {
 
 /**
+ * Unsubscribes from all of `names`, whatever the hardware throws; that is logged at error level.
+ */
+QV_API void unsubscribeGuarded(SensorManager& manager, const std::string& subscriber,
+                               const std::set<std::string>& names) noexcept;
+
+/**
  * A subscription that ends with its scope: subscribes in the constructor and unsubscribes the same
  * names in the destructor, also when an exception passes by. Movable; a moved-from one does
  * nothing. The manager must outlive it.

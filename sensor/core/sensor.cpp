@@ -2,6 +2,8 @@
 
 #include <boost/thread/lock_guard.hpp>
 
+#include "sensor/core/sensor_scope.h"
+
 namespace QV::sensor {
 
 typedef boost::lock_guard<boost::mutex> Lock;
@@ -15,6 +17,7 @@ Sensor::~Sensor() = default;
 std::vector<Math::MetricalData> Sensor::getData() const {
   Lock lock(startedMutex);
   if (!started) return {};
+  const SensorScope scope(name);
   return xGetData();
 }
 
@@ -64,6 +67,7 @@ void Sensor::xToggleSubscription() {
 // The hardware runs before the flag says so, and until after it has stopped saying so: a reader
 // never measures with hardware that is off.
 void Sensor::xStart() {
+  const SensorScope scope(name);
   if (!xSubscribeToHardware()) {
     diagnosisSuccess = false;
     return;
@@ -72,6 +76,7 @@ void Sensor::xStart() {
 }
 
 void Sensor::xStop() {
+  const SensorScope scope(name);
   xSetStarted(false);
   if (!xUnsubscribeFromHardware()) diagnosisSuccess = false;
 }

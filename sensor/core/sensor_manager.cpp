@@ -10,6 +10,7 @@
 #include <boost/thread/lock_types.hpp>
 
 #include "platform/ko/log.h"
+#include "sensor/core/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {
@@ -286,30 +287,23 @@ void SensorManager::xUpdateData() const {
 }
 
 void SensorManager::xGather(const Sensor& sensor, Records& records) const {
-  std::string failure;
   try {
     Records own = sensor.getData();
     moveAppend(own, records);
+    xChangesGathering(sensor.getName(), true);
   } catch (const std::exception& exception) {
-    failure = exception.what();
-    if (failure.empty()) failure = "unknown reason";
+    // One line when a sensor begins to fail, not one for each cycle that it goes on.
+    const std::string name = sensor.getName();
+    if (!xChangesGathering(name, false)) return;
+    const SensorScope scope(name);
+    ko::log::error(kCategory, "xUpdateData")
+        << "Unable to gather the data of " << name << ": " << exception.what();
   }
-  xNoteGathering(sensor.getName(), failure);
 }
 
-// One line when a sensor begins to fail, not one for each cycle that it goes on.
-void SensorManager::xNoteGathering(const std::string& sensorName,
-                                   const std::string& failure) const {
+bool SensorManager::xChangesGathering(const std::string& sensorName, bool success) const {
   boost::lock_guard<boost::mutex> lock(gatheringMutex);
-  const auto known = gatheringFailures.find(sensorName);
-  if (failure.empty()) {
-    if (known != gatheringFailures.end()) gatheringFailures.erase(known);
-    return;
-  }
-  if (known != gatheringFailures.end() && known->second == failure) return;
-  gatheringFailures[sensorName] = failure;
-  ko::log::error(kCategory, "xUpdateData")
-      << "Unable to gather the data of " << sensorName << ": " << failure;
+  return success ? failingSensors.erase(sensorName) > 0 : failingSensors.insert(sensorName).second;
 }
 
 void SensorManager::xSetData(Records records) const {

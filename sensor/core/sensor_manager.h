@@ -97,7 +97,8 @@ class QV_API SensorManager {
   std::vector<Math::MetricalData> getMetricalData(const std::set<std::string>& names) const;
   std::vector<Math::MetricalData> getMetricalData(std::initializer_list<std::string> names) const;
 
-  /** A parameter of the robot's kind for callers, metres; 0 unless the derived manager sets it. */
+  /** A parameter of the robot's kind for callers, without unit; 0 unless the derived manager sets
+   * it. */
   float getKindParameter() const { return kindParameter; }
 
  protected:
@@ -109,7 +110,7 @@ class QV_API SensorManager {
 
   /**
    * Gathers the records of all sensors, in order of their names, into the cache. A sensor that
-   * throws is logged, once per failure, and left out.
+   * throws a standard exception is logged when it begins to, and left out.
    */
   void xUpdateData() const;
   /** Replaces the cache. */
@@ -138,15 +139,16 @@ class QV_API SensorManager {
   template <typename Predicate>
   std::set<std::string> xNamesOfSensors(Predicate predicate) const;
   void xGather(const Sensor& sensor, std::vector<Math::MetricalData>& records) const;
-  void xNoteGathering(const std::string& sensorName, const std::string& failure) const;
+  /** Notes how gathering a sensor's records went; true if it went otherwise the last time. */
+  bool xChangesGathering(const std::string& sensorName, bool success) const;
 
   /** The cache: records that nobody changes any more, so that the lock is held for a pointer only.
    */
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
   mutable boost::shared_mutex dataMutex;
   boost::mutex subscriptionMutex;
-  /** By sensor, the text of the last failure to gather its records; empty texts are not kept. */
-  mutable std::map<std::string, std::string> gatheringFailures;
+  /** Whose records could not be gathered the last time. */
+  mutable std::set<std::string> failingSensors;
   mutable boost::mutex gatheringMutex;
 };
 

@@ -6,6 +6,7 @@
 
 #include "platform/ko/event_loop.h"
 #include "platform/ko/log.h"
+#include "sensor/core/sensor_scope.h"
 #include "sensor/perception/people_event.h"
 
 namespace QV::sensor {
@@ -70,6 +71,7 @@ bool PeoplePerceptionSensor::xUnsubscribeFromHardware() {
 
 void PeoplePerceptionSensor::onUpdatePeopleList(const std::string&, QVValue value,
                                                 const std::string&) {
+  const SensorScope scope(name);
   PeopleEvent event;
   try {
     event = extractPeopleEvent(value, name);

@@ -6,6 +6,7 @@
 
 #include "platform/ko/log.h"
 #include "platform/vision/video_codes.h"
+#include "sensor/core/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {
@@ -94,6 +95,7 @@ std::vector<Math::MetricalData> Sensor3D::xGetData() const {
 }
 
 void Sensor3D::xUpdateScan() {
+  const SensorScope scope(name);
   const auto failed = [](const char* what, const char* text) {
     ko::log::error(kCategory, "xUpdateScan") << what << text;
   };

@@ -3,6 +3,7 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
+#include "sensor/core/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {
@@ -34,6 +35,7 @@ TouchSensor::TouchSensor(const std::string& name, const std::string& familyName,
 TouchSensor::~TouchSensor() = default;
 
 void TouchSensor::onTouchChanged(const std::string&, QVValue value, const std::string&) {
+  const SensorScope scope(name);
   std::vector<Touch::TouchGroupEvent> groups;
   if (!Touch::extractTouchEventInfo(value, groups)) {
     ko::log::error(kCategory, "onTouchChanged") << "Invalid touch extraction";

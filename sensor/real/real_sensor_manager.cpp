@@ -11,6 +11,7 @@
 #include "platform/model/model_utils.h"
 #include "platform/model/number_text.h"
 #include "platform/model/robot.h"
+#include "sensor/core/sensor_scope.h"
 #include "sensor/perception/people_perception_sensor.h"
 #include "sensor/perception/sensor_3d.h"
 #include "sensor/perception/touch_sensor.h"
@@ -19,6 +20,7 @@
 #include "sensor/range/laser_sensor.h"
 #include "sensor/range/smart_sonar.h"
 #include "sensor/range/sonar_sensor.h"
+#include "sensor/real/sensor_family.h"
 #include "sensor/utils/truncated.h"
 
 namespace QV::sensor {
@@ -43,7 +45,6 @@ bool copyProperty(const std::map<std::string, std::string>& properties, const ch
 
 /** How the sensors of one type come to be, and what is logged before the reason if they don't. */
 struct RealSensorManager::Factory {
-  const char* family;
   void (RealSensorManager::*create)(const Blueprint&);
   const char* error;
   /** What stands between the message and the line break: the configuration's name, or nothing. */
@@ -52,13 +53,13 @@ struct RealSensorManager::Factory {
   static const Factory* find(int type) {
     typedef RealSensorManager M;
     static const std::map<int, Factory> factories = {
-        {2, {"Touch", &M::xCreateTouch, "Error while creating TouchSensor"}},
-        {4, {"Asus", &M::xCreateDepthCamera, "Error while creating Sensor3D"}},
-        {8, {"Laser", &M::xCreateLaser, "Error while creating LaserSensor"}},
-        {9, {"Sonar", &M::xCreateSonar, "Unable to initialize ", true}},
-        {14, {"BlindZone", &M::xCreateBlindZone, "Error while creating BlindZoneSensor"}},
-        {16, {"HoleLaser", &M::xCreateHoleLaser, "Error while creating LaserSensor"}},
-        {17, {"Shovel", &M::xCreateLaser, "Error while creating LaserSensor"}},
+        {2, {&M::xCreateTouch, "Error while creating TouchSensor"}},
+        {4, {&M::xCreateDepthCamera, "Error while creating Sensor3D"}},
+        {8, {&M::xCreateLaser, "Error while creating LaserSensor"}},
+        {9, {&M::xCreateSonar, "Unable to initialize ", true}},
+        {14, {&M::xCreateBlindZone, "Error while creating BlindZoneSensor"}},
+        {16, {&M::xCreateHoleLaser, "Error while creating LaserSensor"}},
+        {17, {&M::xCreateLaser, "Error while creating LaserSensor"}},
     };
     const auto found = factories.find(type);
     return found == factories.end() ? nullptr : &found->second;
@@ -96,11 +97,13 @@ void RealSensorManager::xInitSensors() {
   for (const auto& [name, config] : robot.sensorConfigs) {
     const Factory* factory = Factory::find(config.type);
     if (!factory) continue;
-    xCreate(*factory, {robot, config, factory->family, xParseProperties(config.properties)});
+    xCreate(*factory,
+            {robot, config, familyOfType(config.type), xParseProperties(config.properties)});
   }
 }
 
 void RealSensorManager::xCreate(const Factory& factory, const Blueprint& blueprint) {
+  const SensorScope scope(blueprint.config.name);
   try {
     (this->*factory.create)(blueprint);
   } catch (const std::exception& exception) {
@@ -118,11 +121,13 @@ void RealSensorManager::xCreateTouch(const Blueprint& blueprint) {
 
 void RealSensorManager::xCreateDepthCamera(const Blueprint& blueprint) {
   if (xIsFamily(blueprint.family)) return;
-  xAddSensor(boost::make_shared<Sensor3D>(blueprint.config.name, blueprint.family, broker,
-                                          blueprint.fieldOfView));
-  xAddSensor(boost::make_shared<PeoplePerceptionSensor>("PeoplePerception", blueprint.family,
-                                                        blueprint.fieldOfView,
-                                                        std::vector<std::string>(), broker));
+  const auto camera = boost::make_shared<Sensor3D>(blueprint.config.name, blueprint.family, broker,
+                                                   blueprint.fieldOfView);
+  const auto people = boost::make_shared<PeoplePerceptionSensor>(
+      "PeoplePerception", blueprint.family, blueprint.fieldOfView, std::vector<std::string>(),
+      broker);
+  xAddSensor(camera);
+  xAddSensor(people);
 }
 
 void RealSensorManager::xCreateLaser(const Blueprint& blueprint) {

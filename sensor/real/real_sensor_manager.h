@@ -23,19 +23,20 @@ namespace QV::sensor {
 
 /**
  * The sensors of a robot, as its description lists them: families "Sonar", "Laser", "Shovel",
- * "HoleLaser", "BlindZone", "Asus" (depth camera and people) and "Touch". While any of them is
- * started, their records are gathered every 100 ms on the event loop's threads, the first time at
- * once, and readers never wait for hardware; while none is, there are no records. Not copyable. Any
- * thread may call any operation.
+ * "HoleLaser", "BlindZone", "Asus" (depth camera and people) and "Touch". From a subscription that
+ * leaves any of them started until one that leaves none, their records are gathered at once and
+ * then every 100 ms on the event loop's threads, and readers never wait for hardware; afterwards
+ * there are no records. Enabling and diagnosis don't begin or end that: subscribe(name, {}) does,
+ * after either. Not copyable. Any thread may call any operation.
  */
 class QV_API RealSensorManager : public SensorManager {
  public:
   /**
-   * No sensors without a module "DCM". What can't be built, for want of a description or of memory
-   * keys, is logged at error level and left out. No broker: QVError.
+   * No sensors without a module "DCM". What can't be built is logged at error level and left out,
+   * a sonar without memory keys silently. No broker: QVError.
    */
   explicit RealSensorManager(boost::shared_ptr<QVBroker> broker);
-  /** Waits for a gathering that runs. Leaves hardware as it is. */
+  /** Waits for a gathering that runs. Leaves hardware as it is, but stops the depth camera. */
   ~RealSensorManager() override;
 
   /** Switching it on enables every sensor; switching it off changes no sensor. */

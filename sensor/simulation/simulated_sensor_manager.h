@@ -11,7 +11,8 @@ namespace QV::sensor {
 
 /**
  * The sensors of a robot of some kind, simulated in an occupancy map. Give the robot's pose with
- * setPose2D; every read measures anew. A caller who has one pose passes it twice: points of
+ * setPose2D, which any thread may call: each sensor takes the pair whole, one after the other;
+ * every read measures anew. A caller who has one pose passes it twice: points of
  * all-rays sensors are then in the robot's frame, and record transforms place sensors in the map.
  */
 class QV_API SimulatedSensorManager : public SensorManager {

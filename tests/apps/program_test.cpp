@@ -1,44 +1,21 @@
-#include "apps/program.h"
-
+#include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <sstream>
+#include <set>
+#include <sys/stat.h>
+#include <thread>
 #include <vector>
 
 #include <gmock/gmock.h>
-#include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 
 #include "apps/shared_files.h"
+#include "tests/apps/run_program.h"
 
 namespace QV::app {
 namespace {
 
 using testing::HasSubstr;
-
-struct Result {
-  int status;
-  std::string out;
-  std::string error;
-};
-
-Result run(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), "qvsensors");
-  std::vector<const char*> argv;
-  for (const auto& argument : arguments) argv.push_back(argument.c_str());
-  testing::internal::CaptureStdout();
-  testing::internal::CaptureStderr();
-  const int status = runProgram(static_cast<int>(argv.size()), argv.data());
-  return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
-}
-
-std::vector<nlohmann::json> recordsIn(const std::string& lines) {
-  std::istringstream stream(lines);
-  std::vector<nlohmann::json> records;
-  for (std::string line; std::getline(stream, line);)
-    records.push_back(nlohmann::json::parse(line));
-  return records;
-}
 
 std::string readFile(const std::filesystem::path& path) {
   std::ifstream file(path);
@@ -66,6 +43,7 @@ class ProgramTest : public testing::Test {
   }
 
   std::filesystem::path folder;
+  const std::string porter = findSharedFile("descriptions/porter.urdf");
 };
 
 TEST_F(ProgramTest, listShowsEverySensorOfAKindWithItsMounting) {
@@ -94,13 +72,29 @@ TEST_F(ProgramTest, listShowsWhatADescriptionHolds) {
 }
 
 TEST_F(ProgramTest, theProjectsOwnRobotHasASensorOfEveryFamily) {
-  const Result result = run({"list", "--robot", findSharedFile("descriptions/porter.urdf")});
+  const Result result = run({"list", "--robot", porter});
   ASSERT_EQ(result.status, 0) << result.error;
   for (const char* family :
        {"Asus", "BlindZone", "HoleLaser", "Laser", "Shovel", "Sonar", "Touch"}) {
     EXPECT_THAT(result.out, HasSubstr(std::string("\n").append(family).append(" ")));
   }
   EXPECT_THAT(result.out, testing::Not(HasSubstr("not supported")));
+}
+
+TEST_F(ProgramTest, listAsJsonIsOneObject) {
+  const auto simulated =
+      nlohmann::json::parse(run({"list", "--kind", "0", "--format", "json"}).out);
+  EXPECT_EQ(simulated["sensors"][1]["name"], "RightSonar");
+  EXPECT_EQ(simulated["sensors"][1]["fieldOfView"]["rayCount"], 20);
+  const auto described =
+      nlohmann::json::parse(run({"list", "--robot", porter, "--format", "json"}).out);
+  EXPECT_EQ(described["robot"], "porter");
+  const auto& sonar = described["sensors"][1];
+  EXPECT_EQ(sonar["name"], "BackSonar");
+  EXPECT_EQ(sonar["family"], "Sonar");
+  EXPECT_EQ(sonar["mounting"]["x"], -0.13);
+  EXPECT_EQ(sonar["link"], "torso");
+  EXPECT_EQ(described["collisionShapes"][0]["supported"], true);
 }
 
 TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
@@ -114,6 +108,30 @@ TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
   EXPECT_EQ(records[1]["sensorName"], "Sonar/Front");
 }
 
+TEST_F(ProgramTest, readOfAnEmbeddedRobotWaitsForEverySensor) {
+  const Result result = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--noise", "0.01",
+                             "--seed", "7", "--format", "json"});
+  ASSERT_EQ(result.status, 0) << result.error;
+  std::set<std::string> families;
+  for (const auto& record : recordsIn(result.out)) {
+    families.insert(record["familyName"]);
+    EXPECT_EQ(record["frame"], "robot");
+    if (record["sensorName"] != "FrontSonar") continue;
+    EXPECT_EQ(record["sensorTransform"][3], 0.13);
+  }
+  EXPECT_THAT(families,
+              testing::ElementsAre("Asus", "BlindZone", "HoleLaser", "Laser", "Shovel", "Sonar"));
+}
+
+TEST_F(ProgramTest, aFaultySensorGivesNothingAndSaysWhy) {
+  const Result result = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--subscribe", "Laser",
+                             "--fault", "FrontLaser:off"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.out, testing::Not(HasSubstr("FrontLaser")));
+  EXPECT_THAT(result.out, HasSubstr("LeftLaser"));
+  EXPECT_THAT(result.error, HasSubstr("Timeout while setting operation Mode for FrontLaser"));
+}
+
 TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
   const auto missing = (folder / "none.yaml").string();
   struct Case {
@@ -121,7 +139,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
     std::string expected;
   };
   const Case cases[] = {
-      {{}, "a command expected; the commands are list, read, plot, drive"},
+      {{}, "a command expected; the commands are list, read, plot, drive, check, watch, replay"},
       {{"fly"}, "no command \"fly\"; the commands are list, read, plot, drive"},
       {{"read", "--pose", "1,2"},
        "--pose: x,y,theta in metres and radians expected, \"1,2\" given"},
@@ -133,14 +151,24 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"read", "--pose", "1,2,3", "--kind", "x"},
        "x, a number expected (see qvsensors read --help)"},
       {{"read", "--pose", "1,2,3", "--map", ""}, "--map: a file expected"},
+      {{"list", "--robot", ""}, "--robot: a file expected"},
+      {{"plot", "--pose", "1,2,3", "-o", ""}, "--output: a file expected"},
+      {{"drive", "--path", "1,2 2,2", "--picture", ""}, "--picture: a file expected"},
       {{"read", "--pose", "1,2,3", "--map", brokenMap("cut.png")}, "a whole PNG image expected"},
       {{"drive", "--path", "1,2 2,2", "--picture", "/nowhere/run.png"},
        "/nowhere/run.png: can't be written"},
       {{"read", "--pose", "1,2,3", "--map", missing}, missing},
       {{"plot", "--pose", "1,2,3", "-o", (folder / "scan.xyz").string()}, "scan.xyz"},
-      {{"list", "--robot", missing}, missing + ": a robot description expected"},
-      {{"list", "--robot", folder.string()}, "a robot description expected"},
+      {{"list", "--robot", missing}, missing + ": a readable file expected"},
+      {{"list", "--robot", folder.string()}, "a readable file expected"},
       {{"list", "--robot", missing, "--kind", "1"}, "excludes"},
+      {{"list", "--format", "csv"}, "--format: table or json expected, \"csv\" given"},
+      {{"read", "--robot", porter, "--pose", "3,3,0", "--kind", "1"}, "excludes"},
+      {{"read", "--pose", "3,3,0", "--fault", "Sonar:off"}, "--fault requires --robot"},
+      {{"read", "--robot", porter, "--pose", "3,3,0", "--fault", "FrontSonar:dead"},
+       "--fault: off, stuck, garbage, wrong, slow, delayed or intermittent expected, \"dead\""},
+      {{"read", "--robot", porter, "--pose", "3,3,0", "--fault", "Radar:off"},
+       "--fault: no sensor \"Radar\" that can fail"},
       {{"drive", "--path", "1,2"}, "--path: two different positions or more expected"},
       {{"drive", "--path", "1,2 2,2", "--rate", "0"}, "--rate: a number above 0"},
       {{"drive", "--path", "1,2 2,2", "-o", (folder / "none" / "r.jsonl").string()}, "r.jsonl"},
@@ -168,19 +196,45 @@ TEST_F(ProgramTest, drivingIntoAWallIsWarnedOfOnce) {
 }
 
 TEST_F(ProgramTest, everyCommandHasHelp) {
-  for (const char* command : {"list", "read", "plot", "drive"}) {
+  for (const char* command : {"list", "read", "plot", "drive", "check", "watch"}) {
     const Result result = run({command, "--help"});
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, HasSubstr("--kind"));
   }
 }
 
-TEST_F(ProgramTest, plotWritesAPicture) {
-  const auto path = (folder / "scan.png").string();
-  ASSERT_EQ(run({"plot", "--pose", "3,3,1", "-o", path}).status, 0);
-  const cv::Mat image = cv::imread(path);
-  EXPECT_GT(image.cols, 1000);
-  EXPECT_GT(image.rows, 500);
+TEST_F(ProgramTest, plotWritesAPictureHoweverFarFromTheMap) {
+  for (const char* pose : {"3,3,1", "1e4,0,0", "1e13,1e13,1"}) {
+    const auto path = (folder / "scan.png").string();
+    const Result result = run({"plot", "--pose", pose, "-o", path});
+    ASSERT_EQ(result.status, 0) << result.error;
+    const cv::Mat image = cv::imread(path);
+    EXPECT_GT(image.cols, 1000) << pose;
+    EXPECT_GT(image.rows, 500) << pose;
+    std::filesystem::remove(path);
+  }
+}
+
+TEST_F(ProgramTest, anInterruptedDriveFinishesItsFileAndSaysSo) {
+  const auto pipe = folder / "records.jsonl";
+  ASSERT_EQ(mkfifo(pipe.c_str(), 0600), 0);
+  std::string records;
+  std::thread reader([&] {
+    std::ifstream file(pipe);
+    std::getline(file, records);
+    records += '\n';
+    std::raise(SIGINT);
+    records.append(std::istreambuf_iterator<char>(file), {});
+  });
+  // Far more than the pipe holds, so that the interruption comes in the middle.
+  const Result result =
+      run({"drive", "--path", "3,3 4,3", "--rate", "100000", "-o", pipe.string()});
+  reader.join();
+  EXPECT_EQ(result.status, 128 + SIGINT);
+  EXPECT_THAT(result.out, HasSubstr("Interrupted after "));
+  const auto whole = recordsIn(records);
+  EXPECT_EQ(whole.size() % 6, 0u);
+  EXPECT_LT(whole.size(), 6u * 200'000u);
 }
 
 TEST_F(ProgramTest, driveReadsEveryCycleOfSimulatedTimeTheSameEachTime) {
@@ -197,6 +251,32 @@ TEST_F(ProgramTest, driveReadsEveryCycleOfSimulatedTimeTheSameEachTime) {
   EXPECT_EQ(records.back()["timestamp"], 3'600'000'000);
   EXPECT_NEAR(records.back()["sensorTransform"][7].get<double>(), 4.0, 1e-6);
   EXPECT_EQ(readFile(first), readFile(second));
+}
+
+TEST_F(ProgramTest, anEmbeddedRobotDrivesThePathTheSameEachTime) {
+  const auto path = folder / "a.jsonl";
+  const auto picture = (folder / "robot.png").string();
+  std::string before;
+  for (const char* seed : {"3", "3", "4"}) {
+    const Result result =
+        run({"drive", "--robot", porter, "--path", "3,6.3 4,6.3 4,5.6", "--subscribe", "Sonar",
+             "--noise", "0.02", "--seed", seed, "-o", path.string(), "--picture", picture});
+    ASSERT_EQ(result.status, 0);
+    EXPECT_EQ(result.error, "");
+    EXPECT_THAT(result.out, testing::ContainsRegex("FrontSonar +Sonar +56 "));
+    const std::string written = readFile(path);
+    EXPECT_EQ(written == before, before.empty() ? false : std::string(seed) == "3");
+    before = written;
+  }
+  EXPECT_GT(cv::imread(picture).cols, 1000);
+}
+
+TEST_F(ProgramTest, anEmbeddedRobotThatIsStoppedByAWallSaysSo) {
+  const Result result =
+      run({"drive", "--robot", porter, "--path", "3,6.3 3,9", "--subscribe", "Touch"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_THAT(result.error, HasSubstr("warning: the robot stands "));
+  EXPECT_THAT(result.out, testing::ContainsRegex("FrontBumper +Touch "));
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ Math::MetricalData exampleRecord() {
 
 std::string written(const std::vector<Math::MetricalData>& records, Format format) {
   std::ostringstream out;
-  writeRecords(out, records, format, "map");
+  writeRecords(out, records, format, Frame::map);
   return out.str();
 }
 

@@ -5,7 +5,9 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <boost/make_shared.hpp>
@@ -24,20 +26,27 @@ namespace QV::test {
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInf = std::numeric_limits<float>::infinity();
 
-/** A broker that writes down each call, and runs what was planned for it first: a throw, mostly. */
+/** A broker that writes down each call, and first does what was planned for it: throw, mostly. */
 class TracingBroker : public QVBroker {
  public:
   QVValue call(const std::string& module, const std::string& method,
                QVArguments arguments) override {
     const QVValue list = QVValue::Array(arguments.begin(), arguments.end());
-    if (const auto plan = note(module, method, list)) (*plan)();
-    return QVBroker::call(module, method, arguments);
+    const auto plan = note(module, method, list);
+    const std::optional<QVValue> answer = plan ? (*plan)() : std::nullopt;
+    return answer ? *answer : QVBroker::call(module, method, arguments);
   }
 
   /** From now on, for "Module.method"; an empty plan takes it back. */
   void plan(const std::string& method, std::function<void()> what) {
-    std::lock_guard<std::mutex> lock(mutex);
-    plans[method] = std::make_shared<Plan>(what ? what : [] {});
+    put(method, [what] {
+      if (what) what();
+      return std::nullopt;
+    });
+  }
+  /** From now on "Module.method" answers this, and isn't called. */
+  void planAnswer(const std::string& method, const QVValue& answer) {
+    put(method, [answer] { return answer; });
   }
   void planFailure(const std::string& method, const std::string& text) {
     plan(method, [text] { throw std::runtime_error(text); });
@@ -54,7 +63,12 @@ class TracingBroker : public QVBroker {
   }
 
  private:
-  typedef std::function<void()> Plan;
+  typedef std::function<std::optional<QVValue>()> Plan;
+
+  void put(const std::string& method, Plan plan) {
+    std::lock_guard<std::mutex> lock(mutex);
+    plans[method] = std::make_shared<Plan>(std::move(plan));
+  }
 
   /** Writes the call down; what was planned for it, or null. */
   std::shared_ptr<Plan> note(const std::string& module, const std::string& method,

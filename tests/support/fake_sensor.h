@@ -68,12 +68,10 @@ class FakeManager : public sensor::SensorManager {
   void addFamilyMember(const std::string& family, const std::string& name) {
     families[family].insert(name);
   }
-  void addFamily(const std::string& family) { families[family]; }
 
   void setSensorsDebug(bool) override {}
 
   std::vector<bool> anySensorOn;
-  mutable int questions = 0;
 
   using SensorManager::xSubscribeToFamily;
   using SensorManager::xSubscribeToSensor;
@@ -83,7 +81,6 @@ class FakeManager : public sensor::SensorManager {
 
  protected:
   std::vector<Math::MetricalData> xGetData() const override {
-    ++questions;
     xUpdateData();
     return xCopyData();
   }

@@ -22,10 +22,11 @@ class LogCapture {
     return collected;
   }
 
-  /** Each line as "level category.method: message". */
-  std::vector<std::string> lines() const {
+  /** Each line up to `level` as "level category.method: message". */
+  std::vector<std::string> lines(ko::log::Level level = ko::log::Level::verbose) const {
     std::vector<std::string> result;
     for (const auto& record : records()) {
+      if (record.level > level) continue;
       result.push_back(std::string(ko::log::getName(record.level)) + " " + record.category + "." +
                        record.method + ": " + record.message);
     }

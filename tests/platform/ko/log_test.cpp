@@ -64,10 +64,11 @@ TEST_F(LogTest, aSinkMayLogAndMayThrowWithoutHarm) {
 TEST_F(LogTest, standardErrorShowsOneLinePerRecord) {
   setLevel(Level::warning);
   testing::internal::CaptureStderr();
-  warning("Test", "run") << "two\nlines {} %s";
+  warning("Test", "run") << "two\nlines {} %s \x1b[31mcaf\xc3\xa9\x7f";
   info("Test", "run") << "too low";
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
-              testing::MatchesRegex("\\[.*\\] \\[warning\\] Test.run: two\\\\nlines \\{\\} %s\n"));
+              testing::MatchesRegex("\\[.*\\] \\[warning\\] Test.run: two\\\\nlines \\{\\} %s "
+                                    "\\\\x1b\\[31mcaf\xc3\xa9\\\\x7f\n"));
 }
 
 TEST_F(LogTest, aSinkGoesAwayWhileOthersLog) {

@@ -1,5 +1,8 @@
 #include "robot/services/video_device.h"
 
+#include <algorithm>
+#include <atomic>
+#include <functional>
 #include <latch>
 #include <thread>
 
@@ -132,7 +135,8 @@ TEST_F(VideoDeviceTest, handlesAreGivenOnceAndListedUntilTheyAreGivenBack) {
   EXPECT_THAT(device->getHandles(), ElementsAre("client_1_3", "client_2", "client_4"));
   EXPECT_EQ(proxy->call<std::vector<std::string>>("getHandles"), device->getHandles());
   for (const char* unknown :
-       {"client_5", "client_0", "client_-1", "client_1x", "client_99999999999", "client_", ""}) {
+       {"client_5", "client_0", "client_-1", "client_1x", "client_99999999999", "client_", "",
+        "client_+2", "client_02", "other_2", "2", "_2", "client_1_1"}) {
     EXPECT_NE(errorOf([&] { proxy->unsubscribe(unknown); }), "") << unknown;
   }
 }
@@ -149,6 +153,48 @@ TEST_F(VideoDeviceTest, samplesAFrameOfAnotherSize) {
   EXPECT_EQ(pixels[0], large(0, 0));
   EXPECT_EQ(pixels[320 * 100 + 50], large(200, 100));
   EXPECT_EQ(pixels[320 * 240 - 1], large(478, 638));
+}
+
+TEST_F(VideoDeviceTest, aSourceMayFillTheSameFrameAnewForEachClient) {
+  cv::Mat_<std::uint16_t> shared(480, 640);
+  std::uint16_t count = 0;
+  replaceSource([&](cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point) {
+    shared = ++count;
+    depth = shared;
+  });
+  std::latch go(2);
+  std::atomic<int> torn{0};
+  const auto take = [&] {
+    go.arrive_and_wait();
+    for (int i = 0; i < 100; ++i) {
+      const auto image = QVImage::fromQVValue(proxy->getImageRemote(subscribe()));
+      const auto* pixels = reinterpret_cast<const std::uint16_t*>(image->getPixels());
+      if (std::adjacent_find(pixels, pixels + 320 * 240, std::not_equal_to<>()) !=
+          pixels + 320 * 240) {
+        ++torn;
+      }
+    }
+  };
+  std::thread other(take);
+  take();
+  other.join();
+  EXPECT_EQ(torn, 0);
+}
+
+TEST(VideoDevice, aClockThatWentBackIsNoReasonToShowAnOldImage) {
+  int captured = 0;
+  const auto broker = QVBroker::create();
+  const auto device = boost::make_shared<VideoDevice>();
+  device->addCamera({kCamera, "DepthCamera", 7, 1.0f, 0.8f,
+                     [&](cv::Mat_<std::uint16_t>&, ko::Clock::time_point) { ++captured; }});
+  broker->registerModule(device);
+  QVVideoDeviceProxy proxy(broker);
+  const std::string handle = proxy.subscribeCamera("me", kCamera, kQVGA, kDepth, 10);
+  for (const int hours : {1, 0}) {
+    const ko::SimulatedTime time{ko::Clock::time_point(boost::chrono::hours(hours))};
+    proxy.getImageRemote(handle);
+  }
+  EXPECT_EQ(captured, 2);
 }
 
 TEST_F(VideoDeviceTest, anEmptyFrameIsNoImageYet) {

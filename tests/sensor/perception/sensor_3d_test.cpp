@@ -20,6 +20,7 @@ constexpr int kHighResolutionModel = 7;
 constexpr float kHorizontal = 1.0f;
 constexpr float kVertical = 0.8f;
 const std::string kError = "error Navigation.Sensor3D.";
+const std::string kImageError = kError + "xUpdateScan: Error while getting new 3D image: ";
 
 typedef std::vector<std::vector<Math::Position3D>> Scans;
 
@@ -49,6 +50,16 @@ Scans reference(const cv::Mat_<std::uint16_t>& depth) {
   return scans;
 }
 
+/** The frames, and once more each without 56 of 80 columns: 70 % and more have no depth. */
+std::vector<test::DepthFrame> withThinned(std::vector<test::DepthFrame> frames) {
+  for (std::size_t i = 0, count = frames.size(); i < count; ++i) {
+    cv::Mat_<std::uint16_t> depth = frames[i].depth.clone();
+    for (int u = 24; u + 56 <= depth.cols; u += 80) depth.colRange(u, u + 56) = 0;
+    frames.push_back({frames[i].name + " thinned", depth});
+  }
+  return frames;
+}
+
 float distance(const Math::Position3D& a, const Math::Position3D& b) {
   return std::hypot(a.x - b.x, a.y - b.y, a.z - b.z);
 }
@@ -57,10 +68,14 @@ class Sensor3DTest : public test::FakeRobotTest {
  protected:
   Sensor3DTest() { broker->registerModule(video); }
 
-  void make(int model = 1) {
+  void addCamera(int model = 1) {
     video->addCamera(
         {2, "camera", model, kHorizontal, kVertical,
          [this](cv::Mat_<std::uint16_t>& frame, ko::Clock::time_point) { frame = depth.clone(); }});
+  }
+
+  void make(int model = 1) {
+    addCamera(model);
     sut.emplace("Depth", "Asus", broker, Math::SensorFieldOfView2D(0.4f, 8.0f, 1.0f, 1));
   }
 
@@ -86,6 +101,8 @@ TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
   motion->transform = test::tiltedFrame().toVector();
   sut->subscribe("me");
   time.runDue();
+  EXPECT_THAT(broker->callsTo("QVVideoDevice"),
+              testing::Contains("subscribeCamera[\"Sensor3DDepth\", 2, 8, 17, 11]"));
   const auto records = sut->getData();
   ASSERT_EQ(records.size(), 2u);
   EXPECT_EQ(records[0].points.size(), 768u);
@@ -142,26 +159,100 @@ TEST_F(Sensor3DTest, whatFailsIsLoggedAndTheLastGoodImageStays) {
                                                       "image: broken"));
 }
 
+TEST_F(Sensor3DTest, whatIsNoDepthImageIsRefusedAndTheLastGoodOneStays) {
+  make();
+  depth = 1000;
+  sut->subscribe("me");
+  const auto before = next();
+  ASSERT_THAT(before, SizeIs(1));
+  const auto image = [](int width, int height, int colorSpace, std::size_t bytes) {
+    return QVValue::array(width, height, colorSpace, 0, QVValue::Bytes(bytes, 1));
+  };
+  const std::string form = "QVImage::fromQVValue: [width, height, color space, microseconds, ";
+  const std::string size = "QVImage::QVImage: a size from 1 by 1 to 65535 by 65535 expected, ";
+  const std::string bytes = "QVImage::QVImage: 153600 bytes for 320 by 240 pixels of color space ";
+  const std::optional<std::string> none;
+  const std::pair<QVValue, std::optional<std::string>> cases[] = {
+      {"picture", form + "pixels] expected, \"picture\" given"},
+      {image(320, 240, 17, 153599), bytes + "17 expected, 153599 given"},
+      {image(320, 240, 17, 153602), bytes + "17 expected, 153602 given"},
+      {image(320, 240, 17, 0), bytes + "17 expected, 0 given"},
+      {image(0, 240, 17, 0), size + "0 by 240 given"},
+      {image(320, 0, 17, 153600), size + "320 by 0 given"},
+      // What is an image, but not of depth, is refused in silence, and given back.
+      {image(320, 240, 24, 230400), none},
+      {image(320, 240, 11, 230400), none},
+      {image(320, 240, 19, 921600), none},
+      {image(320, 240, 99, 153600), none},
+  };
+  for (const auto& [value, error] : cases) {
+    log.clear();
+    broker->planAnswer("QVVideoDevice.getImageRemote", value);
+    EXPECT_EQ(next(), before) << value;
+    if (error) {
+      EXPECT_THAT(log.lines(), ElementsAre(kImageError + *error));
+    } else {
+      EXPECT_THAT(log.lines(), IsEmpty()) << value;
+      EXPECT_THAT(broker->callsTo("QVVideoDevice").back(), testing::StartsWith("releaseImage"));
+    }
+  }
+}
+
+TEST_F(Sensor3DTest, aCameraThatVanishesLeavesItsLastImageAndNoHandle) {
+  make();
+  depth = 1000;
+  sut->subscribe("me");
+  const auto before = next();
+  video->removeCamera(2);
+  depth = 2000;
+  EXPECT_EQ(next(), before);
+  EXPECT_EQ(next(), before);
+  addCamera();
+  EXPECT_EQ(next().at(0).points[0].x, 2.0f);
+  video->removeCamera(2);
+  sut->unsubscribe("me");
+  EXPECT_THAT(video->getHandles(), IsEmpty());
+  const std::string gone = kImageError + "QVVideoDevice::getImageRemote: no camera 2";
+  EXPECT_THAT(log.lines(), ElementsAre(gone, gone));
+}
+
+TEST_F(Sensor3DTest, aCameraThatFailsToTellItsAnglesIsAskedAgain) {
+  make();
+  depth = 1000;
+  int asked = 0;
+  broker->plan("QVVideoDevice.getVerticalFOV", [&] {
+    if (++asked == 1) throw std::runtime_error("broken");
+  });
+  sut->subscribe("me");
+  time.runDue();
+  if (asked == 0) GTEST_SKIP() << "another test of this process has asked";
+  EXPECT_THAT(sut->getData(), IsEmpty());
+  EXPECT_THAT(next(), SizeIs(1));
+}
+
 TEST_F(Sensor3DTest, noHandleIsLeftButWhereGivingItBackFailed) {
   make();
-  for (int i = 0; i < 10; ++i) {
+  const std::pair<std::string, std::string> faults[] = {
+      {"QVVideoDevice.subscribeCamera",
+       "xSubscribeToHardware: Could not subscribe to QVVideoDevice: "},
+      {"QVVideoDevice.getImageRemote", "xUpdateScan: Error while getting new 3D image: "},
+      {"QVMotion._getSensorTransformAtTime", "xUpdateScan: Error while getting tf: "},
+      {"QVVideoDevice.releaseImage", "xTryReleaseImage: Error while releasing 3D image: "},
+      {"QVVideoDevice.unsubscribe",
+       "xUnsubscribeFromHardware: Could not unsubscribe from QVVideoDevice: "}};
+  for (std::size_t i = 0; i < 10000; ++i) {
+    const auto& [method, message] = faults[i % std::size(faults)];
+    log.clear();
+    broker->planFailure(method, "broken");
     sut->subscribe("me");
-    EXPECT_THAT(video->getHandles(), SizeIs(1));
+    time.runDue();
     sut->unsubscribe("me");
+    ASSERT_THAT(log.lines(), ElementsAre(kError + message + "broken"));
+    ASSERT_EQ(sut->isDiagnosisSucess(), message.find("ubscribe") == message.npos);
+    broker->plan(method, {});
+    sut->setDiagnosis(true);
   }
-  broker->planFailure("QVVideoDevice.subscribeCamera", "busy");
-  sut->subscribe("me");
-  EXPECT_FALSE(sut->isDiagnosisSucess());
-  EXPECT_THAT(video->getHandles(), IsEmpty());
-  broker->plan("QVVideoDevice.subscribeCamera", {});
-  sut->setDiagnosis(true);
-  broker->planFailure("QVVideoDevice.unsubscribe", "busy");
-  sut->unsubscribe("me");
-  EXPECT_THAT(video->getHandles(), SizeIs(1));
-  EXPECT_THAT(log.lines(), ElementsAre(kError + "xSubscribeToHardware: Could not subscribe to "
-                                                "QVVideoDevice: busy",
-                                       kError + "xUnsubscribeFromHardware: Could not unsubscribe "
-                                                "from QVVideoDevice: busy"));
+  EXPECT_THAT(video->getHandles(), SizeIs(2000));
 }
 
 TEST_F(Sensor3DTest, givesItsHandleBackOnceMoreAtItsEndWithoutATrace) {
@@ -174,14 +265,42 @@ TEST_F(Sensor3DTest, givesItsHandleBackOnceMoreAtItsEndWithoutATrace) {
               testing::Contains("unsubscribe[\"Sensor3DDepth_1\"]").Times(2));
 }
 
+TEST_F(Sensor3DTest, aSubscriptionThatFailsLeavesNoHandleToGiveBack) {
+  make();
+  sut->subscribe("me");
+  sut->unsubscribe("me");
+  broker->planFailure("QVVideoDevice.subscribeCamera", "busy");
+  sut->subscribe("me");
+  const auto calls = broker->callsTo("QVVideoDevice");
+  sut.reset();
+  EXPECT_EQ(broker->callsTo("QVVideoDevice"), calls);
+}
+
+TEST_F(Sensor3DTest, aNewSubscriptionShowsTheFormerImageUntilTheFirstNewOne) {
+  make();
+  depth = 1000;
+  sut->subscribe("me");
+  const auto former = next();
+  sut->unsubscribe("me");
+  depth = 2000;
+  EXPECT_THAT(next(), IsEmpty());
+  EXPECT_THAT(log.lines(), IsEmpty());
+  sut->subscribe("me");
+  EXPECT_EQ(sut->getData(), former);
+  time.runDue();
+  EXPECT_EQ(sut->getData().at(0).points[0].x, 2.0f);
+}
+
 TEST_F(Sensor3DTest, agreesWithTheSlowWayOnRecordedFrames) {
-  const auto frames = test::loadDepthFrames();
+  const auto frames = withThinned(test::loadDepthFrames());
   if (frames.empty()) GTEST_SKIP() << "QV_DATA does not name the real data";
   make(kHighResolutionModel);
   sut->subscribe("me");
   for (const auto& frame : frames) {
     depth = frame.depth;
+    log.clear();
     const auto records = next();
+    EXPECT_THAT(log.lines(), SizeIs(cv::countNonZero(depth > 15000))) << frame.name;
     const Scans expected = reference(depth);
     ASSERT_EQ(records.size(), expected.size()) << frame.name;
     for (std::size_t i = 0; i < records.size(); ++i) {

@@ -153,49 +153,60 @@ TEST(SimulatedSensorManager, stampsRecordsWithTheClock) {
             ko::Clock::time_point(ko::Duration(5'000'000'007)));
 }
 
-/** Lets a test slip a sensor in that is not simulated. */
+/** Lets a test slip a sensor in that is not simulated, or none. */
 class MixedManager : public SimulatedSensorManager {
  public:
-  explicit MixedManager(OccupancyMap* map) : SimulatedSensorManager(1, map) {
-    sensors["Radar"] = boost::make_shared<test::FakeSensor>("Radar", "Radar");
-    families["Radar"] = {"Radar"};
+  MixedManager(OccupancyMap* map, const boost::shared_ptr<Sensor>& radar)
+      : SimulatedSensorManager(1, map) {
+    sensors["Radar"] = radar;
   }
 };
 
 TEST(SimulatedSensorManager, posesReachTheSensorsInOrderOfNameUpToOneThatIsNotSimulated) {
-  test::LogCapture log;
-  OccupancyMap map = squareRoom();
-  MixedManager sut(&map);
-  sut.subscribe("me");
-  setBothPoses(sut, Math::Pose2D(3.0f, 5.0f, 0.0f));
-  for (const auto& record : sut.getMetricalData()) {
-    if (record.familyName == "Radar") continue;
-    const bool reached = record.sensorName < "Radar";
-    EXPECT_EQ(record.sensorTransform(0, 3), reached ? 3.0f : 0.0f) << record.sensorName;
+  const boost::shared_ptr<Sensor> radars[] = {
+      boost::make_shared<test::FakeSensor>("Radar", "Radar"), nullptr};
+  for (const auto& radar : radars) {
+    OccupancyMap map = squareRoom();
+    test::LogCapture log;
+    MixedManager sut(&map, radar);
+    sut.subscribe("me");
+    setBothPoses(sut, Math::Pose2D(3.0f, 5.0f, 0.0f));
+    const auto records = sut.getMetricalData();
+    ASSERT_THAT(records, SizeIs(6));
+    for (const auto& record : records) {
+      const bool reached = record.sensorName < "Radar";
+      EXPECT_EQ(record.sensorTransform(0, 3), reached ? 3.0f : 0.0f) << record.sensorName;
+    }
+    EXPECT_THAT(
+        log.lines(),
+        testing::Contains("fatal Navigation.SimulatedSensorManager.setPose2D: Wrong sensor cast."));
   }
-  EXPECT_THAT(
-      log.lines(),
-      testing::Contains("fatal Navigation.SimulatedSensorManager.setPose2D: Wrong sensor cast."));
 }
 
 TEST(SimulatedSensorManager, posesMayBeSetWhileOthersRead) {
   OccupancyMap map = squareRoom();
   SimulatedSensorManager sut(1, &map);
   sut.subscribe("me");
+  setBothPoses(sut, Math::Pose2D(8.0f, 5.0f, 0.0f));
+  const float wallAhead = [&] {
+    const auto record = sut.getMetricalData("Sonar/Front").at(0);
+    return record.points.at(0).x + record.sensorTransform(0, 3);
+  }();
   std::latch go(3);
   std::thread writer([&] {
     go.arrive_and_wait();
     for (int i = 0; i < 500; ++i) {
-      const float x = 2.0f + 0.01f * static_cast<float>(i);
-      sut.setPose2D(Math::Pose2D(x, x, 0.0f), Math::Pose2D(x, x, 0.0f));
+      setBothPoses(sut, Math::Pose2D(8.0f + 0.002f * static_cast<float>(i), 5.0f, 0.0f));
     }
   });
   std::atomic<int> torn{0};
   const auto read = [&] {
     go.arrive_and_wait();
     for (int i = 0; i < 200; ++i) {
-      for (const auto& record : sut.getMetricalData("Asus")) {
-        if (record.sensorTransform(0, 3) != record.sensorTransform(1, 3)) ++torn;
+      for (const auto& record : sut.getMetricalData("Sonar/Front")) {
+        // The echo comes from the one pose, the transform from the other.
+        const float wall = record.points.at(0).x + record.sensorTransform(0, 3);
+        if (std::abs(wall - wallAhead) > 1e-4f) ++torn;
       }
     }
   };

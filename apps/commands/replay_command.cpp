@@ -1,0 +1,98 @@
+#include <iostream>
+#include <iterator>
+#include <memory>
+
+#include "apps/commands/commands.h"
+#include "apps/commands/common_options.h"
+#include "apps/interrupt.h"
+#include "apps/output/progress_bar.h"
+#include "apps/output/record_file.h"
+#include "apps/output/record_output.h"
+#include "apps/run/log_robot.h"
+#include "apps/run/run_summary.h"
+
+namespace QV::app {
+namespace {
+
+typedef std::vector<Math::MetricalData> Records;
+
+constexpr char kFooter[] =
+    "LOG is a CARMEN log of a lidar (FLASER and ODOM lines), or a sonar log, whose lines are a "
+    "time\n"
+    "(ms) and 8 ranges (mm); poses are lines of a time (ms), x, y (mm) and heading (0.1 degrees).\n"
+    "What LOG holds tells which. Records come at the times of the log, its first step at 0 s.";
+
+struct ReplayOptions {
+  std::string log;
+  std::optional<std::string> poses;
+  std::string output;
+  std::string format = "table";
+};
+
+/** Hands the records of each step on. */
+template <typename F>
+void replayAll(const ReplayOptions& options, F take) {
+  const robot::Recording recording = readLog(options.log, options.poses);
+  ko::SimulatedTime time;
+  LogRobot robot(recording);
+  ProgressBar progress("Replaying");
+  while (!isInterrupted()) {
+    auto records = robot.next(time);
+    if (!records) break;
+    take(std::move(*records), robot.getPose());
+    progress.show(robot.getShareDone());
+  }
+}
+
+void replayToFile(const ReplayOptions& options) {
+  RunSummary summary;
+  RecordFile file(options.output, Frame::robot);
+  replayAll(options, [&](Records&& records, const Math::Pose2D& pose) {
+    file.write(records, pose);
+    summary.add(records);
+  });
+  file.close();
+  summary.print(std::cout);
+  std::cout << "Wrote " << options.output << '\n';
+}
+
+void replayToOutput(const ReplayOptions& options) {
+  const Format format = parseFormat(options.format);
+  Records all;
+  replayAll(options, [&all](Records&& records, const Math::Pose2D&) {
+    std::ranges::move(records, std::back_inserter(all));
+  });
+  writeRecords(std::cout, all, format, Frame::robot);
+}
+
+}  // namespace
+
+void addReplayCommand(CLI::App& program) {
+  auto options = std::make_shared<ReplayOptions>();
+  CLI::App* command =
+      program.add_subcommand("replay", "Play a lidar or sonar log to the sensors, and read them");
+  command->footer(kFooter);
+  command->add_option("LOG", options->log, "lidar or sonar log")->required()->check(namesAFile);
+  command
+      ->add_option("--poses", options->poses, "poses of a sonar log (default: poses.txt beside it)")
+      ->check(namesAFile);
+  CLI::Option* output = command
+                            ->add_option("-o,--output", options->output,
+                                         "file for the records, one JSON per line; then standard "
+                                         "output has a summary")
+                            ->check(namesAFile);
+  command
+      ->add_option("--format", options->format,
+                   "table; json: a record per line; csv: a point per line")
+      ->excludes(output)
+      ->capture_default_str();
+  command->callback([options] {
+    if (options->output.empty()) {
+      replayToOutput(*options);
+    } else {
+      replayToFile(*options);
+    }
+  });
+}
+
+}  // namespace QV::app

@@ -1,0 +1,26 @@
+#pragma once
+
+#include "apps/run/path_follower.h"
+#include "apps/run/robot_run.h"
+#include "platform/ko/simulated_time.h"
+
+namespace QV::app {
+
+/** Takes a robot along a path as simulated time goes by. All three must outlive it. */
+class Drive {
+ public:
+  /** It starts now. */
+  Drive(const PathFollower& path, RobotRun& robot, ko::SimulatedTime& time);
+
+  /** Until `end` seconds after the start; not before the last end. */
+  void goOnTo(double end);
+
+ private:
+  const PathFollower& path;
+  RobotRun& robot;
+  ko::SimulatedTime& time;
+  const ko::Clock::time_point start;
+  double seconds = 0.0;
+};
+
+}  // namespace QV::app

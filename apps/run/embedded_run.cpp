@@ -1,0 +1,73 @@
+#include "apps/run/embedded_run.h"
+
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "apps/run/steering.h"
+#include "platform/middleware/qv_memory_proxy.h"
+#include "sensor/real/sensor_family.h"
+
+namespace QV::app {
+
+EmbeddedRun::EmbeddedRun(const std::string& descriptionPath, OccupancyMap map,
+                         const robot::WorldOptions& world, const std::vector<robot::Fault>& faults)
+    : robot(descriptionPath, boost::make_shared<OccupancyMap>(std::move(map)), world),
+      navigation(boost::make_shared<sensor::NavigationModule>(robot.getBroker())),
+      hosting(robot.getBroker(), navigation),
+      wanderer(robot.getMap()) {
+  for (const auto& fault : faults) robot.setFault(fault);
+}
+
+std::string EmbeddedRun::getTitle() const {
+  return "Embedded robot " + robot.getModel().name;
+}
+
+// Five cycles of the manager's, and two of the slowest source of records.
+ko::Duration EmbeddedRun::getSettlingTime() const {
+  return boost::chrono::milliseconds(500);
+}
+
+std::map<std::string, std::string> EmbeddedRun::getUnbuilt() const {
+  const auto& manager = navigation->getManager();
+  std::map<std::string, std::string> unbuilt;
+  for (const auto& [name, config] : robot.getModel().sensorConfigs) {
+    const std::string family = sensor::familyOfType(config.type);
+    // One sensor stands for all touch configurations, and one camera is all that is wanted.
+    const bool stands = (family == "Touch" || family == "Asus") && manager.isFamily(family);
+    if (!family.empty() && !stands && !manager.isSensor(name)) unbuilt[name] = family;
+  }
+  return unbuilt;
+}
+
+std::string EmbeddedRun::findMissingInput(const std::string& sensor) const {
+  const auto& configs = robot.getModel().sensorConfigs;
+  const auto config = configs.find(sensor);
+  if (config == configs.end()) return {};
+  const QVMemoryProxy memory(robot.getBroker());
+  for (const std::string& key : config->second.memoryKeys) {
+    try {
+      memory.getData(key).toFloat();
+    } catch (const std::exception& exception) {
+      return "memory key " + key + ": " + exception.what();
+    }
+  }
+  return {};
+}
+
+void EmbeddedRun::wander() {
+  wandering.setName("Wandering");
+  wandering.setPeriod(boost::chrono::milliseconds(100));
+  wandering.setCallback([this] { xDrive(wanderer.step(robot.getPose(), robot.getVelocity())); });
+  wandering.start(true);
+}
+
+void EmbeddedRun::follow(const PathFollower& path, double seconds) {
+  xDrive(steer(path, seconds, robot.getPose()));
+}
+
+void EmbeddedRun::xDrive(const Math::Pose2D& velocity) {
+  robot.setVelocity(velocity.x, velocity.y, velocity.theta);
+}
+
+}  // namespace QV::app

@@ -1,0 +1,47 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "apps/run/robot_run.h"
+#include "apps/run/wanderer.h"
+#include "platform/ko/periodic_task.h"
+#include "platform/middleware/scoped_module.h"
+#include "robot/world/embedded_robot.h"
+
+namespace QV::app {
+
+/** An embedded robot in a map, and the library hosted in it as on a robot of one's own. */
+class EmbeddedRun : public RobotRun {
+ public:
+  /** What reading the description, building the world and setting the faults throw. */
+  EmbeddedRun(const std::string& descriptionPath, OccupancyMap map,
+              const robot::WorldOptions& world, const std::vector<robot::Fault>& faults);
+
+  const sensor::NavigationModule& getNavigation() const override { return *navigation; }
+  sensor::SensorManager& getManager() override { return navigation->getManager(); }
+  const OccupancyMap& getMap() const override { return robot.getMap(); }
+  Math::Pose2D getPose() const override { return robot.getPose(); }
+  void setPose(const Math::Pose2D& newPose) override { robot.setPose(newPose); }
+
+  std::string getTitle() const override;
+  Frame getFrame() const override { return Frame::robot; }
+  ko::Duration getSettlingTime() const override;
+
+  std::map<std::string, std::string> getUnbuilt() const override;
+  std::string findMissingInput(const std::string& sensor) const override;
+
+  void wander() override;
+  void follow(const PathFollower& path, double seconds) override;
+
+ private:
+  void xDrive(const Math::Pose2D& velocity);
+
+  robot::EmbeddedRobot robot;
+  const boost::shared_ptr<sensor::NavigationModule> navigation;
+  const ScopedModule hosting;
+  Wanderer wanderer;
+  ko::PeriodicTask wandering;
+};
+
+}  // namespace QV::app

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <functional>
+#include <future>
+#include <set>
+#include <string>
+
+#include "apps/run/robot_run.h"
+#include "apps/terminal/key.h"
+#include "apps/watch/watch_state.h"
+
+namespace QV::app {
+
+/**
+ * Watches a robot's sensors, and does with them what keys ask for, on another thread: starting
+ * hardware takes its time. For one thread; the robot must outlive it.
+ */
+class Watch {
+ public:
+  explicit Watch(RobotRun& robot);
+  /** Unsubscribes from everything. */
+  ~Watch();
+  Watch(const Watch&) = delete;
+  Watch& operator=(const Watch&) = delete;
+
+  /** Sensors or families. */
+  void subscribe(const std::set<std::string>& names);
+  /** False for the key that quits. While one is being done, others but arrows are ignored. */
+  bool press(Key key);
+
+  /** What is so now. */
+  const WatchState& look();
+
+ private:
+  void xChoose(int step);
+  void xSwitchSubscription(const std::string& name);
+  void xEnable(const std::string& name, bool enable);
+  void xDiagnose(const std::string& name, bool success);
+  void xDo(const std::string& what, std::function<void()> action);
+  void xNoteEnd();
+  void xLookAtSwitches(WatchedSensor& sensor);
+  void xLookAtRecords();
+
+  RobotRun& robot;
+  sensor::SensorManager& manager;
+  WatchState state;
+  std::future<void> action;
+};
+
+}  // namespace QV::app

@@ -1,0 +1,207 @@
+/**
+ * The embedded robot, porter, in the project's apartment with two people, and the manager of its
+ * sensors: a refresh cycle, readers beside it, many sensors, how fast simulated time runs, and what
+ * it takes from a description to the first records. Run from the project's root.
+ */
+#include <algorithm>
+#include <chrono>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+#include <boost/make_shared.hpp>
+
+#include "platform/ko/simulated_time.h"
+#include "robot/world/embedded_robot.h"
+#include "robot/world/map_files.h"
+#include "sensor/core/scoped_subscription.h"
+#include "sensor/real/real_sensor_manager.h"
+
+namespace QV::bench {
+namespace {
+
+using boost::chrono::milliseconds;
+typedef std::vector<Math::MetricalData> Records;
+
+const robot::RobotDescription& porter() {
+  static const auto description =
+      robot::RobotDescription::fromFile("robot/descriptions/porter.urdf");
+  return description;
+}
+
+boost::shared_ptr<const OccupancyMap> apartment() {
+  static const auto map =
+      boost::make_shared<const OccupancyMap>(robot::loadMap("maps/apartment.yaml"));
+  return map;
+}
+
+robot::WorldOptions inTheCorridor() {
+  robot::WorldOptions options;
+  options.start = {9.0f, 6.3f, 0.0f};
+  options.randomPeople = 2;
+  return options;
+}
+
+class Manager : public sensor::RealSensorManager {
+ public:
+  using RealSensorManager::RealSensorManager;
+  using SensorManager::xUpdateData;
+};
+
+/** Everything that runs, subscribed to; the robot drives in circles. */
+struct Robot {
+  Robot() { robot.setVelocity(0.3f, 0.0f, 0.6f); }
+
+  robot::EmbeddedRobot robot{porter(), apartment(), inTheCorridor()};
+  Manager manager{robot.getBroker()};
+  sensor::ScopedSubscription subscription{manager, "bench"};
+};
+
+double secondsSince(std::chrono::steady_clock::time_point start) {
+  return std::chrono::duration<double>(std::chrono::steady_clock::now() - start).count();
+}
+
+double percentile(std::vector<double>& values, double share) {
+  const auto at =
+      values.begin() + static_cast<std::ptrdiff_t>(share * static_cast<double>(values.size() - 1));
+  std::nth_element(values.begin(), at, values.end());
+  return *at;
+}
+
+std::size_t countPoints(const Records& records) {
+  std::size_t points = 0;
+  for (const auto& record : records) points += record.points.size();
+  return points;
+}
+
+void refreshCycle(benchmark::State& state) {
+  ko::SimulatedTime time;
+  Robot sut;
+  time.advance(milliseconds(2000));
+  for (auto _ : state) sut.manager.xUpdateData();
+  const Records records = sut.manager.getMetricalData();
+  state.counters["records"] = static_cast<double>(records.size());
+  state.counters["points"] = static_cast<double>(countPoints(records));
+}
+BENCHMARK(refreshCycle)->Unit(benchmark::kMicrosecond);
+
+// On the machine's clock, so that the robot and the refresher run beside the readers.
+void readWhileItRefreshes(benchmark::State& state) {
+  static std::unique_ptr<Robot> sut;
+  if (state.thread_index() == 0) {
+    sut = std::make_unique<Robot>();
+    while (sut->manager.getMetricalData("Asus").size() < 2) {
+    }
+  }
+  std::vector<double> waits;
+  double copy = 0.0;
+  double ours = 0.0;
+  for (auto _ : state) {
+    auto start = std::chrono::steady_clock::now();
+    const Records records = sut->manager.getMetricalData();
+    waits.push_back(secondsSince(start));
+    ours += waits.back();
+    start = std::chrono::steady_clock::now();
+    benchmark::DoNotOptimize(Records(records));
+    copy += secondsSince(start);
+    state.SetIterationTime(waits.back());
+  }
+  using benchmark::Counter;
+  state.counters["vs_copy"] = Counter(copy / ours, Counter::kAvgThreads);
+  state.counters["median_us"] = Counter(1e6 * percentile(waits, 0.5), Counter::kAvgThreads);
+  state.counters["p99_us"] = Counter(1e6 * percentile(waits, 0.99), Counter::kAvgThreads);
+  if (state.thread_index() == 0) sut.reset();
+}
+BENCHMARK(readWhileItRefreshes)
+    ->DenseThreadRange(1, 4)
+    ->UseManualTime()
+    ->Unit(benchmark::kMicrosecond);
+
+/** Measures at no cost: what is left is the manager's own. */
+class Instant : public sensor::Sensor {
+ public:
+  explicit Instant(const std::string& name)
+      : Sensor(name, "Instant", Math::SensorFieldOfView2D(0.1f, 2.0f, 1.0f, 15)) {}
+
+ protected:
+  Records xGetData() const override {
+    Records records(1);
+    records[0].sensorName = name;
+    records[0].points.resize(15);
+    return records;
+  }
+  bool xSubscribeToHardware() override { return true; }
+  bool xUnsubscribeFromHardware() override { return true; }
+};
+
+class ManySensors : public sensor::SensorManager {
+ public:
+  explicit ManySensors(std::int64_t count) {
+    for (std::int64_t i = 0; i < count; ++i) {
+      const std::string name = "Instant/" + std::to_string(i);
+      sensors[name] = boost::make_shared<Instant>(name);
+      families["Instant"].insert(name);
+    }
+  }
+  void setSensorsDebug(bool) override {}
+  using SensorManager::xUpdateData;
+
+ protected:
+  Records xGetData() const override { return xCopyData(); }
+  void xOnSensorOnChanged(bool) override {}
+};
+
+void refreshManySensors(benchmark::State& state) {
+  ManySensors sut(state.range(0));
+  const sensor::ScopedSubscription subscription(sut, "bench");
+  for (auto _ : state) sut.xUpdateData();
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(refreshManySensors)
+    ->RangeMultiplier(10)
+    ->Range(10, 10'000)
+    ->Complexity(benchmark::oN)
+    ->Unit(benchmark::kMicrosecond);
+
+void readManySensors(benchmark::State& state) {
+  ManySensors sut(state.range(0));
+  const sensor::ScopedSubscription subscription(sut, "bench");
+  sut.xUpdateData();
+  for (auto _ : state) benchmark::DoNotOptimize(sut.getMetricalData());
+  state.SetComplexityN(state.range(0));
+}
+BENCHMARK(readManySensors)
+    ->RangeMultiplier(10)
+    ->Range(10, 10'000)
+    ->Complexity(benchmark::oN)
+    ->Unit(benchmark::kMicrosecond);
+
+void secondOfSimulatedTime(benchmark::State& state) {
+  ko::SimulatedTime time;
+  Robot sut;
+  for (auto _ : state) time.advance(milliseconds(1000));
+  state.counters["vs_real_time"] =
+      benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
+}
+BENCHMARK(secondOfSimulatedTime)->Unit(benchmark::kMillisecond);
+
+void startUp(benchmark::State& state) {
+  double simulated = 0.0;
+  for (auto _ : state) {
+    ko::SimulatedTime time;
+    const auto description = robot::RobotDescription::fromFile("robot/descriptions/porter.urdf");
+    robot::EmbeddedRobot robot(description, apartment(), inTheCorridor());
+    sensor::RealSensorManager manager(robot.getBroker());
+    const sensor::ScopedSubscription subscription(manager, "bench");
+    while (manager.getMetricalData().empty()) time.advance(milliseconds(1));
+    simulated = static_cast<double>(ko::Clock::now().time_since_epoch().count()) / 1e6;
+  }
+  state.counters["simulated_ms"] = simulated;
+}
+BENCHMARK(startUp)->Unit(benchmark::kMillisecond);
+
+}  // namespace
+}  // namespace QV::bench
+
+BENCHMARK_MAIN();

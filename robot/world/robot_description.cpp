@@ -1,0 +1,27 @@
+#include "robot/world/robot_description.h"
+
+#include <stdexcept>
+
+#include "platform/model/model_utils.h"
+#include "robot/world/file_bytes.h"
+
+namespace QV::robot {
+namespace {
+
+constexpr std::size_t kMaxBytes = std::size_t{16} << 20;
+
+}  // namespace
+
+RobotDescription::RobotDescription(const std::string& xml)
+    : xml(xml), model(Model::ModelUtils::robotFromXml(xml)) {}
+
+RobotDescription RobotDescription::fromFile(const std::string& path) {
+  const std::string xml = readFile(path, kMaxBytes);
+  try {
+    return RobotDescription(xml);
+  } catch (const std::exception& exception) {
+    throw std::runtime_error(path + ": " + exception.what());
+  }
+}
+
+}  // namespace QV::robot

@@ -1,0 +1,83 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+
+#include "platform/api.h"
+#include "platform/middleware/qv_broker.h"
+#include "platform/middleware/qv_module.h"
+#include "sensor/core/sensor_manager.h"
+#include "sensor/hosting/last_trouble.h"
+
+namespace QV::sensor {
+
+class PeoplePerceptionSensor;
+class TouchSensor;
+
+/**
+ * Hosts the library in a robot's middleware, as the module "QVNavigation": owns a manager, passes
+ * events on to its sensors, and offers its operations by name to other modules. A module of one's
+ * own derives from it, binds more methods, and is registered under that name.
+ *
+ * Operations of the manager, under their own names; several names are a string or an array of
+ * strings, a set comes as an array of strings in order:
+ *
+ * | methods | arguments | result |
+ * |---|---|---|
+ * | subscribe, unsubscribe | subscriber, names | bool |
+ * | subscribeToAll, unsubscribeFromAll | subscriber | bool |
+ * | getMetricalData | names | array of records, see record_value.h |
+ * | getAllMetricalData | | the same |
+ * | enableSensorOrFamily, setSensorDiagnosis | name, bool | bool |
+ * | setSensorsDebug | bool | |
+ * | setPose2D | twice an array x, y (m), theta (rad) | |
+ * | getFamilyNames, getSensorList, getEnabledSensorList, getSubscribers | | set |
+ * | getSensorsByFamily, getSensorListBySubscriber | family; subscriber | set |
+ * | getAllSensorsByFamily | | array of arrays: family, set of its sensors |
+ * | isSensorStarted, isSensorEnabled, isSensorDiagnosisSuccess, isSensor, isFamily | name | bool |
+ * | isSensorSubscribedBy | sensor, subscriber | bool |
+ * | getKindParameter | | float, m |
+ * | lastTrouble | sensor | array: level, message, time (int, ns of ko::Clock); or empty |
+ *
+ * And the events "_onTouchChanged" and "_onPeopleDetected", each with event, value and subscriber;
+ * they are ignored if there is no such sensor.
+ *
+ * Not copyable. Any thread may call any method; the caller's thread does the work.
+ */
+class QV_API NavigationModule : public QVModule {
+ public:
+  /**
+   * With the sensors of the robot behind the broker; no broker: QVError. Its sensors keep the
+   * broker alive, and the broker the module: see ScopedModule.
+   */
+  explicit NavigationModule(const boost::shared_ptr<QVBroker>& broker);
+  /** With a manager of any kind, which has all its sensors already; no manager: QVError. */
+  explicit NavigationModule(boost::shared_ptr<SensorManager> manager);
+  /** Unsubscribes everybody first: no hardware is left running. */
+  ~NavigationModule() override;
+
+  SensorManager& getManager() { return *manager; }
+  const LastTrouble& getLastTrouble() const { return trouble; }
+
+ private:
+  NavigationModule();
+  void xHost(boost::shared_ptr<SensorManager> newManager);
+
+  void xBindEvents();
+  void xBindSubscriptions();
+  void xBindSwitches();
+  void xBindLists();
+  void xBindQuestions();
+  void xBindReadings();
+  QVValue xLastTrouble(const std::string& sensorName) const;
+
+  // Older than the manager: it hears of sensors that can't be built.
+  LastTrouble trouble;
+  boost::shared_ptr<SensorManager> manager;
+  std::vector<boost::shared_ptr<TouchSensor>> touchSensors;
+  std::vector<boost::shared_ptr<PeoplePerceptionSensor>> peopleSensors;
+};
+
+}  // namespace QV::sensor

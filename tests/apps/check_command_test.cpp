@@ -1,0 +1,135 @@
+#include <map>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "apps/shared_files.h"
+#include "tests/apps/run_program.h"
+#include "tests/support/temporary_folder.h"
+
+namespace QV::app {
+namespace {
+
+using testing::HasSubstr;
+
+/** What a check says of a sensor that fails. */
+struct Finding {
+  std::string result;
+  std::string why;
+};
+
+typedef std::map<std::string, Finding> Findings;
+
+void expectFindings(std::vector<std::string> arguments, const Findings& expected) {
+  arguments.insert(arguments.begin(), {"check", "--format", "json"});
+  const Result result = run(arguments);
+  EXPECT_EQ(result.error, "");
+  EXPECT_EQ(result.status, expected.empty() ? 0 : 1);
+  std::size_t failed = 0;
+  for (const auto& sensor : recordsIn(result.out)) {
+    SCOPED_TRACE(sensor.dump());
+    const auto found = expected.find(sensor["sensorName"]);
+    EXPECT_EQ(sensor["works"], found == expected.end());
+    if (found == expected.end()) continue;
+    ++failed;
+    EXPECT_EQ(sensor["result"], found->second.result);
+    EXPECT_THAT(sensor["why"].get<std::string>(), HasSubstr(found->second.why));
+  }
+  EXPECT_EQ(failed, expected.size());
+}
+
+const std::string kNoMode = "Timeout while setting operation Mode for FrontLaser";
+const std::string kSame = "its points stay the same when the robot turns";
+const std::string kNoImage = "Error while getting new 3D image";
+
+struct Case {
+  std::string fault;
+  Findings expected;
+};
+
+class CheckFaults : public testing::TestWithParam<Case> {};
+
+TEST_P(CheckFaults, areFoundAndNothingElse) {
+  std::vector<std::string> arguments{"--robot", findSharedFile("descriptions/porter.urdf")};
+  for (const char* sensor :
+       {"BackSonar", "BlindZone", "DepthCamera", "FrontLaser", "HoleLaser", "PeoplePerception"}) {
+    arguments.push_back("--fault");
+    arguments.push_back(sensor + (":" + GetParam().fault));
+  }
+  expectFindings(arguments, GetParam().expected);
+}
+
+INSTANTIATE_TEST_SUITE_P(
+    Kinds, CheckFaults,
+    testing::Values(Case{"off@9000-9001", {}},
+                    Case{"off",
+                         {{"BackSonar", {"no record", "memory key Device/Sonar/Back/Value: "}},
+                          {"BlindZone", {"no record", "memory key Device/BlindZone/Value: "}},
+                          {"DepthCamera", {"no record", kNoImage}},
+                          {"FrontLaser", {"failed to start", kNoMode}},
+                          {"HoleLaser", {"failed to start", "Timeout"}}}},
+                    Case{"stuck",
+                         {{"BackSonar", {"stale", kSame}},
+                          {"DepthCamera", {"stale", kSame}},
+                          {"FrontLaser", {"stale", kSame}},
+                          {"PeoplePerception", {"stale", kSame}}}},
+                    Case{"garbage",
+                         {{"BackSonar", {"bad data", "a point at "}},
+                          {"DepthCamera", {"no record", "65535"}},
+                          {"FrontLaser", {"bad data", "a point outside of its field of view"}},
+                          {"HoleLaser", {"bad data", "its status never vouches"}},
+                          {"PeoplePerception", {"bad data", "Wrong peopleEvent "}}}},
+                    Case{"wrong", {}},
+                    Case{"slow",
+                         {{"DepthCamera", {"stale", " s old"}},
+                          {"FrontLaser", {"stale", " s old"}},
+                          {"HoleLaser", {"stale", " s old"}},
+                          {"PeoplePerception", {"stale", " s old"}}}},
+                    Case{"delayed",
+                         {{"DepthCamera", {"stale", " s old"}},
+                          {"FrontLaser", {"stale", " s old"}},
+                          {"HoleLaser", {"stale", " s old"}},
+                          {"PeoplePerception", {"stale", " s old"}}}},
+                    Case{"intermittent",
+                         {{"BackSonar", {"no record", "for 0.50 s"}},
+                          {"BlindZone", {"no record", "for 0.50 s"}},
+                          {"DepthCamera", {"stale", kNoImage}},
+                          {"FrontLaser", {"stale", " s old"}},
+                          {"HoleLaser", {"stale", " s old"}},
+                          {"PeoplePerception", {"stale", " s old"}}}}),
+    [](const auto& tested) {
+      return tested.param.fault.substr(0, tested.param.fault.find('@')) +
+             std::to_string(tested.index);
+    });
+
+TEST(Check, simulatedSensorsWork) {
+  for (const char* kind : {"-1", "0", "1"}) expectFindings({"--kind", kind}, {});
+}
+
+TEST(Check, namesWhatCouldNotBeBuilt) {
+  const test::TemporaryFolder folder;
+  const auto path = folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/>
+    <link name="base"/>
+    <sensor name="Laser" type="8"/>
+    <sensor name="Mute" type="9"/>
+    <sensor name="Twice" type="9"><memory_key>A</memory_key><memory_key>B</memory_key></sensor>
+    <sensor name="Other" type="7"/></robot>)");
+  expectFindings({"--robot", path},
+                 {{"Laser", {"could not be built", "its model is incomplete"}},
+                  {"Mute", {"could not be built", "its description is incomplete"}},
+                  {"Twice", {"could not be built", "Wrong memory keys size"}}});
+}
+
+TEST(Check, showsATable) {
+  const Result result = run({"check", "--robot", findSharedFile("descriptions/porter.urdf"),
+                             "--subscribe", "Touch", "--subscribe", "Laser", "--fault",
+                             "FrontLaser:off", "--fault", "BackBumperTouch:wrong"});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.out, HasSubstr("FrontLaser  Laser   failed to start        0       0  Time"));
+  EXPECT_THAT(result.out, testing::ContainsRegex("Touch +Touch +works .* touched: BackBumper\n"));
+  EXPECT_THAT(result.out, HasSubstr("\n3 of 4 sensors work.\n"));
+}
+
+}  // namespace
+}  // namespace QV::app

@@ -1,0 +1,101 @@
+#include <cmath>
+#include <string>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "tests/apps/run_program.h"
+#include "tests/support/real_data.h"
+#include "tests/support/temporary_folder.h"
+
+namespace QV::app {
+namespace {
+
+using testing::HasSubstr;
+
+// Three beams; the laser sits 0.1 m ahead.
+const std::string kScans =
+    "# a log\n"
+    "ODOM 0 0 0 0 0 0 1.0 host 1.0\n"
+    "FLASER 3 1.0 2.0 81.0 0.1 0 0 0 0 0 1.0 host 1.0\n"
+    "FLASER 3 1.5 2.5 3.5 1.1 2 0 1 2 0 1.2 host 1.2\n";
+const std::string kRanges =
+    "100 1000 1000 1000 1000 1000 1000 1000 5110\n350 900 900 900 900 900 900 900 900\n";
+const std::string kPoses = "100 0 0 0\n350 500 0 900\n";
+
+class ReplayTest : public testing::Test {
+ protected:
+  const test::TemporaryFolder folder;
+};
+
+TEST_F(ReplayTest, tellsLogsByWhatTheyHold) {
+  const auto lidar = recordsIn(run({"replay", folder.write("a", kScans), "--format", "json"}).out);
+  ASSERT_EQ(lidar.size(), 2u);
+  EXPECT_EQ(lidar[0]["points"].size(), 2u);
+  EXPECT_EQ(lidar[1]["points"][1], (nlohmann::json{{"x", 2.5}, {"y", 0.0}, {"z", 0.0}}));
+  EXPECT_EQ(lidar[1]["timestamp"], 150'000'000);
+  EXPECT_EQ(lidar[1]["frame"], "robot");
+  folder.write("poses.txt", kPoses);
+  const Result sonars = run({"replay", folder.write("b", kRanges)});
+  EXPECT_EQ(sonars.status, 0) << sonars.error;
+  EXPECT_THAT(sonars.out, testing::ContainsRegex("Sonar0 +Sonar +15 +1.000 .* 0.000\n"));
+  EXPECT_THAT(sonars.out, testing::ContainsRegex("Sonar7 +Sonar +15 +- .* 0.000\n"));
+  EXPECT_THAT(sonars.out, testing::ContainsRegex("Sonar7 +Sonar +15 +0.900 .* 0.250\n"));
+}
+
+TEST_F(ReplayTest, writesRecordsWithThePoseOfTheRobot) {
+  const auto output = folder / "records.jsonl";
+  const Result result = run({"replay", folder.write("a", kScans), "-o", output});
+  EXPECT_THAT(result.out, testing::ContainsRegex("Laser +Laser +2 +5 +1.000\nWrote "));
+  const auto records = recordsIn(test::readBytes(output));
+  ASSERT_EQ(records.size(), 2u);
+  EXPECT_EQ(records[1]["robotPose"], (nlohmann::json{{"x", 1.0}, {"y", 2.0}, {"theta", 0.0}}));
+}
+
+TEST_F(ReplayTest, badLogsAreOneLineThatNamesThem) {
+  const auto alone = folder.write("alone", kRanges);
+  struct Case {
+    std::vector<std::string> arguments;
+    std::string expected;
+  };
+  const Case cases[] = {
+      {{folder / "none"}, "none: a readable file expected"},
+      {{folder.write("empty", "\n")}, "empty: no FLASER line found"},
+      {{folder.write("odd", "\n\x7f\x45LF")}, "odd: line 2: FLASER or ODOM expected"},
+      {{folder.write("short", kScans + "FLASER 3 1.0\n")}, "short: line 5: 14 words expected"},
+      {{alone}, "alone: a sonar log goes with a file of poses; name it with --poses"},
+      {{alone, "--poses", folder.write("few", "100 0 0 0\n")}, "few: as many lines as in"},
+      {{alone, "--poses", folder.write("late", "100 0 0 0\n351 0 0 0\n")},
+       "late: line 2: the time"},
+      {{folder.write("swapped", kPoses), "--poses", alone}, "swapped: line 1: 9 words expected"},
+      {{alone, "--poses", folder.write("good", kPoses), "-o", folder / "no/r.jsonl"},
+       "r.jsonl: can't be written"},
+      {{}, "LOG is required"},
+  };
+  for (const Case& c : cases) {
+    std::vector<std::string> arguments = c.arguments;
+    arguments.insert(arguments.begin(), "replay");
+    const Result result = run(arguments);
+    EXPECT_EQ(result.status, 2) << c.expected;
+    EXPECT_THAT(result.error, HasSubstr(c.expected));
+    EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
+  }
+}
+
+TEST_F(ReplayTest, playsRecordedLogsToTheirEnd) {
+  struct Case {
+    std::string log;
+    std::string expected;
+  };
+  for (const Case& c : {Case{"lidar/mrpt_localization_demo.log", "Laser +Laser +37 +13[0-9]{3} "},
+                        Case{"sonar/measurement.txt", "Sonar7 +Sonar +413 +6195 "}}) {
+    const auto path = test::findRealData(c.log);
+    if (!path) GTEST_SKIP() << "no " << c.log << " in QV_DATA";
+    const Result result = run({"replay", *path, "-o", folder / "records.jsonl"});
+    EXPECT_EQ(result.error, "");
+    EXPECT_THAT(result.out, testing::ContainsRegex(c.expected));
+  }
+}
+
+}  // namespace
+}  // namespace QV::app

@@ -1,0 +1,180 @@
+#include <csignal>
+#include <cstring>
+#include <fcntl.h>
+#include <poll.h>
+#include <pty.h>
+#include <stdexcept>
+#include <string>
+#include <sys/ioctl.h>
+#include <sys/wait.h>
+#include <termios.h>
+#include <unistd.h>
+#include <utmp.h>
+
+#include <gmock/gmock.h>
+
+#include "apps/shared_files.h"
+#include "apps/terminal/terminal.h"
+#include "tests/apps/run_program.h"
+
+namespace QV::app {
+namespace {
+
+using testing::HasSubstr;
+
+/** A terminal of our own: what is written to one side is read from the other. */
+class PseudoTerminal {
+ public:
+  PseudoTerminal() {
+    winsize size{30, 200, 0, 0};
+    if (openpty(&outer, &inner, nullptr, nullptr, &size) != 0) {
+      throw std::runtime_error("no pseudo terminal");
+    }
+    fcntl(outer, F_SETFD, FD_CLOEXEC);
+    tcgetattr(inner, &before);
+  }
+  ~PseudoTerminal() {
+    close(outer);
+    close(inner);
+  }
+
+  void resize(unsigned short rows, unsigned short columns) const {
+    const winsize size{rows, columns, 0, 0};
+    ioctl(outer, TIOCSWINSZ, &size);
+  }
+
+  void type(const std::string& keys) const {
+    if (write(outer, keys.data(), keys.size()) < 0) throw std::runtime_error("can't type");
+  }
+
+  /** Reads on until `expected` is shown, and forgets what came before it; false if it never is. */
+  bool shows(const std::string& expected) {
+    // It is drawn anew again and again: what is not there after so much of it won't come.
+    constexpr int kPatienceMs = 60'000;
+    constexpr std::size_t kMostBytes = 4 << 20;
+    while (shown.size() < kMostBytes) {
+      const auto found = shown.find(expected);
+      if (found != std::string::npos) {
+        shown.erase(0, found + expected.size());
+        return true;
+      }
+      pollfd wanted{outer, POLLIN, 0};
+      if (poll(&wanted, 1, kPatienceMs) <= 0) return false;
+      char bytes[4096];
+      const auto count = read(outer, bytes, sizeof bytes);
+      if (count <= 0) return false;
+      shown.append(bytes, static_cast<std::size_t>(count));
+    }
+    return false;
+  }
+
+  /** Whether keys echo and lines wait for their end, as when it was made. */
+  bool isAsBefore() const {
+    termios now{};
+    tcgetattr(inner, &now);
+    return now.c_lflag == before.c_lflag &&
+           std::memcmp(now.c_cc, before.c_cc, sizeof now.c_cc) == 0;
+  }
+
+  int outer = -1;
+  int inner = -1;
+
+ private:
+  termios before{};
+  std::string shown;
+};
+
+/** `qvsensors watch` in a process and a terminal of its own. */
+class WatchTest : public testing::Test {
+ protected:
+  void start() {
+    const std::string robot = findSharedFile("descriptions/porter.urdf");
+    process = fork();
+    if (process != 0) return;
+    login_tty(terminal.inner);
+    execl(QVSENSORS, QVSENSORS, "watch", "--still", "--robot", robot.c_str(), "--fault",
+          "FrontLaser:off", nullptr);
+    _exit(99);
+  }
+  ~WatchTest() override {
+    if (process <= 0) return;
+    kill(process, SIGKILL);
+    waitpid(process, nullptr, 0);
+  }
+
+  int awaitEnd() {
+    int status = 0;
+    waitpid(process, &status, 0);
+    process = 0;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  void expectEnd(int status) {
+    EXPECT_TRUE(terminal.shows("\x1b[?25h\x1b[?1049l"));
+    EXPECT_EQ(awaitEnd(), status);
+    EXPECT_TRUE(terminal.isAsBefore());
+  }
+
+  PseudoTerminal terminal;
+  pid_t process = 0;
+};
+
+TEST_F(WatchTest, keysChooseASensorAndSwitchIt) {
+  start();
+  ASSERT_TRUE(terminal.shows("\x1b[?1049h\x1b[?25l"));
+  EXPECT_FALSE(terminal.isAsBefore());
+  ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar         Sonar      yes      good       yes"));
+  ASSERT_TRUE(terminal.shows("Timeout while setting operation Mode for FrontLaser"));
+  terminal.type("e");
+  EXPECT_TRUE(terminal.shows("\x1b[7mBackSonar         Sonar      no       good       no "));
+  EXPECT_TRUE(terminal.shows("BackSonar: disabled"));
+  terminal.type("\x1b[B");
+  EXPECT_TRUE(terminal.shows("\x1b[7mBlindZone         BlindZone  yes      good       yes"));
+  terminal.type("d");
+  EXPECT_TRUE(terminal.shows("\x1b[7mBlindZone         BlindZone  yes      bad        no "));
+  terminal.type("d");
+  EXPECT_TRUE(terminal.shows("\x1b[7mBlindZone         BlindZone  yes      good       yes"));
+  terminal.type("s");
+  EXPECT_TRUE(terminal.shows("\x1b[7mBlindZone         BlindZone  yes      good       no "));
+  EXPECT_TRUE(terminal.shows("BlindZone: unsubscribed"));
+  terminal.resize(30, 12);
+  EXPECT_TRUE(terminal.shows("\x1b[7mBlindZone   \x1b[0m"));
+  terminal.type("q");
+  expectEnd(0);
+}
+
+TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    start();
+    ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
+    kill(process, signal);
+    expectEnd(128 + signal);
+  }
+}
+
+TEST(Terminal, anExceptionLeavesItAsItWas) {
+  PseudoTerminal outside;
+  try {
+    const Terminal sut(outside.inner, outside.inner);
+    EXPECT_FALSE(outside.isAsBefore());
+    throw std::runtime_error("trouble");
+  } catch (const std::runtime_error&) {
+    EXPECT_TRUE(outside.isAsBefore());
+  }
+  EXPECT_TRUE(outside.shows("\x1b[?25h\x1b[?1049l"));
+}
+
+TEST(Watch, printsOneTableWithoutATerminal) {
+  const Result result =
+      run({"watch", "--once", "--robot", findSharedFile("descriptions/porter.urdf"), "--subscribe",
+           "Sonar", "--fault", "BackSonar:off"});
+  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.error, "");
+  EXPECT_THAT(result.out, HasSubstr("FrontSonar        Sonar      yes      good       yes"
+                                    "                1      15 "));
+  EXPECT_THAT(result.out, HasSubstr("FrontLaser        Laser      yes      good       no "
+                                    "                0       0          -      -\n"));
+}
+
+}  // namespace
+}  // namespace QV::app

@@ -1,0 +1,79 @@
+#include "apps/watch/watch_view.h"
+
+#include <sstream>
+#include <vector>
+
+#include <gmock/gmock.h>
+
+#include "apps/terminal/key.h"
+
+namespace QV::app {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::Not;
+using testing::StartsWith;
+
+WatchState exampleState() {
+  WatchState state{"Robot", {1.0f, 2.0f, 0.5f}, {}, 1, "Sonar: disabled"};
+  state.sensors = {{"Laser", "Laser", true, false, false, 2},
+                   {"Sonar", "Sonar", false, true, true, 1, 15, 0.5f, 0.25}};
+  state.sensors[0].trouble = "no \x1b[2J\nscan";
+  state.sensors[0].troubleAge = 3.4;
+  return state;
+}
+
+/** What each line of a screen shows, its style before it. */
+std::vector<std::string> linesOf(const std::string& screen) {
+  std::string text = screen.substr(screen.find("\x1b[H") + 3);
+  text.erase(text.rfind("\x1b[J"));
+  std::vector<std::string> lines;
+  std::istringstream stream(text);
+  for (std::string line; std::getline(stream, line);) {
+    lines.push_back(line.substr(0, line.find("\x1b[0m\x1b[K")));
+  }
+  return lines;
+}
+
+TEST(WatchView, aTableShowsEverySensor) {
+  EXPECT_EQ(watchTable(exampleState()),
+            "sensor  family  enabled  diagnosis  started  subscribers  points  nearest m  age s  "
+            "last trouble\n"
+            "Laser   Laser   yes      bad        no                 2       0          -      -  "
+            "3 s ago: no \\x1b[2J\\nscan\n"
+            "Sonar   Sonar   no       good       yes                1      15       0.50   0.25\n");
+}
+
+TEST(WatchView, aScreenShowsTheChosenSensorTheNoteAndTheKeys) {
+  EXPECT_THAT(linesOf(watchScreen(exampleState(), {200, 24})),
+              ElementsAre("\x1b[1mRobot at 1.00, 2.00 m, 0.50 rad", StartsWith("\x1b[1msensor  "),
+                          StartsWith("\x1b[0mLaser  "), StartsWith("\x1b[7mSonar  "),
+                          "\x1b[0mSonar: disabled", HasSubstr("q: quit")));
+}
+
+TEST(WatchView, aScreenIsNeverLargerThanItsTerminal) {
+  const WatchState state = exampleState();
+  for (int rows = 1; rows < 8; ++rows) {
+    for (const int columns : {1, 20, 200}) {
+      const auto lines = linesOf(watchScreen(state, {columns, rows}));
+      EXPECT_LE(lines.size(), static_cast<std::size_t>(rows));
+      for (const auto& line : lines) EXPECT_LE(line.size() - 4, static_cast<std::size_t>(columns));
+    }
+  }
+  const std::string low = watchScreen(state, {200, 5});
+  EXPECT_THAT(low, HasSubstr("\x1b[7mSonar"));
+  EXPECT_THAT(low, Not(HasSubstr("mLaser")));
+}
+
+TEST(KeyReader, readsArrowsInPartsAndLettersAfterWhatMeansNothing) {
+  KeyReader sut;
+  EXPECT_THAT(sut.feed("\x1b"), ElementsAre());
+  EXPECT_THAT(sut.feed("["), ElementsAre());
+  EXPECT_THAT(sut.feed("A\x1bOBx\x1b[5~s"), ElementsAre(Key::up, Key::down, Key::subscribe));
+  EXPECT_THAT(sut.feed("\x1b\x1b[Bed\x1b[q"),
+              ElementsAre(Key::down, Key::enable, Key::diagnose, Key::quit));
+}
+
+}  // namespace
+}  // namespace QV::app

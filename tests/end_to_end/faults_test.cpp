@@ -1,0 +1,257 @@
+#include <algorithm>
+#include <array>
+#include <cmath>
+#include <map>
+
+#include <gmock/gmock.h>
+
+#include "platform/ko/simulated_time.h"
+#include "platform/middleware/scoped_module.h"
+#include "sensor/hosting/navigation_module.h"
+#include "sensor/real/real_sensor_manager.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/porter.h"
+
+namespace QV {
+namespace {
+
+using boost::chrono::milliseconds;
+using robot::FaultKind;
+
+// Cycles of 100 ms: for each kind a window in which it counts, and a pause to recover in.
+constexpr int kFirstWindow = 10;
+constexpr int kWindow = 40;
+constexpr int kPause = 20;
+constexpr int kPerKind = kWindow + kPause;
+constexpr int kKinds = 7;
+constexpr int kCycles = kFirstWindow + kKinds * kPerKind;
+// Into a window, or a pause: what was there before is gone.
+constexpr int kSettled = 30;
+constexpr int kRecovered = 10;
+
+int windowOf(FaultKind kind) {
+  return kFirstWindow + static_cast<int>(kind) * kPerKind;
+}
+
+/** What a sensor's records of one cycle come to. */
+struct Reading {
+  std::size_t points = 0;
+  float nearest = 0.0f;
+  std::string value = {};
+  ko::Clock::time_point time = {};
+
+  friend bool operator==(const Reading&, const Reading&) = default;
+  friend void PrintTo(const Reading& reading, std::ostream* out) {
+    *out << reading.points << " points at " << reading.time.time_since_epoch().count() << ": "
+         << reading.value;
+  }
+
+  void add(const Math::MetricalData& record) {
+    double sum = 0.0;
+    for (const auto& point : record.points) {
+      nearest = ++points == 1 ? norm(point) : std::min(nearest, norm(point));
+      sum += static_cast<double>(points) * (point.x + 2.0 * point.y + 3.0 * point.z);
+    }
+    value.append(record.sensorName).append(" ").append(std::to_string(sum)).append("; ");
+    time = record.timestamp;
+  }
+};
+
+typedef std::vector<Reading> Readings;
+
+/** What each sensor of the manager, and each bumper, read over the cycles of a run. */
+typedef std::map<std::string, Readings> Outcome;
+
+/** A free square of 6 m whose walls are the outermost cells. */
+boost::shared_ptr<OccupancyMap> bareRoom() {
+  auto map = boost::make_shared<OccupancyMap>(60, 60, 0.1f, Math::Pose2D(), 0.0f);
+  for (int i = 0; i < 60; ++i) {
+    for (int edge : {0, 59}) {
+      map->setOccupancy(i, edge, 1.0f);
+      map->setOccupancy(edge, i, 1.0f);
+    }
+  }
+  return map;
+}
+
+/** Between two kerbs, one before and one behind, and somebody who walks to and fro. */
+robot::WorldOptions makeWorld() {
+  robot::WorldOptions world;
+  world.start = {3.0f, 3.0f, 0.0f};
+  world.boxes = {{{3.36f, 3.0f, 0.0f}, 0.1f, 1.0f, 0.0f, 0.05f},
+                 {{2.64f, 3.0f, 0.0f}, 0.1f, 1.0f, 0.0f, 0.05f}};
+  world.people = {{{{5.0f, 2.5f}, {5.0f, 3.5f}}, 0.3f}};
+  world.rangeNoise = 0.005f;
+  return world;
+}
+
+/** Porter leans on one kerb for half a second, and then on the other. */
+Outcome runWithFaultsOf(const std::string& faulty, bool withDepth) {
+  ko::SimulatedTime time;
+  test::LogCapture log;
+  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
+  const auto module = boost::make_shared<sensor::NavigationModule>(porter.getBroker());
+  const ScopedModule registered(porter.getBroker(), module);
+  sensor::SensorManager& manager = module->getManager();
+  for (const auto& name : manager.getSensorList()) {
+    if (withDepth || name != "DepthCamera") manager.subscribe("test", name);
+  }
+  // By now all lasers have started.
+  const ko::Clock::time_point start(milliseconds(2000));
+  for (const FaultKind kind :
+       faulty.empty() ? std::vector<FaultKind>() : porter.getPossibleFaults(faulty)) {
+    const auto from = start.time_since_epoch() + milliseconds(100 * windowOf(kind) + 50);
+    porter.setFault(faulty, kind, from, from + milliseconds(100 * kWindow));
+  }
+  Outcome result{{"FrontBumper", {}}, {"BackBumper", {}}};
+  for (const auto& name : manager.getSensorListBySubscriber("test")) result[name];
+  for (int cycle = 0; cycle < kCycles; ++cycle) {
+    porter.setVelocity(cycle / 5 % 2 == 0 ? -0.3f : 0.3f, 0.0f, 0.0f);
+    time.advanceTo(start + milliseconds(100 * (cycle + 1)));
+    for (auto& [name, readings] : result) readings.emplace_back();
+    for (const auto& record : manager.getMetricalData()) {
+      result.at(record.sensorName).back().add(record);
+    }
+  }
+  return result;
+}
+
+// What a reader sees of a failing sensor in cycle `i`, beside what it would see of a healthy one.
+typedef bool (*Check)(const Readings& failing, const Readings& healthy, std::size_t i);
+
+bool isGone(const Readings& failing, const Readings&, std::size_t i) {
+  return failing[i].points == 0;
+}
+bool isFrozen(const Readings& failing, const Readings&, std::size_t i) {
+  return failing[i].points > 0 && failing[i].value == failing[i - 1].value;
+}
+bool isSteady(const Readings& failing, const Readings&, std::size_t i) {
+  return failing[i].value == failing[i - 1].value;
+}
+bool isDifferent(const Readings& failing, const Readings& healthy, std::size_t i) {
+  return failing[i].value != healthy[i].value;
+}
+bool isNearer(const Readings& failing, const Readings& healthy, std::size_t i) {
+  return std::abs(failing[i].nearest - 0.6f * healthy[i].nearest) < 0.02f;
+}
+bool isPulledIn(const Readings& failing, const Readings& healthy, std::size_t i) {
+  return failing[i].points == healthy[i].points && failing[i].nearest < 0.15f;
+}
+// Something and nothing; far and near.
+bool isOpposite(const Readings& failing, const Readings& healthy, std::size_t i) {
+  return failing[i].points != healthy[i].points || failing[i].nearest != healthy[i].nearest;
+}
+bool changesRarely(const Readings& failing, const Readings&, std::size_t i) {
+  return failing[i].value == failing[i - 1].value || failing[i - 1].value == failing[i - 2].value;
+}
+bool isLate(const Readings& failing, const Readings& healthy, std::size_t i) {
+  return failing[i].value == healthy[i - 5].value || failing[i].value == healthy[i - 6].value;
+}
+bool comesAndGoes(const Readings& failing, const Readings& healthy, std::size_t i) {
+  return failing[i].value == healthy[i].value || isGone(failing, healthy, i) ||
+         isFrozen(failing, healthy, i);
+}
+bool isAnything(const Readings&, const Readings&, std::size_t) {
+  return true;
+}
+
+/** In the order of the kinds. */
+const std::map<std::string, std::array<Check, kKinds>> kExpected{
+    {"Sonar", {isGone, isFrozen, isDifferent, isNearer, changesRarely, isLate, comesAndGoes}},
+    {"Laser", {isGone, isFrozen, isDifferent, isNearer, changesRarely, isLate, comesAndGoes}},
+    {"HoleLaser", {isGone, isFrozen, isDifferent, isPulledIn, changesRarely, isLate, comesAndGoes}},
+    {"BlindZone",
+     {isGone, isAnything, isAnything, isOpposite, isAnything, isAnything, comesAndGoes}},
+    {"DepthCamera", {isFrozen, isFrozen, isGone, isNearer, changesRarely, isLate, comesAndGoes}},
+    {"PeoplePerception", {isGone, isFrozen, isGone, isNearer, changesRarely, isLate, comesAndGoes}},
+    {"BumperTouch", {isSteady, isSteady, isSteady, isOpposite, isAnything, isLate, isAnything}},
+};
+
+const std::array<Check, kKinds>& expectedOf(const std::string& sensor) {
+  std::string longest;
+  for (const auto& [ending, checks] : kExpected) {
+    if (sensor.ends_with(ending) && ending.size() > longest.size()) longest = ending;
+  }
+  return kExpected.at(longest);
+}
+
+class FaultsTest : public testing::TestWithParam<const char*> {
+ protected:
+  FaultsTest() {
+    const bool withDepth = faulty == "DepthCamera" || faulty == "PeoplePerception";
+    healthy = runWithFaultsOf("", withDepth);
+    failing = runWithFaultsOf(faulty, withDepth);
+  }
+
+  void checkWindow(FaultKind kind, std::size_t window) {
+    const Readings& sound = healthy.at(own);
+    const Readings& seen = failing.at(own);
+    const Check check = expectedOf(faulty)[static_cast<std::size_t>(kind)];
+    for (std::size_t i = window + kSettled; i < window + kWindow; ++i) {
+      // A blind zone is not judged while the robot moves.
+      if (own == "BlindZone" && sound[i].points == 0) continue;
+      EXPECT_TRUE(check(seen, sound, i)) << "cycle " << i << ": " << testing::PrintToString(seen[i])
+                                         << " for " << testing::PrintToString(sound[i]);
+    }
+    for (std::size_t i = window + kWindow + kRecovered; i < window + kPerKind; ++i) {
+      EXPECT_EQ(seen[i], sound[i]) << "recovered";
+    }
+  }
+
+  const std::string faulty = GetParam();
+  /** What its records are called. */
+  const std::string own = faulty.substr(0, faulty.rfind("Touch"));
+  Outcome healthy;
+  Outcome failing;
+};
+
+TEST_P(FaultsTest, showAsWrittenDownRecoverAndLeaveTheOtherSensorsAlone) {
+  for (int kind = 0; kind < kKinds; ++kind) {
+    SCOPED_TRACE(getName(static_cast<FaultKind>(kind)));
+    checkWindow(static_cast<FaultKind>(kind),
+                static_cast<std::size_t>(windowOf(static_cast<FaultKind>(kind))));
+  }
+  for (const auto& [name, readings] : healthy) {
+    const bool measures = std::any_of(readings.begin(), readings.end(),
+                                      [](const Reading& reading) { return reading.points > 0; });
+    EXPECT_EQ(measures, name != "Touch") << name << ", whose records have the bumpers' names";
+    if (name == own) continue;
+    EXPECT_EQ(failing.at(name), readings) << name;
+  }
+}
+
+constexpr const char* kFaultySensors[] = {"BackBumperTouch",  "BackSonar",        "BlindZone",
+                                          "DepthCamera",      "FrontBumperTouch", "FrontLaser",
+                                          "FrontSonar",       "HoleLaser",        "LeftLaser",
+                                          "PeoplePerception", "RightLaser",       "ShovelLaser"};
+
+INSTANTIATE_TEST_SUITE_P(EverySensor, FaultsTest, testing::ValuesIn(kFaultySensors),
+                         [](const auto& parameter) { return std::string(parameter.param); });
+
+TEST(Faults, areThereForEverySensor) {
+  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
+  EXPECT_THAT(porter.getFaultySensors(), testing::ElementsAreArray(kFaultySensors));
+}
+
+TEST(Faults, aLaserThatIsOffStartsOnlyWhenItIsBackAndCalledSoundAgain) {
+  ko::SimulatedTime time;
+  test::LogCapture log;
+  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
+  sensor::RealSensorManager manager(porter.getBroker());
+  porter.setFault("FrontLaser", FaultKind::off);
+  time.advance(milliseconds(100));
+  manager.subscribe("test", {"FrontLaser", "LeftLaser"});
+  EXPECT_FALSE(manager.isSensorStarted("FrontLaser"));
+  EXPECT_FALSE(manager.isSensorDiagnosisSuccess("FrontLaser"));
+  EXPECT_TRUE(manager.isSensorStarted("LeftLaser")) << "shares the operation mode";
+  porter.clearFault("FrontLaser");
+  time.advance(milliseconds(100));
+  manager.setSensorDiagnosis("FrontLaser", true);
+  manager.subscribe("FrontLaser", {});
+  time.advance(milliseconds(200));
+  EXPECT_TRUE(manager.isSensorStarted("FrontLaser"));
+  EXPECT_EQ(manager.getMetricalData("FrontLaser").size(), 1u);
+}
+
+}  // namespace
+}  // namespace QV

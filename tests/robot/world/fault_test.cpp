@@ -1,0 +1,52 @@
+#include "robot/world/fault.h"
+
+#include <gmock/gmock.h>
+
+#include "robot/world/embedded_robot.h"
+#include "tests/robot/world/room.h"
+#include "tests/support/throws.h"
+
+namespace QV::robot {
+namespace {
+
+using boost::chrono::milliseconds;
+using test::errorOf;
+using testing::HasSubstr;
+
+TEST(Fault, isReadFromItsText) {
+  EXPECT_EQ(parseFault("FrontSonar:off"), (Fault{"FrontSonar", FaultKind::off}));
+  EXPECT_EQ(
+      parseFault("Sonar/Front:intermittent@1.5-20"),
+      (Fault{"Sonar/Front", FaultKind::intermittent, milliseconds(1500), milliseconds(20000)}));
+}
+
+TEST(Fault, whatIsNoFaultIsRefusedWithWhatIsOne) {
+  for (const char* text : {"", "FrontSonar", ":off"}) {
+    EXPECT_THAT(errorOf([&] { parseFault(text); }), HasSubstr("NAME:KIND or NAME:KIND@FROM-TO"))
+        << text;
+  }
+  EXPECT_EQ(errorOf([] { parseFault("A:broken"); }),
+            "fault: off, stuck, garbage, wrong, slow, delayed or intermittent expected, "
+            "\"broken\" given");
+  for (const char* text : {"A:off@", "A:off@1", "A:off@2-1", "A:off@1-1", "A:off@-1-2", "A:off@a-2",
+                           "A:off@0-1e30", "A:off@0-2s"}) {
+    EXPECT_THAT(errorOf([&] { parseFault(text); }), HasSubstr("FROM-TO in seconds")) << text;
+  }
+}
+
+TEST(Fault, oneThatMakesNoSenseForARobotIsRefused) {
+  EmbeddedRobot robot(QV_DESCRIPTIONS "/porter.urdf", test::makeRoom(), {{5.0f, 3.0f, 0.0f}});
+  EXPECT_EQ(errorOf([&] { robot.setFault("FrontBumperTouch", FaultKind::slow); }),
+            "fault: \"slow\" makes no sense for \"FrontBumperTouch\", possible are off, stuck, "
+            "garbage, wrong, delayed, intermittent");
+  EXPECT_THAT(errorOf([&] { robot.setFault("Nose", FaultKind::off); }),
+              AllOf(HasSubstr("no sensor \"Nose\""), HasSubstr("FrontSonar")));
+  EXPECT_THAT(errorOf([&] { robot.clearFault("Nose"); }), HasSubstr("Nose"));
+  EXPECT_THAT(errorOf([&] {
+                robot.setFault("FrontSonar", FaultKind::off, milliseconds(2), milliseconds(1));
+              }),
+              HasSubstr("before the end"));
+}
+
+}  // namespace
+}  // namespace QV::robot

@@ -1,0 +1,70 @@
+#pragma once
+
+#include <memory>
+#include <numbers>
+#include <string>
+
+#include <boost/make_shared.hpp>
+
+#include "apps/shared_files.h"
+#include "platform/middleware/qv_memory_proxy.h"
+#include "platform/middleware/qv_proxy.h"
+#include "platform/model/number_text.h"
+#include "robot/world/embedded_robot.h"
+#include "tests/robot/world/room.h"
+
+namespace QV::test {
+
+/**
+ * The project's own robot in a room, its back to a wall and a person 2 m ahead, over the
+ * broker that is given. 200 ms after it leans back, every sensor has something to report.
+ */
+class Porter {
+ public:
+  explicit Porter(const boost::shared_ptr<QVBroker>& broker,
+                  robot::RobotDescription given = describe())
+      : description(std::move(given)),
+        broker(broker),
+        robot(description, makeRoom(), options(), broker) {}
+
+  void leanBack() { robot.setVelocity(-0.5f, 0.0f, 0.0f); }
+
+  static robot::RobotDescription describe() {
+    return robot::RobotDescription::fromFile(app::findSharedFile("descriptions/porter.urdf"));
+  }
+
+  bool isLaser(const std::string& sensor) const { return property(sensor, "regIndex") != nullptr; }
+
+  /** Whether the operation mode has the laser's bit. */
+  bool isLaserOn(const std::string& laser) const {
+    const int mode = QVMemoryProxy(broker).getData(*property(laser, "getOperationMode")).toInt32();
+    return (mode & static_cast<int>(Model::atofC(*property(laser, "regIndex")))) != 0;
+  }
+  std::vector<std::string> cameraHandles() const {
+    return QVProxy(broker, "QVVideoDevice").call<std::vector<std::string>>("getHandles");
+  }
+
+ private:
+  static robot::WorldOptions options() {
+    robot::WorldOptions options;
+    options.stepPeriod = boost::chrono::milliseconds(100);
+    options.start = {0.3f, 3.0f, 0.0f};
+    options.people = {{{{2.3f, 3.0f}}}};
+    return options;
+  }
+
+  const std::string* property(const std::string& sensor, const std::string& key) const {
+    const auto config = description.model.sensorConfigs.find(sensor);
+    if (config == description.model.sensorConfigs.end()) return nullptr;
+    const auto found = config->second.properties.find(key);
+    return found == config->second.properties.end() ? nullptr : &found->second;
+  }
+
+  const robot::RobotDescription description;
+  const boost::shared_ptr<QVBroker> broker;
+
+ public:
+  robot::EmbeddedRobot robot;
+};
+
+}  // namespace QV::test
