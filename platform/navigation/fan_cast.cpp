@@ -1,5 +1,6 @@
 #include "platform/navigation/fan_cast.h"
 
+#include <algorithm>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -57,9 +58,17 @@ struct Rays {
   /** All bits set for yes, none for no. */
   std::int64_t isHit[kSize];
   std::int64_t isHitOnEntry[kSize];
-  /** The way of what is no hit. */
+  /** The way of what is no hit: infinite, or in doubt. */
   double otherwise[kSize];
 };
+
+int groupOf(Height height) {
+  return static_cast<int>(height >> kGroupShift);
+}
+
+std::uint32_t heightInGroup(Height height) {
+  return static_cast<std::uint32_t>(height >> kDroppedBits) & kInGroup;
+}
 
 /** The rows that heights within a block lie in, as bits. */
 std::uint32_t rowsBetween(std::uint32_t low, std::uint32_t high) {
@@ -73,8 +82,6 @@ std::uint32_t rowsBetween(std::uint32_t low, std::uint32_t high) {
 /** Four columns at a time, and of these only the first with any. */
 class ColumnFinder {
  public:
-  static constexpr int kNearStrips = 0;
-
   explicit ColumnFinder(const FanSector& sector)
       : back(sector.alongReversed), falls(sector.falls()) {}
 
@@ -122,8 +129,6 @@ class ColumnFinder {
 /** All sixteen columns, in as many vectors as it takes. */
 class ColumnFinder {
  public:
-  static constexpr int kNearStrips = 2;
-
   explicit ColumnFinder(const FanSector& sector) {
     const Words d;
     const auto iota = hn::Iota(d, 0);
@@ -219,11 +224,42 @@ void aim(const FanCast& fan, const FanSector& sector, int begin, int end, Rays& 
     const auto exit = hn::Add(across, hn::Mul(toExit, slope));
     hn::StoreU(hn::Div(hn::Set(d, 1.0), alongPart), d, rays.perColumn + i);
     hn::StoreU(acrossPart, d, rays.acrossPart + i);
-    hn::StoreU(last, d, rays.last + i);
+    const auto rise = hn::Mul(slope, hn::Set(d, kOne));
+    const auto tooSteep = hn::Gt(rise, hn::Set(d, static_cast<double>(kSteepest)));
+    hn::StoreU(hn::IfThenElse(tooSteep, hn::Set(d, sector.first), last), d, rays.last + i);
+    hn::StoreU(hn::IfThenElse(tooSteep, hn::Set(d, kDoubtful), hn::Set(d, kNever)), d,
+               rays.otherwise + i);
     hn::StoreU(hn::Mul(exit, hn::Set(d, kOne)), d, rays.exit + i);
-    hn::StoreU(hn::Mul(slope, hn::Set(d, kOne)), d, rays.rise + i);
+    hn::StoreU(rise, d, rays.rise + i);
   }
 }
+
+/** How the lines of a sector's rays lie over the first strip, where all of them start. */
+struct Approach {
+  explicit Approach(const FanSector& sector)
+      : rowStep(sector.rowStep),
+        from(sector.turnColumn(sector.first)),
+        firstStrip(from / kStrip),
+        floor((Height{sector.acrossReversed ? sector.rows : 0} << GridRay::kFractionBits) -
+              (Height{1} << kDroppedBits)) {
+    const int nearEdge =
+        sector.alongReversed ? sector.columns - kStrip * (firstStrip + 1) : kStrip * firstStrip;
+    toLowEnd = nearEdge + (sector.acrossReversed ? kStrip : 0) - sector.first - 1;
+  }
+
+  /** The height of a line's low end there, and what it gains from strip to strip. */
+  Height lowEnd(Height exit, Height rise) const {
+    return floor + rowStep * (exit + toLowEnd * rise);
+  }
+  Height advance(Height rise) const { return rowStep * (kStrip * rise); }
+
+  int rowStep;
+  int from;
+  int firstStrip;
+  Height floor;
+  /** In rises, from where a ray leaves its first column. */
+  Height toLowEnd;
+};
 
 /** Where a walk ends: in the first strip with columns to settle or, if none has any, the last. */
 struct Stop {
@@ -234,7 +270,7 @@ struct Stop {
 
 /** Settles whether the ray meets the nearest of the columns, or only comes close: in doubt then. */
 HWY_INLINE void settle(const FanSector& sector, const Stop& stop, Height firstExit, Height rise,
-                       int i, Rays& rays) {
+                       int last, int i, Rays& rays) {
   const std::uint32_t none = stop.columns == 0;
   const auto lane = static_cast<unsigned>(
       sector.alongReversed ? 31 - hwy::Num0BitsAboveMS1Bit_Nonzero32(stop.columns | none)
@@ -247,58 +283,44 @@ HWY_INLINE void settle(const FanSector& sector, const Stop& stop, Height firstEx
   const int bit = sector.turnRow(row) - StripImage::kGroupRows * stop.group;
   const std::uint32_t onEntry = word >> (bit & 31) & 1u;
   const std::uint32_t onNext = word >> ((bit + sector.rowStep) & 31) & crosses;
-  const std::uint32_t candidate = (column <= static_cast<int>(rays.last[i])) & ~none;
-  const std::uint32_t tooSteep = rise > kSteepest;
-  const std::uint32_t isHit = candidate & (onEntry | onNext) & ~tooSteep;
+  const std::uint32_t candidate = (column <= last) & ~none;
+  const std::uint32_t isHit = candidate & (onEntry | onNext);
   rays.column[i] = column;
   rays.nextRow[i] = row + 1;
   rays.isHit[i] = -static_cast<std::int64_t>(isHit);
   rays.isHitOnEntry[i] = -static_cast<std::int64_t>(onEntry);
-  rays.otherwise[i] = (candidate | tooSteep) != 0 ? kDoubtful : kNever;
+  if (candidate != isHit) rays.otherwise[i] = kDoubtful;
 }
 
 /** Finds what the rays hit beyond their first column. */
 void walk(const FanSector& sector, int begin, int end, Rays& rays) {
+  const StripImage& image = sector.image;
+  const Approach approach(sector);
   ColumnFinder finder(sector);
-  const int from = sector.turnColumn(sector.first);
-  const int firstStrip = from / kStrip;
   const std::uint32_t all = (1u << kStrip) - 1;
-  const std::uint32_t ahead =
-      sector.alongReversed ? (1u << from % kStrip) - 1 : all & (all << from % kStrip << 1);
-  // The low end of the line over the first strip, in rises from where it leaves its first column.
-  const int nearEdge =
-      sector.alongReversed ? sector.columns - kStrip * (firstStrip + 1) : kStrip * firstStrip;
-  const Height toLowEnd = nearEdge + (sector.acrossReversed ? kStrip : 0) - sector.first - 1;
-  const Height floor = (Height{sector.acrossReversed ? sector.rows : 0} << GridRay::kFractionBits) -
-                       (Height{1} << kDroppedBits);
+  const int place = approach.from % kStrip;
+  const std::uint32_t ahead = sector.alongReversed ? (1u << place) - 1 : all & (all << place << 1);
   for (int i = begin; i < end; ++i) {
     const auto exit = static_cast<Height>(rays.exit[i]);
     const auto rise = static_cast<Height>(rays.rise[i]);
-    const int lastStrip = sector.turnColumn(static_cast<int>(rays.last[i])) / kStrip;
-    const Height advance = sector.rowStep * (kStrip * rise);
+    const auto last = static_cast<int>(rays.last[i]);
+    const int lastStrip = sector.turnColumn(last) / kStrip;
+    const Height advance = approach.advance(rise);
     const auto shortRise = static_cast<std::uint32_t>(rise >> kDroppedBits);
     finder.setRise(shortRise);
-    Height low = floor + sector.rowStep * (exit + toLowEnd * rise);
-    Stop stop{firstStrip, 0, ahead};
-    int near = ColumnFinder::kNearStrips;
-    while (true) {
-      stop.group = static_cast<int>(low >> kGroupShift);
-      const std::uint32_t height = static_cast<std::uint32_t>(low >> kDroppedBits) & kInGroup;
-      const std::uint32_t rows = rowsBetween(height, height + kStrip * shortRise + kSlack);
-      if (near-- > 0 || (sector.image.getUsedRows(stop.strip, stop.group) & rows) != 0) {
-        stop.columns =
-            finder.find(sector.image.getBlock(stop.strip, stop.group), height, stop.columns);
-        if (stop.columns != 0) break;
-      }
-      if (stop.strip == lastStrip) {
-        stop.columns = 0;
-        break;
-      }
+    Height low = approach.lowEnd(exit, rise);
+    Stop stop{approach.firstStrip, groupOf(low), 0};
+    stop.columns = finder.find(image.getBlock(stop.strip, stop.group), heightInGroup(low), ahead);
+    while (stop.columns == 0 && stop.strip != lastStrip) {
       stop.strip += sector.columnStep;
-      stop.columns = all;
       low += advance;
+      stop.group = groupOf(low);
+      const std::uint32_t height = heightInGroup(low);
+      const std::uint32_t rows = rowsBetween(height, height + kStrip * shortRise + kSlack);
+      if ((image.getUsedRows(stop.strip, stop.group) & rows) == 0) continue;
+      stop.columns = finder.find(image.getBlock(stop.strip, stop.group), height, all);
     }
-    settle(sector, stop, exit, rise, i, rays);
+    settle(sector, stop, exit, rise, last, i, rays);
   }
 }
 
@@ -339,13 +361,26 @@ void measure(const FanSector& sector, const Rays& rays, int begin, int end, doub
   }
 }
 
+/** Bit i is set when ray i is the last of those in its sector. */
+std::uint64_t findLasts(const Rays& rays, int count) {
+  const Doubles d;
+  std::uint64_t lasts = 0;
+  for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
+    const auto isLast = hn::Ne(hn::LoadU(d, rays.sector + i), hn::LoadU(d, rays.sector + i + 1));
+    std::uint8_t bits = 0;
+    hn::StoreMaskBits(d, isLast, &bits);
+    lasts |= std::uint64_t{bits} << i;
+  }
+  return lasts | std::uint64_t{1} << (count - 1);
+}
+
 void castRays(const FanCast& fan, const double* cosines, const double* sines, int count,
               double* ways) {
   Rays rays;
   turn(fan, cosines, sines, count, rays);
-  for (int begin = 0; begin < count;) {
-    int end = begin + 1;
-    while (end < count && rays.sector[end] == rays.sector[begin]) ++end;
+  std::uint64_t lasts = findLasts(rays, count);
+  for (int begin = 0; begin < count; lasts &= lasts - 1) {
+    const int end = static_cast<int>(hwy::Num0BitsBelowLS1Bit_Nonzero64(lasts)) + 1;
     const FanSector sector(fan, static_cast<int>(rays.sector[begin]));
     aim(fan, sector, begin, end, rays);
     walk(sector, begin, end, rays);

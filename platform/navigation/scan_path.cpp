@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 #include "platform/navigation/fan_cast.h"
 #include "platform/navigation/fan_directions.h"
@@ -43,6 +44,9 @@ class Caster {
     fan.sinHeading = std::sin(heading);
     fan.reach = maxRange / static_cast<double>(map.getResolution());
     if (fan.store != nullptr && fan.startsInside()) castTogether = findCastRays(path);
+    if (castTogether != nullptr) {
+      fan.store->fetchAround(static_cast<int>(fan.start.x), static_cast<int>(fan.start.y));
+    }
   }
 
   /** The ways, in cells, of up to FanCast::kMostRays rays; infinity for those that hit nothing. */
@@ -67,12 +71,16 @@ class Caster {
   CastRays* castTogether = nullptr;
 };
 
-RangeReading toReading(double range, float angle, const Math::SensorFieldOfView2D& fieldOfView) {
-  const auto rounded = static_cast<float>(range);
-  if (rounded > fieldOfView.maxRange || std::isinf(rounded)) {
-    return {fieldOfView.maxRange, angle, 1};
+/** The readings of `count` rays that go these ways; lengths are in metres but for the ways. */
+void toReadings(const double* ways, const float* angles, int count, double resolution,
+                const Math::SensorFieldOfView2D& fieldOfView, RangeReading* readings) {
+  const float minRange = fieldOfView.minRange;
+  const float maxRange = fieldOfView.maxRange;
+  for (int i = 0; i < count; ++i) {
+    const auto range = static_cast<float>(ways[i] * resolution);
+    const bool misses = range > maxRange || range == std::numeric_limits<float>::infinity();
+    readings[i] = {misses ? maxRange : std::max(range, minRange), angles[i], misses};
   }
-  return {std::max(rounded, fieldOfView.minRange), angle, 0};
 }
 
 }  // namespace
@@ -84,12 +92,11 @@ bool isSupported(ScanPath path) {
 void simulateScan(const OccupancyMap& map, const Math::SensorFieldOfView2D& fieldOfView,
                   const Math::Pose2D& scanPose, std::vector<RangeReading>& readings,
                   float occupiedAbove, ScanPath path) {
-  readings.clear();
-  if (!makesSense(fieldOfView)) return;
+  if (!makesSense(fieldOfView)) return readings.clear();
   const FanDirections& fan = findFanDirections(fieldOfView.angularRange, fieldOfView.rayCount);
-  readings.reserve(fan.angles.size());
+  readings.resize(fan.angles.size());
   if (!isFinite(scanPose)) {
-    for (const float angle : fan.angles) readings.push_back({fieldOfView.maxRange, angle, 1});
+    for (int i = 0; i < fan.rayCount; ++i) readings[i] = {fieldOfView.maxRange, fan.angles[i], 1};
     return;
   }
   const Caster caster(map, scanPose, fieldOfView.maxRange, occupiedAbove, path);
@@ -98,9 +105,7 @@ void simulateScan(const OccupancyMap& map, const Math::SensorFieldOfView2D& fiel
   for (int begin = 0; begin < fan.rayCount; begin += FanCast::kMostRays) {
     const int count = std::min(FanCast::kMostRays, fan.rayCount - begin);
     caster.cast(&fan.cosines[begin], &fan.sines[begin], count, ways.data());
-    for (int i = 0; i < count; ++i) {
-      readings.push_back(toReading(ways[i] * resolution, fan.angles[begin + i], fieldOfView));
-    }
+    toReadings(ways.data(), &fan.angles[begin], count, resolution, fieldOfView, &readings[begin]);
   }
 }
 

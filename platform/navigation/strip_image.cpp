@@ -1,5 +1,7 @@
 #include "platform/navigation/strip_image.h"
 
+#include <algorithm>
+
 namespace QV::detail {
 
 StripImage::StripImage(int columns, int rows)
@@ -18,6 +20,18 @@ void StripImage::set(int column, int row, bool value) {
 bool StripImage::get(int column, int row) const {
   const Block& block = getBlock(column / kStripColumns, row / kGroupRows);
   return (block.words[static_cast<std::size_t>(column % kStripColumns)] >> row % kGroupRows) & 1u;
+}
+
+void StripImage::fetchAround(int column, int row) const {
+  const int strip = column / kStripColumns;
+  const int group = row / kGroupRows;
+  const int left = std::max(strip - 1, 0);
+  const int right = std::min(strip + 1, static_cast<int>(strips) - 1);
+  for (int below = group - 1; below <= group; ++below) {
+    __builtin_prefetch(&getBlock(left, below));
+    __builtin_prefetch(&getBlock(strip, below));
+    __builtin_prefetch(&getBlock(right, below));
+  }
 }
 
 std::size_t StripImage::getBytes() const {

@@ -41,6 +41,9 @@ class QV_API StripImage {
   /** The rows of that block in which any bit is set. */
   std::uint32_t getUsedRows(int strip, int group) const { return usedRows[xIndex(strip, group)]; }
 
+  /** Has the memory send the blocks around a cell inside the grid, which are to be read soon. */
+  void fetchAround(int column, int row) const;
+
   std::size_t getBytes() const;
 
  private:
