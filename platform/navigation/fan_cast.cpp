@@ -1,15 +1,16 @@
 #include "platform/navigation/fan_cast.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
 #include <limits>
 
+#include "platform/navigation/fan_sector.h"
 #include "platform/navigation/grid_ray.h"
 
-#undef HWY_TARGET_INCLUDE
+// Vectors without a fixed size can be no members; such machines have others as well.
+#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
 #define HWY_TARGET_INCLUDE "platform/navigation/fan_cast.cpp"
 #include <hwy/foreach_target.h>
 #include <hwy/highway.h>
@@ -23,292 +24,370 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 typedef GridRay::Height Height;
 typedef hn::ScalableTag<double> Doubles;
-typedef hn::CappedTag<std::uint32_t, StripImage::kStripColumns> Words;
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 constexpr double kDoubtful = std::numeric_limits<double>::quiet_NaN();
+constexpr double kOne = static_cast<double>(Height{1} << GridRay::kFractionBits);
 constexpr int kStrip = StripImage::kStripColumns;
-constexpr std::uint32_t kAllColumns = (1u << kStrip) - 1;
 
-// Heights within a block have 5 bits of rows and the rest for the fraction. What is dropped of a
-// height and of the 16 rises that follow makes them too low by less than kSlack in the last place.
+// Heights within a block: 5 bits of rows, the rest for the fraction. What a height and the rises
+// that follow it lose by that is less than kSlack in the last place.
 constexpr int kFractionBits = 27;
 constexpr int kDroppedBits = GridRay::kFractionBits - kFractionBits;
 constexpr int kGroupShift = GridRay::kFractionBits + StripImage::kGroupBits;
 constexpr std::uint32_t kInGroup = (1u << (kFractionBits + StripImage::kGroupBits)) - 1;
 constexpr std::uint32_t kSlack = kStrip + 3;
-// Any steeper, and a line with its slack could leave the block.
-constexpr std::uint32_t kSteepest = (1u << kFractionBits) - 4;
+// Any steeper, and the line with its slack could leave the block.
+constexpr Height kSteepest = (Height{1} << GridRay::kFractionBits) - (Height{4} << kDroppedBits);
 
-/**
- * The rays of a fan, each in the frame of a GridRay, each value of all of them together. Values are
- * whole where a GridRay has integers.
- */
+/** The rays of a fan, each value of all of them together; whole where a GridRay has integers. */
 struct Rays {
-  alignas(64) double sector[kMostRays];
-  double along[kMostRays];
-  double across[kMostRays];
-  double alongPart[kMostRays];
-  double acrossPart[kMostRays];
-  double last[kMostRays];
-  double exit[kMostRays];
-  double rise[kMostRays];
-  /** What the walk finds: a column, the row after the one where the ray enters it. */
-  double column[kMostRays];
-  double nextRow[kMostRays];
+  static constexpr int kSize = FanCast::kMostRays + FanCast::kMore;
+
+  alignas(64) double x[kSize];
+  double y[kSize];
+  double sector[kSize];
+  double perColumn[kSize];
+  double acrossPart[kSize];
+  double last[kSize];
+  double exit[kSize];
+  double rise[kSize];
+  /** What the walk finds: the column, and the row after the one where the ray enters it. */
+  double column[kSize];
+  double nextRow[kSize];
   /** All bits set for yes, none for no. */
-  std::int64_t isHit[kMostRays];
-  std::int64_t isHitOnEntry[kMostRays];
-  /** The way if it is no hit: infinity, or NaN for what walkStrips must tell. */
-  double otherwise[kMostRays];
+  std::int64_t isHit[kSize];
+  std::int64_t isHitOnEntry[kSize];
+  /** The way of what is no hit: infinite, or in doubt. */
+  double otherwise[kSize];
 };
 
-/** The sectors of directions that share a frame, as a sum of these. */
-constexpr int kSteep = 1;
-constexpr int kAlongReversed = 2;
-constexpr int kAcrossReversed = 4;
+int groupOf(Height height) {
+  return static_cast<int>(height >> kGroupShift);
+}
 
-// The same operations in the same order as aimRay, so that the rays are the same to the last bit.
-void aim(const FanCast& fan, const double* cosines, const double* sines, int count, Rays& rays) {
+std::uint32_t heightInGroup(Height height) {
+  return static_cast<std::uint32_t>(height >> kDroppedBits) & kInGroup;
+}
+
+/** The rows that heights within a block lie in, as bits. */
+std::uint32_t rowsBetween(std::uint32_t low, std::uint32_t high) {
+  return (2u << (high >> kFractionBits)) - (1u << (low >> kFractionBits));
+}
+
+// Finds the columns of a block in which a line touches a cell that is there, or comes within kSlack
+// of it. The line is given by its height where it is lowest, at an edge of the strip.
+#if HWY_TARGET == HWY_SCALAR || HWY_TARGET == HWY_EMU128
+
+/** Four columns at a time, and of these only the first with any. */
+class ColumnFinder {
+ public:
+  explicit ColumnFinder(const FanSector& sector)
+      : back(sector.alongReversed), falls(sector.falls()) {}
+
+  void setRise(std::uint32_t perColumn) { rise = perColumn; }
+
+  std::uint32_t find(const StripImage::Block& block, std::uint32_t low,
+                     std::uint32_t wanted) const {
+    const bool fromTop = back != falls;
+    std::uint32_t height = fromTop ? low + (kStrip - kQuad) * rise : low;
+    unsigned quad = back ? kStrip - kQuad : 0;
+    for (unsigned i = 0; i < kStrip / kQuad; ++i) {
+      const std::uint32_t* const words = &block.words[quad];
+      const std::uint32_t any = words[0] | words[1] | words[2] | words[3];
+      if ((any & rowsBetween(height, height + kQuad * rise + kSlack)) != 0) {
+        const std::uint32_t found = xFindInQuad(words, height) << quad & wanted;
+        if (found != 0) return found;
+      }
+      height += fromTop ? 0u - kQuad * rise : kQuad * rise;
+      quad += back ? 0u - kQuad : kQuad;
+    }
+    return 0;
+  }
+
+ private:
+  static constexpr unsigned kQuad = 4;
+
+  std::uint32_t xFindInQuad(const std::uint32_t* words, std::uint32_t low) const {
+    std::uint32_t height = falls ? low + (kQuad - 1) * rise : low;
+    std::uint32_t found = 0;
+    for (unsigned i = 0; i < kQuad; ++i) {
+      const bool touches = (words[i] & rowsBetween(height, height + rise + kSlack)) != 0;
+      found |= std::uint32_t{touches} << i;
+      height += falls ? 0u - rise : rise;
+    }
+    return found;
+  }
+
+  bool back;
+  bool falls;
+  std::uint32_t rise = 0;
+};
+
+#else
+
+/** All sixteen columns, in as many vectors as it takes. */
+class ColumnFinder {
+ public:
+  explicit ColumnFinder(const FanSector& sector) {
+    const Words d;
+    const auto iota = hn::Iota(d, 0);
+    rank = sector.falls() ? hn::Sub(hn::Set(d, kStrip - 1u), iota) : iota;
+    lanesOnward = hn::Set(d, sector.falls() ? 0u - kLanes : kLanes);
+  }
+
+  HWY_INLINE void setRise(std::uint32_t perColumn) {
+    const Words d;
+    const auto rise = hn::Set(d, perColumn);
+    offsets = hn::Mul(rank, rise);
+    onward = hn::Mul(lanesOnward, rise);
+    span = hn::Add(rise, hn::Set(d, kSlack));
+  }
+
+  HWY_INLINE std::uint32_t find(const StripImage::Block& block, std::uint32_t low,
+                                std::uint32_t wanted) const {
+    const Words d;
+    std::uint32_t free = 0;
+    auto lowest = hn::Add(hn::Set(d, low), offsets);
+    for (unsigned column = 0; column < kStrip; column += kLanes) {
+      const auto highest = hn::Add(lowest, span);
+      const auto rows = hn::Sub(hn::Shl(hn::Set(d, 2u), hn::ShiftRight<kFractionBits>(highest)),
+                                hn::Shl(hn::Set(d, 1u), hn::ShiftRight<kFractionBits>(lowest)));
+      const auto words = hn::Load(d, &block.words[column]);
+      std::uint16_t bits = 0;
+      hn::StoreMaskBits(d, hn::Eq(hn::And(words, rows), hn::Zero(d)),
+                        reinterpret_cast<std::uint8_t*>(&bits));
+      free |= std::uint32_t{bits} << column;
+      lowest = hn::Add(lowest, onward);
+    }
+    return wanted & ~free;
+  }
+
+ private:
+  typedef hn::CappedTag<std::uint32_t, kStrip> Words;
+  static constexpr auto kLanes = static_cast<unsigned>(hn::MaxLanes(Words()));
+
+  /** A lane's place counted from the low end of the line. */
+  hn::Vec<Words> rank;
+  hn::Vec<Words> lanesOnward;
+  /** Of a ray: the lanes' heights above the low end, to those of the next lanes, and their own. */
+  hn::Vec<Words> offsets;
+  hn::Vec<Words> onward;
+  hn::Vec<Words> span;
+};
+
+#endif
+
+/** Turns the directions by the heading, and sorts them into sectors. */
+void turn(const FanCast& fan, const double* cosines, const double* sines, int count, Rays& rays) {
   const Doubles d;
   const auto zero = hn::Zero(d);
-  const auto one = hn::Set(d, 1.0);
-  const auto scale = hn::Set(d, static_cast<double>(Height{1} << GridRay::kFractionBits));
   const auto cosHeading = hn::Set(d, fan.cosHeading);
   const auto sinHeading = hn::Set(d, fan.sinHeading);
-  const auto width = hn::Set(d, fan.width);
-  const auto height = hn::Set(d, fan.height);
-  const auto startX = hn::Set(d, fan.start.x);
-  const auto startY = hn::Set(d, fan.start.y);
-  const auto reach = hn::Set(d, fan.reach);
   for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
     const auto cosine = hn::LoadU(d, cosines + i);
     const auto sine = hn::LoadU(d, sines + i);
     const auto x = hn::Sub(hn::Mul(cosine, cosHeading), hn::Mul(sine, sinHeading));
     const auto y = hn::Add(hn::Mul(sine, cosHeading), hn::Mul(cosine, sinHeading));
-
     const auto steep = hn::Gt(hn::Abs(y), hn::Abs(x));
     const auto alongReversed = hn::Lt(hn::IfThenElse(steep, y, x), zero);
     const auto acrossReversed = hn::Lt(hn::IfThenElse(steep, x, y), zero);
-    const auto columns = hn::IfThenElse(steep, height, width);
-    const auto rows = hn::IfThenElse(steep, width, height);
-    const auto startAlong = hn::IfThenElse(steep, startY, startX);
-    const auto startAcross = hn::IfThenElse(steep, startX, startY);
-    const auto along = hn::IfThenElse(alongReversed, hn::Sub(columns, startAlong), startAlong);
-    const auto across = hn::IfThenElse(acrossReversed, hn::Sub(rows, startAcross), startAcross);
-    const auto alongPart = hn::Abs(hn::IfThenElse(steep, y, x));
-    const auto acrossPart = hn::Abs(hn::IfThenElse(steep, x, y));
-    const auto slope = hn::Div(acrossPart, alongPart);
-
-    const auto end = hn::Min(columns, hn::Add(along, hn::Mul(reach, alongPart)));
-    const auto top = hn::Add(along, hn::Div(hn::Sub(rows, across), slope));
-    const auto last = hn::Min(hn::Sub(columns, one), hn::Add(hn::Floor(hn::Min(end, top)), one));
-    const auto toExit = hn::Sub(hn::Add(hn::Floor(along), one), along);
-    const auto exit = hn::Add(across, hn::Mul(toExit, slope));
-
-    const auto sector =
-        hn::Add(hn::IfThenElseZero(steep, hn::Set(d, kSteep)),
-                hn::Add(hn::IfThenElseZero(alongReversed, hn::Set(d, kAlongReversed)),
-                        hn::IfThenElseZero(acrossReversed, hn::Set(d, kAcrossReversed))));
+    const auto sector = hn::Add(
+        hn::IfThenElseZero(steep, hn::Set(d, FanSector::kSteep)),
+        hn::Add(hn::IfThenElseZero(alongReversed, hn::Set(d, FanSector::kAlongReversed)),
+                hn::IfThenElseZero(acrossReversed, hn::Set(d, FanSector::kAcrossReversed))));
+    hn::Store(x, d, rays.x + i);
+    hn::Store(y, d, rays.y + i);
     hn::Store(sector, d, rays.sector + i);
-    hn::Store(along, d, rays.along + i);
-    hn::Store(across, d, rays.across + i);
-    hn::Store(alongPart, d, rays.alongPart + i);
-    hn::Store(acrossPart, d, rays.acrossPart + i);
-    hn::Store(last, d, rays.last + i);
-    hn::Store(hn::Mul(exit, scale), d, rays.exit + i);
-    hn::Store(hn::Mul(slope, scale), d, rays.rise + i);
   }
 }
 
-/** What the rays of a sector share: a frame, and how it lies over an image. */
-struct Sector {
-  Sector(const FanCast& fan, int flags, double along, double across)
-      : steep((flags & kSteep) != 0),
-        alongReversed((flags & kAlongReversed) != 0),
-        acrossReversed((flags & kAcrossReversed) != 0),
-        image(steep ? fan.store->getTurned() : fan.store->getUpright()),
-        columns(steep ? fan.height : fan.width),
-        rows(steep ? fan.width : fan.height),
-        first(static_cast<int>(along)),
-        startRow(static_cast<int>(across)),
-        columnStep(alongReversed ? -1 : 1),
-        columnBase(alongReversed ? columns - 1 : 0),
-        rowStep(acrossReversed ? -1 : 1),
-        rowBase(acrossReversed ? rows - 1 : 0) {}
+// The operations of aimRay in their order, so that the lines are the same to the last bit.
+void aim(const FanCast& fan, const FanSector& sector, int begin, int end, Rays& rays) {
+  const Doubles d;
+  const auto along = hn::Set(d, sector.along);
+  const auto across = hn::Set(d, sector.across);
+  const auto columns = hn::Set(d, sector.columns);
+  const auto rowsAbove = hn::Set(d, sector.rows - sector.across);
+  const auto toExit = hn::Set(d, sector.first + 1 - sector.along);
+  const auto reach = hn::Set(d, fan.reach);
+  const double* const alongParts = sector.steep ? rays.y : rays.x;
+  const double* const acrossParts = sector.steep ? rays.x : rays.y;
+  for (int i = begin; i < end; i += static_cast<int>(hn::Lanes(d))) {
+    const auto alongPart = hn::Abs(hn::LoadU(d, alongParts + i));
+    const auto acrossPart = hn::Abs(hn::LoadU(d, acrossParts + i));
+    const auto slope = hn::Div(acrossPart, alongPart);
+    const auto reached = hn::Min(columns, hn::Add(along, hn::Mul(reach, alongPart)));
+    const auto top = hn::Add(along, hn::Div(rowsAbove, slope));
+    const auto last =
+        hn::Min(hn::Sub(columns, hn::Set(d, 1.0)), hn::Add(hn::Min(reached, top), hn::Set(d, 1.0)));
+    const auto exit = hn::Add(across, hn::Mul(toExit, slope));
+    hn::StoreU(hn::Div(hn::Set(d, 1.0), alongPart), d, rays.perColumn + i);
+    hn::StoreU(acrossPart, d, rays.acrossPart + i);
+    const auto rise = hn::Mul(slope, hn::Set(d, kOne));
+    const auto tooSteep = hn::Gt(rise, hn::Set(d, static_cast<double>(kSteepest)));
+    hn::StoreU(hn::IfThenElse(tooSteep, hn::Set(d, sector.first), last), d, rays.last + i);
+    hn::StoreU(hn::IfThenElse(tooSteep, hn::Set(d, kDoubtful), hn::Set(d, kNever)), d,
+               rays.otherwise + i);
+    hn::StoreU(hn::Mul(exit, hn::Set(d, kOne)), d, rays.exit + i);
+    hn::StoreU(rise, d, rays.rise + i);
+  }
+}
 
-  /** The frame's columns and rows as the image has them, and back. */
-  int turnColumn(int column) const { return columnBase + columnStep * column; }
-  int turnRow(int row) const { return rowBase + rowStep * row; }
-
-  /** In the image, heights fall from column to column. */
-  bool falls() const { return alongReversed != acrossReversed; }
-
-  /** Nothing stands in the two cells of the first column that a ray can enter. */
-  bool startsFree() const {
-    const int column = turnColumn(first);
-    return !image.get(column, turnRow(startRow)) &&
-           (startRow + 1 == rows || !image.get(column, turnRow(startRow + 1)));
+/** How the lines of a sector's rays lie over the first strip, where all of them start. */
+struct Approach {
+  explicit Approach(const FanSector& sector)
+      : rowStep(sector.rowStep),
+        from(sector.turnColumn(sector.first)),
+        firstStrip(from / kStrip),
+        floor((Height{sector.acrossReversed ? sector.rows : 0} << GridRay::kFractionBits) -
+              (Height{1} << kDroppedBits)) {
+    const int nearEdge =
+        sector.alongReversed ? sector.columns - kStrip * (firstStrip + 1) : kStrip * firstStrip;
+    toLowEnd = nearEdge + (sector.acrossReversed ? kStrip : 0) - sector.first - 1;
   }
 
-  bool steep;
-  bool alongReversed;
-  bool acrossReversed;
-  const StripImage& image;
-  int columns;
-  int rows;
-  int first;
-  int startRow;
-  int columnStep;
-  int columnBase;
+  /** The height of a line's low end there, and what it gains from strip to strip. */
+  Height lowEnd(Height exit, Height rise) const {
+    return floor + rowStep * (exit + toLowEnd * rise);
+  }
+  Height advance(Height rise) const { return rowStep * (kStrip * rise); }
+
   int rowStep;
-  int rowBase;
+  int from;
+  int firstStrip;
+  Height floor;
+  /** In rises, from where a ray leaves its first column. */
+  Height toLowEnd;
 };
 
-/** The columns of a block in which the line touches a cell that is there; perhaps some more. */
-template <typename Vec>
-HWY_INLINE std::uint32_t findColumns(const StripImage::Block& block, std::uint32_t low, Vec offsets,
-                                     Vec onward, Vec span) {
-  const Words d;
-  constexpr int kLanes = static_cast<int>(hn::MaxLanes(d));
-  auto lowest = hn::Add(hn::Set(d, low), offsets);
-  std::uint32_t free = 0;
-  for (int column = 0; column < kStrip; column += kLanes) {
-    const auto lowestRow = hn::ShiftRight<kFractionBits>(lowest);
-    const auto highestRow = hn::ShiftRight<kFractionBits>(hn::Add(lowest, span));
-    const auto touched =
-        hn::Sub(hn::Shl(hn::Set(d, 2u), highestRow), hn::Shl(hn::Set(d, 1u), lowestRow));
-    const auto words = hn::Load(d, block.words.data() + column);
-    std::uint16_t bits = 0;
-    hn::StoreMaskBits(d, hn::Eq(hn::And(words, touched), hn::Zero(d)),
-                      reinterpret_cast<std::uint8_t*>(&bits));
-    free |= std::uint32_t{bits} << column;
-    lowest = hn::Add(lowest, onward);
-  }
-  return kAllColumns & ~free;
-}
-
-/** Where a ray's walk ended: at the first strip with columns to settle, or, with none, its last. */
+/** Where a walk ends: in the first strip with columns to settle or, if none has any, the last. */
 struct Stop {
   int strip;
   int group;
   std::uint32_t columns;
 };
 
-/**
- * Settles whether the ray meets the nearest of the candidates, or only comes close to its cells: in
- * doubt then.
- */
-HWY_INLINE void settle(const Sector& sector, const Stop& stop, Height firstExit, Height rise, int i,
-                       Rays& rays) {
+/** Settles whether the ray meets the nearest of the columns, or only comes close: in doubt then. */
+HWY_INLINE void settle(const FanSector& sector, const Stop& stop, Height firstExit, Height rise,
+                       int last, int i, Rays& rays) {
   const std::uint32_t none = stop.columns == 0;
-  const int lane = sector.alongReversed ? 31 - std::countl_zero(stop.columns | none)
-                                        : std::countr_zero(stop.columns | none);
-  const int column = sector.turnColumn(kStrip * stop.strip + lane);
+  const auto lane = static_cast<unsigned>(
+      sector.alongReversed ? 31 - hwy::Num0BitsAboveMS1Bit_Nonzero32(stop.columns | none)
+                           : hwy::Num0BitsBelowLS1Bit_Nonzero32(stop.columns | none));
+  const int column = sector.turnColumn(kStrip * stop.strip + static_cast<int>(lane));
   const Height exit = firstExit + (column - sector.first) * rise;
   const int row = GridRay::rowFrom(exit - rise);
   const std::uint32_t crosses = GridRay::rowBelow(exit) > row;
-  const std::uint32_t word =
-      sector.image.getBlock(stop.strip, stop.group).words[static_cast<std::size_t>(lane)];
-  const int bottom = StripImage::kGroupRows * stop.group;
-  const std::uint32_t onEntry = word >> ((sector.turnRow(row) - bottom) & 31) & 1u;
-  const std::uint32_t onNext = word >> ((sector.turnRow(row + 1) - bottom) & 31) & crosses;
-  const std::uint32_t candidate = (column <= static_cast<int>(rays.last[i])) & ~none;
-  const std::uint32_t steep = (rise >> kDroppedBits) > kSteepest;
-  const std::uint32_t isHit = candidate & (onEntry | onNext) & ~steep;
+  const std::uint32_t word = sector.image.getBlock(stop.strip, stop.group).words[lane];
+  const int bit = sector.turnRow(row) - StripImage::kGroupRows * stop.group;
+  const std::uint32_t onEntry = word >> (bit & 31) & 1u;
+  const std::uint32_t onNext = word >> ((bit + sector.rowStep) & 31) & crosses;
+  const std::uint32_t candidate = (column <= last) & ~none;
+  const std::uint32_t isHit = candidate & (onEntry | onNext);
   rays.column[i] = column;
   rays.nextRow[i] = row + 1;
   rays.isHit[i] = -static_cast<std::int64_t>(isHit);
   rays.isHitOnEntry[i] = -static_cast<std::int64_t>(onEntry);
-  rays.otherwise[i] = (candidate | steep) != 0 ? kDoubtful : kNever;
+  if (candidate != isHit) rays.otherwise[i] = kDoubtful;
 }
 
-/** Finds what the rays from `begin` to `end`, all of one sector, hit. */
-void walk(const FanCast& fan, int begin, int end, Rays& rays) {
-  const Sector sector(fan, static_cast<int>(rays.sector[begin]), rays.along[begin],
-                      rays.across[begin]);
-  if (!sector.startsFree()) {
-    std::fill(rays.isHit + begin, rays.isHit + end, 0);
-    std::fill(rays.otherwise + begin, rays.otherwise + end, kDoubtful);
-    return;
-  }
-  const Words d;
-  constexpr auto kLanes = static_cast<std::uint32_t>(hn::MaxLanes(d));
-  // A column's place in its strip, counted from the lower end of the line.
-  const auto rank =
-      sector.falls() ? hn::Sub(hn::Set(d, kStrip - 1u), hn::Iota(d, 0)) : hn::Iota(d, 0);
-  const auto toNextLanes = hn::Set(d, sector.falls() ? 0u - kLanes : kLanes);
-
-  const int from = sector.turnColumn(sector.first);
-  const int firstStrip = from / kStrip;
-  const std::uint32_t ahead = sector.alongReversed
-                                  ? (1u << from % kStrip) - 1u
-                                  : kAllColumns & (kAllColumns << from % kStrip << 1);
-  // The lower end of the line over the first strip, as rises from where it leaves its first column.
-  const int nearEdge =
-      sector.alongReversed ? sector.columns - kStrip * (firstStrip + 1) : kStrip * firstStrip;
-  const Height toLowEnd = nearEdge + (sector.acrossReversed ? kStrip : 0) - sector.first - 1;
-  const Height bottom =
-      (sector.acrossReversed ? Height{sector.rows} << GridRay::kFractionBits : 0) -
-      (Height{1} << kDroppedBits);
+/** Finds what the rays hit beyond their first column. */
+void walk(const FanSector& sector, int begin, int end, Rays& rays) {
+  const StripImage& image = sector.image;
+  const Approach approach(sector);
+  ColumnFinder finder(sector);
+  const std::uint32_t all = (1u << kStrip) - 1;
+  const int place = approach.from % kStrip;
+  const std::uint32_t ahead = sector.alongReversed ? (1u << place) - 1 : all & (all << place << 1);
   for (int i = begin; i < end; ++i) {
     const auto exit = static_cast<Height>(rays.exit[i]);
     const auto rise = static_cast<Height>(rays.rise[i]);
+    const auto last = static_cast<int>(rays.last[i]);
+    const int lastStrip = sector.turnColumn(last) / kStrip;
+    const Height advance = approach.advance(rise);
     const auto shortRise = static_cast<std::uint32_t>(rise >> kDroppedBits);
-    const auto rises = hn::Set(d, shortRise);
-    const auto offsets = hn::Mul(rank, rises);
-    const auto onward = hn::Mul(toNextLanes, rises);
-    const auto span = hn::Add(rises, hn::Set(d, kSlack));
-    const int lastStrip = sector.turnColumn(static_cast<int>(rays.last[i])) / kStrip;
-    const Height advance = sector.rowStep * (kStrip * rise);
-    Height low = bottom + sector.rowStep * (exit + toLowEnd * rise);
-    Stop stop{firstStrip, 0, ahead};
-    while (true) {
-      stop.group = static_cast<int>(low >> kGroupShift);
-      stop.columns &= findColumns(sector.image.getBlock(stop.strip, stop.group),
-                                  static_cast<std::uint32_t>(low >> kDroppedBits) & kInGroup,
-                                  offsets, onward, span);
-      if (stop.columns != 0 || stop.strip == lastStrip) break;
+    finder.setRise(shortRise);
+    Height low = approach.lowEnd(exit, rise);
+    Stop stop{approach.firstStrip, groupOf(low), 0};
+    stop.columns = finder.find(image.getBlock(stop.strip, stop.group), heightInGroup(low), ahead);
+    while (stop.columns == 0 && stop.strip != lastStrip) {
       stop.strip += sector.columnStep;
-      stop.columns = kAllColumns;
       low += advance;
+      stop.group = groupOf(low);
+      const std::uint32_t height = heightInGroup(low);
+      const std::uint32_t rows = rowsBetween(height, height + kStrip * shortRise + kSlack);
+      if ((image.getUsedRows(stop.strip, stop.group) & rows) == 0) continue;
+      stop.columns = finder.find(image.getBlock(stop.strip, stop.group), height, all);
     }
-    settle(sector, stop, exit, rise, i, rays);
+    settle(sector, stop, exit, rise, last, i, rays);
   }
 }
 
-/** The ways to what the rays hit. */
-void measure(const Rays& rays, int count, double* ways) {
+/** Has rays end in the cell where they start, or in the one across which they leave its column. */
+void checkFirstColumn(const FanSector& sector, int begin, int end, Rays& rays) {
+  const bool onEntry = sector.has(sector.first, sector.firstRow);
+  if (!onEntry && !sector.has(sector.first, sector.firstRow + 1)) return;
+  for (int i = begin; i < end; ++i) {
+    const auto exit = static_cast<Height>(rays.exit[i]);
+    if (!onEntry && GridRay::rowBelow(exit) <= sector.firstRow) continue;
+    rays.column[i] = sector.first;
+    rays.nextRow[i] = sector.firstRow + 1;
+    rays.isHit[i] = -1;
+    rays.isHitOnEntry[i] = onEntry ? -1 : 0;
+  }
+}
+
+// As GridRay measures its ways.
+void measure(const FanSector& sector, const Rays& rays, int begin, int end, double* ways) {
   const Doubles d;
   const hn::RebindToSigned<Doubles> dInt;
-  const auto zero = hn::Zero(d);
-  for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
-    const auto along = hn::Load(d, rays.along + i);
-    const auto alongPart = hn::Load(d, rays.alongPart + i);
-    const auto column = hn::Load(d, rays.column + i);
+  const auto along = hn::Set(d, sector.along);
+  const auto across = hn::Set(d, sector.across);
+  for (int i = begin; i < end; i += static_cast<int>(hn::Lanes(d))) {
+    const auto perColumn = hn::LoadU(d, rays.perColumn + i);
+    const auto column = hn::LoadU(d, rays.column + i);
     const auto nextColumn = hn::Add(column, hn::Set(d, 1.0));
-    const auto enters = hn::Max(zero, hn::Div(hn::Sub(column, along), alongPart));
-    const auto leaves = hn::Max(zero, hn::Div(hn::Sub(nextColumn, along), alongPart));
-    const auto rises = hn::Div(hn::Sub(hn::Load(d, rays.nextRow + i), hn::Load(d, rays.across + i)),
-                               hn::Load(d, rays.acrossPart + i));
-    const auto onEntry = hn::MaskFromVec(hn::BitCast(d, hn::Load(dInt, rays.isHitOnEntry + i)));
-    const auto isHit = hn::MaskFromVec(hn::BitCast(d, hn::Load(dInt, rays.isHit + i)));
-    const auto way = hn::IfThenElse(onEntry, enters, hn::Min(hn::Max(rises, enters), leaves));
-    hn::StoreU(hn::IfThenElse(isHit, way, hn::Load(d, rays.otherwise + i)), d, ways + i);
+    const auto enters = hn::Max(hn::Zero(d), hn::Mul(hn::Sub(column, along), perColumn));
+    const auto leaves = hn::Max(hn::Zero(d), hn::Mul(hn::Sub(nextColumn, along), perColumn));
+    const auto rises =
+        hn::Div(hn::Sub(hn::LoadU(d, rays.nextRow + i), across), hn::LoadU(d, rays.acrossPart + i));
+    const auto onNext = hn::Min(hn::Max(rises, enters), leaves);
+    const auto isHit = hn::MaskFromVec(hn::BitCast(d, hn::LoadU(dInt, rays.isHit + i)));
+    const auto isHitOnEntry =
+        hn::MaskFromVec(hn::BitCast(d, hn::LoadU(dInt, rays.isHitOnEntry + i)));
+    const auto way = hn::IfThenElse(isHitOnEntry, enters, onNext);
+    hn::StoreU(hn::IfThenElse(isHit, way, hn::LoadU(d, rays.otherwise + i)), d, ways + i);
   }
+}
+
+/** Bit i is set when ray i is the last of those in its sector. */
+std::uint64_t findLasts(const Rays& rays, int count) {
+  const Doubles d;
+  std::uint64_t lasts = 0;
+  for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
+    const auto isLast = hn::Ne(hn::LoadU(d, rays.sector + i), hn::LoadU(d, rays.sector + i + 1));
+    std::uint8_t bits = 0;
+    hn::StoreMaskBits(d, isLast, &bits);
+    lasts |= std::uint64_t{bits} << i;
+  }
+  return lasts | std::uint64_t{1} << (count - 1);
 }
 
 void castRays(const FanCast& fan, const double* cosines, const double* sines, int count,
               double* ways) {
   Rays rays;
-  aim(fan, cosines, sines, count, rays);
-  for (int begin = 0; begin < count;) {
-    int end = begin + 1;
-    while (end < count && rays.sector[end] == rays.sector[begin]) ++end;
-    walk(fan, begin, end, rays);
+  turn(fan, cosines, sines, count, rays);
+  std::uint64_t lasts = findLasts(rays, count);
+  for (int begin = 0; begin < count; lasts &= lasts - 1) {
+    const int end = static_cast<int>(hwy::Num0BitsBelowLS1Bit_Nonzero64(lasts)) + 1;
+    const FanSector sector(fan, static_cast<int>(rays.sector[begin]));
+    aim(fan, sector, begin, end, rays);
+    walk(sector, begin, end, rays);
+    checkFirstColumn(sector, begin, end, rays);
+    measure(sector, rays, begin, end, ways);
     begin = end;
   }
-  measure(rays, count, ways);
 }
 
 }  // namespace
@@ -317,6 +396,7 @@ void castRays(const FanCast& fan, const double* cosines, const double* sines, in
 HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
+
 namespace QV::detail {
 namespace {
 
@@ -327,17 +407,29 @@ void castRaysBest(const FanCast& fan, const double* cosines, const double* sines
   HWY_DYNAMIC_DISPATCH(castRays)(fan, cosines, sines, count, ways);
 }
 
-}  // namespace
-
-CastRays* findCastRays(ScanPath path) {
-  // Asked once: the processor takes its time to answer.
-  static const std::int64_t vectors = hwy::SupportedTargets() & ~(HWY_SCALAR | HWY_EMU128);
-  if (path == ScanPath::best && vectors != 0) return castRaysBest;
+CastRays* findAvx2() {
 #if HWY_TARGETS & HWY_AVX2
-  if (path == ScanPath::avx2 && (vectors & HWY_AVX2) != 0) return N_AVX2::castRays;
+  if (hwy::SupportedTargets() & HWY_AVX2) return N_AVX2::castRays;
 #endif
   return nullptr;
 }
 
+}  // namespace
+
+CastRays* findCastRays(ScanPath path) {
+  switch (path) {
+    case ScanPath::best:
+      return castRaysBest;
+    case ScanPath::scalar:
+      return HWY_STATIC_DISPATCH(castRays);
+    case ScanPath::avx2:
+      return findAvx2();
+    case ScanPath::plain:
+      break;
+  }
+  return nullptr;
+}
+
 }  // namespace QV::detail
-#endif
+
+#endif  // HWY_ONCE

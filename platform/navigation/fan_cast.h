@@ -6,7 +6,7 @@
 
 namespace QV::detail {
 
-/** Rays from one start inside a map. Lengths are in cells. */
+/** Where the rays of a fan come from. Lengths are in cells. */
 struct FanCast {
   const ScanStore* store;
   int width;
@@ -15,19 +15,29 @@ struct FanCast {
   double cosHeading;
   double sinHeading;
   double reach;
+
+  /** The most rays that are cast at a time; buffers hold kMore values after them. */
+  static constexpr int kMostRays = 64;
+  static constexpr int kMore = 8;
+
+  /** Whether the start is well inside the map, where alone these rays can be cast together. */
+  bool startsInside() const {
+    constexpr double kMargin = 1e-6;
+    return start.x > kMargin && start.x < width - kMargin && start.y > kMargin &&
+           start.y < height - kMargin;
+  }
 };
 
 /**
- * Casts rays in the directions of up to kMostRays unit vectors, given about the heading, and
- * answers how far each goes until it enters a cell of the store: infinity when it meets none, or
- * none within reach; NaN where only walkStrips can tell. Reads and writes whole vectors, up to
- * kMostRays values.
+ * Casts `count` rays from a start inside the map in directions that are given about the heading, as
+ * unit vectors, and tells how far each goes until it enters a cell of the store: the way that
+ * walkPlainly finds for the ray that aimRay makes, to the last bit; NaN for the few rays that only
+ * they can settle. What it writes into the kMore values at the end of `ways` means nothing.
  */
-constexpr int kMostRays = 128;
 typedef void CastRays(const FanCast& fan, const double* cosines, const double* sines, int count,
                       double* ways);
 
-/** Null when this machine can't, or gains nothing by it. */
-CastRays* findCastRays(ScanPath path);
+/** Null for what this machine hasn't, and for the plain path. */
+QV_API CastRays* findCastRays(ScanPath path);
 
 }  // namespace QV::detail

@@ -62,7 +62,7 @@ void chooseHeights(GridRay& ray, double slope) {
 }  // namespace
 
 double GridRay::distanceToColumn(int column) const {
-  return std::max(0.0, (column - along) / alongPart);
+  return std::max(0.0, (column - along) * (1.0 / alongPart));
 }
 
 double GridRay::distanceToRow(int column, int row) const {

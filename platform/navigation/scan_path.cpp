@@ -4,6 +4,7 @@
 #include <array>
 #include <cmath>
 #include <cstddef>
+#include <limits>
 
 #include "platform/navigation/fan_cast.h"
 #include "platform/navigation/fan_directions.h"
@@ -11,7 +12,6 @@
 #include "platform/navigation/grid_ray.h"
 #include "platform/navigation/plain_walk.h"
 #include "platform/navigation/scan_store.h"
-#include "platform/navigation/strip_walk.h"
 
 namespace QV::detail {
 namespace {
@@ -43,10 +43,13 @@ class Caster {
     fan.cosHeading = std::cos(heading);
     fan.sinHeading = std::sin(heading);
     fan.reach = maxRange / static_cast<double>(map.getResolution());
-    if (fan.store != nullptr && startsInside()) castTogether = findCastRays(path);
+    if (fan.store != nullptr && fan.startsInside()) castTogether = findCastRays(path);
+    if (castTogether != nullptr) {
+      fan.store->fetchAround(static_cast<int>(fan.start.x), static_cast<int>(fan.start.y));
+    }
   }
 
-  /** The ways, in cells, of up to kMostRays rays; infinity for those that hit nothing. */
+  /** The ways, in cells, of up to FanCast::kMostRays rays; infinity for those that hit nothing. */
   void cast(const double* cosines, const double* sines, int count, double* ways) const {
     if (castTogether != nullptr) castTogether(fan, cosines, sines, count, ways);
     for (int i = 0; i < count; ++i) {
@@ -55,18 +58,10 @@ class Caster {
   }
 
  private:
-  bool startsInside() const {
-    return fan.start.x > 0.0 && fan.start.x < fan.width && fan.start.y > 0.0 &&
-           fan.start.y < fan.height;
-  }
-
   double castOne(double cosine, double sine) const {
     const GridRay ray =
         aimRay(fan.width, fan.height, fan.start, cosine * fan.cosHeading - sine * fan.sinHeading,
                sine * fan.cosHeading + cosine * fan.sinHeading, fan.reach);
-    if (fan.store != nullptr) {
-      if (const auto way = walkStrips(*fan.store, ray)) return *way;
-    }
     return walkPlainly(map, ray, occupiedAbove);
   }
 
@@ -76,12 +71,16 @@ class Caster {
   CastRays* castTogether = nullptr;
 };
 
-RangeReading toReading(double range, float angle, const Math::SensorFieldOfView2D& fieldOfView) {
-  const auto rounded = static_cast<float>(range);
-  if (rounded > fieldOfView.maxRange || std::isinf(rounded)) {
-    return {fieldOfView.maxRange, angle, 1};
+/** The readings of `count` rays that go these ways; lengths are in metres but for the ways. */
+void toReadings(const double* ways, const float* angles, int count, double resolution,
+                const Math::SensorFieldOfView2D& fieldOfView, RangeReading* readings) {
+  const float minRange = fieldOfView.minRange;
+  const float maxRange = fieldOfView.maxRange;
+  for (int i = 0; i < count; ++i) {
+    const auto range = static_cast<float>(ways[i] * resolution);
+    const bool misses = range > maxRange || range == std::numeric_limits<float>::infinity();
+    readings[i] = {misses ? maxRange : std::max(range, minRange), angles[i], misses};
   }
-  return {std::max(rounded, fieldOfView.minRange), angle, 0};
 }
 
 }  // namespace
@@ -93,23 +92,20 @@ bool isSupported(ScanPath path) {
 void simulateScan(const OccupancyMap& map, const Math::SensorFieldOfView2D& fieldOfView,
                   const Math::Pose2D& scanPose, std::vector<RangeReading>& readings,
                   float occupiedAbove, ScanPath path) {
-  readings.clear();
-  if (!makesSense(fieldOfView)) return;
+  if (!makesSense(fieldOfView)) return readings.clear();
   const FanDirections& fan = findFanDirections(fieldOfView.angularRange, fieldOfView.rayCount);
-  readings.reserve(fan.angles.size());
+  readings.resize(fan.angles.size());
   if (!isFinite(scanPose)) {
-    for (const float angle : fan.angles) readings.push_back({fieldOfView.maxRange, angle, 1});
+    for (int i = 0; i < fan.rayCount; ++i) readings[i] = {fieldOfView.maxRange, fan.angles[i], 1};
     return;
   }
   const Caster caster(map, scanPose, fieldOfView.maxRange, occupiedAbove, path);
   const double resolution = map.getResolution();
-  std::array<double, kMostRays> ways;
-  for (int begin = 0; begin < fan.rayCount; begin += kMostRays) {
-    const int count = std::min(kMostRays, fan.rayCount - begin);
+  std::array<double, FanCast::kMostRays + FanCast::kMore> ways;
+  for (int begin = 0; begin < fan.rayCount; begin += FanCast::kMostRays) {
+    const int count = std::min(FanCast::kMostRays, fan.rayCount - begin);
     caster.cast(&fan.cosines[begin], &fan.sines[begin], count, ways.data());
-    for (int i = 0; i < count; ++i) {
-      readings.push_back(toReading(ways[i] * resolution, fan.angles[begin + i], fieldOfView));
-    }
+    toReadings(ways.data(), &fan.angles[begin], count, resolution, fieldOfView, &readings[begin]);
   }
 }
 

@@ -23,6 +23,11 @@ class QV_API ScanStore {
   /** The map as it is, and turned: its rows as columns. */
   const StripImage& getUpright() const { return upright; }
   const StripImage& getTurned() const { return turned; }
+  /** Has the memory send what rays from a cell inside the map look at first. */
+  void fetchAround(int column, int row) const {
+    upright.fetchAround(column, row);
+    turned.fetchAround(row, column);
+  }
   std::size_t getBytes() const { return upright.getBytes() + turned.getBytes(); }
 
  private:

@@ -38,8 +38,13 @@ class QV_API StripImage {
    * (rows + 2) / 16, so that a ray which passes a little below or above the grid needs no check.
    */
   const Block& getBlock(int strip, int group) const { return blocks[xIndex(strip, group)]; }
+  /** The rows of that block in which any bit is set. */
+  std::uint32_t getUsedRows(int strip, int group) const { return usedRows[xIndex(strip, group)]; }
 
-  std::size_t getBytes() const { return blocks.size() * sizeof(Block); }
+  /** Has the memory send the blocks around a cell inside the grid, which are to be read soon. */
+  void fetchAround(int column, int row) const;
+
+  std::size_t getBytes() const;
 
  private:
   static constexpr int kGroupsBelow = 2;
@@ -48,9 +53,11 @@ class QV_API StripImage {
     return static_cast<std::size_t>(group + kGroupsBelow) * strips +
            static_cast<std::size_t>(strip);
   }
+  void xSet(std::size_t block, std::size_t word, int bit, bool value);
 
   std::size_t strips;
   std::vector<Block> blocks;
+  std::vector<std::uint32_t> usedRows;
 };
 
 }  // namespace QV::detail

@@ -8,6 +8,7 @@
 
 #include <gmock/gmock.h>
 
+#include "platform/navigation/scan_path.h"
 #include "tests/support/sampled_ray.h"
 
 namespace QV {
@@ -312,6 +313,24 @@ class RandomScans {
 
   std::mt19937 random;
 };
+
+TEST(Scan, readsTheSameOnEveryPath) {
+  using detail::ScanPath;
+  RandomScans random(21);
+  Readings readings;
+  for (int i = 0; i < 2000; ++i) {
+    const OccupancyMap map = random.nextMap();
+    const SensorFieldOfView2D fieldOfView = random.nextFieldOfView();
+    const Pose2D pose = random.nextPose(map);
+    simulateScan(map, fieldOfView, pose, readings, kLimit, ScanPath::plain);
+    const Readings expected = readings;
+    for (const ScanPath path : {ScanPath::best, ScanPath::scalar, ScanPath::avx2}) {
+      if (!detail::isSupported(path)) continue;
+      simulateScan(map, fieldOfView, pose, readings, kLimit, path);
+      ASSERT_EQ(readings, expected) << "path " << static_cast<int>(path) << ", scan " << i;
+    }
+  }
+}
 
 TEST(Scan, agreesWithDenseSamplesOnRandomMaps) {
   RandomScans random(20);

@@ -1,10 +1,13 @@
 #include <algorithm>
+#include <cstdlib>
+#include <iterator>
 #include <random>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
 
 #include "platform/navigation/occ_map_simulate_scan.h"
+#include "platform/navigation/scan_path.h"
 #include "robot/world/map_files.h"
 #include "tests/support/real_data.h"
 #include "tests/support/sampled_ray.h"
@@ -107,6 +110,62 @@ TEST(RealMaps, scansAgreeWithDenseSamples) {
       ASSERT_EQ(readings.size(), static_cast<std::size_t>(fan.rayCount));
       for (const RangeReading& reading : readings) {
         ASSERT_TRUE(test::agreesWithSamples(reading, map, fan, pose, kLimit, 0.005)) << *path;
+      }
+    }
+  }
+}
+
+OccupancyMap withOrigin(const OccupancyMap& map, const Math::Pose2D& origin) {
+  return OccupancyMap(map.getWidth(), map.getHeight(), map.getResolution(), origin, map.getCells());
+}
+
+/** In or around a map: anywhere, or on an edge or corner; looking anywhere, along an axis or a
+ * diagonal. */
+Math::Pose2D drawHardPose(const OccupancyMap& map, std::mt19937& random) {
+  const auto draw = [&](int from, int to) {
+    return std::uniform_int_distribution<int>(from, to)(random);
+  };
+  std::uniform_real_distribution<float> part(-0.5f, 0.5f);
+  const auto offset = [&] { return draw(0, 2) == 0 ? 0.5f : part(random); };
+  const auto place = [&](int side) { return draw(0, 9) == 0 ? draw(-9, side + 9) : draw(0, side); };
+  const auto centre = map.getCellCentre(place(map.getWidth()), place(map.getHeight()));
+  const float heading = draw(0, 1) == 0
+                            ? 0.7853982f * static_cast<float>(draw(-8, 8)) + map.getOrigin().theta
+                            : 8.0f * part(random);
+  return {centre.x + offset() * map.getResolution(), centre.y + offset() * map.getResolution(),
+          heading};
+}
+
+// As many rays as QV_SCAN_RAYS says; every path reads the same to the last bit.
+TEST(RealMaps, scansAreTheSameOnEveryPath) {
+  using detail::ScanPath;
+  const char* const wanted = std::getenv("QV_SCAN_RAYS");
+  const long raysPerMap =
+      (wanted != nullptr ? std::atol(wanted) : 200000) / std::ssize(kTrinaryMaps);
+  const Math::SensorFieldOfView2D fans[] = {{0.0f, 3.5f, 6.2831855f, 300},
+                                            {0.3f, 2.0f, 1.0f, 20},
+                                            {0.0f, 30.0f, 6.2831855f, 8},
+                                            {0.0f, 8.0f, 1.5707964f, 101}};
+  std::mt19937 random(5);
+  std::vector<RangeReading> expected;
+  std::vector<RangeReading> readings;
+  for (const RealMap& real : kTrinaryMaps) {
+    const auto path = findMap(real.name);
+    if (!path) GTEST_SKIP() << "no " << real.name << " in QV_DATA";
+    OccupancyMap map = loadMap(*path);
+    for (long rays = 0; rays < raysPerMap; rays += std::ssize(readings)) {
+      if (rays >= raysPerMap / 2 && map.getOrigin().theta != 0.6f) {
+        map = withOrigin(map, {-3.0f, 2.0f, 0.6f});
+      }
+      const Math::SensorFieldOfView2D& fan = fans[random() % std::size(fans)];
+      const Math::Pose2D pose = drawHardPose(map, random);
+      simulateScan(map, fan, pose, expected, kLimit, ScanPath::plain);
+      for (const ScanPath path : {ScanPath::best, ScanPath::scalar, ScanPath::avx2}) {
+        if (!detail::isSupported(path)) continue;
+        simulateScan(map, fan, pose, readings, kLimit, path);
+        ASSERT_EQ(readings, expected)
+            << real.name << ", path " << static_cast<int>(path) << ", from " << pose.x << ", "
+            << pose.y << ", " << pose.theta;
       }
     }
   }
