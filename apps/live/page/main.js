@@ -16,8 +16,8 @@ import { SensorPanel } from './sensor_panel.js';
 import { TimeControls } from './time_controls.js';
 
 const ZOOM_STEP = 1.3;
-const HELP = 'Drag to move the map; wheel, pinch, + and − zoom, 0 shows all. ';
-const DRIVE_HELP = 'Arrow keys drive; drag from the robot, or press g, to set a goal; Escape stops. ';
+const DRIVE_HELP = 'Arrow keys drive. Drag from the robot, or press g, to set a goal. Escape stops. ';
+const HELP = 'Drag, or Shift and arrow keys, move the map; wheel, pinch, + and − zoom; 0 shows all of it.';
 
 const scheme = location.protocol === 'https:' ? 'wss' : 'ws';
 const connection = new Connection(`${scheme}://${location.host}/live`);
