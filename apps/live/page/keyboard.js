@@ -18,12 +18,8 @@ export function listenToKeys({ goal, drive, view, onKey }) {
       return true;
     }
     if (drive.takeKey(event)) return true;
-    if (event.key === 'Escape') return run(onKey.Escape);
-    return isOnMap && onKey[event.key] !== undefined && run(onKey[event.key]);
-  }
-
-  function run(action) {
-    action();
+    if (onKey[event.key] === undefined || (event.key === ' ' && !isOnMap)) return false;
+    onKey[event.key]();
     return true;
   }
 }

@@ -9,8 +9,11 @@ const NEAR_END = 24;
 
 export class LogPanel {
   #log = byId('log');
+  #follows = true;
 
   constructor() {
+    this.#log.addEventListener('scroll', () => (this.#follows = this.#isAtEnd()));
+    new ResizeObserver(() => this.#follow()).observe(this.#log);
     byId('log-level').addEventListener('change', () => this.#filter());
     this.#filter();
   }
@@ -21,18 +24,20 @@ export class LogPanel {
   }
 
   add(lines) {
-    const follows = this.#isAtEnd();
     this.#log.append(...lines.map(lineOf));
     while (this.#log.childElementCount > KEPT) this.#log.firstElementChild.remove();
     this.#count();
-    if (follows) this.#log.scrollTop = this.#log.scrollHeight;
+    this.#follow();
   }
 
   #filter() {
-    const follows = this.#isAtEnd();
     this.#log.dataset.least = byId('log-level').value;
     this.#count();
-    if (follows) this.#log.scrollTop = this.#log.scrollHeight;
+    this.#follow();
+  }
+
+  #follow() {
+    if (this.#follows) this.#log.scrollTop = this.#log.scrollHeight;
   }
 
   #count() {

@@ -31,9 +31,10 @@ export class MapView {
   async setWorld(hello) {
     this.radius = hello.radius;
     this.#trail.clear();
+    const before = JSON.stringify(this.#map?.box);
     this.#map = await WorldMap.load(hello.map);
     this.#repaint();
-    if (!this.#isFitted) this.fit();
+    if (JSON.stringify(this.#map.box) !== before) this.fit();
   }
 
   setState(state) {
