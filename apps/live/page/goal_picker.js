@@ -8,6 +8,10 @@ const STEP = 0.1;
 const LONG_STEP = 1.0;
 const DIRECTIONS = { ArrowUp: [0, 1], ArrowDown: [0, -1], ArrowLeft: [-1, 0], ArrowRight: [1, 0] };
 
+function describe({ x, y }) {
+  return `Goal at ${fixed(x, 2)}, ${fixed(y, 2)} m`;
+}
+
 export class GoalPicker {
   isPossible = false;
   isDragged = false;
@@ -58,7 +62,7 @@ export class GoalPicker {
   pick(goal) {
     this.#showPicking(false, null);
     this.#send(goal);
-    notify(`Goal at ${fixed(goal.x, 2)}, ${fixed(goal.y, 2)} m`);
+    notify(describe(goal));
   }
 
   cancel() {
@@ -80,6 +84,7 @@ export class GoalPicker {
   #moveBy([right, up], step) {
     const { x, y } = this.#view.picked;
     this.#view.picked = { x: x + right * step, y: y + up * step };
+    notify(`${describe(this.#view.picked)}: Enter sends the robot there.`);
   }
 
   #showPicking(on, goal) {

@@ -4,6 +4,8 @@
 const REACH = { mouse: 12, pen: 16, touch: 26 };
 const WHEEL_STEP = 0.0015;
 const LINE = 16;
+// On a touch pad, two fingers come as small turns of a wheel with Ctrl.
+const PAD_GAIN = 6;
 const CLICK = 5;
 
 export class MapGestures {
@@ -68,7 +70,7 @@ export class MapGestures {
 
   #wheel(event) {
     event.preventDefault();
-    const pixels = event.deltaY * (event.deltaMode === WheelEvent.DOM_DELTA_LINE ? LINE : 1);
+    const pixels = event.deltaY * (event.deltaMode === WheelEvent.DOM_DELTA_LINE ? LINE : 1) * (event.ctrlKey ? PAD_GAIN : 1);
     this.#view.zoomBy(Math.exp(-pixels * WHEEL_STEP), event.offsetX, event.offsetY);
   }
 
