@@ -17,6 +17,7 @@ export class LivePage {
   static async open(browser, url, options = {}) {
     const live = new LivePage();
     live.page = await browser.newPage({ viewport: { width: 1400, height: 900 }, ...options });
+    live.page.setDefaultTimeout(15000);
     live.page.on('console', (message) => message.type() === 'error' && live.complaints.push(message.text()));
     live.page.on('pageerror', (error) => live.complaints.push(error.message));
     live.page.on('websocket', (socket) => socket.on('framereceived', ({ payload }) => live.#hear(JSON.parse(payload))));
