@@ -82,7 +82,7 @@ test('all sensors are subscribed at once, and the depth frame comes with them', 
 });
 
 test('the log shows the chosen level and above', async () => {
-  await live.switchOf('FrontLaser', 'Diagnosis').click();
+  await live.switchOf('FrontLaser', 'Subscribe').click();
   const shown = live.page.locator('.log-line:visible');
   await live.page.selectOption('#log-level', 'debug');
   await shown.first().waitFor();

@@ -29,10 +29,10 @@ export class DepthPanel {
     if (sensor && !isLive) setText(byId('depth-caption'), `${this.#sensor}: last frame, no longer subscribed`);
   }
 
-  /** `sensor`, by name, would give frames. */
-  expect(sensor) {
+  /** `camera` is the sensor that gives frames. */
+  expect(camera) {
     if (this.#sensor) return;
-    setText(byId('depth-empty'), `Subscribe to ${sensor} to see what it sees.`);
+    setText(byId('depth-empty'), camera.started ? `Waiting for a frame of ${camera.name}.` : `Subscribe to ${camera.name} to see what it sees.`);
     this.#show();
   }
 

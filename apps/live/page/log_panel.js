@@ -43,6 +43,7 @@ export class LogPanel {
   #count() {
     const least = LEVELS.indexOf(byId('log-level').value);
     const shown = [...this.#log.children].filter((line) => LEVELS.indexOf(line.dataset.level) >= least).length;
+    this.#log.classList.toggle('nothing', shown === 0);
     setText(byId('log-count'), `${shown} of ${count(this.#log.childElementCount, 'line')}`);
   }
 

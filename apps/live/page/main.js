@@ -102,7 +102,7 @@ const receivers = {
     sensors.setState(message.sensors);
     depth.setState(message.sensors);
     const camera = hasDepth && message.sensors.find(({ family }) => family === 'Asus');
-    if (camera) depth.expect(camera.name);
+    if (camera) depth.expect(camera);
   },
 
   log: ({ lines }) => log.add(lines),
