@@ -33,8 +33,10 @@ std::string urlOf(const std::string& address, unsigned short port) {
 
 void serve(const ServeOptions& options) {
   ko::SimulatedTime time;
+  // Before the robot: it hears of sensors that can't be built.
+  LogRing log;
   const auto robot = options.makeRun();
-  LiveServer server(*robot, time, options.server);
+  LiveServer server(*robot, time, log, options.server);
   if (!options.subscriptions.empty()) server.subscribe(options.namesFor(robot->getManager()));
   warnIfOpen(options.server.address);
   std::cout << robot->getTitle() << " at " << urlOf(options.server.address, server.getPort())

@@ -57,7 +57,8 @@ class RouteSearch {
       for (int dy = -1; dy <= 1; ++dy) {
         for (int dx = -1; dx <= 1; ++dx) {
           const cv::Point next = cell + cv::Point(dx, dy);
-          const float reached = cost(cell) + std::hypot(static_cast<float>(dx), static_cast<float>(dy));
+          const float reached =
+              cost(cell) + std::hypot(static_cast<float>(dx), static_cast<float>(dy));
           if (!canGo(cell, next) || reached >= cost(next)) continue;
           cost(next) = reached;
           before(next) = cell;

@@ -9,8 +9,8 @@
 namespace QV::app {
 
 /**
- * A short way of straight lines from `from` to `to` on which a robot of `radius` (m) keeps away from
- * what is not free, at the start as far as it does already. Empty if there is none.
+ * A short way of straight lines from `from` to `to` on which a robot of `radius` (m) keeps away
+ * from what is not free, at the start as far as it does already. Empty if there is none.
  */
 std::vector<Math::Position2D> findRoute(const OccupancyMap& map, const Math::Position2D& from,
                                         const Math::Position2D& to, float radius);

@@ -75,12 +75,19 @@ const std::map<std::string, Kind>& kinds() {
   static const std::map<std::string, Kind> all = {
       {"subscribe",
        {{"sensor", "on"},
-        [](const Fields& f) { return SubscribeCommand{f.sensor(), f.flag("on")}; }}},
+        [](const Fields& f) {
+          return SubscribeCommand{f.sensor(), f.flag("on")};
+        }}},
       {"enable",
-       {{"sensor", "on"}, [](const Fields& f) { return EnableCommand{f.sensor(), f.flag("on")}; }}},
+       {{"sensor", "on"},
+        [](const Fields& f) {
+          return EnableCommand{f.sensor(), f.flag("on")};
+        }}},
       {"diagnose",
        {{"sensor", "value"},
-        [](const Fields& f) { return DiagnoseCommand{f.sensor(), f.flag("value")}; }}},
+        [](const Fields& f) {
+          return DiagnoseCommand{f.sensor(), f.flag("value")};
+        }}},
       {"drive",
        {{"forward", "turn"},
         [](const Fields& f) {
@@ -88,7 +95,10 @@ const std::map<std::string, Kind>& kinds() {
                               static_cast<float>(f.number("turn", -kFastestTurn, kFastestTurn))};
         }}},
       {"goal",
-       {{"x", "y"}, [](const Fields& f) { return GoalCommand{{f.metres("x"), f.metres("y")}}; }}},
+       {{"x", "y"},
+        [](const Fields& f) {
+          return GoalCommand{{f.metres("x"), f.metres("y")}};
+        }}},
       {"stop", {{}, [](const Fields&) { return StopCommand{}; }}},
       {"pause", {{"on"}, [](const Fields& f) { return PauseCommand{f.flag("on")}; }}},
       {"step", {{}, [](const Fields&) { return StepCommand{}; }}},

@@ -6,7 +6,8 @@ namespace QV::app {
 namespace {
 
 constexpr char kPageProtocol[] = "qv.live.v1";
-const std::vector<std::string> kProtocols = {kPageProtocol};
+const std::vector<std::string> kProtocols = {kPageProtocol, "foxglove.websocket.v1",
+                                             "foxglove.sdk.v1"};
 
 }  // namespace
 
@@ -20,9 +21,10 @@ std::optional<std::string> LiveHub::chooseProtocol(const std::string& path,
   return *known;
 }
 
-void LiveHub::onOpen(const std::shared_ptr<WebClient>& client, const std::string&) {
-  feeds[client] = &pages;
-  pages.onOpen(client);
+void LiveHub::onOpen(const std::shared_ptr<WebClient>& client, const std::string& protocol) {
+  LiveFeed& feed = protocol.empty() || protocol == kPageProtocol ? pages : viewers;
+  feeds[client] = &feed;
+  feed.onOpen(client);
 }
 
 void LiveHub::onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,

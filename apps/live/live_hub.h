@@ -14,7 +14,7 @@ namespace QV::app {
 class LiveHub : public WebHandler {
  public:
   /** Without a subprotocol a client of the path /live gets `pages`. */
-  explicit LiveHub(LiveFeed& pages) : pages(pages) {}
+  LiveHub(LiveFeed& pages, LiveFeed& viewers) : pages(pages), viewers(viewers) {}
 
   std::optional<std::string> chooseProtocol(const std::string& path,
                                             const std::vector<std::string>& offered) const override;
@@ -25,6 +25,7 @@ class LiveHub : public WebHandler {
 
  private:
   LiveFeed& pages;
+  LiveFeed& viewers;
   std::map<std::shared_ptr<WebClient>, LiveFeed*> feeds;
 };
 

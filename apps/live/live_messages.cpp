@@ -6,6 +6,7 @@
 
 #include "apps/live/base64.h"
 #include "apps/live/map_picture.h"
+#include "apps/output/record_output.h"
 
 namespace QV::app {
 namespace {
@@ -91,7 +92,7 @@ ordered_json toJson(const OccupancyMap& map) {
   return {{"png", toBase64(makeMapPicture(map))},
           {"width", map.getWidth()},
           {"height", map.getHeight()},
-          {"resolution", map.getResolution()},
+          {"resolution", QV::app::toJson(map.getResolution())},
           {"origin", {{"x", origin.x}, {"y", origin.y}, {"theta", origin.theta}}}};
 }
 
@@ -134,6 +135,16 @@ std::string stateMessage(const LiveSnapshot& snapshot) {
 
 std::string logMessage(const std::vector<ko::log::Record>& lines) {
   return toText({{"op", "log"}, {"lines", toArray(lines)}});
+}
+
+std::string depthMessage(const std::string& sensor, const DepthPicture& picture) {
+  return toText({{"op", "depth"},
+                 {"sensor", sensor},
+                 {"png", toBase64(picture.png)},
+                 {"width", picture.width},
+                 {"height", picture.height},
+                 {"components", picture.components},
+                 {"beyond", picture.beyond}});
 }
 
 std::string refusedMessage(const std::string& op, const std::string& reason) {

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "apps/live/depth_picture.h"
 #include "apps/live/live_snapshot.h"
 #include "apps/run/robot_run.h"
 #include "platform/ko/log.h"
@@ -13,6 +14,7 @@ namespace QV::app {
 std::string helloMessage(RobotRun& robot);
 std::string stateMessage(const LiveSnapshot& snapshot);
 std::string logMessage(const std::vector<ko::log::Record>& lines);
+std::string depthMessage(const std::string& sensor, const DepthPicture& picture);
 std::string refusedMessage(const std::string& op, const std::string& reason);
 
 }  // namespace QV::app

@@ -1,5 +1,8 @@
 #pragma once
 
+#include "apps/live/depth_picture.h"
+#include "apps/live/depth_view.h"
+#include "apps/live/foxglove_feed.h"
 #include "apps/live/live_hub.h"
 #include "apps/live/live_world.h"
 #include "apps/live/log_ring.h"
@@ -15,8 +18,9 @@ namespace QV::app {
  */
 class LiveServer {
  public:
-  /** See WebServer for what it throws. */
-  LiveServer(RobotRun& robot, ko::SimulatedTime& time, const WebServer::Settings& settings);
+  /** See WebServer for what it throws. The log must outlive it, too. */
+  LiveServer(RobotRun& robot, ko::SimulatedTime& time, LogRing& log,
+             const WebServer::Settings& settings);
 
   unsigned short getPort() const { return server.getPort(); }
 
@@ -30,16 +34,23 @@ class LiveServer {
   typedef std::chrono::steady_clock MachineClock;
 
   void xDo(const LiveRequest& request);
-  void xPublish();
+  void xPublish(MachineClock::time_point now);
+  void xPublishDepth();
 
-  LogRing log;
+  LogRing& log;
   RequestQueue requests;
   LiveWorld world;
+  /** The sensor that the depth camera's pictures are of; empty if there is none. */
+  const std::string depthSensor;
+  DepthView depthView;
+  DepthPainter depthPainter;
   PageFeed pages;
+  FoxgloveFeed viewers;
   LiveHub hub;
   WebServer server;
   MachineClock::time_point ranUntil = MachineClock::now();
   MachineClock::time_point publishNext = ranUntil;
+  MachineClock::time_point depthNext = ranUntil;
 };
 
 }  // namespace QV::app

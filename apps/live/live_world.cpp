@@ -1,10 +1,12 @@
 #include "apps/live/live_world.h"
 
 #include <algorithm>
+#include <exception>
 #include <utility>
 #include <variant>
 
 #include "apps/usage_error.h"
+#include "platform/ko/log.h"
 #include "sensor/core/scoped_subscription.h"
 
 namespace QV::app {
@@ -82,10 +84,15 @@ void LiveWorld::xDo(const SpeedCommand& command) {
 void LiveWorld::watch(const std::set<std::string>& sensors) {
   const std::set<std::string> before = std::exchange(watched, sensors);
   for (const std::string& sensor : before) {
-    if (sensors.count(sensor) == 0) manager.unsubscribe(kWatcher, sensor);
+    if (sensors.count(sensor) == 0) sensor::unsubscribeGuarded(manager, kWatcher, {sensor});
   }
   for (const std::string& sensor : sensors) {
-    if (before.count(sensor) == 0) manager.subscribe(kWatcher, sensor);
+    if (before.count(sensor) > 0) continue;
+    try {
+      manager.subscribe(kWatcher, sensor);
+    } catch (const std::exception& exception) {
+      ko::log::warning("LiveView", "watch") << sensor << ": " << exception.what();
+    }
   }
 }
 
@@ -116,7 +123,8 @@ void LiveWorld::xNoteTouches() {
     const bool goesOn = now - touch->second.last <= 2 * kSlice;
     touch->second = {position, goesOn ? touch->second.began : now, now};
   }
-  std::erase_if(touches, [now](const auto& entry) { return now - entry.second.last > kTouchShown; });
+  std::erase_if(touches,
+                [now](const auto& entry) { return now - entry.second.last > kTouchShown; });
 }
 
 LiveSnapshot LiveWorld::look() {

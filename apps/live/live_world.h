@@ -38,6 +38,8 @@ class LiveWorld {
   void run(ko::Duration machine);
 
   LiveSnapshot look();
+  /** False for an unknown sensor. */
+  bool isStarted(const std::string& sensor) const { return manager.isSensorStarted(sensor); }
 
  private:
   struct Touch {

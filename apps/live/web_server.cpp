@@ -42,12 +42,11 @@ constexpr std::chrono::milliseconds kAcceptAgain{100};
 constexpr int kSendBuffer = 256 * 1024;
 
 std::string contentTypeOf(const std::string& name) {
-  static const std::map<std::string, std::string> types = {
-      {"html", "text/html; charset=utf-8"},
-      {"css", "text/css; charset=utf-8"},
-      {"js", "text/javascript; charset=utf-8"},
-      {"svg", "image/svg+xml"},
-      {"png", "image/png"}};
+  static const std::map<std::string, std::string> types = {{"html", "text/html; charset=utf-8"},
+                                                           {"css", "text/css; charset=utf-8"},
+                                                           {"js", "text/javascript; charset=utf-8"},
+                                                           {"svg", "image/svg+xml"},
+                                                           {"png", "image/png"}};
   const auto found = types.find(name.substr(name.rfind('.') + 1));
   return found == types.end() ? "application/octet-stream" : found->second;
 }
@@ -135,6 +134,7 @@ class WebSocketConnection : public Connection,
     beast::get_lowest_layer(socket).expires_never();
     socket.set_option(websocket::stream_base::timeout{kRequestTime, kSilence, true});
     socket.set_option(websocket::stream_base::decorator([chosen](auto& response) {
+      response.erase(http::field::server);
       if (!chosen.empty()) response.set(http::field::sec_websocket_protocol, chosen);
     }));
     socket.read_message_max(WebServer::kLongestMessage);
@@ -158,7 +158,8 @@ class WebSocketConnection : public Connection,
 
   void sayGoodbye() override {
     if (!socket.is_open()) return beast::get_lowest_layer(socket).close();
-    socket.async_close(websocket::close_code::going_away, [self = shared_from_this()](error_code) {});
+    socket.async_close(websocket::close_code::going_away,
+                       [self = shared_from_this()](error_code) {});
   }
 
  private:
@@ -243,16 +244,16 @@ class HttpConnection : public Connection, public std::enable_shared_from_this<Ht
         error == http::error::end_of_stream || error == http::error::partial_message) {
       return stream.close();
     }
-    const bool tooLong = error == http::error::header_limit || error == http::error::buffer_overflow;
-    const auto status = tooLong ? http::status::request_header_fields_too_large
-                                : http::status::bad_request;
+    const bool tooLong =
+        error == http::error::header_limit || error == http::error::buffer_overflow;
+    const auto status =
+        tooLong ? http::status::request_header_fields_too_large : http::status::bad_request;
     xWrite(makeRefusal(status, "A request of HTTP/1.1 without a body expected."), false);
   }
 
   void xHandle(const Request& request) {
-    const std::string fault =
-        service->guard.findFault(textOf(request[http::field::host]),
-                                 textOf(request[http::field::origin]));
+    const std::string fault = service->guard.findFault(textOf(request[http::field::host]),
+                                                       textOf(request[http::field::origin]));
     if (!fault.empty()) return xWrite(makeRefusal(http::status::forbidden, fault), false);
     if (websocket::is_upgrade(request)) return xUpgrade(request);
     xWrite(xAnswer(request), request.keep_alive());

@@ -7,7 +7,8 @@
 
 namespace QV::app {
 
-/** How much room there is about each place of a map. Metres. Reading is safe from several threads. */
+/** How much room there is about each place of a map. Metres. Reading is safe from several threads.
+ */
 class RoomMap {
  public:
   /** Distances up to `most`. The map must outlive this. */
