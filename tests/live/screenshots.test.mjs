@@ -10,7 +10,7 @@ let program;
 
 before(async () => {
   browser = await launch();
-  program = await serve([...PORTER, '--people', '4', '--pose', '2.5,6.3,0']);
+  program = await serve([...PORTER, '--people', '4', '--pose', '8.6,6.1,0']);
 });
 after(async () => {
   await browser.close();
@@ -25,6 +25,11 @@ for (const colorScheme of ['light', 'dark']) {
       if (await all.isVisible()) await all.click();
       await live.until(({ sensors }) => sensors.every(({ started }) => started));
       await live.page.locator('#depth').waitFor();
+      await live.page.locator('#map').focus();
+      await live.page.keyboard.press('g');
+      for (let metres = 0; metres < 3; ++metres) await live.page.keyboard.press(`Shift+Arrow${colorScheme === 'light' ? 'Right' : 'Left'}`);
+      await live.page.keyboard.press('Enter');
+      await live.until(({ velocity }) => velocity.x > 0.3);
       await untilPixels(live, SONAR, (count) => count > 0);
       await live.page.screenshot({ path: inRoot(`out/live/${colorScheme}-${width}.png`), fullPage: width === 400 });
       await live.close();

@@ -15,7 +15,7 @@ export class DepthPanel {
     image.width = width;
     image.height = height;
     image.alt = `Depth frame of ${sensor} with ${count(components, 'component')}`;
-    setText(byId('depth-caption'), `${sensor}: ${count(components, 'component')}, ${beyond} beyond range`);
+    setText(byId('depth-caption'), `${count(components, 'component')}, ${beyond} beyond range`);
     setHidden(image, false);
     setHidden(byId('depth-empty'), true);
     this.#show();
@@ -26,7 +26,7 @@ export class DepthPanel {
     const sensor = sensors.find(({ name }) => name === this.#sensor);
     const isLive = sensor !== undefined && sensor.started && sensor.subscribers.includes(SUBSCRIBER);
     byId('depth').classList.toggle('old', !isLive);
-    if (sensor && !isLive) setText(byId('depth-caption'), `${this.#sensor}: last frame, no longer subscribed`);
+    if (sensor && !isLive) setText(byId('depth-caption'), 'the last one, no longer subscribed');
   }
 
   /** `camera` is the sensor that gives frames. */
