@@ -79,6 +79,7 @@ int runProgram(int argc, const char* const* argv) {
   int status = 0;
   addCheckCommand(program, status);
   addWatchCommand(program);
+  addServeCommand(program);
   addReplayCommand(program);
   catchInterrupts();
   try {

@@ -10,6 +10,7 @@ void addReadCommand(CLI::App& program);
 void addPlotCommand(CLI::App& program);
 void addDriveCommand(CLI::App& program);
 void addWatchCommand(CLI::App& program);
+void addServeCommand(CLI::App& program);
 void addReplayCommand(CLI::App& program);
 /** Sets `status`, when it runs, to what the program is to end with. */
 void addCheckCommand(CLI::App& program, int& status);

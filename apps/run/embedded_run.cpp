@@ -6,6 +6,7 @@
 
 #include "apps/run/steering.h"
 #include "platform/middleware/qv_memory_proxy.h"
+#include "platform/middleware/qv_motion_proxy.h"
 #include "sensor/real/sensor_family.h"
 
 namespace QV::app {
@@ -58,16 +59,29 @@ std::string EmbeddedRun::findMissingInput(const std::string& sensor) const {
 void EmbeddedRun::wander() {
   wandering.setName("Wandering");
   wandering.setPeriod(boost::chrono::milliseconds(100));
-  wandering.setCallback([this] { xDrive(wanderer.step(robot.getPose(), robot.getVelocity())); });
+  wandering.setCallback([this] { drive(wanderer.step(robot.getPose(), robot.getVelocity())); });
   wandering.start(true);
 }
 
 void EmbeddedRun::follow(const PathFollower& path, double seconds) {
-  xDrive(steer(path, seconds, robot.getPose()));
+  drive(steer(path, seconds, robot.getPose()));
 }
 
-void EmbeddedRun::xDrive(const Math::Pose2D& velocity) {
+void EmbeddedRun::drive(const Math::Pose2D& velocity) {
   robot.setVelocity(velocity.x, velocity.y, velocity.theta);
+}
+
+std::map<std::string, Math::Position2D> EmbeddedRun::getTouches() const {
+  constexpr int kGroundFrame = 1;
+  const QVMotionProxy motion(robot.getBroker());
+  const Math::Pose2D pose = robot.getPose();
+  std::map<std::string, Math::Position2D> touches;
+  for (const std::string& group : robot.getTouchedGroups()) {
+    const Math::Transform onRobot(motion.getTransform(group, kGroundFrame, true));
+    const Math::Position3D position = Math::position3DFromTransform(onRobot);
+    touches[group] = pose * Math::Position2D(position.x, position.y);
+  }
+  return touches;
 }
 
 }  // namespace QV::app

@@ -33,10 +33,15 @@ class EmbeddedRun : public RobotRun {
 
   void wander() override;
   void follow(const PathFollower& path, double seconds) override;
+  void drive(const Math::Pose2D& velocity) override;
+  Math::Pose2D getVelocity() const override { return robot.getVelocity(); }
+  float getRadius() const override { return robot.getRadius(); }
+
+  std::map<std::string, Math::Position2D> getTouches() const override;
+  std::vector<Math::Position2D> getPeople() const override { return robot.getPeople(); }
+  boost::shared_ptr<QVBroker> getBroker() const override { return robot.getBroker(); }
 
  private:
-  void xDrive(const Math::Pose2D& velocity);
-
   robot::EmbeddedRobot robot;
   const boost::shared_ptr<sensor::NavigationModule> navigation;
   const ScopedModule hosting;

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <string>
+#include <vector>
 
 #include "apps/output/frame.h"
 #include "platform/ko/clock.h"
@@ -43,6 +44,20 @@ class RobotRun {
   virtual void wander() {}
   /** Makes the robot be, or get, where `path` is `seconds` after its start. Call it often. */
   virtual void follow(const PathFollower& path, double seconds) = 0;
+
+  /** Forward, leftward (m/s) and turning (rad/s) in its own frame, until another command. */
+  virtual void drive(const Math::Pose2D& velocity) = 0;
+  /** What it really does. */
+  virtual Math::Pose2D getVelocity() const = 0;
+  /** Of the room that it takes, metres. */
+  virtual float getRadius() const = 0;
+
+  /** The parts that touch something, and where they are in the map. */
+  virtual std::map<std::string, Math::Position2D> getTouches() const { return {}; }
+  /** Where people are in the map. */
+  virtual std::vector<Math::Position2D> getPeople() const { return {}; }
+  /** Behind which the robot's services are; null if it has none. */
+  virtual boost::shared_ptr<QVBroker> getBroker() const { return nullptr; }
 };
 
 }  // namespace QV::app

@@ -1,5 +1,6 @@
 #include "apps/run/simulated_run.h"
 
+#include <algorithm>
 #include <utility>
 
 #include <boost/make_shared.hpp>
@@ -9,6 +10,11 @@
 #include "platform/ko/log.h"
 
 namespace QV::app {
+namespace {
+
+constexpr ko::Duration kDrivingPeriod{20'000'000};
+
+}  // namespace
 
 SimulatedRun::SimulatedRun(int kind, OccupancyMap givenMap, const Math::Pose2D& start)
     : kind(kind),
@@ -30,6 +36,30 @@ void SimulatedRun::follow(const PathFollower& path, double seconds) {
 void SimulatedRun::setPose(const Math::Pose2D& newPose) {
   pose = newPose;
   manager->setPose2D(pose, pose);
+}
+
+void SimulatedRun::drive(const Math::Pose2D& newCommand) {
+  command = newCommand;
+  if (driving.isRunning()) return;
+  room = std::make_unique<RoomMap>(map, 2.0f * getRadius());
+  driving.setName("Driving");
+  driving.setPeriod(kDrivingPeriod);
+  driving.compensateCallbackTime(true);
+  driving.setCallback([this] { xMove(); });
+  driving.start(false);
+}
+
+// One that is too near to something already may move as long as it does not get nearer.
+void SimulatedRun::xMove() {
+  const float seconds = boost::chrono::duration<float>(kDrivingPeriod).count();
+  const float turn = command.theta * seconds;
+  const auto roomAt = [this](const Math::Pose2D& at) {
+    return room->find(Math::position2DFromPose2D(at));
+  };
+  const Math::Pose2D moved = pose * Math::Pose2D(command.x * seconds, command.y * seconds, turn);
+  const bool free = roomAt(moved) >= std::min(getRadius(), roomAt(pose));
+  velocity = free ? command : Math::Pose2D(0.0f, 0.0f, command.theta);
+  setPose(free ? moved : pose * Math::Pose2D(0.0f, 0.0f, turn));
 }
 
 void checkKind(int kind) {

@@ -1,13 +1,19 @@
 #pragma once
 
+#include <memory>
 #include <string>
 
 #include "apps/run/robot_run.h"
+#include "apps/run/room_map.h"
+#include "platform/ko/periodic_task.h"
 #include "sensor/simulation/simulated_sensor_manager.h"
 
 namespace QV::app {
 
-/** Simulated sensors of a kind in a map. The robot is where it is put. */
+/**
+ * Simulated sensors of a kind in a map. The robot is where it is put; driven, it stops before what
+ * is not free. For the thread that time goes by on.
+ */
 class SimulatedRun : public RobotRun {
  public:
   /** UsageError for a kind without sensors. */
@@ -24,13 +30,23 @@ class SimulatedRun : public RobotRun {
   ko::Duration getSettlingTime() const override { return ko::Duration::zero(); }
 
   void follow(const PathFollower& path, double seconds) override;
+  void drive(const Math::Pose2D& velocity) override;
+  Math::Pose2D getVelocity() const override { return velocity; }
+  float getRadius() const override { return 0.25f; }
 
  private:
+  void xMove();
+
   const int kind;
   OccupancyMap map;
   const boost::shared_ptr<sensor::SimulatedSensorManager> manager;
   sensor::NavigationModule navigation;
   Math::Pose2D pose;
+  Math::Pose2D command;
+  Math::Pose2D velocity;
+  /** Made when it first drives. */
+  std::unique_ptr<RoomMap> room;
+  ko::PeriodicTask driving;
 };
 
 /** UsageError unless there are simulated sensors for `kind`. */

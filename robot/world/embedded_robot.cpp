@@ -31,6 +31,10 @@ const OccupancyMap& EmbeddedRobot::getMap() const {
   return world->getMap();
 }
 
+float EmbeddedRobot::getRadius() const {
+  return world->getBodySize().radius;
+}
+
 void EmbeddedRobot::setVelocity(float vx, float vy, float omega) {
   world->setVelocity({vx, vy, omega});
 }

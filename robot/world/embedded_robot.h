@@ -46,6 +46,8 @@ class QV_API EmbeddedRobot {
   const boost::shared_ptr<QVBroker>& getBroker() const { return broker; }
   const Model::Robot& getModel() const;
   const OccupancyMap& getMap() const;
+  /** Of the upright cylinder that the body is for what stands in its way, metres. */
+  float getRadius() const;
 
   /**
    * Forward and leftward in m/s, turning in rad/s, in the root link's frame, from the next step on

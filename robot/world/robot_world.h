@@ -54,6 +54,7 @@ class RobotWorld : public QVModule {
 
   const Model::Robot& getModel() const { return model; }
   const OccupancyMap& getMap() const { return context.surroundings->getScene().getMap(); }
+  const BodySize& getBodySize() const { return bodySize; }
   FaultPlan& getFaults() { return *faults; }
   State getState() const;
 

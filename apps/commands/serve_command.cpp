@@ -1,0 +1,72 @@
+#include <iostream>
+#include <memory>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/commands/commands.h"
+#include "apps/commands/common_options.h"
+#include "apps/interrupt.h"
+#include "apps/live/live_server.h"
+#include "apps/live/web_guard.h"
+
+namespace QV::app {
+namespace {
+
+constexpr char kFooter[] =
+    "Open the address that is printed in a browser, or in a viewer that speaks the Foxglove\n"
+    "WebSocket protocol. Only this machine reaches it unless --address says otherwise.";
+
+struct ServeOptions : CommonOptions {
+  WebServer::Settings server;
+};
+
+void warnIfOpen(const std::string& address) {
+  if (isLoopback(address)) return;
+  std::cerr << "qvsensors: warning: whoever reaches " << address
+            << " can watch and drive this robot\n";
+}
+
+std::string urlOf(const std::string& address, unsigned short port) {
+  const bool isV6 = address.find(':') != std::string::npos;
+  return "http://" + (isV6 ? "[" + address + "]" : address) + ":" + std::to_string(port) + "/";
+}
+
+void serve(const ServeOptions& options) {
+  ko::SimulatedTime time;
+  // Before the robot: it hears of sensors that can't be built.
+  LogRing log;
+  const auto robot = options.makeRun();
+  LiveServer server(*robot, time, log, options.server);
+  if (!options.subscriptions.empty()) server.subscribe(options.namesFor(robot->getManager()));
+  warnIfOpen(options.server.address);
+  std::cout << robot->getTitle() << " at " << urlOf(options.server.address, server.getPort())
+            << std::endl;
+  while (!isInterrupted()) server.runBriefly();
+}
+
+}  // namespace
+
+void addServeCommand(CLI::App& program) {
+  auto options = std::make_shared<ServeOptions>();
+  CLI::App* command = program.add_subcommand("serve", "Show and drive the robot in a browser");
+  command->footer(kFooter);
+  addWorld(*command, *options);
+  addOptionalPose(*command, *options);
+  command
+      ->add_option("--subscribe", options->subscriptions,
+                   "sensor or family to subscribe to at the start; repeat for more")
+      ->allow_extra_args(false);
+  command->add_option("--port", options->server.port, "to listen at; 0 takes any that is free")
+      ->capture_default_str();
+  command
+      ->add_option("--address", options->server.address,
+                   "IP address to listen at; others than this machine's own let others in")
+      ->capture_default_str();
+  command
+      ->add_option("--allow-origin", options->server.origins,
+                   "origin of a page that is let in, as https://viewer.example; repeat for more")
+      ->allow_extra_args(false);
+  command->callback([options] { serve(*options); });
+}
+
+}  // namespace QV::app

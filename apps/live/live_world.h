@@ -1,0 +1,74 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+
+#include "apps/live/live_command.h"
+#include "apps/live/live_driver.h"
+#include "apps/live/live_snapshot.h"
+#include "apps/live/pacing.h"
+#include "apps/live/sensor_look.h"
+#include "apps/run/robot_run.h"
+#include "platform/ko/simulated_time.h"
+
+namespace QV::app {
+
+/**
+ * A robot that is looked at and driven while simulated time goes by. For the thread that owns the
+ * time; the robot and the time must outlive it.
+ */
+class LiveWorld {
+ public:
+  LiveWorld(RobotRun& robot, ko::SimulatedTime& time);
+  /** Unsubscribes from everything, and lets the robot stand. */
+  ~LiveWorld();
+  LiveWorld(const LiveWorld&) = delete;
+  LiveWorld& operator=(const LiveWorld&) = delete;
+
+  /**
+   * What can't be done is a UsageError; what hardware throws passes through. Starting hardware may
+   * take simulated time, paused or not.
+   */
+  void execute(const LiveCommand& command);
+  /** Subscribes to these sensors on behalf of viewers that can only watch, and to no others. */
+  void watch(const std::set<std::string>& sensors);
+
+  /** Lets the world go on while `machine` time goes by. */
+  void run(ko::Duration machine);
+
+  LiveSnapshot look();
+  /** False for an unknown sensor. */
+  bool isStarted(const std::string& sensor) const { return manager.isSensorStarted(sensor); }
+
+ private:
+  struct Touch {
+    Math::Position2D position;
+    ko::Clock::time_point began;
+    ko::Clock::time_point last;
+  };
+
+  void xDo(const SubscribeCommand& command);
+  void xDo(const EnableCommand& command);
+  void xDo(const DiagnoseCommand& command);
+  void xDo(const DriveCommand& command);
+  void xDo(const GoalCommand& command);
+  void xDo(const StopCommand& command);
+  void xDo(const PauseCommand& command);
+  void xDo(const StepCommand& command);
+  void xDo(const SpeedCommand& command);
+
+  void xAdvance(ko::Duration simulated);
+  void xNoteTouches();
+
+  RobotRun& robot;
+  ko::SimulatedTime& time;
+  sensor::SensorManager& manager;
+  LiveDriver driver;
+  Pacing pacing;
+  SensorLook sensorLook;
+  std::map<std::string, Touch> touches;
+  std::set<std::string> watched;
+};
+
+}  // namespace QV::app

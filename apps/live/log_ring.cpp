@@ -1,0 +1,32 @@
+#include "apps/live/log_ring.h"
+
+#include <algorithm>
+#include <utility>
+
+namespace QV::app {
+
+LogRing::LogRing()
+    : sink(ko::log::Level::verbose, [this](const ko::log::Record& line) { xNote(line); }) {}
+
+std::vector<ko::log::Record> LogRing::takeNew() {
+  std::lock_guard lock(mutex);
+  const auto count = static_cast<std::ptrdiff_t>(std::exchange(newLines, 0));
+  return {lines.end() - count, lines.end()};
+}
+
+std::vector<ko::log::Record> LogRing::getAll() const {
+  std::lock_guard lock(mutex);
+  return {lines.begin(), lines.end()};
+}
+
+void LogRing::xNote(const ko::log::Record& line) {
+  // What a file said is as long as it was.
+  constexpr std::size_t kLongest = 2000;
+  std::lock_guard lock(mutex);
+  lines.push_back(line);
+  if (lines.back().message.size() > kLongest) lines.back().message.resize(kLongest);
+  if (lines.size() > kMost) lines.pop_front();
+  newLines = std::min(newLines + 1, kMost);
+}
+
+}  // namespace QV::app

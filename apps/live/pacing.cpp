@@ -1,0 +1,12 @@
+#include "apps/live/pacing.h"
+
+#include <cmath>
+
+namespace QV::app {
+
+ko::Duration Pacing::scale(ko::Duration machine) const {
+  if (paused) return ko::Duration::zero();
+  return ko::Duration(std::llround(speed * static_cast<double>(machine.count())));
+}
+
+}  // namespace QV::app

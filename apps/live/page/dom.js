@@ -1,0 +1,25 @@
+// Changes to the document, made only where something differs: what a person has focused or selected stays.
+
+export function byId(id) {
+  return document.getElementById(id);
+}
+
+export function setText(element, text) {
+  if (element.textContent !== text) element.textContent = text;
+}
+
+export function setAttribute(element, name, value) {
+  if (element.getAttribute(name) !== value) element.setAttribute(name, value);
+}
+
+export function setHidden(element, hidden) {
+  if (element.hidden !== hidden) element.hidden = hidden;
+}
+
+/** `children` are elements or text. */
+export function make(tag, className, ...children) {
+  const element = document.createElement(tag);
+  if (className) element.className = className;
+  element.append(...children);
+  return element;
+}

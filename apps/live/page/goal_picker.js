@@ -1,0 +1,95 @@
+// A goal on its way from the person to the robot: dragged from the robot, clicked, or moved with the arrow keys.
+
+import { setAttribute } from './dom.js';
+import { fixed } from './format.js';
+import { notify } from './notices.js';
+
+const STEP = 0.1;
+const LONG_STEP = 1.0;
+const DIRECTIONS = { ArrowUp: [0, 1], ArrowDown: [0, -1], ArrowLeft: [-1, 0], ArrowRight: [1, 0] };
+
+function describe({ x, y }) {
+  return `Goal at ${fixed(x, 2)}, ${fixed(y, 2)} m`;
+}
+
+export class GoalPicker {
+  isPossible = false;
+  isDragged = false;
+  isPicking = false;
+  #view;
+  #button;
+  #send;
+
+  /** `send` takes {x, y} in metres. */
+  constructor(view, button, send) {
+    this.#view = view;
+    this.#button = button;
+    this.#send = send;
+    button.addEventListener('click', () => this.togglePicking());
+  }
+
+  beginDrag() {
+    if (this.isPossible) this.isDragged = true;
+  }
+
+  dragTo(goal) {
+    this.#view.picked = goal;
+  }
+
+  /** Dropped on the robot, the goal is none. */
+  endDrag(isOnRobot) {
+    const goal = this.#view.picked;
+    this.dropDrag();
+    if (goal && !isOnRobot) this.#send(goal);
+    else if (!goal) notify('Drag from the robot to where it is to go.');
+  }
+
+  dropDrag() {
+    if (!this.isDragged) return;
+    this.isDragged = false;
+    this.#view.picked = null;
+  }
+
+  togglePicking() {
+    if (this.isPicking) return this.cancel();
+    if (!this.isPossible || !this.#view.state) return;
+    const { x, y } = this.#view.state.goal ?? this.#view.state.pose;
+    this.#showPicking(true, { x, y });
+    document.getElementById('map').focus();
+    notify('Click the goal, or move it with the arrow keys (Shift: by 1 m) and press Enter. Escape gives up.');
+  }
+
+  pick(goal) {
+    this.#showPicking(false, null);
+    this.#send(goal);
+    notify(describe(goal));
+  }
+
+  cancel() {
+    this.dropDrag();
+    this.#showPicking(false, null);
+    notify('');
+  }
+
+  /** Whether the key was meant for the goal. */
+  takeKey(event) {
+    if (!this.isPicking) return false;
+    if (event.key === 'Enter') this.pick(this.#view.picked);
+    else if (event.key === 'Escape') this.cancel();
+    else if (DIRECTIONS[event.key]) this.#moveBy(DIRECTIONS[event.key], event.shiftKey ? LONG_STEP : STEP);
+    else return false;
+    return true;
+  }
+
+  #moveBy([right, up], step) {
+    const { x, y } = this.#view.picked;
+    this.#view.picked = { x: x + right * step, y: y + up * step };
+    notify(`${describe(this.#view.picked)}: Enter sends the robot there.`);
+  }
+
+  #showPicking(on, goal) {
+    this.isPicking = on;
+    this.#view.picked = goal;
+    setAttribute(this.#button, 'aria-pressed', String(on));
+  }
+}

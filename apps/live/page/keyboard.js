@@ -1,0 +1,25 @@
+// Which key does what. Keys that the focused control uses itself are left to it.
+
+const PAN = { ArrowUp: [0, 60], ArrowDown: [0, -60], ArrowLeft: [60, 0], ArrowRight: [-60, 0] };
+const OWN_ARROWS = 'select, input:not([type=checkbox]), textarea, [role=log]';
+
+/** `actions`: goal and drive take keys, view is the map's, and onKey maps other keys to functions. */
+export function listenToKeys({ goal, drive, view, onKey }) {
+  addEventListener('keydown', (event) => {
+    if (event.ctrlKey || event.metaKey || event.altKey || event.target.matches?.(OWN_ARROWS)) return;
+    if (handle(event)) event.preventDefault();
+  });
+
+  function handle(event) {
+    const isOnMap = event.target === document.body || event.target.id === 'map';
+    if (isOnMap && goal.takeKey(event)) return true;
+    if (event.shiftKey && PAN[event.key]) {
+      view.panBy(...PAN[event.key]);
+      return true;
+    }
+    if (drive.takeKey(event)) return true;
+    if (onKey[event.key] === undefined || (event.key === ' ' && !isOnMap)) return false;
+    onKey[event.key]();
+    return true;
+  }
+}

@@ -1,0 +1,63 @@
+// One sensor: what it does, who listens, its switches.
+
+import { make, setHidden, setText } from './dom.js';
+import { withUnit } from './format.js';
+import { SensorSwitch } from './sensor_switch.js';
+
+export const SUBSCRIBER = 'live view';
+
+function standing({ started, enabled, diagnosis, subscribers }) {
+  const listeners = subscribers.length > 0 ? subscribers.join(', ') : 'no subscriber';
+  if (started) return `started · ${listeners}`;
+  if (!enabled) return `disabled · ${listeners}`;
+  if (diagnosis === false) return `diagnosis bad · ${listeners}`;
+  return `stopped · ${listeners}`;
+}
+
+export class SensorRow {
+  element;
+  #standing = make('span', 'sensor-standing');
+  #rate = make('dd');
+  #age = make('dd');
+  #nearest = make('dd');
+  #trouble = make('p', 'sensor-trouble');
+  #switches;
+
+  /** `send` takes a command; `choose` is told the name while the pointer or the focus is here, and '' after. */
+  constructor(name, send, choose) {
+    this.#switches = {
+      subscribed: new SensorSwitch('Subscribe', `Subscribe to ${name}`, (on) => send({ op: 'subscribe', sensor: name, on })),
+      enabled: new SensorSwitch('Enable', `Enable ${name}`, (on) => send({ op: 'enable', sensor: name, on })),
+      diagnosis: new SensorSwitch('Diagnosis', `Diagnosis of ${name} good`, (value) => send({ op: 'diagnose', sensor: name, value })),
+    };
+    this.element = make('li', 'sensor', make('span', 'lamp'), this.#heading(name),
+      ...Object.values(this.#switches).map(({ element }) => element), this.#figures(), this.#trouble);
+    this.element.dataset.sensor = name;
+    for (const event of ['pointerenter', 'focusin']) this.element.addEventListener(event, () => choose(name));
+    for (const event of ['pointerleave', 'focusout']) this.element.addEventListener(event, () => choose(''));
+  }
+
+  hear(sensor) {
+    this.element.classList.toggle('started', sensor.started);
+    setText(this.#standing, standing(sensor));
+    setText(this.#rate, withUnit(sensor.started ? sensor.rate : null, 1, 'Hz'));
+    setText(this.#age, withUnit(sensor.age, 1, 's'));
+    setText(this.#nearest, withUnit(sensor.nearest, 2, 'm'));
+    setText(this.#trouble, sensor.trouble);
+    setHidden(this.#trouble, sensor.trouble === '');
+    this.#switches.subscribed.hear(sensor.subscribers.includes(SUBSCRIBER));
+    this.#switches.enabled.hear(sensor.enabled);
+    this.#switches.diagnosis.hear(sensor.diagnosis);
+  }
+
+  #heading(name) {
+    const title = make('span', 'sensor-name', name);
+    title.title = name;
+    return make('div', 'sensor-heading', title, this.#standing);
+  }
+
+  #figures() {
+    const figure = (title, value) => make('div', '', make('dt', '', title), value);
+    return make('dl', 'sensor-figures', figure('rate', this.#rate), figure('age', this.#age), figure('nearest', this.#nearest));
+  }
+}

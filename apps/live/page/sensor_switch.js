@@ -1,0 +1,36 @@
+// A switch of a sensor's: the program's value, changed through a command.
+
+import { make } from './dom.js';
+import { Held } from './held.js';
+
+export class SensorSwitch {
+  element;
+  #box;
+  #held = new Held(false);
+
+  /** `label` is its visible name, `name` its whole one; `send` takes the wanted value and says whether it went out. */
+  constructor(label, name, send) {
+    this.#box = make('input', 'switch');
+    this.#box.type = 'checkbox';
+    this.#box.setAttribute('role', 'switch');
+    this.#box.setAttribute('aria-label', name);
+    this.#box.title = name;
+    this.#box.addEventListener('change', () => {
+      if (send(this.#box.checked)) this.#held.want(this.#box.checked);
+      this.#show();
+    });
+    this.element = make('label', 'sensor-switch', make('span', 'switch-label', label), this.#box);
+  }
+
+  /** `value` is true, false, or null where the program does not know. */
+  hear(value) {
+    this.#held.hear(value);
+    this.#show();
+  }
+
+  #show() {
+    const value = this.#held.value;
+    if (this.#box.checked !== (value === true)) this.#box.checked = value === true;
+    if (this.#box.indeterminate !== (value === null)) this.#box.indeterminate = value === null;
+  }
+}

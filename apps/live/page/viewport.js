@@ -1,0 +1,48 @@
+// Which part of the map the canvas shows: metres with y up in the map, CSS pixels with y down on the canvas.
+
+const LEAST_SCALE = 4;
+const GREATEST_SCALE = 800;
+const MARGIN = 0.94;
+
+export class Viewport {
+  width = 1;
+  height = 1;
+  /** Pixels a metre. */
+  scale = 40;
+  centre = { x: 0, y: 0 };
+
+  toCanvas(x, y) {
+    return [this.width / 2 + (x - this.centre.x) * this.scale, this.height / 2 - (y - this.centre.y) * this.scale];
+  }
+
+  toMap(left, top) {
+    return {
+      x: this.centre.x + (left - this.width / 2) / this.scale,
+      y: this.centre.y - (top - this.height / 2) / this.scale,
+    };
+  }
+
+  resize(width, height) {
+    this.width = width;
+    this.height = height;
+  }
+
+  panBy(right, down) {
+    this.centre = { x: this.centre.x - right / this.scale, y: this.centre.y + down / this.scale };
+  }
+
+  /** What lies under the point of the canvas stays there. */
+  zoomBy(factor, left = this.width / 2, top = this.height / 2) {
+    const before = this.toMap(left, top);
+    this.scale = Math.min(Math.max(this.scale * factor, LEAST_SCALE), GREATEST_SCALE);
+    const after = this.toMap(left, top);
+    this.centre = { x: this.centre.x + before.x - after.x, y: this.centre.y + before.y - after.y };
+  }
+
+  /** Shows all of `box`, which is in metres. */
+  fit(box) {
+    const across = MARGIN * Math.min(this.width / (box.right - box.left), this.height / (box.top - box.bottom));
+    this.scale = Math.min(Math.max(across, LEAST_SCALE), GREATEST_SCALE);
+    this.centre = { x: (box.left + box.right) / 2, y: (box.bottom + box.top) / 2 };
+  }
+}

@@ -1,0 +1,73 @@
+#include "apps/live/page_feed.h"
+
+#include <utility>
+
+#include "apps/live/live_messages.h"
+#include "apps/usage_error.h"
+
+namespace QV::app {
+namespace {
+
+WebMessage messageOf(std::string text, Delivery delivery = Delivery::control) {
+  return {std::make_shared<const std::string>(std::move(text)), false, delivery};
+}
+
+}  // namespace
+
+PageFeed::PageFeed(RobotRun& robot, const LogRing& log, RequestQueue& requests)
+    : hello(std::make_shared<const std::string>(helloMessage(robot))),
+      sensors(robot.getManager().getSensorList()),
+      log(log),
+      requests(requests) {}
+
+void PageFeed::onOpen(const std::shared_ptr<WebClient>& client) {
+  client->send({hello});
+  client->send(messageOf(logMessage(log.getAll())));
+  std::lock_guard lock(mutex);
+  clients.insert(client);
+}
+
+void PageFeed::onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
+                         bool binary) {
+  const auto refuse = [client, op = findOp(message)](const std::string& reason) {
+    client->send(messageOf(refusedMessage(op, reason)));
+  };
+  if (binary) return refuse("text expected, bytes given");
+  try {
+    if (requests.add({parseLiveCommand(message, sensors), refuse})) return;
+    refuse("fewer commands expected: too many wait already");
+  } catch (const UsageError& error) {
+    refuse(error.what());
+  }
+}
+
+void PageFeed::onClose(const std::shared_ptr<WebClient>& client) {
+  std::lock_guard lock(mutex);
+  clients.erase(client);
+}
+
+void PageFeed::publish(const LiveSnapshot& snapshot) {
+  if (hasClients()) publish("state", stateMessage(snapshot));
+}
+
+void PageFeed::publishLog(const std::vector<ko::log::Record>& lines) {
+  if (!lines.empty()) xSendToAll(messageOf(logMessage(lines), Delivery::recent));
+}
+
+void PageFeed::publish(const std::string& slot, std::string message) {
+  WebMessage latest = messageOf(std::move(message), Delivery::latest);
+  latest.slot = slot;
+  xSendToAll(latest);
+}
+
+bool PageFeed::hasClients() const {
+  std::lock_guard lock(mutex);
+  return !clients.empty();
+}
+
+void PageFeed::xSendToAll(const WebMessage& message) {
+  std::lock_guard lock(mutex);
+  for (const auto& client : clients) client->send(message);
+}
+
+}  // namespace QV::app

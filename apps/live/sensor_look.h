@@ -1,0 +1,44 @@
+#pragma once
+
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "apps/live/live_snapshot.h"
+#include "apps/run/robot_run.h"
+
+namespace QV::app {
+
+/** Looks at a robot's sensors again and again. The robot must outlive it. */
+class SensorLook {
+ public:
+  /** Of one sensor, at most. */
+  static constexpr std::size_t kMostPoints = 1000;
+
+  explicit SensorLook(RobotRun& robot) : robot(robot) {}
+
+  /** Every sensor as it is now, by family and name. */
+  std::vector<LiveSensor> look();
+
+  /** Where the robot is, to be told often: records are placed where it was when they were made. */
+  void notePose();
+
+ private:
+  struct Placed {
+    ko::Clock::time_point time;
+    Math::Pose2D pose;
+  };
+
+  void xLookAtSwitches(LiveSensor& sensor) const;
+  void xLookAtRecord(const Math::MetricalData& record, LiveSensor& sensor) const;
+  double xMeasureRate(const LiveSensor& sensor);
+  Math::Pose2D xPoseAt(ko::Clock::time_point time) const;
+
+  RobotRun& robot;
+  std::deque<Placed> poses;
+  /** Of each sensor, when it last measured. */
+  std::map<std::string, std::deque<ko::Clock::time_point>> measured;
+};
+
+}  // namespace QV::app

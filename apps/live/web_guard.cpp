@@ -1,0 +1,76 @@
+#include "apps/live/web_guard.h"
+
+#include <algorithm>
+#include <arpa/inet.h>
+#include <cstring>
+
+#include "apps/usage_error.h"
+
+namespace QV::app {
+namespace {
+
+std::string lowered(std::string text) {
+  std::transform(text.begin(), text.end(), text.begin(), [](unsigned char c) {
+    return static_cast<char>(c >= 'A' && c <= 'Z' ? c - 'A' + 'a' : c);
+  });
+  return text;
+}
+
+// "name:80" and "[::1]:80" without the port, and the brackets.
+std::string nameOf(const std::string& host) {
+  if (host.rfind('[', 0) == 0) return host.substr(1, host.find(']') - 1);
+  return host.substr(0, host.find(':'));
+}
+
+// Of "scheme://host:port"; empty for anything else.
+std::string hostOf(const std::string& origin) {
+  const auto end = origin.find("://");
+  if (end == std::string::npos || end == 0) return {};
+  const std::string host = origin.substr(end + 3);
+  const auto isOdd = [](unsigned char c) { return c <= ' ' || std::strchr("/?#@", c) != nullptr; };
+  return std::any_of(host.begin(), host.end(), isOdd) ? std::string() : host;
+}
+
+bool isAddress(const std::string& name) {
+  unsigned char buffer[sizeof(in6_addr)];
+  return inet_pton(AF_INET, name.c_str(), buffer) == 1 ||
+         inet_pton(AF_INET6, name.c_str(), buffer) == 1;
+}
+
+}  // namespace
+
+WebGuard::WebGuard(const std::string& address, const std::vector<std::string>& given)
+    : anyAddress(address == "0.0.0.0" || address == "::"),
+      hosts{"localhost", "127.0.0.1", "::1", lowered(address)} {
+  for (const std::string& origin : given) {
+    const std::string name = lowered(origin);
+    const std::string host = hostOf(name);
+    if (host.empty()) {
+      throw UsageError("--allow-origin: an origin such as https://viewer.example expected, \"" +
+                       origin + "\" given");
+    }
+    origins.insert(name);
+    hosts.insert(nameOf(host));
+  }
+}
+
+std::string WebGuard::findFault(const std::string& host, const std::string& origin) const {
+  if (!xIsOurs(lowered(host))) {
+    return "This server answers to its own address only; open it by that.";
+  }
+  const std::string from = lowered(origin);
+  if (from.empty() || from == "http://" + lowered(host) || origins.count(from) > 0) return {};
+  return "Pages of other sites are not let in; --allow-origin lets one in.";
+}
+
+// Who owns a name may point it to any address; an address can't be made to be another.
+bool WebGuard::xIsOurs(const std::string& host) const {
+  const std::string name = nameOf(host);
+  return hosts.count(name) > 0 || (anyAddress && isAddress(name));
+}
+
+bool isLoopback(const std::string& address) {
+  return address == "localhost" || address == "::1" || address.rfind("127.", 0) == 0;
+}
+
+}  // namespace QV::app

@@ -1,0 +1,107 @@
+// The page for everybody: by keyboard alone, legible, on a narrow screen.
+import assert from 'node:assert/strict';
+import { after, afterEach, before, beforeEach, test } from 'node:test';
+import { LivePage, launch } from './support/browser.mjs';
+import { PORTER, serve } from './support/program.mjs';
+
+let browser;
+let program;
+let live;
+
+before(async () => {
+  browser = await launch();
+  program = await serve([...PORTER, '--pose', '3,6.3,0']);
+});
+after(async () => {
+  await browser.close();
+  await program.stop();
+});
+beforeEach(async () => (live = await LivePage.open(browser, program.url)));
+afterEach(() => live.close());
+
+function describeFocus() {
+  const element = document.activeElement;
+  if (element === document.body) return null;
+  const label = element.getAttribute('aria-label') ?? document.getElementById(element.getAttribute('aria-labelledby'))?.textContent ??
+    element.labels?.[0]?.textContent ?? element.textContent;
+  return { tag: element.tagName, label: label.trim(), outline: getComputedStyle(element).outlineStyle };
+}
+
+test('the Tab key goes once through every control, each named and marked', async () => {
+  const controls = await live.page.locator('button:visible, select:visible, input:visible, [tabindex="0"]:visible').count();
+  const visited = [];
+  for (let presses = 0; presses <= controls; ++presses) {
+    await live.page.keyboard.press('Tab');
+    const focus = await live.page.evaluate(describeFocus);
+    if (focus === null) break;
+    visited.push(focus);
+  }
+  assert.equal(visited.length, controls);
+  assert.deepEqual(visited.filter(({ label, outline }) => label === '' || outline === 'none'), []);
+});
+
+test('a switch works with the space bar and keeps its focus while the figures change', async () => {
+  const subscribe = live.switchOf('FrontLaser', 'Subscribe');
+  await subscribe.focus();
+  await live.page.keyboard.press('Space');
+  await live.untilSensor('FrontLaser', ({ started }) => started);
+  for (let states = 0; states < 5; ++states) await live.until(() => true);
+  assert.ok(await subscribe.evaluate((element) => element === document.activeElement));
+  await live.page.keyboard.press('Space');
+  await live.untilSensor('FrontLaser', ({ started }) => !started);
+});
+
+test('a goal is set, and dropped, without a pointer', async () => {
+  await live.page.locator('#map').focus();
+  await live.page.keyboard.press('g');
+  for (let metres = 0; metres < 2; ++metres) await live.page.keyboard.press('Shift+ArrowRight');
+  await live.page.keyboard.press('Enter');
+  const { goal } = await live.until((state) => state.goal !== null);
+  assert.equal(Math.round(goal.x), 5);
+  await live.page.keyboard.press('Escape');
+  await live.until((state) => state.goal === null);
+});
+
+test('arrow keys in a list choose there and do not drive', async () => {
+  await live.page.locator('#log-level').focus();
+  await live.page.keyboard.press('ArrowDown');
+  const { velocity } = await live.until(() => true);
+  assert.deepEqual([velocity.x, velocity.theta], [0, 0]);
+  assert.equal(await live.page.locator('#log-level').inputValue(), 'warning');
+});
+
+function findContrasts([inks, grounds]) {
+  const luminance = (colour) => {
+    const [red, green, blue] = [1, 3, 5].map((at) => parseInt(colour.slice(at, at + 2), 16) / 255)
+      .map((part) => (part <= 0.04045 ? part / 12.92 : ((part + 0.055) / 1.055) ** 2.4));
+    return 0.2126 * red + 0.7152 * green + 0.0722 * blue;
+  };
+  const style = getComputedStyle(document.documentElement);
+  const of = (name) => luminance(style.getPropertyValue(`--${name}`).trim());
+  return inks.flatMap((ink) => grounds.map((ground) => {
+    const [low, high] = [of(ink), of(ground)].sort((a, b) => a - b);
+    return { ink, ground, ratio: (high + 0.05) / (low + 0.05) };
+  }));
+}
+
+for (const colorScheme of ['light', 'dark']) {
+  test(`text and marks stand out in the ${colorScheme} theme`, async () => {
+    await live.page.emulateMedia({ colorScheme });
+    const texts = [[['ink', 'muted', 'accent', 'good', 'warn', 'bad'], ['surface', 'raised']], [['on-accent'], ['accent']]];
+    const marks = [[['control', 'person', 'occupied'], ['free']], [['control'], ['surface', 'raised']]];
+    for (const [pairs, least] of [[texts, 4.5], [marks, 3]]) {
+      for (const pair of pairs) {
+        const faint = (await live.page.evaluate(findContrasts, pair)).filter(({ ratio }) => !(ratio >= least));
+        assert.deepEqual(faint, []);
+      }
+    }
+  });
+}
+
+test('nothing is cut off on a screen of 400 pixels', async () => {
+  await live.page.setViewportSize({ width: 400, height: 860 });
+  const outside = await live.page.evaluate(() => [...document.querySelectorAll('button, select, input, dd, h2')]
+    .filter((element) => element.getBoundingClientRect().right > innerWidth).map((element) => element.outerHTML));
+  assert.deepEqual(outside, []);
+  assert.equal(await live.page.evaluate(() => document.documentElement.scrollWidth), 400);
+});

@@ -1,0 +1,92 @@
+// The panel of sensors: hardware starts with the first subscriber and stops with the last.
+import assert from 'node:assert/strict';
+import { after, afterEach, before, beforeEach, test } from 'node:test';
+import { LivePage, launch } from './support/browser.mjs';
+import { untilPixels } from './support/canvas.mjs';
+import { PORTER, serve } from './support/program.mjs';
+import { connectViewer } from './support/viewer.mjs';
+
+const LASER = [0, 114, 178];
+let browser;
+let program;
+let live;
+
+before(async () => (browser = await launch()));
+after(() => browser.close());
+beforeEach(async () => {
+  program = await serve(PORTER);
+  live = await LivePage.open(browser, program.url);
+});
+afterEach(async () => {
+  await live.close();
+  await program.stop();
+});
+
+test('a sensor starts with its subscription, shows points, and stops with it', async () => {
+  const row = live.row('LeftLaser');
+  await untilPixels(live, LASER, (count) => count === 0);
+
+  await live.switchOf('LeftLaser', 'Subscribe').click();
+  const sensor = await live.untilSensor('LeftLaser', ({ points }) => points.length > 0);
+  await row.getByText('started · live view').waitFor();
+  await untilPixels(live, LASER, (count) => count > 20);
+  assert.deepEqual(sensor.subscribers, ['live view']);
+  assert.match(await row.locator('.sensor-figures').innerText(), /\d\.\d\d m/);
+
+  await live.switchOf('LeftLaser', 'Subscribe').click();
+  await row.getByText('stopped · no subscriber').waitFor();
+  await untilPixels(live, LASER, (count) => count === 0);
+});
+
+test('a sensor with two subscribers stops with the last of them', async () => {
+  const row = live.row('FrontSonar');
+  const { client, channels } = await connectViewer(program.port);
+  const channel = channels.find(({ topic }) => topic.includes('FrontSonar'));
+  const subscription = client.subscribe(channel.id);
+  await row.getByText('started · foxglove viewer').waitFor();
+  await live.switchOf('FrontSonar', 'Subscribe').click();
+  await live.untilSensor('FrontSonar', ({ subscribers }) => subscribers.length === 2);
+
+  await live.switchOf('FrontSonar', 'Subscribe').click();
+  await live.untilSensor('FrontSonar', ({ subscribers, started }) => subscribers.length === 1 && started);
+
+  client.unsubscribe(subscription);
+  await row.getByText('stopped · no subscriber').waitFor();
+  client.close();
+});
+
+test('a disabled or failed sensor stops although it has a subscriber, and comes back', async () => {
+  const row = live.row('BackSonar');
+  await live.switchOf('BackSonar', 'Subscribe').click();
+  await row.getByText('started · live view').waitFor();
+  for (const [label, why] of [['Enable', 'disabled'], ['Diagnosis', 'diagnosis bad']]) {
+    await live.switchOf('BackSonar', label).click();
+    await row.getByText(`${why} · live view`).waitFor();
+    await live.switchOf('BackSonar', label).click();
+    await row.getByText('started · live view').waitFor();
+  }
+});
+
+test('all sensors are subscribed at once, and the depth frame comes with them', async () => {
+  const all = live.page.locator('#subscribe-all');
+  await live.page.getByText('Subscribe to DepthCamera to see what it sees.').waitFor();
+
+  await all.click();
+  await live.until(({ sensors }) => sensors.every(({ started }) => started));
+  await live.page.getByRole('img', { name: 'Depth frame of DepthCamera' }).waitFor();
+  assert.match(await live.page.locator('#depth-caption').innerText(), /^\d+ components?, \d+ beyond range$/);
+
+  await all.click();
+  await live.until(({ sensors }) => sensors.every(({ started }) => !started));
+  await live.page.getByText('the last one, no longer subscribed').waitFor();
+});
+
+test('the log shows the chosen level and above', async () => {
+  await live.switchOf('FrontLaser', 'Subscribe').click();
+  const shown = live.page.locator('.log-line:visible');
+  await live.page.selectOption('#log-level', 'debug');
+  await shown.first().waitFor();
+  await live.page.selectOption('#log-level', 'fatal');
+  await shown.first().waitFor({ state: 'hidden' });
+  assert.match(await live.page.locator('#log-count').innerText(), /^0 of \d+ lines?$/);
+});

@@ -1,0 +1,36 @@
+// qvsensors serve, on a free port, with its output.
+import { spawn } from 'node:child_process';
+import { once } from 'node:events';
+import path from 'node:path';
+import { fileURLToPath } from 'node:url';
+
+const root = path.resolve(path.dirname(fileURLToPath(import.meta.url)), '../../..');
+const binary = process.env.QV_SENSORS ?? path.join(root, 'build/release/bin/qvsensors');
+
+export const PORTER = ['--robot', 'robot/descriptions/porter.urdf'];
+
+export function inRoot(name) {
+  return path.join(root, name);
+}
+
+/** Resolves when it serves: {url, port, stop}, where stop(signal) resolves to the exit code. */
+export async function serve(options, port = 0) {
+  const program = spawn(binary, ['serve', ...options, '--port', String(port)], { cwd: root });
+  let output = '';
+  let errors = '';
+  program.stderr.on('data', (text) => (errors += text));
+  const url = await new Promise((resolve, reject) => {
+    program.once('error', reject);
+    program.once('exit', (code) => reject(new Error(`qvsensors left with ${code}: ${errors}`)));
+    program.stdout.on('data', (text) => {
+      output += text;
+      const found = output.match(/http:\/\/127\.0\.0\.1:\d+\//);
+      if (found) resolve(found[0]);
+    });
+  });
+  const stop = async (signal = 'SIGTERM') => {
+    if (program.exitCode === null && program.kill(signal)) await once(program, 'exit');
+    return program.exitCode;
+  };
+  return { url, port: Number(new URL(url).port), stop };
+}

@@ -1,0 +1,37 @@
+// The field's own viewers, through the Foxglove WebSocket protocol.
+import assert from 'node:assert/strict';
+import { after, before, test } from 'node:test';
+import { PORTER, serve } from './support/program.mjs';
+import { connectViewer } from './support/viewer.mjs';
+
+let program;
+
+before(async () => (program = await serve([...PORTER, '--people', '2'])));
+after(() => program.stop());
+
+test('a viewer receives what every channel promises', async () => {
+  const { client, channels } = await connectViewer(program.port);
+  const missing = new Map(channels.map((channel) => [client.subscribe(channel.id), channel]));
+  await new Promise((resolve) => {
+    client.on('message', ({ subscriptionId, data }) => {
+      const channel = missing.get(subscriptionId);
+      if (!channel) return;
+      const message = JSON.parse(new TextDecoder().decode(data));
+      for (const field of JSON.parse(channel.schema).required ?? []) assert.ok(field in message, `${channel.topic} has no ${field}`);
+      missing.delete(subscriptionId);
+      if (missing.size === 0) resolve();
+    });
+  });
+  client.close();
+  const schemas = new Set(channels.map(({ schemaName }) => schemaName));
+  for (const name of ['PointCloud', 'FrameTransform', 'Grid', 'Log']) {
+    assert.ok(schemas.has(`foxglove.${name}`), `no channel of ${name}`);
+  }
+});
+
+test('both names of the protocol are taken', async () => {
+  for (const name of ['foxglove.websocket.v1', 'foxglove.sdk.v1']) {
+    const { client } = await connectViewer(program.port, name);
+    client.close();
+  }
+});
