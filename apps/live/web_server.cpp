@@ -134,7 +134,7 @@ class WebSocketConnection : public Connection,
     beast::get_lowest_layer(socket).expires_never();
     socket.set_option(websocket::stream_base::timeout{kRequestTime, kSilence, true});
     socket.set_option(websocket::stream_base::decorator([chosen](auto& response) {
-      response.erase(http::field::server);
+      response.set(http::field::server, "qvsensors");
       if (!chosen.empty()) response.set(http::field::sec_websocket_protocol, chosen);
     }));
     socket.read_message_max(WebServer::kLongestMessage);

@@ -1,0 +1,27 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "apps/live/web_handler.h"
+
+namespace QV::test {
+
+/** Keeps what it is sent. */
+struct FakeClient : app::WebClient {
+  void send(app::WebMessage message) override { sent.push_back(std::move(message)); }
+
+  /** What has come since the last call, as JSON. */
+  std::vector<nlohmann::json> takeTexts() {
+    std::vector<nlohmann::json> texts;
+    for (const auto& message : sent) texts.push_back(nlohmann::json::parse(*message.payload));
+    sent.clear();
+    return texts;
+  }
+
+  std::vector<app::WebMessage> sent;
+};
+
+}  // namespace QV::test

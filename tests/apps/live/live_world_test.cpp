@@ -1,0 +1,168 @@
+#include "apps/live/live_world.h"
+
+#include <cmath>
+
+#include <gmock/gmock.h>
+
+#include "apps/live/find_route.h"
+#include "apps/run/embedded_run.h"
+#include "apps/run/simulated_run.h"
+#include "apps/shared_files.h"
+#include "tests/robot/world/room.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/throws.h"
+
+namespace QV::app {
+namespace {
+
+using test::errorOf;
+using testing::ElementsAre;
+using testing::IsEmpty;
+
+constexpr ko::Duration kSecond{1'000'000'000};
+const Math::Pose2D kStart(5.0f, 3.0f, 0.0f);
+
+/** Porter, or a simulated robot of kind 1, in a room of 10 m by 6 m. */
+class LiveWorldTest : public testing::TestWithParam<bool> {
+ protected:
+  std::unique_ptr<RobotRun> makeRobot() const {
+    if (!GetParam()) return std::make_unique<SimulatedRun>(1, *test::makeRoom(), kStart);
+    robot::WorldOptions world;
+    world.start = kStart;
+    return std::make_unique<EmbeddedRun>(findSharedFile("descriptions/porter.urdf"),
+                                         *test::makeRoom(), world, std::vector<robot::Fault>());
+  }
+  ko::Duration now() const { return ko::Clock::now().time_since_epoch(); }
+
+  test::LogCapture log;
+  ko::SimulatedTime time;
+  const std::unique_ptr<RobotRun> robot = makeRobot();
+  std::optional<LiveWorld> sut{std::in_place, *robot, time};
+};
+
+INSTANTIATE_TEST_SUITE_P(Robots, LiveWorldTest, testing::Bool(),
+                         [](const auto& robot) { return robot.param ? "Embedded" : "Simulated"; });
+
+TEST_P(LiveWorldTest, timeGoesByAsItIsTold) {
+  sut->run(kSecond);
+  EXPECT_EQ(now(), kSecond);
+  sut->execute(SpeedCommand{2.5});
+  sut->run(kSecond);
+  EXPECT_EQ(now(), kSecond * 7 / 2);
+  EXPECT_EQ(errorOf([&] { sut->execute(StepCommand{}); }),
+            "a paused world expected; pause it first");
+  sut->execute(PauseCommand{true});
+  sut->run(kSecond);
+  EXPECT_EQ(now(), kSecond * 7 / 2);
+  sut->execute(StepCommand{});
+  EXPECT_EQ(now(), kSecond * 36 / 10);
+  EXPECT_TRUE(sut->look().paused);
+}
+
+TEST_P(LiveWorldTest, aHandThatLetsGoStopsTheRobot) {
+  sut->execute(DriveCommand{0.5f, 0.0f});
+  sut->run(kSecond * 4 / 10);
+  sut->execute(DriveCommand{0.5f, 0.0f});
+  sut->run(kSecond * 4 / 10);
+  EXPECT_EQ(sut->look().velocity.x, 0.5f);
+  sut->run(kSecond);
+  const LiveSnapshot after = sut->look();
+  EXPECT_EQ(after.velocity.x, 0.0f);
+  EXPECT_NEAR(after.pose.x, kStart.x + 0.5f * 0.9f, 0.03f);
+}
+
+TEST_P(LiveWorldTest, aPauseIsNoHold) {
+  sut->execute(DriveCommand{0.5f, 0.0f});
+  sut->execute(PauseCommand{true});
+  sut->run(kSecond);
+  sut->execute(PauseCommand{false});
+  sut->run(kSecond);
+  EXPECT_EQ(sut->look().pose.x, kStart.x);
+}
+
+TEST_P(LiveWorldTest, aWallStopsTheRobot) {
+  for (int i = 0; i < 20; ++i) {
+    sut->execute(DriveCommand{1.0f, 0.0f});
+    sut->run(kSecond * 4 / 10);
+  }
+  const LiveSnapshot at = sut->look();
+  EXPECT_NEAR(at.pose.x, 10.0f - robot->getRadius(), 0.1f);
+  if (!GetParam()) return;
+  ASSERT_EQ(at.touches.size(), 1u);
+  EXPECT_GT(at.touches[0].position.x, at.pose.x);
+  EXPECT_GT(at.touches[0].since, 1.0);
+  for (int i = 0; i < 4; ++i) {
+    sut->execute(DriveCommand{-1.0f, 0.0f});
+    sut->run(kSecond * 4 / 10);
+  }
+  EXPECT_THAT(sut->look().touches, IsEmpty());
+}
+
+TEST_P(LiveWorldTest, goesToAGoalBehindIt) {
+  sut->execute(GoalCommand{{2.0f, 4.5f}});
+  EXPECT_EQ(sut->look().goal, Math::Position2D(2.0f, 4.5f));
+  sut->run(kSecond * 20);
+  const LiveSnapshot there = sut->look();
+  EXPECT_EQ(there.goal, std::nullopt);
+  EXPECT_NEAR(there.pose.x, 2.0f, 0.1f);
+  EXPECT_NEAR(there.pose.y, 4.5f, 0.1f);
+  EXPECT_EQ(there.velocity, Math::Pose2D());
+  EXPECT_EQ(errorOf([&] {
+              sut->execute(GoalCommand{{20.0f, 3.0f}});
+            }),
+            "a place that the robot can get to expected, 20.00, 3.00 m given");
+}
+
+TEST_P(LiveWorldTest, sensorsRunForTheirSubscribersOnly) {
+  auto& manager = robot->getManager();
+  const std::string name = GetParam() ? "FrontLaser" : *manager.getSensorList().begin();
+  const auto seen = [&] {
+    for (const LiveSensor& sensor : sut->look().sensors) {
+      if (sensor.name == name) return sensor;
+    }
+    return LiveSensor();
+  };
+  EXPECT_FALSE(seen().started);
+  sut->execute(SubscribeCommand{name, true});
+  sut->watch({name});
+  for (int i = 0; i < 20; ++i) {
+    sut->run(kSecond / 10);
+    seen();
+  }
+  const LiveSensor running = seen();
+  EXPECT_TRUE(running.started);
+  EXPECT_THAT(running.subscribers, ElementsAre("foxglove viewer", "live view"));
+  EXPECT_NEAR(running.rate, 10.0, 0.5);
+  EXPECT_LT(*running.age, 0.3);
+  sut->execute(DiagnoseCommand{name, false});
+  EXPECT_FALSE(seen().started);
+  sut->execute(DiagnoseCommand{name, true});
+  EXPECT_TRUE(seen().started);
+  sut->watch({});
+  EXPECT_THAT(seen().subscribers, ElementsAre("live view"));
+  sut.reset();
+  EXPECT_FALSE(manager.isSensorStarted(name));
+  EXPECT_THAT(manager.getSubscribers(), IsEmpty());
+}
+
+TEST(FindRoute, goesAroundAWallAndKeepsItsDistance) {
+  OccupancyMap map(100, 60, 0.1f, {1.0f, 2.0f, 0.0f}, 0.0f);
+  for (int row = 0; row < 50; ++row) map.setOccupancy(50, row, 1.0f);
+  const Math::Position2D from(3.0f, 3.0f);
+  const Math::Position2D to(9.0f, 3.0f);
+  const auto route = findRoute(map, from, to, 0.3f);
+  ASSERT_GE(route.size(), 3u);
+  EXPECT_EQ(route.front(), from);
+  EXPECT_EQ(route.back(), to);
+  float length = 0.0f;
+  for (std::size_t i = 1; i < route.size(); ++i) {
+    length += std::hypot(route[i].x - route[i - 1].x, route[i].y - route[i - 1].y);
+  }
+  // Over the end of the wall and back, by the shortest way.
+  EXPECT_NEAR(length, 2.0f * std::hypot(3.0f, 4.3f), 0.6f);
+  EXPECT_THAT(findRoute(map, from, to, 0.6f), IsEmpty());
+  EXPECT_THAT(findRoute(map, from, {6.05f, 3.0f}, 0.3f), IsEmpty());
+}
+
+}  // namespace
+}  // namespace QV::app

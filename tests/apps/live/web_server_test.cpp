@@ -1,0 +1,202 @@
+#include "apps/live/web_server.h"
+
+#include <future>
+
+#include <gmock/gmock.h>
+
+#include "apps/live/web_guard.h"
+#include "tests/support/socket_client.h"
+#include "tests/support/throws.h"
+
+namespace QV::app {
+namespace {
+
+using test::SocketClient;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+/** Takes the subprotocol "known", answers what it is told, and says who came and went. */
+class EchoHandler : public WebHandler {
+ public:
+  std::optional<std::string> chooseProtocol(
+      const std::string& path, const std::vector<std::string>& offered) const override {
+    if (path != "/socket" || offered != std::vector<std::string>{"other", "known"}) return {};
+    return "known";
+  }
+  void onOpen(const std::shared_ptr<WebClient>& client, const std::string&) override {
+    opened.set_value(client);
+  }
+  void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
+                 bool) override {
+    client->send({std::make_shared<const std::string>(message)});
+  }
+  void onClose(const std::shared_ptr<WebClient>&) override { closed.set_value(); }
+
+  std::promise<std::shared_ptr<WebClient>> opened;
+  std::promise<void> closed;
+};
+
+class WebServerTest : public testing::Test {
+ protected:
+  std::string headOf(const std::string& request) {
+    SocketClient client(sut->getPort());
+    client.write(request);
+    return client.readHead();
+  }
+  std::string open(SocketClient& client) {
+    return client.openWebSocket("/socket", "Sec-WebSocket-Protocol: other, known\r\n");
+  }
+
+  EchoHandler handler;
+  std::optional<WebServer> sut{
+      std::in_place, WebServer::Settings{"127.0.0.1", 0, {"https://viewer.example"}},
+      std::vector<PageFile>{{"index.html", "<p>"}, {"a.js", "1;"}}, handler};
+};
+
+TEST_F(WebServerTest, servesItsFilesAndNothingElse) {
+  SocketClient client(sut->getPort());
+  EXPECT_THAT(client.get("/"), AllOf(StartsWith("HTTP/1.1 200"), HasSubstr("text/html"),
+                                     HasSubstr("default-src 'self'")));
+  client.write("");
+  SocketClient other(sut->getPort());
+  EXPECT_THAT(other.get("/a.js?x", "Connection: close\r\n"), HasSubstr("text/javascript"));
+  EXPECT_EQ(other.readToEnd(), "1;");
+  for (const char* target : {"/b.js", "/../a.js", "/%61.js", "//a.js", "*"}) {
+    SocketClient stranger(sut->getPort());
+    EXPECT_THAT(stranger.get(target), StartsWith("HTTP/1.1 404")) << target;
+  }
+}
+
+TEST_F(WebServerTest, refusesWhatIsMalformedTooLongOrOfAnotherSite) {
+  const std::string host = "Host: 127.0.0.1\r\n";
+  const struct {
+    std::string request;
+    const char* answer;
+  } cases[] = {
+      {"nonsense\r\n\r\n", "HTTP/1.1 400"},
+      {"GET / HTTP/1.1\r\n\r\n", "HTTP/1.1 403"},
+      {"GET / HTTP/1.1\r\nHost: evil.example\r\n\r\n", "HTTP/1.1 403"},
+      {"GET / HTTP/1.1\r\n" + host + "Origin: https://evil.example\r\n\r\n", "HTTP/1.1 403"},
+      {"GET / HTTP/1.1\r\n" + host + "Origin: https://viewer.example\r\n\r\n", "HTTP/1.1 200"},
+      {"POST / HTTP/1.1\r\n" + host + "\r\n", "HTTP/1.1 405"},
+      {"POST / HTTP/1.1\r\n" + host + "Content-Length: 9999999\r\n\r\n", "HTTP/1.1 400"},
+      {"GET / HTTP/1.1\r\nX: " + std::string(20'000, 'x') + "\r\n\r\n", "HTTP/1.1 431"},
+      {"GET /socket HTTP/1.1\r\n" + host + "Upgrade: websocket\r\nConnection: upgrade\r\n\r\n",
+       "HTTP/1.1 400"},
+  };
+  for (const auto& [request, answer] : cases) {
+    EXPECT_THAT(headOf(request), StartsWith(answer)) << request.substr(0, 200);
+  }
+}
+
+TEST_F(WebServerTest, aWebSocketGetsItsSubprotocolAndItsAnswers) {
+  SocketClient client(sut->getPort());
+  EXPECT_THAT(open(client),
+              AllOf(StartsWith("HTTP/1.1 101"), HasSubstr("Sec-WebSocket-Protocol: known\r\n")));
+  client.sendText("hello");
+  EXPECT_EQ(client.readFrame()->payload, "hello");
+  client.sendText(std::string(WebServer::kLongestMessage + 1, 'x'));
+  EXPECT_EQ(client.readFrame()->payload, "\x03\xf1");  // 1009.
+  handler.closed.get_future().wait();
+}
+
+TEST_F(WebServerTest, aClientThatReadsLateGetsTheLatestAndAllControl) {
+  constexpr int kSent = 4000;
+  const std::string ballast(64 * 1024, 'x');
+  SocketClient client(sut->getPort(), 4096);
+  open(client);
+  const auto reader = handler.opened.get_future().get();
+  for (int i = 1; i <= kSent; ++i) {
+    reader->send({std::make_shared<const std::string>(std::to_string(i) + " " + ballast), false,
+                  Delivery::latest, "state"});
+    if (i % 1000 == 0) reader->send({std::make_shared<const std::string>("control")});
+  }
+  int controls = 0;
+  int states = 0;
+  for (int last = 0; last < kSent || controls < 4;) {
+    const auto frame = client.readFrame();
+    ASSERT_TRUE(frame);
+    if (frame->payload == "control") {
+      ++controls;
+      continue;
+    }
+    ++states;
+    EXPECT_GT(std::stoi(frame->payload), last);
+    last = std::stoi(frame->payload);
+  }
+  EXPECT_LT(states, kSent / 10);
+}
+
+TEST_F(WebServerTest, aClientThatNeverReadsWhatMustComeIsGivenUp) {
+  SocketClient client(sut->getPort(), 4096);
+  open(client);
+  const auto reader = handler.opened.get_future().get();
+  const auto message = std::make_shared<const std::string>(64 * 1024, 'x');
+  for (int i = 0; i < 1000; ++i) reader->send({message});
+  handler.closed.get_future().wait();
+}
+
+TEST_F(WebServerTest, moreConnectionsThanItServesAreClosed) {
+  std::vector<std::unique_ptr<SocketClient>> clients;
+  for (int i = 0; i < WebServer::kMostConnections; ++i) {
+    clients.push_back(std::make_unique<SocketClient>(sut->getPort()));
+    ASSERT_THAT(clients.back()->get("/"), StartsWith("HTTP/1.1 200"));
+  }
+  EXPECT_EQ(SocketClient(sut->getPort()).get("/"), "");
+}
+
+TEST_F(WebServerTest, saysGoodbyeWhenItEnds) {
+  SocketClient client(sut->getPort());
+  open(client);
+  const auto kept = handler.opened.get_future().get();
+  const unsigned short port = sut->getPort();
+  sut.reset();
+  EXPECT_EQ(client.readFrame()->payload, "\x03\xe9");  // 1001.
+  kept->send({std::make_shared<const std::string>("to nobody")});
+  EXPECT_EQ(test::errorOf([&] { SocketClient late(port); }), "can't connect");
+}
+
+TEST_F(WebServerTest, saysWhereItCannotListen) {
+  const auto listen = [&](const std::string& address, unsigned short port) {
+    return test::errorOf([&] { WebServer({address, port}, {}, handler); });
+  };
+  const std::string port = std::to_string(sut->getPort());
+  EXPECT_EQ(listen("127.0.0.1", sut->getPort()),
+            "--port: can't listen at 127.0.0.1, port " + port + ": Address already in use");
+  EXPECT_EQ(listen("nowhere", 0), "--address: an IP address expected, \"nowhere\" given");
+}
+
+TEST(WebGuard, letsInOnlyItsOwnAddressesAndTheOriginsThatItIsTold) {
+  const struct {
+    const char* address;
+    const char* host;
+    const char* origin;
+    bool passes;
+  } cases[] = {
+      {"127.0.0.1", "localhost:8765", "", true},
+      {"127.0.0.1", "[::1]:80", "http://[::1]:80", true},
+      {"127.0.0.1", "LOCALHOST", "http://localhost", true},
+      {"127.0.0.1", "localhost:1", "http://localhost:2", false},
+      {"127.0.0.1", "localhost", "null", false},
+      {"127.0.0.1", "localhost.evil.example", "", false},
+      {"127.0.0.1", "192.168.0.7", "", false},
+      {"127.0.0.1", "", "", false},
+      {"127.0.0.1", "[", "", false},
+      {"127.0.0.1", "localhost", "https://viewer.example", true},
+      {"127.0.0.1", "localhost", "https://viewer.example.evil.example", false},
+      {"192.168.0.7", "192.168.0.7:8765", "", true},
+      {"0.0.0.0", "192.168.0.7:8765", "http://192.168.0.7:8765", true},
+      {"0.0.0.0", "robot.example", "", false},
+  };
+  for (const auto& [address, host, origin, passes] : cases) {
+    const WebGuard sut(address, {"https://Viewer.example"});
+    EXPECT_EQ(sut.findFault(host, origin).empty(), passes)
+        << address << ' ' << host << ' ' << origin;
+  }
+  EXPECT_EQ(test::errorOf([] { WebGuard("::1", {"viewer.example"}); }),
+            "--allow-origin: an origin such as https://viewer.example expected, "
+            "\"viewer.example\" given");
+}
+
+}  // namespace
+}  // namespace QV::app

@@ -1,0 +1,91 @@
+#include <csignal>
+#include <cstdio>
+#include <string>
+#include <sys/wait.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+
+#include "tests/apps/run_program.h"
+#include "tests/support/socket_client.h"
+
+namespace QV::app {
+namespace {
+
+using test::SocketClient;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+/** `qvsensors serve` in a process of its own, at any port. */
+class ServeTest : public testing::Test {
+ protected:
+  void start() {
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    process = fork();
+    if (process == 0) {
+      dup2(ends[1], STDOUT_FILENO);
+      execl(QVSENSORS, QVSENSORS, "serve", "--kind", "1", "--port", "0", nullptr);
+      _exit(99);
+    }
+    close(ends[1]);
+    FILE* out = fdopen(ends[0], "r");
+    char line[200] = "";
+    ASSERT_NE(fgets(line, sizeof line, out), nullptr);
+    fclose(out);
+    const std::string text = line;
+    EXPECT_THAT(text, StartsWith("Simulated robot of kind 1 at http://127.0.0.1:"));
+    port = static_cast<unsigned short>(std::stoi(text.substr(text.rfind(':') + 1)));
+  }
+  ~ServeTest() override {
+    if (process <= 0) return;
+    kill(process, SIGKILL);
+    waitpid(process, nullptr, 0);
+  }
+
+  int awaitEnd() {
+    int status = 0;
+    waitpid(process, &status, 0);
+    process = 0;
+    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+  }
+
+  pid_t process = 0;
+  unsigned short port = 0;
+};
+
+TEST_F(ServeTest, aPageSeesAndDrivesTheRobotUntilASignalEndsIt) {
+  for (const int signal : {SIGINT, SIGTERM}) {
+    start();
+    SocketClient client(port);
+    client.openWebSocket("/live");
+    EXPECT_THAT(client.readFrame()->payload, HasSubstr(R"("op":"hello","world":"simulated")"));
+    client.sendText(R"({"op":"subscribe","sensor":"Sonar/Front","on":true})");
+    client.sendText(R"({"op":"drive","forward":0.5})");
+    bool refused = false;
+    bool started = false;
+    while (!refused || !started) {
+      const auto frame = client.readFrame();
+      ASSERT_TRUE(frame);
+      refused =
+          refused ||
+          frame->payload == R"({"op":"refused","command":"drive","message":"\"turn\": missing"})";
+      started =
+          started || frame->payload.find(R"("subscribers":["live view"])") != std::string::npos;
+    }
+    kill(process, signal);
+    EXPECT_EQ(awaitEnd(), 128 + signal);
+  }
+}
+
+TEST_F(ServeTest, aPortInUseIsOneLine) {
+  start();
+  const Result result = run({"serve", "--port", std::to_string(port)});
+  EXPECT_EQ(result.status, 2);
+  EXPECT_EQ(result.out, "");
+  EXPECT_EQ(result.error, "qvsensors: --port: can't listen at 127.0.0.1, port " +
+                              std::to_string(port) + ": Address already in use\n");
+}
+
+}  // namespace
+}  // namespace QV::app
