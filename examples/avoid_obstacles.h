@@ -7,18 +7,19 @@
 #include "robot/world/embedded_robot.h"
 #include "sensor/real/real_sensor_manager.h"
 
-/** Wanders about: straight on while the way is free, else a turn on the spot until it is. */
+/** Wanders: straight on while the way is free, else turns. Stands while a laser has no news. */
 class ObstacleAvoider {
  public:
   ObstacleAvoider(QV::sensor::SensorManager& manager, QV::robot::EmbeddedRobot& robot)
       : manager(manager), robot(robot) {
     manager.subscribe("avoider", {"Laser", "Shovel"});
+    lasers = manager.getSensorListBySubscriber("avoider").size();
   }
   ~ObstacleAvoider() { manager.unsubscribe("avoider"); }
 
   /** One turn of the control loop; ten a second. */
   void step() {
-    remember();
+    if (!remember()) return robot.setVelocity(0.0f, 0.0f, 0.0f);
     const float gap = findGap();
     if (gap > kNear) turn = 0.0f;
     // Once begun, a turn keeps its side: two walls would make it dither.
@@ -29,21 +30,24 @@ class ObstacleAvoider {
 
  private:
   // Metres: a stop before, half the width of the way, and what is far enough to be forgotten.
-  static constexpr float kNear = 0.3f;
-  static constexpr float kHalfWidth = 0.34f;
-  static constexpr float kRadius = 0.26f;
-  static constexpr float kFar = 2.0f;
+  static constexpr float kNear = 0.3f, kHalfWidth = 0.34f, kRadius = 0.26f, kFar = 2.0f;
   static constexpr std::size_t kMemory = 2000;
+  static constexpr ko::Duration kOld{300'000'000};
 
   // The lasers leave gaps between them: what was seen counts until the robot is elsewhere.
-  void remember() {
+  bool remember() {
     here = robot.getOdometry();
+    std::size_t fresh = 0;
     for (const auto& record : manager.getMetricalData({"Laser", "Shovel"})) {
+      if (QV::Math::age(record, ko::Clock::now()) > kOld) continue;
+      ++fresh;
       for (const auto& point : QV::Math::pointsInFrame(record)) {
-        if (std::hypot(point.x, point.y) < kFar) seen.push_back(here * flat(point));
+        if (std::hypot(point.x, point.y) < kFar)
+          seen.push_back(here * QV::Math::Position2D(point.x, point.y));
       }
     }
     while (seen.size() > kMemory) seen.pop_front();
+    return fresh == lasers;
   }
 
   /** Metres that are free before the robot's rim. */
@@ -65,11 +69,10 @@ class ObstacleAvoider {
     return left > 0.0f;
   }
 
-  static QV::Math::Position2D flat(const QV::Math::Position3D& p) { return {p.x, p.y}; }
-
   QV::sensor::SensorManager& manager;
   QV::robot::EmbeddedRobot& robot;
   QV::Math::Pose2D here;
   std::deque<QV::Math::Position2D> seen;
+  std::size_t lasers = 0;
   float turn = 0.0f;
 };

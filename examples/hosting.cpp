@@ -5,7 +5,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "platform/ko/os.h"
+#include "platform/ko/simulated_time.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_proxy.h"
 #include "platform/middleware/scoped_module.h"
@@ -63,6 +63,7 @@ class Planner : public QVModule {
 };
 
 int main() {
+  ko::SimulatedTime time;
   const auto map = boost::make_shared<OccupancyMap>(robot::loadMap("maps/apartment.yaml"));
   robot::WorldOptions world;
   world.start = {3.0f, 6.3f, 0.0f};  // m, m, rad
@@ -70,6 +71,6 @@ int main() {
   const auto& broker = robot.getBroker();
   const ScopedModule hosting(broker, boost::make_shared<MyNavigation>(broker));
   const ScopedModule planning(broker, boost::make_shared<Planner>(broker));
-  ko::os::msleep(300);
+  time.advance(boost::chrono::milliseconds(300));
   QVProxy(broker, "Planner").callVoid("plan");
 }

@@ -10,6 +10,7 @@
 #include "apps/output/record_output.h"
 #include "apps/output/table.h"
 #include "apps/run/sensor_check.h"
+#include "apps/usage_error.h"
 
 namespace QV::app {
 namespace {
@@ -41,6 +42,7 @@ CheckedSensors checkAll(RobotRun& robot, ko::SimulatedTime& time, const CommonOp
   CheckedSensors checked;
   if (options.subscriptions.empty()) checked = findUnbuilt(robot);
   const auto sensors = sensorsFor(options, robot.getManager());
+  if (sensors.empty() && checked.empty()) throw UsageError(*options.robot + ": a sensor expected");
   ProgressBar progress("Checking");
   std::size_t done = 0;
   for (const std::string& name : sensors) {

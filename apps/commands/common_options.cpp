@@ -1,5 +1,6 @@
 #include "apps/commands/common_options.h"
 
+#include <cmath>
 #include <iostream>
 #include <stdexcept>
 #include <utility>
@@ -30,18 +31,20 @@ std::string mapPathOf(const CommonOptions& options) {
   return *options.map;
 }
 
-std::vector<robot::Fault> faultsOf(const CommonOptions& options) {
-  std::vector<robot::Fault> faults;
-  for (const std::string& text : options.faults) faults.push_back(robot::parseFault(text));
-  return faults;
+void expect(bool isSo, const char* expected) {
+  if (!isSo) throw UsageError(std::string(expected) + " expected");
 }
 
 robot::WorldOptions worldOf(const CommonOptions& options, const Math::Pose2D& start) {
   constexpr float kDistance = 1.2f;
+  expect(options.noise >= 0.0f && std::isfinite(options.noise), "--noise: metres from 0 on");
+  expect(options.dropOuts >= 0.0f && options.dropOuts <= 1.0f, "--drop-outs: a share from 0 to 1");
+  expect(options.people >= 0, "--people: a number from 0 on");
   robot::WorldOptions world;
   world.start = start;
   world.seed = options.seed;
   world.rangeNoise = options.noise;
+  world.dropOuts = options.dropOuts;
   world.randomPeople = options.people;
   if (options.somebodyAhead) {
     world.people.push_back({{start * Math::Position2D(kDistance, 0.0f)}});
@@ -49,15 +52,27 @@ robot::WorldOptions worldOf(const CommonOptions& options, const Math::Pose2D& st
   return world;
 }
 
-std::unique_ptr<RobotRun> makeEmbeddedRun(const CommonOptions& options, OccupancyMap map,
-                                          const Math::Pose2D& start) {
+void setFaults(EmbeddedRun& run, const std::vector<std::string>& faults) {
   try {
-    return std::make_unique<EmbeddedRun>(*options.robot, std::move(map), worldOf(options, start),
-                                         faultsOf(options));
+    for (const std::string& text : faults) run.setFault(robot::parseFault(text));
   } catch (const std::invalid_argument& error) {
-    // The names of what can't be are those of the options.
+    // It begins with the word "fault", as the option does.
     throw UsageError(std::string("--").append(error.what()));
   }
+}
+
+std::unique_ptr<RobotRun> makeEmbeddedRun(const CommonOptions& options, OccupancyMap map,
+                                          const Math::Pose2D& start) {
+  const auto description = robot::RobotDescription::fromFile(*options.robot);
+  const robot::WorldOptions world = worldOf(options, start);
+  std::unique_ptr<EmbeddedRun> run;
+  try {
+    run = std::make_unique<EmbeddedRun>(description, std::move(map), world);
+  } catch (const std::exception& error) {
+    throw UsageError(*options.robot + " in " + mapPathOf(options) + ": " + error.what());
+  }
+  setFaults(*run, options.faults);
+  return run;
 }
 
 }  // namespace
@@ -109,6 +124,9 @@ void addWorld(CLI::App& command, CommonOptions& options) {
       ->needs("--robot")
       ->capture_default_str();
   command.add_option("--noise", options.noise, "standard deviation of each range of --robot (m)")
+      ->needs("--robot");
+  command
+      .add_option("--drop-outs", options.dropOuts, "share of the ranges of --robot that are lost")
       ->needs("--robot");
   command.add_option("--people", options.people, "people who walk about --robot")->needs("--robot");
   command

@@ -21,6 +21,7 @@ struct CommonOptions {
   std::optional<std::string> map;
   std::uint64_t seed = 1;
   float noise = 0.0f;
+  float dropOuts = 0.0f;
   int people = 0;
   std::vector<std::string> faults;
   std::vector<std::string> subscriptions;

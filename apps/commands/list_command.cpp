@@ -73,7 +73,10 @@ ordered_json sensorToJson(const ListedSensor& sensor) {
 }
 
 ordered_json robotToJson(const Model::Robot& robot) {
-  ordered_json result{{"robot", robot.name}, {"kind", robot.kindCode}};
+  ordered_json result{{"robot", robot.name},
+                      {"kind", robot.kindCode},
+                      {"sensors", ordered_json::array()},
+                      {"collisionShapes", ordered_json::array()}};
   for (const auto& sensor : sensorsOf(robot)) {
     ordered_json listed = sensorToJson(sensor);
     listed["fieldOfView"].erase("rayCount");

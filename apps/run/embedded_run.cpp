@@ -11,14 +11,12 @@
 
 namespace QV::app {
 
-EmbeddedRun::EmbeddedRun(const std::string& descriptionPath, OccupancyMap map,
-                         const robot::WorldOptions& world, const std::vector<robot::Fault>& faults)
-    : robot(descriptionPath, boost::make_shared<OccupancyMap>(std::move(map)), world),
+EmbeddedRun::EmbeddedRun(const robot::RobotDescription& description, OccupancyMap map,
+                         const robot::WorldOptions& world)
+    : robot(description, boost::make_shared<OccupancyMap>(std::move(map)), world),
       navigation(boost::make_shared<sensor::NavigationModule>(robot.getBroker())),
       hosting(robot.getBroker(), navigation),
-      wanderer(robot.getMap()) {
-  for (const auto& fault : faults) robot.setFault(fault);
-}
+      wanderer(robot.getMap()) {}
 
 std::string EmbeddedRun::getTitle() const {
   return "Embedded robot " + robot.getModel().name;

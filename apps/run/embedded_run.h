@@ -1,7 +1,6 @@
 #pragma once
 
 #include <string>
-#include <vector>
 
 #include "apps/run/robot_run.h"
 #include "apps/run/wanderer.h"
@@ -14,9 +13,12 @@ namespace QV::app {
 /** An embedded robot in a map, and the library hosted in it as on a robot of one's own. */
 class EmbeddedRun : public RobotRun {
  public:
-  /** What reading the description, building the world and setting the faults throw. */
-  EmbeddedRun(const std::string& descriptionPath, OccupancyMap map,
-              const robot::WorldOptions& world, const std::vector<robot::Fault>& faults);
+  /** What building the world throws. */
+  EmbeddedRun(const robot::RobotDescription& description, OccupancyMap map,
+              const robot::WorldOptions& world);
+
+  /** See EmbeddedRobot. */
+  void setFault(const robot::Fault& fault) { robot.setFault(fault); }
 
   const sensor::NavigationModule& getNavigation() const override { return *navigation; }
   sensor::SensorManager& getManager() override { return navigation->getManager(); }

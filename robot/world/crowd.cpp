@@ -113,7 +113,7 @@ Math::Position2D Crowd::xChooseStart(const Math::Position2D& robot) {
     const Math::Position2D position = map.getCellCentre(column, rows(generator));
     if (distanceBetween(position, robot) > kStartFromRobot && xHasRoom(position)) return position;
   }
-  throw std::invalid_argument("WorldOptions: the map has no room for random people");
+  throw std::invalid_argument("the map has no room for random people");
 }
 
 bool Crowd::xHasRoom(const Math::Position2D& position) const {

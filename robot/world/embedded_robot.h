@@ -28,8 +28,9 @@ class RobotWorld;
  * same. Cells above 0.4, unknown ones too, are solid. Not copyable; all operations are safe from
  * any thread. What is not finite, out of range or of an unknown name throws std::invalid_argument.
  *
- * When it ends, the body stands still and nothing is measured; its services stay with the broker,
- * so that who still uses them may end later.
+ * When it ends, its services stay with the broker, so that who still uses them may end later. The
+ * world stands still: sonars and the camera go on measuring it, a laser scans once more whenever it
+ * is switched on, and bumpers, blind zones and people fall silent.
  */
 class QV_API EmbeddedRobot {
  public:

@@ -1,16 +1,30 @@
 #include "robot/world/laser_units.h"
 
+#include <stdexcept>
 #include <utility>
 
 #include "robot/services/sensor_types.h"
 
 namespace QV::robot {
+namespace {
+
+// A mode that two actuators command would show what the one wants, or the other.
+void checkActuator(const std::string& name, const LaserUnit& laser, const LaserUnit& first) {
+  if (laser.getActuator() == first.getActuator()) return;
+  throw std::invalid_argument("laser \"" + name + "\": setOperationMode \"" + first.getActuator() +
+                              "\" expected, as for the laser that shares its getOperationMode, \"" +
+                              laser.getActuator() + "\" given");
+}
+
+}  // namespace
 
 LaserUnits::LaserUnits(const Model::Robot& robot, const UnitContext& context) : context(context) {
   for (const auto& [name, config] : robot.sensorConfigs) {
     if (!isLaserType(config.type) || !LaserUnit::isComplete(config)) continue;
     const auto laser = boost::make_shared<LaserUnit>(config, context);
-    groups[laser->getModeKey()].lasers.push_back(laser);
+    auto& lasers = groups[laser->getModeKey()].lasers;
+    lasers.push_back(laser);
+    checkActuator(name, *laser, *lasers[0]);
   }
 }
 

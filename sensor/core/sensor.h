@@ -27,7 +27,10 @@ class QV_API Sensor {
   Sensor(const Sensor&) = delete;
   Sensor& operator=(const Sensor&) = delete;
 
-  /** The current measurements; empty while the hardware does not run. Waits for start and stop. */
+  /**
+   * The current measurements; empty while the hardware does not run. Waits for another reading of
+   * this sensor, never for hardware that starts or stops.
+   */
   virtual std::vector<Math::MetricalData> getData() const;
 
  protected:

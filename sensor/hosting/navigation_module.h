@@ -38,7 +38,7 @@ class TouchSensor;
  * | getAllSensorsByFamily | | array of arrays: family, set of its sensors |
  * | isSensorStarted, isSensorEnabled, isSensorDiagnosisSuccess, isSensor, isFamily | name | bool |
  * | isSensorSubscribedBy | sensor, subscriber | bool |
- * | getKindParameter | | float, m |
+ * | getKindParameter | | float |
  * | lastTrouble | sensor | array: level, message, time (int, ns of ko::Clock); or empty |
  *
  * And the events "_onTouchChanged" and "_onPeopleDetected", each with event, value and subscriber;

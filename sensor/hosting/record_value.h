@@ -16,8 +16,8 @@ namespace QV::sensor {
  * | 0, 1 | names of the sensor and of its family, strings |
  * | 2 | field of view: array of minRange, maxRange (m), angularRange (rad), rayCount |
  * | 3 | sensorTransform: array of 12 floats by rows, translations in m |
- * | 4 | points: binary, for each its x, y and z as 32-bit floats of this machine, m, sensor's frame
- * | | 5 | timestamp: int, ns of ko::Clock |
+ * | 4 | points: binary, x, y, z of each as this machine's 32-bit floats, m, sensor's frame |
+ * | 5 | timestamp: int, ns of ko::Clock |
  */
 QV_API QVValue toQVValue(const Math::MetricalData& record);
 /** An array of records. */

@@ -42,7 +42,15 @@ class ProgramTest : public testing::Test {
     return (folder / "cut.yaml").string();
   }
 
+  /** A description with these sensors. */
+  std::string robotOf(const std::string& sensors) {
+    const auto path = folder / (std::to_string(++robots) + "robot.urdf");
+    std::ofstream(path) << "<robot name='r'><link name='base'/>" << sensors << "</robot>";
+    return path.string();
+  }
+
   std::filesystem::path folder;
+  int robots = 0;
   const std::string porter = findSharedFile("descriptions/porter.urdf");
 };
 
@@ -95,6 +103,9 @@ TEST_F(ProgramTest, listAsJsonIsOneObject) {
   EXPECT_EQ(sonar["mounting"]["x"], -0.13);
   EXPECT_EQ(sonar["link"], "torso");
   EXPECT_EQ(described["collisionShapes"][0]["supported"], true);
+  EXPECT_EQ(run({"list", "--robot", robotOf(""), "--format", "json"}).out,
+            R"({"robot":"r","kind":0,"sensors":[],"collisionShapes":[]})"
+            "\n");
 }
 
 TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
@@ -169,6 +180,17 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
        "--fault: off, stuck, garbage, wrong, slow, delayed or intermittent expected, \"dead\""},
       {{"read", "--robot", porter, "--pose", "3,3,0", "--fault", "Radar:off"},
        "--fault: no sensor \"Radar\" that can fail"},
+      {{"read", "--robot", porter, "--pose", "3,3,0", "--noise", "-1"},
+       "qvsensors: --noise: metres from 0 on expected"},
+      {{"read", "--robot", porter, "--pose", "3,3,0", "--drop-outs", "2"},
+       "qvsensors: --drop-outs: a share from 0 to 1 expected"},
+      {{"read", "--robot", porter, "--pose", "3,3,0", "--people", "-1"},
+       "qvsensors: --people: a number from 0 on expected"},
+      {{"check", "--robot", robotOf("")}, "robot.urdf: a sensor expected"},
+      {{"check", "--robot",
+        robotOf("<sensor name='C' type='4'><property key='cameraName' "
+                "value='nose'/></sensor>")},
+       "apartment.yaml: no sensor, joint or link is called \"nose\""},
       {{"drive", "--path", "1,2"}, "--path: two different positions or more expected"},
       {{"drive", "--path", "1,2 2,2", "--rate", "0"}, "--rate: a number above 0"},
       {{"drive", "--path", "1,2 2,2", "-o", (folder / "none" / "r.jsonl").string()}, "r.jsonl"},
@@ -201,6 +223,7 @@ TEST_F(ProgramTest, everyCommandHasHelp) {
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, HasSubstr("--kind"));
   }
+  EXPECT_THAT(run({"replay", "--help"}).out, HasSubstr("lidar or sonar log"));
 }
 
 TEST_F(ProgramTest, plotWritesAPictureHoweverFarFromTheMap) {

@@ -329,6 +329,30 @@ TEST_F(EmbeddedRobotTest, aDropOutHasNoEcho) {
   EXPECT_EQ(sonar("Front"), kFree);
 }
 
+TEST_F(EmbeddedRobotTest, ofFaultsThatOverlapTheOneSetLastCounts) {
+  world.start = {7.0f, 3.0f, 0.0f};
+  const float sound = sonar("Front");
+  robot().setFault("FrontSonar", FaultKind::stuck);
+  robot().setFault("FrontSonar", FaultKind::wrong, ko::Duration::zero(), milliseconds(1000));
+  EXPECT_NEAR(sonar("Front"), 0.6f * sound, 1e-3);
+  robot().setPose({6.0f, 3.0f, 0.0f});
+  run(1000);
+  EXPECT_EQ(sonar("Front"), sound) << "the first one again";
+}
+
+TEST_F(EmbeddedRobotTest, lasersThatShareAModeMustShareItsActuator) {
+  const auto laser = [](const std::string& name, const std::string& actuator) {
+    return "<sensor name='" + name + "' type='8'><property key='regIndex' value='1'/>" +
+           "<property key='getOperationMode' value='mode'/><property key='setOperationMode' "
+           "value='" +
+           actuator + "'/><property key='timestamp' value='t'/></sensor>";
+  };
+  const RobotDescription description("<robot name='r'><link name='base'/>" + laser("L", "A") +
+                                     laser("R", "B") + "</robot>");
+  EXPECT_THAT(errorOf([&] { EmbeddedRobot(description, map); }),
+              HasSubstr(R"(laser "R": setOperationMode "A" expected)"));
+}
+
 TEST_F(EmbeddedRobotTest, refusesAWorldThatMakesNoSense) {
   const auto errorWith = [&](auto change) {
     WorldOptions options;

@@ -1,5 +1,6 @@
 #include "sensor/real/real_sensor_manager.h"
 
+#include <algorithm>
 #include <optional>
 
 #include "robot/services/robot_model_service.h"
@@ -25,6 +26,7 @@ using testing::SizeIs;
 typedef std::map<std::string, std::string> Properties;
 
 const std::string kCategory = "Navigation.RealSensorManager.";
+const std::string kTouchAdded = "verbose " + kCategory + "xAddSensor: Touch - Touch";
 const Properties kLaser = {{"regIndex", "2.9"},
                            {"setOperationMode", "set"},
                            {"getOperationMode", "get"},
@@ -102,6 +104,18 @@ TEST_F(RealSensorManagerTest, groupsWhatTheDescriptionListsByFamily) {
                     Contains("verbose " + kCategory + "xInitSensors: Hole laser: Hole1"),
                     Contains("verbose " + kCategory + "xAddSensor: Front - Sonar"),
                     Not(Contains(HasSubstr("error ")))));
+  EXPECT_EQ(std::ranges::count(log.lines(), kTouchAdded), 2) << "the second one is not kept";
+}
+
+TEST_F(RealSensorManagerTest, aTouchConfigurationOfTheNameThatAllGetIsNotBuiltAgain) {
+  make(sensorElement("Bumper", 2) + sensorElement("Touch", 2));
+  EXPECT_EQ(std::ranges::count(log.lines(), kTouchAdded), 1);
+}
+
+TEST_F(RealSensorManagerTest, aLasersBitIsTheWholePartOfItsRegIndex) {
+  memory.insertData("get", 0);
+  make(sensorElement("Laser1", 8, kLaser, {"x", "y"})).subscribe("me");
+  EXPECT_THAT(broker->callsTo("DCM"), Contains(HasSubstr(R"(["set", "ClearAll", [[2)")));
 }
 
 TEST_F(RealSensorManagerTest, aSonarIsSmartOnARobotOfKind0Only) {
@@ -143,6 +157,11 @@ TEST_F(RealSensorManagerTest, whatCantBeBuiltIsLoggedAndItsNeighboursStand) {
                              "2."),
             Contains(error + "Error while creating BlindZoneSensor: \nZone cannot be instantiated "
                              "with more than one key")));
+  log.clear();
+  broker->unregisterModule("QVMotion");
+  make(sensorElement("Laser1", 8, kLaser, {"x", "y"}));
+  EXPECT_THAT(log.lines(),
+              Contains(testing::StartsWith(error + "Error while creating LaserSensor: \n")));
 }
 
 TEST_F(RealSensorManagerTest, needsABroker) {
