@@ -14,7 +14,7 @@
 namespace QV::detail {
 namespace {
 
-constexpr float kLimit = 0.4f;
+constexpr float kFanLimit = 0.4f;
 constexpr ScanPath kPaths[] = {ScanPath::best, ScanPath::scalar, ScanPath::avx2};
 
 /** Maps, and rays in them that seek out what is hard: edges, corners, axes and diagonals. */
@@ -65,7 +65,7 @@ class RandomRays {
 double castPlainly(const OccupancyMap& map, const FanCast& fan) {
   const GridRay ray =
       aimRay(fan.width, fan.height, fan.start, fan.cosHeading, fan.sinHeading, fan.reach);
-  return walkPlainly(map, ray, kLimit);
+  return walkPlainly(map, ray, kFanLimit);
 }
 
 /** One ray straight ahead. */
@@ -87,8 +87,8 @@ TEST(FanCast, findsThePlainWalksAnswerOnEveryPath) {
     const OccupancyMap map = random.nextMap();
     for (const int end = i + kRays; i < end; ++i) {
       const double heading = random.nextDirection();
-      const FanCast fan{map.getScanStore(kLimit), map.getWidth(),    map.getHeight(),
-                        random.nextStart(map),    std::cos(heading), std::sin(heading),
+      const FanCast fan{map.getScanStore(kFanLimit), map.getWidth(),    map.getHeight(),
+                        random.nextStart(map),       std::cos(heading), std::sin(heading),
                         random.nextReach()};
       if (!fan.startsInside()) continue;
       const double expected = castPlainly(map, fan);
