@@ -1,6 +1,7 @@
 /**
  * What a ray of a simulated scan costs, on real maps (in the folder that QV_DATA names), from
- * random free poses. Every row times the peer in turn with us, on the same poses.
+ * random free poses. Every row times the peer in turn with us, on the same poses. Rows named scan
+ * take the path that the program chooses; the others are made to take theirs.
  */
 #include <cmath>
 #include <cstdlib>
@@ -14,7 +15,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "platform/navigation/occ_map_simulate_scan.h"
+#include "platform/navigation/scan_path.h"
 #include "robot/world/map_files.h"
 
 #ifdef QV_BENCH_MRPT
@@ -44,6 +45,14 @@ const FanCase kFans[] = {{"300_rays_full_turn_3.5m", {0.0f, 3.5f, 6.2831855f, 30
                          {"20_rays_1rad_2m", {0.0f, 2.0f, 1.0f, 20}},
                          {"100_rays_1rad_8m", {0.0f, 8.0f, 1.0f, 100}},
                          {"720_rays_full_turn_30m", {0.0f, 30.0f, 6.2831855f, 720}}};
+
+struct PathCase {
+  const char* suffix;
+  detail::ScanPath path;
+};
+const PathCase kPaths[] = {{"", detail::ScanPath::best},
+                           {"_avx2", detail::ScanPath::avx2},
+                           {"_scalar", detail::ScanPath::scalar}};
 
 std::vector<Math::Pose2D> drawFreePoses(const OccupancyMap& map) {
   std::mt19937 random(1);
@@ -133,12 +142,27 @@ class Mrpt {
 };
 #endif
 
-/** A map with its poses and the peer's copy of it. */
+/** Seconds that this thread has run: what else the machine does counts for nobody. */
+double cpuTime() {
+  std::timespec time;
+  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+/** A map with its store and poses, and the peer's copy of it. */
 struct Scene {
-  explicit Scene(const std::string& path) : map(robot::loadMap(path)), poses(drawFreePoses(map)) {}
+  explicit Scene(const std::string& path) : map(robot::loadMap(path)), poses(drawFreePoses(map)) {
+    const double begin = cpuTime();
+    const detail::ScanStore* const store = map.getScanStore(kOccupiedAbove);
+    const auto cells = static_cast<double>(map.getCells().size());
+    buildMsPerMcell = 1e9 * (cpuTime() - begin) / cells;
+    bytesPerCell = static_cast<double>(store->getBytes()) / cells;
+  }
 
   OccupancyMap map;
   std::vector<Math::Pose2D> poses;
+  double buildMsPerMcell;
+  double bytesPerCell;
 #ifdef QV_BENCH_MRPT
   Mrpt mrpt{map};
 #endif
@@ -158,13 +182,6 @@ Scene* getScene(const char* file) {
   return scene ? &*scene : nullptr;
 }
 
-/** Seconds that this thread has run: what else the machine does counts for nobody. */
-double cpuTime() {
-  std::timespec time;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
-
 /** The seconds that a scan from every pose takes. */
 template <typename Scan>
 double timeScans(const Scene& scene, Scan scan) {
@@ -173,46 +190,69 @@ double timeScans(const Scene& scene, Scan scan) {
   return cpuTime() - begin;
 }
 
-void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan) {
+/** The seconds that each of the contenders has taken. */
+struct Times {
+  double ours = 0.0;
+  double plain = 0.0;
+  double mrpt = 0.0;
+};
+
+/** Scans from every pose with each in turn. */
+Times scanInTurn(Scene& scene, const Math::SensorFieldOfView2D& fieldOfView,
+                 detail::ScanPath path) {
+  static std::vector<RangeReading> readings;
+  Times times;
+  times.ours = timeScans(scene, [&](const Math::Pose2D& pose) {
+    simulateScan(scene.map, fieldOfView, pose, readings, kOccupiedAbove, path);
+    benchmark::DoNotOptimize(readings.data());
+  });
+  times.plain = timeScans(
+      scene, [&](const Math::Pose2D& pose) { scanPlainly(scene.map, fieldOfView, pose); });
+#ifdef QV_BENCH_MRPT
+  times.mrpt =
+      timeScans(scene, [&](const Math::Pose2D& pose) { scene.mrpt.scan(fieldOfView, pose); });
+#endif
+  return times;
+}
+
+void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan,
+             const PathCase& pathCase) {
   Scene* const scene = getScene(mapCase.file);
   if (scene == nullptr) {
     state.SkipWithError((std::string("skipped: no ") + mapCase.file + " in QV_DATA").c_str());
     return;
   }
-  double ours = 0.0;
-  double peers = 0.0;
-  double plain = 0.0;
-  std::vector<RangeReading> readings;
+  scanInTurn(*scene, fan.fieldOfView, pathCase.path);
+  Times sum;
   for (auto _ : state) {
-    const double seconds = timeScans(*scene, [&](const Math::Pose2D& pose) {
-      occMapSimulateScan(scene->map, fan.fieldOfView, pose, readings, kOccupiedAbove);
-      benchmark::DoNotOptimize(readings.data());
-    });
-    state.SetIterationTime(seconds);
-    ours += seconds;
-    plain += timeScans(
-        *scene, [&](const Math::Pose2D& pose) { scanPlainly(scene->map, fan.fieldOfView, pose); });
-#ifdef QV_BENCH_MRPT
-    peers += timeScans(*scene,
-                       [&](const Math::Pose2D& pose) { scene->mrpt.scan(fan.fieldOfView, pose); });
-#endif
+    const Times times = scanInTurn(*scene, fan.fieldOfView, pathCase.path);
+    state.SetIterationTime(times.ours);
+    sum.ours += times.ours;
+    sum.plain += times.plain;
+    sum.mrpt += times.mrpt;
   }
   const double rays = static_cast<double>(state.iterations()) * kPoses * fan.fieldOfView.rayCount;
-  state.counters["ns_per_ray"] = 1e9 * ours / rays;
-  state.counters["vs_plain_walk"] = plain / ours;
-  if (peers > 0.0) {
-    state.counters["mrpt_ns_per_ray"] = 1e9 * peers / rays;
-    state.counters["vs_mrpt"] = peers / ours;
+  state.counters["ns_per_ray"] = 1e9 * sum.ours / rays;
+  state.counters["vs_plain_walk"] = sum.plain / sum.ours;
+  state.counters["store_bytes_per_cell"] = scene->bytesPerCell;
+  state.counters["store_build_ms_per_mcell"] = scene->buildMsPerMcell;
+  if (sum.mrpt > 0.0) {
+    state.counters["mrpt_ns_per_ray"] = 1e9 * sum.mrpt / rays;
+    state.counters[std::string("vs_mrpt") + pathCase.suffix] = sum.mrpt / sum.ours;
   }
 }
 
 void registerAll() {
   for (const MapCase& mapCase : kMaps) {
-    for (const FanCase& fan : kFans) {
-      const std::string name = std::string("scan/") + mapCase.name + "/" + fan.name;
-      benchmark::RegisterBenchmark(name.c_str(), scanMap, mapCase, fan)
-          ->UseManualTime()
-          ->Unit(benchmark::kMillisecond);
+    for (const PathCase& pathCase : kPaths) {
+      if (!isSupported(pathCase.path)) continue;
+      for (const FanCase& fan : kFans) {
+        const std::string name =
+            std::string("scan").append(pathCase.suffix) + "/" + mapCase.name + "/" + fan.name;
+        benchmark::RegisterBenchmark(name.c_str(), scanMap, mapCase, fan, pathCase)
+            ->UseManualTime()
+            ->Unit(benchmark::kMillisecond);
+      }
     }
   }
 }

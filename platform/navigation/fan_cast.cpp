@@ -407,6 +407,13 @@ void castRaysBest(const FanCast& fan, const double* cosines, const double* sines
   HWY_DYNAMIC_DISPATCH(castRays)(fan, cosines, sines, count, ways);
 }
 
+CastRays* findSse4() {
+#if HWY_TARGETS & HWY_SSE4
+  if (hwy::SupportedTargets() & HWY_SSE4) return N_SSE4::castRays;
+#endif
+  return nullptr;
+}
+
 CastRays* findAvx2() {
 #if HWY_TARGETS & HWY_AVX2
   if (hwy::SupportedTargets() & HWY_AVX2) return N_AVX2::castRays;
@@ -422,6 +429,8 @@ CastRays* findCastRays(ScanPath path) {
       return castRaysBest;
     case ScanPath::scalar:
       return HWY_STATIC_DISPATCH(castRays);
+    case ScanPath::sse4:
+      return findSse4();
     case ScanPath::avx2:
       return findAvx2();
     case ScanPath::plain:

@@ -86,7 +86,7 @@ void toReadings(const double* ways, const float* angles, int count, double resol
 }  // namespace
 
 bool isSupported(ScanPath path) {
-  return path != ScanPath::avx2 || findCastRays(path) != nullptr;
+  return path == ScanPath::plain || findCastRays(path) != nullptr;
 }
 
 void simulateScan(const OccupancyMap& map, const Math::SensorFieldOfView2D& fieldOfView,

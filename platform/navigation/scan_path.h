@@ -19,6 +19,7 @@ enum class ScanPath {
   /** Over the map's bits, ray by ray. */
   scalar,
   /** Over the map's bits, by sixteen columns at a time, with these instructions. */
+  sse4,
   avx2,
 };
 

@@ -2,12 +2,34 @@
 
 #include <algorithm>
 
+#ifdef __linux__
+#include <sys/mman.h>
+#endif
+
 namespace QV::detail {
+namespace {
+
+// Rays go all over a big image: with small pages, each would wait for an address, too.
+void useLargePages([[maybe_unused]] void* begin, [[maybe_unused]] std::size_t bytes) {
+#ifdef MADV_HUGEPAGE
+  constexpr std::uintptr_t kPage = 4096;
+  const auto address = reinterpret_cast<std::uintptr_t>(begin);
+  const std::uintptr_t whole = (address + kPage - 1) / kPage * kPage;
+  const std::uintptr_t skipped = whole - address;
+  if (bytes > skipped) madvise(reinterpret_cast<void*>(whole), bytes - skipped, MADV_HUGEPAGE);
+#endif
+}
+
+}  // namespace
 
 StripImage::StripImage(int columns, int rows)
-    : strips(static_cast<std::size_t>((columns + kStripColumns - 1) / kStripColumns)),
-      blocks(strips * static_cast<std::size_t>((rows + 2) / kGroupRows + 1 + kGroupsBelow)),
-      usedRows(blocks.size()) {}
+    : strips(static_cast<std::size_t>((columns + kStripColumns - 1) / kStripColumns)) {
+  const auto groups = static_cast<std::size_t>((rows + 2) / kGroupRows + 1 + kGroupsBelow);
+  blocks.reserve(strips * groups);
+  useLargePages(blocks.data(), blocks.capacity() * sizeof(Block));
+  blocks.resize(strips * groups);
+  usedRows.resize(strips * groups);
+}
 
 void StripImage::set(int column, int row, bool value) {
   const std::size_t upper = xIndex(column / kStripColumns, row / kGroupRows);

@@ -15,7 +15,7 @@ namespace QV::detail {
 namespace {
 
 constexpr float kFanLimit = 0.4f;
-constexpr ScanPath kPaths[] = {ScanPath::best, ScanPath::scalar, ScanPath::avx2};
+constexpr ScanPath kPaths[] = {ScanPath::best, ScanPath::scalar, ScanPath::sse4, ScanPath::avx2};
 
 /** Maps, and rays in them that seek out what is hard: edges, corners, axes and diagonals. */
 class RandomRays {

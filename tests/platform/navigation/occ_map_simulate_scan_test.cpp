@@ -324,7 +324,7 @@ TEST(Scan, readsTheSameOnEveryPath) {
     const Pose2D pose = random.nextPose(map);
     simulateScan(map, fieldOfView, pose, readings, kLimit, ScanPath::plain);
     const Readings expected = readings;
-    for (const ScanPath path : {ScanPath::best, ScanPath::scalar, ScanPath::avx2}) {
+    for (const ScanPath path : {ScanPath::best, ScanPath::scalar, ScanPath::sse4, ScanPath::avx2}) {
       if (!detail::isSupported(path)) continue;
       simulateScan(map, fieldOfView, pose, readings, kLimit, path);
       ASSERT_EQ(readings, expected) << "path " << static_cast<int>(path) << ", scan " << i;

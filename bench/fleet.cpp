@@ -1,0 +1,94 @@
+/**
+ * A fleet of simulated robots of kind 1 on one map: what each takes from the heap, the map left
+ * out, and how many whole readings a second one or several threads make. Run from the project's
+ * root.
+ */
+#include <cstdint>
+#include <cstdlib>
+#include <malloc.h>
+#include <memory>
+#include <new>
+#include <string>
+#include <vector>
+
+#include <benchmark/benchmark.h>
+
+#include "robot/world/map_files.h"
+#include "sensor/simulation/simulated_sensor_manager.h"
+
+namespace {
+
+/** What this thread holds of the heap, as the heap counts it. */
+thread_local std::int64_t heldBytes = 0;
+
+}  // namespace
+
+// Not inlined: else the compiler takes the new and the free for a mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  void* const memory = std::malloc(size);
+  if (memory == nullptr) throw std::bad_alloc();
+  heldBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
+  return memory;
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+  heldBytes -= static_cast<std::int64_t>(malloc_usable_size(memory));
+  std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
+
+namespace QV::bench {
+namespace {
+
+constexpr int kRobots = 1000;
+
+/** Robots that have all been read once. */
+class Fleet {
+ public:
+  Fleet() : map(robot::loadMap("maps/apartment.yaml")) {
+    robots.reserve(kRobots);
+    add();
+    const std::int64_t before = heldBytes;
+    while (robots.size() < kRobots) add();
+    bytesPerRobot = static_cast<double>(heldBytes - before) / (kRobots - 1);
+  }
+
+  void read(std::size_t robot) {
+    const Math::Pose2D pose(9.0f, 6.3f, 0.1f * static_cast<float>(robot));
+    robots[robot]->setPose2D(pose, pose);
+    benchmark::DoNotOptimize(robots[robot]->getMetricalData());
+  }
+
+  double getBytesPerRobot() const { return bytesPerRobot; }
+
+ private:
+  void add() {
+    robots.push_back(std::make_unique<sensor::SimulatedSensorManager>(1, &map));
+    robots.back()->subscribe("bench");
+    read(robots.size() - 1);
+  }
+
+  OccupancyMap map;
+  std::vector<std::unique_ptr<sensor::SimulatedSensorManager>> robots;
+  double bytesPerRobot;
+};
+
+/** Each thread reads robots of its own. */
+void readFleet(benchmark::State& state) {
+  static Fleet fleet;
+  auto robot = static_cast<std::size_t>(state.thread_index());
+  for (auto _ : state) {
+    fleet.read(robot);
+    robot = (robot + static_cast<std::size_t>(state.threads())) % kRobots;
+  }
+  state.SetItemsProcessed(state.iterations());
+  state.counters["bytes_per_robot"] =
+      benchmark::Counter(fleet.getBytesPerRobot(), benchmark::Counter::kAvgThreads);
+}
+BENCHMARK(readFleet)->Threads(1)->Threads(2)->UseRealTime()->Unit(benchmark::kMicrosecond);
+
+}  // namespace
+}  // namespace QV::bench
+
+BENCHMARK_MAIN();
