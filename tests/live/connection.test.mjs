@@ -4,8 +4,9 @@ import { test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';
 import { PORTER, serve } from './support/program.mjs';
 
-test('a lost connection is shown, and healed without a click', async () => {
+test('a lost connection is shown, and healed without a click', async (context) => {
   const browser = await launch();
+  context.after(() => browser.close());
   const first = await serve(PORTER);
   const live = await LivePage.open(browser, first.url);
   const lost = live.page.getByRole('alert');
@@ -27,5 +28,4 @@ test('a lost connection is shown, and healed without a click', async () => {
   live.complaints = live.complaints.filter((text) => !text.startsWith('WebSocket connection to'));
   await live.close();
   assert.equal(await second.stop('SIGTERM'), 143);
-  await browser.close();
 });

@@ -28,7 +28,11 @@ export async function serve(options, port = 0) {
       if (found) resolve(found[0]);
     });
   });
+  // A test that fails leaves no program behind, and does not wait for it either.
+  process.once('exit', () => program.kill());
+  for (const handle of [program, program.stdout, program.stderr]) handle.unref();
   const stop = async (signal = 'SIGTERM') => {
+    program.ref();
     if (program.exitCode === null && program.kill(signal)) await once(program, 'exit');
     return program.exitCode;
   };
