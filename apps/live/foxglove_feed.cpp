@@ -81,7 +81,8 @@ void FoxgloveFeed::onMessage(const std::shared_ptr<WebClient>& client, const std
   try {
     if (op == "subscribe") {
       for (const json& entry : arrayIn(message, "subscriptions")) {
-        xSubscribe(client, numberIn(memberOf(entry, "id")), numberIn(memberOf(entry, "channelId")));
+        const std::uint32_t id = numberIn(memberOf(entry, "id"));
+        xSubscribe(client, id, numberIn(memberOf(entry, "channelId")));
       }
     } else if (op == "unsubscribe") {
       for (const json& id : arrayIn(message, "subscriptionIds")) {

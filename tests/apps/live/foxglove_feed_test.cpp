@@ -58,13 +58,13 @@ TEST_F(FoxgloveFeedTest, advertisesEveryChannelWithItsSchema) {
     EXPECT_TRUE(schema["properties"].contains("timestamp"));
   }
   EXPECT_THAT(topics,
-              ElementsAre("/tf", "/map", "/log", "/sensors/Sonar/Back", "/sensors/Sonar/Front"));
+              ElementsAre("/tf", "/map", "/log", "/sensors/LeftSonar", "/sensors/RightSonar"));
 }
 
 TEST_F(FoxgloveFeedTest, sendsFramesOfASubscriptionUntilItEnds) {
   EXPECT_TRUE(say(R"({"op":"subscribe","subscriptions":[{"id":258,"channelId":5}]})").empty());
   EXPECT_TRUE(sut.isWatched());
-  EXPECT_THAT(sut.getWatchedSensors(), ElementsAre("Sonar/Front"));
+  EXPECT_THAT(sut.getWatchedSensors(), ElementsAre("RightSonar"));
   sut.publish(snapshot());
   ASSERT_EQ(viewer->sent.size(), 1u);
   const WebMessage message = viewer->sent[0];
