@@ -54,11 +54,11 @@ HWY_INLINE auto isNear(Vec a, Vec b, Vec limit) {
 template <typename Vec>
 HWY_INLINE Word compare(const std::uint16_t* pixels, const std::uint16_t* above, Vec limit) {
   const Pixels d;
-  constexpr int kLanes = static_cast<int>(hn::MaxLanes(d));
+  const int lanes = static_cast<int>(hn::Lanes(d));
   const auto zero = hn::Zero(d);
   Word word;
   std::uint64_t invalid = 0;
-  for (int i = 0; i < kWordBits; i += kLanes) {
+  for (int i = 0; i < kWordBits; i += lanes) {
     const auto here = hn::LoadU(d, pixels + i);
     invalid |= bitsOf(hn::Eq(here, zero)) << i;
     word.nearLeft |= bitsOf(isNear(here, hn::LoadU(d, pixels + i - 1), limit)) << i;
@@ -91,6 +91,28 @@ HWY_INLINE int rootOf(int* parents, int run) {
   return run;
 }
 
+/** Where the runs of a word start, and the number of the first that does. */
+struct Starts {
+  std::uint64_t bits;
+  int first;
+};
+
+/** Of the last run that starts at one of these pixels, or else before them. */
+HWY_INLINE int lastRun(const Starts& starts, std::uint64_t pixels) {
+  return starts.first - 1 + std::popcount(starts.bits & pixels);
+}
+
+/** Joins the runs of two rows that meet at these pixels. */
+HWY_INLINE void join(std::uint64_t pixels, const Starts& starts, const Starts& above,
+                     int* parents) {
+  for (; pixels != 0; pixels &= pixels - 1) {
+    const std::uint64_t upToFirst = pixels ^ (pixels - 1);
+    const int run = rootOf(parents, lastRun(starts, upToFirst));
+    const int runAbove = rootOf(parents, lastRun(above, upToFirst));
+    parents[std::max(run, runAbove)] = std::min(run, runAbove);
+  }
+}
+
 void findRowRuns(RowBits& row, const RowBits& above, std::uint16_t maxDifference,
                  ComponentRuns& runs) {
   const auto limit = hn::Set(Pixels(), maxDifference);
@@ -116,16 +138,9 @@ void findRowRuns(RowBits& row, const RowBits& above, std::uint16_t maxDifference
     for (int run = firstRun; run < nextBegin - begins; ++run) parents[run] = run;
 
     const std::uint64_t linked = word.valid & above.valid[i] & word.nearAbove;
-    const std::uint64_t startsAbove = above.starts[i];
-    const int firstAbove = above.firstRuns[i];
     // Where the pixel to the left links the same two runs there is nothing new.
-    std::uint64_t fresh = linked & ~(shiftRight(linked, lastLinked) & ~starts & ~startsAbove);
-    for (; fresh != 0; fresh &= fresh - 1) {
-      const std::uint64_t upTo = fresh ^ (fresh - 1);
-      const int run = rootOf(parents, firstRun - 1 + std::popcount(starts & upTo));
-      const int runAbove = rootOf(parents, firstAbove - 1 + std::popcount(startsAbove & upTo));
-      parents[std::max(run, runAbove)] = std::min(run, runAbove);
-    }
+    const std::uint64_t known = shiftRight(linked, lastLinked) & ~starts & ~above.starts[i];
+    join(linked & ~known, {starts, firstRun}, {above.starts[i], above.firstRuns[i]}, parents);
   }
   runs.count = static_cast<std::size_t>(nextBegin - begins);
 }

@@ -18,7 +18,6 @@ typedef hn::CappedTag<float, 8> Floats;
 typedef hn::ScalableTag<std::uint16_t> Pixels;
 
 constexpr float kMetres = 0.001f;
-constexpr int kLanes = static_cast<int>(hn::MaxLanes(Floats()));
 
 typedef DepthProjection::Line Line;
 
@@ -45,14 +44,15 @@ HWY_INLINE void projectSome(const Line& line, int column, Math::Position3D* out)
 
 HWY_INLINE Math::Position3D* projectRun(const Line& line, int begin, int end,
                                         Math::Position3D* out) {
+  const int lanes = static_cast<int>(hn::Lanes(Floats()));
   Math::Position3D* const outEnd = out + (end - begin);
-  if (end - begin < kLanes) {
+  if (end - begin < lanes) {
     while (begin < end) *out++ = projectOne(line, begin++);
     return outEnd;
   }
-  for (; begin < end - kLanes; begin += kLanes, out += kLanes) projectSome(line, begin, out);
+  for (; begin < end - lanes; begin += lanes, out += lanes) projectSome(line, begin, out);
   // The last ones once more, perhaps.
-  projectSome(line, end - kLanes, outEnd - kLanes);
+  projectSome(line, end - lanes, outEnd - lanes);
   return outEnd;
 }
 
@@ -66,10 +66,10 @@ HWY_INLINE Math::Position3D* projectWithin(const Line& line, int begin, int end,
 
 bool reachesBeyond(const std::uint16_t* pixels, int count) {
   const Pixels d;
-  constexpr int kStep = static_cast<int>(hn::MaxLanes(d));
+  const int lanes = static_cast<int>(hn::Lanes(d));
   auto most = hn::Zero(d);
   int i = 0;
-  for (; i + kStep <= count; i += kStep) most = hn::Max(most, hn::LoadU(d, pixels + i));
+  for (; i + lanes <= count; i += lanes) most = hn::Max(most, hn::LoadU(d, pixels + i));
   const auto limit = hn::Set(d, DepthProjection::kMaxDepth);
   bool beyond = !hn::AllTrue(d, hn::Eq(hn::SaturatedSub(most, limit), hn::Zero(d)));
   for (; i < count; ++i) beyond |= pixels[i] > DepthProjection::kMaxDepth;

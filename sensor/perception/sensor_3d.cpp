@@ -135,16 +135,16 @@ void Sensor3D::xTryReleaseImage() {
 
 void Sensor3D::xPublish(std::vector<Points>& scans, const Math::Transform& sensorTransform,
                         ko::Clock::time_point timestamp) {
-  hiddenData.resize(scans.size());
+  std::vector<Math::MetricalData>& records = replaced;
+  records.resize(scans.size());
   for (std::size_t i = 0; i < scans.size(); ++i) {
-    hiddenData[i] = {name,     familyName, fieldOfView, sensorTransform, std::move(scans[i]),
-                     timestamp};
+    records[i] = {name, familyName, fieldOfView, sensorTransform, std::move(scans[i]), timestamp};
   }
   {
     Lock lock(dataMutex);
-    data.swap(hiddenData);
+    data.swap(records);
   }
-  for (Math::MetricalData& replaced : hiddenData) spares.give(std::move(replaced.points));
+  for (Math::MetricalData& record : replaced) spares.give(std::move(record.points));
 }
 
 }  // namespace QV::sensor

@@ -92,8 +92,8 @@ class QV_API Sensor3D : public Sensor {
   std::vector<Math::Position3D*> nextPoints;
   std::vector<int> labelOrder;
   std::vector<Points> scans;
-  // Behind the readers' backs: what they see next, or have seen.
-  std::vector<Math::MetricalData> hiddenData;
+  // What the last records replaced, without its points.
+  std::vector<Math::MetricalData> replaced;
   SparePoints spares;
 
   ko::PeriodicTask updateTask;
