@@ -29,8 +29,9 @@ class LiveWorldTest : public testing::TestWithParam<bool> {
     if (!GetParam()) return std::make_unique<SimulatedRun>(1, *test::makeRoom(), kStart);
     robot::WorldOptions world;
     world.start = kStart;
-    return std::make_unique<EmbeddedRun>(findSharedFile("descriptions/porter.urdf"),
-                                         *test::makeRoom(), world, std::vector<robot::Fault>());
+    const auto description =
+        robot::RobotDescription::fromFile(findSharedFile("descriptions/porter.urdf"));
+    return std::make_unique<EmbeddedRun>(description, *test::makeRoom(), world);
   }
   ko::Duration now() const { return ko::Clock::now().time_since_epoch(); }
 

@@ -161,12 +161,13 @@ TEST(RealMaps, scansAreTheSameOnEveryPath) {
       const Math::SensorFieldOfView2D& fan = fans[random() % std::size(fans)];
       const Math::Pose2D pose = drawHardPose(map, random);
       simulateScan(map, fan, pose, expected, kLimit, ScanPath::plain);
-      for (const ScanPath path :
+      for (const ScanPath scanPath :
            {ScanPath::best, ScanPath::scalar, ScanPath::sse4, ScanPath::avx2}) {
-        if (!detail::isSupported(path)) continue;
-        simulateScan(map, fan, pose, readings, kLimit, path);
-        ASSERT_EQ(readings, expected) << name << ", path " << static_cast<int>(path) << ", from "
-                                      << pose.x << ", " << pose.y << ", " << pose.theta;
+        if (!detail::isSupported(scanPath)) continue;
+        simulateScan(map, fan, pose, readings, kLimit, scanPath);
+        ASSERT_EQ(readings, expected)
+            << name << ", path " << static_cast<int>(scanPath) << ", from " << pose.x << ", "
+            << pose.y << ", " << pose.theta;
       }
     }
   }
