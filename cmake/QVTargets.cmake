@@ -51,6 +51,16 @@ function(qv_precompile target)
   endif()
 endfunction()
 
+# Fast from nothing, slow after each change: for builds that are made once.
+set(QV_UNITY "" CACHE STRING "Top-level folders whose sources are compiled several at a time")
+
+# qv_unite(TARGET FOLDER)
+function(qv_unite target folder)
+  if(folder IN_LIST QV_UNITY)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  endif()
+endfunction()
+
 # qv_add_library(NAME): the shared library of this folder, exported as QV::NAME.
 function(qv_add_library name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
@@ -66,6 +76,7 @@ function(qv_add_library name)
   target_compile_features(qv_${name} PUBLIC cxx_std_20)
   target_link_libraries(qv_${name} PRIVATE $<BUILD_INTERFACE:qv_options>)
   qv_precompile(qv_${name})
+  qv_unite(qv_${name} ${name})
   set_target_properties(qv_${name} PROPERTIES
     EXPORT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
   install(TARGETS qv_${name} EXPORT QVSensorTargets)

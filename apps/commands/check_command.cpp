@@ -16,7 +16,7 @@ namespace {
 
 typedef std::vector<CheckedSensor> CheckedSensors;
 
-constexpr char kFooter[] =
+constexpr char kCheckFooter[] =
     "A sensor works if it starts, gives records without a break, none older than 0.4 s and no "
     "point\n"
     "that it can't have measured, and shows something else once the robot has turned on the spot.\n"
@@ -100,7 +100,7 @@ void addCheckCommand(CLI::App& program, int& status) {
   options->somebodyAhead = true;
   CLI::App* command =
       program.add_subcommand("check", "Start each sensor in turn: what works, what fails and why");
-  command->footer(kFooter);
+  command->footer(kCheckFooter);
   addWorld(*command, *options);
   addOptionalPose(*command, *options);
   addSubscriptions(*command, *options);

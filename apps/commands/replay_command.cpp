@@ -16,7 +16,7 @@ namespace {
 
 typedef std::vector<Math::MetricalData> Records;
 
-constexpr char kFooter[] =
+constexpr char kReplayFooter[] =
     "LOG is a CARMEN log of a lidar (FLASER and ODOM lines), or a sonar log, whose lines are a "
     "time\n"
     "(ms) and 8 ranges (mm); poses are lines of a time (ms), x, y (mm) and heading (0.1 degrees).\n"
@@ -71,7 +71,7 @@ void addReplayCommand(CLI::App& program) {
   auto options = std::make_shared<ReplayOptions>();
   CLI::App* command =
       program.add_subcommand("replay", "Play a lidar or sonar log to the sensors, and read them");
-  command->footer(kFooter);
+  command->footer(kReplayFooter);
   command->add_option("LOG", options->log, "lidar or sonar log")->required()->check(namesAFile);
   command
       ->add_option("--poses", options->poses, "poses of a sonar log (default: poses.txt beside it)")

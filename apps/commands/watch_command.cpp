@@ -14,7 +14,7 @@ namespace QV::app {
 namespace {
 
 constexpr int kPeriodMs = 100;
-constexpr char kFooter[] =
+constexpr char kWatchFooter[] =
     "The robot runs on the machine's clock; an embedded one drives about meanwhile. Keys choose a\n"
     "sensor and subscribe, enable or diagnose it; what went wrong with a sensor last stays until\n"
     "something else does. Ages are of the records as they are, 10 times a second.";
@@ -53,7 +53,7 @@ void watchOn(const WatchOptions& options) {
 void addWatchCommand(CLI::App& program) {
   auto options = std::make_shared<WatchOptions>();
   CLI::App* command = program.add_subcommand("watch", "Show every sensor as it is, in a terminal");
-  command->footer(kFooter);
+  command->footer(kWatchFooter);
   addWorld(*command, *options);
   addOptionalPose(*command, *options);
   addSubscriptions(*command, *options);

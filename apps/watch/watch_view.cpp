@@ -10,7 +10,7 @@
 namespace QV::app {
 namespace {
 
-constexpr char kKeys[] =
+constexpr char kKeyHelp[] =
     "up/down: choose   s: subscribe or not   e: enable or not   d: clear or set the diagnosis   "
     "q: quit";
 // Title, header, note and keys.
@@ -97,7 +97,7 @@ std::string watchScreen(const WatchState& state, const ScreenSize& size) {
     screen.add(lines[i + 1], i == state.chosen ? kInverse : 0);
   }
   screen.add(state.note);
-  screen.add(kKeys);
+  screen.add(kKeyHelp);
   return screen.finish();
 }
 

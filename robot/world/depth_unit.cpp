@@ -13,10 +13,10 @@ namespace {
 
 // Radians; no lens makes a plane of half a turn.
 constexpr float kWidestField = 3.0f;
-constexpr double kFalseShare = 0.6;
+constexpr double kFalseDepthShare = 0.6;
 constexpr int kLost = std::numeric_limits<int>::min();
 constexpr std::size_t kNoiseCount = 1 << 16;
-constexpr float kMillimetres = 1000.0f;
+constexpr float kMillimetresPerMetre = 1000.0f;
 // The farthest depth that a reader takes for one, and one that none does.
 constexpr std::uint16_t kMostDepth = 15000;
 constexpr std::uint16_t kNoDepth = 65535;
@@ -39,8 +39,9 @@ std::vector<int> drawNoise(const WorldOptions& options, const std::string& senso
     // Far enough from 0 that no error is cut off.
     constexpr float kFar = 1000.0f;
     const float range = source.apply(kFar);
-    error =
-        std::isinf(range) ? kLost : static_cast<int>(std::lround((range - kFar) * kMillimetres));
+    error = std::isinf(range)
+                ? kLost
+                : static_cast<int>(std::lround((range - kFar) * kMillimetresPerMetre));
   }
   return noise;
 }
@@ -56,7 +57,7 @@ DepthUnit::DepthUnit(const Model::SensorConfig& config, const UnitContext& conte
       noise(drawNoise(context.options, config.name)),
       channel(
           context.faults, config.name, [this](const Frame& frame) { return xGarble(frame); },
-          [](const Frame& frame) { return Frame(frame * kFalseShare); }) {}
+          [](const Frame& frame) { return Frame(frame * kFalseDepthShare); }) {}
 
 void DepthUnit::show(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time) {
   const Moment moment = context.surroundings->getMoment();

@@ -13,7 +13,7 @@ namespace QV::robot {
 namespace {
 
 constexpr int kModeBits = 0xff;
-constexpr float kFalseShare = 0.6f;
+constexpr float kFalseLaserShare = 0.6f;
 // What lies lower than this is no floor to drive on.
 constexpr float kFloorTolerance = 0.02f;
 
@@ -116,7 +116,7 @@ LaserUnit::Scan LaserUnit::xGarble(const Scan& scan) {
 
 LaserUnit::Scan LaserUnit::xFalsify(const Scan& scan) {
   Scan falsified = scan;
-  for (float& coordinate : falsified.coordinates) coordinate *= kFalseShare;
+  for (float& coordinate : falsified.coordinates) coordinate *= kFalseLaserShare;
   if (scan.status != 0) falsified.status = scan.status == kSoundFloor ? kHole : kSoundFloor;
   return falsified;
 }

@@ -11,7 +11,7 @@ namespace {
 
 constexpr char kEvent[] = "PeoplePerception/PeopleDetected";
 constexpr float kHeadHeight = 1.6f;
-constexpr float kFalseShare = 0.6f;
+constexpr float kFalsePeopleShare = 0.6f;
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 
 QVValue toStamp(ko::Clock::time_point time) {
@@ -35,7 +35,7 @@ PeopleUnit::PeopleUnit(const Model::SensorConfig& camera, const std::string& cam
           [](const Detections& found) {
             Detections moved = found;
             for (Detection& person : moved) {
-              person.distance *= kFalseShare;
+              person.distance *= kFalsePeopleShare;
               person.aboutZ = -person.aboutZ;
             }
             return moved;

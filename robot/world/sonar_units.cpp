@@ -16,7 +16,7 @@
 namespace QV::robot {
 namespace {
 
-constexpr float kFalseShare = 0.6f;
+constexpr float kFalseSonarShare = 0.6f;
 // So close that a chair's leg at the end of the cone is not missed.
 constexpr float kRaySpacing = 0.03f;
 
@@ -35,7 +35,7 @@ class SonarUnits::Unit {
         nonsense(makeGenerator(context.options.seed, config.name + " garbage")),
         channel(
             context.faults, config.name, [this](float) { return xGarble(); },
-            [](float range) { return kFalseShare * range; }) {}
+            [](float range) { return kFalseSonarShare * range; }) {}
 
   const std::string& getKey() const { return key; }
   float getNoEcho() const { return fan.getMaxRange() + SonarDriver::kNoEchoMargin; }

@@ -21,7 +21,7 @@ using test::Timeline;
 using testing::ElementsAre;
 using testing::ThrowsMessage;
 
-Clock::time_point atMs(std::int64_t ms) {
+Clock::time_point timeAtMs(std::int64_t ms) {
   return Clock::time_point(milliseconds(ms));
 }
 
@@ -61,7 +61,7 @@ TEST(SimulatedTime, aSleepOfTheOwnerRunsWhatFallsDueButNeverEntersARunningCallAg
   startTask(brisk, 10, sut.noting("brisk"));
   sut.advanceMs(10);
   EXPECT_THAT(sut.lines, ElementsAre("begin 10", "brisk 10", "brisk 20", "brisk 30", "end 35"));
-  EXPECT_EQ(Clock::now(), atMs(35));
+  EXPECT_EQ(Clock::now(), timeAtMs(35));
   sut.lines.clear();
   os::msleep(9);
   EXPECT_THAT(sut.lines, ElementsAre("brisk 40"));
@@ -94,10 +94,10 @@ TEST(SimulatedTime, runUntilStopsAtTheAnswerOrAtTheLimit) {
   PeriodicTask task;
   startTask(task, 10, sut.noting("run"));
   EXPECT_TRUE(sut.time.runUntil([&] { return sut.lines.size() == 3; }, hours(1)));
-  EXPECT_EQ(Clock::now(), atMs(30));
+  EXPECT_EQ(Clock::now(), timeAtMs(30));
   EXPECT_FALSE(sut.time.runUntil([&] { return sut.lines.size() == 9; }, milliseconds(25)));
-  EXPECT_EQ(Clock::now(), atMs(55));
-  EXPECT_TRUE(sut.time.runUntil([] { return Clock::now() == atMs(59); }, milliseconds(4)));
+  EXPECT_EQ(Clock::now(), timeAtMs(55));
+  EXPECT_TRUE(sut.time.runUntil([] { return Clock::now() == timeAtMs(59); }, milliseconds(4)));
 }
 
 TEST(SimulatedTime, refusesToGoBackAndToBeAdvancedByOthers) {
@@ -107,7 +107,7 @@ TEST(SimulatedTime, refusesToGoBackAndToBeAdvancedByOthers) {
       "SimulatedTime: time can't be advanced by a negative duration");
   EXPECT_THAT([&] { sut.advanceMs(-1); }, kBackwards);
   EXPECT_THAT([&] { sut.time.runUntil([] { return false; }, milliseconds(-1)); }, kBackwards);
-  EXPECT_THAT([&] { sut.time.advanceTo(atMs(9)); },
+  EXPECT_THAT([&] { sut.time.advanceTo(timeAtMs(9)); },
               ThrowsMessage<std::invalid_argument>("SimulatedTime: time can't be moved back"));
   EXPECT_THAT([] { SimulatedTime second; },
               ThrowsMessage<std::logic_error>("SimulatedTime: the clock is already taken over"));
@@ -116,11 +116,11 @@ TEST(SimulatedTime, refusesToGoBackAndToBeAdvancedByOthers) {
                 ThrowsMessage<std::logic_error>(
                     "SimulatedTime: only the thread that took the clock over may advance it"));
   }).join();
-  EXPECT_EQ(Clock::now(), atMs(10));
+  EXPECT_EQ(Clock::now(), timeAtMs(10));
 }
 
 TEST(SimulatedTime, advancesToTheEndOfTimeAndNoFurther) {
-  SimulatedTime sut(atMs(1));
+  SimulatedTime sut(timeAtMs(1));
   getEventLoop().asyncDelay([] {}, Duration::max());
   sut.advance(Duration::max());
   EXPECT_EQ(Clock::now(), Clock::time_point::max());
@@ -142,7 +142,7 @@ TEST(SimulatedTime, sleepsOfOtherThreadsWaitForTheOwner) {
     sut.advanceMs(5);
   }
   sleeper.join();
-  for (int i = 0; i < 50; ++i) EXPECT_EQ(awoke[i], atMs(20 * (i + 1)));
+  for (int i = 0; i < 50; ++i) EXPECT_EQ(awoke[i], timeAtMs(20 * (i + 1)));
 }
 
 TEST(SimulatedTime, whatStillWaitsWhenTheScopeEndsNeverRunsAndIsReleased) {
@@ -184,7 +184,7 @@ TEST(SimulatedTime, whatWasStartedBeforeStaysWithTheMachine) {
   sut.advanceMs(1000);
   future.wait();
   EXPECT_NE(runner, std::this_thread::get_id());
-  EXPECT_EQ(Clock::now(), atMs(1000));
+  EXPECT_EQ(Clock::now(), timeAtMs(1000));
 }
 
 TEST(SimulatedTime, mayEndInsideACallThatItRuns) {
@@ -197,7 +197,7 @@ TEST(SimulatedTime, mayEndInsideACallThatItRuns) {
   EXPECT_EQ(sut, nullptr);
   EXPECT_FALSE(ranLater);
   EXPECT_FALSE(task.isRunning());
-  EXPECT_FALSE(Clock::now() == atMs(10));
+  EXPECT_FALSE(Clock::now() == timeAtMs(10));
 }
 
 /** Tasks, delays, strands and sleeps that draw what they do next from one seed. */

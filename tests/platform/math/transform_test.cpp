@@ -16,7 +16,7 @@ namespace {
 using testing::HasSubstr;
 using testing::ThrowsMessage;
 
-constexpr float kPi = std::numbers::pi_v<float>;
+constexpr float kHalfTurn = std::numbers::pi_v<float>;
 
 static_assert(std::is_trivially_copyable_v<Pose2D> && std::is_trivially_copyable_v<Position3D> &&
               std::is_trivially_copyable_v<Transform> &&
@@ -39,11 +39,11 @@ float angleFrom(int thousandths) {
 }
 
 TEST(Pose2D, compositionBringsThePoseIntoTheOuterFrameAndKeepsTheAngleSum) {
-  const Pose2D outer(1.0f, 2.0f, kPi / 2);
-  const Pose2D composed = outer * Pose2D(3.0f, 0.0f, kPi);
+  const Pose2D outer(1.0f, 2.0f, kHalfTurn / 2);
+  const Pose2D composed = outer * Pose2D(3.0f, 0.0f, kHalfTurn);
   EXPECT_NEAR(composed.x, 1.0f, 1e-6f);
   EXPECT_NEAR(composed.y, 5.0f, 1e-6f);
-  EXPECT_FLOAT_EQ(composed.theta, 1.5f * kPi);
+  EXPECT_FLOAT_EQ(composed.theta, 1.5f * kHalfTurn);
 }
 
 RC_GTEST_PROP(Pose2D, aPoseAndItsInverseCancel, ()) {
@@ -84,9 +84,11 @@ TEST(Transform, aPoseSurvivesTheWayThroughATransform) {
 }
 
 TEST(Transform, rotationFrom3DRotationTurnsAboutXThenYThenZ) {
-  expectNear(rotationFrom3DRotation(0, 0, kPi / 2) * Position3D(2, 0, 0), Position3D(0, 2, 0));
-  expectNear(rotationFrom3DRotation(0, kPi / 2, 0) * Position3D(2, 0, 0), Position3D(0, 0, -2));
-  expectNear(rotationFrom3DRotation(kPi / 2, 0, kPi / 2) * Position3D(0, 1, 0),
+  expectNear(rotationFrom3DRotation(0, 0, kHalfTurn / 2) * Position3D(2, 0, 0),
+             Position3D(0, 2, 0));
+  expectNear(rotationFrom3DRotation(0, kHalfTurn / 2, 0) * Position3D(2, 0, 0),
+             Position3D(0, 0, -2));
+  expectNear(rotationFrom3DRotation(kHalfTurn / 2, 0, kHalfTurn / 2) * Position3D(0, 1, 0),
              Position3D(0, 0, 1));
 }
 
@@ -142,7 +144,7 @@ TEST(MetricalData, startsEmptyAndTellsAgeAndPlacedPoints) {
   EXPECT_TRUE(empty.sensorName.empty() && empty.familyName.empty() && empty.points.empty());
 
   MetricalData record;
-  record.sensorTransform = transformFromPose2D(Pose2D(1.0f, 1.0f, kPi));
+  record.sensorTransform = transformFromPose2D(Pose2D(1.0f, 1.0f, kHalfTurn));
   record.points = {Position3D(0.5f, 0.25f, 0.75f)};
   record.timestamp = ko::Clock::time_point(ko::Duration(40));
   ASSERT_EQ(pointsInFrame(record).size(), 1u);

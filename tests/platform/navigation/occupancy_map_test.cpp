@@ -12,7 +12,7 @@ namespace {
 using testing::HasSubstr;
 using testing::ThrowsMessage;
 
-constexpr float kPi = std::numbers::pi_v<float>;
+constexpr float kHalfTurn = std::numbers::pi_v<float>;
 
 TEST(OccupancyMap, refusesWhatIsNoMap) {
   const auto refused = [](const char* text, auto make) {
@@ -42,7 +42,7 @@ TEST(OccupancyMap, keepsCellsByColumnAndRow) {
 }
 
 TEST(OccupancyMap, findsTheCellOfAPositionUnderAnOriginWithYaw) {
-  OccupancyMap sut(4, 2, 0.5f, {1.0f, 2.0f, kPi / 2}, 0.0f);
+  OccupancyMap sut(4, 2, 0.5f, {1.0f, 2.0f, kHalfTurn / 2}, 0.0f);
   sut.setOccupancy(3, 1, 1.0f);
   // Columns run along the world's y, rows against its x.
   EXPECT_EQ(sut.findOccupancy({0.25f, 3.75f}), 1.0f);

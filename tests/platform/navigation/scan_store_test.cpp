@@ -14,7 +14,7 @@ namespace {
 using detail::ScanStore;
 using detail::StripImage;
 
-constexpr float kLimit = 0.4f;
+constexpr float kStoreLimit = 0.4f;
 
 OccupancyMap randomMap(int width, int height, unsigned seed) {
   std::mt19937 random(seed);
@@ -65,13 +65,13 @@ TEST(ScanStore, holdsTheCellsOfMapsOfAnySize) {
   const int sizes[][2] = {{1, 1}, {1, 70}, {70, 1}, {15, 17}, {16, 16}, {33, 47}, {100, 64}};
   for (const auto& size : sizes) {
     SCOPED_TRACE(testing::Message() << size[0] << " by " << size[1]);
-    expectTrueStore(randomMap(size[0], size[1], 1), kLimit);
+    expectTrueStore(randomMap(size[0], size[1], 1), kStoreLimit);
   }
 }
 
 TEST(ScanStore, staysTrueWhenCellsChange) {
   OccupancyMap map = randomMap(67, 50, 2);
-  ASSERT_NE(map.getScanStore(kLimit), nullptr);
+  ASSERT_NE(map.getScanStore(kStoreLimit), nullptr);
   ASSERT_NE(map.getScanStore(0.7f), nullptr);
   std::mt19937 random(3);
   for (int round = 0; round < 20; ++round) {
@@ -80,35 +80,35 @@ TEST(ScanStore, staysTrueWhenCellsChange) {
       const int row = static_cast<int>(random() % 50);
       map.setOccupancy(column, row, static_cast<float>(random() % 11) / 10.0f);
     }
-    expectTrueStore(map, kLimit);
+    expectTrueStore(map, kStoreLimit);
     expectTrueStore(map, 0.7f);
   }
 }
 
 TEST(ScanStore, isMadeOnceForEachOfTwoLimits) {
   const OccupancyMap map = randomMap(20, 20, 4);
-  const ScanStore* const first = map.getScanStore(kLimit);
+  const ScanStore* const first = map.getScanStore(kStoreLimit);
   EXPECT_EQ(map.getScanStore(NAN), nullptr);
   const ScanStore* const second = map.getScanStore(0.5f);
   EXPECT_NE(second, nullptr);
   EXPECT_NE(first, second);
   EXPECT_EQ(map.getScanStore(0.6f), nullptr);
-  EXPECT_EQ(map.getScanStore(kLimit), first);
+  EXPECT_EQ(map.getScanStore(kStoreLimit), first);
   EXPECT_EQ(map.getScanStore(0.5f), second);
 }
 
 TEST(ScanStore, aCopyOfAMapHasItsOwn) {
   OccupancyMap map = randomMap(20, 20, 5);
-  const ScanStore* const own = map.getScanStore(kLimit);
+  const ScanStore* const own = map.getScanStore(kStoreLimit);
   OccupancyMap copy = map;
   copy.setOccupancy(3, 4, 1.0f);
   map.setOccupancy(3, 4, 0.0f);
-  expectTrueStore(copy, kLimit);
-  expectTrueStore(map, kLimit);
+  expectTrueStore(copy, kStoreLimit);
+  expectTrueStore(map, kStoreLimit);
   OccupancyMap moved = std::move(map);
-  EXPECT_EQ(moved.getScanStore(kLimit), own);
+  EXPECT_EQ(moved.getScanStore(kStoreLimit), own);
   copy = moved;
-  expectTrueStore(copy, kLimit);
+  expectTrueStore(copy, kStoreLimit);
 }
 
 TEST(ScanStore, isOneForReadersThatAskAtOnce) {
@@ -116,7 +116,7 @@ TEST(ScanStore, isOneForReadersThatAskAtOnce) {
   std::vector<const ScanStore*> seen(4);
   std::vector<std::thread> readers;
   for (const ScanStore*& store : seen) {
-    readers.emplace_back([&] { store = map.getScanStore(kLimit); });
+    readers.emplace_back([&] { store = map.getScanStore(kStoreLimit); });
   }
   for (std::thread& reader : readers) reader.join();
   EXPECT_NE(seen[0], nullptr);

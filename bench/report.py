@@ -1,0 +1,235 @@
+"""Writes docs/performance.md and its plots from what the benchmarks measured.
+
+Usage: report.py FOLDER, the folder of NAME.json in Google Benchmark's format. Run from the project's
+root. Each figure is the median of the repetitions in those files.
+"""
+import json
+import os
+import platform
+import re
+import statistics
+import sys
+import textwrap
+from collections import OrderedDict
+
+import matplotlib
+
+matplotlib.use("svg")
+matplotlib.rcParams["svg.hashsalt"] = "qv"
+import matplotlib.pyplot as plt  # noqa: E402
+
+PAGE = "docs/performance.md"
+PLOTS = "docs/figures"
+SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
+NOT_COUNTERS = {
+    "name", "family_index", "per_family_instance_index", "run_name", "run_type", "repetitions",
+    "repetition_index", "threads", "iterations", "real_time", "cpu_time", "time_unit",
+    "aggregate_name", "aggregate_unit", "big_o", "rms", "cpu_coefficient", "real_coefficient",
+    "error_occurred", "error_message", "label",
+}
+
+SECTIONS = [
+    ("scan", "Scan", "Nanoseconds per ray of `occMapSimulateScan` from random free poses of real maps, beside MRPT's "
+     "`laserScanSimulator` and a plain walk on the same poses. Goal on each fan: `vs_mrpt` of 4.5 with AVX-512, 3.5 with "
+     "AVX2, 2 with the scalar form; beside the cells at most 1 byte a cell, built in under 25 ms for a million cells."),
+    ("simulated_robot", "Simulated robot", "A whole reading of a kind 1 robot: six sensors, 170 rays. Goal: 10 µs."),
+    ("fleet", "Fleet", "1,000 simulated robots of kind 1 on one map. Goal: under 20 KiB each without the map; readings a "
+     "second grow with cores."),
+    ("depth", "Depth camera", "Recorded frames: labelling, `xFilterScan` (with projection and grouping), and a whole cycle from asking for "
+     "the image to publishing the records, beside OpenCV's `connectedComponents` on a mask, PCL's organised segmentation and a copy of "
+     "the image. Goal at 640×480: `vs_opencv_label` 1, `vs_opencv` 0.5 for the filter, `vs_pcl` 4."),
+    ("records", "Records", "`getMetricalData()` of 50 records of 300 points against a plain copy of the same vector on as many threads; "
+     "and what a refresher waits to replace the records while readers spin. Goal: `vs_copy` of 0.91 or more, 99th percentile under 1 ms."),
+    ("robot", "Whole robot", "The embedded robot with its eleven sensors, two people and its depth camera at 320×240. Goal: 50 simulated seconds a "
+     "second; cost in line with the number of sensors."),
+    ("memory", "Shared memory and calls", "Goal: `vs_pointer_loop` of 0.83 or more, `vs_proxy` of 10 or more, a call under 1 µs."),
+    ("tasks", "Tasks", "Lateness of a task of 10 ms, posts, delayed calls, runs in simulated time."),
+    ("model", "Robot description and obstruction", ""),
+    ("range", "Range sensors", "Readings a second on the embedded services, and the share of the time spent in the sensor itself."),
+    ("live", "Live view", ""),
+    ("growth", "Growth", "On the project's own map."),
+]
+
+GROWTH = [
+    ("growth", "scanByRays", "s_per_ray", 1e9, "rays in a full turn, 8 m", "ns per ray"),
+    ("growth", "scanByRange", "s_per_ray", 1e9, "range in an open map (m), 300 rays", "ns per ray"),
+    ("growth", "scanByMap", "s_per_ray", 1e9, "side of the map (cells), 300 rays to 8 m", "ns per ray"),
+    ("growth", "labelByFrame", "s_per_pixel", 1e9, "width of the depth frame (pixels)", "ns per pixel"),
+    ("robot", "refreshManySensors", "real_time", 1e6, "sensors", "µs per refresh cycle"),
+    ("records", "getMetricalData/manual_time/threads:", "vs_copy", 1, "reader threads", "plain copy's time / ours"),
+]
+
+
+def load(folder):
+    """NAME: {row: [repetition]}, and what the files say of the machine."""
+    results, context = OrderedDict(), {}
+    for name, _, _ in SECTIONS:
+        path = os.path.join(folder, name + ".json")
+        if not os.path.exists(path):
+            continue
+        with open(path, encoding="utf-8") as file:
+            try:
+                content = json.load(file)
+            except ValueError as error:
+                sys.exit(f"{path}: {error}; is it whole?")
+        context = content["context"]
+        rows = OrderedDict()
+        for run in content["benchmarks"]:
+            if run["run_type"] == "iteration" and not run.get("error_occurred"):
+                rows.setdefault(run["run_name"], []).append(run)
+        results[name] = rows
+    return results, context
+
+
+def median(runs, key):
+    values = [run[key] for run in runs if isinstance(run.get(key), (int, float))]
+    return statistics.median(values) if values else None
+
+
+def seconds(runs):
+    return median(runs, "real_time") * SECONDS[runs[0]["time_unit"]]
+
+
+def short(value):
+    """Three digits, whatever the size."""
+    if value is None:
+        return ""
+    if value == 0:
+        return "0"
+    if abs(value) >= 1000:
+        return f"{value:,.0f}"
+    if abs(value) < 0.001:
+        return f"{value:.2e}"
+    return f"{value:.3g}"
+
+
+def time_text(value):
+    for unit, size in (("s", 1.0), ("ms", 1e-3), ("µs", 1e-6)):
+        if value >= size:
+            return f"{value / size:.3g} {unit}"
+    return f"{value / 1e-9:.3g} ns"
+
+
+def row_name(name):
+    name = re.sub(r"/(manual_time|real_time|iterations:\d+)", "", name)
+    return name.replace("/threads:", ", threads: ")
+
+
+def counters_of(rows):
+    names = OrderedDict()
+    for runs in rows.values():
+        for key in runs[0]:
+            if key not in NOT_COUNTERS:
+                names[key] = None
+    return sorted(names, key=lambda key: (not key.startswith("vs_"), key))
+
+
+def counter_text(key, value):
+    if value is not None and re.match("s_per_", key):
+        return time_text(value)
+    return short(value)
+
+
+def table(rows):
+    counters = counters_of(rows)
+    lines = ["| " + " | ".join(["row", "time"] + [f"`{key}`" for key in counters]) + " |",
+             "|---" * (2 + len(counters)) + "|"]
+    for name, runs in rows.items():
+        cells = [row_name(name), time_text(seconds(runs))]
+        cells += [counter_text(key, median(runs, key)) for key in counters]
+        lines.append("| " + " | ".join(cells) + " |")
+    return "\n".join(lines)
+
+
+def argument_of(name, prefix):
+    match = re.match(re.escape(prefix) + r"/?(\d+)", name)
+    return int(match.group(1)) if match else None
+
+
+def plot_growth(results):
+    """A plot for each entry of GROWTH that was measured; the file names."""
+    files = []
+    os.makedirs(PLOTS, exist_ok=True)
+    for bench, prefix, key, scale, x_label, y_label in GROWTH:
+        points = []
+        for name, runs in results.get(bench, {}).items():
+            at = argument_of(name, prefix)
+            if at is not None:
+                value = seconds(runs) if key == "real_time" else median(runs, key)
+                points.append((at, value * scale))
+        if len(points) < 2:
+            continue
+        file = f"{bench}_{prefix.split('/')[0]}.svg"
+        draw(sorted(points), x_label, y_label, os.path.join(PLOTS, file))
+        files.append((file, f"{y_label} by {x_label}"))
+    return files
+
+
+def draw(points, x_label, y_label, path):
+    figure, axes = plt.subplots(figsize=(4.6, 2.8), layout="constrained")
+    xs, ys = zip(*points)
+    axes.plot(xs, ys, marker="o", color="#1f6f8b", linewidth=1.5)
+    if xs[-1] / xs[0] > 8:
+        axes.set_xscale("log", base=10 if xs[-1] / xs[0] >= 1000 else 2)
+        axes.set_xticks(xs, [f"{x:,}" for x in xs])
+        axes.minorticks_off()
+    else:
+        axes.set_xticks(xs)
+    if max(ys) / min(ys) > 20:
+        axes.set_yscale("log")
+    else:
+        axes.set_ylim(bottom=0)
+    axes.set_xlabel(x_label)
+    axes.set_ylabel(y_label)
+    axes.grid(True, alpha=0.3)
+    for side in ("top", "right"):
+        axes.spines[side].set_visible(False)
+    figure.patch.set_facecolor("white")
+    figure.savefig(path, metadata={"Date": None})
+    plt.close(figure)
+
+
+def machine(context):
+    model = "unknown processor"
+    with open("/proc/cpuinfo", encoding="utf-8") as file:
+        text = file.read()
+    match = re.search(r"model name\s*: (.*)", text)
+    if match:
+        model = match.group(1)
+    flags = [flag for flag in ("avx512f", "avx2", "sse4_1", "asimd") if re.search(rf"\b{flag}\b", text)]
+    best = f", {flags[0].upper()}" if flags else ""
+    return f"{context.get('num_cpus', '?')} cores of {model}{best}, {platform.system()} {platform.machine()}"
+
+
+def page(results, context):
+    repetitions = max((len(runs) for rows in results.values() for runs in rows.values()), default=0)
+    parts = [f"""# Figures
+
+Made by `./dev bench` with the real maps and frames in the folder that `QV_DATA` names; `./dev bench NAME...` runs some.
+Each figure is the median of up to {repetitions} repetitions. A counter `vs_<peer>` is the peer's time divided by ours in the same run:
+greater is better. Times move with the machine, ratios hardly.
+
+Machine: {machine(context)}; g++ `-O3`, no `-march`."""]
+    for name, title, intro in SECTIONS:
+        if results.get(name):
+            told = textwrap.fill(f"`bench/{name}`. {intro}".rstrip(), 140)
+            parts.append(f"## {title}\n\n{told}\n\n" + table(results[name]))
+        if name == "growth":
+            parts += [f"![{text}](figures/{file})" for file, text in plot_growth(results)]
+    return "\n\n".join(parts) + "\n"
+
+
+def main():
+    if len(sys.argv) != 2 or not os.path.isdir(sys.argv[1]):
+        sys.exit("usage: report.py FOLDER: a folder of NAME.json from the benchmarks")
+    results, context = load(sys.argv[1])
+    if not results:
+        sys.exit(f"{sys.argv[1]}: no NAME.json of a benchmark")
+    text = page(results, context)
+    with open(PAGE, "w", encoding="utf-8") as file:
+        file.write(text)
+    print(f"{PAGE} tells of {', '.join(results)}")
+
+
+if __name__ == "__main__":
+    main()
