@@ -151,9 +151,9 @@ TEST(RealMaps, scansAreTheSameOnEveryPath) {
   std::vector<RangeReading> expected;
   std::vector<RangeReading> readings;
   for (const char* const name : allMaps) {
-    const auto path = findMap(name);
-    if (!path) GTEST_SKIP() << "no " << name << " in QV_DATA";
-    OccupancyMap map = loadMap(*path);
+    const auto file = findMap(name);
+    if (!file) GTEST_SKIP() << "no " << name << " in QV_DATA";
+    OccupancyMap map = loadMap(*file);
     for (long rays = 0; rays < raysPerMap; rays += std::ssize(readings)) {
       if (rays >= raysPerMap / 2 && map.getOrigin().theta != 0.6f) {
         map = withOrigin(map, {-3.0f, 2.0f, 0.6f});
