@@ -141,7 +141,7 @@ bool isPulledIn(const Readings& failing, const Readings& healthy, std::size_t i)
 bool isOpposite(const Readings& failing, const Readings& healthy, std::size_t i) {
   return failing[i].points != healthy[i].points || failing[i].nearest != healthy[i].nearest;
 }
-// Twice in the second that ends with the cycle; once, where two measurements are the same.
+// Once or twice in the second that ends with the cycle: people are looked for every 200 ms.
 bool changesRarely(const Readings& failing, const Readings&, std::size_t i) {
   int changes = 0;
   for (std::size_t j = i - 9; j <= i; ++j) changes += failing[j].value != failing[j - 1].value;
