@@ -9,12 +9,12 @@
 #include <filesystem>
 #include <limits>
 #include <optional>
-#include <random>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "bench/free_poses.h"
 #include "platform/navigation/scan_path.h"
 #include "robot/world/map_files.h"
 
@@ -27,7 +27,7 @@ namespace QV::bench {
 namespace {
 
 constexpr float kOccupiedAbove = 0.4f;
-constexpr int kPoses = 256;
+constexpr std::size_t kPoses = 256;
 
 struct MapCase {
   const char* name;
@@ -53,25 +53,6 @@ struct PathCase {
 const PathCase kPaths[] = {{"", detail::ScanPath::best},
                            {"_avx2", detail::ScanPath::avx2},
                            {"_scalar", detail::ScanPath::scalar}};
-
-std::vector<Math::Pose2D> drawFreePoses(const OccupancyMap& map) {
-  std::mt19937 random(1);
-  std::uniform_int_distribution<int> column(0, map.getWidth() - 1);
-  std::uniform_int_distribution<int> row(0, map.getHeight() - 1);
-  std::uniform_real_distribution<float> turn(-3.1415927f, 3.1415927f);
-  std::uniform_real_distribution<float> part(-0.5f, 0.5f);
-  std::vector<Math::Pose2D> poses;
-  constexpr int kMostTries = 10'000'000;
-  for (int tries = 0; tries < kMostTries && poses.size() < kPoses; ++tries) {
-    const int c = column(random);
-    const int r = row(random);
-    if (map.getOccupancy(c, r) > 0.0f) continue;
-    const Math::Position2D centre = map.getCellCentre(c, r);
-    poses.emplace_back(centre.x + part(random) * map.getResolution(),
-                       centre.y + part(random) * map.getResolution(), turn(random));
-  }
-  return poses;
-}
 
 /** A walk from cell to cell as one writes it first: each ray for itself, each cell looked at. */
 float walkPlainly(const OccupancyMap& map, const Math::Pose2D& inMap, float angle, float maxRange) {
@@ -151,7 +132,8 @@ double cpuTime() {
 
 /** A map with its store and poses, and the peer's copy of it. */
 struct Scene {
-  explicit Scene(const std::string& path) : map(robot::loadMap(path)), poses(drawFreePoses(map)) {
+  explicit Scene(const std::string& path)
+      : map(robot::loadMap(path)), poses(drawFreePoses(map, kPoses)) {
     const double begin = cpuTime();
     const detail::ScanStore* const store = map.getScanStore(kOccupiedAbove);
     const auto cells = static_cast<double>(map.getCells().size());
@@ -231,7 +213,8 @@ void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan
     sum.plain += times.plain;
     sum.mrpt += times.mrpt;
   }
-  const double rays = static_cast<double>(state.iterations()) * kPoses * fan.fieldOfView.rayCount;
+  const double rays = static_cast<double>(state.iterations()) * static_cast<double>(kPoses) *
+                      fan.fieldOfView.rayCount;
   state.counters["ns_per_ray"] = 1e9 * sum.ours / rays;
   state.counters["vs_plain_walk"] = sum.plain / sum.ours;
   state.counters["store_bytes_per_cell"] = scene->bytesPerCell;
