@@ -407,16 +407,22 @@ void castRaysBest(const FanCast& fan, const double* cosines, const double* sines
   HWY_DYNAMIC_DISPATCH(castRays)(fan, cosines, sines, count, ways);
 }
 
+// Asking the processor costs as much as some rays.
+bool hasTarget(std::int64_t target) {
+  static const std::int64_t supported = hwy::SupportedTargets();
+  return (supported & target) != 0;
+}
+
 CastRays* findSse4() {
 #if HWY_TARGETS & HWY_SSE4
-  if (hwy::SupportedTargets() & HWY_SSE4) return N_SSE4::castRays;
+  if (hasTarget(HWY_SSE4)) return N_SSE4::castRays;
 #endif
   return nullptr;
 }
 
 CastRays* findAvx2() {
 #if HWY_TARGETS & HWY_AVX2
-  if (hwy::SupportedTargets() & HWY_AVX2) return N_AVX2::castRays;
+  if (hasTarget(HWY_AVX2)) return N_AVX2::castRays;
 #endif
   return nullptr;
 }
