@@ -150,7 +150,8 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
     std::string expected;
   };
   const Case cases[] = {
-      {{}, "a command expected; the commands are list, read, plot, drive, check, watch, serve, replay"},
+      {{},
+       "a command expected; the commands are list, read, plot, drive, check, watch, serve, replay"},
       {{"fly"}, "no command \"fly\"; the commands are list, read, plot, drive"},
       {{"read", "--pose", "1,2"},
        "--pose: x,y,theta in metres and radians expected, \"1,2\" given"},
