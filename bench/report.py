@@ -20,6 +20,7 @@ import matplotlib.pyplot as plt  # noqa: E402
 
 PAGE = "docs/performance.md"
 PLOTS = "docs/figures"
+BY_HAND = "## Measured by hand"
 SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 NOT_COUNTERS = {
     "name", "family_index", "per_family_instance_index", "run_name", "run_type", "repetitions",
@@ -46,7 +47,6 @@ SECTIONS = [
     ("tasks", "Tasks", "Lateness of a task of 10 ms, posts, delayed calls, runs in simulated time."),
     ("model", "Robot description and obstruction", ""),
     ("range", "Range sensors", "Readings a second on the embedded services, and the share of the time spent in the sensor itself."),
-    ("live", "Live view", ""),
     ("growth", "Growth", "On the project's own map."),
 ]
 
@@ -219,13 +219,23 @@ Machine: {machine(context)}; g++ `-O3`, no `-march`."""]
     return "\n\n".join(parts) + "\n"
 
 
+def by_hand():
+    """What the page says of measurements that no benchmark makes: kept as it is."""
+    if not os.path.exists(PAGE):
+        return ""
+    with open(PAGE, encoding="utf-8") as file:
+        text = file.read()
+    at = text.find(BY_HAND)
+    return "\n" + text[at:] if at >= 0 else ""
+
+
 def main():
     if len(sys.argv) != 2 or not os.path.isdir(sys.argv[1]):
         sys.exit("usage: report.py FOLDER: a folder of NAME.json from the benchmarks")
     results, context = load(sys.argv[1])
     if not results:
         sys.exit(f"{sys.argv[1]}: no NAME.json of a benchmark")
-    text = page(results, context)
+    text = page(results, context) + by_hand()
     with open(PAGE, "w", encoding="utf-8") as file:
         file.write(text)
     print(f"{PAGE} tells of {', '.join(results)}")

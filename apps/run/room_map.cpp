@@ -8,7 +8,7 @@ namespace QV::app {
 namespace {
 
 // As for the rays of simulated sensors and the walls of an embedded robot's world.
-constexpr float kOccupiedAbove = 0.4f;
+constexpr float kBlockedAbove = 0.4f;
 
 }  // namespace
 
@@ -17,7 +17,7 @@ RoomMap::RoomMap(const OccupancyMap& map, float most)
   cv::Mat_<uchar> free(map.getHeight() + 2, map.getWidth() + 2, uchar{0});
   for (int row = 0; row < map.getHeight(); ++row) {
     for (int column = 0; column < map.getWidth(); ++column) {
-      free(row + 1, column + 1) = map.getOccupancy(column, row) <= kOccupiedAbove;
+      free(row + 1, column + 1) = map.getOccupancy(column, row) <= kBlockedAbove;
     }
   }
   cv::Mat_<float> room;

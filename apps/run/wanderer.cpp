@@ -9,7 +9,7 @@ constexpr float kTurnSpeed = 0.7f;
 constexpr float kLength = 0.8f;
 constexpr float kHalfWidth = 0.36f;
 constexpr float kSpacing = 0.06f;
-constexpr float kOccupiedAbove = 0.4f;
+constexpr float kStandsAbove = 0.4f;
 // Once begun, a turn goes on: two walls would make it dither.
 constexpr int kShortestTurn = 8;
 
@@ -36,7 +36,7 @@ bool Wanderer::xIsFree(const Math::Pose2D& pose) const {
   for (float ahead = 0.0f; ahead <= kLength; ahead += kSpacing) {
     for (float side = -kHalfWidth; side <= kHalfWidth; side += kSpacing) {
       const auto occupancy = map.findOccupancy(pose * Math::Position2D(ahead, side));
-      if (!occupancy || *occupancy > kOccupiedAbove) return false;
+      if (!occupancy || *occupancy > kStandsAbove) return false;
     }
   }
   return true;
