@@ -178,7 +178,7 @@ def draw(points, x_label, y_label, path):
     if max(ys) / min(ys) > 20:
         axes.set_yscale("log")
     else:
-        axes.set_ylim(bottom=0)
+        axes.set_ylim(0, 1.1 * max(ys))
     axes.set_xlabel(x_label)
     axes.set_ylabel(y_label)
     axes.grid(True, alpha=0.3)
