@@ -27,6 +27,16 @@ void sendData(WebClient& client, std::uint32_t subscription, Delivery delivery,
        delivery, std::to_string(subscription)});
 }
 
+// Whatever is wrong with what a client asks for, it is told, and the rest is done.
+template <typename Action>
+void answering(WebClient& client, const Action& action) {
+  try {
+    action();
+  } catch (const std::invalid_argument& error) {
+    sendText(client, foxglove::errorStatus(error.what()));
+  }
+}
+
 std::uint32_t numberIn(const json& value) {
   if (!value.is_number_unsigned() || value.get<std::uint64_t>() > UINT32_MAX) {
     throw std::invalid_argument("a number of 32 bits expected, " + value.dump() + " given");
@@ -78,23 +88,23 @@ void FoxgloveFeed::onMessage(const std::shared_ptr<WebClient>& client, const std
                              bool binary) {
   const json message = binary ? json() : json::parse(text, nullptr, false);
   const auto op = message.is_object() && message.contains("op") ? message.at("op") : json();
-  try {
+  answering(*client, [&] {
     if (op == "subscribe") {
       for (const json& entry : arrayIn(message, "subscriptions")) {
-        const std::uint32_t id = numberIn(memberOf(entry, "id"));
-        xSubscribe(client, id, numberIn(memberOf(entry, "channelId")));
+        answering(*client, [&] {
+          const std::uint32_t id = numberIn(memberOf(entry, "id"));
+          xSubscribe(client, id, numberIn(memberOf(entry, "channelId")));
+        });
       }
     } else if (op == "unsubscribe") {
       for (const json& id : arrayIn(message, "subscriptionIds")) {
-        xUnsubscribe(client, numberIn(id));
+        answering(*client, [&] { xUnsubscribe(client, numberIn(id)); });
       }
     } else {
       throw std::invalid_argument("subscribe and unsubscribe are understood, " + op.dump() +
                                   " is not");
     }
-  } catch (const std::invalid_argument& error) {
-    sendText(*client, foxglove::errorStatus(error.what()));
-  }
+  });
 }
 
 void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uint32_t subscription,

@@ -9,8 +9,11 @@ namespace {
 
 using nlohmann::ordered_json;
 
+// Our messages have all properties, always.
 ordered_json object(const ordered_json& properties) {
-  return {{"type", "object"}, {"properties", properties}};
+  auto required = ordered_json::array();
+  for (const auto& [name, schema] : properties.items()) required.push_back(name);
+  return {{"type", "object"}, {"properties", properties}, {"required", required}};
 }
 
 const ordered_json kNumber = {{"type", "number"}};

@@ -39,7 +39,7 @@ LiveServer::LiveServer(RobotRun& robot, ko::SimulatedTime& time, LogRing& log,
       world(robot, time),
       depthSensor(findDepthSensor(robot.getManager())),
       depthView(robot.getBroker()),
-      pages(robot, log, requests),
+      pages(robot, requests),
       viewers(robot),
       hub(pages, viewers),
       server(settings, getPageFiles(), hub) {}

@@ -112,6 +112,7 @@ void LiveWorld::xAdvance(ko::Duration simulated) {
     driver.steer(part);
     time.advance(part);
     sensorLook.notePose();
+    sensorLook.noteMeasurements();
     xNoteTouches();
   }
 }

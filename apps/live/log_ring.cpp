@@ -1,6 +1,5 @@
 #include "apps/live/log_ring.h"
 
-#include <algorithm>
 #include <utility>
 
 namespace QV::app {
@@ -10,13 +9,8 @@ LogRing::LogRing()
 
 std::vector<ko::log::Record> LogRing::takeNew() {
   std::lock_guard lock(mutex);
-  const auto count = static_cast<std::ptrdiff_t>(std::exchange(newLines, 0));
-  return {lines.end() - count, lines.end()};
-}
-
-std::vector<ko::log::Record> LogRing::getAll() const {
-  std::lock_guard lock(mutex);
-  return {lines.begin(), lines.end()};
+  const auto taken = std::exchange(lines, {});
+  return {taken.begin(), taken.end()};
 }
 
 void LogRing::xNote(const ko::log::Record& line) {
@@ -26,7 +20,6 @@ void LogRing::xNote(const ko::log::Record& line) {
   lines.push_back(line);
   if (lines.back().message.size() > kLongest) lines.back().message.resize(kLongest);
   if (lines.size() > kMost) lines.pop_front();
-  newLines = std::min(newLines + 1, kMost);
 }
 
 }  // namespace QV::app

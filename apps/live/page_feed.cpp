@@ -14,16 +14,16 @@ WebMessage messageOf(std::string text, Delivery delivery = Delivery::control) {
 
 }  // namespace
 
-PageFeed::PageFeed(RobotRun& robot, const LogRing& log, RequestQueue& requests)
+PageFeed::PageFeed(RobotRun& robot, RequestQueue& requests)
     : hello(std::make_shared<const std::string>(helloMessage(robot))),
       sensors(robot.getManager().getSensorList()),
-      log(log),
       requests(requests) {}
 
 void PageFeed::onOpen(const std::shared_ptr<WebClient>& client) {
   client->send({hello});
-  client->send(messageOf(logMessage(log.getAll())));
+  // Under one lock with publishLog: a client gets each line once.
   std::lock_guard lock(mutex);
+  client->send(messageOf(logMessage({lastLines.begin(), lastLines.end()})));
   clients.insert(client);
 }
 
@@ -51,12 +51,18 @@ void PageFeed::publish(const LiveSnapshot& snapshot) {
 }
 
 void PageFeed::publishLog(const std::vector<ko::log::Record>& lines) {
-  if (!lines.empty()) xSendToAll(messageOf(logMessage(lines), Delivery::recent));
+  if (lines.empty()) return;
+  const WebMessage message = messageOf(logMessage(lines), Delivery::recent);
+  std::lock_guard lock(mutex);
+  lastLines.insert(lastLines.end(), lines.begin(), lines.end());
+  while (lastLines.size() > kLastLines) lastLines.pop_front();
+  xSendToAll(message);
 }
 
 void PageFeed::publish(const std::string& slot, std::string message) {
   WebMessage latest = messageOf(std::move(message), Delivery::latest);
   latest.slot = slot;
+  std::lock_guard lock(mutex);
   xSendToAll(latest);
 }
 
@@ -66,7 +72,6 @@ bool PageFeed::hasClients() const {
 }
 
 void PageFeed::xSendToAll(const WebMessage& message) {
-  std::lock_guard lock(mutex);
   for (const auto& client : clients) client->send(message);
 }
 

@@ -1,22 +1,27 @@
 #pragma once
 
+#include <cstddef>
+#include <deque>
 #include <mutex>
 #include <set>
 #include <string>
 #include <vector>
 
 #include "apps/live/live_feed.h"
-#include "apps/live/log_ring.h"
 #include "apps/live/request_queue.h"
 #include "apps/run/robot_run.h"
+#include "platform/ko/log.h"
 
 namespace QV::app {
 
 /** The page's own stream: JSON both ways. */
 class PageFeed : public LiveFeed {
  public:
-  /** The log and the queue must outlive it; the robot is looked at only here. */
-  PageFeed(RobotRun& robot, const LogRing& log, RequestQueue& requests);
+  /** Of the log, for whoever comes. */
+  static constexpr std::size_t kLastLines = 200;
+
+  /** The queue must outlive it; the robot is looked at only here. */
+  PageFeed(RobotRun& robot, RequestQueue& requests);
 
   void onOpen(const std::shared_ptr<WebClient>& client) override;
   void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
@@ -30,14 +35,15 @@ class PageFeed : public LiveFeed {
   bool hasClients() const;
 
  private:
+  /** The caller holds the mutex. */
   void xSendToAll(const WebMessage& message);
 
   const std::shared_ptr<const std::string> hello;
   const std::set<std::string> sensors;
-  const LogRing& log;
   RequestQueue& requests;
   mutable std::mutex mutex;
   std::set<std::shared_ptr<WebClient>> clients;
+  std::deque<ko::log::Record> lastLines;
 };
 
 }  // namespace QV::app

@@ -12,6 +12,8 @@
 namespace QV::app {
 namespace {
 
+// Managers refresh their records as often, not oftener.
+constexpr ko::Duration kRefreshPeriod{100'000'000};
 constexpr ko::Duration kRateWindow{2'000'000'000};
 constexpr ko::Duration kHistory{1'000'000'000};
 constexpr std::size_t kMostSampled = 8 * SensorLook::kMostPoints;
@@ -69,7 +71,7 @@ std::vector<LiveSensor> SensorLook::look() {
   }
   for (LiveSensor& sensor : sensors) {
     sensor.points = thinned(sensor.points);
-    sensor.rate = xMeasureRate(sensor);
+    sensor.rate = xMeasureRate(sensor.name);
   }
   return sensors;
 }
@@ -97,12 +99,18 @@ void SensorLook::xLookAtRecord(const Math::MetricalData& record, LiveSensor& sen
   }
 }
 
-double SensorLook::xMeasureRate(const LiveSensor& sensor) {
-  auto& times = measured[sensor.name];
-  if (!sensor.records.empty()) {
-    const auto newest = sensor.records.back().timestamp;
-    if (times.empty() || times.back() < newest) times.push_back(newest);
+void SensorLook::noteMeasurements() {
+  const auto now = ko::Clock::now();
+  if (now < noteNext) return;
+  noteNext = now + kRefreshPeriod;
+  for (const auto& record : robot.getManager().getMetricalData()) {
+    auto& times = measured[sensorOf(record, robot.getManager())];
+    if (times.empty() || times.back() < record.timestamp) times.push_back(record.timestamp);
   }
+}
+
+double SensorLook::xMeasureRate(const std::string& name) {
+  auto& times = measured[name];
   const auto now = ko::Clock::now();
   while (!times.empty() && now - times.front() > kRateWindow) times.pop_front();
   if (times.size() < 2) return 0.0;

@@ -24,6 +24,9 @@ class SensorLook {
   /** Where the robot is, to be told often: records are placed where it was when they were made. */
   void notePose();
 
+  /** What was measured since, to be told often, too: a rate is one of simulated time. */
+  void noteMeasurements();
+
  private:
   struct Placed {
     ko::Clock::time_point time;
@@ -32,13 +35,14 @@ class SensorLook {
 
   void xLookAtSwitches(LiveSensor& sensor) const;
   void xLookAtRecord(const Math::MetricalData& record, LiveSensor& sensor) const;
-  double xMeasureRate(const LiveSensor& sensor);
+  double xMeasureRate(const std::string& name);
   Math::Pose2D xPoseAt(ko::Clock::time_point time) const;
 
   RobotRun& robot;
   std::deque<Placed> poses;
   /** Of each sensor, when it last measured. */
   std::map<std::string, std::deque<ko::Clock::time_point>> measured;
+  ko::Clock::time_point noteNext;
 };
 
 }  // namespace QV::app

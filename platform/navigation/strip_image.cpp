@@ -13,6 +13,8 @@ namespace {
 void useLargePages([[maybe_unused]] void* begin, [[maybe_unused]] std::size_t bytes) {
 #ifdef MADV_HUGEPAGE
   constexpr std::uintptr_t kPage = 4096;
+  constexpr std::size_t kLargePage = 2 << 20;
+  if (bytes < kLargePage) return;
   const auto address = reinterpret_cast<std::uintptr_t>(begin);
   const std::uintptr_t whole = (address + kPage - 1) / kPage * kPage;
   const std::uintptr_t skipped = whole - address;

@@ -29,8 +29,9 @@ export class Connection extends EventTarget {
     const socket = new WebSocket(this.#url, 'qv.live.v1');
     this.#socket = socket;
     this.#listenToSilence();
-    socket.onopen = () => this.dispatchEvent(new Event('open'));
-    socket.onmessage = (event) => this.#receive(event.data);
+    // What a socket that was given up still says is not for us.
+    socket.onopen = () => socket === this.#socket && this.dispatchEvent(new Event('open'));
+    socket.onmessage = (event) => socket === this.#socket && this.#receive(event.data);
     socket.onclose = () => socket === this.#socket && this.#lose();
   }
 

@@ -2,7 +2,6 @@
 
 import { byId, setHidden, setText } from './dom.js';
 import { count } from './format.js';
-import { SUBSCRIBER } from './sensor_row.js';
 
 export class DepthPanel {
   #sensor = '';
@@ -24,9 +23,9 @@ export class DepthPanel {
   /** Without its sensor, the frame is an old one. */
   setState(sensors) {
     const sensor = sensors.find(({ name }) => name === this.#sensor);
-    const isLive = sensor !== undefined && sensor.started && sensor.subscribers.includes(SUBSCRIBER);
+    const isLive = sensor !== undefined && sensor.started;
     byId('depth').classList.toggle('old', !isLive);
-    if (sensor && !isLive) setText(byId('depth-caption'), 'the last one, no longer subscribed');
+    if (sensor && !isLive) setText(byId('depth-caption'), 'the last one, the camera is stopped');
   }
 
   /** `camera` is the sensor that gives frames. */

@@ -118,6 +118,9 @@ TEST_F(FoxgloveFeedTest, saysWhatIsWrong) {
             "subscription 1 is in use");
   EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[{"id":2,"channelId":1}]})"),
             "channel 1 is subscribed to already");
+  EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[7,{"id":2,"channelId":5}]})"),
+            "id: missing");
+  EXPECT_THAT(sut.getWatchedSensors(), ElementsAre("RightSonar")) << "what is right is done";
 }
 
 }  // namespace

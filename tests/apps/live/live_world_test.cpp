@@ -135,6 +135,10 @@ TEST_P(LiveWorldTest, sensorsRunForTheirSubscribersOnly) {
   EXPECT_THAT(running.subscribers, ElementsAre("foxglove viewer", "live view"));
   EXPECT_NEAR(running.rate, 10.0, 0.5);
   EXPECT_LT(*running.age, 0.3);
+  sut->execute(SpeedCommand{10.0});
+  sut->run(kSecond);
+  EXPECT_NEAR(seen().rate, 10.0, 0.5) << "looked at once in ten seconds";
+  sut->execute(SpeedCommand{1.0});
   sut->execute(DiagnoseCommand{name, false});
   EXPECT_FALSE(seen().started);
   sut->execute(DiagnoseCommand{name, true});

@@ -1,6 +1,7 @@
 #include "apps/live/web_server.h"
 
 #include <future>
+#include <mutex>
 
 #include <gmock/gmock.h>
 
@@ -15,7 +16,7 @@ using test::SocketClient;
 using testing::HasSubstr;
 using testing::StartsWith;
 
-/** Takes the subprotocol "known", answers what it is told, and says who came and went. */
+/** Takes the subprotocol "known", answers what it is told, and says who came and went first. */
 class EchoHandler : public WebHandler {
  public:
   std::optional<std::string> chooseProtocol(
@@ -24,16 +25,22 @@ class EchoHandler : public WebHandler {
     return "known";
   }
   void onOpen(const std::shared_ptr<WebClient>& client, const std::string&) override {
-    opened.set_value(client);
+    std::call_once(firstOpen, [&] { opened.set_value(client); });
   }
   void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                  bool) override {
     client->send({std::make_shared<const std::string>(message)});
   }
-  void onClose(const std::shared_ptr<WebClient>&) override { closed.set_value(); }
+  void onClose(const std::shared_ptr<WebClient>&) override {
+    std::call_once(firstClose, [&] { closed.set_value(); });
+  }
 
   std::promise<std::shared_ptr<WebClient>> opened;
   std::promise<void> closed;
+
+ private:
+  std::once_flag firstOpen;
+  std::once_flag firstClose;
 };
 
 class WebServerTest : public testing::Test {
@@ -98,6 +105,35 @@ TEST_F(WebServerTest, aWebSocketGetsItsSubprotocolAndItsAnswers) {
   client.sendText(std::string(WebServer::kLongestMessage + 1, 'x'));
   EXPECT_EQ(client.readFrame()->payload, "\x03\xf1");  // 1009.
   handler.closed.get_future().wait();
+}
+
+TEST_F(WebServerTest, aMalformedFrameClosesOnlyItsOwnConnection) {
+  SocketClient other(sut->getPort());
+  open(other);
+  const std::string zeros(4, '\0');
+  const std::string protocolError = "\x03\xea";  // 1002.
+  const std::string notText = "\x03\xef";        // 1007.
+  const struct {
+    const char* what;
+    std::string frame;
+    std::string answer;
+  } cases[] = {{"not masked", "\x81\x02hi", protocolError},
+               {"an opcode that is none", "\x83\x82" + zeros + "hi", protocolError},
+               {"a reserved bit", "\xa1\x82" + zeros + "hi", protocolError},
+               {"goes on with nothing", "\x80\x82" + zeros + "hi", protocolError},
+               {"a ping in parts", "\x09\x82" + zeros + "hi", protocolError},
+               {"no UTF-8", "\x81\x82" + zeros + "\xc3\x28", notText}};
+  for (const auto& c : cases) {
+    SocketClient client(sut->getPort());
+    open(client);
+    client.write(c.frame);
+    const auto answer = client.readFrame();
+    ASSERT_TRUE(answer) << c.what;
+    EXPECT_EQ(answer->payload.substr(0, 2), c.answer) << c.what;
+    EXPECT_FALSE(client.readFrame()) << c.what;
+  }
+  other.sendText("still there");
+  EXPECT_EQ(other.readFrame()->payload, "still there");
 }
 
 TEST_F(WebServerTest, aClientThatReadsLateGetsTheLatestAndAllControl) {
