@@ -78,7 +78,7 @@ test('all sensors are subscribed at once, and the depth frame comes with them', 
 
   await all.click();
   await live.until(({ sensors }) => sensors.every(({ started }) => !started));
-  await live.page.getByText('the last one, no longer subscribed').waitFor();
+  await live.page.getByText('the last one, the camera is stopped').waitFor();
 });
 
 test('the log shows the chosen level and above', async () => {
