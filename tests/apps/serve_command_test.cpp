@@ -1,12 +1,12 @@
 #include <csignal>
 #include <cstdio>
 #include <string>
-#include <sys/wait.h>
 #include <unistd.h>
 
 #include <gmock/gmock.h>
 
 #include "tests/apps/run_program.h"
+#include "tests/support/child_process.h"
 #include "tests/support/socket_client.h"
 
 namespace QV::app {
@@ -22,12 +22,10 @@ class ServeTest : public testing::Test {
   void start() {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
-    process = fork();
-    if (process == 0) {
+    process.start([&] {
       dup2(ends[1], STDOUT_FILENO);
       execl(QVSENSORS, QVSENSORS, "serve", "--kind", "1", "--port", "0", nullptr);
-      _exit(99);
-    }
+    });
     close(ends[1]);
     FILE* out = fdopen(ends[0], "r");
     char line[200] = "";
@@ -37,20 +35,8 @@ class ServeTest : public testing::Test {
     EXPECT_THAT(text, StartsWith("Simulated robot of kind 1 at http://127.0.0.1:"));
     port = static_cast<unsigned short>(std::stoi(text.substr(text.rfind(':') + 1)));
   }
-  ~ServeTest() override {
-    if (process <= 0) return;
-    kill(process, SIGKILL);
-    waitpid(process, nullptr, 0);
-  }
 
-  int awaitEnd() {
-    int status = 0;
-    waitpid(process, &status, 0);
-    process = 0;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
-  }
-
-  pid_t process = 0;
+  test::ChildProcess process;
   unsigned short port = 0;
 };
 
@@ -73,8 +59,8 @@ TEST_F(ServeTest, aPageSeesAndDrivesTheRobotUntilASignalEndsIt) {
       started =
           started || frame->payload.find(R"("subscribers":["live view"])") != std::string::npos;
     }
-    kill(process, signal);
-    EXPECT_EQ(awaitEnd(), 128 + signal);
+    process.signal(signal);
+    EXPECT_EQ(process.awaitEnd(), 128 + signal);
   }
 }
 

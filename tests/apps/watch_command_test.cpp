@@ -6,7 +6,6 @@
 #include <stdexcept>
 #include <string>
 #include <sys/ioctl.h>
-#include <sys/wait.h>
 #include <termios.h>
 #include <unistd.h>
 #include <utmp.h>
@@ -16,6 +15,7 @@
 #include "apps/shared_files.h"
 #include "apps/terminal/terminal.h"
 #include "tests/apps/run_program.h"
+#include "tests/support/child_process.h"
 
 namespace QV::app {
 namespace {
@@ -89,34 +89,21 @@ class WatchTest : public testing::Test {
  protected:
   void start() {
     const std::string robot = findSharedFile("descriptions/porter.urdf");
-    process = fork();
-    if (process != 0) return;
-    login_tty(terminal.inner);
-    execl(QVSENSORS, QVSENSORS, "watch", "--still", "--robot", robot.c_str(), "--fault",
-          "FrontLaser:off", nullptr);
-    _exit(99);
-  }
-  ~WatchTest() override {
-    if (process <= 0) return;
-    kill(process, SIGKILL);
-    waitpid(process, nullptr, 0);
-  }
-
-  int awaitEnd() {
-    int status = 0;
-    waitpid(process, &status, 0);
-    process = 0;
-    return WIFEXITED(status) ? WEXITSTATUS(status) : -1;
+    process.start([&] {
+      login_tty(terminal.inner);
+      execl(QVSENSORS, QVSENSORS, "watch", "--still", "--robot", robot.c_str(), "--fault",
+            "FrontLaser:off", nullptr);
+    });
   }
 
   void expectEnd(int status) {
     EXPECT_TRUE(terminal.shows("\x1b[?25h\x1b[?1049l"));
-    EXPECT_EQ(awaitEnd(), status);
+    EXPECT_EQ(process.awaitEnd(), status);
     EXPECT_TRUE(terminal.isAsBefore());
   }
 
   PseudoTerminal terminal;
-  pid_t process = 0;
+  test::ChildProcess process;
 };
 
 TEST_F(WatchTest, keysChooseASensorAndSwitchIt) {
@@ -147,7 +134,7 @@ TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
   for (const int signal : {SIGINT, SIGTERM}) {
     start();
     ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
-    kill(process, signal);
+    process.signal(signal);
     expectEnd(128 + signal);
   }
 }
