@@ -1,5 +1,5 @@
-# Writes OUTPUT, a source with the content of every file in FOLDER.
-file(GLOB files ${FOLDER}/*)
+# Writes OUTPUT, a source with the content of every file in FILES.
+set(files ${FILES})
 list(SORT files)
 set(arrays "")
 set(entries "")

@@ -1,7 +1,8 @@
 #pragma once
 
 #include <map>
-#include <mutex>
+#include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 

@@ -70,6 +70,9 @@ std::vector<LiveSensor> SensorLook::look() {
     sensors[found->second].records.push_back(std::move(record));
   }
   for (LiveSensor& sensor : sensors) {
+    std::erase_if(sensor.points, [](const auto& point) {
+      return !std::isfinite(point.x) || !std::isfinite(point.y);
+    });
     sensor.points = thinned(sensor.points);
     sensor.rate = xMeasureRate(sensor.name);
   }

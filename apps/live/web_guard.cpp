@@ -31,17 +31,23 @@ std::string hostOf(const std::string& origin) {
   return std::any_of(host.begin(), host.end(), isOdd) ? std::string() : host;
 }
 
-bool isAddress(const std::string& name) {
-  unsigned char buffer[sizeof(in6_addr)];
-  return inet_pton(AF_INET, name.c_str(), buffer) == 1 ||
-         inet_pton(AF_INET6, name.c_str(), buffer) == 1;
+// An IP address in the one form that browsers use; empty for anything else.
+std::string addressIn(const std::string& text) {
+  unsigned char bytes[sizeof(in6_addr)];
+  char canonical[INET6_ADDRSTRLEN];
+  for (const int family : {AF_INET, AF_INET6}) {
+    if (inet_pton(family, text.c_str(), bytes) == 1) {
+      return inet_ntop(family, bytes, canonical, sizeof canonical);
+    }
+  }
+  return {};
 }
 
 }  // namespace
 
 WebGuard::WebGuard(const std::string& address, const std::vector<std::string>& given)
-    : anyAddress(address == "0.0.0.0" || address == "::"),
-      hosts{"localhost", "127.0.0.1", "::1", lowered(address)} {
+    : anyAddress(addressIn(address) == "0.0.0.0" || addressIn(address) == "::"),
+      names{"localhost", "127.0.0.1", "::1", addressIn(address)} {
   for (const std::string& origin : given) {
     const std::string name = lowered(origin);
     const std::string host = hostOf(name);
@@ -50,7 +56,7 @@ WebGuard::WebGuard(const std::string& address, const std::vector<std::string>& g
                        origin + "\" given");
     }
     origins.insert(name);
-    hosts.insert(nameOf(host));
+    if (name.starts_with("http://")) hosts.insert(host);
   }
 }
 
@@ -65,12 +71,16 @@ std::string WebGuard::findFault(const std::string& host, const std::string& orig
 
 // Who owns a name may point it to any address; an address can't be made to be another.
 bool WebGuard::xIsOurs(const std::string& host) const {
+  if (hosts.count(host) > 0) return true;
   const std::string name = nameOf(host);
-  return hosts.count(name) > 0 || (anyAddress && isAddress(name));
+  const std::string address = addressIn(name);
+  if (address.empty()) return !name.empty() && names.count(name) > 0;
+  return anyAddress || names.count(address) > 0;
 }
 
 bool isLoopback(const std::string& address) {
-  return address == "localhost" || address == "::1" || address.rfind("127.", 0) == 0;
+  const std::string canonical = addressIn(address);
+  return canonical == "::1" || canonical.starts_with("127.");
 }
 
 }  // namespace QV::app

@@ -10,8 +10,9 @@ namespace QV::app {
 class WebGuard {
  public:
   /**
-   * Of a server at `address`; `origins` such as "https://viewer.example" are let in, too. What is
-   * no origin: UsageError.
+   * Of a server at `address`; `origins` such as "https://viewer.example" are let in, too, and the
+   * host and port of one that begins with "http://" is a Host of ours. What is no origin:
+   * UsageError.
    */
   WebGuard(const std::string& address, const std::vector<std::string>& origins);
 
@@ -25,6 +26,9 @@ class WebGuard {
   bool xIsOurs(const std::string& host) const;
 
   const bool anyAddress;
+  /** Names and addresses, with any port. */
+  std::set<std::string> names;
+  /** With their ports. */
   std::set<std::string> hosts;
   std::set<std::string> origins;
 };

@@ -64,9 +64,12 @@ test('a goal is set, and dropped, without a pointer', async () => {
 
 test('arrow keys in a list choose there and do not drive', async () => {
   await live.page.locator('#log-level').focus();
-  await live.page.keyboard.press('ArrowDown');
-  const { velocity } = await live.until(() => true);
-  assert.deepEqual([velocity.x, velocity.theta], [0, 0]);
+  const { pose } = await live.until(() => true);
+  await live.page.keyboard.down('ArrowDown');
+  for (let states = 0; states < 5; ++states) {
+    assert.deepEqual((await live.until(() => true)).pose, pose);
+  }
+  await live.page.keyboard.up('ArrowDown');
   assert.equal(await live.page.locator('#log-level').inputValue(), 'warning');
 });
 

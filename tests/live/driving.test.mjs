@@ -1,6 +1,8 @@
 // The robot driven by keys and by goals, and time held still.
 import assert from 'node:assert/strict';
+import { once } from 'node:events';
 import { after, afterEach, before, test } from 'node:test';
+import WebSocket from 'ws';
 import { LivePage, launch } from './support/browser.mjs';
 import { PORTER, serve } from './support/program.mjs';
 
@@ -25,6 +27,7 @@ test('driving into a wall is felt', async () => {
   await live.switchOf('Touch', 'Subscribe').click();
   await live.page.keyboard.down('ArrowUp');
   const { touches } = await live.until((state) => state.touches.length > 0);
+  await live.untilSensor('Touch', ({ points }) => points.length > 0);
   await live.page.keyboard.up('ArrowUp');
   assert.equal(touches[0].name, 'FrontBumper');
   await live.page.getByText('Touch: FrontBumper').waitFor();
@@ -40,10 +43,13 @@ test('the left key turns left until it is released', async () => {
 
 test('a robot whose page is gone stops', async () => {
   await start('--pose', '3,6.3,0');
-  const driver = await LivePage.open(browser, program.url);
-  await driver.page.keyboard.down('ArrowUp');
-  await live.until(({ velocity }) => velocity.x > 0.1);
-  await driver.close();
+  const driver = new WebSocket(`${program.url.replace('http', 'ws')}live`, 'qv.live.v1');
+  await once(driver, 'open');
+  const renewal = setInterval(() => driver.send('{"op":"drive","forward":0.4,"turn":0}'), 100);
+  const { pose } = await live.until(({ velocity }) => velocity.x > 0.1);
+  await live.until((state) => state.pose.x > pose.x + 0.4);
+  clearInterval(renewal);
+  driver.terminate();
   await live.until(({ velocity }) => velocity.x === 0);
 });
 
@@ -61,6 +67,18 @@ test('a drag from the robot sets a goal, and the robot gets there', async () => 
   assert.ok(goal.x > pose.x, `${goal.x} m is not ahead of ${pose.x} m`);
   const { pose: there } = await live.until((state) => state.goal === null);
   assert.ok(Math.abs(there.x - goal.x) < 0.3, `${there.x} m instead of ${goal.x} m`);
+});
+
+test('picking a goal ends with a press on the robot', async () => {
+  await start('--pose', '3,6.3,0');
+  await live.page.getByRole('button', { name: 'Follow' }).click();
+  await live.until(() => true);
+  await live.page.keyboard.press('g');
+  await live.page.locator('#map').click();
+  await live.page.locator('#goal[aria-pressed=false]').waitFor();
+  await live.page.keyboard.down('ArrowLeft');
+  await live.until(({ velocity }) => velocity.theta > 0);
+  await live.page.keyboard.up('ArrowLeft');
 });
 
 test('a goal that cannot be reached is refused with a reason', async () => {

@@ -1,4 +1,5 @@
-// The families' colours, which people with any kind of colour vision tell apart, and the theme's.
+// The families' colours, which people with any kind of colour vision tell apart, and the theme's. Bumpers are simulated, touches
+// are not: no robot has both.
 
 const FAMILIES = {
   Laser: '#0072b2',

@@ -20,6 +20,14 @@ export class DepthPanel {
     this.#show();
   }
 
+  /** Forgets the frame, as another program may show other things. */
+  clear() {
+    this.#sensor = '';
+    setHidden(byId('depth'), true);
+    setHidden(byId('depth-empty'), false);
+    setText(byId('depth-caption'), '');
+  }
+
   /** Without its sensor, the frame is an old one. */
   setState(sensors) {
     const sensor = sensors.find(({ name }) => name === this.#sensor);

@@ -29,7 +29,9 @@ export class GoalPicker {
   }
 
   beginDrag() {
-    if (this.isPossible) this.isDragged = true;
+    if (!this.isPossible) return;
+    this.#showPicking(false, null);
+    this.isDragged = true;
   }
 
   dragTo(goal) {
@@ -61,8 +63,7 @@ export class GoalPicker {
 
   pick(goal) {
     this.#showPicking(false, null);
-    this.#send(goal);
-    notify(describe(goal));
+    if (this.#send(goal)) notify(describe(goal));
   }
 
   cancel() {
@@ -75,7 +76,6 @@ export class GoalPicker {
   takeKey(event) {
     if (!this.isPicking) return false;
     if (event.key === 'Enter') this.pick(this.#view.picked);
-    else if (event.key === 'Escape') this.cancel();
     else if (DIRECTIONS[event.key]) this.#moveBy(DIRECTIONS[event.key], event.shiftKey ? LONG_STEP : STEP);
     else return false;
     return true;

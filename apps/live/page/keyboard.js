@@ -3,9 +3,10 @@
 const PAN = { ArrowUp: [0, 60], ArrowDown: [0, -60], ArrowLeft: [60, 0], ArrowRight: [-60, 0] };
 const OWN_ARROWS = 'select, input:not([type=checkbox]), textarea, [role=log]';
 
-/** `actions`: goal and drive take keys, view is the map's, and onKey maps other keys to functions. */
+/** `goal` and `drive` take keys, `view` is the map's, `onKey` maps other keys to functions: Escape from anywhere. */
 export function listenToKeys({ goal, drive, view, onKey }) {
   addEventListener('keydown', (event) => {
+    if (event.key === 'Escape') return onKey.Escape();
     if (event.ctrlKey || event.metaKey || event.altKey || event.target.matches?.(OWN_ARROWS)) return;
     if (handle(event)) event.preventDefault();
   });

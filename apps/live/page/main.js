@@ -91,6 +91,7 @@ const receivers = {
     sensors.setFamilies(message.families);
     robot.setWorld(message);
     log.clear();
+    depth.clear();
     hasDepth = message.world === 'embedded';
     return map.setWorld(message);
   },

@@ -32,7 +32,8 @@ export class MapGestures {
     const point = [event.offsetX, event.offsetY];
     this.#pointers.set(event.pointerId, point);
     this.#canvas.setPointerCapture(event.pointerId);
-    this.#from = point;
+    // Two fingers are no click.
+    this.#from = this.#pointers.size > 1 ? null : point;
     if (this.#pointers.size > 1) this.#goal.dropDrag();
     else if (this.#isOnRobot(event)) this.#goal.beginDrag();
   }
@@ -51,7 +52,7 @@ export class MapGestures {
     if (!this.#pointers.delete(event.pointerId)) return;
     const [left, top] = [event.offsetX, event.offsetY];
     if (this.#goal.isDragged) this.#goal.endDrag(this.#isOnRobot(event));
-    else if (this.#goal.isPicking && Math.hypot(left - this.#from[0], top - this.#from[1]) < CLICK) {
+    else if (this.#goal.isPicking && this.#from && Math.hypot(left - this.#from[0], top - this.#from[1]) < CLICK) {
       this.#goal.pick(this.#view.viewport.toMap(left, top));
     }
   }

@@ -24,16 +24,15 @@ function fanPath(context, viewport, fan) {
 
 export function drawFieldOfView(context, viewport, theme, sensor, isChosen) {
   const fan = sensor.fieldOfView;
-  if (!fan || fan.maxRange <= 0 || (!sensor.started && !isChosen)) return;
-  const strength = sensor.started ? freshness(sensor.age) : 1;
+  if (!fan || fan.maxRange <= 0) return;
+  const strength = freshness(sensor.age);
   context.save();
   fanPath(context, viewport, fan);
   context.fillStyle = context.strokeStyle = readable(colourOfFamily(sensor.family), theme.free);
   context.globalAlpha = (isChosen ? 0.3 : 0.1) * strength;
-  if (sensor.started) context.fill();
+  context.fill();
   context.globalAlpha = (isChosen ? 1 : 0.55) * strength;
   context.lineWidth = isChosen ? 2 : 1;
-  if (!sensor.started) context.setLineDash([5, 4]);
   context.stroke();
   context.restore();
 }

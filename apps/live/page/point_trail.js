@@ -17,7 +17,8 @@ export class PointTrail {
       this.#sets.set(sensor.name, sets);
       const measured = time - (sensor.age ?? 0);
       if (sets.length > 1 && sets.at(-1).time - sets.at(-2).time < INTERVAL) sets.pop();
-      if (sensor.points.length > 0 && sets.at(-1)?.time !== measured) sets.push({ time: measured, points: sensor.points });
+      // No points are news, too.
+      if (sets.at(-1)?.time !== measured) sets.push({ time: measured, points: sensor.points });
       while (sets.length > 0 && (sets[0].time < time - LENGTH || sets[0].time > time)) sets.shift();
     }
   }

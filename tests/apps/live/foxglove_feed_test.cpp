@@ -94,8 +94,10 @@ TEST_F(FoxgloveFeedTest, theMapComesOnceAndTheLogLineByLine) {
       R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":2},{"id":2,"channelId":3}]})",
       false);
   sut.publish(snapshot());
-  sut.publishLog({{ko::log::Level::error, "A", "b", "c", {}}});
-  ASSERT_EQ(viewer->sent.size(), 2u);
+  sut.publish(snapshot());
+  sut.publishLog(
+      {{ko::log::Level::error, "A", "b", "c", {}}, {ko::log::Level::info, "", "", "", {}}});
+  ASSERT_EQ(viewer->sent.size(), 3u);
   const json grid = json::parse(viewer->sent[0].payload->substr(13));
   EXPECT_EQ(grid["column_count"], robot.getMap().getWidth());
   const json line = json::parse(viewer->sent[1].payload->substr(13));

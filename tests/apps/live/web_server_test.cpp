@@ -223,15 +223,29 @@ TEST(WebGuard, letsInOnlyItsOwnAddressesAndTheOriginsThatItIsTold) {
       {"192.168.0.7", "192.168.0.7:8765", "", true},
       {"0.0.0.0", "192.168.0.7:8765", "http://192.168.0.7:8765", true},
       {"0.0.0.0", "robot.example", "", false},
+      {"2001:DB8:0::7", "[2001:db8::7]:8765", "http://[2001:db8::7]:8765", true},
+      {"::0", "[2001:db8::7]", "", true},
+      {"127.0.0.1", "viewer.example", "", false},
+      {"127.0.0.1", "robot.example:8765", "http://robot.example:8765", true},
+      {"127.0.0.1", "robot.example:80", "http://robot.example:80", false},
   };
   for (const auto& [address, host, origin, passes] : cases) {
-    const WebGuard sut(address, {"https://Viewer.example"});
+    const WebGuard sut(address, {"https://Viewer.example", "http://robot.example:8765"});
     EXPECT_EQ(sut.findFault(host, origin).empty(), passes)
         << address << ' ' << host << ' ' << origin;
   }
   EXPECT_EQ(test::errorOf([] { WebGuard("::1", {"viewer.example"}); }),
             "--allow-origin: an origin such as https://viewer.example expected, "
             "\"viewer.example\" given");
+}
+
+TEST(WebGuard, knowsWhichAddressesOnlyThisMachineReaches) {
+  for (const char* address : {"127.0.0.1", "127.1.2.3", "::1", "0:0:0:0:0:0:0:1"}) {
+    EXPECT_TRUE(isLoopback(address)) << address;
+  }
+  for (const char* address : {"0.0.0.0", "::", "192.168.0.7", "2001:db8::7", "127.evil.example"}) {
+    EXPECT_FALSE(isLoopback(address)) << address;
+  }
 }
 
 }  // namespace

@@ -1,4 +1,5 @@
 // qvsensors serve, on a free port, with its output.
+import assert from 'node:assert/strict';
 import { spawn } from 'node:child_process';
 import { once } from 'node:events';
 import path from 'node:path';
@@ -13,7 +14,7 @@ export function inRoot(name) {
   return path.join(root, name);
 }
 
-/** Resolves when it serves: {url, port, stop}, where stop(signal) resolves to the exit code. */
+/** Resolves when it serves: {url, port, stop}, where stop(signal) expects the exit code of that signal. */
 export async function serve(options, port = 0) {
   const program = spawn(binary, ['serve', ...options, '--port', String(port)], { cwd: root });
   let output = '';
@@ -33,8 +34,10 @@ export async function serve(options, port = 0) {
   for (const handle of [program, program.stdout, program.stderr]) handle.unref();
   const stop = async (signal = 'SIGTERM') => {
     program.ref();
-    if (program.exitCode === null && program.kill(signal)) await once(program, 'exit');
-    return program.exitCode;
+    if (program.exitCode === null && program.kill(signal)) {
+      await once(program, 'exit');
+      assert.equal(program.exitCode, { SIGINT: 130, SIGTERM: 143 }[signal], errors);
+    }
   };
   return { url, port: Number(new URL(url).port), stop };
 }
