@@ -53,11 +53,15 @@ endfunction()
 
 # Fast from nothing, slow after each change: for builds that are made once.
 set(QV_UNITY "" CACHE STRING "Top-level folders whose sources are compiled several at a time")
+set(QV_UNOPTIMISED "" CACHE STRING "Top-level folders that are compiled without optimisation")
 
-# qv_unite(TARGET FOLDER)
-function(qv_unite target folder)
+# qv_hasten(TARGET FOLDER)
+function(qv_hasten target folder)
   if(folder IN_LIST QV_UNITY)
     set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+  endif()
+  if(folder IN_LIST QV_UNOPTIMISED)
+    target_compile_options(${target} PRIVATE -O0)
   endif()
 endfunction()
 
@@ -76,7 +80,7 @@ function(qv_add_library name)
   target_compile_features(qv_${name} PUBLIC cxx_std_20)
   target_link_libraries(qv_${name} PRIVATE $<BUILD_INTERFACE:qv_options>)
   qv_precompile(qv_${name})
-  qv_unite(qv_${name} ${name})
+  qv_hasten(qv_${name} ${name})
   set_target_properties(qv_${name} PROPERTIES
     EXPORT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
   install(TARGETS qv_${name} EXPORT QVSensorTargets)

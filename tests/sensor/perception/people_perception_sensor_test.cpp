@@ -19,8 +19,8 @@ using testing::FloatNear;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-const Math::SensorFieldOfView2D kFieldOfView(0.4f, 4.0f, 1.0f, 320);
-const std::string kError = "error QVNavigation.PeoplePerceptionSensor.";
+const Math::SensorFieldOfView2D kPeopleView(0.4f, 4.0f, 1.0f, 320);
+const std::string kPeopleError = "error QVNavigation.PeoplePerceptionSensor.";
 const QVValue kUnread;
 
 QVValue person(const QVValue& distance, const QVValue& angleY, const QVValue& angleZ) {
@@ -56,7 +56,7 @@ class PeoplePerceptionSensorTest : public test::FakeRobotTest {
     });
     broker->registerModule(video);
     broker->registerModule(navigation);
-    sut.emplace("PeoplePerception", "Asus", kFieldOfView, std::vector<std::string>(), broker);
+    sut.emplace("PeoplePerception", "Asus", kPeopleView, std::vector<std::string>(), broker);
   }
 
   void raise(const QVValue& value) {
@@ -89,7 +89,7 @@ TEST_F(PeoplePerceptionSensorTest, peopleStandWhereTheCameraSawThem) {
   Math::MetricalData expected;
   expected.sensorName = "PeoplePerception";
   expected.familyName = "Asus";
-  expected.fieldOfView = kFieldOfView;
+  expected.fieldOfView = kPeopleView;
   expected.sensorTransform = test::tiltedFrame();
   expected.points = records[0].points;
   expected.timestamp = ko::Clock::time_point(ko::Duration(12'345'678'000));
@@ -102,7 +102,7 @@ TEST_F(PeoplePerceptionSensorTest, beforeTheFirstEventThereIsNobody) {
   Math::MetricalData expected;
   expected.sensorName = "PeoplePerception";
   expected.familyName = "Asus";
-  expected.fieldOfView = kFieldOfView;
+  expected.fieldOfView = kPeopleView;
   expected.timestamp = ko::Clock::now();
   EXPECT_THAT(sut->getData(), IsEmpty());
   EXPECT_THAT(readOf(*sut), ElementsAre(expected));
@@ -180,7 +180,7 @@ TEST_F(PeoplePerceptionSensorTest, whatIsNoEventIsLoggedAndChangesNothing) {
   for (const auto& [event, message] : cases) {
     log.clear();
     sut->onUpdatePeopleList("", event, "");
-    EXPECT_THAT(log.lines(), ElementsAre(kError + "onUpdatePeopleList: " + message)) << event;
+    EXPECT_THAT(log.lines(), ElementsAre(kPeopleError + "onUpdatePeopleList: " + message)) << event;
   }
   EXPECT_THAT(points(), SizeIs(1));
 }
@@ -193,7 +193,7 @@ TEST_F(PeoplePerceptionSensorTest, withoutTheCamerasPoseTheFormerPeopleStay) {
   broker->planFailure("QVMotion._getSensorTransformAtTime", "too long ago");
   sut->onUpdatePeopleList("", crowd(3), "");
   EXPECT_THAT(points(), SizeIs(1));
-  const std::string start = kError + "onUpdatePeopleList: Unable to get transform: ";
+  const std::string start = kPeopleError + "onUpdatePeopleList: Unable to get transform: ";
   EXPECT_THAT(log.lines(),
               ElementsAre(start + "QVVideoDevice::getCameraName: no camera 3",
                           testing::StartsWith(start + "QVMotion::_getSensorTransformAtTime: "),
@@ -222,10 +222,10 @@ TEST_F(PeoplePerceptionSensorTest, aSubscriptionThatFailsIsLoggedAndClearsTheDia
   EXPECT_FALSE(sut->isDiagnosisSucess());
   const std::string event = "PeoplePerception/PeopleDetected: ";
   EXPECT_THAT(log.lines(),
-              ElementsAre(kError + "xSubscribeToHardware: Unable to subscribe to " + event +
+              ElementsAre(kPeopleError + "xSubscribeToHardware: Unable to subscribe to " + event +
                               "memory is full",
-                          kError + "xUnsubscribeFromHardware: Unable to unsubscribe from " + event +
-                              "memory is busy"));
+                          kPeopleError + "xUnsubscribeFromHardware: Unable to unsubscribe from " +
+                              event + "memory is busy"));
 }
 
 }  // namespace

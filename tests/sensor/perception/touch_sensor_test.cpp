@@ -14,7 +14,7 @@ using test::namesOf;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const Math::SensorFieldOfView2D kFieldOfView(0.1f, 0.5f, 1.0f, 3);
+const Math::SensorFieldOfView2D kTouchView(0.1f, 0.5f, 1.0f, 3);
 const std::string kCategory = "Navigation.TouchSensor.";
 
 QVValue touched(const char* group, const QVValue::Array& types) {
@@ -32,7 +32,7 @@ class TouchSensorTest : public test::FakeRobotTest {
       if (sut) sut->onTouchChanged(event, value, module);
     });
     broker->registerModule(navigation);
-    sut.emplace("Touch", "Touch", broker, kFieldOfView);
+    sut.emplace("Touch", "Touch", broker, kTouchView);
   }
 
   template <typename... E>
@@ -54,7 +54,7 @@ TEST_F(TouchSensorTest, aTouchedGroupIsARecordWithAPointInItsFrame) {
   Math::MetricalData expected;
   expected.sensorName = "FrontBumper";
   expected.familyName = "Touch";
-  expected.fieldOfView = kFieldOfView;
+  expected.fieldOfView = kTouchView;
   expected.sensorTransform = test::tiltedFrame();
   expected.points = {{-0.05f, 0.0f, 0.0f}};
   expected.timestamp = ko::Clock::now();
@@ -131,8 +131,7 @@ TEST_F(TouchSensorTest, anEventThatComesDuringAReadingWaitsForItsEnd) {
 
 TEST_F(TouchSensorTest, withoutItsEventThereIsNoSensor) {
   broker->planFailure("QVMemory.subscribeToEvent", "memory is full");
-  EXPECT_EQ(errorOf([&] { TouchSensor("Touch", "Touch", broker, kFieldOfView); }),
-            "memory is full");
+  EXPECT_EQ(errorOf([&] { TouchSensor("Touch", "Touch", broker, kTouchView); }), "memory is full");
   EXPECT_THAT(log.lines(),
               ElementsAre("error " + kCategory +
                           "TouchSensor: Error while subscribing to TouchChanged: memory is full"));
@@ -144,7 +143,7 @@ TEST_F(TouchSensorTest, theEventIsFollowedAllItsLifeAndNeverGivenBack) {
   raise(touched("A", {1}));
   sut.reset();
   raise(released("A"));
-  sut.emplace("Touch", "Touch", broker, kFieldOfView);
+  sut.emplace("Touch", "Touch", broker, kTouchView);
   raise(touched("B", {3}));
   EXPECT_THAT(touchedGroups(), ElementsAre("B"));
   const std::string call =

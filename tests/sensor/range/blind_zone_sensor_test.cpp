@@ -15,8 +15,8 @@ using testing::ElementsAre;
 using testing::FloatNear;
 using testing::IsEmpty;
 
-const Math::SensorFieldOfView2D kFieldOfView(0.3f, 1.5f, 0.5f, 1);
-const std::string kError = "error Navigation.BlindZoneSensor.";
+const Math::SensorFieldOfView2D kBlindZoneView(0.3f, 1.5f, 0.5f, 1);
+const std::string kBlindZoneError = "error Navigation.BlindZoneSensor.";
 
 class BlindZoneSensorTest : public test::FakeRobotTest {
  protected:
@@ -29,7 +29,7 @@ class BlindZoneSensorTest : public test::FakeRobotTest {
   }
 
   BlindZoneSensor makeSensor(const std::vector<std::string>& keys) {
-    return BlindZoneSensor("Blind", "BlindZone", broker, keys, kFieldOfView);
+    return BlindZoneSensor("Blind", "BlindZone", broker, keys, kBlindZoneView);
   }
 
   /** The x of the reading of `value`, and how many events there are then; without one, 0. */
@@ -62,7 +62,7 @@ TEST_F(BlindZoneSensorTest, recordsAndEventsTellWhoAndWhereInTheRobotsFrame) {
   Math::MetricalData expected;
   expected.sensorName = "Blind";
   expected.familyName = "BlindZone";
-  expected.fieldOfView = kFieldOfView;
+  expected.fieldOfView = kBlindZoneView;
   expected.sensorTransform = place;
   expected.points = {{1.5f, 0.0f, 0.0f}};
   expected.timestamp = ko::Clock::now();
@@ -100,7 +100,7 @@ TEST_F(BlindZoneSensorTest, aMotionServiceThatFailsGivesNothing) {
   read(0.0f);
   broker->planFailure("QVMotion.getTransform", "no such frame");
   EXPECT_EQ(read(0.0f), std::pair(0.0f, std::size_t{0}));
-  const std::string start = kError + "xGetData: Unable to retrieve transform: ";
+  const std::string start = kBlindZoneError + "xGetData: Unable to retrieve transform: ";
   EXPECT_THAT(log.lines(), ElementsAre(start + "Pose2D: 3 floats (x, y, theta) expected, 2 given",
                                        start + "Transform: 12 floats expected, 11 given",
                                        start + "no such frame"));
@@ -124,12 +124,13 @@ TEST_F(BlindZoneSensorTest, anEventThatMemoryRefusesIsLoggedAndLost) {
   broker->plan("QVMemory.declareEvent", [] { throw 42; });
   BlindZoneSensor undeclared = makeSensor({"detector"});
   EXPECT_EQ(readOf(undeclared).size(), 1u);
-  const std::string raise = kError + "xGetData: Unable to raise Navigation/MotionDetected: full";
-  EXPECT_THAT(
-      log.lines(),
-      ElementsAre(raise,
-                  kError + "BlindZoneSensor: Unable to declare event Navigation/MotionDetected",
-                  raise));
+  const std::string raise =
+      kBlindZoneError + "xGetData: Unable to raise Navigation/MotionDetected: full";
+  EXPECT_THAT(log.lines(),
+              ElementsAre(raise,
+                          kBlindZoneError +
+                              "BlindZoneSensor: Unable to declare event Navigation/MotionDetected",
+                          raise));
   EXPECT_EQ(errorOf([&] {
               makeSensor({"a", "b"});
             }),

@@ -11,7 +11,7 @@ using test::kNan;
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-const std::string kError = "error Navigation.HoleLaserSensor.xGetData: ";
+const std::string kHoleLaserError = "error Navigation.HoleLaserSensor.xGetData: ";
 const std::vector<Position3D> kScan{{0.30f, 0.05f, 0.0f}, {0.32f, -0.04f, 0.0f}};
 const std::vector<Position3D> kHole{{0.1f, 0.05f, 0.0f}, {0.1f, -0.04f, 0.0f}};
 
@@ -76,9 +76,9 @@ TEST_F(HoleLaserSensorTest, whatCannotBeReadGivesNothingAndAStatusStopsTheLaserT
   memory.insertData("y1", "left");
   EXPECT_THAT(readOf(sut), IsEmpty());
   const std::string wrong = "\nQVValue::toFloat: float expected, string given";
-  EXPECT_THAT(log.lines(), ElementsAre(kError + "unable to retrieve data: status" + wrong,
-                                       kError + "unable to retrieve data: error" + wrong,
-                                       kError + "Invalid hole data for Hole"));
+  EXPECT_THAT(log.lines(), ElementsAre(kHoleLaserError + "unable to retrieve data: status" + wrong,
+                                       kHoleLaserError + "unable to retrieve data: error" + wrong,
+                                       kHoleLaserError + "Invalid hole data for Hole"));
 }
 
 }  // namespace

@@ -17,7 +17,7 @@ using testing::ElementsAre;
 using testing::ElementsAreArray;
 using testing::IsEmpty;
 
-const Math::SensorFieldOfView2D kFieldOfView(0.5f, 5.0f, 1.0f, 1);
+const Math::SensorFieldOfView2D kLaserView(0.5f, 5.0f, 1.0f, 1);
 const std::string kRead = "error Navigation.LaserSensor.xGetData: ";
 const std::string kSetKey = " Navigation.LaserSensor.xSetKey: ";
 
@@ -26,7 +26,7 @@ class LaserSensorTest : public test::FakeRobotTest {
   LaserSensorTest() { memory.insertData("stamp", 90); }
 
   boost::shared_ptr<LaserSensor> makeLaser(const std::vector<std::string>& keys, int mask = 2) {
-    return boost::make_shared<LaserSensor>("Front", "Laser", kFieldOfView, broker, keys, mask,
+    return boost::make_shared<LaserSensor>("Front", "Laser", kLaserView, broker, keys, mask,
                                            "modeActuator", "mode", "stamp");
   }
 
@@ -78,7 +78,7 @@ TEST_F(LaserSensorTest, aRecordTellsWhoMeasuredAndLiesInTheGroundPlane) {
   ASSERT_EQ(records.size(), 1u);
   EXPECT_EQ(records[0].sensorName, "Front");
   EXPECT_EQ(records[0].familyName, "Laser");
-  EXPECT_EQ(records[0].fieldOfView, kFieldOfView);
+  EXPECT_EQ(records[0].fieldOfView, kLaserView);
   EXPECT_THAT(records[0].sensorTransform,
               test::IsNearFrame(Math::transformFromPose2D({0.1f, -0.2f, 0.7f})));
   EXPECT_EQ(broker->callsTo("QVMotion").back(), "_getSensorTransformAtTime[\"Front\", 40000000]");
