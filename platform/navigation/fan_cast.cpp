@@ -40,7 +40,7 @@ constexpr std::uint32_t kSlack = kStrip + 3;
 // Any steeper, and the line with its slack could leave the block.
 constexpr Height kSteepest = (Height{1} << GridRay::kFractionBits) - (Height{4} << kDroppedBits);
 
-/** The rays of a fan, each value of all of them together; whole where a GridRay has integers. */
+/** The rays of a fan, each value of all of them together. */
 struct Rays {
   static constexpr int kSize = FanCast::kMostRays + FanCast::kMore;
 
@@ -50,16 +50,21 @@ struct Rays {
   double perColumn[kSize];
   double acrossPart[kSize];
   double last[kSize];
-  double exit[kSize];
-  double rise[kSize];
-  /** What the walk finds: the column, and the row after the one where the ray enters it. */
-  double column[kSize];
-  double nextRow[kSize];
-  /** All bits set for yes, none for no. */
-  std::int64_t isHit[kSize];
-  std::int64_t isHitOnEntry[kSize];
   /** The way of what is no hit: infinite, or in doubt. */
   double otherwise[kSize];
+  /** Heights, whole or not, of a GridRay and of the line's low end over the first strip. */
+  double exit[kSize];
+  double rise[kSize];
+  double low[kSize];
+  /** In the image. */
+  std::int32_t lastStrip[kSize];
+  /** What the walk finds: a column of the image, its word in a block (or 0), and row 0's bit. */
+  std::int32_t column[kSize];
+  std::uint32_t word[kSize];
+  std::int32_t bitBase[kSize];
+  /** Whole heights. */
+  Height wholeExit[kSize];
+  Height wholeRise[kSize];
 };
 
 int groupOf(Height height) {
@@ -68,6 +73,15 @@ int groupOf(Height height) {
 
 std::uint32_t heightInGroup(Height height) {
   return static_cast<std::uint32_t>(height >> kDroppedBits) & kInGroup;
+}
+
+int rowInGroup(Height height) {
+  return GridRay::rowFrom(height) & (StripImage::kGroupRows - 1);
+}
+
+/** As bits, counted from where it starts, the most rows that what is so high can lie in. */
+std::uint32_t rowsOf(std::uint32_t height) {
+  return (4u << (height >> kFractionBits)) - 1;
 }
 
 /** The rows that heights within a block lie in, as bits. */
@@ -202,9 +216,34 @@ void turn(const FanCast& fan, const double* cosines, const double* sines, int co
   }
 }
 
-// The operations of aimRay in their order, so that the lines are the same to the last bit.
-void aim(const FanCast& fan, const FanSector& sector, int begin, int end, Rays& rays) {
+/** How the lines of a sector's rays lie over the first strip, where all of them start. */
+struct Approach {
+  explicit Approach(const FanSector& sector)
+      : from(sector.turnColumn(sector.first)),
+        firstStrip(from / kStrip),
+        floor((sector.acrossReversed ? sector.rows * kOne : 0.0) - kMargin) {
+    const int nearEdge =
+        sector.alongReversed ? sector.columns - kStrip * (firstStrip + 1) : kStrip * firstStrip;
+    toLowEnd = nearEdge + (sector.acrossReversed ? kStrip : 0) - sector.first - 1;
+  }
+
+  static constexpr double kMargin = Height{1} << kDroppedBits;
+
+  int from;
+  int firstStrip;
+  /** The height of the image's lowest row, and a little less. */
+  double floor;
+  /** In rises, from where a ray leaves its first column to its low end over the strip. */
+  double toLowEnd;
+};
+
+// The operations of aimRay in their order, so that the lines are the same to the last bit; but low
+// may be off by much less than the margin.
+void aim(const FanCast& fan, const FanSector& sector, const Approach& approach, int begin, int end,
+         Rays& rays) {
   const Doubles d;
+  const hn::Rebind<std::int32_t, Doubles> d32;
+  const auto one = hn::Set(d, 1.0);
   const auto along = hn::Set(d, sector.along);
   const auto across = hn::Set(d, sector.across);
   const auto columns = hn::Set(d, sector.columns);
@@ -219,145 +258,180 @@ void aim(const FanCast& fan, const FanSector& sector, int begin, int end, Rays& 
     const auto slope = hn::Div(acrossPart, alongPart);
     const auto reached = hn::Min(columns, hn::Add(along, hn::Mul(reach, alongPart)));
     const auto top = hn::Add(along, hn::Div(rowsAbove, slope));
-    const auto last =
-        hn::Min(hn::Sub(columns, hn::Set(d, 1.0)), hn::Add(hn::Min(reached, top), hn::Set(d, 1.0)));
-    const auto exit = hn::Add(across, hn::Mul(toExit, slope));
-    hn::StoreU(hn::Div(hn::Set(d, 1.0), alongPart), d, rays.perColumn + i);
-    hn::StoreU(acrossPart, d, rays.acrossPart + i);
+    const auto farthest = hn::Min(hn::Sub(columns, one), hn::Add(hn::Min(reached, top), one));
+    const auto exit = hn::Mul(hn::Add(across, hn::Mul(toExit, slope)), hn::Set(d, kOne));
     const auto rise = hn::Mul(slope, hn::Set(d, kOne));
     const auto tooSteep = hn::Gt(rise, hn::Set(d, static_cast<double>(kSteepest)));
-    hn::StoreU(hn::IfThenElse(tooSteep, hn::Set(d, sector.first), last), d, rays.last + i);
+    const auto last = hn::IfThenElse(tooSteep, hn::Set(d, sector.first), farthest);
+    const auto toLow = hn::Add(exit, hn::Mul(hn::Set(d, approach.toLowEnd), rise));
+    const auto low =
+        hn::Add(hn::Set(d, approach.floor), hn::Mul(hn::Set(d, sector.rowStep), toLow));
+    const auto lastColumn =
+        hn::Add(hn::Set(d32, sector.columnBase),
+                hn::Mul(hn::Set(d32, sector.columnStep), hn::DemoteTo(d32, last)));
+    hn::StoreU(hn::Div(one, alongPart), d, rays.perColumn + i);
+    hn::StoreU(acrossPart, d, rays.acrossPart + i);
+    hn::StoreU(last, d, rays.last + i);
     hn::StoreU(hn::IfThenElse(tooSteep, hn::Set(d, kDoubtful), hn::Set(d, kNever)), d,
                rays.otherwise + i);
-    hn::StoreU(hn::Mul(exit, hn::Set(d, kOne)), d, rays.exit + i);
+    hn::StoreU(exit, d, rays.exit + i);
     hn::StoreU(rise, d, rays.rise + i);
+    hn::StoreU(low, d, rays.low + i);
+    hn::StoreU(hn::ShiftRight<StripImage::kStripBits>(lastColumn), d32, rays.lastStrip + i);
   }
 }
-
-/** How the lines of a sector's rays lie over the first strip, where all of them start. */
-struct Approach {
-  explicit Approach(const FanSector& sector)
-      : rowStep(sector.rowStep),
-        from(sector.turnColumn(sector.first)),
-        firstStrip(from / kStrip),
-        floor((Height{sector.acrossReversed ? sector.rows : 0} << GridRay::kFractionBits) -
-              (Height{1} << kDroppedBits)) {
-    const int nearEdge =
-        sector.alongReversed ? sector.columns - kStrip * (firstStrip + 1) : kStrip * firstStrip;
-    toLowEnd = nearEdge + (sector.acrossReversed ? kStrip : 0) - sector.first - 1;
-  }
-
-  /** The height of a line's low end there, and what it gains from strip to strip. */
-  Height lowEnd(Height exit, Height rise) const {
-    return floor + rowStep * (exit + toLowEnd * rise);
-  }
-  Height advance(Height rise) const { return rowStep * (kStrip * rise); }
-
-  int rowStep;
-  int from;
-  int firstStrip;
-  Height floor;
-  /** In rises, from where a ray leaves its first column. */
-  Height toLowEnd;
-};
 
 /** Where a walk ends: in the first strip with columns to settle or, if none has any, the last. */
 struct Stop {
   int strip;
   int group;
+  const StripImage::Block* block;
   std::uint32_t columns;
 };
 
-/** Settles whether the ray meets the nearest of the columns, or only comes close: in doubt then. */
-HWY_INLINE void settle(const FanSector& sector, const Stop& stop, Height firstExit, Height rise,
-                       int last, int i, Rays& rays) {
+constexpr StripImage::Block kEmptyBlock;
+
+/** Keeps the nearest of the columns. */
+HWY_INLINE void keep(const FanSector& sector, const Stop& stop, int i, Rays& rays) {
   const std::uint32_t none = stop.columns == 0;
   const auto lane = static_cast<unsigned>(
       sector.alongReversed ? 31 - hwy::Num0BitsAboveMS1Bit_Nonzero32(stop.columns | none)
                            : hwy::Num0BitsBelowLS1Bit_Nonzero32(stop.columns | none));
-  const int column = sector.turnColumn(kStrip * stop.strip + static_cast<int>(lane));
-  const Height exit = firstExit + (column - sector.first) * rise;
-  const int row = GridRay::rowFrom(exit - rise);
-  const std::uint32_t crosses = GridRay::rowBelow(exit) > row;
-  const std::uint32_t word = sector.image.getBlock(stop.strip, stop.group).words[lane];
-  const int bit = sector.turnRow(row) - StripImage::kGroupRows * stop.group;
-  const std::uint32_t onEntry = word >> (bit & 31) & 1u;
-  const std::uint32_t onNext = word >> ((bit + sector.rowStep) & 31) & crosses;
-  const std::uint32_t candidate = (column <= last) & ~none;
-  const std::uint32_t isHit = candidate & (onEntry | onNext);
-  rays.column[i] = column;
-  rays.nextRow[i] = row + 1;
-  rays.isHit[i] = -static_cast<std::int64_t>(isHit);
-  rays.isHitOnEntry[i] = -static_cast<std::int64_t>(onEntry);
-  if (candidate != isHit) rays.otherwise[i] = kDoubtful;
+  rays.column[i] = kStrip * stop.strip + static_cast<int>(lane);
+  rays.word[i] = stop.block->words[lane] & (none - 1u);
+  rays.bitBase[i] = sector.rowBase - StripImage::kGroupRows * stop.group;
 }
 
-/** Finds what the rays hit beyond their first column. */
-void walk(const FanSector& sector, int begin, int end, Rays& rays) {
-  const StripImage& image = sector.image;
-  const Approach approach(sector);
+/** Finds for each ray the first column beyond its own with a cell that it touches or comes near. */
+void walk(const FanSector& sector, const Approach& approach, int begin, int end, Rays& rays) {
+  const StripImage::View image(sector.image);
+  const int columnStep = sector.columnStep;
+  const int rowStep = sector.rowStep;
   ColumnFinder finder(sector);
   const std::uint32_t all = (1u << kStrip) - 1;
   const int place = approach.from % kStrip;
   const std::uint32_t ahead = sector.alongReversed ? (1u << place) - 1 : all & (all << place << 1);
   for (int i = begin; i < end; ++i) {
-    const auto exit = static_cast<Height>(rays.exit[i]);
     const auto rise = static_cast<Height>(rays.rise[i]);
-    const auto last = static_cast<int>(rays.last[i]);
-    const int lastStrip = sector.turnColumn(last) / kStrip;
-    const Height advance = approach.advance(rise);
+    rays.wholeRise[i] = rise;
+    rays.wholeExit[i] = static_cast<Height>(rays.exit[i]);
+    const int lastStrip = rays.lastStrip[i];
+    const Height advance = rowStep * (kStrip * rise);
     const auto shortRise = static_cast<std::uint32_t>(rise >> kDroppedBits);
+    const std::uint32_t rows = rowsOf(kStrip * shortRise + kSlack);
     finder.setRise(shortRise);
-    Height low = approach.lowEnd(exit, rise);
-    Stop stop{approach.firstStrip, groupOf(low), 0};
-    stop.columns = finder.find(image.getBlock(stop.strip, stop.group), heightInGroup(low), ahead);
-    while (stop.columns == 0 && stop.strip != lastStrip) {
-      stop.strip += sector.columnStep;
-      low += advance;
+    auto low = static_cast<Height>(rays.low[i]);
+    std::uint32_t wanted = ahead;
+    for (Stop stop{approach.firstStrip, 0, &kEmptyBlock, 0};; stop.strip += columnStep) {
       stop.group = groupOf(low);
-      const std::uint32_t height = heightInGroup(low);
-      const std::uint32_t rows = rowsBetween(height, height + kStrip * shortRise + kSlack);
-      if ((image.getUsedRows(stop.strip, stop.group) & rows) == 0) continue;
-      stop.columns = finder.find(image.getBlock(stop.strip, stop.group), height, all);
+      if ((image.getUsedRows(stop.strip, stop.group) >> rowInGroup(low) & rows) != 0) {
+        stop.block = &image.getBlock(stop.strip, stop.group);
+        stop.columns = finder.find(*stop.block, heightInGroup(low), wanted);
+      }
+      if (stop.columns != 0 || stop.strip == lastStrip) {
+        keep(sector, stop, i, rays);
+        break;
+      }
+      low += advance;
+      wanted = all;
     }
-    settle(sector, stop, exit, rise, last, i, rays);
   }
+}
+
+/** Where some rays cross the columns that the walk found. */
+struct Crossing {
+  hn::Vec<Doubles> column;
+  /** The row after the one where a ray enters the column. */
+  hn::Vec<Doubles> nextRow;
+  /** Whether the walk found any; whether a cell stands where the ray enters, and where it goes on
+   * to the next row, if it does. */
+  hn::Mask<Doubles> isAny;
+  hn::Mask<Doubles> hitsOnEntry;
+  hn::Mask<Doubles> hitsNext;
+};
+
+typedef hn::RebindToUnsigned<Doubles> Bits;
+
+/** Whether bit `bit` of each word is set; a bit that is none wraps around to one. */
+HWY_INLINE hn::Mask<Doubles> hasBit(hn::Vec<Bits> words, hn::Vec<Bits> bit) {
+  const Bits d;
+  const auto mask = hn::Shl(hn::Set(d, 1), hn::And(bit, hn::Set(d, 63)));
+  return hn::RebindMask(Doubles(), hn::TestBit(words, mask));
+}
+
+/** A whole number below 2^52. */
+HWY_INLINE hn::Vec<Doubles> toDouble(hn::Vec<Bits> number) {
+  const Doubles d;
+  const auto base = hn::Set(d, 0x1p52);
+  return hn::Sub(hn::BitCast(d, hn::Or(number, hn::BitCast(Bits(), base))), base);
+}
+
+HWY_INLINE Crossing cross(const FanSector& sector, const Rays& rays, int i) {
+  const Bits d;
+  const hn::RebindToSigned<Doubles> dHeight;
+  const hn::Rebind<std::int32_t, Doubles> dInt;
+  const hn::Rebind<std::uint32_t, Doubles> dWord;
+  const auto column =
+      hn::Add(hn::Set(dInt, sector.columnBase),
+              hn::Mul(hn::Set(dInt, sector.columnStep), hn::LoadU(dInt, rays.column + i)));
+  const auto columnsOn = hn::PromoteTo(dHeight, hn::Sub(column, hn::Set(dInt, sector.first)));
+  const auto rise = hn::LoadU(dHeight, rays.wholeRise + i);
+  const auto exit = hn::Add(hn::LoadU(dHeight, rays.wholeExit + i), hn::Mul(columnsOn, rise));
+  const auto row = hn::ShiftRight<GridRay::kFractionBits>(hn::BitCast(d, hn::Sub(exit, rise)));
+  const auto nextRow = hn::Add(row, hn::Set(d, 1));
+  const auto nextHeight = hn::BitCast(dHeight, hn::ShiftLeft<GridRay::kFractionBits>(nextRow));
+  const auto backwards = hn::Set(d, sector.acrossReversed ? ~std::uint64_t{0} : 0);
+  const auto turned = hn::Sub(hn::Xor(row, backwards), backwards);
+  const auto bit =
+      hn::Add(turned, hn::BitCast(d, hn::PromoteTo(dHeight, hn::LoadU(dInt, rays.bitBase + i))));
+  const auto nextBit = hn::Add(bit, hn::Or(backwards, hn::Set(d, 1)));
+  const auto words = hn::PromoteTo(d, hn::LoadU(dWord, rays.word + i));
+  const auto crosses = hn::RebindMask(Doubles(), hn::Gt(exit, nextHeight));
+  const auto isAny = hn::RebindMask(Doubles(), hn::Ne(words, hn::Zero(d)));
+  return {hn::PromoteTo(Doubles(), column), toDouble(nextRow), isAny, hasBit(words, bit),
+          hn::And(crosses, hasBit(words, nextBit))};
+}
+
+/**
+ * Settles whether rays meet what the walk found, or only come near: in doubt then. Measures their
+ * ways as GridRay does. Tells whether any is in doubt.
+ */
+bool settle(const FanSector& sector, const Rays& rays, int begin, int end, double* ways) {
+  const Doubles d;
+  const auto along = hn::Set(d, sector.along);
+  const auto across = hn::Set(d, sector.across);
+  auto doubts = hn::MaskFromVec(hn::Zero(d));
+  for (int i = begin; i < end; i += static_cast<int>(hn::Lanes(d))) {
+    const Crossing found = cross(sector, rays, i);
+    const auto perColumn = hn::LoadU(d, rays.perColumn + i);
+    const auto nextColumn = hn::Add(found.column, hn::Set(d, 1.0));
+    const auto enters = hn::Max(hn::Zero(d), hn::Mul(hn::Sub(found.column, along), perColumn));
+    const auto leaves = hn::Max(hn::Zero(d), hn::Mul(hn::Sub(nextColumn, along), perColumn));
+    const auto rises = hn::Div(hn::Sub(found.nextRow, across), hn::LoadU(d, rays.acrossPart + i));
+    const auto onNext = hn::Min(hn::Max(rises, enters), leaves);
+    const auto way = hn::IfThenElse(found.hitsOnEntry, enters, onNext);
+    const auto isHit = hn::Or(found.hitsOnEntry, found.hitsNext);
+    const auto isNear = hn::And(found.isAny, hn::Le(found.column, hn::LoadU(d, rays.last + i)));
+    const auto result = hn::IfThenElse(isNear, hn::IfThenElse(isHit, way, hn::Set(d, kDoubtful)),
+                                       hn::LoadU(d, rays.otherwise + i));
+    const auto isRay = hn::FirstN(d, static_cast<std::size_t>(end - i));
+    doubts = hn::Or(doubts, hn::And(isRay, hn::IsNaN(result)));
+    hn::StoreU(result, d, ways + i);
+  }
+  return !hn::AllFalse(d, doubts);
 }
 
 /** Has rays end in the cell where they start, or in the one across which they leave its column. */
-void checkFirstColumn(const FanSector& sector, int begin, int end, Rays& rays) {
+void checkFirstColumn(const FanSector& sector, int begin, int end, const Rays& rays, double* ways) {
   const bool onEntry = sector.has(sector.first, sector.firstRow);
   if (!onEntry && !sector.has(sector.first, sector.firstRow + 1)) return;
   for (int i = begin; i < end; ++i) {
-    const auto exit = static_cast<Height>(rays.exit[i]);
-    if (!onEntry && GridRay::rowBelow(exit) <= sector.firstRow) continue;
-    rays.column[i] = sector.first;
-    rays.nextRow[i] = sector.firstRow + 1;
-    rays.isHit[i] = -1;
-    rays.isHitOnEntry[i] = onEntry ? -1 : 0;
-  }
-}
-
-// As GridRay measures its ways.
-void measure(const FanSector& sector, const Rays& rays, int begin, int end, double* ways) {
-  const Doubles d;
-  const hn::RebindToSigned<Doubles> dInt;
-  const auto along = hn::Set(d, sector.along);
-  const auto across = hn::Set(d, sector.across);
-  for (int i = begin; i < end; i += static_cast<int>(hn::Lanes(d))) {
-    const auto perColumn = hn::LoadU(d, rays.perColumn + i);
-    const auto column = hn::LoadU(d, rays.column + i);
-    const auto nextColumn = hn::Add(column, hn::Set(d, 1.0));
-    const auto enters = hn::Max(hn::Zero(d), hn::Mul(hn::Sub(column, along), perColumn));
-    const auto leaves = hn::Max(hn::Zero(d), hn::Mul(hn::Sub(nextColumn, along), perColumn));
-    const auto rises =
-        hn::Div(hn::Sub(hn::LoadU(d, rays.nextRow + i), across), hn::LoadU(d, rays.acrossPart + i));
-    const auto onNext = hn::Min(hn::Max(rises, enters), leaves);
-    const auto isHit = hn::MaskFromVec(hn::BitCast(d, hn::LoadU(dInt, rays.isHit + i)));
-    const auto isHitOnEntry =
-        hn::MaskFromVec(hn::BitCast(d, hn::LoadU(dInt, rays.isHitOnEntry + i)));
-    const auto way = hn::IfThenElse(isHitOnEntry, enters, onNext);
-    hn::StoreU(hn::IfThenElse(isHit, way, hn::LoadU(d, rays.otherwise + i)), d, ways + i);
+    if (onEntry) {
+      ways[i] = 0.0;
+    } else if (GridRay::rowBelow(rays.wholeExit[i]) > sector.firstRow) {
+      const double rises = (sector.firstRow + 1 - sector.across) / rays.acrossPart[i];
+      ways[i] = std::min(rises, (sector.first + 1 - sector.along) * rays.perColumn[i]);
+    }
   }
 }
 
@@ -374,20 +448,23 @@ std::uint64_t findLasts(const Rays& rays, int count) {
   return lasts | std::uint64_t{1} << (count - 1);
 }
 
-void castRays(const FanCast& fan, const double* cosines, const double* sines, int count,
+bool castRays(const FanCast& fan, const double* cosines, const double* sines, int count,
               double* ways) {
   Rays rays;
   turn(fan, cosines, sines, count, rays);
   std::uint64_t lasts = findLasts(rays, count);
+  bool isDoubtful = false;
   for (int begin = 0; begin < count; lasts &= lasts - 1) {
     const int end = static_cast<int>(hwy::Num0BitsBelowLS1Bit_Nonzero64(lasts)) + 1;
     const FanSector sector(fan, static_cast<int>(rays.sector[begin]));
-    aim(fan, sector, begin, end, rays);
-    walk(sector, begin, end, rays);
-    checkFirstColumn(sector, begin, end, rays);
-    measure(sector, rays, begin, end, ways);
+    const Approach approach(sector);
+    aim(fan, sector, approach, begin, end, rays);
+    walk(sector, approach, begin, end, rays);
+    isDoubtful |= settle(sector, rays, begin, end, ways);
+    checkFirstColumn(sector, begin, end, rays, ways);
     begin = end;
   }
+  return isDoubtful;
 }
 
 }  // namespace
@@ -402,9 +479,9 @@ namespace {
 
 HWY_EXPORT(castRays);
 
-void castRaysBest(const FanCast& fan, const double* cosines, const double* sines, int count,
+bool castRaysBest(const FanCast& fan, const double* cosines, const double* sines, int count,
                   double* ways) {
-  HWY_DYNAMIC_DISPATCH(castRays)(fan, cosines, sines, count, ways);
+  return HWY_DYNAMIC_DISPATCH(castRays)(fan, cosines, sines, count, ways);
 }
 
 // Asking the processor costs as much as some rays.

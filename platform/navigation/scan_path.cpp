@@ -45,13 +45,13 @@ class Caster {
     fan.reach = maxRange / static_cast<double>(map.getResolution());
     if (fan.store != nullptr && fan.startsInside()) castTogether = findCastRays(path);
     if (castTogether != nullptr) {
-      fan.store->fetchAround(static_cast<int>(fan.start.x), static_cast<int>(fan.start.y));
+      fan.store->fetch(static_cast<int>(fan.start.x), static_cast<int>(fan.start.y));
     }
   }
 
   /** The ways, in cells, of up to FanCast::kMostRays rays; infinity for those that hit nothing. */
   void cast(const double* cosines, const double* sines, int count, double* ways) const {
-    if (castTogether != nullptr) castTogether(fan, cosines, sines, count, ways);
+    if (castTogether != nullptr && !castTogether(fan, cosines, sines, count, ways)) return;
     for (int i = 0; i < count; ++i) {
       if (castTogether == nullptr || std::isnan(ways[i])) ways[i] = castOne(cosines[i], sines[i]);
     }
@@ -76,9 +76,10 @@ void toReadings(const double* ways, const float* angles, int count, double resol
                 const Math::SensorFieldOfView2D& fieldOfView, RangeReading* readings) {
   const float minRange = fieldOfView.minRange;
   const float maxRange = fieldOfView.maxRange;
+  const float farthest = std::min(maxRange, std::numeric_limits<float>::max());
   for (int i = 0; i < count; ++i) {
     const auto range = static_cast<float>(ways[i] * resolution);
-    const bool misses = range > maxRange || range == std::numeric_limits<float>::infinity();
+    const bool misses = range > farthest;
     readings[i] = {misses ? maxRange : std::max(range, minRange), angles[i], misses};
   }
 }

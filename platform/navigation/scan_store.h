@@ -24,9 +24,9 @@ class QV_API ScanStore {
   const StripImage& getUpright() const { return upright; }
   const StripImage& getTurned() const { return turned; }
   /** Has the memory send what rays from a cell inside the map look at first. */
-  void fetchAround(int column, int row) const {
-    upright.fetchAround(column, row);
-    turned.fetchAround(row, column);
+  void fetch(int column, int row) const {
+    upright.fetch(column, row);
+    turned.fetch(row, column);
   }
   std::size_t getBytes() const { return upright.getBytes() + turned.getBytes(); }
 

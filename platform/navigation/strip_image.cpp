@@ -46,16 +46,10 @@ bool StripImage::get(int column, int row) const {
   return (block.words[static_cast<std::size_t>(column % kStripColumns)] >> row % kGroupRows) & 1u;
 }
 
-void StripImage::fetchAround(int column, int row) const {
-  const int strip = column / kStripColumns;
-  const int group = row / kGroupRows;
-  const int left = std::max(strip - 1, 0);
-  const int right = std::min(strip + 1, static_cast<int>(strips) - 1);
-  for (int below = group - 1; below <= group; ++below) {
-    __builtin_prefetch(&getBlock(left, below));
-    __builtin_prefetch(&getBlock(strip, below));
-    __builtin_prefetch(&getBlock(right, below));
-  }
+void StripImage::fetch(int column, int row) const {
+  const View view(*this);
+  view.fetch(column / kStripColumns, row / kGroupRows);
+  view.fetch(column / kStripColumns, row / kGroupRows - 1);
 }
 
 std::size_t StripImage::getBytes() const {

@@ -17,13 +17,38 @@ namespace QV::detail {
  */
 class QV_API StripImage {
  public:
-  static constexpr int kStripColumns = 16;
+  static constexpr int kStripBits = 4;
+  static constexpr int kStripColumns = 1 << kStripBits;
   static constexpr int kGroupBits = 4;
   static constexpr int kGroupRows = 1 << kGroupBits;
 
   /** Bit r of word c is row r of column c, counted from the block's corner. */
   struct alignas(64) Block {
     std::array<std::uint32_t, kStripColumns> words{};
+  };
+
+  /** Where the blocks stand, for a loop to hold; good while the image lives and is not assigned. */
+  class View {
+   public:
+    explicit View(const StripImage& image)
+        : strips(static_cast<std::ptrdiff_t>(image.strips)),
+          blocks(image.blocks.data() + kGroupsBelow * strips),
+          usedRows(image.usedRows.data() + kGroupsBelow * strips) {}
+
+    const Block& getBlock(int strip, int group) const { return blocks[group * strips + strip]; }
+    std::uint32_t getUsedRows(int strip, int group) const {
+      return usedRows[group * strips + strip];
+    }
+    /** Has the memory send both, which are to be read soon. */
+    void fetch(int strip, int group) const {
+      __builtin_prefetch(&blocks[group * strips + strip]);
+      __builtin_prefetch(&usedRows[group * strips + strip]);
+    }
+
+   private:
+    std::ptrdiff_t strips;
+    const Block* blocks;
+    const std::uint32_t* usedRows;
   };
 
   /** All bits 0. */
@@ -37,12 +62,14 @@ class QV_API StripImage {
    * The block of strip `strip` whose rows begin at 16 * `group`. Groups reach from -2 to
    * (rows + 2) / 16, so that a ray which passes a little below or above the grid needs no check.
    */
-  const Block& getBlock(int strip, int group) const { return blocks[xIndex(strip, group)]; }
+  const Block& getBlock(int strip, int group) const { return View(*this).getBlock(strip, group); }
   /** The rows of that block in which any bit is set. */
-  std::uint32_t getUsedRows(int strip, int group) const { return usedRows[xIndex(strip, group)]; }
+  std::uint32_t getUsedRows(int strip, int group) const {
+    return View(*this).getUsedRows(strip, group);
+  }
 
-  /** Has the memory send the blocks around a cell inside the grid, which are to be read soon. */
-  void fetchAround(int column, int row) const;
+  /** Has the memory send the blocks that hold a cell inside the grid, which are to be read soon. */
+  void fetch(int column, int row) const;
 
   std::size_t getBytes() const;
 
