@@ -126,7 +126,10 @@ class ColumnFinder {
     std::uint32_t height = falls ? low + (kQuad - 1) * rise : low;
     std::uint32_t found = 0;
     for (unsigned i = 0; i < kQuad; ++i) {
-      const bool touches = (words[i] & rowsBetween(height, height + rise + kSlack)) != 0;
+      const std::uint32_t row = height >> kFractionBits;
+      const std::uint32_t crosses = ((height + rise + kSlack) >> kFractionBits) - row;
+      // One row, or with those that it crosses two or three.
+      const bool touches = (words[i] >> row & (3 * crosses | 1)) != 0;
       found |= std::uint32_t{touches} << i;
       height += falls ? 0u - rise : rise;
     }
@@ -246,7 +249,7 @@ void aim(const FanCast& fan, const FanSector& sector, const Approach& approach, 
   const auto one = hn::Set(d, 1.0);
   const auto along = hn::Set(d, sector.along);
   const auto across = hn::Set(d, sector.across);
-  const auto columns = hn::Set(d, sector.columns);
+  const auto lastColumn = hn::Set(d, sector.columns - 1);
   const auto rowsAbove = hn::Set(d, sector.rows - sector.across);
   const auto toExit = hn::Set(d, sector.first + 1 - sector.along);
   const auto reach = hn::Set(d, fan.reach);
@@ -256,9 +259,9 @@ void aim(const FanCast& fan, const FanSector& sector, const Approach& approach, 
     const auto alongPart = hn::Abs(hn::LoadU(d, alongParts + i));
     const auto acrossPart = hn::Abs(hn::LoadU(d, acrossParts + i));
     const auto slope = hn::Div(acrossPart, alongPart);
-    const auto reached = hn::Min(columns, hn::Add(along, hn::Mul(reach, alongPart)));
+    const auto reached = hn::Add(along, hn::Mul(reach, alongPart));
     const auto top = hn::Add(along, hn::Div(rowsAbove, slope));
-    const auto farthest = hn::Min(hn::Sub(columns, one), hn::Add(hn::Min(reached, top), one));
+    const auto farthest = hn::Min(lastColumn, hn::Add(hn::Min(reached, top), one));
     const auto exit = hn::Mul(hn::Add(across, hn::Mul(toExit, slope)), hn::Set(d, kOne));
     const auto rise = hn::Mul(slope, hn::Set(d, kOne));
     const auto tooSteep = hn::Gt(rise, hn::Set(d, static_cast<double>(kSteepest)));
@@ -266,7 +269,7 @@ void aim(const FanCast& fan, const FanSector& sector, const Approach& approach, 
     const auto toLow = hn::Add(exit, hn::Mul(hn::Set(d, approach.toLowEnd), rise));
     const auto low =
         hn::Add(hn::Set(d, approach.floor), hn::Mul(hn::Set(d, sector.rowStep), toLow));
-    const auto lastColumn =
+    const auto turnedLast =
         hn::Add(hn::Set(d32, sector.columnBase),
                 hn::Mul(hn::Set(d32, sector.columnStep), hn::DemoteTo(d32, last)));
     hn::StoreU(hn::Div(one, alongPart), d, rays.perColumn + i);
@@ -277,7 +280,7 @@ void aim(const FanCast& fan, const FanSector& sector, const Approach& approach, 
     hn::StoreU(exit, d, rays.exit + i);
     hn::StoreU(rise, d, rays.rise + i);
     hn::StoreU(low, d, rays.low + i);
-    hn::StoreU(hn::ShiftRight<StripImage::kStripBits>(lastColumn), d32, rays.lastStrip + i);
+    hn::StoreU(hn::ShiftRight<StripImage::kStripBits>(turnedLast), d32, rays.lastStrip + i);
   }
 }
 
