@@ -41,13 +41,5 @@ TEST_F(PorterTest, anArmBeforeTheFrontSonarSilencesThatSonarOnly) {
   }
 }
 
-TEST_F(PorterTest, itsCameraRunsWhileSomebodyIsSubscribed) {
-  manager.subscribe("me", "DepthCamera");
-  EXPECT_GT(pointsOf("DepthCamera"), 0u);
-  EXPECT_EQ(porter.cameraHandles().size(), 1u);
-  manager.unsubscribe("me");
-  EXPECT_TRUE(porter.cameraHandles().empty());
-}
-
 }  // namespace
 }  // namespace QV

@@ -3,9 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/ko/simulated_time.h"
-#include "platform/middleware/qv_memory_proxy.h"
-#include "platform/model/model_utils.h"
-#include "tests/support/broker_with_memory.h"
 
 namespace QV::robot {
 namespace {
@@ -30,7 +27,7 @@ Recording twoSonars() {
   return recording;
 }
 
-TEST(SonarSource, playsTheNewestRangesThroughTheDriver) {
+TEST(SonarSource, playsTheNewestRanges) {
   ko::SimulatedTime time;
   const auto sut = makeSonarSource(twoSonars(), ko::Clock::now() + milliseconds(100));
   EXPECT_FALSE(sut("Left"));
@@ -45,18 +42,6 @@ TEST(SonarSource, playsTheNewestRangesThroughTheDriver) {
   time.advance(milliseconds(9999));
   EXPECT_EQ(sut("Right"), 2.5f);
   EXPECT_THROW(sut("Middle"), std::invalid_argument);
-}
-
-TEST(SonarSource, reachesMemoryWithNoEchoBeyondTheMaximum) {
-  ko::SimulatedTime time;
-  const auto broker = test::brokerWithMemory();
-  const Recording recording = twoSonars();
-  SonarDriver driver(broker, Model::ModelUtils::robotFromXml(recording.toDescription()));
-  driver.setSource(makeSonarSource(recording, ko::Clock::now()));
-  time.advance(SonarDriver::kPeriod);
-  const QVMemoryProxy memory(broker);
-  EXPECT_EQ(memory.getData("Left").toFloat(), 1.0f);
-  EXPECT_EQ(memory.getData("Right").toFloat(), 5.0f + SonarDriver::kNoEchoMargin);
 }
 
 }  // namespace

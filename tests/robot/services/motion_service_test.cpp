@@ -249,12 +249,6 @@ TEST_F(MotionServiceTest, whatCannotBeSetIsRefusedAndChangesNothing) {
   expectNear(ask("elbow", 0), ask("shoulder", 0) * at(0.3f, 0, 0));
 }
 
-TEST_F(MotionServiceTest, theVelocityIsForwardLeftwardAndTurning) {
-  EXPECT_THAT(QVMotionProxy(broker).getRobotVelocity(), ElementsAre(0.0f, 0.0f, 0.0f));
-  sut->setRobotVelocity({0.5f, -0.25f, 1.5f});
-  EXPECT_THAT(QVMotionProxy(broker).getRobotVelocity(), ElementsAre(0.5f, -0.25f, 1.5f));
-}
-
 // Each second joint turns back what the first one turned, so every whole posture points ahead.
 TEST(MotionServiceThreads, eachAnswerIsOfOnePosture) {
   std::string xml = "<robot name='r'><link name='0'/>";

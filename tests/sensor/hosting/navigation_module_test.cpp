@@ -109,17 +109,6 @@ TEST_F(NavigationModuleTest, refusesWhatIsNoName) {
               HasSubstr("no manager given"));
 }
 
-TEST_F(NavigationModuleTest, passesEventsOnToTheSensorsThatHandleThem) {
-  host();
-  navigation().callVoid("subscribe", "planner", Names{"Touch", "PeoplePerception"});
-  porter.leanBack();
-  time.advance(milliseconds(200));
-  EXPECT_EQ(namesOf(readThroughTheBroker("Touch")), Names{"BackBumper"});
-  const auto people = readThroughTheBroker("PeoplePerception");
-  ASSERT_THAT(people, SizeIs(1));
-  EXPECT_THAT(people[0].points, SizeIs(1));
-}
-
 TEST_F(NavigationModuleTest, itsEndLeavesNoHardwareOnAndLetsTheBrokerGo) {
   const auto others = broker.use_count();
   host();
