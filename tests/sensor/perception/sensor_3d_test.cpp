@@ -46,9 +46,7 @@ TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
 }
 
 TEST_F(Sensor3DTest, whatFailsLeavesTheLastGoodImageButARelease) {
-  make();
-  depth = 1000;
-  sut->subscribe("me");
+  startBefore(1000);
   const auto before = next();
   const cv::Mat_<std::uint16_t> later(depth.size(), std::uint16_t{2000});
   depth = later;
@@ -68,9 +66,7 @@ TEST_F(Sensor3DTest, whatFailsLeavesTheLastGoodImageButARelease) {
 }
 
 TEST_F(Sensor3DTest, anImageWithoutDepthLeavesNoRecord) {
-  make();
-  depth = 1000;
-  sut->subscribe("me");
+  startBefore(1000);
   EXPECT_THAT(next(), SizeIs(1));
   depth = 0;
   EXPECT_THAT(next(), IsEmpty());
@@ -78,9 +74,7 @@ TEST_F(Sensor3DTest, anImageWithoutDepthLeavesNoRecord) {
 }
 
 TEST_F(Sensor3DTest, anImageWithoutATransformIsHeldUntilTheNextOneIsAskedFor) {
-  make();
-  depth = 1000;
-  sut->subscribe("me");
+  startBefore(1000);
   next();
   broker->planFailure("QVMotion._getSensorTransformAtTime", "broken");
   next();
@@ -94,9 +88,7 @@ TEST_F(Sensor3DTest, anImageWithoutATransformIsHeldUntilTheNextOneIsAskedFor) {
 }
 
 TEST_F(Sensor3DTest, readersSeeWholeImagesWhileTheMemoryOfOldOnesIsUsedAgain) {
-  make();
-  depth = 1000;
-  sut->subscribe("me");
+  startBefore(1000);
   time.runDue();
   std::latch reading(1);
   std::atomic<bool> done{false};
@@ -121,9 +113,7 @@ TEST_F(Sensor3DTest, readersSeeWholeImagesWhileTheMemoryOfOldOnesIsUsedAgain) {
 }
 
 TEST_F(Sensor3DTest, whatIsNoDepthImageIsRefusedAndTheLastGoodOneStays) {
-  make();
-  depth = 1000;
-  sut->subscribe("me");
+  startBefore(1000);
   const auto before = next();
   ASSERT_THAT(before, SizeIs(1));
   const auto image = [](int width, int height, int colorSpace, std::size_t bytes) {
@@ -220,9 +210,7 @@ TEST_F(Sensor3DTest, aSubscriptionThatFailsLeavesNoHandleToGiveBack) {
 }
 
 TEST_F(Sensor3DTest, aNewSubscriptionShowsTheFormerImageUntilTheFirstNewOne) {
-  make();
-  depth = 1000;
-  sut->subscribe("me");
+  startBefore(1000);
   const auto former = next();
   sut->unsubscribe("me");
   depth = 2000;
