@@ -243,21 +243,6 @@ TEST(ScanOnEdges, aStartOnACornerOnlyMeetsTheCellItGoesInto) {
   }
 }
 
-TEST(ScanOnEdges, aRayBesideACornerHitsThatCellAndNoOther) {
-  const OccupancyMap map = draw({"...",  //
-                                 "#..",  //
-                                 ".#."});
-  // Towards the corner at (0.25, 0.25) that the occupied cells share, and a hair beside it.
-  const float diagonal = std::atan2(0.15f, 0.15f);
-  expectHit(look(map, {0.1f, 0.1f, diagonal + 1e-6f}), 0.15f * std::sqrt(2.0f));
-  expectHit(look(map, {0.1f, 0.1f, diagonal - 1e-6f}), 0.15f * std::sqrt(2.0f));
-  // One of the two gone, the ray on its side passes.
-  OccupancyMap open = map;
-  open.setOccupancy(0, 1, 0.0f);
-  EXPECT_EQ(look(open, {0.1f, 0.1f, diagonal + 1e-6f}).status, 1);
-  expectHit(look(open, {0.1f, 0.1f, diagonal - 1e-6f}), 0.15f * std::sqrt(2.0f));
-}
-
 /** Random maps of a few cells, poses in and around them, fans of any kind. */
 class RandomScans {
  public:

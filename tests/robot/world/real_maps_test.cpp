@@ -57,16 +57,6 @@ TEST(RealMaps, loadWithTheirSizesAndShares) {
   }
 }
 
-TEST(RealMaps, aSpeedMaskKeepsItsGreyLevels) {
-  const auto path = findMap("depot_speed");
-  if (!path) GTEST_SKIP() << "no depot_speed in QV_DATA";
-  const OccupancyMap map = loadMap(*path);
-  EXPECT_NEAR(percentOf(map, 1.0f), 2.0, 0.06);
-  EXPECT_NEAR(percentOf(map, 128.0f / 255), 15.5, 0.06);
-  EXPECT_NEAR(percentOf(map, 64.0f / 255), 13.5, 0.06);
-  EXPECT_NEAR(percentOf(map, 1.0f / 255), 66.7, 0.06);
-}
-
 Math::Pose2D drawFreePose(const OccupancyMap& map, std::mt19937& random) {
   std::uniform_int_distribution<int> column(0, map.getWidth() - 1);
   std::uniform_int_distribution<int> row(0, map.getHeight() - 1);
