@@ -1,7 +1,5 @@
 #include "platform/ko/clock.h"
 
-#include <limits>
-
 #include <gtest/gtest.h>
 
 namespace ko {

@@ -1,10 +1,10 @@
 #include "platform/navigation/occ_map_simulate_scan.h"
 
+#include <algorithm>
 #include <cmath>
 #include <limits>
 #include <numbers>
 #include <random>
-#include <set>
 
 #include <gmock/gmock.h>
 

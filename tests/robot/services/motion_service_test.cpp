@@ -24,7 +24,6 @@ namespace {
 using boost::chrono::milliseconds;
 using Math::Transform;
 using test::errorOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr float kPi = std::numbers::pi_v<float>;

@@ -20,7 +20,6 @@ namespace {
 using boost::chrono::milliseconds;
 using test::errorOf;
 using test::namesOf;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;

@@ -16,7 +16,6 @@ namespace QV::sensor {
 namespace {
 
 using test::namesOf;
-using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
