@@ -23,12 +23,7 @@ OccupancyMap room() {
 }
 
 Math::MetricalData echo(const std::string& family, std::vector<Math::Position3D> points) {
-  Math::MetricalData record;
-  record.sensorName = family;
-  record.familyName = family;
-  record.fieldOfView = Math::SensorFieldOfView2D(0.1f, 1.0f, 0.6f, 5);
-  record.points = std::move(points);
-  return record;
+  return {family, family, {0.1f, 1.0f, 0.6f, 5}, {}, std::move(points), {}};
 }
 
 class RunPictureTest : public testing::Test {

@@ -11,18 +11,12 @@ using boost::chrono::milliseconds;
 
 /** Its key has its name. */
 Model::SensorConfig sonarNamed(const std::string& name) {
-  Model::SensorConfig sensor;
-  sensor.name = name;
-  sensor.type = 9;
-  sensor.properties.emplace("maximumDetectionDistance", "5");
-  sensor.memoryKeys.push_back(name);
-  return sensor;
+  return {name, "", 9, {}, {{"maximumDetectionDistance", "5"}}, {name}};
 }
 
 Recording twoSonars() {
   Recording recording;
-  recording.sensors.push_back(sonarNamed("Left"));
-  recording.sensors.push_back(sonarNamed("Right"));
+  recording.sensors = {sonarNamed("Left"), sonarNamed("Right")};
   recording.steps = {{milliseconds(0), {}, {1.0f, 5.0f}}, {milliseconds(250), {}, {1.5f, 2.5f}}};
   return recording;
 }

@@ -14,8 +14,6 @@ using testing::ElementsAre;
 using testing::IsEmpty;
 using testing::SizeIs;
 
-const std::string kImageError = "xUpdateScan: Error while getting new 3D image: ";
-
 TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
   make();
   fill({160, 20, 32, 24}, 15000);  // 768 pixels, as few as are kept.
@@ -116,37 +114,25 @@ TEST_F(Sensor3DTest, whatIsNoDepthImageIsRefusedAndTheLastGoodOneStays) {
   startBefore(1000);
   const auto before = next();
   ASSERT_THAT(before, SizeIs(1));
-  const auto image = [](int width, int height, int colorSpace, std::size_t bytes) {
-    return QVValue::array(width, height, colorSpace, 0, QVValue::Bytes(bytes, 1));
+  const auto answerImage = [this](int colorSpace, std::size_t bytes) {
+    broker->planAnswer("QVVideoDevice.getImageRemote",
+                       QVValue::array(320, 240, colorSpace, 0, QVValue::Bytes(bytes, 1)));
   };
-  const std::string form = "QVImage::fromQVValue: [width, height, color space, microseconds, ";
-  const std::string size = "QVImage::QVImage: a size from 1 by 1 to 65535 by 65535 expected, ";
-  const std::string bytes = "QVImage::QVImage: 153600 bytes for 320 by 240 pixels of color space ";
-  const std::optional<std::string> none;
-  const std::pair<QVValue, std::optional<std::string>> cases[] = {
-      {"picture", form + "pixels] expected, \"picture\" given"},
-      {image(320, 240, 17, 153599), bytes + "17 expected, 153599 given"},
-      {image(320, 240, 17, 153602), bytes + "17 expected, 153602 given"},
-      {image(320, 240, 17, 0), bytes + "17 expected, 0 given"},
-      {image(0, 240, 17, 0), size + "0 by 240 given"},
-      {image(320, 0, 17, 153600), size + "320 by 0 given"},
-      // What is an image, but not of depth, is refused in silence, and given back.
-      {image(320, 240, 24, 230400), none},
-      {image(320, 240, 11, 230400), none},
-      {image(320, 240, 19, 921600), none},
-      {image(320, 240, 99, 153600), none},
-  };
-  for (const auto& [value, error] : cases) {
-    log.clear();
-    broker->planAnswer("QVVideoDevice.getImageRemote", value);
-    EXPECT_EQ(next(), before) << value;
-    if (error) {
-      EXPECT_THAT(log.lines(), ElementsAre(kError + kImageError + *error));
-    } else {
-      EXPECT_THAT(log.lines(), IsEmpty()) << value;
-      EXPECT_THAT(broker->callsTo("QVVideoDevice").back(), testing::StartsWith("releaseImage"));
-    }
+  answerImage(17, 153599);
+  EXPECT_EQ(next(), before);
+  EXPECT_THAT(log.lines(),
+              ElementsAre(kError + "xUpdateScan: Error while getting new 3D image: "
+                                   "QVImage::QVImage: 153600 bytes for 320 by 240 pixels of "
+                                   "color space 17 expected, 153599 given"));
+  log.clear();
+  // What is an image, but not of depth, is refused in silence, and given back.
+  for (const auto& [colorSpace, bytes] :
+       {std::pair(24, 230400u), {11, 230400u}, {19, 921600u}, {99, 153600u}}) {
+    answerImage(colorSpace, bytes);
+    EXPECT_EQ(next(), before) << colorSpace;
+    EXPECT_THAT(broker->callsTo("QVVideoDevice").back(), testing::StartsWith("releaseImage"));
   }
+  EXPECT_THAT(log.lines(), IsEmpty());
 }
 
 TEST_F(Sensor3DTest, aCameraThatFailsToTellItsAnglesIsAskedAgain) {
