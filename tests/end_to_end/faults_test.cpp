@@ -259,5 +259,25 @@ TEST(Faults, aLaserThatGoesOffShowsItsLastScanForASecondAndThenErrors) {
               AllOf(testing::SizeIs(10), testing::Each(testing::StartsWith("error "))));
 }
 
+TEST(Faults, aLaserThatIsOffStartsOnlyWhenItIsBackAndCalledSoundAgain) {
+  ko::SimulatedTime time;
+  test::LogCapture log;
+  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
+  sensor::RealSensorManager manager(porter.getBroker());
+  porter.setFault("FrontLaser", FaultKind::off);
+  time.advance(milliseconds(100));
+  manager.subscribe("test", {"FrontLaser", "LeftLaser"});
+  EXPECT_FALSE(manager.isSensorStarted("FrontLaser"));
+  EXPECT_FALSE(manager.isSensorDiagnosisSuccess("FrontLaser"));
+  EXPECT_TRUE(manager.isSensorStarted("LeftLaser")) << "shares the operation mode";
+  porter.clearFault("FrontLaser");
+  time.advance(milliseconds(100));
+  manager.setSensorDiagnosis("FrontLaser", true);
+  manager.subscribe("FrontLaser", {});
+  time.advance(milliseconds(200));
+  EXPECT_TRUE(manager.isSensorStarted("FrontLaser"));
+  EXPECT_EQ(manager.getMetricalData("FrontLaser").size(), 1u);
+}
+
 }  // namespace
 }  // namespace QV

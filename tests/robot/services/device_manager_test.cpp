@@ -52,6 +52,15 @@ class DeviceManagerTest : public testing::Test {
   std::vector<std::string> happened;
 };
 
+TEST_F(DeviceManagerTest, countsMillisecondsThatWrap) {
+  time.advanceTo(ko::Clock::time_point(milliseconds(kWrapMs - 1)));
+  EXPECT_EQ(dcm->getTime(0), 2147483647);
+  EXPECT_EQ(dcm->getTime(-7), 2147483640);
+  EXPECT_EQ(dcm->getTime(1), -2147483647 - 1);
+  time.advance(milliseconds(2));
+  EXPECT_EQ(dcm->getTime(0), -2147483647);
+}
+
 TEST_F(DeviceManagerTest, whatIsDueTakesEffectBeforeSetReturns) {
   time.advance(milliseconds(100));
   set("led", "Merge", {{0.25f, -10}, {0.5f, 0}, {0.75f, 1}});
