@@ -42,6 +42,10 @@ void expectFindings(std::vector<std::string> arguments, const Findings& expected
 const std::string kNoMode = "Timeout while setting operation Mode for FrontLaser";
 const std::string kSame = "its points stay the same when the robot turns";
 const std::string kNoImage = "Error while getting new 3D image";
+const Findings kOldScans{{"DepthCamera", {"stale", " s old"}},
+                         {"FrontLaser", {"stale", " s old"}},
+                         {"HoleLaser", {"stale", " s old"}},
+                         {"PeoplePerception", {"stale", " s old"}}};
 
 struct Case {
   std::string fault;
@@ -80,17 +84,7 @@ INSTANTIATE_TEST_SUITE_P(
                           {"FrontLaser", {"bad data", "a point outside of its field of view"}},
                           {"HoleLaser", {"bad data", "its status never vouches"}},
                           {"PeoplePerception", {"bad data", "Wrong peopleEvent "}}}},
-                    Case{"wrong", {}},
-                    Case{"slow",
-                         {{"DepthCamera", {"stale", " s old"}},
-                          {"FrontLaser", {"stale", " s old"}},
-                          {"HoleLaser", {"stale", " s old"}},
-                          {"PeoplePerception", {"stale", " s old"}}}},
-                    Case{"delayed",
-                         {{"DepthCamera", {"stale", " s old"}},
-                          {"FrontLaser", {"stale", " s old"}},
-                          {"HoleLaser", {"stale", " s old"}},
-                          {"PeoplePerception", {"stale", " s old"}}}},
+                    Case{"wrong", {}}, Case{"slow", kOldScans}, Case{"delayed", kOldScans},
                     Case{"intermittent",
                          {{"BackSonar", {"no record", "for 0.50 s"}},
                           {"BlindZone", {"no record", "for 0.50 s"}},

@@ -5,8 +5,6 @@
 
 #include <gmock/gmock.h>
 
-#include "apps/usage_error.h"
-
 namespace QV::app {
 namespace {
 
@@ -60,12 +58,6 @@ TEST(RecordOutput, theNearestObstacleIsNoMiss) {
   EXPECT_FALSE(nearestObstacle(record));
   record.points.push_back(Math::Position3D(0.0f, -1.5f, 9.0f));
   EXPECT_EQ(nearestObstacle(record), 1.5f);
-}
-
-TEST(RecordOutput, formatsHaveNames) {
-  EXPECT_EQ(parseFormat("csv"), Format::csv);
-  EXPECT_THAT([] { parseFormat("xml"); }, testing::ThrowsMessage<UsageError>(testing::HasSubstr(
-                                              "table, json or csv expected, \"xml\" given")));
 }
 
 }  // namespace

@@ -5,6 +5,7 @@
 
 #include "apps/picture/palette.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/walled_map.h"
 
 namespace QV::app {
 namespace {
@@ -14,12 +15,7 @@ constexpr double kPixelsPerMetre = 350.0;
 
 /** A room of 4 by 4 metres, free but for its walls and a corner that is unknown. */
 OccupancyMap room() {
-  OccupancyMap map(40, 40, 0.1f, Math::Pose2D(0.0f, 0.0f, 0.0f), 0.0f);
-  for (int i = 0; i < 40; ++i) {
-    for (const auto& [column, row] : {std::pair(0, i), {39, i}, {i, 0}, {i, 39}}) {
-      map.setOccupancy(column, row, 1.0f);
-    }
-  }
+  OccupancyMap map = test::makeWalledMap(40, 40, 0.1f);
   for (int i = 1; i < 10; ++i) {
     for (int j = 1; j < 10; ++j) map.setOccupancy(i, j, OccupancyMap::kUnknown);
   }
@@ -27,12 +23,7 @@ OccupancyMap room() {
 }
 
 Math::MetricalData echo(const std::string& family, std::vector<Math::Position3D> points) {
-  Math::MetricalData record;
-  record.sensorName = family;
-  record.familyName = family;
-  record.fieldOfView = Math::SensorFieldOfView2D(0.1f, 1.0f, 0.6f, 5);
-  record.points = std::move(points);
-  return record;
+  return {family, family, {0.1f, 1.0f, 0.6f, 5}, {}, std::move(points), {}};
 }
 
 class RunPictureTest : public testing::Test {

@@ -11,6 +11,7 @@
 #include "sensor/real/real_sensor_manager.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/porter.h"
+#include "tests/support/walled_map.h"
 
 namespace QV {
 namespace {
@@ -62,16 +63,8 @@ typedef std::vector<Reading> Readings;
 /** What each sensor of the manager, and each bumper, read over the cycles of a run. */
 typedef std::map<std::string, Readings> Outcome;
 
-/** A free square of 6 m whose walls are the outermost cells. */
 boost::shared_ptr<OccupancyMap> bareRoom() {
-  auto map = boost::make_shared<OccupancyMap>(60, 60, 0.1f, Math::Pose2D(), 0.0f);
-  for (int i = 0; i < 60; ++i) {
-    for (int edge : {0, 59}) {
-      map->setOccupancy(i, edge, 1.0f);
-      map->setOccupancy(edge, i, 1.0f);
-    }
-  }
-  return map;
+  return boost::make_shared<OccupancyMap>(test::makeWalledMap(60, 60, 0.1f));
 }
 
 /** Between two kerbs, one before and one behind, and somebody who walks to and fro. */

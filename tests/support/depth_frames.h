@@ -1,7 +1,6 @@
 #pragma once
 
 #include <algorithm>
-#include <cstdlib>
 #include <filesystem>
 #include <stdexcept>
 #include <string>
@@ -9,6 +8,8 @@
 
 #include <opencv2/core.hpp>
 #include <opencv2/imgcodecs.hpp>
+
+#include "tests/support/real_data.h"
 
 namespace QV::test {
 
@@ -21,9 +22,9 @@ struct DepthFrame {
 /** The recorded frames in the order of their names; none where QV_DATA does not name the data. */
 inline std::vector<DepthFrame> loadDepthFrames() {
   std::vector<DepthFrame> frames;
-  const char* data = std::getenv("QV_DATA");
-  if (data == nullptr) return frames;
-  for (const auto& entry : std::filesystem::directory_iterator(std::string(data) + "/depth")) {
+  const auto folder = findRealData("depth");
+  if (!folder) return frames;
+  for (const auto& entry : std::filesystem::directory_iterator(*folder)) {
     if (entry.path().extension() != ".png") continue;
     const cv::Mat image = cv::imread(entry.path().string(), cv::IMREAD_UNCHANGED);
     if (image.type() != CV_16UC1)

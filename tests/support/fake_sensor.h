@@ -33,12 +33,7 @@ class FakeSensor : public sensor::Sensor {
   std::vector<Math::MetricalData> xGetData() const override {
     ++reads;
     onRead();
-    Math::MetricalData record;
-    record.sensorName = name;
-    record.familyName = familyName;
-    record.fieldOfView = fieldOfView;
-    record.points = {Math::Position3D(1.0f, 2.0f, 3.0f)};
-    return {record};
+    return {{name, familyName, fieldOfView, {}, {{1.0f, 2.0f, 3.0f}}, {}}};
   }
 
   bool xSubscribeToHardware() override {

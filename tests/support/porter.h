@@ -11,21 +11,14 @@
 #include "platform/middleware/qv_proxy.h"
 #include "platform/model/number_text.h"
 #include "robot/world/embedded_robot.h"
+#include "tests/support/walled_map.h"
 
 namespace QV::test {
 
 /** A free square of 6 m within walls, in cells so large that its rays cost little. */
 inline boost::shared_ptr<OccupancyMap> makeCoarseRoom() {
-  constexpr int kSize = 14;
-  auto map =
-      boost::make_shared<OccupancyMap>(kSize, kSize, 0.5f, Math::Pose2D(-0.5f, -0.5f, 0.0f), 0.0f);
-  for (int i = 0; i < kSize; ++i) {
-    for (int edge : {0, kSize - 1}) {
-      map->setOccupancy(i, edge, 1.0f);
-      map->setOccupancy(edge, i, 1.0f);
-    }
-  }
-  return map;
+  return boost::make_shared<OccupancyMap>(
+      makeWalledMap(14, 14, 0.5f, Math::Pose2D(-0.5f, -0.5f, 0.0f)));
 }
 
 /**

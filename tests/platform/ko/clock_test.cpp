@@ -1,10 +1,6 @@
 #include "platform/ko/clock.h"
 
-#include <limits>
-
 #include <gtest/gtest.h>
-
-#include "platform/ko/simulated_time.h"
 
 namespace ko {
 namespace {
@@ -52,26 +48,9 @@ TEST(Clock, aMillisecondCountIsReadAsTheTimeNearestToTheReference) {
   }
 }
 
-TEST(Clock, theShortFormTakesNowAsItsReference) {
-  SimulatedTime time(atMs(2 * kWrapMs + 1000));
-  EXPECT_EQ(Clock::fromInt32ms(990), atMs(2 * kWrapMs + 990));
-}
-
 TEST(Clock, countsAreTakenDownwardsBelowZeroToo) {
   EXPECT_EQ(Clock::toInt32ms(Clock::time_point(Duration(-1))), -1);
   EXPECT_EQ(Clock::toInt32ms(Clock::time_point(Duration(999'999))), 0);
-}
-
-TEST(SimulatedTime, standsStillUntilItIsAdvancedAndGivesTheClockBack) {
-  {
-    SimulatedTime time(atMs(60'000'000));
-    EXPECT_EQ(Clock::now(), atMs(60'000'000));
-    time.advance(milliseconds(250));
-    EXPECT_EQ(Clock::now(), atMs(60'000'250));
-    EXPECT_THROW(time.advance(milliseconds(-1)), std::invalid_argument);
-    EXPECT_THROW(SimulatedTime second, std::logic_error);
-  }
-  EXPECT_LT(Clock::now(), atMs(60'000'000));
 }
 
 }  // namespace

@@ -11,7 +11,6 @@
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/middleware/qv_motion_proxy.h"
-#include "platform/middleware/qv_video_device_proxy.h"
 #include "tests/support/throws.h"
 
 namespace QV {
@@ -61,16 +60,6 @@ TEST_F(QVBrokerTest, functionsMembersAndLambdasAreCalledByName) {
   EXPECT_EQ(caller.call<std::string>("join", "a", std::string("b"), true), "abb");
   EXPECT_EQ(caller.call("join", std::vector<QVValue>{"a", "b", false}), QVValue("ab"));
   EXPECT_EQ(caller.call<QVValue>("get"), QVValue(5));
-}
-
-TEST_F(QVBrokerTest, timesAndValuesTravelWithoutLoss) {
-  module->bindMethod("later", [](ko::Clock::time_point time) { return time + ko::Duration(1); });
-  module->bindMethod("echo", [](const QVValue& value) { return value; });
-  const QVProxy caller = proxy();
-  const ko::Clock::time_point time{ko::Duration(9'007'199'254'740'993)};
-  EXPECT_EQ(caller.call<ko::Clock::time_point>("later", time), time + ko::Duration(1));
-  const QVValue value = QVValue::array(QVValue(), QVValue::Bytes{1}, 0.5f);
-  EXPECT_EQ(caller.call<QVValue>("echo", value), value);
 }
 
 TEST_F(QVBrokerTest, aWrongCallNamesModuleMethodExpectedAndGiven) {
@@ -216,40 +205,6 @@ TEST_F(QVBrokerTest, callsRunOnAllThreadsWhileModulesComeAndGo) {
   EXPECT_EQ(answered + refused, 4000);
 }
 
-/** Fails one call, and says which went by. */
-class FailingBroker : public QVBroker {
- public:
-  explicit FailingBroker(std::size_t failing) : failing(failing) {}
-
-  QVValue call(const std::string& module, const std::string& method,
-               QVArguments arguments) override {
-    seen.push_back(module + "." + method);
-    if (seen.size() - 1 == failing) throw QVError(module, method, "injected");
-    return QVBroker::call(module, method, arguments);
-  }
-
-  std::vector<std::string> seen;
-
- private:
-  std::size_t failing;
-};
-
-TEST(QVBroker, aDerivedBrokerSeesEveryCallOfEveryProxy) {
-  auto sut = QVBroker::create<FailingBroker>(3);
-  auto memory = makeModule("QVMemory");
-  memory->bindMethod("getDataPtr", [](const std::string&) { return 0; });
-  memory->bindMethod("insertData", [](const std::string&, const QVValue&) {});
-  sut->registerModule(memory);
-  const QVMemoryProxy caller(sut);
-  EXPECT_EQ(caller.getDataPtr("key"), nullptr);
-  caller.insertData("key", 1);
-  sut->getProxy("QVMemory", 0)->callVoid("insertData", "key", 1);
-  EXPECT_EQ(errorOf([&] { caller.getDataPtr("key"); }), "QVMemory::getDataPtr: injected");
-  const std::vector<std::string> expected{"QVMemory.getDataPtr", "QVMemory.insertData",
-                                          "QVMemory.insertData", "QVMemory.getDataPtr"};
-  EXPECT_EQ(sut->seen, expected);
-}
-
 TEST(QVBrokerManager, answersAnyLivingBroker) {
   auto* manager = QVBrokerManager::getInstance();
   const auto ask = [manager] { manager->getRandomBroker(); };
@@ -264,75 +219,6 @@ TEST(QVBrokerManager, answersAnyLivingBroker) {
   EXPECT_EQ(manager->getRandomBroker(), second);
   second.reset();
   EXPECT_EQ(errorOf(ask), none);
-}
-
-/** Answers every method of the specialised proxies with its name and arguments. */
-class QVProxyTest : public testing::Test {
- protected:
-  template <typename R, typename... A>
-  void expect(const std::string& module, const std::string& method, R answer) {
-    modules[module]->bindMethod(method, [this, method, answer](A... a) {
-      lastCall = QVValue::array(method, a...);
-      return answer;
-    });
-  }
-  void registerAll() {
-    for (const auto& [name, module] : modules) broker->registerModule(module);
-  }
-
-  QVValue lastCall;
-  boost::shared_ptr<QVBroker> broker = QVBroker::create();
-  std::map<std::string, boost::shared_ptr<QVModule>> modules{
-      {"QVMotion", makeModule("QVMotion")},
-      {"QVVideoDevice", makeModule("QVVideoDevice")},
-      {"DCM", makeModule("DCM")}};
-};
-
-TEST_F(QVProxyTest, motionAndDeviceManagerAreCalledWithTypedArguments) {
-  const std::vector<float> pose{1, 0, 0, 0.1f, 0, 1, 0, 0.2f, 0, 0, 1, 0.3f};
-  expect<std::vector<float>, std::string, int, bool>("QVMotion", "getTransform", pose);
-  expect<std::vector<float>>("QVMotion", "getRobotVelocity", {0.5f, 0, 0.25f});
-  expect<int, int>("DCM", "getTime", -5);
-  expect<QVValue, QVValue>("DCM", "set", QVValue());
-  registerAll();
-  QVMotionProxy motion(broker);
-  const QVMotionProxy copy = motion;
-  motion = copy;
-  EXPECT_EQ(motion.getTransform("Head", 1, true), pose);
-  EXPECT_EQ(lastCall, QVValue::array("getTransform", "Head", 1, true));
-  EXPECT_EQ(copy.getGenericProxy().call<std::vector<float>>("getRobotVelocity"),
-            motion.getRobotVelocity());
-  const DCMProxy dcm(broker);
-  EXPECT_EQ(dcm.getTime(30), -5);
-  EXPECT_EQ(lastCall, QVValue::array("getTime", 30));
-  dcm.set(QVValue::array("key", "Merge"));
-  EXPECT_EQ(lastCall, QVValue::array("set", QVValue::array("key", "Merge")));
-}
-
-TEST_F(QVProxyTest, camerasAreCalledWithTypedArguments) {
-  const std::string device = "QVVideoDevice";
-  expect<int, int>(device, "getCameraModel", 7);
-  expect<std::string, int>(device, "getCameraName", "CameraDepth");
-  expect<float, int>(device, "getHorizontalFOV", 1.0f);
-  expect<float, int>(device, "getVerticalFOV", 0.75f);
-  expect<std::string, std::string, int, int, int, int>(device, "subscribeCamera", "client_0");
-  expect<QVValue, std::string>(device, "getImageRemote", QVValue::Bytes{1, 2});
-  expect<bool, std::string>(device, "releaseImage", true);
-  expect<bool, std::string>(device, "unsubscribe", true);
-  registerAll();
-  const QVVideoDeviceProxy sut(broker);
-  EXPECT_EQ(sut.getCameraModel(2), 7);
-  EXPECT_EQ(sut.getCameraName(2), "CameraDepth");
-  EXPECT_EQ(sut.getHorizontalFOV(2), 1.0f);
-  EXPECT_EQ(sut.getVerticalFOV(2), 0.75f);
-  EXPECT_EQ(lastCall, QVValue::array("getVerticalFOV", 2));
-  EXPECT_EQ(sut.subscribeCamera("client", 2, 12, 17, 11), "client_0");
-  EXPECT_EQ(lastCall, QVValue::array("subscribeCamera", "client", 2, 12, 17, 11));
-  EXPECT_EQ(sut.getImageRemote("client_0"), QVValue(QVValue::Bytes{1, 2}));
-  sut.releaseImage("client_0");
-  EXPECT_EQ(lastCall, QVValue::array("releaseImage", "client_0"));
-  sut.unsubscribe("client_0");
-  EXPECT_EQ(lastCall, QVValue::array("unsubscribe", "client_0"));
 }
 
 }  // namespace

@@ -27,13 +27,6 @@ TEST(QVImage, sharesItsPixelsOnTheWayThroughAValue) {
   EXPECT_EQ(read->toQVValue(), value);
 }
 
-TEST(QVImage, keepsThePixelsOfAValueThatIsGone) {
-  auto value = std::make_unique<QVValue>(imageValue(2, 1, 17, 4));
-  const auto image = QVImage::fromQVValue(*value);
-  value.reset();
-  EXPECT_EQ(image->getPixels()[3], 7);
-}
-
 TEST(QVImage, copiesBorrowedPixelsIntoAValue) {
   std::uint8_t pixels[] = {1, 2, 3};
   const QVImage sut(1, 1, 11, 0, pixels, sizeof pixels);
@@ -45,10 +38,6 @@ TEST(QVImage, copiesBorrowedPixelsIntoAValue) {
 
 TEST(QVImage, takesAnUnknownColorSpaceWithAnyWholeNumberOfBytesAPixel) {
   EXPECT_EQ(QVImage::fromQVValue(imageValue(3, 2, 99, 30))->getColorSpace(), 99);
-}
-
-TEST(QVImage, isNoneForTheInvalidValue) {
-  EXPECT_EQ(QVImage::fromQVValue(QVValue()), nullptr);
 }
 
 TEST(QVImage, refusesAValueOfAnotherShape) {

@@ -2,8 +2,6 @@
 
 #include <gtest/gtest.h>
 
-#include "tests/support/throws.h"
-
 namespace QV {
 namespace {
 
@@ -18,18 +16,6 @@ TEST(VideoCodes, aColorSpaceSaysHowItsPixelsLie) {
     EXPECT_EQ(getNumLayersInColorSpace(colorSpace), layers) << colorSpace;
     EXPECT_EQ(getNumChannelsInColorSpace(colorSpace), channels) << colorSpace;
   }
-}
-
-TEST(VideoCodes, aResolutionStandsForASize) {
-  int width = 0;
-  int height = 0;
-  setSizeFromResolution(8, width, height);
-  EXPECT_EQ(std::pair(width, height), std::pair(320, 240));
-  setSizeFromResolution(12, width, height);
-  EXPECT_EQ(std::pair(width, height), std::pair(640, 480));
-  EXPECT_EQ(test::errorOf([&] { setSizeFromResolution(9, width, height); }),
-            "setSizeFromResolution: unknown resolution code 9, 8 or 12 expected");
-  EXPECT_EQ(std::pair(width, height), std::pair(640, 480));
 }
 
 }  // namespace

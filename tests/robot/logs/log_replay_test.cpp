@@ -17,12 +17,8 @@ using testing::ElementsAre;
 /** Two sensors, one with a time key, and a robot that drives an arc. */
 Recording makeRecording() {
   Recording recording;
-  recording.sensors.resize(2);
-  recording.sensors[0].name = "Sonar";
-  recording.sensors[0].memoryKeys = {"range"};
-  recording.sensors[1].name = "Laser";
-  recording.sensors[1].memoryKeys = {"x", "y"};
-  recording.sensors[1].properties = {{"timestamp", "stamp"}};
+  recording.sensors = {{"Sonar", "", 0, {}, {}, {"range"}},
+                       {"Laser", "", 0, {}, {{"timestamp", "stamp"}}, {"x", "y"}}};
   recording.steps = {{milliseconds(0), {1.0f, 1.0f, 3.0f}, {0.5f, 1.0f, 2.0f}},
                      {milliseconds(500), {1.0f, 1.0f, -3.0f}, {0.6f, 1.5f, 2.5f}},
                      {milliseconds(500), {1.0f, 1.5f, -3.0f}, {0.7f, 1.7f, 2.7f}},

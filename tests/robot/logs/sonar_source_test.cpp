@@ -3,9 +3,6 @@
 #include <gtest/gtest.h>
 
 #include "platform/ko/simulated_time.h"
-#include "platform/middleware/qv_memory_proxy.h"
-#include "platform/model/model_utils.h"
-#include "tests/support/broker_with_memory.h"
 
 namespace QV::robot {
 namespace {
@@ -14,23 +11,17 @@ using boost::chrono::milliseconds;
 
 /** Its key has its name. */
 Model::SensorConfig sonarNamed(const std::string& name) {
-  Model::SensorConfig sensor;
-  sensor.name = name;
-  sensor.type = 9;
-  sensor.properties.emplace("maximumDetectionDistance", "5");
-  sensor.memoryKeys.push_back(name);
-  return sensor;
+  return {name, "", 9, {}, {{"maximumDetectionDistance", "5"}}, {name}};
 }
 
 Recording twoSonars() {
   Recording recording;
-  recording.sensors.push_back(sonarNamed("Left"));
-  recording.sensors.push_back(sonarNamed("Right"));
+  recording.sensors = {sonarNamed("Left"), sonarNamed("Right")};
   recording.steps = {{milliseconds(0), {}, {1.0f, 5.0f}}, {milliseconds(250), {}, {1.5f, 2.5f}}};
   return recording;
 }
 
-TEST(SonarSource, playsTheNewestRangesThroughTheDriver) {
+TEST(SonarSource, playsTheNewestRanges) {
   ko::SimulatedTime time;
   const auto sut = makeSonarSource(twoSonars(), ko::Clock::now() + milliseconds(100));
   EXPECT_FALSE(sut("Left"));
@@ -45,18 +36,6 @@ TEST(SonarSource, playsTheNewestRangesThroughTheDriver) {
   time.advance(milliseconds(9999));
   EXPECT_EQ(sut("Right"), 2.5f);
   EXPECT_THROW(sut("Middle"), std::invalid_argument);
-}
-
-TEST(SonarSource, reachesMemoryWithNoEchoBeyondTheMaximum) {
-  ko::SimulatedTime time;
-  const auto broker = test::brokerWithMemory();
-  const Recording recording = twoSonars();
-  SonarDriver driver(broker, Model::ModelUtils::robotFromXml(recording.toDescription()));
-  driver.setSource(makeSonarSource(recording, ko::Clock::now()));
-  time.advance(SonarDriver::kPeriod);
-  const QVMemoryProxy memory(broker);
-  EXPECT_EQ(memory.getData("Left").toFloat(), 1.0f);
-  EXPECT_EQ(memory.getData("Right").toFloat(), 5.0f + SonarDriver::kNoEchoMargin);
 }
 
 }  // namespace

@@ -24,7 +24,6 @@ namespace {
 using boost::chrono::milliseconds;
 using Math::Transform;
 using test::errorOf;
-using testing::ElementsAre;
 using testing::HasSubstr;
 
 constexpr float kPi = std::numbers::pi_v<float>;
@@ -247,12 +246,6 @@ TEST_F(MotionServiceTest, whatCannotBeSetIsRefusedAndChangesNothing) {
   EXPECT_EQ(errorOf([&] { sut->setRobotVelocity({0, NAN, 0}); }), "the velocity is not finite");
   EXPECT_FLOAT_EQ(ask("torso", 1)(2, 3), 0.7f);
   expectNear(ask("elbow", 0), ask("shoulder", 0) * at(0.3f, 0, 0));
-}
-
-TEST_F(MotionServiceTest, theVelocityIsForwardLeftwardAndTurning) {
-  EXPECT_THAT(QVMotionProxy(broker).getRobotVelocity(), ElementsAre(0.0f, 0.0f, 0.0f));
-  sut->setRobotVelocity({0.5f, -0.25f, 1.5f});
-  EXPECT_THAT(QVMotionProxy(broker).getRobotVelocity(), ElementsAre(0.5f, -0.25f, 1.5f));
 }
 
 // Each second joint turns back what the first one turned, so every whole posture points ahead.

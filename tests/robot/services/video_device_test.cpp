@@ -217,6 +217,9 @@ TEST_F(VideoDeviceTest, whatFailsIsToldToTheClientWhichKeepsItsHandle) {
   EXPECT_EQ(errorOf([&] { next(handle); }), "QVVideoDevice::getImageRemote: lens cap on");
   replaceSource([](cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point) { depth = 77; });
   EXPECT_EQ(next(handle), 77);
+  device->removeCamera(kCamera);
+  proxy->unsubscribe(handle);
+  EXPECT_THAT(device->getHandles(), ElementsAre());
 }
 
 TEST_F(VideoDeviceTest, refusesWrongArguments) {

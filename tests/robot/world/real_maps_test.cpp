@@ -2,9 +2,8 @@
 #include <cstdlib>
 #include <iterator>
 #include <random>
-#include <stdexcept>
 
-#include <gmock/gmock.h>
+#include <gtest/gtest.h>
 
 #include "platform/navigation/occ_map_simulate_scan.h"
 #include "platform/navigation/scan_path.h"
@@ -56,30 +55,6 @@ TEST(RealMaps, loadWithTheirSizesAndShares) {
     EXPECT_NEAR(percentOf(map, 1.0f), expected.occupied, 0.06);
     EXPECT_NEAR(percentOf(map, 0.5f), 100.0 - expected.free - expected.occupied, 0.12);
   }
-}
-
-TEST(RealMaps, aSpeedMaskKeepsItsGreyLevels) {
-  const auto path = findMap("depot_speed");
-  if (!path) GTEST_SKIP() << "no depot_speed in QV_DATA";
-  const OccupancyMap map = loadMap(*path);
-  EXPECT_NEAR(percentOf(map, 1.0f), 2.0, 0.06);
-  EXPECT_NEAR(percentOf(map, 128.0f / 255), 15.5, 0.06);
-  EXPECT_NEAR(percentOf(map, 64.0f / 255), 13.5, 0.06);
-  EXPECT_NEAR(percentOf(map, 1.0f / 255), 66.7, 0.06);
-}
-
-TEST(RealMaps, anOriginWithYawIsKept) {
-  const auto path = findMap("testmap");
-  if (!path) GTEST_SKIP() << "no testmap in QV_DATA";
-  EXPECT_EQ(loadMap(*path).getOrigin(), Math::Pose2D(2.0f, 3.0f, 1.0f));
-}
-
-TEST(RealMaps, aMapWithoutItsImageIsRefused) {
-  const auto path = findMap("broken/porto");
-  if (!path) GTEST_SKIP() << "no broken/porto in QV_DATA";
-  EXPECT_THAT([&] { loadMap(*path); },
-              testing::ThrowsMessage<std::runtime_error>(
-                  testing::HasSubstr("broken/map.pgm: a readable file expected: No such file")));
 }
 
 Math::Pose2D drawFreePose(const OccupancyMap& map, std::mt19937& random) {

@@ -1,7 +1,6 @@
 #include <functional>
 #include <latch>
 #include <memory>
-#include <optional>
 #include <thread>
 
 #include <gmock/gmock.h>

@@ -20,17 +20,9 @@ class SensorTest : public testing::Test {
   FakeSensor sut{"Left", "Sonar"};
 };
 
-TEST_F(SensorTest, isEnabledGoodAndStoppedAtFirstAndReadsNothing) {
-  EXPECT_EQ(sut.getName(), "Left");
-  EXPECT_EQ(sut.getFamilyName(), "Sonar");
-  EXPECT_TRUE(sut.isEnabled());
-  EXPECT_TRUE(sut.isDiagnosisSucess());
-  EXPECT_FALSE(sut.isStarted());
+TEST_F(SensorTest, theFirstSubscriberStartsTheHardwareAndTheLastStopsIt) {
   EXPECT_THAT(sut.getData(), IsEmpty());
   EXPECT_EQ(sut.reads, 0);
-}
-
-TEST_F(SensorTest, theFirstSubscriberStartsTheHardwareAndTheLastStopsIt) {
   EXPECT_TRUE(sut.subscribe("a"));
   EXPECT_FALSE(sut.subscribe("a"));
   EXPECT_TRUE(sut.subscribe("b"));
@@ -45,18 +37,6 @@ TEST_F(SensorTest, theFirstSubscriberStartsTheHardwareAndTheLastStopsIt) {
   EXPECT_EQ(sut.stops, 1);
   EXPECT_FALSE(sut.isStarted());
   EXPECT_THAT(sut.getData(), IsEmpty());
-}
-
-TEST_F(SensorTest, disablingStopsItAndKeepsItsSubscribers) {
-  sut.subscribe("a");
-  sut.enable(false);
-  EXPECT_FALSE(sut.isStarted());
-  EXPECT_THAT(sut.getSubscribers(), ElementsAre("a"));
-  sut.enable(false);
-  EXPECT_EQ(sut.stops, 1);
-  sut.enable(true);
-  EXPECT_TRUE(sut.isStarted());
-  EXPECT_EQ(sut.starts, 2);
 }
 
 TEST_F(SensorTest, aFailedStartClearsTheDiagnosisAndIsTriedAgainOnlyAfterARepair) {
@@ -110,26 +90,6 @@ TEST_F(SensorTest, whatTheHardwareThrowsPassesThroughAndLeavesNoLockBehind) {
   sut.subscribe("a");
   EXPECT_THROW(sut.getData(), std::runtime_error);
   EXPECT_TRUE(sut.unsubscribe("a"));
-}
-
-TEST_F(SensorTest, stoppingWaitsForAReadInProgress) {
-  std::latch reading(1);
-  std::latch finish(1);
-  std::atomic<bool> hardwareStoppedDuringRead{false};
-  sut.onRead = [&] {
-    reading.count_down();
-    finish.wait();
-    hardwareStoppedDuringRead = !sut.hardwareOn;
-  };
-  sut.subscribe("a");
-  std::thread reader([&] { sut.getData(); });
-  reading.wait();
-  std::thread stopper([&] { sut.unsubscribe("a"); });
-  finish.count_down();
-  reader.join();
-  stopper.join();
-  EXPECT_FALSE(hardwareStoppedDuringRead);
-  EXPECT_FALSE(sut.isStarted());
 }
 
 TEST_F(SensorTest, survivesReadersAndSubscribersAtOnce) {

@@ -20,7 +20,6 @@ namespace {
 using boost::chrono::milliseconds;
 using test::errorOf;
 using test::namesOf;
-using testing::Contains;
 using testing::ElementsAre;
 using testing::HasSubstr;
 using testing::IsEmpty;
@@ -107,17 +106,6 @@ TEST_F(NavigationModuleTest, refusesWhatIsNoName) {
               HasSubstr("string expected, int given"));
   EXPECT_THAT(errorOf([] { NavigationModule(boost::shared_ptr<SensorManager>()); }),
               HasSubstr("no manager given"));
-}
-
-TEST_F(NavigationModuleTest, passesEventsOnToTheSensorsThatHandleThem) {
-  host();
-  navigation().callVoid("subscribe", "planner", Names{"Touch", "PeoplePerception"});
-  porter.leanBack();
-  time.advance(milliseconds(200));
-  EXPECT_EQ(namesOf(readThroughTheBroker("Touch")), Names{"BackBumper"});
-  const auto people = readThroughTheBroker("PeoplePerception");
-  ASSERT_THAT(people, SizeIs(1));
-  EXPECT_THAT(people[0].points, SizeIs(1));
 }
 
 TEST_F(NavigationModuleTest, itsEndLeavesNoHardwareOnAndLetsTheBrokerGo) {

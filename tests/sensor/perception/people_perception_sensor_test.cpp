@@ -73,37 +73,31 @@ class PeoplePerceptionSensorTest : public test::FakeRobotTest {
 
 TEST_F(PeoplePerceptionSensorTest, peopleStandWhereTheCameraSawThem) {
   sut->subscribe("test");
-  motion->transform = test::tiltedFrame().toVector();
+  const auto place = test::tiltedFrame();
+  motion->transform = place.toVector();
   const float right = std::acos(0.0f);
   const QVValue extra = QVValue::array("ignored", 3, 0.0f, 0.0f, "ignored");
   raise(peopleEvent(QVValue::array(person(2.0f, 0.0f, 0.0f), person(2.0f, 0.0f, right),
                                    person(2.0f, right, 0.0f), person(1.0f, 0.5f, 0.25f), extra)));
   const auto records = sut->getData();
   ASSERT_THAT(records, SizeIs(1));
+  const auto& points = records[0].points;
   const float flat = std::cos(0.5f);
   EXPECT_THAT(
-      records[0].points,
+      points,
       ElementsAre(isPoint(2.0f, 0.0f, 0.0f), isPoint(0.0f, 2.0f, 0.0f), isPoint(0.0f, 0.0f, -2.0f),
                   isPoint(flat * std::cos(0.25f), flat * std::sin(0.25f), -std::sin(0.5f)),
                   isPoint(3.0f, 0.0f, 0.0f)));
-  Math::MetricalData expected;
-  expected.sensorName = "PeoplePerception";
-  expected.familyName = "Asus";
-  expected.fieldOfView = kPeopleView;
-  expected.sensorTransform = test::tiltedFrame();
-  expected.points = records[0].points;
-  expected.timestamp = ko::Clock::time_point(ko::Duration(12'345'678'000));
+  const ko::Clock::time_point stamp(ko::Duration(12'345'678'000));
+  const Math::MetricalData expected{"PeoplePerception", "Asus", kPeopleView, place, points, stamp};
   EXPECT_EQ(records[0], expected);
   EXPECT_THAT(broker->callsTo("QVMotion"),
               ElementsAre("_getSensorTransformAtTime[\"DepthCamera\", 12345678000]"));
 }
 
 TEST_F(PeoplePerceptionSensorTest, beforeTheFirstEventThereIsNobody) {
-  Math::MetricalData expected;
-  expected.sensorName = "PeoplePerception";
-  expected.familyName = "Asus";
-  expected.fieldOfView = kPeopleView;
-  expected.timestamp = ko::Clock::now();
+  const Math::MetricalData expected{"PeoplePerception", "Asus", kPeopleView, {}, {},
+                                    ko::Clock::now()};
   EXPECT_THAT(sut->getData(), IsEmpty());
   EXPECT_THAT(readOf(*sut), ElementsAre(expected));
 }
@@ -155,7 +149,6 @@ TEST_F(PeoplePerceptionSensorTest, whatIsNoEventIsLoggedAndChangesNothing) {
   const std::string stamp = "Wrong peopleEvent timestamp format";
   const QVValue nobody = QVValue::Array();
   const QVValue now = QVValue::array(1, 0);
-  const std::int64_t most = std::numeric_limits<std::int64_t>::max();
   const std::pair<QVValue, std::string> cases[] = {
       {QVValue(), format},
       {5, format},
@@ -164,9 +157,7 @@ TEST_F(PeoplePerceptionSensorTest, whatIsNoEventIsLoggedAndChangesNothing) {
       {peopleEvent(nobody, QVValue::array(1, 2, 3)), stamp},
       {peopleEvent(nobody, QVValue::array(1)), stamp},
       {peopleEvent(nobody, QVValue::array(1, 2.0f)), stamp},
-      {peopleEvent(nobody, QVValue::array(true, 2)), stamp},
       {peopleEvent(nobody, 1), stamp},
-      {peopleEvent(nobody, QVValue::array(most, 0)), stamp},
       {peopleEvent("nobody", QVValue()), stamp},
       {peopleEvent(QVValue()), format},
       {peopleEvent(nobody, now, "2"), format},

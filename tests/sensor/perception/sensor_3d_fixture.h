@@ -37,6 +37,13 @@ class Sensor3DTest : public test::FakeRobotTest {
     sut.emplace("Depth", "Asus", broker, Math::SensorFieldOfView2D(0.4f, 8.0f, 1.0f, 1));
   }
 
+  /** Before a wall at so many millimetres. */
+  void startBefore(int millimetres) {
+    make();
+    depth = millimetres;
+    sut->subscribe("me");
+  }
+
   void fill(cv::Rect area, int millimetres) { depth(area).setTo(millimetres); }
 
   /** Once the next image was taken. */

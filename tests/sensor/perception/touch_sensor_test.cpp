@@ -48,16 +48,13 @@ class TouchSensorTest : public test::FakeRobotTest {
 };
 
 TEST_F(TouchSensorTest, aTouchedGroupIsARecordWithAPointInItsFrame) {
-  motion->transform = test::tiltedFrame().toVector();
+  const auto place = test::tiltedFrame();
+  motion->transform = place.toVector();
   raise(touched("FrontBumper", {2}));
   EXPECT_THAT(sut->getData(), IsEmpty());
-  Math::MetricalData expected;
-  expected.sensorName = "FrontBumper";
-  expected.familyName = "Touch";
-  expected.fieldOfView = kTouchView;
-  expected.sensorTransform = test::tiltedFrame();
-  expected.points = {{-0.05f, 0.0f, 0.0f}};
-  expected.timestamp = ko::Clock::now();
+  const std::vector<Math::Position3D> points{{-0.05f, 0.0f, 0.0f}};
+  const auto now = ko::Clock::now();
+  const Math::MetricalData expected{"FrontBumper", "Touch", kTouchView, place, points, now};
   EXPECT_THAT(readOf(*sut), ElementsAre(expected));
   EXPECT_THAT(broker->callsTo("QVMotion"), ElementsAre("getTransform[\"FrontBumper\", 1, true]"));
 }

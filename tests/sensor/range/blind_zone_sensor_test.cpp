@@ -59,13 +59,9 @@ TEST_F(BlindZoneSensorTest, recordsAndEventsTellWhoAndWhereInTheRobotsFrame) {
                      Math::rotationFrom3DRotation(0.0f, 0.0f, std::acos(0.0f));
   motion->transform = place.toVector();
   read(0.0f);
-  Math::MetricalData expected;
-  expected.sensorName = "Blind";
-  expected.familyName = "BlindZone";
-  expected.fieldOfView = kBlindZoneView;
-  expected.sensorTransform = place;
-  expected.points = {{1.5f, 0.0f, 0.0f}};
-  expected.timestamp = ko::Clock::now();
+  const std::vector<Math::Position3D> points{{1.5f, 0.0f, 0.0f}};
+  const auto now = ko::Clock::now();
+  const Math::MetricalData expected{"Blind", "BlindZone", kBlindZoneView, place, points, now};
   EXPECT_THAT(readOf(sut), ElementsAre(expected));
   EXPECT_EQ(broker->callsTo("QVMotion").back(), "getTransform[\"Blind\", 1, true]");
   ASSERT_EQ(events.size(), 1u);

@@ -7,7 +7,6 @@
 #include "robot/services/robot_model_service.h"
 #include "robot/services/sonar_driver.h"
 #include "tests/support/fake_robot.h"
-#include "tests/support/real_data.h"
 #include "tests/support/throws.h"
 
 namespace QV::sensor {
@@ -104,43 +103,6 @@ TEST_F(SmartSonarTest, whatFailsBesidesTheReadingComesOut) {
   broker->plan("QVMotion.getTransform", {});
   broker->unregisterModule("QVRobotModel");
   EXPECT_EQ(errorOf([&] { makeSonar(); }), "QVProxy::QVProxy: no module \"QVRobotModel\"");
-}
-
-std::string replaced(std::string text, const std::string& from, const std::string& to) {
-  const auto at = text.find(from);
-  return at == std::string::npos ? text : text.replace(at, from.size(), to);
-}
-
-/** A real robot of two arms with a sonar at its belly; empty without the data. */
-std::string twoArms() {
-  return replaced(test::readRealData("urdf/reachy.urdf").value_or(""), "</robot>",
-                  R"(<sensor name="Front" type="9"><parent link="torso"/>
-                     <origin xyz="0.06 0 -0.25"/><memory_key>range</memory_key></sensor></robot>)");
-}
-
-TEST_F(SmartSonarTest, ofARealRobotSeesAnArmSwungBeforeItAndNotOneAtRest) {
-  if (twoArms().empty()) GTEST_SKIP() << "no reachy.urdf in QV_DATA";
-  describe(replaced(replaced(twoArms(), "\"l_forearm_yaw\"", "\"LElbowRoll\""), "\"r_forearm_yaw\"",
-                    "\"RElbowRoll\""));
-  const auto sut = makeSonar(0.96f);
-  EXPECT_FALSE(isBlocked(*sut));
-  for (const std::string side : {"l", "r"}) {
-    const double inwards = side == "l" ? -0.8 : 0.8;
-    body->setJointPositions({{side + "_elbow_pitch", -kQuarterTurn}, {side + "_arm_yaw", inwards}});
-    EXPECT_TRUE(isBlocked(*sut)) << side;
-    body->setJointPositions({{side + "_arm_yaw", 0.0}});
-    EXPECT_FALSE(isBlocked(*sut)) << side;
-    body->setJointPositions({{side + "_elbow_pitch", 0.0}});
-    EXPECT_FALSE(isBlocked(*sut)) << side;
-  }
-}
-
-TEST_F(SmartSonarTest, ofARealRobotWithoutTheTwoNamesSeesNoArmAtAll) {
-  if (twoArms().empty()) GTEST_SKIP() << "no reachy.urdf in QV_DATA";
-  describe(twoArms());
-  const auto sut = makeSonar(0.96f);
-  body->setJointPositions({{"l_elbow_pitch", -kQuarterTurn}, {"l_arm_yaw", -0.8}});
-  EXPECT_FALSE(isBlocked(*sut));
 }
 
 }  // namespace

@@ -39,12 +39,8 @@ class RealSensorTest : public test::FakeRobotTest {
  protected:
   /** A record of time 0, one point, somewhere. */
   static MetricalData oldRecord(const std::string& name) {
-    MetricalData record;
-    record.sensorName = name;
-    record.fieldOfView = kFieldOfView;
-    record.sensorTransform = Math::Transform::fromPosition({5.0f, 6.0f, 7.0f});
-    record.points = {{1.0f, 2.0f, 3.0f}};
-    return record;
+    const auto place = Math::Transform::fromPosition({5.0f, 6.0f, 7.0f});
+    return {name, "Plain", kFieldOfView, place, {{1.0f, 2.0f, 3.0f}}, at(0)};
   }
 
   void guard(std::vector<MetricalData>& records, std::int64_t now, milliseconds maxAge,
@@ -57,10 +53,7 @@ class RealSensorTest : public test::FakeRobotTest {
 };
 
 TEST_F(RealSensorTest, aRecordStartsWithTheSensorItsFieldOfViewAndTheDevicesTime) {
-  MetricalData expected;
-  expected.sensorName = "Front";
-  expected.familyName = "Plain";
-  expected.fieldOfView = kFieldOfView;
+  MetricalData expected{"Front", "Plain", kFieldOfView, {}, {}, {}};
   // The second is beyond the wrap of the devices' count.
   for (const std::int64_t milliseconds : {12'345LL, (1LL << 32) + 5}) {
     time.advanceTo(at(milliseconds * 1'000'000 + 999'999));

@@ -10,8 +10,10 @@ namespace {
 using testing::ElementsAre;
 using testing::IsEmpty;
 
-/** Reads what a sensor reports of itself by letting it measure without a map. */
+/** Reads what a sensor reports of itself by letting it measure where every ray is stopped. */
 Math::MetricalData recordOf(const boost::shared_ptr<SimulatedSensor>& sensor) {
+  static OccupancyMap solid(1, 1, 1.0f, {}, 1.0f);
+  sensor->setOccMap(&solid);
   sensor->subscribe("test");
   return sensor->getData().at(0);
 }
@@ -21,6 +23,7 @@ struct Expected {
   std::string family;
   Math::SensorFieldOfView2D fieldOfView;
   Math::Pose2D pose;
+  std::size_t points = 1;
 };
 
 void expectSensors(int kind, const std::vector<Expected>& expected) {
@@ -33,12 +36,13 @@ void expectSensors(int kind, const std::vector<Expected>& expected) {
     EXPECT_EQ(record.fieldOfView, expected[i].fieldOfView) << record.sensorName;
     EXPECT_EQ(record.sensorTransform, Math::transformFromPose2D(expected[i].pose))
         << record.sensorName;
+    EXPECT_EQ(record.points.size(), expected[i].points) << record.sensorName;
   }
 }
 
 TEST(RobotModelMock, buildsTheSetOfEachKind) {
   const Math::SensorFieldOfView2D turn(0.0f, 3.5f, 6.2831855f, 300);
-  expectSensors(-1, {{"Laser", "Laser", turn, {0.1f, 0.0f, 0.0f}}});
+  expectSensors(-1, {{"Laser", "Laser", turn, {0.1f, 0.0f, 0.0f}, 300}});
 
   const Math::SensorFieldOfView2D sonar(0.3f, 2.0f, 1.0f, 20);
   expectSensors(0, {{"RightSonar", "Sonar", sonar, {}}, {"LeftSonar", "Sonar", sonar, {}}});
@@ -50,7 +54,7 @@ TEST(RobotModelMock, buildsTheSetOfEachKind) {
                     {"Bumper/FrontLeft", "Bumper", bumper, {0, 0, 0.7853982f}},
                     {"Sonar/Back", "Sonar", wideSonar, {0, 0, 3.1415927f}},
                     {"Sonar/Front", "Sonar", wideSonar, {}},
-                    {"CameraDepth", "Asus", {0.5f, 8.0f, 1.0f, 100}, {}}});
+                    {"CameraDepth", "Asus", {0.5f, 8.0f, 1.0f, 100}, {}, 100}});
 }
 
 TEST(RobotModelMock, saysWhatItLoadsAndWhatItCannot) {

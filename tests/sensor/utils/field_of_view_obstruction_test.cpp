@@ -3,11 +3,8 @@
 #include <numbers>
 #include <string>
 
-#include <gmock/gmock.h>
-
-#include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_error.h"
-#include "tests/support/log_capture.h"
+#include "tests/support/fake_robot.h"
 #include "tests/support/throws.h"
 
 namespace QV::sensor {
@@ -40,21 +37,13 @@ std::shared_ptr<Model::CollisionShape> ball(const std::string& joint, const Tran
   return std::make_shared<Model::CollisionShape>("ball", Math::Sphere{0.05f}, transform, joint);
 }
 
-/** A broker whose robot model hands out `description`, and whose motion writes its calls down. */
-class ObstructionTest : public testing::Test {
+/** A robot whose model hands out `description`. */
+class ObstructionTest : public test::FakeRobotTest {
  protected:
   ObstructionTest() {
-    auto model = boost::make_shared<QVModule>("QVRobotModel");
+    const auto model = boost::make_shared<QVModule>("QVRobotModel");
     model->bindMethod("getConfig", [this] { return description; });
     broker->registerModule(model);
-    auto motion = boost::make_shared<QVModule>("QVMotion");
-    motion->bindMethod("getTransform", [this](const std::string& name, int frame, bool measured) {
-      calls.push_back(name + " " + std::to_string(frame) + (measured ? " measured" : ""));
-      if (name == "Lost") throw std::runtime_error("no such joint");
-      if (name == "Short") return std::vector<float>(11, 0.0f);
-      return Transform::fromPosition({static_cast<float>(calls.size()), 0, 0}).toVector();
-    });
-    broker->registerModule(motion);
   }
 
   std::vector<std::string> namesOfLoadedShapes() {
@@ -64,11 +53,8 @@ class ObstructionTest : public testing::Test {
     return names;
   }
 
-  boost::shared_ptr<QVBroker> broker = QVBroker::create();
   std::string description;
-  std::vector<std::string> calls;
   Shapes shapes;
-  test::LogCapture log;
 };
 
 TEST_F(ObstructionTest, onlyTheForearmsAreLoadedInTheOrderOfTheirNames) {
@@ -107,17 +93,20 @@ TEST_F(ObstructionTest, withoutADescriptionTheShapesAreEmptiedAndTheErrorComesOu
 
 TEST_F(ObstructionTest, eachShapeIsPlacedByItsOwnJointInTheBodyFrame) {
   shapes = {ball("RElbowRoll", Transform()), ball("LElbowRoll", Transform())};
-  const QVMotionProxy motion(broker);
-  EXPECT_THAT(buildTransformsFromCollisionShapes(shapes, motion),
+  broker->plan("QVMotion.getTransform", [this, x = 0.0f]() mutable {
+    motion->transform = Transform::fromPosition({++x, 0, 0}).toVector();
+  });
+  EXPECT_THAT(buildTransformsFromCollisionShapes(shapes, QVMotionProxy(broker)),
               ElementsAre(Transform::fromPosition({1, 0, 0}), Transform::fromPosition({2, 0, 0})));
-  EXPECT_THAT(calls, ElementsAre("RElbowRoll 0 measured", "LElbowRoll 0 measured"));
-
-  shapes.push_back(ball("Lost", Transform()));
-  EXPECT_THAT(errorOf([&] { buildTransformsFromCollisionShapes(shapes, motion); }),
-              HasSubstr("no such joint"));
-  shapes.back() = ball("Short", Transform());
-  EXPECT_THAT(errorOf([&] { buildTransformsFromCollisionShapes(shapes, motion); }),
-              HasSubstr("12 floats expected, 11 given"));
+  EXPECT_THAT(broker->callsTo("QVMotion"), ElementsAre("getTransform[\"RElbowRoll\", 0, true]",
+                                                       "getTransform[\"LElbowRoll\", 0, true]"));
+  const auto errorNow = [this] {
+    return errorOf([this] { buildTransformsFromCollisionShapes(shapes, QVMotionProxy(broker)); });
+  };
+  broker->planFailure("QVMotion.getTransform", "no such joint");
+  EXPECT_EQ(errorNow(), "no such joint");
+  broker->planAnswer("QVMotion.getTransform", std::vector<float>(11, 0.0f));
+  EXPECT_THAT(errorNow(), HasSubstr("12 floats expected, 11 given"));
 }
 
 // The sensor looks back along x at a joint that points to the left, with the ball before it.
