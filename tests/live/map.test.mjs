@@ -62,6 +62,34 @@ test('wheel, keys and buttons zoom; a drag moves', async () => {
   assert.equal(live.state.goal, null);
 });
 
+test('what lies under the pointer stays there while it zooms', async () => {
+  const found = await live.page.evaluate(async () => {
+    const { Viewport } = await import('/viewport.js');
+    const viewport = new Viewport();
+    viewport.resize(800, 600);
+    const place = viewport.toMap(650, 120);
+    const before = viewport.scale;
+    viewport.zoomBy(1.5, 650, 120);
+    return { at: viewport.toCanvas(place.x, place.y), factor: viewport.scale / before };
+  });
+  assert.deepEqual(found.at.map(Math.round), [650, 120]);
+  assert.equal(found.factor, 1.5);
+});
+
+test('points fade with their age and then go', async () => {
+  const strengths = await live.page.evaluate(async () => {
+    const { PointTrail } = await import('/point_trail.js');
+    const trail = new PointTrail();
+    for (const time of [10, 10.5, 11]) trail.add([{ name: 'Laser', age: 0, points: [[time, 0]] }], time);
+    const look = (time) => trail.of('Laser', time).map(({ points, strength }) => [points[0][0], strength]);
+    const early = look(11);
+    trail.add([{ name: 'Laser', age: 1.2, points: [[11, 0]] }], 12.2);
+    return { early, late: look(12.2).map(([from]) => from) };
+  });
+  assert.deepEqual(strengths.early, [[10, 0.5], [10.5, 0.75], [11, 1]]);
+  assert.deepEqual(strengths.late, [10.5, 11]);
+});
+
 test('two fingers zoom', async () => {
   const session = await live.page.context().newCDPSession(live.page);
   const box = await live.page.locator('#map').boundingBox();
