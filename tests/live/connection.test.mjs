@@ -3,6 +3,7 @@ import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';
 import { PORTER, serve } from './support/program.mjs';
+import { Relay } from './support/relay.mjs';
 
 test('a lost connection is shown, and healed without a click', async (context) => {
   const browser = await launch();
@@ -28,4 +29,35 @@ test('a lost connection is shown, and healed without a click', async (context) =
   live.complaints = live.complaints.filter((text) => !text.startsWith('WebSocket connection to'));
   await live.close();
   await second.stop('SIGTERM');
+});
+
+test('five seconds of silence are a lost connection, and the next word heals it', async (context) => {
+  const browser = await launch();
+  context.after(() => browser.close());
+  const program = await serve(PORTER);
+  const relay = new Relay();
+  const live = await LivePage.open(browser, program.url, {
+    prepare: async (page) => {
+      await page.clock.install({ time: 0 });
+      await relay.prepare(page);
+    },
+  });
+  const lost = live.page.getByRole('alert').getByText('The program does not answer.');
+  await live.page.getByText('Live', { exact: true }).waitFor();
+
+  await live.page.clock.pauseAt(60000);
+  await live.until(() => true);
+  relay.passes = false;
+  await live.page.clock.fastForward(4990);
+  assert.equal(await lost.isVisible(), false);
+  await live.page.clock.fastForward(10);
+  await lost.waitFor();
+  assert.match(await live.page.locator('#retry').innerText(), /^Try now \(1 s\)$/);
+
+  relay.passes = true;
+  await live.page.clock.fastForward(1000);
+  await lost.waitFor({ state: 'hidden' });
+  await live.page.getByText('Live', { exact: true }).waitFor();
+  await live.close();
+  await program.stop();
 });
