@@ -1,4 +1,4 @@
-// A program that goes away and comes back.
+// Who reaches the program, and a program that goes away and comes back.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';
@@ -38,16 +38,16 @@ test('five seconds of silence are a lost connection, and the next word heals it'
   const relay = new Relay();
   const live = await LivePage.open(browser, program.url, {
     prepare: async (page) => {
-      await page.clock.install({ time: 0 });
+      await page.clock.install();
       await relay.prepare(page);
     },
   });
   const lost = live.page.getByRole('alert').getByText('The program does not answer.');
   await live.page.getByText('Live', { exact: true }).waitFor();
 
-  await live.page.clock.pauseAt(60000);
-  await live.until(() => true);
+  await live.page.clock.pauseAt(1000 + (await live.page.evaluate(() => Date.now())));
   relay.passes = false;
+  relay.tell(relay.last.state);
   await live.page.clock.fastForward(4990);
   assert.equal(await lost.isVisible(), false);
   await live.page.clock.fastForward(10);
@@ -60,4 +60,12 @@ test('five seconds of silence are a lost connection, and the next word heals it'
   await live.page.getByText('Live', { exact: true }).waitFor();
   await live.close();
   await program.stop();
+});
+
+test('who lets other machines in is warned', async () => {
+  const alone = await serve(PORTER);
+  assert.equal(await alone.stop(), '');
+  const open = await serve([...PORTER, '--address', '0.0.0.0']);
+  assert.equal((await fetch(`http://127.0.0.1:${open.port}/`)).status, 200);
+  assert.equal(await open.stop(), 'qvsensors: warning: whoever reaches 0.0.0.0 can watch and drive this robot\n');
 });

@@ -55,3 +55,27 @@ export async function untilPixels(live, colour, accepts) {
   }
   throw new Error(`the map still shows ${await countPixels(live.page, colour)} pixels like ${colour}`);
 }
+
+/** Takes the map as it is for findChange. */
+export function keepPicture(page) {
+  return page.evaluate(() => {
+    const canvas = document.getElementById('map');
+    globalThis.kept = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
+  });
+}
+
+/** How much the map differs from the kept picture, and the middle [left, top] of where it does. */
+export function findChange(page) {
+  return page.evaluate(() => {
+    const { data, width, height } = globalThis.kept;
+    const now = document.getElementById('map').getContext('2d').getImageData(0, 0, width, height).data;
+    let [amount, left, top] = [0, 0, 0];
+    for (let at = 0; at < data.length; at += 4) {
+      const change = Math.abs(now[at] - data[at]) + Math.abs(now[at + 1] - data[at + 1]) + Math.abs(now[at + 2] - data[at + 2]);
+      amount += change;
+      left += change * ((at / 4) % width);
+      top += change * Math.floor(at / 4 / width);
+    }
+    return { amount, middle: [left / amount, top / amount] };
+  });
+}
