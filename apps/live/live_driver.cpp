@@ -49,6 +49,7 @@ void LiveDriver::setGoal(const Math::Position2D& position) {
   stop();
   if (Math::norm(Math::Position2D(position.x - from.x, position.y - from.y)) < kArrived) return;
   goal = position;
+  ko::log::info("LiveView", "setGoal") << "on the way to " << describe(position) << " m";
   path.emplace(route, kSpeed, kTurnSpeed);
   done = 0.0;
   waited = 0.0;
@@ -81,7 +82,10 @@ void LiveDriver::xFollow(double seconds) {
   }
   const float behind = std::hypot(off.x, off.y);
   const bool atEnd = done >= path->getDuration();
-  if (atEnd && behind < kArrived) return stop();
+  if (atEnd && behind < kArrived) {
+    ko::log::info("LiveView", "xFollow") << "arrived at " << describe(*goal) << " m";
+    return stop();
+  }
   if (atEnd || behind > kBehind) {
     waited += seconds;
     if (waited > kPatience) return xGiveUp();

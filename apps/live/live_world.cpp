@@ -33,6 +33,12 @@ LiveWorld::~LiveWorld() {
   driver.stop();
 }
 
+void LiveWorld::xTell(const std::string& name, const std::string& what) const {
+  std::string text = name + ' ' + what;
+  if (manager.isSensor(name)) text += manager.isSensorStarted(name) ? ": started" : ": stopped";
+  ko::log::info("LiveView", "execute") << text;
+}
+
 void LiveWorld::execute(const LiveCommand& command) {
   std::visit([this](const auto& kind) { xDo(kind); }, command);
 }
@@ -43,17 +49,20 @@ void LiveWorld::xDo(const SubscribeCommand& command) {
   } else {
     manager.unsubscribe(kSubscriber, command.sensor);
   }
+  xTell(command.sensor, command.on ? "subscribed" : "unsubscribed");
 }
 
 // Only subscriptions start and stop the refresh of the records: one to nothing makes it look again.
 void LiveWorld::xDo(const EnableCommand& command) {
   manager.enableSensorOrFamily(command.sensor, command.on);
   manager.subscribe(kSubscriber, std::set<std::string>());
+  xTell(command.sensor, command.on ? "enabled" : "disabled");
 }
 
 void LiveWorld::xDo(const DiagnoseCommand& command) {
   manager.setSensorDiagnosis(command.sensor, command.value);
   manager.subscribe(kSubscriber, std::set<std::string>());
+  xTell(command.sensor, command.value ? "diagnosis good" : "diagnosis bad");
 }
 
 void LiveWorld::xDo(const DriveCommand& command) {
@@ -121,6 +130,7 @@ void LiveWorld::xNoteTouches() {
   const auto now = ko::Clock::now();
   for (const auto& [name, position] : robot.getTouches()) {
     const auto [touch, isNew] = touches.try_emplace(name, Touch{position, now, now});
+    if (isNew) ko::log::info("LiveView", "xNoteTouches") << name << " touched";
     const bool goesOn = now - touch->second.last <= 2 * kSlice;
     touch->second = {position, goesOn ? touch->second.began : now, now};
   }

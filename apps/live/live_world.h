@@ -58,6 +58,8 @@ class LiveWorld {
   void xDo(const StepCommand& command);
   void xDo(const SpeedCommand& command);
 
+  /** In the log, for people: a sensor's or family's name, and what was done to it. */
+  void xTell(const std::string& name, const std::string& what) const;
   void xAdvance(ko::Duration simulated);
   void xNoteTouches();
 

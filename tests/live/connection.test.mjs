@@ -1,8 +1,9 @@
-// A program that goes away and comes back.
+// Who reaches the program, and a program that goes away and comes back.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';
 import { PORTER, serve } from './support/program.mjs';
+import { Relay } from './support/relay.mjs';
 
 test('a lost connection is shown, and healed without a click', async (context) => {
   const browser = await launch();
@@ -30,37 +31,41 @@ test('a lost connection is shown, and healed without a click', async (context) =
   await second.stop('SIGTERM');
 });
 
-test('a program that falls silent is lost after five seconds', async (context) => {
+test('five seconds of silence are a lost connection, and the next word heals it', async (context) => {
   const browser = await launch();
+  context.after(() => browser.close());
   const program = await serve(PORTER);
-  context.after(async () => {
-    await browser.close();
-    await program.stop();
+  const relay = new Relay();
+  const live = await LivePage.open(browser, program.url, {
+    prepare: async (page) => {
+      await page.clock.install();
+      await relay.prepare(page);
+    },
   });
-  const page = await browser.newPage();
-  await page.clock.install();
-  let isSilent = false;
-  await page.routeWebSocket(/./, (socket) => {
-    const server = socket.connectToServer();
-    server.onMessage((message) => isSilent || socket.send(message));
-  });
-  await page.goto(program.url);
-  await page.getByText('Live', { exact: true }).waitFor();
-  isSilent = true;
-  await page.clock.runFor(4000);
-  assert.ok(await page.getByText('Live', { exact: true }).isVisible());
-  await page.clock.runFor(1500);
-  await page.getByRole('alert').getByText('The program does not answer.').waitFor();
-  isSilent = false;
-  await page.clock.runFor(1000);
-  await page.getByText('Live', { exact: true }).waitFor();
+  const lost = live.page.getByRole('alert').getByText('The program does not answer.');
+  await live.page.getByText('Live', { exact: true }).waitFor();
+
+  await live.page.clock.pauseAt(1000 + (await live.page.evaluate(() => Date.now())));
+  relay.passes = false;
+  relay.tell(relay.last.state);
+  await live.page.clock.fastForward(4990);
+  assert.equal(await lost.isVisible(), false);
+  await live.page.clock.fastForward(10);
+  await lost.waitFor();
+  assert.match(await live.page.locator('#retry').innerText(), /^Try now \(1 s\)$/);
+
+  relay.passes = true;
+  await live.page.clock.fastForward(1000);
+  await lost.waitFor({ state: 'hidden' });
+  await live.page.getByText('Live', { exact: true }).waitFor();
+  await live.close();
+  await program.stop();
 });
 
-test('who opens the port to others is warned', async () => {
-  const program = await serve(['--kind', '1', '--address', '0.0.0.0']);
-  assert.match(program.complaints(), /warning: whoever reaches 0\.0\.0\.0 can watch and drive this robot/);
-  await program.stop();
-  const alone = await serve(['--kind', '1']);
-  assert.equal(alone.complaints(), '');
-  await alone.stop();
+test('who lets other machines in is warned', async () => {
+  const alone = await serve(PORTER);
+  assert.equal(await alone.stop(), '');
+  const open = await serve([...PORTER, '--address', '0.0.0.0']);
+  assert.equal((await fetch(`http://127.0.0.1:${open.port}/`)).status, 200);
+  assert.equal(await open.stop(), 'qvsensors: warning: whoever reaches 0.0.0.0 can watch and drive this robot\n');
 });

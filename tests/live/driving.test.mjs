@@ -31,6 +31,7 @@ test('driving into a wall is felt', async () => {
   await live.page.keyboard.up('ArrowUp');
   assert.equal(touches[0].name, 'FrontBumper');
   await live.page.getByText('Touch: FrontBumper').waitFor();
+  await live.page.locator('.log-line:visible').getByText('FrontBumper touched').waitFor();
 });
 
 test('the left key turns left until it is released', async () => {
@@ -67,6 +68,7 @@ test('a drag from the robot sets a goal, and the robot gets there', async () => 
   assert.ok(goal.x > pose.x, `${goal.x} m is not ahead of ${pose.x} m`);
   const { pose: there } = await live.until((state) => state.goal === null);
   assert.ok(Math.abs(there.x - goal.x) < 0.3, `${there.x} m instead of ${goal.x} m`);
+  await live.page.locator('.log-line:visible').getByText(/^.*arrived at/).waitFor();
 });
 
 test('picking a goal ends with a press on the robot', async () => {

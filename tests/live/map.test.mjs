@@ -2,7 +2,7 @@
 import assert from 'node:assert/strict';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';
-import { countPixels } from './support/canvas.mjs';
+import { countPixels, findEnlargement, findOutline } from './support/canvas.mjs';
 import { serve } from './support/program.mjs';
 
 const WALL = [58, 66, 78];
@@ -44,66 +44,64 @@ test('the whole map is seen at first, and again after Fit', async () => {
   assert.ok(Math.abs((await countPixels(live.page, WALL)) - walls) < walls / 100);
 });
 
-test('wheel, keys and buttons zoom; a drag moves', async () => {
+/** How `action` enlarges the map about [left, top] of the canvas, and moves it by `shift`. */
+async function enlargementBy(action, about, shift) {
+  const before = await findOutline(live.page, WALL);
+  await changedBy(action);
+  return findEnlargement(before, await findOutline(live.page, WALL), about, shift);
+}
+
+test('what is under the pointer stays there when the wheel zooms', async () => {
   const box = await live.page.locator('#map').boundingBox();
-  const [x, y] = [box.x + box.width * 0.7, box.y + box.height * 0.5];
-  await live.page.mouse.move(x, y);
-  await changedBy(() => live.page.mouse.wheel(0, -300));
-  await changedBy(() => live.page.keyboard.press('+'));
-  await changedBy(() => live.page.keyboard.press('-'));
-  await changedBy(() => live.page.keyboard.press('Shift+ArrowLeft'));
-  await changedBy(() => live.page.getByRole('button', { name: 'Zoom out' }).click());
-  await changedBy(async () => {
+  const about = [Math.round(box.width * 0.7), Math.round(box.height * 0.4)];
+  await live.page.mouse.move(box.x + about[0], box.y + about[1]);
+  const nearer = await enlargementBy(() => live.page.mouse.wheel(0, -200), about);
+  assert.ok(nearer > 1.1, `enlarged by ${nearer}`);
+  const farther = await enlargementBy(() => live.page.mouse.wheel(0, 200), about);
+  assert.ok(Math.abs(nearer * farther - 1) < 0.02, `enlarged by ${nearer}, then by ${farther}`);
+});
+
+test('keys and buttons zoom about the middle', async () => {
+  const box = await live.page.locator('#map').boundingBox();
+  const middle = [box.width / 2, box.height / 2];
+  const press = (key) => () => live.page.keyboard.press(key);
+  const click = (name) => () => live.page.getByRole('button', { name }).click();
+  for (const [nearer, farther] of [[press('+'), press('-')], [click('Zoom in'), click('Zoom out')]]) {
+    const factors = [await enlargementBy(nearer, middle), await enlargementBy(farther, middle)];
+    assert.ok(factors[0] > 1.1 && factors[1] < 0.9, `enlarged by ${factors}`);
+  }
+});
+
+test('a drag and the keys move the map as far as they say', async () => {
+  const box = await live.page.locator('#map').boundingBox();
+  const [x, y] = [Math.round(box.x + box.width * 0.7), Math.round(box.y + box.height * 0.5)];
+  const drag = async () => {
     await live.page.mouse.move(x, y);
     await live.page.mouse.down();
     await live.page.mouse.move(x - 80, y + 30, { steps: 4 });
     await live.page.mouse.up();
-  });
+  };
+  const dragged = await enlargementBy(drag, [0, 0], [-80, 30]);
+  assert.ok(Math.abs(dragged - 1) < 0.01, `enlarged by ${dragged}`);
+  const pushed = await enlargementBy(() => live.page.keyboard.press('Shift+ArrowLeft'), [0, 0], [60, 0]);
+  assert.ok(Math.abs(pushed - 1) < 0.01, `enlarged by ${pushed}`);
   assert.equal(live.state.goal, null);
 });
 
-test('what lies under the pointer stays there while it zooms', async () => {
-  const found = await live.page.evaluate(async () => {
-    const { Viewport } = await import('/viewport.js');
-    const viewport = new Viewport();
-    viewport.resize(800, 600);
-    const place = viewport.toMap(650, 120);
-    const before = viewport.scale;
-    viewport.zoomBy(1.5, 650, 120);
-    return { at: viewport.toCanvas(place.x, place.y), factor: viewport.scale / before };
-  });
-  assert.deepEqual(found.at.map(Math.round), [650, 120]);
-  assert.equal(found.factor, 1.5);
-});
-
-test('points fade with their age and then go', async () => {
-  const strengths = await live.page.evaluate(async () => {
-    const { PointTrail } = await import('/point_trail.js');
-    const trail = new PointTrail();
-    for (const time of [10, 10.5, 11]) trail.add([{ name: 'Laser', age: 0, points: [[time, 0]] }], time);
-    const look = (time) => trail.of('Laser', time).map(({ points, strength }) => [points[0][0], strength]);
-    const early = look(11);
-    trail.add([{ name: 'Laser', age: 1.2, points: [[11, 0]] }], 12.2);
-    return { early, late: look(12.2).map(([from]) => from) };
-  });
-  assert.deepEqual(strengths.early, [[10, 0.5], [10.5, 0.75], [11, 1]]);
-  assert.deepEqual(strengths.late, [10.5, 11]);
-});
-
-test('two fingers zoom', async () => {
+test('what is under two fingers stays under them', async () => {
   const session = await live.page.context().newCDPSession(live.page);
   const box = await live.page.locator('#map').boundingBox();
-  const [x, y] = [Math.round(box.x + box.width * 0.7), Math.round(box.y + box.height * 0.5)];
+  const [x, y] = [Math.round(box.x + box.width * 0.6), Math.round(box.y + box.height * 0.5)];
   const touch = (type, apart) => session.send('Input.dispatchTouchEvent', {
     type, touchPoints: apart === null ? [] : [{ x: x - apart, y, id: 0 }, { x: x + apart, y, id: 1 }],
   });
-  const before = await countPixels(live.page, WALL);
-  await changedBy(async () => {
-    await touch('touchStart', 20);
-    for (const apart of [40, 70, 110]) await touch('touchMove', apart);
+  const spread = async () => {
+    await touch('touchStart', 40);
+    for (const apart of [60, 80, 100]) await touch('touchMove', apart);
     await touch('touchEnd', null);
-  });
-  assert.notEqual(await countPixels(live.page, WALL), before);
+  };
+  const factor = await enlargementBy(spread, [x - box.x, y - box.y]);
+  assert.ok(Math.abs(factor - 2.5) < 0.05, `enlarged by ${factor}, not by 2.5`);
 });
 
 test('the map follows the theme', async () => {

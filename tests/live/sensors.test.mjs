@@ -31,7 +31,7 @@ test('a sensor starts with its subscription, shows points, and stops with it', a
   await row.getByText('started · live view').waitFor();
   await untilPixels(live, LASER, (count) => count > 20);
   assert.deepEqual(sensor.subscribers, ['live view']);
-  assert.match(await row.locator('.sensor-figures').innerText(), /\d\.\d\d m/);
+  await row.locator('.sensor-figures').filter({ hasText: /rate10\.\d Hzage0\.\d snearest\d\.\d\d m/ }).waitFor();
 
   await live.switchOf('LeftLaser', 'Subscribe').click();
   await row.getByText('stopped · no subscriber').waitFor();
@@ -67,6 +67,17 @@ test('a disabled or failed sensor stops although it has a subscriber, and comes 
   }
 });
 
+/** The depth frame is grey but for its components. */
+function countColoured() {
+  const frame = document.getElementById('depth');
+  const context = new OffscreenCanvas(frame.naturalWidth, frame.naturalHeight).getContext('2d');
+  context.drawImage(frame, 0, 0);
+  const { data } = context.getImageData(0, 0, frame.naturalWidth, frame.naturalHeight);
+  let count = 0;
+  for (let at = 0; at < data.length; at += 4) count += Math.abs(data[at] - data[at + 2]) > 20;
+  return count;
+}
+
 test('all sensors are subscribed at once, and the depth frame comes with them', async () => {
   const all = live.page.locator('#subscribe-all');
   await live.page.getByText('Subscribe to DepthCamera to see what it sees.').waitFor();
@@ -74,19 +85,25 @@ test('all sensors are subscribed at once, and the depth frame comes with them', 
   await all.click();
   await live.until(({ sensors }) => sensors.every(({ started }) => started));
   await live.page.getByRole('img', { name: 'Depth frame of DepthCamera' }).waitFor();
-  assert.match(await live.page.locator('#depth-caption').innerText(), /^\d+ components?, \d+ beyond range$/);
+  await live.page.locator('#depth-caption').getByText(/^[1-9]\d* components?, \d+ beyond range$/).waitFor();
+  assert.ok((await live.page.evaluate(countColoured)) > 100);
 
   await all.click();
   await live.until(({ sensors }) => sensors.every(({ started }) => !started));
   await live.page.getByText('the last one, the camera is stopped').waitFor();
 });
 
-test('the log shows the chosen level and above', async () => {
+test('the log says what was done, and shows the chosen level and above', async () => {
+  const lines = live.page.locator('.log-line:visible');
   await live.switchOf('FrontLaser', 'Subscribe').click();
-  const shown = live.page.locator('.log-line:visible');
+  await lines.getByText('FrontLaser subscribed: started').waitFor();
+  await live.switchOf('FrontLaser', 'Diagnosis').click();
+  await lines.getByText('FrontLaser diagnosis bad: stopped').waitFor();
+  const detail = lines.getByText('FrontLaser state.').first();
+  assert.equal(await detail.isVisible(), false);
   await live.page.selectOption('#log-level', 'debug');
-  await shown.first().waitFor();
+  await detail.waitFor();
   await live.page.selectOption('#log-level', 'fatal');
-  await shown.first().waitFor({ state: 'hidden' });
+  await lines.first().waitFor({ state: 'hidden' });
   assert.match(await live.page.locator('#log-count').innerText(), /^0 of \d+ lines?$/);
 });

@@ -48,13 +48,13 @@ function drawPointSet(context, viewport, points, size) {
 export function drawPoints(context, viewport, theme, family, sets) {
   const size = Math.min(Math.max(viewport.scale * 0.06, 4), 9);
   context.save();
-  // A rim tells the newest points from a wall of like brightness.
-  context.fillStyle = theme.free;
-  if (sets.length > 0) drawPointSet(context, viewport, sets.at(-1).points, size + 2);
-  context.fillStyle = readable(colourOfFamily(family), theme.free);
   sets.forEach(({ points, strength }, index) => {
     const isNewest = index === sets.length - 1;
     context.globalAlpha = isNewest ? Math.max(strength, LEAST_STRENGTH) : strength * 0.35;
+    // A rim tells the newest points from a wall of like brightness.
+    context.fillStyle = theme.free;
+    if (isNewest) drawPointSet(context, viewport, points, size + 2);
+    context.fillStyle = readable(colourOfFamily(family), theme.free);
     drawPointSet(context, viewport, points, isNewest ? size : size * 0.7);
   });
   context.restore();

@@ -150,6 +150,25 @@ TEST_P(LiveWorldTest, sensorsRunForTheirSubscribersOnly) {
   EXPECT_THAT(manager.getSubscribers(), IsEmpty());
 }
 
+TEST(LiveWorld, givesUpAGoalWhoseWayStaysBlocked) {
+  test::LogCapture log;
+  ko::SimulatedTime time;
+  robot::WorldOptions world;
+  world.start = kStart;
+  world.boxes = {{{6.5f, 3.0f, 0.0f}}};
+  EmbeddedRun robot(robot::RobotDescription::fromFile(findSharedFile("descriptions/porter.urdf")),
+                    *test::makeRoom(), world);
+  LiveWorld sut(robot, time);
+  sut.execute(GoalCommand{{8.0f, 3.0f}});
+  sut.run(kSecond * 15);
+  EXPECT_TRUE(sut.look().goal);
+  sut.run(kSecond * 5);
+  EXPECT_FALSE(sut.look().goal);
+  EXPECT_THAT(log.lines(ko::log::Level::warning),
+              ElementsAre("warning LiveView.xGiveUp: something is in the way to 8.00, 3.00 m: the "
+                          "goal is dropped"));
+}
+
 TEST(FindRoute, goesAroundAWallAndKeepsItsDistance) {
   OccupancyMap map(100, 60, 0.1f, {1.0f, 2.0f, 0.0f}, 0.0f);
   for (int row = 0; row < 50; ++row) map.setOccupancy(50, row, 1.0f);

@@ -14,13 +14,17 @@ export class LivePage {
   state = null;
   #waiting = new Set();
 
-  static async open(browser, url, options = {}) {
+  /** `prepare` is given the page before it is opened. */
+  static async open(browser, url, { prepare, ...options } = {}) {
     const live = new LivePage();
     live.page = await browser.newPage({ viewport: { width: 1400, height: 900 }, ...options });
     live.page.setDefaultTimeout(15000);
     live.page.on('console', (message) => message.type() === 'error' && live.complaints.push(message.text()));
     live.page.on('pageerror', (error) => live.complaints.push(error.message));
     live.page.on('websocket', (socket) => socket.on('framereceived', ({ payload }) => live.#hear(JSON.parse(payload))));
+    live.page.on('request', (request) => new URL(request.url()).origin !== new URL(url).origin && !request.url().startsWith('data:') &&
+      live.complaints.push(`${request.url()} is asked of somebody else`));
+    await prepare?.(live.page);
     await live.page.goto(url);
     await live.page.locator('.sensor').first().waitFor();
     return live;

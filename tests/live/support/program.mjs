@@ -14,7 +14,7 @@ export function inRoot(name) {
   return path.join(root, name);
 }
 
-/** Resolves when it serves: {url, port, stop, complaints}, where stop(signal) expects the exit code of that signal. */
+/** Resolves when it serves: {url, port, stop}, where stop(signal) expects that signal's exit code and gives what was warned of. */
 export async function serve(options, port = 0) {
   const program = spawn(binary, ['serve', ...options, '--port', String(port)], { cwd: root });
   let output = '';
@@ -25,7 +25,7 @@ export async function serve(options, port = 0) {
     program.once('exit', (code) => reject(new Error(`qvsensors left with ${code}: ${errors}`)));
     program.stdout.on('data', (text) => {
       output += text;
-      const found = output.match(/http:\/\/\S+:\d+\//);
+      const found = output.match(/http:\/\/[\d.]+:\d+\//);
       if (found) resolve(found[0]);
     });
   });
@@ -38,6 +38,7 @@ export async function serve(options, port = 0) {
       await once(program, 'exit');
       assert.equal(program.exitCode, { SIGINT: 130, SIGTERM: 143 }[signal], errors);
     }
+    return errors;
   };
-  return { url, port: Number(new URL(url).port), stop, complaints: () => errors };
+  return { url, port: Number(new URL(url).port), stop };
 }

@@ -1,0 +1,82 @@
+// What the map shows of a state. The states are told to the page in the program's stead: the laser's record and little else.
+import assert from 'node:assert/strict';
+import { after, afterEach, before, beforeEach, test } from 'node:test';
+import { LivePage, launch } from './support/browser.mjs';
+import { findChange, keepPicture } from './support/canvas.mjs';
+import { PORTER, serve } from './support/program.mjs';
+import { Relay } from './support/relay.mjs';
+
+const NOWHERE = { x: -100, y: -100, theta: 0 };
+let browser;
+let program;
+let live;
+let relay;
+let laser;
+let time;
+
+before(async () => {
+  browser = await launch();
+  program = await serve([...PORTER, '--pose', '3,6.3,0', '--subscribe', 'LeftLaser']);
+});
+after(async () => {
+  await browser.close();
+  await program.stop();
+});
+beforeEach(async () => {
+  relay = new Relay();
+  live = await LivePage.open(browser, program.url, { prepare: relay.prepare });
+  laser = await live.untilSensor('LeftLaser', ({ fieldOfView, points }) => fieldOfView && points.length > 0);
+  relay.passes = false;
+  time = relay.last.state.time;
+  await show({}, 10);
+  await keepPicture(live.page);
+});
+afterEach(() => live.close());
+
+/** Shows the map with nothing but `content`, some seconds of simulated time after what was shown before. */
+async function show(content, later) {
+  time += later * 1e9;
+  const nothing = { pose: NOWHERE, goal: null, people: [], touches: [], sensors: [{ ...laser, age: null, fieldOfView: null, points: [] }] };
+  relay.tell({ ...relay.last.state, ...nothing, ...content, time });
+  await live.page.evaluate(() => new Promise(requestAnimationFrame));
+}
+
+/** What that changes in the picture without content. */
+async function findChangeBy(content, later) {
+  await show(content, later);
+  return findChange(live.page);
+}
+
+for (const [what, hidden, isGoneAtLast] of [['points', { fieldOfView: null }, true], ['field of view', { points: [] }, false]]) {
+  test(`${what} of a sensor fade with age`, async () => {
+    const amounts = [];
+    for (const [age, later] of [[0, 10], [0.9, 0.9], [1.8, 0.9], [2.7, 0.9]]) {
+      amounts.push((await findChangeBy({ sensors: [{ ...laser, ...hidden, age }] }, later)).amount);
+    }
+    for (const index of [1, 2, 3]) assert.ok(amounts[index] < 0.9 * amounts[index - 1], `${amounts}`);
+    assert.equal(amounts[3] === 0, isGoneAtLast, `${amounts}`);
+  });
+}
+
+test('the robot, people, touches and points are drawn where they are', async () => {
+  const contents = {
+    robot: ([x, y]) => ({ pose: { x, y, theta: 0 } }),
+    person: (place) => ({ people: [place] }),
+    touch: ([x, y]) => ({ touches: [{ name: 'FrontBumper', x, y, since: 0 }] }),
+    points: (place) => ({ sensors: [{ ...laser, age: 0, fieldOfView: null, points: place }] }),
+  };
+  const middles = {};
+  for (const [name, contentAt] of Object.entries(contents)) {
+    const seen = [];
+    for (const place of [[15.5, 6], [16, 6], [15.5, 6.5]]) seen.push((await findChangeBy(contentAt(place), 10)).middle);
+    middles[name] = seen;
+  }
+  const [[left, top], [right], [, upper]] = middles.person;
+  const half = right - left;
+  assert.ok(half > 10 && Math.abs(top - upper - half) < 1, `half a metre is ${half} pixels, upwards ${top - upper}`);
+  const expected = [[left, top], [left + half, top], [left, top - half]];
+  for (const [name, seen] of Object.entries(middles)) {
+    const away = seen.map(([x, y], index) => Math.hypot(x - expected[index][0], y - expected[index][1]));
+    assert.ok(Math.max(...away) < 3, `${name} is ${away} pixels away`);
+  }
+});
