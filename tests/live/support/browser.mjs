@@ -22,8 +22,6 @@ export class LivePage {
     live.page.on('console', (message) => message.type() === 'error' && live.complaints.push(message.text()));
     live.page.on('pageerror', (error) => live.complaints.push(error.message));
     live.page.on('websocket', (socket) => socket.on('framereceived', ({ payload }) => live.#hear(JSON.parse(payload))));
-    live.page.on('request', (request) => new URL(request.url()).origin !== new URL(url).origin && !request.url().startsWith('data:') &&
-      live.complaints.push(`${request.url()} is asked of somebody else`));
     await prepare?.(live.page);
     await live.page.goto(url);
     await live.page.locator('.sensor').first().waitFor();
