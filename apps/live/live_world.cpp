@@ -14,7 +14,7 @@ namespace {
 
 constexpr char kSubscriber[] = "live view";
 constexpr char kWatcher[] = "foxglove viewer";
-// Simulated: how often the robot is steered.
+// Simulated: the robot is steered whenever so much has gone by, and at the end of a run.
 constexpr ko::Duration kSlice{20'000'000};
 // So long a touch is shown that is over.
 constexpr ko::Duration kTouchShown{1'000'000'000};
@@ -116,7 +116,8 @@ void LiveWorld::run(ko::Duration machine) {
 
 void LiveWorld::xAdvance(ko::Duration simulated) {
   while (simulated > ko::Duration::zero()) {
-    const ko::Duration part = std::min(simulated, kSlice);
+    const auto now = ko::Clock::now().time_since_epoch();
+    const ko::Duration part = std::min<ko::Duration>(simulated, kSlice - now % kSlice);
     simulated -= part;
     driver.steer(part);
     time.advance(part);

@@ -105,7 +105,7 @@ void SensorLook::xLookAtRecord(const Math::MetricalData& record, LiveSensor& sen
 void SensorLook::noteMeasurements() {
   const auto now = ko::Clock::now();
   if (now < noteNext) return;
-  noteNext = now + kRefreshPeriod;
+  noteNext = now + kRefreshPeriod - now.time_since_epoch() % kRefreshPeriod;
   for (const auto& record : robot.getManager().getMetricalData()) {
     auto& times = measured[sensorOf(record, robot.getManager())];
     if (times.empty() || times.back() < record.timestamp) times.push_back(record.timestamp);
