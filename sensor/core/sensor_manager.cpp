@@ -15,7 +15,7 @@
 namespace QV::sensor {
 namespace {
 
-constexpr char kCategory[] = "Navigation.SensorManager";
+constexpr char kManagerCategory[] = "Navigation.SensorManager";
 
 typedef std::vector<Math::MetricalData> Records;
 
@@ -43,7 +43,7 @@ SensorManager::SensorManager() : data(boost::make_shared<const Records>()) {}
 SensorManager::~SensorManager() = default;
 
 void SensorManager::setPose2D(const Math::Pose2D&, const Math::Pose2D&) {
-  ko::log::warning(kCategory, "setPose2D") << "setPose2D not implemented.";
+  ko::log::warning(kManagerCategory, "setPose2D") << "setPose2D not implemented.";
 }
 
 bool SensorManager::subscribe(const std::string& subscriber) {
@@ -94,7 +94,7 @@ bool SensorManager::xForEachName(const std::string& subscriber, const std::set<s
     } else if (xIsSensor(name)) {
       if ((this->*onSensor)(subscriber, name)) result = true;
     } else {
-      ko::log::warning(kCategory, method)
+      ko::log::warning(kManagerCategory, method)
           << "Invalid " << what << " name \"" << name << "\" from \"" << subscriber << "\"";
       result = false;
     }
@@ -107,7 +107,7 @@ bool SensorManager::xForEachMember(const std::string& subscriber, const std::str
                                    const char* method, NameOperation onSensor) {
   const auto found = families.find(family);
   if (found == families.end()) {
-    ko::log::error(kCategory, method) << "Cannot find family \"" << family << "\"";
+    ko::log::error(kManagerCategory, method) << "Cannot find family \"" << family << "\"";
     return false;
   }
   bool result = false;
@@ -132,7 +132,8 @@ bool SensorManager::xSubscribeToSensor(const std::string& subscriber,
                                        const std::string& sensorName) {
   Sensor* sensor = xFindSensor(sensorName);
   if (sensor) return sensor->subscribe(subscriber);
-  ko::log::error(kCategory, "xSubscribeToSensor") << "Cannot find sensor \"" << sensorName << "\"";
+  ko::log::error(kManagerCategory, "xSubscribeToSensor")
+      << "Cannot find sensor \"" << sensorName << "\"";
   return false;
 }
 
@@ -140,7 +141,7 @@ bool SensorManager::xUnsubscribeFromSensor(const std::string& subscriber,
                                            const std::string& sensorName) {
   Sensor* sensor = xFindSensor(sensorName);
   if (sensor) return sensor->unsubscribe(subscriber);
-  ko::log::error(kCategory, "xUnsubscribeFromSensor")
+  ko::log::error(kManagerCategory, "xUnsubscribeFromSensor")
       << "Cannot find sensor \"" << sensorName << "\"";
   return false;
 }
@@ -155,7 +156,7 @@ bool SensorManager::enableSensorOrFamily(const std::string& name, bool enable) {
     return result;
   }
   if (xEnableSensor(name, enable)) return true;
-  ko::log::warning(kCategory, "enableSensorOrFamily")
+  ko::log::warning(kManagerCategory, "enableSensorOrFamily")
       << "Invalid name in enableSensorOrFamily: \"" << name << "\"";
   return false;
 }
@@ -189,7 +190,7 @@ std::map<std::string, std::set<std::string>> SensorManager::getAllSensorsByFamil
 std::set<std::string> SensorManager::getSensorsByFamily(const std::string& family) const {
   const auto found = families.find(family);
   if (found != families.end()) return found->second;
-  ko::log::error(kCategory, "getSensorsByFamily") << "Wrong family asked " << family;
+  ko::log::error(kManagerCategory, "getSensorsByFamily") << "Wrong family asked " << family;
   return {};
 }
 
@@ -243,7 +244,7 @@ bool SensorManager::isSensorSubscribedBy(const std::string& sensorName,
 boost::shared_ptr<Sensor> SensorManager::getSensorPtr(const std::string& sensorName) const {
   const auto found = sensors.find(sensorName);
   if (found != sensors.end()) return found->second;
-  ko::log::info(kCategory, "getSensorPtr") << "Unable to find " << sensorName;
+  ko::log::info(kManagerCategory, "getSensorPtr") << "Unable to find " << sensorName;
   return {};
 }
 
@@ -296,7 +297,7 @@ void SensorManager::xGather(const Sensor& sensor, Records& records) const {
     const std::string name = sensor.getName();
     if (!xChangesGathering(name, false)) return;
     const SensorScope scope(name);
-    ko::log::error(kCategory, "xUpdateData")
+    ko::log::error(kManagerCategory, "xUpdateData")
         << "Unable to gather the data of " << name << ": " << exception.what();
   }
 }

@@ -14,7 +14,7 @@ namespace {
 
 typedef boost::lock_guard<boost::mutex> Lock;
 
-constexpr char kCategory[] = "QVNavigation.PeoplePerceptionSensor";
+constexpr char kPeopleCategory[] = "QVNavigation.PeoplePerceptionSensor";
 constexpr char kNavigationModule[] = "QVNavigation";
 constexpr char kOnUpdate[] = "onUpdatePeopleList";
 
@@ -52,7 +52,7 @@ bool PeoplePerceptionSensor::xSubscribeToHardware() {
     memoryProxy->subscribeToMicroEvent(fEventName, kNavigationModule, "", "_onPeopleDetected");
     return true;
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xSubscribeToHardware")
+    ko::log::error(kPeopleCategory, "xSubscribeToHardware")
         << "Unable to subscribe to " << fEventName << ": " << exception.what();
     return false;
   }
@@ -63,7 +63,7 @@ bool PeoplePerceptionSensor::xUnsubscribeFromHardware() {
     memoryProxy->unsubscribeToMicroEvent(fEventName, kNavigationModule);
     return true;
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xUnsubscribeFromHardware")
+    ko::log::error(kPeopleCategory, "xUnsubscribeFromHardware")
         << "Unable to unsubscribe from " << fEventName << ": " << exception.what();
     return false;
   }
@@ -76,7 +76,7 @@ void PeoplePerceptionSensor::onUpdatePeopleList(const std::string&, QVValue valu
   try {
     event = extractPeopleEvent(value, name);
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, kOnUpdate) << exception.what();
+    ko::log::error(kPeopleCategory, kOnUpdate) << exception.what();
     return;
   }
   Math::MetricalData record;
@@ -84,7 +84,7 @@ void PeoplePerceptionSensor::onUpdatePeopleList(const std::string&, QVValue valu
   try {
     record.sensorTransform = xCameraTransform(event.camera, event.timestamp);
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, kOnUpdate) << "Unable to get transform: " << exception.what();
+    ko::log::error(kPeopleCategory, kOnUpdate) << "Unable to get transform: " << exception.what();
     return;
   }
   record.fieldOfView = fieldOfView;

@@ -13,7 +13,7 @@ namespace {
 
 typedef boost::lock_guard<boost::mutex> Lock;
 
-constexpr char kCategory[] = "Navigation.Sensor3D";
+constexpr char kDepthCategory[] = "Navigation.Sensor3D";
 constexpr char kClientName[] = "Sensor3D";
 constexpr int kHighResolutionModel = 7;
 // An image is older than its stamp says.
@@ -66,7 +66,7 @@ bool Sensor3D::xSubscribeToHardware() {
         videoDeviceProxy.subscribeCamera(std::string(kClientName) + "Depth", kDepthCamera,
                                          resolution, kDepthColorSpace, 1000 / periodMs + 1);
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xSubscribeToHardware")
+    ko::log::error(kDepthCategory, "xSubscribeToHardware")
         << "Could not subscribe to QVVideoDevice: " << exception.what();
     cameraHandle.clear();
     return false;
@@ -83,7 +83,7 @@ bool Sensor3D::xUnsubscribeFromHardware() {
     videoDeviceProxy.unsubscribe(cameraHandle);
     return true;
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xUnsubscribeFromHardware")
+    ko::log::error(kDepthCategory, "xUnsubscribeFromHardware")
         << "Could not unsubscribe from QVVideoDevice: " << exception.what();
     return false;
   }
@@ -97,7 +97,7 @@ std::vector<Math::MetricalData> Sensor3D::xGetData() const {
 void Sensor3D::xUpdateScan() {
   const SensorScope scope(name);
   const auto failed = [](const char* what, const char* text) {
-    ko::log::error(kCategory, "xUpdateScan") << what << text;
+    ko::log::error(kDepthCategory, "xUpdateScan") << what << text;
   };
   std::unique_ptr<QVImage> image;
   try {
@@ -128,7 +128,7 @@ void Sensor3D::xTryReleaseImage() {
   try {
     videoDeviceProxy.releaseImage(cameraHandle);
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xTryReleaseImage")
+    ko::log::error(kDepthCategory, "xTryReleaseImage")
         << "Error while releasing 3D image: " << exception.what();
   }
 }

@@ -11,7 +11,7 @@
 namespace QV::sensor {
 namespace {
 
-constexpr char kCategory[] = "Navigation.Sensor3D";
+constexpr char kFilteringCategory[] = "Navigation.Sensor3D";
 // Millimetres between neighbours of one component.
 constexpr int kMaxDifference = 100;
 
@@ -66,7 +66,7 @@ int countWithin(const std::uint16_t* pixel, const std::uint16_t* end, bool logs)
     if (*pixel <= DepthProjection::kMaxDepth) {
       ++count;
     } else if (logs) {
-      ko::log::error(kCategory, "xComputeXYZCoordinates")
+      ko::log::error(kFilteringCategory, "xComputeXYZCoordinates")
           << "Sensor3D filtering value x : " << *pixel;
     }
   }
@@ -108,7 +108,7 @@ void Sensor3D::xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& r
 void Sensor3D::xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs) {
   pointCounts.clear();
   labelOrder.clear();
-  const bool logs = ko::log::isEnabled(ko::log::Level::error, kCategory);
+  const bool logs = ko::log::isEnabled(ko::log::Level::error, kFilteringCategory);
   for (int y = 0; y < depth.rows; ++y) {
     const std::uint16_t* const pixels = depth.ptr<std::uint16_t>(y);
     const bool beyond = DepthProjection::reachesBeyond(pixels, depth.cols);

@@ -10,9 +10,9 @@ namespace {
 
 typedef boost::lock_guard<boost::mutex> Lock;
 
-constexpr char kCategory[] = "Navigation.TouchSensor";
+constexpr char kTouchCategory[] = "Navigation.TouchSensor";
 // Frame 1 of the motion service: the robot's ground frame.
-constexpr int kRobotFrame = 1;
+constexpr int kTouchFrame = 1;
 // Metres along the x axis of the group's frame: inside the body, where the contact presses.
 constexpr float kPointDepth = -0.05f;
 
@@ -25,7 +25,7 @@ TouchSensor::TouchSensor(const std::string& name, const std::string& familyName,
   try {
     memoryProxy->subscribeToEvent(eventName, "QVNavigation", "_onTouchChanged");
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "TouchSensor")
+    ko::log::error(kTouchCategory, "TouchSensor")
         << "Error while subscribing to TouchChanged: " << exception.what();
     throw;
   }
@@ -38,7 +38,7 @@ void TouchSensor::onTouchChanged(const std::string&, QVValue value, const std::s
   const SensorScope scope(name);
   std::vector<Touch::TouchGroupEvent> groups;
   if (!Touch::extractTouchEventInfo(value, groups)) {
-    ko::log::error(kCategory, "onTouchChanged") << "Invalid touch extraction";
+    ko::log::error(kTouchCategory, "onTouchChanged") << "Invalid touch extraction";
     return;
   }
   Lock lock(touchedMutex);
@@ -58,13 +58,14 @@ void TouchSensor::xUpdate(const Touch::TouchGroupEvent& group) {
 void TouchSensor::enableTouchType(int type) {
   Lock lock(enabledTypesMutex);
   if (enabledTouchTypes.insert(static_cast<Touch::TOUCH_DETECTION_TYPE>(type)).second) return;
-  ko::log::info(kCategory, "enableTouchType") << "Touch type " << type << " already enabled.";
+  ko::log::info(kTouchCategory, "enableTouchType") << "Touch type " << type << " already enabled.";
 }
 
 void TouchSensor::disableTouchType(int type) {
   Lock lock(enabledTypesMutex);
   if (enabledTouchTypes.erase(static_cast<Touch::TOUCH_DETECTION_TYPE>(type)) > 0) return;
-  ko::log::info(kCategory, "disableTouchType") << "Touch type " << type << " already disabled.";
+  ko::log::info(kTouchCategory, "disableTouchType")
+      << "Touch type " << type << " already disabled.";
 }
 
 std::vector<int> TouchSensor::getEnabledTouchTypes() const {
@@ -86,7 +87,7 @@ std::vector<Math::MetricalData> TouchSensor::xGetData() const {
     Math::MetricalData record = xGetMetricalDataMeta();
     record.sensorName = group;
     try {
-      record.sensorTransform = Math::Transform(motionProxy.getTransform(group, kRobotFrame, true));
+      record.sensorTransform = Math::Transform(motionProxy.getTransform(group, kTouchFrame, true));
     } catch (...) {
       continue;
     }

@@ -8,12 +8,12 @@
 namespace QV::sensor {
 namespace {
 
-constexpr char kCategory[] = "Navigation.BlindZoneSensor";
+constexpr char kBlindZoneCategory[] = "Navigation.BlindZoneSensor";
 constexpr float kDetectedAbove = 0.9f;
 constexpr float kStillSpeed = 0.01f;
 constexpr float kStillTurn = 0.1f;
 // Frame 1 of the motion service: the robot's ground frame.
-constexpr int kRobotFrame = 1;
+constexpr int kBlindZoneFrame = 1;
 
 }  // namespace
 
@@ -30,7 +30,8 @@ BlindZoneSensor::BlindZoneSensor(const std::string& name, const std::string& fam
   try {
     memoryProxy->declareEvent(eventName);
   } catch (...) {
-    ko::log::error(kCategory, "BlindZoneSensor") << "Unable to declare event " << eventName;
+    ko::log::error(kBlindZoneCategory, "BlindZoneSensor")
+        << "Unable to declare event " << eventName;
   }
 }
 
@@ -40,9 +41,10 @@ std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
   Math::MetricalData record = xGetMetricalDataMeta();
   try {
     if (xIsRobotMoving()) return {};
-    record.sensorTransform = Math::Transform(motionProxy.getTransform(name, kRobotFrame, true));
+    record.sensorTransform = Math::Transform(motionProxy.getTransform(name, kBlindZoneFrame, true));
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xGetData") << "Unable to retrieve transform: " << exception.what();
+    ko::log::error(kBlindZoneCategory, "xGetData")
+        << "Unable to retrieve transform: " << exception.what();
     return {};
   }
   bool detected = false;
@@ -70,7 +72,7 @@ void BlindZoneSensor::xAnnounce(bool detected, const Math::Transform& sensorTran
     memoryProxy->raiseEvent(eventName,
                             QVValue::array(name, QVValue::array(far.x, far.y, far.z), detected));
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xGetData")
+    ko::log::error(kBlindZoneCategory, "xGetData")
         << "Unable to raise " << eventName << ": " << exception.what();
   }
 }

@@ -9,14 +9,14 @@
 namespace QV::sensor {
 namespace {
 
-constexpr char kCategory[] = "Navigation.HoleLaserSensor";
+constexpr char kHoleLaserCategory[] = "Navigation.HoleLaserSensor";
 
 std::optional<float> readStatus(const QVMemoryProxy& memory, const std::string& key) {
   try {
     return memory.getData(key).toFloat();
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xGetData") << "unable to retrieve data: " << key << "\n"
-                                          << exception.what();
+    ko::log::error(kHoleLaserCategory, "xGetData") << "unable to retrieve data: " << key << "\n"
+                                                   << exception.what();
     return std::nullopt;
   }
 }
@@ -56,7 +56,7 @@ std::vector<Math::MetricalData> HoleLaserSensor::xGetData() const {
   if (!hole) return {};
   auto records = LaserSensor::xGetData();
   if (records.empty()) {
-    ko::log::error(kCategory, "xGetData") << "Invalid hole data for " << name;
+    ko::log::error(kHoleLaserCategory, "xGetData") << "Invalid hole data for " << name;
     return {};
   }
   const int status = isError(*error) ? 0 : truncated(*hole);

@@ -9,7 +9,7 @@
 namespace QV::sensor {
 namespace {
 
-constexpr char kCategory[] = "Navigation.LaserSensor";
+constexpr char kLaserCategory[] = "Navigation.LaserSensor";
 constexpr ko::Duration kScanDelay(50'000'000);
 constexpr int kMostPolls = 50;
 constexpr int kPollMs = 20;
@@ -43,8 +43,9 @@ std::vector<Math::MetricalData> LaserSensor::xGetData() const {
   try {
     *lastTimestamp = truncated(memoryProxy->getData(timestampKey).toFloat());
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xGetData") << "unable to retrieve data: " << timestampKey << "\n"
-                                          << exception.what();
+    ko::log::error(kLaserCategory, "xGetData")
+        << "unable to retrieve data: " << timestampKey << "\n"
+        << exception.what();
     return {};
   }
   record.timestamp = ko::Clock::fromInt32ms(*lastTimestamp, ko::Clock::now(), 0) - kScanDelay;
@@ -52,8 +53,8 @@ std::vector<Math::MetricalData> LaserSensor::xGetData() const {
     record.sensorTransform =
         Math::transformFromPose2D(Math::pose2DFromTransform(xGetTransformAtTime(record.timestamp)));
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xGetData") << "Unable to get transform for " << name << ": \n"
-                                          << exception.what();
+    ko::log::error(kLaserCategory, "xGetData") << "Unable to get transform for " << name << ": \n"
+                                               << exception.what();
     return {};
   }
   record.fieldOfView = fieldOfView;
@@ -81,18 +82,19 @@ bool LaserSensor::xSetKey(bool activate) {
   try {
     mode = xReadOperationMode();
   } catch (...) {
-    ko::log::error(kCategory, "xSetKey") << "Unable to get operation mode for " << name;
+    ko::log::error(kLaserCategory, "xSetKey") << "Unable to get operation mode for " << name;
     return false;
   }
-  ko::log::verbose(kCategory, "xSetKey") << "Getting " << int{mode} << " " << name << " state.";
+  ko::log::verbose(kLaserCategory, "xSetKey")
+      << "Getting " << int{mode} << " " << name << " state.";
   const auto newMode = static_cast<std::uint8_t>(
       activate ? mode | operationModeMask : mode & ~operationModeMask & kSharedModeBits);
-  ko::log::verbose(kCategory, "xSetKey")
+  ko::log::verbose(kLaserCategory, "xSetKey")
       << "Setting " << int{newMode} << " for " << (activate ? "activation." : "desactivation");
   try {
     xSendOperationMode(newMode);
   } catch (...) {
-    ko::log::error(kCategory, "xSetKey") << "Unable to set operation mode for " << name;
+    ko::log::error(kLaserCategory, "xSetKey") << "Unable to set operation mode for " << name;
     return false;
   }
   return xAwaitOperationMode(newMode);
@@ -114,15 +116,15 @@ bool LaserSensor::xAwaitOperationMode(std::uint8_t mode) {
     for (int poll = 1; poll <= kMostPolls; ++poll) {
       const std::uint8_t current = xReadOperationMode();
       ko::os::msleep(kPollMs);
-      ko::log::verbose(kCategory, "xSetKey")
+      ko::log::verbose(kLaserCategory, "xSetKey")
           << "Waiting update " << int{current} << " " << name << " state.";
       if (current == mode && poll < kMostPolls) return true;
     }
   } catch (...) {
-    ko::log::error(kCategory, "xSetKey") << "Unable to get operation mode for " << name;
+    ko::log::error(kLaserCategory, "xSetKey") << "Unable to get operation mode for " << name;
     return false;
   }
-  ko::log::error(kCategory, "xSetKey") << "Timeout while setting operation Mode for " << name;
+  ko::log::error(kLaserCategory, "xSetKey") << "Timeout while setting operation Mode for " << name;
   return false;
 }
 

@@ -7,7 +7,7 @@
 namespace QV::sensor {
 namespace {
 
-constexpr char kCategory[] = "Navigation.SonarSensor";
+constexpr char kSonarCategory[] = "Navigation.SonarSensor";
 constexpr int kArcPoints = 15;
 constexpr float kTooNear = 0.1f;
 // The range that memory holds was measured about this long ago.
@@ -43,7 +43,7 @@ std::vector<Math::MetricalData> SonarSensor::xGetData() const {
   try {
     transform = xGetTransformAtTime(record.timestamp - kMeasurementDelay);
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xGetData") << exception.what();
+    ko::log::error(kSonarCategory, "xGetData") << exception.what();
     return {};
   }
   if (fieldOfView.minRange >= range) range = kTooNear;
@@ -81,7 +81,8 @@ bool SonarSensor::xCallModule(const char* method, const char* caller) {
     broker->getProxy("QVSonar", 0)->callVoid(method, name);
     return true;
   } catch (const std::exception& exception) {
-    ko::log::warning(kCategory, caller) << "Unable to reach QVSonar module: \n" << exception.what();
+    ko::log::warning(kSonarCategory, caller) << "Unable to reach QVSonar module: \n"
+                                             << exception.what();
     return false;
   }
 }

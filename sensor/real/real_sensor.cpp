@@ -10,7 +10,7 @@
 namespace QV::sensor {
 namespace {
 
-constexpr char kCategory[] = "Navigation.RealSensor";
+constexpr char kRealSensorCategory[] = "Navigation.RealSensor";
 constexpr char kGuard[] = "xCorrectMetricalDataWithTimestamp";
 // Frame 1 of the motion service: the robot's ground frame.
 constexpr int kRobotFrame = 1;
@@ -82,7 +82,7 @@ void RealSensor::xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalDat
   for (Math::MetricalData& record : data) {
     const ko::Duration age = Math::age(record, now);
     if (age <= limit) continue;
-    ko::log::warning(kCategory, kGuard)
+    ko::log::warning(kRealSensorCategory, kGuard)
         << "Data from " << record.sensorName << " are "
         << boost::chrono::duration_cast<boost::chrono::milliseconds>(age) << " old.";
     record.points.clear();
@@ -90,7 +90,7 @@ void RealSensor::xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalDat
       record.sensorTransform =
           Math::Transform(motion.getTransform(record.sensorName, kRobotFrame, true));
     } catch (const std::exception& exception) {
-      ko::log::warning(kCategory, kGuard) << exception.what();
+      ko::log::warning(kRealSensorCategory, kGuard) << exception.what();
       continue;
     }
     record.points = arcOfPoints(record.fieldOfView.angularRange, distance, angularStep);

@@ -26,10 +26,10 @@
 namespace QV::sensor {
 namespace {
 
-constexpr char kCategory[] = "Navigation.RealSensorManager";
+constexpr char kRealManagerCategory[] = "Navigation.RealSensorManager";
 
 void logIncomplete(const std::string& name) {
-  ko::log::error(kCategory, "xInitSensors")
+  ko::log::error(kRealManagerCategory, "xInitSensors")
       << "Unable to initialize sensor " << name << " because its model is incomplete.";
 }
 
@@ -91,7 +91,8 @@ void RealSensorManager::xInitSensors() {
     robot = Model::ModelUtils::robotFromXml(
         broker->getProxy("QVRobotModel", 0)->call<std::string>("getConfig"));
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xInitSensors") << "QVRobotModel is not found. " << exception.what();
+    ko::log::error(kRealManagerCategory, "xInitSensors")
+        << "QVRobotModel is not found. " << exception.what();
     return;
   }
   for (const auto& [name, config] : robot.sensorConfigs) {
@@ -107,7 +108,7 @@ void RealSensorManager::xCreate(const Factory& factory, const Blueprint& bluepri
   try {
     (this->*factory.create)(blueprint);
   } catch (const std::exception& exception) {
-    ko::log::error(kCategory, "xInitSensors")
+    ko::log::error(kRealManagerCategory, "xInitSensors")
         << factory.error << (factory.namesConfig ? blueprint.config.name : "") << ": \n"
         << exception.what();
   }
@@ -138,7 +139,7 @@ void RealSensorManager::xCreateLaser(const Blueprint& blueprint) {
                                timestamp)) {
     return logIncomplete(config.name);
   }
-  ko::log::verbose(kCategory, "xInitSensors") << "Horizontal laser:  " << config.name;
+  ko::log::verbose(kRealManagerCategory, "xInitSensors") << "Horizontal laser:  " << config.name;
   xAddSensor(boost::make_shared<LaserSensor>(config.name, blueprint.family, blueprint.fieldOfView,
                                              broker, config.memoryKeys, regIndex, setOperationMode,
                                              getOperationMode, timestamp));
@@ -170,7 +171,7 @@ void RealSensorManager::xCreateHoleLaser(const Blueprint& blueprint) {
                                        regIndex, timestamp, inclination, status)) {
     return logIncomplete(config.name);
   }
-  ko::log::verbose(kCategory, "xInitSensors") << "Hole laser: " << config.name;
+  ko::log::verbose(kRealManagerCategory, "xInitSensors") << "Hole laser: " << config.name;
   xAddSensor(boost::make_shared<HoleLaserSensor>(
       config.name, blueprint.family, blueprint.fieldOfView, broker, config.memoryKeys, regIndex,
       setOperationMode, getOperationMode, timestamp, inclination, status));
@@ -180,7 +181,7 @@ void RealSensorManager::xAddSensor(boost::shared_ptr<Sensor> sensor) {
   const std::string name = sensor->getName();
   const std::string family = sensor->getFamilyName();
   sensors.emplace(name, sensor);
-  ko::log::verbose(kCategory, "xAddSensor") << name << " - " << family;
+  ko::log::verbose(kRealManagerCategory, "xAddSensor") << name << " - " << family;
   families[family].insert(name);
 }
 

@@ -9,7 +9,7 @@
 namespace QV::sensor {
 namespace {
 
-constexpr char kCategory[] = "RobotModelMock";
+constexpr char kMockCategory[] = "RobotModelMock";
 constexpr float kPi = std::numbers::pi_v<float>;
 
 typedef std::vector<boost::shared_ptr<SimulatedSensor>> SimulatedSensors;
@@ -30,23 +30,23 @@ SimulatedSensors RobotModelMock::getSimulatedSensors(int robotKind) const {
     case 1:
       return xGetSimulatedSensorsDVT2();
     case 2:
-      ko::log::error(kCategory, "getSimulatedSensors") << "Garrik Sensors not implemented";
+      ko::log::error(kMockCategory, "getSimulatedSensors") << "Garrik Sensors not implemented";
       return {};
     default:
-      ko::log::error(kCategory, "getSimulatedSensors") << "Sensors : unknown robot";
+      ko::log::error(kMockCategory, "getSimulatedSensors") << "Sensors : unknown robot";
       return {};
   }
 }
 
 SimulatedSensors RobotModelMock::xGetSimulatedSensorsX() const {
-  ko::log::info(kCategory, "xGetSimulatedSensorsX") << "Loading perfect Simulated Sensors ";
+  ko::log::info(kMockCategory, "xGetSimulatedSensorsX") << "Loading perfect Simulated Sensors ";
   return {boost::make_shared<SimulatedSensor>("Laser", "Laser",
                                               fieldOfView(0.0f, 3.5f, 2.0f * kPi, 300),
                                               Math::Pose2D(0.1f, 0.0f, 0.0f), true)};
 }
 
 SimulatedSensors RobotModelMock::xGetSimulatedSensors1() const {
-  ko::log::info(kCategory, "xGetSimulatedSensors1") << "Loading Tovo Simulated Sensors ";
+  ko::log::info(kMockCategory, "xGetSimulatedSensors1") << "Loading Tovo Simulated Sensors ";
   const auto sonar = [](const char* name) {
     return boost::make_shared<SimulatedSensor>(name, "Sonar", fieldOfView(0.3f, 2.0f, 1.0f, 20),
                                                Math::Pose2D(0.0f, 0.0f, 0.0f));
@@ -55,7 +55,7 @@ SimulatedSensors RobotModelMock::xGetSimulatedSensors1() const {
 }
 
 SimulatedSensors RobotModelMock::xGetSimulatedSensorsDVT2() const {
-  ko::log::info(kCategory, "xGetSimulatedSensorsDVT2") << "Loading V. Simulated Sensors ";
+  ko::log::info(kMockCategory, "xGetSimulatedSensorsDVT2") << "Loading V. Simulated Sensors ";
   const auto bumper = [](const char* name, float heading) {
     return boost::make_shared<SimulatedSensor>(name, "Bumper", fieldOfView(0.15f, 0.16f, 0.6f, 20),
                                                Math::Pose2D(0.0f, 0.0f, heading));

@@ -5,7 +5,7 @@
 namespace QV::sensor {
 namespace {
 
-constexpr char kCategory[] = "Navigation.SimulatedSensorManager";
+constexpr char kSimulatedManagerCategory[] = "Navigation.SimulatedSensorManager";
 
 }  // namespace
 
@@ -33,7 +33,7 @@ void SimulatedSensorManager::xSetOccMap(QV::OccupancyMap* map) {
       dynamic_cast<SimulatedSensor&>(*sensor).setOccMap(map);
     }
   } catch (...) {
-    ko::log::fatal(kCategory, "xInit") << "Wrong cast";
+    ko::log::fatal(kSimulatedManagerCategory, "xInit") << "Wrong cast";
   }
 }
 
@@ -44,7 +44,7 @@ void SimulatedSensorManager::setPose2D(const Math::Pose2D& scanPose,
   for (const auto& [name, sensor] : sensors) {
     auto* simulated = dynamic_cast<SimulatedSensor*>(sensor.get());
     if (!simulated) {
-      ko::log::fatal(kCategory, "setPose2D") << "Wrong sensor cast.";
+      ko::log::fatal(kSimulatedManagerCategory, "setPose2D") << "Wrong sensor cast.";
       return;
     }
     simulated->setPose2D(scanPose, referencePose);
