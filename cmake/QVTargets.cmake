@@ -26,6 +26,10 @@ target_compile_options(qv_options INTERFACE
 if(QV_SANITIZE)
   target_compile_options(qv_options INTERFACE
     -fsanitize=${QV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
+  if(QV_SANITIZE MATCHES "undefined")
+    # Dead objects and null are the address sanitizer's to find; these two cost a quarter of the time.
+    target_compile_options(qv_options INTERFACE -fno-sanitize=vptr,null)
+  endif()
   target_link_options(qv_options INTERFACE -fsanitize=${QV_SANITIZE})
   if(QV_SANITIZE MATCHES "thread")
     # Boost.Asio's fences are not modelled; its locks are.
@@ -58,7 +62,7 @@ set(QV_UNOPTIMISED "" CACHE STRING "Top-level folders that are compiled without 
 # qv_hasten(TARGET FOLDER)
 function(qv_hasten target folder)
   if(folder IN_LIST QV_UNITY)
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 8)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 16)
   endif()
   if(folder IN_LIST QV_UNOPTIMISED)
     target_compile_options(${target} PRIVATE -O0)

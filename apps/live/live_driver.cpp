@@ -6,6 +6,7 @@
 
 #include "apps/live/find_route.h"
 #include "apps/output/number_text.h"
+#include "apps/output/seconds.h"
 #include "apps/run/steering.h"
 #include "apps/usage_error.h"
 #include "platform/ko/log.h"
@@ -22,10 +23,6 @@ constexpr float kAligned = 0.15f;
 // Something may stand in the way: metres behind, and the seconds that it may take.
 constexpr float kBehind = 0.25f;
 constexpr double kPatience = 15.0;
-
-double inSeconds(ko::Duration duration) {
-  return boost::chrono::duration<double>(duration).count();
-}
 
 std::string describe(const Math::Position2D& position) {
   return fixed(position.x, 2) + ", " + fixed(position.y, 2);

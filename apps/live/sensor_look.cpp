@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "apps/output/record_output.h"
+#include "apps/output/seconds.h"
 #include "apps/picture/placed_record.h"
 #include "apps/run/record_owner.h"
 
@@ -20,10 +21,6 @@ constexpr std::size_t kMostSampled = 8 * SensorLook::kMostPoints;
 // Metres: points of a dense cloud that are nearer to each other look like one.
 constexpr float kCell = 0.05f;
 constexpr int kArcPoints = 15;
-
-double inSeconds(ko::Duration duration) {
-  return boost::chrono::duration<double>(duration).count();
-}
 
 std::vector<Math::Position2D> arcOf(const PlacedRecord& record) {
   std::vector<Math::Position2D> arc;

@@ -4,6 +4,7 @@
 #include <map>
 
 #include "apps/output/record_output.h"
+#include "apps/output/seconds.h"
 #include "apps/run/record_owner.h"
 #include "sensor/core/scoped_subscription.h"
 
@@ -11,10 +12,6 @@ namespace QV::app {
 namespace {
 
 constexpr char kSubscriber[] = "qvsensors";
-
-double inSeconds(ko::Duration duration) {
-  return boost::chrono::duration<double>(duration).count();
-}
 
 template <typename T>
 void keep(std::optional<T>& kept, T value, bool better) {

@@ -11,7 +11,7 @@ namespace {
 
 constexpr std::size_t kRayCount = 15;
 
-float anyNonsense(std::mt19937& generator) {
+float anyNonsenseFlag(std::mt19937& generator) {
   constexpr std::array<float, 4> kNonsense{std::numeric_limits<float>::quiet_NaN(), -1.0f, 0.5f,
                                            1e30f};
   return kNonsense[generator() % kNonsense.size()];
@@ -25,7 +25,7 @@ BlindZoneUnit::BlindZoneUnit(const Model::SensorConfig& config, const UnitContex
       fan(config, kRayCount, context.surroundings),
       nonsense(makeGenerator(context.options.seed, config.name + " garbage")),
       channel(
-          context.faults, config.name, [this](float) { return anyNonsense(nonsense); },
+          context.faults, config.name, [this](float) { return anyNonsenseFlag(nonsense); },
           [](float detected) { return 1.0f - detected; }) {}
 
 void BlindZoneUnit::measure(ko::Clock::time_point now) {

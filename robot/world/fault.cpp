@@ -12,7 +12,7 @@ namespace {
 
 constexpr std::array<const char*, 7> kNames{"off",  "stuck",   "garbage",     "wrong",
                                             "slow", "delayed", "intermittent"};
-constexpr double kNanosecondsPerSecond = 1e9;
+constexpr double kFaultNsPerSecond = 1e9;
 // A hundred days, far below what a duration holds.
 constexpr double kMostSeconds = 8.64e6;
 
@@ -28,7 +28,7 @@ FaultKind toKind(const std::string& name) {
 }
 
 ko::Duration toDuration(double seconds) {
-  return ko::Duration(std::llround(seconds * kNanosecondsPerSecond));
+  return ko::Duration(std::llround(seconds * kFaultNsPerSecond));
 }
 
 void readTimes(const std::string& text, Fault& fault) {

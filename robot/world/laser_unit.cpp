@@ -21,7 +21,7 @@ bool isHoleLaser(const Model::SensorConfig& config) {
   return config.type == kHoleLaserType;
 }
 
-float anyNonsense(std::mt19937& generator) {
+float anyNonsenseCoordinate(std::mt19937& generator) {
   constexpr std::array<float, 5> kNonsense{std::numeric_limits<float>::quiet_NaN(),
                                            std::numeric_limits<float>::infinity(), -1.0f, 1e30f,
                                            0.0f};
@@ -108,7 +108,7 @@ void LaserUnit::xWrite(const Scan& scan, ko::Clock::time_point time) const {
 
 LaserUnit::Scan LaserUnit::xGarble(const Scan& scan) {
   Scan garbled = scan;
-  for (float& coordinate : garbled.coordinates) coordinate = anyNonsense(nonsense);
+  for (float& coordinate : garbled.coordinates) coordinate = anyNonsenseCoordinate(nonsense);
   garbled.error = static_cast<int>(nonsense() % 2);
   garbled.status = static_cast<int>(nonsense() % 100) - 50;
   return garbled;

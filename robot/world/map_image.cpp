@@ -14,7 +14,7 @@ namespace QV::robot {
 namespace {
 
 constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
-constexpr std::size_t kMaxBytes = std::numeric_limits<std::int32_t>::max();
+constexpr std::size_t kMostImageBytes = std::numeric_limits<std::int32_t>::max();
 
 cv::Mat decodePng(const std::string& png) {
   std::string bytes = keepCriticalChunks(png);
@@ -49,7 +49,7 @@ MapImage decode(std::string& bytes) {
 }  // namespace
 
 MapImage readMapImage(const std::filesystem::path& path) {
-  std::string bytes = readFile(path, kMaxBytes);
+  std::string bytes = readFile(path, kMostImageBytes);
   try {
     return decode(bytes);
   } catch (const cv::Exception& failure) {

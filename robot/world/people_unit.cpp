@@ -12,11 +12,11 @@ namespace {
 constexpr char kEvent[] = "PeoplePerception/PeopleDetected";
 constexpr float kHeadHeight = 1.6f;
 constexpr float kFalsePeopleShare = 0.6f;
-constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
+constexpr std::int64_t kNsPerWholeSecond = 1'000'000'000;
 
 QVValue toStamp(ko::Clock::time_point time) {
   const std::int64_t count = time.time_since_epoch().count();
-  return QVValue::array(count / kNanosecondsPerSecond, count % kNanosecondsPerSecond / 1000);
+  return QVValue::array(count / kNsPerWholeSecond, count % kNsPerWholeSecond / 1000);
 }
 
 }  // namespace

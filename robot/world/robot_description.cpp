@@ -8,7 +8,7 @@
 namespace QV::robot {
 namespace {
 
-constexpr std::size_t kMaxBytes = std::size_t{16} << 20;
+constexpr std::size_t kMostXmlBytes = std::size_t{16} << 20;
 
 }  // namespace
 
@@ -16,7 +16,7 @@ RobotDescription::RobotDescription(const std::string& xml)
     : xml(xml), model(Model::ModelUtils::robotFromXml(xml)) {}
 
 RobotDescription RobotDescription::fromFile(const std::string& path) {
-  const std::string xml = readFile(path, kMaxBytes);
+  const std::string xml = readFile(path, kMostXmlBytes);
   try {
     return RobotDescription(xml);
   } catch (const std::exception& exception) {

@@ -12,7 +12,7 @@ namespace QV::robot {
 namespace {
 
 // A description is a few lines; an image given in its place is not.
-constexpr std::size_t kMaxBytes = 1 << 20;
+constexpr std::size_t kMostYamlBytes = 1 << 20;
 
 std::optional<double> parseNumber(std::string_view text) {
   if (text.starts_with('+')) text.remove_prefix(1);
@@ -69,7 +69,7 @@ std::vector<float> YamlKeys::getNumbers(const std::string& key, std::size_t coun
 }
 
 YAML::Node YamlKeys::xParse() const {
-  const std::string text = readFile(path, kMaxBytes);
+  const std::string text = readFile(path, kMostYamlBytes);
   try {
     const auto documents = YAML::LoadAll(text);
     if (documents.size() > 1) xFail(documents[1].Mark(), "one document expected, another given");

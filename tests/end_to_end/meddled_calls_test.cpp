@@ -31,7 +31,7 @@ const Names kAllSensors{"BackSonar",  "BlindZone",   "DepthCamera", "FrontLaser"
 #if defined(__SANITIZE_THREAD__)
 constexpr int kStride = 23;
 #elif defined(__SANITIZE_ADDRESS__)
-constexpr int kStride = 7;
+constexpr int kStride = 13;
 #else
 constexpr int kStride = 1;
 #endif
