@@ -6,6 +6,7 @@
 
 namespace QV::app {
 
+/** A duration as seconds, with their fraction. */
 inline double inSeconds(ko::Duration duration) {
   return boost::chrono::duration<double>(duration).count();
 }

@@ -138,7 +138,7 @@ TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
     ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
     ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
     process.signal(signal);
-    expectEnd(128 + signal);
+    ASSERT_NO_FATAL_FAILURE(expectEnd(128 + signal));
   }
 }
 
