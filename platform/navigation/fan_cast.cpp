@@ -4,6 +4,7 @@
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
+#include <cstdlib>
 #include <limits>
 
 #include "platform/navigation/fan_sector.h"
@@ -30,6 +31,10 @@ constexpr double kDoubtful = std::numeric_limits<double>::quiet_NaN();
 constexpr double kOne = static_cast<double>(Height{1} << GridRay::kFractionBits);
 constexpr int kStrip = StripImage::kStripColumns;
 
+// As many rays go ahead together, unless their ways are so short that it takes longer.
+constexpr int kTogether = 8;
+constexpr int kFewestStrips = 6;
+
 // Heights within a block: 5 bits of rows, the rest for the fraction. What a height and the rises
 // that follow it lose by that is less than kSlack in the last place.
 constexpr int kFractionBits = 27;
@@ -52,11 +57,12 @@ struct Rays {
   double last[kSize];
   /** The way of what is no hit: infinite, or in doubt. */
   double otherwise[kSize];
-  /** Heights, whole or not, of a GridRay and of the line's low end over the first strip. */
+  /** Heights, whole or not, of a GridRay and of the line's low end over its first strip. */
   double exit[kSize];
   double rise[kSize];
   double low[kSize];
-  /** In the image. */
+  /** In the image. What is before the first is known to be free. */
+  double firstStrip[kSize];
   std::int32_t lastStrip[kSize];
   /** What the walk finds: a column of the image, its word in a block (or 0), and row 0's bit. */
   std::int32_t column[kSize];
@@ -73,10 +79,6 @@ int groupOf(Height height) {
 
 std::uint32_t heightInGroup(Height height) {
   return static_cast<std::uint32_t>(height >> kDroppedBits) & kInGroup;
-}
-
-int rowInGroup(Height height) {
-  return GridRay::rowFrom(height) & (StripImage::kGroupRows - 1);
 }
 
 /** As bits, counted from where it starts, the most rows that what is so high can lie in. */
@@ -280,7 +282,95 @@ void aim(const FanCast& fan, const FanSector& sector, const Approach& approach, 
     hn::StoreU(exit, d, rays.exit + i);
     hn::StoreU(rise, d, rays.rise + i);
     hn::StoreU(low, d, rays.low + i);
+    hn::StoreU(hn::Set(d, approach.firstStrip), d, rays.firstStrip + i);
     hn::StoreU(hn::ShiftRight<StripImage::kStripBits>(turnedLast), d32, rays.lastStrip + i);
+  }
+}
+
+/** What lies between the lines of two rays of a sector, strip by strip: a range of heights. */
+class Wedge {
+ public:
+  Wedge(const FanSector& sector, const Rays& rays, int one, int other)
+      : flattest(std::min(rays.rise[one], rays.rise[other])),
+        steepest(std::max(rays.rise[one], rays.rise[other])),
+        lowest(static_cast<Height>(std::min(rays.low[one], rays.low[other]))),
+        highest(static_cast<Height>(std::max(rays.low[one] + kStrip * rays.rise[one],
+                                             rays.low[other] + kStrip * rays.rise[other]))) {
+    highest += Height{kSlack} << kDroppedBits;
+    const Height least = kStrip * static_cast<Height>(flattest);
+    const Height most = kStrip * static_cast<Height>(steepest);
+    lowAdvance = sector.rowStep > 0 ? least : -most;
+    highAdvance = sector.rowStep > 0 ? most : -least;
+  }
+
+  /** False, too, where it is too wide to tell. */
+  bool isFree(const StripImage::View& image, int strip) const {
+    const int row = GridRay::rowFrom(lowest);
+    const int more = GridRay::rowFrom(highest) - row;
+    return more < StripImage::kRowsSeen &&
+           (image.getUsedRows(strip, row) & ((std::uint64_t{2} << more) - 1)) == 0;
+  }
+
+  void fetch(const StripImage::View& image, int strip) const {
+    image.fetchBlock(strip, groupOf(lowest));
+    image.fetchBlock(strip, groupOf(highest));
+  }
+
+  void advance() {
+    lowest += lowAdvance;
+    highest += highAdvance;
+  }
+
+  HWY_INLINE hn::Mask<Doubles> holds(hn::Vec<Doubles> rise) const {
+    const Doubles d;
+    return hn::And(hn::Ge(rise, hn::Set(d, flattest)), hn::Le(rise, hn::Set(d, steepest)));
+  }
+
+ private:
+  double flattest;
+  double steepest;
+  Height lowest;
+  Height highest;
+  Height lowAdvance;
+  Height highAdvance;
+};
+
+/** Has these rays, first to last, begin some strips further on. */
+HWY_INLINE void putAhead(const FanSector& sector, const Wedge& wedge, int first, int last,
+                         int strips, Rays& rays) {
+  const Doubles d;
+  static_assert(kTogether % hn::MaxLanes(Doubles()) == 0, "no lane is another bundle's");
+  const double strip = rays.firstStrip[first] + sector.columnStep * strips;
+  const int nearEdge = kStrip * static_cast<int>(strip) + (sector.alongReversed ? kStrip - 1 : 0);
+  const auto column = hn::Set(d, sector.turnColumn(nearEdge));
+  const auto advance = hn::Set(d, sector.rowStep * kStrip * strips);
+  for (int i = first; i <= last; i += static_cast<int>(hn::Lanes(d))) {
+    const auto rise = hn::LoadU(d, rays.rise + i);
+    const auto low = hn::LoadU(d, rays.low + i);
+    const auto from = hn::LoadU(d, rays.firstStrip + i);
+    // By rounding, a ray may lie outside or end before.
+    const auto goes = hn::And(wedge.holds(rise), hn::Ge(hn::LoadU(d, rays.last + i), column));
+    const auto risen = hn::IfThenElseZero(goes, hn::Mul(hn::Trunc(rise), advance));
+    hn::StoreU(hn::Add(low, risen), d, rays.low + i);
+    hn::StoreU(hn::IfThenElse(goes, hn::Set(d, strip), from), d, rays.firstStrip + i);
+  }
+}
+
+/** Has neighbouring rays pass together the strips where nothing stands between them. */
+HWY_NOINLINE void goAhead(const FanSector& sector, int begin, int end, Rays& rays) {
+  const StripImage::View image(sector.image);
+  const int step = sector.columnStep;
+  for (int first = begin; first < end; first += kTogether) {
+    const int last = std::min(first + kTogether, end) - 1;
+    const int start = static_cast<int>(rays.firstStrip[first]);
+    const int most =
+        std::min(step * rays.lastStrip[first], step * rays.lastStrip[last]) - step * start;
+    Wedge wedge(sector, rays, first, last);
+    int strips = 0;
+    for (; strips < most && wedge.isFree(image, start + step * strips); ++strips) wedge.advance();
+    if (strips == 0) continue;
+    wedge.fetch(image, start + step * strips);
+    putAhead(sector, wedge, first, last, strips, rays);
   }
 }
 
@@ -306,7 +396,9 @@ HWY_INLINE void keep(const FanSector& sector, const Stop& stop, int i, Rays& ray
 }
 
 /** Finds for each ray the first column beyond its own with a cell that it touches or comes near. */
-void walk(const FanSector& sector, const Approach& approach, int begin, int end, Rays& rays) {
+template <bool kAhead>
+HWY_INLINE void walk(const FanSector& sector, const Approach& approach, int begin, int end,
+                     Rays& rays) {
   const StripImage::View image(sector.image);
   const int columnStep = sector.columnStep;
   const int rowStep = sector.rowStep;
@@ -324,10 +416,11 @@ void walk(const FanSector& sector, const Approach& approach, int begin, int end,
     const std::uint32_t rows = rowsOf(kStrip * shortRise + kSlack);
     finder.setRise(shortRise);
     auto low = static_cast<Height>(rays.low[i]);
-    std::uint32_t wanted = ahead;
-    for (Stop stop{approach.firstStrip, 0, &kEmptyBlock, 0};; stop.strip += columnStep) {
+    const int firstStrip = kAhead ? static_cast<int>(rays.firstStrip[i]) : approach.firstStrip;
+    std::uint32_t wanted = firstStrip == approach.firstStrip ? ahead : all;
+    for (Stop stop{firstStrip, 0, &kEmptyBlock, 0};; stop.strip += columnStep) {
       stop.group = groupOf(low);
-      if ((image.getUsedRows(stop.strip, stop.group) >> rowInGroup(low) & rows) != 0) {
+      if ((image.getUsedRows(stop.strip, GridRay::rowFrom(low)) & rows) != 0) {
         stop.block = &image.getBlock(stop.strip, stop.group);
         stop.columns = finder.find(*stop.block, heightInGroup(low), wanted);
       }
@@ -462,7 +555,12 @@ bool castRays(const FanCast& fan, const double* cosines, const double* sines, in
     const FanSector sector(fan, static_cast<int>(rays.sector[begin]));
     const Approach approach(sector);
     aim(fan, sector, approach, begin, end, rays);
-    walk(sector, approach, begin, end, rays);
+    if (std::abs(rays.lastStrip[begin] - approach.firstStrip) < kFewestStrips) {
+      walk<false>(sector, approach, begin, end, rays);
+    } else {
+      goAhead(sector, begin, end, rays);
+      walk<true>(sector, approach, begin, end, rays);
+    }
     isDoubtful |= settle(sector, rays, begin, end, ways);
     checkFirstColumn(sector, begin, end, rays, ways);
     begin = end;

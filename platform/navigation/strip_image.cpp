@@ -22,6 +22,18 @@ void useLargePages([[maybe_unused]] void* begin, [[maybe_unused]] std::size_t by
 #endif
 }
 
+template <typename Word>
+void setBit(Word& word, int bit, bool value) {
+  const Word mask = Word{1} << bit;
+  word = value ? word | mask : word & ~mask;
+}
+
+bool isUsed(const StripImage::Block& block, int row) {
+  std::uint32_t any = 0;
+  for (const std::uint32_t word : block.words) any |= word;
+  return (any >> row & 1) != 0;
+}
+
 }  // namespace
 
 StripImage::StripImage(int columns, int rows)
@@ -30,15 +42,16 @@ StripImage::StripImage(int columns, int rows)
   blocks.reserve(strips * groups);
   useLargePages(blocks.data(), blocks.capacity() * sizeof(Block));
   blocks.resize(strips * groups);
-  usedRows.resize(strips * groups);
+  usedRows.resize(strips * static_cast<std::size_t>((rows + 2) / kUsedStep + 1 + kUsedBelow));
 }
 
 void StripImage::set(int column, int row, bool value) {
   const std::size_t upper = xIndex(column / kStripColumns, row / kGroupRows);
   const auto word = static_cast<std::size_t>(column % kStripColumns);
   const int bit = row % kGroupRows;
-  xSet(upper, word, bit, value);
-  xSet(upper - strips, word, kGroupRows + bit, value);
+  setBit(blocks[upper].words[word], bit, value);
+  setBit(blocks[upper - strips].words[word], kGroupRows + bit, value);
+  xSetUsed(column / kStripColumns, row, value || isUsed(blocks[upper], bit));
 }
 
 bool StripImage::get(int column, int row) const {
@@ -48,26 +61,22 @@ bool StripImage::get(int column, int row) const {
 
 void StripImage::fetch(int column, int row) const {
   const View view(*this);
-  view.fetch(column / kStripColumns, row / kGroupRows);
-  view.fetch(column / kStripColumns, row / kGroupRows - 1);
+  const int strip = column / kStripColumns;
+  view.fetchBlock(strip, row / kGroupRows);
+  view.fetchBlock(strip, row / kGroupRows - 1);
+  view.fetchUsedRows(strip, row);
+  view.fetchUsedRows(strip, row - kGroupRows);
 }
 
 std::size_t StripImage::getBytes() const {
-  return blocks.size() * (sizeof(Block) + sizeof(usedRows[0]));
+  return blocks.size() * sizeof(Block) + usedRows.size() * sizeof(usedRows[0]);
 }
 
-void StripImage::xSet(std::size_t block, std::size_t word, int bit, bool value) {
-  auto& words = blocks[block].words;
-  const std::uint32_t mask = std::uint32_t{1} << bit;
-  if (value) {
-    words[word] |= mask;
-    usedRows[block] |= mask;
-    return;
-  }
-  words[word] &= ~mask;
-  std::uint32_t used = 0;
-  for (const std::uint32_t column : words) used |= column;
-  usedRows[block] = used;
+void StripImage::xSetUsed(int strip, int row, bool value) {
+  const std::size_t upper = static_cast<std::size_t>(row / kUsedStep + kUsedBelow) * strips +
+                            static_cast<std::size_t>(strip);
+  setBit(usedRows[upper], row % kUsedStep, value);
+  setBit(usedRows[upper - strips], kUsedStep + row % kUsedStep, value);
 }
 
 }  // namespace QV::detail

@@ -13,7 +13,8 @@ namespace QV::detail {
  * One bit for each cell of a grid, laid out for rays that advance column by column and rise or fall
  * by at most a row in each. Strips of 16 columns are cut into blocks of 32 rows, one word a column.
  * Blocks overlap by half: whatever the height at which a ray enters a strip, one block holds all
- * that it crosses there. Copyable. Reading is safe from several threads as long as none writes.
+ * that it crosses there. Beside the blocks stands which rows of a strip are used at all. Copyable.
+ * Reading is safe from several threads as long as none writes.
  */
 class QV_API StripImage {
  public:
@@ -21,6 +22,8 @@ class QV_API StripImage {
   static constexpr int kStripColumns = 1 << kStripBits;
   static constexpr int kGroupBits = 4;
   static constexpr int kGroupRows = 1 << kGroupBits;
+  /** As many used rows at least are told at a time. */
+  static constexpr int kRowsSeen = 33;
 
   /** Bit r of word c is row r of column c, counted from the block's corner. */
   struct alignas(64) Block {
@@ -33,22 +36,22 @@ class QV_API StripImage {
     explicit View(const StripImage& image)
         : strips(static_cast<std::ptrdiff_t>(image.strips)),
           blocks(image.blocks.data() + kGroupsBelow * strips),
-          usedRows(image.usedRows.data() + kGroupsBelow * strips) {}
+          usedRows(image.usedRows.data() + kUsedBelow * strips) {}
 
     const Block& getBlock(int strip, int group) const { return blocks[group * strips + strip]; }
-    std::uint32_t getUsedRows(int strip, int group) const {
-      return usedRows[group * strips + strip];
+    std::uint64_t getUsedRows(int strip, int row) const {
+      return usedRows[(row >> kUsedBits) * strips + strip] >> (row & (kUsedStep - 1));
     }
-    /** Has the memory send both, which are to be read soon. */
-    void fetch(int strip, int group) const {
-      __builtin_prefetch(&blocks[group * strips + strip]);
-      __builtin_prefetch(&usedRows[group * strips + strip]);
+    /** Has the memory send what is to be read soon. */
+    void fetchBlock(int strip, int group) const { __builtin_prefetch(&getBlock(strip, group)); }
+    void fetchUsedRows(int strip, int row) const {
+      __builtin_prefetch(&usedRows[(row >> kUsedBits) * strips + strip]);
     }
 
    private:
     std::ptrdiff_t strips;
     const Block* blocks;
-    const std::uint32_t* usedRows;
+    const std::uint64_t* usedRows;
   };
 
   /** All bits 0. */
@@ -63,28 +66,34 @@ class QV_API StripImage {
    * (rows + 2) / 16, so that a ray which passes a little below or above the grid needs no check.
    */
   const Block& getBlock(int strip, int group) const { return View(*this).getBlock(strip, group); }
-  /** The rows of that block in which any bit is set. */
-  std::uint32_t getUsedRows(int strip, int group) const {
-    return View(*this).getUsedRows(strip, group);
+  /**
+   * The rows of a strip, from `row` on, in which any bit is set: kRowsSeen of them; of the others
+   * nothing is said. Rows reach as far as groups do.
+   */
+  std::uint64_t getUsedRows(int strip, int row) const {
+    return View(*this).getUsedRows(strip, row);
   }
 
-  /** Has the memory send the blocks that hold a cell inside the grid, which are to be read soon. */
+  /** Has the memory send what it keeps around a cell inside the grid, which is to be read soon. */
   void fetch(int column, int row) const;
 
   std::size_t getBytes() const;
 
  private:
   static constexpr int kGroupsBelow = 2;
+  static constexpr int kUsedBits = 5;
+  static constexpr int kUsedStep = 1 << kUsedBits;
+  static constexpr int kUsedBelow = 1;
 
   std::size_t xIndex(int strip, int group) const {
     return static_cast<std::size_t>(group + kGroupsBelow) * strips +
            static_cast<std::size_t>(strip);
   }
-  void xSet(std::size_t block, std::size_t word, int bit, bool value);
+  void xSetUsed(int strip, int row, bool value);
 
   std::size_t strips;
   std::vector<Block> blocks;
-  std::vector<std::uint32_t> usedRows;
+  std::vector<std::uint64_t> usedRows;
 };
 
 }  // namespace QV::detail
