@@ -7,7 +7,6 @@
  */
 #include <cmath>
 #include <cstdlib>
-#include <ctime>
 #include <new>
 #include <string>
 #include <vector>
@@ -16,6 +15,7 @@
 #include <boost/make_shared.hpp>
 #include <opencv2/imgproc.hpp>
 
+#include "bench/timing.h"
 #include "platform/ko/log.h"
 #include "platform/ko/simulated_time.h"
 #include "platform/vision/video_codes.h"
@@ -113,20 +113,6 @@ struct Scene {
   boost::shared_ptr<Sut> sut;
 };
 
-/** Seconds that this thread has run: what else the machine does counts for nobody. */
-double cpuTime() {
-  std::timespec time;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
-
-template <typename Run>
-double secondsOf(Run run) {
-  const double begin = cpuTime();
-  run();
-  return cpuTime() - begin;
-}
-
 void labelWithOpenCV(const Scene& scene) {
   static cv::Mat labels;
   benchmark::DoNotOptimize(cv::connectedComponents(scene.valid, labels, 4, CV_32S));
@@ -194,8 +180,8 @@ struct Peer {
 template <typename Run, typename Prepare>
 void compare(benchmark::State& state, const Scene& scene, const std::vector<Peer>& peers, Run run,
              Prepare prepare) {
-  double ours = 0.0;
-  std::vector<double> theirs(peers.size());
+  std::vector<double> ours;
+  std::vector<std::vector<double>> theirs(peers.size());
   Heap taken;
   // What is taken once and kept is no cost of a cycle.
   for (int i = 0; i < kWarmUps; ++i) {
@@ -209,13 +195,14 @@ void compare(benchmark::State& state, const Scene& scene, const std::vector<Peer
     taken.allocations += heap.allocations - before.allocations;
     taken.bytes += heap.bytes - before.bytes;
     state.SetIterationTime(seconds);
-    ours += seconds;
+    ours.push_back(seconds);
     for (std::size_t i = 0; i < peers.size(); ++i) {
-      theirs[i] += secondsOf([&] { peers[i].run(scene); });
+      theirs[i].push_back(secondsOf([&] { peers[i].run(scene); }));
     }
   }
-  for (std::size_t i = 0; i < peers.size(); ++i)
-    state.counters[peers[i].counter] = theirs[i] / ours;
+  for (std::size_t i = 0; i < peers.size(); ++i) {
+    state.counters[peers[i].counter] = ratioOf(theirs[i], ours);
+  }
   const auto mean = benchmark::Counter::kAvgIterations;
   state.counters["allocations"] = benchmark::Counter(taken.allocations, mean);
   state.counters["bytes"] = benchmark::Counter(taken.bytes, mean);

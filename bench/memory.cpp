@@ -1,13 +1,13 @@
 // The shared memory: fast access against a plain loop and against proxy calls, a proxy call against
 // a virtual one, and the delivery of events.
 
-#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "bench/timing.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "robot/services/memory_service.h"
@@ -35,8 +35,7 @@ double ratioOf(int peerCalls, Peer peer, int ownCalls, Own own) {
   for (int turn = 0; turn < 101; ++turn) {
     ratios.push_back(secondsOf(peerCalls, peer) / secondsOf(ownCalls, own));
   }
-  std::nth_element(ratios.begin(), ratios.begin() + 50, ratios.end());
-  return ratios[50];
+  return bench::medianOf(std::move(ratios));
 }
 
 boost::shared_ptr<QVBroker> brokerWithMemory() {

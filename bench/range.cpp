@@ -2,7 +2,6 @@
  * What a reading of a range sensor costs on the embedded services, and how much of that is the
  * sensor's own: the calls that it makes are timed in turn with it, by themselves.
  */
-#include <ctime>
 #include <functional>
 #include <memory>
 #include <string>
@@ -11,6 +10,7 @@
 #include <benchmark/benchmark.h>
 #include <boost/make_shared.hpp>
 
+#include "bench/timing.h"
 #include "platform/middleware/dcm_proxy.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/middleware/qv_motion_proxy.h"
@@ -93,18 +93,11 @@ struct Robot {
   std::unique_ptr<robot::LaserModeActuator> mode;
 };
 
-/** Seconds that this thread has run: what else the machine does counts for nobody. */
-double cpuTime() {
-  std::timespec time;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
-
 template <typename F>
 double timeMany(F run) {
-  const double begin = cpuTime();
-  for (int i = 0; i < kReadingsAtOnce; ++i) run();
-  return cpuTime() - begin;
+  return secondsOf([&] {
+    for (int i = 0; i < kReadingsAtOnce; ++i) run();
+  });
 }
 
 /** Times readings of a sensor, in turn with the `calls` of one. */

@@ -5,16 +5,16 @@
  */
 #include <cmath>
 #include <cstdlib>
-#include <ctime>
 #include <filesystem>
 #include <limits>
-#include <optional>
+#include <map>
 #include <string>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
 #include "bench/free_poses.h"
+#include "bench/timing.h"
 #include "platform/navigation/scan_path.h"
 #include "robot/world/map_files.h"
 
@@ -31,11 +31,12 @@ constexpr std::size_t kPoses = 256;
 
 struct MapCase {
   const char* name;
-  const char* file;
+  std::string file;
 };
-const MapCase kMaps[] = {{"small", "maps/pal_small_office/map.yaml"},
-                         {"medium", "maps/range_libc/basement_hallways_5cm.yaml"},
-                         {"huge", "maps/range_libc/huge_map.yaml"}};
+const std::string kMediumMap = "maps/range_libc/basement_hallways_5cm.yaml";
+const std::string kHugeMap = "maps/range_libc/huge_map.yaml";
+const MapCase kMaps[] = {
+    {"small", "maps/pal_small_office/map.yaml"}, {"medium", kMediumMap}, {"huge", kHugeMap}};
 
 struct FanCase {
   const char* name;
@@ -123,21 +124,14 @@ class Mrpt {
 };
 #endif
 
-/** Seconds that this thread has run: what else the machine does counts for nobody. */
-double cpuTime() {
-  std::timespec time;
-  clock_gettime(CLOCK_THREAD_CPUTIME_ID, &time);
-  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
-}
-
 /** A map with its store and poses, and the peer's copy of it. */
 struct Scene {
   explicit Scene(const std::string& path)
       : map(robot::loadMap(path)), poses(drawFreePoses(map, kPoses)) {
-    const double begin = cpuTime();
-    const detail::ScanStore* const store = map.getScanStore(kOccupiedAbove);
+    const detail::ScanStore* store = nullptr;
+    const double seconds = secondsOf([&] { store = map.getScanStore(kOccupiedAbove); });
     const auto cells = static_cast<double>(map.getCells().size());
-    buildMsPerMcell = 1e9 * (cpuTime() - begin) / cells;
+    buildMsPerMcell = 1e9 * seconds / cells;
     bytesPerCell = static_cast<double>(store->getBytes()) / cells;
   }
 
@@ -150,51 +144,52 @@ struct Scene {
 #endif
 };
 
-/** One at a time, for the huge map is big; null without the data. */
-Scene* getScene(const char* file) {
-  static std::optional<Scene> scene;
-  static std::string loaded;
+/** Made when first asked for, and kept; null without the data. */
+Scene* getScene(const std::string& file) {
+  static std::map<std::string, Scene> scenes;
+  const auto known = scenes.find(file);
+  if (known != scenes.end()) return &known->second;
   const char* const folder = std::getenv("QV_DATA");
   const std::string path = folder != nullptr ? std::string(folder) + "/" + file : std::string();
-  if (loaded != path) {
-    scene.reset();
-    if (std::filesystem::exists(path)) scene.emplace(path);
-    loaded = path;
-  }
-  return scene ? &*scene : nullptr;
+  if (!std::filesystem::exists(path)) return nullptr;
+  return &scenes.try_emplace(file, path).first->second;
 }
 
 /** The seconds that a scan from every pose takes. */
 template <typename Scan>
 double timeScans(const Scene& scene, Scan scan) {
-  const double begin = cpuTime();
-  for (const Math::Pose2D& pose : scene.poses) scan(pose);
-  return cpuTime() - begin;
+  return secondsOf([&] {
+    for (const Math::Pose2D& pose : scene.poses) scan(pose);
+  });
 }
 
-/** The seconds that each of the contenders has taken. */
+/** The seconds that each of the contenders has taken, round by round. */
 struct Times {
-  double ours = 0.0;
-  double plain = 0.0;
-  double mrpt = 0.0;
+  std::vector<double> ours;
+  std::vector<double> plain;
+  std::vector<double> mrpt;
 };
 
-/** Scans from every pose with each in turn. */
-Times scanInTurn(Scene& scene, const Math::SensorFieldOfView2D& fieldOfView,
-                 detail::ScanPath path) {
+/** The seconds that our scans from every pose take. */
+double timeOurs(const Scene& scene, const Math::SensorFieldOfView2D& fieldOfView,
+                detail::ScanPath path) {
   static std::vector<RangeReading> readings;
-  Times times;
-  times.ours = timeScans(scene, [&](const Math::Pose2D& pose) {
+  return timeScans(scene, [&](const Math::Pose2D& pose) {
     simulateScan(scene.map, fieldOfView, pose, readings, kOccupiedAbove, path);
     benchmark::DoNotOptimize(readings.data());
   });
-  times.plain = timeScans(
-      scene, [&](const Math::Pose2D& pose) { scanPlainly(scene.map, fieldOfView, pose); });
+}
+
+/** Scans from every pose with each in turn. */
+void scanInTurn(Scene& scene, const Math::SensorFieldOfView2D& fieldOfView, detail::ScanPath path,
+                Times& times) {
+  times.ours.push_back(timeOurs(scene, fieldOfView, path));
+  times.plain.push_back(timeScans(
+      scene, [&](const Math::Pose2D& pose) { scanPlainly(scene.map, fieldOfView, pose); }));
 #ifdef QV_BENCH_MRPT
-  times.mrpt =
-      timeScans(scene, [&](const Math::Pose2D& pose) { scene.mrpt.scan(fieldOfView, pose); });
+  times.mrpt.push_back(
+      timeScans(scene, [&](const Math::Pose2D& pose) { scene.mrpt.scan(fieldOfView, pose); }));
 #endif
-  return times;
 }
 
 void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan,
@@ -204,25 +199,27 @@ void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan
     state.SkipWithError((std::string("skipped: no ") + mapCase.file + " in QV_DATA").c_str());
     return;
   }
-  scanInTurn(*scene, fan.fieldOfView, pathCase.path);
-  Times sum;
+  Times warmUp;
+  scanInTurn(*scene, fan.fieldOfView, pathCase.path, warmUp);
+  Scene* const medium = mapCase.file == kHugeMap ? getScene(kMediumMap) : nullptr;
+  std::vector<double> onMedium;
+  Times times;
   for (auto _ : state) {
-    const Times times = scanInTurn(*scene, fan.fieldOfView, pathCase.path);
-    state.SetIterationTime(times.ours);
-    sum.ours += times.ours;
-    sum.plain += times.plain;
-    sum.mrpt += times.mrpt;
+    scanInTurn(*scene, fan.fieldOfView, pathCase.path, times);
+    state.SetIterationTime(times.ours.back());
+    if (medium != nullptr) {
+      onMedium.push_back(timeOurs(*medium, fan.fieldOfView, pathCase.path));
+    }
   }
-  const double rays = static_cast<double>(state.iterations()) * static_cast<double>(kPoses) *
-                      fan.fieldOfView.rayCount;
-  state.counters["ns_per_ray"] = 1e9 * sum.ours / rays;
-  state.counters["vs_plain_walk"] = sum.plain / sum.ours;
+  const auto rays = static_cast<double>(kPoses) * fan.fieldOfView.rayCount;
+  state.counters["ns_per_ray"] = 1e9 * medianOf(times.ours) / rays;
+  state.counters["vs_plain_walk"] = ratioOf(times.plain, times.ours);
   state.counters["store_bytes_per_cell"] = scene->bytesPerCell;
   state.counters["store_build_ms_per_mcell"] = scene->buildMsPerMcell;
-  if (sum.mrpt > 0.0) {
-    state.counters["mrpt_ns_per_ray"] = 1e9 * sum.mrpt / rays;
-    state.counters[std::string("vs_mrpt") + pathCase.suffix] = sum.mrpt / sum.ours;
-  }
+  if (!onMedium.empty()) state.counters["vs_medium"] = ratioOf(onMedium, times.ours);
+  if (times.mrpt.empty()) return;
+  state.counters["mrpt_ns_per_ray"] = 1e9 * medianOf(times.mrpt) / rays;
+  state.counters[std::string("vs_mrpt") + pathCase.suffix] = ratioOf(times.mrpt, times.ours);
 }
 
 void registerAll() {

@@ -1,6 +1,7 @@
 #include "platform/navigation/fan_cast.h"
 
 #include <algorithm>
+#include <bit>
 #include <cmath>
 #include <cstddef>
 #include <cstdint>
@@ -25,6 +26,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 
 typedef GridRay::Height Height;
 typedef hn::ScalableTag<double> Doubles;
+typedef hn::RebindToUnsigned<Doubles> Bits;
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 constexpr double kDoubtful = std::numeric_limits<double>::quiet_NaN();
@@ -51,7 +53,7 @@ struct Rays {
 
   alignas(64) double x[kSize];
   double y[kSize];
-  double sector[kSize];
+  std::uint64_t sector[kSize];
   double perColumn[kSize];
   double acrossPart[kSize];
   double last[kSize];
@@ -197,10 +199,20 @@ class ColumnFinder {
 
 #endif
 
+/** The flag where a value is below zero. */
+template <int kFlag>
+HWY_INLINE hn::Vec<Bits> flagNegative(hn::Vec<Doubles> value) {
+  const Bits d;
+  // Negative zero plus zero has no sign.
+  const auto bits = hn::BitCast(d, hn::Add(value, hn::Zero(Doubles())));
+  constexpr int kToFlag = 63 - std::countr_zero(static_cast<unsigned>(kFlag));
+  return hn::And(hn::ShiftRight<kToFlag>(bits), hn::Set(d, kFlag));
+}
+
 /** Turns the directions by the heading, and sorts them into sectors. */
 void turn(const FanCast& fan, const double* cosines, const double* sines, int count, Rays& rays) {
   const Doubles d;
-  const auto zero = hn::Zero(d);
+  const Bits dBits;
   const auto cosHeading = hn::Set(d, fan.cosHeading);
   const auto sinHeading = hn::Set(d, fan.sinHeading);
   for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
@@ -209,15 +221,14 @@ void turn(const FanCast& fan, const double* cosines, const double* sines, int co
     const auto x = hn::Sub(hn::Mul(cosine, cosHeading), hn::Mul(sine, sinHeading));
     const auto y = hn::Add(hn::Mul(sine, cosHeading), hn::Mul(cosine, sinHeading));
     const auto steep = hn::Gt(hn::Abs(y), hn::Abs(x));
-    const auto alongReversed = hn::Lt(hn::IfThenElse(steep, y, x), zero);
-    const auto acrossReversed = hn::Lt(hn::IfThenElse(steep, x, y), zero);
-    const auto sector = hn::Add(
-        hn::IfThenElseZero(steep, hn::Set(d, FanSector::kSteep)),
-        hn::Add(hn::IfThenElseZero(alongReversed, hn::Set(d, FanSector::kAlongReversed)),
-                hn::IfThenElseZero(acrossReversed, hn::Set(d, FanSector::kAcrossReversed))));
+    const auto isSteep = hn::BitCast(dBits, hn::VecFromMask(d, steep));
+    const auto sector =
+        hn::Or(hn::And(isSteep, hn::Set(dBits, FanSector::kSteep)),
+               hn::Or(flagNegative<FanSector::kAlongReversed>(hn::IfThenElse(steep, y, x)),
+                      flagNegative<FanSector::kAcrossReversed>(hn::IfThenElse(steep, x, y))));
     hn::Store(x, d, rays.x + i);
     hn::Store(y, d, rays.y + i);
-    hn::Store(sector, d, rays.sector + i);
+    hn::Store(sector, dBits, rays.sector + i);
   }
 }
 
@@ -255,15 +266,16 @@ void aim(const FanCast& fan, const FanSector& sector, const Approach& approach, 
   const auto rowsAbove = hn::Set(d, sector.rows - sector.across);
   const auto toExit = hn::Set(d, sector.first + 1 - sector.along);
   const auto reach = hn::Set(d, fan.reach);
+  const bool staysBelowTop = fan.reach + 1.0 < sector.rows - sector.across;
   const double* const alongParts = sector.steep ? rays.y : rays.x;
   const double* const acrossParts = sector.steep ? rays.x : rays.y;
   for (int i = begin; i < end; i += static_cast<int>(hn::Lanes(d))) {
     const auto alongPart = hn::Abs(hn::LoadU(d, alongParts + i));
     const auto acrossPart = hn::Abs(hn::LoadU(d, acrossParts + i));
     const auto slope = hn::Div(acrossPart, alongPart);
-    const auto reached = hn::Add(along, hn::Mul(reach, alongPart));
-    const auto top = hn::Add(along, hn::Div(rowsAbove, slope));
-    const auto farthest = hn::Min(lastColumn, hn::Add(hn::Min(reached, top), one));
+    auto reached = hn::Add(along, hn::Mul(reach, alongPart));
+    if (!staysBelowTop) reached = hn::Min(reached, hn::Add(along, hn::Div(rowsAbove, slope)));
+    const auto farthest = hn::Min(lastColumn, hn::Add(reached, one));
     const auto exit = hn::Mul(hn::Add(across, hn::Mul(toExit, slope)), hn::Set(d, kOne));
     const auto rise = hn::Mul(slope, hn::Set(d, kOne));
     const auto tooSteep = hn::Gt(rise, hn::Set(d, static_cast<double>(kSteepest)));
@@ -446,8 +458,6 @@ struct Crossing {
   hn::Mask<Doubles> hitsNext;
 };
 
-typedef hn::RebindToUnsigned<Doubles> Bits;
-
 /** Whether bit `bit` of each word is set; a bit that is none wraps around to one. */
 HWY_INLINE hn::Mask<Doubles> hasBit(hn::Vec<Bits> words, hn::Vec<Bits> bit) {
   const Bits d;
@@ -501,8 +511,8 @@ bool settle(const FanSector& sector, const Rays& rays, int begin, int end, doubl
     const Crossing found = cross(sector, rays, i);
     const auto perColumn = hn::LoadU(d, rays.perColumn + i);
     const auto nextColumn = hn::Add(found.column, hn::Set(d, 1.0));
-    const auto enters = hn::Max(hn::Zero(d), hn::Mul(hn::Sub(found.column, along), perColumn));
-    const auto leaves = hn::Max(hn::Zero(d), hn::Mul(hn::Sub(nextColumn, along), perColumn));
+    const auto enters = hn::Mul(hn::Sub(found.column, along), perColumn);
+    const auto leaves = hn::Mul(hn::Sub(nextColumn, along), perColumn);
     const auto rises = hn::Div(hn::Sub(found.nextRow, across), hn::LoadU(d, rays.acrossPart + i));
     const auto onNext = hn::Min(hn::Max(rises, enters), leaves);
     const auto way = hn::IfThenElse(found.hitsOnEntry, enters, onNext);
@@ -533,7 +543,7 @@ void checkFirstColumn(const FanSector& sector, int begin, int end, const Rays& r
 
 /** Bit i is set when ray i is the last of those in its sector. */
 std::uint64_t findLasts(const Rays& rays, int count) {
-  const Doubles d;
+  const Bits d;
   std::uint64_t lasts = 0;
   for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
     const auto isLast = hn::Ne(hn::LoadU(d, rays.sector + i), hn::LoadU(d, rays.sector + i + 1));
