@@ -8,7 +8,6 @@
 #include <cmath>
 #include <cstdlib>
 #include <malloc.h>
-#include <new>
 #include <string>
 #include <vector>
 
@@ -22,37 +21,13 @@
 #include "platform/vision/video_codes.h"
 #include "robot/services/video_device.h"
 #include "sensor/perception/sensor_3d.h"
+#include "tests/support/counted_heap.h"
 #include "tests/support/depth_frames.h"
 
 #ifdef QV_BENCH_PCL
 #include <pcl/segmentation/euclidean_cluster_comparator.h>
 #include <pcl/segmentation/organized_connected_component_segmentation.h>
 #endif
-
-namespace {
-
-/** What was taken from the heap; this program has one thread. */
-struct Heap {
-  double allocations = 0.0;
-  double bytes = 0.0;
-};
-Heap heap;
-
-}  // namespace
-
-// Not inlined: else the compiler takes the new and the free for a mismatch.
-[[gnu::noinline]] void* operator new(std::size_t size) {
-  ++heap.allocations;
-  heap.bytes += static_cast<double>(size);
-  if (void* memory = std::malloc(size)) return memory;
-  throw std::bad_alloc();
-}
-[[gnu::noinline]] void operator delete(void* memory) noexcept {
-  std::free(memory);
-}
-[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
-  std::free(memory);
-}
 
 namespace QV::bench {
 namespace {
@@ -183,7 +158,8 @@ void compare(benchmark::State& state, const Scene& scene, const std::vector<Peer
              Prepare prepare) {
   std::vector<double> ours;
   std::vector<std::vector<double>> theirs(peers.size());
-  Heap taken;
+  double allocations = 0.0;
+  double bytes = 0.0;
   // What is taken once and kept is no cost of a cycle.
   for (int i = 0; i < kWarmUps; ++i) {
     prepare();
@@ -191,10 +167,10 @@ void compare(benchmark::State& state, const Scene& scene, const std::vector<Peer
   }
   for (auto _ : state) {
     prepare();
-    const Heap before = heap;
+    test::heap = {};
     const double seconds = secondsOf(run);
-    taken.allocations += heap.allocations - before.allocations;
-    taken.bytes += heap.bytes - before.bytes;
+    allocations += test::heap.allocations;
+    bytes += test::heap.bytes;
     state.SetIterationTime(seconds);
     ours.push_back(seconds);
     for (std::size_t i = 0; i < peers.size(); ++i) {
@@ -205,8 +181,8 @@ void compare(benchmark::State& state, const Scene& scene, const std::vector<Peer
     state.counters[peers[i].counter] = ratioOf(theirs[i], ours);
   }
   const auto mean = benchmark::Counter::kAvgIterations;
-  state.counters["allocations"] = benchmark::Counter(taken.allocations, mean);
-  state.counters["bytes"] = benchmark::Counter(taken.bytes, mean);
+  state.counters["allocations"] = benchmark::Counter(allocations, mean);
+  state.counters["bytes"] = benchmark::Counter(bytes, mean);
 }
 
 template <typename Run>

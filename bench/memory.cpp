@@ -3,6 +3,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <utility>
 #include <vector>
 
 #include <benchmark/benchmark.h>

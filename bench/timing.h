@@ -1,6 +1,7 @@
 #pragma once
 
 #include <algorithm>
+#include <cstddef>
 #include <ctime>
 #include <vector>
 
@@ -22,9 +23,8 @@ double secondsOf(Run run) {
 
 /** Of any values, but at least one. */
 inline double medianOf(std::vector<double> values) {
-  const auto middle = values.begin() + static_cast<std::ptrdiff_t>(values.size() / 2);
-  std::nth_element(values.begin(), middle, values.end());
-  return *middle;
+  std::sort(values.begin(), values.end());
+  return 0.5 * (values[(values.size() - 1) / 2] + values[values.size() / 2]);
 }
 
 /**

@@ -565,7 +565,8 @@ bool castRays(const FanCast& fan, const double* cosines, const double* sines, in
     const FanSector sector(fan, static_cast<int>(rays.sector[begin]));
     const Approach approach(sector);
     aim(fan, sector, approach, begin, end, rays);
-    if (std::abs(rays.lastStrip[begin] - approach.firstStrip) < kFewestStrips) {
+    if (std::abs(rays.lastStrip[begin] - approach.firstStrip) < kFewestStrips &&
+        std::abs(rays.lastStrip[end - 1] - approach.firstStrip) < kFewestStrips) {
       walk<false>(sector, approach, begin, end, rays);
     } else {
       goAhead(sector, begin, end, rays);

@@ -42,13 +42,20 @@ class QV_API StripImage {
     std::uint64_t getUsedRows(int strip, int row) const {
       return usedRows[(row >> kUsedBits) * strips + strip] >> (row & (kUsedStep - 1));
     }
-    /** Has the memory send what is to be read soon. */
-    void fetchBlock(int strip, int group) const { __builtin_prefetch(&getBlock(strip, group)); }
+    /** Has the memory send what is to be read soon; what lies outside does no harm. */
+    void fetchBlock(int strip, int group) const { xFetch(blocks, group * strips + strip); }
     void fetchUsedRows(int strip, int row) const {
-      __builtin_prefetch(&usedRows[(row >> kUsedBits) * strips + strip]);
+      xFetch(usedRows, (row >> kUsedBits) * strips + strip);
     }
 
    private:
+    template <typename Item>
+    static void xFetch(const Item* items, std::ptrdiff_t index) {
+      const auto bytes = static_cast<std::uintptr_t>(index) * sizeof(Item);
+      __builtin_prefetch(
+          reinterpret_cast<const void*>(reinterpret_cast<std::uintptr_t>(items) + bytes));
+    }
+
     std::ptrdiff_t strips;
     const Block* blocks;
     const std::uint64_t* usedRows;

@@ -44,12 +44,33 @@ testing::AssertionResult holdsItsCells(const StripImage& image, int strip, int g
   return testing::AssertionSuccess();
 }
 
+/** Whether the rows of a strip, from one on, are told as used where they hold a cell. */
+testing::AssertionResult tellsItsRows(const StripImage& image, int strip, int firstRow,
+                                      const OccupancyMap& map, float limit, bool turned) {
+  for (int i = 0; i < StripImage::kRowsSeen; ++i) {
+    bool expected = false;
+    for (int k = 0; k < StripImage::kStripColumns; ++k) {
+      int column = strip * StripImage::kStripColumns + k;
+      int row = firstRow + i;
+      if (turned) std::swap(column, row);
+      expected |= map.isInside(column, row) && map.getOccupancy(column, row) > limit;
+    }
+    if ((image.getUsedRows(strip, firstRow) >> i & 1u) == expected) continue;
+    return testing::AssertionFailure() << "strip " << strip << ", row " << firstRow << " and " << i
+                                       << " more expected " << expected;
+  }
+  return testing::AssertionSuccess();
+}
+
 void expectTrueImage(const StripImage& image, const OccupancyMap& map, float limit, bool turned) {
   const int columns = turned ? map.getHeight() : map.getWidth();
   const int rows = turned ? map.getWidth() : map.getHeight();
   for (int strip = 0; strip * StripImage::kStripColumns < columns; ++strip) {
     for (int group = -2; group <= (rows + 2) / StripImage::kGroupRows; ++group) {
       ASSERT_TRUE(holdsItsCells(image, strip, group, map, limit, turned)) << "turned " << turned;
+    }
+    for (int row = -32; row <= rows + 2; ++row) {
+      ASSERT_TRUE(tellsItsRows(image, strip, row, map, limit, turned)) << "turned " << turned;
     }
   }
 }

@@ -121,6 +121,7 @@ TEST(RealMaps, scansAreTheSameOnEveryPath) {
   const Math::SensorFieldOfView2D fans[] = {{0.0f, 3.5f, 6.2831855f, 300},
                                             {0.3f, 2.0f, 1.0f, 20},
                                             {0.0f, 30.0f, 6.2831855f, 8},
+                                            {0.0f, 30.0f, 6.2831855f, 720},
                                             {0.0f, 8.0f, 1.5707964f, 101}};
   std::mt19937 random(5);
   std::vector<RangeReading> expected;

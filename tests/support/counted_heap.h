@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstddef>
+#include <cstdlib>
+#include <limits>
+#include <new>
+
+namespace QV::test {
+
+/** What a thread took from the heap by operator new. */
+struct Heap {
+  int allocations = 0;
+  double bytes = 0.0;
+  /** As many of at least this size. */
+  int bigOnes = 0;
+  std::size_t bigSize = std::numeric_limits<std::size_t>::max();
+};
+inline thread_local Heap heap;
+
+}  // namespace QV::test
+
+// For one source of a program. Not inlined: else the compiler takes the new and the free for a
+// mismatch.
+[[gnu::noinline]] void* operator new(std::size_t size) {
+  QV::test::Heap& heap = QV::test::heap;
+  ++heap.allocations;
+  heap.bytes += static_cast<double>(size);
+  heap.bigOnes += size >= heap.bigSize;
+  if (void* memory = std::malloc(size)) return memory;
+  throw std::bad_alloc();
+}
+[[gnu::noinline]] void operator delete(void* memory) noexcept {
+  std::free(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+  std::free(memory);
+}
