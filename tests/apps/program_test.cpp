@@ -6,20 +6,17 @@
 #include <thread>
 #include <vector>
 
-#include <gmock/gmock.h>
 #include <opencv2/imgcodecs.hpp>
 
 #include "apps/shared_files.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
 
-using testing::HasSubstr;
-
-class ProgramTest : public testing::Test {
- protected:
+struct ProgramTest : testing::Test {
   /** A description with these sensors. */
   std::string robotOf(const std::string& sensors) {
     return folder.write(std::to_string(++robots) + "robot.urdf",

@@ -2,15 +2,12 @@
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-
 #include "tests/apps/run_program.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
-
-using testing::HasSubstr;
 
 // Three beams; the laser sits 0.1 m ahead.
 const std::string kScans =
@@ -22,8 +19,7 @@ const std::string kRanges =
     "100 1000 1000 1000 1000 1000 1000 1000 5110\n350 900 900 900 900 900 900 900 900\n";
 const std::string kPoses = "100 0 0 0\n350 500 0 900\n";
 
-class ReplayTest : public testing::Test {
- protected:
+struct ReplayTest : testing::Test {
   const test::TemporaryFolder folder;
 };
 

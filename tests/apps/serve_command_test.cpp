@@ -3,22 +3,18 @@
 #include <string>
 #include <unistd.h>
 
-#include <gmock/gmock.h>
-
 #include "tests/apps/run_program.h"
 #include "tests/support/child_process.h"
 #include "tests/support/socket_client.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
 
 using test::SocketClient;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 /** `qvsensors serve` in a process of its own, at any port. */
-class ServeTest : public testing::Test {
- protected:
+struct ServeTest : testing::Test {
   void start() {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);

@@ -10,8 +10,7 @@
 namespace QV {
 namespace {
 
-class AvoidObstacles : public testing::TestWithParam<std::uint64_t> {
- protected:
+struct AvoidObstacles : testing::TestWithParam<std::uint64_t> {
   static robot::WorldOptions world() {
     robot::WorldOptions world;
     world.start = {3.0f, 6.3f, 0.0f};

@@ -89,3 +89,7 @@ inline std::vector<std::string> namesOf(const std::vector<Math::MetricalData>& r
 }
 
 }  // namespace QV::test
+
+namespace QV {
+using test::namesOf;
+}

@@ -17,3 +17,7 @@ std::string errorOf(F run) {
 }
 
 }  // namespace QV::test
+
+namespace QV {
+using test::errorOf;
+}

@@ -3,18 +3,15 @@
 #include <future>
 #include <mutex>
 
-#include <gmock/gmock.h>
-
 #include "apps/live/web_guard.h"
 #include "tests/support/socket_client.h"
 #include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
 
 using test::SocketClient;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 /** Takes the subprotocol "known", answers what it is told, and says who came and went first. */
 class EchoHandler : public WebHandler {
@@ -43,8 +40,7 @@ class EchoHandler : public WebHandler {
   std::once_flag firstClose;
 };
 
-class WebServerTest : public testing::Test {
- protected:
+struct WebServerTest : testing::Test {
   std::string headOf(const std::string& request) {
     SocketClient client(sut->getPort());
     client.write(request);

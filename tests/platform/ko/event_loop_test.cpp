@@ -3,8 +3,6 @@
 #include <atomic>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/os.h"
 #include "tests/platform/ko/pool_hold.h"
 #include "tests/platform/ko/timeline.h"
@@ -13,12 +11,7 @@
 namespace ko {
 namespace {
 
-using boost::chrono::hours;
 using boost::chrono::microseconds;
-using boost::chrono::milliseconds;
-using test::Timeline;
-using testing::ElementsAre;
-using testing::ThrowsMessage;
 
 TEST(EventLoop, delaysFireWhateverTheOrderInWhichTheyAreAskedFor) {
   auto never = getEventLoop().asyncDelay([] {}, Duration::max());

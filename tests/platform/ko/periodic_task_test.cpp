@@ -6,8 +6,6 @@
 #include <optional>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/os.h"
 #include "tests/platform/ko/pool_hold.h"
 #include "tests/platform/ko/timeline.h"
@@ -16,14 +14,7 @@
 namespace ko {
 namespace {
 
-using boost::chrono::hours;
-using boost::chrono::milliseconds;
-using test::Timeline;
-using testing::ElementsAre;
-using testing::ThrowsMessage;
-
-class PeriodicTaskTest : public testing::Test {
- protected:
+struct PeriodicTaskTest : testing::Test {
   PeriodicTaskTest() {
     sut.setName("Test");
     sut.setUsPeriod(10'000);

@@ -7,13 +7,10 @@
 #include <stdexcept>
 #include <utility>
 
-#include <gmock/gmock.h>
+#include "tests/support/vocabulary.h"
 
 namespace QV::Math {
 namespace {
-
-using testing::HasSubstr;
-using testing::ThrowsMessage;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 // What the answer may be wrong by, metres.

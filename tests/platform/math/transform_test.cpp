@@ -5,16 +5,13 @@
 #include <stdexcept>
 #include <type_traits>
 
-#include <gmock/gmock.h>
 #include <rapidcheck/gtest.h>
 
 #include "platform/math/metrical_data.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::Math {
 namespace {
-
-using testing::HasSubstr;
-using testing::ThrowsMessage;
 
 constexpr float kHalfTurn = std::numbers::pi_v<float>;
 

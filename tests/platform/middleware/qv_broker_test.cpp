@@ -16,15 +16,12 @@
 namespace QV {
 namespace {
 
-using test::errorOf;
-
 boost::shared_ptr<QVModule> makeModule(const std::string& name) {
   return boost::make_shared<QVModule>(name);
 }
 
 /** A broker with the module "Test", whose methods are bound by the test. */
-class QVBrokerTest : public testing::Test {
- protected:
+struct QVBrokerTest : testing::Test {
   QVProxy proxy() {
     sut->registerModule(module);
     return QVProxy(sut, "Test");

@@ -15,8 +15,6 @@
 namespace QV {
 namespace {
 
-using test::errorOf;
-
 constexpr auto kMaxInt = std::numeric_limits<std::int64_t>::max();
 constexpr auto kMinInt = std::numeric_limits<std::int64_t>::min();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();

@@ -5,15 +5,12 @@
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-
 #include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::Model {
 namespace {
 
-using testing::ElementsAre;
-using testing::HasSubstr;
 using testing::Key;
 using testing::Pair;
 

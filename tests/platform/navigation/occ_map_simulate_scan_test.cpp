@@ -6,9 +6,8 @@
 #include <numbers>
 #include <random>
 
-#include <gmock/gmock.h>
-
 #include "tests/support/sampled_ray.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {
@@ -18,7 +17,6 @@ using Math::SensorFieldOfView2D;
 using test::agreesWithSamples;
 using testing::Each;
 using testing::Field;
-using testing::SizeIs;
 
 typedef std::vector<RangeReading> Readings;
 
@@ -116,8 +114,7 @@ TEST(ScanFan, reusesTheVectorOfReadings) {
   EXPECT_THAT(readings, SizeIs(80));
 }
 
-class ScanInARoom : public testing::Test {
- protected:
+struct ScanInARoom : testing::Test {
   const OccupancyMap map = draw({"########",  //
                                  "#......#",  //
                                  "#......#",  //

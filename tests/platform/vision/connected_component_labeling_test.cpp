@@ -14,8 +14,6 @@
 namespace QV::vision {
 namespace {
 
-using test::errorOf;
-
 typedef cv::Mat_<std::uint16_t> Depth;
 
 constexpr int kMaxDifference = 100;

@@ -7,8 +7,6 @@
 namespace QV {
 namespace {
 
-using test::errorOf;
-
 QVValue imageValue(int width, int height, int colorSpace, std::size_t bytes) {
   return QVValue::array(width, height, colorSpace, 1234, QVValue::Bytes(bytes, 7));
 }

@@ -10,10 +10,6 @@
 namespace QV::robot {
 namespace {
 
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::ElementsAre;
-
 /** Two sensors, one with a time key, and a robot that drives an arc. */
 Recording makeRecording() {
   Recording recording;
@@ -26,8 +22,7 @@ Recording makeRecording() {
   return recording;
 }
 
-class LogReplayTest : public test::FakeRobotTest {
- protected:
+struct LogReplayTest : test::FakeRobotTest {
   boost::shared_ptr<MotionService> body = boost::make_shared<MotionService>(
       Model::ModelUtils::robotFromXml(makeRecording().toDescription()));
 };

@@ -1,7 +1,5 @@
 #include "robot/services/device_manager.h"
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/dcm_proxy.h"
 #include "platform/middleware/qv_error.h"
@@ -9,21 +7,17 @@
 #include "tests/support/broker_with_memory.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
-
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::ElementsAre;
 
 constexpr std::int64_t kWrapMs = std::int64_t{1} << 31;
 
 /** A value and its time, in milliseconds from now. */
 typedef std::pair<QVValue, int> Timed;
 
-class DeviceManagerTest : public testing::Test {
- protected:
+struct DeviceManagerTest : testing::Test {
   DeviceManagerTest() {
     broker->registerModule(manager);
     dcm = boost::make_shared<DCMProxy>(broker);

@@ -8,10 +8,7 @@
 namespace QV::robot {
 namespace {
 
-using boost::chrono::milliseconds;
-
-class LaserModeActuatorTest : public test::FakeRobotTest {
- protected:
+struct LaserModeActuatorTest : test::FakeRobotTest {
   void command(const QVValue& mode) {
     const DCMProxy dcm(broker);
     dcm.set(QVValue::array("actuator", "ClearAll",

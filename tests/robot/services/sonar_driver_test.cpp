@@ -13,10 +13,6 @@
 namespace QV::robot {
 namespace {
 
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::ElementsAre;
-
 Model::Robot robotOfKind(int kind) {
   return Model::ModelUtils::robotFromXml(
       "<robot name='r'><kind code='" + std::to_string(kind) +
@@ -29,8 +25,7 @@ Model::Robot robotOfKind(int kind) {
       "<sensor name='Laser' type='8'><memory_key>laser</memory_key></sensor></robot>");
 }
 
-class SonarDriverTest : public test::FakeRobotTest {
- protected:
+struct SonarDriverTest : test::FakeRobotTest {
   SonarDriverTest() {
     memory.insertData("left", 0.0f);
     memory.insertData("right", 0.0f);

@@ -7,7 +7,6 @@
 #include <thread>
 
 #include <boost/make_shared.hpp>
-#include <gmock/gmock.h>
 
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/qv_broker.h"
@@ -15,21 +14,17 @@
 #include "platform/vision/qv_image.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
-
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::ElementsAre;
 
 constexpr int kCamera = 2;
 constexpr int kQVGA = 8;
 constexpr int kVGA = 12;
 constexpr int kDepth = 17;
 
-class VideoDeviceTest : public testing::Test {
- protected:
+struct VideoDeviceTest : testing::Test {
   VideoDeviceTest() {
     broker->registerModule(device);
     device->addCamera(camera([this](cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point) {

@@ -5,8 +5,6 @@
 #include <optional>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/dcm_proxy.h"
 #include "platform/middleware/qv_memory_proxy.h"
@@ -18,23 +16,17 @@
 #include "tests/robot/world/room.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
-
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 constexpr float kFree = 5.0f;
 const std::string kPeople = "PeoplePerception/PeopleDetected";
 
 /** The module that listens, and the events that it got. */
-class Listener : public QVModule {
- public:
+struct Listener : QVModule {
   Listener() : QVModule("QVNavigation") {
     bindMethod("hear", [this](const std::string&, const QVValue& value, const std::string&) {
       heard.push_back(value);
@@ -44,8 +36,7 @@ class Listener : public QVModule {
 };
 
 /** Porter in a room of 10 m by 6 m; `world` may be changed before the first use of robot(). */
-class EmbeddedRobotTest : public testing::Test {
- protected:
+struct EmbeddedRobotTest : testing::Test {
   EmbeddedRobotTest() { world.start = {5.0f, 3.0f, 0.0f}; }
 
   EmbeddedRobot& robot() {
@@ -295,8 +286,7 @@ TEST_F(EmbeddedRobotTest, theDepthCameraShowsTheWallAhead) {
 }
 
 /** A run's last readings of all families of ranges. */
-class SeededRun : public EmbeddedRobotTest {
- protected:
+struct SeededRun : EmbeddedRobotTest {
   std::vector<float> readings(std::uint64_t seed) {
     sut.reset();
     listener = boost::make_shared<Listener>();

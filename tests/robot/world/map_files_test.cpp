@@ -6,20 +6,17 @@
 #include <functional>
 #include <stdexcept>
 
-#include <gmock/gmock.h>
 #include <opencv2/imgcodecs.hpp>
 #include <rapidcheck/gtest.h>
 
 #include "tests/support/temporary_folder.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
 
-using testing::ElementsAre;
 using testing::EndsWith;
 using testing::FloatEq;
-using testing::HasSubstr;
-using testing::ThrowsMessage;
 
 /** A map's YAML, one key a line, in the order of the lines that error texts name. */
 struct Yaml {
@@ -38,8 +35,7 @@ struct Yaml {
   }
 };
 
-class MapFilesTest : public testing::Test {
- protected:
+struct MapFilesTest : testing::Test {
   OccupancyMap load(const Yaml& yaml) { return loadMap(folder.write("map.yaml", yaml.text())); }
 
   /** The occupancies of a P2 image of one row. */

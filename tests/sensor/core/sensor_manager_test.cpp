@@ -2,21 +2,15 @@
 
 #include <stdexcept>
 
-#include <gmock/gmock.h>
-
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::sensor {
 namespace {
 
-using test::namesOf;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 /** Two sonars and a touch sensor. */
-class SensorManagerTest : public testing::Test {
- protected:
+struct SensorManagerTest : testing::Test {
   SensorManagerTest() {
     sut.add("Right", "Sonar");
     sut.add("Touch", "Touch");

@@ -4,19 +4,15 @@
 #include <stdexcept>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "tests/support/fake_sensor.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::sensor {
 namespace {
 
 using test::FakeSensor;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
-class SensorTest : public testing::Test {
- protected:
+struct SensorTest : testing::Test {
   FakeSensor sut{"Left", "Sonar"};
 };
 

@@ -3,8 +3,6 @@
 #include <latch>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/middleware/scoped_module.h"
@@ -13,22 +11,14 @@
 #include "tests/support/log_capture.h"
 #include "tests/support/porter.h"
 #include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::sensor {
 namespace {
 
-using boost::chrono::milliseconds;
-using test::errorOf;
-using test::namesOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
-
 typedef std::vector<std::string> Names;
 
-class NavigationModuleTest : public testing::Test {
- protected:
+struct NavigationModuleTest : testing::Test {
   void host() {
     sut = boost::make_shared<NavigationModule>(broker);
     hosting.emplace(broker, sut);

@@ -9,11 +9,6 @@
 namespace QV::sensor {
 namespace {
 
-using boost::chrono::milliseconds;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
-
 TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
   make();
   fill({160, 20, 32, 24}, 15000);  // 768 pixels, as few as are kept.

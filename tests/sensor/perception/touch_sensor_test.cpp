@@ -9,11 +9,6 @@
 namespace QV::sensor {
 namespace {
 
-using test::errorOf;
-using test::namesOf;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 const Math::SensorFieldOfView2D kTouchView(0.1f, 0.5f, 1.0f, 3);
 const std::string kCategory = "Navigation.TouchSensor.";
 
@@ -24,8 +19,7 @@ QVValue released(const char* group) {
   return QVValue::array(group, false);
 }
 
-class TouchSensorTest : public test::FakeRobotTest {
- protected:
+struct TouchSensorTest : test::FakeRobotTest {
   TouchSensorTest() {
     navigation->bindMethod("_onTouchChanged", [this](const std::string& event, const QVValue& value,
                                                      const std::string& module) {

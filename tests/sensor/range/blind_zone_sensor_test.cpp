@@ -8,18 +8,10 @@
 namespace QV::sensor {
 namespace {
 
-using test::errorOf;
-using test::kInf;
-using test::kNan;
-using testing::ElementsAre;
-using testing::FloatNear;
-using testing::IsEmpty;
-
 const Math::SensorFieldOfView2D kBlindZoneView(0.3f, 1.5f, 0.5f, 1);
 const std::string kBlindZoneError = "error Navigation.BlindZoneSensor.";
 
-class BlindZoneSensorTest : public test::FakeRobotTest {
- protected:
+struct BlindZoneSensorTest : test::FakeRobotTest {
   BlindZoneSensorTest() {
     const auto listener = boost::make_shared<QVModule>("listener");
     listener->bindMethod("hear", [this](const std::string&, const QVValue& value,

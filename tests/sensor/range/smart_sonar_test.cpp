@@ -12,11 +12,6 @@
 namespace QV::sensor {
 namespace {
 
-using test::errorOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::IsEmpty;
-
 constexpr double kQuarterTurn = std::numbers::pi / 2;
 
 // A forearm with a ball at its end: left of the sonar's axis at rest, on it when turned back.
@@ -28,8 +23,7 @@ const std::string kOneArm = R"(<robot name="r"><link name="torso"/><link name="a
   <sensor name="Front" type="9"><memory_key>range</memory_key></sensor></robot>)";
 
 /** A robot of kind 0 whose body and driver are those of a description. */
-class SmartSonarTest : public test::FakeRobotTest {
- protected:
+struct SmartSonarTest : test::FakeRobotTest {
   void describe(const std::string& xml) {
     const Model::Robot model = Model::ModelUtils::robotFromXml(xml);
     body = boost::make_shared<robot::MotionService>(model);

@@ -8,18 +8,12 @@
 namespace QV::sensor {
 namespace {
 
-using test::errorOf;
-using test::kInf;
-using test::kNan;
-using testing::ElementsAre;
-using testing::IsEmpty;
 using testing::NanSensitiveFloatEq;
 
 const std::string kWarning = "warning Navigation.SonarSensor.";
 const std::string kUnreachable = ": Unable to reach QVSonar module: \n";
 
-class SonarSensorTest : public test::FakeRobotTest {
- protected:
+struct SonarSensorTest : test::FakeRobotTest {
   SonarSensor makeSonar(const std::vector<std::string>& keys, bool subscribeToModule) {
     return SonarSensor("Front", "Sonar", Math::SensorFieldOfView2D(0.25f, 2.5f, 0.96f, 1), keys,
                        broker, subscribeToModule);

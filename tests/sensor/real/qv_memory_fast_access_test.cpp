@@ -2,20 +2,15 @@
 
 #include <memory>
 
-#include <gmock/gmock.h>
-
 #include "platform/middleware/qv_error.h"
 #include "tests/support/broker_with_memory.h"
 #include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {
 
-using test::errorOf;
-using testing::ElementsAre;
-
-class QVMemoryFastAccessTest : public testing::Test {
- protected:
+struct QVMemoryFastAccessTest : testing::Test {
   std::vector<float> floats() const {
     std::vector<float> values{-1, -1};
     sut.GetValues(values);

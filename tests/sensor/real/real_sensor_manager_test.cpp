@@ -13,16 +13,6 @@
 namespace QV::sensor {
 namespace {
 
-using boost::chrono::milliseconds;
-using test::namesOf;
-using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::SizeIs;
-
 typedef std::map<std::string, std::string> Properties;
 
 const std::string kCategory = "Navigation.RealSensorManager.";
@@ -52,8 +42,7 @@ Properties with(Properties properties, const Properties& more) {
   return properties;
 }
 
-class RealSensorManagerTest : public test::FakeRobotTest {
- protected:
+struct RealSensorManagerTest : test::FakeRobotTest {
   RealSensorManagerTest() {
     const auto video = boost::make_shared<robot::VideoDevice>();
     video->addCamera({2, "DepthCamera", 7, 1.0f, 0.8f,

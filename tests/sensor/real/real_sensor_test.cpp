@@ -8,11 +8,7 @@
 namespace QV::sensor {
 namespace {
 
-using boost::chrono::milliseconds;
 using Math::MetricalData;
-using test::errorOf;
-using test::kNan;
-using testing::ElementsAre;
 
 const Math::SensorFieldOfView2D kFieldOfView(0.2f, 3.0f, 1.0f, 1);
 const std::string kGuard = "warning Navigation.RealSensor.xCorrectMetricalDataWithTimestamp: ";
@@ -35,8 +31,7 @@ class PlainRealSensor : public RealSensor {
   bool xUnsubscribeFromHardware() override { return true; }
 };
 
-class RealSensorTest : public test::FakeRobotTest {
- protected:
+struct RealSensorTest : test::FakeRobotTest {
   /** A record of time 0, one point, somewhere. */
   static MetricalData oldRecord(const std::string& name) {
     const auto place = Math::Transform::fromPosition({5.0f, 6.0f, 7.0f});

@@ -5,19 +5,14 @@
 #include <numbers>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/vocabulary.h"
 #include "tests/support/walled_map.h"
 
 namespace QV::sensor {
 namespace {
-
-using test::namesOf;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
@@ -123,8 +118,7 @@ TEST(SimulatedSensorManager, stampsRecordsWithTheClock) {
 }
 
 /** Lets a test slip a sensor in that is not simulated, or none. */
-class MixedManager : public SimulatedSensorManager {
- public:
+struct MixedManager : SimulatedSensorManager {
   MixedManager(OccupancyMap* map, const boost::shared_ptr<Sensor>& radar)
       : SimulatedSensorManager(1, map) {
     sensors["Radar"] = radar;

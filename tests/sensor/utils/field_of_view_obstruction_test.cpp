@@ -11,10 +11,6 @@ namespace QV::sensor {
 namespace {
 
 using Math::Transform;
-using test::errorOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
@@ -38,8 +34,7 @@ std::shared_ptr<Model::CollisionShape> ball(const std::string& joint, const Tran
 }
 
 /** A robot whose model hands out `description`. */
-class ObstructionTest : public test::FakeRobotTest {
- protected:
+struct ObstructionTest : test::FakeRobotTest {
   ObstructionTest() {
     const auto model = boost::make_shared<QVModule>("QVRobotModel");
     model->bindMethod("getConfig", [this] { return description; });
