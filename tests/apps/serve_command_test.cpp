@@ -3,7 +3,6 @@
 #include <string>
 #include <unistd.h>
 
-#include "tests/apps/run_program.h"
 #include "tests/support/child_process.h"
 #include "tests/support/socket_client.h"
 #include "tests/support/vocabulary.h"
@@ -58,15 +57,6 @@ TEST_F(ServeTest, aPageSeesAndDrivesTheRobotUntilASignalEndsIt) {
     process.signal(signal);
     EXPECT_EQ(process.awaitEnd(), 128 + signal);
   }
-}
-
-TEST_F(ServeTest, aPortInUseIsOneLine) {
-  start();
-  const Result result = run({"serve", "--port", std::to_string(port)});
-  EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.out, "");
-  EXPECT_EQ(result.error, "qvsensors: --port: can't listen at 127.0.0.1, port " +
-                              std::to_string(port) + ": Address already in use\n");
 }
 
 }  // namespace

@@ -138,19 +138,6 @@ TEST(IsIntersectionConeShape, aBodyInsideTheOtherIntersects) {
   }
 }
 
-TEST(IsIntersectionConeShape, theConeEndsFlatAndDoesNotReachBehindItsApex) {
-  const auto meets = [](const Position3D& centre) {
-    return isIntersectionConeShape({1, 0, 0}, {0, 0, 7}, kPi / 4, Sphere{0.1f},
-                                   Transform::fromPosition(centre), 1.0f);
-  };
-  EXPECT_TRUE(meets({1, 0, 1.099f}));
-  EXPECT_FALSE(meets({1, 0, 1.101f}));
-  // A round end of the same length would leave this corner out.
-  EXPECT_TRUE(meets({1.95f, 0, 1.0f}));
-  EXPECT_FALSE(meets({1, 0, -0.101f}));
-  EXPECT_FALSE(meets({1, 0, -1.0f}));
-}
-
 TEST(IsIntersectionConeShape, refusesWhatItCannotCompute) {
   Transform sheared;
   sheared(0, 1) = 0.2f;

@@ -119,14 +119,6 @@ TEST(RobotFromXml, keepsEveryShapeUnderItsJointAlsoThoseThatNothingCanTest) {
   EXPECT_EQ(chest.getTransform(), Math::Transform::fromPosition({0, 0, 1}));
 }
 
-TEST(RobotFromXml, oneLinkIsARobot) {
-  const Robot robot = ModelUtils::robotFromXml(R"(<robot name="r"><link name="a"/></robot>)");
-  EXPECT_EQ(robot.kindCode, 0);
-  EXPECT_EQ(robot.rootLink, "a");
-  EXPECT_EQ(robot.bodyLink, "a");
-  EXPECT_TRUE(robot.joints.empty() && robot.sensorConfigs.empty());
-}
-
 std::string joint(const std::string& name, const std::string& parent, const std::string& child,
                   const std::string& inside = "", const std::string& type = "continuous") {
   return "<joint name='" + name + "' type='" + type + "'><parent link='" + parent +

@@ -2,7 +2,6 @@
 
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/dcm_proxy.h"
-#include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "tests/support/broker_with_memory.h"
 #include "tests/support/log_capture.h"
@@ -45,15 +44,6 @@ struct DeviceManagerTest : testing::Test {
   QVMemoryProxy memory{broker};
   std::vector<std::string> happened;
 };
-
-TEST_F(DeviceManagerTest, countsMillisecondsThatWrap) {
-  time.advanceTo(ko::Clock::time_point(milliseconds(kWrapMs - 1)));
-  EXPECT_EQ(dcm->getTime(0), 2147483647);
-  EXPECT_EQ(dcm->getTime(-7), 2147483640);
-  EXPECT_EQ(dcm->getTime(1), -2147483647 - 1);
-  time.advance(milliseconds(2));
-  EXPECT_EQ(dcm->getTime(0), -2147483647);
-}
 
 TEST_F(DeviceManagerTest, whatIsDueTakesEffectBeforeSetReturns) {
   time.advance(milliseconds(100));
@@ -146,16 +136,6 @@ TEST_F(DeviceManagerTest, aMalformedCommandIsRefusedWhole) {
   }
   time.advance(milliseconds(10));
   EXPECT_THAT(happened, ElementsAre());
-}
-
-TEST_F(DeviceManagerTest, aHandlerTakesTheKeyOverUntilItIsTakenBack) {
-  record("a");
-  set("a", "Merge", {{1.0f, 0}});
-  EXPECT_THROW(memory.getData("a"), QVError);
-  manager->setActuatorHandler("a", {});
-  set("a", "Merge", {{2.0f, 0}});
-  EXPECT_THAT(happened, ElementsAre("a=1.0@0"));
-  EXPECT_EQ(memory.getData("a"), QVValue(2.0f));
 }
 
 TEST_F(DeviceManagerTest, aHandlerMaySetOtherActuators) {

@@ -3,6 +3,7 @@
 #include <optional>
 
 #include "platform/middleware/dcm_proxy.h"
+#include "platform/middleware/qv_error.h"
 #include "tests/support/fake_robot.h"
 
 namespace QV::robot {
@@ -53,6 +54,7 @@ TEST_F(LaserModeActuatorTest, itMayNeverShow) {
 
 TEST_F(LaserModeActuatorTest, itsEndGivesTheActuatorBack) {
   command(5.0f);
+  EXPECT_THROW(memory.getData("actuator"), QVError);
   sut.reset();
   EXPECT_EQ(modeIn(100), QVValue(0));
   command(5.0f);

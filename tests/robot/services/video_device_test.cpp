@@ -60,14 +60,6 @@ struct VideoDeviceTest : testing::Test {
   int captured = 0;
 };
 
-TEST_F(VideoDeviceTest, tellsAboutItsCameras) {
-  EXPECT_EQ(proxy->getCameraModel(kCamera), 7);
-  EXPECT_EQ(proxy->getCameraName(kCamera), "DepthCamera");
-  EXPECT_EQ(proxy->getHorizontalFOV(kCamera), 1.0f);
-  EXPECT_EQ(proxy->getVerticalFOV(kCamera), 0.8f);
-  EXPECT_EQ(errorOf([&] { proxy->getCameraName(3); }), "QVVideoDevice::getCameraName: no camera 3");
-}
-
 TEST_F(VideoDeviceTest, aFrameCarriesItsSizeAndTime) {
   time.advance(ko::Duration(1'234'567'891));
   const auto image = QVImage::fromQVValue(proxy->getImageRemote(subscribe(10, kVGA)));

@@ -67,6 +67,7 @@ TEST_F(NavigationModuleTest, answersWhatItsManagerAnswers) {
   sensors.call<bool>("subscribe", "me", "Touch");
   EXPECT_TRUE(sensors.call<bool>("enableSensorOrFamily", "Sonar", false));
   EXPECT_TRUE(sensors.call<bool>("setSensorDiagnosis", "HoleLaser", false));
+  sensors.callVoid("setSensorsDebug", false);
   EXPECT_FALSE(sensors.call<bool>("isSensorEnabled", "BackSonar"));
   EXPECT_FALSE(sensors.call<bool>("isSensorDiagnosisSuccess", "HoleLaser"));
   EXPECT_TRUE(sensors.call<bool>("isSensorSubscribedBy", "Touch", "me"));
@@ -82,6 +83,7 @@ TEST_F(NavigationModuleTest, answersWhatItsManagerAnswers) {
   EXPECT_THAT(sensors.call<Names>("getSensorList"), SizeIs(11));
   EXPECT_EQ(sensors.call<float>("getKindParameter"), 0.0f);
   sensors.callVoid("setSensorsDebug", true);
+  sensors.callVoid("setSensorsDebug", false);
   EXPECT_TRUE(sensors.call<bool>("isSensorEnabled", "BackSonar"));
   time.advance(milliseconds(100));
   EXPECT_EQ(recordsFromQVValue(sensors.call<QVValue>("getAllMetricalData")),

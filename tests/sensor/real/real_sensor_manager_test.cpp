@@ -212,16 +212,5 @@ TEST_F(RealSensorManagerTest, refreshesAtOnceAndEvery100msWhileASensorIsStarted)
   EXPECT_THAT(broker->callsTo("QVMotion"), SizeIs(calls));
 }
 
-TEST_F(RealSensorManagerTest, debuggingEnablesEverySensorAndItsEndDisablesNone) {
-  make(sonarElement("Front") + sonarElement("Back"));
-  sut->enableSensorOrFamily("Sonar", false);
-  sut->setSensorsDebug(false);
-  EXPECT_THAT(sut->getEnabledSensorList(), IsEmpty());
-  sut->setSensorsDebug(true);
-  EXPECT_THAT(sut->getEnabledSensorList(), ElementsAre("Back", "Front"));
-  sut->setSensorsDebug(false);
-  EXPECT_THAT(sut->getEnabledSensorList(), SizeIs(2));
-}
-
 }  // namespace
 }  // namespace QV::sensor
