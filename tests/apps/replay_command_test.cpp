@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <string>
 #include <vector>
 
@@ -49,30 +48,20 @@ TEST_F(ReplayTest, writesRecordsWithThePoseOfTheRobot) {
 
 TEST_F(ReplayTest, badLogsAreOneLineThatNamesThem) {
   const auto alone = folder.write("alone", kRanges);
-  struct Case {
-    std::vector<std::string> arguments;
-    std::string expected;
-  };
-  const Case cases[] = {
-      {{folder / "none"}, "none: a readable file expected"},
-      {{folder.write("empty", "\n")}, "empty: no FLASER line found"},
-      {{folder.write("odd", "\n\x7f\x45LF")}, "odd: line 2: FLASER or ODOM expected"},
-      {{alone}, "alone: a sonar log goes with a file of poses; name it with --poses"},
-      {{alone, "--poses", folder.write("late", "100 0 0 0\n351 0 0 0\n")},
+  const BadInput cases[] = {
+      {{"replay", folder / "none"}, "none: a readable file expected"},
+      {{"replay", folder.write("empty", "\n")}, "empty: no FLASER line found"},
+      {{"replay", folder.write("odd", "\n\x7f\x45LF")}, "odd: line 2: FLASER or ODOM expected"},
+      {{"replay", alone}, "alone: a sonar log goes with a file of poses; name it with --poses"},
+      {{"replay", alone, "--poses", folder.write("late", "100 0 0 0\n351 0 0 0\n")},
        "late: line 2: the time"},
-      {{folder.write("swapped", kPoses), "--poses", alone}, "swapped: line 1: 9 words expected"},
-      {{alone, "--poses", folder.write("good", kPoses), "-o", folder / "no/r.jsonl"},
+      {{"replay", folder.write("swapped", kPoses), "--poses", alone},
+       "swapped: line 1: 9 words expected"},
+      {{"replay", alone, "--poses", folder.write("good", kPoses), "-o", folder / "no/r.jsonl"},
        "r.jsonl: can't be written"},
-      {{}, "LOG is required"},
+      {{"replay"}, "LOG is required"},
   };
-  for (const Case& c : cases) {
-    std::vector<std::string> arguments = c.arguments;
-    arguments.insert(arguments.begin(), "replay");
-    const Result result = run(arguments);
-    EXPECT_EQ(result.status, 2) << c.expected;
-    EXPECT_THAT(result.error, HasSubstr(c.expected));
-    EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
-  }
+  for (const BadInput& c : cases) expectRefused(c);
 }
 
 }  // namespace

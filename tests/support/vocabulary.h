@@ -1,5 +1,8 @@
 #pragma once
 
+#include <exception>
+#include <string>
+
 #include <boost/chrono.hpp>
 #include <gmock/gmock.h>
 
@@ -18,5 +21,16 @@ using testing::Not;
 using testing::SizeIs;
 using testing::StartsWith;
 using testing::ThrowsMessage;
+
+/** The text of the standard exception that `run` throws, or nothing. */
+template <typename F>
+std::string errorOf(F run) {
+  try {
+    run();
+  } catch (const std::exception& error) {
+    return error.what();
+  }
+  return std::string();
+}
 
 }  // namespace QV

@@ -1,7 +1,5 @@
 #include "apps/live/foxglove_feed.h"
 
-#include <cstring>
-
 #include "apps/run/simulated_run.h"
 #include "tests/apps/live/fake_client.h"
 #include "tests/robot/world/room.h"

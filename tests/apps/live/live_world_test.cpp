@@ -8,7 +8,6 @@
 #include "apps/shared_files.h"
 #include "tests/robot/world/room.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::app {

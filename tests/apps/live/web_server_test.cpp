@@ -5,7 +5,6 @@
 
 #include "apps/live/web_guard.h"
 #include "tests/support/socket_client.h"
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::app {
@@ -185,12 +184,12 @@ TEST_F(WebServerTest, saysGoodbyeWhenItEnds) {
   sut.reset();
   EXPECT_EQ(client.readFrame()->payload, "\x03\xe9");  // 1001.
   kept->send({std::make_shared<const std::string>("to nobody")});
-  EXPECT_EQ(test::errorOf([&] { SocketClient late(port); }), "can't connect");
+  EXPECT_EQ(errorOf([&] { SocketClient late(port); }), "can't connect");
 }
 
 TEST_F(WebServerTest, saysWhereItCannotListen) {
   const auto listen = [&](const std::string& address, unsigned short port) {
-    return test::errorOf([&] { WebServer({address, port}, {}, handler); });
+    return errorOf([&] { WebServer({address, port}, {}, handler); });
   };
   const std::string port = std::to_string(sut->getPort());
   EXPECT_EQ(listen("127.0.0.1", sut->getPort()),
@@ -230,7 +229,7 @@ TEST(WebGuard, letsInOnlyItsOwnAddressesAndTheOriginsThatItIsTold) {
     EXPECT_EQ(sut.findFault(host, origin).empty(), passes)
         << address << ' ' << host << ' ' << origin;
   }
-  EXPECT_EQ(test::errorOf([] { WebGuard("::1", {"viewer.example"}); }),
+  EXPECT_EQ(errorOf([] { WebGuard("::1", {"viewer.example"}); }),
             "--allow-origin: an origin such as https://viewer.example expected, "
             "\"viewer.example\" given");
 }

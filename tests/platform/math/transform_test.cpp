@@ -5,6 +5,7 @@
 #include <stdexcept>
 #include <type_traits>
 
+#include <gmock/gmock.h>
 #include <rapidcheck/gtest.h>
 
 #include "platform/math/metrical_data.h"

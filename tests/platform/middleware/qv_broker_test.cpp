@@ -5,13 +5,11 @@
 #include <stdexcept>
 #include <thread>
 
-#include <gtest/gtest.h>
-
 #include "platform/middleware/dcm_proxy.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/middleware/qv_motion_proxy.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {

@@ -6,11 +6,10 @@
 #include <set>
 #include <sstream>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <rapidcheck/gtest.h>
 
-#include "platform/middleware/qv_error.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {

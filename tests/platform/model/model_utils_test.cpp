@@ -5,7 +5,6 @@
 #include <string>
 #include <vector>
 
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::Model {
@@ -212,17 +211,16 @@ TEST(RobotFromXml, saysWhereADescriptionIsMalformedAndWhatWasExpected) {
       {robotWith(sensor("<memorykey>k</memorykey>")), "<memorykey>: <property>, <memory_key>,"},
   };
   for (const Case& c : cases) {
-    EXPECT_THAT(test::errorOf([&] { ModelUtils::robotFromXml(c.xml); }), HasSubstr(c.text))
-        << c.xml;
+    EXPECT_THAT(errorOf([&] { ModelUtils::robotFromXml(c.xml); }), HasSubstr(c.text)) << c.xml;
   }
 }
 
 TEST(RobotFromXml, isNotBroughtDownByDepthOrSize) {
   std::string nested;
   for (int i = 0; i < 200'000; ++i) nested += "<a>";
-  EXPECT_THAT(test::errorOf([&] { ModelUtils::robotFromXml("<robot name='r'>" + nested); }),
+  EXPECT_THAT(errorOf([&] { ModelUtils::robotFromXml("<robot name='r'>" + nested); }),
               HasSubstr("DEPTH_EXCEEDED"));
-  EXPECT_THAT(test::errorOf([] { ModelUtils::robotFromXml(std::string(17 << 20, ' ')); }),
+  EXPECT_THAT(errorOf([] { ModelUtils::robotFromXml(std::string(17 << 20, ' ')); }),
               HasSubstr("at most 16777216 bytes expected, 17825792 given"));
 
   const std::size_t joints = 50'000;

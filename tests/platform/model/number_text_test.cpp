@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 #include <locale>
-#include <string>
 
 #include <gtest/gtest.h>
 

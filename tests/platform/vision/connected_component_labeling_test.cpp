@@ -8,8 +8,8 @@
 #include "platform/vision/component_labeler.h"
 #include "tests/support/depth_frames.h"
 #include "tests/support/flood_fill.h"
-#include "tests/support/throws.h"
 #include "tests/support/vector_targets.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::vision {
 namespace {

@@ -1,8 +1,6 @@
 #include "platform/vision/qv_image.h"
 
-#include <gmock/gmock.h>
-
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {

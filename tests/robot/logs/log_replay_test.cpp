@@ -5,7 +5,6 @@
 #include "platform/model/model_utils.h"
 #include "robot/services/motion_service.h"
 #include "tests/support/fake_robot.h"
-#include "tests/support/throws.h"
 
 namespace QV::robot {
 namespace {

@@ -4,7 +4,6 @@
 
 #include "platform/model/model_utils.h"
 #include "tests/support/temporary_folder.h"
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::robot {

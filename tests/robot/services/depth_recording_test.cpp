@@ -5,7 +5,6 @@
 #include <opencv2/imgcodecs.hpp>
 
 #include "tests/support/temporary_folder.h"
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::robot {

@@ -5,7 +5,6 @@
 #include "platform/middleware/qv_memory_proxy.h"
 #include "tests/support/broker_with_memory.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::robot {
@@ -44,16 +43,6 @@ struct DeviceManagerTest : testing::Test {
   QVMemoryProxy memory{broker};
   std::vector<std::string> happened;
 };
-
-TEST_F(DeviceManagerTest, whatIsDueTakesEffectBeforeSetReturns) {
-  time.advance(milliseconds(100));
-  set("led", "Merge", {{0.25f, -10}, {0.5f, 0}, {0.75f, 1}});
-  EXPECT_EQ(memory.getData("led"), QVValue(0.5f));
-  time.advance(ko::Duration(999'999));
-  EXPECT_EQ(memory.getData("led"), QVValue(0.5f));
-  time.advance(ko::Duration(1));
-  EXPECT_EQ(memory.getData("led"), QVValue(0.75f));
-}
 
 TEST_F(DeviceManagerTest, valuesTakeEffectInOrderOfTimeAndThenOfSetting) {
   record("a");

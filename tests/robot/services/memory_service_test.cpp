@@ -11,7 +11,6 @@
 #include "platform/middleware/qv_memory_proxy.h"
 #include "tests/support/broker_with_memory.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::robot {

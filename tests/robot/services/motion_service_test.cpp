@@ -14,7 +14,6 @@
 #include "platform/middleware/qv_motion_proxy.h"
 #include "platform/model/model_utils.h"
 #include "tests/support/real_data.h"
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::robot {

@@ -5,10 +5,8 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/middleware/qv_error.h"
 #include "platform/model/model_utils.h"
 #include "tests/support/fake_robot.h"
-#include "tests/support/throws.h"
 
 namespace QV::robot {
 namespace {

@@ -13,7 +13,6 @@
 #include "platform/middleware/qv_video_device_proxy.h"
 #include "platform/vision/qv_image.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::robot {
@@ -182,14 +181,6 @@ TEST(VideoDevice, aClockThatWentBackIsNoReasonToShowAnOldImage) {
     proxy.getImageRemote(handle);
   }
   EXPECT_EQ(captured, 2);
-}
-
-TEST_F(VideoDeviceTest, anEmptyFrameIsNoImageYet) {
-  replaceSource([](cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point) { depth.release(); });
-  const std::string handle = subscribe();
-  EXPECT_FALSE(proxy->getImageRemote(handle).isValid());
-  EXPECT_FALSE(proxy->getImageRemote(handle).isValid());
-  EXPECT_THAT(log.lines(), ElementsAre());
 }
 
 TEST_F(VideoDeviceTest, whatFailsIsToldToTheClientWhichKeepsItsHandle) {

@@ -2,7 +2,6 @@
 
 #include "robot/world/embedded_robot.h"
 #include "tests/robot/world/room.h"
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::robot {

@@ -3,9 +3,9 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <stdexcept>
 
+#include <gmock/gmock.h>
 #include <opencv2/imgcodecs.hpp>
 #include <rapidcheck/gtest.h>
 
@@ -103,6 +103,7 @@ TEST_F(MapFilesTest, theSamePictureReadsTheSameInEveryFormat) {
     folder.write(name, bytes);
     expectSame(name);
   }
+  expectSame(folder / "p5.pgm");
   for (const int channels : {1, 3, 4}) {
     cv::Mat image(2, 3, CV_8UC(channels), cv::Scalar::all(0));
     for (int i = 0; i < 6; ++i) {
@@ -126,16 +127,6 @@ TEST_F(MapFilesTest, aColourCountsAsTheMeanOfItsChannels) {
   yaml.free = "0";
   yaml.more = "mode: scale";
   EXPECT_THAT(load(yaml).getCells(), ElementsAre(FloatEq(2.0f / 3), FloatEq(2.0f / 3)));
-}
-
-TEST_F(MapFilesTest, theImageIsFoundFromTheFolderOfTheYaml) {
-  std::filesystem::create_directories(folder / "maps/images");
-  folder.write("maps/images/a.pgm", "P2 1 1 255 0");
-  Yaml yaml;
-  yaml.image = "images/a.pgm";
-  EXPECT_THAT(loadMap(folder.write("maps/map.yaml", yaml.text())).getCells(), ElementsAre(1.0f));
-  yaml.image = folder / "maps/images/a.pgm";
-  EXPECT_THAT(load(yaml).getCells(), ElementsAre(1.0f));
 }
 
 TEST_F(MapFilesTest, numbersComeInAllTheirForms) {
@@ -261,26 +252,25 @@ OccupancyMap makeMap(const std::vector<float>& shades) {
   return map;
 }
 
-RC_GTEST_FIXTURE_PROP(MapFilesTest, aMapOfThreeKindsOfCellsComesBackAsItWas, ()) {
-  const OccupancyMap map = makeMap({0.0f, 0.5f, 1.0f});
+RC_GTEST_FIXTURE_PROP(MapFilesTest, aMapComesBackRoundedAndThenStays, ()) {
+  // Three kinds of cells come back as they were.
+  const bool isTrinary = *rc::gen::arbitrary<bool>();
+  std::vector<float> shades{0.0f, 0.5f, 1.0f};
+  if (!isTrinary) shades.insert(shades.end(), {0.123f, 0.4f, 0.77f});
+  const OccupancyMap map = makeMap(shades);
   const std::string path = folder / "it's a \"map\": #1.yaml";
   saveMap(map, path);
-  const OccupancyMap back = loadMap(path);
-  RC_ASSERT(back.getWidth() == map.getWidth());
-  RC_ASSERT(back.getResolution() == map.getResolution());
-  RC_ASSERT(back.getOrigin() == map.getOrigin());
-  RC_ASSERT(back.getCells() == map.getCells());
-}
-
-RC_GTEST_FIXTURE_PROP(MapFilesTest, otherOccupanciesComeBackRoundedAndThenStay, ()) {
-  const OccupancyMap map = makeMap({0.0f, 0.123f, 0.5f, 0.4f, 0.77f, 1.0f});
-  saveMap(map, folder / "first.yml");
-  const OccupancyMap first = loadMap(folder / "first.yml");
+  const OccupancyMap first = loadMap(path);
+  RC_ASSERT(first.getWidth() == map.getWidth());
+  RC_ASSERT(first.getHeight() == map.getHeight());
+  RC_ASSERT(first.getResolution() == map.getResolution());
+  RC_ASSERT(first.getOrigin() == map.getOrigin());
   for (std::size_t i = 0; i < map.getCells().size(); ++i) {
-    RC_ASSERT(std::abs(first.getCells()[i] - map.getCells()[i]) < 0.501f / 255);
+    const float change = std::abs(first.getCells()[i] - map.getCells()[i]);
+    RC_ASSERT(change <= (isTrinary ? 0.0f : 0.501f / 255));
   }
-  saveMap(first, folder / "second.yaml");
-  RC_ASSERT(loadMap(folder / "second.yaml").getCells() == first.getCells());
+  saveMap(first, folder / "second.yml");
+  RC_ASSERT(loadMap(folder / "second.yml").getCells() == first.getCells());
 }
 
 TEST(ShippedMaps, areWhatTheWriterWrites) {

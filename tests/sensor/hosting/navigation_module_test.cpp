@@ -10,7 +10,6 @@
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/porter.h"
-#include "tests/support/throws.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::sensor {

@@ -4,7 +4,6 @@
 
 #include "tests/support/fake_robot.h"
 #include "tests/support/fake_sensor.h"
-#include "tests/support/throws.h"
 
 namespace QV::sensor {
 namespace {
@@ -118,14 +117,6 @@ TEST_F(TouchSensorTest, anEventThatComesDuringAReadingWaitsForItsEnd) {
   EXPECT_THAT(touchedGroups(), ElementsAre("A", "B"));
   releasing.join();
   EXPECT_THAT(touchedGroups(), IsEmpty());
-}
-
-TEST_F(TouchSensorTest, withoutItsEventThereIsNoSensor) {
-  broker->planFailure("QVMemory.subscribeToEvent", "memory is full");
-  EXPECT_EQ(errorOf([&] { TouchSensor("Touch", "Touch", broker, kTouchView); }), "memory is full");
-  EXPECT_THAT(log.lines(),
-              ElementsAre("error " + kCategory +
-                          "TouchSensor: Error while subscribing to TouchChanged: memory is full"));
 }
 
 TEST_F(TouchSensorTest, theEventIsFollowedAllItsLifeAndNeverGivenBack) {

@@ -1,7 +1,5 @@
 #include "sensor/range/laser_sensor.h"
 
-#include <cmath>
-
 #include "robot/services/laser_mode_actuator.h"
 #include "tests/support/fake_robot.h"
 

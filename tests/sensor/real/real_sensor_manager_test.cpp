@@ -8,7 +8,6 @@
 #include "sensor/range/smart_sonar.h"
 #include "tests/support/fake_robot.h"
 #include "tests/support/fake_sensor.h"
-#include "tests/support/throws.h"
 
 namespace QV::sensor {
 namespace {
@@ -154,7 +153,7 @@ TEST_F(RealSensorManagerTest, whatCantBeBuiltIsLoggedAndItsNeighboursStand) {
 }
 
 TEST_F(RealSensorManagerTest, needsABroker) {
-  EXPECT_THAT(test::errorOf([] { RealSensorManager(nullptr); }),
+  EXPECT_THAT(errorOf([] { RealSensorManager(nullptr); }),
               HasSubstr("a broker expected, none given"));
 }
 

@@ -3,7 +3,6 @@
 #include <cmath>
 
 #include "tests/support/fake_robot.h"
-#include "tests/support/throws.h"
 
 namespace QV::sensor {
 namespace {
@@ -57,16 +56,6 @@ TEST_F(RealSensorTest, aRecordStartsWithTheSensorItsFieldOfViewAndTheDevicesTime
   }
   PlainRealSensor withKeys({"a", "b", "c"}, broker);
   EXPECT_EQ(readOf(withKeys).at(0).fieldOfView.rayCount, 3);
-}
-
-TEST_F(RealSensorTest, withoutAModuleThereIsNoSensorAndWithoutATimeNoRecord) {
-  broker->planFailure("DCM.getTime", "no clock");
-  EXPECT_EQ(errorOf([&] { readOf(sut); }), "no clock");
-  for (const std::string module : {"DCM", "QVMotion", "QVMemory"}) {
-    broker->unregisterModule(module);
-    EXPECT_EQ(errorOf([&] { PlainRealSensor({}, broker); }),
-              "QVProxy::QVProxy: no module \"" + module + "\"");
-  }
 }
 
 TEST_F(RealSensorTest, onlyRecordsOlderThanTheLimitAreReplaced) {

@@ -4,7 +4,6 @@
 #include <string>
 
 #include "tests/support/fake_robot.h"
-#include "tests/support/throws.h"
 
 namespace QV::sensor {
 namespace {
