@@ -66,9 +66,7 @@ class FakeManager : public sensor::SensorManager {
   std::vector<bool> anySensorOn;
 
   using SensorManager::xSubscribeToFamily;
-  using SensorManager::xSubscribeToSensor;
   using SensorManager::xUnsubscribeFromFamily;
-  using SensorManager::xUnsubscribeFromSensor;
   using SensorManager::xUpdateData;
 
  protected:

@@ -20,8 +20,7 @@ const Math::Pose2D kStart(5.0f, 3.0f, 0.0f);
 struct LiveWorldTest : testing::TestWithParam<bool> {
   std::unique_ptr<RobotRun> makeRobot() const {
     if (!GetParam()) return std::make_unique<SimulatedRun>(1, *test::makeRoom(), kStart);
-    robot::WorldOptions world;
-    world.start = kStart;
+    const robot::WorldOptions world{.start = kStart};
     const auto description =
         robot::RobotDescription::fromFile(findSharedFile("descriptions/porter.urdf"));
     return std::make_unique<EmbeddedRun>(description, *test::makeRoom(), world);

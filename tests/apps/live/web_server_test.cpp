@@ -188,13 +188,12 @@ TEST_F(WebServerTest, saysGoodbyeWhenItEnds) {
 }
 
 TEST_F(WebServerTest, saysWhereItCannotListen) {
-  const auto listen = [&](const std::string& address, unsigned short port) {
-    return errorOf([&] { WebServer({address, port}, {}, handler); });
-  };
-  const std::string port = std::to_string(sut->getPort());
-  EXPECT_EQ(listen("127.0.0.1", sut->getPort()),
-            "--port: can't listen at 127.0.0.1, port " + port + ": Address already in use");
-  EXPECT_EQ(listen("nowhere", 0), "--address: an IP address expected, \"nowhere\" given");
+  const unsigned short port = sut->getPort();
+  EXPECT_EQ(errorOf([&] {
+              WebServer({"127.0.0.1", port}, {}, handler);
+            }),
+            "--port: can't listen at 127.0.0.1, port " + std::to_string(port) +
+                ": Address already in use");
 }
 
 TEST(WebGuard, letsInOnlyItsOwnAddressesAndTheOriginsThatItIsTold) {

@@ -162,14 +162,13 @@ TEST_F(PeriodicTaskTest, refusesToStartWithoutCallbackOrPeriod) {
   EXPECT_THAT([&] { sut.start(true); },
               ThrowsMessage<std::logic_error>("PeriodicTask Test: there is no callback to start"));
   sut.setCallback([] {});
-  sut.setUsPeriod(0);
-  EXPECT_THAT([&] { sut.start(true); },
-              ThrowsMessage<std::invalid_argument>(
-                  "PeriodicTask Test: the period must be positive, not 0 ns"));
-  sut.setUsPeriod(-3);
-  EXPECT_THAT([&] { sut.start(true); },
-              ThrowsMessage<std::invalid_argument>(
-                  "PeriodicTask Test: the period must be positive, not -3000 ns"));
+  for (const int period : {0, -3}) {
+    sut.setUsPeriod(period);
+    EXPECT_THAT([&] { sut.start(true); },
+                ThrowsMessage<std::invalid_argument>("PeriodicTask Test: the period must be "
+                                                     "positive, not " +
+                                                     std::to_string(1000 * period) + " ns"));
+  }
   EXPECT_FALSE(sut.isRunning());
 }
 

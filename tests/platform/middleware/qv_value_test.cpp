@@ -30,16 +30,6 @@ std::vector<QVValue> oneOfEach() {
           QVValue(QVValue::Bytes{1, 2})};
 }
 
-TEST(QVValue, saysItsTypeExactly) {
-  const auto values = oneOfEach();
-  for (std::size_t i = 0; i < values.size(); ++i) {
-    const QVValue& sut = values[i];
-    const bool answers[] = {!sut.isValid(), sut.isBool(),  sut.isInt(),   sut.isFloat(),
-                            sut.isString(), sut.isArray(), sut.isBinary()};
-    for (std::size_t j = 0; j < std::size(answers); ++j) EXPECT_EQ(answers[j], i == j) << sut;
-  }
-}
-
 TEST(QVValue, numbersConvertIntoEachOtherAndNothingElseDoes) {
   struct Conversion {
     const char* method;

@@ -4,6 +4,7 @@
 #include <atomic>
 #include <functional>
 #include <latch>
+#include <optional>
 #include <thread>
 
 #include <boost/make_shared.hpp>
@@ -51,7 +52,7 @@ struct VideoDeviceTest : testing::Test {
     return image->getPixels()[0];
   }
 
-  ko::SimulatedTime time;
+  std::optional<ko::SimulatedTime> time{std::in_place};
   test::LogCapture log;
   boost::shared_ptr<QVBroker> broker = QVBroker::create();
   boost::shared_ptr<VideoDevice> device = boost::make_shared<VideoDevice>();
@@ -60,7 +61,7 @@ struct VideoDeviceTest : testing::Test {
 };
 
 TEST_F(VideoDeviceTest, aFrameCarriesItsSizeAndTime) {
-  time.advance(ko::Duration(1'234'567'891));
+  time->advance(ko::Duration(1'234'567'891));
   const auto image = QVImage::fromQVValue(proxy->getImageRemote(subscribe(10, kVGA)));
   ASSERT_TRUE(image);
   EXPECT_EQ(std::pair(image->getWidth(), image->getHeight()), std::pair(640, 480));
@@ -73,13 +74,13 @@ TEST_F(VideoDeviceTest, eachClientGetsFramesAtItsOwnRateOrLess) {
   const std::string slow = subscribe(10);
   EXPECT_EQ(next(fast), 1);
   EXPECT_EQ(next(slow), 2);
-  time.advance(milliseconds(9));
+  time->advance(milliseconds(9));
   EXPECT_EQ(next(fast), 1);
-  time.advance(milliseconds(1));
+  time->advance(milliseconds(1));
   EXPECT_EQ(next(fast), 3);
-  time.advance(milliseconds(89));
+  time->advance(milliseconds(89));
   EXPECT_EQ(next(slow), 2);
-  time.advance(milliseconds(1));
+  time->advance(milliseconds(1));
   EXPECT_EQ(next(slow), 4);
 }
 
@@ -88,12 +89,12 @@ TEST_F(VideoDeviceTest, anImageThatIsStillHeldIsTakenBackAndLoggedOnce) {
   for (int i = 1; i < 4; ++i) {
     EXPECT_EQ(next(handle), i);
     proxy->releaseImage(handle);
-    time.advance(milliseconds(100));
+    time->advance(milliseconds(100));
   }
   EXPECT_THAT(log.lines(), ElementsAre());
   for (int i = 4; i < 8; ++i) {
     EXPECT_EQ(next(handle), i);
-    time.advance(milliseconds(100));
+    time->advance(milliseconds(100));
   }
   EXPECT_THAT(
       log.lines(),
@@ -105,7 +106,7 @@ TEST_F(VideoDeviceTest, anImageOutlivesItsReleaseAndItsClient) {
   const std::string handle = subscribe();
   const QVValue image = proxy->getImageRemote(handle);
   proxy->releaseImage(handle);
-  time.advance(milliseconds(100));
+  time->advance(milliseconds(100));
   next(handle);
   proxy->unsubscribe(handle);
   EXPECT_EQ(QVImage::fromQVValue(image)->getPixels()[0], 1);
@@ -167,26 +168,19 @@ TEST_F(VideoDeviceTest, aSourceMayFillTheSameFrameAnewForEachClient) {
   EXPECT_EQ(torn, 0);
 }
 
-TEST(VideoDevice, aClockThatWentBackIsNoReasonToShowAnOldImage) {
-  int captured = 0;
-  const auto broker = QVBroker::create();
-  const auto device = boost::make_shared<VideoDevice>();
-  device->addCamera({kCamera, "DepthCamera", 7, 1.0f, 0.8f,
-                     [&](cv::Mat_<std::uint16_t>&, ko::Clock::time_point) { ++captured; }});
-  broker->registerModule(device);
-  QVVideoDeviceProxy proxy(broker);
-  const std::string handle = proxy.subscribeCamera("me", kCamera, kQVGA, kDepth, 10);
-  for (const int hours : {1, 0}) {
-    const ko::SimulatedTime time{ko::Clock::time_point(boost::chrono::hours(hours))};
-    proxy.getImageRemote(handle);
-  }
-  EXPECT_EQ(captured, 2);
+TEST_F(VideoDeviceTest, aClockThatWentBackIsNoReasonToShowAnOldImage) {
+  time->advance(boost::chrono::hours(1));
+  const std::string handle = subscribe();
+  EXPECT_EQ(next(handle), 1);
+  time.reset();
+  time.emplace();
+  EXPECT_EQ(next(handle), 2);
 }
 
 TEST_F(VideoDeviceTest, whatFailsIsToldToTheClientWhichKeepsItsHandle) {
   const std::string handle = subscribe();
   next(handle);
-  time.advance(milliseconds(100));
+  time->advance(milliseconds(100));
   device->removeCamera(kCamera);
   EXPECT_EQ(errorOf([&] { next(handle); }), "QVVideoDevice::getImageRemote: no camera 2");
   device->addCamera(camera([](cv::Mat_<std::uint16_t>&, ko::Clock::time_point) {

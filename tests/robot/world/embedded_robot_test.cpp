@@ -274,26 +274,23 @@ TEST_F(EmbeddedRobotTest, theDepthCameraShowsTheWallAhead) {
   EXPECT_NEAR(pixels[120 * 320 + 160], 10000 - 5090, 1);
 }
 
-/** A run's last readings of all families of ranges. */
-struct SeededRun : EmbeddedRobotTest {
-  std::vector<float> readings(std::uint64_t seed) {
+TEST_F(EmbeddedRobotTest, aSeedMakesARunTheSameAndAnotherOneMakesItDiffer) {
+  world.start = {7.0f, 3.0f, 0.0f};
+  world.rangeNoise = 0.02f;
+  world.randomPeople = 2;
+  /** A run's last readings of all families of ranges. */
+  const auto readings = [this](std::uint64_t seed) {
     sut.reset();
     listener = boost::make_shared<Listener>();
     sonarsRun = false;
     world.seed = seed;
-    world.start = {7.0f, 3.0f, 0.0f};
-    world.rangeNoise = 0.02f;
-    world.randomPeople = 2;
     setLaserMode("Platform", 7);
     run(3000);
     std::vector<float> result{sonar("Front"), sonar("Front")};
     for (const char* laser : {"FrontLaser", "LeftLaser"}) result.push_back(middlePoint(laser).x);
     for (const auto& person : robot().getPeople()) result.push_back(person.x);
     return result;
-  }
-};
-
-TEST_F(SeededRun, aSeedMakesARunTheSameAndAnotherOneMakesItDiffer) {
+  };
   const auto first = readings(1);
   EXPECT_EQ(readings(1), first);
   const auto other = readings(2);

@@ -179,17 +179,6 @@ TEST_F(Sensor3DTest, givesItsHandleBackOnceMoreAtItsEndWithoutATrace) {
               testing::Contains("unsubscribe[\"Sensor3DDepth_1\"]").Times(2));
 }
 
-TEST_F(Sensor3DTest, aSubscriptionThatFailsLeavesNoHandleToGiveBack) {
-  make();
-  sut->subscribe("me");
-  sut->unsubscribe("me");
-  broker->planFailure("QVVideoDevice.subscribeCamera", "busy");
-  sut->subscribe("me");
-  const auto calls = broker->callsTo("QVVideoDevice");
-  sut.reset();
-  EXPECT_EQ(broker->callsTo("QVVideoDevice"), calls);
-}
-
 TEST_F(Sensor3DTest, aNewSubscriptionShowsTheFormerImageUntilTheFirstNewOne) {
   startBefore(1000);
   const auto former = next();

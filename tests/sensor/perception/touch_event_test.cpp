@@ -15,11 +15,9 @@ std::set<TOUCH_DETECTION_TYPE> types(std::initializer_list<int> numbers) {
   return result;
 }
 
-QVValue entry(const QVValue& name, const QVValue& touched) {
-  return QVValue::array(name, touched);
-}
-QVValue entry(const QVValue& name, const QVValue& touched, const QVValue& types) {
-  return QVValue::array(name, touched, types);
+template <typename... Elements>
+QVValue entry(const Elements&... elements) {
+  return QVValue::array(elements...);
 }
 
 TEST(TouchEvent, isReadWholeOrNotAtAll) {
