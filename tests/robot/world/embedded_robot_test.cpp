@@ -278,7 +278,7 @@ TEST_F(EmbeddedRobotTest, aSeedMakesARunTheSameAndAnotherOneMakesItDiffer) {
   world.start = {7.0f, 3.0f, 0.0f};
   world.rangeNoise = 0.02f;
   world.randomPeople = 2;
-  /** A run's last readings of all families of ranges. */
+  // A run's last readings of all families of ranges.
   const auto readings = [this](std::uint64_t seed) {
     sut.reset();
     listener = boost::make_shared<Listener>();

@@ -26,9 +26,10 @@ void setBothPoses(SensorManager& manager, const Math::Pose2D& pose) {
 
 TEST(SimulatedSensorManager, hasParametersForCallers) {
   test::LogCapture log;
-  for (int kind : {-2, -1, 0, 1, 2, 7}) {
+  for (const auto& [kind, expected] :
+       {std::pair(-2, 0.3f), {-1, 0.15f}, {0, 0.15f}, {1, 0.3f}, {2, 0.3f}, {7, 0.3f}}) {
     const SimulatedSensorManager sut(kind, nullptr);
-    EXPECT_EQ(sut.getKindParameter(), kind == -1 || kind == 0 ? 0.15f : 0.3f) << kind;
+    EXPECT_EQ(sut.getKindParameter(), expected) << kind;
     EXPECT_EQ(sut.getSimulationParameter(), 1.0f);
   }
 }
