@@ -1,15 +1,10 @@
 #include "apps/arguments.h"
 
-#include <gmock/gmock.h>
-
 #include "apps/usage_error.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::ThrowsMessage;
 
 TEST(Arguments, aPoseIsThreeFiniteNumbersAndNothingElse) {
   EXPECT_EQ(parsePose("-1.5,2,0.25"), Math::Pose2D(-1.5f, 2.0f, 0.25f));

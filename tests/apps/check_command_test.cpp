@@ -2,16 +2,13 @@
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-
 #include "apps/shared_files.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
-
-using testing::HasSubstr;
 
 /** What a check says of a sensor that fails. */
 struct Finding {

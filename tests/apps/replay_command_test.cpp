@@ -1,16 +1,12 @@
-#include <algorithm>
 #include <string>
 #include <vector>
 
-#include <gmock/gmock.h>
-
 #include "tests/apps/run_program.h"
 #include "tests/support/temporary_folder.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
-
-using testing::HasSubstr;
 
 // Three beams; the laser sits 0.1 m ahead.
 const std::string kScans =
@@ -22,8 +18,7 @@ const std::string kRanges =
     "100 1000 1000 1000 1000 1000 1000 1000 5110\n350 900 900 900 900 900 900 900 900\n";
 const std::string kPoses = "100 0 0 0\n350 500 0 900\n";
 
-class ReplayTest : public testing::Test {
- protected:
+struct ReplayTest : testing::Test {
   const test::TemporaryFolder folder;
 };
 
@@ -53,30 +48,20 @@ TEST_F(ReplayTest, writesRecordsWithThePoseOfTheRobot) {
 
 TEST_F(ReplayTest, badLogsAreOneLineThatNamesThem) {
   const auto alone = folder.write("alone", kRanges);
-  struct Case {
-    std::vector<std::string> arguments;
-    std::string expected;
-  };
-  const Case cases[] = {
-      {{folder / "none"}, "none: a readable file expected"},
-      {{folder.write("empty", "\n")}, "empty: no FLASER line found"},
-      {{folder.write("odd", "\n\x7f\x45LF")}, "odd: line 2: FLASER or ODOM expected"},
-      {{alone}, "alone: a sonar log goes with a file of poses; name it with --poses"},
-      {{alone, "--poses", folder.write("late", "100 0 0 0\n351 0 0 0\n")},
+  const BadInput cases[] = {
+      {{"replay", folder / "none"}, "none: a readable file expected"},
+      {{"replay", folder.write("empty", "\n")}, "empty: no FLASER line found"},
+      {{"replay", folder.write("odd", "\n\x7f\x45LF")}, "odd: line 2: FLASER or ODOM expected"},
+      {{"replay", alone}, "alone: a sonar log goes with a file of poses; name it with --poses"},
+      {{"replay", alone, "--poses", folder.write("late", "100 0 0 0\n351 0 0 0\n")},
        "late: line 2: the time"},
-      {{folder.write("swapped", kPoses), "--poses", alone}, "swapped: line 1: 9 words expected"},
-      {{alone, "--poses", folder.write("good", kPoses), "-o", folder / "no/r.jsonl"},
+      {{"replay", folder.write("swapped", kPoses), "--poses", alone},
+       "swapped: line 1: 9 words expected"},
+      {{"replay", alone, "--poses", folder.write("good", kPoses), "-o", folder / "no/r.jsonl"},
        "r.jsonl: can't be written"},
-      {{}, "LOG is required"},
+      {{"replay"}, "LOG is required"},
   };
-  for (const Case& c : cases) {
-    std::vector<std::string> arguments = c.arguments;
-    arguments.insert(arguments.begin(), "replay");
-    const Result result = run(arguments);
-    EXPECT_EQ(result.status, 2) << c.expected;
-    EXPECT_THAT(result.error, HasSubstr(c.expected));
-    EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
-  }
+  for (const BadInput& c : cases) expectRefused(c);
 }
 
 }  // namespace

@@ -26,8 +26,7 @@ Math::MetricalData echo(const std::string& family, std::vector<Math::Position3D>
   return {family, family, {0.1f, 1.0f, 0.6f, 5}, {}, std::move(points), {}};
 }
 
-class RunPictureTest : public testing::Test {
- protected:
+struct RunPictureTest : testing::Test {
   cv::Mat draw(const std::vector<Math::Pose2D>& poses,
                const std::vector<Math::MetricalData>& records) {
     const OccupancyMap map = room();

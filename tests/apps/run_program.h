@@ -1,10 +1,11 @@
 #pragma once
 
+#include <algorithm>
 #include <sstream>
 #include <string>
 #include <vector>
 
-#include <gtest/gtest.h>
+#include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 
 #include "apps/program.h"
@@ -35,6 +36,19 @@ inline std::vector<nlohmann::json> recordsIn(const std::string& lines) {
   for (std::string line; std::getline(stream, line);)
     records.push_back(nlohmann::json::parse(line));
   return records;
+}
+
+struct BadInput {
+  std::vector<std::string> arguments;
+  std::string expected;
+};
+
+/** It is refused by one line that says what was expected. */
+inline void expectRefused(const BadInput& input) {
+  const Result result = run(input.arguments);
+  EXPECT_EQ(result.status, 2) << testing::PrintToString(input.arguments);
+  EXPECT_THAT(result.error, testing::HasSubstr(input.expected));
+  EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
 }
 
 }  // namespace QV::app

@@ -3,22 +3,17 @@
 #include <string>
 #include <unistd.h>
 
-#include <gmock/gmock.h>
-
-#include "tests/apps/run_program.h"
 #include "tests/support/child_process.h"
 #include "tests/support/socket_client.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
 
 using test::SocketClient;
-using testing::HasSubstr;
-using testing::StartsWith;
 
 /** `qvsensors serve` in a process of its own, at any port. */
-class ServeTest : public testing::Test {
- protected:
+struct ServeTest : testing::Test {
   void start() {
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);
@@ -62,15 +57,6 @@ TEST_F(ServeTest, aPageSeesAndDrivesTheRobotUntilASignalEndsIt) {
     process.signal(signal);
     EXPECT_EQ(process.awaitEnd(), 128 + signal);
   }
-}
-
-TEST_F(ServeTest, aPortInUseIsOneLine) {
-  start();
-  const Result result = run({"serve", "--port", std::to_string(port)});
-  EXPECT_EQ(result.status, 2);
-  EXPECT_EQ(result.out, "");
-  EXPECT_EQ(result.error, "qvsensors: --port: can't listen at 127.0.0.1, port " +
-                              std::to_string(port) + ": Address already in use\n");
 }
 
 }  // namespace

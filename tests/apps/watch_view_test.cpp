@@ -3,17 +3,11 @@
 #include <sstream>
 #include <vector>
 
-#include <gmock/gmock.h>
-
 #include "apps/terminal/key.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
-
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::Not;
-using testing::StartsWith;
 
 WatchState exampleState() {
   WatchState state{"Robot", {1.0f, 2.0f, 0.5f}, {}, 1, "Sonar: disabled"};

@@ -10,15 +10,10 @@
 namespace QV {
 namespace {
 
-class AvoidObstacles : public testing::TestWithParam<std::uint64_t> {
- protected:
+struct AvoidObstacles : testing::TestWithParam<std::uint64_t> {
   static robot::WorldOptions world() {
-    robot::WorldOptions world;
-    world.start = {3.0f, 6.3f, 0.0f};
-    world.rangeNoise = 0.01f;
-    world.dropOuts = 0.02f;
-    world.seed = GetParam();
-    return world;
+    return {
+        .start = {3.0f, 6.3f, 0.0f}, .seed = GetParam(), .rangeNoise = 0.01f, .dropOuts = 0.02f};
   }
 
   /** Metres that it drives in so many turns of its loop. */

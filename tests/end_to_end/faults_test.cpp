@@ -3,20 +3,18 @@
 #include <cmath>
 #include <map>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/scoped_module.h"
 #include "sensor/hosting/navigation_module.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/porter.h"
+#include "tests/support/vocabulary.h"
 #include "tests/support/walled_map.h"
 
 namespace QV {
 namespace {
 
-using boost::chrono::milliseconds;
 using robot::FaultKind;
 
 // Cycles of 100 ms: for each kind a window in which it counts, and a pause to recover in.
@@ -175,8 +173,7 @@ const std::array<Check, kKinds>& expectedOf(const std::string& sensor) {
   return kExpected.at(longest);
 }
 
-class FaultsTest : public testing::TestWithParam<const char*> {
- protected:
+struct FaultsTest : testing::TestWithParam<const char*> {
   FaultsTest() {
     const bool withDepth = faulty == "DepthCamera" || faulty == "PeoplePerception";
     healthy = runWithFaultsOf("", withDepth);

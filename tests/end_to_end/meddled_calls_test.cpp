@@ -2,8 +2,6 @@
 #include <optional>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/os.h"
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/scoped_module.h"
@@ -13,13 +11,12 @@
 #include "tests/support/log_capture.h"
 #include "tests/support/meddling_broker.h"
 #include "tests/support/porter.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {
 
-using boost::chrono::milliseconds;
 using test::MeddlingBroker;
-using testing::IsEmpty;
 
 typedef std::set<std::string> Names;
 

@@ -2,16 +2,13 @@
 
 #include <tuple>
 
-#include <gtest/gtest.h>
-
 #include "platform/ko/simulated_time.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {
-
-using boost::chrono::milliseconds;
 
 TEST(Porter, anArmBeforeTheFrontSonarSilencesThatSonarOnly) {
   ko::SimulatedTime time;

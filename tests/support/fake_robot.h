@@ -11,7 +11,6 @@
 #include <vector>
 
 #include <boost/make_shared.hpp>
-#include <gmock/gmock.h>
 
 #include "platform/ko/simulated_time.h"
 #include "platform/math/transform.h"
@@ -20,11 +19,14 @@
 #include "sensor/core/sensor.h"
 #include "tests/support/broker_with_memory.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/vocabulary.h"
 
-namespace QV::test {
-
+namespace QV {
 constexpr float kNan = std::numeric_limits<float>::quiet_NaN();
 constexpr float kInf = std::numeric_limits<float>::infinity();
+}  // namespace QV
+
+namespace QV::test {
 
 /** A broker that writes down each call, and first does what was planned for it: throw, mostly. */
 class TracingBroker : public QVBroker {
@@ -85,8 +87,7 @@ class TracingBroker : public QVBroker {
 };
 
 /** A motion service that answers every question of its kind alike, with what it is told. */
-class FakeMotion : public QVModule {
- public:
+struct FakeMotion : QVModule {
   FakeMotion() : QVModule("QVMotion") {
     bindMethod("getTransform", [this](const std::string&, int, bool) { return transform; });
     bindMethod("_getSensorTransformAtTime",
@@ -99,8 +100,7 @@ class FakeMotion : public QVModule {
 };
 
 /** A robot of memory, device manager and fake motion, in simulated time that starts at 100 ms. */
-class FakeRobotTest : public testing::Test {
- protected:
+struct FakeRobotTest : testing::Test {
   FakeRobotTest() {
     broker->registerModule(devices);
     broker->registerModule(motion);

@@ -18,7 +18,6 @@ class FakeSensor : public sensor::Sensor {
       : Sensor(name, family, Math::SensorFieldOfView2D(0.1f, 2.0f, 1.0f, 5)) {}
 
   bool subscribeSucceeds = true;
-  bool unsubscribeSucceeds = true;
   /** Called at the start of each hardware call and each reading; may throw. */
   std::function<void()> onStart = [] {};
   std::function<void()> onStop = [] {};
@@ -26,12 +25,10 @@ class FakeSensor : public sensor::Sensor {
 
   std::atomic<int> starts{0};
   std::atomic<int> stops{0};
-  mutable std::atomic<int> reads{0};
   std::atomic<bool> hardwareOn{false};
 
  protected:
   std::vector<Math::MetricalData> xGetData() const override {
-    ++reads;
     onRead();
     return {{name, familyName, fieldOfView, {}, {{1.0f, 2.0f, 3.0f}}, {}}};
   }
@@ -46,8 +43,8 @@ class FakeSensor : public sensor::Sensor {
   bool xUnsubscribeFromHardware() override {
     ++stops;
     onStop();
-    hardwareOn = !unsubscribeSucceeds;
-    return unsubscribeSucceeds;
+    hardwareOn = false;
+    return true;
   }
 };
 
@@ -69,9 +66,7 @@ class FakeManager : public sensor::SensorManager {
   std::vector<bool> anySensorOn;
 
   using SensorManager::xSubscribeToFamily;
-  using SensorManager::xSubscribeToSensor;
   using SensorManager::xUnsubscribeFromFamily;
-  using SensorManager::xUnsubscribeFromSensor;
   using SensorManager::xUpdateData;
 
  protected:
@@ -89,3 +84,7 @@ inline std::vector<std::string> namesOf(const std::vector<Math::MetricalData>& r
 }
 
 }  // namespace QV::test
+
+namespace QV {
+using test::namesOf;
+}

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <memory>
-#include <numbers>
 #include <string>
 
 #include <boost/make_shared.hpp>

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <algorithm>
 #include <arpa/inet.h>
 #include <cstdint>
 #include <netinet/in.h>
@@ -10,6 +9,7 @@
 #include <sys/socket.h>
 #include <sys/time.h>
 #include <unistd.h>
+#include <utility>
 
 namespace QV::test {
 

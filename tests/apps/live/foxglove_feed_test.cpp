@@ -1,22 +1,17 @@
 #include "apps/live/foxglove_feed.h"
 
-#include <cstring>
-
-#include <gmock/gmock.h>
-
 #include "apps/run/simulated_run.h"
 #include "tests/apps/live/fake_client.h"
 #include "tests/robot/world/room.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
 
 using nlohmann::json;
-using testing::ElementsAre;
 
 /** A viewer of a robot with two sonars, channels 4 and 5. */
-class FoxgloveFeedTest : public testing::Test {
- protected:
+struct FoxgloveFeedTest : testing::Test {
   FoxgloveFeedTest() {
     sut.onOpen(viewer);
     opening = viewer->takeTexts();

@@ -1,8 +1,6 @@
 #include "apps/live/live_command.h"
 
-#include <gtest/gtest.h>
-
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
@@ -61,7 +59,7 @@ TEST(LiveCommand, refusesWhatIsNoneAndSaysWhatWouldBeRight) {
       {R"({"op":"goal","x":1e400,"y":0})", "an object of JSON expected"},
   };
   for (const auto& [text, expected] : cases) {
-    EXPECT_EQ(test::errorOf([text = text] { parse(text); }), expected) << text;
+    EXPECT_EQ(errorOf([text = text] { parse(text); }), expected) << text;
   }
 }
 

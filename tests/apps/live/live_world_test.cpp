@@ -2,33 +2,25 @@
 
 #include <cmath>
 
-#include <gmock/gmock.h>
-
 #include "apps/live/find_route.h"
 #include "apps/run/embedded_run.h"
 #include "apps/run/simulated_run.h"
 #include "apps/shared_files.h"
 #include "tests/robot/world/room.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
-
-using test::errorOf;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 constexpr ko::Duration kSecond{1'000'000'000};
 const Math::Pose2D kStart(5.0f, 3.0f, 0.0f);
 
 /** Porter, or a simulated robot of kind 1, in a room of 10 m by 6 m. */
-class LiveWorldTest : public testing::TestWithParam<bool> {
- protected:
+struct LiveWorldTest : testing::TestWithParam<bool> {
   std::unique_ptr<RobotRun> makeRobot() const {
     if (!GetParam()) return std::make_unique<SimulatedRun>(1, *test::makeRoom(), kStart);
-    robot::WorldOptions world;
-    world.start = kStart;
+    const robot::WorldOptions world{.start = kStart};
     const auto description =
         robot::RobotDescription::fromFile(findSharedFile("descriptions/porter.urdf"));
     return std::make_unique<EmbeddedRun>(description, *test::makeRoom(), world);

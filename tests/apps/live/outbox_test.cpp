@@ -2,13 +2,10 @@
 
 #include <vector>
 
-#include <gmock/gmock.h>
+#include "tests/support/vocabulary.h"
 
 namespace QV::app {
 namespace {
-
-using testing::ElementsAre;
-using testing::SizeIs;
 
 WebMessage message(const std::string& text, Delivery delivery, const std::string& slot = {}) {
   return {std::make_shared<const std::string>(text), false, delivery, slot};

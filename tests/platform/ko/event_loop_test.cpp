@@ -3,22 +3,16 @@
 #include <atomic>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/os.h"
 #include "tests/platform/ko/pool_hold.h"
 #include "tests/platform/ko/timeline.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/vocabulary.h"
 
 namespace ko {
 namespace {
 
-using boost::chrono::hours;
 using boost::chrono::microseconds;
-using boost::chrono::milliseconds;
-using test::Timeline;
-using testing::ElementsAre;
-using testing::ThrowsMessage;
 
 TEST(EventLoop, delaysFireWhateverTheOrderInWhichTheyAreAskedFor) {
   auto never = getEventLoop().asyncDelay([] {}, Duration::max());
@@ -185,15 +179,8 @@ TEST(Future, ofARunningCallCanNotBeWaitedForInsideIt) {
     test::PoolHold hold(simulated ? 0 : test::kPoolThreads);
     Future<void> sut;
     std::string refusal;
-    sut = getEventLoop().asyncDelay(
-        [&] {
-          try {
-            sut.wait();
-          } catch (const std::logic_error& failure) {
-            refusal = failure.what();
-          }
-        },
-        Duration::zero());
+    sut = getEventLoop().asyncDelay([&] { refusal = QV::errorOf([&] { sut.wait(); }); },
+                                    Duration::zero());
     hold.release();
     sut.wait();
     EXPECT_EQ(refusal, "Future: the call to wait for is running on this thread");

@@ -21,8 +21,7 @@ std::ostream& operator<<(std::ostream& stream, const Formatted& value) {
   return stream << "formatted";
 }
 
-class LogTest : public testing::Test {
- protected:
+struct LogTest : testing::Test {
   ~LogTest() override { resetLevel("Test"); }
   QV::test::LogCapture capture;
 };

@@ -6,8 +6,6 @@
 #include <optional>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/os.h"
 #include "tests/platform/ko/pool_hold.h"
 #include "tests/platform/ko/timeline.h"
@@ -16,14 +14,7 @@
 namespace ko {
 namespace {
 
-using boost::chrono::hours;
-using boost::chrono::milliseconds;
-using test::Timeline;
-using testing::ElementsAre;
-using testing::ThrowsMessage;
-
-class PeriodicTaskTest : public testing::Test {
- protected:
+struct PeriodicTaskTest : testing::Test {
   PeriodicTaskTest() {
     sut.setName("Test");
     sut.setUsPeriod(10'000);
@@ -171,14 +162,13 @@ TEST_F(PeriodicTaskTest, refusesToStartWithoutCallbackOrPeriod) {
   EXPECT_THAT([&] { sut.start(true); },
               ThrowsMessage<std::logic_error>("PeriodicTask Test: there is no callback to start"));
   sut.setCallback([] {});
-  sut.setUsPeriod(0);
-  EXPECT_THAT([&] { sut.start(true); },
-              ThrowsMessage<std::invalid_argument>(
-                  "PeriodicTask Test: the period must be positive, not 0 ns"));
-  sut.setUsPeriod(-3);
-  EXPECT_THAT([&] { sut.start(true); },
-              ThrowsMessage<std::invalid_argument>(
-                  "PeriodicTask Test: the period must be positive, not -3000 ns"));
+  for (const int period : {0, -3}) {
+    sut.setUsPeriod(period);
+    EXPECT_THAT([&] { sut.start(true); },
+                ThrowsMessage<std::invalid_argument>("PeriodicTask Test: the period must be "
+                                                     "positive, not " +
+                                                     std::to_string(1000 * period) + " ns"));
+  }
   EXPECT_FALSE(sut.isRunning());
 }
 

@@ -2,8 +2,6 @@
 
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/event_loop.h"
 #include "platform/ko/os.h"
 #include "platform/ko/periodic_task.h"
@@ -13,12 +11,6 @@
 
 namespace ko {
 namespace {
-
-using boost::chrono::hours;
-using boost::chrono::milliseconds;
-using test::Timeline;
-using testing::ElementsAre;
-using testing::ThrowsMessage;
 
 Clock::time_point timeAtMs(std::int64_t ms) {
   return Clock::time_point(milliseconds(ms));

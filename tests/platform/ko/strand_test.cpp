@@ -4,8 +4,6 @@
 #include <memory>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/os.h"
 #include "tests/platform/ko/pool_hold.h"
 #include "tests/platform/ko/timeline.h"
@@ -13,10 +11,6 @@
 
 namespace ko {
 namespace {
-
-using test::Timeline;
-using testing::ElementsAre;
-using testing::ThrowsMessage;
 
 void flush(Strand& strand) {
   std::latch done(1);

@@ -3,6 +3,9 @@
 #include <string>
 #include <vector>
 
+#include <boost/chrono.hpp>
+#include <gmock/gmock.h>
+
 #include "platform/ko/simulated_time.h"
 
 namespace ko::test {
@@ -27,3 +30,11 @@ struct Timeline {
 };
 
 }  // namespace ko::test
+
+namespace ko {
+using boost::chrono::hours;
+using boost::chrono::milliseconds;
+using test::Timeline;
+using testing::ElementsAre;
+using testing::ThrowsMessage;
+}  // namespace ko

@@ -9,12 +9,10 @@
 #include <rapidcheck/gtest.h>
 
 #include "platform/math/metrical_data.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::Math {
 namespace {
-
-using testing::HasSubstr;
-using testing::ThrowsMessage;
 
 constexpr float kHalfTurn = std::numbers::pi_v<float>;
 
@@ -26,12 +24,6 @@ void expectNear(const Position3D& actual, const Position3D& expected, float tole
   EXPECT_NEAR(actual.x, expected.x, tolerance);
   EXPECT_NEAR(actual.y, expected.y, tolerance);
   EXPECT_NEAR(actual.z, expected.z, tolerance);
-}
-
-void expectNear(const Transform& actual, const Transform& expected, float tolerance = 1e-5f) {
-  for (std::size_t i = 0; i < actual.values.size(); ++i) {
-    EXPECT_NEAR(actual.values[i], expected.values[i], tolerance) << "element " << i;
-  }
 }
 
 float angleFrom(int thousandths) {
@@ -66,16 +58,6 @@ TEST(Transform, isBuiltFromTwelveFloatsByRowsOnly) {
               ThrowsMessage<std::invalid_argument>(HasSubstr("2 given")));
 }
 
-TEST(Transform, aPoseSurvivesTheWayThroughATransform) {
-  const Pose2D pose = pose2DFromTransform(transformFromPose2D(Pose2D(1.5f, -2.5f, 0.7f)));
-  EXPECT_FLOAT_EQ(pose.x, 1.5f);
-  EXPECT_FLOAT_EQ(pose.y, -2.5f);
-  EXPECT_FLOAT_EQ(pose.theta, 0.7f);
-  for (int i = 0; i < 100; ++i) {
-    EXPECT_EQ((transformFromPose2D(Pose2D(0, 0, angleFrom(63 * i))) * Position3D(1, 2, 3)).z, 3.0f);
-  }
-}
-
 TEST(Transform, rotationFrom3DRotationTurnsAboutXThenYThenZ) {
   expectNear(rotationFrom3DRotation(0, 0, kHalfTurn / 2) * Position3D(2, 0, 0),
              Position3D(0, 2, 0));
@@ -83,15 +65,6 @@ TEST(Transform, rotationFrom3DRotationTurnsAboutXThenYThenZ) {
              Position3D(0, 0, -2));
   expectNear(rotationFrom3DRotation(kHalfTurn / 2, 0, kHalfTurn / 2) * Position3D(0, 1, 0),
              Position3D(0, 0, 1));
-}
-
-TEST(AxisRotationProjection, keepsTheTranslationAndTheTurnAboutTheAxis) {
-  const Transform tilted =
-      Transform::fromPosition({0.1f, 0.2f, 0.9f}) * rotationFrom3DRotation(0, 0.3f, 1.1f);
-  const Transform expected =
-      Transform::fromPosition({0.1f, 0.2f, 0.9f}) * rotationFrom3DRotation(0, 0, 1.1f);
-  expectNear(axisRotationProjection({0, 0, 1}, tilted), expected);
-  expectNear(axisRotationProjection({0, 0, 5}, tilted), expected);
 }
 
 TEST(AxisRotationProjection, ofAnAxisWithoutDirectionIsRefused) {

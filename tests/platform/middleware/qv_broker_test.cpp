@@ -5,26 +5,21 @@
 #include <stdexcept>
 #include <thread>
 
-#include <gtest/gtest.h>
-
 #include "platform/middleware/dcm_proxy.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/middleware/qv_motion_proxy.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {
-
-using test::errorOf;
 
 boost::shared_ptr<QVModule> makeModule(const std::string& name) {
   return boost::make_shared<QVModule>(name);
 }
 
 /** A broker with the module "Test", whose methods are bound by the test. */
-class QVBrokerTest : public testing::Test {
- protected:
+struct QVBrokerTest : testing::Test {
   QVProxy proxy() {
     sut->registerModule(module);
     return QVProxy(sut, "Test");

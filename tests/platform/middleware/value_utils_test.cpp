@@ -2,9 +2,7 @@
 
 #include <limits>
 
-#include <gtest/gtest.h>
-
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::ValueUtils {
 namespace {
@@ -15,19 +13,19 @@ TEST(ExtractDuration, countsSecondsAndMicrosecondsFromTheClocksStart) {
 }
 
 TEST(ExtractDuration, refusesWhatIsNoTimeAndSaysWhose) {
-  const auto errorOf = [](const QVValue& seconds, const QVValue& microseconds) {
-    return test::errorOf([&] { extractDuration(seconds, microseconds, "camera"); });
+  const auto errorFor = [](const QVValue& seconds, const QVValue& microseconds) {
+    return errorOf([&] { extractDuration(seconds, microseconds, "camera"); });
   };
   const std::string prefix = "ValueUtils::extractDuration: camera: ";
   const std::string ints = prefix + "ints for seconds and microseconds expected, ";
-  EXPECT_EQ(errorOf(1.5, 0), ints + "1.5 and 0 given");
-  EXPECT_EQ(errorOf(1, "2"), ints + "1 and \"2\" given");
-  EXPECT_EQ(errorOf(true, 2), ints + "true and 2 given");
+  EXPECT_EQ(errorFor(1.5, 0), ints + "1.5 and 0 given");
+  EXPECT_EQ(errorFor(1, "2"), ints + "1 and \"2\" given");
+  EXPECT_EQ(errorFor(true, 2), ints + "true and 2 given");
   constexpr auto kMax = std::numeric_limits<std::int64_t>::max();
   const std::string range = prefix + "a time within 292 years expected, ";
-  EXPECT_EQ(errorOf(9'300'000'000, 0), range + "9300000000 and 0 given");
-  EXPECT_EQ(errorOf(0, kMax), range + "0 and 9223372036854775807 given");
-  EXPECT_EQ(errorOf(9'223'372'036, 1'000'000), range + "9223372036 and 1000000 given");
+  EXPECT_EQ(errorFor(9'300'000'000, 0), range + "9300000000 and 0 given");
+  EXPECT_EQ(errorFor(0, kMax), range + "0 and 9223372036854775807 given");
+  EXPECT_EQ(errorFor(9'223'372'036, 1'000'000), range + "9223372036 and 1000000 given");
 }
 
 }  // namespace

@@ -4,7 +4,6 @@
 #include <cmath>
 #include <limits>
 #include <locale>
-#include <string>
 
 #include <gtest/gtest.h>
 
@@ -14,16 +13,12 @@ namespace QV::Model {
 namespace {
 
 TEST(AtofC, readsTheLongestPrefixThatIsANumber) {
-  struct Case {
-    const char* text;
-    double expected;
-  };
-  const Case cases[] = {{"", 0.0},          {"junk", 0.0},      {" \t\n2.5 m", 2.5},
-                        {"+3", 3.0},        {"-0.25e1x", -2.5}, {"1,5", 1.0},
-                        {".5", 0.5},        {"7.", 7.0},        {"0x10", 16.0},
-                        {"1e", 1.0},        {"--1", 0.0},       {"infinite", INFINITY},
-                        {"1e999", HUGE_VAL}};
-  for (const Case& c : cases) EXPECT_EQ(atofC(c.text), c.expected) << c.text;
+  const std::pair<const char*, double> cases[] = {
+      {"", 0.0},          {"junk", 0.0}, {" \t\n2.5 m", 2.5}, {"+3", 3.0},
+      {"-0.25e1x", -2.5}, {"1,5", 1.0},  {".5", 0.5},         {"7.", 7.0},
+      {"0x10", 16.0},     {"1e", 1.0},   {"--1", 0.0},        {"infinite", INFINITY},
+      {"1e999", HUGE_VAL}};
+  for (const auto& [text, expected] : cases) EXPECT_EQ(atofC(text), expected) << text;
   EXPECT_TRUE(std::isnan(atofC("nan")));
 }
 

@@ -1,7 +1,5 @@
-#include <cmath>
 #include <map>
 #include <string>
-#include <vector>
 
 #include <gmock/gmock.h>
 #include <urdf_model/model.h>

@@ -4,13 +4,10 @@
 #include <numbers>
 #include <stdexcept>
 
-#include <gmock/gmock.h>
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {
-
-using testing::HasSubstr;
-using testing::ThrowsMessage;
 
 constexpr float kHalfTurn = std::numbers::pi_v<float>;
 

@@ -8,13 +8,11 @@
 #include "platform/vision/component_labeler.h"
 #include "tests/support/depth_frames.h"
 #include "tests/support/flood_fill.h"
-#include "tests/support/throws.h"
 #include "tests/support/vector_targets.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::vision {
 namespace {
-
-using test::errorOf;
 
 typedef cv::Mat_<std::uint16_t> Depth;
 
@@ -55,42 +53,6 @@ TEST(ConnectedComponentLabeling, joinsNeighboursWhoseDepthsAreNear) {
        (cv::Mat_<int>(1, 4) << 1, 1, 2, 2)},
   };
   for (const Case& c : cases) EXPECT_TRUE(equal(labelsOf(c.depth), c.expected)) << c.what;
-}
-
-/** One arm of width 1 that winds inwards. */
-Depth spiral() {
-  Depth depth(129, 129, std::uint16_t{0});
-  cv::Point at(0, 0);
-  cv::Point step(1, 0);
-  depth(at) = 1000;
-  for (int arm = 0, length = 128; length > 0; ++arm) {
-    for (int i = 0; i < length; ++i) depth(at += step) = 1000;
-    step = cv::Point(-step.y, step.x);
-    if (arm > 0 && arm % 2 == 0) length -= 2;
-  }
-  return depth;
-}
-
-/** Teeth that hang together in one row. */
-Depth comb(int rows, int columns, int back) {
-  Depth depth(rows, columns, std::uint16_t{0});
-  for (int x = 0; x < columns; x += 2) depth.col(x) = 1000;
-  depth.row(back) = 1000;
-  return depth;
-}
-
-TEST(ConnectedComponentLabeling, whatMeetsLateIsOneComponent) {
-  // Whatever is valid is one component; only the shapes make it hard to see.
-  const Depth shapes[] = {spiral(),
-                          comb(50, 201, 49),
-                          comb(50, 201, 0),
-                          comb(65, 64, 32),
-                          comb(1, 300, 0),
-                          Depth(300, 1, std::uint16_t{9}),
-                          Depth(70, 129, std::uint16_t{65535})};
-  for (const Depth& depth : shapes) {
-    EXPECT_TRUE(equal(labelsOf(depth), (depth != 0) / 255)) << depth.size();
-  }
   EXPECT_EQ(cv::countNonZero(labelsOf(Depth(70, 129, std::uint16_t{0}))), 0);
   EXPECT_TRUE(labelsOf(Depth(0, 5)).empty());
 }

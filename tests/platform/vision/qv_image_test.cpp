@@ -1,13 +1,9 @@
 #include "platform/vision/qv_image.h"
 
-#include <gmock/gmock.h>
-
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {
-
-using test::errorOf;
 
 QVValue imageValue(int width, int height, int colorSpace, std::size_t bytes) {
   return QVValue::array(width, height, colorSpace, 1234, QVValue::Bytes(bytes, 7));
@@ -54,12 +50,8 @@ TEST(QVImage, refusesAValueOfAnotherShape) {
 }
 
 TEST(QVImage, refusesABufferThatDoesNotMatchItsSize) {
-  struct Case {
-    QVValue value;
-    const char* expected;
-  };
   constexpr std::int64_t kLong = std::int64_t{1} << 40;
-  const Case cases[] = {
+  const std::pair<QVValue, const char*> cases[] = {
       {imageValue(320, 240, 17, 153598),
        "153600 bytes for 320 by 240 pixels of color space 17 expected, 153598 given"},
       {imageValue(2, 2, 19, 50), "48 bytes for 2 by 2 pixels of color space 19 expected, 50 given"},
@@ -72,9 +64,9 @@ TEST(QVImage, refusesABufferThatDoesNotMatchItsSize) {
       {QVValue::array(kLong, 1, 17, 0, QVValue::Bytes(2)),
        "a size from 1 by 1 to 65535 by 65535 expected, 2147483647 by 1 given"},
   };
-  for (const Case& c : cases) {
-    EXPECT_EQ(errorOf([&] { QVImage::fromQVValue(c.value); }),
-              std::string("QVImage::QVImage: ") + c.expected);
+  for (const auto& c : cases) {
+    EXPECT_EQ(errorOf([&] { QVImage::fromQVValue(c.first); }),
+              std::string("QVImage::QVImage: ") + c.second);
   }
 }
 

@@ -5,14 +5,9 @@
 #include "platform/model/model_utils.h"
 #include "robot/services/motion_service.h"
 #include "tests/support/fake_robot.h"
-#include "tests/support/throws.h"
 
 namespace QV::robot {
 namespace {
-
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::ElementsAre;
 
 /** Two sensors, one with a time key, and a robot that drives an arc. */
 Recording makeRecording() {
@@ -26,8 +21,7 @@ Recording makeRecording() {
   return recording;
 }
 
-class LogReplayTest : public test::FakeRobotTest {
- protected:
+struct LogReplayTest : test::FakeRobotTest {
   boost::shared_ptr<MotionService> body = boost::make_shared<MotionService>(
       Model::ModelUtils::robotFromXml(makeRecording().toDescription()));
 };

@@ -2,24 +2,17 @@
 
 #include <cmath>
 
-#include <gmock/gmock.h>
-
 #include "platform/model/model_utils.h"
 #include "tests/support/temporary_folder.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
 
-using test::errorOf;
-using testing::ElementsAre;
-using testing::FloatNear;
-
 constexpr float kPi = 3.14159265f;
 const std::string kScan = "FLASER 3 1.0 2.0 81.83 1 3 1.570796 1 2 1.570796 100.5 host 0\n";
 
-class RecordingTest : public testing::Test {
- protected:
+struct RecordingTest : testing::Test {
   Recording readLidar(const std::string& text) const {
     return readLidarLog(folder.write("run.log", text));
   }

@@ -1,13 +1,10 @@
 #include "robot/logs/sonar_source.h"
 
-#include <gtest/gtest.h>
-
 #include "platform/ko/simulated_time.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
-
-using boost::chrono::milliseconds;
 
 /** Its key has its name. */
 Model::SensorConfig sonarNamed(const std::string& name) {

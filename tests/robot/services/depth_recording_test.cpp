@@ -2,23 +2,17 @@
 
 #include <fstream>
 
-#include <gmock/gmock.h>
 #include <opencv2/imgcodecs.hpp>
 
 #include "tests/support/temporary_folder.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
 
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::ElementsAre;
-
 typedef cv::Mat_<std::uint16_t> Depth;
 
-class DepthRecordingTest : public testing::Test {
- protected:
+struct DepthRecordingTest : testing::Test {
   void save(const std::string& name, const cv::Mat& image) {
     ASSERT_TRUE(cv::imwrite(folder / name, image));
   }

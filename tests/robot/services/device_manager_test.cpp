@@ -1,29 +1,21 @@
 #include "robot/services/device_manager.h"
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/dcm_proxy.h"
-#include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "tests/support/broker_with_memory.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
-
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::ElementsAre;
 
 constexpr std::int64_t kWrapMs = std::int64_t{1} << 31;
 
 /** A value and its time, in milliseconds from now. */
 typedef std::pair<QVValue, int> Timed;
 
-class DeviceManagerTest : public testing::Test {
- protected:
+struct DeviceManagerTest : testing::Test {
   DeviceManagerTest() {
     broker->registerModule(manager);
     dcm = boost::make_shared<DCMProxy>(broker);
@@ -51,25 +43,6 @@ class DeviceManagerTest : public testing::Test {
   QVMemoryProxy memory{broker};
   std::vector<std::string> happened;
 };
-
-TEST_F(DeviceManagerTest, countsMillisecondsThatWrap) {
-  time.advanceTo(ko::Clock::time_point(milliseconds(kWrapMs - 1)));
-  EXPECT_EQ(dcm->getTime(0), 2147483647);
-  EXPECT_EQ(dcm->getTime(-7), 2147483640);
-  EXPECT_EQ(dcm->getTime(1), -2147483647 - 1);
-  time.advance(milliseconds(2));
-  EXPECT_EQ(dcm->getTime(0), -2147483647);
-}
-
-TEST_F(DeviceManagerTest, whatIsDueTakesEffectBeforeSetReturns) {
-  time.advance(milliseconds(100));
-  set("led", "Merge", {{0.25f, -10}, {0.5f, 0}, {0.75f, 1}});
-  EXPECT_EQ(memory.getData("led"), QVValue(0.5f));
-  time.advance(ko::Duration(999'999));
-  EXPECT_EQ(memory.getData("led"), QVValue(0.5f));
-  time.advance(ko::Duration(1));
-  EXPECT_EQ(memory.getData("led"), QVValue(0.75f));
-}
 
 TEST_F(DeviceManagerTest, valuesTakeEffectInOrderOfTimeAndThenOfSetting) {
   record("a");
@@ -152,16 +125,6 @@ TEST_F(DeviceManagerTest, aMalformedCommandIsRefusedWhole) {
   }
   time.advance(milliseconds(10));
   EXPECT_THAT(happened, ElementsAre());
-}
-
-TEST_F(DeviceManagerTest, aHandlerTakesTheKeyOverUntilItIsTakenBack) {
-  record("a");
-  set("a", "Merge", {{1.0f, 0}});
-  EXPECT_THROW(memory.getData("a"), QVError);
-  manager->setActuatorHandler("a", {});
-  set("a", "Merge", {{2.0f, 0}});
-  EXPECT_THAT(happened, ElementsAre("a=1.0@0"));
-  EXPECT_EQ(memory.getData("a"), QVValue(2.0f));
 }
 
 TEST_F(DeviceManagerTest, aHandlerMaySetOtherActuators) {

@@ -3,15 +3,13 @@
 #include <optional>
 
 #include "platform/middleware/dcm_proxy.h"
+#include "platform/middleware/qv_error.h"
 #include "tests/support/fake_robot.h"
 
 namespace QV::robot {
 namespace {
 
-using boost::chrono::milliseconds;
-
-class LaserModeActuatorTest : public test::FakeRobotTest {
- protected:
+struct LaserModeActuatorTest : test::FakeRobotTest {
   void command(const QVValue& mode) {
     const DCMProxy dcm(broker);
     dcm.set(QVValue::array("actuator", "ClearAll",
@@ -56,6 +54,7 @@ TEST_F(LaserModeActuatorTest, itMayNeverShow) {
 
 TEST_F(LaserModeActuatorTest, itsEndGivesTheActuatorBack) {
   command(5.0f);
+  EXPECT_THROW(memory.getData("actuator"), QVError);
   sut.reset();
   EXPECT_EQ(modeIn(100), QVValue(0));
   command(5.0f);

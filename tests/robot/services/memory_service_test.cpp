@@ -6,25 +6,19 @@
 #include <limits>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "tests/support/broker_with_memory.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
 
-using test::errorOf;
-using testing::ElementsAre;
-
 typedef std::vector<QVValue> Values;
 
-class MemoryServiceTest : public testing::Test {
- protected:
+struct MemoryServiceTest : testing::Test {
   /** Registers a module with the method "onEvent". */
   template <typename F>
   void registerListener(const std::string& name, F onEvent) {

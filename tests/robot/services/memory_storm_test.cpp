@@ -45,26 +45,13 @@ class Stormer {
 
   void run() {
     for (int i = 0; i < kOperations; ++i) {
-      switch (random() % 6) {
-        case 0:
-          memory.insertData(someKey(), number);
-          break;
-        case 1:
-          mismatches += !memory.getData(someKey()).isInt();
-          break;
-        case 2:
-          write(static_cast<int*>(memory.getDataPtr(someKey())));
-          break;
-        case 3:
-          memory.insertData(name + std::to_string(i), i);
-          break;
-        case 4:
-          memory.raiseEvent("storm", QVValue::array(number, ++raised));
-          break;
-        default:
-          turn();
-          break;
-      }
+      const auto choice = random() % 6;
+      if (choice == 0) memory.insertData(someKey(), number);
+      if (choice == 1) mismatches += !memory.getData(someKey()).isInt();
+      if (choice == 2) write(static_cast<int*>(memory.getDataPtr(someKey())));
+      if (choice == 3) memory.insertData(name + std::to_string(i), i);
+      if (choice == 4) memory.raiseEvent("storm", QVValue::array(number, ++raised));
+      if (choice == 5) turn();
     }
     if (welcome) turn();
   }

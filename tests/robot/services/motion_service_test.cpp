@@ -9,22 +9,17 @@
 #include <thread>
 #include <vector>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_motion_proxy.h"
 #include "platform/model/model_utils.h"
 #include "tests/support/real_data.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
 
-using boost::chrono::milliseconds;
 using Math::Transform;
-using test::errorOf;
-using testing::HasSubstr;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
@@ -135,8 +130,7 @@ TEST(MotionService, placesEveryJointOfRealRobots) {
   }
 }
 
-class MotionServiceTest : public testing::Test {
- protected:
+struct MotionServiceTest : testing::Test {
   MotionServiceTest() { broker->registerModule(sut); }
 
   Transform ask(const std::string& name, int frame, bool measured = true) {

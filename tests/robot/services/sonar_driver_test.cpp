@@ -5,17 +5,11 @@
 #include <mutex>
 #include <thread>
 
-#include "platform/middleware/qv_error.h"
 #include "platform/model/model_utils.h"
 #include "tests/support/fake_robot.h"
-#include "tests/support/throws.h"
 
 namespace QV::robot {
 namespace {
-
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::ElementsAre;
 
 Model::Robot robotOfKind(int kind) {
   return Model::ModelUtils::robotFromXml(
@@ -29,8 +23,7 @@ Model::Robot robotOfKind(int kind) {
       "<sensor name='Laser' type='8'><memory_key>laser</memory_key></sensor></robot>");
 }
 
-class SonarDriverTest : public test::FakeRobotTest {
- protected:
+struct SonarDriverTest : test::FakeRobotTest {
   SonarDriverTest() {
     memory.insertData("left", 0.0f);
     memory.insertData("right", 0.0f);

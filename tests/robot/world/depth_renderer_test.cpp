@@ -1,7 +1,6 @@
 #include "robot/world/depth_renderer.h"
 
 #include <cmath>
-#include <random>
 
 #include <gtest/gtest.h>
 

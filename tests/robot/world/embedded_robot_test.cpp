@@ -5,8 +5,6 @@
 #include <optional>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/dcm_proxy.h"
 #include "platform/middleware/qv_memory_proxy.h"
@@ -17,24 +15,17 @@
 #include "platform/vision/video_codes.h"
 #include "tests/robot/world/room.h"
 #include "tests/support/log_capture.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
-
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 constexpr float kFree = 5.0f;
 const std::string kPeople = "PeoplePerception/PeopleDetected";
 
 /** The module that listens, and the events that it got. */
-class Listener : public QVModule {
- public:
+struct Listener : QVModule {
   Listener() : QVModule("QVNavigation") {
     bindMethod("hear", [this](const std::string&, const QVValue& value, const std::string&) {
       heard.push_back(value);
@@ -44,8 +35,7 @@ class Listener : public QVModule {
 };
 
 /** Porter in a room of 10 m by 6 m; `world` may be changed before the first use of robot(). */
-class EmbeddedRobotTest : public testing::Test {
- protected:
+struct EmbeddedRobotTest : testing::Test {
   EmbeddedRobotTest() { world.start = {5.0f, 3.0f, 0.0f}; }
 
   EmbeddedRobot& robot() {
@@ -175,16 +165,6 @@ TEST_F(EmbeddedRobotTest, boxesAndPeopleStopItTooUnlessTheyLeaveRoom) {
   EXPECT_THAT(robot().getPose(), IsPose(2.0 + 0.2 + 0.26, 3, 0));
 }
 
-TEST_F(EmbeddedRobotTest, sonarsMeasureWhileSomebodyIsSubscribed) {
-  world.start = {7.0f, 3.0f, 0.0f};
-  run(1000);
-  EXPECT_EQ(numberAt("Device/Sonar/Front/Value"), kFree);
-  EXPECT_NEAR(sonar("Front"), 10.0 - 7.13, 1e-3);
-  EXPECT_EQ(sonar("Back"), kFree) << "nothing within its 4 m";
-  robot().setPose({7.0f, 3.0f, kPi});
-  EXPECT_NEAR(sonar("Back"), 10.0 - 7.13, 1e-3);
-}
-
 TEST_F(EmbeddedRobotTest, sonarsHearWhatStandsInTheirConeAtTheirHeight) {
   // Porter's sonars sit 0.65 m high.
   world.boxes = {{{7.0f, 3.4f, 0.0f}, 0.1f, 0.1f, 0.0f, 1.0f},
@@ -294,27 +274,23 @@ TEST_F(EmbeddedRobotTest, theDepthCameraShowsTheWallAhead) {
   EXPECT_NEAR(pixels[120 * 320 + 160], 10000 - 5090, 1);
 }
 
-/** A run's last readings of all families of ranges. */
-class SeededRun : public EmbeddedRobotTest {
- protected:
-  std::vector<float> readings(std::uint64_t seed) {
+TEST_F(EmbeddedRobotTest, aSeedMakesARunTheSameAndAnotherOneMakesItDiffer) {
+  world.start = {7.0f, 3.0f, 0.0f};
+  world.rangeNoise = 0.02f;
+  world.randomPeople = 2;
+  // A run's last readings of all families of ranges.
+  const auto readings = [this](std::uint64_t seed) {
     sut.reset();
     listener = boost::make_shared<Listener>();
     sonarsRun = false;
     world.seed = seed;
-    world.start = {7.0f, 3.0f, 0.0f};
-    world.rangeNoise = 0.02f;
-    world.randomPeople = 2;
     setLaserMode("Platform", 7);
     run(3000);
     std::vector<float> result{sonar("Front"), sonar("Front")};
     for (const char* laser : {"FrontLaser", "LeftLaser"}) result.push_back(middlePoint(laser).x);
     for (const auto& person : robot().getPeople()) result.push_back(person.x);
     return result;
-  }
-};
-
-TEST_F(SeededRun, aSeedMakesARunTheSameAndAnotherOneMakesItDiffer) {
+  };
   const auto first = readings(1);
   EXPECT_EQ(readings(1), first);
   const auto other = readings(2);
@@ -331,6 +307,7 @@ TEST_F(EmbeddedRobotTest, aDropOutHasNoEcho) {
 
 TEST_F(EmbeddedRobotTest, ofFaultsThatOverlapTheOneSetLastCounts) {
   world.start = {7.0f, 3.0f, 0.0f};
+  EXPECT_EQ(sonar("Back"), kFree) << "nothing within its 4 m";
   const float sound = sonar("Front");
   robot().setFault("FrontSonar", FaultKind::stuck);
   robot().setFault("FrontSonar", FaultKind::wrong, ko::Duration::zero(), milliseconds(1000));

@@ -1,17 +1,11 @@
 #include "robot/world/fault.h"
 
-#include <gmock/gmock.h>
-
 #include "robot/world/embedded_robot.h"
 #include "tests/robot/world/room.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
-
-using boost::chrono::milliseconds;
-using test::errorOf;
-using testing::HasSubstr;
 
 TEST(Fault, isReadFromItsText) {
   EXPECT_EQ(parseFault("FrontSonar:off"), (Fault{"FrontSonar", FaultKind::off}));

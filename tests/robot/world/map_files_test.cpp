@@ -3,7 +3,6 @@
 #include <cmath>
 #include <filesystem>
 #include <fstream>
-#include <functional>
 #include <stdexcept>
 
 #include <gmock/gmock.h>
@@ -11,15 +10,13 @@
 #include <rapidcheck/gtest.h>
 
 #include "tests/support/temporary_folder.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::robot {
 namespace {
 
-using testing::ElementsAre;
 using testing::EndsWith;
 using testing::FloatEq;
-using testing::HasSubstr;
-using testing::ThrowsMessage;
 
 /** A map's YAML, one key a line, in the order of the lines that error texts name. */
 struct Yaml {
@@ -38,8 +35,7 @@ struct Yaml {
   }
 };
 
-class MapFilesTest : public testing::Test {
- protected:
+struct MapFilesTest : testing::Test {
   OccupancyMap load(const Yaml& yaml) { return loadMap(folder.write("map.yaml", yaml.text())); }
 
   /** The occupancies of a P2 image of one row. */
@@ -54,32 +50,23 @@ class MapFilesTest : public testing::Test {
 TEST_F(MapFilesTest, thresholdsDecideWhatShadesMean) {
   EXPECT_THAT(loadRow({}, "254 255 206 205 100 89 0", 7),
               ElementsAre(0.0f, 0.0f, 0.0f, 0.5f, 0.5f, 1.0f, 1.0f));
-  Yaml negated;
-  negated.negate = "true";
-  EXPECT_THAT(loadRow(negated, "0 49 50 255", 4), ElementsAre(0.0f, 0.0f, 0.5f, 1.0f));
+  EXPECT_THAT(loadRow({.negate = "true"}, "0 49 50 255", 4), ElementsAre(0.0f, 0.0f, 0.5f, 1.0f));
   // 51 of 255 is exactly a fifth: a threshold itself is neither above nor below.
-  Yaml exact;
-  exact.occupied = exact.free = "0.2";
-  EXPECT_THAT(loadRow(exact, "205 204 203", 3), ElementsAre(0.0f, 0.5f, 1.0f));
+  EXPECT_THAT(loadRow({.occupied = "0.2", .free = "0.2"}, "205 204 203", 3),
+              ElementsAre(0.0f, 0.5f, 1.0f));
 }
 
 TEST_F(MapFilesTest, scaleSpreadsTheShadesBetweenTheThresholds) {
-  Yaml yaml;
-  yaml.more = "mode: scale\n";
-  yaml.occupied = "0.8";
-  yaml.free = "0.2";
+  const Yaml yaml{.occupied = "0.8", .free = "0.2", .more = "mode: scale\n"};
   EXPECT_THAT(
       loadRow(yaml, "255 204 153 102 51 0", 6),
       ElementsAre(0.0f, FloatEq(0.0f), FloatEq(1.0f / 3), FloatEq(2.0f / 3), FloatEq(1.0f), 1.0f));
-  yaml.occupied = "1.0";
-  yaml.free = "0";
-  yaml.negate = "1";
-  EXPECT_THAT(loadRow(yaml, "0 51 255", 3), ElementsAre(0.0f, FloatEq(0.2f), 1.0f));
+  const Yaml wide{.negate = "1", .occupied = "1.0", .free = "0", .more = yaml.more};
+  EXPECT_THAT(loadRow(wide, "0 51 255", 3), ElementsAre(0.0f, FloatEq(0.2f), 1.0f));
 }
 
 TEST_F(MapFilesTest, rawPixelsArePercents) {
-  Yaml yaml;
-  yaml.more = "mode: \"raw\"\n";
+  Yaml yaml{.more = "mode: \"raw\"\n"};
   EXPECT_THAT(loadRow(yaml, "0 25 100 101 255", 5), ElementsAre(0.0f, 0.25f, 1.0f, 0.5f, 0.5f));
   yaml.negate = "1";
   EXPECT_THAT(loadRow(yaml, "255 155 0", 3), ElementsAre(0.0f, 1.0f, 0.5f));
@@ -90,9 +77,7 @@ TEST_F(MapFilesTest, theSamePictureReadsTheSameInEveryFormat) {
   const std::vector<float> expected{1.0f, 0.0f, 1.0f, 0.0f, 1.0f, 0.5f};
   const auto expectSame = [&](const std::string& image) {
     SCOPED_TRACE(image);
-    Yaml yaml;
-    yaml.image = image;
-    const OccupancyMap map = load(yaml);
+    const OccupancyMap map = load({.image = image});
     ASSERT_EQ(map.getWidth(), 3);
     ASSERT_EQ(map.getHeight(), 2);
     EXPECT_EQ(map.getCells(), expected);
@@ -107,6 +92,7 @@ TEST_F(MapFilesTest, theSamePictureReadsTheSameInEveryFormat) {
     folder.write(name, bytes);
     expectSame(name);
   }
+  expectSame(folder / "p5.pgm");
   for (const int channels : {1, 3, 4}) {
     cv::Mat image(2, 3, CV_8UC(channels), cv::Scalar::all(0));
     for (int i = 0; i < 6; ++i) {
@@ -124,31 +110,15 @@ TEST_F(MapFilesTest, aColourCountsAsTheMeanOfItsChannels) {
   cv::Mat image(1, 2, CV_8UC3, cv::Scalar(255, 0, 0));
   image.at<cv::Vec3b>(0, 1) = cv::Vec3b(0, 255, 0);
   cv::imwrite(folder / "colour.png", image);
-  Yaml yaml;
-  yaml.image = "colour.png";
-  yaml.occupied = "1";
-  yaml.free = "0";
-  yaml.more = "mode: scale";
+  const Yaml yaml{.image = "colour.png", .occupied = "1", .free = "0", .more = "mode: scale"};
   EXPECT_THAT(load(yaml).getCells(), ElementsAre(FloatEq(2.0f / 3), FloatEq(2.0f / 3)));
-}
-
-TEST_F(MapFilesTest, theImageIsFoundFromTheFolderOfTheYaml) {
-  std::filesystem::create_directories(folder / "maps/images");
-  folder.write("maps/images/a.pgm", "P2 1 1 255 0");
-  Yaml yaml;
-  yaml.image = "images/a.pgm";
-  EXPECT_THAT(loadMap(folder.write("maps/map.yaml", yaml.text())).getCells(), ElementsAre(1.0f));
-  yaml.image = folder / "maps/images/a.pgm";
-  EXPECT_THAT(load(yaml).getCells(), ElementsAre(1.0f));
 }
 
 TEST_F(MapFilesTest, numbersComeInAllTheirForms) {
   folder.write("map.pgm", "P2 1 1 255 0");
-  Yaml yaml;
-  yaml.resolution = "'+5e-2'  # quoted";
-  yaml.origin = "\n  - -1.5\n  - .5\n  - 2E0";
-  yaml.more = "cost: unknown keys are ignored\n";
-  const OccupancyMap map = load(yaml);
+  const OccupancyMap map = load({.resolution = "'+5e-2'  # quoted",
+                                 .origin = "\n  - -1.5\n  - .5\n  - 2E0",
+                                 .more = "cost: unknown keys are ignored\n"});
   EXPECT_EQ(map.getResolution(), 0.05f);
   EXPECT_EQ(map.getOrigin(), Math::Pose2D(-1.5f, 0.5f, 2.0f));
 }
@@ -168,7 +138,6 @@ TEST_F(MapFilesTest, aWrongYamlIsRefusedByLineAndKey) {
       {with(&Yaml::resolution, "1e39"), ":2: resolution: a finite number expected"},
       {with(&Yaml::resolution, "0,05"), ":2: resolution: a finite number expected, \"0,05\" given"},
       {with(&Yaml::resolution, "0"), ":2: resolution: metres from 0.000001 to 1000000 expected"},
-      {with(&Yaml::resolution, "-0.05"), ":2: resolution: metres from"},
       {with(&Yaml::resolution, "1e-50"), ":2: resolution: metres from"},
       {with(&Yaml::origin, "[0, 0]"), ":3: origin: a list of 3 (x, y, yaw) expected, a list of 2"},
       {with(&Yaml::origin, "0 0 0"), ":3: origin: a list of 3 (x, y, yaw) expected, \"0 0 0\""},
@@ -197,7 +166,6 @@ TEST_F(MapFilesTest, aWrongYamlIsRefusedByLineAndKey) {
 
 TEST_F(MapFilesTest, aWrongImageIsRefusedByName) {
   const std::pair<std::string, std::string> cases[] = {
-      {"P5 2 2 255 abc", "4 pixels expected"},
       {"P5 2 2 255\r\nabc", "line 2: 4 pixels expected, 3 found"},
       {"P5 2 2 255", "4 pixels expected, the file ends before"},
       {"P5 1000000 1000000 255\nabc", "1000000000000 pixels expected"},
@@ -207,7 +175,6 @@ TEST_F(MapFilesTest, aWrongImageIsRefusedByName) {
       {"P5 2 9999999 255\nabcd", "a height from 1 to 1048576 expected"},
       {"P5 2 x 255\nabcd", "a height from 1 to 1048576 expected, \"x\" found"},
       {"P5", "a width from 1 to 1048576 expected, \"\" found"},
-      {"P2 2 2 255 0 1 2", "4 pixels expected"},
       {"P2\n2 2\n255\n0 1\n256 3\n", "line 5: a pixel from 0 to 255 expected, \"256\" found"},
       {"P2 2 2 255 0 -1 2 3", "a pixel from 0 to 255 expected, \"-1\" found"},
       {"P2 2 2 255 0 1.5 2 3", "a pixel from 0 to 255 expected, \"1.5\" found"},
@@ -222,18 +189,15 @@ TEST_F(MapFilesTest, aWrongImageIsRefusedByName) {
                 ThrowsMessage<std::runtime_error>(AllOf(HasSubstr(path), HasSubstr(message))))
         << bytes;
   }
-  Yaml elsewhere;
   for (const char* name : {"none.pgm", "."}) {
-    elsewhere.image = name;
-    EXPECT_THAT([&] { load(elsewhere); },
+    EXPECT_THAT([&] { load({.image = name}); },
                 ThrowsMessage<std::runtime_error>(
                     AllOf(HasSubstr(folder / name), HasSubstr("a readable file expected"))));
   }
 }
 
 TEST_F(MapFilesTest, aPngThatWouldBeNarrowedOrEndsEarlyIsRefused) {
-  Yaml yaml;
-  yaml.image = "image.png";
+  const Yaml yaml{.image = "image.png"};
   const std::string path = folder / "image.png";
   cv::imwrite(path, cv::Mat(2, 2, CV_16U, cv::Scalar(40000)));
   EXPECT_THAT([&] { load(yaml); }, ThrowsMessage<std::runtime_error>(AllOf(
@@ -265,26 +229,25 @@ OccupancyMap makeMap(const std::vector<float>& shades) {
   return map;
 }
 
-RC_GTEST_FIXTURE_PROP(MapFilesTest, aMapOfThreeKindsOfCellsComesBackAsItWas, ()) {
-  const OccupancyMap map = makeMap({0.0f, 0.5f, 1.0f});
+RC_GTEST_FIXTURE_PROP(MapFilesTest, aMapComesBackRoundedAndThenStays, ()) {
+  // Three kinds of cells come back as they were.
+  const bool isTrinary = *rc::gen::arbitrary<bool>();
+  std::vector<float> shades{0.0f, 0.5f, 1.0f};
+  if (!isTrinary) shades.insert(shades.end(), {0.123f, 0.4f, 0.77f});
+  const OccupancyMap map = makeMap(shades);
   const std::string path = folder / "it's a \"map\": #1.yaml";
   saveMap(map, path);
-  const OccupancyMap back = loadMap(path);
-  RC_ASSERT(back.getWidth() == map.getWidth());
-  RC_ASSERT(back.getResolution() == map.getResolution());
-  RC_ASSERT(back.getOrigin() == map.getOrigin());
-  RC_ASSERT(back.getCells() == map.getCells());
-}
-
-RC_GTEST_FIXTURE_PROP(MapFilesTest, otherOccupanciesComeBackRoundedAndThenStay, ()) {
-  const OccupancyMap map = makeMap({0.0f, 0.123f, 0.5f, 0.4f, 0.77f, 1.0f});
-  saveMap(map, folder / "first.yml");
-  const OccupancyMap first = loadMap(folder / "first.yml");
+  const OccupancyMap first = loadMap(path);
+  RC_ASSERT(first.getWidth() == map.getWidth());
+  RC_ASSERT(first.getHeight() == map.getHeight());
+  RC_ASSERT(first.getResolution() == map.getResolution());
+  RC_ASSERT(first.getOrigin() == map.getOrigin());
   for (std::size_t i = 0; i < map.getCells().size(); ++i) {
-    RC_ASSERT(std::abs(first.getCells()[i] - map.getCells()[i]) < 0.501f / 255);
+    const float change = std::abs(first.getCells()[i] - map.getCells()[i]);
+    RC_ASSERT(change <= (isTrinary ? 0.0f : 0.501f / 255));
   }
-  saveMap(first, folder / "second.yaml");
-  RC_ASSERT(loadMap(folder / "second.yaml").getCells() == first.getCells());
+  saveMap(first, folder / "second.yml");
+  RC_ASSERT(loadMap(folder / "second.yml").getCells() == first.getCells());
 }
 
 TEST(ShippedMaps, areWhatTheWriterWrites) {

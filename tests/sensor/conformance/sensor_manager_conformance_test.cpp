@@ -3,30 +3,24 @@
 #include <memory>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "sensor/simulation/simulated_sensor_manager.h"
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/porter.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::sensor {
 namespace {
 
-using test::namesOf;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
 using testing::IsSubsetOf;
 
 typedef std::set<std::string> Names;
 typedef std::vector<std::string> List;
 
 /** A manager, with two sensors in the family "Sonar" and some in "Asus" that all have records. */
-class World {
- public:
+struct World {
   virtual ~World() = default;
   virtual SensorManager& getManager() = 0;
   /** Afterwards whatever is started has been measured. */
@@ -62,8 +56,7 @@ struct Implementation {
   friend void PrintTo(const Implementation& self, std::ostream* stream) { *stream << self.name; }
 };
 
-class SensorManagerConformance : public testing::TestWithParam<Implementation> {
- protected:
+struct SensorManagerConformance : testing::TestWithParam<Implementation> {
   List readNames(const Names& names) {
     world->passTime();
     return namesOf(sut.getMetricalData(names));

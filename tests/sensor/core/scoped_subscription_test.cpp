@@ -3,19 +3,14 @@
 #include <stdexcept>
 #include <utility>
 
-#include <gmock/gmock.h>
-
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::sensor {
 namespace {
 
-using testing::IsEmpty;
-using testing::SizeIs;
-
-class ScopedSubscriptionTest : public testing::Test {
- protected:
+struct ScopedSubscriptionTest : testing::Test {
   ScopedSubscriptionTest() {
     for (const char* name : {"A", "B", "C"}) sensors.push_back(manager.add(name, "Sonar"));
   }

@@ -3,8 +3,6 @@
 #include <latch>
 #include <thread>
 
-#include <gmock/gmock.h>
-
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/middleware/scoped_module.h"
@@ -12,23 +10,14 @@
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/porter.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::sensor {
 namespace {
 
-using boost::chrono::milliseconds;
-using test::errorOf;
-using test::namesOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::SizeIs;
-
 typedef std::vector<std::string> Names;
 
-class NavigationModuleTest : public testing::Test {
- protected:
+struct NavigationModuleTest : testing::Test {
   void host() {
     sut = boost::make_shared<NavigationModule>(broker);
     hosting.emplace(broker, sut);
@@ -77,6 +66,7 @@ TEST_F(NavigationModuleTest, answersWhatItsManagerAnswers) {
   sensors.call<bool>("subscribe", "me", "Touch");
   EXPECT_TRUE(sensors.call<bool>("enableSensorOrFamily", "Sonar", false));
   EXPECT_TRUE(sensors.call<bool>("setSensorDiagnosis", "HoleLaser", false));
+  sensors.callVoid("setSensorsDebug", false);
   EXPECT_FALSE(sensors.call<bool>("isSensorEnabled", "BackSonar"));
   EXPECT_FALSE(sensors.call<bool>("isSensorDiagnosisSuccess", "HoleLaser"));
   EXPECT_TRUE(sensors.call<bool>("isSensorSubscribedBy", "Touch", "me"));
@@ -92,6 +82,7 @@ TEST_F(NavigationModuleTest, answersWhatItsManagerAnswers) {
   EXPECT_THAT(sensors.call<Names>("getSensorList"), SizeIs(11));
   EXPECT_EQ(sensors.call<float>("getKindParameter"), 0.0f);
   sensors.callVoid("setSensorsDebug", true);
+  sensors.callVoid("setSensorsDebug", false);
   EXPECT_TRUE(sensors.call<bool>("isSensorEnabled", "BackSonar"));
   time.advance(milliseconds(100));
   EXPECT_EQ(recordsFromQVValue(sensors.call<QVValue>("getAllMetricalData")),

@@ -9,15 +9,7 @@
 namespace QV::sensor {
 namespace {
 
-using boost::chrono::milliseconds;
-using test::kInf;
-using test::kNan;
-using testing::AllOf;
-using testing::ElementsAre;
 using testing::Field;
-using testing::FloatNear;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 const Math::SensorFieldOfView2D kPeopleView(0.4f, 4.0f, 1.0f, 320);
 const std::string kPeopleError = "error QVNavigation.PeoplePerceptionSensor.";
@@ -43,8 +35,7 @@ auto isPoint(float x, float y, float z) {
                Field(&Math::Position3D::z, FloatNear(z, 1e-6f)));
 }
 
-class PeoplePerceptionSensorTest : public test::FakeRobotTest {
- protected:
+struct PeoplePerceptionSensorTest : test::FakeRobotTest {
   PeoplePerceptionSensorTest() {
     video->bindMethod("getCameraName", [](int index) {
       if (index != 2) throw std::runtime_error("no camera " + std::to_string(index));

@@ -10,9 +10,6 @@
 namespace QV::sensor {
 namespace {
 
-using testing::ElementsAreArray;
-using testing::SizeIs;
-
 typedef cv::Mat_<std::uint16_t> Depth;
 
 constexpr int kMaxDifference = 100;
@@ -48,8 +45,7 @@ std::vector<test::DepthFrame> withThinned(std::vector<test::DepthFrame> frames) 
   return frames;
 }
 
-class Sensor3DFilteringTest : public Sensor3DTest {
- protected:
+struct Sensor3DFilteringTest : Sensor3DTest {
   /** What the filter is to find and to log. */
   struct Plain {
     Scans scans;

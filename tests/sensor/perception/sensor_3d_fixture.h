@@ -19,8 +19,7 @@ struct OpenSensor3D : Sensor3D {
   using Sensor3D::xFilterScan;
 };
 
-class Sensor3DTest : public test::FakeRobotTest {
- protected:
+struct Sensor3DTest : test::FakeRobotTest {
   static constexpr int kHighResolutionModel = 7;
   // The same in all tests: one process asks for them once.
   static constexpr float kHorizontal = 1.0f;

@@ -9,11 +9,6 @@
 namespace QV::sensor {
 namespace {
 
-using boost::chrono::milliseconds;
-using testing::ElementsAre;
-using testing::IsEmpty;
-using testing::SizeIs;
-
 TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
   make();
   fill({160, 20, 32, 24}, 15000);  // 768 pixels, as few as are kept.
@@ -182,17 +177,6 @@ TEST_F(Sensor3DTest, givesItsHandleBackOnceMoreAtItsEndWithoutATrace) {
   EXPECT_THAT(log.lines(), IsEmpty());
   EXPECT_THAT(broker->callsTo("QVVideoDevice"),
               testing::Contains("unsubscribe[\"Sensor3DDepth_1\"]").Times(2));
-}
-
-TEST_F(Sensor3DTest, aSubscriptionThatFailsLeavesNoHandleToGiveBack) {
-  make();
-  sut->subscribe("me");
-  sut->unsubscribe("me");
-  broker->planFailure("QVVideoDevice.subscribeCamera", "busy");
-  sut->subscribe("me");
-  const auto calls = broker->callsTo("QVVideoDevice");
-  sut.reset();
-  EXPECT_EQ(broker->callsTo("QVVideoDevice"), calls);
 }
 
 TEST_F(Sensor3DTest, aNewSubscriptionShowsTheFormerImageUntilTheFirstNewOne) {

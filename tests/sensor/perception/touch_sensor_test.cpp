@@ -4,15 +4,9 @@
 
 #include "tests/support/fake_robot.h"
 #include "tests/support/fake_sensor.h"
-#include "tests/support/throws.h"
 
 namespace QV::sensor {
 namespace {
-
-using test::errorOf;
-using test::namesOf;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 const Math::SensorFieldOfView2D kTouchView(0.1f, 0.5f, 1.0f, 3);
 const std::string kCategory = "Navigation.TouchSensor.";
@@ -24,8 +18,7 @@ QVValue released(const char* group) {
   return QVValue::array(group, false);
 }
 
-class TouchSensorTest : public test::FakeRobotTest {
- protected:
+struct TouchSensorTest : test::FakeRobotTest {
   TouchSensorTest() {
     navigation->bindMethod("_onTouchChanged", [this](const std::string& event, const QVValue& value,
                                                      const std::string& module) {
@@ -124,14 +117,6 @@ TEST_F(TouchSensorTest, anEventThatComesDuringAReadingWaitsForItsEnd) {
   EXPECT_THAT(touchedGroups(), ElementsAre("A", "B"));
   releasing.join();
   EXPECT_THAT(touchedGroups(), IsEmpty());
-}
-
-TEST_F(TouchSensorTest, withoutItsEventThereIsNoSensor) {
-  broker->planFailure("QVMemory.subscribeToEvent", "memory is full");
-  EXPECT_EQ(errorOf([&] { TouchSensor("Touch", "Touch", broker, kTouchView); }), "memory is full");
-  EXPECT_THAT(log.lines(),
-              ElementsAre("error " + kCategory +
-                          "TouchSensor: Error while subscribing to TouchChanged: memory is full"));
 }
 
 TEST_F(TouchSensorTest, theEventIsFollowedAllItsLifeAndNeverGivenBack) {

@@ -6,17 +6,12 @@ namespace QV::sensor {
 namespace {
 
 using Math::Position3D;
-using test::kInf;
-using test::kNan;
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 const std::string kHoleLaserError = "error Navigation.HoleLaserSensor.xGetData: ";
 const std::vector<Position3D> kScan{{0.30f, 0.05f, 0.0f}, {0.32f, -0.04f, 0.0f}};
 const std::vector<Position3D> kHole{{0.1f, 0.05f, 0.0f}, {0.1f, -0.04f, 0.0f}};
 
-class HoleLaserSensorTest : public test::FakeRobotTest {
- protected:
+struct HoleLaserSensorTest : test::FakeRobotTest {
   HoleLaserSensorTest() {
     const std::pair<const char*, float> values[] = {
         {"mode", 1.0f}, {"stamp", 90.0f}, {"x0", 0.30f},   {"y0", 0.05f},

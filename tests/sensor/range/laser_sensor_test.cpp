@@ -1,28 +1,19 @@
 #include "sensor/range/laser_sensor.h"
 
-#include <cmath>
-
 #include "robot/services/laser_mode_actuator.h"
 #include "tests/support/fake_robot.h"
 
 namespace QV::sensor {
 namespace {
 
-using boost::chrono::milliseconds;
 using Math::Position3D;
 using robot::LaserModeActuator;
-using test::kInf;
-using test::kNan;
-using testing::ElementsAre;
-using testing::ElementsAreArray;
-using testing::IsEmpty;
 
 const Math::SensorFieldOfView2D kLaserView(0.5f, 5.0f, 1.0f, 1);
 const std::string kRead = "error Navigation.LaserSensor.xGetData: ";
 const std::string kSetKey = " Navigation.LaserSensor.xSetKey: ";
 
-class LaserSensorTest : public test::FakeRobotTest {
- protected:
+struct LaserSensorTest : test::FakeRobotTest {
   LaserSensorTest() { memory.insertData("stamp", 90); }
 
   boost::shared_ptr<LaserSensor> makeLaser(const std::vector<std::string>& keys, int mask = 2) {

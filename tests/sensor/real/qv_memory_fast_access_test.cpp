@@ -2,20 +2,30 @@
 
 #include <memory>
 
-#include <gmock/gmock.h>
-
 #include "platform/middleware/qv_error.h"
 #include "tests/support/broker_with_memory.h"
-#include "tests/support/throws.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV {
 namespace {
 
-using test::errorOf;
-using testing::ElementsAre;
+/** Has the same number under every key but for two that it fails to read. */
+struct ForgetfulMemory : QVModule {
+  ForgetfulMemory() : QVModule("QVMemory") {
+    bindMethod("getData", [this](const std::string& key) {
+      if (key == "foreign") throw 42;
+      if (key == "standard") throw std::runtime_error("unreadable");
+      return number;
+    });
+    bindMethod("insertData", [this](const std::string&, const QVValue&) { ++inserted; });
+    bindMethod("getDataPtr",
+               [this](const std::string&) { return reinterpret_cast<std::intptr_t>(&number); });
+  }
+  float number = 1.5f;
+  int inserted = 0;
+};
 
-class QVMemoryFastAccessTest : public testing::Test {
- protected:
+struct QVMemoryFastAccessTest : testing::Test {
   std::vector<float> floats() const {
     std::vector<float> values{-1, -1};
     sut.GetValues(values);
@@ -121,23 +131,13 @@ TEST_F(QVMemoryFastAccessTest, aSafeConnectionMakesAKeyOfAnEventButNotOfAString)
 }
 
 TEST_F(QVMemoryFastAccessTest, onlyAStandardFailureToReadMakesAKey) {
-  auto other = QVBroker::create();
-  auto module = boost::make_shared<QVModule>("QVMemory");
-  int inserted = 0;
-  float storage = 0;
-  module->bindMethod("getData", [](const std::string& key) {
-    if (key == "foreign") throw 42;
-    throw std::runtime_error("unreadable");
-  });
-  module->bindMethod("insertData", [&inserted](const QVValue&, const QVValue&) { ++inserted; });
-  module->bindMethod("getDataPtr", [&storage](const std::string&) {
-    return reinterpret_cast<std::intptr_t>(&storage);
-  });
-  other->registerModule(module);
+  const auto other = QVBroker::create();
+  const auto forgetful = boost::make_shared<ForgetfulMemory>();
+  other->registerModule(forgetful);
   EXPECT_THROW(sut.ConnectToVariables(other, {"foreign"}, true), int);
-  EXPECT_EQ(inserted, 0);
+  EXPECT_EQ(forgetful->inserted, 0);
   sut.ConnectToVariables(other, {"standard"}, true);
-  EXPECT_EQ(inserted, 1);
+  EXPECT_EQ(forgetful->inserted, 1);
 }
 
 TEST_F(QVMemoryFastAccessTest, aMissingBrokerOrMemoryIsAnError) {
@@ -184,15 +184,8 @@ TEST_F(QVMemoryFastAccessTest, theInnerTestSaysWhatIsWrong) {
 }
 
 TEST(QVMemoryFastAccess, theInnerTestFailsOnAMemoryThatForgets) {
-  auto broker = QVBroker::create();
-  auto module = boost::make_shared<QVModule>("QVMemory");
-  float storage = 1.5f;
-  module->bindMethod("getData", [](const std::string&) { return 1.5f; });
-  module->bindMethod("insertData", [](const std::string&, const QVValue&) {});
-  module->bindMethod("getDataPtr", [&storage](const std::string&) {
-    return reinterpret_cast<std::intptr_t>(&storage);
-  });
-  broker->registerModule(module);
+  const auto broker = QVBroker::create();
+  broker->registerModule(boost::make_shared<ForgetfulMemory>());
   EXPECT_FALSE(QVMemoryFastAccess::InnerTest(broker));
 }
 

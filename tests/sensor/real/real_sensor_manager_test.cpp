@@ -8,20 +8,9 @@
 #include "sensor/range/smart_sonar.h"
 #include "tests/support/fake_robot.h"
 #include "tests/support/fake_sensor.h"
-#include "tests/support/throws.h"
 
 namespace QV::sensor {
 namespace {
-
-using boost::chrono::milliseconds;
-using test::namesOf;
-using testing::AllOf;
-using testing::Contains;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
-using testing::Not;
-using testing::SizeIs;
 
 typedef std::map<std::string, std::string> Properties;
 
@@ -52,8 +41,7 @@ Properties with(Properties properties, const Properties& more) {
   return properties;
 }
 
-class RealSensorManagerTest : public test::FakeRobotTest {
- protected:
+struct RealSensorManagerTest : test::FakeRobotTest {
   RealSensorManagerTest() {
     const auto video = boost::make_shared<robot::VideoDevice>();
     video->addCamera({2, "DepthCamera", 7, 1.0f, 0.8f,
@@ -165,7 +153,7 @@ TEST_F(RealSensorManagerTest, whatCantBeBuiltIsLoggedAndItsNeighboursStand) {
 }
 
 TEST_F(RealSensorManagerTest, needsABroker) {
-  EXPECT_THAT(test::errorOf([] { RealSensorManager(nullptr); }),
+  EXPECT_THAT(errorOf([] { RealSensorManager(nullptr); }),
               HasSubstr("a broker expected, none given"));
 }
 
@@ -221,17 +209,6 @@ TEST_F(RealSensorManagerTest, refreshesAtOnceAndEvery100msWhileASensorIsStarted)
   const auto calls = broker->callsTo("QVMotion").size();
   time.advance(milliseconds(1000));
   EXPECT_THAT(broker->callsTo("QVMotion"), SizeIs(calls));
-}
-
-TEST_F(RealSensorManagerTest, debuggingEnablesEverySensorAndItsEndDisablesNone) {
-  make(sonarElement("Front") + sonarElement("Back"));
-  sut->enableSensorOrFamily("Sonar", false);
-  sut->setSensorsDebug(false);
-  EXPECT_THAT(sut->getEnabledSensorList(), IsEmpty());
-  sut->setSensorsDebug(true);
-  EXPECT_THAT(sut->getEnabledSensorList(), ElementsAre("Back", "Front"));
-  sut->setSensorsDebug(false);
-  EXPECT_THAT(sut->getEnabledSensorList(), SizeIs(2));
 }
 
 }  // namespace

@@ -3,16 +3,11 @@
 #include <cmath>
 
 #include "tests/support/fake_robot.h"
-#include "tests/support/throws.h"
 
 namespace QV::sensor {
 namespace {
 
-using boost::chrono::milliseconds;
 using Math::MetricalData;
-using test::errorOf;
-using test::kNan;
-using testing::ElementsAre;
 
 const Math::SensorFieldOfView2D kFieldOfView(0.2f, 3.0f, 1.0f, 1);
 const std::string kGuard = "warning Navigation.RealSensor.xCorrectMetricalDataWithTimestamp: ";
@@ -35,8 +30,7 @@ class PlainRealSensor : public RealSensor {
   bool xUnsubscribeFromHardware() override { return true; }
 };
 
-class RealSensorTest : public test::FakeRobotTest {
- protected:
+struct RealSensorTest : test::FakeRobotTest {
   /** A record of time 0, one point, somewhere. */
   static MetricalData oldRecord(const std::string& name) {
     const auto place = Math::Transform::fromPosition({5.0f, 6.0f, 7.0f});
@@ -62,16 +56,6 @@ TEST_F(RealSensorTest, aRecordStartsWithTheSensorItsFieldOfViewAndTheDevicesTime
   }
   PlainRealSensor withKeys({"a", "b", "c"}, broker);
   EXPECT_EQ(readOf(withKeys).at(0).fieldOfView.rayCount, 3);
-}
-
-TEST_F(RealSensorTest, withoutAModuleThereIsNoSensorAndWithoutATimeNoRecord) {
-  broker->planFailure("DCM.getTime", "no clock");
-  EXPECT_EQ(errorOf([&] { readOf(sut); }), "no clock");
-  for (const std::string module : {"DCM", "QVMotion", "QVMemory"}) {
-    broker->unregisterModule(module);
-    EXPECT_EQ(errorOf([&] { PlainRealSensor({}, broker); }),
-              "QVProxy::QVProxy: no module \"" + module + "\"");
-  }
 }
 
 TEST_F(RealSensorTest, onlyRecordsOlderThanTheLimitAreReplaced) {

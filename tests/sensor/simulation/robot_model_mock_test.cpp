@@ -1,14 +1,10 @@
 #include "sensor/simulation/robot_model_mock.h"
 
-#include <gmock/gmock.h>
-
 #include "tests/support/log_capture.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::sensor {
 namespace {
-
-using testing::ElementsAre;
-using testing::IsEmpty;
 
 /** Reads what a sensor reports of itself by letting it measure where every ray is stopped. */
 Math::MetricalData recordOf(const boost::shared_ptr<SimulatedSensor>& sensor) {

@@ -5,19 +5,13 @@
 #include <numbers>
 #include <thread>
 
-#include <gmock/gmock.h>
-
-#include "platform/ko/simulated_time.h"
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/vocabulary.h"
 #include "tests/support/walled_map.h"
 
 namespace QV::sensor {
 namespace {
-
-using test::namesOf;
-using testing::IsEmpty;
-using testing::SizeIs;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
@@ -32,12 +26,10 @@ void setBothPoses(SensorManager& manager, const Math::Pose2D& pose) {
 
 TEST(SimulatedSensorManager, hasParametersForCallers) {
   test::LogCapture log;
-  for (int kind : {-1, 0}) {
-    EXPECT_EQ(SimulatedSensorManager(kind, nullptr).getKindParameter(), 0.15f) << kind;
-  }
-  for (int kind : {-2, 1, 2, 7}) {
+  for (const auto& [kind, expected] :
+       {std::pair(-2, 0.3f), {-1, 0.15f}, {0, 0.15f}, {1, 0.3f}, {2, 0.3f}, {7, 0.3f}}) {
     const SimulatedSensorManager sut(kind, nullptr);
-    EXPECT_EQ(sut.getKindParameter(), 0.3f) << kind;
+    EXPECT_EQ(sut.getKindParameter(), expected) << kind;
     EXPECT_EQ(sut.getSimulationParameter(), 1.0f);
   }
 }
@@ -91,40 +83,17 @@ TEST(SimulatedSensorManager, allRaysArePlacedFromTheScanPoseIntoTheReferenceFram
 
   sut.setPose2D(pose, Math::Pose2D());
   const auto shifted = sut.getMetricalData().at(0);
+  EXPECT_NEAR(robotFrame.sensorTransform(0, 3), 9.0f, 1e-6f);
+  EXPECT_NEAR(robotFrame.sensorTransform(1, 3), 5.1f, 1e-6f);
+  EXPECT_EQ(shifted.sensorTransform, Math::transformFromPose2D({0.1f, 0.0f, 0.0f}));
   const auto expected =
       Math::pinv(pose) * Math::Position2D(robotFrame.points[75].x, robotFrame.points[75].y);
   EXPECT_NEAR(shifted.points[75].x, expected.x, 1e-4f);
   EXPECT_NEAR(shifted.points[75].y, expected.y, 1e-4f);
 }
 
-TEST(SimulatedSensorManager, theTransformFollowsReferencePoseAndMountingOnly) {
-  OccupancyMap map = squareRoom();
-  SimulatedSensorManager sut(-1, &map);
-  sut.subscribe("me");
-  const Math::Pose2D reference(2.0f, 3.0f, kPi / 2);
-  sut.setPose2D(Math::Pose2D(5.0f, 5.0f, 1.0f), reference);
-  const auto first = sut.getMetricalData().at(0);
-  sut.setPose2D(Math::Pose2D(7.0f, 5.0f, 2.0f), reference);
-  const auto second = sut.getMetricalData().at(0);
-  EXPECT_EQ(first.sensorTransform, second.sensorTransform);
-  EXPECT_NE(first.points, second.points);
-  EXPECT_NEAR(first.sensorTransform(0, 3), 2.0f, 1e-6f);
-  EXPECT_NEAR(first.sensorTransform(1, 3), 3.1f, 1e-6f);
-}
-
-TEST(SimulatedSensorManager, stampsRecordsWithTheClock) {
-  ko::SimulatedTime time(ko::Clock::time_point(ko::Duration(5'000'000'000)));
-  OccupancyMap map = squareRoom();
-  SimulatedSensorManager sut(0, &map);
-  sut.subscribe("me");
-  time.advance(ko::Duration(7));
-  EXPECT_EQ(sut.getMetricalData().at(0).timestamp,
-            ko::Clock::time_point(ko::Duration(5'000'000'007)));
-}
-
 /** Lets a test slip a sensor in that is not simulated, or none. */
-class MixedManager : public SimulatedSensorManager {
- public:
+struct MixedManager : SimulatedSensorManager {
   MixedManager(OccupancyMap* map, const boost::shared_ptr<Sensor>& radar)
       : SimulatedSensorManager(1, map) {
     sensors["Radar"] = radar;

@@ -3,18 +3,12 @@
 #include <numbers>
 #include <string>
 
-#include "platform/middleware/qv_error.h"
 #include "tests/support/fake_robot.h"
-#include "tests/support/throws.h"
 
 namespace QV::sensor {
 namespace {
 
 using Math::Transform;
-using test::errorOf;
-using testing::ElementsAre;
-using testing::HasSubstr;
-using testing::IsEmpty;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
@@ -38,8 +32,7 @@ std::shared_ptr<Model::CollisionShape> ball(const std::string& joint, const Tran
 }
 
 /** A robot whose model hands out `description`. */
-class ObstructionTest : public test::FakeRobotTest {
- protected:
+struct ObstructionTest : test::FakeRobotTest {
   ObstructionTest() {
     const auto model = boost::make_shared<QVModule>("QVRobotModel");
     model->bindMethod("getConfig", [this] { return description; });
@@ -79,34 +72,6 @@ TEST_F(ObstructionTest, aShapeThatCannotBeTestedIsLeftOutWithAWarning) {
               ElementsAre("warning SensorUtils.initCollisionShapesAndJointConfig: Ignoring blob: "
                           "isIntersectionConeShape: shapes of the kind \"mesh\" are not "
                           "supported"));
-}
-
-TEST_F(ObstructionTest, withoutADescriptionTheShapesAreEmptiedAndTheErrorComesOut) {
-  shapes = {ball("LElbowRoll", Transform())};
-  description = "<robot";
-  EXPECT_THAT(errorOf([&] { initCollisionShapesAndJointConfig(broker, shapes); }),
-              HasSubstr("line 1: well-formed XML expected"));
-  EXPECT_THAT(shapes, IsEmpty());
-  broker->unregisterModule("QVRobotModel");
-  EXPECT_THROW(initCollisionShapesAndJointConfig(broker, shapes), QVError);
-}
-
-TEST_F(ObstructionTest, eachShapeIsPlacedByItsOwnJointInTheBodyFrame) {
-  shapes = {ball("RElbowRoll", Transform()), ball("LElbowRoll", Transform())};
-  broker->plan("QVMotion.getTransform", [this, x = 0.0f]() mutable {
-    motion->transform = Transform::fromPosition({++x, 0, 0}).toVector();
-  });
-  EXPECT_THAT(buildTransformsFromCollisionShapes(shapes, QVMotionProxy(broker)),
-              ElementsAre(Transform::fromPosition({1, 0, 0}), Transform::fromPosition({2, 0, 0})));
-  EXPECT_THAT(broker->callsTo("QVMotion"), ElementsAre("getTransform[\"RElbowRoll\", 0, true]",
-                                                       "getTransform[\"LElbowRoll\", 0, true]"));
-  const auto errorNow = [this] {
-    return errorOf([this] { buildTransformsFromCollisionShapes(shapes, QVMotionProxy(broker)); });
-  };
-  broker->planFailure("QVMotion.getTransform", "no such joint");
-  EXPECT_EQ(errorNow(), "no such joint");
-  broker->planAnswer("QVMotion.getTransform", std::vector<float>(11, 0.0f));
-  EXPECT_THAT(errorNow(), HasSubstr("12 floats expected, 11 given"));
 }
 
 // The sensor looks back along x at a joint that points to the left, with the ball before it.
