@@ -3,7 +3,7 @@
 #include <exception>
 #include <string>
 
-#include <boost/chrono.hpp>
+#include <boost/chrono/duration.hpp>
 #include <gmock/gmock.h>
 
 /** What most tests are written in. */

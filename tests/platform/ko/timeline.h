@@ -3,7 +3,7 @@
 #include <string>
 #include <vector>
 
-#include <boost/chrono.hpp>
+#include <boost/chrono/duration.hpp>
 #include <gmock/gmock.h>
 
 #include "platform/ko/simulated_time.h"
