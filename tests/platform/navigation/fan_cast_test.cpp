@@ -144,7 +144,7 @@ TEST(FanCast, isSeldomInDoubt) {
   RandomFans random(2);
   int rays = 0;
   int doubts = 0;
-  for (int i = 0; i < 1000; ++i) {
+  for (int i = 0; i < 200; ++i) {
     const OccupancyMap map = random.nextMap();
     const GridPoint centre{0.5 * map.getWidth() + 0.01, 0.5 * map.getHeight() + 0.01};
     const FanCast fan{
