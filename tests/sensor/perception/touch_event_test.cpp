@@ -56,5 +56,15 @@ TEST(TouchEvent, isReadWholeOrNotAtAll) {
   }
 }
 
+TEST(TouchEvent, everyTypeHasAName) {
+  const std::pair<int, const char*> names[] = {{-1, "Unknown"}, {0, "Unknown"},  {1, "Tactile"},
+                                               {2, "Bumper"},   {3, "Joint"},    {4, "Actuator"},
+                                               {5, "Wheel"},    {6, "Effector"}, {7, "Unknown"}};
+  for (const auto& [type, name] : names) {
+    EXPECT_EQ(getTypeName(static_cast<TOUCH_DETECTION_TYPE>(type)), name);
+    EXPECT_EQ(isValidTouchDetectionType(type), type >= 0 && type < 7) << type;
+  }
+}
+
 }  // namespace
 }  // namespace QV::Touch
