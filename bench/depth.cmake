@@ -1,7 +1,7 @@
 target_link_libraries(bench_depth PRIVATE QVOpenCV::imgproc QVOpenCV::imgcodecs)
 # By pkg-config: the package's CMake configuration asks for all of VTK and MPI.
 find_package(PkgConfig QUIET)
-if(PkgConfig_FOUND)
+if(QV_BENCH_PEERS AND PkgConfig_FOUND)
   pkg_check_modules(QV_PCL QUIET IMPORTED_TARGET pcl_segmentation)
 endif()
 if(QV_PCL_FOUND)
