@@ -1,7 +1,7 @@
 if(QV_BENCH_PEERS)
   find_package(mrpt-maps QUIET)
 endif()
-if(mrpt-maps_FOUND)
+if(QV_BENCH_PEERS AND mrpt-maps_FOUND)
   target_link_libraries(bench_scan PRIVATE mrpt::maps)
   target_compile_definitions(bench_scan PRIVATE QV_BENCH_MRPT)
 else()
