@@ -213,7 +213,7 @@ void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan
     scanInTurn(*scene, fan.fieldOfView, pathCase.path, times);
     state.SetIterationTime(times.ours.back());
     if (medium == nullptr) continue;
-      // Before, both maps were the peer's, which leaves as little in the caches.
+      // As in the medium map's own rows, the peer has just been there: the caches are as warm.
 #ifdef QV_BENCH_MRPT
     timeMrpt(*medium, fan.fieldOfView);
 #endif

@@ -16,10 +16,11 @@ Pose2D::Pose2D(const std::vector<float>& values) {
   theta = values[2];
 }
 
+Placement2D::Placement2D(const Pose2D& pose)
+    : x(pose.x), y(pose.y), cosTheta(std::cos(pose.theta)), sinTheta(std::sin(pose.theta)) {}
+
 Position2D operator*(const Pose2D& b, const Position2D& a) {
-  const float cosTheta = std::cos(b.theta);
-  const float sinTheta = std::sin(b.theta);
-  return {b.x + cosTheta * a.x - sinTheta * a.y, b.y + sinTheta * a.x + cosTheta * a.y};
+  return Placement2D(b) * a;
 }
 
 Pose2D operator*(const Pose2D& b, const Pose2D& a) {

@@ -27,6 +27,23 @@ QV_API Pose2D operator*(const Pose2D& b, const Pose2D& a);
 /** Position `a`, given in the frame of `b`, in the frame that `b` is given in. */
 QV_API Position2D operator*(const Pose2D& b, const Position2D& a);
 
+/** Places many positions as `pose * position` does, to the last bit; looks the angle up once. */
+class QV_API Placement2D {
+ public:
+  explicit Placement2D(const Pose2D& pose);
+
+  Position2D operator*(const Position2D& position) const {
+    return {x + cosTheta * position.x - sinTheta * position.y,
+            y + sinTheta * position.x + cosTheta * position.y};
+  }
+
+ private:
+  float x;
+  float y;
+  float cosTheta;
+  float sinTheta;
+};
+
 /** The inverse: pinv(pose) * pose is the origin. */
 QV_API Pose2D pinv(const Pose2D& pose);
 

@@ -33,7 +33,7 @@ constexpr double kDoubtful = std::numeric_limits<double>::quiet_NaN();
 constexpr double kOne = static_cast<double>(Height{1} << GridRay::kFractionBits);
 constexpr int kStrip = StripImage::kStripColumns;
 
-// As many rays go ahead together, unless their ways are so short that it takes longer.
+// Rays that go ahead together, and the strips that they have to cross for it to pay.
 constexpr int kTogether = 8;
 constexpr int kFewestStrips = 6;
 

@@ -1,7 +1,6 @@
 #include "sensor/simulation/simulated_sensor.h"
 
 #include <algorithm>
-#include <cmath>
 
 #include "platform/navigation/occ_map_simulate_scan.h"
 
@@ -11,23 +10,6 @@ namespace {
 // Cells above this occupancy stop a ray: occupied ones and, at 0.5, unknown ones.
 constexpr float kOccupiedAbove = 0.4f;
 constexpr float kPointHeight = 0.5f;
-
-/** Places many points as a pose does, but looks its angle up once. */
-class Placement {
- public:
-  explicit Placement(const Math::Pose2D& pose)
-      : pose(pose), cosTheta(std::cos(pose.theta)), sinTheta(std::sin(pose.theta)) {}
-
-  Math::Position2D operator*(const Math::Position2D& point) const {
-    return {pose.x + cosTheta * point.x - sinTheta * point.y,
-            pose.y + sinTheta * point.x + cosTheta * point.y};
-  }
-
- private:
-  Math::Pose2D pose;
-  float cosTheta;
-  float sinTheta;
-};
 
 }  // namespace
 
@@ -82,7 +64,7 @@ void SimulatedSensor::xAddNearestEcho(const std::vector<RangeReading>& readings,
 
 void SimulatedSensor::xAddAllRays(const std::vector<RangeReading>& readings, const PosePair& poses,
                                   std::vector<Math::Position3D>& points) const {
-  const Placement placement(poses.referencePose * Math::pinv(poses.scanPose));
+  const Math::Placement2D placement(poses.referencePose * Math::pinv(poses.scanPose));
   points.reserve(readings.size());
   for (const RangeReading& reading : readings) {
     const float range = reading.status == 0 ? reading.range : fieldOfView.maxRange;

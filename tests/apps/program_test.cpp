@@ -171,7 +171,9 @@ TEST_F(ProgramTest, drivingIntoAWallIsWarnedOfOnce) {
 
 TEST_F(ProgramTest, everyCommandHasHelp) {
   for (const char* command : {"list", "read", "plot", "drive", "check", "watch"}) {
-    EXPECT_THAT(run({command, "--help"}).out, HasSubstr("--kind"));
+    const Result result = run({command, "--help"});
+    EXPECT_EQ(result.status, 0);
+    EXPECT_THAT(result.out, HasSubstr("--kind"));
   }
   EXPECT_THAT(run({"replay", "--help"}).out, HasSubstr("lidar or sonar log"));
 }

@@ -58,6 +58,16 @@ TEST(Transform, isBuiltFromTwelveFloatsByRowsOnly) {
               ThrowsMessage<std::invalid_argument>(HasSubstr("2 given")));
 }
 
+TEST(Transform, aPoseSurvivesTheWayThroughATransform) {
+  const Pose2D pose = pose2DFromTransform(transformFromPose2D(Pose2D(1.5f, -2.5f, 0.7f)));
+  EXPECT_FLOAT_EQ(pose.x, 1.5f);
+  EXPECT_FLOAT_EQ(pose.y, -2.5f);
+  EXPECT_FLOAT_EQ(pose.theta, 0.7f);
+  for (int i = 0; i < 100; ++i) {
+    EXPECT_EQ((transformFromPose2D(Pose2D(0, 0, angleFrom(63 * i))) * Position3D(1, 2, 3)).z, 3.0f);
+  }
+}
+
 TEST(Transform, rotationFrom3DRotationTurnsAboutXThenYThenZ) {
   expectNear(rotationFrom3DRotation(0, 0, kHalfTurn / 2) * Position3D(2, 0, 0),
              Position3D(0, 2, 0));

@@ -139,7 +139,7 @@ TEST(FanCast, findsThePlainWalksAnswersOnEveryTarget) {
   }
 }
 
-// Where nothing is on an edge: else each would be cast again.
+// Each doubt costs a plain walk, and no wrong answer tells of too many.
 TEST(FanCast, isSeldomInDoubt) {
   RandomFans random(2);
   int rays = 0;
