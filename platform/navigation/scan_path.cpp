@@ -35,19 +35,18 @@ class Caster {
   Caster(const OccupancyMap& map, const Math::Pose2D& pose, float maxRange, float occupiedAbove,
          ScanPath path)
       : map(map), occupiedAbove(occupiedAbove) {
-    const double heading = static_cast<double>(pose.theta) - map.getOrigin().theta;
     fan.store = path == ScanPath::plain ? nullptr : map.getScanStore(occupiedAbove);
     fan.width = map.getWidth();
     fan.height = map.getHeight();
     fan.start = toGrid(map, Math::position2DFromPose2D(pose));
-    fan.cosHeading = std::cos(heading);
-    fan.sinHeading = std::sin(heading);
     fan.reach = maxRange / static_cast<double>(map.getResolution());
     if (fan.store != nullptr && fan.startsInside()) castTogether = findCastRays(path);
-    if (castTogether != nullptr) {
-      fan.store->fetch(static_cast<int>(fan.start.x), static_cast<int>(fan.start.y));
-    }
+    nothingInReach = castTogether != nullptr && xIsFreeAround();
+    if (!nothingInReach) xPrepare(pose.theta);
   }
+
+  /** Whether all rays miss, known without casting any. */
+  bool isNothingInReach() const { return nothingInReach; }
 
   /** The ways, in cells, of up to FanCast::kMostRays rays; infinity for those that hit nothing. */
   void cast(const double* cosines, const double* sines, int count, double* ways) const {
@@ -58,6 +57,22 @@ class Caster {
   }
 
  private:
+  bool xIsFreeAround() const {
+    // Rounding may reach another cell.
+    constexpr int kMargin = 2;
+    return fan.reach < StripImage::kFarthestAround - kMargin &&
+           fan.store->isFreeAround(static_cast<int>(fan.start.x), static_cast<int>(fan.start.y),
+                                   static_cast<int>(fan.reach) + kMargin);
+  }
+
+  void xPrepare(double theta) {
+    const double heading = theta - map.getOrigin().theta;
+    fan.cosHeading = std::cos(heading);
+    fan.sinHeading = std::sin(heading);
+    if (castTogether == nullptr) return;
+    fan.store->fetch(static_cast<int>(fan.start.x), static_cast<int>(fan.start.y));
+  }
+
   double castOne(double cosine, double sine) const {
     const GridRay ray =
         aimRay(fan.width, fan.height, fan.start, cosine * fan.cosHeading - sine * fan.sinHeading,
@@ -69,6 +84,7 @@ class Caster {
   float occupiedAbove;
   FanCast fan;
   CastRays* castTogether = nullptr;
+  bool nothingInReach = false;
 };
 
 /** The readings of `count` rays that go these ways; lengths are in metres but for the ways. */
@@ -84,6 +100,10 @@ void toReadings(const double* ways, const float* angles, int count, double resol
   }
 }
 
+void toMisses(const FanDirections& fan, float maxRange, std::vector<RangeReading>& readings) {
+  for (int i = 0; i < fan.rayCount; ++i) readings[i] = {maxRange, fan.angles[i], 1};
+}
+
 }  // namespace
 
 bool isSupported(ScanPath path) {
@@ -96,11 +116,9 @@ void simulateScan(const OccupancyMap& map, const Math::SensorFieldOfView2D& fiel
   if (!makesSense(fieldOfView)) return readings.clear();
   const FanDirections& fan = findFanDirections(fieldOfView.angularRange, fieldOfView.rayCount);
   readings.resize(fan.angles.size());
-  if (!isFinite(scanPose)) {
-    for (int i = 0; i < fan.rayCount; ++i) readings[i] = {fieldOfView.maxRange, fan.angles[i], 1};
-    return;
-  }
+  if (!isFinite(scanPose)) return toMisses(fan, fieldOfView.maxRange, readings);
   const Caster caster(map, scanPose, fieldOfView.maxRange, occupiedAbove, path);
+  if (caster.isNothingInReach()) return toMisses(fan, fieldOfView.maxRange, readings);
   const double resolution = map.getResolution();
   std::array<double, FanCast::kMostRays + FanCast::kMore> ways;
   for (int begin = 0; begin < fan.rayCount; begin += FanCast::kMostRays) {

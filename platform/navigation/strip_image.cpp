@@ -59,6 +59,17 @@ bool StripImage::get(int column, int row) const {
   return (block.words[static_cast<std::size_t>(column % kStripColumns)] >> row % kGroupRows) & 1u;
 }
 
+bool StripImage::isFreeAround(int column, int row, int distance) const {
+  const View view(*this);
+  const int last = std::min(column + distance, static_cast<int>(strips) * kStripColumns - 1);
+  std::uint64_t used = 0;
+  for (int strip = std::max(column - distance, 0) / kStripColumns; strip <= last / kStripColumns;
+       ++strip) {
+    used |= view.getUsedRows(strip, row - distance);
+  }
+  return (used & ((std::uint64_t{2} << 2 * distance) - 1)) == 0;
+}
+
 void StripImage::fetch(int column, int row) const {
   const View view(*this);
   const int strip = column / kStripColumns;

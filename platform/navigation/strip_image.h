@@ -24,6 +24,7 @@ class QV_API StripImage {
   static constexpr int kGroupRows = 1 << kGroupBits;
   /** As many used rows at least are told at a time. */
   static constexpr int kRowsSeen = 33;
+  static constexpr int kFarthestAround = (kRowsSeen - 1) / 2;
 
   /** Bit r of word c is row r of column c, counted from the block's corner. */
   struct alignas(64) Block {
@@ -80,6 +81,12 @@ class QV_API StripImage {
   std::uint64_t getUsedRows(int strip, int row) const {
     return View(*this).getUsedRows(strip, row);
   }
+
+  /**
+   * Whether nothing is set within `distance` columns and rows, kFarthestAround at most, of a cell
+   * inside the grid. False, too, where only what else its strips hold in these rows is set.
+   */
+  bool isFreeAround(int column, int row, int distance) const;
 
   /** Has the memory send what it keeps around a cell inside the grid, which is to be read soon. */
   void fetch(int column, int row) const;

@@ -281,20 +281,20 @@ Records SensorManager::getMetricalData(std::initializer_list<std::string> names)
 
 void SensorManager::xUpdateData() const {
   Records records;
+  records.reserve(sensors.size());
   for (const auto& [name, sensor] : sensors) {
-    if (sensor) xGather(*sensor, records);
+    if (sensor) xGather(name, *sensor, records);
   }
   xSetData(std::move(records));
 }
 
-void SensorManager::xGather(const Sensor& sensor, Records& records) const {
+void SensorManager::xGather(const std::string& name, const Sensor& sensor, Records& records) const {
   try {
     Records own = sensor.getData();
     moveAppend(own, records);
-    xChangesGathering(sensor.getName(), true);
+    if (isAnyFailing) xChangesGathering(name, true);
   } catch (const std::exception& exception) {
     // One line when a sensor begins to fail, not one for each cycle that it goes on.
-    const std::string name = sensor.getName();
     if (!xChangesGathering(name, false)) return;
     const SensorScope scope(name);
     ko::log::error(kManagerCategory, "xUpdateData")
@@ -304,7 +304,10 @@ void SensorManager::xGather(const Sensor& sensor, Records& records) const {
 
 bool SensorManager::xChangesGathering(const std::string& sensorName, bool success) const {
   boost::lock_guard<boost::mutex> lock(gatheringMutex);
-  return success ? failingSensors.erase(sensorName) > 0 : failingSensors.insert(sensorName).second;
+  const bool changes =
+      success ? failingSensors.erase(sensorName) > 0 : failingSensors.insert(sensorName).second;
+  isAnyFailing = !failingSensors.empty();
+  return changes;
 }
 
 void SensorManager::xSetData(Records records) const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <initializer_list>
 #include <map>
 #include <set>
@@ -138,7 +139,8 @@ class QV_API SensorManager {
   Sensor* xFindSensor(const std::string& sensorName) const;
   template <typename Predicate>
   std::set<std::string> xNamesOfSensors(Predicate predicate) const;
-  void xGather(const Sensor& sensor, std::vector<Math::MetricalData>& records) const;
+  void xGather(const std::string& name, const Sensor& sensor,
+               std::vector<Math::MetricalData>& records) const;
   /** Notes how gathering a sensor's records went; true if it went otherwise the last time. */
   bool xChangesGathering(const std::string& sensorName, bool success) const;
 
@@ -149,6 +151,7 @@ class QV_API SensorManager {
   boost::mutex subscriptionMutex;
   /** Whose records could not be gathered the last time. */
   mutable std::set<std::string> failingSensors;
+  mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::mutex gatheringMutex;
 };
 

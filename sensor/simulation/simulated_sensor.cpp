@@ -1,6 +1,7 @@
 #include "sensor/simulation/simulated_sensor.h"
 
 #include <algorithm>
+#include <cstddef>
 
 #include "platform/navigation/occ_map_simulate_scan.h"
 
@@ -62,14 +63,23 @@ void SimulatedSensor::xAddNearestEcho(const std::vector<RangeReading>& readings,
   points.emplace_back(Math::Position2D(nearest->range, 0.0f), kPointHeight);
 }
 
+void SimulatedSensor::xFindDirections(const std::vector<RangeReading>& readings) const {
+  directions.clear();
+  for (const RangeReading& reading : readings) {
+    directions.push_back(Math::Position2D::fromPolarCoordinates(1.0f, reading.angle));
+  }
+}
+
 void SimulatedSensor::xAddAllRays(const std::vector<RangeReading>& readings, const PosePair& poses,
                                   std::vector<Math::Position3D>& points) const {
+  // A field of view never changes, and with it its rays.
+  if (directions.size() != readings.size()) xFindDirections(readings);
   const Math::Placement2D placement(poses.referencePose * Math::pinv(poses.scanPose));
-  points.reserve(readings.size());
-  for (const RangeReading& reading : readings) {
-    const float range = reading.status == 0 ? reading.range : fieldOfView.maxRange;
-    const auto point = Math::Position2D::fromPolarCoordinates(range, reading.angle);
-    points.emplace_back(placement * point, kPointHeight);
+  points.resize(readings.size());
+  for (std::size_t i = 0; i < readings.size(); ++i) {
+    const float range = readings[i].status == 0 ? readings[i].range : fieldOfView.maxRange;
+    const Math::Position2D point(range * directions[i].x, range * directions[i].y);
+    points[i] = Math::Position3D(placement * point, kPointHeight);
   }
 }
 

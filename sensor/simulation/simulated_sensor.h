@@ -42,6 +42,7 @@ class QV_API SimulatedSensor : public Sensor {
  private:
   void xAddNearestEcho(const std::vector<RangeReading>& readings,
                        std::vector<Math::Position3D>& points) const;
+  void xFindDirections(const std::vector<RangeReading>& readings) const;
   void xAddAllRays(const std::vector<RangeReading>& readings, const PosePair& poses,
                    std::vector<Math::Position3D>& points) const;
 
@@ -49,6 +50,8 @@ class QV_API SimulatedSensor : public Sensor {
   Math::Pose2D sensorPose;
   std::atomic<QV::OccupancyMap*> occMap{nullptr};
   bool useAllRays;
+  /** Of all rays, one metre long; filled by the first read. Reads exclude each other. */
+  mutable std::vector<Math::Position2D> directions;
 };
 
 }  // namespace QV::sensor
