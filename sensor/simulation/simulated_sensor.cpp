@@ -28,7 +28,8 @@ void SimulatedSensor::setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D
 }
 
 std::vector<Math::MetricalData> SimulatedSensor::xGetData() const {
-  Math::MetricalData record;
+  std::vector<Math::MetricalData> result(1);
+  Math::MetricalData& record = result.front();
   record.timestamp = ko::Clock::now();
   record.sensorName = name;
   record.familyName = familyName;
@@ -48,9 +49,6 @@ std::vector<Math::MetricalData> SimulatedSensor::xGetData() const {
   } else {
     xAddNearestEcho(readings, record.points);
   }
-
-  std::vector<Math::MetricalData> result;
-  result.push_back(std::move(record));
   return result;
 }
 

@@ -1,5 +1,7 @@
 #include "platform/navigation/scan_store.h"
 
+#include <algorithm>
+#include <cstdlib>
 #include <random>
 #include <thread>
 #include <vector>
@@ -103,6 +105,25 @@ TEST(ScanStore, staysTrueWhenCellsChange) {
     }
     expectTrueStore(map, kStoreLimit);
     expectTrueStore(map, 0.7f);
+  }
+}
+
+TEST(ScanStore, tellsWhereNothingIsAround) {
+  constexpr int kSide = 70;
+  const int cells[][2] = {{0, 0}, {33, 35}, {69, 69}};
+  for (const auto& [cellColumn, cellRow] : cells) {
+    StripImage image(kSide, kSide);
+    image.set(cellColumn, cellRow, true);
+    for (int place = 0; place < kSide * kSide * (StripImage::kFarthestAround + 1); ++place) {
+      const int column = place % kSide;
+      const int row = place / kSide % kSide;
+      const int distance = place / (kSide * kSide);
+      const bool inItsStrips = std::max(column - distance, 0) / 16 <= cellColumn / 16 &&
+                               (column + distance) / 16 >= cellColumn / 16;
+      const bool isNear = inItsStrips && std::abs(cellRow - row) <= distance;
+      ASSERT_EQ(image.isFreeAround(column, row, distance), !isNear)
+          << column << ", " << row << ", " << distance << " from " << cellColumn << ", " << cellRow;
+    }
   }
 }
 
