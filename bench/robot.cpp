@@ -203,7 +203,7 @@ void secondOfSimulatedTime(benchmark::State& state) {
   ko::SimulatedTime time;
   Robot sut;
   for (auto _ : state) time.advance(milliseconds(1000));
-  state.counters["vs_real_time"] =
+  state.counters["times_real_time"] =
       benchmark::Counter(static_cast<double>(state.iterations()), benchmark::Counter::kIsRate);
 }
 BENCHMARK(secondOfSimulatedTime)->Unit(benchmark::kMillisecond);

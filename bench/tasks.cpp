@@ -16,7 +16,7 @@
 
 namespace {
 
-constexpr int kPeriods = 1000;
+constexpr int kPeriods = 300;
 constexpr ko::Duration kPeriod = boost::chrono::milliseconds(10);
 constexpr int kCalls = 1000;
 
