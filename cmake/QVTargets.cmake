@@ -90,7 +90,8 @@ function(qv_add_library name)
   install(TARGETS qv_${name} EXPORT QVSensorTargets)
   file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
   install(DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/
-    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qv/${folder} FILES_MATCHING PATTERN "*.h")
+    DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qv/${folder} FILES_MATCHING
+    PATTERN "*.h" PATTERN "*-inl.h" EXCLUDE)
 endfunction()
 
 # qv_add_program(NAME SOURCE... LIBS LIBRARY...): a program of the build tree.
