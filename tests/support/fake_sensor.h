@@ -23,6 +23,9 @@ class FakeSensor : public sensor::Sensor {
   std::function<void()> onStop = [] {};
   std::function<void()> onRead = [] {};
 
+  /** What a reading measures. */
+  std::vector<Math::Position3D> points{{1.0f, 2.0f, 3.0f}};
+
   std::atomic<int> starts{0};
   std::atomic<int> stops{0};
   std::atomic<bool> hardwareOn{false};
@@ -30,7 +33,9 @@ class FakeSensor : public sensor::Sensor {
  protected:
   std::vector<Math::MetricalData> xGetData() const override {
     onRead();
-    return {{name, familyName, fieldOfView, {}, {{1.0f, 2.0f, 3.0f}}, {}}};
+    std::vector<Math::MetricalData> records;
+    records.push_back({name, familyName, fieldOfView, {}, points, {}});
+    return records;
   }
 
   bool xSubscribeToHardware() override {
