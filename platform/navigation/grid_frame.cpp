@@ -2,27 +2,26 @@
 
 #include <cmath>
 
-#include "platform/navigation/occupancy_map.h"
-
 namespace QV::detail {
 
-GridPoint toGrid(const OccupancyMap& map, const Math::Position2D& position) {
-  const Math::Pose2D& origin = map.getOrigin();
-  const double yaw = origin.theta;
-  const double x = static_cast<double>(position.x) - origin.x;
-  const double y = static_cast<double>(position.y) - origin.y;
-  const double scale = map.getResolution();
-  return {(std::cos(yaw) * x + std::sin(yaw) * y) / scale,
-          (std::cos(yaw) * y - std::sin(yaw) * x) / scale};
+GridFrame::GridFrame(const Math::Pose2D& origin, float resolution)
+    : x(origin.x),
+      y(origin.y),
+      cosYaw(std::cos(static_cast<double>(origin.theta))),
+      sinYaw(std::sin(static_cast<double>(origin.theta))),
+      scale(resolution) {}
+
+GridPoint GridFrame::toGrid(const Math::Position2D& position) const {
+  const double fromX = position.x - x;
+  const double fromY = position.y - y;
+  return {(cosYaw * fromX + sinYaw * fromY) / scale, (cosYaw * fromY - sinYaw * fromX) / scale};
 }
 
-Math::Position2D toWorld(const OccupancyMap& map, const GridPoint& point) {
-  const Math::Pose2D& origin = map.getOrigin();
-  const double yaw = origin.theta;
-  const double x = point.x * map.getResolution();
-  const double y = point.y * map.getResolution();
-  return {static_cast<float>(origin.x + std::cos(yaw) * x - std::sin(yaw) * y),
-          static_cast<float>(origin.y + std::sin(yaw) * x + std::cos(yaw) * y)};
+Math::Position2D GridFrame::toWorld(const GridPoint& point) const {
+  const double alongX = point.x * scale;
+  const double alongY = point.y * scale;
+  return {static_cast<float>(x + cosYaw * alongX - sinYaw * alongY),
+          static_cast<float>(y + sinYaw * alongX + cosYaw * alongY)};
 }
 
 }  // namespace QV::detail

@@ -1,10 +1,7 @@
 #pragma once
 
-#include "platform/math/position.h"
-
-namespace QV {
-class OccupancyMap;
-}
+#include "platform/api.h"
+#include "platform/math/pose2d.h"
 
 namespace QV::detail {
 
@@ -14,7 +11,20 @@ struct GridPoint {
   double y = 0.0;
 };
 
-GridPoint toGrid(const OccupancyMap& map, const Math::Position2D& position);
-Math::Position2D toWorld(const OccupancyMap& map, const GridPoint& point);
+/** How a map lies in the world: `origin` is the corner of cell (0, 0), `resolution` in metres. */
+class QV_API GridFrame {
+ public:
+  GridFrame(const Math::Pose2D& origin, float resolution);
+
+  GridPoint toGrid(const Math::Position2D& position) const;
+  Math::Position2D toWorld(const GridPoint& point) const;
+
+ private:
+  double x;
+  double y;
+  double cosYaw;
+  double sinYaw;
+  double scale;
+};
 
 }  // namespace QV::detail

@@ -6,8 +6,6 @@
 #include <string>
 #include <utility>
 
-#include "platform/navigation/grid_frame.h"
-
 namespace QV {
 namespace {
 
@@ -43,6 +41,7 @@ OccupancyMap::OccupancyMap(int width, int height, float resolution, const Math::
       height(height),
       resolution(resolution),
       origin(origin),
+      gridFrame(origin, resolution),
       cells(std::move(cells)) {
   if (this->cells.size() != cellCount(width, height)) {
     throw std::invalid_argument("OccupancyMap: " + std::to_string(this->cells.size()) +
@@ -69,14 +68,14 @@ void OccupancyMap::setOccupancy(int column, int row, float occupancy) {
 }
 
 std::optional<float> OccupancyMap::findOccupancy(const Math::Position2D& position) const {
-  const detail::GridPoint point = detail::toGrid(*this, position);
+  const detail::GridPoint point = gridFrame.toGrid(position);
   const bool inside = point.x >= 0.0 && point.x < width && point.y >= 0.0 && point.y < height;
   if (!inside) return std::nullopt;
   return getOccupancy(static_cast<int>(point.x), static_cast<int>(point.y));
 }
 
 Math::Position2D OccupancyMap::getCellCentre(int column, int row) const {
-  return detail::toWorld(*this, {column + 0.5, row + 0.5});
+  return gridFrame.toWorld({column + 0.5, row + 0.5});
 }
 
 const detail::ScanStore* OccupancyMap::getScanStore(float occupiedAbove) const {

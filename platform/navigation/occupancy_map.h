@@ -7,6 +7,7 @@
 #include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/math/position.h"
+#include "platform/navigation/grid_frame.h"
 #include "platform/navigation/scan_store.h"
 
 namespace QV {
@@ -63,6 +64,8 @@ class QV_API OccupancyMap {
    */
   const detail::ScanStore* getScanStore(float occupiedAbove) const;
 
+  const detail::GridFrame& getGridFrame() const { return gridFrame; }
+
  private:
   std::size_t xIndex(int column, int row) const;
 
@@ -70,6 +73,7 @@ class QV_API OccupancyMap {
   int height;
   float resolution;
   Math::Pose2D origin;
+  detail::GridFrame gridFrame;
   std::vector<float> cells;
   detail::ScanStores scanStores;
 };

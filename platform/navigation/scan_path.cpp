@@ -8,7 +8,6 @@
 
 #include "platform/navigation/fan_cast.h"
 #include "platform/navigation/fan_directions.h"
-#include "platform/navigation/grid_frame.h"
 #include "platform/navigation/grid_ray.h"
 #include "platform/navigation/plain_walk.h"
 #include "platform/navigation/scan_store.h"
@@ -38,7 +37,7 @@ class Caster {
     fan.store = path == ScanPath::plain ? nullptr : map.getScanStore(occupiedAbove);
     fan.width = map.getWidth();
     fan.height = map.getHeight();
-    fan.start = toGrid(map, Math::position2DFromPose2D(pose));
+    fan.start = map.getGridFrame().toGrid(Math::position2DFromPose2D(pose));
     fan.reach = maxRange / static_cast<double>(map.getResolution());
     if (fan.store != nullptr && fan.startsInside()) castTogether = findCastRays(path);
     nothingInReach = castTogether != nullptr && xIsFreeAround();

@@ -54,11 +54,6 @@ void StripImage::set(int column, int row, bool value) {
   xSetUsed(column / kStripColumns, row, value || isUsed(blocks[upper], bit));
 }
 
-bool StripImage::get(int column, int row) const {
-  const Block& block = getBlock(column / kStripColumns, row / kGroupRows);
-  return (block.words[static_cast<std::size_t>(column % kStripColumns)] >> row % kGroupRows) & 1u;
-}
-
 bool StripImage::isFreeAround(int column, int row, int distance) const {
   const View view(*this);
   const int last = std::min(column + distance, static_cast<int>(strips) * kStripColumns - 1);

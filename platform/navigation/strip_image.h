@@ -67,7 +67,11 @@ class QV_API StripImage {
 
   /** A cell inside the grid, unchecked. */
   void set(int column, int row, bool value);
-  bool get(int column, int row) const;
+  bool get(int column, int row) const {
+    const Block& block = getBlock(column >> kStripBits, row >> kGroupBits);
+    const auto word = static_cast<std::size_t>(column & (kStripColumns - 1));
+    return (block.words[word] >> (row & (kGroupRows - 1)) & 1u) != 0;
+  }
 
   /**
    * The block of strip `strip` whose rows begin at 16 * `group`. Groups reach from -2 to

@@ -40,9 +40,10 @@ std::vector<Math::MetricalData> SimulatedSensor::xGetData() const {
 
   // Kept between reads, so that a scan allocates nothing for its rays.
   static thread_local std::vector<RangeReading> readings;
-  readings.clear();
   if (const OccupancyMap* map = occMap) {
     occMapSimulateScan(*map, fieldOfView, current.scanPose, readings, kOccupiedAbove);
+  } else {
+    readings.clear();
   }
   if (useAllRays) {
     xAddAllRays(readings, current, record.points);
