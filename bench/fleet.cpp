@@ -3,16 +3,19 @@
  * out, and how many whole readings a second one or several threads make. Run from the project's
  * root.
  */
+#include <algorithm>
 #include <cstdint>
 #include <cstdlib>
 #include <malloc.h>
 #include <memory>
 #include <new>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <benchmark/benchmark.h>
 
+#include "bench/free_poses.h"
 #include "robot/world/map_files.h"
 #include "sensor/simulation/simulated_sensor_manager.h"
 
@@ -46,7 +49,7 @@ constexpr int kRobots = 1000;
 /** Robots that have all been read once. */
 class Fleet {
  public:
-  Fleet() : map(robot::loadMap("maps/apartment.yaml")) {
+  Fleet() : map(robot::loadMap("maps/apartment.yaml")), poses(drawFreePoses(map, kRobots)) {
     robots.reserve(kRobots);
     add();
     const std::int64_t before = heldBytes;
@@ -55,8 +58,7 @@ class Fleet {
   }
 
   void read(std::size_t robot) {
-    const Math::Pose2D pose(9.0f, 6.3f, 0.1f * static_cast<float>(robot));
-    robots[robot]->setPose2D(pose, pose);
+    robots[robot]->setPose2D(poses[robot], poses[robot]);
     benchmark::DoNotOptimize(robots[robot]->getMetricalData());
   }
 
@@ -70,6 +72,7 @@ class Fleet {
   }
 
   OccupancyMap map;
+  std::vector<Math::Pose2D> poses;
   std::vector<std::unique_ptr<sensor::SimulatedSensorManager>> robots;
   double bytesPerRobot;
 };
@@ -86,7 +89,8 @@ void readFleet(benchmark::State& state) {
   state.counters["bytes_per_robot"] =
       benchmark::Counter(fleet.getBytesPerRobot(), benchmark::Counter::kAvgThreads);
 }
-BENCHMARK(readFleet)->Threads(1)->Threads(2)->UseRealTime()->Unit(benchmark::kMicrosecond);
+const auto kCores = static_cast<int>(std::max(1u, std::thread::hardware_concurrency()));
+BENCHMARK(readFleet)->ThreadRange(1, kCores)->UseRealTime()->Unit(benchmark::kMicrosecond);
 
 }  // namespace
 }  // namespace QV::bench

@@ -67,7 +67,7 @@ def load(folder):
     results, context = OrderedDict(), {}
     for name, _, _ in SECTIONS:
         rows = OrderedDict()
-        rounds = sorted(glob.glob(os.path.join(glob.escape(folder), name + ".[0-9].json")))
+        rounds = sorted(glob.glob(os.path.join(glob.escape(folder), name + ".[0-9]*.json")))
         single = glob.glob(os.path.join(glob.escape(folder), name + ".json"))
         for path in rounds or single:
             with open(path, encoding="utf-8") as file:

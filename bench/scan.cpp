@@ -192,12 +192,13 @@ double timeOurs(const Scene& scene, const Math::SensorFieldOfView2D& fieldOfView
 /** Scans from every pose with each in turn. */
 void scanInTurn(Scene& scene, const Math::SensorFieldOfView2D& fieldOfView, detail::ScanPath path,
                 Times& times) {
-  if (times.ours.size() % kRoundsPerPlainWalk == 0) {
+  const bool alsoPlain = times.ours.size() % kRoundsPerPlainWalk == 0;
+  times.ours.push_back(timeOurs(scene, fieldOfView, path));
+  if (alsoPlain) {
     const double plain = timeScans(
         scene, [&](const Math::Pose2D& pose) { scanPlainly(scene.map, fieldOfView, pose); });
-    times.plainRatios.push_back(plain / timeOurs(scene, fieldOfView, path));
+    times.plainRatios.push_back(plain / times.ours.back());
   }
-  times.ours.push_back(timeOurs(scene, fieldOfView, path));
 #ifdef QV_BENCH_MRPT
   times.mrpt.push_back(timeMrpt(scene, fieldOfView));
 #endif

@@ -91,7 +91,7 @@ function(qv_add_library name)
   file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
   install(DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qv/${folder} FILES_MATCHING
-    PATTERN "*.h" PATTERN "*-inl.h" EXCLUDE)
+    PATTERN "*.h" PATTERN fan_cast EXCLUDE)
 endfunction()
 
 # qv_add_program(NAME SOURCE... LIBS LIBRARY...): a program of the build tree.

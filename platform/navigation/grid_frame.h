@@ -1,7 +1,7 @@
 #pragma once
 
-#include "platform/api.h"
 #include "platform/math/pose2d.h"
+#include "platform/math/position.h"
 
 namespace QV::detail {
 
@@ -12,7 +12,7 @@ struct GridPoint {
 };
 
 /** How a map lies in the world: `origin` is the corner of cell (0, 0), `resolution` in metres. */
-class QV_API GridFrame {
+class GridFrame {
  public:
   GridFrame(const Math::Pose2D& origin, float resolution);
 

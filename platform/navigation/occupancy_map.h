@@ -59,11 +59,12 @@ class QV_API OccupancyMap {
 
   /**
    * What scans with this limit look at in place of the cells: made when it is first asked for, in
-   * some milliseconds for a million cells, and kept true from then on. A map keeps it for two
-   * limits; null for others.
+   * some milliseconds and half a megabyte for a million cells, and kept true from then on. A map
+   * keeps it for two limits; null for others.
    */
   const detail::ScanStore* getScanStore(float occupiedAbove) const;
 
+  /** How the cells lie in the world. */
   const detail::GridFrame& getGridFrame() const { return gridFrame; }
 
  private:

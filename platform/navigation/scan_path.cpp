@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <cmath>
-#include <cstddef>
 #include <limits>
 
 #include "platform/navigation/fan_cast.h"
@@ -11,6 +10,7 @@
 #include "platform/navigation/grid_ray.h"
 #include "platform/navigation/plain_walk.h"
 #include "platform/navigation/scan_store.h"
+#include "platform/navigation/strip_image.h"
 
 namespace QV::detail {
 namespace {
@@ -57,7 +57,7 @@ class Caster {
 
  private:
   bool xIsFreeAround() const {
-    // Rounding may reach another cell.
+    // One for where in its cell the start is, one for rounding.
     constexpr int kMargin = 2;
     return fan.reach < StripImage::kFarthestAround - kMargin &&
            fan.store->isFreeAround(static_cast<int>(fan.start.x), static_cast<int>(fan.start.y),

@@ -23,9 +23,10 @@ class QV_API ScanStore {
   /** The map as it is, and turned: its rows as columns. */
   const StripImage& getUpright() const { return upright; }
   const StripImage& getTurned() const { return turned; }
-  /** As StripImage has it. */
+  /** As StripImage has it; false more seldom. */
   bool isFreeAround(int column, int row, int distance) const {
-    return upright.isFreeAround(column, row, distance);
+    return upright.isFreeAround(column, row, distance) ||
+           turned.isFreeAround(row, column, distance);
   }
   /** Has the memory send what rays from a cell inside the map look at first. */
   void fetch(int column, int row) const {

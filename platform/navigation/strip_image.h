@@ -88,7 +88,7 @@ class QV_API StripImage {
 
   /**
    * Whether nothing is set within `distance` columns and rows, kFarthestAround at most, of a cell
-   * inside the grid. False, too, where only what else its strips hold in these rows is set.
+   * inside the grid. May be false, too, for what else these strips hold in these rows.
    */
   bool isFreeAround(int column, int row, int distance) const;
 

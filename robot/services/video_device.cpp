@@ -137,7 +137,7 @@ void VideoDevice::xTakeBack(const std::string& handle, Client& client) const {
 }
 
 QVValue VideoDevice::xCapture(Device& device, cv::Size size, ko::Clock::time_point time) {
-  auto pixels = std::make_shared<QVValue::Bytes>(static_cast<std::size_t>(size.area()) * 2);
+  const auto pixels = spares.take(static_cast<std::size_t>(size.area()) * 2);
   const cv::Mat_<std::uint16_t> wanted(size.height, size.width,
                                        reinterpret_cast<std::uint16_t*>(pixels->data()));
   cv::Mat_<std::uint16_t> frame = wanted;

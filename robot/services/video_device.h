@@ -13,6 +13,7 @@
 #include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "platform/middleware/qv_module.h"
+#include "robot/services/spare_bytes.h"
 
 namespace QV::robot {
 
@@ -84,11 +85,12 @@ class QV_API VideoDevice : public QVModule {
                          int frameRate);
   QVValue xGetImage(const std::string& handle);
   void xTakeBack(const std::string& handle, Client& client) const;
-  static QVValue xCapture(Device& device, cv::Size size, ko::Clock::time_point time);
+  QVValue xCapture(Device& device, cv::Size size, ko::Clock::time_point time);
 
   mutable std::mutex mutex;
   std::map<int, boost::shared_ptr<Device>> devices;
   std::map<std::string, Client> clients;
+  SpareBytes spares;
   /** Whom the first, second, ... handle was given to. */
   std::vector<std::string> names;
 };

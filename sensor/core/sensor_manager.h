@@ -151,6 +151,7 @@ class QV_API SensorManager {
   boost::mutex subscriptionMutex;
   /** Whose records could not be gathered the last time. */
   mutable std::set<std::string> failingSensors;
+  /** Spares the lock while none fails. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::mutex gatheringMutex;
 };

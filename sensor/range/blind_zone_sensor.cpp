@@ -38,7 +38,8 @@ BlindZoneSensor::BlindZoneSensor(const std::string& name, const std::string& fam
 BlindZoneSensor::~BlindZoneSensor() = default;
 
 std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
-  Math::MetricalData record = xGetMetricalDataMeta();
+  std::vector<Math::MetricalData> result(1, xGetMetricalDataMeta());
+  Math::MetricalData& record = result.front();
   try {
     if (xIsRobotMoving()) return {};
     record.sensorTransform = Math::Transform(motionProxy.getTransform(name, kBlindZoneFrame, true));
@@ -56,7 +57,7 @@ std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
   if (lastDetection != detected) xAnnounce(detected, record.sensorTransform);
   const float range = detected ? fieldOfView.minRange : fieldOfView.maxRange;
   record.points = {Math::Position3D(range, 0.0f, 0.0f)};
-  return {record};
+  return result;
 }
 
 bool BlindZoneSensor::xIsRobotMoving() const {

@@ -37,7 +37,8 @@ LaserSensor::LaserSensor(const std::string& name, const std::string& familyName,
 LaserSensor::~LaserSensor() = default;
 
 std::vector<Math::MetricalData> LaserSensor::xGetData() const {
-  Math::MetricalData record;
+  std::vector<Math::MetricalData> result(1);
+  Math::MetricalData& record = result.front();
   record.sensorName = name;
   record.familyName = familyName;
   try {
@@ -63,7 +64,7 @@ std::vector<Math::MetricalData> LaserSensor::xGetData() const {
   } catch (...) {
     return {};
   }
-  return {record};
+  return result;
 }
 
 std::vector<Math::Position3D> LaserSensor::xReadPoints() const {

@@ -32,7 +32,8 @@ SonarSensor::SonarSensor(const std::string& name, const std::string& familyName,
 SonarSensor::~SonarSensor() = default;
 
 std::vector<Math::MetricalData> SonarSensor::xGetData() const {
-  Math::MetricalData record = xGetMetricalDataMeta();
+  std::vector<Math::MetricalData> result(1, xGetMetricalDataMeta());
+  Math::MetricalData& record = result.front();
   float range = 0.0f;
   try {
     range = memoryProxy->getData(memoryKeys[0]).toFloat();
@@ -50,7 +51,7 @@ std::vector<Math::MetricalData> SonarSensor::xGetData() const {
   record.points = xArc(range);
   record.sensorTransform =
       Math::axisRotationProjection(Math::Position3D(0.0f, 0.0f, 1.0f), transform);
-  return {record};
+  return result;
 }
 
 // Strictly inside the aperture: its edges are not sampled.

@@ -6,6 +6,7 @@
 
 #include "platform/api.h"
 #include "platform/math/pose2d.h"
+#include "platform/math/position.h"
 #include "platform/navigation/occupancy_map.h"
 #include "platform/navigation/range_reading.h"
 #include "sensor/core/sensor.h"

@@ -7,7 +7,6 @@
 #endif
 
 #include <bit>
-#include <cstddef>
 #include <cstdint>
 
 #include <hwy/highway.h>
@@ -15,6 +14,8 @@
 #include "platform/navigation/fan_cast.h"
 #include "platform/navigation/fan_cast/rays-inl.h"
 #include "platform/navigation/fan_sector.h"
+#include "platform/navigation/grid_ray.h"
+#include "platform/navigation/strip_image.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace QV::detail {

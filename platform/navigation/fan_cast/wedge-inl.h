@@ -13,6 +13,7 @@
 
 #include "platform/navigation/fan_cast/rays-inl.h"
 #include "platform/navigation/fan_sector.h"
+#include "platform/navigation/grid_ray.h"
 #include "platform/navigation/strip_image.h"
 
 HWY_BEFORE_NAMESPACE();

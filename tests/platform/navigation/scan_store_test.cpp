@@ -110,6 +110,7 @@ TEST(ScanStore, staysTrueWhenCellsChange) {
 
 TEST(ScanStore, tellsWhereNothingIsAround) {
   constexpr int kSide = 70;
+  const auto stripOf = [](int column) { return std::max(column, 0) / StripImage::kStripColumns; };
   const int cells[][2] = {{0, 0}, {33, 35}, {69, 69}};
   for (const auto& [cellColumn, cellRow] : cells) {
     StripImage image(kSide, kSide);
@@ -118,8 +119,8 @@ TEST(ScanStore, tellsWhereNothingIsAround) {
       const int column = place % kSide;
       const int row = place / kSide % kSide;
       const int distance = place / (kSide * kSide);
-      const bool inItsStrips = std::max(column - distance, 0) / 16 <= cellColumn / 16 &&
-                               (column + distance) / 16 >= cellColumn / 16;
+      const bool inItsStrips = stripOf(column - distance) <= stripOf(cellColumn) &&
+                               stripOf(column + distance) >= stripOf(cellColumn);
       const bool isNear = inItsStrips && std::abs(cellRow - row) <= distance;
       ASSERT_EQ(image.isFreeAround(column, row, distance), !isNear)
           << column << ", " << row << ", " << distance << " from " << cellColumn << ", " << cellRow;

@@ -118,11 +118,10 @@ TEST(RealMaps, scansAreTheSameOnEveryPath) {
   for (const RealMap& real : kTrinaryMaps) allMaps.push_back(real.name);
   const char* const wanted = std::getenv("QV_SCAN_RAYS");
   const long raysPerMap = (wanted != nullptr ? std::atol(wanted) : 200000) / std::ssize(allMaps);
-  const Math::SensorFieldOfView2D fans[] = {{0.0f, 3.5f, 6.2831855f, 300},
-                                            {0.3f, 2.0f, 1.0f, 20},
-                                            {0.0f, 30.0f, 6.2831855f, 8},
-                                            {0.0f, 30.0f, 6.2831855f, 720},
-                                            {0.0f, 8.0f, 1.5707964f, 101}};
+  const Math::SensorFieldOfView2D fans[] = {
+      {0.0f, 3.5f, 6.2831855f, 300},  {0.3f, 2.0f, 1.0f, 20},        {0.0f, 30.0f, 6.2831855f, 8},
+      {0.0f, 30.0f, 6.2831855f, 720}, {0.0f, 8.0f, 1.5707964f, 101}, {0.15f, 0.16f, 0.6f, 20},
+      {0.0f, 0.69f, 6.2831855f, 64}};
   std::mt19937 random(5);
   std::vector<RangeReading> expected;
   std::vector<RangeReading> readings;
