@@ -14,6 +14,8 @@ namespace {
 constexpr char kFilteringCategory[] = "Navigation.Sensor3D";
 // Millimetres between neighbours of one component.
 constexpr int kMaxDifference = 100;
+// As many whole frames' points are kept: with fewer, frames that differ find no list long enough.
+constexpr std::size_t kSpareFrames = 3;
 
 // Once in the life of the process; a camera that fails to tell is asked again.
 const DepthProjection::Extents& extentsOf(const QVVideoDeviceProxy& camera) {
@@ -99,7 +101,7 @@ void Sensor3D::xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& r
     return static_cast<int>(points.size()) < filteringBlobSize;
   });
   xMakeRoom(scans);
-  spares.trim(depth.total());
+  spares.trim(kSpareFrames * depth.total());
   for (int y = 0; y < depth.rows; ++y) {
     projection.project(depth.ptr<std::uint16_t>(y), y, runs.getRow(y), nextPoints.data());
   }
