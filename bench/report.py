@@ -9,6 +9,7 @@ import os
 import platform
 import re
 import statistics
+import subprocess
 import sys
 import textwrap
 from collections import OrderedDict
@@ -35,12 +36,12 @@ SECTIONS = [
      "`laserScanSimulator` and a plain walk on the same poses. Goal on each fan: `vs_mrpt` of 4.5 with AVX-512, 3.5 with "
      "AVX2, 2 with the scalar form; beside the cells at most 1 byte a cell, built in under 25 ms for a million cells. On the huge map `vs_medium`, the "
      "medium map's time for the same fan divided by the huge one's, of 0.67 or more."),
-    ("simulated_robot", "Simulated robot", "A whole reading of a kind 1 robot: six sensors, 170 rays. Goal: 10 µs."),
-    ("fleet", "Fleet", "1,000 simulated robots of kind 1 on one map. Goal: under 20 KiB each without the map; readings a "
+    ("simulated_robot", "Simulated robot", "A whole reading of a kind 1 robot, six sensors and 170 rays, from random free poses. Goal: 10 µs."),
+    ("fleet", "Fleet", "1,000 simulated robots of kind 1 on one map, each at a random free pose. Goal: under 20 KiB each without the map; readings a "
      "second grow with cores."),
     ("depth", "Depth camera", "Recorded frames: labelling, `xFilterScan` (with projection and grouping), and a whole cycle from asking for "
      "the image to publishing the records, beside OpenCV's `connectedComponents` on a mask, PCL's organised segmentation and a copy of "
-     "the image. OpenCV has one thread; memory once freed is kept, so that nobody pays for its pages anew. Goal at 640×480: `vs_opencv_label` 1, `vs_opencv` 0.5 for the filter, `vs_pcl` 4."),
+     "the image. OpenCV has one thread; everybody runs twice and is timed the second time; memory once freed is kept, so that nobody pays for its pages anew. Goal at 640×480: `vs_opencv_label` 1, `vs_opencv` 0.5 for the filter, `vs_pcl` 4."),
     ("records", "Records", "`getMetricalData()` of 50 records of 300 points against a plain copy of the same vector on as many threads; "
      "and what a refresher waits to replace the records while readers spin. Goal: `vs_copy` of 0.91 or more, 99th percentile under 1 ms."),
     ("robot", "Whole robot", "The embedded robot with its eleven sensors, two people and its depth camera at 320×240. Goal: 50 simulated seconds a "
@@ -58,6 +59,7 @@ GROWTH = [
     ("growth", "scanByMap", "s_per_ray", 1e9, "side of the map (cells), 300 rays to 8 m", "ns per ray"),
     ("growth", "labelByFrame", "s_per_pixel", 1e9, "width of the depth frame (pixels)", "ns per pixel"),
     ("robot", "refreshManySensors", "real_time", 1e6, "sensors", "µs per refresh cycle"),
+    ("records", "getMetricalData/manual_time/threads:", "real_time", 1e6, "reader threads", "µs per reading"),
     ("records", "getMetricalData/manual_time/threads:", "vs_copy", 1, "reader threads", "plain copy's time / ours"),
 ]
 
@@ -167,7 +169,8 @@ def plot_growth(results):
                 points.append((at, value * scale))
         if len(points) < 2:
             continue
-        file = f"{bench}_{prefix.split('/')[0]}.svg"
+        of_peer = f"_{key}" if key.startswith("vs_") else ""
+        file = f"{bench}_{prefix.split('/')[0]}{of_peer}.svg"
         draw(sorted(points), x_label, y_label, os.path.join(PLOTS, file))
         files.append((file, f"{y_label} by {x_label}"))
     return files
@@ -209,6 +212,10 @@ def machine(context):
     return f"{context.get('num_cpus', '?')} cores of {model}{best}, {platform.system()} {platform.machine()}"
 
 
+def compiler():
+    return subprocess.run(["g++", "-dumpfullversion"], capture_output=True, text=True, check=True).stdout.strip()
+
+
 def page(results, context):
     rounds = max((len(runs) for rows in results.values() for runs in rows.values()), default=0)
     parts = [f"""# Figures
@@ -217,7 +224,7 @@ Made by `./dev bench` with the real maps and frames in the folder that `QV_DATA`
 Each figure is the median of {rounds} rounds over all benchmarks. A counter `vs_<peer>` is the peer's time divided by ours, taken in turn
 within a round, and the geometric mean of the rounds: greater is better. Times move with the machine, ratios hardly.
 
-Machine: {machine(context)}; g++ `-O3`, no `-march`."""]
+Machine: {machine(context)}; g++ {compiler()} `-O3`, no `-march`."""]
     for name, title, intro in SECTIONS:
         if results.get(name):
             told = textwrap.fill(f"`bench/{name}`. {intro}".rstrip(), 140)
