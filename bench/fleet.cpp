@@ -80,10 +80,12 @@ class Fleet {
 /** Each thread reads robots of its own. */
 void readFleet(benchmark::State& state) {
   static Fleet fleet;
-  auto robot = static_cast<std::size_t>(state.thread_index());
+  const auto first = static_cast<std::size_t>(state.thread_index());
+  std::size_t robot = first;
   for (auto _ : state) {
     fleet.read(robot);
-    robot = (robot + static_cast<std::size_t>(state.threads())) % kRobots;
+    robot += static_cast<std::size_t>(state.threads());
+    if (robot >= kRobots) robot = first;
   }
   state.SetItemsProcessed(state.iterations());
   state.counters["bytes_per_robot"] =

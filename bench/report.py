@@ -59,7 +59,7 @@ GROWTH = [
     ("growth", "scanByMap", "s_per_ray", 1e9, "side of the map (cells), 300 rays to 8 m", "ns per ray"),
     ("growth", "labelByFrame", "s_per_pixel", 1e9, "width of the depth frame (pixels)", "ns per pixel"),
     ("robot", "refreshManySensors", "real_time", 1e6, "sensors", "µs per refresh cycle"),
-    ("records", "getMetricalData/manual_time/threads:", "real_time", 1e6, "reader threads", "µs per reading"),
+    ("records", "getMetricalData/manual_time/threads:", "real_time", 1e6, "reader threads", "µs per reading, of all together"),
     ("records", "getMetricalData/manual_time/threads:", "vs_copy", 1, "reader threads", "plain copy's time / ours"),
 ]
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/math/position.h"
 
@@ -12,7 +13,7 @@ struct GridPoint {
 };
 
 /** How a map lies in the world: `origin` is the corner of cell (0, 0), `resolution` in metres. */
-class GridFrame {
+class QV_API GridFrame {
  public:
   GridFrame(const Math::Pose2D& origin, float resolution);
 

@@ -18,7 +18,7 @@ SpareBytes::Bytes SpareBytes::Store::take(std::size_t size) {
   {
     Lock lock(mutex);
     const auto spare = std::find_if(spares.begin(), spares.end(),
-                                    [&](const Bytes& b) { return b.capacity() >= size; });
+                                    [&](const Bytes& b) { return b.capacity() == size; });
     if (spare != spares.end()) {
       bytes = std::move(*spare);
       spares.erase(spare);
@@ -30,7 +30,8 @@ SpareBytes::Bytes SpareBytes::Store::take(std::size_t size) {
 
 void SpareBytes::Store::give(Bytes&& bytes) noexcept {
   Lock lock(mutex);
-  if (spares.size() < kMost) spares.push_back(std::move(bytes));
+  if (spares.size() == kMost) spares.erase(spares.begin());
+  spares.push_back(std::move(bytes));
 }
 
 }  // namespace QV::robot

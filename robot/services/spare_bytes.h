@@ -10,12 +10,15 @@
 
 namespace QV::robot {
 
-/** Buffers that come back when nobody holds them any more, kept for their memory. Any thread. */
+/**
+ * Buffers that come back when nobody holds them any more; the last four are kept for their memory.
+ * Any thread.
+ */
 class SpareBytes {
  public:
   typedef QVValue::Bytes Bytes;
 
-  /** So many zeros. They may outlive this. */
+  /** So many zeros, in a buffer that had as many. They may outlive this. */
   std::shared_ptr<Bytes> take(std::size_t size);
 
  private:

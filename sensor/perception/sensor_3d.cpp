@@ -78,6 +78,7 @@ bool Sensor3D::xSubscribeToHardware() {
 bool Sensor3D::xUnsubscribeFromHardware() {
   Lock lock(hardwareMutex);
   updateTask.stop();
+  spares.trim(0);
   if (cameraHandle.empty()) return true;
   try {
     videoDeviceProxy.unsubscribe(cameraHandle);

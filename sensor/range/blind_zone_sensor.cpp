@@ -38,7 +38,8 @@ BlindZoneSensor::BlindZoneSensor(const std::string& name, const std::string& fam
 BlindZoneSensor::~BlindZoneSensor() = default;
 
 std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
-  std::vector<Math::MetricalData> result(1, xGetMetricalDataMeta());
+  std::vector<Math::MetricalData> result;
+  result.push_back(xGetMetricalDataMeta());
   Math::MetricalData& record = result.front();
   try {
     if (xIsRobotMoving()) return {};

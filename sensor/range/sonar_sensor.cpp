@@ -32,7 +32,8 @@ SonarSensor::SonarSensor(const std::string& name, const std::string& familyName,
 SonarSensor::~SonarSensor() = default;
 
 std::vector<Math::MetricalData> SonarSensor::xGetData() const {
-  std::vector<Math::MetricalData> result(1, xGetMetricalDataMeta());
+  std::vector<Math::MetricalData> result;
+  result.push_back(xGetMetricalDataMeta());
   Math::MetricalData& record = result.front();
   float range = 0.0f;
   try {

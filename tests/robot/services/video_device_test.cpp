@@ -102,13 +102,16 @@ TEST_F(VideoDeviceTest, anImageThatIsStillHeldIsTakenBackAndLoggedOnce) {
                   "holds one, which is taken back"));
 }
 
-TEST_F(VideoDeviceTest, anImageOutlivesItsReleaseAndItsClient) {
+TEST_F(VideoDeviceTest, anImageOutlivesItsReleaseItsClientAndItsDevice) {
   const std::string handle = subscribe();
   const QVValue image = proxy->getImageRemote(handle);
   proxy->releaseImage(handle);
   time->advance(milliseconds(100));
   next(handle);
   proxy->unsubscribe(handle);
+  proxy.reset();
+  device.reset();
+  broker.reset();
   EXPECT_EQ(QVImage::fromQVValue(image)->getPixels()[0], 1);
 }
 
