@@ -28,7 +28,7 @@ namespace {
 
 constexpr float kOccupiedAbove = 0.4f;
 constexpr std::size_t kPoses = 256;
-/** The plain walk takes as long as all the others: it has its turn in one round of these. */
+/** The plain walk takes longer than all others: it has its turn in one of so many rounds. */
 constexpr std::size_t kRoundsPerPlainWalk = 8;
 
 struct MapCase {

@@ -17,6 +17,7 @@ class QV_API GridFrame {
  public:
   GridFrame(const Math::Pose2D& origin, float resolution);
 
+  /** Between the map's own frame and the world, where lengths are in metres. */
   GridPoint toGrid(const Math::Position2D& position) const;
   Math::Position2D toWorld(const GridPoint& point) const;
 

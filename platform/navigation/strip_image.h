@@ -24,6 +24,7 @@ class QV_API StripImage {
   static constexpr int kGroupRows = 1 << kGroupBits;
   /** As many used rows at least are told at a time. */
   static constexpr int kRowsSeen = 33;
+  /** In cells, as far as isFreeAround looks. */
   static constexpr int kFarthestAround = (kRowsSeen - 1) / 2;
 
   /** Bit r of word c is row r of column c, counted from the block's corner. */

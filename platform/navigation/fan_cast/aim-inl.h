@@ -92,6 +92,17 @@ struct Approach {
   double toLowEnd;
 };
 
+/** How far along the columns rays get, which may end at the grid's top. */
+HWY_INLINE hn::Vec<Doubles> reachAlong(const FanCast& fan, const FanSector& sector,
+                                       hn::Vec<Doubles> alongPart, hn::Vec<Doubles> slope) {
+  const Doubles d;
+  const auto along = hn::Set(d, sector.along);
+  const double rowsAbove = sector.rows - sector.across;
+  const auto reached = hn::Add(along, hn::Mul(hn::Set(d, fan.reach), alongPart));
+  if (fan.reach + 1.0 < rowsAbove) return reached;
+  return hn::Min(reached, hn::Add(along, hn::Div(hn::Set(d, rowsAbove), slope)));
+}
+
 // The operations of aimRay in their order, so that the lines are the same to the last bit; but low
 // may be off by much less than the margin.
 void aim(const FanCast& fan, const FanSector& sector, const Approach& approach, int begin, int end,
@@ -99,21 +110,16 @@ void aim(const FanCast& fan, const FanSector& sector, const Approach& approach, 
   const Doubles d;
   const hn::Rebind<std::int32_t, Doubles> d32;
   const auto one = hn::Set(d, 1.0);
-  const auto along = hn::Set(d, sector.along);
   const auto across = hn::Set(d, sector.across);
   const auto lastColumn = hn::Set(d, sector.columns - 1);
-  const auto rowsAbove = hn::Set(d, sector.rows - sector.across);
   const auto toExit = hn::Set(d, sector.first + 1 - sector.along);
-  const auto reach = hn::Set(d, fan.reach);
-  const bool staysBelowTop = fan.reach + 1.0 < sector.rows - sector.across;
   const double* const alongParts = sector.steep ? rays.y : rays.x;
   const double* const acrossParts = sector.steep ? rays.x : rays.y;
   for (int i = begin; i < end; i += static_cast<int>(hn::Lanes(d))) {
     const auto alongPart = hn::Abs(hn::LoadU(d, alongParts + i));
     const auto acrossPart = hn::Abs(hn::LoadU(d, acrossParts + i));
     const auto slope = hn::Div(acrossPart, alongPart);
-    auto reached = hn::Add(along, hn::Mul(reach, alongPart));
-    if (!staysBelowTop) reached = hn::Min(reached, hn::Add(along, hn::Div(rowsAbove, slope)));
+    const auto reached = reachAlong(fan, sector, alongPart, slope);
     const auto farthest = hn::Min(lastColumn, hn::Add(reached, one));
     const auto exit = hn::Mul(hn::Add(across, hn::Mul(toExit, slope)), hn::Set(d, kOne));
     const auto rise = hn::Mul(slope, hn::Set(d, kOne));
