@@ -4,7 +4,7 @@
 #include <cmath>
 #include <sstream>
 
-#include "apps/usage_error.h"
+#include "session/usage_error.h"
 
 namespace QV::app {
 namespace {
@@ -27,7 +27,7 @@ std::vector<float> parseNumbers(const std::string& text, std::size_t count,
     ++next;
   }
   if (numbers.size() != count || next != end) {
-    throw UsageError(expected + " expected, \"" + text + "\" given");
+    throw session::UsageError(expected + " expected, \"" + text + "\" given");
   }
   return numbers;
 }
@@ -45,11 +45,13 @@ std::vector<Math::Position2D> parsePath(const std::string& text) {
     const auto numbers = parseNumbers(word, 2, "--path: positions x,y in metres");
     const Math::Position2D position(numbers[0], numbers[1]);
     if (path.empty() || !(position == path.back())) path.push_back(position);
-    if (path.size() > kMostWaypoints) throw UsageError("--path: at most 10000 positions expected");
+    if (path.size() > kMostWaypoints)
+      throw session::UsageError("--path: at most 10000 positions expected");
   }
   if (path.size() < 2) {
-    throw UsageError("--path: two different positions or more expected, as in \"1,1 4,1\", \"" +
-                     text + "\" given");
+    throw session::UsageError(
+        "--path: two different positions or more expected, as in \"1,1 4,1\", \"" + text +
+        "\" given");
   }
   return path;
 }

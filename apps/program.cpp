@@ -8,8 +8,8 @@
 
 #include "apps/commands/commands.h"
 #include "apps/interrupt.h"
-#include "apps/usage_error.h"
 #include "platform/ko/log.h"
+#include "session/usage_error.h"
 
 namespace QV::app {
 namespace {
@@ -32,13 +32,14 @@ std::string commandsOf(const CLI::App& program) {
 
 // The parser itself would not say what there is.
 void checkCommand(const CLI::App& program, int argc, const char* const* argv) {
-  if (argc < 2) throw UsageError("a command expected; the commands are " + commandsOf(program));
+  if (argc < 2)
+    throw session::UsageError("a command expected; the commands are " + commandsOf(program));
   if (argv[1][0] == '-') return;
   for (const CLI::App* command : program.get_subcommands({})) {
     if (command->get_name() == argv[1]) return;
   }
-  throw UsageError("no command \"" + std::string(argv[1]) + "\"; the commands are " +
-                   commandsOf(program));
+  throw session::UsageError("no command \"" + std::string(argv[1]) + "\"; the commands are " +
+                            commandsOf(program));
 }
 
 std::string describe(const CLI::App& program, const CLI::ParseError& error) {
@@ -67,7 +68,7 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
 
 int runProgram(int argc, const char* const* argv) {
   CLI::App program(
-      "Reads a mobile robot's sensors: of simulated and embedded robots in a map of yours.",
+      "Reads a mobile robot's sensors: of simulated and virtual robots in a map of yours.",
       "qvsensors");
   program.set_version_flag("--version", QV_VERSION);
   program.require_subcommand(1);

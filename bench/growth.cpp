@@ -12,7 +12,7 @@
 #include "bench/free_poses.h"
 #include "platform/navigation/occ_map_simulate_scan.h"
 #include "platform/vision/connected_component_labeling.h"
-#include "robot/world/map_files.h"
+#include "robot/maps/map_files.h"
 
 namespace QV::bench {
 namespace {

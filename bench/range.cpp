@@ -1,5 +1,5 @@
 /**
- * What a reading of a range sensor costs on the embedded services, and how much of that is the
+ * What a reading of a range sensor costs on the virtual services, and how much of that is the
  * sensor's own: the calls that it makes are timed in turn with it, by themselves.
  */
 #include <functional>
@@ -43,7 +43,7 @@ const char kDescription[] = R"(<robot name="r"><link name="torso"/>
     <origin xyz="0 -0.2 0"/></joint>
   <sensor name="Front" type="9"><origin xyz="0.1 0 0"/></sensor></robot>)";
 
-/** A robot of embedded services that stands still, and proxies to them. */
+/** A robot of a virtual robot's services that stands still, and proxies to them. */
 struct Robot {
   Robot() {
     const Model::Robot model = Model::ModelUtils::robotFromXml(kDescription);

@@ -44,12 +44,12 @@ SECTIONS = [
      "the image. OpenCV has one thread; everybody runs twice and is timed the second time; memory once freed is kept, so that nobody pays for its pages anew. Goal at 640×480: `vs_opencv_label` 1, `vs_opencv` 0.5 for the filter, `vs_pcl` 4."),
     ("records", "Records", "`getMetricalData()` of 50 records of 300 points against a plain copy of the same vector on as many threads; "
      "and what a refresher waits to replace the records while readers spin. Goal: `vs_copy` of 0.91 or more, 99th percentile under 1 ms."),
-    ("robot", "Whole robot", "The embedded robot with its eleven sensors, two people and its depth camera at 320×240. Goal: 50 simulated seconds a "
+    ("robot", "Whole robot", "The virtual robot with its eleven sensors, two people and its depth camera at 320×240. Goal: 50 simulated seconds a "
      "second; cost in line with the number of sensors."),
     ("memory", "Shared memory and calls", "Goal: `vs_pointer_loop` of 0.83 or more, `vs_proxy` of 10 or more, a call under 1 µs."),
     ("tasks", "Tasks", "Lateness of a task of 10 ms, posts, delayed calls, runs in simulated time."),
     ("model", "Robot description and obstruction", ""),
-    ("range", "Range sensors", "Readings a second on the embedded services, and the share of the time spent in the sensor itself."),
+    ("range", "Range sensors", "Readings a second on the virtual services, and the share of the time spent in the sensor itself."),
     ("growth", "Growth", "On the project's own map."),
 ]
 

@@ -1,5 +1,5 @@
 /**
- * The embedded robot, porter, in the project's apartment with two people, and the manager of its
+ * The virtual robot, porter, in the project's apartment with two people, and the manager of its
  * sensors: a refresh cycle, readers beside it, many sensors, how fast simulated time runs, and what
  * it takes from a description to the first records. Run from the project's root.
  */
@@ -14,8 +14,8 @@
 
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/scoped_module.h"
-#include "robot/world/embedded_robot.h"
-#include "robot/world/map_files.h"
+#include "robot/maps/map_files.h"
+#include "robot/world/virtual_robot.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/hosting/navigation_module.h"
 #include "sensor/real/real_sensor_manager.h"
@@ -55,7 +55,7 @@ class Manager : public sensor::RealSensorManager {
 struct Robot {
   Robot() { robot.setVelocity(0.3f, 0.0f, 0.6f); }
 
-  robot::EmbeddedRobot robot{porter(), apartment(), inTheCorridor()};
+  robot::VirtualRobot robot{porter(), apartment(), inTheCorridor()};
   boost::shared_ptr<Manager> manager = boost::make_shared<Manager>(robot.getBroker());
   ScopedModule module{robot.getBroker(), boost::make_shared<sensor::NavigationModule>(manager)};
   sensor::ScopedSubscription subscription{*manager, "bench"};
@@ -213,7 +213,7 @@ void startUp(benchmark::State& state) {
   for (auto _ : state) {
     ko::SimulatedTime time;
     const auto description = robot::RobotDescription::fromFile("robot/descriptions/porter.urdf");
-    robot::EmbeddedRobot robot(description, apartment(), inTheCorridor());
+    robot::VirtualRobot robot(description, apartment(), inTheCorridor());
     const auto manager = boost::make_shared<sensor::RealSensorManager>(robot.getBroker());
     const ScopedModule module(robot.getBroker(),
                               boost::make_shared<sensor::NavigationModule>(manager));

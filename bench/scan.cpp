@@ -15,8 +15,8 @@
 
 #include "bench/free_poses.h"
 #include "bench/timing.h"
-#include "platform/navigation/scan_path.h"
-#include "robot/world/map_files.h"
+#include "platform/navigation/internal/scan_path.h"
+#include "robot/maps/map_files.h"
 
 #ifdef QV_BENCH_MRPT
 #include <mrpt/maps/COccupancyGridMap2D.h>

@@ -7,7 +7,7 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/free_poses.h"
-#include "robot/world/map_files.h"
+#include "robot/maps/map_files.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/simulation/simulated_sensor_manager.h"
 

@@ -10,9 +10,9 @@
 #include <benchmark/benchmark.h>
 
 #include "platform/ko/event_loop.h"
+#include "platform/ko/internal/strand.h"
 #include "platform/ko/periodic_task.h"
 #include "platform/ko/simulated_time.h"
-#include "platform/ko/strand.h"
 
 namespace {
 

@@ -5,7 +5,7 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/ko/simulated_time.h"
-#include "robot/world/map_files.h"
+#include "robot/maps/map_files.h"
 
 int main() {
   using namespace QV;
@@ -14,7 +14,7 @@ int main() {
   robot::WorldOptions world;
   world.start = {3.0f, 6.3f, 0.0f};  // m, m, rad
   world.rangeNoise = 0.01f;          // m
-  robot::EmbeddedRobot robot("robot/descriptions/porter.urdf", map, world);
+  robot::VirtualRobot robot("robot/descriptions/porter.urdf", map, world);
   sensor::RealSensorManager manager(robot.getBroker());
   ObstacleAvoider avoider(manager, robot);
   for (int i = 0; i < 600; ++i) {

@@ -4,13 +4,13 @@
 #include <cmath>
 #include <deque>
 
-#include "robot/world/embedded_robot.h"
+#include "robot/world/virtual_robot.h"
 #include "sensor/real/real_sensor_manager.h"
 
 /** Wanders: straight on while the way is free, else turns. Stands while a laser has no news. */
 class ObstacleAvoider {
  public:
-  ObstacleAvoider(QV::sensor::SensorManager& manager, QV::robot::EmbeddedRobot& robot)
+  ObstacleAvoider(QV::sensor::SensorManager& manager, QV::robot::VirtualRobot& robot)
       : manager(manager), robot(robot) {
     manager.subscribe("avoider", {"Laser", "Shovel"});
     lasers = manager.getSensorListBySubscriber("avoider").size();
@@ -70,7 +70,7 @@ class ObstacleAvoider {
   }
 
   QV::sensor::SensorManager& manager;
-  QV::robot::EmbeddedRobot& robot;
+  QV::robot::VirtualRobot& robot;
   QV::Math::Pose2D here;
   std::deque<QV::Math::Position2D> seen;
   std::size_t lasers = 0;

@@ -1,6 +1,6 @@
 #include <iostream>
 
-#include "robot/world/map_files.h"
+#include "robot/maps/map_files.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/simulation/simulated_sensor_manager.h"
 

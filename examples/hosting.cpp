@@ -9,8 +9,8 @@
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_proxy.h"
 #include "platform/middleware/scoped_module.h"
-#include "robot/world/embedded_robot.h"
-#include "robot/world/map_files.h"
+#include "robot/maps/map_files.h"
+#include "robot/world/virtual_robot.h"
 #include "sensor/hosting/navigation_module.h"
 #include "sensor/hosting/record_value.h"
 
@@ -67,7 +67,7 @@ int main() {
   const auto map = boost::make_shared<OccupancyMap>(robot::loadMap("maps/apartment.yaml"));
   robot::WorldOptions world;
   world.start = {3.0f, 6.3f, 0.0f};  // m, m, rad
-  const robot::EmbeddedRobot robot("robot/descriptions/porter.urdf", map, world);
+  const robot::VirtualRobot robot("robot/descriptions/porter.urdf", map, world);
   const auto& broker = robot.getBroker();
   const ScopedModule hosting(broker, boost::make_shared<MyNavigation>(broker));
   const ScopedModule planning(broker, boost::make_shared<Planner>(broker));

@@ -7,15 +7,15 @@
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/quiet_log.h"
-#include "apps/output/record_output.h"
-#include "apps/output/table.h"
-#include "apps/run/sensor_check.h"
-#include "apps/usage_error.h"
+#include "outlets/files/internal/table.h"
+#include "outlets/files/record_output.h"
+#include "session/sensor_check.h"
+#include "session/usage_error.h"
 
 namespace QV::app {
 namespace {
 
-typedef std::vector<CheckedSensor> CheckedSensors;
+typedef std::vector<session::CheckedSensor> CheckedSensors;
 
 constexpr char kCheckFooter[] =
     "A sensor works if it starts, gives records without a break, none older than 0.4 s and no "
@@ -38,23 +38,25 @@ std::set<std::string> sensorsFor(const CommonOptions& options,
   return sensors;
 }
 
-CheckedSensors checkAll(RobotRun& robot, ko::SimulatedTime& time, const CommonOptions& options) {
+CheckedSensors checkAll(session::Session& robot, ko::SimulatedTime& time,
+                        const CommonOptions& options) {
   CheckedSensors checked;
-  if (options.subscriptions.empty()) checked = findUnbuilt(robot);
+  if (options.subscriptions.empty()) checked = session::findUnbuilt(robot);
   const auto sensors = sensorsFor(options, robot.getManager());
-  if (sensors.empty() && checked.empty()) throw UsageError(*options.robot + ": a sensor expected");
+  if (sensors.empty() && checked.empty())
+    throw session::UsageError(*options.robot + ": a sensor expected");
   ProgressBar progress("Checking");
   std::size_t done = 0;
   for (const std::string& name : sensors) {
     if (isInterrupted()) break;
-    checked.push_back(checkSensor(robot, time, name));
+    checked.push_back(session::checkSensor(robot, time, name));
     progress.show(static_cast<double>(++done) / static_cast<double>(sensors.size()));
   }
   return checked;
 }
 
 void printTable(const CheckedSensors& sensors, long failed) {
-  Table table({"sensor", "family", "result", ">records", ">points", "why"});
+  outlets::Table table({"sensor", "family", "result", ">records", ">points", "why"});
   for (const auto& sensor : sensors) {
     table.add({sensor.name, sensor.family, getName(sensor.verdict), std::to_string(sensor.records),
                std::to_string(sensor.points), ko::log::onOneLine(sensor.why)});
@@ -69,7 +71,7 @@ void printJson(const CheckedSensors& sensors) {
   for (const auto& sensor : sensors) {
     std::cout << nlohmann::ordered_json{{"sensorName", sensor.name},
                                         {"familyName", sensor.family},
-                                        {"works", sensor.verdict == Verdict::works},
+                                        {"works", sensor.verdict == session::Verdict::works},
                                         {"result", getName(sensor.verdict)},
                                         {"records", sensor.records},
                                         {"points", sensor.points},
@@ -79,15 +81,16 @@ void printJson(const CheckedSensors& sensors) {
 }
 
 int check(const CommonOptions& options) {
-  const Format format = parseFormat(options.format, {Format::table, Format::json});
+  const outlets::Format format =
+      outlets::parseFormat(options.format, {outlets::Format::table, outlets::Format::json});
   const QuietLog quiet;
   ko::SimulatedTime time;
   const auto robot = options.makeRun();
   const CheckedSensors sensors = checkAll(*robot, time, options);
   const auto failed = std::count_if(sensors.begin(), sensors.end(), [](const auto& sensor) {
-    return sensor.verdict != Verdict::works;
+    return sensor.verdict != session::Verdict::works;
   });
-  if (format == Format::json) {
+  if (format == outlets::Format::json) {
     printJson(sensors);
   } else {
     printTable(sensors, failed);

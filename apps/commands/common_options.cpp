@@ -8,14 +8,14 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/arguments.h"
-#include "apps/run/embedded_run.h"
-#include "apps/run/find_room.h"
-#include "apps/run/pose_watch.h"
-#include "apps/run/simulated_run.h"
-#include "apps/shared_files.h"
-#include "apps/usage_error.h"
-#include "robot/world/map_files.h"
+#include "robot/maps/map_files.h"
 #include "sensor/core/scoped_subscription.h"
+#include "session/internal/find_room.h"
+#include "session/internal/pose_watch.h"
+#include "session/shared_files.h"
+#include "session/simulated_session.h"
+#include "session/usage_error.h"
+#include "session/virtual_session.h"
 
 namespace QV::app {
 namespace {
@@ -27,12 +27,12 @@ std::string joined(const std::set<std::string>& names) {
 }
 
 std::string mapPathOf(const CommonOptions& options) {
-  if (!options.map) return findSharedFile("maps/apartment.yaml");
+  if (!options.map) return session::findSharedFile("maps/apartment.yaml");
   return *options.map;
 }
 
 void expect(bool isSo, const char* expected) {
-  if (!isSo) throw UsageError(std::string(expected) + " expected");
+  if (!isSo) throw session::UsageError(std::string(expected) + " expected");
 }
 
 robot::WorldOptions worldOf(const CommonOptions& options, const Math::Pose2D& start) {
@@ -52,24 +52,24 @@ robot::WorldOptions worldOf(const CommonOptions& options, const Math::Pose2D& st
   return world;
 }
 
-void setFaults(EmbeddedRun& run, const std::vector<std::string>& faults) {
+void setFaults(session::VirtualSession& run, const std::vector<std::string>& faults) {
   try {
     for (const std::string& text : faults) run.setFault(robot::parseFault(text));
   } catch (const std::invalid_argument& error) {
     // It begins with the word "fault", as the option does.
-    throw UsageError(std::string("--").append(error.what()));
+    throw session::UsageError(std::string("--").append(error.what()));
   }
 }
 
-std::unique_ptr<RobotRun> makeEmbeddedRun(const CommonOptions& options, OccupancyMap map,
-                                          const Math::Pose2D& start) {
+std::unique_ptr<session::Session> makeVirtualSession(const CommonOptions& options, OccupancyMap map,
+                                                     const Math::Pose2D& start) {
   const auto description = robot::RobotDescription::fromFile(*options.robot);
   const robot::WorldOptions world = worldOf(options, start);
-  std::unique_ptr<EmbeddedRun> run;
+  std::unique_ptr<session::VirtualSession> run;
   try {
-    run = std::make_unique<EmbeddedRun>(description, std::move(map), world);
+    run = std::make_unique<session::VirtualSession>(description, std::move(map), world);
   } catch (const std::exception& error) {
-    throw UsageError(*options.robot + " in " + mapPathOf(options) + ": " + error.what());
+    throw session::UsageError(*options.robot + " in " + mapPathOf(options) + ": " + error.what());
   }
   setFaults(*run, options.faults);
   return run;
@@ -77,22 +77,22 @@ std::unique_ptr<RobotRun> makeEmbeddedRun(const CommonOptions& options, Occupanc
 
 }  // namespace
 
-std::unique_ptr<RobotRun> CommonOptions::makeRun(std::optional<Math::Pose2D> start) const {
-  if (!robot) checkKind(kind);
+std::unique_ptr<session::Session> CommonOptions::makeRun(std::optional<Math::Pose2D> start) const {
+  if (!robot) session::checkKind(kind);
   if (!start && !pose.empty()) start = parsePose(pose);
   OccupancyMap world = robot::loadMap(mapPathOf(*this));
-  if (!start) start = findRoom(world);
-  if (robot) return makeEmbeddedRun(*this, std::move(world), *start);
-  return std::make_unique<SimulatedRun>(kind, std::move(world), *start);
+  if (!start) start = session::findRoom(world);
+  if (robot) return makeVirtualSession(*this, std::move(world), *start);
+  return std::make_unique<session::SimulatedSession>(kind, std::move(world), *start);
 }
 
 std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {
   const std::set<std::string> names(subscriptions.begin(), subscriptions.end());
   for (const std::string& name : names) {
     if (manager.isFamily(name) || manager.isSensor(name)) continue;
-    throw UsageError("--subscribe: no sensor or family \"" + name +
-                     "\"; this robot has the families " + joined(manager.getFamilyNames()) +
-                     " and the sensors " + joined(manager.getSensorList()));
+    throw session::UsageError(
+        "--subscribe: no sensor or family \"" + name + "\"; this robot has the families " +
+        joined(manager.getFamilyNames()) + " and the sensors " + joined(manager.getSensorList()));
   }
   return names.empty() ? manager.getFamilyNames() : names;
 }
@@ -109,7 +109,7 @@ void addRobot(CLI::App& command, CommonOptions& options) {
       ->capture_default_str();
   command
       .add_option("--robot", options.robot,
-                  "an embedded robot with the sensors of a description (URDF)")
+                  "a virtual robot with the sensors of a description (URDF)")
       ->excludes("--kind")
       ->check(namesAFile);
 }
@@ -158,9 +158,9 @@ void addFormat(CLI::App& command, CommonOptions& options, const std::string& for
   command.add_option("--format", options.format, formats)->capture_default_str();
 }
 
-std::vector<Math::MetricalData> readOnce(RobotRun& robot, ko::SimulatedTime& time,
+std::vector<Math::MetricalData> readOnce(session::Session& robot, ko::SimulatedTime& time,
                                          const CommonOptions& options) {
-  if (const auto warning = PoseWatch(robot.getMap()).look(robot.getPose())) {
+  if (const auto warning = session::PoseWatch(robot.getMap()).look(robot.getPose())) {
     std::cerr << *warning << '\n';
   }
   auto& manager = robot.getManager();

@@ -9,8 +9,8 @@
 
 #include <CLI/App.hpp>
 
-#include "apps/run/robot_run.h"
 #include "platform/ko/simulated_time.h"
+#include "session/session.h"
 
 namespace QV::app {
 
@@ -34,7 +34,7 @@ struct CommonOptions {
    * The robot that was asked for, at `start`; else at --pose, or without one where it has room.
    * UsageError, and what is wrong with its files.
    */
-  std::unique_ptr<RobotRun> makeRun(std::optional<Math::Pose2D> start = std::nullopt) const;
+  std::unique_ptr<session::Session> makeRun(std::optional<Math::Pose2D> start = std::nullopt) const;
   /** What was subscribed to, or every family. UsageError for a name that doesn't exist. */
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };
@@ -53,7 +53,7 @@ void addOptionalPose(CLI::App& command, CommonOptions& options);
 void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats);
 
 /** The records of what the options subscribe to, once every sensor has had the time for one. */
-std::vector<Math::MetricalData> readOnce(RobotRun& robot, ko::SimulatedTime& time,
+std::vector<Math::MetricalData> readOnce(session::Session& robot, ko::SimulatedTime& time,
                                          const CommonOptions& options);
 
 }  // namespace QV::app

@@ -6,15 +6,15 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"
-#include "apps/output/number_text.h"
 #include "apps/output/progress_bar.h"
-#include "apps/output/record_file.h"
-#include "apps/picture/run_picture.h"
-#include "apps/run/drive.h"
-#include "apps/run/pose_watch.h"
-#include "apps/run/run_summary.h"
-#include "apps/usage_error.h"
+#include "apps/output/run_summary.h"
+#include "outlets/files/record_file.h"
+#include "outlets/picture/run_picture.h"
 #include "sensor/core/scoped_subscription.h"
+#include "session/drive.h"
+#include "session/internal/number_text.h"
+#include "session/internal/pose_watch.h"
+#include "session/usage_error.h"
 
 namespace QV::app {
 namespace {
@@ -33,9 +33,9 @@ constexpr double kMostCycles = 1e7;
 
 void checkAbove0(const char* option, double value, double most) {
   if (value > 0.0 && value <= most) return;
-  throw UsageError(std::string(option) + ": a number above 0 and up to " +
-                   std::to_string(static_cast<long>(most)) + " expected, " + fixed(value, 3) +
-                   " given");
+  throw session::UsageError(std::string(option) + ": a number above 0 and up to " +
+                            std::to_string(static_cast<long>(most)) + " expected, " +
+                            session::fixed(value, 3) + " given");
 }
 
 struct Run {
@@ -45,20 +45,20 @@ struct Run {
 };
 
 // To the path's end, and for so long there that the last records are of that place.
-long countCycles(const PathFollower& path, const RobotRun& robot, double rate) {
+long countCycles(const session::PathFollower& path, const session::Session& robot, double rate) {
   const boost::chrono::duration<double> atEnd = robot.getSettlingTime();
   return static_cast<long>(std::ceil((path.getDuration() + atEnd.count()) * rate));
 }
 
-Run driveAlong(const PathFollower& path, const DriveOptions& options, RobotRun& robot,
-               ko::SimulatedTime& time) {
+Run driveAlong(const session::PathFollower& path, const DriveOptions& options,
+               session::Session& robot, ko::SimulatedTime& time) {
   auto& manager = robot.getManager();
   const sensor::ScopedSubscription subscription(manager, "qvsensors", options.namesFor(manager));
   time.advance(robot.getSettlingTime());
-  RecordFile file(options.output, robot.getFrame());
+  outlets::RecordFile file(options.output, robot.getFrame());
   ProgressBar progress("Driving");
-  PoseWatch watch(robot.getMap());
-  Drive drive(path, robot, time);
+  session::PoseWatch watch(robot.getMap());
+  session::Drive drive(path, robot, time);
   Run run;
   const long cycles = countCycles(path, robot, options.rate);
   // One cycle in any case, so that there is something to show.
@@ -75,27 +75,27 @@ Run driveAlong(const PathFollower& path, const DriveOptions& options, RobotRun& 
   return run;
 }
 
-PathFollower checkedPath(const DriveOptions& options) {
+session::PathFollower checkedPath(const DriveOptions& options) {
   checkAbove0("--rate", options.rate, 1e6);
   checkAbove0("--speed", options.speed, 1e3);
   checkAbove0("--turn-speed", options.turnSpeed, 1e3);
-  const PathFollower path(parsePath(options.path), options.speed, options.turnSpeed);
+  const session::PathFollower path(parsePath(options.path), options.speed, options.turnSpeed);
   if (path.getDuration() * options.rate <= kMostCycles) return path;
-  throw UsageError(
+  throw session::UsageError(
       "--path: at most 10000000 cycles expected; drive less far, faster, or at a lower --rate");
 }
 
-void warnIfAstray(const PathFollower& path, const Math::Pose2D& pose) {
+void warnIfAstray(const session::PathFollower& path, const Math::Pose2D& pose) {
   const Math::Pose2D off = Math::pinv(path.poseAt(path.getDuration())) * pose;
   const float metres = std::hypot(off.x, off.y);
   if (isInterrupted() || metres < 0.1f) return;
-  std::cerr << "qvsensors: warning: the robot stands " << fixed(metres, 2)
+  std::cerr << "qvsensors: warning: the robot stands " << session::fixed(metres, 2)
             << " m from the end of the path: something is in its way, or it is too fast\n";
 }
 
 void drive(const DriveOptions& options) {
-  const PathFollower path = checkedPath(options);
-  if (!options.picture.empty()) checkPicturePath(options.picture);
+  const session::PathFollower path = checkedPath(options);
+  if (!options.picture.empty()) outlets::checkPicturePath(options.picture);
   ko::SimulatedTime time;
   const auto robot = options.makeRun(path.poseAt(0.0));
   const Run run = driveAlong(path, options, *robot, time);
@@ -105,8 +105,9 @@ void drive(const DriveOptions& options) {
   run.summary.print(std::cout);
   if (!options.output.empty()) std::cout << "Wrote " << options.output << '\n';
   if (options.picture.empty()) return;
-  writePicture({robot->getMap(), run.poses, run.lastRecords, robot->getTitle(), robot->getFrame()},
-               options.picture);
+  outlets::writePicture(
+      {robot->getMap(), run.poses, run.lastRecords, robot->getTitle(), robot->getFrame()},
+      options.picture);
   std::cout << "Wrote " << options.picture << '\n';
 }
 

@@ -5,26 +5,28 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
-#include "apps/output/number_text.h"
-#include "apps/output/record_output.h"
-#include "apps/output/table.h"
-#include "apps/run/listed_sensor.h"
+#include "outlets/files/internal/table.h"
+#include "outlets/files/record_output.h"
 #include "robot/world/robot_description.h"
+#include "session/internal/number_text.h"
+#include "session/listed_sensor.h"
 
 namespace QV::app {
 namespace {
 
 using nlohmann::ordered_json;
 
-void printKind(int kind, const std::vector<ListedSensor>& sensors) {
+void printKind(int kind, const std::vector<session::ListedSensor>& sensors) {
   std::cout << "Simulated sensors of kind " << kind
             << ". Mounting in the robot's frame (m, rad), ranges in m, apertures in rad.\n";
-  Table table({"family", "sensor", ">min", ">max", ">aperture", ">rays", ">x", ">y", ">heading"});
+  outlets::Table table(
+      {"family", "sensor", ">min", ">max", ">aperture", ">rays", ">x", ">y", ">heading"});
   for (const auto& sensor : sensors) {
     const auto& fov = sensor.fieldOfView;
-    table.add({sensor.family, sensor.name, shortest(fov.minRange), shortest(fov.maxRange),
-               fixed(fov.angularRange, 3), std::to_string(fov.rayCount),
-               fixed(sensor.position.x, 2), fixed(sensor.position.y, 2), fixed(sensor.heading, 3)});
+    table.add({sensor.family, sensor.name, session::shortest(fov.minRange),
+               session::shortest(fov.maxRange), session::fixed(fov.angularRange, 3),
+               std::to_string(fov.rayCount), session::fixed(sensor.position.x, 2),
+               session::fixed(sensor.position.y, 2), session::fixed(sensor.heading, 3)});
   }
   table.print(std::cout);
 }
@@ -32,15 +34,16 @@ void printKind(int kind, const std::vector<ListedSensor>& sensors) {
 void printSensors(const Model::Robot& robot) {
   std::cout << "Robot " << robot.name << " of kind " << robot.kindCode
             << ". Mounting in the link's frame (m, rad), ranges in m, apertures in rad.\n";
-  Table table({"family", "sensor", ">type", ">min", ">max", ">aperture", ">keys", "link", ">x",
-               ">y", ">z", ">heading"});
-  for (const auto& sensor : sensorsOf(robot)) {
+  outlets::Table table({"family", "sensor", ">type", ">min", ">max", ">aperture", ">keys", "link",
+                        ">x", ">y", ">z", ">heading"});
+  for (const auto& sensor : session::sensorsOf(robot)) {
     const auto& fov = sensor.fieldOfView;
     table.add({sensor.family.empty() ? "(none)" : sensor.family, sensor.name,
-               std::to_string(sensor.type), fixed(fov.minRange, 2), fixed(fov.maxRange, 2),
-               fixed(fov.angularRange, 3), std::to_string(sensor.keys), sensor.link,
-               fixed(sensor.position.x, 2), fixed(sensor.position.y, 2),
-               fixed(sensor.position.z, 2), fixed(sensor.heading, 3)});
+               std::to_string(sensor.type), session::fixed(fov.minRange, 2),
+               session::fixed(fov.maxRange, 2), session::fixed(fov.angularRange, 3),
+               std::to_string(sensor.keys), sensor.link, session::fixed(sensor.position.x, 2),
+               session::fixed(sensor.position.y, 2), session::fixed(sensor.position.z, 2),
+               session::fixed(sensor.heading, 3)});
   }
   table.print(std::cout);
 }
@@ -51,7 +54,7 @@ bool isSupported(const Model::CollisionShape& shape) {
 
 void printShapes(const Model::Robot& robot) {
   std::cout << "\nCollision shapes\n";
-  Table table({"shape", "kind", "joint", ""});
+  outlets::Table table({"shape", "kind", "joint", ""});
   for (const auto& [name, shape] : robot.collisionShapes) {
     table.add({name, Math::getKind(shape->getShape()),
                shape->getParentJoint().empty() ? "(root)" : shape->getParentJoint(),
@@ -60,16 +63,16 @@ void printShapes(const Model::Robot& robot) {
   table.print(std::cout);
 }
 
-ordered_json sensorToJson(const ListedSensor& sensor) {
+ordered_json sensorToJson(const session::ListedSensor& sensor) {
   const auto& at = sensor.position;
   return {{"name", sensor.name},
           {"family", sensor.family},
-          {"fieldOfView", toJson(sensor.fieldOfView)},
+          {"fieldOfView", outlets::toJson(sensor.fieldOfView)},
           {"mounting",
-           {{"x", toJson(at.x)},
-            {"y", toJson(at.y)},
-            {"z", toJson(at.z)},
-            {"heading", toJson(sensor.heading)}}}};
+           {{"x", outlets::toJson(at.x)},
+            {"y", outlets::toJson(at.y)},
+            {"z", outlets::toJson(at.z)},
+            {"heading", outlets::toJson(sensor.heading)}}}};
 }
 
 ordered_json robotToJson(const Model::Robot& robot) {
@@ -77,7 +80,7 @@ ordered_json robotToJson(const Model::Robot& robot) {
                       {"kind", robot.kindCode},
                       {"sensors", ordered_json::array()},
                       {"collisionShapes", ordered_json::array()}};
-  for (const auto& sensor : sensorsOf(robot)) {
+  for (const auto& sensor : session::sensorsOf(robot)) {
     ordered_json listed = sensorToJson(sensor);
     listed["fieldOfView"].erase("rayCount");
     listed["type"] = sensor.type;
@@ -94,24 +97,24 @@ ordered_json robotToJson(const Model::Robot& robot) {
   return result;
 }
 
-ordered_json kindToJson(int kind, const std::vector<ListedSensor>& sensors) {
+ordered_json kindToJson(int kind, const std::vector<session::ListedSensor>& sensors) {
   ordered_json result{{"kind", kind}};
   for (const auto& sensor : sensors) result["sensors"].push_back(sensorToJson(sensor));
   return result;
 }
 
-void listKind(int kind, Format format) {
-  const auto sensors = sensorsOfKind(kind);
-  if (format == Format::json) {
+void listKind(int kind, outlets::Format format) {
+  const auto sensors = session::sensorsOfKind(kind);
+  if (format == outlets::Format::json) {
     std::cout << kindToJson(kind, sensors) << '\n';
   } else {
     printKind(kind, sensors);
   }
 }
 
-void listDescription(const std::string& path, Format format) {
+void listDescription(const std::string& path, outlets::Format format) {
   const Model::Robot robot = robot::RobotDescription::fromFile(path).model;
-  if (format == Format::json) {
+  if (format == outlets::Format::json) {
     std::cout << robotToJson(robot) << '\n';
     return;
   }
@@ -128,7 +131,8 @@ void addListCommand(CLI::App& program) {
   addRobot(*command, *options);
   addFormat(*command, *options, "table; json: one object");
   command->callback([options] {
-    const Format format = parseFormat(options->format, {Format::table, Format::json});
+    const outlets::Format format =
+        outlets::parseFormat(options->format, {outlets::Format::table, outlets::Format::json});
     if (options->robot) {
       listDescription(*options->robot, format);
     } else {

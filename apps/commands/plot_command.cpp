@@ -3,18 +3,18 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
-#include "apps/picture/run_picture.h"
+#include "outlets/picture/run_picture.h"
 
 namespace QV::app {
 namespace {
 
 void plot(const CommonOptions& options, const std::string& output) {
-  checkPicturePath(output);
+  outlets::checkPicturePath(output);
   ko::SimulatedTime time;
   const auto robot = options.makeRun();
   const auto records = readOnce(*robot, time, options);
-  writePicture({robot->getMap(), {robot->getPose()}, records, robot->getTitle(), robot->getFrame()},
-               output);
+  outlets::writePicture(
+      {robot->getMap(), {robot->getPose()}, records, robot->getTitle(), robot->getFrame()}, output);
   std::cout << "Wrote " << output << '\n';
 }
 

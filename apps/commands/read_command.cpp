@@ -3,16 +3,16 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
-#include "apps/output/record_output.h"
+#include "outlets/files/record_output.h"
 
 namespace QV::app {
 namespace {
 
 void read(const CommonOptions& options) {
-  const Format format = parseFormat(options.format);
+  const outlets::Format format = outlets::parseFormat(options.format);
   ko::SimulatedTime time;
   const auto robot = options.makeRun();
-  writeRecords(std::cout, readOnce(*robot, time, options), format, robot->getFrame());
+  outlets::writeRecords(std::cout, readOnce(*robot, time, options), format, robot->getFrame());
 }
 
 }  // namespace

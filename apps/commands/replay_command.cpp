@@ -6,10 +6,10 @@
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
-#include "apps/output/record_file.h"
-#include "apps/output/record_output.h"
-#include "apps/run/log_robot.h"
-#include "apps/run/run_summary.h"
+#include "apps/output/run_summary.h"
+#include "outlets/files/record_file.h"
+#include "outlets/files/record_output.h"
+#include "session/recorded_robot.h"
 
 namespace QV::app {
 namespace {
@@ -32,9 +32,9 @@ struct ReplayOptions {
 /** Hands the records of each step on. */
 template <typename F>
 void replayAll(const ReplayOptions& options, F take) {
-  const robot::Recording recording = readLog(options.log, options.poses);
+  const robot::Recording recording = session::readLog(options.log, options.poses);
   ko::SimulatedTime time;
-  LogRobot robot(recording);
+  session::RecordedRobot robot(recording);
   ProgressBar progress("Replaying");
   while (!isInterrupted()) {
     auto records = robot.next(time);
@@ -46,7 +46,7 @@ void replayAll(const ReplayOptions& options, F take) {
 
 void replayToFile(const ReplayOptions& options) {
   RunSummary summary;
-  RecordFile file(options.output, Frame::robot);
+  outlets::RecordFile file(options.output, session::Frame::robot);
   replayAll(options, [&](Records&& records, const Math::Pose2D& pose) {
     file.write(records, pose);
     summary.add(records);
@@ -57,12 +57,12 @@ void replayToFile(const ReplayOptions& options) {
 }
 
 void replayToOutput(const ReplayOptions& options) {
-  const Format format = parseFormat(options.format);
+  const outlets::Format format = outlets::parseFormat(options.format);
   Records all;
   replayAll(options, [&all](Records&& records, const Math::Pose2D&) {
     std::ranges::move(records, std::back_inserter(all));
   });
-  writeRecords(std::cout, all, format, Frame::robot);
+  outlets::writeRecords(std::cout, all, format, session::Frame::robot);
 }
 
 }  // namespace

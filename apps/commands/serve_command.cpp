@@ -6,8 +6,8 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"
-#include "apps/live/live_server.h"
-#include "apps/live/web_guard.h"
+#include "outlets/web/internal/web_guard.h"
+#include "outlets/web/live_server.h"
 
 namespace QV::app {
 namespace {
@@ -17,11 +17,11 @@ constexpr char kFooter[] =
     "WebSocket protocol. Only this machine reaches it unless --address says otherwise.";
 
 struct ServeOptions : CommonOptions {
-  WebServer::Settings server;
+  outlets::WebServer::Settings server;
 };
 
 void warnIfOpen(const std::string& address) {
-  if (isLoopback(address)) return;
+  if (outlets::isLoopback(address)) return;
   std::cerr << "qvsensors: warning: whoever reaches " << address
             << " can watch and drive this robot\n";
 }
@@ -34,9 +34,9 @@ std::string urlOf(const std::string& address, unsigned short port) {
 void serve(const ServeOptions& options) {
   ko::SimulatedTime time;
   // Before the robot: it hears of sensors that can't be built.
-  LogRing log;
+  session::LogRing log;
   const auto robot = options.makeRun();
-  LiveServer server(*robot, time, log, options.server);
+  outlets::LiveServer server(*robot, time, log, options.server);
   if (!options.subscriptions.empty()) server.subscribe(options.namesFor(robot->getManager()));
   warnIfOpen(options.server.address);
   std::cout << robot->getTitle() << " at " << urlOf(options.server.address, server.getPort())

@@ -15,7 +15,7 @@ namespace {
 
 constexpr int kPeriodMs = 100;
 constexpr char kWatchFooter[] =
-    "The robot runs on the machine's clock; an embedded one drives about meanwhile. Keys choose a\n"
+    "The robot runs on the machine's clock; a virtual one drives about meanwhile. Keys choose a\n"
     "sensor and subscribe, enable or diagnose it; what went wrong with a sensor last stays until\n"
     "something else does. Ages are of the records as they are, 10 times a second.";
 

@@ -7,7 +7,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
-#include "apps/usage_error.h"
+#include "session/usage_error.h"
 
 namespace QV::app {
 namespace {
@@ -29,10 +29,12 @@ bool writeAll(int output, std::string_view text) {
 
 void checkTerminal(int input, int output) {
   if (isatty(output) != 1) {
-    throw UsageError("standard output: a terminal expected; --once prints one table anywhere");
+    throw session::UsageError(
+        "standard output: a terminal expected; --once prints one table anywhere");
   }
   if (isatty(input) != 1) {
-    throw UsageError("standard input: a terminal expected, for the keys; --once needs none");
+    throw session::UsageError(
+        "standard input: a terminal expected, for the keys; --once needs none");
   }
 }
 

@@ -3,10 +3,10 @@
 #include <algorithm>
 #include <map>
 
-#include "apps/output/record_output.h"
-#include "apps/output/seconds.h"
-#include "apps/run/record_owner.h"
+#include "outlets/files/record_output.h"
 #include "sensor/core/scoped_subscription.h"
+#include "session/internal/record_owner.h"
+#include "session/internal/seconds.h"
 
 namespace QV::app {
 namespace {
@@ -20,7 +20,7 @@ void keep(std::optional<T>& kept, T value, bool better) {
 
 }  // namespace
 
-Watch::Watch(RobotRun& robot) : robot(robot), manager(robot.getManager()) {
+Watch::Watch(session::Session& robot) : robot(robot), manager(robot.getManager()) {
   state.title = robot.getTitle();
   for (const std::string& name : manager.getSensorList()) {
     state.sensors.push_back({name, manager.getSensorPtr(name)->getFamilyName()});
@@ -113,7 +113,7 @@ void Watch::xLookAtSwitches(WatchedSensor& sensor) {
   const auto trouble = robot.getNavigation().getLastTrouble().get(sensor.name);
   if (!trouble) return;
   sensor.trouble = trouble->message;
-  sensor.troubleAge = inSeconds(ko::Clock::now() - trouble->timestamp);
+  sensor.troubleAge = session::inSeconds(ko::Clock::now() - trouble->timestamp);
 }
 
 void Watch::xLookAtRecords() {
@@ -125,13 +125,13 @@ void Watch::xLookAtRecords() {
     byName[sensor.name] = &sensor;
   }
   for (const auto& record : manager.getMetricalData()) {
-    const auto found = byName.find(sensorOf(record, manager));
+    const auto found = byName.find(session::sensorOf(record, manager));
     if (found == byName.end()) continue;
     WatchedSensor& sensor = *found->second;
     sensor.points += record.points.size();
-    const double age = inSeconds(Math::age(record, ko::Clock::now()));
+    const double age = session::inSeconds(Math::age(record, ko::Clock::now()));
     keep(sensor.age, age, age > sensor.age.value_or(age));
-    const auto nearest = nearestObstacle(record);
+    const auto nearest = session::nearestObstacle(record);
     if (nearest) keep(sensor.nearest, *nearest, *nearest < sensor.nearest.value_or(*nearest));
   }
 }

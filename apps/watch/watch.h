@@ -5,9 +5,9 @@
 #include <set>
 #include <string>
 
-#include "apps/run/robot_run.h"
 #include "apps/terminal/key.h"
 #include "apps/watch/watch_state.h"
+#include "session/session.h"
 
 namespace QV::app {
 
@@ -17,7 +17,7 @@ namespace QV::app {
  */
 class Watch {
  public:
-  explicit Watch(RobotRun& robot);
+  explicit Watch(session::Session& robot);
   /** Unsubscribes from everything. */
   ~Watch();
   Watch(const Watch&) = delete;
@@ -41,7 +41,7 @@ class Watch {
   void xLookAtSwitches(WatchedSensor& sensor);
   void xLookAtRecords();
 
-  RobotRun& robot;
+  session::Session& robot;
   sensor::SensorManager& manager;
   WatchState state;
   std::future<void> action;

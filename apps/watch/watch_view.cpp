@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <sstream>
 
-#include "apps/output/number_text.h"
-#include "apps/output/table.h"
+#include "outlets/files/internal/table.h"
 #include "platform/ko/log.h"
+#include "session/internal/number_text.h"
 
 namespace QV::app {
 namespace {
@@ -33,7 +33,7 @@ std::string yesOrNo(bool value) {
 
 std::string describeTrouble(const WatchedSensor& sensor) {
   if (sensor.trouble.empty()) return {};
-  return fixed(sensor.troubleAge, 0) + " s ago: " + ko::log::onOneLine(sensor.trouble);
+  return session::fixed(sensor.troubleAge, 0) + " s ago: " + ko::log::onOneLine(sensor.trouble);
 }
 
 std::vector<std::string> linesOf(const std::string& text) {
@@ -70,14 +70,14 @@ constexpr int kInverse = 7;
 }  // namespace
 
 std::string watchTable(const WatchState& state) {
-  Table table({"sensor", "family", "enabled", "diagnosis", "started", ">subscribers", ">points",
-               ">nearest m", ">age s", "last trouble"});
+  outlets::Table table({"sensor", "family", "enabled", "diagnosis", "started", ">subscribers",
+                        ">points", ">nearest m", ">age s", "last trouble"});
   for (const auto& sensor : state.sensors) {
     table.add({sensor.name, sensor.family, yesOrNo(sensor.enabled),
                sensor.diagnosis ? "good" : "bad", yesOrNo(sensor.started),
                std::to_string(sensor.subscribers), std::to_string(sensor.points),
-               sensor.nearest ? fixed(*sensor.nearest, 2) : "-",
-               sensor.age ? fixed(*sensor.age, 2) : "-", describeTrouble(sensor)});
+               sensor.nearest ? session::fixed(*sensor.nearest, 2) : "-",
+               sensor.age ? session::fixed(*sensor.age, 2) : "-", describeTrouble(sensor)});
   }
   std::ostringstream text;
   table.print(text);
@@ -86,8 +86,9 @@ std::string watchTable(const WatchState& state) {
 
 std::string watchScreen(const WatchState& state, const ScreenSize& size) {
   Screen screen(size);
-  screen.add(state.title + " at " + fixed(state.pose.x, 2) + ", " + fixed(state.pose.y, 2) +
-                 " m, " + fixed(state.pose.theta, 2) + " rad",
+  screen.add(state.title + " at " + session::fixed(state.pose.x, 2) + ", " +
+                 session::fixed(state.pose.y, 2) + " m, " + session::fixed(state.pose.theta, 2) +
+                 " rad",
              kBold);
   const auto lines = linesOf(watchTable(state));
   screen.add(lines[0], kBold);

@@ -4,7 +4,7 @@
 
 #include <boost/chrono/floor.hpp>
 
-#include "platform/ko/time_source.h"
+#include "platform/ko/internal/time_source.h"
 
 namespace ko {
 namespace {

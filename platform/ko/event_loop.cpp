@@ -2,7 +2,7 @@
 
 #include <stdexcept>
 
-#include "platform/ko/future_state.h"
+#include "platform/ko/internal/future_state.h"
 
 namespace ko {
 namespace {

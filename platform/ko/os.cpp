@@ -1,6 +1,6 @@
 #include "platform/ko/os.h"
 
-#include "platform/ko/scheduler.h"
+#include "platform/ko/internal/scheduler.h"
 
 namespace ko::os {
 

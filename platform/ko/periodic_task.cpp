@@ -9,8 +9,8 @@
 #include <boost/make_shared.hpp>
 #include <boost/smart_ptr/enable_shared_from_this.hpp>
 
-#include "platform/ko/scheduler.h"
-#include "platform/ko/time_source.h"
+#include "platform/ko/internal/scheduler.h"
+#include "platform/ko/internal/time_source.h"
 
 namespace ko {
 

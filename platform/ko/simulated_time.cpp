@@ -5,8 +5,8 @@
 
 #include <boost/make_shared.hpp>
 
-#include "platform/ko/simulated_scheduler.h"
-#include "platform/ko/time_source.h"
+#include "platform/ko/internal/simulated_scheduler.h"
+#include "platform/ko/internal/time_source.h"
 
 namespace ko {
 namespace {

@@ -12,8 +12,8 @@
 
 #include <tinyxml2.h>
 
-#include "platform/model/joint_reader.h"
-#include "platform/model/xml_reader.h"
+#include "platform/model/internal/joint_reader.h"
+#include "platform/model/internal/xml_reader.h"
 
 namespace QV::Model::ModelUtils {
 namespace {

@@ -1,6 +1,6 @@
 #include "platform/navigation/occ_map_simulate_scan.h"
 
-#include "platform/navigation/scan_path.h"
+#include "platform/navigation/internal/scan_path.h"
 
 namespace QV {
 

@@ -7,8 +7,8 @@
 #include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/math/position.h"
-#include "platform/navigation/grid_frame.h"
-#include "platform/navigation/scan_store.h"
+#include "platform/navigation/internal/grid_frame.h"
+#include "platform/navigation/internal/scan_store.h"
 
 namespace QV {
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 #include <string>
 
-#include "platform/vision/component_labeler.h"
+#include "platform/vision/internal/component_labeler.h"
 
 namespace QV::vision {
 

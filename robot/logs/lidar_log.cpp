@@ -4,7 +4,7 @@
 #include <optional>
 #include <stdexcept>
 
-#include "robot/logs/log_file.h"
+#include "robot/logs/internal/log_file.h"
 #include "robot/logs/recording.h"
 
 namespace QV::robot {

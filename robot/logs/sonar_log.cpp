@@ -2,7 +2,7 @@
 #include <numbers>
 #include <stdexcept>
 
-#include "robot/logs/log_file.h"
+#include "robot/logs/internal/log_file.h"
 #include "robot/logs/recording.h"
 
 namespace QV::robot {

@@ -14,7 +14,7 @@
 #include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "platform/middleware/qv_module.h"
-#include "robot/services/device_command.h"
+#include "robot/services/internal/device_command.h"
 
 namespace QV {
 class QVBroker;

@@ -7,8 +7,8 @@
 
 #include "platform/api.h"
 #include "platform/middleware/qv_module.h"
-#include "robot/services/event_board.h"
-#include "robot/services/memory_store.h"
+#include "robot/services/internal/event_board.h"
+#include "robot/services/internal/memory_store.h"
 
 namespace QV::robot {
 

@@ -6,8 +6,8 @@
 #include <utility>
 #include <vector>
 
-#include "robot/services/kinematics.h"
-#include "robot/services/posture_history.h"
+#include "robot/services/internal/kinematics.h"
+#include "robot/services/internal/posture_history.h"
 
 namespace QV::robot {
 

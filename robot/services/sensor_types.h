@@ -15,7 +15,7 @@ inline bool isLaserType(int type) {
   return type == kLaserType || type == kHoleLaserType || type == kShovelType;
 }
 
-/** Whether an embedded robot has such a sensor. */
+/** Whether a virtual robot has such a sensor. */
 inline bool isSensorType(int type) {
   return isLaserType(type) || type == kTouchType || type == kDepthCameraType ||
          type == kSonarType || type == kBlindZoneType;

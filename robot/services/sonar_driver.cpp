@@ -5,7 +5,7 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
-#include "platform/model/number_text.h"
+#include "platform/model/internal/number_text.h"
 #include "robot/services/sensor_types.h"
 
 namespace QV::robot {

@@ -6,7 +6,7 @@
 #include <opencv2/imgproc.hpp>
 
 #include "platform/ko/log.h"
-#include "platform/model/number_text.h"
+#include "platform/model/internal/number_text.h"
 #include "platform/vision/qv_image.h"
 #include "platform/vision/video_codes.h"
 

@@ -13,7 +13,7 @@
 #include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "platform/middleware/qv_module.h"
-#include "robot/services/spare_bytes.h"
+#include "robot/services/internal/spare_bytes.h"
 
 namespace QV::robot {
 

@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "platform/model/model_utils.h"
-#include "robot/world/file_bytes.h"
+#include "robot/maps/internal/file_bytes.h"
 
 namespace QV::robot {
 namespace {

@@ -43,7 +43,7 @@ struct QV_API Walker {
   float speed = 0.8f;
 };
 
-/** The world of an EmbeddedRobot, and how well its sensors measure. Default: an empty, perfect one.
+/** The world of an VirtualRobot, and how well its sensors measure. Default: an empty, perfect one.
  */
 struct QV_API WorldOptions {
   /** Of the robot's root link in the map. */

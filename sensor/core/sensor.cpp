@@ -2,7 +2,7 @@
 
 #include <boost/thread/lock_guard.hpp>
 
-#include "sensor/core/sensor_scope.h"
+#include "sensor/core/internal/sensor_scope.h"
 
 namespace QV::sensor {
 

@@ -10,7 +10,7 @@
 #include <boost/thread/lock_types.hpp>
 
 #include "platform/ko/log.h"
-#include "sensor/core/sensor_scope.h"
+#include "sensor/core/internal/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {

@@ -1,6 +1,6 @@
 #include "sensor/hosting/last_trouble.h"
 
-#include "sensor/core/sensor_scope.h"
+#include "sensor/core/internal/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {

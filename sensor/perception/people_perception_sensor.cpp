@@ -6,8 +6,8 @@
 
 #include "platform/ko/event_loop.h"
 #include "platform/ko/log.h"
-#include "sensor/core/sensor_scope.h"
-#include "sensor/perception/people_event.h"
+#include "sensor/core/internal/sensor_scope.h"
+#include "sensor/perception/internal/people_event.h"
 
 namespace QV::sensor {
 namespace {

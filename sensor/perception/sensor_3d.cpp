@@ -6,7 +6,7 @@
 
 #include "platform/ko/log.h"
 #include "platform/vision/video_codes.h"
-#include "sensor/core/sensor_scope.h"
+#include "sensor/core/internal/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {

@@ -12,11 +12,11 @@
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_motion_proxy.h"
 #include "platform/middleware/qv_video_device_proxy.h"
-#include "platform/vision/component_labeler.h"
+#include "platform/vision/internal/component_labeler.h"
 #include "platform/vision/qv_image.h"
 #include "sensor/core/sensor.h"
-#include "sensor/perception/depth_projection.h"
-#include "sensor/perception/spare_points.h"
+#include "sensor/perception/internal/depth_projection.h"
+#include "sensor/perception/internal/spare_points.h"
 
 namespace QV::sensor {
 

@@ -3,7 +3,7 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
-#include "sensor/core/sensor_scope.h"
+#include "sensor/core/internal/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {

@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "platform/ko/log.h"
-#include "sensor/utils/truncated.h"
+#include "sensor/utils/internal/truncated.h"
 
 namespace QV::sensor {
 namespace {

@@ -4,7 +4,7 @@
 
 #include "platform/ko/log.h"
 #include "platform/ko/os.h"
-#include "sensor/utils/truncated.h"
+#include "sensor/utils/internal/truncated.h"
 
 namespace QV::sensor {
 namespace {

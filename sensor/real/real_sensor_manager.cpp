@@ -8,10 +8,10 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_proxy.h"
+#include "platform/model/internal/number_text.h"
 #include "platform/model/model_utils.h"
-#include "platform/model/number_text.h"
 #include "platform/model/robot.h"
-#include "sensor/core/sensor_scope.h"
+#include "sensor/core/internal/sensor_scope.h"
 #include "sensor/perception/people_perception_sensor.h"
 #include "sensor/perception/sensor_3d.h"
 #include "sensor/perception/touch_sensor.h"
@@ -21,7 +21,7 @@
 #include "sensor/range/smart_sonar.h"
 #include "sensor/range/sonar_sensor.h"
 #include "sensor/real/sensor_family.h"
-#include "sensor/utils/truncated.h"
+#include "sensor/utils/internal/truncated.h"
 
 namespace QV::sensor {
 namespace {

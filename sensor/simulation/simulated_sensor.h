@@ -10,7 +10,7 @@
 #include "platform/navigation/occupancy_map.h"
 #include "platform/navigation/range_reading.h"
 #include "sensor/core/sensor.h"
-#include "sensor/simulation/shared_pose_pair.h"
+#include "sensor/simulation/internal/shared_pose_pair.h"
 
 namespace QV::sensor {
 

@@ -1,6 +1,6 @@
 #include "apps/arguments.h"
 
-#include "apps/usage_error.h"
+#include "session/usage_error.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::app {
@@ -10,7 +10,8 @@ TEST(Arguments, aPoseIsThreeFiniteNumbersAndNothingElse) {
   EXPECT_EQ(parsePose("-1.5,2,0.25"), Math::Pose2D(-1.5f, 2.0f, 0.25f));
   for (const char* text : {"", "1,2", "1,2,3,4", "1,2,x", "1,2,3 ", "1 ,2,3", "1,,3", "nan,0,0",
                            "1e99,0,0", "inf,0,0", "1,2,"}) {
-    EXPECT_THAT([&] { parsePose(text); }, ThrowsMessage<UsageError>(HasSubstr("--pose: x,y,theta")))
+    EXPECT_THAT([&] { parsePose(text); },
+                ThrowsMessage<session::UsageError>(HasSubstr("--pose: x,y,theta")))
         << text;
   }
 }
@@ -19,7 +20,8 @@ TEST(Arguments, aPathIsTwoDifferentPositionsOrMore) {
   EXPECT_THAT(parsePath("1,2  3,4 3,4 5,6"),
               ElementsAre(Math::Position2D(1, 2), Math::Position2D(3, 4), Math::Position2D(5, 6)));
   for (const char* text : {"", "1,2", "1,2 1,2", "1,2 3", "1,2 3,4,5"}) {
-    EXPECT_THAT([&] { parsePath(text); }, ThrowsMessage<UsageError>(HasSubstr("--path: "))) << text;
+    EXPECT_THAT([&] { parsePath(text); }, ThrowsMessage<session::UsageError>(HasSubstr("--path: ")))
+        << text;
   }
 }
 

@@ -2,7 +2,7 @@
 #include <string>
 #include <vector>
 
-#include "apps/shared_files.h"
+#include "session/shared_files.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
@@ -52,7 +52,8 @@ struct Case {
 class CheckFaults : public testing::TestWithParam<Case> {};
 
 TEST_P(CheckFaults, areFoundAndNothingElse) {
-  std::vector<std::string> arguments{"--robot", findSharedFile("descriptions/porter.urdf")};
+  std::vector<std::string> arguments{"--robot",
+                                     session::findSharedFile("descriptions/porter.urdf")};
   for (const char* sensor :
        {"BackSonar", "BlindZone", "DepthCamera", "FrontLaser", "HoleLaser", "PeoplePerception"}) {
     arguments.push_back("--fault");
@@ -113,9 +114,10 @@ TEST(Check, namesWhatCouldNotBeBuilt) {
 }
 
 TEST(Check, showsATable) {
-  const Result result = run({"check", "--robot", findSharedFile("descriptions/porter.urdf"),
-                             "--subscribe", "Touch", "--subscribe", "Laser", "--fault",
-                             "FrontLaser:off", "--fault", "BackBumperTouch:wrong"});
+  const Result result =
+      run({"check", "--robot", session::findSharedFile("descriptions/porter.urdf"), "--subscribe",
+           "Touch", "--subscribe", "Laser", "--fault", "FrontLaser:off", "--fault",
+           "BackBumperTouch:wrong"});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.out, HasSubstr("FrontLaser  Laser   failed to start        0       0  Time"));
   EXPECT_THAT(result.out, testing::ContainsRegex("Touch +Touch +works .* touched: BackBumper\n"));

@@ -8,7 +8,7 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include "apps/shared_files.h"
+#include "session/shared_files.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
@@ -25,7 +25,7 @@ struct ProgramTest : testing::Test {
 
   const test::TemporaryFolder folder;
   int robots = 0;
-  const std::string porter = findSharedFile("descriptions/porter.urdf");
+  const std::string porter = session::findSharedFile("descriptions/porter.urdf");
 };
 
 TEST_F(ProgramTest, listShowsEverySensorOfAKindWithItsMounting) {
@@ -83,7 +83,7 @@ TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
   EXPECT_EQ(records[1]["sensorName"], "Sonar/Front");
 }
 
-TEST_F(ProgramTest, readOfAnEmbeddedRobotWaitsForEverySensor) {
+TEST_F(ProgramTest, readOfAnVirtualRobotWaitsForEverySensor) {
   const Result result = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--noise", "0.01",
                              "--seed", "7", "--format", "json"});
   ASSERT_EQ(result.status, 0) << result.error;
@@ -227,7 +227,7 @@ TEST_F(ProgramTest, driveReadsEveryCycleOfSimulatedTimeTheSameEachTime) {
   EXPECT_EQ(test::readBytes(first), test::readBytes(second));
 }
 
-TEST_F(ProgramTest, anEmbeddedRobotDrivesThePathTheSameEachTime) {
+TEST_F(ProgramTest, anVirtualRobotDrivesThePathTheSameEachTime) {
   const auto path = folder / "a.jsonl";
   const auto picture = folder / "robot.png";
   std::string before;
@@ -245,7 +245,7 @@ TEST_F(ProgramTest, anEmbeddedRobotDrivesThePathTheSameEachTime) {
   EXPECT_GT(cv::imread(picture).cols, 1000);
 }
 
-TEST_F(ProgramTest, anEmbeddedRobotThatIsStoppedByAWallSaysSo) {
+TEST_F(ProgramTest, anVirtualRobotThatIsStoppedByAWallSaysSo) {
   const Result result =
       run({"drive", "--robot", porter, "--path", "3,6.3 3,9", "--subscribe", "Touch"});
   EXPECT_EQ(result.status, 0);

@@ -12,8 +12,8 @@
 
 #include <gmock/gmock.h>
 
-#include "apps/shared_files.h"
 #include "apps/terminal/terminal.h"
+#include "session/shared_files.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/child_process.h"
 
@@ -88,7 +88,7 @@ class PseudoTerminal {
 class WatchTest : public testing::Test {
  protected:
   void start() {
-    const std::string robot = findSharedFile("descriptions/porter.urdf");
+    const std::string robot = session::findSharedFile("descriptions/porter.urdf");
     process.start([&] {
       login_tty(terminal.inner);
       execl(QVSENSORS, QVSENSORS, "watch", "--still", "--robot", robot.c_str(), "--fault",
@@ -156,8 +156,8 @@ TEST(Terminal, anExceptionLeavesItAsItWas) {
 
 TEST(Watch, printsOneTableWithoutATerminal) {
   const Result result =
-      run({"watch", "--once", "--robot", findSharedFile("descriptions/porter.urdf"), "--subscribe",
-           "Sonar", "--fault", "BackSonar:off"});
+      run({"watch", "--once", "--robot", session::findSharedFile("descriptions/porter.urdf"),
+           "--subscribe", "Sonar", "--fault", "BackSonar:off"});
   EXPECT_EQ(result.status, 0);
   EXPECT_EQ(result.error, "");
   EXPECT_THAT(result.out, HasSubstr("FrontSonar        Sonar      yes      good       yes"

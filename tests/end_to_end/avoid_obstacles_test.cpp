@@ -3,9 +3,9 @@
 #include <boost/make_shared.hpp>
 #include <gtest/gtest.h>
 
-#include "apps/shared_files.h"
 #include "platform/ko/simulated_time.h"
-#include "robot/world/map_files.h"
+#include "robot/maps/map_files.h"
+#include "session/shared_files.h"
 
 namespace QV {
 namespace {
@@ -31,10 +31,10 @@ struct AvoidObstacles : testing::TestWithParam<std::uint64_t> {
   }
 
   ko::SimulatedTime time;
-  robot::EmbeddedRobot robot{
-      app::findSharedFile("descriptions/porter.urdf"),
-      boost::make_shared<OccupancyMap>(robot::loadMap(app::findSharedFile("maps/apartment.yaml"))),
-      world()};
+  robot::VirtualRobot robot{session::findSharedFile("descriptions/porter.urdf"),
+                            boost::make_shared<OccupancyMap>(
+                                robot::loadMap(session::findSharedFile("maps/apartment.yaml"))),
+                            world()};
   sensor::RealSensorManager manager{robot.getBroker()};
   ObstacleAvoider avoider{manager, robot};
 };

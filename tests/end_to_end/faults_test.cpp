@@ -80,7 +80,7 @@ robot::WorldOptions makeWorld() {
 Outcome runWithFaultsOf(const std::string& faulty, bool withDepth) {
   ko::SimulatedTime time;
   test::LogCapture log;
-  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
+  robot::VirtualRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
   const auto module = boost::make_shared<sensor::NavigationModule>(porter.getBroker());
   const ScopedModule registered(porter.getBroker(), module);
   sensor::SensorManager& manager = module->getManager();
@@ -231,14 +231,14 @@ INSTANTIATE_TEST_SUITE_P(EverySensor, FaultsTest, testing::ValuesIn(kFaultySenso
                          [](const auto& parameter) { return std::string(parameter.param); });
 
 TEST(Faults, areThereForEverySensor) {
-  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
+  robot::VirtualRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
   EXPECT_THAT(porter.getFaultySensors(), testing::ElementsAreArray(kFaultySensors));
 }
 
 TEST(Faults, aLaserThatGoesOffShowsItsLastScanForASecondAndThenErrors) {
   ko::SimulatedTime time;
   test::LogCapture log;
-  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
+  robot::VirtualRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
   sensor::RealSensorManager manager(porter.getBroker());
   manager.subscribe("test", "FrontLaser");
   time.advance(milliseconds(500));
@@ -259,7 +259,7 @@ TEST(Faults, aLaserThatGoesOffShowsItsLastScanForASecondAndThenErrors) {
 TEST(Faults, aLaserThatIsOffStartsOnlyWhenItIsBackAndCalledSoundAgain) {
   ko::SimulatedTime time;
   test::LogCapture log;
-  robot::EmbeddedRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
+  robot::VirtualRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
   sensor::RealSensorManager manager(porter.getBroker());
   porter.setFault("FrontLaser", FaultKind::off);
   time.advance(milliseconds(100));

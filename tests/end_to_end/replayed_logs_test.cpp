@@ -4,8 +4,8 @@
 
 #include <gtest/gtest.h>
 
-#include "apps/run/log_robot.h"
 #include "platform/ko/simulated_time.h"
+#include "session/recorded_robot.h"
 #include "tests/support/real_data.h"
 
 namespace QV {
@@ -46,7 +46,7 @@ void expectPointsOf(const Words& scan, const std::vector<Math::Position3D>& poin
 void replayScans(const std::string& path) {
   const auto scans = linesOf(path, "FLASER 361 ");
   ko::SimulatedTime time;
-  app::LogRobot robot(robot::readLidarLog(path));
+  session::RecordedRobot robot(robot::readLidarLog(path));
   for (const Words& scan : scans) {
     const auto records = robot.next(time);
     ASSERT_TRUE(records);
@@ -82,7 +82,7 @@ TEST(ReplayedLogs, sonarsGiveArcsAtTheLoggedRanges) {
   const auto places = linesOf(*poses, "");
   ASSERT_EQ(lines.size(), places.size());
   ko::SimulatedTime time;
-  app::LogRobot robot(robot::readSonarLog(*measurements, *poses));
+  session::RecordedRobot robot(robot::readSonarLog(*measurements, *poses));
   for (std::size_t step = 0; step < lines.size(); ++step) {
     const Words& line = lines[step];
     const auto records = robot.next(time);

@@ -5,11 +5,11 @@
 
 #include <boost/make_shared.hpp>
 
-#include "apps/shared_files.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/middleware/qv_proxy.h"
-#include "platform/model/number_text.h"
-#include "robot/world/embedded_robot.h"
+#include "platform/model/internal/number_text.h"
+#include "robot/world/virtual_robot.h"
+#include "session/shared_files.h"
 #include "tests/support/walled_map.h"
 
 namespace QV::test {
@@ -35,7 +35,7 @@ class Porter {
   void leanBack() { robot.setVelocity(-0.5f, 0.0f, 0.0f); }
 
   static robot::RobotDescription describe() {
-    return robot::RobotDescription::fromFile(app::findSharedFile("descriptions/porter.urdf"));
+    return robot::RobotDescription::fromFile(session::findSharedFile("descriptions/porter.urdf"));
   }
 
   bool isLaser(const std::string& sensor) const { return property(sensor, "regIndex") != nullptr; }
@@ -69,7 +69,7 @@ class Porter {
   const boost::shared_ptr<QVBroker> broker;
 
  public:
-  robot::EmbeddedRobot robot;
+  robot::VirtualRobot robot;
 };
 
 }  // namespace QV::test

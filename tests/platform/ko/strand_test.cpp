@@ -1,4 +1,4 @@
-#include "platform/ko/strand.h"
+#include "platform/ko/internal/strand.h"
 
 #include <atomic>
 #include <memory>

@@ -1,4 +1,4 @@
-#include "platform/model/number_text.h"
+#include "platform/model/internal/number_text.h"
 
 #include <clocale>
 #include <cmath>

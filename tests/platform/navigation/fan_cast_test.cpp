@@ -1,4 +1,4 @@
-#include "platform/navigation/fan_cast.h"
+#include "platform/navigation/internal/fan_cast.h"
 
 #include <algorithm>
 #include <array>
@@ -9,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/navigation/internal/plain_walk.h"
 #include "platform/navigation/occupancy_map.h"
-#include "platform/navigation/plain_walk.h"
 #include "tests/support/vector_targets.h"
 
 namespace QV::detail {

@@ -1,4 +1,4 @@
-#include "platform/navigation/grid_ray.h"
+#include "platform/navigation/internal/grid_ray.h"
 
 #include <cmath>
 #include <limits>
@@ -6,7 +6,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/navigation/plain_walk.h"
+#include "platform/navigation/internal/plain_walk.h"
 
 namespace QV::detail {
 namespace {

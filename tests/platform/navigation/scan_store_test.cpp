@@ -1,4 +1,4 @@
-#include "platform/navigation/scan_store.h"
+#include "platform/navigation/internal/scan_store.h"
 
 #include <algorithm>
 #include <cstdlib>

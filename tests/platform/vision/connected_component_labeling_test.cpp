@@ -5,7 +5,7 @@
 #include <gmock/gmock.h>
 #include <rapidcheck/gtest.h>
 
-#include "platform/vision/component_labeler.h"
+#include "platform/vision/internal/component_labeler.h"
 #include "tests/support/depth_frames.h"
 #include "tests/support/flood_fill.h"
 #include "tests/support/vector_targets.h"

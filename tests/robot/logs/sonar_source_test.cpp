@@ -1,4 +1,4 @@
-#include "robot/logs/sonar_source.h"
+#include "robot/logs/internal/sonar_source.h"
 
 #include "platform/ko/simulated_time.h"
 #include "tests/support/vocabulary.h"

@@ -1,4 +1,4 @@
-#include "robot/world/depth_renderer.h"
+#include "robot/world/units/depth_renderer.h"
 
 #include <cmath>
 

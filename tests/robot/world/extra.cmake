@@ -1,3 +1,3 @@
 target_link_libraries(${name}_tests PRIVATE QVOpenCV::imgcodecs)
 target_compile_definitions(${name}_tests PRIVATE
-  QV_MAPS="${PROJECT_SOURCE_DIR}/maps" QV_DESCRIPTIONS="${PROJECT_SOURCE_DIR}/robot/descriptions")
+  QV_DESCRIPTIONS="${PROJECT_SOURCE_DIR}/robot/descriptions")

@@ -1,6 +1,6 @@
-#include "robot/world/fault.h"
+#include "robot/world/faults/fault.h"
 
-#include "robot/world/embedded_robot.h"
+#include "robot/world/virtual_robot.h"
 #include "tests/robot/world/room.h"
 #include "tests/support/vocabulary.h"
 
@@ -29,7 +29,7 @@ TEST(Fault, whatIsNoFaultIsRefusedWithWhatIsOne) {
 }
 
 TEST(Fault, oneThatMakesNoSenseForARobotIsRefused) {
-  EmbeddedRobot robot(QV_DESCRIPTIONS "/porter.urdf", test::makeRoom(), {{5.0f, 3.0f, 0.0f}});
+  VirtualRobot robot(QV_DESCRIPTIONS "/porter.urdf", test::makeRoom(), {{5.0f, 3.0f, 0.0f}});
   EXPECT_EQ(errorOf([&] { robot.setFault("FrontBumperTouch", FaultKind::slow); }),
             "fault: \"slow\" makes no sense for \"FrontBumperTouch\", possible are off, stuck, "
             "garbage, wrong, delayed, intermittent");

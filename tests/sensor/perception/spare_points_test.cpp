@@ -1,4 +1,4 @@
-#include "sensor/perception/spare_points.h"
+#include "sensor/perception/internal/spare_points.h"
 
 #include <gmock/gmock.h>
 

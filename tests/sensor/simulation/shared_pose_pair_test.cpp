@@ -1,4 +1,4 @@
-#include "sensor/simulation/shared_pose_pair.h"
+#include "sensor/simulation/internal/shared_pose_pair.h"
 
 #include <latch>
 #include <thread>

@@ -1,0 +1,32 @@
+#include "apps/output/run_summary.h"
+
+#include <algorithm>
+#include <ostream>
+
+#include "outlets/files/internal/table.h"
+#include "outlets/files/record_output.h"
+#include "session/internal/number_text.h"
+
+namespace QV::app {
+
+void RunSummary::add(const std::vector<Math::MetricalData>& records) {
+  for (const auto& record : records) {
+    Entry& entry = entries[record.sensorName];
+    entry.family = record.familyName;
+    ++entry.records;
+    entry.points += record.points.size();
+    const auto nearest = session::nearestObstacle(record);
+    if (nearest) entry.nearest = std::min(entry.nearest.value_or(*nearest), *nearest);
+  }
+}
+
+void RunSummary::print(std::ostream& out) const {
+  outlets::Table table({"sensor", "family", ">records", ">points", ">nearest m"});
+  for (const auto& [name, entry] : entries) {
+    table.add({name, entry.family, std::to_string(entry.records), std::to_string(entry.points),
+               entry.nearest ? session::fixed(*entry.nearest, 3) : "-"});
+  }
+  table.print(out);
+}
+
+}  // namespace QV::app

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "outlets/web/internal/outbox.h"
+
+namespace QV::outlets {
+
+/** The other end of a WebSocket. */
+class WebClient {
+ public:
+  WebClient() = default;
+  virtual ~WebClient() = default;
+  WebClient(const WebClient&) = delete;
+  WebClient& operator=(const WebClient&) = delete;
+
+  /** Never waits; what comes after the end is dropped. Safe from any thread. */
+  virtual void send(WebMessage message) = 0;
+};
+
+/** What a server does with its WebSockets. Called on the server's thread, one call at a time. */
+class WebHandler {
+ public:
+  WebHandler() = default;
+  virtual ~WebHandler() = default;
+  WebHandler(const WebHandler&) = delete;
+  WebHandler& operator=(const WebHandler&) = delete;
+
+  /**
+   * The subprotocol that a client gets, empty for none, of those that it offers for a path; nothing
+   * refuses it.
+   */
+  virtual std::optional<std::string> chooseProtocol(
+      const std::string& path, const std::vector<std::string>& offered) const = 0;
+
+  virtual void onOpen(const std::shared_ptr<WebClient>& client, const std::string& protocol) = 0;
+  virtual void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
+                         bool binary) = 0;
+  virtual void onClose(const std::shared_ptr<WebClient>& client) = 0;
+};
+
+}  // namespace QV::outlets

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <string_view>
+#include <vector>
+
+#include "outlets/web/internal/page_files.h"
+#include "outlets/web/internal/web_handler.h"
+
+namespace QV::outlets {
+
+/**
+ * Serves files by name ("index.html" also as "/") and WebSockets, on a thread of its own. What is
+ * slow, silent, too large, malformed or of another site is refused or closed; see docs/live-view.md
+ * for the limits.
+ */
+class WebServer {
+ public:
+  struct Settings {
+    /** To listen at: an IP address. */
+    std::string address = "127.0.0.1";
+    /** 0 takes any that is free. */
+    unsigned short port = 8765;
+    /** Let in beside its own, such as "https://viewer.example". */
+    std::vector<std::string> origins = {};
+  };
+
+  /** Connections that are served at one time; more are closed. */
+  static constexpr int kMostConnections = 128;
+  /** Bytes of a message from a client. */
+  static constexpr int kLongestMessage = 4096;
+
+  /** The handler must outlive it. UsageError for an address or port that it can't listen at. */
+  WebServer(const Settings& settings, const std::vector<PageFile>& files, WebHandler& handler);
+  /** Says goodbye to every client, waiting no longer than a moment. */
+  ~WebServer();
+  WebServer(const WebServer&) = delete;
+  WebServer& operator=(const WebServer&) = delete;
+
+  unsigned short getPort() const;
+
+ private:
+  class Impl;
+  const std::unique_ptr<Impl> impl;
+};
+
+}  // namespace QV::outlets

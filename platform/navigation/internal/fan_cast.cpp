@@ -1,0 +1,107 @@
+#include "platform/navigation/internal/fan_cast.h"
+
+#include <cstdint>
+#include <cstdlib>
+
+#include "platform/navigation/internal/fan_sector.h"
+
+// Vectors without a fixed size can be no members; such machines have others as well.
+#define HWY_DISABLED_TARGETS (HWY_SVE | HWY_SVE2 | HWY_SVE_256 | HWY_SVE2_128 | HWY_RVV)
+#define HWY_TARGET_INCLUDE "platform/navigation/internal/fan_cast.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+#include "platform/navigation/internal/fan_cast/aim-inl.h"
+#include "platform/navigation/internal/fan_cast/rays-inl.h"
+#include "platform/navigation/internal/fan_cast/settle-inl.h"
+#include "platform/navigation/internal/fan_cast/walk-inl.h"
+#include "platform/navigation/internal/fan_cast/wedge-inl.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace QV::detail {
+namespace HWY_NAMESPACE {
+namespace {
+
+bool castRays(const FanCast& fan, const double* cosines, const double* sines, int count,
+              double* ways) {
+  Rays rays;
+  turn(fan, cosines, sines, count, rays);
+  std::uint64_t lasts = findLasts(rays, count);
+  bool isDoubtful = false;
+  for (int begin = 0; begin < count; lasts &= lasts - 1) {
+    const int end = static_cast<int>(hwy::Num0BitsBelowLS1Bit_Nonzero64(lasts)) + 1;
+    const FanSector sector(fan, static_cast<int>(rays.sector[begin]));
+    const Approach approach(sector);
+    aim(fan, sector, approach, begin, end, rays);
+    if (std::abs(rays.lastStrip[begin] - approach.firstStrip) < kFewestStrips &&
+        std::abs(rays.lastStrip[end - 1] - approach.firstStrip) < kFewestStrips) {
+      walk<false>(sector, approach, begin, end, rays);
+    } else {
+      goAhead(sector, begin, end, rays);
+      walk<true>(sector, approach, begin, end, rays);
+    }
+    isDoubtful |= settle(sector, rays, begin, end, ways);
+    checkFirstColumn(sector, begin, end, rays, ways);
+    begin = end;
+  }
+  return isDoubtful;
+}
+
+}  // namespace
+}  // namespace HWY_NAMESPACE
+}  // namespace QV::detail
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+
+namespace QV::detail {
+namespace {
+
+HWY_EXPORT(castRays);
+
+bool castRaysBest(const FanCast& fan, const double* cosines, const double* sines, int count,
+                  double* ways) {
+  return HWY_DYNAMIC_DISPATCH(castRays)(fan, cosines, sines, count, ways);
+}
+
+// Asking the processor costs as much as some rays.
+bool hasTarget(std::int64_t target) {
+  static const std::int64_t supported = hwy::SupportedTargets();
+  return (supported & target) != 0;
+}
+
+CastRays* findSse4() {
+#if HWY_TARGETS & HWY_SSE4
+  if (hasTarget(HWY_SSE4)) return N_SSE4::castRays;
+#endif
+  return nullptr;
+}
+
+CastRays* findAvx2() {
+#if HWY_TARGETS & HWY_AVX2
+  if (hasTarget(HWY_AVX2)) return N_AVX2::castRays;
+#endif
+  return nullptr;
+}
+
+}  // namespace
+
+CastRays* findCastRays(ScanPath path) {
+  switch (path) {
+    case ScanPath::best:
+      return castRaysBest;
+    case ScanPath::scalar:
+      return HWY_STATIC_DISPATCH(castRays);
+    case ScanPath::sse4:
+      return findSse4();
+    case ScanPath::avx2:
+      return findAvx2();
+    case ScanPath::plain:
+      break;
+  }
+  return nullptr;
+}
+
+}  // namespace QV::detail
+
+#endif  // HWY_ONCE

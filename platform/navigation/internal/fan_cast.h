@@ -1,0 +1,44 @@
+#pragma once
+
+#include "platform/navigation/internal/grid_frame.h"
+#include "platform/navigation/internal/scan_path.h"
+#include "platform/navigation/internal/scan_store.h"
+
+namespace QV::detail {
+
+/** Where the rays of a fan come from. Lengths are in cells. */
+struct FanCast {
+  const ScanStore* store;
+  int width;
+  int height;
+  GridPoint start;
+  double cosHeading;
+  double sinHeading;
+  double reach;
+
+  /** The most rays that are cast at a time; buffers hold kMore values after them. */
+  static constexpr int kMostRays = 64;
+  static constexpr int kMore = 8;
+
+  /** Whether the start is well inside the map, where alone these rays can be cast together. */
+  bool startsInside() const {
+    constexpr double kMargin = 1e-6;
+    return start.x > kMargin && start.x < width - kMargin && start.y > kMargin &&
+           start.y < height - kMargin;
+  }
+};
+
+/**
+ * Casts `count` rays from a start inside the map in directions that are given about the heading, as
+ * unit vectors, and tells how far each goes until it enters a cell of the store: the way that
+ * walkPlainly finds for the ray that aimRay makes, to the last bit; NaN for the few rays that only
+ * they can settle, and true if there may be any. What it writes into the kMore values at the end of
+ * `ways` means nothing.
+ */
+typedef bool CastRays(const FanCast& fan, const double* cosines, const double* sines, int count,
+                      double* ways);
+
+/** Null for what this machine hasn't, and for the plain path. */
+QV_API CastRays* findCastRays(ScanPath path);
+
+}  // namespace QV::detail

@@ -1,0 +1,84 @@
+// What the steps of a cast hand on. Like its neighbours it is read once for every instruction set,
+// hence the guard that turns over each time.
+#if defined(QV_PLATFORM_NAVIGATION_FAN_CAST_RAYS_INL_H) == defined(HWY_TARGET_TOGGLE)
+#ifdef QV_PLATFORM_NAVIGATION_FAN_CAST_RAYS_INL_H
+#undef QV_PLATFORM_NAVIGATION_FAN_CAST_RAYS_INL_H
+#else
+#define QV_PLATFORM_NAVIGATION_FAN_CAST_RAYS_INL_H
+#endif
+
+#include <cstdint>
+#include <limits>
+
+#include <hwy/highway.h>
+
+#include "platform/navigation/internal/fan_cast.h"
+#include "platform/navigation/internal/grid_ray.h"
+#include "platform/navigation/internal/strip_image.h"
+
+HWY_BEFORE_NAMESPACE();
+namespace QV::detail {
+namespace HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+typedef GridRay::Height Height;
+typedef hn::ScalableTag<double> Doubles;
+typedef hn::RebindToUnsigned<Doubles> Bits;
+
+constexpr double kNever = std::numeric_limits<double>::infinity();
+constexpr double kDoubtful = std::numeric_limits<double>::quiet_NaN();
+constexpr double kOne = static_cast<double>(Height{1} << GridRay::kFractionBits);
+constexpr int kStrip = StripImage::kStripColumns;
+
+// Heights within a block: 5 bits of rows, the rest for the fraction. What a height and the rises
+// that follow it lose by that is less than kSlack in the last place.
+constexpr int kFractionBits = 27;
+constexpr int kDroppedBits = GridRay::kFractionBits - kFractionBits;
+constexpr int kGroupShift = GridRay::kFractionBits + StripImage::kGroupBits;
+constexpr std::uint32_t kInGroup = (1u << (kFractionBits + StripImage::kGroupBits)) - 1;
+constexpr std::uint32_t kSlack = kStrip + 3;
+
+/** The rays of a fan, each value of all of them together. */
+struct Rays {
+  static constexpr int kSize = FanCast::kMostRays + FanCast::kMore;
+
+  alignas(64) double x[kSize];
+  double y[kSize];
+  std::uint64_t sector[kSize];
+  double perColumn[kSize];
+  double acrossPart[kSize];
+  double last[kSize];
+  /** The way of what is no hit: infinite, or in doubt. */
+  double otherwise[kSize];
+  /** Heights, whole or not, of a GridRay and of the line's low end over its first strip. */
+  double exit[kSize];
+  double rise[kSize];
+  double low[kSize];
+  /** In the image. What is before the first is known to be free. */
+  double firstStrip[kSize];
+  std::int32_t lastStrip[kSize];
+  /** What the walk finds: a column of the image, its word in a block (or 0), and row 0's bit. */
+  std::int32_t column[kSize];
+  std::uint32_t word[kSize];
+  std::int32_t bitBase[kSize];
+  /** Whole heights. */
+  Height wholeExit[kSize];
+  Height wholeRise[kSize];
+};
+
+int groupOf(Height height) {
+  return static_cast<int>(height >> kGroupShift);
+}
+
+std::uint32_t heightInGroup(Height height) {
+  return static_cast<std::uint32_t>(height >> kDroppedBits) & kInGroup;
+}
+
+}  // namespace
+}  // namespace HWY_NAMESPACE
+}  // namespace QV::detail
+HWY_AFTER_NAMESPACE();
+
+#endif

@@ -1,0 +1,239 @@
+#include "platform/vision/internal/run_finder.h"
+
+#include <algorithm>
+#include <bit>
+#include <utility>
+
+#undef HWY_TARGET_INCLUDE
+#define HWY_TARGET_INCLUDE "platform/vision/internal/run_finder.cpp"
+#include <hwy/foreach_target.h>
+#include <hwy/highway.h>
+
+HWY_BEFORE_NAMESPACE();
+namespace QV::detail {
+namespace HWY_NAMESPACE {
+namespace {
+
+namespace hn = hwy::HWY_NAMESPACE;
+
+using vision::ComponentRuns;
+
+constexpr int kWordBits = 64;
+// Zeros before a row, so that its first pixel has an invalid neighbour on the left.
+constexpr std::size_t kMargin = 32;
+// Positions are written four at a time.
+constexpr std::size_t kSlack = 3;
+
+typedef hn::CappedTag<std::uint16_t, 32> Pixels;
+typedef hn::CappedTag<std::int32_t, 8> Labels;
+
+/** Of 64 pixels: which are valid, and which are near to what is on their left and above them. */
+struct Word {
+  std::uint64_t valid = 0;
+  std::uint64_t nearLeft = 0;
+  std::uint64_t nearAbove = 0;
+};
+
+template <typename Mask>
+HWY_INLINE std::uint64_t bitsOf(Mask mask) {
+  // Through bytes: bits from wider lanes are slow on some processors.
+  const hn::RebindToSigned<Pixels> d;
+  const hn::Rebind<std::int8_t, Pixels> d8;
+  const auto bytes = hn::DemoteTo(d8, hn::BitCast(d, hn::VecFromMask(Pixels(), mask)));
+  std::uint64_t bits = 0;
+  hn::StoreMaskBits(d8, hn::MaskFromVec(bytes), reinterpret_cast<std::uint8_t*>(&bits));
+  return bits;
+}
+
+template <typename Vec>
+HWY_INLINE auto isNear(Vec a, Vec b, Vec limit) {
+  const auto difference = hn::Or(hn::SaturatedSub(a, b), hn::SaturatedSub(b, a));
+  return hn::Eq(hn::SaturatedSub(difference, limit), hn::Zero(Pixels()));
+}
+
+template <typename Vec>
+HWY_INLINE Word compare(const std::uint16_t* pixels, const std::uint16_t* above, Vec limit) {
+  const Pixels d;
+  const int lanes = static_cast<int>(hn::Lanes(d));
+  const auto zero = hn::Zero(d);
+  Word word;
+  std::uint64_t invalid = 0;
+  for (int i = 0; i < kWordBits; i += lanes) {
+    const auto here = hn::LoadU(d, pixels + i);
+    invalid |= bitsOf(hn::Eq(here, zero)) << i;
+    word.nearLeft |= bitsOf(isNear(here, hn::LoadU(d, pixels + i - 1), limit)) << i;
+    word.nearAbove |= bitsOf(isNear(here, hn::LoadU(d, above + i), limit)) << i;
+  }
+  word.valid = ~invalid;
+  return word;
+}
+
+/** The bits one pixel further right; `carry` takes the last bit on to the next word. */
+HWY_INLINE std::uint64_t shiftRight(std::uint64_t bits, std::uint64_t& carry) {
+  const std::uint64_t shifted = (bits << 1) | carry;
+  carry = bits >> (kWordBits - 1);
+  return shifted;
+}
+
+HWY_INLINE int* writePositions(std::uint64_t bits, int first, int* out) {
+  int* const end = out + std::popcount(bits);
+  while (bits != 0) {
+    for (int i = 0; i < 4; ++i) {
+      *out++ = first + std::countr_zero(bits);
+      bits &= bits - 1;
+    }
+  }
+  return end;
+}
+
+HWY_INLINE int rootOf(int* parents, int run) {
+  while (parents[run] != run) run = parents[run] = parents[parents[run]];
+  return run;
+}
+
+/** Where the runs of a word start, and the number of the first that does. */
+struct Starts {
+  std::uint64_t bits;
+  int first;
+};
+
+/** Of the last run that starts at one of these pixels, or else before them. */
+HWY_INLINE int lastRun(const Starts& starts, std::uint64_t pixels) {
+  return starts.first - 1 + std::popcount(starts.bits & pixels);
+}
+
+/** Joins the runs of two rows that meet at these pixels. */
+HWY_INLINE void join(std::uint64_t pixels, const Starts& starts, const Starts& above,
+                     int* parents) {
+  for (; pixels != 0; pixels &= pixels - 1) {
+    const std::uint64_t upToFirst = pixels ^ (pixels - 1);
+    const int run = rootOf(parents, lastRun(starts, upToFirst));
+    const int runAbove = rootOf(parents, lastRun(above, upToFirst));
+    parents[std::max(run, runAbove)] = std::min(run, runAbove);
+  }
+}
+
+void findRowRuns(RowBits& row, const RowBits& above, std::uint16_t maxDifference,
+                 ComponentRuns& runs) {
+  const auto limit = hn::Set(Pixels(), maxDifference);
+  int* const parents = runs.labels.data();
+  int* const begins = runs.begins.data();
+  int* nextBegin = begins + runs.count;
+  int* nextEnd = runs.ends.data() + runs.count;
+  std::uint64_t lastValid = 0;
+  std::uint64_t lastLinked = 0;
+  for (std::size_t i = 0; i < row.valid.size(); ++i) {
+    const std::size_t first = kMargin + i * kWordBits;
+    const Word word = compare(row.pixels.data() + first, above.pixels.data() + first, limit);
+    const int x = static_cast<int>(i) * kWordBits;
+    const std::uint64_t afterValid = shiftRight(word.valid, lastValid);
+    const std::uint64_t continued = word.valid & afterValid & word.nearLeft;
+    const std::uint64_t starts = word.valid & ~continued;
+    const int firstRun = static_cast<int>(nextBegin - begins);
+    row.valid[i] = word.valid;
+    row.starts[i] = starts;
+    row.firstRuns[i] = firstRun;
+    nextBegin = writePositions(starts, x, nextBegin);
+    nextEnd = writePositions(afterValid & ~continued, x, nextEnd);
+    for (int run = firstRun; run < nextBegin - begins; ++run) parents[run] = run;
+
+    const std::uint64_t linked = word.valid & above.valid[i] & word.nearAbove;
+    // Where the pixel to the left links the same two runs there is nothing new.
+    const std::uint64_t known = shiftRight(linked, lastLinked) & ~starts & ~above.starts[i];
+    join(linked & ~known, {starts, firstRun}, {above.starts[i], above.firstRuns[i]}, parents);
+  }
+  runs.count = static_cast<std::size_t>(nextBegin - begins);
+}
+
+int numberComponents(ComponentRuns& runs) {
+  int* const labels = runs.labels.data();
+  int count = 0;
+  for (int run = 0, end = static_cast<int>(runs.count); run < end; ++run) {
+    // A parent comes before its children, the first run of a component before all others.
+    const int parent = labels[run];
+    const bool isFirst = parent == run;
+    count += isFirst ? 1 : 0;
+    const int known = labels[parent];
+    labels[run] = isFirst ? count : known;
+  }
+  return count;
+}
+
+/** Writes up to the next whole vector, as long as that stays before `lineEnd`. */
+HWY_INLINE void fill(int* begin, int* end, int* lineEnd, int value) {
+  const Labels d;
+  const auto values = hn::Set(d, value);
+  while (begin < end) {
+    if (lineEnd - begin < static_cast<std::ptrdiff_t>(hn::Lanes(d))) {
+      std::fill(begin, end, value);
+      return;
+    }
+    hn::StoreU(values, d, begin);
+    begin += hn::Lanes(d);
+  }
+}
+
+void paintRow(const ComponentRuns::Row& runs, int* line, int width) {
+  int* const lineEnd = line + width;
+  int* at = line;
+  for (std::size_t i = 0; i < runs.count; ++i) {
+    fill(at, line + runs.begins[i], lineEnd, 0);
+    at = line + runs.ends[i];
+    fill(line + runs.begins[i], at, lineEnd, runs.labels[i]);
+  }
+  fill(at, lineEnd, lineEnd, 0);
+}
+
+}  // namespace
+}  // namespace HWY_NAMESPACE
+}  // namespace QV::detail
+HWY_AFTER_NAMESPACE();
+
+#if HWY_ONCE
+namespace QV::detail {
+namespace {
+
+HWY_EXPORT(findRowRuns);
+HWY_EXPORT(numberComponents);
+HWY_EXPORT(paintRow);
+
+using vision::ComponentRuns;
+
+using HWY_NAMESPACE::kMargin;
+using HWY_NAMESPACE::kSlack;
+using HWY_NAMESPACE::kWordBits;
+
+void reset(RowBits& row, std::size_t words) {
+  row.pixels.assign(kMargin + words * kWordBits, 0);
+  row.valid.assign(words, 0);
+  row.starts.assign(words, 0);
+  row.firstRuns.assign(words, 0);
+}
+
+}  // namespace
+
+int findRuns(const cv::Mat& image, std::uint16_t maxDifference, RowPair& rows,
+             ComponentRuns& runs) {
+  const auto width = static_cast<std::size_t>(image.cols);
+  // At least one bit beyond the width, where a run that touches the right edge ends.
+  const std::size_t words = width / kWordBits + 1;
+  reset(rows.row, words);
+  reset(rows.above, words);
+  runs.clear();
+  for (int y = 0; y < image.rows; ++y) {
+    std::swap(rows.row, rows.above);
+    std::copy_n(image.ptr<std::uint16_t>(y), width, rows.row.pixels.data() + kMargin);
+    runs.beginRow(width + kSlack);
+    HWY_DYNAMIC_DISPATCH(findRowRuns)(rows.row, rows.above, maxDifference, runs);
+  }
+  return HWY_DYNAMIC_DISPATCH(numberComponents)(runs);
+}
+
+void paintRuns(const ComponentRuns& runs, cv::Mat_<int>& labels) {
+  for (int y = 0; y < labels.rows; ++y) {
+    HWY_DYNAMIC_DISPATCH(paintRow)(runs.getRow(y), labels[y], labels.cols);
+  }
+}
+
+}  // namespace QV::detail
+#endif

@@ -1,0 +1,50 @@
+#include "robot/maps/internal/png_chunks.h"
+
+#include <cstdint>
+#include <stdexcept>
+
+#include <boost/crc.hpp>
+#include <boost/endian/conversion.hpp>
+
+namespace QV::robot {
+namespace {
+
+constexpr std::size_t kSignatureSize = 8;
+// Length, type and checksum, four bytes each, around the data.
+constexpr std::size_t kFrameSize = 12;
+
+std::uint32_t numberAt(const std::string& bytes, std::size_t position) {
+  return boost::endian::load_big_u32(
+      reinterpret_cast<const unsigned char*>(bytes.data() + position));
+}
+
+void checkSum(const std::string& png, std::size_t start, std::size_t length) {
+  boost::crc_32_type sum;
+  sum.process_bytes(png.data() + start + 4, length + 4);
+  if (sum.checksum() == numberAt(png, start + 8 + length)) return;
+  throw std::runtime_error("a whole PNG image expected, the chunk at byte " +
+                           std::to_string(start) + " is damaged");
+}
+
+}  // namespace
+
+std::string keepCriticalChunks(const std::string& png) {
+  std::string kept = png.substr(0, kSignatureSize);
+  std::size_t start = kSignatureSize;
+  while (png.size() >= start + kFrameSize) {
+    const std::size_t length = numberAt(png, start);
+    if (length > png.size() - start - kFrameSize) break;
+    checkSum(png, start, length);
+    const std::string type = png.substr(start + 4, 4);
+    // An upper-case first letter says that the chunk is critical; tRNS makes palettes transparent.
+    if ((type[0] >= 'A' && type[0] <= 'Z') || type == "tRNS") {
+      kept.append(png, start, length + kFrameSize);
+    }
+    if (type == "IEND") return kept;
+    start += length + kFrameSize;
+  }
+  throw std::runtime_error("a whole PNG image expected, this one ends at byte " +
+                           std::to_string(png.size()));
+}
+
+}  // namespace QV::robot

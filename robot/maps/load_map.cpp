@@ -1,0 +1,76 @@
+#include <cmath>
+#include <filesystem>
+#include <stdexcept>
+#include <utility>
+#include <vector>
+
+#include "robot/maps/internal/map_image.h"
+#include "robot/maps/internal/map_settings.h"
+#include "robot/maps/map_files.h"
+
+namespace QV::robot {
+namespace {
+
+typedef MapSettings::Mode Mode;
+
+constexpr double kFullPercent = 100.0;
+
+/** `darkness` from 0 (white) to 1 (black). */
+double occupancyOf(const MapSettings& settings, double darkness) {
+  if (darkness > settings.occupiedThreshold) return 1.0;
+  if (darkness < settings.freeThreshold) return 0.0;
+  const double width = settings.occupiedThreshold - settings.freeThreshold;
+  if (settings.mode == Mode::trinary || width == 0.0) return OccupancyMap::kUnknown;
+  return (darkness - settings.freeThreshold) / width;
+}
+
+/** The occupancy of each value that a pixel can have. */
+std::vector<float> makeTable(const MapSettings& settings, const MapImage& image) {
+  const int brightest = image.white * image.channels;
+  std::vector<float> table;
+  for (int value = 0; value <= brightest; ++value) {
+    const int pixel = settings.negate ? brightest - value : value;
+    double occupancy = OccupancyMap::kUnknown;
+    if (settings.mode != Mode::raw) {
+      occupancy = occupancyOf(settings, static_cast<double>(brightest - pixel) / brightest);
+    } else if (pixel <= kFullPercent * image.channels) {
+      occupancy = pixel / (kFullPercent * image.channels);
+    }
+    table.push_back(static_cast<float>(occupancy));
+  }
+  return table;
+}
+
+std::vector<float> toCells(const MapImage& image, const std::vector<float>& table) {
+  std::vector<float> cells;
+  cells.reserve(image.pixels.size());
+  for (auto end = image.pixels.end(); end != image.pixels.begin(); end -= image.width) {
+    for (auto pixel = end - image.width; pixel != end; ++pixel) cells.push_back(table[*pixel]);
+  }
+  return cells;
+}
+
+// The user named the description, not the image.
+MapImage readImageFor(const std::string& yamlPath, const std::filesystem::path& imagePath) {
+  try {
+    return readMapImage(imagePath);
+  } catch (const std::runtime_error& failure) {
+    throw std::runtime_error(yamlPath + ": image: " + failure.what());
+  }
+}
+
+}  // namespace
+
+OccupancyMap loadMap(const std::string& yamlPath) {
+  const MapSettings settings = readMapSettings(yamlPath);
+  const auto imagePath = std::filesystem::path(yamlPath).parent_path() / settings.image;
+  const MapImage image = readImageFor(yamlPath, imagePath);
+  try {
+    return OccupancyMap(image.width, image.height, settings.resolution, settings.origin,
+                        toCells(image, makeTable(settings, image)));
+  } catch (const std::invalid_argument& failure) {
+    throw std::runtime_error(imagePath.string() + ": " + failure.what());
+  }
+}
+
+}  // namespace QV::robot

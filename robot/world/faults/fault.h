@@ -1,0 +1,32 @@
+#pragma once
+
+#include <string>
+
+#include "platform/api.h"
+#include "platform/ko/clock.h"
+
+namespace QV::robot {
+
+/** How a sensor of an VirtualRobot fails; docs/faults.md says what each does to which sensor. */
+enum class FaultKind { off, stuck, garbage, wrong, slow, delayed, intermittent };
+
+/** "off", "stuck", ... */
+QV_API std::string getName(FaultKind kind);
+
+struct QV_API Fault {
+  std::string sensor;
+  FaultKind kind = FaultKind::off;
+  /** Since the robot was made; `to` is the first moment without the fault. */
+  ko::Duration from = ko::Duration::zero();
+  ko::Duration to = ko::Duration::max();
+
+  friend bool operator==(const Fault&, const Fault&) = default;
+};
+
+/**
+ * Reads "NAME:KIND" or "NAME:KIND@FROM-TO", times in seconds, 0 <= FROM < TO. Anything else throws
+ * std::invalid_argument that says what was expected.
+ */
+QV_API Fault parseFault(const std::string& text);
+
+}  // namespace QV::robot

@@ -1,0 +1,91 @@
+#pragma once
+
+#include <deque>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include <boost/function.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include "robot/world/faults/fault_plan.h"
+
+namespace QV::robot {
+
+/**
+ * What a sensor that may fail gives out for what it measures, each time that it measures. For one
+ * thread at a time.
+ */
+template <typename T>
+class FaultChannel {
+ public:
+  /** Slow sensors measure anew so rarely. */
+  static constexpr ko::Duration kSlowPeriod{500'000'000};
+  /** Delayed measurements are so old. */
+  static constexpr ko::Duration kDelay{500'000'000};
+  /** Intermittent sensors are gone for as long, then back for as long. */
+  static constexpr ko::Duration kGap{500'000'000};
+
+  struct Sample {
+    T value;
+    /** As the sensor says it. */
+    ko::Clock::time_point time;
+  };
+
+  /** Makes nonsense of a measurement, or something believable that is not so. */
+  typedef boost::function<T(const T&)> Distortion;
+
+  FaultChannel(boost::shared_ptr<const FaultPlan> plan, const std::string& sensor,
+               Distortion garble, Distortion falsify)
+      : plan(std::move(plan)),
+        sensor(sensor),
+        garble(std::move(garble)),
+        falsify(std::move(falsify)) {}
+
+  /** Nothing while the sensor is gone; else its newest sample, which may be the one before. */
+  std::optional<Sample> pass(const T& measured, ko::Clock::time_point now) {
+    const Sample fresh{measured, now};
+    const auto kind = plan->find(sensor, now);
+    if (kind != FaultKind::delayed) underWay.clear();
+    if (!kind) return last = fresh;
+    switch (*kind) {
+      case FaultKind::off:
+        return std::nullopt;
+      case FaultKind::stuck:
+        return last = Sample{last ? last->value : measured, now};
+      case FaultKind::garbage:
+        return Sample{garble(measured), now};
+      case FaultKind::wrong:
+        return Sample{falsify(measured), now};
+      case FaultKind::slow:
+        return xIsOld(now) ? last = fresh : last;
+      case FaultKind::delayed:
+        return xDelay(fresh);
+      case FaultKind::intermittent:
+        break;
+    }
+    if (now.time_since_epoch() / kGap % 2 == 0) return std::nullopt;
+    return last = fresh;
+  }
+
+ private:
+  bool xIsOld(ko::Clock::time_point now) const { return !last || now - last->time >= kSlowPeriod; }
+
+  std::optional<Sample> xDelay(const Sample& fresh) {
+    underWay.push_back(fresh);
+    while (!underWay.empty() && underWay.front().time + kDelay <= fresh.time) {
+      last = std::move(underWay.front());
+      underWay.pop_front();
+    }
+    return last;
+  }
+
+  const boost::shared_ptr<const FaultPlan> plan;
+  const std::string sensor;
+  const Distortion garble;
+  const Distortion falsify;
+  std::optional<Sample> last;
+  std::deque<Sample> underWay;
+};
+
+}  // namespace QV::robot

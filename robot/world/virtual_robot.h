@@ -1,0 +1,98 @@
+#pragma once
+
+#include <cstddef>
+#include <map>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+
+#include "platform/api.h"
+#include "platform/math/pose2d.h"
+#include "platform/middleware/qv_broker.h"
+#include "platform/model/robot.h"
+#include "platform/navigation/occupancy_map.h"
+#include "robot/world/faults/fault.h"
+#include "robot/world/robot_description.h"
+#include "robot/world/world_options.h"
+
+namespace QV::robot {
+
+class RobotWorld;
+
+/**
+ * A whole robot in this process: every service that sensors call, under its real name, and a body
+ * that drives, measures and bumps in an occupancy map. It runs on ko::Clock: on the machine's, or
+ * on a SimulatedTime that was there before it and ends after it; then a seed makes each run the
+ * same. Cells above 0.4, unknown ones too, are solid. Not copyable; all operations are safe from
+ * any thread. What is not finite, out of range or of an unknown name throws std::invalid_argument.
+ *
+ * When it ends, its services stay with the broker, so that who still uses them may end later. The
+ * world stands still: sonars and the camera go on measuring it, a laser scans once more whenever it
+ * is switched on, and bumpers, blind zones and people fall silent.
+ */
+class QV_API VirtualRobot {
+ public:
+  /** The services go to `broker`, a new one if there is none; a name in use there: QVError. */
+  VirtualRobot(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,
+               const WorldOptions& options = {}, boost::shared_ptr<QVBroker> broker = nullptr);
+  /** From a file; see RobotDescription::fromFile. */
+  VirtualRobot(const std::string& descriptionPath, boost::shared_ptr<const OccupancyMap> map,
+               const WorldOptions& options = {}, boost::shared_ptr<QVBroker> broker = nullptr);
+  ~VirtualRobot();
+  VirtualRobot(const VirtualRobot&) = delete;
+  VirtualRobot& operator=(const VirtualRobot&) = delete;
+
+  const boost::shared_ptr<QVBroker>& getBroker() const { return broker; }
+  const Model::Robot& getModel() const;
+  const OccupancyMap& getMap() const;
+  /** Of the upright cylinder that the body is for what stands in its way, metres. */
+  float getRadius() const;
+
+  /**
+   * Forward and leftward in m/s, turning in rad/s, in the root link's frame, from the next step on
+   * and until another command. What the body would run into stops it, not its turning.
+   */
+  void setVelocity(float vx, float vy, float omega);
+  /** As of the last step: what the body really does. */
+  Math::Pose2D getVelocity() const;
+
+  /** The root link in the map, as of the last step. */
+  Math::Pose2D getPose() const;
+  /** Puts the body somewhere else; the odometry does not notice. */
+  void setPose(const Math::Pose2D& pose);
+  /** Where the wheels say that the robot is, seen from where it started. */
+  Math::Pose2D getOdometry() const;
+
+  /** Radians or metres; see MotionService::setJointPositions. */
+  void setJointPositions(const std::map<std::string, double>& positions);
+
+  /** The touch groups that are pressed now. */
+  std::set<std::string> getTouchedGroups() const;
+  /** How often the body has run into something since the start. */
+  std::size_t getCollisionCount() const;
+  /** Where people are, in the map: those of the options, then the random ones. */
+  std::vector<Math::Position2D> getPeople() const;
+
+  /**
+   * Makes a sensor fail from `from` to `to`, counted since this robot was made. A name is one of
+   * getFaultySensors(). Where faults of a sensor overlap, the one that was set last counts. A kind
+   * that makes no sense for it throws std::invalid_argument, which says which kinds do.
+   */
+  void setFault(const std::string& sensor, FaultKind kind, ko::Duration from = ko::Duration::zero(),
+                ko::Duration to = ko::Duration::max());
+  void setFault(const Fault& fault);
+  /** Takes back all faults of a sensor. */
+  void clearFault(const std::string& sensor);
+
+  /** The sensors of the description that can fail, and "PeoplePerception" with a depth camera. */
+  std::vector<std::string> getFaultySensors() const;
+  std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
+
+ private:
+  const boost::shared_ptr<QVBroker> broker;
+  const boost::shared_ptr<RobotWorld> world;
+};
+
+}  // namespace QV::robot

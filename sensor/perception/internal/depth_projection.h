@@ -1,0 +1,58 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+#include "platform/math/position.h"
+#include "platform/vision/internal/component_runs.h"
+
+namespace QV::sensor {
+
+/**
+ * Turns pixels of a depth image in millimetres into points in the camera's frame, in metres: x
+ * along the optical axis, y to the left, z up; column width / 2 has y 0, row height / 2 has z 0.
+ * What is beyond kMaxDepth gives no point.
+ */
+class DepthProjection {
+ public:
+  /** Millimetres. */
+  static constexpr std::uint16_t kMaxDepth = 15000;
+
+  /** What the image covers sideways and upwards per unit of depth. */
+  struct Extents {
+    float xToZ = 0.0f;
+    float yToZ = 0.0f;
+  };
+
+  /** A row of pixels: how far right of the axis each is, and how far above it all are. */
+  struct Line {
+    const std::uint16_t* pixels;
+    const float* columns;
+    int width;
+    float up;
+    Extents extents;
+  };
+
+  /** For images of one size from now on. */
+  void reset(cv::Size size, const Extents& extents);
+
+  /** Whether any of these pixels is beyond kMaxDepth. */
+  static bool reachesBeyond(const std::uint16_t* pixels, int count);
+
+  /**
+   * Writes the points of a row's runs, whose pixels have a depth, to where `next` says for each
+   * label, and moves that behind them; none for a label where it is null.
+   */
+  void project(const std::uint16_t* pixels, int row, const vision::ComponentRuns::Row& runs,
+               Math::Position3D** next) const;
+
+ private:
+  Extents extents;
+  float height = 0.0f;
+  // In widths of the image.
+  std::vector<float> columns;
+};
+
+}  // namespace QV::sensor

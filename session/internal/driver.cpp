@@ -1,0 +1,102 @@
+#include "session/internal/driver.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+#include "platform/ko/log.h"
+#include "session/internal/find_route.h"
+#include "session/internal/number_text.h"
+#include "session/internal/seconds.h"
+#include "session/internal/steering.h"
+#include "session/usage_error.h"
+
+namespace QV::session {
+namespace {
+
+constexpr double kSpeed = 0.5;
+constexpr double kTurnSpeed = 1.0;
+// Metres that the way keeps from walls beside the robot's own radius.
+constexpr float kMargin = 0.05f;
+constexpr float kArrived = 0.05f;
+constexpr float kAligned = 0.15f;
+// Something may stand in the way: metres behind, and the seconds that it may take.
+constexpr float kBehind = 0.25f;
+constexpr double kPatience = 15.0;
+
+std::string describe(const Math::Position2D& position) {
+  return fixed(position.x, 2) + ", " + fixed(position.y, 2);
+}
+
+}  // namespace
+
+void Driver::drive(float forward, float turn) {
+  stop();
+  held = kHeld;
+  robot.drive({forward, 0.0f, turn});
+}
+
+void Driver::setGoal(const Math::Position2D& position) {
+  const Math::Position2D from = Math::position2DFromPose2D(robot.getPose());
+  const auto route = findRoute(robot.getMap(), from, position, robot.getRadius() + kMargin);
+  if (route.empty()) {
+    throw UsageError("a place that the robot can get to expected, " + describe(position) +
+                     " m given");
+  }
+  stop();
+  if (Math::norm(Math::Position2D(position.x - from.x, position.y - from.y)) < kArrived) return;
+  goal = position;
+  ko::log::info("LiveView", "setGoal") << "on the way to " << describe(position) << " m";
+  path.emplace(route, kSpeed, kTurnSpeed);
+  done = 0.0;
+  waited = 0.0;
+}
+
+void Driver::stop() {
+  held = ko::Duration::zero();
+  goal.reset();
+  path.reset();
+  robot.drive({});
+}
+
+void Driver::release(ko::Duration machine) {
+  if (held == ko::Duration::zero()) return;
+  held = std::max(held - machine, ko::Duration::zero());
+  if (held == ko::Duration::zero()) robot.drive({});
+}
+
+void Driver::steer(ko::Duration simulated) {
+  if (path) xFollow(inSeconds(simulated));
+}
+
+// First a turn to where the path begins. On the path the robot is waited for.
+void Driver::xFollow(double seconds) {
+  const Math::Pose2D off = Math::pinv(robot.getPose()) * path->poseAt(done);
+  const float turn = std::remainder(off.theta, 2.0f * std::numbers::pi_v<float>);
+  if (done == 0.0 && std::abs(turn) > kAligned) {
+    robot.drive({0.0f, 0.0f, std::clamp(3.0f * turn, -1.0f, 1.0f)});
+    return;
+  }
+  const float behind = std::hypot(off.x, off.y);
+  const bool atEnd = done >= path->getDuration();
+  if (atEnd && behind < kArrived) {
+    ko::log::info("LiveView", "xFollow") << "arrived at " << describe(*goal) << " m";
+    return stop();
+  }
+  if (atEnd || behind > kBehind) {
+    waited += seconds;
+    if (waited > kPatience) return xGiveUp();
+  } else {
+    waited = 0.0;
+    done = std::min(done + seconds, path->getDuration());
+  }
+  robot.drive(QV::session::steer(*path, done, robot.getPose()));
+}
+
+void Driver::xGiveUp() {
+  ko::log::warning("LiveView", "xGiveUp")
+      << "something is in the way to " << describe(*goal) << " m: the goal is dropped";
+  stop();
+}
+
+}  // namespace QV::session

@@ -1,0 +1,44 @@
+#pragma once
+
+#include <optional>
+
+#include "session/internal/path_follower.h"
+#include "session/session.h"
+
+namespace QV::session {
+
+/** Who holds a robot's wheel: a hand, a goal or nobody. The robot must outlive it. */
+class Driver {
+ public:
+  /** So long holds a hand that does not move again: the machine's time. */
+  static constexpr ko::Duration kHeld{500'000'000};
+
+  explicit Driver(Session& robot) : robot(robot) {}
+
+  /** By hand, m/s and rad/s; forgets the goal. */
+  void drive(float forward, float turn);
+  /** UsageError, and nothing changes, for a place that no way leads to. */
+  void setGoal(const Math::Position2D& position);
+  void stop();
+
+  const std::optional<Math::Position2D>& getGoal() const { return goal; }
+
+  /** Counts `machine` time off a hand's hold, simulated or not. */
+  void release(ko::Duration machine);
+  /** What to do in the next `simulated` time. */
+  void steer(ko::Duration simulated);
+
+ private:
+  void xFollow(double seconds);
+  void xGiveUp();
+
+  Session& robot;
+  ko::Duration held = ko::Duration::zero();
+  std::optional<Math::Position2D> goal;
+  std::optional<PathFollower> path;
+  /** Of the path: where the robot is to be; and for how long it has not kept up with it. */
+  double done = 0.0;
+  double waited = 0.0;
+};
+
+}  // namespace QV::session

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <optional>
+
+#include "platform/math/metrical_data.h"
+
+namespace QV::session {
+
+/** The point nearest to the sensor that is nearer than the maximum range, metres; or nothing. */
+std::optional<float> nearestObstacle(const Math::MetricalData& record);
+
+}  // namespace QV::session

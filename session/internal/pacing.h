@@ -1,0 +1,27 @@
+#pragma once
+
+#include "platform/ko/clock.h"
+
+namespace QV::session {
+
+/** How fast simulated time goes by while machine time does. */
+class Pacing {
+ public:
+  /** Of a step. */
+  static constexpr ko::Duration kStep{100'000'000};
+
+  void pause(bool on) { paused = on; }
+  bool isPaused() const { return paused; }
+  /** Simulated seconds for a second, above 0. */
+  void setSpeed(double newSpeed) { speed = newSpeed; }
+  double getSpeed() const { return speed; }
+
+  /** The simulated time that goes by in `machine` of the machine's. */
+  ko::Duration scale(ko::Duration machine) const;
+
+ private:
+  bool paused = false;
+  double speed = 1.0;
+};
+
+}  // namespace QV::session

@@ -1,0 +1,44 @@
+#include "session/internal/path_follower.h"
+
+#include <algorithm>
+#include <cmath>
+#include <numbers>
+
+namespace QV::session {
+
+PathFollower::PathFollower(const std::vector<Math::Position2D>& path, double speed,
+                           double turnSpeed) {
+  for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+    const float dx = path[i + 1].x - path[i].x;
+    const float dy = path[i + 1].y - path[i].y;
+    float heading = std::atan2(dy, dx);
+    if (!legs.empty()) {
+      const Math::Pose2D before = legs.back().to;
+      const float turn = std::remainder(heading - before.theta, 2.0f * std::numbers::pi_v<float>);
+      heading = before.theta + turn;
+      const Math::Pose2D after(before.x, before.y, heading);
+      if (turn != 0.0f) xAdd(before, after, std::abs(turn) / turnSpeed);
+    }
+    xAdd(Math::Pose2D(path[i].x, path[i].y, heading),
+         Math::Pose2D(path[i + 1].x, path[i + 1].y, heading), std::hypot(dx, dy) / speed);
+  }
+}
+
+void PathFollower::xAdd(const Math::Pose2D& from, const Math::Pose2D& to, double seconds) {
+  const double start = legs.empty() ? 0.0 : legs.back().end;
+  legs.push_back({from, to, start, start + seconds});
+}
+
+Math::Pose2D PathFollower::poseAt(double seconds) const {
+  const auto leg = std::find_if(legs.begin(), legs.end() - 1, [seconds](const Leg& candidate) {
+    return seconds < candidate.end;
+  });
+  const double done = std::clamp((seconds - leg->start) / (leg->end - leg->start), 0.0, 1.0);
+  const auto between = [done](float from, float to) {
+    return static_cast<float>(from + done * (static_cast<double>(to) - from));
+  };
+  return {between(leg->from.x, leg->to.x), between(leg->from.y, leg->to.y),
+          between(leg->from.theta, leg->to.theta)};
+}
+
+}  // namespace QV::session

@@ -1,0 +1,35 @@
+#pragma once
+
+#include <vector>
+
+#include "platform/math/pose2d.h"
+
+namespace QV::session {
+
+/** A robot that drives a path of straight lines, turning on the spot at each corner. */
+class PathFollower {
+ public:
+  /** `path` in metres, two positions or more; speeds in m/s and rad/s, above 0. */
+  PathFollower(const std::vector<Math::Position2D>& path, double speed, double turnSpeed);
+
+  /** Seconds from the first position to the last. */
+  double getDuration() const { return legs.back().end; }
+
+  /** The pose `seconds` after the start; beyond the end, the last one. */
+  Math::Pose2D poseAt(double seconds) const;
+
+ private:
+  /** A straight line or a turn on the spot. */
+  struct Leg {
+    Math::Pose2D from;
+    Math::Pose2D to;
+    double start;
+    double end;
+  };
+
+  void xAdd(const Math::Pose2D& from, const Math::Pose2D& to, double seconds);
+
+  std::vector<Leg> legs;
+};
+
+}  // namespace QV::session

@@ -1,0 +1,25 @@
+#include "session/internal/pose_watch.h"
+
+#include <utility>
+
+#include "session/internal/number_text.h"
+
+namespace QV::session {
+namespace {
+
+// As for the rays of simulated sensors.
+constexpr float kOccupiedAbove = 0.4f;
+
+}  // namespace
+
+std::optional<std::string> PoseWatch::look(const Math::Pose2D& pose) {
+  const auto occupancy = map.findOccupancy(Math::position2DFromPose2D(pose));
+  const Place place = !occupancy                    ? Place::outside
+                      : *occupancy > kOccupiedAbove ? Place::notFree
+                                                    : Place::free;
+  if (std::exchange(last, place) == place || place == Place::free) return std::nullopt;
+  return "qvsensors: warning: the pose " + shortest(pose.x) + "," + shortest(pose.y) +
+         (place == Place::outside ? " lies outside the map" : " lies in a cell that is not free");
+}
+
+}  // namespace QV::session

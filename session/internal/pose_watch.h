@@ -1,0 +1,28 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/math/pose2d.h"
+#include "platform/navigation/occupancy_map.h"
+
+namespace QV::session {
+
+/** Looks at where a robot is, and says when it gets out of the map or into a cell that is not free.
+ */
+class PoseWatch {
+ public:
+  /** The map must outlive the watch. */
+  explicit PoseWatch(const OccupancyMap& map) : map(map) {}
+
+  /** A warning when `pose` is such a place and the one before was not of that sort. */
+  std::optional<std::string> look(const Math::Pose2D& pose);
+
+ private:
+  enum class Place { free, notFree, outside };
+
+  const OccupancyMap& map;
+  Place last = Place::free;
+};
+
+}  // namespace QV::session

@@ -1,0 +1,36 @@
+#include "session/internal/room_map.h"
+
+#include <cmath>
+
+#include <opencv2/imgproc.hpp>
+
+namespace QV::session {
+namespace {
+
+// As for the rays of simulated sensors and the walls of a virtual robot's world.
+constexpr float kBlockedAbove = 0.4f;
+
+}  // namespace
+
+RoomMap::RoomMap(const OccupancyMap& map, float most)
+    : toMap(Math::pinv(map.getOrigin())), resolution(map.getResolution()) {
+  cv::Mat_<uchar> free(map.getHeight() + 2, map.getWidth() + 2, uchar{0});
+  for (int row = 0; row < map.getHeight(); ++row) {
+    for (int column = 0; column < map.getWidth(); ++column) {
+      free(row + 1, column + 1) = map.getOccupancy(column, row) <= kBlockedAbove;
+    }
+  }
+  cv::Mat_<float> room;
+  cv::distanceTransform(free, room, cv::DIST_L2, cv::DIST_MASK_PRECISE);
+  room *= resolution;
+  cells = cv::min(room, most)(cv::Rect(1, 1, map.getWidth(), map.getHeight()));
+}
+
+float RoomMap::find(const Math::Position2D& position) const {
+  const Math::Position2D inMap = toMap * position;
+  const cv::Point cell(cvFloor(inMap.x / resolution), cvFloor(inMap.y / resolution));
+  const bool inside = cell.x >= 0 && cell.y >= 0 && cell.x < cells.cols && cell.y < cells.rows;
+  return inside ? cells(cell) : 0.0f;
+}
+
+}  // namespace QV::session

@@ -1,0 +1,28 @@
+#pragma once
+
+#include <opencv2/core.hpp>
+
+#include "platform/math/position.h"
+#include "platform/navigation/occupancy_map.h"
+
+namespace QV::session {
+
+/** How much room there is about each place of a map. Metres. Reading is safe from several threads.
+ */
+class RoomMap {
+ public:
+  /** Distances up to `most`. The map must outlive this. */
+  RoomMap(const OccupancyMap& map, float most);
+
+  /** From each cell to the nearest that is not free; beyond the map none is. */
+  const cv::Mat_<float>& getCells() const { return cells; }
+  /** The same of the cell at a position in the world, 0 outside the map. */
+  float find(const Math::Position2D& position) const;
+
+ private:
+  const Math::Pose2D toMap;
+  const float resolution;
+  cv::Mat_<float> cells;
+};
+
+}  // namespace QV::session

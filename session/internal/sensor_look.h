@@ -1,0 +1,48 @@
+#pragma once
+
+#include <deque>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "session/session.h"
+#include "session/snapshot.h"
+
+namespace QV::session {
+
+/** Looks at a robot's sensors again and again. The robot must outlive it. */
+class SensorLook {
+ public:
+  /** Of one sensor, at most. */
+  static constexpr std::size_t kMostPoints = 1000;
+
+  explicit SensorLook(Session& robot) : robot(robot) {}
+
+  /** Every sensor as it is now, by family and name. */
+  std::vector<SensorState> look();
+
+  /** Where the robot is, to be told often: records are placed where it was when they were made. */
+  void notePose();
+
+  /** What was measured since, to be told often, too: a rate is one of simulated time. */
+  void noteMeasurements();
+
+ private:
+  struct Placed {
+    ko::Clock::time_point time;
+    Math::Pose2D pose;
+  };
+
+  void xLookAtSwitches(SensorState& sensor) const;
+  void xLookAtRecord(const Math::MetricalData& record, SensorState& sensor) const;
+  double xMeasureRate(const std::string& name);
+  Math::Pose2D xPoseAt(ko::Clock::time_point time) const;
+
+  Session& robot;
+  std::deque<Placed> poses;
+  /** Of each sensor, when it last measured. */
+  std::map<std::string, std::deque<ko::Clock::time_point>> measured;
+  ko::Clock::time_point noteNext;
+};
+
+}  // namespace QV::session

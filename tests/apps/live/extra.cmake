@@ -1,1 +1,0 @@
-target_link_libraries(apps_live_tests PRIVATE QVOpenCV::imgcodecs)

@@ -1,0 +1,26 @@
+#pragma once
+
+#include <vector>
+
+#include <nlohmann/json.hpp>
+
+#include "outlets/web/internal/web_handler.h"
+
+namespace QV::test {
+
+/** Keeps what it is sent. */
+struct FakeClient : outlets::WebClient {
+  void send(outlets::WebMessage message) override { sent.push_back(std::move(message)); }
+
+  /** What has come since the last call, as JSON. */
+  std::vector<nlohmann::json> takeTexts() {
+    std::vector<nlohmann::json> texts;
+    for (const auto& message : sent) texts.push_back(nlohmann::json::parse(*message.payload));
+    sent.clear();
+    return texts;
+  }
+
+  std::vector<outlets::WebMessage> sent;
+};
+
+}  // namespace QV::test

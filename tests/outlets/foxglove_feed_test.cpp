@@ -1,0 +1,124 @@
+#include "outlets/foxglove/internal/foxglove_feed.h"
+
+#include "session/simulated_session.h"
+#include "tests/outlets/fake_client.h"
+#include "tests/robot/world/room.h"
+#include "tests/support/vocabulary.h"
+
+namespace QV::outlets {
+namespace {
+
+using nlohmann::json;
+
+/** A viewer of a robot with two sonars, channels 4 and 5. */
+struct FoxgloveFeedTest : testing::Test {
+  FoxgloveFeedTest() {
+    sut.onOpen(viewer);
+    opening = viewer->takeTexts();
+  }
+
+  std::vector<json> say(const std::string& message) {
+    sut.onMessage(viewer, message, false);
+    return viewer->takeTexts();
+  }
+  std::string errorTo(const std::string& message) {
+    const auto answers = say(message);
+    return answers.size() == 1 ? answers[0].value("message", "") : "";
+  }
+  session::Snapshot snapshot() {
+    session::Snapshot snapshot;
+    snapshot.time = ko::Clock::time_point(ko::Duration(0x0102030405060708));
+    for (const std::string& name : robot.getManager().getSensorList()) {
+      snapshot.sensors.push_back({name, "Sonar"});
+      snapshot.sensors.back().points = {{1.0f, 2.0f}};
+    }
+    return snapshot;
+  }
+
+  session::SimulatedSession robot{0, *test::makeRoom(), {2.0f, 3.0f, 0.0f}};
+  FoxgloveFeed sut{robot};
+  const std::shared_ptr<test::FakeClient> viewer = std::make_shared<test::FakeClient>();
+  std::vector<json> opening;
+};
+
+TEST_F(FoxgloveFeedTest, advertisesEveryChannelWithItsSchema) {
+  ASSERT_EQ(opening.size(), 2u);
+  EXPECT_EQ(opening[0]["op"], "serverInfo");
+  EXPECT_EQ(opening[1]["op"], "advertise");
+  std::vector<std::string> topics;
+  for (const json& channel : opening[1]["channels"]) {
+    topics.push_back(channel["topic"]);
+    EXPECT_EQ(channel["encoding"], "json");
+    const json schema = json::parse(channel["schema"].get<std::string>());
+    EXPECT_TRUE(schema["properties"].contains("timestamp"));
+  }
+  EXPECT_THAT(topics,
+              ElementsAre("/tf", "/map", "/log", "/sensors/LeftSonar", "/sensors/RightSonar"));
+}
+
+TEST_F(FoxgloveFeedTest, sendsFramesOfASubscriptionUntilItEnds) {
+  EXPECT_TRUE(say(R"({"op":"subscribe","subscriptions":[{"id":258,"channelId":5}]})").empty());
+  EXPECT_TRUE(sut.isWatched());
+  EXPECT_THAT(sut.getWatchedSensors(), ElementsAre("RightSonar"));
+  sut.publish(snapshot());
+  ASSERT_EQ(viewer->sent.size(), 1u);
+  const WebMessage message = viewer->sent[0];
+  EXPECT_TRUE(message.binary);
+  EXPECT_EQ(message.delivery, Delivery::latest);
+  EXPECT_EQ(message.payload->substr(0, 13),
+            std::string("\x01\x02\x01\x00\x00\x08\x07\x06\x05\x04\x03\x02\x01", 13));
+  const json cloud = json::parse(message.payload->substr(13));
+  EXPECT_EQ(cloud["frame_id"], "map");
+  EXPECT_EQ(cloud["data"], "AACAPwAAAEAAAAA/");  // 1, 2 and 0.5.
+  viewer->sent.clear();
+  EXPECT_TRUE(say(R"({"op":"unsubscribe","subscriptionIds":[258]})").empty());
+  sut.publish(snapshot());
+  EXPECT_TRUE(viewer->sent.empty());
+  EXPECT_FALSE(sut.isWatched());
+}
+
+TEST_F(FoxgloveFeedTest, aViewerThatLeavesWatchesNothing) {
+  say(R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":4}]})");
+  sut.onClose(viewer);
+  EXPECT_TRUE(sut.getWatchedSensors().empty());
+}
+
+TEST_F(FoxgloveFeedTest, theMapComesOnceAndTheLogLineByLine) {
+  sut.onMessage(
+      viewer,
+      R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":2},{"id":2,"channelId":3}]})",
+      false);
+  sut.publish(snapshot());
+  sut.publish(snapshot());
+  sut.publishLog(
+      {{ko::log::Level::error, "A", "b", "c", {}}, {ko::log::Level::info, "", "", "", {}}});
+  ASSERT_EQ(viewer->sent.size(), 3u);
+  const json grid = json::parse(viewer->sent[0].payload->substr(13));
+  EXPECT_EQ(grid["column_count"], robot.getMap().getWidth());
+  const json line = json::parse(viewer->sent[1].payload->substr(13));
+  EXPECT_EQ(line["level"], 4);
+  EXPECT_EQ(line["name"], "A.b");
+}
+
+TEST_F(FoxgloveFeedTest, saysWhatIsWrong) {
+  EXPECT_EQ(errorTo("?"), "subscribe and unsubscribe are understood, null is not");
+  EXPECT_EQ(errorTo(R"({"op":"subscribe"})"), "subscriptions: an array expected");
+  EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[7]})"), "id: missing");
+  EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[{"id":-1,"channelId":1}]})"),
+            "a number of 32 bits expected, -1 given");
+  EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":6}]})"),
+            "channel 6 does not exist");
+  EXPECT_EQ(errorTo(R"({"op":"unsubscribe","subscriptionIds":[3]})"),
+            "subscription 3 does not exist");
+  say(R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":1}]})");
+  EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":2}]})"),
+            "subscription 1 is in use");
+  EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[{"id":2,"channelId":1}]})"),
+            "channel 1 is subscribed to already");
+  EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[7,{"id":2,"channelId":5}]})"),
+            "id: missing");
+  EXPECT_THAT(sut.getWatchedSensors(), ElementsAre("RightSonar")) << "what is right is done";
+}
+
+}  // namespace
+}  // namespace QV::outlets

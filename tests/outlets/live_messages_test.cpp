@@ -1,0 +1,76 @@
+#include "outlets/web/internal/live_messages.h"
+
+#include <cmath>
+
+#include <gmock/gmock.h>
+#include <nlohmann/json.hpp>
+#include <opencv2/imgcodecs.hpp>
+
+#include "outlets/web/internal/base64.h"
+#include "outlets/web/internal/map_picture.h"
+
+namespace QV::outlets {
+namespace {
+
+using nlohmann::json;
+
+session::Snapshot exampleSnapshot() {
+  session::Snapshot snapshot;
+  snapshot.time = ko::Clock::time_point(ko::Duration(1'500'000'000));
+  snapshot.pose = {1.23456f, 2.0f, 0.5f};
+  snapshot.people = {{3.0f, 4.0f}};
+  snapshot.touches = {{"Bumper", {1.0f, 1.0f}, 0.25}};
+  session::SensorState idle{"Idle", "Sonar"};
+  idle.trouble = "\xff gone";
+  session::SensorState busy{"Busy", "Laser", true};
+  busy.subscribers = {"live view", "navigation"};
+  busy.rate = 10.0;
+  busy.age = 0.1;
+  busy.nearest = 0.7f;
+  busy.view = session::SensorState::View{{1.0f, 2.0f, 0.0f}, {0.1f, 5.0f, 1.05f, 15}};
+  busy.points = {{0.12345f, 1.0f}, {NAN, 2.0f}};
+  snapshot.sensors = {idle, busy};
+  return snapshot;
+}
+
+TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
+  const json state = json::parse(stateMessage(exampleSnapshot()));
+  EXPECT_EQ(state["op"], "state");
+  EXPECT_EQ(state["time"], 1'500'000'000);
+  EXPECT_EQ(state["pose"]["x"], 1.235);
+  EXPECT_EQ(state["goal"], nullptr);
+  EXPECT_EQ(state["people"], json::parse("[[3.0,4.0]]"));
+  EXPECT_EQ(state["touches"], json::parse(R"([{"name":"Bumper","x":1.0,"y":1.0,"since":0.25}])"));
+  EXPECT_EQ(state["sensors"][0]["age"], nullptr);
+  EXPECT_EQ(state["sensors"][0]["trouble"], "\xef\xbf\xbd gone");
+  EXPECT_EQ(state["sensors"][0]["fieldOfView"], nullptr);
+  EXPECT_EQ(state["sensors"][1], json::parse(R"({
+    "name":"Busy", "family":"Laser", "started":true, "enabled":true, "diagnosis":true,
+    "subscribers":["live view","navigation"], "rate":10.0, "age":0.1, "nearest":0.7, "trouble":"",
+    "fieldOfView":{"x":1.0,"y":2.0,"theta":0.0,"angle":1.05,"minRange":0.1,"maxRange":5.0},
+    "points":[0.123,1.0,null,2.0]})"));
+}
+
+TEST(LiveMessages, theLogIsToldByLevelAndMethod) {
+  const ko::log::Record line{ko::log::Level::verbose, "A.B", "c", "text", {}};
+  EXPECT_EQ(json::parse(logMessage({line})), json::parse(R"({"op":"log","lines":[
+    {"time":0,"level":"debug","category":"A.B","method":"c","message":"text"}]})"));
+}
+
+TEST(Base64, padsAndTakesAnyByte) {
+  EXPECT_EQ(toBase64(""), "");
+  EXPECT_EQ(toBase64("a"), "YQ==");
+  EXPECT_EQ(toBase64("ab"), "YWI=");
+  EXPECT_EQ(toBase64(std::string("\0\xff\x10", 3)), "AP8Q");
+}
+
+TEST(MapPicture, hasTheLastRowOnTop) {
+  const OccupancyMap map(2, 2, 0.1f, {}, {0.0f, 1.0f, 0.5f, 0.0f});
+  const std::string png = makeMapPicture(map);
+  const cv::Mat_<uchar> picture =
+      cv::imdecode(std::vector<uchar>(png.begin(), png.end()), cv::IMREAD_UNCHANGED);
+  EXPECT_EQ(cv::norm(picture, cv::Mat_<uchar>({2, 2}, {205, 254, 254, 0})), 0.0);
+}
+
+}  // namespace
+}  // namespace QV::outlets

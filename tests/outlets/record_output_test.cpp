@@ -1,0 +1,64 @@
+#include "outlets/files/record_output.h"
+
+#include <cmath>
+#include <sstream>
+
+#include <gmock/gmock.h>
+
+namespace QV::outlets {
+namespace {
+
+Math::MetricalData exampleRecord() {
+  Math::MetricalData record;
+  record.sensorName = "Sonar \"A\", front";
+  record.familyName = "Sonar";
+  record.fieldOfView = Math::SensorFieldOfView2D(0.1f, 2.5f, 1.05f, 5);
+  record.points = {Math::Position3D(0.3f, NAN, 0.5f), Math::Position3D(2.5f, 0.0f, 0.5f)};
+  record.timestamp = ko::Clock::time_point(ko::Duration(1'234'567'890'123'456'789));
+  return record;
+}
+
+std::string written(const std::vector<Math::MetricalData>& records, Format format) {
+  std::ostringstream out;
+  writeRecords(out, records, format, session::Frame::map);
+  return out.str();
+}
+
+TEST(RecordOutput, jsonHasEveryFieldByItsNameAndFloatsAsTheyWereWritten) {
+  const std::string expected =
+      R"({"sensorName":"Sonar \"A\", front","familyName":"Sonar",)"
+      R"("fieldOfView":{"minRange":0.1,"maxRange":2.5,"angularRange":1.05,"rayCount":5},)"
+      R"("sensorTransform":[1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0,0.0],)"
+      R"("points":[{"x":0.3,"y":null,"z":0.5},{"x":2.5,"y":0.0,"z":0.5}],)"
+      R"("timestamp":1234567890123456789,"frame":"map"})"
+      "\n";
+  EXPECT_EQ(written({exampleRecord()}, Format::json), expected);
+}
+
+TEST(RecordOutput, csvHasALinePerPointAndOneForARecordWithoutPoints) {
+  auto empty = exampleRecord();
+  empty.points.clear();
+  std::istringstream lines(written({exampleRecord(), empty}, Format::csv));
+  std::vector<std::string> read;
+  for (std::string line; std::getline(lines, line);) read.push_back(line);
+  ASSERT_EQ(read.size(), 4u);
+  EXPECT_THAT(read[1], testing::StartsWith(R"("Sonar ""A"", front","Sonar",map,0.1,2.5,1.05,5,)"));
+  EXPECT_THAT(read[2], testing::EndsWith(",1,2.5,0,0.5"));
+  EXPECT_THAT(read[3], testing::EndsWith(",,,,"));
+  const auto commas = [](const std::string& line) {
+    return std::count(line.begin(), line.end(), ',');
+  };
+  // One more in the sensor's name.
+  EXPECT_EQ(commas(read[0]) + 1, commas(read[2]));
+}
+
+TEST(RecordOutput, theNearestObstacleIsNoMiss) {
+  auto record = exampleRecord();
+  record.points = {Math::Position3D(2.5f, 0.0f, 0.5f)};
+  EXPECT_FALSE(session::nearestObstacle(record));
+  record.points.push_back(Math::Position3D(0.0f, -1.5f, 9.0f));
+  EXPECT_EQ(session::nearestObstacle(record), 1.5f);
+}
+
+}  // namespace
+}  // namespace QV::outlets
