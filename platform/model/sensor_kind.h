@@ -1,0 +1,72 @@
+#pragma once
+
+#include <cstddef>
+#include <string>
+#include <vector>
+
+#include "platform/api.h"
+#include "platform/ko/clock.h"
+
+namespace QV::Model {
+
+/** What the points of a kind's records stand for, and so how they may be judged and drawn. */
+enum class PointMeaning {
+  /** One echo, somewhere on the arc through the points; beyond the maximum range: no echo. */
+  arc,
+  /** What single beams met, in the plane of the sensor. */
+  scan,
+  /** One point: nearer than the maximum range for "something is there", at it for "nothing is". */
+  zone,
+  /** Places of surfaces and people that were made out, in three dimensions. */
+  sighting,
+  /** A part of the body that touches something; its place says which part. */
+  touch
+};
+
+/** When a sound sensor that is started may give no record. */
+enum class Silence { never, whileMoving, always };
+
+/** What a property's text says. */
+enum class Quantity { text, number, metres, radians, seconds, memoryKey, actuator };
+
+/** A property of a sensor in a robot description. */
+struct QV_API PropertyRule {
+  std::string name;
+  Quantity quantity = Quantity::text;
+  /** Whether the sensor can't be made, or can't be used, without it. */
+  bool isRequired = false;
+  /** Of a quantity that is a number; both are allowed. */
+  double least = 0.0;
+  double most = 0.0;
+};
+
+/** How many memory keys a sensor reads: from `least` to `most`, in groups of `groupSize`. */
+struct QV_API KeyRule {
+  std::size_t least = 0;
+  std::size_t most = 0;
+  std::size_t groupSize = 1;
+  /** What a key holds, with its unit: "range (m)". */
+  std::string content;
+};
+
+/** All that is known of a kind of sensor, for whoever makes, feeds, judges or draws it. */
+struct QV_API SensorKind {
+  /** The number that stands for it in a description; above 0. */
+  int type = 0;
+  /** The word that does: "Sonar". */
+  std::string name;
+  /** The family that its sensors are subscribed to by. */
+  std::string family;
+  PointMeaning points = PointMeaning::scan;
+  /** Whether a beam that met nothing gives no point, rather than one at the maximum range. */
+  bool leavesOutMisses = false;
+  Silence silence = Silence::never;
+  /** Whether it measures again and again, rather than telling of changes. */
+  bool hasRate = true;
+  std::vector<PropertyRule> properties = {};
+  KeyRule keys = {};
+  /** Between two measurements, where a description says nothing else. */
+  ko::Duration period = ko::Duration(100'000'000);
+};
+
+}  // namespace QV::Model

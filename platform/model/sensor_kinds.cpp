@@ -1,0 +1,123 @@
+#include "platform/model/sensor_kinds.h"
+
+#include <algorithm>
+#include <numbers>
+#include <stdexcept>
+
+namespace QV::Model {
+namespace {
+
+constexpr double kFullTurn = 2.0 * std::numbers::pi;
+constexpr double kFarthest = 1000.0;
+constexpr std::size_t kMostKeys = 20'000;
+
+std::vector<PropertyRule> rangeProperties(std::vector<PropertyRule> others = {}) {
+  std::vector<PropertyRule> rules = {
+      {"minimumDetectionDistance", Quantity::metres, true, 0.0, kFarthest},
+      {"maximumDetectionDistance", Quantity::metres, true, 0.0, kFarthest},
+      {"horizontalAngularRange", Quantity::radians, true, 0.0, kFullTurn}};
+  rules.insert(rules.end(), others.begin(), others.end());
+  return rules;
+}
+
+std::vector<PropertyRule> laserProperties(std::vector<PropertyRule> others = {}) {
+  std::vector<PropertyRule> rules =
+      rangeProperties({{"regIndex", Quantity::number, true, 0.0, 255.0},
+                       {"setOperationMode", Quantity::actuator, true},
+                       {"getOperationMode", Quantity::memoryKey, true},
+                       {"timestamp", Quantity::memoryKey, true}});
+  rules.insert(rules.end(), others.begin(), others.end());
+  return rules;
+}
+
+KeyRule laserKeys() {
+  return {2, kMostKeys, 2, "x and y of each point (m)"};
+}
+
+std::vector<SensorKind> standardRows() {
+  SensorKind touch = {2, "Touch", "Touch", PointMeaning::touch};
+  touch.silence = Silence::always;
+  touch.hasRate = false;
+  touch.properties = {{"horizontalAngularRange", Quantity::radians, false, 0.0, kFullTurn}};
+
+  SensorKind depthCamera = {4, "DepthCamera", "Asus", PointMeaning::sighting};
+  depthCamera.leavesOutMisses = true;
+  depthCamera.properties =
+      rangeProperties({{"verticalAngularRange", Quantity::radians, true, 0.0, kFullTurn},
+                       {"modelCode", Quantity::number},
+                       {"cameraName", Quantity::text}});
+
+  SensorKind laser = {8, "Laser", "Laser", PointMeaning::scan};
+  laser.leavesOutMisses = true;
+  laser.properties = laserProperties();
+  laser.keys = laserKeys();
+
+  SensorKind sonar = {9, "Sonar", "Sonar", PointMeaning::arc};
+  sonar.properties = rangeProperties();
+  sonar.keys = {1, 1, 1, "range (m)"};
+
+  SensorKind blindZone = {14, "BlindZone", "BlindZone", PointMeaning::zone};
+  blindZone.silence = Silence::whileMoving;
+  blindZone.properties = rangeProperties();
+  blindZone.keys = {1, 1, 1, "above 0.9: something is there"};
+
+  SensorKind holeLaser = laser;
+  holeLaser.type = 16;
+  holeLaser.name = holeLaser.family = "HoleLaser";
+  holeLaser.properties = laserProperties(
+      {{"inclination", Quantity::memoryKey, true}, {"status", Quantity::memoryKey, true}});
+
+  SensorKind shovel = laser;
+  shovel.type = 17;
+  shovel.name = shovel.family = "Shovel";
+
+  return {touch, depthCamera, laser, sonar, blindZone, holeLaser, shovel};
+}
+
+template <typename Condition>
+const SensorKind* findIf(const std::vector<SensorKind>& kinds, Condition condition) {
+  const auto found = std::find_if(kinds.begin(), kinds.end(), condition);
+  return found == kinds.end() ? nullptr : &*found;
+}
+
+}  // namespace
+
+const SensorKinds& SensorKinds::standard() {
+  static const SensorKinds standard = [] {
+    SensorKinds kinds;
+    for (const SensorKind& kind : standardRows()) kinds.add(kind);
+    return kinds;
+  }();
+  return standard;
+}
+
+void SensorKinds::add(const SensorKind& kind) {
+  if (kind.type <= 0 || findType(kind.type)) {
+    throw std::invalid_argument("sensor kind \"" + kind.name +
+                                "\": a type of its own above 0 expected, " +
+                                std::to_string(kind.type) + " given");
+  }
+  if (kind.name.empty() || kind.family.empty() || findName(kind.name)) {
+    throw std::invalid_argument("sensor kind " + std::to_string(kind.type) +
+                                ": a name of its own and a family expected, \"" + kind.name +
+                                "\" and \"" + kind.family + "\" given");
+  }
+  const auto place = std::find_if(kinds.begin(), kinds.end(), [&kind](const SensorKind& other) {
+    return other.type > kind.type;
+  });
+  kinds.insert(place, kind);
+}
+
+const SensorKind* SensorKinds::findType(int type) const {
+  return findIf(kinds, [type](const SensorKind& kind) { return kind.type == type; });
+}
+
+const SensorKind* SensorKinds::findName(const std::string& name) const {
+  return findIf(kinds, [&name](const SensorKind& kind) { return kind.name == name; });
+}
+
+const SensorKind* SensorKinds::findFamily(const std::string& family) const {
+  return findIf(kinds, [&family](const SensorKind& kind) { return kind.family == family; });
+}
+
+}  // namespace QV::Model
