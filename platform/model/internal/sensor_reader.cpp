@@ -46,8 +46,8 @@ int SensorReader::xReadType(const XMLElement& sensor) const {
   if (const SensorKind* kind = kinds.findName(text)) return kind->type;
   const std::optional<int> number = toInteger(text);
   if (!number) {
-    fail(sensor, "attribute type: an integer or the name of a kind expected, " + quoted(text) +
-                     " given");
+    fail(sensor,
+         "attribute type: an integer or the name of a kind expected, " + quoted(text) + " given");
   }
   return *number;
 }

@@ -32,8 +32,9 @@ TEST(KeyPattern, givesTheKeysOfEachNumberInTurn) {
 }
 
 TEST(KeyPattern, refusesWhatItCannotReadAndSaysWhere) {
-  const std::string twice17 = "{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}"
-                              "{0,1}{0,1}{0,1}{0,1}";
+  const std::string twice17 =
+      "{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}"
+      "{0,1}{0,1}{0,1}{0,1}";
   const std::pair<std::string, std::string> cases[] = {
       {pattern("a{i", "2"), "attribute pattern: braces in pairs, none within another, expected"},
       {pattern("a}{i}", "2"), "braces in pairs"},
