@@ -6,7 +6,7 @@
 #include <stdexcept>
 
 #include "platform/model/internal/number_text.h"
-#include "robot/services/sensor_types.h"
+#include "robot/services/internal/sonar_config.h"
 
 namespace QV::robot {
 namespace {
@@ -21,7 +21,7 @@ std::map<std::string, Played> sonarsOf(const Recording& recording) {
   std::map<std::string, Played> sonars;
   std::size_t index = 0;
   for (const Model::SensorConfig& sensor : recording.sensors) {
-    if (sensor.type == kSonarType && sensor.memoryKeys.size() == 1) {
+    if (isSonar(sensor)) {
       const auto property = sensor.properties.find("maximumDetectionDistance");
       const bool known = property != sensor.properties.end();
       sonars[sensor.name] = {index, known ? Model::atofC(property->second) : 0.0};
