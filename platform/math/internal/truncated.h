@@ -4,7 +4,7 @@
 #include <cstdint>
 #include <limits>
 
-namespace QV::sensor {
+namespace QV::Math {
 
 /** Towards zero; beyond 32 bits the nearest int that fits, and 0 for NaN. */
 inline std::int32_t truncated(float value) {
@@ -14,4 +14,4 @@ inline std::int32_t truncated(float value) {
   return static_cast<std::int32_t>(value);
 }
 
-}  // namespace QV::sensor
+}  // namespace QV::Math
