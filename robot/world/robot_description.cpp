@@ -13,7 +13,7 @@ constexpr std::size_t kMostXmlBytes = std::size_t{16} << 20;
 }  // namespace
 
 RobotDescription::RobotDescription(const std::string& xml, const Model::SensorKinds& kinds)
-    : xml(xml), kinds(kinds), model(Model::ModelUtils::robotFromXml(xml)) {}
+    : xml(xml), kinds(kinds), model(Model::ModelUtils::robotFromXml(xml, kinds)) {}
 
 RobotDescription RobotDescription::fromFile(const std::string& path,
                                             const Model::SensorKinds& kinds) {

@@ -5,7 +5,7 @@
 #include <memory>
 #include <stdexcept>
 
-#include "platform/model/internal/number_text.h"
+#include "platform/model/sensor_properties.h"
 #include "robot/services/internal/sonar_config.h"
 
 namespace QV::robot {
@@ -13,7 +13,7 @@ namespace {
 
 struct Played {
   std::size_t index;
-  double maxRange;
+  float maxRange;
 };
 
 // Where each sonar's value stands in a step.
@@ -22,9 +22,8 @@ std::map<std::string, Played> sonarsOf(const Recording& recording) {
   std::size_t index = 0;
   for (const Model::SensorConfig& sensor : recording.sensors) {
     if (isSonar(sensor)) {
-      const auto property = sensor.properties.find("maximumDetectionDistance");
-      const bool known = property != sensor.properties.end();
-      sonars[sensor.name] = {index, known ? Model::atofC(property->second) : 0.0};
+      const Model::SensorProperties properties(sensor);
+      sonars[sensor.name] = {index, properties.getNumber("maximumDetectionDistance")};
     }
     index += sensor.memoryKeys.size();
   }

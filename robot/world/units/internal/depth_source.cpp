@@ -6,10 +6,10 @@
 
 #include <boost/make_shared.hpp>
 
+#include "platform/model/sensor_properties.h"
 #include "platform/vision/video_codes.h"
 #include "robot/world/chance/range_noise.h"
 #include "robot/world/units/internal/people_unit.h"
-#include "robot/world/units/internal/sensor_properties.h"
 
 namespace QV::robot {
 namespace {
@@ -24,12 +24,13 @@ constexpr std::uint16_t kMostDepth = 15000;
 constexpr std::uint16_t kNoDepth = 65535;
 
 DepthOptics opticsOf(const Model::SensorConfig& config) {
-  const auto fieldOf = [&](const char* property) {
-    return std::min(angleOf(config, property), kWidestField);
+  const Model::SensorProperties properties(config);
+  const auto fieldOf = [&properties](const char* name) {
+    return std::min(properties.getAngle(name), kWidestField);
   };
   return {fieldOf("horizontalAngularRange"), fieldOf("verticalAngularRange"),
-          numberOf(config, "minimumDetectionDistance"),
-          numberOf(config, "maximumDetectionDistance")};
+          properties.getFinite("minimumDetectionDistance"),
+          properties.getFinite("maximumDetectionDistance")};
 }
 
 // Drawn once: a normal number for each pixel would take longer than the picture.
@@ -49,13 +50,14 @@ std::vector<int> drawNoise(const WorldOptions& options, const std::string& senso
 }
 
 Camera makeCamera(const Model::SensorConfig& config, int index, const UnitContext& context) {
-  const std::string name = textOf(config, "cameraName");
+  const Model::SensorProperties properties(config);
+  const std::string name = properties.getText("cameraName");
   const auto source = boost::make_shared<DepthSource>(config, context);
   return {index,
           name.empty() ? config.name : name,
-          integerOf(config, "modelCode"),
-          angleOf(config, "horizontalAngularRange"),
-          angleOf(config, "verticalAngularRange"),
+          properties.getInteger("modelCode"),
+          properties.getAngle("horizontalAngularRange"),
+          properties.getAngle("verticalAngularRange"),
           [source](auto& depth, auto& time) { source->show(depth, time); }};
 }
 

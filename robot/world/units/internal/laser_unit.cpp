@@ -5,7 +5,7 @@
 #include <cmath>
 #include <limits>
 
-#include "robot/world/units/internal/sensor_properties.h"
+#include "platform/model/sensor_properties.h"
 
 namespace QV::robot {
 namespace {
@@ -24,9 +24,9 @@ LaserUnit::LaserUnit(const Model::SensorConfig& config, bool isHoleLaser,
                      const UnitContext& context)
     : config(config),
       isHoleLaser(isHoleLaser),
-      actuatorKey(textOf(config, "setOperationMode")),
-      modeKey(textOf(config, "getOperationMode")),
-      modeBits(integerOf(config, "regIndex") & kModeBits),
+      actuatorKey(Model::SensorProperties(config).getText("setOperationMode")),
+      modeKey(Model::SensorProperties(config).getText("getOperationMode")),
+      modeBits(Model::SensorProperties(config).getInteger("regIndex") & kModeBits),
       context(context),
       fan(config, config.memoryKeys.size() / 2, context),
       noise(context.getOptions(), config.name),
@@ -80,14 +80,15 @@ int LaserUnit::xJudgeFloor(const std::vector<Ray>& rays, const std::vector<float
 }
 
 void LaserUnit::xWrite(const Scan& scan, ko::Clock::time_point time) const {
+  const Model::SensorProperties properties(config);
   for (std::size_t i = 0; i < scan.coordinates.size(); ++i) {
     context.write(config.memoryKeys[i], scan.coordinates[i]);
   }
   if (isHoleLaser) {
-    context.write(textOf(config, "inclination"), scan.error);
-    context.write(textOf(config, "status"), scan.status);
+    context.write(properties.getText("inclination"), scan.error);
+    context.write(properties.getText("status"), scan.status);
   }
-  context.write(textOf(config, "timestamp"), ko::Clock::toInt32ms(time));
+  context.write(properties.getText("timestamp"), ko::Clock::toInt32ms(time));
 }
 
 LaserUnit::Scan LaserUnit::xGarble(const Scan& scan) {

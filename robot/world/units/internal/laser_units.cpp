@@ -7,7 +7,7 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/model/sensor_kinds.h"
-#include "robot/world/units/internal/sensor_properties.h"
+#include "platform/model/sensor_properties.h"
 
 namespace QV::robot {
 namespace {
@@ -21,8 +21,9 @@ bool isHoleLaser(const Model::SensorConfig& config) {
 bool isComplete(const Model::SensorConfig& config) {
   std::vector<const char*> needed{"regIndex", "setOperationMode", "getOperationMode", "timestamp"};
   if (isHoleLaser(config)) needed.insert(needed.end(), {"inclination", "status"});
-  return std::none_of(needed.begin(), needed.end(),
-                      [&](const char* property) { return textOf(config, property).empty(); });
+  return std::none_of(needed.begin(), needed.end(), [&](const char* property) {
+    return Model::SensorProperties(config).getText(property).empty();
+  });
 }
 
 // A mode that two actuators command would show what the one wants, or the other.

@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/model/sensor_properties.h"
 #include "robot/world/scene/internal/person.h"
-#include "robot/world/units/internal/sensor_properties.h"
 
 namespace QV::robot {
 namespace {
@@ -27,8 +27,8 @@ PeopleUnit::PeopleUnit(const Model::SensorConfig& camera, const std::string& cam
     : SensorUnit(kPeoplePerception, context.getOptions().peoplePeriod),
       frame(cameraName),
       cameraIndex(cameraIndex),
-      halfFOV(0.5f * angleOf(camera, "horizontalAngularRange")),
-      maxRange(numberOf(camera, "maximumDetectionDistance")),
+      halfFOV(0.5f * Model::SensorProperties(camera).getAngle("horizontalAngularRange")),
+      maxRange(Model::SensorProperties(camera).getFinite("maximumDetectionDistance")),
       context(context),
       noise(context.getOptions(), kPeoplePerception),
       faults(context.getFaults(kPeoplePerception)),

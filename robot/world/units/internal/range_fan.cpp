@@ -4,7 +4,7 @@
 #include <cmath>
 #include <limits>
 
-#include "robot/world/units/internal/sensor_properties.h"
+#include "platform/model/sensor_properties.h"
 
 namespace QV::robot {
 
@@ -12,8 +12,8 @@ RangeFan::RangeFan(const Model::SensorConfig& config, std::size_t rayCount,
                    const UnitContext& context)
     : context(context),
       sensor(config.name),
-      maxRange(numberOf(config, "maximumDetectionDistance")) {
-  const float aperture = angleOf(config, "horizontalAngularRange");
+      maxRange(Model::SensorProperties(config).getFinite("maximumDetectionDistance")) {
+  const float aperture = Model::SensorProperties(config).getAngle("horizontalAngularRange");
   const float step = rayCount > 1 ? aperture / static_cast<float>(rayCount - 1) : 0.0f;
   const float middle = 0.5f * static_cast<float>(rayCount - 1);
   for (std::size_t i = 0; i < rayCount; ++i) {

@@ -7,13 +7,13 @@
 
 #include <boost/make_shared.hpp>
 
+#include "platform/model/sensor_properties.h"
 #include "robot/services/internal/sonar_config.h"
 #include "robot/services/sonar_driver.h"
 #include "robot/world/chance/range_noise.h"
 #include "robot/world/faults/fault_channel.h"
 #include "robot/world/units/internal/nonsense.h"
 #include "robot/world/units/internal/range_fan.h"
-#include "robot/world/units/internal/sensor_properties.h"
 
 namespace QV::robot {
 namespace {
@@ -24,7 +24,8 @@ constexpr std::array<float, 4> kFalseEchoes{std::numeric_limits<float>::quiet_Na
                                             1e30f};
 
 std::size_t rayCountOf(const Model::SensorConfig& config) {
-  return static_cast<std::size_t>(angleOf(config, "horizontalAngularRange") / kRaySpacing) + 1;
+  const float aperture = Model::SensorProperties(config).getAngle("horizontalAngularRange");
+  return static_cast<std::size_t>(aperture / kRaySpacing) + 1;
 }
 
 }  // namespace

@@ -7,8 +7,8 @@
 #include <optional>
 #include <utility>
 
+#include "platform/model/sensor_properties.h"
 #include "robot/world/faults/fault_channel.h"
-#include "robot/world/units/internal/sensor_properties.h"
 
 namespace QV::robot {
 namespace {
@@ -29,7 +29,7 @@ class TouchUnits::Bumper {
   Bumper(const Model::SensorConfig& config, const UnitContext& context)
       : sensor(config.name),
         link(config.parentLink),
-        halfAperture(0.5f * angleOf(config, "horizontalAngularRange")),
+        halfAperture(0.5f * Model::SensorProperties(config).getAngle("horizontalAngularRange")),
         faults(context.getFaults(config.name)),
         channel(
             faults, [](bool pressed) { return pressed; }, [](bool pressed) { return !pressed; }) {}
