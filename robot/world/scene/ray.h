@@ -2,6 +2,7 @@
 
 #include "platform/api.h"
 #include "platform/math/position.h"
+#include "platform/math/transform.h"
 
 namespace QV::robot {
 
@@ -9,6 +10,11 @@ namespace QV::robot {
 struct QV_API Ray {
   Math::Position3D origin;
   Math::Position3D direction;
+
+  /** Where a sensor of that frame in the map looks: along its x axis. */
+  static Ray ahead(const Math::Transform& frame) {
+    return {Math::position3DFromTransform(frame), {frame(0, 0), frame(1, 0), frame(2, 0)}};
+  }
 
   /** What lies at a range, in metres. */
   Math::Position3D at(float range) const {
