@@ -29,8 +29,8 @@ constexpr char kFactoryMethod[] = "xInitSensors";
 // One touch sensor stands for all: those of later configurations are built and not kept.
 Sensors createTouch(const SensorOrder& order) {
   if (order.manager.isSensor(order.config.name)) return {};
-  return {boost::make_shared<TouchSensor>("Touch", order.kind.family, order.broker,
-                                          order.fieldOfView)};
+  return {
+      boost::make_shared<TouchSensor>("Touch", order.kind.family, order.broker, order.fieldOfView)};
 }
 
 Sensors createDepthCamera(const SensorOrder& order) {
