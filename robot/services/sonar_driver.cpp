@@ -6,17 +6,11 @@
 #include "platform/middleware/contracts/sonar_contract.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
-#include "platform/model/internal/number_text.h"
+#include "platform/model/sensor_properties.h"
 #include "robot/services/sensor_types.h"
 
 namespace QV::robot {
 namespace {
-
-float maxRangeOf(const Model::SensorConfig& config) {
-  const auto found = config.properties.find("maximumDetectionDistance");
-  if (found == config.properties.end()) return 0.0f;
-  return static_cast<float>(Model::atofC(found->second));
-}
 
 bool isSonar(const Model::SensorConfig& config) {
   return config.type == kSonarType && config.memoryKeys.size() == 1;
@@ -29,7 +23,8 @@ SonarDriver::SonarDriver(const boost::shared_ptr<QVBroker>& broker, const Model:
     : QVModule(SonarContract::kModule), broker(broker), runsAlways(robot.kindCode != 0) {
   for (const auto& [name, config] : robot.sensorConfigs) {
     if (!isSonar(config)) continue;
-    sonars.push_back({name, config.memoryKeys[0], maxRangeOf(config) + kNoEchoMargin, {}});
+    const float maxRange = Model::SensorProperties(config).getFieldOfView().maxRange;
+    sonars.push_back({name, config.memoryKeys[0], maxRange + kNoEchoMargin, {}});
   }
   bindMethod(SonarContract::kSubscribe, &SonarDriver::xSubscribe, this);
   bindMethod(SonarContract::kUnsubscribe, &SonarDriver::xUnsubscribe, this);
