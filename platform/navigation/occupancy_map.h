@@ -20,6 +20,8 @@ namespace QV {
 class QV_API OccupancyMap {
  public:
   static constexpr float kUnknown = 0.5f;
+  /** Whatever casts rays or drives takes cells above this as solid: occupied and unknown ones. */
+  static constexpr float kSolidAbove = 0.4f;
   /** The longest side, in cells. */
   static constexpr int kMaxSide = 1 << 20;
 

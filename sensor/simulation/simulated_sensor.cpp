@@ -8,8 +8,6 @@
 namespace QV::sensor {
 namespace {
 
-// Cells above this occupancy stop a ray: occupied ones and, at 0.5, unknown ones.
-constexpr float kOccupiedAbove = 0.4f;
 constexpr float kPointHeight = 0.5f;
 
 }  // namespace
@@ -41,7 +39,7 @@ std::vector<Math::MetricalData> SimulatedSensor::xGetData() const {
   // Kept between reads, so that a scan allocates nothing for its rays.
   static thread_local std::vector<RangeReading> readings;
   if (const OccupancyMap* map = occMap) {
-    occMapSimulateScan(*map, fieldOfView, current.scanPose, readings, kOccupiedAbove);
+    occMapSimulateScan(*map, fieldOfView, current.scanPose, readings, OccupancyMap::kSolidAbove);
   } else {
     readings.clear();
   }
