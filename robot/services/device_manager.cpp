@@ -5,6 +5,7 @@
 #include "platform/ko/event_loop.h"
 #include "platform/ko/log.h"
 #include "platform/middleware/qv_memory_proxy.h"
+#include "robot/services/internal/device_command.h"
 
 namespace QV::robot {
 

@@ -32,7 +32,7 @@ void BlindZoneUnit::measure(ko::Clock::time_point now) {
   const float detected = std::isinf(fan.measureNearest()) ? 0.0f : 1.0f;
   const auto sample = channel.pass(detected, now);
   if (!sample) return context.withdraw(key);
-  context.memory->getStore().insertData(key, sample->value);
+  context.memory->insertData(key, sample->value);
 }
 
 }  // namespace QV::robot

@@ -95,7 +95,7 @@ int LaserUnit::xJudgeFloor(const std::vector<Ray>& rays, const std::vector<float
 }
 
 void LaserUnit::xWrite(const Scan& scan, ko::Clock::time_point time) const {
-  MemoryStore& memory = context.memory->getStore();
+  MemoryService& memory = *context.memory;
   for (std::size_t i = 0; i < scan.coordinates.size(); ++i) {
     memory.insertData(config.memoryKeys[i], scan.coordinates[i]);
   }

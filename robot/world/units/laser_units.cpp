@@ -51,7 +51,7 @@ void LaserUnits::update(ko::Clock::time_point now) {
 
 void LaserUnits::scan(ko::Clock::time_point now) {
   for (const auto& [modeKey, group] : groups) {
-    const int mode = context.memory->getStore().getData(modeKey).toInt32();
+    const int mode = context.memory->getData(modeKey).toInt32();
     for (const auto& laser : group.lasers) laser->scan(mode, now);
   }
 }

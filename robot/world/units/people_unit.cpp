@@ -41,7 +41,7 @@ PeopleUnit::PeopleUnit(const Model::SensorConfig& camera, const std::string& cam
             return moved;
           }) {
   context.surroundings->frameInGround(frame);
-  context.memory->getStore().declare(kEvent);
+  context.memory->declareEvent(kEvent);
 }
 
 void PeopleUnit::report(ko::Clock::time_point now) {

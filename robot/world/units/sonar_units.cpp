@@ -64,7 +64,7 @@ SonarUnits::SonarUnits(const Model::Robot& robot, const UnitContext& context) : 
   for (const auto& [name, config] : robot.sensorConfigs) {
     if (config.type != kSonarType || config.memoryKeys.size() != 1) continue;
     const auto& unit = units[name] = std::make_unique<Unit>(config, context);
-    context.memory->getStore().insertData(unit->getKey(), unit->getNoEcho());
+    context.memory->insertData(unit->getKey(), unit->getNoEcho());
   }
 }
 

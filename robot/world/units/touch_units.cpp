@@ -59,7 +59,7 @@ TouchUnits::TouchUnits(const Model::Robot& robot, const UnitContext& context)
     if (config.type != kTouchType) continue;
     bumpers.push_back(std::make_unique<Bumper>(config, context));
   }
-  context.memory->getStore().declare(kEvent);
+  context.memory->declareEvent(kEvent);
 }
 
 TouchUnits::~TouchUnits() = default;

@@ -6,7 +6,7 @@ namespace QV::robot {
 
 void UnitContext::withdraw(const std::string& key) const {
   try {
-    memory->getStore().insertData(key, QVValue());
+    memory->insertData(key, QVValue());
   } catch (const QVError&) {
     // The address that was given out must stay a number's.
   }
