@@ -3,12 +3,11 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
-#include "sensor/core/internal/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {
 
-typedef boost::lock_guard<boost::mutex> Lock;
+using Lock = boost::lock_guard<boost::mutex>;
 
 constexpr char kTouchCategory[] = "Navigation.TouchSensor";
 // Frame 1 of the motion service: the robot's ground frame.
@@ -25,8 +24,8 @@ TouchSensor::TouchSensor(const std::string& name, const std::string& familyName,
   try {
     memoryProxy->subscribeToEvent(eventName, "QVNavigation", "_onTouchChanged");
   } catch (const std::exception& exception) {
-    ko::log::error(kTouchCategory, "TouchSensor")
-        << "Error while subscribing to TouchChanged: " << exception.what();
+    logTrouble(ko::log::Level::error, kTouchCategory, "TouchSensor",
+               std::string("Error while subscribing to TouchChanged: ") + exception.what());
     throw;
   }
   enabledTouchTypes = {Touch::BUMPER, Touch::TACTILE, Touch::JOINT};
@@ -35,10 +34,9 @@ TouchSensor::TouchSensor(const std::string& name, const std::string& familyName,
 TouchSensor::~TouchSensor() = default;
 
 void TouchSensor::onTouchChanged(const std::string&, QVValue value, const std::string&) {
-  const SensorScope scope(name);
   std::vector<Touch::TouchGroupEvent> groups;
   if (!Touch::extractTouchEventInfo(value, groups)) {
-    ko::log::error(kTouchCategory, "onTouchChanged") << "Invalid touch extraction";
+    logTrouble(ko::log::Level::error, kTouchCategory, "onTouchChanged", "Invalid touch extraction");
     return;
   }
   Lock lock(touchedMutex);
@@ -89,6 +87,7 @@ std::vector<Math::MetricalData> TouchSensor::xGetData() const {
     try {
       record.sensorTransform = Math::Transform(motionProxy.getTransform(group, kTouchFrame, true));
     } catch (...) {
+      xKeepCaught(kTouchCategory, "xGetData");
       continue;
     }
     record.points = {Math::Position3D(kPointDepth, 0.0f, 0.0f)};

@@ -11,7 +11,6 @@
 #include "platform/model/internal/number_text.h"
 #include "platform/model/model_utils.h"
 #include "platform/model/robot.h"
-#include "sensor/core/internal/sensor_scope.h"
 #include "sensor/perception/people_perception_sensor.h"
 #include "sensor/perception/sensor_3d.h"
 #include "sensor/perception/touch_sensor.h"
@@ -27,11 +26,6 @@ namespace QV::sensor {
 namespace {
 
 constexpr char kRealManagerCategory[] = "Navigation.RealSensorManager";
-
-void logIncomplete(const std::string& name) {
-  ko::log::error(kRealManagerCategory, "xInitSensors")
-      << "Unable to initialize sensor " << name << " because its model is incomplete.";
-}
 
 bool copyProperty(const std::map<std::string, std::string>& properties, const char* key,
                   std::string& value) {
@@ -104,13 +98,12 @@ void RealSensorManager::xInitSensors() {
 }
 
 void RealSensorManager::xCreate(const Factory& factory, const Blueprint& blueprint) {
-  const SensorScope scope(blueprint.config.name);
+  const std::string& name = blueprint.config.name;
   try {
     (this->*factory.create)(blueprint);
   } catch (const std::exception& exception) {
-    ko::log::error(kRealManagerCategory, "xInitSensors")
-        << factory.error << (factory.namesConfig ? blueprint.config.name : "") << ": \n"
-        << exception.what();
+    xLogTrouble(name, kRealManagerCategory, "xInitSensors",
+                factory.error + (factory.namesConfig ? name : "") + ": \n" + exception.what());
   }
 }
 
@@ -137,7 +130,7 @@ void RealSensorManager::xCreateLaser(const Blueprint& blueprint) {
   int regIndex = 0;
   if (!xExtractLaserProperties(config.properties, setOperationMode, getOperationMode, regIndex,
                                timestamp)) {
-    return logIncomplete(config.name);
+    return xLogIncomplete(config.name);
   }
   ko::log::verbose(kRealManagerCategory, "xInitSensors") << "Horizontal laser:  " << config.name;
   xAddSensor(boost::make_shared<LaserSensor>(config.name, blueprint.family, blueprint.fieldOfView,
@@ -169,12 +162,17 @@ void RealSensorManager::xCreateHoleLaser(const Blueprint& blueprint) {
   int regIndex = 0;
   if (!xExtractVerticalLaserProperties(config.properties, setOperationMode, getOperationMode,
                                        regIndex, timestamp, inclination, status)) {
-    return logIncomplete(config.name);
+    return xLogIncomplete(config.name);
   }
   ko::log::verbose(kRealManagerCategory, "xInitSensors") << "Hole laser: " << config.name;
   xAddSensor(boost::make_shared<HoleLaserSensor>(
       config.name, blueprint.family, blueprint.fieldOfView, broker, config.memoryKeys, regIndex,
       setOperationMode, getOperationMode, timestamp, inclination, status));
+}
+
+void RealSensorManager::xLogIncomplete(const std::string& name) const {
+  xLogTrouble(name, kRealManagerCategory, "xInitSensors",
+              "Unable to initialize sensor " + name + " because its model is incomplete.");
 }
 
 void RealSensorManager::xAddSensor(boost::shared_ptr<Sensor> sensor) {

@@ -66,6 +66,7 @@ class QV_API RealSensorManager : public SensorManager {
   void xCreateSonar(const Blueprint& blueprint);
   void xCreateBlindZone(const Blueprint& blueprint);
   void xCreateHoleLaser(const Blueprint& blueprint);
+  void xLogIncomplete(const std::string& name) const;
   void xAddSensor(boost::shared_ptr<Sensor> sensor);
 
   Math::SensorFieldOfView2D xParseProperties(const Properties& properties) const;
