@@ -1,5 +1,6 @@
 #include "robot/services/memory_service.h"
 
+#include "platform/middleware/contracts/memory_contract.h"
 #include "platform/middleware/qv_error.h"
 #include "robot/services/internal/event_board.h"
 #include "robot/services/internal/memory_store.h"
@@ -11,16 +12,17 @@ using Kind = EventBoard::Kind;
 
 void unsubscribe(EventBoard& board, const std::string& event, Kind kind,
                  const std::string& module) {
+  using namespace MemoryContract;
   if (board.unsubscribe(event, kind, module)) return;
   const bool micro = kind == Kind::microEvent;
-  throw QVError("QVMemory", micro ? "unsubscribeToMicroEvent" : "unsubscribeToEvent",
+  throw QVError(kModule, micro ? kUnsubscribeToMicroEvent : kUnsubscribeToEvent,
                 "module \"" + module + "\" has no subscription to \"" + event + "\"");
 }
 
 }  // namespace
 
 MemoryService::MemoryService(const boost::shared_ptr<QVBroker>& broker)
-    : QVModule("QVMemory"),
+    : QVModule(MemoryContract::kModule),
       store(std::make_unique<MemoryStore>()),
       board(std::make_unique<EventBoard>(broker)) {
   xBindMemory();
@@ -30,34 +32,34 @@ MemoryService::MemoryService(const boost::shared_ptr<QVBroker>& broker)
 MemoryService::~MemoryService() = default;
 
 void MemoryService::xBindMemory() {
-  bindMethod("getData", &MemoryStore::getData, store.get());
-  bindMethod("insertData", &MemoryStore::insertData, store.get());
-  bindMethod("getDataPtr", [this](const std::string& key) {
+  using namespace MemoryContract;
+  bindMethod(kGetData, &MemoryStore::getData, store.get());
+  bindMethod(kInsertData, &MemoryStore::insertData, store.get());
+  bindMethod(kGetDataPtr, [this](const std::string& key) {
     return reinterpret_cast<std::intptr_t>(store->getDataPtr(key));
   });
 }
 
 void MemoryService::xBindEvents() {
-  bindMethod("declareEvent", &MemoryStore::declare, store.get());
-  bindMethod("raiseEvent", &MemoryService::raiseEvent, this);
-  bindMethod("subscribeToEvent", [this](const std::string& event, const std::string& module,
-                                        const std::string& method) {
+  using namespace MemoryContract;
+  bindMethod(kDeclareEvent, &MemoryStore::declare, store.get());
+  bindMethod(kRaiseEvent, &MemoryService::raiseEvent, this);
+  bindMethod(kSubscribeToEvent, [this](const std::string& event, const std::string& module,
+                                       const std::string& method) {
     store->declare(event);
     board->subscribe(event, {Kind::event, module, method, module});
   });
-  bindMethod("subscribeToMicroEvent",
-             [this](const std::string& event, const std::string& module, const std::string& message,
-                    const std::string& method) {
-               store->declare(event);
-               board->subscribe(event, {Kind::microEvent, module, method, message});
-             });
-  bindMethod("unsubscribeToEvent", [this](const std::string& event, const std::string& module) {
+  bindMethod(kSubscribeToMicroEvent, [this](const std::string& event, const std::string& module,
+                                            const std::string& message, const std::string& method) {
+    store->declare(event);
+    board->subscribe(event, {Kind::microEvent, module, method, message});
+  });
+  bindMethod(kUnsubscribeToEvent, [this](const std::string& event, const std::string& module) {
     unsubscribe(*board, event, Kind::event, module);
   });
-  bindMethod("unsubscribeToMicroEvent",
-             [this](const std::string& event, const std::string& module) {
-               unsubscribe(*board, event, Kind::microEvent, module);
-             });
+  bindMethod(kUnsubscribeToMicroEvent, [this](const std::string& event, const std::string& module) {
+    unsubscribe(*board, event, Kind::microEvent, module);
+  });
 }
 
 void MemoryService::raiseEvent(const std::string& event, const QVValue& value) {

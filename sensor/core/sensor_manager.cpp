@@ -268,8 +268,8 @@ std::optional<ko::log::Record> SensorManager::getLastTrouble(const std::string& 
   return found->second;
 }
 
-void SensorManager::xLogTrouble(const std::string& sensorName, std::string_view category,
-                                std::string_view method, const std::string& message) const {
+void SensorManager::logTrouble(const std::string& sensorName, std::string_view category,
+                               std::string_view method, const std::string& message) const {
   using ko::log::Level;
   const Sensor* sensor = xFindSensor(sensorName);
   if (sensor) return sensor->logTrouble(Level::error, category, method, message);

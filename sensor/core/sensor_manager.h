@@ -113,6 +113,10 @@ class QV_API SensorManager {
    */
   std::optional<ko::log::Record> getLastTrouble(const std::string& sensorName) const;
 
+  /** Logs an error about a sensor and keeps it as its last trouble, whether or not it was built. */
+  void logTrouble(const std::string& sensorName, std::string_view category, std::string_view method,
+                  const std::string& message) const;
+
   /** A parameter of the robot's kind for callers, without unit; 0 unless the derived manager sets
    * it. */
   float getKindParameter() const { return kindParameter; }
@@ -133,10 +137,6 @@ class QV_API SensorManager {
   void xSetData(std::vector<Math::MetricalData> records) const;
   /** A copy of the cache. */
   std::vector<Math::MetricalData> xCopyData() const;
-
-  /** Logs an error about a sensor and keeps it as its last trouble, whether or not it was built. */
-  void xLogTrouble(const std::string& sensorName, std::string_view category,
-                   std::string_view method, const std::string& message) const;
 
   bool xIsSensor(const std::string& name) const { return sensors.count(name) > 0; }
   bool xIsFamily(const std::string& name) const { return families.count(name) > 0; }

@@ -7,6 +7,7 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/vision/video_codes.h"
 #include "sensor/perception/internal/depth_filter.h"
@@ -153,7 +154,7 @@ void Sensor3D::xUpdateScan() {
 
 Math::Transform Sensor3D::xGetTransformAtTime(ko::Clock::time_point time) const {
   return Math::Transform(motionProxy.getGenericProxy().call<std::vector<float>>(
-      "_getSensorTransformAtTime", name, time));
+      MotionContract::kGetSensorTransformAtTime, name, time));
 }
 
 bool Sensor3D::xFilterScan(QVImage& image, std::vector<Points>& scans) {

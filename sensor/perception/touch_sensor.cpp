@@ -3,6 +3,8 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/motion_contract.h"
+#include "platform/middleware/contracts/navigation_contract.h"
 
 namespace QV::sensor {
 namespace {
@@ -10,8 +12,6 @@ namespace {
 using Lock = boost::lock_guard<boost::mutex>;
 
 constexpr char kTouchCategory[] = "Navigation.TouchSensor";
-// Frame 1 of the motion service: the robot's ground frame.
-constexpr int kTouchFrame = 1;
 // Metres along the x axis of the group's frame: inside the body, where the contact presses.
 constexpr float kPointDepth = -0.05f;
 
@@ -20,12 +20,14 @@ constexpr float kPointDepth = -0.05f;
 TouchSensor::TouchSensor(const std::string& name, const std::string& familyName,
                          boost::shared_ptr<QVBroker> broker,
                          const Math::SensorFieldOfView2D& fieldOfView)
-    : RealSensor(name, familyName, fieldOfView, {}, broker), eventName("TouchChanged") {
+    : RealSensor(name, familyName, fieldOfView, {}, broker),
+      eventName(NavigationContract::kTouchChangedEvent) {
   try {
-    memoryProxy->subscribeToEvent(eventName, "QVNavigation", "_onTouchChanged");
+    memoryProxy->subscribeToEvent(eventName, NavigationContract::kModule,
+                                  NavigationContract::kOnTouchChanged);
   } catch (const std::exception& exception) {
     logTrouble(ko::log::Level::error, kTouchCategory, "TouchSensor",
-               std::string("Error while subscribing to TouchChanged: ") + exception.what());
+               "Error while subscribing to " + eventName + ": " + exception.what());
     throw;
   }
   enabledTouchTypes = {Touch::BUMPER, Touch::TACTILE, Touch::JOINT};
@@ -85,7 +87,8 @@ std::vector<Math::MetricalData> TouchSensor::xGetData() const {
     Math::MetricalData record = xGetMetricalDataMeta();
     record.sensorName = group;
     try {
-      record.sensorTransform = Math::Transform(motionProxy.getTransform(group, kTouchFrame, true));
+      record.sensorTransform =
+          Math::Transform(motionProxy.getTransform(group, MotionContract::kGroundFrame, true));
     } catch (...) {
       xKeepCaught(kTouchCategory, "xGetData");
       continue;

@@ -4,7 +4,8 @@
 
 #include "platform/ko/log.h"
 #include "platform/ko/os.h"
-#include "sensor/utils/internal/truncated.h"
+#include "platform/math/internal/truncated.h"
+#include "platform/middleware/contracts/device_manager_contract.h"
 
 namespace QV::sensor {
 namespace {
@@ -42,7 +43,7 @@ std::vector<Math::MetricalData> LaserSensor::xGetData() const {
   record.sensorName = name;
   record.familyName = familyName;
   try {
-    *lastTimestamp = truncated(memoryProxy->getData(timestampKey).toFloat());
+    *lastTimestamp = Math::truncated(memoryProxy->getData(timestampKey).toFloat());
   } catch (const std::exception& exception) {
     xLogError("xGetData", "unable to retrieve data: " + timestampKey + "\n" + exception.what());
     return {};
@@ -104,12 +105,14 @@ bool LaserSensor::xSetKey(bool activate) {
 }
 
 std::uint8_t LaserSensor::xReadOperationMode() const {
-  return static_cast<std::uint8_t>(truncated(memoryProxy->getData(operationModeKey).toFloat()));
+  return static_cast<std::uint8_t>(
+      Math::truncated(memoryProxy->getData(operationModeKey).toFloat()));
 }
 
 void LaserSensor::xSendOperationMode(std::uint8_t mode) {
   const QVValue timed = QVValue::array(static_cast<float>(mode), dcm.getTime(0));
-  dcm.set(QVValue::array(operationModeSetKey, "ClearAll", QVValue::array(timed)));
+  dcm.set(
+      QVValue::array(operationModeSetKey, DeviceManagerContract::kClearAll, QVValue::array(timed)));
 }
 
 // A match at the very last poll comes too late.

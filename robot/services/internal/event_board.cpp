@@ -6,6 +6,7 @@
 #include <utility>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/memory_contract.h"
 #include "platform/middleware/qv_error.h"
 
 namespace QV::robot {
@@ -51,7 +52,7 @@ class EventBoard::Receiver {
   void xLogOnce(const std::string& failure) {
     if (failure == lastFailure) return;
     lastFailure = failure;
-    ko::log::error("QVMemory", "raiseEvent")
+    ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
         << "Event " << event << " to " << subscriber.module << ": " << failure;
   }
 
