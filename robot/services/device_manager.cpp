@@ -6,6 +6,7 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/device_manager_contract.h"
 #include "platform/middleware/qv_memory_proxy.h"
+#include "robot/services/internal/device_command.h"
 
 namespace QV::robot {
 
