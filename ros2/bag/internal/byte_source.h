@@ -26,7 +26,7 @@ class ByteSource {
 };
 
 /** One that can't be read: std::runtime_error that names it. */
-std::unique_ptr<ByteSource> openFile(const std::string& path);
+QV_API std::unique_ptr<ByteSource> openFile(const std::string& path);
 /** `bytes` must outlive it. */
 QV_API std::unique_ptr<ByteSource> openMemory(BytesView bytes);
 
