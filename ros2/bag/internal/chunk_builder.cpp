@@ -31,31 +31,34 @@ mcap::ChunkIndex ChunkBuilder::write(OutputFile& file) {
   const mcap::Chunk chunk{
       startTime,           endTime, records.size(), crc32(records), getName(options.compression),
       packer.pack(records)};
-  output.clear();
-  append(output, chunk);
-  mcap::ChunkIndex index{startTime, endTime, file.getSize(), output.size()};
+  head.clear();
+  appendChunkHead(head, chunk);
+  mcap::ChunkIndex index{startTime, endTime, file.getSize(), head.size() + chunk.packed.size()};
   index.compression = chunk.compression;
   index.packedSize = chunk.packed.size();
   index.size = chunk.size;
-  xAppendIndexes(file.getSize(), index);
+  xFillIndexes(index);
+  const bool isPacked = options.compression != Compression::none;
+  const auto crc = isPacked ? std::nullopt : std::optional(chunk.crc);
+  file.write({{head}, {chunk.packed, crc}, {indexes}});
   xClear();
-  file.write(output);
   return index;
 }
 
-void ChunkBuilder::xAppendIndexes(std::uint64_t start, mcap::ChunkIndex& index) {
+void ChunkBuilder::xFillIndexes(mcap::ChunkIndex& index) {
+  indexes.clear();
   for (const auto& [channel, list] : places) {
     if (list.empty()) continue;
-    index.messageIndexOffsets[channel] = start + output.size();
+    index.messageIndexOffsets[channel] = index.offset + index.length + indexes.size();
     const std::size_t bytes = list.size() * sizeof(Place);
-    RecordWriter(output)
+    RecordWriter(indexes)
         .number(static_cast<std::uint8_t>(mcap::Op::messageIndex))
         .number(std::uint64_t{sizeof channel + sizeof(std::uint32_t) + bytes})
         .number(channel)
         .number(static_cast<std::uint32_t>(bytes))
         .raw({reinterpret_cast<const std::uint8_t*>(list.data()), bytes});
   }
-  index.messageIndexLength = output.size() - index.length;
+  index.messageIndexLength = indexes.size();
 }
 
 void ChunkBuilder::xClear() {

@@ -30,13 +30,14 @@ class ChunkBuilder {
     std::uint64_t offset;
   };
 
-  void xAppendIndexes(std::uint64_t start, mcap::ChunkIndex& index);
+  void xFillIndexes(mcap::ChunkIndex& index);
   void xClear();
 
   const BagOptions options;
   Packer packer;
   Bytes records;
-  Bytes output;
+  Bytes head;
+  Bytes indexes;
   std::uint64_t firstTime = 0;
   std::uint64_t startTime = 0;
   std::uint64_t endTime = 0;

@@ -61,14 +61,11 @@ LoadedBlock loadBlock(const ByteSource& source, const McapBlock& block, const Mc
   LoadedBlock loaded;
   std::uint64_t unknown = 0;
   walkRecords(records.bytes, [&](Op op, BytesView content) {
-    if (op == Op::schema) contents.addSchema(mcap::parseSchema(content));
-    if (op == Op::channel) contents.addChannel(mcap::parseChannel(content));
-    if (op != Op::message) return;
+    if (op != Op::message) return contents.add(op, content);
     const mcap::Message message = mcap::parseMessage(content);
-    if (!contents.topics.contains(message.channelId)) return void(++unknown);
-    loaded.entries.push_back({message.logTime,
-                              static_cast<std::size_t>(content.data() - records.owner.get()),
-                              content.size()});
+    const auto topic = contents.topics.find(message.channelId);
+    if (topic == contents.topics.end()) return void(++unknown);
+    loaded.entries.push_back({message.logTime, message.publishTime, &topic->second, message.data});
   });
   if (unknown > 0) damage.addMessages(block.offset, unknown, "their channel is not known");
   loaded.records = records.owner;

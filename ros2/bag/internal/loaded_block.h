@@ -9,21 +9,18 @@ namespace QV::ros2 {
 
 /** The messages of a block, in memory. */
 struct LoadedBlock {
-  /** A message record's content, in `records`. */
   struct Entry {
     std::uint64_t logTime;
-    std::size_t offset;
-    std::size_t size;
+    std::uint64_t publishTime;
+    const BagTopic* topic;
+    BytesView data;
   };
 
+  /** What the entries' data lies in. */
   std::shared_ptr<const std::uint8_t[]> records;
   std::vector<Entry> entries;
   /** Of both. */
   std::size_t memory = 0;
-
-  BytesView getContent(const Entry& entry) const {
-    return {records.get() + entry.offset, entry.size};
-  }
 };
 
 /**

@@ -64,15 +64,19 @@ void append(Bytes& bytes, const Message& message) {
       .raw(message.data);
 }
 
-void append(Bytes& bytes, const Chunk& chunk) {
-  OpenRecord(bytes, Op::chunk)
+void appendChunkHead(Bytes& bytes, const Chunk& chunk) {
+  constexpr std::size_t kNumbers = 3 * sizeof chunk.size + sizeof chunk.crc;
+  const std::uint64_t packedSize = chunk.packed.size();
+  RecordWriter(bytes)
+      .number(static_cast<std::uint8_t>(Op::chunk))
+      .number(kNumbers + sizeof(std::uint32_t) + chunk.compression.size() + sizeof packedSize +
+              packedSize)
       .number(chunk.startTime)
       .number(chunk.endTime)
       .number(chunk.size)
       .number(chunk.crc)
       .text(chunk.compression)
-      .number(std::uint64_t{chunk.packed.size()})
-      .raw(chunk.packed);
+      .number(packedSize);
 }
 
 void append(Bytes& bytes, const ChunkIndex& index) {

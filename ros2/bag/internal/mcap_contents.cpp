@@ -4,6 +4,11 @@
 
 namespace QV::ros2 {
 
+void McapContents::add(mcap::Op op, BytesView content) {
+  if (op == mcap::Op::schema) addSchema(mcap::parseSchema(content));
+  if (op == mcap::Op::channel) addChannel(mcap::parseChannel(content));
+}
+
 void McapContents::addSchema(mcap::Schema schema) {
   const std::uint16_t id = schema.id;
   const auto [known, isNew] = schemas.try_emplace(id, schema);

@@ -32,7 +32,8 @@ class McapContents {
   /** By channel. */
   std::map<std::uint16_t, BagTopic> topics;
 
-  /** One that contradicts what is known already: std::runtime_error. */
+  /** A schema or channel that contradicts what is known already: std::runtime_error. */
+  void add(mcap::Op op, BytesView content);
   void addSchema(mcap::Schema schema);
   void addChannel(const mcap::Channel& channel);
 

@@ -165,16 +165,14 @@ class McapFile : public BagFile {
   }
 
   std::optional<BagMessage> xTake(std::size_t index) {
-    if (!open[index].loaded.records && !xLoad(index)) {
+    Open& block = open[index];
+    if (!block.loaded.records && !xLoad(index)) {
       open.erase(index);
       return std::nullopt;
     }
-    Open& block = open[index];
-    const mcap::Message message =
-        mcap::parseMessage(block.loaded.getContent(block.loaded.entries[block.next++]));
+    const LoadedBlock::Entry entry = block.loaded.entries[block.next++];
     xAwait(index, block);
-    return BagMessage{&contents.topics.at(message.channelId), message.logTime, message.publishTime,
-                      message.data};
+    return BagMessage{entry.topic, entry.logTime, entry.publishTime, entry.data};
   }
 
   const std::unique_ptr<ByteSource> source;

@@ -146,7 +146,8 @@ void appendHeader(Bytes& bytes, const std::string& profile, const std::string& l
 void append(Bytes& bytes, const Schema& schema);
 void append(Bytes& bytes, const Channel& channel);
 void append(Bytes& bytes, const Message& message);
-void append(Bytes& bytes, const Chunk& chunk);
+/** All of it but for the packed records, which stand behind. */
+void appendChunkHead(Bytes& bytes, const Chunk& chunk);
 void append(Bytes& bytes, const ChunkIndex& index);
 void append(Bytes& bytes, const BagAttachment& attachment);
 void append(Bytes& bytes, const AttachmentIndex& index);

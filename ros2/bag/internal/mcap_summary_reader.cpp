@@ -46,8 +46,7 @@ class SummaryReader {
   explicit SummaryReader(const mcap::Footer& footer) : footer(footer) {}
 
   void add(Op op, BytesView content) {
-    if (op == Op::schema) contents.addSchema(mcap::parseSchema(content));
-    if (op == Op::channel) contents.addChannel(mcap::parseChannel(content));
+    contents.add(op, content);
     if (op == Op::statistics) statistics = mcap::parseStatistics(content);
     if (op == Op::chunkIndex) xAddChunk(mcap::parseChunkIndex(content));
     if (op == Op::metadataIndex)

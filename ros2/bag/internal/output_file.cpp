@@ -26,10 +26,12 @@ OutputFile::~OutputFile() {
   ::close(descriptor);
 }
 
-void OutputFile::write(BytesView bytes) {
-  xWrite(bytes);
-  size += bytes.size();
-  crc = crc32(bytes, crc);
+void OutputFile::write(std::initializer_list<Piece> pieces) {
+  for (const Piece& piece : pieces) xWrite(piece.bytes);
+  for (const auto& [bytes, known] : pieces) {
+    size += bytes.size();
+    crc = known ? crc32Of(crc, *known, bytes.size()) : crc32(bytes, crc);
+  }
 }
 
 void OutputFile::xWrite(BytesView bytes) const {

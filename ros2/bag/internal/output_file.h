@@ -1,6 +1,8 @@
 #pragma once
 
 #include <cstdint>
+#include <initializer_list>
+#include <optional>
 #include <string>
 
 #include "ros2/messages/message_type.h"
@@ -16,8 +18,15 @@ class OutputFile {
   OutputFile(const OutputFile&) = delete;
   OutputFile& operator=(const OutputFile&) = delete;
 
-  /** Throws std::runtime_error if they can't all be written; none of them are in the file then. */
-  void write(BytesView bytes);
+  struct Piece {
+    BytesView bytes;
+    /** Of them, if it is known. */
+    std::optional<std::uint32_t> crc = std::nullopt;
+  };
+
+  /** Throws std::runtime_error if not all can be written; nothing of it is in the file then. */
+  void write(std::initializer_list<Piece> pieces);
+  void write(BytesView bytes) { write({Piece{bytes}}); }
 
   std::uint64_t getSize() const { return size; }
   std::uint32_t getCrc() const { return crc; }

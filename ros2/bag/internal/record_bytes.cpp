@@ -8,13 +8,9 @@ RecordWriter& RecordWriter::texts(const std::map<std::string, std::string>& valu
   return number(static_cast<std::uint32_t>(entries.size())).raw(entries);
 }
 
-BytesView RecordReader::raw(std::uint64_t size) {
-  if (size > bytes.size())
-    throw std::runtime_error(std::to_string(size) + " bytes expected, " +
-                             std::to_string(bytes.size()) + " given");
-  const BytesView taken = bytes.first(static_cast<std::size_t>(size));
-  bytes = bytes.subspan(taken.size());
-  return taken;
+void RecordReader::xFail(std::uint64_t size) const {
+  throw std::runtime_error(std::to_string(size) + " bytes expected, " +
+                           std::to_string(bytes.size()) + " given");
 }
 
 std::string RecordReader::text() {

@@ -47,13 +47,20 @@ class RecordReader {
     std::memcpy(&value, raw(sizeof value).data(), sizeof value);
     return value;
   }
-  BytesView raw(std::uint64_t size);
+  BytesView raw(std::uint64_t size) {
+    if (size > bytes.size()) xFail(size);
+    const BytesView taken = bytes.first(static_cast<std::size_t>(size));
+    bytes = bytes.subspan(taken.size());
+    return taken;
+  }
   std::string text();
   std::map<std::string, std::string> texts();
   BytesView rest() { return raw(bytes.size()); }
   bool atEnd() const { return bytes.empty(); }
 
  private:
+  [[noreturn]] void xFail(std::uint64_t size) const;
+
   BytesView bytes;
 };
 

@@ -102,18 +102,20 @@ TEST_F(BagWriterTest, aFullDiskEndsTheRecordingWithOneError) {
   EXPECT_THROW(BagWriter("/dev/full"), std::runtime_error);
 }
 
-/** Numbers that a killed process leaves behind. */
+/** What a killed process leaves behind. */
 struct Progress {
   std::atomic<int> flushed{0};
-  std::atomic<int> written{0};
 };
 
-[[noreturn]] void writeUntilKilled(const std::string& path, Progress& progress) {
+/** Tells `pipe` when there are `enough`, and goes on. */
+[[noreturn]] void writeUntilKilled(const std::string& path, Progress& progress, int enough,
+                                   int pipe) {
   SmallBag bag(path, {Compression::zstd, 700});
   std::uint64_t size = bag.writer.getSize();
   while (true) {
     bag.write(1);
-    progress.written = bag.written;
+    if (bag.written == enough) [[maybe_unused]]
+      const ssize_t told = ::write(pipe, "", 1);
     // What has grown holds all but the message that made it grow.
     if (bag.writer.getSize() > size) progress.flushed = bag.written - 1;
     size = bag.writer.getSize();
@@ -123,20 +125,24 @@ struct Progress {
 TEST_F(BagWriterTest, givesAllCompleteChunksAfterAKillAtAnyTime) {
   void* const memory =
       mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
+  int pipe[2];
+  ASSERT_EQ(::pipe(pipe), 0);
   std::minstd_rand random(7);
   for (int round = 0; round < 200; ++round) {
     auto& progress = *new (memory) Progress;
-    const int enough = std::uniform_int_distribution(0, 100)(random);
+    const int enough = std::uniform_int_distribution(1, 100)(random);
     const pid_t child = fork();
-    if (child == 0) writeUntilKilled(path, progress);
-    while (progress.written < enough) sched_yield();
+    if (child == 0) writeUntilKilled(path, progress, enough, pipe[1]);
+    char told = 0;
+    ASSERT_EQ(::read(pipe[0], &told, 1), 1);
     kill(child, SIGKILL);
     waitpid(child, nullptr, 0);
-    if (progress.written == 0) continue;  // There may not be a file yet.
     const std::vector<int> numbers = numbersIn(path);
     ASSERT_GE(static_cast<int>(numbers.size()), progress.flushed.load());
     ASSERT_EQ(numbers, numbersFrom(0, static_cast<int>(numbers.size()) - 1));
   }
+  ::close(pipe[0]);
+  ::close(pipe[1]);
   munmap(memory, sizeof(Progress));
 }
 
