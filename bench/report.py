@@ -49,6 +49,8 @@ SECTIONS = [
     ("robot", "Whole robot", "The virtual robot with its eleven sensors, two people and its depth camera at 320×240. Goal: 50 simulated seconds a "
      "second; cost in line with the number of sensors."),
     ("memory", "Shared memory and calls", "Goal: `vs_pointer_loop` of 0.83 or more, `vs_proxy` of 10 or more, a call under 1 µs."),
+    ("mcap", "Recordings", "64 MB of laser scans, of depth images and of both, uncompressed: `vs_write`, a plain write of the same bytes in "
+     "pieces of 250 kB, and `vs_read`, a plain read through one buffer, by processor time. Goal: `vs_write` of 0.7, `vs_read` of 0.5."),
     ("tasks", "Tasks", "Lateness of a task of 10 ms, posts, delayed calls, runs in simulated time."),
     ("model", "Robot description and obstruction", ""),
     ("range", "Range sensors", "Readings a second on the virtual services, and the share of the time spent in the sensor itself."),
