@@ -27,7 +27,8 @@ constexpr std::size_t kPosesAtATime = 8;
 std::string textOf(const Math::SensorFieldOfView2D& fieldOfView) {
   return std::to_string(fieldOfView.rayCount) + " rays over " +
          std::to_string(fieldOfView.angularRange) + " rad from " +
-         std::to_string(fieldOfView.minRange) + " to " + std::to_string(fieldOfView.maxRange) + " m";
+         std::to_string(fieldOfView.minRange) + " to " + std::to_string(fieldOfView.maxRange) +
+         " m";
 }
 
 void check(std::size_t poses, const Math::SensorFieldOfView2D& fieldOfView, std::size_t ranges,

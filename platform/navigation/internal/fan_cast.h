@@ -35,7 +35,7 @@ struct FanCast {
  * they can settle, and true if there may be any. What it writes into the kMore values at the end of
  * `ways` means nothing.
  */
-typedef bool CastRays(const FanCast& fan, const double* cosines, const double* sines, int count,
+using CastRays = bool(const FanCast& fan, const double* cosines, const double* sines, int count,
                       double* ways);
 
 /** Null for what this machine hasn't, and for the plain path. */
