@@ -13,7 +13,6 @@ namespace QV::session {
 namespace {
 
 constexpr char kSubscriber[] = "live view";
-constexpr char kWatcher[] = "foxglove viewer";
 // Simulated: the robot is steered whenever so much has gone by, and at the end of a run.
 constexpr ko::Duration kSlice{20'000'000};
 // So long a touch is shown that is over.
@@ -22,14 +21,17 @@ constexpr ko::Duration kTouchShown{1'000'000'000};
 }  // namespace
 
 LiveWorld::LiveWorld(Session& robot, ko::SimulatedTime& time)
-    : robot(robot), time(time), manager(robot.getManager()), driver(robot), sensorLook(robot) {
+    : robot(robot),
+      time(time),
+      manager(robot.getManager()),
+      driver(robot),
+      demand(manager),
+      sensorLook(robot) {
   sensorLook.notePose();
 }
 
 LiveWorld::~LiveWorld() {
-  for (const char* subscriber : {kSubscriber, kWatcher}) {
-    sensor::unsubscribeGuarded(manager, subscriber, manager.getSensorList());
-  }
+  sensor::unsubscribeGuarded(manager, kSubscriber, manager.getSensorList());
   driver.stop();
 }
 
@@ -90,21 +92,6 @@ void LiveWorld::xDo(const SpeedCommand& command) {
   pacing.setSpeed(command.value);
 }
 
-void LiveWorld::watch(const std::set<std::string>& sensors) {
-  const std::set<std::string> before = std::exchange(watched, sensors);
-  for (const std::string& sensor : before) {
-    if (sensors.count(sensor) == 0) sensor::unsubscribeGuarded(manager, kWatcher, {sensor});
-  }
-  for (const std::string& sensor : sensors) {
-    if (before.count(sensor) > 0) continue;
-    try {
-      manager.subscribe(kWatcher, sensor);
-    } catch (const std::exception& exception) {
-      ko::log::warning("LiveView", "watch") << sensor << ": " << exception.what();
-    }
-  }
-}
-
 void LiveWorld::run(ko::Duration machine) {
   while (machine > ko::Duration::zero()) {
     const ko::Duration part = std::min(machine, kSlice);
@@ -148,7 +135,9 @@ Snapshot LiveWorld::look() {
   snapshot.velocity = robot.getVelocity();
   snapshot.goal = driver.getGoal();
   snapshot.sensors = sensorLook.look();
+  snapshot.title = robot.getTitle();
   snapshot.frame = robot.getFrame();
+  snapshot.map = robot.getSharedMap();
   snapshot.people = robot.getPeople();
   for (const auto& [name, touch] : touches) {
     const boost::chrono::duration<double> since = snapshot.time - touch.began;

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <map>
-#include <set>
 #include <string>
 
 #include "platform/ko/simulated_time.h"
 #include "session/command.h"
+#include "session/internal/demand_keeper.h"
 #include "session/internal/driver.h"
 #include "session/internal/pacing.h"
 #include "session/internal/sensor_look.h"
@@ -31,8 +31,8 @@ class LiveWorld {
    * take simulated time, paused or not.
    */
   void execute(const Command& command);
-  /** Subscribes to these sensors on behalf of viewers that can only watch, and to no others. */
-  void watch(const std::set<std::string>& sensors);
+  /** Who wants which sensors beside those that were subscribed to by command. */
+  void setDemand(const Demand& wanted) { demand.set(wanted); }
 
   /** Lets the world go on while `machine` time goes by. */
   void run(ko::Duration machine);
@@ -67,10 +67,10 @@ class LiveWorld {
   ko::SimulatedTime& time;
   sensor::SensorManager& manager;
   Driver driver;
+  DemandKeeper demand;
   Pacing pacing;
   SensorLook sensorLook;
   std::map<std::string, Touch> touches;
-  std::set<std::string> watched;
 };
 
 }  // namespace QV::session

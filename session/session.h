@@ -6,6 +6,7 @@
 
 #include "platform/ko/clock.h"
 #include "platform/math/pose2d.h"
+#include "platform/model/sensor_kind.h"
 #include "platform/navigation/occupancy_map.h"
 #include "sensor/hosting/navigation_module.h"
 #include "session/frame.h"
@@ -24,11 +25,15 @@ class Session {
 
   virtual const sensor::NavigationModule& getNavigation() const = 0;
   virtual sensor::SensorManager& getManager() = 0;
-  virtual const OccupancyMap& getMap() const = 0;
+  /** Null if it has none. */
+  virtual boost::shared_ptr<const OccupancyMap> getSharedMap() const = 0;
+  const OccupancyMap& getMap() const { return *getSharedMap(); }
   virtual Math::Pose2D getPose() const = 0;
   /** Puts the robot somewhere else. */
   virtual void setPose(const Math::Pose2D& newPose) = 0;
 
+  /** What the points of a sensor mean; of one that is not there, a scan. */
+  virtual Model::PointMeaning getMeaning(const std::string& sensor) const = 0;
   /** "Simulated robot of kind 1". */
   virtual std::string getTitle() const = 0;
   virtual Frame getFrame() const = 0;

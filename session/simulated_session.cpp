@@ -6,6 +6,7 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/ko/log.h"
+#include "sensor/simulation/simulated_sensor.h"
 #include "session/internal/path_follower.h"
 #include "session/usage_error.h"
 
@@ -18,10 +19,17 @@ constexpr ko::Duration kDrivingPeriod{20'000'000};
 
 SimulatedSession::SimulatedSession(int kind, OccupancyMap givenMap, const Math::Pose2D& start)
     : kind(kind),
-      map((checkKind(kind), std::move(givenMap))),
-      manager(boost::make_shared<sensor::SimulatedSensorManager>(kind, &map)),
+      map((checkKind(kind), boost::make_shared<OccupancyMap>(std::move(givenMap)))),
+      manager(boost::make_shared<sensor::SimulatedSensorManager>(kind, map.get())),
       navigation(manager) {
   SimulatedSession::setPose(start);
+}
+
+Model::PointMeaning SimulatedSession::getMeaning(const std::string& sensor) const {
+  const auto found = manager->getSensorPtr(sensor);
+  const auto* simulated = dynamic_cast<const sensor::SimulatedSensor*>(found.get());
+  const bool isArc = simulated && !simulated->reportsAllRays();
+  return isArc ? Model::PointMeaning::arc : Model::PointMeaning::scan;
 }
 
 std::string SimulatedSession::getTitle() const {
@@ -41,7 +49,7 @@ void SimulatedSession::setPose(const Math::Pose2D& newPose) {
 void SimulatedSession::drive(const Math::Pose2D& newCommand) {
   command = newCommand;
   if (driving.isRunning()) return;
-  room = std::make_unique<RoomMap>(map, 2.0f * getRadius());
+  room = std::make_unique<RoomMap>(*map, 2.0f * getRadius());
   driving.setName("Driving");
   driving.setPeriod(kDrivingPeriod);
   driving.compensateCallbackTime(true);

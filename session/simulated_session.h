@@ -21,10 +21,11 @@ class SimulatedSession : public Session {
 
   const sensor::NavigationModule& getNavigation() const override { return navigation; }
   sensor::SensorManager& getManager() override { return *manager; }
-  const OccupancyMap& getMap() const override { return map; }
+  boost::shared_ptr<const OccupancyMap> getSharedMap() const override { return map; }
   Math::Pose2D getPose() const override { return pose; }
   void setPose(const Math::Pose2D& newPose) override;
 
+  Model::PointMeaning getMeaning(const std::string& sensor) const override;
   std::string getTitle() const override;
   Frame getFrame() const override { return Frame::map; }
   ko::Duration getSettlingTime() const override { return ko::Duration::zero(); }
@@ -38,7 +39,7 @@ class SimulatedSession : public Session {
   void xMove();
 
   const int kind;
-  OccupancyMap map;
+  const boost::shared_ptr<OccupancyMap> map;
   const boost::shared_ptr<sensor::SimulatedSensorManager> manager;
   sensor::NavigationModule navigation;
   Math::Pose2D pose;

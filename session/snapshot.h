@@ -7,7 +7,10 @@
 
 #include "platform/math/metrical_data.h"
 #include "platform/math/pose2d.h"
+#include "platform/model/sensor_kind.h"
+#include "platform/navigation/occupancy_map.h"
 #include "session/frame.h"
+#include "session/marks.h"
 
 namespace QV::session {
 
@@ -23,6 +26,7 @@ struct SensorState {
   double rate = 0.0;
   /** Of its oldest record. */
   std::optional<double> age = std::nullopt;
+  /** The nearest obstacle, from the sensor: nothing at the maximum range or beyond is one. */
   std::optional<float> nearest = std::nullopt;
   /** The last one's message. */
   std::string trouble = {};
@@ -32,8 +36,10 @@ struct SensorState {
     Math::SensorFieldOfView2D fieldOfView;
   };
   std::optional<View> view = std::nullopt;
-  /** In the map. */
-  std::vector<Math::Position2D> points = {};
+  /** What its points mean. */
+  Model::PointMeaning points = Model::PointMeaning::scan;
+  /** What its records say, placed where the robot was when they were made. */
+  Marks marks = {};
   /** As it gave them. */
   std::vector<Math::MetricalData> records = {};
 };
@@ -46,8 +52,10 @@ struct TouchState {
   double since = 0.0;
 };
 
-/** All that there is to see of a world at one moment. */
+/** All that there is to see of a robot and its world at one moment. */
 struct Snapshot {
+  /** "Virtual robot porter". */
+  std::string title;
   ko::Clock::time_point time;
   bool paused = false;
   double speed = 1.0;
@@ -58,6 +66,8 @@ struct Snapshot {
   std::vector<SensorState> sensors;
   /** What the records place their sensors in. */
   Frame frame = Frame::map;
+  /** Null for a robot that has none: a recorded one is in the frame of its log. */
+  boost::shared_ptr<const OccupancyMap> map;
   std::vector<Math::Position2D> people;
   std::vector<TouchState> touches;
 };

@@ -6,17 +6,31 @@
 
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/middleware/qv_motion_proxy.h"
+#include "platform/model/sensor_kinds.h"
 #include "sensor/real/sensor_family.h"
 #include "session/internal/steering.h"
 
 namespace QV::session {
 
-VirtualSession::VirtualSession(const robot::RobotDescription& description, OccupancyMap map,
+VirtualSession::VirtualSession(const robot::RobotDescription& description, OccupancyMap givenMap,
                                const robot::WorldOptions& world)
-    : robot(description, boost::make_shared<OccupancyMap>(std::move(map)), world),
+    : map(boost::make_shared<OccupancyMap>(std::move(givenMap))),
+      robot(description, map, world),
       navigation(boost::make_shared<sensor::NavigationModule>(robot.getBroker())),
       hosting(robot.getBroker(), navigation),
       wanderer(robot.getMap()) {}
+
+// A sensor that is not in the description by its own name goes by its family.
+Model::PointMeaning VirtualSession::getMeaning(const std::string& sensor) const {
+  const auto& kinds = Model::SensorKinds::standard();
+  const auto& configs = robot.getModel().sensorConfigs;
+  const auto config = configs.find(sensor);
+  const Model::SensorKind* kind =
+      config == configs.end() ? nullptr : kinds.findType(config->second.type);
+  const auto found = navigation->getManager().getSensorPtr(sensor);
+  if (!kind && found) kind = kinds.findFamily(found->getFamilyName());
+  return kind ? kind->points : Model::PointMeaning::scan;
+}
 
 std::string VirtualSession::getTitle() const {
   return "Virtual robot " + robot.getModel().name;

@@ -22,10 +22,11 @@ class VirtualSession : public Session {
 
   const sensor::NavigationModule& getNavigation() const override { return *navigation; }
   sensor::SensorManager& getManager() override { return navigation->getManager(); }
-  const OccupancyMap& getMap() const override { return robot.getMap(); }
+  boost::shared_ptr<const OccupancyMap> getSharedMap() const override { return map; }
   Math::Pose2D getPose() const override { return robot.getPose(); }
   void setPose(const Math::Pose2D& newPose) override { robot.setPose(newPose); }
 
+  Model::PointMeaning getMeaning(const std::string& sensor) const override;
   std::string getTitle() const override;
   Frame getFrame() const override { return Frame::robot; }
   ko::Duration getSettlingTime() const override;
@@ -44,6 +45,7 @@ class VirtualSession : public Session {
   boost::shared_ptr<QVBroker> getBroker() const override { return robot.getBroker(); }
 
  private:
+  const boost::shared_ptr<const OccupancyMap> map;
   robot::VirtualRobot robot;
   const boost::shared_ptr<sensor::NavigationModule> navigation;
   const ScopedModule hosting;

@@ -13,7 +13,8 @@
 #include "outlets/picture/internal/legend.h"
 #include "outlets/picture/internal/map_canvas.h"
 #include "outlets/picture/internal/palette.h"
-#include "session/internal/placed_record.h"
+#include "platform/model/sensor_kinds.h"
+#include "session/internal/place_marks.h"
 #include "session/usage_error.h"
 
 namespace QV::outlets {
@@ -27,9 +28,25 @@ constexpr float kRobotRadius = 0.2f;
 constexpr std::size_t kDense = 500;
 
 typedef std::vector<Math::Position2D> Positions;
-typedef std::vector<session::PlacedRecord> PlacedRecords;
 
-Positions arc(const session::PlacedRecord& record, float range) {
+struct PlacedRecord {
+  std::string family;
+  Math::SensorFieldOfView2D fieldOfView;
+  Math::Pose2D origin;
+  session::Marks marks;
+};
+typedef std::vector<PlacedRecord> PlacedRecords;
+
+// Records alone don't say what a simulated sensor reports.
+Model::PointMeaning meaningOf(const Math::MetricalData& record, session::Frame frame) {
+  if (frame == session::Frame::map) {
+    return record.points.size() == 1 ? Model::PointMeaning::arc : Model::PointMeaning::scan;
+  }
+  const auto* kind = Model::SensorKinds::standard().findFamily(record.familyName);
+  return kind ? kind->points : Model::PointMeaning::scan;
+}
+
+Positions arc(const PlacedRecord& record, float range) {
   constexpr int kSteps = 72;
   Positions positions;
   for (int i = 0; i <= kSteps; ++i) {
@@ -80,7 +97,7 @@ bool isFullTurn(const Math::SensorFieldOfView2D& fov) {
 }
 
 // Sensors in one place share a fan, and so do the records of one sensor.
-bool isSameFan(const session::PlacedRecord& a, const session::PlacedRecord& b) {
+bool isSameFan(const PlacedRecord& a, const PlacedRecord& b) {
   constexpr float kNear = 0.2f;
   const Math::Pose2D apart = Math::pinv(a.origin) * b.origin;
   return a.family == b.family && std::hypot(apart.x, apart.y) < kNear &&
@@ -88,7 +105,7 @@ bool isSameFan(const session::PlacedRecord& a, const session::PlacedRecord& b) {
          a.fieldOfView.angularRange == b.fieldOfView.angularRange;
 }
 
-void drawFieldOfView(MapCanvas& canvas, const session::PlacedRecord& record) {
+void drawFieldOfView(MapCanvas& canvas, const PlacedRecord& record) {
   Positions outline = arc(record, record.fieldOfView.maxRange);
   if (!isFullTurn(record.fieldOfView)) {
     outline.insert(outline.begin(), Math::position2DFromPose2D(record.origin));
@@ -101,19 +118,18 @@ void drawFieldOfView(MapCanvas& canvas, const session::PlacedRecord& record) {
 
 void drawFieldsOfView(MapCanvas& canvas, const PlacedRecords& records) {
   for (auto record = records.begin(); record != records.end(); ++record) {
-    const auto isDrawn = [&](const session::PlacedRecord& other) {
-      return isSameFan(other, *record);
-    };
+    const auto isDrawn = [&](const PlacedRecord& other) { return isSameFan(other, *record); };
     if (std::none_of(records.begin(), record, isDrawn)) drawFieldOfView(canvas, *record);
   }
 }
 
-void drawPoints(MapCanvas& canvas, const session::PlacedRecord& record) {
+void drawPoints(MapCanvas& canvas, const PlacedRecord& record) {
   const cv::Scalar colour = colourOfFamily(record.family);
-  if (record.echo) canvas.drawPolyline(arc(record, *record.echo), colour, 4);
-  const double radius = record.hits.size() > kDense ? 1.5 : 3.5;
-  for (const auto& position : record.hits) canvas.drawDot(position, radius, colour);
-  for (const auto& position : record.misses) canvas.drawDot(position, 1.5, colour);
+  const session::Marks& marks = record.marks;
+  for (const auto& echo : marks.echoes) canvas.drawPolyline(arc(record, echo.range), colour, 4);
+  const double radius = marks.hits.size() > kDense ? 1.5 : 3.5;
+  for (const auto& hit : marks.hits) canvas.drawDot({hit.x, hit.y}, radius, colour);
+  for (const auto& miss : marks.misses) canvas.drawDot({miss.x, miss.y}, 1.5, colour);
 }
 
 void drawRobot(MapCanvas& canvas, const Math::Pose2D& robot) {
@@ -135,7 +151,10 @@ void drawPath(MapCanvas& canvas, const std::vector<Math::Pose2D>& poses) {
 PlacedRecords placeAll(const RunPicture& picture) {
   PlacedRecords placed;
   for (const auto& record : picture.records) {
-    placed.push_back(session::place(record, picture.poses.back(), picture.frame));
+    const Math::Pose2D& robot = picture.poses.back();
+    placed.push_back(
+        {record.familyName, record.fieldOfView, session::findOrigin(record, robot, picture.frame),
+         session::placeMarks(record, meaningOf(record, picture.frame), robot, picture.frame)});
   }
   std::stable_sort(placed.begin(), placed.end(), [](const auto& a, const auto& b) {
     return a.fieldOfView.maxRange > b.fieldOfView.maxRange;

@@ -70,7 +70,7 @@ void LiveServer::xDo(const LiveRequest& request) {
 }
 
 void LiveServer::xPublish(MachineClock::time_point now) {
-  world.watch(viewers.getWatchedSensors());
+  world.setDemand({{"foxglove viewer", viewers.getWatchedSensors()}});
   if (!pages.hasClients() && !viewers.isWatched()) return depthView.rest();
   const session::Snapshot snapshot = world.look();
   pages.publish(snapshot);

@@ -13,9 +13,6 @@ namespace QV::session {
 /** Looks at a robot's sensors again and again. The robot must outlive it. */
 class SensorLook {
  public:
-  /** Of one sensor, at most. */
-  static constexpr std::size_t kMostPoints = 1000;
-
   explicit SensorLook(Session& robot) : robot(robot) {}
 
   /** Every sensor as it is now, by family and name. */

@@ -30,7 +30,7 @@ struct FoxgloveFeedTest : testing::Test {
     snapshot.time = ko::Clock::time_point(ko::Duration(0x0102030405060708));
     for (const std::string& name : robot.getManager().getSensorList()) {
       snapshot.sensors.push_back({name, "Sonar"});
-      snapshot.sensors.back().points = {{1.0f, 2.0f}};
+      snapshot.sensors.back().marks.hits = {{1.0f, 2.0f, 0.5f}};
     }
     return snapshot;
   }

@@ -28,7 +28,7 @@ session::Snapshot exampleSnapshot() {
   busy.age = 0.1;
   busy.nearest = 0.7f;
   busy.view = session::SensorState::View{{1.0f, 2.0f, 0.0f}, {0.1f, 5.0f, 1.05f, 15}};
-  busy.points = {{0.12345f, 1.0f}, {NAN, 2.0f}};
+  busy.marks.hits = {{0.12345f, 1.0f, 0.0f}, {NAN, 2.0f, 0.0f}};
   snapshot.sensors = {idle, busy};
   return snapshot;
 }

@@ -117,7 +117,7 @@ TEST_P(LiveWorldTest, sensorsRunForTheirSubscribersOnly) {
   };
   EXPECT_FALSE(seen().started);
   sut->execute(SubscribeCommand{name, true});
-  sut->watch({name});
+  sut->setDemand({{"foxglove viewer", {name}}});
   for (int i = 0; i < 100; ++i) {
     sut->run(kSecond * 23 / 1000);
     seen();
@@ -135,7 +135,7 @@ TEST_P(LiveWorldTest, sensorsRunForTheirSubscribersOnly) {
   EXPECT_FALSE(seen().started);
   sut->execute(DiagnoseCommand{name, true});
   EXPECT_TRUE(seen().started);
-  sut->watch({});
+  sut->setDemand({});
   EXPECT_THAT(seen().subscribers, ElementsAre("live view"));
   sut.reset();
   EXPECT_FALSE(manager.isSensorStarted(name));

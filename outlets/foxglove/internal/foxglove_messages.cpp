@@ -9,6 +9,7 @@
 
 #include "outlets/foxglove/internal/foxglove_schemas.h"
 #include "outlets/web/internal/base64.h"
+#include "outlets/web/internal/page_points.h"
 
 namespace QV::outlets::foxglove {
 namespace {
@@ -60,7 +61,7 @@ void append(std::string& bytes, const T& value) {
 std::vector<Math::Position3D> pointsOf(const session::SensorState& sensor, session::Frame frame) {
   std::vector<Math::Position3D> points;
   if (frame == session::Frame::map) {
-    for (const auto& point : sensor.points) points.emplace_back(point, kPointHeight);
+    for (const auto& point : pagePointsOf(sensor.marks)) points.emplace_back(point, kPointHeight);
     return points;
   }
   for (const auto& record : sensor.records) {

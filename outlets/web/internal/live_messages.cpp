@@ -7,6 +7,7 @@
 #include "outlets/files/record_output.h"
 #include "outlets/web/internal/base64.h"
 #include "outlets/web/internal/map_picture.h"
+#include "outlets/web/internal/page_points.h"
 
 namespace QV::outlets {
 namespace {
@@ -49,7 +50,7 @@ ordered_json toJson(const std::optional<session::SensorState::View>& view) {
 
 ordered_json toJson(const session::SensorState& sensor) {
   ordered_json points = ordered_json::array();
-  for (const auto& point : sensor.points) {
+  for (const auto& point : pagePointsOf(sensor.marks)) {
     points.push_back(toJson(point.x));
     points.push_back(toJson(point.y));
   }
