@@ -146,6 +146,11 @@ bool SensorManager::xUnsubscribeFromSensor(const std::string& subscriber,
   return false;
 }
 
+void SensorManager::lookAgain() {
+  boost::lock_guard<boost::mutex> lock(subscriptionMutex);
+  xOnSensorOnChanged(xIsAnySensorOn());
+}
+
 bool SensorManager::enableSensorOrFamily(const std::string& name, bool enable) {
   const auto family = families.find(name);
   if (family != families.end()) {

@@ -43,7 +43,7 @@ class QV_API SensorManager {
  protected:
   /** The records of all started sensors. */
   virtual std::vector<Math::MetricalData> xGetData() const = 0;
-  /** Told after every subscription change whether any sensor is started. */
+  /** Told after every subscription change, and by lookAgain, whether any sensor is started. */
   virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
 
  public:
@@ -63,6 +63,12 @@ class QV_API SensorManager {
   bool unsubscribe(const std::string& subscriber, const std::string& name);
   bool unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
   bool unsubscribe(const std::string& subscriber, std::initializer_list<std::string> names);
+
+  /**
+   * Looks whether any sensor runs and tells the derived manager, as a subscription does: after
+   * enabling or a diagnosis, which don't.
+   */
+  void lookAgain();
 
   /** Takes neither the subscription lock nor tells the derived manager; false for a bad name. */
   bool enableSensorOrFamily(const std::string& name, bool enable);

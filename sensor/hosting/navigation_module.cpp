@@ -104,6 +104,7 @@ void NavigationModule::xBindSwitches() {
   SensorManager* const m = manager.get();
   bindMethod("enableSensorOrFamily", &SensorManager::enableSensorOrFamily, m);
   bindMethod("setSensorDiagnosis", &SensorManager::setSensorDiagnosis, m);
+  bindMethod("lookAgain", &SensorManager::lookAgain, m);
   bindMethod("setSensorsDebug", &SensorManager::setSensorsDebug, m);
   bindMethod("setPose2D", [m](const std::vector<float>& scan, const std::vector<float>& reference) {
     m->setPose2D(Math::Pose2D(scan), Math::Pose2D(reference));

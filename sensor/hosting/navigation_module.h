@@ -31,6 +31,7 @@ class TouchSensor;
  * | getMetricalData | names | array of records, see record_value.h |
  * | getAllMetricalData | | the same |
  * | enableSensorOrFamily, setSensorDiagnosis | name, bool | bool |
+ * | lookAgain | | |
  * | setSensorsDebug | bool | |
  * | setPose2D | twice an array x, y (m), theta (rad) | |
  * | getFamilyNames, getSensorList, getEnabledSensorList, getSubscribers | | set |

@@ -26,8 +26,8 @@ namespace QV::sensor {
  * "HoleLaser", "BlindZone", "Asus" (depth camera and people) and "Touch". From a subscription that
  * leaves any of them started until one that leaves none, their records are gathered at once and
  * then every 100 ms on the event loop's threads, and readers never wait for hardware; afterwards
- * there are no records. Enabling and diagnosis don't begin or end that: subscribe(name, {}) does,
- * after either. Not copyable. Any thread may call any operation.
+ * there are no records. Enabling and diagnosis don't begin or end that: lookAgain() does, after
+ * either. Not copyable. Any thread may call any operation.
  */
 class QV_API RealSensorManager : public SensorManager {
  public:

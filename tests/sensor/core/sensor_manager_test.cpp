@@ -21,8 +21,8 @@ struct SensorManagerTest : testing::Test {
   const boost::shared_ptr<test::FakeSensor> left = sut.add("Left", "Sonar");
 };
 
-TEST_F(SensorManagerTest, subscriptionChangesAloneTellWhetherAnySensorRuns) {
-  sut.subscribe("me", {});
+TEST_F(SensorManagerTest, subscriptionChangesAndALookTellWhetherAnySensorRuns) {
+  sut.lookAgain();
   sut.subscribe("me", "Left");
   sut.subscribe("you", "Touch");
   sut.enableSensorOrFamily("Sonar", false);
