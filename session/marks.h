@@ -3,13 +3,14 @@
 #include <optional>
 #include <vector>
 
+#include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/math/position.h"
 
 namespace QV::session {
 
 /** An obstacle at a range, in no direction known: somewhere on an arc. Metres, radians. */
-struct EchoMark {
+struct QV_API EchoMark {
   /** The sensor in the map. */
   Math::Pose2D origin;
   /** Of the arc, above the floor. */
@@ -20,7 +21,7 @@ struct EchoMark {
 };
 
 /** What a record says about places of the map, by what its points mean. Metres. */
-struct Marks {
+struct QV_API Marks {
   /** Where something stands. */
   std::vector<Math::Position3D> hits = {};
   /** Where beams that met nothing end. */
@@ -33,6 +34,6 @@ struct Marks {
 };
 
 /** `count` positions, two or more, along the arc, from the right end to the left. */
-std::vector<Math::Position3D> positionsOn(const EchoMark& echo, int count);
+QV_API std::vector<Math::Position3D> positionsOn(const EchoMark& echo, int count);
 
 }  // namespace QV::session

@@ -5,6 +5,9 @@
 #include <string>
 #include <vector>
 
+#include <boost/shared_ptr.hpp>
+
+#include "platform/api.h"
 #include "platform/math/metrical_data.h"
 #include "platform/math/pose2d.h"
 #include "platform/model/sensor_kind.h"
@@ -15,7 +18,7 @@
 namespace QV::session {
 
 /** A sensor at one moment. Metres, radians, seconds. */
-struct SensorState {
+struct QV_API SensorState {
   std::string name;
   std::string family;
   bool started = false;
@@ -28,8 +31,9 @@ struct SensorState {
   std::optional<double> age = std::nullopt;
   /** The nearest obstacle, from the sensor: nothing at the maximum range or beyond is one. */
   std::optional<float> nearest = std::nullopt;
-  /** The last one's message. */
+  /** The last one's message, and how long ago it was. */
   std::string trouble = {};
+  double troubleAge = 0.0;
   /** Where it looks, in the map. */
   struct View {
     Math::Pose2D apex;
@@ -44,7 +48,7 @@ struct SensorState {
   std::vector<Math::MetricalData> records = {};
 };
 
-struct TouchState {
+struct QV_API TouchState {
   std::string name;
   /** In the map. */
   Math::Position2D position;
@@ -53,7 +57,7 @@ struct TouchState {
 };
 
 /** All that there is to see of a robot and its world at one moment. */
-struct Snapshot {
+struct QV_API Snapshot {
   /** "Virtual robot porter". */
   std::string title;
   ko::Clock::time_point time;
@@ -71,5 +75,8 @@ struct Snapshot {
   std::vector<Math::Position2D> people;
   std::vector<TouchState> touches;
 };
+
+/** All records, in the order of their sensors' names. */
+QV_API std::vector<Math::MetricalData> recordsOf(const Snapshot& snapshot);
 
 }  // namespace QV::session

@@ -10,11 +10,14 @@ namespace {
 
 void plot(const CommonOptions& options, const std::string& output) {
   outlets::checkPicturePath(output);
-  ko::SimulatedTime time;
-  const auto robot = options.makeRun();
-  const auto records = readOnce(*robot, time, options);
-  outlets::writePicture(
-      {robot->getMap(), {robot->getPose()}, records, robot->getTitle(), robot->getFrame()}, output);
+  const auto session = options.openSession();
+  const session::Snapshot snapshot = readOnce(*session, options);
+  outlets::writePicture({*snapshot.map,
+                         {snapshot.pose},
+                         session::recordsOf(snapshot),
+                         snapshot.title,
+                         snapshot.frame},
+                        output);
   std::cout << "Wrote " << output << '\n';
 }
 

@@ -32,14 +32,13 @@ std::string urlOf(const std::string& address, unsigned short port) {
 }
 
 void serve(const ServeOptions& options) {
-  ko::SimulatedTime time;
   // Before the robot: it hears of sensors that can't be built.
   session::LogRing log;
-  const auto robot = options.makeRun();
-  outlets::LiveServer server(*robot, time, log, options.server);
-  if (!options.subscriptions.empty()) server.subscribe(options.namesFor(robot->getManager()));
+  const auto session = options.openSession();
+  outlets::LiveServer server(*session, log, options.server);
+  if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session->getManager()));
   warnIfOpen(options.server.address);
-  std::cout << robot->getTitle() << " at " << urlOf(options.server.address, server.getPort())
+  std::cout << session->getTitle() << " at " << urlOf(options.server.address, server.getPort())
             << std::endl;
   while (!isInterrupted()) server.runBriefly();
 }

@@ -10,6 +10,7 @@
 namespace QV::outlets {
 namespace {
 
+constexpr char kSubscriber[] = "live view";
 constexpr std::chrono::milliseconds kTick{20};
 constexpr std::chrono::milliseconds kPublishPeriod{100};
 constexpr std::chrono::milliseconds kDepthPeriod{200};
@@ -33,20 +34,19 @@ bool isDue(std::chrono::steady_clock::time_point& next, std::chrono::steady_cloc
 
 }  // namespace
 
-LiveServer::LiveServer(session::Session& robot, ko::SimulatedTime& time, session::LogRing& log,
+LiveServer::LiveServer(session::Session& session, session::LogRing& log,
                        const WebServer::Settings& settings)
     : log(log),
-      world(robot, time),
-      depthSensor(findDepthSensor(robot.getManager())),
-      depthView(robot.getBroker()),
-      pages(robot, requests),
-      viewers(robot),
+      session(session),
+      depthSensor(findDepthSensor(session.getManager())),
+      depthView(session.getBroker()),
+      pages(session, requests),
+      viewers(session),
       hub(pages, viewers),
       server(settings, getPageFiles(), hub) {}
 
 void LiveServer::subscribe(const std::set<std::string>& sensorsOrFamilies) {
-  for (const std::string& name : sensorsOrFamilies)
-    world.execute(session::SubscribeCommand{name, true});
+  session.subscribe(kSubscriber, sensorsOrFamilies);
 }
 
 void LiveServer::runBriefly() {
@@ -54,7 +54,7 @@ void LiveServer::runBriefly() {
   const auto now = MachineClock::now();
   const auto passed = std::min<MachineClock::duration>(now - ranUntil, kMostAtOnce);
   ranUntil = now;
-  world.run(ko::Duration(std::chrono::nanoseconds(passed).count()));
+  session.keepPace(ko::Duration(std::chrono::nanoseconds(passed).count()));
   const auto lines = log.takeNew();
   pages.publishLog(lines);
   viewers.publishLog(lines);
@@ -63,23 +63,24 @@ void LiveServer::runBriefly() {
 
 void LiveServer::xDo(const LiveRequest& request) {
   try {
-    world.execute(request.command);
+    session::execute(session, kSubscriber, request.command);
   } catch (const std::exception& exception) {
     request.refuse(exception.what());
   }
 }
 
 void LiveServer::xPublish(MachineClock::time_point now) {
-  world.setDemand({{"foxglove viewer", viewers.getWatchedSensors()}});
+  session.setDemand({{"foxglove viewer", viewers.getWatchedSensors()}});
   if (!pages.hasClients() && !viewers.isWatched()) return depthView.rest();
-  const session::Snapshot snapshot = world.look();
+  const session::Snapshot snapshot = session.look();
   pages.publish(snapshot);
   viewers.publish(snapshot);
   if (isDue(depthNext, now, kDepthPeriod)) xPublishDepth();
 }
 
 void LiveServer::xPublishDepth() {
-  if (!pages.hasClients() || !world.isStarted(depthSensor)) return depthView.rest();
+  if (!pages.hasClients() || !session.getManager().isSensorStarted(depthSensor))
+    return depthView.rest();
   if (const auto depth = depthView.take()) {
     pages.publish("depth", depthMessage(depthSensor, depthPainter.paint(*depth)));
   }

@@ -8,19 +8,18 @@
 #include "outlets/web/live_hub.h"
 #include "outlets/web/request_queue.h"
 #include "session/internal/log_ring.h"
-#include "session/live_world.h"
+#include "session/session.h"
 
 namespace QV::outlets {
 
 /**
  * A world that goes on by the machine's clock, and the server that shows it. For the thread that
- * owns the simulated time; the robot and the time must outlive it.
+ * opened the session, which must outlive it.
  */
 class LiveServer {
  public:
   /** See WebServer for what it throws. The log must outlive it, too. */
-  LiveServer(session::Session& robot, ko::SimulatedTime& time, session::LogRing& log,
-             const WebServer::Settings& settings);
+  LiveServer(session::Session& session, session::LogRing& log, const WebServer::Settings& settings);
 
   unsigned short getPort() const { return server.getPort(); }
 
@@ -39,7 +38,7 @@ class LiveServer {
 
   session::LogRing& log;
   RequestQueue requests;
-  session::LiveWorld world;
+  session::Session& session;
   /** The sensor that the depth camera's pictures are of; empty if there is none. */
   const std::string depthSensor;
   DepthView depthView;

@@ -27,7 +27,7 @@ std::vector<SensorState> SensorLook::look() {
       xLookAtSwitches(sensors.back());
     }
   }
-  for (auto& record : manager.getMetricalData()) {
+  for (auto& record : robot.getRecords()) {
     const auto found = byName.find(sensorOf(record, manager));
     if (found == byName.end()) continue;
     xLookAtRecord(record, sensors[found->second]);
@@ -40,15 +40,20 @@ std::vector<SensorState> SensorLook::look() {
   return sensors;
 }
 
-void SensorLook::xLookAtSwitches(SensorState& sensor) const {
+void SensorLook::xLookAtSwitches(SensorState& sensor) {
   const auto& manager = robot.getManager();
   sensor.started = manager.isSensorStarted(sensor.name);
   sensor.enabled = manager.isSensorEnabled(sensor.name);
   sensor.diagnosis = manager.isSensorDiagnosisSuccess(sensor.name);
-  sensor.points = robot.getMeaning(sensor.name);
-  sensor.subscribers = manager.getSensorPtr(sensor.name)->getSubscribers();
+  sensor.points = findMeaning(robot, sensor.name);
+  // A sensor that is being started would keep us waiting.
+  auto& known = subscribers[sensor.name];
+  if (!switches.isBusy()) known = manager.getSensorPtr(sensor.name)->getSubscribers();
+  sensor.subscribers = known;
   const auto trouble = robot.getNavigation().getLastTrouble().get(sensor.name);
-  if (trouble) sensor.trouble = trouble->message;
+  if (!trouble) return;
+  sensor.trouble = trouble->message;
+  sensor.troubleAge = inSeconds(ko::Clock::now() - trouble->timestamp);
 }
 
 void SensorLook::xLookAtRecord(const Math::MetricalData& record, SensorState& sensor) const {
@@ -65,7 +70,7 @@ void SensorLook::noteMeasurements() {
   const auto now = ko::Clock::now();
   if (now < noteNext) return;
   noteNext = now + kRefreshPeriod - now.time_since_epoch() % kRefreshPeriod;
-  for (const auto& record : robot.getManager().getMetricalData()) {
+  for (const auto& record : robot.getRecords()) {
     auto& times = measured[sensorOf(record, robot.getManager())];
     if (times.empty() || times.back() < record.timestamp) times.push_back(record.timestamp);
   }

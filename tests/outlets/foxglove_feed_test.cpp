@@ -1,6 +1,6 @@
 #include "outlets/foxglove/internal/foxglove_feed.h"
 
-#include "session/simulated_session.h"
+#include "session/open.h"
 #include "tests/outlets/fake_client.h"
 #include "tests/robot/world/room.h"
 #include "tests/support/vocabulary.h"
@@ -9,6 +9,13 @@ namespace QV::outlets {
 namespace {
 
 using nlohmann::json;
+
+std::unique_ptr<session::Session> openInRoom() {
+  session::OpenOptions options;
+  options.map = test::makeRoom();
+  options.start = Math::Pose2D(2.0f, 3.0f, 0.0f);
+  return session::openSimulated(0, options);
+}
 
 /** A viewer of a robot with two sonars, channels 4 and 5. */
 struct FoxgloveFeedTest : testing::Test {
@@ -28,15 +35,15 @@ struct FoxgloveFeedTest : testing::Test {
   session::Snapshot snapshot() {
     session::Snapshot snapshot;
     snapshot.time = ko::Clock::time_point(ko::Duration(0x0102030405060708));
-    for (const std::string& name : robot.getManager().getSensorList()) {
+    for (const std::string& name : robot->getManager().getSensorList()) {
       snapshot.sensors.push_back({name, "Sonar"});
       snapshot.sensors.back().marks.hits = {{1.0f, 2.0f, 0.5f}};
     }
     return snapshot;
   }
 
-  session::SimulatedSession robot{0, *test::makeRoom(), {2.0f, 3.0f, 0.0f}};
-  FoxgloveFeed sut{robot};
+  const std::unique_ptr<session::Session> robot = openInRoom();
+  FoxgloveFeed sut{*robot};
   const std::shared_ptr<test::FakeClient> viewer = std::make_shared<test::FakeClient>();
   std::vector<json> opening;
 };
@@ -94,7 +101,7 @@ TEST_F(FoxgloveFeedTest, theMapComesOnceAndTheLogLineByLine) {
       {{ko::log::Level::error, "A", "b", "c", {}}, {ko::log::Level::info, "", "", "", {}}});
   ASSERT_EQ(viewer->sent.size(), 3u);
   const json grid = json::parse(viewer->sent[0].payload->substr(13));
-  EXPECT_EQ(grid["column_count"], robot.getMap().getWidth());
+  EXPECT_EQ(grid["column_count"], robot->getMap()->getWidth());
   const json line = json::parse(viewer->sent[1].payload->substr(13));
   EXPECT_EQ(line["level"], 4);
   EXPECT_EQ(line["name"], "A.b");

@@ -123,9 +123,9 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
     subscriptions[subscription] = channel;
   }
   // It does not change: once is enough.
-  if (channel == kMap) {
+  if (channel == kMap && map) {
     const auto now = ko::Clock::now();
-    sendData(*client, subscription, Delivery::latest, now, foxglove::grid(map, now));
+    sendData(*client, subscription, Delivery::latest, now, foxglove::grid(*map, now));
   }
 }
 

@@ -44,7 +44,7 @@ class FoxgloveFeed : public LiveFeed {
   void xPublish(std::uint32_t channel, Delivery delivery, ko::Clock::time_point time,
                 const std::string& payload);
 
-  const OccupancyMap& map;
+  const boost::shared_ptr<const OccupancyMap> map;
   std::vector<foxglove::Channel> channels;
   /** By channel. */
   std::map<std::uint32_t, std::string> sensors;

@@ -3,7 +3,7 @@
 #include <set>
 #include <string>
 
-#include "session/command.h"
+#include "session/internal/command.h"
 
 namespace QV::outlets {
 

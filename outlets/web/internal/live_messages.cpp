@@ -110,10 +110,10 @@ std::string helloMessage(session::Session& robot) {
   return toText({{"op", "hello"},
                  {"world", robot.getFrame() == session::Frame::map ? "simulated" : "virtual"},
                  {"title", robot.getTitle()},
-                 {"map", toJson(robot.getMap())},
+                 {"map", robot.getMap() ? toJson(*robot.getMap()) : ordered_json()},
                  {"radius", toJson(robot.getRadius())},
                  {"canDrive", true},
-                 {"hasPeople", !robot.getPeople().empty()},
+                 {"hasPeople", !robot.look().people.empty()},
                  {"families", robot.getManager().getFamilyNames()}});
 }
 

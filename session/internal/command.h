@@ -3,9 +3,12 @@
 #include <string>
 #include <variant>
 
+#include "platform/api.h"
 #include "platform/math/position.h"
 
 namespace QV::session {
+
+class Session;
 
 struct SubscribeCommand {
   std::string sensor;
@@ -19,7 +22,7 @@ struct DiagnoseCommand {
   std::string sensor;
   bool value;
 };
-/** m/s and rad/s; to be renewed, see Driver. */
+/** m/s and rad/s; to be renewed, see Session::drive. */
 struct DriveCommand {
   float forward;
   float turn;
@@ -38,10 +41,12 @@ struct SpeedCommand {
   double value;
 };
 
-/** What a viewer asks of the world. */
-typedef std::variant<SubscribeCommand, EnableCommand, DiagnoseCommand, DriveCommand, GoalCommand,
-                     StopCommand, PauseCommand, StepCommand, SpeedCommand>
-    Command;
+/** What a viewer asks of a session. */
+using Command = std::variant<SubscribeCommand, EnableCommand, DiagnoseCommand, DriveCommand,
+                             GoalCommand, StopCommand, PauseCommand, StepCommand, SpeedCommand>;
+
+/** For `subscriber`. What can't be done is a UsageError; what hardware throws passes through. */
+QV_API void execute(Session& session, const std::string& subscriber, const Command& command);
 
 constexpr double kFastest = 2.0;
 constexpr double kFastestTurn = 4.0;

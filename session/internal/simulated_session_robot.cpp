@@ -1,4 +1,4 @@
-#include "session/simulated_session.h"
+#include "session/internal/simulated_session_robot.h"
 
 #include <algorithm>
 #include <utility>
@@ -6,7 +6,6 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/ko/log.h"
-#include "sensor/simulation/simulated_sensor.h"
 #include "session/internal/path_follower.h"
 #include "session/usage_error.h"
 
@@ -17,38 +16,33 @@ constexpr ko::Duration kDrivingPeriod{20'000'000};
 
 }  // namespace
 
-SimulatedSession::SimulatedSession(int kind, OccupancyMap givenMap, const Math::Pose2D& start)
+SimulatedSessionRobot::SimulatedSessionRobot(int kind, boost::shared_ptr<OccupancyMap> givenMap,
+                                             const Math::Pose2D& start)
     : kind(kind),
-      map((checkKind(kind), boost::make_shared<OccupancyMap>(std::move(givenMap)))),
+      map((checkKind(kind), std::move(givenMap))),
       manager(boost::make_shared<sensor::SimulatedSensorManager>(kind, map.get())),
       navigation(manager) {
-  SimulatedSession::setPose(start);
+  SimulatedSessionRobot::setPose(start);
 }
 
-Model::PointMeaning SimulatedSession::getMeaning(const std::string& sensor) const {
-  const auto found = manager->getSensorPtr(sensor);
-  const auto* simulated = dynamic_cast<const sensor::SimulatedSensor*>(found.get());
-  const bool isArc = simulated && !simulated->reportsAllRays();
-  return isArc ? Model::PointMeaning::arc : Model::PointMeaning::scan;
-}
-
-std::string SimulatedSession::getTitle() const {
+std::string SimulatedSessionRobot::getTitle() const {
   return "Simulated robot of kind " + std::to_string(kind);
 }
 
-void SimulatedSession::follow(const PathFollower& path, double seconds) {
+void SimulatedSessionRobot::follow(const PathFollower& path, double seconds) {
   setPose(path.poseAt(seconds));
 }
 
 // Records then carry the pose that rays are cast from.
-void SimulatedSession::setPose(const Math::Pose2D& newPose) {
+void SimulatedSessionRobot::setPose(const Math::Pose2D& newPose) {
   pose = newPose;
   manager->setPose2D(pose, pose);
 }
 
-void SimulatedSession::drive(const Math::Pose2D& newCommand) {
+void SimulatedSessionRobot::drive(const Math::Pose2D& newCommand) {
   command = newCommand;
-  if (driving.isRunning()) return;
+  // One that never drove has nothing to stop.
+  if (driving.isRunning() || command == Math::Pose2D()) return;
   room = std::make_unique<RoomMap>(*map, 2.0f * getRadius());
   driving.setName("Driving");
   driving.setPeriod(kDrivingPeriod);
@@ -58,7 +52,7 @@ void SimulatedSession::drive(const Math::Pose2D& newCommand) {
 }
 
 // One that is too near to something already may move as long as it does not get nearer.
-void SimulatedSession::xMove() {
+void SimulatedSessionRobot::xMove() {
   const float seconds = boost::chrono::duration<float>(kDrivingPeriod).count();
   const float turn = command.theta * seconds;
   const auto roomAt = [this](const Math::Pose2D& at) {
@@ -76,8 +70,8 @@ void checkKind(int kind) {
   const bool known = !sensor::RobotModelMock().getSimulatedSensors(kind).empty();
   ko::log::resetLevel("RobotModelMock");
   if (known) return;
-  throw UsageError("--kind: a kind with simulated sensors (-1, 0 or 1) expected, " +
-                   std::to_string(kind) + " given");
+  throw UsageError("a kind with simulated sensors (-1, 0 or 1) expected, " + std::to_string(kind) +
+                   " given");
 }
 
 }  // namespace QV::session

@@ -1,4 +1,4 @@
-#include "session/recorded_robot.h"
+#include "session/internal/recorded_session_robot.h"
 
 #include <algorithm>
 #include <cctype>
@@ -42,7 +42,7 @@ robot::Recording readLog(const std::string& path, const std::optional<std::strin
   return robot::readSonarLog(path, posesPath ? *posesPath : posesBeside(path));
 }
 
-RecordedRobot::RecordedRobot(const robot::Recording& recording)
+RecordedSessionRobot::RecordedSessionRobot(const robot::Recording& recording)
     : description(recording.toDescription()),
       model(Model::ModelUtils::robotFromXml(description)),
       devices(boost::make_shared<robot::DeviceManager>(broker)),
@@ -54,9 +54,11 @@ RecordedRobot::RecordedRobot(const robot::Recording& recording)
   replay = std::make_unique<robot::LogReplay>(recording, broker, motion);
   xAddLaserModes();
   navigation = boost::make_shared<sensor::NavigationModule>(broker);
+  // Sensors can't start before the memory has what they read.
+  replay->next();
 }
 
-void RecordedRobot::xAddLaserModes() {
+void RecordedSessionRobot::xAddLaserModes() {
   for (const auto& [name, config] : model.sensorConfigs) {
     const auto actuator = config.properties.find("setOperationMode");
     if (actuator == config.properties.end()) continue;
@@ -66,20 +68,7 @@ void RecordedRobot::xAddLaserModes() {
   }
 }
 
-// Each by itself: the manager's refresh would miss steps, and read others twice.
-void RecordedRobot::xSubscribe() {
-  const auto& manager = navigation->getManager();
-  for (const std::string& name : manager.getSensorList()) {
-    manager.getSensorPtr(name)->subscribe("qvsensors");
-  }
-}
-
-std::optional<std::vector<Math::MetricalData>> RecordedRobot::next(ko::SimulatedTime& time) {
-  const auto due = replay->getNextTime();
-  if (!due) return std::nullopt;
-  time.advanceTo(*due);
-  replay->next();
-  if (replay->getStepsMade() == 1) xSubscribe();
+std::vector<Math::MetricalData> RecordedSessionRobot::getRecords() {
   std::vector<Math::MetricalData> records;
   const auto& manager = navigation->getManager();
   for (const std::string& name : manager.getSensorList()) {
@@ -88,7 +77,24 @@ std::optional<std::vector<Math::MetricalData>> RecordedRobot::next(ko::Simulated
   return records;
 }
 
-double RecordedRobot::getShareDone() const {
+void RecordedSessionRobot::setPose(const Math::Pose2D&) {
+  throw UsageError("a robot that can be moved expected, a recording given");
+}
+
+void RecordedSessionRobot::drive(const Math::Pose2D& velocity) {
+  if (velocity == Math::Pose2D()) return;
+  throw UsageError("a robot that can be driven expected, a recording given");
+}
+
+void RecordedSessionRobot::follow(const PathFollower&, double) {
+  throw UsageError("a robot that can be driven expected, a recording given");
+}
+
+std::optional<ko::Clock::time_point> RecordedSessionRobot::getNextStep() const {
+  return replay->getNextTime();
+}
+
+double RecordedSessionRobot::getShareDone() const {
   return static_cast<double>(replay->getStepsMade()) / static_cast<double>(replay->getStepCount());
 }
 

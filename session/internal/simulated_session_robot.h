@@ -6,7 +6,7 @@
 #include "platform/ko/periodic_task.h"
 #include "sensor/simulation/simulated_sensor_manager.h"
 #include "session/internal/room_map.h"
-#include "session/session.h"
+#include "session/internal/session_robot.h"
 
 namespace QV::session {
 
@@ -14,21 +14,18 @@ namespace QV::session {
  * Simulated sensors of a kind in a map. The robot is where it is put; driven, it stops before what
  * is not free. For the thread that time goes by on.
  */
-class SimulatedSession : public Session {
+class SimulatedSessionRobot : public SessionRobot {
  public:
   /** UsageError for a kind without sensors. */
-  SimulatedSession(int kind, OccupancyMap map, const Math::Pose2D& start);
+  SimulatedSessionRobot(int kind, boost::shared_ptr<OccupancyMap> map, const Math::Pose2D& start);
 
-  const sensor::NavigationModule& getNavigation() const override { return navigation; }
-  sensor::SensorManager& getManager() override { return *manager; }
-  boost::shared_ptr<const OccupancyMap> getSharedMap() const override { return map; }
+  sensor::NavigationModule& getNavigation() override { return navigation; }
+  boost::shared_ptr<const OccupancyMap> getMap() const override { return map; }
   Math::Pose2D getPose() const override { return pose; }
   void setPose(const Math::Pose2D& newPose) override;
 
-  Model::PointMeaning getMeaning(const std::string& sensor) const override;
   std::string getTitle() const override;
   Frame getFrame() const override { return Frame::map; }
-  ko::Duration getSettlingTime() const override { return ko::Duration::zero(); }
 
   void follow(const PathFollower& path, double seconds) override;
   void drive(const Math::Pose2D& velocity) override;
