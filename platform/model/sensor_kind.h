@@ -63,6 +63,8 @@ struct QV_API SensorKind {
   Silence silence = Silence::never;
   /** Whether it measures again and again, rather than telling of changes. */
   bool hasRate = true;
+  /** Whether one sensor stands for all that a description lists of the kind. */
+  bool standsForAll = false;
   std::vector<PropertyRule> properties = {};
   KeyRule keys = {};
   /** Between two measurements, where a description says nothing else. */

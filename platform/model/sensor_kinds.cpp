@@ -38,10 +38,12 @@ std::vector<SensorKind> standardRows() {
   SensorKind touch = {2, "Touch", "Touch", PointMeaning::touch};
   touch.silence = Silence::always;
   touch.hasRate = false;
+  touch.standsForAll = true;
   touch.properties = {{"horizontalAngularRange", Quantity::radians, false, 0.0, kFullTurn}};
 
   SensorKind depthCamera = {4, "DepthCamera", "Asus", PointMeaning::sighting};
   depthCamera.leavesOutMisses = true;
+  depthCamera.standsForAll = true;
   depthCamera.properties =
       rangeProperties({{"verticalAngularRange", Quantity::radians, true, 0.0, kFullTurn},
                        {"modelCode", Quantity::number},

@@ -5,20 +5,14 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
-#include "platform/model/internal/number_text.h"
-#include "robot/services/sensor_types.h"
+#include "platform/model/sensor_properties.h"
+#include "robot/services/internal/sonar_config.h"
 
 namespace QV::robot {
 namespace {
 
 float maxRangeOf(const Model::SensorConfig& config) {
-  const auto found = config.properties.find("maximumDetectionDistance");
-  if (found == config.properties.end()) return 0.0f;
-  return static_cast<float>(Model::atofC(found->second));
-}
-
-bool isSonar(const Model::SensorConfig& config) {
-  return config.type == kSonarType && config.memoryKeys.size() == 1;
+  return Model::SensorProperties(config).getNumber("maximumDetectionDistance");
 }
 
 }  // namespace

@@ -51,8 +51,13 @@ std::vector<boost::shared_ptr<T>> sensorsOfType(const SensorManager& manager) {
 
 NavigationModule::NavigationModule() : QVModule("QVNavigation") {}
 
-NavigationModule::NavigationModule(const boost::shared_ptr<QVBroker>& broker) : NavigationModule() {
-  xHost(boost::make_shared<RealSensorManager>(broker));
+NavigationModule::NavigationModule(const boost::shared_ptr<QVBroker>& broker)
+    : NavigationModule(broker, SensorFactory::standard()) {}
+
+NavigationModule::NavigationModule(const boost::shared_ptr<QVBroker>& broker,
+                                   const SensorFactory& factory)
+    : NavigationModule() {
+  xHost(boost::make_shared<RealSensorManager>(broker, factory));
 }
 
 NavigationModule::NavigationModule(boost::shared_ptr<SensorManager> manager) : NavigationModule() {

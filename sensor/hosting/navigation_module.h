@@ -14,6 +14,7 @@
 namespace QV::sensor {
 
 class PeoplePerceptionSensor;
+class SensorFactory;
 class TouchSensor;
 
 /**
@@ -54,6 +55,8 @@ class QV_API NavigationModule : public QVModule {
    * broker alive, and the broker the module: see ScopedModule.
    */
   explicit NavigationModule(const boost::shared_ptr<QVBroker>& broker);
+  /** The same with the sensors that this factory knows. */
+  NavigationModule(const boost::shared_ptr<QVBroker>& broker, const SensorFactory& factory);
   /** With a manager of any kind, which has all its sensors already; no manager: QVError. */
   explicit NavigationModule(boost::shared_ptr<SensorManager> manager);
   /** Unsubscribes everybody first: no hardware is left running. */

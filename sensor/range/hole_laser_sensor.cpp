@@ -4,7 +4,7 @@
 #include <optional>
 
 #include "platform/ko/log.h"
-#include "sensor/utils/internal/truncated.h"
+#include "platform/math/internal/truncated.h"
 
 namespace QV::sensor {
 namespace {
@@ -23,7 +23,7 @@ std::optional<float> readStatus(const QVMemoryProxy& memory, const std::string& 
 
 // An error that is no number is an error.
 bool isError(float status) {
-  return std::isnan(status) || truncated(status) != 0;
+  return std::isnan(status) || Math::truncated(status) != 0;
 }
 
 void pullIn(std::vector<Math::MetricalData>& records) {
@@ -59,7 +59,7 @@ std::vector<Math::MetricalData> HoleLaserSensor::xGetData() const {
     ko::log::error(kHoleLaserCategory, "xGetData") << "Invalid hole data for " << name;
     return {};
   }
-  const int status = isError(*error) ? 0 : truncated(*hole);
+  const int status = isError(*error) ? 0 : Math::truncated(*hole);
   if (status == 1 || status == 4) {
     pullIn(records);
   } else if (status != 2) {

@@ -4,7 +4,7 @@
 
 #include "platform/ko/log.h"
 #include "platform/ko/os.h"
-#include "sensor/utils/internal/truncated.h"
+#include "platform/math/internal/truncated.h"
 
 namespace QV::sensor {
 namespace {
@@ -42,7 +42,7 @@ std::vector<Math::MetricalData> LaserSensor::xGetData() const {
   record.sensorName = name;
   record.familyName = familyName;
   try {
-    *lastTimestamp = truncated(memoryProxy->getData(timestampKey).toFloat());
+    *lastTimestamp = Math::truncated(memoryProxy->getData(timestampKey).toFloat());
   } catch (const std::exception& exception) {
     ko::log::error(kLaserCategory, "xGetData")
         << "unable to retrieve data: " << timestampKey << "\n"
@@ -102,7 +102,8 @@ bool LaserSensor::xSetKey(bool activate) {
 }
 
 std::uint8_t LaserSensor::xReadOperationMode() const {
-  return static_cast<std::uint8_t>(truncated(memoryProxy->getData(operationModeKey).toFloat()));
+  return static_cast<std::uint8_t>(
+      Math::truncated(memoryProxy->getData(operationModeKey).toFloat()));
 }
 
 void LaserSensor::xSendOperationMode(std::uint8_t mode) {
