@@ -24,7 +24,7 @@ std::vector<PropertyRule> laserProperties(std::vector<PropertyRule> others = {})
   std::vector<PropertyRule> rules =
       rangeProperties({{"regIndex", Quantity::number, true, 0.0, 255.0},
                        {"setOperationMode", Quantity::actuator, true},
-                       {"getOperationMode", Quantity::memoryKey, true},
+                       {"getOperationMode", Quantity::memoryKey, true, 0.0, 0.0, true},
                        {"timestamp", Quantity::memoryKey, true}});
   rules.insert(rules.end(), others.begin(), others.end());
   return rules;

@@ -1,5 +1,6 @@
 #include "robot/services/memory_service.h"
 
+#include "platform/middleware/contracts/memory_contract.h"
 #include "platform/middleware/qv_error.h"
 
 namespace QV::robot {
@@ -7,7 +8,7 @@ namespace QV::robot {
 typedef EventBoard::Kind Kind;
 
 MemoryService::MemoryService(const boost::shared_ptr<QVBroker>& broker)
-    : QVModule("QVMemory"), board(broker) {
+    : QVModule(MemoryContract::kModule), board(broker) {
   xBindMemory();
   xBindEvents();
 }
@@ -15,32 +16,32 @@ MemoryService::MemoryService(const boost::shared_ptr<QVBroker>& broker)
 MemoryService::~MemoryService() = default;
 
 void MemoryService::xBindMemory() {
-  bindMethod("getData", &MemoryStore::getData, &store);
-  bindMethod("insertData", &MemoryStore::insertData, &store);
-  bindMethod("getDataPtr", [this](const std::string& key) {
+  using namespace MemoryContract;
+  bindMethod(kGetData, &MemoryStore::getData, &store);
+  bindMethod(kInsertData, &MemoryStore::insertData, &store);
+  bindMethod(kGetDataPtr, [this](const std::string& key) {
     return reinterpret_cast<std::intptr_t>(store.getDataPtr(key));
   });
 }
 
 void MemoryService::xBindEvents() {
-  bindMethod("declareEvent", &MemoryStore::declare, &store);
-  bindMethod("raiseEvent", &MemoryService::raiseEvent, this);
-  bindMethod("subscribeToEvent", [this](const std::string& event, const std::string& module,
-                                        const std::string& method) {
+  using namespace MemoryContract;
+  bindMethod(kDeclareEvent, &MemoryStore::declare, &store);
+  bindMethod(kRaiseEvent, &MemoryService::raiseEvent, this);
+  bindMethod(kSubscribeToEvent, [this](const std::string& event, const std::string& module,
+                                       const std::string& method) {
     xSubscribe(event, {Kind::event, module, method, module});
   });
-  bindMethod("subscribeToMicroEvent",
-             [this](const std::string& event, const std::string& module, const std::string& message,
-                    const std::string& method) {
-               xSubscribe(event, {Kind::microEvent, module, method, message});
-             });
-  bindMethod("unsubscribeToEvent", [this](const std::string& event, const std::string& module) {
+  bindMethod(kSubscribeToMicroEvent, [this](const std::string& event, const std::string& module,
+                                            const std::string& message, const std::string& method) {
+    xSubscribe(event, {Kind::microEvent, module, method, message});
+  });
+  bindMethod(kUnsubscribeToEvent, [this](const std::string& event, const std::string& module) {
     xUnsubscribe(event, Kind::event, module);
   });
-  bindMethod("unsubscribeToMicroEvent",
-             [this](const std::string& event, const std::string& module) {
-               xUnsubscribe(event, Kind::microEvent, module);
-             });
+  bindMethod(kUnsubscribeToMicroEvent, [this](const std::string& event, const std::string& module) {
+    xUnsubscribe(event, Kind::microEvent, module);
+  });
 }
 
 void MemoryService::raiseEvent(const std::string& event, const QVValue& value) {
@@ -56,9 +57,10 @@ void MemoryService::xSubscribe(const std::string& event, const EventBoard::Subsc
 }
 
 void MemoryService::xUnsubscribe(const std::string& event, Kind kind, const std::string& module) {
+  using namespace MemoryContract;
   if (board.unsubscribe(event, kind, module)) return;
   const bool micro = kind == Kind::microEvent;
-  throw QVError("QVMemory", micro ? "unsubscribeToMicroEvent" : "unsubscribeToEvent",
+  throw QVError(kModule, micro ? kUnsubscribeToMicroEvent : kUnsubscribeToEvent,
                 "module \"" + module + "\" has no subscription to \"" + event + "\"");
 }
 

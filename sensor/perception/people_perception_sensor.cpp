@@ -6,6 +6,8 @@
 
 #include "platform/ko/event_loop.h"
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/motion_contract.h"
+#include "platform/middleware/contracts/navigation_contract.h"
 #include "sensor/core/internal/sensor_scope.h"
 #include "sensor/perception/internal/people_event.h"
 
@@ -15,7 +17,6 @@ namespace {
 typedef boost::lock_guard<boost::mutex> Lock;
 
 constexpr char kPeopleCategory[] = "QVNavigation.PeoplePerceptionSensor";
-constexpr char kNavigationModule[] = "QVNavigation";
 constexpr char kOnUpdate[] = "onUpdatePeopleList";
 
 Math::Position3D positionOf(const PeopleEvent::Person& person) {
@@ -49,7 +50,8 @@ std::vector<Math::MetricalData> PeoplePerceptionSensor::xGetData() const {
 
 bool PeoplePerceptionSensor::xSubscribeToHardware() {
   try {
-    memoryProxy->subscribeToMicroEvent(fEventName, kNavigationModule, "", "_onPeopleDetected");
+    memoryProxy->subscribeToMicroEvent(fEventName, NavigationContract::kModule, "",
+                                       NavigationContract::kOnPeopleDetected);
     return true;
   } catch (const std::exception& exception) {
     ko::log::error(kPeopleCategory, "xSubscribeToHardware")
@@ -60,7 +62,7 @@ bool PeoplePerceptionSensor::xSubscribeToHardware() {
 
 bool PeoplePerceptionSensor::xUnsubscribeFromHardware() {
   try {
-    memoryProxy->unsubscribeToMicroEvent(fEventName, kNavigationModule);
+    memoryProxy->unsubscribeToMicroEvent(fEventName, NavigationContract::kModule);
     return true;
   } catch (const std::exception& exception) {
     ko::log::error(kPeopleCategory, "xUnsubscribeFromHardware")
@@ -98,7 +100,7 @@ void PeoplePerceptionSensor::onUpdatePeopleList(const std::string&, QVValue valu
 Math::Transform PeoplePerceptionSensor::xCameraTransform(int camera,
                                                          ko::Clock::time_point time) const {
   return Math::Transform(motionProxy.getGenericProxy().call<std::vector<float>>(
-      "_getSensorTransformAtTime", videoDevice.getCameraName(camera), time));
+      MotionContract::kGetSensorTransformAtTime, videoDevice.getCameraName(camera), time));
 }
 
 void PeoplePerceptionSensor::xStore(Math::MetricalData record) {

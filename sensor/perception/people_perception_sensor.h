@@ -10,6 +10,7 @@
 
 #include "platform/api.h"
 #include "platform/ko/future.h"
+#include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/middleware/qv_video_device_proxy.h"
 #include "sensor/real/real_sensor.h"
 
@@ -23,7 +24,7 @@ namespace QV::sensor {
  */
 class QV_API PeoplePerceptionSensor : public RealSensor {
  public:
-  static constexpr char fEventName[] = "PeoplePerception/PeopleDetected";
+  static constexpr auto& fEventName = NavigationContract::kPeopleDetectedEvent;
 
   /** A module that is missing: QVError. */
   PeoplePerceptionSensor(const std::string& name, const std::string& familyName,

@@ -5,6 +5,7 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/motion_contract.h"
 #include "platform/vision/video_codes.h"
 #include "sensor/core/internal/sensor_scope.h"
 
@@ -122,7 +123,7 @@ void Sensor3D::xUpdateScan() {
 
 Math::Transform Sensor3D::xGetTransformAtTime(ko::Clock::time_point time) const {
   return Math::Transform(motionProxy.getGenericProxy().call<std::vector<float>>(
-      "_getSensorTransformAtTime", name, time));
+      MotionContract::kGetSensorTransformAtTime, name, time));
 }
 
 void Sensor3D::xTryReleaseImage() {

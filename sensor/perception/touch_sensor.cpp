@@ -3,6 +3,8 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/motion_contract.h"
+#include "platform/middleware/contracts/navigation_contract.h"
 #include "sensor/core/internal/sensor_scope.h"
 
 namespace QV::sensor {
@@ -11,8 +13,6 @@ namespace {
 typedef boost::lock_guard<boost::mutex> Lock;
 
 constexpr char kTouchCategory[] = "Navigation.TouchSensor";
-// Frame 1 of the motion service: the robot's ground frame.
-constexpr int kTouchFrame = 1;
 // Metres along the x axis of the group's frame: inside the body, where the contact presses.
 constexpr float kPointDepth = -0.05f;
 
@@ -21,12 +21,14 @@ constexpr float kPointDepth = -0.05f;
 TouchSensor::TouchSensor(const std::string& name, const std::string& familyName,
                          boost::shared_ptr<QVBroker> broker,
                          const Math::SensorFieldOfView2D& fieldOfView)
-    : RealSensor(name, familyName, fieldOfView, {}, broker), eventName("TouchChanged") {
+    : RealSensor(name, familyName, fieldOfView, {}, broker),
+      eventName(NavigationContract::kTouchChangedEvent) {
   try {
-    memoryProxy->subscribeToEvent(eventName, "QVNavigation", "_onTouchChanged");
+    memoryProxy->subscribeToEvent(eventName, NavigationContract::kModule,
+                                  NavigationContract::kOnTouchChanged);
   } catch (const std::exception& exception) {
     ko::log::error(kTouchCategory, "TouchSensor")
-        << "Error while subscribing to TouchChanged: " << exception.what();
+        << "Error while subscribing to " << eventName << ": " << exception.what();
     throw;
   }
   enabledTouchTypes = {Touch::BUMPER, Touch::TACTILE, Touch::JOINT};
@@ -87,7 +89,8 @@ std::vector<Math::MetricalData> TouchSensor::xGetData() const {
     Math::MetricalData record = xGetMetricalDataMeta();
     record.sensorName = group;
     try {
-      record.sensorTransform = Math::Transform(motionProxy.getTransform(group, kTouchFrame, true));
+      record.sensorTransform =
+          Math::Transform(motionProxy.getTransform(group, MotionContract::kGroundFrame, true));
     } catch (...) {
       continue;
     }

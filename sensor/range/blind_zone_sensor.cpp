@@ -4,6 +4,8 @@
 #include <stdexcept>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/motion_contract.h"
+#include "platform/middleware/contracts/navigation_contract.h"
 
 namespace QV::sensor {
 namespace {
@@ -12,8 +14,6 @@ constexpr char kBlindZoneCategory[] = "Navigation.BlindZoneSensor";
 constexpr float kDetectedAbove = 0.9f;
 constexpr float kStillSpeed = 0.01f;
 constexpr float kStillTurn = 0.1f;
-// Frame 1 of the motion service: the robot's ground frame.
-constexpr int kBlindZoneFrame = 1;
 
 }  // namespace
 
@@ -23,7 +23,7 @@ BlindZoneSensor::BlindZoneSensor(const std::string& name, const std::string& fam
                                  const Math::SensorFieldOfView2D& fieldOfView)
     : RealSensor(name, familyName, fieldOfView, memoryKeys, broker),
       lastDetection(true),
-      eventName("Navigation/MotionDetected") {
+      eventName(NavigationContract::kMotionDetectedEvent) {
   if (memoryKeys.size() >= 2) {
     throw std::runtime_error(name + " cannot be instantiated with more than one key");
   }
@@ -43,7 +43,8 @@ std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
   Math::MetricalData& record = result.front();
   try {
     if (xIsRobotMoving()) return {};
-    record.sensorTransform = Math::Transform(motionProxy.getTransform(name, kBlindZoneFrame, true));
+    record.sensorTransform =
+        Math::Transform(motionProxy.getTransform(name, MotionContract::kGroundFrame, true));
   } catch (const std::exception& exception) {
     ko::log::error(kBlindZoneCategory, "xGetData")
         << "Unable to retrieve transform: " << exception.what();

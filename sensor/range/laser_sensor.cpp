@@ -5,6 +5,7 @@
 #include "platform/ko/log.h"
 #include "platform/ko/os.h"
 #include "platform/math/internal/truncated.h"
+#include "platform/middleware/contracts/device_manager_contract.h"
 
 namespace QV::sensor {
 namespace {
@@ -108,7 +109,8 @@ std::uint8_t LaserSensor::xReadOperationMode() const {
 
 void LaserSensor::xSendOperationMode(std::uint8_t mode) {
   const QVValue timed = QVValue::array(static_cast<float>(mode), dcm.getTime(0));
-  dcm.set(QVValue::array(operationModeSetKey, "ClearAll", QVValue::array(timed)));
+  dcm.set(
+      QVValue::array(operationModeSetKey, DeviceManagerContract::kClearAll, QVValue::array(timed)));
 }
 
 // A match at the very last poll comes too late.

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/sonar_contract.h"
 
 namespace QV::sensor {
 namespace {
@@ -70,17 +71,17 @@ std::vector<Math::Position3D> SonarSensor::xArc(float range) const {
 }
 
 bool SonarSensor::xSubscribeToHardware() {
-  return xCallModule("subscribe", "xSubscribeToHardware");
+  return xCallModule(SonarContract::kSubscribe, "xSubscribeToHardware");
 }
 
 bool SonarSensor::xUnsubscribeFromHardware() {
-  return xCallModule("unsubscribe", "xUnsubscribeFromHardware");
+  return xCallModule(SonarContract::kUnsubscribe, "xUnsubscribeFromHardware");
 }
 
 bool SonarSensor::xCallModule(const char* method, const char* caller) {
   if (!subscribeToModule) return true;
   try {
-    broker->getProxy("QVSonar", 0)->callVoid(method, name);
+    broker->getProxy(SonarContract::kModule, 0)->callVoid(method, name);
     return true;
   } catch (const std::exception& exception) {
     ko::log::warning(kSonarCategory, caller) << "Unable to reach QVSonar module: \n"

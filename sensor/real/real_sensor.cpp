@@ -6,14 +6,13 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/motion_contract.h"
 
 namespace QV::sensor {
 namespace {
 
 constexpr char kRealSensorCategory[] = "Navigation.RealSensor";
 constexpr char kGuard[] = "xCorrectMetricalDataWithTimestamp";
-// Frame 1 of the motion service: the robot's ground frame.
-constexpr int kRobotFrame = 1;
 // A finer wall than that is a slip; to fill the memory would leave the other records unguarded.
 constexpr float kMostArcPoints = 100'000.0f;
 
@@ -70,7 +69,7 @@ Math::MetricalData RealSensor::xGetMetricalDataMeta() const {
 
 Math::Transform RealSensor::xGetTransformAtTime(ko::Clock::time_point time) const {
   return Math::Transform(motionProxy.getGenericProxy().call<std::vector<float>>(
-      "_getSensorTransformAtTime", name, time));
+      MotionContract::kGetSensorTransformAtTime, name, time));
 }
 
 void RealSensor::xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalData>& data,
@@ -87,8 +86,8 @@ void RealSensor::xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalDat
         << boost::chrono::duration_cast<boost::chrono::milliseconds>(age) << " old.";
     record.points.clear();
     try {
-      record.sensorTransform =
-          Math::Transform(motion.getTransform(record.sensorName, kRobotFrame, true));
+      record.sensorTransform = Math::Transform(
+          motion.getTransform(record.sensorName, MotionContract::kGroundFrame, true));
     } catch (const std::exception& exception) {
       ko::log::warning(kRealSensorCategory, kGuard) << exception.what();
       continue;

@@ -6,6 +6,9 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/device_manager_contract.h"
+#include "platform/middleware/contracts/navigation_contract.h"
+#include "platform/middleware/contracts/robot_model_contract.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_proxy.h"
 #include "platform/model/model_utils.h"
@@ -25,8 +28,10 @@ RealSensorManager::RealSensorManager(boost::shared_ptr<QVBroker> broker)
 
 RealSensorManager::RealSensorManager(boost::shared_ptr<QVBroker> robot, SensorFactory makes)
     : broker(std::move(robot)), factory(std::move(makes)) {
-  if (!broker) throw QVError("QVNavigation", "RealSensorManager", "a broker expected, none given");
-  dcmPresent = broker->isModulePresent("DCM");
+  if (!broker)
+    throw QVError(NavigationContract::kModule, "RealSensorManager",
+                  "a broker expected, none given");
+  dcmPresent = broker->isModulePresent(DeviceManagerContract::kModule);
   xInit();
 }
 
@@ -37,7 +42,7 @@ RealSensorManager::~RealSensorManager() {
 void RealSensorManager::xInit() {
   if (!dcmPresent && !sensorsDebug) return;
   xInitSensors();
-  dcmPresent = broker->isModulePresent("DCM");
+  dcmPresent = broker->isModulePresent(DeviceManagerContract::kModule);
   updateTask.setName("MetricalSensors");
   updateTask.setCallback([this] { xUpdateData(); });
   updateTask.setUsPeriod(std::int64_t{updatePeriodMs} * 1000);
@@ -46,8 +51,9 @@ void RealSensorManager::xInit() {
 void RealSensorManager::xInitSensors() {
   Model::Robot robot;
   try {
-    robot = Model::ModelUtils::robotFromXml(
-        broker->getProxy("QVRobotModel", 0)->call<std::string>("getConfig"), factory.getKinds());
+    robot = Model::ModelUtils::robotFromXml(broker->getProxy(RobotModelContract::kModule, 0)
+                                                ->call<std::string>(RobotModelContract::kGetConfig),
+                                            factory.getKinds());
   } catch (const std::exception& exception) {
     ko::log::error(kRealManagerCategory, "xInitSensors")
         << "QVRobotModel is not found. " << exception.what();

@@ -3,6 +3,7 @@
 #include <algorithm>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/memory_contract.h"
 #include "platform/middleware/qv_error.h"
 
 namespace QV::robot {
@@ -37,7 +38,7 @@ class EventBoard::Receiver {
   void xLogOnce(const std::string& failure) {
     if (failure == lastFailure) return;
     lastFailure = failure;
-    ko::log::error("QVMemory", "raiseEvent")
+    ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
         << "Event " << event << " to " << subscriber.module << ": " << failure;
   }
 
