@@ -5,6 +5,8 @@
 #include <string>
 #include <vector>
 
+#include <boost/shared_ptr.hpp>
+
 #include "platform/math/metrical_data.h"
 #include "platform/math/pose2d.h"
 #include "platform/model/sensor_kind.h"
