@@ -9,6 +9,7 @@
 #include "apps/output/quiet_log.h"
 #include "outlets/files/internal/table.h"
 #include "outlets/files/record_output.h"
+#include "outlets/internal/json_values.h"
 #include "session/sensor_check.h"
 #include "session/usage_error.h"
 

@@ -9,11 +9,13 @@
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
 #include "outlets/files/record_file.h"
+#include "outlets/outlet_list.h"
 #include "outlets/picture/run_picture.h"
 #include "sensor/core/scoped_subscription.h"
 #include "session/drive.h"
 #include "session/internal/number_text.h"
 #include "session/internal/pose_watch.h"
+#include "session/internal/sensor_look.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
@@ -40,9 +42,24 @@ void checkAbove0(const char* option, double value, double most) {
 
 struct Run {
   std::vector<Math::Pose2D> poses;
-  std::vector<Math::MetricalData> lastRecords;
   RunSummary summary;
 };
+
+void openOutlets(const DriveOptions& options, outlets::OutletList& list) {
+  if (!options.output.empty()) list.add(std::make_shared<outlets::RecordFile>(options.output));
+  if (!options.picture.empty()) list.add(std::make_shared<outlets::RunPicture>(options.picture));
+}
+
+session::Snapshot snapshotOf(session::Session& robot, session::SensorLook& look) {
+  session::Snapshot snapshot;
+  snapshot.title = robot.getTitle();
+  snapshot.time = ko::Clock::now();
+  snapshot.pose = robot.getPose();
+  snapshot.sensors = look.look();
+  snapshot.frame = robot.getFrame();
+  snapshot.map = robot.getSharedMap();
+  return snapshot;
+}
 
 // To the path's end, and for so long there that the last records are of that place.
 long countCycles(const session::PathFollower& path, const session::Session& robot, double rate) {
@@ -51,14 +68,14 @@ long countCycles(const session::PathFollower& path, const session::Session& robo
 }
 
 Run driveAlong(const session::PathFollower& path, const DriveOptions& options,
-               session::Session& robot, ko::SimulatedTime& time) {
+               session::Session& robot, ko::SimulatedTime& time, outlets::Outlet& outlet) {
   auto& manager = robot.getManager();
   const sensor::ScopedSubscription subscription(manager, "qvsensors", options.namesFor(manager));
   time.advance(robot.getSettlingTime());
-  outlets::RecordFile file(options.output, robot.getFrame());
   ProgressBar progress("Driving");
   session::PoseWatch watch(robot.getMap());
   session::Drive drive(path, robot, time);
+  session::SensorLook look(robot);
   Run run;
   const long cycles = countCycles(path, robot, options.rate);
   // One cycle in any case, so that there is something to show.
@@ -66,12 +83,11 @@ Run driveAlong(const session::PathFollower& path, const DriveOptions& options,
     drive.goOnTo(static_cast<double>(cycle) / options.rate);
     run.poses.push_back(robot.getPose());
     if (const auto warning = watch.look(run.poses.back())) progress.note(*warning);
-    run.lastRecords = manager.getMetricalData();
-    run.summary.add(run.lastRecords);
-    file.write(run.lastRecords, run.poses.back());
+    const session::Snapshot snapshot = snapshotOf(robot, look);
+    for (const auto& sensor : snapshot.sensors) run.summary.add(sensor.records);
+    outlet.show(snapshot);
     progress.show(static_cast<double>(cycle) / static_cast<double>(cycles));
   }
-  file.close();
   return run;
 }
 
@@ -98,16 +114,16 @@ void drive(const DriveOptions& options) {
   if (!options.picture.empty()) outlets::checkPicturePath(options.picture);
   ko::SimulatedTime time;
   const auto robot = options.makeRun(path.poseAt(0.0));
-  const Run run = driveAlong(path, options, *robot, time);
+  outlets::OutletList outlets;
+  openOutlets(options, outlets);
+  const Run run = driveAlong(path, options, *robot, time, outlets);
+  outlets.finish();
   warnIfAstray(path, run.poses.back());
   std::cout << (isInterrupted() ? "Interrupted after " : "Drove ") << run.poses.size()
             << " cycles at " << options.rate << " Hz of simulated time.\n";
   run.summary.print(std::cout);
   if (!options.output.empty()) std::cout << "Wrote " << options.output << '\n';
   if (options.picture.empty()) return;
-  outlets::writePicture(
-      {robot->getMap(), run.poses, run.lastRecords, robot->getTitle(), robot->getFrame()},
-      options.picture);
   std::cout << "Wrote " << options.picture << '\n';
 }
 

@@ -7,6 +7,7 @@
 #include "apps/commands/common_options.h"
 #include "outlets/files/internal/table.h"
 #include "outlets/files/record_output.h"
+#include "outlets/internal/json_values.h"
 #include "robot/world/robot_description.h"
 #include "session/internal/number_text.h"
 #include "session/listed_sensor.h"

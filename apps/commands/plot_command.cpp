@@ -4,6 +4,8 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "outlets/picture/run_picture.h"
+#include "sensor/core/scoped_subscription.h"
+#include "session/live_world.h"
 
 namespace QV::app {
 namespace {
@@ -12,9 +14,12 @@ void plot(const CommonOptions& options, const std::string& output) {
   outlets::checkPicturePath(output);
   ko::SimulatedTime time;
   const auto robot = options.makeRun();
-  const auto records = readOnce(*robot, time, options);
-  outlets::writePicture(
-      {robot->getMap(), {robot->getPose()}, records, robot->getTitle(), robot->getFrame()}, output);
+  const sensor::ScopedSubscription subscription(robot->getManager(), "qvsensors",
+                                                options.namesFor(robot->getManager()));
+  time.advance(robot->getSettlingTime());
+  outlets::RunPicture picture(output);
+  picture.show(session::LiveWorld(*robot, time).look());
+  picture.finish();
   std::cout << "Wrote " << output << '\n';
 }
 

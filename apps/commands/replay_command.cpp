@@ -46,12 +46,16 @@ void replayAll(const ReplayOptions& options, F take) {
 
 void replayToFile(const ReplayOptions& options) {
   RunSummary summary;
-  outlets::RecordFile file(options.output, session::Frame::robot);
+  outlets::RecordFile file(options.output);
   replayAll(options, [&](Records&& records, const Math::Pose2D& pose) {
-    file.write(records, pose);
     summary.add(records);
+    session::Snapshot snapshot;
+    snapshot.pose = pose;
+    snapshot.frame = session::Frame::robot;
+    snapshot.sensors.emplace_back().records = std::move(records);
+    file.show(snapshot);
   });
-  file.close();
+  file.finish();
   summary.print(std::cout);
   std::cout << "Wrote " << options.output << '\n';
 }

@@ -4,7 +4,7 @@
 #include <ostream>
 
 #include "outlets/files/internal/table.h"
-#include "outlets/files/record_output.h"
+#include "session/internal/nearest_obstacle.h"
 #include "session/internal/number_text.h"
 
 namespace QV::app {

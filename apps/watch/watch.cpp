@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <map>
 
-#include "outlets/files/record_output.h"
 #include "sensor/core/scoped_subscription.h"
+#include "session/internal/nearest_obstacle.h"
 #include "session/internal/record_owner.h"
 #include "session/internal/seconds.h"
 

@@ -39,12 +39,17 @@ INSTANTIATE_TEST_SUITE_P(
              1,
              0,
              std::hypot(1.0f, 1.0f)},
-        Case{"Echo", PointMeaning::arc, {{2.9f, -0.5f, 0.0f}, {3.0f, 0.0f, 0.0f}}, 0, 0, 1,
+        Case{"Echo",
+             PointMeaning::arc,
+             {{2.9f, -0.5f, 0.0f}, {3.0f, 0.0f, 0.0f}},
+             0,
+             0,
+             1,
              std::hypot(2.9f, 0.5f)},
         Case{"NoEcho", PointMeaning::arc, {{5.0f, 0.0f, 0.0f}}, 0, 0, 0, std::nullopt},
         Case{"ZoneWithMotion", PointMeaning::zone, {{0.5f, 0.0f, 0.0f}}, 1, 0, 0, 0.5f},
-        Case{"ZoneThatSeesNothing", PointMeaning::zone, {{4.0f, 0.0f, 0.0f}}, 0, 0, 0,
-             std::nullopt},
+        Case{
+            "ZoneThatSeesNothing", PointMeaning::zone, {{4.0f, 0.0f, 0.0f}}, 0, 0, 0, std::nullopt},
         Case{"PersonFloorAndFarWall",
              PointMeaning::sighting,
              {{2.0f, 1.0f, 1.0f}, {1.0f, 0.0f, 0.01f}, {6.0f, 0.0f, 1.0f}},
@@ -57,8 +62,8 @@ INSTANTIATE_TEST_SUITE_P(
     [](const auto& record) { return record.param.name; });
 
 TEST_P(PlaceMarksTest, countsOnlyWhatStandsThere) {
-  const Math::MetricalData record{"Sensor",  "Any", {0.1f, 4.0f, 1.0f, 1},
-                                  kMounting, GetParam().points, {}};
+  const Math::MetricalData record{"Sensor",          "Any", {0.1f, 4.0f, 1.0f, 1}, kMounting,
+                                  GetParam().points, {}};
   const Marks marks = placeMarks(record, GetParam().meaning, kRobot, Frame::robot);
   EXPECT_EQ(marks.hits.size(), GetParam().hits);
   EXPECT_EQ(marks.misses.size(), GetParam().misses);

@@ -16,10 +16,6 @@ constexpr std::uint32_t kMap = 2;
 constexpr std::uint32_t kLog = 3;
 constexpr std::uint32_t kFirstSensor = 4;
 
-void sendText(WebClient& client, std::string text) {
-  client.send({std::make_shared<const std::string>(std::move(text))});
-}
-
 void sendData(WebClient& client, std::uint32_t subscription, Delivery delivery,
               ko::Clock::time_point time, const std::string& payload) {
   client.send(
@@ -33,7 +29,7 @@ void answering(WebClient& client, const Action& action) {
   try {
     action();
   } catch (const std::invalid_argument& error) {
-    sendText(client, foxglove::errorStatus(error.what()));
+    client.send(textMessage(foxglove::errorStatus(error.what())));
   }
 }
 
@@ -55,6 +51,13 @@ const json& memberOf(const json& object, const char* name) {
   throw std::invalid_argument(std::string(name) + ": missing");
 }
 
+template <typename Action>
+void forEach(WebClient& client, const json& message, const char* name, const Action& action) {
+  for (const json& entry : arrayIn(message, name)) {
+    answering(client, [&] { action(entry); });
+  }
+}
+
 // A new one for each server: viewers then forget what they knew.
 std::string newSession() {
   return std::to_string(std::chrono::system_clock::now().time_since_epoch().count());
@@ -63,7 +66,7 @@ std::string newSession() {
 }  // namespace
 
 FoxgloveFeed::FoxgloveFeed(session::Session& robot)
-    : map(robot.getMap()),
+    : map(robot.getSharedMap()),
       channels{{kPose, "/tf", "foxglove.FrameTransform"},
                {kMap, "/map", "foxglove.Grid"},
                {kLog, "/log", "foxglove.Log"}},
@@ -78,32 +81,26 @@ FoxgloveFeed::FoxgloveFeed(session::Session& robot)
 }
 
 void FoxgloveFeed::onOpen(const std::shared_ptr<WebClient>& client) {
-  sendText(*client, foxglove::serverInfo(title, newSession()));
-  sendText(*client, foxglove::advertisement(channels));
+  client->send(textMessage(foxglove::serverInfo(title, newSession())));
+  client->send(textMessage(foxglove::advertisement(channels)));
   std::lock_guard lock(mutex);
-  clients[client];
+  viewers[client] = {"foxglove viewer " + std::to_string(++viewersSoFar)};
 }
 
 void FoxgloveFeed::onMessage(const std::shared_ptr<WebClient>& client, const std::string& text,
                              bool binary) {
   const json message = binary ? json() : json::parse(text, nullptr, false);
   const auto op = message.is_object() && message.contains("op") ? message.at("op") : json();
+  const auto subscribe = [&](const json& entry) {
+    const std::uint32_t id = numberIn(memberOf(entry, "id"));
+    xSubscribe(client, id, numberIn(memberOf(entry, "channelId")));
+  };
+  const auto unsubscribe = [&](const json& id) { xUnsubscribe(client, numberIn(id)); };
   answering(*client, [&] {
-    if (op == "subscribe") {
-      for (const json& entry : arrayIn(message, "subscriptions")) {
-        answering(*client, [&] {
-          const std::uint32_t id = numberIn(memberOf(entry, "id"));
-          xSubscribe(client, id, numberIn(memberOf(entry, "channelId")));
-        });
-      }
-    } else if (op == "unsubscribe") {
-      for (const json& id : arrayIn(message, "subscriptionIds")) {
-        answering(*client, [&] { xUnsubscribe(client, numberIn(id)); });
-      }
-    } else {
-      throw std::invalid_argument("subscribe and unsubscribe are understood, " + op.dump() +
-                                  " is not");
-    }
+    if (op == "subscribe") return forEach(*client, message, "subscriptions", subscribe);
+    if (op == "unsubscribe") return forEach(*client, message, "subscriptionIds", unsubscribe);
+    throw std::invalid_argument("subscribe and unsubscribe are understood, " + op.dump() +
+                                " is not");
   });
 }
 
@@ -115,7 +112,7 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
   if (channel == 0 || channel > channels.size()) refuse("channel", channel, " does not exist");
   {
     std::lock_guard lock(mutex);
-    Subscriptions& subscriptions = clients.at(client);
+    auto& subscriptions = viewers.at(client).subscriptions;
     if (subscriptions.count(subscription) > 0) refuse("subscription", subscription, " is in use");
     for (const auto& [id, taken] : subscriptions) {
       if (taken == channel) refuse("channel", channel, " is subscribed to already");
@@ -123,25 +120,25 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
     subscriptions[subscription] = channel;
   }
   // It does not change: once is enough.
-  if (channel == kMap) {
+  if (channel == kMap && map) {
     const auto now = ko::Clock::now();
-    sendData(*client, subscription, Delivery::latest, now, foxglove::grid(map, now));
+    sendData(*client, subscription, Delivery::latest, now, foxglove::grid(*map, now));
   }
 }
 
 void FoxgloveFeed::xUnsubscribe(const std::shared_ptr<WebClient>& client,
                                 std::uint32_t subscription) {
   std::lock_guard lock(mutex);
-  if (clients.at(client).erase(subscription) > 0) return;
+  if (viewers.at(client).subscriptions.erase(subscription) > 0) return;
   throw std::invalid_argument("subscription " + std::to_string(subscription) + " does not exist");
 }
 
 void FoxgloveFeed::onClose(const std::shared_ptr<WebClient>& client) {
   std::lock_guard lock(mutex);
-  clients.erase(client);
+  viewers.erase(client);
 }
 
-void FoxgloveFeed::publish(const session::Snapshot& snapshot) {
+void FoxgloveFeed::show(const session::Snapshot& snapshot) {
   std::lock_guard lock(mutex);
   if (xIsWatched(kPose)) {
     xPublish(kPose, Delivery::latest, snapshot.time, foxglove::frameTransform(snapshot));
@@ -156,7 +153,7 @@ void FoxgloveFeed::publish(const session::Snapshot& snapshot) {
   }
 }
 
-void FoxgloveFeed::publishLog(const std::vector<ko::log::Record>& lines) {
+void FoxgloveFeed::showLog(const std::vector<ko::log::Record>& lines) {
   std::lock_guard lock(mutex);
   if (!xIsWatched(kLog)) return;
   for (const auto& line : lines) {
@@ -171,18 +168,22 @@ bool FoxgloveFeed::isWatched() const {
   });
 }
 
-std::set<std::string> FoxgloveFeed::getWatchedSensors() const {
+session::Demand FoxgloveFeed::getDemand() const {
   std::lock_guard lock(mutex);
-  std::set<std::string> names;
-  for (const auto& [channel, name] : sensors) {
-    if (xIsWatched(channel)) names.insert(name);
+  session::Demand demand;
+  for (const auto& [client, viewer] : viewers) {
+    std::set<std::string>& wanted = demand[viewer.name];
+    for (const auto& [id, channel] : viewer.subscriptions) {
+      const auto sensor = sensors.find(channel);
+      if (sensor != sensors.end()) wanted.insert(sensor->second);
+    }
   }
-  return names;
+  return demand;
 }
 
 bool FoxgloveFeed::xIsWatched(std::uint32_t channel) const {
-  for (const auto& [client, subscriptions] : clients) {
-    for (const auto& [id, subscribed] : subscriptions) {
+  for (const auto& [client, viewer] : viewers) {
+    for (const auto& [id, subscribed] : viewer.subscriptions) {
       if (subscribed == channel) return true;
     }
   }
@@ -191,8 +192,8 @@ bool FoxgloveFeed::xIsWatched(std::uint32_t channel) const {
 
 void FoxgloveFeed::xPublish(std::uint32_t channel, Delivery delivery, ko::Clock::time_point time,
                             const std::string& payload) {
-  for (const auto& [client, subscriptions] : clients) {
-    for (const auto& [id, subscribed] : subscriptions) {
+  for (const auto& [client, viewer] : viewers) {
+    for (const auto& [id, subscribed] : viewer.subscriptions) {
       if (subscribed == channel) sendData(*client, id, delivery, time, payload);
     }
   }

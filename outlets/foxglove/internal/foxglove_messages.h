@@ -31,8 +31,12 @@ std::string dataFrame(std::uint32_t subscription, ko::Clock::time_point time,
 
 /** Where the robot is in the map. */
 std::string frameTransform(const session::Snapshot& snapshot);
-/** A sensor's points: those of a virtual robot in its ground frame, at most 10,000. */
-std::string pointCloud(const session::SensorState& sensor, const session::Snapshot& snapshot);
+/**
+ * What a sensor met, an echo as points along its arc, at most 10,000: of a virtual robot in its
+ * ground frame.
+ */
+QV_API std::string pointCloud(const session::SensorState& sensor,
+                              const session::Snapshot& snapshot);
 /** Occupancies of a map: 0 free to 100 solid, 255 unknown. */
 std::string grid(const OccupancyMap& map, ko::Clock::time_point time);
 std::string logLine(const ko::log::Record& line);
