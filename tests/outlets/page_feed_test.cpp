@@ -38,8 +38,8 @@ TEST_F(PageFeedTest, aSubscriptionIsThePagesOwnAndGoesWithIt) {
   sut.onOpen(second);
   for (const auto& page : {first, second}) sut.onMessage(page, kSubscribe, false);
   sut.onMessage(second, kUnsubscribe, false);
-  EXPECT_THAT(sut.getDemand(), ElementsAre(Pair("page 1", ElementsAre("LeftSonar")),
-                                           Pair("page 2", IsEmpty())));
+  EXPECT_THAT(sut.getDemand(),
+              ElementsAre(Pair("page 1", ElementsAre("LeftSonar")), Pair("page 2", IsEmpty())));
   sut.onClose(first);
   EXPECT_THAT(sut.getDemand(), ElementsAre(Pair("page 2", IsEmpty())));
   sut.onOpen(first);
