@@ -1,5 +1,6 @@
 #include "outlets/foxglove/internal/foxglove_feed.h"
 
+#include "outlets/foxglove/internal/foxglove_messages.h"
 #include "session/simulated_session.h"
 #include "tests/outlets/fake_client.h"
 #include "tests/outlets/told_cases.h"

@@ -6,7 +6,7 @@
 #include <string>
 #include <vector>
 
-#include "outlets/foxglove/internal/foxglove_messages.h"
+#include "outlets/foxglove/internal/foxglove_channels.h"
 #include "outlets/web/internal/web_outlet.h"
 #include "session/session.h"
 
@@ -51,10 +51,9 @@ class QV_API FoxgloveFeed : public WebOutlet {
 
   /** Null if there is none. */
   const boost::shared_ptr<const OccupancyMap> map;
-  std::vector<foxglove::Channel> channels;
-  /** By channel. */
-  std::map<std::uint32_t, std::string> sensors;
+  const foxglove::Channels channels;
   const std::string title;
+  const std::string sessionId;
   mutable std::mutex mutex;
   std::map<std::shared_ptr<WebClient>, Viewer> viewers;
   int viewersSoFar = 0;

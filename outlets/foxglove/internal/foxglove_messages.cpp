@@ -1,24 +1,19 @@
 #include "outlets/foxglove/internal/foxglove_messages.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <cstring>
 #include <iterator>
 #include <map>
 
-#include "outlets/foxglove/internal/foxglove_schemas.h"
+#include "outlets/foxglove/internal/little_endian.h"
 #include "outlets/internal/base64.h"
 #include "outlets/internal/json_values.h"
 
 namespace QV::outlets::foxglove {
 namespace {
 
-static_assert(std::endian::native == std::endian::little, "numbers are sent as they lie in memory");
-
 constexpr int kUnsignedByte = 1;
 constexpr int kFloat = 7;
-constexpr int kErrorLevel = 2;
 constexpr std::size_t kMostPoints = 10'000;
 constexpr int kArcPoints = 15;
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
@@ -44,13 +39,6 @@ Json field(const char* name, int offset, int type) {
   return {{"name", name}, {"offset", offset}, {"type", type}};
 }
 
-template <typename T>
-void append(std::string& bytes, const T& value) {
-  char copy[sizeof value];
-  std::memcpy(copy, &value, sizeof value);
-  bytes.append(copy, sizeof value);
-}
-
 // In the map, or where a robot's records are its own, in its ground frame as it stands now.
 std::vector<Math::Position3D> pointsOf(const session::SensorState& sensor,
                                        const session::Snapshot& snapshot) {
@@ -71,9 +59,9 @@ std::string bytesOf(const std::vector<Math::Position3D>& points) {
   const std::size_t step = (points.size() + kMostPoints - 1) / kMostPoints;
   std::string bytes;
   for (std::size_t i = 0; i < points.size(); i += step) {
-    append(bytes, points[i].x);
-    append(bytes, points[i].y);
-    append(bytes, points[i].z);
+    appendBytes(bytes, points[i].x);
+    appendBytes(bytes, points[i].y);
+    appendBytes(bytes, points[i].z);
   }
   return bytes;
 }
@@ -90,41 +78,6 @@ int levelOf(ko::log::Level level) {
 }
 
 }  // namespace
-
-std::string serverInfo(const std::string& name, const std::string& session) {
-  return toText({{"op", "serverInfo"},
-                 {"name", name},
-                 {"capabilities", Json::array()},
-                 {"supportedEncodings", Json::array()},
-                 {"metadata", Json::object()},
-                 {"sessionId", session}});
-}
-
-std::string advertisement(const std::vector<Channel>& channels) {
-  Json entries = Json::array();
-  for (const Channel& channel : channels) {
-    entries.push_back({{"id", channel.id},
-                       {"topic", channel.topic},
-                       {"encoding", "json"},
-                       {"schemaName", channel.schema},
-                       {"schemaEncoding", "jsonschema"},
-                       {"schema", schemaText(channel.schema)}});
-  }
-  return toText({{"op", "advertise"}, {"channels", std::move(entries)}});
-}
-
-std::string errorStatus(const std::string& message) {
-  return toText({{"op", "status"}, {"level", kErrorLevel}, {"message", message}});
-}
-
-std::string dataFrame(std::uint32_t subscription, ko::Clock::time_point time,
-                      const std::string& payload) {
-  constexpr char kMessageData = 1;
-  std::string frame(1, kMessageData);
-  append(frame, subscription);
-  append(frame, static_cast<std::uint64_t>(inNanoseconds(time)));
-  return frame.append(payload);
-}
 
 std::string frameTransform(const session::Snapshot& snapshot) {
   return toText({{"timestamp", toJson(snapshot.time)},
