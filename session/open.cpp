@@ -51,11 +51,12 @@ std::unique_ptr<Session> openVirtual(const std::string& robot, const OpenOptions
   const std::string path = findRobot(robot);
   auto time = timeOf(options);
   const boost::shared_ptr<const OccupancyMap> map = mapOf(options);
-  const auto description = robot::RobotDescription::fromFile(path);
+  const auto description = robot::RobotDescription::fromFile(path, options.sensors.getKinds());
   const robot::WorldOptions world = worldOf(options, startOf(options, *map));
   std::unique_ptr<SessionRobot> made;
   try {
-    made = std::make_unique<VirtualSessionRobot>(description, map, world);
+    made = std::make_unique<VirtualSessionRobot>(description, map, world, options.sensors,
+                                                 options.units);
   } catch (const std::exception& error) {
     const std::string where = options.map ? "a map" : findMap(options.mapFile);
     throw UsageError(path + " in " + where + ": " + error.what());

@@ -11,7 +11,9 @@
 #include "platform/math/pose2d.h"
 #include "platform/navigation/occupancy_map.h"
 #include "robot/world/faults/fault.h"
+#include "robot/world/units/unit_factory.h"
 #include "robot/world/world_options.h"
+#include "sensor/real/sensor_factory.h"
 #include "session/session.h"
 
 namespace QV::session {
@@ -39,6 +41,9 @@ struct QV_API OpenOptions {
   bool somebodyAhead = false;
   /** Of a virtual robot. */
   std::vector<robot::Fault> faults = {};
+  /** What makes its sensors, whose kinds its description is read by, and what measures for them. */
+  sensor::SensorFactory sensors = sensor::SensorFactory::standard();
+  robot::UnitFactory units = robot::UnitFactory::standard();
 };
 
 /**

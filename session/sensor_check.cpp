@@ -140,7 +140,7 @@ const char* getName(Verdict verdict) {
 
 std::vector<CheckedSensor> checkSensors(sensor::SensorManager& manager,
                                         const CheckOptions& options) {
-  ManagerTarget target(manager);
+  ManagerTarget target(manager, options.kinds);
   return checkAll(target, options);
 }
 

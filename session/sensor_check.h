@@ -7,6 +7,8 @@
 #include <vector>
 
 #include "platform/api.h"
+#include "platform/model/description_faults.h"
+#include "platform/model/sensor_kinds.h"
 #include "sensor/core/sensor_manager.h"
 #include "session/session.h"
 
@@ -31,6 +33,8 @@ struct QV_API CheckedSensor {
 struct QV_API CheckOptions {
   /** Names of sensors; none means all, and those of the description that could not be built. */
   std::set<std::string> sensors = {};
+  /** Of a manager's sensors, by their families; a session knows its own. */
+  Model::SensorKinds kinds = Model::SensorKinds::standard();
   /** Told, after each sensor, which share is done; false ends the check. */
   std::function<bool(double)> goesOn = {};
 };
@@ -49,13 +53,10 @@ QV_API std::vector<CheckedSensor> checkSensors(sensor::SensorManager& manager,
  */
 QV_API std::vector<CheckedSensor> checkSensors(Session& session, const CheckOptions& options = {});
 
-/** What is wrong with a description, as far as it concerns a sensor. */
-struct QV_API DescriptionRemark {
-  std::string sensor;
-  std::string text;
-};
-
-/** Memory keys that a session's sensors read and nobody has written, once it ran. */
-QV_API std::vector<DescriptionRemark> findUnwrittenKeys(Session& session);
+/**
+ * What hardly is as it was meant in the description of a session's robot, and the memory keys of it
+ * that nobody has written so far. None without a description.
+ */
+QV_API std::vector<Model::DescriptionFault> findDescriptionFaults(Session& session);
 
 }  // namespace QV::session

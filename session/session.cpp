@@ -26,8 +26,7 @@ void goTo(SessionParts& parts, ko::Clock::time_point time) {
   const ko::Duration left = time - ko::Clock::now();
   if (left <= ko::Duration::zero()) return;
   if (parts.time) return parts.time->advance(left);
-  ko::os::msleep(static_cast<int>(
-      boost::chrono::ceil<boost::chrono::milliseconds>(left).count()));
+  ko::os::msleep(static_cast<int>(boost::chrono::ceil<boost::chrono::milliseconds>(left).count()));
 }
 
 void goOnTo(SessionParts& parts, ko::Clock::time_point time) {
@@ -136,8 +135,7 @@ void Session::setGoal(const Math::Position2D& position) {
   parts->driver.setGoal(position);
 }
 
-double Session::follow(const std::vector<Math::Position2D>& path, double speed,
-                       double turnSpeed) {
+double Session::follow(const std::vector<Math::Position2D>& path, double speed, double turnSpeed) {
   const PathFollower follower(path, speed, turnSpeed);
   parts->driver.follow(follower);
   return follower.getDuration();
@@ -220,7 +218,8 @@ void Session::setSpeed(double speed) {
 
 void Session::xAdvance(ko::Clock::time_point end) {
   for (auto now = ko::Clock::now(); now < end; now = ko::Clock::now()) {
-    const ko::Duration part = std::min<ko::Duration>(end - now, kSlice - now.time_since_epoch() % kSlice);
+    const ko::Duration part =
+        std::min<ko::Duration>(end - now, kSlice - now.time_since_epoch() % kSlice);
     parts->driver.steer(part);
     goOnTo(*parts, now + part);
     note(*parts);

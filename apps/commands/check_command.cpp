@@ -9,6 +9,7 @@
 #include "apps/output/quiet_log.h"
 #include "outlets/files/internal/table.h"
 #include "outlets/files/record_output.h"
+#include "outlets/internal/json_values.h"
 #include "session/sensor_check.h"
 #include "session/usage_error.h"
 
@@ -51,9 +52,9 @@ CheckedSensors checkAll(session::Session& session, const CommonOptions& options)
   return checked;
 }
 
-using Remarks = std::vector<session::DescriptionRemark>;
+using DescriptionFaults = std::vector<Model::DescriptionFault>;
 
-void printTable(const CheckedSensors& sensors, const Remarks& remarks, long failed) {
+void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, long failed) {
   outlets::Table table({"sensor", "family", "result", ">records", ">points", "why"});
   for (const auto& sensor : sensors) {
     table.add({sensor.name, sensor.family, getName(sensor.verdict), std::to_string(sensor.records),
@@ -63,13 +64,12 @@ void printTable(const CheckedSensors& sensors, const Remarks& remarks, long fail
   std::cout << (static_cast<long>(sensors.size()) - failed) << " of " << sensors.size()
             << " sensors work" << (isInterrupted() ? "; interrupted before the others" : "")
             << ".\n";
-  for (const auto& remark : remarks) {
-    std::cout << "The description of " << ko::log::onOneLine(remark.sensor + ": " + remark.text)
-              << ".\n";
+  for (const auto& fault : faults) {
+    std::cout << "In the description: " << ko::log::onOneLine(fault.toText()) << '\n';
   }
 }
 
-void printJson(const CheckedSensors& sensors, const Remarks& remarks) {
+void printJson(const CheckedSensors& sensors, const DescriptionFaults& faults) {
   for (const auto& sensor : sensors) {
     nlohmann::ordered_json line{{"sensorName", sensor.name},
                                 {"familyName", sensor.family},
@@ -78,8 +78,8 @@ void printJson(const CheckedSensors& sensors, const Remarks& remarks) {
                                 {"records", sensor.records},
                                 {"points", sensor.points},
                                 {"why", sensor.why}};
-    for (const auto& remark : remarks) {
-      if (remark.sensor == sensor.name) line["description"].push_back(remark.text);
+    for (const auto& fault : faults) {
+      if (fault.sensor == sensor.name) line["description"].push_back(fault.toText());
     }
     std::cout << line << '\n';
   }
@@ -94,11 +94,11 @@ int check(const CommonOptions& options) {
   const auto failed = std::count_if(sensors.begin(), sensors.end(), [](const auto& sensor) {
     return sensor.verdict != session::Verdict::works;
   });
-  const Remarks remarks = session::findUnwrittenKeys(*session);
+  const DescriptionFaults faults = session::findDescriptionFaults(*session);
   if (format == outlets::Format::json) {
-    printJson(sensors, remarks);
+    printJson(sensors, faults);
   } else {
-    printTable(sensors, remarks, failed);
+    printTable(sensors, faults, failed);
   }
   return failed > 0 ? 1 : 0;
 }

@@ -9,6 +9,7 @@
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
 #include "outlets/files/record_file.h"
+#include "outlets/outlet_list.h"
 #include "outlets/picture/run_picture.h"
 #include "session/internal/number_text.h"
 #include "session/internal/path_follower.h"
@@ -39,10 +40,15 @@ void checkAbove0(const char* option, double value, double most) {
 }
 
 struct Run {
-  std::vector<Math::Pose2D> poses;
-  session::Snapshot last;
+  long cycles = 0;
+  Math::Pose2D end;
   RunSummary summary;
 };
+
+void openOutlets(const DriveOptions& options, outlets::OutletList& list) {
+  if (!options.output.empty()) list.add(std::make_shared<outlets::RecordFile>(options.output));
+  if (!options.picture.empty()) list.add(std::make_shared<outlets::RunPicture>(options.picture));
+}
 
 // To the path's end, and for so long there that the last records are of that place.
 long countCycles(double pathSeconds, const session::Session& session, double rate) {
@@ -54,10 +60,9 @@ ko::Clock::time_point timeOfCycle(ko::Clock::time_point start, long cycle, doubl
   return start + ko::Duration(std::llround(1e9 * static_cast<double>(cycle) / rate));
 }
 
-Run driveAlong(const DriveOptions& options, session::Session& session) {
+Run driveAlong(const DriveOptions& options, session::Session& session, outlets::Outlet& outlet) {
   session.subscribe("qvsensors", options.namesFor(session.getManager()));
   session.run(session.getSettlingTime());
-  outlets::RecordFile file(options.output, session.getFrame());
   ProgressBar progress("Driving");
   session::PoseWatch watch(*session.getMap());
   Run run;
@@ -65,16 +70,15 @@ Run driveAlong(const DriveOptions& options, session::Session& session) {
   const double seconds = session.follow(parsePath(options.path), options.speed, options.turnSpeed);
   const long cycles = countCycles(seconds, session, options.rate);
   // One cycle in any case, so that there is something to show.
-  for (long cycle = 0; cycle <= cycles && (cycle == 0 || !isInterrupted()); ++cycle) {
-    session.run(timeOfCycle(start, cycle, options.rate) - ko::Clock::now());
-    run.last = session.look();
-    run.poses.push_back(run.last.pose);
-    if (const auto warning = watch.look(run.last.pose)) progress.note(*warning);
-    run.summary.add(run.last);
-    file.write(session::recordsOf(run.last), run.last.pose);
-    progress.show(static_cast<double>(cycle) / static_cast<double>(cycles));
+  for (; run.cycles <= cycles && (run.cycles == 0 || !isInterrupted()); ++run.cycles) {
+    session.run(timeOfCycle(start, run.cycles, options.rate) - ko::Clock::now());
+    const session::Snapshot snapshot = session.look();
+    run.end = snapshot.pose;
+    if (const auto warning = watch.look(snapshot.pose)) progress.note(*warning);
+    run.summary.add(snapshot);
+    outlet.show(snapshot);
+    progress.show(static_cast<double>(run.cycles) / static_cast<double>(cycles));
   }
-  file.close();
   return run;
 }
 
@@ -100,17 +104,17 @@ void drive(const DriveOptions& options) {
   const session::PathFollower path = checkedPath(options);
   if (!options.picture.empty()) outlets::checkPicturePath(options.picture);
   const auto session = options.openSession(path.poseAt(0.0));
-  const Run run = driveAlong(options, *session);
-  warnIfAstray(path, run.poses.back());
-  std::cout << (isInterrupted() ? "Interrupted after " : "Drove ") << run.poses.size()
-            << " cycles at " << options.rate << " Hz of simulated time.\n";
+  outlets::OutletList outlets;
+  openOutlets(options, outlets);
+  const Run run = driveAlong(options, *session, outlets);
+  outlets.finish();
+  warnIfAstray(path, run.end);
+  std::cout << (isInterrupted() ? "Interrupted after " : "Drove ") << run.cycles << " cycles at "
+            << options.rate << " Hz of simulated time.\n";
   run.summary.print(std::cout);
-  if (!options.output.empty()) std::cout << "Wrote " << options.output << '\n';
-  if (options.picture.empty()) return;
-  outlets::writePicture(
-      {*run.last.map, run.poses, session::recordsOf(run.last), run.last.title, run.last.frame},
-      options.picture);
-  std::cout << "Wrote " << options.picture << '\n';
+  for (const std::string& file : {options.output, options.picture}) {
+    if (!file.empty()) std::cout << "Wrote " << file << '\n';
+  }
 }
 
 }  // namespace

@@ -8,6 +8,7 @@
 #include "apps/output/quiet_log.h"
 #include "outlets/files/internal/table.h"
 #include "outlets/files/record_output.h"
+#include "outlets/internal/json_values.h"
 #include "robot/world/robot_description.h"
 #include "session/internal/listed_sensor.h"
 #include "session/internal/number_text.h"

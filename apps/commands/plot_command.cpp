@@ -11,13 +11,9 @@ namespace {
 void plot(const CommonOptions& options, const std::string& output) {
   outlets::checkPicturePath(output);
   const auto session = options.openSession();
-  const session::Snapshot snapshot = readOnce(*session, options);
-  outlets::writePicture({*snapshot.map,
-                         {snapshot.pose},
-                         session::recordsOf(snapshot),
-                         snapshot.title,
-                         snapshot.frame},
-                        output);
+  outlets::RunPicture picture(output);
+  picture.show(readOnce(*session, options));
+  picture.finish();
   std::cout << "Wrote " << output << '\n';
 }
 

@@ -44,12 +44,12 @@ void replayAll(const ReplayOptions& options, F take) {
 
 void replayToFile(const ReplayOptions& options) {
   RunSummary summary;
-  outlets::RecordFile file(options.output, session::Frame::robot);
+  outlets::RecordFile file(options.output);
   replayAll(options, [&](const session::Snapshot& snapshot) {
-    file.write(session::recordsOf(snapshot), snapshot.pose);
+    file.show(snapshot);
     summary.add(snapshot);
   });
-  file.close();
+  file.finish();
   summary.print(std::cout);
   std::cout << "Wrote " << options.output << '\n';
 }

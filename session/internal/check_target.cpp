@@ -1,7 +1,6 @@
 #include "session/internal/check_target.h"
 
 #include "platform/ko/os.h"
-#include "platform/model/sensor_kinds.h"
 #include "session/internal/description_gaps.h"
 #include "session/internal/sensor_meaning.h"
 #include "session/internal/session_parts.h"
@@ -19,7 +18,6 @@ std::string textSince(const sensor::LastTrouble& trouble, const std::string& sen
 
 SensorNature ManagerTarget::getNature(const std::string& name) {
   const auto sensor = manager.getSensorPtr(name);
-  const auto& kinds = Model::SensorKinds::standard();
   const auto* kind = isSimulated(*sensor) ? nullptr : kinds.findFamily(sensor->getFamilyName());
   return {meaningOf(*sensor, kind), kind};
 }

@@ -36,7 +36,8 @@ class CheckTarget {
 /** A manager, and nothing known of its robot. */
 class ManagerTarget : public CheckTarget {
  public:
-  explicit ManagerTarget(sensor::SensorManager& manager) : manager(manager) {}
+  ManagerTarget(sensor::SensorManager& manager, const Model::SensorKinds& kinds)
+      : manager(manager), kinds(kinds) {}
 
   sensor::SensorManager& getManager() override { return manager; }
   SensorNature getNature(const std::string& sensor) override;
@@ -45,6 +46,7 @@ class ManagerTarget : public CheckTarget {
 
  private:
   sensor::SensorManager& manager;
+  const Model::SensorKinds& kinds;
   sensor::LastTrouble trouble;
 };
 

@@ -22,6 +22,7 @@ void DemandKeeper::set(const Demand& wanted) {
     for (const std::string& sensor : sensors) {
       if (wants(wanted, subscriber, sensor)) continue;
       sensor::unsubscribeGuarded(manager, subscriber, {sensor});
+      xTell(sensor, "unsubscribed by " + subscriber);
     }
   }
   for (const auto& [subscriber, sensors] : wanted) {
@@ -34,10 +35,16 @@ void DemandKeeper::set(const Demand& wanted) {
 void DemandKeeper::xSubscribe(const std::string& subscriber, const std::string& sensor) {
   try {
     manager.subscribe(subscriber, sensor);
+    xTell(sensor, "subscribed by " + subscriber);
   } catch (const std::exception& exception) {
     ko::log::warning("Session", "setDemand")
         << sensor << " for " << subscriber << ": " << exception.what();
   }
+}
+
+void DemandKeeper::xTell(const std::string& sensor, const std::string& what) const {
+  ko::log::info("Session", "setDemand")
+      << sensor << ' ' << what << (manager.isSensorStarted(sensor) ? ": started" : ": stopped");
 }
 
 }  // namespace QV::session

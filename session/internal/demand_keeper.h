@@ -15,13 +15,15 @@ class DemandKeeper {
   DemandKeeper& operator=(const DemandKeeper&) = delete;
 
   /**
-   * Subscribes and unsubscribes where this differs from the demand before. A sensor whose hardware
-   * throws is logged, and the others go on.
+   * Subscribes and unsubscribes where this differs from the demand before, and says so in the log.
+   * A sensor whose hardware throws is a warning there, and the others go on.
    */
   void set(const Demand& wanted);
 
  private:
   void xSubscribe(const std::string& subscriber, const std::string& sensor);
+  /** In the log, for people. */
+  void xTell(const std::string& sensor, const std::string& what) const;
 
   sensor::SensorManager& manager;
   Demand current;

@@ -10,11 +10,6 @@
 namespace QV::session {
 namespace {
 
-// One sensor stands for all touch configurations, and one camera is all that is wanted.
-bool mayStandForOthers(const Model::SensorKind& kind) {
-  return kind.points == Model::PointMeaning::touch || kind.points == Model::PointMeaning::sighting;
-}
-
 std::vector<std::string> keysOf(const Model::SensorConfig& config,
                                 const Model::SensorKinds& kinds) {
   std::vector<std::string> keys = config.memoryKeys;
@@ -22,7 +17,8 @@ std::vector<std::string> keysOf(const Model::SensorConfig& config,
   if (!kind) return keys;
   for (const Model::PropertyRule& rule : kind->properties) {
     const auto property = config.properties.find(rule.name);
-    if (rule.quantity != Model::Quantity::memoryKey || property == config.properties.end()) continue;
+    if (rule.quantity != Model::Quantity::memoryKey || property == config.properties.end())
+      continue;
     keys.push_back(property->second);
   }
   return keys;
@@ -38,7 +34,7 @@ std::map<std::string, std::string> findUnbuiltSensors(SessionRobot& robot) {
   for (const auto& [name, config] : description->sensorConfigs) {
     const Model::SensorKind* kind = robot.getKinds().findType(config.type);
     if (!kind || manager.isSensor(name)) continue;
-    if (mayStandForOthers(*kind) && manager.isFamily(kind->family)) continue;
+    if (kind->standsForAll && manager.isFamily(kind->family)) continue;
     unbuilt[name] = kind->family;
   }
   return unbuilt;
@@ -60,22 +56,22 @@ std::string findMissingInput(SessionRobot& robot, const std::string& sensor) {
   return {};
 }
 
-std::vector<DescriptionRemark> findUnwrittenKeys(Session& session) {
+std::vector<Model::DescriptionFault> findDescriptionFaults(Session& session) {
   SessionRobot& robot = robotOf(session);
-  std::vector<DescriptionRemark> remarks;
   const Model::Robot* description = robot.getDescription();
-  if (!description || !robot.getBroker()) return remarks;
+  if (!description) return {};
+  auto faults = Model::findDescriptionFaults(*description, robot.getKinds());
   const QVMemoryProxy memory(robot.getBroker());
   for (const auto& [name, config] : description->sensorConfigs) {
     for (const std::string& key : keysOf(config, robot.getKinds())) {
       try {
         memory.getData(key);
       } catch (const QVError&) {
-        remarks.push_back({name, "memory key " + key + ": somebody expected who writes it"});
+        faults.push_back({name, "memory key \"" + key + "\" is written by nobody", "a driver"});
       }
     }
   }
-  return remarks;
+  return faults;
 }
 
 }  // namespace QV::session

@@ -9,8 +9,8 @@
 
 #include "platform/ko/log.h"
 #include "platform/ko/simulated_time.h"
-#include "platform/model/internal/number_text.h"
 #include "platform/model/sensor_kinds.h"
+#include "platform/model/sensor_properties.h"
 #include "sensor/core/scoped_subscription.h"
 #include "session/internal/simulated_session_robot.h"
 #include "session/internal/virtual_session_robot.h"
@@ -29,7 +29,7 @@ float headingOf(const Math::Transform& transform) {
 std::string findName(const Model::SensorConfig& config, const sensor::SensorManager& manager) {
   if (manager.isSensor(config.name)) return config.name;
   const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
-  if (!kind || kind->points != Model::PointMeaning::touch) return {};
+  if (!kind || !kind->standsForAll) return {};
   const auto names = manager.getSensorsByFamily(kind->family);
   return names.empty() ? std::string() : *names.begin();
 }
@@ -55,16 +55,10 @@ boost::shared_ptr<const OccupancyMap> emptyRoom() {
 }
 
 ListedSensor describe(const Model::SensorConfig& config) {
-  const auto number = [&config](const char* key) {
-    const auto found = config.properties.find(key);
-    return found == config.properties.end() ? 0.0f
-                                            : static_cast<float>(Model::atofC(found->second));
-  };
   const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
   return {kind ? kind->family : std::string(),
           config.name,
-          {number("minimumDetectionDistance"), number("maximumDetectionDistance"),
-           number("horizontalAngularRange"), 1},
+          Model::SensorProperties(config).getFieldOfView(),
           Math::position3DFromTransform(config.origin),
           headingOf(config.origin),
           config.type,

@@ -23,8 +23,8 @@ bool hasProperty(const Model::SensorKind* kind, const char* name) {
 
 // Cameras see height, too, and what a hole is projected to may lie beside.
 bool isFan(const SensorNature& nature) {
-  const bool isPlane = nature.points == Model::PointMeaning::scan ||
-                       nature.points == Model::PointMeaning::arc;
+  const bool isPlane =
+      nature.points == Model::PointMeaning::scan || nature.points == Model::PointMeaning::arc;
   return isPlane && !nature.looksDown();
 }
 

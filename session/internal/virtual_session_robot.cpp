@@ -11,10 +11,13 @@ namespace QV::session {
 
 VirtualSessionRobot::VirtualSessionRobot(const robot::RobotDescription& description,
                                          boost::shared_ptr<const OccupancyMap> givenMap,
-                                         const robot::WorldOptions& world)
-    : map(std::move(givenMap)),
-      robot(description, map, world),
-      navigation(boost::make_shared<sensor::NavigationModule>(robot.getBroker())),
+                                         const robot::WorldOptions& world,
+                                         const sensor::SensorFactory& sensors,
+                                         const robot::UnitFactory& units)
+    : kinds(description.kinds),
+      map(std::move(givenMap)),
+      robot(description, map, world, nullptr, units),
+      navigation(boost::make_shared<sensor::NavigationModule>(robot.getBroker(), sensors)),
       hosting(robot.getBroker(), navigation),
       wanderer(robot.getMap()) {}
 

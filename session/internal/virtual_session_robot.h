@@ -4,7 +4,9 @@
 
 #include "platform/ko/periodic_task.h"
 #include "platform/middleware/scoped_module.h"
+#include "robot/world/units/unit_factory.h"
 #include "robot/world/virtual_robot.h"
+#include "sensor/real/sensor_factory.h"
 #include "session/internal/session_robot.h"
 #include "session/internal/wanderer.h"
 
@@ -15,10 +17,13 @@ class VirtualSessionRobot : public SessionRobot {
  public:
   /** What building the world throws. */
   VirtualSessionRobot(const robot::RobotDescription& description,
-                      boost::shared_ptr<const OccupancyMap> map, const robot::WorldOptions& world);
+                      boost::shared_ptr<const OccupancyMap> map, const robot::WorldOptions& world,
+                      const sensor::SensorFactory& sensors = sensor::SensorFactory::standard(),
+                      const robot::UnitFactory& units = robot::UnitFactory::standard());
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }
   const Model::Robot* getDescription() const override { return &robot.getModel(); }
+  const Model::SensorKinds& getKinds() const override { return kinds; }
   boost::shared_ptr<const OccupancyMap> getMap() const override { return map; }
   Math::Pose2D getPose() const override { return robot.getPose(); }
   void setPose(const Math::Pose2D& newPose) override { robot.setPose(newPose); }
@@ -39,6 +44,7 @@ class VirtualSessionRobot : public SessionRobot {
   robot::VirtualRobot* getVirtualRobot() override { return &robot; }
 
  private:
+  const Model::SensorKinds kinds;
   const boost::shared_ptr<const OccupancyMap> map;
   robot::VirtualRobot robot;
   const boost::shared_ptr<sensor::NavigationModule> navigation;

@@ -4,9 +4,8 @@
 
 #include "session/internal/command.h"
 #include "session/internal/find_route.h"
-#include "session/open.h"
 #include "session/usage_error.h"
-#include "tests/robot/world/room.h"
+#include "tests/session/session_in_room.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
@@ -16,13 +15,6 @@ namespace {
 
 constexpr ko::Duration kSecond{1'000'000'000};
 const Math::Pose2D kStart(5.0f, 3.0f, 0.0f);
-
-OpenOptions inRoom() {
-  OpenOptions options;
-  options.map = test::makeRoom();
-  options.start = kStart;
-  return options;
-}
 
 SensorState sensorIn(const Snapshot& snapshot, const std::string& name) {
   for (const SensorState& sensor : snapshot.sensors) {
@@ -34,7 +26,8 @@ SensorState sensorIn(const Snapshot& snapshot, const std::string& name) {
 /** Porter, or a simulated robot of kind 1, in a room of 10 m by 6 m. */
 struct SessionTest : testing::TestWithParam<bool> {
   static std::unique_ptr<Session> open() {
-    return GetParam() ? openVirtual("porter", inRoom()) : openSimulated(1, inRoom());
+    return GetParam() ? openVirtual("porter", test::inRoom(kStart))
+                      : openSimulated(1, test::inRoom(kStart));
   }
   static ko::Duration now() { return ko::Clock::now().time_since_epoch(); }
   /** A hand on the wheel. */
@@ -166,7 +159,7 @@ TEST_P(SessionTest, sensorsCanBeMadeToFailWhereThereIsAVirtualRobot) {
 
 TEST(Session, givesUpAGoalWhoseWayStaysBlocked) {
   test::LogCapture log;
-  OpenOptions options = inRoom();
+  OpenOptions options = test::inRoom(kStart);
   options.world.boxes = {{{6.5f, 3.0f, 0.0f}}};
   const auto sut = openVirtual("porter", options);
   sut->setGoal({8.0f, 3.0f});

@@ -6,9 +6,9 @@ namespace {
 std::string textOf(const std::vector<std::string>& keys, const std::string& sensor,
                    const std::string& owner) {
   const bool isOne = keys.size() == 1;
-  const std::string what = isOne ? "memory key \"" + keys[0] + "\" is"
-                                 : std::to_string(keys.size()) + " memory keys, \"" + keys[0] +
-                                       "\" the first, are";
+  const std::string what =
+      isOne ? "memory key \"" + keys[0] + "\" is"
+            : std::to_string(keys.size()) + " memory keys, \"" + keys[0] + "\" the first, are";
   if (owner == sensor) return what + " there twice";
   return what + (isOne ? " that of " : " those of ") + owner + " too";
 }

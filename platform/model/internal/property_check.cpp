@@ -54,7 +54,8 @@ void checkProperties(const SensorConfig& config, const SensorKind& kind,
   for (const auto& [name, text] : config.properties) {
     if (const PropertyRule* rule = kind.findProperty(name)) {
       const auto expected = findExpected(*rule, text);
-      if (expected) faults.push_back({config.name, propertyCalled(name) + '"' + text + '"', *expected});
+      if (expected)
+        faults.push_back({config.name, propertyCalled(name) + '"' + text + '"', *expected});
       continue;
     }
     const std::string* nearest = findNearest(name, names);

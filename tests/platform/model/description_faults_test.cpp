@@ -45,8 +45,8 @@ std::string laser(const std::string& name, const std::string& more = "",
 }
 
 std::vector<std::string> faultsOf(const std::string& sensors, const SensorKinds& kinds) {
-  const Robot robot = ModelUtils::robotFromXml(
-      "<robot name='r'><link name='a'/>" + sensors + "</robot>", kinds);
+  const Robot robot =
+      ModelUtils::robotFromXml("<robot name='r'><link name='a'/>" + sensors + "</robot>", kinds);
   std::vector<std::string> lines;
   for (const auto& fault : findDescriptionFaults(robot, kinds)) lines.push_back(fault.toText());
   return lines;
@@ -116,12 +116,12 @@ TEST(DescriptionFaults, areJudgedByTheRowsOfTheKindsGiven) {
   cliff.keys = {1, 1, 1, ""};
   SensorKinds kinds;
   kinds.add(cliff);
-  EXPECT_EQ(faultsOf(sensor("C", "Cliff", property("edge", "")) + sonar("S") +
-                         sensor("D", "clif", ""),
-                     kinds),
-            (std::vector<std::string>{R"(C: property "edge" is "", a memory key expected)",
-                                      "C: 0 memory keys, 1 expected",
-                                      R"(D: type is "clif", "Cliff" expected)"}));
+  EXPECT_EQ(
+      faultsOf(sensor("C", "Cliff", property("edge", "")) + sonar("S") + sensor("D", "clif", ""),
+               kinds),
+      (std::vector<std::string>{R"(C: property "edge" is "", a memory key expected)",
+                                "C: 0 memory keys, 1 expected",
+                                R"(D: type is "clif", "Cliff" expected)"}));
 }
 
 }  // namespace

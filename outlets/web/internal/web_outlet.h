@@ -4,27 +4,20 @@
 #include <string>
 #include <vector>
 
+#include "outlets/outlet.h"
 #include "outlets/web/internal/web_handler.h"
-#include "platform/ko/log.h"
-#include "session/snapshot.h"
 
 namespace QV::outlets {
 
-/** What clients of one subprotocol are told and may ask. Safe from any thread. */
-class LiveFeed {
+/** An outlet to the clients of some subprotocols of the WebSocket. Safe from any thread. */
+class WebOutlet : public Outlet {
  public:
-  LiveFeed() = default;
-  virtual ~LiveFeed() = default;
-  LiveFeed(const LiveFeed&) = delete;
-  LiveFeed& operator=(const LiveFeed&) = delete;
+  virtual std::vector<std::string> getProtocols() const = 0;
 
   virtual void onOpen(const std::shared_ptr<WebClient>& client) = 0;
   virtual void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                          bool binary) = 0;
   virtual void onClose(const std::shared_ptr<WebClient>& client) = 0;
-
-  virtual void publish(const session::Snapshot& snapshot) = 0;
-  virtual void publishLog(const std::vector<ko::log::Record>& lines) = 0;
 };
 
 }  // namespace QV::outlets

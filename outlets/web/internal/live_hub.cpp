@@ -1,40 +1,40 @@
-#include "outlets/web/live_hub.h"
+#include "outlets/web/internal/live_hub.h"
 
 #include <algorithm>
 
 namespace QV::outlets {
-namespace {
 
-constexpr char kPageProtocol[] = "qv.live.v1";
-const std::vector<std::string> kProtocols = {kPageProtocol, "foxglove.websocket.v1",
-                                             "foxglove.sdk.v1"};
-
-}  // namespace
+LiveHub::LiveHub(std::vector<std::shared_ptr<WebOutlet>> all) {
+  outlets[""] = all.front();
+  for (const auto& outlet : all) {
+    for (const std::string& protocol : outlet->getProtocols()) outlets[protocol] = outlet;
+  }
+}
 
 std::optional<std::string> LiveHub::chooseProtocol(const std::string& path,
                                                    const std::vector<std::string>& offered) const {
   if (path != "/live" && path != "/") return std::nullopt;
   if (offered.empty() && path == "/live") return "";
-  const auto known =
-      std::find_first_of(offered.begin(), offered.end(), kProtocols.begin(), kProtocols.end());
+  const auto known = std::find_if(offered.begin(), offered.end(), [this](const auto& protocol) {
+    return !protocol.empty() && outlets.count(protocol) > 0;
+  });
   if (known == offered.end()) return std::nullopt;
   return *known;
 }
 
 void LiveHub::onOpen(const std::shared_ptr<WebClient>& client, const std::string& protocol) {
-  LiveFeed& feed = protocol.empty() || protocol == kPageProtocol ? pages : viewers;
-  feeds[client] = &feed;
-  feed.onOpen(client);
+  chosen[client] = outlets.at(protocol);
+  chosen[client]->onOpen(client);
 }
 
 void LiveHub::onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                         bool binary) {
-  feeds.at(client)->onMessage(client, message, binary);
+  chosen.at(client)->onMessage(client, message, binary);
 }
 
 void LiveHub::onClose(const std::shared_ptr<WebClient>& client) {
-  feeds.at(client)->onClose(client);
-  feeds.erase(client);
+  chosen.at(client)->onClose(client);
+  chosen.erase(client);
 }
 
 }  // namespace QV::outlets

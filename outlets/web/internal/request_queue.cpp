@@ -1,4 +1,4 @@
-#include "outlets/web/request_queue.h"
+#include "outlets/web/internal/request_queue.h"
 
 #include <utility>
 

@@ -7,15 +7,15 @@
 #include <vector>
 
 #include "outlets/web/internal/web_handler.h"
-#include "outlets/web/live_feed.h"
+#include "outlets/web/internal/web_outlet.h"
 
 namespace QV::outlets {
 
-/** Hands each client to the feed of its subprotocol. The feeds must outlive it. */
+/** Hands each client to the outlet of its subprotocol. */
 class LiveHub : public WebHandler {
  public:
-  /** Without a subprotocol a client of the path /live gets `pages`. */
-  LiveHub(LiveFeed& pages, LiveFeed& viewers) : pages(pages), viewers(viewers) {}
+  /** One or more; without a subprotocol a client of the path /live gets the first. */
+  explicit LiveHub(std::vector<std::shared_ptr<WebOutlet>> outlets);
 
   std::optional<std::string> chooseProtocol(const std::string& path,
                                             const std::vector<std::string>& offered) const override;
@@ -25,9 +25,9 @@ class LiveHub : public WebHandler {
   void onClose(const std::shared_ptr<WebClient>& client) override;
 
  private:
-  LiveFeed& pages;
-  LiveFeed& viewers;
-  std::map<std::shared_ptr<WebClient>, LiveFeed*> feeds;
+  /** By subprotocol, "" for none. */
+  std::map<std::string, std::shared_ptr<WebOutlet>> outlets;
+  std::map<std::shared_ptr<WebClient>, std::shared_ptr<WebOutlet>> chosen;
 };
 
 }  // namespace QV::outlets

@@ -8,21 +8,22 @@
 #include <string>
 #include <vector>
 
-#include "outlets/web/internal/live_command.h"
+#include "session/internal/command.h"
 
 namespace QV::outlets {
 
 /** A command and whom to tell when it can't be done. */
 struct LiveRequest {
   session::Command command;
-  /** With the reason; called on the world's thread. */
+  /** With the reason; called on the session's thread. */
   std::function<void(const std::string&)> refuse;
 };
 
-/** Commands on their way from the server's thread to the world's. Safe from any thread. */
+/** Commands on their way from the server's thread to the session's. Safe from any thread. */
 class RequestQueue {
  public:
   static constexpr std::size_t kMost = 256;
+  using Refusal = std::function<void(const std::string&)>;
 
   /** False, and nothing is kept, while kMost wait. */
   bool add(LiveRequest request);

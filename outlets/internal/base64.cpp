@@ -1,4 +1,4 @@
-#include "outlets/web/internal/base64.h"
+#include "outlets/internal/base64.h"
 
 #include <cstdint>
 
