@@ -81,9 +81,8 @@ TEST(Scans, sayWhatTheyExpect) {
             "occMapSimulateScans: a field of view expected, 0 rays over 1.000000 rad from 0.000000 "
             "to 2.000000 m given");
   for (const int threads : {0, -1, 257}) {
-    EXPECT_EQ(error({0, 2, 1, 4}, 12, threads),
-              "occMapSimulateScans: 1 to 256 threads expected, " + std::to_string(threads) +
-                  " given");
+    EXPECT_EQ(error({0, 2, 1, 4}, 12, threads), "occMapSimulateScans: 1 to 256 threads expected, " +
+                                                    std::to_string(threads) + " given");
   }
   EXPECT_THAT(ranges, testing::Each(-1.0f));
 }
