@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <numbers>
 
-#include "platform/model/internal/number_text.h"
+#include "platform/model/sensor_kinds.h"
+#include "platform/model/sensor_properties.h"
 #include "sensor/core/scoped_subscription.h"
-#include "sensor/real/sensor_family.h"
 #include "session/simulated_session.h"
 
 namespace QV::session {
@@ -19,15 +19,10 @@ float headingOf(const Math::Transform& transform) {
 }
 
 ListedSensor describe(const Model::SensorConfig& config) {
-  const auto number = [&config](const char* key) {
-    const auto found = config.properties.find(key);
-    return found == config.properties.end() ? 0.0f
-                                            : static_cast<float>(Model::atofC(found->second));
-  };
-  return {sensor::familyOfType(config.type),
+  const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
+  return {kind ? kind->family : "",
           config.name,
-          {number("minimumDetectionDistance"), number("maximumDetectionDistance"),
-           number("horizontalAngularRange"), 1},
+          Model::SensorProperties(config).getFieldOfView(),
           Math::position3DFromTransform(config.origin),
           headingOf(config.origin),
           config.type,

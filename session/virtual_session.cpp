@@ -6,7 +6,7 @@
 
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/middleware/qv_motion_proxy.h"
-#include "sensor/real/sensor_family.h"
+#include "platform/model/sensor_kinds.h"
 #include "session/internal/steering.h"
 
 namespace QV::session {
@@ -31,10 +31,9 @@ std::map<std::string, std::string> VirtualSession::getUnbuilt() const {
   const auto& manager = navigation->getManager();
   std::map<std::string, std::string> unbuilt;
   for (const auto& [name, config] : robot.getModel().sensorConfigs) {
-    const std::string family = sensor::familyOfType(config.type);
-    // One sensor stands for all touch configurations, and one camera is all that is wanted.
-    const bool stands = (family == "Touch" || family == "Asus") && manager.isFamily(family);
-    if (!family.empty() && !stands && !manager.isSensor(name)) unbuilt[name] = family;
+    const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
+    if (!kind || manager.isSensor(name)) continue;
+    if (!kind->standsForAll || !manager.isFamily(kind->family)) unbuilt[name] = kind->family;
   }
   return unbuilt;
 }

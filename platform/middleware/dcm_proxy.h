@@ -2,6 +2,7 @@
 
 #include <cstdint>
 
+#include "platform/middleware/contracts/device_manager_contract.h"
 #include "platform/middleware/qv_proxy.h"
 
 namespace QV {
@@ -9,7 +10,8 @@ namespace QV {
 /** The device manager, module "DCM". See QVProxy. */
 class QV_API DCMProxy : public QVProxy {
  public:
-  explicit DCMProxy(const boost::shared_ptr<QVBroker>& broker, const std::string& module = "DCM");
+  explicit DCMProxy(const boost::shared_ptr<QVBroker>& broker,
+                    const std::string& module = DeviceManagerContract::kModule);
 
   /** Its clock plus `offset`, in milliseconds modulo 2^32. */
   std::int32_t getTime(int offset) const;

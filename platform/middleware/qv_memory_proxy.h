@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/middleware/contracts/memory_contract.h"
 #include "platform/middleware/qv_proxy.h"
 
 namespace QV {
@@ -8,7 +9,7 @@ namespace QV {
 class QV_API QVMemoryProxy : public QVProxy {
  public:
   explicit QVMemoryProxy(const boost::shared_ptr<QVBroker>& broker,
-                         const std::string& module = "QVMemory");
+                         const std::string& module = MemoryContract::kModule);
 
   /** The value of a key; invalid for an event that was never raised. An unknown key: QVError. */
   QVValue getData(const std::string& key) const;

@@ -1,5 +1,7 @@
 #include "platform/middleware/qv_motion_proxy.h"
 
+#include "platform/middleware/contracts/motion_contract.h"
+
 namespace QV {
 
 QVMotionProxy::QVMotionProxy(const boost::shared_ptr<QVBroker>& broker, const std::string& module)
@@ -7,11 +9,11 @@ QVMotionProxy::QVMotionProxy(const boost::shared_ptr<QVBroker>& broker, const st
 
 std::vector<float> QVMotionProxy::getTransform(const std::string& name, int frame,
                                                bool useSensorValues) const {
-  return call<std::vector<float>>("getTransform", name, frame, useSensorValues);
+  return call<std::vector<float>>(MotionContract::kGetTransform, name, frame, useSensorValues);
 }
 
 std::vector<float> QVMotionProxy::getRobotVelocity() const {
-  return call<std::vector<float>>("getRobotVelocity");
+  return call<std::vector<float>>(MotionContract::kGetRobotVelocity);
 }
 
 }  // namespace QV

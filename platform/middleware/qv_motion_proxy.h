@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/qv_proxy.h"
 
 namespace QV {
@@ -8,7 +9,7 @@ namespace QV {
 class QV_API QVMotionProxy : public QVProxy {
  public:
   explicit QVMotionProxy(const boost::shared_ptr<QVBroker>& broker,
-                         const std::string& module = "QVMotion");
+                         const std::string& module = MotionContract::kModule);
 
   /**
    * The pose of a sensor, joint or link, 12 floats by rows, in `frame`: 0 the robot's body, 1 its

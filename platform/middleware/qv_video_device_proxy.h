@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/middleware/contracts/video_device_contract.h"
 #include "platform/middleware/qv_proxy.h"
 
 namespace QV {
@@ -8,7 +9,7 @@ namespace QV {
 class QV_API QVVideoDeviceProxy : public QVProxy {
  public:
   explicit QVVideoDeviceProxy(const boost::shared_ptr<QVBroker>& broker,
-                              const std::string& module = "QVVideoDevice");
+                              const std::string& module = VideoDeviceContract::kModule);
 
   /** The model code of a camera, by its index. */
   int getCameraModel(int camera) const;

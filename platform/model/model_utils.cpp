@@ -1,11 +1,9 @@
 #include "platform/model/model_utils.h"
 
 #include <algorithm>
-#include <cctype>
 #include <cstddef>
 #include <map>
 #include <memory>
-#include <optional>
 #include <stdexcept>
 #include <string_view>
 #include <utility>
@@ -13,6 +11,7 @@
 #include <tinyxml2.h>
 
 #include "platform/model/internal/joint_reader.h"
+#include "platform/model/internal/sensor_reader.h"
 #include "platform/model/internal/xml_reader.h"
 
 namespace QV::Model::ModelUtils {
@@ -64,7 +63,7 @@ Math::Shape3D shapeOf(const XMLElement& collision) {
 /** Reads the parts of a description in the order in which they lean on each other. */
 class Reader {
  public:
-  explicit Reader(const XMLElement& root) : root(root) {}
+  Reader(const XMLElement& root, const SensorKinds& kinds) : root(root), kinds(kinds) {}
 
   Robot read() {
     robot.name = requiredText(root, "name");
@@ -78,9 +77,7 @@ class Reader {
     const XMLElement* body = optionalChild(root, "body");
     robot.bodyLink = body ? requiredLink(*body, links) : robot.rootLink;
     xReadShapes();
-    for (const XMLElement* sensor : childrenOf(root, "sensor")) {
-      if (xIsOurs(*sensor)) xReadSensor(*sensor);
-    }
+    SensorReader(kinds, links, robot).read(root);
     return std::move(robot);
   }
 
@@ -118,62 +115,17 @@ class Reader {
     }
   }
 
-  // Other tools' sensors have no type, or a word.
-  static bool xIsOurs(const XMLElement& sensor) {
-    const std::string type = optionalText(sensor, "type").value_or("other");
-    return type.empty() || !std::isalpha(static_cast<unsigned char>(type[0]));
-  }
-
-  void xReadSensor(const XMLElement& element) {
-    SensorConfig config;
-    config.name = requiredText(element, "name");
-    config.type = requiredInteger(element, "type");
-    const XMLElement* parent = optionalChild(element, "parent");
-    config.parentLink = parent ? requiredLink(*parent, links) : robot.bodyLink;
-    config.origin = originOf(element);
-    for (auto* child = element.FirstChildElement(); child; child = child->NextSiblingElement()) {
-      xReadSensorPart(*child, config);
-    }
-    const std::string name = config.name;
-    if (!robot.sensorConfigs.emplace(name, std::move(config)).second) {
-      fail(element, "a name of its own expected, another sensor is called " + quoted(name));
-    }
-  }
-
-  static void xReadSensorPart(const XMLElement& element, SensorConfig& config) {
-    const std::string kind = element.Name();
-    if (kind == "property") {
-      const std::string key = requiredText(element, "key");
-      const auto value = optionalText(element, "value");
-      if (!value) fail(element, "an attribute value expected, it has none");
-      if (!config.properties.emplace(key, *value).second) {
-        fail(element, "a key of its own expected, " + quoted(key) + " is there twice");
-      }
-    } else if (kind == "memory_key") {
-      config.memoryKeys.push_back(xKeyIn(element));
-    } else if (kind != "parent" && kind != "origin") {
-      fail(element, "<property>, <memory_key>, <parent> or <origin> expected in <sensor>");
-    }
-  }
-
-  static std::string xKeyIn(const XMLElement& element) {
-    const char* const blanks = " \t\r\n";
-    const std::string text = element.GetText() ? element.GetText() : "";
-    const std::size_t begin = text.find_first_not_of(blanks);
-    if (begin == std::string::npos) fail(element, "a memory key as its text expected");
-    return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
-  }
-
   const XMLElement& root;
+  const SensorKinds& kinds;
   LinkElements links;
   Robot robot;
 };
 
 }  // namespace
 
-Robot robotFromXml(const std::string& xml) {
+Robot robotFromXml(const std::string& xml, const SensorKinds& kinds) {
   tinyxml2::XMLDocument document;
-  return Reader(parse(xml, document)).read();
+  return Reader(parse(xml, document), kinds).read();
 }
 
 }  // namespace QV::Model::ModelUtils

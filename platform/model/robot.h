@@ -12,6 +12,15 @@
 
 namespace QV::Model {
 
+/** A sensor of a description that is left to another tool, since its type is a word of no kind. */
+struct QV_API ForeignSensor {
+  /** Empty if it has none. */
+  std::string name;
+  std::string type;
+
+  friend bool operator==(const ForeignSensor&, const ForeignSensor&) = default;
+};
+
 /** What a robot description says. */
 struct QV_API Robot {
   std::string name;
@@ -29,6 +38,8 @@ struct QV_API Robot {
   std::map<std::string, SensorConfig> sensorConfigs;
   /** By name, those whose shape is not supported too. */
   std::map<std::string, std::shared_ptr<CollisionShape>> collisionShapes;
+  /** In the order of the document; those without a type are not told. */
+  std::vector<ForeignSensor> foreignSensors;
 };
 
 }  // namespace QV::Model

@@ -14,7 +14,7 @@ struct QV_API SensorConfig {
   std::string name;
   /** The link that carries it. */
   std::string parentLink;
-  /** The kind of sensor, as a number that the creator of sensors knows. */
+  /** The number of its kind, also where the description has the name. */
   int type = 0;
   /** The sensor's frame in that of its link. */
   Math::Transform origin;

@@ -26,8 +26,13 @@ enum class PointMeaning {
 /** When a sound sensor that is started may give no record. */
 enum class Silence { never, whileMoving, always };
 
-/** What a property's text says. */
+/** What a property's text says, and in which unit. */
 enum class Quantity { text, number, metres, radians, seconds, memoryKey, actuator };
+
+/** As it is called in messages: "a number", "metres", "a memory key". */
+QV_API const char* nameOf(Quantity quantity);
+/** Whether such a text is a number. */
+QV_API bool isNumber(Quantity quantity);
 
 /** A property of a sensor in a robot description. */
 struct QV_API PropertyRule {
@@ -35,10 +40,19 @@ struct QV_API PropertyRule {
   Quantity quantity = Quantity::text;
   /** Whether the sensor can't be made, or can't be used, without it. */
   bool isRequired = false;
-  /** Of a quantity that is a number; both are allowed. */
+  /** The limits of a number, which are allowed themselves; none if both are 0. */
   double least = 0.0;
   double most = 0.0;
+  /** Whether several sensors may name the same memory key in it. */
+  bool isShared = false;
+
+  bool hasLimits() const { return least != 0.0 || most != 0.0; }
+  /** What is expected, for messages: "metres from 0 to 1000". */
+  std::string toText() const;
 };
+
+/** The properties that a sensor of any kind may have: "topic", a text, and "period", seconds. */
+QV_API const std::vector<PropertyRule>& commonProperties();
 
 /** How many memory keys a sensor reads: from `least` to `most`, in groups of `groupSize`. */
 struct QV_API KeyRule {
@@ -63,10 +77,15 @@ struct QV_API SensorKind {
   Silence silence = Silence::never;
   /** Whether it measures again and again, rather than telling of changes. */
   bool hasRate = true;
+  /** Whether one sensor stands for all that a description lists of the kind. */
+  bool standsForAll = false;
   std::vector<PropertyRule> properties = {};
   KeyRule keys = {};
   /** Between two measurements, where a description says nothing else. */
   ko::Duration period = ko::Duration(100'000'000);
+
+  /** The rule of a property, of the kind's own or of a common one; null for an unknown name. */
+  const PropertyRule* findProperty(const std::string& property) const;
 };
 
 }  // namespace QV::Model

@@ -24,7 +24,7 @@ std::vector<PropertyRule> laserProperties(std::vector<PropertyRule> others = {})
   std::vector<PropertyRule> rules =
       rangeProperties({{"regIndex", Quantity::number, true, 0.0, 255.0},
                        {"setOperationMode", Quantity::actuator, true},
-                       {"getOperationMode", Quantity::memoryKey, true},
+                       {"getOperationMode", Quantity::memoryKey, true, 0.0, 0.0, true},
                        {"timestamp", Quantity::memoryKey, true}});
   rules.insert(rules.end(), others.begin(), others.end());
   return rules;
@@ -38,10 +38,12 @@ std::vector<SensorKind> standardRows() {
   SensorKind touch = {2, "Touch", "Touch", PointMeaning::touch};
   touch.silence = Silence::always;
   touch.hasRate = false;
+  touch.standsForAll = true;
   touch.properties = {{"horizontalAngularRange", Quantity::radians, false, 0.0, kFullTurn}};
 
   SensorKind depthCamera = {4, "DepthCamera", "Asus", PointMeaning::sighting};
   depthCamera.leavesOutMisses = true;
+  depthCamera.standsForAll = true;
   depthCamera.properties =
       rangeProperties({{"verticalAngularRange", Quantity::radians, true, 0.0, kFullTurn},
                        {"modelCode", Quantity::number},

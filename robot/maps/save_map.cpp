@@ -8,7 +8,7 @@
 #include <yaml-cpp/emitter.h>
 #include <yaml-cpp/emittermanip.h>
 
-#include "robot/maps/internal/file_bytes.h"
+#include "robot/internal/file_bytes.h"
 #include "robot/maps/map_files.h"
 
 namespace QV::robot {

@@ -4,16 +4,18 @@
 
 #include "platform/ko/event_loop.h"
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/device_manager_contract.h"
 #include "platform/middleware/qv_memory_proxy.h"
+#include "robot/services/internal/device_command.h"
 
 namespace QV::robot {
 
 typedef ko::Clock::time_point TimePoint;
 
 DeviceManager::DeviceManager(const boost::shared_ptr<QVBroker>& broker)
-    : QVModule("DCM"), broker(broker) {
-  bindMethod("getTime", &DeviceManager::xGetTime, this);
-  bindMethod("set", &DeviceManager::xSet, this);
+    : QVModule(DeviceManagerContract::kModule), broker(broker) {
+  bindMethod(DeviceManagerContract::kGetTime, &DeviceManager::xGetTime, this);
+  bindMethod(DeviceManagerContract::kSet, &DeviceManager::xSet, this);
 }
 
 DeviceManager::~DeviceManager() = default;
@@ -99,9 +101,11 @@ void DeviceManager::xApply(const Pending& due) {
       xWriteToMemory(due);
     }
   } catch (const std::exception& error) {
-    ko::log::error("DCM", "set") << "Actuator " << due.key << ": " << error.what();
+    ko::log::error(DeviceManagerContract::kModule, DeviceManagerContract::kSet)
+        << "Actuator " << due.key << ": " << error.what();
   } catch (...) {
-    ko::log::error("DCM", "set") << "Actuator " << due.key << ": unknown failure";
+    ko::log::error(DeviceManagerContract::kModule, DeviceManagerContract::kSet)
+        << "Actuator " << due.key << ": unknown failure";
   }
 }
 

@@ -1,13 +1,30 @@
 #include "robot/services/memory_service.h"
 
+#include "platform/middleware/contracts/memory_contract.h"
 #include "platform/middleware/qv_error.h"
+#include "robot/services/internal/event_board.h"
+#include "robot/services/internal/memory_store.h"
 
 namespace QV::robot {
+namespace {
 
-typedef EventBoard::Kind Kind;
+using Kind = EventBoard::Kind;
+
+void unsubscribe(EventBoard& board, const std::string& event, Kind kind,
+                 const std::string& module) {
+  using namespace MemoryContract;
+  if (board.unsubscribe(event, kind, module)) return;
+  const bool micro = kind == Kind::microEvent;
+  throw QVError(kModule, micro ? kUnsubscribeToMicroEvent : kUnsubscribeToEvent,
+                "module \"" + module + "\" has no subscription to \"" + event + "\"");
+}
+
+}  // namespace
 
 MemoryService::MemoryService(const boost::shared_ptr<QVBroker>& broker)
-    : QVModule("QVMemory"), board(broker) {
+    : QVModule(MemoryContract::kModule),
+      store(std::make_unique<MemoryStore>()),
+      board(std::make_unique<EventBoard>(broker)) {
   xBindMemory();
   xBindEvents();
 }
@@ -15,51 +32,57 @@ MemoryService::MemoryService(const boost::shared_ptr<QVBroker>& broker)
 MemoryService::~MemoryService() = default;
 
 void MemoryService::xBindMemory() {
-  bindMethod("getData", &MemoryStore::getData, &store);
-  bindMethod("insertData", &MemoryStore::insertData, &store);
-  bindMethod("getDataPtr", [this](const std::string& key) {
-    return reinterpret_cast<std::intptr_t>(store.getDataPtr(key));
+  using namespace MemoryContract;
+  bindMethod(kGetData, &MemoryStore::getData, store.get());
+  bindMethod(kInsertData, &MemoryStore::insertData, store.get());
+  bindMethod(kGetDataPtr, [this](const std::string& key) {
+    return reinterpret_cast<std::intptr_t>(store->getDataPtr(key));
   });
 }
 
 void MemoryService::xBindEvents() {
-  bindMethod("declareEvent", &MemoryStore::declare, &store);
-  bindMethod("raiseEvent", &MemoryService::raiseEvent, this);
-  bindMethod("subscribeToEvent", [this](const std::string& event, const std::string& module,
-                                        const std::string& method) {
-    xSubscribe(event, {Kind::event, module, method, module});
+  using namespace MemoryContract;
+  bindMethod(kDeclareEvent, &MemoryStore::declare, store.get());
+  bindMethod(kRaiseEvent, &MemoryService::raiseEvent, this);
+  bindMethod(kSubscribeToEvent, [this](const std::string& event, const std::string& module,
+                                       const std::string& method) {
+    store->declare(event);
+    board->subscribe(event, {Kind::event, module, method, module});
   });
-  bindMethod("subscribeToMicroEvent",
-             [this](const std::string& event, const std::string& module, const std::string& message,
-                    const std::string& method) {
-               xSubscribe(event, {Kind::microEvent, module, method, message});
-             });
-  bindMethod("unsubscribeToEvent", [this](const std::string& event, const std::string& module) {
-    xUnsubscribe(event, Kind::event, module);
+  bindMethod(kSubscribeToMicroEvent, [this](const std::string& event, const std::string& module,
+                                            const std::string& message, const std::string& method) {
+    store->declare(event);
+    board->subscribe(event, {Kind::microEvent, module, method, message});
   });
-  bindMethod("unsubscribeToMicroEvent",
-             [this](const std::string& event, const std::string& module) {
-               xUnsubscribe(event, Kind::microEvent, module);
-             });
+  bindMethod(kUnsubscribeToEvent, [this](const std::string& event, const std::string& module) {
+    unsubscribe(*board, event, Kind::event, module);
+  });
+  bindMethod(kUnsubscribeToMicroEvent, [this](const std::string& event, const std::string& module) {
+    unsubscribe(*board, event, Kind::microEvent, module);
+  });
 }
 
 void MemoryService::raiseEvent(const std::string& event, const QVValue& value) {
   // Or two at once might be stored in one order and delivered in the other.
   std::lock_guard<std::mutex> lock(raising);
-  store.insertData(event, value);
-  board.raise(event, value);
+  store->insertData(event, value);
+  board->raise(event, value);
 }
 
-void MemoryService::xSubscribe(const std::string& event, const EventBoard::Subscriber& subscriber) {
-  store.declare(event);
-  board.subscribe(event, subscriber);
+QVValue MemoryService::getData(const std::string& key) const {
+  return store->getData(key);
 }
 
-void MemoryService::xUnsubscribe(const std::string& event, Kind kind, const std::string& module) {
-  if (board.unsubscribe(event, kind, module)) return;
-  const bool micro = kind == Kind::microEvent;
-  throw QVError("QVMemory", micro ? "unsubscribeToMicroEvent" : "unsubscribeToEvent",
-                "module \"" + module + "\" has no subscription to \"" + event + "\"");
+void MemoryService::insertData(const std::string& key, const QVValue& value) {
+  store->insertData(key, value);
+}
+
+void MemoryService::declareEvent(const std::string& event) {
+  store->declare(event);
+}
+
+bool MemoryService::hasSubscribers(const std::string& event) const {
+  return board->hasSubscribers(event);
 }
 
 }  // namespace QV::robot

@@ -6,13 +6,14 @@
 #include <utility>
 #include <vector>
 
+#include "platform/middleware/contracts/motion_contract.h"
 #include "robot/services/internal/kinematics.h"
 #include "robot/services/internal/posture_history.h"
 
 namespace QV::robot {
 
 MotionService::MotionService(const Model::Robot& robot)
-    : QVModule("QVMotion"), kinematics(std::make_unique<Kinematics>(robot)) {
+    : QVModule(MotionContract::kModule), kinematics(std::make_unique<Kinematics>(robot)) {
   const Posture atRest{std::vector<double>(kinematics->getPositionCount()), Math::Transform()};
   history = std::make_unique<PostureHistory>(ko::Clock::now(), atRest);
   xBindMethods();
@@ -21,14 +22,15 @@ MotionService::MotionService(const Model::Robot& robot)
 MotionService::~MotionService() = default;
 
 void MotionService::xBindMethods() {
-  bindMethod("getTransform", [this](const std::string& name, int frame, bool useSensorValues) {
+  using namespace MotionContract;
+  bindMethod(kGetTransform, [this](const std::string& name, int frame, bool useSensorValues) {
     return getTransform(name, frame, useSensorValues).toVector();
   });
-  bindMethod("getRobotVelocity", [this] {
+  bindMethod(kGetRobotVelocity, [this] {
     const Math::Pose2D current = getRobotVelocity();
     return std::vector<float>{current.x, current.y, current.theta};
   });
-  bindMethod("_getSensorTransformAtTime",
+  bindMethod(kGetSensorTransformAtTime,
              [this](const std::string& name, ko::Clock::time_point time) {
                return getTransformAtTime(name, time).toVector();
              });

@@ -10,6 +10,7 @@
 #include "platform/ko/clock.h"
 #include "platform/math/pose2d.h"
 #include "platform/math/transform.h"
+#include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/qv_module.h"
 #include "platform/model/robot.h"
 
@@ -27,9 +28,9 @@ class PostureHistory;
 class QV_API MotionService : public QVModule {
  public:
   /** Frame 0: the description's body link. */
-  static constexpr int kBodyFrame = 0;
+  static constexpr int kBodyFrame = MotionContract::kBodyFrame;
   /** Frame 1: on the ground beneath the robot, and moving with it. */
-  static constexpr int kGroundFrame = 1;
+  static constexpr int kGroundFrame = MotionContract::kGroundFrame;
 
   explicit MotionService(const Model::Robot& robot);
   ~MotionService() override;

@@ -1,9 +1,12 @@
 #include "robot/services/robot_model_service.h"
 
+#include "platform/middleware/contracts/robot_model_contract.h"
+
 namespace QV::robot {
 
-RobotModelService::RobotModelService(const std::string& xml) : QVModule("QVRobotModel") {
-  bindMethod("getConfig", [xml] { return xml; });
+RobotModelService::RobotModelService(const std::string& xml)
+    : QVModule(RobotModelContract::kModule) {
+  bindMethod(RobotModelContract::kGetConfig, [xml] { return xml; });
 }
 
 RobotModelService::~RobotModelService() = default;

@@ -3,36 +3,31 @@
 #include <utility>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/sonar_contract.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
-#include "platform/model/internal/number_text.h"
-#include "robot/services/sensor_types.h"
+#include "platform/model/sensor_properties.h"
+#include "robot/services/internal/sonar_config.h"
 
 namespace QV::robot {
 namespace {
 
 float maxRangeOf(const Model::SensorConfig& config) {
-  const auto found = config.properties.find("maximumDetectionDistance");
-  if (found == config.properties.end()) return 0.0f;
-  return static_cast<float>(Model::atofC(found->second));
-}
-
-bool isSonar(const Model::SensorConfig& config) {
-  return config.type == kSonarType && config.memoryKeys.size() == 1;
+  return Model::SensorProperties(config).getNumber("maximumDetectionDistance");
 }
 
 }  // namespace
 
 SonarDriver::SonarDriver(const boost::shared_ptr<QVBroker>& broker, const Model::Robot& robot,
                          ko::Duration period)
-    : QVModule("QVSonar"), broker(broker), runsAlways(robot.kindCode != 0) {
+    : QVModule(SonarContract::kModule), broker(broker), runsAlways(robot.kindCode != 0) {
   for (const auto& [name, config] : robot.sensorConfigs) {
     if (!isSonar(config)) continue;
     sonars.push_back({name, config.memoryKeys[0], maxRangeOf(config) + kNoEchoMargin, {}});
   }
-  bindMethod("subscribe", &SonarDriver::xSubscribe, this);
-  bindMethod("unsubscribe", &SonarDriver::xUnsubscribe, this);
-  task.setName("QVSonar");
+  bindMethod(SonarContract::kSubscribe, &SonarDriver::xSubscribe, this);
+  bindMethod(SonarContract::kUnsubscribe, &SonarDriver::xUnsubscribe, this);
+  task.setName(SonarContract::kModule);
   task.setPeriod(period);
   task.compensateCallbackTime(true);
   task.setCallback([this] { xMeasureAll(); });
@@ -56,7 +51,8 @@ void SonarDriver::xUnsubscribe(const std::string& name) {
   std::lock_guard<std::mutex> lock(subscriptionMutex);
   const auto found = subscriptions.find(name);
   if (found == subscriptions.end()) {
-    throw QVError("QVSonar", "unsubscribe", "\"" + name + "\" is not subscribed");
+    throw QVError(SonarContract::kModule, SonarContract::kUnsubscribe,
+                  "\"" + name + "\" is not subscribed");
   }
   if (--found->second == 0) subscriptions.erase(found);
   if (subscriptions.empty() && !runsAlways) task.stop();
@@ -84,7 +80,7 @@ void SonarDriver::xMeasure(Sonar& sonar, const Source& measure) const {
     failure = "unknown failure";
   }
   if (failure != sonar.lastFailure && !failure.empty()) {
-    ko::log::error("QVSonar", "measure") << sonar.name << ": " << failure;
+    ko::log::error(SonarContract::kModule, "measure") << sonar.name << ": " << failure;
   }
   sonar.lastFailure = failure;
 }

@@ -6,15 +6,18 @@
 #include <opencv2/imgproc.hpp>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/video_device_contract.h"
 #include "platform/model/internal/number_text.h"
 #include "platform/vision/qv_image.h"
 #include "platform/vision/video_codes.h"
+#include "robot/services/internal/spare_bytes.h"
 
 namespace QV::robot {
 
 typedef std::lock_guard<std::mutex> Lock;
 
-VideoDevice::VideoDevice() : QVModule("QVVideoDevice") {
+VideoDevice::VideoDevice()
+    : QVModule(VideoDeviceContract::kModule), spares(std::make_unique<SpareBytes>()) {
   xBindCameras();
   xBindClients();
 }
@@ -45,21 +48,23 @@ std::vector<std::string> VideoDevice::getHandles() const {
 }
 
 void VideoDevice::xBindCameras() {
-  bindMethod("getCameraModel", [this](int index) { return xDevice(index)->camera.modelCode; });
-  bindMethod("getCameraName", [this](int index) { return xDevice(index)->camera.name; });
-  bindMethod("getHorizontalFOV", [this](int i) { return xDevice(i)->camera.horizontalFOV; });
-  bindMethod("getVerticalFOV", [this](int index) { return xDevice(index)->camera.verticalFOV; });
+  using namespace VideoDeviceContract;
+  bindMethod(kGetCameraModel, [this](int index) { return xDevice(index)->camera.modelCode; });
+  bindMethod(kGetCameraName, [this](int index) { return xDevice(index)->camera.name; });
+  bindMethod(kGetHorizontalFOV, [this](int i) { return xDevice(i)->camera.horizontalFOV; });
+  bindMethod(kGetVerticalFOV, [this](int index) { return xDevice(index)->camera.verticalFOV; });
 }
 
 void VideoDevice::xBindClients() {
-  bindMethod("subscribeCamera", &VideoDevice::xSubscribe, this);
-  bindMethod("getImageRemote", &VideoDevice::xGetImage, this);
-  bindMethod("getHandles", &VideoDevice::getHandles, this);
-  bindMethod("releaseImage", [this](const std::string& handle) {
+  using namespace VideoDeviceContract;
+  bindMethod(kSubscribeCamera, &VideoDevice::xSubscribe, this);
+  bindMethod(kGetImageRemote, &VideoDevice::xGetImage, this);
+  bindMethod(kGetHandles, &VideoDevice::getHandles, this);
+  bindMethod(kReleaseImage, [this](const std::string& handle) {
     Lock lock(mutex);
     xClient(handle).holdsImage = false;
   });
-  bindMethod("unsubscribe", [this](const std::string& handle) {
+  bindMethod(kUnsubscribe, [this](const std::string& handle) {
     Lock lock(mutex);
     if (clients.erase(handle) == 0 && !xWasGiven(handle)) xClient(handle);
   });
@@ -132,12 +137,12 @@ QVValue VideoDevice::xGetImage(const std::string& handle) {
 void VideoDevice::xTakeBack(const std::string& handle, Client& client) const {
   if (!client.holdsImage || client.warned) return;
   client.warned = true;
-  ko::log::warning("QVVideoDevice", "getImageRemote")
+  ko::log::warning(VideoDeviceContract::kModule, VideoDeviceContract::kGetImageRemote)
       << handle << " asks for an image while it holds one, which is taken back";
 }
 
 QVValue VideoDevice::xCapture(Device& device, cv::Size size, ko::Clock::time_point time) {
-  const auto pixels = spares.take(static_cast<std::size_t>(size.area()) * 2);
+  const auto pixels = spares->take(static_cast<std::size_t>(size.area()) * 2);
   const cv::Mat_<std::uint16_t> wanted(size.height, size.width,
                                        reinterpret_cast<std::uint16_t*>(pixels->data()));
   cv::Mat_<std::uint16_t> frame = wanted;

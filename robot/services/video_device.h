@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -13,9 +14,11 @@
 #include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "platform/middleware/qv_module.h"
-#include "robot/services/internal/spare_bytes.h"
+#include "platform/middleware/qv_value.h"
 
 namespace QV::robot {
+
+class SpareBytes;
 
 /**
  * Shows the depth, in millimetres and 0 where there is none, that a camera sees at `time`. `depth`
@@ -90,7 +93,7 @@ class QV_API VideoDevice : public QVModule {
   mutable std::mutex mutex;
   std::map<int, boost::shared_ptr<Device>> devices;
   std::map<std::string, Client> clients;
-  SpareBytes spares;
+  const std::unique_ptr<SpareBytes> spares;
   /** Whom the first, second, ... handle was given to. */
   std::vector<std::string> names;
 };

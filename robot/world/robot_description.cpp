@@ -3,7 +3,7 @@
 #include <stdexcept>
 
 #include "platform/model/model_utils.h"
-#include "robot/maps/internal/file_bytes.h"
+#include "robot/internal/file_bytes.h"
 
 namespace QV::robot {
 namespace {
@@ -12,13 +12,14 @@ constexpr std::size_t kMostXmlBytes = std::size_t{16} << 20;
 
 }  // namespace
 
-RobotDescription::RobotDescription(const std::string& xml)
-    : xml(xml), model(Model::ModelUtils::robotFromXml(xml)) {}
+RobotDescription::RobotDescription(const std::string& xml, const Model::SensorKinds& kinds)
+    : xml(xml), kinds(kinds), model(Model::ModelUtils::robotFromXml(xml, kinds)) {}
 
-RobotDescription RobotDescription::fromFile(const std::string& path) {
+RobotDescription RobotDescription::fromFile(const std::string& path,
+                                            const Model::SensorKinds& kinds) {
   const std::string xml = readFile(path, kMostXmlBytes);
   try {
-    return RobotDescription(xml);
+    return RobotDescription(xml, kinds);
   } catch (const std::exception& exception) {
     throw std::runtime_error(path + ": " + exception.what());
   }

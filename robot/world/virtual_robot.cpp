@@ -1,14 +1,23 @@
 #include "robot/world/virtual_robot.h"
 
+#include <utility>
+
 #include "robot/world/internal/robot_world.h"
+#include "robot/world/units/unit_factory.h"
 
 namespace QV::robot {
 
 VirtualRobot::VirtualRobot(const RobotDescription& description,
                            boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
-                           boost::shared_ptr<QVBroker> given)
+                           boost::shared_ptr<QVBroker> broker)
+    : VirtualRobot(description, std::move(map), options, std::move(broker),
+                   UnitFactory::standard()) {}
+
+VirtualRobot::VirtualRobot(const RobotDescription& description,
+                           boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
+                           boost::shared_ptr<QVBroker> given, const UnitFactory& units)
     : broker(given ? std::move(given) : QVBroker::create()),
-      world(boost::make_shared<RobotWorld>(description, std::move(map), options, broker)) {
+      world(boost::make_shared<RobotWorld>(description, std::move(map), options, broker, units)) {
   broker->registerModule(world);
   world->start();
 }
@@ -60,7 +69,7 @@ void VirtualRobot::setJointPositions(const std::map<std::string, double>& positi
 }
 
 std::set<std::string> VirtualRobot::getTouchedGroups() const {
-  return world->getState().touched;
+  return world->getTouched();
 }
 
 std::size_t VirtualRobot::getCollisionCount() const {

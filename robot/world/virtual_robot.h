@@ -20,6 +20,7 @@
 namespace QV::robot {
 
 class RobotWorld;
+class UnitFactory;
 
 /**
  * A whole robot in this process: every service that sensors call, under its real name, and a body
@@ -37,6 +38,13 @@ class QV_API VirtualRobot {
   /** The services go to `broker`, a new one if there is none; a name in use there: QVError. */
   VirtualRobot(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,
                const WorldOptions& options = {}, boost::shared_ptr<QVBroker> broker = nullptr);
+  /**
+   * With what `units` makes for its sensors. A sensor of a type that `units` knows and the
+   * description's kinds do not: std::invalid_argument. Who throws leaves nothing with the broker.
+   */
+  VirtualRobot(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,
+               const WorldOptions& options, boost::shared_ptr<QVBroker> broker,
+               const UnitFactory& units);
   /** From a file; see RobotDescription::fromFile. */
   VirtualRobot(const std::string& descriptionPath, boost::shared_ptr<const OccupancyMap> map,
                const WorldOptions& options = {}, boost::shared_ptr<QVBroker> broker = nullptr);
@@ -86,7 +94,7 @@ class QV_API VirtualRobot {
   /** Takes back all faults of a sensor. */
   void clearFault(const std::string& sensor);
 
-  /** The sensors of the description that can fail, and "PeoplePerception" with a depth camera. */
+  /** The sensors that are measured, and "PeoplePerception" with a depth camera. */
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
 

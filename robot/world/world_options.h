@@ -43,7 +43,7 @@ struct QV_API Walker {
   float speed = 0.8f;
 };
 
-/** The world of an VirtualRobot, and how well its sensors measure. Default: an empty, perfect one.
+/** The world of a VirtualRobot, and how well its sensors measure. Default: an empty, perfect one.
  */
 struct QV_API WorldOptions {
   /** Of the robot's root link in the map. */
@@ -74,8 +74,5 @@ struct QV_API WorldOptions {
   /** From a laser's command to its first scan. */
   ko::Duration laserStart{60'000'000};
 };
-
-/** What makes no sense, but for boxes, holes and people: std::invalid_argument. */
-void checkOptions(const WorldOptions& options);
 
 }  // namespace QV::robot

@@ -3,8 +3,10 @@
 #include <atomic>
 #include <initializer_list>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
@@ -43,7 +45,7 @@ class QV_API SensorManager {
  protected:
   /** The records of all started sensors. */
   virtual std::vector<Math::MetricalData> xGetData() const = 0;
-  /** Told after every subscription change whether any sensor is started. */
+  /** Told after every subscription change, and by lookAgain, whether any sensor is started. */
   virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
 
  public:
@@ -63,6 +65,12 @@ class QV_API SensorManager {
   bool unsubscribe(const std::string& subscriber, const std::string& name);
   bool unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
   bool unsubscribe(const std::string& subscriber, std::initializer_list<std::string> names);
+
+  /**
+   * Looks whether any sensor runs and tells the derived manager, as a subscription does: after
+   * enabling or a diagnosis, which don't.
+   */
+  void lookAgain();
 
   /** Takes neither the subscription lock nor tells the derived manager; false for a bad name. */
   bool enableSensorOrFamily(const std::string& name, bool enable);
@@ -97,6 +105,17 @@ class QV_API SensorManager {
   std::vector<Math::MetricalData> getMetricalData(const std::string& name) const;
   std::vector<Math::MetricalData> getMetricalData(const std::set<std::string>& names) const;
   std::vector<Math::MetricalData> getMetricalData(std::initializer_list<std::string> names) const;
+
+  /**
+   * Why a sensor fails: the last warning or error about it, its time and all; for one that could
+   * not be built, under its name in the robot's description. Stays after a repair; nothing for one
+   * that never had trouble, or that nobody knows. Never waits for hardware.
+   */
+  std::optional<ko::log::Record> getLastTrouble(const std::string& sensorName) const;
+
+  /** Logs an error about a sensor and keeps it as its last trouble, whether or not it was built. */
+  void logTrouble(const std::string& sensorName, std::string_view category, std::string_view method,
+                  const std::string& message) const;
 
   /** A parameter of the robot's kind for callers, without unit; 0 unless the derived manager sets
    * it. */
@@ -154,6 +173,9 @@ class QV_API SensorManager {
   /** Spares the lock while none fails. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::mutex gatheringMutex;
+  /** Of sensors that were not built. */
+  mutable std::map<std::string, ko::log::Record> troubleOfMissing;
+  mutable boost::mutex troubleMutex;
 };
 
 }  // namespace QV::sensor

@@ -5,6 +5,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/middleware/qv_error.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/hosting/record_value.h"
@@ -49,14 +50,19 @@ std::vector<boost::shared_ptr<T>> sensorsOfType(const SensorManager& manager) {
 
 }  // namespace
 
-NavigationModule::NavigationModule() : QVModule("QVNavigation") {}
+NavigationModule::NavigationModule() : QVModule(NavigationContract::kModule) {}
 
-NavigationModule::NavigationModule(const boost::shared_ptr<QVBroker>& broker) : NavigationModule() {
-  xHost(boost::make_shared<RealSensorManager>(broker));
+NavigationModule::NavigationModule(const boost::shared_ptr<QVBroker>& broker)
+    : NavigationModule(broker, SensorFactory::standard()) {}
+
+NavigationModule::NavigationModule(const boost::shared_ptr<QVBroker>& broker,
+                                   const SensorFactory& factory)
+    : NavigationModule() {
+  xHost(boost::make_shared<RealSensorManager>(broker, factory));
 }
 
 NavigationModule::NavigationModule(boost::shared_ptr<SensorManager> manager) : NavigationModule() {
-  if (!manager) throw QVError("QVNavigation", "NavigationModule", "no manager given");
+  if (!manager) throw QVError(NavigationContract::kModule, "NavigationModule", "no manager given");
   xHost(std::move(manager));
 }
 
@@ -80,69 +86,76 @@ void NavigationModule::xHost(boost::shared_ptr<SensorManager> newManager) {
 }
 
 void NavigationModule::xBindEvents() {
-  bindMethod("_onTouchChanged", [this](Name event, const QVValue& value, Name subscriber) {
+  using namespace NavigationContract;
+  bindMethod(kOnTouchChanged, [this](Name event, const QVValue& value, Name subscriber) {
     for (const auto& sensor : touchSensors) sensor->onTouchChanged(event, value, subscriber);
   });
-  bindMethod("_onPeopleDetected", [this](Name event, const QVValue& value, Name subscriber) {
+  bindMethod(kOnPeopleDetected, [this](Name event, const QVValue& value, Name subscriber) {
     for (const auto& sensor : peopleSensors) sensor->onUpdatePeopleList(event, value, subscriber);
   });
 }
 
 void NavigationModule::xBindSubscriptions() {
-  bindMethod("subscribe", [this](Name subscriber, const QVValue& names) {
+  using namespace NavigationContract;
+  bindMethod(kSubscribe, [this](Name subscriber, const QVValue& names) {
     return manager->subscribe(subscriber, toNames(names));
   });
-  bindMethod("unsubscribe", [this](Name subscriber, const QVValue& names) {
+  bindMethod(kUnsubscribe, [this](Name subscriber, const QVValue& names) {
     return manager->unsubscribe(subscriber, toNames(names));
   });
-  bindMethod("subscribeToAll", [this](Name subscriber) { return manager->subscribe(subscriber); });
-  bindMethod("unsubscribeFromAll",
+  bindMethod(kSubscribeToAll, [this](Name subscriber) { return manager->subscribe(subscriber); });
+  bindMethod(kUnsubscribeFromAll,
              [this](Name subscriber) { return manager->unsubscribe(subscriber); });
 }
 
 void NavigationModule::xBindSwitches() {
+  using namespace NavigationContract;
   SensorManager* const m = manager.get();
-  bindMethod("enableSensorOrFamily", &SensorManager::enableSensorOrFamily, m);
-  bindMethod("setSensorDiagnosis", &SensorManager::setSensorDiagnosis, m);
-  bindMethod("setSensorsDebug", &SensorManager::setSensorsDebug, m);
-  bindMethod("setPose2D", [m](const std::vector<float>& scan, const std::vector<float>& reference) {
+  bindMethod(kEnableSensorOrFamily, &SensorManager::enableSensorOrFamily, m);
+  bindMethod(kSetSensorDiagnosis, &SensorManager::setSensorDiagnosis, m);
+  bindMethod(kLookAgain, &SensorManager::lookAgain, m);
+  bindMethod(kSetSensorsDebug, &SensorManager::setSensorsDebug, m);
+  bindMethod(kSetPose2D, [m](const std::vector<float>& scan, const std::vector<float>& reference) {
     m->setPose2D(Math::Pose2D(scan), Math::Pose2D(reference));
   });
 }
 
 void NavigationModule::xBindLists() {
+  using namespace NavigationContract;
   const SensorManager* const m = manager.get();
-  bindMethod("getFamilyNames", [m] { return toValue(m->getFamilyNames()); });
-  bindMethod("getSensorList", [m] { return toValue(m->getSensorList()); });
-  bindMethod("getAllSensorsByFamily", [m] { return toValue(m->getAllSensorsByFamily()); });
-  bindMethod("getSensorsByFamily", [m](Name f) { return toValue(m->getSensorsByFamily(f)); });
-  bindMethod("getSensorListBySubscriber",
+  bindMethod(kGetFamilyNames, [m] { return toValue(m->getFamilyNames()); });
+  bindMethod(kGetSensorList, [m] { return toValue(m->getSensorList()); });
+  bindMethod(kGetAllSensorsByFamily, [m] { return toValue(m->getAllSensorsByFamily()); });
+  bindMethod(kGetSensorsByFamily, [m](Name f) { return toValue(m->getSensorsByFamily(f)); });
+  bindMethod(kGetSensorListBySubscriber,
              [m](Name subscriber) { return toValue(m->getSensorListBySubscriber(subscriber)); });
-  bindMethod("getSubscribers", [m] { return toValue(m->getSubscribers()); });
-  bindMethod("getEnabledSensorList", [m] { return toValue(m->getEnabledSensorList()); });
+  bindMethod(kGetSubscribers, [m] { return toValue(m->getSubscribers()); });
+  bindMethod(kGetEnabledSensorList, [m] { return toValue(m->getEnabledSensorList()); });
 }
 
 void NavigationModule::xBindQuestions() {
+  using namespace NavigationContract;
   const SensorManager* const m = manager.get();
-  bindMethod("isSensorStarted", &SensorManager::isSensorStarted, m);
-  bindMethod("isSensorEnabled", &SensorManager::isSensorEnabled, m);
-  bindMethod("isSensorDiagnosisSuccess", &SensorManager::isSensorDiagnosisSuccess, m);
-  bindMethod("isSensorSubscribedBy", &SensorManager::isSensorSubscribedBy, m);
-  bindMethod("isSensor", &SensorManager::isSensor, m);
-  bindMethod("isFamily", &SensorManager::isFamily, m);
-  bindMethod("getKindParameter", &SensorManager::getKindParameter, m);
-  bindMethod("lastTrouble", &NavigationModule::xLastTrouble, this);
+  bindMethod(kIsSensorStarted, &SensorManager::isSensorStarted, m);
+  bindMethod(kIsSensorEnabled, &SensorManager::isSensorEnabled, m);
+  bindMethod(kIsSensorDiagnosisSuccess, &SensorManager::isSensorDiagnosisSuccess, m);
+  bindMethod(kIsSensorSubscribedBy, &SensorManager::isSensorSubscribedBy, m);
+  bindMethod(kIsSensor, &SensorManager::isSensor, m);
+  bindMethod(kIsFamily, &SensorManager::isFamily, m);
+  bindMethod(kGetKindParameter, &SensorManager::getKindParameter, m);
+  bindMethod(kLastTrouble, &NavigationModule::xLastTrouble, this);
 }
 
 void NavigationModule::xBindReadings() {
-  bindMethod("getMetricalData", [this](const QVValue& names) {
+  using namespace NavigationContract;
+  bindMethod(kGetMetricalData, [this](const QVValue& names) {
     return toQVValue(manager->getMetricalData(toNames(names)));
   });
-  bindMethod("getAllMetricalData", [this] { return toQVValue(manager->getMetricalData()); });
+  bindMethod(kGetAllMetricalData, [this] { return toQVValue(manager->getMetricalData()); });
 }
 
 QVValue NavigationModule::xLastTrouble(const std::string& sensorName) const {
-  const auto line = trouble.get(sensorName);
+  const auto line = manager->getLastTrouble(sensorName);
   if (!line) return QVValue::Array();
   return QVValue::array(ko::log::getName(line->level), line->message, line->timestamp);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,11 +10,11 @@
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_module.h"
 #include "sensor/core/sensor_manager.h"
-#include "sensor/hosting/last_trouble.h"
 
 namespace QV::sensor {
 
 class PeoplePerceptionSensor;
+class SensorFactory;
 class TouchSensor;
 
 /**
@@ -31,6 +32,7 @@ class TouchSensor;
  * | getMetricalData | names | array of records, see record_value.h |
  * | getAllMetricalData | | the same |
  * | enableSensorOrFamily, setSensorDiagnosis | name, bool | bool |
+ * | lookAgain | | |
  * | setSensorsDebug | bool | |
  * | setPose2D | twice an array x, y (m), theta (rad) | |
  * | getFamilyNames, getSensorList, getEnabledSensorList, getSubscribers | | set |
@@ -53,13 +55,29 @@ class QV_API NavigationModule : public QVModule {
    * broker alive, and the broker the module: see ScopedModule.
    */
   explicit NavigationModule(const boost::shared_ptr<QVBroker>& broker);
+  /** The same with the sensors that this factory knows. */
+  NavigationModule(const boost::shared_ptr<QVBroker>& broker, const SensorFactory& factory);
   /** With a manager of any kind, which has all its sensors already; no manager: QVError. */
   explicit NavigationModule(boost::shared_ptr<SensorManager> manager);
   /** Unsubscribes everybody first: no hardware is left running. */
   ~NavigationModule() override;
 
   SensorManager& getManager() { return *manager; }
-  const LastTrouble& getLastTrouble() const { return trouble; }
+
+  /** The manager's getLastTrouble, by name. */
+  class LastTrouble {
+   public:
+    std::optional<ko::log::Record> get(const std::string& sensorName) const {
+      return module.manager->getLastTrouble(sensorName);
+    }
+
+   private:
+    friend class NavigationModule;
+    explicit LastTrouble(const NavigationModule& module) : module(module) {}
+
+    const NavigationModule& module;
+  };
+  LastTrouble getLastTrouble() const { return LastTrouble(*this); }
 
  private:
   NavigationModule();
@@ -73,8 +91,6 @@ class QV_API NavigationModule : public QVModule {
   void xBindReadings();
   QVValue xLastTrouble(const std::string& sensorName) const;
 
-  // Older than the manager: it hears of sensors that can't be built.
-  LastTrouble trouble;
   boost::shared_ptr<SensorManager> manager;
   std::vector<boost::shared_ptr<TouchSensor>> touchSensors;
   std::vector<boost::shared_ptr<PeoplePerceptionSensor>> peopleSensors;

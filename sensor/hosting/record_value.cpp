@@ -5,6 +5,7 @@
 #include <string>
 #include <type_traits>
 
+#include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/middleware/qv_error.h"
 
 namespace QV::sensor {
@@ -52,7 +53,7 @@ auto element(const QVValue& record, std::size_t index, const char* what, F conve
   try {
     return convert(record[index]);
   } catch (const std::exception& exception) {
-    throw QVError("QVNavigation", "recordFromQVValue",
+    throw QVError(NavigationContract::kModule, "recordFromQVValue",
                   "element " + std::to_string(index) + ", " + what + ": " + exception.what());
   }
 }
@@ -79,7 +80,7 @@ QVValue toQVValue(const std::vector<Math::MetricalData>& records) {
 
 Math::MetricalData recordFromQVValue(const QVValue& value) {
   if (!value.isArray() || value.getSize() != 6) {
-    throw QVError("QVNavigation", "recordFromQVValue",
+    throw QVError(NavigationContract::kModule, "recordFromQVValue",
                   "a record of 6 elements expected, " + value.toText() + " given");
   }
   Math::MetricalData record;

@@ -10,6 +10,7 @@
 
 #include "platform/api.h"
 #include "platform/ko/future.h"
+#include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/middleware/qv_video_device_proxy.h"
 #include "sensor/real/real_sensor.h"
 
@@ -23,7 +24,7 @@ namespace QV::sensor {
  */
 class QV_API PeoplePerceptionSensor : public RealSensor {
  public:
-  static constexpr char fEventName[] = "PeoplePerception/PeopleDetected";
+  static constexpr auto& fEventName = NavigationContract::kPeopleDetectedEvent;
 
   /** A module that is missing: QVError. */
   PeoplePerceptionSensor(const std::string& name, const std::string& familyName,
@@ -55,6 +56,7 @@ class QV_API PeoplePerceptionSensor : public RealSensor {
     std::uint64_t generation = 0;
   };
 
+  void xLogError(const char* method, const std::string& message) const;
   Math::Transform xCameraTransform(int camera, ko::Clock::time_point time) const;
   void xStore(Math::MetricalData record);
   static void xPruneOldData(Latest& latest, std::uint64_t generation);

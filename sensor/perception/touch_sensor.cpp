@@ -3,16 +3,15 @@
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
-#include "sensor/core/internal/sensor_scope.h"
+#include "platform/middleware/contracts/motion_contract.h"
+#include "platform/middleware/contracts/navigation_contract.h"
 
 namespace QV::sensor {
 namespace {
 
-typedef boost::lock_guard<boost::mutex> Lock;
+using Lock = boost::lock_guard<boost::mutex>;
 
 constexpr char kTouchCategory[] = "Navigation.TouchSensor";
-// Frame 1 of the motion service: the robot's ground frame.
-constexpr int kTouchFrame = 1;
 // Metres along the x axis of the group's frame: inside the body, where the contact presses.
 constexpr float kPointDepth = -0.05f;
 
@@ -21,12 +20,14 @@ constexpr float kPointDepth = -0.05f;
 TouchSensor::TouchSensor(const std::string& name, const std::string& familyName,
                          boost::shared_ptr<QVBroker> broker,
                          const Math::SensorFieldOfView2D& fieldOfView)
-    : RealSensor(name, familyName, fieldOfView, {}, broker), eventName("TouchChanged") {
+    : RealSensor(name, familyName, fieldOfView, {}, broker),
+      eventName(NavigationContract::kTouchChangedEvent) {
   try {
-    memoryProxy->subscribeToEvent(eventName, "QVNavigation", "_onTouchChanged");
+    memoryProxy->subscribeToEvent(eventName, NavigationContract::kModule,
+                                  NavigationContract::kOnTouchChanged);
   } catch (const std::exception& exception) {
-    ko::log::error(kTouchCategory, "TouchSensor")
-        << "Error while subscribing to TouchChanged: " << exception.what();
+    logTrouble(ko::log::Level::error, kTouchCategory, "TouchSensor",
+               "Error while subscribing to " + eventName + ": " + exception.what());
     throw;
   }
   enabledTouchTypes = {Touch::BUMPER, Touch::TACTILE, Touch::JOINT};
@@ -35,10 +36,9 @@ TouchSensor::TouchSensor(const std::string& name, const std::string& familyName,
 TouchSensor::~TouchSensor() = default;
 
 void TouchSensor::onTouchChanged(const std::string&, QVValue value, const std::string&) {
-  const SensorScope scope(name);
   std::vector<Touch::TouchGroupEvent> groups;
   if (!Touch::extractTouchEventInfo(value, groups)) {
-    ko::log::error(kTouchCategory, "onTouchChanged") << "Invalid touch extraction";
+    logTrouble(ko::log::Level::error, kTouchCategory, "onTouchChanged", "Invalid touch extraction");
     return;
   }
   Lock lock(touchedMutex);
@@ -87,8 +87,10 @@ std::vector<Math::MetricalData> TouchSensor::xGetData() const {
     Math::MetricalData record = xGetMetricalDataMeta();
     record.sensorName = group;
     try {
-      record.sensorTransform = Math::Transform(motionProxy.getTransform(group, kTouchFrame, true));
+      record.sensorTransform =
+          Math::Transform(motionProxy.getTransform(group, MotionContract::kGroundFrame, true));
     } catch (...) {
+      xKeepCaught(kTouchCategory, "xGetData");
       continue;
     }
     record.points = {Math::Position3D(kPointDepth, 0.0f, 0.0f)};

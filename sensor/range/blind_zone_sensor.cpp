@@ -4,6 +4,8 @@
 #include <stdexcept>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/motion_contract.h"
+#include "platform/middleware/contracts/navigation_contract.h"
 
 namespace QV::sensor {
 namespace {
@@ -12,8 +14,6 @@ constexpr char kBlindZoneCategory[] = "Navigation.BlindZoneSensor";
 constexpr float kDetectedAbove = 0.9f;
 constexpr float kStillSpeed = 0.01f;
 constexpr float kStillTurn = 0.1f;
-// Frame 1 of the motion service: the robot's ground frame.
-constexpr int kBlindZoneFrame = 1;
 
 }  // namespace
 
@@ -23,15 +23,14 @@ BlindZoneSensor::BlindZoneSensor(const std::string& name, const std::string& fam
                                  const Math::SensorFieldOfView2D& fieldOfView)
     : RealSensor(name, familyName, fieldOfView, memoryKeys, broker),
       lastDetection(true),
-      eventName("Navigation/MotionDetected") {
+      eventName(NavigationContract::kMotionDetectedEvent) {
   if (memoryKeys.size() >= 2) {
     throw std::runtime_error(name + " cannot be instantiated with more than one key");
   }
   try {
     memoryProxy->declareEvent(eventName);
   } catch (...) {
-    ko::log::error(kBlindZoneCategory, "BlindZoneSensor")
-        << "Unable to declare event " << eventName;
+    xLogError("BlindZoneSensor", "Unable to declare event " + eventName);
   }
 }
 
@@ -43,22 +42,27 @@ std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
   Math::MetricalData& record = result.front();
   try {
     if (xIsRobotMoving()) return {};
-    record.sensorTransform = Math::Transform(motionProxy.getTransform(name, kBlindZoneFrame, true));
+    record.sensorTransform =
+        Math::Transform(motionProxy.getTransform(name, MotionContract::kGroundFrame, true));
   } catch (const std::exception& exception) {
-    ko::log::error(kBlindZoneCategory, "xGetData")
-        << "Unable to retrieve transform: " << exception.what();
+    xLogError("xGetData", std::string("Unable to retrieve transform: ") + exception.what());
     return {};
   }
   bool detected = false;
   try {
     detected = memoryProxy->getData(memoryKeys.at(0)).toFloat() > kDetectedAbove;
   } catch (...) {
+    xKeepCaught(kBlindZoneCategory, "xGetData");
     return {};
   }
   if (lastDetection != detected) xAnnounce(detected, record.sensorTransform);
   const float range = detected ? fieldOfView.minRange : fieldOfView.maxRange;
   record.points = {Math::Position3D(range, 0.0f, 0.0f)};
   return result;
+}
+
+void BlindZoneSensor::xLogError(const char* method, const std::string& message) const {
+  logTrouble(ko::log::Level::error, kBlindZoneCategory, method, message);
 }
 
 bool BlindZoneSensor::xIsRobotMoving() const {
@@ -74,8 +78,7 @@ void BlindZoneSensor::xAnnounce(bool detected, const Math::Transform& sensorTran
     memoryProxy->raiseEvent(eventName,
                             QVValue::array(name, QVValue::array(far.x, far.y, far.z), detected));
   } catch (const std::exception& exception) {
-    ko::log::error(kBlindZoneCategory, "xGetData")
-        << "Unable to raise " << eventName << ": " << exception.what();
+    xLogError("xGetData", "Unable to raise " + eventName + ": " + exception.what());
   }
 }
 

@@ -3,6 +3,7 @@
 #include <stdexcept>
 
 #include "platform/ko/log.h"
+#include "platform/middleware/contracts/sonar_contract.h"
 
 namespace QV::sensor {
 namespace {
@@ -39,13 +40,14 @@ std::vector<Math::MetricalData> SonarSensor::xGetData() const {
   try {
     range = memoryProxy->getData(memoryKeys[0]).toFloat();
   } catch (...) {
+    xKeepCaught(kSonarCategory, "xGetData");
     return {};
   }
   Math::Transform transform;
   try {
     transform = xGetTransformAtTime(record.timestamp - kMeasurementDelay);
   } catch (const std::exception& exception) {
-    ko::log::error(kSonarCategory, "xGetData") << exception.what();
+    logTrouble(ko::log::Level::error, kSonarCategory, "xGetData", exception.what());
     return {};
   }
   if (fieldOfView.minRange >= range) range = kTooNear;
@@ -70,21 +72,21 @@ std::vector<Math::Position3D> SonarSensor::xArc(float range) const {
 }
 
 bool SonarSensor::xSubscribeToHardware() {
-  return xCallModule("subscribe", "xSubscribeToHardware");
+  return xCallModule(SonarContract::kSubscribe, "xSubscribeToHardware");
 }
 
 bool SonarSensor::xUnsubscribeFromHardware() {
-  return xCallModule("unsubscribe", "xUnsubscribeFromHardware");
+  return xCallModule(SonarContract::kUnsubscribe, "xUnsubscribeFromHardware");
 }
 
 bool SonarSensor::xCallModule(const char* method, const char* caller) {
   if (!subscribeToModule) return true;
   try {
-    broker->getProxy("QVSonar", 0)->callVoid(method, name);
+    broker->getProxy(SonarContract::kModule, 0)->callVoid(method, name);
     return true;
   } catch (const std::exception& exception) {
-    ko::log::warning(kSonarCategory, caller) << "Unable to reach QVSonar module: \n"
-                                             << exception.what();
+    logTrouble(ko::log::Level::warning, kSonarCategory, caller,
+               std::string("Unable to reach QVSonar module: \n") + exception.what());
     return false;
   }
 }

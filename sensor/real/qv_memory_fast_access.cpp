@@ -4,6 +4,7 @@
 #include <atomic>
 #include <memory>
 
+#include "platform/middleware/contracts/memory_contract.h"
 #include "platform/middleware/qv_broker_manager.h"
 #include "platform/middleware/qv_error.h"
 
@@ -11,7 +12,6 @@ namespace QV {
 namespace {
 
 const char kModule[] = "QVMemoryFastAccess";
-const char kMemory[] = "QVMemory";
 
 boost::shared_ptr<QVBroker> anyBroker() {
   return QVBrokerManager::getInstance()->getRandomBroker();
@@ -20,7 +20,7 @@ boost::shared_ptr<QVBroker> anyBroker() {
 boost::shared_ptr<QVMemoryProxy> memoryOf(const boost::shared_ptr<QVBroker>& broker,
                                           const char* method) {
   if (!broker) throw QVError(kModule, method, "no broker given");
-  return broker->getSpecialisedProxy<QVMemoryProxy>(kMemory);
+  return broker->getSpecialisedProxy<QVMemoryProxy>(MemoryContract::kModule);
 }
 
 template <typename T>
@@ -68,7 +68,7 @@ QVMemoryFastAccess::~QVMemoryFastAccess() = default;
 void QVMemoryFastAccess::ConnectToVariables(boost::shared_ptr<QVBroker> broker,
                                             const std::vector<std::string>& keys, bool safe) {
   if (stopped) return;
-  if (!memoryProxy && broker) memoryProxy = broker->getProxy(kMemory, 0);
+  if (!memoryProxy && broker) memoryProxy = broker->getProxy(MemoryContract::kModule, 0);
   floatPointers.clear();
   floatPointers.reserve(keys.size());
   for (const std::string& key : keys) {
@@ -82,7 +82,7 @@ void QVMemoryFastAccess::ConnectToIntVariables(boost::shared_ptr<QVBroker> broke
                                                const std::vector<std::string>& keys) {
   if (stopped) return;
   // Not the given broker: the int list has always asked any.
-  if (!memoryProxy && broker) memoryProxy = anyBroker()->getProxy(kMemory, 0);
+  if (!memoryProxy && broker) memoryProxy = anyBroker()->getProxy(MemoryContract::kModule, 0);
   intPointers.clear();
   intPointers.reserve(keys.size());
   for (const std::string& key : keys) {
@@ -144,7 +144,7 @@ bool QVMemoryFastAccess::InnerTest(boost::shared_ptr<QVBroker> broker) {
   if (!broker) throw QVError(kModule, "InnerTest:", "pBroker was NULL");
   boost::shared_ptr<QVMemoryProxy> memory;
   try {
-    memory = broker->getSpecialisedProxy<QVMemoryProxy>(kMemory);
+    memory = broker->getSpecialisedProxy<QVMemoryProxy>(MemoryContract::kModule);
   } catch (const std::exception& error) {
     throw QVError(kModule, "InnerTest", std::string("When creating memory proxy: ") + error.what());
   }

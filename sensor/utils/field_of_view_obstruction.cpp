@@ -6,6 +6,7 @@
 
 #include "platform/ko/log.h"
 #include "platform/math/is_intersection_cone_shape.h"
+#include "platform/middleware/contracts/robot_model_contract.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_proxy.h"
 #include "platform/model/model_utils.h"
@@ -38,7 +39,8 @@ void initCollisionShapesAndJointConfig(
     boost::shared_ptr<QVBroker> broker,
     std::vector<std::shared_ptr<Model::CollisionShape>>& shapes) {
   shapes.clear();
-  const auto xml = broker->getProxy("QVRobotModel", 0)->call<std::string>("getConfig");
+  const auto xml = broker->getProxy(RobotModelContract::kModule, 0)
+                       ->call<std::string>(RobotModelContract::kGetConfig);
   const Model::Robot robot = Model::ModelUtils::robotFromXml(xml);
   for (const auto& [name, shape] : robot.collisionShapes) {
     if (isForearm(shape->getParentJoint()) && canBeTested(*shape)) shapes.push_back(shape);

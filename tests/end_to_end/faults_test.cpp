@@ -270,7 +270,7 @@ TEST(Faults, aLaserThatIsOffStartsOnlyWhenItIsBackAndCalledSoundAgain) {
   porter.clearFault("FrontLaser");
   time.advance(milliseconds(100));
   manager.setSensorDiagnosis("FrontLaser", true);
-  manager.subscribe("FrontLaser", {});
+  manager.lookAgain();
   time.advance(milliseconds(200));
   EXPECT_TRUE(manager.isSensorStarted("FrontLaser"));
   EXPECT_EQ(manager.getMetricalData("FrontLaser").size(), 1u);

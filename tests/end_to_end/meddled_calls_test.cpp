@@ -191,7 +191,7 @@ class Scenario {
         manager().setSensorDiagnosis(name, true);
       }
     }
-    manager().subscribe("me", {});
+    manager().lookAgain();
     checkHardware("a repair");
     for (const auto& name : kAllSensors) {
       EXPECT_TRUE(manager().isSensorStarted(name)) << name << " after " << after;

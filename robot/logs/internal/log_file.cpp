@@ -5,7 +5,7 @@
 
 #include "platform/middleware/qv_value.h"
 #include "platform/model/internal/number_text.h"
-#include "robot/maps/internal/file_bytes.h"
+#include "robot/internal/file_bytes.h"
 
 namespace QV::robot {
 namespace {

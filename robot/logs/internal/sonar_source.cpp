@@ -5,15 +5,15 @@
 #include <memory>
 #include <stdexcept>
 
-#include "platform/model/internal/number_text.h"
-#include "robot/services/sensor_types.h"
+#include "platform/model/sensor_properties.h"
+#include "robot/services/internal/sonar_config.h"
 
 namespace QV::robot {
 namespace {
 
 struct Played {
   std::size_t index;
-  double maxRange;
+  float maxRange;
 };
 
 // Where each sonar's value stands in a step.
@@ -21,10 +21,9 @@ std::map<std::string, Played> sonarsOf(const Recording& recording) {
   std::map<std::string, Played> sonars;
   std::size_t index = 0;
   for (const Model::SensorConfig& sensor : recording.sensors) {
-    if (sensor.type == kSonarType && sensor.memoryKeys.size() == 1) {
-      const auto property = sensor.properties.find("maximumDetectionDistance");
-      const bool known = property != sensor.properties.end();
-      sonars[sensor.name] = {index, known ? Model::atofC(property->second) : 0.0};
+    if (isSonar(sensor)) {
+      const Model::SensorProperties properties(sensor);
+      sonars[sensor.name] = {index, properties.getNumber("maximumDetectionDistance")};
     }
     index += sensor.memoryKeys.size();
   }

@@ -6,7 +6,7 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include "robot/maps/internal/file_bytes.h"
+#include "robot/internal/file_bytes.h"
 #include "robot/maps/internal/pgm_reader.h"
 #include "robot/maps/internal/png_chunks.h"
 

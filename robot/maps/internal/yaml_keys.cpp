@@ -6,7 +6,7 @@
 #include <stdexcept>
 #include <string_view>
 
-#include "robot/maps/internal/file_bytes.h"
+#include "robot/internal/file_bytes.h"
 
 namespace QV::robot {
 namespace {

@@ -2,21 +2,24 @@
 
 #include <map>
 
+#include "platform/middleware/contracts/device_manager_contract.h"
 #include "platform/middleware/qv_error.h"
 
 namespace QV::robot {
 namespace {
 
 [[noreturn]] void refuse(const std::string& expected, const QVValue& given) {
-  throw QVError("DCM", "set", expected + " expected, " + given.toText() + " given");
+  using namespace DeviceManagerContract;
+  throw QVError(kModule, kSet, expected + " expected, " + given.toText() + " given");
 }
 
 DeviceCommand::Mode toMode(const std::string& key, const QVValue& mode) {
+  using namespace DeviceManagerContract;
   static const std::map<std::string, DeviceCommand::Mode> modes{
-      {"Merge", DeviceCommand::Mode::merge},
-      {"ClearAll", DeviceCommand::Mode::clearAll},
-      {"ClearAfter", DeviceCommand::Mode::clearAfter},
-      {"ClearBefore", DeviceCommand::Mode::clearBefore}};
+      {kMerge, DeviceCommand::Mode::merge},
+      {kClearAll, DeviceCommand::Mode::clearAll},
+      {kClearAfter, DeviceCommand::Mode::clearAfter},
+      {kClearBefore, DeviceCommand::Mode::clearBefore}};
   const auto found = modes.find(mode.toString());
   if (found != modes.end()) return found->second;
   refuse("key \"" + key + "\": Merge, ClearAll, ClearAfter or ClearBefore", mode);

@@ -3,6 +3,7 @@
 #include <limits>
 #include <mutex>
 
+#include "platform/middleware/contracts/memory_contract.h"
 #include "platform/middleware/qv_error.h"
 
 namespace QV::robot {
@@ -24,7 +25,7 @@ bool isKeptInCell(const QVValue& value) {
 
 void checkRange(const std::string& key, const QVValue& value) {
   if (!value.isInt() || value.toInt() == value.toInt32()) return;
-  throw QVError("QVMemory", "insertData",
+  throw QVError(MemoryContract::kModule, MemoryContract::kInsertData,
                 quoted(key) + ": an int of 32 bits expected, " + value.toText() + " given");
 }
 
@@ -36,14 +37,14 @@ MemoryStore::~MemoryStore() = default;
 
 QVValue MemoryStore::getData(const std::string& key) const {
   std::shared_lock<std::shared_mutex> lock(mutex);
-  return xRead(xFind(key, "getData"));
+  return xRead(xFind(key, MemoryContract::kGetData));
 }
 
 void* MemoryStore::getDataPtr(const std::string& key) {
   std::shared_lock<std::shared_mutex> lock(mutex);
-  const Entry& entry = xFind(key, "getDataPtr");
+  const Entry& entry = xFind(key, MemoryContract::kGetDataPtr);
   if (!isKeptInCell(entry.value)) {
-    throw QVError("QVMemory", "getDataPtr",
+    throw QVError(MemoryContract::kModule, MemoryContract::kGetDataPtr,
                   quoted(key) + ": int or float expected, " + typeOf(entry.value) + " found");
   }
   entry.connected = true;
@@ -56,7 +57,7 @@ void MemoryStore::insertData(const std::string& key, const QVValue& value) {
   std::lock_guard<std::shared_mutex> lock(mutex);
   Entry& entry = entries[key];
   if (entry.connected && entry.value.getType() != value.getType()) {
-    throw QVError("QVMemory", "insertData",
+    throw QVError(MemoryContract::kModule, MemoryContract::kInsertData,
                   quoted(key) + " is connected: " + typeOf(entry.value) + " expected, " +
                       typeOf(value) + " given");
   }
@@ -93,7 +94,7 @@ void MemoryStore::xReplace(Entry& entry, const QVValue& value) {
 
 const MemoryStore::Entry& MemoryStore::xFind(const std::string& key, const char* method) const {
   const auto found = entries.find(key);
-  if (found == entries.end()) throw QVError("QVMemory", method, "no " + quoted(key));
+  if (found == entries.end()) throw QVError(MemoryContract::kModule, method, "no " + quoted(key));
   return found->second;
 }
 

@@ -7,7 +7,7 @@
 
 namespace QV::robot {
 
-/** How a sensor of an VirtualRobot fails; docs/faults.md says what each does to which sensor. */
+/** How a sensor of a VirtualRobot fails; docs/faults.md says what each does to which sensor. */
 enum class FaultKind { off, stuck, garbage, wrong, slow, delayed, intermittent };
 
 /** "off", "stuck", ... */

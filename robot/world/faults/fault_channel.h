@@ -2,15 +2,19 @@
 
 #include <deque>
 #include <optional>
-#include <string>
 #include <utility>
 
 #include <boost/function.hpp>
-#include <boost/shared_ptr.hpp>
 
-#include "robot/world/faults/fault_plan.h"
+#include "robot/world/faults/fault.h"
 
 namespace QV::robot {
+
+/** What ails a sensor at a time; nothing while it is sound. */
+using FaultFinder = boost::function<std::optional<FaultKind>(ko::Clock::time_point)>;
+
+/** What is left of a range, or a distance, that a sensor tells wrong. */
+constexpr float kFalseShare = 0.6f;
 
 /**
  * What a sensor that may fail gives out for what it measures, each time that it measures. For one
@@ -33,19 +37,15 @@ class FaultChannel {
   };
 
   /** Makes nonsense of a measurement, or something believable that is not so. */
-  typedef boost::function<T(const T&)> Distortion;
+  using Distortion = boost::function<T(const T&)>;
 
-  FaultChannel(boost::shared_ptr<const FaultPlan> plan, const std::string& sensor,
-               Distortion garble, Distortion falsify)
-      : plan(std::move(plan)),
-        sensor(sensor),
-        garble(std::move(garble)),
-        falsify(std::move(falsify)) {}
+  FaultChannel(FaultFinder faults, Distortion garble, Distortion falsify)
+      : faults(std::move(faults)), garble(std::move(garble)), falsify(std::move(falsify)) {}
 
   /** Nothing while the sensor is gone; else its newest sample, which may be the one before. */
   std::optional<Sample> pass(const T& measured, ko::Clock::time_point now) {
     const Sample fresh{measured, now};
-    const auto kind = plan->find(sensor, now);
+    const auto kind = faults(now);
     if (kind != FaultKind::delayed) underWay.clear();
     if (!kind) return last = fresh;
     switch (*kind) {
@@ -80,8 +80,7 @@ class FaultChannel {
     return last;
   }
 
-  const boost::shared_ptr<const FaultPlan> plan;
-  const std::string sensor;
+  const FaultFinder faults;
   const Distortion garble;
   const Distortion falsify;
   std::optional<Sample> last;

@@ -13,22 +13,21 @@
 
 #include "platform/ko/periodic_task.h"
 #include "platform/middleware/qv_module.h"
-#include "robot/services/device_manager.h"
-#include "robot/services/video_device.h"
+#include "robot/services/motion_service.h"
+#include "robot/world/faults/internal/fault_plan.h"
+#include "robot/world/internal/unit_schedule.h"
 #include "robot/world/robot_description.h"
-#include "robot/world/scene/body.h"
-#include "robot/world/scene/crowd.h"
-#include "robot/world/units/blind_zone_unit.h"
-#include "robot/world/units/laser_units.h"
-#include "robot/world/units/people_unit.h"
-#include "robot/world/units/touch_units.h"
+#include "robot/world/scene/internal/body.h"
+#include "robot/world/scene/internal/crowd.h"
 #include "robot/world/units/unit_context.h"
+#include "robot/world/units/unit_factory.h"
 
 namespace QV::robot {
 
 /**
- * What an VirtualRobot is made of. A module, "VirtualRobot", so that the broker keeps it as long
- * as its services: "setVelocity" (vx, vy, omega) and "getPose" ([x, y, theta]) are the robot's.
+ * What a VirtualRobot is made of: a body and people that move in a scene, and units that measure
+ * it. A module, "VirtualRobot", so that the broker keeps it as long as its services: "setVelocity"
+ * (vx, vy, omega) and "getPose" ([x, y, theta]) are the robot's.
  */
 class RobotWorld : public QVModule {
  public:
@@ -36,15 +35,13 @@ class RobotWorld : public QVModule {
     Math::Pose2D pose;
     Math::Pose2D velocity;
     Math::Pose2D odometry;
-    /** Where the body touches something, in the root link's frame. */
-    std::optional<float> contact;
-    std::set<std::string> touched;
     std::size_t collisionCount = 0;
     People people;
   };
 
   RobotWorld(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,
-             const WorldOptions& options, const boost::shared_ptr<QVBroker>& broker);
+             const WorldOptions& options, const boost::shared_ptr<QVBroker>& broker,
+             const UnitFactory& factory);
   ~RobotWorld() override;
 
   /** The first step is made before this returns. */
@@ -53,41 +50,28 @@ class RobotWorld : public QVModule {
   void stop();
 
   const Model::Robot& getModel() const { return model; }
-  const OccupancyMap& getMap() const { return context.surroundings->getScene().getMap(); }
+  const OccupancyMap& getMap() const { return context.getSurroundings().getMap(); }
   const BodySize& getBodySize() const { return bodySize; }
-  FaultPlan& getFaults() { return *faults; }
+  FaultPlan& getFaults() { return *context.getFaultPlan(); }
   State getState() const;
+  std::set<std::string> getTouched() const { return context.getSurroundings().getTouched(); }
 
   void setVelocity(const Math::Pose2D& velocity);
   void setPose(const Math::Pose2D& pose);
   void setJointPositions(const std::map<std::string, double>& positions);
 
  private:
-  void xRegisterServices(const RobotDescription& description,
-                         const boost::shared_ptr<QVBroker>& broker);
+  void xBindMethods();
   void xSetOdometryErrors();
-  void xAddCameras(VideoDevice& video);
-  void xAddBlindZones();
+  void xMakeUnits(const RobotDescription& description, const boost::shared_ptr<QVBroker>& broker,
+                  const UnitFactory& factory);
   void xStep();
-  State xMove(ko::Clock::time_point now);
-
-  /** Says when something that is done once a period is due. */
-  struct Beat {
-    const ko::Duration period;
-    ko::Clock::time_point next = ko::Clock::time_point();
-
-    bool isDue(ko::Clock::time_point now);
-  };
+  Math::Pose2D xMove(ko::Clock::time_point now);
 
   const Model::Robot model;
   const boost::shared_ptr<MotionService> motion;
-  const boost::shared_ptr<DeviceManager> devices;
-  const boost::shared_ptr<FaultPlan> faults;
   const UnitContext context;
-  TouchUnits touch;
-  LaserUnits lasers;
-  std::vector<std::unique_ptr<BlindZoneUnit>> blindZones;
-  std::unique_ptr<PeopleUnit> peopleUnit;
+  std::unique_ptr<UnitSchedule> units;
 
   const BodySize bodySize;
   mutable std::mutex mutex;
@@ -95,9 +79,6 @@ class RobotWorld : public QVModule {
   Crowd crowd;
   State state;
   ko::Clock::time_point steppedAt;
-  Beat laserBeat;
-  Beat blindZoneBeat;
-  Beat peopleBeat;
   ko::PeriodicTask task;
 };
 

@@ -1,10 +1,21 @@
 #include "robot/world/scene/surroundings.h"
 
+#include <utility>
+
+#include "robot/services/motion_service.h"
+#include "robot/world/scene/internal/scene.h"
+
 namespace QV::robot {
 
 Surroundings::Surroundings(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
                            boost::shared_ptr<MotionService> motion)
-    : scene(std::move(map), options), motion(std::move(motion)) {}
+    : scene(std::make_unique<const Scene>(std::move(map), options)), motion(std::move(motion)) {}
+
+Surroundings::~Surroundings() = default;
+
+const OccupancyMap& Surroundings::getMap() const {
+  return scene->getMap();
+}
 
 void Surroundings::setMoment(const Moment& newMoment) {
   std::lock_guard<std::mutex> lock(mutex);
@@ -22,6 +33,20 @@ Math::Transform Surroundings::frameInMap(const std::string& name, const Moment& 
 
 Math::Transform Surroundings::frameInGround(const std::string& name) const {
   return motion->getTransform(name, MotionService::kGroundFrame, true);
+}
+
+float Surroundings::castRay(const Ray& ray, float reach, const Moment& at) const {
+  return scene->castRay(ray, reach, at.people);
+}
+
+void Surroundings::setTouched(const std::set<std::string>& links) {
+  std::lock_guard<std::mutex> lock(mutex);
+  touched = links;
+}
+
+std::set<std::string> Surroundings::getTouched() const {
+  std::lock_guard<std::mutex> lock(mutex);
+  return touched;
 }
 
 }  // namespace QV::robot

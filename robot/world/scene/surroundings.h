@@ -1,30 +1,54 @@
 #pragma once
 
+#include <memory>
 #include <mutex>
+#include <optional>
+#include <set>
 #include <string>
+#include <vector>
 
 #include <boost/shared_ptr.hpp>
 
+#include "platform/api.h"
+#include "platform/math/pose2d.h"
 #include "platform/math/transform.h"
-#include "robot/services/motion_service.h"
-#include "robot/world/scene/scene.h"
+#include "platform/navigation/occupancy_map.h"
+#include "robot/world/scene/ray.h"
+#include "robot/world/world_options.h"
 
 namespace QV::robot {
 
+class MotionService;
+class Scene;
+
 /** Where everything that moves is, at one time. */
-struct Moment {
+struct QV_API Moment {
+  /** The root link in the map. */
   Math::Pose2D robot;
-  People people;
+  /** In the map: upright cylinders, 0.2 m in radius and 1.7 m high. */
+  std::vector<Math::Position2D> people = {};
+  /** In which direction the body touches something, in the root link's frame, radians. */
+  std::optional<float> contact = std::nullopt;
 };
 
-/** What the robot's sensors have around them now. Safe from any thread. */
-class Surroundings {
+/**
+ * What the robot's sensors have around them: the walls of the map, boxes, a floor at height 0 with
+ * holes, and people. Lengths are metres. Not copyable; safe from any thread.
+ */
+class QV_API Surroundings {
  public:
+  /**
+   * Sizes of boxes and holes that are not positive, numbers that are not finite, no map:
+   * std::invalid_argument.
+   */
   Surroundings(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
                boost::shared_ptr<MotionService> motion);
+  ~Surroundings();
 
-  const Scene& getScene() const { return scene; }
+  const OccupancyMap& getMap() const;
+  const Scene& getScene() const { return *scene; }
 
+  /** For whoever moves the robot. */
   void setMoment(const Moment& moment);
   Moment getMoment() const;
 
@@ -33,11 +57,19 @@ class Surroundings {
   /** The same seen from the ground beneath the robot. */
   Math::Transform frameInGround(const std::string& name) const;
 
+  /** The range of what the ray meets first; infinity for nothing up to `reach`. */
+  float castRay(const Ray& ray, float reach, const Moment& moment) const;
+
+  /** The links that touch something now, for whoever senses it. */
+  void setTouched(const std::set<std::string>& links);
+  std::set<std::string> getTouched() const;
+
  private:
-  const Scene scene;
+  const std::unique_ptr<const Scene> scene;
   const boost::shared_ptr<MotionService> motion;
   mutable std::mutex mutex;
   Moment moment;
+  std::set<std::string> touched;
 };
 
 }  // namespace QV::robot

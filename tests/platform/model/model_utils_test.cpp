@@ -28,7 +28,9 @@ const char* const kDescription = R"(<?xml version="1.0"?>
   </sensor>
   <sensor name="Skin" type="2"/>
   <sensor name="another tool's" update_rate="20"><camera/></sensor>
+  <sensor name="Back" type="Sonar"/>
   <sensor name="another tool's" type="ray"><memory_key/></sensor>
+  <sensor type="sonar"/>
   <joint name="grip" type="prismatic">
     <parent link="hand"/><child link="finger"/>
     <axis xyz="0 0 2"/><limit lower="0" upper="0.04" effort="10" velocity="0.2"/>
@@ -88,7 +90,7 @@ TEST(RobotFromXml, readsTheRobotItsBodyAndItsJointsParentsFirst) {
 
 TEST(RobotFromXml, readsItsOwnSensorsOnly) {
   const Robot robot = ModelUtils::robotFromXml(kDescription);
-  ASSERT_THAT(robot.sensorConfigs, ElementsAre(Key("Front"), Key("Skin")));
+  ASSERT_THAT(robot.sensorConfigs, ElementsAre(Key("Back"), Key("Front"), Key("Skin")));
   const SensorConfig& front = robot.sensorConfigs.at("Front");
   EXPECT_EQ(front.name, "Front");
   EXPECT_EQ(front.type, 9);
@@ -99,6 +101,17 @@ TEST(RobotFromXml, readsItsOwnSensorsOnly) {
               ElementsAre(Pair("label", ""), Pair("minimumDetectionDistance", "0.25 m")));
   EXPECT_THAT(front.memoryKeys, ElementsAre("Sonar/Front", "Sonar/Front/Age"));
   EXPECT_EQ(robot.sensorConfigs.at("Skin"), (SensorConfig{"Skin", "torso", 2, {}, {}, {}}));
+  EXPECT_EQ(robot.sensorConfigs.at("Back").type, 9);
+  EXPECT_THAT(robot.foreignSensors,
+              ElementsAre(ForeignSensor{"another tool's", "ray"}, ForeignSensor{"", "sonar"}));
+}
+
+TEST(RobotFromXml, takesTheTypeNamesOfTheKindsThatItIsGiven) {
+  SensorKinds kinds;
+  kinds.add({40, "ray", "Cliff"});
+  const Robot robot = ModelUtils::robotFromXml(
+      "<robot name='r'><link name='a'/><sensor name='s' type='ray'/></robot>", kinds);
+  EXPECT_EQ(robot.sensorConfigs.at("s").type, 40);
 }
 
 TEST(RobotFromXml, keepsEveryShapeUnderItsJointAlsoThoseThatNothingCanTest) {
@@ -194,7 +207,9 @@ TEST(RobotFromXml, saysWhereADescriptionIsMalformedAndWhatWasExpected) {
                            "<geometry><mesh/></geometry>")),
        "line 5, <collision>: a name of its own expected"},
       // sensors
-      {robotWith("<sensor name='s' type=''/>"), "<sensor>: attribute type: an integer expected"},
+      {robotWith("<sensor name='s' type=''/>"),
+       "<sensor>: attribute type: an integer or the name of a kind"},
+      {robotWith("<sensor name='s' type='9 '/>"), "the name of a kind expected, \"9 \" given"},
       {robotWith(sensor("") + "\n" + sensor("")), "line 6, <sensor>: a name of its own expected"},
       {robotWith(sensor("<parent link='c'/>")), "line 5, <parent>: a link of this robot"},
       {robotWith(sensor("<origin/>\n<origin/>")), "line 6, <origin>: one in <sensor> expected"},

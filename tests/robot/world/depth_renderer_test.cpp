@@ -1,4 +1,4 @@
-#include "robot/world/units/depth_renderer.h"
+#include "robot/world/units/internal/depth_renderer.h"
 
 #include <cmath>
 

@@ -198,39 +198,6 @@ TEST_F(VirtualRobotTest, aLaserScansFromItsConfirmedModeOnUntilItIsSwitchedOff) 
   EXPECT_NEAR(middlePoint("LeftLaser").x, 6.0 - 3.25, 1e-3);
 }
 
-TEST_F(VirtualRobotTest, theShovelLaserSeesWhatIsLow) {
-  world.boxes = {{{6.0f, 3.0f, 0.0f}, 0.1f, 1.0f, 0.0f, 0.05f}};
-  setLaserMode("Platform", 1);
-  setLaserMode("Shovel", 1);
-  run(200);
-  EXPECT_NEAR(middlePoint("ShovelLaser").x, 5.95 - 5.25, 1e-3);
-  EXPECT_NEAR(middlePoint("FrontLaser").x, 10.0 - 5.25, 1e-3) << "10 cm high";
-}
-
-TEST_F(VirtualRobotTest, theHoleLaserJudgesTheFloor) {
-  constexpr int kHole = 1;
-  constexpr int kSound = 2;
-  constexpr int kStep = 4;
-  world.holes = {{{2.0f, 2.0f, 0.0f}, 0.4f, 2.0f, 1.0f}, {{2.0f, 4.5f, 0.0f}, 0.4f, 2.0f, 0.05f}};
-  setLaserMode("Hole", 1);
-  for (const auto& [x, y, status, what] :
-       {std::tuple{5.0f, 3.0f, kSound, "floor"}, std::tuple{9.4f, 3.0f, kSound, "a wall"},
-        std::tuple{1.3f, 2.0f, kHole, "a hole"}, std::tuple{1.3f, 4.5f, kStep, "a step down"}}) {
-    robot().setPose({x, y, 0.0f});
-    run(200);
-    EXPECT_EQ(numberAt("Device/Laser/HoleLaser/Status"), status) << what;
-    EXPECT_EQ(numberAt("Device/Laser/HoleLaser/Inclination"), 0) << what;
-  }
-}
-
-TEST_F(VirtualRobotTest, theBlindZoneTellsWhetherSomethingIsInIt) {
-  run(200);
-  EXPECT_EQ(numberAt("Device/BlindZone/Value"), 0.0f);
-  robot().setPose({0.6f, 3.0f, 0.0f});
-  run(200);
-  EXPECT_EQ(numberAt("Device/BlindZone/Value"), 1.0f);
-}
-
 TEST_F(VirtualRobotTest, reportsThePeopleItSeesWhileSomebodyListens) {
   // Before it, behind it, and hidden behind a cupboard.
   world.people = {{{{7.09f, 3.5f}}}, {{{3.0f, 3.0f}}}, {{{8.0f, 2.5f}}}};

@@ -21,8 +21,8 @@ struct SensorManagerTest : testing::Test {
   const boost::shared_ptr<test::FakeSensor> left = sut.add("Left", "Sonar");
 };
 
-TEST_F(SensorManagerTest, subscriptionChangesAloneTellWhetherAnySensorRuns) {
-  sut.subscribe("me", {});
+TEST_F(SensorManagerTest, subscriptionChangesAndALookTellWhetherAnySensorRuns) {
+  sut.lookAgain();
   sut.subscribe("me", "Left");
   sut.subscribe("you", "Touch");
   sut.enableSensorOrFamily("Sonar", false);
@@ -56,6 +56,8 @@ TEST_F(SensorManagerTest, aSensorThatThrowsIsLeftOutAndLoggedOncePerFailure) {
   const std::string line =
       "error Navigation.SensorManager.xUpdateData: Unable to gather the data of Left: no echo";
   EXPECT_THAT(log.lines(), ElementsAre(line));
+  EXPECT_THAT(line, testing::EndsWith(sut.getLastTrouble("Left").value().message));
+  EXPECT_FALSE(sut.getLastTrouble("Right") || sut.getLastTrouble("No"));
 
   left->onRead = [] {};
   EXPECT_EQ(sut.getMetricalData().size(), 3u);

@@ -57,7 +57,7 @@ struct RealSensorManagerTest : test::FakeRobotTest {
     broker->registerModule(boost::make_shared<robot::RobotModelService>(
         "<robot name='r'><kind code='" + std::to_string(kind) + "'/><link name='base'/>" + sensors +
         "</robot>"));
-    return sut.emplace(broker);
+    return sut.emplace(broker, factory);
   }
 
   std::vector<std::string> stampsOf(const std::string& name) {
@@ -67,6 +67,7 @@ struct RealSensorManagerTest : test::FakeRobotTest {
     return result;
   }
 
+  SensorFactory factory = SensorFactory::standard();
   std::optional<RealSensorManager> sut;
 };
 
@@ -150,6 +151,60 @@ TEST_F(RealSensorManagerTest, whatCantBeBuiltIsLoggedAndItsNeighboursStand) {
   make(sensorElement("Laser1", 8, kLaser, {"x", "y"}));
   EXPECT_THAT(log.lines(),
               Contains(testing::StartsWith(error + "Error while creating LaserSensor: \n")));
+}
+
+const Model::SensorKind kCliff = {40, "Cliff", "Cliff"};
+
+TEST_F(RealSensorManagerTest, makesTheSensorsOfAStrangersKind) {
+  factory.add(kCliff, [](const SensorOrder& order) -> SensorFactory::Sensors {
+    if (order.manager.isFamily("Sonar") || !order.manager.isSensor("Early")) return {};
+    return {boost::make_shared<test::FakeSensor>(order.config.memoryKeys.at(0), order.kind.family),
+            boost::make_shared<test::FakeSensor>(
+                std::to_string(order.kindCode) + "/" + std::to_string(order.fieldOfView.maxRange),
+                order.kind.family)};
+  });
+  make(
+      "<sensor name='Edge' type='Cliff'><property key='maximumDetectionDistance' value='0.5'/>"
+      "<memory_key>edge</memory_key></sensor>" +
+      sensorElement("Early", 14) + sonarElement("Front"));
+  EXPECT_EQ(
+      sut->getAllSensorsByFamily(),
+      (std::map<std::string, std::set<std::string>>{
+          {"BlindZone", {"Early"}}, {"Cliff", {"1/0.500000", "edge"}}, {"Sonar", {"Front"}}}));
+  EXPECT_TRUE(sut->subscribe("me", "Cliff"));
+  time.advance(milliseconds(1));
+  EXPECT_EQ(namesOf(sut->getMetricalData()), (std::vector<std::string>{"1/0.500000", "edge"}));
+}
+
+TEST_F(RealSensorManagerTest, whatAStrangersCreatorDoesWrongConcernsItsSensorOnly) {
+  factory.add(
+      kCliff,
+      [](const SensorOrder& order) -> SensorFactory::Sensors {
+        if (order.config.name == "A") throw std::runtime_error("no edge");
+        if (order.config.name == "B") return {boost::make_shared<test::FakeSensor>("B", "F"), {}};
+        return {boost::make_shared<test::FakeSensor>("Front", "Cliff")};
+      },
+      "No cliff {name}");
+  make(sensorElement("A", 40) + sensorElement("B", 40) + sensorElement("G", 40) +
+       sonarElement("Front"));
+  EXPECT_THAT(sut->getSensorList(), ElementsAre("Front"));
+  EXPECT_EQ(sut->getSensorPtr("Front")->getFamilyName(), "Sonar");
+  const std::string error = "error " + kCategory + "xInitSensors: No cliff ";
+  EXPECT_THAT(log.lines(),
+              AllOf(Contains(error + "A: \nno edge"),
+                    Contains(error + "B: \na sensor expected, the creator of kind \"Cliff\" gave "
+                                     "none (null)"),
+                    Contains(error + "G: \na name of its own expected, another sensor is called "
+                                     "\"Front\"")));
+}
+
+TEST(SensorFactory, takesEachKindOnceAndOnlyWithACreator) {
+  SensorFactory sut = SensorFactory::standard();
+  const auto none = [](const SensorOrder&) { return SensorFactory::Sensors(); };
+  EXPECT_THAT(errorOf([&] { sut.add({9, "Echo", "Echo"}, none); }), HasSubstr("9 given"));
+  EXPECT_THAT(errorOf([&] { sut.add(kCliff, SensorFactory::Creator()); }),
+              HasSubstr("sensor kind \"Cliff\": a creator expected, none given"));
+  EXPECT_EQ(sut.getKinds().findName("Cliff"), nullptr);
 }
 
 TEST_F(RealSensorManagerTest, needsABroker) {

@@ -1,0 +1,64 @@
+#include "platform/model/description_faults.h"
+
+#include "platform/model/internal/key_owners.h"
+#include "platform/model/internal/nearest_word.h"
+#include "platform/model/internal/property_check.h"
+
+namespace QV::Model {
+namespace {
+
+using Faults = std::vector<DescriptionFault>;
+
+std::string quoted(const std::string& text) {
+  return '"' + text + '"';
+}
+
+std::string countOf(const KeyRule& rule) {
+  if (rule.most == 0) return "none";
+  std::string text = std::to_string(rule.least);
+  if (rule.most != rule.least) text += " to " + std::to_string(rule.most);
+  if (rule.groupSize > 1) text += " in groups of " + std::to_string(rule.groupSize);
+  return rule.content.empty() ? text : text + " (" + rule.content + ")";
+}
+
+void checkKeyCount(const SensorConfig& config, const KeyRule& rule, Faults& faults) {
+  const std::size_t count = config.memoryKeys.size();
+  const bool isWhole = rule.groupSize < 2 || count % rule.groupSize == 0;
+  if (count >= rule.least && count <= rule.most && isWhole) return;
+  faults.push_back({config.name,
+                    std::to_string(count) + (count == 1 ? " memory key" : " memory keys"),
+                    countOf(rule)});
+}
+
+void checkForeign(const Robot& robot, const SensorKinds& kinds, Faults& faults) {
+  std::vector<std::string> names;
+  for (const SensorKind& kind : kinds.getAll()) names.push_back(kind.name);
+  for (const ForeignSensor& sensor : robot.foreignSensors) {
+    const std::string* nearest = detail::findNearest(sensor.type, names);
+    if (!nearest) continue;
+    faults.push_back({sensor.name, "type is " + quoted(sensor.type), quoted(*nearest)});
+  }
+}
+
+}  // namespace
+
+std::string DescriptionFault::toText() const {
+  const std::string who = sensor.empty() ? "a sensor without a name" : sensor;
+  return who + ": " + what + ", " + expected + " expected";
+}
+
+std::vector<DescriptionFault> findDescriptionFaults(const Robot& robot, const SensorKinds& kinds) {
+  Faults faults;
+  detail::KeyOwners owners;
+  for (const auto& [name, config] : robot.sensorConfigs) {
+    const SensorKind* kind = kinds.findType(config.type);
+    if (!kind) continue;
+    detail::checkProperties(config, *kind, faults);
+    checkKeyCount(config, kind->keys, faults);
+    owners.check(config, *kind, faults);
+  }
+  checkForeign(robot, kinds, faults);
+  return faults;
+}
+
+}  // namespace QV::Model

@@ -1,0 +1,31 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/model/description_faults.h"
+
+namespace QV::Model::detail {
+
+/** Which sensor of a description reads which memory key. */
+class KeyOwners {
+ public:
+  /** Notes the keys of a sensor, and tells those that it or a sensor before it has already. */
+  void check(const SensorConfig& config, const SensorKind& kind,
+             std::vector<DescriptionFault>& faults);
+
+ private:
+  struct Owner {
+    std::string sensor;
+    bool isShared = false;
+  };
+  /** The keys that belong to others, by these. */
+  using Clashes = std::map<std::string, std::vector<std::string>>;
+
+  void xTake(const std::string& key, const Owner& owner, Clashes& clashes);
+
+  std::map<std::string, Owner> owners;
+};
+
+}  // namespace QV::Model::detail

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <cstddef>
+#include <optional>
+#include <string>
+#include <string_view>
+#include <vector>
+
+namespace QV::Model::detail {
+
+/**
+ * The memory keys that a pattern stands for. `{i}` counts from 0 to `count` - 1, `{i:02}` with at
+ * least 2 digits; `{X,Y}` is X and then Y. All keys of a number come before those of the next one,
+ * and of several alternatives the last ones change fastest.
+ * A pattern that is none, a count without `{i}` or the other way round, and more than `most` keys:
+ * std::invalid_argument.
+ */
+std::vector<std::string> expandKeyPattern(std::string_view pattern, std::optional<int> count,
+                                          std::size_t most);
+
+}  // namespace QV::Model::detail

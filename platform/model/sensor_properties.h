@@ -1,0 +1,44 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "platform/api.h"
+#include "platform/math/sensor_field_of_view_2d.h"
+#include "platform/model/sensor_config.h"
+
+namespace QV::Model {
+
+/**
+ * A sensor's properties, read as what they say. Numbers are read as C's atof does in the C locale:
+ * the longest prefix that is one, after blanks; 0 for any other text and for a missing property.
+ */
+class QV_API SensorProperties {
+ public:
+  /** `config` must outlive it. */
+  explicit SensorProperties(const SensorConfig& config) : properties(config.properties) {}
+  explicit SensorProperties(SensorConfig&&) = delete;
+
+  bool has(const std::string& name) const { return properties.count(name) > 0; }
+  /** As written; empty if it is missing. */
+  std::string getText(const std::string& name) const;
+  /** May be infinite or NaN. */
+  float getNumber(const std::string& name) const;
+  /** 0 for a number that is not finite. */
+  float getFinite(const std::string& name) const;
+  /** Rounded towards 0, the nearest int for what is beyond 32 bits; 0 for NaN. */
+  int getInteger(const std::string& name) const;
+  /** Radians, cut off at 0 and a full turn; 0 for a number that is not finite. */
+  float getAngle(const std::string& name) const;
+
+  /**
+   * "minimumDetectionDistance" and "maximumDetectionDistance" (m) and "horizontalAngularRange"
+   * (rad), as getNumber reads them, and one ray.
+   */
+  Math::SensorFieldOfView2D getFieldOfView() const;
+
+ private:
+  const std::map<std::string, std::string>& properties;
+};
+
+}  // namespace QV::Model

@@ -1,0 +1,10 @@
+#pragma once
+
+#include "platform/model/sensor_config.h"
+
+namespace QV::robot {
+
+/** Whether a configuration is a sonar's that can be measured: it has the one key of a range. */
+bool isSonar(const Model::SensorConfig& config);
+
+}  // namespace QV::robot

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "robot/world/faults/fault.h"
+
+namespace QV::robot {
+
+/** Which sensors of a robot fail, how and when. Safe from any thread, but for addSensor(). */
+class FaultPlan {
+ public:
+  /** Times count from `start`. */
+  explicit FaultPlan(ko::Clock::time_point start) : start(start) {}
+
+  /** One that can fail; without a rate it can't be slow. Before anybody else uses the plan. */
+  void addSensor(const std::string& name, bool hasRate);
+
+  /** See VirtualRobot. */
+  void add(const Fault& fault);
+  void clear(const std::string& sensor);
+
+  std::vector<std::string> getSensors() const;
+  std::vector<FaultKind> getPossible(const std::string& sensor) const;
+
+  /** What ails a sensor at a time; nothing for a name that is not known. */
+  std::optional<FaultKind> find(const std::string& sensor, ko::Clock::time_point time) const;
+
+ private:
+  const std::vector<FaultKind>& xPossible(const std::string& sensor) const;
+
+  const ko::Clock::time_point start;
+  std::map<std::string, std::vector<FaultKind>> possible;
+  mutable std::mutex mutex;
+  std::map<std::string, std::vector<Fault>> faults;
+};
+
+}  // namespace QV::robot

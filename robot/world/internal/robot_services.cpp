@@ -1,0 +1,47 @@
+#include "robot/world/internal/robot_services.h"
+
+#include <string>
+
+#include <boost/make_shared.hpp>
+
+#include "platform/middleware/qv_error.h"
+#include "robot/services/device_manager.h"
+#include "robot/services/memory_service.h"
+#include "robot/services/motion_service.h"
+#include "robot/services/robot_model_service.h"
+#include "robot/services/sonar_driver.h"
+#include "robot/services/video_device.h"
+
+namespace QV::robot {
+namespace {
+
+void checkName(const QVBroker& broker, const std::string& name) {
+  if (!broker.isModulePresent(name)) return;
+  throw QVError("VirtualRobot", "VirtualRobot", "the broker has a module \"" + name + "\" already");
+}
+
+}  // namespace
+
+RobotServices::RobotServices(const boost::shared_ptr<QVBroker>& broker,
+                             const RobotDescription& description, const UnitContext& context,
+                             const boost::shared_ptr<MotionService>& motion)
+    : services{broker, boost::make_shared<DeviceManager>(broker),
+               boost::make_shared<SonarDriver>(broker, description.model,
+                                               context.getOptions().sonarPeriod),
+               boost::make_shared<VideoDevice>()},
+      modules{context.getMemory(),
+              services.devices,
+              motion,
+              boost::make_shared<RobotModelService>(description.xml),
+              services.sonars,
+              services.cameras} {
+  checkName(*broker, "VirtualRobot");
+  for (const auto& module : modules) checkName(*broker, module->getName());
+  for (const auto& module : modules) broker->registerModule(module);
+}
+
+RobotServices::~RobotServices() {
+  for (const auto& module : modules) services.broker->unregisterModule(module->getName());
+}
+
+}  // namespace QV::robot

@@ -1,0 +1,15 @@
+#pragma once
+
+#include "platform/model/robot.h"
+#include "robot/services/motion_service.h"
+#include "robot/world/scene/internal/body.h"
+
+namespace QV::robot {
+
+/**
+ * The upright cylinder about the root link that its own solids fit in, as high as all solids of the
+ * robot stand in its present posture. Without solids on the root link, 0.25 m wide.
+ */
+BodySize measureBody(const Model::Robot& robot, const MotionService& motion);
+
+}  // namespace QV::robot

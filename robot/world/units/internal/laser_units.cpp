@@ -1,0 +1,94 @@
+#include "robot/world/units/internal/laser_units.h"
+
+#include <algorithm>
+#include <stdexcept>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "platform/model/sensor_kinds.h"
+#include "platform/model/sensor_properties.h"
+
+namespace QV::robot {
+namespace {
+
+bool isHoleLaser(const Model::SensorConfig& config) {
+  const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
+  return kind && kind->name == "HoleLaser";
+}
+
+/** Whether the configuration names all keys that a laser of its type needs. */
+bool isComplete(const Model::SensorConfig& config) {
+  std::vector<const char*> needed{"regIndex", "setOperationMode", "getOperationMode", "timestamp"};
+  if (isHoleLaser(config)) needed.insert(needed.end(), {"inclination", "status"});
+  return std::none_of(needed.begin(), needed.end(), [&](const char* property) {
+    return Model::SensorProperties(config).getText(property).empty();
+  });
+}
+
+// A mode that two actuators command would show what the one wants, or the other.
+void checkActuator(const std::string& name, const LaserUnit& laser, const LaserUnit& first) {
+  if (laser.getActuator() == first.getActuator()) return;
+  throw std::invalid_argument("laser \"" + name + "\": setOperationMode \"" + first.getActuator() +
+                              "\" expected, as for the laser that shares its getOperationMode, \"" +
+                              laser.getActuator() + "\" given");
+}
+
+}  // namespace
+
+LaserUnits::LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context,
+                       const UnitFactory::Services& services)
+    : SensorUnit("lasers", ko::Duration::zero()),
+      context(context),
+      scanBeat(context.getOptions().laserPeriod) {
+  for (const Model::SensorConfig& config : configs) {
+    if (!isComplete(config)) continue;
+    const auto laser = boost::make_shared<LaserUnit>(config, isHoleLaser(config), context);
+    auto& lasers = groups[laser->getModeKey()].lasers;
+    lasers.push_back(laser);
+    checkActuator(config.name, *laser, *lasers[0]);
+  }
+  xConnect(services);
+}
+
+void LaserUnits::xConnect(const UnitFactory::Services& services) {
+  for (auto& [modeKey, group] : groups) {
+    // A laser confirms its mode when its first scan is there.
+    const auto scanAll = [lasers = group.lasers](int mode) {
+      for (const auto& laser : lasers) laser->scan(mode, ko::Clock::now());
+    };
+    group.actuator = std::make_unique<LaserModeActuator>(services.broker, services.devices,
+                                                         group.lasers[0]->getActuator(), modeKey,
+                                                         context.getOptions().laserStart, scanAll);
+  }
+}
+
+void LaserUnits::measure(ko::Clock::time_point now) {
+  xUpdateDeadBits(now);
+  if (scanBeat.isDue(now)) xScan(now);
+}
+
+void LaserUnits::xUpdateDeadBits(ko::Clock::time_point now) {
+  for (auto& [modeKey, group] : groups) {
+    int bits = 0;
+    for (const auto& laser : group.lasers) bits |= laser->isOff(now) ? laser->getModeBits() : 0;
+    if (std::exchange(group.deadBits, bits) != bits) group.actuator->setDeadBits(bits);
+  }
+}
+
+void LaserUnits::xScan(ko::Clock::time_point now) {
+  for (const auto& [modeKey, group] : groups) {
+    const int mode = context.read(modeKey).toInt32();
+    for (const auto& laser : group.lasers) laser->scan(mode, now);
+  }
+}
+
+UnitFactory::Units makeLaserUnits(const std::vector<Model::SensorConfig>& configs,
+                                  const UnitContext& context,
+                                  const UnitFactory::Services& services) {
+  UnitFactory::Units units;
+  units.push_back(std::make_unique<LaserUnits>(configs, context, services));
+  return units;
+}
+
+}  // namespace QV::robot

@@ -1,0 +1,53 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+
+#include "robot/services/laser_mode_actuator.h"
+#include "robot/world/units/internal/beat.h"
+#include "robot/world/units/internal/laser_unit.h"
+#include "robot/world/units/sensor_unit.h"
+#include "robot/world/units/unit_factory.h"
+
+namespace QV::robot {
+
+/** The lasers of a robot, and the operation modes that switch them. */
+class LaserUnits : public SensorUnit {
+ public:
+  /**
+   * Takes the modes' actuators over; the memory must be at the broker. Two actuators for one mode:
+   * std::invalid_argument.
+   */
+  LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context,
+             const UnitFactory::Services& services);
+
+  /** Has those that are off confirm no mode, and those that are switched on scan. */
+  void measure(ko::Clock::time_point now) override;
+
+ private:
+  /** Those that share an operation mode. */
+  struct Group {
+    std::vector<boost::shared_ptr<LaserUnit>> lasers;
+    std::unique_ptr<LaserModeActuator> actuator;
+    int deadBits = 0;
+  };
+
+  void xConnect(const UnitFactory::Services& services);
+  void xUpdateDeadBits(ko::Clock::time_point now);
+  void xScan(ko::Clock::time_point now);
+
+  const UnitContext context;
+  /** By the key that the mode shows in. */
+  std::map<std::string, Group> groups;
+  Beat scanBeat;
+};
+
+UnitFactory::Units makeLaserUnits(const std::vector<Model::SensorConfig>& configs,
+                                  const UnitContext& context,
+                                  const UnitFactory::Services& services);
+
+}  // namespace QV::robot

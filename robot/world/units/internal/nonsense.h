@@ -1,0 +1,29 @@
+#pragma once
+
+#include <cstddef>
+#include <random>
+#include <string>
+
+#include "robot/world/units/unit_context.h"
+
+namespace QV::robot {
+
+/** What a broken sensor answers, by chance. For one thread at a time. */
+class Nonsense {
+ public:
+  Nonsense(const UnitContext& context, const std::string& source)
+      : generator(context.makeGenerator(source + " garbage")) {}
+
+  /** From 0 to below `count`. */
+  std::size_t below(std::size_t count) { return generator() % count; }
+
+  template <typename Choice>
+  const auto& pick(const Choice& choice) {
+    return choice[below(choice.size())];
+  }
+
+ private:
+  std::mt19937 generator;
+};
+
+}  // namespace QV::robot

@@ -1,0 +1,67 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <vector>
+
+#include <boost/function.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include "platform/api.h"
+#include "platform/middleware/qv_broker.h"
+#include "platform/model/robot.h"
+#include "robot/world/units/sensor_unit.h"
+#include "robot/world/units/unit_context.h"
+
+namespace QV::robot {
+
+class DeviceManager;
+class SonarDriver;
+class VideoDevice;
+
+/**
+ * Makes what measures on a virtual robot, by the type of sensor. A value: whoever knows more kinds
+ * copies the standard one and adds his. Reading is safe from several threads.
+ */
+class QV_API UnitFactory {
+ public:
+  using Units = std::vector<std::unique_ptr<SensorUnit>>;
+
+  /** What of the robot a unit may plug itself into; units must not keep sonars and cameras. */
+  struct Services {
+    boost::shared_ptr<QVBroker> broker;
+    boost::shared_ptr<DeviceManager> devices;
+    boost::shared_ptr<SonarDriver> sonars;
+    boost::shared_ptr<VideoDevice> cameras;
+  };
+
+  /** Makes one sensor's unit; null for a configuration that is too poor to measure with. */
+  using Creator =
+      boost::function<std::unique_ptr<SensorUnit>(const Model::SensorConfig&, const UnitContext&)>;
+  /**
+   * Makes the units of all sensors that share hardware, in the order of their names; of none, too.
+   * What a service asks to measure, as it does sonars and cameras, is no unit: it is plugged in.
+   */
+  using GroupCreator = boost::function<Units(const std::vector<Model::SensorConfig>&,
+                                             const UnitContext&, const Services&)>;
+
+  /** Knows no type. */
+  UnitFactory() = default;
+  /** Knows the types of Model::SensorKinds::standard(). */
+  static const UnitFactory& standard();
+
+  /** A type that is known already, or an empty creator: std::invalid_argument. */
+  void add(int type, Creator creator);
+  void addTogether(const std::vector<int>& types, GroupCreator creator);
+
+  bool hasType(int type) const { return groupOfType.count(type) > 0; }
+
+  /** In the order in which creators were added. What a creator throws is passed on. */
+  Units make(const Model::Robot& robot, const UnitContext& context, const Services& services) const;
+
+ private:
+  std::map<int, std::size_t> groupOfType;
+  std::vector<GroupCreator> groups;
+};
+
+}  // namespace QV::robot

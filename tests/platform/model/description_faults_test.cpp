@@ -1,0 +1,128 @@
+#include "platform/model/description_faults.h"
+
+#include <fstream>
+#include <iterator>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include "platform/model/model_utils.h"
+#include "tests/support/vocabulary.h"
+
+namespace QV::Model {
+namespace {
+
+using testing::IsEmpty;
+
+std::string property(const std::string& key, const std::string& value) {
+  return "<property key='" + key + "' value='" + value + "'/>";
+}
+
+std::string key(const std::string& name) {
+  return "<memory_key>" + name + "</memory_key>";
+}
+
+const std::string kRange = property("minimumDetectionDistance", "0.25") +
+                           property("maximumDetectionDistance", "4") +
+                           property("horizontalAngularRange", "0.96");
+
+std::string sensor(const std::string& name, const std::string& type, const std::string& inside) {
+  return "<sensor name='" + name + "' type='" + type + "'>" + inside + "</sensor>";
+}
+
+/** A sonar that has all that it needs, and `more`. */
+std::string sonar(const std::string& name, const std::string& more = "") {
+  return sensor(name, "Sonar", kRange + key(name + "/Range") + more);
+}
+
+std::string laser(const std::string& name, const std::string& more = "",
+                  const std::string& stamp = "Stamp") {
+  return sensor(name, "Laser",
+                kRange + property("regIndex", "1") + property("setOperationMode", "Set") +
+                    property("getOperationMode", "Get") +
+                    property("timestamp", name + "/" + stamp) + key(name + "/X") +
+                    key(name + "/Y") + more);
+}
+
+std::vector<std::string> faultsOf(const std::string& sensors, const SensorKinds& kinds) {
+  const Robot robot =
+      ModelUtils::robotFromXml("<robot name='r'><link name='a'/>" + sensors + "</robot>", kinds);
+  std::vector<std::string> lines;
+  for (const auto& fault : findDescriptionFaults(robot, kinds)) lines.push_back(fault.toText());
+  return lines;
+}
+
+std::vector<std::string> faultsOf(const std::string& sensors) {
+  return faultsOf(sensors, SensorKinds::standard());
+}
+
+TEST(DescriptionFaults, areNoneWhereAllIsAsMeant) {
+  std::ifstream file(QV_DESCRIPTIONS "/porter.urdf");
+  const std::string porter{std::istreambuf_iterator<char>(file), {}};
+  EXPECT_TRUE(findDescriptionFaults(ModelUtils::robotFromXml(porter)).empty());
+  EXPECT_THAT(faultsOf(laser("A") + laser("B") +
+                       sonar("S", property("topic", "scan") + property("period", " 0.05 ")) +
+                       "<sensor name='C' type='camera'/><sensor name='D' type='contact'/>" +
+                       sensor("Other", "7", property("anything", "goes"))),
+              IsEmpty());
+}
+
+TEST(DescriptionFaults, sayWhatIsThereAndWhatIsExpected) {
+  const std::string bare = property("minimumDetectionDistance", "0.25") +
+                           property("horizontalAngularRange", "0.96") + key("K");
+  const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
+      // properties
+      {sensor("S", "Sonar", bare + property("maximumDetectionDistnce", "4")),
+       {R"(S: property "maximumDetectionDistnce" is unknown, "maximumDetectionDistance" expected)"}},
+      {sonar("S", property("Period", "1")),
+       {R"(S: property "Period" is unknown, "period" expected)"}},
+      {sensor("T", "Touch", property("colour", "red")),
+       {R"(T: property "colour" is unknown, one of "horizontalAngularRange", "topic", "period" )"
+        "expected"}},
+      {sensor("S", "Sonar", bare),
+       {R"(S: property "maximumDetectionDistance" is missing, metres from 0 to 1000 expected)"}},
+      {sensor("S", "Sonar", bare + property("maximumDetectionDistance", "300 cm")),
+       {R"(S: property "maximumDetectionDistance" is "300 cm", metres expected)"}},
+      {sonar("S", property("period", "")), {R"(S: property "period" is "", seconds expected)"}},
+      {sensor("S", "Sonar", bare + property("maximumDetectionDistance", "4000")),
+       {R"(S: property "maximumDetectionDistance" is "4000", metres from 0 to 1000 expected)"}},
+      {sensor("T", "Touch", property("horizontalAngularRange", "-0.1")),
+       {R"(T: property "horizontalAngularRange" is "-0.1", radians from 0 to 6.28319 expected)"}},
+      // numbers of keys
+      {sonar("S", key("B")), {"S: 2 memory keys, 1 (range (m)) expected"}},
+      {laser("L", key("L/Z")),
+       {"L: 3 memory keys, 2 to 20000 in groups of 2 (x and y of each point (m)) expected"}},
+      {sensor("T", "Touch", key("K")), {"T: 1 memory key, none expected"}},
+      // keys of two
+      {sonar("S") + sensor("Z", "BlindZone", kRange + key("S/Range")),
+       {R"(Z: memory key "S/Range" is that of S too, keys of its own expected)"}},
+      {laser("A") + laser("B", key("A/X") + key("A/Y")),
+       {R"(B: 2 memory keys, "A/X" the first, are those of A too, keys of its own expected)"}},
+      {laser("A", "", "X"), {R"(A: memory key "A/X" is there twice, keys of its own expected)"}},
+      {laser("A") + sensor("S", "Sonar", kRange + key("Get")),
+       {R"(S: memory key "Get" is that of A too, keys of its own expected)"}},
+      // types that are nearly ours
+      {"<sensor name='S' type='sonar'/><sensor type='Sonr'/><sensor name='D' type='depth_camera'/>",
+       {R"(S: type is "sonar", "Sonar" expected)",
+        R"(a sensor without a name: type is "Sonr", "Sonar" expected)",
+        R"(D: type is "depth_camera", "DepthCamera" expected)"}},
+  };
+  for (const auto& [sensors, expected] : cases) EXPECT_EQ(faultsOf(sensors), expected) << sensors;
+}
+
+TEST(DescriptionFaults, areJudgedByTheRowsOfTheKindsGiven) {
+  SensorKind cliff = {40, "Cliff", "Cliff"};
+  cliff.properties = {{"edge", Quantity::memoryKey, true}};
+  cliff.keys = {1, 1, 1, ""};
+  SensorKinds kinds;
+  kinds.add(cliff);
+  EXPECT_EQ(
+      faultsOf(sensor("C", "Cliff", property("edge", "")) + sonar("S") + sensor("D", "clif", ""),
+               kinds),
+      (std::vector<std::string>{R"(C: property "edge" is "", a memory key expected)",
+                                "C: 0 memory keys, 1 expected",
+                                R"(D: type is "clif", "Cliff" expected)"}));
+}
+
+}  // namespace
+}  // namespace QV::Model
