@@ -10,7 +10,7 @@
 
 namespace QV::robot {
 
-typedef ko::Clock::time_point TimePoint;
+using TimePoint = ko::Clock::time_point;
 
 DeviceManager::DeviceManager(const boost::shared_ptr<QVBroker>& broker)
     : QVModule(DeviceManagerContract::kModule), broker(broker) {

@@ -14,7 +14,7 @@
 
 namespace QV::robot {
 
-typedef std::lock_guard<std::mutex> Lock;
+using Lock = std::lock_guard<std::mutex>;
 
 VideoDevice::VideoDevice()
     : QVModule(VideoDeviceContract::kModule), spares(std::make_unique<SpareBytes>()) {

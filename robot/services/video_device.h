@@ -26,8 +26,8 @@ class SpareBytes;
  * that size (nearest pixel), an empty one says that there is nothing to see yet. An older frame
  * says its own `time`. What it throws is the error of the client that asked.
  */
-typedef boost::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time)>
-    FrameSource;
+using FrameSource =
+    boost::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time)>;
 
 /** A depth camera of the robot. */
 struct QV_API Camera {

@@ -148,7 +148,7 @@ class QV_API SensorManager {
   float kindParameter = 0.0f;
 
  private:
-  typedef bool (SensorManager::*NameOperation)(const std::string&, const std::string&);
+  using NameOperation = bool (SensorManager::*)(const std::string&, const std::string&);
 
   bool xForEachName(const std::string& subscriber, const std::set<std::string>& names,
                     const char* method, const char* what, NameOperation onFamily,

@@ -16,7 +16,7 @@
 namespace QV::sensor {
 namespace {
 
-typedef const std::string& Name;
+using Name = const std::string&;
 
 QVValue toValue(const std::set<std::string>& names) {
   return QVValue::Array(names.begin(), names.end());

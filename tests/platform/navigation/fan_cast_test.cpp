@@ -25,7 +25,7 @@ double snapped(double part) {
 
 /** Where the rays of a fan go, about its heading. */
 struct Directions {
-  typedef std::array<double, FanCast::kMostRays + FanCast::kMore> Values;
+  using Values = std::array<double, FanCast::kMostRays + FanCast::kMore>;
   int count;
   Values cosines{};
   Values sines{};

@@ -16,7 +16,7 @@
 namespace QV::robot {
 namespace {
 
-typedef std::vector<QVValue> Values;
+using Values = std::vector<QVValue>;
 
 struct MemoryServiceTest : testing::Test {
   /** Registers a module with the method "onEvent". */

@@ -15,7 +15,7 @@
 namespace QV::sensor {
 namespace {
 
-typedef std::vector<std::string> Names;
+using Names = std::vector<std::string>;
 
 struct NavigationModuleTest : testing::Test {
   void host() {
