@@ -25,12 +25,12 @@ using ros2::Compression;
 constexpr ros2::McapLimits kLimits{std::uint64_t{1} << 16, 300};
 
 void writeBag(const std::string& path, Compression compression) {
-  ros2::BagWriter writer(path, {compression, 150});
+  ros2::BagWriter writer(path, {compression, 250});
   const auto text = writer.addTopic(makeBagTopic("/a", ros2::std_msgs::String::getType()));
   const auto clock = writer.addTopic(makeBagTopic("/b", ros2::rosgraph_msgs::Clock::getType()));
-  for (unsigned i = 0; i < 12; ++i) {
-    writer.write(text, 100 - 3 * (i % 5), ros2::std_msgs::String{std::string(i, 'x')});
-    writer.write(clock, 90 + i, ros2::rosgraph_msgs::Clock{{1, i}});
+  for (unsigned i = 0; i < 5; ++i) {
+    writer.write(text, 100 - 3 * i, ros2::std_msgs::String{std::string(i, 'x')});
+    writer.write(clock, 88 + 2 * i, ros2::rosgraph_msgs::Clock{{1, i}});
   }
   writer.addAttachment({"file", "text/plain", 1, 2, {1, 2, 3}});
 }
@@ -77,7 +77,7 @@ Bytes fileOf(const std::uint8_t* data, std::size_t size) {
   }
   Bytes file = bagOf(choice - 1);
   for (std::size_t i = 1; i + 2 < size; i += 3) {
-    const std::size_t place = std::size_t{data[i]} * 256 + data[i + 1];
+    const std::size_t place = 8 + std::size_t{data[i]} * 256 + data[i + 1];
     if (place < file.size())
       file[place] = data[i + 2];
     else

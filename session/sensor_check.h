@@ -1,10 +1,15 @@
 #pragma once
 
 #include <cstddef>
+#include <functional>
+#include <set>
 #include <string>
 #include <vector>
 
-#include "platform/ko/simulated_time.h"
+#include "platform/api.h"
+#include "platform/model/description_faults.h"
+#include "platform/model/sensor_kinds.h"
+#include "sensor/core/sensor_manager.h"
 #include "session/session.h"
 
 namespace QV::session {
@@ -12,10 +17,10 @@ namespace QV::session {
 enum class Verdict { works, noRecord, stale, badData, failedToStart, notBuilt };
 
 /** "works", "no record", ... */
-const char* getName(Verdict verdict);
+QV_API const char* getName(Verdict verdict);
 
 /** What became of one sensor. */
-struct CheckedSensor {
+struct QV_API CheckedSensor {
   std::string name;
   std::string family;
   Verdict verdict = Verdict::works;
@@ -25,16 +30,33 @@ struct CheckedSensor {
   std::size_t points = 0;
 };
 
-/** Records older than this are stale. */
-constexpr ko::Duration kStaleAfter{400'000'000};
+struct QV_API CheckOptions {
+  /** Names of sensors; none means all, and those of the description that could not be built. */
+  std::set<std::string> sensors = {};
+  /** Of a manager's sensors, by their families; a session knows its own. */
+  Model::SensorKinds kinds = Model::SensorKinds::standard();
+  /** Told, after each sensor, which share is done; false ends the check. */
+  std::function<bool(double)> goesOn = {};
+};
 
 /**
- * Subscribes to a sensor, watches its records for two and a half seconds of simulated time and for
- * as long after a turn on the spot, unsubscribes, and turns back.
+ * Checks each sensor in turn, by what its kind says: subscribes, watches its records for two and a
+ * half seconds of ko's time, and unsubscribes. Records older than 0.4 s are stale. A thread that
+ * owns simulated time moves it.
  */
-CheckedSensor checkSensor(Session& robot, ko::SimulatedTime& time, const std::string& sensor);
+QV_API std::vector<CheckedSensor> checkSensors(sensor::SensorManager& manager,
+                                               const CheckOptions& options = {});
 
-/** The sensors of the robot's description that the manager could not build. */
-std::vector<CheckedSensor> findUnbuilt(const Session& robot);
+/**
+ * Likewise, and watches each for as long again after a turn on the spot, which a sensor that is
+ * stuck does not show; then turns back.
+ */
+QV_API std::vector<CheckedSensor> checkSensors(Session& session, const CheckOptions& options = {});
+
+/**
+ * What hardly is as it was meant in the description of a session's robot, and the memory keys of it
+ * that nobody has written so far. None without a description.
+ */
+QV_API std::vector<Model::DescriptionFault> findDescriptionFaults(Session& session);
 
 }  // namespace QV::session

@@ -5,14 +5,20 @@
 #include <string>
 #include <vector>
 
+#include <boost/shared_ptr.hpp>
+
+#include "platform/api.h"
 #include "platform/math/metrical_data.h"
 #include "platform/math/pose2d.h"
+#include "platform/model/sensor_kind.h"
+#include "platform/navigation/occupancy_map.h"
 #include "session/frame.h"
+#include "session/marks.h"
 
 namespace QV::session {
 
 /** A sensor at one moment. Metres, radians, seconds. */
-struct SensorState {
+struct QV_API SensorState {
   std::string name;
   std::string family;
   bool started = false;
@@ -23,22 +29,26 @@ struct SensorState {
   double rate = 0.0;
   /** Of its oldest record. */
   std::optional<double> age = std::nullopt;
+  /** The nearest obstacle, from the sensor: nothing at the maximum range or beyond is one. */
   std::optional<float> nearest = std::nullopt;
-  /** The last one's message. */
+  /** The last one's message, and how long ago it was. */
   std::string trouble = {};
+  double troubleAge = 0.0;
   /** Where it looks, in the map. */
   struct View {
     Math::Pose2D apex;
     Math::SensorFieldOfView2D fieldOfView;
   };
   std::optional<View> view = std::nullopt;
-  /** In the map. */
-  std::vector<Math::Position2D> points = {};
+  /** What its points mean. */
+  Model::PointMeaning points = Model::PointMeaning::scan;
+  /** What its records say, placed where the robot was when they were made. */
+  Marks marks = {};
   /** As it gave them. */
   std::vector<Math::MetricalData> records = {};
 };
 
-struct TouchState {
+struct QV_API TouchState {
   std::string name;
   /** In the map. */
   Math::Position2D position;
@@ -46,8 +56,10 @@ struct TouchState {
   double since = 0.0;
 };
 
-/** All that there is to see of a world at one moment. */
-struct Snapshot {
+/** All that there is to see of a robot and its world at one moment. */
+struct QV_API Snapshot {
+  /** "Virtual robot porter". */
+  std::string title;
   ko::Clock::time_point time;
   bool paused = false;
   double speed = 1.0;
@@ -58,8 +70,13 @@ struct Snapshot {
   std::vector<SensorState> sensors;
   /** What the records place their sensors in. */
   Frame frame = Frame::map;
+  /** Null for a robot that has none: a recorded one is in the frame of its log. */
+  boost::shared_ptr<const OccupancyMap> map;
   std::vector<Math::Position2D> people;
   std::vector<TouchState> touches;
 };
+
+/** All records, in the order of their sensors' names. */
+QV_API std::vector<Math::MetricalData> recordsOf(const Snapshot& snapshot);
 
 }  // namespace QV::session

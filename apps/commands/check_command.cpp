@@ -9,13 +9,14 @@
 #include "apps/output/quiet_log.h"
 #include "outlets/files/internal/table.h"
 #include "outlets/files/record_output.h"
+#include "outlets/internal/json_values.h"
 #include "session/sensor_check.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
 namespace {
 
-typedef std::vector<session::CheckedSensor> CheckedSensors;
+using CheckedSensors = std::vector<session::CheckedSensor>;
 
 constexpr char kCheckFooter[] =
     "A sensor works if it starts, gives records without a break, none older than 0.4 s and no "
@@ -38,24 +39,22 @@ std::set<std::string> sensorsFor(const CommonOptions& options,
   return sensors;
 }
 
-CheckedSensors checkAll(session::Session& robot, ko::SimulatedTime& time,
-                        const CommonOptions& options) {
-  CheckedSensors checked;
-  if (options.subscriptions.empty()) checked = session::findUnbuilt(robot);
-  const auto sensors = sensorsFor(options, robot.getManager());
-  if (sensors.empty() && checked.empty())
-    throw session::UsageError(*options.robot + ": a sensor expected");
+CheckedSensors checkAll(session::Session& session, const CommonOptions& options) {
   ProgressBar progress("Checking");
-  std::size_t done = 0;
-  for (const std::string& name : sensors) {
-    if (isInterrupted()) break;
-    checked.push_back(session::checkSensor(robot, time, name));
-    progress.show(static_cast<double>(++done) / static_cast<double>(sensors.size()));
-  }
+  session::CheckOptions wanted;
+  if (!options.subscriptions.empty()) wanted.sensors = sensorsFor(options, session.getManager());
+  wanted.goesOn = [&progress](double done) {
+    progress.show(done);
+    return !isInterrupted();
+  };
+  CheckedSensors checked = session::checkSensors(session, wanted);
+  if (checked.empty()) throw session::UsageError(*options.robot + ": a sensor expected");
   return checked;
 }
 
-void printTable(const CheckedSensors& sensors, long failed) {
+using DescriptionFaults = std::vector<Model::DescriptionFault>;
+
+void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, long failed) {
   outlets::Table table({"sensor", "family", "result", ">records", ">points", "why"});
   for (const auto& sensor : sensors) {
     table.add({sensor.name, sensor.family, getName(sensor.verdict), std::to_string(sensor.records),
@@ -65,18 +64,24 @@ void printTable(const CheckedSensors& sensors, long failed) {
   std::cout << (static_cast<long>(sensors.size()) - failed) << " of " << sensors.size()
             << " sensors work" << (isInterrupted() ? "; interrupted before the others" : "")
             << ".\n";
+  for (const auto& fault : faults) {
+    std::cout << "In the description: " << ko::log::onOneLine(fault.toText()) << '\n';
+  }
 }
 
-void printJson(const CheckedSensors& sensors) {
+void printJson(const CheckedSensors& sensors, const DescriptionFaults& faults) {
   for (const auto& sensor : sensors) {
-    std::cout << nlohmann::ordered_json{{"sensorName", sensor.name},
-                                        {"familyName", sensor.family},
-                                        {"works", sensor.verdict == session::Verdict::works},
-                                        {"result", getName(sensor.verdict)},
-                                        {"records", sensor.records},
-                                        {"points", sensor.points},
-                                        {"why", sensor.why}}
-              << '\n';
+    nlohmann::ordered_json line{{"sensorName", sensor.name},
+                                {"familyName", sensor.family},
+                                {"works", sensor.verdict == session::Verdict::works},
+                                {"result", getName(sensor.verdict)},
+                                {"records", sensor.records},
+                                {"points", sensor.points},
+                                {"why", sensor.why}};
+    for (const auto& fault : faults) {
+      if (fault.sensor == sensor.name) line["description"].push_back(fault.toText());
+    }
+    std::cout << line << '\n';
   }
 }
 
@@ -84,16 +89,16 @@ int check(const CommonOptions& options) {
   const outlets::Format format =
       outlets::parseFormat(options.format, {outlets::Format::table, outlets::Format::json});
   const QuietLog quiet;
-  ko::SimulatedTime time;
-  const auto robot = options.makeRun();
-  const CheckedSensors sensors = checkAll(*robot, time, options);
+  const auto session = options.openSession();
+  const CheckedSensors sensors = checkAll(*session, options);
   const auto failed = std::count_if(sensors.begin(), sensors.end(), [](const auto& sensor) {
     return sensor.verdict != session::Verdict::works;
   });
+  const DescriptionFaults faults = session::findDescriptionFaults(*session);
   if (format == outlets::Format::json) {
-    printJson(sensors);
+    printJson(sensors, faults);
   } else {
-    printTable(sensors, failed);
+    printTable(sensors, faults, failed);
   }
   return failed > 0 ? 1 : 0;
 }

@@ -3,97 +3,85 @@
 #include <cmath>
 #include <iostream>
 #include <stdexcept>
-#include <utility>
 
 #include <CLI/CLI.hpp>
 
 #include "apps/arguments.h"
-#include "robot/maps/map_files.h"
-#include "sensor/core/scoped_subscription.h"
-#include "session/internal/find_room.h"
 #include "session/internal/pose_watch.h"
+#include "session/internal/switches.h"
 #include "session/shared_files.h"
-#include "session/simulated_session.h"
 #include "session/usage_error.h"
-#include "session/virtual_session.h"
 
 namespace QV::app {
 namespace {
 
-std::string joined(const std::set<std::string>& names) {
-  std::string result;
-  for (const std::string& name : names) result += (result.empty() ? "" : ", ") + name;
-  return result;
-}
+constexpr char kSubscriber[] = "qvsensors";
 
-std::string mapPathOf(const CommonOptions& options) {
-  if (!options.map) return session::findSharedFile("maps/apartment.yaml");
-  return *options.map;
+/** What is wrong is what `option` says. */
+template <typename Action>
+auto naming(const char* option, const Action& action) {
+  try {
+    return action();
+  } catch (const session::UsageError& error) {
+    throw session::UsageError(std::string(option) + ": " + error.what());
+  }
 }
 
 void expect(bool isSo, const char* expected) {
   if (!isSo) throw session::UsageError(std::string(expected) + " expected");
 }
 
-robot::WorldOptions worldOf(const CommonOptions& options, const Math::Pose2D& start) {
-  constexpr float kDistance = 1.2f;
+robot::WorldOptions worldOf(const CommonOptions& options) {
   expect(options.noise >= 0.0f && std::isfinite(options.noise), "--noise: metres from 0 on");
   expect(options.dropOuts >= 0.0f && options.dropOuts <= 1.0f, "--drop-outs: a share from 0 to 1");
   expect(options.people >= 0, "--people: a number from 0 on");
   robot::WorldOptions world;
-  world.start = start;
   world.seed = options.seed;
   world.rangeNoise = options.noise;
   world.dropOuts = options.dropOuts;
   world.randomPeople = options.people;
-  if (options.somebodyAhead) {
-    world.people.push_back({{start * Math::Position2D(kDistance, 0.0f)}});
-  }
   return world;
 }
 
-void setFaults(session::VirtualSession& run, const std::vector<std::string>& faults) {
+std::vector<robot::Fault> faultsOf(const CommonOptions& options) {
+  std::vector<robot::Fault> faults;
+  for (const std::string& text : options.faults) faults.push_back(robot::parseFault(text));
+  return faults;
+}
+
+// What is wrong with a fault begins with that word, as the option does.
+std::unique_ptr<session::Session> openRobot(const CommonOptions& options,
+                                            session::OpenOptions world) {
+  world.world = worldOf(options);
   try {
-    for (const std::string& text : faults) run.setFault(robot::parseFault(text));
+    world.faults = faultsOf(options);
+    return session::openVirtual(options.findRobot(), world);
   } catch (const std::invalid_argument& error) {
-    // It begins with the word "fault", as the option does.
     throw session::UsageError(std::string("--").append(error.what()));
   }
 }
 
-std::unique_ptr<session::Session> makeVirtualSession(const CommonOptions& options, OccupancyMap map,
-                                                     const Math::Pose2D& start) {
-  const auto description = robot::RobotDescription::fromFile(*options.robot);
-  const robot::WorldOptions world = worldOf(options, start);
-  std::unique_ptr<session::VirtualSession> run;
-  try {
-    run = std::make_unique<session::VirtualSession>(description, std::move(map), world);
-  } catch (const std::exception& error) {
-    throw session::UsageError(*options.robot + " in " + mapPathOf(options) + ": " + error.what());
-  }
-  setFaults(*run, options.faults);
-  return run;
-}
-
 }  // namespace
 
-std::unique_ptr<session::Session> CommonOptions::makeRun(std::optional<Math::Pose2D> start) const {
-  if (!robot) session::checkKind(kind);
-  if (!start && !pose.empty()) start = parsePose(pose);
-  OccupancyMap world = robot::loadMap(mapPathOf(*this));
-  if (!start) start = session::findRoom(world);
-  if (robot) return makeVirtualSession(*this, std::move(world), *start);
-  return std::make_unique<session::SimulatedSession>(kind, std::move(world), *start);
+std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math::Pose2D> start,
+                                                             session::TimeSource time) const {
+  session::OpenOptions options;
+  options.time = time;
+  options.start = start;
+  options.somebodyAhead = somebodyAhead;
+  if (!start && !pose.empty()) options.start = parsePose(pose);
+  if (map) options.mapFile = naming("--map", [&] { return session::findMap(*map); });
+  if (robot) return openRobot(*this, options);
+  return naming("--kind", [&] { return session::openSimulated(kind, options); });
+}
+
+std::string CommonOptions::findRobot() const {
+  return naming("--robot", [this] { return session::findRobot(*robot); });
 }
 
 std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {
   const std::set<std::string> names(subscriptions.begin(), subscriptions.end());
-  for (const std::string& name : names) {
-    if (manager.isFamily(name) || manager.isSensor(name)) continue;
-    throw session::UsageError(
-        "--subscribe: no sensor or family \"" + name + "\"; this robot has the families " +
-        joined(manager.getFamilyNames()) + " and the sensors " + joined(manager.getSensorList()));
-  }
+  naming("--subscribe", [&] { session::checkNames(manager, names); });
   return names.empty() ? manager.getFamilyNames() : names;
 }
 
@@ -109,7 +97,7 @@ void addRobot(CLI::App& command, CommonOptions& options) {
       ->capture_default_str();
   command
       .add_option("--robot", options.robot,
-                  "a virtual robot with the sensors of a description (URDF)")
+                  "a virtual robot with the sensors of a description: porter, or a file (URDF)")
       ->excludes("--kind")
       ->check(namesAFile);
 }
@@ -118,7 +106,8 @@ void addWorld(CLI::App& command, CommonOptions& options) {
   addRobot(command, options);
   command
       .add_option("--map", options.map,
-                  "map_server map: a YAML file beside its PGM or PNG (default: the project's own)")
+                  "map_server map: a YAML file beside its PGM or PNG (default: apartment, the "
+                  "project's own)")
       ->check(namesAFile);
   command.add_option("--seed", options.seed, "of all chance in the world of --robot")
       ->needs("--robot")
@@ -158,15 +147,13 @@ void addFormat(CLI::App& command, CommonOptions& options, const std::string& for
   command.add_option("--format", options.format, formats)->capture_default_str();
 }
 
-std::vector<Math::MetricalData> readOnce(session::Session& robot, ko::SimulatedTime& time,
-                                         const CommonOptions& options) {
-  if (const auto warning = session::PoseWatch(robot.getMap()).look(robot.getPose())) {
+session::Snapshot readOnce(session::Session& session, const CommonOptions& options) {
+  if (const auto warning = session::PoseWatch(*session.getMap()).look(session.getPose())) {
     std::cerr << *warning << '\n';
   }
-  auto& manager = robot.getManager();
-  const sensor::ScopedSubscription subscription(manager, "qvsensors", options.namesFor(manager));
-  time.advance(robot.getSettlingTime());
-  return manager.getMetricalData();
+  session.subscribe(kSubscriber, options.namesFor(session.getManager()));
+  session.run(session.getSettlingTime());
+  return session.look();
 }
 
 }  // namespace QV::app

@@ -9,8 +9,7 @@
 
 #include <CLI/App.hpp>
 
-#include "platform/ko/simulated_time.h"
-#include "session/session.h"
+#include "session/open.h"
 
 namespace QV::app {
 
@@ -34,7 +33,11 @@ struct CommonOptions {
    * The robot that was asked for, at `start`; else at --pose, or without one where it has room.
    * UsageError, and what is wrong with its files.
    */
-  std::unique_ptr<session::Session> makeRun(std::optional<Math::Pose2D> start = std::nullopt) const;
+  std::unique_ptr<session::Session> openSession(
+      std::optional<Math::Pose2D> start = std::nullopt,
+      session::TimeSource time = session::TimeSource::simulated) const;
+  /** Where the description lies that --robot names. */
+  std::string findRobot() const;
   /** What was subscribed to, or every family. UsageError for a name that doesn't exist. */
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };
@@ -52,8 +55,7 @@ void addPose(CLI::App& command, CommonOptions& options);
 void addOptionalPose(CLI::App& command, CommonOptions& options);
 void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats);
 
-/** The records of what the options subscribe to, once every sensor has had the time for one. */
-std::vector<Math::MetricalData> readOnce(session::Session& robot, ko::SimulatedTime& time,
-                                         const CommonOptions& options);
+/** What the options subscribe to, once every sensor has had the time for a record. */
+session::Snapshot readOnce(session::Session& session, const CommonOptions& options);
 
 }  // namespace QV::app

@@ -9,11 +9,12 @@
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
 #include "outlets/files/record_file.h"
+#include "outlets/outlet_list.h"
 #include "outlets/picture/run_picture.h"
-#include "sensor/core/scoped_subscription.h"
-#include "session/drive.h"
 #include "session/internal/number_text.h"
+#include "session/internal/path_follower.h"
 #include "session/internal/pose_watch.h"
+#include "session/internal/seconds.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
@@ -39,39 +40,45 @@ void checkAbove0(const char* option, double value, double most) {
 }
 
 struct Run {
-  std::vector<Math::Pose2D> poses;
-  std::vector<Math::MetricalData> lastRecords;
+  long cycles = 0;
+  Math::Pose2D end;
   RunSummary summary;
 };
 
-// To the path's end, and for so long there that the last records are of that place.
-long countCycles(const session::PathFollower& path, const session::Session& robot, double rate) {
-  const boost::chrono::duration<double> atEnd = robot.getSettlingTime();
-  return static_cast<long>(std::ceil((path.getDuration() + atEnd.count()) * rate));
+void openOutlets(const DriveOptions& options, outlets::OutletList& list) {
+  if (!options.output.empty()) list.add(std::make_shared<outlets::RecordFile>(options.output));
+  if (!options.picture.empty()) list.add(std::make_shared<outlets::RunPicture>(options.picture));
 }
 
-Run driveAlong(const session::PathFollower& path, const DriveOptions& options,
-               session::Session& robot, ko::SimulatedTime& time) {
-  auto& manager = robot.getManager();
-  const sensor::ScopedSubscription subscription(manager, "qvsensors", options.namesFor(manager));
-  time.advance(robot.getSettlingTime());
-  outlets::RecordFile file(options.output, robot.getFrame());
+// To the path's end, and for so long there that the last records are of that place.
+long countCycles(double pathSeconds, const session::Session& session, double rate) {
+  const double atEnd = session::inSeconds(session.getSettlingTime());
+  return static_cast<long>(std::ceil((pathSeconds + atEnd) * rate));
+}
+
+ko::Clock::time_point timeOfCycle(ko::Clock::time_point start, long cycle, double rate) {
+  return start + ko::Duration(std::llround(1e9 * static_cast<double>(cycle) / rate));
+}
+
+Run driveAlong(const DriveOptions& options, session::Session& session, outlets::Outlet& outlet) {
+  session.subscribe("qvsensors", options.namesFor(session.getManager()));
+  session.run(session.getSettlingTime());
   ProgressBar progress("Driving");
-  session::PoseWatch watch(robot.getMap());
-  session::Drive drive(path, robot, time);
+  session::PoseWatch watch(*session.getMap());
   Run run;
-  const long cycles = countCycles(path, robot, options.rate);
+  const auto start = ko::Clock::now();
+  const double seconds = session.follow(parsePath(options.path), options.speed, options.turnSpeed);
+  const long cycles = countCycles(seconds, session, options.rate);
   // One cycle in any case, so that there is something to show.
-  for (long cycle = 0; cycle <= cycles && (cycle == 0 || !isInterrupted()); ++cycle) {
-    drive.goOnTo(static_cast<double>(cycle) / options.rate);
-    run.poses.push_back(robot.getPose());
-    if (const auto warning = watch.look(run.poses.back())) progress.note(*warning);
-    run.lastRecords = manager.getMetricalData();
-    run.summary.add(run.lastRecords);
-    file.write(run.lastRecords, run.poses.back());
-    progress.show(static_cast<double>(cycle) / static_cast<double>(cycles));
+  for (; run.cycles <= cycles && (run.cycles == 0 || !isInterrupted()); ++run.cycles) {
+    session.run(timeOfCycle(start, run.cycles, options.rate) - ko::Clock::now());
+    const session::Snapshot snapshot = session.look();
+    run.end = snapshot.pose;
+    if (const auto warning = watch.look(snapshot.pose)) progress.note(*warning);
+    run.summary.add(snapshot);
+    outlet.show(snapshot);
+    progress.show(static_cast<double>(run.cycles) / static_cast<double>(cycles));
   }
-  file.close();
   return run;
 }
 
@@ -96,19 +103,18 @@ void warnIfAstray(const session::PathFollower& path, const Math::Pose2D& pose) {
 void drive(const DriveOptions& options) {
   const session::PathFollower path = checkedPath(options);
   if (!options.picture.empty()) outlets::checkPicturePath(options.picture);
-  ko::SimulatedTime time;
-  const auto robot = options.makeRun(path.poseAt(0.0));
-  const Run run = driveAlong(path, options, *robot, time);
-  warnIfAstray(path, run.poses.back());
-  std::cout << (isInterrupted() ? "Interrupted after " : "Drove ") << run.poses.size()
-            << " cycles at " << options.rate << " Hz of simulated time.\n";
+  const auto session = options.openSession(path.poseAt(0.0));
+  outlets::OutletList outlets;
+  openOutlets(options, outlets);
+  const Run run = driveAlong(options, *session, outlets);
+  outlets.finish();
+  warnIfAstray(path, run.end);
+  std::cout << (isInterrupted() ? "Interrupted after " : "Drove ") << run.cycles << " cycles at "
+            << options.rate << " Hz of simulated time.\n";
   run.summary.print(std::cout);
-  if (!options.output.empty()) std::cout << "Wrote " << options.output << '\n';
-  if (options.picture.empty()) return;
-  outlets::writePicture(
-      {robot->getMap(), run.poses, run.lastRecords, robot->getTitle(), robot->getFrame()},
-      options.picture);
-  std::cout << "Wrote " << options.picture << '\n';
+  for (const std::string& file : {options.output, options.picture}) {
+    if (!file.empty()) std::cout << "Wrote " << file << '\n';
+  }
 }
 
 }  // namespace

@@ -5,11 +5,13 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
+#include "apps/output/quiet_log.h"
 #include "outlets/files/internal/table.h"
 #include "outlets/files/record_output.h"
+#include "outlets/internal/json_values.h"
 #include "robot/world/robot_description.h"
+#include "session/internal/listed_sensor.h"
 #include "session/internal/number_text.h"
-#include "session/listed_sensor.h"
 
 namespace QV::app {
 namespace {
@@ -31,19 +33,26 @@ void printKind(int kind, const std::vector<session::ListedSensor>& sensors) {
   table.print(std::cout);
 }
 
-void printSensors(const Model::Robot& robot) {
+std::string noteOn(const session::ListedSensor& sensor) {
+  if (!sensor.canBeBuilt) return "can't be built";
+  if (sensor.describedAs.empty()) return "added by the library";
+  return sensor.name == sensor.describedAs ? "" : "described as " + sensor.describedAs;
+}
+
+void printSensors(const robot::RobotDescription& description) {
+  const Model::Robot& robot = description.model;
   std::cout << "Robot " << robot.name << " of kind " << robot.kindCode
             << ". Mounting in the link's frame (m, rad), ranges in m, apertures in rad.\n";
   outlets::Table table({"family", "sensor", ">type", ">min", ">max", ">aperture", ">keys", "link",
-                        ">x", ">y", ">z", ">heading"});
-  for (const auto& sensor : session::sensorsOf(robot)) {
+                        ">x", ">y", ">z", ">heading", ""});
+  for (const auto& sensor : session::sensorsOf(description)) {
     const auto& fov = sensor.fieldOfView;
     table.add({sensor.family.empty() ? "(none)" : sensor.family, sensor.name,
                std::to_string(sensor.type), session::fixed(fov.minRange, 2),
                session::fixed(fov.maxRange, 2), session::fixed(fov.angularRange, 3),
                std::to_string(sensor.keys), sensor.link, session::fixed(sensor.position.x, 2),
                session::fixed(sensor.position.y, 2), session::fixed(sensor.position.z, 2),
-               session::fixed(sensor.heading, 3)});
+               session::fixed(sensor.heading, 3), noteOn(sensor)});
   }
   table.print(std::cout);
 }
@@ -75,18 +84,28 @@ ordered_json sensorToJson(const session::ListedSensor& sensor) {
             {"heading", outlets::toJson(sensor.heading)}}}};
 }
 
-ordered_json robotToJson(const Model::Robot& robot) {
+ordered_json describedToJson(const session::ListedSensor& sensor) {
+  ordered_json listed = sensorToJson(sensor);
+  const auto orNull = [](const std::string& name, bool isSo) {
+    return isSo ? ordered_json(name) : ordered_json();
+  };
+  listed["name"] = orNull(sensor.describedAs, !sensor.describedAs.empty());
+  listed["subscribeTo"] = orNull(sensor.name, sensor.canBeBuilt);
+  listed["fieldOfView"].erase("rayCount");
+  listed["type"] = sensor.type;
+  listed["memoryKeys"] = sensor.keys;
+  listed["link"] = sensor.link;
+  return listed;
+}
+
+ordered_json robotToJson(const robot::RobotDescription& description) {
+  const Model::Robot& robot = description.model;
   ordered_json result{{"robot", robot.name},
                       {"kind", robot.kindCode},
                       {"sensors", ordered_json::array()},
                       {"collisionShapes", ordered_json::array()}};
-  for (const auto& sensor : session::sensorsOf(robot)) {
-    ordered_json listed = sensorToJson(sensor);
-    listed["fieldOfView"].erase("rayCount");
-    listed["type"] = sensor.type;
-    listed["memoryKeys"] = sensor.keys;
-    listed["link"] = sensor.link;
-    result["sensors"].push_back(listed);
+  for (const auto& sensor : session::sensorsOf(description)) {
+    result["sensors"].push_back(describedToJson(sensor));
   }
   for (const auto& [name, shape] : robot.collisionShapes) {
     result["collisionShapes"].push_back({{"name", name},
@@ -113,13 +132,15 @@ void listKind(int kind, outlets::Format format) {
 }
 
 void listDescription(const std::string& path, outlets::Format format) {
-  const Model::Robot robot = robot::RobotDescription::fromFile(path).model;
+  const auto description = robot::RobotDescription::fromFile(path);
+  // What can't be built is said in the list.
+  const QuietLog quiet;
   if (format == outlets::Format::json) {
-    std::cout << robotToJson(robot) << '\n';
+    std::cout << robotToJson(description) << '\n';
     return;
   }
-  printSensors(robot);
-  printShapes(robot);
+  printSensors(description);
+  printShapes(description.model);
 }
 
 }  // namespace
@@ -134,7 +155,7 @@ void addListCommand(CLI::App& program) {
     const outlets::Format format =
         outlets::parseFormat(options->format, {outlets::Format::table, outlets::Format::json});
     if (options->robot) {
-      listDescription(*options->robot, format);
+      listDescription(options->findRobot(), format);
     } else {
       listKind(options->kind, format);
     }

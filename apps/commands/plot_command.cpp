@@ -10,11 +10,10 @@ namespace {
 
 void plot(const CommonOptions& options, const std::string& output) {
   outlets::checkPicturePath(output);
-  ko::SimulatedTime time;
-  const auto robot = options.makeRun();
-  const auto records = readOnce(*robot, time, options);
-  outlets::writePicture(
-      {robot->getMap(), {robot->getPose()}, records, robot->getTitle(), robot->getFrame()}, output);
+  const auto session = options.openSession();
+  outlets::RunPicture picture(output);
+  picture.show(readOnce(*session, options));
+  picture.finish();
   std::cout << "Wrote " << output << '\n';
 }
 

@@ -10,9 +10,9 @@ namespace {
 
 void read(const CommonOptions& options) {
   const outlets::Format format = outlets::parseFormat(options.format);
-  ko::SimulatedTime time;
-  const auto robot = options.makeRun();
-  outlets::writeRecords(std::cout, readOnce(*robot, time, options), format, robot->getFrame());
+  const auto session = options.openSession();
+  const session::Snapshot snapshot = readOnce(*session, options);
+  outlets::writeRecords(std::cout, session::recordsOf(snapshot), format, snapshot.frame);
 }
 
 }  // namespace

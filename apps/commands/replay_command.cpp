@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <iostream>
 #include <iterator>
 #include <memory>
@@ -9,12 +10,12 @@
 #include "apps/output/run_summary.h"
 #include "outlets/files/record_file.h"
 #include "outlets/files/record_output.h"
-#include "session/recorded_robot.h"
+#include "session/open.h"
 
 namespace QV::app {
 namespace {
 
-typedef std::vector<Math::MetricalData> Records;
+using Records = std::vector<Math::MetricalData>;
 
 constexpr char kReplayFooter[] =
     "LOG is a CARMEN log of a lidar (FLASER and ODOM lines), or a sonar log, whose lines are a "
@@ -29,29 +30,26 @@ struct ReplayOptions {
   std::string format = "table";
 };
 
-/** Hands the records of each step on. */
+/** Hands what there is to see at each step on. */
 template <typename F>
 void replayAll(const ReplayOptions& options, F take) {
-  const robot::Recording recording = session::readLog(options.log, options.poses);
-  ko::SimulatedTime time;
-  session::RecordedRobot robot(recording);
+  const auto session = session::openRecording(options.log, options.poses);
+  session->subscribe("qvsensors", session->getManager().getFamilyNames());
   ProgressBar progress("Replaying");
-  while (!isInterrupted()) {
-    auto records = robot.next(time);
-    if (!records) break;
-    take(std::move(*records), robot.getPose());
-    progress.show(robot.getShareDone());
+  for (bool goesOn = true; goesOn && !isInterrupted(); goesOn = session->step()) {
+    take(session->look());
+    progress.show(session->getShareDone());
   }
 }
 
 void replayToFile(const ReplayOptions& options) {
   RunSummary summary;
-  outlets::RecordFile file(options.output, session::Frame::robot);
-  replayAll(options, [&](Records&& records, const Math::Pose2D& pose) {
-    file.write(records, pose);
-    summary.add(records);
+  outlets::RecordFile file(options.output);
+  replayAll(options, [&](const session::Snapshot& snapshot) {
+    file.show(snapshot);
+    summary.add(snapshot);
   });
-  file.close();
+  file.finish();
   summary.print(std::cout);
   std::cout << "Wrote " << options.output << '\n';
 }
@@ -59,8 +57,8 @@ void replayToFile(const ReplayOptions& options) {
 void replayToOutput(const ReplayOptions& options) {
   const outlets::Format format = outlets::parseFormat(options.format);
   Records all;
-  replayAll(options, [&all](Records&& records, const Math::Pose2D&) {
-    std::ranges::move(records, std::back_inserter(all));
+  replayAll(options, [&all](const session::Snapshot& snapshot) {
+    std::ranges::move(session::recordsOf(snapshot), std::back_inserter(all));
   });
   outlets::writeRecords(std::cout, all, format, session::Frame::robot);
 }

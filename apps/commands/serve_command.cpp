@@ -6,8 +6,8 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"
-#include "outlets/web/internal/web_guard.h"
 #include "outlets/web/live_server.h"
+#include "session/internal/log_ring.h"
 
 namespace QV::app {
 namespace {
@@ -17,30 +17,23 @@ constexpr char kFooter[] =
     "WebSocket protocol. Only this machine reaches it unless --address says otherwise.";
 
 struct ServeOptions : CommonOptions {
-  outlets::WebServer::Settings server;
+  outlets::ServerSettings server;
 };
 
-void warnIfOpen(const std::string& address) {
-  if (outlets::isLoopback(address)) return;
+void warnIfOpen(const outlets::LiveServer& server, const std::string& address) {
+  if (!server.isOpen()) return;
   std::cerr << "qvsensors: warning: whoever reaches " << address
             << " can watch and drive this robot\n";
 }
 
-std::string urlOf(const std::string& address, unsigned short port) {
-  const bool isV6 = address.find(':') != std::string::npos;
-  return "http://" + (isV6 ? "[" + address + "]" : address) + ":" + std::to_string(port) + "/";
-}
-
 void serve(const ServeOptions& options) {
-  ko::SimulatedTime time;
   // Before the robot: it hears of sensors that can't be built.
   session::LogRing log;
-  const auto robot = options.makeRun();
-  outlets::LiveServer server(*robot, time, log, options.server);
-  if (!options.subscriptions.empty()) server.subscribe(options.namesFor(robot->getManager()));
-  warnIfOpen(options.server.address);
-  std::cout << robot->getTitle() << " at " << urlOf(options.server.address, server.getPort())
-            << std::endl;
+  const auto session = options.openSession();
+  outlets::LiveServer server(*session, log, options.server);
+  if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session->getManager()));
+  warnIfOpen(server, options.server.address);
+  std::cout << session->getTitle() << " at " << server.getUrl() << std::endl;
   while (!isInterrupted()) server.runBriefly();
 }
 

@@ -25,23 +25,21 @@ struct WatchOptions : CommonOptions {
 };
 
 void watchOnce(const WatchOptions& options) {
-  ko::SimulatedTime time;
-  const auto robot = options.makeRun();
-  Watch watch(*robot);
-  auto& manager = robot->getManager();
-  manager.subscribe("qvsensors", options.namesFor(manager));
-  time.advance(robot->getSettlingTime());
+  const auto session = options.openSession();
+  Watch watch(*session);
+  session->subscribe("qvsensors", options.namesFor(session->getManager()));
+  session->run(session->getSettlingTime());
   std::cout << watchTable(watch.look());
 }
 
 void watchOn(const WatchOptions& options) {
   checkTerminal(STDIN_FILENO, STDOUT_FILENO);
-  const auto robot = options.makeRun();
-  const auto names = options.namesFor(robot->getManager());
-  Watch watch(*robot);
+  const auto session = options.openSession(std::nullopt, session::TimeSource::clock);
+  const auto names = options.namesFor(session->getManager());
+  Watch watch(*session);
   Terminal terminal(STDIN_FILENO, STDOUT_FILENO);
   watch.subscribe(names);
-  if (!options.still) robot->wander();
+  if (!options.still) session->wander();
   for (bool on = true; on && !isInterrupted();) {
     terminal.show(watchScreen(watch.look(), terminal.getSize()));
     for (const Key key : terminal.readKeys(kPeriodMs)) on = on && watch.press(key);

@@ -4,19 +4,20 @@
 #include <ostream>
 
 #include "outlets/files/internal/table.h"
-#include "outlets/files/record_output.h"
 #include "session/internal/number_text.h"
 
 namespace QV::app {
 
-void RunSummary::add(const std::vector<Math::MetricalData>& records) {
-  for (const auto& record : records) {
-    Entry& entry = entries[record.sensorName];
-    entry.family = record.familyName;
-    ++entry.records;
-    entry.points += record.points.size();
-    const auto nearest = session::nearestObstacle(record);
-    if (nearest) entry.nearest = std::min(entry.nearest.value_or(*nearest), *nearest);
+void RunSummary::add(const session::Snapshot& snapshot) {
+  for (const auto& sensor : snapshot.sensors) {
+    for (const auto& record : sensor.records) {
+      Entry& entry = entries[record.sensorName];
+      entry.family = record.familyName;
+      ++entry.records;
+      entry.points += record.points.size();
+      if (!sensor.nearest) continue;
+      entry.nearest = std::min(entry.nearest.value_or(*sensor.nearest), *sensor.nearest);
+    }
   }
 }
 

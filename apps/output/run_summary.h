@@ -5,16 +5,15 @@
 #include <map>
 #include <optional>
 #include <string>
-#include <vector>
 
-#include "platform/math/metrical_data.h"
+#include "session/snapshot.h"
 
 namespace QV::app {
 
 /** What each sensor has reported over a run. */
 class RunSummary {
  public:
-  void add(const std::vector<Math::MetricalData>& records);
+  void add(const session::Snapshot& snapshot);
   /** A table: sensor, family, records, points, nearest obstacle. */
   void print(std::ostream& out) const;
 

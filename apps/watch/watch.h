@@ -12,12 +12,12 @@
 namespace QV::app {
 
 /**
- * Watches a robot's sensors, and does with them what keys ask for, on another thread: starting
- * hardware takes its time. For one thread; the robot must outlive it.
+ * Watches a session's sensors, and does with them what keys ask for, on another thread: starting
+ * hardware takes its time. For one thread; the session must outlive it.
  */
 class Watch {
  public:
-  explicit Watch(session::Session& robot);
+  explicit Watch(session::Session& session);
   /** Unsubscribes from everything. */
   ~Watch();
   Watch(const Watch&) = delete;
@@ -38,11 +38,9 @@ class Watch {
   void xDiagnose(const std::string& name, bool success);
   void xDo(const std::string& what, std::function<void()> action);
   void xNoteEnd();
-  void xLookAtSwitches(WatchedSensor& sensor);
-  void xLookAtRecords();
+  const session::SensorState& xChosen() const { return state.seen.sensors[state.chosen]; }
 
-  session::Session& robot;
-  sensor::SensorManager& manager;
+  session::Session& session;
   WatchState state;
   std::future<void> action;
 };

@@ -31,7 +31,13 @@ std::string yesOrNo(bool value) {
   return value ? "yes" : "no";
 }
 
-std::string describeTrouble(const WatchedSensor& sensor) {
+std::size_t countPoints(const session::SensorState& sensor) {
+  std::size_t count = 0;
+  for (const auto& record : sensor.records) count += record.points.size();
+  return count;
+}
+
+std::string describeTrouble(const session::SensorState& sensor) {
   if (sensor.trouble.empty()) return {};
   return session::fixed(sensor.troubleAge, 0) + " s ago: " + ko::log::onOneLine(sensor.trouble);
 }
@@ -72,10 +78,10 @@ constexpr int kInverse = 7;
 std::string watchTable(const WatchState& state) {
   outlets::Table table({"sensor", "family", "enabled", "diagnosis", "started", ">subscribers",
                         ">points", ">nearest m", ">age s", "last trouble"});
-  for (const auto& sensor : state.sensors) {
+  for (const auto& sensor : state.seen.sensors) {
     table.add({sensor.name, sensor.family, yesOrNo(sensor.enabled),
                sensor.diagnosis ? "good" : "bad", yesOrNo(sensor.started),
-               std::to_string(sensor.subscribers), std::to_string(sensor.points),
+               std::to_string(sensor.subscribers.size()), std::to_string(countPoints(sensor)),
                sensor.nearest ? session::fixed(*sensor.nearest, 2) : "-",
                sensor.age ? session::fixed(*sensor.age, 2) : "-", describeTrouble(sensor)});
   }
@@ -86,15 +92,15 @@ std::string watchTable(const WatchState& state) {
 
 std::string watchScreen(const WatchState& state, const ScreenSize& size) {
   Screen screen(size);
-  screen.add(state.title + " at " + session::fixed(state.pose.x, 2) + ", " +
-                 session::fixed(state.pose.y, 2) + " m, " + session::fixed(state.pose.theta, 2) +
-                 " rad",
+  screen.add(state.seen.title + " at " + session::fixed(state.seen.pose.x, 2) + ", " +
+                 session::fixed(state.seen.pose.y, 2) + " m, " +
+                 session::fixed(state.seen.pose.theta, 2) + " rad",
              kBold);
   const auto lines = linesOf(watchTable(state));
   screen.add(lines[0], kBold);
   const auto room = static_cast<std::size_t>(std::max(size.rows - kOtherLines, 1));
   const std::size_t first = state.chosen < room ? 0 : state.chosen - room + 1;
-  for (std::size_t i = first; i < std::min(first + room, state.sensors.size()); ++i) {
+  for (std::size_t i = first; i < std::min(first + room, state.seen.sensors.size()); ++i) {
     screen.add(lines[i + 1], i == state.chosen ? kInverse : 0);
   }
   screen.add(state.note);

@@ -2,31 +2,33 @@
 
 #include <stdexcept>
 
-#include "outlets/files/record_output.h"
+#include "outlets/files/internal/record_text.h"
 
 namespace QV::outlets {
 
-RecordFile::RecordFile(const std::string& path, session::Frame frame) : path(path), frame(frame) {
-  if (path.empty()) return;
-  file.open(path);
+RecordFile::RecordFile(const std::string& path)
+    : path(path), isCsv(path.ends_with(".csv")), file(path) {
+  if (isCsv) writeCsvTitles(file);
   xCheck();
 }
 
-void RecordFile::write(const std::vector<Math::MetricalData>& records, const Math::Pose2D& robot) {
-  if (path.empty()) return;
-  for (const auto& record : records) {
-    auto line = toJson(record, frame);
-    if (frame == session::Frame::robot) {
-      line["robotPose"] = {
-          {"x", toJson(robot.x)}, {"y", toJson(robot.y)}, {"theta", toJson(robot.theta)}};
-    }
-    file << line << '\n';
+void RecordFile::show(const session::Snapshot& snapshot) {
+  for (const auto& sensor : snapshot.sensors) {
+    for (const auto& record : sensor.records) xWrite(record, snapshot);
   }
   xCheck();
 }
 
-void RecordFile::close() {
-  if (path.empty()) return;
+void RecordFile::xWrite(const Math::MetricalData& record, const session::Snapshot& snapshot) {
+  if (isCsv) return writeCsv(file, record, snapshot.frame);
+  auto line = toJson(record, snapshot.frame);
+  if (snapshot.frame == session::Frame::robot) {
+    line["robotPose"] = exactPoseOf(snapshot.pose);
+  }
+  file << toText(line) << '\n';
+}
+
+void RecordFile::finish() {
   file.close();
   xCheck();
 }

@@ -2,32 +2,30 @@
 
 #include <fstream>
 #include <string>
-#include <vector>
 
-#include "platform/math/metrical_data.h"
-#include "platform/math/pose2d.h"
-#include "session/frame.h"
+#include "outlets/outlet.h"
 
 namespace QV::outlets {
 
 /**
- * The file that records go to, if one was asked for: an object of JSON for each, in whole lines
- * also when the run is interrupted. One in the robot's frame comes with "robotPose", x, y, theta.
+ * A file of records, in whole lines also when the run is interrupted. One that ends in .csv has a
+ * line for each point; any other an object of JSON for each record, and where this is in the
+ * robot's frame, "robotPose" with x, y, theta.
  */
-class RecordFile {
+class QV_API RecordFile : public Outlet {
  public:
-  /** No file if `path` is empty; one that can't be written: std::runtime_error, here and later. */
-  RecordFile(const std::string& path, session::Frame frame);
+  /** One that can't be written: std::runtime_error, here and later. */
+  explicit RecordFile(const std::string& path);
 
-  /** `robot` is where the robot was when they were read. */
-  void write(const std::vector<Math::MetricalData>& records, const Math::Pose2D& robot);
-  void close();
+  void show(const session::Snapshot& snapshot) override;
+  void finish() override;
 
  private:
+  void xWrite(const Math::MetricalData& record, const session::Snapshot& snapshot);
   void xCheck() const;
 
   const std::string path;
-  const session::Frame frame;
+  const bool isCsv;
   std::ofstream file;
 };
 

@@ -1,88 +1,120 @@
 #include "outlets/web/live_server.h"
 
 #include <algorithm>
+#include <chrono>
 #include <exception>
 
-#include "outlets/web/internal/live_messages.h"
+#include "outlets/foxglove/internal/foxglove_feed.h"
+#include "outlets/outlet_list.h"
+#include "outlets/web/internal/live_hub.h"
+#include "outlets/web/internal/page_feed.h"
 #include "outlets/web/internal/page_files.h"
-#include "sensor/perception/sensor_3d.h"
+#include "outlets/web/internal/request_queue.h"
+#include "outlets/web/internal/web_guard.h"
+#include "outlets/web/internal/web_server.h"
+#include "session/internal/log_ring.h"
 
 namespace QV::outlets {
 namespace {
 
+using MachineClock = std::chrono::steady_clock;
+
+constexpr char kSubscriber[] = "live view";
 constexpr std::chrono::milliseconds kTick{20};
-constexpr std::chrono::milliseconds kPublishPeriod{100};
-constexpr std::chrono::milliseconds kDepthPeriod{200};
-// What a world that is too slow for the clock does not make up.
+constexpr std::chrono::milliseconds kShowPeriod{100};
+// What a session that is too slow for the clock does not make up.
 constexpr std::chrono::milliseconds kMostAtOnce{50};
 
-std::string findDepthSensor(sensor::SensorManager& manager) {
-  for (const std::string& name : manager.getSensorList()) {
-    if (dynamic_cast<sensor::Sensor3D*>(manager.getSensorPtr(name).get())) return name;
-  }
-  return {};
-}
-
-// Whether it is due; if so, when it is due again.
-bool isDue(std::chrono::steady_clock::time_point& next, std::chrono::steady_clock::time_point now,
-           std::chrono::milliseconds period) {
-  if (now < next) return false;
-  next = std::max(next + period, now);
-  return true;
+// Each speaks subprotocols of its own.
+std::vector<std::shared_ptr<WebOutlet>> makeWebOutlets(session::Session& robot,
+                                                       RequestQueue& requests) {
+  return {std::make_shared<PageFeed>(robot, requests), std::make_shared<FoxgloveFeed>(robot)};
 }
 
 }  // namespace
 
-LiveServer::LiveServer(session::Session& robot, ko::SimulatedTime& time, session::LogRing& log,
-                       const WebServer::Settings& settings)
-    : log(log),
-      world(robot, time),
-      depthSensor(findDepthSensor(robot.getManager())),
-      depthView(robot.getBroker()),
-      pages(robot, requests),
-      viewers(robot),
-      hub(pages, viewers),
-      server(settings, getPageFiles(), hub) {}
+class LiveServer::Impl {
+ public:
+  Impl(session::Session& session, session::LogRing& log, const ServerSettings& settings)
+      : settings(settings),
+        log(log),
+        session(session),
+        webOutlets(makeWebOutlets(session, requests)),
+        hub(webOutlets),
+        server(settings, getPageFiles(), hub) {
+    for (const auto& outlet : webOutlets) outlets.add(outlet);
+  }
+
+  void runBriefly() {
+    for (const LiveRequest& request : requests.takeUntil(ranUntil + kTick)) execute(request);
+    session::Demand demand = outlets.getDemand();
+    session::addDemand(demand, ownDemand);
+    session.setDemand(demand);
+    const auto now = MachineClock::now();
+    const auto passed = std::min<MachineClock::duration>(now - ranUntil, kMostAtOnce);
+    ranUntil = now;
+    session.keepPace(ko::Duration(std::chrono::nanoseconds(passed).count()));
+    outlets.showLog(log.takeNew());
+    showIfDue(now);
+  }
+
+  void execute(const LiveRequest& request) {
+    try {
+      session::execute(session, kSubscriber, request.command);
+    } catch (const std::exception& exception) {
+      request.refuse(exception.what());
+    }
+  }
+
+  void showIfDue(MachineClock::time_point now) {
+    if (now < showNext) return;
+    showNext = std::max(showNext + kShowPeriod, now);
+    if (outlets.isWatched()) outlets.show(session.look());
+  }
+
+  const ServerSettings settings;
+  session::LogRing& log;
+  RequestQueue requests;
+  session::Session& session;
+  session::Demand ownDemand;
+  OutletList outlets;
+  const std::vector<std::shared_ptr<WebOutlet>> webOutlets;
+  LiveHub hub;
+  const WebServer server;
+  MachineClock::time_point ranUntil = MachineClock::now();
+  MachineClock::time_point showNext = ranUntil;
+};
+
+LiveServer::LiveServer(session::Session& session, session::LogRing& log,
+                       const ServerSettings& settings)
+    : impl(std::make_unique<Impl>(session, log, settings)) {}
+
+LiveServer::~LiveServer() = default;
+
+std::string LiveServer::getUrl() const {
+  const std::string& address = impl->settings.address;
+  const bool isV6 = address.find(':') != std::string::npos;
+  return "http://" + (isV6 ? "[" + address + "]" : address) + ":" + std::to_string(getPort()) + "/";
+}
+
+unsigned short LiveServer::getPort() const {
+  return impl->server.getPort();
+}
+
+bool LiveServer::isOpen() const {
+  return !isLoopback(impl->settings.address);
+}
+
+void LiveServer::add(std::shared_ptr<Outlet> outlet) {
+  impl->outlets.add(std::move(outlet));
+}
 
 void LiveServer::subscribe(const std::set<std::string>& sensorsOrFamilies) {
-  for (const std::string& name : sensorsOrFamilies)
-    world.execute(session::SubscribeCommand{name, true});
+  impl->ownDemand[kSubscriber].insert(sensorsOrFamilies.begin(), sensorsOrFamilies.end());
 }
 
 void LiveServer::runBriefly() {
-  for (const LiveRequest& request : requests.takeUntil(ranUntil + kTick)) xDo(request);
-  const auto now = MachineClock::now();
-  const auto passed = std::min<MachineClock::duration>(now - ranUntil, kMostAtOnce);
-  ranUntil = now;
-  world.run(ko::Duration(std::chrono::nanoseconds(passed).count()));
-  const auto lines = log.takeNew();
-  pages.publishLog(lines);
-  viewers.publishLog(lines);
-  if (isDue(publishNext, now, kPublishPeriod)) xPublish(now);
-}
-
-void LiveServer::xDo(const LiveRequest& request) {
-  try {
-    world.execute(request.command);
-  } catch (const std::exception& exception) {
-    request.refuse(exception.what());
-  }
-}
-
-void LiveServer::xPublish(MachineClock::time_point now) {
-  world.watch(viewers.getWatchedSensors());
-  if (!pages.hasClients() && !viewers.isWatched()) return depthView.rest();
-  const session::Snapshot snapshot = world.look();
-  pages.publish(snapshot);
-  viewers.publish(snapshot);
-  if (isDue(depthNext, now, kDepthPeriod)) xPublishDepth();
-}
-
-void LiveServer::xPublishDepth() {
-  if (!pages.hasClients() || !world.isStarted(depthSensor)) return depthView.rest();
-  if (const auto depth = depthView.take()) {
-    pages.publish("depth", depthMessage(depthSensor, depthPainter.paint(*depth)));
-  }
+  impl->runBriefly();
 }
 
 }  // namespace QV::outlets

@@ -1,56 +1,50 @@
 #pragma once
 
-#include "outlets/foxglove/internal/foxglove_feed.h"
-#include "outlets/web/internal/depth_picture.h"
-#include "outlets/web/internal/depth_view.h"
-#include "outlets/web/internal/page_feed.h"
-#include "outlets/web/internal/web_server.h"
-#include "outlets/web/live_hub.h"
-#include "outlets/web/request_queue.h"
-#include "session/internal/log_ring.h"
-#include "session/live_world.h"
+#include <memory>
+#include <set>
+#include <string>
+
+#include "outlets/outlet.h"
+#include "outlets/web/server_settings.h"
+#include "session/session.h"
+
+namespace QV::session {
+class LogRing;
+}
 
 namespace QV::outlets {
 
 /**
- * A world that goes on by the machine's clock, and the server that shows it. For the thread that
- * owns the simulated time; the robot and the time must outlive it.
+ * A session that goes on by the machine's clock, and the server that shows it: to pages, and to
+ * viewers that speak the Foxglove WebSocket protocol. For the thread that opened the session, which
+ * must outlive it, as must the log.
  */
-class LiveServer {
+class QV_API LiveServer {
  public:
-  /** See WebServer for what it throws. The log must outlive it, too. */
-  LiveServer(session::Session& robot, ko::SimulatedTime& time, session::LogRing& log,
-             const WebServer::Settings& settings);
+  /** UsageError for settings with which it can't listen. */
+  LiveServer(session::Session& session, session::LogRing& log, const ServerSettings& settings);
+  ~LiveServer();
+  LiveServer(const LiveServer&) = delete;
+  LiveServer& operator=(const LiveServer&) = delete;
 
-  unsigned short getPort() const { return server.getPort(); }
+  /** Where a browser finds it: "http://127.0.0.1:8765/". */
+  std::string getUrl() const;
+  unsigned short getPort() const;
+  /** Whether other machines reach it. */
+  bool isOpen() const;
 
-  /** As the page would. */
+  /** Shows the session there, too, ten times a second. */
+  void add(std::shared_ptr<Outlet> outlet);
+
+  /** As "live view", until the end. */
   void subscribe(const std::set<std::string>& sensorsOrFamilies);
 
   /** Goes on for about 20 ms: does what clients ask for, and shows them what is new. */
   void runBriefly();
 
  private:
-  typedef std::chrono::steady_clock MachineClock;
-
-  void xDo(const LiveRequest& request);
-  void xPublish(MachineClock::time_point now);
-  void xPublishDepth();
-
-  session::LogRing& log;
-  RequestQueue requests;
-  session::LiveWorld world;
-  /** The sensor that the depth camera's pictures are of; empty if there is none. */
-  const std::string depthSensor;
-  DepthView depthView;
-  DepthPainter depthPainter;
-  PageFeed pages;
-  FoxgloveFeed viewers;
-  LiveHub hub;
-  WebServer server;
-  MachineClock::time_point ranUntil = MachineClock::now();
-  MachineClock::time_point publishNext = ranUntil;
-  MachineClock::time_point depthNext = ranUntil;
+  class Impl;
+  const std::unique_ptr<Impl> impl;
 };
 
 }  // namespace QV::outlets

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <array>
 #include <atomic>
-#include <limits>
 #include <stdexcept>
 #include <string>
 #include <thread>
@@ -45,27 +44,14 @@ void check(std::size_t poses, const Math::SensorFieldOfView2D& fieldOfView, std:
   }
 }
 
-/** Ranges in metres from ways in cells. */
-void toRanges(const double* ways, int count, double resolution,
-              const Math::SensorFieldOfView2D& fieldOfView, float* ranges) {
-  const float minRange = fieldOfView.minRange;
-  const float maxRange = fieldOfView.maxRange;
-  for (int i = 0; i < count; ++i) {
-    const auto range = static_cast<float>(ways[i] * resolution);
-    const float atLeast = range < minRange ? minRange : range;
-    ranges[i] = atLeast > maxRange ? maxRange : atLeast;
-  }
-}
-
 /** The scans of all poses, for threads to share. */
 class Scans {
  public:
   Scans(const OccupancyMap& map, std::span<const Math::Pose2D> poses,
         const Math::SensorFieldOfView2D& fieldOfView, std::span<float> ranges, float occupiedAbove)
       : caster(map, fieldOfView.maxRange, occupiedAbove, detail::ScanPath::best),
-        resolution(map.getResolution()),
+        limits(fieldOfView, map.getResolution()),
         poses(poses),
-        fieldOfView(fieldOfView),
         fan(detail::findFanDirections(fieldOfView.angularRange, fieldOfView.rayCount)),
         ranges(ranges) {}
 
@@ -86,21 +72,20 @@ class Scans {
  private:
   void xScan(detail::ScanCaster& own, const Math::Pose2D& pose, float* places) const {
     if (!own.moveTo(pose)) {
-      std::fill_n(places, fan.rayCount, fieldOfView.maxRange);
+      std::fill_n(places, fan.rayCount, limits.maxRange);
       return;
     }
     std::array<double, detail::FanCast::kMostRays + detail::FanCast::kMore> ways;
     for (int begin = 0; begin < fan.rayCount; begin += detail::FanCast::kMostRays) {
       const int count = std::min(detail::FanCast::kMostRays, fan.rayCount - begin);
       own.cast(&fan.cosines[begin], &fan.sines[begin], count, ways.data());
-      toRanges(ways.data(), count, resolution, fieldOfView, places + begin);
+      own.getSteps().toRanges(ways.data(), count, limits, places + begin);
     }
   }
 
   detail::ScanCaster caster;
-  double resolution;
+  detail::RangeLimits limits;
   std::span<const Math::Pose2D> poses;
-  const Math::SensorFieldOfView2D& fieldOfView;
   const detail::FanDirections& fan;
   std::span<float> ranges;
   std::atomic<std::size_t> next = 0;

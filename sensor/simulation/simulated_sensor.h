@@ -39,6 +39,9 @@ class QV_API SimulatedSensor : public Sensor {
    */
   void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose);
 
+  /** Whether it reports all rays, not its nearest echo. */
+  bool reportsAllRays() const { return useAllRays; }
+
  protected:
   std::vector<Math::MetricalData> xGetData() const override;
   bool xSubscribeToHardware() override { return true; }

@@ -37,8 +37,10 @@ void Driver::drive(float forward, float turn) {
 }
 
 void Driver::setGoal(const Math::Position2D& position) {
+  const auto map = robot.getMap();
+  if (!map) throw UsageError("a robot in a map expected, one without a map given");
   const Math::Position2D from = Math::position2DFromPose2D(robot.getPose());
-  const auto route = findRoute(robot.getMap(), from, position, robot.getRadius() + kMargin);
+  const auto route = findRoute(*map, from, position, robot.getRadius() + kMargin);
   if (route.empty()) {
     throw UsageError("a place that the robot can get to expected, " + describe(position) +
                      " m given");
@@ -46,16 +48,30 @@ void Driver::setGoal(const Math::Position2D& position) {
   stop();
   if (Math::norm(Math::Position2D(position.x - from.x, position.y - from.y)) < kArrived) return;
   goal = position;
-  ko::log::info("LiveView", "setGoal") << "on the way to " << describe(position) << " m";
+  ko::log::info("Session", "setGoal") << "on the way to " << describe(position) << " m";
   path.emplace(route, kSpeed, kTurnSpeed);
   done = 0.0;
   waited = 0.0;
+}
+
+void Driver::follow(const PathFollower& wanted) {
+  stop();
+  timedPath = wanted;
+  timedStart = ko::Clock::now();
+  steer(ko::Duration::zero());
+}
+
+void Driver::wander() {
+  stop();
+  robot.wander(true);
 }
 
 void Driver::stop() {
   held = ko::Duration::zero();
   goal.reset();
   path.reset();
+  timedPath.reset();
+  robot.wander(false);
   robot.drive({});
 }
 
@@ -66,11 +82,12 @@ void Driver::release(ko::Duration machine) {
 }
 
 void Driver::steer(ko::Duration simulated) {
-  if (path) xFollow(inSeconds(simulated));
+  if (timedPath) robot.follow(*timedPath, inSeconds(ko::Clock::now() - timedStart));
+  if (path) xGoOn(inSeconds(simulated));
 }
 
 // First a turn to where the path begins. On the path the robot is waited for.
-void Driver::xFollow(double seconds) {
+void Driver::xGoOn(double seconds) {
   const Math::Pose2D off = Math::pinv(robot.getPose()) * path->poseAt(done);
   const float turn = std::remainder(off.theta, 2.0f * std::numbers::pi_v<float>);
   if (done == 0.0 && std::abs(turn) > kAligned) {
@@ -80,7 +97,7 @@ void Driver::xFollow(double seconds) {
   const float behind = std::hypot(off.x, off.y);
   const bool atEnd = done >= path->getDuration();
   if (atEnd && behind < kArrived) {
-    ko::log::info("LiveView", "xFollow") << "arrived at " << describe(*goal) << " m";
+    ko::log::info("Session", "run") << "arrived at " << describe(*goal) << " m";
     return stop();
   }
   if (atEnd || behind > kBehind) {
@@ -94,7 +111,7 @@ void Driver::xFollow(double seconds) {
 }
 
 void Driver::xGiveUp() {
-  ko::log::warning("LiveView", "xGiveUp")
+  ko::log::warning("Session", "run")
       << "something is in the way to " << describe(*goal) << " m: the goal is dropped";
   stop();
 }

@@ -3,22 +3,29 @@
 #include <optional>
 
 #include "session/internal/path_follower.h"
-#include "session/session.h"
+#include "session/internal/session_robot.h"
 
 namespace QV::session {
 
-/** Who holds a robot's wheel: a hand, a goal or nobody. The robot must outlive it. */
+/**
+ * Who holds a robot's wheel: a hand, a goal, a timed path, itself or nobody; one takes it from the
+ * other. The robot must outlive it.
+ */
 class Driver {
  public:
   /** So long holds a hand that does not move again: the machine's time. */
   static constexpr ko::Duration kHeld{500'000'000};
 
-  explicit Driver(Session& robot) : robot(robot) {}
+  explicit Driver(SessionRobot& robot) : robot(robot) {}
 
   /** By hand, m/s and rad/s; forgets the goal. */
   void drive(float forward, float turn);
   /** UsageError, and nothing changes, for a place that no way leads to. */
   void setGoal(const Math::Position2D& position);
+  /** The robot keeps to the path's times, from now on and at its end, until another order. */
+  void follow(const PathFollower& path);
+  /** It drives about. */
+  void wander();
   void stop();
 
   const std::optional<Math::Position2D>& getGoal() const { return goal; }
@@ -29,13 +36,15 @@ class Driver {
   void steer(ko::Duration simulated);
 
  private:
-  void xFollow(double seconds);
+  void xGoOn(double seconds);
   void xGiveUp();
 
-  Session& robot;
+  SessionRobot& robot;
   ko::Duration held = ko::Duration::zero();
   std::optional<Math::Position2D> goal;
   std::optional<PathFollower> path;
+  std::optional<PathFollower> timedPath;
+  ko::Clock::time_point timedStart;
   /** Of the path: where the robot is to be; and for how long it has not kept up with it. */
   double done = 0.0;
   double waited = 0.0;

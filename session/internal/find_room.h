@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/navigation/occupancy_map.h"
 
@@ -9,6 +10,6 @@ namespace QV::session {
  * Where a robot has room in a map: of the places that are a metre from anything not free, or as far
  * as there are, the one nearest to the middle. Heading 0. The middle, where nothing is free.
  */
-Math::Pose2D findRoom(const OccupancyMap& map);
+QV_API Math::Pose2D findRoom(const OccupancyMap& map);
 
 }  // namespace QV::session

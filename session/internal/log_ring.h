@@ -5,12 +5,13 @@
 #include <mutex>
 #include <vector>
 
+#include "platform/api.h"
 #include "platform/ko/log.h"
 
 namespace QV::session {
 
 /** The lines of the log that nobody took yet, while it lives. Safe from any thread. */
-class LogRing {
+class QV_API LogRing {
  public:
   static constexpr std::size_t kMost = 200;
 

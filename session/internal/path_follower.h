@@ -2,12 +2,13 @@
 
 #include <vector>
 
+#include "platform/api.h"
 #include "platform/math/pose2d.h"
 
 namespace QV::session {
 
 /** A robot that drives a path of straight lines, turning on the spot at each corner. */
-class PathFollower {
+class QV_API PathFollower {
  public:
   /** `path` in metres, two positions or more; speeds in m/s and rad/s, above 0. */
   PathFollower(const std::vector<Math::Position2D>& path, double speed, double turnSpeed);

@@ -3,6 +3,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/navigation/occupancy_map.h"
 
@@ -10,7 +11,7 @@ namespace QV::session {
 
 /** Looks at where a robot is, and says when it gets out of the map or into a cell that is not free.
  */
-class PoseWatch {
+class QV_API PoseWatch {
  public:
   /** The map must outlive the watch. */
   explicit PoseWatch(const OccupancyMap& map) : map(map) {}

@@ -2,21 +2,20 @@
 
 #include <deque>
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
-#include "session/session.h"
+#include "session/internal/session_robot.h"
+#include "session/internal/switches.h"
 #include "session/snapshot.h"
 
 namespace QV::session {
 
-/** Looks at a robot's sensors again and again. The robot must outlive it. */
+/** Looks at a robot's sensors again and again. Both must outlive it. */
 class SensorLook {
  public:
-  /** Of one sensor, at most. */
-  static constexpr std::size_t kMostPoints = 1000;
-
-  explicit SensorLook(Session& robot) : robot(robot) {}
+  SensorLook(SessionRobot& robot, const Switches& switches) : robot(robot), switches(switches) {}
 
   /** Every sensor as it is now, by family and name. */
   std::vector<SensorState> look();
@@ -33,12 +32,14 @@ class SensorLook {
     Math::Pose2D pose;
   };
 
-  void xLookAtSwitches(SensorState& sensor) const;
+  void xLookAtSwitches(SensorState& sensor);
   void xLookAtRecord(const Math::MetricalData& record, SensorState& sensor) const;
   double xMeasureRate(const std::string& name);
   Math::Pose2D xPoseAt(ko::Clock::time_point time) const;
 
-  Session& robot;
+  SessionRobot& robot;
+  const Switches& switches;
+  std::map<std::string, std::set<std::string>> subscribers;
   std::deque<Placed> poses;
   /** Of each sensor, when it last measured. */
   std::map<std::string, std::deque<ko::Clock::time_point>> measured;

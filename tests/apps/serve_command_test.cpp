@@ -51,8 +51,7 @@ TEST_F(ServeTest, aPageSeesAndDrivesTheRobotUntilASignalEndsIt) {
       refused =
           refused ||
           frame->payload == R"({"op":"refused","command":"drive","message":"\"turn\": missing"})";
-      started =
-          started || frame->payload.find(R"("subscribers":["live view"])") != std::string::npos;
+      started = started || frame->payload.find(R"("subscribers":["page 1"])") != std::string::npos;
     }
     process.signal(signal);
     EXPECT_EQ(process.awaitEnd(), 128 + signal);

@@ -10,11 +10,20 @@ namespace QV::app {
 namespace {
 
 WatchState exampleState() {
-  WatchState state{"Robot", {1.0f, 2.0f, 0.5f}, {}, 1, "Sonar: disabled"};
-  state.sensors = {{"Laser", "Laser", true, false, false, 2},
-                   {"Sonar", "Sonar", false, true, true, 1, 15, 0.5f, 0.25}};
-  state.sensors[0].trouble = "no \x1b[2J\nscan";
-  state.sensors[0].troubleAge = 3.4;
+  WatchState state;
+  state.chosen = 1;
+  state.note = "Sonar: disabled";
+  state.seen.title = "Robot";
+  state.seen.pose = {1.0f, 2.0f, 0.5f};
+  session::SensorState laser{"Laser", "Laser", false, true, false, {"a", "b"}};
+  laser.trouble = "no \x1b[2J\nscan";
+  laser.troubleAge = 3.4;
+  session::SensorState sonar{"Sonar", "Sonar", true, false, true, {"a"}};
+  sonar.age = 0.25;
+  sonar.nearest = 0.5f;
+  sonar.records.resize(1);
+  sonar.records[0].points.resize(15);
+  state.seen.sensors = {laser, sonar};
   return state;
 }
 

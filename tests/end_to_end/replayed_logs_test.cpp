@@ -4,8 +4,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/ko/simulated_time.h"
-#include "session/recorded_robot.h"
+#include "session/open.h"
 #include "tests/support/real_data.h"
 
 namespace QV {
@@ -45,23 +44,23 @@ void expectPointsOf(const Words& scan, const std::vector<Math::Position3D>& poin
 /** Replays a log and compares each record with its line. */
 void replayScans(const std::string& path) {
   const auto scans = linesOf(path, "FLASER 361 ");
-  ko::SimulatedTime time;
-  session::RecordedRobot robot(robot::readLidarLog(path));
+  const auto session = session::openRecording(path);
+  session->subscribe("mine", {"Laser"});
   for (const Words& scan : scans) {
-    const auto records = robot.next(time);
-    ASSERT_TRUE(records);
-    ASSERT_EQ(records->size(), 1u);
-    const Math::MetricalData& record = records->at(0);
+    const session::Snapshot seen = session->look();
+    const auto records = session::recordsOf(seen);
+    ASSERT_EQ(records.size(), 1u);
+    const Math::MetricalData& record = records[0];
     expectPointsOf(scan, record.points);
-    const auto laser = robot.getPose() * Math::pose2DFromTransform(record.sensorTransform);
+    const auto laser = seen.pose * Math::pose2DFromTransform(record.sensorTransform);
     EXPECT_NEAR(laser.x, std::stof(scan[363]), 1e-4f);
     EXPECT_NEAR(laser.y, std::stof(scan[364]), 1e-4f);
     EXPECT_NEAR(std::remainder(laser.theta - std::stof(scan[365]), 2 * kPi), 0.0f, 1e-4f);
     const ko::Duration stamp = record.timestamp.time_since_epoch();
     const double elapsed = std::stod(scan[369]) - std::stod(scans[0][369]);
     EXPECT_NEAR(static_cast<double>(stamp.count()) * 1e-9, elapsed - 0.05, 1e-3);
+    ASSERT_EQ(session->step(), &scan != &scans.back());
   }
-  EXPECT_FALSE(robot.next(time));
 }
 
 TEST(ReplayedLogs, aLaserGivesThePointsOfEachLoggedScan) {
@@ -81,17 +80,17 @@ TEST(ReplayedLogs, sonarsGiveArcsAtTheLoggedRanges) {
   const auto lines = linesOf(*measurements, "");
   const auto places = linesOf(*poses, "");
   ASSERT_EQ(lines.size(), places.size());
-  ko::SimulatedTime time;
-  session::RecordedRobot robot(robot::readSonarLog(*measurements, *poses));
+  const auto session = session::openRecording(*measurements, *poses);
+  session->subscribe("mine", {"Sonar"});
   for (std::size_t step = 0; step < lines.size(); ++step) {
     const Words& line = lines[step];
-    const auto records = robot.next(time);
-    ASSERT_TRUE(records);
-    ASSERT_EQ(records->size(), 8u);
-    EXPECT_NEAR(robot.getPose().x, std::stof(places[step][1]) * 1e-3f, 1e-4f);
-    EXPECT_NEAR(robot.getPose().y, std::stof(places[step][2]) * 1e-3f, 1e-4f);
+    const session::Snapshot seen = session->look();
+    const auto records = session::recordsOf(seen);
+    ASSERT_EQ(records.size(), 8u);
+    EXPECT_NEAR(seen.pose.x, std::stof(places[step][1]) * 1e-3f, 1e-4f);
+    EXPECT_NEAR(seen.pose.y, std::stof(places[step][2]) * 1e-3f, 1e-4f);
     for (std::size_t i = 0; i < 8; ++i) {
-      const Math::MetricalData& record = records->at(i);
+      const Math::MetricalData& record = records[i];
       EXPECT_EQ(record.timestamp.time_since_epoch(),
                 boost::chrono::milliseconds(std::stoi(line[0]) - std::stoi(lines[0][0])));
       ASSERT_EQ(record.points.size(), 15u);
@@ -102,8 +101,8 @@ TEST(ReplayedLogs, sonarsGiveArcsAtTheLoggedRanges) {
       const auto place = Math::pose2DFromTransform(record.sensorTransform);
       EXPECT_NEAR(place.theta, degrees[i] * kPi / 180.0f, 1e-5f);
     }
+    ASSERT_EQ(session->step(), step + 1 < lines.size());
   }
-  EXPECT_FALSE(robot.next(time));
 }
 
 }  // namespace

@@ -13,6 +13,9 @@ test('a lost connection is shown, and healed without a click', async (context) =
   const lost = live.page.getByRole('alert');
   await live.page.getByText('Live', { exact: true }).waitFor();
 
+  await live.switchOf('LeftLaser', 'Subscribe').click();
+  await live.untilSensor('LeftLaser', ({ started }) => started);
+
   await first.stop('SIGINT');
   await lost.getByText('The program does not answer.').waitFor();
   await live.switchOf('FrontLaser', 'Subscribe').click();
@@ -22,6 +25,7 @@ test('a lost connection is shown, and healed without a click', async (context) =
   const second = await serve(PORTER, first.port);
   await lost.waitFor({ state: 'hidden' });
   await live.page.getByText('Live', { exact: true }).waitFor();
+  await live.untilSensor('LeftLaser', ({ started }) => started);
   await live.switchOf('FrontLaser', 'Subscribe').click();
   await live.untilSensor('FrontLaser', ({ started }) => started);
 

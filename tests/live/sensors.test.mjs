@@ -28,9 +28,9 @@ test('a sensor starts with its subscription, shows points, and stops with it', a
 
   await live.switchOf('LeftLaser', 'Subscribe').click();
   const sensor = await live.untilSensor('LeftLaser', ({ points }) => points.length > 0);
-  await row.getByText('started · live view').waitFor();
+  await row.getByText('started · page 1').waitFor();
   await untilPixels(live, LASER, (count) => count > 20);
-  assert.deepEqual(sensor.subscribers, ['live view']);
+  assert.deepEqual(sensor.subscribers, ['page 1']);
   await row.locator('.sensor-figures').filter({ hasText: /rate10\.\d Hzage0\.\d snearest\d\.\d\d m/ }).waitFor();
 
   await live.switchOf('LeftLaser', 'Subscribe').click();
@@ -38,12 +38,21 @@ test('a sensor starts with its subscription, shows points, and stops with it', a
   await untilPixels(live, LASER, (count) => count === 0);
 });
 
+test('a subscription goes with its page', async () => {
+  const other = await LivePage.open(browser, program.url);
+  await other.switchOf('FrontSonar', 'Subscribe').click();
+  await live.row('FrontSonar').getByText('started · page 2').waitFor();
+  assert.equal(await live.switchOf('FrontSonar', 'Subscribe').isChecked(), false);
+  await other.close();
+  await live.row('FrontSonar').getByText('stopped · no subscriber').waitFor();
+});
+
 test('a sensor with two subscribers stops with the last of them', async () => {
   const row = live.row('FrontSonar');
   const { client, channels } = await connectViewer(program.port);
   const channel = channels.find(({ topic }) => topic.includes('FrontSonar'));
   const subscription = client.subscribe(channel.id);
-  await row.getByText('started · foxglove viewer').waitFor();
+  await row.getByText('started · foxglove viewer 1').waitFor();
   await live.switchOf('FrontSonar', 'Subscribe').click();
   await live.untilSensor('FrontSonar', ({ subscribers }) => subscribers.length === 2);
 
@@ -58,12 +67,12 @@ test('a sensor with two subscribers stops with the last of them', async () => {
 test('a disabled or failed sensor stops although it has a subscriber, and comes back', async () => {
   const row = live.row('BackSonar');
   await live.switchOf('BackSonar', 'Subscribe').click();
-  await row.getByText('started · live view').waitFor();
+  await row.getByText('started · page 1').waitFor();
   for (const [label, why] of [['Enable', 'disabled'], ['Diagnosis', 'diagnosis bad']]) {
     await live.switchOf('BackSonar', label).click();
-    await row.getByText(`${why} · live view`).waitFor();
+    await row.getByText(`${why} · page 1`).waitFor();
     await live.switchOf('BackSonar', label).click();
-    await row.getByText('started · live view').waitFor();
+    await row.getByText('started · page 1').waitFor();
   }
 });
 
@@ -96,7 +105,7 @@ test('all sensors are subscribed at once, and the depth frame comes with them', 
 test('the log says what was done, and shows the chosen level and above', async () => {
   const lines = live.page.locator('.log-line:visible');
   await live.switchOf('FrontLaser', 'Subscribe').click();
-  await lines.getByText('FrontLaser subscribed: started').waitFor();
+  await lines.getByText('FrontLaser subscribed by page 1: started').waitFor();
   await live.switchOf('FrontLaser', 'Diagnosis').click();
   await lines.getByText('FrontLaser diagnosis bad: stopped').waitFor();
   const detail = lines.getByText('FrontLaser state.').first();

@@ -1,14 +1,16 @@
 #include "outlets/foxglove/internal/foxglove_feed.h"
 
-#include "session/simulated_session.h"
+#include "outlets/foxglove/internal/foxglove_messages.h"
 #include "tests/outlets/fake_client.h"
-#include "tests/robot/world/room.h"
+#include "tests/outlets/told_cases.h"
+#include "tests/session/session_in_room.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::outlets {
 namespace {
 
 using nlohmann::json;
+using testing::Pair;
 
 /** A viewer of a robot with two sonars, channels 4 and 5. */
 struct FoxgloveFeedTest : testing::Test {
@@ -28,15 +30,16 @@ struct FoxgloveFeedTest : testing::Test {
   session::Snapshot snapshot() {
     session::Snapshot snapshot;
     snapshot.time = ko::Clock::time_point(ko::Duration(0x0102030405060708));
-    for (const std::string& name : robot.getManager().getSensorList()) {
+    for (const std::string& name : robot->getManager().getSensorList()) {
       snapshot.sensors.push_back({name, "Sonar"});
-      snapshot.sensors.back().points = {{1.0f, 2.0f}};
+      snapshot.sensors.back().marks.hits = {{1.0f, 2.0f, 0.5f}};
     }
     return snapshot;
   }
 
-  session::SimulatedSession robot{0, *test::makeRoom(), {2.0f, 3.0f, 0.0f}};
-  FoxgloveFeed sut{robot};
+  const std::unique_ptr<session::Session> robot =
+      session::openSimulated(0, test::inRoom({2.0f, 3.0f, 0.0f}));
+  FoxgloveFeed sut{*robot};
   const std::shared_ptr<test::FakeClient> viewer = std::make_shared<test::FakeClient>();
   std::vector<json> opening;
 };
@@ -59,8 +62,8 @@ TEST_F(FoxgloveFeedTest, advertisesEveryChannelWithItsSchema) {
 TEST_F(FoxgloveFeedTest, sendsFramesOfASubscriptionUntilItEnds) {
   EXPECT_TRUE(say(R"({"op":"subscribe","subscriptions":[{"id":258,"channelId":5}]})").empty());
   EXPECT_TRUE(sut.isWatched());
-  EXPECT_THAT(sut.getWatchedSensors(), ElementsAre("RightSonar"));
-  sut.publish(snapshot());
+  EXPECT_THAT(sut.getDemand(), ElementsAre(Pair("foxglove viewer 1", ElementsAre("RightSonar"))));
+  sut.show(snapshot());
   ASSERT_EQ(viewer->sent.size(), 1u);
   const WebMessage message = viewer->sent[0];
   EXPECT_TRUE(message.binary);
@@ -72,15 +75,34 @@ TEST_F(FoxgloveFeedTest, sendsFramesOfASubscriptionUntilItEnds) {
   EXPECT_EQ(cloud["data"], "AACAPwAAAEAAAAA/");  // 1, 2 and 0.5.
   viewer->sent.clear();
   EXPECT_TRUE(say(R"({"op":"unsubscribe","subscriptionIds":[258]})").empty());
-  sut.publish(snapshot());
+  sut.show(snapshot());
   EXPECT_TRUE(viewer->sent.empty());
   EXPECT_FALSE(sut.isWatched());
 }
 
-TEST_F(FoxgloveFeedTest, aViewerThatLeavesWatchesNothing) {
+TEST_F(FoxgloveFeedTest, eachViewerWantsItsOwnSensorsUntilItLeaves) {
+  const auto other = std::make_shared<test::FakeClient>();
+  sut.onOpen(other);
   say(R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":4}]})");
+  sut.onMessage(other, R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":5}]})", false);
+  EXPECT_THAT(sut.getDemand(), ElementsAre(Pair("foxglove viewer 1", ElementsAre("LeftSonar")),
+                                           Pair("foxglove viewer 2", ElementsAre("RightSonar"))));
   sut.onClose(viewer);
-  EXPECT_TRUE(sut.getWatchedSensors().empty());
+  EXPECT_THAT(sut.getDemand(), ElementsAre(Pair("foxglove viewer 2", ElementsAre("RightSonar"))));
+}
+
+TEST_F(FoxgloveFeedTest, aCloudIsWhatThePointsMeanWhereTheRobotIs) {
+  for (const auto& told : test::toldCases()) {
+    auto seen = test::snapshotOf(told, "Sonar");
+    const std::string cloud = foxglove::pointCloud(seen.sensors[0], seen);
+    const std::size_t points =
+        json::parse(cloud)["data"].get<std::string>().size() / 16;  // 12 bytes in base64.
+    const bool isEcho = !seen.sensors[0].marks.echoes.empty();
+    EXPECT_EQ(points, isEcho ? test::kArcPoints : told.marks.size()) << told.name;
+    // The robot has moved, and where it is the hit is where it was.
+    seen.pose.x += 1.0f;
+    EXPECT_EQ(foxglove::pointCloud(seen.sensors[0], seen) == cloud, points == 0) << told.name;
+  }
 }
 
 TEST_F(FoxgloveFeedTest, theMapComesOnceAndTheLogLineByLine) {
@@ -88,13 +110,12 @@ TEST_F(FoxgloveFeedTest, theMapComesOnceAndTheLogLineByLine) {
       viewer,
       R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":2},{"id":2,"channelId":3}]})",
       false);
-  sut.publish(snapshot());
-  sut.publish(snapshot());
-  sut.publishLog(
-      {{ko::log::Level::error, "A", "b", "c", {}}, {ko::log::Level::info, "", "", "", {}}});
+  sut.show(snapshot());
+  sut.show(snapshot());
+  sut.showLog({{ko::log::Level::error, "A", "b", "c", {}}, {ko::log::Level::info, "", "", "", {}}});
   ASSERT_EQ(viewer->sent.size(), 3u);
   const json grid = json::parse(viewer->sent[0].payload->substr(13));
-  EXPECT_EQ(grid["column_count"], robot.getMap().getWidth());
+  EXPECT_EQ(grid["column_count"], robot->getMap()->getWidth());
   const json line = json::parse(viewer->sent[1].payload->substr(13));
   EXPECT_EQ(line["level"], 4);
   EXPECT_EQ(line["name"], "A.b");
@@ -117,7 +138,8 @@ TEST_F(FoxgloveFeedTest, saysWhatIsWrong) {
             "channel 1 is subscribed to already");
   EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[7,{"id":2,"channelId":5}]})"),
             "id: missing");
-  EXPECT_THAT(sut.getWatchedSensors(), ElementsAre("RightSonar")) << "what is right is done";
+  EXPECT_THAT(sut.getDemand(), ElementsAre(Pair("foxglove viewer 1", ElementsAre("RightSonar"))))
+      << "what is right is done";
 }
 
 }  // namespace

@@ -6,8 +6,9 @@
 #include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 
-#include "outlets/web/internal/base64.h"
+#include "outlets/internal/base64.h"
 #include "outlets/web/internal/map_picture.h"
+#include "tests/outlets/told_cases.h"
 
 namespace QV::outlets {
 namespace {
@@ -28,7 +29,7 @@ session::Snapshot exampleSnapshot() {
   busy.age = 0.1;
   busy.nearest = 0.7f;
   busy.view = session::SensorState::View{{1.0f, 2.0f, 0.0f}, {0.1f, 5.0f, 1.05f, 15}};
-  busy.points = {{0.12345f, 1.0f}, {NAN, 2.0f}};
+  busy.marks.hits = {{0.12345f, 1.0f, 0.0f}, {NAN, 2.0f, 0.0f}};
   snapshot.sensors = {idle, busy};
   return snapshot;
 }
@@ -48,7 +49,21 @@ TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
     "name":"Busy", "family":"Laser", "started":true, "enabled":true, "diagnosis":true,
     "subscribers":["live view","navigation"], "rate":10.0, "age":0.1, "nearest":0.7, "trouble":"",
     "fieldOfView":{"x":1.0,"y":2.0,"theta":0.0,"angle":1.05,"minRange":0.1,"maxRange":5.0},
+    "means":"scan",
     "points":[0.123,1.0,null,2.0]})"));
+}
+
+TEST(LiveMessages, pointsAreWhatThePointsOfASensorMean) {
+  for (const auto& told : test::toldCases()) {
+    const json sensor = json::parse(stateMessage(test::snapshotOf(told, "Cliff")))["sensors"][0];
+    const json& points = sensor["points"];
+    const bool isEcho = sensor["means"] == "arc" && !told.marks.empty();
+    ASSERT_EQ(points.size(), 2 * (isEcho ? test::kArcPoints : told.marks.size())) << told.name;
+    for (std::size_t i = 0; i < told.marks.size(); ++i) {
+      EXPECT_NEAR(points[2 * i], told.marks[i].x, 1e-3) << told.name;
+      EXPECT_NEAR(points[2 * i + 1], told.marks[i].y, 1e-3) << told.name;
+    }
+  }
 }
 
 TEST(LiveMessages, theLogIsToldByLevelAndMethod) {

@@ -1,9 +1,13 @@
 #include "outlets/files/record_output.h"
 
+#include <algorithm>
 #include <cmath>
 #include <sstream>
 
-#include <gmock/gmock.h>
+#include "outlets/files/record_file.h"
+#include "session/internal/nearest_obstacle.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::outlets {
 namespace {
@@ -50,6 +54,31 @@ TEST(RecordOutput, csvHasALinePerPointAndOneForARecordWithoutPoints) {
   };
   // One more in the sensor's name.
   EXPECT_EQ(commas(read[0]) + 1, commas(read[2]));
+}
+
+TEST(RecordFile, isWrittenInTheFormatThatItsNameAsksFor) {
+  const test::TemporaryFolder folder;
+  session::Snapshot snapshot;
+  snapshot.pose = {1.0f, 2.0f, 0.1f};
+  snapshot.frame = session::Frame::robot;
+  snapshot.sensors.emplace_back().records = {exampleRecord()};
+  const auto contentOf = [&](const std::string& name) {
+    RecordFile sut(folder / name);
+    sut.show(snapshot);
+    sut.show(snapshot);
+    sut.finish();
+    return test::readBytes(folder / name);
+  };
+  const std::string lines = contentOf("records.jsonl");
+  EXPECT_THAT(lines,
+              testing::EndsWith(R"("frame":"robot","robotPose":{"x":1.0,"y":2.0,"theta":0.1}})"
+                                "\n"));
+  EXPECT_EQ(std::count(lines.begin(), lines.end(), '\n'), 2);
+  const std::string table = contentOf("records.csv");
+  EXPECT_THAT(table, testing::StartsWith("sensorName,"));
+  EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 5) << "the titles once";
+  EXPECT_EQ(errorOf([&] { RecordFile(folder / "none/a.csv"); }),
+            (folder / "none/a.csv") + ": can't be written");
 }
 
 TEST(RecordOutput, theNearestObstacleIsNoMiss) {

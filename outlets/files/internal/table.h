@@ -4,11 +4,13 @@
 #include <string>
 #include <vector>
 
+#include "platform/api.h"
+
 namespace QV::outlets {
 
 /** Text in columns as wide as their widest cell; a column whose header starts with '>' is flush
  * right. */
-class Table {
+class QV_API Table {
  public:
   explicit Table(const std::vector<std::string>& header);
   /** Missing cells are empty. */

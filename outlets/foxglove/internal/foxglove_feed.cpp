@@ -4,21 +4,13 @@
 #include <chrono>
 #include <stdexcept>
 
-#include <nlohmann/json.hpp>
+#include "outlets/foxglove/internal/foxglove_messages.h"
+#include "outlets/foxglove/internal/viewer_request.h"
 
 namespace QV::outlets {
 namespace {
 
 using nlohmann::json;
-
-constexpr std::uint32_t kPose = 1;
-constexpr std::uint32_t kMap = 2;
-constexpr std::uint32_t kLog = 3;
-constexpr std::uint32_t kFirstSensor = 4;
-
-void sendText(WebClient& client, std::string text) {
-  client.send({std::make_shared<const std::string>(std::move(text))});
-}
 
 void sendData(WebClient& client, std::uint32_t subscription, Delivery delivery,
               ko::Clock::time_point time, const std::string& payload) {
@@ -33,26 +25,15 @@ void answering(WebClient& client, const Action& action) {
   try {
     action();
   } catch (const std::invalid_argument& error) {
-    sendText(client, foxglove::errorStatus(error.what()));
+    client.send(textMessage(foxglove::errorStatus(error.what())));
   }
 }
 
-std::uint32_t numberIn(const json& value) {
-  if (!value.is_number_unsigned() || value.get<std::uint64_t>() > UINT32_MAX) {
-    throw std::invalid_argument("a number of 32 bits expected, " + value.dump() + " given");
+template <typename Action>
+void forEach(WebClient& client, const json& message, const char* name, const Action& action) {
+  for (const json& entry : foxglove::arrayIn(message, name)) {
+    answering(client, [&] { action(entry); });
   }
-  return value.get<std::uint32_t>();
-}
-
-const json& arrayIn(const json& message, const char* name) {
-  const auto found = message.find(name);
-  if (found != message.end() && found->is_array()) return *found;
-  throw std::invalid_argument(std::string(name) + ": an array expected");
-}
-
-const json& memberOf(const json& object, const char* name) {
-  if (object.is_object() && object.contains(name)) return object.at(name);
-  throw std::invalid_argument(std::string(name) + ": missing");
 }
 
 // A new one for each server: viewers then forget what they knew.
@@ -64,46 +45,31 @@ std::string newSession() {
 
 FoxgloveFeed::FoxgloveFeed(session::Session& robot)
     : map(robot.getMap()),
-      channels{{kPose, "/tf", "foxglove.FrameTransform"},
-               {kMap, "/map", "foxglove.Grid"},
-               {kLog, "/log", "foxglove.Log"}},
-      title(robot.getTitle()) {
-  for (const auto& [family, names] : robot.getManager().getAllSensorsByFamily()) {
-    for (const std::string& name : names) {
-      const auto id = kFirstSensor + static_cast<std::uint32_t>(sensors.size());
-      channels.push_back({id, "/sensors/" + name, "foxglove.PointCloud"});
-      sensors[id] = name;
-    }
-  }
-}
+      channels(foxglove::listChannels(robot.getManager())),
+      title(robot.getTitle()),
+      sessionId(newSession()) {}
 
 void FoxgloveFeed::onOpen(const std::shared_ptr<WebClient>& client) {
-  sendText(*client, foxglove::serverInfo(title, newSession()));
-  sendText(*client, foxglove::advertisement(channels));
+  client->send(textMessage(foxglove::serverInfo(title, sessionId)));
+  client->send(textMessage(foxglove::advertisement(channels.all)));
   std::lock_guard lock(mutex);
-  clients[client];
+  viewers[client] = {"foxglove viewer " + std::to_string(++viewersSoFar)};
 }
 
 void FoxgloveFeed::onMessage(const std::shared_ptr<WebClient>& client, const std::string& text,
                              bool binary) {
   const json message = binary ? json() : json::parse(text, nullptr, false);
   const auto op = message.is_object() && message.contains("op") ? message.at("op") : json();
+  const auto subscribe = [&](const json& entry) {
+    const std::uint32_t id = foxglove::numberIn(foxglove::memberOf(entry, "id"));
+    xSubscribe(client, id, foxglove::numberIn(foxglove::memberOf(entry, "channelId")));
+  };
+  const auto unsubscribe = [&](const json& id) { xUnsubscribe(client, foxglove::numberIn(id)); };
   answering(*client, [&] {
-    if (op == "subscribe") {
-      for (const json& entry : arrayIn(message, "subscriptions")) {
-        answering(*client, [&] {
-          const std::uint32_t id = numberIn(memberOf(entry, "id"));
-          xSubscribe(client, id, numberIn(memberOf(entry, "channelId")));
-        });
-      }
-    } else if (op == "unsubscribe") {
-      for (const json& id : arrayIn(message, "subscriptionIds")) {
-        answering(*client, [&] { xUnsubscribe(client, numberIn(id)); });
-      }
-    } else {
-      throw std::invalid_argument("subscribe and unsubscribe are understood, " + op.dump() +
-                                  " is not");
-    }
+    if (op == "subscribe") return forEach(*client, message, "subscriptions", subscribe);
+    if (op == "unsubscribe") return forEach(*client, message, "subscriptionIds", unsubscribe);
+    throw std::invalid_argument("subscribe and unsubscribe are understood, " + op.dump() +
+                                " is not");
   });
 }
 
@@ -112,10 +78,10 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
   const auto refuse = [](const std::string& what, std::uint32_t id, const char* why) {
     throw std::invalid_argument(what + " " + std::to_string(id) + why);
   };
-  if (channel == 0 || channel > channels.size()) refuse("channel", channel, " does not exist");
+  if (channel == 0 || channel > channels.all.size()) refuse("channel", channel, " does not exist");
   {
     std::lock_guard lock(mutex);
-    Subscriptions& subscriptions = clients.at(client);
+    auto& subscriptions = viewers.at(client).subscriptions;
     if (subscriptions.count(subscription) > 0) refuse("subscription", subscription, " is in use");
     for (const auto& [id, taken] : subscriptions) {
       if (taken == channel) refuse("channel", channel, " is subscribed to already");
@@ -123,30 +89,30 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
     subscriptions[subscription] = channel;
   }
   // It does not change: once is enough.
-  if (channel == kMap) {
+  if (channel == foxglove::kMap && map) {
     const auto now = ko::Clock::now();
-    sendData(*client, subscription, Delivery::latest, now, foxglove::grid(map, now));
+    sendData(*client, subscription, Delivery::latest, now, foxglove::grid(*map, now));
   }
 }
 
 void FoxgloveFeed::xUnsubscribe(const std::shared_ptr<WebClient>& client,
                                 std::uint32_t subscription) {
   std::lock_guard lock(mutex);
-  if (clients.at(client).erase(subscription) > 0) return;
+  if (viewers.at(client).subscriptions.erase(subscription) > 0) return;
   throw std::invalid_argument("subscription " + std::to_string(subscription) + " does not exist");
 }
 
 void FoxgloveFeed::onClose(const std::shared_ptr<WebClient>& client) {
   std::lock_guard lock(mutex);
-  clients.erase(client);
+  viewers.erase(client);
 }
 
-void FoxgloveFeed::publish(const session::Snapshot& snapshot) {
+void FoxgloveFeed::show(const session::Snapshot& snapshot) {
   std::lock_guard lock(mutex);
-  if (xIsWatched(kPose)) {
-    xPublish(kPose, Delivery::latest, snapshot.time, foxglove::frameTransform(snapshot));
+  if (xIsWatched(foxglove::kPose)) {
+    xPublish(foxglove::kPose, Delivery::latest, snapshot.time, foxglove::frameTransform(snapshot));
   }
-  for (const auto& [channel, name] : sensors) {
+  for (const auto& [channel, name] : channels.sensors) {
     if (!xIsWatched(channel)) continue;
     const auto sensor = std::find_if(
         snapshot.sensors.begin(), snapshot.sensors.end(),
@@ -156,33 +122,37 @@ void FoxgloveFeed::publish(const session::Snapshot& snapshot) {
   }
 }
 
-void FoxgloveFeed::publishLog(const std::vector<ko::log::Record>& lines) {
+void FoxgloveFeed::showLog(const std::vector<ko::log::Record>& lines) {
   std::lock_guard lock(mutex);
-  if (!xIsWatched(kLog)) return;
+  if (!xIsWatched(foxglove::kLog)) return;
   for (const auto& line : lines) {
-    xPublish(kLog, Delivery::recent, line.timestamp, foxglove::logLine(line));
+    xPublish(foxglove::kLog, Delivery::recent, line.timestamp, foxglove::logLine(line));
   }
 }
 
 bool FoxgloveFeed::isWatched() const {
   std::lock_guard lock(mutex);
-  return std::any_of(channels.begin(), channels.end(), [this](const auto& channel) {
-    return channel.id != kLog && channel.id != kMap && xIsWatched(channel.id);
+  return std::any_of(channels.all.begin(), channels.all.end(), [this](const auto& channel) {
+    return channel.id != foxglove::kLog && channel.id != foxglove::kMap && xIsWatched(channel.id);
   });
 }
 
-std::set<std::string> FoxgloveFeed::getWatchedSensors() const {
+session::Demand FoxgloveFeed::getDemand() const {
   std::lock_guard lock(mutex);
-  std::set<std::string> names;
-  for (const auto& [channel, name] : sensors) {
-    if (xIsWatched(channel)) names.insert(name);
+  session::Demand demand;
+  for (const auto& [client, viewer] : viewers) {
+    std::set<std::string>& wanted = demand[viewer.name];
+    for (const auto& [id, channel] : viewer.subscriptions) {
+      const auto sensor = channels.sensors.find(channel);
+      if (sensor != channels.sensors.end()) wanted.insert(sensor->second);
+    }
   }
-  return names;
+  return demand;
 }
 
 bool FoxgloveFeed::xIsWatched(std::uint32_t channel) const {
-  for (const auto& [client, subscriptions] : clients) {
-    for (const auto& [id, subscribed] : subscriptions) {
+  for (const auto& [client, viewer] : viewers) {
+    for (const auto& [id, subscribed] : viewer.subscriptions) {
       if (subscribed == channel) return true;
     }
   }
@@ -191,8 +161,8 @@ bool FoxgloveFeed::xIsWatched(std::uint32_t channel) const {
 
 void FoxgloveFeed::xPublish(std::uint32_t channel, Delivery delivery, ko::Clock::time_point time,
                             const std::string& payload) {
-  for (const auto& [client, subscriptions] : clients) {
-    for (const auto& [id, subscribed] : subscriptions) {
+  for (const auto& [client, viewer] : viewers) {
+    for (const auto& [id, subscribed] : viewer.subscriptions) {
       if (subscribed == channel) sendData(*client, id, delivery, time, payload);
     }
   }

@@ -3,54 +3,60 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
-#include <set>
 #include <string>
 #include <vector>
 
-#include "outlets/foxglove/internal/foxglove_messages.h"
-#include "outlets/web/live_feed.h"
+#include "outlets/foxglove/internal/foxglove_channels.h"
+#include "outlets/web/internal/web_outlet.h"
 #include "session/session.h"
 
 namespace QV::outlets {
 
 /** The stream for viewers that speak the Foxglove WebSocket protocol: they look and change nothing.
  */
-class FoxgloveFeed : public LiveFeed {
+class QV_API FoxgloveFeed : public WebOutlet {
  public:
-  /** The robot's map must outlive it; the rest of the robot is looked at only here. */
+  /** The robot is looked at only here. */
   explicit FoxgloveFeed(session::Session& robot);
 
+  std::vector<std::string> getProtocols() const override {
+    return {"foxglove.websocket.v1", "foxglove.sdk.v1"};
+  }
   void onOpen(const std::shared_ptr<WebClient>& client) override;
   void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                  bool binary) override;
   void onClose(const std::shared_ptr<WebClient>& client) override;
 
-  void publish(const session::Snapshot& snapshot) override;
-  void publishLog(const std::vector<ko::log::Record>& lines) override;
-
-  /** Whether any viewer needs the snapshots. */
-  bool isWatched() const;
-  /** Those whose channel some viewer has subscribed to. */
-  std::set<std::string> getWatchedSensors() const;
+  /** For each viewer the sensors whose channels it has subscribed to. */
+  session::Demand getDemand() const override;
+  bool isWatched() const override;
+  void show(const session::Snapshot& snapshot) override;
+  void showLog(const std::vector<ko::log::Record>& lines) override;
 
  private:
-  /** Channel by subscription. */
-  typedef std::map<std::uint32_t, std::uint32_t> Subscriptions;
+  struct Viewer {
+    /** The subscriber that it is: "foxglove viewer 2". */
+    std::string name;
+    /** Channel by subscription. */
+    std::map<std::uint32_t, std::uint32_t> subscriptions = {};
+  };
 
   void xSubscribe(const std::shared_ptr<WebClient>& client, std::uint32_t subscription,
                   std::uint32_t channel);
   void xUnsubscribe(const std::shared_ptr<WebClient>& client, std::uint32_t subscription);
+  // The caller of these holds the mutex.
   bool xIsWatched(std::uint32_t channel) const;
   void xPublish(std::uint32_t channel, Delivery delivery, ko::Clock::time_point time,
                 const std::string& payload);
 
-  const OccupancyMap& map;
-  std::vector<foxglove::Channel> channels;
-  /** By channel. */
-  std::map<std::uint32_t, std::string> sensors;
+  /** Null if there is none. */
+  const boost::shared_ptr<const OccupancyMap> map;
+  const foxglove::Channels channels;
   const std::string title;
+  const std::string sessionId;
   mutable std::mutex mutex;
-  std::map<std::shared_ptr<WebClient>, Subscriptions> clients;
+  std::map<std::shared_ptr<WebClient>, Viewer> viewers;
+  int viewersSoFar = 0;
 };
 
 }  // namespace QV::outlets

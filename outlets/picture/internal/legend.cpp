@@ -48,16 +48,19 @@ int layOut(const std::vector<Item>& items, int width, int top, cv::Mat* page) {
   return y + kLine;
 }
 
-std::vector<Item> itemsOf(const RunPicture& picture) {
+std::vector<Item> itemsOf(const session::Snapshot& snapshot, bool hasWay) {
   std::map<std::string, std::set<std::string>> families;
-  for (const auto& record : picture.records) families[record.familyName].insert(record.sensorName);
+  for (const auto& sensor : snapshot.sensors) {
+    for (const auto& record : sensor.records) families[sensor.family].insert(record.sensorName);
+  }
   std::vector<Item> items;
   for (const auto& [family, sensors] : families) {
     std::string names;
     for (const auto& sensor : sensors) names += (names.empty() ? "" : ", ") + sensor;
-    items.push_back({family + ": " + names, colourOfFamily(family)});
+    items.push_back({family + ": " + names, paintOf(family)});
   }
-  if (picture.poses.size() > 1) items.push_back({"robot's way", kPath});
+  if (hasWay) items.push_back({"robot's way", kPath});
+  if (!snapshot.map) return items;
   items.push_back({"unknown", kUnknown});
   items.push_back({"occupied", kInk});
   return items;
@@ -82,8 +85,8 @@ void drawScaleBar(cv::Mat& page, double pixelsPerMetre, int y) {
 
 std::string captionFor(session::Frame frame) {
   if (frame == session::Frame::robot) {
-    return "Records are in the robot's frame and drawn at its pose. Thick arcs: ranges without "
-           "direction; what is out of range and the floor under the depth camera are left out.";
+    return "Thick arcs: ranges without direction; filled zones: something is in them. What is out "
+           "of range and the floor under a depth camera are left out.";
   }
   return "Simulated fans all look along the robot's heading. Thick arcs: nearest echoes; small "
          "dots: rays that met nothing.";
@@ -91,15 +94,15 @@ std::string captionFor(session::Frame frame) {
 
 }  // namespace
 
-cv::Mat withLegend(MapCanvas& canvas, const RunPicture& picture) {
+cv::Mat withLegend(MapCanvas& canvas, const session::Snapshot& snapshot, bool hasWay) {
   const cv::Mat& image = canvas.getImage();
-  const std::string& title = picture.title;
-  const std::string caption = captionFor(picture.frame);
+  const std::string& title = snapshot.title;
+  const std::string caption = captionFor(snapshot.frame);
   const int width = std::max(
       {image.cols, 480, textWidth(title) * 3 / 2 + 2 * kMargin, textWidth(caption) + 2 * kMargin});
   const int titleHeight = 52;
   const int legendTop = titleHeight + image.rows + kLine + 8;
-  const auto items = itemsOf(picture);
+  const auto items = itemsOf(snapshot, hasWay);
   const int barY = layOut(items, width, legendTop, nullptr);
   cv::Mat page(barY + 2 * kLine + 10, width, CV_8UC3, kPaper);
   write(page, title, {kMargin, 34}, kTextSize * 1.4);

@@ -44,29 +44,14 @@ cv::Mat coloured(const cv::Mat& grey) {
 
 }  // namespace
 
-WorldArea areaOf(const OccupancyMap& map) {
-  const float width = static_cast<float>(map.getWidth()) * map.getResolution();
-  const float height = static_cast<float>(map.getHeight()) * map.getResolution();
-  WorldArea area{INFINITY, INFINITY, -INFINITY, -INFINITY};
-  for (const auto& corner : {Math::Position2D(0.0f, 0.0f), Math::Position2D(width, 0.0f),
-                             Math::Position2D(0.0f, height), Math::Position2D(width, height)}) {
-    const Math::Position2D world = map.getOrigin() * corner;
-    area.left = std::min<double>(area.left, world.x);
-    area.right = std::max<double>(area.right, world.x);
-    area.bottom = std::min<double>(area.bottom, world.y);
-    area.top = std::max<double>(area.top, world.y);
-  }
-  return area;
-}
-
-MapCanvas::MapCanvas(const OccupancyMap& map, const WorldArea& area, int widest) : area(area) {
+MapCanvas::MapCanvas(const OccupancyMap* map, const WorldArea& area, int widest) : area(area) {
   const double width = area.right - area.left;
   const double height = area.top - area.bottom;
   scale = widest / std::max(width, height);
   const cv::Size size(std::max(1, static_cast<int>(width * scale)),
                       std::max(1, static_cast<int>(height * scale)));
   image = cv::Mat(size, CV_8UC3, kUnknown);
-  xDrawMap(map);
+  if (map) xDrawMap(*map);
 }
 
 void MapCanvas::xDrawMap(const OccupancyMap& map) {

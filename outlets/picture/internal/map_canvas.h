@@ -5,27 +5,17 @@
 
 #include <opencv2/core.hpp>
 
+#include "outlets/picture/internal/world_area.h"
 #include "platform/math/pose2d.h"
 #include "platform/navigation/occupancy_map.h"
 
 namespace QV::outlets {
 
-/** A rectangle of the world, metres. */
-struct WorldArea {
-  double left;
-  double bottom;
-  double right;
-  double top;
-};
-
-/** The area that a map covers, its origin's yaw included. */
-WorldArea areaOf(const OccupancyMap& map);
-
 /** A picture of an area of the world from above: the map, and what is drawn over it in metres. */
 class MapCanvas {
  public:
-  /** Shows `area` of `map`, with `widest` pixels on the longer side. */
-  MapCanvas(const OccupancyMap& map, const WorldArea& area, int widest);
+  /** Shows `area` of `map`, if there is one, with `widest` pixels on the longer side. */
+  MapCanvas(const OccupancyMap* map, const WorldArea& area, int widest);
 
   cv::Mat& getImage() { return image; }
   double getPixelsPerMetre() const { return scale; }

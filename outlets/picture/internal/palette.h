@@ -4,10 +4,12 @@
 
 #include <opencv2/core.hpp>
 
+#include "platform/api.h"
+
 namespace QV::outlets {
 
-/** Blue, green, red. Colours that people with any kind of colour vision tell apart. */
-cv::Scalar colourOfFamily(const std::string& family);
+/** A family's colour as OpenCV has it: blue, green, red. So are the others. */
+QV_API cv::Scalar paintOf(const std::string& family);
 
 const cv::Scalar kInk(60, 50, 45);
 const cv::Scalar kPaper(255, 255, 255);

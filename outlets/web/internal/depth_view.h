@@ -24,6 +24,7 @@ class DepthView {
   std::optional<cv::Mat_<std::uint16_t>> take();
   /** No pictures are wanted for now. */
   void rest();
+  bool isResting() const { return handle.empty(); }
 
  private:
   std::optional<cv::Mat_<std::uint16_t>> xTake();

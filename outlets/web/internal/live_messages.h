@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "outlets/internal/json_values.h"
 #include "outlets/web/internal/depth_picture.h"
 #include "platform/ko/log.h"
 #include "session/session.h"
@@ -10,10 +11,13 @@
 
 namespace QV::outlets {
 
+/** What every page is told first of a robot, its map and its families. */
+QV_API Json describeWorld(session::Session& robot);
+
 /** What the page is told; docs/live-view.md describes each. All are one object of JSON. */
-std::string helloMessage(session::Session& robot);
-std::string stateMessage(const session::Snapshot& snapshot);
-std::string logMessage(const std::vector<ko::log::Record>& lines);
+QV_API std::string helloMessage(Json world, const std::string& subscriber);
+QV_API std::string stateMessage(const session::Snapshot& snapshot);
+QV_API std::string logMessage(const std::vector<ko::log::Record>& lines);
 std::string depthMessage(const std::string& sensor, const DepthPicture& picture);
 std::string refusedMessage(const std::string& op, const std::string& reason);
 

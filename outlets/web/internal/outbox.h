@@ -6,6 +6,9 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
+
+#include "platform/api.h"
 
 namespace QV::outlets {
 
@@ -28,8 +31,14 @@ struct WebMessage {
   std::string slot = {};
 };
 
+/** A text for a client. */
+inline WebMessage textMessage(std::string text, Delivery delivery = Delivery::control,
+                              std::string slot = {}) {
+  return {std::make_shared<const std::string>(std::move(text)), false, delivery, std::move(slot)};
+}
+
 /** What waits to be written to one client: never more than so much. For one thread at a time. */
-class Outbox {
+class QV_API Outbox {
  public:
   static constexpr std::size_t kMostControl = 256;
   static constexpr std::size_t kMostRecent = 64;

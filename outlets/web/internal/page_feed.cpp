@@ -1,78 +1,100 @@
 #include "outlets/web/internal/page_feed.h"
 
 #include <utility>
+#include <variant>
 
-#include "outlets/web/internal/live_messages.h"
+#include "outlets/web/internal/live_command.h"
 #include "session/usage_error.h"
 
 namespace QV::outlets {
-namespace {
-
-WebMessage messageOf(std::string text, Delivery delivery = Delivery::control) {
-  return {std::make_shared<const std::string>(std::move(text)), false, delivery};
-}
-
-}  // namespace
 
 PageFeed::PageFeed(session::Session& robot, RequestQueue& requests)
-    : hello(std::make_shared<const std::string>(helloMessage(robot))),
+    : world(describeWorld(robot)),
       sensors(robot.getManager().getSensorList()),
-      requests(requests) {}
+      requests(requests),
+      depth(robot.getBroker(), findDepthSensor(robot.getManager())) {}
+
+PageFeed::~PageFeed() = default;
 
 void PageFeed::onOpen(const std::shared_ptr<WebClient>& client) {
-  client->send({hello});
-  // Under one lock with publishLog: a client gets each line once.
+  // Under one lock with showLog: a client gets each line once.
   std::lock_guard lock(mutex);
-  client->send(messageOf(logMessage({lastLines.begin(), lastLines.end()})));
-  clients.insert(client);
+  const std::string name = "page " + std::to_string(++pagesSoFar);
+  client->send(textMessage(helloMessage(world, name)));
+  client->send(textMessage(logMessage({lastLines.begin(), lastLines.end()})));
+  pages[client] = {name};
 }
 
 void PageFeed::onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                          bool binary) {
   const auto refuse = [client, op = findOp(message)](const std::string& reason) {
-    client->send(messageOf(refusedMessage(op, reason)));
+    client->send(textMessage(refusedMessage(op, reason)));
   };
   if (binary) return refuse("text expected, bytes given");
   try {
-    if (requests.add({parseCommand(message, sensors), refuse})) return;
-    refuse("fewer commands expected: too many wait already");
+    xExecute(client, parseCommand(message, sensors), refuse);
   } catch (const session::UsageError& error) {
     refuse(error.what());
   }
 }
 
+void PageFeed::xExecute(const std::shared_ptr<WebClient>& client, const session::Command& command,
+                        const RequestQueue::Refusal& refuse) {
+  if (const auto* subscription = std::get_if<session::SubscribeCommand>(&command)) {
+    std::lock_guard lock(mutex);
+    std::set<std::string>& wanted = pages.at(client).sensors;
+    if (subscription->on) {
+      wanted.insert(subscription->sensor);
+    } else {
+      wanted.erase(subscription->sensor);
+    }
+  } else if (!requests.add({command, refuse})) {
+    refuse("fewer commands expected: too many wait already");
+  }
+}
+
 void PageFeed::onClose(const std::shared_ptr<WebClient>& client) {
   std::lock_guard lock(mutex);
-  clients.erase(client);
+  pages.erase(client);
 }
 
-void PageFeed::publish(const session::Snapshot& snapshot) {
-  if (hasClients()) publish("state", stateMessage(snapshot));
+session::Demand PageFeed::getDemand() const {
+  std::lock_guard lock(mutex);
+  session::Demand demand;
+  for (const auto& [client, page] : pages) demand[page.name] = page.sensors;
+  return demand;
 }
 
-void PageFeed::publishLog(const std::vector<ko::log::Record>& lines) {
+bool PageFeed::isWatched() const {
+  return xHasPages() || !depth.isResting();
+}
+
+void PageFeed::show(const session::Snapshot& snapshot) {
+  if (!xHasPages()) return depth.rest();
+  const WebMessage state = textMessage(stateMessage(snapshot), Delivery::latest, "state");
+  auto frame = depth.next(snapshot);
+  std::lock_guard lock(mutex);
+  xSendToAll(state);
+  if (frame) xSendToAll(textMessage(std::move(*frame), Delivery::latest, "depth"));
+}
+
+void PageFeed::showLog(const std::vector<ko::log::Record>& lines) {
   if (lines.empty()) return;
-  const WebMessage message = messageOf(logMessage(lines), Delivery::recent);
+  const WebMessage message = textMessage(logMessage(lines), Delivery::recent);
   std::lock_guard lock(mutex);
   lastLines.insert(lastLines.end(), lines.begin(), lines.end());
   while (lastLines.size() > kLastLines) lastLines.pop_front();
   xSendToAll(message);
 }
 
-void PageFeed::publish(const std::string& slot, std::string message) {
-  WebMessage latest = messageOf(std::move(message), Delivery::latest);
-  latest.slot = slot;
+bool PageFeed::xHasPages() const {
   std::lock_guard lock(mutex);
-  xSendToAll(latest);
+  return !pages.empty();
 }
 
-bool PageFeed::hasClients() const {
-  std::lock_guard lock(mutex);
-  return !clients.empty();
-}
-
+// The caller holds the mutex.
 void PageFeed::xSendToAll(const WebMessage& message) {
-  for (const auto& client : clients) client->send(message);
+  for (const auto& [client, page] : pages) client->send(message);
 }
 
 }  // namespace QV::outlets

@@ -2,47 +2,63 @@
 
 #include <cstddef>
 #include <deque>
+#include <map>
 #include <mutex>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "outlets/web/live_feed.h"
-#include "outlets/web/request_queue.h"
+#include "outlets/web/internal/depth_feed.h"
+#include "outlets/web/internal/live_messages.h"
+#include "outlets/web/internal/request_queue.h"
+#include "outlets/web/internal/web_outlet.h"
 #include "platform/ko/log.h"
 #include "session/session.h"
 
 namespace QV::outlets {
 
-/** The page's own stream: JSON both ways. */
-class PageFeed : public LiveFeed {
+/** The page's own stream, "qv.live.v1": JSON both ways. */
+class QV_API PageFeed : public WebOutlet {
  public:
   /** Of the log, for whoever comes. */
   static constexpr std::size_t kLastLines = 200;
 
-  /** The queue must outlive it; the robot is looked at only here. */
+  /** The queue and the robot's services must outlive it; the rest is looked at only here. */
   PageFeed(session::Session& robot, RequestQueue& requests);
+  ~PageFeed() override;
 
+  std::vector<std::string> getProtocols() const override { return {"qv.live.v1"}; }
   void onOpen(const std::shared_ptr<WebClient>& client) override;
+  /** A subscription is the client's own; all other commands go into the queue. */
   void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                  bool binary) override;
   void onClose(const std::shared_ptr<WebClient>& client) override;
 
-  void publish(const session::Snapshot& snapshot) override;
-  void publishLog(const std::vector<ko::log::Record>& lines) override;
-  /** Takes the place of the last message of this slot where that is not read yet. */
-  void publish(const std::string& slot, std::string message);
-  bool hasClients() const;
+  session::Demand getDemand() const override;
+  /** Also once after the last has gone, so that the camera may rest. */
+  bool isWatched() const override;
+  void show(const session::Snapshot& snapshot) override;
+  void showLog(const std::vector<ko::log::Record>& lines) override;
 
  private:
-  /** The caller holds the mutex. */
+  struct Page {
+    /** The subscriber that it is: "page 3". */
+    std::string name;
+    std::set<std::string> sensors = {};
+  };
+
+  void xExecute(const std::shared_ptr<WebClient>& client, const session::Command& command,
+                const RequestQueue::Refusal& refuse);
+  bool xHasPages() const;
   void xSendToAll(const WebMessage& message);
 
-  const std::shared_ptr<const std::string> hello;
+  const Json world;
   const std::set<std::string> sensors;
   RequestQueue& requests;
+  DepthFeed depth;
   mutable std::mutex mutex;
-  std::set<std::shared_ptr<WebClient>> clients;
+  std::map<std::shared_ptr<WebClient>, Page> pages;
+  int pagesSoFar = 0;
   std::deque<ko::log::Record> lastLines;
 };
 

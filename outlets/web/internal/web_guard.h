@@ -4,10 +4,12 @@
 #include <string>
 #include <vector>
 
+#include "platform/api.h"
+
 namespace QV::outlets {
 
 /** Keeps pages of other sites from using a server on this machine. Immutable. */
-class WebGuard {
+class QV_API WebGuard {
  public:
   /**
    * Of a server at `address`; `origins` such as "https://viewer.example" are let in, too, and the
@@ -34,6 +36,6 @@ class WebGuard {
 };
 
 /** Whether only this machine reaches `address`. */
-bool isLoopback(const std::string& address);
+QV_API bool isLoopback(const std::string& address);
 
 }  // namespace QV::outlets

@@ -6,11 +6,12 @@
 #include <vector>
 
 #include "outlets/web/internal/outbox.h"
+#include "platform/api.h"
 
 namespace QV::outlets {
 
 /** The other end of a WebSocket. */
-class WebClient {
+class QV_API WebClient {
  public:
   WebClient() = default;
   virtual ~WebClient() = default;
@@ -22,7 +23,7 @@ class WebClient {
 };
 
 /** What a server does with its WebSockets. Called on the server's thread, one call at a time. */
-class WebHandler {
+class QV_API WebHandler {
  public:
   WebHandler() = default;
   virtual ~WebHandler() = default;

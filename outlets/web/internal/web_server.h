@@ -1,12 +1,13 @@
 #pragma once
 
 #include <memory>
-#include <string>
 #include <string_view>
 #include <vector>
 
 #include "outlets/web/internal/page_files.h"
 #include "outlets/web/internal/web_handler.h"
+#include "outlets/web/server_settings.h"
+#include "platform/api.h"
 
 namespace QV::outlets {
 
@@ -15,16 +16,9 @@ namespace QV::outlets {
  * slow, silent, too large, malformed or of another site is refused or closed; see docs/live-view.md
  * for the limits.
  */
-class WebServer {
+class QV_API WebServer {
  public:
-  struct Settings {
-    /** To listen at: an IP address. */
-    std::string address = "127.0.0.1";
-    /** 0 takes any that is free. */
-    unsigned short port = 8765;
-    /** Let in beside its own, such as "https://viewer.example". */
-    std::vector<std::string> origins = {};
-  };
+  using Settings = ServerSettings;
 
   /** Connections that are served at one time; more are closed. */
   static constexpr int kMostConnections = 128;

@@ -1,21 +1,16 @@
-// The families' colours, which people with any kind of colour vision tell apart, and the theme's. Bumpers are simulated, touches
-// are not: no robot has both.
+// The families' colours, as the program tells them, and the theme's.
 
-const FAMILIES = {
-  Laser: '#0072b2',
-  Sonar: '#d55e00',
-  Asus: '#009e73',
-  Bumper: '#cc79a7',
-  Touch: '#cc79a7',
-  Shovel: '#56b4e9',
-  HoleLaser: '#e69f00',
-  BlindZone: '#d6be42',
-};
 const OTHER = '#787878';
 const GRAPHIC_CONTRAST = 3;
+let families = {};
+
+/** `colours`: #rrggbb by family. */
+export function setFamilyColours(colours) {
+  families = colours;
+}
 
 export function colourOfFamily(family) {
-  return FAMILIES[family] ?? OTHER;
+  return families[family] ?? OTHER;
 }
 
 export function channels(colour) {

@@ -1,5 +1,6 @@
 // Puts the page together: messages from the program go to the views, what the person does goes back as commands.
 
+import { setFamilyColours } from './colours.js';
 import { Connection } from './connection.js';
 import { ConnectionView } from './connection_view.js';
 import { DepthPanel } from './depth_panel.js';
@@ -88,11 +89,12 @@ const receivers = {
     goal.isPossible = drive.isPossible = message.canDrive;
     setHidden(byId('drive-tools'), !message.canDrive);
     setText(byId('map-help'), (message.canDrive ? DRIVE_HELP : '') + HELP);
-    sensors.setFamilies(message.families);
+    setFamilyColours(message.colours);
+    sensors.setWorld(message);
     robot.setWorld(message);
     log.clear();
     depth.clear();
-    hasDepth = message.world === 'virtual';
+    depthSensor = message.depthSensor;
     return map.setWorld(message);
   },
 
@@ -102,7 +104,7 @@ const receivers = {
     time.setState(message);
     sensors.setState(message.sensors);
     depth.setState(message.sensors);
-    const camera = hasDepth && message.sensors.find(({ family }) => family === 'Asus');
+    const camera = message.sensors.find(({ name }) => name === depthSensor);
     if (camera) depth.expect(camera);
   },
 
@@ -110,7 +112,7 @@ const receivers = {
   depth: (message) => depth.setFrame(message),
   refused: ({ command, message }) => notify(`${command}: ${message}`, 'warning'),
 };
-let hasDepth = false;
+let depthSensor = null;
 
 connection.addEventListener('message', ({ detail }) => receivers[detail.op]?.(detail));
 connection.connect();

@@ -26,10 +26,11 @@ export function drawFieldOfView(context, viewport, theme, sensor, isChosen) {
   const fan = sensor.fieldOfView;
   if (!fan || fan.maxRange <= 0) return;
   const strength = freshness(sensor.age);
+  const isFilled = sensor.means === 'zone' && sensor.points.length > 0;
   context.save();
   fanPath(context, viewport, fan);
   context.fillStyle = context.strokeStyle = readable(colourOfFamily(sensor.family), theme.free);
-  context.globalAlpha = (isChosen ? 0.3 : 0.1) * strength;
+  context.globalAlpha = (isFilled ? 0.5 : isChosen ? 0.3 : 0.1) * strength;
   context.fill();
   context.globalAlpha = (isChosen ? 1 : 0.55) * strength;
   context.lineWidth = isChosen ? 2 : 1;

@@ -4,8 +4,6 @@ import { make, setHidden, setText } from './dom.js';
 import { withUnit } from './format.js';
 import { SensorSwitch } from './sensor_switch.js';
 
-export const SUBSCRIBER = 'live view';
-
 function standing({ started, enabled, diagnosis, subscribers }) {
   const listeners = subscribers.length > 0 ? subscribers.join(', ') : 'no subscriber';
   if (started) return `started · ${listeners}`;
@@ -23,10 +21,10 @@ export class SensorRow {
   #trouble = make('p', 'sensor-trouble');
   #switches;
 
-  /** `send` takes a command; `choose` is told the name while the pointer or the focus is here, and '' after. */
-  constructor(name, send, choose) {
+  /** `subscribe` takes on or off, `send` any other command; `choose` is told the name while the pointer or the focus is here, and '' after. */
+  constructor(name, subscribe, send, choose) {
     this.#switches = {
-      subscribed: new SensorSwitch('Subscribe', `Subscribe to ${name}`, (on) => send({ op: 'subscribe', sensor: name, on })),
+      subscribed: new SensorSwitch('Subscribe', `Subscribe to ${name}`, subscribe),
       enabled: new SensorSwitch('Enable', `Enable ${name}`, (on) => send({ op: 'enable', sensor: name, on })),
       diagnosis: new SensorSwitch('Diagnosis', `Diagnosis of ${name} good`, (value) => send({ op: 'diagnose', sensor: name, value })),
     };
@@ -37,7 +35,8 @@ export class SensorRow {
     for (const event of ['pointerleave', 'focusout']) this.element.addEventListener(event, () => choose(''));
   }
 
-  hear(sensor) {
+  /** `isSubscribed`: by this page. */
+  hear(sensor, isSubscribed) {
     this.element.classList.toggle('started', sensor.started);
     setText(this.#standing, standing(sensor));
     setText(this.#rate, withUnit(sensor.started ? sensor.rate : null, 1, 'Hz'));
@@ -45,7 +44,7 @@ export class SensorRow {
     setText(this.#nearest, withUnit(sensor.nearest, 2, 'm'));
     setText(this.#trouble, sensor.trouble);
     setHidden(this.#trouble, sensor.trouble === '');
-    this.#switches.subscribed.hear(sensor.subscribers.includes(SUBSCRIBER));
+    this.#switches.subscribed.hear(isSubscribed);
     this.#switches.enabled.hear(sensor.enabled);
     this.#switches.diagnosis.hear(sensor.diagnosis);
   }

@@ -26,24 +26,24 @@ bool makesSense(const Math::SensorFieldOfView2D& fieldOfView) {
 }
 
 ScanCaster::ScanCaster(const OccupancyMap& map, float maxRange, float occupiedAbove, ScanPath path)
-    : map(map), occupiedAbove(occupiedAbove), fan{} {
-  fan.store = path == ScanPath::plain ? nullptr : map.getScanStore(occupiedAbove);
+    : map(map), occupiedAbove(occupiedAbove), steps(findScanSteps(path)), fan{} {
+  if (steps.castRays != nullptr) fan.store = map.getScanStore(occupiedAbove);
   fan.width = map.getWidth();
   fan.height = map.getHeight();
   fan.reach = maxRange / static_cast<double>(map.getResolution());
-  if (fan.store != nullptr) castWithStore = findCastRays(path);
+  if (fan.store == nullptr) steps.castRays = nullptr;
 }
 
 void ScanCaster::fetch(const Math::Pose2D& pose) const {
   FanCast there = fan;
   there.start = map.getGridFrame().toGrid(Math::position2DFromPose2D(pose));
-  if (castWithStore != nullptr && there.startsInside()) xFetch(there.start);
+  if (steps.castRays != nullptr && there.startsInside()) xFetch(there.start);
 }
 
 bool ScanCaster::moveTo(const Math::Pose2D& pose) {
   if (!isFinite(pose)) return false;
   fan.start = map.getGridFrame().toGrid(Math::position2DFromPose2D(pose));
-  castTogether = fan.startsInside() ? castWithStore : nullptr;
+  castTogether = fan.startsInside() ? steps.castRays : nullptr;
   if (castTogether != nullptr && xIsFreeAround()) return false;
   const double heading = pose.theta - map.getOrigin().theta;
   fan.cosHeading = std::cos(heading);

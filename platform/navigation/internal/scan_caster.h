@@ -28,6 +28,9 @@ class ScanCaster {
   /** The ways, in cells, of up to FanCast::kMostRays rays; infinity for those that hit nothing. */
   void cast(const double* cosines, const double* sines, int count, double* ways) const;
 
+  /** The steps that follow. */
+  const ScanSteps& getSteps() const { return steps; }
+
  private:
   bool xIsFreeAround() const;
   void xFetch(const GridPoint& start) const;
@@ -35,9 +38,9 @@ class ScanCaster {
 
   const OccupancyMap& map;
   float occupiedAbove;
-  CastRays* castWithStore = nullptr;
+  ScanSteps steps;
   FanCast fan;
-  /** Null for a start that the store is not for. */
+  /** Null without a store, and for a start that it is not for. */
   CastRays* castTogether = nullptr;
 };
 

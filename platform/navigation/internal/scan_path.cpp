@@ -2,32 +2,15 @@
 
 #include <algorithm>
 #include <array>
-#include <limits>
 
 #include "platform/navigation/internal/fan_cast.h"
 #include "platform/navigation/internal/fan_directions.h"
 #include "platform/navigation/internal/scan_caster.h"
 
 namespace QV::detail {
-namespace {
-
-/** The readings of `count` rays that go these ways; lengths are in metres but for the ways. */
-void toReadings(const double* ways, const float* angles, int count, double resolution,
-                const Math::SensorFieldOfView2D& fieldOfView, RangeReading* readings) {
-  const float minRange = fieldOfView.minRange;
-  const float maxRange = fieldOfView.maxRange;
-  const float farthest = std::min(maxRange, std::numeric_limits<float>::max());
-  for (int i = 0; i < count; ++i) {
-    const auto range = static_cast<float>(ways[i] * resolution);
-    const bool misses = range > farthest;
-    readings[i] = {misses ? maxRange : std::max(range, minRange), angles[i], misses};
-  }
-}
-
-}  // namespace
 
 bool isSupported(ScanPath path) {
-  return path == ScanPath::plain || findCastRays(path) != nullptr;
+  return path == ScanPath::plain || findScanSteps(path).castRays != nullptr;
 }
 
 void simulateScan(const OccupancyMap& map, const Math::SensorFieldOfView2D& fieldOfView,
@@ -41,12 +24,12 @@ void simulateScan(const OccupancyMap& map, const Math::SensorFieldOfView2D& fiel
     for (int i = 0; i < fan.rayCount; ++i) readings[i] = {fieldOfView.maxRange, fan.angles[i], 1};
     return;
   }
-  const double resolution = map.getResolution();
+  const RangeLimits limits(fieldOfView, map.getResolution());
   std::array<double, FanCast::kMostRays + FanCast::kMore> ways;
   for (int begin = 0; begin < fan.rayCount; begin += FanCast::kMostRays) {
     const int count = std::min(FanCast::kMostRays, fan.rayCount - begin);
     caster.cast(&fan.cosines[begin], &fan.sines[begin], count, ways.data());
-    toReadings(ways.data(), &fan.angles[begin], count, resolution, fieldOfView, &readings[begin]);
+    caster.getSteps().toReadings(ways.data(), &fan.angles[begin], count, limits, &readings[begin]);
   }
 }
 

@@ -131,6 +131,7 @@ TEST_F(BagWriterTest, givesAllCompleteChunksAfterAKillAtAnyTime) {
   for (int round = 0; round < 200; ++round) {
     auto& progress = *new (memory) Progress;
     const int enough = std::uniform_int_distribution(1, 100)(random);
+    std::filesystem::remove(path);
     const pid_t child = fork();
     if (child == 0) writeUntilKilled(path, progress, enough, pipe[1]);
     char told = 0;

@@ -1,0 +1,22 @@
+#pragma once
+
+#include <iosfwd>
+
+#include "outlets/internal/json_values.h"
+#include "platform/math/metrical_data.h"
+#include "session/frame.h"
+
+namespace QV::outlets {
+
+/**
+ * A record with its fields by their own names: transforms as 12 numbers by rows, points as objects,
+ * the time in integer nanoseconds. `frame` names what the transform places the sensor in.
+ */
+Json toJson(const Math::MetricalData& record, session::Frame frame);
+
+/** The line of titles. */
+void writeCsvTitles(std::ostream& out);
+/** A line for each point, and one for a record without points. */
+void writeCsv(std::ostream& out, const Math::MetricalData& record, session::Frame frame);
+
+}  // namespace QV::outlets

@@ -1,0 +1,30 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/ko/clock.h"
+
+/** What the Foxglove WebSocket protocol itself says. Texts are JSON. */
+namespace QV::outlets::foxglove {
+
+/** A stream of messages of one schema that viewers subscribe to. */
+struct Channel {
+  std::uint32_t id;
+  std::string topic;
+  /** Such as "foxglove.Log". */
+  std::string schema;
+};
+
+std::string serverInfo(const std::string& name, const std::string& session);
+/** With the schemas' texts. */
+std::string advertisement(const std::vector<Channel>& channels);
+/** Something that went wrong with what a viewer asked for. */
+std::string errorStatus(const std::string& message);
+
+/** A message of a subscription as it is framed: binary, little-endian. */
+std::string dataFrame(std::uint32_t subscription, ko::Clock::time_point time,
+                      const std::string& payload);
+
+}  // namespace QV::outlets::foxglove

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "outlets/family_colour.h"
+
+/** Colours that people with any kind of colour vision tell apart. */
+namespace QV::outlets::hues {
+
+constexpr Colour kOrange{230, 159, 0};
+constexpr Colour kSky{86, 180, 233};
+constexpr Colour kGreen{0, 158, 115};
+constexpr Colour kYellow{240, 228, 66};
+constexpr Colour kBlue{0, 114, 178};
+constexpr Colour kVermilion{213, 94, 0};
+constexpr Colour kPurple{204, 121, 167};
+
+}  // namespace QV::outlets::hues

@@ -1,0 +1,46 @@
+#include "outlets/internal/json_values.h"
+
+#include <charconv>
+#include <cmath>
+
+#include "session/internal/number_text.h"
+
+namespace QV::outlets {
+
+std::string toText(const Json& message) {
+  return message.dump(-1, ' ', false, Json::error_handler_t::replace);
+}
+
+Json toJson(float value) {
+  if (!std::isfinite(value)) return nullptr;
+  const std::string text = session::shortest(value);
+  double result = 0.0;
+  std::from_chars(text.data(), text.data() + text.size(), result);
+  return result;
+}
+
+Json toJson(const Math::SensorFieldOfView2D& fieldOfView) {
+  return {{"minRange", toJson(fieldOfView.minRange)},
+          {"maxRange", toJson(fieldOfView.maxRange)},
+          {"angularRange", toJson(fieldOfView.angularRange)},
+          {"rayCount", fieldOfView.rayCount}};
+}
+
+Json rounded(double value) {
+  if (!std::isfinite(value)) return nullptr;
+  return std::round(value * 1000.0) / 1000.0;
+}
+
+Json exactPoseOf(const Math::Pose2D& pose) {
+  return {{"x", toJson(pose.x)}, {"y", toJson(pose.y)}, {"theta", toJson(pose.theta)}};
+}
+
+Json roundedPoseOf(const Math::Pose2D& pose) {
+  return {{"x", rounded(pose.x)}, {"y", rounded(pose.y)}, {"theta", rounded(pose.theta)}};
+}
+
+std::int64_t inNanoseconds(ko::Clock::time_point time) {
+  return time.time_since_epoch().count();
+}
+
+}  // namespace QV::outlets

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include <nlohmann/json.hpp>
+
+#include "platform/api.h"
+#include "platform/ko/clock.h"
+#include "platform/math/pose2d.h"
+#include "platform/math/sensor_field_of_view_2d.h"
+
+/** What the JSON of all outlets is made of. Numbers that are not finite are null. */
+namespace QV::outlets {
+
+using Json = nlohmann::ordered_json;
+
+/** On one line; bytes that are no UTF-8, as a log may hold, are replaced. */
+std::string toText(const Json& message);
+
+/** The shortest number that reads back as the same float. */
+QV_API Json toJson(float value);
+QV_API Json toJson(const Math::SensorFieldOfView2D& fieldOfView);
+/** To a millimetre, a milliradian, a millisecond. */
+Json rounded(double value);
+
+/** x, y, theta by their names. */
+Json exactPoseOf(const Math::Pose2D& pose);
+Json roundedPoseOf(const Math::Pose2D& pose);
+
+std::int64_t inNanoseconds(ko::Clock::time_point time);
+
+}  // namespace QV::outlets

@@ -1,0 +1,36 @@
+#pragma once
+
+#include <vector>
+
+#include "platform/api.h"
+#include "platform/ko/log.h"
+#include "session/demand.h"
+#include "session/snapshot.h"
+
+namespace QV::outlets {
+
+/**
+ * Where a session goes: a page, a viewer, a file, a picture. Called on the session's thread, for
+ * one snapshot after another.
+ */
+class QV_API Outlet {
+ public:
+  Outlet() = default;
+  virtual ~Outlet() = default;
+  Outlet(const Outlet&) = delete;
+  Outlet& operator=(const Outlet&) = delete;
+
+  /** The sensors that are wanted now, each on behalf of a subscriber of its own name. */
+  virtual session::Demand getDemand() const { return {}; }
+  /** Whether a snapshot would be looked at. */
+  virtual bool isWatched() const { return true; }
+
+  /** What can't be written is a std::runtime_error that names the file. */
+  virtual void show(const session::Snapshot& snapshot) = 0;
+  /** The log's new lines, in order. */
+  virtual void showLog(const std::vector<ko::log::Record>&) {}
+  /** Nothing comes any more: files are whole after this. Throws as `show` does. */
+  virtual void finish() {}
+};
+
+}  // namespace QV::outlets

@@ -1,0 +1,40 @@
+#include "outlets/web/internal/live_hub.h"
+
+#include <algorithm>
+
+namespace QV::outlets {
+
+LiveHub::LiveHub(std::vector<std::shared_ptr<WebOutlet>> all) {
+  outlets[""] = all.front();
+  for (const auto& outlet : all) {
+    for (const std::string& protocol : outlet->getProtocols()) outlets[protocol] = outlet;
+  }
+}
+
+std::optional<std::string> LiveHub::chooseProtocol(const std::string& path,
+                                                   const std::vector<std::string>& offered) const {
+  if (path != "/live" && path != "/") return std::nullopt;
+  if (offered.empty() && path == "/live") return "";
+  const auto known = std::find_if(offered.begin(), offered.end(), [this](const auto& protocol) {
+    return !protocol.empty() && outlets.count(protocol) > 0;
+  });
+  if (known == offered.end()) return std::nullopt;
+  return *known;
+}
+
+void LiveHub::onOpen(const std::shared_ptr<WebClient>& client, const std::string& protocol) {
+  chosen[client] = outlets.at(protocol);
+  chosen[client]->onOpen(client);
+}
+
+void LiveHub::onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
+                        bool binary) {
+  chosen.at(client)->onMessage(client, message, binary);
+}
+
+void LiveHub::onClose(const std::shared_ptr<WebClient>& client) {
+  chosen.at(client)->onClose(client);
+  chosen.erase(client);
+}
+
+}  // namespace QV::outlets

@@ -1,0 +1,33 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "outlets/web/internal/web_handler.h"
+#include "outlets/web/internal/web_outlet.h"
+
+namespace QV::outlets {
+
+/** Hands each client to the outlet of its subprotocol. */
+class LiveHub : public WebHandler {
+ public:
+  /** One or more; without a subprotocol a client of the path /live gets the first. */
+  explicit LiveHub(std::vector<std::shared_ptr<WebOutlet>> outlets);
+
+  std::optional<std::string> chooseProtocol(const std::string& path,
+                                            const std::vector<std::string>& offered) const override;
+  void onOpen(const std::shared_ptr<WebClient>& client, const std::string& protocol) override;
+  void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
+                 bool binary) override;
+  void onClose(const std::shared_ptr<WebClient>& client) override;
+
+ private:
+  /** By subprotocol, "" for none. */
+  std::map<std::string, std::shared_ptr<WebOutlet>> outlets;
+  std::map<std::shared_ptr<WebClient>, std::shared_ptr<WebOutlet>> chosen;
+};
+
+}  // namespace QV::outlets

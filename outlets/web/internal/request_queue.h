@@ -1,0 +1,40 @@
+#pragma once
+
+#include <chrono>
+#include <condition_variable>
+#include <cstddef>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <vector>
+
+#include "session/internal/command.h"
+
+namespace QV::outlets {
+
+/** A command and whom to tell when it can't be done. */
+struct LiveRequest {
+  session::Command command;
+  /** With the reason; called on the session's thread. */
+  std::function<void(const std::string&)> refuse;
+};
+
+/** Commands on their way from the server's thread to the session's. Safe from any thread. */
+class RequestQueue {
+ public:
+  static constexpr std::size_t kMost = 256;
+  using Refusal = std::function<void(const std::string&)>;
+
+  /** False, and nothing is kept, while kMost wait. */
+  bool add(LiveRequest request);
+
+  /** All that came, in order; waits until `end` for the first. */
+  std::vector<LiveRequest> takeUntil(std::chrono::steady_clock::time_point end);
+
+ private:
+  std::mutex mutex;
+  std::condition_variable came;
+  std::vector<LiveRequest> requests;
+};
+
+}  // namespace QV::outlets

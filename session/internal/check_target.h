@@ -1,0 +1,72 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "sensor/core/sensor_manager.h"
+#include "sensor/hosting/last_trouble.h"
+#include "session/internal/observation.h"
+#include "session/internal/session_robot.h"
+#include "session/session.h"
+
+namespace QV::session {
+
+/** Whose sensors are checked, as far as it is known. */
+class CheckTarget {
+ public:
+  CheckTarget() = default;
+  virtual ~CheckTarget() = default;
+  CheckTarget(const CheckTarget&) = delete;
+  CheckTarget& operator=(const CheckTarget&) = delete;
+
+  virtual sensor::SensorManager& getManager() = 0;
+  virtual SensorNature getNature(const std::string& sensor) = 0;
+  virtual void wait(ko::Duration duration) = 0;
+  virtual bool canTurn() const { return false; }
+  /** On the spot, radians. */
+  virtual void turn(float) {}
+  /** What the sensor said at `start` or later; empty if nothing. */
+  virtual std::string findTrouble(const std::string& sensor, ko::Clock::time_point start) = 0;
+  /** What the sensor reads and nobody writes. */
+  virtual std::string findMissing(const std::string&) { return {}; }
+  /** By name, the families of described sensors that there are not. */
+  virtual std::map<std::string, std::string> findUnbuilt() { return {}; }
+};
+
+/** A manager, and nothing known of its robot. */
+class ManagerTarget : public CheckTarget {
+ public:
+  ManagerTarget(sensor::SensorManager& manager, const Model::SensorKinds& kinds)
+      : manager(manager), kinds(kinds) {}
+
+  sensor::SensorManager& getManager() override { return manager; }
+  SensorNature getNature(const std::string& sensor) override;
+  void wait(ko::Duration duration) override;
+  std::string findTrouble(const std::string& sensor, ko::Clock::time_point start) override;
+
+ private:
+  sensor::SensorManager& manager;
+  const Model::SensorKinds& kinds;
+  sensor::LastTrouble trouble;
+};
+
+/** A session's robot. */
+class SessionTarget : public CheckTarget {
+ public:
+  explicit SessionTarget(Session& session);
+
+  sensor::SensorManager& getManager() override { return robot.getManager(); }
+  SensorNature getNature(const std::string& sensor) override;
+  void wait(ko::Duration duration) override { session.run(duration); }
+  bool canTurn() const override { return !robot.isRecording(); }
+  void turn(float angle) override;
+  std::string findTrouble(const std::string& sensor, ko::Clock::time_point start) override;
+  std::string findMissing(const std::string& sensor) override;
+  std::map<std::string, std::string> findUnbuilt() override;
+
+ private:
+  Session& session;
+  SessionRobot& robot;
+};
+
+}  // namespace QV::session

@@ -1,0 +1,46 @@
+#include "session/internal/command.h"
+
+#include "session/session.h"
+#include "session/usage_error.h"
+
+namespace QV::session {
+namespace {
+
+/** Does what each command says. */
+struct Execution {
+  void operator()(const SubscribeCommand& command) const {
+    if (command.on) {
+      session.subscribe(subscriber, {command.sensor});
+    } else {
+      session.unsubscribe(subscriber, {command.sensor});
+    }
+  }
+  void operator()(const EnableCommand& command) const {
+    session.enable(command.sensor, command.on);
+  }
+  void operator()(const DiagnoseCommand& command) const {
+    session.diagnose(command.sensor, command.value);
+  }
+  void operator()(const DriveCommand& command) const {
+    session.drive(command.forward, command.turn);
+  }
+  void operator()(const GoalCommand& command) const { session.setGoal(command.position); }
+  void operator()(const StopCommand&) const { session.stop(); }
+  void operator()(const PauseCommand& command) const { session.pause(command.on); }
+  void operator()(const StepCommand&) const {
+    if (!session.isPaused()) throw UsageError("a paused world expected; pause it first");
+    session.step();
+  }
+  void operator()(const SpeedCommand& command) const { session.setSpeed(command.value); }
+
+  Session& session;
+  const std::string& subscriber;
+};
+
+}  // namespace
+
+void execute(Session& session, const std::string& subscriber, const Command& command) {
+  std::visit(Execution{session, subscriber}, command);
+}
+
+}  // namespace QV::session

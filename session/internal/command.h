@@ -1,0 +1,56 @@
+#pragma once
+
+#include <string>
+#include <variant>
+
+#include "platform/api.h"
+#include "platform/math/position.h"
+
+namespace QV::session {
+
+class Session;
+
+struct SubscribeCommand {
+  std::string sensor;
+  bool on;
+};
+struct EnableCommand {
+  std::string sensor;
+  bool on;
+};
+struct DiagnoseCommand {
+  std::string sensor;
+  bool value;
+};
+/** m/s and rad/s; to be renewed, see Session::drive. */
+struct DriveCommand {
+  float forward;
+  float turn;
+};
+/** In the map. */
+struct GoalCommand {
+  Math::Position2D position;
+};
+struct StopCommand {};
+struct PauseCommand {
+  bool on;
+};
+struct StepCommand {};
+/** Simulated seconds for a second. */
+struct SpeedCommand {
+  double value;
+};
+
+/** What a viewer asks of a session. */
+using Command = std::variant<SubscribeCommand, EnableCommand, DiagnoseCommand, DriveCommand,
+                             GoalCommand, StopCommand, PauseCommand, StepCommand, SpeedCommand>;
+
+/** For `subscriber`. What can't be done is a UsageError; what hardware throws passes through. */
+QV_API void execute(Session& session, const std::string& subscriber, const Command& command);
+
+constexpr double kFastest = 2.0;
+constexpr double kFastestTurn = 4.0;
+constexpr double kSlowestTime = 0.1;
+constexpr double kFastestTime = 10.0;
+
+}  // namespace QV::session

@@ -1,0 +1,32 @@
+#pragma once
+
+#include "sensor/core/sensor_manager.h"
+#include "session/demand.h"
+
+namespace QV::session {
+
+/** Keeps a manager's subscriptions to what is demanded. The manager must outlive it. */
+class DemandKeeper {
+ public:
+  explicit DemandKeeper(sensor::SensorManager& manager) : manager(manager) {}
+  /** Nobody wants anything any more. */
+  ~DemandKeeper() { set({}); }
+  DemandKeeper(const DemandKeeper&) = delete;
+  DemandKeeper& operator=(const DemandKeeper&) = delete;
+
+  /**
+   * Subscribes and unsubscribes where this differs from the demand before, and says so in the log.
+   * A sensor whose hardware throws is a warning there, and the others go on.
+   */
+  void set(const Demand& wanted);
+
+ private:
+  void xSubscribe(const std::string& subscriber, const std::string& sensor);
+  /** In the log, for people. */
+  void xTell(const std::string& sensor, const std::string& what) const;
+
+  sensor::SensorManager& manager;
+  Demand current;
+};
+
+}  // namespace QV::session

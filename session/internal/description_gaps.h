@@ -1,0 +1,17 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "session/internal/session_robot.h"
+
+namespace QV::session {
+
+/** By name, the families of described sensors that the manager does not have. */
+std::map<std::string, std::string> findUnbuiltSensors(SessionRobot& robot);
+
+/** What a sensor reads and the robot does not have, and why; empty if there is no such thing. */
+std::string findMissingInput(SessionRobot& robot, const std::string& sensor);
+
+}  // namespace QV::session

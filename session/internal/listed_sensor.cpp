@@ -1,0 +1,102 @@
+#include "session/internal/listed_sensor.h"
+
+#include <algorithm>
+#include <exception>
+#include <numbers>
+#include <set>
+
+#include <boost/make_shared.hpp>
+
+#include "platform/ko/log.h"
+#include "platform/ko/simulated_time.h"
+#include "platform/model/sensor_kinds.h"
+#include "platform/model/sensor_properties.h"
+#include "sensor/core/scoped_subscription.h"
+#include "session/internal/simulated_session_robot.h"
+#include "session/internal/virtual_session_robot.h"
+
+namespace QV::session {
+namespace {
+
+// Half a turn comes back from a transform with either sign.
+float headingOf(const Math::Transform& transform) {
+  constexpr float kPi = std::numbers::pi_v<float>;
+  const float theta = Math::pose2DFromTransform(transform).theta;
+  return theta < -kPi + 1e-5f ? theta + 2.0f * kPi : theta;
+}
+
+// Touch configurations share a sensor that is named after them all.
+std::string findName(const Model::SensorConfig& config, const sensor::SensorManager& manager) {
+  if (manager.isSensor(config.name)) return config.name;
+  const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
+  if (!kind || !kind->standsForAll) return {};
+  const auto names = manager.getSensorsByFamily(kind->family);
+  return names.empty() ? std::string() : *names.begin();
+}
+
+void compare(std::vector<ListedSensor>& sensors, const Model::Robot& robot,
+             const sensor::SensorManager& manager) {
+  std::set<std::string> others = manager.getSensorList();
+  for (ListedSensor& sensor : sensors) {
+    const std::string name = findName(robot.sensorConfigs.at(sensor.describedAs), manager);
+    sensor.canBeBuilt = !name.empty();
+    if (sensor.canBeBuilt) sensor.name = name;
+    others.erase(name);
+  }
+  for (const std::string& name : others) {
+    sensors.push_back({manager.getSensorPtr(name)->getFamilyName(), name, {}, {}});
+  }
+}
+
+boost::shared_ptr<const OccupancyMap> emptyRoom() {
+  constexpr int kCells = 100;
+  constexpr float kResolution = 0.1f;
+  return boost::make_shared<OccupancyMap>(kCells, kCells, kResolution, Math::Pose2D(), 0.0f);
+}
+
+ListedSensor describe(const Model::SensorConfig& config) {
+  const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
+  return {kind ? kind->family : std::string(),
+          config.name,
+          Model::SensorProperties(config).getFieldOfView(),
+          Math::position3DFromTransform(config.origin),
+          headingOf(config.origin),
+          config.type,
+          config.memoryKeys.size(),
+          config.parentLink,
+          config.name};
+}
+
+}  // namespace
+
+// At the origin, and without a map, a record's transform is the sensor's mounting.
+std::vector<ListedSensor> sensorsOfKind(int kind) {
+  checkKind(kind);
+  sensor::SimulatedSensorManager manager(kind, nullptr);
+  const sensor::ScopedSubscription subscription(manager, "qvsensors");
+  std::vector<ListedSensor> sensors;
+  for (const auto& record : manager.getMetricalData()) {
+    const Math::Transform& at = record.sensorTransform;
+    sensors.push_back({record.familyName, record.sensorName, record.fieldOfView,
+                       Math::position3DFromTransform(at), headingOf(at)});
+  }
+  std::stable_sort(sensors.begin(), sensors.end(),
+                   [](const auto& a, const auto& b) { return a.family < b.family; });
+  return sensors;
+}
+
+std::vector<ListedSensor> sensorsOf(const robot::RobotDescription& description) {
+  const Model::Robot& model = description.model;
+  std::vector<ListedSensor> sensors;
+  for (const auto& [name, config] : model.sensorConfigs) sensors.push_back(describe(config));
+  try {
+    const ko::SimulatedTime time;
+    VirtualSessionRobot robot(description, emptyRoom(), {.start = {5.0f, 5.0f, 0.0f}});
+    compare(sensors, model, robot.getManager());
+  } catch (const std::exception& exception) {
+    ko::log::info("Session", "sensorsOf") << exception.what();
+  }
+  return sensors;
+}
+
+}  // namespace QV::session

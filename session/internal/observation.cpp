@@ -1,0 +1,85 @@
+#include "session/internal/observation.h"
+
+#include <algorithm>
+#include <cmath>
+
+#include "session/internal/number_text.h"
+#include "session/internal/place_marks.h"
+
+namespace QV::session {
+namespace {
+
+// So many cycles without a record are a sensor that starts, or one that is a little late.
+constexpr int kStarting = 5;
+constexpr int kLate = 3;
+// A sensor may say "nothing there" by a range beyond its maximum, within reason.
+constexpr float kReason = 10.0f;
+constexpr float kAngleTolerance = 0.01f;
+
+bool hasProperty(const Model::SensorKind* kind, const char* name) {
+  return kind && std::any_of(kind->properties.begin(), kind->properties.end(),
+                             [name](const auto& rule) { return rule.name == name; });
+}
+
+// Cameras see height, too, and what a hole is projected to may lie beside.
+bool isFan(const SensorNature& nature) {
+  const bool isPlane =
+      nature.points == Model::PointMeaning::scan || nature.points == Model::PointMeaning::arc;
+  return isPlane && !nature.looksDown();
+}
+
+std::string findNonsense(const Math::MetricalData& record, const SensorNature& nature) {
+  const auto& fov = record.fieldOfView;
+  for (const auto& point : record.points) {
+    const float range = Math::norm(point);
+    if (!std::isfinite(range)) return "a point that is no number";
+    if (fov.maxRange > 0.0f && range > kReason * fov.maxRange) {
+      return "a point at " + shortest(range) + " m, beyond " + shortest(fov.maxRange) + " m";
+    }
+    const float angle = std::abs(std::atan2(point.y, point.x));
+    if (isFan(nature) && angle > 0.5f * fov.angularRange + kAngleTolerance) {
+      return "a point outside of its field of view";
+    }
+  }
+  return {};
+}
+
+}  // namespace
+
+bool SensorNature::looksDown() const {
+  return hasProperty(kind, "inclination");
+}
+
+bool SensorNature::hasStatus() const {
+  return hasProperty(kind, "status");
+}
+
+void Observation::add(const Records& ownRecords) {
+  gap = ownRecords.empty() ? gap + 1 : 0;
+  if (gap > (records == 0 ? kStarting : kLate)) longestGap = std::max(longestGap, gap);
+  for (const auto& record : ownRecords) xAdd(record);
+}
+
+void Observation::xAdd(const Math::MetricalData& record) {
+  ++records;
+  points += record.points.size();
+  worstAge = std::max(worstAge, Math::age(record, ko::Clock::now()));
+  if (nonsense.empty()) nonsense = findNonsense(record, nature);
+  names.insert(record.sensorName);
+}
+
+// The floor is the same all around, and "too near" may be, too.
+bool showsTurns(const Records& records, const SensorNature& nature) {
+  if (nature.looksDown()) return false;
+  return std::any_of(records.begin(), records.end(), [&nature](const auto& record) {
+    const auto nearest = placeMarks(record, nature.points, {}, Frame::robot).nearest;
+    return nearest && *nearest > record.fieldOfView.minRange;
+  });
+}
+
+bool hasSamePoints(const Records& a, const Records& b) {
+  return std::equal(a.begin(), a.end(), b.begin(), b.end(),
+                    [](const auto& one, const auto& other) { return one.points == other.points; });
+}
+
+}  // namespace QV::session

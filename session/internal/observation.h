@@ -1,0 +1,61 @@
+#pragma once
+
+#include <cstddef>
+#include <set>
+#include <string>
+#include <vector>
+
+#include "platform/ko/clock.h"
+#include "platform/math/metrical_data.h"
+#include "platform/model/sensor_kind.h"
+
+namespace QV::session {
+
+using Records = std::vector<Math::MetricalData>;
+
+/** What there is to know of a sensor before its records are judged. */
+struct SensorNature {
+  Model::PointMeaning points = Model::PointMeaning::scan;
+  /** Null for a simulated sensor. */
+  const Model::SensorKind* kind = nullptr;
+
+  /** Whether a sound one may go on without a record while the robot stands. */
+  bool mayBeSilent() const { return kind && kind->silence == Model::Silence::always; }
+  /** Whether its points lie on the floor, the same all around. */
+  bool looksDown() const;
+  /** Whether it gives no points but what a status vouches for. */
+  bool hasStatus() const;
+};
+
+/** What a sensor's records were like, cycle by cycle. */
+class Observation {
+ public:
+  explicit Observation(const SensorNature& nature) : nature(nature) {}
+
+  void add(const Records& ownRecords);
+
+  std::size_t records = 0;
+  std::size_t points = 0;
+  ko::Duration worstAge{0};
+  /** Cycles without a record; 0 if they are too few to speak of. */
+  int longestGap = 0;
+  bool isStuck = false;
+  /** A point that the sensor can't have measured; empty if there is none. */
+  std::string nonsense;
+  /** Names that records bear. */
+  std::set<std::string> names;
+
+ private:
+  void xAdd(const Math::MetricalData& record);
+
+  const SensorNature nature;
+  int gap = 0;
+};
+
+/** Whether these records change when the robot turns, if the sensor is sound. */
+bool showsTurns(const Records& records, const SensorNature& nature);
+
+/** Whether their points are the same, one by one. */
+bool hasSamePoints(const Records& a, const Records& b);
+
+}  // namespace QV::session

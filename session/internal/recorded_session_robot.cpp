@@ -1,0 +1,101 @@
+#include "session/internal/recorded_session_robot.h"
+
+#include <algorithm>
+#include <cctype>
+#include <filesystem>
+#include <fstream>
+#include <iterator>
+
+#include <boost/make_shared.hpp>
+
+#include "platform/model/model_utils.h"
+#include "robot/services/memory_service.h"
+#include "robot/services/robot_model_service.h"
+#include "session/usage_error.h"
+
+namespace QV::session {
+namespace {
+
+// Lidar logs are lines of messages by name, sonar logs lines of numbers.
+bool startsWithNumber(const std::string& path) {
+  std::ifstream file(path);
+  file >> std::ws;
+  while (file.peek() == '#') {
+    file.ignore(std::numeric_limits<std::streamsize>::max(), '\n');
+    file >> std::ws;
+  }
+  const int first = file.peek();
+  return first == '-' || std::isdigit(first) != 0;
+}
+
+std::string posesBeside(const std::string& path) {
+  const auto poses = std::filesystem::path(path).replace_filename("poses.txt").string();
+  std::error_code error;
+  if (std::filesystem::exists(poses, error)) return poses;
+  throw UsageError(path + ": a sonar log goes with a file of poses; name it with --poses");
+}
+
+}  // namespace
+
+robot::Recording readLog(const std::string& path, const std::optional<std::string>& posesPath) {
+  if (!startsWithNumber(path)) return robot::readLidarLog(path);
+  return robot::readSonarLog(path, posesPath ? *posesPath : posesBeside(path));
+}
+
+RecordedSessionRobot::RecordedSessionRobot(const robot::Recording& recording)
+    : description(recording.toDescription()),
+      model(Model::ModelUtils::robotFromXml(description)),
+      devices(boost::make_shared<robot::DeviceManager>(broker)),
+      motion(boost::make_shared<robot::MotionService>(model)) {
+  broker->registerModule(boost::make_shared<robot::MemoryService>(broker));
+  broker->registerModule(devices);
+  broker->registerModule(motion);
+  broker->registerModule(boost::make_shared<robot::RobotModelService>(description));
+  replay = std::make_unique<robot::LogReplay>(recording, broker, motion);
+  xAddLaserModes();
+  navigation = boost::make_shared<sensor::NavigationModule>(broker);
+  // Sensors can't start before the memory has what they read.
+  replay->next();
+}
+
+void RecordedSessionRobot::xAddLaserModes() {
+  for (const auto& [name, config] : model.sensorConfigs) {
+    const auto actuator = config.properties.find("setOperationMode");
+    if (actuator == config.properties.end()) continue;
+    laserModes[actuator->second] = std::make_unique<robot::LaserModeActuator>(
+        broker, devices, actuator->second, config.properties.at("getOperationMode"),
+        ko::Duration::zero());
+  }
+}
+
+std::vector<Math::MetricalData> RecordedSessionRobot::getRecords() {
+  std::vector<Math::MetricalData> records;
+  const auto& manager = navigation->getManager();
+  for (const std::string& name : manager.getSensorList()) {
+    std::ranges::move(manager.getSensorPtr(name)->getData(), std::back_inserter(records));
+  }
+  return records;
+}
+
+void RecordedSessionRobot::setPose(const Math::Pose2D&) {
+  throw UsageError("a robot that can be moved expected, a recording given");
+}
+
+void RecordedSessionRobot::drive(const Math::Pose2D& velocity) {
+  if (velocity == Math::Pose2D()) return;
+  throw UsageError("a robot that can be driven expected, a recording given");
+}
+
+void RecordedSessionRobot::follow(const PathFollower&, double) {
+  throw UsageError("a robot that can be driven expected, a recording given");
+}
+
+std::optional<ko::Clock::time_point> RecordedSessionRobot::getNextStep() const {
+  return replay->getNextTime();
+}
+
+double RecordedSessionRobot::getShareDone() const {
+  return static_cast<double>(replay->getStepsMade()) / static_cast<double>(replay->getStepCount());
+}
+
+}  // namespace QV::session

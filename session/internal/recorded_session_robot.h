@@ -1,0 +1,70 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+
+#include "robot/logs/log_replay.h"
+#include "robot/services/device_manager.h"
+#include "robot/services/laser_mode_actuator.h"
+#include "robot/services/motion_service.h"
+#include "sensor/hosting/navigation_module.h"
+#include "session/internal/session_robot.h"
+
+namespace QV::session {
+
+/**
+ * A log of a lidar (CARMEN) or of sonars, which its content tells: those are of two files, the
+ * poses in `posesPath` or, without one, in poses.txt beside the log. Bad ones: std::runtime_error
+ * with file and line.
+ */
+robot::Recording readLog(const std::string& path, const std::optional<std::string>& posesPath);
+
+/**
+ * A recorded robot: its log plays to the sensors that the library makes of its description. It
+ * stands at the first step when it is made, and can't be driven or put elsewhere: UsageError.
+ */
+class RecordedSessionRobot : public SessionRobot {
+ public:
+  explicit RecordedSessionRobot(const robot::Recording& recording);
+
+  sensor::NavigationModule& getNavigation() override { return *navigation; }
+  /** Each sensor by itself: the manager's refresh would miss steps, and read others twice. */
+  std::vector<Math::MetricalData> getRecords() override;
+  const Model::Robot* getDescription() const override { return &model; }
+
+  std::string getTitle() const override { return "Recorded robot " + model.name; }
+  Frame getFrame() const override { return Frame::robot; }
+  boost::shared_ptr<const OccupancyMap> getMap() const override { return nullptr; }
+  /** In the log's own frame. */
+  Math::Pose2D getPose() const override { return replay->getPose(); }
+  void setPose(const Math::Pose2D& newPose) override;
+  float getRadius() const override { return 0.25f; }
+
+  void drive(const Math::Pose2D& velocity) override;
+  void follow(const PathFollower& path, double seconds) override;
+  boost::shared_ptr<QVBroker> getBroker() const override { return broker; }
+
+  std::optional<ko::Clock::time_point> getNextStep() const override;
+  void makeStep() override { replay->next(); }
+  bool isRecording() const override { return true; }
+  double getShareDone() const override;
+
+ private:
+  void xAddLaserModes();
+
+  const boost::shared_ptr<QVBroker> broker = QVBroker::create();
+  const std::string description;
+  const Model::Robot model;
+  const boost::shared_ptr<robot::DeviceManager> devices;
+  const boost::shared_ptr<robot::MotionService> motion;
+  std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> laserModes;
+  std::unique_ptr<robot::LogReplay> replay;
+  boost::shared_ptr<sensor::NavigationModule> navigation;
+};
+
+}  // namespace QV::session

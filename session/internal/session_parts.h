@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+#include <utility>
+
+#include "platform/ko/simulated_time.h"
+#include "session/internal/demand_keeper.h"
+#include "session/internal/driver.h"
+#include "session/internal/pacing.h"
+#include "session/internal/sensor_look.h"
+#include "session/internal/session_robot.h"
+#include "session/internal/switches.h"
+#include "session/internal/touch_look.h"
+
+namespace QV::session {
+
+class Session;
+
+/** What a session is made of; each part needs those above it. */
+struct SessionParts {
+  /** `time` is null where the machine's goes by, or somebody else's. */
+  SessionParts(std::unique_ptr<ko::SimulatedTime> ownTime, std::unique_ptr<SessionRobot> ownRobot)
+      : time(std::move(ownTime)), robot(std::move(ownRobot)) {
+    sensorLook.notePose();
+  }
+
+  const std::unique_ptr<ko::SimulatedTime> time;
+  const std::unique_ptr<SessionRobot> robot;
+  Switches switches{robot->getManager()};
+  DemandKeeper demand{robot->getManager()};
+  Driver driver{*robot};
+  Pacing pacing;
+  SensorLook sensorLook{*robot, switches};
+  TouchLook touchLook{*robot};
+};
+
+SessionRobot& robotOf(Session& session);
+
+}  // namespace QV::session

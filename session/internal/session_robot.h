@@ -1,0 +1,87 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/ko/clock.h"
+#include "platform/math/pose2d.h"
+#include "platform/model/robot.h"
+#include "platform/model/sensor_kinds.h"
+#include "platform/navigation/occupancy_map.h"
+#include "sensor/hosting/navigation_module.h"
+#include "session/frame.h"
+
+namespace QV::robot {
+class VirtualRobot;
+}
+
+namespace QV::session {
+
+class PathFollower;
+
+/** What a session needs of its robot, and nothing else knows which sort of robot it is. */
+class SessionRobot {
+ public:
+  SessionRobot() = default;
+  virtual ~SessionRobot() = default;
+  SessionRobot(const SessionRobot&) = delete;
+  SessionRobot& operator=(const SessionRobot&) = delete;
+
+  virtual sensor::NavigationModule& getNavigation() = 0;
+  sensor::SensorManager& getManager() { return getNavigation().getManager(); }
+  /** What its sensors say now, in the order of their names. */
+  virtual std::vector<Math::MetricalData> getRecords() { return getManager().getMetricalData(); }
+
+  /** What its sensors were made from; null if they were not made from any. */
+  virtual const Model::Robot* getDescription() const { return nullptr; }
+  virtual const Model::SensorKinds& getKinds() const { return Model::SensorKinds::standard(); }
+
+  /** "Simulated robot of kind 1". */
+  virtual std::string getTitle() const = 0;
+  virtual Frame getFrame() const = 0;
+  /** How long after a subscription every sensor has given its first record. */
+  virtual ko::Duration getSettlingTime() const { return ko::Duration::zero(); }
+
+  /** Null if it has none. */
+  virtual boost::shared_ptr<const OccupancyMap> getMap() const = 0;
+  virtual Math::Pose2D getPose() const = 0;
+  /** Puts the robot somewhere else. */
+  virtual void setPose(const Math::Pose2D& newPose) = 0;
+  /** Of the room that it takes, metres. */
+  virtual float getRadius() const = 0;
+
+  /** Forward, leftward (m/s) and turning (rad/s) in its own frame, until another command. */
+  virtual void drive(const Math::Pose2D& velocity) = 0;
+  /** What it really does. */
+  virtual Math::Pose2D getVelocity() const { return {}; }
+  /** Makes the robot be, or get, where `path` is `seconds` after its start. Call it often. */
+  virtual void follow(const PathFollower& path, double seconds) = 0;
+  /** Whether it drives about, if it has a body. */
+  virtual void wander(bool) {}
+
+  /** The parts that touch something, and where they are in the map. */
+  virtual std::map<std::string, Math::Position2D> getTouches() const { return {}; }
+  /** Where people are in the map. */
+  virtual std::vector<Math::Position2D> getPeople() const { return {}; }
+  /** Behind which the robot's services are; null if it has none. */
+  virtual boost::shared_ptr<QVBroker> getBroker() const { return nullptr; }
+  /** Whose sensors can be made to fail; null if they can't. */
+  virtual robot::VirtualRobot* getVirtualRobot() { return nullptr; }
+
+  /** When a recording goes on; nothing at its end, and for what is no recording. */
+  virtual std::optional<ko::Clock::time_point> getNextStep() const { return std::nullopt; }
+  virtual void makeStep() {}
+  virtual bool isRecording() const { return false; }
+  /** Of a recording, 0 to 1. */
+  virtual double getShareDone() const { return 0.0; }
+};
+
+/** The kind of a sensor by the description, else by its family; null for a simulated one. */
+const Model::SensorKind* findKind(SessionRobot& robot, const std::string& sensor);
+
+/** What a sensor's points mean: what its kind says, and what a simulated one reports. */
+Model::PointMeaning findMeaning(SessionRobot& robot, const std::string& sensor);
+
+}  // namespace QV::session

@@ -1,0 +1,73 @@
+#include "session/internal/switches.h"
+
+#include "platform/ko/log.h"
+#include "session/usage_error.h"
+
+namespace QV::session {
+namespace {
+
+std::string joined(const std::set<std::string>& names) {
+  std::string result;
+  for (const std::string& name : names) result += (result.empty() ? "" : ", ") + name;
+  return result;
+}
+
+/** Counts one more for as long as it lives. */
+class Counted {
+ public:
+  explicit Counted(std::atomic<int>& count) : count(count) { ++count; }
+  ~Counted() { --count; }
+  Counted(const Counted&) = delete;
+  Counted& operator=(const Counted&) = delete;
+
+ private:
+  std::atomic<int>& count;
+};
+
+}  // namespace
+
+void checkNames(const sensor::SensorManager& manager, const std::set<std::string>& names) {
+  for (const std::string& name : names) {
+    if (manager.isFamily(name) || manager.isSensor(name)) continue;
+    throw UsageError("no sensor or family \"" + name + "\"; this robot has the families " +
+                     joined(manager.getFamilyNames()) + " and the sensors " +
+                     joined(manager.getSensorList()));
+  }
+}
+
+void Switches::subscribe(const std::string& subscriber, const std::set<std::string>& names) {
+  xSwitch(names, "subscribed", [&] { manager.subscribe(subscriber, names); });
+}
+
+void Switches::unsubscribe(const std::string& subscriber, const std::set<std::string>& names) {
+  xSwitch(names, "unsubscribed", [&] { manager.unsubscribe(subscriber, names); });
+}
+
+// Neither of these two starts or stops the refresh of the records by itself.
+void Switches::enable(const std::string& name, bool on) {
+  xSwitch({name}, on ? "enabled" : "disabled", [&] {
+    manager.enableSensorOrFamily(name, on);
+    manager.lookAgain();
+  });
+}
+
+void Switches::diagnose(const std::string& sensor, bool success) {
+  xSwitch({sensor}, success ? "diagnosis good" : "diagnosis bad", [&] {
+    manager.setSensorDiagnosis(sensor, success);
+    manager.lookAgain();
+  });
+}
+
+void Switches::xSwitch(const std::set<std::string>& names, const std::string& what,
+                       const std::function<void()>& action) {
+  checkNames(manager, names);
+  const Counted counted(busy);
+  action();
+  for (const std::string& name : names) {
+    std::string text = name + ' ' + what;
+    if (manager.isSensor(name)) text += manager.isSensorStarted(name) ? ": started" : ": stopped";
+    ko::log::info("Session", "switch") << text;
+  }
+}
+
+}  // namespace QV::session

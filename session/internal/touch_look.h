@@ -1,0 +1,32 @@
+#pragma once
+
+#include <map>
+#include <string>
+#include <vector>
+
+#include "session/internal/session_robot.h"
+#include "session/snapshot.h"
+
+namespace QV::session {
+
+/** What touches a robot, shown for a second longer than it lasts. The robot must outlive it. */
+class TouchLook {
+ public:
+  explicit TouchLook(SessionRobot& robot) : robot(robot) {}
+
+  /** To be told at least every 20 ms. */
+  void note();
+  std::vector<TouchState> look() const;
+
+ private:
+  struct Touch {
+    Math::Position2D position;
+    ko::Clock::time_point began;
+    ko::Clock::time_point last;
+  };
+
+  SessionRobot& robot;
+  std::map<std::string, Touch> touches;
+};
+
+}  // namespace QV::session

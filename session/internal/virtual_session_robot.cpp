@@ -1,0 +1,63 @@
+#include "session/internal/virtual_session_robot.h"
+
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "platform/middleware/qv_motion_proxy.h"
+#include "session/internal/steering.h"
+
+namespace QV::session {
+
+VirtualSessionRobot::VirtualSessionRobot(const robot::RobotDescription& description,
+                                         boost::shared_ptr<const OccupancyMap> givenMap,
+                                         const robot::WorldOptions& world,
+                                         const sensor::SensorFactory& sensors,
+                                         const robot::UnitFactory& units)
+    : kinds(description.kinds),
+      map(std::move(givenMap)),
+      robot(description, map, world, nullptr, units),
+      navigation(boost::make_shared<sensor::NavigationModule>(robot.getBroker(), sensors)),
+      hosting(robot.getBroker(), navigation),
+      wanderer(robot.getMap()) {}
+
+std::string VirtualSessionRobot::getTitle() const {
+  return "Virtual robot " + robot.getModel().name;
+}
+
+// Five cycles of the manager's, and two of the slowest source of records.
+ko::Duration VirtualSessionRobot::getSettlingTime() const {
+  return boost::chrono::milliseconds(500);
+}
+
+void VirtualSessionRobot::wander(bool on) {
+  wandering.stop();
+  if (!on) return;
+  wandering.setName("Wandering");
+  wandering.setPeriod(boost::chrono::milliseconds(100));
+  wandering.setCallback([this] { drive(wanderer.step(robot.getPose(), robot.getVelocity())); });
+  wandering.start(true);
+}
+
+void VirtualSessionRobot::follow(const PathFollower& path, double seconds) {
+  drive(steer(path, seconds, robot.getPose()));
+}
+
+void VirtualSessionRobot::drive(const Math::Pose2D& velocity) {
+  robot.setVelocity(velocity.x, velocity.y, velocity.theta);
+}
+
+std::map<std::string, Math::Position2D> VirtualSessionRobot::getTouches() const {
+  constexpr int kGroundFrame = 1;
+  const QVMotionProxy motion(robot.getBroker());
+  const Math::Pose2D pose = robot.getPose();
+  std::map<std::string, Math::Position2D> touches;
+  for (const std::string& group : robot.getTouchedGroups()) {
+    const Math::Transform onRobot(motion.getTransform(group, kGroundFrame, true));
+    const Math::Position3D position = Math::position3DFromTransform(onRobot);
+    touches[group] = pose * Math::Position2D(position.x, position.y);
+  }
+  return touches;
+}
+
+}  // namespace QV::session

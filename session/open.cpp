@@ -1,0 +1,85 @@
+#include "session/open.h"
+
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "robot/maps/map_files.h"
+#include "robot/world/virtual_robot.h"
+#include "session/internal/find_room.h"
+#include "session/internal/recorded_session_robot.h"
+#include "session/internal/session_parts.h"
+#include "session/internal/simulated_session_robot.h"
+#include "session/internal/virtual_session_robot.h"
+#include "session/shared_files.h"
+#include "session/usage_error.h"
+
+namespace QV::session {
+namespace {
+
+boost::shared_ptr<OccupancyMap> mapOf(const OpenOptions& options) {
+  return boost::make_shared<OccupancyMap>(options.map ? *options.map
+                                                      : robot::loadMap(findMap(options.mapFile)));
+}
+
+Math::Pose2D startOf(const OpenOptions& options, const OccupancyMap& map) {
+  return options.start ? *options.start : findRoom(map);
+}
+
+robot::WorldOptions worldOf(const OpenOptions& options, const Math::Pose2D& start) {
+  constexpr float kDistance = 1.2f;
+  robot::WorldOptions world = options.world;
+  world.start = start;
+  if (options.somebodyAhead) world.people.push_back({{start * Math::Position2D(kDistance, 0.0f)}});
+  return world;
+}
+
+std::unique_ptr<ko::SimulatedTime> timeOf(const OpenOptions& options) {
+  if (options.time == TimeSource::clock) return nullptr;
+  return std::make_unique<ko::SimulatedTime>();
+}
+
+std::unique_ptr<Session> sessionOf(std::unique_ptr<ko::SimulatedTime> time,
+                                   std::unique_ptr<SessionRobot> robot) {
+  return std::make_unique<Session>(
+      std::make_unique<SessionParts>(std::move(time), std::move(robot)));
+}
+
+}  // namespace
+
+std::unique_ptr<Session> openVirtual(const std::string& robot, const OpenOptions& options) {
+  const std::string path = findRobot(robot);
+  auto time = timeOf(options);
+  const boost::shared_ptr<const OccupancyMap> map = mapOf(options);
+  const auto description = robot::RobotDescription::fromFile(path, options.sensors.getKinds());
+  const robot::WorldOptions world = worldOf(options, startOf(options, *map));
+  std::unique_ptr<SessionRobot> made;
+  try {
+    made = std::make_unique<VirtualSessionRobot>(description, map, world, options.sensors,
+                                                 options.units);
+  } catch (const std::exception& error) {
+    const std::string where = options.map ? "a map" : findMap(options.mapFile);
+    throw UsageError(path + " in " + where + ": " + error.what());
+  }
+  for (const robot::Fault& fault : options.faults) made->getVirtualRobot()->setFault(fault);
+  return sessionOf(std::move(time), std::move(made));
+}
+
+std::unique_ptr<Session> openSimulated(int kind, const OpenOptions& options) {
+  checkKind(kind);
+  auto time = timeOf(options);
+  auto map = mapOf(options);
+  const Math::Pose2D start = startOf(options, *map);
+  return sessionOf(std::move(time),
+                   std::make_unique<SimulatedSessionRobot>(kind, std::move(map), start));
+}
+
+std::unique_ptr<Session> openRecording(const std::string& log,
+                                       const std::optional<std::string>& poses) {
+  const robot::Recording recording = readLog(log, poses);
+  auto time = std::make_unique<ko::SimulatedTime>();
+  auto robot = std::make_unique<RecordedSessionRobot>(recording);
+  return sessionOf(std::move(time), std::move(robot));
+}
+
+}  // namespace QV::session

@@ -1,0 +1,230 @@
+#include "session/session.h"
+
+#include <algorithm>
+#include <utility>
+
+#include "platform/ko/os.h"
+#include "robot/world/virtual_robot.h"
+#include "session/internal/path_follower.h"
+#include "session/internal/session_parts.h"
+#include "session/usage_error.h"
+
+namespace QV::session {
+namespace {
+
+// The robot is steered whenever so much has gone by, and at the end of a run.
+constexpr ko::Duration kSlice{20'000'000};
+
+robot::VirtualRobot& virtualOf(SessionParts& parts) {
+  if (auto* robot = parts.robot->getVirtualRobot()) return *robot;
+  throw UsageError("a virtual robot expected, whose sensors can be made to fail; this is a " +
+                   parts.robot->getTitle());
+}
+
+void goTo(SessionParts& parts, ko::Clock::time_point time) {
+  // What fell due may have slept beyond that.
+  const ko::Duration left = time - ko::Clock::now();
+  if (left <= ko::Duration::zero()) return;
+  if (parts.time) return parts.time->advance(left);
+  ko::os::msleep(static_cast<int>(boost::chrono::ceil<boost::chrono::milliseconds>(left).count()));
+}
+
+void goOnTo(SessionParts& parts, ko::Clock::time_point time) {
+  for (auto due = parts.robot->getNextStep(); due && *due <= time;
+       due = parts.robot->getNextStep()) {
+    goTo(parts, *due);
+    parts.robot->makeStep();
+  }
+  goTo(parts, time);
+}
+
+void note(SessionParts& parts) {
+  parts.sensorLook.notePose();
+  parts.sensorLook.noteMeasurements();
+  parts.touchLook.note();
+}
+
+}  // namespace
+
+SessionRobot& robotOf(Session& session) {
+  return *session.parts->robot;
+}
+
+Session::Session(std::unique_ptr<SessionParts> parts) : parts(std::move(parts)) {}
+
+Session::~Session() {
+  parts->driver.stop();
+}
+
+Snapshot Session::look() {
+  SessionRobot& robot = *parts->robot;
+  note(*parts);
+  Snapshot snapshot;
+  snapshot.title = robot.getTitle();
+  snapshot.time = ko::Clock::now();
+  snapshot.paused = parts->pacing.isPaused();
+  snapshot.speed = parts->pacing.getSpeed();
+  snapshot.pose = robot.getPose();
+  snapshot.velocity = robot.getVelocity();
+  snapshot.goal = parts->driver.getGoal();
+  snapshot.sensors = parts->sensorLook.look();
+  snapshot.frame = robot.getFrame();
+  snapshot.map = robot.getMap();
+  snapshot.people = robot.getPeople();
+  snapshot.touches = parts->touchLook.look();
+  return snapshot;
+}
+
+std::string Session::getTitle() const {
+  return parts->robot->getTitle();
+}
+
+Math::Pose2D Session::getPose() const {
+  return parts->robot->getPose();
+}
+
+boost::shared_ptr<const OccupancyMap> Session::getMap() const {
+  return parts->robot->getMap();
+}
+
+float Session::getRadius() const {
+  return parts->robot->getRadius();
+}
+
+Frame Session::getFrame() const {
+  return parts->robot->getFrame();
+}
+
+sensor::SensorManager& Session::getManager() const {
+  return parts->robot->getManager();
+}
+
+boost::shared_ptr<QVBroker> Session::getBroker() const {
+  return parts->robot->getBroker();
+}
+
+const Model::Robot* Session::getDescription() const {
+  return parts->robot->getDescription();
+}
+
+void Session::subscribe(const std::string& subscriber, const std::set<std::string>& names) {
+  parts->switches.subscribe(subscriber, names);
+}
+
+void Session::unsubscribe(const std::string& subscriber, const std::set<std::string>& names) {
+  parts->switches.unsubscribe(subscriber, names);
+}
+
+void Session::enable(const std::string& name, bool on) {
+  parts->switches.enable(name, on);
+}
+
+void Session::diagnose(const std::string& sensor, bool success) {
+  parts->switches.diagnose(sensor, success);
+}
+
+void Session::setDemand(const Demand& demand) {
+  parts->demand.set(demand);
+}
+
+void Session::drive(float forward, float turn) {
+  parts->driver.drive(forward, turn);
+}
+
+void Session::setGoal(const Math::Position2D& position) {
+  parts->driver.setGoal(position);
+}
+
+double Session::follow(const std::vector<Math::Position2D>& path, double speed, double turnSpeed) {
+  const PathFollower follower(path, speed, turnSpeed);
+  parts->driver.follow(follower);
+  return follower.getDuration();
+}
+
+void Session::wander() {
+  parts->driver.wander();
+}
+
+void Session::stop() {
+  parts->driver.stop();
+}
+
+void Session::setPose(const Math::Pose2D& pose) {
+  parts->robot->setPose(pose);
+}
+
+std::vector<std::string> Session::getFaultySensors() const {
+  auto* robot = parts->robot->getVirtualRobot();
+  return robot ? robot->getFaultySensors() : std::vector<std::string>();
+}
+
+std::vector<robot::FaultKind> Session::getPossibleFaults(const std::string& sensor) const {
+  return virtualOf(*parts).getPossibleFaults(sensor);
+}
+
+void Session::setFault(const robot::Fault& fault) {
+  virtualOf(*parts).setFault(fault);
+}
+
+void Session::clearFault(const std::string& sensor) {
+  virtualOf(*parts).clearFault(sensor);
+}
+
+void Session::run(ko::Duration duration) {
+  xAdvance(ko::Clock::now() + std::max(duration, ko::Duration::zero()));
+}
+
+ko::Duration Session::getSettlingTime() const {
+  return parts->robot->getSettlingTime();
+}
+
+bool Session::step() {
+  if (!parts->robot->isRecording()) {
+    run(Pacing::kStep);
+    return true;
+  }
+  const auto due = parts->robot->getNextStep();
+  if (!due) return false;
+  goTo(*parts, *due);
+  parts->robot->makeStep();
+  note(*parts);
+  return true;
+}
+
+double Session::getShareDone() const {
+  return parts->robot->getShareDone();
+}
+
+void Session::keepPace(ko::Duration machine) {
+  while (machine > ko::Duration::zero()) {
+    const ko::Duration part = std::min(machine, kSlice);
+    machine -= part;
+    parts->driver.release(part);
+    run(parts->pacing.scale(part));
+  }
+}
+
+void Session::pause(bool on) {
+  parts->pacing.pause(on);
+}
+
+bool Session::isPaused() const {
+  return parts->pacing.isPaused();
+}
+
+void Session::setSpeed(double speed) {
+  parts->pacing.setSpeed(speed);
+}
+
+void Session::xAdvance(ko::Clock::time_point end) {
+  for (auto now = ko::Clock::now(); now < end; now = ko::Clock::now()) {
+    const ko::Duration part =
+        std::min<ko::Duration>(end - now, kSlice - now.time_since_epoch() % kSlice);
+    parts->driver.steer(part);
+    goOnTo(*parts, now + part);
+    note(*parts);
+  }
+  parts->driver.steer(ko::Duration::zero());
+}
+
+}  // namespace QV::session

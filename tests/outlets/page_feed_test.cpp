@@ -1,0 +1,78 @@
+#include "outlets/web/internal/page_feed.h"
+
+#include "outlets/outlet_list.h"
+#include "tests/outlets/fake_client.h"
+#include "tests/session/session_in_room.h"
+#include "tests/support/vocabulary.h"
+
+namespace QV::outlets {
+namespace {
+
+using testing::Pair;
+
+constexpr char kSubscribe[] = R"({"op":"subscribe","sensor":"LeftSonar","on":true})";
+constexpr char kUnsubscribe[] = R"({"op":"subscribe","sensor":"LeftSonar","on":false})";
+
+/** Two pages of a robot with two sonars. */
+struct PageFeedTest : testing::Test {
+  const std::unique_ptr<session::Session> robot =
+      session::openSimulated(0, test::inRoom({2.0f, 3.0f, 0.0f}));
+  RequestQueue requests;
+  PageFeed sut{*robot, requests};
+  const std::shared_ptr<test::FakeClient> first = std::make_shared<test::FakeClient>();
+  const std::shared_ptr<test::FakeClient> second = std::make_shared<test::FakeClient>();
+};
+
+TEST_F(PageFeedTest, aPageIsToldWhoItIsAndTheColoursOfTheFamilies) {
+  sut.onOpen(first);
+  sut.onOpen(second);
+  EXPECT_EQ(first->takeTexts()[0]["subscriber"], "page 1");
+  const auto hello = second->takeTexts()[0];
+  EXPECT_EQ(hello["subscriber"], "page 2");
+  EXPECT_EQ(hello["colours"], nlohmann::json::parse(R"({"Sonar":"#d55e00"})"));
+  EXPECT_EQ(hello["depthSensor"], nullptr);
+}
+
+TEST_F(PageFeedTest, aSubscriptionIsThePagesOwnAndGoesWithIt) {
+  sut.onOpen(first);
+  sut.onOpen(second);
+  for (const auto& page : {first, second}) sut.onMessage(page, kSubscribe, false);
+  sut.onMessage(second, kUnsubscribe, false);
+  EXPECT_THAT(sut.getDemand(),
+              ElementsAre(Pair("page 1", ElementsAre("LeftSonar")), Pair("page 2", IsEmpty())));
+  sut.onClose(first);
+  EXPECT_THAT(sut.getDemand(), ElementsAre(Pair("page 2", IsEmpty())));
+  sut.onOpen(first);
+  EXPECT_THAT(sut.getDemand(), ElementsAre(Pair("page 2", IsEmpty()), Pair("page 3", IsEmpty())));
+  sut.onClose(first);
+  sut.onClose(second);
+  EXPECT_FALSE(sut.isWatched());
+}
+
+/** Wants a sensor, and counts what it is shown. */
+struct Wisher : Outlet {
+  session::Demand getDemand() const override { return {{"wisher", {"Laser"}}, {"page 1", {"A"}}}; }
+  bool isWatched() const override { return watched; }
+  void show(const session::Snapshot&) override { ++shown; }
+
+  bool watched = true;
+  int shown = 0;
+};
+
+TEST_F(PageFeedTest, severalOutletsAreOneThatShowsTheWatchedOnesOnly) {
+  const auto wisher = std::make_shared<Wisher>();
+  OutletList list;
+  list.add(std::make_shared<PageFeed>(robot, requests));
+  list.add(wisher);
+  EXPECT_THAT(list.getDemand(),
+              ElementsAre(Pair("page 1", ElementsAre("A")), Pair("wisher", ElementsAre("Laser"))));
+  EXPECT_TRUE(list.isWatched());
+  list.show({});
+  wisher->watched = false;
+  list.show({});
+  EXPECT_EQ(wisher->shown, 1);
+  EXPECT_FALSE(list.isWatched());
+}
+
+}  // namespace
+}  // namespace QV::outlets

@@ -1,0 +1,16 @@
+#pragma once
+
+#include "session/open.h"
+#include "tests/robot/world/room.h"
+
+namespace QV::test {
+
+/** In the room of 10 m by 6 m, at `start`. */
+inline session::OpenOptions inRoom(const Math::Pose2D& start) {
+  session::OpenOptions options;
+  options.map = makeRoom();
+  options.start = start;
+  return options;
+}
+
+}  // namespace QV::test
