@@ -11,7 +11,7 @@ namespace QV::robot {
 namespace {
 
 constexpr std::size_t kMostBytes = std::size_t{256} << 20;
-constexpr std::size_t kShownLetters = 20;
+constexpr std::size_t kShownOfLine = 20;
 constexpr std::string_view kBlanks = " \t\r";
 
 std::vector<std::string_view> wordsOf(std::string_view text) {
@@ -53,8 +53,7 @@ void LogLine::fail(const std::string& message) const {
 }
 
 void LogLine::failAt(std::size_t index, const std::string& expected) const {
-  fail(expected + " expected, \"" + std::string(words[index].substr(0, kShownLetters)) +
-       "\" found");
+  fail(expected + " expected, \"" + std::string(words[index].substr(0, kShownOfLine)) + "\" found");
 }
 
 LogFile::LogFile(const std::string& path) : path(path), text(readFile(path, kMostBytes)) {}

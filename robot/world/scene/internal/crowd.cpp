@@ -22,10 +22,6 @@ constexpr float kRest = 1.0f;
 constexpr int kTries = 10;
 constexpr int kStartTries = 10000;
 
-float distanceBetween(const Math::Position2D& a, const Math::Position2D& b) {
-  return std::hypot(a.x - b.x, a.y - b.y);
-}
-
 Math::Position2D towards(const Math::Position2D& from, const Math::Position2D& to, float way) {
   const float distance = distanceBetween(from, to);
   if (distance <= way) return to;

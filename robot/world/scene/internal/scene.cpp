@@ -10,7 +10,7 @@
 namespace QV::robot {
 namespace {
 
-constexpr float kNothing = std::numeric_limits<float>::infinity();
+constexpr float kOpenWay = std::numeric_limits<float>::infinity();
 // Below, a ray goes straight up or down.
 constexpr float kSteep = 1e-6f;
 
@@ -24,15 +24,11 @@ Block makeBlock(const char* what, const Math::Pose2D& pose, float length, float 
                               " of finite pose and positive size expected");
 }
 
-float distanceBetween(const Math::Position2D& a, const Math::Position2D& b) {
-  return std::hypot(a.x - b.x, a.y - b.y);
-}
-
 float castToPerson(const Ray& ray, const Math::Position2D& person) {
   const auto inside = clipPerson(ray, person);
-  if (!inside) return kNothing;
+  if (!inside) return kOpenWay;
   const float height = ray.at(inside->from).z;
-  return height >= 0.0f && height <= kPersonHeight ? inside->from : kNothing;
+  return height >= 0.0f && height <= kPersonHeight ? inside->from : kOpenWay;
 }
 
 /** The cells of a row or column within `reach` of a position, and one more at either end of all. */
@@ -78,11 +74,11 @@ float Scene::castRay(const Ray& ray, float reach, const People& people) const {
     range = std::min(range, castToPerson(ray, person));
   }
   range = std::min(range, xCastToWall(ray, range));
-  return range < reach ? range : kNothing;
+  return range < reach ? range : kOpenWay;
 }
 
 float Scene::xCastToFloor(const Ray& ray) const {
-  if (!(ray.direction.z < 0.0f)) return kNothing;
+  if (!(ray.direction.z < 0.0f)) return kOpenWay;
   const float floor = std::max(0.0f, -ray.origin.z / ray.direction.z);
   for (const Block& hole : holes) {
     const auto inside = hole.clip(ray);
@@ -93,22 +89,22 @@ float Scene::xCastToFloor(const Ray& ray) const {
 
 float Scene::xCastToWall(const Ray& ray, float reach) const {
   const float speed = std::hypot(ray.direction.x, ray.direction.y);
-  if (speed < kSteep) return kNothing;
+  if (speed < kSteep) return kOpenWay;
   const float heading = std::atan2(ray.direction.y, ray.direction.x);
   const float range = findWall({ray.origin.x, ray.origin.y}, heading, reach * speed) / speed;
-  return ray.at(range).z <= wallHeight ? range : kNothing;
+  return ray.at(range).z <= wallHeight ? range : kOpenWay;
 }
 
 float Scene::findWall(const Math::Position2D& from, float heading, float reach) const {
   std::vector<RangeReading> readings;
   occMapSimulateScan(*map, {0.0f, reach, 0.0f, 1}, {from.x, from.y, heading}, readings,
                      kSolidAbove);
-  return readings.empty() || readings[0].status != 0 ? kNothing : readings[0].range;
+  return readings.empty() || readings[0].status != 0 ? kOpenWay : readings[0].range;
 }
 
 Scene::Nearest Scene::findNearest(const Math::Position2D& position, float within, float height,
                                   const People& people) const {
-  Nearest nearest{kNothing, position};
+  Nearest nearest{kOpenWay, position};
   const auto consider = [&](float distance, const Math::Position2D& where) {
     if (distance <= within && distance < nearest.distance) nearest = {distance, where};
   };

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cmath>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
@@ -12,6 +13,10 @@
 #include "robot/world/world_options.h"
 
 namespace QV::robot {
+
+inline float distanceBetween(const Math::Position2D& a, const Math::Position2D& b) {
+  return std::hypot(a.x - b.x, a.y - b.y);
+}
 
 /**
  * What stands around the robot: the walls of the map, boxes, a floor at height 0 with holes, and

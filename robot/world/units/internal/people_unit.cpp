@@ -12,7 +12,7 @@ namespace {
 
 // The sensor of the manager that no configuration names.
 constexpr char kPeoplePerception[] = "PeoplePerception";
-constexpr const char* kEvent = NavigationContract::kPeopleDetectedEvent;
+constexpr const char* kPeopleEvent = NavigationContract::kPeopleDetectedEvent;
 constexpr float kHeadHeight = 1.6f;
 constexpr std::int64_t kNsPerWholeSecond = 1'000'000'000;
 
@@ -45,12 +45,12 @@ PeopleUnit::PeopleUnit(const Model::SensorConfig& camera, const std::string& cam
             return moved;
           }) {
   context.getSurroundings().frameInGround(frame);
-  context.declareEvent(kEvent);
+  context.declareEvent(kPeopleEvent);
   context.addFaultName(kPeoplePerception);
 }
 
 void PeopleUnit::measure(ko::Clock::time_point now) {
-  if (!context.hasSubscribers(kEvent)) return;
+  if (!context.hasSubscribers(kPeopleEvent)) return;
   const auto sample = channel.pass(xFind(), now);
   if (faults(now) == FaultKind::garbage) return xRaiseNonsense();
   if (!sample || (sample->value.empty() && !toldOfSomebody)) return;
@@ -59,8 +59,8 @@ void PeopleUnit::measure(ko::Clock::time_point now) {
   for (const Detection& person : sample->value) {
     people.push_back(QVValue::array(person.number, person.range, person.aboutY, person.aboutZ));
   }
-  context.raiseEvent(kEvent, QVValue::array(toStamp(sample->time), people, QVValue::Array(),
-                                            QVValue::Array(), cameraIndex));
+  context.raiseEvent(kPeopleEvent, QVValue::array(toStamp(sample->time), people, QVValue::Array(),
+                                                  QVValue::Array(), cameraIndex));
 }
 
 PeopleUnit::Detections PeopleUnit::xFind() {
@@ -95,7 +95,7 @@ std::optional<PeopleUnit::Detection> PeopleUnit::xDetect(std::size_t person,
 void PeopleUnit::xRaiseNonsense() {
   const std::vector<QVValue> choice{"nobody", QVValue::array(1, 2, 3),
                                     QVValue::array(QVValue::array(1, 2, 3), 4, 5, 6, 7)};
-  context.raiseEvent(kEvent, nonsense.pick(choice));
+  context.raiseEvent(kPeopleEvent, nonsense.pick(choice));
 }
 
 }  // namespace QV::robot

@@ -14,7 +14,7 @@
 namespace QV::robot {
 namespace {
 
-constexpr const char* kEvent = NavigationContract::kTouchChangedEvent;
+constexpr const char* kTouchEvent = NavigationContract::kTouchChangedEvent;
 // What the event calls a touch of this kind.
 constexpr int kBumperTouch = 2;
 constexpr ko::Duration kNonsensePeriod(500'000'000);
@@ -61,7 +61,7 @@ TouchUnits::TouchUnits(const std::vector<Model::SensorConfig>& configs, const Un
   for (const Model::SensorConfig& config : configs) {
     bumpers.push_back(std::make_unique<Bumper>(config, context));
   }
-  context.declareEvent(kEvent);
+  context.declareEvent(kTouchEvent);
 }
 
 TouchUnits::~TouchUnits() = default;
@@ -78,7 +78,7 @@ void TouchUnits::measure(ko::Clock::time_point now) {
       changes.push_back(bumper->describe());
     }
   }
-  if (!changes.empty()) context.raiseEvent(kEvent, changes);
+  if (!changes.empty()) context.raiseEvent(kTouchEvent, changes);
 }
 
 std::set<std::string> TouchUnits::xFindPressed(float contact) const {
@@ -103,7 +103,7 @@ void TouchUnits::xRaiseNonsense(const Bumper& bumper, ko::Clock::time_point now)
   const std::vector<QVValue> choice{42, QVValue::array(QVValue::array(bumper.link)),
                                     QVValue::array(QVValue::array(bumper.link, "pressed")),
                                     QVValue::array(QVValue::array(bumper.link, true))};
-  context.raiseEvent(kEvent, nonsense.pick(choice));
+  context.raiseEvent(kTouchEvent, nonsense.pick(choice));
 }
 
 UnitFactory::Units makeTouchUnits(const std::vector<Model::SensorConfig>& configs,
