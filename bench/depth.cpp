@@ -104,8 +104,8 @@ void copyImage(const Scene& scene) {
 }
 
 #ifdef QV_BENCH_PCL
-typedef pcl::PointCloud<pcl::PointXYZ> Cloud;
-typedef pcl::PointCloud<pcl::Label> Labels;
+using Cloud = pcl::PointCloud<pcl::PointXYZ>;
+using Labels = pcl::PointCloud<pcl::Label>;
 
 Cloud::Ptr toCloud(const cv::Mat_<std::uint16_t>& depth) {
   const float xToZ = 2.0f * std::tan(kHorizontalFOV / 2.0f) / static_cast<float>(depth.cols);
@@ -242,7 +242,7 @@ void cycleInTurn(benchmark::State& state, const std::vector<cv::Mat_<std::uint16
 
 void registerFrame(const std::string& size, const std::string& name,
                    const cv::Mat_<std::uint16_t>& depth) {
-  typedef void (*Row)(benchmark::State&, const cv::Mat_<std::uint16_t>&);
+  using Row = void (*)(benchmark::State&, const cv::Mat_<std::uint16_t>&);
   for (const auto& [step, row] :
        {std::pair<std::string, Row>("label", label), {"filter", filter}, {"cycle", cycle}}) {
     benchmark::RegisterBenchmark(("depth/" + size + "/" + step + "/" + name).c_str(), row, depth)

@@ -16,7 +16,7 @@
 namespace {
 
 using QV::Math::MetricalData;
-typedef std::vector<MetricalData> Records;
+using Records = std::vector<MetricalData>;
 
 Records recordsOf(int count, int points) {
   Records records(static_cast<std::size_t>(count));

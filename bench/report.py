@@ -36,6 +36,8 @@ SECTIONS = [
      "`laserScanSimulator` and a plain walk on the same poses. Goal on each fan: `vs_mrpt` of 4.5 with AVX-512, 3.5 with "
      "AVX2, 2 with the scalar form; beside the cells at most 1 byte a cell, built in under 25 ms for a million cells. On the huge map `vs_medium`, the "
      "medium map's time for the same fan divided by the huge one's, of 0.67 or more."),
+    ("scans", "Scans from many poses", "Nanoseconds per ray of `occMapSimulateScans` from 2,000 random free poses, beside as many single scans "
+     "(`vs_single`), and how many times as fast two threads are as one (`two_threads`). Goal: `vs_single` of 1, `two_threads` of 1.9 on idle cores."),
     ("simulated_robot", "Simulated robot", "A whole reading of a kind 1 robot, six sensors and 170 rays, from random free poses. Goal: 10 µs."),
     ("fleet", "Fleet", "1,000 simulated robots of kind 1 on one map, each at a random free pose. Goal: under 20 KiB each without the map; readings a "
      "second grow with cores."),
@@ -47,6 +49,8 @@ SECTIONS = [
     ("robot", "Whole robot", "The virtual robot with its eleven sensors, two people and its depth camera at 320×240. Goal: 50 simulated seconds a "
      "second; cost in line with the number of sensors."),
     ("memory", "Shared memory and calls", "Goal: `vs_pointer_loop` of 0.83 or more, `vs_proxy` of 10 or more, a call under 1 µs."),
+    ("mcap", "Recordings", "64 MB of laser scans, of depth images and of both, uncompressed: `vs_write`, a plain write of the same bytes in "
+     "pieces of 250 kB, and `vs_read`, a plain read through one buffer, by processor time. Goal: `vs_write` of 0.7, `vs_read` of 0.5."),
     ("tasks", "Tasks", "Lateness of a task of 10 ms, posts, delayed calls, runs in simulated time."),
     ("model", "Robot description and obstruction", ""),
     ("range", "Range sensors", "Readings a second on the virtual services, and the share of the time spent in the sensor itself."),

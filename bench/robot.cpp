@@ -24,7 +24,7 @@ namespace QV::bench {
 namespace {
 
 using boost::chrono::milliseconds;
-typedef std::vector<Math::MetricalData> Records;
+using Records = std::vector<Math::MetricalData>;
 
 const robot::RobotDescription& porter() {
   static const auto description =

@@ -20,7 +20,7 @@ constexpr int kPeriods = 300;
 constexpr ko::Duration kPeriod = boost::chrono::milliseconds(10);
 constexpr int kCalls = 1000;
 
-typedef std::vector<ko::Clock::time_point> Runs;
+using Runs = std::vector<ko::Clock::time_point>;
 
 Runs runTask() {
   Runs runs;

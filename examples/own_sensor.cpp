@@ -13,7 +13,7 @@ using namespace QV;
 class InfraredSensor : public sensor::Sensor {
  public:
   /** Metres. */
-  typedef std::function<float()> Device;
+  using Device = std::function<float()>;
 
   InfraredSensor(const std::string& name, const Math::Pose2D& mounting, Device device)
       : Sensor(name, "Infrared", Math::SensorFieldOfView2D(0.05f, 0.8f, 0.0f, 1)),

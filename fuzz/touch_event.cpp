@@ -8,7 +8,7 @@
 namespace QV::fuzz {
 namespace {
 
-typedef std::vector<Touch::TouchGroupEvent> Groups;
+using Groups = std::vector<Touch::TouchGroupEvent>;
 
 std::optional<Groups> extract(const QVValue& event) {
   Groups groups = {{"from before", true, {Touch::WHEEL}}};

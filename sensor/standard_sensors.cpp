@@ -59,18 +59,20 @@ Sensors createBlindZone(const SensorOrder& order) {
                                               order.config.memoryKeys, order.fieldOfView)};
 }
 
-bool isComplete(const Model::SensorConfig& config, const std::vector<std::string>& names) {
-  const Model::SensorProperties properties(config);
+bool isComplete(const SensorOrder& order, const std::vector<std::string>& names) {
+  const Model::SensorProperties properties(order.config);
   const auto isThere = [&properties](const std::string& name) { return properties.has(name); };
   if (std::ranges::all_of(names, isThere)) return true;
-  ko::log::error(kFactoryCategory, kFactoryMethod)
-      << "Unable to initialize sensor " << config.name << " because its model is incomplete.";
+  const std::string& name = order.config.name;
+  order.manager.logTrouble(
+      name, kFactoryCategory, kFactoryMethod,
+      "Unable to initialize sensor " + name + " because its model is incomplete.");
   return false;
 }
 
 Sensors createLaser(const SensorOrder& order) {
   const Model::SensorConfig& config = order.config;
-  if (!isComplete(config, {"regIndex", "setOperationMode", "getOperationMode", "timestamp"})) {
+  if (!isComplete(order, {"regIndex", "setOperationMode", "getOperationMode", "timestamp"})) {
     return {};
   }
   ko::log::verbose(kFactoryCategory, kFactoryMethod) << "Horizontal laser:  " << config.name;
@@ -83,8 +85,8 @@ Sensors createLaser(const SensorOrder& order) {
 
 Sensors createHoleLaser(const SensorOrder& order) {
   const Model::SensorConfig& config = order.config;
-  if (!isComplete(config, {"regIndex", "setOperationMode", "getOperationMode", "timestamp",
-                           "inclination", "status"})) {
+  if (!isComplete(order, {"regIndex", "setOperationMode", "getOperationMode", "timestamp",
+                          "inclination", "status"})) {
     return {};
   }
   ko::log::verbose(kFactoryCategory, kFactoryMethod) << "Hole laser: " << config.name;

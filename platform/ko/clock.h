@@ -10,17 +10,17 @@
 namespace ko {
 
 /** A signed 64-bit count of nanoseconds. */
-typedef boost::chrono::nanoseconds Duration;
+using Duration = boost::chrono::nanoseconds;
 
 /**
  * The one time of the process: starts near 0 with the process and never goes back, unless a
  * SimulatedTime has taken it over. All operations are safe from any thread.
  */
 struct QV_API Clock {
-  typedef Duration duration;
-  typedef duration::rep rep;
-  typedef duration::period period;
-  typedef boost::chrono::time_point<Clock, duration> time_point;
+  using duration = Duration;
+  using rep = duration::rep;
+  using period = duration::period;
+  using time_point = boost::chrono::time_point<Clock, duration>;
 
   static constexpr bool is_steady = true;
 

@@ -22,7 +22,7 @@ struct ScopedSink::Entry {
 
 namespace {
 
-typedef std::vector<boost::shared_ptr<ScopedSink::Entry>> Sinks;
+using Sinks = std::vector<boost::shared_ptr<ScopedSink::Entry>>;
 
 struct State {
   std::shared_mutex mutex;

@@ -50,7 +50,7 @@ QV_API std::string onOneLine(const std::string& text);
 QV_API void write(Level level, std::string_view category, std::string_view method,
                   std::string message);
 
-typedef boost::function<void(const Record&)> Sink;
+using Sink = boost::function<void(const Record&)>;
 
 /**
  * Hands every record up to `level` to `sink`, on the thread that writes it, until it goes out of

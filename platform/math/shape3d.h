@@ -46,7 +46,7 @@ struct QV_API UnsupportedShape {
 };
 
 /** A solid in a frame of its own. */
-typedef std::variant<Box, Sphere, Cylinder, Capsule, UnsupportedShape> Shape3D;
+using Shape3D = std::variant<Box, Sphere, Cylinder, Capsule, UnsupportedShape>;
 
 /** "box", "sphere", "cylinder", "capsule", or the kind of an unsupported shape. */
 QV_API std::string getKind(const Shape3D& shape);

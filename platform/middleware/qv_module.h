@@ -15,7 +15,7 @@
 
 namespace QV {
 
-typedef std::span<const QVValue> QVArguments;
+using QVArguments = std::span<const QVValue>;
 
 /**
  * A service with a name, called by method name through a broker. Not copyable. Methods are bound
@@ -36,7 +36,7 @@ class QV_API QVModule {
    */
   template <typename F>
   void bindMethod(const std::string& method, F callable) {
-    typedef decltype(std::function(callable)) Signature;
+    using Signature = decltype(std::function(callable));
     xBind(method, xMakeMethod(std::move(callable), std::type_identity<Signature>()));
   }
   /** The same for a member function of `self`. */
@@ -70,7 +70,7 @@ class QV_API QVModule {
   // A string, an array or a value is lent to the method, the rest is converted.
   template <typename A>
   static decltype(auto) xToArgument(const QVValue& value) {
-    typedef std::remove_cvref_t<A> T;
+    using T = std::remove_cvref_t<A>;
     if constexpr (std::is_same_v<T, QVValue>) {
       return static_cast<const QVValue&>(value);
     } else if constexpr (std::is_same_v<T, std::string>) {
@@ -84,7 +84,7 @@ class QV_API QVModule {
 
   template <typename... A, std::size_t... I>
   auto xUnpack(const Method& method, QVArguments arguments, std::index_sequence<I...>) const {
-    typedef std::tuple<decltype(xToArgument<A>(arguments[I]))...> Unpacked;
+    using Unpacked = std::tuple<decltype(xToArgument<A>(arguments[I]))...>;
     if (arguments.size() != sizeof...(A)) xRefuse(method, arguments);
     try {
       return Unpacked(xToArgument<A>(arguments[I])...);

@@ -31,9 +31,9 @@ namespace QV {
 class QV_API QVValue {
  public:
   enum class Type { invalid, boolean, integer, floating, string, array, binary };
-  typedef std::vector<QVValue> Array;
-  typedef std::vector<std::uint8_t> Bytes;
-  typedef std::shared_ptr<const Bytes> Binary;
+  using Array = std::vector<QVValue>;
+  using Bytes = std::vector<std::uint8_t>;
+  using Binary = std::shared_ptr<const Bytes>;
 
   /** The invalid value. */
   QVValue() noexcept = default;

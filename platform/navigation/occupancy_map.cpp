@@ -6,6 +6,9 @@
 #include <string>
 #include <utility>
 
+#include "platform/navigation/internal/grid_frame.h"
+#include "platform/navigation/internal/scan_store.h"
+
 namespace QV {
 namespace {
 
@@ -30,6 +33,12 @@ void checkOccupancy(float occupancy) {
 
 }  // namespace
 
+/** What scans ask for once each. */
+struct OccupancyMap::Inside {
+  detail::GridFrame gridFrame;
+  detail::ScanStores scanStores;
+};
+
 OccupancyMap::OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                            float occupancy)
     : OccupancyMap(width, height, resolution, origin,
@@ -41,8 +50,8 @@ OccupancyMap::OccupancyMap(int width, int height, float resolution, const Math::
       height(height),
       resolution(resolution),
       origin(origin),
-      gridFrame(origin, resolution),
-      cells(std::move(cells)) {
+      cells(std::move(cells)),
+      inside(new Inside{{origin, resolution}, {}}) {
   if (this->cells.size() != cellCount(width, height)) {
     throw std::invalid_argument("OccupancyMap: " + std::to_string(this->cells.size()) +
                                 " cells given for " + sizeText(width, height));
@@ -57,6 +66,24 @@ OccupancyMap::OccupancyMap(int width, int height, float resolution, const Math::
   std::for_each(this->cells.begin(), this->cells.end(), checkOccupancy);
 }
 
+OccupancyMap::~OccupancyMap() = default;
+
+OccupancyMap::OccupancyMap(const OccupancyMap& other)
+    : width(other.width),
+      height(other.height),
+      resolution(other.resolution),
+      origin(other.origin),
+      cells(other.cells),
+      inside(std::make_unique<Inside>(*other.inside)) {}
+
+OccupancyMap::OccupancyMap(OccupancyMap&& other) noexcept = default;
+
+OccupancyMap& OccupancyMap::operator=(const OccupancyMap& other) {
+  return *this = OccupancyMap(other);
+}
+
+OccupancyMap& OccupancyMap::operator=(OccupancyMap&& other) noexcept = default;
+
 float OccupancyMap::getOccupancy(int column, int row) const {
   return cells[xIndex(column, row)];
 }
@@ -64,22 +91,26 @@ float OccupancyMap::getOccupancy(int column, int row) const {
 void OccupancyMap::setOccupancy(int column, int row, float occupancy) {
   checkOccupancy(occupancy);
   cells[xIndex(column, row)] = occupancy;
-  scanStores.setOccupancy(column, row, occupancy);
+  inside->scanStores.setOccupancy(column, row, occupancy);
 }
 
 std::optional<float> OccupancyMap::findOccupancy(const Math::Position2D& position) const {
-  const detail::GridPoint point = gridFrame.toGrid(position);
+  const detail::GridPoint point = inside->gridFrame.toGrid(position);
   const bool inside = point.x >= 0.0 && point.x < width && point.y >= 0.0 && point.y < height;
   if (!inside) return std::nullopt;
   return getOccupancy(static_cast<int>(point.x), static_cast<int>(point.y));
 }
 
 Math::Position2D OccupancyMap::getCellCentre(int column, int row) const {
-  return gridFrame.toWorld({column + 0.5, row + 0.5});
+  return inside->gridFrame.toWorld({column + 0.5, row + 0.5});
 }
 
 const detail::ScanStore* OccupancyMap::getScanStore(float occupiedAbove) const {
-  return scanStores.find(width, height, cells, occupiedAbove);
+  return inside->scanStores.find(width, height, cells, occupiedAbove);
+}
+
+const detail::GridFrame& OccupancyMap::getGridFrame() const {
+  return inside->gridFrame;
 }
 
 std::size_t OccupancyMap::xIndex(int column, int row) const {

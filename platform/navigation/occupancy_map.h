@@ -1,16 +1,20 @@
 #pragma once
 
 #include <cstddef>
+#include <memory>
 #include <optional>
 #include <vector>
 
 #include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/math/position.h"
-#include "platform/navigation/internal/grid_frame.h"
-#include "platform/navigation/internal/scan_store.h"
 
 namespace QV {
+
+namespace detail {
+class GridFrame;
+class ScanStore;
+}  // namespace detail
 
 /**
  * A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. Cell (0, 0) touches the
@@ -20,6 +24,8 @@ namespace QV {
 class QV_API OccupancyMap {
  public:
   static constexpr float kUnknown = 0.5f;
+  /** Whatever casts rays or drives takes cells above this as solid: occupied and unknown ones. */
+  static constexpr float kSolidAbove = 0.4f;
   /** The longest side, in cells. */
   static constexpr int kMaxSide = 1 << 20;
 
@@ -35,6 +41,11 @@ class QV_API OccupancyMap {
   /** As above, with the cells' occupancies row by row; any but `width` * `height` throws too. */
   OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                std::vector<float> cells);
+  ~OccupancyMap();
+  OccupancyMap(const OccupancyMap& other);
+  OccupancyMap(OccupancyMap&& other) noexcept;
+  OccupancyMap& operator=(const OccupancyMap& other);
+  OccupancyMap& operator=(OccupancyMap&& other) noexcept;
 
   int getWidth() const { return width; }
   int getHeight() const { return height; }
@@ -65,18 +76,19 @@ class QV_API OccupancyMap {
   const detail::ScanStore* getScanStore(float occupiedAbove) const;
 
   /** How the cells lie in the world. */
-  const detail::GridFrame& getGridFrame() const { return gridFrame; }
+  const detail::GridFrame& getGridFrame() const;
 
  private:
+  struct Inside;
+
   std::size_t xIndex(int column, int row) const;
 
   int width;
   int height;
   float resolution;
   Math::Pose2D origin;
-  detail::GridFrame gridFrame;
   std::vector<float> cells;
-  detail::ScanStores scanStores;
+  std::unique_ptr<Inside> inside;
 };
 
 }  // namespace QV

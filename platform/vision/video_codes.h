@@ -12,6 +12,8 @@ constexpr int kDepthCamera = 2;
 constexpr int kRGBColorSpace = 11;
 /** Depth in millimetres as 16-bit unsigned; 0 where nothing was measured. */
 constexpr int kDepthColorSpace = 17;
+/** The last depth, in millimetres, that is taken for a measurement. */
+constexpr int kMaxDepth = 15000;
 /** Three 32-bit floats: x, y, z. */
 constexpr int kXYZColorSpace = 19;
 /** 24 bits packed into one channel. */

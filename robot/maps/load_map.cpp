@@ -11,7 +11,7 @@
 namespace QV::robot {
 namespace {
 
-typedef MapSettings::Mode Mode;
+using Mode = MapSettings::Mode;
 
 constexpr double kFullPercent = 100.0;
 

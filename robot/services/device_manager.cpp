@@ -6,10 +6,11 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/device_manager_contract.h"
 #include "platform/middleware/qv_memory_proxy.h"
+#include "robot/services/internal/device_command.h"
 
 namespace QV::robot {
 
-typedef ko::Clock::time_point TimePoint;
+using TimePoint = ko::Clock::time_point;
 
 DeviceManager::DeviceManager(const boost::shared_ptr<QVBroker>& broker)
     : QVModule(DeviceManagerContract::kModule), broker(broker) {

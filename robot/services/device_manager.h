@@ -14,13 +14,15 @@
 #include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "platform/middleware/qv_module.h"
-#include "robot/services/internal/device_command.h"
+#include "platform/middleware/qv_value.h"
 
 namespace QV {
 class QVBroker;
 }
 
 namespace QV::robot {
+
+struct DeviceCommand;
 
 /**
  * The device manager, module "DCM": the clock of the robot's devices, and timed commands to its
@@ -32,7 +34,7 @@ namespace QV::robot {
 class QV_API DeviceManager : public QVModule, public boost::enable_shared_from_this<DeviceManager> {
  public:
   /** What a value does to an actuator, when it is due; one at a time. What it throws is logged. */
-  typedef boost::function<void(const std::string& key, const QVValue& value)> ActuatorHandler;
+  using ActuatorHandler = boost::function<void(const std::string& key, const QVValue& value)>;
 
   explicit DeviceManager(const boost::shared_ptr<QVBroker>& broker);
   ~DeviceManager() override;

@@ -26,7 +26,7 @@ class DeviceManager;
 class QV_API LaserModeActuator {
  public:
   /** Called with a mode before it shows, one at a time; must not call this object. */
-  typedef boost::function<void(int mode)> Listener;
+  using Listener = boost::function<void(int mode)>;
 
   /** Throws QVError if the key can't be written. */
   LaserModeActuator(const boost::shared_ptr<QVBroker>& broker,

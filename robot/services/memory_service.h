@@ -1,23 +1,28 @@
 #pragma once
 
+#include <memory>
 #include <mutex>
 #include <string>
 
 #include <boost/shared_ptr.hpp>
 
 #include "platform/api.h"
+#include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_module.h"
-#include "robot/services/internal/event_board.h"
-#include "robot/services/internal/memory_store.h"
+#include "platform/middleware/qv_value.h"
 
 namespace QV::robot {
+
+class EventBoard;
+class MemoryStore;
 
 /**
  * The shared memory and its events, module "QVMemory"; QVMemoryProxy says what its methods do. An
  * event has the key of its name: raising sets it, and the last value delivered is the one it keeps.
  * Methods of subscribers are called through `broker`, which is looked for the module at each event.
- * A subscriber that fails is logged when its failure changes, and the next event tries again. It
- * writes no key of its own.
+ * A subscriber that fails is logged when its failure changes, and the next event tries again; of
+ * 1000 events that wait for one that hangs, the oldest make room, which is logged. It writes no key
+ * of its own.
  */
 class QV_API MemoryService : public QVModule {
  public:
@@ -25,20 +30,21 @@ class QV_API MemoryService : public QVModule {
   /** Waits for events that are being delivered. */
   ~MemoryService() override;
 
-  // For the robot itself, past the broker. Safe from any thread.
+  // For the robot itself, past the broker. Safe from any thread; errors as QVMemoryProxy has them.
 
-  MemoryStore& getStore() { return store; }
+  QVValue getData(const std::string& key) const;
+  void insertData(const std::string& key, const QVValue& value);
+  /** Makes the key of an event that nobody has raised yet. */
+  void declareEvent(const std::string& event);
   void raiseEvent(const std::string& event, const QVValue& value);
-  bool hasSubscribers(const std::string& event) const { return board.hasSubscribers(event); }
+  bool hasSubscribers(const std::string& event) const;
 
  private:
   void xBindMemory();
   void xBindEvents();
-  void xSubscribe(const std::string& event, const EventBoard::Subscriber& subscriber);
-  void xUnsubscribe(const std::string& event, EventBoard::Kind kind, const std::string& module);
 
-  MemoryStore store;
-  EventBoard board;
+  const std::unique_ptr<MemoryStore> store;
+  const std::unique_ptr<EventBoard> board;
   std::mutex raising;
 };
 

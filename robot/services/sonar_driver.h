@@ -40,7 +40,7 @@ class QV_API SonarDriver : public QVModule {
    * The distance in metres that a sonar measures now, or nothing when there is no echo. Called on
    * the event loop's threads; it may throw, and must not call this driver.
    */
-  typedef boost::function<std::optional<float>(const std::string& sonar)> Source;
+  using Source = boost::function<std::optional<float>(const std::string& sonar)>;
 
   SonarDriver(const boost::shared_ptr<QVBroker>& broker, const Model::Robot& robot,
               ko::Duration period = kPeriod);

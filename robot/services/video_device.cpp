@@ -10,12 +10,14 @@
 #include "platform/model/internal/number_text.h"
 #include "platform/vision/qv_image.h"
 #include "platform/vision/video_codes.h"
+#include "robot/services/internal/spare_bytes.h"
 
 namespace QV::robot {
 
-typedef std::lock_guard<std::mutex> Lock;
+using Lock = std::lock_guard<std::mutex>;
 
-VideoDevice::VideoDevice() : QVModule(VideoDeviceContract::kModule) {
+VideoDevice::VideoDevice()
+    : QVModule(VideoDeviceContract::kModule), spares(std::make_unique<SpareBytes>()) {
   xBindCameras();
   xBindClients();
 }
@@ -140,7 +142,7 @@ void VideoDevice::xTakeBack(const std::string& handle, Client& client) const {
 }
 
 QVValue VideoDevice::xCapture(Device& device, cv::Size size, ko::Clock::time_point time) {
-  const auto pixels = spares.take(static_cast<std::size_t>(size.area()) * 2);
+  const auto pixels = spares->take(static_cast<std::size_t>(size.area()) * 2);
   const cv::Mat_<std::uint16_t> wanted(size.height, size.width,
                                        reinterpret_cast<std::uint16_t*>(pixels->data()));
   cv::Mat_<std::uint16_t> frame = wanted;

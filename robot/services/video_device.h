@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
@@ -13,9 +14,11 @@
 #include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "platform/middleware/qv_module.h"
-#include "robot/services/internal/spare_bytes.h"
+#include "platform/middleware/qv_value.h"
 
 namespace QV::robot {
+
+class SpareBytes;
 
 /**
  * Shows the depth, in millimetres and 0 where there is none, that a camera sees at `time`. `depth`
@@ -23,8 +26,8 @@ namespace QV::robot {
  * that size (nearest pixel), an empty one says that there is nothing to see yet. An older frame
  * says its own `time`. What it throws is the error of the client that asked.
  */
-typedef boost::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time)>
-    FrameSource;
+using FrameSource =
+    boost::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time)>;
 
 /** A depth camera of the robot. */
 struct QV_API Camera {
@@ -90,7 +93,7 @@ class QV_API VideoDevice : public QVModule {
   mutable std::mutex mutex;
   std::map<int, boost::shared_ptr<Device>> devices;
   std::map<std::string, Client> clients;
-  SpareBytes spares;
+  const std::unique_ptr<SpareBytes> spares;
   /** Whom the first, second, ... handle was given to. */
   std::vector<std::string> names;
 };

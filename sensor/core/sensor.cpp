@@ -1,12 +1,18 @@
 #include "sensor/core/sensor.h"
 
+#include <exception>
+#include <utility>
+
 #include <boost/thread/lock_guard.hpp>
 
-#include "sensor/core/internal/sensor_scope.h"
-
 namespace QV::sensor {
+namespace {
 
-typedef boost::lock_guard<boost::mutex> Lock;
+using Lock = boost::lock_guard<boost::mutex>;
+
+constexpr char kSensorCategory[] = "Navigation.Sensor";
+
+}  // namespace
 
 Sensor::Sensor(const std::string& name, const std::string& familyName,
                const Math::SensorFieldOfView2D& fieldOfView)
@@ -17,7 +23,6 @@ Sensor::~Sensor() = default;
 std::vector<Math::MetricalData> Sensor::getData() const {
   Lock lock(startedMutex);
   if (!started) return {};
-  const SensorScope scope(name);
   return xGetData();
 }
 
@@ -67,8 +72,7 @@ void Sensor::xToggleSubscription() {
 // The hardware runs before the flag says so, and until after it has stopped saying so: a reader
 // never measures with hardware that is off.
 void Sensor::xStart() {
-  const SensorScope scope(name);
-  if (!xSubscribeToHardware()) {
+  if (!xCallHardware(&Sensor::xSubscribeToHardware, "xSubscribeToHardware")) {
     diagnosisSuccess = false;
     return;
   }
@@ -76,14 +80,65 @@ void Sensor::xStart() {
 }
 
 void Sensor::xStop() {
-  const SensorScope scope(name);
   xSetStarted(false);
-  if (!xUnsubscribeFromHardware()) diagnosisSuccess = false;
+  if (!xCallHardware(&Sensor::xUnsubscribeFromHardware, "xUnsubscribeFromHardware")) {
+    diagnosisSuccess = false;
+  }
+}
+
+// Hardware that fails without a word has trouble all the same.
+bool Sensor::xCallHardware(bool (Sensor::*call)(), const char* method) {
+  const auto count = [this] {
+    Lock lock(troubleMutex);
+    return troubleCount;
+  };
+  const int before = count();
+  try {
+    if ((this->*call)()) return true;
+  } catch (...) {
+    xKeepCaught(kSensorCategory, method);
+    throw;
+  }
+  if (count() == before) keepTrouble(kSensorCategory, method, "The hardware failed.");
+  return false;
 }
 
 void Sensor::xSetStarted(bool value) {
   Lock lock(startedMutex);
   started = value;
+}
+
+std::optional<ko::log::Record> Sensor::getLastTrouble() const {
+  Lock lock(troubleMutex);
+  return lastTrouble;
+}
+
+void Sensor::logTrouble(ko::log::Level level, std::string_view category, std::string_view method,
+                        const std::string& message) const {
+  xKeep({level, std::string(category), std::string(method), message, ko::Clock::now()});
+  ko::log::write(level, category, method, message);
+}
+
+void Sensor::keepTrouble(std::string_view category, std::string_view method,
+                         const std::string& message) const {
+  xKeep({ko::log::Level::error, std::string(category), std::string(method), message,
+         ko::Clock::now()});
+}
+
+void Sensor::xKeepCaught(std::string_view category, std::string_view method) const {
+  try {
+    throw;
+  } catch (const std::exception& exception) {
+    keepTrouble(category, method, exception.what());
+  } catch (...) {
+    keepTrouble(category, method, "not a standard exception");
+  }
+}
+
+void Sensor::xKeep(ko::log::Record record) const {
+  Lock lock(troubleMutex);
+  lastTrouble = std::move(record);
+  ++troubleCount;
 }
 
 }  // namespace QV::sensor

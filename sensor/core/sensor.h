@@ -1,13 +1,16 @@
 #pragma once
 
 #include <atomic>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <boost/thread/mutex.hpp>
 
 #include "platform/api.h"
+#include "platform/ko/log.h"
 #include "platform/math/metrical_data.h"
 
 namespace QV::sensor {
@@ -59,11 +62,30 @@ class QV_API Sensor {
   std::string getFamilyName() const { return familyName; }
   std::set<std::string> getSubscribers() const;
 
+  /**
+   * Why it fails: the last line that was written on its behalf, with its time, or what its hardware
+   * threw. Stays after a repair; nothing if it never had trouble. Never waits for hardware.
+   */
+  std::optional<ko::log::Record> getLastTrouble() const;
+
+  /**
+   * Writes a line to the log on the sensor's behalf and keeps it as its last trouble, also when the
+   * log does not want it. For warnings and errors.
+   */
+  void logTrouble(ko::log::Level level, std::string_view category, std::string_view method,
+                  const std::string& message) const;
+  /** Keeps an error as the last trouble without a line in the log. */
+  void keepTrouble(std::string_view category, std::string_view method,
+                   const std::string& message) const;
+
   bool isEnabled() const { return enabled; }
   bool isDiagnosisSucess() const { return diagnosisSuccess; }
   bool isStarted() const { return started; }
 
  protected:
+  /** keepTrouble with what the exception says that is being handled. */
+  void xKeepCaught(std::string_view category, std::string_view method) const;
+
   std::string name;
   std::string familyName;
   Math::SensorFieldOfView2D fieldOfView;
@@ -72,6 +94,8 @@ class QV_API Sensor {
   void xToggleSubscription();
   void xStart();
   void xStop();
+  bool xCallHardware(bool (Sensor::*call)(), const char* method);
+  void xKeep(ko::log::Record record) const;
   void xSetStarted(bool value);
 
   std::set<std::string> subscribers;
@@ -80,6 +104,9 @@ class QV_API Sensor {
   std::atomic<bool> diagnosisSuccess{true};
   std::atomic<bool> started{false};
   mutable boost::mutex startedMutex;
+  mutable std::optional<ko::log::Record> lastTrouble;
+  mutable int troubleCount = 0;
+  mutable boost::mutex troubleMutex;
 };
 
 }  // namespace QV::sensor

@@ -10,14 +10,13 @@
 #include <boost/thread/lock_types.hpp>
 
 #include "platform/ko/log.h"
-#include "sensor/core/internal/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {
 
 constexpr char kManagerCategory[] = "Navigation.SensorManager";
 
-typedef std::vector<Math::MetricalData> Records;
+using Records = std::vector<Math::MetricalData>;
 
 template <typename Map>
 std::set<std::string> keysOf(const Map& map) {
@@ -258,6 +257,30 @@ Sensor* SensorManager::xFindSensor(const std::string& sensorName) const {
   return found == sensors.end() ? nullptr : found->second.get();
 }
 
+std::optional<ko::log::Record> SensorManager::getLastTrouble(const std::string& sensorName) const {
+  const Sensor* sensor = xFindSensor(sensorName);
+  if (sensor) {
+    if (auto trouble = sensor->getLastTrouble()) return trouble;
+  }
+  boost::lock_guard<boost::mutex> lock(troubleMutex);
+  const auto found = troubleOfMissing.find(sensorName);
+  if (found == troubleOfMissing.end()) return std::nullopt;
+  return found->second;
+}
+
+void SensorManager::logTrouble(const std::string& sensorName, std::string_view category,
+                               std::string_view method, const std::string& message) const {
+  using ko::log::Level;
+  const Sensor* sensor = xFindSensor(sensorName);
+  if (sensor) return sensor->logTrouble(Level::error, category, method, message);
+  {
+    boost::lock_guard<boost::mutex> lock(troubleMutex);
+    troubleOfMissing[sensorName] = {Level::error, std::string(category), std::string(method),
+                                    message, ko::Clock::now()};
+  }
+  ko::log::write(Level::error, category, method, message);
+}
+
 bool SensorManager::xIsAnySensorOn() const {
   return std::any_of(sensors.begin(), sensors.end(),
                      [](const auto& entry) { return entry.second && entry.second->isStarted(); });
@@ -299,11 +322,13 @@ void SensorManager::xGather(const std::string& name, const Sensor& sensor, Recor
     moveAppend(own, records);
     if (isAnyFailing) xChangesGathering(name, true);
   } catch (const std::exception& exception) {
+    const std::string message = "Unable to gather the data of " + name + ": " + exception.what();
     // One line when a sensor begins to fail, not one for each cycle that it goes on.
-    if (!xChangesGathering(name, false)) return;
-    const SensorScope scope(name);
-    ko::log::error(kManagerCategory, "xUpdateData")
-        << "Unable to gather the data of " << name << ": " << exception.what();
+    if (xChangesGathering(name, false)) {
+      sensor.logTrouble(ko::log::Level::error, kManagerCategory, "xUpdateData", message);
+    } else {
+      sensor.keepTrouble(kManagerCategory, "xUpdateData", message);
+    }
   }
 }
 

@@ -3,8 +3,10 @@
 #include <atomic>
 #include <initializer_list>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
+#include <string_view>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
@@ -104,6 +106,17 @@ class QV_API SensorManager {
   std::vector<Math::MetricalData> getMetricalData(const std::set<std::string>& names) const;
   std::vector<Math::MetricalData> getMetricalData(std::initializer_list<std::string> names) const;
 
+  /**
+   * Why a sensor fails: the last warning or error about it, its time and all; for one that could
+   * not be built, under its name in the robot's description. Stays after a repair; nothing for one
+   * that never had trouble, or that nobody knows. Never waits for hardware.
+   */
+  std::optional<ko::log::Record> getLastTrouble(const std::string& sensorName) const;
+
+  /** Logs an error about a sensor and keeps it as its last trouble, whether or not it was built. */
+  void logTrouble(const std::string& sensorName, std::string_view category, std::string_view method,
+                  const std::string& message) const;
+
   /** A parameter of the robot's kind for callers, without unit; 0 unless the derived manager sets
    * it. */
   float getKindParameter() const { return kindParameter; }
@@ -135,7 +148,7 @@ class QV_API SensorManager {
   float kindParameter = 0.0f;
 
  private:
-  typedef bool (SensorManager::*NameOperation)(const std::string&, const std::string&);
+  using NameOperation = bool (SensorManager::*)(const std::string&, const std::string&);
 
   bool xForEachName(const std::string& subscriber, const std::set<std::string>& names,
                     const char* method, const char* what, NameOperation onFamily,
@@ -160,6 +173,9 @@ class QV_API SensorManager {
   /** Spares the lock while none fails. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::mutex gatheringMutex;
+  /** Of sensors that were not built. */
+  mutable std::map<std::string, ko::log::Record> troubleOfMissing;
+  mutable boost::mutex troubleMutex;
 };
 
 }  // namespace QV::sensor

@@ -16,7 +16,7 @@
 namespace QV::sensor {
 namespace {
 
-typedef const std::string& Name;
+using Name = const std::string&;
 
 QVValue toValue(const std::set<std::string>& names) {
   return QVValue::Array(names.begin(), names.end());
@@ -155,7 +155,7 @@ void NavigationModule::xBindReadings() {
 }
 
 QVValue NavigationModule::xLastTrouble(const std::string& sensorName) const {
-  const auto line = trouble.get(sensorName);
+  const auto line = manager->getLastTrouble(sensorName);
   if (!line) return QVValue::Array();
   return QVValue::array(ko::log::getName(line->level), line->message, line->timestamp);
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -9,7 +10,6 @@
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_module.h"
 #include "sensor/core/sensor_manager.h"
-#include "sensor/hosting/last_trouble.h"
 
 namespace QV::sensor {
 
@@ -63,7 +63,21 @@ class QV_API NavigationModule : public QVModule {
   ~NavigationModule() override;
 
   SensorManager& getManager() { return *manager; }
-  const LastTrouble& getLastTrouble() const { return trouble; }
+
+  /** The manager's getLastTrouble, by name. */
+  class LastTrouble {
+   public:
+    std::optional<ko::log::Record> get(const std::string& sensorName) const {
+      return module.manager->getLastTrouble(sensorName);
+    }
+
+   private:
+    friend class NavigationModule;
+    explicit LastTrouble(const NavigationModule& module) : module(module) {}
+
+    const NavigationModule& module;
+  };
+  LastTrouble getLastTrouble() const { return LastTrouble(*this); }
 
  private:
   NavigationModule();
@@ -77,8 +91,6 @@ class QV_API NavigationModule : public QVModule {
   void xBindReadings();
   QVValue xLastTrouble(const std::string& sensorName) const;
 
-  // Older than the manager: it hears of sensors that can't be built.
-  LastTrouble trouble;
   boost::shared_ptr<SensorManager> manager;
   std::vector<boost::shared_ptr<TouchSensor>> touchSensors;
   std::vector<boost::shared_ptr<PeoplePerceptionSensor>> peopleSensors;

@@ -11,7 +11,7 @@
 namespace QV::sensor {
 namespace {
 
-typedef std::vector<Math::Position3D> Points;
+using Points = std::vector<Math::Position3D>;
 
 constexpr std::size_t kPointBytes = 3 * sizeof(float);
 static_assert(sizeof(Math::Position3D) == kPointBytes &&

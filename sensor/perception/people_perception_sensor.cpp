@@ -8,13 +8,12 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/contracts/navigation_contract.h"
-#include "sensor/core/internal/sensor_scope.h"
 #include "sensor/perception/internal/people_event.h"
 
 namespace QV::sensor {
 namespace {
 
-typedef boost::lock_guard<boost::mutex> Lock;
+using Lock = boost::lock_guard<boost::mutex>;
 
 constexpr char kPeopleCategory[] = "QVNavigation.PeoplePerceptionSensor";
 constexpr char kOnUpdate[] = "onUpdatePeopleList";
@@ -54,8 +53,8 @@ bool PeoplePerceptionSensor::xSubscribeToHardware() {
                                        NavigationContract::kOnPeopleDetected);
     return true;
   } catch (const std::exception& exception) {
-    ko::log::error(kPeopleCategory, "xSubscribeToHardware")
-        << "Unable to subscribe to " << fEventName << ": " << exception.what();
+    xLogError("xSubscribeToHardware",
+              std::string("Unable to subscribe to ") + fEventName + ": " + exception.what());
     return false;
   }
 }
@@ -65,20 +64,23 @@ bool PeoplePerceptionSensor::xUnsubscribeFromHardware() {
     memoryProxy->unsubscribeToMicroEvent(fEventName, NavigationContract::kModule);
     return true;
   } catch (const std::exception& exception) {
-    ko::log::error(kPeopleCategory, "xUnsubscribeFromHardware")
-        << "Unable to unsubscribe from " << fEventName << ": " << exception.what();
+    xLogError("xUnsubscribeFromHardware",
+              std::string("Unable to unsubscribe from ") + fEventName + ": " + exception.what());
     return false;
   }
 }
 
+void PeoplePerceptionSensor::xLogError(const char* method, const std::string& message) const {
+  logTrouble(ko::log::Level::error, kPeopleCategory, method, message);
+}
+
 void PeoplePerceptionSensor::onUpdatePeopleList(const std::string&, QVValue value,
                                                 const std::string&) {
-  const SensorScope scope(name);
   PeopleEvent event;
   try {
     event = extractPeopleEvent(value, name);
   } catch (const std::exception& exception) {
-    ko::log::error(kPeopleCategory, kOnUpdate) << exception.what();
+    xLogError(kOnUpdate, exception.what());
     return;
   }
   Math::MetricalData record;
@@ -86,7 +88,7 @@ void PeoplePerceptionSensor::onUpdatePeopleList(const std::string&, QVValue valu
   try {
     record.sensorTransform = xCameraTransform(event.camera, event.timestamp);
   } catch (const std::exception& exception) {
-    ko::log::error(kPeopleCategory, kOnUpdate) << "Unable to get transform: " << exception.what();
+    xLogError(kOnUpdate, std::string("Unable to get transform: ") + exception.what());
     return;
   }
   record.fieldOfView = fieldOfView;

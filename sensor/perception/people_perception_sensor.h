@@ -56,6 +56,7 @@ class QV_API PeoplePerceptionSensor : public RealSensor {
     std::uint64_t generation = 0;
   };
 
+  void xLogError(const char* method, const std::string& message) const;
   Math::Transform xCameraTransform(int camera, ko::Clock::time_point time) const;
   void xStore(Math::MetricalData record);
   static void xPruneOldData(Latest& latest, std::uint64_t generation);

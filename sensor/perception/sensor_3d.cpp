@@ -1,18 +1,21 @@
 #include "sensor/perception/sensor_3d.h"
 
+#include <cmath>
+#include <cstdint>
 #include <utility>
 
 #include <boost/thread/lock_guard.hpp>
 
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/motion_contract.h"
+#include "platform/middleware/qv_error.h"
 #include "platform/vision/video_codes.h"
-#include "sensor/core/internal/sensor_scope.h"
+#include "sensor/perception/internal/depth_filter.h"
 
 namespace QV::sensor {
 namespace {
 
-typedef boost::lock_guard<boost::mutex> Lock;
+using Lock = boost::lock_guard<boost::mutex>;
 
 constexpr char kDepthCategory[] = "Navigation.Sensor3D";
 constexpr char kClientName[] = "Sensor3D";
@@ -24,6 +27,31 @@ ko::Clock::time_point acquisitionTime(const QVImage& image) {
   return ko::Clock::time_point(ko::Duration(image.getTimestamp() * 1000) - kStampDelay);
 }
 
+// Once in the life of the process; a camera that fails to tell is asked again.
+const DepthFilter::Extents& extentsOf(const QVVideoDeviceProxy& camera) {
+  static const DepthFilter::Extents extents{
+      2.0f * std::tan(camera.getHorizontalFOV(kDepthCamera) * 0.5f),
+      2.0f * std::tan(camera.getVerticalFOV(kDepthCamera) * 0.5f)};
+  return extents;
+}
+
+cv::Mat qVImageToCvMat(QVImage& image) {
+  const int colorSpace = image.getColorSpace();
+  const auto refuse = [](const char* what, int value) {
+    throw QVError("QVVision", "qVImageToCvMat",
+                  std::string(what) + " \"" + std::to_string(value) + "\" not supported");
+  };
+  const int layers = getNumLayersInColorSpace(colorSpace);
+  const int channels = getNumChannelsInColorSpace(colorSpace);
+  if (layers < 0 || channels < 0) refuse("Color space", colorSpace);
+  const int bytes = layers / channels;
+  if (bytes != 1 && bytes != 2 && bytes != 4) refuse("Depth", bytes);
+  const int depth = bytes == 1 ? CV_8U : bytes == 2 ? CV_16U : CV_32F;
+  // OpenCV has no header over pixels that must not change; nobody changes them here.
+  return cv::Mat(image.getHeight(), image.getWidth(), CV_MAKETYPE(depth, channels),
+                 const_cast<std::uint8_t*>(image.getPixels()));
+}
+
 }  // namespace
 
 Sensor3D::Sensor3D(const std::string& name, const std::string& familyName,
@@ -32,7 +60,8 @@ Sensor3D::Sensor3D(const std::string& name, const std::string& familyName,
       videoDeviceProxy(broker),
       motionProxy(broker),
       resolution(xGetCameraResolution()),
-      filteringBlobSize(xInitFilteringBlobSize()) {
+      filteringBlobSize(xInitFilteringBlobSize()),
+      depthFilter(std::make_unique<DepthFilter>()) {
   updateTask.setName(kClientName);
   updateTask.setCallback([this] { xUpdateScan(); });
   updateTask.setUsPeriod(periodMs * 1000);
@@ -60,6 +89,10 @@ int Sensor3D::xInitFilteringBlobSize() {
   return static_cast<int>(static_cast<float>(height) * hundredth);
 }
 
+void Sensor3D::xLogError(const char* method, const char* what, const char* reason) const {
+  logTrouble(ko::log::Level::error, kDepthCategory, method, std::string(what) + reason);
+}
+
 bool Sensor3D::xSubscribeToHardware() {
   Lock lock(hardwareMutex);
   try {
@@ -67,8 +100,7 @@ bool Sensor3D::xSubscribeToHardware() {
         videoDeviceProxy.subscribeCamera(std::string(kClientName) + "Depth", kDepthCamera,
                                          resolution, kDepthColorSpace, 1000 / periodMs + 1);
   } catch (const std::exception& exception) {
-    ko::log::error(kDepthCategory, "xSubscribeToHardware")
-        << "Could not subscribe to QVVideoDevice: " << exception.what();
+    xLogError("xSubscribeToHardware", "Could not subscribe to QVVideoDevice: ", exception.what());
     cameraHandle.clear();
     return false;
   }
@@ -79,14 +111,14 @@ bool Sensor3D::xSubscribeToHardware() {
 bool Sensor3D::xUnsubscribeFromHardware() {
   Lock lock(hardwareMutex);
   updateTask.stop();
-  spares.trim(0);
+  depthFilter->forgetSpares();
   if (cameraHandle.empty()) return true;
   try {
     videoDeviceProxy.unsubscribe(cameraHandle);
     return true;
   } catch (const std::exception& exception) {
-    ko::log::error(kDepthCategory, "xUnsubscribeFromHardware")
-        << "Could not unsubscribe from QVVideoDevice: " << exception.what();
+    xLogError("xUnsubscribeFromHardware",
+              "Could not unsubscribe from QVVideoDevice: ", exception.what());
     return false;
   }
 }
@@ -97,9 +129,8 @@ std::vector<Math::MetricalData> Sensor3D::xGetData() const {
 }
 
 void Sensor3D::xUpdateScan() {
-  const SensorScope scope(name);
-  const auto failed = [](const char* what, const char* text) {
-    ko::log::error(kDepthCategory, "xUpdateScan") << what << text;
+  const auto failed = [this](const char* what, const char* text) {
+    xLogError("xUpdateScan", what, text);
   };
   std::unique_ptr<QVImage> image;
   try {
@@ -126,12 +157,37 @@ Math::Transform Sensor3D::xGetTransformAtTime(ko::Clock::time_point time) const 
       MotionContract::kGetSensorTransformAtTime, name, time));
 }
 
+bool Sensor3D::xFilterScan(QVImage& image, std::vector<Points>& scans) {
+  try {
+    const cv::Mat depth = qVImageToCvMat(image);
+    depthFilter->filter(depth, extentsOf(videoDeviceProxy), filteringBlobSize, scans);
+    xKeepPixelBeyond();
+    return true;
+  } catch (const std::exception&) {
+    xKeepCaught(kDepthCategory, "xFilterScan");
+    return false;
+  }
+}
+
+void Sensor3D::xComputeXYZCoordinates(const cv::Mat& depth, const cv::Mat_<int>& labels,
+                                      std::vector<Points>& scans) {
+  depthFilter->project(depth, labels, extentsOf(videoDeviceProxy), filteringBlobSize, scans);
+  xKeepPixelBeyond();
+}
+
+// The filter has written a line for each such pixel.
+void Sensor3D::xKeepPixelBeyond() const {
+  const auto pixel = depthFilter->getPixelBeyond();
+  if (!pixel) return;
+  keepTrouble(kDepthCategory, "xComputeXYZCoordinates",
+              "Sensor3D filtering value x : " + std::to_string(*pixel));
+}
+
 void Sensor3D::xTryReleaseImage() {
   try {
     videoDeviceProxy.releaseImage(cameraHandle);
   } catch (const std::exception& exception) {
-    ko::log::error(kDepthCategory, "xTryReleaseImage")
-        << "Error while releasing 3D image: " << exception.what();
+    xLogError("xTryReleaseImage", "Error while releasing 3D image: ", exception.what());
   }
 }
 
@@ -146,7 +202,7 @@ void Sensor3D::xPublish(std::vector<Points>& scans, const Math::Transform& senso
     Lock lock(dataMutex);
     data.swap(records);
   }
-  for (Math::MetricalData& record : replaced) spares.give(std::move(record.points));
+  for (Math::MetricalData& record : replaced) depthFilter->give(std::move(record.points));
 }
 
 }  // namespace QV::sensor

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -9,16 +10,16 @@
 
 #include "platform/api.h"
 #include "platform/ko/periodic_task.h"
+#include "platform/math/position.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_motion_proxy.h"
 #include "platform/middleware/qv_video_device_proxy.h"
-#include "platform/vision/internal/component_labeler.h"
 #include "platform/vision/qv_image.h"
 #include "sensor/core/sensor.h"
-#include "sensor/perception/internal/depth_projection.h"
-#include "sensor/perception/internal/spare_points.h"
 
 namespace QV::sensor {
+
+class DepthFilter;
 
 /**
  * The depth camera. While it is subscribed it takes an image every 100 ms, cuts it into connected
@@ -40,7 +41,7 @@ class QV_API Sensor3D : public Sensor {
   ~Sensor3D() override;
 
  protected:
-  typedef SparePoints::Points Points;
+  using Points = std::vector<Math::Position3D>;
 
   std::vector<Math::MetricalData> xGetData() const override;
   bool xSubscribeToHardware() override;
@@ -69,10 +70,8 @@ class QV_API Sensor3D : public Sensor {
 
  private:
   Math::Transform xGetTransformAtTime(ko::Clock::time_point time) const;
-  void xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& runs,
-                    std::vector<Points>& scans);
-  void xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs);
-  void xMakeRoom(std::vector<Points>& scans);
+  void xKeepPixelBeyond() const;
+  void xLogError(const char* method, const char* what, const char* reason) const;
 
   QVVideoDeviceProxy videoDeviceProxy;
   QVMotionProxy motionProxy;
@@ -83,18 +82,11 @@ class QV_API Sensor3D : public Sensor {
   int periodMs = 100;
   std::string cameraHandle;
 
-  // The working memory of a cycle: kept, so that images of one size cost no allocation.
-  vision::ComponentLabeler labeler;
-  vision::ComponentRuns labelRuns;
-  DepthProjection projection;
-  // Of each label; null for a component that is too small.
-  std::vector<int> pointCounts;
-  std::vector<Math::Position3D*> nextPoints;
-  std::vector<int> labelOrder;
+  // Kept with their working memory, so that images of one size cost no allocation.
+  std::unique_ptr<DepthFilter> depthFilter;
   std::vector<Points> scans;
   // What the last records replaced, without its points.
   std::vector<Math::MetricalData> replaced;
-  SparePoints spares;
 
   ko::PeriodicTask updateTask;
   boost::mutex hardwareMutex;

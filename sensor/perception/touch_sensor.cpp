@@ -5,12 +5,11 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/contracts/navigation_contract.h"
-#include "sensor/core/internal/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {
 
-typedef boost::lock_guard<boost::mutex> Lock;
+using Lock = boost::lock_guard<boost::mutex>;
 
 constexpr char kTouchCategory[] = "Navigation.TouchSensor";
 // Metres along the x axis of the group's frame: inside the body, where the contact presses.
@@ -27,8 +26,8 @@ TouchSensor::TouchSensor(const std::string& name, const std::string& familyName,
     memoryProxy->subscribeToEvent(eventName, NavigationContract::kModule,
                                   NavigationContract::kOnTouchChanged);
   } catch (const std::exception& exception) {
-    ko::log::error(kTouchCategory, "TouchSensor")
-        << "Error while subscribing to " << eventName << ": " << exception.what();
+    logTrouble(ko::log::Level::error, kTouchCategory, "TouchSensor",
+               "Error while subscribing to " + eventName + ": " + exception.what());
     throw;
   }
   enabledTouchTypes = {Touch::BUMPER, Touch::TACTILE, Touch::JOINT};
@@ -37,10 +36,9 @@ TouchSensor::TouchSensor(const std::string& name, const std::string& familyName,
 TouchSensor::~TouchSensor() = default;
 
 void TouchSensor::onTouchChanged(const std::string&, QVValue value, const std::string&) {
-  const SensorScope scope(name);
   std::vector<Touch::TouchGroupEvent> groups;
   if (!Touch::extractTouchEventInfo(value, groups)) {
-    ko::log::error(kTouchCategory, "onTouchChanged") << "Invalid touch extraction";
+    logTrouble(ko::log::Level::error, kTouchCategory, "onTouchChanged", "Invalid touch extraction");
     return;
   }
   Lock lock(touchedMutex);
@@ -92,6 +90,7 @@ std::vector<Math::MetricalData> TouchSensor::xGetData() const {
       record.sensorTransform =
           Math::Transform(motionProxy.getTransform(group, MotionContract::kGroundFrame, true));
     } catch (...) {
+      xKeepCaught(kTouchCategory, "xGetData");
       continue;
     }
     record.points = {Math::Position3D(kPointDepth, 0.0f, 0.0f)};

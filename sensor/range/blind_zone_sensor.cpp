@@ -30,8 +30,7 @@ BlindZoneSensor::BlindZoneSensor(const std::string& name, const std::string& fam
   try {
     memoryProxy->declareEvent(eventName);
   } catch (...) {
-    ko::log::error(kBlindZoneCategory, "BlindZoneSensor")
-        << "Unable to declare event " << eventName;
+    xLogError("BlindZoneSensor", "Unable to declare event " + eventName);
   }
 }
 
@@ -46,20 +45,24 @@ std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
     record.sensorTransform =
         Math::Transform(motionProxy.getTransform(name, MotionContract::kGroundFrame, true));
   } catch (const std::exception& exception) {
-    ko::log::error(kBlindZoneCategory, "xGetData")
-        << "Unable to retrieve transform: " << exception.what();
+    xLogError("xGetData", std::string("Unable to retrieve transform: ") + exception.what());
     return {};
   }
   bool detected = false;
   try {
     detected = memoryProxy->getData(memoryKeys.at(0)).toFloat() > kDetectedAbove;
   } catch (...) {
+    xKeepCaught(kBlindZoneCategory, "xGetData");
     return {};
   }
   if (lastDetection != detected) xAnnounce(detected, record.sensorTransform);
   const float range = detected ? fieldOfView.minRange : fieldOfView.maxRange;
   record.points = {Math::Position3D(range, 0.0f, 0.0f)};
   return result;
+}
+
+void BlindZoneSensor::xLogError(const char* method, const std::string& message) const {
+  logTrouble(ko::log::Level::error, kBlindZoneCategory, method, message);
 }
 
 bool BlindZoneSensor::xIsRobotMoving() const {
@@ -75,8 +78,7 @@ void BlindZoneSensor::xAnnounce(bool detected, const Math::Transform& sensorTran
     memoryProxy->raiseEvent(eventName,
                             QVValue::array(name, QVValue::array(far.x, far.y, far.z), detected));
   } catch (const std::exception& exception) {
-    ko::log::error(kBlindZoneCategory, "xGetData")
-        << "Unable to raise " << eventName << ": " << exception.what();
+    xLogError("xGetData", "Unable to raise " + eventName + ": " + exception.what());
   }
 }
 

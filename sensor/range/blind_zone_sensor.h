@@ -30,6 +30,7 @@ class QV_API BlindZoneSensor : public RealSensor {
   bool xUnsubscribeFromHardware() override { return true; }
 
  private:
+  void xLogError(const char* method, const std::string& message) const;
   bool xIsRobotMoving() const;
   void xAnnounce(bool detected, const Math::Transform& sensorTransform) const;
 

@@ -1,7 +1,6 @@
 #include "sensor/range/hole_laser_sensor.h"
 
 #include <cmath>
-#include <optional>
 
 #include "platform/ko/log.h"
 #include "platform/math/internal/truncated.h"
@@ -10,16 +9,6 @@ namespace QV::sensor {
 namespace {
 
 constexpr char kHoleLaserCategory[] = "Navigation.HoleLaserSensor";
-
-std::optional<float> readStatus(const QVMemoryProxy& memory, const std::string& key) {
-  try {
-    return memory.getData(key).toFloat();
-  } catch (const std::exception& exception) {
-    ko::log::error(kHoleLaserCategory, "xGetData") << "unable to retrieve data: " << key << "\n"
-                                                   << exception.what();
-    return std::nullopt;
-  }
-}
 
 // An error that is no number is an error.
 bool isError(float status) {
@@ -49,14 +38,25 @@ HoleLaserSensor::HoleLaserSensor(const std::string& name, const std::string& fam
 
 HoleLaserSensor::~HoleLaserSensor() = default;
 
+std::optional<float> HoleLaserSensor::xReadStatus(const std::string& key) const {
+  try {
+    return memoryProxy->getData(key).toFloat();
+  } catch (const std::exception& exception) {
+    logTrouble(ko::log::Level::error, kHoleLaserCategory, "xGetData",
+               "unable to retrieve data: " + key + "\n" + exception.what());
+    return std::nullopt;
+  }
+}
+
 std::vector<Math::MetricalData> HoleLaserSensor::xGetData() const {
-  const auto error = readStatus(*memoryProxy, holeErrorKey);
+  const auto error = xReadStatus(holeErrorKey);
   if (!error) return {};
-  const auto hole = readStatus(*memoryProxy, holeStatusKey);
+  const auto hole = xReadStatus(holeStatusKey);
   if (!hole) return {};
   auto records = LaserSensor::xGetData();
   if (records.empty()) {
-    ko::log::error(kHoleLaserCategory, "xGetData") << "Invalid hole data for " << name;
+    logTrouble(ko::log::Level::error, kHoleLaserCategory, "xGetData",
+               "Invalid hole data for " + name);
     return {};
   }
   const int status = isError(*error) ? 0 : Math::truncated(*hole);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -28,6 +29,8 @@ class QV_API HoleLaserSensor : public LaserSensor {
   std::vector<Math::MetricalData> xGetData() const override;
 
  private:
+  std::optional<float> xReadStatus(const std::string& key) const;
+
   std::string holeErrorKey;
   std::string holeStatusKey;
 };

@@ -45,9 +45,7 @@ std::vector<Math::MetricalData> LaserSensor::xGetData() const {
   try {
     *lastTimestamp = Math::truncated(memoryProxy->getData(timestampKey).toFloat());
   } catch (const std::exception& exception) {
-    ko::log::error(kLaserCategory, "xGetData")
-        << "unable to retrieve data: " << timestampKey << "\n"
-        << exception.what();
+    xLogError("xGetData", "unable to retrieve data: " + timestampKey + "\n" + exception.what());
     return {};
   }
   record.timestamp = ko::Clock::fromInt32ms(*lastTimestamp, ko::Clock::now(), 0) - kScanDelay;
@@ -55,14 +53,14 @@ std::vector<Math::MetricalData> LaserSensor::xGetData() const {
     record.sensorTransform =
         Math::transformFromPose2D(Math::pose2DFromTransform(xGetTransformAtTime(record.timestamp)));
   } catch (const std::exception& exception) {
-    ko::log::error(kLaserCategory, "xGetData") << "Unable to get transform for " << name << ": \n"
-                                               << exception.what();
+    xLogError("xGetData", "Unable to get transform for " + name + ": \n" + exception.what());
     return {};
   }
   record.fieldOfView = fieldOfView;
   try {
     record.points = xReadPoints();
   } catch (...) {
+    xKeepCaught(kLaserCategory, "xGetData");
     return {};
   }
   return result;
@@ -79,12 +77,16 @@ std::vector<Math::Position3D> LaserSensor::xReadPoints() const {
   return points;
 }
 
+void LaserSensor::xLogError(const char* method, const std::string& message) const {
+  logTrouble(ko::log::Level::error, kLaserCategory, method, message);
+}
+
 bool LaserSensor::xSetKey(bool activate) {
   std::uint8_t mode = 0;
   try {
     mode = xReadOperationMode();
   } catch (...) {
-    ko::log::error(kLaserCategory, "xSetKey") << "Unable to get operation mode for " << name;
+    xLogError("xSetKey", "Unable to get operation mode for " + name);
     return false;
   }
   ko::log::verbose(kLaserCategory, "xSetKey")
@@ -96,7 +98,7 @@ bool LaserSensor::xSetKey(bool activate) {
   try {
     xSendOperationMode(newMode);
   } catch (...) {
-    ko::log::error(kLaserCategory, "xSetKey") << "Unable to set operation mode for " << name;
+    xLogError("xSetKey", "Unable to set operation mode for " + name);
     return false;
   }
   return xAwaitOperationMode(newMode);
@@ -125,10 +127,10 @@ bool LaserSensor::xAwaitOperationMode(std::uint8_t mode) {
       if (current == mode && poll < kMostPolls) return true;
     }
   } catch (...) {
-    ko::log::error(kLaserCategory, "xSetKey") << "Unable to get operation mode for " << name;
+    xLogError("xSetKey", "Unable to get operation mode for " + name);
     return false;
   }
-  ko::log::error(kLaserCategory, "xSetKey") << "Timeout while setting operation Mode for " << name;
+  xLogError("xSetKey", "Timeout while setting operation Mode for " + name);
   return false;
 }
 

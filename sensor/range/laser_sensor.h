@@ -38,6 +38,7 @@ class QV_API LaserSensor : public RealSensor {
   bool xUnsubscribeFromHardware() override { return xSetKey(false); }
 
  private:
+  void xLogError(const char* method, const std::string& message) const;
   bool xSetKey(bool activate);
   std::uint8_t xReadOperationMode() const;
   void xSendOperationMode(std::uint8_t mode);

@@ -40,13 +40,14 @@ std::vector<Math::MetricalData> SonarSensor::xGetData() const {
   try {
     range = memoryProxy->getData(memoryKeys[0]).toFloat();
   } catch (...) {
+    xKeepCaught(kSonarCategory, "xGetData");
     return {};
   }
   Math::Transform transform;
   try {
     transform = xGetTransformAtTime(record.timestamp - kMeasurementDelay);
   } catch (const std::exception& exception) {
-    ko::log::error(kSonarCategory, "xGetData") << exception.what();
+    logTrouble(ko::log::Level::error, kSonarCategory, "xGetData", exception.what());
     return {};
   }
   if (fieldOfView.minRange >= range) range = kTooNear;
@@ -84,8 +85,8 @@ bool SonarSensor::xCallModule(const char* method, const char* caller) {
     broker->getProxy(SonarContract::kModule, 0)->callVoid(method, name);
     return true;
   } catch (const std::exception& exception) {
-    ko::log::warning(kSonarCategory, caller) << "Unable to reach QVSonar module: \n"
-                                             << exception.what();
+    logTrouble(ko::log::Level::warning, kSonarCategory, caller,
+               std::string("Unable to reach QVSonar module: \n") + exception.what());
     return false;
   }
 }

@@ -1,6 +1,8 @@
 #include "sensor/real/real_sensor.h"
 
 #include <algorithm>
+#include <locale>
+#include <sstream>
 
 #include <boost/chrono/io/duration_io.hpp>
 #include <boost/make_shared.hpp>
@@ -20,6 +22,13 @@ constexpr float kMostArcPoints = 100'000.0f;
 ko::Duration inNanoseconds(const boost::chrono::milliseconds& limit) {
   const auto most = boost::chrono::duration_cast<boost::chrono::milliseconds>(ko::Duration::max());
   return std::clamp(limit, -most, most);
+}
+
+std::string inMilliseconds(ko::Duration duration) {
+  std::ostringstream text;
+  text.imbue(std::locale::classic());
+  text << boost::chrono::duration_cast<boost::chrono::milliseconds>(duration);
+  return text.str();
 }
 
 std::vector<Math::Position3D> arcOfPoints(float angularRange, float distance, float angularStep) {
@@ -81,15 +90,14 @@ void RealSensor::xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalDat
   for (Math::MetricalData& record : data) {
     const ko::Duration age = Math::age(record, now);
     if (age <= limit) continue;
-    ko::log::warning(kRealSensorCategory, kGuard)
-        << "Data from " << record.sensorName << " are "
-        << boost::chrono::duration_cast<boost::chrono::milliseconds>(age) << " old.";
+    logTrouble(ko::log::Level::warning, kRealSensorCategory, kGuard,
+               "Data from " + record.sensorName + " are " + inMilliseconds(age) + " old.");
     record.points.clear();
     try {
       record.sensorTransform = Math::Transform(
           motion.getTransform(record.sensorName, MotionContract::kGroundFrame, true));
     } catch (const std::exception& exception) {
-      ko::log::warning(kRealSensorCategory, kGuard) << exception.what();
+      logTrouble(ko::log::Level::warning, kRealSensorCategory, kGuard, exception.what());
       continue;
     }
     record.points = arcOfPoints(record.fieldOfView.angularRange, distance, angularStep);

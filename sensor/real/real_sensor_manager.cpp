@@ -14,7 +14,6 @@
 #include "platform/model/model_utils.h"
 #include "platform/model/robot.h"
 #include "platform/model/sensor_properties.h"
-#include "sensor/core/internal/sensor_scope.h"
 
 namespace QV::sensor {
 namespace {
@@ -68,11 +67,9 @@ void RealSensorManager::xInitSensors() {
 }
 
 void RealSensorManager::xCreate(const SensorOrder& order) {
-  const SensorScope scope(order.config.name);
   const auto failed = [this, &order](const std::string& reason) {
-    ko::log::error(kRealManagerCategory, "xInitSensors")
-        << factory.getFailure(order.config) << ": \n"
-        << reason;
+    logTrouble(order.config.name, kRealManagerCategory, "xInitSensors",
+               factory.getFailure(order.config) + ": \n" + reason);
   };
   try {
     for (const auto& sensor : factory.create(order)) {

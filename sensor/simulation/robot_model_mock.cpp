@@ -12,7 +12,7 @@ namespace {
 constexpr char kMockCategory[] = "RobotModelMock";
 constexpr float kPi = std::numbers::pi_v<float>;
 
-typedef std::vector<boost::shared_ptr<SimulatedSensor>> SimulatedSensors;
+using SimulatedSensors = std::vector<boost::shared_ptr<SimulatedSensor>>;
 
 Math::SensorFieldOfView2D fieldOfView(float minRange, float maxRange, float angularRange,
                                       int rayCount) {

@@ -4,12 +4,11 @@
 #include <cstddef>
 
 #include "platform/navigation/occ_map_simulate_scan.h"
+#include "sensor/simulation/internal/shared_pose_pair.h"
 
 namespace QV::sensor {
 namespace {
 
-// Cells above this occupancy stop a ray: occupied ones and, at 0.5, unknown ones.
-constexpr float kOccupiedAbove = 0.4f;
 constexpr float kPointHeight = 0.5f;
 
 }  // namespace
@@ -17,14 +16,19 @@ constexpr float kPointHeight = 0.5f;
 SimulatedSensor::SimulatedSensor(const std::string& name, const std::string& familyName,
                                  const Math::SensorFieldOfView2D& fieldOfView,
                                  const Math::Pose2D& sensorPose, bool useAllRays)
-    : Sensor(name, familyName, fieldOfView), sensorPose(sensorPose), useAllRays(useAllRays) {}
+    : Sensor(name, familyName, fieldOfView),
+      poses(std::make_unique<SharedPosePair>()),
+      sensorPose(sensorPose),
+      useAllRays(useAllRays) {}
+
+SimulatedSensor::~SimulatedSensor() = default;
 
 void SimulatedSensor::setOccMap(QV::OccupancyMap* map) {
   occMap = map;
 }
 
 void SimulatedSensor::setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose) {
-  poses.store({scanPose, referencePose});
+  poses->store({scanPose, referencePose});
 }
 
 std::vector<Math::MetricalData> SimulatedSensor::xGetData() const {
@@ -35,13 +39,13 @@ std::vector<Math::MetricalData> SimulatedSensor::xGetData() const {
   record.familyName = familyName;
   record.fieldOfView = fieldOfView;
 
-  const PosePair current = poses.load();
+  const PosePair current = poses->load();
   record.sensorTransform = Math::transformFromPose2D(current.referencePose * sensorPose);
 
   // Kept between reads, so that a scan allocates nothing for its rays.
   static thread_local std::vector<RangeReading> readings;
   if (const OccupancyMap* map = occMap) {
-    occMapSimulateScan(*map, fieldOfView, current.scanPose, readings, kOccupiedAbove);
+    occMapSimulateScan(*map, fieldOfView, current.scanPose, readings, OccupancyMap::kSolidAbove);
   } else {
     readings.clear();
   }

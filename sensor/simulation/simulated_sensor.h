@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
 #include <string>
 #include <vector>
 
@@ -10,9 +11,11 @@
 #include "platform/navigation/occupancy_map.h"
 #include "platform/navigation/range_reading.h"
 #include "sensor/core/sensor.h"
-#include "sensor/simulation/internal/shared_pose_pair.h"
 
 namespace QV::sensor {
+
+struct PosePair;
+class SharedPosePair;
 
 /**
  * A sensor that casts rays into an occupancy map. It reports either its nearest echo, as one point
@@ -25,6 +28,7 @@ class QV_API SimulatedSensor : public Sensor {
   SimulatedSensor(const std::string& name, const std::string& familyName,
                   const Math::SensorFieldOfView2D& fieldOfView, const Math::Pose2D& sensorPose,
                   bool useAllRays = false);
+  ~SimulatedSensor() override;
 
   /** The map must outlive its use here. */
   void setOccMap(QV::OccupancyMap* map);
@@ -50,7 +54,7 @@ class QV_API SimulatedSensor : public Sensor {
   void xAddAllRays(const std::vector<RangeReading>& readings, const PosePair& poses,
                    std::vector<Math::Position3D>& points) const;
 
-  SharedPosePair poses;
+  const std::unique_ptr<SharedPosePair> poses;
   Math::Pose2D sensorPose;
   std::atomic<QV::OccupancyMap*> occMap{nullptr};
   bool useAllRays;

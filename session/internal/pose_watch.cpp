@@ -8,7 +8,7 @@ namespace QV::session {
 namespace {
 
 // As for the rays of simulated sensors.
-constexpr float kOccupiedAbove = 0.4f;
+constexpr float kOccupiedAbove = OccupancyMap::kSolidAbove;
 
 }  // namespace
 

@@ -8,7 +8,7 @@ namespace QV::session {
 namespace {
 
 // As for the rays of simulated sensors and the walls of a virtual robot's world.
-constexpr float kBlockedAbove = 0.4f;
+constexpr float kBlockedAbove = OccupancyMap::kSolidAbove;
 
 }  // namespace
 

@@ -9,7 +9,7 @@ constexpr float kTurnSpeed = 0.7f;
 constexpr float kLength = 0.8f;
 constexpr float kHalfWidth = 0.36f;
 constexpr float kSpacing = 0.06f;
-constexpr float kStandsAbove = 0.4f;
+constexpr float kStandsAbove = OccupancyMap::kSolidAbove;
 // Once begun, a turn goes on: two walls would make it dither.
 constexpr int kShortestTurn = 8;
 

@@ -16,7 +16,7 @@ struct Finding {
   std::string why;
 };
 
-typedef std::map<std::string, Finding> Findings;
+using Findings = std::map<std::string, Finding>;
 
 void expectFindings(std::vector<std::string> arguments, const Findings& expected) {
   arguments.insert(arguments.begin(), {"check", "--format", "json"});

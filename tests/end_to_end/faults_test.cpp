@@ -56,10 +56,10 @@ struct Reading {
   }
 };
 
-typedef std::vector<Reading> Readings;
+using Readings = std::vector<Reading>;
 
 /** What each sensor of the manager, and each bumper, read over the cycles of a run. */
-typedef std::map<std::string, Readings> Outcome;
+using Outcome = std::map<std::string, Readings>;
 
 boost::shared_ptr<OccupancyMap> bareRoom() {
   return boost::make_shared<OccupancyMap>(test::makeWalledMap(60, 60, 0.1f));
@@ -108,7 +108,7 @@ Outcome runWithFaultsOf(const std::string& faulty, bool withDepth) {
 }
 
 // What a reader sees of a failing sensor in cycle `i`, beside what it would see of a healthy one.
-typedef bool (*Check)(const Readings& failing, const Readings& healthy, std::size_t i);
+using Check = bool (*)(const Readings& failing, const Readings& healthy, std::size_t i);
 
 bool isGone(const Readings& failing, const Readings&, std::size_t i) {
   return failing[i].points == 0;

@@ -18,7 +18,7 @@ namespace {
 
 using test::MeddlingBroker;
 
-typedef std::set<std::string> Names;
+using Names = std::set<std::string>;
 
 const Names kAllSensors{"BackSonar",  "BlindZone",   "DepthCamera", "FrontLaser",
                         "FrontSonar", "HoleLaser",   "LeftLaser",   "PeoplePerception",

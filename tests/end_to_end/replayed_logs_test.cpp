@@ -12,7 +12,7 @@ namespace {
 
 constexpr float kPi = 3.14159265f;
 
-typedef std::vector<std::string> Words;
+using Words = std::vector<std::string>;
 
 /** The words of the lines that start with `start`. */
 std::vector<Words> linesOf(const std::string& path, const std::string& start) {

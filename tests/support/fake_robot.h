@@ -65,7 +65,7 @@ class TracingBroker : public QVBroker {
   }
 
  private:
-  typedef std::function<std::optional<QVValue>()> Plan;
+  using Plan = std::function<std::optional<QVValue>()>;
 
   void put(const std::string& method, Plan plan) {
     std::lock_guard<std::mutex> lock(mutex);

@@ -21,7 +21,7 @@ namespace QV::test {
 class MeddlingBroker : public QVBroker {
  public:
   /** Says whether the call fails; may take its time. */
-  typedef std::function<bool(const std::string& call)> Meddling;
+  using Meddling = std::function<bool(const std::string& call)>;
 
   explicit MeddlingBroker(boost::shared_ptr<QVBroker> robot) : robot(std::move(robot)) {}
 

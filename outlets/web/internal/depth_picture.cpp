@@ -4,12 +4,13 @@
 
 #include <opencv2/imgcodecs.hpp>
 
+#include "platform/vision/video_codes.h"
+
 namespace QV::outlets {
 namespace {
 
 // As the depth camera's sensor has them: millimetres, and the share of the image.
 constexpr int kMaxDifference = 100;
-constexpr int kMaxDepth = 15000;
 constexpr int kSmallestShare = 100;
 // Blue, green, red.
 const cv::Vec3b kTints[] = {{178, 114, 0},  {0, 159, 230}, {115, 158, 0}, {167, 121, 204},

@@ -8,7 +8,7 @@
 namespace QV::outlets {
 namespace {
 
-constexpr float kSolidAbove = 0.4f;
+constexpr float kSolidAbove = OccupancyMap::kSolidAbove;
 
 uchar greyOf(float occupancy) {
   if (std::abs(occupancy - OccupancyMap::kUnknown) < 0.01f) return 205;

@@ -34,7 +34,7 @@ struct Turn {
   }
 };
 
-typedef std::map<Turn, boost::shared_ptr<Job>> JobQueue;
+using JobQueue = std::map<Turn, boost::shared_ptr<Job>>;
 
 /** The order of what starts next; each is given once. */
 std::uint64_t nextOrder();

@@ -13,9 +13,9 @@ constexpr std::size_t kMostLength = 256;
 struct Counter {
   std::size_t digits = 1;
 };
-typedef std::vector<std::string_view> Alternatives;
+using Alternatives = std::vector<std::string_view>;
 /** A stretch of text is one alternative. */
-typedef std::variant<Alternatives, Counter> Part;
+using Part = std::variant<Alternatives, Counter>;
 
 [[noreturn]] void refuse(const std::string& expected, std::string_view given) {
   throw std::invalid_argument("attribute pattern: " + expected + " expected, \"" +

@@ -2,20 +2,17 @@
 
 #include <algorithm>
 #include <cstddef>
-#include <string_view>
 
 namespace QV::Model::detail {
 namespace {
 
 constexpr std::size_t kMostOff = 3;
 
-std::string foldedText(const std::string& word) {
-  std::string result;
-  for (const char letter : word) {
-    if (std::string_view(" -_").find(letter) != std::string_view::npos) continue;
-    result += letter >= 'A' && letter <= 'Z' ? static_cast<char>(letter - 'A' + 'a') : letter;
+std::string inSmallLetters(std::string word) {
+  for (char& letter : word) {
+    if (letter >= 'A' && letter <= 'Z') letter = static_cast<char>(letter - 'A' + 'a');
   }
-  return result;
+  return word;
 }
 
 /** How many letters to insert, drop or change. */
@@ -37,14 +34,14 @@ std::size_t distanceOf(const std::string& from, const std::string& to) {
 }  // namespace
 
 const std::string* findNearest(const std::string& given, const std::vector<std::string>& words) {
-  const std::string folded = foldedText(given);
+  const std::string small = inSmallLetters(given);
   const std::string* nearest = nullptr;
   std::size_t least = kMostOff + 1;
   for (const std::string& word : words) {
-    const std::string other = foldedText(word);
+    const std::string other = inSmallLetters(word);
     // Without this a name of megabytes would be compared letter by letter.
-    if (folded.size() > other.size() + kMostOff) continue;
-    const std::size_t distance = distanceOf(folded, other);
+    if (small.size() > other.size() + kMostOff) continue;
+    const std::size_t distance = distanceOf(small, other);
     const std::size_t most = std::min(kMostOff, 1 + other.size() / 6);
     if (distance > most || distance >= least) continue;
     nearest = &word;

@@ -6,8 +6,8 @@
 namespace QV::Model::detail {
 
 /**
- * The one of `words` that `given` is a slip of: equal but for case, blanks, dashes and underscores,
- * or a few letters off, more in a longer word. Null if there is none.
+ * The one of `words` that `given` is a slip of: capital letters aside, equal or a few letters off,
+ * more in a longer word. Null if there is none.
  */
 const std::string* findNearest(const std::string& given, const std::vector<std::string>& words);
 

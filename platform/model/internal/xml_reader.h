@@ -18,7 +18,7 @@ namespace QV::Model::detail {
 using tinyxml2::XMLElement;
 
 /** The `<link>` elements by name. */
-typedef std::map<std::string, const XMLElement*> LinkElements;
+using LinkElements = std::map<std::string, const XMLElement*>;
 
 /** Throws std::runtime_error: where `element` stands, then `problem`. */
 [[noreturn]] void fail(const XMLElement& element, const std::string& problem);

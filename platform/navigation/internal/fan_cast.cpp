@@ -12,6 +12,7 @@
 #include <hwy/highway.h>
 
 #include "platform/navigation/internal/fan_cast/aim-inl.h"
+#include "platform/navigation/internal/fan_cast/measure-inl.h"
 #include "platform/navigation/internal/fan_cast/rays-inl.h"
 #include "platform/navigation/internal/fan_cast/settle-inl.h"
 #include "platform/navigation/internal/fan_cast/walk-inl.h"
@@ -47,6 +48,10 @@ bool castRays(const FanCast& fan, const double* cosines, const double* sines, in
   return isDoubtful;
 }
 
+ScanSteps getSteps() {
+  return {castRays, toReadings, toRanges};
+}
+
 }  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace QV::detail
@@ -57,12 +62,7 @@ HWY_AFTER_NAMESPACE();
 namespace QV::detail {
 namespace {
 
-HWY_EXPORT(castRays);
-
-bool castRaysBest(const FanCast& fan, const double* cosines, const double* sines, int count,
-                  double* ways) {
-  return HWY_DYNAMIC_DISPATCH(castRays)(fan, cosines, sines, count, ways);
-}
+HWY_EXPORT(getSteps);
 
 // Asking the processor costs as much as some rays.
 bool hasTarget(std::int64_t target) {
@@ -70,28 +70,39 @@ bool hasTarget(std::int64_t target) {
   return (supported & target) != 0;
 }
 
-CastRays* findSse4() {
-#if HWY_TARGETS & HWY_SSE4
-  if (hasTarget(HWY_SSE4)) return N_SSE4::castRays;
-#endif
-  return nullptr;
+ScanSteps withoutVectors() {
+  return HWY_STATIC_DISPATCH(getSteps)();
 }
 
-CastRays* findAvx2() {
-#if HWY_TARGETS & HWY_AVX2
-  if (hasTarget(HWY_AVX2)) return N_AVX2::castRays;
+/** Those that this machine hasn't, and the plain path, cast no rays together. */
+ScanSteps withoutCast() {
+  ScanSteps steps = withoutVectors();
+  steps.castRays = nullptr;
+  return steps;
+}
+
+ScanSteps findSse4() {
+#if HWY_TARGETS & HWY_SSE4
+  if (hasTarget(HWY_SSE4)) return N_SSE4::getSteps();
 #endif
-  return nullptr;
+  return withoutCast();
+}
+
+ScanSteps findAvx2() {
+#if HWY_TARGETS & HWY_AVX2
+  if (hasTarget(HWY_AVX2)) return N_AVX2::getSteps();
+#endif
+  return withoutCast();
 }
 
 }  // namespace
 
-CastRays* findCastRays(ScanPath path) {
+ScanSteps findScanSteps(ScanPath path) {
   switch (path) {
     case ScanPath::best:
-      return castRaysBest;
+      return HWY_DYNAMIC_DISPATCH(getSteps)();
     case ScanPath::scalar:
-      return HWY_STATIC_DISPATCH(castRays);
+      return withoutVectors();
     case ScanPath::sse4:
       return findSse4();
     case ScanPath::avx2:
@@ -99,7 +110,7 @@ CastRays* findCastRays(ScanPath path) {
     case ScanPath::plain:
       break;
   }
-  return nullptr;
+  return withoutCast();
 }
 
 }  // namespace QV::detail

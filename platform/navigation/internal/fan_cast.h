@@ -1,8 +1,13 @@
 #pragma once
 
+#include <algorithm>
+#include <limits>
+
+#include "platform/math/sensor_field_of_view_2d.h"
 #include "platform/navigation/internal/grid_frame.h"
 #include "platform/navigation/internal/scan_path.h"
 #include "platform/navigation/internal/scan_store.h"
+#include "platform/navigation/range_reading.h"
 
 namespace QV::detail {
 
@@ -35,10 +40,37 @@ struct FanCast {
  * they can settle, and true if there may be any. What it writes into the kMore values at the end of
  * `ways` means nothing.
  */
-typedef bool CastRays(const FanCast& fan, const double* cosines, const double* sines, int count,
+using CastRays = bool(const FanCast& fan, const double* cosines, const double* sines, int count,
                       double* ways);
 
-/** Null for what this machine hasn't, and for the plain path. */
-QV_API CastRays* findCastRays(ScanPath path);
+/** What ranges lie between; in metres, but for the resolution, metres a cell. */
+struct RangeLimits {
+  RangeLimits(const Math::SensorFieldOfView2D& fieldOfView, float resolution)
+      : resolution(resolution),
+        minRange(fieldOfView.minRange),
+        maxRange(fieldOfView.maxRange),
+        farthest(std::min(maxRange, std::numeric_limits<float>::max())) {}
+
+  double resolution;
+  float minRange;
+  float maxRange;
+  /** What goes farther misses: also what goes on for ever. */
+  float farthest;
+};
+
+/** Readings, or bare ranges, of `count` rays that go these ways, in cells. */
+using ToReadings = void(const double* ways, const float* angles, int count,
+                        const RangeLimits& limits, RangeReading* readings);
+using ToRanges = void(const double* ways, int count, const RangeLimits& limits, float* ranges);
+
+/** The steps of a scan as a path takes them. */
+struct ScanSteps {
+  /** Null for the plain path and for what this machine hasn't. */
+  CastRays* castRays;
+  ToReadings* toReadings;
+  ToRanges* toRanges;
+};
+
+QV_API ScanSteps findScanSteps(ScanPath path);
 
 }  // namespace QV::detail

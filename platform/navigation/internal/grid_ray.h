@@ -14,7 +14,7 @@ namespace QV::detail {
  */
 struct QV_API GridRay {
   static constexpr int kFractionBits = 40;
-  typedef std::int64_t Height;
+  using Height = std::int64_t;
 
   /** The ray's columns are the grid's rows. */
   bool steep = false;

@@ -24,8 +24,8 @@ constexpr std::size_t kMargin = 32;
 // Positions are written four at a time.
 constexpr std::size_t kSlack = 3;
 
-typedef hn::CappedTag<std::uint16_t, 32> Pixels;
-typedef hn::CappedTag<std::int32_t, 8> Labels;
+using Pixels = hn::CappedTag<std::uint16_t, 32>;
+using Labels = hn::CappedTag<std::int32_t, 8>;
 
 /** Of 64 pixels: which are valid, and which are near to what is on their left and above them. */
 struct Word {

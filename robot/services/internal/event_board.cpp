@@ -1,12 +1,21 @@
 #include "robot/services/internal/event_board.h"
 
 #include <algorithm>
+#include <cstddef>
+#include <deque>
+#include <utility>
 
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/memory_contract.h"
 #include "platform/middleware/qv_error.h"
 
 namespace QV::robot {
+namespace {
+
+// Ten seconds of events at a hundred a second: who has not come back by then hangs.
+constexpr std::size_t kMostWaiting = 1000;
+
+}  // namespace
 
 /** The method that events are delivered to; its calls come one after the other. */
 class EventBoard::Receiver {
@@ -23,6 +32,11 @@ class EventBoard::Receiver {
     } catch (...) {
       xLogOnce("not a standard exception");
     }
+  }
+
+  /** Who is called for which event, as the start of a line. */
+  std::string getText() const {
+    return "Event " + event + " to " + subscriber.module + "." + subscriber.method + ": ";
   }
 
  private:
@@ -48,6 +62,56 @@ class EventBoard::Receiver {
   std::string lastFailure;
 };
 
+/** The events that wait for one subscription; the oldest make room when there are too many. */
+class EventBoard::Queue {
+ public:
+  /** True if one more delivery is due. */
+  bool add(const boost::shared_ptr<Receiver>& receiver, const QVValue& value) {
+    {
+      std::lock_guard<std::mutex> lock(mutex);
+      waiting.push_back({receiver, value});
+      if (waiting.size() <= kMostWaiting) return true;
+      waiting.pop_front();
+      if (++dropped > 1) return false;
+    }
+    ko::log::error("QVMemory", "raiseEvent")
+        << receiver->getText() << kMostWaiting << " wait, the oldest are dropped until it goes on";
+    return false;
+  }
+
+  void deliverNext() {
+    const Delivery next = xTake();
+    next.receiver->deliver(next.value);
+    const std::size_t lost = xTakeLost();
+    if (lost == 0) return;
+    ko::log::error("QVMemory", "raiseEvent")
+        << next.receiver->getText() << "goes on, " << lost << " were dropped";
+  }
+
+ private:
+  struct Delivery {
+    boost::shared_ptr<Receiver> receiver;
+    QVValue value;
+  };
+
+  Delivery xTake() {
+    std::lock_guard<std::mutex> lock(mutex);
+    Delivery next = std::move(waiting.front());
+    waiting.pop_front();
+    return next;
+  }
+
+  // Only once all is delivered: one that is merely slow would be told of at each event.
+  std::size_t xTakeLost() {
+    std::lock_guard<std::mutex> lock(mutex);
+    return waiting.empty() ? std::exchange(dropped, 0) : 0;
+  }
+
+  std::mutex mutex;
+  std::deque<Delivery> waiting;
+  std::size_t dropped = 0;
+};
+
 EventBoard::EventBoard(const boost::shared_ptr<QVBroker>& broker) : broker(broker) {}
 
 EventBoard::~EventBoard() = default;
@@ -61,7 +125,7 @@ void EventBoard::subscribe(const std::string& event, const Subscriber& subscribe
     found->receiver = std::move(receiver);
   } else {
     subscriptions.push_back({subscriber.kind, subscriber.module, std::move(receiver),
-                             boost::make_shared<ko::Strand>()});
+                             boost::make_shared<Queue>(), boost::make_shared<ko::Strand>()});
   }
 }
 
@@ -85,8 +149,8 @@ void EventBoard::raise(const std::string& event, const QVValue& value) {
   const auto found = subscriptionsOf.find(event);
   if (found == subscriptionsOf.end()) return;
   for (const Subscription& subscription : found->second) {
-    subscription.strand->post(
-        [receiver = subscription.receiver, value] { receiver->deliver(value); });
+    if (!subscription.queue->add(subscription.receiver, value)) continue;
+    subscription.strand->post([queue = subscription.queue] { queue->deliverNext(); });
   }
 }
 

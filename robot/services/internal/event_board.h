@@ -16,8 +16,10 @@ namespace QV::robot {
 
 /**
  * Who wants to know of which event. A subscription gets its events in the order they were raised,
- * one at a time, on the event loop's threads; different subscriptions run side by side. Events
- * wait for a slow subscriber without limit. Not copyable; safe from any thread.
+ * one at a time, on the event loop's threads; different subscriptions run side by side. When 1000
+ * events wait for a subscriber, newer ones take the place of the oldest: a line names it at the
+ * first that is lost, and one counts them when it has caught up. Not copyable; safe from any
+ * thread.
  */
 class QV_API EventBoard {
  public:
@@ -53,13 +55,15 @@ class QV_API EventBoard {
 
  private:
   class Receiver;
+  class Queue;
   struct Subscription {
     Kind kind;
     std::string module;
     boost::shared_ptr<Receiver> receiver;
+    boost::shared_ptr<Queue> queue;
     boost::shared_ptr<ko::Strand> strand;
   };
-  typedef std::vector<Subscription> Subscriptions;
+  using Subscriptions = std::vector<Subscription>;
 
   static Subscriptions::iterator xFind(Subscriptions& subscriptions, Kind kind,
                                        const std::string& module);

@@ -13,7 +13,7 @@
 namespace QV::robot {
 namespace {
 
-typedef ko::Clock::time_point TimePoint;
+using TimePoint = ko::Clock::time_point;
 
 constexpr ko::Duration kReach(1'000'000'000);
 

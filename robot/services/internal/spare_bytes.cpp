@@ -5,7 +5,7 @@
 
 namespace QV::robot {
 
-typedef std::lock_guard<std::mutex> Lock;
+using Lock = std::lock_guard<std::mutex>;
 
 std::shared_ptr<SpareBytes::Bytes> SpareBytes::take(std::size_t size) {
   auto loan = std::make_shared<Loan>(store, size);

@@ -16,7 +16,7 @@ namespace QV::robot {
  */
 class SpareBytes {
  public:
-  typedef QVValue::Bytes Bytes;
+  using Bytes = QVValue::Bytes;
 
   /** So many zeros, in a buffer that had as many. They may outlive this. */
   std::shared_ptr<Bytes> take(std::size_t size);

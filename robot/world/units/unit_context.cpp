@@ -36,11 +36,11 @@ void UnitContext::addFaultName(const std::string& name) const {
 }
 
 QVValue UnitContext::read(const std::string& key) const {
-  return memory->getStore().getData(key);
+  return memory->getData(key);
 }
 
 void UnitContext::write(const std::string& key, const QVValue& value) const {
-  memory->getStore().insertData(key, value);
+  memory->insertData(key, value);
 }
 
 void UnitContext::withdraw(const std::string& key) const {
@@ -52,7 +52,7 @@ void UnitContext::withdraw(const std::string& key) const {
 }
 
 void UnitContext::declareEvent(const std::string& event) const {
-  memory->getStore().declare(event);
+  memory->declareEvent(event);
 }
 
 void UnitContext::raiseEvent(const std::string& event, const QVValue& value) const {

@@ -14,12 +14,12 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-typedef hn::CappedTag<float, 8> Floats;
-typedef hn::ScalableTag<std::uint16_t> Pixels;
+using Floats = hn::CappedTag<float, 8>;
+using Pixels = hn::ScalableTag<std::uint16_t>;
 
 constexpr float kMetres = 0.001f;
 
-typedef DepthProjection::Line Line;
+using Line = DepthProjection::Line;
 
 HWY_INLINE Math::Position3D projectOne(const Line& line, int column) {
   const auto d = static_cast<float>(line.pixels[column]);

@@ -7,6 +7,7 @@
 
 #include "platform/math/position.h"
 #include "platform/vision/internal/component_runs.h"
+#include "platform/vision/video_codes.h"
 
 namespace QV::sensor {
 
@@ -18,7 +19,7 @@ namespace QV::sensor {
 class DepthProjection {
  public:
   /** Millimetres. */
-  static constexpr std::uint16_t kMaxDepth = 15000;
+  static constexpr std::uint16_t kMaxDepth = QV::kMaxDepth;
 
   /** What the image covers sideways and upwards per unit of depth. */
   struct Extents {

@@ -14,7 +14,7 @@ namespace QV::sensor {
  */
 class QV_API SparePoints {
  public:
-  typedef std::vector<Math::Position3D> Points;
+  using Points = std::vector<Math::Position3D>;
 
   /** `count` points of any value: the smallest spare with room for them, or memory of their own. */
   Points take(std::size_t count);

@@ -102,8 +102,8 @@ TEST(DescriptionFaults, sayWhatIsThereAndWhatIsExpected) {
       {laser("A") + sensor("S", "Sonar", kRange + key("Get")),
        {R"(S: memory key "Get" is that of A too, keys of its own expected)"}},
       // types that are nearly ours
-      {"<sensor name='S' type='sonar'/><sensor type='Sonr'/><sensor name='D' type='depth_camera'/>",
-       {R"(S: type is "sonar", "Sonar" expected)",
+      {"<sensor name='S' type='SONAR'/><sensor type='Sonr'/><sensor name='D' type='depth_camera'/>",
+       {R"(S: type is "SONAR", "Sonar" expected)",
         R"(a sensor without a name: type is "Sonr", "Sonar" expected)",
         R"(D: type is "depth_camera", "DepthCamera" expected)"}},
   };

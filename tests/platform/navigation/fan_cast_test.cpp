@@ -25,7 +25,7 @@ double snapped(double part) {
 
 /** Where the rays of a fan go, about its heading. */
 struct Directions {
-  typedef std::array<double, FanCast::kMostRays + FanCast::kMore> Values;
+  using Values = std::array<double, FanCast::kMostRays + FanCast::kMore>;
   int count;
   Values cosines{};
   Values sines{};
@@ -107,7 +107,8 @@ void expectPlainAnswers(const OccupancyMap& map, const FanCast& fan, const Direc
   const auto& [count, cosines, sines] = directions;
   const auto check = [&](ScanPath path, const char* target) {
     Directions::Values ways;
-    const bool mayDoubt = findCastRays(path)(fan, cosines.data(), sines.data(), count, ways.data());
+    const bool mayDoubt =
+        findScanSteps(path).castRays(fan, cosines.data(), sines.data(), count, ways.data());
     for (int i = 0; i < count; ++i) {
       if (std::isnan(ways[i]) && mayDoubt) continue;
       ASSERT_EQ(ways[i], castPlainly(map, fan, cosines[i], sines[i]))
@@ -155,8 +156,9 @@ TEST(FanCast, isSeldomInDoubt) {
       directions.sines[k] = std::sin(0.1 * (k + 0.3));
     }
     Directions::Values ways;
-    findCastRays(ScanPath::best)(fan, directions.cosines.data(), directions.sines.data(),
-                                 directions.count, ways.data());
+    findScanSteps(ScanPath::best)
+        .castRays(fan, directions.cosines.data(), directions.sines.data(), directions.count,
+                  ways.data());
     rays += directions.count;
     doubts += std::count_if(ways.begin(), ways.begin() + directions.count,
                             [](double way) { return std::isnan(way); });

@@ -18,7 +18,7 @@ using test::agreesWithSamples;
 using testing::Each;
 using testing::Field;
 
-typedef std::vector<RangeReading> Readings;
+using Readings = std::vector<RangeReading>;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 constexpr float kInfinity = std::numeric_limits<float>::infinity();

@@ -14,7 +14,7 @@
 namespace QV::vision {
 namespace {
 
-typedef cv::Mat_<std::uint16_t> Depth;
+using Depth = cv::Mat_<std::uint16_t>;
 
 constexpr int kMaxDifference = 100;
 

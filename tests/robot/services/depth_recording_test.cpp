@@ -10,7 +10,7 @@
 namespace QV::robot {
 namespace {
 
-typedef cv::Mat_<std::uint16_t> Depth;
+using Depth = cv::Mat_<std::uint16_t>;
 
 struct DepthRecordingTest : testing::Test {
   void save(const std::string& name, const cv::Mat& image) {

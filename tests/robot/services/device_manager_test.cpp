@@ -13,7 +13,7 @@ namespace {
 constexpr std::int64_t kWrapMs = std::int64_t{1} << 31;
 
 /** A value and its time, in milliseconds from now. */
-typedef std::pair<QVValue, int> Timed;
+using Timed = std::pair<QVValue, int>;
 
 struct DeviceManagerTest : testing::Test {
   DeviceManagerTest() {

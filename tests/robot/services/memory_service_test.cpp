@@ -16,7 +16,7 @@
 namespace QV::robot {
 namespace {
 
-typedef std::vector<QVValue> Values;
+using Values = std::vector<QVValue>;
 
 struct MemoryServiceTest : testing::Test {
   /** Registers a module with the method "onEvent". */
@@ -244,6 +244,33 @@ TEST_F(MemoryServiceTest, unsubscribingWaitsForTheDeliveryInProgress) {
   unsubscribing.count_down();
   sut.unsubscribeToEvent("e", "A");
   EXPECT_TRUE(left);
+}
+
+TEST_F(MemoryServiceTest, ofTheEventsForASubscriberThatHangsTheOldestAreDroppedAndCounted) {
+  test::LogCapture log;
+  std::latch entered(1);
+  std::latch goingOn(1);
+  std::latch last(1);
+  registerListener("Hanging", [&](const QVValue&, const QVValue& value, const QVValue&) {
+    entered.count_down(entered.try_wait() ? 0 : 1);
+    goingOn.wait();
+    heard.push_back(value);
+    if (value.toInt() == 1003) last.count_down();
+  });
+  sut.subscribeToEvent("e", "Hanging", "onEvent");
+  sut.raiseEvent("e", 0);
+  entered.wait();
+  for (int i = 1; i <= 1003; ++i) sut.raiseEvent("e", i);
+  const std::string line = "error QVMemory.raiseEvent: Event e to Hanging.onEvent: ";
+  const std::string dropping = line + "1000 wait, the oldest are dropped until it goes on";
+  EXPECT_THAT(log.lines(), ElementsAre(dropping));
+  goingOn.count_down();
+  last.wait();
+  sut.unsubscribeToEvent("e", "Hanging");
+  EXPECT_THAT(log.lines(), ElementsAre(dropping, line + "goes on, 3 were dropped"));
+  ASSERT_EQ(heard.size(), 1001u);
+  EXPECT_EQ(heard[0], QVValue(0));
+  EXPECT_EQ(heard[1], QVValue(4));
 }
 
 TEST_F(MemoryServiceTest, theServiceMayGoInTheMiddleOfADelivery) {

@@ -20,12 +20,17 @@ struct Keeper {
     const auto thread = static_cast<std::size_t>(value[0].toInt());
     if (value[1].toInt() != ++last[thread]) ++gaps;
     ++heard;
-    heard.notify_one();
+    heard.notify_all();
   }
   void awaitEvents(int count) {
     for (int seen = heard; seen < count; seen = heard) heard.wait(seen);
   }
 
+  /** Waits while more than a few events would be on their way, of which the oldest get lost. */
+  void announce() { awaitEvents(++announced - kMostOnTheirWay); }
+
+  static constexpr int kMostOnTheirWay = 500;
+  std::atomic<int> announced{0};
   std::array<std::int64_t, kThreads> last{};
   int gaps = 0;
   std::atomic<int> heard{0};
@@ -34,8 +39,8 @@ struct Keeper {
 /** A thread that does a bit of everything, at random. */
 class Stormer {
  public:
-  Stormer(const boost::shared_ptr<QVBroker>& broker, int number)
-      : memory(broker), number(number), random(static_cast<unsigned>(number)) {
+  Stormer(const boost::shared_ptr<QVBroker>& broker, Keeper& keeper, int number)
+      : memory(broker), keeper(keeper), number(number), random(static_cast<unsigned>(number)) {
     auto visitor = boost::make_shared<QVModule>(name);
     visitor->bindMethod("onEvent", [this](const QVValue&, const QVValue&, const QVValue&) {
       if (!welcome) ++unwanted;
@@ -50,7 +55,7 @@ class Stormer {
       if (choice == 1) mismatches += !memory.getData(someKey()).isInt();
       if (choice == 2) write(static_cast<int*>(memory.getDataPtr(someKey())));
       if (choice == 3) memory.insertData(name + std::to_string(i), i);
-      if (choice == 4) memory.raiseEvent("storm", QVValue::array(number, ++raised));
+      if (choice == 4) raise();
       if (choice == 5) turn();
     }
     if (welcome) turn();
@@ -62,6 +67,11 @@ class Stormer {
 
  private:
   std::string someKey() { return "shared" + std::to_string(random() % 16); }
+
+  void raise() {
+    keeper.announce();
+    memory.raiseEvent("storm", QVValue::array(number, ++raised));
+  }
 
   void write(int* pointer) {
     std::atomic_ref<int>(*pointer).store(number, std::memory_order_relaxed);
@@ -79,6 +89,7 @@ class Stormer {
   }
 
   QVMemoryProxy memory;
+  Keeper& keeper;
   const int number;
   const std::string name = "Visitor" + std::to_string(number);
   std::mt19937 random;
@@ -96,7 +107,8 @@ TEST(MemoryStorm, losesNoEventToASubscriberThatStays) {
   for (int i = 0; i < 16; ++i) memory.insertData("shared" + std::to_string(i), 0);
 
   std::vector<std::unique_ptr<Stormer>> stormers;
-  for (int i = 0; i < kThreads; ++i) stormers.push_back(std::make_unique<Stormer>(broker, i));
+  for (int i = 0; i < kThreads; ++i)
+    stormers.push_back(std::make_unique<Stormer>(broker, keeper, i));
   std::vector<std::thread> threads;
   for (auto& stormer : stormers) threads.emplace_back([&stormer] { stormer->run(); });
   for (auto& thread : threads) thread.join();

@@ -70,7 +70,7 @@ Transform turnAbout(const Math::Position3D& axis, double angle) {
   return Transform(std::vector<float>(values.begin(), values.end()));
 }
 
-typedef std::map<std::string, double> Positions;
+using Positions = std::map<std::string, double>;
 
 /** Every link in the root's frame, as the product of what the description says of its joints. */
 std::map<std::string, Transform> placeLinks(const Model::Robot& robot, const Positions& positions) {

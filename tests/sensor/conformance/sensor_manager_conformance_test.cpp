@@ -16,8 +16,8 @@ namespace {
 
 using testing::IsSubsetOf;
 
-typedef std::set<std::string> Names;
-typedef std::vector<std::string> List;
+using Names = std::set<std::string>;
+using List = std::vector<std::string>;
 
 /** A manager, with two sensors in the family "Sonar" and some in "Asus" that all have records. */
 struct World {

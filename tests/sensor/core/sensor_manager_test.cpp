@@ -56,6 +56,8 @@ TEST_F(SensorManagerTest, aSensorThatThrowsIsLeftOutAndLoggedOncePerFailure) {
   const std::string line =
       "error Navigation.SensorManager.xUpdateData: Unable to gather the data of Left: no echo";
   EXPECT_THAT(log.lines(), ElementsAre(line));
+  EXPECT_THAT(line, testing::EndsWith(sut.getLastTrouble("Left").value().message));
+  EXPECT_FALSE(sut.getLastTrouble("Right") || sut.getLastTrouble("No"));
 
   left->onRead = [] {};
   EXPECT_EQ(sut.getMetricalData().size(), 3u);

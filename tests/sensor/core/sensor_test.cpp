@@ -1,6 +1,7 @@
 #include "sensor/core/sensor.h"
 
 #include <latch>
+#include <stdexcept>
 #include <thread>
 
 #include "tests/support/fake_sensor.h"
@@ -31,6 +32,25 @@ TEST_F(SensorTest, aFailedStartClearsTheDiagnosisAndIsTriedAgainOnlyAfterARepair
   sut.setDiagnosis(true);
   EXPECT_TRUE(sut.isStarted());
   EXPECT_TRUE(sut.isDiagnosisSucess());
+}
+
+TEST_F(SensorTest, keepsItsLastTroubleAlsoWhenTheLogDoesNotWantIt) {
+  ko::log::setLevel("Test", ko::log::Level::silent);
+  const auto troubleOf = [](const FakeSensor& sensor) {
+    const auto trouble = sensor.getLastTrouble();
+    return trouble ? trouble->method + ": " + trouble->message : "";
+  };
+  EXPECT_EQ(troubleOf(sut), "");
+  sut.subscribeSucceeds = false;
+  sut.subscribe("a");
+  EXPECT_EQ(troubleOf(sut), "xSubscribeToHardware: The hardware failed.");
+  sut.onStart = [&] { sut.logTrouble(ko::log::Level::warning, "Test", "start", "No power."); };
+  sut.setDiagnosis(true);
+  EXPECT_EQ(troubleOf(sut), "start: No power.");
+  sut.onStart = [] { throw std::runtime_error("no bus"); };
+  EXPECT_THROW(sut.setDiagnosis(true), std::runtime_error);
+  EXPECT_EQ(troubleOf(sut), "xSubscribeToHardware: no bus");
+  ko::log::resetLevel("Test");
 }
 
 TEST_F(SensorTest, isFlaggedAsStartedOnlyWhileTheHardwareRuns) {

@@ -10,7 +10,7 @@
 namespace QV::sensor {
 namespace {
 
-typedef cv::Mat_<std::uint16_t> Depth;
+using Depth = cv::Mat_<std::uint16_t>;
 
 constexpr int kMaxDifference = 100;
 constexpr std::size_t kLowBlobSize = 768;

@@ -10,7 +10,7 @@
 
 namespace QV::sensor {
 
-typedef std::vector<std::vector<Math::Position3D>> Scans;
+using Scans = std::vector<std::vector<Math::Position3D>>;
 
 /** Lets a test take single steps. */
 struct OpenSensor3D : Sensor3D {

@@ -7,7 +7,7 @@
 namespace QV::Touch {
 namespace {
 
-typedef std::vector<TouchGroupEvent> Groups;
+using Groups = std::vector<TouchGroupEvent>;
 
 std::set<TOUCH_DETECTION_TYPE> types(std::initializer_list<int> numbers) {
   std::set<TOUCH_DETECTION_TYPE> result;

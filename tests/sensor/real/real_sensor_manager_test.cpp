@@ -12,7 +12,7 @@
 namespace QV::sensor {
 namespace {
 
-typedef std::map<std::string, std::string> Properties;
+using Properties = std::map<std::string, std::string>;
 
 const std::string kCategory = "Navigation.RealSensorManager.";
 const std::string kTouchAdded = "verbose " + kCategory + "xAddSensor: Touch - Touch";

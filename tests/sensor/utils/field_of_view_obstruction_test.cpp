@@ -12,7 +12,7 @@ using Math::Transform;
 
 constexpr float kPi = std::numbers::pi_v<float>;
 
-typedef std::vector<std::shared_ptr<Model::CollisionShape>> Shapes;
+using Shapes = std::vector<std::shared_ptr<Model::CollisionShape>>;
 
 std::string link(const std::string& name, const std::string& collisions) {
   return "<link name='" + name + "'>" + collisions + "</link><joint name='" + name +

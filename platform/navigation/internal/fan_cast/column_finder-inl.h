@@ -116,7 +116,7 @@ class ColumnFinder {
   }
 
  private:
-  typedef hn::CappedTag<std::uint32_t, kStrip> Words;
+  using Words = hn::CappedTag<std::uint32_t, kStrip>;
   static constexpr auto kLanes = static_cast<unsigned>(hn::MaxLanes(Words()));
 
   /** A lane's place counted from the low end of the line. */

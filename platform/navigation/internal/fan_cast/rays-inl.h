@@ -23,9 +23,9 @@ namespace {
 
 namespace hn = hwy::HWY_NAMESPACE;
 
-typedef GridRay::Height Height;
-typedef hn::ScalableTag<double> Doubles;
-typedef hn::RebindToUnsigned<Doubles> Bits;
+using Height = GridRay::Height;
+using Doubles = hn::ScalableTag<double>;
+using Bits = hn::RebindToUnsigned<Doubles>;
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 constexpr double kDoubtful = std::numeric_limits<double>::quiet_NaN();

@@ -20,7 +20,7 @@ namespace QV::robot {
 class QV_API Scene {
  public:
   /** Occupancies above this are solid. */
-  static constexpr float kSolidAbove = 0.4f;
+  static constexpr float kSolidAbove = OccupancyMap::kSolidAbove;
 
   /** Sizes that are not positive and numbers that are not finite throw std::invalid_argument. */
   Scene(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options);

@@ -20,7 +20,7 @@ constexpr int kLost = std::numeric_limits<int>::min();
 constexpr std::size_t kNoiseCount = 1 << 16;
 constexpr float kMillimetresPerMetre = 1000.0f;
 // The farthest depth that a reader takes for one, and one that none does.
-constexpr std::uint16_t kMostDepth = 15000;
+constexpr std::uint16_t kMostDepth = kMaxDepth;
 constexpr std::uint16_t kNoDepth = 65535;
 
 DepthOptics opticsOf(const Model::SensorConfig& config) {

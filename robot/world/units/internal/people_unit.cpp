@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <cmath>
 
+#include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/model/sensor_properties.h"
 #include "robot/world/scene/internal/person.h"
 
@@ -11,7 +12,7 @@ namespace {
 
 // The sensor of the manager that no configuration names.
 constexpr char kPeoplePerception[] = "PeoplePerception";
-constexpr char kEvent[] = "PeoplePerception/PeopleDetected";
+constexpr const char* kEvent = NavigationContract::kPeopleDetectedEvent;
 constexpr float kHeadHeight = 1.6f;
 constexpr std::int64_t kNsPerWholeSecond = 1'000'000'000;
 

@@ -7,13 +7,14 @@
 #include <optional>
 #include <utility>
 
+#include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/model/sensor_properties.h"
 #include "robot/world/faults/fault_channel.h"
 
 namespace QV::robot {
 namespace {
 
-constexpr char kEvent[] = "TouchChanged";
+constexpr const char* kEvent = NavigationContract::kTouchChangedEvent;
 // What the event calls a touch of this kind.
 constexpr int kBumperTouch = 2;
 constexpr ko::Duration kNonsensePeriod(500'000'000);

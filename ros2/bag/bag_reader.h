@@ -1,0 +1,74 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "ros2/bag/bag_writer.h"
+
+namespace QV::ros2 {
+
+struct BagMessage {
+  const BagTopic* topic = nullptr;
+  /** Nanoseconds. */
+  std::uint64_t logTime = 0;
+  std::uint64_t publishTime = 0;
+  /** Good until the next one is read. */
+  BytesView data;
+};
+
+struct BagMetadata {
+  std::string name;
+  std::map<std::string, std::string> values;
+};
+
+/** What could not be read. */
+struct BagDamage {
+  std::uint64_t chunks = 0;
+  std::uint64_t messages = 0;
+  /** Where and what; only the first kMostLines. */
+  std::vector<std::string> lines;
+
+  static constexpr std::size_t kMostLines = 20;
+};
+
+/** By log time; or as they stand, where times don't matter. */
+enum class BagOrder { time, file };
+
+/**
+ * Reads the messages of an MCAP file, with or without an index, whole, cut or damaged; of a SQLite
+ * file of rosbag2; or of a folder with its metadata.yaml. What is damaged is skipped and counted.
+ * Memory is bounded, whatever the file says. Used by one thread at a time. Not copyable.
+ */
+class QV_API BagReader {
+ public:
+  /** What is no recording, or can't be opened: std::runtime_error that names file and byte. */
+  explicit BagReader(const std::string& path, BagOrder order = BagOrder::time);
+  ~BagReader();
+  BagReader(const BagReader&) = delete;
+  BagReader& operator=(const BagReader&) = delete;
+
+  /** By name; more of them may come to light while an MCAP file is read. Good as long as this. */
+  std::vector<const BagTopic*> getTopics() const;
+  const std::vector<BagMetadata>& getMetadata() const;
+
+  std::size_t getAttachmentCount() const;
+  /** Nothing for one that is damaged. */
+  std::optional<BagAttachment> readAttachment(std::size_t index);
+
+  /** Nothing at the end. */
+  std::optional<BagMessage> next();
+  /** Goes on with the first message whose log time is `logTime` or later. Needs BagOrder::time. */
+  void seek(std::uint64_t logTime);
+
+  /** Found so far. */
+  const BagDamage& getDamage() const;
+
+ private:
+  std::unique_ptr<class BagFile> file;
+};
+
+}  // namespace QV::ros2

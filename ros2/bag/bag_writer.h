@@ -1,0 +1,105 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <memory>
+#include <string>
+
+#include "ros2/messages/message_type.h"
+
+namespace QV::ros2 {
+
+enum class Compression { none, lz4, zstd };
+
+struct BagOptions {
+  Compression compression = Compression::zstd;
+  /** A chunk goes to the file when it has so many bytes, or messages of so many nanoseconds. */
+  std::size_t chunkSize = std::size_t{256} << 10;
+  std::uint64_t chunkTime = 1'000'000'000;
+};
+
+/** What readers of a topic are promised when it is played. */
+struct Qos {
+  bool reliable = true;
+  /** The last message is kept for readers that come later. */
+  bool transientLocal = false;
+};
+
+/** A topic as a recording knows it. */
+struct QV_API BagTopic {
+  std::string name;
+  /** "sensor_msgs/msg/LaserScan" */
+  std::string type;
+  /** Of the messages: "cdr". */
+  std::string encoding;
+  /** "ros2msg", or another; empty without a schema. */
+  std::string schemaEncoding;
+  std::string schema;
+  /** "offered_qos_profiles", "topic_type_hash". */
+  std::map<std::string, std::string> metadata;
+
+  friend bool operator==(const BagTopic&, const BagTopic&) = default;
+};
+
+/** A file inside of a recording. Times in nanoseconds, 0 if not known. */
+struct BagAttachment {
+  std::string name;
+  std::string mediaType;
+  std::uint64_t logTime = 0;
+  std::uint64_t createTime = 0;
+  Bytes data;
+};
+
+/** A topic of messages of `type`, in CDR. */
+QV_API BagTopic makeBagTopic(const std::string& name, const MessageType& type, const Qos& qos = {});
+
+/**
+ * Records messages to an MCAP file that rosbag2 plays: the same calls give the same bytes, what
+ * stands in the file is readable at any moment. The first call that can't write throws
+ * std::runtime_error; from then on nothing is written and no call throws. Times are nanoseconds, in
+ * any order. Used by one thread at a time. Not copyable.
+ */
+class QV_API BagWriter {
+ public:
+  /** "-" is standard output. A file that can't be made: std::runtime_error. */
+  explicit BagWriter(const std::string& path, const BagOptions& options = {});
+  /** Closes; an error is logged. */
+  ~BagWriter();
+  BagWriter(const BagWriter&) = delete;
+  BagWriter& operator=(const BagWriter&) = delete;
+
+  /** The topic's number for `write`. More than 65,535 of them: std::length_error. */
+  std::uint16_t addTopic(const BagTopic& topic);
+
+  /** `data` as the topic's encoding says; a number that no topic has: std::out_of_range. */
+  void write(std::uint16_t topic, std::uint64_t logTime, std::uint64_t publishTime, BytesView data);
+  template <typename Message>
+  void write(std::uint16_t topic, std::uint64_t time, const Message& message) {
+    Message::getType().encode(&message, cdr);
+    write(topic, time, time, cdr);
+  }
+
+  void addMetadata(const std::string& name, const std::map<std::string, std::string>& values);
+  void addAttachment(const BagAttachment& attachment);
+
+  /** Everything so far goes to the file. */
+  void flush();
+  /** Completes the file, which takes no more then. */
+  void close();
+
+  /** Bytes of the file. */
+  std::uint64_t getSize() const { return size; }
+
+ private:
+  class Impl;
+
+  template <typename Call>
+  void xAttempt(const Call& call);
+
+  std::unique_ptr<Impl> impl;
+  std::uint16_t topicCount = 0;
+  std::uint64_t size = 0;
+  Bytes cdr;
+};
+
+}  // namespace QV::ros2

@@ -1,0 +1,40 @@
+#pragma once
+
+#include "ros2/bag/bag_reader.h"
+#include "ros2/bag/internal/byte_source.h"
+
+namespace QV::ros2 {
+
+/** A recording of any form, as BagReader gives it. */
+class BagFile {
+ public:
+  virtual ~BagFile() = default;
+
+  virtual std::vector<const BagTopic*> getTopics() const = 0;
+  virtual std::optional<BagMessage> next() = 0;
+  virtual void seek(std::uint64_t logTime) = 0;
+  virtual const std::vector<BagMetadata>& getMetadata() const = 0;
+  virtual const BagDamage& getDamage() const = 0;
+  /** SQLite has none, and whoever records in several files puts none into them. */
+  virtual std::size_t getAttachmentCount() const { return 0; }
+  virtual std::optional<BagAttachment> readAttachment(std::size_t) { return std::nullopt; }
+};
+
+/** What an MCAP file may ask for. */
+struct McapLimits {
+  /** Bytes of one chunk, packed or unpacked. */
+  std::uint64_t chunk = std::uint64_t{512} << 20;
+  /** Of all chunks that are open at a time, but for one. */
+  std::uint64_t open = std::uint64_t{512} << 20;
+};
+
+/** Each throws std::runtime_error for a file that is none of its kind; `path` is for messages. */
+QV_API std::unique_ptr<BagFile> openMcap(std::unique_ptr<ByteSource> source,
+                                         const std::string& path, BagOrder order,
+                                         const McapLimits& limits = {});
+std::unique_ptr<BagFile> openSqlite(const std::string& path);
+std::unique_ptr<BagFile> openFolder(const std::string& path, BagOrder order);
+/** Any of them, by what is found there. */
+std::unique_ptr<BagFile> openBag(const std::string& path, BagOrder order);
+
+}  // namespace QV::ros2

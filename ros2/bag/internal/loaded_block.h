@@ -1,0 +1,33 @@
+#pragma once
+
+#include <memory>
+#include <vector>
+
+#include "ros2/bag/internal/mcap_contents.h"
+
+namespace QV::ros2 {
+
+/** The messages of a block, in memory. */
+struct LoadedBlock {
+  struct Entry {
+    std::uint64_t logTime;
+    std::uint64_t publishTime;
+    const BagTopic* topic;
+    BytesView data;
+  };
+
+  /** What the entries' data lies in. */
+  std::shared_ptr<const std::uint8_t[]> records;
+  std::vector<Entry> entries;
+  /** Of both. */
+  std::size_t memory = 0;
+};
+
+/**
+ * In the file's order; what the block says of channels goes to `contents`. One that can't be read
+ * throws std::runtime_error; messages of unknown channels are left out and counted.
+ */
+LoadedBlock loadBlock(const ByteSource& source, const McapBlock& block, const McapLimits& limits,
+                      McapContents& contents, DamageLog& damage);
+
+}  // namespace QV::ros2

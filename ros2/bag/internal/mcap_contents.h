@@ -1,0 +1,57 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <vector>
+
+#include "ros2/bag/internal/bag_file.h"
+#include "ros2/bag/internal/damage_log.h"
+#include "ros2/bag/internal/mcap_records.h"
+
+namespace QV::ros2 {
+
+/** A chunk, or a run of messages that stand outside of chunks. */
+struct McapBlock {
+  bool isChunk = true;
+  std::uint64_t offset = 0;
+  /** With all heads. */
+  std::uint64_t length = 0;
+  /** Log times of its messages. */
+  std::uint64_t startTime = 0;
+  std::uint64_t endTime = 0;
+};
+
+/** What a file holds, and where. */
+class McapContents {
+ public:
+  std::vector<McapBlock> blocks;
+  /** Where their records stand. */
+  std::vector<std::uint64_t> metadata;
+  std::vector<std::uint64_t> attachments;
+  /** By channel. */
+  std::map<std::uint16_t, BagTopic> topics;
+
+  /** A schema or channel that contradicts what is known already: std::runtime_error. */
+  void add(mcap::Op op, BytesView content);
+  void addSchema(mcap::Schema schema);
+  void addChannel(const mcap::Channel& channel);
+
+ private:
+  std::map<std::uint16_t, mcap::Schema> schemas;
+};
+
+/** The content of a record without its head; another or a longer one: std::runtime_error. */
+Bytes readRecord(const ByteSource& source, std::uint64_t offset, mcap::Op expected,
+                 std::uint64_t mostBytes);
+
+/**
+ * What the file's end says of it; nothing if that was left out. What can't be trusted throws
+ * std::runtime_error that says why.
+ */
+std::optional<McapContents> readSummary(const ByteSource& source, const McapLimits& limits);
+
+/** What is found from the start of the file to its end or to where it is cut. */
+McapContents scan(const ByteSource& source, const McapLimits& limits, DamageLog& damage);
+
+}  // namespace QV::ros2

@@ -1,0 +1,96 @@
+#include <algorithm>
+#include <stdexcept>
+
+#include "ros2/bag/internal/loaded_block.h"
+#include "ros2/bag/internal/mcap_contents.h"
+
+namespace QV::ros2 {
+namespace {
+
+using mcap::kHeadSize;
+using mcap::Op;
+
+/** Of messages outside of chunks that are read at a time. */
+constexpr std::uint64_t kRunSize = std::uint64_t{1} << 20;
+
+class Scanner {
+ public:
+  Scanner(const ByteSource& source, const McapLimits& limits, DamageLog& damage)
+      : source(source), limits(limits), damage(damage) {}
+
+  McapContents scan() {
+    while (const auto head = xReadHead()) {
+      if (head->op == Op::dataEnd || head->op == Op::footer) break;
+      xScanRecord(*head);
+    }
+    xEndRun();
+    return std::move(contents);
+  }
+
+ private:
+  /** Nothing where the file is cut. */
+  std::optional<mcap::Head> xReadHead() {
+    const std::uint64_t left = source.getSize() - position;
+    if (left >= kHeadSize) {
+      std::uint8_t bytes[kHeadSize];
+      source.read(position, bytes);
+      const mcap::Head head = mcap::parseHead(bytes);
+      if (head.op != Op{0} && head.length <= left - kHeadSize) return head;
+    }
+    damage.add(position, "the file is cut here");
+    return std::nullopt;
+  }
+
+  void xScanRecord(const mcap::Head& head) {
+    const std::uint64_t length = head.length + kHeadSize;
+    const bool inRun = head.op == Op::message || head.op == Op::schema || head.op == Op::channel;
+    if (inRun) xExtendRun(length);
+    if (head.op == Op::chunk) xAddBlock({true, position, length});
+    if (head.op == Op::metadata) contents.metadata.push_back(position);
+    if (head.op == Op::attachment) contents.attachments.push_back(position);
+    position += length;
+  }
+
+  void xExtendRun(std::uint64_t length) {
+    if (run.length > 0 && (run.offset + run.length != position || run.length + length > kRunSize))
+      xEndRun();
+    if (run.length == 0) run.offset = position;
+    run.length += length;
+  }
+
+  void xEndRun() {
+    if (run.length > 0) xAddBlock(run);
+    run.length = 0;
+  }
+
+  void xAddBlock(McapBlock block) {
+    if (block.isChunk) xEndRun();
+    try {
+      const LoadedBlock loaded = loadBlock(source, block, limits, contents, damage);
+      if (loaded.entries.empty()) return;
+      const auto [first, last] =
+          std::minmax_element(loaded.entries.begin(), loaded.entries.end(),
+                              [](const auto& a, const auto& b) { return a.logTime < b.logTime; });
+      block.startTime = first->logTime;
+      block.endTime = last->logTime;
+      contents.blocks.push_back(block);
+    } catch (const std::runtime_error& error) {
+      damage.addChunk(block.offset, error.what());
+    }
+  }
+
+  const ByteSource& source;
+  const McapLimits& limits;
+  DamageLog& damage;
+  std::uint64_t position = mcap::kMagic.size();
+  McapContents contents;
+  McapBlock run{false};
+};
+
+}  // namespace
+
+McapContents scan(const ByteSource& source, const McapLimits& limits, DamageLog& damage) {
+  return Scanner(source, limits, damage).scan();
+}
+
+}  // namespace QV::ros2

@@ -1,0 +1,109 @@
+#include <algorithm>
+#include <stdexcept>
+
+#include "ros2/bag/internal/crc32.h"
+#include "ros2/bag/internal/mcap_contents.h"
+#include "ros2/bag/internal/record_walk.h"
+
+namespace QV::ros2 {
+namespace {
+
+using mcap::kFooterSize;
+using mcap::kHeadSize;
+using mcap::kMagic;
+using mcap::Op;
+
+mcap::Footer readFooter(const ByteSource& source) {
+  std::uint8_t end[kFooterSize + kMagic.size()];
+  if (source.getSize() < kMagic.size() + sizeof end) throw std::runtime_error("no footer");
+  source.read(source.getSize() - sizeof end, end);
+  if (!std::equal(kMagic.begin(), kMagic.end(), end + kFooterSize))
+    throw std::runtime_error("no magic at the end");
+  const auto [op, length] = mcap::parseHead(end);
+  if (op != Op::footer || length != kFooterSize - kHeadSize) throw std::runtime_error("no footer");
+  return mcap::parseFooter({end + kHeadSize, kFooterSize - kHeadSize});
+}
+
+/** All from its start to the footer. */
+Bytes readSummaryBytes(const ByteSource& source, const mcap::Footer& footer,
+                       const McapLimits& limits) {
+  const std::uint64_t end = source.getSize() - kMagic.size() - kFooterSize;
+  if (footer.summaryStart < kMagic.size() || footer.summaryStart > end)
+    throw std::runtime_error("no summary");
+  if (end - footer.summaryStart > limits.chunk) throw std::runtime_error("the summary is too long");
+  // The CRC covers what of the footer stands before it.
+  Bytes bytes(static_cast<std::size_t>(end - footer.summaryStart) + kFooterSize -
+              sizeof footer.crc);
+  source.read(footer.summaryStart, bytes);
+  if (footer.crc != 0 && crc32(bytes) != footer.crc)
+    throw std::runtime_error("the summary's CRC is wrong");
+  bytes.resize(bytes.size() + sizeof footer.crc - kFooterSize);
+  return bytes;
+}
+
+class SummaryReader {
+ public:
+  explicit SummaryReader(const mcap::Footer& footer) : footer(footer) {}
+
+  void add(Op op, BytesView content) {
+    contents.add(op, content);
+    if (op == Op::statistics) statistics = mcap::parseStatistics(content);
+    if (op == Op::chunkIndex) xAddChunk(mcap::parseChunkIndex(content));
+    if (op == Op::metadataIndex)
+      contents.metadata.push_back(mcap::parseMetadataIndex(content).offset);
+    if (op == Op::attachmentIndex)
+      contents.attachments.push_back(mcap::parseAttachmentIndex(content).offset);
+  }
+
+  McapContents finish() {
+    if (!statistics) throw std::runtime_error("no statistics");
+    if (statistics->chunkCount != contents.blocks.size() ||
+        (statistics->messageCount > 0 && contents.blocks.empty()))
+      throw std::runtime_error("no index of all chunks");
+    auto& blocks = contents.blocks;
+    std::sort(blocks.begin(), blocks.end(),
+              [](const auto& a, const auto& b) { return a.offset < b.offset; });
+    for (std::size_t i = 1; i < blocks.size(); ++i)
+      if (blocks[i].offset - blocks[i - 1].offset < blocks[i - 1].length)
+        throw std::runtime_error("chunks overlap");
+    return std::move(contents);
+  }
+
+ private:
+  void xAddChunk(const mcap::ChunkIndex& index) {
+    if (index.offset < kMagic.size() || index.offset > footer.summaryStart ||
+        index.length > footer.summaryStart - index.offset || index.length < kHeadSize)
+      throw std::runtime_error("a chunk outside of the data");
+    contents.blocks.push_back({true, index.offset, index.length, index.startTime, index.endTime});
+  }
+
+  const mcap::Footer footer;
+  McapContents contents;
+  std::optional<mcap::Statistics> statistics;
+};
+
+void checkHeads(const ByteSource& source, const std::vector<McapBlock>& blocks) {
+  for (const McapBlock& block : blocks) {
+    std::uint8_t bytes[kHeadSize];
+    source.read(block.offset, bytes);
+    const auto [op, length] = mcap::parseHead(bytes);
+    if (op != Op::chunk || length != block.length - kHeadSize)
+      throw std::runtime_error("no chunk where the index says");
+  }
+}
+
+}  // namespace
+
+std::optional<McapContents> readSummary(const ByteSource& source, const McapLimits& limits) {
+  const mcap::Footer footer = readFooter(source);
+  if (footer.summaryStart == 0) return std::nullopt;
+  const Bytes bytes = readSummaryBytes(source, footer, limits);
+  SummaryReader summary(footer);
+  walkRecords(bytes, [&](Op op, BytesView content) { summary.add(op, content); });
+  McapContents contents = summary.finish();
+  // An index under a CRC knows better than a damaged chunk does.
+  if (footer.crc == 0) checkHeads(source, contents.blocks);
+  return contents;
+}
+
+}  // namespace QV::ros2

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <vector>
+
+#include "ros2/bag/internal/mcap_records.h"
+#include "ros2/bag/internal/output_file.h"
+
+namespace QV::ros2 {
+
+/** What the end of a file says of the rest. */
+struct McapSummary {
+  std::vector<mcap::Schema> schemas = {};
+  std::vector<mcap::Channel> channels = {};
+  mcap::Statistics statistics = {};
+  std::vector<mcap::ChunkIndex> chunks = {};
+  std::vector<mcap::AttachmentIndex> attachments = {};
+  std::vector<mcap::MetadataIndex> metadata = {};
+};
+
+/** Writes everything that comes behind the last chunk. */
+void writeSummary(OutputFile& file, const McapSummary& summary);
+
+}  // namespace QV::ros2

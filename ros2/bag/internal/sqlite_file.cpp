@@ -1,0 +1,126 @@
+#include <memory>
+#include <sqlite3.h>
+#include <stdexcept>
+
+#include "ros2/bag/internal/bag_file.h"
+#include "ros2/bag/internal/damage_log.h"
+
+namespace QV::ros2 {
+namespace {
+
+/** Of one message. */
+constexpr int kMostBytes = 512 << 20;
+
+using Database = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
+using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
+
+Database openDatabase(const std::string& path) {
+  sqlite3* opened = nullptr;
+  const int result = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
+  Database database(opened, sqlite3_close);
+  if (result != SQLITE_OK) throw std::runtime_error(path + ": " + sqlite3_errstr(result));
+  sqlite3_limit(opened, SQLITE_LIMIT_LENGTH, kMostBytes);
+  sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
+  sqlite3_db_config(opened, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
+  sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
+  return database;
+}
+
+/** A rosbag2 recording in SQLite. */
+class SqliteFile : public BagFile {
+ public:
+  explicit SqliteFile(const std::string& path)
+      : path(path), damage(path), database(openDatabase(path)) {
+    xReadTopics();
+    seek(0);
+  }
+
+  std::vector<const BagTopic*> getTopics() const override {
+    std::vector<const BagTopic*> result;
+    for (const auto& [id, topic] : topics) result.push_back(&topic);
+    return result;
+  }
+  const std::vector<BagMetadata>& getMetadata() const override { return metadata; }
+  const BagDamage& getDamage() const override { return damage.get(); }
+
+  std::optional<BagMessage> next() override {
+    while (const int result = xStep()) {
+      if (result != SQLITE_ROW) return std::nullopt;
+      const auto topic = topics.find(sqlite3_column_int64(messages.get(), 0));
+      if (topic != topics.end()) return xMessage(topic->second);
+      damage.addMessages(static_cast<std::uint64_t>(sqlite3_column_int64(messages.get(), 3)), 1,
+                         "its topic is not known");
+    }
+    return std::nullopt;
+  }
+
+  void seek(std::uint64_t logTime) override {
+    messages = xPrepare(
+        "SELECT topic_id, timestamp, data, id FROM messages WHERE timestamp >= ? "
+        "ORDER BY timestamp, id");
+    sqlite3_bind_int64(messages.get(), 1, static_cast<sqlite3_int64>(logTime));
+  }
+
+ private:
+  Statement xPrepare(const char* text) const {
+    sqlite3_stmt* prepared = nullptr;
+    if (sqlite3_prepare_v2(database.get(), text, -1, &prepared, nullptr) != SQLITE_OK)
+      throw std::runtime_error(
+          path + ": a recording of rosbag2 expected: " + sqlite3_errmsg(database.get()));
+    return {prepared, sqlite3_finalize};
+  }
+
+  void xReadTopics() {
+    const Statement rows = xPrepare("SELECT * FROM topics");
+    const auto column = [&](const std::string& name) -> std::string {
+      for (int i = 0; i < sqlite3_column_count(rows.get()); ++i) {
+        if (name != sqlite3_column_name(rows.get(), i)) continue;
+        const auto* const text = sqlite3_column_blob(rows.get(), i);
+        const auto size = static_cast<std::size_t>(sqlite3_column_bytes(rows.get(), i));
+        return text == nullptr ? "" : std::string(static_cast<const char*>(text), size);
+      }
+      return "";
+    };
+    while (sqlite3_step(rows.get()) == SQLITE_ROW) {
+      BagTopic topic{column("name"), column("type"), column("serialization_format"), "", "", {}};
+      topic.metadata["offered_qos_profiles"] = column("offered_qos_profiles");
+      topic.metadata["topic_type_hash"] = column("type_description_hash");
+      if (const MessageType* const type = findMessageType(topic.type)) {
+        topic.schemaEncoding = "ros2msg";
+        topic.schema = type->getSchema();
+      }
+      topics[std::strtoll(column("id").c_str(), nullptr, 10)] = topic;
+    }
+  }
+
+  /** SQLITE_ROW, or anything else at the end. */
+  int xStep() {
+    const int result = sqlite3_step(messages.get());
+    if (result != SQLITE_ROW && result != SQLITE_DONE)
+      damage.add(0, std::string("the file ends early: ") + sqlite3_errmsg(database.get()));
+    return result;
+  }
+
+  BagMessage xMessage(const BagTopic& topic) const {
+    const auto time = static_cast<std::uint64_t>(sqlite3_column_int64(messages.get(), 1));
+    const auto* const data =
+        static_cast<const std::uint8_t*>(sqlite3_column_blob(messages.get(), 2));
+    const auto size = static_cast<std::size_t>(sqlite3_column_bytes(messages.get(), 2));
+    return {&topic, time, time, {data, data == nullptr ? 0 : size}};
+  }
+
+  const std::string path;
+  DamageLog damage;
+  const Database database;
+  std::map<std::int64_t, BagTopic> topics;
+  Statement messages{nullptr, sqlite3_finalize};
+  std::vector<BagMetadata> metadata;
+};
+
+}  // namespace
+
+std::unique_ptr<BagFile> openSqlite(const std::string& path) {
+  return std::make_unique<SqliteFile>(path);
+}
+
+}  // namespace QV::ros2

@@ -1,0 +1,151 @@
+#pragma once
+
+#include <array>
+#include <cstddef>
+#include <cstdint>
+#include <string>
+#include <vector>
+
+#include "platform/api.h"
+#include "ros2/messages/geometry_msgs.h"
+#include "ros2/messages/message_type.h"
+
+/** What a robot says of itself, and this library's own records. */
+namespace QV::ros2 {
+
+namespace diagnostic_msgs {
+
+struct QV_API KeyValue {
+  std::string key;
+  std::string value;
+
+  static const MessageType& getType();
+  friend bool operator==(const KeyValue&, const KeyValue&) = default;
+};
+
+struct QV_API DiagnosticStatus {
+  /** 0 OK, 1 warning, 2 error, 3 stale. */
+  std::byte level{};
+  std::string name;
+  std::string message;
+  std::string hardware_id;
+  std::vector<KeyValue> values;
+
+  static const MessageType& getType();
+  friend bool operator==(const DiagnosticStatus&, const DiagnosticStatus&) = default;
+};
+
+struct QV_API DiagnosticArray {
+  std_msgs::Header header;
+  std::vector<DiagnosticStatus> status;
+
+  static const MessageType& getType();
+  friend bool operator==(const DiagnosticArray&, const DiagnosticArray&) = default;
+};
+
+}  // namespace diagnostic_msgs
+
+namespace rcl_interfaces {
+
+struct QV_API Log {
+  builtin_interfaces::Time stamp;
+  /** 10 debug, 20 information, 30 warning, 40 error, 50 fatal. */
+  std::uint8_t level = 0;
+  std::string name;
+  std::string msg;
+  std::string file;
+  std::string function;
+  std::uint32_t line = 0;
+
+  static const MessageType& getType();
+  friend bool operator==(const Log&, const Log&) = default;
+};
+
+}  // namespace rcl_interfaces
+
+namespace qv_msgs {
+
+struct QV_API FieldOfView2D {
+  float min_range = 0.0f;
+  float max_range = 0.0f;
+  float angular_range = 0.0f;
+  std::int32_t ray_count = 0;
+
+  static const MessageType& getType();
+  friend bool operator==(const FieldOfView2D&, const FieldOfView2D&) = default;
+};
+
+struct QV_API Position3D {
+  float x = 0.0f;
+  float y = 0.0f;
+  float z = 0.0f;
+
+  static const MessageType& getType();
+  friend bool operator==(const Position3D&, const Position3D&) = default;
+};
+
+/** A Math::MetricalData, bit for bit. */
+struct QV_API MetricalData {
+  std::string sensor_name;
+  std::string family_name;
+  FieldOfView2D field_of_view;
+  std::array<float, 12> sensor_transform{};
+  std::vector<Position3D> points;
+  /** Nanoseconds of ko::Clock. */
+  std::int64_t timestamp = 0;
+
+  static const MessageType& getType();
+  friend bool operator==(const MetricalData&, const MetricalData&) = default;
+};
+
+/** What a sensor gave at one time. */
+struct QV_API Records {
+  std::vector<MetricalData> records;
+
+  static const MessageType& getType();
+  friend bool operator==(const Records&, const Records&) = default;
+};
+
+struct QV_API SensorState {
+  std::string name;
+  bool started = false;
+  bool enabled = false;
+  bool diagnosis = false;
+  std::vector<std::string> subscribers;
+
+  static const MessageType& getType();
+  friend bool operator==(const SensorState&, const SensorState&) = default;
+};
+
+struct QV_API SensorStates {
+  std::vector<SensorState> sensors;
+
+  static const MessageType& getType();
+  friend bool operator==(const SensorStates&, const SensorStates&) = default;
+};
+
+/** From `start` until before `end`, nanoseconds since the robot was made. */
+struct QV_API Fault {
+  std::string sensor;
+  std::string kind;
+  std::int64_t start = 0;
+  std::int64_t end = 0;
+
+  static const MessageType& getType();
+  friend bool operator==(const Fault&, const Fault&) = default;
+};
+
+/** What somebody asked of the robot: a name, and what it needs of the rest. */
+struct QV_API Command {
+  std::string name;
+  std::string sensor;
+  bool on = false;
+  std::vector<double> values;
+
+  static const MessageType& getType();
+  friend bool operator==(const Command&, const Command&) = default;
+};
+
+}  // namespace qv_msgs
+
+}  // namespace QV::ros2

@@ -1,0 +1,110 @@
+#include "sensor/perception/internal/depth_filter.h"
+
+#include <cstddef>
+
+#include "platform/ko/log.h"
+
+namespace QV::sensor {
+namespace {
+
+constexpr char kFilteringCategory[] = "Navigation.Sensor3D";
+// Millimetres between neighbours of one component.
+constexpr int kMaxDifference = 100;
+// As many whole frames' points are kept: with fewer, frames that differ find no list long enough.
+constexpr std::size_t kSpareFrames = 3;
+
+/** The pixels that have both a label and a depth. */
+void findRuns(const cv::Mat& depth, const cv::Mat_<int>& labels, vision::ComponentRuns& runs) {
+  runs.clear();
+  for (int y = 0; y < labels.rows; ++y) {
+    runs.beginRow(static_cast<std::size_t>(labels.cols));
+    const int* const label = labels[y];
+    const std::uint16_t* const pixels = depth.ptr<std::uint16_t>(y);
+    for (int x = 0; x < labels.cols;) {
+      const int begin = x;
+      while (x < labels.cols && label[x] == label[begin] && pixels[x] != 0) ++x;
+      if (x == begin) {
+        ++x;
+      } else if (label[begin] != 0) {
+        runs.append(begin, x, label[begin]);
+      }
+    }
+  }
+}
+
+}  // namespace
+
+void DepthFilter::filter(const cv::Mat& depth, const Extents& extents, int blobSize,
+                         std::vector<Points>& scans) {
+  xProjectRuns(depth, labeler.findRuns(depth, kMaxDifference), extents, blobSize, scans);
+}
+
+void DepthFilter::project(const cv::Mat& depth, const cv::Mat_<int>& labels, const Extents& extents,
+                          int blobSize, std::vector<Points>& scans) {
+  findRuns(depth, labels, labelRuns);
+  xProjectRuns(depth, labelRuns, extents, blobSize, scans);
+}
+
+void DepthFilter::xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& runs,
+                               const Extents& extents, int blobSize, std::vector<Points>& scans) {
+  projection.reset(depth.size(), extents);
+  xCountPoints(depth, runs);
+  std::erase_if(scans, [blobSize](const Points& points) {
+    return static_cast<int>(points.size()) < blobSize;
+  });
+  xMakeRoom(blobSize, scans);
+  spares.trim(kSpareFrames * depth.total());
+  for (int y = 0; y < depth.rows; ++y) {
+    projection.project(depth.ptr<std::uint16_t>(y), y, runs.getRow(y), nextPoints.data());
+  }
+}
+
+void DepthFilter::xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs) {
+  pointCounts.clear();
+  pixelBeyond.reset();
+  labelOrder.clear();
+  const bool logs = ko::log::isEnabled(ko::log::Level::error, kFilteringCategory);
+  for (int y = 0; y < depth.rows; ++y) {
+    const std::uint16_t* const pixels = depth.ptr<std::uint16_t>(y);
+    const bool beyond = DepthProjection::reachesBeyond(pixels, depth.cols);
+    const vision::ComponentRuns::Row row = runs.getRow(y);
+    for (std::size_t i = 0; i < row.count; ++i) {
+      const int begin = row.begins[i];
+      const int end = row.ends[i];
+      const int count = beyond ? xCountWithin(pixels + begin, pixels + end, logs) : end - begin;
+      const auto label = static_cast<std::size_t>(row.labels[i]);
+      if (label >= pointCounts.size()) pointCounts.resize(label + 1);
+      if (count > 0 && pointCounts[label] == 0) labelOrder.push_back(row.labels[i]);
+      pointCounts[label] += count;
+    }
+  }
+}
+
+/** How many of these pixels give a point; a line for each that does not. */
+int DepthFilter::xCountWithin(const std::uint16_t* pixel, const std::uint16_t* end, bool logs) {
+  int count = 0;
+  for (; pixel != end; ++pixel) {
+    if (*pixel <= DepthProjection::kMaxDepth) {
+      ++count;
+      continue;
+    }
+    pixelBeyond = *pixel;
+    if (logs) {
+      ko::log::error(kFilteringCategory, "xComputeXYZCoordinates")
+          << "Sensor3D filtering value x : " << *pixel;
+    }
+  }
+  return count;
+}
+
+void DepthFilter::xMakeRoom(int blobSize, std::vector<Points>& scans) {
+  nextPoints.assign(pointCounts.size(), nullptr);
+  for (const int label : labelOrder) {
+    const auto index = static_cast<std::size_t>(label);
+    if (pointCounts[index] < blobSize) continue;
+    scans.push_back(spares.take(static_cast<std::size_t>(pointCounts[index])));
+    nextPoints[index] = scans.back().data();
+  }
+}
+
+}  // namespace QV::sensor

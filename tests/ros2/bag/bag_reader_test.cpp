@@ -1,0 +1,252 @@
+#include "ros2/bag/bag_reader.h"
+
+#include <algorithm>
+#include <filesystem>
+#include <functional>
+#include <numeric>
+
+#include <gmock/gmock.h>
+
+#include "ros2/bag/bag_info.h"
+#include "ros2/bag/internal/bag_file.h"
+#include "tests/ros2/bag/small_bag.h"
+
+namespace QV::ros2 {
+namespace {
+
+using test::kSecond;
+using test::numbersFrom;
+using test::numbersIn;
+using test::SmallBag;
+using testing::ElementsAre;
+using testing::HasSubstr;
+
+constexpr std::uint8_t kChunk = 6;
+constexpr std::size_t kHead = 9;
+constexpr std::size_t kFooter = 29 + 8;
+
+/** The bytes of a recording, to be damaged. */
+struct Damaged {
+  std::string bytes;
+
+  template <typename Number>
+  Number get(std::size_t place) const {
+    Number number;
+    std::memcpy(&number, bytes.data() + place, sizeof number);
+    return number;
+  }
+  template <typename Number>
+  void put(std::size_t place, Number number) {
+    std::memcpy(bytes.data() + place, &number, sizeof number);
+  }
+  /** Where the record `index` of that kind begins. */
+  std::size_t find(std::uint8_t op, int index) const {
+    std::size_t place = 8;
+    while (get<std::uint8_t>(place) != op || index-- > 0)
+      place += kHead + get<std::uint64_t>(place + 1);
+    return place;
+  }
+  std::size_t summary() const { return get<std::uint64_t>(bytes.size() - kFooter + kHead); }
+  void dropSummary() { bytes.resize(summary() - 13); }
+  void dropSummaryCrc() { put(bytes.size() - 12, 0u); }
+};
+
+struct BagReaderTest : testing::Test {
+  /** Ten messages in each of ten chunks. */
+  Damaged make(Compression compression = Compression::none) {
+    SmallBag(path, {compression, std::size_t{1} << 20, kSecond}).write(100);
+    return {test::readBytes(path)};
+  }
+  void write(const Damaged& damaged) { folder.write("run.mcap", damaged.bytes); }
+
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "run.mcap";
+};
+
+/** All messages but those of the second chunk. */
+std::vector<int> withoutSecondChunk() {
+  std::vector<int> numbers = numbersFrom(0, 99);
+  numbers.erase(numbers.begin() + 10, numbers.begin() + 20);
+  return numbers;
+}
+
+TEST_F(BagReaderTest, aDamagedChunkIsSkippedAndCounted) {
+  const Damaged whole = make(Compression::zstd);
+  const std::size_t second = whole.find(kChunk, 1);
+  const std::size_t packed = second + kHead + 44;
+  using Damage = std::function<void(Damaged&)>;
+  const std::pair<Damage, const char*> kDamages[] = {
+      {[&](Damaged& file) { file.bytes[packed + 60] ^= 1; }, ""},
+      {[&](Damaged& file) { file.put(second + kHead + 24, 1u); }, "CRC is wrong"},
+      {[&](Damaged& file) { file.bytes[second + kHead + 32] = 'Z'; },
+       "compression zstd, lz4 or none expected, \"Zstd\" given"},
+      {[&](Damaged& file) { file.put(second + kHead + 36, ~std::uint64_t{0}); },
+       "18446744073709551615 bytes expected, "},
+      {[&](Damaged& file) { file.put(second + kHead + 16, std::uint64_t{5} << 30); },
+       "up to 536870912 bytes expected, 5368709120 given"},
+      {[&](Damaged& file) { file.put(second + kHead + 16, std::uint64_t{9}); }, "zstd: "}};
+  for (const bool indexed : {true, false}) {
+    for (const auto& [damage, text] : kDamages) {
+      Damaged file = whole;
+      damage(file);
+      if (!indexed) file.dropSummary();
+      write(file);
+      BagReader sut(path);
+      EXPECT_EQ(numbersIn(sut), withoutSecondChunk());
+      EXPECT_EQ(sut.getDamage().chunks, 1u);
+      const std::string expected =
+          path + ": byte " + std::to_string(second) + ": chunk skipped: " + text;
+      EXPECT_THAT(sut.getDamage().lines, testing::Contains(HasSubstr(expected)));
+    }
+  }
+}
+
+TEST_F(BagReaderTest, aLengthThatLiesCostsOneChunkWithAnIndexAndTheRestWithoutIt) {
+  Damaged file = make();
+  const std::size_t second = file.find(kChunk, 1);
+  file.put(second + 1, ~std::uint64_t{0});
+  write(file);
+  EXPECT_EQ(numbersIn(path), withoutSecondChunk());
+  file.dropSummary();
+  write(file);
+  BagReader sut(path);
+  EXPECT_EQ(numbersIn(sut), numbersFrom(0, 9));
+  EXPECT_THAT(sut.getDamage().lines.back(),
+              path + ": byte " + std::to_string(second) + ": the file is cut here");
+}
+
+TEST_F(BagReaderTest, aSummaryThatCanNotBeTrustedIsDoneWithout) {
+  const Damaged whole = make();
+  const std::size_t index = whole.find(8, 3) + kHead;
+  using Damage = std::function<void(Damaged&)>;
+  const std::pair<Damage, const char*> kDamages[] = {
+      {[&](Damaged& file) { file.bytes[index] ^= 1; }, "the summary's CRC is wrong"},
+      {[&](Damaged& file) { file.put(index + 16, std::uint64_t{1} << 60); },
+       "a chunk outside of the data"},
+      {[&](Damaged& file) { file.put(index + 24, ~std::uint64_t{0}); },
+       "a chunk outside of the data"},
+      {[&](Damaged& file) { file.put(index + 16, std::uint64_t{whole.find(kChunk, 0) + 9}); },
+       "chunks overlap"},
+      {[&](Damaged& file) { file.put(index + 24, std::uint64_t{20}); },
+       "no chunk where the index says"},
+      {[&](Damaged& file) { file.bytes[index - kHead] = 0x70; }, "no index of all chunks"},
+      {[&](Damaged& file) { file.put(file.bytes.size() - kFooter + kHead, ~std::uint64_t{0}); },
+       "no summary"},
+      {[&](Damaged& file) { file.put(index - 8, ~std::uint64_t{0}); }, "bytes expected"}};
+  for (const auto& [damage, text] : kDamages) {
+    Damaged file = whole;
+    damage(file);
+    if (text != kDamages[0].second) file.dropSummaryCrc();
+    write(file);
+    BagReader sut(path);
+    EXPECT_EQ(numbersIn(sut), numbersFrom(0, 99)) << text;
+    EXPECT_THAT(sut.getDamage().lines, ElementsAre(HasSubstr(text)));
+  }
+}
+
+TEST_F(BagReaderTest, cutAnywhereGivesThePartBefore) {
+  const Damaged whole = make();
+  std::size_t before = 0;
+  for (std::size_t size = 8; size < whole.bytes.size(); size += 3) {
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(whole.bytes.data());
+    const Bytes cut(bytes, bytes + size);
+    const auto sut = openMcap(openMemory(cut), "cut", BagOrder::time);
+    const std::vector<int> numbers = numbersIn(*sut);
+    ASSERT_EQ(numbers, numbersFrom(0, static_cast<int>(numbers.size()) - 1));
+    ASSERT_GE(numbers.size(), before);
+    ASSERT_FALSE(sut->getDamage().lines.empty());
+    before = numbers.size();
+  }
+  EXPECT_EQ(before, 100u);
+}
+
+TEST_F(BagReaderTest, aFlippedBitAnywhereGivesNothingThatWasNotWritten) {
+  const Damaged whole = make(Compression::lz4);
+  for (std::size_t place = 8; place < whole.bytes.size(); ++place) {
+    const auto* const bytes = reinterpret_cast<const std::uint8_t*>(whole.bytes.data());
+    Bytes flipped(bytes, bytes + whole.bytes.size());
+    flipped[place] ^= static_cast<std::uint8_t>(1 << place % 8);
+    const auto sut = openMcap(openMemory(flipped), "flipped", BagOrder::time);
+    const std::vector<int> numbers = numbersIn(*sut);
+    ASSERT_THAT(numbers, testing::Not(testing::Contains(-1))) << place;
+    ASSERT_GE(numbers.size(), 90u) << place;
+  }
+}
+
+TEST_F(BagReaderTest, messagesOutOfOrderComeInOrderInBoundedMemory) {
+  std::vector<std::uint64_t> times(5000);
+  {
+    BagWriter writer(path, {Compression::none, 2000, ~std::uint64_t{0}});
+    const auto topic = writer.addTopic(makeBagTopic("/text", std_msgs::String::getType()));
+    for (std::size_t i = 0; i < times.size(); ++i)
+      writer.write(topic, times[i] = i * 7919 % times.size(), std_msgs::String{std::to_string(i)});
+  }
+  // All of its chunks overlap, and one at a time may be open.
+  const auto sut = openMcap(openFile(path), path, BagOrder::time, {1 << 20, 1});
+  for (std::size_t time = 0; time < times.size(); ++time) {
+    const auto message = sut->next();
+    ASSERT_TRUE(message);
+    ASSERT_EQ(message->logTime, time);
+    const auto text = fromCdr<std_msgs::String>(message->data).data;
+    ASSERT_EQ(times[std::stoul(text)], time);
+  }
+  EXPECT_FALSE(sut->next());
+  sut->seek(4321);
+  EXPECT_EQ(sut->next()->logTime, 4321u);
+  sut->seek(5000);
+  EXPECT_FALSE(sut->next());
+}
+
+TEST_F(BagReaderTest, infoCountsRatesAndGaps) {
+  {
+    SmallBag bag(path);
+    bag.write(21);
+    bag.writer.write(bag.texts, 20 * kSecond, std_msgs::String{"late"});
+    bag.writer.addTopic(makeBagTopic("/silent", std_msgs::String::getType()));
+  }
+  const BagInfo sut = readBagInfo(path);
+  EXPECT_EQ(sut.count, 22u);
+  EXPECT_EQ(sut.startTime, 10 * kSecond);
+  EXPECT_EQ(sut.endTime, 20 * kSecond);
+  EXPECT_EQ(sut.fileBytes, std::filesystem::file_size(path));
+  ASSERT_EQ(sut.topics.size(), 3u);
+  EXPECT_EQ(sut.topics[0].topic.name, "/range");
+  EXPECT_DOUBLE_EQ(sut.topics[0].rate, 5.0);
+  EXPECT_EQ(sut.topics[0].longestGap, kSecond / 5);
+  EXPECT_EQ(sut.topics[1].count, 0u);
+  EXPECT_EQ(sut.topics[2].longestGap, 8 * kSecond);
+}
+
+std::string refusalOf(const std::string& path) {
+  try {
+    BagReader sut(path);
+  } catch (const std::runtime_error& error) {
+    return error.what();
+  }
+  return "opened";
+}
+
+TEST_F(BagReaderTest, whatIsNoRecordingIsRefused) {
+  const auto expectRefusal = [](const std::string& path, const std::string& text) {
+    EXPECT_EQ(refusalOf(path), path + ": " + text);
+  };
+  expectRefusal(folder / "none.mcap", "No such file or directory");
+  expectRefusal(folder.string(), "a metadata.yaml expected, there is none");
+  const std::string noMagic = "byte 0: the magic of MCAP expected, other bytes given";
+  expectRefusal(folder.write("empty.mcap", ""), noMagic);
+  expectRefusal(folder.write("text.mcap", "{\"sensor\": 1}\n"), noMagic);
+  expectRefusal(folder.write("whole.mcap.zstd", "\x28\xb5\x2f\xfd rest"),
+                "a recording expected, a file packed by zstd given: unpack it");
+  expectRefusal(folder.write("other.db3", std::string("SQLite format 3\0", 16)),
+                "a recording of rosbag2 expected: file is not a database");
+  folder.write("metadata.yaml",
+               "rosbag2_bagfile_information:\n  relative_file_paths: [../a.mcap]\n");
+  expectRefusal(folder.string(), "a file a.mcap expected, there is none");
+  folder.write("metadata.yaml", "rosbag2_bagfile_information:\n  relative_file_paths: {{\n");
+  EXPECT_THAT(refusalOf(folder.string()), HasSubstr("yaml-cpp: error at line"));
+  make();
+  EXPECT_THROW(recoverBag(path, path), std::invalid_argument);
+}
+
+}  // namespace
+}  // namespace QV::ros2
