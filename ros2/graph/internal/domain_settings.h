@@ -7,6 +7,6 @@
 namespace QV::ros2 {
 
 /** The engine's configuration. */
-std::string settingsOf(const GraphOptions& options);
+QV_API std::string settingsOf(const GraphOptions& options);
 
 }  // namespace QV::ros2

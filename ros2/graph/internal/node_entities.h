@@ -20,8 +20,8 @@ struct NodeEntities {
 };
 
 /** What tells the nodes of a participant ("ros_discovery_info"). */
-const MessageType& getNodesType(RosDistro distro);
-Bytes encodeNodes(RosDistro distro, const Guid& participant,
-                  const std::vector<const NodeEntities*>& nodes);
+QV_API const MessageType& getNodesType(RosDistro distro);
+QV_API Bytes encodeNodes(RosDistro distro, const Guid& participant,
+                         const std::vector<const NodeEntities*>& nodes);
 
 }  // namespace QV::ros2
