@@ -132,7 +132,9 @@ void addDriveCommand(CLI::App& program) {
   command->add_option("--speed", options->speed, "m/s")->capture_default_str();
   command->add_option("--turn-speed", options->turnSpeed, "rad/s, on the spot at each corner")
       ->capture_default_str();
-  command->add_option("-o,--output", options->output, "file for the records, one JSON per line")
+  command
+      ->add_option("-o,--output", options->output,
+                   "file for the records: .csv has a line per point, any other one JSON per line")
       ->check(namesAFile);
   command->add_option("--picture", options->picture, "PNG of the run")->check(namesAFile);
   command->callback([options] { drive(*options); });

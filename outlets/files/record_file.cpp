@@ -13,9 +13,7 @@ RecordFile::RecordFile(const std::string& path)
 }
 
 void RecordFile::show(const session::Snapshot& snapshot) {
-  for (const auto& sensor : snapshot.sensors) {
-    for (const auto& record : sensor.records) xWrite(record, snapshot);
-  }
+  for (const auto& record : session::recordsOf(snapshot)) xWrite(record, snapshot);
   xCheck();
 }
 

@@ -12,6 +12,7 @@
 #include "outlets/web/internal/request_queue.h"
 #include "outlets/web/internal/web_guard.h"
 #include "outlets/web/internal/web_server.h"
+#include "session/internal/command.h"
 #include "session/internal/log_ring.h"
 
 namespace QV::outlets {
@@ -45,11 +46,12 @@ class LiveServer::Impl {
     for (const auto& outlet : webOutlets) outlets.add(outlet);
   }
 
+  // Its clients go, and with them what they wanted.
+  ~Impl() { session.setDemand({}); }
+
   void runBriefly() {
     for (const LiveRequest& request : requests.takeUntil(ranUntil + kTick)) execute(request);
-    session::Demand demand = outlets.getDemand();
-    session::addDemand(demand, ownDemand);
-    session.setDemand(demand);
+    session.setDemand(outlets.getDemand());
     const auto now = MachineClock::now();
     const auto passed = std::min<MachineClock::duration>(now - ranUntil, kMostAtOnce);
     ranUntil = now;
@@ -76,7 +78,6 @@ class LiveServer::Impl {
   session::LogRing& log;
   RequestQueue requests;
   session::Session& session;
-  session::Demand ownDemand;
   OutletList outlets;
   const std::vector<std::shared_ptr<WebOutlet>> webOutlets;
   LiveHub hub;
@@ -110,7 +111,7 @@ void LiveServer::add(std::shared_ptr<Outlet> outlet) {
 }
 
 void LiveServer::subscribe(const std::set<std::string>& sensorsOrFamilies) {
-  impl->ownDemand[kSubscriber].insert(sensorsOrFamilies.begin(), sensorsOrFamilies.end());
+  impl->session.subscribe(kSubscriber, sensorsOrFamilies);
 }
 
 void LiveServer::runBriefly() {

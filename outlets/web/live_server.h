@@ -36,7 +36,7 @@ class QV_API LiveServer {
   /** Shows the session there, too, ten times a second. */
   void add(std::shared_ptr<Outlet> outlet);
 
-  /** As "live view", until the end. */
+  /** As "live view", as long as the session lasts; UsageError for a name that there is not. */
   void subscribe(const std::set<std::string>& sensorsOrFamilies);
 
   /** Goes on for about 20 ms: does what clients ask for, and shows them what is new. */

@@ -62,7 +62,7 @@ struct Wisher : Outlet {
 TEST_F(PageFeedTest, severalOutletsAreOneThatShowsTheWatchedOnesOnly) {
   const auto wisher = std::make_shared<Wisher>();
   OutletList list;
-  list.add(std::make_shared<PageFeed>(robot, requests));
+  list.add(std::make_shared<PageFeed>(*robot, requests));
   list.add(wisher);
   EXPECT_THAT(list.getDemand(),
               ElementsAre(Pair("page 1", ElementsAre("A")), Pair("wisher", ElementsAre("Laser"))));
