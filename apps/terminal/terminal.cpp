@@ -68,7 +68,7 @@ std::vector<Key> Terminal::readKeys(int milliseconds) {
   pollfd wanted{input, POLLIN, 0};
   if (poll(&wanted, 1, milliseconds) <= 0) return {};
   std::array<char, 64> bytes;
-  const auto count = read(input, bytes.data(), bytes.size());
+  const auto count = ::read(input, bytes.data(), bytes.size());
   if (count < 0 && errno == EINTR) return {};
   if (count <= 0) return {Key::quit};
   return reader.feed({bytes.data(), static_cast<std::size_t>(count)});
