@@ -18,6 +18,7 @@
 #include "bench/timing.h"
 #include "platform/ko/log.h"
 #include "platform/ko/simulated_time.h"
+#include "platform/vision/internal/component_labeler.h"
 #include "platform/vision/video_codes.h"
 #include "robot/services/video_device.h"
 #include "sensor/perception/sensor_3d.h"

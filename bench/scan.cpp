@@ -16,6 +16,7 @@
 #include "bench/free_poses.h"
 #include "bench/timing.h"
 #include "platform/navigation/internal/scan_path.h"
+#include "platform/navigation/internal/scan_store.h"
 #include "robot/maps/map_files.h"
 
 #ifdef QV_BENCH_MRPT

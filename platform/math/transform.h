@@ -34,7 +34,7 @@ struct QV_API Transform {
 
  private:
   static std::size_t index(int row, int column) {
-    return static_cast<std::size_t>(row * 4 + column);
+    return static_cast<std::size_t>(row) * 4 + static_cast<std::size_t>(column);
   }
 };
 

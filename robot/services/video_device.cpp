@@ -43,6 +43,7 @@ void VideoDevice::removeCamera(int index) {
 std::vector<std::string> VideoDevice::getHandles() const {
   Lock lock(mutex);
   std::vector<std::string> handles;
+  handles.reserve(clients.size());
   for (const auto& entry : clients) handles.push_back(entry.first);
   return handles;
 }
@@ -100,7 +101,7 @@ std::string VideoDevice::xSubscribe(const std::string& name, int camera, int res
                               frameRate);
   Lock lock(mutex);
   names.push_back(name);
-  const std::string handle = name + "_" + std::to_string(names.size());
+  std::string handle = name + "_" + std::to_string(names.size());
   clients.emplace(handle, Client{camera, {width, height}, interval});
   return handle;
 }
@@ -125,7 +126,7 @@ QVValue VideoDevice::xGetImage(const std::string& handle) {
     asked = client;
   }
   // Without the lock: a source may take its time.
-  const QVValue image = xCapture(*xDevice(asked.camera), asked.size, now);
+  QVValue image = xCapture(*xDevice(asked.camera), asked.size, now);
   Lock lock(mutex);
   Client& client = xClient(handle);
   client.image = image;

@@ -96,10 +96,11 @@ bool Sensor::xCallHardware(bool (Sensor::*call)(), const char* method) {
   try {
     if ((this->*call)()) return true;
   } catch (...) {
-    xKeepCaught(kSensorCategory, method);
+    xKeepCaught(ko::log::Level::error, kSensorCategory, method);
     throw;
   }
-  if (count() == before) keepTrouble(kSensorCategory, method, "The hardware failed.");
+  if (count() == before)
+    keepTrouble(ko::log::Level::error, kSensorCategory, method, "The hardware failed.");
   return false;
 }
 
@@ -119,26 +120,28 @@ void Sensor::logTrouble(ko::log::Level level, std::string_view category, std::st
   ko::log::write(level, category, method, message);
 }
 
-void Sensor::keepTrouble(std::string_view category, std::string_view method,
+void Sensor::keepTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                          const std::string& message) const {
-  xKeep({ko::log::Level::error, std::string(category), std::string(method), message,
-         ko::Clock::now()});
+  xKeep({level, std::string(category), std::string(method), message, ko::Clock::now()});
 }
 
-void Sensor::xKeepCaught(std::string_view category, std::string_view method) const {
+void Sensor::xKeepCaught(ko::log::Level level, std::string_view category,
+                         std::string_view method) const {
   try {
     throw;
   } catch (const std::exception& exception) {
-    keepTrouble(category, method, exception.what());
+    keepTrouble(level, category, method, exception.what());
   } catch (...) {
-    keepTrouble(category, method, "not a standard exception");
+    keepTrouble(level, category, method, "not a standard exception");
   }
 }
 
 void Sensor::xKeep(ko::log::Record record) const {
+  using ko::log::Level;
   std::lock_guard<std::mutex> lock(troubleMutex);
-  lastTrouble = std::move(record);
   ++troubleCount;
+  if (record.level > Level::warning && lastTrouble && lastTrouble->level <= Level::warning) return;
+  lastTrouble = std::move(record);
 }
 
 }  // namespace QV::sensor

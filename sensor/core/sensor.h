@@ -64,8 +64,9 @@ class QV_API Sensor {
   std::set<std::string> getSubscribers() const;
 
   /**
-   * Why it fails: the last line that was written on its behalf, with its time, or what its hardware
-   * threw. Stays after a repair; nothing if it never had trouble. Never waits for hardware.
+   * Why it fails: the last warning or error on its behalf, with its time, or what its hardware
+   * threw; if there is none, what it last passed over in silence, at info. Stays after a repair.
+   * Never waits for hardware.
    */
   std::optional<ko::log::Record> getLastTrouble() const;
 
@@ -75,8 +76,11 @@ class QV_API Sensor {
    */
   void logTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                   const std::string& message) const;
-  /** Keeps an error as the last trouble without a line in the log. */
-  void keepTrouble(std::string_view category, std::string_view method,
+  /**
+   * Keeps a last trouble without a line in the log. One at info, such as a value that is not there
+   * yet, takes the place of others at info only.
+   */
+  void keepTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                    const std::string& message) const;
 
   bool isEnabled() const { return enabled; }
@@ -85,7 +89,7 @@ class QV_API Sensor {
 
  protected:
   /** keepTrouble with what the exception says that is being handled. */
-  void xKeepCaught(std::string_view category, std::string_view method) const;
+  void xKeepCaught(ko::log::Level level, std::string_view category, std::string_view method) const;
 
   std::string name;
   std::string familyName;

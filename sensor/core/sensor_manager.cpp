@@ -327,7 +327,7 @@ void SensorManager::xGather(const std::string& name, const Sensor& sensor, Recor
     if (xChangesGathering(name, false)) {
       sensor.logTrouble(ko::log::Level::error, kManagerCategory, "xUpdateData", message);
     } else {
-      sensor.keepTrouble(kManagerCategory, "xUpdateData", message);
+      sensor.keepTrouble(ko::log::Level::error, kManagerCategory, "xUpdateData", message);
     }
   }
 }

@@ -108,9 +108,8 @@ class QV_API SensorManager {
   std::vector<Math::MetricalData> getMetricalData(std::initializer_list<std::string> names) const;
 
   /**
-   * Why a sensor fails: the last warning or error about it, its time and all; for one that could
-   * not be built, under its name in the robot's description. Stays after a repair; nothing for one
-   * that never had trouble, or that nobody knows. Never waits for hardware.
+   * Why a sensor fails, as Sensor::getLastTrouble has it; for one that could not be built, under
+   * its name in the robot's description. Nothing for one that nobody knows.
    */
   std::optional<ko::log::Record> getLastTrouble(const std::string& sensorName) const;
 

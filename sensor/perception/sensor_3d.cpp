@@ -164,7 +164,7 @@ bool Sensor3D::xFilterScan(QVImage& image, std::vector<Points>& scans) {
     xKeepPixelBeyond();
     return true;
   } catch (const std::exception&) {
-    xKeepCaught(kDepthCategory, "xFilterScan");
+    xKeepCaught(ko::log::Level::error, kDepthCategory, "xFilterScan");
     return false;
   }
 }
@@ -179,7 +179,7 @@ void Sensor3D::xComputeXYZCoordinates(const cv::Mat& depth, const cv::Mat_<int>&
 void Sensor3D::xKeepPixelBeyond() const {
   const auto pixel = depthFilter->getPixelBeyond();
   if (!pixel) return;
-  keepTrouble(kDepthCategory, "xComputeXYZCoordinates",
+  keepTrouble(ko::log::Level::error, kDepthCategory, "xComputeXYZCoordinates",
               "Sensor3D filtering value x : " + std::to_string(*pixel));
 }
 

@@ -90,7 +90,7 @@ std::vector<Math::MetricalData> TouchSensor::xGetData() const {
       record.sensorTransform =
           Math::Transform(motionProxy.getTransform(group, MotionContract::kGroundFrame, true));
     } catch (...) {
-      xKeepCaught(kTouchCategory, "xGetData");
+      xKeepCaught(ko::log::Level::info, kTouchCategory, "xGetData");
       continue;
     }
     record.points = {Math::Position3D(kPointDepth, 0.0f, 0.0f)};

@@ -52,7 +52,7 @@ std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
   try {
     detected = memoryProxy->getData(memoryKeys.at(0)).toFloat() > kDetectedAbove;
   } catch (...) {
-    xKeepCaught(kBlindZoneCategory, "xGetData");
+    xKeepCaught(ko::log::Level::info, kBlindZoneCategory, "xGetData");
     return {};
   }
   if (lastDetection != detected) xAnnounce(detected, record.sensorTransform);

@@ -60,7 +60,7 @@ std::vector<Math::MetricalData> LaserSensor::xGetData() const {
   try {
     record.points = xReadPoints();
   } catch (...) {
-    xKeepCaught(kLaserCategory, "xGetData");
+    xKeepCaught(ko::log::Level::info, kLaserCategory, "xGetData");
     return {};
   }
   return result;

@@ -40,7 +40,7 @@ std::vector<Math::MetricalData> SonarSensor::xGetData() const {
   try {
     range = memoryProxy->getData(memoryKeys[0]).toFloat();
   } catch (...) {
-    xKeepCaught(kSonarCategory, "xGetData");
+    xKeepCaught(ko::log::Level::info, kSonarCategory, "xGetData");
     return {};
   }
   Math::Transform transform;

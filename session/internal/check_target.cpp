@@ -9,7 +9,8 @@ namespace QV::session {
 
 std::string CheckTarget::findTrouble(const std::string& sensor, ko::Clock::time_point start) {
   const auto line = getManager().getLastTrouble(sensor);
-  return line && line->timestamp >= start ? line->message : std::string();
+  const bool matters = line && line->level <= ko::log::Level::warning && line->timestamp >= start;
+  return matters ? line->message : std::string();
 }
 
 SensorNature ManagerTarget::getNature(const std::string& name) {

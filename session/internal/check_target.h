@@ -24,7 +24,7 @@ class CheckTarget {
   virtual bool canTurn() const { return false; }
   /** On the spot, radians. */
   virtual void turn(float) {}
-  /** What the sensor said at `start` or later; empty if nothing. */
+  /** What the sensor warned of at `start` or later; empty if nothing. */
   std::string findTrouble(const std::string& sensor, ko::Clock::time_point start);
   /** What the sensor reads and nobody writes. */
   virtual std::string findMissing(const std::string&) { return {}; }

@@ -51,7 +51,7 @@ void SensorLook::xLookAtSwitches(SensorState& sensor) {
   if (!switches.isBusy()) known = manager.getSensorPtr(sensor.name)->getSubscribers();
   sensor.subscribers = known;
   const auto trouble = manager.getLastTrouble(sensor.name);
-  if (!trouble) return;
+  if (!trouble || trouble->level > ko::log::Level::warning) return;
   sensor.trouble = trouble->message;
   sensor.troubleAge = inSeconds(ko::Clock::now() - trouble->timestamp);
 }

@@ -86,6 +86,7 @@ cv::Point MapCanvas::toPixel(const Math::Position2D& world) const {
 void MapCanvas::drawPolyline(const std::vector<Math::Position2D>& world, const cv::Scalar& colour,
                              int thickness) {
   std::vector<cv::Point> pixels;
+  pixels.reserve(world.size());
   for (const auto& position : world) pixels.push_back(toPixel(position));
   cv::polylines(image, pixels, false, colour, thickness, cv::LINE_AA, kShift);
 }
@@ -93,6 +94,7 @@ void MapCanvas::drawPolyline(const std::vector<Math::Position2D>& world, const c
 void MapCanvas::fillPolygon(const std::vector<Math::Position2D>& world, const cv::Scalar& colour,
                             double opacity) {
   std::vector<cv::Point> pixels;
+  pixels.reserve(world.size());
   for (const auto& position : world) pixels.push_back(toPixel(position));
   cv::Mat filled = image.clone();
   cv::fillPoly(filled, std::vector<std::vector<cv::Point>>{pixels}, colour, cv::LINE_AA, kShift);

@@ -30,7 +30,7 @@ class Fields {
 
   std::string sensor() const {
     const json& field = get("sensor");
-    const auto name = field.is_string() ? field.get<std::string>() : std::string();
+    auto name = field.is_string() ? field.get<std::string>() : std::string();
     if (sensors.count(name) == 0) refuse("sensor", "the name of a sensor");
     return name;
   }

@@ -31,6 +31,7 @@ std::vector<Math::Position2D> thinned(const std::vector<Math::Position2D>& point
 
 std::vector<Math::Position2D> pagePointsOf(const session::Marks& marks) {
   std::vector<Math::Position2D> points;
+  points.reserve(marks.hits.size());
   for (const auto& hit : marks.hits) points.emplace_back(hit.x, hit.y);
   for (const auto& echo : marks.echoes) {
     for (const auto& place : positionsOn(echo, kArcPoints)) points.emplace_back(place.x, place.y);

@@ -10,12 +10,12 @@ namespace ko::detail {
 
 FutureState::FutureState(boost::function<void()> call, boost::shared_ptr<Scheduler> scheduler,
                          Duration delay)
-    : scheduler(scheduler),
-      turn{later(scheduler->now(), delay), nextOrder()},
+    : scheduler(std::move(scheduler)),
+      turn{later(this->scheduler->now(), delay), nextOrder()},
       call(std::move(call)) {}
 
 boost::shared_ptr<FutureState> FutureState::start(boost::function<void()> call, Duration delay) {
-  const auto state = boost::make_shared<FutureState>(std::move(call), currentScheduler(), delay);
+  auto state = boost::make_shared<FutureState>(std::move(call), currentScheduler(), delay);
   if (!state->scheduler->schedule(state->turn, state)) state->drop();
   return state;
 }

@@ -34,6 +34,7 @@ std::optional<std::string> findExpected(const PropertyRule& rule, const std::str
 
 std::vector<std::string> namesOf(const SensorKind& kind) {
   std::vector<std::string> names;
+  names.reserve(kind.properties.size() + commonProperties().size());
   for (const PropertyRule& rule : kind.properties) names.push_back(rule.name);
   for (const PropertyRule& rule : commonProperties()) names.push_back(rule.name);
   return names;

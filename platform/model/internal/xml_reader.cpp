@@ -100,7 +100,7 @@ std::string requiredText(const XMLElement& element, const char* attribute) {
 }
 
 std::string requiredLink(const XMLElement& element, const LinkElements& links) {
-  const std::string link = requiredText(element, "link");
+  std::string link = requiredText(element, "link");
   if (!links.contains(link)) {
     fail(element, "a link of this robot expected, there is no " + quoted(link));
   }

@@ -38,7 +38,7 @@ bool isUsed(const StripImage::Block& block, int row) {
 
 StripImage::StripImage(int columns, int rows)
     : strips(static_cast<std::size_t>((columns + kStripColumns - 1) / kStripColumns)) {
-  const auto groups = static_cast<std::size_t>((rows + 2) / kGroupRows + 1 + kGroupsBelow);
+  const auto groups = static_cast<std::size_t>((rows + 2) / kGroupRows) + 1 + kGroupsBelow;
   blocks.reserve(strips * groups);
   useLargePages(blocks.data(), blocks.capacity() * sizeof(Block));
   blocks.resize(strips * groups);

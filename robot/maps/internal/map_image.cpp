@@ -19,7 +19,7 @@ constexpr std::size_t kMostImageBytes = std::numeric_limits<std::int32_t>::max()
 cv::Mat decodePng(const std::string& png) {
   std::string bytes = keepCriticalChunks(png);
   const cv::Mat wrapped(1, static_cast<int>(bytes.size()), CV_8U, bytes.data());
-  const cv::Mat image = cv::imdecode(wrapped, cv::IMREAD_UNCHANGED);
+  cv::Mat image = cv::imdecode(wrapped, cv::IMREAD_UNCHANGED);
   if (image.empty()) throw std::runtime_error("a whole PNG image expected");
   if (image.depth() != CV_8U) throw std::runtime_error("a PNG of 8 bits a channel expected");
   return image;

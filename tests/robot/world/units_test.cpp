@@ -14,7 +14,7 @@
 namespace QV::robot {
 namespace {
 
-constexpr float kPi = std::numbers::pi_v<float>;
+constexpr float kHalfTurn = std::numbers::pi_v<float>;
 
 std::string sensor(const std::string& name, const std::string& type, const std::string& inside) {
   return "<sensor name='" + name + "' type='" + type + "'>" + inside + "</sensor>";
@@ -131,7 +131,7 @@ TEST(Units, aTouchPressesTheBumpersThatCoverItOrElseTheNearest) {
   };
   EXPECT_THAT(touchedAt(0.4f), ElementsAre("Front", "Left"));
   EXPECT_THAT(touchedAt(-0.4f), ElementsAre("Front"));
-  EXPECT_THAT(touchedAt(-kPi), ElementsAre("Back"));
+  EXPECT_THAT(touchedAt(-kHalfTurn), ElementsAre("Back"));
   EXPECT_THAT(touchedAt(-1.5f), ElementsAre("Front")) << "no bumper covers it";
   EXPECT_THAT(touchedAt(std::nullopt), IsEmpty());
 }

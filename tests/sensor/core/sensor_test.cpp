@@ -41,6 +41,8 @@ TEST_F(SensorTest, keepsItsLastTroubleAlsoWhenTheLogDoesNotWantIt) {
     return trouble ? trouble->method + ": " + trouble->message : "";
   };
   EXPECT_EQ(troubleOf(sut), "");
+  sut.keepTrouble(ko::log::Level::info, "Test", "read", "Not there yet.");
+  EXPECT_EQ(troubleOf(sut), "read: Not there yet.");
   sut.subscribeSucceeds = false;
   sut.subscribe("a");
   EXPECT_EQ(troubleOf(sut), "xSubscribeToHardware: The hardware failed.");
@@ -49,6 +51,7 @@ TEST_F(SensorTest, keepsItsLastTroubleAlsoWhenTheLogDoesNotWantIt) {
   EXPECT_EQ(troubleOf(sut), "start: No power.");
   sut.onStart = [] { throw std::runtime_error("no bus"); };
   EXPECT_THROW(sut.setDiagnosis(true), std::runtime_error);
+  sut.keepTrouble(ko::log::Level::info, "Test", "read", "Not there yet.");
   EXPECT_EQ(troubleOf(sut), "xSubscribeToHardware: no bus");
   ko::log::resetLevel("Test");
 }

@@ -46,6 +46,7 @@ void FaultPlan::clear(const std::string& sensor) {
 
 std::vector<std::string> FaultPlan::getSensors() const {
   std::vector<std::string> names;
+  names.reserve(possible.size());
   for (const auto& [name, kinds] : possible) names.push_back(name);
   return names;
 }
