@@ -6,15 +6,11 @@
 #include "session/internal/session_parts.h"
 
 namespace QV::session {
-namespace {
 
-std::string textSince(const sensor::LastTrouble& trouble, const std::string& sensor,
-                      ko::Clock::time_point start) {
-  const auto line = trouble.get(sensor);
+std::string CheckTarget::findTrouble(const std::string& sensor, ko::Clock::time_point start) {
+  const auto line = getManager().getLastTrouble(sensor);
   return line && line->timestamp >= start ? line->message : std::string();
 }
-
-}  // namespace
 
 SensorNature ManagerTarget::getNature(const std::string& name) {
   const auto sensor = manager.getSensorPtr(name);
@@ -27,10 +23,6 @@ void ManagerTarget::wait(ko::Duration duration) {
       boost::chrono::duration_cast<boost::chrono::milliseconds>(duration).count()));
 }
 
-std::string ManagerTarget::findTrouble(const std::string& sensor, ko::Clock::time_point start) {
-  return textSince(trouble, sensor, start);
-}
-
 SessionTarget::SessionTarget(Session& session) : session(session), robot(robotOf(session)) {}
 
 SensorNature SessionTarget::getNature(const std::string& sensor) {
@@ -40,10 +32,6 @@ SensorNature SessionTarget::getNature(const std::string& sensor) {
 void SessionTarget::turn(float angle) {
   const Math::Pose2D pose = robot.getPose();
   session.setPose({pose.x, pose.y, pose.theta + angle});
-}
-
-std::string SessionTarget::findTrouble(const std::string& sensor, ko::Clock::time_point start) {
-  return textSince(robot.getNavigation().getLastTrouble(), sensor, start);
 }
 
 std::string SessionTarget::findMissing(const std::string& sensor) {

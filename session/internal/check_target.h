@@ -4,7 +4,6 @@
 #include <string>
 
 #include "sensor/core/sensor_manager.h"
-#include "sensor/hosting/last_trouble.h"
 #include "session/internal/observation.h"
 #include "session/internal/session_robot.h"
 #include "session/session.h"
@@ -26,7 +25,7 @@ class CheckTarget {
   /** On the spot, radians. */
   virtual void turn(float) {}
   /** What the sensor said at `start` or later; empty if nothing. */
-  virtual std::string findTrouble(const std::string& sensor, ko::Clock::time_point start) = 0;
+  std::string findTrouble(const std::string& sensor, ko::Clock::time_point start);
   /** What the sensor reads and nobody writes. */
   virtual std::string findMissing(const std::string&) { return {}; }
   /** By name, the families of described sensors that there are not. */
@@ -42,12 +41,10 @@ class ManagerTarget : public CheckTarget {
   sensor::SensorManager& getManager() override { return manager; }
   SensorNature getNature(const std::string& sensor) override;
   void wait(ko::Duration duration) override;
-  std::string findTrouble(const std::string& sensor, ko::Clock::time_point start) override;
 
  private:
   sensor::SensorManager& manager;
   const Model::SensorKinds& kinds;
-  sensor::LastTrouble trouble;
 };
 
 /** A session's robot. */
@@ -60,7 +57,6 @@ class SessionTarget : public CheckTarget {
   void wait(ko::Duration duration) override { session.run(duration); }
   bool canTurn() const override { return !robot.isRecording(); }
   void turn(float angle) override;
-  std::string findTrouble(const std::string& sensor, ko::Clock::time_point start) override;
   std::string findMissing(const std::string& sensor) override;
   std::map<std::string, std::string> findUnbuilt() override;
 

@@ -50,7 +50,7 @@ void SensorLook::xLookAtSwitches(SensorState& sensor) {
   auto& known = subscribers[sensor.name];
   if (!switches.isBusy()) known = manager.getSensorPtr(sensor.name)->getSubscribers();
   sensor.subscribers = known;
-  const auto trouble = robot.getNavigation().getLastTrouble().get(sensor.name);
+  const auto trouble = manager.getLastTrouble(sensor.name);
   if (!trouble) return;
   sensor.trouble = trouble->message;
   sensor.troubleAge = inSeconds(ko::Clock::now() - trouble->timestamp);
