@@ -11,7 +11,7 @@
 
 #include "bench/free_poses.h"
 #include "platform/navigation/occ_map_simulate_scan.h"
-#include "platform/vision/connected_component_labeling.h"
+#include "platform/vision/internal/connected_component_labeling.h"
 #include "robot/maps/map_files.h"
 
 namespace QV::bench {

@@ -6,7 +6,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "platform/math/is_intersection_cone_shape.h"
+#include "platform/math/internal/is_intersection_cone_shape.h"
 #include "platform/model/model_utils.h"
 #include "robot/services/motion_service.h"
 

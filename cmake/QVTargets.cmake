@@ -22,7 +22,9 @@ add_library(qv_options INTERFACE)
 # No contraction: the same sums give the same bits on every machine.
 target_compile_options(qv_options INTERFACE
   -Wall -Wextra -Wpedantic $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wold-style-cast
-  -Wnon-virtual-dtor -Woverloaded-virtual -Werror -ffp-contract=off)
+  -Wnon-virtual-dtor -Woverloaded-virtual -Werror -ffp-contract=off
+  # What is built must not say where.
+  -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(QV_SANITIZE)
   target_compile_options(qv_options INTERFACE
     -fsanitize=${QV_SANITIZE} -fno-sanitize-recover=all -fno-omit-frame-pointer)
@@ -69,7 +71,10 @@ function(qv_hasten target folder)
   endif()
 endfunction()
 
-# qv_add_library(NAME): the shared library of this folder, exported as QV::NAME.
+set(QV_EXPORTS ${CMAKE_CURRENT_LIST_DIR}/exports.map)
+
+# qv_add_library(NAME): the shared library of this folder, exported as QV::NAME. What lies in a
+# folder internal/ is not installed; what is not ours is not exported.
 function(qv_add_library name)
   file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
   if(NOT sources)
@@ -86,12 +91,14 @@ function(qv_add_library name)
   qv_precompile(qv_${name})
   qv_hasten(qv_${name} ${name})
   set_target_properties(qv_${name} PROPERTIES
-    EXPORT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR})
+    EXPORT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
+    INSTALL_RPATH "\$ORIGIN" LINK_DEPENDS ${QV_EXPORTS})
+  target_link_options(qv_${name} PRIVATE -Wl,--version-script=${QV_EXPORTS})
   install(TARGETS qv_${name} EXPORT QVSensorTargets)
   file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
   install(DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qv/${folder} FILES_MATCHING
-    PATTERN "*.h" PATTERN fan_cast EXCLUDE)
+    PATTERN "*.h" PATTERN internal EXCLUDE)
 endfunction()
 
 # qv_add_program(NAME SOURCE... LIBS LIBRARY...): a program of the build tree.

@@ -9,7 +9,7 @@
 #include "fuzz/value_decoder.h"
 #include "platform/ko/log.h"
 #include "platform/ko/simulated_time.h"
-#include "platform/middleware/value_utils.h"
+#include "platform/middleware/internal/value_utils.h"
 #include "sensor/perception/people_perception_sensor.h"
 
 namespace QV::fuzz {

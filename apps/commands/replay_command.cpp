@@ -72,11 +72,12 @@ void addReplayCommand(CLI::App& program, int&) {
   command
       ->add_option("--poses", options->poses, "poses of a sonar log (default: poses.txt beside it)")
       ->check(namesAFile);
-  CLI::Option* output = command
-                            ->add_option("-o,--output", options->output,
-                                         "file for the records, one JSON per line; then standard "
-                                         "output has a summary")
-                            ->check(namesAFile);
+  CLI::Option* output =
+      command
+          ->add_option("-o,--output", options->output,
+                       "file for the records, one JSON per line, or .csv; then standard "
+                       "output has a summary")
+          ->check(namesAFile);
   command
       ->add_option("--format", options->format,
                    "table; json: a record per line; csv: a point per line")

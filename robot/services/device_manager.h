@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <string>
 
-#include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 #include <boost/smart_ptr/enable_shared_from_this.hpp>
 #include <boost/weak_ptr.hpp>
@@ -34,7 +34,7 @@ struct DeviceCommand;
 class QV_API DeviceManager : public QVModule, public boost::enable_shared_from_this<DeviceManager> {
  public:
   /** What a value does to an actuator, when it is due; one at a time. What it throws is logged. */
-  using ActuatorHandler = boost::function<void(const std::string& key, const QVValue& value)>;
+  using ActuatorHandler = std::function<void(const std::string& key, const QVValue& value)>;
 
   explicit DeviceManager(const boost::shared_ptr<QVBroker>& broker);
   ~DeviceManager() override;

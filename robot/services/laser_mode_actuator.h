@@ -1,9 +1,9 @@
 #pragma once
 
+#include <functional>
 #include <optional>
 #include <string>
 
-#include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include "platform/api.h"
@@ -26,7 +26,7 @@ class DeviceManager;
 class QV_API LaserModeActuator {
  public:
   /** Called with a mode before it shows, one at a time; must not call this object. */
-  using Listener = boost::function<void(int mode)>;
+  using Listener = std::function<void(int mode)>;
 
   /** Throws QVError if the key can't be written. */
   LaserModeActuator(const boost::shared_ptr<QVBroker>& broker,

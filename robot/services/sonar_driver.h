@@ -1,12 +1,12 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
-#include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 #include <boost/weak_ptr.hpp>
 
@@ -40,7 +40,7 @@ class QV_API SonarDriver : public QVModule {
    * The distance in metres that a sonar measures now, or nothing when there is no echo. Called on
    * the event loop's threads; it may throw, and must not call this driver.
    */
-  using Source = boost::function<std::optional<float>(const std::string& sonar)>;
+  using Source = std::function<std::optional<float>(const std::string& sonar)>;
 
   SonarDriver(const boost::shared_ptr<QVBroker>& broker, const Model::Robot& robot,
               ko::Duration period = kPeriod);

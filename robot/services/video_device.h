@@ -1,13 +1,13 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <mutex>
 #include <string>
 #include <vector>
 
-#include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 #include <opencv2/core.hpp>
 
@@ -27,7 +27,7 @@ class SpareBytes;
  * says its own `time`. What it throws is the error of the client that asked.
  */
 using FrameSource =
-    boost::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time)>;
+    std::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time)>;
 
 /** A depth camera of the robot. */
 struct QV_API Camera {

@@ -6,6 +6,7 @@
 #include <string>
 
 #include "ros2/messages/message_type.h"
+#include "ros2/qos.h"
 
 namespace QV::ros2 {
 
@@ -16,13 +17,6 @@ struct BagOptions {
   /** A chunk goes to the file when it has so many bytes, or messages of so many nanoseconds. */
   std::size_t chunkSize = std::size_t{256} << 10;
   std::uint64_t chunkTime = 1'000'000'000;
-};
-
-/** What readers of a topic are promised when it is played. */
-struct Qos {
-  bool reliable = true;
-  /** The last message is kept for readers that come later. */
-  bool transientLocal = false;
 };
 
 /** A topic as a recording knows it. */

@@ -89,7 +89,7 @@ void Sensor::xStop() {
 // Hardware that fails without a word has trouble all the same.
 bool Sensor::xCallHardware(bool (Sensor::*call)(), const char* method) {
   const auto count = [this] {
-    Lock lock(troubleMutex);
+    std::lock_guard<std::mutex> lock(troubleMutex);
     return troubleCount;
   };
   const int before = count();
@@ -109,7 +109,7 @@ void Sensor::xSetStarted(bool value) {
 }
 
 std::optional<ko::log::Record> Sensor::getLastTrouble() const {
-  Lock lock(troubleMutex);
+  std::lock_guard<std::mutex> lock(troubleMutex);
   return lastTrouble;
 }
 
@@ -136,7 +136,7 @@ void Sensor::xKeepCaught(std::string_view category, std::string_view method) con
 }
 
 void Sensor::xKeep(ko::log::Record record) const {
-  Lock lock(troubleMutex);
+  std::lock_guard<std::mutex> lock(troubleMutex);
   lastTrouble = std::move(record);
   ++troubleCount;
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -106,7 +107,7 @@ class QV_API Sensor {
   mutable boost::mutex startedMutex;
   mutable std::optional<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
-  mutable boost::mutex troubleMutex;
+  mutable std::mutex troubleMutex;
 };
 
 }  // namespace QV::sensor

@@ -262,7 +262,7 @@ std::optional<ko::log::Record> SensorManager::getLastTrouble(const std::string& 
   if (sensor) {
     if (auto trouble = sensor->getLastTrouble()) return trouble;
   }
-  boost::lock_guard<boost::mutex> lock(troubleMutex);
+  std::lock_guard<std::mutex> lock(troubleMutex);
   const auto found = troubleOfMissing.find(sensorName);
   if (found == troubleOfMissing.end()) return std::nullopt;
   return found->second;
@@ -274,7 +274,7 @@ void SensorManager::logTrouble(const std::string& sensorName, std::string_view c
   const Sensor* sensor = xFindSensor(sensorName);
   if (sensor) return sensor->logTrouble(Level::error, category, method, message);
   {
-    boost::lock_guard<boost::mutex> lock(troubleMutex);
+    std::lock_guard<std::mutex> lock(troubleMutex);
     troubleOfMissing[sensorName] = {Level::error, std::string(category), std::string(method),
                                     message, ko::Clock::now()};
   }
@@ -333,7 +333,7 @@ void SensorManager::xGather(const std::string& name, const Sensor& sensor, Recor
 }
 
 bool SensorManager::xChangesGathering(const std::string& sensorName, bool success) const {
-  boost::lock_guard<boost::mutex> lock(gatheringMutex);
+  std::lock_guard<std::mutex> lock(gatheringMutex);
   const bool changes =
       success ? failingSensors.erase(sensorName) > 0 : failingSensors.insert(sensorName).second;
   isAnyFailing = !failingSensors.empty();

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <initializer_list>
 #include <map>
+#include <mutex>
 #include <optional>
 #include <set>
 #include <string>
@@ -172,10 +173,10 @@ class QV_API SensorManager {
   mutable std::set<std::string> failingSensors;
   /** Spares the lock while none fails. */
   mutable std::atomic<bool> isAnyFailing{false};
-  mutable boost::mutex gatheringMutex;
+  mutable std::mutex gatheringMutex;
   /** Of sensors that were not built. */
   mutable std::map<std::string, ko::log::Record> troubleOfMissing;
-  mutable boost::mutex troubleMutex;
+  mutable std::mutex troubleMutex;
 };
 
 }  // namespace QV::sensor

@@ -1,7 +1,7 @@
 #include "sensor/range/smart_sonar.h"
 
 #include "platform/middleware/contracts/motion_contract.h"
-#include "sensor/utils/field_of_view_obstruction.h"
+#include "sensor/utils/internal/field_of_view_obstruction.h"
 
 namespace QV::sensor {
 SmartSonar::SmartSonar(const std::string& name, const std::string& familyName,

@@ -1,4 +1,4 @@
-# Installs the build in BUILD_DIR, builds a stranger against the package and runs it.
+# Installs the build in BUILD_DIR, builds strangers against the package and looks into it.
 
 function(run)
   execute_process(COMMAND ${ARGN} RESULT_VARIABLE result OUTPUT_VARIABLE output ERROR_VARIABLE output)
@@ -9,13 +9,39 @@ function(run)
 endfunction()
 
 set(work ${BUILD_DIR}/package_test)
+set(installed ${work}/installed)
 file(REMOVE_RECURSE ${work})
-run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${work}/installed)
+run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${installed})
+
+# What a user reads to find his way must stay a number that he can read.
+set(include ${installed}/include/qv)
+file(GLOB_RECURSE headers ${include}/platform/*.h ${include}/sensor/*.h ${include}/robot/*.h)
+list(LENGTH headers count)
+if(count GREATER 90)
+  message(FATAL_ERROR "${count} headers of platform, sensor and robot, at most 90 expected")
+endif()
+file(GLOB_RECURSE files ${installed}/*)
+foreach(file ${files})
+  file(STRINGS ${file} paths REGEX "${SOURCE_DIR}" LIMIT_COUNT 1)
+  if(paths)
+    message(FATAL_ERROR "${file} holds a path of the source tree: ${paths}")
+  endif()
+endforeach()
+
 run(${CMAKE_COMMAND} -S ${CMAKE_CURRENT_LIST_DIR}/consumer -B ${work}/build -G Ninja
-  -DCMAKE_PREFIX_PATH=${work}/installed -DCMAKE_CXX_STANDARD=20)
+  -DCMAKE_PREFIX_PATH=${installed} -DCMAKE_CXX_STANDARD=20)
 run(${CMAKE_COMMAND} --build ${work}/build)
 run(${work}/build/consumer)
 if(NOT output STREQUAL "LeftSonar 1.00\nRightSonar 1.00\n")
   message(FATAL_ERROR "the consumer read: ${output}")
 endif()
-run(${work}/installed/bin/qvsensors read --kind 0 --pose 3,3,0)
+run(${installed}/bin/qvsensors read --kind 0 --pose 3,3,0)
+
+file(GLOB libraries ${installed}/lib*/libqv_*.so ${installed}/lib*/*/libqv_*.so)
+foreach(library ${libraries})
+  run(${CMAKE_COMMAND} -E env --unset=LD_LIBRARY_PATH ${work}/build/host ${library})
+endforeach()
+list(GET libraries 0 library)
+get_filename_component(library_dir ${library} DIRECTORY)
+run(${CMAKE_CURRENT_LIST_DIR}/check_exports ${include} ${library_dir} ${work}/build
+  ${work}/build/CMakeFiles/everything.dir/everything.cpp.o)

@@ -1,17 +1,16 @@
 #pragma once
 
 #include <deque>
+#include <functional>
 #include <optional>
 #include <utility>
-
-#include <boost/function.hpp>
 
 #include "robot/world/faults/fault.h"
 
 namespace QV::robot {
 
 /** What ails a sensor at a time; nothing while it is sound. */
-using FaultFinder = boost::function<std::optional<FaultKind>(ko::Clock::time_point)>;
+using FaultFinder = std::function<std::optional<FaultKind>(ko::Clock::time_point)>;
 
 /** What is left of a range, or a distance, that a sensor tells wrong. */
 constexpr float kFalseShare = 0.6f;
@@ -37,7 +36,7 @@ class FaultChannel {
   };
 
   /** Makes nonsense of a measurement, or something believable that is not so. */
-  using Distortion = boost::function<T(const T&)>;
+  using Distortion = std::function<T(const T&)>;
 
   FaultChannel(FaultFinder faults, Distortion garble, Distortion falsify)
       : faults(std::move(faults)), garble(std::move(garble)), falsify(std::move(falsify)) {}

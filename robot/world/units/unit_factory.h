@@ -1,10 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <memory>
 #include <vector>
 
-#include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include "platform/api.h"
@@ -37,13 +37,13 @@ class QV_API UnitFactory {
 
   /** Makes one sensor's unit; null for a configuration that is too poor to measure with. */
   using Creator =
-      boost::function<std::unique_ptr<SensorUnit>(const Model::SensorConfig&, const UnitContext&)>;
+      std::function<std::unique_ptr<SensorUnit>(const Model::SensorConfig&, const UnitContext&)>;
   /**
    * Makes the units of all sensors that share hardware, in the order of their names; of none, too.
    * What a service asks to measure, as it does sonars and cameras, is no unit: it is plugged in.
    */
-  using GroupCreator = boost::function<Units(const std::vector<Model::SensorConfig>&,
-                                             const UnitContext&, const Services&)>;
+  using GroupCreator = std::function<Units(const std::vector<Model::SensorConfig>&,
+                                           const UnitContext&, const Services&)>;
 
   /** Knows no type. */
   UnitFactory() = default;

@@ -3,7 +3,7 @@
 #include <cmath>
 #include <stdexcept>
 
-#include "platform/middleware/value_utils.h"
+#include "platform/middleware/internal/value_utils.h"
 
 namespace QV::sensor {
 namespace {

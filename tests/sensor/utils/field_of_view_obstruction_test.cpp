@@ -1,4 +1,4 @@
-#include "sensor/utils/field_of_view_obstruction.h"
+#include "sensor/utils/internal/field_of_view_obstruction.h"
 
 #include <numbers>
 #include <string>

@@ -1,4 +1,4 @@
-#include "platform/vision/connected_component_labeling.h"
+#include "platform/vision/internal/connected_component_labeling.h"
 
 #include <stdexcept>
 #include <string>

@@ -1,4 +1,4 @@
-#include "platform/middleware/value_utils.h"
+#include "platform/middleware/internal/value_utils.h"
 
 #include "platform/middleware/qv_error.h"
 

@@ -1,11 +1,11 @@
-#include "sensor/utils/field_of_view_obstruction.h"
+#include "sensor/utils/internal/field_of_view_obstruction.h"
 
 #include <cstddef>
 #include <exception>
 #include <string>
 
 #include "platform/ko/log.h"
-#include "platform/math/is_intersection_cone_shape.h"
+#include "platform/math/internal/is_intersection_cone_shape.h"
 #include "platform/middleware/contracts/robot_model_contract.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_proxy.h"

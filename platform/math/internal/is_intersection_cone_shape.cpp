@@ -1,4 +1,4 @@
-#include "platform/math/is_intersection_cone_shape.h"
+#include "platform/math/internal/is_intersection_cone_shape.h"
 
 #include <algorithm>
 #include <cmath>

@@ -1,0 +1,76 @@
+#include "ros2/graph/graph_options.h"
+
+#include <array>
+#include <cstdlib>
+#include <sstream>
+#include <stdexcept>
+
+#include "platform/model/internal/number_text.h"
+
+namespace QV::ros2 {
+namespace {
+
+/** Ports of a higher one lie in the range that the system hands out. */
+constexpr int kLastDomain = 101;
+
+std::string variable(const char* name) {
+  const char* const value = std::getenv(name);
+  return value == nullptr ? "" : value;
+}
+
+[[noreturn]] void refuse(const char* name, const std::string& expected) {
+  throw std::invalid_argument(std::string(name) + ": " + expected + " expected, \"" +
+                              variable(name) + "\" given");
+}
+
+int readDomain() {
+  const char* const name = "ROS_DOMAIN_ID";
+  const std::string value = variable(name);
+  if (value.empty()) return 0;
+  const auto domain = Model::toInteger(value);
+  if (!domain || *domain < 0 || *domain > kLastDomain)
+    refuse(name, "a number from 0 to " + std::to_string(kLastDomain));
+  return *domain;
+}
+
+DiscoveryRange readRange() {
+  const char* const name = "ROS_AUTOMATIC_DISCOVERY_RANGE";
+  const std::string value = variable(name);
+  if (variable("ROS_LOCALHOST_ONLY") == "1") return DiscoveryRange::localhost;
+  if (value == "OFF") return DiscoveryRange::off;
+  if (value == "LOCALHOST") return DiscoveryRange::localhost;
+  if (value == "SUBNET" || value == "SYSTEM_DEFAULT") return DiscoveryRange::subnet;
+  if (!value.empty()) refuse(name, "OFF, LOCALHOST, SUBNET or SYSTEM_DEFAULT");
+  // Whoever configures the engine means the network.
+  return variable("CYCLONEDDS_URI").empty() ? DiscoveryRange::localhost : DiscoveryRange::subnet;
+}
+
+std::vector<std::string> readPeers() {
+  std::istringstream text(variable("ROS_STATIC_PEERS"));
+  std::vector<std::string> peers;
+  for (std::string peer; std::getline(text, peer, ';');)
+    if (!peer.empty()) peers.push_back(peer);
+  return peers;
+}
+
+}  // namespace
+
+RosDistro parseDistro(const std::string& name) {
+  constexpr std::array kOld = {"ardent",   "bouncy", "crystal",  "dashing",
+                               "eloquent", "foxy",   "galactic", "humble"};
+  for (const char* const old : kOld)
+    if (name == old) return RosDistro::humble;
+  return RosDistro::ironOrLater;
+}
+
+GraphOptions graphOptionsFromEnvironment() {
+  GraphOptions options;
+  options.domain = readDomain();
+  options.range = readRange();
+  options.distro = parseDistro(variable("ROS_DISTRO"));
+  options.peers = readPeers();
+  options.configuration = variable("CYCLONEDDS_URI");
+  return options;
+}
+
+}  // namespace QV::ros2

@@ -1,0 +1,69 @@
+#include "ros2/graph/internal/domain_settings.h"
+
+#include <unistd.h>
+
+namespace QV::ros2 {
+namespace {
+
+/** Of participants on one machine that find each other by ports; the robot's own stacks have many.
+ */
+constexpr int kMostParticipants = 32;
+
+std::string escaped(const std::string& text) {
+  std::string result;
+  for (const char letter : text) {
+    switch (letter) {
+      case '&':
+        result += "&amp;";
+        break;
+      case '<':
+        result += "&lt;";
+        break;
+      case '"':
+        result += "&quot;";
+        break;
+      default:
+        result += letter;
+    }
+  }
+  return result;
+}
+
+std::string general(const GraphOptions& options) {
+  std::string text = "<General>";
+  std::string interface = options.networkInterface;
+  if (interface.empty() && options.range == DiscoveryRange::localhost) interface = "lo";
+  if (!interface.empty())
+    text += "<Interfaces><NetworkInterface name=\"" + escaped(interface) + "\"/></Interfaces>";
+  if (options.range != DiscoveryRange::subnet) text += "<AllowMulticast>false</AllowMulticast>";
+  return text + "</General>";
+}
+
+std::string peers(const GraphOptions& options) {
+  std::string text;
+  if (options.range == DiscoveryRange::localhost) text += "<Peer address=\"127.0.0.1\"/>";
+  for (const auto& peer : options.peers) text += "<Peer address=\"" + escaped(peer) + "\"/>";
+  return text.empty() ? "" : "<Peers>" + text + "</Peers>";
+}
+
+std::string discovery(const GraphOptions& options) {
+  const std::string domain =
+      "<ExternalDomainId>" + std::to_string(options.domain) + "</ExternalDomainId>";
+  if (options.range == DiscoveryRange::off)
+    return "<Discovery>" + domain + "<ParticipantIndex>none</ParticipantIndex><Tag>qv_off_" +
+           std::to_string(::getpid()) + "</Tag></Discovery>";
+  return "<Discovery>" + domain + "<ParticipantIndex>auto</ParticipantIndex>" +
+         "<MaxAutoParticipantIndex>" + std::to_string(kMostParticipants) +
+         "</MaxAutoParticipantIndex>" + peers(options) + "</Discovery>";
+}
+
+}  // namespace
+
+std::string settingsOf(const GraphOptions& options) {
+  std::string text = "<CycloneDDS><Domain Id=\"any\">" + general(options) + discovery(options) +
+                     "</Domain></CycloneDDS>";
+  if (!options.configuration.empty()) text += "," + options.configuration;
+  return text;
+}
+
+}  // namespace QV::ros2

@@ -1,0 +1,12 @@
+#pragma once
+
+#include <string>
+
+#include "ros2/graph/graph_options.h"
+
+namespace QV::ros2 {
+
+/** The engine's configuration. */
+QV_API std::string settingsOf(const GraphOptions& options);
+
+}  // namespace QV::ros2

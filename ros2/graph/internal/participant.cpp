@@ -1,0 +1,118 @@
+#include "ros2/graph/internal/participant.h"
+
+#include <algorithm>
+#include <atomic>
+#include <stdexcept>
+
+#include "platform/ko/log.h"
+#include "ros2/graph/internal/cdr_data.h"
+#include "ros2/graph/internal/domain_settings.h"
+
+namespace QV::ros2 {
+namespace {
+
+constexpr dds_duration_t kLongestWrite = DDS_MSECS(100);
+constexpr Qos kNodesQos{true, true, 1};
+
+/**
+ * Whoever else uses the engine in this process may have taken the domain: ours then has a number of
+ * its own in here, and the same on the network.
+ */
+dds_entity_t makeDomain(const GraphOptions& options) {
+  static std::atomic<dds_domainid_t> following{1'000'000};
+  const std::string settings = settingsOf(options);
+  auto result = dds_create_domain(static_cast<dds_domainid_t>(options.domain), settings.c_str());
+  if (result == DDS_RETCODE_PRECONDITION_NOT_MET)
+    result = dds_create_domain(following++, settings.c_str());
+  return checked(result, "a domain can't be made from " + settings);
+}
+
+dds_entity_t makeParticipant(dds_entity_t domain) {
+  dds_domainid_t id = 0;
+  dds_get_domainid(domain, &id);
+  const QosPtr qos(dds_create_qos());
+  const std::string enclave = "enclave=/;";
+  dds_qset_userdata(qos.get(), enclave.data(), enclave.size());
+  return checked(dds_create_participant(id, qos.get(), nullptr),
+                 "the graph can't be joined; with more than 33 participants on this machine "
+                 "CYCLONEDDS_URI must raise Discovery/MaxAutoParticipantIndex");
+}
+
+}  // namespace
+
+dds_entity_t checked(dds_entity_t result, const std::string& what) {
+  if (result < 0) throw std::runtime_error(what + ": " + dds_strretcode(-result));
+  return result;
+}
+
+Guid guidOf(dds_entity_t entity) {
+  dds_guid_t id{};
+  dds_get_guid(entity, &id);
+  Guid guid;
+  std::copy(std::begin(id.v), std::end(id.v), guid.begin());
+  return guid;
+}
+
+QosPtr qosOf(const Qos& qos, const MessageType& type) {
+  QosPtr result(dds_create_qos());
+  dds_qset_reliability(result.get(),
+                       qos.reliable ? DDS_RELIABILITY_RELIABLE : DDS_RELIABILITY_BEST_EFFORT,
+                       kLongestWrite);
+  dds_qset_history(result.get(), DDS_HISTORY_KEEP_LAST, qos.depth);
+  dds_qset_durability(
+      result.get(), qos.transientLocal ? DDS_DURABILITY_TRANSIENT_LOCAL : DDS_DURABILITY_VOLATILE);
+  if (qos.transientLocal)
+    dds_qset_durability_service(result.get(), 0, DDS_HISTORY_KEEP_LAST, qos.depth,
+                                DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED, DDS_LENGTH_UNLIMITED);
+  dds_qset_writer_data_lifecycle(result.get(), false);
+  const std::string hash = "typehash=" + type.getHash() + ";";
+  dds_qset_userdata(result.get(), hash.data(), hash.size());
+  return result;
+}
+
+Qos qosFrom(const dds_qos_t* qos) {
+  dds_reliability_kind_t reliability = DDS_RELIABILITY_RELIABLE;
+  dds_durability_kind_t durability = DDS_DURABILITY_VOLATILE;
+  dds_history_kind_t history = DDS_HISTORY_KEEP_LAST;
+  Qos result;
+  dds_qget_reliability(qos, &reliability, nullptr);
+  dds_qget_durability(qos, &durability);
+  dds_qget_history(qos, &history, &result.depth);
+  result.reliable = reliability == DDS_RELIABILITY_RELIABLE;
+  result.transientLocal = durability != DDS_DURABILITY_VOLATILE;
+  return result;
+}
+
+Participant::Participant(const GraphOptions& options)
+    : options(options), domain(makeDomain(options)), participant(makeParticipant(domain.get())) {
+  if (!options.announcesNodes) return;
+  const MessageType& type = getNodesType(options.distro);
+  nodesTopic = makeTopic("ros_discovery_info", type);
+  nodesWriter = Entity(checked(dds_create_writer(participant.get(), nodesTopic.entity.get(),
+                                                 qosOf(kNodesQos, type).get(), nullptr),
+                               "nodes can't be announced"));
+}
+
+Participant::~Participant() {
+  nodes.clear();
+  xAnnounce();
+}
+
+Topic Participant::makeTopic(const std::string& ddsName, const MessageType& type) const {
+  ddsi_sertype* cdrType = makeCdrType(type.getDdsName());
+  const auto result = dds_create_topic_sertype(participant.get(), ddsName.c_str(), &cdrType,
+                                               nullptr, nullptr, nullptr);
+  if (result < 0) ddsi_sertype_unref(cdrType);
+  return {Entity(checked(result, "topic " + ddsName + " can't be made")), cdrType};
+}
+
+void Participant::xAnnounce() {
+  if (nodesWriter.get() == 0) return;
+  Bytes cdr = encodeNodes(options.distro, guidOf(participant.get()), {nodes.begin(), nodes.end()});
+  const auto result =
+      dds_writecdr(nodesWriter.get(), new CdrData(nodesTopic.type, SDK_DATA, std::move(cdr)));
+  if (result < 0)
+    ko::log::warning("ROS2.Graph", "announce") << "nodes not told: " << dds_strretcode(-result);
+}
+
+}  // namespace QV::ros2
