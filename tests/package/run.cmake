@@ -35,6 +35,18 @@ run(${work}/build/consumer)
 if(NOT output STREQUAL "LeftSonar 1.00\nRightSonar 1.00\n")
   message(FATAL_ERROR "the consumer read: ${output}")
 endif()
+
+# Somebody's own kind of sensor, on a virtual robot and in all that a session goes to.
+if(EXISTS ${include}/outlets)
+  set(cliff ${CMAKE_CURRENT_LIST_DIR}/cliff)
+  run(${CMAKE_COMMAND} -S ${cliff} -B ${work}/cliff -G Ninja -DCMAKE_PREFIX_PATH=${installed})
+  run(${CMAKE_COMMAND} --build ${work}/cliff)
+  run(${work}/cliff/cliff ${cliff}/courier.urdf ${work}/cliff.png)
+  file(READ ${cliff}/expected.txt expected)
+  if(NOT output STREQUAL expected)
+    message(FATAL_ERROR "the robot with a cliff detector said: ${output}")
+  endif()
+endif()
 run(${installed}/bin/qvsensors read --kind 0 --pose 3,3,0)
 
 file(GLOB libraries ${installed}/lib*/libqv_*.so ${installed}/lib*/*/libqv_*.so)
