@@ -23,7 +23,7 @@ class CliffSensor : public QV::sensor::RealSensor {
     record.points = {{isCliff ? fieldOfView.minRange : fieldOfView.maxRange, 0.0f, 0.0f}};
     return {record};
   } catch (const std::exception& exception) {
-    QV::ko::log::error("Navigation.CliffSensor", "xGetData") << name << ": " << exception.what();
+    ko::log::error("Navigation.CliffSensor", "xGetData") << name << ": " << exception.what();
     return {};
   }
 

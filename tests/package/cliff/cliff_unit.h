@@ -21,7 +21,7 @@ class CliffUnit : public QV::robot::SensorUnit {
             context.getFaults(config.name), [](float) { return -1.0f; },
             [](float range) { return QV::robot::kFalseShare * range; }) {}
 
-  void measure(QV::ko::Clock::time_point now) override {
+  void measure(ko::Clock::time_point now) override {
     const QV::robot::Surroundings& around = context.getSurroundings();
     const QV::robot::Moment moment = around.getMoment();
     const auto ray = QV::robot::Ray::ahead(around.frameInMap(getName(), moment));
