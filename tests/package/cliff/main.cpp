@@ -19,7 +19,7 @@ namespace {
 const Math::Pose2D kOnTheFloor(3.0f, 6.3f, 0.0f);
 const Math::Pose2D kAtTheHole(3.5f, 6.3f, 0.0f);
 
-/** The robot, a metre from a hole of a square metre. */
+/** The robot, before a hole of a square metre. */
 session::OpenOptions options() {
   session::OpenOptions options;
   options.sensors.add(cliffKind(),
@@ -42,7 +42,7 @@ std::string tell(const session::Snapshot& snapshot) {
   return cliff.marks.hits.empty() ? "floor" : "a cliff";
 }
 
-/** On the floor, then `seconds` after the robot was put at the hole. */
+/** What the sensor tells a quarter of a second after the robot was put at the hole, and later. */
 std::string tryFault(session::Session& robot, robot::FaultKind kind) {
   robot.clearFault("FrontCliff");
   robot.setPose(kOnTheFloor);
@@ -51,7 +51,9 @@ std::string tryFault(session::Session& robot, robot::FaultKind kind) {
   robot.run(boost::chrono::milliseconds(40));
   robot.setPose(kAtTheHole);
   robot.run(boost::chrono::milliseconds(240));
-  return tell(robot.look());
+  const std::string soon = tell(robot.look());
+  robot.run(boost::chrono::milliseconds(500));
+  return soon + ", then " + tell(robot.look());
 }
 
 }  // namespace

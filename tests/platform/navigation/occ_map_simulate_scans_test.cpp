@@ -13,8 +13,8 @@ namespace {
 using Math::Pose2D;
 using Math::SensorFieldOfView2D;
 
-constexpr float kLimit = 0.4f;
-constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+constexpr float kScansLimit = 0.4f;
+constexpr float kNoNumber = std::numeric_limits<float>::quiet_NaN();
 
 OccupancyMap makeMap(std::mt19937& random) {
   OccupancyMap map(90, 70, 0.1f, {-2.0f, 1.0f, 0.3f}, 0.0f);
@@ -37,7 +37,7 @@ std::vector<float> scanOneByOne(const OccupancyMap& map, const std::vector<Pose2
   std::vector<float> ranges;
   std::vector<RangeReading> readings;
   for (const Pose2D& pose : poses) {
-    occMapSimulateScan(map, fieldOfView, pose, readings, kLimit);
+    occMapSimulateScan(map, fieldOfView, pose, readings, kScansLimit);
     for (const RangeReading& reading : readings) ranges.push_back(reading.range);
   }
   return ranges;
@@ -47,21 +47,21 @@ TEST(Scans, readWhatSingleScansReadWithAnyNumberOfThreads) {
   std::mt19937 random(7);
   const OccupancyMap map = makeMap(random);
   std::vector<Pose2D> poses = drawPoses(61, random);
-  poses[17].theta = kNaN;
+  poses[17].theta = kNoNumber;
   const SensorFieldOfView2D fans[] = {
       {0.0f, 4.0f, 6.2831855f, 130}, {1.5f, 3.0f, 1.0f, 20}, {0.0f, 0.3f, 6.2831855f, 5}};
   for (const SensorFieldOfView2D& fan : fans) {
     const std::vector<float> expected = scanOneByOne(map, poses, fan);
     std::vector<float> ranges(expected.size());
     const auto check = [&](int threads) {
-      std::fill(ranges.begin(), ranges.end(), kNaN);
-      occMapSimulateScans(map, poses, fan, ranges, kLimit, threads);
+      std::fill(ranges.begin(), ranges.end(), kNoNumber);
+      occMapSimulateScans(map, poses, fan, ranges, kScansLimit, threads);
       EXPECT_EQ(ranges, expected) << threads << " threads, " << fan.rayCount << " rays";
     };
     test::forEachVectorTarget([&](const char*) { check(1); });
     for (const int threads : {2, 3, 256}) check(threads);
   }
-  occMapSimulateScans(map, {}, fans[0], {}, kLimit, 2);
+  occMapSimulateScans(map, {}, fans[0], {}, kScansLimit, 2);
 }
 
 TEST(Scans, sayWhatTheyExpect) {
@@ -70,7 +70,7 @@ TEST(Scans, sayWhatTheyExpect) {
   std::vector<float> ranges(12, -1.0f);
   const auto error = [&](const SensorFieldOfView2D& fieldOfView, std::size_t size, int threads) {
     return errorOf([&] {
-      occMapSimulateScans(map, poses, fieldOfView, {ranges.data(), size}, kLimit, threads);
+      occMapSimulateScans(map, poses, fieldOfView, {ranges.data(), size}, kScansLimit, threads);
     });
   };
   EXPECT_EQ(error({0, 2, 1, 4}, 11, 1),
