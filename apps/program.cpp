@@ -16,6 +16,11 @@ namespace {
 
 constexpr int kFailure = 2;
 
+// A new command is a file and a row here.
+constexpr AddCommand* kCommands[] = {addListCommand,  addReadCommand,  addPlotCommand,
+                                     addDriveCommand, addCheckCommand, addWatchCommand,
+                                     addServeCommand, addReplayCommand};
+
 int fail(const std::string& message) {
   // It may quote a file: nothing in it may act on a terminal.
   std::cerr << "qvsensors: " << ko::log::onOneLine(message) << '\n';
@@ -73,15 +78,8 @@ int runProgram(int argc, const char* const* argv) {
   program.set_version_flag("--version", QV_VERSION);
   program.require_subcommand(1);
   program.set_help_all_flag("--help-all", "Help of every command");
-  addListCommand(program);
-  addReadCommand(program);
-  addPlotCommand(program);
-  addDriveCommand(program);
   int status = 0;
-  addCheckCommand(program, status);
-  addWatchCommand(program);
-  addServeCommand(program);
-  addReplayCommand(program);
+  for (AddCommand* const add : kCommands) add(program, status);
   catchInterrupts();
   try {
     checkCommand(program, argc, argv);

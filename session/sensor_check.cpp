@@ -99,7 +99,9 @@ CheckedSensor checkOne(CheckTarget& target, const std::string& sensor) {
     if (manager.isSensorStarted(sensor)) {
       const SensorNature nature = target.getNature(sensor);
       const Observation seen = observe(target, sensor, nature);
-      judge(seen, nature, target.findTrouble(sensor, start), target.findMissing(sensor), checked);
+      // What came before the first record was its start.
+      const std::string trouble = target.findTrouble(sensor, seen.firstSeen.value_or(start));
+      judge(seen, nature, trouble, target.findMissing(sensor), checked);
       return checked;
     }
     checked.why = target.findTrouble(sensor, start);

@@ -76,6 +76,9 @@ struct QV_API Snapshot {
   std::vector<TouchState> touches;
 };
 
+/** The sensors in the order of their names. */
+QV_API std::vector<SensorState> sensorsByName(const Snapshot& snapshot);
+
 /** All records, in the order of their sensors' names. */
 QV_API std::vector<Math::MetricalData> recordsOf(const Snapshot& snapshot);
 

@@ -119,7 +119,7 @@ void drive(const DriveOptions& options) {
 
 }  // namespace
 
-void addDriveCommand(CLI::App& program) {
+void addDriveCommand(CLI::App& program, int&) {
   auto options = std::make_shared<DriveOptions>();
   CLI::App* command =
       program.add_subcommand("drive", "Drive a path through the map and read at every cycle");

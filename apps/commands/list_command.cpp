@@ -145,7 +145,7 @@ void listDescription(const std::string& path, outlets::Format format) {
 
 }  // namespace
 
-void addListCommand(CLI::App& program) {
+void addListCommand(CLI::App& program, int&) {
   auto options = std::make_shared<CommonOptions>();
   CLI::App* command = program.add_subcommand(
       "list", "Show a robot's sensors by family; of a description its collision shapes, too");

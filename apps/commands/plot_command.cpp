@@ -19,7 +19,7 @@ void plot(const CommonOptions& options, const std::string& output) {
 
 }  // namespace
 
-void addPlotCommand(CLI::App& program) {
+void addPlotCommand(CLI::App& program, int&) {
   auto options = std::make_shared<CommonOptions>();
   auto output = std::make_shared<std::string>("scan.png");
   CLI::App* command = program.add_subcommand("plot", "Draw one reading over the map, as a PNG");

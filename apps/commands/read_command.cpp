@@ -12,12 +12,12 @@ void read(const CommonOptions& options) {
   const outlets::Format format = outlets::parseFormat(options.format);
   const auto session = options.openSession();
   const session::Snapshot snapshot = readOnce(*session, options);
-  outlets::writeRecords(std::cout, session::recordsOf(snapshot), format, snapshot.frame);
+  outlets::writeRecords(std::cout, session::sensorsByName(snapshot), format, snapshot.frame);
 }
 
 }  // namespace
 
-void addReadCommand(CLI::App& program) {
+void addReadCommand(CLI::App& program, int&) {
   auto options = std::make_shared<CommonOptions>();
   CLI::App* command = program.add_subcommand("read", "Read the sensors once, at one pose");
   addWorld(*command, *options);

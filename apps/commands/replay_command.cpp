@@ -15,8 +15,6 @@
 namespace QV::app {
 namespace {
 
-using Records = std::vector<Math::MetricalData>;
-
 constexpr char kReplayFooter[] =
     "LOG is a CARMEN log of a lidar (FLASER and ODOM lines), or a sonar log, whose lines are a "
     "time\n"
@@ -56,16 +54,16 @@ void replayToFile(const ReplayOptions& options) {
 
 void replayToOutput(const ReplayOptions& options) {
   const outlets::Format format = outlets::parseFormat(options.format);
-  Records all;
+  std::vector<session::SensorState> all;
   replayAll(options, [&all](const session::Snapshot& snapshot) {
-    std::ranges::move(session::recordsOf(snapshot), std::back_inserter(all));
+    std::ranges::move(session::sensorsByName(snapshot), std::back_inserter(all));
   });
   outlets::writeRecords(std::cout, all, format, session::Frame::robot);
 }
 
 }  // namespace
 
-void addReplayCommand(CLI::App& program) {
+void addReplayCommand(CLI::App& program, int&) {
   auto options = std::make_shared<ReplayOptions>();
   CLI::App* command =
       program.add_subcommand("replay", "Play a lidar or sonar log to the sensors, and read them");

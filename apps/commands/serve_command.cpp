@@ -39,7 +39,7 @@ void serve(const ServeOptions& options) {
 
 }  // namespace
 
-void addServeCommand(CLI::App& program) {
+void addServeCommand(CLI::App& program, int&) {
   auto options = std::make_shared<ServeOptions>();
   CLI::App* command = program.add_subcommand("serve", "Show and drive the robot in a browser");
   command->footer(kFooter);

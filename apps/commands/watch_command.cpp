@@ -48,7 +48,7 @@ void watchOn(const WatchOptions& options) {
 
 }  // namespace
 
-void addWatchCommand(CLI::App& program) {
+void addWatchCommand(CLI::App& program, int&) {
   auto options = std::make_shared<WatchOptions>();
   CLI::App* command = program.add_subcommand("watch", "Show every sensor as it is, in a terminal");
   command->footer(kWatchFooter);

@@ -78,8 +78,7 @@ void Watch::xNoteEnd() {
 const WatchState& Watch::look() {
   xNoteEnd();
   state.seen = session.look();
-  std::sort(state.seen.sensors.begin(), state.seen.sensors.end(),
-            [](const auto& a, const auto& b) { return a.name < b.name; });
+  state.seen.sensors = session::sensorsByName(state.seen);
   return state;
 }
 

@@ -5,8 +5,7 @@
 #include <vector>
 
 #include "platform/api.h"
-#include "platform/math/metrical_data.h"
-#include "session/frame.h"
+#include "session/snapshot.h"
 
 namespace QV::outlets {
 
@@ -16,8 +15,11 @@ enum class Format { table, json, csv };
 QV_API Format parseFormat(const std::string& text, const std::vector<Format>& known = {
                                                        Format::table, Format::json, Format::csv});
 
-/** Table: a line per record. JSON: an object per record and line. CSV: a line per point. */
-QV_API void writeRecords(std::ostream& out, const std::vector<Math::MetricalData>& records,
+/**
+ * The records of `sensors`, which `frame` places. Table: a line per record. JSON: an object per
+ * record and line. CSV: a line per point.
+ */
+QV_API void writeRecords(std::ostream& out, const std::vector<session::SensorState>& sensors,
                          Format format, session::Frame frame);
 
 }  // namespace QV::outlets

@@ -62,6 +62,7 @@ void Observation::add(const Records& ownRecords) {
 
 void Observation::xAdd(const Math::MetricalData& record) {
   ++records;
+  if (!firstSeen) firstSeen = ko::Clock::now();
   points += record.points.size();
   worstAge = std::max(worstAge, Math::age(record, ko::Clock::now()));
   if (nonsense.empty()) nonsense = findNonsense(record, nature);

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstddef>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -35,6 +36,8 @@ class Observation {
   void add(const Records& ownRecords);
 
   std::size_t records = 0;
+  /** When the first was seen; nothing without any. */
+  std::optional<ko::Clock::time_point> firstSeen;
   std::size_t points = 0;
   ko::Duration worstAge{0};
   /** Cycles without a record; 0 if they are too few to speak of. */

@@ -66,6 +66,11 @@ TEST_F(ProgramTest, listAsJsonIsOneObject) {
   EXPECT_EQ(sonar["family"], "Sonar");
   EXPECT_EQ(sonar["mounting"]["x"], -0.13);
   EXPECT_EQ(sonar["link"], "torso");
+  EXPECT_EQ(sonar["subscribeTo"], "BackSonar");
+  EXPECT_EQ(described["sensors"][0]["name"], "BackBumperTouch");
+  EXPECT_EQ(described["sensors"][0]["subscribeTo"], "Touch");
+  EXPECT_EQ(described["sensors"].back()["name"], nullptr);
+  EXPECT_EQ(described["sensors"].back()["subscribeTo"], "PeoplePerception");
   EXPECT_EQ(described["collisionShapes"][0]["supported"], true);
   EXPECT_EQ(run({"list", "--robot", robotOf(""), "--format", "json"}).out,
             R"({"robot":"r","kind":0,"sensors":[],"collisionShapes":[]})"
@@ -123,6 +128,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
        "x, a number expected (see qvsensors read --help)"},
       {{"read", "--pose", "1,2,3", "--map", ""}, "--map: a file expected"},
       {{"list", "--robot", ""}, "--robot: a file expected"},
+      {{"list", "--robot", "portr"}, "--robot: a path, or one of porter expected, \"portr\""},
       {{"plot", "--pose", "1,2,3", "-o", ""}, "--output: a file expected"},
       {{"drive", "--path", "1,2 2,2", "--picture", ""}, "--picture: a file expected"},
       {{"drive", "--path", "1,2 2,2", "--picture", "/nowhere/run.png"},

@@ -35,7 +35,7 @@ session::Snapshot exampleSnapshot() {
 }
 
 TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
-  const json state = json::parse(stateMessage(exampleSnapshot()));
+  const json state = json::parse(pageStateOf(exampleSnapshot()));
   EXPECT_EQ(state["op"], "state");
   EXPECT_EQ(state["time"], 1'500'000'000);
   EXPECT_EQ(state["pose"]["x"], 1.235);
@@ -55,7 +55,7 @@ TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
 
 TEST(LiveMessages, pointsAreWhatThePointsOfASensorMean) {
   for (const auto& told : test::toldCases()) {
-    const json sensor = json::parse(stateMessage(test::snapshotOf(told, "Cliff")))["sensors"][0];
+    const json sensor = json::parse(pageStateOf(test::snapshotOf(told, "Cliff")))["sensors"][0];
     const json& points = sensor["points"];
     const bool isEcho = sensor["means"] == "arc" && !told.marks.empty();
     ASSERT_EQ(points.size(), 2 * (isEcho ? test::kArcPoints : told.marks.size())) << told.name;

@@ -5,7 +5,6 @@
 #include <sstream>
 
 #include "outlets/files/record_file.h"
-#include "session/internal/nearest_obstacle.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
 
@@ -24,7 +23,9 @@ Math::MetricalData exampleRecord() {
 
 std::string written(const std::vector<Math::MetricalData>& records, Format format) {
   std::ostringstream out;
-  writeRecords(out, records, format, session::Frame::map);
+  session::SensorState sensor;
+  sensor.records = records;
+  writeRecords(out, {sensor}, format, session::Frame::map);
   return out.str();
 }
 
@@ -81,12 +82,13 @@ TEST(RecordFile, isWrittenInTheFormatThatItsNameAsksFor) {
             (folder / "none/a.csv") + ": can't be written");
 }
 
-TEST(RecordOutput, theNearestObstacleIsNoMiss) {
-  auto record = exampleRecord();
-  record.points = {Math::Position3D(2.5f, 0.0f, 0.5f)};
-  EXPECT_FALSE(session::nearestObstacle(record));
-  record.points.push_back(Math::Position3D(0.0f, -1.5f, 9.0f));
-  EXPECT_EQ(session::nearestObstacle(record), 1.5f);
+TEST(RecordOutput, aTableSaysTheNearestOfTheSensor) {
+  session::SensorState sensor;
+  sensor.records = {exampleRecord()};
+  sensor.nearest = 1.5f;
+  std::ostringstream out;
+  writeRecords(out, {sensor}, Format::table, session::Frame::map);
+  EXPECT_THAT(out.str(), testing::ContainsRegex("Sonar +2 +1.500 +0.1..2.5 "));
 }
 
 }  // namespace

@@ -109,7 +109,7 @@ std::string helloMessage(Json world, const std::string& subscriber) {
   return toText(world);
 }
 
-std::string stateMessage(const session::Snapshot& snapshot) {
+std::string pageStateOf(const session::Snapshot& snapshot) {
   Json people = Json::array();
   for (const auto& person : snapshot.people) {
     people.push_back({rounded(person.x), rounded(person.y)});

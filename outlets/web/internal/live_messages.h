@@ -5,6 +5,7 @@
 
 #include "outlets/internal/json_values.h"
 #include "outlets/web/internal/depth_picture.h"
+#include "outlets/web/page_state.h"
 #include "platform/ko/log.h"
 #include "session/session.h"
 #include "session/snapshot.h"
@@ -16,7 +17,6 @@ QV_API Json describeWorld(session::Session& robot);
 
 /** What the page is told; docs/live-view.md describes each. All are one object of JSON. */
 QV_API std::string helloMessage(Json world, const std::string& subscriber);
-QV_API std::string stateMessage(const session::Snapshot& snapshot);
 QV_API std::string logMessage(const std::vector<ko::log::Record>& lines);
 std::string depthMessage(const std::string& sensor, const DepthPicture& picture);
 std::string refusedMessage(const std::string& op, const std::string& reason);

@@ -71,7 +71,7 @@ bool PageFeed::isWatched() const {
 
 void PageFeed::show(const session::Snapshot& snapshot) {
   if (!xHasPages()) return depth.rest();
-  const WebMessage state = textMessage(stateMessage(snapshot), Delivery::latest, "state");
+  const WebMessage state = textMessage(pageStateOf(snapshot), Delivery::latest, "state");
   auto frame = depth.next(snapshot);
   std::lock_guard lock(mutex);
   xSendToAll(state);

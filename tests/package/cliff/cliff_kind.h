@@ -1,0 +1,16 @@
+#pragma once
+
+#include "platform/model/sensor_kind.h"
+
+constexpr int kCliffType = 40;
+
+/** A cliff detector looks at the floor. Its one point is near where the floor ends, else far. */
+inline QV::Model::SensorKind cliffKind() {
+  using namespace QV::Model;
+  SensorKind kind = {kCliffType, "Cliff", "Cliff", PointMeaning::zone};
+  kind.keys = {1, 1, 1, "range of the floor (m)"};
+  kind.properties = {{"minimumDetectionDistance", Quantity::metres, true, 0.0, 1.0},
+                     {"maximumDetectionDistance", Quantity::metres, true, 0.0, 1.0},
+                     {"horizontalAngularRange", Quantity::radians, true, 0.0, 3.2}};
+  return kind;
+}

@@ -1,0 +1,84 @@
+#include <iostream>
+#include <memory>
+#include <string>
+
+#include <boost/make_shared.hpp>
+
+#include "cliff_kind.h"
+#include "cliff_sensor.h"
+#include "cliff_unit.h"
+#include "outlets/picture/run_picture.h"
+#include "outlets/web/page_state.h"
+#include "session/open.h"
+#include "session/sensor_check.h"
+
+using namespace QV;
+
+namespace {
+
+const Math::Pose2D kOnTheFloor(3.0f, 6.3f, 0.0f);
+const Math::Pose2D kAtTheHole(3.5f, 6.3f, 0.0f);
+
+/** The robot, before a hole of a square metre. */
+session::OpenOptions options() {
+  session::OpenOptions options;
+  options.sensors.add(cliffKind(),
+                      [](const sensor::SensorOrder& order) -> sensor::SensorFactory::Sensors {
+                        return {boost::make_shared<CliffSensor>(
+                            order.config.name, order.kind.family, order.fieldOfView,
+                            order.config.memoryKeys, order.broker)};
+                      });
+  options.units.add(kCliffType, [](const auto& config, const auto& context) {
+    return std::make_unique<CliffUnit>(config, context);
+  });
+  options.start = kOnTheFloor;
+  options.world.holes = {{{4.2f, 6.3f, 0.0f}, 1.0f, 1.0f, 0.5f}};
+  return options;
+}
+
+std::string tell(const session::Snapshot& snapshot) {
+  const session::SensorState& cliff = snapshot.sensors.at(0);
+  if (cliff.records.empty()) return "no record";
+  return cliff.marks.hits.empty() ? "floor" : "a cliff";
+}
+
+/** What the sensor tells a quarter of a second after the robot was put at the hole, and later. */
+std::string tryFault(session::Session& robot, robot::FaultKind kind) {
+  robot.clearFault("FrontCliff");
+  robot.setPose(kOnTheFloor);
+  robot.run(boost::chrono::seconds(2));
+  robot.setFault({"FrontCliff", kind});
+  robot.run(boost::chrono::milliseconds(40));
+  robot.setPose(kAtTheHole);
+  robot.run(boost::chrono::milliseconds(240));
+  const std::string soon = tell(robot.look());
+  robot.run(boost::chrono::milliseconds(500));
+  return soon + ", then " + tell(robot.look());
+}
+
+}  // namespace
+
+int main(int argc, char* argv[]) {
+  if (argc != 3) return 2;
+  const auto robot = session::openVirtual(argv[1], options());
+  robot->subscribe("my navigation", {"Cliff"});
+  robot->run(boost::chrono::seconds(1));
+  for (const auto& sensor : robot->look().sensors)
+    std::cout << sensor.name << " of " << sensor.family << ": " << tell(robot->look()) << '\n';
+
+  robot->setPose(kAtTheHole);
+  robot->run(boost::chrono::seconds(1));
+  outlets::RunPicture picture(argv[2]);
+  picture.show(robot->look());
+  picture.finish();
+  std::cout << "at the hole: " << tell(robot->look()) << '\n';
+  const std::string page = outlets::pageStateOf(robot->look());
+  std::cout << "the page is told: " << (page.find("FrontCliff") != std::string::npos) << '\n';
+
+  for (const auto kind : robot->getPossibleFaults("FrontCliff"))
+    std::cout << getName(kind) << ": " << tryFault(*robot, kind) << '\n';
+  robot->clearFault("FrontCliff");
+  robot->setPose(kAtTheHole);
+  for (const auto& sensor : session::checkSensors(*robot))
+    std::cout << "check: " << sensor.name << ' ' << getName(sensor.verdict) << '\n';
+}

@@ -1,0 +1,60 @@
+#include "session/sensor_check.h"
+
+#include "tests/session/session_in_room.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/vocabulary.h"
+
+namespace QV::session {
+namespace {
+
+const Math::Pose2D kStart(5.0f, 3.0f, 0.0f);
+
+TEST(CheckSensors, judgesAManagerByTheKindsOfItsSensors) {
+  test::LogCapture log;
+  OpenOptions options = test::inRoom(kStart);
+  options.faults = {{"BackSonar", robot::FaultKind::off}, {"FrontLaser", robot::FaultKind::off}};
+  const auto session = openVirtual("porter", options);
+  CheckOptions wanted;
+  wanted.sensors = {"BackSonar", "FrontLaser", "FrontSonar", "Touch"};
+  std::vector<double> told;
+  wanted.goesOn = [&told](double done) {
+    told.push_back(done);
+    return true;
+  };
+  const auto checked = checkSensors(session->getManager(), wanted);
+  ASSERT_EQ(checked.size(), 4u);
+  EXPECT_EQ(checked[0].verdict, Verdict::noRecord);
+  EXPECT_EQ(checked[1].verdict, Verdict::failedToStart);
+  EXPECT_THAT(checked[1].why, HasSubstr("Timeout while setting operation Mode"));
+  EXPECT_EQ(checked[2].verdict, Verdict::works);
+  EXPECT_EQ(checked[3].verdict, Verdict::works) << "silence is sound for a bumper";
+  EXPECT_THAT(told, ElementsAre(0.25, 0.5, 0.75, 1.0));
+  EXPECT_THAT(session->getManager().getSubscribers(), IsEmpty());
+}
+
+TEST(FindDescriptionFaults, namesSlipsAndKeysThatNobodyWrites) {
+  test::LogCapture log;
+  const test::TemporaryFolder folder;
+  const auto robot = folder.write("r.urdf", R"(<robot name="r"><link name="base"/>
+    <sensor name="Front" type="Sonar"><property key="minimumDetectionDistance" value="0.1"/>
+      <property key="maximumDetectionDistance" value="300 cm"/>
+      <property key="horizontalAngularRange" value="1"/><memory_key>Front</memory_key></sensor>
+    <sensor name="Hole" type="HoleLaser"><property key="status" value="NoOne/Status"/></sensor>
+    </robot>)");
+  const auto faultsOf = [](const std::string& description) {
+    const auto session = openVirtual(description, test::inRoom(kStart));
+    session->run(boost::chrono::seconds(1));
+    std::vector<std::string> texts;
+    for (const auto& fault : findDescriptionFaults(*session)) texts.push_back(fault.toText());
+    return texts;
+  };
+  const auto texts = faultsOf(robot);
+  EXPECT_THAT(texts, Contains(AllOf(StartsWith("Front: "), HasSubstr("\"300 cm\""))));
+  EXPECT_THAT(texts, Contains("Hole: memory key \"NoOne/Status\" is written by nobody, a driver "
+                              "expected"));
+  EXPECT_THAT(faultsOf("porter"), IsEmpty());
+}
+
+}  // namespace
+}  // namespace QV::session
