@@ -22,12 +22,12 @@ const Math::Pose2D kAtTheHole(3.5f, 6.3f, 0.0f);
 /** The robot, before a hole of a square metre. */
 session::OpenOptions options() {
   session::OpenOptions options;
-  options.sensors.add(cliffKind(),
-                      [](const sensor::SensorOrder& order) -> sensor::SensorFactory::Sensors {
-                        return {boost::make_shared<CliffSensor>(
-                            order.config.name, order.kind.family, order.fieldOfView,
-                            order.config.memoryKeys, order.broker)};
-                      });
+  options.sensors.add(
+      cliffKind(), [](const sensor::SensorOrder& order) -> sensor::SensorFactory::Sensors {
+        return {boost::make_shared<CliffSensor>(order.config.name, order.kind.family,
+                                                order.fieldOfView, order.config.memoryKeys,
+                                                order.broker)};
+      });
   options.units.add(kCliffType, [](const auto& config, const auto& context) {
     return std::make_unique<CliffUnit>(config, context);
   });
