@@ -14,7 +14,7 @@ namespace QV::session {
 namespace {
 
 constexpr ko::Duration kSecond{1'000'000'000};
-const Math::Pose2D kStart(5.0f, 3.0f, 0.0f);
+const Math::Pose2D kSessionStart(5.0f, 3.0f, 0.0f);
 
 SensorState sensorIn(const Snapshot& snapshot, const std::string& name) {
   for (const SensorState& sensor : snapshot.sensors) {
@@ -26,8 +26,8 @@ SensorState sensorIn(const Snapshot& snapshot, const std::string& name) {
 /** Porter, or a simulated robot of kind 1, in a room of 10 m by 6 m. */
 struct SessionTest : testing::TestWithParam<bool> {
   static std::unique_ptr<Session> open() {
-    return GetParam() ? openVirtual("porter", test::inRoom(kStart))
-                      : openSimulated(1, test::inRoom(kStart));
+    return GetParam() ? openVirtual("porter", test::inRoom(kSessionStart))
+                      : openSimulated(1, test::inRoom(kSessionStart));
   }
   static ko::Duration now() { return ko::Clock::now().time_since_epoch(); }
   /** A hand on the wheel. */
@@ -67,7 +67,7 @@ TEST_P(SessionTest, aHandThatLetsGoStopsTheRobot) {
   sut->keepPace(kSecond);
   const Snapshot after = sut->look();
   EXPECT_EQ(after.velocity.x, 0.0f);
-  EXPECT_NEAR(after.pose.x, kStart.x + 0.5f * 0.9f, 0.03f);
+  EXPECT_NEAR(after.pose.x, kSessionStart.x + 0.5f * 0.9f, 0.03f);
 }
 
 TEST_P(SessionTest, aPauseIsNoHold) {
@@ -76,7 +76,7 @@ TEST_P(SessionTest, aPauseIsNoHold) {
   sut->keepPace(kSecond);
   sut->pause(false);
   sut->keepPace(kSecond);
-  EXPECT_EQ(sut->look().pose.x, kStart.x);
+  EXPECT_EQ(sut->look().pose.x, kSessionStart.x);
 }
 
 TEST_P(SessionTest, aWallStopsTheRobot) {
@@ -159,7 +159,7 @@ TEST_P(SessionTest, sensorsCanBeMadeToFailWhereThereIsAVirtualRobot) {
 
 TEST(Session, givesUpAGoalWhoseWayStaysBlocked) {
   test::LogCapture log;
-  OpenOptions options = test::inRoom(kStart);
+  OpenOptions options = test::inRoom(kSessionStart);
   options.world.boxes = {{{6.5f, 3.0f, 0.0f}}};
   const auto sut = openVirtual("porter", options);
   sut->setGoal({8.0f, 3.0f});

@@ -20,7 +20,7 @@
 namespace QV::robot {
 namespace {
 
-constexpr float kHalfTurn = std::numbers::pi_v<float>;
+constexpr float kHalfCircle = std::numbers::pi_v<float>;
 constexpr float kFree = 5.0f;
 const std::string kPeople = "PeoplePerception/PeopleDetected";
 
@@ -99,22 +99,23 @@ struct VirtualRobotTest : testing::Test {
 MATCHER_P3(IsPose, x, y, theta, "") {
   return std::abs(arg.x - static_cast<float>(x)) < 2e-3f &&
          std::abs(arg.y - static_cast<float>(y)) < 2e-3f &&
-         std::abs(std::remainder(arg.theta - static_cast<float>(theta), 2.0f * kHalfTurn)) < 2e-3f;
+         std::abs(std::remainder(arg.theta - static_cast<float>(theta), 2.0f * kHalfCircle)) <
+             2e-3f;
 }
 
 TEST_F(VirtualRobotTest, drivesAsItIsTold) {
-  world.start.theta = kHalfTurn / 2;
+  world.start.theta = kHalfCircle / 2;
   robot().setVelocity(0.4f, 0.2f, 0.0f);
   run(2000);
-  EXPECT_THAT(robot().getPose(), IsPose(4.6, 3.8, kHalfTurn / 2));
+  EXPECT_THAT(robot().getPose(), IsPose(4.6, 3.8, kHalfCircle / 2));
   EXPECT_THAT(robot().getOdometry(), IsPose(0.8, 0.4, 0));
   EXPECT_THAT(QVMotionProxy(broker()).getRobotVelocity(), ElementsAre(0.4f, 0.2f, 0.0f));
   robot().setVelocity(0.5f, 0.0f, 0.5f);
-  run(static_cast<int>(2000 * kHalfTurn));
-  EXPECT_THAT(robot().getPose(), IsPose(2.6, 3.8, -kHalfTurn / 2)) << "half a circle of 1 m";
+  run(static_cast<int>(2000 * kHalfCircle));
+  EXPECT_THAT(robot().getPose(), IsPose(2.6, 3.8, -kHalfCircle / 2)) << "half a circle of 1 m";
   robot().setPose({1.0f, 1.0f, 0.0f});
   EXPECT_THAT(robot().getPose(), IsPose(1, 1, 0));
-  EXPECT_THAT(robot().getOdometry(), IsPose(0.8, 2.4, kHalfTurn)) << "does not notice";
+  EXPECT_THAT(robot().getOdometry(), IsPose(0.8, 2.4, kHalfCircle)) << "does not notice";
 }
 
 TEST_F(VirtualRobotTest, odometryDriftsByItsShareAndTheSame) {
@@ -218,7 +219,7 @@ TEST_F(VirtualRobotTest, reportsThePeopleItSeesWhileSomebodyListens) {
   EXPECT_NEAR(event[1][0][2].toFloat(), -std::asin(0.5 / distance), 1e-3) << "looking up";
   EXPECT_NEAR(event[1][0][3].toFloat(), std::atan2(0.5, 2.0), 1e-3);
   EXPECT_EQ(event[4], QVValue(kDepthCamera));
-  robot().setPose({5.0f, 3.0f, kHalfTurn / 2});
+  robot().setPose({5.0f, 3.0f, kHalfCircle / 2});
   run(1000);
   EXPECT_THAT(heard(), testing::SizeIs(1)) << "once that nobody is there any longer";
 }
