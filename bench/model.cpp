@@ -8,7 +8,7 @@
 
 #include "platform/math/internal/is_intersection_cone_shape.h"
 #include "platform/model/model_utils.h"
-#include "robot/services/motion_service.h"
+#include "robot/services/internal/motion_service.h"
 
 namespace {
 

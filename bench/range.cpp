@@ -15,15 +15,15 @@
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/middleware/qv_motion_proxy.h"
 #include "platform/model/model_utils.h"
-#include "robot/services/device_manager.h"
-#include "robot/services/laser_mode_actuator.h"
+#include "robot/services/internal/device_manager.h"
+#include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/motion_service.h"
+#include "robot/services/internal/robot_model_service.h"
+#include "robot/services/internal/sonar_driver.h"
 #include "robot/services/memory_service.h"
-#include "robot/services/motion_service.h"
-#include "robot/services/robot_model_service.h"
-#include "robot/services/sonar_driver.h"
-#include "sensor/range/blind_zone_sensor.h"
-#include "sensor/range/hole_laser_sensor.h"
-#include "sensor/range/smart_sonar.h"
+#include "sensor/range/internal/blind_zone_sensor.h"
+#include "sensor/range/internal/hole_laser_sensor.h"
+#include "sensor/range/internal/smart_sonar.h"
 
 namespace QV::bench {
 namespace {

@@ -14,7 +14,6 @@
 #include "bench/free_poses.h"
 #include "bench/timing.h"
 #include "platform/navigation/occ_map_simulate_scan.h"
-#include "platform/navigation/occ_map_simulate_scans.h"
 #include "robot/maps/map_files.h"
 
 namespace QV::bench {

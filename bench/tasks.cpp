@@ -9,7 +9,7 @@
 
 #include <benchmark/benchmark.h>
 
-#include "platform/ko/event_loop.h"
+#include "platform/ko/internal/event_loop.h"
 #include "platform/ko/internal/strand.h"
 #include "platform/ko/periodic_task.h"
 #include "platform/ko/simulated_time.h"

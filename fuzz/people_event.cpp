@@ -10,7 +10,7 @@
 #include "platform/ko/log.h"
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/internal/value_utils.h"
-#include "sensor/perception/people_perception_sensor.h"
+#include "sensor/perception/internal/people_perception_sensor.h"
 
 namespace QV::fuzz {
 namespace {

@@ -1,5 +1,5 @@
 /** Any value as a touch event: it is read whole or not at all, each group as it stands there. */
-#include "sensor/perception/touch_event.h"
+#include "sensor/perception/internal/touch_event.h"
 
 #include <optional>
 

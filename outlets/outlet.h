@@ -4,7 +4,7 @@
 
 #include "platform/api.h"
 #include "platform/ko/log.h"
-#include "session/demand.h"
+#include "session/session.h"
 #include "session/snapshot.h"
 
 namespace QV::outlets {

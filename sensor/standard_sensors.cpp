@@ -7,14 +7,14 @@
 
 #include "platform/ko/log.h"
 #include "platform/model/sensor_properties.h"
-#include "sensor/perception/people_perception_sensor.h"
+#include "sensor/perception/internal/people_perception_sensor.h"
+#include "sensor/perception/internal/touch_sensor.h"
 #include "sensor/perception/sensor_3d.h"
-#include "sensor/perception/touch_sensor.h"
-#include "sensor/range/blind_zone_sensor.h"
-#include "sensor/range/hole_laser_sensor.h"
-#include "sensor/range/laser_sensor.h"
-#include "sensor/range/smart_sonar.h"
-#include "sensor/range/sonar_sensor.h"
+#include "sensor/range/internal/blind_zone_sensor.h"
+#include "sensor/range/internal/hole_laser_sensor.h"
+#include "sensor/range/internal/laser_sensor.h"
+#include "sensor/range/internal/smart_sonar.h"
+#include "sensor/range/internal/sonar_sensor.h"
 #include "sensor/real/sensor_factory.h"
 
 // The creators of the library's own sensors. This stands above the rooms that it includes.

@@ -1,4 +1,4 @@
-#include "session/marks.h"
+#include "session/snapshot.h"
 
 namespace QV::session {
 

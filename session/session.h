@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -12,10 +13,19 @@
 #include "platform/model/robot.h"
 #include "robot/world/faults/fault.h"
 #include "sensor/core/sensor_manager.h"
-#include "session/demand.h"
 #include "session/snapshot.h"
 
 namespace QV::session {
+
+/** Who wants which sensors: subscriber to sensors. Whoever is not in it wants nothing. */
+using Demand = std::map<std::string, std::set<std::string>>;
+
+/** Adds the wishes of others. */
+inline void addDemand(Demand& demand, const Demand& others) {
+  for (const auto& [subscriber, sensors] : others) {
+    demand[subscriber].insert(sensors.begin(), sensors.end());
+  }
+}
 
 class SessionRobot;
 struct SessionParts;

@@ -3,7 +3,7 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
-#include "outlets/files/record_output.h"
+#include "outlets/files/internal/record_output.h"
 
 namespace QV::app {
 namespace {

@@ -8,8 +8,8 @@
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
+#include "outlets/files/internal/record_output.h"
 #include "outlets/files/record_file.h"
-#include "outlets/files/record_output.h"
 #include "session/open.h"
 
 namespace QV::app {

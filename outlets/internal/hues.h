@@ -1,6 +1,6 @@
 #pragma once
 
-#include "outlets/family_colour.h"
+#include "outlets/internal/family_colour.h"
 
 /** Colours that people with any kind of colour vision tell apart. */
 namespace QV::outlets::hues {

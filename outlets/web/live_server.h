@@ -3,9 +3,9 @@
 #include <memory>
 #include <set>
 #include <string>
+#include <vector>
 
 #include "outlets/outlet.h"
-#include "outlets/web/server_settings.h"
 #include "session/session.h"
 
 namespace QV::session {
@@ -13,6 +13,16 @@ class LogRing;
 }
 
 namespace QV::outlets {
+
+/** Where a server listens, and whom it lets in. */
+struct ServerSettings {
+  /** To listen at: an IP address. */
+  std::string address = "127.0.0.1";
+  /** 0 takes any that is free. */
+  unsigned short port = 8765;
+  /** Let in beside its own, such as "https://viewer.example". */
+  std::vector<std::string> origins = {};
+};
 
 /**
  * A session that goes on by the machine's clock, and the server that shows it: to pages, and to

@@ -1,14 +1,27 @@
 #pragma once
 
+#include <cstdint>
+#include <span>
 #include <vector>
 
 #include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/math/sensor_field_of_view_2d.h"
 #include "platform/navigation/occupancy_map.h"
-#include "platform/navigation/range_reading.h"
 
 namespace QV {
+
+/** What one ray of a scan met. */
+struct QV_API RangeReading {
+  /** Metres along the ray. */
+  float range = 0.0f;
+  /** Radians, relative to the heading of the pose that the scan was cast from. */
+  float angle = 0.0f;
+  /** 0 for a hit, 1 for a miss. */
+  std::int32_t status = 0;
+
+  friend bool operator==(const RangeReading&, const RangeReading&) = default;
+};
 
 /**
  * Casts a fan of rays from `scanPose` (world frame) into `map`; `readings` is replaced by one
@@ -22,5 +35,17 @@ QV_API void occMapSimulateScan(const OccupancyMap& map,
                                const Math::SensorFieldOfView2D& fieldOfView,
                                const Math::Pose2D& scanPose, std::vector<RangeReading>& readings,
                                float occupiedAbove);
+
+/**
+ * Casts one fan of rays from each of many poses (world frame) into `map`, as a particle filter
+ * does. `ranges` gets the ranges that occMapSimulateScan reads, in metres, all rays of the first
+ * pose, then all of the second, and so on; a ray that meets nothing reads as maxRange. So many
+ * `threads` share the poses, the caller's among them. Throws std::invalid_argument where the field
+ * of view makes no sense, `ranges` has not one place for each ray of each pose, or threads are not
+ * 1..256; nothing is written then.
+ */
+QV_API void occMapSimulateScans(const OccupancyMap& map, std::span<const Math::Pose2D> poses,
+                                const Math::SensorFieldOfView2D& fieldOfView,
+                                std::span<float> ranges, float occupiedAbove, int threads = 1);
 
 }  // namespace QV

@@ -1,5 +1,3 @@
-#include "platform/navigation/occ_map_simulate_scans.h"
-
 #include <algorithm>
 #include <array>
 #include <atomic>
@@ -10,6 +8,7 @@
 
 #include "platform/navigation/internal/fan_directions.h"
 #include "platform/navigation/internal/scan_caster.h"
+#include "platform/navigation/occ_map_simulate_scan.h"
 
 namespace QV {
 namespace {

@@ -5,7 +5,7 @@
 #include <stdexcept>
 
 #include "robot/logs/internal/log_file.h"
-#include "robot/logs/recording.h"
+#include "robot/logs/internal/recording.h"
 
 namespace QV::robot {
 namespace {

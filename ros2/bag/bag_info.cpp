@@ -1,9 +1,9 @@
-#include "ros2/bag/bag_info.h"
-
 #include <algorithm>
 #include <filesystem>
 #include <map>
 #include <stdexcept>
+
+#include "ros2/bag/bag_reader.h"
 
 namespace QV::ros2 {
 namespace {

@@ -6,7 +6,6 @@
 #include <string>
 
 #include "ros2/messages/message_type.h"
-#include "ros2/qos.h"
 
 namespace QV::ros2 {
 

@@ -1,11 +1,10 @@
-#include "ros2/graph/graph_options.h"
-
 #include <array>
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
 
 #include "platform/model/internal/number_text.h"
+#include "ros2/graph/graph.h"
 
 namespace QV::ros2 {
 namespace {

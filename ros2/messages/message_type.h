@@ -10,6 +10,15 @@
 
 namespace QV::ros2 {
 
+/** What a topic's publisher offers, or its subscription asks for. */
+struct Qos {
+  bool reliable = true;
+  /** The last messages are kept for subscriptions that come later. */
+  bool transientLocal = false;
+  /** Messages that are kept, of each publisher. */
+  int depth = 10;
+};
+
 using Bytes = std::vector<std::uint8_t>;
 using BytesView = std::span<const std::uint8_t>;
 

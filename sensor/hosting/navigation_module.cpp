@@ -9,8 +9,8 @@
 #include "platform/middleware/qv_error.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/hosting/record_value.h"
-#include "sensor/perception/people_perception_sensor.h"
-#include "sensor/perception/touch_sensor.h"
+#include "sensor/perception/internal/people_perception_sensor.h"
+#include "sensor/perception/internal/touch_sensor.h"
 #include "sensor/real/real_sensor_manager.h"
 
 namespace QV::sensor {

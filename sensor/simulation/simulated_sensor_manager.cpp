@@ -1,6 +1,7 @@
 #include "sensor/simulation/simulated_sensor_manager.h"
 
 #include "platform/ko/log.h"
+#include "sensor/simulation/internal/robot_model_mock.h"
 
 namespace QV::sensor {
 namespace {
@@ -21,7 +22,7 @@ void SimulatedSensorManager::xInit(int robotKind, QV::OccupancyMap* map) {
 }
 
 void SimulatedSensorManager::xAddSensors(int robotKind) {
-  for (const auto& sensor : robotModel.getSimulatedSensors(robotKind)) {
+  for (const auto& sensor : RobotModelMock().getSimulatedSensors(robotKind)) {
     sensors.emplace(sensor->getName(), sensor);
     families[sensor->getFamilyName()].insert(sensor->getName());
   }

@@ -5,7 +5,6 @@
 #include "platform/api.h"
 #include "platform/navigation/occupancy_map.h"
 #include "sensor/core/sensor_manager.h"
-#include "sensor/simulation/robot_model_mock.h"
 
 namespace QV::sensor {
 
@@ -39,7 +38,6 @@ class QV_API SimulatedSensorManager : public SensorManager {
   void xSetOccMap(QV::OccupancyMap* map);
 
   float simulationParameter = 0.0f;
-  RobotModelMock robotModel;
 };
 
 }  // namespace QV::sensor

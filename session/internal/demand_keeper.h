@@ -1,7 +1,7 @@
 #pragma once
 
 #include "sensor/core/sensor_manager.h"
-#include "session/demand.h"
+#include "session/session.h"
 
 namespace QV::session {
 

@@ -6,8 +6,7 @@
 #include "platform/math/metrical_data.h"
 #include "platform/math/pose2d.h"
 #include "platform/model/sensor_kind.h"
-#include "session/frame.h"
-#include "session/marks.h"
+#include "session/snapshot.h"
 
 namespace QV::session {
 

@@ -9,8 +9,8 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/model/model_utils.h"
+#include "robot/services/internal/robot_model_service.h"
 #include "robot/services/memory_service.h"
-#include "robot/services/robot_model_service.h"
 #include "session/usage_error.h"
 
 namespace QV::session {

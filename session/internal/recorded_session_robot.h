@@ -8,10 +8,10 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include "robot/logs/log_replay.h"
-#include "robot/services/device_manager.h"
-#include "robot/services/laser_mode_actuator.h"
-#include "robot/services/motion_service.h"
+#include "robot/logs/internal/log_replay.h"
+#include "robot/services/internal/device_manager.h"
+#include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/motion_service.h"
 #include "sensor/hosting/navigation_module.h"
 #include "session/internal/session_robot.h"
 

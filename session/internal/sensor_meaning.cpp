@@ -1,6 +1,6 @@
 #include "session/internal/sensor_meaning.h"
 
-#include "sensor/simulation/simulated_sensor.h"
+#include "sensor/simulation/internal/simulated_sensor.h"
 
 namespace QV::session {
 

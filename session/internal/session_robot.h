@@ -11,7 +11,7 @@
 #include "platform/model/sensor_kinds.h"
 #include "platform/navigation/occupancy_map.h"
 #include "sensor/hosting/navigation_module.h"
-#include "session/frame.h"
+#include "session/snapshot.h"
 
 namespace QV::robot {
 class VirtualRobot;

@@ -6,6 +6,7 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/ko/log.h"
+#include "sensor/simulation/internal/robot_model_mock.h"
 #include "session/internal/path_follower.h"
 #include "session/usage_error.h"
 

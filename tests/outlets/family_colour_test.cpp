@@ -1,4 +1,4 @@
-#include "outlets/family_colour.h"
+#include "outlets/internal/family_colour.h"
 
 #include <gtest/gtest.h>
 

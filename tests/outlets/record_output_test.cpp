@@ -1,4 +1,4 @@
-#include "outlets/files/record_output.h"
+#include "outlets/files/internal/record_output.h"
 
 #include <algorithm>
 #include <cmath>

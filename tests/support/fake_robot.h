@@ -15,7 +15,7 @@
 #include "platform/ko/simulated_time.h"
 #include "platform/math/transform.h"
 #include "platform/middleware/qv_memory_proxy.h"
-#include "robot/services/device_manager.h"
+#include "robot/services/internal/device_manager.h"
 #include "sensor/core/sensor.h"
 #include "tests/support/broker_with_memory.h"
 #include "tests/support/log_capture.h"

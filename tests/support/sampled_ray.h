@@ -8,8 +8,8 @@
 
 #include "platform/math/pose2d.h"
 #include "platform/math/sensor_field_of_view_2d.h"
+#include "platform/navigation/occ_map_simulate_scan.h"
 #include "platform/navigation/occupancy_map.h"
-#include "platform/navigation/range_reading.h"
 
 namespace QV::test {
 

@@ -4,7 +4,7 @@
 
 #include "outlets/internal/json_values.h"
 #include "platform/math/metrical_data.h"
-#include "session/frame.h"
+#include "session/snapshot.h"
 
 namespace QV::outlets {
 

@@ -1,6 +1,6 @@
 #include "outlets/picture/internal/palette.h"
 
-#include "outlets/family_colour.h"
+#include "outlets/internal/family_colour.h"
 
 namespace QV::outlets {
 

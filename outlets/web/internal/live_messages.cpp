@@ -1,7 +1,7 @@
 #include "outlets/web/internal/live_messages.h"
 
-#include "outlets/family_colour.h"
 #include "outlets/internal/base64.h"
+#include "outlets/internal/family_colour.h"
 #include "outlets/web/internal/depth_feed.h"
 #include "outlets/web/internal/map_picture.h"
 #include "outlets/web/internal/page_points.h"

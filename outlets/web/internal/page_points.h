@@ -3,7 +3,7 @@
 #include <vector>
 
 #include "platform/math/position.h"
-#include "session/marks.h"
+#include "session/snapshot.h"
 
 namespace QV::outlets {
 

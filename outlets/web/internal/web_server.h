@@ -6,7 +6,7 @@
 
 #include "outlets/web/internal/page_files.h"
 #include "outlets/web/internal/web_handler.h"
-#include "outlets/web/server_settings.h"
+#include "outlets/web/live_server.h"
 #include "platform/api.h"
 
 namespace QV::outlets {

@@ -7,7 +7,7 @@
 #include "platform/navigation/internal/grid_frame.h"
 #include "platform/navigation/internal/scan_path.h"
 #include "platform/navigation/internal/scan_store.h"
-#include "platform/navigation/range_reading.h"
+#include "platform/navigation/occ_map_simulate_scan.h"
 
 namespace QV::detail {
 

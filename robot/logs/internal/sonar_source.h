@@ -1,8 +1,8 @@
 #pragma once
 
 #include "platform/api.h"
-#include "robot/logs/recording.h"
-#include "robot/services/sonar_driver.h"
+#include "robot/logs/internal/recording.h"
+#include "robot/services/internal/sonar_driver.h"
 
 namespace QV::robot {
 

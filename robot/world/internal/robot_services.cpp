@@ -5,11 +5,11 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/middleware/qv_error.h"
-#include "robot/services/device_manager.h"
+#include "robot/services/internal/device_manager.h"
+#include "robot/services/internal/motion_service.h"
+#include "robot/services/internal/robot_model_service.h"
+#include "robot/services/internal/sonar_driver.h"
 #include "robot/services/memory_service.h"
-#include "robot/services/motion_service.h"
-#include "robot/services/robot_model_service.h"
-#include "robot/services/sonar_driver.h"
 #include "robot/services/video_device.h"
 
 namespace QV::robot {

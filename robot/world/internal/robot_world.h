@@ -13,7 +13,7 @@
 
 #include "platform/ko/periodic_task.h"
 #include "platform/middleware/qv_module.h"
-#include "robot/services/motion_service.h"
+#include "robot/services/internal/motion_service.h"
 #include "robot/world/faults/internal/fault_plan.h"
 #include "robot/world/internal/unit_schedule.h"
 #include "robot/world/robot_description.h"

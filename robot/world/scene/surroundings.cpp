@@ -2,7 +2,7 @@
 
 #include <utility>
 
-#include "robot/services/motion_service.h"
+#include "robot/services/internal/motion_service.h"
 #include "robot/world/scene/internal/scene.h"
 
 namespace QV::robot {

@@ -2,7 +2,7 @@
 
 #include <string>
 
-#include "ros2/graph/graph_options.h"
+#include "ros2/graph/graph.h"
 
 namespace QV::ros2 {
 

@@ -4,7 +4,7 @@
 #include <string>
 #include <vector>
 
-#include "ros2/graph/graph_options.h"
+#include "ros2/graph/graph.h"
 #include "ros2/messages/message_type.h"
 
 namespace QV::ros2 {

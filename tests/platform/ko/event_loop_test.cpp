@@ -1,4 +1,4 @@
-#include "platform/ko/event_loop.h"
+#include "platform/ko/internal/event_loop.h"
 
 #include <atomic>
 #include <thread>

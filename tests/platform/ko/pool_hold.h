@@ -3,7 +3,7 @@
 #include <latch>
 #include <memory>
 
-#include "platform/ko/event_loop.h"
+#include "platform/ko/internal/event_loop.h"
 
 namespace ko::test {
 

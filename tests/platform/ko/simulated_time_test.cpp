@@ -2,7 +2,7 @@
 
 #include <thread>
 
-#include "platform/ko/event_loop.h"
+#include "platform/ko/internal/event_loop.h"
 #include "platform/ko/internal/strand.h"
 #include "platform/ko/os.h"
 #include "platform/ko/periodic_task.h"

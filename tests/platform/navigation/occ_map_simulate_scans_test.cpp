@@ -1,5 +1,3 @@
-#include "platform/navigation/occ_map_simulate_scans.h"
-
 #include <limits>
 #include <random>
 

@@ -1,9 +1,9 @@
-#include "robot/logs/log_replay.h"
+#include "robot/logs/internal/log_replay.h"
 
 #include <cmath>
 
 #include "platform/model/model_utils.h"
-#include "robot/services/motion_service.h"
+#include "robot/services/internal/motion_service.h"
 #include "tests/support/fake_robot.h"
 
 namespace QV::robot {

@@ -1,4 +1,4 @@
-#include "robot/logs/recording.h"
+#include "robot/logs/internal/recording.h"
 
 #include <cmath>
 

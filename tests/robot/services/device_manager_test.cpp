@@ -1,4 +1,4 @@
-#include "robot/services/device_manager.h"
+#include "robot/services/internal/device_manager.h"
 
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/dcm_proxy.h"

@@ -1,4 +1,4 @@
-#include "robot/services/laser_mode_actuator.h"
+#include "robot/services/internal/laser_mode_actuator.h"
 
 #include <optional>
 

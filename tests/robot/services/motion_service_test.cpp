@@ -1,4 +1,4 @@
-#include "robot/services/motion_service.h"
+#include "robot/services/internal/motion_service.h"
 
 #include <array>
 #include <atomic>

@@ -1,4 +1,4 @@
-#include "robot/services/sonar_driver.h"
+#include "robot/services/internal/sonar_driver.h"
 
 #include <atomic>
 #include <latch>

@@ -1,10 +1,10 @@
 #include <numbers>
 
 #include "platform/ko/simulated_time.h"
-#include "robot/services/device_manager.h"
+#include "robot/services/internal/device_manager.h"
+#include "robot/services/internal/motion_service.h"
+#include "robot/services/internal/sonar_driver.h"
 #include "robot/services/memory_service.h"
-#include "robot/services/motion_service.h"
-#include "robot/services/sonar_driver.h"
 #include "robot/services/video_device.h"
 #include "robot/world/robot_description.h"
 #include "robot/world/units/unit_factory.h"

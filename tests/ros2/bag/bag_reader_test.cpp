@@ -7,7 +7,6 @@
 
 #include <gmock/gmock.h>
 
-#include "ros2/bag/bag_info.h"
 #include "ros2/bag/internal/bag_file.h"
 #include "tests/ros2/bag/small_bag.h"
 

@@ -12,7 +12,7 @@
 
 #include <gmock/gmock.h>
 
-#include "ros2/bag/bag_info.h"
+#include "ros2/bag/bag_reader.h"
 #include "tests/ros2/bag/small_bag.h"
 #include "tests/support/log_capture.h"
 

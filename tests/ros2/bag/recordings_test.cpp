@@ -4,7 +4,7 @@
 
 #include <gmock/gmock.h>
 
-#include "ros2/bag/bag_info.h"
+#include "ros2/bag/bag_reader.h"
 #include "ros2/messages/internal/layout.h"
 #include "tests/support/real_data.h"
 #include "tests/support/temporary_folder.h"

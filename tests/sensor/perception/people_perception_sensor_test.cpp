@@ -1,4 +1,4 @@
-#include "sensor/perception/people_perception_sensor.h"
+#include "sensor/perception/internal/people_perception_sensor.h"
 
 #include <cmath>
 #include <optional>

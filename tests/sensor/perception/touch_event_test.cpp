@@ -1,4 +1,4 @@
-#include "sensor/perception/touch_event.h"
+#include "sensor/perception/internal/touch_event.h"
 
 #include <optional>
 

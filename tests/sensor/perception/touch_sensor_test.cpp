@@ -1,4 +1,4 @@
-#include "sensor/perception/touch_sensor.h"
+#include "sensor/perception/internal/touch_sensor.h"
 
 #include <thread>
 

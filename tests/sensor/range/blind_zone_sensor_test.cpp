@@ -1,4 +1,4 @@
-#include "sensor/range/blind_zone_sensor.h"
+#include "sensor/range/internal/blind_zone_sensor.h"
 
 #include <cmath>
 

@@ -1,4 +1,4 @@
-#include "sensor/range/hole_laser_sensor.h"
+#include "sensor/range/internal/hole_laser_sensor.h"
 
 #include "tests/support/fake_robot.h"
 

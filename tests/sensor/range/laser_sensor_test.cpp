@@ -1,6 +1,6 @@
-#include "sensor/range/laser_sensor.h"
+#include "sensor/range/internal/laser_sensor.h"
 
-#include "robot/services/laser_mode_actuator.h"
+#include "robot/services/internal/laser_mode_actuator.h"
 #include "tests/support/fake_robot.h"
 
 namespace QV::sensor {

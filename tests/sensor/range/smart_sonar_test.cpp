@@ -1,9 +1,9 @@
-#include "sensor/range/smart_sonar.h"
+#include "sensor/range/internal/smart_sonar.h"
 
 #include "platform/model/model_utils.h"
-#include "robot/services/motion_service.h"
-#include "robot/services/robot_model_service.h"
-#include "robot/services/sonar_driver.h"
+#include "robot/services/internal/motion_service.h"
+#include "robot/services/internal/robot_model_service.h"
+#include "robot/services/internal/sonar_driver.h"
 #include "tests/support/fake_robot.h"
 
 namespace QV::sensor {

@@ -1,4 +1,4 @@
-#include "sensor/range/sonar_sensor.h"
+#include "sensor/range/internal/sonar_sensor.h"
 
 #include <cmath>
 

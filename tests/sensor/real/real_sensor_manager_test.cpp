@@ -3,9 +3,9 @@
 #include <algorithm>
 #include <optional>
 
-#include "robot/services/robot_model_service.h"
+#include "robot/services/internal/robot_model_service.h"
 #include "robot/services/video_device.h"
-#include "sensor/range/smart_sonar.h"
+#include "sensor/range/internal/smart_sonar.h"
 #include "tests/support/fake_robot.h"
 #include "tests/support/fake_sensor.h"
 

@@ -1,4 +1,4 @@
-#include "sensor/simulation/robot_model_mock.h"
+#include "sensor/simulation/internal/robot_model_mock.h"
 
 #include "tests/support/log_capture.h"
 #include "tests/support/vocabulary.h"

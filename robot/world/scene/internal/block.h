@@ -3,7 +3,7 @@
 #include <optional>
 
 #include "platform/math/pose2d.h"
-#include "robot/world/scene/ray.h"
+#include "robot/world/scene/surroundings.h"
 
 namespace QV::robot {
 

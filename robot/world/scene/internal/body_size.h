@@ -1,7 +1,7 @@
 #pragma once
 
 #include "platform/model/robot.h"
-#include "robot/services/motion_service.h"
+#include "robot/services/internal/motion_service.h"
 #include "robot/world/scene/internal/body.h"
 
 namespace QV::robot {

@@ -7,7 +7,7 @@
 
 #include <boost/shared_ptr.hpp>
 
-#include "robot/services/laser_mode_actuator.h"
+#include "robot/services/internal/laser_mode_actuator.h"
 #include "robot/world/units/internal/beat.h"
 #include "robot/world/units/internal/laser_unit.h"
 #include "robot/world/units/sensor_unit.h"

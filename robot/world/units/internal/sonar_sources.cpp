@@ -9,7 +9,7 @@
 
 #include "platform/model/sensor_properties.h"
 #include "robot/services/internal/sonar_config.h"
-#include "robot/services/sonar_driver.h"
+#include "robot/services/internal/sonar_driver.h"
 #include "robot/world/chance/range_noise.h"
 #include "robot/world/faults/fault_channel.h"
 #include "robot/world/units/internal/nonsense.h"

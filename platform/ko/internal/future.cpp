@@ -1,0 +1,28 @@
+#include "platform/ko/internal/future.h"
+
+#include <stdexcept>
+
+#include "platform/ko/internal/future_state.h"
+
+namespace ko {
+
+Future<void>::Future(boost::shared_ptr<detail::FutureState> state) : state(std::move(state)) {}
+
+void Future<void>::cancel() {
+  if (state) state->cancel();
+}
+
+bool Future<void>::isFinished() const {
+  return state && state->isFinished();
+}
+
+bool Future<void>::isCanceled() const {
+  return state && state->isCanceled();
+}
+
+void Future<void>::wait() {
+  if (!state) throw std::logic_error("Future: there is no call to wait for");
+  state->wait();
+}
+
+}  // namespace ko

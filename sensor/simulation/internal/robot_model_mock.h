@@ -1,0 +1,24 @@
+#pragma once
+
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+
+#include "platform/api.h"
+#include "sensor/simulation/internal/simulated_sensor.h"
+
+namespace QV::sensor {
+
+/** The catalogue of simulated sensors: what a robot of each kind carries. */
+class QV_API RobotModelMock {
+ public:
+  /** New sensors for kind -1, 0 or 1; none, and an error in the log, for any other kind. */
+  std::vector<boost::shared_ptr<SimulatedSensor>> getSimulatedSensors(int robotKind) const;
+
+ private:
+  std::vector<boost::shared_ptr<SimulatedSensor>> xGetSimulatedSensorsX() const;
+  std::vector<boost::shared_ptr<SimulatedSensor>> xGetSimulatedSensors1() const;
+  std::vector<boost::shared_ptr<SimulatedSensor>> xGetSimulatedSensorsDVT2() const;
+};
+
+}  // namespace QV::sensor
