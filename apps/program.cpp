@@ -71,7 +71,7 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
 
 }  // namespace
 
-int runProgram(int argc, const char* const* argv) {
+int runProgram(int argc, const char* const* argv, const session::OpenOptions& robots) {
   CLI::App program(
       "Reads a mobile robot's sensors: of simulated and virtual robots in a map of yours.",
       "qvsensors");
@@ -79,7 +79,7 @@ int runProgram(int argc, const char* const* argv) {
   program.require_subcommand(1);
   program.set_help_all_flag("--help-all", "Help of every command");
   int status = 0;
-  for (AddCommand* const add : kCommands) add(program, status);
+  for (AddCommand* const add : kCommands) add(program, robots, status);
   catchInterrupts();
   try {
     checkCommand(program, argc, argv);

@@ -238,7 +238,7 @@ void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan
   state.counters[std::string("vs_mrpt") + pathCase.suffix] = ratioOf(times.mrpt, times.ours);
 }
 
-void registerAll() {
+bool registerAll() {
   for (const MapCase& mapCase : kMaps) {
     for (const PathCase& pathCase : kPaths) {
       if (!isSupported(pathCase.path)) continue;
@@ -251,16 +251,12 @@ void registerAll() {
       }
     }
   }
+  return true;
 }
+
+[[maybe_unused]] const bool isRegistered = registerAll();
 
 }  // namespace
 }  // namespace QV::bench
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  QV::bench::registerAll();
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}
+BENCHMARK_MAIN();

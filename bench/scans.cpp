@@ -82,7 +82,7 @@ void scanManyPoses(benchmark::State& state, const MapCase& mapCase, const FanCas
   state.counters["two_threads"] = ratioOf(onOneThread, onTwoThreads);
 }
 
-void registerAll() {
+bool registerAll() {
   for (const MapCase& mapCase : kMaps) {
     for (const FanCase& fan : kFans) {
       const std::string name = std::string("scans/") + mapCase.name + "/" + fan.name;
@@ -91,16 +91,12 @@ void registerAll() {
           ->Unit(benchmark::kMillisecond);
     }
   }
+  return true;
 }
+
+[[maybe_unused]] const bool isRegistered = registerAll();
 
 }  // namespace
 }  // namespace QV::bench
 
-int main(int argc, char** argv) {
-  benchmark::Initialize(&argc, argv);
-  if (benchmark::ReportUnrecognizedArguments(argc, argv)) return 1;
-  QV::bench::registerAll();
-  benchmark::RunSpecifiedBenchmarks();
-  benchmark::Shutdown();
-  return 0;
-}
+BENCHMARK_MAIN();

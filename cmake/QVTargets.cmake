@@ -73,10 +73,10 @@ endfunction()
 
 set(QV_EXPORTS ${CMAKE_CURRENT_LIST_DIR}/exports.map)
 
-# qv_add_library(NAME): the shared library of this folder, exported as QV::NAME. What lies in a
-# folder internal/ is not installed; what is not ours is not exported.
-function(qv_add_library name)
-  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+# qv_add_shared(NAME SOURCE...): a shared library, exported as QV::NAME; what is not ours is not
+# exported from it.
+function(qv_add_shared name)
+  set(sources ${ARGN})
   if(NOT sources)
     set(sources ${CMAKE_CURRENT_BINARY_DIR}/empty.cpp)
     file(TOUCH ${sources})
@@ -88,13 +88,19 @@ function(qv_add_library name)
     $<INSTALL_INTERFACE:${CMAKE_INSTALL_INCLUDEDIR}/qv>)
   target_compile_features(qv_${name} PUBLIC cxx_std_20)
   target_link_libraries(qv_${name} PRIVATE $<BUILD_INTERFACE:qv_options>)
-  qv_precompile(qv_${name})
-  qv_hasten(qv_${name} ${name})
   set_target_properties(qv_${name} PROPERTIES
     EXPORT_NAME ${name} VERSION ${PROJECT_VERSION} SOVERSION ${PROJECT_VERSION_MAJOR}
     INSTALL_RPATH "\$ORIGIN" LINK_DEPENDS ${QV_EXPORTS})
   target_link_options(qv_${name} PRIVATE -Wl,--version-script=${QV_EXPORTS})
   install(TARGETS qv_${name} EXPORT QVSensorTargets)
+endfunction()
+
+# qv_add_library(NAME): the library of this folder. What lies in a folder internal/ is not installed.
+function(qv_add_library name)
+  file(GLOB_RECURSE sources CONFIGURE_DEPENDS ${CMAKE_CURRENT_SOURCE_DIR}/*.cpp)
+  qv_add_shared(${name} ${sources})
+  qv_precompile(qv_${name})
+  qv_hasten(qv_${name} ${name})
   file(RELATIVE_PATH folder ${PROJECT_SOURCE_DIR} ${CMAKE_CURRENT_SOURCE_DIR})
   install(DIRECTORY ${CMAKE_CURRENT_SOURCE_DIR}/
     DESTINATION ${CMAKE_INSTALL_INCLUDEDIR}/qv/${folder} FILES_MATCHING

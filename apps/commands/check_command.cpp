@@ -105,8 +105,8 @@ int check(const CommonOptions& options) {
 
 }  // namespace
 
-void addCheckCommand(CLI::App& program, int& status) {
-  auto options = std::make_shared<CommonOptions>();
+void addCheckCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
+  auto options = optionsFor<CommonOptions>(robots);
   options->somebodyAhead = true;
   CLI::App* command =
       program.add_subcommand("check", "Start each sensor in turn: what works, what fails and why");

@@ -35,7 +35,7 @@ robot::WorldOptions worldOf(const CommonOptions& options) {
   expect(options.noise >= 0.0f && std::isfinite(options.noise), "--noise: metres from 0 on");
   expect(options.dropOuts >= 0.0f && options.dropOuts <= 1.0f, "--drop-outs: a share from 0 to 1");
   expect(options.people >= 0, "--people: a number from 0 on");
-  robot::WorldOptions world;
+  robot::WorldOptions world = options.robots.world;
   world.seed = options.seed;
   world.rangeNoise = options.noise;
   world.dropOuts = options.dropOuts;
@@ -45,6 +45,7 @@ robot::WorldOptions worldOf(const CommonOptions& options) {
 
 std::vector<robot::Fault> faultsOf(const CommonOptions& options) {
   std::vector<robot::Fault> faults;
+  faults.reserve(options.faults.size());
   for (const std::string& text : options.faults) faults.push_back(robot::parseFault(text));
   return faults;
 }
@@ -65,9 +66,9 @@ std::unique_ptr<session::Session> openRobot(const CommonOptions& options,
 
 std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math::Pose2D> start,
                                                              session::TimeSource time) const {
-  session::OpenOptions options;
+  session::OpenOptions options = robots;
   options.time = time;
-  options.start = start;
+  if (start) options.start = start;
   options.somebodyAhead = somebodyAhead;
   if (!start && !pose.empty()) options.start = parsePose(pose);
   if (map) options.mapFile = naming("--map", [&] { return session::findMap(*map); });

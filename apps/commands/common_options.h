@@ -15,6 +15,8 @@ namespace QV::app {
 
 /** The options that several commands share. */
 struct CommonOptions {
+  /** What the options leave open. */
+  session::OpenOptions robots;
   int kind = 1;
   std::optional<std::string> robot;
   std::optional<std::string> map;
@@ -41,6 +43,14 @@ struct CommonOptions {
   /** What was subscribed to, or every family. UsageError for a name that doesn't exist. */
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };
+
+/** Options of some command, where it says nothing as `robots` are. */
+template <typename Options>
+std::shared_ptr<Options> optionsFor(const session::OpenOptions& robots) {
+  const auto options = std::make_shared<Options>();
+  options->robots = robots;
+  return options;
+}
 
 /** A check of an option's value: what is wrong with an empty one, nothing for any other. */
 std::string namesAFile(const std::string& path);

@@ -119,8 +119,8 @@ void drive(const DriveOptions& options) {
 
 }  // namespace
 
-void addDriveCommand(CLI::App& program, int&) {
-  auto options = std::make_shared<DriveOptions>();
+void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+  auto options = optionsFor<DriveOptions>(robots);
   CLI::App* command =
       program.add_subcommand("drive", "Drive a path through the map and read at every cycle");
   addWorld(*command, *options);

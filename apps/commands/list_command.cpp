@@ -39,13 +39,13 @@ std::string noteOn(const session::ListedSensor& sensor) {
   return sensor.name == sensor.describedAs ? "" : "described as " + sensor.describedAs;
 }
 
-void printSensors(const robot::RobotDescription& description) {
+void printSensors(const robot::RobotDescription& description, const session::OpenOptions& robots) {
   const Model::Robot& robot = description.model;
   std::cout << "Robot " << robot.name << " of kind " << robot.kindCode
             << ". Mounting in the link's frame (m, rad), ranges in m, apertures in rad.\n";
   outlets::Table table({"family", "sensor", ">type", ">min", ">max", ">aperture", ">keys", "link",
                         ">x", ">y", ">z", ">heading", ""});
-  for (const auto& sensor : session::sensorsOf(description)) {
+  for (const auto& sensor : session::sensorsOf(description, robots)) {
     const auto& fov = sensor.fieldOfView;
     table.add({sensor.family.empty() ? "(none)" : sensor.family, sensor.name,
                std::to_string(sensor.type), session::fixed(fov.minRange, 2),
@@ -98,13 +98,14 @@ ordered_json describedToJson(const session::ListedSensor& sensor) {
   return listed;
 }
 
-ordered_json robotToJson(const robot::RobotDescription& description) {
+ordered_json robotToJson(const robot::RobotDescription& description,
+                         const session::OpenOptions& robots) {
   const Model::Robot& robot = description.model;
   ordered_json result{{"robot", robot.name},
                       {"kind", robot.kindCode},
                       {"sensors", ordered_json::array()},
                       {"collisionShapes", ordered_json::array()}};
-  for (const auto& sensor : session::sensorsOf(description)) {
+  for (const auto& sensor : session::sensorsOf(description, robots)) {
     result["sensors"].push_back(describedToJson(sensor));
   }
   for (const auto& [name, shape] : robot.collisionShapes) {
@@ -131,22 +132,24 @@ void listKind(int kind, outlets::Format format) {
   }
 }
 
-void listDescription(const std::string& path, outlets::Format format) {
-  const auto description = robot::RobotDescription::fromFile(path);
+void listDescription(const CommonOptions& options, outlets::Format format) {
+  const session::OpenOptions& robots = options.robots;
+  const auto description =
+      robot::RobotDescription::fromFile(options.findRobot(), robots.sensors.getKinds());
   // What can't be built is said in the list.
   const QuietLog quiet;
   if (format == outlets::Format::json) {
-    std::cout << robotToJson(description) << '\n';
+    std::cout << robotToJson(description, robots) << '\n';
     return;
   }
-  printSensors(description);
+  printSensors(description, robots);
   printShapes(description.model);
 }
 
 }  // namespace
 
-void addListCommand(CLI::App& program, int&) {
-  auto options = std::make_shared<CommonOptions>();
+void addListCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+  auto options = optionsFor<CommonOptions>(robots);
   CLI::App* command = program.add_subcommand(
       "list", "Show a robot's sensors by family; of a description its collision shapes, too");
   addRobot(*command, *options);
@@ -155,7 +158,7 @@ void addListCommand(CLI::App& program, int&) {
     const outlets::Format format =
         outlets::parseFormat(options->format, {outlets::Format::table, outlets::Format::json});
     if (options->robot) {
-      listDescription(options->findRobot(), format);
+      listDescription(*options, format);
     } else {
       listKind(options->kind, format);
     }

@@ -19,8 +19,8 @@ void plot(const CommonOptions& options, const std::string& output) {
 
 }  // namespace
 
-void addPlotCommand(CLI::App& program, int&) {
-  auto options = std::make_shared<CommonOptions>();
+void addPlotCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+  auto options = optionsFor<CommonOptions>(robots);
   auto output = std::make_shared<std::string>("scan.png");
   CLI::App* command = program.add_subcommand("plot", "Draw one reading over the map, as a PNG");
   addWorld(*command, *options);

@@ -17,8 +17,8 @@ void read(const CommonOptions& options) {
 
 }  // namespace
 
-void addReadCommand(CLI::App& program, int&) {
-  auto options = std::make_shared<CommonOptions>();
+void addReadCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+  auto options = optionsFor<CommonOptions>(robots);
   CLI::App* command = program.add_subcommand("read", "Read the sensors once, at one pose");
   addWorld(*command, *options);
   addPose(*command, *options);

@@ -63,7 +63,7 @@ void replayToOutput(const ReplayOptions& options) {
 
 }  // namespace
 
-void addReplayCommand(CLI::App& program, int&) {
+void addReplayCommand(CLI::App& program, const session::OpenOptions&, int&) {
   auto options = std::make_shared<ReplayOptions>();
   CLI::App* command =
       program.add_subcommand("replay", "Play a lidar or sonar log to the sensors, and read them");

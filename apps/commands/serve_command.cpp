@@ -39,8 +39,8 @@ void serve(const ServeOptions& options) {
 
 }  // namespace
 
-void addServeCommand(CLI::App& program, int&) {
-  auto options = std::make_shared<ServeOptions>();
+void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+  auto options = optionsFor<ServeOptions>(robots);
   CLI::App* command = program.add_subcommand("serve", "Show and drive the robot in a browser");
   command->footer(kFooter);
   addWorld(*command, *options);

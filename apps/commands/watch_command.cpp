@@ -48,8 +48,8 @@ void watchOn(const WatchOptions& options) {
 
 }  // namespace
 
-void addWatchCommand(CLI::App& program, int&) {
-  auto options = std::make_shared<WatchOptions>();
+void addWatchCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+  auto options = optionsFor<WatchOptions>(robots);
   CLI::App* command = program.add_subcommand("watch", "Show every sensor as it is, in a terminal");
   command->footer(kWatchFooter);
   addWorld(*command, *options);

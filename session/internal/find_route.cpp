@@ -32,7 +32,7 @@ class RouteSearch {
   }
 
  private:
-  typedef std::pair<float, std::pair<int, int>> Entry;
+  using Entry = std::pair<float, std::pair<int, int>>;
 
   cv::Point cellOf(const Math::Position2D& position) const {
     const Math::Position2D inMap = toMap * position;

@@ -26,19 +26,21 @@ float headingOf(const Math::Transform& transform) {
 }
 
 // Touch configurations share a sensor that is named after them all.
-std::string findName(const Model::SensorConfig& config, const sensor::SensorManager& manager) {
+std::string findName(const Model::SensorConfig& config, const Model::SensorKinds& kinds,
+                     const sensor::SensorManager& manager) {
   if (manager.isSensor(config.name)) return config.name;
-  const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
+  const Model::SensorKind* kind = kinds.findType(config.type);
   if (!kind || !kind->standsForAll) return {};
   const auto names = manager.getSensorsByFamily(kind->family);
   return names.empty() ? std::string() : *names.begin();
 }
 
-void compare(std::vector<ListedSensor>& sensors, const Model::Robot& robot,
+void compare(std::vector<ListedSensor>& sensors, const robot::RobotDescription& description,
              const sensor::SensorManager& manager) {
   std::set<std::string> others = manager.getSensorList();
   for (ListedSensor& sensor : sensors) {
-    const std::string name = findName(robot.sensorConfigs.at(sensor.describedAs), manager);
+    const std::string name = findName(description.model.sensorConfigs.at(sensor.describedAs),
+                                      description.kinds, manager);
     sensor.canBeBuilt = !name.empty();
     if (sensor.canBeBuilt) sensor.name = name;
     others.erase(name);
@@ -54,8 +56,8 @@ boost::shared_ptr<const OccupancyMap> emptyRoom() {
   return boost::make_shared<OccupancyMap>(kCells, kCells, kResolution, Math::Pose2D(), 0.0f);
 }
 
-ListedSensor describe(const Model::SensorConfig& config) {
-  const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
+ListedSensor describe(const Model::SensorConfig& config, const Model::SensorKinds& kinds) {
+  const Model::SensorKind* kind = kinds.findType(config.type);
   return {kind ? kind->family : std::string(),
           config.name,
           Model::SensorProperties(config).getFieldOfView(),
@@ -85,14 +87,18 @@ std::vector<ListedSensor> sensorsOfKind(int kind) {
   return sensors;
 }
 
-std::vector<ListedSensor> sensorsOf(const robot::RobotDescription& description) {
+std::vector<ListedSensor> sensorsOf(const robot::RobotDescription& description,
+                                    const OpenOptions& options) {
   const Model::Robot& model = description.model;
   std::vector<ListedSensor> sensors;
-  for (const auto& [name, config] : model.sensorConfigs) sensors.push_back(describe(config));
+  for (const auto& [name, config] : model.sensorConfigs) {
+    sensors.push_back(describe(config, description.kinds));
+  }
   try {
     const ko::SimulatedTime time;
-    VirtualSessionRobot robot(description, emptyRoom(), {.start = {5.0f, 5.0f, 0.0f}});
-    compare(sensors, model, robot.getManager());
+    VirtualSessionRobot robot(description, emptyRoom(), {.start = {5.0f, 5.0f, 0.0f}},
+                              options.sensors, options.units);
+    compare(sensors, description, robot.getManager());
   } catch (const std::exception& exception) {
     ko::log::info("Session", "sensorsOf") << exception.what();
   }

@@ -8,6 +8,7 @@
 #include "platform/math/position.h"
 #include "platform/math/sensor_field_of_view_2d.h"
 #include "robot/world/robot_description.h"
+#include "session/open.h"
 
 namespace QV::session {
 
@@ -34,8 +35,9 @@ QV_API std::vector<ListedSensor> sensorsOfKind(int kind);
 /**
  * All that are described, by their names there, those of no family too; then those that the library
  * adds. What can be built is tried in an empty room; if the robot can't stand there, all count as
- * what they are described as.
+ * what they are described as. `options` tells what makes them.
  */
-QV_API std::vector<ListedSensor> sensorsOf(const robot::RobotDescription& description);
+QV_API std::vector<ListedSensor> sensorsOf(const robot::RobotDescription& description,
+                                           const OpenOptions& options = {});
 
 }  // namespace QV::session

@@ -56,6 +56,23 @@ if(EXISTS ${include}/outlets)
   if(NOT output STREQUAL expected)
     message(FATAL_ERROR "the robot with a cliff detector said: ${output}${log}")
   endif()
+  # The program, with the sensor that is not the library's: COMMAND OPTION...|what it must say
+  foreach(row
+      "list|FrontCliff +40"
+      "check|FrontCliff +Cliff +works"
+      "check --fault FrontCliff:off|FrontCliff +Cliff +no record"
+      "read --pose 3.5,6.3,0 --format json|FrontCliff.*Cliff"
+      "watch --once|FrontCliff"
+      "plot --pose 3.5,6.3,0 --output ${work}/qvcliff.png|Wrote")
+    string(REGEX REPLACE "[|].*" "" command "${row}")
+    string(REGEX REPLACE ".*[|]" "" expected "${row}")
+    separate_arguments(command)
+    execute_process(COMMAND ${work}/cliff/qvcliff ${command} --robot ${cliff}/courier.urdf
+      OUTPUT_VARIABLE output ERROR_VARIABLE log)
+    if(NOT output MATCHES "${expected}")
+      message(FATAL_ERROR "qvcliff ${command} said: ${output}${log}")
+    endif()
+  endforeach()
 endif()
 run(${installed}/bin/qvsensors read --kind 0 --pose 3,3,0)
 

@@ -29,8 +29,8 @@ namespace websocket = beast::websocket;
 using asio::ip::tcp;
 using boost::system::error_code;
 
-typedef http::request<http::empty_body> Request;
-typedef http::response<http::string_body> Response;
+using Request = http::request<http::empty_body>;
+using Response = http::response<http::string_body>;
 
 constexpr std::size_t kLongestHeader = 8192;
 // What a client takes too long for is given up.
@@ -105,7 +105,7 @@ struct Service {
   bool ending = false;
 };
 
-typedef std::shared_ptr<Service> ServicePtr;
+using ServicePtr = std::shared_ptr<Service>;
 
 /** Its place among the connections of the server. */
 class Listing {

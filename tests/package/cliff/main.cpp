@@ -1,12 +1,7 @@
 #include <iostream>
-#include <memory>
 #include <string>
 
-#include <boost/make_shared.hpp>
-
-#include "cliff_kind.h"
-#include "cliff_sensor.h"
-#include "cliff_unit.h"
+#include "cliff_robot.h"
 #include "outlets/picture/run_picture.h"
 #include "outlets/web/page_state.h"
 #include "session/open.h"
@@ -16,25 +11,7 @@ using namespace QV;
 
 namespace {
 
-const Math::Pose2D kOnTheFloor(3.0f, 6.3f, 0.0f);
 const Math::Pose2D kAtTheHole(3.5f, 6.3f, 0.0f);
-
-/** The robot, before a hole of a square metre. */
-session::OpenOptions options() {
-  session::OpenOptions options;
-  options.sensors.add(
-      cliffKind(), [](const sensor::SensorOrder& order) -> sensor::SensorFactory::Sensors {
-        return {boost::make_shared<CliffSensor>(order.config.name, order.kind.family,
-                                                order.fieldOfView, order.config.memoryKeys,
-                                                order.broker)};
-      });
-  options.units.add(kCliffType, [](const auto& config, const auto& context) {
-    return std::make_unique<CliffUnit>(config, context);
-  });
-  options.start = kOnTheFloor;
-  options.world.holes = {{{4.2f, 6.3f, 0.0f}, 1.0f, 1.0f, 0.5f}};
-  return options;
-}
 
 std::string tell(const session::Snapshot& snapshot) {
   const session::SensorState& cliff = snapshot.sensors.at(0);
@@ -60,7 +37,7 @@ std::string tryFault(session::Session& robot, robot::FaultKind kind) {
 
 int main(int argc, char* argv[]) {
   if (argc != 3) return 2;
-  const auto robot = session::openVirtual(argv[1], options());
+  const auto robot = session::openVirtual(argv[1], cliffRobot());
   robot->subscribe("my navigation", {"Cliff"});
   robot->run(boost::chrono::seconds(1));
   for (const auto& sensor : robot->look().sensors)

@@ -18,7 +18,7 @@ namespace QV::detail {
 namespace HWY_NAMESPACE {
 namespace {
 
-typedef hn::Rebind<float, Doubles> Floats;
+using Floats = hn::Rebind<float, Doubles>;
 
 /** How far a ray reads, and whether it misses. */
 struct Measured {
