@@ -86,7 +86,7 @@ session::PathFollower checkedPath(const DriveOptions& options) {
   checkAbove0("--rate", options.rate, 1e6);
   checkAbove0("--speed", options.speed, 1e3);
   checkAbove0("--turn-speed", options.turnSpeed, 1e3);
-  const session::PathFollower path(parsePath(options.path), options.speed, options.turnSpeed);
+  session::PathFollower path(parsePath(options.path), options.speed, options.turnSpeed);
   if (path.getDuration() * options.rate <= kMostCycles) return path;
   throw session::UsageError(
       "--path: at most 10000000 cycles expected; drive less far, faster, or at a lower --rate");

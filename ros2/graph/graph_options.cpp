@@ -13,6 +13,7 @@ namespace {
 constexpr int kLastDomain = 101;
 
 std::string variable(const char* name) {
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody here changes the environment.
   const char* const value = std::getenv(name);
   return value == nullptr ? "" : value;
 }

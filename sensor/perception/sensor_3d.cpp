@@ -64,7 +64,7 @@ Sensor3D::Sensor3D(const std::string& name, const std::string& familyName,
       depthFilter(std::make_unique<DepthFilter>()) {
   updateTask.setName(kClientName);
   updateTask.setCallback([this] { xUpdateScan(); });
-  updateTask.setUsPeriod(periodMs * 1000);
+  updateTask.setUsPeriod(std::int64_t{periodMs} * 1000);
   updateTask.compensateCallbackTime(true);
 }
 

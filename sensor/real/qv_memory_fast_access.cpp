@@ -157,6 +157,7 @@ bool QVMemoryFastAccess::InnerTest(boost::shared_ptr<QVBroker> broker) {
   std::vector<float> fast;
   access.GetValues(fast);
   std::vector<float> slow;
+  slow.reserve(keys.size());
   for (const std::string& key : keys) slow.push_back(memory->getData(key).toFloat());
   return fast == inserted && slow == inserted;
 }

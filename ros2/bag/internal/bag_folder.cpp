@@ -24,6 +24,7 @@ class BagFolder : public BagFile {
   /** Of topics that are in several files, those of the first. */
   std::vector<const BagTopic*> getTopics() const override {
     std::vector<const BagTopic*> result;
+    result.reserve(topics.size());
     for (const auto& [name, topic] : topics) result.push_back(topic);
     return result;
   }
@@ -69,7 +70,7 @@ class BagFolder : public BagFile {
 
 /** A recording names files of its folder; one that has been renamed still names the old folder. */
 fs::path findFile(const fs::path& folder, const fs::path& name) {
-  const fs::path path = folder / name.filename();
+  fs::path path = folder / name.filename();
   if (!fs::is_regular_file(path))
     throw std::runtime_error("a file " + name.filename().string() + " expected, there is none");
   return path;
@@ -102,6 +103,7 @@ std::unique_ptr<BagFile> openFolder(const std::string& path, BagOrder order) {
     throw std::runtime_error(path + ": " + error.what());
   }
   std::vector<std::unique_ptr<BagFile>> files;
+  files.reserve(names.size());
   for (const auto& name : names) files.push_back(openBag(name.string(), order));
   return std::make_unique<BagFolder>(std::move(files));
 }

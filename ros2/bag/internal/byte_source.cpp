@@ -2,9 +2,9 @@
 
 #include <algorithm>
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <stdexcept>
+#include <system_error>
 #include <sys/stat.h>
 #include <unistd.h>
 
@@ -34,7 +34,7 @@ class FileSource : public ByteSource {
     }
   }
 
-  [[noreturn]] static void xFail() { throw std::runtime_error(std::strerror(errno)); }
+  [[noreturn]] static void xFail() { throw std::runtime_error(std::generic_category().message(errno)); }
 
   const int descriptor;
 };

@@ -23,6 +23,7 @@ class McapFile : public BagFile {
 
   std::vector<const BagTopic*> getTopics() const override {
     std::vector<const BagTopic*> topics;
+    topics.reserve(contents.topics.size());
     for (const auto& [id, topic] : contents.topics) topics.push_back(&topic);
     return topics;
   }

@@ -1,9 +1,9 @@
 #include "ros2/bag/internal/output_file.h"
 
 #include <cerrno>
-#include <cstring>
 #include <fcntl.h>
 #include <stdexcept>
+#include <system_error>
 #include <unistd.h>
 
 #include "ros2/bag/internal/crc32.h"
@@ -19,7 +19,7 @@ int openForWriting(const std::string& path) {
 }  // namespace
 
 OutputFile::OutputFile(const std::string& path) : path(path), descriptor(openForWriting(path)) {
-  if (descriptor < 0) throw std::runtime_error(path + ": " + std::strerror(errno));
+  if (descriptor < 0) throw std::runtime_error(path + ": " + std::generic_category().message(errno));
 }
 
 OutputFile::~OutputFile() {
@@ -39,7 +39,7 @@ void OutputFile::xWrite(BytesView bytes) const {
     const ssize_t count = ::write(descriptor, bytes.data(), bytes.size());
     if (count < 0 && errno == EINTR) continue;
     if (count < 0) {
-      const std::string reason = std::strerror(errno);
+      const std::string reason = std::generic_category().message(errno);
       // A pipe can't be shortened, and then ends in the middle of a record.
       [[maybe_unused]] const int ignored = ::ftruncate(descriptor, static_cast<off_t>(size));
       throw std::runtime_error(path + ": " + reason + " after " + std::to_string(size) + " bytes");

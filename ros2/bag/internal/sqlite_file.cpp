@@ -37,6 +37,7 @@ class SqliteFile : public BagFile {
 
   std::vector<const BagTopic*> getTopics() const override {
     std::vector<const BagTopic*> result;
+    result.reserve(topics.size());
     for (const auto& [id, topic] : topics) result.push_back(&topic);
     return result;
   }

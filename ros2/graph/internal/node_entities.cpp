@@ -61,6 +61,7 @@ Gid<size> gidOf(const Guid& guid) {
 template <std::size_t size>
 std::vector<Gid<size>> gidsOf(const std::vector<Guid>& guids) {
   std::vector<Gid<size>> gids;
+  gids.reserve(guids.size());
   for (const Guid& guid : guids) gids.push_back(gidOf<size>(guid));
   return gids;
 }

@@ -38,7 +38,7 @@ PeoplePerceptionSensor::PeoplePerceptionSensor(const std::string& name,
 PeoplePerceptionSensor::~PeoplePerceptionSensor() = default;
 
 std::vector<Math::MetricalData> PeoplePerceptionSensor::getData() const {
-  return Sensor::getData();
+  return RealSensor::getData();
 }
 
 std::vector<Math::MetricalData> PeoplePerceptionSensor::xGetData() const {
