@@ -7,6 +7,7 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/arguments.h"
+#include "apps/subscriber.h"
 #include "session/internal/pose_watch.h"
 #include "session/internal/switches.h"
 #include "session/shared_files.h"
@@ -14,8 +15,6 @@
 
 namespace QV::app {
 namespace {
-
-constexpr char kSubscriber[] = "qvsensors";
 
 /** What is wrong is what `option` says. */
 template <typename Action>

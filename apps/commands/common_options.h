@@ -47,7 +47,7 @@ struct CommonOptions {
 /** Options of some command, where it says nothing as `robots` are. */
 template <typename Options>
 std::shared_ptr<Options> optionsFor(const session::OpenOptions& robots) {
-  const auto options = std::make_shared<Options>();
+  auto options = std::make_shared<Options>();
   options->robots = robots;
   return options;
 }

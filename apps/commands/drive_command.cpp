@@ -8,6 +8,7 @@
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
+#include "apps/subscriber.h"
 #include "outlets/files/record_file.h"
 #include "outlets/outlet_list.h"
 #include "outlets/picture/run_picture.h"
@@ -61,7 +62,7 @@ ko::Clock::time_point timeOfCycle(ko::Clock::time_point start, long cycle, doubl
 }
 
 Run driveAlong(const DriveOptions& options, session::Session& session, outlets::Outlet& outlet) {
-  session.subscribe("qvsensors", options.namesFor(session.getManager()));
+  session.subscribe(kSubscriber, options.namesFor(session.getManager()));
   session.run(session.getSettlingTime());
   ProgressBar progress("Driving");
   session::PoseWatch watch(*session.getMap());

@@ -8,6 +8,7 @@
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
+#include "apps/subscriber.h"
 #include "outlets/files/internal/record_output.h"
 #include "outlets/files/record_file.h"
 #include "session/open.h"
@@ -32,7 +33,7 @@ struct ReplayOptions {
 template <typename F>
 void replayAll(const ReplayOptions& options, F take) {
   const auto session = session::openRecording(options.log, options.poses);
-  session->subscribe("qvsensors", session->getManager().getFamilyNames());
+  session->subscribe(kSubscriber, session->getManager().getFamilyNames());
   ProgressBar progress("Replaying");
   for (bool goesOn = true; goesOn && !isInterrupted(); goesOn = session->step()) {
     take(session->look());

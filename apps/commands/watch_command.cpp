@@ -6,6 +6,7 @@
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"
 #include "apps/output/quiet_log.h"
+#include "apps/subscriber.h"
 #include "apps/terminal/terminal.h"
 #include "apps/watch/watch.h"
 #include "apps/watch/watch_view.h"
@@ -27,7 +28,7 @@ struct WatchOptions : CommonOptions {
 void watchOnce(const WatchOptions& options) {
   const auto session = options.openSession();
   Watch watch(*session);
-  session->subscribe("qvsensors", options.namesFor(session->getManager()));
+  session->subscribe(kSubscriber, options.namesFor(session->getManager()));
   session->run(session->getSettlingTime());
   std::cout << watchTable(watch.look());
 }

@@ -2,13 +2,9 @@
 
 #include <algorithm>
 
+#include "apps/subscriber.h"
+
 namespace QV::app {
-namespace {
-
-constexpr char kSubscriber[] = "qvsensors";
-
-}  // namespace
-
 Watch::Watch(session::Session& session) : session(session) {
   look();
 }

@@ -4,8 +4,8 @@
 #include <cerrno>
 #include <fcntl.h>
 #include <stdexcept>
-#include <system_error>
 #include <sys/stat.h>
+#include <system_error>
 #include <unistd.h>
 
 namespace QV::ros2 {
@@ -34,7 +34,9 @@ class FileSource : public ByteSource {
     }
   }
 
-  [[noreturn]] static void xFail() { throw std::runtime_error(std::generic_category().message(errno)); }
+  [[noreturn]] static void xFail() {
+    throw std::runtime_error(std::generic_category().message(errno));
+  }
 
   const int descriptor;
 };

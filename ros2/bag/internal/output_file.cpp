@@ -19,7 +19,8 @@ int openForWriting(const std::string& path) {
 }  // namespace
 
 OutputFile::OutputFile(const std::string& path) : path(path), descriptor(openForWriting(path)) {
-  if (descriptor < 0) throw std::runtime_error(path + ": " + std::generic_category().message(errno));
+  if (descriptor < 0)
+    throw std::runtime_error(path + ": " + std::generic_category().message(errno));
 }
 
 OutputFile::~OutputFile() {
