@@ -17,6 +17,8 @@
 
 namespace QV::session {
 
+class RunListener;
+struct RunCommand;
 class SessionRobot;
 struct SessionParts;
 
@@ -103,9 +105,13 @@ class QV_API Session {
   /** Seconds for a second of the machine's, above 0. */
   void setSpeed(double speed);
 
+  /** Hears all that goes into it from now on, until another does; null for nobody. */
+  void setListener(RunListener* listener);
+
  private:
   friend SessionRobot& robotOf(Session& session);
   void xAdvance(ko::Clock::time_point end);
+  void xTell(const RunCommand& command) const;
 
   const std::unique_ptr<SessionParts> parts;
 };

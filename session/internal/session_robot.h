@@ -14,6 +14,7 @@
 #include "session/frame.h"
 
 namespace QV::robot {
+class InputListener;
 class VirtualRobot;
 }
 
@@ -38,6 +39,9 @@ class SessionRobot {
   virtual const Model::Robot* getDescription() const { return nullptr; }
   virtual const Model::SensorKinds& getKinds() const { return Model::SensorKinds::standard(); }
 
+  /** How a recording of it is played: "virtual", "log", or "simulated" and the number of the kind.
+   */
+  virtual std::string getSort() const = 0;
   /** "Simulated robot of kind 1". */
   virtual std::string getTitle() const = 0;
   virtual Frame getFrame() const = 0;
@@ -69,6 +73,9 @@ class SessionRobot {
   virtual boost::shared_ptr<QVBroker> getBroker() const { return nullptr; }
   /** Whose sensors can be made to fail; null if they can't. */
   virtual robot::VirtualRobot* getVirtualRobot() { return nullptr; }
+
+  /** Hears of all that its drivers measure; null for nobody. */
+  virtual void setListener(robot::InputListener*) {}
 
   /** When a recording goes on; nothing at its end, and for what is no recording. */
   virtual std::optional<ko::Clock::time_point> getNextStep() const { return std::nullopt; }

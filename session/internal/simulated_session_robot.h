@@ -24,6 +24,7 @@ class SimulatedSessionRobot : public SessionRobot {
   Math::Pose2D getPose() const override { return pose; }
   void setPose(const Math::Pose2D& newPose) override;
 
+  std::string getSort() const override { return "simulated " + std::to_string(kind); }
   std::string getTitle() const override;
   Frame getFrame() const override { return Frame::map; }
 
