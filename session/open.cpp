@@ -72,7 +72,7 @@ std::unique_ptr<Session> openSimulated(int kind, const OpenOptions& options) {
   auto map = mapOf(options);
   const Math::Pose2D start = startOf(options, *map);
   return makeSession(std::move(time),
-                   std::make_unique<SimulatedSessionRobot>(kind, std::move(map), start));
+                     std::make_unique<SimulatedSessionRobot>(kind, std::move(map), start));
 }
 
 std::unique_ptr<Session> openRecording(const std::string& log,

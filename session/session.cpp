@@ -25,7 +25,10 @@ robot::VirtualRobot& virtualOf(SessionParts& parts) {
 
 // From and to in seconds, if it ends.
 RunCommand commandOf(const robot::Fault& fault) {
-  RunCommand command{"fault " + std::string(robot::getName(fault.kind)), {}, {fault.sensor}, true,
+  RunCommand command{"fault " + std::string(robot::getName(fault.kind)),
+                     {},
+                     {fault.sensor},
+                     true,
                      {inSeconds(fault.from)}};
   if (fault.to != ko::Duration::max()) command.values.push_back(inSeconds(fault.to));
   return command;
@@ -139,8 +142,10 @@ void Session::diagnose(const std::string& sensor, bool success) {
 }
 
 void Session::setDemand(const Demand& demand) {
-  parts->demand.set(demand, [this](const std::string& subscriber, const std::string& sensor,
-                                   bool on) { xTell({"subscribe", subscriber, {sensor}, on}); });
+  parts->demand.set(demand,
+                    [this](const std::string& subscriber, const std::string& sensor, bool on) {
+                      xTell({"subscribe", subscriber, {sensor}, on});
+                    });
 }
 
 void Session::drive(float forward, float turn) {
@@ -211,10 +216,12 @@ bool Session::step() {
     run(Pacing::kStep);
     return true;
   }
-  const auto due = parts->robot->getNextStep();
-  if (!due) return false;
-  goTo(*parts, *due);
-  parts->robot->makeStep();
+  do {
+    const auto due = parts->robot->getNextStep();
+    if (!due) return false;
+    goTo(*parts, *due);
+    parts->robot->makeStep();
+  } while (parts->robot->isAmidSteps());
   note(*parts);
   return true;
 }

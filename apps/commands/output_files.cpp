@@ -19,11 +19,13 @@ bool isRecordingName(const std::string& path) {
   return path.ends_with(".mcap");
 }
 
-void OutputFiles::addOption(CLI::App& command, const std::string& names, const std::string& help) {
-  command.add_option(names, path, help)->check(namesAFile);
+CLI::Option* OutputFiles::addOption(CLI::App& command, const std::string& names,
+                                    const std::string& help) {
+  return command.add_option(names, path, help)->check(namesAFile);
 }
 
 void OutputFiles::open(session::Session& session, outlets::OutletList& list, bool wantsAll) {
+  opened = true;
   if (path.empty()) return;
   if (!isRecordingName(path)) return list.add(std::make_shared<outlets::RecordFile>(path));
   ros2::RecorderOptions options;

@@ -25,11 +25,12 @@ bool isRecordingName(const std::string& path);
 class OutputFiles {
  public:
   /** Adds the option, which `help` says more about. */
-  void addOption(CLI::App& command, const std::string& names, const std::string& help);
+  CLI::Option* addOption(CLI::App& command, const std::string& names, const std::string& help);
 
   /** Opens what was asked for, if anything. `wantsAll`: a recording subscribes to all sensors. */
   void open(session::Session& session, outlets::OutletList& list, bool wantsAll);
 
+  bool isOpen() const { return opened; }
   bool isAsked() const { return !path.empty(); }
   /** Where the summary goes: elsewhere than the file. */
   std::ostream& getSummaryStream() const;
@@ -38,6 +39,7 @@ class OutputFiles {
 
  private:
   std::string path;
+  bool opened = false;
   std::shared_ptr<ros2::RunRecorder> recorder;
 };
 

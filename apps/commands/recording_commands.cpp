@@ -62,15 +62,13 @@ void printLine(const std::string& line) {
 void printDamage(const ros2::BagDamage& damage) {
   for (const std::string& line : damage.lines) printLine(line);
   if (damage.chunks > 0 || damage.messages > 0) {
-    std::cout << damage.chunks << " chunks and " << damage.messages
-              << " messages can't be read.\n";
+    std::cout << damage.chunks << " chunks and " << damage.messages << " messages can't be read.\n";
   }
 }
 
 void printTable(const ros2::BagInfo& info) {
   printLine(info.path + ": " + session::fixed(durationOf(info), 2) + " s, " +
-            std::to_string(info.count) + " messages, " + std::to_string(info.fileBytes) +
-            " bytes");
+            std::to_string(info.count) + " messages, " + std::to_string(info.fileBytes) + " bytes");
   if (const std::string title = titleOf(info); !title.empty()) {
     printLine(title + ", sensors " + joined(sensorsOf(info)));
   }

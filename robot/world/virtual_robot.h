@@ -99,8 +99,8 @@ class QV_API VirtualRobot {
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
 
-  /** Hears what is so now and of all that is measured from then on; must outlive that, or null takes
-   * its place. */
+  /** Hears what is so now and of all that is measured from then on; must outlive that, or null
+   * takes its place. */
   void setListener(InputListener* listener);
 
  private:

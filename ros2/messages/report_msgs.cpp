@@ -120,15 +120,15 @@ const MessageType& Command::getType() {
 }
 
 const MessageType& Inputs::getType() {
-  static const MessageType type(layoutOf<Inputs>("qv_msgs/msg/Inputs",
-                                                 {{"stepped", &Inputs::stepped},
-                                                  {"velocity", &Inputs::velocity},
-                                                  {"new_keys", &Inputs::new_keys},
-                                                  {"keys", &Inputs::keys},
-                                                  {"raised", &Inputs::raised},
-                                                  {"types", &Inputs::types},
-                                                  {"numbers", &Inputs::numbers},
-                                                  {"texts", &Inputs::texts}}));
+  static const MessageType type(
+      layoutOf<Inputs>("qv_msgs/msg/Inputs", {{"stepped", &Inputs::stepped},
+                                              {"velocity", &Inputs::velocity},
+                                              {"new_keys", &Inputs::new_keys},
+                                              {"keys", &Inputs::keys},
+                                              {"raised", &Inputs::raised},
+                                              {"types", &Inputs::types},
+                                              {"numbers", &Inputs::numbers},
+                                              {"texts", &Inputs::texts}}));
   return type;
 }
 

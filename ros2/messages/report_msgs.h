@@ -158,9 +158,9 @@ struct QV_API Command {
 /**
  * What drivers told a robot's services at one time: keys of memory that were set and events that
  * were raised, in order. A value is written in the order of its parts, an array before what is in
- * it: a type for each part (0 invalid, 1 bool, 2 int, 3 float, 4 string, 5 array, 6 bytes), a number
- * for each but the invalid and the strings (the float as the bits of a double, the elements of an
- * array, the bytes one by one), a text for each string.
+ * it: a type for each part (0 invalid, 1 bool, 2 int, 3 float, 4 string, 5 array, 6 bytes), a
+ * number for each but the invalid and the strings (the float as the bits of a double, the elements
+ * of an array, the bytes one by one), a text for each string.
  */
 struct QV_API Inputs {
   /** Whether the body has made a step, after the writes. */

@@ -121,7 +121,8 @@ class RunRecorder::Impl : public session::RunListener {
       for (const auto& line : log.takeNew())
         writer.write(lines, logTimeOf(snapshot.time), messageOf(line));
       frames.writeClock(snapshot.time);
-      if (!drivers) frames.writeStep({snapshot.pose, snapshot.pose, snapshot.velocity}, snapshot.time);
+      if (!drivers)
+        frames.writeStep({snapshot.pose, snapshot.pose, snapshot.velocity}, snapshot.time);
       records.write(snapshot);
     });
   }

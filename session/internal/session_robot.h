@@ -16,11 +16,17 @@
 namespace QV::robot {
 class InputListener;
 class VirtualRobot;
-}
+}  // namespace QV::robot
 
 namespace QV::session {
 
 class PathFollower;
+
+/** How often drivers measure that somebody else has to stand in for. */
+struct DriverPeriods {
+  ko::Duration body{20'000'000};
+  ko::Duration sonars{100'000'000};
+};
 
 /** What a session needs of its robot, and nothing else knows which sort of robot it is. */
 class SessionRobot {
@@ -77,10 +83,14 @@ class SessionRobot {
   /** Hears of all that its drivers measure; null for nobody. */
   virtual void setListener(robot::InputListener*) {}
 
+  virtual DriverPeriods getDriverPeriods() const { return {}; }
+
   /** When a recording goes on; nothing at its end, and for what is no recording. */
   virtual std::optional<ko::Clock::time_point> getNextStep() const { return std::nullopt; }
   virtual void makeStep() {}
   virtual bool isRecording() const { return false; }
+  /** Whether the last step was one of several of the same moment, others of which follow. */
+  virtual bool isAmidSteps() const { return false; }
   /** Of a recording, 0 to 1. */
   virtual double getShareDone() const { return 0.0; }
 };

@@ -7,9 +7,9 @@
 
 #include <boost/make_shared.hpp>
 
-#include "robot/world/internal/option_checks.h"
 #include "robot/services/memory_service.h"
 #include "robot/services/video_device.h"
+#include "robot/world/internal/option_checks.h"
 #include "robot/world/internal/robot_services.h"
 #include "robot/world/scene/internal/body_size.h"
 

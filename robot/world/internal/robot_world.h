@@ -62,8 +62,8 @@ class RobotWorld : public QVModule {
   void setPose(const Math::Pose2D& pose);
   void setJointPositions(const std::map<std::string, double>& positions);
 
-  /** Hears what is so now and of all that is measured from then on; must outlive that, or null takes
-   * its place. */
+  /** Hears what is so now and of all that is measured from then on; must outlive that, or null
+   * takes its place. */
   void setListener(InputListener* newListener);
 
  private:

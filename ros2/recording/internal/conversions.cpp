@@ -52,8 +52,7 @@ ko::Clock::time_point timeOf(std::uint64_t logTime) {
 
 builtin_interfaces::Time stampOf(ko::Clock::time_point time) {
   const auto count = static_cast<std::int64_t>(logTimeOf(time));
-  return {static_cast<std::int32_t>(count / kSecond),
-          static_cast<std::uint32_t>(count % kSecond)};
+  return {static_cast<std::int32_t>(count / kSecond), static_cast<std::uint32_t>(count % kSecond)};
 }
 
 ko::Clock::time_point timeOf(const builtin_interfaces::Time& stamp) {
@@ -89,10 +88,10 @@ geometry_msgs::Transform transformOf(const geometry_msgs::Pose& pose) {
 Math::Transform transformOf(const geometry_msgs::Transform& transform) {
   const auto& [x, y, z, w] = transform.rotation;
   const auto& at = transform.translation;
-  const double rows[] = {1 - 2 * (y * y + z * z), 2 * (x * y - w * z),     2 * (x * z + w * y),
-                         at.x,                    2 * (x * y + w * z),     1 - 2 * (x * x + z * z),
-                         2 * (y * z - w * x),     at.y,                    2 * (x * z - w * y),
-                         2 * (y * z + w * x),     1 - 2 * (x * x + y * y), at.z};
+  const double rows[] = {
+      1 - 2 * (y * y + z * z), 2 * (x * y - w * z),     2 * (x * z + w * y),     at.x,
+      2 * (x * y + w * z),     1 - 2 * (x * x + z * z), 2 * (y * z - w * x),     at.y,
+      2 * (x * z - w * y),     2 * (y * z + w * x),     1 - 2 * (x * x + y * y), at.z};
   return Math::Transform(std::vector<float>(std::begin(rows), std::end(rows)));
 }
 

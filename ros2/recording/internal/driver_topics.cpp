@@ -7,18 +7,17 @@
 
 #include "platform/math/transform.h"
 #include "platform/middleware/contracts/navigation_contract.h"
-#include "platform/model/sensor_kinds.h"
 #include "platform/model/sensor_properties.h"
 #include "platform/vision/qv_image.h"
 #include "platform/vision/video_codes.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/sensor_sorts.h"
 
 namespace QV::ros2 {
 namespace {
 
-using Model::PointMeaning;
 using Model::SensorConfig;
 using Model::SensorProperties;
 
@@ -26,15 +25,6 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 // What a blind zone's key holds beyond this says that something is there.
 constexpr float kSomething = 0.9f;
 constexpr std::size_t kEventParts = 5;
-
-PointMeaning meaningOf(const SensorConfig& config) {
-  const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
-  return kind ? kind->points : PointMeaning::sighting;
-}
-
-bool isCamera(const SensorConfig& config) {
-  return SensorProperties(config).has("verticalAngularRange");
-}
 
 sensor_msgs::Range rangeOf(const SensorConfig& config, const Math::SensorFieldOfView2D& view,
                            ko::Clock::time_point time) {
@@ -108,10 +98,11 @@ vision_msgs::Detection3D detectionOf(const QVValue& person, const std_msgs::Head
 
 }  // namespace
 
-DriverTopics::DriverTopics(BackgroundBag& writer, const Model::Robot& robot, const std::string& base)
+DriverTopics::DriverTopics(BackgroundBag& writer, const Model::Robot& robot,
+                           const std::string& base)
     : writer(writer), base(base) {
   for (const auto& [name, config] : robot.sensorConfigs) {
-    if (isCamera(config)) {
+    if (sortOf(config) == SensorSort::camera) {
       xAddCamera(config);
     } else {
       xAdd(config);
@@ -122,8 +113,7 @@ DriverTopics::DriverTopics(BackgroundBag& writer, const Model::Robot& robot, con
 void DriverTopics::xAddCamera(const SensorConfig& config) {
   cameras.push_back(
       {&config, config.name + "_optical",
-       writer.addTopic(
-           makeBagTopic("/" + config.name + "/image", sensor_msgs::Image::getType())),
+       writer.addTopic(makeBagTopic("/" + config.name + "/image", sensor_msgs::Image::getType())),
        writer.addTopic(
            makeBagTopic("/" + config.name + "/camera_info", sensor_msgs::CameraInfo::getType()))});
   if (people) return;
@@ -134,18 +124,16 @@ std::optional<std::uint16_t> DriverTopics::xAddTopic(const SensorConfig& config)
   const auto add = [&](const char* what, const MessageType& type) {
     return writer.addTopic(makeBagTopic("/" + config.name + what, type));
   };
-  switch (meaningOf(config)) {
-    case PointMeaning::scan:
+  switch (sortOf(config)) {
+    case SensorSort::scan:
       return add("/scan", sensor_msgs::LaserScan::getType());
-    case PointMeaning::arc:
+    case SensorSort::range:
       return add("/range", sensor_msgs::Range::getType());
-    case PointMeaning::zone:
-    case PointMeaning::touch:
+    case SensorSort::contact:
       return add("/contact", sensor_msgs::Range::getType());
-    case PointMeaning::sighting:
+    default:
       return std::nullopt;
   }
-  return std::nullopt;
 }
 
 void DriverTopics::xAdd(const SensorConfig& config) {
@@ -154,7 +142,7 @@ void DriverTopics::xAdd(const SensorConfig& config) {
   for (std::size_t i = 0; i < config.memoryKeys.size(); ++i) {
     places[config.memoryKeys[i]] = {sensors.size(), i};
   }
-  if (meaningOf(config) == PointMeaning::touch) touched[config.parentLink] = sensors.size();
+  if (config.memoryKeys.empty()) touched[config.parentLink] = sensors.size();
   const std::size_t values = std::max<std::size_t>(config.memoryKeys.size(), 1);
   sensors.push_back({&config, *topic, std::vector<float>(values, 0.0f)});
 }
@@ -190,7 +178,7 @@ void DriverTopics::write(ko::Clock::time_point time) {
   for (Sensor& sensor : sensors) {
     if (!sensor.isNew) continue;
     sensor.isNew = false;
-    if (meaningOf(*sensor.config) == PointMeaning::scan) {
+    if (sortOf(*sensor.config) == SensorSort::scan) {
       xWriteScan(sensor, time);
     } else {
       xWriteRange(sensor, time);
@@ -220,21 +208,16 @@ void DriverTopics::xWriteScan(const Sensor& sensor, ko::Clock::time_point time) 
 }
 
 void DriverTopics::xWriteRange(const Sensor& sensor, ko::Clock::time_point time) {
+  const SensorConfig& config = *sensor.config;
   const float value = sensor.values.front();
-  const auto write = [&](const sensor_msgs::Range& message) {
-    writer.write(sensor.topic, logTimeOf(time), message);
-  };
-  switch (meaningOf(*sensor.config)) {
-    case PointMeaning::zone:
-    case PointMeaning::touch:
-      return write(contactOf(*sensor.config, value > kSomething, time));
-    default: {
-      auto message =
-          rangeOf(*sensor.config, SensorProperties(*sensor.config).getFieldOfView(), time);
-      message.range = value >= message.max_range ? kInfinity : value;
-      return write(message);
-    }
+  sensor_msgs::Range message;
+  if (sortOf(config) == SensorSort::contact) {
+    message = contactOf(config, value > kSomething, time);
+  } else {
+    message = rangeOf(config, SensorProperties(config).getFieldOfView(), time);
+    message.range = value >= message.max_range ? kInfinity : value;
   }
+  writer.write(sensor.topic, logTimeOf(time), message);
 }
 
 void DriverTopics::xWritePeople(const QVValue& event, ko::Clock::time_point time) {

@@ -4,10 +4,10 @@
 
 #include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/qv_motion_proxy.h"
-#include "platform/model/sensor_properties.h"
 #include "ros2/messages/geometry_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/sensor_sorts.h"
 
 namespace QV::ros2 {
 namespace {
@@ -53,7 +53,7 @@ void FrameTopics::xWriteMountings(const session::Session& session) {
     } catch (const std::exception&) {
       continue;
     }
-    if (!Model::SensorProperties(config).has("verticalAngularRange")) continue;
+    if (sortOf(config) != SensorSort::camera) continue;
     message.transforms.push_back(stamped(now, name, name + "_optical", opticalPose()));
   }
   writer.write(tfStatic, logTimeOf(now), message);
@@ -61,9 +61,8 @@ void FrameTopics::xWriteMountings(const session::Session& session) {
 
 void FrameTopics::writeStep(const robot::BodyStep& step, ko::Clock::time_point time) {
   const Math::Pose2D drift = step.pose * Math::pinv(step.odometry);
-  const tf2_msgs::TFMessage transforms{
-      {stamped(time, kMap, kOdometry, poseOf(drift)),
-       stamped(time, kOdometry, base, poseOf(step.odometry))}};
+  const tf2_msgs::TFMessage transforms{{stamped(time, kMap, kOdometry, poseOf(drift)),
+                                        stamped(time, kOdometry, base, poseOf(step.odometry))}};
   writer.write(tf, logTimeOf(time), transforms);
   nav_msgs::Odometry message;
   message.header = headerOf(time, kOdometry);

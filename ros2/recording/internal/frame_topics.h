@@ -2,8 +2,8 @@
 
 #include <string>
 
-#include "ros2/recording/internal/background_bag.h"
 #include "robot/services/internal/input_listener.h"
+#include "ros2/recording/internal/background_bag.h"
 #include "session/session.h"
 
 namespace QV::ros2 {

@@ -89,8 +89,8 @@ RecordTopics::RecordTopics(BackgroundBag& writer, const std::string& base,
       records(writer.addTopic(makeBagTopic(kRecordsTopic, qv_msgs::Records::getType()))),
       states(
           writer.addTopic(makeBagTopic("/qv/sensors", qv_msgs::SensorStates::getType(), kLatched))),
-      views(writer.addTopic(makeBagTopic("/fields_of_view",
-                                         visualization_msgs::MarkerArray::getType(), kLatched))),
+      views(writer.addTopic(
+          makeBagTopic("/fields_of_view", visualization_msgs::MarkerArray::getType(), kLatched))),
       cloud(emptyCloud()) {}
 
 void RecordTopics::write(const session::Snapshot& snapshot) {
@@ -119,8 +119,8 @@ bool RecordTopics::xHasOwnCloud(const session::SensorState& sensor) const {
 std::uint16_t RecordTopics::xTopicOf(const std::string& name) {
   const auto found = clouds.find(name);
   if (found != clouds.end()) return found->second;
-  const auto topic = writer.addTopic(
-      makeBagTopic(cloudTopicOf(name), sensor_msgs::PointCloud2::getType()));
+  const auto topic =
+      writer.addTopic(makeBagTopic(cloudTopicOf(name), sensor_msgs::PointCloud2::getType()));
   return clouds.emplace(name, topic).first->second;
 }
 
@@ -142,8 +142,7 @@ void RecordTopics::xAddRecords(const session::SensorState& sensor) {
   }
 }
 
-void RecordTopics::xWriteRawPoints(const session::SensorState& sensor,
-                                   ko::Clock::time_point time) {
+void RecordTopics::xWriteRawPoints(const session::SensorState& sensor, ko::Clock::time_point time) {
   clear(cloud, sensor.records.front().timestamp, sensor.name);
   for (const auto& record : sensor.records) append(cloud, record.points);
   writer.write(xTopicOf(sensor.name), logTimeOf(time), cloud);

@@ -4,10 +4,10 @@
 #include <set>
 #include <string>
 
-#include "ros2/recording/internal/background_bag.h"
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/internal/background_bag.h"
 #include "session/snapshot.h"
 
 namespace QV::ros2 {

@@ -33,6 +33,14 @@ Number numberOf(const std::map<std::string, std::string>& values, const std::str
                            text.substr(0, 20) + "\" given");
 }
 
+ko::Duration periodOf(const std::map<std::string, std::string>& values, const std::string& name) {
+  const ko::Duration period(numberOf<std::int64_t>(values, name));
+  if (period >= ko::Duration(1'000'000) && period <= ko::Duration(3'600'000'000'000)) return period;
+  throw std::runtime_error("a millisecond to an hour expected for \"" + name +
+                           "\" in the metadata \"qv\", " + std::to_string(period.count()) +
+                           " ns given");
+}
+
 std::string toText(float number) {
   std::array<char, 32> text;
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
@@ -46,7 +54,9 @@ std::map<std::string, std::string> RecordingFacts::toValues() const {
           {"title", title},
           {"frame", getName(frame)},
           {"start", std::to_string(start.time_since_epoch().count())},
-          {"radius", toText(radius)}};
+          {"radius", toText(radius)},
+          {"body_period", std::to_string(periods.body.count())},
+          {"sonar_period", std::to_string(periods.sonars.count())}};
 }
 
 RecordingFacts RecordingFacts::fromValues(const std::map<std::string, std::string>& values) {
@@ -56,16 +66,18 @@ RecordingFacts RecordingFacts::fromValues(const std::map<std::string, std::strin
   RecordingFacts facts;
   facts.sort = textOf(values, "sort");
   facts.title = textOf(values, "title");
-  facts.frame =
-      textOf(values, "frame") == "map" ? session::Frame::map : session::Frame::robot;
+  facts.frame = textOf(values, "frame") == "map" ? session::Frame::map : session::Frame::robot;
   facts.start = ko::Clock::time_point(ko::Duration(numberOf<std::int64_t>(values, "start")));
   facts.radius = numberOf<float>(values, "radius");
+  facts.periods.body = periodOf(values, "body_period");
+  facts.periods.sonars = periodOf(values, "sonar_period");
   return facts;
 }
 
 RecordingFacts factsOf(session::Session& session) {
-  return {robotOf(session).getSort(), session.getTitle(), session.getFrame(), ko::Clock::now(),
-          session.getRadius()};
+  session::SessionRobot& robot = robotOf(session);
+  return {robot.getSort(),  robot.getTitle(),  robot.getFrame(),
+          ko::Clock::now(), robot.getRadius(), robot.getDriverPeriods()};
 }
 
 BagAttachment exactMapOf(const OccupancyMap& map) {

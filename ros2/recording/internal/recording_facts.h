@@ -5,6 +5,7 @@
 
 #include "platform/ko/clock.h"
 #include "ros2/bag/bag_writer.h"
+#include "session/internal/session_robot.h"
 #include "session/session.h"
 
 namespace QV::ros2 {
@@ -20,6 +21,7 @@ struct RecordingFacts {
   /** When the recording began. */
   ko::Clock::time_point start;
   float radius = 0.0f;
+  session::DriverPeriods periods;
 
   std::map<std::string, std::string> toValues() const;
   /** What is missing or nonsense: std::runtime_error that says what was expected. */
