@@ -17,9 +17,9 @@ namespace {
 constexpr int kFailure = 2;
 
 // A new command is a file and a row here.
-constexpr AddCommand* kCommands[] = {addListCommand,  addReadCommand,  addPlotCommand,
-                                     addDriveCommand, addCheckCommand, addWatchCommand,
-                                     addServeCommand, addReplayCommand};
+constexpr AddCommand* kCommands[] = {
+    addListCommand,  addReadCommand,  addPlotCommand,   addDriveCommand, addCheckCommand,
+    addWatchCommand, addServeCommand, addReplayCommand, addInfoCommand,  addRecoverCommand};
 
 int fail(const std::string& message) {
   // It may quote a file: nothing in it may act on a terminal.

@@ -7,6 +7,7 @@
 #include "robot/maps/map_files.h"
 #include "robot/world/virtual_robot.h"
 #include "session/internal/find_room.h"
+#include "session/internal/make_session.h"
 #include "session/internal/recorded_session_robot.h"
 #include "session/internal/session_parts.h"
 #include "session/internal/simulated_session_robot.h"
@@ -39,13 +40,13 @@ std::unique_ptr<ko::SimulatedTime> timeOf(const OpenOptions& options) {
   return std::make_unique<ko::SimulatedTime>();
 }
 
-std::unique_ptr<Session> sessionOf(std::unique_ptr<ko::SimulatedTime> time,
-                                   std::unique_ptr<SessionRobot> robot) {
+}  // namespace
+
+std::unique_ptr<Session> makeSession(std::unique_ptr<ko::SimulatedTime> time,
+                                     std::unique_ptr<SessionRobot> robot) {
   return std::make_unique<Session>(
       std::make_unique<SessionParts>(std::move(time), std::move(robot)));
 }
-
-}  // namespace
 
 std::unique_ptr<Session> openVirtual(const std::string& robot, const OpenOptions& options) {
   const std::string path = findRobot(robot);
@@ -62,7 +63,7 @@ std::unique_ptr<Session> openVirtual(const std::string& robot, const OpenOptions
     throw UsageError(path + " in " + where + ": " + error.what());
   }
   for (const robot::Fault& fault : options.faults) made->getVirtualRobot()->setFault(fault);
-  return sessionOf(std::move(time), std::move(made));
+  return makeSession(std::move(time), std::move(made));
 }
 
 std::unique_ptr<Session> openSimulated(int kind, const OpenOptions& options) {
@@ -70,8 +71,8 @@ std::unique_ptr<Session> openSimulated(int kind, const OpenOptions& options) {
   auto time = timeOf(options);
   auto map = mapOf(options);
   const Math::Pose2D start = startOf(options, *map);
-  return sessionOf(std::move(time),
-                   std::make_unique<SimulatedSessionRobot>(kind, std::move(map), start));
+  return makeSession(std::move(time),
+                     std::make_unique<SimulatedSessionRobot>(kind, std::move(map), start));
 }
 
 std::unique_ptr<Session> openRecording(const std::string& log,
@@ -79,7 +80,7 @@ std::unique_ptr<Session> openRecording(const std::string& log,
   const robot::Recording recording = readLog(log, poses);
   auto time = std::make_unique<ko::SimulatedTime>();
   auto robot = std::make_unique<RecordedSessionRobot>(recording);
-  return sessionOf(std::move(time), std::move(robot));
+  return makeSession(std::move(time), std::move(robot));
 }
 
 }  // namespace QV::session

@@ -6,6 +6,8 @@
 #include "platform/ko/os.h"
 #include "robot/world/virtual_robot.h"
 #include "session/internal/path_follower.h"
+#include "session/internal/run_listener.h"
+#include "session/internal/seconds.h"
 #include "session/internal/session_parts.h"
 #include "session/usage_error.h"
 
@@ -19,6 +21,17 @@ robot::VirtualRobot& virtualOf(SessionParts& parts) {
   if (auto* robot = parts.robot->getVirtualRobot()) return *robot;
   throw UsageError("a virtual robot expected, whose sensors can be made to fail; this is a " +
                    parts.robot->getTitle());
+}
+
+// From and to in seconds, if it ends.
+RunCommand commandOf(const robot::Fault& fault) {
+  RunCommand command{"fault " + std::string(robot::getName(fault.kind)),
+                     {},
+                     {fault.sensor},
+                     true,
+                     {inSeconds(fault.from)}};
+  if (fault.to != ko::Duration::max()) command.values.push_back(inSeconds(fault.to));
+  return command;
 }
 
 void goTo(SessionParts& parts, ko::Clock::time_point time) {
@@ -53,6 +66,7 @@ SessionRobot& robotOf(Session& session) {
 Session::Session(std::unique_ptr<SessionParts> parts) : parts(std::move(parts)) {}
 
 Session::~Session() {
+  setListener(nullptr);
   parts->driver.stop();
 }
 
@@ -108,48 +122,65 @@ const Model::Robot* Session::getDescription() const {
 }
 
 void Session::subscribe(const std::string& subscriber, const std::set<std::string>& names) {
+  xTell({"subscribe", subscriber, names, true});
   parts->switches.subscribe(subscriber, names);
 }
 
 void Session::unsubscribe(const std::string& subscriber, const std::set<std::string>& names) {
+  xTell({"subscribe", subscriber, names, false});
   parts->switches.unsubscribe(subscriber, names);
 }
 
 void Session::enable(const std::string& name, bool on) {
+  xTell({"enable", {}, {name}, on});
   parts->switches.enable(name, on);
 }
 
 void Session::diagnose(const std::string& sensor, bool success) {
+  xTell({"diagnose", {}, {sensor}, success});
   parts->switches.diagnose(sensor, success);
 }
 
 void Session::setDemand(const Demand& demand) {
-  parts->demand.set(demand);
+  parts->demand.set(demand,
+                    [this](const std::string& subscriber, const std::string& sensor, bool on) {
+                      xTell({"subscribe", subscriber, {sensor}, on});
+                    });
 }
 
 void Session::drive(float forward, float turn) {
+  xTell({"drive", {}, {}, true, {forward, turn}});
   parts->driver.drive(forward, turn);
 }
 
 void Session::setGoal(const Math::Position2D& position) {
+  xTell({"goal", {}, {}, true, {position.x, position.y}});
   parts->driver.setGoal(position);
 }
 
 double Session::follow(const std::vector<Math::Position2D>& path, double speed, double turnSpeed) {
   const PathFollower follower(path, speed, turnSpeed);
+  RunCommand command{"follow", {}, {}, true, {speed, turnSpeed}};
+  for (const Math::Position2D& corner : path) {
+    command.values.insert(command.values.end(), {corner.x, corner.y});
+  }
+  xTell(command);
   parts->driver.follow(follower);
   return follower.getDuration();
 }
 
 void Session::wander() {
+  xTell({"wander"});
   parts->driver.wander();
 }
 
 void Session::stop() {
+  xTell({"stop"});
   parts->driver.stop();
 }
 
 void Session::setPose(const Math::Pose2D& pose) {
+  xTell({"pose", {}, {}, true, {pose.x, pose.y, pose.theta}});
   parts->robot->setPose(pose);
 }
 
@@ -163,10 +194,12 @@ std::vector<robot::FaultKind> Session::getPossibleFaults(const std::string& sens
 }
 
 void Session::setFault(const robot::Fault& fault) {
+  xTell(commandOf(fault));
   virtualOf(*parts).setFault(fault);
 }
 
 void Session::clearFault(const std::string& sensor) {
+  xTell({"fault", {}, {sensor}, false});
   virtualOf(*parts).clearFault(sensor);
 }
 
@@ -183,10 +216,12 @@ bool Session::step() {
     run(Pacing::kStep);
     return true;
   }
-  const auto due = parts->robot->getNextStep();
-  if (!due) return false;
-  goTo(*parts, *due);
-  parts->robot->makeStep();
+  do {
+    const auto due = parts->robot->getNextStep();
+    if (!due) return false;
+    goTo(*parts, *due);
+    parts->robot->makeStep();
+  } while (parts->robot->isAmidSteps());
   note(*parts);
   return true;
 }
@@ -214,6 +249,15 @@ bool Session::isPaused() const {
 
 void Session::setSpeed(double speed) {
   parts->pacing.setSpeed(speed);
+}
+
+void Session::setListener(RunListener* listener) {
+  parts->listener = listener;
+  parts->robot->setListener(listener);
+}
+
+void Session::xTell(const RunCommand& command) const {
+  if (RunListener* const hears = parts->listener) hears->onCommand(command);
 }
 
 void Session::xAdvance(ko::Clock::time_point end) {

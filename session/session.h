@@ -27,6 +27,8 @@ inline void addDemand(Demand& demand, const Demand& others) {
   }
 }
 
+class RunListener;
+struct RunCommand;
 class SessionRobot;
 struct SessionParts;
 
@@ -113,9 +115,13 @@ class QV_API Session {
   /** Seconds for a second of the machine's, above 0. */
   void setSpeed(double speed);
 
+  /** Hears all that goes into it from now on, until another does; null for nobody. */
+  void setListener(RunListener* listener);
+
  private:
   friend SessionRobot& robotOf(Session& session);
   void xAdvance(ko::Clock::time_point end);
+  void xTell(const RunCommand& command) const;
 
   const std::unique_ptr<SessionParts> parts;
 };

@@ -21,5 +21,7 @@ AddCommand addCheckCommand;
 AddCommand addWatchCommand;
 AddCommand addServeCommand;
 AddCommand addReplayCommand;
+AddCommand addInfoCommand;
+AddCommand addRecoverCommand;
 
 }  // namespace QV::app

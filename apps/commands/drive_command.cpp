@@ -5,6 +5,7 @@
 #include "apps/arguments.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
+#include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
@@ -26,7 +27,7 @@ struct DriveOptions : CommonOptions {
   double rate = 10.0;
   double speed = 0.5;
   double turnSpeed = 1.0;
-  std::string output;
+  OutputFiles output;
   std::string picture;
 };
 
@@ -46,8 +47,8 @@ struct Run {
   RunSummary summary;
 };
 
-void openOutlets(const DriveOptions& options, outlets::OutletList& list) {
-  if (!options.output.empty()) list.add(std::make_shared<outlets::RecordFile>(options.output));
+void openOutlets(DriveOptions& options, session::Session& session, outlets::OutletList& list) {
+  options.output.open(session, list, false);
   if (!options.picture.empty()) list.add(std::make_shared<outlets::RunPicture>(options.picture));
 }
 
@@ -101,26 +102,32 @@ void warnIfAstray(const session::PathFollower& path, const Math::Pose2D& pose) {
             << " m from the end of the path: something is in its way, or it is too fast\n";
 }
 
-void drive(const DriveOptions& options) {
+/** False if what was asked for is not all written. */
+bool printSummary(const DriveOptions& options, const Run& run) {
+  std::ostream& out = options.output.getSummaryStream();
+  out << (isInterrupted() ? "Interrupted after " : "Drove ") << run.cycles << " cycles at "
+      << options.rate << " Hz of simulated time.\n";
+  run.summary.print(out);
+  const bool isWhole = options.output.report(out);
+  if (!options.picture.empty()) out << "Wrote " << options.picture << '\n';
+  return isWhole;
+}
+
+bool drive(DriveOptions& options) {
   const session::PathFollower path = checkedPath(options);
   if (!options.picture.empty()) outlets::checkPicturePath(options.picture);
   const auto session = options.openSession(path.poseAt(0.0));
   outlets::OutletList outlets;
-  openOutlets(options, outlets);
+  openOutlets(options, *session, outlets);
   const Run run = driveAlong(options, *session, outlets);
   outlets.finish();
   warnIfAstray(path, run.end);
-  std::cout << (isInterrupted() ? "Interrupted after " : "Drove ") << run.cycles << " cycles at "
-            << options.rate << " Hz of simulated time.\n";
-  run.summary.print(std::cout);
-  for (const std::string& file : {options.output, options.picture}) {
-    if (!file.empty()) std::cout << "Wrote " << file << '\n';
-  }
+  return printSummary(options, run);
 }
 
 }  // namespace
 
-void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<DriveOptions>(robots);
   CLI::App* command =
       program.add_subcommand("drive", "Drive a path through the map and read at every cycle");
@@ -133,12 +140,13 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
   command->add_option("--speed", options->speed, "m/s")->capture_default_str();
   command->add_option("--turn-speed", options->turnSpeed, "rad/s, on the spot at each corner")
       ->capture_default_str();
-  command
-      ->add_option("-o,--output", options->output,
-                   "file for the records: .csv has a line per point, any other one JSON per line")
-      ->check(namesAFile);
+  options->output.addOption(*command, "-o,--output",
+                            "file: .mcap is a recording of the whole run, .csv has a line per "
+                            "point, any other name one JSON per record; - is standard output");
   command->add_option("--picture", options->picture, "PNG of the run")->check(namesAFile);
-  command->callback([options] { drive(*options); });
+  command->callback([options, &status] {
+    if (!drive(*options)) status = kIncomplete;
+  });
 }
 
 }  // namespace QV::app

@@ -1,96 +1,166 @@
 #include <algorithm>
+#include <functional>
 #include <iostream>
 #include <iterator>
+#include <limits>
 #include <memory>
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
+#include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
+#include "apps/replay/machine_pace.h"
+#include "apps/replay/played_run.h"
 #include "apps/subscriber.h"
 #include "outlets/files/internal/record_output.h"
 #include "outlets/files/record_file.h"
+#include "platform/ko/log.h"
 #include "session/open.h"
 
 namespace QV::app {
 namespace {
 
 constexpr char kReplayFooter[] =
-    "LOG is a CARMEN log of a lidar (FLASER and ODOM lines), or a sonar log, whose lines are a "
-    "time\n"
-    "(ms) and 8 ranges (mm); poses are lines of a time (ms), x, y (mm) and heading (0.1 degrees).\n"
-    "What LOG holds tells which. Records come at the times of the log, its first step at 0 s.";
+    "RUN is a recording of this program's (.mcap): what drivers measured goes into the robot's\n"
+    "modules again, and the library makes its records anew. Or it is a log of others: a CARMEN "
+    "log\n"
+    "of a lidar (FLASER and ODOM lines), or a sonar log, whose lines are a time (ms) and 8 ranges\n"
+    "(mm); poses are lines of a time (ms), x, y (mm) and heading (0.1 degrees). What RUN holds "
+    "tells\n"
+    "which. Times count from its start.";
 
 struct ReplayOptions {
-  std::string log;
+  std::string run;
   std::optional<std::string> poses;
-  std::string output;
+  OutputFiles output;
   std::string format = "table";
+  bool compare = false;
+  double from = 0.0;
+  std::optional<double> to;
+  std::optional<double> speed;
+  bool loop = false;
 };
 
-/** Hands what there is to see at each step on. */
-template <typename F>
-void replayAll(const ReplayOptions& options, F take) {
-  const auto session = session::openRecording(options.log, options.poses);
-  session->subscribe(kSubscriber, session->getManager().getFamilyNames());
+/** Counts looks, and those at which records differ from the recorded ones. */
+struct Verdict {
+  std::size_t looks = 0;
+  std::size_t differing = 0;
+  std::string first = {};
+};
+
+/** What there is to see at each step, as far as the options want it. */
+using Take = std::function<void(PlayedRun&)>;
+
+void playOnce(const ReplayOptions& options, PlayedRun& run, const Take& take) {
   ProgressBar progress("Replaying");
-  for (bool goesOn = true; goesOn && !isInterrupted(); goesOn = session->step()) {
-    take(session->look());
-    progress.show(session->getShareDone());
+  const double end = options.to.value_or(std::numeric_limits<double>::infinity());
+  MachinePace pace(options.speed);
+  for (bool goesOn = run.begin(); goesOn && !isInterrupted(); goesOn = run.step()) {
+    progress.show(run.getShareDone());
+    if (run.getSeconds() > end) return;
+    if (run.getSeconds() < options.from) continue;
+    pace.await(run.getSeconds());
+    take(run);
   }
 }
 
-void replayToFile(const ReplayOptions& options) {
-  RunSummary summary;
-  outlets::RecordFile file(options.output);
-  replayAll(options, [&](const session::Snapshot& snapshot) {
-    file.show(snapshot);
-    summary.add(snapshot);
-  });
-  file.finish();
-  summary.print(std::cout);
-  std::cout << "Wrote " << options.output << '\n';
+// Anew each time: a run that is played again is the same.
+void playAll(const ReplayOptions& options, outlets::OutletList& outlets, OutputFiles& output,
+             const Take& take) {
+  do {
+    PlayedRun run(options.run, options.poses);
+    if (!output.isOpen()) output.open(run.getSession(), outlets, false);
+    playOnce(options, run, take);
+    outlets.finish();
+    run.warnOfDamage();
+  } while (options.loop && !isInterrupted());
 }
 
-void replayToOutput(const ReplayOptions& options) {
+int replayToFile(ReplayOptions& options) {
+  RunSummary summary;
+  outlets::OutletList outlets;
+  playAll(options, outlets, options.output, [&](PlayedRun& run) {
+    const session::Snapshot snapshot = run.getSession().look();
+    outlets.show(snapshot);
+    summary.add(snapshot);
+  });
+  summary.print(options.output.getSummaryStream());
+  return options.output.report(options.output.getSummaryStream()) ? 0 : kIncomplete;
+}
+
+int replayToOutput(ReplayOptions& options) {
   const outlets::Format format = outlets::parseFormat(options.format);
   std::vector<session::SensorState> all;
-  replayAll(options, [&all](const session::Snapshot& snapshot) {
-    std::ranges::move(session::sensorsByName(snapshot), std::back_inserter(all));
+  session::Frame frame = session::Frame::robot;
+  outlets::OutletList none;
+  playAll(options, none, options.output, [&](PlayedRun& run) {
+    frame = run.getSession().getFrame();
+    std::ranges::move(session::sensorsByName(run.getSession().look()), std::back_inserter(all));
   });
-  outlets::writeRecords(std::cout, all, format, session::Frame::robot);
+  outlets::writeRecords(std::cout, all, format, frame);
+  return 0;
+}
+
+int compare(ReplayOptions& options) {
+  Verdict verdict;
+  outlets::OutletList none;
+  playAll(options, none, options.output, [&](PlayedRun& run) {
+    ++verdict.looks;
+    const auto difference = run.compare();
+    if (!difference) return;
+    if (verdict.differing++ == 0) verdict.first = difference->toText();
+  });
+  if (verdict.differing == 0) {
+    std::cout << "The records of " << verdict.looks << " looks are the same, bit for bit.\n";
+    return 0;
+  }
+  std::cout << ko::log::onOneLine(verdict.first) << '\n'
+            << verdict.differing << " of " << verdict.looks << " looks differ.\n";
+  return 1;
+}
+
+int replay(ReplayOptions& options) {
+  checkTimes(options.from, options.to, options.speed);
+  if (options.compare) return compare(options);
+  return options.output.isAsked() ? replayToFile(options) : replayToOutput(options);
 }
 
 }  // namespace
 
-void addReplayCommand(CLI::App& program, const session::OpenOptions&, int&) {
+void addReplayCommand(CLI::App& program, const session::OpenOptions&, int& status) {
   auto options = std::make_shared<ReplayOptions>();
   CLI::App* command =
-      program.add_subcommand("replay", "Play a lidar or sonar log to the sensors, and read them");
+      program.add_subcommand("replay", "Play a recording or a log to the sensors, and read them");
   command->footer(kReplayFooter);
-  command->add_option("LOG", options->log, "lidar or sonar log")->required()->check(namesAFile);
+  command->add_option("RUN", options->run, "recording or log")->required()->check(namesAFile);
   command
       ->add_option("--poses", options->poses, "poses of a sonar log (default: poses.txt beside it)")
       ->check(namesAFile);
-  CLI::Option* output =
+  CLI::Option* output = options->output.addOption(
+      *command, "-o,--output",
+      "file: .mcap is a recording again, .csv has a line per point, any other name one JSON per "
+      "record; then standard output has a summary");
+  CLI::Option* compare =
       command
-          ->add_option("-o,--output", options->output,
-                       "file for the records, one JSON per line, or .csv; then standard "
-                       "output has a summary")
-          ->check(namesAFile);
+          ->add_flag("--compare", options->compare,
+                     "say whether the records are those that were recorded, bit for bit, or which "
+                     "is the first that differs (status 1)")
+          ->excludes(output);
   command
       ->add_option("--format", options->format,
                    "table; json: a record per line; csv: a point per line")
       ->excludes(output)
+      ->excludes(compare)
       ->capture_default_str();
-  command->callback([options] {
-    if (options->output.empty()) {
-      replayToOutput(*options);
-    } else {
-      replayToFile(*options);
-    }
-  });
+  command->add_option("--from", options->from, "leave out what comes before (s)");
+  command->add_option("--to", options->to, "end there (s)");
+  command->add_option("--speed", options->speed,
+                      "seconds of the run for one of the clock (default: as fast as it goes)");
+  command->add_flag("--loop", options->loop, "from the start again at the end, until Ctrl-C")
+      ->excludes(output);
+  command->callback([options, &status] { status = replay(*options); });
 }
 
 }  // namespace QV::app

@@ -1,5 +1,6 @@
 #include "outlets/files/record_file.h"
 
+#include <iostream>
 #include <stdexcept>
 
 #include "outlets/files/internal/record_text.h"
@@ -7,8 +8,9 @@
 namespace QV::outlets {
 
 RecordFile::RecordFile(const std::string& path)
-    : path(path), isCsv(path.ends_with(".csv")), file(path) {
-  if (isCsv) writeCsvTitles(file);
+    : path(path), isCsv(path.ends_with(".csv")), out(path == "-" ? std::cout : file) {
+  if (path != "-") file.open(path);
+  if (isCsv) writeCsvTitles(out);
   xCheck();
 }
 
@@ -18,21 +20,22 @@ void RecordFile::show(const session::Snapshot& snapshot) {
 }
 
 void RecordFile::xWrite(const Math::MetricalData& record, const session::Snapshot& snapshot) {
-  if (isCsv) return writeCsv(file, record, snapshot.frame);
+  if (isCsv) return writeCsv(out, record, snapshot.frame);
   auto line = toJson(record, snapshot.frame);
   if (snapshot.frame == session::Frame::robot) {
     line["robotPose"] = exactPoseOf(snapshot.pose);
   }
-  file << toText(line) << '\n';
+  out << toText(line) << '\n';
 }
 
 void RecordFile::finish() {
-  file.close();
+  if (file.is_open()) file.close();
+  out.flush();
   xCheck();
 }
 
 void RecordFile::xCheck() const {
-  if (!file) throw std::runtime_error(path + ": can't be written");
+  if (!out) throw std::runtime_error(path + ": can't be written");
 }
 
 }  // namespace QV::outlets

@@ -14,7 +14,7 @@ namespace QV::outlets {
  */
 class QV_API RecordFile : public Outlet {
  public:
-  /** One that can't be written: std::runtime_error, here and later. */
+  /** "-" is standard output. One that can't be written: std::runtime_error, here and later. */
   explicit RecordFile(const std::string& path);
 
   void show(const session::Snapshot& snapshot) override;
@@ -27,6 +27,7 @@ class QV_API RecordFile : public Outlet {
   const std::string path;
   const bool isCsv;
   std::ofstream file;
+  std::ostream& out;
 };
 
 }  // namespace QV::outlets

@@ -3,6 +3,7 @@
 #include "platform/middleware/contracts/memory_contract.h"
 #include "platform/middleware/qv_error.h"
 #include "robot/services/internal/event_board.h"
+#include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/memory_store.h"
 
 namespace QV::robot {
@@ -34,7 +35,7 @@ MemoryService::~MemoryService() = default;
 void MemoryService::xBindMemory() {
   using namespace MemoryContract;
   bindMethod(kGetData, &MemoryStore::getData, store.get());
-  bindMethod(kInsertData, &MemoryStore::insertData, store.get());
+  bindMethod(kInsertData, &MemoryService::insertData, this);
   bindMethod(kGetDataPtr, [this](const std::string& key) {
     return reinterpret_cast<std::intptr_t>(store->getDataPtr(key));
   });
@@ -66,6 +67,7 @@ void MemoryService::raiseEvent(const std::string& event, const QVValue& value) {
   // Or two at once might be stored in one order and delivered in the other.
   std::lock_guard<std::mutex> lock(raising);
   store->insertData(event, value);
+  if (InputListener* const hears = listener) hears->onWrite(event, value, true);
   board->raise(event, value);
 }
 
@@ -75,6 +77,14 @@ QVValue MemoryService::getData(const std::string& key) const {
 
 void MemoryService::insertData(const std::string& key, const QVValue& value) {
   store->insertData(key, value);
+  if (InputListener* const hears = listener) hears->onWrite(key, value, false);
+}
+
+void MemoryService::setListener(InputListener* newListener) {
+  if (newListener) {
+    for (const auto& [key, value] : store->getAll()) newListener->onWrite(key, value, false);
+  }
+  listener = newListener;
 }
 
 void MemoryService::declareEvent(const std::string& event) {

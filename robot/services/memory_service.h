@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <mutex>
 #include <string>
@@ -14,6 +15,7 @@
 namespace QV::robot {
 
 class EventBoard;
+class InputListener;
 class MemoryStore;
 
 /**
@@ -39,6 +41,10 @@ class QV_API MemoryService : public QVModule {
   void raiseEvent(const std::string& event, const QVValue& value);
   bool hasSubscribers(const std::string& event) const;
 
+  /** Hears what all keys hold now and of all that is written from then on; must outlive that, or
+   * null takes its place. */
+  void setListener(InputListener* newListener);
+
  private:
   void xBindMemory();
   void xBindEvents();
@@ -46,6 +52,7 @@ class QV_API MemoryService : public QVModule {
   const std::unique_ptr<MemoryStore> store;
   const std::unique_ptr<EventBoard> board;
   std::mutex raising;
+  std::atomic<InputListener*> listener{nullptr};
 };
 
 }  // namespace QV::robot

@@ -10,6 +10,7 @@
 #include "platform/model/internal/number_text.h"
 #include "platform/vision/qv_image.h"
 #include "platform/vision/video_codes.h"
+#include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/spare_bytes.h"
 
 namespace QV::robot {
@@ -160,7 +161,10 @@ QVValue VideoDevice::xCapture(Device& device, cv::Size size, ko::Clock::time_poi
   }
   const auto stamp =
       boost::chrono::duration_cast<boost::chrono::microseconds>(time.time_since_epoch());
-  return QVImage(size.width, size.height, kDepthColorSpace, stamp.count(), pixels).toQVValue();
+  QVValue image =
+      QVImage(size.width, size.height, kDepthColorSpace, stamp.count(), pixels).toQVValue();
+  if (InputListener* const hears = listener) hears->onImage(device.camera.index, image);
+  return image;
 }
 
 }  // namespace QV::robot

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstdint>
 #include <functional>
 #include <map>
@@ -18,6 +19,7 @@
 
 namespace QV::robot {
 
+class InputListener;
 class SpareBytes;
 
 /**
@@ -61,6 +63,9 @@ class QV_API VideoDevice : public QVModule {
   /** Of all clients, sorted. */
   std::vector<std::string> getHandles() const;
 
+  /** Hears of all images from now on, and must outlive that; null for nobody. */
+  void setListener(InputListener* newListener) { listener = newListener; }
+
  private:
   struct Device {
     explicit Device(const Camera& camera) : camera(camera) {}
@@ -96,6 +101,7 @@ class QV_API VideoDevice : public QVModule {
   const std::unique_ptr<SpareBytes> spares;
   /** Whom the first, second, ... handle was given to. */
   std::vector<std::string> names;
+  std::atomic<InputListener*> listener{nullptr};
 };
 
 }  // namespace QV::robot

@@ -89,6 +89,10 @@ void VirtualRobot::setFault(const Fault& fault) {
   world->getFaults().add(fault);
 }
 
+void VirtualRobot::setListener(InputListener* listener) {
+  world->setListener(listener);
+}
+
 void VirtualRobot::clearFault(const std::string& sensor) {
   world->getFaults().clear(sensor);
 }

@@ -19,6 +19,7 @@
 
 namespace QV::robot {
 
+class InputListener;
 class RobotWorld;
 class UnitFactory;
 
@@ -97,6 +98,10 @@ class QV_API VirtualRobot {
   /** The sensors that are measured, and "PeoplePerception" with a depth camera. */
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
+
+  /** Hears what is so now and of all that is measured from then on; must outlive that, or null
+   * takes its place. */
+  void setListener(InputListener* listener);
 
  private:
   const boost::shared_ptr<QVBroker> broker;

@@ -43,6 +43,10 @@ std::vector<const BagTopic*> BagReader::getTopics() const {
   return topics;
 }
 
+BagTimes BagReader::getTimes() const {
+  return file->getTimes();
+}
+
 const std::vector<BagMetadata>& BagReader::getMetadata() const {
   return file->getMetadata();
 }

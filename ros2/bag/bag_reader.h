@@ -35,6 +35,11 @@ struct BagDamage {
   static constexpr std::size_t kMostLines = 20;
 };
 
+struct BagTimes {
+  std::uint64_t start = 0;
+  std::uint64_t end = 0;
+};
+
 /** By log time; or as they stand, where times don't matter. */
 enum class BagOrder { time, file };
 
@@ -58,6 +63,9 @@ class QV_API BagReader {
   std::size_t getAttachmentCount() const;
   /** Nothing for one that is damaged. */
   std::optional<BagAttachment> readAttachment(std::size_t index);
+
+  /** Log times of the first and the last message, by the index if there is one; 0 if none. */
+  BagTimes getTimes() const;
 
   /** Nothing at the end. */
   std::optional<BagMessage> next();

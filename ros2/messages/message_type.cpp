@@ -56,7 +56,7 @@ const std::vector<const MessageType*>& getMessageTypes() {
                   nav_msgs::OccupancyGrid, nav_msgs::Path, visualization_msgs::Marker,
                   visualization_msgs::MarkerArray, vision_msgs::Detection3DArray,
                   diagnostic_msgs::DiagnosticArray, rcl_interfaces::Log, qv_msgs::Records,
-                  qv_msgs::SensorStates, qv_msgs::Fault, qv_msgs::Command>();
+                  qv_msgs::SensorStates, qv_msgs::Fault, qv_msgs::Command, qv_msgs::Inputs>();
   return types;
 }
 

@@ -72,6 +72,9 @@ const MessageType& MetricalData::getType() {
                                    {"field_of_view", &MetricalData::field_of_view},
                                    {"sensor_transform", &MetricalData::sensor_transform},
                                    {"points", &MetricalData::points},
+                                   {"cloud", &MetricalData::cloud},
+                                   {"cloud_start", &MetricalData::cloud_start},
+                                   {"cloud_count", &MetricalData::cloud_count},
                                    {"timestamp", &MetricalData::timestamp}}));
   return type;
 }
@@ -109,9 +112,23 @@ const MessageType& Fault::getType() {
 const MessageType& Command::getType() {
   static const MessageType type(
       layoutOf<Command>("qv_msgs/msg/Command", {{"name", &Command::name},
-                                                {"sensor", &Command::sensor},
+                                                {"subscriber", &Command::subscriber},
+                                                {"sensors", &Command::sensors},
                                                 {"on", &Command::on},
                                                 {"values", &Command::values}}));
+  return type;
+}
+
+const MessageType& Inputs::getType() {
+  static const MessageType type(
+      layoutOf<Inputs>("qv_msgs/msg/Inputs", {{"stepped", &Inputs::stepped},
+                                              {"velocity", &Inputs::velocity},
+                                              {"new_keys", &Inputs::new_keys},
+                                              {"keys", &Inputs::keys},
+                                              {"raised", &Inputs::raised},
+                                              {"types", &Inputs::types},
+                                              {"numbers", &Inputs::numbers},
+                                              {"texts", &Inputs::texts}}));
   return type;
 }
 

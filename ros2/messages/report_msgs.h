@@ -84,13 +84,19 @@ struct QV_API Position3D {
   friend bool operator==(const Position3D&, const Position3D&) = default;
 };
 
-/** A Math::MetricalData, bit for bit. */
+/**
+ * A Math::MetricalData, bit for bit. Many points stand in a PointCloud2 of the same time instead:
+ * `cloud` is its topic then, and the points are `cloud_count` of it from `cloud_start` on.
+ */
 struct QV_API MetricalData {
   std::string sensor_name;
   std::string family_name;
   FieldOfView2D field_of_view;
   std::array<float, 12> sensor_transform{};
   std::vector<Position3D> points;
+  std::string cloud;
+  std::uint32_t cloud_start = 0;
+  std::uint32_t cloud_count = 0;
   /** Nanoseconds of ko::Clock. */
   std::int64_t timestamp = 0;
 
@@ -138,12 +144,40 @@ struct QV_API Fault {
 /** What somebody asked of the robot: a name, and what it needs of the rest. */
 struct QV_API Command {
   std::string name;
-  std::string sensor;
+  /** On whose behalf. */
+  std::string subscriber;
+  /** Or families. */
+  std::vector<std::string> sensors;
   bool on = false;
   std::vector<double> values;
 
   static const MessageType& getType();
   friend bool operator==(const Command&, const Command&) = default;
+};
+
+/**
+ * What drivers told a robot's services at one time: keys of memory that were set and events that
+ * were raised, in order. A value is written in the order of its parts, an array before what is in
+ * it: a type for each part (0 invalid, 1 bool, 2 int, 3 float, 4 string, 5 array, 6 bytes), a
+ * number for each but the invalid and the strings (the float as the bits of a double, the elements
+ * of an array, the bytes one by one), a text for each string.
+ */
+struct QV_API Inputs {
+  /** Whether the body has made a step, after the writes. */
+  bool stepped = false;
+  /** Forward and leftward in m/s, turning in rad/s. */
+  std::array<float, 3> velocity{};
+  /** Each is known by its place from then on, counted from the start of the recording. */
+  std::vector<std::string> new_keys;
+  std::vector<std::uint32_t> keys;
+  /** For each key: whether an event of that name was raised. */
+  std::vector<std::uint8_t> raised;
+  std::vector<std::uint8_t> types;
+  std::vector<std::int64_t> numbers;
+  std::vector<std::string> texts;
+
+  static const MessageType& getType();
+  friend bool operator==(const Inputs&, const Inputs&) = default;
 };
 
 }  // namespace qv_msgs

@@ -16,18 +16,21 @@ bool wants(const Demand& demand, const std::string& subscriber, const std::strin
 
 }  // namespace
 
-void DemandKeeper::set(const Demand& wanted) {
+void DemandKeeper::set(const Demand& wanted, const Told& told) {
   const Demand before = std::exchange(current, wanted);
   for (const auto& [subscriber, sensors] : before) {
     for (const std::string& sensor : sensors) {
       if (wants(wanted, subscriber, sensor)) continue;
+      if (told) told(subscriber, sensor, false);
       sensor::unsubscribeGuarded(manager, subscriber, {sensor});
       xTell(sensor, "unsubscribed by " + subscriber);
     }
   }
   for (const auto& [subscriber, sensors] : wanted) {
     for (const std::string& sensor : sensors) {
-      if (!wants(before, subscriber, sensor)) xSubscribe(subscriber, sensor);
+      if (wants(before, subscriber, sensor)) continue;
+      if (told) told(subscriber, sensor, true);
+      xSubscribe(subscriber, sensor);
     }
   }
 }

@@ -9,6 +9,7 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/model/model_utils.h"
+#include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/robot_model_service.h"
 #include "robot/services/memory_service.h"
 #include "session/usage_error.h"
@@ -45,9 +46,10 @@ robot::Recording readLog(const std::string& path, const std::optional<std::strin
 RecordedSessionRobot::RecordedSessionRobot(const robot::Recording& recording)
     : description(recording.toDescription()),
       model(Model::ModelUtils::robotFromXml(description)),
+      memory(boost::make_shared<robot::MemoryService>(broker)),
       devices(boost::make_shared<robot::DeviceManager>(broker)),
       motion(boost::make_shared<robot::MotionService>(model)) {
-  broker->registerModule(boost::make_shared<robot::MemoryService>(broker));
+  broker->registerModule(memory);
   broker->registerModule(devices);
   broker->registerModule(motion);
   broker->registerModule(boost::make_shared<robot::RobotModelService>(description));
@@ -92,6 +94,22 @@ void RecordedSessionRobot::follow(const PathFollower&, double) {
 
 std::optional<ko::Clock::time_point> RecordedSessionRobot::getNextStep() const {
   return replay->getNextTime();
+}
+
+void RecordedSessionRobot::makeStep() {
+  replay->next();
+  xTellStep();
+}
+
+void RecordedSessionRobot::xTellStep() {
+  const Math::Pose2D pose = replay->getPose();
+  if (listener) listener->onStep({pose, pose, motion->getRobotVelocity()});
+}
+
+void RecordedSessionRobot::setListener(robot::InputListener* newListener) {
+  listener = newListener;
+  memory->setListener(newListener);
+  xTellStep();
 }
 
 double RecordedSessionRobot::getShareDone() const {

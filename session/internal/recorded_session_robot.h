@@ -12,6 +12,7 @@
 #include "robot/services/internal/device_manager.h"
 #include "robot/services/internal/laser_mode_actuator.h"
 #include "robot/services/internal/motion_service.h"
+#include "robot/services/memory_service.h"
 #include "sensor/hosting/navigation_module.h"
 #include "session/internal/session_robot.h"
 
@@ -37,6 +38,7 @@ class RecordedSessionRobot : public SessionRobot {
   std::vector<Math::MetricalData> getRecords() override;
   const Model::Robot* getDescription() const override { return &model; }
 
+  std::string getSort() const override { return "log"; }
   std::string getTitle() const override { return "Recorded robot " + model.name; }
   Frame getFrame() const override { return Frame::robot; }
   boost::shared_ptr<const OccupancyMap> getMap() const override { return nullptr; }
@@ -50,21 +52,25 @@ class RecordedSessionRobot : public SessionRobot {
   boost::shared_ptr<QVBroker> getBroker() const override { return broker; }
 
   std::optional<ko::Clock::time_point> getNextStep() const override;
-  void makeStep() override { replay->next(); }
+  void makeStep() override;
+  void setListener(robot::InputListener* newListener) override;
   bool isRecording() const override { return true; }
   double getShareDone() const override;
 
  private:
   void xAddLaserModes();
+  void xTellStep();
 
   const boost::shared_ptr<QVBroker> broker = QVBroker::create();
   const std::string description;
   const Model::Robot model;
+  const boost::shared_ptr<robot::MemoryService> memory;
   const boost::shared_ptr<robot::DeviceManager> devices;
   const boost::shared_ptr<robot::MotionService> motion;
   std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> laserModes;
   std::unique_ptr<robot::LogReplay> replay;
   boost::shared_ptr<sensor::NavigationModule> navigation;
+  robot::InputListener* listener = nullptr;
 };
 
 }  // namespace QV::session

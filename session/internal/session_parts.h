@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <memory>
 #include <utility>
 
@@ -7,6 +8,7 @@
 #include "session/internal/demand_keeper.h"
 #include "session/internal/driver.h"
 #include "session/internal/pacing.h"
+#include "session/internal/run_listener.h"
 #include "session/internal/sensor_look.h"
 #include "session/internal/session_robot.h"
 #include "session/internal/switches.h"
@@ -32,8 +34,9 @@ struct SessionParts {
   Pacing pacing;
   SensorLook sensorLook{*robot, switches};
   TouchLook touchLook{*robot};
+  std::atomic<RunListener*> listener{nullptr};
 };
 
-SessionRobot& robotOf(Session& session);
+QV_API SessionRobot& robotOf(Session& session);
 
 }  // namespace QV::session

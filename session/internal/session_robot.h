@@ -14,12 +14,19 @@
 #include "session/snapshot.h"
 
 namespace QV::robot {
+class InputListener;
 class VirtualRobot;
-}
+}  // namespace QV::robot
 
 namespace QV::session {
 
 class PathFollower;
+
+/** How often drivers measure that somebody else has to stand in for. */
+struct DriverPeriods {
+  ko::Duration body{20'000'000};
+  ko::Duration sonars{100'000'000};
+};
 
 /** What a session needs of its robot, and nothing else knows which sort of robot it is. */
 class SessionRobot {
@@ -38,6 +45,9 @@ class SessionRobot {
   virtual const Model::Robot* getDescription() const { return nullptr; }
   virtual const Model::SensorKinds& getKinds() const { return Model::SensorKinds::standard(); }
 
+  /** How a recording of it is played: "virtual", "log", or "simulated" and the number of the kind.
+   */
+  virtual std::string getSort() const = 0;
   /** "Simulated robot of kind 1". */
   virtual std::string getTitle() const = 0;
   virtual Frame getFrame() const = 0;
@@ -70,10 +80,17 @@ class SessionRobot {
   /** Whose sensors can be made to fail; null if they can't. */
   virtual robot::VirtualRobot* getVirtualRobot() { return nullptr; }
 
+  /** Hears of all that its drivers measure; null for nobody. */
+  virtual void setListener(robot::InputListener*) {}
+
+  virtual DriverPeriods getDriverPeriods() const { return {}; }
+
   /** When a recording goes on; nothing at its end, and for what is no recording. */
   virtual std::optional<ko::Clock::time_point> getNextStep() const { return std::nullopt; }
   virtual void makeStep() {}
   virtual bool isRecording() const { return false; }
+  /** Whether the last step was one of several of the same moment, others of which follow. */
+  virtual bool isAmidSteps() const { return false; }
   /** Of a recording, 0 to 1. */
   virtual double getShareDone() const { return 0.0; }
 };

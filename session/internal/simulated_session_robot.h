@@ -3,6 +3,7 @@
 #include <memory>
 #include <string>
 
+#include "platform/api.h"
 #include "platform/ko/periodic_task.h"
 #include "sensor/simulation/simulated_sensor_manager.h"
 #include "session/internal/room_map.h"
@@ -24,6 +25,7 @@ class SimulatedSessionRobot : public SessionRobot {
   Math::Pose2D getPose() const override { return pose; }
   void setPose(const Math::Pose2D& newPose) override;
 
+  std::string getSort() const override { return "simulated " + std::to_string(kind); }
   std::string getTitle() const override;
   Frame getFrame() const override { return Frame::map; }
 
@@ -48,6 +50,6 @@ class SimulatedSessionRobot : public SessionRobot {
 };
 
 /** UsageError unless there are simulated sensors for `kind`. */
-void checkKind(int kind);
+QV_API void checkKind(int kind);
 
 }  // namespace QV::session

@@ -15,6 +15,7 @@ VirtualSessionRobot::VirtualSessionRobot(const robot::RobotDescription& descript
                                          const sensor::SensorFactory& sensors,
                                          const robot::UnitFactory& units)
     : kinds(description.kinds),
+      periods{world.stepPeriod, world.sonarPeriod},
       map(std::move(givenMap)),
       robot(description, map, world, nullptr, units),
       navigation(boost::make_shared<sensor::NavigationModule>(robot.getBroker(), sensors)),

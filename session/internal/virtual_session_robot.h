@@ -28,6 +28,7 @@ class VirtualSessionRobot : public SessionRobot {
   Math::Pose2D getPose() const override { return robot.getPose(); }
   void setPose(const Math::Pose2D& newPose) override { robot.setPose(newPose); }
 
+  std::string getSort() const override { return "virtual"; }
   std::string getTitle() const override;
   Frame getFrame() const override { return Frame::robot; }
   ko::Duration getSettlingTime() const override;
@@ -41,10 +42,13 @@ class VirtualSessionRobot : public SessionRobot {
   std::map<std::string, Math::Position2D> getTouches() const override;
   std::vector<Math::Position2D> getPeople() const override { return robot.getPeople(); }
   boost::shared_ptr<QVBroker> getBroker() const override { return robot.getBroker(); }
+  DriverPeriods getDriverPeriods() const override { return periods; }
   robot::VirtualRobot* getVirtualRobot() override { return &robot; }
+  void setListener(robot::InputListener* listener) override { robot.setListener(listener); }
 
  private:
   const Model::SensorKinds kinds;
+  const DriverPeriods periods;
   const boost::shared_ptr<const OccupancyMap> map;
   robot::VirtualRobot robot;
   const boost::shared_ptr<sensor::NavigationModule> navigation;

@@ -69,6 +69,13 @@ void MemoryStore::declare(const std::string& key) {
   entries.try_emplace(key);
 }
 
+std::map<std::string, QVValue> MemoryStore::getAll() const {
+  std::shared_lock<std::shared_mutex> lock(mutex);
+  std::map<std::string, QVValue> all;
+  for (const auto& [key, entry] : entries) all.emplace(key, xRead(entry));
+  return all;
+}
+
 QVValue MemoryStore::xRead(const Entry& entry) {
   if (entry.value.isInt()) return std::atomic_ref(entry.cell.asInt).load(kRelaxed);
   if (entry.value.isFloat()) return std::atomic_ref(entry.cell.asFloat).load(kRelaxed);

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <map>
 #include <shared_mutex>
 #include <string>
 #include <unordered_map>
@@ -38,6 +39,9 @@ class QV_API MemoryStore {
 
   /** Makes a key that is not there, with the invalid value. */
   void declare(const std::string& key);
+
+  /** All keys and what they hold. */
+  std::map<std::string, QVValue> getAll() const;
 
  private:
   union Cell {

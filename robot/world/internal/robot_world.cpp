@@ -7,6 +7,8 @@
 
 #include <boost/make_shared.hpp>
 
+#include "robot/services/memory_service.h"
+#include "robot/services/video_device.h"
 #include "robot/world/internal/option_checks.h"
 #include "robot/world/internal/robot_services.h"
 #include "robot/world/scene/internal/body_size.h"
@@ -89,6 +91,7 @@ void RobotWorld::xMakeUnits(const RobotDescription& description,
                             const boost::shared_ptr<QVBroker>& broker, const UnitFactory& factory) {
   addFaultySensors(description, factory, getFaults());
   RobotServices services(broker, description, context, motion);
+  cameras = services.get().cameras;
   units = std::make_unique<UnitSchedule>(factory.make(model, context, services.get()));
   services.keep();
 }
@@ -132,6 +135,19 @@ void RobotWorld::xStep() {
   // Measured anew, as on a robot whose history of postures reaches a second back.
   motion->setGroundPose(Math::Transform());
   units->measure(now);
+  if (InputListener* const hears = listener) hears->onStep(xGetStep());
+}
+
+void RobotWorld::setListener(InputListener* newListener) {
+  listener = newListener;
+  context.getMemory()->setListener(newListener);
+  cameras->setListener(newListener);
+  if (newListener) newListener->onStep(xGetStep());
+}
+
+BodyStep RobotWorld::xGetStep() const {
+  const State now = getState();
+  return {now.pose, now.odometry, now.velocity};
 }
 
 Math::Pose2D RobotWorld::xMove(ko::Clock::time_point now) {

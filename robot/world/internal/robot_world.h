@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <map>
 #include <memory>
@@ -13,6 +14,7 @@
 
 #include "platform/ko/periodic_task.h"
 #include "platform/middleware/qv_module.h"
+#include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/motion_service.h"
 #include "robot/world/faults/internal/fault_plan.h"
 #include "robot/world/internal/unit_schedule.h"
@@ -60,6 +62,10 @@ class RobotWorld : public QVModule {
   void setPose(const Math::Pose2D& pose);
   void setJointPositions(const std::map<std::string, double>& positions);
 
+  /** Hears what is so now and of all that is measured from then on; must outlive that, or null
+   * takes its place. */
+  void setListener(InputListener* newListener);
+
  private:
   void xBindMethods();
   void xSetOdometryErrors();
@@ -67,11 +73,14 @@ class RobotWorld : public QVModule {
                   const UnitFactory& factory);
   void xStep();
   Math::Pose2D xMove(ko::Clock::time_point now);
+  BodyStep xGetStep() const;
 
   const Model::Robot model;
   const boost::shared_ptr<MotionService> motion;
   const UnitContext context;
   std::unique_ptr<UnitSchedule> units;
+  boost::shared_ptr<VideoDevice> cameras;
+  std::atomic<InputListener*> listener{nullptr};
 
   const BodySize bodySize;
   mutable std::mutex mutex;

@@ -29,6 +29,15 @@ class BagFolder : public BagFile {
     return result;
   }
 
+  BagTimes getTimes() const override {
+    BagTimes times = files.front()->getTimes();
+    for (const auto& file : files) {
+      times.start = std::min(times.start, file->getTimes().start);
+      times.end = std::max(times.end, file->getTimes().end);
+    }
+    return times;
+  }
+
   std::optional<BagMessage> next() override {
     for (; current < files.size(); ++current) {
       auto message = files[current]->next();

@@ -30,6 +30,16 @@ class McapFile : public BagFile {
   const std::vector<BagMetadata>& getMetadata() const override { return metadata; }
   const BagDamage& getDamage() const override { return damage.get(); }
 
+  BagTimes getTimes() const override {
+    BagTimes times;
+    for (const McapBlock& block : contents.blocks) {
+      const bool isFirst = &block == &contents.blocks.front();
+      times.start = isFirst ? block.startTime : std::min(times.start, block.startTime);
+      times.end = std::max(times.end, block.endTime);
+    }
+    return times;
+  }
+
   std::size_t getAttachmentCount() const override { return contents.attachments.size(); }
 
   std::optional<BagAttachment> readAttachment(std::size_t index) override {

@@ -44,6 +44,15 @@ class SqliteFile : public BagFile {
   const std::vector<BagMetadata>& getMetadata() const override { return metadata; }
   const BagDamage& getDamage() const override { return damage.get(); }
 
+  BagTimes getTimes() const override {
+    const Statement row = xPrepare("SELECT MIN(timestamp), MAX(timestamp) FROM messages");
+    if (sqlite3_step(row.get()) != SQLITE_ROW) return {};
+    const auto column = [&](int i) {
+      return static_cast<std::uint64_t>(sqlite3_column_int64(row.get(), i));
+    };
+    return {column(0), column(1)};
+  }
+
   std::optional<BagMessage> next() override {
     while (const int result = xStep()) {
       if (result != SQLITE_ROW) return std::nullopt;

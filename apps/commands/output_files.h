@@ -1,0 +1,46 @@
+#pragma once
+
+#include <memory>
+#include <string>
+#include <vector>
+
+#include <CLI/App.hpp>
+
+#include "outlets/outlet_list.h"
+#include "session/session.h"
+
+namespace QV::ros2 {
+class RunRecorder;
+}
+
+namespace QV::app {
+
+/** What a program ends with whose run is not all in its file. */
+constexpr int kIncomplete = 2;
+
+/** Whether a file of this name holds a recording rather than lines of records. */
+bool isRecordingName(const std::string& path);
+
+/** Where a run is written to: a recording, or records as text. "-" is standard output. */
+class OutputFiles {
+ public:
+  /** Adds the option, which `help` says more about. */
+  CLI::Option* addOption(CLI::App& command, const std::string& names, const std::string& help);
+
+  /** Opens what was asked for, if anything. `wantsAll`: a recording subscribes to all sensors. */
+  void open(session::Session& session, outlets::OutletList& list, bool wantsAll);
+
+  bool isOpen() const { return opened; }
+  bool isAsked() const { return !path.empty(); }
+  /** Where the summary goes: elsewhere than the file. */
+  std::ostream& getSummaryStream() const;
+  /** Says that it was written; false if a recording was not. */
+  bool report(std::ostream& out) const;
+
+ private:
+  std::string path;
+  bool opened = false;
+  std::shared_ptr<ros2::RunRecorder> recorder;
+};
+
+}  // namespace QV::app

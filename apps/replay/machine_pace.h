@@ -1,0 +1,28 @@
+#pragma once
+
+#include <chrono>
+#include <optional>
+
+namespace QV::app {
+
+/** Keeps a run to the machine's clock; without a speed it goes as fast as it can. */
+class MachinePace {
+ public:
+  /** Seconds of the run for one of the machine's. */
+  explicit MachinePace(std::optional<double> speed) : speed(speed) {}
+
+  /** Waits until `seconds` of the run are due, which count from the first call on. */
+  void await(double seconds);
+
+ private:
+  using Clock = std::chrono::steady_clock;
+
+  const std::optional<double> speed;
+  std::optional<double> firstSeconds;
+  Clock::time_point start;
+};
+
+/** UsageError for times or a speed that are none. */
+void checkTimes(double from, std::optional<double> to, std::optional<double> speed);
+
+}  // namespace QV::app

@@ -1,0 +1,39 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "ros2/recording/run_replay.h"
+#include "session/session.h"
+
+namespace QV::app {
+
+/** A recording or a log that is played step by step, whichever it is. */
+class PlayedRun {
+ public:
+  /** What is none: std::runtime_error that names the file. */
+  PlayedRun(const std::string& path, const std::optional<std::string>& poses);
+
+  session::Session& getSession() const;
+
+  /** Subscribes to what was not subscribed to then. False if there is no first step. */
+  bool begin();
+  /** False at the end. */
+  bool step();
+
+  /** Since its start. */
+  double getSeconds() const;
+  double getShareDone() const;
+
+  /** Of the records as they are with those that were recorded; a log has none: UsageError. */
+  std::optional<ros2::RecordDifference> compare() const;
+  /** Says on standard error what could not be read. */
+  void warnOfDamage() const;
+
+ private:
+  std::unique_ptr<ros2::RunReplay> recording;
+  std::unique_ptr<session::Session> log;
+};
+
+}  // namespace QV::app

@@ -1,0 +1,77 @@
+#pragma once
+
+#include <condition_variable>
+#include <exception>
+#include <functional>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "ros2/bag/bag_writer.h"
+
+namespace QV::ros2 {
+
+/**
+ * A BagWriter that packs and writes on a thread of its own, in the order of the calls, so that the
+ * same calls give the same bytes. Who is too far ahead of it waits. What it throws comes out of a
+ * later call, once; from then on nothing is written. Used by one thread at a time. Not copyable.
+ */
+class BackgroundBag {
+ public:
+  /** As BagWriter. */
+  explicit BackgroundBag(const std::string& path, const BagOptions& options = {});
+  ~BackgroundBag();
+  BackgroundBag(const BackgroundBag&) = delete;
+  BackgroundBag& operator=(const BackgroundBag&) = delete;
+
+  std::uint16_t addTopic(const BagTopic& topic);
+  void addMetadata(const std::string& name, const std::map<std::string, std::string>& values);
+  void addAttachment(const BagAttachment& attachment);
+
+  template <typename Message>
+  void write(std::uint16_t topic, std::uint64_t time, const Message& message) {
+    Message::getType().encode(&message, cdr);
+    write(topic, time, BytesView(cdr));
+  }
+  void write(std::uint16_t topic, std::uint64_t time, BytesView data);
+
+  /** Waits until all is in the file, which is whole then and takes no more. */
+  void close();
+
+ private:
+  struct Entry {
+    std::uint16_t topic = 0;
+    std::uint64_t time = 0;
+    std::size_t end = 0;
+  };
+  /** Messages one behind the other, or something else to do. */
+  struct Batch {
+    Bytes bytes;
+    std::vector<Entry> entries;
+    std::function<void(BagWriter&)> other;
+  };
+
+  void xDo(std::function<void(BagWriter&)> call);
+  void xHandOver();
+  void xThrowIfFailed();
+  void xRun();
+  void xWrite(const Batch& batch);
+
+  BagWriter writer;
+  std::uint16_t topicCount = 0;
+  Bytes cdr;
+  Batch filling;
+
+  std::mutex mutex;
+  std::condition_variable changed;
+  std::vector<Batch> waiting;
+  std::vector<Batch> spare;
+  std::size_t underWay = 0;
+  std::exception_ptr failure;
+  bool hasFailed = false;
+  bool isEnding = false;
+  std::thread thread;
+};
+
+}  // namespace QV::ros2

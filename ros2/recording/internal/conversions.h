@@ -1,0 +1,43 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/ko/clock.h"
+#include "platform/math/metrical_data.h"
+#include "platform/math/pose2d.h"
+#include "platform/math/transform.h"
+#include "platform/navigation/occupancy_map.h"
+#include "ros2/messages/geometry_msgs.h"
+#include "ros2/messages/report_msgs.h"
+#include "ros2/messages/scene_msgs.h"
+
+namespace QV::ros2 {
+
+/** Recorded times are a session's and this, as 0 means "unknown" to others. */
+constexpr ko::Duration kTimeOffset{1'000'000'000};
+
+/** Nanoseconds in a recording; 0 for a time before all others. */
+std::uint64_t logTimeOf(ko::Clock::time_point time);
+/** Back from it. */
+ko::Clock::time_point timeOf(std::uint64_t logTime);
+
+builtin_interfaces::Time stampOf(ko::Clock::time_point time);
+ko::Clock::time_point timeOf(const builtin_interfaces::Time& stamp);
+std_msgs::Header headerOf(ko::Clock::time_point time, const std::string& frame);
+
+geometry_msgs::Point pointOf(const Math::Position3D& position);
+geometry_msgs::Pose poseOf(const Math::Pose2D& pose);
+Math::Pose2D poseOf(const geometry_msgs::Pose& pose);
+geometry_msgs::Pose poseOf(const Math::Transform& transform);
+geometry_msgs::Transform transformOf(const geometry_msgs::Pose& pose);
+Math::Transform transformOf(const geometry_msgs::Transform& transform);
+
+nav_msgs::OccupancyGrid gridOf(const OccupancyMap& map);
+/** std::runtime_error for one that is no map. */
+OccupancyMap mapOf(const nav_msgs::OccupancyGrid& grid);
+
+/** All but the points. */
+qv_msgs::MetricalData messageWithoutPoints(const Math::MetricalData& record);
+Math::MetricalData recordOf(const qv_msgs::MetricalData& message);
+
+}  // namespace QV::ros2

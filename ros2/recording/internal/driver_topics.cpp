@@ -1,0 +1,248 @@
+#include "ros2/recording/internal/driver_topics.h"
+
+#include <algorithm>
+#include <cmath>
+#include <exception>
+#include <limits>
+
+#include "platform/math/transform.h"
+#include "platform/middleware/contracts/navigation_contract.h"
+#include "platform/model/sensor_properties.h"
+#include "platform/vision/qv_image.h"
+#include "platform/vision/video_codes.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/sensor_sorts.h"
+
+namespace QV::ros2 {
+namespace {
+
+using Model::SensorConfig;
+using Model::SensorProperties;
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+// What a blind zone's key holds beyond this says that something is there.
+constexpr float kSomething = 0.9f;
+constexpr std::size_t kEventParts = 5;
+
+sensor_msgs::Range rangeOf(const SensorConfig& config, const Math::SensorFieldOfView2D& view,
+                           ko::Clock::time_point time) {
+  sensor_msgs::Range message;
+  message.header = headerOf(time, config.name);
+  message.field_of_view = view.angularRange;
+  message.min_range = view.minRange;
+  message.max_range = view.maxRange;
+  return message;
+}
+
+/** One that knows no distance: both limits are the same, minus infinity stands for "there". */
+sensor_msgs::Range contactOf(const SensorConfig& config, bool isThere, ko::Clock::time_point time) {
+  auto view = SensorProperties(config).getFieldOfView();
+  view.minRange = view.maxRange;
+  auto message = rangeOf(config, view, time);
+  message.radiation_type = 1;
+  message.range = isThere ? -kInfinity : kInfinity;
+  return message;
+}
+
+sensor_msgs::CameraInfo infoOf(const SensorConfig& config, const sensor_msgs::Image& image) {
+  const SensorProperties properties(config);
+  const auto focusOf = [](std::uint32_t pixels, float angle) {
+    return 0.5 * pixels / std::tan(0.5 * static_cast<double>(angle));
+  };
+  const double fx = focusOf(image.width, properties.getAngle("horizontalAngularRange"));
+  const double fy = focusOf(image.height, properties.getAngle("verticalAngularRange"));
+  const double cx = 0.5 * (image.width - 1);
+  const double cy = 0.5 * (image.height - 1);
+  sensor_msgs::CameraInfo info;
+  info.header = image.header;
+  info.height = image.height;
+  info.width = image.width;
+  info.distortion_model = "plumb_bob";
+  info.d = {0.0, 0.0, 0.0, 0.0, 0.0};
+  info.k = {fx, 0.0, cx, 0.0, fy, cy, 0.0, 0.0, 1.0};
+  info.r = {1.0, 0.0, 0.0, 0.0, 1.0, 0.0, 0.0, 0.0, 1.0};
+  info.p = {fx, 0.0, cx, 0.0, 0.0, fy, cy, 0.0, 0.0, 0.0, 1.0, 0.0};
+  return info;
+}
+
+sensor_msgs::Image imageOf(const QVImage& picture, const std::string& frame) {
+  constexpr std::uint32_t kBytesPerPixel = 2;
+  sensor_msgs::Image image;
+  image.header =
+      headerOf(ko::Clock::time_point(boost::chrono::microseconds(picture.getTimestamp())), frame);
+  image.height = static_cast<std::uint32_t>(picture.getHeight());
+  image.width = static_cast<std::uint32_t>(picture.getWidth());
+  image.encoding = "16UC1";
+  image.step = kBytesPerPixel * image.width;
+  image.data.assign(picture.getPixels(), picture.getPixels() + picture.getSize());
+  return image;
+}
+
+vision_msgs::Detection3D detectionOf(const QVValue& person, const std_msgs::Header& header) {
+  constexpr double kWidth = 0.5;
+  constexpr double kHeight = 1.8;
+  const Math::Position3D head =
+      Math::rotationFrom3DRotation(0.0f, person[2].toFloat(), person[3].toFloat()) *
+      Math::Position3D(person[1].toFloat(), 0.0f, 0.0f);
+  vision_msgs::Detection3D detection;
+  detection.header = header;
+  detection.id = std::to_string(person[0].toInt());
+  detection.bbox.center.position = pointOf(head);
+  detection.bbox.size = {kWidth, kWidth, kHeight};
+  detection.results.push_back({{"person", 1.0}, {}});
+  detection.results.front().pose.pose = detection.bbox.center;
+  return detection;
+}
+
+}  // namespace
+
+DriverTopics::DriverTopics(BackgroundBag& writer, const Model::Robot& robot,
+                           const std::string& base)
+    : writer(writer), base(base) {
+  for (const auto& [name, config] : robot.sensorConfigs) {
+    if (sortOf(config) == SensorSort::camera) {
+      xAddCamera(config);
+    } else {
+      xAdd(config);
+    }
+  }
+}
+
+void DriverTopics::xAddCamera(const SensorConfig& config) {
+  cameras.push_back(
+      {&config, config.name + "_optical",
+       writer.addTopic(makeBagTopic("/" + config.name + "/image", sensor_msgs::Image::getType())),
+       writer.addTopic(
+           makeBagTopic("/" + config.name + "/camera_info", sensor_msgs::CameraInfo::getType()))});
+  if (people) return;
+  people = writer.addTopic(makeBagTopic("/people", vision_msgs::Detection3DArray::getType()));
+}
+
+std::optional<std::uint16_t> DriverTopics::xAddTopic(const SensorConfig& config) {
+  const auto add = [&](const char* what, const MessageType& type) {
+    return writer.addTopic(makeBagTopic("/" + config.name + what, type));
+  };
+  switch (sortOf(config)) {
+    case SensorSort::scan:
+      return add("/scan", sensor_msgs::LaserScan::getType());
+    case SensorSort::range:
+      return add("/range", sensor_msgs::Range::getType());
+    case SensorSort::contact:
+      return add("/contact", sensor_msgs::Range::getType());
+    default:
+      return std::nullopt;
+  }
+}
+
+void DriverTopics::xAdd(const SensorConfig& config) {
+  const auto topic = xAddTopic(config);
+  if (!topic) return;
+  for (std::size_t i = 0; i < config.memoryKeys.size(); ++i) {
+    places[config.memoryKeys[i]] = {sensors.size(), i};
+  }
+  if (config.memoryKeys.empty()) touched[config.parentLink] = sensors.size();
+  const std::size_t values = std::max<std::size_t>(config.memoryKeys.size(), 1);
+  sensors.push_back({&config, *topic, std::vector<float>(values, 0.0f)});
+}
+
+// A value of another type is nonsense, which the robot's own reader refuses as well.
+void DriverTopics::note(const std::string& key, const QVValue& value) {
+  const auto place = places.find(key);
+  if (place != places.end() && (value.isFloat() || value.isInt())) {
+    Sensor& sensor = sensors[place->second.sensor];
+    sensor.values[place->second.value] = value.toFloat();
+    sensor.isNew = true;
+  } else if (key == NavigationContract::kTouchChangedEvent) {
+    xNoteTouches(value);
+  } else if (key == NavigationContract::kPeopleDetectedEvent && people) {
+    newPeople = value;
+  }
+}
+
+void DriverTopics::xNoteTouches(const QVValue& event) {
+  try {
+    for (const QVValue& group : event.toArray()) {
+      const auto found = touched.find(group[0].toString());
+      if (found == touched.end()) continue;
+      sensors[found->second].values[0] = group[1].toBool() ? 1.0f : 0.0f;
+      sensors[found->second].isNew = true;
+    }
+  } catch (const std::exception&) {
+    return;
+  }
+}
+
+void DriverTopics::write(ko::Clock::time_point time) {
+  for (Sensor& sensor : sensors) {
+    if (!sensor.isNew) continue;
+    sensor.isNew = false;
+    if (sortOf(*sensor.config) == SensorSort::scan) {
+      xWriteScan(sensor, time);
+    } else {
+      xWriteRange(sensor, time);
+    }
+  }
+  if (newPeople) xWritePeople(*newPeople, time);
+  newPeople.reset();
+}
+
+// Beams stand at equal angles about the sensor's x axis, from right to left.
+void DriverTopics::xWriteScan(const Sensor& sensor, ko::Clock::time_point time) {
+  const auto view = SensorProperties(*sensor.config).getFieldOfView();
+  const std::size_t beams = sensor.values.size() / 2;
+  sensor_msgs::LaserScan scan;
+  scan.header = headerOf(time, sensor.config->name);
+  scan.angle_max = 0.5f * view.angularRange;
+  scan.angle_min = -scan.angle_max;
+  scan.angle_increment = beams > 1 ? view.angularRange / static_cast<float>(beams - 1) : 0.0f;
+  scan.range_min = view.minRange;
+  scan.range_max = view.maxRange;
+  scan.ranges.reserve(beams);
+  for (std::size_t i = 0; i < beams; ++i) {
+    const float range = std::hypot(sensor.values[2 * i], sensor.values[2 * i + 1]);
+    scan.ranges.push_back(range >= view.maxRange ? kInfinity : range);
+  }
+  writer.write(sensor.topic, logTimeOf(time), scan);
+}
+
+void DriverTopics::xWriteRange(const Sensor& sensor, ko::Clock::time_point time) {
+  const SensorConfig& config = *sensor.config;
+  const float value = sensor.values.front();
+  sensor_msgs::Range message;
+  if (sortOf(config) == SensorSort::contact) {
+    message = contactOf(config, value > kSomething, time);
+  } else {
+    message = rangeOf(config, SensorProperties(config).getFieldOfView(), time);
+    message.range = value >= message.max_range ? kInfinity : value;
+  }
+  writer.write(sensor.topic, logTimeOf(time), message);
+}
+
+void DriverTopics::xWritePeople(const QVValue& event, ko::Clock::time_point time) {
+  vision_msgs::Detection3DArray found;
+  try {
+    const QVValue& camera = event[kEventParts - 1];
+    const auto index = static_cast<std::size_t>(camera.toInt() - kDepthCamera);
+    found.header = headerOf(time, index < cameras.size() ? cameras[index].config->name : base);
+    for (const QVValue& person : event[1].toArray()) {
+      found.detections.push_back(detectionOf(person, found.header));
+    }
+  } catch (const std::exception&) {
+    return;
+  }
+  writer.write(*people, logTimeOf(time), found);
+}
+
+void DriverTopics::writeImage(int camera, const QVValue& value, ko::Clock::time_point time) {
+  const auto index = static_cast<std::size_t>(camera - kDepthCamera);
+  const auto picture = QVImage::fromQVValue(value);
+  if (index >= cameras.size() || !picture) return;
+  const Camera& of = cameras[index];
+  const sensor_msgs::Image image = imageOf(*picture, of.frame);
+  writer.write(of.info, logTimeOf(time), infoOf(*of.config, image));
+  writer.write(of.image, logTimeOf(time), image);
+}
+
+}  // namespace QV::ros2

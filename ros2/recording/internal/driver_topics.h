@@ -1,0 +1,65 @@
+#pragma once
+
+#include <map>
+#include <optional>
+#include <string>
+#include <vector>
+
+#include "platform/middleware/qv_value.h"
+#include "platform/model/robot.h"
+#include "ros2/recording/internal/background_bag.h"
+
+namespace QV::ros2 {
+
+/** Writes what drivers measured as the messages that others know. */
+class DriverTopics {
+ public:
+  /** Both must outlive it. `base` is the frame of the robot. */
+  DriverTopics(BackgroundBag& writer, const Model::Robot& robot, const std::string& base);
+
+  /** What a key or an event of a sensor says now; others are left out. */
+  void note(const std::string& key, const QVValue& value);
+  /** What has been noted since, as measured at `time`. */
+  void write(ko::Clock::time_point time);
+  /** What QVImage::fromQVValue reads. */
+  void writeImage(int camera, const QVValue& image, ko::Clock::time_point time);
+
+ private:
+  struct Sensor {
+    const Model::SensorConfig* config;
+    std::uint16_t topic = 0;
+    /** As its keys hold them. */
+    std::vector<float> values;
+    bool isNew = false;
+  };
+  struct Camera {
+    const Model::SensorConfig* config;
+    std::string frame;
+    std::uint16_t image = 0;
+    std::uint16_t info = 0;
+  };
+  struct Place {
+    std::size_t sensor;
+    std::size_t value;
+  };
+
+  void xAdd(const Model::SensorConfig& config);
+  void xAddCamera(const Model::SensorConfig& config);
+  std::optional<std::uint16_t> xAddTopic(const Model::SensorConfig& config);
+  void xWriteScan(const Sensor& sensor, ko::Clock::time_point time);
+  void xWriteRange(const Sensor& sensor, ko::Clock::time_point time);
+  void xNoteTouches(const QVValue& event);
+  void xWritePeople(const QVValue& event, ko::Clock::time_point time);
+
+  BackgroundBag& writer;
+  const std::string base;
+  std::vector<Sensor> sensors;
+  std::map<std::string, Place> places;
+  std::vector<Camera> cameras;
+  /** Of touched links. */
+  std::map<std::string, std::size_t> touched;
+  std::optional<std::uint16_t> people;
+  std::optional<QVValue> newPeople;
+};
+
+}  // namespace QV::ros2

@@ -1,0 +1,79 @@
+#include "ros2/recording/internal/frame_topics.h"
+
+#include <exception>
+
+#include "platform/middleware/contracts/motion_contract.h"
+#include "platform/middleware/qv_motion_proxy.h"
+#include "ros2/messages/geometry_msgs.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/sensor_sorts.h"
+
+namespace QV::ros2 {
+namespace {
+
+constexpr char kMap[] = "map";
+constexpr char kOdometry[] = "odom";
+constexpr Qos kLatched{true, true, 1};
+
+geometry_msgs::TransformStamped stamped(ko::Clock::time_point time, const std::string& parent,
+                                        const std::string& child, const geometry_msgs::Pose& pose) {
+  return {headerOf(time, parent), child, transformOf(pose)};
+}
+
+/** As cameras have it: z ahead, x to the right, y down. */
+geometry_msgs::Pose opticalPose() {
+  return {{}, {-0.5, 0.5, -0.5, 0.5}};
+}
+
+}  // namespace
+
+FrameTopics::FrameTopics(BackgroundBag& writer, const session::Session& session,
+                         const std::string& base)
+    : writer(writer),
+      base(base),
+      tf(writer.addTopic(makeBagTopic("/tf", tf2_msgs::TFMessage::getType()))),
+      tfStatic(
+          writer.addTopic(makeBagTopic("/tf_static", tf2_msgs::TFMessage::getType(), kLatched))),
+      odometry(writer.addTopic(makeBagTopic("/odom", nav_msgs::Odometry::getType()))),
+      clock(writer.addTopic(makeBagTopic("/clock", rosgraph_msgs::Clock::getType()))) {
+  xWriteMountings(session);
+}
+
+void FrameTopics::xWriteMountings(const session::Session& session) {
+  const auto* description = session.getDescription();
+  if (!description || !session.getBroker()) return;
+  const auto now = ko::Clock::now();
+  const QVMotionProxy motion(session.getBroker());
+  tf2_msgs::TFMessage message;
+  for (const auto& [name, config] : description->sensorConfigs) {
+    try {
+      const Math::Transform mounted(motion.getTransform(name, MotionContract::kGroundFrame, true));
+      message.transforms.push_back(stamped(now, base, name, poseOf(mounted)));
+    } catch (const std::exception&) {
+      continue;
+    }
+    if (sortOf(config) != SensorSort::camera) continue;
+    message.transforms.push_back(stamped(now, name, name + "_optical", opticalPose()));
+  }
+  writer.write(tfStatic, logTimeOf(now), message);
+}
+
+void FrameTopics::writeStep(const robot::BodyStep& step, ko::Clock::time_point time) {
+  const Math::Pose2D drift = step.pose * Math::pinv(step.odometry);
+  const tf2_msgs::TFMessage transforms{{stamped(time, kMap, kOdometry, poseOf(drift)),
+                                        stamped(time, kOdometry, base, poseOf(step.odometry))}};
+  writer.write(tf, logTimeOf(time), transforms);
+  nav_msgs::Odometry message;
+  message.header = headerOf(time, kOdometry);
+  message.child_frame_id = base;
+  message.pose.pose = poseOf(step.odometry);
+  message.twist.twist = {{step.velocity.x, step.velocity.y, 0.0}, {0.0, 0.0, step.velocity.theta}};
+  writer.write(odometry, logTimeOf(time), message);
+}
+
+void FrameTopics::writeClock(ko::Clock::time_point time) {
+  writer.write(clock, logTimeOf(time), rosgraph_msgs::Clock{stampOf(time)});
+}
+
+}  // namespace QV::ros2

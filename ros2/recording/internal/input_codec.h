@@ -1,0 +1,39 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <string>
+#include <vector>
+
+#include "platform/middleware/qv_value.h"
+#include "ros2/messages/report_msgs.h"
+
+namespace QV::ros2 {
+
+/** Writes what drivers told into messages; each key's name goes into the first that has it. */
+class InputEncoder {
+ public:
+  void add(qv_msgs::Inputs& inputs, const std::string& key, const QVValue& value, bool raised);
+
+ private:
+  std::map<std::string, std::uint32_t> numbers;
+};
+
+/** One key that was set, or event that was raised. */
+struct InputWrite {
+  std::string key;
+  QVValue value;
+  bool raised = false;
+};
+
+/** Reads them again, in the order of the recording. */
+class InputDecoder {
+ public:
+  /** std::runtime_error for a message that no encoder writes. */
+  std::vector<InputWrite> decode(const qv_msgs::Inputs& inputs);
+
+ private:
+  std::vector<std::string> keys;
+};
+
+}  // namespace QV::ros2

@@ -1,0 +1,215 @@
+#include "ros2/recording/internal/played_drivers.h"
+
+#include <algorithm>
+#include <iterator>
+#include <stdexcept>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "platform/ko/log.h"
+#include "platform/middleware/contracts/navigation_contract.h"
+#include "platform/model/model_utils.h"
+#include "platform/model/sensor_properties.h"
+#include "platform/vision/video_codes.h"
+#include "robot/services/internal/input_listener.h"
+#include "robot/services/internal/robot_model_service.h"
+#include "ros2/recording/internal/sensor_sorts.h"
+
+namespace QV::ros2 {
+namespace {
+
+const std::string& descriptionOf(const RunReader& reader) {
+  if (!reader.getDescription().empty()) return reader.getDescription();
+  throw std::runtime_error("a robot's description expected on /robot_description, there is none");
+}
+
+}  // namespace
+
+PlayedDrivers::PlayedDrivers(std::unique_ptr<RunReader> given)
+    : PlayedRobot(std::move(given)),
+      isLog(getSort() == "log"),
+      model(Model::ModelUtils::robotFromXml(descriptionOf(getReader()))),
+      memory(boost::make_shared<robot::MemoryService>(broker)),
+      devices(boost::make_shared<robot::DeviceManager>(broker)),
+      motion(boost::make_shared<robot::MotionService>(model)),
+      cameras(boost::make_shared<robot::VideoDevice>()) {
+  xSortSensors();
+  xAddModules();
+  xAddCameras();
+  if (isLog) xAddLaserModes();
+  // Sensors can't start before the memory has what they read.
+  xReadOn(ko::Clock::now());
+  xStep();
+  beat.setName("Recording");
+  beat.setPeriod(getDriverPeriods().body);
+  beat.compensateCallbackTime(true);
+  beat.setCallback([this] { xStep(); });
+  if (!isLog) beat.start(false);
+  navigation = boost::make_shared<sensor::NavigationModule>(broker);
+  hosting.emplace(broker, navigation);
+}
+
+// The run is over: what sensors are stopped by does as it is told, and nothing is measured.
+PlayedDrivers::~PlayedDrivers() {
+  beat.stop();
+  other.stop();
+  if (sonars) sonars->setSource({});
+  try {
+    if (!isLog) xAddLaserModes();
+  } catch (const std::exception& error) {
+    ko::log::warning("Recording", "stop") << error.what();
+  }
+}
+
+void PlayedDrivers::xSortSensors() {
+  for (const auto& [name, config] : model.sensorConfigs) {
+    if (sortOf(config) == SensorSort::range) sonarOfKey[config.memoryKeys[0]] = name;
+    const Model::SensorProperties properties(config);
+    if (properties.has("getOperationMode")) modeKeys.insert(properties.getText("getOperationMode"));
+  }
+}
+
+void PlayedDrivers::xAddModules() {
+  broker->registerModule(memory);
+  broker->registerModule(devices);
+  broker->registerModule(motion);
+  broker->registerModule(
+      boost::make_shared<robot::RobotModelService>(getReader().getDescription()));
+  // It measures as soon as it is made, but for nobody before it has a source.
+  if (isLog) return;
+  sonars = boost::make_shared<robot::SonarDriver>(broker, model, getDriverPeriods().sonars);
+  sonars->setSource([this](const std::string& sonar) { return xMeasureSonar(sonar); });
+  broker->registerModule(sonars);
+  broker->registerModule(cameras);
+}
+
+void PlayedDrivers::xAddCameras() {
+  int index = kDepthCamera;
+  for (const Model::SensorConfig* config : camerasOf(model)) {
+    const Model::SensorProperties properties(*config);
+    const std::string name = properties.getText("cameraName");
+    cameras->addCamera(
+        {index++, name.empty() ? config->name : name, properties.getInteger("modelCode"),
+         properties.getAngle("horizontalAngularRange"), properties.getAngle("verticalAngularRange"),
+         [this, sensor = config->name](auto& depth, auto& time) {
+           xShowImage(sensor, depth, time);
+         }});
+  }
+}
+
+// As for the log itself: a laser is on as soon as it is told.
+void PlayedDrivers::xAddLaserModes() {
+  for (const auto& [name, config] : model.sensorConfigs) {
+    const Model::SensorProperties properties(config);
+    const std::string actuator = properties.getText("setOperationMode");
+    if (actuator.empty()) continue;
+    modes[actuator] = std::make_unique<robot::LaserModeActuator>(
+        broker, devices, actuator, properties.getText("getOperationMode"), ko::Duration::zero());
+  }
+}
+
+float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
+  const auto now = ko::Clock::now();
+  auto& told = ranges[sonar];
+  while (!told.empty() && told.front().time < now) told.pop_front();
+  while (told.size() > 1 && told[1].time == now) told.pop_front();
+  if (!told.empty() && told.front().time == now) return told.front().range;
+  throw std::runtime_error("nothing was recorded of it");
+}
+
+void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t>& depth,
+                               ko::Clock::time_point& time) {
+  auto& shown = getReader().images[camera];
+  while (!shown.empty() && shown.front().time < time) shown.pop_front();
+  if (shown.empty() || shown.front().time != time)
+    throw std::runtime_error("nothing was recorded of it");
+  depth = shown.front().depth;
+  time = shown.front().stamp;
+}
+
+// A beat ahead: what is told between two beats is known when its moment comes.
+void PlayedDrivers::xReadOn(ko::Clock::time_point now) {
+  getReader().readInputsTo(now + getDriverPeriods().body);
+  xTakeInputs();
+  xAwaitOther();
+}
+
+void PlayedDrivers::xTakeInputs() {
+  auto& inputs = getReader().inputs;
+  for (; !inputs.empty(); inputs.pop_front()) {
+    RunInputs& told = inputs.front();
+    const auto isSonars = [&](const InputWrite& write) {
+      const auto sonar = sonarOfKey.find(write.key);
+      if (isLog || sonar == sonarOfKey.end()) return false;
+      ranges[sonar->second].push_back({told.time, write.value.toFloat()});
+      return told.time > getReader().getFacts().start;
+    };
+    std::erase_if(told.writes, isSonars);
+    (told.stepped ? steps : others).push_back(std::move(told));
+  }
+}
+
+void PlayedDrivers::xStep() {
+  const auto now = ko::Clock::now();
+  xReadOn(now);
+  for (; !steps.empty() && steps.front().time <= now; steps.pop_front()) xTell(steps.front());
+}
+
+// A log tells between what falls due, and before it is looked at.
+void PlayedDrivers::makeStep() {
+  if (isLog) xStep();
+  PlayedRobot::makeStep();
+}
+
+void PlayedDrivers::xTell(const RunInputs& told) {
+  for (const InputWrite& write : told.writes) xWrite(write);
+  if (!told.stepped) return;
+  motion->setRobotVelocity(told.velocity);
+  if (!isLog) motion->setGroundPose(Math::Transform());
+  if (listener) listener->onStep({getPose(), getPose(), told.velocity});
+}
+
+void PlayedDrivers::xWrite(const InputWrite& write) {
+  if (isLog && modeKeys.count(write.key) > 0) return;
+  // Blind zones raise it themselves, once more.
+  if (write.key == NavigationContract::kMotionDetectedEvent) return memory->declareEvent(write.key);
+  if (write.raised) return memory->raiseEvent(write.key, write.value);
+  if (!write.value.isValid()) return memory->declareEvent(write.key);
+  memory->insertData(write.key, write.value);
+}
+
+void PlayedDrivers::xAwaitOther() {
+  const auto now = ko::Clock::now();
+  for (; !others.empty() && others.front().time <= now; others.pop_front()) xTell(others.front());
+  if (others.empty() || other.isRunning()) return;
+  other.setName("Recording, between");
+  other.setPeriod(others.front().time - now);
+  other.setCallback([this] {
+    other.stop();
+    xAwaitOther();
+  });
+  other.start(false);
+}
+
+std::vector<Math::MetricalData> PlayedDrivers::getRecords() {
+  if (!isLog) return SessionRobot::getRecords();
+  std::vector<Math::MetricalData> records;
+  const auto& manager = navigation->getManager();
+  for (const std::string& name : manager.getSensorList()) {
+    std::ranges::move(manager.getSensorPtr(name)->getData(), std::back_inserter(records));
+  }
+  return records;
+}
+
+void PlayedDrivers::setListener(robot::InputListener* newListener) {
+  listener = newListener;
+  memory->setListener(newListener);
+  cameras->setListener(newListener);
+  if (listener) {
+    const Math::Pose2D velocity = motion->getRobotVelocity();
+    listener->onStep({getPose(), getPose(), velocity});
+  }
+}
+
+}  // namespace QV::ros2

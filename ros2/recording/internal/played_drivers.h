@@ -1,0 +1,85 @@
+#pragma once
+
+#include <map>
+#include <memory>
+#include <optional>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+
+#include "platform/ko/periodic_task.h"
+#include "platform/middleware/scoped_module.h"
+#include "robot/services/internal/device_manager.h"
+#include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/motion_service.h"
+#include "robot/services/internal/sonar_driver.h"
+#include "robot/services/memory_service.h"
+#include "robot/services/video_device.h"
+#include "ros2/recording/internal/played_robot.h"
+
+namespace QV::ros2 {
+
+/**
+ * A robot's services, with what its drivers told then in place of its drivers, and the library's
+ * sensors on them. Everything that measured by a beat does so by the same beat, begun in the same
+ * order: at one moment a sensor reads what it read then.
+ */
+class PlayedDrivers : public PlayedRobot {
+ public:
+  explicit PlayedDrivers(std::unique_ptr<RunReader> reader);
+  ~PlayedDrivers() override;
+
+  sensor::NavigationModule& getNavigation() override { return *navigation; }
+  const Model::Robot* getDescription() const override { return &model; }
+  boost::shared_ptr<QVBroker> getBroker() const override { return broker; }
+  std::vector<Math::MetricalData> getRecords() override;
+  void makeStep() override;
+  void setListener(robot::InputListener* newListener) override;
+
+ private:
+  struct Ranged {
+    ko::Clock::time_point time;
+    float range;
+  };
+
+  void xSortSensors();
+  void xAddModules();
+  void xAddCameras();
+  void xAddLaserModes();
+  float xMeasureSonar(const std::string& sonar);
+  void xShowImage(const std::string& camera, cv::Mat_<std::uint16_t>& depth,
+                  ko::Clock::time_point& time);
+  void xReadOn(ko::Clock::time_point end);
+  void xTakeInputs();
+  /** All that is due now. */
+  void xStep();
+  void xTell(const RunInputs& told);
+  void xWrite(const InputWrite& write);
+  void xAwaitOther();
+
+  const bool isLog;
+  const boost::shared_ptr<QVBroker> broker = QVBroker::create();
+  const Model::Robot model;
+  const boost::shared_ptr<robot::MemoryService> memory;
+  const boost::shared_ptr<robot::DeviceManager> devices;
+  const boost::shared_ptr<robot::MotionService> motion;
+  const boost::shared_ptr<robot::VideoDevice> cameras;
+  /** By the key, the name of the sonar that has it; by the name, what it measures. */
+  std::map<std::string, std::string> sonarOfKey;
+  std::map<std::string, std::deque<Ranged>> ranges;
+  std::set<std::string> modeKeys;
+  std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> modes;
+  boost::shared_ptr<robot::SonarDriver> sonars;
+  /** What is not told by the body's beat waits for its own moment. */
+  std::deque<RunInputs> steps;
+  std::deque<RunInputs> others;
+  ko::PeriodicTask beat;
+  ko::PeriodicTask other;
+  boost::shared_ptr<sensor::NavigationModule> navigation;
+  std::optional<ScopedModule> hosting;
+  robot::InputListener* listener = nullptr;
+};
+
+}  // namespace QV::ros2

@@ -1,0 +1,59 @@
+#pragma once
+
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "ros2/recording/internal/run_reader.h"
+#include "session/internal/session_robot.h"
+
+namespace QV::ros2 {
+
+/**
+ * A robot whose run has been recorded by this library: what was measured and asked then goes into
+ * its modules and its manager once more, at the times of then. It can't be driven: UsageError.
+ */
+class PlayedRobot : public session::SessionRobot {
+ public:
+  explicit PlayedRobot(std::unique_ptr<RunReader> reader);
+
+  std::string getSort() const override { return reader->getFacts().sort; }
+  std::string getTitle() const override { return reader->getFacts().title; }
+  session::Frame getFrame() const override { return reader->getFacts().frame; }
+  boost::shared_ptr<const OccupancyMap> getMap() const override { return reader->getMap(); }
+  Math::Pose2D getPose() const override { return pose; }
+  float getRadius() const override { return reader->getFacts().radius; }
+  session::DriverPeriods getDriverPeriods() const override { return reader->getFacts().periods; }
+
+  void setPose(const Math::Pose2D& newPose) override;
+  void drive(const Math::Pose2D& velocity) override;
+  void follow(const session::PathFollower& path, double seconds) override;
+
+  std::optional<ko::Clock::time_point> getNextStep() const override;
+  void makeStep() override;
+  bool isRecording() const override { return true; }
+  bool isAmidSteps() const override { return !isAtLook; }
+  double getShareDone() const override;
+
+  /** What was recorded of the look that the last step made; nothing if it made none. */
+  const std::vector<Math::MetricalData>* getRecorded() const;
+  const BagDamage& getDamage() const { return reader->getBag().getDamage(); }
+  BagTimes getTimes() const { return reader->getBag().getTimes(); }
+
+ protected:
+  RunReader& getReader() const { return *reader; }
+  virtual void xMoveTo(const Math::Pose2D& newPose) { pose = newPose; }
+
+ private:
+  void xExecute(const qv_msgs::Command& command);
+
+  const std::unique_ptr<RunReader> reader;
+  Math::Pose2D pose;
+  std::vector<Math::MetricalData> recorded;
+  bool isAtLook = false;
+};
+
+/** Made at facts.start, in simulated time. What is wrong with the recording: std::runtime_error. */
+std::unique_ptr<PlayedRobot> makePlayedRobot(std::unique_ptr<RunReader> reader);
+
+}  // namespace QV::ros2

@@ -1,0 +1,184 @@
+#include "ros2/recording/internal/record_topics.h"
+
+#include <algorithm>
+#include <cmath>
+#include <utility>
+
+#include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/topic_names.h"
+
+namespace QV::ros2 {
+namespace {
+
+constexpr char kMap[] = "map";
+constexpr Qos kLatched{true, true, 1};
+constexpr int kArcPoints = 15;
+constexpr std::uint8_t kFloat32 = 7;
+constexpr std::int32_t kLineStrip = 4;
+
+sensor_msgs::PointCloud2 emptyCloud() {
+  static_assert(sizeof(Math::Position3D) == 3 * sizeof(float));
+  sensor_msgs::PointCloud2 cloud;
+  cloud.height = 1;
+  cloud.fields = {{"x", 0, kFloat32, 1}, {"y", 4, kFloat32, 1}, {"z", 8, kFloat32, 1}};
+  cloud.point_step = sizeof(Math::Position3D);
+  cloud.is_dense = true;
+  return cloud;
+}
+
+void append(sensor_msgs::PointCloud2& cloud, const std::vector<Math::Position3D>& points) {
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(points.data());
+  cloud.data.insert(cloud.data.end(), bytes, bytes + points.size() * sizeof(Math::Position3D));
+  cloud.width += static_cast<std::uint32_t>(points.size());
+  cloud.row_step = cloud.point_step * cloud.width;
+}
+
+void clear(sensor_msgs::PointCloud2& cloud, ko::Clock::time_point time, const std::string& frame) {
+  cloud.header = headerOf(time, frame);
+  cloud.width = cloud.row_step = 0;
+  cloud.data.clear();
+}
+
+std::vector<Math::Position3D> pointsOf(const session::Marks& marks) {
+  std::vector<Math::Position3D> points = marks.hits;
+  points.insert(points.end(), marks.floor.begin(), marks.floor.end());
+  for (const auto& echo : marks.echoes) {
+    const auto arc = positionsOn(echo, kArcPoints);
+    points.insert(points.end(), arc.begin(), arc.end());
+  }
+  return points;
+}
+
+/** Around the sensor's x axis: from the apex along the arc and back. */
+std::vector<geometry_msgs::Point> outlineOf(const Math::SensorFieldOfView2D& view) {
+  std::vector<geometry_msgs::Point> outline{{}};
+  for (int i = 0; i <= kArcPoints; ++i) {
+    const double angle = view.angularRange * (static_cast<double>(i) / kArcPoints - 0.5);
+    outline.push_back({view.maxRange * std::cos(angle), view.maxRange * std::sin(angle), 0.0});
+  }
+  outline.push_back({});
+  return outline;
+}
+
+visualization_msgs::Marker markerOf(const session::SensorState& sensor,
+                                    const session::Snapshot& snapshot, const std::string& base) {
+  constexpr double kWidth = 0.01;
+  const auto& record = sensor.records.front();
+  visualization_msgs::Marker marker;
+  marker.header = headerOf(snapshot.time, base);
+  marker.ns = sensor.name;
+  marker.type = kLineStrip;
+  // Simulated fans look along the robot's heading, real ones from where they are mounted.
+  marker.pose = snapshot.frame == session::Frame::robot
+                    ? poseOf(record.sensorTransform)
+                    : poseOf(Math::pinv(snapshot.pose) * sensor.view->apex);
+  marker.scale.x = kWidth;
+  marker.color = {0.2f, 0.6f, 1.0f, 0.6f};
+  marker.frame_locked = true;
+  marker.points = outlineOf(record.fieldOfView);
+  return marker;
+}
+
+}  // namespace
+
+RecordTopics::RecordTopics(BackgroundBag& writer, const std::string& base,
+                           std::set<std::string> mounted)
+    : writer(writer),
+      base(base),
+      mounted(std::move(mounted)),
+      records(writer.addTopic(makeBagTopic(kRecordsTopic, qv_msgs::Records::getType()))),
+      states(
+          writer.addTopic(makeBagTopic("/qv/sensors", qv_msgs::SensorStates::getType(), kLatched))),
+      views(writer.addTopic(
+          makeBagTopic("/fields_of_view", visualization_msgs::MarkerArray::getType(), kLatched))),
+      cloud(emptyCloud()) {}
+
+void RecordTopics::write(const session::Snapshot& snapshot) {
+  message.records.clear();
+  for (const session::SensorState& sensor : snapshot.sensors) {
+    if (sensor.records.empty()) continue;
+    xAddRecords(sensor);
+    if (xHasOwnCloud(sensor)) {
+      xWriteRawPoints(sensor, snapshot.time);
+    } else {
+      xWritePlacedPoints(sensor, snapshot.time);
+    }
+    xNoteView(sensor, snapshot);
+  }
+  writer.write(records, logTimeOf(snapshot.time), message);
+  if (hasNewViews) writer.write(views, logTimeOf(snapshot.time), markers);
+  hasNewViews = false;
+  xWriteStates(snapshot);
+}
+
+// What others report may be no obstacle, and stays out of their clouds.
+bool RecordTopics::xHasOwnCloud(const session::SensorState& sensor) const {
+  return sensor.points == Model::PointMeaning::sighting && mounted.count(sensor.name) > 0;
+}
+
+std::uint16_t RecordTopics::xTopicOf(const std::string& name) {
+  const auto found = clouds.find(name);
+  if (found != clouds.end()) return found->second;
+  const auto topic =
+      writer.addTopic(makeBagTopic(cloudTopicOf(name), sensor_msgs::PointCloud2::getType()));
+  return clouds.emplace(name, topic).first->second;
+}
+
+void RecordTopics::xAddRecords(const session::SensorState& sensor) {
+  const bool hasOwnCloud = xHasOwnCloud(sensor);
+  std::uint32_t start = 0;
+  for (const auto& record : sensor.records) {
+    auto& added = message.records.emplace_back(messageWithoutPoints(record));
+    const auto count = static_cast<std::uint32_t>(record.points.size());
+    if (hasOwnCloud) {
+      added.cloud = cloudTopicOf(sensor.name);
+      added.cloud_start = start;
+      added.cloud_count = count;
+      start += count;
+    } else {
+      added.points.reserve(count);
+      for (const auto& point : record.points) added.points.push_back({point.x, point.y, point.z});
+    }
+  }
+}
+
+void RecordTopics::xWriteRawPoints(const session::SensorState& sensor, ko::Clock::time_point time) {
+  clear(cloud, sensor.records.front().timestamp, sensor.name);
+  for (const auto& record : sensor.records) append(cloud, record.points);
+  writer.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
+}
+
+void RecordTopics::xWritePlacedPoints(const session::SensorState& sensor,
+                                      ko::Clock::time_point time) {
+  clear(cloud, time, kMap);
+  append(cloud, pointsOf(sensor.marks));
+  writer.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
+}
+
+void RecordTopics::xNoteView(const session::SensorState& sensor,
+                             const session::Snapshot& snapshot) {
+  if (!sensor.view) return;
+  const auto& view = sensor.view->fieldOfView;
+  const auto [seen, isNew] = seenViews.emplace(sensor.name, view);
+  if (!isNew && seen->second == view) return;
+  seen->second = view;
+  hasNewViews = true;
+  std::erase_if(markers.markers, [&](const auto& marker) { return marker.ns == sensor.name; });
+  markers.markers.push_back(markerOf(sensor, snapshot, base));
+}
+
+void RecordTopics::xWriteStates(const session::Snapshot& snapshot) {
+  qv_msgs::SensorStates now;
+  for (const auto& sensor : snapshot.sensors) {
+    now.sensors.push_back({sensor.name,
+                           sensor.started,
+                           sensor.enabled,
+                           sensor.diagnosis,
+                           {sensor.subscribers.begin(), sensor.subscribers.end()}});
+  }
+  if (now == lastStates) return;
+  lastStates = now;
+  writer.write(states, logTimeOf(snapshot.time), now);
+}
+
+}  // namespace QV::ros2

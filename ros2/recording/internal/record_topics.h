@@ -1,0 +1,48 @@
+#pragma once
+
+#include <map>
+#include <set>
+#include <string>
+
+#include "ros2/messages/report_msgs.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/internal/background_bag.h"
+#include "session/snapshot.h"
+
+namespace QV::ros2 {
+
+/** Writes what a snapshot shows: the records, without loss and as points, and who wants them. */
+class RecordTopics {
+ public:
+  /** `base` is the frame of the robot; `mounted` are the sensors that have frames of their own. */
+  RecordTopics(BackgroundBag& writer, const std::string& base, std::set<std::string> mounted);
+
+  void write(const session::Snapshot& snapshot);
+
+ private:
+  /** Whether a sensor's points go into a cloud as they are, and not into its records. */
+  bool xHasOwnCloud(const session::SensorState& sensor) const;
+  std::uint16_t xTopicOf(const std::string& name);
+  void xAddRecords(const session::SensorState& sensor);
+  void xWriteRawPoints(const session::SensorState& sensor, ko::Clock::time_point time);
+  void xWritePlacedPoints(const session::SensorState& sensor, ko::Clock::time_point time);
+  void xNoteView(const session::SensorState& sensor, const session::Snapshot& snapshot);
+  void xWriteStates(const session::Snapshot& snapshot);
+
+  BackgroundBag& writer;
+  const std::string base;
+  const std::set<std::string> mounted;
+  const std::uint16_t records;
+  const std::uint16_t states;
+  const std::uint16_t views;
+  qv_msgs::Records message;
+  sensor_msgs::PointCloud2 cloud;
+  std::map<std::string, std::uint16_t> clouds;
+  std::map<std::string, Math::SensorFieldOfView2D> seenViews;
+  visualization_msgs::MarkerArray markers;
+  bool hasNewViews = false;
+  qv_msgs::SensorStates lastStates;
+};
+
+}  // namespace QV::ros2

@@ -1,0 +1,41 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "platform/ko/clock.h"
+#include "ros2/bag/bag_writer.h"
+#include "session/internal/session_robot.h"
+#include "session/session.h"
+
+namespace QV::ros2 {
+
+/** What a recording says of the robot, in a metadata record of this name. */
+struct RecordingFacts {
+  static constexpr char kName[] = "qv";
+
+  /** "virtual", "log", or "simulated" and the number of the kind. */
+  std::string sort;
+  std::string title;
+  session::Frame frame = session::Frame::robot;
+  /** When the recording began. */
+  ko::Clock::time_point start;
+  float radius = 0.0f;
+  session::DriverPeriods periods;
+
+  std::map<std::string, std::string> toValues() const;
+  /** What is missing or nonsense: std::runtime_error that says what was expected. */
+  static RecordingFacts fromValues(const std::map<std::string, std::string>& values);
+};
+
+/** Of a session, as of now. */
+RecordingFacts factsOf(session::Session& session);
+
+/** The name of an attachment with a map's cells as floats, where the map's message rounds them. */
+constexpr char kExactMap[] = "map.f32";
+
+BagAttachment exactMapOf(const OccupancyMap& map);
+/** std::runtime_error for bytes that are no map. */
+OccupancyMap mapOf(const BagAttachment& attachment);
+
+}  // namespace QV::ros2

@@ -1,0 +1,157 @@
+#include "ros2/recording/internal/run_reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <stdexcept>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/topic_names.h"
+
+namespace QV::ros2 {
+namespace {
+
+using Point = Math::Position3D;
+
+// More between two events than any robot tells.
+constexpr std::size_t kMostWaiting = 200'000;
+
+RecordingFacts readFacts(const BagReader& bag) {
+  for (const BagMetadata& metadata : bag.getMetadata()) {
+    if (metadata.name == RecordingFacts::kName) return RecordingFacts::fromValues(metadata.values);
+  }
+  throw std::runtime_error("a recording of this library expected, the metadata \"qv\" is missing");
+}
+
+template <typename Message>
+bool isOf(const BagMessage& message) {
+  return message.topic->encoding == "cdr" && message.topic->type == Message::getType().getName();
+}
+
+template <typename Message>
+bool isOf(const BagMessage& message, const char* topic) {
+  return message.topic->name == topic && isOf<Message>(message);
+}
+
+}  // namespace
+
+RunReader::RunReader(const std::string& path)
+    : path(path), bag(path, BagOrder::file), facts(readFacts(bag)), lastInput(facts.start) {
+  while (inputs.empty() && events.empty() && xRead()) {
+  }
+  for (std::size_t i = 0; i < bag.getAttachmentCount(); ++i) {
+    const auto attachment = bag.readAttachment(i);
+    if (attachment && attachment->name == kExactMap)
+      map = boost::make_shared<OccupancyMap>(mapOf(*attachment));
+  }
+}
+
+void RunReader::readInputsTo(ko::Clock::time_point time) {
+  while (lastInput <= time && xRead()) {
+  }
+}
+
+bool RunReader::readEvent() {
+  while (events.empty() && xRead()) {
+  }
+  return !events.empty();
+}
+
+bool RunReader::xRead() {
+  const auto message = bag.next();
+  if (!message) return false;
+  try {
+    xTake(*message);
+  } catch (const std::exception& error) {
+    throw std::runtime_error(path + ": " + message->topic->name + " at " +
+                             std::to_string(message->logTime) + " ns: " + error.what());
+  }
+  if (inputs.size() > kMostWaiting || events.size() > kMostWaiting)
+    throw std::runtime_error(path + ": records expected after " + std::to_string(kMostWaiting) +
+                             " other messages, none given");
+  return true;
+}
+
+void RunReader::xTake(const BagMessage& message) {
+  const auto time = timeOf(message.logTime);
+  if (isOf<qv_msgs::Inputs>(message, kInputsTopic)) return xTakeInputs(message);
+  if (isOf<qv_msgs::Records>(message, kRecordsTopic)) return xTakeRecords(message);
+  if (isOf<tf2_msgs::TFMessage>(message, "/tf")) return xTakeTransforms(message);
+  if (isOf<sensor_msgs::Image>(message)) return xTakeImage(message);
+  if (isOf<nav_msgs::OccupancyGrid>(message, kMapTopic)) return xTakeMap(message);
+  if (isOf<sensor_msgs::PointCloud2>(message)) {
+    clouds[message.topic->name] = fromCdr<sensor_msgs::PointCloud2>(message.data);
+  }
+  if (isOf<qv_msgs::Command>(message, kCommandsTopic)) {
+    events.push_back({RunEvent::Sort::command, time, fromCdr<qv_msgs::Command>(message.data)});
+  }
+  if (isOf<std_msgs::String>(message, kDescriptionTopic)) {
+    description = fromCdr<std_msgs::String>(message.data).data;
+  }
+}
+
+void RunReader::xTakeInputs(const BagMessage& message) {
+  const auto told = fromCdr<qv_msgs::Inputs>(message.data);
+  const auto& [forward, leftward, turn] = told.velocity;
+  lastInput = timeOf(message.logTime);
+  inputs.push_back({lastInput, told.stepped, {forward, leftward, turn}, decoder.decode(told)});
+}
+
+// The robot in the map: by way of its odometry.
+void RunReader::xTakeTransforms(const BagMessage& message) {
+  Math::Pose2D pose;
+  for (const auto& transform : fromCdr<tf2_msgs::TFMessage>(message.data).transforms) {
+    const auto& [translation, rotation] = transform.transform;
+    pose =
+        pose * poseOf(geometry_msgs::Pose{{translation.x, translation.y, translation.z}, rotation});
+  }
+  RunEvent event{RunEvent::Sort::pose, timeOf(message.logTime)};
+  event.pose = pose;
+  events.push_back(std::move(event));
+}
+
+void RunReader::xTakeImage(const BagMessage& message) {
+  const auto image = fromCdr<sensor_msgs::Image>(message.data);
+  const auto height = static_cast<int>(image.height);
+  const auto width = static_cast<int>(image.width);
+  const bool isDepth = image.encoding == "16UC1" && image.width > 0 && image.height > 0 &&
+                       image.width < 65'536 && image.height < 65'536 &&
+                       image.data.size() == std::size_t{2} * image.width * image.height;
+  if (!isDepth) throw std::runtime_error("a 16UC1 image of its size expected");
+  RunImage taken{timeOf(message.logTime), timeOf(image.header.stamp),
+                 cv::Mat_<std::uint16_t>(height, width)};
+  std::memcpy(taken.depth.data, image.data.data(), image.data.size());
+  const std::string& topic = message.topic->name;
+  auto& queue = images[topic.substr(1, topic.rfind('/') - 1)];
+  queue.push_back(std::move(taken));
+  if (queue.size() > 1000) queue.pop_front();
+}
+
+void RunReader::xTakeRecords(const BagMessage& message) {
+  RunEvent event{RunEvent::Sort::look, timeOf(message.logTime)};
+  for (const auto& told : fromCdr<qv_msgs::Records>(message.data).records) {
+    event.records.push_back(recordOf(told));
+    if (!told.cloud.empty()) xAddPoints(told, event.records.back());
+  }
+  events.push_back(std::move(event));
+}
+
+void RunReader::xAddPoints(const qv_msgs::MetricalData& message, Math::MetricalData& record) const {
+  const auto cloud = clouds.find(message.cloud);
+  const std::size_t begin = std::size_t{message.cloud_start} * sizeof(Point);
+  const std::size_t bytes = std::size_t{message.cloud_count} * sizeof(Point);
+  if (cloud == clouds.end() || cloud->second.data.size() < begin + bytes)
+    throw std::runtime_error("the points of " + message.sensor_name + " expected on " +
+                             message.cloud + ", there are none");
+  record.points.resize(message.cloud_count);
+  if (bytes > 0) std::memcpy(record.points.data(), cloud->second.data.data() + begin, bytes);
+}
+
+void RunReader::xTakeMap(const BagMessage& message) {
+  if (map) return;
+  map = boost::make_shared<OccupancyMap>(mapOf(fromCdr<nav_msgs::OccupancyGrid>(message.data)));
+}
+
+}  // namespace QV::ros2

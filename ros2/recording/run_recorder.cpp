@@ -1,0 +1,240 @@
+#include "ros2/recording/run_recorder.h"
+
+#include <mutex>
+#include <optional>
+
+#include "platform/ko/log.h"
+#include "platform/middleware/contracts/robot_model_contract.h"
+#include "platform/middleware/qv_proxy.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/recording/internal/background_bag.h"
+#include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/driver_topics.h"
+#include "ros2/recording/internal/frame_topics.h"
+#include "ros2/recording/internal/input_codec.h"
+#include "ros2/recording/internal/record_topics.h"
+#include "ros2/recording/internal/recording_facts.h"
+#include "ros2/recording/internal/topic_names.h"
+#include "session/internal/log_ring.h"
+#include "session/internal/run_listener.h"
+#include "session/internal/session_parts.h"
+
+namespace QV::ros2 {
+namespace {
+
+using Lock = std::lock_guard<std::mutex>;
+
+constexpr Qos kLatched{true, true, 1};
+
+std::string baseOf(const session::Session& session) {
+  const auto* description = session.getDescription();
+  return description ? description->rootLink : "base";
+}
+
+std::set<std::string> mountedOf(const session::Session& session) {
+  std::set<std::string> names;
+  if (const auto* description = session.getDescription()) {
+    for (const auto& [name, config] : description->sensorConfigs) names.insert(name);
+  }
+  return names;
+}
+
+std::uint8_t severityOf(ko::log::Level level) {
+  constexpr std::uint8_t kSeverities[] = {10, 50, 40, 30, 20, 10};
+  return kSeverities[static_cast<std::size_t>(level)];
+}
+
+rcl_interfaces::Log messageOf(const ko::log::Record& line) {
+  rcl_interfaces::Log message;
+  message.stamp = stampOf(line.timestamp);
+  message.level = severityOf(line.level);
+  message.name = line.category;
+  message.msg = line.message;
+  message.function = line.method;
+  return message;
+}
+
+}  // namespace
+
+class RunRecorder::Impl : public session::RunListener {
+ public:
+  Impl(const std::string& path, session::Session& session, const RecorderOptions& options)
+      : options(options),
+        path(path),
+        session(session),
+        base(baseOf(session)),
+        writer(path, options.bag),
+        inputs(writer.addTopic(makeBagTopic(kInputsTopic, qv_msgs::Inputs::getType()))),
+        commands(writer.addTopic(makeBagTopic(kCommandsTopic, qv_msgs::Command::getType()))),
+        lines(writer.addTopic(makeBagTopic("/rosout", rcl_interfaces::Log::getType()))),
+        frames(writer, session, base),
+        records(writer, base, mountedOf(session)) {
+    xWriteFacts();
+    // What a virtual robot's memory holds before it has measured is no measurement.
+    const bool hasMeasured = robotOf(session).isRecording();
+    if (hasMeasured) xAddDrivers();
+    session.setListener(this);
+    if (!hasMeasured) xAddDrivers();
+  }
+
+  void onWrite(const std::string& key, const QVValue& value, bool raised) override {
+    xAttempt([&](ko::Clock::time_point now) {
+      if (now != pendingTime) xFlush(false);
+      pendingTime = now;
+      encoder.add(pending, key, value, raised);
+      if (drivers) drivers->note(key, value);
+    });
+  }
+
+  void onImage(int camera, const QVValue& image) override {
+    xAttempt([&](ko::Clock::time_point now) {
+      xFlush(false);
+      if (drivers) drivers->writeImage(camera, image, now);
+    });
+  }
+
+  void onStep(const robot::BodyStep& step) override {
+    xAttempt([&](ko::Clock::time_point now) {
+      if (now != pendingTime) xFlush(false);
+      pendingTime = now;
+      pending.velocity = {step.velocity.x, step.velocity.y, step.velocity.theta};
+      xFlush(true);
+      frames.writeStep(step, now);
+    });
+  }
+
+  void onCommand(const session::RunCommand& command) override {
+    xAttempt([&](ko::Clock::time_point now) {
+      xFlush(false);
+      const qv_msgs::Command message{command.name,
+                                     command.subscriber,
+                                     {command.sensors.begin(), command.sensors.end()},
+                                     command.on,
+                                     command.values};
+      writer.write(commands, logTimeOf(now), message);
+    });
+  }
+
+  void show(const session::Snapshot& snapshot) {
+    xAttempt([&](ko::Clock::time_point) {
+      xFlush(false);
+      for (const auto& line : log.takeNew())
+        writer.write(lines, logTimeOf(snapshot.time), messageOf(line));
+      frames.writeClock(snapshot.time);
+      if (!drivers)
+        frames.writeStep({snapshot.pose, snapshot.pose, snapshot.velocity}, snapshot.time);
+      records.write(snapshot);
+    });
+  }
+
+  void finish() {
+    if (isFinished) return;
+    isFinished = true;
+    session.setListener(nullptr);
+    xAttempt([&](ko::Clock::time_point) {
+      xFlush(false);
+      writer.close();
+    });
+  }
+
+  const RecorderOptions options;
+  const std::string path;
+  session::Session& session;
+  std::atomic<bool> hasFailed{false};
+
+ private:
+  template <typename Write>
+  void xAttempt(const Write& write) {
+    std::string error;
+    {
+      const Lock lock(mutex);
+      if (hasFailed) return;
+      try {
+        return write(ko::Clock::now());
+      } catch (const std::exception& exception) {
+        hasFailed = true;
+        error = exception.what();
+      }
+    }
+    ko::log::error("Recording", "write") << error << "; the recording ends here, the run goes on";
+  }
+
+  // What has been set at a time that is over now, or what the body's step ends.
+  void xFlush(bool stepped) {
+    if (!stepped && pending.keys.empty()) return;
+    pending.stepped = stepped;
+    writer.write(inputs, logTimeOf(pendingTime), pending);
+    if (drivers) drivers->write(pendingTime);
+    pending = {};
+  }
+
+  void xAddDrivers() {
+    if (const auto* robot = session.getDescription()) drivers.emplace(writer, *robot, base);
+  }
+
+  void xWriteFacts() {
+    writer.addMetadata(RecordingFacts::kName, factsOf(session).toValues());
+    const auto now = logTimeOf(ko::Clock::now());
+    if (session.getDescription() && session.getBroker()) {
+      const auto robot =
+          writer.addTopic(makeBagTopic(kDescriptionTopic, std_msgs::String::getType(), kLatched));
+      const auto model = session.getBroker()->getProxy(RobotModelContract::kModule, 0);
+      writer.write(robot, now,
+                   std_msgs::String{model->call<std::string>(RobotModelContract::kGetConfig)});
+    }
+    if (const auto map = session.getMap()) xWriteMap(*map, now);
+  }
+
+  void xWriteMap(const OccupancyMap& map, std::uint64_t now) {
+    const auto topic =
+        writer.addTopic(makeBagTopic(kMapTopic, nav_msgs::OccupancyGrid::getType(), kLatched));
+    const nav_msgs::OccupancyGrid grid = gridOf(map);
+    writer.write(topic, now, grid);
+    if (session.getFrame() != session::Frame::map) return;
+    const OccupancyMap read = mapOf(grid);
+    if (read.getCells() == map.getCells() && read.getOrigin() == map.getOrigin()) return;
+    writer.addAttachment(exactMapOf(map));
+  }
+
+  const std::string base;
+  std::mutex mutex;
+  BackgroundBag writer;
+  const std::uint16_t inputs;
+  const std::uint16_t commands;
+  const std::uint16_t lines;
+  FrameTopics frames;
+  RecordTopics records;
+  std::optional<DriverTopics> drivers;
+  session::LogRing log;
+  InputEncoder encoder;
+  qv_msgs::Inputs pending;
+  ko::Clock::time_point pendingTime;
+  bool isFinished = false;
+};
+
+RunRecorder::RunRecorder(const std::string& path, session::Session& session,
+                         const RecorderOptions& options)
+    : impl(std::make_unique<Impl>(path, session, options)) {}
+
+RunRecorder::~RunRecorder() {
+  impl->finish();
+}
+
+session::Demand RunRecorder::getDemand() const {
+  if (!impl->options.wantsAll || impl->hasFailed) return {};
+  return {{RecorderOptions::kSubscriber, impl->session.getManager().getSensorList()}};
+}
+
+void RunRecorder::show(const session::Snapshot& snapshot) {
+  impl->show(snapshot);
+}
+
+void RunRecorder::finish() {
+  impl->finish();
+}
+
+bool RunRecorder::hasFailed() const {
+  return impl->hasFailed;
+}
+
+}  // namespace QV::ros2

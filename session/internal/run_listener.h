@@ -1,0 +1,28 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "robot/services/internal/input_listener.h"
+
+namespace QV::session {
+
+/** What somebody asked of a session: a name, and what it needs of the rest. */
+struct RunCommand {
+  /** "subscribe", "enable", "drive", ... */
+  std::string name;
+  std::string subscriber = {};
+  std::set<std::string> sensors = {};
+  bool on = false;
+  std::vector<double> values = {};
+};
+
+/** Hears all that goes into a session: what drivers measure, and what is asked of it. */
+class RunListener : public robot::InputListener {
+ public:
+  /** Before it is done, which may take its time. On any thread. */
+  virtual void onCommand(const RunCommand& command) = 0;
+};
+
+}  // namespace QV::session
