@@ -12,14 +12,18 @@
 #include "session/usage_error.h"
 
 namespace QV::app {
+
+// A new command is a file, and its name here.
+AddCommand addListCommand, addReadCommand, addPlotCommand, addDriveCommand, addCheckCommand,
+    addWatchCommand, addServeCommand, addReplayCommand, addInfoCommand, addRecoverCommand;
+
 namespace {
 
-constexpr int kFailure = 2;
-
-// A new command is a file and a row here.
 constexpr AddCommand* kCommands[] = {
     addListCommand,  addReadCommand,  addPlotCommand,   addDriveCommand, addCheckCommand,
     addWatchCommand, addServeCommand, addReplayCommand, addInfoCommand,  addRecoverCommand};
+
+constexpr int kFailure = 2;
 
 int fail(const std::string& message) {
   // It may quote a file: nothing in it may act on a terminal.

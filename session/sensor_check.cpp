@@ -84,7 +84,7 @@ void judge(const Observation& seen, const SensorNature& nature, const std::strin
   }
   if (seen.isStuck) return fail(Verdict::stale, "its points stay the same when the robot turns");
   if (!trouble.empty()) return fail(Verdict::badData, trouble);
-  if (nature.hasStatus() && seen.points == 0) {
+  if (nature.looksDown() && seen.points == 0) {
     return fail(Verdict::badData, "its status never vouches for its points");
   }
   checked.why = nature.mayBeSilent() ? describeTouch(seen) : seen.points == 0 ? "sees nothing" : "";

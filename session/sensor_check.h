@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/api.h"
+#include "platform/middleware/qv_broker.h"
 #include "platform/model/description_faults.h"
 #include "platform/model/sensor_kinds.h"
 #include "sensor/core/sensor_manager.h"
@@ -58,5 +59,10 @@ QV_API std::vector<CheckedSensor> checkSensors(Session& session, const CheckOpti
  * that nobody has written so far. None without a description.
  */
 QV_API std::vector<Model::DescriptionFault> findDescriptionFaults(Session& session);
+
+/** Likewise, of any robot whose drivers have had the time to write. No memory: QVError. */
+QV_API std::vector<Model::DescriptionFault> findDescriptionFaults(
+    const boost::shared_ptr<QVBroker>& broker, const Model::Robot& robot,
+    const Model::SensorKinds& kinds = Model::SensorKinds::standard());
 
 }  // namespace QV::session

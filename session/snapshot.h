@@ -33,7 +33,7 @@ struct QV_API Marks {
   std::vector<Math::Position3D> hits = {};
   /** Where beams that met nothing end. */
   std::vector<Math::Position3D> misses = {};
-  /** What a camera sees of the floor: no obstacle. */
+  /** What is seen of the floor: no obstacle. */
   std::vector<Math::Position3D> floor = {};
   std::vector<EchoMark> echoes = {};
   /** From the sensor to the nearest hit or echo; a touch has no range. */

@@ -10,6 +10,7 @@
 #include "outlets/files/internal/record_output.h"
 #include "outlets/files/internal/table.h"
 #include "outlets/internal/json_values.h"
+#include "robot/world/robot_description.h"
 #include "session/sensor_check.h"
 #include "session/usage_error.h"
 
@@ -24,7 +25,9 @@ constexpr char kCheckFooter[] =
     "that it can't have measured, and shows something else once the robot has turned on the spot.\n"
     "A check can't see ranges that are wrong but believable, or late without saying so; what a\n"
     "blind zone says; a bumper that nothing presses; a people detector that is blind.\n"
-    "Status: 0 if every sensor works, 1 if one fails.";
+    "Slips in the description are named, and don't change the status: 0 if every sensor works, 1 "
+    "if\n"
+    "one fails.";
 
 std::set<std::string> sensorsFor(const CommonOptions& options,
                                  const sensor::SensorManager& manager) {
@@ -54,6 +57,12 @@ CheckedSensors checkAll(session::Session& session, const CommonOptions& options)
 
 using DescriptionFaults = std::vector<Model::DescriptionFault>;
 
+void printFaults(std::ostream& out, const DescriptionFaults& faults) {
+  for (const auto& fault : faults) {
+    out << "In the description: " << ko::log::onOneLine(fault.toText()) << '\n';
+  }
+}
+
 void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, long failed) {
   outlets::Table table({"sensor", "family", "result", ">records", ">points", "why"});
   for (const auto& sensor : sensors) {
@@ -64,9 +73,7 @@ void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, 
   std::cout << (static_cast<long>(sensors.size()) - failed) << " of " << sensors.size()
             << " sensors work" << (isInterrupted() ? "; interrupted before the others" : "")
             << ".\n";
-  for (const auto& fault : faults) {
-    std::cout << "In the description: " << ko::log::onOneLine(fault.toText()) << '\n';
-  }
+  printFaults(std::cout, faults);
 }
 
 void printJson(const CheckedSensors& sensors, const DescriptionFaults& faults) {
@@ -78,10 +85,25 @@ void printJson(const CheckedSensors& sensors, const DescriptionFaults& faults) {
                                 {"records", sensor.records},
                                 {"points", sensor.points},
                                 {"why", sensor.why}};
-    for (const auto& fault : faults) {
-      if (fault.sensor == sensor.name) line["description"].push_back(fault.toText());
-    }
     std::cout << line << '\n';
+  }
+  for (const auto& fault : faults) {
+    const nlohmann::ordered_json line{
+        {"sensorName", fault.sensor}, {"description", fault.what}, {"expected", fault.expected}};
+    std::cout << line << '\n';
+  }
+}
+
+/** Where a robot can't be built, tells what its description alone shows. */
+std::unique_ptr<session::Session> openSession(const CommonOptions& options) {
+  try {
+    return options.openSession();
+  } catch (const std::exception&) {
+    if (!options.robot) throw;
+    const auto& kinds = options.robots.sensors.getKinds();
+    const auto description = robot::RobotDescription::fromFile(options.findRobot(), kinds);
+    printFaults(std::cerr, Model::findDescriptionFaults(description.model, kinds));
+    throw;
   }
 }
 
@@ -89,7 +111,7 @@ int check(const CommonOptions& options) {
   const outlets::Format format =
       outlets::parseFormat(options.format, {outlets::Format::table, outlets::Format::json});
   const QuietLog quiet;
-  const auto session = options.openSession();
+  const auto session = openSession(options);
   const CheckedSensors sensors = checkAll(*session, options);
   const auto failed = std::count_if(sensors.begin(), sensors.end(), [](const auto& sensor) {
     return sensor.verdict != session::Verdict::works;

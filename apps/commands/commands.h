@@ -13,15 +13,4 @@ namespace QV::app {
  */
 using AddCommand = void(CLI::App& program, const session::OpenOptions& robots, int& status);
 
-AddCommand addListCommand;
-AddCommand addReadCommand;
-AddCommand addPlotCommand;
-AddCommand addDriveCommand;
-AddCommand addCheckCommand;
-AddCommand addWatchCommand;
-AddCommand addServeCommand;
-AddCommand addReplayCommand;
-AddCommand addInfoCommand;
-AddCommand addRecoverCommand;
-
 }  // namespace QV::app

@@ -64,6 +64,7 @@ ko::Clock::time_point timeOfCycle(ko::Clock::time_point start, long cycle, doubl
 
 Run driveAlong(const DriveOptions& options, session::Session& session, outlets::Outlet& outlet) {
   session.subscribe(kSubscriber, options.namesFor(session.getManager()));
+  session.setDemand(outlet.getDemand());
   session.run(session.getSettlingTime());
   ProgressBar progress("Driving");
   session::PoseWatch watch(*session.getMap());

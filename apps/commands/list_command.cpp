@@ -18,6 +18,13 @@ namespace {
 
 using nlohmann::ordered_json;
 
+/** "-" for what a sensor that stands in no description has none of. */
+template <typename Number>
+std::string orDash(const session::ListedSensor& sensor, Number value, int digits) {
+  if (sensor.describedAs.empty()) return "-";
+  return session::fixed(static_cast<float>(value), digits);
+}
+
 void printKind(int kind, const std::vector<session::ListedSensor>& sensors) {
   std::cout << "Simulated sensors of kind " << kind
             << ". Mounting in the robot's frame (m, rad), ranges in m, apertures in rad.\n";
@@ -47,12 +54,13 @@ void printSensors(const robot::RobotDescription& description, const session::Ope
                         ">x", ">y", ">z", ">heading", ""});
   for (const auto& sensor : session::sensorsOf(description, robots)) {
     const auto& fov = sensor.fieldOfView;
+    const auto& at = sensor.position;
     table.add({sensor.family.empty() ? "(none)" : sensor.family, sensor.name,
-               std::to_string(sensor.type), session::fixed(fov.minRange, 2),
-               session::fixed(fov.maxRange, 2), session::fixed(fov.angularRange, 3),
-               std::to_string(sensor.keys), sensor.link, session::fixed(sensor.position.x, 2),
-               session::fixed(sensor.position.y, 2), session::fixed(sensor.position.z, 2),
-               session::fixed(sensor.heading, 3), noteOn(sensor)});
+               orDash(sensor, sensor.type, 0), orDash(sensor, fov.minRange, 2),
+               orDash(sensor, fov.maxRange, 2), orDash(sensor, fov.angularRange, 3),
+               orDash(sensor, sensor.keys, 0), sensor.link, orDash(sensor, at.x, 2),
+               orDash(sensor, at.y, 2), orDash(sensor, at.z, 2), orDash(sensor, sensor.heading, 3),
+               noteOn(sensor)});
   }
   table.print(std::cout);
 }
@@ -92,6 +100,7 @@ ordered_json describedToJson(const session::ListedSensor& sensor) {
   listed["name"] = orNull(sensor.describedAs, !sensor.describedAs.empty());
   listed["subscribeTo"] = orNull(sensor.name, sensor.canBeBuilt);
   listed["fieldOfView"].erase("rayCount");
+  if (sensor.describedAs.empty()) listed["fieldOfView"] = listed["mounting"] = nullptr;
   listed["type"] = sensor.type;
   listed["memoryKeys"] = sensor.keys;
   listed["link"] = sensor.link;

@@ -7,7 +7,7 @@
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"
 #include "outlets/web/live_server.h"
-#include "session/internal/log_ring.h"
+#include "platform/ko/log.h"
 
 namespace QV::app {
 namespace {
@@ -28,7 +28,7 @@ void warnIfOpen(const outlets::LiveServer& server, const std::string& address) {
 
 void serve(const ServeOptions& options) {
   // Before the robot: it hears of sensors that can't be built.
-  session::LogRing log;
+  ko::log::LogRing log;
   const auto session = options.openSession();
   outlets::LiveServer server(*session, log, options.server);
   if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session->getManager()));

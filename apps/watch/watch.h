@@ -18,7 +18,7 @@ namespace QV::app {
 class Watch {
  public:
   explicit Watch(session::Session& session);
-  /** Unsubscribes from everything. */
+  /** Waits for what is being done. */
   ~Watch();
   Watch(const Watch&) = delete;
   Watch& operator=(const Watch&) = delete;

@@ -12,8 +12,8 @@
 #include "outlets/web/internal/request_queue.h"
 #include "outlets/web/internal/web_guard.h"
 #include "outlets/web/internal/web_server.h"
+#include "platform/ko/log.h"
 #include "session/internal/command.h"
-#include "session/internal/log_ring.h"
 
 namespace QV::outlets {
 namespace {
@@ -36,7 +36,7 @@ std::vector<std::shared_ptr<WebOutlet>> makeWebOutlets(session::Session& robot,
 
 class LiveServer::Impl {
  public:
-  Impl(session::Session& session, session::LogRing& log, const ServerSettings& settings)
+  Impl(session::Session& session, ko::log::LogRing& log, const ServerSettings& settings)
       : settings(settings),
         log(log),
         session(session),
@@ -75,7 +75,7 @@ class LiveServer::Impl {
   }
 
   const ServerSettings settings;
-  session::LogRing& log;
+  ko::log::LogRing& log;
   RequestQueue requests;
   session::Session& session;
   OutletList outlets;
@@ -86,7 +86,7 @@ class LiveServer::Impl {
   MachineClock::time_point showNext = ranUntil;
 };
 
-LiveServer::LiveServer(session::Session& session, session::LogRing& log,
+LiveServer::LiveServer(session::Session& session, ko::log::LogRing& log,
                        const ServerSettings& settings)
     : impl(std::make_unique<Impl>(session, log, settings)) {}
 

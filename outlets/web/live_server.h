@@ -6,11 +6,8 @@
 #include <vector>
 
 #include "outlets/outlet.h"
+#include "platform/ko/log.h"
 #include "session/session.h"
-
-namespace QV::session {
-class LogRing;
-}
 
 namespace QV::outlets {
 
@@ -32,7 +29,7 @@ struct ServerSettings {
 class QV_API LiveServer {
  public:
   /** UsageError for settings with which it can't listen. */
-  LiveServer(session::Session& session, session::LogRing& log, const ServerSettings& settings);
+  LiveServer(session::Session& session, ko::log::LogRing& log, const ServerSettings& settings);
   ~LiveServer();
   LiveServer(const LiveServer&) = delete;
   LiveServer& operator=(const LiveServer&) = delete;

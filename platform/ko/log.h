@@ -1,10 +1,13 @@
 #pragma once
 
+#include <deque>
 #include <locale>
+#include <mutex>
 #include <optional>
 #include <sstream>
 #include <string>
 #include <string_view>
+#include <vector>
 
 #include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
@@ -69,6 +72,24 @@ class QV_API ScopedSink {
 
  private:
   boost::shared_ptr<Entry> entry;
+};
+
+/** The last lines of the log that nobody took yet, while it lives. Safe from any thread. */
+class QV_API LogRing {
+ public:
+  static constexpr std::size_t kMost = 200;
+
+  LogRing();
+
+  /** Those since the last call, the last kMost. */
+  std::vector<Record> takeNew();
+
+ private:
+  void xNote(const Record& line);
+
+  std::mutex mutex;
+  std::deque<Record> lines;
+  ScopedSink sink;
 };
 
 /** A line in the making, written when it goes out of scope. */

@@ -1,8 +1,13 @@
 #include "platform/model/description_faults.h"
 
+#include <map>
+#include <string>
+#include <vector>
+
 #include "platform/model/internal/key_owners.h"
 #include "platform/model/internal/nearest_word.h"
 #include "platform/model/internal/property_check.h"
+#include "platform/model/sensor_properties.h"
 
 namespace QV::Model {
 namespace {
@@ -30,11 +35,24 @@ void checkKeyCount(const SensorConfig& config, const KeyRule& rule, Faults& faul
                     countOf(rule)});
 }
 
+void checkRange(const SensorConfig& config, Faults& faults) {
+  const auto view = SensorProperties(config).getFieldOfView();
+  if (view.minRange <= view.maxRange) return;
+  faults.push_back({config.name, "minimumDetectionDistance is above maximumDetectionDistance",
+                    "at most " + config.properties.at("maximumDetectionDistance")});
+}
+
 void checkForeign(const Robot& robot, const SensorKinds& kinds, Faults& faults) {
   std::vector<std::string> names;
-  for (const SensorKind& kind : kinds.getAll()) names.push_back(kind.name);
+  std::map<std::string, std::string> families;
+  for (const SensorKind& kind : kinds.getAll()) {
+    names.push_back(kind.name);
+    families.emplace(kind.family, kind.name);
+  }
   for (const ForeignSensor& sensor : robot.foreignSensors) {
-    const std::string* nearest = detail::findNearest(sensor.type, names);
+    const auto family = families.find(sensor.type);
+    const std::string* nearest =
+        family == families.end() ? detail::findNearest(sensor.type, names) : &family->second;
     if (!nearest) continue;
     faults.push_back({sensor.name, "type is " + quoted(sensor.type), quoted(*nearest)});
   }
@@ -54,6 +72,7 @@ std::vector<DescriptionFault> findDescriptionFaults(const Robot& robot, const Se
     const SensorKind* kind = kinds.findType(config.type);
     if (!kind) continue;
     detail::checkProperties(config, *kind, faults);
+    checkRange(config, faults);
     checkKeyCount(config, kind->keys, faults);
     owners.check(config, *kind, faults);
   }

@@ -19,6 +19,8 @@ enum class PointMeaning {
   zone,
   /** Places of surfaces and people that were made out, in three dimensions. */
   sighting,
+  /** The floor that beams meet, in a plane that cuts it; at the minimum range: a hole. */
+  floor,
   /** A part of the body that touches something; its place says which part. */
   touch
 };

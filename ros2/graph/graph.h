@@ -1,12 +1,11 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <map>
 #include <memory>
 #include <string>
 #include <vector>
-
-#include <boost/function.hpp>
 
 #include "platform/api.h"
 #include "ros2/messages/message_type.h"
@@ -97,9 +96,9 @@ struct ReceivedMessage {
 };
 
 /** These run on threads of the engine: they must return soon and must not throw. */
-using OnMessage = boost::function<void(const ReceivedMessage&)>;
+using OnMessage = std::function<void(const ReceivedMessage&)>;
 /** How many there are now on the other side. */
-using OnMatch = boost::function<void(std::size_t)>;
+using OnMatch = std::function<void(std::size_t)>;
 
 /**
  * A node with its publishers and subscriptions. A topic "scan" is in its namespace, "/scan" is not,

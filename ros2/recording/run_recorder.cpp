@@ -15,7 +15,6 @@
 #include "ros2/recording/internal/record_topics.h"
 #include "ros2/recording/internal/recording_facts.h"
 #include "ros2/recording/internal/topic_names.h"
-#include "session/internal/log_ring.h"
 #include "session/internal/run_listener.h"
 #include "session/internal/session_parts.h"
 
@@ -205,7 +204,7 @@ class RunRecorder::Impl : public session::RunListener {
   FrameTopics frames;
   RecordTopics records;
   std::optional<DriverTopics> drivers;
-  session::LogRing log;
+  ko::log::LogRing log;
   InputEncoder encoder;
   qv_msgs::Inputs pending;
   ko::Clock::time_point pendingTime;

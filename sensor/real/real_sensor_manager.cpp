@@ -20,6 +20,11 @@ namespace {
 
 constexpr char kRealManagerCategory[] = "Navigation.RealSensorManager";
 
+// Of two of ours by one name the first stays, without a word.
+bool isOurs(const Model::SensorKind& kind) {
+  return Model::SensorKinds::standard().findType(kind.type) != nullptr;
+}
+
 }  // namespace
 
 RealSensorManager::RealSensorManager(boost::shared_ptr<QVBroker> broker)
@@ -74,7 +79,7 @@ void RealSensorManager::xCreate(const SensorOrder& order) {
   try {
     for (const auto& sensor : factory.create(order)) {
       const std::string name = sensor->getName();
-      if (xIsSensor(name) && !order.kind.standsForAll) {
+      if (xIsSensor(name) && !isOurs(order.kind)) {
         failed("a name of its own expected, another sensor is called \"" + name + "\"");
       }
       xAddSensor(sensor);

@@ -1,10 +1,10 @@
 #pragma once
 
+#include <functional>
 #include <map>
 #include <string>
 #include <vector>
 
-#include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 
 #include "platform/api.h"
@@ -42,7 +42,7 @@ class QV_API SensorFactory {
    * Makes the sensors of one configuration, none to leave it out. A standard exception leaves it
    * out too, and is logged.
    */
-  using Creator = boost::function<Sensors(const SensorOrder&)>;
+  using Creator = std::function<Sensors(const SensorOrder&)>;
 
   /** Knows no kind. */
   SensorFactory() = default;

@@ -12,9 +12,9 @@ namespace {
 
 std::vector<std::string> keysOf(const Model::SensorConfig& config,
                                 const Model::SensorKinds& kinds) {
-  std::vector<std::string> keys = config.memoryKeys;
   const Model::SensorKind* kind = kinds.findType(config.type);
-  if (!kind) return keys;
+  if (!kind) return {};
+  std::vector<std::string> keys = config.memoryKeys;
   for (const Model::PropertyRule& rule : kind->properties) {
     const auto property = config.properties.find(rule.name);
     if (rule.quantity != Model::Quantity::memoryKey || property == config.properties.end())
@@ -22,6 +22,32 @@ std::vector<std::string> keysOf(const Model::SensorConfig& config,
     keys.push_back(property->second);
   }
   return keys;
+}
+
+bool isBuilt(const sensor::SensorManager& manager, const std::string& name,
+             const Model::SensorKind& kind) {
+  const auto sensor = manager.getSensorPtr(name);
+  return sensor && sensor->getFamilyName() == kind.family;
+}
+
+std::vector<std::string> findUnwritten(const QVMemoryProxy& memory,
+                                       const std::vector<std::string>& keys) {
+  std::vector<std::string> unwritten;
+  for (const std::string& key : keys) {
+    try {
+      memory.getData(key);
+    } catch (const QVError&) {
+      unwritten.push_back(key);
+    }
+  }
+  return unwritten;
+}
+
+std::string textOf(const std::vector<std::string>& unwritten) {
+  const std::string first = "\"" + unwritten.front() + "\"";
+  if (unwritten.size() == 1) return "memory key " + first + " is written by nobody";
+  return std::to_string(unwritten.size()) + " memory keys, " + first +
+         " the first, are written by nobody";
 }
 
 }  // namespace
@@ -33,7 +59,7 @@ std::map<std::string, std::string> findUnbuiltSensors(SessionRobot& robot) {
   const auto& manager = robot.getManager();
   for (const auto& [name, config] : description->sensorConfigs) {
     const Model::SensorKind* kind = robot.getKinds().findType(config.type);
-    if (!kind || manager.isSensor(name)) continue;
+    if (!kind || isBuilt(manager, name, *kind)) continue;
     if (kind->standsForAll && manager.isFamily(kind->family)) continue;
     unbuilt[name] = kind->family;
   }
@@ -56,22 +82,23 @@ std::string findMissingInput(SessionRobot& robot, const std::string& sensor) {
   return {};
 }
 
+std::vector<Model::DescriptionFault> findDescriptionFaults(
+    const boost::shared_ptr<QVBroker>& broker, const Model::Robot& robot,
+    const Model::SensorKinds& kinds) {
+  auto faults = Model::findDescriptionFaults(robot, kinds);
+  const QVMemoryProxy memory(broker);
+  for (const auto& [name, config] : robot.sensorConfigs) {
+    const auto unwritten = findUnwritten(memory, keysOf(config, kinds));
+    if (!unwritten.empty()) faults.push_back({name, textOf(unwritten), "a driver"});
+  }
+  return faults;
+}
+
 std::vector<Model::DescriptionFault> findDescriptionFaults(Session& session) {
   SessionRobot& robot = robotOf(session);
   const Model::Robot* description = robot.getDescription();
   if (!description) return {};
-  auto faults = Model::findDescriptionFaults(*description, robot.getKinds());
-  const QVMemoryProxy memory(robot.getBroker());
-  for (const auto& [name, config] : description->sensorConfigs) {
-    for (const std::string& key : keysOf(config, robot.getKinds())) {
-      try {
-        memory.getData(key);
-      } catch (const QVError&) {
-        faults.push_back({name, "memory key \"" + key + "\" is written by nobody", "a driver"});
-      }
-    }
-  }
-  return faults;
+  return findDescriptionFaults(robot.getBroker(), *description, robot.getKinds());
 }
 
 }  // namespace QV::session

@@ -28,9 +28,11 @@ float headingOf(const Math::Transform& transform) {
 // Touch configurations share a sensor that is named after them all.
 std::string findName(const Model::SensorConfig& config, const Model::SensorKinds& kinds,
                      const sensor::SensorManager& manager) {
-  if (manager.isSensor(config.name)) return config.name;
   const Model::SensorKind* kind = kinds.findType(config.type);
-  if (!kind || !kind->standsForAll) return {};
+  if (!kind) return {};
+  const auto sensor = manager.getSensorPtr(config.name);
+  if (sensor && sensor->getFamilyName() == kind->family) return config.name;
+  if (!kind->standsForAll) return {};
   const auto names = manager.getSensorsByFamily(kind->family);
   return names.empty() ? std::string() : *names.begin();
 }

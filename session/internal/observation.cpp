@@ -16,16 +16,9 @@ constexpr int kLate = 3;
 constexpr float kReason = 10.0f;
 constexpr float kAngleTolerance = 0.01f;
 
-bool hasProperty(const Model::SensorKind* kind, const char* name) {
-  return kind && std::any_of(kind->properties.begin(), kind->properties.end(),
-                             [name](const auto& rule) { return rule.name == name; });
-}
-
 // Cameras see height, too, and what a hole is projected to may lie beside.
 bool isFan(const SensorNature& nature) {
-  const bool isPlane =
-      nature.points == Model::PointMeaning::scan || nature.points == Model::PointMeaning::arc;
-  return isPlane && !nature.looksDown();
+  return nature.points == Model::PointMeaning::scan || nature.points == Model::PointMeaning::arc;
 }
 
 std::string findNonsense(const Math::MetricalData& record, const SensorNature& nature) {
@@ -45,14 +38,6 @@ std::string findNonsense(const Math::MetricalData& record, const SensorNature& n
 }
 
 }  // namespace
-
-bool SensorNature::looksDown() const {
-  return hasProperty(kind, "inclination");
-}
-
-bool SensorNature::hasStatus() const {
-  return hasProperty(kind, "status");
-}
 
 void Observation::add(const Records& ownRecords) {
   gap = ownRecords.empty() ? gap + 1 : 0;

@@ -22,10 +22,8 @@ struct SensorNature {
 
   /** Whether a sound one may go on without a record while the robot stands. */
   bool mayBeSilent() const { return kind && kind->silence == Model::Silence::always; }
-  /** Whether its points lie on the floor, the same all around. */
-  bool looksDown() const;
-  /** Whether it gives no points but what a status vouches for. */
-  bool hasStatus() const;
+  /** Whether its points lie on the floor, the same all around, and no point is no floor. */
+  bool looksDown() const { return points == Model::PointMeaning::floor; }
 };
 
 /** What a sensor's records were like, cycle by cycle. */

@@ -26,7 +26,7 @@ class MarkPlacement {
     for (std::size_t i = 0; i < inFrame.size(); ++i) {
       const auto& point = inFrame[i];
       const Math::Position2D fromAbove = robot * Math::Position2D(point.x, point.y);
-      xSort(rangeOf(record.points[i]), {fromAbove, point.z});
+      xSort(record.points[i], {fromAbove, point.z});
     }
     if (meaning == Model::PointMeaning::arc) xPlaceEcho();
     return std::move(marks);
@@ -38,17 +38,20 @@ class MarkPlacement {
     return frame == Frame::map ? std::hypot(point.x, point.y) : Math::norm(point);
   }
 
-  void xSort(float range, const Math::Position3D& position) {
+  bool isFloor(const Math::Position3D& point, float height) const {
+    if (meaning == Model::PointMeaning::floor) return point.x > record.fieldOfView.minRange;
+    const bool sees = meaning == Model::PointMeaning::sighting;
+    return sees && frame == Frame::robot && height < kFloor;
+  }
+
+  void xSort(const Math::Position3D& point, const Math::Position3D& position) {
     if (!std::isfinite(position.x) || !std::isfinite(position.y)) return;
+    const float range = rangeOf(point);
     if (!(range < limit)) {
       if (meaning == Model::PointMeaning::scan) marks.misses.push_back(position);
       return;
     }
-    const bool sees = meaning == Model::PointMeaning::sighting;
-    if (sees && frame == Frame::robot && position.z < kFloor) {
-      marks.floor.push_back(position);
-      return;
-    }
+    if (isFloor(point, position.z)) return marks.floor.push_back(position);
     if (meaning != Model::PointMeaning::touch && range < marks.nearest.value_or(INFINITY)) {
       marks.nearest = range;
       nearestHeight = position.z;

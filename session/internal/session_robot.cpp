@@ -10,7 +10,8 @@ const Model::SensorKind* findKind(SessionRobot& robot, const std::string& sensor
   if (const Model::Robot* description = robot.getDescription()) {
     const auto config = description->sensorConfigs.find(sensor);
     if (config != description->sensorConfigs.end()) {
-      if (const auto* kind = robot.getKinds().findType(config->second.type)) return kind;
+      const auto* kind = robot.getKinds().findType(config->second.type);
+      if (kind && kind->family == found->getFamilyName()) return kind;
     }
   }
   return robot.getKinds().findFamily(found->getFamilyName());

@@ -49,12 +49,11 @@ void VirtualSessionRobot::drive(const Math::Pose2D& velocity) {
 }
 
 std::map<std::string, Math::Position2D> VirtualSessionRobot::getTouches() const {
-  constexpr int kGroundFrame = 1;
   const QVMotionProxy motion(robot.getBroker());
   const Math::Pose2D pose = robot.getPose();
   std::map<std::string, Math::Position2D> touches;
   for (const std::string& group : robot.getTouchedGroups()) {
-    const Math::Transform onRobot(motion.getTransform(group, kGroundFrame, true));
+    const Math::Transform onRobot(motion.getTransform(group, MotionContract::kGroundFrame, true));
     const Math::Position3D position = Math::position3DFromTransform(onRobot);
     touches[group] = pose * Math::Position2D(position.x, position.y);
   }

@@ -58,6 +58,14 @@ INSTANTIATE_TEST_SUITE_P(
              0,
              std::sqrt(6.0f),
              1},
+        Case{"HoleBesideFloor",
+             PointMeaning::floor,
+             {{0.1f, 0.05f, 0.0f}, {0.6f, 0.05f, 0.0f}},
+             1,
+             0,
+             0,
+             std::hypot(0.1f, 0.05f),
+             1},
         Case{"Touch", PointMeaning::touch, {{-0.1f, 0.0f, 0.0f}}, 1, 0, 0, std::nullopt}),
     [](const auto& record) { return record.param.name; });
 

@@ -76,7 +76,6 @@ void drawMarks(MapCanvas& canvas, const session::SensorState& sensor) {
   }
   const double radius = marks.hits.size() > kDense ? 1.5 : 3.5;
   for (const auto& position : fromAbove(marks.hits)) canvas.drawDot(position, radius, colour);
-  for (const auto& position : fromAbove(marks.misses)) canvas.drawDot(position, 1.5, colour);
 }
 
 void drawRobot(MapCanvas& canvas, const Math::Pose2D& robot) {

@@ -29,7 +29,7 @@ Json toJson(const std::optional<session::SensorState::View>& view) {
 }
 
 const char* getName(Model::PointMeaning meaning) {
-  static const char* const names[] = {"arc", "scan", "zone", "sighting", "touch"};
+  static const char* const names[] = {"arc", "scan", "zone", "sighting", "floor", "touch"};
   return names[static_cast<int>(meaning)];
 }
 

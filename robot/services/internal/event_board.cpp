@@ -74,7 +74,7 @@ class EventBoard::Queue {
       waiting.pop_front();
       if (++dropped > 1) return false;
     }
-    ko::log::error("QVMemory", "raiseEvent")
+    ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
         << receiver->getText() << kMostWaiting << " wait, the oldest are dropped until it goes on";
     return false;
   }
@@ -84,7 +84,7 @@ class EventBoard::Queue {
     next.receiver->deliver(next.value);
     const std::size_t lost = xTakeLost();
     if (lost == 0) return;
-    ko::log::error("QVMemory", "raiseEvent")
+    ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
         << next.receiver->getText() << "goes on, " << lost << " were dropped";
   }
 

@@ -5,7 +5,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include "robot/world/robot_description.h"
-#include "robot/world/units/unit_factory.h"
+#include "robot/world/units/internal/unit_services.h"
 
 namespace QV::robot {
 

@@ -26,6 +26,8 @@
 
 namespace QV::robot {
 
+class VideoDevice;
+
 /**
  * What a VirtualRobot is made of: a body and people that move in a scene, and units that measure
  * it. A module, "VirtualRobot", so that the broker keeps it as long as its services: "setVelocity"

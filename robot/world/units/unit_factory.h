@@ -15,10 +15,6 @@
 
 namespace QV::robot {
 
-class DeviceManager;
-class SonarDriver;
-class VideoDevice;
-
 /**
  * Makes what measures on a virtual robot, by the type of sensor. A value: whoever knows more kinds
  * copies the standard one and adds his. Reading is safe from several threads.
@@ -27,13 +23,8 @@ class QV_API UnitFactory {
  public:
   using Units = std::vector<std::unique_ptr<SensorUnit>>;
 
-  /** What of the robot a unit may plug itself into; units must not keep sonars and cameras. */
-  struct Services {
-    boost::shared_ptr<QVBroker> broker;
-    boost::shared_ptr<DeviceManager> devices;
-    boost::shared_ptr<SonarDriver> sonars;
-    boost::shared_ptr<VideoDevice> cameras;
-  };
+  /** What of the robot the library's own units plug themselves into. */
+  struct Services;
 
   /** Makes one sensor's unit; null for a configuration that is too poor to measure with. */
   using Creator =

@@ -11,6 +11,7 @@ SensorSort sortOf(const Model::SensorConfig& config) {
   const std::size_t keys = config.memoryKeys.size();
   switch (kind->points) {
     case PointMeaning::scan:
+    case PointMeaning::floor:
       return keys > 1 ? SensorSort::scan : SensorSort::other;
     case PointMeaning::arc:
       return keys == 1 ? SensorSort::range : SensorSort::other;

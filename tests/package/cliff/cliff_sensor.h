@@ -23,7 +23,8 @@ class CliffSensor : public QV::sensor::RealSensor {
     record.points = {{isCliff ? fieldOfView.minRange : fieldOfView.maxRange, 0.0f, 0.0f}};
     return {record};
   } catch (const std::exception& exception) {
-    ko::log::error("Navigation.CliffSensor", "xGetData") << name << ": " << exception.what();
+    logTrouble(ko::log::Level::error, "Navigation.CliffSensor", "xGetData",
+               name + ": " + exception.what());
     return {};
   }
 

@@ -10,6 +10,7 @@
 #include "platform/vision/video_codes.h"
 #include "robot/world/chance/range_noise.h"
 #include "robot/world/units/internal/people_unit.h"
+#include "robot/world/units/internal/unit_services.h"
 
 namespace QV::robot {
 namespace {

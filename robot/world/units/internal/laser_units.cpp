@@ -8,6 +8,7 @@
 
 #include "platform/model/sensor_kinds.h"
 #include "platform/model/sensor_properties.h"
+#include "robot/world/units/internal/unit_services.h"
 
 namespace QV::robot {
 namespace {

@@ -14,6 +14,7 @@
 #include "robot/world/faults/fault_channel.h"
 #include "robot/world/units/internal/nonsense.h"
 #include "robot/world/units/internal/range_fan.h"
+#include "robot/world/units/internal/unit_services.h"
 
 namespace QV::robot {
 namespace {

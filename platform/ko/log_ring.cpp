@@ -1,19 +1,18 @@
-#include "session/internal/log_ring.h"
-
 #include <utility>
 
-namespace QV::session {
+#include "platform/ko/log.h"
 
-LogRing::LogRing()
-    : sink(ko::log::Level::verbose, [this](const ko::log::Record& line) { xNote(line); }) {}
+namespace ko::log {
 
-std::vector<ko::log::Record> LogRing::takeNew() {
+LogRing::LogRing() : sink(Level::verbose, [this](const Record& line) { xNote(line); }) {}
+
+std::vector<Record> LogRing::takeNew() {
   std::lock_guard lock(mutex);
   const auto taken = std::exchange(lines, {});
   return {taken.begin(), taken.end()};
 }
 
-void LogRing::xNote(const ko::log::Record& line) {
+void LogRing::xNote(const Record& line) {
   // What a file said is as long as it was.
   constexpr std::size_t kLongest = 2000;
   std::lock_guard lock(mutex);
@@ -22,4 +21,4 @@ void LogRing::xNote(const ko::log::Record& line) {
   if (lines.size() > kMost) lines.pop_front();
 }
 
-}  // namespace QV::session
+}  // namespace ko::log
