@@ -29,7 +29,8 @@ void MachinePace::await(double seconds) {
   const auto end = start + std::chrono::duration_cast<Clock::duration>(due);
   // In parts, as whoever is interrupted ends soon.
   for (auto now = Clock::now(); now < end && !isInterrupted(); now = Clock::now())
-    std::this_thread::sleep_for(std::min<Clock::duration>(end - now, std::chrono::milliseconds(50)));
+    std::this_thread::sleep_for(
+        std::min<Clock::duration>(end - now, std::chrono::milliseconds(50)));
 }
 
 void checkTimes(double from, std::optional<double> to, std::optional<double> speed) {

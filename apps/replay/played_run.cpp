@@ -29,6 +29,10 @@ session::Session& PlayedRun::getSession() const {
   return recording ? recording->getSession() : *log;
 }
 
+session::Snapshot PlayedRun::look() const {
+  return recording ? recording->look() : log->look();
+}
+
 bool PlayedRun::begin() {
   if (recording) return step();
   log->subscribe("qvsensors", log->getManager().getFamilyNames());
@@ -40,8 +44,7 @@ bool PlayedRun::step() {
 }
 
 double PlayedRun::getSeconds() const {
-  return session::inSeconds(recording ? recording->getTime()
-                                      : ko::Clock::now().time_since_epoch());
+  return session::inSeconds(recording ? recording->getTime() : ko::Clock::now().time_since_epoch());
 }
 
 double PlayedRun::getShareDone() const {
@@ -49,8 +52,9 @@ double PlayedRun::getShareDone() const {
 }
 
 std::optional<ros2::RecordDifference> PlayedRun::compare() const {
-  if (recording) return recording->compare();
-  throw session::UsageError("--compare: a recording with records expected, a log given");
+  if (recording && recording->isOwn()) return recording->compare();
+  throw session::UsageError(
+      "--compare: a recording of this program's expected, which has records; another one given");
 }
 
 void PlayedRun::warnOfDamage() const {

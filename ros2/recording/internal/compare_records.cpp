@@ -60,7 +60,8 @@ class Comparison {
   std::optional<RecordDifference> found;
 
  private:
-  void xCompare(const Math::SensorFieldOfView2D& recorded, const Math::SensorFieldOfView2D& played) {
+  void xCompare(const Math::SensorFieldOfView2D& recorded,
+                const Math::SensorFieldOfView2D& played) {
     compare("fieldOfView.minRange", recorded.minRange, played.minRange);
     compare("fieldOfView.maxRange", recorded.maxRange, played.maxRange);
     compare("fieldOfView.angularRange", recorded.angularRange, played.angularRange);

@@ -74,7 +74,8 @@ void PlayedDrivers::xAddModules() {
   broker->registerModule(memory);
   broker->registerModule(devices);
   broker->registerModule(motion);
-  broker->registerModule(boost::make_shared<robot::RobotModelService>(getReader().getDescription()));
+  broker->registerModule(
+      boost::make_shared<robot::RobotModelService>(getReader().getDescription()));
   // It measures as soon as it is made, but for nobody before it has a source.
   if (isLog) return;
   sonars = boost::make_shared<robot::SonarDriver>(broker, model, getDriverPeriods().sonars);
@@ -88,13 +89,12 @@ void PlayedDrivers::xAddCameras() {
   for (const Model::SensorConfig* config : camerasOf(model)) {
     const Model::SensorProperties properties(*config);
     const std::string name = properties.getText("cameraName");
-    cameras->addCamera({index++, name.empty() ? config->name : name,
-                        properties.getInteger("modelCode"),
-                        properties.getAngle("horizontalAngularRange"),
-                        properties.getAngle("verticalAngularRange"),
-                        [this, sensor = config->name](auto& depth, auto& time) {
-                          xShowImage(sensor, depth, time);
-                        }});
+    cameras->addCamera(
+        {index++, name.empty() ? config->name : name, properties.getInteger("modelCode"),
+         properties.getAngle("horizontalAngularRange"), properties.getAngle("verticalAngularRange"),
+         [this, sensor = config->name](auto& depth, auto& time) {
+           xShowImage(sensor, depth, time);
+         }});
   }
 }
 

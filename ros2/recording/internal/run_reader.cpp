@@ -104,8 +104,8 @@ void RunReader::xTakeTransforms(const BagMessage& message) {
   Math::Pose2D pose;
   for (const auto& transform : fromCdr<tf2_msgs::TFMessage>(message.data).transforms) {
     const auto& [translation, rotation] = transform.transform;
-    pose = pose * poseOf(geometry_msgs::Pose{{translation.x, translation.y, translation.z},
-                                             rotation});
+    pose =
+        pose * poseOf(geometry_msgs::Pose{{translation.x, translation.y, translation.z}, rotation});
   }
   RunEvent event{RunEvent::Sort::pose, timeOf(message.logTime)};
   event.pose = pose;
