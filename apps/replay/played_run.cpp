@@ -34,7 +34,10 @@ session::Snapshot PlayedRun::look() const {
 }
 
 bool PlayedRun::begin() {
-  if (recording) return step();
+  if (recording) {
+    recording->begin();
+    return step();
+  }
   log->subscribe("qvsensors", log->getManager().getFamilyNames());
   return true;
 }

@@ -1,6 +1,7 @@
 #include "ros2/recording/run_replay.h"
 
 #include <algorithm>
+#include <functional>
 #include <stdexcept>
 #include <utility>
 
@@ -22,24 +23,34 @@ bool isRunRecording(const std::string& path) {
   });
 }
 
-std::unique_ptr<session::Session> openOwn(const std::string& path) {
-  auto reader = std::make_unique<RunReader>(path);
-  auto time = std::make_unique<ko::SimulatedTime>(reader->getFacts().start);
-  auto robot = makePlayedRobot(std::move(reader));
-  return session::makeSession(std::move(time), std::move(robot));
+std::function<session::TimedRobot()> prepareOwn(const std::string& path) {
+  // A function that is copied: what it hands over is shared until then.
+  auto reader = std::make_shared<std::unique_ptr<RunReader>>(std::make_unique<RunReader>(path));
+  return [reader] {
+    auto time = std::make_unique<ko::SimulatedTime>((*reader)->getFacts().start);
+    return session::TimedRobot{std::move(time), makePlayedRobot(std::move(*reader))};
+  };
 }
 
-std::unique_ptr<session::Session> openOther(const std::string& path) {
-  auto time = std::make_unique<ko::SimulatedTime>();
-  auto robot = std::make_unique<ToldRobot>(path);
-  auto session = session::makeSession(std::move(time), std::move(robot));
-  session->subscribe("recording", session->getManager().getFamilyNames());
-  return session;
+std::function<session::TimedRobot()> prepareOther(const std::string& path) {
+  auto survey = surveyTopics(path);
+  return [path, survey] {
+    auto time = std::make_unique<ko::SimulatedTime>();
+    return session::TimedRobot{std::move(time), std::make_unique<ToldRobot>(path, survey)};
+  };
+}
+
+std::unique_ptr<session::Session> openRun(const std::string& path, bool isOwn) {
+  const session::Reopen reopen = [path, isOwn] {
+    return isOwn ? prepareOwn(path) : prepareOther(path);
+  };
+  session::TimedRobot made = reopen()();
+  return session::makeSession(std::move(made.time), std::move(made.robot), reopen);
 }
 
 std::unique_ptr<session::Session> open(const std::string& path, bool isOwn) {
   try {
-    return isOwn ? openOwn(path) : openOther(path);
+    return openRun(path, isOwn);
   } catch (const std::exception& error) {
     const std::string what = error.what();
     throw std::runtime_error(what.starts_with(path) ? what : path + ": " + what);
@@ -62,6 +73,10 @@ BagRobot& RunReplay::xGetRobot() const {
   return static_cast<BagRobot&>(robotOf(*session));
 }
 
+void RunReplay::begin() {
+  if (!isOwnRun) session->subscribe("recording", session->getManager().getFamilyNames());
+}
+
 session::Snapshot RunReplay::look() const {
   session::Snapshot snapshot = session->look();
   for (session::SensorState& sensor : snapshot.sensors) {
@@ -81,8 +96,7 @@ ko::Duration RunReplay::getTime() const {
 }
 
 ko::Duration RunReplay::getLength() const {
-  const BagTimes times = xGetRobot().getBag().getTimes();
-  return ko::Duration(static_cast<std::int64_t>(times.end - times.start));
+  return *session->getLength();
 }
 
 const BagDamage& RunReplay::getDamage() const {

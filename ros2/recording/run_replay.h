@@ -9,6 +9,8 @@
 
 namespace QV::ros2 {
 
+class BagRobot;
+
 /** Where records that are made anew first differ from those that were recorded. */
 struct QV_API RecordDifference {
   std::string sensor;
@@ -39,6 +41,9 @@ class QV_API RunReplay {
 
   session::Session& getSession() const { return *session; }
 
+  /** Once, before the first step: another robot's sensors, which nobody has subscribed to, are. */
+  void begin();
+
   /** Whether it is one of RunRecorder. */
   bool isOwn() const { return isOwnRun; }
 
@@ -56,7 +61,7 @@ class QV_API RunReplay {
   const BagDamage& getDamage() const;
 
  private:
-  class BagRobot& xGetRobot() const;
+  BagRobot& xGetRobot() const;
 
   const bool isOwnRun;
   std::unique_ptr<session::Session> session;

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 
+#include <boost/make_shared.hpp>
+
 #include "session/usage_error.h"
 
 namespace QV::ros2 {
@@ -20,10 +22,22 @@ void BagRobot::follow(const session::PathFollower&, double) {
 }
 
 double BagRobot::getShareDone() const {
-  const BagTimes times = getBag().getTimes();
-  const auto whole = static_cast<double>(times.end - times.start);
+  const auto whole = static_cast<double>(getLength()->count());
   const auto done = static_cast<double>((ko::Clock::now() - getStart()).count());
   return whole > 0.0 ? std::clamp(done / whole, 0.0, 1.0) : 1.0;
+}
+
+std::optional<ko::Duration> BagRobot::getLength() const {
+  const BagTimes times = getBag().getTimes();
+  return ko::Duration(static_cast<std::int64_t>(times.end - times.start));
+}
+
+boost::shared_ptr<OccupancyMap> makeUnknownMap() {
+  constexpr int kSide = 300;
+  constexpr float kResolution = 0.2f;
+  constexpr float kHalf = 0.5f * kResolution * static_cast<float>(kSide);
+  return boost::make_shared<OccupancyMap>(kSide, kSide, kResolution,
+                                          Math::Pose2D(-kHalf, -kHalf, 0.0f));
 }
 
 }  // namespace QV::ros2

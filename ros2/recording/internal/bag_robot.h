@@ -18,14 +18,16 @@ class BagRobot : public session::SessionRobot {
 
   bool isRecording() const override { return true; }
   double getShareDone() const override;
+  std::optional<ko::Duration> getLength() const override;
 
   virtual const BagReader& getBag() const = 0;
-  /** When the first message of the recording is due. */
-  virtual ko::Clock::time_point getStart() const = 0;
   /** The records that were recorded at this moment; null if none were. */
   virtual const std::vector<Math::MetricalData>* getRecorded() const { return nullptr; }
   /** Whether a sensor has been told something by the last step, and not before only. */
   virtual bool isNew(const std::string&) const { return true; }
 };
+
+/** What of the world a robot without a map knows: nothing, 30 m around its start. */
+boost::shared_ptr<OccupancyMap> makeUnknownMap();
 
 }  // namespace QV::ros2

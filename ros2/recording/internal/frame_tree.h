@@ -9,7 +9,8 @@
 
 namespace QV::ros2 {
 
-/** The frames of a recording: each by its parent, as last told. A slash before a name is nothing. */
+/** The frames of a recording: each by its parent, as last told. A slash before a name is nothing.
+ */
 class FrameTree {
  public:
   void add(const tf2_msgs::TFMessage& message);

@@ -19,6 +19,8 @@
 namespace QV::ros2 {
 namespace {
 
+constexpr ko::Duration kImagePeriod{100'000'000};
+
 const std::string& descriptionOf(const RunReader& reader) {
   if (!reader.getDescription().empty()) return reader.getDescription();
   throw std::runtime_error("a robot's description expected on /robot_description, there is none");
@@ -55,6 +57,10 @@ PlayedDrivers::~PlayedDrivers() {
   beat.stop();
   other.stop();
   if (sonars) sonars->setSource({});
+  // Who still holds the modules gets no images any more.
+  const auto count = static_cast<int>(camerasOf(model).size());
+  for (int index = kDepthCamera; index < kDepthCamera + count; ++index)
+    cameras->removeCamera(index);
   try {
     if (!isLog) xAddLaserModes();
   } catch (const std::exception& error) {
@@ -118,14 +124,17 @@ float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
   throw std::runtime_error("nothing was recorded of it");
 }
 
+// At a time of its own each image was asked for; between two of a sensor's, others get the last.
 void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t>& depth,
                                ko::Clock::time_point& time) {
-  auto& shown = getReader().images[camera];
-  while (!shown.empty() && shown.front().time < time) shown.pop_front();
-  if (shown.empty() || shown.front().time != time)
+  auto& waiting = getReader().images[camera];
+  auto& last = shown[camera];
+  for (; !waiting.empty() && waiting.front().time <= time; waiting.pop_front())
+    last = std::move(waiting.front());
+  if (last.depth.empty() || time - last.time >= kImagePeriod)
     throw std::runtime_error("nothing was recorded of it");
-  depth = shown.front().depth;
-  time = shown.front().stamp;
+  depth = last.depth;
+  time = last.stamp;
 }
 
 // A beat ahead: what is told between two beats is known when its moment comes.

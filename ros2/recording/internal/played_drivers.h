@@ -69,6 +69,7 @@ class PlayedDrivers : public PlayedRobot {
   /** By the key, the name of the sonar that has it; by the name, what it measures. */
   std::map<std::string, std::string> sonarOfKey;
   std::map<std::string, std::deque<Ranged>> ranges;
+  std::map<std::string, RunImage> shown;
   std::set<std::string> modeKeys;
   std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> modes;
   boost::shared_ptr<robot::SonarDriver> sonars;

@@ -18,8 +18,8 @@ std::string property(const char* name, const std::string& value) {
 
 /** About x, y and z, as descriptions have it. */
 std::array<float, 3> anglesOf(const Math::Transform& t) {
-  return {std::atan2(t(2, 1), t(2, 2)),
-          std::atan2(-t(2, 0), std::hypot(t(0, 0), t(1, 0))), std::atan2(t(1, 0), t(0, 0))};
+  return {std::atan2(t(2, 1), t(2, 2)), std::atan2(-t(2, 0), std::hypot(t(0, 0), t(1, 0))),
+          std::atan2(t(1, 0), t(0, 0))};
 }
 
 std::string originOf(const Math::Transform& mounting) {

@@ -36,10 +36,10 @@ bool isOf(const BagTopic& topic) {
 
 }  // namespace
 
-ToldRobot::ToldRobot(const std::string& path)
+ToldRobot::ToldRobot(const std::string& path, const TopicSurvey& surveyed)
     : title("Recording " + std::filesystem::path(path).filename().string()),
       bag(std::make_unique<BagReader>(path)),
-      survey(surveyTopics(path)),
+      survey(surveyed),
       description(describe(survey)),
       model(Model::ModelUtils::robotFromXml(description)),
       memory(boost::make_shared<robot::MemoryService>(broker)),
@@ -55,6 +55,12 @@ ToldRobot::ToldRobot(const std::string& path)
   hosting.emplace(broker, navigation);
 }
 
+// Who still holds the modules gets no images any more.
+ToldRobot::~ToldRobot() {
+  for (std::size_t i = 0; i < images.size(); ++i)
+    cameras->removeCamera(kDepthCamera + static_cast<int>(i));
+}
+
 void ToldRobot::xAddModules() {
   broker->registerModule(memory);
   broker->registerModule(devices);
@@ -67,6 +73,7 @@ void ToldRobot::xAddCameras() {
   int index = kDepthCamera;
   for (const auto& [topic, sensor] : survey.sensors) {
     if (sensor.sort != ToldSort::depth) continue;
+    images[sensor.name] = {};
     const auto show = [this, name = sensor.name](auto& depth, auto& time) {
       Seen& seen = images[name];
       depth = seen.depth;

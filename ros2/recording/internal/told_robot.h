@@ -29,7 +29,8 @@ namespace QV::ros2 {
 class ToldRobot : public BagRobot {
  public:
   /** Stands before the first message. What makes no sensor: std::runtime_error. */
-  explicit ToldRobot(const std::string& path);
+  ToldRobot(const std::string& path, const TopicSurvey& survey);
+  ~ToldRobot() override;
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }
   const Model::Robot* getDescription() const override { return &model; }
@@ -89,7 +90,7 @@ class ToldRobot : public BagRobot {
   std::map<std::string, Seen> images;
   boost::shared_ptr<sensor::NavigationModule> navigation;
   std::optional<ScopedModule> hosting;
-  boost::shared_ptr<const OccupancyMap> map;
+  boost::shared_ptr<const OccupancyMap> map = makeUnknownMap();
   robot::InputListener* listener = nullptr;
 
   const ko::Clock::time_point start;

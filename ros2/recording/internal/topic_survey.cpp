@@ -51,8 +51,8 @@ ToldSensor sensorOf(const sensor_msgs::LaserScan& scan) {
   sensor.frame = scan.header.frame_id;
   sensor.beams = std::min(scan.ranges.size(), kMostBeams);
   const float last =
-      scan.angle_min + scan.angle_increment * static_cast<float>(std::max<std::size_t>(
-                                                  sensor.beams, 1) - 1);
+      scan.angle_min +
+      scan.angle_increment * static_cast<float>(std::max<std::size_t>(sensor.beams, 1) - 1);
   sensor.middle = 0.5f * (scan.angle_min + last);
   sensor.aperture = std::min(std::abs(last - scan.angle_min), kFullTurn);
   sensor.minRange = scan.range_min;
@@ -126,7 +126,8 @@ class Surveyor {
     }
     if (survey.sensors.empty())
       throw std::runtime_error(
-          path + ": a topic of LaserScan, Range, a depth Image or PointCloud2 expected, none found");
+          path +
+          ": a topic of LaserScan, Range, a depth Image or PointCloud2 expected, none found");
     xFindBase();
     for (auto& [topic, sensor] : survey.sensors) xMount(sensor);
     return std::move(survey);
@@ -173,8 +174,7 @@ class Surveyor {
     sensor.mounting = survey.frames.find(sensor.frame, survey.base).value_or(Math::Transform());
     if (sensor.sort == ToldSort::cloud) sensor.mounting = {};
     if (sensor.sort == ToldSort::scan)
-      sensor.mounting =
-          sensor.mounting * Math::rotationFrom3DRotation(0.0f, 0.0f, sensor.middle);
+      sensor.mounting = sensor.mounting * Math::rotationFrom3DRotation(0.0f, 0.0f, sensor.middle);
     if (sensor.sort == ToldSort::depth) xMountCamera(sensor);
   }
 
