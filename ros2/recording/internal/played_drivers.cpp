@@ -120,7 +120,12 @@ float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
   auto& told = ranges[sonar];
   while (!told.empty() && told.front().time < now) told.pop_front();
   while (told.size() > 1 && told[1].time == now) told.pop_front();
-  if (!told.empty() && told.front().time == now) return told.front().range;
+  if (!told.empty() && told.front().time == now) {
+    const InputWrite& write = told.front().write;
+    if (write.value.isFloat() || write.value.isInt()) return write.value.toFloat();
+    // One that does not answer leaves no number.
+    memory->insertData(write.key, write.value);
+  }
   throw std::runtime_error("nothing was recorded of it");
 }
 
@@ -151,7 +156,7 @@ void PlayedDrivers::xTakeInputs() {
     const auto isSonars = [&](const InputWrite& write) {
       const auto sonar = sonarOfKey.find(write.key);
       if (isLog || sonar == sonarOfKey.end()) return false;
-      ranges[sonar->second].push_back({told.time, write.value.toFloat()});
+      ranges[sonar->second].push_back({told.time, write});
       return told.time > getReader().getFacts().start;
     };
     std::erase_if(told.writes, isSonars);
@@ -184,7 +189,6 @@ void PlayedDrivers::xWrite(const InputWrite& write) {
   // Blind zones raise it themselves, once more.
   if (write.key == NavigationContract::kMotionDetectedEvent) return memory->declareEvent(write.key);
   if (write.raised) return memory->raiseEvent(write.key, write.value);
-  if (!write.value.isValid()) return memory->declareEvent(write.key);
   memory->insertData(write.key, write.value);
 }
 

@@ -41,7 +41,7 @@ class PlayedDrivers : public PlayedRobot {
  private:
   struct Ranged {
     ko::Clock::time_point time;
-    float range;
+    InputWrite write;
   };
 
   void xSortSensors();
