@@ -177,7 +177,14 @@ void PlayedDrivers::makeStep() {
 }
 
 void PlayedDrivers::xTell(const RunInputs& told) {
-  for (const InputWrite& write : told.writes) xWrite(write);
+  for (const InputWrite& write : told.writes) {
+    try {
+      xWrite(write);
+    } catch (const std::exception& error) {
+      if (refused.insert(write.key).second)
+        ko::log::warning("Recording", "play") << write.key << ": " << error.what();
+    }
+  }
   if (!told.stepped) return;
   motion->setRobotVelocity(told.velocity);
   if (!isLog) motion->setGroundPose(Math::Transform());

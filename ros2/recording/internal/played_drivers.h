@@ -76,6 +76,8 @@ class PlayedDrivers : public PlayedRobot {
   /** What is not told by the body's beat waits for its own moment. */
   std::deque<RunInputs> steps;
   std::deque<RunInputs> others;
+  /** Keys whose values a damaged recording made nonsense of; each is told once. */
+  std::set<std::string> refused;
   ko::PeriodicTask beat;
   ko::PeriodicTask other;
   boost::shared_ptr<sensor::NavigationModule> navigation;

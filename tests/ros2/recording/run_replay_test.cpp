@@ -121,7 +121,7 @@ TEST_F(RunReplayTest, otherInputsGiveOtherRecords) {
   copyBag(path, copy, true, [&](const BagTopic& topic, Bytes& data) {
     if (topic.name != "/qv/inputs" || changed++ != 60) return;
     auto inputs = fromCdr<qv_msgs::Inputs>(data);
-    for (std::size_t i = 0; i < inputs.numbers.size(); ++i) inputs.numbers[i] ^= 1LL << 45;
+    for (std::size_t i = 0; i < inputs.numbers.size(); ++i) inputs.numbers[i] ^= 1LL << 40;
     data = toCdr(inputs);
   });
   ASSERT_GT(changed, 60);
