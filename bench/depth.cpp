@@ -19,7 +19,7 @@
 #include "platform/ko/log.h"
 #include "platform/ko/simulated_time.h"
 #include "platform/vision/internal/component_labeler.h"
-#include "platform/vision/video_codes.h"
+#include "platform/vision/qv_image.h"
 #include "robot/services/video_device.h"
 #include "sensor/perception/sensor_3d.h"
 #include "tests/support/counted_heap.h"

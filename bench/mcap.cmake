@@ -1,1 +1,1 @@
-target_link_libraries(bench_mcap PRIVATE QV::ros2)
+target_link_libraries(bench_mcap PRIVATE QV::ros2_recording)

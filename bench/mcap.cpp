@@ -11,8 +11,11 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/timing.h"
+#include "outlets/files/record_file.h"
 #include "ros2/bag/bag_reader.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/run_recorder.h"
+#include "session/open.h"
 
 namespace QV {
 namespace {
@@ -162,6 +165,79 @@ void read(benchmark::State& state) {
 // Scans of 360 beams, depth images, and both.
 BENCHMARK(write)->DenseRange(0, 2)->ArgName("load")->UseManualTime()->Unit(benchmark::kMillisecond);
 BENCHMARK(read)->DenseRange(0, 2)->ArgName("load")->UseManualTime()->Unit(benchmark::kMillisecond);
+
+/** The CPU seconds of all threads. */
+double processTime() {
+  std::timespec time;
+  clock_gettime(CLOCK_PROCESS_CPUTIME_ID, &time);
+  return static_cast<double>(time.tv_sec) + 1e-9 * static_cast<double>(time.tv_nsec);
+}
+
+/** Drives porter about with all its sensors, and looks ten times a second; to nobody or somebody.
+ */
+struct Drive {
+  explicit Drive(int seconds) : seconds(seconds) {
+    session->subscribe("bench", session->getManager().getFamilyNames());
+    session->wander();
+  }
+  void run(outlets::Outlet* outlet) const {
+    for (int i = 0; i < 10 * seconds; ++i) {
+      session->run(boost::chrono::milliseconds(100));
+      const session::Snapshot snapshot = session->look();
+      if (outlet) outlet->show(snapshot);
+    }
+    if (outlet) outlet->finish();
+  }
+  const int seconds;
+  const std::unique_ptr<session::Session> session = session::openVirtual("porter");
+};
+
+// A second thread packs and writes: `vs_unrecorded` is what the session's own thread takes, and
+// `all_vs_unrecorded` what both do together.
+void recordSecond(benchmark::State& state) {
+  constexpr int kSeconds = 10;
+  const Folder folder;
+  std::vector<double> own, all, peer, allPeer;
+  for (auto _ : state) {
+    {
+      const Drive drive(kSeconds);
+      const double begin = processTime();
+      peer.push_back(bench::secondsOf([&] { drive.run(nullptr); }));
+      allPeer.push_back(processTime() - begin);
+    }
+    const Drive drive(kSeconds);
+    ros2::RunRecorder recorder(folder / "run.mcap", *drive.session);
+    const double begin = processTime();
+    own.push_back(bench::secondsOf([&] { drive.run(&recorder); }));
+    all.push_back(processTime() - begin);
+    state.SetIterationTime(own.back() / kSeconds);
+  }
+  state.counters["vs_unrecorded"] = bench::ratioOf(peer, own);
+  state.counters["all_vs_unrecorded"] = bench::ratioOf(allPeer, all);
+}
+BENCHMARK(recordSecond)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
+
+// What a minute takes on the disk, beside the same minute as lines of JSON.
+void recordMinute(benchmark::State& state) {
+  constexpr int kSeconds = 60;
+  const Folder folder;
+  for (auto _ : state) {
+    {
+      const Drive drive(kSeconds);
+      ros2::RunRecorder recorder(folder / "run.mcap", *drive.session);
+      state.SetIterationTime(bench::secondsOf([&] { drive.run(&recorder); }));
+    }
+    const Drive drive(kSeconds);
+    outlets::RecordFile json(folder / "run.jsonl");
+    drive.run(&json);
+  }
+  const auto size = [&](const char* name) {
+    return static_cast<double>(std::filesystem::file_size(folder / name));
+  };
+  state.counters["vs_json"] = size("run.jsonl") / size("run.mcap");
+  state.counters["MB"] = 1e-6 * size("run.mcap");
+}
+BENCHMARK(recordMinute)->UseManualTime()->Iterations(1)->Unit(benchmark::kMillisecond);
 
 // A message alone: to bytes and back.
 void encodeScan(benchmark::State& state) {

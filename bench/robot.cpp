@@ -13,7 +13,7 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/ko/simulated_time.h"
-#include "platform/middleware/scoped_module.h"
+#include "platform/middleware/qv_broker.h"
 #include "robot/maps/map_files.h"
 #include "robot/world/virtual_robot.h"
 #include "sensor/core/scoped_subscription.h"

@@ -6,9 +6,9 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/ko/simulated_time.h"
+#include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_proxy.h"
-#include "platform/middleware/scoped_module.h"
 #include "robot/maps/map_files.h"
 #include "robot/world/virtual_robot.h"
 #include "sensor/hosting/navigation_module.h"

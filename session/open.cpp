@@ -43,9 +43,10 @@ std::unique_ptr<ko::SimulatedTime> timeOf(const OpenOptions& options) {
 }  // namespace
 
 std::unique_ptr<Session> makeSession(std::unique_ptr<ko::SimulatedTime> time,
-                                     std::unique_ptr<SessionRobot> robot) {
-  return std::make_unique<Session>(
-      std::make_unique<SessionParts>(std::move(time), std::move(robot)));
+                                     std::unique_ptr<SessionRobot> robot, Reopen reopen) {
+  auto parts = std::make_unique<SessionParts>(std::move(time), std::move(robot));
+  parts->reopen = std::move(reopen);
+  return std::make_unique<Session>(std::move(parts));
 }
 
 std::unique_ptr<Session> openVirtual(const std::string& robot, const OpenOptions& options) {

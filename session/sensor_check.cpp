@@ -4,7 +4,7 @@
 #include <exception>
 #include <optional>
 
-#include "platform/ko/os.h"
+#include "platform/ko/clock.h"
 #include "sensor/core/scoped_subscription.h"
 #include "session/internal/check_target.h"
 #include "session/internal/number_text.h"

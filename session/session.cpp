@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <utility>
 
-#include "platform/ko/os.h"
+#include "platform/ko/clock.h"
 #include "robot/world/virtual_robot.h"
 #include "session/internal/path_follower.h"
 #include "session/internal/run_listener.h"
@@ -78,6 +78,8 @@ Snapshot Session::look() {
   snapshot.time = ko::Clock::now();
   snapshot.paused = parts->pacing.isPaused();
   snapshot.speed = parts->pacing.getSpeed();
+  if (const auto length = robot.getLength())
+    snapshot.recording = {inSeconds(snapshot.time - robot.getStart()), inSeconds(*length)};
   snapshot.pose = robot.getPose();
   snapshot.velocity = robot.getVelocity();
   snapshot.goal = parts->driver.getGoal();
@@ -230,12 +232,41 @@ double Session::getShareDone() const {
   return parts->robot->getShareDone();
 }
 
+std::optional<ko::Duration> Session::getLength() const {
+  return parts->robot->getLength();
+}
+
+void Session::seek(ko::Duration sinceStart) {
+  if (!getLength()) throw UsageError("a recording expected, a " + getTitle() + " given");
+  const auto target = [&] { return parts->robot->getStart() + sinceStart; };
+  if (target() < ko::Clock::now()) xReopen();
+  run(target() - ko::Clock::now());
+}
+
+// Only one simulated time can be at a time: what may fail comes before the old one ends.
+void Session::xReopen() {
+  if (!parts->reopen) throw UsageError("a recording that can be played again expected");
+  const Reopen reopen = parts->reopen;
+  const auto make = reopen();
+  const Pacing pacing = parts->pacing;
+  RunListener* const listener = parts->listener;
+  setListener(nullptr);
+  parts.reset();
+  TimedRobot made = make();
+  parts = std::make_unique<SessionParts>(std::move(made.time), std::move(made.robot));
+  parts->reopen = reopen;
+  parts->pacing = pacing;
+  setListener(listener);
+}
+
 void Session::keepPace(ko::Duration machine) {
   while (machine > ko::Duration::zero()) {
     const ko::Duration part = std::min(machine, kSlice);
     machine -= part;
     parts->driver.release(part);
     run(parts->pacing.scale(part));
+    // Nothing comes after the end of a recording.
+    if (getLength() && !parts->robot->getNextStep()) pause(true);
   }
 }
 

@@ -2,6 +2,7 @@
 
 #include <map>
 #include <memory>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -107,6 +108,13 @@ class QV_API Session {
   bool step();
   /** Of a recording, 0 to 1. */
   double getShareDone() const;
+  /** Of a recording; nothing for what is none. */
+  std::optional<ko::Duration> getLength() const;
+  /**
+   * Goes to a time of a recording, from its start: backwards by playing it again from there. Who
+   * subscribed beside it has to do so again; setDemand does.
+   */
+  void seek(ko::Duration sinceStart);
 
   /** Lets `machine` time's worth go by: nothing while paused, else at the speed that is set. */
   void keepPace(ko::Duration machine);
@@ -122,8 +130,9 @@ class QV_API Session {
   friend SessionRobot& robotOf(Session& session);
   void xAdvance(ko::Clock::time_point end);
   void xTell(const RunCommand& command) const;
+  void xReopen();
 
-  const std::unique_ptr<SessionParts> parts;
+  std::unique_ptr<SessionParts> parts;
 };
 
 }  // namespace QV::session

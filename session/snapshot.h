@@ -89,6 +89,12 @@ struct QV_API TouchState {
   double since = 0.0;
 };
 
+/** Where a recording that is played stands. Seconds from its start. */
+struct RecordingPlace {
+  double time = 0.0;
+  double length = 0.0;
+};
+
 /** All that there is to see of a robot and its world at one moment. */
 struct QV_API Snapshot {
   /** "Virtual robot porter". */
@@ -96,6 +102,8 @@ struct QV_API Snapshot {
   ko::Clock::time_point time;
   bool paused = false;
   double speed = 1.0;
+  /** Nothing for what is no recording. */
+  std::optional<RecordingPlace> recording;
   Math::Pose2D pose;
   Math::Pose2D velocity;
   std::optional<Math::Position2D> goal;

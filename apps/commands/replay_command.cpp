@@ -82,7 +82,7 @@ int replayToFile(ReplayOptions& options) {
   RunSummary summary;
   outlets::OutletList outlets;
   playAll(options, outlets, options.output, [&](PlayedRun& run) {
-    const session::Snapshot snapshot = run.getSession().look();
+    const session::Snapshot snapshot = run.look();
     outlets.show(snapshot);
     summary.add(snapshot);
   });
@@ -97,7 +97,7 @@ int replayToOutput(ReplayOptions& options) {
   outlets::OutletList none;
   playAll(options, none, options.output, [&](PlayedRun& run) {
     frame = run.getSession().getFrame();
-    std::ranges::move(session::sensorsByName(run.getSession().look()), std::back_inserter(all));
+    std::ranges::move(session::sensorsByName(run.look()), std::back_inserter(all));
   });
   outlets::writeRecords(std::cout, all, format, frame);
   return 0;

@@ -5,9 +5,12 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
+#include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
+#include "outlets/outlet_list.h"
 #include "outlets/web/live_server.h"
 #include "platform/ko/log.h"
+#include "ros2/recording/run_replay.h"
 
 namespace QV::app {
 namespace {
@@ -18,6 +21,8 @@ constexpr char kFooter[] =
 
 struct ServeOptions : CommonOptions {
   outlets::ServerSettings server;
+  std::string replay;
+  OutputFiles record;
 };
 
 void warnIfOpen(const outlets::LiveServer& server, const std::string& address) {
@@ -26,15 +31,27 @@ void warnIfOpen(const outlets::LiveServer& server, const std::string& address) {
             << " can watch and drive this robot\n";
 }
 
-void serve(const ServeOptions& options) {
+void serveSession(ServeOptions& options, session::Session& session, ko::log::LogRing& log) {
+  const auto files = std::make_shared<outlets::OutletList>();
+  // Before the first demand: a recording has all from the start.
+  options.record.open(session, *files, options.subscriptions.empty());
+  outlets::LiveServer server(session, log, options.server);
+  if (options.record.isAsked()) server.add(files);
+  if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session.getManager()));
+  warnIfOpen(server, options.server.address);
+  std::cout << session.getTitle() << " at " << server.getUrl() << std::endl;
+  while (!isInterrupted()) server.runBriefly();
+  files->finish();
+  options.record.report(std::cout);
+}
+
+void serve(ServeOptions& options) {
   // Before the robot: it hears of sensors that can't be built.
   ko::log::LogRing log;
-  const auto session = options.openSession();
-  outlets::LiveServer server(*session, log, options.server);
-  if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session->getManager()));
-  warnIfOpen(server, options.server.address);
-  std::cout << session->getTitle() << " at " << server.getUrl() << std::endl;
-  while (!isInterrupted()) server.runBriefly();
+  if (options.replay.empty()) return serveSession(options, *options.openSession(), log);
+  ros2::RunReplay run(options.replay);
+  run.begin();
+  serveSession(options, run.getSession(), log);
 }
 
 }  // namespace
@@ -49,6 +66,18 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
       ->add_option("--subscribe", options->subscriptions,
                    "sensor or family to subscribe to at the start; repeat for more")
       ->allow_extra_args(false);
+  CLI::Option* replay =
+      command
+          ->add_option("--replay", options->replay,
+                       "a recording in place of a robot, with a time line (see qvsensors replay)")
+          ->check(namesAFile)
+          ->excludes("--kind")
+          ->excludes("--robot");
+  options->record
+      .addOption(*command, "--record",
+                 "file (.mcap) for all of it; wants every sensor that --subscribe names, all "
+                 "without it")
+      ->excludes(replay);
   command->add_option("--port", options->server.port, "to listen at; 0 takes any that is free")
       ->capture_default_str();
   command

@@ -1,15 +1,20 @@
+#include <chrono>
+#include <future>
 #include <iostream>
 #include <memory>
 #include <unistd.h>
+#include <utility>
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
+#include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
 #include "apps/output/quiet_log.h"
 #include "apps/subscriber.h"
 #include "apps/terminal/terminal.h"
 #include "apps/watch/watch.h"
 #include "apps/watch/watch_view.h"
+#include "outlets/outlet_list.h"
 
 namespace QV::app {
 namespace {
@@ -23,6 +28,7 @@ constexpr char kWatchFooter[] =
 struct WatchOptions : CommonOptions {
   bool once = false;
   bool still = false;
+  OutputFiles record;
 };
 
 void watchOnce(const WatchOptions& options) {
@@ -33,18 +39,35 @@ void watchOnce(const WatchOptions& options) {
   std::cout << watchTable(watch.look());
 }
 
-void watchOn(const WatchOptions& options) {
+/** The machine's time since the last call. */
+ko::Duration passedSince(std::chrono::steady_clock::time_point& last) {
+  const auto now = std::chrono::steady_clock::now();
+  const auto passed = std::chrono::nanoseconds(now - std::exchange(last, now));
+  return ko::Duration(passed.count());
+}
+
+// What is recorded runs in a time of its own: only so does it come out the same again.
+void watchOn(WatchOptions& options) {
   checkTerminal(STDIN_FILENO, STDOUT_FILENO);
-  const auto session = options.openSession(std::nullopt, session::TimeSource::clock);
+  const bool isRecorded = options.record.isAsked();
+  const auto source = isRecorded ? session::TimeSource::simulated : session::TimeSource::clock;
+  const auto session = options.openSession(std::nullopt, source);
+  outlets::OutletList files;
+  options.record.open(*session, files, false);
   const auto names = options.namesFor(session->getManager());
-  Watch watch(*session);
+  Watch watch(*session, isRecorded ? std::launch::deferred : std::launch::async);
   Terminal terminal(STDIN_FILENO, STDOUT_FILENO);
   watch.subscribe(names);
   if (!options.still) session->wander();
+  auto last = std::chrono::steady_clock::now();
   for (bool on = true; on && !isInterrupted();) {
     terminal.show(watchScreen(watch.look(), terminal.getSize()));
     for (const Key key : terminal.readKeys(kPeriodMs)) on = on && watch.press(key);
+    if (!isRecorded) continue;
+    session->keepPace(passedSince(last));
+    files.show(session->look());
   }
+  files.finish();
 }
 
 }  // namespace
@@ -57,7 +80,9 @@ void addWatchCommand(CLI::App& program, const session::OpenOptions& robots, int&
   addOptionalPose(*command, *options);
   addSubscriptions(*command, *options);
   command->add_flag("--still", options->still, "the robot stays where it is");
-  command->add_flag("--once", options->once, "print one table and leave");
+  CLI::Option* once = command->add_flag("--once", options->once, "print one table and leave");
+  options->record.addOption(*command, "--record", "file (.mcap) for all that is watched")
+      ->excludes(once);
   command->callback([options] {
     const QuietLog quiet;
     if (options->once) {

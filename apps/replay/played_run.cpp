@@ -29,8 +29,15 @@ session::Session& PlayedRun::getSession() const {
   return recording ? recording->getSession() : *log;
 }
 
+session::Snapshot PlayedRun::look() const {
+  return recording ? recording->look() : log->look();
+}
+
 bool PlayedRun::begin() {
-  if (recording) return step();
+  if (recording) {
+    recording->begin();
+    return step();
+  }
   log->subscribe("qvsensors", log->getManager().getFamilyNames());
   return true;
 }
@@ -48,8 +55,9 @@ double PlayedRun::getShareDone() const {
 }
 
 std::optional<ros2::RecordDifference> PlayedRun::compare() const {
-  if (recording) return recording->compare();
-  throw session::UsageError("--compare: a recording with records expected, a log given");
+  if (recording && recording->isOwn()) return recording->compare();
+  throw session::UsageError(
+      "--compare: a recording of this program's expected, which has records; another one given");
 }
 
 void PlayedRun::warnOfDamage() const {

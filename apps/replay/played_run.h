@@ -16,6 +16,7 @@ class PlayedRun {
   PlayedRun(const std::string& path, const std::optional<std::string>& poses);
 
   session::Session& getSession() const;
+  session::Snapshot look() const;
 
   /** Subscribes to what was not subscribed to then. False if there is no first step. */
   bool begin();

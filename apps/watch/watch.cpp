@@ -5,7 +5,7 @@
 #include "apps/subscriber.h"
 
 namespace QV::app {
-Watch::Watch(session::Session& session) : session(session) {
+Watch::Watch(session::Session& session, std::launch how) : session(session), how(how) {
   look();
 }
 
@@ -58,7 +58,8 @@ void Watch::xChoose(int step) {
 
 void Watch::xDo(const std::string& what, std::function<void()> wanted) {
   state.note = what;
-  action = std::async(std::launch::async, std::move(wanted));
+  action = std::async(how, std::move(wanted));
+  if (how == std::launch::deferred) action.wait();
 }
 
 void Watch::xNoteEnd() {

@@ -12,12 +12,13 @@
 namespace QV::app {
 
 /**
- * Watches a session's sensors, and does with them what keys ask for, on another thread: starting
- * hardware takes its time. For one thread; the session must outlive it.
+ * Watches a session's sensors, and does with them what keys ask for, on another thread, as starting
+ * hardware takes its time; or at once, where that is simulated. For one thread; the session must
+ * outlive it.
  */
 class Watch {
  public:
-  explicit Watch(session::Session& session);
+  explicit Watch(session::Session& session, std::launch how = std::launch::async);
   /** Waits for what is being done. */
   ~Watch();
   Watch(const Watch&) = delete;
@@ -41,6 +42,7 @@ class Watch {
   const session::SensorState& xChosen() const { return state.seen.sensors[state.chosen]; }
 
   session::Session& session;
+  const std::launch how;
   WatchState state;
   std::future<void> action;
 };

@@ -4,6 +4,7 @@
 
 #include <boost/chrono/floor.hpp>
 
+#include "platform/ko/internal/scheduler.h"
 #include "platform/ko/internal/time_source.h"
 
 namespace ko {
@@ -40,3 +41,12 @@ Clock::time_point Clock::fromInt32ms(std::int32_t ms, time_point reference,
 }
 
 }  // namespace ko
+
+namespace ko::os {
+
+void msleep(int milliseconds) {
+  if (milliseconds <= 0) return;
+  detail::currentScheduler()->sleep(boost::chrono::milliseconds(milliseconds));
+}
+
+}  // namespace ko::os

@@ -41,3 +41,10 @@ struct QV_API Clock {
 };
 
 }  // namespace ko
+
+namespace ko::os {
+
+/** Sleeps in ko's time, the machine's or a simulated one; returns at once if not positive. */
+QV_API void msleep(int milliseconds);
+
+}  // namespace ko::os

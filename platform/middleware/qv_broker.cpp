@@ -1,6 +1,7 @@
 #include "platform/middleware/qv_broker.h"
 
 #include <mutex>
+#include <utility>
 
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_proxy.h"
@@ -51,6 +52,21 @@ QVValue QVBroker::call(const std::string& module, const std::string& method,
   }
   if (!target) throw QVError(module, method, "no such module");
   return target->call(method, arguments);
+}
+
+ScopedModule::ScopedModule(boost::shared_ptr<QVBroker> owner, boost::shared_ptr<QVModule> module)
+    : broker(std::move(owner)), name(module ? module->getName() : "") {
+  if (!broker)
+    throw QVError("ScopedModule", "ScopedModule", "no broker given for \"" + name + "\"");
+  broker->registerModule(std::move(module));
+}
+
+ScopedModule::~ScopedModule() {
+  try {
+    broker->unregisterModule(name);
+  } catch (const QVError&) {
+    // Somebody else has done it.
+  }
 }
 
 }  // namespace QV

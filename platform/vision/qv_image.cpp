@@ -6,7 +6,6 @@
 #include <utility>
 
 #include "platform/middleware/qv_error.h"
-#include "platform/vision/video_codes.h"
 
 namespace QV {
 namespace {

@@ -1,7 +1,7 @@
-#include "platform/vision/video_codes.h"
-
 #include <stdexcept>
 #include <string>
+
+#include "platform/vision/qv_image.h"
 
 namespace QV {
 namespace {

@@ -9,7 +9,6 @@
 #include "platform/middleware/contracts/video_device_contract.h"
 #include "platform/model/internal/number_text.h"
 #include "platform/vision/qv_image.h"
-#include "platform/vision/video_codes.h"
 #include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/spare_bytes.h"
 

@@ -77,6 +77,7 @@ BagInfo readBagInfo(const std::string& path) {
   BagReader reader(path);
   Census census;
   while (const auto message = reader.next()) census.add(*message);
+  reader.checkWhole();
   return census.finish(path, reader);
 }
 
@@ -99,6 +100,7 @@ BagInfo recoverBag(const std::string& from, const std::string& to, const BagOpti
   for (std::size_t i = 0; i < reader.getAttachmentCount(); ++i)
     if (const auto attachment = reader.readAttachment(i)) writer.addAttachment(*attachment);
   writer.close();
+  reader.checkWhole();
   return census.finish(from, reader);
 }
 

@@ -43,6 +43,10 @@ std::vector<const BagTopic*> BagReader::getTopics() const {
   return topics;
 }
 
+void BagReader::checkWhole() {
+  file->checkWhole();
+}
+
 BagTimes BagReader::getTimes() const {
   return file->getTimes();
 }

@@ -72,6 +72,9 @@ class QV_API BagReader {
   /** Goes on with the first message whose log time is `logTime` or later. Needs BagOrder::time. */
   void seek(std::uint64_t logTime);
 
+  /** Reads the whole file once more to check the CRC over all of it, if it has one. */
+  void checkWhole();
+
   /** Found so far. */
   const BagDamage& getDamage() const;
 

@@ -6,6 +6,21 @@ namespace QV::ros2 {
 
 namespace sensor_msgs {
 
+namespace {
+
+std::unique_ptr<const MessageType::Layout> rangeLayout(bool hasVariance) {
+  std::vector<Member<Range>> members = {{"header", &Range::header},
+                                        {"radiation_type", &Range::radiation_type},
+                                        {"field_of_view", &Range::field_of_view},
+                                        {"min_range", &Range::min_range},
+                                        {"max_range", &Range::max_range},
+                                        {"range", &Range::range}};
+  if (hasVariance) members.push_back({"variance", &Range::variance});
+  return layoutOf<Range>("sensor_msgs/msg/Range", members);
+}
+
+}  // namespace
+
 const MessageType& LaserScan::getType() {
   static const MessageType type(layoutOf<LaserScan>(
       "sensor_msgs/msg/LaserScan", {{"header", &LaserScan::header},
@@ -22,25 +37,12 @@ const MessageType& LaserScan::getType() {
 }
 
 const MessageType& Range::getType() {
-  static const MessageType type(
-      layoutOf<Range>("sensor_msgs/msg/Range", {{"header", &Range::header},
-                                                {"radiation_type", &Range::radiation_type},
-                                                {"field_of_view", &Range::field_of_view},
-                                                {"min_range", &Range::min_range},
-                                                {"max_range", &Range::max_range},
-                                                {"range", &Range::range},
-                                                {"variance", &Range::variance}}));
+  static const MessageType type(rangeLayout(true));
   return type;
 }
 
 const MessageType& Range::getTypeWithoutVariance() {
-  static const MessageType type(
-      layoutOf<Range>("sensor_msgs/msg/Range", {{"header", &Range::header},
-                                                {"radiation_type", &Range::radiation_type},
-                                                {"field_of_view", &Range::field_of_view},
-                                                {"min_range", &Range::min_range},
-                                                {"max_range", &Range::max_range},
-                                                {"range", &Range::range}}));
+  static const MessageType type(rangeLayout(false));
   return type;
 }
 

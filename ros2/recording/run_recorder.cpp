@@ -2,6 +2,7 @@
 
 #include <mutex>
 #include <optional>
+#include <utility>
 
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/robot_model_contract.h"
@@ -114,7 +115,9 @@ class RunRecorder::Impl : public session::RunListener {
     });
   }
 
+  // A paused session shows the same again and again.
   void show(const session::Snapshot& snapshot) {
+    if (std::exchange(lastShown, snapshot.time) == snapshot.time) return;
     xAttempt([&](ko::Clock::time_point) {
       xFlush(false);
       for (const auto& line : log.takeNew())
@@ -208,6 +211,7 @@ class RunRecorder::Impl : public session::RunListener {
   InputEncoder encoder;
   qv_msgs::Inputs pending;
   ko::Clock::time_point pendingTime;
+  std::optional<ko::Clock::time_point> lastShown;
   bool isFinished = false;
 };
 

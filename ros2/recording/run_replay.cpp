@@ -1,12 +1,13 @@
 #include "ros2/recording/run_replay.h"
 
 #include <algorithm>
+#include <functional>
 #include <stdexcept>
 #include <utility>
 
 #include "ros2/recording/internal/compare_records.h"
-#include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/played_robot.h"
+#include "ros2/recording/internal/told_robot.h"
 #include "session/internal/make_session.h"
 #include "session/internal/number_text.h"
 #include "session/internal/seconds.h"
@@ -15,12 +16,41 @@
 namespace QV::ros2 {
 namespace {
 
-std::unique_ptr<session::Session> open(const std::string& path) {
+bool isRunRecording(const std::string& path) {
+  const BagReader bag(path);
+  return std::ranges::any_of(bag.getMetadata(), [](const auto& metadata) {
+    return metadata.name == RecordingFacts::kName;
+  });
+}
+
+std::function<session::TimedRobot()> prepareOwn(const std::string& path) {
+  // A function that is copied: what it hands over is shared until then.
+  auto reader = std::make_shared<std::unique_ptr<RunReader>>(std::make_unique<RunReader>(path));
+  return [reader] {
+    auto time = std::make_unique<ko::SimulatedTime>((*reader)->getFacts().start);
+    return session::TimedRobot{std::move(time), makePlayedRobot(std::move(*reader))};
+  };
+}
+
+std::function<session::TimedRobot()> prepareOther(const std::string& path) {
+  auto survey = surveyTopics(path);
+  return [path, survey] {
+    auto time = std::make_unique<ko::SimulatedTime>();
+    return session::TimedRobot{std::move(time), std::make_unique<ToldRobot>(path, survey)};
+  };
+}
+
+std::unique_ptr<session::Session> openRun(const std::string& path, bool isOwn) {
+  const session::Reopen reopen = [path, isOwn] {
+    return isOwn ? prepareOwn(path) : prepareOther(path);
+  };
+  session::TimedRobot made = reopen()();
+  return session::makeSession(std::move(made.time), std::move(made.robot), reopen);
+}
+
+std::unique_ptr<session::Session> open(const std::string& path, bool isOwn) {
   try {
-    auto reader = std::make_unique<RunReader>(path);
-    auto time = std::make_unique<ko::SimulatedTime>(reader->getFacts().start);
-    auto robot = makePlayedRobot(std::move(reader));
-    return session::makeSession(std::move(time), std::move(robot));
+    return openRun(path, isOwn);
   } catch (const std::exception& error) {
     const std::string what = error.what();
     throw std::runtime_error(what.starts_with(path) ? what : path + ": " + what);
@@ -34,40 +64,43 @@ std::string RecordDifference::toText() const {
          " s: " + field + " is " + played + ", was " + recorded;
 }
 
-RunReplay::RunReplay(const std::string& path) : session(open(path)) {}
+RunReplay::RunReplay(const std::string& path)
+    : isOwnRun(isRunRecording(path)), session(open(path, isOwnRun)) {}
 
 RunReplay::~RunReplay() = default;
 
-PlayedRobot& RunReplay::xGetRobot() const {
-  return static_cast<PlayedRobot&>(robotOf(*session));
+BagRobot& RunReplay::xGetRobot() const {
+  return static_cast<BagRobot&>(robotOf(*session));
+}
+
+void RunReplay::begin() {
+  if (!isOwnRun) session->subscribe("recording", session->getManager().getFamilyNames());
+}
+
+session::Snapshot RunReplay::look() const {
+  session::Snapshot snapshot = session->look();
+  for (session::SensorState& sensor : snapshot.sensors) {
+    if (!xGetRobot().isNew(sensor.name)) sensor.records.clear();
+  }
+  return snapshot;
 }
 
 std::optional<RecordDifference> RunReplay::compare() const {
-  PlayedRobot& robot = xGetRobot();
-  const auto* recorded = robot.getRecorded();
+  const auto* recorded = xGetRobot().getRecorded();
   if (!recorded) return std::nullopt;
   return findDifference(*recorded, session::recordsOf(session->look()), ko::Clock::now());
 }
 
 ko::Duration RunReplay::getTime() const {
-  const BagTimes times = xGetRobot().getTimes();
-  return ko::Clock::now() - timeOf(times.start);
+  return ko::Clock::now() - xGetRobot().getStart();
 }
 
 ko::Duration RunReplay::getLength() const {
-  const BagTimes times = xGetRobot().getTimes();
-  return ko::Duration(static_cast<std::int64_t>(times.end - times.start));
+  return *session->getLength();
 }
 
 const BagDamage& RunReplay::getDamage() const {
-  return xGetRobot().getDamage();
-}
-
-bool isRunRecording(const std::string& path) {
-  const BagReader bag(path);
-  return std::ranges::any_of(bag.getMetadata(), [](const auto& metadata) {
-    return metadata.name == RecordingFacts::kName;
-  });
+  return xGetRobot().getBag().getDamage();
 }
 
 }  // namespace QV::ros2

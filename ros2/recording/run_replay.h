@@ -9,6 +9,8 @@
 
 namespace QV::ros2 {
 
+class BagRobot;
+
 /** Where records that are made anew first differ from those that were recorded. */
 struct QV_API RecordDifference {
   std::string sensor;
@@ -23,19 +25,31 @@ struct QV_API RecordDifference {
 };
 
 /**
- * Plays a recording of RunRecorder: what drivers measured goes into a robot's modules, and the
- * library makes its records anew. It plays in a time of its own, one at a time in a process, and
- * stands before the first look when it is made. Not copyable.
+ * Plays a recording in a time of its own, one at a time in a process. One of RunRecorder: what
+ * drivers measured and what was asked goes into a robot's modules again, and the library makes its
+ * records anew. Another robot's (MCAP, or rosbag2's folder or SQLite file): LaserScan, Range, depth
+ * Image, PointCloud2, odometry and tf go to the sensors that they make. Stands before the first
+ * step when it is made. Not copyable.
  */
 class QV_API RunReplay {
  public:
-  /** What is no such recording: std::runtime_error that names the file and what was expected. */
+  /** What can't be played: std::runtime_error that names the file and what was expected. */
   explicit RunReplay(const std::string& path);
   ~RunReplay();
   RunReplay(const RunReplay&) = delete;
   RunReplay& operator=(const RunReplay&) = delete;
 
   session::Session& getSession() const { return *session; }
+
+  /** Once, before the first step: another robot's sensors, which nobody has subscribed to, are. */
+  void begin();
+
+  /** Whether it is one of RunRecorder. */
+  bool isOwn() const { return isOwnRun; }
+
+  /** What there is to see of the last step; of another robot, the records of what was told in it.
+   */
+  session::Snapshot look() const;
 
   /** Whether the records are now, bit for bit, what they were at the look of the last step. */
   std::optional<RecordDifference> compare() const;
@@ -47,12 +61,10 @@ class QV_API RunReplay {
   const BagDamage& getDamage() const;
 
  private:
-  class PlayedRobot& xGetRobot() const;
+  BagRobot& xGetRobot() const;
 
+  const bool isOwnRun;
   std::unique_ptr<session::Session> session;
 };
-
-/** Whether a recording is one of RunRecorder's. What is no recording: std::runtime_error. */
-QV_API bool isRunRecording(const std::string& path);
 
 }  // namespace QV::ros2

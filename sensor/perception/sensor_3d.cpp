@@ -9,7 +9,7 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/qv_error.h"
-#include "platform/vision/video_codes.h"
+#include "platform/vision/qv_image.h"
 #include "sensor/perception/internal/depth_filter.h"
 
 namespace QV::sensor {

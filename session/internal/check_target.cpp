@@ -1,6 +1,6 @@
 #include "session/internal/check_target.h"
 
-#include "platform/ko/os.h"
+#include "platform/ko/clock.h"
 #include "session/internal/description_gaps.h"
 #include "session/internal/sensor_meaning.h"
 #include "session/internal/session_parts.h"

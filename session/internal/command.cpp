@@ -1,5 +1,7 @@
 #include "session/internal/command.h"
 
+#include <cmath>
+
 #include "session/session.h"
 #include "session/usage_error.h"
 
@@ -32,6 +34,9 @@ struct Execution {
     session.step();
   }
   void operator()(const SpeedCommand& command) const { session.setSpeed(command.value); }
+  void operator()(const SeekCommand& command) const {
+    session.seek(ko::Duration(std::llround(1e9 * command.time)));
+  }
 
   Session& session;
   const std::string& subscriber;

@@ -41,13 +41,20 @@ struct SpeedCommand {
   double value;
 };
 
+/** Seconds from the start of a recording. */
+struct SeekCommand {
+  double time;
+};
+
 /** What a viewer asks of a session. */
-using Command = std::variant<SubscribeCommand, EnableCommand, DiagnoseCommand, DriveCommand,
-                             GoalCommand, StopCommand, PauseCommand, StepCommand, SpeedCommand>;
+using Command =
+    std::variant<SubscribeCommand, EnableCommand, DiagnoseCommand, DriveCommand, GoalCommand,
+                 StopCommand, PauseCommand, StepCommand, SpeedCommand, SeekCommand>;
 
 /** For `subscriber`. What can't be done is a UsageError; what hardware throws passes through. */
 QV_API void execute(Session& session, const std::string& subscriber, const Command& command);
 
+constexpr double kLongestRecording = 1e7;
 constexpr double kFastest = 2.0;
 constexpr double kFastestTurn = 4.0;
 constexpr double kSlowestTime = 0.1;

@@ -7,6 +7,7 @@
 #include "platform/ko/simulated_time.h"
 #include "session/internal/demand_keeper.h"
 #include "session/internal/driver.h"
+#include "session/internal/make_session.h"
 #include "session/internal/pacing.h"
 #include "session/internal/run_listener.h"
 #include "session/internal/sensor_look.h"
@@ -35,6 +36,8 @@ struct SessionParts {
   SensorLook sensorLook{*robot, switches};
   TouchLook touchLook{*robot};
   std::atomic<RunListener*> listener{nullptr};
+  /** Null where nothing can be played again. */
+  Reopen reopen;
 };
 
 QV_API SessionRobot& robotOf(Session& session);

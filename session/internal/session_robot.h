@@ -93,6 +93,9 @@ class SessionRobot {
   virtual bool isAmidSteps() const { return false; }
   /** Of a recording, 0 to 1. */
   virtual double getShareDone() const { return 0.0; }
+  /** Of a recording: when it began, and how long it is. */
+  virtual ko::Clock::time_point getStart() const { return {}; }
+  virtual std::optional<ko::Duration> getLength() const { return std::nullopt; }
 };
 
 /** The kind of a sensor by the description, else by its family; null for a simulated one. */

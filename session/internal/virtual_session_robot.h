@@ -3,7 +3,7 @@
 #include <string>
 
 #include "platform/ko/periodic_task.h"
-#include "platform/middleware/scoped_module.h"
+#include "platform/middleware/qv_broker.h"
 #include "robot/world/units/unit_factory.h"
 #include "robot/world/virtual_robot.h"
 #include "sensor/real/sensor_factory.h"

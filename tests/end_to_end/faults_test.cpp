@@ -4,7 +4,7 @@
 #include <map>
 
 #include "platform/ko/simulated_time.h"
-#include "platform/middleware/scoped_module.h"
+#include "platform/middleware/qv_broker.h"
 #include "sensor/hosting/navigation_module.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "tests/support/log_capture.h"

@@ -2,11 +2,10 @@
 #include <optional>
 #include <thread>
 
-#include "platform/ko/os.h"
+#include "platform/ko/clock.h"
 #include "platform/ko/simulated_time.h"
-#include "platform/middleware/scoped_module.h"
+#include "platform/middleware/qv_broker.h"
 #include "platform/vision/qv_image.h"
-#include "platform/vision/video_codes.h"
 #include "sensor/hosting/navigation_module.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/meddling_broker.h"

@@ -25,10 +25,17 @@ std::string findDepthSensor(sensor::SensorManager& manager) {
   return {};
 }
 
-DepthFeed::DepthFeed(boost::shared_ptr<QVBroker> broker, std::string givenSensor)
-    : sensor(std::move(givenSensor)), view(std::move(broker)) {}
+DepthFeed::DepthFeed(const session::Session& session, std::string givenSensor)
+    : session(session),
+      sensor(std::move(givenSensor)),
+      broker(session.getBroker()),
+      view(std::make_unique<DepthView>(broker)) {}
 
 std::optional<std::string> DepthFeed::next(const session::Snapshot& snapshot) {
+  if (session.getBroker() != broker) {
+    broker = session.getBroker();
+    view = std::make_unique<DepthView>(broker);
+  }
   if (!isStarted(snapshot, sensor)) {
     rest();
     return std::nullopt;
@@ -36,7 +43,7 @@ std::optional<std::string> DepthFeed::next(const session::Snapshot& snapshot) {
   const auto now = std::chrono::steady_clock::now();
   if (now < due) return std::nullopt;
   due = std::max(due + kPeriod, now);
-  const auto depth = view.take();
+  const auto depth = view->take();
   if (!depth) return std::nullopt;
   return depthMessage(sensor, painter.paint(*depth));
 }

@@ -1,13 +1,14 @@
 #pragma once
 
 #include <chrono>
+#include <memory>
 #include <optional>
 #include <string>
 
 #include "outlets/web/internal/depth_picture.h"
 #include "outlets/web/internal/depth_view.h"
 #include "sensor/core/sensor_manager.h"
-#include "session/snapshot.h"
+#include "session/session.h"
 
 namespace QV::outlets {
 
@@ -17,18 +18,21 @@ std::string findDepthSensor(sensor::SensorManager& manager);
 /** The depth camera's frames as messages to a page, five a second while it runs. For one thread. */
 class DepthFeed {
  public:
-  /** See DepthView; `sensor` is the camera's, empty for none. */
-  DepthFeed(boost::shared_ptr<QVBroker> broker, std::string sensor);
+  /** See DepthView; `sensor` is the camera's, empty for none. The session must outlive it. */
+  DepthFeed(const session::Session& session, std::string sensor);
 
   /** A message, if one is due. */
   std::optional<std::string> next(const session::Snapshot& snapshot);
   /** No more for now. */
-  void rest() { view.rest(); }
-  bool isResting() const { return view.isResting(); }
+  void rest() { view->rest(); }
+  bool isResting() const { return view->isResting(); }
 
  private:
+  const session::Session& session;
   const std::string sensor;
-  DepthView view;
+  /** Another when a recording is played from its start again. */
+  boost::shared_ptr<QVBroker> broker;
+  std::unique_ptr<DepthView> view;
   DepthPainter painter;
   std::chrono::steady_clock::time_point due = {};
 };

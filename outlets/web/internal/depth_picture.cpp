@@ -4,7 +4,7 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include "platform/vision/video_codes.h"
+#include "platform/vision/qv_image.h"
 
 namespace QV::outlets {
 namespace {

@@ -7,7 +7,6 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/qv_video_device_proxy.h"
 #include "platform/vision/qv_image.h"
-#include "platform/vision/video_codes.h"
 
 namespace QV::outlets {
 namespace {

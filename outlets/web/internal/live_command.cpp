@@ -103,6 +103,11 @@ const std::map<std::string, Kind>& kinds() {
         }}},
       {"stop", {{}, [](const Fields&) { return session::StopCommand{}; }}},
       {"pause", {{"on"}, [](const Fields& f) { return session::PauseCommand{f.flag("on")}; }}},
+      {"seek",
+       {{"time"},
+        [](const Fields& f) {
+          return session::SeekCommand{f.number("time", 0.0, session::kLongestRecording)};
+        }}},
       {"step", {{}, [](const Fields&) { return session::StepCommand{}; }}},
       {"speed",
        {{"value"},

@@ -61,6 +61,11 @@ Json toJson(const session::TouchState& touch) {
           {"since", rounded(touch.since)}};
 }
 
+Json toJson(const std::optional<session::RecordingPlace>& place) {
+  if (!place) return {};
+  return {{"time", rounded(place->time)}, {"length", rounded(place->length)}};
+}
+
 Json toJson(const ko::log::Record& line) {
   const bool verbose = line.level == ko::log::Level::verbose;
   return {{"time", inNanoseconds(line.timestamp)},
@@ -97,7 +102,7 @@ Json describeWorld(session::Session& robot) {
           {"title", robot.getTitle()},
           {"map", robot.getMap() ? toJson(*robot.getMap()) : Json()},
           {"radius", rounded(robot.getRadius())},
-          {"canDrive", true},
+          {"canDrive", !robot.getLength()},
           {"hasPeople", !robot.look().people.empty()},
           {"families", families},
           {"colours", std::move(colours)},
@@ -118,6 +123,7 @@ std::string pageStateOf(const session::Snapshot& snapshot) {
                  {"time", inNanoseconds(snapshot.time)},
                  {"paused", snapshot.paused},
                  {"speed", snapshot.speed},
+                 {"recording", toJson(snapshot.recording)},
                  {"pose", roundedPoseOf(snapshot.pose)},
                  {"velocity", roundedPoseOf(snapshot.velocity)},
                  {"goal", toJson(snapshot.goal)},

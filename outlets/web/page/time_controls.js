@@ -1,4 +1,4 @@
-// Simulated time: what it is, pause, one step, speed.
+// Simulated time: what it is, pause, one step, speed; of a recording, a line to drag along.
 
 import { byId, setAttribute, setText } from './dom.js';
 import { clockText } from './format.js';
@@ -10,6 +10,7 @@ export class TimeControls {
   #send;
   #paused = new Held(false);
   #speed = new Held(1);
+  #dragging = false;
 
   constructor(send) {
     this.#send = send;
@@ -17,10 +18,14 @@ export class TimeControls {
     byId('pause').addEventListener('click', () => this.togglePause());
     byId('step').addEventListener('click', () => this.step());
     byId('speed').addEventListener('change', () => this.#chooseSpeed());
+    const place = byId('line-place');
+    place.addEventListener('input', () => this.#drag());
+    place.addEventListener('change', () => this.#drop());
     this.#show();
   }
 
-  setState({ time, paused, speed }) {
+  setState({ time, paused, speed, recording }) {
+    this.#showLine(recording);
     setText(byId('clock'), clockText(time));
     this.#paused.hear(paused);
     this.#speed.hear(speed);
@@ -35,6 +40,29 @@ export class TimeControls {
 
   step() {
     if (this.#paused.value) this.#send({ op: 'step' });
+  }
+
+  // What is heard meanwhile is not where the user wants to go.
+  #drag() {
+    this.#dragging = true;
+    this.#tellPlace(Number(byId('line-place').value), Number(byId('line-place').max));
+  }
+
+  #drop() {
+    this.#dragging = false;
+    this.#send({ op: 'seek', time: Number(byId('line-place').value) });
+  }
+
+  #showLine(recording) {
+    byId('line').hidden = !recording;
+    if (!recording || this.#dragging) return;
+    byId('line-place').max = String(recording.length);
+    byId('line-place').value = String(recording.time);
+    this.#tellPlace(recording.time, recording.length);
+  }
+
+  #tellPlace(time, length) {
+    setText(byId('line-text'), `${time.toFixed(1)} of ${length.toFixed(1)} s`);
   }
 
   #chooseSpeed() {

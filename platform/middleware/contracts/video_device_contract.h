@@ -2,7 +2,7 @@
 
 /**
  * The cameras, on both ends of a call. The numbers of cameras, resolutions and color spaces stand
- * in platform/vision/video_codes.h.
+ * in platform/vision/qv_image.h.
  */
 namespace QV::VideoDeviceContract {
 

@@ -12,6 +12,8 @@ class BagFile {
 
   virtual std::vector<const BagTopic*> getTopics() const = 0;
   virtual BagTimes getTimes() const = 0;
+  /** SQLite has no CRC. */
+  virtual void checkWhole() {}
   virtual std::optional<BagMessage> next() = 0;
   virtual void seek(std::uint64_t logTime) = 0;
   virtual const std::vector<BagMetadata>& getMetadata() const = 0;

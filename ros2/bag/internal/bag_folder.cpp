@@ -29,6 +29,10 @@ class BagFolder : public BagFile {
     return result;
   }
 
+  void checkWhole() override {
+    for (const auto& file : files) file->checkWhole();
+  }
+
   BagTimes getTimes() const override {
     BagTimes times = files.front()->getTimes();
     for (const auto& file : files) {

@@ -17,9 +17,12 @@ void expectSize(std::size_t expected, std::size_t given) {
                              std::to_string(given));
 }
 
+// To make one for each chunk would take longer than a small chunk does.
 void unpackZstd(BytesView packed, std::span<std::uint8_t> bytes) {
+  thread_local const std::unique_ptr<ZSTD_DCtx, std::size_t (*)(ZSTD_DCtx*)> context(
+      ZSTD_createDCtx(), ZSTD_freeDCtx);
   const std::size_t size =
-      ZSTD_decompress(bytes.data(), bytes.size(), packed.data(), packed.size());
+      ZSTD_decompressDCtx(context.get(), bytes.data(), bytes.size(), packed.data(), packed.size());
   if (ZSTD_isError(size)) throw std::runtime_error(std::string("zstd: ") + ZSTD_getErrorName(size));
   expectSize(bytes.size(), size);
 }
@@ -30,11 +33,18 @@ std::size_t checkLz4(std::size_t result) {
   return result;
 }
 
-void unpackLz4(BytesView packed, std::span<std::uint8_t> bytes) {
+using Lz4Context = std::unique_ptr<LZ4F_dctx, LZ4F_errorCode_t (*)(LZ4F_dctx*)>;
+
+Lz4Context makeLz4Context() {
   LZ4F_dctx* context = nullptr;
   checkLz4(LZ4F_createDecompressionContext(&context, LZ4F_VERSION));
-  const std::unique_ptr<LZ4F_dctx, LZ4F_errorCode_t (*)(LZ4F_dctx*)> owner(
-      context, LZ4F_freeDecompressionContext);
+  return {context, LZ4F_freeDecompressionContext};
+}
+
+void unpackLz4(BytesView packed, std::span<std::uint8_t> bytes) {
+  thread_local const auto owner = makeLz4Context();
+  LZ4F_dctx* const context = owner.get();
+  LZ4F_resetDecompressionContext(context);
   std::size_t written = 0;
   std::size_t read = 0;
   std::size_t hint = 1;

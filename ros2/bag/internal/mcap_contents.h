@@ -29,6 +29,8 @@ class McapContents {
   /** Where their records stand. */
   std::vector<std::uint64_t> metadata;
   std::vector<std::uint64_t> attachments;
+  /** Of the record behind all data; nothing where the file is cut. */
+  std::optional<std::uint64_t> dataEnd;
   /** By channel. */
   std::map<std::uint16_t, BagTopic> topics;
 

@@ -1,13 +1,16 @@
 #include <algorithm>
+#include <cstring>
 #include <queue>
 #include <stdexcept>
 
+#include "ros2/bag/internal/crc32.h"
 #include "ros2/bag/internal/loaded_block.h"
 #include "ros2/bag/internal/mcap_contents.h"
 
 namespace QV::ros2 {
 namespace {
 
+constexpr std::uint64_t kMostDataEnd = 1024;
 constexpr std::uint64_t kMostMetadata = std::uint64_t{64} << 20;
 
 /** Merges the messages of blocks whose times may overlap; no more are in memory than it takes. */
@@ -29,6 +32,16 @@ class McapFile : public BagFile {
   }
   const std::vector<BagMetadata>& getMetadata() const override { return metadata; }
   const BagDamage& getDamage() const override { return damage.get(); }
+
+  void checkWhole() override {
+    if (!contents.dataEnd) return;
+    const Bytes content = readRecord(*source, *contents.dataEnd, mcap::Op::dataEnd, kMostDataEnd);
+    std::uint32_t expected = 0;
+    if (content.size() < sizeof expected) return;
+    std::memcpy(&expected, content.data(), sizeof expected);
+    if (expected != 0 && xCrcTo(*contents.dataEnd) != expected)
+      damage.add(*contents.dataEnd, "the CRC of all before is wrong");
+  }
 
   BagTimes getTimes() const override {
     BagTimes times;
@@ -83,6 +96,18 @@ class McapFile : public BagFile {
       return std::pair(time, index) > std::pair(other.time, other.index);
     }
   };
+
+  std::uint32_t xCrcTo(std::uint64_t end) const {
+    constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
+    Bytes bytes;
+    std::uint32_t crc = 0;
+    for (std::uint64_t place = 0; place < end; place += bytes.size()) {
+      bytes.resize(static_cast<std::size_t>(std::min(kPiece, end - place)));
+      source->read(place, bytes);
+      crc = crc32(bytes, crc);
+    }
+    return crc;
+  }
 
   void xExpectMagic(const std::string& path) const {
     std::array<std::uint8_t, mcap::kMagic.size()> magic{};

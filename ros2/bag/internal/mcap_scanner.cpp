@@ -1,6 +1,7 @@
 #include <algorithm>
 #include <stdexcept>
 
+#include "ros2/bag/internal/find_chunk.h"
 #include "ros2/bag/internal/loaded_block.h"
 #include "ros2/bag/internal/mcap_contents.h"
 
@@ -20,6 +21,7 @@ class Scanner {
 
   McapContents scan() {
     while (const auto head = xReadHead()) {
+      if (head->op == Op::dataEnd) contents.dataEnd = position;
       if (head->op == Op::dataEnd || head->op == Op::footer) break;
       xScanRecord(*head);
     }
@@ -28,17 +30,31 @@ class Scanner {
   }
 
  private:
-  /** Nothing where the file is cut. */
+  /** Nothing where the file is cut, and no chunk is found behind. */
   std::optional<mcap::Head> xReadHead() {
-    const std::uint64_t left = source.getSize() - position;
-    if (left >= kHeadSize) {
-      std::uint8_t bytes[kHeadSize];
-      source.read(position, bytes);
-      const mcap::Head head = mcap::parseHead(bytes);
-      if (head.op != Op{0} && head.length <= left - kHeadSize) return head;
+    const auto head = xHeadAt(position);
+    const bool isChunk = head && head->op == Op::chunk;
+    if (head && head->op != Op{0} && (!isChunk || isWholeChunk(source, position))) return head;
+    const auto next = findChunk(source, position + 1);
+    if (!next) {
+      damage.add(position, "the file is cut here");
+      return std::nullopt;
     }
-    damage.add(position, "the file is cut here");
-    return std::nullopt;
+    damage.addChunk(
+        position, "no record that ends where it says; read on from byte " + std::to_string(*next));
+    xEndRun();
+    position = *next;
+    return xHeadAt(position);
+  }
+
+  std::optional<mcap::Head> xHeadAt(std::uint64_t place) const {
+    const std::uint64_t left = source.getSize() - place;
+    if (left < kHeadSize) return std::nullopt;
+    std::uint8_t bytes[kHeadSize];
+    source.read(place, bytes);
+    const mcap::Head head = mcap::parseHead(bytes);
+    if (head.length > left - kHeadSize) return std::nullopt;
+    return head;
   }
 
   void xScanRecord(const mcap::Head& head) {

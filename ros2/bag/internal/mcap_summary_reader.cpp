@@ -82,6 +82,17 @@ class SummaryReader {
   std::optional<mcap::Statistics> statistics;
 };
 
+/** The record that all data ends with, right before the summary. */
+std::optional<std::uint64_t> findDataEnd(const ByteSource& source, const mcap::Footer& footer) {
+  constexpr std::uint64_t kSize = kHeadSize + sizeof(std::uint32_t);
+  if (footer.summaryStart < kMagic.size() + kSize) return std::nullopt;
+  std::uint8_t bytes[kHeadSize];
+  source.read(footer.summaryStart - kSize, bytes);
+  const auto [op, length] = mcap::parseHead(bytes);
+  if (op != Op::dataEnd || length != sizeof(std::uint32_t)) return std::nullopt;
+  return footer.summaryStart - kSize;
+}
+
 void checkHeads(const ByteSource& source, const std::vector<McapBlock>& blocks) {
   for (const McapBlock& block : blocks) {
     std::uint8_t bytes[kHeadSize];
@@ -101,6 +112,7 @@ std::optional<McapContents> readSummary(const ByteSource& source, const McapLimi
   SummaryReader summary(footer);
   walkRecords(bytes, [&](Op op, BytesView content) { summary.add(op, content); });
   McapContents contents = summary.finish();
+  contents.dataEnd = findDataEnd(source, footer);
   // An index under a CRC knows better than a damaged chunk does.
   if (footer.crc == 0) checkHeads(source, contents.blocks);
   return contents;

@@ -54,8 +54,10 @@ class SqliteFile : public BagFile {
   }
 
   std::optional<BagMessage> next() override {
-    while (const int result = xStep()) {
-      if (result != SQLITE_ROW) return std::nullopt;
+    while (!hasEnded) {
+      // A statement that is done would begin again.
+      hasEnded = xStep() != SQLITE_ROW;
+      if (hasEnded) break;
       const auto topic = topics.find(sqlite3_column_int64(messages.get(), 0));
       if (topic != topics.end()) return xMessage(topic->second);
       damage.addMessages(static_cast<std::uint64_t>(sqlite3_column_int64(messages.get(), 3)), 1,
@@ -65,6 +67,7 @@ class SqliteFile : public BagFile {
   }
 
   void seek(std::uint64_t logTime) override {
+    hasEnded = false;
     messages = xPrepare(
         "SELECT topic_id, timestamp, data, id FROM messages WHERE timestamp >= ? "
         "ORDER BY timestamp, id");
@@ -125,6 +128,7 @@ class SqliteFile : public BagFile {
   std::map<std::int64_t, BagTopic> topics;
   Statement messages{nullptr, sqlite3_finalize};
   std::vector<BagMetadata> metadata;
+  bool hasEnded = false;
 };
 
 }  // namespace

@@ -7,7 +7,7 @@
 namespace QV::ros2 {
 namespace {
 
-constexpr std::size_t kHeadSize = 4;
+constexpr std::size_t kCdrHead = 4;
 constexpr std::size_t kMostPadding = 3;
 
 /** Of one element on the wire, without padding. */
@@ -21,11 +21,11 @@ std::size_t leastElementBytes(const Field& field) {
 
 CdrReader::CdrReader(BytesView cdr, const std::string& typeName)
     : cdr(cdr), typeName(typeName), position(0) {
-  xExpect(kHeadSize);
+  xExpect(kCdrHead);
   if (cdr[0] != 0 || cdr[1] > 1)
     xFail("encoding 0 or 1 expected, " + std::to_string(cdr[0] * 256 + cdr[1]) + " given");
   swapped = cdr[1] == 0;
-  position = kHeadSize;
+  position = kCdrHead;
 }
 
 void CdrReader::read(const MessageType::Layout& layout, std::uint8_t* message) {
@@ -103,7 +103,7 @@ std::uint32_t CdrReader::xReadLength() {
 }
 
 void CdrReader::xAlign(std::size_t size) {
-  const std::size_t padding = (size - (position - kHeadSize) % size) % size;
+  const std::size_t padding = (size - (position - kCdrHead) % size) % size;
   xExpect(padding);
   position += padding;
 }

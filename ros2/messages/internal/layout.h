@@ -162,8 +162,8 @@ struct Member {
 
 /** All fields of `Message` in their order; only the last may be left out. */
 template <typename Message>
-std::unique_ptr<const MessageType::Layout> layoutOf(
-    const char* name, std::initializer_list<Member<Message>> members) {
+std::unique_ptr<const MessageType::Layout> layoutOf(const char* name,
+                                                    const std::vector<Member<Message>>& members) {
   std::vector<Field> fields;
   for (const auto& member : members) fields.push_back(member.field);
   return std::make_unique<const MessageType::Layout>(

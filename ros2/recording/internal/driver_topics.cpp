@@ -9,7 +9,6 @@
 #include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/model/sensor_properties.h"
 #include "platform/vision/qv_image.h"
-#include "platform/vision/video_codes.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/conversions.h"

@@ -60,7 +60,9 @@ void FrameTopics::xWriteMountings(const session::Session& session) {
 }
 
 void FrameTopics::writeStep(const robot::BodyStep& step, ko::Clock::time_point time) {
-  const Math::Pose2D drift = step.pose * Math::pinv(step.odometry);
+  // Exactly none where there is none: a recording is played to where the robot was.
+  const Math::Pose2D drift =
+      step.pose == step.odometry ? Math::Pose2D() : step.pose * Math::pinv(step.odometry);
   const tf2_msgs::TFMessage transforms{{stamped(time, kMap, kOdometry, poseOf(drift)),
                                         stamped(time, kOdometry, base, poseOf(step.odometry))}};
   writer.write(tf, logTimeOf(time), transforms);

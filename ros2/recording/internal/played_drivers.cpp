@@ -11,13 +11,15 @@
 #include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/model/model_utils.h"
 #include "platform/model/sensor_properties.h"
-#include "platform/vision/video_codes.h"
+#include "platform/vision/qv_image.h"
 #include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/robot_model_service.h"
 #include "ros2/recording/internal/sensor_sorts.h"
 
 namespace QV::ros2 {
 namespace {
+
+constexpr ko::Duration kImagePeriod{100'000'000};
 
 const std::string& descriptionOf(const RunReader& reader) {
   if (!reader.getDescription().empty()) return reader.getDescription();
@@ -55,6 +57,10 @@ PlayedDrivers::~PlayedDrivers() {
   beat.stop();
   other.stop();
   if (sonars) sonars->setSource({});
+  // Who still holds the modules gets no images any more.
+  const auto count = static_cast<int>(camerasOf(model).size());
+  for (int index = kDepthCamera; index < kDepthCamera + count; ++index)
+    cameras->removeCamera(index);
   try {
     if (!isLog) xAddLaserModes();
   } catch (const std::exception& error) {
@@ -114,18 +120,26 @@ float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
   auto& told = ranges[sonar];
   while (!told.empty() && told.front().time < now) told.pop_front();
   while (told.size() > 1 && told[1].time == now) told.pop_front();
-  if (!told.empty() && told.front().time == now) return told.front().range;
+  if (!told.empty() && told.front().time == now) {
+    const InputWrite& write = told.front().write;
+    if (write.value.isFloat() || write.value.isInt()) return write.value.toFloat();
+    // One that does not answer leaves no number.
+    memory->insertData(write.key, write.value);
+  }
   throw std::runtime_error("nothing was recorded of it");
 }
 
+// At a time of its own each image was asked for; between two of a sensor's, others get the last.
 void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t>& depth,
                                ko::Clock::time_point& time) {
-  auto& shown = getReader().images[camera];
-  while (!shown.empty() && shown.front().time < time) shown.pop_front();
-  if (shown.empty() || shown.front().time != time)
+  auto& waiting = getReader().images[camera];
+  auto& last = shown[camera];
+  for (; !waiting.empty() && waiting.front().time <= time; waiting.pop_front())
+    last = std::move(waiting.front());
+  if (last.depth.empty() || time - last.time >= kImagePeriod)
     throw std::runtime_error("nothing was recorded of it");
-  depth = shown.front().depth;
-  time = shown.front().stamp;
+  depth = last.depth;
+  time = last.stamp;
 }
 
 // A beat ahead: what is told between two beats is known when its moment comes.
@@ -142,7 +156,7 @@ void PlayedDrivers::xTakeInputs() {
     const auto isSonars = [&](const InputWrite& write) {
       const auto sonar = sonarOfKey.find(write.key);
       if (isLog || sonar == sonarOfKey.end()) return false;
-      ranges[sonar->second].push_back({told.time, write.value.toFloat()});
+      ranges[sonar->second].push_back({told.time, write});
       return told.time > getReader().getFacts().start;
     };
     std::erase_if(told.writes, isSonars);
@@ -163,7 +177,14 @@ void PlayedDrivers::makeStep() {
 }
 
 void PlayedDrivers::xTell(const RunInputs& told) {
-  for (const InputWrite& write : told.writes) xWrite(write);
+  for (const InputWrite& write : told.writes) {
+    try {
+      xWrite(write);
+    } catch (const std::exception& error) {
+      if (refused.insert(write.key).second)
+        ko::log::warning("Recording", "play") << write.key << ": " << error.what();
+    }
+  }
   if (!told.stepped) return;
   motion->setRobotVelocity(told.velocity);
   if (!isLog) motion->setGroundPose(Math::Transform());
@@ -175,7 +196,6 @@ void PlayedDrivers::xWrite(const InputWrite& write) {
   // Blind zones raise it themselves, once more.
   if (write.key == NavigationContract::kMotionDetectedEvent) return memory->declareEvent(write.key);
   if (write.raised) return memory->raiseEvent(write.key, write.value);
-  if (!write.value.isValid()) return memory->declareEvent(write.key);
   memory->insertData(write.key, write.value);
 }
 

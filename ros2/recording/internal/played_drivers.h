@@ -10,7 +10,7 @@
 #include <boost/shared_ptr.hpp>
 
 #include "platform/ko/periodic_task.h"
-#include "platform/middleware/scoped_module.h"
+#include "platform/middleware/qv_broker.h"
 #include "robot/services/internal/device_manager.h"
 #include "robot/services/internal/laser_mode_actuator.h"
 #include "robot/services/internal/motion_service.h"
@@ -41,7 +41,7 @@ class PlayedDrivers : public PlayedRobot {
  private:
   struct Ranged {
     ko::Clock::time_point time;
-    float range;
+    InputWrite write;
   };
 
   void xSortSensors();
@@ -69,12 +69,15 @@ class PlayedDrivers : public PlayedRobot {
   /** By the key, the name of the sonar that has it; by the name, what it measures. */
   std::map<std::string, std::string> sonarOfKey;
   std::map<std::string, std::deque<Ranged>> ranges;
+  std::map<std::string, RunImage> shown;
   std::set<std::string> modeKeys;
   std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> modes;
   boost::shared_ptr<robot::SonarDriver> sonars;
   /** What is not told by the body's beat waits for its own moment. */
   std::deque<RunInputs> steps;
   std::deque<RunInputs> others;
+  /** Keys whose values a damaged recording made nonsense of; each is told once. */
+  std::set<std::string> refused;
   ko::PeriodicTask beat;
   ko::PeriodicTask other;
   boost::shared_ptr<sensor::NavigationModule> navigation;

@@ -1,35 +1,31 @@
 #include "ros2/recording/internal/played_robot.h"
 
-#include <algorithm>
 #include <exception>
+#include <stdexcept>
 #include <utility>
 
 #include "platform/ko/log.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/played_drivers.h"
 #include "ros2/recording/internal/played_poses.h"
-#include "session/usage_error.h"
 
 namespace QV::ros2 {
+namespace {
+
+// The beats of all sensors go on in a gap; in one that is none this would take for ever.
+constexpr ko::Duration kLongestGap{3'600'000'000'000};
+
+}  // namespace
 
 PlayedRobot::PlayedRobot(std::unique_ptr<RunReader> reader) : reader(std::move(reader)) {}
 
-void PlayedRobot::setPose(const Math::Pose2D&) {
-  throw session::UsageError("a robot that can be moved expected, a recording given");
-}
-
-void PlayedRobot::drive(const Math::Pose2D& velocity) {
-  if (velocity == Math::Pose2D()) return;
-  throw session::UsageError("a robot that can be driven expected, a recording given");
-}
-
-void PlayedRobot::follow(const session::PathFollower&, double) {
-  throw session::UsageError("a robot that can be driven expected, a recording given");
-}
-
 std::optional<ko::Clock::time_point> PlayedRobot::getNextStep() const {
   if (!reader->readEvent()) return std::nullopt;
-  return reader->events.front().time;
+  const auto due = reader->events.front().time;
+  if (due - ko::Clock::now() > kLongestGap)
+    throw std::runtime_error("a recording expected without a gap of more than an hour, one at " +
+                             std::to_string(logTimeOf(due)) + " ns given");
+  return due;
 }
 
 void PlayedRobot::makeStep() {
@@ -65,12 +61,8 @@ void PlayedRobot::xExecute(const qv_msgs::Command& command) {
   }
 }
 
-double PlayedRobot::getShareDone() const {
-  const BagTimes times = reader->getBag().getTimes();
-  const auto whole = static_cast<double>(times.end - times.start);
-  const auto done =
-      static_cast<double>(logTimeOf(ko::Clock::now())) - static_cast<double>(times.start);
-  return whole > 0.0 ? std::clamp(done / whole, 0.0, 1.0) : 1.0;
+ko::Clock::time_point PlayedRobot::getStart() const {
+  return timeOf(getBag().getTimes().start);
 }
 
 const std::vector<Math::MetricalData>* PlayedRobot::getRecorded() const {

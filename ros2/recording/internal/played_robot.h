@@ -4,16 +4,16 @@
 #include <optional>
 #include <string>
 
+#include "ros2/recording/internal/bag_robot.h"
 #include "ros2/recording/internal/run_reader.h"
-#include "session/internal/session_robot.h"
 
 namespace QV::ros2 {
 
 /**
  * A robot whose run has been recorded by this library: what was measured and asked then goes into
- * its modules and its manager once more, at the times of then. It can't be driven: UsageError.
+ * its modules and its manager once more, at the times of then.
  */
-class PlayedRobot : public session::SessionRobot {
+class PlayedRobot : public BagRobot {
  public:
   explicit PlayedRobot(std::unique_ptr<RunReader> reader);
 
@@ -25,20 +25,13 @@ class PlayedRobot : public session::SessionRobot {
   float getRadius() const override { return reader->getFacts().radius; }
   session::DriverPeriods getDriverPeriods() const override { return reader->getFacts().periods; }
 
-  void setPose(const Math::Pose2D& newPose) override;
-  void drive(const Math::Pose2D& velocity) override;
-  void follow(const session::PathFollower& path, double seconds) override;
-
   std::optional<ko::Clock::time_point> getNextStep() const override;
   void makeStep() override;
-  bool isRecording() const override { return true; }
   bool isAmidSteps() const override { return !isAtLook; }
-  double getShareDone() const override;
 
-  /** What was recorded of the look that the last step made; nothing if it made none. */
-  const std::vector<Math::MetricalData>* getRecorded() const;
-  const BagDamage& getDamage() const { return reader->getBag().getDamage(); }
-  BagTimes getTimes() const { return reader->getBag().getTimes(); }
+  const BagReader& getBag() const override { return reader->getBag(); }
+  ko::Clock::time_point getStart() const override;
+  const std::vector<Math::MetricalData>* getRecorded() const override;
 
  protected:
   RunReader& getReader() const { return *reader; }

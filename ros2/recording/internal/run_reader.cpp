@@ -7,6 +7,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "ros2/recording/internal/bag_robot.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/topic_names.h"
 
@@ -46,6 +47,7 @@ RunReader::RunReader(const std::string& path)
     if (attachment && attachment->name == kExactMap)
       map = boost::make_shared<OccupancyMap>(mapOf(*attachment));
   }
+  if (!map && !facts.sort.starts_with("simulated ")) map = makeUnknownMap();
 }
 
 void RunReader::readInputsTo(ko::Clock::time_point time) {

@@ -7,7 +7,7 @@
 
 #include "platform/math/position.h"
 #include "platform/vision/internal/component_runs.h"
-#include "platform/vision/video_codes.h"
+#include "platform/vision/qv_image.h"
 
 namespace QV::sensor {
 

@@ -2,8 +2,8 @@
 
 #include <cmath>
 
+#include "platform/ko/clock.h"
 #include "platform/ko/log.h"
-#include "platform/ko/os.h"
 #include "platform/math/internal/truncated.h"
 #include "platform/middleware/contracts/device_manager_contract.h"
 

@@ -6,7 +6,7 @@
 #include <optional>
 #include <thread>
 
-#include "platform/ko/os.h"
+#include "platform/ko/clock.h"
 #include "tests/platform/ko/pool_hold.h"
 #include "tests/platform/ko/timeline.h"
 #include "tests/support/log_capture.h"

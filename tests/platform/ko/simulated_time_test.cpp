@@ -2,9 +2,9 @@
 
 #include <thread>
 
+#include "platform/ko/clock.h"
 #include "platform/ko/internal/event_loop.h"
 #include "platform/ko/internal/strand.h"
-#include "platform/ko/os.h"
 #include "platform/ko/periodic_task.h"
 #include "tests/platform/ko/pool_hold.h"
 #include "tests/platform/ko/timeline.h"

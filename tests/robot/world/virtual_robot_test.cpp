@@ -12,7 +12,6 @@
 #include "platform/middleware/qv_proxy.h"
 #include "platform/middleware/qv_video_device_proxy.h"
 #include "platform/vision/qv_image.h"
-#include "platform/vision/video_codes.h"
 #include "tests/robot/world/room.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/vocabulary.h"

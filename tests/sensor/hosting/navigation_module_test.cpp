@@ -4,8 +4,8 @@
 #include <thread>
 
 #include "platform/ko/simulated_time.h"
+#include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_memory_proxy.h"
-#include "platform/middleware/scoped_module.h"
 #include "sensor/hosting/record_value.h"
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"

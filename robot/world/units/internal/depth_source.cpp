@@ -7,7 +7,7 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/model/sensor_properties.h"
-#include "platform/vision/video_codes.h"
+#include "platform/vision/qv_image.h"
 #include "robot/world/chance/range_noise.h"
 #include "robot/world/units/internal/people_unit.h"
 #include "robot/world/units/internal/unit_services.h"

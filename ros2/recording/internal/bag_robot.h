@@ -1,0 +1,33 @@
+#pragma once
+
+#include <set>
+#include <string>
+#include <vector>
+
+#include "ros2/bag/bag_reader.h"
+#include "session/internal/session_robot.h"
+
+namespace QV::ros2 {
+
+/** A robot that a recording is played to. It can't be driven or put elsewhere: UsageError. */
+class BagRobot : public session::SessionRobot {
+ public:
+  void setPose(const Math::Pose2D& newPose) override;
+  void drive(const Math::Pose2D& velocity) override;
+  void follow(const session::PathFollower& path, double seconds) override;
+
+  bool isRecording() const override { return true; }
+  double getShareDone() const override;
+  std::optional<ko::Duration> getLength() const override;
+
+  virtual const BagReader& getBag() const = 0;
+  /** The records that were recorded at this moment; null if none were. */
+  virtual const std::vector<Math::MetricalData>* getRecorded() const { return nullptr; }
+  /** Whether a sensor has been told something by the last step, and not before only. */
+  virtual bool isNew(const std::string&) const { return true; }
+};
+
+/** What of the world a robot without a map knows: nothing, 30 m around its start. */
+boost::shared_ptr<OccupancyMap> makeUnknownMap();
+
+}  // namespace QV::ros2

@@ -1,0 +1,21 @@
+#pragma once
+
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+#include "platform/math/position.h"
+#include "ros2/messages/sensor_msgs.h"
+
+namespace QV::ros2 {
+
+/** The finite points of a cloud; std::runtime_error for one without x, y and z as numbers. */
+std::vector<Math::Position3D> pointsOf(const sensor_msgs::PointCloud2& cloud);
+
+/** Whether a robot could run into it: it is neither floor nor above a robot's head. */
+bool isObstacle(const Math::Position3D& inBase, bool knowsFloor);
+
+/** In millimetres, 0 for nothing; std::runtime_error for an image that is no depth image. */
+cv::Mat_<std::uint16_t> depthOf(const sensor_msgs::Image& image);
+
+}  // namespace QV::ros2

@@ -1,0 +1,147 @@
+#include "ros2/recording/run_recorder.h"
+
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <random>
+#include <sys/resource.h>
+
+#include <gmock/gmock.h>
+
+#include "platform/ko/log.h"
+#include "ros2/bag/bag_reader.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/messages/sensor_msgs.h"
+#include "tests/ros2/bag/small_bag.h"
+#include "tests/ros2/recording/recorded_run.h"
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace QV::ros2 {
+namespace {
+
+using test::recordRun;
+
+std::string bytesOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/** The last message of each topic, and how many there were. */
+struct Contents {
+  explicit Contents(const std::string& path) : reader(path) {
+    while (const auto message = reader.next()) {
+      ++counts[message->topic->name];
+      last[message->topic->name] = Bytes(message->data.begin(), message->data.end());
+    }
+  }
+  template <typename Message>
+  Message get(const std::string& topic) const {
+    return fromCdr<Message>(last.at(topic));
+  }
+
+  BagReader reader;
+  std::map<std::string, std::size_t> counts;
+  std::map<std::string, Bytes> last;
+};
+
+struct RunRecorderTest : testing::Test {
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "run.mcap";
+};
+
+TEST_F(RunRecorderTest, theSameSeedGivesTheSameBytes) {
+  for (const std::string& file : {path, folder / "again.mcap"})
+    recordRun(*session::openVirtual("porter", test::busyWorld()), file, 10);
+  EXPECT_EQ(bytesOf(path), bytesOf(folder / "again.mcap"));
+}
+
+TEST_F(RunRecorderTest, othersFindMapFramesMeasurementsAndPoints) {
+  const auto session = session::openVirtual("porter", test::busyWorld());
+  recordRun(*session, path, 20);
+  const Contents sut(path);
+
+  const auto map = sut.get<nav_msgs::OccupancyGrid>("/map");
+  EXPECT_EQ(map.data.size(), session->getMap()->getCells().size());
+  EXPECT_EQ(map.info.resolution, session->getMap()->getResolution());
+
+  const auto scan = sut.get<sensor_msgs::LaserScan>("/FrontLaser/scan");
+  EXPECT_EQ(scan.ranges.size(), 15u);
+  EXPECT_FLOAT_EQ(scan.angle_min, -0.525f);
+  const auto points = session->getManager().getMetricalData("FrontLaser").front().points;
+  ASSERT_FALSE(points.empty());
+  EXPECT_THAT(scan.ranges,
+              testing::Contains(testing::FloatEq(std::hypot(points.front().x, points.front().y))));
+
+  EXPECT_EQ(sut.get<sensor_msgs::Range>("/FrontSonar/range").max_range, 4.0f);
+  const auto info = sut.get<sensor_msgs::CameraInfo>("/DepthCamera/camera_info");
+  EXPECT_NEAR(2.0 * std::atan(0.5 * info.width / info.k[0]), 1.02, 1e-6);
+  const auto image = sut.get<sensor_msgs::Image>("/DepthCamera/image");
+  EXPECT_EQ(image.data.size(), std::size_t{2} * image.width * image.height);
+  EXPECT_FALSE(sut.get<vision_msgs::Detection3DArray>("/people").detections.empty());
+
+  const auto frames = sut.get<tf2_msgs::TFMessage>("/tf").transforms;
+  EXPECT_EQ(frames.at(0).header.frame_id, "map");
+  EXPECT_EQ(frames.at(1).child_frame_id, "base");
+  const auto mounted = sut.get<tf2_msgs::TFMessage>("/tf_static").transforms;
+  EXPECT_THAT(mounted, testing::Contains(testing::Field(
+                           &geometry_msgs::TransformStamped::child_frame_id, "FrontLaser")));
+  const auto views = sut.get<visualization_msgs::MarkerArray>("/fields_of_view").markers;
+  EXPECT_THAT(views,
+              testing::Contains(testing::Field(&visualization_msgs::Marker::ns, "FrontLaser")));
+  EXPECT_GT(sut.get<sensor_msgs::PointCloud2>("/FrontLaser/points").width, 0u);
+  EXPECT_EQ(sut.counts.at("/qv/records"), 20u);
+}
+
+TEST_F(RunRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
+  std::vector<std::string> errors;
+  const ko::log::ScopedSink sink(
+      ko::log::Level::error, [&](const ko::log::Record& line) { errors.push_back(line.message); });
+  test::ChildProcess process;
+  process.start([&] {
+    const rlimit most{200'000, 200'000};
+    setrlimit(RLIMIT_FSIZE, &most);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const auto own = session::openVirtual("porter", test::busyWorld());
+    errors.clear();
+    RunRecorder recorder(path, *own);
+    own->subscribe("test", own->getManager().getFamilyNames());
+    for (int i = 0; i < 30; ++i) {
+      own->run(boost::chrono::milliseconds(100));
+      recorder.show(own->look());
+    }
+    recorder.finish();
+    const bool isTold =
+        errors.size() == 1 && errors[0].find("the run goes on") != std::string::npos;
+    _exit(recorder.hasFailed() && isTold ? 0 : 1);
+  });
+  EXPECT_EQ(process.awaitEnd(), 0);
+  EXPECT_GT(readBagInfo(path).count, 100u);
+}
+
+// At a size of the file, as a test that waits for a time would be another one each time.
+TEST_F(RunRecorderTest, killedAtAnyMomentTheFileGivesAllWholeChunks) {
+  std::mt19937 random(1);
+  for (int run = 0; run < 200; ++run) {
+    std::filesystem::remove(path);
+    test::ChildProcess process;
+    process.start([&] {
+      test::SmallBag bag(path, {run % 2 == 0 ? Compression::zstd : Compression::none, 2'000});
+      bag.write(1'000'000);
+    });
+    const std::uintmax_t enough = 500 + random() % 20'000;
+    std::error_code error;
+    while (std::filesystem::file_size(path, error) < enough || error) continue;
+    process.signal(SIGKILL);
+    process.awaitEnd();
+
+    BagReader reader(path);
+    const auto numbers = test::numbersIn(reader);
+    for (std::size_t i = 0; i < numbers.size(); ++i) ASSERT_EQ(numbers[i], static_cast<int>(i));
+    EXPECT_EQ(reader.getDamage().chunks, 0u);
+    EXPECT_THAT(reader.getDamage().lines.front(), testing::HasSubstr("read without its index"));
+  }
+}
+
+}  // namespace
+}  // namespace QV::ros2

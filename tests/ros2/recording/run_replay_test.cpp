@@ -1,0 +1,172 @@
+#include "ros2/recording/run_replay.h"
+
+#include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
+
+#include "ros2/messages/report_msgs.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/messages/sensor_msgs.h"
+#include "session/usage_error.h"
+#include "tests/ros2/recording/recorded_run.h"
+#include "tests/support/temporary_folder.h"
+
+namespace QV::ros2 {
+namespace {
+
+using test::compareRun;
+using test::recordRun;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+// Everything that can be asked of a session's sensors, while it drives into a wall.
+void meddle(session::Session& session, int cycle) {
+  if (cycle == 0) session.drive(0.6f, 0.2f);
+  if (cycle == 5) session.enable("Laser", false);
+  if (cycle == 6) session.diagnose("DepthCamera", false);
+  if (cycle == 7) session.setFault(robot::parseFault("FrontSonar:off"));
+  if (cycle == 8) session.setDemand({{"page 1", {"FrontLaser", "BackSonar"}}});
+  if (cycle == 9) session.unsubscribe("test", {"Sonar", "HoleLaser"});
+  if (cycle == 10) session.enable("Laser", true);
+  if (cycle == 11) session.diagnose("DepthCamera", true);
+  if (cycle == 12) session.setFault(robot::parseFault("DepthCamera:delayed"));
+  if (cycle == 14) session.subscribe("another", {"Sonar"});
+  if (cycle == 16) session.setFault(robot::parseFault("RightLaser:garbage"));
+  if (cycle == 18) session.clearFault("FrontSonar");
+  if (cycle == 20) session.setDemand({});
+}
+
+/** Copies a recording, each message and metadata as `change` leaves them. */
+void copyBag(const std::string& from, const std::string& to, bool withMetadata,
+             const std::function<void(const BagTopic&, Bytes&)>& change) {
+  BagReader reader(from, BagOrder::file);
+  BagWriter writer(to);
+  std::map<const BagTopic*, std::uint16_t> topics;
+  if (withMetadata) {
+    for (const auto& metadata : reader.getMetadata())
+      if (metadata.name == "qv") writer.addMetadata(metadata.name, metadata.values);
+  }
+  while (const auto message = reader.next()) {
+    const auto known = topics.find(message->topic);
+    const auto topic = known != topics.end() ? known->second : writer.addTopic(*message->topic);
+    topics[message->topic] = topic;
+    Bytes data(message->data.begin(), message->data.end());
+    change(*message->topic, data);
+    writer.write(topic, message->logTime, message->publishTime, data);
+  }
+}
+
+struct RunReplayTest : testing::Test {
+  void recordPorter(int cycles) {
+    recordRun(*session::openVirtual("porter", test::busyWorld()), path, cycles, meddle);
+  }
+
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "run.mcap";
+  const std::string copy = folder / "copy.mcap";
+};
+
+TEST_F(RunReplayTest, virtualRobotsRecordsComeOutTheSameBitForBit) {
+  recordPorter(40);
+
+  const auto once = compareRun(path);
+  EXPECT_EQ(once.looks, 40);
+  EXPECT_GT(once.records, 300u);
+  EXPECT_EQ(once.difference, "");
+}
+
+TEST_F(RunReplayTest, simulatedRobotsAndTheirMapsComeOutTheSame) {
+  for (const int kind : {-1, 0, 1}) {
+    session::OpenOptions options;
+    options.map = boost::make_shared<OccupancyMap>(80, 60, 0.1f, Math::Pose2D(-1.0f, 0.5f, 0.3f),
+                                                   std::vector<float>(80 * 60, 0.1234f));
+    recordRun(*session::openSimulated(kind, options), path, 10,
+              [](session::Session& session, int cycle) {
+                session.setPose({0.2f * static_cast<float>(cycle), 2.0f, 0.37f});
+              });
+    const auto comparison = compareRun(path);
+    EXPECT_GT(comparison.records, 9u) << kind;
+    EXPECT_EQ(comparison.difference, "") << kind;
+  }
+}
+
+TEST_F(RunReplayTest, whatIsPlayedCanBeRecordedAndComesOutTheSameAgain) {
+  recordPorter(15);
+  {
+    RunReplay replay(path);
+    RunRecorder recorder(copy, replay.getSession());
+    while (replay.getSession().step()) recorder.show(replay.look());
+  }
+  const auto comparison = compareRun(copy);
+  EXPECT_EQ(comparison.looks, 15);
+}
+
+TEST_F(RunReplayTest, theFirstDifferenceIsNamedBySensorTimeAndField) {
+  recordPorter(10);
+  int look = 0;
+  copyBag(path, copy, true, [&](const BagTopic& topic, Bytes& data) {
+    if (topic.name != "/qv/records" || ++look != 4) return;
+    auto records = fromCdr<qv_msgs::Records>(data);
+    for (auto& record : records.records)
+      if (record.sensor_name == "LeftLaser") record.points.at(2).y += 0.5f;
+    data = toCdr(records);
+  });
+
+  EXPECT_THAT(compareRun(copy).difference, HasSubstr("LeftLaser at"));
+  EXPECT_THAT(compareRun(copy).difference, HasSubstr(": points[2].y is "));
+}
+
+TEST_F(RunReplayTest, otherInputsGiveOtherRecords) {
+  recordPorter(10);
+  int changed = 0;
+  copyBag(path, copy, true, [&](const BagTopic& topic, Bytes& data) {
+    if (topic.name != "/qv/inputs" || changed++ != 60) return;
+    auto inputs = fromCdr<qv_msgs::Inputs>(data);
+    for (std::size_t i = 0; i < inputs.numbers.size(); ++i) inputs.numbers[i] ^= 1LL << 40;
+    data = toCdr(inputs);
+  });
+  ASSERT_GT(changed, 60);
+  EXPECT_NE(compareRun(copy).difference, "");
+}
+
+TEST_F(RunReplayTest, aRecordingIsPlayedFromAnyPlaceAndBackwards) {
+  recordPorter(20);
+  RunReplay replay(path);
+  session::Session& sut = replay.getSession();
+  sut.seek(boost::chrono::milliseconds(2500));
+  EXPECT_NEAR(sut.look().recording->time, 2.5, 0.1);
+  sut.seek(boost::chrono::milliseconds(800));
+  EXPECT_NEAR(sut.look().recording->time, 0.8, 0.1);
+  while (sut.step()) ASSERT_FALSE(replay.compare());
+  EXPECT_THROW(sut.drive(1.0f, 0.0f), session::UsageError);
+}
+
+TEST_F(RunReplayTest, anotherRobotsTopicsMakeItsSensors) {
+  recordPorter(20);
+  copyBag(path, copy, false, [](const BagTopic&, Bytes&) {});
+
+  RunReplay replay(copy);
+  EXPECT_FALSE(replay.isOwn());
+  replay.begin();
+  std::map<std::string, std::size_t> points;
+  while (replay.getSession().step()) {
+    for (const auto& record : session::recordsOf(replay.look()))
+      points[record.sensorName] += record.points.size();
+  }
+  for (const char* const sensor : {"FrontLaser_scan", "FrontSonar_range", "BlindZone_contact",
+                                   "DepthCamera_image", "FrontLaser_points"})
+    EXPECT_GT(points[sensor], 0u) << sensor;
+}
+
+TEST_F(RunReplayTest, whatCanNotBePlayedIsRefusedByALineThatSaysWhy) {
+  { BagWriter(path).addTopic(makeBagTopic("/text", std_msgs::String::getType())); }
+  EXPECT_THAT([&] { RunReplay replay(path); },
+              testing::ThrowsMessage<std::runtime_error>(StartsWith(
+                  path + ": a topic of LaserScan, Range, a depth Image or PointCloud2")));
+  { BagWriter(path).addMetadata("qv", {{"version", "2"}}); }
+  EXPECT_THAT([&] { RunReplay replay(path); },
+              testing::ThrowsMessage<std::runtime_error>(
+                  path + ": a recording of version 1 expected, version \"2\" given"));
+}
+
+}  // namespace
+}  // namespace QV::ros2
