@@ -74,6 +74,8 @@ struct QV_API SensorKind {
   PointMeaning points = PointMeaning::scan;
   /** Whether a beam that met nothing gives no point, rather than one at the maximum range. */
   bool leavesOutMisses = false;
+  /** Whether it looks at the floor, which is the same wherever the robot goes. */
+  bool looksAtFloor = false;
   Silence silence = Silence::never;
   /** Whether it measures again and again, rather than telling of changes. */
   bool hasRate = true;

@@ -66,6 +66,7 @@ std::vector<SensorKind> standardRows() {
   SensorKind holeLaser = laser;
   holeLaser.type = 16;
   holeLaser.name = holeLaser.family = "HoleLaser";
+  holeLaser.looksAtFloor = true;
   holeLaser.properties = laserProperties(
       {{"inclination", Quantity::memoryKey, true}, {"status", Quantity::memoryKey, true}});
 

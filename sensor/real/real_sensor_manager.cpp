@@ -9,11 +9,14 @@
 #include "platform/middleware/contracts/device_manager_contract.h"
 #include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/middleware/contracts/robot_model_contract.h"
+#include "platform/middleware/dcm_proxy.h"
 #include "platform/middleware/qv_error.h"
+#include "platform/middleware/qv_motion_proxy.h"
 #include "platform/middleware/qv_proxy.h"
 #include "platform/model/model_utils.h"
 #include "platform/model/robot.h"
 #include "platform/model/sensor_properties.h"
+#include "sensor/core/internal/health_board.h"
 
 namespace QV::sensor {
 namespace {
@@ -35,6 +38,7 @@ RealSensorManager::RealSensorManager(boost::shared_ptr<QVBroker> robot, SensorFa
 }
 
 RealSensorManager::~RealSensorManager() {
+  healthTask.stop();
   updateTask.stop();
 }
 
@@ -43,8 +47,12 @@ void RealSensorManager::xInit() {
   xInitSensors();
   dcmPresent = broker->isModulePresent(DeviceManagerContract::kModule);
   updateTask.setName("MetricalSensors");
-  updateTask.setCallback([this] { xUpdateData(); });
+  updateTask.setCallback([this] { xRefresh(); });
   updateTask.setUsPeriod(std::int64_t{updatePeriodMs} * 1000);
+  healthTask.setName("SensorHealth");
+  healthTask.setCallback([this] { xLookAtHealth(); });
+  healthTask.setUsPeriod(std::int64_t{updatePeriodMs} * 1000);
+  healthTask.compensateCallbackTime(true);
 }
 
 void RealSensorManager::xInitSensors() {
@@ -78,6 +86,7 @@ void RealSensorManager::xCreate(const SensorOrder& order) {
         failed("a name of its own expected, another sensor is called \"" + name + "\"");
       }
       xAddSensor(sensor);
+      xDescribeHealth(*sensor, order);
     }
   } catch (const std::exception& exception) {
     failed(exception.what());
@@ -108,12 +117,50 @@ void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
   boost::lock_guard<boost::mutex> lock(updateMutex);
   if (anySensorOn == updateRunning) return;
   updateRunning = anySensorOn;
+  xHealth().setRefreshed(anySensorOn);
   if (anySensorOn) {
     updateTask.start(true);
+    xWatchHealth();
   } else {
     updateTask.stop();
     xSetData({});
   }
+}
+
+void RealSensorManager::xRefresh() const {
+  try {
+    xHealth().noteDeviceTime(ko::Clock::fromInt32ms(DCMProxy(broker).getTime(0)));
+    xHealth().noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
+  } catch (const std::exception&) {
+    // A robot that does not tell of its motion has sensors all the same.
+  }
+  xUpdateData();
+}
+
+void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder& order) {
+  using Model::PointMeaning;
+  const Model::SensorKind& kind = order.kind;
+  const bool isMoved =
+      kind.points != PointMeaning::touch && kind.points != PointMeaning::zone && !kind.looksAtFloor;
+  const Model::SensorProperties properties(order.config);
+  ko::Duration period = kind.period;
+  if (properties.has("period")) {
+    period = boost::chrono::duration_cast<ko::Duration>(
+        boost::chrono::duration<double>(properties.getNumber("period")));
+  }
+  xHealth().describe(sensor, {kind.points, kind.silence, kind.hasRate, isMoved}, period);
+}
+
+void RealSensorManager::xWatchHealth() {
+  boost::lock_guard<boost::mutex> lock(healthMutex);
+  if (!healthTask.isRunning()) healthTask.start(false);
+}
+
+// Ends itself, as whoever switches the last sensor off must not wait for what a change calls.
+void RealSensorManager::xLookAtHealth() {
+  xHealth().tick();
+  boost::lock_guard<boost::mutex> lock(healthMutex);
+  if (!updateRunning) healthTask.stop();
 }
 
 }  // namespace QV::sensor

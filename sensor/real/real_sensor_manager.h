@@ -51,15 +51,21 @@ class QV_API RealSensorManager : public SensorManager {
   void xInitSensors();
   void xCreate(const SensorOrder& order);
   void xAddSensor(boost::shared_ptr<Sensor> sensor);
+  void xDescribeHealth(const Sensor& sensor, const SensorOrder& order);
+  void xRefresh() const;
+  void xWatchHealth();
+  void xLookAtHealth();
 
   bool dcmPresent = false;
   std::atomic<bool> sensorsDebug{false};
   boost::shared_ptr<QVBroker> broker;
   SensorFactory factory;
-  bool updateRunning = false;
+  std::atomic<bool> updateRunning{false};
   boost::mutex updateMutex;
   std::int32_t updatePeriodMs = 100;
   ko::PeriodicTask updateTask;
+  boost::mutex healthMutex;
+  ko::PeriodicTask healthTask;
 };
 
 }  // namespace QV::sensor

@@ -47,7 +47,7 @@ std::string findNonsense(const Math::MetricalData& record, const SensorNature& n
 }  // namespace
 
 bool SensorNature::looksDown() const {
-  return hasProperty(kind, "inclination");
+  return kind && kind->looksAtFloor;
 }
 
 bool SensorNature::hasStatus() const {
