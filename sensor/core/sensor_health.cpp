@@ -12,7 +12,8 @@ namespace {
 constexpr std::array<const char*, 9> kStateNames{"off",   "starting", "sound",  "suspect", "frozen",
                                                  "noisy", "late",     "silent", "failing"};
 constexpr std::array<const char*, kHealthLimitCount> kLimitNames{
-    "start", "silence", "age", "reading", "garbage", "turn", "distance", "disagreement", "recovery"};
+    "start", "silence",  "age",          "reading", "garbage",
+    "turn",  "distance", "disagreement", "recovery"};
 
 [[noreturn]] void refuse(const std::string& text, const std::string& expected) {
   throw std::invalid_argument("limit \"" + text + "\": " + expected + " expected");

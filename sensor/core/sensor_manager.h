@@ -136,6 +136,8 @@ class QV_API SensorManager {
    * the thread that found it: that of the refresh, or one that asks. An empty one ends it.
    */
   void onHealthChanged(HealthCallback callback);
+  /** Off: readings are not looked at, and what runs counts as sound. On at first. */
+  void watchHealth(bool on);
   /**
    * Changes a limit of a sensor, of a family or, without a name, of all; none switches it off.
    * False, and a warning, for a bad name.

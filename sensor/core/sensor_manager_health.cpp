@@ -34,6 +34,10 @@ void SensorManager::onHealthChanged(HealthCallback callback) {
   health->setCallback(std::move(callback));
 }
 
+void SensorManager::watchHealth(bool on) {
+  health->setOn(on);
+}
+
 bool SensorManager::setHealthLimit(const HealthRule& rule) {
   const auto family = families.find(rule.name);
   if (rule.name.empty() || family != families.end()) {

@@ -51,7 +51,7 @@ void RealSensorManager::xInit() {
   updateTask.setUsPeriod(std::int64_t{updatePeriodMs} * 1000);
   healthTask.setName("SensorHealth");
   healthTask.setCallback([this] { xLookAtHealth(); });
-  healthTask.setUsPeriod(std::int64_t{updatePeriodMs} * 1000);
+  healthTask.setUsPeriod(std::int64_t{healthPeriodMs} * 1000);
   healthTask.compensateCallbackTime(true);
 }
 
@@ -86,7 +86,8 @@ void RealSensorManager::xCreate(const SensorOrder& order) {
         failed("a name of its own expected, another sensor is called \"" + name + "\"");
       }
       xAddSensor(sensor);
-      xDescribeHealth(*sensor, order);
+      // A second one that stands for all is not kept.
+      if (sensors.at(name) == sensor) xDescribeHealth(*sensor, order);
     }
   } catch (const std::exception& exception) {
     failed(exception.what());
@@ -128,13 +129,27 @@ void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
 }
 
 void RealSensorManager::xRefresh() const {
+  if (xHealth().isWatching()) xTellHealth();
+  xUpdateData();
+}
+
+void RealSensorManager::xTellHealth() const {
+  if (xHealth().asksDeviceTime()) {
+    ko::Clock::time_point deviceTime = ko::Clock::now();
+    try {
+      deviceTime = ko::Clock::fromInt32ms(DCMProxy(broker).getTime(0));
+    } catch (const std::exception&) {
+      // One that does not answer can't say that its clock runs wrong.
+    }
+    xHealth().noteDeviceTime(deviceTime);
+  }
+  hasToldVelocity = !hasToldVelocity;
+  if (!hasToldVelocity) return;
   try {
-    xHealth().noteDeviceTime(ko::Clock::fromInt32ms(DCMProxy(broker).getTime(0)));
     xHealth().noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
   } catch (const std::exception&) {
     // A robot that does not tell of its motion has sensors all the same.
   }
-  xUpdateData();
 }
 
 void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder& order) {

@@ -45,6 +45,8 @@ class QV_API RealSensorManager : public SensorManager {
  protected:
   std::vector<Math::MetricalData> xGetData() const override;
   void xOnSensorOnChanged(bool anySensorOn) override;
+  /** One gathering, and what its health needs to know of the robot. */
+  void xRefresh() const;
 
  private:
   void xInit();
@@ -52,7 +54,7 @@ class QV_API RealSensorManager : public SensorManager {
   void xCreate(const SensorOrder& order);
   void xAddSensor(boost::shared_ptr<Sensor> sensor);
   void xDescribeHealth(const Sensor& sensor, const SensorOrder& order);
-  void xRefresh() const;
+  void xTellHealth() const;
   void xWatchHealth();
   void xLookAtHealth();
 
@@ -64,6 +66,9 @@ class QV_API RealSensorManager : public SensorManager {
   boost::mutex updateMutex;
   std::int32_t updatePeriodMs = 100;
   ko::PeriodicTask updateTask;
+  /** Told of every second time: the refresh's own. */
+  mutable bool hasToldVelocity = false;
+  std::int32_t healthPeriodMs = 200;
   boost::mutex healthMutex;
   ko::PeriodicTask healthTask;
 };

@@ -7,7 +7,7 @@ namespace QV::sensor {
 namespace {
 
 // Ranges of one place, by two sensors that stand apart and measure in turn.
-constexpr double kLikeness = 0.8;
+constexpr double kLikeness = 0.7;
 constexpr double kLikeMetres = 0.15;
 // What is wrong by a share stays wrong by that share.
 constexpr double kOneRatio = 1.25;
@@ -37,8 +37,7 @@ void Contradictions::Pair::add(const PlanarView::Comparison& seen) {
 
 bool Contradictions::Pair::fits(const PlanarView::Comparison& seen) const {
   const double ratio = static_cast<double>(seen.own) / seen.others;
-  return leastRatio == 0.0 ||
-         std::max(ratio, mostRatio) < kOneRatio * std::min(ratio, leastRatio);
+  return leastRatio == 0.0 || std::max(ratio, mostRatio) < kOneRatio * std::min(ratio, leastRatio);
 }
 
 bool Contradictions::Pair::counts() const {
@@ -46,7 +45,7 @@ bool Contradictions::Pair::counts() const {
 }
 
 void Contradictions::compare(const Sight& a, const Sight& b, double now, double moved) {
-  const auto seen = PlanarView::compare(*a.view, *b.view);
+  const auto seen = PlanarView::compare(a.view, b.view);
   if (!seen) return;
   const auto key = std::make_pair(a.sensor, b.sensor);
   if (agrees(*seen)) {

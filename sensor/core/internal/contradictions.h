@@ -19,7 +19,7 @@ class Contradictions {
  public:
   struct Sight {
     const std::string* sensor;
-    const PlanarView* view;
+    PlanarView view;
   };
 
   /** What two sensors see at `now`, seconds, after `moved` seconds on the move. */

@@ -12,11 +12,15 @@ namespace {
 
 using Time = ko::Clock::time_point;
 
-constexpr ko::Duration kComparePeriod{200'000'000};
+constexpr ko::Duration kComparePeriod{400'000'000};
+constexpr ko::Duration kHangs{200'000'000};
 // A tick that comes later than that has missed others, or the clock has jumped.
 constexpr ko::Duration kLongestTick{1'000'000'000};
 constexpr ko::Duration kSettling{1'000'000'000};
-constexpr ko::Duration kFreshView{300'000'000};
+constexpr ko::Duration kFreshView{400'000'000};
+constexpr ko::Duration kDeviceKnown{500'000'000};
+// What comes and goes is seen the second time.
+constexpr ko::Duration kAsks{2'000'000'000};
 // Trouble that comes before a fault and leads to it.
 constexpr ko::Duration kLead{1'500'000'000};
 constexpr char kHealthCategory[] = "Navigation.SensorHealth";
@@ -43,6 +47,7 @@ void HealthBoard::describe(const Sensor& sensor, const HealthNature& nature, ko:
   sensor.watch->setNature(own);
   const Lock lock(mutex);
   Entry& entry = entries[sensor.getName()];
+  entry.sensor = &sensor;
   entry.limits = HealthLimits(period);
   // What tells of changes is told rarely: two in 20 readings that make no sense are too many.
   if (!own.hasRate) entry.limits.set(HealthLimit::garbage, 0.05);
@@ -51,7 +56,8 @@ void HealthBoard::describe(const Sensor& sensor, const HealthNature& nature, ko:
 void HealthBoard::setLimit(const std::string& sensor, HealthLimit limit,
                            std::optional<double> value) {
   const Lock lock(mutex);
-  entries[sensor].limits.set(limit, value);
+  xAddNew();
+  entries.at(sensor).limits.set(limit, value);
 }
 
 std::optional<double> HealthBoard::getLimit(const std::string& sensor, HealthLimit limit) {
@@ -66,6 +72,13 @@ void HealthBoard::setCallback(Callback newCallback) {
   callback = std::move(newCallback);
 }
 
+void HealthBoard::setOn(bool on) {
+  for (const auto& [name, sensor] : sensors) {
+    if (sensor) sensor->watch->setOn(on);
+  }
+  isOn = on;
+}
+
 void HealthBoard::setRefreshed(bool on) {
   const Lock lock(mutex);
   isRefreshed = on;
@@ -74,7 +87,9 @@ void HealthBoard::setRefreshed(bool on) {
 }
 
 void HealthBoard::noteDeviceTime(Time time) {
-  deviceOffset = (time - ko::Clock::now()).count();
+  const Time now = ko::Clock::now();
+  deviceOffset = (time - now).count();
+  deviceNotedAt = inNs(now);
 }
 
 void HealthBoard::noteVelocity(const Math::Pose2D& velocity) {
@@ -82,6 +97,7 @@ void HealthBoard::noteVelocity(const Math::Pose2D& velocity) {
 }
 
 void HealthBoard::tick() {
+  if (!isOn) return;
   Lock lock(mutex, std::try_to_lock);
   if (!lock) return;
   xJudgeAll(true);
@@ -93,7 +109,7 @@ std::optional<SensorHealth> HealthBoard::get(const std::string& sensor) {
   xJudgeAll(false);
   const auto found = entries.find(sensor);
   std::optional<SensorHealth> health;
-  if (found != entries.end()) health = xTell(sensor, found->second);
+  if (found != entries.end()) health = xTell(found->second);
   xCallBack(lock);
   return health;
 }
@@ -102,7 +118,7 @@ std::map<std::string, SensorHealth> HealthBoard::getAll() {
   Lock lock(mutex);
   xJudgeAll(false);
   std::map<std::string, SensorHealth> all;
-  for (const auto& [name, entry] : entries) all.emplace(name, xTell(name, entry));
+  for (const auto& [name, entry] : entries) all.emplace(name, xTell(entry));
   xCallBack(lock);
   return all;
 }
@@ -110,15 +126,17 @@ std::map<std::string, SensorHealth> HealthBoard::getAll() {
 void HealthBoard::xAddNew() {
   if (entries.size() == sensors.size()) return;
   for (const auto& [name, sensor] : sensors) {
-    if (sensor) entries.try_emplace(name);
+    if (sensor) entries[name].sensor = sensor.get();
   }
 }
 
 HealthMoment HealthBoard::xMoment() const {
   HealthMoment moment;
   moment.now = inNs(ko::Clock::now());
-  moment.deviceOffset = deviceOffset;
   moment.isRefreshed = isRefreshed;
+  const bool isLately = deviceNotedAt != 0 && moment.now - deviceNotedAt < kDeviceKnown.count();
+  moment.isDeviceKnown = isLately || !isRefreshed;
+  moment.deviceOffset = isLately ? deviceOffset.load() : 0;
   moment.isMoving = motion.getState().isMoving;
   moment.hanging = xFindHanging(moment.now);
   return moment;
@@ -127,7 +145,7 @@ HealthMoment HealthBoard::xMoment() const {
 const std::string* HealthBoard::xFindHanging(std::int64_t now) const {
   for (const auto& [name, sensor] : sensors) {
     const std::int64_t since = sensor ? sensor->watch->getReadingSince() : 0;
-    if (since != 0 && now - since > kComparePeriod.count()) return &name;
+    if (since != 0 && now - since > kHangs.count()) return &name;
   }
   return nullptr;
 }
@@ -140,12 +158,15 @@ void HealthBoard::xJudgeAll(bool isTick) {
   xTakeNotes(isTick);
   if (isTick) xCompareViews(now);
   for (auto& [name, entry] : entries) {
-    const Sensor& sensor = *sensors.at(name);
+    const Sensor& sensor = *entry.sensor;
     const HealthSwitches switches{sensor.isWanted, sensor.isEnabled(), sensor.isDiagnosisSucess(),
                                   sensor.isStarted()};
     const HealthJudge judge(*sensor.watch, entry.notes, entry.limits, entry.track, moment);
-    xSettle(name, entry, judge.judge(switches), now);
+    const HealthFinding finding = judge.judge(switches);
+    if (finding.cause == HealthCause::old || finding.state == HealthState::starting) askedAt = now;
+    xSettle(name, entry, finding, moment);
   }
+  asksDevice = now - askedAt < kAsks;
 }
 
 // What passes without the machine's time is no time in which a sensor could have measured.
@@ -164,17 +185,15 @@ void HealthBoard::xNoteJump(Time now) {
 void HealthBoard::xTakeNotes(bool isTick) {
   const RobotMotion::State moved = motion.getState();
   for (auto& [name, entry] : entries) {
-    const SensorWatch& watch = *sensors.at(name)->watch;
+    const SensorWatch& watch = *entry.sensor->watch;
     entry.notes = watch.getNotes();
     if (isTick) entry.track.update(entry.notes, watch.getNature().showsMotion, moved);
   }
 }
 
-bool HealthBoard::xSees(const Entries::value_type& entry, Time now) const {
-  const auto& [name, state] = entry;
-  return !state.notes.digest.view.isEmpty() &&
-         state.limits.get(HealthLimit::disagreement).has_value() &&
-         inNs(now) - state.notes.recordAt < kFreshView.count() && sensors.at(name)->isStarted();
+bool HealthBoard::xSees(const Entry& entry, Time now) const {
+  return entry.notes.hasView && entry.limits.get(HealthLimit::disagreement).has_value() &&
+         inNs(now) - entry.notes.recordAt < kFreshView.count() && entry.sensor->isStarted();
 }
 
 void HealthBoard::xCompareViews(Time now) {
@@ -186,13 +205,13 @@ void HealthBoard::xCompareViews(Time now) {
   comparedMotion = moved.turned + moved.went;
   comparedAt = now;
   const double nowInSeconds = static_cast<double>(inNs(now)) * 1e-9;
-  for (auto one = entries.begin(); one != entries.end(); ++one) {
-    if (!xSees(*one, now)) continue;
-    for (auto other = std::next(one); other != entries.end(); ++other) {
-      if (!xSees(*other, now)) continue;
-      contradictions.compare({&one->first, &one->second.notes.digest.view},
-                             {&other->first, &other->second.notes.digest.view}, nowInSeconds,
-                             std::max(seconds, 0.0));
+  sights.clear();
+  for (const auto& [name, entry] : entries) {
+    if (xSees(entry, now)) sights.push_back({&name, entry.sensor->watch->getView()});
+  }
+  for (std::size_t i = 0; i < sights.size(); ++i) {
+    for (std::size_t j = i + 1; j < sights.size(); ++j) {
+      contradictions.compare(sights[i], sights[j], nowInSeconds, std::max(seconds, 0.0));
     }
   }
   for (auto& [name, entry] : entries) xFindContradiction(name, entry, nowInSeconds);
@@ -208,18 +227,20 @@ void HealthBoard::xFindContradiction(const std::string& name, Entry& entry, doub
 }
 
 void HealthBoard::xSettle(const std::string& name, Entry& entry, const HealthFinding& finding,
-                          Time now) {
+                          const HealthMoment& moment) {
+  const Time now{ko::Duration(moment.now)};
   if (finding.state == entry.shown.state) {
     entry.shown = finding;
     entry.foundAt = now;
     return;
   }
   if (isByReadings(finding) && now < settledAt) return;
+  if (finding.cause == HealthCause::old && !moment.isDeviceKnown) return;
   if (xIsHeld(entry, finding, now)) return;
   entry.shown = finding;
   entry.since = entry.foundAt = now;
   ++entry.times[finding.state];
-  if (callback) changes.emplace_back(name, xTell(name, entry));
+  if (callback) changes.emplace_back(name, xTell(entry));
 }
 
 // A sensor that comes and goes is not sound each time that it comes.
@@ -233,9 +254,9 @@ bool HealthBoard::xIsHeld(const Entry& entry, const HealthFinding& finding, Time
          secondsBetween(entry.foundAt, now) < *recovery;
 }
 
-SensorHealth HealthBoard::xTell(const std::string& name, const Entry& entry) const {
+SensorHealth HealthBoard::xTell(const Entry& entry) const {
   SensorHealth health{entry.shown.state, entry.since,
-                      describeFinding(entry.shown, xFindTrouble(name, entry)),
+                      describeFinding(entry.shown, xFindTrouble(entry)),
                       remedyFor(entry.shown.cause), entry.times.at(entry.shown.state)};
   const double past = secondsBetween(entry.foundAt, ko::Clock::now());
   if (isByReadings(entry.shown) && past > 0.05) health.reason += agoText(past);
@@ -243,10 +264,9 @@ SensorHealth HealthBoard::xTell(const std::string& name, const Entry& entry) con
 }
 
 // What went wrong long before has nothing to do with it.
-std::optional<ko::log::Record> HealthBoard::xFindTrouble(const std::string& name,
-                                                         const Entry& entry) const {
+std::optional<ko::log::Record> HealthBoard::xFindTrouble(const Entry& entry) const {
   if (!hasTrouble(entry.shown.cause)) return std::nullopt;
-  auto trouble = sensors.at(name)->getLastTrouble();
+  auto trouble = entry.sensor->getLastTrouble();
   if (trouble && isByReadings(entry.shown) && trouble->timestamp < entry.since - kLead) return {};
   return trouble;
 }

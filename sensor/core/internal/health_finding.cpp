@@ -80,6 +80,8 @@ std::string describeSound(const HealthFinding& finding) {
       return "nobody has subscribed to it";
     case HealthCause::disabled:
       return "it is disabled";
+    case HealthCause::unwatched:
+      return "it runs, and its records are not watched";
     case HealthCause::awaitsFirst:
       return "no fresh record yet, " + seconds(finding.figure) + " after its start";
     case HealthCause::startGoesOn:
@@ -127,6 +129,7 @@ std::string remedyFor(HealthCause cause) {
       return "subscribe";
     case HealthCause::disabled:
       return "enableSensorOrFamily(name, true), then lookAgain()";
+    case HealthCause::unwatched:
     case HealthCause::awaitsFirst:
     case HealthCause::startGoesOn:
     case HealthCause::fresh:

@@ -12,6 +12,7 @@ namespace QV::sensor {
 enum class HealthCause {
   unwanted,
   disabled,
+  unwatched,
   awaitsFirst,
   startGoesOn,
   fresh,
@@ -44,7 +45,8 @@ struct HealthFinding {
   /** Metres: what it says, and what the other one does. */
   double own = 0.0;
   double others = 0.0;
-  /** The sensor that it contradicts, or that keeps the others waiting; lasts as the manager does. */
+  /** The sensor that it contradicts, or that keeps the others waiting; lasts as the manager does.
+   */
   const std::string* other = nullptr;
   /** Lasts as the program does. */
   const char* excuse = nullptr;

@@ -53,7 +53,8 @@ HealthFinding HealthJudge::judge(const HealthSwitches& switches) const {
   if (!switches.isEnabled) return found(off, Cause::disabled);
   if (!switches.isWanted) return found(off, Cause::unwanted);
   if (switches.isStarted) return xJudgeStarted();
-  return watch.hasThrown() ? found(failing, Cause::startThrew) : found(starting, Cause::startGoesOn);
+  return watch.hasThrown() ? found(failing, Cause::startThrew)
+                           : found(starting, Cause::startGoesOn);
 }
 
 HealthFinding HealthJudge::xJudgeCall() const {
@@ -66,6 +67,7 @@ HealthFinding HealthJudge::xJudgeCall() const {
 }
 
 HealthFinding HealthJudge::xJudgeStarted() const {
+  if (!watch.isOn()) return found(sound, Cause::unwatched);
   if (notes.failures > 0) return found(failing, Cause::readingThrows);
   // One whose reading takes its time is named for that alone.
   if (moment.isRefreshed && watch.getReadingSince() == 0) {
@@ -136,8 +138,8 @@ HealthFinding HealthJudge::xJudgeNoise() const {
 }
 
 HealthFinding HealthJudge::xJudgeRecords() const {
-  const auto old = xBeyond(late, Cause::old, HealthLimit::age,
-                           notes.recordAt < notes.readAt ? 0.0 : xAge());
+  const auto old =
+      xBeyond(late, Cause::old, HealthLimit::age, notes.recordAt < notes.readAt ? 0.0 : xAge());
   if (old.state != sound) return old;
   const auto noise = xJudgeNoise();
   if (noise.state != sound) return noise;

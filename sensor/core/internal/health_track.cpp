@@ -19,7 +19,7 @@ void HealthTrack::update(const ReadingNotes& notes, bool showsMotion,
     turned = went = 0.0;
   } else {
     turned += moved.turned - turnedBefore;
-    const float along = digest.view.along(moved.directionX, moved.directionY);
+    const float along = notes.axisX * moved.directionX + notes.axisY * moved.directionY;
     if (digest.hasObstacleAhead && std::abs(along) > kAlongAxis) went += moved.went - wentBefore;
   }
   startedAt = notes.startedAt;

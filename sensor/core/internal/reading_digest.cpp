@@ -10,23 +10,27 @@ namespace {
 
 using Model::PointMeaning;
 
-constexpr std::size_t kMostSamples = 256;
+constexpr std::size_t kMostSamples = 96;
 // A sensor may say "nothing there" by a range beyond its maximum, within reason.
 constexpr float kReason = 10.0f;
-constexpr float kAngleTolerance = 0.02f;
+// Of a direction, as a slope.
+constexpr float kTolerance = 0.03f;
 // Of a camera's points those count that are about as high as the camera, and so no floor.
 constexpr float kSlab = 0.3f;
 constexpr float kAhead = 0.2f;
 
 class Digester {
  public:
-  Digester(const HealthNature& nature, std::size_t stride) : nature(nature), stride(stride) {}
+  Digester(const HealthNature& nature, std::size_t stride, const PlanarView& former,
+           PlanarView& view)
+      : nature(nature), stride(stride), former(former), view(view) {}
 
   void add(const Math::MetricalData& record) {
-    digest.stamp = std::min(digest.stamp, record.timestamp.time_since_epoch().count());
-    xMix(static_cast<std::uint32_t>(record.points.size()));
+    xMix(record.points.size());
     if (nature.points && samples == 0) xBegin(record);
-    for (std::size_t i = 0; i < record.points.size(); i += stride) xSample(record, i);
+    // An arc is one range.
+    const std::size_t step = isArc ? record.points.size() : stride;
+    for (std::size_t i = 0; i < record.points.size(); i += step) xSample(record, i);
   }
 
   ReadingDigest finish() {
@@ -36,36 +40,37 @@ class Digester {
 
  private:
   void xBegin(const Math::MetricalData& record) {
-    const float half = 0.5f * record.fieldOfView.angularRange + kAngleTolerance;
-    isFan = nature.showsMotion &&
-            (*nature.points == PointMeaning::scan || *nature.points == PointMeaning::arc) &&
-            half < 1.5f;
-    slope = isFan ? std::tan(half) : 0.0f;
-    farthest = kReason * record.fieldOfView.maxRange;
-    digest.view.begin(record, *nature.points == PointMeaning::arc);
+    const float farthest = kReason * record.fieldOfView.maxRange;
+    if (farthest > 0.0f) farthestSquare = farthest * farthest;
+    // What looks at the floor sees no obstacle in it.
+    looksAround = nature.showsMotion;
+    if (!looksAround) return;
+    isArc = *nature.points == PointMeaning::arc;
+    view.begin(record, isArc, former);
+    isFan = (isArc || *nature.points == PointMeaning::scan) && view.getSlope() > 0.0f;
   }
 
   void xSample(const Math::MetricalData& record, std::size_t i) {
     const Math::Position3D& point = record.points[i];
-    xMix(std::bit_cast<std::uint32_t>(point.x));
-    xMix(std::bit_cast<std::uint32_t>(point.y));
-    xMix(std::bit_cast<std::uint32_t>(point.z));
+    xMix(std::bit_cast<std::uint32_t>(point.x) ^
+         std::rotl(std::uint64_t{std::bit_cast<std::uint32_t>(point.y)}, 24) ^
+         std::rotl(std::uint64_t{std::bit_cast<std::uint32_t>(point.z)}, 41));
     ++samples;
     if (!nature.points) return;
     if (xIsImpossible(point)) {
       ++impossible;
-    } else if (*nature.points == PointMeaning::sighting) {
+    } else if (looksAround && *nature.points == PointMeaning::sighting) {
       xAddSighting(record.sensorTransform, point);
-    } else if (*nature.points != PointMeaning::touch) {
+    } else if (looksAround) {
       xAddObstacle(point.x, point.y);
     }
   }
 
   bool xIsImpossible(const Math::Position3D& point) const {
     const float square = point.x * point.x + point.y * point.y + point.z * point.z;
-    if (!std::isfinite(square)) return true;
-    if (farthest > 0.0f && square > farthest * farthest) return true;
-    return isFan && square > 0.0f && std::abs(point.y) > slope * point.x;
+    if (!(square <= farthestSquare)) return true;
+    return isFan && square > 0.0f &&
+           std::abs(point.y) > view.getSlope() * point.x + kTolerance * std::abs(point.x);
   }
 
   void xAddSighting(const Math::Transform& t, const Math::Position3D& p) {
@@ -76,44 +81,59 @@ class Digester {
     }
     const float above = t(2, 0) * p.x + t(2, 1) * p.y + t(2, 2) * p.z;
     if (std::abs(above) > kSlab) return;
-    const float length = std::hypot(t(0, 0), t(1, 0));
-    if (length == 0.0f) return;
     const float groundX = t(0, 0) * p.x + t(0, 1) * p.y + t(0, 2) * p.z;
     const float groundY = t(1, 0) * p.x + t(1, 1) * p.y + t(1, 2) * p.z;
-    xAddObstacle((t(0, 0) * groundX + t(1, 0) * groundY) / length,
-                 (t(0, 0) * groundY - t(1, 0) * groundX) / length);
+    const float axisX = view.getAxisX();
+    const float axisY = view.getAxisY();
+    xAddObstacle(axisX * groundX + axisY * groundY, axisX * groundY - axisY * groundX);
   }
 
   void xAddObstacle(float x, float y) {
-    if (!digest.view.add(x, y)) return;
+    if (!view.add(x, y)) return;
     digest.hasObstacle = true;
-    if (*nature.points != PointMeaning::arc && std::abs(y) < kAhead * x) {
-      digest.hasObstacleAhead = true;
-    }
+    if (!isArc && std::abs(y) < kAhead * x) digest.hasObstacleAhead = true;
   }
 
-  void xMix(std::uint32_t bits) {
+  void xMix(std::uint64_t bits) {
     digest.fingerprint = (std::rotl(digest.fingerprint, 5) ^ bits) * 0x9e3779b97f4a7c15u;
   }
 
-  const HealthNature& nature;
+  const HealthNature nature;
   const std::size_t stride;
-  ReadingDigest digest{.stamp = std::numeric_limits<std::int64_t>::max()};
+  const PlanarView& former;
+  PlanarView& view;
+  ReadingDigest digest;
   std::size_t samples = 0;
   std::size_t impossible = 0;
+  bool looksAround = false;
+  bool isArc = false;
   bool isFan = false;
-  float slope = 0.0f;
-  float farthest = 0.0f;
+  float farthestSquare = std::numeric_limits<float>::max();
 };
 
 }  // namespace
 
-ReadingDigest digestOf(const std::vector<Math::MetricalData>& records, const HealthNature& nature) {
+ReadingDigest digestOf(const std::vector<Math::MetricalData>& records, const HealthNature& nature,
+                       const PlanarView& former, PlanarView& view) {
+  Digester digester(nature, countPoints(records) / kMostSamples + 1, former, view);
+  for (const auto& record : records) digester.add(record);
+  ReadingDigest digest = digester.finish();
+  digest.stamp = stampOf(records);
+  return digest;
+}
+
+std::int64_t stampOf(const std::vector<Math::MetricalData>& records) {
+  std::int64_t oldest = std::numeric_limits<std::int64_t>::max();
+  for (const auto& record : records) {
+    oldest = std::min<std::int64_t>(oldest, record.timestamp.time_since_epoch().count());
+  }
+  return oldest;
+}
+
+std::size_t countPoints(const std::vector<Math::MetricalData>& records) {
   std::size_t points = 0;
   for (const auto& record : records) points += record.points.size();
-  Digester digester(nature, points / kMostSamples + 1);
-  for (const auto& record : records) digester.add(record);
-  return digester.finish();
+  return points;
 }
 
 }  // namespace QV::sensor

@@ -21,10 +21,16 @@ struct ReadingDigest {
   bool hasObstacle = false;
   /** Whether there is one right ahead, which going there brings nearer. */
   bool hasObstacleAhead = false;
-  PlanarView view = {};
 };
 
-/** Looks at 256 points at the most, and takes no memory. */
-ReadingDigest digestOf(const std::vector<Math::MetricalData>& records, const HealthNature& nature);
+/**
+ * Looks at about a hundred points, and takes no memory; `view` becomes what the sensor sees, as it
+ * saw `former` before.
+ */
+ReadingDigest digestOf(const std::vector<Math::MetricalData>& records, const HealthNature& nature,
+                       const PlanarView& former, PlanarView& view);
+/** Of the oldest record, ns. */
+std::int64_t stampOf(const std::vector<Math::MetricalData>& records);
+std::size_t countPoints(const std::vector<Math::MetricalData>& records);
 
 }  // namespace QV::sensor

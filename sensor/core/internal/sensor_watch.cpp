@@ -9,6 +9,8 @@ std::int64_t nowInNs() {
   return now == 0 ? 1 : now;
 }
 
+constexpr std::size_t kFew = 8;
+constexpr int kMostSkipped = 2;
 constexpr std::uint32_t kWindowMask = (1u << SensorWatch::kWindow) - 1;
 
 std::uint32_t shifted(std::uint32_t bits, bool newest) {
@@ -53,33 +55,59 @@ void SensorWatch::beginReading() {
 
 void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   const std::int64_t now = nowInNs();
-  notes.readAt = now;
+  const bool hadRecords = notes.recordAt == notes.readAt;
   notes.failures = 0;
   notes.excuse = records.empty() ? pendingExcuse : nullptr;
   notes.isExcuseMeasured = isPendingMeasured;
   if (!records.empty() || notes.excuse) notes.answeredAt = now;
-  bool isGarbage = pendingGarbage.exchange(false);
-  if (!records.empty()) {
-    const ReadingDigest digest = digestOf(records, nature);
-    isGarbage = isGarbage || digest.isGarbage;
-    xNoteRecords(digest, now);
-  }
-  notes.garbage = shifted(notes.garbage, isGarbage);
+  notes.garbage = shifted(notes.garbage, pendingGarbage.exchange(false));
+  notes.changed = shifted(notes.changed, false);
+  notes.readAt = now;
+  if (!records.empty()) xNoteRecords(records);
+  // What came of a time without records is no change of mind.
+  if (!hadRecords) notes.changed &= ~1u;
   published.store(notes);
   readingSince = 0;
 }
 
-void SensorWatch::xNoteRecords(const ReadingDigest& digest, std::int64_t now) {
+void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records) {
+  if (xSkips(records)) {
+    notes.digest.stamp = stampOf(records);
+    if (notes.digest.isGarbage) notes.garbage |= 1u;
+  } else {
+    PlanarView seen;
+    const ReadingDigest digest = digestOf(records, nature, lastView, seen);
+    xNoteDigest(digest, seen);
+  }
+  notes.recordAt = notes.readAt;
+}
+
+// To look at many points costs time, and every third time tells as much; the first one must.
+bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records) {
+  const bool isCheap = nature.points == Model::PointMeaning::arc || countPoints(records) <= kFew;
+  const bool skips = notes.recordAt != 0 && !isCheap && skipped < kMostSkipped;
+  skipped = skips ? skipped + 1 : 0;
+  return skips;
+}
+
+void SensorWatch::xNoteDigest(const ReadingDigest& digest, const PlanarView& seen) {
   const bool isFirst = notes.recordAt == 0;
   const bool isChanged = !isFirst && digest.fingerprint != notes.digest.fingerprint;
-  notes.changed = shifted(notes.changed, isChanged);
   if (isFirst || isChanged) ++notes.changes;
-  if (isFirst || digest.stamp != notes.digest.stamp) {
+  if (isChanged) notes.changed |= 1u;
+  if (digest.isGarbage) notes.garbage |= 1u;
+  if (isFirst || digest.stamp != lastStamp) {
     ++notes.stamps;
-    notes.stampedAt = now;
+    notes.stampedAt = notes.readAt;
   }
-  notes.recordAt = now;
+  lastStamp = digest.stamp;
   notes.digest = digest;
+  if (seen.isEmpty() && !notes.hasView) return;
+  notes.hasView = !seen.isEmpty();
+  notes.axisX = seen.getAxisX();
+  notes.axisY = seen.getAxisY();
+  lastView = seen;
+  view.store(seen);
 }
 
 void SensorWatch::failReading() {

@@ -33,8 +33,11 @@ struct ReadingNotes {
   const char* excuse = nullptr;
   /** Whether it measured all the same, and met nothing. */
   bool isExcuseMeasured = false;
-  /** Of the last reading with records. */
+  /** Of the last reading with records; the sensor's axis in the ground frame; has it a view? */
   ReadingDigest digest;
+  float axisX = 1.0f;
+  float axisY = 0.0f;
+  bool hasView = false;
 };
 
 /** What hardware is doing. */
@@ -52,6 +55,10 @@ class SensorWatch {
   void setNature(const HealthNature& newNature) { nature = newNature; }
   const HealthNature& getNature() const { return nature; }
 
+  /** Readings are noted, or not. */
+  void setOn(bool value) { on = value; }
+  bool isOn() const { return on; }
+
   void beginCall(HardwareCall call);
   /** It returned: true, or false, or threw. */
   void endCall(HardwareCall call, bool success, bool threw);
@@ -65,6 +72,8 @@ class SensorWatch {
   void noteGarbage() { pendingGarbage = true; }
 
   ReadingNotes getNotes() const { return published.load(); }
+  /** What the last reading with records sees around it; empty where it does not look around. */
+  PlanarView getView() const { return view.load(); }
   /** When the reading began that is going on, ns; 0 for none. */
   std::int64_t getReadingSince() const { return readingSince; }
   HardwareCall getCall() const { return call; }
@@ -73,11 +82,18 @@ class SensorWatch {
   bool hasThrown() const { return thrown; }
 
  private:
-  void xNoteRecords(const ReadingDigest& digest, std::int64_t now);
+  void xNoteRecords(const std::vector<Math::MetricalData>& records);
+  void xNoteDigest(const ReadingDigest& digest, const PlanarView& seen);
+  bool xSkips(const std::vector<Math::MetricalData>& records);
 
   HealthNature nature;
+  std::atomic<bool> on{true};
   ReadingNotes notes;
+  PlanarView lastView;
+  int skipped = 0;
+  std::int64_t lastStamp = 0;
   SequenceLocked<ReadingNotes> published;
+  SequenceLocked<PlanarView> view;
   std::atomic<std::int64_t> readingSince{0};
   std::atomic<std::int64_t> callSince{0};
   std::atomic<HardwareCall> call{HardwareCall::none};

@@ -2,10 +2,12 @@
 
 #include <cmath>
 #include <functional>
+#include <map>
 #include <stdexcept>
 
 #include "platform/ko/os.h"
 #include "robot/services/robot_model_service.h"
+#include "sensor/core/internal/health_board.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "tests/support/fake_robot.h"
 #include "tests/support/fake_sensor.h"
@@ -39,7 +41,9 @@ struct SensorHealthTest : test::FakeRobotTest {
       eye->onRead = [eye, this] { eye->points = {wallNow()}; };
     }
     sut->onHealthChanged([this](const std::string& sensor, const SensorHealth& health) {
-      if (isFault(health.state)) faults.push_back(sensor + " " + getName(health.state));
+      if (!isFault(health.state)) return;
+      faults.push_back(sensor + " " + getName(health.state));
+      reasons.push_back(health.reason);
     });
   }
 
@@ -58,7 +62,9 @@ struct SensorHealthTest : test::FakeRobotTest {
   }
 
   std::optional<RealSensorManager> sut;
+  /** Those that were told of, and why. */
   std::vector<std::string> faults;
+  std::vector<std::string> reasons;
 };
 
 struct HealthCase {
@@ -77,26 +83,26 @@ const std::vector<HealthCase> kHealthCases{
      "its record is 0.62 s old, limit 0.40 s",
      [](auto& t) { t.left().stamp = [] { return ko::Clock::now(); }; }},
     {"measures what can't be",
-     [](auto& t) { t.left().onRead = [&t] { t.left().points = {{kNan, 0.0f, 0.0f}}; }; }, noisy,
+     [](auto& t) { t.left().onRead = [&t] {
+                     t.left().points = {{kNan, 0.0f, 0.0f}};
+                   }; }, noisy,
      "6 of its last 20 readings can't be, limit 5",
      [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
     {"stays the same", [](auto& t) { t.left().onRead = [] {}; }, frozen,
-     "the same points while the robot turned 0.55 rad, limit 0.50 rad",
+     "the same points while the robot turned 0.60 rad, limit 0.50 rad",
      [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
-    {"throws",
-     [](auto& t) { t.left().onRead = [] { throw std::runtime_error("no echo"); }; }, failing,
-     "its reading fails: Unable to gather the data of Left: no echo",
+    {"throws", [](auto& t) { t.left().onRead = [] { throw std::runtime_error("no echo"); }; },
+     failing, "its reading fails: Unable to gather the data of Left: no echo",
      [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
     {"does not return", [](auto& t) { t.left().onRead = [] { ko::os::msleep(1500); }; }, silent,
-     "its reading has not returned for 1.50 s, limit 1.00 s",
+     "its reading has not returned for 1.20 s, limit 1.00 s",
      [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
     {"contradicts another one",
      [](auto& t) {
-       t.left().onRead = [&t] {
-         t.left().points = {{0.6f * t.wallNow().x, 0.0f, 0.0f}};
-       };
+       t.left().onRead = [&t] { t.left().points = {{0.6f * t.wallNow().x, 0.0f, 0.0f}}; };
      },
-     suspect, "m where Right says", [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
+     suspect, "m where Right says",
+     [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
     {"has a bad diagnosis", [](auto& t) { t.sut->setSensorDiagnosis("Left", false); }, failing,
      "its diagnosis is bad", [](auto& t) { t.sut->setSensorDiagnosis("Left", true); }},
 };
@@ -109,12 +115,12 @@ TEST_F(SensorHealthTest, eachFaultIsNamedWithItsFiguresAndHasItsWayBack) {
     ASSERT_TRUE(becomes("Right", sound, 4.0)) << health("Right").reason;
     const int before = health("Left").times;
     faults.clear();
+    reasons.clear();
     fault.fail(*this);
     EXPECT_TRUE(becomes("Left", fault.state, 5.0)) << getName(health("Left").state);
-    EXPECT_THAT(health("Left").reason, HasSubstr(fault.reason));
     EXPECT_NE(health("Left").remedy, "");
-    time.advance(milliseconds(150));
     EXPECT_THAT(faults, Contains(std::string("Left ") + getName(fault.state)));
+    EXPECT_THAT(reasons, Contains(HasSubstr(fault.reason)));
     fault.repair(*this);
     EXPECT_TRUE(becomes("Left", sound, 4.0)) << health("Left").reason;
     EXPECT_EQ(health("Left").times, before + 1);
@@ -137,7 +143,7 @@ TEST_F(SensorHealthTest, isOffUntilSomebodyWantsItAndStartingUntilItHasAFreshRec
   sut->enableSensorOrFamily("Right", false);
   EXPECT_EQ(health("Right").reason, "it is disabled");
   sut->unsubscribe("me");
-  time.advance(milliseconds(150));
+  time.advance(milliseconds(250));
   EXPECT_EQ(health("Left").state, off);
   EXPECT_THAT(faults, ElementsAre("Left silent", "Right silent"));
 }
@@ -165,7 +171,7 @@ TEST_F(SensorHealthTest, hardwareThatAFailedStopHasLeftOnIsNamedUntilItStops) {
       if (throws) throw std::runtime_error("no answer");
     };
     EXPECT_EQ(errorOf([&] { sut->unsubscribe("me"); }), throws ? "no answer" : "");
-    time.advance(milliseconds(150));
+    time.advance(milliseconds(250));
     EXPECT_EQ(health("Left").state, failing);
     EXPECT_THAT(health("Left").reason,
                 StartsWith("its hardware was left on, since it failed to stop: "));
@@ -194,6 +200,54 @@ TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
   EXPECT_THAT(faults, IsEmpty());
   right().stamp = [] { return ko::Clock::now() - milliseconds(300); };
   EXPECT_TRUE(becomes("Right", late, 0.2));
+}
+
+// The hardware's clock dates the records, and stands for the device manager's.
+TEST_F(SensorHealthTest, noClockThatRunsWrongRaisesAnythingByItself) {
+  const auto start = ko::Clock::now();
+  const std::map<const char*, std::function<ko::Duration(ko::Duration)>> clocks{
+      {"stops", [](ko::Duration) { return ko::Duration::zero(); }},
+      {"is 20 s behind", [](ko::Duration t) { return t - milliseconds(20'000); }},
+      {"is 20 s ahead", [](ko::Duration t) { return t + milliseconds(20'000); }},
+      {"takes a hundredth", [](ko::Duration t) { return t / 100; }},
+      {"takes a hundredfold", [](ko::Duration t) { return t * 100; }}};
+  sut->subscribe("me");
+  for (const auto& [what, clock] : clocks) {
+    SCOPED_TRACE(what);
+    const auto deviceTime = [&] { return start + clock(ko::Clock::now() - start); };
+    left().stamp = right().stamp = deviceTime;
+    for (int cycle = 0; cycle < 300; ++cycle) {
+      broker->planAnswer("DCM.getTime", ko::Clock::toInt32ms(deviceTime()));
+      time.advance(milliseconds(100));
+    }
+    EXPECT_THAT(reasons, IsEmpty());
+    EXPECT_EQ(health("Left").state, sound);
+  }
+}
+
+// What was made before simulated time begins goes on by the machine's, and so sees time leap.
+TEST(SensorHealthBoard, believesNoFaultThatALeapOfTimeMakes) {
+  test::FakeManager manager;
+  const auto sensor = manager.add("A", "F");
+  sensor->stamp = [] { return ko::Clock::now(); };
+  std::map<std::string, boost::shared_ptr<Sensor>> sensors{{"A", sensor}};
+  HealthBoard sut(sensors);
+  sensor->subscribe("me");
+  sut.setRefreshed(true);
+  const auto look = [&] {
+    sut.tick();
+    return sut.get("A").value().state;
+  };
+  sensor->getData();
+  EXPECT_EQ(look(), sound);
+  for (const int seconds : {100, 3, 5000}) {
+    ko::SimulatedTime leap{ko::Clock::time_point(milliseconds(1000 * seconds))};
+    EXPECT_EQ(look(), sound) << seconds;
+    sensor->getData();
+    leap.advance(milliseconds(900));
+    sensor->getData();
+    EXPECT_EQ(look(), sound);
+  }
 }
 
 TEST(HealthRule, refusesWhatItCantReadAndSaysWhatItExpects) {
