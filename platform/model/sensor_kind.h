@@ -13,13 +13,14 @@ namespace QV::Model {
 enum class PointMeaning {
   /** One echo, somewhere on the arc through the points; beyond the maximum range: no echo. */
   arc,
-  /** What single beams met, in the plane of the sensor. */
+  /** What single beams met, in the plane of the sensor; at the maximum range or left out: nothing.
+   */
   scan,
   /** One point: nearer than the maximum range for "something is there", at it for "nothing is". */
   zone,
   /** Places of surfaces and people that were made out, in three dimensions. */
   sighting,
-  /** The floor that beams meet, in a plane that cuts it; at the minimum range: a hole. */
+  /** The floor, which is the same wherever the robot goes; at the minimum range: a hole. */
   floor,
   /** A part of the body that touches something; its place says which part. */
   touch
@@ -74,8 +75,6 @@ struct QV_API SensorKind {
   /** The family that its sensors are subscribed to by. */
   std::string family;
   PointMeaning points = PointMeaning::scan;
-  /** Whether a beam that met nothing gives no point, rather than one at the maximum range. */
-  bool leavesOutMisses = false;
   Silence silence = Silence::never;
   /** Whether it measures again and again, rather than telling of changes. */
   bool hasRate = true;

@@ -42,7 +42,6 @@ std::vector<SensorKind> standardRows() {
   touch.properties = {{"horizontalAngularRange", Quantity::radians, false, 0.0, kFullTurn}};
 
   SensorKind depthCamera = {4, "DepthCamera", "Asus", PointMeaning::sighting};
-  depthCamera.leavesOutMisses = true;
   depthCamera.standsForAll = true;
   depthCamera.properties =
       rangeProperties({{"verticalAngularRange", Quantity::radians, true, 0.0, kFullTurn},
@@ -50,7 +49,6 @@ std::vector<SensorKind> standardRows() {
                        {"cameraName", Quantity::text}});
 
   SensorKind laser = {8, "Laser", "Laser", PointMeaning::scan};
-  laser.leavesOutMisses = true;
   laser.properties = laserProperties();
   laser.keys = laserKeys();
 

@@ -5,6 +5,8 @@
 
 #include <boost/thread/lock_guard.hpp>
 
+#include "sensor/core/internal/sensor_watch.h"
+
 namespace QV::sensor {
 namespace {
 
@@ -16,19 +18,32 @@ constexpr char kSensorCategory[] = "Navigation.Sensor";
 
 Sensor::Sensor(const std::string& name, const std::string& familyName,
                const Math::SensorFieldOfView2D& fieldOfView)
-    : name(name), familyName(familyName), fieldOfView(fieldOfView) {}
+    : name(name),
+      familyName(familyName),
+      fieldOfView(fieldOfView),
+      watch(std::make_unique<SensorWatch>()) {}
 
 Sensor::~Sensor() = default;
 
 std::vector<Math::MetricalData> Sensor::getData() const {
   Lock lock(startedMutex);
   if (!started) return {};
-  return xGetData();
+  if (!watch->isOn()) return xGetData();
+  watch->beginReading();
+  try {
+    auto records = xGetData();
+    watch->endReading(records);
+    return records;
+  } catch (...) {
+    watch->failReading();
+    throw;
+  }
 }
 
 bool Sensor::subscribe(const std::string& subscriberName) {
   Lock lock(mutex);
   const bool isNew = subscribers.insert(subscriberName).second;
+  isWanted = true;
   xToggleSubscription();
   return isNew;
 }
@@ -36,6 +51,7 @@ bool Sensor::subscribe(const std::string& subscriberName) {
 bool Sensor::unsubscribe(const std::string& subscriberName) {
   Lock lock(mutex);
   const bool wasPresent = subscribers.erase(subscriberName) > 0;
+  isWanted = !subscribers.empty();
   xToggleSubscription();
   return wasPresent;
 }
@@ -72,7 +88,7 @@ void Sensor::xToggleSubscription() {
 // The hardware runs before the flag says so, and until after it has stopped saying so: a reader
 // never measures with hardware that is off.
 void Sensor::xStart() {
-  if (!xCallHardware(&Sensor::xSubscribeToHardware, "xSubscribeToHardware")) {
+  if (!xCallHardware(HardwareCall::starting)) {
     diagnosisSuccess = false;
     return;
   }
@@ -81,20 +97,34 @@ void Sensor::xStart() {
 
 void Sensor::xStop() {
   xSetStarted(false);
-  if (!xCallHardware(&Sensor::xUnsubscribeFromHardware, "xUnsubscribeFromHardware")) {
+  if (!xCallHardware(HardwareCall::stopping)) {
     diagnosisSuccess = false;
   }
 }
 
+bool Sensor::xCallHardware(HardwareCall which) {
+  watch->beginCall(which);
+  try {
+    const bool success = xTryHardware(which);
+    watch->endCall(which, success, false);
+    return success;
+  } catch (...) {
+    watch->endCall(which, false, true);
+    throw;
+  }
+}
+
 // Hardware that fails without a word has trouble all the same.
-bool Sensor::xCallHardware(bool (Sensor::*call)(), const char* method) {
+bool Sensor::xTryHardware(HardwareCall which) {
+  const bool starts = which == HardwareCall::starting;
+  const char* const method = starts ? "xSubscribeToHardware" : "xUnsubscribeFromHardware";
   const auto count = [this] {
     std::lock_guard<std::mutex> lock(troubleMutex);
     return troubleCount;
   };
   const int before = count();
   try {
-    if ((this->*call)()) return true;
+    if (starts ? xSubscribeToHardware() : xUnsubscribeFromHardware()) return true;
   } catch (...) {
     xKeepCaught(ko::log::Level::error, kSensorCategory, method);
     throw;
@@ -102,6 +132,20 @@ bool Sensor::xCallHardware(bool (Sensor::*call)(), const char* method) {
   if (count() == before)
     keepTrouble(ko::log::Level::error, kSensorCategory, method, "The hardware failed.");
   return false;
+}
+
+void Sensor::xExcuse(const char* why, bool measured) const {
+  watch->excuse(why, measured);
+}
+
+void Sensor::xNoteGarbage() const {
+  watch->noteGarbage();
+}
+
+void Sensor::xTellOfChanges() {
+  HealthNature nature = watch->getNature();
+  nature.hasRate = false;
+  watch->setNature(nature);
 }
 
 void Sensor::xSetStarted(bool value) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -15,6 +16,10 @@
 #include "platform/math/metrical_data.h"
 
 namespace QV::sensor {
+
+class HealthBoard;
+class SensorWatch;
+enum class HardwareCall : int;
 
 /**
  * One sensor: who it is, who wants its data, and whether its hardware runs. The hardware is
@@ -88,6 +93,15 @@ class QV_API Sensor {
   bool isStarted() const { return started; }
 
  protected:
+  /**
+   * For a measuring that gives no record: why that is no fault, as a text that lasts, and whether
+   * it measured all the same.
+   */
+  void xExcuse(const char* why, bool measured = false) const;
+  /** Something that came in could not be read as a measurement: too many make it noisy. */
+  void xNoteGarbage() const;
+  /** Its records tell of changes only, and may grow old. For constructors. */
+  void xTellOfChanges();
   /** keepTrouble with what the exception says that is being handled. */
   void xKeepCaught(ko::log::Level level, std::string_view category, std::string_view method) const;
 
@@ -96,14 +110,19 @@ class QV_API Sensor {
   Math::SensorFieldOfView2D fieldOfView;
 
  private:
+  friend class HealthBoard;
+
   void xToggleSubscription();
   void xStart();
   void xStop();
-  bool xCallHardware(bool (Sensor::*call)(), const char* method);
+  bool xCallHardware(HardwareCall which);
+  bool xTryHardware(HardwareCall which);
   void xKeep(ko::log::Record record) const;
   void xSetStarted(bool value);
 
   std::set<std::string> subscribers;
+  /** As above, for those who must not wait. */
+  std::atomic<bool> isWanted{false};
   std::atomic<bool> enabled{true};
   mutable boost::mutex mutex;
   std::atomic<bool> diagnosisSuccess{true};
@@ -112,6 +131,7 @@ class QV_API Sensor {
   mutable std::optional<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
   mutable std::mutex troubleMutex;
+  const std::unique_ptr<SensorWatch> watch;
 };
 
 }  // namespace QV::sensor

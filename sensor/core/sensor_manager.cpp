@@ -10,6 +10,7 @@
 #include <boost/thread/lock_types.hpp>
 
 #include "platform/ko/log.h"
+#include "sensor/core/internal/health_board.h"
 
 namespace QV::sensor {
 namespace {
@@ -37,7 +38,8 @@ void moveAppendMatching(Records& from, const std::string& name, Records& to) {
 
 }  // namespace
 
-SensorManager::SensorManager() : data(boost::make_shared<const Records>()) {}
+SensorManager::SensorManager()
+    : data(boost::make_shared<const Records>()), health(std::make_unique<HealthBoard>(sensors)) {}
 
 SensorManager::~SensorManager() = default;
 

@@ -3,6 +3,7 @@
 #include <atomic>
 #include <initializer_list>
 #include <map>
+#include <memory>
 #include <mutex>
 #include <optional>
 #include <set>
@@ -10,6 +11,7 @@
 #include <string_view>
 #include <vector>
 
+#include <boost/function.hpp>
 #include <boost/shared_ptr.hpp>
 #include <boost/thread/mutex.hpp>
 #include <boost/thread/shared_mutex.hpp>
@@ -18,8 +20,11 @@
 #include "platform/math/metrical_data.h"
 #include "platform/math/pose2d.h"
 #include "sensor/core/sensor.h"
+#include "sensor/core/sensor_health.h"
 
 namespace QV::sensor {
+
+class HealthBoard;
 
 /**
  * Owns a robot's sensors, by name and by family, and is all that navigation code talks to. A caller
@@ -117,6 +122,30 @@ class QV_API SensorManager {
   void logTrouble(const std::string& sensorName, std::string_view category, std::string_view method,
                   const std::string& message) const;
 
+  /**
+   * How a sensor is and why, by what its records and its hardware show: judged as of now, without
+   * a wait for hardware. Records stay as they are. One that could not be built is failing; nothing,
+   * and a warning, for one that nobody knows.
+   */
+  std::optional<SensorHealth> getHealth(const std::string& sensorName) const;
+  /** Of all sensors, by name. */
+  std::map<std::string, SensorHealth> getHealth() const;
+  using HealthCallback = boost::function<void(const std::string& sensor, const SensorHealth&)>;
+  /**
+   * From now on called on each change of a sensor's state, one change at a time and in order, by
+   * the thread that found it: that of the refresh, or one that asks. An empty one ends it.
+   */
+  void onHealthChanged(HealthCallback callback);
+  /** Off: readings are not looked at, and what runs counts as sound. On at first. */
+  void watchHealth(bool on);
+  /**
+   * Changes a limit of a sensor, of a family or, without a name, of all; none switches it off.
+   * False, and a warning, for a bad name.
+   */
+  bool setHealthLimit(const HealthRule& rule);
+  /** Nothing where it is switched off, and for an unknown sensor. */
+  std::optional<double> getHealthLimit(const std::string& sensorName, HealthLimit limit) const;
+
   /** A parameter of the robot's kind for callers, without unit; 0 unless the derived manager sets
    * it. */
   float getKindParameter() const { return kindParameter; }
@@ -137,6 +166,8 @@ class QV_API SensorManager {
   void xSetData(std::vector<Math::MetricalData> records) const;
   /** A copy of the cache. */
   std::vector<Math::MetricalData> xCopyData() const;
+
+  HealthBoard& xHealth() const { return *health; }
 
   bool xIsSensor(const std::string& name) const { return sensors.count(name) > 0; }
   bool xIsFamily(const std::string& name) const { return families.count(name) > 0; }
@@ -176,6 +207,7 @@ class QV_API SensorManager {
   /** Of sensors that were not built. */
   mutable std::map<std::string, ko::log::Record> troubleOfMissing;
   mutable std::mutex troubleMutex;
+  const std::unique_ptr<HealthBoard> health;
 };
 
 }  // namespace QV::sensor

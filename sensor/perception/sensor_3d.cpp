@@ -22,6 +22,8 @@ constexpr char kClientName[] = "Sensor3D";
 constexpr int kHighResolutionModel = 7;
 // An image is older than its stamp says.
 constexpr ko::Duration kStampDelay(20'000'000);
+// An image without anything in it is no reason for silence for longer.
+constexpr ko::Duration kMostImageAge(400'000'000);
 
 ko::Clock::time_point acquisitionTime(const QVImage& image) {
   return ko::Clock::time_point(ko::Duration(image.getTimestamp() * 1000) - kStampDelay);
@@ -125,6 +127,9 @@ bool Sensor3D::xUnsubscribeFromHardware() {
 
 std::vector<Math::MetricalData> Sensor3D::xGetData() const {
   Lock lock(dataMutex);
+  if (data.empty() && emptyAt && ko::Clock::now() - *emptyAt < kMostImageAge) {
+    xExcuse("its image shows nothing", true);
+  }
   return data;
 }
 
@@ -149,6 +154,8 @@ void Sensor3D::xUpdateScan() {
   scans.clear();
   const bool ok = xFilterScan(*image, scans);
   xTryReleaseImage();
+  // A frame whose neighbours have nothing in common, with depths that no camera measures.
+  if (ok && scans.empty() && depthFilter->getPixelBeyond()) xNoteGarbage();
   if (ok) xPublish(scans, sensorTransform, timestamp);
 }
 
@@ -201,6 +208,7 @@ void Sensor3D::xPublish(std::vector<Points>& scans, const Math::Transform& senso
   {
     Lock lock(dataMutex);
     data.swap(records);
+    if (data.empty()) emptyAt = ko::Clock::now();
   }
   for (Math::MetricalData& record : replaced) depthFilter->give(std::move(record.points));
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -77,6 +78,8 @@ class QV_API Sensor3D : public Sensor {
   QVMotionProxy motionProxy;
   int resolution;
   std::vector<Math::MetricalData> data;
+  /** When the last image came that had no component. */
+  std::optional<ko::Clock::time_point> emptyAt;
   mutable boost::mutex dataMutex;
   int filteringBlobSize;
   int periodMs = 100;

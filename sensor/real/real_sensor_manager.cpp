@@ -9,11 +9,14 @@
 #include "platform/middleware/contracts/device_manager_contract.h"
 #include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/middleware/contracts/robot_model_contract.h"
+#include "platform/middleware/dcm_proxy.h"
 #include "platform/middleware/qv_error.h"
+#include "platform/middleware/qv_motion_proxy.h"
 #include "platform/middleware/qv_proxy.h"
 #include "platform/model/model_utils.h"
 #include "platform/model/robot.h"
 #include "platform/model/sensor_properties.h"
+#include "sensor/core/internal/health_board.h"
 
 namespace QV::sensor {
 namespace {
@@ -40,6 +43,7 @@ RealSensorManager::RealSensorManager(boost::shared_ptr<QVBroker> robot, SensorFa
 }
 
 RealSensorManager::~RealSensorManager() {
+  healthTask.stop();
   updateTask.stop();
 }
 
@@ -48,8 +52,12 @@ void RealSensorManager::xInit() {
   xInitSensors();
   dcmPresent = broker->isModulePresent(DeviceManagerContract::kModule);
   updateTask.setName("MetricalSensors");
-  updateTask.setCallback([this] { xUpdateData(); });
+  updateTask.setCallback([this] { xRefresh(); });
   updateTask.setUsPeriod(std::int64_t{updatePeriodMs} * 1000);
+  healthTask.setName("SensorHealth");
+  healthTask.setCallback([this] { xLookAtHealth(); });
+  healthTask.setUsPeriod(std::int64_t{healthPeriodMs} * 1000);
+  healthTask.compensateCallbackTime(true);
 }
 
 void RealSensorManager::xInitSensors() {
@@ -83,6 +91,8 @@ void RealSensorManager::xCreate(const SensorOrder& order) {
         failed("a name of its own expected, another sensor is called \"" + name + "\"");
       }
       xAddSensor(sensor);
+      // A second one that stands for all is not kept.
+      if (sensors.at(name) == sensor) xDescribeHealth(*sensor, order);
     }
   } catch (const std::exception& exception) {
     failed(exception.what());
@@ -113,12 +123,64 @@ void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
   boost::lock_guard<boost::mutex> lock(updateMutex);
   if (anySensorOn == updateRunning) return;
   updateRunning = anySensorOn;
+  xHealth().setRefreshed(anySensorOn);
   if (anySensorOn) {
     updateTask.start(true);
+    xWatchHealth();
   } else {
     updateTask.stop();
     xSetData({});
   }
+}
+
+void RealSensorManager::xRefresh() const {
+  if (xHealth().isWatching()) xTellHealth();
+  xUpdateData();
+}
+
+void RealSensorManager::xTellHealth() const {
+  if (xHealth().asksDeviceTime()) {
+    ko::Clock::time_point deviceTime = ko::Clock::now();
+    try {
+      deviceTime = ko::Clock::fromInt32ms(DCMProxy(broker).getTime(0));
+    } catch (const std::exception&) {
+      // One that does not answer can't say that its clock runs wrong.
+    }
+    xHealth().noteDeviceTime(deviceTime);
+  }
+  hasToldVelocity = !hasToldVelocity;
+  if (!hasToldVelocity) return;
+  try {
+    xHealth().noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
+  } catch (const std::exception&) {
+    // A robot that does not tell of its motion has sensors all the same.
+  }
+}
+
+void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder& order) {
+  using Model::PointMeaning;
+  const Model::SensorKind& kind = order.kind;
+  const bool isMoved = kind.points != PointMeaning::touch && kind.points != PointMeaning::zone &&
+                       kind.points != PointMeaning::floor;
+  const Model::SensorProperties properties(order.config);
+  ko::Duration period = kind.period;
+  if (properties.has("period")) {
+    period = boost::chrono::duration_cast<ko::Duration>(
+        boost::chrono::duration<double>(properties.getNumber("period")));
+  }
+  xHealth().describe(sensor, {kind.points, kind.silence, kind.hasRate, isMoved}, period);
+}
+
+void RealSensorManager::xWatchHealth() {
+  boost::lock_guard<boost::mutex> lock(healthMutex);
+  if (!healthTask.isRunning()) healthTask.start(false);
+}
+
+// Ends itself, as whoever switches the last sensor off must not wait for what a change calls.
+void RealSensorManager::xLookAtHealth() {
+  xHealth().tick();
+  boost::lock_guard<boost::mutex> lock(healthMutex);
+  if (!updateRunning) healthTask.stop();
 }
 
 }  // namespace QV::sensor

@@ -45,21 +45,32 @@ class QV_API RealSensorManager : public SensorManager {
  protected:
   std::vector<Math::MetricalData> xGetData() const override;
   void xOnSensorOnChanged(bool anySensorOn) override;
+  /** One gathering, and what its health needs to know of the robot. */
+  void xRefresh() const;
 
  private:
   void xInit();
   void xInitSensors();
   void xCreate(const SensorOrder& order);
   void xAddSensor(boost::shared_ptr<Sensor> sensor);
+  void xDescribeHealth(const Sensor& sensor, const SensorOrder& order);
+  void xTellHealth() const;
+  void xWatchHealth();
+  void xLookAtHealth();
 
   bool dcmPresent = false;
   std::atomic<bool> sensorsDebug{false};
   boost::shared_ptr<QVBroker> broker;
   SensorFactory factory;
-  bool updateRunning = false;
+  std::atomic<bool> updateRunning{false};
   boost::mutex updateMutex;
   std::int32_t updatePeriodMs = 100;
   ko::PeriodicTask updateTask;
+  /** Told of every second time: the refresh's own. */
+  mutable bool hasToldVelocity = false;
+  std::int32_t healthPeriodMs = 200;
+  boost::mutex healthMutex;
+  ko::PeriodicTask healthTask;
 };
 
 }  // namespace QV::sensor

@@ -1,6 +1,7 @@
 #include "sensor/simulation/simulated_sensor_manager.h"
 
 #include "platform/ko/log.h"
+#include "sensor/core/internal/health_board.h"
 #include "sensor/simulation/internal/robot_model_mock.h"
 
 namespace QV::sensor {
@@ -54,6 +55,7 @@ void SimulatedSensorManager::setPose2D(const Math::Pose2D& scanPose,
 
 std::vector<Math::MetricalData> SimulatedSensorManager::xGetData() const {
   xUpdateData();
+  xHealth().tick();
   return xCopyData();
 }
 

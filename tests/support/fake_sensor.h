@@ -18,13 +18,16 @@ class FakeSensor : public sensor::Sensor {
       : Sensor(name, family, Math::SensorFieldOfView2D(0.1f, 2.0f, 1.0f, 5)) {}
 
   bool subscribeSucceeds = true;
+  bool unsubscribeSucceeds = true;
   /** Called at the start of each hardware call and each reading; may throw. */
   std::function<void()> onStart = [] {};
   std::function<void()> onStop = [] {};
   std::function<void()> onRead = [] {};
 
-  /** What a reading measures. */
+  /** What a reading measures, and when. */
   std::vector<Math::Position3D> points{{1.0f, 2.0f, 3.0f}};
+  std::function<ko::Clock::time_point()> stamp = [] { return ko::Clock::time_point(); };
+  bool hasRecord = true;
 
   std::atomic<int> starts{0};
   std::atomic<int> stops{0};
@@ -34,7 +37,7 @@ class FakeSensor : public sensor::Sensor {
   std::vector<Math::MetricalData> xGetData() const override {
     onRead();
     std::vector<Math::MetricalData> records;
-    records.push_back({name, familyName, fieldOfView, {}, points, {}});
+    if (hasRecord) records.push_back({name, familyName, fieldOfView, {}, points, stamp()});
     return records;
   }
 
@@ -48,8 +51,8 @@ class FakeSensor : public sensor::Sensor {
   bool xUnsubscribeFromHardware() override {
     ++stops;
     onStop();
-    hardwareOn = false;
-    return true;
+    hardwareOn = !unsubscribeSucceeds;
+    return unsubscribeSucceeds;
   }
 };
 

@@ -33,7 +33,9 @@ PeoplePerceptionSensor::PeoplePerceptionSensor(const std::string& name,
     : RealSensor(name, familyName, fieldOfView, memoryKeys, broker),
       videoDevice(broker),
       latest(boost::make_shared<Latest>()),
-      pruneDelay(boost::chrono::seconds(2)) {}
+      pruneDelay(boost::chrono::seconds(2)) {
+  xTellOfChanges();
+}
 
 PeoplePerceptionSensor::~PeoplePerceptionSensor() = default;
 
@@ -80,6 +82,7 @@ void PeoplePerceptionSensor::onUpdatePeopleList(const std::string&, QVValue valu
   try {
     event = extractPeopleEvent(value, name);
   } catch (const std::exception& exception) {
+    xNoteGarbage();
     xLogError(kOnUpdate, exception.what());
     return;
   }

@@ -38,6 +38,7 @@ TouchSensor::~TouchSensor() = default;
 void TouchSensor::onTouchChanged(const std::string&, QVValue value, const std::string&) {
   std::vector<Touch::TouchGroupEvent> groups;
   if (!Touch::extractTouchEventInfo(value, groups)) {
+    xNoteGarbage();
     logTrouble(ko::log::Level::error, kTouchCategory, "onTouchChanged", "Invalid touch extraction");
     return;
   }

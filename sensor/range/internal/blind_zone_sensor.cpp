@@ -41,7 +41,10 @@ std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
   result.push_back(xGetMetricalDataMeta());
   Math::MetricalData& record = result.front();
   try {
-    if (xIsRobotMoving()) return {};
+    if (xIsRobotMoving()) {
+      xExcuse("the robot moves");
+      return {};
+    }
     record.sensorTransform =
         Math::Transform(motionProxy.getTransform(name, MotionContract::kGroundFrame, true));
   } catch (const std::exception& exception) {

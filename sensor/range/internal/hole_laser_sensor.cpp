@@ -63,6 +63,7 @@ std::vector<Math::MetricalData> HoleLaserSensor::xGetData() const {
   if (status == 1 || status == 4) {
     pullIn(records);
   } else if (status != 2) {
+    xNoteGarbage();
     records.front().points.clear();
   }
   return records;

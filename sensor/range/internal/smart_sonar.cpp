@@ -18,7 +18,10 @@ SmartSonar::~SmartSonar() = default;
 
 std::vector<Math::MetricalData> SmartSonar::xGetData() const {
   const auto joints = buildTransformsFromCollisionShapes(collisionShapes, motionProxy);
-  if (isSensorFOVObstructed(sensorTransform, collisionShapes, joints, halfAperture)) return {};
+  if (isSensorFOVObstructed(sensorTransform, collisionShapes, joints, halfAperture)) {
+    xExcuse("the robot's own body is in its way");
+    return {};
+  }
   return SonarSensor::xGetData();
 }
 

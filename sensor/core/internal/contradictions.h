@@ -1,0 +1,59 @@
+#pragma once
+
+#include <cstdint>
+#include <map>
+#include <optional>
+#include <string>
+#include <utility>
+
+#include "sensor/core/internal/planar_view.h"
+
+namespace QV::sensor {
+
+/**
+ * Which sensors contradict each other where they look at the same place, and for how long. What
+ * stands at different heights is at different ranges, too: a contradiction counts while the ranges
+ * change and their ratio does not. Nothing is kept of those that agree again and again.
+ */
+class Contradictions {
+ public:
+  struct Sight {
+    const std::string* sensor;
+    PlanarView view;
+  };
+
+  /** What two sensors see at `now`, seconds, after `moved` seconds on the move. */
+  void compare(const Sight& a, const Sight& b, double now, double moved);
+  void clear() { pairs.clear(); }
+
+  struct Told {
+    const std::string* other;
+    double seconds;
+    double own;
+    double others;
+  };
+  /** The longest one of this sensor that counts. */
+  std::optional<Told> find(const std::string& sensor, double now) const;
+
+ private:
+  struct Pair {
+    double seenAt = 0.0;
+    double seconds = 0.0;
+    /** In a row: that agree; that contradict, but by another ratio. */
+    int agreements = 0;
+    int deviations = 0;
+    double leastRatio = 0.0;
+    double mostRatio = 0.0;
+    double leastRange = 0.0;
+    double mostRange = 0.0;
+    PlanarView::Comparison last{};
+
+    void add(const PlanarView::Comparison& seen);
+    bool fits(const PlanarView::Comparison& seen) const;
+    bool counts() const;
+  };
+
+  std::map<std::pair<const std::string*, const std::string*>, Pair> pairs;
+};
+
+}  // namespace QV::sensor

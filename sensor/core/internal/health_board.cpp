@@ -1,0 +1,292 @@
+#include "sensor/core/internal/health_board.h"
+
+#include <algorithm>
+#include <exception>
+#include <iterator>
+
+#include "platform/ko/log.h"
+#include "sensor/core/internal/sensor_watch.h"
+
+namespace QV::sensor {
+namespace {
+
+using Time = ko::Clock::time_point;
+
+constexpr ko::Duration kComparePeriod{400'000'000};
+constexpr ko::Duration kHangs{200'000'000};
+// A tick that comes later than that has missed others, or the clock has jumped.
+constexpr ko::Duration kLongestTick{1'000'000'000};
+constexpr ko::Duration kSettling{1'000'000'000};
+constexpr ko::Duration kFreshView{400'000'000};
+constexpr ko::Duration kDeviceKnown{500'000'000};
+// What comes and goes is seen the second time.
+constexpr ko::Duration kAsks{2'000'000'000};
+// Trouble that comes before a fault and leads to it.
+constexpr ko::Duration kLead{1'500'000'000};
+constexpr char kHealthCategory[] = "Navigation.SensorHealth";
+
+std::int64_t inNs(Time time) {
+  return time.time_since_epoch().count();
+}
+
+double secondsBetween(Time from, Time to) {
+  return boost::chrono::duration<double>(to - from).count();
+}
+
+// Hardware that was switched off, or failed to be switched on, is no longer what it was.
+bool isByReadings(const HealthFinding& finding) {
+  return finding.state > HealthState::sound &&
+         (finding.state < HealthState::failing || finding.cause == HealthCause::readingThrows);
+}
+
+}  // namespace
+
+void HealthBoard::describe(const Sensor& sensor, const HealthNature& nature, ko::Duration period) {
+  HealthNature own = nature;
+  own.hasRate = nature.hasRate && sensor.watch->getNature().hasRate;
+  sensor.watch->setNature(own);
+  const Lock lock(mutex);
+  Entry& entry = entries[sensor.getName()];
+  entry.sensor = &sensor;
+  entry.limits = HealthLimits(period);
+  // What tells of changes is told rarely: two in 20 readings that make no sense are too many.
+  if (!own.hasRate) entry.limits.set(HealthLimit::garbage, 0.05);
+}
+
+void HealthBoard::setLimit(const std::string& sensor, HealthLimit limit,
+                           std::optional<double> value) {
+  const Lock lock(mutex);
+  xAddNew();
+  entries.at(sensor).limits.set(limit, value);
+}
+
+std::optional<double> HealthBoard::getLimit(const std::string& sensor, HealthLimit limit) {
+  const Lock lock(mutex);
+  xAddNew();
+  const auto found = entries.find(sensor);
+  return found == entries.end() ? std::nullopt : found->second.limits.get(limit);
+}
+
+void HealthBoard::setCallback(Callback newCallback) {
+  const Lock lock(mutex);
+  callback = std::move(newCallback);
+}
+
+void HealthBoard::setOn(bool on) {
+  for (const auto& [name, sensor] : sensors) {
+    if (sensor) sensor->watch->setOn(on);
+  }
+  isOn = on;
+}
+
+void HealthBoard::setRefreshed(bool on) {
+  const Lock lock(mutex);
+  isRefreshed = on;
+  judgedAt = ko::Clock::now();
+  judgedByMachine = std::chrono::steady_clock::now();
+}
+
+void HealthBoard::noteDeviceTime(Time time) {
+  const Time now = ko::Clock::now();
+  deviceOffset = (time - now).count();
+  deviceNotedAt = inNs(now);
+}
+
+void HealthBoard::noteVelocity(const Math::Pose2D& velocity) {
+  motion.note(velocity, ko::Clock::now());
+}
+
+void HealthBoard::tick() {
+  if (!isOn) return;
+  Lock lock(mutex, std::try_to_lock);
+  if (!lock) return;
+  xJudgeAll(true);
+  xCallBack(lock);
+}
+
+std::optional<SensorHealth> HealthBoard::get(const std::string& sensor) {
+  Lock lock(mutex);
+  xJudgeAll(false);
+  const auto found = entries.find(sensor);
+  std::optional<SensorHealth> health;
+  if (found != entries.end()) health = xTell(found->second);
+  xCallBack(lock);
+  return health;
+}
+
+std::map<std::string, SensorHealth> HealthBoard::getAll() {
+  Lock lock(mutex);
+  xJudgeAll(false);
+  std::map<std::string, SensorHealth> all;
+  for (const auto& [name, entry] : entries) all.emplace(name, xTell(entry));
+  xCallBack(lock);
+  return all;
+}
+
+void HealthBoard::xAddNew() {
+  if (entries.size() == sensors.size()) return;
+  for (const auto& [name, sensor] : sensors) {
+    if (sensor) entries[name].sensor = sensor.get();
+  }
+}
+
+HealthMoment HealthBoard::xMoment() const {
+  HealthMoment moment;
+  moment.now = inNs(ko::Clock::now());
+  moment.isRefreshed = isRefreshed;
+  const bool isLately = deviceNotedAt != 0 && moment.now - deviceNotedAt < kDeviceKnown.count();
+  moment.isDeviceKnown = isLately || !isRefreshed;
+  moment.deviceOffset = isLately ? deviceOffset.load() : 0;
+  moment.isMoving = motion.getState().isMoving;
+  moment.hanging = xFindHanging(moment.now);
+  return moment;
+}
+
+const std::string* HealthBoard::xFindHanging(std::int64_t now) const {
+  for (const auto& [name, sensor] : sensors) {
+    const std::int64_t since = sensor ? sensor->watch->getReadingSince() : 0;
+    if (since != 0 && now - since > kHangs.count()) return &name;
+  }
+  return nullptr;
+}
+
+void HealthBoard::xJudgeAll(bool isTick) {
+  xAddNew();
+  const HealthMoment moment = xMoment();
+  const Time now{ko::Duration(moment.now)};
+  xNoteJump(now);
+  xTakeNotes(isTick);
+  if (isTick) xCompareViews(now);
+  for (auto& [name, entry] : entries) {
+    const Sensor& sensor = *entry.sensor;
+    const HealthSwitches switches{sensor.isWanted, sensor.isEnabled(), sensor.isDiagnosisSucess(),
+                                  sensor.isStarted()};
+    const HealthJudge judge(*sensor.watch, entry.notes, entry.limits, entry.track, moment);
+    const HealthFinding finding = judge.judge(switches);
+    if (finding.cause == HealthCause::old || finding.state == HealthState::starting) askedAt = now;
+    xSettle(name, entry, finding, moment);
+  }
+  asksDevice = now - askedAt < kAsks;
+}
+
+// What passes without the machine's time is no time in which a sensor could have measured.
+void HealthBoard::xNoteJump(Time now) {
+  if (!isRefreshed) return;
+  const auto machine = std::chrono::steady_clock::now();
+  const ko::Duration passed = now - judgedAt;
+  const std::int64_t byMachine = std::chrono::nanoseconds(machine - judgedByMachine).count();
+  const bool leaps = passed > kLongestTick && byMachine < passed.count() / 2;
+  const bool isBeyond = settledAt - kSettling > now;
+  if (passed < ko::Duration::zero() || leaps || isBeyond) settledAt = now + kSettling;
+  judgedAt = now;
+  judgedByMachine = machine;
+}
+
+void HealthBoard::xTakeNotes(bool isTick) {
+  const RobotMotion::State moved = motion.getState();
+  for (auto& [name, entry] : entries) {
+    const SensorWatch& watch = *entry.sensor->watch;
+    entry.notes = watch.getNotes();
+    if (isTick) entry.track.update(entry.notes, watch.getNature().showsMotion, moved);
+  }
+}
+
+bool HealthBoard::xSees(const Entry& entry, Time now) const {
+  return entry.notes.hasView && entry.limits.get(HealthLimit::disagreement).has_value() &&
+         inNs(now) - entry.notes.recordAt < kFreshView.count() && entry.sensor->isStarted();
+}
+
+void HealthBoard::xCompareViews(Time now) {
+  const ko::Duration passed = now - comparedAt;
+  if (passed >= ko::Duration::zero() && passed < kComparePeriod) return;
+  const RobotMotion::State moved = motion.getState();
+  const bool moves = moved.turned + moved.went > comparedMotion;
+  const double seconds = moves ? std::min(secondsBetween(comparedAt, now), 0.5) : 0.0;
+  comparedMotion = moved.turned + moved.went;
+  comparedAt = now;
+  const double nowInSeconds = static_cast<double>(inNs(now)) * 1e-9;
+  sights.clear();
+  for (const auto& [name, entry] : entries) {
+    if (xSees(entry, now)) sights.push_back({&name, entry.sensor->watch->getView()});
+  }
+  for (std::size_t i = 0; i < sights.size(); ++i) {
+    for (std::size_t j = i + 1; j < sights.size(); ++j) {
+      contradictions.compare(sights[i], sights[j], nowInSeconds, std::max(seconds, 0.0));
+    }
+  }
+  for (auto& [name, entry] : entries) xFindContradiction(name, entry, nowInSeconds);
+}
+
+void HealthBoard::xFindContradiction(const std::string& name, Entry& entry, double now) const {
+  const auto told = contradictions.find(name, now);
+  entry.track.contradicted = told ? told->other : nullptr;
+  if (!told) return;
+  entry.track.contradiction = told->seconds;
+  entry.track.own = told->own;
+  entry.track.others = told->others;
+}
+
+void HealthBoard::xSettle(const std::string& name, Entry& entry, const HealthFinding& finding,
+                          const HealthMoment& moment) {
+  const Time now{ko::Duration(moment.now)};
+  if (finding.state == entry.shown.state) {
+    entry.shown = finding;
+    entry.foundAt = now;
+    return;
+  }
+  if (isByReadings(finding) && now < settledAt) return;
+  if (finding.cause == HealthCause::old && !moment.isDeviceKnown) return;
+  if (xIsHeld(entry, finding, now)) return;
+  entry.shown = finding;
+  entry.since = entry.foundAt = now;
+  ++entry.times[finding.state];
+  if (callback) changes.emplace_back(name, xTell(entry));
+}
+
+// A sensor that comes and goes is not sound each time that it comes.
+bool HealthBoard::xIsHeld(const Entry& entry, const HealthFinding& finding, Time now) const {
+  if (!isByReadings(entry.shown)) return false;
+  if (!finding.isMeasured) return true;
+  const bool isBetter = finding.state == HealthState::sound ||
+                        (isByReadings(finding) && finding.state < entry.shown.state);
+  const auto recovery = entry.limits.get(HealthLimit::recovery);
+  return isBetter && recovery && now >= entry.foundAt &&
+         secondsBetween(entry.foundAt, now) < *recovery;
+}
+
+SensorHealth HealthBoard::xTell(const Entry& entry) const {
+  SensorHealth health{entry.shown.state, entry.since,
+                      describeFinding(entry.shown, xFindTrouble(entry)),
+                      remedyFor(entry.shown.cause), entry.times.at(entry.shown.state)};
+  const double past = secondsBetween(entry.foundAt, ko::Clock::now());
+  if (isByReadings(entry.shown) && past > 0.05) health.reason += agoText(past);
+  return health;
+}
+
+// What went wrong long before has nothing to do with it.
+std::optional<ko::log::Record> HealthBoard::xFindTrouble(const Entry& entry) const {
+  if (!hasTrouble(entry.shown.cause)) return std::nullopt;
+  auto trouble = entry.sensor->getLastTrouble();
+  if (trouble && isByReadings(entry.shown) && trouble->timestamp < entry.since - kLead) return {};
+  return trouble;
+}
+
+void HealthBoard::xCallBack(Lock& lock) {
+  if (isCallingBack) return;
+  isCallingBack = true;
+  while (!changes.empty()) {
+    const auto change = std::move(changes.front());
+    changes.pop_front();
+    const Callback call = callback;
+    lock.unlock();
+    try {
+      if (call) call(change.first, change.second);
+    } catch (const std::exception& exception) {
+      ko::log::error(kHealthCategory, "onHealthChanged") << exception.what();
+    }
+    lock.lock();
+  }
+  isCallingBack = false;
+}
+
+}  // namespace QV::sensor

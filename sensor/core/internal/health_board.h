@@ -1,0 +1,119 @@
+#pragma once
+
+#include <atomic>
+#include <chrono>
+#include <cstdint>
+#include <deque>
+#include <map>
+#include <mutex>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <boost/function.hpp>
+#include <boost/shared_ptr.hpp>
+
+#include "platform/api.h"
+#include "sensor/core/internal/contradictions.h"
+#include "sensor/core/internal/health_judge.h"
+#include "sensor/core/internal/robot_motion.h"
+#include "sensor/core/sensor.h"
+#include "sensor/core/sensor_health.h"
+
+namespace QV::sensor {
+
+/**
+ * The health of a manager's sensors: judges what their watches noted, remembers what they were
+ * before, and tells of changes. What it is told by a refresh waits for nobody; judging never waits
+ * for hardware. Any thread may call any operation.
+ */
+class QV_API HealthBoard {
+ public:
+  using Sensors = std::map<std::string, boost::shared_ptr<Sensor>>;
+  using Callback = boost::function<void(const std::string& sensor, const SensorHealth& health)>;
+
+  /** The sensors, which may come later but never go, must outlive it. */
+  explicit HealthBoard(const Sensors& sensors) : sensors(sensors) {}
+
+  /** Before its first start; `period` is the time between two measurements. */
+  void describe(const Sensor& sensor, const HealthNature& nature, ko::Duration period);
+  void setLimit(const std::string& sensor, HealthLimit limit, std::optional<double> value);
+  std::optional<double> getLimit(const std::string& sensor, HealthLimit limit);
+  void setCallback(Callback newCallback);
+  void setOn(bool on);
+  bool isWatching() const { return isOn; }
+
+  /** Whether all are read again and again, as of now. */
+  void setRefreshed(bool on);
+  /** Whether a record looks too old, and only the device manager's clock can tell if it is. */
+  bool asksDeviceTime() const { return asksDevice; }
+  /** For one thread at a time: what the device manager's clock says, and what the robot does. */
+  void noteDeviceTime(ko::Clock::time_point time);
+  void noteVelocity(const Math::Pose2D& velocity);
+
+  /** Judges all, at regular times, and tells of changes; not if another thread judges already. */
+  void tick();
+
+  std::optional<SensorHealth> get(const std::string& sensor);
+  std::map<std::string, SensorHealth> getAll();
+
+ private:
+  struct Entry {
+    const Sensor* sensor = nullptr;
+    HealthLimits limits = HealthLimits();
+    HealthTrack track = {};
+    ReadingNotes notes = {};
+    HealthFinding shown = {};
+    ko::Clock::time_point since = ko::Clock::now();
+    /** When what is shown was last found. */
+    ko::Clock::time_point foundAt = since;
+    std::map<HealthState, int> times = {{HealthState::off, 1}};
+  };
+  using Entries = std::map<std::string, Entry>;
+  using Lock = std::unique_lock<std::mutex>;
+
+  void xAddNew();
+  HealthMoment xMoment() const;
+  const std::string* xFindHanging(std::int64_t now) const;
+  void xJudgeAll(bool isTick);
+  void xTakeNotes(bool isTick);
+  void xNoteJump(ko::Clock::time_point now);
+  void xCompareViews(ko::Clock::time_point now);
+  void xFindContradiction(const std::string& name, Entry& entry, double now) const;
+  bool xSees(const Entry& entry, ko::Clock::time_point now) const;
+  void xSettle(const std::string& name, Entry& entry, const HealthFinding& finding,
+               const HealthMoment& moment);
+  bool xIsHeld(const Entry& entry, const HealthFinding& finding, ko::Clock::time_point now) const;
+  SensorHealth xTell(const Entry& entry) const;
+  std::optional<ko::log::Record> xFindTrouble(const Entry& entry) const;
+  void xCallBack(Lock& lock);
+
+  const Sensors& sensors;
+  Entries entries;
+  Contradictions contradictions;
+  std::vector<Contradictions::Sight> sights;
+  RobotMotion motion;
+  std::atomic<std::int64_t> deviceOffset{0};
+  std::atomic<std::int64_t> deviceNotedAt{0};
+  std::atomic<bool> asksDevice{false};
+  std::atomic<bool> isRefreshed{false};
+  std::atomic<bool> isOn{true};
+
+  ko::Clock::time_point judgedAt;
+  std::chrono::steady_clock::time_point judgedByMachine;
+  /** Until then no new fault is believed: the clock has jumped. */
+  ko::Clock::time_point settledAt;
+  ko::Clock::time_point comparedAt;
+  /** When the device manager's clock was last wanted. */
+  ko::Clock::time_point askedAt;
+  /** How far the robot had turned and gone by then. */
+  double comparedMotion = 0.0;
+
+  Callback callback;
+  std::deque<std::pair<std::string, SensorHealth>> changes;
+  bool isCallingBack = false;
+  std::mutex mutex;
+};
+
+}  // namespace QV::sensor

@@ -1,0 +1,158 @@
+#include "sensor/core/internal/health_finding.h"
+
+#include <array>
+#include <charconv>
+
+namespace QV::sensor {
+namespace {
+
+std::string figureOf(double value, int decimals = 2) {
+  std::array<char, 400> text;
+  const auto result =
+      std::to_chars(text.begin(), text.end(), value, std::chars_format::fixed, decimals);
+  return {text.begin(), result.ptr};
+}
+
+std::string seconds(double value) {
+  return figureOf(value) + " s";
+}
+
+std::string limitOf(const HealthFinding& finding, const char* unit) {
+  return ", limit " + figureOf(finding.limit) + " " + unit;
+}
+
+std::string whyUnread(const HealthFinding& finding) {
+  if (finding.other) return ": the reading of " + *finding.other + " does not return";
+  return ": the refresh of the records does not go on";
+}
+
+std::string describeFault(const HealthFinding& finding) {
+  const std::string taken = seconds(finding.figure);
+  const std::string ofSeconds = limitOf(finding, "s");
+  switch (finding.cause) {
+    case HealthCause::contradicts:
+      return figureOf(finding.own) + " m where " + *finding.other + " says " +
+             figureOf(finding.others) + " m, for " + taken + " on the move" + ofSeconds;
+    case HealthCause::turnsUnseen:
+      return "the same points while the robot turned " + figureOf(finding.figure) + " rad" +
+             limitOf(finding, "rad");
+    case HealthCause::goesUnseen:
+      return "the same points while the robot went " + figureOf(finding.figure) + " m" +
+             limitOf(finding, "m");
+    case HealthCause::garbage:
+      return figureOf(finding.figure, 0) + " of its last 20 readings can't be, limit " +
+             figureOf(finding.limit, 0);
+    case HealthCause::flickers:
+      return "it changed its mind " + figureOf(finding.figure, 0) +
+             " times in its last 20 readings, limit " + figureOf(finding.limit, 0);
+    case HealthCause::old:
+      return "its record is " + taken + " old" + ofSeconds;
+    case HealthCause::unread:
+      return "not read for " + taken + ofSeconds + whyUnread(finding);
+    case HealthCause::neverRead:
+      return "never read since it started " + taken + " ago" + ofSeconds + whyUnread(finding);
+    case HealthCause::noRecord:
+      return "no record for " + taken + ofSeconds;
+    case HealthCause::noFirst:
+      return "no fresh record since it started " + taken + " ago" + ofSeconds;
+    case HealthCause::readingHangs:
+      return "its reading has not returned for " + taken + ofSeconds;
+    case HealthCause::readingThrows:
+      return "its reading fails";
+    case HealthCause::startHangs:
+      return "its hardware has been starting for " + taken + ofSeconds;
+    case HealthCause::stopHangs:
+      return "its hardware has been stopping for " + taken + ofSeconds;
+    case HealthCause::startThrew:
+      return "its hardware threw when it was to start";
+    case HealthCause::badDiagnosis:
+      return "its diagnosis is bad";
+    case HealthCause::leftOn:
+      return "its hardware was left on, since it failed to stop";
+    default:
+      return {};
+  }
+}
+
+std::string describeSound(const HealthFinding& finding) {
+  switch (finding.cause) {
+    case HealthCause::unwanted:
+      return "nobody has subscribed to it";
+    case HealthCause::disabled:
+      return "it is disabled";
+    case HealthCause::unwatched:
+      return "it runs, and its records are not watched";
+    case HealthCause::awaitsFirst:
+      return "no fresh record yet, " + seconds(finding.figure) + " after its start";
+    case HealthCause::startGoesOn:
+      return "its hardware has been starting for " + seconds(finding.figure);
+    case HealthCause::excused:
+      return std::string("no record, as it should be: ").append(finding.excuse);
+    default:
+      return "its records are fresh";
+  }
+}
+
+}  // namespace
+
+std::string describeFinding(const HealthFinding& finding,
+                            const std::optional<ko::log::Record>& trouble) {
+  if (!isFault(finding.state)) return describeSound(finding);
+  std::string text = describeFault(finding);
+  if (trouble) text += ": " + ko::log::onOneLine(trouble->message);
+  return text;
+}
+
+bool hasTrouble(HealthCause cause) {
+  switch (cause) {
+    case HealthCause::old:
+    case HealthCause::garbage:
+    case HealthCause::noRecord:
+    case HealthCause::noFirst:
+    case HealthCause::readingThrows:
+    case HealthCause::startThrew:
+    case HealthCause::badDiagnosis:
+    case HealthCause::leftOn:
+      return true;
+    default:
+      return false;
+  }
+}
+
+std::string agoText(double seconds) {
+  return "; not so for " + figureOf(seconds) + " s";
+}
+
+std::string remedyFor(HealthCause cause) {
+  switch (cause) {
+    case HealthCause::unwanted:
+      return "subscribe";
+    case HealthCause::disabled:
+      return "enableSensorOrFamily(name, true), then lookAgain()";
+    case HealthCause::unwatched:
+    case HealthCause::awaitsFirst:
+    case HealthCause::startGoesOn:
+    case HealthCause::fresh:
+    case HealthCause::excused:
+      return {};
+    case HealthCause::neverRead:
+      return "lookAgain()";
+    case HealthCause::readingHangs:
+    case HealthCause::unread:
+    case HealthCause::startHangs:
+    case HealthCause::stopHangs:
+      return "the call must return; nothing can end it from outside";
+    case HealthCause::startThrew:
+      return "subscribe again once its hardware is back";
+    case HealthCause::badDiagnosis:
+      return "setSensorDiagnosis(name, true) once its hardware is back, then lookAgain()";
+    case HealthCause::leftOn:
+      return "setSensorDiagnosis(name, true), then subscribe and unsubscribe, which stops it again";
+    case HealthCause::contradicts:
+      return "look which of the two is right; by itself once they agree";
+    default:
+      return "by itself, with sound records";
+  }
+}
+
+}  // namespace QV::sensor

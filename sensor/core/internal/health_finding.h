@@ -1,0 +1,67 @@
+#pragma once
+
+#include <optional>
+#include <string>
+
+#include "platform/ko/log.h"
+#include "sensor/core/sensor_health.h"
+
+namespace QV::sensor {
+
+/** Why a sensor is as it is. */
+enum class HealthCause {
+  unwanted,
+  disabled,
+  unwatched,
+  awaitsFirst,
+  startGoesOn,
+  fresh,
+  excused,
+  contradicts,
+  turnsUnseen,
+  goesUnseen,
+  garbage,
+  flickers,
+  old,
+  unread,
+  neverRead,
+  noRecord,
+  noFirst,
+  readingHangs,
+  readingThrows,
+  startHangs,
+  stopHangs,
+  startThrew,
+  badDiagnosis,
+  leftOn
+};
+
+/** What was found of a sensor, in figures: its text is made when somebody asks. */
+struct HealthFinding {
+  HealthState state = HealthState::off;
+  HealthCause cause = HealthCause::unwanted;
+  double figure = 0.0;
+  double limit = 0.0;
+  /** Metres: what it says, and what the other one does. */
+  double own = 0.0;
+  double others = 0.0;
+  /** The sensor that it contradicts, or that keeps the others waiting; lasts as the manager does.
+   */
+  const std::string* other = nullptr;
+  /** Lasts as the program does. */
+  const char* excuse = nullptr;
+  /** Whether the sensor has shown that it measures. */
+  bool isMeasured = true;
+};
+
+/** One sentence; `trouble` is the sensor's last one, if that has to do with it. */
+std::string describeFinding(const HealthFinding& finding,
+                            const std::optional<ko::log::Record>& trouble);
+/** Whether the sensor's last trouble may be the reason. */
+bool hasTrouble(HealthCause cause);
+/** What is added to what was found `seconds` ago, and not since. */
+std::string agoText(double seconds);
+/** What brings the sensor back. */
+std::string remedyFor(HealthCause cause);
+
+}  // namespace QV::sensor

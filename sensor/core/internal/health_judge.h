@@ -1,0 +1,68 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "platform/ko/clock.h"
+#include "sensor/core/internal/health_finding.h"
+#include "sensor/core/internal/health_track.h"
+#include "sensor/core/internal/sensor_watch.h"
+#include "sensor/core/sensor_health.h"
+
+namespace QV::sensor {
+
+/** What is true of all sensors at the moment that one is judged. */
+struct HealthMoment {
+  std::int64_t now = 0;
+  /** The device manager's time less ours, ns; 0 where it was not asked for. */
+  std::int64_t deviceOffset = 0;
+  /** Whether it is of use: it was asked for lately, or nobody can be asked. */
+  bool isDeviceKnown = true;
+  /** Whether a refresh reads the sensors, again and again; else readers do when they like. */
+  bool isRefreshed = false;
+  /** What the robot does, so that a sensor that is silent while it moves may be. */
+  bool isMoving = false;
+  /** Whose reading does not return; null if none hangs. */
+  const std::string* hanging = nullptr;
+};
+
+/** A sensor's switches at one moment. */
+struct HealthSwitches {
+  bool isWanted = false;
+  bool isEnabled = true;
+  bool isDiagnosisGood = true;
+  bool isStarted = false;
+};
+
+/** Judges one sensor. */
+class HealthJudge {
+ public:
+  HealthJudge(const SensorWatch& watch, const ReadingNotes& notes, const HealthLimits& limits,
+              const HealthTrack& track, const HealthMoment& moment)
+      : watch(watch), notes(notes), limits(limits), track(track), moment(moment) {}
+
+  HealthFinding judge(const HealthSwitches& switches) const;
+
+ private:
+  HealthFinding xJudgeCall() const;
+  HealthFinding xJudgeStarted() const;
+  HealthFinding xJudgeUnread() const;
+  HealthFinding xJudgeSilence() const;
+  HealthFinding xJudgeNoise() const;
+  HealthFinding xJudgeRecords() const;
+  double xAge() const;
+  double xAgeAt(std::int64_t time) const;
+  double xSince(std::int64_t time) const;
+  bool xMayBeSilent() const;
+  bool xHasFresh() const;
+  HealthFinding xBeyond(HealthState state, HealthCause cause, HealthLimit limit,
+                        double figure) const;
+
+  const SensorWatch& watch;
+  const ReadingNotes& notes;
+  const HealthLimits& limits;
+  const HealthTrack& track;
+  const HealthMoment& moment;
+};
+
+}  // namespace QV::sensor

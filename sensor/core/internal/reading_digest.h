@@ -1,0 +1,36 @@
+#pragma once
+
+#include <cstdint>
+#include <vector>
+
+#include "platform/math/metrical_data.h"
+#include "sensor/core/internal/health_nature.h"
+#include "sensor/core/internal/planar_view.h"
+
+namespace QV::sensor {
+
+/** What is kept of a reading, however many points it has. Trivially copyable. */
+struct ReadingDigest {
+  /** The same for the same points. */
+  std::uint64_t fingerprint = 0;
+  /** Of the oldest record, ns. */
+  std::int64_t stamp = 0;
+  /** Whether a sound sensor can't have measured this. */
+  bool isGarbage = false;
+  /** Whether there is an obstacle in it, which a turn moves. */
+  bool hasObstacle = false;
+  /** Whether there is one right ahead, which going there brings nearer. */
+  bool hasObstacleAhead = false;
+};
+
+/**
+ * Looks at about a hundred points, and takes no memory; `view` becomes what the sensor sees, as it
+ * saw `former` before.
+ */
+ReadingDigest digestOf(const std::vector<Math::MetricalData>& records, const HealthNature& nature,
+                       const PlanarView& former, PlanarView& view);
+/** Of the oldest record, ns. */
+std::int64_t stampOf(const std::vector<Math::MetricalData>& records);
+std::size_t countPoints(const std::vector<Math::MetricalData>& records);
+
+}  // namespace QV::sensor

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+
+#include "platform/ko/clock.h"
+#include "platform/math/pose2d.h"
+
+namespace QV::sensor {
+
+/** How far the robot has turned and gone so far. One thread tells, any asks. */
+class RobotMotion {
+ public:
+  /** Forward, leftward (m/s) and turning (rad/s), in the robot's frame. */
+  void note(const Math::Pose2D& velocity, ko::Clock::time_point now);
+
+  struct State {
+    /** Radians to either side, and metres, since the beginning. */
+    double turned = 0.0;
+    double went = 0.0;
+    /** Of length 1, or 0 for a robot that stands. */
+    float directionX = 0.0f;
+    float directionY = 0.0f;
+    bool isMoving = false;
+  };
+  State getState() const;
+
+ private:
+  std::int64_t notedAt = 0;
+  std::atomic<double> turned{0.0};
+  std::atomic<double> went{0.0};
+  std::atomic<float> directionX{0.0f};
+  std::atomic<float> directionY{0.0f};
+  std::atomic<bool> isMoving{false};
+};
+
+}  // namespace QV::sensor

@@ -1,0 +1,109 @@
+#pragma once
+
+#include <atomic>
+#include <cstdint>
+#include <vector>
+
+#include "platform/ko/clock.h"
+#include "platform/math/metrical_data.h"
+#include "sensor/core/internal/health_nature.h"
+#include "sensor/core/internal/reading_digest.h"
+#include "sensor/core/internal/sequence_locked.h"
+
+namespace QV::sensor {
+
+/** What came of a sensor's readings since it was started. Times in ns; 0 for never. */
+struct ReadingNotes {
+  std::int64_t startedAt = 0;
+  std::int64_t readAt = 0;
+  std::int64_t recordAt = 0;
+  /** When it last gave a record, or had a reason not to. */
+  std::int64_t answeredAt = 0;
+  /** When the record came that has the newest stamp. */
+  std::int64_t stampedAt = 0;
+  /** How often the stamp and the points changed. */
+  std::uint32_t stamps = 0;
+  std::uint32_t changes = 0;
+  /** In a row, that threw. */
+  std::uint32_t failures = 0;
+  /** Of the last 20, the newest in the lowest bit: could not be; differed from the one before. */
+  std::uint32_t garbage = 0;
+  std::uint32_t changed = 0;
+  /** Why the last reading had no record, without fault; null if there is no such reason. */
+  const char* excuse = nullptr;
+  /** Whether it measured all the same, and met nothing. */
+  bool isExcuseMeasured = false;
+  /** Of the last reading with records; the sensor's axis in the ground frame; has it a view? */
+  ReadingDigest digest;
+  float axisX = 1.0f;
+  float axisY = 0.0f;
+  bool hasView = false;
+};
+
+/** What hardware is doing. */
+enum class HardwareCall : int { none, starting, stopping };
+
+/**
+ * Notes what a sensor and its hardware do, for whoever judges its health. Notes are taken by one
+ * thread at a time, which never waits; any thread may ask.
+ */
+class SensorWatch {
+ public:
+  static constexpr int kWindow = 20;
+
+  /** Before the sensor is first started. */
+  void setNature(const HealthNature& newNature) { nature = newNature; }
+  const HealthNature& getNature() const { return nature; }
+
+  /** Readings are noted, or not. */
+  void setOn(bool value) { on = value; }
+  bool isOn() const { return on; }
+
+  void beginCall(HardwareCall call);
+  /** It returned: true, or false, or threw. */
+  void endCall(HardwareCall call, bool success, bool threw);
+
+  void beginReading();
+  void endReading(const std::vector<Math::MetricalData>& records);
+  void failReading();
+  /** Why the reading that is going on has no record: a text that lasts. */
+  void excuse(const char* why, bool measured);
+  /** Something came in that made no sense. */
+  void noteGarbage() { pendingGarbage = true; }
+
+  ReadingNotes getNotes() const { return published.load(); }
+  /** What the last reading with records sees around it; empty where it does not look around. */
+  PlanarView getView() const { return view.load(); }
+  /** When the reading began that is going on, ns; 0 for none. */
+  std::int64_t getReadingSince() const { return readingSince; }
+  HardwareCall getCall() const { return call; }
+  std::int64_t getCallSince() const { return callSince; }
+  bool isLeftOn() const { return leftOn; }
+  bool hasThrown() const { return thrown; }
+
+ private:
+  void xNoteRecords(const std::vector<Math::MetricalData>& records);
+  void xNoteDigest(const ReadingDigest& digest, const PlanarView& seen);
+  bool xSkips(const std::vector<Math::MetricalData>& records);
+
+  HealthNature nature;
+  std::atomic<bool> on{true};
+  ReadingNotes notes;
+  PlanarView lastView;
+  int skipped = 0;
+  std::int64_t lastStamp = 0;
+  SequenceLocked<ReadingNotes> published;
+  SequenceLocked<PlanarView> view;
+  std::atomic<std::int64_t> readingSince{0};
+  std::atomic<std::int64_t> callSince{0};
+  std::atomic<HardwareCall> call{HardwareCall::none};
+  /** Stopping failed last. */
+  std::atomic<bool> leftOn{false};
+  /** Starting threw last. */
+  std::atomic<bool> thrown{false};
+  const char* pendingExcuse = nullptr;
+  bool isPendingMeasured = false;
+  std::atomic<bool> pendingGarbage{false};
+};
+
+}  // namespace QV::sensor

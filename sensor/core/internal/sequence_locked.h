@@ -1,0 +1,54 @@
+#pragma once
+
+#include <array>
+#include <atomic>
+#include <cstdint>
+#include <cstring>
+#include <type_traits>
+
+namespace QV::sensor {
+
+/**
+ * A value that one thread at a time writes and any reads, without a lock: a writer never waits, a
+ * reader tries again while a write is going on. The count is odd meanwhile.
+ */
+template <typename T>
+class SequenceLocked {
+  static_assert(std::is_trivially_copyable_v<T>);
+
+ public:
+  void store(const T& value) noexcept {
+    Words words{};
+    std::memcpy(words.data(), &value, sizeof(T));
+    const std::uint32_t even = sequence.load(std::memory_order_relaxed);
+    sequence.store(even + 1, std::memory_order_relaxed);
+    // Released one by one, so that none can be seen before the odd count.
+    for (std::size_t i = 0; i < words.size(); ++i) {
+      stored[i].store(words[i], std::memory_order_release);
+    }
+    sequence.store(even + 2, std::memory_order_release);
+  }
+
+  T load() const noexcept {
+    while (true) {
+      const std::uint32_t before = sequence.load(std::memory_order_acquire);
+      Words words;
+      for (std::size_t i = 0; i < words.size(); ++i) {
+        words[i] = stored[i].load(std::memory_order_acquire);
+      }
+      if (before % 2 == 0 && before == sequence.load(std::memory_order_relaxed)) {
+        T value;
+        std::memcpy(static_cast<void*>(&value), words.data(), sizeof(T));
+        return value;
+      }
+    }
+  }
+
+ private:
+  using Words = std::array<std::uint64_t, (sizeof(T) + 7) / 8>;
+
+  std::atomic<std::uint32_t> sequence{0};
+  std::array<std::atomic<std::uint64_t>, std::tuple_size_v<Words>> stored{};
+};
+
+}  // namespace QV::sensor

@@ -1,0 +1,195 @@
+#include <array>
+#include <cmath>
+#include <map>
+#include <optional>
+#include <ostream>
+
+#include "platform/ko/simulated_time.h"
+#include "platform/middleware/qv_broker.h"
+#include "sensor/hosting/navigation_module.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/porter.h"
+#include "tests/support/vocabulary.h"
+#include "tests/support/walled_map.h"
+#include "tests/support/watched_drive.h"
+
+namespace QV {
+namespace {
+
+using robot::FaultKind;
+using sensor::HealthState;
+using enum sensor::HealthState;
+
+// Seconds: a window for each kind of fault, and a pause to recover in.
+constexpr double kFirst = 4.0;
+constexpr double kFailing = 10.0;
+constexpr double kHealing = 8.0;
+constexpr int kFaultKinds = 7;
+
+double windowBegin(int kind) {
+  return kFirst + kind * (kFailing + kHealing);
+}
+
+/** What is told of a failing sensor, and within how many seconds. */
+struct Expected {
+  HealthState state = sound;
+  double within = 2.0;
+};
+constexpr Expected kCantBeTold{};
+
+/** In the order of the kinds: off, stuck, garbage, wrong, slow, delayed, intermittent. */
+using Row = std::array<Expected, kFaultKinds>;
+constexpr Row kOfFrontSonar{{{silent}, {frozen}, {noisy}, {suspect, 7.0}, {}, {}, {silent}}};
+constexpr Row kOfBackSonar{{{silent}, {frozen}, {noisy}, kCantBeTold, {}, {}, {silent}}};
+constexpr Row kOfSeen{{{late}, {frozen}, {noisy}, {suspect, 7.0}, {late}, {late}, {late}}};
+// It sees no farther than 1.5 m, and so it has little to contradict.
+constexpr Row kOfShovel{{{late}, {frozen}, {noisy}, {suspect, 9.0}, {late}, {late}, {late}}};
+constexpr Row kOfSideLaser{{{late}, {frozen}, {noisy}, kCantBeTold, {late}, {late}, {late}}};
+constexpr Row kOfHoleLaser{{{late}, kCantBeTold, {noisy}, kCantBeTold, {late}, {late}, {late}}};
+constexpr Row kOfBlindZone{{{silent}, {}, {noisy}, {}, {}, {}, {silent}}};
+constexpr Row kOfPeople{{{}, {frozen}, {noisy}, {}, {}, {late}, {}}};
+constexpr Row kOfBumper{{{}, {}, {noisy}, {}, {}, {}, {}}};
+
+const std::map<std::string, Row> kMatrix{
+    {"BackBumperTouch", kOfBumper},  {"BackSonar", kOfBackSonar},     {"BlindZone", kOfBlindZone},
+    {"DepthCamera", kOfSeen},        {"FrontBumperTouch", kOfBumper}, {"FrontLaser", kOfSeen},
+    {"FrontSonar", kOfFrontSonar},   {"HoleLaser", kOfHoleLaser},     {"LeftLaser", kOfSideLaser},
+    {"PeoplePerception", kOfPeople}, {"RightLaser", kOfSideLaser},    {"ShovelLaser", kOfShovel}};
+
+struct Told {
+  double time;
+  std::string sensor;
+  HealthState state;
+  std::string reason;
+
+  friend void PrintTo(const Told& told, std::ostream* out) {
+    *out << told.time << " s: " << told.sensor << ' ' << getName(told.state) << ": " << told.reason;
+  }
+};
+
+double secondsNow() {
+  return static_cast<double>(ko::Clock::now().time_since_epoch().count()) * 1e-9;
+}
+
+/** Porter goes in circles between near walls, somebody in sight, and fails in each way in turn. */
+struct HealthMatrixTest : testing::TestWithParam<std::tuple<std::string, int>> {
+  std::vector<Told> drive() {
+    ko::SimulatedTime time;
+    test::LogCapture log;
+    robot::WorldOptions world;
+    world.seed = static_cast<std::uint64_t>(std::get<1>(GetParam()));
+    const float heading =
+        faulty == "PeoplePerception" ? 0.0f : 0.2f * static_cast<float>(world.seed);
+    // On a circle of 0.6 m about the middle of the room.
+    world.start = {1.65f + 0.6f * std::sin(heading), 1.65f - 0.6f * std::cos(heading), heading};
+    world.people = {{{{2.9f, 1.2f}, {2.9f, 1.5f}}, 0.3f}};
+    world.rangeNoise = 0.005f;
+    const auto map = boost::make_shared<OccupancyMap>(test::makeWalledMap(33, 33, 0.1f));
+    robot::VirtualRobot porter(test::Porter::describe(), map, world);
+    const auto module = boost::make_shared<sensor::NavigationModule>(porter.getBroker());
+    const ScopedModule registered(porter.getBroker(), module);
+    sensor::SensorManager& manager = module->getManager();
+    std::vector<Told> all;
+    manager.onHealthChanged([&all](const std::string& name, const sensor::SensorHealth& health) {
+      all.push_back({secondsNow(), name, health.state, health.reason});
+    });
+    for (const auto& name : manager.getSensorList()) {
+      if (name != "DepthCamera" || withDepth) manager.subscribe("test", name);
+    }
+    for (const FaultKind kind : porter.getPossibleFaults(faulty)) {
+      const milliseconds from(static_cast<int>(1000 * windowBegin(static_cast<int>(kind))));
+      porter.setFault(faulty, kind, from, from + milliseconds(static_cast<int>(1000 * kFailing)));
+    }
+    while (secondsNow() < windowBegin(kFaultKinds)) {
+      move(porter);
+      time.advance(milliseconds(100));
+    }
+    return all;
+  }
+
+  // A blind zone measures while the robot stands; people must stay in sight.
+  void move(robot::VirtualRobot& porter) const {
+    if (faulty == "BlindZone") return;
+    const bool sways = faulty == "PeoplePerception";
+    const bool back = sways && static_cast<int>(secondsNow()) % 2 == 1;
+    porter.setVelocity(sways ? 0.0f : 0.3f, 0.0f, back ? -0.5f : 0.5f);
+  }
+
+  void checkWindow(int kind, const std::vector<Told>& all) const {
+    const double begin = windowBegin(kind);
+    const Expected& expected = kMatrix.at(faulty)[static_cast<std::size_t>(kind)];
+    std::optional<Told> first;
+    std::optional<Told> last;
+    for (const Told& told : all) {
+      if (told.time < begin || told.time >= begin + kFailing + kHealing) continue;
+      if (told.sensor != own) {
+        EXPECT_TRUE(!isFault(told.state) || (told.state == suspect && expected.state == suspect))
+            << testing::PrintToString(told);
+        continue;
+      }
+      if (!first) first = told;
+      last = told;
+    }
+    if (expected.state == sound) {
+      EXPECT_FALSE(first) << testing::PrintToString(*first);
+      return;
+    }
+    ASSERT_TRUE(first);
+    EXPECT_EQ(getName(first->state), std::string(getName(expected.state)));
+    EXPECT_LE(first->time - begin, expected.within) << testing::PrintToString(*first);
+    EXPECT_EQ(last->state, sound) << testing::PrintToString(*last);
+  }
+
+  const std::string faulty = std::get<0>(GetParam());
+  const bool withDepth = faulty == "DepthCamera" || faulty == "FrontSonar";
+  const std::string own = faulty.ends_with("BumperTouch") ? "Touch" : faulty;
+};
+
+TEST_P(HealthMatrixTest, namesWhatRecordsOrThePlatformCanShow) {
+  const std::vector<Told> all = drive();
+  for (int kind = 0; kind < kFaultKinds; ++kind) {
+    SCOPED_TRACE(getName(static_cast<FaultKind>(kind)));
+    checkWindow(kind, all);
+  }
+  for (const Told& told : all) {
+    EXPECT_TRUE(told.time >= kFirst || !isFault(told.state)) << testing::PrintToString(told);
+  }
+}
+
+std::vector<std::string> rowsOfMatrix() {
+  std::vector<std::string> names;
+  for (const auto& [name, row] : kMatrix) names.push_back(name);
+  return names;
+}
+
+INSTANTIATE_TEST_SUITE_P(EachSensor, HealthMatrixTest,
+                         testing::Combine(testing::ValuesIn(rowsOfMatrix()),
+                                          testing::Values(1, 2, 3)),
+                         [](const auto& parameter) {
+                           return std::get<0>(parameter.param) +
+                                  std::to_string(std::get<1>(parameter.param));
+                         });
+
+TEST(Health, isQuietOnADriveAmongPeopleWithNoise) {
+  test::WatchedDrive drive;
+  drive.options.world.rangeNoise = 0.01f;
+  drive.options.world.dropOuts = 0.01f;
+  drive.options.world.randomPeople = 3;
+  drive.run(boost::chrono::seconds(180));
+  EXPECT_THAT(drive.alarms, IsEmpty());
+}
+
+// Walls beyond the reach of all, no noise: every record is like the one before. The camera, which
+// takes most of the time, runs for a part of it in the drive above.
+TEST(Health, isQuietForAnHourInAnEmptyHall) {
+  test::WatchedDrive drive;
+  drive.sensors = {"BlindZone", "HoleLaser", "Laser", "PeoplePerception",
+                   "Shovel",    "Sonar",     "Touch"};
+  drive.options.map = boost::make_shared<OccupancyMap>(test::makeWalledMap(60, 60, 0.5f));
+  drive.options.start = Math::Pose2D(15.0f, 15.0f, 0.0f);
+  drive.run(boost::chrono::seconds(3600), false);
+  EXPECT_THAT(drive.alarms, IsEmpty());
+}
+
+}  // namespace
+}  // namespace QV

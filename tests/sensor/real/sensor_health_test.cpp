@@ -1,0 +1,268 @@
+#include "sensor/core/sensor_health.h"
+
+#include <cmath>
+#include <functional>
+#include <map>
+#include <stdexcept>
+
+#include "platform/ko/clock.h"
+#include "robot/services/internal/robot_model_service.h"
+#include "sensor/core/internal/health_board.h"
+#include "sensor/real/real_sensor_manager.h"
+#include "tests/support/fake_robot.h"
+#include "tests/support/fake_sensor.h"
+
+namespace QV::sensor {
+namespace {
+
+using Fake = test::FakeSensor;
+using enum HealthState;
+
+constexpr char kHealthRobot[] =
+    R"(<robot name="r"><link name="base"/><sensor name="Left" type="Eye"/>)"
+    R"(<sensor name="Right" type="Eye"><property key="period" value="0.2"/></sensor></robot>)";
+
+SensorFactory eyeFactory() {
+  SensorFactory factory;
+  factory.add({90, "Eye", "Eyes"}, [](const SensorOrder& order) -> SensorFactory::Sensors {
+    return {boost::make_shared<Fake>(order.config.name, order.kind.family)};
+  });
+  return factory;
+}
+
+/** A robot that turns, with two eyes before which a wall comes and goes. */
+struct SensorHealthTest : test::FakeRobotTest {
+  SensorHealthTest() {
+    broker->registerModule(boost::make_shared<robot::RobotModelService>(kHealthRobot));
+    sut.emplace(broker, eyeFactory());
+    motion->velocity = std::vector<float>{0.0f, 0.0f, 0.5f};
+    for (Fake* eye : {&left(), &right()}) {
+      eye->stamp = [] { return ko::Clock::now(); };
+      eye->onRead = [eye, this] { eye->points = {wallNow()}; };
+    }
+    sut->onHealthChanged([this](const std::string& sensor, const SensorHealth& health) {
+      if (!isFault(health.state)) return;
+      faults.push_back(sensor + " " + getName(health.state));
+      reasons.push_back(health.reason);
+    });
+  }
+
+  static Math::Position3D wallNow() {
+    const double seconds = static_cast<double>(ko::Clock::now().time_since_epoch().count()) * 1e-9;
+    return {static_cast<float>(1.2 + 0.5 * std::sin(seconds)), 0.0f, 0.0f};
+  }
+  Fake& eye(const char* name) { return dynamic_cast<Fake&>(*sut->getSensorPtr(name)); }
+  Fake& left() { return eye("Left"); }
+  Fake& right() { return eye("Right"); }
+  SensorHealth health(const std::string& name) { return sut->getHealth(name).value(); }
+  /** Whether it is so within `limit` seconds. */
+  bool becomes(const char* name, HealthState state, double limit) {
+    return time.runUntil([&] { return health(name).state == state; },
+                         milliseconds(static_cast<int>(1000 * limit)));
+  }
+
+  std::optional<RealSensorManager> sut;
+  /** Those that were told of, and why. */
+  std::vector<std::string> faults;
+  std::vector<std::string> reasons;
+};
+
+struct HealthCase {
+  const char* what;
+  std::function<void(SensorHealthTest&)> fail;
+  HealthState state;
+  const char* reason;
+  std::function<void(SensorHealthTest&)> repair;
+};
+
+const std::vector<HealthCase> kHealthCases{
+    {"gives no records", [](auto& t) { t.left().hasRecord = false; }, silent,
+     "no record for 0.50 s, limit 0.40 s", [](auto& t) { t.left().hasRecord = true; }},
+    {"gives old records",
+     [](auto& t) { t.left().stamp = [] { return ko::Clock::now() - milliseconds(620); }; }, late,
+     "its record is 0.62 s old, limit 0.40 s",
+     [](auto& t) { t.left().stamp = [] { return ko::Clock::now(); }; }},
+    {"measures what can't be",
+     [](auto& t) { t.left().onRead = [&t] {
+                     t.left().points = {{kNan, 0.0f, 0.0f}};
+                   }; }, noisy,
+     "6 of its last 20 readings can't be, limit 5",
+     [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
+    {"stays the same", [](auto& t) { t.left().onRead = [] {}; }, frozen,
+     "the same points while the robot turned 0.60 rad, limit 0.50 rad",
+     [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
+    {"throws", [](auto& t) { t.left().onRead = [] { throw std::runtime_error("no echo"); }; },
+     failing, "its reading fails: Unable to gather the data of Left: no echo",
+     [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
+    {"does not return", [](auto& t) { t.left().onRead = [] { ko::os::msleep(1500); }; }, silent,
+     "its reading has not returned for 1.20 s, limit 1.00 s",
+     [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
+    {"contradicts another one",
+     [](auto& t) {
+       t.left().onRead = [&t] { t.left().points = {{0.6f * t.wallNow().x, 0.0f, 0.0f}}; };
+     },
+     suspect, "m where Right says",
+     [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
+    {"has a bad diagnosis", [](auto& t) { t.sut->setSensorDiagnosis("Left", false); }, failing,
+     "its diagnosis is bad", [](auto& t) { t.sut->setSensorDiagnosis("Left", true); }},
+};
+
+TEST_F(SensorHealthTest, eachFaultIsNamedWithItsFiguresAndHasItsWayBack) {
+  sut->subscribe("me");
+  for (const HealthCase& fault : kHealthCases) {
+    SCOPED_TRACE(fault.what);
+    ASSERT_TRUE(becomes("Left", sound, 4.0)) << health("Left").reason;
+    ASSERT_TRUE(becomes("Right", sound, 4.0)) << health("Right").reason;
+    const int before = health("Left").times;
+    faults.clear();
+    reasons.clear();
+    fault.fail(*this);
+    EXPECT_TRUE(becomes("Left", fault.state, 5.0)) << getName(health("Left").state);
+    EXPECT_NE(health("Left").remedy, "");
+    EXPECT_THAT(faults, Contains(std::string("Left ") + getName(fault.state)));
+    EXPECT_THAT(reasons, Contains(HasSubstr(fault.reason)));
+    fault.repair(*this);
+    EXPECT_TRUE(becomes("Left", sound, 4.0)) << health("Left").reason;
+    EXPECT_EQ(health("Left").times, before + 1);
+  }
+}
+
+TEST_F(SensorHealthTest, isOffUntilSomebodyWantsItAndStartingUntilItHasAFreshRecord) {
+  EXPECT_EQ(health("Left").reason, "nobody has subscribed to it");
+  // As a camera shows the last image of its former run.
+  left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
+  right().hasRecord = false;
+  sut->subscribe("me");
+  time.advance(milliseconds(1400));
+  EXPECT_EQ(health("Left").state, starting);
+  time.advance(milliseconds(300));
+  EXPECT_EQ(health("Left").reason, "no fresh record since it started 1.70 s ago, limit 1.50 s");
+  EXPECT_EQ(health("Right").state, starting) << "its period is longer, and so are its limits";
+  time.advance(milliseconds(400));
+  EXPECT_EQ(health("Right").reason, "no fresh record since it started 2.10 s ago, limit 2.00 s");
+  sut->enableSensorOrFamily("Right", false);
+  EXPECT_EQ(health("Right").reason, "it is disabled");
+  sut->unsubscribe("me");
+  time.advance(milliseconds(250));
+  EXPECT_EQ(health("Left").state, off);
+  EXPECT_THAT(faults, ElementsAre("Left silent", "Right silent"));
+}
+
+TEST_F(SensorHealthTest, aReadingThatDoesNotReturnIsNamedWithAllThatItKeepsWaiting) {
+  sut->subscribe("me");
+  time.advance(milliseconds(500));
+  std::string ofRight;
+  left().onRead = [&] {
+    ko::os::msleep(1900);
+    ofRight = health("Right").reason;
+  };
+  time.advance(milliseconds(100));
+  EXPECT_THAT(faults, ElementsAre("Left late", "Right late", "Left silent"));
+  EXPECT_THAT(ofRight, AllOf(StartsWith("not read for 2.0"),
+                             testing::EndsWith(": the reading of Left does not return")));
+}
+
+TEST_F(SensorHealthTest, hardwareThatAFailedStopHasLeftOnIsNamedUntilItStops) {
+  for (const bool throws : {false, true}) {
+    sut->subscribe("me");
+    time.advance(milliseconds(500));
+    left().unsubscribeSucceeds = false;
+    left().onStop = [throws] {
+      if (throws) throw std::runtime_error("no answer");
+    };
+    EXPECT_EQ(errorOf([&] { sut->unsubscribe("me"); }), throws ? "no answer" : "");
+    time.advance(milliseconds(250));
+    EXPECT_EQ(health("Left").state, failing);
+    EXPECT_THAT(health("Left").reason,
+                StartsWith("its hardware was left on, since it failed to stop: "));
+    left().unsubscribeSucceeds = true;
+    left().onStop = [] {};
+    sut->setSensorDiagnosis("Left", true);
+    sut->subscribe("me");
+    sut->unsubscribe("me");
+    EXPECT_EQ(health("Left").state, off);
+  }
+}
+
+TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
+  EXPECT_NEAR(sut->getHealthLimit("Right", HealthLimit::age).value(), 0.7, 1e-6);
+  EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("Left:silence=off")));
+  EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("Eyes:turn=off")));
+  EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("age=0.2")));
+  EXPECT_FALSE(sut->setHealthLimit(parseHealthRule("No:age=0.2")));
+  EXPECT_THAT(log.lines(), Contains("warning Navigation.SensorManager.setHealthLimit: Invalid "
+                                    "name in setHealthLimit: \"No\""));
+  sut->subscribe("me");
+  time.advance(milliseconds(500));
+  left().hasRecord = false;
+  right().onRead = [] {};
+  time.advance(milliseconds(5000));
+  EXPECT_THAT(faults, IsEmpty());
+  right().stamp = [] { return ko::Clock::now() - milliseconds(300); };
+  EXPECT_TRUE(becomes("Right", late, 0.2));
+}
+
+// The hardware's clock dates the records, and stands for the device manager's.
+TEST_F(SensorHealthTest, noClockThatRunsWrongRaisesAnythingByItself) {
+  const auto start = ko::Clock::now();
+  const std::map<const char*, std::function<ko::Duration(ko::Duration)>> clocks{
+      {"stops", [](ko::Duration) { return ko::Duration::zero(); }},
+      {"is 20 s behind", [](ko::Duration t) { return t - milliseconds(20'000); }},
+      {"is 20 s ahead", [](ko::Duration t) { return t + milliseconds(20'000); }},
+      {"takes a hundredth", [](ko::Duration t) { return t / 100; }},
+      {"takes a hundredfold", [](ko::Duration t) { return t * 100; }}};
+  sut->subscribe("me");
+  for (const auto& [what, clock] : clocks) {
+    SCOPED_TRACE(what);
+    const auto deviceTime = [&] { return start + clock(ko::Clock::now() - start); };
+    left().stamp = right().stamp = deviceTime;
+    for (int cycle = 0; cycle < 300; ++cycle) {
+      broker->planAnswer("DCM.getTime", ko::Clock::toInt32ms(deviceTime()));
+      time.advance(milliseconds(100));
+    }
+    EXPECT_THAT(reasons, IsEmpty());
+    EXPECT_EQ(health("Left").state, sound);
+  }
+}
+
+// What was made before simulated time begins goes on by the machine's, and so sees time leap.
+TEST(SensorHealthBoard, believesNoFaultThatALeapOfTimeMakes) {
+  test::FakeManager manager;
+  const auto sensor = manager.add("A", "F");
+  sensor->stamp = [] { return ko::Clock::now(); };
+  std::map<std::string, boost::shared_ptr<Sensor>> sensors{{"A", sensor}};
+  HealthBoard sut(sensors);
+  sensor->subscribe("me");
+  sut.setRefreshed(true);
+  const auto look = [&] {
+    sut.tick();
+    return sut.get("A").value().state;
+  };
+  sensor->getData();
+  EXPECT_EQ(look(), sound);
+  for (const int seconds : {100, 3, 5000}) {
+    ko::SimulatedTime leap{ko::Clock::time_point(milliseconds(1000 * seconds))};
+    EXPECT_EQ(look(), sound) << seconds;
+    sensor->getData();
+    leap.advance(milliseconds(900));
+    sensor->getData();
+    EXPECT_EQ(look(), sound);
+  }
+}
+
+TEST(HealthRule, refusesWhatItCantReadAndSaysWhatItExpects) {
+  const std::string names =
+      "start, silence, age, reading, garbage, turn, distance, disagreement, recovery";
+  const std::vector<std::pair<const char*, std::string>> cases{
+      {"age", "[NAME:]LIMIT=VALUE or [NAME:]LIMIT=off expected"},
+      {"Sonar:old=1", "one of " + names + " expected"},
+      {"age=", "a number above 0, or off, expected"},
+      {"age=-1", "a number above 0, or off, expected"}};
+  for (const auto& [text, expected] : cases) {
+    EXPECT_EQ(errorOf([&] { parseHealthRule(text); }),
+              "limit \"" + std::string(text) + "\": " + expected);
+  }
+}
+
+}  // namespace
+}  // namespace QV::sensor
