@@ -44,6 +44,7 @@ class QV_API RealSensorManager : public SensorManager {
 
  protected:
   std::vector<Math::MetricalData> xGetData() const override;
+  boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const override;
   void xOnSensorOnChanged(bool anySensorOn) override;
 
  private:
