@@ -18,11 +18,10 @@ FloatArray floatsFrom(const py::object& object, const std::string& whom, const s
   if (!any) throw py::type_error(refusal + describe(object) + " given");
   const char kind = any.dtype().kind();
   if (kind != 'f' && kind != 'i' && kind != 'u' && kind != 'b')
-    throw py::type_error(refusal + "an array of " +
-                         py::str(any.dtype()).cast<std::string>() + " given");
+    throw py::type_error(refusal + "an array of " + py::str(any.dtype()).cast<std::string>() +
+                         " given");
   // Makes floats of other numbers, too.
-  const auto floats =
-      py::array_t<float, py::array::c_style | py::array::forcecast>::ensure(any);
+  const auto floats = py::array_t<float, py::array::c_style | py::array::forcecast>::ensure(any);
   if (!floats) throw py::error_already_set();
   return py::reinterpret_borrow<FloatArray>(floats);
 }

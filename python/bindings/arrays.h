@@ -1,9 +1,8 @@
 #pragma once
 
+#include <pybind11/numpy.h>
 #include <string>
 #include <vector>
-
-#include <pybind11/numpy.h>
 
 #include "platform/math/pose2d.h"
 #include "platform/math/position.h"

@@ -1,10 +1,9 @@
 #pragma once
 
 #include <optional>
+#include <pybind11/pybind11.h>
 #include <set>
 #include <string>
-
-#include <pybind11/pybind11.h>
 
 #include "platform/ko/clock.h"
 #include "platform/math/pose2d.h"

@@ -1,14 +1,14 @@
 #pragma once
 
 #include <memory>
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
 #include <set>
 #include <string>
 #include <utility>
 
 #include <boost/shared_ptr.hpp>
-#include <pybind11/numpy.h>
-#include <pybind11/pybind11.h>
-#include <pybind11/stl.h>
 
 #include "platform/ko/log.h"
 #include "python/bindings/casters.h"
@@ -56,15 +56,21 @@ void releaseFromAnywhere(PyObject* kept);
 template <template <typename> typename Pointer, typename T>
 Pointer<T> shareWithPython(py::object object) {
   T* const pointer = object.cast<T*>();
-  return Pointer<T>(pointer, [kept = object.release().ptr()](T*) {
-    releaseFromAnywhere(kept);
-  });
+  return Pointer<T>(pointer, [kept = object.release().ptr()](T*) { releaseFromAnywhere(kept); });
 }
 
 py::object toPython(const ko::log::Record& line);
 
 /** One of the types of qv_sensor._types; a reference that lasts as long as the process. */
 py::handle typeNamed(const char* name);
+
+/** A subscription of a manager or a session for a `with` block. */
+py::object subscription(const py::object& target, const std::string& subscriber,
+                        const py::object& names);
+inline constexpr char kSubscription[] =
+    R"(subscription(subscriber: str, names: Names = None) -> Subscription
+
+For a `with` block, within which `subscriber` wants sensors or families, by default all.)";
 
 void bindErrors(py::module_& module);
 void bindMiddleware(py::module_& module);

@@ -1,8 +1,7 @@
 #pragma once
 
-#include <vector>
-
 #include <pybind11/pybind11.h>
+#include <vector>
 
 namespace QV::python {
 

@@ -1,6 +1,5 @@
-#include "python/bindings/common.h"
-
 #include "platform/middleware/qv_error.h"
+#include "python/bindings/common.h"
 #include "session/usage_error.h"
 
 namespace QV::python {

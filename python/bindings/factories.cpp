@@ -35,8 +35,7 @@ std::shared_ptr<PyObject> keep(const py::function& function) {
 
 SensorFactory::Sensors create(PyObject* creator, const SensorOrder& order) {
   return callPython([&]() -> SensorFactory::Sensors {
-    const py::object made =
-        py::reinterpret_borrow<py::object>(creator)(toPython(order));
+    const py::object made = py::reinterpret_borrow<py::object>(creator)(toPython(order));
     if (made.is_none()) return {};
     if (!py::isinstance<PythonSensor>(made))
       throw py::type_error("a Sensor or None expected, " + describe(made) + " given");
@@ -48,9 +47,8 @@ void add(SensorFactory& factory, int type, const std::string& name, const std::s
          const std::string& points, const py::function& creator) {
   Model::SensorKind kind = {type, name, family, meaningFrom(points)};
   kind.keys.most = 100'000;
-  factory.add(kind, [kept = keep(creator)](const SensorOrder& order) {
-    return create(kept.get(), order);
-  });
+  factory.add(
+      kind, [kept = keep(creator)](const SensorOrder& order) { return create(kept.get(), order); });
 }
 
 }  // namespace
@@ -60,8 +58,9 @@ void bindFactories(py::module_& module) {
 Makes the sensors of a robot's description, by their types.)")
       .def(py::init([] { return SensorFactory::standard(); }),
            "__init__() -> None\n\nKnows the library's own.")
-      .def("add", &add, "type"_a, "name"_a, "family"_a, "points"_a, "creator"_a,
-           R"(add(type: int, name: str, family: str, points: PointMeaning, creator: Callable[[SensorOrder], Sensor | None]) -> None
+      .def(
+          "add", &add, "type"_a, "name"_a, "family"_a, "points"_a, "creator"_a,
+          R"(add(type: int, name: str, family: str, points: PointMeaning, creator: Callable[[SensorOrder], Sensor | None]) -> None
 
 Teaches it a type: its number and name in descriptions, its family, what its points mean ("arc",
 "scan", "zone", "sighting", "touch"), and what makes a sensor of it, None to leave it out. A number

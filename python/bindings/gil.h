@@ -1,9 +1,8 @@
 #pragma once
 
+#include <pybind11/pybind11.h>
 #include <stdexcept>
 #include <utility>
-
-#include <pybind11/pybind11.h>
 
 namespace QV::python {
 
@@ -22,7 +21,8 @@ class Unlocked {
   PyThreadState* const state;
 };
 
-/** Has a thread of C++'s run Python for a scope; std::runtime_error once Python has begun to end. */
+/** Has a thread of C++'s run Python for a scope; std::runtime_error once Python has begun to end.
+ */
 class Locked {
  public:
   Locked();

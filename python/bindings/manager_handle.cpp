@@ -24,6 +24,15 @@ std::shared_ptr<sensor::SensorManager> ManagerHandle::get() const {
   return manager;
 }
 
+bool ManagerHandle::isOpen() const {
+  if (!find) return manager != nullptr;
+  try {
+    return find() != nullptr;
+  } catch (const std::runtime_error&) {
+    return false;
+  }
+}
+
 void ManagerHandle::end() {
   letGo(manager);
 }

@@ -21,6 +21,7 @@ class ManagerHandle : public Ending {
 
   /** RuntimeError if it has ended, or from within a sensor. */
   std::shared_ptr<sensor::SensorManager> get() const;
+  bool isOpen() const;
   /** One that is in use elsewhere ends there. */
   void end() override;
 

@@ -160,7 +160,8 @@ Looks whether any sensor runs, after enabling or a diagnosis.)");
 }
 
 void bindQuestions(Manager& type) {
-  const auto ask1 = [&](const char* name, bool (sensor::SensorManager::*question)(const std::string&) const,
+  const auto ask1 = [&](const char* name,
+                        bool (sensor::SensorManager::*question)(const std::string&) const,
                         const char* doc) {
     type.def(
         name,
@@ -207,12 +208,12 @@ void bindReal(py::module_& module) {
 The sensors of the robot behind a broker, virtual or not, as its description lists them.
 
 While any sensor runs, records are gathered every 100 ms, in a SimulatedTime as that goes by.)")
-      .def(py::init([](const boost::shared_ptr<QVBroker>& broker,
-                       const sensor::SensorFactory* factory) {
-             const auto& makes = factory ? *factory : sensor::SensorFactory::standard();
-             return std::make_shared<Handle>(unlocked(
-                 [&] { return std::make_shared<sensor::RealSensorManager>(broker, makes); }));
-           }),
+      .def(py::init(
+               [](const boost::shared_ptr<QVBroker>& broker, const sensor::SensorFactory* factory) {
+                 const auto& makes = factory ? *factory : sensor::SensorFactory::standard();
+                 return std::make_shared<Handle>(unlocked(
+                     [&] { return std::make_shared<sensor::RealSensorManager>(broker, makes); }));
+               }),
            "broker"_a, "factory"_a = py::none(),
            R"(__init__(broker: Broker, factory: SensorFactory | None = None) -> None
 
@@ -220,6 +221,12 @@ With the sensors that `factory` knows. What can't be built is logged and left ou
 }
 
 }  // namespace
+
+py::object subscription(const py::object& target, const std::string& subscriber,
+                        const py::object& names) {
+  return py::module_::import("qv_sensor._subscription")
+      .attr("Subscription")(target, subscriber, names);
+}
 
 py::object toPython(const ko::log::Record& line) {
   static const py::handle type = typeNamed("LogRecord");
@@ -241,6 +248,8 @@ Of sensors of one's own, which are read whenever somebody asks for records. Two 
 ValueError.)")
       .def("close", &ManagerHandle::end,
            "close() -> None\n\nEnds it. That of a session ends with the session.");
+  type.def_property_readonly("is_open", &ManagerHandle::isOpen, "bool: Whether it has not ended.")
+      .def("subscription", &subscription, "subscriber"_a, "names"_a = py::none(), kSubscription);
   bindBlock(type);
   bindReading(type);
   bindSwitches(type);

@@ -1,3 +1,5 @@
+#include "python/bindings/maps.h"
+
 #include <filesystem>
 
 #include <boost/make_shared.hpp>
@@ -5,7 +7,6 @@
 #include "platform/navigation/occupancy_map.h"
 #include "python/bindings/arrays.h"
 #include "python/bindings/common.h"
-#include "python/bindings/maps.h"
 #include "robot/maps/map_files.h"
 #include "session/shared_files.h"
 
@@ -65,14 +66,16 @@ void bindMaps(py::module_& module) {
 A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. What is above 0.4 is solid.
 
 It never changes: make another one from `cells.copy()`. Safe from any thread.)")
-      .def(py::init(&makeMap), "cells"_a, "resolution"_a, "origin"_a = Math::Pose2D(),
-           R"(__init__(cells: ArrayLike, resolution: float, origin: PoseLike = (0.0, 0.0, 0.0)) -> None
+      .def(
+          py::init(&makeMap), "cells"_a, "resolution"_a, "origin"_a = Math::Pose2D(),
+          R"(__init__(cells: ArrayLike, resolution: float, origin: PoseLike = (0.0, 0.0, 0.0)) -> None
 
 Cells of shape (rows, columns), copied; `resolution` in metres; `origin` is the outer corner of cell
 (0, 0) in the world. Rows run along its y axis, columns along x. Another shape, an occupancy outside
 0 to 1, a resolution that is not positive, an origin that is not finite: ValueError.)")
-      .def_property_readonly("cells", &cellsOf,
-                             "NDArray[np.float32]: The occupancies, shape (rows, columns), a read-only view.")
+      .def_property_readonly(
+          "cells", &cellsOf,
+          "NDArray[np.float32]: The occupancies, shape (rows, columns), a read-only view.")
       .def_property_readonly("resolution", &OccupancyMap::getResolution,
                              "float: The side of a cell, metres.")
       .def_property_readonly("origin", &OccupancyMap::getOrigin,
@@ -89,8 +92,8 @@ The occupancy at a position in the world; None outside the map.)")
       .def("__repr__", &repr);
 
   module.def(
-      "load_map",
-      [](const py::object& path) { return loadMap(session::findMap(pathFrom(path))); }, "path"_a,
+      "load_map", [](const py::object& path) { return loadMap(session::findMap(pathFrom(path))); },
+      "path"_a,
       R"(load_map(path: PathLike) -> OccupancyMap
 
 Reads a map_server map: a YAML file that names a PGM or PNG image; or one of the library's own by

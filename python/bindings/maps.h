@@ -1,9 +1,8 @@
 #pragma once
 
+#include <pybind11/pybind11.h>
 #include <stdexcept>
 #include <string>
-
-#include <pybind11/pybind11.h>
 
 namespace QV::python {
 

@@ -24,8 +24,8 @@ class PythonModule : public QVModule {
   void bind(const std::string& method, const py::function& callable) {
     const std::size_t count = xCount(callable);
     if (!xBindFor(method, xKeep(callable), count, std::make_index_sequence<kMostArguments + 1>()))
-      throw py::value_error("at most " + std::to_string(kMostArguments) +
-                            " arguments expected, " + std::to_string(count) + " given");
+      throw py::value_error("at most " + std::to_string(kMostArguments) + " arguments expected, " +
+                            std::to_string(count) + " given");
   }
 
  private:

@@ -39,9 +39,8 @@ class PythonOutlet : public Outlet {
     });
   }
   bool isWatched() const override {
-    return xCall("is_watched", [](const py::function& function) {
-      return !function || function().cast<bool>();
-    });
+    return xCall("is_watched",
+                 [](const py::function& function) { return !function || function().cast<bool>(); });
   }
   void show(const session::Snapshot& snapshot) override {
     xCall("show", [&](const py::function& function) {
@@ -59,7 +58,6 @@ class PythonOutlet : public Outlet {
       if (function) function();
     });
   }
-
 };
 
 /** A session that goes on by the machine's clock, shown to browsers and outlets. */
@@ -67,9 +65,8 @@ class ServerHandle : public Ending {
  public:
   ServerHandle(std::shared_ptr<SessionHandle> session, const outlets::ServerSettings& settings)
       : session(std::move(session)) {
-    auto made = this->session->use([&](session::Session& robot) {
-      return std::make_shared<Parts>(robot, settings);
-    });
+    auto made = this->session->use(
+        [&](session::Session& robot) { return std::make_shared<Parts>(robot, settings); });
     parts = made;
     this->session->add(std::move(made));
   }
@@ -83,7 +80,8 @@ class ServerHandle : public Ending {
   auto use(Call call) {
     return session->use([&](session::Session&) {
       const auto living = parts.lock();
-      if (!living) throw std::runtime_error("a server that lives expected, one that has ended given");
+      if (!living)
+        throw std::runtime_error("a server that lives expected, one that has ended given");
       return call(living->server);
     });
   }
@@ -162,14 +160,15 @@ void bindOutlets(py::module_& module) {
   py::class_<ServerHandle, std::shared_ptr<ServerHandle>> type(module, "LiveServer", R"(
 Shows a session to browsers, and to viewers that speak the Foxglove WebSocket protocol, while it goes
 on by the machine's clock. For the session's thread; it ends before the session.)");
-  type.def(py::init([](const std::shared_ptr<SessionHandle>& session, const std::string& address,
-                       unsigned short port, const std::vector<std::string>& origins) {
-             return std::make_shared<ServerHandle>(
-                 session, outlets::ServerSettings{address, port, origins});
-           }),
-           py::arg("session").none(false), "address"_a = "127.0.0.1", "port"_a = 8765,
-           "origins"_a = std::vector<std::string>(),
-           R"(__init__(session: Session, address: str = "127.0.0.1", port: int = 8765, origins: Sequence[str] = ()) -> None
+  type.def(
+          py::init([](const std::shared_ptr<SessionHandle>& session, const std::string& address,
+                      unsigned short port, const std::vector<std::string>& origins) {
+            return std::make_shared<ServerHandle>(session,
+                                                  outlets::ServerSettings{address, port, origins});
+          }),
+          py::arg("session").none(false), "address"_a = "127.0.0.1", "port"_a = 8765,
+          "origins"_a = std::vector<std::string>(),
+          R"(__init__(session: Session, address: str = "127.0.0.1", port: int = 8765, origins: Sequence[str] = ()) -> None
 
 Port 0 takes any that is free; `origins` are let in beside its own. Settings with which it can't
 listen: ValueError.)")

@@ -30,8 +30,12 @@ std::vector<Math::Position3D> pointsFrom(const py::object& object) {
 Record makeRecord(const std::string& sensor, const std::string& family,
                   const Math::SensorFieldOfView2D& view, const py::object& points,
                   const py::object& transform, std::optional<ko::Clock::time_point> timestamp) {
-  const Math::MetricalData record{sensor, family, view, transformFrom(transform),
-                                  pointsFrom(points), timestamp.value_or(ko::Clock::now())};
+  const Math::MetricalData record{sensor,
+                                  family,
+                                  view,
+                                  transformFrom(transform),
+                                  pointsFrom(points),
+                                  timestamp.value_or(ko::Clock::now())};
   auto owner = boost::make_shared<const std::vector<Math::MetricalData>>(1, record);
   return {owner, &owner->front()};
 }
@@ -53,7 +57,8 @@ std::string repr(const Record& record) {
 /** Bound without the names of types, so that each is known when the class is. */
 void bindFields(py::class_<Record>& type) {
   type.def_property_readonly(
-          "sensor_name", [](const Record& record) { return record.data->sensorName; }, "str: Whose.")
+          "sensor_name", [](const Record& record) { return record.data->sensorName; },
+          "str: Whose.")
       .def_property_readonly(
           "family_name", [](const Record& record) { return record.data->familyName; },
           "str: Of which family.")
@@ -111,9 +116,10 @@ std::vector<Math::MetricalData> recordsFrom(py::handle object) {
 
 void bindRecords(py::module_& module) {
   py::class_<Record> type(module, "Record", "One reading of one sensor. It never changes.");
-  type.def(py::init(&makeRecord), "sensor_name"_a, "family_name"_a, "field_of_view"_a, "points"_a,
-           "sensor_transform"_a = py::none(), "timestamp"_a = py::none(),
-           R"(__init__(sensor_name: str, family_name: str, field_of_view: SensorFieldOfView2D, points: ArrayLike, sensor_transform: ArrayLike | None = None, timestamp: int | None = None) -> None
+  type.def(
+          py::init(&makeRecord), "sensor_name"_a, "family_name"_a, "field_of_view"_a, "points"_a,
+          "sensor_transform"_a = py::none(), "timestamp"_a = py::none(),
+          R"(__init__(sensor_name: str, family_name: str, field_of_view: SensorFieldOfView2D, points: ArrayLike, sensor_transform: ArrayLike | None = None, timestamp: int | None = None) -> None
 
 For sensors of one's own. `points` of shape (N, 3), metres, in the sensor's frame, and
 `sensor_transform` of shape (3, 4), by default the identity, are copied; `timestamp` in nanoseconds

@@ -1,11 +1,11 @@
 #pragma once
 
+#include <pybind11/pybind11.h>
 #include <set>
 #include <string>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
-#include <pybind11/pybind11.h>
 
 #include "platform/math/metrical_data.h"
 #include "python/bindings/casters.h"

@@ -61,12 +61,13 @@ void bindBody(Class& type) {
             return handle.ask([](VirtualRobot& robot) { return robot.getBroker(); });
           },
           "Broker: Holds its services, and goes on to.")
-      .def_property("pose", getter(&VirtualRobot::getPose),
-                    [](const RobotHandle& handle, const Math::Pose2D& pose) {
-                      handle.ask([&](VirtualRobot& robot) { robot.setPose(pose); });
-                    },
-                    "Pose2D: In the map, as of its last step; setting it, the odometry does not "
-                    "notice. One that is not finite: ValueError.")
+      .def_property(
+          "pose", getter(&VirtualRobot::getPose),
+          [](const RobotHandle& handle, const Math::Pose2D& pose) {
+            handle.ask([&](VirtualRobot& robot) { robot.setPose(pose); });
+          },
+          "Pose2D: In the map, as of its last step; setting it, the odometry does not "
+          "notice. One that is not finite: ValueError.")
       .def_property_readonly("velocity", getter(&VirtualRobot::getVelocity),
                              "Pose2D: Forward, leftward (m/s), turning (rad/s), in its own frame.")
       .def_property_readonly("odometry", getter(&VirtualRobot::getOdometry),
@@ -115,8 +116,8 @@ makes no sense: ValueError that says which do.)")
       .def(
           "get_possible_faults",
           [](const RobotHandle& handle, const std::string& sensor) {
-            return namesOf(handle.ask(
-                [&](VirtualRobot& robot) { return robot.getPossibleFaults(sensor); }));
+            return namesOf(
+                handle.ask([&](VirtualRobot& robot) { return robot.getPossibleFaults(sensor); }));
           },
           "sensor"_a, "get_possible_faults(sensor: str) -> list[FaultKind]");
 }
@@ -127,16 +128,17 @@ void bindRobots(py::module_& module) {
   Class type(module, "VirtualRobot", R"(
 A whole robot in this process: a body in a map, its sensors and services, by the clock or in a
 SimulatedTime. A `with` block ends it; ended, RuntimeError. Safe from any thread.)");
-  type.def(py::init([](const py::object& description, boost::shared_ptr<OccupancyMap> map,
-                       const std::optional<robot::WorldOptions>& world,
-                       boost::shared_ptr<QVBroker> broker) {
-             return std::make_shared<RobotHandle>(description, std::move(map),
-                                                  world.value_or(robot::WorldOptions()),
-                                                  std::move(broker));
-           }),
-           "description"_a, py::arg("map").none(false), "world"_a = py::none(),
-           "broker"_a = py::none(),
-           R"(__init__(description: PathLike, map: OccupancyMap, world: WorldOptions | None = None, broker: Broker | None = None) -> None
+  type.def(
+          py::init([](const py::object& description, boost::shared_ptr<OccupancyMap> map,
+                      const std::optional<robot::WorldOptions>& world,
+                      boost::shared_ptr<QVBroker> broker) {
+            return std::make_shared<RobotHandle>(description, std::move(map),
+                                                 world.value_or(robot::WorldOptions()),
+                                                 std::move(broker));
+          }),
+          "description"_a, py::arg("map").none(false), "world"_a = py::none(),
+          "broker"_a = py::none(),
+          R"(__init__(description: PathLike, map: OccupancyMap, world: WorldOptions | None = None, broker: Broker | None = None) -> None
 
 From a URDF file, or one of the library's own by its name ("porter"). A missing file:
 FileNotFoundError; what is malformed or makes no sense: ValueError.)")

@@ -55,9 +55,10 @@ void bindScans(py::module_& module) {
   using Math::SensorFieldOfView2D;
   py::class_<SensorFieldOfView2D>(module, "SensorFieldOfView2D", R"(
 What a sensor covers in the plane, about the x axis of its frame. It never changes.)")
-      .def(py::init<float, float, float, int>(), "min_range"_a, "max_range"_a, "angular_range"_a,
-           "ray_count"_a,
-           R"(__init__(min_range: float, max_range: float, angular_range: float, ray_count: int) -> None
+      .def(
+          py::init<float, float, float, int>(), "min_range"_a, "max_range"_a, "angular_range"_a,
+          "ray_count"_a,
+          R"(__init__(min_range: float, max_range: float, angular_range: float, ray_count: int) -> None
 
 Ranges in metres, the full aperture in radians.)")
       .def_readonly("min_range", &SensorFieldOfView2D::minRange, "float: Metres.")
@@ -74,10 +75,10 @@ Ranges in metres, the full aperture in radians.)")
           "other"_a, "__eq__(other: object) -> bool")
       .def("__repr__", &repr);
 
-  module.def("simulate_scans", &simulateScans, "map"_a, "poses"_a, "field_of_view"_a,
-             "threads"_a = py::none(), py::kw_only(),
-             "occupied_above"_a = OccupancyMap::kSolidAbove,
-             R"(simulate_scans(map: OccupancyMap, poses: ArrayLike, field_of_view: SensorFieldOfView2D, threads: int | None = None, *, occupied_above: float = 0.4) -> NDArray[np.float32]
+  module.def(
+      "simulate_scans", &simulateScans, "map"_a, "poses"_a, "field_of_view"_a,
+      "threads"_a = py::none(), py::kw_only(), "occupied_above"_a = OccupancyMap::kSolidAbove,
+      R"(simulate_scans(map: OccupancyMap, poses: ArrayLike, field_of_view: SensorFieldOfView2D, threads: int | None = None, *, occupied_above: float = 0.4) -> NDArray[np.float32]
 
 Casts a fan of rays from each of many poses, exactly: the ranges in metres, shape (N, ray_count).
 

@@ -1,8 +1,8 @@
-#include "python/bindings/in_sensor.h"
+#include "python/bindings/sensors.h"
 
 #include "python/bindings/common.h"
+#include "python/bindings/in_sensor.h"
 #include "python/bindings/records.h"
-#include "python/bindings/sensors.h"
 
 namespace QV::python {
 namespace {

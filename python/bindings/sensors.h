@@ -1,9 +1,8 @@
 #pragma once
 
+#include <pybind11/pybind11.h>
 #include <string>
 #include <vector>
-
-#include <pybind11/pybind11.h>
 
 #include "sensor/core/sensor.h"
 

@@ -23,6 +23,7 @@ class SessionHandle : public Ending {
   explicit SessionHandle(std::shared_ptr<session::Session> session);
   ~SessionHandle() override;
 
+  bool isOpen() const { return session != nullptr; }
   /** RuntimeError while it runs, or on another thread. */
   void close();
   void end() override;

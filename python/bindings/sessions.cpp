@@ -70,7 +70,8 @@ Handle openRecording(const py::object& log, const py::object& poses) {
 std::shared_ptr<ManagerHandle> managerOf(const Handle& handle) {
   return std::make_shared<ManagerHandle>([weak = std::weak_ptr(handle)] {
     const auto living = weak.lock();
-    if (!living) throw std::runtime_error("a session that lives expected, one that has ended given");
+    if (!living)
+      throw std::runtime_error("a session that lives expected, one that has ended given");
     const auto& session = living->get();
     return std::shared_ptr<sensor::SensorManager>(session, &session->getManager());
   });
@@ -91,22 +92,22 @@ py::list check(SessionHandle& handle, const Names& names) {
     interrupted = PyErr_CheckSignals() != 0;
     return !interrupted;
   };
-  const auto checked = handle.use([&](Session& session) {
-    return session::checkSensors(session, options);
-  });
+  const auto checked =
+      handle.use([&](Session& session) { return session::checkSensors(session, options); });
   if (interrupted) throw py::error_already_set();
   py::list list;
   for (const auto& each : checked)
-    list.append(type(each.name, each.family, session::getName(each.verdict), each.why,
-                     each.records, each.points));
+    list.append(type(each.name, each.family, session::getName(each.verdict), each.why, each.records,
+                     each.points));
   return list;
 }
 
 void bindOpening(py::module_& module) {
-  module.def("open_virtual", &openVirtual, "robot"_a = "porter", py::kw_only(),
-             "map"_a = "apartment", "start"_a = py::none(), "world"_a = py::none(),
-             "sensors"_a = py::none(), "somebody_ahead"_a = false, "simulated_time"_a = true,
-             R"(open_virtual(robot: PathLike = "porter", *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, world: WorldOptions | None = None, sensors: SensorFactory | None = None, somebody_ahead: bool = False, simulated_time: bool = True) -> Session
+  module.def(
+      "open_virtual", &openVirtual, "robot"_a = "porter", py::kw_only(), "map"_a = "apartment",
+      "start"_a = py::none(), "world"_a = py::none(), "sensors"_a = py::none(),
+      "somebody_ahead"_a = false, "simulated_time"_a = true,
+      R"(open_virtual(robot: PathLike = "porter", *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, world: WorldOptions | None = None, sensors: SensorFactory | None = None, somebody_ahead: bool = False, simulated_time: bool = True) -> Session
 
 A virtual robot with the sensors that its description names.
 
@@ -114,9 +115,10 @@ Robot and map are the library's own by name, or files (URDF, map_server) by path
 in the map, by default where there is room. Time is simulated and the session's own, one at a time,
 or with `simulated_time=False` the clock's, a SimulatedTime's within its block. A missing file:
 FileNotFoundError; a malformed one, an unknown name or an impossible world: ValueError.)");
-  module.def("open_simulated", &openSimulated, "kind"_a, py::kw_only(), "map"_a = "apartment",
-             "start"_a = py::none(), "simulated_time"_a = true,
-             R"(open_simulated(kind: int, *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, simulated_time: bool = True) -> Session
+  module.def(
+      "open_simulated", &openSimulated, "kind"_a, py::kw_only(), "map"_a = "apartment",
+      "start"_a = py::none(), "simulated_time"_a = true,
+      R"(open_simulated(kind: int, *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, simulated_time: bool = True) -> Session
 
 A robot with the simulated sensors of a kind, -1, 0 or 1; ValueError for another.)");
   module.def("open_recording", &openRecording, "log"_a, "poses"_a = py::none(),
@@ -125,6 +127,18 @@ A robot with the simulated sensors of a kind, -1, 0 or 1; ValueError for another
 A log of a lidar (CARMEN) or of sonars, which its content tells; `poses` is for sonars, by default
 poses.txt beside the log. It stands at its first step. A missing file: FileNotFoundError; a malformed
 one: ValueError with file and line.)");
+}
+
+/** What is written in Python. */
+void bindMore(Class& type) {
+  type.def_property_readonly("is_open", &SessionHandle::isOpen, "bool: Whether it has not ended.")
+      .def("subscription", &subscription, "subscriber"_a, "names"_a = py::none(), kSubscription)
+      .def(
+          "_repr_html_",
+          [](const py::object& self) {
+            return py::module_::import("qv_sensor._plot").attr("html_of")(self);
+          },
+          "_repr_html_() -> str\n\nIts picture, for notebooks.");
 }
 
 void bindSwitches(Class& type) {
@@ -255,8 +269,8 @@ opened. A name or kind that makes no sense: ValueError that says which do.)")
       .def(
           "get_possible_faults",
           [](const SessionHandle& self, const std::string& sensor) {
-            return namesOf(self.look(
-                [&](Session& session) { return session.getPossibleFaults(sensor); }));
+            return namesOf(
+                self.look([&](Session& session) { return session.getPossibleFaults(sensor); }));
           },
           "sensor"_a, "get_possible_faults(sensor: str) -> list[FaultKind]");
 }
@@ -267,15 +281,15 @@ void bindTime(Class& type) {
 
 Lets nanoseconds go by, simulated or the machine's; Ctrl-C ends it. Negative: ValueError.)")
       .def(
-          "step",
-          [](SessionHandle& self) { return self.use([](Session& s) { return s.step(); }); },
+          "step", [](SessionHandle& self) { return self.use([](Session& s) { return s.step(); }); },
           "step() -> bool\n\nA recording's next step, False at its end; of others, 0.1 s.")
       .def_property_readonly(
           "settling_time",
           [](const SessionHandle& self) {
             return self.look([](Session& session) { return session.getSettlingTime(); });
           },
-          "int: So long after a subscription every sensor has given its first record, nanoseconds.");
+          "int: So long after a subscription every sensor has given its first record, "
+          "nanoseconds.");
 }
 
 }  // namespace
@@ -303,7 +317,10 @@ are in the map, metres and radians. For the thread that opened it, but for the s
 Watches each sensor in turn, by default all, for two and a half seconds and as long again after a turn
 on the spot, and says whether it works. An unknown name: ValueError.)")
       .def_property_readonly(
-          "title", [](const SessionHandle& self) { return self.ask([](Session& s) { return s.getTitle(); }); },
+          "title",
+          [](const SessionHandle& self) {
+            return self.ask([](Session& s) { return s.getTitle(); });
+          },
           "str: What robot it is.")
       .def_property_readonly(
           "map",
@@ -326,6 +343,7 @@ on the spot, and says whether it works. An unknown name: ValueError.)")
             return self.ask([](Session& session) { return session.getRadius(); });
           },
           "float: Of the room that the robot takes, metres.");
+  bindMore(type);
   bindSwitches(type);
   bindDriving(type);
   bindFaults(type);

@@ -72,7 +72,8 @@ void bindSensorState(py::module_& module) {
       .def_property_readonly("started", of(&SensorState::started), "bool: Whether it runs.")
       .def_property_readonly("enabled", of(&SensorState::enabled), "bool: Whether it may.")
       .def_property_readonly("diagnosis", of(&SensorState::diagnosis), "bool: Whether it is sound.")
-      .def_property_readonly("subscribers", of(&SensorState::subscribers), "set[str]: Who wants it.")
+      .def_property_readonly("subscribers", of(&SensorState::subscribers),
+                             "set[str]: Who wants it.")
       .def_property_readonly("rate", of(&SensorState::rate), "float: Measurements a second.")
       .def_property_readonly("age", of(&SensorState::age),
                              "float | None: Of its oldest record, seconds.")
@@ -80,15 +81,16 @@ void bindSensorState(py::module_& module) {
                              "float | None: The nearest obstacle, metres from the sensor.")
       .def_property_readonly("trouble", of(&SensorState::trouble),
                              "str: The last one's message, or nothing.")
-      .def_property_readonly("view", &viewOfSensor,
-                             "tuple[Pose2D, SensorFieldOfView2D] | None: Where it looks, in the map.")
+      .def_property_readonly(
+          "view", &viewOfSensor,
+          "tuple[Pose2D, SensorFieldOfView2D] | None: Where it looks, in the map.")
       .def_property_readonly("records", &recordsOf, "list[Record]: As the sensor gave them.")
-      .def_property_readonly("hits", placesOf(&session::Marks::hits),
-                             "NDArray[np.float32]: Where something stands, shape (N, 3), m, in the map.")
+      .def_property_readonly(
+          "hits", placesOf(&session::Marks::hits),
+          "NDArray[np.float32]: Where something stands, shape (N, 3), m, in the map.")
       .def_property_readonly("misses", placesOf(&session::Marks::misses),
                              "NDArray[np.float32]: Where beams that met nothing end, the same.")
-      .def_property_readonly("echoes", &echoesOf,
-                             "list[Echo]: Obstacles somewhere on an arc.");
+      .def_property_readonly("echoes", &echoesOf, "list[Echo]: Obstacles somewhere on an arc.");
 }
 
 }  // namespace
@@ -106,8 +108,7 @@ All that there is to see of a robot and its world at one moment. It never change
                              "tuple[float, float] | None: Where it is going, metres, in the map.")
       .def_property_readonly("sensors", &sensorsOf, "list[SensorState]: By family and name.")
       .def_property_readonly(
-          "frame",
-          [](const SnapshotView& view) { return session::getName(view.snapshot->frame); },
+          "frame", [](const SnapshotView& view) { return session::getName(view.snapshot->frame); },
           "str: What records place their sensors in, \"map\" or \"robot\".")
       .def_property_readonly(
           "map",

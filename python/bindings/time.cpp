@@ -48,8 +48,8 @@ class TimeHandle : public Ending {
 
 ko::log::Level levelFrom(const std::string& name) {
   using ko::log::Level;
-  for (const auto level : {Level::silent, Level::fatal, Level::error, Level::warning, Level::info,
-                           Level::verbose}) {
+  for (const auto level :
+       {Level::silent, Level::fatal, Level::error, Level::warning, Level::info, Level::verbose}) {
     if (name == ko::log::getName(level)) return level;
   }
   throw py::value_error(
@@ -65,12 +65,13 @@ Takes the clock over for a `with` block: time stands still until it is advanced,
 then runs in order, the same every time. Make robots and managers within it. One at a time.)")
       .def(py::init<ko::Clock::time_point>(), "start"_a = ko::Clock::time_point(),
            "__init__(start: int = 0) -> None\n\nNanoseconds on the clock.")
-      .def("__enter__",
-           [](const py::object& self) {
-             self.cast<TimeHandle&>().begin();
-             return self;
-           },
-           "__enter__() -> SimulatedTime\n\nAnother one that has the clock: RuntimeError.")
+      .def(
+          "__enter__",
+          [](const py::object& self) {
+            self.cast<TimeHandle&>().begin();
+            return self;
+          },
+          "__enter__() -> SimulatedTime\n\nAnother one that has the clock: RuntimeError.")
       .def("__exit__", [](TimeHandle& self, const py::args&) { self.end(); })
       .def("advance", &TimeHandle::advance, "duration"_a,
            R"(advance(duration: int) -> None
@@ -80,7 +81,8 @@ outside the block: RuntimeError. A negative duration: ValueError.)");
 
   module.def(
       "clock", [] { return ko::Clock::now(); },
-      "clock() -> int\n\nThe time of all records, nanoseconds: since the process began, or simulated.");
+      "clock() -> int\n\nThe time of all records, nanoseconds: since the process began, or "
+      "simulated.");
   module.def(
       "set_log_level",
       [](const std::string& level, const std::optional<std::string>& category) {

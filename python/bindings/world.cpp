@@ -28,20 +28,24 @@ void bindWorld(py::module_& module) {
   using robot::WorldBox;
   using robot::WorldOptions;
   py::class_<WorldBox>(module, "WorldBox", "A solid block in the map, upright. Metres.")
-      .def(py::init([](const Math::Pose2D& pose, float length, float width, float bottom,
-                       float top) { return WorldBox{pose, length, width, bottom, top}; }),
-           "pose"_a, "length"_a = 0.5f, "width"_a = 0.5f, "bottom"_a = 0.0f, "top"_a = 0.5f,
-           R"(__init__(pose: PoseLike, length: float = 0.5, width: float = 0.5, bottom: float = 0.0, top: float = 0.5) -> None
+      .def(
+          py::init(
+              [](const Math::Pose2D& pose, float length, float width, float bottom, float top) {
+                return WorldBox{pose, length, width, bottom, top};
+              }),
+          "pose"_a, "length"_a = 0.5f, "width"_a = 0.5f, "bottom"_a = 0.0f, "top"_a = 0.5f,
+          R"(__init__(pose: PoseLike, length: float = 0.5, width: float = 0.5, bottom: float = 0.0, top: float = 0.5) -> None
 
 Its centre and heading in the map, its length and width along its own x and y, from which height to
 which.)")
       .def_readonly("pose", &WorldBox::pose, "Pose2D: In the map.");
   py::class_<FloorHole>(module, "FloorHole", "A part of the floor that lies lower. Metres.")
-      .def(py::init([](const Math::Pose2D& pose, float length, float width, float depth) {
-             return FloorHole{pose, length, width, depth};
-           }),
-           "pose"_a, "length"_a = 0.5f, "width"_a = 0.5f, "depth"_a = 1.0f,
-           R"(__init__(pose: PoseLike, length: float = 0.5, width: float = 0.5, depth: float = 1.0) -> None
+      .def(
+          py::init([](const Math::Pose2D& pose, float length, float width, float depth) {
+            return FloorHole{pose, length, width, depth};
+          }),
+          "pose"_a, "length"_a = 0.5f, "width"_a = 0.5f, "depth"_a = 1.0f,
+          R"(__init__(pose: PoseLike, length: float = 0.5, width: float = 0.5, depth: float = 1.0) -> None
 
 Its centre and heading in the map; a step down below 0.1 m of depth, a hole from there on.)")
       .def_readonly("pose", &FloorHole::pose, "Pose2D: In the map.");

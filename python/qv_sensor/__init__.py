@@ -1,10 +1,94 @@
-"""Sensors of mobile robots: simulated, virtual, real and recorded, in metres and radians."""
+"""Sensors of mobile robots: simulated, virtual, real and recorded.
 
-from ._core import *  # noqa: F403
-from ._core import __version__
-from ._types import Check, Echo, LogRecord, Pose2D, SensorOrder
+Metres, radians, and integer nanoseconds of clock(). What is wrong raises Python's own exceptions with
+a text that says what was expected and what was given; a robot's modules raise QVError.
+"""
 
+from ._core import (
+    Broker,
+    FloorHole,
+    LiveServer,
+    Module,
+    OccupancyMap,
+    Outlet,
+    OutletBase,
+    QVError,
+    RealSensorManager,
+    Record,
+    RecordFile,
+    RunPicture,
+    Sensor,
+    SensorFactory,
+    SensorFieldOfView2D,
+    SensorManager,
+    SensorState,
+    Session,
+    SimulatedSensorManager,
+    SimulatedTime,
+    Snapshot,
+    VirtualRobot,
+    Walker,
+    WorldBox,
+    WorldOptions,
+    __version__,
+    clock,
+    find_robot,
+    load_map,
+    open_recording,
+    open_simulated,
+    open_virtual,
+    save_map,
+    set_log_level,
+    simulate_scans,
+)
+from ._plot import plot
+from ._subscription import Subscription
+from ._table import records_to_table
+from ._types import Check, Echo, LogRecord, Pose2D, SensorOrder, seconds
 
-def seconds(value: float) -> int:
-    """So many seconds in nanoseconds, the nearest."""
-    return round(value * 1e9)
+__all__ = [
+    "Broker",
+    "Check",
+    "Echo",
+    "FloorHole",
+    "LiveServer",
+    "LogRecord",
+    "Module",
+    "OccupancyMap",
+    "Outlet",
+    "OutletBase",
+    "Pose2D",
+    "QVError",
+    "RealSensorManager",
+    "Record",
+    "RecordFile",
+    "RunPicture",
+    "Sensor",
+    "SensorFactory",
+    "SensorFieldOfView2D",
+    "SensorManager",
+    "SensorOrder",
+    "SensorState",
+    "Session",
+    "SimulatedSensorManager",
+    "SimulatedTime",
+    "Snapshot",
+    "Subscription",
+    "VirtualRobot",
+    "Walker",
+    "WorldBox",
+    "WorldOptions",
+    "__version__",
+    "clock",
+    "find_robot",
+    "load_map",
+    "open_recording",
+    "open_simulated",
+    "open_virtual",
+    "plot",
+    "records_to_table",
+    "save_map",
+    "seconds",
+    "set_log_level",
+    "simulate_scans",
+]

@@ -4,9 +4,12 @@ from __future__ import annotations
 
 import os
 from collections.abc import Iterable, Mapping, Sequence
-from typing import Any, Literal, NamedTuple, Union
+from typing import TYPE_CHECKING, Any, Literal, NamedTuple, Union
 
 from numpy.typing import ArrayLike
+
+if TYPE_CHECKING:
+    from ._core import Broker, SensorFieldOfView2D
 
 
 class Pose2D(NamedTuple):
@@ -51,10 +54,15 @@ class SensorOrder(NamedTuple):
 
     name: str
     family: str
-    field_of_view: Any
+    field_of_view: SensorFieldOfView2D
     properties: Mapping[str, str]
     memory_keys: Sequence[str]
-    broker: Any
+    broker: Broker
+
+
+def seconds(value: float) -> int:
+    """So many seconds in nanoseconds, the nearest."""
+    return round(value * 1e9)
 
 
 PoseLike = Union[Pose2D, Sequence[float], ArrayLike]
