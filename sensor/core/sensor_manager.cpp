@@ -309,6 +309,14 @@ Records SensorManager::getMetricalData(std::initializer_list<std::string> names)
   return getMetricalData(std::set<std::string>(names));
 }
 
+boost::shared_ptr<const Records> SensorManager::shareMetricalData() const {
+  return xShareData();
+}
+
+boost::shared_ptr<const Records> SensorManager::xShareData() const {
+  return boost::make_shared<const Records>(xGetData());
+}
+
 void SensorManager::xUpdateData() const {
   Records records;
   records.reserve(sensors.size());
@@ -350,10 +358,12 @@ void SensorManager::xSetData(Records records) const {
 }
 
 Records SensorManager::xCopyData() const {
+  return *xShareCache();
+}
+
+boost::shared_ptr<const Records> SensorManager::xShareCache() const {
   boost::shared_lock<boost::shared_mutex> lock(dataMutex);
-  const auto current = data;
-  lock.unlock();
-  return *current;
+  return data;
 }
 
 }  // namespace QV::sensor

@@ -51,6 +51,8 @@ class QV_API SensorManager {
  protected:
   /** The records of all started sensors. */
   virtual std::vector<Math::MetricalData> xGetData() const = 0;
+  /** The same to share: of a manager that keeps its records, those, with xShareCache. */
+  virtual boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const;
   /** Told after every subscription change, and by lookAgain, whether any sensor is started. */
   virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
 
@@ -111,6 +113,8 @@ class QV_API SensorManager {
   std::vector<Math::MetricalData> getMetricalData(const std::string& name) const;
   std::vector<Math::MetricalData> getMetricalData(const std::set<std::string>& names) const;
   std::vector<Math::MetricalData> getMetricalData(std::initializer_list<std::string> names) const;
+  /** The records of all started sensors as above, without a copy where they are kept anyway. */
+  boost::shared_ptr<const std::vector<Math::MetricalData>> shareMetricalData() const;
 
   /**
    * Why a sensor fails, as Sensor::getLastTrouble has it; for one that could not be built, under
@@ -166,6 +170,8 @@ class QV_API SensorManager {
   void xSetData(std::vector<Math::MetricalData> records) const;
   /** A copy of the cache. */
   std::vector<Math::MetricalData> xCopyData() const;
+  /** The cache itself: records that nobody changes any more. */
+  boost::shared_ptr<const std::vector<Math::MetricalData>> xShareCache() const;
 
   HealthBoard& xHealth() const { return *health; }
 

@@ -119,6 +119,10 @@ std::vector<Math::MetricalData> RealSensorManager::xGetData() const {
   return xCopyData();
 }
 
+boost::shared_ptr<const std::vector<Math::MetricalData>> RealSensorManager::xShareData() const {
+  return xShareCache();
+}
+
 void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
   boost::lock_guard<boost::mutex> lock(updateMutex);
   if (anySensorOn == updateRunning) return;

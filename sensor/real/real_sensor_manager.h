@@ -44,6 +44,7 @@ class QV_API RealSensorManager : public SensorManager {
 
  protected:
   std::vector<Math::MetricalData> xGetData() const override;
+  boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const override;
   void xOnSensorOnChanged(bool anySensorOn) override;
   /** One gathering, and what its health needs to know of the robot. */
   void xRefresh() const;

@@ -59,6 +59,12 @@ std::vector<Math::MetricalData> SimulatedSensorManager::xGetData() const {
   return xCopyData();
 }
 
+boost::shared_ptr<const std::vector<Math::MetricalData>> SimulatedSensorManager::xShareData()
+    const {
+  xUpdateData();
+  return xShareCache();
+}
+
 void SimulatedSensorManager::xOnSensorOnChanged(bool) {}
 
 }  // namespace QV::sensor

@@ -2,6 +2,8 @@
 
 #include <vector>
 
+#include <boost/shared_ptr.hpp>
+
 #include "platform/api.h"
 #include "platform/navigation/occupancy_map.h"
 #include "sensor/core/sensor_manager.h"
@@ -30,6 +32,7 @@ class QV_API SimulatedSensorManager : public SensorManager {
 
  protected:
   std::vector<Math::MetricalData> xGetData() const override;
+  boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const override;
   void xOnSensorOnChanged(bool anySensorOn) override;
 
  private:

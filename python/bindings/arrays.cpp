@@ -1,0 +1,51 @@
+#include "python/bindings/arrays.h"
+
+#include "python/bindings/common.h"
+
+namespace QV::python {
+
+// Views show them as rows of three floats.
+static_assert(sizeof(Math::Position3D) == 3 * sizeof(float));
+static_assert(sizeof(Math::Pose2D) == 3 * sizeof(float));
+
+std::string shapeOf(const py::array& array) {
+  return py::str(array.attr("shape")).cast<std::string>();
+}
+
+FloatArray floatsFrom(const py::object& object, const std::string& whom, const std::string& what) {
+  const std::string refusal = whom + ": " + what + " expected, ";
+  const auto any = py::array::ensure(object);
+  if (!any) throw py::type_error(refusal + describe(object) + " given");
+  const char kind = any.dtype().kind();
+  if (kind != 'f' && kind != 'i' && kind != 'u' && kind != 'b')
+    throw py::type_error(refusal + "an array of " + py::str(any.dtype()).cast<std::string>() +
+                         " given");
+  // Makes floats of other numbers, too.
+  const auto floats = py::array_t<float, py::array::c_style | py::array::forcecast>::ensure(any);
+  if (!floats) throw py::error_already_set();
+  return py::reinterpret_borrow<FloatArray>(floats);
+}
+
+FloatArray rowsFrom(const py::object& object, py::ssize_t columns, const std::string& whom,
+                    const std::string& what) {
+  const FloatArray array = floatsFrom(object, whom, what);
+  if (array.ndim() == 2 && array.shape(1) == columns) return array;
+  throw py::value_error(whom + ": " + what + " expected, shape " + shapeOf(array) + " given");
+}
+
+py::array readOnlyView(const float* data, std::vector<py::ssize_t> shape, const py::object& owner) {
+  static const py::handle floats = py::dtype::of<float>().release();
+  // An empty array may have no memory, of which numpy would make a copy of its own.
+  static const float nothing = 0.0f;
+  py::array view(py::reinterpret_borrow<py::dtype>(floats), std::move(shape),
+                 data ? data : &nothing, owner);
+  py::detail::array_proxy(view.ptr())->flags &= ~py::detail::npy_api::NPY_ARRAY_WRITEABLE_;
+  return view;
+}
+
+py::array viewOf(const std::vector<Math::Position3D>& points, const py::object& owner) {
+  const auto* const data = points.empty() ? nullptr : &points.front().x;
+  return readOnlyView(data, {static_cast<py::ssize_t>(points.size()), 3}, owner);
+}
+
+}  // namespace QV::python

@@ -1,0 +1,90 @@
+#pragma once
+
+#include <memory>
+#include <pybind11/numpy.h>
+#include <pybind11/pybind11.h>
+#include <pybind11/stl.h>
+#include <set>
+#include <string>
+#include <utility>
+
+#include <boost/shared_ptr.hpp>
+
+#include "platform/ko/log.h"
+#include "python/bindings/casters.h"
+#include "python/bindings/gil.h"
+
+PYBIND11_DECLARE_HOLDER_TYPE(T, boost::shared_ptr<T>)
+
+namespace QV::python {
+
+namespace py = pybind11;
+using namespace pybind11::literals;
+
+/** What is read of an object for a message: "0.5 (float)". */
+std::string describe(py::handle object);
+
+/** Raises KeyboardInterrupt if somebody has pressed Ctrl-C. With the interpreter's lock. */
+inline void checkInterrupt() {
+  if (PyErr_CheckSignals() != 0) throw py::error_already_set();
+}
+
+/**
+ * What a Python exception says, as a C++ one that threads without the interpreter's lock can throw
+ * on. An interrupt is kept for whoever waits for the call. With the interpreter's lock.
+ */
+std::runtime_error plainError(py::error_already_set& error);
+
+/** Calls Python from a thread that does not hold the interpreter's lock. */
+template <typename Call>
+auto callPython(Call&& call) {
+  const Locked locked;
+  try {
+    return std::forward<Call>(call)();
+  } catch (py::error_already_set& error) {
+    throw plainError(error);
+  }
+}
+
+/** Gives a reference back, unless Python is ending. From any thread. */
+void releaseFromAnywhere(PyObject* kept);
+
+/**
+ * Shares an object that Python made and may have derived from: both its halves live as long as the
+ * pointer.
+ */
+template <template <typename> typename Pointer, typename T>
+Pointer<T> shareWithPython(py::object object) {
+  T* const pointer = object.cast<T*>();
+  return Pointer<T>(pointer, [kept = object.release().ptr()](T*) { releaseFromAnywhere(kept); });
+}
+
+py::object toPython(const ko::log::Record& line);
+
+/** One of the types of qv_sensor._types; a reference that lasts as long as the process. */
+py::handle typeNamed(const char* name);
+
+/** A subscription of a manager or a session for a `with` block. */
+py::object subscription(const py::object& target, const std::string& subscriber,
+                        const py::object& names);
+inline constexpr char kSubscription[] =
+    R"(subscription(subscriber: str, names: Names = None) -> Subscription
+
+For a `with` block, within which `subscriber` wants sensors or families, by default all.)";
+
+void bindErrors(py::module_& module);
+void bindMiddleware(py::module_& module);
+void bindMaps(py::module_& module);
+void bindScans(py::module_& module);
+void bindRecords(py::module_& module);
+void bindSensors(py::module_& module);
+void bindManagers(py::module_& module);
+void bindFactories(py::module_& module);
+void bindTime(py::module_& module);
+void bindWorld(py::module_& module);
+void bindRobots(py::module_& module);
+void bindSnapshots(py::module_& module);
+void bindSessions(py::module_& module);
+void bindOutlets(py::module_& module);
+
+}  // namespace QV::python

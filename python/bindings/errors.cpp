@@ -1,0 +1,61 @@
+#include "platform/middleware/qv_error.h"
+#include "python/bindings/common.h"
+#include "session/usage_error.h"
+
+namespace QV::python {
+namespace {
+
+/** The class QVError of Python, which lives as long as the process. */
+PyObject* errorType = nullptr;
+
+void raiseMiddlewareError(const QVError& error) {
+  const auto type = py::reinterpret_borrow<py::object>(errorType);
+  const py::object raised = type(error.what());
+  raised.attr("module") = error.getModule();
+  raised.attr("method") = error.getMethod();
+  raised.attr("message") = error.getMessage();
+  PyErr_SetObject(errorType, raised.ptr());
+}
+
+void translate(std::exception_ptr pointer) {
+  try {
+    if (pointer) std::rethrow_exception(pointer);
+  } catch (const session::UsageError& error) {
+    PyErr_SetString(PyExc_ValueError, error.what());
+  } catch (const QVError& error) {
+    raiseMiddlewareError(error);
+  }
+}
+
+}  // namespace
+
+std::runtime_error plainError(py::error_already_set& error) {
+  if (error.matches(PyExc_KeyboardInterrupt)) PyErr_SetInterrupt();
+  const py::object& value = error.value();
+  std::string text = py::str(error.type().attr("__name__")).cast<std::string>();
+  if (value) text += ": " + py::str(value).cast<std::string>();
+  return std::runtime_error(text);
+}
+
+py::handle typeNamed(const char* name) {
+  return py::object(py::module_::import("qv_sensor._types").attr(name)).release();
+}
+
+void releaseFromAnywhere(PyObject* kept) try {
+  const Locked locked;
+  Py_DECREF(kept);
+} catch (const std::runtime_error&) {
+  // What Python keeps goes with it.
+}
+
+void bindErrors(py::module_& module) {
+  errorType = PyErr_NewExceptionWithDoc(
+      "qv_sensor.QVError",
+      "What a module of a robot, or the way to it, answers for a failure: `module`, `method` and\n"
+      "`message` say whose, which and why.",
+      PyExc_RuntimeError, nullptr);
+  module.attr("QVError") = py::reinterpret_borrow<py::object>(errorType);
+  py::register_exception_translator(&translate);
+}
+
+}  // namespace QV::python

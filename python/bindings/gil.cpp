@@ -1,0 +1,58 @@
+#include "python/bindings/gil.h"
+
+#include <atomic>
+#include <chrono>
+#include <thread>
+#include <unistd.h>
+
+namespace QV::python {
+namespace {
+
+std::atomic<bool> ending{false};
+/** Threads that have let others run Python, and those of them that never come back. */
+std::atomic<int> awayCount{0};
+std::atomic<int> parkedCount{0};
+
+[[noreturn]] void park() {
+  ++parkedCount;
+  for (;;) pause();
+}
+
+}  // namespace
+
+Unlocked::Unlocked() : state((++awayCount, PyEval_SaveThread())) {}
+
+Unlocked::~Unlocked() {
+  if (ending) park();
+  PyEval_RestoreThread(state);
+  --awayCount;
+}
+
+Locked::Locked() {
+  ++awayCount;
+  if (ending) {
+    --awayCount;
+    throw std::runtime_error("Python is ending");
+  }
+  state = PyGILState_Ensure();
+  --awayCount;
+}
+
+Locked::~Locked() {
+  PyGILState_Release(state);
+}
+
+bool isPythonEnding() {
+  return ending;
+}
+
+void beginToEnd() {
+  ending = true;
+  PyThreadState* const state = PyEval_SaveThread();
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);
+  while (awayCount > parkedCount && std::chrono::steady_clock::now() < end)
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
+  PyEval_RestoreThread(state);
+}
+
+}  // namespace QV::python

@@ -1,0 +1,20 @@
+#pragma once
+
+namespace QV::python {
+
+/**
+ * While a sensor written in Python is at work in a thread. It holds locks meanwhile, which a
+ * manager that it asked would wait for without end.
+ */
+class InSensor {
+ public:
+  InSensor();
+  ~InSensor();
+  InSensor(const InSensor&) = delete;
+  InSensor& operator=(const InSensor&) = delete;
+
+  /** RuntimeError on a thread in which one is at work. */
+  static void refuse();
+};
+
+}  // namespace QV::python

@@ -1,0 +1,45 @@
+#pragma once
+
+#include <functional>
+#include <memory>
+
+#include "python/bindings/ending.h"
+#include "sensor/core/sensor_manager.h"
+
+namespace QV::python {
+
+/** A manager as Python sees it: one that may have ended, alone or with its session. */
+class ManagerHandle : public Ending {
+ public:
+  using Finder = std::function<std::shared_ptr<sensor::SensorManager>()>;
+
+  /** Of its own. */
+  explicit ManagerHandle(std::shared_ptr<sensor::SensorManager> manager);
+  /** Somebody else's, who throws once there is none. */
+  explicit ManagerHandle(Finder find);
+  ~ManagerHandle() override;
+
+  /** RuntimeError if it has ended, or from within a sensor. */
+  std::shared_ptr<sensor::SensorManager> get() const;
+  bool isOpen() const;
+  /** One that is in use elsewhere ends there. */
+  void end() override;
+
+ private:
+  std::shared_ptr<sensor::SensorManager> manager;
+  const Finder find;
+};
+
+/** A simulated robot's. */
+class SimulatedManagerHandle : public ManagerHandle {
+ public:
+  using ManagerHandle::ManagerHandle;
+};
+
+/** A robot's. */
+class RealManagerHandle : public ManagerHandle {
+ public:
+  using ManagerHandle::ManagerHandle;
+};
+
+}  // namespace QV::python

@@ -1,0 +1,125 @@
+#include "python/bindings/maps.h"
+
+#include <filesystem>
+
+#include <boost/make_shared.hpp>
+
+#include "platform/navigation/occupancy_map.h"
+#include "python/bindings/arrays.h"
+#include "python/bindings/common.h"
+#include "robot/maps/map_files.h"
+#include "session/shared_files.h"
+
+namespace QV::python {
+namespace {
+
+boost::shared_ptr<OccupancyMap> makeMap(const py::object& cells, float resolution,
+                                        const Math::Pose2D& origin) {
+  const FloatArray array = floatsFrom(cells, "OccupancyMap", "cells of shape (rows, columns)");
+  if (array.ndim() != 2)
+    throw py::value_error("OccupancyMap: cells of shape (rows, columns) expected, " +
+                          shapeOf(array) + " given");
+  constexpr py::ssize_t kMost = OccupancyMap::kMaxSide;
+  if (array.shape(0) > kMost || array.shape(1) > kMost)
+    throw py::value_error("OccupancyMap: at most " + std::to_string(kMost) +
+                          " rows and columns expected, " + shapeOf(array) + " given");
+  std::vector<float> values(array.data(), array.data() + array.size());
+  return boost::make_shared<OccupancyMap>(static_cast<int>(array.shape(1)),
+                                          static_cast<int>(array.shape(0)), resolution, origin,
+                                          std::move(values));
+}
+
+py::array cellsOf(const py::object& self) {
+  const auto& map = self.cast<const OccupancyMap&>();
+  return readOnlyView(map.getCells().data(), {map.getHeight(), map.getWidth()}, self);
+}
+
+boost::shared_ptr<OccupancyMap> loadMap(const std::string& path) {
+  try {
+    return unlocked([&] { return boost::make_shared<OccupancyMap>(robot::loadMap(path)); });
+  } catch (const std::runtime_error& error) {
+    raiseFileError(path, error);
+  }
+}
+
+std::string repr(const OccupancyMap& map) {
+  return "<OccupancyMap of " + std::to_string(map.getHeight()) + " x " +
+         std::to_string(map.getWidth()) + " cells of " + std::to_string(map.getResolution()) +
+         " m>";
+}
+
+}  // namespace
+
+std::string pathFrom(const py::object& path) {
+  return py::module_::import("os").attr("fspath")(path).cast<std::string>();
+}
+
+void raiseFileError(const std::string& path, const std::runtime_error& error) {
+  std::error_code ignored;
+  const bool isThere = std::filesystem::exists(path, ignored);
+  PyErr_SetString(isThere ? PyExc_ValueError : PyExc_FileNotFoundError, error.what());
+  throw py::error_already_set();
+}
+
+void bindMaps(py::module_& module) {
+  py::class_<OccupancyMap, boost::shared_ptr<OccupancyMap>>(module, "OccupancyMap", R"(
+A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. What is above 0.4 is solid.
+
+It never changes: make another one from `cells.copy()`. Safe from any thread.)")
+      .def(
+          py::init(&makeMap), "cells"_a, "resolution"_a, "origin"_a = Math::Pose2D(),
+          R"(__init__(cells: ArrayLike, resolution: float, origin: PoseLike = (0.0, 0.0, 0.0)) -> None
+
+Cells of shape (rows, columns), copied; `resolution` in metres; `origin` is the outer corner of cell
+(0, 0) in the world. Rows run along its y axis, columns along x. Another shape, an occupancy outside
+0 to 1, a resolution that is not positive, an origin that is not finite: ValueError.)")
+      .def_property_readonly(
+          "cells", &cellsOf,
+          "NDArray[np.float32]: The occupancies, shape (rows, columns), a read-only view.")
+      .def_property_readonly("resolution", &OccupancyMap::getResolution,
+                             "float: The side of a cell, metres.")
+      .def_property_readonly("origin", &OccupancyMap::getOrigin,
+                             "Pose2D: The outer corner of cell (0, 0) in the world.")
+      .def(
+          "find_occupancy",
+          [](const OccupancyMap& map, const Math::Position2D& position) {
+            return map.findOccupancy(position);
+          },
+          "position"_a,
+          R"(find_occupancy(position: PositionLike) -> float | None
+
+The occupancy at a position in the world; None outside the map.)")
+      .def("__repr__", &repr);
+
+  module.def(
+      "load_map", [](const py::object& path) { return loadMap(session::findMap(pathFrom(path))); },
+      "path"_a,
+      R"(load_map(path: PathLike) -> OccupancyMap
+
+Reads a map_server map: a YAML file that names a PGM or PNG image; or one of the library's own by
+its name ("apartment"). A missing file: FileNotFoundError; whatever is wrong with either file:
+ValueError that names file, line and what was expected.)");
+  module.def(
+      "save_map",
+      [](const OccupancyMap& map, const py::object& path) {
+        const std::string file = pathFrom(path);
+        try {
+          unlocked([&] { robot::saveMap(map, file); });
+        } catch (const std::runtime_error& error) {
+          PyErr_SetString(PyExc_OSError, error.what());
+          throw py::error_already_set();
+        }
+      },
+      "map"_a, "path"_a,
+      R"(save_map(map: OccupancyMap, path: PathLike) -> None
+
+Writes a map as a YAML file and a PGM image beside it; what can't be written: OSError.)");
+  module.def(
+      "find_robot", [](const std::string& name) { return session::findRobot(name); }, "name"_a,
+      R"(find_robot(name: str) -> str
+
+The path of a robot's description by its name ("porter"); a path comes back as it is. An unknown
+name: ValueError that says which there are.)");
+}
+
+}  // namespace QV::python

@@ -1,0 +1,33 @@
+"""Subscriptions that end with a block."""
+
+from __future__ import annotations
+
+from typing import TYPE_CHECKING, Union
+
+if TYPE_CHECKING:
+    from ._core import SensorManager, Session
+    from ._types import Names
+
+
+class Subscription:
+    """A subscription for a `with` block, of a Session or a SensorManager.
+
+    Within the block `subscriber` wants `names`, sensors or families, by default all. Starting their
+    hardware may take as long as the hardware does. A robot that ends within the block is no error.
+    """
+
+    def __init__(
+        self, target: Union[Session, SensorManager], subscriber: str, names: Names = None
+    ) -> None:
+        self._target = target
+        self._subscriber = subscriber
+        # Whatever can be gone through once only is asked twice.
+        self._names: Names = names if names is None or isinstance(names, str) else set(names)
+
+    def __enter__(self) -> Subscription:
+        self._target.subscribe(self._subscriber, self._names)
+        return self
+
+    def __exit__(self, *error: object) -> None:
+        if self._target.is_open:
+            self._target.unsubscribe(self._subscriber, self._names)

@@ -1,0 +1,75 @@
+"""The plain types of the package, and the words that annotations use."""
+
+from __future__ import annotations
+
+import os
+from collections.abc import Iterable, Mapping, Sequence
+from typing import TYPE_CHECKING, Any, Literal, NamedTuple, Union
+
+from numpy.typing import ArrayLike
+
+if TYPE_CHECKING:
+    from ._core import Broker, SensorFieldOfView2D
+
+
+class Pose2D(NamedTuple):
+    """A frame in the plane: x and y in metres, theta in radians, counted from x towards y."""
+
+    x: float
+    y: float
+    theta: float
+
+
+class LogRecord(NamedTuple):
+    """A line of the log; the time in nanoseconds of clock()."""
+
+    level: str
+    category: str
+    method: str
+    message: str
+    timestamp: int
+
+
+class Echo(NamedTuple):
+    """An obstacle at a range, somewhere on an arc about the sensor's x axis. Metres, radians."""
+
+    origin: Pose2D
+    range: float
+    angular_range: float
+
+
+class Check(NamedTuple):
+    """What became of a sensor that was checked; `verdict` is "works" or says what it does not."""
+
+    name: str
+    family: str
+    verdict: str
+    why: str
+    records: int
+    points: int
+
+
+class SensorOrder(NamedTuple):
+    """What a description says of a sensor that is to be made."""
+
+    name: str
+    family: str
+    field_of_view: SensorFieldOfView2D
+    properties: Mapping[str, str]
+    memory_keys: Sequence[str]
+    broker: Broker
+
+
+def seconds(value: float) -> int:
+    """So many seconds in nanoseconds, the nearest."""
+    return round(value * 1e9)
+
+
+PoseLike = Union[Pose2D, Sequence[float], ArrayLike]
+PositionLike = Union[Sequence[float], ArrayLike]
+PathLike = Union[str, "os.PathLike[str]"]
+Names = Union[str, Iterable[str], None]
+Value = Any
+FaultKind = Literal["off", "stuck", "garbage", "wrong", "slow", "delayed", "intermittent"]
+PointMeaning = Literal["arc", "scan", "zone", "sighting", "touch"]
+LogLevel = Literal["silent", "fatal", "error", "warning", "info", "verbose"]
