@@ -29,6 +29,9 @@ FloatArray floatsFrom(const py::object& object, const std::string& whom, const s
 FloatArray rowsFrom(const py::object& object, py::ssize_t columns, const std::string& whom,
                     const std::string& what) {
   const FloatArray array = floatsFrom(object, whom, what);
+  // An empty list.
+  if (array.ndim() == 1 && array.size() == 0)
+    return FloatArray(std::vector<py::ssize_t>{0, columns});
   if (array.ndim() == 2 && array.shape(1) == columns) return array;
   throw py::value_error(whom + ": " + what + " expected, shape " + shapeOf(array) + " given");
 }

@@ -30,10 +30,11 @@ void translate(std::exception_ptr pointer) {
 }  // namespace
 
 std::runtime_error plainError(py::error_already_set& error) {
-  if (error.matches(PyExc_KeyboardInterrupt)) PyErr_SetInterrupt();
   const py::object& value = error.value();
   std::string text = py::str(error.type().attr("__name__")).cast<std::string>();
   if (value) text += ": " + py::str(value).cast<std::string>();
+  // At last: whatever runs Python next takes it up.
+  if (error.matches(PyExc_KeyboardInterrupt)) PyErr_SetInterrupt();
   return std::runtime_error(text);
 }
 

@@ -9,9 +9,15 @@ namespace QV::python {
 namespace {
 
 std::atomic<bool> ending{false};
+/** Set before `ending` is: this one ends all that lives. */
+std::thread::id ender;
 /** Threads that have let others run Python, and those of them that never come back. */
 std::atomic<int> awayCount{0};
 std::atomic<int> parkedCount{0};
+
+bool isTooLate() {
+  return ending && std::this_thread::get_id() != ender;
+}
 
 [[noreturn]] void park() {
   ++parkedCount;
@@ -23,14 +29,14 @@ std::atomic<int> parkedCount{0};
 Unlocked::Unlocked() : state((++awayCount, PyEval_SaveThread())) {}
 
 Unlocked::~Unlocked() {
-  if (ending) park();
+  if (isTooLate()) park();
   PyEval_RestoreThread(state);
   --awayCount;
 }
 
 Locked::Locked() {
   ++awayCount;
-  if (ending) {
+  if (isTooLate()) {
     --awayCount;
     throw std::runtime_error("Python is ending");
   }
@@ -42,11 +48,8 @@ Locked::~Locked() {
   PyGILState_Release(state);
 }
 
-bool isPythonEnding() {
-  return ending;
-}
-
 void beginToEnd() {
+  ender = std::this_thread::get_id();
   ending = true;
   PyThreadState* const state = PyEval_SaveThread();
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(1);

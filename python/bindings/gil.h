@@ -34,10 +34,10 @@ class Locked {
   PyGILState_STATE state;
 };
 
-/** Whether Python has begun to end. */
-bool isPythonEnding();
-
-/** From now on; waits a little for those who are away. With the interpreter's lock. */
+/**
+ * Python begins to end, on this thread, which may go on as before. Waits a little for those who are
+ * away. With the interpreter's lock.
+ */
 void beginToEnd();
 
 /**

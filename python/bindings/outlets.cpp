@@ -5,6 +5,7 @@
 #include "python/bindings/session_handle.h"
 #include "python/bindings/snapshots.h"
 #include "session/internal/log_ring.h"
+#include "session/usage_error.h"
 
 namespace QV::python {
 namespace {
@@ -117,19 +118,32 @@ std::shared_ptr<Outlet> shareOutlet(const py::object& outlet) {
   return shareWithPython<std::shared_ptr, Outlet>(outlet);
 }
 
+/** What goes wrong with a file is an OSError. */
+template <typename Write>
+auto writing(Write write) {
+  try {
+    return unlocked(write);
+  } catch (const session::UsageError&) {
+    throw;
+  } catch (const std::runtime_error& error) {
+    PyErr_SetString(PyExc_OSError, error.what());
+    throw py::error_already_set();
+  }
+}
+
 void bindOutlet(py::module_& module) {
-  using Lock = py::call_guard<Unlocked>;
   py::class_<Outlet, std::shared_ptr<Outlet>>(module, "OutletBase", R"(
 Where a session goes: a file, a picture, or one of one's own.)")
       .def(
           "show",
           [](Outlet& outlet, const SnapshotView& view) {
-            unlocked([&] { outlet.show(*view.snapshot); });
+            writing([&] { outlet.show(*view.snapshot); });
           },
           "snapshot"_a,
           "show(snapshot: Snapshot) -> None\n\nOne after another; what can't be written: OSError.")
-      .def("finish", &Outlet::finish, Lock(),
-           "finish() -> None\n\nNothing comes any more: files are whole after this.");
+      .def(
+          "finish", [](Outlet& outlet) { writing([&] { outlet.finish(); }); },
+          "finish() -> None\n\nNothing comes any more: files are whole after this.");
   py::class_<PythonOutlet, Outlet, std::shared_ptr<PythonOutlet>>(module, "Outlet", R"(
 An outlet of one's own: derive from it and define `show(snapshot)`, and of these what is needed.
 
@@ -141,9 +155,10 @@ An outlet of one's own: derive from it and define `show(snapshot)`, and of these
   py::class_<outlets::RecordFile, Outlet, std::shared_ptr<outlets::RecordFile>>(
       module, "RecordFile", "A file of records: a line for each point in .csv, else of JSON.")
       .def(py::init([](const py::object& path) {
-             return std::make_shared<outlets::RecordFile>(pathFrom(path));
+             const std::string file = pathFrom(path);
+             return writing([&] { return std::make_shared<outlets::RecordFile>(file); });
            }),
-           "path"_a, "__init__(path: PathLike) -> None");
+           "path"_a, "__init__(path: PathLike) -> None\n\nOne that can't be written: OSError.");
   py::class_<outlets::RunPicture, Outlet, std::shared_ptr<outlets::RunPicture>>(
       module, "RunPicture",
       "A PNG of a run: the robot's way, and what its sensors told at its end.")

@@ -8,10 +8,31 @@ namespace {
 /** A session steers its robot so often: pieces that end there are those of a whole run. */
 constexpr ko::Duration kSlice{20'000'000};
 
+/**
+ * Lets time go by for those who are in a call of the session still: they may wait for hardware in
+ * simulated time, which nobody else moves. At most ten seconds of it.
+ */
+void awaitOthers(const std::shared_ptr<session::Session>& last) try {
+  for (int i = 0; i < 500 && last.use_count() > 1; ++i) {
+    last->run(kSlice);
+    std::this_thread::yield();
+  }
+} catch (const std::exception&) {
+  // It ends anyway.
+}
+
+/** For good: stopping hardware would wait for time that the thread that opened it has to move. */
+void leave(std::shared_ptr<session::Session> session) {
+  new std::shared_ptr<session::Session>(std::move(session));
+  if (PyErr_WarnEx(PyExc_ResourceWarning,
+                   "a session that was not closed on the thread that opened it stays for good", 1))
+    PyErr_WriteUnraisable(nullptr);
+}
+
 }  // namespace
 
-SessionHandle::SessionHandle(std::shared_ptr<session::Session> session)
-    : session(std::move(session)) {}
+SessionHandle::SessionHandle(std::shared_ptr<session::Session> session, bool ownTime)
+    : session(std::move(session)), ownTime(ownTime) {}
 
 SessionHandle::~SessionHandle() {
   end();
@@ -29,7 +50,13 @@ void SessionHandle::end() {
     guests.pop_back();
     letGo(guest);
   }
-  letGo(session);
+  if (!session) return;
+  auto last = std::move(session);
+  const bool isOwner = std::this_thread::get_id() == owner;
+  if (ownTime && !isOwner) return leave(std::move(last));
+  const Unlocked away;
+  if (isOwner) awaitOthers(last);
+  last.reset();
 }
 
 const std::shared_ptr<session::Session>& SessionHandle::get() const {

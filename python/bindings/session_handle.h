@@ -20,7 +20,8 @@ namespace QV::python {
  */
 class SessionHandle : public Ending {
  public:
-  explicit SessionHandle(std::shared_ptr<session::Session> session);
+  /** `ownTime` says that simulated time is its own. */
+  SessionHandle(std::shared_ptr<session::Session> session, bool ownTime);
   ~SessionHandle() override;
 
   bool isOpen() const { return session != nullptr; }
@@ -80,6 +81,7 @@ class SessionHandle : public Ending {
   std::shared_ptr<session::Session> session;
   std::vector<std::shared_ptr<void>> guests;
   const std::thread::id owner = std::this_thread::get_id();
+  const bool ownTime;
   bool busy = false;
 };
 

@@ -30,10 +30,10 @@ session::OpenOptions optionsFrom(const py::object& map, std::optional<Math::Pose
 }
 
 template <typename Open>
-Handle open(const std::string& file, Open open) {
+Handle open(const std::string& file, bool ownTime, Open open) {
   try {
     return std::make_shared<SessionHandle>(
-        unlocked([&] { return std::shared_ptr<Session>(open()); }));
+        unlocked([&] { return std::shared_ptr<Session>(open()); }), ownTime);
   } catch (const session::UsageError&) {
     throw;
   } catch (const QVError&) {
@@ -51,20 +51,21 @@ Handle openVirtual(const py::object& robot, const py::object& map,
   if (sensors) options.sensors = *sensors;
   options.somebodyAhead = somebodyAhead;
   const std::string file = pathFrom(robot);
-  return open(file, [&] { return session::openVirtual(file, options); });
+  return open(file, simulatedTime, [&] { return session::openVirtual(file, options); });
 }
 
 Handle openSimulated(int kind, const py::object& map, std::optional<Math::Pose2D> start,
                      bool simulatedTime) {
   const session::OpenOptions options = optionsFrom(map, start, simulatedTime);
-  return open(options.mapFile, [&] { return session::openSimulated(kind, options); });
+  return open(options.mapFile, simulatedTime,
+              [&] { return session::openSimulated(kind, options); });
 }
 
 Handle openRecording(const py::object& log, const py::object& poses) {
   const std::string file = pathFrom(log);
   std::optional<std::string> posesFile;
   if (!poses.is_none()) posesFile = pathFrom(poses);
-  return open(file, [&] { return session::openRecording(file, posesFile); });
+  return open(file, true, [&] { return session::openRecording(file, posesFile); });
 }
 
 std::shared_ptr<ManagerHandle> managerOf(const Handle& handle) {
@@ -151,8 +152,9 @@ void bindSwitches(Class& type) {
           "subscriber"_a, "names"_a = py::none(),
           R"(subscribe(subscriber: str, names: Names = None) -> None
 
-Wants sensors or families, by default all. Starting hardware takes its time, simulated or not. An
-unknown name: ValueError. `subscription` does the same for a `with` block. From any thread.)")
+Wants sensors or families, by default all. Starting hardware takes its time, simulated or not; on
+another thread it waits for the session to be run. An unknown name: ValueError. `subscription` does
+the same for a `with` block. From any thread.)")
       .def(
           "unsubscribe",
           [](const SessionHandle& self, const std::string& subscriber, const Names& names) {

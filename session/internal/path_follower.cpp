@@ -4,10 +4,28 @@
 #include <cmath>
 #include <numbers>
 
+#include "session/internal/number_text.h"
+#include "session/usage_error.h"
+
 namespace QV::session {
+namespace {
+
+void checkPath(const std::vector<Math::Position2D>& path, double speed, double turnSpeed) {
+  const auto isFinite = [](const Math::Position2D& position) {
+    return std::isfinite(position.x) && std::isfinite(position.y);
+  };
+  if (path.size() < 2 || !std::all_of(path.begin(), path.end(), isFinite))
+    throw UsageError("a path of two finite positions or more expected");
+  if (!(speed > 0.0) || !(turnSpeed > 0.0))
+    throw UsageError("speeds above 0 m/s and 0 rad/s expected, " + fixed(speed, 2) + " and " +
+                     fixed(turnSpeed, 2) + " given");
+}
+
+}  // namespace
 
 PathFollower::PathFollower(const std::vector<Math::Position2D>& path, double speed,
                            double turnSpeed) {
+  checkPath(path, speed, turnSpeed);
   for (std::size_t i = 0; i + 1 < path.size(); ++i) {
     const float dx = path[i + 1].x - path[i].x;
     const float dy = path[i + 1].y - path[i].y;

@@ -49,7 +49,7 @@ def test_a_record_of_ones_own_holds_copies_and_places_its_points():
     assert record.timestamp == 42 and record.field_of_view == view
     np.testing.assert_array_equal(record.points, [[1, 0, 0]])
     np.testing.assert_array_equal(record.points_in_frame(), [[5, 7, 7]])
-    assert qv.Record("Left", "Infrared", view, np.empty((0, 3))).points.shape == (0, 3)
+    assert qv.Record("Left", "Infrared", view, []).points.shape == (0, 3)
 
 
 def test_columns_have_a_row_for_each_point_and_pandas_takes_them():

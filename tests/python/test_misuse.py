@@ -1,0 +1,264 @@
+"""What must not crash or hang, whatever one does."""
+
+import copy
+import gc
+import pickle
+import signal
+import threading
+import time
+
+import numpy as np
+import pytest
+import qv_sensor as qv
+
+
+class Watch(qv.Sensor):
+    """Does something whenever it is read."""
+
+    def __init__(self, what):
+        super().__init__("Watch", "Watch", qv.SensorFieldOfView2D(0, 1, 1, 1))
+        self.what = what
+
+    def _get_data(self):
+        self.what()
+        return []
+
+    def _subscribe_to_hardware(self):
+        return True
+
+    def _unsubscribe_from_hardware(self):
+        return True
+
+
+def module_that(what):
+    """A module whose method is called while a session runs, each time the robot measures."""
+    module = qv.Module("Busybody")
+    module.bind_method("hear", lambda event, value, subscriber: what())
+    return module
+
+
+def test_only_the_thread_that_opened_a_session_runs_it(session):
+    errors = []
+
+    def use():
+        for call in (lambda: session.run(1), session.look, session.close, session.stop):
+            try:
+                call()
+            except RuntimeError as error:
+                errors.append(str(error))
+        session.subscribe("other", "FrontLaser")
+
+    thread = threading.Thread(target=use)
+    thread.start()
+    # A laser takes its time to start, which only this thread makes go by.
+    while thread.is_alive():
+        session.run(qv.seconds(0.1))
+    assert len(errors) == 4 and all("another one given" in error for error in errors)
+    assert session.manager.get_subscribers() == {"other"}
+
+
+def test_a_session_cannot_be_ended_from_within(session):
+    seen = []
+
+    def meddle():
+        for call in (session.close, session.look, lambda: session.run(1)):
+            try:
+                call()
+            except RuntimeError as error:
+                seen.append(str(error))
+        seen.append(session.pose)
+
+    session.broker.register_module(module_that(meddle))
+    session.broker.call("QVMemory", "subscribeToEvent", "Tick", "Busybody", "hear")
+    session.broker.call("QVMemory", "raiseEvent", "Tick", 1)
+    session.run(qv.seconds(0.2))
+    assert seen[:3] == ["a session at rest expected, one that is running given"] * 3
+    assert seen[3].x == 3.0
+    session.run(qv.seconds(0.1))
+
+
+def test_readers_and_switches_in_threads_live_through_the_end_of_a_session():
+    for _ in range(5):
+        session = qv.open_virtual(start=(3.0, 6.3, 0.0))
+        manager, stop, kept = session.manager, threading.Event(), []
+
+        def read():
+            while not stop.is_set():
+                try:
+                    kept.extend(record.points for record in manager.get_metrical_data())
+                    manager.subscribe("reader", "Laser")
+                except RuntimeError:
+                    return
+
+        threads = [threading.Thread(target=read) for _ in range(3)]
+        for thread in threads:
+            thread.start()
+        session.run(qv.seconds(3))
+        session.close()
+        for thread in threads:
+            thread.join(60)
+        stop.set()
+        assert not any(thread.is_alive() for thread in threads)
+        del session, manager
+        gc.collect()
+        assert all(np.isfinite(points).all() for points in kept[::50])
+        # A reader may have been the last to have the session, and so its time.
+        with qv.SimulatedTime():
+            pass
+
+
+def test_what_is_used_after_its_robot_ended_says_so(flat):
+    with qv.SimulatedTime() as moving:
+        robot = qv.VirtualRobot("porter", flat)
+        broker = robot.broker
+        manager = qv.RealSensorManager(broker)
+        manager.subscribe("test", "Laser")
+        moving.advance(qv.seconds(1))
+        robot.close()
+        with pytest.raises(RuntimeError, match="has ended"):
+            robot.pose
+        moving.advance(qv.seconds(1))
+        assert isinstance(manager.get_metrical_data(), list)
+        assert broker.has_module("QVMemory")
+    manager.get_metrical_data()
+    manager.unsubscribe("test")
+    manager.close()
+    with pytest.raises(RuntimeError, match="has ended"):
+        manager.get_metrical_data()
+
+
+def test_time_may_end_before_what_lives_in_it(flat):
+    with qv.SimulatedTime() as moving:
+        robot = qv.VirtualRobot("porter", flat)
+        manager = qv.RealSensorManager(robot.broker)
+        manager.subscribe("test", "Sonar")
+        moving.advance(qv.seconds(1))
+    robot.set_velocity(1, 0, 0)
+    assert len(manager.get_metrical_data()) == 2
+    manager.close()
+    robot.close()
+
+
+def test_objects_that_were_never_made_are_refused():
+    class Unmade(qv.Sensor):
+        def __init__(self):
+            pass
+
+    with pytest.raises(TypeError):
+        qv.SensorManager([Unmade()])
+    for cls in (qv.Session, qv.Snapshot, qv.SensorState):
+        with pytest.raises(TypeError):
+            cls()
+    with pytest.raises(TypeError):
+        qv.SensorManager([1])
+    with pytest.raises(ValueError, match="Watch"):
+        qv.SensorManager([Watch(None), Watch(None)])
+
+
+def test_what_lives_cannot_be_copied(session):
+    for living in (session, session.manager, session.map, session.broker, session.look()):
+        for duplicate in (copy.copy, copy.deepcopy, pickle.dumps):
+            with pytest.raises(TypeError):
+                duplicate(living)
+
+
+def press_ctrl_c_soon():
+    threading.Timer(0.3, signal.raise_signal, [signal.SIGINT]).start()
+    return time.monotonic()
+
+
+HOURS = qv.seconds(1e6)
+
+
+@pytest.mark.parametrize(
+    "wait",
+    [
+        lambda session: session.run(HOURS),
+        lambda session: session.check(),
+        lambda session: qv.LiveServer(session, port=0).run(),
+        lambda session: [
+            qv.simulate_scans(
+                session.map, np.full((10**6, 3), 5.0), qv.SensorFieldOfView2D(0, 30, 6.28, 300))
+            for _ in range(100)
+        ],
+    ],
+    ids=["run", "check", "serve", "scans"],
+)  # fmt: skip
+def test_ctrl_c_ends_what_waits(session, wait):
+    session.subscribe("test")
+    begin = press_ctrl_c_soon()
+    with pytest.raises(KeyboardInterrupt):
+        wait(session)
+    assert time.monotonic() - begin < 20
+    session.run(qv.seconds(0.1))
+
+
+def test_ctrl_c_in_a_callback_ends_the_run(session):
+    session.broker.register_module(module_that(lambda: signal.raise_signal(signal.SIGINT)))
+    session.broker.call("QVMemory", "subscribeToEvent", "Tick", "Busybody", "hear")
+    session.broker.call("QVMemory", "raiseEvent", "Tick", 1)
+    with pytest.raises(KeyboardInterrupt):
+        session.run(HOURS)
+
+
+def test_python_may_end_while_threads_wait_and_things_live(run_python):
+    out = run_python("""
+        import threading, time
+        import qv_sensor as qv
+
+        class Slow(qv.Sensor):
+            def _get_data(self):
+                return []
+            def _subscribe_to_hardware(self):
+                return True
+            def _unsubscribe_from_hardware(self):
+                return True
+
+        ready = threading.Event()
+
+        def live():
+            session = qv.open_virtual()
+            session.subscribe("test")
+            ready.set()
+            session.run(qv.seconds(1e6))
+
+        def read():
+            while True:
+                manager.get_metrical_data()
+
+        manager = qv.SensorManager([Slow("a", "b", qv.SensorFieldOfView2D(0, 1, 1, 1))])
+        manager.subscribe("test")
+        for target in (live, read, read):
+            threading.Thread(target=target, daemon=True).start()
+        ready.wait()
+        time.sleep(0.1)
+        kept = manager, ready
+        print("done")
+    """)
+    assert out == "done\n"
+
+
+def test_python_may_end_while_a_robot_runs_on_the_machines_clock(run_python):
+    out = run_python("""
+        import time
+        import qv_sensor as qv
+
+        class Chatty(qv.Module):
+            def __init__(self):
+                super().__init__("Chatty")
+                self.bind_method("hear", self.hear)
+            def hear(self, event, value, subscriber):
+                broker.call("QVMemory", "raiseEvent", "Tick", 1)
+
+        robot = qv.VirtualRobot("porter", qv.load_map("apartment"))
+        broker = robot.broker
+        broker.register_module(Chatty())
+        broker.call("QVMemory", "subscribeToEvent", "Tick", "Chatty", "hear")
+        broker.call("QVMemory", "raiseEvent", "Tick", 1)
+        manager = qv.RealSensorManager(broker)
+        manager.subscribe("test", "Laser")
+        time.sleep(0.3)
+        points = [record.points for record in manager.get_metrical_data()]
+        print(len(points))
+    """)
+    assert out == "3\n"
