@@ -5,10 +5,10 @@
 
 #include "platform/ko/clock.h"
 #include "robot/world/virtual_robot.h"
-#include "session/internal/path_follower.h"
 #include "session/internal/run_listener.h"
 #include "session/internal/seconds.h"
 #include "session/internal/session_parts.h"
+#include "session/internal/timed_path.h"
 #include "session/usage_error.h"
 
 namespace QV::session {
@@ -161,7 +161,7 @@ void Session::setGoal(const Math::Position2D& position) {
 }
 
 double Session::follow(const std::vector<Math::Position2D>& path, double speed, double turnSpeed) {
-  const PathFollower follower(path, speed, turnSpeed);
+  const TimedPath follower(path, speed, turnSpeed);
   RunCommand command{"follow", {}, {}, true, {speed, turnSpeed}};
   for (const Math::Position2D& corner : path) {
     command.values.insert(command.values.end(), {corner.x, corner.y});

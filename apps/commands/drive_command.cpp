@@ -14,9 +14,9 @@
 #include "outlets/outlet_list.h"
 #include "outlets/picture/run_picture.h"
 #include "session/internal/number_text.h"
-#include "session/internal/path_follower.h"
 #include "session/internal/pose_watch.h"
 #include "session/internal/seconds.h"
+#include "session/internal/timed_path.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
@@ -85,17 +85,17 @@ Run driveAlong(const DriveOptions& options, session::Session& session, outlets::
   return run;
 }
 
-session::PathFollower checkedPath(const DriveOptions& options) {
+session::TimedPath checkedPath(const DriveOptions& options) {
   checkAbove0("--rate", options.rate, 1e6);
   checkAbove0("--speed", options.speed, 1e3);
   checkAbove0("--turn-speed", options.turnSpeed, 1e3);
-  session::PathFollower path(parsePath(options.path), options.speed, options.turnSpeed);
+  session::TimedPath path(parsePath(options.path), options.speed, options.turnSpeed);
   if (path.getDuration() * options.rate <= kMostCycles) return path;
   throw session::UsageError(
       "--path: at most 10000000 cycles expected; drive less far, faster, or at a lower --rate");
 }
 
-void warnIfAstray(const session::PathFollower& path, const Math::Pose2D& pose) {
+void warnIfAstray(const session::TimedPath& path, const Math::Pose2D& pose) {
   const Math::Pose2D off = Math::pinv(path.poseAt(path.getDuration())) * pose;
   const float metres = std::hypot(off.x, off.y);
   if (isInterrupted() || metres < 0.1f) return;
@@ -115,7 +115,7 @@ bool printSummary(const DriveOptions& options, const Run& run) {
 }
 
 bool drive(DriveOptions& options) {
-  const session::PathFollower path = checkedPath(options);
+  const session::TimedPath path = checkedPath(options);
   if (!options.picture.empty()) outlets::checkPicturePath(options.picture);
   const auto session = options.openSession(path.poseAt(0.0));
   outlets::OutletList outlets;

@@ -54,7 +54,7 @@ void Driver::setGoal(const Math::Position2D& position) {
   waited = 0.0;
 }
 
-void Driver::follow(const PathFollower& wanted) {
+void Driver::follow(const TimedPath& wanted) {
   stop();
   timedPath = wanted;
   timedStart = ko::Clock::now();

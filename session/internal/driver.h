@@ -2,8 +2,8 @@
 
 #include <optional>
 
-#include "session/internal/path_follower.h"
 #include "session/internal/session_robot.h"
+#include "session/internal/timed_path.h"
 
 namespace QV::session {
 
@@ -23,7 +23,7 @@ class Driver {
   /** UsageError, and nothing changes, for a place that no way leads to. */
   void setGoal(const Math::Position2D& position);
   /** The robot keeps to the path's times, from now on and at its end, until another order. */
-  void follow(const PathFollower& path);
+  void follow(const TimedPath& path);
   /** It drives about. */
   void wander();
   void stop();
@@ -42,8 +42,8 @@ class Driver {
   SessionRobot& robot;
   ko::Duration held = ko::Duration::zero();
   std::optional<Math::Position2D> goal;
-  std::optional<PathFollower> path;
-  std::optional<PathFollower> timedPath;
+  std::optional<TimedPath> path;
+  std::optional<TimedPath> timedPath;
   ko::Clock::time_point timedStart;
   /** Of the path: where the robot is to be; and for how long it has not kept up with it. */
   double done = 0.0;

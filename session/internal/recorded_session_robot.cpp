@@ -88,7 +88,7 @@ void RecordedSessionRobot::drive(const Math::Pose2D& velocity) {
   throw UsageError("a robot that can be driven expected, a recording given");
 }
 
-void RecordedSessionRobot::follow(const PathFollower&, double) {
+void RecordedSessionRobot::follow(const TimedPath&, double) {
   throw UsageError("a robot that can be driven expected, a recording given");
 }
 

@@ -48,7 +48,7 @@ class RecordedSessionRobot : public SessionRobot {
   float getRadius() const override { return 0.25f; }
 
   void drive(const Math::Pose2D& velocity) override;
-  void follow(const PathFollower& path, double seconds) override;
+  void follow(const TimedPath& path, double seconds) override;
   boost::shared_ptr<QVBroker> getBroker() const override { return broker; }
 
   std::optional<ko::Clock::time_point> getNextStep() const override;

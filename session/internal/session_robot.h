@@ -20,7 +20,7 @@ class VirtualRobot;
 
 namespace QV::session {
 
-class PathFollower;
+class TimedPath;
 
 /** How often drivers measure that somebody else has to stand in for. */
 struct DriverPeriods {
@@ -67,7 +67,7 @@ class SessionRobot {
   /** What it really does. */
   virtual Math::Pose2D getVelocity() const { return {}; }
   /** Makes the robot be, or get, where `path` is `seconds` after its start. Call it often. */
-  virtual void follow(const PathFollower& path, double seconds) = 0;
+  virtual void follow(const TimedPath& path, double seconds) = 0;
   /** Whether it drives about, if it has a body. */
   virtual void wander(bool) {}
 

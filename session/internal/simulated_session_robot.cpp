@@ -7,7 +7,7 @@
 
 #include "platform/ko/log.h"
 #include "sensor/simulation/internal/robot_model_mock.h"
-#include "session/internal/path_follower.h"
+#include "session/internal/timed_path.h"
 #include "session/usage_error.h"
 
 namespace QV::session {
@@ -30,7 +30,7 @@ std::string SimulatedSessionRobot::getTitle() const {
   return "Simulated robot of kind " + std::to_string(kind);
 }
 
-void SimulatedSessionRobot::follow(const PathFollower& path, double seconds) {
+void SimulatedSessionRobot::follow(const TimedPath& path, double seconds) {
   setPose(path.poseAt(seconds));
 }
 

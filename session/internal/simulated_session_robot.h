@@ -29,7 +29,7 @@ class SimulatedSessionRobot : public SessionRobot {
   std::string getTitle() const override;
   Frame getFrame() const override { return Frame::map; }
 
-  void follow(const PathFollower& path, double seconds) override;
+  void follow(const TimedPath& path, double seconds) override;
   void drive(const Math::Pose2D& velocity) override;
   Math::Pose2D getVelocity() const override { return velocity; }
   float getRadius() const override { return 0.25f; }

@@ -21,7 +21,7 @@ float limited(float metres) {
 }  // namespace
 
 // What the path does, and a share of what the robot is off: ahead, to the side and in heading.
-Math::Pose2D steer(const PathFollower& path, double seconds, const Math::Pose2D& pose) {
+Math::Pose2D steer(const TimedPath& path, double seconds, const Math::Pose2D& pose) {
   const Math::Pose2D wanted = path.poseAt(seconds);
   const Math::Pose2D planned = Math::pinv(wanted) * path.poseAt(seconds + kPeriod);
   const Math::Pose2D off = Math::pinv(pose) * wanted;

@@ -40,7 +40,7 @@ void VirtualSessionRobot::wander(bool on) {
   wandering.start(true);
 }
 
-void VirtualSessionRobot::follow(const PathFollower& path, double seconds) {
+void VirtualSessionRobot::follow(const TimedPath& path, double seconds) {
   drive(steer(path, seconds, robot.getPose()));
 }
 

@@ -34,7 +34,7 @@ class VirtualSessionRobot : public SessionRobot {
   ko::Duration getSettlingTime() const override;
 
   void wander(bool on) override;
-  void follow(const PathFollower& path, double seconds) override;
+  void follow(const TimedPath& path, double seconds) override;
   void drive(const Math::Pose2D& velocity) override;
   Math::Pose2D getVelocity() const override { return robot.getVelocity(); }
   float getRadius() const override { return robot.getRadius(); }

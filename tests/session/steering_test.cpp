@@ -14,7 +14,7 @@ Math::Pose2D moved(const Math::Pose2D& pose, const Math::Pose2D& velocity) {
 }
 
 TEST(Steering, getsBackOnThePathAndToItsEnd) {
-  const PathFollower path({{0, 0}, {4, 0}, {4, 3}, {2, 3}}, 0.5, 1.0);
+  const TimedPath path({{0, 0}, {4, 0}, {4, 3}, {2, 3}}, 0.5, 1.0);
   // Beside the path, and looking away from it.
   Math::Pose2D pose(-0.2f, 0.3f, 0.8f);
   float farthest = 0.0f;

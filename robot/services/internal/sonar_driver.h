@@ -37,7 +37,7 @@ class QV_API SonarDriver : public QVModule {
   static constexpr ko::Duration kPeriod{100'000'000};
 
   /**
-   * The distance in metres that a sonar measures now, or nothing when there is no echo. Called on
+   * The range in metres that a sonar measures now, or nothing when there is no echo. Called on
    * the event loop's threads; it may throw, and must not call this driver.
    */
   using Source = std::function<std::optional<float>(const std::string& sonar)>;

@@ -12,7 +12,7 @@ namespace QV::robot {
 /** What ails a sensor at a time; nothing while it is sound. */
 using FaultFinder = std::function<std::optional<FaultKind>(ko::Clock::time_point)>;
 
-/** What is left of a range, or a distance, that a sensor tells wrong. */
+/** What is left of a range that a sensor tells wrong. */
 constexpr float kFalseShare = 0.6f;
 
 /**

@@ -17,7 +17,7 @@ void BagRobot::drive(const Math::Pose2D& velocity) {
   throw session::UsageError("a robot that can be driven expected, a recording given");
 }
 
-void BagRobot::follow(const session::PathFollower&, double) {
+void BagRobot::follow(const session::TimedPath&, double) {
   throw session::UsageError("a robot that can be driven expected, a recording given");
 }
 

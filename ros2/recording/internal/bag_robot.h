@@ -14,7 +14,7 @@ class BagRobot : public session::SessionRobot {
  public:
   void setPose(const Math::Pose2D& newPose) override;
   void drive(const Math::Pose2D& velocity) override;
-  void follow(const session::PathFollower& path, double seconds) override;
+  void follow(const session::TimedPath& path, double seconds) override;
 
   bool isRecording() const override { return true; }
   double getShareDone() const override;

@@ -1,4 +1,4 @@
-#include "session/internal/path_follower.h"
+#include "session/internal/timed_path.h"
 
 #include <numbers>
 
@@ -15,9 +15,9 @@ void expectPose(const Math::Pose2D& actual, const Math::Pose2D& expected) {
   EXPECT_NEAR(actual.theta, expected.theta, 1e-5f);
 }
 
-TEST(PathFollower, drivesStraightAndTurnsTheShortWayOnTheSpot) {
+TEST(TimedPath, drivesStraightAndTurnsTheShortWayOnTheSpot) {
   // West for 2 s, a quarter turn to the left over 180 degrees for 1 s, south for 1 s.
-  const PathFollower sut({{4, 0}, {2, 0}, {2, -1}}, 1.0, kPi / 2);
+  const TimedPath sut({{4, 0}, {2, 0}, {2, -1}}, 1.0, kPi / 2);
   EXPECT_NEAR(sut.getDuration(), 4.0, 1e-5);
   expectPose(sut.poseAt(-1.0), {4, 0, kPi});
   expectPose(sut.poseAt(1.0), {3, 0, kPi});

@@ -7,11 +7,11 @@
 
 namespace QV::session {
 
-/** A robot that drives a path of straight lines, turning on the spot at each corner. */
-class QV_API PathFollower {
+/** A path of straight lines, timed for a robot that turns on the spot at each corner. */
+class QV_API TimedPath {
  public:
   /** `path` in metres, two positions or more; speeds in m/s and rad/s, above 0. */
-  PathFollower(const std::vector<Math::Position2D>& path, double speed, double turnSpeed);
+  TimedPath(const std::vector<Math::Position2D>& path, double speed, double turnSpeed);
 
   /** Seconds from the first position to the last. */
   double getDuration() const { return legs.back().end; }

@@ -1,4 +1,4 @@
-#include "session/internal/path_follower.h"
+#include "session/internal/timed_path.h"
 
 #include <algorithm>
 #include <cmath>
@@ -23,8 +23,7 @@ void checkPath(const std::vector<Math::Position2D>& path, double speed, double t
 
 }  // namespace
 
-PathFollower::PathFollower(const std::vector<Math::Position2D>& path, double speed,
-                           double turnSpeed) {
+TimedPath::TimedPath(const std::vector<Math::Position2D>& path, double speed, double turnSpeed) {
   checkPath(path, speed, turnSpeed);
   for (std::size_t i = 0; i + 1 < path.size(); ++i) {
     const float dx = path[i + 1].x - path[i].x;
@@ -42,12 +41,12 @@ PathFollower::PathFollower(const std::vector<Math::Position2D>& path, double spe
   }
 }
 
-void PathFollower::xAdd(const Math::Pose2D& from, const Math::Pose2D& to, double seconds) {
+void TimedPath::xAdd(const Math::Pose2D& from, const Math::Pose2D& to, double seconds) {
   const double start = legs.empty() ? 0.0 : legs.back().end;
   legs.push_back({from, to, start, start + seconds});
 }
 
-Math::Pose2D PathFollower::poseAt(double seconds) const {
+Math::Pose2D TimedPath::poseAt(double seconds) const {
   const auto leg = std::find_if(legs.begin(), legs.end() - 1, [seconds](const Leg& candidate) {
     return seconds < candidate.end;
   });
