@@ -14,13 +14,13 @@
 #include "session/frame.h"
 
 namespace QV::robot {
-class InputListener;
 class VirtualRobot;
 }  // namespace QV::robot
 
 namespace QV::session {
 
 class PathFollower;
+class RunListener;
 
 /** How often drivers measure that somebody else has to stand in for. */
 struct DriverPeriods {
@@ -80,8 +80,8 @@ class SessionRobot {
   /** Whose sensors can be made to fail; null if they can't. */
   virtual robot::VirtualRobot* getVirtualRobot() { return nullptr; }
 
-  /** Hears of all that its drivers measure; null for nobody. */
-  virtual void setListener(robot::InputListener*) {}
+  /** Hears of all that its drivers measure, and what a recording asks again; null for nobody. */
+  virtual void setListener(RunListener*) {}
 
   virtual DriverPeriods getDriverPeriods() const { return {}; }
 

@@ -27,7 +27,8 @@ bool isWholeChunk(const ByteSource& source, std::uint64_t place) {
   const std::uint64_t left = source.getSize() - place;
   if (left < mcap::kHeadSize + kLeast) return false;
   std::uint8_t bytes[mcap::kHeadSize + kLeast + kLongestName] = {};
-  source.read(place, {bytes, static_cast<std::size_t>(std::min<std::uint64_t>(left, sizeof bytes))});
+  source.read(place,
+              {bytes, static_cast<std::size_t>(std::min<std::uint64_t>(left, sizeof bytes))});
   const mcap::Head head = mcap::parseHead(bytes);
   if (head.op != mcap::Op::chunk || head.length < kLeast || head.length > left - mcap::kHeadSize)
     return false;

@@ -14,11 +14,11 @@
 #include "platform/model/model_utils.h"
 #include "platform/model/sensor_properties.h"
 #include "platform/vision/video_codes.h"
-#include "robot/services/internal/input_listener.h"
 #include "robot/services/robot_model_service.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/cloud_points.h"
 #include "ros2/recording/internal/conversions.h"
+#include "session/internal/run_listener.h"
 
 namespace QV::ros2 {
 namespace {
@@ -253,7 +253,7 @@ std::vector<Math::MetricalData> ToldRobot::getRecords() {
   return records;
 }
 
-void ToldRobot::setListener(robot::InputListener* newListener) {
+void ToldRobot::setListener(session::RunListener* newListener) {
   listener = newListener;
   memory->setListener(newListener);
   cameras->setListener(newListener);
