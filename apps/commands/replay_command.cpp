@@ -24,12 +24,13 @@ namespace {
 
 constexpr char kReplayFooter[] =
     "RUN is a recording of this program's (.mcap): what drivers measured goes into the robot's\n"
-    "modules again, and the library makes its records anew. Or it is a log of others: a CARMEN "
-    "log\n"
-    "of a lidar (FLASER and ODOM lines), or a sonar log, whose lines are a time (ms) and 8 ranges\n"
-    "(mm); poses are lines of a time (ms), x, y (mm) and heading (0.1 degrees). What RUN holds "
-    "tells\n"
-    "which. Times count from its start.";
+    "modules again, and the library makes its records anew. Or another robot's (.mcap, .db3 or a\n"
+    "folder of rosbag2): LaserScan, Range, depth Image, PointCloud2, tf and odometry go to "
+    "sensors\n"
+    "that are made after them. Or a CARMEN log of a lidar (FLASER and ODOM lines), or a sonar "
+    "log,\n"
+    "whose lines are a time (ms) and 8 ranges (mm); poses are lines of a time (ms), x, y (mm) and\n"
+    "heading (0.1 degrees). What RUN holds tells which. Times count from its start.";
 
 struct ReplayOptions {
   std::string run;

@@ -1,10 +1,10 @@
 #include "outlets/files/record_file.h"
 #include "outlets/outlet.h"
 #include "outlets/picture/run_picture.h"
+#include "platform/ko/log.h"
 #include "python/bindings/maps.h"
 #include "python/bindings/session_handle.h"
 #include "python/bindings/snapshots.h"
-#include "session/internal/log_ring.h"
 #include "session/usage_error.h"
 
 namespace QV::python {
@@ -103,7 +103,7 @@ class ServerHandle : public Ending {
   struct Parts {
     Parts(session::Session& session, const outlets::ServerSettings& settings)
         : server(session, log, settings) {}
-    session::LogRing log;
+    ko::log::LogRing log;
     outlets::LiveServer server;
   };
 

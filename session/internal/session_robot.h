@@ -14,12 +14,12 @@
 #include "session/snapshot.h"
 
 namespace QV::robot {
-class InputListener;
 class VirtualRobot;
 }  // namespace QV::robot
 
 namespace QV::session {
 
+class RunListener;
 class TimedPath;
 
 /** How often drivers measure that somebody else has to stand in for. */
@@ -80,8 +80,8 @@ class SessionRobot {
   /** Whose sensors can be made to fail; null if they can't. */
   virtual robot::VirtualRobot* getVirtualRobot() { return nullptr; }
 
-  /** Hears of all that its drivers measure; null for nobody. */
-  virtual void setListener(robot::InputListener*) {}
+  /** Hears of all that its drivers measure, and what a recording asks again; null for nobody. */
+  virtual void setListener(RunListener*) {}
 
   virtual DriverPeriods getDriverPeriods() const { return {}; }
 

@@ -7,6 +7,7 @@
 #include "robot/world/units/unit_factory.h"
 #include "robot/world/virtual_robot.h"
 #include "sensor/real/sensor_factory.h"
+#include "session/internal/run_listener.h"
 #include "session/internal/session_robot.h"
 #include "session/internal/wanderer.h"
 
@@ -44,7 +45,7 @@ class VirtualSessionRobot : public SessionRobot {
   boost::shared_ptr<QVBroker> getBroker() const override { return robot.getBroker(); }
   DriverPeriods getDriverPeriods() const override { return periods; }
   robot::VirtualRobot* getVirtualRobot() override { return &robot; }
-  void setListener(robot::InputListener* listener) override { robot.setListener(listener); }
+  void setListener(RunListener* listener) override { robot.setListener(listener); }
 
  private:
   const Model::SensorKinds kinds;

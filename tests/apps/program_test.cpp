@@ -181,7 +181,7 @@ TEST_F(ProgramTest, everyCommandHasHelp) {
     EXPECT_EQ(result.status, 0);
     EXPECT_THAT(result.out, HasSubstr("--kind"));
   }
-  EXPECT_THAT(run({"replay", "--help"}).out, HasSubstr("lidar or sonar log"));
+  EXPECT_THAT(run({"replay", "--help"}).out, HasSubstr("CARMEN log"));
 }
 
 TEST_F(ProgramTest, plotWritesAPictureHoweverFarFromTheMap) {

@@ -59,7 +59,7 @@ TEST_F(ReplayTest, badLogsAreOneLineThatNamesThem) {
        "swapped: line 1: 9 words expected"},
       {{"replay", alone, "--poses", folder.write("good", kPoses), "-o", folder / "no/r.jsonl"},
        "r.jsonl: can't be written"},
-      {{"replay"}, "LOG is required"},
+      {{"replay"}, "RUN is required"},
   };
   for (const BadInput& c : cases) expectRefused(c);
 }

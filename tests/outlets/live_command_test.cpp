@@ -35,7 +35,7 @@ TEST(Command, readsEachKind) {
 
 TEST(Command, refusesWhatIsNoneAndSaysWhatWouldBeRight) {
   const std::string ops =
-      "one of diagnose, drive, enable, goal, pause, speed, step, stop, subscribe expected";
+      "one of diagnose, drive, enable, goal, pause, seek, speed, step, stop, subscribe expected";
   const struct {
     const char* text;
     std::string expected;

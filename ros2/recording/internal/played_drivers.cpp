@@ -15,6 +15,7 @@
 #include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/robot_model_service.h"
 #include "ros2/recording/internal/sensor_sorts.h"
+#include "session/internal/run_listener.h"
 
 namespace QV::ros2 {
 namespace {
@@ -188,7 +189,7 @@ void PlayedDrivers::xTell(const RunInputs& told) {
   if (!told.stepped) return;
   motion->setRobotVelocity(told.velocity);
   if (!isLog) motion->setGroundPose(Math::Transform());
-  if (listener) listener->onStep({getPose(), getPose(), told.velocity});
+  if (getListener()) getListener()->onStep({getPose(), getPose(), told.velocity});
 }
 
 void PlayedDrivers::xWrite(const InputWrite& write) {
@@ -222,14 +223,11 @@ std::vector<Math::MetricalData> PlayedDrivers::getRecords() {
   return records;
 }
 
-void PlayedDrivers::setListener(robot::InputListener* newListener) {
-  listener = newListener;
+void PlayedDrivers::setListener(session::RunListener* newListener) {
+  PlayedRobot::setListener(newListener);
   memory->setListener(newListener);
   cameras->setListener(newListener);
-  if (listener) {
-    const Math::Pose2D velocity = motion->getRobotVelocity();
-    listener->onStep({getPose(), getPose(), velocity});
-  }
+  if (newListener) newListener->onStep({getPose(), getPose(), motion->getRobotVelocity()});
 }
 
 }  // namespace QV::ros2

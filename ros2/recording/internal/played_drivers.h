@@ -36,7 +36,7 @@ class PlayedDrivers : public PlayedRobot {
   boost::shared_ptr<QVBroker> getBroker() const override { return broker; }
   std::vector<Math::MetricalData> getRecords() override;
   void makeStep() override;
-  void setListener(robot::InputListener* newListener) override;
+  void setListener(session::RunListener* newListener) override;
 
  private:
   struct Ranged {
@@ -82,7 +82,6 @@ class PlayedDrivers : public PlayedRobot {
   ko::PeriodicTask other;
   boost::shared_ptr<sensor::NavigationModule> navigation;
   std::optional<ScopedModule> hosting;
-  robot::InputListener* listener = nullptr;
 };
 
 }  // namespace QV::ros2

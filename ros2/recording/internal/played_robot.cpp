@@ -8,6 +8,7 @@
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/played_drivers.h"
 #include "ros2/recording/internal/played_poses.h"
+#include "session/internal/run_listener.h"
 
 namespace QV::ros2 {
 namespace {
@@ -48,6 +49,8 @@ void PlayedRobot::makeStep() {
 void PlayedRobot::xExecute(const qv_msgs::Command& command) {
   sensor::SensorManager& manager = getManager();
   const std::set<std::string> names(command.sensors.begin(), command.sensors.end());
+  if (listener)
+    listener->onCommand({command.name, command.subscriber, names, command.on, command.values});
   try {
     if (command.name == "subscribe" && command.on) manager.subscribe(command.subscriber, names);
     if (command.name == "subscribe" && !command.on) manager.unsubscribe(command.subscriber, names);

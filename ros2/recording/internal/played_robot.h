@@ -27,6 +27,7 @@ class PlayedRobot : public BagRobot {
 
   std::optional<ko::Clock::time_point> getNextStep() const override;
   void makeStep() override;
+  void setListener(session::RunListener* newListener) override { listener = newListener; }
   bool isAmidSteps() const override { return !isAtLook; }
 
   const BagReader& getBag() const override { return reader->getBag(); }
@@ -35,6 +36,7 @@ class PlayedRobot : public BagRobot {
 
  protected:
   RunReader& getReader() const { return *reader; }
+  session::RunListener* getListener() const { return listener; }
   virtual void xMoveTo(const Math::Pose2D& newPose) { pose = newPose; }
 
  private:
@@ -44,6 +46,7 @@ class PlayedRobot : public BagRobot {
   Math::Pose2D pose;
   std::vector<Math::MetricalData> recorded;
   bool isAtLook = false;
+  session::RunListener* listener = nullptr;
 };
 
 /** Made at facts.start, in simulated time. What is wrong with the recording: std::runtime_error. */

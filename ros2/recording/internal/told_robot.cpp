@@ -19,6 +19,7 @@
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/cloud_points.h"
 #include "ros2/recording/internal/conversions.h"
+#include "session/internal/run_listener.h"
 
 namespace QV::ros2 {
 namespace {
@@ -253,7 +254,7 @@ std::vector<Math::MetricalData> ToldRobot::getRecords() {
   return records;
 }
 
-void ToldRobot::setListener(robot::InputListener* newListener) {
+void ToldRobot::setListener(session::RunListener* newListener) {
   listener = newListener;
   memory->setListener(newListener);
   cameras->setListener(newListener);

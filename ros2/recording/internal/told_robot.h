@@ -43,7 +43,7 @@ class ToldRobot : public BagRobot {
   float getRadius() const override { return 0.25f; }
   /** Each sensor by itself, those that have been told something. */
   std::vector<Math::MetricalData> getRecords() override;
-  void setListener(robot::InputListener* newListener) override;
+  void setListener(session::RunListener* newListener) override;
 
   std::optional<ko::Clock::time_point> getNextStep() const override;
   void makeStep() override;
@@ -91,7 +91,7 @@ class ToldRobot : public BagRobot {
   boost::shared_ptr<sensor::NavigationModule> navigation;
   std::optional<ScopedModule> hosting;
   boost::shared_ptr<const OccupancyMap> map = makeUnknownMap();
-  robot::InputListener* listener = nullptr;
+  session::RunListener* listener = nullptr;
 
   const ko::Clock::time_point start;
   Math::Pose2D pose;

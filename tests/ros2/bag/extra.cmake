@@ -1,4 +1,5 @@
 target_link_libraries(${name}_tests PRIVATE QV::ros2)
 
 # What others' readers are tried on.
-qv_add_program(ros2_samples ${CMAKE_CURRENT_LIST_DIR}/../decode/write_samples.cpp LIBS QV::ros2)
+qv_add_program(ros2_samples ${CMAKE_CURRENT_LIST_DIR}/../decode/write_samples.cpp
+  LIBS QV::ros2_recording)

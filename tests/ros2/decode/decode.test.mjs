@@ -88,6 +88,21 @@ for (const name of ['none', 'lz4', 'zstd']) {
   test(`${name}: every message from a stream`, () => assert.deepEqual(readStreaming(bytes), expected));
 }
 
+test('a recorded robot: every message, in place on the map', async () => {
+  const bytes = new Uint8Array(readFileSync(`${folder}/run.mcap`));
+  const { reader, messages } = await readIndexed(bytes);
+  assert.equal(reader.statistics.messageCount, BigInt(messages.length));
+  assert.equal(readStreaming(bytes).length, messages.length);
+  const last = new Map(messages.map(({ topic, message }) => [topic, message]));
+  const frames = new Set(['map']);
+  for (const topic of ['/tf', '/tf_static'])
+    for (const { child_frame_id: child } of last.get(topic).transforms) frames.add(child);
+  for (const [topic, { header }] of last) if (header) assert.ok(frames.has(header.frame_id), `${topic} in ${header.frame_id}`);
+  for (const { header } of last.get('/fields_of_view').markers) assert.ok(frames.has(header.frame_id));
+  const { width, height, data } = { ...last.get('/map').info, data: last.get('/map').data };
+  assert.equal(data.length, width * height);
+});
+
 test('what rosbag2 needs to play it is there', async () => {
   const { reader } = await readIndexed(new Uint8Array(readFileSync(`${folder}/none.mcap`)));
   for (const channel of reader.channelsById.values()) {

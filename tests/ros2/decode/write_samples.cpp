@@ -5,6 +5,8 @@
 #include <iostream>
 
 #include "ros2/bag/bag_writer.h"
+#include "ros2/recording/run_recorder.h"
+#include "session/open.h"
 #include "tests/ros2/support/filled_message.h"
 
 namespace {
@@ -28,6 +30,19 @@ void writeSamples(const std::string& path, ros2::Compression compression) {
   writer.close();
 }
 
+void recordRobot(const std::string& path) {
+  session::OpenOptions options;
+  options.somebodyAhead = true;
+  const auto robot = session::openVirtual("porter", options);
+  ros2::RunRecorder recorder(path, *robot);
+  robot->subscribe("samples", robot->getManager().getFamilyNames());
+  for (int i = 0; i < 20; ++i) {
+    robot->run(boost::chrono::milliseconds(100));
+    recorder.show(robot->look());
+  }
+  recorder.finish();
+}
+
 nlohmann::json expectedMessages() {
   auto expected = nlohmann::json::array();
   for (const ros2::MessageType* const type : ros2::getMessageTypes())
@@ -49,5 +64,6 @@ int main(int argc, char** argv) {
   writeSamples(folder + "/none.mcap", QV::ros2::Compression::none);
   writeSamples(folder + "/lz4.mcap", QV::ros2::Compression::lz4);
   writeSamples(folder + "/zstd.mcap", QV::ros2::Compression::zstd);
+  recordRobot(folder + "/run.mcap");
   std::ofstream(folder + "/expected.json") << expectedMessages();
 }

@@ -98,6 +98,7 @@ TEST_F(RunReplayTest, whatIsPlayedCanBeRecordedAndComesOutTheSameAgain) {
   }
   const auto comparison = compareRun(copy);
   EXPECT_EQ(comparison.looks, 15);
+  EXPECT_EQ(comparison.difference, "");
 }
 
 TEST_F(RunReplayTest, theFirstDifferenceIsNamedBySensorTimeAndField) {
