@@ -5,7 +5,7 @@
 namespace QV::ros2 {
 namespace {
 
-constexpr std::size_t kBatch = std::size_t{512} << 10;
+constexpr std::size_t kLarge = std::size_t{128} << 10;
 constexpr std::size_t kMostBatches = 8;
 
 }  // namespace
@@ -37,10 +37,15 @@ void BackgroundBag::addAttachment(const BagAttachment& attachment) {
   xDo([attachment](BagWriter& bag) { bag.addAttachment(attachment); });
 }
 
-void BackgroundBag::write(std::uint16_t topic, std::uint64_t time, BytesView data) {
-  filling.bytes.insert(filling.bytes.end(), data.begin(), data.end());
+void BackgroundBag::xTake(std::uint16_t topic, std::uint64_t time) {
+  if (cdr.size() >= kLarge) {
+    if (!filling.entries.empty()) xHandOver();
+    filling.bytes.swap(cdr);
+  } else {
+    filling.bytes.insert(filling.bytes.end(), cdr.begin(), cdr.end());
+  }
   filling.entries.push_back({topic, time, filling.bytes.size()});
-  if (filling.bytes.size() < kBatch) return;
+  if (filling.bytes.size() < kLarge) return;
   xHandOver();
   xThrowIfFailed();
 }

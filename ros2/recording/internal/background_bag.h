@@ -32,9 +32,8 @@ class BackgroundBag {
   template <typename Message>
   void write(std::uint16_t topic, std::uint64_t time, const Message& message) {
     Message::getType().encode(&message, cdr);
-    write(topic, time, BytesView(cdr));
+    xTake(topic, time);
   }
-  void write(std::uint16_t topic, std::uint64_t time, BytesView data);
 
   /** Waits until all is in the file, which is whole then and takes no more. */
   void close();
@@ -52,6 +51,8 @@ class BackgroundBag {
     std::function<void(BagWriter&)> other;
   };
 
+  /** What is encoded; a large message becomes a batch of its own, without another copy. */
+  void xTake(std::uint16_t topic, std::uint64_t time);
   void xDo(std::function<void(BagWriter&)> call);
   void xHandOver();
   void xThrowIfFailed();

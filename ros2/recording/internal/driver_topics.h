@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/middleware/qv_value.h"
@@ -54,7 +55,7 @@ class DriverTopics {
   BackgroundBag& writer;
   const std::string base;
   std::vector<Sensor> sensors;
-  std::map<std::string, Place> places;
+  std::unordered_map<std::string, Place> places;
   std::vector<Camera> cameras;
   /** Of touched links. */
   std::map<std::string, std::size_t> touched;

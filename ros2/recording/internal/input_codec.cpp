@@ -99,8 +99,11 @@ class Parts {
 
 void InputEncoder::add(qv_msgs::Inputs& inputs, const std::string& key, const QVValue& value,
                        bool raised) {
-  const auto [known, isNew] = numbers.emplace(key, static_cast<std::uint32_t>(numbers.size()));
-  if (isNew) inputs.new_keys.push_back(key);
+  auto known = numbers.find(key);
+  if (known == numbers.end()) {
+    known = numbers.emplace(key, static_cast<std::uint32_t>(numbers.size())).first;
+    inputs.new_keys.push_back(key);
+  }
   inputs.keys.push_back(known->second);
   inputs.raised.push_back(raised ? 1 : 0);
   append(inputs, value);

@@ -1,8 +1,8 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
 #include <string>
+#include <unordered_map>
 #include <vector>
 
 #include "platform/middleware/qv_value.h"
@@ -16,7 +16,7 @@ class InputEncoder {
   void add(qv_msgs::Inputs& inputs, const std::string& key, const QVValue& value, bool raised);
 
  private:
-  std::map<std::string, std::uint32_t> numbers;
+  std::unordered_map<std::string, std::uint32_t> numbers;
 };
 
 /** One key that was set, or event that was raised. */
