@@ -12,6 +12,7 @@
 #include "platform/math/pose2d.h"
 #include "platform/model/sensor_kind.h"
 #include "platform/navigation/occupancy_map.h"
+#include "sensor/core/sensor_health.h"
 #include "session/frame.h"
 #include "session/marks.h"
 
@@ -34,6 +35,8 @@ struct QV_API SensorState {
   /** The last one's message, and how long ago it was. */
   std::string trouble = {};
   double troubleAge = 0.0;
+  /** How it is and why. */
+  sensor::SensorHealth health = {};
   /** Where it looks, in the map. */
   struct View {
     Math::Pose2D apex;
