@@ -102,9 +102,11 @@ CheckedSensor checkOne(CheckTarget& target, const std::string& sensor) {
       // What came before the first record was its start.
       const std::string trouble = target.findTrouble(sensor, seen.firstSeen.value_or(start));
       judge(seen, nature, trouble, target.findMissing(sensor), checked);
+      if (const auto health = manager.getHealth(sensor)) checked.health = *health;
       return checked;
     }
     checked.why = target.findTrouble(sensor, start);
+    if (const auto health = manager.getHealth(sensor)) checked.health = *health;
   } catch (const std::exception& exception) {
     checked.why = exception.what();
   }

@@ -29,6 +29,10 @@ struct QV_API CheckedSensor {
   std::string why = {};
   std::size_t records = 0;
   std::size_t points = 0;
+  /** At the end of its check. */
+  sensor::SensorHealth health = {};
+
+  bool works() const { return verdict == Verdict::works && !isFault(health.state); }
 };
 
 struct QV_API CheckOptions {

@@ -13,6 +13,7 @@
 #include "platform/math/position.h"
 #include "platform/model/sensor_kind.h"
 #include "platform/navigation/occupancy_map.h"
+#include "sensor/core/sensor_health.h"
 
 namespace QV::session {
 
@@ -67,6 +68,8 @@ struct QV_API SensorState {
   /** The last one's message, and how long ago it was. */
   std::string trouble = {};
   double troubleAge = 0.0;
+  /** How it is and why. */
+  sensor::SensorHealth health = {};
   /** Where it looks, in the map. */
   struct View {
     Math::Pose2D apex;

@@ -25,9 +25,9 @@ constexpr char kCheckFooter[] =
     "that it can't have measured, and shows something else once the robot has turned on the spot.\n"
     "A check can't see ranges that are wrong but believable, or late without saying so; what a\n"
     "blind zone says; a bumper that nothing presses; a people detector that is blind.\n"
-    "Slips in the description are named, and don't change the status: 0 if every sensor works, 1 "
-    "if\n"
-    "one fails.";
+    "The health is what the library itself says of the sensor in the end. Slips in the "
+    "description\n"
+    "are named, and don't change the status: 0 if every sensor works and is sound, 1 if not.";
 
 std::set<std::string> sensorsFor(const CommonOptions& options,
                                  const sensor::SensorManager& manager) {
@@ -63,11 +63,24 @@ void printFaults(std::ostream& out, const DescriptionFaults& faults) {
   }
 }
 
+// What only the health shows has no other name.
+const char* resultOf(const session::CheckedSensor& sensor) {
+  const bool isHealthAlone = sensor.verdict == session::Verdict::works && !sensor.works();
+  return isHealthAlone ? getName(sensor.health.state) : getName(sensor.verdict);
+}
+
+// A sensor whose records pass may still be called late, or suspect.
+std::string whyOf(const session::CheckedSensor& sensor) {
+  if (!sensor.why.empty() || !isFault(sensor.health.state)) return sensor.why;
+  return sensor.health.reason;
+}
+
 void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, long failed) {
-  outlets::Table table({"sensor", "family", "result", ">records", ">points", "why"});
+  outlets::Table table({"sensor", "family", "result", "health", ">records", ">points", "why"});
   for (const auto& sensor : sensors) {
-    table.add({sensor.name, sensor.family, getName(sensor.verdict), std::to_string(sensor.records),
-               std::to_string(sensor.points), ko::log::onOneLine(sensor.why)});
+    table.add({sensor.name, sensor.family, resultOf(sensor), getName(sensor.health.state),
+               std::to_string(sensor.records), std::to_string(sensor.points),
+               ko::log::onOneLine(whyOf(sensor))});
   }
   table.print(std::cout);
   std::cout << (static_cast<long>(sensors.size()) - failed) << " of " << sensors.size()
@@ -78,13 +91,11 @@ void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, 
 
 void printJson(const CheckedSensors& sensors, const DescriptionFaults& faults) {
   for (const auto& sensor : sensors) {
-    nlohmann::ordered_json line{{"sensorName", sensor.name},
-                                {"familyName", sensor.family},
-                                {"works", sensor.verdict == session::Verdict::works},
-                                {"result", getName(sensor.verdict)},
-                                {"records", sensor.records},
-                                {"points", sensor.points},
-                                {"why", sensor.why}};
+    nlohmann::ordered_json line{
+        {"sensorName", sensor.name}, {"familyName", sensor.family},
+        {"works", sensor.works()},   {"result", resultOf(sensor)},
+        {"records", sensor.records}, {"points", sensor.points},
+        {"why", whyOf(sensor)},      {"health", outlets::toJson(sensor.health)}};
     std::cout << line << '\n';
   }
   for (const auto& fault : faults) {
@@ -113,9 +124,8 @@ int check(const CommonOptions& options) {
   const QuietLog quiet;
   const auto session = openSession(options);
   const CheckedSensors sensors = checkAll(*session, options);
-  const auto failed = std::count_if(sensors.begin(), sensors.end(), [](const auto& sensor) {
-    return sensor.verdict != session::Verdict::works;
-  });
+  const auto failed = std::count_if(sensors.begin(), sensors.end(),
+                                    [](const auto& sensor) { return !sensor.works(); });
   const DescriptionFaults faults = session::findDescriptionFaults(*session);
   if (format == outlets::Format::json) {
     printJson(sensors, faults);

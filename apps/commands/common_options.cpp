@@ -61,6 +61,20 @@ std::unique_ptr<session::Session> openRobot(const CommonOptions& options,
   }
 }
 
+void setLimits(sensor::SensorManager& manager, const std::vector<std::string>& limits) {
+  for (const std::string& text : limits) {
+    naming("--limit", [&] {
+      try {
+        const sensor::HealthRule rule = sensor::parseHealthRule(text);
+        if (!rule.name.empty()) session::checkNames(manager, {rule.name});
+        manager.setHealthLimit(rule);
+      } catch (const std::invalid_argument& error) {
+        throw session::UsageError(error.what());
+      }
+    });
+  }
+}
+
 }  // namespace
 
 std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math::Pose2D> start,
@@ -71,8 +85,10 @@ std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math:
   options.somebodyAhead = somebodyAhead;
   if (!start && !pose.empty()) options.start = parsePose(pose);
   if (map) options.mapFile = naming("--map", [&] { return session::findMap(*map); });
-  if (robot) return openRobot(*this, options);
-  return naming("--kind", [&] { return session::openSimulated(kind, options); });
+  auto session = robot ? openRobot(*this, options)
+                       : naming("--kind", [&] { return session::openSimulated(kind, options); });
+  setLimits(session->getManager(), limits);
+  return session;
 }
 
 std::string CommonOptions::findRobot() const {
@@ -124,6 +140,12 @@ void addWorld(CLI::App& command, CommonOptions& options) {
                   "delayed or intermittent, for the time (s) or for good; repeat for more")
       ->allow_extra_args(false)
       ->needs("--robot");
+  command
+      .add_option("--limit", options.limits,
+                  "[NAME:]LIMIT=VALUE, or =off: what a sensor's health is judged by, of one, of a "
+                  "family or of all: " +
+                      sensor::namesOfHealthLimits() + "; repeat for more")
+      ->allow_extra_args(false);
 }
 
 void addSubscriptions(CLI::App& command, CommonOptions& options) {

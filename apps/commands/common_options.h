@@ -25,6 +25,7 @@ struct CommonOptions {
   float dropOuts = 0.0f;
   int people = 0;
   std::vector<std::string> faults;
+  std::vector<std::string> limits;
   std::vector<std::string> subscriptions;
   std::string pose;
   /** Somebody stands before --robot. */

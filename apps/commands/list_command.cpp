@@ -6,6 +6,7 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/output/quiet_log.h"
+#include "apps/subscriber.h"
 #include "outlets/files/internal/record_output.h"
 #include "outlets/files/internal/table.h"
 #include "outlets/internal/json_values.h"
@@ -141,6 +142,21 @@ void listKind(int kind, outlets::Format format) {
   }
 }
 
+/** Every sensor runs for three seconds of simulated time, and then tells how it is. */
+void listHealth(const CommonOptions& options, outlets::Format format) {
+  const QuietLog quiet;
+  const auto session = options.openSession();
+  session->subscribe(kSubscriber, session->getManager().getFamilyNames());
+  session->run(boost::chrono::seconds(3));
+  outlets::Table table({"sensor", "health", "why", "what brings it back"});
+  for (const auto& [name, health] : session->getManager().getHealth()) {
+    table.add({name, getName(health.state), ko::log::onOneLine(health.reason), health.remedy});
+    if (format != outlets::Format::json) continue;
+    std::cout << ordered_json{{"sensorName", name}, {"health", outlets::toJson(health)}} << '\n';
+  }
+  if (format != outlets::Format::json) table.print(std::cout);
+}
+
 void listDescription(const CommonOptions& options, outlets::Format format) {
   const session::OpenOptions& robots = options.robots;
   const auto description =
@@ -159,14 +175,23 @@ void listDescription(const CommonOptions& options, outlets::Format format) {
 
 void addListCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
   auto options = optionsFor<CommonOptions>(robots);
+  auto wantsHealth = std::make_shared<bool>(false);
   CLI::App* command = program.add_subcommand(
       "list", "Show a robot's sensors by family; of a description its collision shapes, too");
-  addRobot(*command, *options);
-  addFormat(*command, *options, "table; json: one object");
-  command->callback([options] {
+  CLI::Option* health = command->add_flag("--health", *wantsHealth,
+                                          "show how each sensor is after three seconds, instead");
+  addWorld(*command, *options);
+  for (const char* name :
+       {"--map", "--seed", "--noise", "--drop-outs", "--people", "--fault", "--limit"}) {
+    command->get_option(name)->needs(health);
+  }
+  addFormat(*command, *options, "table; json: one object, with --health a sensor per line");
+  command->callback([options, wantsHealth] {
     const outlets::Format format =
         outlets::parseFormat(options->format, {outlets::Format::table, outlets::Format::json});
-    if (options->robot) {
+    if (*wantsHealth) {
+      listHealth(*options, format);
+    } else if (options->robot) {
       listDescription(*options, format);
     } else {
       listKind(options->kind, format);

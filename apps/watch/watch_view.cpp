@@ -38,6 +38,7 @@ std::size_t countPoints(const session::SensorState& sensor) {
 }
 
 std::string describeTrouble(const session::SensorState& sensor) {
+  if (isFault(sensor.health.state)) return ko::log::onOneLine(sensor.health.reason);
   if (sensor.trouble.empty()) return {};
   return session::fixed(sensor.troubleAge, 0) + " s ago: " + ko::log::onOneLine(sensor.trouble);
 }
@@ -77,13 +78,14 @@ constexpr int kInverse = 7;
 
 std::string watchTable(const WatchState& state) {
   outlets::Table table({"sensor", "family", "enabled", "diagnosis", "started", ">subscribers",
-                        ">points", ">nearest m", ">age s", "last trouble"});
+                        ">points", ">nearest m", ">age s", "health", "why, or last trouble"});
   for (const auto& sensor : state.seen.sensors) {
     table.add({sensor.name, sensor.family, yesOrNo(sensor.enabled),
                sensor.diagnosis ? "good" : "bad", yesOrNo(sensor.started),
                std::to_string(sensor.subscribers.size()), std::to_string(countPoints(sensor)),
                sensor.nearest ? session::fixed(*sensor.nearest, 2) : "-",
-               sensor.age ? session::fixed(*sensor.age, 2) : "-", describeTrouble(sensor)});
+               sensor.age ? session::fixed(*sensor.age, 2) : "-", getName(sensor.health.state),
+               describeTrouble(sensor)});
   }
   std::ostringstream text;
   table.print(text);

@@ -39,6 +39,15 @@ Json roundedPoseOf(const Math::Pose2D& pose) {
   return {{"x", rounded(pose.x)}, {"y", rounded(pose.y)}, {"theta", rounded(pose.theta)}};
 }
 
+Json toJson(const sensor::SensorHealth& health) {
+  const auto age = boost::chrono::duration<double>(ko::Clock::now() - health.since);
+  return {{"state", getName(health.state)},
+          {"reason", health.reason},
+          {"remedy", health.remedy},
+          {"since", rounded(age.count())},
+          {"times", health.times}};
+}
+
 std::int64_t inNanoseconds(ko::Clock::time_point time) {
   return time.time_since_epoch().count();
 }

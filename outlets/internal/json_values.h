@@ -9,6 +9,7 @@
 #include "platform/ko/clock.h"
 #include "platform/math/pose2d.h"
 #include "platform/math/sensor_field_of_view_2d.h"
+#include "sensor/core/sensor_health.h"
 
 /** What the JSON of all outlets is made of. Numbers that are not finite are null. */
 namespace QV::outlets {
@@ -27,6 +28,9 @@ Json rounded(double value);
 /** x, y, theta by their names. */
 Json exactPoseOf(const Math::Pose2D& pose);
 Json roundedPoseOf(const Math::Pose2D& pose);
+
+/** state, reason, remedy, since (seconds ago) and times. */
+QV_API Json toJson(const sensor::SensorHealth& health);
 
 std::int64_t inNanoseconds(ko::Clock::time_point time);
 

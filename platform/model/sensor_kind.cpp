@@ -49,7 +49,9 @@ std::string PropertyRule::toText() const {
 
 const std::vector<PropertyRule>& commonProperties() {
   static const std::vector<PropertyRule> common = {
-      {"topic", Quantity::text}, {"period", Quantity::seconds, false, 0.001, 3600.0}};
+      {"topic", Quantity::text},
+      {"period", Quantity::seconds, false, 0.001, 3600.0},
+      {"limits", Quantity::text}};
   return common;
 }
 

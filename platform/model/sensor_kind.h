@@ -54,7 +54,10 @@ struct QV_API PropertyRule {
   std::string toText() const;
 };
 
-/** The properties that a sensor of any kind may have: "topic", a text, and "period", seconds. */
+/**
+ * The properties that a sensor of any kind may have: "topic" and "limits", texts, and "period",
+ * seconds.
+ */
 QV_API const std::vector<PropertyRule>& commonProperties();
 
 /** How many memory keys a sensor reads: from `least` to `most`, in groups of `groupSize`. */

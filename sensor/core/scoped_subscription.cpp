@@ -3,6 +3,7 @@
 #include <exception>
 #include <utility>
 
+#include "platform/ko/clock.h"
 #include "platform/ko/log.h"
 
 namespace QV::sensor {
@@ -57,6 +58,32 @@ ScopedSubscription& ScopedSubscription::operator=(ScopedSubscription&& other) no
   subscriber = std::move(other.subscriber);
   names = std::move(other.names);
   return *this;
+}
+
+std::map<std::string, std::string> ScopedSubscription::awaitRecords(ko::Duration limit) const {
+  constexpr int kPollMs = 10;
+  const auto end = ko::Clock::now() + limit;
+  while (true) {
+    auto missing = xFindMissing();
+    if (missing.empty() || ko::Clock::now() >= end) return missing;
+    ko::os::msleep(kPollMs);
+  }
+}
+
+std::map<std::string, std::string> ScopedSubscription::xFindMissing() const {
+  std::map<std::string, std::string> missing;
+  if (!manager) return missing;
+  // Reading is all that makes a sensor measure where no refresh does.
+  manager->getMetricalData(names);
+  for (const auto& [sensor, health] : manager->getHealth()) {
+    const auto found = manager->isSensor(sensor) ? manager->getSensorPtr(sensor) : nullptr;
+    if (!found) continue;
+    if (names.count(sensor) == 0 && names.count(found->getFamilyName()) == 0) continue;
+    // What is there and judged otherwise is fresh all the same.
+    const bool isThere = health.state >= HealthState::sound && health.state < HealthState::late;
+    if (!isThere) missing.emplace(sensor, health.reason);
+  }
+  return missing;
 }
 
 void ScopedSubscription::xRelease() noexcept {

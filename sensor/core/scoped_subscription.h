@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <set>
 #include <string>
 
@@ -30,7 +31,15 @@ class QV_API ScopedSubscription {
   ScopedSubscription(ScopedSubscription&& other) noexcept;
   ScopedSubscription& operator=(ScopedSubscription&& other) noexcept;
 
+  /**
+   * Waits until each of its sensors has a fresh record, or a reason for none, at most `limit` of
+   * ko's time. Returns what was missing by then, and why, by sensor; nothing where all are there.
+   * Where nothing refreshes the records it reads them itself.
+   */
+  std::map<std::string, std::string> awaitRecords(ko::Duration limit) const;
+
  private:
+  std::map<std::string, std::string> xFindMissing() const;
   void xRelease() noexcept;
 
   SensorManager* manager;

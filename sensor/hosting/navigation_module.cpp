@@ -144,6 +144,7 @@ void NavigationModule::xBindQuestions() {
   bindMethod(kIsFamily, &SensorManager::isFamily, m);
   bindMethod(kGetKindParameter, &SensorManager::getKindParameter, m);
   bindMethod(kLastTrouble, &NavigationModule::xLastTrouble, this);
+  bindMethod(kGetHealth, &NavigationModule::xGetHealth, this);
 }
 
 void NavigationModule::xBindReadings() {
@@ -152,6 +153,13 @@ void NavigationModule::xBindReadings() {
     return toQVValue(manager->getMetricalData(toNames(names)));
   });
   bindMethod(kGetAllMetricalData, [this] { return toQVValue(manager->getMetricalData()); });
+}
+
+QVValue NavigationModule::xGetHealth(const std::string& sensorName) const {
+  const auto health = manager->getHealth(sensorName);
+  if (!health) return QVValue::Array();
+  return QVValue::array(sensor::getName(health->state), health->reason, health->remedy,
+                        health->since, health->times);
 }
 
 QVValue NavigationModule::xLastTrouble(const std::string& sensorName) const {

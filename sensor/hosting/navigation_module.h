@@ -42,6 +42,7 @@ class TouchSensor;
  * | isSensorSubscribedBy | sensor, subscriber | bool |
  * | getKindParameter | | float |
  * | lastTrouble | sensor | array: level, message, time (int, ns of ko::Clock); or empty |
+ * | getHealth | sensor | array: state, reason, remedy, since (int, ns), times (int); or empty |
  *
  * And the events "_onTouchChanged" and "_onPeopleDetected", each with event, value and subscriber;
  * they are ignored if there is no such sensor.
@@ -90,6 +91,7 @@ class QV_API NavigationModule : public QVModule {
   void xBindQuestions();
   void xBindReadings();
   QVValue xLastTrouble(const std::string& sensorName) const;
+  QVValue xGetHealth(const std::string& sensorName) const;
 
   boost::shared_ptr<SensorManager> manager;
   std::vector<boost::shared_ptr<TouchSensor>> touchSensors;

@@ -1,6 +1,7 @@
 #include "sensor/real/real_sensor_manager.h"
 
 #include <exception>
+#include <sstream>
 #include <utility>
 
 #include <boost/thread/lock_guard.hpp>
@@ -173,6 +174,14 @@ void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder&
         boost::chrono::duration<double>(properties.getNumber("period")));
   }
   xHealth().describe(sensor, {kind.points, kind.silence, kind.hasRate, isMoved}, period);
+  std::istringstream limits(properties.getText("limits"));
+  for (std::string limit; limits >> limit;) {
+    try {
+      setHealthLimit(parseHealthRule(sensor.getName() + ":" + limit));
+    } catch (const std::exception& exception) {
+      logTrouble(sensor.getName(), kRealManagerCategory, "xInitSensors", exception.what());
+    }
+  }
 }
 
 void RealSensorManager::xWatchHealth() {

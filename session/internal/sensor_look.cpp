@@ -33,7 +33,10 @@ std::vector<SensorState> SensorLook::look() {
     xLookAtRecord(record, sensors[found->second]);
     sensors[found->second].records.push_back(std::move(record));
   }
+  const auto health = manager.getHealth();
   for (SensorState& sensor : sensors) {
+    const auto found = health.find(sensor.name);
+    if (found != health.end()) sensor.health = found->second;
     sensor.nearest = sensor.marks.nearest;
     sensor.rate = xMeasureRate(sensor.name);
   }

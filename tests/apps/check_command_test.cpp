@@ -78,6 +78,7 @@ INSTANTIATE_TEST_SUITE_P(
                           {"PeoplePerception", {"stale", kSame}}}},
                     Case{"garbage",
                          {{"BackSonar", {"bad data", "a point at "}},
+                          {"BlindZone", {"noisy", "it changed its mind "}},
                           {"DepthCamera", {"no record", "65535"}},
                           {"FrontLaser", {"bad data", "a point outside of its field of view"}},
                           {"HoleLaser", {"bad data", "its status never vouches"}},
@@ -119,7 +120,8 @@ TEST(Check, showsATable) {
            "Touch", "--subscribe", "Laser", "--fault", "FrontLaser:off", "--fault",
            "BackBumperTouch:wrong"});
   EXPECT_EQ(result.status, 1);
-  EXPECT_THAT(result.out, HasSubstr("FrontLaser  Laser   failed to start        0       0  Time"));
+  EXPECT_THAT(result.out,
+              HasSubstr("FrontLaser  Laser   failed to start  failing        0       0  Time"));
   EXPECT_THAT(result.out, testing::ContainsRegex("Touch +Touch +works .* touched: BackBumper\n"));
   EXPECT_THAT(result.out, HasSubstr("\n3 of 4 sensors work.\n"));
 }

@@ -163,7 +163,7 @@ TEST(Watch, printsOneTableWithoutATerminal) {
   EXPECT_THAT(result.out, HasSubstr("FrontSonar        Sonar      yes      good       yes"
                                     "                1      15 "));
   EXPECT_THAT(result.out, HasSubstr("FrontLaser        Laser      yes      good       no "
-                                    "                0       0          -      -\n"));
+                                    "                0       0          -      -  off\n"));
 }
 
 }  // namespace

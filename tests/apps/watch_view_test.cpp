@@ -20,6 +20,7 @@ WatchState exampleState() {
   laser.troubleAge = 3.4;
   session::SensorState sonar{"Sonar", "Sonar", true, false, true, {"a"}};
   sonar.age = 0.25;
+  sonar.health = {sensor::HealthState::late, {}, "its record is old"};
   sonar.nearest = 0.5f;
   sonar.records.resize(1);
   sonar.records[0].points.resize(15);
@@ -42,10 +43,11 @@ std::vector<std::string> linesOf(const std::string& screen) {
 TEST(WatchView, aTableShowsEverySensor) {
   EXPECT_EQ(watchTable(exampleState()),
             "sensor  family  enabled  diagnosis  started  subscribers  points  nearest m  age s  "
-            "last trouble\n"
+            "health  why, or last trouble\n"
             "Laser   Laser   yes      bad        no                 2       0          -      -  "
-            "3 s ago: no \\x1b[2J\\nscan\n"
-            "Sonar   Sonar   no       good       yes                1      15       0.50   0.25\n");
+            "off     3 s ago: no \\x1b[2J\\nscan\n"
+            "Sonar   Sonar   no       good       yes                1      15       0.50   0.25  "
+            "late    its record is old\n");
 }
 
 TEST(WatchView, aScreenShowsTheChosenSensorTheNoteAndTheKeys) {

@@ -8,6 +8,7 @@
 
 #include "outlets/internal/base64.h"
 #include "outlets/web/internal/map_picture.h"
+#include "platform/ko/simulated_time.h"
 #include "tests/outlets/told_cases.h"
 
 namespace QV::outlets {
@@ -27,6 +28,7 @@ session::Snapshot exampleSnapshot() {
   busy.subscribers = {"live view", "navigation"};
   busy.rate = 10.0;
   busy.age = 0.1;
+  busy.health = {sensor::HealthState::late, ko::Clock::now(), "old", "by itself", 2};
   busy.nearest = 0.7f;
   busy.view = session::SensorState::View{{1.0f, 2.0f, 0.0f}, {0.1f, 5.0f, 1.05f, 15}};
   busy.marks.hits = {{0.12345f, 1.0f, 0.0f}, {NAN, 2.0f, 0.0f}};
@@ -35,6 +37,7 @@ session::Snapshot exampleSnapshot() {
 }
 
 TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
+  const ko::SimulatedTime time;
   const json state = json::parse(pageStateOf(exampleSnapshot()));
   EXPECT_EQ(state["op"], "state");
   EXPECT_EQ(state["time"], 1'500'000'000);
@@ -48,6 +51,7 @@ TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
   EXPECT_EQ(state["sensors"][1], json::parse(R"({
     "name":"Busy", "family":"Laser", "started":true, "enabled":true, "diagnosis":true,
     "subscribers":["live view","navigation"], "rate":10.0, "age":0.1, "nearest":0.7, "trouble":"",
+    "health":{"state":"late","reason":"old","remedy":"by itself","since":0.0,"times":2},
     "fieldOfView":{"x":1.0,"y":2.0,"theta":0.0,"angle":1.05,"minRange":0.1,"maxRange":5.0},
     "means":"scan",
     "points":[0.123,1.0,null,2.0]})"));

@@ -49,6 +49,7 @@ Json toJson(const session::SensorState& sensor) {
           {"age", toJson(sensor.age)},
           {"nearest", toJson(sensor.nearest)},
           {"trouble", sensor.trouble},
+          {"health", QV::outlets::toJson(sensor.health)},
           {"fieldOfView", toJson(sensor.view)},
           {"means", getName(sensor.points)},
           {"points", std::move(points)}};

@@ -38,6 +38,7 @@ inline constexpr char kIsSensor[] = "isSensor";
 inline constexpr char kIsFamily[] = "isFamily";
 inline constexpr char kGetKindParameter[] = "getKindParameter";
 inline constexpr char kLastTrouble[] = "lastTrouble";
+inline constexpr char kGetHealth[] = "getHealth";
 
 /** Raised by the robot: [[group, touched, [type, ...]], ...]; taken by the method below. */
 inline constexpr char kTouchChangedEvent[] = "TouchChanged";

@@ -77,7 +77,7 @@ TEST(DescriptionFaults, sayWhatIsThereAndWhatIsExpected) {
       {sonar("S", property("Period", "1")),
        {R"(S: property "Period" is unknown, "period" expected)"}},
       {sensor("T", "Touch", property("colour", "red")),
-       {R"(T: property "colour" is unknown, one of "horizontalAngularRange", "topic", "period" )"
+       {R"(T: property "colour" is unknown, one of "horizontalAngularRange", "topic", "period", "limits" )"
         "expected"}},
       {sensor("S", "Sonar", bare),
        {R"(S: property "maximumDetectionDistance" is missing, metres from 0 to 1000 expected)"}},

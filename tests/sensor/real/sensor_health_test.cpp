@@ -8,6 +8,7 @@
 #include "platform/ko/clock.h"
 #include "robot/services/internal/robot_model_service.h"
 #include "sensor/core/internal/health_board.h"
+#include "sensor/core/scoped_subscription.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "tests/support/fake_robot.h"
 #include "tests/support/fake_sensor.h"
@@ -20,7 +21,8 @@ using enum HealthState;
 
 constexpr char kHealthRobot[] =
     R"(<robot name="r"><link name="base"/><sensor name="Left" type="Eye"/>)"
-    R"(<sensor name="Right" type="Eye"><property key="period" value="0.2"/></sensor></robot>)";
+    R"(<sensor name="Right" type="Eye"><property key="period" value="0.2"/>)"
+    R"(<property key="limits" value="distance=0.7 old=3"/></sensor></robot>)";
 
 SensorFactory eyeFactory() {
   SensorFactory factory;
@@ -184,8 +186,22 @@ TEST_F(SensorHealthTest, hardwareThatAFailedStopHasLeftOnIsNamedUntilItStops) {
   }
 }
 
+TEST_F(SensorHealthTest, aSubscriptionWaitsForFreshRecordsAndSaysWhatWasMissing) {
+  left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
+  const ScopedSubscription subscription(*sut, "me", {"Left", "Right"});
+  const auto start = ko::Clock::now();
+  EXPECT_THAT(subscription.awaitRecords(milliseconds(500)),
+              ElementsAre(testing::Pair("Left", StartsWith("no fresh record yet, 0.5"))));
+  EXPECT_GE(ko::Clock::now() - start, milliseconds(500));
+  left().stamp = [] { return ko::Clock::now(); };
+  EXPECT_THAT(subscription.awaitRecords(milliseconds(500)), IsEmpty());
+  EXPECT_LT(ko::Clock::now() - start, milliseconds(1000));
+}
+
 TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
   EXPECT_NEAR(sut->getHealthLimit("Right", HealthLimit::age).value(), 0.7, 1e-6);
+  EXPECT_EQ(sut->getHealthLimit("Right", HealthLimit::distance), 0.7);
+  EXPECT_THAT(sut->getLastTrouble("Right").value().message, StartsWith("limit \"Right:old=3\": "));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("Left:silence=off")));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("Eyes:turn=off")));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("age=0.2")));
