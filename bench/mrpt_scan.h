@@ -2,9 +2,10 @@
 
 #ifdef QV_BENCH_MRPT
 
-#include <benchmark/benchmark.h>
 #include <mrpt/maps/COccupancyGridMap2D.h>
 #include <mrpt/obs/CObservation2DRangeScan.h>
+
+#include <benchmark/benchmark.h>
 
 #include "platform/math/sensor_field_of_view_2d.h"
 #include "platform/navigation/occupancy_map.h"
@@ -30,7 +31,8 @@ class Mrpt {
     observation.aperture = fieldOfView.angularRange;
     observation.maxRange = fieldOfView.maxRange;
     grid.laserScanSimulator(observation, mrpt::poses::CPose2D(pose.x, pose.y, pose.theta),
-                            OccupancyMap::kSolidAbove, static_cast<std::size_t>(fieldOfView.rayCount));
+                            OccupancyMap::kSolidAbove,
+                            static_cast<std::size_t>(fieldOfView.rayCount));
     benchmark::DoNotOptimize(observation.getScanRange(0));
   }
 

@@ -2,13 +2,13 @@
 #include <chrono>
 #include <span>
 
+#include <benchmark/benchmark.h>
+
 #include "bench/mrpt_scan.h"
 #include "platform/navigation/occ_map_simulate_scan.h"
 #include "platform/navigation/occ_map_simulate_scans.h"
 #include "python/bindings/common.h"
 #include "sensor/core/sensor_manager.h"
-
-#include <benchmark/benchmark.h>
 
 namespace QV::bench {
 namespace {

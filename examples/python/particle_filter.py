@@ -47,8 +47,8 @@ def follow(seed):
     return np.array(ways), particles
 
 
-with qv.open_simulated(0, map=MAP) as session:
-    map, start = session.map, session.pose  # Where there is room.
+with qv.open_simulated(0, map=(map := qv.load_map(MAP))) as session:
+    start = session.pose  # Where there is room.
 runs = [follow(seed) for seed in range(int(SEEDS))]
 errors = [np.hypot(*(ways[-1, 1] - ways[-1, 0])) for ways, _ in runs]
 print(f"{SEEDS} seeds: {np.mean(errors):.3f} m off in the mean, {max(errors):.3f} m at most")
