@@ -14,15 +14,11 @@
 #include <benchmark/benchmark.h>
 
 #include "bench/free_poses.h"
+#include "bench/mrpt_scan.h"
 #include "bench/timing.h"
 #include "platform/navigation/internal/scan_path.h"
 #include "platform/navigation/internal/scan_store.h"
 #include "robot/maps/map_files.h"
-
-#ifdef QV_BENCH_MRPT
-#include <mrpt/maps/COccupancyGridMap2D.h>
-#include <mrpt/obs/CObservation2DRangeScan.h>
-#endif
 
 namespace QV::bench {
 namespace {
@@ -97,35 +93,6 @@ void scanPlainly(const OccupancyMap& map, const Math::SensorFieldOfView2D& field
     benchmark::DoNotOptimize(walkPlainly(map, inMap, angle, fieldOfView.maxRange));
   }
 }
-
-#ifdef QV_BENCH_MRPT
-class Mrpt {
- public:
-  explicit Mrpt(const OccupancyMap& map) {
-    const Math::Pose2D& origin = map.getOrigin();
-    const float resolution = map.getResolution();
-    grid.setSize(origin.x, origin.x + static_cast<float>(map.getWidth()) * resolution, origin.y,
-                 origin.y + static_cast<float>(map.getHeight()) * resolution, resolution);
-    for (int row = 0; row < map.getHeight(); ++row) {
-      for (int column = 0; column < map.getWidth(); ++column) {
-        grid.setCell(column, row, 1.0f - map.getOccupancy(column, row));
-      }
-    }
-  }
-
-  void scan(const Math::SensorFieldOfView2D& fieldOfView, const Math::Pose2D& pose) {
-    observation.aperture = fieldOfView.angularRange;
-    observation.maxRange = fieldOfView.maxRange;
-    grid.laserScanSimulator(observation, mrpt::poses::CPose2D(pose.x, pose.y, pose.theta),
-                            kOccupiedAbove, static_cast<std::size_t>(fieldOfView.rayCount));
-    benchmark::DoNotOptimize(observation.getScanRange(0));
-  }
-
- private:
-  mrpt::maps::COccupancyGridMap2D grid;
-  mrpt::obs::CObservation2DRangeScan observation;
-};
-#endif
 
 /** A map with its store and poses, and the peer's copy of it. */
 struct Scene {

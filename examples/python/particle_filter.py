@@ -1,8 +1,4 @@
-"""Localisation: a particle filter follows a robot with noisy lasers and drifting odometry in a map.
-
-Usage: particle_filter.py [MAP [SEEDS [PICTURE.png]]]
-"""
-
+"""A particle filter follows a robot in a map: particle_filter.py [MAP [SEEDS [PICTURE.png]]]"""
 import sys
 
 import numpy as np
@@ -21,51 +17,43 @@ def ranges_about(records):
     return ranges
 
 
-def move(particles, before, after, random):
-    """As the odometry says that the robot has, and a little otherwise."""
-    way, turn = np.subtract(after, before), particles[:, 2] - before[2]
-    particles[:, 0] += np.cos(turn) * way[0] - np.sin(turn) * way[1]
-    particles[:, 1] += np.sin(turn) * way[0] + np.cos(turn) * way[1]
-    particles[:, 2] += way[2]
-    return particles + random.normal(0.0, 0.01 + 0.05 * np.abs(way).sum(), particles.shape)
-
-
-def select(particles, map, seen, random):
-    """Those from which the map looks as the lasers saw it."""
+def update(particles, way, turn, seen, random):
+    """Moves them as the odometry says, and keeps those from which the map looks as it was seen."""
+    moved = random.normal(particles + (0.0, 0.0, way[2]), 0.01 + 0.05 * np.abs(way).sum())
+    moved[:, 0] += np.cos(turn) * way[0] - np.sin(turn) * way[1]
+    moved[:, 1] += np.sin(turn) * way[0] + np.cos(turn) * way[1]
     rays = np.flatnonzero(np.isfinite(seen))
-    expected = qv.simulate_scans(map, particles, FAN)[:, rays]
+    expected = qv.simulate_scans(map, moved, FAN)[:, rays]
     misfit = np.minimum(np.abs(expected - seen[rays]) / 0.1, 4.0)
     weights = np.exp(-0.5 * (misfit**2).sum(axis=1) / max(1.0, len(rays) / 10))
-    return random.choice(particles, len(particles), p=weights / weights.sum())
+    return random.choice(moved, len(moved), p=weights / weights.sum())
 
 
-def follow(map, start, seed):
-    """Half a minute: the robot's way and the filter's, shape (N, 2, 2), and the last particles."""
-    random, ways = np.random.default_rng(seed), []
+def follow(seed):
+    """Half a minute: the ways of robot, filter and odometry, (N, 3, 2), and the last particles."""
+    random, ways, seen = np.random.default_rng(seed), [], np.full(FAN.ray_count, np.nan)
     world = qv.WorldOptions(start=start, seed=seed, range_noise=0.02, odometry_drift=0.1)
     particles = random.normal(start, (0.5, 0.5, 0.2), (3000, 3))
     with qv.SimulatedTime() as time, qv.VirtualRobot("porter", map, world) as robot:
         with qv.RealSensorManager(robot.broker) as manager, manager.subscription("filter", "Laser"):
             for _ in range(150):
-                before, seen = robot.odometry, ranges_about(manager.get_metrical_data())
-                is_free = np.nanmin(np.append(seen[70:110], 5.0)) > 0.7
+                before, is_free = robot.odometry, np.nanmin([5.0, *seen[70:110]]) > 0.7
                 robot.set_velocity(0.4 * is_free, 0.0, 0.05 if is_free else 0.8)
                 time.advance(qv.seconds(0.2))
-                particles = move(particles, before, robot.odometry, random)
-                particles = select(particles, map, ranges_about(manager.get_metrical_data()), random)
-                ways.append((robot.pose[:2], particles[:, :2].mean(axis=0)))
+                way, seen = np.subtract(robot.odometry, before), ranges_about(manager.get_metrical_data())
+                particles = update(particles, way, particles[:, 2] - before[2], seen, random)
+                drifted = np.add(start[:2], robot.odometry[:2])  # It starts along the x axis.
+                ways.append((robot.pose[:2], particles[:, :2].mean(axis=0), drifted))
     return np.array(ways), particles
 
 
-with qv.open_simulated(0, map=MAP) as session:
-    map, start = session.map, session.pose  # Where there is room.
-runs = [follow(map, start, seed) for seed in range(int(SEEDS))]
+with qv.open_simulated(0, map=(map := qv.load_map(MAP))) as session:
+    start = session.pose  # Where there is room.
+runs = [follow(seed) for seed in range(int(SEEDS))]
 errors = [np.hypot(*(ways[-1, 1] - ways[-1, 0])) for ways, _ in runs]
-print(f"{SEEDS} seeds: off by {np.mean(errors):.3f} m in the mean, {max(errors):.3f} m at most")
+print(f"{SEEDS} seeds: {np.mean(errors):.3f} m off in the mean, {max(errors):.3f} m at most")
 if PICTURE:
-    ways, particles = runs[0]
-    axes = qv.plot(map, points=particles)
-    axes.plot(*ways[:, 0].T, label="robot")
-    axes.plot(*ways[:, 1].T, label="filter")
-    axes.legend()
+    axes = qv.plot(map, points=runs[0][1])
+    lines = [axes.plot(*way.T)[0] for way in runs[0][0].swapaxes(0, 1)]
+    axes.legend(lines, ("robot", "filter", "odometry"))
     axes.figure.savefig(PICTURE)

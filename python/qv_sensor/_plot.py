@@ -109,8 +109,9 @@ def _draw_map(axes: Any, map: OccupancyMap) -> None:
         map.cells, cmap="Greys", vmin=0.0, vmax=1.4, origin="lower", extent=extent,
         interpolation="nearest", transform=place + axes.transData)  # fmt: skip
     corners = np.array([(x, y) for x in extent[:2] for y in extent[2:]])
-    axes.update_datalim(place.transform(corners))
-    axes.autoscale_view()
+    placed = place.transform(corners)
+    axes.set_xlim(placed[:, 0].min(), placed[:, 0].max())
+    axes.set_ylim(placed[:, 1].min(), placed[:, 1].max())
 
 
 def _draw_robot(axes: Any, pose: Pose2D, radius: float) -> None:

@@ -123,12 +123,12 @@ def stub() -> str:
     return STUB_HEAD + "\n".join(lines) + "\n"
 
 
-def text_of_member(name: str, value: Any) -> str:
+def text_of_member(owner: str, name: str, value: Any) -> str:
     first, rest = split(value.__doc__ or "")
     if isinstance(value, property):
         kind, _, text = first.partition(": ")
         return f"- **{name}** (`{kind}`): {' '.join([text, *rest.split()])}"
-    shown = first.replace("__init__", "", 1) if name == "__init__" else first
+    shown = first.replace("__init__", owner, 1).replace(" -> None", "") if name == "__init__" else first
     text = f"- `{shown}`"
     return text + ("\n\n" + textwrap.indent(rest, "  ") if rest else "")
 
@@ -139,10 +139,11 @@ def text_of(name: str) -> str:
         return text_of_function(name, value)
     parts = [f"## {name}", inspect.cleandoc(value.__doc__ or "")]
     if value.__module__ == "qv_sensor._core":
-        told = [text_of_member(*member) for member in members_of(value) if member[0] not in UNTOLD]
+        told = [text_of_member(name, *each) for each in members_of(value) if each[0] not in UNTOLD]
         parts.append("\n".join(told))
     elif hasattr(value, "_fields"):
-        kinds = ", ".join(f"`{field}: {value.__annotations__[field]}`" for field in value._fields)
+        fields = value.__annotations__.items()
+        kinds = ", ".join(f"`{field}: {kind.__forward_arg__}`" for field, kind in fields)
         parts.append(f"A named tuple: {kinds}.")
     return "\n\n".join(part for part in parts if part)
 
