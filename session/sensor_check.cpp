@@ -106,10 +106,10 @@ CheckedSensor checkOne(CheckTarget& target, const std::string& sensor) {
       return checked;
     }
     checked.why = target.findTrouble(sensor, start);
-    if (const auto health = manager.getHealth(sensor)) checked.health = *health;
   } catch (const std::exception& exception) {
     checked.why = exception.what();
   }
+  if (const auto health = manager.getHealth(sensor)) checked.health = *health;
   checked.verdict = Verdict::failedToStart;
   return checked;
 }
@@ -121,6 +121,7 @@ std::vector<CheckedSensor> checkAll(CheckTarget& target, const CheckOptions& opt
       const std::string trouble = target.findTrouble(name, ko::Clock::time_point::min());
       const std::string why = trouble.empty() ? "its description is incomplete" : trouble;
       checked.push_back({name, family, Verdict::notBuilt, why});
+      if (const auto health = target.getManager().getHealth(name)) checked.back().health = *health;
     }
   }
   const auto sensors =

@@ -73,6 +73,10 @@ std::map<std::string, std::string> ScopedSubscription::awaitRecords(ko::Duration
 std::map<std::string, std::string> ScopedSubscription::xFindMissing() const {
   std::map<std::string, std::string> missing;
   if (!manager) return missing;
+  for (const std::string& name : names) {
+    const bool isThere = manager->isSensor(name) || manager->isFamily(name);
+    if (!isThere) missing.emplace(name, "there is no such sensor or family");
+  }
   // Reading is all that makes a sensor measure where no refresh does.
   manager->getMetricalData(names);
   for (const auto& [sensor, health] : manager->getHealth()) {

@@ -29,6 +29,14 @@ bool isOurs(const Model::SensorKind& kind) {
   return Model::SensorKinds::standard().findType(kind.type) != nullptr;
 }
 
+/** As the description says it, if that is a period. */
+ko::Duration periodOf(const Model::SensorProperties& properties, const Model::SensorKind& kind) {
+  const Model::PropertyRule* rule = kind.findProperty("period");
+  const double seconds = properties.getNumber("period");
+  if (!rule || !(seconds >= rule->least && seconds <= rule->most)) return kind.period;
+  return boost::chrono::duration_cast<ko::Duration>(boost::chrono::duration<double>(seconds));
+}
+
 }  // namespace
 
 RealSensorManager::RealSensorManager(boost::shared_ptr<QVBroker> broker)
@@ -126,7 +134,11 @@ boost::shared_ptr<const std::vector<Math::MetricalData>> RealSensorManager::xSha
 
 void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
   boost::lock_guard<boost::mutex> lock(updateMutex);
-  if (anySensorOn == updateRunning) return;
+  if (anySensorOn == updateRunning) {
+    // What could not be started is told, too.
+    if (!anySensorOn) xWatchHealth();
+    return;
+  }
   updateRunning = anySensorOn;
   xHealth().setRefreshed(anySensorOn);
   if (anySensorOn) {
@@ -139,8 +151,8 @@ void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
 }
 
 void RealSensorManager::xRefresh() const {
-  if (xHealth().isWatching()) xTellHealth();
   xUpdateData();
+  if (xHealth().isWatching()) xTellHealth();
 }
 
 void RealSensorManager::xTellHealth() const {
@@ -148,7 +160,7 @@ void RealSensorManager::xTellHealth() const {
     ko::Clock::time_point deviceTime = ko::Clock::now();
     try {
       deviceTime = ko::Clock::fromInt32ms(DCMProxy(broker).getTime(0));
-    } catch (const std::exception&) {
+    } catch (...) {
       // One that does not answer can't say that its clock runs wrong.
     }
     xHealth().noteDeviceTime(deviceTime);
@@ -157,7 +169,7 @@ void RealSensorManager::xTellHealth() const {
   if (!hasToldVelocity) return;
   try {
     xHealth().noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
-  } catch (const std::exception&) {
+  } catch (...) {
     // A robot that does not tell of its motion has sensors all the same.
   }
 }
@@ -168,11 +180,8 @@ void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder&
   const bool isMoved = kind.points != PointMeaning::touch && kind.points != PointMeaning::zone &&
                        kind.points != PointMeaning::floor;
   const Model::SensorProperties properties(order.config);
-  ko::Duration period = kind.period;
-  if (properties.has("period")) {
-    period = boost::chrono::duration_cast<ko::Duration>(
-        boost::chrono::duration<double>(properties.getNumber("period")));
-  }
+  const ko::Duration period = std::max(periodOf(properties, kind),
+                                       ko::Duration(boost::chrono::milliseconds(updatePeriodMs)));
   xHealth().describe(sensor, {kind.points, kind.silence, kind.hasRate, isMoved}, period);
   std::istringstream limits(properties.getText("limits"));
   for (std::string limit; limits >> limit;) {

@@ -62,6 +62,7 @@ std::vector<Math::MetricalData> SimulatedSensorManager::xGetData() const {
 boost::shared_ptr<const std::vector<Math::MetricalData>> SimulatedSensorManager::xShareData()
     const {
   xUpdateData();
+  xHealth().tick();
   return xShareCache();
 }
 

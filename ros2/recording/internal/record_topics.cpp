@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "ros2/messages/report_msgs.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/topic_names.h"
 
@@ -79,6 +80,24 @@ visualization_msgs::Marker markerOf(const session::SensorState& sensor,
   return marker;
 }
 
+diagnostic_msgs::DiagnosticStatus statusOf(const session::SensorState& sensor) {
+  using sensor::HealthState;
+  constexpr std::byte kWarning{1};
+  constexpr std::byte kError{2};
+  const sensor::SensorHealth& health = sensor.health;
+  diagnostic_msgs::DiagnosticStatus status;
+  if (isFault(health.state)) {
+    status.level = health.state < HealthState::silent ? kWarning : kError;
+  }
+  status.name = sensor.name;
+  status.message = getName(health.state);
+  if (!health.reason.empty()) status.message += ": " + health.reason;
+  status.hardware_id = sensor.family;
+  if (!health.remedy.empty()) status.values.push_back({"remedy", health.remedy});
+  status.values.push_back({"times", std::to_string(health.times)});
+  return status;
+}
+
 }  // namespace
 
 RecordTopics::RecordTopics(BackgroundBag& writer, const std::string& base,
@@ -91,6 +110,8 @@ RecordTopics::RecordTopics(BackgroundBag& writer, const std::string& base,
           writer.addTopic(makeBagTopic("/qv/sensors", qv_msgs::SensorStates::getType(), kLatched))),
       views(writer.addTopic(
           makeBagTopic("/fields_of_view", visualization_msgs::MarkerArray::getType(), kLatched))),
+      diagnostics(writer.addTopic(
+          makeBagTopic("/diagnostics", diagnostic_msgs::DiagnosticArray::getType()))),
       cloud(emptyCloud()) {}
 
 void RecordTopics::write(const session::Snapshot& snapshot) {
@@ -109,6 +130,7 @@ void RecordTopics::write(const session::Snapshot& snapshot) {
   if (hasNewViews) writer.write(views, logTimeOf(snapshot.time), markers);
   hasNewViews = false;
   xWriteStates(snapshot);
+  xWriteHealth(snapshot);
 }
 
 // What others report may be no obstacle, and stays out of their clouds.
@@ -179,6 +201,19 @@ void RecordTopics::xWriteStates(const session::Snapshot& snapshot) {
   if (now == lastStates) return;
   lastStates = now;
   writer.write(states, logTimeOf(snapshot.time), now);
+}
+
+void RecordTopics::xWriteHealth(const session::Snapshot& snapshot) {
+  std::map<std::string, sensor::HealthState> now;
+  diagnostic_msgs::DiagnosticArray message;
+  message.header = headerOf(snapshot.time, base);
+  for (const auto& sensor : snapshot.sensors) {
+    now[sensor.name] = sensor.health.state;
+    message.status.push_back(statusOf(sensor));
+  }
+  if (now == lastHealth) return;
+  lastHealth = std::move(now);
+  writer.write(diagnostics, logTimeOf(snapshot.time), message);
 }
 
 }  // namespace QV::ros2

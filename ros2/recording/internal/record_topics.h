@@ -29,6 +29,8 @@ class RecordTopics {
   void xWritePlacedPoints(const session::SensorState& sensor, ko::Clock::time_point time);
   void xNoteView(const session::SensorState& sensor, const session::Snapshot& snapshot);
   void xWriteStates(const session::Snapshot& snapshot);
+  /** When a sensor has come into another state. */
+  void xWriteHealth(const session::Snapshot& snapshot);
 
   BackgroundBag& writer;
   const std::string base;
@@ -36,6 +38,7 @@ class RecordTopics {
   const std::uint16_t records;
   const std::uint16_t states;
   const std::uint16_t views;
+  const std::uint16_t diagnostics;
   qv_msgs::Records message;
   sensor_msgs::PointCloud2 cloud;
   std::map<std::string, std::uint16_t> clouds;
@@ -43,6 +46,7 @@ class RecordTopics {
   visualization_msgs::MarkerArray markers;
   bool hasNewViews = false;
   qv_msgs::SensorStates lastStates;
+  std::map<std::string, sensor::HealthState> lastHealth;
 };
 
 }  // namespace QV::ros2

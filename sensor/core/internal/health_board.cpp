@@ -76,6 +76,9 @@ void HealthBoard::setOn(bool on) {
   for (const auto& [name, sensor] : sensors) {
     if (sensor) sensor->watch->setOn(on);
   }
+  const Lock lock(mutex);
+  // What was noted before is as old as the pause.
+  settledAt = ko::Clock::now() + kSettling;
   isOn = on;
 }
 
@@ -283,6 +286,8 @@ void HealthBoard::xCallBack(Lock& lock) {
       if (call) call(change.first, change.second);
     } catch (const std::exception& exception) {
       ko::log::error(kHealthCategory, "onHealthChanged") << exception.what();
+    } catch (...) {
+      ko::log::error(kHealthCategory, "onHealthChanged") << "no standard exception";
     }
     lock.lock();
   }

@@ -136,7 +136,6 @@ std::string remedyFor(HealthCause cause) {
     case HealthCause::excused:
       return {};
     case HealthCause::neverRead:
-      return "lookAgain()";
     case HealthCause::readingHangs:
     case HealthCause::unread:
     case HealthCause::startHangs:

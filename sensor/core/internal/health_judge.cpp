@@ -116,7 +116,10 @@ HealthFinding HealthJudge::xJudgeSilence() const {
     return finding;
   }
   if (!xHasFresh() && watch.getNature().hasRate) {
-    const double waited = xSince(notes.startedAt);
+    // Where nothing refreshes, readers who stay away don't make it silent.
+    const std::int64_t until = moment.isRefreshed ? moment.now : notes.readAt;
+    const double waited =
+        static_cast<double>(std::max(until - notes.startedAt, std::int64_t{0})) * kSecondsPerNs;
     const auto finding = xBeyond(silent, Cause::noFirst, HealthLimit::start, waited);
     return finding.state == silent ? finding : found(starting, Cause::awaitsFirst, waited);
   }
