@@ -7,10 +7,10 @@ namespace QV::sensor {
 namespace {
 
 // Ranges of one place, by two sensors that stand apart and measure in turn.
-constexpr double kLikeness = 0.7;
+constexpr double kLikeness = 0.67;
 constexpr double kLikeMetres = 0.15;
 // What is wrong by a share stays wrong by that share.
-constexpr double kOneRatio = 1.25;
+constexpr double kOneRatio = 1.18;
 constexpr double kChange = 1.3;
 // So many in a row are no chance.
 constexpr int kInARow = 3;

@@ -57,7 +57,8 @@ void HealthBoard::setLimit(const std::string& sensor, HealthLimit limit,
                            std::optional<double> value) {
   const Lock lock(mutex);
   xAddNew();
-  entries.at(sensor).limits.set(limit, value);
+  const auto found = entries.find(sensor);
+  if (found != entries.end()) found->second.limits.set(limit, value);
 }
 
 std::optional<double> HealthBoard::getLimit(const std::string& sensor, HealthLimit limit) {
