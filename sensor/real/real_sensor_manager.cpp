@@ -1,5 +1,6 @@
 #include "sensor/real/real_sensor_manager.h"
 
+#include <algorithm>
 #include <exception>
 #include <sstream>
 #include <utility>
