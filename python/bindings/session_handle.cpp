@@ -1,6 +1,7 @@
 #include "python/bindings/session_handle.h"
 
 #include <algorithm>
+#include <chrono>
 
 namespace QV::python {
 namespace {
@@ -10,12 +11,13 @@ constexpr ko::Duration kSlice{20'000'000};
 
 /**
  * Lets time go by for those who are in a call of the session still: they may wait for hardware in
- * simulated time, which nobody else moves. At most ten seconds of it.
+ * simulated time, which nobody else moves. They get the processor now and then, and half a minute.
  */
 void awaitOthers(const std::shared_ptr<session::Session>& last) try {
-  for (int i = 0; i < 500 && last.use_count() > 1; ++i) {
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (last.use_count() > 1 && std::chrono::steady_clock::now() < end) {
     last->run(kSlice);
-    std::this_thread::yield();
+    std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 } catch (const std::exception&) {
   // It ends anyway.
