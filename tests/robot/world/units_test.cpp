@@ -7,7 +7,7 @@
 #include "robot/services/memory_service.h"
 #include "robot/services/video_device.h"
 #include "robot/world/robot_description.h"
-#include "robot/world/units/unit_factory.h"
+#include "robot/world/units/internal/unit_services.h"
 #include "tests/robot/world/room.h"
 #include "tests/support/vocabulary.h"
 
