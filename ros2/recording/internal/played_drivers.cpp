@@ -133,8 +133,6 @@ float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
 // At a time of its own each image was asked for; between two of a sensor's, others get the last.
 void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t>& depth,
                                ko::Clock::time_point& time) {
-  // A log reads on at its steps only.
-  if (isLog) getReader().readInputsTo(time);
   auto& waiting = getReader().images[camera];
   auto& last = shown[camera];
   for (; !waiting.empty() && waiting.front().time <= time; waiting.pop_front())
