@@ -70,7 +70,8 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
   }
   std::cout.flush();
   if (!std::cout) return fail("standard output: can't be written");
-  return isInterrupted() ? getInterruptStatus() : status;
+  // Whoever was interrupted on purpose still wants to know of a file that is not whole.
+  return isInterrupted() && status != kFailure ? getInterruptStatus() : status;
 }
 
 }  // namespace

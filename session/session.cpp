@@ -23,17 +23,6 @@ robot::VirtualRobot& virtualOf(SessionParts& parts) {
                    parts.robot->getTitle());
 }
 
-// From and to in seconds, if it ends.
-RunCommand commandOf(const robot::Fault& fault) {
-  RunCommand command{"fault " + std::string(robot::getName(fault.kind)),
-                     {},
-                     {fault.sensor},
-                     true,
-                     {inSeconds(fault.from)}};
-  if (fault.to != ko::Duration::max()) command.values.push_back(inSeconds(fault.to));
-  return command;
-}
-
 void goTo(SessionParts& parts, ko::Clock::time_point time) {
   // What fell due may have slept beyond that.
   const ko::Duration left = time - ko::Clock::now();
@@ -58,6 +47,16 @@ void note(SessionParts& parts) {
 }
 
 }  // namespace
+
+RunCommand commandOf(const robot::Fault& fault) {
+  RunCommand command{"fault " + std::string(robot::getName(fault.kind)),
+                     {},
+                     {fault.sensor},
+                     true,
+                     {inSeconds(fault.from)}};
+  if (fault.to != ko::Duration::max()) command.values.push_back(inSeconds(fault.to));
+  return command;
+}
 
 SessionRobot& robotOf(Session& session) {
   return *session.parts->robot;

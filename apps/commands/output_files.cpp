@@ -6,7 +6,9 @@
 
 #include "apps/commands/common_options.h"
 #include "outlets/files/record_file.h"
+#include "ros2/bag/bag_reader.h"
 #include "ros2/recording/run_recorder.h"
+#include "session/usage_error.h"
 
 namespace QV::app {
 namespace {
@@ -22,6 +24,11 @@ bool isRecordingName(const std::string& path) {
 CLI::Option* OutputFiles::addOption(CLI::App& command, const std::string& names,
                                     const std::string& help) {
   return command.add_option(names, path, help)->check(namesAFile);
+}
+
+void OutputFiles::checkIsNot(const std::string& read) const {
+  if (ros2::isFileOf(path, read))
+    throw session::UsageError(path + ": another file than what is played expected");
 }
 
 void OutputFiles::open(session::Session& session, outlets::OutletList& list, bool wantsAll) {

@@ -27,10 +27,14 @@ class OutputFiles {
   /** Adds the option, which `help` says more about. */
   CLI::Option* addOption(CLI::App& command, const std::string& names, const std::string& help);
 
+  /** Before anything is opened: UsageError if the file is `read`, which would be lost, or in it. */
+  void checkIsNot(const std::string& read) const;
+
   /** Opens what was asked for, if anything. `wantsAll`: a recording subscribes to all sensors. */
   void open(session::Session& session, outlets::OutletList& list, bool wantsAll);
 
   bool isOpen() const { return opened; }
+  bool isRecording() const { return recorder != nullptr; }
   bool isAsked() const { return !path.empty(); }
   /** Where the summary goes: elsewhere than the file. */
   std::ostream& getSummaryStream() const;

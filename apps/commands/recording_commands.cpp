@@ -55,14 +55,14 @@ std::string joined(const std::vector<std::string>& names) {
 }
 
 // A recording's texts may come from anywhere: nothing in them may act on a terminal.
-void printLine(const std::string& line) {
-  std::cout << ko::log::onOneLine(line) << '\n';
+void printLine(const std::string& line, std::ostream& out = std::cout) {
+  out << ko::log::onOneLine(line) << '\n';
 }
 
-void printDamage(const ros2::BagDamage& damage) {
-  for (const std::string& line : damage.lines) printLine(line);
+void printDamage(const ros2::BagDamage& damage, std::ostream& out = std::cout) {
+  for (const std::string& line : damage.lines) printLine(line, out);
   if (damage.chunks > 0 || damage.messages > 0) {
-    std::cout << damage.chunks << " chunks and " << damage.messages << " messages can't be read.\n";
+    out << damage.chunks << " chunks and " << damage.messages << " messages can't be read.\n";
   }
 }
 
@@ -125,9 +125,11 @@ void inform(const std::string& path, const std::string& format) {
 
 void recover(const std::string& from, const std::string& to) {
   const ros2::BagInfo info = ros2::recoverBag(from, to);
-  printDamage(info.damage);
+  std::ostream& out = to == "-" ? std::cerr : std::cout;
+  printDamage(info.damage, out);
   printLine("Recovered " + std::to_string(info.count) + " messages over " +
-            session::fixed(durationOf(info), 2) + " s to " + to);
+                session::fixed(durationOf(info), 2) + " s to " + to,
+            out);
 }
 
 }  // namespace

@@ -1,4 +1,6 @@
 #include <algorithm>
+#include <cstdint>
+#include <filesystem>
 #include <functional>
 #include <iostream>
 #include <iterator>
@@ -49,9 +51,11 @@ struct Verdict {
   std::size_t looks = 0;
   std::size_t differing = 0;
   std::string first = {};
+  std::uint64_t missing = 0;
+  bool isDamaged = false;
 };
 
-/** What there is to see at each step, as far as the options want it. */
+/** What there is to see at each step, as far as the options want it, or at the end. */
 using Take = std::function<void(PlayedRun&)>;
 
 void playOnce(const ReplayOptions& options, PlayedRun& run, const Take& take) {
@@ -69,11 +73,12 @@ void playOnce(const ReplayOptions& options, PlayedRun& run, const Take& take) {
 
 // Anew each time: a run that is played again is the same.
 void playAll(const ReplayOptions& options, outlets::OutletList& outlets, OutputFiles& output,
-             const Take& take) {
+             const Take& take, const Take& takeEnd) {
   do {
     PlayedRun run(options.run, options.poses);
     if (!output.isOpen()) output.open(run.getSession(), outlets, false);
     playOnce(options, run, take);
+    takeEnd(run);
     outlets.finish();
     run.warnOfDamage();
   } while (options.loop && !isInterrupted());
@@ -82,48 +87,89 @@ void playAll(const ReplayOptions& options, outlets::OutletList& outlets, OutputF
 int replayToFile(ReplayOptions& options) {
   RunSummary summary;
   outlets::OutletList outlets;
-  playAll(options, outlets, options.output, [&](PlayedRun& run) {
+  const auto take = [&](PlayedRun& run) {
     const session::Snapshot snapshot = run.look();
-    outlets.show(snapshot);
+    // A recording is compared with all that there is.
+    outlets.show(options.output.isRecording() ? run.getSession().look() : snapshot);
     summary.add(snapshot);
-  });
+  };
+  playAll(options, outlets, options.output, take, [](PlayedRun&) {});
   summary.print(options.output.getSummaryStream());
   return options.output.report(options.output.getSummaryStream()) ? 0 : kIncomplete;
 }
 
+// A table's columns fit all of it: it comes at the end.
+void replayToTable(ReplayOptions& options) {
+  std::vector<session::SensorState> all;
+  outlets::OutletList none;
+  const auto take = [&](PlayedRun& run) {
+    std::ranges::move(session::sensorsByName(run.look()), std::back_inserter(all));
+  };
+  playAll(options, none, options.output, take, [&](PlayedRun& run) {
+    outlets::writeRecords(std::cout, all, outlets::Format::table, run.getSession().getFrame());
+    std::cout.flush();
+    all.clear();
+  });
+}
+
 int replayToOutput(ReplayOptions& options) {
   const outlets::Format format = outlets::parseFormat(options.format);
-  std::vector<session::SensorState> all;
-  session::Frame frame = session::Frame::robot;
+  if (format == outlets::Format::table) return replayToTable(options), 0;
+  outlets::writeTitles(std::cout, format);
   outlets::OutletList none;
-  playAll(options, none, options.output, [&](PlayedRun& run) {
-    frame = run.getSession().getFrame();
-    std::ranges::move(session::sensorsByName(run.look()), std::back_inserter(all));
-  });
-  outlets::writeRecords(std::cout, all, format, frame);
+  const auto take = [&](PlayedRun& run) {
+    outlets::writeRows(std::cout, session::sensorsByName(run.look()), format,
+                       run.getSession().getFrame());
+    std::cout.flush();
+  };
+  playAll(options, none, options.output, take, [](PlayedRun&) {});
   return 0;
+}
+
+int judge(const Verdict& verdict) {
+  if (verdict.differing > 0) {
+    std::cout << ko::log::onOneLine(verdict.first) << '\n'
+              << verdict.differing << " of " << verdict.looks << " looks differ.\n";
+  } else if (verdict.looks > 0) {
+    std::cout << "The records of " << verdict.looks << " looks are the same, bit for bit.\n";
+  } else {
+    std::cout << "There was no look to compare.\n";
+  }
+  if (verdict.missing > 0) {
+    std::cout << verdict.missing << " looks could not be compared.\n";
+  } else if (verdict.isDamaged) {
+    std::cout << "The recording is damaged: what can't be read of it could not be compared.\n";
+  }
+  const bool isWhole = verdict.looks > 0 && verdict.missing == 0 && !verdict.isDamaged;
+  return verdict.differing == 0 && isWhole ? 0 : 1;
 }
 
 int compare(ReplayOptions& options) {
   Verdict verdict;
   outlets::OutletList none;
-  playAll(options, none, options.output, [&](PlayedRun& run) {
+  const auto take = [&](PlayedRun& run) {
     ++verdict.looks;
     const auto difference = run.compare();
     if (!difference) return;
     if (verdict.differing++ == 0) verdict.first = difference->toText();
+  };
+  playAll(options, none, options.output, take, [&](PlayedRun& run) {
+    verdict.missing += run.countMissing();
+    verdict.isDamaged = verdict.isDamaged || run.isDamaged();
   });
-  if (verdict.differing == 0) {
-    std::cout << "The records of " << verdict.looks << " looks are the same, bit for bit.\n";
-    return 0;
-  }
-  std::cout << ko::log::onOneLine(verdict.first) << '\n'
-            << verdict.differing << " of " << verdict.looks << " looks differ.\n";
-  return 1;
+  return judge(verdict);
+}
+
+// A sonar log reads the poses beside it where none are named.
+void checkOutput(const ReplayOptions& options) {
+  const auto beside = std::filesystem::path(options.run).replace_filename("poses.txt");
+  options.output.checkIsNot(options.run);
+  options.output.checkIsNot(options.poses.value_or(beside.string()));
 }
 
 int replay(ReplayOptions& options) {
   checkTimes(options.from, options.to, options.speed);
+  checkOutput(options);
   if (options.compare) return compare(options);
   return options.output.isAsked() ? replayToFile(options) : replayToOutput(options);
 }
@@ -147,7 +193,7 @@ void addReplayCommand(CLI::App& program, const session::OpenOptions&, int& statu
       command
           ->add_flag("--compare", options->compare,
                      "say whether the records are those that were recorded, bit for bit, or which "
-                     "is the first that differs (status 1)")
+                     "is the first that differs (status 1, also if some could not be compared)")
           ->excludes(output);
   command
       ->add_option("--format", options->format,

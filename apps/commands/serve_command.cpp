@@ -31,7 +31,8 @@ void warnIfOpen(const outlets::LiveServer& server, const std::string& address) {
             << " can watch and drive this robot\n";
 }
 
-void serveSession(ServeOptions& options, session::Session& session, ko::log::LogRing& log) {
+/** False if what was asked for is not all written. */
+bool serveSession(ServeOptions& options, session::Session& session, ko::log::LogRing& log) {
   const auto files = std::make_shared<outlets::OutletList>();
   // Before the first demand: a recording has all from the start.
   options.record.open(session, *files, options.subscriptions.empty());
@@ -42,21 +43,21 @@ void serveSession(ServeOptions& options, session::Session& session, ko::log::Log
   std::cout << session.getTitle() << " at " << server.getUrl() << std::endl;
   while (!isInterrupted()) server.runBriefly();
   files->finish();
-  options.record.report(std::cout);
+  return options.record.report(std::cout);
 }
 
-void serve(ServeOptions& options) {
+bool serve(ServeOptions& options) {
   // Before the robot: it hears of sensors that can't be built.
   ko::log::LogRing log;
   if (options.replay.empty()) return serveSession(options, *options.openSession(), log);
   ros2::RunReplay run(options.replay);
   run.begin();
-  serveSession(options, run.getSession(), log);
+  return serveSession(options, run.getSession(), log);
 }
 
 }  // namespace
 
-void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<ServeOptions>(robots);
   CLI::App* command = program.add_subcommand("serve", "Show and drive the robot in a browser");
   command->footer(kFooter);
@@ -88,7 +89,9 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
       ->add_option("--allow-origin", options->server.origins,
                    "origin of a page that is let in, as https://viewer.example; repeat for more")
       ->allow_extra_args(false);
-  command->callback([options] { serve(*options); });
+  command->callback([options, &status] {
+    if (!serve(*options)) status = kIncomplete;
+  });
 }
 
 }  // namespace QV::app

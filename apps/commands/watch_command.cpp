@@ -46,8 +46,21 @@ ko::Duration passedSince(std::chrono::steady_clock::time_point& last) {
   return ko::Duration(passed.count());
 }
 
-// What is recorded runs in a time of its own: only so does it come out the same again.
-void watchOn(WatchOptions& options) {
+void watchIn(Terminal& terminal, Watch& watch, session::Session& session,
+             outlets::OutletList& files, bool isRecorded) {
+  auto last = std::chrono::steady_clock::now();
+  for (bool on = true; on && !isInterrupted();) {
+    terminal.show(watchScreen(watch.look(), terminal.getSize()));
+    for (const Key key : terminal.readKeys(kPeriodMs)) on = on && watch.press(key);
+    if (!isRecorded) continue;
+    session.keepPace(passedSince(last));
+    files.show(session.look());
+  }
+}
+
+// What is recorded runs in a time of its own: only so does it come out the same again. False if it
+// is not all written.
+bool watchOn(WatchOptions& options) {
   checkTerminal(STDIN_FILENO, STDOUT_FILENO);
   const bool isRecorded = options.record.isAsked();
   const auto source = isRecorded ? session::TimeSource::simulated : session::TimeSource::clock;
@@ -56,23 +69,22 @@ void watchOn(WatchOptions& options) {
   options.record.open(*session, files, false);
   const auto names = options.namesFor(session->getManager());
   Watch watch(*session, isRecorded ? std::launch::deferred : std::launch::async);
-  Terminal terminal(STDIN_FILENO, STDOUT_FILENO);
-  watch.subscribe(names);
-  if (!options.still) session->wander();
-  auto last = std::chrono::steady_clock::now();
-  for (bool on = true; on && !isInterrupted();) {
-    terminal.show(watchScreen(watch.look(), terminal.getSize()));
-    for (const Key key : terminal.readKeys(kPeriodMs)) on = on && watch.press(key);
-    if (!isRecorded) continue;
-    session->keepPace(passedSince(last));
-    files.show(session->look());
+  {
+    Terminal terminal(STDIN_FILENO, STDOUT_FILENO);
+    watch.subscribe(names);
+    if (!options.still) session->wander();
+    watchIn(terminal, watch, *session, files, isRecorded);
   }
   files.finish();
+  if (options.record.report(std::cout)) return true;
+  // Its log is quiet.
+  std::cerr << "qvsensors: the recording could not be written to its end\n";
+  return false;
 }
 
 }  // namespace
 
-void addWatchCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+void addWatchCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<WatchOptions>(robots);
   CLI::App* command = program.add_subcommand("watch", "Show every sensor as it is, in a terminal");
   command->footer(kWatchFooter);
@@ -83,12 +95,12 @@ void addWatchCommand(CLI::App& program, const session::OpenOptions& robots, int&
   CLI::Option* once = command->add_flag("--once", options->once, "print one table and leave");
   options->record.addOption(*command, "--record", "file (.mcap) for all that is watched")
       ->excludes(once);
-  command->callback([options] {
+  command->callback([options, &status] {
     const QuietLog quiet;
     if (options->once) {
       watchOnce(*options);
-    } else {
-      watchOn(*options);
+    } else if (!watchOn(*options)) {
+      status = kIncomplete;
     }
   });
 }

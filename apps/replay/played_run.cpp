@@ -1,7 +1,10 @@
 #include "apps/replay/played_run.h"
 
+#include <array>
 #include <filesystem>
+#include <fstream>
 #include <iostream>
+#include <string_view>
 
 #include "platform/ko/log.h"
 #include "session/internal/seconds.h"
@@ -11,8 +14,13 @@
 namespace QV::app {
 namespace {
 
+// By what stands in it; a name says what a damaged one should be.
 bool isBag(const std::string& path) {
-  return path.ends_with(".mcap") || path.ends_with(".db3") || std::filesystem::is_directory(path);
+  std::array<char, 16> begin{};
+  std::ifstream(path, std::ios::binary).read(begin.data(), begin.size());
+  const std::string_view text(begin.data(), begin.size());
+  return text.starts_with("\x89MCAP") || text.starts_with("SQLite format 3") ||
+         path.ends_with(".mcap") || path.ends_with(".db3") || std::filesystem::is_directory(path);
 }
 
 }  // namespace
@@ -43,7 +51,9 @@ bool PlayedRun::begin() {
 }
 
 bool PlayedRun::step() {
-  return getSession().step();
+  hasEnded = !getSession().step();
+  if (!hasEnded) ++steps;
+  return !hasEnded;
 }
 
 double PlayedRun::getSeconds() const {
@@ -58,6 +68,15 @@ std::optional<ros2::RecordDifference> PlayedRun::compare() const {
   if (recording && recording->isOwn()) return recording->compare();
   throw session::UsageError(
       "--compare: a recording of this program's expected, which has records; another one given");
+}
+
+std::uint64_t PlayedRun::countMissing() const {
+  const std::uint64_t recorded = recording ? recording->getLookCount().value_or(0) : 0;
+  return hasEnded && recorded > steps ? recorded - steps : 0;
+}
+
+bool PlayedRun::isDamaged() const {
+  return recording && !recording->getDamage().lines.empty();
 }
 
 void PlayedRun::warnOfDamage() const {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
@@ -29,12 +30,18 @@ class PlayedRun {
 
   /** Of the records as they are with those that were recorded; a log has none: UsageError. */
   std::optional<ros2::RecordDifference> compare() const;
+  /** Looks that were recorded and have not come up in all of it, as far as that is known. */
+  std::uint64_t countMissing() const;
+  /** Whether something of it could not be read. */
+  bool isDamaged() const;
   /** Says on standard error what could not be read. */
   void warnOfDamage() const;
 
  private:
   std::unique_ptr<ros2::RunReplay> recording;
   std::unique_ptr<session::Session> log;
+  std::uint64_t steps = 0;
+  bool hasEnded = false;
 };
 
 }  // namespace QV::app

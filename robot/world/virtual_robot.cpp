@@ -97,6 +97,10 @@ void VirtualRobot::clearFault(const std::string& sensor) {
   world->getFaults().clear(sensor);
 }
 
+std::vector<Fault> VirtualRobot::getFaults() const {
+  return world->getFaults().getAll();
+}
+
 std::vector<std::string> VirtualRobot::getFaultySensors() const {
   return world->getFaults().getSensors();
 }

@@ -94,6 +94,8 @@ class QV_API VirtualRobot {
   void setFault(const Fault& fault);
   /** Takes back all faults of a sensor. */
   void clearFault(const std::string& sensor);
+  /** Those that were set and not taken back, over or not; of a sensor, in that order. */
+  std::vector<Fault> getFaults() const;
 
   /** The sensors that are measured, and "PeoplePerception" with a depth camera. */
   std::vector<std::string> getFaultySensors() const;

@@ -73,6 +73,15 @@ class TopicCopies {
 
 }  // namespace
 
+bool isFileOf(const std::string& path, const std::string& recording) {
+  std::error_code ignored;
+  if (fs::equivalent(path, recording, ignored)) return true;
+  const fs::recursive_directory_iterator files(recording, ignored);
+  return !ignored && std::any_of(begin(files), end(files), [&](const auto& file) {
+    return fs::equivalent(path, file.path(), ignored);
+  });
+}
+
 BagInfo readBagInfo(const std::string& path) {
   BagReader reader(path);
   Census census;
@@ -82,8 +91,7 @@ BagInfo readBagInfo(const std::string& path) {
 }
 
 BagInfo recoverBag(const std::string& from, const std::string& to, const BagOptions& options) {
-  std::error_code ignored;
-  if (fs::equivalent(from, to, ignored))
+  if (isFileOf(to, from))
     throw std::invalid_argument(to + ": another file than the one to recover expected");
   BagReader reader(from, BagOrder::file);
   BagWriter writer(to, options);

@@ -43,6 +43,10 @@ std::vector<const BagTopic*> BagReader::getTopics() const {
   return topics;
 }
 
+std::optional<std::uint64_t> BagReader::getCount(const std::string& topic) const {
+  return file->getCount(topic);
+}
+
 void BagReader::checkWhole() {
   file->checkWhole();
 }

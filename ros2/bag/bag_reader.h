@@ -64,6 +64,9 @@ class QV_API BagReader {
   /** Nothing for one that is damaged. */
   std::optional<BagAttachment> readAttachment(std::size_t index);
 
+  /** How many messages the index says that a topic has, read or not; nothing without one. */
+  std::optional<std::uint64_t> getCount(const std::string& topic) const;
+
   /** Log times of the first and the last message, by the index if there is one; 0 if none. */
   BagTimes getTimes() const;
 
@@ -109,12 +112,15 @@ struct BagInfo {
   BagDamage damage;
 };
 
+/** Whether a file is a recording, or lies in the folder that is one: who writes it loses that. */
+QV_API bool isFileOf(const std::string& path, const std::string& recording);
+
 /** Reads the whole recording, so that nothing of it is only promised. Errors as of BagReader. */
 QV_API BagInfo readBagInfo(const std::string& path);
 
 /**
- * Writes everything that can be read of `from`, cut or damaged, to a new file with an index. The
- * same file for both: std::invalid_argument. Gives what was read and what was not.
+ * Writes everything that can be read of `from`, cut or damaged, to a new file with an index. A
+ * file of `from` itself: std::invalid_argument. Gives what was read and what was not.
  */
 QV_API BagInfo recoverBag(const std::string& from, const std::string& to,
                           const BagOptions& options = {});

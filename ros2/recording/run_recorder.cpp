@@ -7,6 +7,7 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/robot_model_contract.h"
 #include "platform/middleware/qv_proxy.h"
+#include "robot/world/virtual_robot.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/background_bag.h"
 #include "ros2/recording/internal/conversions.h"
@@ -75,6 +76,9 @@ class RunRecorder::Impl : public session::RunListener {
     if (hasMeasured) xAddDrivers();
     session.setListener(this);
     if (!hasMeasured) xAddDrivers();
+    if (auto* robot = robotOf(session).getVirtualRobot()) {
+      for (const robot::Fault& fault : robot->getFaults()) onCommand(session::commandOf(fault));
+    }
   }
 
   void onWrite(const std::string& key, const QVValue& value, bool raised) override {
@@ -176,6 +180,8 @@ class RunRecorder::Impl : public session::RunListener {
 
   void xWriteFacts() {
     writer.addMetadata(RecordingFacts::kName, factsOf(session).toValues());
+    const auto world = robotOf(session).getWorldFacts();
+    if (!world.empty()) writer.addMetadata(RecordingFacts::kWorldName, world);
     const auto now = logTimeOf(ko::Clock::now());
     if (session.getDescription() && session.getBroker()) {
       const auto robot =

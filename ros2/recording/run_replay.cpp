@@ -8,6 +8,7 @@
 #include "ros2/recording/internal/compare_records.h"
 #include "ros2/recording/internal/played_robot.h"
 #include "ros2/recording/internal/told_robot.h"
+#include "ros2/recording/internal/topic_names.h"
 #include "session/internal/make_session.h"
 #include "session/internal/number_text.h"
 #include "session/internal/seconds.h"
@@ -97,6 +98,10 @@ ko::Duration RunReplay::getTime() const {
 
 ko::Duration RunReplay::getLength() const {
   return *session->getLength();
+}
+
+std::optional<std::uint64_t> RunReplay::getLookCount() const {
+  return xGetRobot().getBag().getCount(kRecordsTopic);
 }
 
 const BagDamage& RunReplay::getDamage() const {

@@ -57,6 +57,8 @@ class QV_API RunReplay {
   /** Since the recording began. */
   ko::Duration getTime() const;
   ko::Duration getLength() const;
+  /** How many looks were recorded, as far as the recording still says; another robot's has none. */
+  std::optional<std::uint64_t> getLookCount() const;
   /** What of the recording could not be read so far. */
   const BagDamage& getDamage() const;
 

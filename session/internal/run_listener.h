@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "robot/services/internal/input_listener.h"
+#include "robot/world/faults/fault.h"
 
 namespace QV::session {
 
@@ -17,6 +18,9 @@ struct RunCommand {
   bool on = false;
   std::vector<double> values = {};
 };
+
+/** From and to in seconds, if it ends. */
+QV_API RunCommand commandOf(const robot::Fault& fault);
 
 /** Hears all that goes into a session: what drivers measure, and what is asked of it. */
 class RunListener : public robot::InputListener {

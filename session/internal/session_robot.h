@@ -80,6 +80,9 @@ class SessionRobot {
   /** Whose sensors can be made to fail; null if they can't. */
   virtual robot::VirtualRobot* getVirtualRobot() { return nullptr; }
 
+  /** What chance and the like the world has, by name, for whoever reads of the run later. */
+  virtual std::map<std::string, std::string> getWorldFacts() const { return {}; }
+
   /** Hears of all that its drivers measure, and what a recording asks again; null for nobody. */
   virtual void setListener(RunListener*) {}
 

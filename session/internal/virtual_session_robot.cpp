@@ -5,9 +5,23 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/middleware/qv_motion_proxy.h"
+#include "session/internal/number_text.h"
 #include "session/internal/steering.h"
 
 namespace QV::session {
+
+namespace {
+
+std::map<std::string, std::string> factsOf(const robot::WorldOptions& world) {
+  return {{"seed", std::to_string(world.seed)},
+          {"range_noise", shortest(world.rangeNoise)},
+          {"drop_outs", shortest(world.dropOuts)},
+          {"odometry_drift", shortest(world.odometryDrift)},
+          {"people", std::to_string(world.people.size())},
+          {"random_people", std::to_string(world.randomPeople)}};
+}
+
+}  // namespace
 
 VirtualSessionRobot::VirtualSessionRobot(const robot::RobotDescription& description,
                                          boost::shared_ptr<const OccupancyMap> givenMap,
@@ -16,6 +30,7 @@ VirtualSessionRobot::VirtualSessionRobot(const robot::RobotDescription& descript
                                          const robot::UnitFactory& units)
     : kinds(description.kinds),
       periods{world.stepPeriod, world.sonarPeriod},
+      worldFacts(factsOf(world)),
       map(std::move(givenMap)),
       robot(description, map, world, nullptr, units),
       navigation(boost::make_shared<sensor::NavigationModule>(robot.getBroker(), sensors)),

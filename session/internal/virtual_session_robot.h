@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <string>
 
 #include "platform/ko/periodic_task.h"
@@ -45,11 +46,13 @@ class VirtualSessionRobot : public SessionRobot {
   boost::shared_ptr<QVBroker> getBroker() const override { return robot.getBroker(); }
   DriverPeriods getDriverPeriods() const override { return periods; }
   robot::VirtualRobot* getVirtualRobot() override { return &robot; }
+  std::map<std::string, std::string> getWorldFacts() const override { return worldFacts; }
   void setListener(RunListener* listener) override { robot.setListener(listener); }
 
  private:
   const Model::SensorKinds kinds;
   const DriverPeriods periods;
+  const std::map<std::string, std::string> worldFacts;
   const boost::shared_ptr<const OccupancyMap> map;
   robot::VirtualRobot robot;
   const boost::shared_ptr<sensor::NavigationModule> navigation;

@@ -1,6 +1,10 @@
+#include <csignal>
 #include <filesystem>
+#include <fstream>
+#include <unistd.h>
 
 #include "tests/apps/run_program.h"
+#include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
 
@@ -20,6 +24,11 @@ struct RecordingTest : testing::Test {
   const std::string path = folder / "run.mcap";
 };
 
+struct BadComparison {
+  std::vector<std::string> arguments;
+  std::string expected;
+};
+
 TEST_F(RecordingTest, aDriveIsRecordedDescribedRecoveredAndComparedAgain) {
   drive(path);
   const Result info = run({"info", path, "--format", "json"});
@@ -35,7 +44,12 @@ TEST_F(RecordingTest, aDriveIsRecordedDescribedRecoveredAndComparedAgain) {
   const std::string whole = folder / "whole.mcap";
   EXPECT_THAT(run({"recover", cut, "-o", whole}).out, HasSubstr("Recovered "));
 
-  for (const std::string& file : {path, whole}) {
+  EXPECT_THAT(run({"recover", cut, "-o", "-"}).error, HasSubstr("Recovered "));
+
+  // What stands in it tells what it is, not its name.
+  const std::string renamed = folder / "run.log";
+  std::filesystem::copy_file(path, renamed);
+  for (const std::string& file : {path, whole, renamed}) {
     const Result compared = run({"replay", file, "--compare"});
     EXPECT_EQ(compared.status, 0) << compared.error;
     EXPECT_THAT(compared.out, HasSubstr("looks are the same, bit for bit"));
@@ -55,6 +69,72 @@ TEST_F(RecordingTest, fromAndToChooseWhatIsShown) {
   EXPECT_EQ(first + countOf({"--from", "1.01"}), all);
   expectRefused({{"replay", path, "--from", "-1"}, "--from: seconds from 0 on expected, -1"});
   expectRefused({{"replay", path, "--speed", "0"}, "--speed: a number above 0 expected, 0"});
+}
+
+TEST_F(RecordingTest, whatCouldNotBeComparedIsNotTheSame) {
+  drive(path);
+  const std::string cut = folder / "cut.mcap";
+  std::filesystem::copy_file(path, cut);
+  std::filesystem::resize_file(cut, std::filesystem::file_size(path) * 2 / 3);
+  std::string bytes = test::readBytes(path);
+  const auto lastChunk = bytes.rfind("\x28\xb5\x2f\xfd");
+  ASSERT_NE(lastChunk, std::string::npos);
+  bytes[lastChunk + 100] ^= 1;
+  const std::string damaged = folder.write("damaged.mcap", bytes);
+  const BadComparison cases[] = {
+      {{cut}, "looks are the same, bit for bit.\nThe recording is damaged"},
+      {{damaged}, " looks could not be compared.\n"},
+      {{path, "--from", "1000"}, "There was no look to compare.\n"},
+  };
+  for (const auto& [arguments, expected] : cases) {
+    std::vector<std::string> all{"replay", "--compare"};
+    all.insert(all.end(), arguments.begin(), arguments.end());
+    const Result result = run(all);
+    EXPECT_EQ(result.status, 1) << result.error;
+    EXPECT_THAT(result.out, HasSubstr(expected));
+  }
+}
+
+TEST_F(RecordingTest, aLoopShowsEachPassAsItComes) {
+  drive(path);
+  for (const char* const format : {"table", "csv", "json"}) {
+    test::ChildProcess process;
+    int ends[2];
+    ASSERT_EQ(pipe(ends), 0);
+    process.start([&] {
+      dup2(ends[1], STDOUT_FILENO);
+      execl(QVSENSORS, QVSENSORS, "replay", path.c_str(), "--loop", "--format", format, nullptr);
+    });
+    close(ends[1]);
+    std::ifstream out("/dev/fd/" + std::to_string(ends[0]));
+    // A line that comes once in a pass; the titles of CSV come once in all.
+    std::string once;
+    std::string line;
+    std::getline(out, once);
+    if (format == std::string("csv")) std::getline(out, once);
+    while (std::getline(out, line) && line != once) continue;
+    EXPECT_EQ(line, once) << format;
+    process.signal(SIGINT);
+    while (std::getline(out, line)) continue;
+    EXPECT_EQ(process.awaitEnd(), 128 + SIGINT) << format;
+    close(ends[0]);
+  }
+}
+
+TEST_F(RecordingTest, whatIsPlayedIsNeverWrittenOver) {
+  const std::string log = folder.write("log", "FLASER 1 1.0 0 0 0 0 0 0 1.0 host 1.0\n");
+  std::filesystem::create_directory(folder / "bag");
+  const std::string inside = folder / "bag/part.mcap";
+  drive(inside);
+  std::filesystem::create_hard_link(inside, path);
+  const std::string bytes = test::readBytes(inside);
+  for (const auto& [read, written] :
+       {std::pair{path, path}, {inside, path}, {folder / "bag", inside}, {log, log}}) {
+    expectRefused({{"replay", read, "-o", written}, written + ": another file than"});
+  }
+  expectRefused({{"recover", folder / "bag", "-o", inside}, inside + ": another file than"});
+  EXPECT_EQ(test::readBytes(inside), bytes);
+  EXPECT_GT(std::filesystem::file_size(log), 0u);
 }
 
 TEST_F(RecordingTest, recordsGoToStandardOutputAndTheSummaryElsewhere) {

@@ -1,10 +1,12 @@
 #include <csignal>
 #include <cstdio>
 #include <string>
+#include <sys/resource.h>
 #include <unistd.h>
 
 #include "tests/support/child_process.h"
 #include "tests/support/socket_client.h"
+#include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::app {
@@ -56,6 +58,29 @@ TEST_F(ServeTest, aPageSeesAndDrivesTheRobotUntilASignalEndsIt) {
     process.signal(signal);
     EXPECT_EQ(process.awaitEnd(), 128 + signal);
   }
+}
+
+TEST_F(ServeTest, aRecordingThatCouldNotBeWrittenToItsEndIsTheStatus) {
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "run.mcap";
+  int ends[2];
+  ASSERT_EQ(pipe(ends), 0);
+  process.start([&] {
+    const rlimit most{200'000, 200'000};
+    setrlimit(RLIMIT_FSIZE, &most);
+    std::signal(SIGXFSZ, SIG_IGN);
+    dup2(ends[1], STDERR_FILENO);
+    execl(QVSENSORS, QVSENSORS, "serve", "--robot", "porter", "--port", "0", "--record",
+          path.c_str(), nullptr);
+  });
+  close(ends[1]);
+  FILE* const errors = fdopen(ends[0], "r");
+  std::string line(1000, '\0');
+  while (line.find("the run goes on") == std::string::npos)
+    ASSERT_NE(fgets(line.data(), static_cast<int>(line.size()), errors), nullptr);
+  process.signal(SIGINT);
+  EXPECT_EQ(process.awaitEnd(), 2);
+  fclose(errors);
 }
 
 }  // namespace

@@ -65,7 +65,16 @@ Format parseFormat(const std::string& text, const std::vector<Format>& known) {
 void writeRecords(std::ostream& out, const std::vector<session::SensorState>& sensors,
                   Format format, session::Frame frame) {
   if (format == Format::table) return writeTable(out, sensors, frame);
+  writeTitles(out, format);
+  writeRows(out, sensors, format, frame);
+}
+
+void writeTitles(std::ostream& out, Format format) {
   if (format == Format::csv) writeCsvTitles(out);
+}
+
+void writeRows(std::ostream& out, const std::vector<session::SensorState>& sensors, Format format,
+               session::Frame frame) {
   for (const auto& sensor : sensors) {
     for (const auto& record : sensor.records) writeRecord(out, record, format, frame);
   }

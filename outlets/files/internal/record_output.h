@@ -22,4 +22,9 @@ QV_API Format parseFormat(const std::string& text, const std::vector<Format>& kn
 QV_API void writeRecords(std::ostream& out, const std::vector<session::SensorState>& sensors,
                          Format format, session::Frame frame);
 
+/** The same in pieces, JSON or CSV: what stands before the first, and any number of them. */
+QV_API void writeTitles(std::ostream& out, Format format);
+QV_API void writeRows(std::ostream& out, const std::vector<session::SensorState>& sensors,
+                      Format format, session::Frame frame);
+
 }  // namespace QV::outlets

@@ -12,6 +12,7 @@ class BagFile {
 
   virtual std::vector<const BagTopic*> getTopics() const = 0;
   virtual BagTimes getTimes() const = 0;
+  virtual std::optional<std::uint64_t> getCount(const std::string&) const { return std::nullopt; }
   /** SQLite has no CRC. */
   virtual void checkWhole() {}
   virtual std::optional<BagMessage> next() = 0;

@@ -33,6 +33,8 @@ class McapContents {
   std::optional<std::uint64_t> dataEnd;
   /** By channel. */
   std::map<std::uint16_t, BagTopic> topics;
+  /** Messages of each channel; nothing where no index says so. */
+  std::optional<std::map<std::uint16_t, std::uint64_t>> counts;
 
   /** A schema or channel that contradicts what is known already: std::runtime_error. */
   void add(mcap::Op op, BytesView content);

@@ -53,6 +53,16 @@ class McapFile : public BagFile {
     return times;
   }
 
+  std::optional<std::uint64_t> getCount(const std::string& name) const override {
+    if (!contents.counts) return std::nullopt;
+    std::uint64_t count = 0;
+    for (const auto& [channel, messages] : *contents.counts) {
+      const auto topic = contents.topics.find(channel);
+      if (topic != contents.topics.end() && topic->second.name == name) count += messages;
+    }
+    return count;
+  }
+
   std::size_t getAttachmentCount() const override { return contents.attachments.size(); }
 
   std::optional<BagAttachment> readAttachment(std::size_t index) override {

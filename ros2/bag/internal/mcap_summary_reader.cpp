@@ -66,6 +66,7 @@ class SummaryReader {
     for (std::size_t i = 1; i < blocks.size(); ++i)
       if (blocks[i].offset - blocks[i - 1].offset < blocks[i - 1].length)
         throw std::runtime_error("chunks overlap");
+    contents.counts = statistics->channelCounts;
     return std::move(contents);
   }
 

@@ -7,11 +7,12 @@ namespace {
 
 constexpr std::size_t kLarge = std::size_t{128} << 10;
 constexpr std::size_t kMostBatches = 8;
+constexpr std::size_t kMostBytes = std::size_t{4} << 20;
 
 }  // namespace
 
 BackgroundBag::BackgroundBag(const std::string& path, const BagOptions& options)
-    : writer(path, options), thread([this] { xRun(); }) {}
+    : chunkTime(options.chunkTime), writer(path, options), thread([this] { xRun(); }) {}
 
 BackgroundBag::~BackgroundBag() {
   xHandOver();
@@ -45,7 +46,9 @@ void BackgroundBag::xTake(std::uint16_t topic, std::uint64_t time) {
     filling.bytes.insert(filling.bytes.end(), cdr.begin(), cdr.end());
   }
   filling.entries.push_back({topic, time, filling.bytes.size()});
-  if (filling.bytes.size() < kLarge) return;
+  // What is late in the file is lost to whoever is killed.
+  const bool isOld = time >= filling.entries.front().time + chunkTime;
+  if (filling.bytes.size() < kLarge && !isOld) return;
   xHandOver();
   xThrowIfFailed();
 }
@@ -66,7 +69,12 @@ void BackgroundBag::xDo(std::function<void(BagWriter&)> call) {
 
 void BackgroundBag::xHandOver() {
   std::unique_lock lock(mutex);
-  changed.wait(lock, [this] { return underWay < kMostBatches; });
+  // A message that is larger waits alone.
+  changed.wait(lock, [this] {
+    return underWay == 0 ||
+           (underWay < kMostBatches && bytesUnderWay + filling.bytes.size() <= kMostBytes);
+  });
+  bytesUnderWay += filling.bytes.size();
   waiting.push_back(std::move(filling));
   ++underWay;
   filling = {};
@@ -94,6 +102,7 @@ void BackgroundBag::xRun() {
     lock.lock();
     underWay -= taken.size();
     for (Batch& batch : taken) {
+      bytesUnderWay -= batch.bytes.size();
       batch.bytes.clear();
       batch.entries.clear();
       batch.other = nullptr;

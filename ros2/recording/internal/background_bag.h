@@ -59,6 +59,7 @@ class BackgroundBag {
   void xRun();
   void xWrite(const Batch& batch);
 
+  const std::uint64_t chunkTime;
   BagWriter writer;
   std::uint16_t topicCount = 0;
   Bytes cdr;
@@ -69,6 +70,7 @@ class BackgroundBag {
   std::vector<Batch> waiting;
   std::vector<Batch> spare;
   std::size_t underWay = 0;
+  std::size_t bytesUnderWay = 0;
   std::exception_ptr failure;
   bool hasFailed = false;
   bool isEnding = false;

@@ -55,7 +55,9 @@ std::vector<Math::Position3D> pointsOf(const sensor_msgs::PointCloud2& cloud) {
   for (std::size_t i = 0; i < count; ++i) {
     const std::uint8_t* point = cloud.data.data() + i * cloud.point_step;
     const Math::Position3D read(numberAt(point, x), numberAt(point, y), numberAt(point, z));
-    if (std::isfinite(read.x + read.y + read.z)) points.push_back(read);
+    // A sensor's own place stands for no echo.
+    const bool isThere = read.x != 0.0f || read.y != 0.0f || read.z != 0.0f;
+    if (isThere && std::isfinite(read.x + read.y + read.z)) points.push_back(read);
   }
   return points;
 }

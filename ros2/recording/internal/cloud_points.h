@@ -9,7 +9,8 @@
 
 namespace QV::ros2 {
 
-/** The finite points of a cloud; std::runtime_error for one without x, y and z as numbers. */
+/** The finite points of a cloud but those at its origin; std::runtime_error for one without x, y
+ * and z as numbers. */
 std::vector<Math::Position3D> pointsOf(const sensor_msgs::PointCloud2& cloud);
 
 /** Whether a robot could run into it: it is neither floor nor above a robot's head. */

@@ -1,12 +1,14 @@
 #include "ros2/recording/internal/frame_tree.h"
 
+#include <algorithm>
+
 #include "ros2/recording/internal/conversions.h"
 
 namespace QV::ros2 {
 namespace {
 
 // Longer chains are rings.
-constexpr int kDeepest = 100;
+constexpr std::size_t kDeepest = 100;
 
 }  // namespace
 
@@ -21,28 +23,27 @@ void FrameTree::add(const tf2_msgs::TFMessage& message) {
   }
 }
 
+std::vector<FrameTree::Link> FrameTree::xAncestorsOf(const std::string& frame) const {
+  std::vector<Link> ancestors{{frame, {}}};
+  for (auto link = links.find(frame); link != links.end() && ancestors.size() < kDeepest;
+       link = links.find(link->second.parent))
+    ancestors.push_back({link->second.parent, link->second.placed * ancestors.back().placed});
+  return ancestors;
+}
+
 std::optional<Math::Transform> FrameTree::find(const std::string& frame,
-                                               const std::string& ancestor) const {
-  Math::Transform placed;
-  std::string at = frame;
-  for (int depth = 0; depth < kDeepest; ++depth) {
-    if (at == ancestor) return placed;
-    const auto link = links.find(at);
-    if (link == links.end()) return std::nullopt;
-    placed = link->second.placed * placed;
-    at = link->second.parent;
+                                               const std::string& other) const {
+  const auto ofOther = xAncestorsOf(other);
+  for (const Link& common : xAncestorsOf(frame)) {
+    const auto found = std::ranges::find(ofOther, common.parent, &Link::parent);
+    if (found == ofOther.begin()) return common.placed;
+    if (found != ofOther.end()) return Math::inverse(found->placed) * common.placed;
   }
   return std::nullopt;
 }
 
 std::string FrameTree::rootOf(const std::string& frame) const {
-  std::string at = frame;
-  for (int depth = 0; depth < kDeepest; ++depth) {
-    const auto link = links.find(at);
-    if (link == links.end()) return at;
-    at = link->second.parent;
-  }
-  return at;
+  return xAncestorsOf(frame).back().parent;
 }
 
 }  // namespace QV::ros2

@@ -3,6 +3,7 @@
 #include <map>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include "platform/math/transform.h"
 #include "ros2/messages/geometry_msgs.h"
@@ -16,8 +17,8 @@ class FrameTree {
   void add(const tf2_msgs::TFMessage& message);
 
   bool has(const std::string& frame) const { return links.count(frame) > 0; }
-  /** Where `frame` is in `ancestor`; nothing if that is none. */
-  std::optional<Math::Transform> find(const std::string& frame, const std::string& ancestor) const;
+  /** Where `frame` is in `other`; nothing if no chain of frames leads from one to the other. */
+  std::optional<Math::Transform> find(const std::string& frame, const std::string& other) const;
   /** The frame that hangs on nothing above this one. */
   std::string rootOf(const std::string& frame) const;
 
@@ -26,6 +27,9 @@ class FrameTree {
     std::string parent;
     Math::Transform placed;
   };
+  /** From a frame on, those that it hangs on: where the frame is in each. */
+  std::vector<Link> xAncestorsOf(const std::string& frame) const;
+
   std::map<std::string, Link> links;
 };
 

@@ -83,12 +83,12 @@ void PlayedDrivers::xAddModules() {
   broker->registerModule(motion);
   broker->registerModule(
       boost::make_shared<robot::RobotModelService>(getReader().getDescription()));
+  if (!isLog || !camerasOf(model).empty()) broker->registerModule(cameras);
   // It measures as soon as it is made, but for nobody before it has a source.
   if (isLog) return;
   sonars = boost::make_shared<robot::SonarDriver>(broker, model, getDriverPeriods().sonars);
   sonars->setSource([this](const std::string& sonar) { return xMeasureSonar(sonar); });
   broker->registerModule(sonars);
-  broker->registerModule(cameras);
 }
 
 void PlayedDrivers::xAddCameras() {
@@ -215,9 +215,11 @@ void PlayedDrivers::xAwaitOther() {
 
 std::vector<Math::MetricalData> PlayedDrivers::getRecords() {
   if (!isLog) return SessionRobot::getRecords();
+  // Before a sensor has been told anything, its memory holds what it needs to start.
   std::vector<Math::MetricalData> records;
   const auto& manager = navigation->getManager();
   for (const std::string& name : manager.getSensorList()) {
+    if (!hasSeen(name)) continue;
     std::ranges::move(manager.getSensorPtr(name)->getData(), std::back_inserter(records));
   }
   return records;

@@ -41,6 +41,7 @@ void PlayedRobot::makeStep() {
       return xMoveTo(event.pose);
     case RunEvent::Sort::look:
       recorded = std::move(event.records);
+      for (const auto& record : recorded) seen.insert(record.sensorName);
       isAtLook = true;
   }
 }

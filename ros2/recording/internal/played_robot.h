@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <optional>
+#include <set>
 #include <string>
 
 #include "ros2/recording/internal/bag_robot.h"
@@ -37,6 +38,8 @@ class PlayedRobot : public BagRobot {
  protected:
   RunReader& getReader() const { return *reader; }
   session::RunListener* getListener() const { return listener; }
+  /** Whether a record of this sensor has been recorded so far. */
+  bool hasSeen(const std::string& sensor) const { return seen.count(sensor) > 0; }
   virtual void xMoveTo(const Math::Pose2D& newPose) { pose = newPose; }
 
  private:
@@ -45,6 +48,7 @@ class PlayedRobot : public BagRobot {
   const std::unique_ptr<RunReader> reader;
   Math::Pose2D pose;
   std::vector<Math::MetricalData> recorded;
+  std::set<std::string> seen;
   bool isAtLook = false;
   session::RunListener* listener = nullptr;
 };

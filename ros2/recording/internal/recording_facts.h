@@ -13,6 +13,8 @@ namespace QV::ros2 {
 /** What a recording says of the robot, in a metadata record of this name. */
 struct RecordingFacts {
   static constexpr char kName[] = "qv";
+  /** Of the metadata record that says how a virtual robot's world was. */
+  static constexpr char kWorldName[] = "qv_world";
 
   /** "virtual", "log", or "simulated" and the number of the kind. */
   std::string sort;

@@ -5,7 +5,6 @@
 #include <exception>
 #include <filesystem>
 #include <iterator>
-#include <numbers>
 #include <stdexcept>
 
 #include <boost/make_shared.hpp>
@@ -28,12 +27,6 @@ constexpr std::uint64_t kLongGap = 60'000'000'000;
 constexpr ko::Duration kShortGap{1'000'000'000};
 // What is beyond the maximum is no echo to any sensor.
 constexpr float kBeyond = 1.0f;
-constexpr float kFullTurn = 2.0f * std::numbers::pi_v<float>;
-
-template <typename Message>
-bool isOf(const BagTopic& topic) {
-  return topic.encoding == "cdr" && topic.type == Message::getType().getName();
-}
 
 }  // namespace
 
@@ -48,6 +41,7 @@ ToldRobot::ToldRobot(const std::string& path, const TopicSurvey& surveyed)
       motion(boost::make_shared<robot::MotionService>(model)),
       cameras(boost::make_shared<robot::VideoDevice>()),
       start(ko::Clock::now()),
+      late(survey.missing),
       due(start) {
   xAddModules();
   xAddCameras();
@@ -107,6 +101,9 @@ void ToldRobot::xReadNext() const {
     const BagTopic& topic = *upcoming->topic;
     const bool says = survey.sensors.count(topic.name) > 0 || topic.name == survey.odometryTopic ||
                       isOf<tf2_msgs::TFMessage>(topic);
+    if (late.erase(topic.name) > 0)
+      ko::log::warning("Recording", "play")
+          << topic.name << ": not played, as its first message comes after more than 30 s";
     if (!says) upcoming.reset();
   }
   due = xTimeOf(upcoming->logTime);

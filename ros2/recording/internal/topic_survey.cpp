@@ -15,7 +15,6 @@ namespace QV::ros2 {
 namespace {
 
 constexpr std::uint64_t kLongEnough = 30'000'000'000;
-constexpr float kFullTurn = 2.0f * std::numbers::pi_v<float>;
 constexpr std::size_t kMostBeams = 10'000;
 // Of a cloud: the nearest obstacle in each direction.
 constexpr std::size_t kCloudBeams = 720;
@@ -23,11 +22,6 @@ constexpr float kCloudRange = 30.0f;
 // What cameras of this sort see, where nobody has said.
 constexpr float kUsualAperture = 1.02f;
 constexpr float kUsualVerticalAperture = 0.79f;
-
-template <typename Message>
-bool isOf(const BagTopic& topic) {
-  return topic.encoding == "cdr" && topic.type == Message::getType().getName();
-}
 
 bool makesSensor(const BagTopic& topic) {
   return isOf<sensor_msgs::LaserScan>(topic) || isOf<sensor_msgs::Range>(topic) ||
@@ -130,6 +124,7 @@ class Surveyor {
           ": a topic of LaserScan, Range, a depth Image or PointCloud2 expected, none found");
     xFindBase();
     for (auto& [topic, sensor] : survey.sensors) xMount(sensor);
+    survey.missing = std::move(missing);
     return std::move(survey);
   }
 

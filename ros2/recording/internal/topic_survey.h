@@ -1,6 +1,8 @@
 #pragma once
 
 #include <map>
+#include <numbers>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -8,6 +10,14 @@
 #include "ros2/recording/internal/frame_tree.h"
 
 namespace QV::ros2 {
+
+constexpr float kFullTurn = 2.0f * std::numbers::pi_v<float>;
+
+/** Whether its messages are of this type. */
+template <typename Message>
+bool isOf(const BagTopic& topic) {
+  return topic.encoding == "cdr" && topic.type == Message::getType().getName();
+}
 
 /** What of another robot's topic a sensor is made. */
 enum class ToldSort { scan, range, contact, depth, cloud };
@@ -41,6 +51,8 @@ struct TopicSurvey {
   /** Empty if there is none. */
   std::string odometryTopic;
   FrameTree frames;
+  /** The topics for sensors that have not come up: nothing is made of them. */
+  std::set<std::string> missing;
 };
 
 /**

@@ -1,18 +1,20 @@
 #include "ros2/recording/run_recorder.h"
 
+#include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
-#include <random>
 #include <sys/resource.h>
+#include <unistd.h>
 
 #include <gmock/gmock.h>
 
 #include "platform/ko/log.h"
 #include "ros2/bag/bag_reader.h"
+#include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
-#include "tests/ros2/bag/small_bag.h"
 #include "tests/ros2/recording/recorded_run.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
@@ -119,28 +121,51 @@ TEST_F(RunRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
   EXPECT_GT(readBagInfo(path).count, 50u);
 }
 
-// At a size of the file, as a test that waits for a time would be another one each time.
-TEST_F(RunRecorderTest, killedAtAnyMomentTheFileGivesAllWholeChunks) {
-  std::mt19937 random(1);
-  for (int run = 0; run < 200; ++run) {
-    std::filesystem::remove(path);
-    test::ChildProcess process;
-    process.start([&] {
-      test::SmallBag bag(path, {run % 2 == 0 ? Compression::zstd : Compression::none, 2'000});
-      bag.write(1'000'000);
-    });
-    const std::uintmax_t enough = 500 + random() % 20'000;
-    std::error_code error;
-    while (std::filesystem::file_size(path, error) < enough || error) continue;
-    process.signal(SIGKILL);
-    process.awaitEnd();
+// Few messages and small ones: only time has them written.
+TEST_F(RunRecorderTest, whoeverIsKilledHasAllInTheFileButTheLastSeconds) {
+  test::ChildProcess process;
+  process.start([&] {
+    const auto own = session::openSimulated(1);
+    RunRecorder recorder(path, *own);
+    own->subscribe("test", {"Sonar"});
+    for (int i = 0; i < 50; ++i) {
+      own->run(boost::chrono::milliseconds(100));
+      recorder.show(own->look());
+    }
+    pause();
+  });
+  const auto looksIn = [&] {
+    const Contents contents(path);
+    return contents.counts.contains("/qv/records") ? contents.counts.at("/qv/records") : 0;
+  };
+  while (!std::filesystem::exists(path) || std::filesystem::file_size(path) < 100) continue;
+  const auto start = std::chrono::steady_clock::now();
+  while (looksIn() < 29 && std::chrono::steady_clock::now() - start < std::chrono::seconds(60))
+    continue;
+  process.signal(SIGKILL);
+  process.awaitEnd();
+  EXPECT_GE(looksIn(), 29u);
+  EXPECT_EQ(test::compareRun(path).difference, "");
+}
 
-    BagReader reader(path);
-    const auto numbers = test::numbersIn(reader);
-    for (std::size_t i = 0; i < numbers.size(); ++i) ASSERT_EQ(numbers[i], static_cast<int>(i));
-    EXPECT_EQ(reader.getDamage().chunks, 0u);
-    EXPECT_THAT(reader.getDamage().lines.front(), testing::HasSubstr("read without its index"));
+TEST_F(RunRecorderTest, theWorldAndItsFaultsOfBeforeAreRecorded) {
+  auto options = test::busyWorld();
+  options.faults = {robot::parseFault("FrontSonar:off@1-2")};
+  recordRun(*session::openVirtual("porter", options), path, 0);
+
+  BagReader reader(path);
+  std::vector<qv_msgs::Command> commands;
+  while (const auto message = reader.next()) {
+    if (message->topic->name == "/qv/commands")
+      commands.push_back(fromCdr<qv_msgs::Command>(message->data));
   }
+  ASSERT_FALSE(commands.empty());
+  EXPECT_EQ(commands[0], (qv_msgs::Command{"fault off", "", {"FrontSonar"}, true, {1.0, 2.0}}));
+  const auto isWorld = [](const auto& metadata) { return metadata.name == "qv_world"; };
+  const auto world = std::ranges::find_if(reader.getMetadata(), isWorld);
+  ASSERT_NE(world, reader.getMetadata().end());
+  EXPECT_EQ(world->values.at("seed"), "7");
+  EXPECT_EQ(world->values.at("random_people"), "2");
 }
 
 }  // namespace

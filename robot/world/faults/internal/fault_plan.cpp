@@ -51,6 +51,13 @@ std::vector<std::string> FaultPlan::getSensors() const {
   return names;
 }
 
+std::vector<Fault> FaultPlan::getAll() const {
+  std::lock_guard<std::mutex> lock(mutex);
+  std::vector<Fault> all;
+  for (const auto& [sensor, ofIt] : faults) all.insert(all.end(), ofIt.begin(), ofIt.end());
+  return all;
+}
+
 std::vector<FaultKind> FaultPlan::getPossible(const std::string& sensor) const {
   return xPossible(sensor);
 }

@@ -24,6 +24,8 @@ class FaultPlan {
   void clear(const std::string& sensor);
 
   std::vector<std::string> getSensors() const;
+  /** By sensor, in the order in which they were set. */
+  std::vector<Fault> getAll() const;
   std::vector<FaultKind> getPossible(const std::string& sensor) const;
 
   /** What ails a sensor at a time; nothing for a name that is not known. */
