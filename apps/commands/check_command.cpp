@@ -1,6 +1,8 @@
 #include <algorithm>
 #include <iostream>
+#include <map>
 #include <memory>
+#include <string>
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
@@ -57,9 +59,9 @@ CheckedSensors checkAll(session::Session& session, const CommonOptions& options)
 
 using DescriptionFaults = std::vector<Model::DescriptionFault>;
 
-void printFaults(std::ostream& out, const DescriptionFaults& faults) {
+void printFaults(const DescriptionFaults& faults) {
   for (const auto& fault : faults) {
-    out << "In the description: " << ko::log::onOneLine(fault.toText()) << '\n';
+    std::cout << "In the description: " << ko::log::onOneLine(fault.toText()) << '\n';
   }
 }
 
@@ -86,34 +88,50 @@ void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, 
   std::cout << (static_cast<long>(sensors.size()) - failed) << " of " << sensors.size()
             << " sensors work" << (isInterrupted() ? "; interrupted before the others" : "")
             << ".\n";
-  printFaults(std::cout, faults);
+  printFaults(faults);
 }
 
-void printJson(const CheckedSensors& sensors, const DescriptionFaults& faults) {
+void printFaultsAsJson(const DescriptionFaults& faults) {
+  std::map<std::string, nlohmann::ordered_json> lines;
+  for (const auto& fault : faults) lines[fault.sensor].push_back(fault.toText());
+  for (const auto& [sensor, texts] : lines) {
+    std::cout << nlohmann::ordered_json{{"sensorName", sensor}, {"description", texts}} << '\n';
+  }
+}
+
+void printJson(const CheckedSensors& sensors, DescriptionFaults faults) {
   for (const auto& sensor : sensors) {
     nlohmann::ordered_json line{
         {"sensorName", sensor.name}, {"familyName", sensor.family},
         {"works", sensor.works()},   {"result", resultOf(sensor)},
         {"records", sensor.records}, {"points", sensor.points},
         {"why", whyOf(sensor)},      {"health", outlets::toJson(sensor.health)}};
+    std::erase_if(faults, [&](const auto& fault) {
+      if (fault.sensor != sensor.name) return false;
+      line["description"].push_back(fault.toText());
+      return true;
+    });
     std::cout << line << '\n';
   }
-  for (const auto& fault : faults) {
-    const nlohmann::ordered_json line{
-        {"sensorName", fault.sensor}, {"description", fault.what}, {"expected", fault.expected}};
-    std::cout << line << '\n';
-  }
+  // Bumpers are no sensors of their own, and what is no sensor has no line.
+  printFaultsAsJson(faults);
 }
 
 /** Where a robot can't be built, tells what its description alone shows. */
-std::unique_ptr<session::Session> openSession(const CommonOptions& options) {
+std::unique_ptr<session::Session> openSession(const CommonOptions& options,
+                                              outlets::Format format) {
   try {
     return options.openSession();
   } catch (const std::exception&) {
     if (!options.robot) throw;
     const auto& kinds = options.robots.sensors.getKinds();
     const auto description = robot::RobotDescription::fromFile(options.findRobot(), kinds);
-    printFaults(std::cerr, Model::findDescriptionFaults(description.model, kinds));
+    const auto faults = Model::findDescriptionFaults(description.model, kinds);
+    if (format == outlets::Format::json) {
+      printFaultsAsJson(faults);
+    } else {
+      printFaults(faults);
+    }
     throw;
   }
 }
@@ -122,7 +140,7 @@ int check(const CommonOptions& options) {
   const outlets::Format format =
       outlets::parseFormat(options.format, {outlets::Format::table, outlets::Format::json});
   const QuietLog quiet;
-  const auto session = openSession(options);
+  const auto session = openSession(options, format);
   const CheckedSensors sensors = checkAll(*session, options);
   const auto failed = std::count_if(sensors.begin(), sensors.end(),
                                     [](const auto& sensor) { return !sensor.works(); });

@@ -36,8 +36,9 @@ void checkKeyCount(const SensorConfig& config, const KeyRule& rule, Faults& faul
 }
 
 void checkRange(const SensorConfig& config, Faults& faults) {
-  const auto view = SensorProperties(config).getFieldOfView();
-  if (view.minRange <= view.maxRange) return;
+  const SensorProperties properties(config);
+  const auto view = properties.getFieldOfView();
+  if (!properties.has("maximumDetectionDistance") || view.minRange <= view.maxRange) return;
   faults.push_back({config.name, "minimumDetectionDistance is above maximumDetectionDistance",
                     "at most " + config.properties.at("maximumDetectionDistance")});
 }

@@ -10,11 +10,10 @@ using sensor::SensorOrder;
 
 Model::PointMeaning meaningFrom(const std::string& name) {
   using Model::PointMeaning;
-  static const std::map<std::string, PointMeaning> meanings = {{"arc", PointMeaning::arc},
-                                                               {"scan", PointMeaning::scan},
-                                                               {"zone", PointMeaning::zone},
-                                                               {"sighting", PointMeaning::sighting},
-                                                               {"touch", PointMeaning::touch}};
+  static const std::map<std::string, PointMeaning> meanings = {
+      {"arc", PointMeaning::arc},     {"scan", PointMeaning::scan},
+      {"zone", PointMeaning::zone},   {"sighting", PointMeaning::sighting},
+      {"floor", PointMeaning::floor}, {"touch", PointMeaning::touch}};
   const auto found = meanings.find(name);
   if (found != meanings.end()) return found->second;
   throw py::value_error("\"arc\", \"scan\", \"zone\", \"sighting\" or \"touch\" expected, \"" +

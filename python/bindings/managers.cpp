@@ -85,6 +85,24 @@ py::object lastTrouble(const ManagerHandle& handle, const std::string& sensor) {
   return trouble ? toPython(*trouble) : py::none();
 }
 
+py::object healthToPython(const sensor::SensorHealth& health) {
+  static const py::handle type = typeNamed("Health");
+  return type(getName(health.state), health.since.time_since_epoch().count(), health.reason,
+              health.remedy, health.times);
+}
+
+py::object healthOf(const ManagerHandle& handle, const std::string& sensor) {
+  const auto health = ask(handle, [&](auto& manager) { return manager.getHealth(sensor); });
+  return health ? healthToPython(*health) : py::none();
+}
+
+py::dict allHealth(const ManagerHandle& handle) {
+  py::dict all;
+  const auto health = ask(handle, [](auto& manager) { return manager.getHealth(); });
+  for (const auto& [sensor, state] : health) all[py::str(sensor)] = healthToPython(state);
+  return all;
+}
+
 using Manager = py::class_<ManagerHandle, std::shared_ptr<ManagerHandle>>;
 
 void bindReading(Manager& type) {
@@ -115,6 +133,37 @@ Why a sensor fails: its last warning or error; also of one that could not be bui
             return ask(handle, [](auto& manager) { return manager.getSubscribers(); });
           },
           "get_subscribers() -> set[str]");
+}
+
+void bindHealth(Manager& type) {
+  type.def("get_health", &healthOf, "sensor"_a,
+           R"(get_health(sensor: str) -> Health | None
+
+How a sensor is and why; also of one that could not be built. None for a name that there is not.)")
+      .def("get_all_health", &allHealth,
+           R"(get_all_health() -> dict[str, Health]
+
+Of every sensor, by name.)")
+      .def(
+          "set_health_limit",
+          [](const ManagerHandle& handle, const std::string& rule) {
+            const auto parsed = sensor::parseHealthRule(rule);
+            return ask(handle, [&](auto& manager) { return manager.setHealthLimit(parsed); });
+          },
+          "rule"_a,
+          R"(set_health_limit(rule: str) -> bool
+
+Changes what counts as too much: "FrontLaser:age=0.5", "Sonar:turn=off", or "age=0.5" for all. False
+for a name that there is not; ValueError for a rule that is none.)")
+      .def(
+          "watch_health",
+          [](const ManagerHandle& handle, bool on) {
+            ask(handle, [on](auto& manager) { manager.watchHealth(on); });
+          },
+          "on"_a,
+          R"(watch_health(on: bool) -> None
+
+Whether records are watched, as they are at first; switches and hardware always are.)");
 }
 
 void bindSwitches(Manager& type) {
@@ -252,6 +301,7 @@ ValueError.)")
       .def("subscription", &subscription, "subscriber"_a, "names"_a = py::none(), kSubscription);
   bindBlock(type);
   bindReading(type);
+  bindHealth(type);
   bindSwitches(type);
   bindQuestions(type);
   bindSimulated(module);

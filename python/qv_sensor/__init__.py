@@ -44,13 +44,14 @@ from ._core import (
 from ._plot import plot
 from ._subscription import Subscription
 from ._table import records_to_table
-from ._types import Check, Echo, LogRecord, Pose2D, SensorOrder, seconds
+from ._types import Check, Echo, Health, LogRecord, Pose2D, SensorOrder, seconds
 
 __all__ = [
     "Broker",
     "Check",
     "Echo",
     "FloorHole",
+    "Health",
     "LiveServer",
     "LogRecord",
     "Module",

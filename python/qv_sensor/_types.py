@@ -38,6 +38,16 @@ class Echo(NamedTuple):
     angular_range: float
 
 
+class Health(NamedTuple):
+    """How a sensor is: since when (nanoseconds of clock()), why, what brings it back, and how often so far."""
+
+    state: HealthState
+    since: int
+    reason: str
+    remedy: str
+    times: int
+
+
 class Check(NamedTuple):
     """What became of a sensor that was checked; `verdict` is "works" or says what it does not."""
 
@@ -70,6 +80,7 @@ PositionLike = Union[Sequence[float], ArrayLike]
 PathLike = Union[str, "os.PathLike[str]"]
 Names = Union[str, Iterable[str], None]
 Value = Any
+HealthState = Literal["off", "starting", "sound", "suspect", "frozen", "noisy", "late", "silent", "failing"]
 FaultKind = Literal["off", "stuck", "garbage", "wrong", "slow", "delayed", "intermittent"]
-PointMeaning = Literal["arc", "scan", "zone", "sighting", "touch"]
+PointMeaning = Literal["arc", "scan", "zone", "sighting", "floor", "touch"]
 LogLevel = Literal["silent", "fatal", "error", "warning", "info", "verbose"]

@@ -33,6 +33,7 @@ from ._types import (
     Check,
     Echo,
     FaultKind,
+    Health,
     LogLevel,
     LogRecord,
     Names,

@@ -55,7 +55,7 @@ HealthLimits::HealthLimits(ko::Duration period) {
   set(HealthLimit::garbage, 0.25);
   set(HealthLimit::turn, 0.5);
   set(HealthLimit::distance, 0.5);
-  set(HealthLimit::disagreement, 3.0);
+  set(HealthLimit::disagreement, 6.0);
   set(HealthLimit::recovery, 2.0);
 }
 

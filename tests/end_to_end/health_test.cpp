@@ -22,7 +22,7 @@ using enum sensor::HealthState;
 
 // Seconds: a window for each kind of fault, and a pause to recover in.
 constexpr double kFirst = 4.0;
-constexpr double kFailing = 10.0;
+constexpr double kFailing = 14.0;
 constexpr double kHealing = 8.0;
 constexpr int kFaultKinds = 7;
 
@@ -39,11 +39,11 @@ constexpr Expected kCantBeTold{};
 
 /** In the order of the kinds: off, stuck, garbage, wrong, slow, delayed, intermittent. */
 using Row = std::array<Expected, kFaultKinds>;
-constexpr Row kOfFrontSonar{{{silent}, {frozen}, {noisy}, {suspect, 7.0}, {}, {}, {silent}}};
+constexpr Row kOfFrontSonar{{{silent}, {frozen}, {noisy}, {suspect, 10.0}, {}, {}, {silent}}};
 constexpr Row kOfBackSonar{{{silent}, {frozen}, {noisy}, kCantBeTold, {}, {}, {silent}}};
-constexpr Row kOfSeen{{{late}, {frozen}, {noisy}, {suspect, 7.0}, {late}, {late}, {late}}};
+constexpr Row kOfSeen{{{late}, {frozen}, {noisy}, {suspect, 10.0}, {late}, {late}, {late}}};
 // It sees no farther than 1.5 m, and so it has little to contradict.
-constexpr Row kOfShovel{{{late}, {frozen}, {noisy}, {suspect, 9.0}, {late}, {late}, {late}}};
+constexpr Row kOfShovel{{{late}, {frozen}, {noisy}, {suspect, 13.0}, {late}, {late}, {late}}};
 constexpr Row kOfSideLaser{{{late}, {frozen}, {noisy}, kCantBeTold, {late}, {late}, {late}}};
 constexpr Row kOfHoleLaser{{{late}, kCantBeTold, {noisy}, kCantBeTold, {late}, {late}, {late}}};
 constexpr Row kOfBlindZone{{{silent}, {}, {noisy}, {}, {}, {}, {silent}}};
@@ -120,9 +120,11 @@ struct HealthMatrixTest : testing::TestWithParam<std::tuple<std::string, int>> {
     const Expected& expected = kMatrix.at(faulty)[static_cast<std::size_t>(kind)];
     std::optional<Told> first;
     std::optional<Told> last;
+    bool isNamedByOther = false;
     for (const Told& told : all) {
       if (told.time < begin || told.time >= begin + kFailing + kHealing) continue;
       if (told.sensor != own) {
+        isNamedByOther |= told.reason.find(own) != std::string::npos;
         EXPECT_TRUE(!isFault(told.state) || (told.state == suspect && expected.state == suspect))
             << testing::PrintToString(told);
         continue;
@@ -138,6 +140,7 @@ struct HealthMatrixTest : testing::TestWithParam<std::tuple<std::string, int>> {
     EXPECT_EQ(getName(first->state), std::string(getName(expected.state)));
     EXPECT_LE(first->time - begin, expected.within) << testing::PrintToString(*first);
     EXPECT_EQ(last->state, sound) << testing::PrintToString(*last);
+    EXPECT_EQ(isNamedByOther, expected.state == suspect);
   }
 
   const std::string faulty = std::get<0>(GetParam());

@@ -37,6 +37,24 @@ def test_a_session_is_driven_looked_at_and_ends(session):
     assert snapshot.pose.x > 3.5 and laser.hits.sum() == laser.hits.sum()
 
 
+def test_health_names_the_cause(session):
+    manager = session.manager
+    assert manager.get_health("FrontLaser").state == "off"
+    with session.subscription("test", ["Laser"]):
+        session.run(qv.seconds(2))
+        assert manager.get_all_health()["FrontLaser"].state == "sound"
+        session.set_fault("FrontLaser", "delayed")
+        session.run(qv.seconds(2))
+        late = manager.get_health("FrontLaser")
+        assert (late.state, late.times) == ("late", 1) and "limit" in late.reason
+        assert manager.set_health_limit("FrontLaser:age=off")
+        session.run(qv.seconds(3))
+        assert manager.get_health("FrontLaser").state == "sound"
+    assert manager.get_health("Nobody") is None
+    with pytest.raises(ValueError, match="age"):
+        manager.set_health_limit("FrontLaser:agee=1")
+
+
 def test_a_run_in_pieces_is_the_run(session):
     def drive(pieces):
         world = qv.WorldOptions(range_noise=0.01, seed=7, random_people=2)

@@ -64,7 +64,7 @@ INSTANTIATE_TEST_SUITE_P(
              1,
              0,
              0,
-             std::hypot(0.1f, 0.05f),
+             Math::norm(Math::Position3D(0.1f, 0.05f, 0.0f)),
              1},
         Case{"Touch", PointMeaning::touch, {{-0.1f, 0.0f, 0.0f}}, 1, 0, 0, std::nullopt}),
     [](const auto& record) { return record.param.name; });

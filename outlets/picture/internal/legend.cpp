@@ -86,7 +86,7 @@ void drawScaleBar(cv::Mat& page, double pixelsPerMetre, int y) {
 std::string captionFor(session::Frame frame) {
   if (frame == session::Frame::robot) {
     return "Thick arcs: ranges without direction; filled zones: something is in them. What is out "
-           "of range and the floor under a depth camera or a hole laser are left out.";
+           "of range and the floor are left out.";
   }
   return "Simulated fans all look along the robot's heading. Thick arcs: nearest echoes. Rays that "
          "met nothing are left out.";
