@@ -103,6 +103,28 @@ test('a recorded robot: every message, in place on the map', async () => {
   assert.equal(data.length, width * height);
 });
 
+test('a recorded robot: what its drivers measured', async () => {
+  const measured = JSON.parse(readFileSync(`${folder}/measured.json`, 'utf8'));
+  const { messages } = await readIndexed(new Uint8Array(readFileSync(`${folder}/run.mcap`)));
+  const last = new Map(messages.map(({ topic, message }) => [topic, message]));
+  const { range, max_range: farthest } = last.get('/FrontSonar/range');
+  assert.ok(measured.range < farthest);
+  assert.equal(range, measured.range);
+
+  const scan = last.get('/FrontLaser/scan');
+  const met = measured.ranges.map((distance) => (distance < scan.range_max ? distance : 'Infinity'));
+  assert.ok(new Set(met).size > 2);
+  assert.deepEqual(scan.ranges, met);
+
+  const { pose, twist } = last.get('/odom');
+  const { position, orientation } = pose.pose;
+  const { linear, angular } = twist.twist;
+  assert.ok(measured.velocity[0] > 0 && measured.velocity[2] > 0);
+  assert.deepEqual([position.x, position.y], measured.odometry.slice(0, 2));
+  assert.ok(Math.abs(2 * Math.atan2(orientation.z, orientation.w) - measured.odometry[2]) < 1e-6);
+  assert.deepEqual([linear.x, linear.y, angular.z], measured.velocity);
+});
+
 test('what rosbag2 needs to play it is there', async () => {
   const { reader } = await readIndexed(new Uint8Array(readFileSync(`${folder}/none.mcap`)));
   for (const channel of reader.channelsById.values()) {

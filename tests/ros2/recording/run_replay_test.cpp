@@ -7,6 +7,7 @@
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 
+#include "platform/ko/log.h"
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
@@ -225,6 +226,24 @@ TEST_F(RunReplayTest, cloudsArePlacedWhateverFrameTheyAreIn) {
     EXPECT_NEAR(records[0].points[0].x, 2.0f, 0.02f) << frame;
     EXPECT_NEAR(records[0].points[0].y, 0.0f, 0.02f) << frame;
   }
+}
+
+TEST_F(RunReplayTest, ofATopicThatBeginsTooLateOneWarningTells) {
+  {
+    BagWriter bag(path);
+    const auto early = bag.addTopic(makeBagTopic("/early", sensor_msgs::PointCloud2::getType()));
+    const auto late = bag.addTopic(makeBagTopic("/late", sensor_msgs::PointCloud2::getType()));
+    for (const std::uint64_t second : {1, 40, 41, 42})
+      bag.write(second > 40 ? late : early, second * 1'000'000'000, cloudOf("base", {}));
+  }
+  std::vector<std::string> warnings;
+  const ko::log::ScopedSink sink(ko::log::Level::warning, [&](const ko::log::Record& line) {
+    warnings.push_back(line.message);
+  });
+  RunReplay replay(path);
+  while (replay.getSession().step()) {
+  }
+  EXPECT_THAT(warnings, testing::ElementsAre(StartsWith("/late: not played")));
 }
 
 TEST_F(RunReplayTest, whatCanNotBePlayedIsRefusedByALineThatSaysWhy) {
