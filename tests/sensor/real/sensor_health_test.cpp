@@ -119,7 +119,7 @@ TEST_F(SensorHealthTest, eachFaultIsNamedWithItsFiguresAndHasItsWayBack) {
     faults.clear();
     reasons.clear();
     fault.fail(*this);
-    EXPECT_TRUE(becomes("Left", fault.state, 5.0)) << getName(health("Left").state);
+    EXPECT_TRUE(becomes("Left", fault.state, 9.0)) << getName(health("Left").state);
     EXPECT_NE(health("Left").remedy, "");
     EXPECT_THAT(faults, Contains(std::string("Left ") + getName(fault.state)));
     EXPECT_THAT(reasons, Contains(HasSubstr(fault.reason)));
