@@ -40,8 +40,8 @@ void appendNeeded(const Layout& layout, std::set<std::string>& known, std::strin
     if (field.type != nullptr) needed[field.type->getName()] = field.type;
   for (const auto& [name, type] : needed) {
     if (!known.insert(name).second) continue;
-    text +=
-        std::string(80, '=') + "\nMSG: " + shortNameOf(name) + "\n" + linesOf(type->getLayout());
+    text.append(80, '=').append("\nMSG: " + shortNameOf(name) + "\n");
+    text += linesOf(type->getLayout());
     appendNeeded(type->getLayout(), known, text);
   }
 }

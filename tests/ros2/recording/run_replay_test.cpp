@@ -1,7 +1,6 @@
 #include "ros2/recording/run_replay.h"
 
 #include <cmath>
-#include <cstring>
 #include <numbers>
 
 #include <boost/make_shared.hpp>
@@ -76,8 +75,8 @@ sensor_msgs::PointCloud2 cloudOf(const std::string& frame,
   cloud.width = static_cast<std::uint32_t>(points.size());
   cloud.fields = {{"x", 0, 7, 1}, {"y", 4, 7, 1}, {"z", 8, 7, 1}};
   cloud.point_step = sizeof(Math::Position3D);
-  cloud.data.resize(points.size() * sizeof(Math::Position3D));
-  std::memcpy(cloud.data.data(), points.data(), cloud.data.size());
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(points.data());
+  cloud.data.assign(bytes, bytes + points.size() * sizeof(Math::Position3D));
   return cloud;
 }
 
