@@ -28,7 +28,7 @@ const Names kAllSensors{"BackSonar",  "BlindZone",   "DepthCamera", "FrontLaser"
 #if defined(__SANITIZE_THREAD__)
 constexpr int kStride = 23;
 #elif defined(__SANITIZE_ADDRESS__)
-constexpr int kStride = 13;
+constexpr int kStride = 29;
 #else
 constexpr int kStride = 5;
 #endif
