@@ -196,6 +196,27 @@ TEST_F(SensorHealthTest, aSubscriptionWaitsForFreshRecordsAndSaysWhatWasMissing)
   left().stamp = [] { return ko::Clock::now(); };
   EXPECT_THAT(subscription.awaitRecords(milliseconds(500)), IsEmpty());
   EXPECT_LT(ko::Clock::now() - start, milliseconds(1000));
+  const ScopedSubscription toNobody(*sut, "me", {"Nobody"});
+  EXPECT_THAT(toNobody.awaitRecords(milliseconds(0)),
+              ElementsAre(testing::Pair("Nobody", "there is no such sensor or family")));
+}
+
+TEST_F(SensorHealthTest, theOnlySensorWantedIsToldOfThoughItNeverStarts) {
+  left().subscribeSucceeds = false;
+  sut->subscribe("me", "Left");
+  time.advance(milliseconds(500));
+  EXPECT_THAT(faults, ElementsAre("Left failing"));
+}
+
+TEST_F(SensorHealthTest, nothingIsLateBecauseNobodyWatched) {
+  sut->subscribe("me");
+  time.advance(milliseconds(500));
+  sut->watchHealth(false);
+  time.advance(boost::chrono::seconds(60));
+  sut->watchHealth(true);
+  EXPECT_EQ(health("Left").state, sound) << health("Left").reason;
+  time.advance(boost::chrono::seconds(3));
+  EXPECT_THAT(faults, testing::IsEmpty());
 }
 
 TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
