@@ -212,7 +212,11 @@ TEST_F(SensorHealthTest, nothingIsLateBecauseNobodyWatched) {
   sut->subscribe("me");
   time.advance(milliseconds(500));
   sut->watchHealth(false);
-  time.advance(boost::chrono::seconds(60));
+  // Asked all the time: no leap of the clock excuses it.
+  for (int i = 0; i < 30; ++i) {
+    time.advance(milliseconds(100));
+    EXPECT_EQ(health("Left").state, sound);
+  }
   sut->watchHealth(true);
   EXPECT_EQ(health("Left").state, sound) << health("Left").reason;
   time.advance(boost::chrono::seconds(3));
