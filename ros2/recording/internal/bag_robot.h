@@ -28,6 +28,6 @@ class BagRobot : public session::SessionRobot {
 };
 
 /** What of the world a robot without a map knows: nothing, 30 m around its start. */
-boost::shared_ptr<OccupancyMap> makeUnknownMap();
+QV_API boost::shared_ptr<OccupancyMap> makeUnknownMap();
 
 }  // namespace QV::ros2

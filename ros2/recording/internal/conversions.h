@@ -34,7 +34,7 @@ Math::Transform transformOf(const geometry_msgs::Transform& transform);
 
 nav_msgs::OccupancyGrid gridOf(const OccupancyMap& map);
 /** std::runtime_error for one that is no map. */
-OccupancyMap mapOf(const nav_msgs::OccupancyGrid& grid);
+QV_API OccupancyMap mapOf(const nav_msgs::OccupancyGrid& grid);
 
 /** All but the points. */
 qv_msgs::MetricalData messageWithoutPoints(const Math::MetricalData& record);

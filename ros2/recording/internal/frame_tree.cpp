@@ -1,8 +1,10 @@
 #include "ros2/recording/internal/frame_tree.h"
 
 #include <algorithm>
+#include <stdexcept>
 
 #include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/message_checks.h"
 
 namespace QV::ros2 {
 namespace {
@@ -17,10 +19,34 @@ std::string withoutSlash(const std::string& frame) {
 }
 
 void FrameTree::add(const tf2_msgs::TFMessage& message) {
+  std::string wrong;
   for (const auto& transform : message.transforms) {
-    links[withoutSlash(transform.child_frame_id)] = {withoutSlash(transform.header.frame_id),
-                                                     transformOf(transform.transform)};
+    try {
+      xAdd(transform);
+    } catch (const std::runtime_error& error) {
+      if (wrong.empty()) wrong = error.what();
+    }
   }
+  if (!wrong.empty()) throw std::runtime_error(wrong);
+}
+
+void FrameTree::xAdd(const geometry_msgs::TransformStamped& transform) {
+  const std::string child = withoutSlash(transform.child_frame_id);
+  const std::string parent = withoutSlash(transform.header.frame_id);
+  if (child.empty() || parent.empty())
+    throw std::runtime_error("frames with names expected, \"" + child + "\" in \"" + parent +
+                             "\" given");
+  auto placed = transform.transform;
+  try {
+    checkPosition(placed.translation);
+    placed.rotation = soundRotation(placed.rotation);
+  } catch (const std::runtime_error& error) {
+    throw std::runtime_error("frame " + child + ": " + error.what());
+  }
+  if (std::ranges::count(xAncestorsOf(parent), child, &Link::parent) > 0)
+    throw std::runtime_error("frame " + child + ": a tree expected, a ring through " + parent +
+                             " given");
+  links[child] = {parent, transformOf(placed)};
 }
 
 std::vector<FrameTree::Link> FrameTree::xAncestorsOf(const std::string& frame) const {

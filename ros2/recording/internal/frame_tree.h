@@ -10,10 +10,11 @@
 
 namespace QV::ros2 {
 
-/** The frames of a recording: each by its parent, as last told. A slash before a name is nothing.
- */
-class FrameTree {
+/** The frames of a robot: each by its parent, as last told. A slash before a name is nothing. */
+class QV_API FrameTree {
  public:
+  /** Throws std::runtime_error for the first transform that is none or closes a ring of frames,
+   * when the others are added. */
   void add(const tf2_msgs::TFMessage& message);
 
   bool has(const std::string& frame) const { return links.count(frame) > 0; }
@@ -27,6 +28,7 @@ class FrameTree {
     std::string parent;
     Math::Transform placed;
   };
+  void xAdd(const geometry_msgs::TransformStamped& transform);
   /** From a frame on, those that it hangs on: where the frame is in each. */
   std::vector<Link> xAncestorsOf(const std::string& frame) const;
 

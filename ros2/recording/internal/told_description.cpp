@@ -1,5 +1,6 @@
 #include <array>
 #include <cmath>
+#include <string_view>
 
 #include "platform/middleware/qv_value.h"
 #include "ros2/recording/internal/topic_survey.h"
@@ -10,6 +11,16 @@ namespace {
 // The same in every locale.
 std::string textOf(float value) {
   return QVValue(value).toText();
+}
+
+// A recording may call a topic anything.
+std::string escaped(const std::string& text) {
+  std::string result;
+  for (const char letter : text) {
+    const bool isPlain = std::string_view("&<\"").find(letter) == std::string_view::npos;
+    result += isPlain ? std::string(1, letter) : "&#" + std::to_string(int{letter}) + ";";
+  }
+  return result;
 }
 
 std::string property(const char* name, const std::string& value) {
@@ -38,10 +49,17 @@ const char* typeOf(ToldSort sort) {
       return "Sonar";
     case ToldSort::contact:
       return "BlindZone";
+    case ToldSort::touch:
+      return "Touch";
     case ToldSort::depth:
       return "DepthCamera";
   }
   return "";
+}
+
+/** `what` is "range", "mode", "time", or of a beam its number and X or Y. */
+std::string keyOf(const ToldSensor& sensor, const std::string& what) {
+  return "Recording/" + sensor.name + "/" + what;
 }
 
 std::string detailsOf(const ToldSensor& sensor) {
@@ -55,6 +73,8 @@ std::string detailsOf(const ToldSensor& sensor) {
     case ToldSort::range:
     case ToldSort::contact:
       return "    <memory_key>" + keyOf(sensor, "range") + "</memory_key>\n";
+    case ToldSort::touch:
+      return "";
     case ToldSort::depth:
       return property("verticalAngularRange", textOf(sensor.verticalAperture)) +
              property("modelCode", "1");
@@ -64,17 +84,14 @@ std::string detailsOf(const ToldSensor& sensor) {
 
 std::string describe(const ToldSensor& sensor) {
   return "  <sensor name=\"" + sensor.name + "\" type=\"" + typeOf(sensor.sort) + "\">\n" +
-         originOf(sensor.mounting) + property("minimumDetectionDistance", textOf(sensor.minRange)) +
+         originOf(sensor.mounting) + property("topic", escaped(sensor.topic)) +
+         property("minimumDetectionDistance", textOf(sensor.minRange)) +
          property("maximumDetectionDistance", textOf(sensor.maxRange)) +
          property("horizontalAngularRange", textOf(sensor.aperture)) + detailsOf(sensor) +
          "  </sensor>\n";
 }
 
 }  // namespace
-
-std::string keyOf(const ToldSensor& sensor, const std::string& what) {
-  return "Recording/" + sensor.name + "/" + what;
-}
 
 std::string describe(const TopicSurvey& survey) {
   std::string xml = "<robot name=\"recorded\">\n  <kind code=\"1\"/>\n  <link name=\"body\"/>\n";

@@ -11,6 +11,11 @@ inline constexpr char kRecordsTopic[] = "/qv/records";
 inline constexpr char kDescriptionTopic[] = "/robot_description";
 inline constexpr char kMapTopic[] = "/map";
 
+/** Of a sensor, what its driver measured: "scan", "range", "contact" or "image". */
+inline std::string driverTopicOf(const std::string& sensor, const char* what) {
+  return "/" + sensor + "/" + what;
+}
+
 /** Of a sensor's points. */
 inline std::string cloudTopicOf(const std::string& sensor) {
   return "/" + sensor + "/points";

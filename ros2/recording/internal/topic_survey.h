@@ -1,26 +1,35 @@
 #pragma once
 
 #include <map>
-#include <numbers>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
 
-#include "ros2/bag/bag_reader.h"
+#include "platform/model/robot.h"
+#include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/frame_tree.h"
 
 namespace QV::ros2 {
 
-constexpr float kFullTurn = 2.0f * std::numbers::pi_v<float>;
+/** Radians, and no more than there are in one. */
+constexpr float kFullTurn = 6.283185f;
 
-/** Whether its messages are of this type. */
+/** What somebody has published, CDR. */
+struct ToldMessage {
+  const std::string& topic;
+  const std::string& type;
+  BytesView cdr;
+};
+
+/** Whether messages of this type are such. */
 template <typename Message>
-bool isOf(const BagTopic& topic) {
-  return topic.encoding == "cdr" && topic.type == Message::getType().getName();
+bool isOf(const std::string& type) {
+  return type == Message::getType().getName();
 }
 
-/** What of another robot's topic a sensor is made. */
-enum class ToldSort { scan, range, contact, depth, cloud };
+/** What of another robot's topic a sensor is made; a touch is one of a sensor without a range. */
+enum class ToldSort { scan, range, contact, touch, depth, cloud };
 
 /** A sensor as its first message shows it. Metres, radians. */
 struct ToldSensor {
@@ -37,12 +46,12 @@ struct ToldSensor {
   /** About the x axis of its mounting, half of it on each side. */
   float aperture = 0.0f;
   float verticalAperture = 0.0f;
-  /** Of a scan: from its frame's x axis to the mounting's. */
-  float middle = 0.0f;
+  /** Of a scan, see middleOf; nothing before the first of a sensor that a description names. */
+  std::optional<float> middle = std::nullopt;
   std::size_t beams = 0;
 };
 
-/** What another robot's recording can be played to. */
+/** What another robot's topics tell, and of which sensors. */
 struct TopicSurvey {
   /** By topic. */
   std::map<std::string, ToldSensor> sensors;
@@ -55,16 +64,41 @@ struct TopicSurvey {
   std::set<std::string> missing;
 };
 
+/** From the x axis of a scan's frame to that of its sensor: the middle of the beams, or the same
+ * axis where they go all around. Radians. */
+QV_API float middleOf(const sensor_msgs::LaserScan& scan);
+
+/** Finds out from the first message of each topic which sensors a robot has. */
+class QV_API TopicSurveyor {
+ public:
+  /** A topic that there is: one that makes a sensor is missing until it has spoken. */
+  void expect(const std::string& topic, const std::string& type);
+  /** One that can't be understood leaves the topic to the next. */
+  void take(const ToldMessage& message);
+  /** Whether every topic that makes a sensor has spoken. */
+  bool isComplete() const { return survey.missing.empty(); }
+  /** std::runtime_error if no topic makes a sensor. Once. */
+  TopicSurvey make();
+
+ private:
+  void xTake(const ToldMessage& message);
+  void xFindBase();
+  void xMount(ToldSensor& sensor) const;
+  void xMountCamera(ToldSensor& sensor) const;
+
+  TopicSurvey survey;
+  std::set<std::string> names;
+  std::set<std::string> refused;
+  std::vector<sensor_msgs::CameraInfo> infos;
+};
+
 /**
- * Reads the first half a minute and what of each topic comes first. std::runtime_error if no topic
- * makes a sensor; messages that can't be understood are left out.
+ * Of the topics that each sensor of a description names, or that recordings give it, which begin
+ * with `prefix` then. std::runtime_error for two sensors of one topic.
  */
-TopicSurvey surveyTopics(const std::string& path);
+QV_API TopicSurvey surveyDescription(const Model::Robot& robot, const std::string& prefix = {});
 
-/** A URDF of a robot with these sensors, each with the memory keys of keyOf. */
-std::string describe(const TopicSurvey& survey);
-
-/** Of a sensor: `what` is "range", "mode", "time", or of a beam its number and X or Y. */
-std::string keyOf(const ToldSensor& sensor, const std::string& what);
+/** A URDF of a robot with these sensors, each with memory keys after its name. */
+QV_API std::string describe(const TopicSurvey& survey);
 
 }  // namespace QV::ros2

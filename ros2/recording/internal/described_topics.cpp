@@ -1,0 +1,66 @@
+#include <optional>
+#include <stdexcept>
+
+#include "platform/model/sensor_properties.h"
+#include "ros2/recording/internal/sensor_sorts.h"
+#include "ros2/recording/internal/topic_names.h"
+#include "ros2/recording/internal/topic_survey.h"
+
+namespace QV::ros2 {
+namespace {
+
+struct Said {
+  ToldSort sort;
+  const char* what;
+};
+
+std::optional<Said> saidBy(const Model::SensorConfig& config) {
+  switch (sortOf(config)) {
+    case SensorSort::scan:
+      return Said{ToldSort::scan, "scan"};
+    case SensorSort::range:
+      return Said{ToldSort::range, "range"};
+    case SensorSort::contact:
+      return Said{config.memoryKeys.empty() ? ToldSort::touch : ToldSort::contact, "contact"};
+    case SensorSort::camera:
+      return Said{ToldSort::depth, "image"};
+    case SensorSort::other:
+      break;
+  }
+  return std::nullopt;
+}
+
+ToldSensor sensorOf(const Model::SensorConfig& config, const Said& said,
+                    const std::string& prefix) {
+  const Model::SensorProperties properties(config);
+  const auto view = properties.getFieldOfView();
+  ToldSensor sensor;
+  sensor.sort = said.sort;
+  sensor.name = config.name;
+  sensor.topic = properties.getText("topic");
+  if (sensor.topic.empty()) sensor.topic = prefix + driverTopicOf(config.name, said.what);
+  sensor.minRange = view.minRange;
+  sensor.maxRange = view.maxRange;
+  sensor.beams = config.memoryKeys.size() / 2;
+  return sensor;
+}
+
+}  // namespace
+
+TopicSurvey surveyDescription(const Model::Robot& robot, const std::string& prefix) {
+  TopicSurvey survey;
+  survey.base = robot.rootLink;
+  survey.odometryTopic = prefix + "/odom";
+  for (const auto& [name, config] : robot.sensorConfigs) {
+    const auto said = saidBy(config);
+    if (!said) continue;
+    const ToldSensor sensor = sensorOf(config, *said, prefix);
+    const auto [other, isNew] = survey.sensors.emplace(sensor.topic, sensor);
+    if (!isNew)
+      throw std::runtime_error("a topic for each sensor expected, " + sensor.topic + " given for " +
+                               other->second.name + " and " + name);
+  }
+  return survey;
+}
+
+}  // namespace QV::ros2

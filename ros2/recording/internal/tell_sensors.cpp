@@ -1,0 +1,209 @@
+#include <algorithm>
+#include <cmath>
+#include <stdexcept>
+
+#include "platform/middleware/contracts/navigation_contract.h"
+#include "platform/model/sensor_properties.h"
+#include "platform/vision/qv_image.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/recording/internal/cloud_points.h"
+#include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/message_checks.h"
+#include "ros2/recording/internal/told_modules.h"
+
+namespace QV::ros2 {
+namespace {
+
+// What is beyond the maximum is no echo to any sensor.
+constexpr float kBeyond = 1.0f;
+constexpr int kBumper = 2;
+
+/** A sensor that is told where it is by the frame of its messages can't take those of another. */
+void checkFrame(const ToldSensor& sensor, const std_msgs::Header& header) {
+  if (!sensor.frame.empty() && withoutSlash(header.frame_id) != sensor.frame)
+    throw std::runtime_error("frame " + sensor.frame + " expected, \"" + header.frame_id +
+                             "\" given");
+}
+
+bool isEcho(const ToldSensor& sensor, float range) {
+  return range >= sensor.minRange && range < sensor.maxRange;
+}
+
+/** The beam of the nearest echo of those from `first` on and before `end`. */
+std::size_t nearestOf(const ToldSensor& sensor, const std::vector<float>& ranges, std::size_t first,
+                      std::size_t end) {
+  std::size_t nearest = first;
+  for (std::size_t i = first + 1; i < end; ++i) {
+    const bool isNearer = !isEcho(sensor, ranges[nearest]) || ranges[i] < ranges[nearest];
+    if (isEcho(sensor, ranges[i]) && isNearer) nearest = i;
+  }
+  return nearest;
+}
+
+QVValue personOf(const vision_msgs::Detection3D& detection) {
+  const auto& [x, y, z] = detection.bbox.center.position;
+  checkPosition({x, y, z});
+  const double distance = std::sqrt(x * x + y * y + z * z);
+  return QVValue::array(0, static_cast<float>(distance),
+                        static_cast<float>(std::atan2(-z, std::hypot(x, y))),
+                        static_cast<float>(std::atan2(y, x)));
+}
+
+bool movesByItself(const Model::JointConfig& joint) {
+  using Model::JointType;
+  return !joint.mimic &&
+         (joint.type == JointType::revolute || joint.type == JointType::continuous ||
+          joint.type == JointType::prismatic);
+}
+
+}  // namespace
+
+// A range that is none, as 0 often is, has met nothing.
+void ToldModules::xWriteBeam(const ToldSensor& sensor, std::size_t beam, float range, float angle) {
+  const float told = isEcho(sensor, range) ? range : sensor.maxRange + kBeyond;
+  const auto& keys = xConfigOf(sensor).memoryKeys;
+  memory->insertData(keys[2 * beam], told * std::cos(angle));
+  memory->insertData(keys[2 * beam + 1], told * std::sin(angle));
+}
+
+void ToldModules::xWriteTime(const ToldSensor& sensor, ko::Clock::time_point time) {
+  const std::string key = Model::SensorProperties(xConfigOf(sensor)).getText("timestamp");
+  if (!key.empty()) memory->insertData(key, ko::Clock::toInt32ms(time));
+}
+
+void ToldModules::xWriteRange(const ToldSensor& sensor, const QVValue& value) {
+  memory->insertData(xConfigOf(sensor).memoryKeys.at(0), value);
+}
+
+// Where there are more beams than a sensor has, the nearest of its neighbours counts.
+void ToldModules::xTellScan(ToldSensor& sensor, const sensor_msgs::LaserScan& scan) {
+  checkMessage(scan);
+  checkFrame(sensor, scan.header);
+  const auto time = dating(scan.header.stamp);
+  if (!sensor.middle) sensor.middle = middleOf(scan);
+  const std::size_t count = scan.ranges.size();
+  for (std::size_t i = 0; i < sensor.beams; ++i) {
+    const std::size_t first = i * count / sensor.beams;
+    const std::size_t end = std::max((i + 1) * count / sensor.beams, first + 1);
+    const std::size_t beam = nearestOf(sensor, scan.ranges, first, end);
+    const float angle = scan.angle_min + scan.angle_increment * static_cast<float>(beam);
+    xWriteBeam(sensor, i, scan.ranges[beam], angle - *sensor.middle);
+  }
+  xWriteTime(sensor, time);
+}
+
+void ToldModules::xTellRange(const ToldSensor& sensor, const sensor_msgs::Range& message) {
+  checkMessage(message);
+  checkFrame(sensor, message.header);
+  dating(message.header.stamp);
+  const float range = message.range;
+  const bool isThere = message.min_range == message.max_range ? range <= message.max_range
+                                                              : range <= sensor.maxRange;
+  if (sensor.sort == ToldSort::touch) return xRaiseTouch(sensor, isThere);
+  if (sensor.sort == ToldSort::contact) return xWriteRange(sensor, isThere ? 1.0f : 0.0f);
+  const bool isNear = range < sensor.maxRange;
+  xWriteRange(sensor, isNear ? std::max(range, 0.0f) : sensor.maxRange + kBeyond);
+}
+
+// Told on each change only, as bumpers do.
+void ToldModules::xRaiseTouch(const ToldSensor& sensor, bool isTouched) {
+  {
+    const std::lock_guard lock(mutex);
+    const bool wasTouched = touched.count(sensor.name) > 0;
+    if (wasTouched == isTouched) return;
+    if (isTouched) touched.insert(sensor.name);
+    if (!isTouched) touched.erase(sensor.name);
+  }
+  const QVValue group =
+      QVValue::array(xConfigOf(sensor).parentLink, isTouched, QVValue::array(kBumper));
+  memory->raiseEvent(NavigationContract::kTouchChangedEvent, QVValue::array(group));
+}
+
+void ToldModules::xTellImage(const ToldSensor& sensor, const sensor_msgs::Image& image) {
+  checkFrame(sensor, image.header);
+  const auto time = dating(image.header.stamp);
+  auto depth = depthOf(image);
+  const std::lock_guard lock(mutex);
+  images[sensor.name] = {std::move(depth), time, false};
+}
+
+void ToldModules::xTellCloud(const ToldSensor& sensor, const sensor_msgs::PointCloud2& cloud) {
+  checkMessage(cloud);
+  const auto time = dating(cloud.header.stamp);
+  const std::string frame = withoutSlash(cloud.header.frame_id);
+  const auto placed = survey.frames.find(frame, survey.base);
+  if (!placed)
+    throw std::runtime_error("a frame that hangs together with " + survey.base + " expected, \"" +
+                             frame + "\" given");
+  // A sensor on the floor is one whose height nobody told.
+  constexpr float kLowest = 0.05f;
+  const bool knowsFloor = Math::position3DFromTransform(*placed).z > kLowest;
+  std::vector<float> nearest(sensor.beams, sensor.maxRange);
+  const auto beams = static_cast<float>(sensor.beams);
+  for (const Math::Position3D& point : pointsOf(cloud)) {
+    const Math::Position3D at = *placed * point;
+    if (!std::isfinite(at.x + at.y) || !isObstacle(at, knowsFloor)) continue;
+    const float turn = std::atan2(at.y, at.x) / kFullTurn + 0.5f;
+    const auto beam = std::min(static_cast<std::size_t>(turn * beams), sensor.beams - 1);
+    nearest[beam] = std::min(nearest[beam], std::hypot(at.x, at.y));
+  }
+  for (std::size_t i = 0; i < sensor.beams; ++i) {
+    const float angle = ((static_cast<float>(i) + 0.5f) / beams - 0.5f) * kFullTurn;
+    xWriteBeam(sensor, i, nearest[i], angle);
+  }
+  xWriteTime(sensor, time);
+}
+
+void ToldModules::xTellPeople(BytesView cdr) {
+  constexpr std::int64_t kMicro = 1000;
+  constexpr std::int64_t kSecond = 1'000'000'000;
+  const auto found = fromCdr<vision_msgs::Detection3DArray>(cdr);
+  const auto time = dating(found.header.stamp).time_since_epoch().count();
+  std::vector<QVValue> people;
+  for (const auto& detection : found.detections) people.push_back(personOf(detection));
+  const QVValue stamp = QVValue::array(time / kSecond, time % kSecond / kMicro);
+  memory->raiseEvent(NavigationContract::kPeopleDetectedEvent,
+                     QVValue::array(stamp, people, QVValue(), QVValue(), kDepthCamera));
+}
+
+void ToldModules::xTellJoints(BytesView cdr) {
+  const auto joints = fromCdr<sensor_msgs::JointState>(cdr);
+  checkMessage(joints);
+  std::map<std::string, double> positions;
+  for (const Model::JointConfig& joint : model.joints) {
+    const auto found = std::ranges::find(joints.name, joint.name);
+    if (found == joints.name.end() || joints.position.empty() || !movesByItself(joint)) continue;
+    positions[joint.name] = joints.position[static_cast<std::size_t>(found - joints.name.begin())];
+  }
+  if (!positions.empty()) motion->setJointPositions(positions);
+}
+
+void ToldModules::xTellOdometry(BytesView cdr) {
+  const auto odometry = fromCdr<nav_msgs::Odometry>(cdr);
+  checkMessage(odometry);
+  dating(odometry.header.stamp);
+  const auto& [linear, angular] = odometry.twist.twist;
+  motion->setRobotVelocity(
+      {static_cast<float>(linear.x), static_cast<float>(linear.y), static_cast<float>(angular.z)});
+  const std::lock_guard lock(mutex);
+  if (!survey.frames.has(survey.base)) pose = poseOf(odometry.pose.pose);
+}
+
+// The sound ones of a message count although another one is refused.
+void ToldModules::xTellFrames(BytesView cdr) {
+  const auto placeRobot = [this] {
+    if (!survey.frames.has(survey.base)) return;
+    const auto placed = survey.frames.find(survey.base, survey.frames.rootOf(survey.base));
+    const std::lock_guard lock(mutex);
+    if (placed) pose = Math::pose2DFromTransform(*placed);
+  };
+  try {
+    survey.frames.add(fromCdr<tf2_msgs::TFMessage>(cdr));
+  } catch (const std::runtime_error&) {
+    placeRobot();
+    throw;
+  }
+  placeRobot();
+}
+
+}  // namespace QV::ros2

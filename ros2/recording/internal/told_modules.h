@@ -1,0 +1,117 @@
+#pragma once
+
+#include <functional>
+#include <map>
+#include <memory>
+#include <mutex>
+#include <set>
+#include <string>
+#include <vector>
+
+#include <boost/shared_ptr.hpp>
+#include <opencv2/core.hpp>
+
+#include "platform/api.h"
+#include "platform/middleware/qv_broker.h"
+#include "platform/model/robot.h"
+#include "robot/services/internal/device_manager.h"
+#include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/motion_service.h"
+#include "robot/services/internal/sonar_driver.h"
+#include "robot/services/memory_service.h"
+#include "robot/services/video_device.h"
+#include "ros2/recording/internal/refusal_log.h"
+#include "ros2/recording/internal/topic_survey.h"
+#include "session/internal/run_listener.h"
+
+namespace QV::ros2 {
+
+/** When a message of this stamp was measured; std::runtime_error for a stamp that can't be. */
+using Dating = std::function<ko::Clock::time_point(const builtin_interfaces::Time&)>;
+
+/**
+ * The modules of a robot that messages of others tell what its drivers would: what they measure
+ * goes where sensors read it. A sensor that has been told nothing gives no record. A message that
+ * can't be understood is refused, and RefusalLog says so. Safe from any thread, told by one at a
+ * time.
+ */
+class QV_API ToldModules {
+ public:
+  /** `description` has the sensors of `survey`; `category` is for the log. */
+  ToldModules(const std::string& description, TopicSurvey survey, Dating dating,
+              const std::string& category);
+  ~ToldModules();
+  ToldModules(const ToldModules&) = delete;
+  ToldModules& operator=(const ToldModules&) = delete;
+
+  const boost::shared_ptr<QVBroker>& getBroker() const { return broker; }
+  const Model::Robot& getModel() const { return model; }
+  const TopicSurvey& getSurvey() const { return survey; }
+  Math::Pose2D getPose() const;
+  Math::Pose2D getVelocity() const { return motion->getRobotVelocity(); }
+  bool wantsPeople() const;
+
+  /** Whether anything is made of such a message. */
+  bool hears(const std::string& topic, const std::string& type) const;
+  void tell(const ToldMessage& message);
+  /** As if the sensor of this topic had never been told anything. */
+  void forget(const std::string& topic);
+
+  /** Whether a sensor has been told something, or an image been fetched, since clearNews. */
+  bool isNew(const std::string& sensor) const;
+  void clearNews();
+
+  /** Hears of all that is told, and must outlive that; null for nobody. */
+  void setListener(session::RunListener* newListener);
+
+ private:
+  struct Seen {
+    cv::Mat_<std::uint16_t> depth;
+    ko::Clock::time_point time;
+    bool isShown = true;
+  };
+
+  void xAddModules(const std::string& description);
+  void xAddCameras();
+  void xAddLaserModes();
+  void xShowImage(const std::string& sensor, cv::Mat_<std::uint16_t>& depth,
+                  ko::Clock::time_point& time);
+  void xForget(const ToldSensor& sensor);
+
+  void xTell(const ToldMessage& message);
+  void xTell(ToldSensor& sensor, BytesView cdr);
+  void xTellScan(ToldSensor& sensor, const sensor_msgs::LaserScan& scan);
+  void xTellRange(const ToldSensor& sensor, const sensor_msgs::Range& message);
+  void xTellImage(const ToldSensor& sensor, const sensor_msgs::Image& image);
+  void xTellCloud(const ToldSensor& sensor, const sensor_msgs::PointCloud2& cloud);
+  void xWriteBeam(const ToldSensor& sensor, std::size_t beam, float range, float angle);
+  void xWriteTime(const ToldSensor& sensor, ko::Clock::time_point time);
+  void xWriteRange(const ToldSensor& sensor, const QVValue& value);
+  void xRaiseTouch(const ToldSensor& sensor, bool isTouched);
+  void xTellPeople(BytesView cdr);
+  void xTellJoints(BytesView cdr);
+  void xTellOdometry(BytesView cdr);
+  void xTellFrames(BytesView cdr);
+  const Model::SensorConfig& xConfigOf(const ToldSensor& sensor) const;
+
+  TopicSurvey survey;
+  const Dating dating;
+  const Model::Robot model;
+  const boost::shared_ptr<QVBroker> broker = QVBroker::create();
+  const boost::shared_ptr<robot::MemoryService> memory;
+  const boost::shared_ptr<robot::DeviceManager> devices;
+  const boost::shared_ptr<robot::MotionService> motion;
+  const boost::shared_ptr<robot::VideoDevice> cameras;
+  std::vector<std::unique_ptr<robot::LaserModeActuator>> modes;
+  RefusalLog refusals;
+  session::RunListener* listener = nullptr;
+
+  /** Of what follows. */
+  mutable std::mutex mutex;
+  std::map<std::string, Seen> images;
+  Math::Pose2D pose;
+  std::set<std::string> touched;
+  std::set<std::string> news;
+};
+
+}  // namespace QV::ros2

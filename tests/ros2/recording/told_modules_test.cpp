@@ -1,0 +1,218 @@
+#include "ros2/recording/internal/told_modules.h"
+
+#include <cmath>
+#include <limits>
+
+#include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
+
+#include "platform/ko/simulated_time.h"
+#include "ros2/messages/scene_msgs.h"
+#include "sensor/hosting/navigation_module.h"
+#include "tests/support/log_capture.h"
+
+namespace QV::ros2 {
+namespace {
+
+using testing::Contains;
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
+
+sensor_msgs::LaserScan scan(std::size_t beams = 5) {
+  sensor_msgs::LaserScan scan;
+  scan.header.frame_id = "laser";
+  scan.angle_min = -1.0f;
+  scan.angle_increment = 0.5f;
+  scan.range_min = 0.1f;
+  scan.range_max = 5.0f;
+  scan.ranges.assign(beams, 2.0f);
+  return scan;
+}
+
+sensor_msgs::Range range(float value) {
+  sensor_msgs::Range range;
+  range.header.frame_id = "sonar";
+  range.field_of_view = 0.5f;
+  range.min_range = 0.2f;
+  range.max_range = 4.0f;
+  range.range = value;
+  return range;
+}
+
+sensor_msgs::Image image() {
+  sensor_msgs::Image image;
+  image.header.frame_id = "camera";
+  image.width = 4;
+  image.height = 3;
+  image.encoding = "16UC1";
+  image.step = 8;
+  image.data.assign(24, 4);
+  return image;
+}
+
+sensor_msgs::PointCloud2 cloud(const std::string& frame) {
+  sensor_msgs::PointCloud2 cloud;
+  cloud.header.frame_id = frame;
+  cloud.height = 1;
+  cloud.width = 2;
+  cloud.fields = {{"x", 0, 7, 1}, {"y", 4, 7, 1}, {"z", 8, 7, 1}};
+  cloud.point_step = 12;
+  cloud.data.assign(24, 0);
+  return cloud;
+}
+
+tf2_msgs::TFMessage frame(const std::string& parent, const std::string& child, double w = 1.0) {
+  geometry_msgs::TransformStamped frame{{{}, parent}, child, {}};
+  frame.transform.rotation.w = w;
+  return {{frame}};
+}
+
+nav_msgs::Odometry odometry(double x, double w = 1.0) {
+  nav_msgs::Odometry odometry;
+  odometry.child_frame_id = "base_link";
+  odometry.pose.pose.position.x = x;
+  odometry.pose.pose.orientation.w = w;
+  return odometry;
+}
+
+/** Changes a message. */
+template <typename Message, typename Change>
+Message with(Message message, const Change& change) {
+  change(message);
+  return message;
+}
+
+/** A message of a topic, whatever its type. */
+struct Told {
+  template <typename Message>
+  Told(const std::string& topic, const Message& message)
+      : topic(topic), type(Message::getType().getName()), cdr(toCdr(message)) {}
+
+  std::string topic;
+  std::string type;
+  Bytes cdr;
+};
+
+std::vector<Told> soundMessages() {
+  return {{"/scan", scan()},        {"/sonar", range(1.0f)},
+          {"/depth", image()},      {"/cloud", cloud("laser")},
+          {"/odom", odometry(1.0)}, {"/tf", frame("base_link", "laser")}};
+}
+
+TopicSurvey survey() {
+  TopicSurveyor surveyor;
+  for (const Told& told : soundMessages()) surveyor.expect(told.topic, told.type);
+  for (const Told& told : soundMessages()) surveyor.take({told.topic, told.type, told.cdr});
+  return surveyor.make();
+}
+
+struct ToldModulesTest : testing::Test {
+  ToldModulesTest() { navigation.getManager().subscribe("test"); }
+
+  void tell(const Told& told) { sut.tell({told.topic, told.type, told.cdr}); }
+
+  std::vector<Math::MetricalData> recordsOf(const std::string& sensor) {
+    return navigation.getManager().getSensorPtr(sensor)->getData();
+  }
+
+  std::vector<std::string> linesOf(const std::string& topic) const {
+    std::vector<std::string> lines;
+    for (const std::string& line : log.lines(ko::log::Level::info))
+      if (line.find(" Test.tell: " + topic) != std::string::npos) lines.push_back(line);
+    return lines;
+  }
+
+  test::LogCapture log;
+  ko::SimulatedTime time;
+  const TopicSurvey surveyed = survey();
+  ToldModules sut{describe(surveyed), surveyed, [](const auto&) { return ko::Clock::now(); },
+                  "Test"};
+  sensor::NavigationModule navigation{sut.getBroker()};
+};
+
+TEST_F(ToldModulesTest, aSensorThatWasToldNothingHasNoRecord) {
+  for (const char* const sensor : {"scan", "sonar", "depth", "cloud"})
+    EXPECT_THAT(recordsOf(sensor), IsEmpty()) << sensor;
+  tell({"/scan", scan()});
+  tell({"/sonar", range(1.0f)});
+  ASSERT_EQ(recordsOf("scan").size(), 1u);
+  EXPECT_EQ(recordsOf("scan")[0].points.size(), 5u);
+  ASSERT_EQ(recordsOf("sonar").size(), 1u);
+  sut.forget("/scan");
+  sut.forget("/sonar");
+  EXPECT_THAT(recordsOf("scan"), IsEmpty());
+  EXPECT_THAT(recordsOf("sonar"), IsEmpty());
+}
+
+TEST_F(ToldModulesTest, ofBeamsInAnotherNumberTheNearestCount) {
+  auto message = scan(10);
+  message.angle_increment = 2.0f / 9.0f;
+  message.ranges[3] = 0.7f;
+  tell({"/scan", message});
+  const auto points = recordsOf("scan").at(0).points;
+  ASSERT_EQ(points.size(), 5u);
+  EXPECT_NEAR(Math::norm(points[1]), 0.7f, 1e-5f);
+  EXPECT_NEAR(std::atan2(points[1].y, points[1].x), -1.0f + 3 * 2.0f / 9.0f, 1e-5f);
+
+  tell({"/scan", scan(3)});
+  EXPECT_EQ(recordsOf("scan").at(0).points.size(), 5u);
+}
+
+TEST_F(ToldModulesTest, whatCanNotBeUnderstoodIsRefusedByOneLineAndTheOthersGoOn) {
+  struct Bad {
+    Told told;
+    std::string expected;
+  };
+  using Scan = sensor_msgs::LaserScan;
+  using Image = sensor_msgs::Image;
+  using Cloud = sensor_msgs::PointCloud2;
+  const Bad table[] = {
+      {{"/scan", scan(0)}, "1 to 10000 ranges expected, 0 given"},
+      {{"/scan", scan(10'001)}, "1 to 10000 ranges expected, 10001 given"},
+      {{"/scan", with(scan(), [](Scan& m) { m.ranges.assign(5, kNaN); })},
+       "ranges expected, nothing but NaN given"},
+      {{"/scan", with(scan(), [](Scan& m) { m.angle_increment = kNaN; })}, "beams at angles"},
+      {{"/scan", with(scan(), [](Scan& m) { m.header.frame_id = "other"; })},
+       "frame laser expected, \"other\" given"},
+      {{"/scan", std_msgs::String{"no scan"}}, "sensor_msgs/msg/LaserScan"},
+      {{"/sonar", range(kNaN)}, "a range expected, NaN given"},
+      {{"/depth", with(image(), [](Image& m) { m.data.pop_back(); })}, "of its size expected"},
+      {{"/depth", with(image(), [](Image& m) { m.encoding = "rgb8"; })}, "depth image"},
+      {{"/cloud", with(cloud("laser"), [](Cloud& m) { m.width = 3; })},
+       "1 rows of 3 points of 12 bytes expected, 24 bytes given"},
+      {{"/cloud", with(cloud("laser"), [](Cloud& m) { m.point_step = 0; })}, "points of 0 bytes"},
+      {{"/cloud", cloud("nowhere")}, "a frame that hangs together with base_link expected"},
+      {{"/odom", odometry(kNaN)}, "a position expected, a number that is not finite"},
+      {{"/odom", odometry(1.0, 0.0)}, "a rotation of length 1 expected, 0.000000 given"},
+      {{"/tf", frame("base_link", "laser", 0.0)}, "frame laser: a rotation of length 1"},
+      {{"/tf", frame("laser", "base_link")}, "frame base_link: a tree expected, a ring"},
+      {{"/tf", frame("laser", "laser")}, "a ring through laser given"},
+      {{"/tf", frame("", "laser")}, "frames with names expected"}};
+  for (const Bad& bad : table) {
+    for (int i = 0; i < 3; ++i) tell(bad.told);
+    EXPECT_THAT(linesOf(bad.told.topic), ElementsAre(HasSubstr("refused: "))) << bad.expected;
+    EXPECT_THAT(linesOf(bad.told.topic), Contains(HasSubstr(bad.expected)));
+    for (int i = 0; i < 10; ++i)
+      for (const Told& sound : soundMessages()) tell(sound);
+    EXPECT_THAT(linesOf(bad.told.topic),
+                ElementsAre(HasSubstr("refused"), HasSubstr("sound again")))
+        << bad.expected;
+    EXPECT_THAT(recordsOf("scan"), testing::SizeIs(1)) << bad.expected;
+    EXPECT_FLOAT_EQ(sut.getPose().x, 1.0f);
+    log.clear();
+  }
+}
+
+TEST_F(ToldModulesTest, soundFramesOfAMessageCountBesideOnesThatAreNone) {
+  auto frames = frame("odom", "base_link");
+  frames.transforms[0].transform.translation.x = 3.0;
+  frames.transforms.insert(frames.transforms.begin(), frame("laser", "laser").transforms[0]);
+  tell({"/tf", frames});
+  EXPECT_FLOAT_EQ(sut.getPose().x, 3.0f);
+}
+
+}  // namespace
+}  // namespace QV::ros2
