@@ -259,6 +259,11 @@ void Session::xReopen() {
 }
 
 void Session::keepPace(ko::Duration machine) {
+  if (const auto there = parts->robot->catchUp()) {
+    parts->driver.release(machine);
+    if (!isPaused()) xAdvance(*there);
+    return;
+  }
   while (machine > ko::Duration::zero()) {
     const ko::Duration part = std::min(machine, kSlice);
     machine -= part;
@@ -294,6 +299,7 @@ void Session::xAdvance(ko::Clock::time_point end) {
   for (auto now = ko::Clock::now(); now < end; now = ko::Clock::now()) {
     const ko::Duration part =
         std::min<ko::Duration>(end - now, kSlice - now.time_since_epoch() % kSlice);
+    if (!parts->robot->awaitTime(now + part)) break;
     parts->driver.steer(part);
     goOnTo(*parts, now + part);
     note(*parts);

@@ -55,7 +55,7 @@ class SessionTarget : public CheckTarget {
   sensor::SensorManager& getManager() override { return robot.getManager(); }
   SensorNature getNature(const std::string& sensor) override;
   void wait(ko::Duration duration) override { session.run(duration); }
-  bool canTurn() const override { return !robot.isRecording(); }
+  bool canTurn() const override { return robot.canBeMoved(); }
   void turn(float angle) override;
   std::string findMissing(const std::string& sensor) override;
   std::map<std::string, std::string> findUnbuilt() override;

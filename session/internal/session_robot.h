@@ -59,6 +59,7 @@ class SessionRobot {
   virtual Math::Pose2D getPose() const = 0;
   /** Puts the robot somewhere else. */
   virtual void setPose(const Math::Pose2D& newPose) = 0;
+  virtual bool canBeMoved() const { return !isRecording(); }
   /** Of the room that it takes, metres. */
   virtual float getRadius() const = 0;
 
@@ -87,6 +88,14 @@ class SessionRobot {
   virtual void setListener(RunListener*) {}
 
   virtual DriverPeriods getDriverPeriods() const { return {}; }
+
+  /**
+   * Of a robot that has a time of its own, which the session follows: hears what it has said, and
+   * gives that time. Nothing where time is the session's.
+   */
+  virtual std::optional<ko::Clock::time_point> catchUp() { return std::nullopt; }
+  /** Until that time has come there; false if it stands still. */
+  virtual bool awaitTime(ko::Clock::time_point) { return true; }
 
   /** When a recording goes on; nothing at its end, and for what is no recording. */
   virtual std::optional<ko::Clock::time_point> getNextStep() const { return std::nullopt; }

@@ -1,0 +1,46 @@
+#include "ros2/link/internal/heard_drive.h"
+
+#include <utility>
+
+#include "ros2/messages/geometry_msgs.h"
+
+namespace QV::ros2 {
+namespace {
+
+constexpr ko::Duration kPeriod{100'000'000};
+// A robot that stands needs to hear it, and not for ever.
+constexpr ko::Duration kStanding{500'000'000};
+
+}  // namespace
+
+void HeardDrive::set(const Math::Pose2D& newVelocity) {
+  const std::lock_guard lock(mutex);
+  if (!plain) {
+    if (newVelocity == Math::Pose2D()) return;
+    plain = node.publish(topic, geometry_msgs::Twist::getType());
+    stamped = node.publish(topic, geometry_msgs::TwistStamped::getType());
+  }
+  if (newVelocity == velocity) return;
+  velocity = newVelocity;
+  changed = ko::Clock::now();
+  xSend();
+}
+
+void HeardDrive::repeat() {
+  const std::lock_guard lock(mutex);
+  if (!sent) return;
+  const auto now = ko::Clock::now();
+  const bool stands = velocity == Math::Pose2D() && now - changed > kStanding;
+  if (!stands && now - *sent >= kPeriod) xSend();
+}
+
+void HeardDrive::xSend() {
+  sent = ko::Clock::now();
+  const geometry_msgs::Twist twist{{velocity.x, velocity.y, 0.0}, {0.0, 0.0, velocity.theta}};
+  // Robots that take both would be told twice.
+  if (stamped->getReaderCount() > 0)
+    return stamped->write(geometry_msgs::TwistStamped{{time.getStamp(), "base_link"}, twist});
+  plain->write(twist);
+}
+
+}  // namespace QV::ros2

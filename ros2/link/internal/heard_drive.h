@@ -1,0 +1,45 @@
+#pragma once
+
+#include <memory>
+#include <mutex>
+#include <optional>
+#include <string>
+
+#include "platform/ko/clock.h"
+#include "platform/math/pose2d.h"
+#include "ros2/graph/graph.h"
+#include "ros2/link/internal/heard_time.h"
+
+namespace QV::ros2 {
+
+/**
+ * Tells a robot how to move, again and again, as robots stop that hear nothing: with a stamp if
+ * somebody listens to that, else without. Nothing is published before the first command that moves
+ * it. Safe from any thread.
+ */
+class HeardDrive {
+ public:
+  /** Both must outlive it. */
+  HeardDrive(GraphNode& node, HeardTime& time, std::string topic)
+      : node(node), time(time), topic(std::move(topic)) {}
+
+  /** Forward, leftward (m/s), turning (rad/s). */
+  void set(const Math::Pose2D& newVelocity);
+  /** Once more if it is time. */
+  void repeat();
+
+ private:
+  void xSend();
+
+  GraphNode& node;
+  HeardTime& time;
+  const std::string topic;
+  std::mutex mutex;
+  std::unique_ptr<Publisher> plain;
+  std::unique_ptr<Publisher> stamped;
+  Math::Pose2D velocity;
+  ko::Clock::time_point changed;
+  std::optional<ko::Clock::time_point> sent;
+};
+
+}  // namespace QV::ros2

@@ -1,0 +1,120 @@
+#include "ros2/link/internal/heard_plan.h"
+
+#include <algorithm>
+#include <chrono>
+#include <stdexcept>
+#include <thread>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "platform/ko/log.h"
+#include "platform/model/model_utils.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/topic_names.h"
+
+namespace QV::ros2 {
+namespace {
+
+using MachineClock = std::chrono::steady_clock;
+using std::chrono::milliseconds;
+
+constexpr milliseconds kGlance{50};
+constexpr milliseconds kQuiet{300};
+constexpr milliseconds kLongestLook{2000};
+constexpr milliseconds kLongestWait{3000};
+constexpr char kClockTopic[] = "/clock";
+
+bool isPublished(const std::vector<GraphTopic>& topics, const std::string& name) {
+  return std::ranges::count(topics, name, &GraphTopic::name) > 0;
+}
+
+void followClock(HeardPlan& plan) {
+  plan.time = std::make_unique<HeardTime>(HeardTime::Source::clockTopic);
+  plan.clock = plan.node->subscribe(
+      kClockTopic, rosgraph_msgs::Clock::getType(), {false, false, 1},
+      [time = plan.time.get(), mailbox = plan.mailbox.get()](const ReceivedMessage& message) {
+        const auto clock = fromCdr<rosgraph_msgs::Clock>(message.cdr).clock;
+        time->setClock(clock.sec * std::int64_t{1'000'000'000} + clock.nanosec);
+        mailbox->wake();
+      });
+  const auto end = MachineClock::now() + kLongestWait;
+  while (!plan.time->hasBegun() && MachineClock::now() < end) plan.mailbox->await(kGlance);
+  if (!plan.time->hasBegun())
+    throw std::runtime_error("somebody expected who publishes /clock, nobody found");
+}
+
+// Whoever publishes a map keeps it for those who come later.
+boost::shared_ptr<const OccupancyMap> fetchMap(HeardPlan& plan) {
+  const std::string topic = inNameSpace(plan.nameSpace, "map");
+  const auto subscription = plan.node->subscribe(
+      topic, nav_msgs::OccupancyGrid::getType(), {true, true, 1},
+      [mailbox = plan.mailbox.get(), topic](const ReceivedMessage& message) {
+        mailbox->put(topic, nav_msgs::OccupancyGrid::getType().getName(), message.cdr, 1);
+      });
+  const auto end = MachineClock::now() + kLongestWait;
+  while (MachineClock::now() < end) {
+    for (const HeardMessage& message : plan.mailbox->take()) {
+      try {
+        return boost::make_shared<OccupancyMap>(
+            mapOf(fromCdr<nav_msgs::OccupancyGrid>(message.cdr)));
+      } catch (const std::exception& error) {
+        ko::log::warning("ROS2", "open") << topic << ": refused: " << error.what();
+        return nullptr;
+      }
+    }
+    plan.mailbox->await(kGlance);
+  }
+  return nullptr;
+}
+
+}  // namespace
+
+std::string inNameSpace(const std::string& nameSpace, const std::string& topic) {
+  return (nameSpace == "/" ? "/" : nameSpace + "/") + topic;
+}
+
+std::vector<GraphTopic> awaitTopics(const Graph& graph) {
+  const auto end = MachineClock::now() + kLongestLook;
+  std::vector<GraphTopic> topics;
+  auto changed = MachineClock::now();
+  while (MachineClock::now() < end) {
+    auto now = graph.findTopics();
+    if (now.size() != topics.size()) changed = MachineClock::now();
+    topics = std::move(now);
+    if (!topics.empty() && MachineClock::now() - changed > kQuiet) break;
+    std::this_thread::sleep_for(kGlance);
+  }
+  return topics;
+}
+
+void surveyDescribed(HeardPlan& plan) {
+  plan.survey = surveyDescription(Model::ModelUtils::robotFromXml(plan.description),
+                                  plan.nameSpace == "/" ? "" : plan.nameSpace);
+}
+
+HeardPlan planRobot(const HeardRobotOptions& options) {
+  HeardPlan plan;
+  plan.graph = std::make_unique<Graph>(options.graph);
+  plan.node = plan.graph->createNode(options.node, options.nameSpace);
+  plan.nameSpace = options.nameSpace;
+  const auto topics = awaitTopics(*plan.graph);
+  if (options.usesSimTime.value_or(isPublished(topics, kClockTopic))) {
+    followClock(plan);
+  } else {
+    plan.time = std::make_unique<HeardTime>(HeardTime::Source::wallClock);
+  }
+  plan.map = options.map;
+  if (!plan.map && isPublished(topics, inNameSpace(plan.nameSpace, "map")))
+    plan.map = fetchMap(plan);
+  plan.description = options.description;
+  if (plan.description.empty()) {
+    surveyGraph(plan);
+  } else {
+    surveyDescribed(plan);
+  }
+  return plan;
+}
+
+}  // namespace QV::ros2

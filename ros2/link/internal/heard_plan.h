@@ -1,0 +1,48 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include <boost/shared_ptr.hpp>
+
+#include "platform/navigation/occupancy_map.h"
+#include "ros2/graph/graph.h"
+#include "ros2/link/heard_robot.h"
+#include "ros2/link/internal/heard_mailbox.h"
+#include "ros2/link/internal/heard_time.h"
+#include "ros2/recording/internal/topic_survey.h"
+
+namespace QV::ros2 {
+
+/** A place on a graph, and what there is of a robot: made in the machine's time, before it begins.
+ */
+struct HeardPlan {
+  std::unique_ptr<Graph> graph;
+  std::unique_ptr<GraphNode> node;
+  std::string nameSpace;
+  std::unique_ptr<HeardMailbox> mailbox = std::make_unique<HeardMailbox>();
+  std::unique_ptr<HeardTime> time;
+  /** Null where the wall clock counts. */
+  std::unique_ptr<Subscription> clock;
+  std::string description;
+  TopicSurvey survey;
+  boost::shared_ptr<const OccupancyMap> map;
+};
+
+/** Looks about. Errors as HeardRobot has them. */
+HeardPlan planRobot(const HeardRobotOptions& options);
+
+/** What others publish, once it has not changed for a while; at most two seconds. */
+std::vector<GraphTopic> awaitTopics(const Graph& graph);
+
+/** "/robot1/odom" of "odom" in "/robot1". */
+std::string inNameSpace(const std::string& nameSpace, const std::string& topic);
+
+/** Fills description and survey from what is on the graph; std::runtime_error if no topic makes a
+ * sensor. */
+void surveyGraph(HeardPlan& plan);
+
+/** Those of the description that the plan has. */
+void surveyDescribed(HeardPlan& plan);
+
+}  // namespace QV::ros2

@@ -1,0 +1,71 @@
+#include "ros2/link/internal/heard_session_robot.h"
+
+#include <algorithm>
+#include <chrono>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "ros2/recording/internal/bag_robot.h"
+#include "session/internal/steering.h"
+#include "session/usage_error.h"
+
+namespace QV::ros2 {
+namespace {
+
+using MachineClock = std::chrono::steady_clock;
+
+// A clock that does not move for so long stands still.
+constexpr std::chrono::milliseconds kStandstill{500};
+constexpr std::chrono::milliseconds kLongestGlance{5};
+
+}  // namespace
+
+HeardSessionRobot::HeardSessionRobot(HeardPlan plan)
+    : modules(std::make_unique<HeardModules>(std::move(plan))),
+      map(modules->getMap() ? modules->getMap() : makeUnknownMap()),
+      navigation(boost::make_shared<sensor::NavigationModule>(told().getBroker())),
+      hosting(told().getBroker(), navigation) {
+  modules->obey(&navigation->getManager());
+}
+
+HeardSessionRobot::~HeardSessionRobot() {
+  modules->obey(nullptr);
+}
+
+std::string HeardSessionRobot::getTitle() const {
+  return "ROS 2 robot " + told().getModel().name;
+}
+
+void HeardSessionRobot::setPose(const Math::Pose2D&) {
+  throw session::UsageError("a robot that can be moved expected, one on a ROS 2 graph given");
+}
+
+void HeardSessionRobot::follow(const session::TimedPath& path, double seconds) {
+  drive(session::steer(path, seconds, getPose()));
+}
+
+std::optional<ko::Clock::time_point> HeardSessionRobot::catchUp() {
+  const auto there = modules->getTime().now();
+  // What comes is told as time goes on; where it stands, here.
+  if (there <= ko::Clock::now()) modules->turn();
+  return there;
+}
+
+bool HeardSessionRobot::awaitTime(ko::Clock::time_point time) {
+  auto last = modules->getTime().now();
+  auto moved = MachineClock::now();
+  for (auto now = last; now < time; now = modules->getTime().now()) {
+    if (now > last) moved = MachineClock::now();
+    if (MachineClock::now() - moved > kStandstill) {
+      modules->turn();
+      return false;
+    }
+    last = now;
+    const std::chrono::nanoseconds left((time - now).count());
+    modules->await(std::min<std::chrono::nanoseconds>(left, kLongestGlance));
+  }
+  return true;
+}
+
+}  // namespace QV::ros2

@@ -1,0 +1,89 @@
+#include "ros2/link/internal/heard_time.h"
+
+#include <algorithm>
+#include <chrono>
+#include <cmath>
+#include <stdexcept>
+
+#include "platform/ko/log.h"
+#include "session/internal/number_text.h"
+#include "session/internal/seconds.h"
+
+namespace QV::ros2 {
+namespace {
+
+using session::fixed;
+using session::inSeconds;
+
+constexpr std::int64_t kSecond = 1'000'000'000;
+constexpr ko::Duration kLongGap{60 * kSecond};
+// Messages of /clock may come in another order than they were sent.
+constexpr ko::Duration kLongStepBack{kSecond / 2};
+constexpr ko::Duration kOldest{10 * kSecond};
+constexpr ko::Duration kFarthestAhead{kSecond};
+
+}  // namespace
+
+void HeardTime::setClock(std::int64_t time) {
+  const std::lock_guard lock(mutex);
+  clock = time;
+}
+
+bool HeardTime::hasBegun() const {
+  const std::lock_guard lock(mutex);
+  return source == Source::wallClock || clock;
+}
+
+void HeardTime::begin(ko::Clock::time_point time) {
+  const std::lock_guard lock(mutex);
+  offset = xRead() - time.time_since_epoch().count();
+  last = time;
+}
+
+std::int64_t HeardTime::xRead() const {
+  if (source == Source::clockTopic) return clock.value_or(0);
+  const auto wall = std::chrono::system_clock::now().time_since_epoch();
+  return std::chrono::duration_cast<std::chrono::nanoseconds>(wall).count();
+}
+
+ko::Clock::time_point HeardTime::xNow() {
+  const std::int64_t there = xRead();
+  const ko::Clock::time_point time{ko::Duration(there - offset)};
+  const ko::Duration step = time - last;
+  if (step < -kLongStepBack || step > kLongGap) {
+    ko::log::warning("ROS2.Time", "now")
+        << "the clock of the graph has leapt by " << fixed(inSeconds(step), 1)
+        << " s: time goes on from where it was";
+    offset = there - last.time_since_epoch().count();
+    return last;
+  }
+  last = std::max(last, time);
+  return last;
+}
+
+ko::Clock::time_point HeardTime::now() {
+  const std::lock_guard lock(mutex);
+  return xNow();
+}
+
+builtin_interfaces::Time HeardTime::getStamp() {
+  const std::lock_guard lock(mutex);
+  const std::int64_t there = xRead();
+  return {static_cast<std::int32_t>(there / kSecond), static_cast<std::uint32_t>(there % kSecond)};
+}
+
+ko::Clock::time_point HeardTime::date(const builtin_interfaces::Time& stamp) {
+  const auto now = ko::Clock::now();
+  const std::int64_t there = stamp.sec * kSecond + stamp.nanosec;
+  if (there == 0) return now;
+  const std::lock_guard lock(mutex);
+  const ko::Clock::time_point time{ko::Duration(there - offset)};
+  const ko::Duration age = xNow() - time;
+  if (age > kOldest || age < -kFarthestAhead)
+    throw std::runtime_error("a stamp of the last 10 s expected, one " +
+                             fixed(std::abs(inSeconds(age)), 1) +
+                             (age > ko::Duration::zero() ? " s old" : " s ahead") + " given");
+  return std::min(time, now);
+}
+
+}  // namespace QV::ros2

@@ -1,0 +1,50 @@
+#pragma once
+
+#include <cstdint>
+#include <mutex>
+#include <optional>
+
+#include "platform/ko/clock.h"
+#include "ros2/messages/geometry_msgs.h"
+
+namespace QV::ros2 {
+
+/**
+ * What time it is on a graph, as ko's: that of the machine's wall clock, or of somebody's /clock.
+ * It never goes back: where the other one does, or leaps by more than a minute, it goes on from
+ * where it was. Safe from any thread.
+ */
+class HeardTime {
+ public:
+  enum class Source { wallClock, clockTopic };
+  explicit HeardTime(Source source) : source(source) {}
+
+  /** From /clock, nanoseconds. */
+  void setClock(std::int64_t time);
+  /** Whether there is a time. */
+  bool hasBegun() const;
+  /** From now on ko's time counts, which is `time` now. */
+  void begin(ko::Clock::time_point time);
+
+  ko::Clock::time_point now();
+  /** The same as others write it. */
+  builtin_interfaces::Time getStamp();
+  /**
+   * In ko's time, never later than that is. Nobody's stamp, 0, is now; one that is off by more than
+   * ten seconds, or a second ahead, throws std::runtime_error.
+   */
+  ko::Clock::time_point date(const builtin_interfaces::Time& stamp);
+
+ private:
+  std::int64_t xRead() const;
+  ko::Clock::time_point xNow();
+
+  const Source source;
+  mutable std::mutex mutex;
+  std::optional<std::int64_t> clock;
+  /** What ko's time is less than that of the graph. */
+  std::int64_t offset = 0;
+  ko::Clock::time_point last;
+};
+
+}  // namespace QV::ros2

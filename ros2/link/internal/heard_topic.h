@@ -1,0 +1,49 @@
+#pragma once
+
+#include <cstddef>
+#include <functional>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "platform/ko/clock.h"
+#include "ros2/graph/graph.h"
+#include "ros2/link/internal/heard_mailbox.h"
+
+namespace QV::ros2 {
+
+/** What is heard of a robot, and how. */
+struct HeardTopicOptions {
+  std::string name;
+  const MessageType* type = nullptr;
+  Qos qos = {false, false, 5};
+  /** Messages that wait at most; the newest. */
+  std::size_t kept = 1;
+};
+
+/** A topic that is subscribed to while somebody wants it. By one thread at a time. */
+class HeardTopic {
+ public:
+  /** What becomes of it between two looks. */
+  enum class Change { none, lost, found, notThere };
+
+  explicit HeardTopic(HeardTopicOptions options) : options(std::move(options)) {}
+
+  const std::string& getName() const { return options.name; }
+  const MessageType& getType() const { return *options.type; }
+  bool isOn() const { return subscription != nullptr; }
+
+  /** Joins or leaves; nothing of what came before is left in the mailbox, which must outlive it. */
+  void set(bool on, GraphNode& node, HeardMailbox& mailbox);
+  /** Whether its publishers have come or gone; `notThere`, once, if there are none for long. */
+  Change look();
+
+ private:
+  const HeardTopicOptions options;
+  std::unique_ptr<Subscription> subscription;
+  ko::Clock::time_point since;
+  bool hadWriters = false;
+  bool wasMissed = false;
+};
+
+}  // namespace QV::ros2

@@ -1,0 +1,289 @@
+#include "ros2/link/heard_robot.h"
+
+#include <cmath>
+#include <limits>
+
+#include <gmock/gmock.h>
+
+#include "ros2/messages/geometry_msgs.h"
+#include "session/usage_error.h"
+#include "tests/ros2/link/ticking_robot.h"
+#include "tests/support/log_capture.h"
+
+namespace QV::ros2 {
+namespace {
+
+using test::TickingRobot;
+using testing::Contains;
+using testing::HasSubstr;
+using testing::Not;
+using Stamp = TickingRobot::Stamp;
+
+constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kQuarter = 0.5f * std::numbers::pi_v<float>;
+
+sensor_msgs::LaserScan scanAt(const Stamp& now, float range) {
+  sensor_msgs::LaserScan scan;
+  scan.header = {now, "laser"};
+  scan.angle_min = -1.0f;
+  scan.angle_max = 1.0f;
+  scan.angle_increment = 1.0f;
+  scan.range_min = 0.1f;
+  scan.range_max = 5.0f;
+  scan.ranges = {range, range, kInfinity};
+  return scan;
+}
+
+sensor_msgs::Range rangeAt(const Stamp& now, float value) {
+  sensor_msgs::Range range;
+  range.header = {now, "sonar"};
+  range.field_of_view = 0.5f;
+  range.min_range = 0.2f;
+  range.max_range = 4.0f;
+  range.range = value;
+  return range;
+}
+
+sensor_msgs::Range contactAt(const Stamp& now, bool isThere) {
+  sensor_msgs::Range range = rangeAt(now, isThere ? -kInfinity : kInfinity);
+  range.min_range = range.max_range;
+  return range;
+}
+
+geometry_msgs::TransformStamped frameAt(const Stamp& now, const std::string& parent,
+                                        const std::string& child, const Math::Pose2D& pose) {
+  geometry_msgs::TransformStamped frame{{now, parent}, child, {}};
+  frame.transform.translation = {pose.x, pose.y, 0.0};
+  frame.transform.rotation = {0.0, 0.0, std::sin(0.5 * pose.theta), std::cos(0.5 * pose.theta)};
+  return frame;
+}
+
+const Math::MetricalData* findRecord(const std::vector<Math::MetricalData>& records,
+                                     const std::string& sensor) {
+  const auto found = std::ranges::find(records, sensor, &Math::MetricalData::sensorName);
+  return found == records.end() ? nullptr : &*found;
+}
+
+struct HeardRobotTest : testing::Test {
+  HeardRobotTest() {
+    tfStatic->write(
+        tf2_msgs::TFMessage{{frameAt({}, "base_link", "laser", {0.2f, 0.1f, kQuarter})}});
+  }
+
+  /** A scan and a sonar's range each tick. */
+  void startSensors() {
+    scans = publish("/scan", sensor_msgs::LaserScan::getType());
+    sonars = publish("/sonar", sensor_msgs::Range::getType());
+    robot.say("scan", [this](const Stamp& now) { scans->write(scanAt(now, 2.0f)); });
+    robot.say("sonar", [this](const Stamp& now) { sonars->write(rangeAt(now, 1.5f)); });
+  }
+
+  std::unique_ptr<Publisher> publish(const std::string& topic, const MessageType& type,
+                                     const Qos& qos = {}) {
+    return robot.getNode().publish(topic, type, qos);
+  }
+
+  std::unique_ptr<session::Session> open(const std::string& description = {}) const {
+    HeardRobotOptions options;
+    options.graph = test::graphOfItsOwn();
+    options.description = description;
+    return openHeardRobot(options);
+  }
+
+  static bool runUntil(session::Session& session, const std::function<bool()>& reached) {
+    for (int i = 0; i < 200 && !reached(); ++i) session.run(boost::chrono::milliseconds(100));
+    return reached();
+  }
+
+  static bool has(session::Session& session, const std::string& sensor) {
+    return findRecord(session::recordsOf(session.look()), sensor) != nullptr;
+  }
+
+  std::vector<std::string> warnings() const { return log.lines(ko::log::Level::warning); }
+
+  test::LogCapture log;
+  // They outlive the thread that uses them.
+  std::unique_ptr<Publisher> scans;
+  std::unique_ptr<Publisher> sonars;
+  std::vector<std::unique_ptr<Publisher>> others;
+  TickingRobot robot;
+  std::unique_ptr<Publisher> tfStatic =
+      publish("/tf_static", tf2_msgs::TFMessage::getType(), {true, true, 1});
+};
+
+TEST_F(HeardRobotTest, topicsMakeSensorsThatMeasureWhatTheySay) {
+  startSensors();
+  others.push_back(publish("/tf", tf2_msgs::TFMessage::getType()));
+  robot.say("tf", [tf = others[0].get()](const Stamp& now) {
+    tf->write(tf2_msgs::TFMessage{{frameAt(now, "odom", "base_link", {3.0f, 4.0f, 0.5f})}});
+  });
+  const auto sut = open();
+  sut->subscribe("test", {"scan", "sonar"});
+  ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan") && has(*sut, "sonar"); }));
+
+  const auto snapshot = sut->look();
+  const auto records = session::recordsOf(snapshot);
+  const auto* laser = findRecord(records, "scan");
+  ASSERT_EQ(laser->points.size(), 2u);
+  const auto ahead = laser->sensorTransform * laser->points[1];
+  EXPECT_NEAR(ahead.x, 0.2f, 1e-4f);
+  EXPECT_NEAR(ahead.y, 2.1f, 1e-4f);
+  EXPECT_NEAR(laser->fieldOfView.angularRange, 2.0f, 1e-5f);
+  EXPECT_LT(Math::age(*laser, snapshot.time), boost::chrono::milliseconds(300));
+  EXPECT_NEAR(Math::norm(findRecord(records, "sonar")->points[7]), 1.5f, 1e-4f);
+  EXPECT_NEAR(snapshot.pose.x, 3.0f, 1e-5f);
+  EXPECT_NEAR(snapshot.pose.theta, 0.5f, 1e-5f);
+}
+
+TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
+  startSensors();
+  const auto sut = open();
+  ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 0; }));
+  sut->subscribe("test", {"scan"});
+  ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
+  EXPECT_EQ(scans->getReaderCount(), 1u);
+  EXPECT_EQ(sonars->getReaderCount(), 0u);
+  sut->unsubscribe("test", {"scan"});
+  ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 0; }));
+
+  // What it measured then is no reading now.
+  robot.say("scan", [this](const Stamp& now) { scans->write(scanAt(now, 0.5f)); });
+  sut->subscribe("test", {"scan"});
+  ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
+  const auto records = session::recordsOf(sut->look());
+  EXPECT_NEAR(Math::norm(findRecord(records, "scan")->points.at(0)), 0.5f, 1e-4f);
+}
+
+TEST_F(HeardRobotTest, aPublisherThatDiesTakesItsReadingsAlongAndBringsThemBack) {
+  startSensors();
+  const auto sut = open();
+  sut->subscribe("test", {"scan", "sonar"});
+  ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan") && has(*sut, "sonar"); }));
+  for (const char* const name : {"scan", "sonar"}) robot.fallSilent(name);
+  scans.reset();
+  sonars.reset();
+  ASSERT_TRUE(runUntil(*sut, [&] { return !has(*sut, "scan") && !has(*sut, "sonar"); }));
+  EXPECT_THAT(warnings(), Contains(HasSubstr("/scan (sensor_msgs/msg/LaserScan): nobody publishes "
+                                             "it any more"))
+                              .Times(1));
+  startSensors();
+  EXPECT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan") && has(*sut, "sonar"); }));
+}
+
+TEST_F(HeardRobotTest, stampsFarOffAreRefusedAndOtherSensorsGoOn) {
+  startSensors();
+  const auto sut = open();
+  sut->subscribe("test", {"scan", "sonar"});
+  ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan") && has(*sut, "sonar"); }));
+  for (const int off : {-20, 20}) {
+    log.clear();
+    robot.say("scan", [this, off](const Stamp& now) {
+      scans->write(scanAt({now.sec + off, now.nanosec}, 1.0f));
+    });
+    const auto refused = HasSubstr(off < 0 ? "s old given" : "s ahead given");
+    ASSERT_TRUE(runUntil(*sut, [&] { return !warnings().empty(); }));
+    sut->run(boost::chrono::seconds(1));
+    EXPECT_THAT(warnings(), testing::ElementsAre(refused));
+    EXPECT_TRUE(has(*sut, "sonar"));
+    robot.say("scan", [this](const Stamp& now) { scans->write(scanAt(now, 2.0f)); });
+    ASSERT_TRUE(runUntil(*sut, [&] {
+      return !log.lines().empty() && log.lines().back().find("sound again") != std::string::npos;
+    }));
+  }
+}
+
+TEST_F(HeardRobotTest, timeFollowsAClockThatPausesAndGoesOnWhenItJumpsBack) {
+  startSensors();
+  const auto sut = open();
+  sut->subscribe("test", {"scan"});
+  ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
+
+  robot.pause(true);
+  sut->run(boost::chrono::seconds(1000));
+  const auto stopped = ko::Clock::now();
+  sut->keepPace(boost::chrono::seconds(1));
+  EXPECT_EQ(ko::Clock::now(), stopped);
+  robot.pause(false);
+
+  robot.setClock(10);
+  sut->run(boost::chrono::seconds(1));
+  EXPECT_GE(ko::Clock::now(), stopped + boost::chrono::seconds(1));
+  EXPECT_THAT(warnings(), Contains(HasSubstr("the clock of the graph has leapt by -")).Times(1));
+  const auto snapshot = sut->look();
+  const auto records = session::recordsOf(snapshot);
+  ASSERT_TRUE(findRecord(records, "scan"));
+  EXPECT_LT(Math::age(*findRecord(records, "scan"), snapshot.time),
+            boost::chrono::milliseconds(500));
+}
+
+TEST_F(HeardRobotTest, drivesByWhatIsListenedTo) {
+  startSensors();
+  std::mutex mutex;
+  std::vector<geometry_msgs::Twist> twists;
+  const auto sut = open();
+  const auto listen = robot.getNode().subscribe(
+      "/cmd_vel", geometry_msgs::Twist::getType(), {}, [&](const ReceivedMessage& message) {
+        const std::lock_guard lock(mutex);
+        twists.push_back(fromCdr<geometry_msgs::Twist>(message.cdr));
+      });
+  const auto count = [&](double forward) {
+    const std::lock_guard lock(mutex);
+    return std::ranges::count_if(twists, [&](const auto& t) { return t.linear.x == forward; });
+  };
+  sut->keepPace(ko::Duration::zero());
+  EXPECT_EQ(listen->getWriterCount(), 0u);
+  sut->drive(0.25f, 0.5f);
+  // Again and again, as long as it holds.
+  EXPECT_TRUE(runUntil(*sut, [&] { return count(0.25) >= 3; }));
+  sut->stop();
+  EXPECT_TRUE(runUntil(*sut, [&] { return count(0.0) >= 2; }));
+  const auto moved = count(0.25);
+  sut->run(boost::chrono::seconds(1));
+  EXPECT_EQ(count(0.25), moved);
+  EXPECT_THROW(sut->setPose({}), session::UsageError);
+}
+
+TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
+  const std::string description = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
+    <link name="arm"/><joint name="lift" type="prismatic"><parent link="base_link"/>
+      <child link="arm"/><axis xyz="0 0 1"/><limit lower="0" upper="1" effort="1" velocity="1"/></joint>
+    <sensor name="High" type="Sonar"><parent link="arm"/>
+      <property key="minimumDetectionDistance" value="0.2"/>
+      <property key="maximumDetectionDistance" value="4"/>
+      <property key="horizontalAngularRange" value="0.5"/>
+      <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor>
+    <sensor name="Bumper" type="Touch"><parent link="base_link"/></sensor></robot>)";
+  startSensors();
+  others.push_back(publish("/Bumper/contact", sensor_msgs::Range::getType()));
+  others.push_back(publish("/joint_states", sensor_msgs::JointState::getType()));
+  others.push_back(publish("/odom", nav_msgs::Odometry::getType()));
+  robot.say("rest", [this](const Stamp& now) {
+    others[0]->write(contactAt(now, true));
+    others[1]->write(sensor_msgs::JointState{{now, ""}, {"lift", "wheel"}, {0.5, 1.0}, {}, {}});
+    nav_msgs::Odometry moving;
+    moving.header = {now, "odom"};
+    moving.pose.pose.orientation.w = 1.0;
+    moving.twist.twist.linear.x = 0.75;
+    others[2]->write(moving);
+  });
+  const auto sut = open(description);
+  sut->subscribe("test", sut->getManager().getFamilyNames());
+  ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "High") && has(*sut, "base_link"); }));
+  EXPECT_TRUE(runUntil(*sut, [&] { return sut->look().velocity.x == 0.75f; }));
+  // Where it was when it measured.
+  EXPECT_TRUE(runUntil(*sut, [&] {
+    const auto records = session::recordsOf(sut->look());
+    const auto* sonar = findRecord(records, "High");
+    return sonar && sonar->sensorTransform(2, 3) == 0.5f;
+  }));
+}
+
+TEST_F(HeardRobotTest, whatMakesNoSensorIsRefused) {
+  EXPECT_THAT([&] { open(); },
+              testing::ThrowsMessage<std::runtime_error>(
+                  "on the graph a topic of LaserScan, Range, a depth Image or PointCloud2 "
+                  "expected, none found"));
+}
+
+}  // namespace
+}  // namespace QV::ros2
