@@ -53,7 +53,7 @@ CheckedSensors checkAll(session::Session& session, const CommonOptions& options)
     return !isInterrupted();
   };
   CheckedSensors checked = session::checkSensors(session, wanted);
-  if (checked.empty()) throw session::UsageError(*options.robot + ": a sensor expected");
+  if (checked.empty()) throw session::UsageError(session.getTitle() + ": a sensor expected");
   return checked;
 }
 
@@ -123,7 +123,7 @@ std::unique_ptr<session::Session> openSession(const CommonOptions& options,
   try {
     return options.openSession();
   } catch (const std::exception&) {
-    if (!options.robot) throw;
+    if (!options.robot || options.heard.asked) throw;
     const auto& kinds = options.robots.sensors.getKinds();
     const auto description = robot::RobotDescription::fromFile(options.findRobot(), kinds);
     const auto faults = Model::findDescriptionFaults(description.model, kinds);

@@ -5,9 +5,13 @@
 #include <stdexcept>
 
 #include <CLI/CLI.hpp>
+#include <boost/make_shared.hpp>
 
 #include "apps/arguments.h"
+#include "apps/ros2/heard_session.h"
 #include "apps/subscriber.h"
+#include "robot/maps/map_files.h"
+#include "robot/world/robot_description.h"
 #include "session/internal/pose_watch.h"
 #include "session/internal/switches.h"
 #include "session/shared_files.h"
@@ -75,24 +79,49 @@ void setLimits(sensor::SensorManager& manager, const std::vector<std::string>& l
   }
 }
 
+/** Of --robot, where it only describes one; empty without it. */
+std::string descriptionOf(const CommonOptions& options) {
+  if (!options.robot) return {};
+  const auto& kinds = options.robots.sensors.getKinds();
+  return robot::RobotDescription::fromFile(options.findRobot(), kinds).xml;
+}
+
+std::unique_ptr<session::Session> openHeard(const CommonOptions& options,
+                                            const session::OpenOptions& world) {
+  const auto map =
+      options.map ? boost::make_shared<const OccupancyMap>(robot::loadMap(world.mapFile)) : nullptr;
+  return openHeardSession(options.heard, descriptionOf(options), map);
+}
+
+std::unique_ptr<session::Session> openAsked(const CommonOptions& options,
+                                            const session::OpenOptions& world) {
+  if (options.heard.asked) return openHeard(options, world);
+  if (options.robot) return openRobot(options, world);
+  return naming("--kind", [&] { return session::openSimulated(options.kind, world); });
+}
+
 }  // namespace
 
 std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math::Pose2D> start,
                                                              session::TimeSource time) const {
+  if (needsPose && pose.empty() && !heard.asked) throw session::UsageError("--pose is required");
   session::OpenOptions options = robots;
   options.time = time;
   if (start) options.start = start;
   options.somebodyAhead = somebodyAhead;
   if (!start && !pose.empty()) options.start = parsePose(pose);
   if (map) options.mapFile = naming("--map", [&] { return session::findMap(*map); });
-  auto session = robot ? openRobot(*this, options)
-                       : naming("--kind", [&] { return session::openSimulated(kind, options); });
+  auto session = openAsked(*this, options);
   setLimits(session->getManager(), limits);
   return session;
 }
 
 std::string CommonOptions::findRobot() const {
   return naming("--robot", [this] { return session::findRobot(*robot); });
+}
+
+std::string CommonOptions::describeHeard() const {
+  return describeHeardRobot(heard, descriptionOf(*this));
 }
 
 std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {
@@ -120,6 +149,7 @@ void addRobot(CLI::App& command, CommonOptions& options) {
 
 void addWorld(CLI::App& command, CommonOptions& options) {
   addRobot(command, options);
+  options.heard.addTo(command);
   command
       .add_option("--map", options.map,
                   "map_server map: a YAML file beside its PGM or PNG (default: apartment, the "
@@ -156,8 +186,9 @@ void addSubscriptions(CLI::App& command, CommonOptions& options) {
 }
 
 void addPose(CLI::App& command, CommonOptions& options) {
-  command.add_option("--pose", options.pose, "robot pose x,y,theta in the map (m, rad)")
-      ->required();
+  options.needsPose = true;
+  command.add_option("--pose", options.pose,
+                     "robot pose x,y,theta in the map (m, rad); required without --from-ros2");
 }
 
 void addOptionalPose(CLI::App& command, CommonOptions& options) {
@@ -170,9 +201,9 @@ void addFormat(CLI::App& command, CommonOptions& options, const std::string& for
 }
 
 session::Snapshot readOnce(session::Session& session, const CommonOptions& options) {
-  if (const auto warning = session::PoseWatch(*session.getMap()).look(session.getPose())) {
-    std::cerr << *warning << '\n';
-  }
+  const auto warning = session::PoseWatch(*session.getMap()).look(session.getPose());
+  // A robot that somebody else has is where it is.
+  if (warning && !options.heard.asked) std::cerr << *warning << '\n';
   session.subscribe(kSubscriber, options.namesFor(session.getManager()));
   session.run(session.getSettlingTime());
   return session.look();

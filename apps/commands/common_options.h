@@ -9,6 +9,7 @@
 
 #include <CLI/App.hpp>
 
+#include "apps/ros2/heard_arguments.h"
 #include "session/open.h"
 
 namespace QV::app {
@@ -19,6 +20,8 @@ struct CommonOptions {
   session::OpenOptions robots;
   int kind = 1;
   std::optional<std::string> robot;
+  /** In place of a simulated or virtual robot. */
+  HeardArguments heard;
   std::optional<std::string> map;
   std::uint64_t seed = 1;
   float noise = 0.0f;
@@ -28,6 +31,7 @@ struct CommonOptions {
   std::vector<std::string> limits;
   std::vector<std::string> subscriptions;
   std::string pose;
+  bool needsPose = false;
   /** Somebody stands before --robot. */
   bool somebodyAhead = false;
   std::string format = "table";
@@ -41,6 +45,8 @@ struct CommonOptions {
       session::TimeSource time = session::TimeSource::simulated) const;
   /** Where the description lies that --robot names. */
   std::string findRobot() const;
+  /** Of the robot that a graph tells of. */
+  std::string describeHeard() const;
   /** What was subscribed to, or every family. UsageError for a name that doesn't exist. */
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };

@@ -77,7 +77,8 @@ Run driveAlong(const DriveOptions& options, session::Session& session, outlets::
     session.run(timeOfCycle(start, run.cycles, options.rate) - ko::Clock::now());
     const session::Snapshot snapshot = session.look();
     run.end = snapshot.pose;
-    if (const auto warning = watch.look(snapshot.pose)) progress.note(*warning);
+    const auto warning = watch.look(snapshot.pose);
+    if (warning && !options.heard.asked) progress.note(*warning);
     run.summary.add(snapshot);
     outlet.show(snapshot);
     progress.show(static_cast<double>(run.cycles) / static_cast<double>(cycles));

@@ -1,5 +1,7 @@
+#include <fstream>
 #include <iostream>
 #include <memory>
+#include <stdexcept>
 
 #include <nlohmann/json.hpp>
 
@@ -18,6 +20,11 @@ namespace QV::app {
 namespace {
 
 using nlohmann::ordered_json;
+
+struct ListOptions : CommonOptions {
+  bool wantsHealth = false;
+  std::string saved;
+};
 
 /** "-" for what a sensor that stands in no description has none of. */
 template <typename Number>
@@ -157,10 +164,23 @@ void listHealth(const CommonOptions& options, outlets::Format format) {
   if (format != outlets::Format::json) table.print(std::cout);
 }
 
-void listDescription(const CommonOptions& options, outlets::Format format) {
+robot::RobotDescription listedRobot(const CommonOptions& options) {
+  const auto& kinds = options.robots.sensors.getKinds();
+  if (!options.heard.asked) return robot::RobotDescription::fromFile(options.findRobot(), kinds);
+  const QuietLog quiet;
+  return robot::RobotDescription(options.describeHeard(), kinds);
+}
+
+void save(const robot::RobotDescription& description, const std::string& path) {
+  std::ofstream file(path, std::ios::binary);
+  file << description.xml << std::flush;
+  if (!file) throw std::runtime_error(path + ": can't be written");
+}
+
+void listDescription(const ListOptions& options, outlets::Format format) {
   const session::OpenOptions& robots = options.robots;
-  const auto description =
-      robot::RobotDescription::fromFile(options.findRobot(), robots.sensors.getKinds());
+  const auto description = listedRobot(options);
+  if (!options.saved.empty()) save(description, options.saved);
   // What can't be built is said in the list.
   const QuietLog quiet;
   if (format == outlets::Format::json) {
@@ -174,24 +194,27 @@ void listDescription(const CommonOptions& options, outlets::Format format) {
 }  // namespace
 
 void addListCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
-  auto options = optionsFor<CommonOptions>(robots);
-  auto wantsHealth = std::make_shared<bool>(false);
+  auto options = optionsFor<ListOptions>(robots);
   CLI::App* command = program.add_subcommand(
       "list", "Show a robot's sensors by family; of a description its collision shapes, too");
-  CLI::Option* health = command->add_flag("--health", *wantsHealth,
+  CLI::Option* health = command->add_flag("--health", options->wantsHealth,
                                           "show how each sensor is after three seconds, instead");
   addWorld(*command, *options);
   for (const char* name :
        {"--map", "--seed", "--noise", "--drop-outs", "--people", "--fault", "--limit"}) {
     command->get_option(name)->needs(health);
   }
+  command->add_option("--save", options->saved, "file for the description of --from-ros2 (URDF)")
+      ->needs("--from-ros2")
+      ->excludes(health)
+      ->check(namesAFile);
   addFormat(*command, *options, "table; json: one object, with --health a sensor per line");
-  command->callback([options, wantsHealth] {
+  command->callback([options] {
     const outlets::Format format =
         outlets::parseFormat(options->format, {outlets::Format::table, outlets::Format::json});
-    if (*wantsHealth) {
+    if (options->wantsHealth) {
       listHealth(*options, format);
-    } else if (options->robot) {
+    } else if (options->robot || options->heard.asked) {
       listDescription(*options, format);
     } else {
       listKind(options->kind, format);

@@ -47,33 +47,33 @@ ko::Duration passedSince(std::chrono::steady_clock::time_point& last) {
 }
 
 void watchIn(Terminal& terminal, Watch& watch, session::Session& session,
-             outlets::OutletList& files, bool isRecorded) {
+             outlets::OutletList& files, bool hasOwnTime) {
   auto last = std::chrono::steady_clock::now();
   for (bool on = true; on && !isInterrupted();) {
     terminal.show(watchScreen(watch.look(), terminal.getSize()));
     for (const Key key : terminal.readKeys(kPeriodMs)) on = on && watch.press(key);
-    if (!isRecorded) continue;
+    if (!hasOwnTime) continue;
     session.keepPace(passedSince(last));
     files.show(session.look());
   }
 }
 
-// What is recorded runs in a time of its own: only so does it come out the same again. False if it
-// is not all written.
+// What is recorded runs in a time of its own: only so does it come out the same again; and what a
+// graph tells, in the time of that. False if it is not all written.
 bool watchOn(WatchOptions& options) {
   checkTerminal(STDIN_FILENO, STDOUT_FILENO);
-  const bool isRecorded = options.record.isAsked();
-  const auto source = isRecorded ? session::TimeSource::simulated : session::TimeSource::clock;
+  const bool hasOwnTime = options.record.isAsked() || options.heard.asked;
+  const auto source = hasOwnTime ? session::TimeSource::simulated : session::TimeSource::clock;
   const auto session = options.openSession(std::nullopt, source);
   outlets::OutletList files;
   options.record.open(*session, files, false);
   const auto names = options.namesFor(session->getManager());
-  Watch watch(*session, isRecorded ? std::launch::deferred : std::launch::async);
+  Watch watch(*session, hasOwnTime ? std::launch::deferred : std::launch::async);
   {
     Terminal terminal(STDIN_FILENO, STDOUT_FILENO);
     watch.subscribe(names);
     if (!options.still) session->wander();
-    watchIn(terminal, watch, *session, files, isRecorded);
+    watchIn(terminal, watch, *session, files, hasOwnTime);
   }
   files.finish();
   if (options.record.report(std::cout)) return true;

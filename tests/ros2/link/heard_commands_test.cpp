@@ -1,0 +1,137 @@
+#include <atomic>
+#include <chrono>
+#include <cmath>
+#include <condition_variable>
+#include <cstdlib>
+#include <filesystem>
+#include <mutex>
+#include <thread>
+
+#include <gmock/gmock.h>
+
+#include "ros2/link/heard_robot.h"
+#include "tests/apps/run_program.h"
+#include "tests/ros2/link/ticking_robot.h"
+#include "tests/ros2/player/bag_player.h"
+#include "tests/support/real_data.h"
+#include "tests/support/temporary_folder.h"
+
+namespace QV::ros2 {
+namespace {
+
+using app::run;
+using testing::HasSubstr;
+
+/** Plays a recording on a graph, faster than it was, until it ends. */
+class Playing {
+ public:
+  explicit Playing(const std::string& path) : player(path, *node) {}
+  ~Playing() {
+    {
+      const std::lock_guard lock(mutex);
+      ended = true;
+    }
+    changed.notify_all();
+    thread.join();
+  }
+
+  std::size_t countReaders(const std::string& topic) const { return player.countReaders(topic); }
+
+ private:
+  void play() {
+    std::unique_lock lock(mutex);
+    while (!ended) {
+      player.playNext();
+      changed.wait_for(lock, std::chrono::milliseconds(4), [this] { return ended; });
+    }
+  }
+
+  Graph graph{test::graphOfItsOwn()};
+  const std::unique_ptr<GraphNode> node = graph.createNode("player");
+  test::BagPlayer player;
+  std::mutex mutex;
+  std::condition_variable changed;
+  bool ended = false;
+  std::thread thread{[this] { play(); }};
+};
+
+/** The ranges of a scan that mean something, in their order. */
+std::vector<float> echoesOf(const sensor_msgs::LaserScan& scan) {
+  std::vector<float> echoes;
+  for (const float range : scan.ranges)
+    if (range >= scan.range_min && range < scan.range_max) echoes.push_back(range);
+  return echoes;
+}
+
+std::vector<std::vector<float>> echoesIn(const std::string& path) {
+  BagReader bag(path);
+  std::vector<std::vector<float>> echoes;
+  while (const auto message = bag.next())
+    if (message->topic->name == "/scan")
+      echoes.push_back(echoesOf(fromCdr<sensor_msgs::LaserScan>(message->data)));
+  return echoes;
+}
+
+bool isOf(const Math::MetricalData& record, const std::vector<float>& echoes) {
+  return std::ranges::equal(record.points, echoes, [](const auto& point, float range) {
+    return std::abs(Math::norm(point) - range) < 1e-4f;
+  });
+}
+
+struct HeardCommandsTest : testing::Test {
+  HeardCommandsTest() {
+    const std::string domain = std::to_string(test::graphOfItsOwn().domain);
+    ::setenv("ROS_DOMAIN_ID", domain.c_str(), 1);
+    if (const auto data = test::findRealData("bags/mumble_straight.mcap")) path = *data;
+  }
+
+  std::string path;
+  const test::TemporaryFolder folder;
+};
+
+TEST_F(HeardCommandsTest, aRealRecordingIsReadScanByScan) {
+  if (path.empty()) GTEST_SKIP() << "no recordings at QV_DATA";
+  const auto echoes = echoesIn(path);
+  const Playing playing(path);
+  HeardRobotOptions options;
+  options.graph = test::graphOfItsOwn();
+  const auto session = openHeardRobot(options);
+  session->subscribe("test", {"scan"});
+  std::set<ko::Clock::time_point> seen;
+  for (int i = 0; i < 300 && seen.size() < 20; ++i) {
+    session->run(boost::chrono::milliseconds(100));
+    for (const auto& record : session::recordsOf(session->look())) {
+      seen.insert(record.timestamp);
+      EXPECT_TRUE(std::ranges::any_of(echoes, [&](const auto& of) { return isOf(record, of); }));
+    }
+  }
+  EXPECT_GE(seen.size(), 20u);
+}
+
+TEST_F(HeardCommandsTest, listsSavesAndReadsWhatIsOnTheGraph) {
+  if (path.empty()) GTEST_SKIP() << "no recordings at QV_DATA";
+  const Playing playing(path);
+  const std::string saved = folder / "mumble.urdf";
+  const auto listed = run({"list", "--from-ros2", "--save", saved});
+  EXPECT_EQ(listed.status, 0) << listed.error;
+  EXPECT_THAT(listed.out, HasSubstr("Laser   scan"));
+  for (const std::vector<std::string>& robot : {std::vector<std::string>{}, {"--robot", saved}}) {
+    std::vector<std::string> arguments = {"read", "--from-ros2", "--format", "json"};
+    arguments.insert(arguments.end(), robot.begin(), robot.end());
+    const auto read = run(arguments);
+    EXPECT_EQ(read.status, 0) << read.error;
+    const auto records = app::recordsIn(read.out);
+    ASSERT_EQ(records.size(), 1u) << read.out << read.error;
+    EXPECT_EQ(records[0]["sensorName"], "scan");
+    EXPECT_GT(records[0]["points"].size(), 100u);
+  }
+}
+
+TEST_F(HeardCommandsTest, refusesAnEmptyGraphByALine) {
+  app::expectRefused({{"read", "--from-ros2"}, "--from-ros2: on the graph a topic of LaserScan"});
+  app::expectRefused({{"list", "--from-ros2", "--use-sim-time"}, "--from-ros2: somebody expected"});
+  app::expectRefused({{"list", "--from-ros2", "--from-remap", "a"}, "--from-remap: FROM:=TO"});
+}
+
+}  // namespace
+}  // namespace QV::ros2
