@@ -13,8 +13,9 @@
 namespace QV::ros2 {
 namespace {
 
-using MachineClock = std::chrono::steady_clock;
-
+// What a session that was not run for so long has missed is not made up: what has come meanwhile is
+// told at once, and would look old by the end of it.
+constexpr std::chrono::milliseconds kLongPause{200};
 // A clock that does not move for so long stands still.
 constexpr std::chrono::milliseconds kStandstill{500};
 constexpr std::chrono::milliseconds kLongestGlance{5};
@@ -45,7 +46,12 @@ void HeardSessionRobot::follow(const session::TimedPath& path, double seconds) {
   drive(session::steer(path, seconds, getPose()));
 }
 
+void HeardSessionRobot::xSkipPause() {
+  if (MachineClock::now() - lastRun > kLongPause) modules->getTime().begin(ko::Clock::now());
+}
+
 std::optional<ko::Clock::time_point> HeardSessionRobot::catchUp() {
+  xSkipPause();
   const auto there = modules->getTime().now();
   // What comes is told as time goes on; where it stands, here.
   if (there <= ko::Clock::now()) modules->turn();
@@ -53,6 +59,13 @@ std::optional<ko::Clock::time_point> HeardSessionRobot::catchUp() {
 }
 
 bool HeardSessionRobot::awaitTime(ko::Clock::time_point time) {
+  xSkipPause();
+  const bool hasCome = xAwait(time);
+  lastRun = MachineClock::now();
+  return hasCome;
+}
+
+bool HeardSessionRobot::xAwait(ko::Clock::time_point time) {
   auto last = modules->getTime().now();
   auto moved = MachineClock::now();
   for (auto now = last; now < time; now = modules->getTime().now()) {

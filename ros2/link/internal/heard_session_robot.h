@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <optional>
 
@@ -19,7 +20,8 @@ class HeardSessionRobot : public session::SessionRobot {
   sensor::NavigationModule& getNavigation() override { return *navigation; }
   const Model::Robot* getDescription() const override { return &told().getModel(); }
   boost::shared_ptr<QVBroker> getBroker() const override { return told().getBroker(); }
-  std::string getSort() const override { return "log"; }
+  /** Its recordings are played by the beat at which it is told. */
+  std::string getSort() const override { return "virtual"; }
   std::string getTitle() const override;
   session::Frame getFrame() const override { return session::Frame::robot; }
   boost::shared_ptr<const OccupancyMap> getMap() const override { return map; }
@@ -41,12 +43,17 @@ class HeardSessionRobot : public session::SessionRobot {
   bool awaitTime(ko::Clock::time_point time) override;
 
  private:
+  using MachineClock = std::chrono::steady_clock;
+
+  void xSkipPause();
+  bool xAwait(ko::Clock::time_point time);
   ToldModules& told() const { return modules->getModules(); }
 
   const std::unique_ptr<HeardModules> modules;
   const boost::shared_ptr<const OccupancyMap> map;
   const boost::shared_ptr<sensor::NavigationModule> navigation;
   const ScopedModule hosting;
+  MachineClock::time_point lastRun;
 };
 
 }  // namespace QV::ros2

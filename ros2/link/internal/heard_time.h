@@ -23,7 +23,7 @@ class HeardTime {
   void setClock(std::int64_t time);
   /** Whether there is a time. */
   bool hasBegun() const;
-  /** From now on ko's time counts, which is `time` now. */
+  /** What is now counts as `time` of ko's from here on. */
   void begin(ko::Clock::time_point time);
 
   ko::Clock::time_point now();

@@ -6,6 +6,7 @@
 #include <gmock/gmock.h>
 
 #include "ros2/messages/geometry_msgs.h"
+#include "sensor/real/real_sensor_manager.h"
 #include "session/usage_error.h"
 #include "tests/ros2/link/ticking_robot.h"
 #include "tests/support/log_capture.h"
@@ -32,6 +33,13 @@ sensor_msgs::LaserScan scanAt(const Stamp& now, float range) {
   scan.range_max = 5.0f;
   scan.ranges = {range, range, kInfinity};
   return scan;
+}
+
+Stamp wallStamp() {
+  const auto now = std::chrono::system_clock::now().time_since_epoch();
+  const auto second = std::chrono::duration_cast<std::chrono::seconds>(now);
+  return {static_cast<std::int32_t>(second.count()),
+          static_cast<std::uint32_t>((now - second) / std::chrono::nanoseconds(1))};
 }
 
 sensor_msgs::Range rangeAt(const Stamp& now, float value) {
@@ -276,6 +284,26 @@ TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
     const auto* sonar = findRecord(records, "High");
     return sonar && sonar->sensorTransform(2, 3) == 0.5f;
   }));
+}
+
+TEST_F(HeardRobotTest, aManagerOfOnesOwnReadsItInTheMachinesTime) {
+  startSensors();
+  robot.say("scan", [this](const Stamp&) { scans->write(scanAt(wallStamp(), 2.0f)); });
+  HeardRobotOptions options;
+  options.graph = test::graphOfItsOwn();
+  options.usesSimTime = false;
+  HeardRobot sut(options);
+  sensor::RealSensorManager manager(sut.getBroker());
+  sut.obey(&manager);
+  manager.subscribe("test", "scan");
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  while (manager.getMetricalData("scan").empty() && std::chrono::steady_clock::now() < end)
+    std::this_thread::yield();
+  const auto records = manager.getMetricalData("scan");
+  ASSERT_EQ(records.size(), 1u);
+  EXPECT_LT(Math::age(records[0], ko::Clock::now()), boost::chrono::milliseconds(500));
+  EXPECT_EQ(sonars->getReaderCount(), 0u);
+  sut.obey(nullptr);
 }
 
 TEST_F(HeardRobotTest, whatMakesNoSensorIsRefused) {

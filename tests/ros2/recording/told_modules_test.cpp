@@ -206,6 +206,14 @@ TEST_F(ToldModulesTest, whatCanNotBeUnderstoodIsRefusedByOneLineAndTheOthersGoOn
   }
 }
 
+TEST_F(ToldModulesTest, rangesOfHumbleAreUnderstood) {
+  Bytes cdr;
+  const auto message = range(1.25f);
+  sensor_msgs::Range::getTypeWithoutVariance().encode(&message, cdr);
+  sut.tell({"/sonar", sensor_msgs::Range::getType().getName(), cdr});
+  EXPECT_NEAR(Math::norm(recordsOf("sonar").at(0).points.at(7)), 1.25f, 1e-5f);
+}
+
 TEST_F(ToldModulesTest, soundFramesOfAMessageCountBesideOnesThatAreNone) {
   auto frames = frame("odom", "base_link");
   frames.transforms[0].transform.translation.x = 3.0;
