@@ -40,10 +40,14 @@ void goOnTo(SessionParts& parts, ko::Clock::time_point time) {
   goTo(parts, time);
 }
 
-void note(SessionParts& parts) {
+void notePlace(SessionParts& parts) {
   parts.sensorLook.notePose();
-  parts.sensorLook.noteMeasurements();
   parts.touchLook.note();
+}
+
+void note(SessionParts& parts) {
+  notePlace(parts);
+  parts.sensorLook.noteMeasurements();
 }
 
 }  // namespace
@@ -71,7 +75,7 @@ Session::~Session() {
 
 Snapshot Session::look() {
   SessionRobot& robot = *parts->robot;
-  note(*parts);
+  notePlace(*parts);
   Snapshot snapshot;
   snapshot.title = robot.getTitle();
   snapshot.time = ko::Clock::now();

@@ -1,6 +1,5 @@
 #include <cmath>
 #include <iostream>
-#include <memory>
 
 #include "apps/arguments.h"
 #include "apps/commands/commands.h"
@@ -10,9 +9,7 @@
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
 #include "apps/subscriber.h"
-#include "outlets/files/record_file.h"
 #include "outlets/outlet_list.h"
-#include "outlets/picture/run_picture.h"
 #include "session/internal/number_text.h"
 #include "session/internal/pose_watch.h"
 #include "session/internal/seconds.h"
@@ -28,7 +25,7 @@ struct DriveOptions : CommonOptions {
   double speed = 0.5;
   double turnSpeed = 1.0;
   OutputFiles output;
-  std::string picture;
+  OutputFiles picture;
 };
 
 // An hour of a fast robot at a high rate fits; a slip of the finger does not.
@@ -46,11 +43,6 @@ struct Run {
   Math::Pose2D end;
   RunSummary summary;
 };
-
-void openOutlets(DriveOptions& options, session::Session& session, outlets::OutletList& list) {
-  options.output.open(session, list, false);
-  if (!options.picture.empty()) list.add(std::make_shared<outlets::RunPicture>(options.picture));
-}
 
 // To the path's end, and for so long there that the last records are of that place.
 long countCycles(double pathSeconds, const session::Session& session, double rate) {
@@ -110,16 +102,17 @@ bool printSummary(const DriveOptions& options, const Run& run) {
       << options.rate << " Hz of simulated time.\n";
   run.summary.print(out);
   const bool isWhole = options.output.report(out);
-  if (!options.picture.empty()) out << "Wrote " << options.picture << '\n';
-  return isWhole;
+  return options.picture.report(out) && isWhole;
 }
 
 bool drive(DriveOptions& options) {
   const session::TimedPath path = checkedPath(options);
-  if (!options.picture.empty()) outlets::checkPicturePath(options.picture);
+  options.picture.checkIsPicture();
   const auto session = options.openSession(path.poseAt(0.0));
   outlets::OutletList outlets;
-  openOutlets(options, *session, outlets);
+  for (OutputFiles* files : {&options.output, &options.picture}) {
+    files->open(*session, outlets, false);
+  }
   const Run run = driveAlong(options, *session, outlets);
   outlets.finish();
   warnIfAstray(path, run.end);
@@ -141,10 +134,12 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
   command->add_option("--speed", options->speed, "m/s")->capture_default_str();
   command->add_option("--turn-speed", options->turnSpeed, "rad/s, on the spot at each corner")
       ->capture_default_str();
-  options->output.addOption(*command, "-o,--output",
-                            "file: .mcap is a recording of the whole run, .csv has a line per "
-                            "point, any other name one JSON per record; - is standard output");
-  command->add_option("--picture", options->picture, "PNG of the run")->check(namesAFile);
+  options->output.addOption(
+      *command, "-o,--output",
+      "file: .mcap is a recording of the whole run, .png a picture of it, .csv "
+      "has a line per point, any other name one JSON per record; - is "
+      "standard output");
+  options->picture.addOption(*command, "--picture", "PNG of the run");
   command->callback([options, &status] {
     if (!drive(*options)) status = kIncomplete;
   });

@@ -30,7 +30,7 @@ struct SessionParts {
   const std::unique_ptr<ko::SimulatedTime> time;
   const std::unique_ptr<SessionRobot> robot;
   Switches switches{robot->getManager()};
-  DemandKeeper demand{robot->getManager()};
+  DemandKeeper demand{switches};
   Driver driver{*robot};
   Pacing pacing;
   SensorLook sensorLook{*robot, switches};

@@ -130,7 +130,7 @@ class WebSocketConnection : public Connection,
       : socket(std::move(stream)), service(std::move(service)), listing(this->service, this) {}
 
   void accept(const Request& request, const std::string& chosen) {
-    client = std::make_shared<Client>(weak_from_this());
+    client = std::make_shared<Client>(chosen, weak_from_this());
     beast::get_lowest_layer(socket).expires_never();
     socket.set_option(websocket::stream_base::timeout{kRequestTime, kSilence, true});
     socket.set_option(websocket::stream_base::decorator([chosen](auto& response) {
@@ -139,9 +139,9 @@ class WebSocketConnection : public Connection,
     }));
     socket.read_message_max(WebServer::kLongestMessage);
     socket.auto_fragment(false);
-    socket.async_accept(request, [self = shared_from_this(), chosen](error_code error) {
+    socket.async_accept(request, [self = shared_from_this()](error_code error) {
       if (error) return;
-      self->service->handler.onOpen(self->client, chosen);
+      self->service->handler.onOpen(self->client);
       self->xRead();
     });
   }
@@ -165,8 +165,8 @@ class WebSocketConnection : public Connection,
  private:
   /** What others hold may outlive the connection and its server. */
   struct Client : WebClient {
-    explicit Client(std::weak_ptr<WebSocketConnection> connection)
-        : connection(std::move(connection)) {}
+    Client(const std::string& protocol, std::weak_ptr<WebSocketConnection> connection)
+        : WebClient(protocol), connection(std::move(connection)) {}
     void send(WebMessage message) override {
       if (const auto open = connection.lock()) open->send(std::move(message));
     }

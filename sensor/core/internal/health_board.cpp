@@ -4,6 +4,7 @@
 #include <exception>
 #include <iterator>
 
+#include "platform/ko/internal/time_source.h"
 #include "platform/ko/log.h"
 #include "sensor/core/internal/sensor_watch.h"
 
@@ -100,10 +101,13 @@ void HealthBoard::noteVelocity(const Math::Pose2D& velocity) {
   motion.note(velocity, ko::Clock::now());
 }
 
-void HealthBoard::tick() {
-  if (!isOn) return;
+void HealthBoard::tick(ko::Duration period) {
+  const std::int64_t now = inNs(ko::detail::coarseNow());
+  const std::int64_t passed = now - tickedAt;
+  if (!isOn || (passed >= 0 && passed < period.count())) return;
   Lock lock(mutex, std::try_to_lock);
   if (!lock) return;
+  tickedAt = now;
   xJudgeAll(true);
   xCallBack(lock);
 }
