@@ -85,10 +85,8 @@ void scanManyPoses(benchmark::State& state, const MapCase& mapCase, const FanCas
 bool registerAll() {
   for (const MapCase& mapCase : kMaps) {
     for (const FanCase& fan : kFans) {
-      const std::string name = std::string("scans/") + mapCase.name + "/" + fan.name;
-      benchmark::RegisterBenchmark(name.c_str(), scanManyPoses, mapCase, fan)
-          ->UseManualTime()
-          ->Unit(benchmark::kMillisecond);
+      registerTimed(std::string("scans/") + mapCase.name + "/" + fan.name, scanManyPoses, mapCase,
+                    fan);
     }
   }
   return true;

@@ -35,6 +35,7 @@ constexpr char kReplayFooter[] =
     "heading (0.1 degrees). What RUN holds tells which. Times count from its start.";
 
 struct ReplayOptions {
+  sensor::SensorFactory sensors;
   std::string run;
   std::optional<std::string> poses;
   OutputFiles output;
@@ -75,7 +76,7 @@ void playOnce(const ReplayOptions& options, PlayedRun& run, const Take& take) {
 void playAll(const ReplayOptions& options, outlets::OutletList& outlets, OutputFiles& output,
              const Take& take, const Take& takeEnd) {
   do {
-    PlayedRun run(options.run, options.poses);
+    PlayedRun run(options.run, options.poses, options.sensors);
     if (!output.isOpen()) output.open(run.getSession(), outlets, false);
     playOnce(options, run, take);
     takeEnd(run);
@@ -176,8 +177,9 @@ int replay(ReplayOptions& options) {
 
 }  // namespace
 
-void addReplayCommand(CLI::App& program, const session::OpenOptions&, int& status) {
+void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = std::make_shared<ReplayOptions>();
+  options->sensors = robots.sensors;
   CLI::App* command =
       program.add_subcommand("replay", "Play a recording or a log to the sensors, and read them");
   command->footer(kReplayFooter);

@@ -50,7 +50,7 @@ bool serve(ServeOptions& options) {
   // Before the robot: it hears of sensors that can't be built.
   ko::log::LogRing log;
   if (options.replay.empty()) return serveSession(options, *options.openSession(), log);
-  ros2::RunReplay run(options.replay);
+  ros2::RunReplay run(options.replay, options.robots.sensors);
   run.begin();
   return serveSession(options, run.getSession(), log);
 }

@@ -195,14 +195,14 @@ void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder&
 }
 
 void RealSensorManager::xWatchHealth() {
-  boost::lock_guard<boost::mutex> lock(healthMutex);
+  std::lock_guard<std::mutex> lock(healthMutex);
   if (!healthTask.isRunning()) healthTask.start(false);
 }
 
 // Ends itself, as whoever switches the last sensor off must not wait for what a change calls.
 void RealSensorManager::xLookAtHealth() {
   xHealth().tick();
-  boost::lock_guard<boost::mutex> lock(healthMutex);
+  std::lock_guard<std::mutex> lock(healthMutex);
   if (!updateRunning) healthTask.stop();
 }
 

@@ -28,7 +28,7 @@ namespace QV::ros2 {
  */
 class PlayedDrivers : public PlayedRobot {
  public:
-  explicit PlayedDrivers(std::unique_ptr<RunReader> reader);
+  PlayedDrivers(std::unique_ptr<RunReader> reader, const sensor::SensorFactory& sensors);
   ~PlayedDrivers() override;
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }
