@@ -18,6 +18,7 @@
 #include "robot/services/memory_service.h"
 #include "robot/services/video_device.h"
 #include "ros2/recording/internal/played_robot.h"
+#include "sensor/real/sensor_factory.h"
 
 namespace QV::ros2 {
 
