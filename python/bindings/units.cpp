@@ -108,13 +108,14 @@ for nothing up to `reach`. An unknown name: ValueError.)")
 void bindHelpers(py::module_& module) {
   py::class_<Channel>(module, "FaultChannel", R"(
 What a sensor that may be made to fail gives out for what it measures.)")
-      .def(py::init([](const UnitContext& context, const std::string& sensor,
-                       const py::function& garble, const py::function& falsify) {
-             return std::make_unique<Channel>(context.getFaults(sensor), distortion(garble),
-                                              distortion(falsify));
-           }),
-           "context"_a, "sensor"_a, "garble"_a, "falsify"_a,
-           R"(__init__(context: UnitContext, sensor: str, garble: Callable[[float], float], falsify: Callable[[float], float]) -> None
+      .def(
+          py::init([](const UnitContext& context, const std::string& sensor,
+                      const py::function& garble, const py::function& falsify) {
+            return std::make_unique<Channel>(context.getFaults(sensor), distortion(garble),
+                                             distortion(falsify));
+          }),
+          "context"_a, "sensor"_a, "garble"_a, "falsify"_a,
+          R"(__init__(context: UnitContext, sensor: str, garble: Callable[[float], float], falsify: Callable[[float], float]) -> None
 
 `garble` makes nonsense of a measurement, `falsify` something believable that is not so.)")
       .def("pass_on", &pass, "value"_a, "now"_a,

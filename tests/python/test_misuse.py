@@ -127,6 +127,20 @@ def test_what_is_used_after_its_robot_ended_says_so(flat):
         manager.get_metrical_data()
 
 
+def test_what_is_no_number_stops_nobody(flat):
+    nan = float("nan")
+    manager = qv.SimulatedSensorManager(1, flat)
+    manager.subscribe("test")
+    manager.set_pose_2d((nan, 1.0, nan))
+    assert all((record.points[:, 0] > 0).all() for record in manager.get_metrical_data("Sonar"))
+    view = qv.SensorFieldOfView2D(0, 1, 1, 1)
+    assert np.isnan(qv.Record("a", "b", view, [[nan, 0, 0]]).points_in_frame()).any()
+    with qv.SimulatedTime(), qv.VirtualRobot("porter", flat) as robot:
+        for command in (lambda: robot.set_velocity(nan, 0, 0), lambda: setattr(robot, "pose", (0, nan, 0))):
+            with pytest.raises(ValueError, match="finite"):
+                command()
+
+
 def test_time_may_end_before_what_lives_in_it(flat):
     with qv.SimulatedTime() as moving:
         robot = qv.VirtualRobot("porter", flat)

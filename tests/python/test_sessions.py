@@ -57,28 +57,33 @@ def test_health_names_the_cause(session):
 
 
 def test_changes_of_health_are_told_until_somebody_else_is(session, capfd):
-    told = []
+    told, manager = [], session.manager
 
-    def hear(sensor, health):
-        if health.state == "sound":
-            # The lambda, and with it this function, goes while it runs.
-            session.manager.on_health_changed(lambda *change: told.append(change[1].state))
-        assert session.manager.get_health(sensor).state == health.state
-        told.append(f"{sensor} {health.state}")
-        raise ValueError("a slip")
+    class Hear:
+        def __call__(self, sensor, health):
+            assert manager.get_health(sensor) == health
+            told.append(f"{sensor} {health.state}")
+            if health.state == "late":
+                manager.on_health_changed(lambda sensor, health: told.append(health.state))
+            raise ValueError("a slip")
 
-    session.manager.on_health_changed(lambda *change: hear(*change))
+        def __del__(self):
+            told.append("gone, " + manager.get_health("FrontLaser").state)
+
+    manager.on_health_changed(Hear())
     with session.subscription("test", "FrontLaser"):
         session.run(qv.seconds(1))
+        manager.on_health_changed(Hear())
         session.set_fault("FrontLaser", "delayed")
         session.run(qv.seconds(2))
-        assert told == ["FrontLaser sound", "late"]
-        session.manager.on_health_changed(None)
+        session.clear_fault("FrontLaser")
+        session.run(qv.seconds(4))
+        manager.on_health_changed(None)
     session.run(qv.seconds(1))
-    assert len(told) == 2
+    assert told == ["FrontLaser sound", "gone, sound", "FrontLaser late", "gone, late", "sound"]
     assert "ValueError: a slip" in capfd.readouterr().err
     with pytest.raises(TypeError):
-        session.manager.on_health_changed(3)
+        manager.on_health_changed(3)
 
 
 def test_a_subscription_waits_for_the_first_records_and_tells_what_is_missing(session, flat):
