@@ -71,7 +71,8 @@ std::optional<double> HealthBoard::getLimit(const std::string& sensor, HealthLim
 
 void HealthBoard::setCallback(Callback newCallback) {
   const Lock lock(mutex);
-  callback = std::move(newCallback);
+  // The former one goes after the lock: what it keeps may ask for health as it goes.
+  callback.swap(newCallback);
 }
 
 void HealthBoard::setOn(bool on) {
@@ -285,7 +286,7 @@ void HealthBoard::xCallBack(Lock& lock) {
   while (!changes.empty()) {
     const auto change = std::move(changes.front());
     changes.pop_front();
-    const Callback call = callback;
+    Callback call = callback;
     lock.unlock();
     try {
       if (call) call(change.first, change.second);
@@ -294,6 +295,7 @@ void HealthBoard::xCallBack(Lock& lock) {
     } catch (...) {
       ko::log::error(kHealthCategory, "onHealthChanged") << "no standard exception";
     }
+    call.clear();
     lock.lock();
   }
   isCallingBack = false;
