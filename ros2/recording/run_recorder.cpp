@@ -10,6 +10,7 @@
 #include "robot/world/virtual_robot.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/background_bag.h"
+#include "ros2/recording/internal/camera_points.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/driver_topics.h"
 #include "ros2/recording/internal/frame_topics.h"
@@ -69,7 +70,8 @@ class RunRecorder::Impl : public session::RunListener {
         commands(writer.addTopic(makeBagTopic(kCommandsTopic, qv_msgs::Command::getType()))),
         lines(writer.addTopic(makeBagTopic("/rosout", rcl_interfaces::Log::getType()))),
         frames(writer, session, base),
-        records(writer, base, mountedOf(session)) {
+        cameraPoints(writer, session),
+        records(writer, base, mountedOf(session), cameraPoints) {
     xWriteFacts();
     // What a virtual robot's memory holds before it has measured is no measurement.
     const bool hasMeasured = robotOf(session).isRecording();
@@ -93,7 +95,9 @@ class RunRecorder::Impl : public session::RunListener {
   void onImage(int camera, const QVValue& image) override {
     xAttempt([&](ko::Clock::time_point now) {
       xFlush(false);
-      if (drivers) drivers->writeImage(camera, image, now);
+      if (!drivers) return;
+      drivers->writeImage(camera, image, now);
+      cameraPoints.note(camera, image, now);
     });
   }
 
@@ -211,6 +215,7 @@ class RunRecorder::Impl : public session::RunListener {
   const std::uint16_t commands;
   const std::uint16_t lines;
   FrameTopics frames;
+  CameraPoints cameraPoints;
   RecordTopics records;
   std::optional<DriverTopics> drivers;
   ko::log::LogRing log;

@@ -13,6 +13,7 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/sensor_sorts.h"
+#include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
 namespace {
@@ -112,7 +113,7 @@ DriverTopics::DriverTopics(BackgroundBag& writer, const Model::Robot& robot,
 void DriverTopics::xAddCamera(const SensorConfig& config) {
   cameras.push_back(
       {&config, config.name + "_optical",
-       writer.addTopic(makeBagTopic("/" + config.name + "/image", sensor_msgs::Image::getType())),
+       writer.addTopic(makeBagTopic(imageTopicOf(config.name), sensor_msgs::Image::getType())),
        writer.addTopic(
            makeBagTopic("/" + config.name + "/camera_info", sensor_msgs::CameraInfo::getType()))});
   if (people) return;

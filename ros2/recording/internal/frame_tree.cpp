@@ -16,11 +16,18 @@ std::string withoutSlash(const std::string& frame) {
   return frame.starts_with('/') ? frame.substr(1) : frame;
 }
 
+FrameTree::Link FrameTree::xLinkOf(const geometry_msgs::TransformStamped& transform) {
+  return {withoutSlash(transform.header.frame_id), transformOf(transform.transform)};
+}
+
 void FrameTree::add(const tf2_msgs::TFMessage& message) {
-  for (const auto& transform : message.transforms) {
-    links[withoutSlash(transform.child_frame_id)] = {withoutSlash(transform.header.frame_id),
-                                                     transformOf(transform.transform)};
-  }
+  for (const auto& transform : message.transforms)
+    links[withoutSlash(transform.child_frame_id)] = xLinkOf(transform);
+}
+
+void FrameTree::addNew(const tf2_msgs::TFMessage& message) {
+  for (const auto& transform : message.transforms)
+    links.emplace(withoutSlash(transform.child_frame_id), xLinkOf(transform));
 }
 
 std::vector<FrameTree::Link> FrameTree::xAncestorsOf(const std::string& frame) const {

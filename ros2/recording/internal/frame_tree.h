@@ -15,6 +15,8 @@ namespace QV::ros2 {
 class FrameTree {
  public:
   void add(const tf2_msgs::TFMessage& message);
+  /** What is known already stays. */
+  void addNew(const tf2_msgs::TFMessage& message);
 
   bool has(const std::string& frame) const { return links.count(frame) > 0; }
   /** Where `frame` is in `other`; nothing if no chain of frames leads from one to the other. */
@@ -27,6 +29,7 @@ class FrameTree {
     std::string parent;
     Math::Transform placed;
   };
+  static Link xLinkOf(const geometry_msgs::TransformStamped& transform);
   /** From a frame on, those that it hangs on: where the frame is in each. */
   std::vector<Link> xAncestorsOf(const std::string& frame) const;
 

@@ -101,10 +101,11 @@ diagnostic_msgs::DiagnosticStatus statusOf(const session::SensorState& sensor) {
 }  // namespace
 
 RecordTopics::RecordTopics(BackgroundBag& writer, const std::string& base,
-                           std::set<std::string> mounted)
+                           std::set<std::string> mounted, CameraPoints& cameraPoints)
     : writer(writer),
       base(base),
       mounted(std::move(mounted)),
+      cameraPoints(cameraPoints),
       records(writer.addTopic(makeBagTopic(kRecordsTopic, qv_msgs::Records::getType()))),
       states(
           writer.addTopic(makeBagTopic("/qv/sensors", qv_msgs::SensorStates::getType(), kLatched))),
@@ -118,10 +119,10 @@ void RecordTopics::write(const session::Snapshot& snapshot) {
   message.records.clear();
   for (const session::SensorState& sensor : snapshot.sensors) {
     if (sensor.records.empty()) continue;
-    xAddRecords(sensor);
     if (xHasOwnCloud(sensor)) {
       xWriteRawPoints(sensor, snapshot.time);
     } else {
+      xAddRecords(sensor);
       xWritePlacedPoints(sensor, snapshot.time);
     }
     xNoteView(sensor, snapshot);
@@ -147,26 +148,34 @@ std::uint16_t RecordTopics::xTopicOf(const std::string& name) {
 }
 
 void RecordTopics::xAddRecords(const session::SensorState& sensor) {
-  const bool hasOwnCloud = xHasOwnCloud(sensor);
-  std::uint32_t start = 0;
   for (const auto& record : sensor.records) {
-    auto& added = message.records.emplace_back(messageWithoutPoints(record));
-    const auto count = static_cast<std::uint32_t>(record.points.size());
-    if (hasOwnCloud) {
-      added.cloud = cloudTopicOf(sensor.name);
-      added.cloud_start = start;
-      added.cloud_count = count;
-      start += count;
-    } else {
-      added.points.reserve(count);
-      for (const auto& point : record.points) added.points.push_back({point.x, point.y, point.z});
-    }
+    auto& points = message.records.emplace_back(messageWithoutPoints(record)).points;
+    points.reserve(record.points.size());
+    for (const auto& point : record.points) points.push_back({point.x, point.y, point.z});
   }
 }
 
+void RecordTopics::xAddRecordsOf(const session::SensorState& sensor, const std::string& topic) {
+  std::uint32_t start = 0;
+  for (const auto& record : sensor.records) {
+    auto& added = message.records.emplace_back(messageWithoutPoints(record));
+    added.cloud = topic;
+    added.cloud_start = start;
+    added.cloud_count = static_cast<std::uint32_t>(record.points.size());
+    start += added.cloud_count;
+  }
+}
+
+// Where all points are pixels of a recorded image, viewers are shown some of them.
 void RecordTopics::xWriteRawPoints(const session::SensorState& sensor, ko::Clock::time_point time) {
   clear(cloud, sensor.records.front().timestamp, sensor.name);
-  for (const auto& record : sensor.records) append(cloud, record.points);
+  if (cameraPoints.write(sensor, time)) {
+    xAddRecordsOf(sensor, imagePointsTopicOf(sensor.name));
+    append(cloud, cameraPoints.getThinned());
+  } else {
+    xAddRecordsOf(sensor, cloudTopicOf(sensor.name));
+    for (const auto& record : sensor.records) append(cloud, record.points);
+  }
   writer.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
 }
 

@@ -8,6 +8,7 @@
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/background_bag.h"
+#include "ros2/recording/internal/camera_points.h"
 #include "session/snapshot.h"
 
 namespace QV::ros2 {
@@ -15,8 +16,10 @@ namespace QV::ros2 {
 /** Writes what a snapshot shows: the records, without loss and as points, and who wants them. */
 class RecordTopics {
  public:
-  /** `base` is the frame of the robot; `mounted` are the sensors that have frames of their own. */
-  RecordTopics(BackgroundBag& writer, const std::string& base, std::set<std::string> mounted);
+  /** `base` is the frame of the robot; `mounted` are the sensors that have frames of their own.
+   * `cameraPoints` must outlive it. */
+  RecordTopics(BackgroundBag& writer, const std::string& base, std::set<std::string> mounted,
+               CameraPoints& cameraPoints);
 
   void write(const session::Snapshot& snapshot);
 
@@ -25,6 +28,8 @@ class RecordTopics {
   bool xHasOwnCloud(const session::SensorState& sensor) const;
   std::uint16_t xTopicOf(const std::string& name);
   void xAddRecords(const session::SensorState& sensor);
+  /** Without their points, which are in a cloud on this topic. */
+  void xAddRecordsOf(const session::SensorState& sensor, const std::string& topic);
   void xWriteRawPoints(const session::SensorState& sensor, ko::Clock::time_point time);
   void xWritePlacedPoints(const session::SensorState& sensor, ko::Clock::time_point time);
   void xNoteView(const session::SensorState& sensor, const session::Snapshot& snapshot);
@@ -35,6 +40,7 @@ class RecordTopics {
   BackgroundBag& writer;
   const std::string base;
   const std::set<std::string> mounted;
+  CameraPoints& cameraPoints;
   const std::uint16_t records;
   const std::uint16_t states;
   const std::uint16_t views;

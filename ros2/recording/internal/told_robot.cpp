@@ -41,7 +41,6 @@ ToldRobot::ToldRobot(const std::string& path, const TopicSurvey& surveyed)
       motion(boost::make_shared<robot::MotionService>(model)),
       cameras(boost::make_shared<robot::VideoDevice>()),
       start(ko::Clock::now()),
-      late(survey.missing),
       due(start) {
   xAddModules();
   xAddCameras();
@@ -101,9 +100,6 @@ void ToldRobot::xReadNext() const {
     const BagTopic& topic = *upcoming->topic;
     const bool says = survey.sensors.count(topic.name) > 0 || topic.name == survey.odometryTopic ||
                       isOf<tf2_msgs::TFMessage>(topic);
-    if (late.erase(topic.name) > 0)
-      ko::log::warning("Recording", "play")
-          << topic.name << ": not played, as its first message comes after more than 30 s";
     if (!says) upcoming.reset();
   }
   due = xTimeOf(upcoming->logTime);

@@ -99,8 +99,6 @@ class ToldRobot : public BagRobot {
   std::set<std::string> news;
   std::set<std::string> refused;
   bool isAmid = false;
-  /** Topics that nothing is made of, as they begin too late; nobody has been warned of them. */
-  mutable std::set<std::string> late;
   mutable std::optional<BagMessage> upcoming;
   mutable std::optional<std::uint64_t> lastLogTime;
   mutable ko::Clock::time_point due;

@@ -16,4 +16,12 @@ inline std::string cloudTopicOf(const std::string& sensor) {
   return "/" + sensor + "/points";
 }
 
+/** Of a camera's images, and of its points as pixels of them. */
+inline std::string imageTopicOf(const std::string& camera) {
+  return "/" + camera + "/image";
+}
+inline std::string imagePointsTopicOf(const std::string& camera) {
+  return "/" + camera + "/image_points";
+}
+
 }  // namespace QV::ros2

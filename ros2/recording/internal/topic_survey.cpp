@@ -109,14 +109,14 @@ class Surveyor {
  public:
   explicit Surveyor(const std::string& path) : bag(path) {
     for (const BagTopic* const topic : bag.getTopics())
-      if (makesSensor(*topic)) missing.insert(topic->name);
+      if (makesSensor(*topic) && bag.getCount(topic->name) != 0) missing.insert(topic->name);
   }
 
   TopicSurvey make(const std::string& path) {
     const std::uint64_t start = bag.getTimes().start;
     while (const auto message = bag.next()) {
+      if (missing.empty() && message->logTime - start > kLongEnough) break;
       xTryToTake(*message);
-      if (message->logTime - start > kLongEnough) break;
     }
     if (survey.sensors.empty())
       throw std::runtime_error(
@@ -124,7 +124,6 @@ class Surveyor {
           ": a topic of LaserScan, Range, a depth Image or PointCloud2 expected, none found");
     xFindBase();
     for (auto& [topic, sensor] : survey.sensors) xMount(sensor);
-    survey.missing = std::move(missing);
     return std::move(survey);
   }
 
@@ -139,8 +138,9 @@ class Surveyor {
 
   void xTake(const BagMessage& message) {
     const BagTopic& topic = *message.topic;
+    // The robot begins where it was first.
     if (isOf<tf2_msgs::TFMessage>(topic))
-      survey.frames.add(fromCdr<tf2_msgs::TFMessage>(message.data));
+      survey.frames.addNew(fromCdr<tf2_msgs::TFMessage>(message.data));
     if (isOf<nav_msgs::Odometry>(topic) && survey.odometryTopic.empty()) {
       survey.odometryTopic = topic.name;
       survey.base = withoutSlash(fromCdr<nav_msgs::Odometry>(message.data).child_frame_id);
@@ -191,6 +191,7 @@ class Surveyor {
 
   BagReader bag;
   TopicSurvey survey;
+  /** Topics that are to make a sensor and have not come up. */
   std::set<std::string> missing;
   std::set<std::string> names;
   std::vector<sensor_msgs::CameraInfo> infos;

@@ -2,7 +2,6 @@
 
 #include <map>
 #include <numbers>
-#include <set>
 #include <string>
 #include <vector>
 
@@ -51,13 +50,11 @@ struct TopicSurvey {
   /** Empty if there is none. */
   std::string odometryTopic;
   FrameTree frames;
-  /** The topics for sensors that have not come up: nothing is made of them. */
-  std::set<std::string> missing;
 };
 
 /**
- * Reads the first half a minute and what of each topic comes first. std::runtime_error if no topic
- * makes a sensor; messages that can't be understood are left out.
+ * Reads half a minute, and on until each topic has come up. std::runtime_error if no topic makes a
+ * sensor; messages that can't be understood are left out.
  */
 TopicSurvey surveyTopics(const std::string& path);
 

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <numeric>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -93,6 +94,22 @@ TEST_F(RunRecorderTest, othersFindMapFramesMeasurementsAndPoints) {
               testing::Contains(testing::Field(&visualization_msgs::Marker::ns, "FrontLaser")));
   EXPECT_GT(sut.get<sensor_msgs::PointCloud2>("/FrontLaser/points").width, 0u);
   EXPECT_EQ(sut.counts.at("/qv/records"), 20u);
+}
+
+TEST_F(RunRecorderTest, viewersAreShownSomeOfACamerasPointsAndAllAreInTheImage) {
+  const auto session = session::openVirtual("porter", test::busyWorld());
+  recordRun(*session, path, 20);
+  const Contents sut(path);
+
+  const auto runs = sut.get<qv_msgs::ImagePoints>("/DepthCamera/image_points");
+  EXPECT_EQ(runs.image, "/DepthCamera/image");
+  std::size_t all = 0;
+  for (const auto& record : session->getManager().getMetricalData("DepthCamera"))
+    all += record.points.size();
+  EXPECT_EQ(std::accumulate(runs.lengths.begin(), runs.lengths.end(), std::size_t{0}), all);
+  const std::size_t shown = sut.get<sensor_msgs::PointCloud2>("/DepthCamera/points").width;
+  EXPECT_GT(shown, all / 20);
+  EXPECT_LT(shown, all / 12);
 }
 
 TEST_F(RunRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
