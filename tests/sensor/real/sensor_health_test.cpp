@@ -226,7 +226,7 @@ TEST_F(SensorHealthTest, nothingIsLateBecauseNobodyWatched) {
 TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
   EXPECT_NEAR(sut->getHealthLimit("Right", HealthLimit::age).value(), 0.7, 1e-6);
   EXPECT_EQ(sut->getHealthLimit("Right", HealthLimit::distance), 0.7);
-  EXPECT_THAT(sut->getLastTrouble("Right").value().message, StartsWith("limit \"Right:old=3\": "));
+  EXPECT_THAT(sut->getLastTrouble("Right").value().message, StartsWith("limit \"old=3\": "));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("Left:silence=off")));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("Eyes:turn=off")));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("age=0.2")));
