@@ -1,6 +1,5 @@
 #pragma once
 
-#include <set>
 #include <string>
 #include <vector>
 
@@ -11,8 +10,6 @@ namespace QV::test {
 /** What somebody sees of a sensor's health while a sound robot drives about. */
 struct WatchedDrive {
   session::OpenOptions options;
-  /** Or families; none means all. */
-  std::set<std::string> sensors = {};
   /** Faults that were told of, with the time in seconds and the reason. */
   std::vector<std::string> alarms = {};
 
@@ -26,8 +23,7 @@ struct WatchedDrive {
           alarms.push_back(std::to_string(now.count() / 1'000'000'000) + " s: " + sensor + " " +
                            getName(health.state) + ": " + health.reason);
         });
-    session->subscribe("watched drive",
-                       sensors.empty() ? session->getManager().getFamilyNames() : sensors);
+    session->subscribe("watched drive", session->getManager().getFamilyNames());
     if (wanders) session->wander();
     session->run(duration);
   }

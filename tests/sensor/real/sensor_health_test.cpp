@@ -2,8 +2,10 @@
 
 #include <cmath>
 #include <functional>
+#include <latch>
 #include <map>
 #include <stdexcept>
+#include <thread>
 
 #include "platform/ko/clock.h"
 #include "robot/services/internal/robot_model_service.h"
@@ -186,16 +188,60 @@ TEST_F(SensorHealthTest, hardwareThatAFailedStopHasLeftOnIsNamedUntilItStops) {
   }
 }
 
+struct HangCase {
+  const char* what;
+  std::function<void()> Fake::*call;
+  std::function<void(SensorManager&)> begin;
+  HealthState meanwhile;
+  const char* reason;
+  HealthState after;
+};
+
+// Somebody waits for it, and nobody else does.
+TEST_F(SensorHealthTest, hardwareThatHangsIsNamedUntilItReturns) {
+  const std::vector<HangCase> cases{
+      {"starts", &Fake::onStart, [](auto& sut) { sut.subscribe("me", "Left"); }, silent,
+       "its hardware has been starting for 1.70 s, limit 1.50 s", sound},
+      {"stops", &Fake::onStop, [](auto& sut) { sut.unsubscribe("me", "Left"); }, failing,
+       "its hardware has been stopping for 1.70 s, limit 1.50 s", off}};
+  sut->subscribe("somebody else", "Right");
+  time.advance(milliseconds(500));
+  for (const HangCase& hang : cases) {
+    SCOPED_TRACE(hang.what);
+    std::latch hangs(1);
+    std::latch mayReturn(1);
+    left().*hang.call = [&] {
+      hangs.count_down();
+      mayReturn.wait();
+    };
+    std::thread caller([&] { hang.begin(*sut); });
+    hangs.wait();
+    time.advance(milliseconds(1400));
+    EXPECT_THAT(faults, IsEmpty());
+    time.advance(milliseconds(300));
+    EXPECT_THAT(faults, ElementsAre(std::string("Left ") + getName(hang.meanwhile)));
+    EXPECT_EQ(health("Left").reason, hang.reason);
+    EXPECT_EQ(health("Right").state, sound);
+    mayReturn.count_down();
+    caller.join();
+    EXPECT_TRUE(becomes("Left", hang.after, 0.3)) << health("Left").reason;
+    faults.clear();
+  }
+}
+
 TEST_F(SensorHealthTest, aSubscriptionWaitsForFreshRecordsAndSaysWhatWasMissing) {
-  left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
-  const ScopedSubscription subscription(*sut, "me", {"Left", "Right"});
-  const auto start = ko::Clock::now();
-  EXPECT_THAT(subscription.awaitRecords(milliseconds(500)),
-              ElementsAre(testing::Pair("Left", StartsWith("no fresh record yet, 0.5"))));
-  EXPECT_GE(ko::Clock::now() - start, milliseconds(500));
-  left().stamp = [] { return ko::Clock::now(); };
-  EXPECT_THAT(subscription.awaitRecords(milliseconds(500)), IsEmpty());
-  EXPECT_LT(ko::Clock::now() - start, milliseconds(1000));
+  for (const bool isWatched : {true, false}) {
+    sut->watchHealth(isWatched);
+    left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
+    const ScopedSubscription subscription(*sut, "me", {"Left", "Right"});
+    const auto start = ko::Clock::now();
+    EXPECT_THAT(subscription.awaitRecords(milliseconds(500)),
+                ElementsAre(testing::Pair("Left", StartsWith("no fresh record yet, 0.5"))));
+    EXPECT_GE(ko::Clock::now() - start, milliseconds(500));
+    left().stamp = [] { return ko::Clock::now(); };
+    EXPECT_THAT(subscription.awaitRecords(milliseconds(500)), IsEmpty());
+    EXPECT_LT(ko::Clock::now() - start, milliseconds(1000));
+  }
   const ScopedSubscription toNobody(*sut, "me", {"Nobody"});
   EXPECT_THAT(toNobody.awaitRecords(milliseconds(0)),
               ElementsAre(testing::Pair("Nobody", "there is no such sensor or family")));
