@@ -312,28 +312,61 @@ TEST_F(SensorHealthTest, noClockThatRunsWrongRaisesAnythingByItself) {
   }
 }
 
-// What was made before simulated time begins goes on by the machine's, and so sees time leap.
-TEST(SensorHealthBoard, believesNoFaultThatALeapOfTimeMakes) {
-  test::FakeManager manager;
-  const auto sensor = manager.add("A", "F");
-  sensor->stamp = [] { return ko::Clock::now(); };
-  std::map<std::string, boost::shared_ptr<Sensor>> sensors{{"A", sensor}};
-  HealthBoard sut(sensors);
-  sensor->subscribe("me");
-  sut.setRefreshed(true);
-  const auto look = [&] {
+constexpr int kCycles = 300;
+
+/** What our clock says in each cycle of 100 ms, in ms. */
+const std::map<const char*, std::function<int(int cycle)>> kClocks{
+    {"stops", [](int) { return 1000; }},
+    {"takes a hundredth", [](int cycle) { return 1000 + cycle; }},
+    {"takes a hundredfold", [](int cycle) { return 1000 + 10'000 * cycle; }},
+    {"jumps back", [](int cycle) { return 500'000 + 100 * cycle - 50'000 * (cycle / 30); }},
+    {"jumps ahead", [](int cycle) { return 1000 + 100 * cycle + 50'000 * (cycle / 30); }}};
+
+/** Two sensors, of which our clock dates one, and that of the hardware the other. */
+struct HealthBoardTest : testing::Test {
+  HealthBoardTest() {
+    manager.add("Ours", "F")->stamp = [] { return ko::Clock::now(); };
+    hardware->stamp = [this] { return hardwareTime; };
+    for (const char* name : {"Ours", "Hardware"}) {
+      sensors[name] = manager.getSensorPtr(name);
+      sensors[name]->subscribe("me");
+    }
+    sut.setRefreshed(true);
+  }
+
+  // What was made before simulated time begins goes on by the machine's, and so sees any clock.
+  void runCycle(int milliseconds) {
+    const ko::SimulatedTime time{ko::Clock::time_point(boost::chrono::milliseconds(milliseconds))};
+    hardwareTime += boost::chrono::milliseconds(100);
+    if (sut.asksDeviceTime()) sut.noteDeviceTime(hardwareTime);
     sut.tick();
-    return sut.get("A").value().state;
-  };
-  sensor->getData();
-  EXPECT_EQ(look(), sound);
-  for (const int seconds : {100, 3, 5000}) {
-    ko::SimulatedTime leap{ko::Clock::time_point(milliseconds(1000 * seconds))};
-    EXPECT_EQ(look(), sound) << seconds;
-    sensor->getData();
-    leap.advance(milliseconds(900));
-    sensor->getData();
-    EXPECT_EQ(look(), sound);
+    for (const auto& [name, sensor] : sensors) sensor->getData();
+    sut.tick();
+    for (const auto& [name, health] : sut.getAll()) {
+      if (isFault(health.state)) faults[name] = health.reason;
+    }
+  }
+
+  test::FakeManager manager;
+  boost::shared_ptr<Fake> hardware = manager.add("Hardware", "F");
+  ko::Clock::time_point hardwareTime;
+  HealthBoard::Sensors sensors;
+  HealthBoard sut{sensors};
+  std::map<std::string, std::string> faults;
+};
+
+TEST_F(HealthBoardTest, believesNoFaultThatOurClockMakesByItself) {
+  for (const auto& [what, clock] : kClocks) {
+    SCOPED_TRACE(what);
+    for (int cycle = 0; cycle < kCycles; ++cycle) runCycle(clock(cycle));
+    EXPECT_THAT(faults, IsEmpty());
+    // Once it runs right again, what is wrong is seen.
+    hardware->hasRecord = false;
+    for (int cycle = 1; cycle <= 20; ++cycle) runCycle(clock(kCycles - 1) + 100 * cycle);
+    EXPECT_THAT(faults, ElementsAre(testing::Pair("Hardware", StartsWith("no record for "))));
+    hardware->hasRecord = true;
+    for (int cycle = 21; cycle <= 50; ++cycle) runCycle(clock(kCycles - 1) + 100 * cycle);
+    faults.clear();
   }
 }
 
