@@ -188,11 +188,14 @@ TEST(Health, isQuietOnADriveAmongPeopleWithNoise) {
 
 // Walls beyond the reach of all, no noise: every record is like the one before. So is the camera's,
 // of the floor.
-TEST(Health, isQuietForAnHourInAnEmptyHall) {
+TEST(Health, isQuietForAnHourInAnEmptyHallAndOnADriveThroughIt) {
   test::WatchedDrive drive;
   drive.options.map = boost::make_shared<OccupancyMap>(test::makeWalledMap(60, 60, 0.5f));
   drive.options.start = Math::Pose2D(15.0f, 15.0f, 0.0f);
-  drive.run(boost::chrono::seconds(3600), false);
+  drive.run(boost::chrono::seconds(3600), [](session::Session&) {});
+  drive.run(boost::chrono::seconds(60), [](session::Session& robot) {
+    robot.follow({{15.0f, 15.0f}, {18.0f, 15.0f}, {18.0f, 18.0f}, {15.0f, 18.0f}}, 0.3, 0.5);
+  });
   EXPECT_THAT(drive.alarms, IsEmpty());
 }
 

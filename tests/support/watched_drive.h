@@ -13,8 +13,11 @@ struct WatchedDrive {
   /** Faults that were told of, with the time in seconds and the reason. */
   std::vector<std::string> alarms = {};
 
-  /** All sensors run, for so long; porter wanders, or stands. */
-  void run(boost::chrono::seconds duration, bool wanders = true) {
+  using Begin = void (*)(session::Session& robot);
+
+  static void wander(session::Session& robot) { robot.wander(); }
+  /** All sensors run, for so long, and porter does what `begin` tells it. */
+  void run(boost::chrono::seconds duration, Begin begin = wander) {
     const auto session = session::openVirtual("porter", options);
     session->getManager().onHealthChanged(
         [this](const std::string& sensor, const sensor::SensorHealth& health) {
@@ -24,7 +27,7 @@ struct WatchedDrive {
                            getName(health.state) + ": " + health.reason);
         });
     session->subscribe("watched drive", session->getManager().getFamilyNames());
-    if (wanders) session->wander();
+    begin(*session);
     session->run(duration);
   }
 };
