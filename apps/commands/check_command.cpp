@@ -13,6 +13,7 @@
 #include "outlets/files/internal/table.h"
 #include "outlets/internal/json_values.h"
 #include "robot/world/robot_description.h"
+#include "session/internal/description_gaps.h"
 #include "session/sensor_check.h"
 #include "session/usage_error.h"
 
@@ -124,7 +125,7 @@ std::unique_ptr<session::Session> openSession(const CommonOptions& options,
     if (!options.robot) throw;
     const auto& kinds = options.robots.sensors.getKinds();
     const auto description = robot::RobotDescription::fromFile(options.findRobot(), kinds);
-    const auto faults = Model::findDescriptionFaults(description.model, kinds);
+    const auto faults = session::findSlips(description.model, kinds);
     if (format == outlets::Format::json) {
       printFaultsAsJson(faults);
     } else {

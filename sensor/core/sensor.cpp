@@ -28,7 +28,7 @@ Sensor::~Sensor() = default;
 std::vector<Math::MetricalData> Sensor::getData() const {
   Lock lock(startedMutex);
   if (!started) return {};
-  if (!watch->isOn()) return xGetData();
+  if (!watch->notesNext()) return xGetData();
   watch->beginReading();
   try {
     auto records = xGetData();

@@ -57,6 +57,7 @@ void SensorWatch::endCall(HardwareCall ended, bool success, bool threw) {
       book.notes.startedAt = nowInNs();
       pendingGarbage = false;
       isOrdinary = false;
+      isFirstAwaited = nature.hasRate;
       book.published.store(book.notes);
     }
   }
@@ -96,6 +97,7 @@ void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   // What came of a time without records is no change of mind.
   if (!hadRecords) notes.changed &= ~1u;
   ledger.load()->published.store(notes);
+  if (notes.stamps > 1) isFirstAwaited = false;
   isOrdinary = !records.empty();
   lookedAt = now;
   xEndReading();

@@ -61,9 +61,11 @@ class alignas(64) SensorWatch {
   void setNature(const HealthNature& newNature) { nature = newNature; }
   const HealthNature& getNature() const { return nature; }
 
-  /** Readings are noted, or not. */
+  /** Readings are noted, or only the first ones after a start. */
   void setOn(bool value) { on = value; }
   bool isOn() const { return on; }
+  /** For whoever reads: whether the next reading is noted. */
+  bool notesNext() const { return on || isFirstAwaited; }
 
   void beginCall(HardwareCall call);
   /** It returned: true, or false, or threw. */
@@ -118,6 +120,8 @@ class alignas(64) SensorWatch {
   bool isPendingMeasured = false;
   /** Whether the last look found records and no trouble. */
   bool isOrdinary = false;
+  /** Whether no reading since the start has shown that its records are fresh. */
+  bool isFirstAwaited = false;
   const char* pendingExcuse = nullptr;
   std::atomic<std::int64_t> readingSince{0};
   std::int64_t lookedAt = 0;

@@ -185,5 +185,24 @@ TEST_F(RunRecorderTest, theWorldAndItsFaultsOfBeforeAreRecorded) {
   EXPECT_EQ(world->values.at("random_people"), "2");
 }
 
+TEST_F(RunRecorderTest, eachChangeOfHealthIsRecordedAsDiagnostics) {
+  auto options = test::busyWorld();
+  options.faults = {robot::parseFault("FrontLaser:delayed"), robot::parseFault("BackSonar:off")};
+  recordRun(*session::openVirtual("porter", options), path, 25);
+  const Contents sut(path);
+
+  EXPECT_THAT(sut.counts.at("/diagnostics"), testing::AllOf(testing::Gt(1u), testing::Lt(10u)));
+  std::map<std::string, diagnostic_msgs::DiagnosticStatus> told;
+  for (auto& status : sut.get<diagnostic_msgs::DiagnosticArray>("/diagnostics").status)
+    told[status.name] = status;
+  EXPECT_EQ(told.at("FrontSonar").level, std::byte{0});
+  EXPECT_EQ(told.at("FrontSonar").message, "sound: its records are fresh");
+  EXPECT_EQ(told.at("FrontLaser").level, std::byte{1});
+  EXPECT_THAT(told.at("FrontLaser").message, testing::StartsWith("late: its record is 0."));
+  EXPECT_EQ(told.at("BackSonar").level, std::byte{2});
+  EXPECT_THAT(told.at("BackSonar").message, testing::StartsWith("silent: no fresh record since "));
+  EXPECT_EQ(told.at("BackSonar").values.at(0).key, "remedy");
+}
+
 }  // namespace
 }  // namespace QV::ros2
