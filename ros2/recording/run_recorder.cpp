@@ -27,11 +27,6 @@ using Lock = std::lock_guard<std::mutex>;
 
 constexpr Qos kLatched{true, true, 1};
 
-std::string baseOf(const session::Session& session) {
-  const auto* description = session.getDescription();
-  return description ? description->rootLink : "base";
-}
-
 std::set<std::string> mountedOf(const session::Session& session) {
   std::set<std::string> names;
   if (const auto* description = session.getDescription()) {
@@ -63,13 +58,13 @@ class RunRecorder::Impl : public session::RunListener {
       : options(options),
         path(path),
         session(session),
-        base(baseOf(session)),
+        names(session),
         writer(path, options.bag),
-        inputs(writer.addTopic(makeBagTopic(kInputsTopic, qv_msgs::Inputs::getType()))),
-        commands(writer.addTopic(makeBagTopic(kCommandsTopic, qv_msgs::Command::getType()))),
-        lines(writer.addTopic(makeBagTopic("/rosout", rcl_interfaces::Log::getType()))),
-        frames(writer, session, base),
-        records(writer, base, mountedOf(session)) {
+        inputs(writer.add<qv_msgs::Inputs>(kInputsTopic)),
+        commands(writer.add<qv_msgs::Command>(kCommandsTopic)),
+        lines(writer.add<rcl_interfaces::Log>("/rosout")),
+        frames(writer, session, names),
+        records(writer, names, mountedOf(session)) {
     xWriteFacts();
     // What a virtual robot's memory holds before it has measured is no measurement.
     const bool hasMeasured = robotOf(session).isRecording();
@@ -175,7 +170,7 @@ class RunRecorder::Impl : public session::RunListener {
   }
 
   void xAddDrivers() {
-    if (const auto* robot = session.getDescription()) drivers.emplace(writer, *robot, base);
+    if (const auto* robot = session.getDescription()) drivers.emplace(writer, *robot, names);
   }
 
   void xWriteFacts() {
@@ -184,8 +179,7 @@ class RunRecorder::Impl : public session::RunListener {
     if (!world.empty()) writer.addMetadata(RecordingFacts::kWorldName, world);
     const auto now = logTimeOf(ko::Clock::now());
     if (session.getDescription() && session.getBroker()) {
-      const auto robot =
-          writer.addTopic(makeBagTopic(kDescriptionTopic, std_msgs::String::getType(), kLatched));
+      const auto robot = writer.add<std_msgs::String>(kDescriptionTopic, kLatched);
       const auto model = session.getBroker()->getProxy(RobotModelContract::kModule, 0);
       writer.write(robot, now,
                    std_msgs::String{model->call<std::string>(RobotModelContract::kGetConfig)});
@@ -194,8 +188,7 @@ class RunRecorder::Impl : public session::RunListener {
   }
 
   void xWriteMap(const OccupancyMap& map, std::uint64_t now) {
-    const auto topic =
-        writer.addTopic(makeBagTopic(kMapTopic, nav_msgs::OccupancyGrid::getType(), kLatched));
+    const auto topic = writer.add<nav_msgs::OccupancyGrid>(kMapTopic, kLatched);
     const nav_msgs::OccupancyGrid grid = gridOf(map);
     writer.write(topic, now, grid);
     if (session.getFrame() != session::Frame::map) return;
@@ -204,7 +197,7 @@ class RunRecorder::Impl : public session::RunListener {
     writer.addAttachment(exactMapOf(map));
   }
 
-  const std::string base;
+  const FrameNames names;
   std::mutex mutex;
   BackgroundBag writer;
   const std::uint16_t inputs;

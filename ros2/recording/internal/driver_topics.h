@@ -8,15 +8,16 @@
 
 #include "platform/middleware/qv_value.h"
 #include "platform/model/robot.h"
-#include "ros2/recording/internal/background_bag.h"
+#include "ros2/recording/internal/frame_names.h"
+#include "ros2/recording/internal/message_sink.h"
 
 namespace QV::ros2 {
 
 /** Writes what drivers measured as the messages that others know. */
-class DriverTopics {
+class QV_API DriverTopics {
  public:
-  /** Both must outlive it. `base` is the frame of the robot. */
-  DriverTopics(BackgroundBag& writer, const Model::Robot& robot, const std::string& base);
+  /** The first two must outlive it. */
+  DriverTopics(MessageSink& sink, const Model::Robot& robot, const FrameNames& names);
 
   /** What a key or an event of a sensor says now; others are left out. */
   void note(const std::string& key, const QVValue& value);
@@ -52,8 +53,8 @@ class DriverTopics {
   void xNoteTouches(const QVValue& event);
   void xWritePeople(const QVValue& event, ko::Clock::time_point time);
 
-  BackgroundBag& writer;
-  const std::string base;
+  MessageSink& sink;
+  const FrameNames names;
   std::vector<Sensor> sensors;
   std::unordered_map<std::string, Place> places;
   std::vector<Camera> cameras;

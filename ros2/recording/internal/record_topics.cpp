@@ -11,7 +11,6 @@
 namespace QV::ros2 {
 namespace {
 
-constexpr char kMap[] = "map";
 constexpr Qos kLatched{true, true, 1};
 constexpr int kArcPoints = 15;
 constexpr std::uint8_t kFloat32 = 7;
@@ -100,18 +99,15 @@ diagnostic_msgs::DiagnosticStatus statusOf(const session::SensorState& sensor) {
 
 }  // namespace
 
-RecordTopics::RecordTopics(BackgroundBag& writer, const std::string& base,
+RecordTopics::RecordTopics(MessageSink& sink, const FrameNames& names,
                            std::set<std::string> mounted)
-    : writer(writer),
-      base(base),
+    : sink(sink),
+      names(names),
       mounted(std::move(mounted)),
-      records(writer.addTopic(makeBagTopic(kRecordsTopic, qv_msgs::Records::getType()))),
-      states(
-          writer.addTopic(makeBagTopic("/qv/sensors", qv_msgs::SensorStates::getType(), kLatched))),
-      views(writer.addTopic(
-          makeBagTopic("/fields_of_view", visualization_msgs::MarkerArray::getType(), kLatched))),
-      diagnostics(writer.addTopic(
-          makeBagTopic("/diagnostics", diagnostic_msgs::DiagnosticArray::getType()))),
+      records(sink.add<qv_msgs::Records>(kRecordsTopic)),
+      states(sink.add<qv_msgs::SensorStates>("/qv/sensors", kLatched)),
+      views(sink.add<visualization_msgs::MarkerArray>("/fields_of_view", kLatched)),
+      diagnostics(sink.add<diagnostic_msgs::DiagnosticArray>("/diagnostics")),
       cloud(emptyCloud()) {}
 
 void RecordTopics::write(const session::Snapshot& snapshot) {
@@ -126,8 +122,8 @@ void RecordTopics::write(const session::Snapshot& snapshot) {
     }
     xNoteView(sensor, snapshot);
   }
-  writer.write(records, logTimeOf(snapshot.time), message);
-  if (hasNewViews) writer.write(views, logTimeOf(snapshot.time), markers);
+  sink.write(records, logTimeOf(snapshot.time), message);
+  if (hasNewViews) sink.write(views, logTimeOf(snapshot.time), markers);
   hasNewViews = false;
   xWriteStates(snapshot);
   xWriteHealth(snapshot);
@@ -141,8 +137,7 @@ bool RecordTopics::xHasOwnCloud(const session::SensorState& sensor) const {
 std::uint16_t RecordTopics::xTopicOf(const std::string& name) {
   const auto found = clouds.find(name);
   if (found != clouds.end()) return found->second;
-  const auto topic =
-      writer.addTopic(makeBagTopic(cloudTopicOf(name), sensor_msgs::PointCloud2::getType()));
+  const auto topic = sink.add<sensor_msgs::PointCloud2>(cloudTopicOf(name), {}, name);
   return clouds.emplace(name, topic).first->second;
 }
 
@@ -165,16 +160,16 @@ void RecordTopics::xAddRecords(const session::SensorState& sensor) {
 }
 
 void RecordTopics::xWriteRawPoints(const session::SensorState& sensor, ko::Clock::time_point time) {
-  clear(cloud, sensor.records.front().timestamp, sensor.name);
+  clear(cloud, sensor.records.front().timestamp, names.of(sensor.name));
   for (const auto& record : sensor.records) append(cloud, record.points);
-  writer.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
+  sink.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
 }
 
 void RecordTopics::xWritePlacedPoints(const session::SensorState& sensor,
                                       ko::Clock::time_point time) {
-  clear(cloud, time, kMap);
+  clear(cloud, time, names.ofMap());
   append(cloud, pointsOf(sensor.marks));
-  writer.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
+  sink.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
 }
 
 void RecordTopics::xNoteView(const session::SensorState& sensor,
@@ -186,7 +181,7 @@ void RecordTopics::xNoteView(const session::SensorState& sensor,
   seen->second = view;
   hasNewViews = true;
   std::erase_if(markers.markers, [&](const auto& marker) { return marker.ns == sensor.name; });
-  markers.markers.push_back(markerOf(sensor, snapshot, base));
+  markers.markers.push_back(markerOf(sensor, snapshot, names.ofBase()));
 }
 
 void RecordTopics::xWriteStates(const session::Snapshot& snapshot) {
@@ -200,20 +195,20 @@ void RecordTopics::xWriteStates(const session::Snapshot& snapshot) {
   }
   if (now == lastStates) return;
   lastStates = now;
-  writer.write(states, logTimeOf(snapshot.time), now);
+  sink.write(states, logTimeOf(snapshot.time), now);
 }
 
 void RecordTopics::xWriteHealth(const session::Snapshot& snapshot) {
   std::map<std::string, sensor::HealthState> now;
   diagnostic_msgs::DiagnosticArray message;
-  message.header = headerOf(snapshot.time, base);
+  message.header = headerOf(snapshot.time, names.ofBase());
   for (const auto& sensor : snapshot.sensors) {
     now[sensor.name] = sensor.health.state;
     message.status.push_back(statusOf(sensor));
   }
   if (now == lastHealth) return;
   lastHealth = std::move(now);
-  writer.write(diagnostics, logTimeOf(snapshot.time), message);
+  sink.write(diagnostics, logTimeOf(snapshot.time), message);
 }
 
 }  // namespace QV::ros2

@@ -7,16 +7,17 @@
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
-#include "ros2/recording/internal/background_bag.h"
+#include "ros2/recording/internal/frame_names.h"
+#include "ros2/recording/internal/message_sink.h"
 #include "session/snapshot.h"
 
 namespace QV::ros2 {
 
 /** Writes what a snapshot shows: the records, without loss and as points, and who wants them. */
-class RecordTopics {
+class QV_API RecordTopics {
  public:
-  /** `base` is the frame of the robot; `mounted` are the sensors that have frames of their own. */
-  RecordTopics(BackgroundBag& writer, const std::string& base, std::set<std::string> mounted);
+  /** `sink` must outlive it; `mounted` are the sensors that have frames of their own. */
+  RecordTopics(MessageSink& sink, const FrameNames& names, std::set<std::string> mounted);
 
   void write(const session::Snapshot& snapshot);
 
@@ -32,8 +33,8 @@ class RecordTopics {
   /** When a sensor has come into another state. */
   void xWriteHealth(const session::Snapshot& snapshot);
 
-  BackgroundBag& writer;
-  const std::string base;
+  MessageSink& sink;
+  const FrameNames names;
   const std::set<std::string> mounted;
   const std::uint16_t records;
   const std::uint16_t states;
