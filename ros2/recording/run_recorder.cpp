@@ -5,8 +5,6 @@
 #include <utility>
 
 #include "platform/ko/log.h"
-#include "platform/middleware/contracts/robot_model_contract.h"
-#include "platform/middleware/qv_proxy.h"
 #include "robot/world/virtual_robot.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/background_bag.h"
@@ -17,6 +15,7 @@
 #include "ros2/recording/internal/record_topics.h"
 #include "ros2/recording/internal/recording_facts.h"
 #include "ros2/recording/internal/topic_names.h"
+#include "ros2/recording/internal/world_topics.h"
 #include "session/internal/run_listener.h"
 #include "session/internal/session_parts.h"
 
@@ -24,8 +23,6 @@ namespace QV::ros2 {
 namespace {
 
 using Lock = std::lock_guard<std::mutex>;
-
-constexpr Qos kLatched{true, true, 1};
 
 std::set<std::string> mountedOf(const session::Session& session) {
   std::set<std::string> names;
@@ -69,7 +66,7 @@ class RunRecorder::Impl : public session::RunListener {
     // What a virtual robot's memory holds before it has measured is no measurement.
     const bool hasMeasured = robotOf(session).isRecording();
     if (hasMeasured) xAddDrivers();
-    session.setListener(this);
+    session.addListener(*this);
     if (!hasMeasured) xAddDrivers();
     if (auto* robot = robotOf(session).getVirtualRobot()) {
       for (const robot::Fault& fault : robot->getFaults()) onCommand(session::commandOf(fault));
@@ -131,7 +128,7 @@ class RunRecorder::Impl : public session::RunListener {
   void finish() {
     if (isFinished) return;
     isFinished = true;
-    session.setListener(nullptr);
+    session.removeListener(*this);
     xAttempt([&](ko::Clock::time_point) {
       xFlush(false);
       writer.close();
@@ -177,20 +174,12 @@ class RunRecorder::Impl : public session::RunListener {
     writer.addMetadata(RecordingFacts::kName, factsOf(session).toValues());
     const auto world = robotOf(session).getWorldFacts();
     if (!world.empty()) writer.addMetadata(RecordingFacts::kWorldName, world);
-    const auto now = logTimeOf(ko::Clock::now());
-    if (session.getDescription() && session.getBroker()) {
-      const auto robot = writer.add<std_msgs::String>(kDescriptionTopic, kLatched);
-      const auto model = session.getBroker()->getProxy(RobotModelContract::kModule, 0);
-      writer.write(robot, now,
-                   std_msgs::String{model->call<std::string>(RobotModelContract::kGetConfig)});
-    }
-    if (const auto map = session.getMap()) xWriteMap(*map, now);
+    writeDescription(writer, session);
+    if (const auto map = session.getMap()) xWriteMap(*map);
   }
 
-  void xWriteMap(const OccupancyMap& map, std::uint64_t now) {
-    const auto topic = writer.add<nav_msgs::OccupancyGrid>(kMapTopic, kLatched);
-    const nav_msgs::OccupancyGrid grid = gridOf(map);
-    writer.write(topic, now, grid);
+  void xWriteMap(const OccupancyMap& map) {
+    const nav_msgs::OccupancyGrid grid = writeMap(writer, map, names);
     if (session.getFrame() != session::Frame::map) return;
     const OccupancyMap read = mapOf(grid);
     if (read.getCells() == map.getCells() && read.getOrigin() == map.getOrigin()) return;

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <exception>
 #include <limits>
+#include <utility>
 
 #include "platform/math/transform.h"
 #include "platform/middleware/contracts/navigation_contract.h"
@@ -13,6 +14,7 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/sensor_sorts.h"
+#include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
 namespace {
@@ -24,8 +26,6 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 // What a blind zone's key holds beyond this says that something is there.
 constexpr float kSomething = 0.9f;
 constexpr std::size_t kEventParts = 5;
-// The sensor that no configuration names.
-constexpr char kPeoplePerception[] = "PeoplePerception";
 
 sensor_msgs::Range rangeOf(const Math::SensorFieldOfView2D& view) {
   sensor_msgs::Range message;
@@ -33,6 +33,12 @@ sensor_msgs::Range rangeOf(const Math::SensorFieldOfView2D& view) {
   message.min_range = view.minRange;
   message.max_range = view.maxRange;
   return message;
+}
+
+/** Infinite for what met nothing, minus infinite for what is too near. */
+float rangeIn(const Math::SensorFieldOfView2D& view, float range) {
+  if (range >= view.maxRange) return kInfinity;
+  return range < view.minRange ? -kInfinity : range;
 }
 
 /** One that knows no distance: both limits are the same, minus infinity stands for "there". */
@@ -124,7 +130,8 @@ std::optional<std::uint16_t> DriverTopics::xAddTopic(const SensorConfig& config)
     case SensorSort::range:
       return sink.add<sensor_msgs::Range>("/" + name + "/range", {}, name);
     case SensorSort::contact:
-      return sink.add<sensor_msgs::Range>("/" + name + "/contact", {}, name);
+      return sink.add<sensor_msgs::Range>("/" + name + "/contact", {},
+                                          config.memoryKeys.empty() ? kTouch : name);
     default:
       return std::nullopt;
   }
@@ -147,11 +154,12 @@ void DriverTopics::note(const std::string& key, const QVValue& value) {
   if (place != places.end() && (value.isFloat() || value.isInt())) {
     Sensor& sensor = sensors[place->second.sensor];
     sensor.values[place->second.value] = value.toFloat();
-    sensor.isNew = true;
+    sensor.isNew = hasNew = true;
   } else if (key == NavigationContract::kTouchChangedEvent) {
     xNoteTouches(value);
   } else if (key == NavigationContract::kPeopleDetectedEvent && people) {
     newPeople = value;
+    hasNew = true;
   }
 }
 
@@ -161,7 +169,7 @@ void DriverTopics::xNoteTouches(const QVValue& event) {
       const auto found = touched.find(group[0].toString());
       if (found == touched.end()) continue;
       sensors[found->second].values[0] = group[1].toBool() ? 1.0f : 0.0f;
-      sensors[found->second].isNew = true;
+      sensors[found->second].isNew = hasNew = true;
     }
   } catch (const std::exception&) {
     return;
@@ -169,16 +177,17 @@ void DriverTopics::xNoteTouches(const QVValue& event) {
 }
 
 void DriverTopics::write(ko::Clock::time_point time) {
+  hasNew = false;
   for (Sensor& sensor : sensors) {
-    if (!sensor.isNew) continue;
-    sensor.isNew = false;
+    const bool isNew = std::exchange(sensor.isNew, false);
+    if (!isNew || !sink.isRead(sensor.topic)) continue;
     if (sortOf(*sensor.config) == SensorSort::scan) {
       xWriteScan(sensor, time);
     } else {
       xWriteRange(sensor, time);
     }
   }
-  if (newPeople) xWritePeople(*newPeople, time);
+  if (newPeople && sink.isRead(*people)) xWritePeople(*newPeople, time);
   newPeople.reset();
 }
 
@@ -196,7 +205,7 @@ void DriverTopics::xWriteScan(const Sensor& sensor, ko::Clock::time_point time) 
   scan.ranges.reserve(beams);
   for (std::size_t i = 0; i < beams; ++i) {
     const float range = std::hypot(sensor.values[2 * i], sensor.values[2 * i + 1]);
-    scan.ranges.push_back(range >= view.maxRange ? kInfinity : range);
+    scan.ranges.push_back(rangeIn(view, range));
   }
   sink.write(sensor.topic, logTimeOf(time), scan);
 }
@@ -210,7 +219,8 @@ void DriverTopics::xWriteRange(const Sensor& sensor, ko::Clock::time_point time)
     message = contactOf(view, value > kSomething);
   } else {
     message = rangeOf(view);
-    message.range = value >= message.max_range ? kInfinity : value;
+    message.range = rangeIn(view, value);
+    if (message.range == kInfinity && !noEchoIsInfinite) message.range = view.maxRange;
   }
   message.header = headerOf(time, names.of(config.name));
   sink.write(sensor.topic, logTimeOf(time), message);
@@ -237,6 +247,7 @@ void DriverTopics::writeImage(int camera, const QVValue& value, ko::Clock::time_
   const auto picture = QVImage::fromQVValue(value);
   if (index >= cameras.size() || !picture) return;
   const Camera& of = cameras[index];
+  if (!sink.isRead(of.info) && !sink.isRead(of.image)) return;
   const sensor_msgs::Image image = imageOf(*picture, of.frame);
   sink.write(of.info, logTimeOf(time), infoOf(*of.config, image));
   sink.write(of.image, logTimeOf(time), image);

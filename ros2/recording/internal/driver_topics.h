@@ -19,8 +19,13 @@ class QV_API DriverTopics {
   /** The first two must outlive it. */
   DriverTopics(MessageSink& sink, const Model::Robot& robot, const FrameNames& names);
 
+  /** A Range that met nothing is its greatest from now on, and not infinite. */
+  void tellNoEchoAsGreatestRange() { noEchoIsInfinite = false; }
+
   /** What a key or an event of a sensor says now; others are left out. */
   void note(const std::string& key, const QVValue& value);
+  /** Whether something has been noted that was not written yet. */
+  bool hasNews() const { return hasNew; }
   /** What has been noted since, as measured at `time`. */
   void write(ko::Clock::time_point time);
   /** What QVImage::fromQVValue reads. */
@@ -55,6 +60,7 @@ class QV_API DriverTopics {
 
   MessageSink& sink;
   const FrameNames names;
+  bool noEchoIsInfinite = true;
   std::vector<Sensor> sensors;
   std::unordered_map<std::string, Place> places;
   std::vector<Camera> cameras;
@@ -62,6 +68,7 @@ class QV_API DriverTopics {
   std::map<std::string, std::size_t> touched;
   std::optional<std::uint16_t> people;
   std::optional<QVValue> newPeople;
+  bool hasNew = false;
 };
 
 }  // namespace QV::ros2

@@ -13,16 +13,19 @@ class FrameNames {
   static constexpr char kMap[] = "map";
   static constexpr char kOdometry[] = "odom";
 
-  /** Sensors have the frames of their names, and all others names of their own, but for those that
-   * `renamed` gives another one. */
+  /** Sensors have frames of their names. `renamed` gives some another one, `prefix` stands before
+   * all others but the map. */
   explicit FrameNames(const session::Session& session,
-                      const std::map<std::string, std::string>& renamed = {})
+                      const std::map<std::string, std::string>& renamed = {},
+                      const std::string& prefix = {})
       : base(session.getDescription() ? session.getDescription()->rootLink : "base"),
-        renamed(renamed) {}
+        renamed(renamed),
+        prefix(prefix) {}
 
   std::string of(const std::string& name) const {
     const auto found = renamed.find(name);
-    return found == renamed.end() ? name : found->second;
+    if (found != renamed.end()) return found->second;
+    return name == kMap ? name : prefix + name;
   }
   std::string ofMap() const { return of(kMap); }
   std::string ofOdometry() const { return of(kOdometry); }
@@ -33,6 +36,7 @@ class FrameNames {
  private:
   std::string base;
   std::map<std::string, std::string> renamed;
+  std::string prefix;
 };
 
 }  // namespace QV::ros2

@@ -56,14 +56,22 @@ void FrameTopics::xWriteMountings(const session::Session& session) {
   sink.write(tfStatic, logTimeOf(now), message);
 }
 
-void FrameTopics::writeStep(const robot::BodyStep& step, ko::Clock::time_point time) {
+void FrameTopics::writeFrames(const robot::BodyStep& step, ko::Clock::time_point time) {
+  if (!sink.isRead(tf)) return;
   // Exactly none where there is none: a recording is played to where the robot was.
   const Math::Pose2D drift =
       step.pose == step.odometry ? Math::Pose2D() : step.pose * Math::pinv(step.odometry);
-  const tf2_msgs::TFMessage transforms{
-      {stamped(time, names.ofMap(), names.ofOdometry(), poseOf(drift)),
-       stamped(time, names.ofOdometry(), names.ofBase(), poseOf(step.odometry))}};
-  sink.write(tf, logTimeOf(time), transforms);
+  tf2_msgs::TFMessage message;
+  if (tellsMap)
+    message.transforms.push_back(stamped(time, names.ofMap(), names.ofOdometry(), poseOf(drift)));
+  message.transforms.push_back(
+      stamped(time, names.ofOdometry(), names.ofBase(), poseOf(step.odometry)));
+  sink.write(tf, logTimeOf(time), message);
+}
+
+void FrameTopics::writeStep(const robot::BodyStep& step, ko::Clock::time_point time) {
+  writeFrames(step, time);
+  if (!sink.isRead(odometry)) return;
   nav_msgs::Odometry message;
   message.header = headerOf(time, names.ofOdometry());
   message.child_frame_id = names.ofBase();
@@ -73,6 +81,7 @@ void FrameTopics::writeStep(const robot::BodyStep& step, ko::Clock::time_point t
 }
 
 void FrameTopics::writeClock(ko::Clock::time_point time) {
+  if (!sink.isRead(clock)) return;
   sink.write(clock, logTimeOf(time), rosgraph_msgs::Clock{stampOf(time)});
 }
 

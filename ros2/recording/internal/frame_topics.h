@@ -15,7 +15,12 @@ class QV_API FrameTopics {
   /** `sink` must outlive it. Writes where the robot's sensors are mounted. */
   FrameTopics(MessageSink& sink, const session::Session& session, const FrameNames& names);
 
+  /** Others say from now on where odometry began in the map. */
+  void leaveMapToOthers() { tellsMap = false; }
+
   void writeStep(const robot::BodyStep& step, ko::Clock::time_point time);
+  /** Only tf of it. */
+  void writeFrames(const robot::BodyStep& step, ko::Clock::time_point time);
   void writeClock(ko::Clock::time_point time);
 
  private:
@@ -23,6 +28,7 @@ class QV_API FrameTopics {
 
   MessageSink& sink;
   const FrameNames names;
+  bool tellsMap = true;
   const std::uint16_t tf;
   const std::uint16_t tfStatic;
   const std::uint16_t odometry;

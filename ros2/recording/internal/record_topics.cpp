@@ -79,6 +79,22 @@ visualization_msgs::Marker markerOf(const session::SensorState& sensor,
   return marker;
 }
 
+constexpr std::int32_t kCylinder = 3;
+constexpr std::int32_t kDeleteAll = 3;
+
+visualization_msgs::Marker personAt(const Math::Position3D& head, const std_msgs::Header& header) {
+  constexpr double kWidth = 0.5;
+  constexpr double kHeight = 1.8;
+  visualization_msgs::Marker marker;
+  marker.header = header;
+  marker.ns = "people";
+  marker.type = kCylinder;
+  marker.pose.position = {head.x, head.y, 0.5 * kHeight};
+  marker.scale = {kWidth, kWidth, kHeight};
+  marker.color = {1.0f, 0.6f, 0.2f, 0.8f};
+  return marker;
+}
+
 diagnostic_msgs::DiagnosticStatus statusOf(const session::SensorState& sensor) {
   using sensor::HealthState;
   constexpr std::byte kWarning{1};
@@ -107,24 +123,27 @@ RecordTopics::RecordTopics(MessageSink& sink, const FrameNames& names,
       records(sink.add<qv_msgs::Records>(kRecordsTopic)),
       states(sink.add<qv_msgs::SensorStates>("/qv/sensors", kLatched)),
       views(sink.add<visualization_msgs::MarkerArray>("/fields_of_view", kLatched)),
+      people(sink.add<visualization_msgs::MarkerArray>("/people_markers")),
       diagnostics(sink.add<diagnostic_msgs::DiagnosticArray>("/diagnostics")),
       cloud(emptyCloud()) {}
 
+void RecordTopics::announce(const std::set<std::string>& sensors) {
+  for (const std::string& sensor : sensors) xTopicOf(sensor);
+}
+
 void RecordTopics::write(const session::Snapshot& snapshot) {
   message.records.clear();
+  const bool isRead = sink.isRead(records);
   for (const session::SensorState& sensor : snapshot.sensors) {
     if (sensor.records.empty()) continue;
-    xAddRecords(sensor);
-    if (xHasOwnCloud(sensor)) {
-      xWriteRawPoints(sensor, snapshot.time);
-    } else {
-      xWritePlacedPoints(sensor, snapshot.time);
-    }
+    if (isRead) xAddRecords(sensor);
+    xWritePoints(sensor, snapshot.time);
     xNoteView(sensor, snapshot);
   }
-  sink.write(records, logTimeOf(snapshot.time), message);
+  if (isRead) sink.write(records, logTimeOf(snapshot.time), message);
   if (hasNewViews) sink.write(views, logTimeOf(snapshot.time), markers);
   hasNewViews = false;
+  xWritePeople(snapshot);
   xWriteStates(snapshot);
   xWriteHealth(snapshot);
 }
@@ -159,17 +178,36 @@ void RecordTopics::xAddRecords(const session::SensorState& sensor) {
   }
 }
 
-void RecordTopics::xWriteRawPoints(const session::SensorState& sensor, ko::Clock::time_point time) {
-  clear(cloud, sensor.records.front().timestamp, names.of(sensor.name));
-  for (const auto& record : sensor.records) append(cloud, record.points);
-  sink.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
+void RecordTopics::xWritePoints(const session::SensorState& sensor, ko::Clock::time_point time) {
+  const std::uint16_t topic = xTopicOf(sensor.name);
+  if (!sink.isRead(topic)) return;
+  if (xHasOwnCloud(sensor)) {
+    clear(cloud, sensor.records.front().timestamp, names.of(sensor.name));
+    for (const auto& record : sensor.records) append(cloud, record.points);
+  } else {
+    clear(cloud, time, names.ofMap());
+    append(cloud, pointsOf(sensor.marks));
+  }
+  sink.write(topic, logTimeOf(time), cloud);
 }
 
-void RecordTopics::xWritePlacedPoints(const session::SensorState& sensor,
-                                      ko::Clock::time_point time) {
-  clear(cloud, time, names.ofMap());
-  append(cloud, pointsOf(sensor.marks));
-  sink.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
+// Those who are not seen any more are gone.
+void RecordTopics::xWritePeople(const session::Snapshot& snapshot) {
+  const std_msgs::Header header = headerOf(snapshot.time, names.ofMap());
+  visualization_msgs::MarkerArray seen;
+  seen.markers.resize(1);
+  seen.markers.front().header = header;
+  seen.markers.front().action = kDeleteAll;
+  for (const session::SensorState& sensor : snapshot.sensors) {
+    if (sensor.name != kPeoplePerception) continue;
+    for (const Math::Position3D& head : sensor.marks.hits) {
+      seen.markers.push_back(personAt(head, header));
+      seen.markers.back().id = static_cast<std::int32_t>(seen.markers.size());
+    }
+  }
+  const bool isAnybodyThere = seen.markers.size() > 1;
+  const bool wereSome = std::exchange(hasShownPeople, isAnybodyThere);
+  if (isAnybodyThere || wereSome) sink.write(people, logTimeOf(snapshot.time), seen);
 }
 
 void RecordTopics::xNoteView(const session::SensorState& sensor,

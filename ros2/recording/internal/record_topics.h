@@ -19,15 +19,19 @@ class QV_API RecordTopics {
   /** `sink` must outlive it; `mounted` are the sensors that have frames of their own. */
   RecordTopics(MessageSink& sink, const FrameNames& names, std::set<std::string> mounted);
 
+  /** Makes the topics of their points now, and not when there are some for the first time. */
+  void announce(const std::set<std::string>& sensors);
   void write(const session::Snapshot& snapshot);
+  /** The next snapshot's health is written in any case. */
+  void repeatHealth() { lastHealth.clear(); }
 
  private:
   /** Whether a sensor's points go into a cloud as they are, and not into its records. */
   bool xHasOwnCloud(const session::SensorState& sensor) const;
   std::uint16_t xTopicOf(const std::string& name);
   void xAddRecords(const session::SensorState& sensor);
-  void xWriteRawPoints(const session::SensorState& sensor, ko::Clock::time_point time);
-  void xWritePlacedPoints(const session::SensorState& sensor, ko::Clock::time_point time);
+  void xWritePoints(const session::SensorState& sensor, ko::Clock::time_point time);
+  void xWritePeople(const session::Snapshot& snapshot);
   void xNoteView(const session::SensorState& sensor, const session::Snapshot& snapshot);
   void xWriteStates(const session::Snapshot& snapshot);
   /** When a sensor has come into another state. */
@@ -39,6 +43,7 @@ class QV_API RecordTopics {
   const std::uint16_t records;
   const std::uint16_t states;
   const std::uint16_t views;
+  const std::uint16_t people;
   const std::uint16_t diagnostics;
   qv_msgs::Records message;
   sensor_msgs::PointCloud2 cloud;
@@ -46,6 +51,7 @@ class QV_API RecordTopics {
   std::map<std::string, Math::SensorFieldOfView2D> seenViews;
   visualization_msgs::MarkerArray markers;
   bool hasNewViews = false;
+  bool hasShownPeople = false;
   qv_msgs::SensorStates lastStates;
   std::map<std::string, sensor::HealthState> lastHealth;
 };
