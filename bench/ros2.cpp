@@ -57,7 +57,8 @@ class OwnWay {
  public:
   explicit OwnWay(Message message) : message(std::move(message)) {
     std::atomic<std::size_t> readers{0};
-    publisher = from->publish("way", Message::getType(), {}, [&](std::size_t now) { readers = now; });
+    publisher =
+        from->publish("way", Message::getType(), {}, [&](std::size_t now) { readers = now; });
     subscription = to->subscribe("way", Message::getType(), {}, [this](auto&) { arrivals.note(); });
     while (readers == 0) {
     }

@@ -18,8 +18,7 @@ std::vector<CLI::Option*> GraphArguments::addTo(CLI::App& command) {
                       "sensor; repeat for more")
           ->allow_extra_args(false),
       command
-          .add_option("--ros2-remap", remaps,
-                      "FROM:=TO, another name for a topic; repeat for more")
+          .add_option("--ros2-remap", remaps, "FROM:=TO, another name for a topic; repeat for more")
           ->allow_extra_args(false),
       command.add_option("--ros-distro", distro,
                          "of the others, as humble: messages changed after it (default: what "

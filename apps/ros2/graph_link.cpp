@@ -105,9 +105,8 @@ GraphLink::~GraphLink() = default;
 
 void GraphLink::open(session::Session& session) {
   close();
-  impl->robot = asUsage([&] {
-    return std::make_shared<ros2::GraphRobot>(impl->graph, session, impl->robotOptions);
-  });
+  impl->robot = asUsage(
+      [&] { return std::make_shared<ros2::GraphRobot>(impl->graph, session, impl->robotOptions); });
 }
 
 void GraphLink::close() {

@@ -43,8 +43,8 @@ Math::Pose2D velocityOf(const geometry_msgs::Twist& twist) {
 
 void checkStamp(const builtin_interfaces::Time& stamp) {
   if (stamp == builtin_interfaces::Time{}) return;
-  const double off = stamp.sec + 1e-9 * stamp.nanosec -
-                     1e-9 * static_cast<double>(logTimeOf(ko::Clock::now()));
+  const double off =
+      stamp.sec + 1e-9 * stamp.nanosec - 1e-9 * static_cast<double>(logTimeOf(ko::Clock::now()));
   if (std::abs(off) > kMostSecondsOff)
     refuse("a stamp of /clock's time (use_sim_time)", "one " + std::to_string(off) + " s off it");
 }
@@ -64,8 +64,7 @@ GraphOrders::Velocities::Velocities(GraphNode& node)
 GraphOrders::Places::Places(GraphNode& node)
     : pose(node, "initialpose", kOrder), goal(node, "goal_pose", kOrder) {}
 
-GraphOrders::GraphOrders(GraphNode& node, const FrameNames& names,
-                         const GraphRobotOptions& options)
+GraphOrders::GraphOrders(GraphNode& node, const FrameNames& names, const GraphRobotOptions& options)
     : map(names.ofMap()) {
   if (options.isDriven) velocities.emplace(node);
   if (options.isDriven && options.knowsItsWay) places.emplace(node);
@@ -83,9 +82,8 @@ void GraphOrders::obey(session::Session& session) {
     session.drive(velocityOf(twist), GraphRobotOptions::kHold);
   };
   if (places) {
-    places->pose.take([&](const auto& message) {
-      session.setPose(xPlaceOf(message.header, message.pose.pose));
-    });
+    places->pose.take(
+        [&](const auto& message) { session.setPose(xPlaceOf(message.header, message.pose.pose)); });
     places->goal.take([&](const auto& message) {
       session.setGoal(Math::position2DFromPose2D(xPlaceOf(message.header, message.pose)));
     });

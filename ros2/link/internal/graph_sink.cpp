@@ -27,8 +27,8 @@ std::string toGraphName(const std::string& text) {
     const bool isDigit = std::isdigit(static_cast<unsigned char>(letter)) != 0;
     const bool isFirst = name.empty() || name.back() == '/';
     if (isDigit && isFirst) name += '_';
-    const bool isKept = isDigit || letter == '/' || letter == '_' || (letter >= 'a' && letter <= 'z') ||
-                        (letter >= 'A' && letter <= 'Z');
+    const bool isKept = isDigit || letter == '/' || letter == '_' ||
+                        (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
     name += isKept ? letter : '_';
   }
   return name;

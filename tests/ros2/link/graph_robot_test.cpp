@@ -43,11 +43,11 @@ TEST_F(GraphRobotTest, tellsWhatARecordingOfTheSameRunHolds) {
   RobotOnGraph sut(*session, options);
   std::map<std::string, std::unique_ptr<Heard>> heard;
   for (const char* const name :
-       {"/tf_static", "/odom", "/robot_description", "/map", "/qv/records", "/people", "/people_markers",
-        "/FrontLaser/scan", "/LeftLaser/scan", "/RightLaser/scan", "/ShovelLaser/scan",
-        "/HoleLaser/scan", "/FrontSonar/range", "/BackSonar/range", "/BlindZone/contact",
-        "/DepthCamera/image", "/DepthCamera/camera_info", "/DepthCamera/points",
-        "/FrontLaser/points"})
+       {"/tf_static", "/odom", "/robot_description", "/map", "/qv/records", "/people",
+        "/people_markers", "/FrontLaser/scan", "/LeftLaser/scan", "/RightLaser/scan",
+        "/ShovelLaser/scan", "/HoleLaser/scan", "/FrontSonar/range", "/BackSonar/range",
+        "/BlindZone/contact", "/DepthCamera/image", "/DepthCamera/camera_info",
+        "/DepthCamera/points", "/FrontLaser/points"})
     heard[name] = nullptr;
   for (const WireTopic& wire : sut.robot.getTopics()) {
     if (heard.count(wire.topic.name) == 0) continue;
@@ -145,8 +145,7 @@ TEST_F(GraphRobotTest, aVelocityHoldsForHalfASecondOfTheRun) {
   const auto plain = sut.tool->publish("/cmd_vel", geometry_msgs::Twist::getType());
   const auto stamped = sut.tool->publish("/cmd_vel", geometry_msgs::TwistStamped::getType());
   const geometry_msgs::Twist twist{{0.2, 0.1, 0.0}, {0.0, 0.0, 0.3}};
-  ASSERT_TRUE(
-      sut.sendUntil(*plain, twist, [&] { return session->look().velocity.x == 0.2f; }));
+  ASSERT_TRUE(sut.sendUntil(*plain, twist, [&] { return session->look().velocity.x == 0.2f; }));
   EXPECT_EQ(session->look().velocity.y, 0.1f);
   EXPECT_EQ(session->look().velocity.theta, 0.3f);
   sut.run(20);

@@ -33,11 +33,9 @@ TEST(ServeOnGraph, anotherProcessReadsAndDrivesTheRobotUntilItEnds) {
   test::Watched<std::size_t> writers;
   Heard scans, odometry;
   const Qos last{true, false, 10};
-  scans.subscription =
-      tool->subscribe("/robot1/FrontLaser/scan", sensor_msgs::LaserScan::getType(), last,
-                      scans.listener(), [&](std::size_t count) {
-                        writers.change([&](auto& now) { now = count; });
-                      });
+  scans.subscription = tool->subscribe(
+      "/robot1/FrontLaser/scan", sensor_msgs::LaserScan::getType(), last, scans.listener(),
+      [&](std::size_t count) { writers.change([&](auto& now) { now = count; }); });
   odometry.subscription =
       tool->subscribe("/robot1/odom", nav_msgs::Odometry::getType(), last, odometry.listener());
   const auto velocities = tool->publish("/robot1/cmd_vel", geometry_msgs::Twist::getType());

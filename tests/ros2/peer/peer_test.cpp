@@ -25,8 +25,8 @@ class Peer {
                                           "0.125"};
     for (const WireTopic& wire : topics) {
       if (wire.isInput) continue;
-      arguments.insert(arguments.end(), {wire.ddsName, wire.ddsType,
-                                         wire.topic.qos.transientLocal ? "1" : "0"});
+      arguments.insert(arguments.end(),
+                       {wire.ddsName, wire.ddsType, wire.topic.qos.transientLocal ? "1" : "0"});
     }
     std::vector<char*> argv;
     for (auto& argument : arguments) argv.push_back(argument.data());
