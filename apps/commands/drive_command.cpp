@@ -1,5 +1,7 @@
+#include <algorithm>
 #include <cmath>
 #include <iostream>
+#include <optional>
 
 #include "apps/arguments.h"
 #include "apps/commands/commands.h"
@@ -8,6 +10,8 @@
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
+#include "apps/replay/machine_pace.h"
+#include "apps/ros2/graph_option.h"
 #include "apps/subscriber.h"
 #include "outlets/outlet_list.h"
 #include "session/internal/number_text.h"
@@ -26,6 +30,8 @@ struct DriveOptions : CommonOptions {
   double turnSpeed = 1.0;
   OutputFiles output;
   OutputFiles picture;
+  GraphOption graph;
+  std::optional<double> pace;
 };
 
 // An hour of a fast robot at a high rate fits; a slip of the finger does not.
@@ -44,6 +50,46 @@ struct Run {
   RunSummary summary;
 };
 
+void openOutlets(DriveOptions& options, session::Session& session, outlets::OutletList& list) {
+  for (OutputFiles* files : {&options.output, &options.picture}) files->open(session, list, false);
+  options.graph.open(session, false);
+  if (const auto robot = options.graph.getOutlet()) list.add(robot);
+}
+
+/** Lets the run go on to times of it; who listens on a graph is heard meanwhile. */
+class RunClock {
+ public:
+  RunClock(DriveOptions& options, session::Session& session, outlets::Outlet& outlet)
+      : graph(options.graph), session(session), outlet(outlet), pace(xPaceOf(options)) {}
+
+  void goTo(ko::Clock::time_point time) {
+    if (!graph.isAsked()) return xRunTo(time);
+    for (auto now = ko::Clock::now(); now < time && !isInterrupted(); now = ko::Clock::now()) {
+      graph.obey();
+      session.setDemand(outlet.getDemand());
+      xRunTo(std::min<ko::Clock::time_point>(now + kPart, time));
+    }
+  }
+
+ private:
+  static constexpr ko::Duration kPart{20'000'000};
+
+  static std::optional<double> xPaceOf(const DriveOptions& options) {
+    if (!options.pace && options.graph.isAsked()) return 1.0;
+    return options.pace;
+  }
+
+  void xRunTo(ko::Clock::time_point time) {
+    session.run(time - ko::Clock::now());
+    pace.await(session::inSeconds(time.time_since_epoch()));
+  }
+
+  GraphOption& graph;
+  session::Session& session;
+  outlets::Outlet& outlet;
+  MachinePace pace;
+};
+
 // To the path's end, and for so long there that the last records are of that place.
 long countCycles(double pathSeconds, const session::Session& session, double rate) {
   const double atEnd = session::inSeconds(session.getSettlingTime());
@@ -54,10 +100,11 @@ ko::Clock::time_point timeOfCycle(ko::Clock::time_point start, long cycle, doubl
   return start + ko::Duration(std::llround(1e9 * static_cast<double>(cycle) / rate));
 }
 
-Run driveAlong(const DriveOptions& options, session::Session& session, outlets::Outlet& outlet) {
+Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet& outlet) {
   session.subscribe(kSubscriber, options.namesFor(session.getManager()));
   session.setDemand(outlet.getDemand());
-  session.run(session.getSettlingTime());
+  RunClock clock(options, session, outlet);
+  clock.goTo(ko::Clock::now() + session.getSettlingTime());
   ProgressBar progress("Driving");
   session::PoseWatch watch(*session.getMap());
   Run run;
@@ -66,7 +113,7 @@ Run driveAlong(const DriveOptions& options, session::Session& session, outlets::
   const long cycles = countCycles(seconds, session, options.rate);
   // One cycle in any case, so that there is something to show.
   for (; run.cycles <= cycles && (run.cycles == 0 || !isInterrupted()); ++run.cycles) {
-    session.run(timeOfCycle(start, run.cycles, options.rate) - ko::Clock::now());
+    clock.goTo(timeOfCycle(start, run.cycles, options.rate));
     const session::Snapshot snapshot = session.look();
     run.end = snapshot.pose;
     if (const auto warning = watch.look(snapshot.pose)) progress.note(*warning);
@@ -81,6 +128,7 @@ session::TimedPath checkedPath(const DriveOptions& options) {
   checkAbove0("--rate", options.rate, 1e6);
   checkAbove0("--speed", options.speed, 1e3);
   checkAbove0("--turn-speed", options.turnSpeed, 1e3);
+  if (options.pace) checkAbove0("--pace", *options.pace, 1e3);
   session::TimedPath path(parsePath(options.path), options.speed, options.turnSpeed);
   if (path.getDuration() * options.rate <= kMostCycles) return path;
   throw session::UsageError(
@@ -110,11 +158,10 @@ bool drive(DriveOptions& options) {
   options.picture.checkIsPicture();
   const auto session = options.openSession(path.poseAt(0.0));
   outlets::OutletList outlets;
-  for (OutputFiles* files : {&options.output, &options.picture}) {
-    files->open(*session, outlets, false);
-  }
+  openOutlets(options, *session, outlets);
   const Run run = driveAlong(options, *session, outlets);
   outlets.finish();
+  options.graph.close();
   warnIfAstray(path, run.end);
   return printSummary(options, run);
 }
@@ -140,6 +187,10 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
       "has a line per point, any other name one JSON per record; - is "
       "standard output");
   options->picture.addOption(*command, "--picture", "PNG of the run");
+  command->add_option("--pace", options->pace,
+                      "seconds of the run for one of the clock (default: as fast as it goes; 1 "
+                      "with --ros2)");
+  options->graph.addTo(*command);
   command->callback([options, &status] {
     if (!drive(*options)) status = kIncomplete;
   });

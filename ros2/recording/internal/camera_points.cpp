@@ -36,14 +36,12 @@ cv::Mat_<std::uint16_t> depthOf(const QVImage& image) {
 
 }  // namespace
 
-CameraPoints::CameraPoints(BackgroundBag& writer, const session::Session& session)
-    : writer(writer) {
+CameraPoints::CameraPoints(MessageSink& sink, const session::Session& session) : sink(sink) {
   const auto* robot = session.getDescription();
   if (!robot || !session.getBroker()) return;
   int index = kDepthCamera;
   for (const Model::SensorConfig* config : camerasOf(*robot)) {
-    const auto topic = writer.addTopic(
-        makeBagTopic(imagePointsTopicOf(config->name), qv_msgs::ImagePoints::getType()));
+    const auto topic = sink.add<qv_msgs::ImagePoints>(imagePointsTopicOf(config->name));
     cameras.push_back({config->name, topic, extentsOf(session, index++), {}});
   }
 }
@@ -68,7 +66,7 @@ bool CameraPoints::write(const session::SensorState& sensor, ko::Clock::time_poi
     if (!points) continue;
     points->image = imageTopicOf(camera->name);
     points->image_time = static_cast<std::int64_t>(logTimeOf(picture.time));
-    writer.write(camera->topic, logTimeOf(time), *points);
+    sink.write(camera->topic, logTimeOf(time), *points);
     thinned = thinPoints(*points, depth, (depth.cols + kColumnsShown - 1) / kColumnsShown);
     return true;
   }

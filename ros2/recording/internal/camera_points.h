@@ -6,8 +6,8 @@
 #include <vector>
 
 #include "platform/vision/qv_image.h"
-#include "ros2/recording/internal/background_bag.h"
 #include "ros2/recording/internal/image_points.h"
+#include "ros2/recording/internal/message_sink.h"
 #include "session/session.h"
 #include "session/snapshot.h"
 
@@ -21,7 +21,7 @@ namespace QV::ros2 {
 class CameraPoints {
  public:
   /** Of a robot without cameras there is nothing to write. */
-  CameraPoints(BackgroundBag& writer, const session::Session& session);
+  CameraPoints(MessageSink& sink, const session::Session& session);
 
   /** An image that is recorded at `time`, as QVImage::fromQVValue reads it. */
   void note(int camera, const QVValue& image, ko::Clock::time_point time);
@@ -44,7 +44,7 @@ class CameraPoints {
     std::deque<Picture> pictures;
   };
 
-  BackgroundBag& writer;
+  MessageSink& sink;
   std::vector<Camera> cameras;
   std::vector<Math::Position3D> thinned;
 };

@@ -11,6 +11,10 @@ inline constexpr char kRecordsTopic[] = "/qv/records";
 inline constexpr char kDescriptionTopic[] = "/robot_description";
 inline constexpr char kMapTopic[] = "/map";
 
+/** The sensors of people and of all touches, which no description names. */
+inline constexpr char kPeoplePerception[] = "PeoplePerception";
+inline constexpr char kTouch[] = "Touch";
+
 /** Of a sensor's points. */
 inline std::string cloudTopicOf(const std::string& sensor) {
   return "/" + sensor + "/points";
