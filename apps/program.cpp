@@ -15,13 +15,15 @@ namespace QV::app {
 
 // A new command is a file, and its name here.
 AddCommand addListCommand, addReadCommand, addPlotCommand, addDriveCommand, addCheckCommand,
-    addWatchCommand, addServeCommand, addReplayCommand, addInfoCommand, addRecoverCommand;
+    addWatchCommand, addServeCommand, addReplayCommand, addInfoCommand, addRecoverCommand,
+    addRos2Command;
 
 namespace {
 
-constexpr AddCommand* kCommands[] = {
-    addListCommand,  addReadCommand,  addPlotCommand,   addDriveCommand, addCheckCommand,
-    addWatchCommand, addServeCommand, addReplayCommand, addInfoCommand,  addRecoverCommand};
+constexpr AddCommand* kCommands[] = {addListCommand,    addReadCommand,   addPlotCommand,
+                                     addDriveCommand,   addCheckCommand,  addWatchCommand,
+                                     addServeCommand,   addReplayCommand, addInfoCommand,
+                                     addRecoverCommand, addRos2Command};
 
 constexpr int kFailure = 2;
 

@@ -22,7 +22,7 @@ import matplotlib.pyplot as plt  # noqa: E402
 
 PAGE = "docs/performance.md"
 PLOTS = "docs/figures"
-BY_HAND = "## Measured by hand"
+BY_HAND = "Measured by hand"
 SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 NOT_COUNTERS = {
     "name", "family_index", "per_family_instance_index", "run_name", "run_type", "repetitions",
@@ -37,11 +37,13 @@ SECTIONS = [
      "AVX2, 2 with the scalar form; beside the cells at most 1 byte a cell, built in under 25 ms for a million cells. On the huge map `vs_medium`, the "
      "medium map's time for the same fan divided by the huge one's, of 0.67 or more."),
     ("scans", "Scans from many poses", "Nanoseconds per ray of `occMapSimulateScans` from 2,000 random free poses, beside as many single scans "
-     "(`vs_single`), and how many times as fast two threads are as one (`two_threads`). Goal: `vs_single` of 1, `two_threads` of 1.9 on idle cores."),
+     "(`vs_single`), and how many times as fast two threads are as one (`two_threads`), beside what two that share nothing get out of the "
+     "machine (`two_apart`). Goal: `vs_single` of 1, `two_threads` of 1.9 where `two_apart` is 2."),
     ("python", "From Python", "`simulate_scans` from 100,000 random free poses × 60 beams beside the same call in C++ (`vs_cpp`), a loop of "
      "single scans in C++, MRPT in C++ and a ray marcher in numpy; and the reading of 50 records of 300 points beside "
      "`getMetricalData()` in C++, as records and with a view of each record's points made. Goal: `vs_cpp` of 0.95 for scans, "
-     "`vs_cpp_one_thread` of 1.8 with two threads on idle cores, `vs_cpp` of 0.77 for the reading."),
+     "`vs_cpp_one_thread` of 1.8 with two threads where the machine has it, `vs_apart` of 1 (two threads that share nothing and do as much), "
+     "`vs_cpp` of 0.77 for the reading."),
     ("simulated_robot", "Simulated robot", "A whole reading of a kind 1 robot, six sensors and 170 rays, from random free poses. Goal: 10 µs."),
     ("fleet", "Fleet", "1,000 simulated robots of kind 1 on one map, each at a random free pose. Goal: under 20 KiB each without the map; readings a "
      "second grow with cores."),
@@ -224,32 +226,45 @@ def compiler():
     return subprocess.run(["g++", "-dumpfullversion"], capture_output=True, text=True, check=True).stdout.strip()
 
 
-def page(results, context):
-    rounds = max((len(runs) for rows in results.values() for runs in rows.values()), default=0)
-    parts = [f"""# Figures
+def rounds_of(results):
+    return max((len(runs) for rows in results.values() for runs in rows.values()), default=0)
+
+
+def head(results, context):
+    return f"""# Figures
 
 Made by `./dev bench` with the real maps and frames in the folder that `QV_DATA` names; `./dev bench NAME...` runs some.
-Each figure is the median of {rounds} rounds over all benchmarks. A counter `vs_<peer>` is the peer's time divided by ours, taken in turn
+Each figure is the median of {rounds_of(results)} rounds over all benchmarks. A counter `vs_<peer>` is the peer's time divided by ours, taken in turn
 within a round, and the geometric mean of the rounds: greater is better. Times move with the machine, ratios hardly.
 
-Machine: {machine(context)}; g++ {compiler()} `-O3`, no `-march`."""]
+Machine: {machine(context)}; g++ {compiler()} `-O3`, no `-march`."""
+
+
+def page(results, context, former):
+    """What is not measured now stays as `former` has it."""
+    parts = [former.get("", "") or head(results, context)]
+    apart = f" Measured apart: {rounds_of(results)} rounds on {machine(context)}." if "" in former else ""
     for name, title, intro in SECTIONS:
         if results.get(name):
-            told = textwrap.fill(f"`bench/{name}`. {intro}".rstrip(), 140)
+            told = textwrap.fill(f"`bench/{name}`. {intro}{apart}".rstrip(), 140)
             parts.append(f"## {title}\n\n{told}\n\n" + table(results[name]))
-        if name == "growth":
-            parts += [f"![{text}](figures/{file})" for file, text in plot_growth(results)]
-    return "\n\n".join(parts) + "\n"
+            if name == "growth":
+                parts += [f"![{text}](figures/{file})" for file, text in plot_growth(results)]
+        elif title in former:
+            parts.append(former[title])
+    return "\n\n".join([*parts, former.get(BY_HAND, "")]).rstrip() + "\n"
 
 
-def by_hand():
-    """What the page says of measurements that no benchmark makes: kept as it is."""
+def former_sections(results):
+    """Those of the page as it stands, by their titles: its head, "", unless all are measured anew."""
     if not os.path.exists(PAGE):
-        return ""
+        return {}
     with open(PAGE, encoding="utf-8") as file:
-        text = file.read()
-    at = text.find(BY_HAND)
-    return "\n" + text[at:] if at >= 0 else ""
+        first, *parts = re.split(r"^(?=## )", file.read(), flags=re.M)
+    sections = {part[3 : part.index("\n")]: part.strip() for part in parts}
+    if any(title in sections and name not in results for name, title, _ in SECTIONS):
+        sections[""] = first.strip()
+    return sections
 
 
 def main():
@@ -258,7 +273,7 @@ def main():
     results, context = load(sys.argv[1])
     if not results:
         sys.exit(f"{sys.argv[1]}: no NAME.json of a benchmark")
-    text = page(results, context) + by_hand()
+    text = page(results, context, former_sections(results))
     with open(PAGE, "w", encoding="utf-8") as file:
         file.write(text)
     print(f"{PAGE} tells of {', '.join(results)}")

@@ -212,9 +212,7 @@ bool registerAll() {
       for (const FanCase& fan : kFans) {
         const std::string name =
             std::string("scan").append(pathCase.suffix) + "/" + mapCase.name + "/" + fan.name;
-        benchmark::RegisterBenchmark(name.c_str(), scanMap, mapCase, fan, pathCase)
-            ->UseManualTime()
-            ->Unit(benchmark::kMillisecond);
+        registerTimed(name, scanMap, mapCase, fan, pathCase);
       }
     }
   }

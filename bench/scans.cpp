@@ -1,12 +1,13 @@
 /**
  * What a ray costs in scans from many poses at once, on real maps (in the folder that QV_DATA
- * names), beside as many single scans from the same poses, in turn; and how much sooner two threads
- * are done than one.
+ * names), beside as many single scans from the same poses, in turn; how many times as fast two
+ * threads are as one, and how many times two that share nothing, which is all that the machine has.
  */
 #include <chrono>
 #include <cstdlib>
 #include <filesystem>
 #include <string>
+#include <thread>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -54,10 +55,18 @@ void scanManyPoses(benchmark::State& state, const MapCase& mapCase, const FanCas
   const OccupancyMap map = robot::loadMap(path);
   const std::vector<Math::Pose2D> poses = drawFreePoses(map, kPoses);
   std::vector<float> ranges(poses.size() * static_cast<std::size_t>(fan.fieldOfView.rayCount));
+  std::vector<float> others(ranges.size());
   std::vector<RangeReading> readings;
   const auto scanTogether = [&](int threads) {
     occMapSimulateScans(map, poses, fan.fieldOfView, ranges, kOccupiedAbove, threads);
     benchmark::DoNotOptimize(ranges.data());
+  };
+  const auto scanTwice = [&] {
+    const std::jthread other([&] {
+      occMapSimulateScans(map, poses, fan.fieldOfView, others, kOccupiedAbove, 1);
+      benchmark::DoNotOptimize(others.data());
+    });
+    scanTogether(1);
   };
   const auto scanOneByOne = [&] {
     for (const Math::Pose2D& pose : poses) {
@@ -70,25 +79,26 @@ void scanManyPoses(benchmark::State& state, const MapCase& mapCase, const FanCas
   std::vector<double> together;
   std::vector<double> onOneThread;
   std::vector<double> onTwoThreads;
+  std::vector<double> apart;
   for (auto _ : state) {
     singles.push_back(secondsOf(scanOneByOne));
     together.push_back(secondsOf([&] { scanTogether(1); }));
     onOneThread.push_back(wallSecondsOf([&] { scanTogether(1); }));
     onTwoThreads.push_back(wallSecondsOf([&] { scanTogether(2); }));
+    apart.push_back(wallSecondsOf(scanTwice) / 2);
     state.SetIterationTime(together.back());
   }
   state.counters["ns_per_ray"] = 1e9 * medianOf(together) / static_cast<double>(ranges.size());
   state.counters["vs_single"] = ratioOf(singles, together);
   state.counters["two_threads"] = ratioOf(onOneThread, onTwoThreads);
+  state.counters["two_apart"] = ratioOf(onOneThread, apart);
 }
 
 bool registerAll() {
   for (const MapCase& mapCase : kMaps) {
     for (const FanCase& fan : kFans) {
-      const std::string name = std::string("scans/") + mapCase.name + "/" + fan.name;
-      benchmark::RegisterBenchmark(name.c_str(), scanManyPoses, mapCase, fan)
-          ->UseManualTime()
-          ->Unit(benchmark::kMillisecond);
+      registerTimed(std::string("scans/") + mapCase.name + "/" + fan.name, scanManyPoses, mapCase,
+                    fan);
     }
   }
   return true;

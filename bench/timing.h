@@ -3,7 +3,10 @@
 #include <algorithm>
 #include <cstddef>
 #include <ctime>
+#include <string>
 #include <vector>
+
+#include <benchmark/benchmark.h>
 
 namespace QV::bench {
 
@@ -35,6 +38,14 @@ inline double ratioOf(const std::vector<double>& theirs, const std::vector<doubl
   std::vector<double> ratios(ours.size());
   for (std::size_t i = 0; i < ours.size(); ++i) ratios[i] = theirs[i] / ours[i];
   return medianOf(ratios);
+}
+
+/** A benchmark that sets its own times, told in milliseconds. */
+template <typename Function, typename... Arguments>
+void registerTimed(const std::string& name, Function function, const Arguments&... arguments) {
+  benchmark::RegisterBenchmark(name.c_str(), function, arguments...)
+      ->UseManualTime()
+      ->Unit(benchmark::kMillisecond);
 }
 
 }  // namespace QV::bench

@@ -40,10 +40,14 @@ void goOnTo(SessionParts& parts, ko::Clock::time_point time) {
   goTo(parts, time);
 }
 
-void note(SessionParts& parts) {
+void notePlace(SessionParts& parts) {
   parts.sensorLook.notePose();
-  parts.sensorLook.noteMeasurements();
   parts.touchLook.note();
+}
+
+void note(SessionParts& parts) {
+  notePlace(parts);
+  parts.sensorLook.noteMeasurements();
 }
 
 }  // namespace
@@ -65,13 +69,13 @@ SessionRobot& robotOf(Session& session) {
 Session::Session(std::unique_ptr<SessionParts> parts) : parts(std::move(parts)) {}
 
 Session::~Session() {
-  setListener(nullptr);
+  parts->robot->setListener(nullptr);
   parts->driver.stop();
 }
 
 Snapshot Session::look() {
   SessionRobot& robot = *parts->robot;
-  note(*parts);
+  notePlace(*parts);
   Snapshot snapshot;
   snapshot.title = robot.getTitle();
   snapshot.time = ko::Clock::now();
@@ -152,6 +156,13 @@ void Session::setDemand(const Demand& demand) {
 void Session::drive(float forward, float turn) {
   xTell({"drive", {}, {}, true, {forward, turn}});
   parts->driver.drive(forward, turn);
+}
+
+void Session::drive(const Math::Pose2D& velocity, ko::Duration hold) {
+  RunCommand command{"drive", {}, {}, true, {velocity.x, velocity.theta}};
+  if (velocity.y != 0.0f) command.values.push_back(velocity.y);
+  xTell(command);
+  parts->driver.drive(velocity, hold);
 }
 
 void Session::setGoal(const Math::Position2D& position) {
@@ -248,14 +259,15 @@ void Session::xReopen() {
   const Reopen reopen = parts->reopen;
   const auto make = reopen();
   const Pacing pacing = parts->pacing;
-  RunListener* const listener = parts->listener;
-  setListener(nullptr);
+  const auto listeners = parts->listeners;
+  parts->robot->setListener(nullptr);
   parts.reset();
   TimedRobot made = make();
   parts = std::make_unique<SessionParts>(std::move(made.time), std::move(made.robot));
   parts->reopen = reopen;
   parts->pacing = pacing;
-  setListener(listener);
+  parts->listeners = listeners;
+  listeners->listenTo(*parts->robot);
 }
 
 void Session::keepPace(ko::Duration machine) {
@@ -286,13 +298,16 @@ void Session::setSpeed(double speed) {
   parts->pacing.setSpeed(speed);
 }
 
-void Session::setListener(RunListener* listener) {
-  parts->listener = listener;
-  parts->robot->setListener(listener);
+void Session::addListener(RunListener& listener) {
+  parts->listeners->add(listener, *parts->robot);
+}
+
+void Session::removeListener(RunListener& listener) {
+  parts->listeners->remove(listener, *parts->robot);
 }
 
 void Session::xTell(const RunCommand& command) const {
-  if (RunListener* const hears = parts->listener) hears->onCommand(command);
+  parts->listeners->onCommand(command);
 }
 
 void Session::xAdvance(ko::Clock::time_point end) {

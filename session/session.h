@@ -79,6 +79,8 @@ class QV_API Session {
 
   /** By hand, m/s and rad/s: holds for half a second of the machine's time, see keepPace. */
   void drive(float forward, float turn);
+  /** Forward and leftward in m/s, turning in rad/s: holds for so much of ko::Clock's time. */
+  void drive(const Math::Pose2D& velocity, ko::Duration hold);
   /** Finds a way there, goes it and waits where something stands in it, at most 15 s. */
   void setGoal(const Math::Position2D& position);
   /**
@@ -123,8 +125,10 @@ class QV_API Session {
   /** Seconds for a second of the machine's, above 0. */
   void setSpeed(double speed);
 
-  /** Hears all that goes into it from now on, until another does; null for nobody. */
-  void setListener(RunListener* listener);
+  /** Hears what is so now and all that goes into it from then on; must be removed before it ends.
+   */
+  void addListener(RunListener& listener);
+  void removeListener(RunListener& listener);
 
  private:
   friend SessionRobot& robotOf(Session& session);

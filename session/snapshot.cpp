@@ -19,6 +19,7 @@ std::vector<SensorState> sensorsByName(const Snapshot& snapshot) {
 
 std::vector<Math::MetricalData> recordsOf(const Snapshot& snapshot) {
   std::vector<const SensorState*> sensors;
+  sensors.reserve(snapshot.sensors.size());
   for (const SensorState& sensor : snapshot.sensors) sensors.push_back(&sensor);
   std::sort(sensors.begin(), sensors.end(),
             [](const auto* a, const auto* b) { return goesBefore(*a, *b); });

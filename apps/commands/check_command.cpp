@@ -13,6 +13,7 @@
 #include "outlets/files/internal/table.h"
 #include "outlets/internal/json_values.h"
 #include "robot/world/robot_description.h"
+#include "session/internal/description_gaps.h"
 #include "session/sensor_check.h"
 #include "session/usage_error.h"
 
@@ -27,9 +28,9 @@ constexpr char kCheckFooter[] =
     "that it can't have measured, and shows something else once the robot has turned on the spot.\n"
     "A check can't see ranges that are wrong but believable, or late without saying so; what a\n"
     "blind zone says; a bumper that nothing presses; a people detector that is blind.\n"
-    "The health is what the library itself says of the sensor in the end. Slips in the "
-    "description\n"
-    "are named, and don't change the status: 0 if every sensor works and is sound, 1 if not.";
+    "The health is what the library itself says of the sensor in the end. The status is 0 if "
+    "every\n"
+    "sensor works and is sound and the description has no slips, which are named, 1 if not.";
 
 std::set<std::string> sensorsFor(const CommonOptions& options,
                                  const sensor::SensorManager& manager) {
@@ -52,9 +53,7 @@ CheckedSensors checkAll(session::Session& session, const CommonOptions& options)
     progress.show(done);
     return !isInterrupted();
   };
-  CheckedSensors checked = session::checkSensors(session, wanted);
-  if (checked.empty()) throw session::UsageError(session.getTitle() + ": a sensor expected");
-  return checked;
+  return session::checkSensors(session, wanted);
 }
 
 using DescriptionFaults = std::vector<Model::DescriptionFault>;
@@ -126,7 +125,7 @@ std::unique_ptr<session::Session> openSession(const CommonOptions& options,
     if (!options.robot || options.heard.asked) throw;
     const auto& kinds = options.robots.sensors.getKinds();
     const auto description = robot::RobotDescription::fromFile(options.findRobot(), kinds);
-    const auto faults = Model::findDescriptionFaults(description.model, kinds);
+    const auto faults = session::findSlips(description.model, kinds);
     if (format == outlets::Format::json) {
       printFaultsAsJson(faults);
     } else {
@@ -145,12 +144,14 @@ int check(const CommonOptions& options) {
   const auto failed = std::count_if(sensors.begin(), sensors.end(),
                                     [](const auto& sensor) { return !sensor.works(); });
   const DescriptionFaults faults = session::findDescriptionFaults(*session);
+  if (sensors.empty() && faults.empty())
+    throw session::UsageError(*options.robot + ": a sensor expected");
   if (format == outlets::Format::json) {
     printJson(sensors, faults);
   } else {
     printTable(sensors, faults, failed);
   }
-  return failed > 0 ? 1 : 0;
+  return failed > 0 || !faults.empty() ? 1 : 0;
 }
 
 }  // namespace

@@ -1,6 +1,7 @@
+#include <algorithm>
 #include <cmath>
 #include <iostream>
-#include <memory>
+#include <optional>
 
 #include "apps/arguments.h"
 #include "apps/commands/commands.h"
@@ -9,10 +10,10 @@
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/run_summary.h"
+#include "apps/replay/machine_pace.h"
+#include "apps/ros2/graph_option.h"
 #include "apps/subscriber.h"
-#include "outlets/files/record_file.h"
 #include "outlets/outlet_list.h"
-#include "outlets/picture/run_picture.h"
 #include "session/internal/number_text.h"
 #include "session/internal/pose_watch.h"
 #include "session/internal/seconds.h"
@@ -28,7 +29,9 @@ struct DriveOptions : CommonOptions {
   double speed = 0.5;
   double turnSpeed = 1.0;
   OutputFiles output;
-  std::string picture;
+  OutputFiles picture;
+  GraphOption graph;
+  std::optional<double> pace;
 };
 
 // An hour of a fast robot at a high rate fits; a slip of the finger does not.
@@ -48,9 +51,44 @@ struct Run {
 };
 
 void openOutlets(DriveOptions& options, session::Session& session, outlets::OutletList& list) {
-  options.output.open(session, list, false);
-  if (!options.picture.empty()) list.add(std::make_shared<outlets::RunPicture>(options.picture));
+  for (OutputFiles* files : {&options.output, &options.picture}) files->open(session, list, false);
+  options.graph.open(session, false);
+  if (const auto robot = options.graph.getOutlet()) list.add(robot);
 }
+
+/** Lets the run go on to times of it; who listens on a graph is heard meanwhile. */
+class RunClock {
+ public:
+  RunClock(DriveOptions& options, session::Session& session, outlets::Outlet& outlet)
+      : graph(options.graph), session(session), outlet(outlet), pace(xPaceOf(options)) {}
+
+  void goTo(ko::Clock::time_point time) {
+    if (!graph.isAsked()) return xRunTo(time);
+    for (auto now = ko::Clock::now(); now < time && !isInterrupted(); now = ko::Clock::now()) {
+      graph.obey();
+      session.setDemand(outlet.getDemand());
+      xRunTo(std::min<ko::Clock::time_point>(now + kPart, time));
+    }
+  }
+
+ private:
+  static constexpr ko::Duration kPart{20'000'000};
+
+  static std::optional<double> xPaceOf(const DriveOptions& options) {
+    if (!options.pace && options.graph.isAsked()) return 1.0;
+    return options.pace;
+  }
+
+  void xRunTo(ko::Clock::time_point time) {
+    session.run(time - ko::Clock::now());
+    pace.await(session::inSeconds(time.time_since_epoch()));
+  }
+
+  GraphOption& graph;
+  session::Session& session;
+  outlets::Outlet& outlet;
+  MachinePace pace;
+};
 
 // To the path's end, and for so long there that the last records are of that place.
 long countCycles(double pathSeconds, const session::Session& session, double rate) {
@@ -62,10 +100,11 @@ ko::Clock::time_point timeOfCycle(ko::Clock::time_point start, long cycle, doubl
   return start + ko::Duration(std::llround(1e9 * static_cast<double>(cycle) / rate));
 }
 
-Run driveAlong(const DriveOptions& options, session::Session& session, outlets::Outlet& outlet) {
+Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet& outlet) {
   session.subscribe(kSubscriber, options.namesFor(session.getManager()));
   session.setDemand(outlet.getDemand());
-  session.run(session.getSettlingTime());
+  RunClock clock(options, session, outlet);
+  clock.goTo(ko::Clock::now() + session.getSettlingTime());
   ProgressBar progress("Driving");
   session::PoseWatch watch(*session.getMap());
   Run run;
@@ -74,7 +113,7 @@ Run driveAlong(const DriveOptions& options, session::Session& session, outlets::
   const long cycles = countCycles(seconds, session, options.rate);
   // One cycle in any case, so that there is something to show.
   for (; run.cycles <= cycles && (run.cycles == 0 || !isInterrupted()); ++run.cycles) {
-    session.run(timeOfCycle(start, run.cycles, options.rate) - ko::Clock::now());
+    clock.goTo(timeOfCycle(start, run.cycles, options.rate));
     const session::Snapshot snapshot = session.look();
     run.end = snapshot.pose;
     const auto warning = watch.look(snapshot.pose);
@@ -90,6 +129,7 @@ session::TimedPath checkedPath(const DriveOptions& options) {
   checkAbove0("--rate", options.rate, 1e6);
   checkAbove0("--speed", options.speed, 1e3);
   checkAbove0("--turn-speed", options.turnSpeed, 1e3);
+  if (options.pace) checkAbove0("--pace", *options.pace, 1e3);
   session::TimedPath path(parsePath(options.path), options.speed, options.turnSpeed);
   if (path.getDuration() * options.rate <= kMostCycles) return path;
   throw session::UsageError(
@@ -111,18 +151,18 @@ bool printSummary(const DriveOptions& options, const Run& run) {
       << options.rate << " Hz of simulated time.\n";
   run.summary.print(out);
   const bool isWhole = options.output.report(out);
-  if (!options.picture.empty()) out << "Wrote " << options.picture << '\n';
-  return isWhole;
+  return options.picture.report(out) && isWhole;
 }
 
 bool drive(DriveOptions& options) {
   const session::TimedPath path = checkedPath(options);
-  if (!options.picture.empty()) outlets::checkPicturePath(options.picture);
+  options.picture.checkIsPicture();
   const auto session = options.openSession(path.poseAt(0.0));
   outlets::OutletList outlets;
   openOutlets(options, *session, outlets);
   const Run run = driveAlong(options, *session, outlets);
   outlets.finish();
+  options.graph.close();
   warnIfAstray(path, run.end);
   return printSummary(options, run);
 }
@@ -142,10 +182,16 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
   command->add_option("--speed", options->speed, "m/s")->capture_default_str();
   command->add_option("--turn-speed", options->turnSpeed, "rad/s, on the spot at each corner")
       ->capture_default_str();
-  options->output.addOption(*command, "-o,--output",
-                            "file: .mcap is a recording of the whole run, .csv has a line per "
-                            "point, any other name one JSON per record; - is standard output");
-  command->add_option("--picture", options->picture, "PNG of the run")->check(namesAFile);
+  options->output.addOption(
+      *command, "-o,--output",
+      "file: .mcap is a recording of the whole run, .png a picture of it, .csv "
+      "has a line per point, any other name one JSON per record; - is "
+      "standard output");
+  options->picture.addOption(*command, "--picture", "PNG of the run");
+  command->add_option("--pace", options->pace,
+                      "seconds of the run for one of the clock (default: as fast as it goes; 1 "
+                      "with --ros2)");
+  options->graph.addTo(*command);
   command->callback([options, &status] {
     if (!drive(*options)) status = kIncomplete;
   });

@@ -1,11 +1,14 @@
 #include "apps/commands/output_files.h"
 
+#include <algorithm>
 #include <iostream>
+#include <iterator>
 
 #include <CLI/CLI.hpp>
 
 #include "apps/commands/common_options.h"
 #include "outlets/files/record_file.h"
+#include "outlets/picture/run_picture.h"
 #include "ros2/bag/bag_reader.h"
 #include "ros2/recording/run_recorder.h"
 #include "session/usage_error.h"
@@ -15,11 +18,38 @@ namespace {
 
 constexpr char kStandardOutput[] = "-";
 
-}  // namespace
-
-bool isRecordingName(const std::string& path) {
-  return path.ends_with(".mcap");
+std::shared_ptr<outlets::Outlet> makeRecorder(const std::string& path, session::Session& session,
+                                              bool wantsAll) {
+  ros2::RecorderOptions options;
+  options.wantsAll = wantsAll;
+  return std::make_shared<ros2::RunRecorder>(path, session, options);
 }
+
+std::shared_ptr<outlets::Outlet> makePicture(const std::string& path, session::Session&, bool) {
+  return std::make_shared<outlets::RunPicture>(path);
+}
+
+std::shared_ptr<outlets::Outlet> makeRecordFile(const std::string& path, session::Session&, bool) {
+  return std::make_shared<outlets::RecordFile>(path);
+}
+
+struct Format {
+  /** Of a file's name. */
+  const char* ending;
+  std::shared_ptr<outlets::Outlet> (*make)(const std::string& path, session::Session& session,
+                                           bool wantsAll);
+};
+
+// A new kind of file is a row; the last is for all other names.
+constexpr Format kFormats[] = {
+    {".mcap", makeRecorder}, {".png", makePicture}, {"", makeRecordFile}};
+
+const Format& formatOf(const std::string& path) {
+  return *std::find_if(std::begin(kFormats), std::end(kFormats),
+                       [&path](const Format& format) { return path.ends_with(format.ending); });
+}
+
+}  // namespace
 
 CLI::Option* OutputFiles::addOption(CLI::App& command, const std::string& names,
                                     const std::string& help) {
@@ -31,14 +61,16 @@ void OutputFiles::checkIsNot(const std::string& read) const {
     throw session::UsageError(path + ": another file than what is played expected");
 }
 
+void OutputFiles::checkIsPicture() const {
+  if (isAsked()) outlets::checkPicturePath(path);
+}
+
 void OutputFiles::open(session::Session& session, outlets::OutletList& list, bool wantsAll) {
   opened = true;
   if (path.empty()) return;
-  if (!isRecordingName(path)) return list.add(std::make_shared<outlets::RecordFile>(path));
-  ros2::RecorderOptions options;
-  options.wantsAll = wantsAll;
-  recorder = std::make_shared<ros2::RunRecorder>(path, session, options);
-  list.add(recorder);
+  const auto outlet = formatOf(path).make(path, session, wantsAll);
+  recorder = std::dynamic_pointer_cast<ros2::RunRecorder>(outlet);
+  list.add(outlet);
 }
 
 std::ostream& OutputFiles::getSummaryStream() const {

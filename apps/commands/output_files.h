@@ -18,10 +18,8 @@ namespace QV::app {
 /** What a program ends with whose run is not all in its file. */
 constexpr int kIncomplete = 2;
 
-/** Whether a file of this name holds a recording rather than lines of records. */
-bool isRecordingName(const std::string& path);
-
-/** Where a run is written to: a recording, or records as text. "-" is standard output. */
+/** Where a run is written to: a recording, a picture, or records as text. "-" is standard output.
+ */
 class OutputFiles {
  public:
   /** Adds the option, which `help` says more about. */
@@ -29,6 +27,9 @@ class OutputFiles {
 
   /** Before anything is opened: UsageError if the file is `read`, which would be lost, or in it. */
   void checkIsNot(const std::string& read) const;
+
+  /** Before anything is opened: UsageError unless it is a PNG that can be written, or nothing. */
+  void checkIsPicture() const;
 
   /** Opens what was asked for, if anything. `wantsAll`: a recording subscribes to all sensors. */
   void open(session::Session& session, outlets::OutletList& list, bool wantsAll);

@@ -15,6 +15,7 @@
 #include "apps/output/run_summary.h"
 #include "apps/replay/machine_pace.h"
 #include "apps/replay/played_run.h"
+#include "apps/ros2/graph_option.h"
 #include "apps/subscriber.h"
 #include "outlets/files/internal/record_output.h"
 #include "outlets/files/record_file.h"
@@ -35,9 +36,11 @@ constexpr char kReplayFooter[] =
     "heading (0.1 degrees). What RUN holds tells which. Times count from its start.";
 
 struct ReplayOptions {
+  sensor::SensorFactory sensors;
   std::string run;
   std::optional<std::string> poses;
   OutputFiles output;
+  GraphOption graph;
   std::string format = "table";
   bool compare = false;
   double from = 0.0;
@@ -58,26 +61,41 @@ struct Verdict {
 /** What there is to see at each step, as far as the options want it, or at the end. */
 using Take = std::function<void(PlayedRun&)>;
 
-void playOnce(const ReplayOptions& options, PlayedRun& run, const Take& take) {
+void showOnGraph(GraphOption& graph, const PlayedRun& run) {
+  graph.obey();
+  const auto robot = graph.getOutlet();
+  if (robot && robot->isWatched()) robot->show(run.look());
+}
+
+/** Others of a graph are to keep up with it. */
+std::optional<double> speedOf(const ReplayOptions& options) {
+  if (!options.speed && options.graph.isAsked()) return 1.0;
+  return options.speed;
+}
+
+void playOnce(ReplayOptions& options, PlayedRun& run, const Take& take) {
   ProgressBar progress("Replaying");
   const double end = options.to.value_or(std::numeric_limits<double>::infinity());
-  MachinePace pace(options.speed);
+  MachinePace pace(speedOf(options));
   for (bool goesOn = run.begin(); goesOn && !isInterrupted(); goesOn = run.step()) {
     progress.show(run.getShareDone());
     if (run.getSeconds() > end) return;
     if (run.getSeconds() < options.from) continue;
     pace.await(run.getSeconds());
+    showOnGraph(options.graph, run);
     take(run);
   }
 }
 
 // Anew each time: a run that is played again is the same.
-void playAll(const ReplayOptions& options, outlets::OutletList& outlets, OutputFiles& output,
+void playAll(ReplayOptions& options, outlets::OutletList& outlets, OutputFiles& output,
              const Take& take, const Take& takeEnd) {
   do {
-    PlayedRun run(options.run, options.poses);
+    PlayedRun run(options.run, options.poses, options.sensors);
     if (!output.isOpen()) output.open(run.getSession(), outlets, false);
+    options.graph.open(run.getSession(), false);
     playOnce(options, run, take);
+    options.graph.close();
     takeEnd(run);
     outlets.finish();
     run.warnOfDamage();
@@ -176,8 +194,9 @@ int replay(ReplayOptions& options) {
 
 }  // namespace
 
-void addReplayCommand(CLI::App& program, const session::OpenOptions&, int& status) {
+void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = std::make_shared<ReplayOptions>();
+  options->sensors = robots.sensors;
   CLI::App* command =
       program.add_subcommand("replay", "Play a recording or a log to the sensors, and read them");
   command->footer(kReplayFooter);
@@ -203,10 +222,13 @@ void addReplayCommand(CLI::App& program, const session::OpenOptions&, int& statu
       ->capture_default_str();
   command->add_option("--from", options->from, "leave out what comes before (s)");
   command->add_option("--to", options->to, "end there (s)");
-  command->add_option("--speed", options->speed,
-                      "seconds of the run for one of the clock (default: as fast as it goes)");
+  command->add_option(
+      "--speed", options->speed,
+      "seconds of the run for one of the clock (default: as fast as it goes; 1 with "
+      "--ros2)");
   command->add_flag("--loop", options->loop, "from the start again at the end, until Ctrl-C")
       ->excludes(output);
+  options->graph.addTo(*command);
   command->callback([options, &status] { status = replay(*options); });
 }
 

@@ -7,10 +7,14 @@
 #include "apps/commands/common_options.h"
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
+#include "apps/ros2/graph_option.h"
 #include "outlets/outlet_list.h"
 #include "outlets/web/live_server.h"
 #include "platform/ko/log.h"
+#include "platform/model/internal/number_text.h"
 #include "ros2/recording/run_replay.h"
+#include "session/internal/command.h"
+#include "session/usage_error.h"
 
 namespace QV::app {
 namespace {
@@ -23,7 +27,20 @@ struct ServeOptions : CommonOptions {
   outlets::ServerSettings server;
   std::string replay;
   OutputFiles record;
+  GraphOption graph;
+  std::string speed = "1";
 };
+
+/** More than most machines make; clients are heard after 20 ms of it. */
+constexpr double kGreatestSpeed = 100.0;
+
+double speedOf(const std::string& text) {
+  if (text == "max") return kGreatestSpeed;
+  const auto speed = Model::toNumber(text);
+  if (speed && *speed >= session::kSlowestTime && *speed <= kGreatestSpeed) return *speed;
+  throw session::UsageError("--speed: a number from 0.1 to 100 or max expected, \"" + text +
+                            "\" given");
+}
 
 void warnIfOpen(const outlets::LiveServer& server, const std::string& address) {
   if (!server.isOpen()) return;
@@ -33,15 +50,21 @@ void warnIfOpen(const outlets::LiveServer& server, const std::string& address) {
 
 /** False if what was asked for is not all written. */
 bool serveSession(ServeOptions& options, session::Session& session, ko::log::LogRing& log) {
+  session.setSpeed(speedOf(options.speed));
   const auto files = std::make_shared<outlets::OutletList>();
   // Before the first demand: a recording has all from the start.
   options.record.open(session, *files, options.subscriptions.empty());
+  options.graph.open(session, options.replay.empty());
+  if (const auto robot = options.graph.getOutlet()) files->add(robot);
   outlets::LiveServer server(session, log, options.server);
-  if (options.record.isAsked()) server.add(files);
+  if (options.record.isAsked() || options.graph.isAsked()) server.add(files);
   if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session.getManager()));
   warnIfOpen(server, options.server.address);
   std::cout << session.getTitle() << " at " << server.getUrl() << std::endl;
-  while (!isInterrupted()) server.runBriefly();
+  while (!isInterrupted()) {
+    options.graph.obey();
+    server.runBriefly();
+  }
   files->finish();
   return options.record.report(std::cout);
 }
@@ -50,7 +73,7 @@ bool serve(ServeOptions& options) {
   // Before the robot: it hears of sensors that can't be built.
   ko::log::LogRing log;
   if (options.replay.empty()) return serveSession(options, *options.openSession(), log);
-  ros2::RunReplay run(options.replay);
+  ros2::RunReplay run(options.replay, options.robots.sensors);
   run.begin();
   return serveSession(options, run.getSession(), log);
 }
@@ -79,6 +102,11 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
                  "file (.mcap) for all of it; wants every sensor that --subscribe names, all "
                  "without it")
       ->excludes(replay);
+  options->graph.addTo(*command);
+  command
+      ->add_option("--speed", options->speed,
+                   "seconds of the run for one of the clock, or max: as fast as it goes")
+      ->capture_default_str();
   command->add_option("--port", options->server.port, "to listen at; 0 takes any that is free")
       ->capture_default_str();
   command

@@ -25,9 +25,10 @@ bool isBag(const std::string& path) {
 
 }  // namespace
 
-PlayedRun::PlayedRun(const std::string& path, const std::optional<std::string>& poses) {
+PlayedRun::PlayedRun(const std::string& path, const std::optional<std::string>& poses,
+                     const sensor::SensorFactory& sensors) {
   if (isBag(path)) {
-    recording = std::make_unique<ros2::RunReplay>(path);
+    recording = std::make_unique<ros2::RunReplay>(path, sensors);
   } else {
     log = session::openRecording(path, poses);
   }

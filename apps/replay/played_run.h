@@ -14,7 +14,8 @@ namespace QV::app {
 class PlayedRun {
  public:
   /** What is none: std::runtime_error that names the file. */
-  PlayedRun(const std::string& path, const std::optional<std::string>& poses);
+  PlayedRun(const std::string& path, const std::optional<std::string>& poses,
+            const sensor::SensorFactory& sensors);
 
   session::Session& getSession() const;
   session::Snapshot look() const;

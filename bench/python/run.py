@@ -8,6 +8,7 @@ import json
 import os
 import statistics
 import sys
+import threading
 import time
 
 import bench_python_peers as peers
@@ -54,12 +55,21 @@ def march(map, poses, view):
     return ranges
 
 
+def apart(map, poses):
+    """Twice the work on two threads that share nothing: all that the machine has."""
+    other = threading.Thread(target=qv.simulate_scans, args=(map, poses, FAN, 1))
+    other.start()
+    qv.simulate_scans(map, poses, FAN, 1)
+    other.join()
+
+
 def scan_round(map, poses):
     """Seconds of each, the peers' on fewer poses brought to all of them."""
     scan = {threads: seconds_of(lambda t=threads: qv.simulate_scans(map, poses, FAN, t)) for threads in (1, 2)}
     found = {
         "ours": scan[1],
         "ours_2": scan[2],
+        "apart": seconds_of(lambda: apart(map, poses)) / 2,
         "cpp": peers.scan_together(map, poses, FAN, 1),
         "cpp_2": peers.scan_together(map, poses, FAN, 2),
         "cpp_loop": peers.scan_one_by_one(map, poses, FAN),
@@ -85,6 +95,7 @@ def scans(map):
     two["vs_cpp"] = ratio(rounds, "cpp_2", "ours_2")
     two["vs_cpp_one_thread"] = ratio(rounds, "cpp", "ours_2")
     two["vs_one_thread"] = ratio(rounds, "ours", "ours_2")
+    two["vs_apart"] = ratio(rounds, "apart", "ours_2")
     yield "simulate_scans/threads:1", one
     yield "simulate_scans/threads:2", two
 

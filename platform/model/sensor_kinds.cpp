@@ -20,7 +20,7 @@ std::vector<PropertyRule> rangeProperties(std::vector<PropertyRule> others = {})
   return rules;
 }
 
-std::vector<PropertyRule> laserProperties(std::vector<PropertyRule> others = {}) {
+std::vector<PropertyRule> laserProperties(const std::vector<PropertyRule>& others) {
   std::vector<PropertyRule> rules =
       rangeProperties({{"regIndex", Quantity::number, true, 0.0, 255.0},
                        {"setOperationMode", Quantity::actuator, true},
@@ -30,49 +30,58 @@ std::vector<PropertyRule> laserProperties(std::vector<PropertyRule> others = {})
   return rules;
 }
 
-KeyRule laserKeys() {
-  return {2, kMostKeys, 2, "x and y of each point (m)"};
+SensorKind touch() {
+  SensorKind kind = {2, "Touch", "Touch", PointMeaning::touch};
+  kind.silence = Silence::always;
+  kind.hasRate = false;
+  kind.standsForAll = true;
+  kind.properties = {{"horizontalAngularRange", Quantity::radians, false, 0.0, kFullTurn}};
+  return kind;
 }
 
-std::vector<SensorKind> standardRows() {
-  SensorKind touch = {2, "Touch", "Touch", PointMeaning::touch};
-  touch.silence = Silence::always;
-  touch.hasRate = false;
-  touch.standsForAll = true;
-  touch.properties = {{"horizontalAngularRange", Quantity::radians, false, 0.0, kFullTurn}};
-
-  SensorKind depthCamera = {4, "DepthCamera", "Asus", PointMeaning::sighting};
-  depthCamera.standsForAll = true;
-  depthCamera.properties =
+SensorKind depthCamera() {
+  SensorKind kind = {4, "DepthCamera", "Asus", PointMeaning::sighting};
+  kind.standsForAll = true;
+  kind.properties =
       rangeProperties({{"verticalAngularRange", Quantity::radians, true, 0.0, kFullTurn},
                        {"modelCode", Quantity::number},
                        {"cameraName", Quantity::text}});
+  return kind;
+}
 
-  SensorKind laser = {8, "Laser", "Laser", PointMeaning::scan};
-  laser.properties = laserProperties();
-  laser.keys = laserKeys();
+SensorKind laser(int type, const std::string& name, PointMeaning points,
+                 const std::vector<PropertyRule>& others = {}) {
+  SensorKind kind = {type, name, name, points};
+  kind.properties = laserProperties(others);
+  kind.keys = {2, kMostKeys, 2, "x and y of each point (m)"};
+  return kind;
+}
 
-  SensorKind sonar = {9, "Sonar", "Sonar", PointMeaning::arc};
-  sonar.properties = rangeProperties();
-  sonar.keys = {1, 1, 1, "range (m)"};
+SensorKind sonar() {
+  SensorKind kind = {9, "Sonar", "Sonar", PointMeaning::arc};
+  kind.properties = rangeProperties();
+  kind.keys = {1, 1, 1, "range (m)"};
+  return kind;
+}
 
-  SensorKind blindZone = {14, "BlindZone", "BlindZone", PointMeaning::zone};
-  blindZone.silence = Silence::whileMoving;
-  blindZone.properties = rangeProperties();
-  blindZone.keys = {1, 1, 1, "above 0.9: something is there"};
+SensorKind blindZone() {
+  SensorKind kind = {14, "BlindZone", "BlindZone", PointMeaning::zone};
+  kind.silence = Silence::whileMoving;
+  kind.properties = rangeProperties();
+  kind.keys = {1, 1, 1, "above 0.9: something is there"};
+  return kind;
+}
 
-  SensorKind holeLaser = laser;
-  holeLaser.type = 16;
-  holeLaser.name = holeLaser.family = "HoleLaser";
-  holeLaser.points = PointMeaning::floor;
-  holeLaser.properties = laserProperties(
-      {{"inclination", Quantity::memoryKey, true}, {"status", Quantity::memoryKey, true}});
-
-  SensorKind shovel = laser;
-  shovel.type = 17;
-  shovel.name = shovel.family = "Shovel";
-
-  return {touch, depthCamera, laser, sonar, blindZone, holeLaser, shovel};
+std::vector<SensorKind> standardRows() {
+  return {
+      touch(),
+      depthCamera(),
+      laser(8, "Laser", PointMeaning::scan),
+      sonar(),
+      blindZone(),
+      laser(16, "HoleLaser", PointMeaning::floor,
+            {{"inclination", Quantity::memoryKey, true}, {"status", Quantity::memoryKey, true}}),
+      laser(17, "Shovel", PointMeaning::scan)};
 }
 
 template <typename Condition>

@@ -39,10 +39,10 @@ QV_API void occMapSimulateScan(const OccupancyMap& map,
 /**
  * Casts one fan of rays from each of many poses (world frame) into `map`, as a particle filter
  * does. `ranges` gets the ranges that occMapSimulateScan reads, in metres, all rays of the first
- * pose, then all of the second, and so on; a ray that meets nothing reads as maxRange. So many
- * `threads` share the poses, the caller's among them. Throws std::invalid_argument where the field
- * of view makes no sense, `ranges` has not one place for each ray of each pose, or threads are not
- * 1..256; nothing is written then.
+ * pose, then all of the second, and so on; a ray that meets nothing reads as maxRange. Up to so
+ * many `threads` share the poses, the caller's among them, but not more than the machine has
+ * processors. Throws std::invalid_argument where the field of view makes no sense, `ranges` has not
+ * one place for each ray of each pose, or threads are not 1..256; nothing is written then.
  */
 QV_API void occMapSimulateScans(const OccupancyMap& map, std::span<const Math::Pose2D> poses,
                                 const Math::SensorFieldOfView2D& fieldOfView,

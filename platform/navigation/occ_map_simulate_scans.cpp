@@ -3,9 +3,8 @@
 #include <atomic>
 #include <stdexcept>
 #include <string>
-#include <thread>
-#include <vector>
 
+#include "platform/ko/internal/crew.h"
 #include "platform/navigation/internal/fan_directions.h"
 #include "platform/navigation/internal/scan_caster.h"
 #include "platform/navigation/occ_map_simulate_scan.h"
@@ -87,7 +86,8 @@ class Scans {
   std::span<const Math::Pose2D> poses;
   const detail::FanDirections& fan;
   std::span<float> ranges;
-  std::atomic<std::size_t> next = 0;
+  /** In a cache line of its own: threads read what is beside it all the time. */
+  alignas(64) std::atomic<std::size_t> next = 0;
 };
 
 }  // namespace
@@ -98,11 +98,8 @@ void occMapSimulateScans(const OccupancyMap& map, std::span<const Math::Pose2D> 
   check(poses.size(), fieldOfView, ranges.size(), threads);
   Scans scans(map, poses, fieldOfView, ranges, occupiedAbove);
   const std::size_t most = (poses.size() + kPosesAtATime - 1) / kPosesAtATime;
-  std::vector<std::jthread> others;
-  for (std::size_t i = 1; i < std::min(static_cast<std::size_t>(threads), most); ++i) {
-    others.emplace_back([&scans] { scans.work(); });
-  }
-  scans.work();
+  ko::detail::shareWork([&scans] { scans.work(); },
+                        static_cast<int>(std::min(static_cast<std::size_t>(threads), most)) - 1);
 }
 
 }  // namespace QV

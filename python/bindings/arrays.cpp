@@ -36,19 +36,27 @@ FloatArray rowsFrom(const py::object& object, py::ssize_t columns, const std::st
   throw py::value_error(whom + ": " + what + " expected, shape " + shapeOf(array) + " given");
 }
 
-py::array readOnlyView(const float* data, std::vector<py::ssize_t> shape, const py::object& owner) {
-  static const py::handle floats = py::dtype::of<float>().release();
-  // An empty array may have no memory, of which numpy would make a copy of its own.
-  static const float nothing = 0.0f;
-  py::array view(py::reinterpret_borrow<py::dtype>(floats), std::move(shape),
-                 data ? data : &nothing, owner);
-  py::detail::array_proxy(view.ptr())->flags &= ~py::detail::npy_api::NPY_ARRAY_WRITEABLE_;
+py::array readOnlyView(const float* data, py::ssize_t rows, py::ssize_t columns, py::handle owner) {
+  // Straight to numpy: pybind11's own way takes several times as long.
+  auto& numpy = py::detail::npy_api::get();
+  static PyObject* const floats = py::dtype::of<float>().release().ptr();
+  // An empty array may have no memory, in place of which numpy would make some.
+  static float nothing = 0.0f;
+  const Py_intptr_t shape[] = {rows, columns};
+  constexpr int kFlags =
+      py::detail::npy_api::NPY_ARRAY_C_CONTIGUOUS_ | py::detail::npy_api::NPY_ARRAY_ALIGNED_;
+  Py_INCREF(floats);
+  auto view = py::reinterpret_steal<py::array>(
+      numpy.PyArray_NewFromDescr_(numpy.PyArray_Type_, floats, 2, shape, nullptr,
+                                  data ? const_cast<float*>(data) : &nothing, kFlags, nullptr));
+  if (!view || numpy.PyArray_SetBaseObject_(view.ptr(), owner.inc_ref().ptr()) != 0)
+    throw py::error_already_set();
   return view;
 }
 
-py::array viewOf(const std::vector<Math::Position3D>& points, const py::object& owner) {
+py::array viewOf(const std::vector<Math::Position3D>& points, py::handle owner) {
   const auto* const data = points.empty() ? nullptr : &points.front().x;
-  return readOnlyView(data, {static_cast<py::ssize_t>(points.size()), 3}, owner);
+  return readOnlyView(data, static_cast<py::ssize_t>(points.size()), 3, owner);
 }
 
 }  // namespace QV::python

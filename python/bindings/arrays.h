@@ -26,11 +26,12 @@ FloatArray floatsFrom(const pybind11::object& object, const std::string& whom,
 FloatArray rowsFrom(const pybind11::object& object, pybind11::ssize_t columns,
                     const std::string& whom, const std::string& what);
 
-/** A view that nobody can write through; `owner` is kept for as long as there is one. */
-pybind11::array readOnlyView(const float* data, std::vector<pybind11::ssize_t> shape,
-                             const pybind11::object& owner);
+/** A view, row by row, that nobody can write through; `owner` is kept for as long as there is one.
+ */
+pybind11::array readOnlyView(const float* data, pybind11::ssize_t rows, pybind11::ssize_t columns,
+                             pybind11::handle owner);
 
 /** Shape (N, 3). */
-pybind11::array viewOf(const std::vector<Math::Position3D>& points, const pybind11::object& owner);
+pybind11::array viewOf(const std::vector<Math::Position3D>& points, pybind11::handle owner);
 
 }  // namespace QV::python

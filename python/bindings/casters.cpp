@@ -1,5 +1,6 @@
 #include "python/bindings/casters.h"
 
+#include <algorithm>
 #include <array>
 
 #include "python/bindings/common.h"
@@ -88,6 +89,14 @@ ko::Duration durationFrom(py::handle object) {
   const auto number = py::reinterpret_steal<py::object>(PyNumber_Index(object.ptr()));
   if (!number) throw py::error_already_set();
   return ko::Duration(integerFrom(number));
+}
+
+ko::Clock::time_point endOf(ko::Duration duration) {
+  if (duration < ko::Duration::zero())
+    throw py::value_error("a duration of 0 ns or more expected, " +
+                          std::to_string(duration.count()) + " given");
+  const auto now = ko::Clock::now();
+  return now + std::min<ko::Duration>(duration, ko::Clock::time_point::max() - now);
 }
 
 QVValue valueFrom(py::handle object) {

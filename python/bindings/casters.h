@@ -25,6 +25,9 @@ Math::Position2D positionFrom(pybind11::handle object);
 ko::Duration durationFrom(pybind11::handle object);
 QVValue valueFrom(pybind11::handle object);
 
+/** The time when so much has gone by; ValueError for a negative duration. */
+ko::Clock::time_point endOf(ko::Duration duration);
+
 pybind11::object toPython(const Math::Pose2D& pose);
 pybind11::object toPython(const QVValue& value);
 

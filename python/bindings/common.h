@@ -49,6 +49,9 @@ auto callPython(Call&& call) {
 /** Gives a reference back, unless Python is ending. From any thread. */
 void releaseFromAnywhere(PyObject* kept);
 
+/** What C++ calls later: kept wherever copies of this go. */
+std::shared_ptr<PyObject> keep(const py::function& function);
+
 /**
  * Shares an object that Python made and may have derived from: both its halves live as long as the
  * pointer.
@@ -82,6 +85,7 @@ void bindManagers(py::module_& module);
 void bindFactories(py::module_& module);
 void bindTime(py::module_& module);
 void bindWorld(py::module_& module);
+void bindUnits(py::module_& module);
 void bindRobots(py::module_& module);
 void bindSnapshots(py::module_& module);
 void bindSessions(py::module_& module);

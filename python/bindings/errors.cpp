@@ -49,6 +49,10 @@ void releaseFromAnywhere(PyObject* kept) try {
   // What Python keeps goes with it.
 }
 
+std::shared_ptr<PyObject> keep(const py::function& function) {
+  return {function.inc_ref().ptr(), &releaseFromAnywhere};
+}
+
 void bindErrors(py::module_& module) {
   errorType = PyErr_NewExceptionWithDoc(
       "qv_sensor.QVError",

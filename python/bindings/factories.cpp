@@ -27,11 +27,6 @@ py::object toPython(const SensorOrder& order) {
               order.config.memoryKeys, order.broker);
 }
 
-/** Kept by factories and their copies, wherever these go. */
-std::shared_ptr<PyObject> keep(const py::function& function) {
-  return {function.inc_ref().ptr(), &releaseFromAnywhere};
-}
-
 SensorFactory::Sensors create(PyObject* creator, const SensorOrder& order) {
   return callPython([&]() -> SensorFactory::Sensors {
     const py::object made = py::reinterpret_borrow<py::object>(creator)(toPython(order));

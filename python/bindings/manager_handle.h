@@ -2,8 +2,10 @@
 
 #include <functional>
 #include <memory>
+#include <utility>
 
 #include "python/bindings/ending.h"
+#include "python/bindings/gil.h"
 #include "sensor/core/sensor_manager.h"
 
 namespace QV::python {
@@ -21,6 +23,17 @@ class ManagerHandle : public Ending {
 
   /** RuntimeError if it has ended, or from within a sensor. */
   std::shared_ptr<sensor::SensorManager> get() const;
+
+  /** Calls it while other threads may run Python; it goes there, too, if it was the last. */
+  template <typename Call>
+  auto ask(Call call) const {
+    auto kept = get();
+    return unlocked([&] {
+      const auto own = std::move(kept);
+      return call(*own);
+    });
+  }
+
   bool isOpen() const;
   /** One that is in use elsewhere ends there. */
   void end() override;

@@ -2,6 +2,7 @@
 
 #include "platform/navigation/occupancy_map.h"
 #include "python/bindings/common.h"
+#include "python/bindings/health.h"
 #include "python/bindings/manager_handle.h"
 #include "python/bindings/records.h"
 #include "python/bindings/sensors.h"
@@ -52,55 +53,41 @@ class MapKeeper : public sensor::SimulatedSensorManager {
   const boost::shared_ptr<OccupancyMap> map;
 };
 
-/** Calls a manager while other threads may run Python; it goes there, too, if it was the last. */
-template <typename Call>
-auto ask(const ManagerHandle& handle, Call call) {
-  auto manager = handle.get();
-  return unlocked([&] {
-    const auto kept = std::move(manager);
-    return call(*kept);
-  });
-}
-
 py::list read(const ManagerHandle& handle, const Names& names) {
-  return toPython(ask(handle, [](auto& manager) { return manager.shareMetricalData(); }), names);
+  return toPython(handle.ask([](auto& manager) { return manager.shareMetricalData(); }), names);
 }
 
 bool subscribe(const ManagerHandle& handle, const std::string& subscriber, const Names& names) {
-  return ask(handle, [&](auto& manager) {
+  return handle.ask([&](auto& manager) {
     return names.names ? manager.subscribe(subscriber, *names.names)
                        : manager.subscribe(subscriber);
   });
 }
 
 bool unsubscribe(const ManagerHandle& handle, const std::string& subscriber, const Names& names) {
-  return ask(handle, [&](auto& manager) {
+  return handle.ask([&](auto& manager) {
     return names.names ? manager.unsubscribe(subscriber, *names.names)
                        : manager.unsubscribe(subscriber);
   });
 }
 
 py::object lastTrouble(const ManagerHandle& handle, const std::string& sensor) {
-  const auto trouble = ask(handle, [&](auto& manager) { return manager.getLastTrouble(sensor); });
+  const auto trouble = handle.ask([&](auto& manager) { return manager.getLastTrouble(sensor); });
   return trouble ? toPython(*trouble) : py::none();
 }
 
-py::object healthToPython(const sensor::SensorHealth& health) {
-  static const py::handle type = typeNamed("Health");
-  return type(getName(health.state), health.since.time_since_epoch().count(), health.reason,
-              health.remedy, health.times);
-}
-
-py::object healthOf(const ManagerHandle& handle, const std::string& sensor) {
-  const auto health = ask(handle, [&](auto& manager) { return manager.getHealth(sensor); });
-  return health ? healthToPython(*health) : py::none();
-}
-
-py::dict allHealth(const ManagerHandle& handle) {
-  py::dict all;
-  const auto health = ask(handle, [](auto& manager) { return manager.getHealth(); });
-  for (const auto& [sensor, state] : health) all[py::str(sensor)] = healthToPython(state);
-  return all;
+std::map<std::string, std::string> awaitRecords(const ManagerHandle& handle, ko::Duration limit,
+                                                const Names& names) {
+  constexpr int kPollMs = 10;
+  const auto end = endOf(limit);
+  for (;;) {
+    auto missing = handle.ask([&](auto& manager) {
+      return findMissingRecords(manager, names.names.value_or(manager.getFamilyNames()));
+    });
+    if (missing.empty() || ko::Clock::now() >= end) return missing;
+    unlocked([] { ko::os::msleep(kPollMs); });
+    checkInterrupt();
+  }
 }
 
 using Manager = py::class_<ManagerHandle, std::shared_ptr<ManagerHandle>>;
@@ -111,6 +98,12 @@ void bindReading(Manager& type) {
 
 The records of all started sensors, in the order of their names; or for each name, in order, those
 of that sensor or family. Nothing is copied.)")
+      .def("await_records", &awaitRecords, "limit"_a, "names"_a = py::none(),
+           R"(await_records(limit: int, names: Names = None) -> dict[str, str]
+
+Waits until each sensor, by default all, has a fresh record or a reason for none, but not longer than
+`limit`, nanoseconds of clock(). What is missing by then, and why, by sensor. In a SimulatedTime that
+moves on the thread that made it; on another one it waits for that.)")
       .def("get_last_trouble", &lastTrouble, "sensor"_a,
            R"(get_last_trouble(sensor: str) -> LogRecord | None
 
@@ -118,52 +111,21 @@ Why a sensor fails: its last warning or error; also of one that could not be bui
       .def(
           "get_all_sensors_by_family",
           [](const ManagerHandle& handle) {
-            return ask(handle, [](auto& manager) { return manager.getAllSensorsByFamily(); });
+            return handle.ask([](auto& manager) { return manager.getAllSensorsByFamily(); });
           },
           "get_all_sensors_by_family() -> dict[str, set[str]]")
       .def(
           "get_sensor_list",
           [](const ManagerHandle& handle) {
-            return ask(handle, [](auto& manager) { return manager.getSensorList(); });
+            return handle.ask([](auto& manager) { return manager.getSensorList(); });
           },
           "get_sensor_list() -> set[str]")
       .def(
           "get_subscribers",
           [](const ManagerHandle& handle) {
-            return ask(handle, [](auto& manager) { return manager.getSubscribers(); });
+            return handle.ask([](auto& manager) { return manager.getSubscribers(); });
           },
           "get_subscribers() -> set[str]");
-}
-
-void bindHealth(Manager& type) {
-  type.def("get_health", &healthOf, "sensor"_a,
-           R"(get_health(sensor: str) -> Health | None
-
-How a sensor is and why; also of one that could not be built. None for a name that there is not.)")
-      .def("get_all_health", &allHealth,
-           R"(get_all_health() -> dict[str, Health]
-
-Of every sensor, by name.)")
-      .def(
-          "set_health_limit",
-          [](const ManagerHandle& handle, const std::string& rule) {
-            const auto parsed = sensor::parseHealthRule(rule);
-            return ask(handle, [&](auto& manager) { return manager.setHealthLimit(parsed); });
-          },
-          "rule"_a,
-          R"(set_health_limit(rule: str) -> bool
-
-Changes what counts as too much: "FrontLaser:age=0.5", "Sonar:turn=off", or "age=0.5" for all. False
-for a name that there is not; ValueError for a rule that is none.)")
-      .def(
-          "watch_health",
-          [](const ManagerHandle& handle, bool on) {
-            ask(handle, [on](auto& manager) { manager.watchHealth(on); });
-          },
-          "on"_a,
-          R"(watch_health(on: bool) -> None
-
-Whether records are watched, as they are at first; switches and hardware always are.)");
 }
 
 void bindSwitches(Manager& type) {
@@ -180,8 +142,8 @@ The mirror of subscribe.)")
       .def(
           "enable_sensor_or_family",
           [](const ManagerHandle& handle, const std::string& name, bool enable) {
-            return ask(handle,
-                       [&](auto& manager) { return manager.enableSensorOrFamily(name, enable); });
+            return handle.ask(
+                [&](auto& manager) { return manager.enableSensorOrFamily(name, enable); });
           },
           "name"_a, "enable"_a,
           R"(enable_sensor_or_family(name: str, enable: bool) -> bool
@@ -190,8 +152,8 @@ A disabled sensor stops and keeps its subscribers. False for a name that there i
       .def(
           "set_sensor_diagnosis",
           [](const ManagerHandle& handle, const std::string& sensor, bool success) {
-            return ask(handle,
-                       [&](auto& manager) { return manager.setSensorDiagnosis(sensor, success); });
+            return handle.ask(
+                [&](auto& manager) { return manager.setSensorDiagnosis(sensor, success); });
           },
           "sensor"_a, "success"_a,
           R"(set_sensor_diagnosis(sensor: str, success: bool) -> bool
@@ -201,7 +163,7 @@ not.)")
       .def(
           "look_again",
           [](const ManagerHandle& handle) {
-            ask(handle, [](auto& manager) { manager.lookAgain(); });
+            handle.ask([](auto& manager) { manager.lookAgain(); });
           },
           R"(look_again() -> None
 
@@ -215,7 +177,7 @@ void bindQuestions(Manager& type) {
     type.def(
         name,
         [question](const ManagerHandle& handle, const std::string& sensor) {
-          return ask(handle, [&](auto& manager) { return (manager.*question)(sensor); });
+          return handle.ask([&](auto& manager) { return (manager.*question)(sensor); });
         },
         "sensor"_a, doc);
   };
@@ -243,7 +205,7 @@ sensors, which is logged. Without a map records have no points.)")
       .def(
           "set_pose_2d",
           [](const Handle& handle, const Math::Pose2D& scan, std::optional<Math::Pose2D> robot) {
-            ask(handle, [&](auto& manager) { manager.setPose2D(scan, robot.value_or(scan)); });
+            handle.ask([&](auto& manager) { manager.setPose2D(scan, robot.value_or(scan)); });
           },
           "scan_pose"_a, "reference_pose"_a = py::none(),
           R"(set_pose_2d(scan_pose: PoseLike, reference_pose: PoseLike | None = None) -> None

@@ -31,7 +31,7 @@ boost::shared_ptr<OccupancyMap> makeMap(const py::object& cells, float resolutio
 
 py::array cellsOf(const py::object& self) {
   const auto& map = self.cast<const OccupancyMap&>();
-  return readOnlyView(map.getCells().data(), {map.getHeight(), map.getWidth()}, self);
+  return readOnlyView(map.getCells().data(), map.getHeight(), map.getWidth(), self);
 }
 
 boost::shared_ptr<OccupancyMap> loadMap(const std::string& path) {

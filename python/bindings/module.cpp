@@ -18,6 +18,7 @@ PYBIND11_MODULE(_core, module) {
   bindManagers(module);
   bindTime(module);
   bindWorld(module);
+  bindUnits(module);
   bindRobots(module);
   bindSnapshots(module);
   bindSessions(module);

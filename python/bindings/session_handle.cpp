@@ -67,12 +67,8 @@ const std::shared_ptr<session::Session>& SessionHandle::get() const {
 }
 
 void SessionHandle::run(ko::Duration duration) {
-  if (duration < ko::Duration::zero())
-    throw py::value_error("a duration of 0 ns or more expected, " +
-                          std::to_string(duration.count()) + " given");
+  const auto end = endOf(duration);
   const Use inUse(*this);
-  const auto begin = ko::Clock::now();
-  const auto end = begin + std::min<ko::Duration>(duration, ko::Clock::time_point::max() - begin);
   do {
     const auto now = ko::Clock::now();
     const ko::Duration part = kSlice - now.time_since_epoch() % kSlice;

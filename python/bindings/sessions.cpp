@@ -4,6 +4,7 @@
 #include "python/bindings/maps.h"
 #include "python/bindings/session_handle.h"
 #include "python/bindings/snapshots.h"
+#include "sensor/core/scoped_subscription.h"
 #include "session/open.h"
 #include "session/sensor_check.h"
 #include "session/usage_error.h"
@@ -45,10 +46,12 @@ Handle open(const std::string& file, bool ownTime, Open open) {
 
 Handle openVirtual(const py::object& robot, const py::object& map,
                    std::optional<Math::Pose2D> start, const robot::WorldOptions* world,
-                   const sensor::SensorFactory* sensors, bool somebodyAhead, bool simulatedTime) {
+                   const sensor::SensorFactory* sensors, const robot::UnitFactory* units,
+                   bool somebodyAhead, bool simulatedTime) {
   session::OpenOptions options = optionsFrom(map, start, simulatedTime);
   if (world) options.world = *world;
   if (sensors) options.sensors = *sensors;
+  if (units) options.units = *units;
   options.somebodyAhead = somebodyAhead;
   const std::string file = pathFrom(robot);
   return open(file, simulatedTime, [&] { return session::openVirtual(file, options); });
@@ -103,14 +106,28 @@ py::list check(SessionHandle& handle, const Names& names) {
   return list;
 }
 
+std::map<std::string, std::string> awaitRecords(SessionHandle& handle, ko::Duration limit,
+                                                const Names& names) {
+  constexpr ko::Duration kPoll{10'000'000};
+  const auto wanted = given(names, handle);
+  const auto end = endOf(limit);
+  for (;;) {
+    auto missing = handle.use(
+        [&](Session& session) { return sensor::findMissingRecords(session.getManager(), wanted); });
+    const auto left = end - ko::Clock::now();
+    if (missing.empty() || left <= ko::Duration::zero()) return missing;
+    handle.run(std::min<ko::Duration>(left, kPoll));
+  }
+}
+
 void bindOpening(py::module_& module) {
   module.def(
       "open_virtual", &openVirtual, "robot"_a = "porter", py::kw_only(), "map"_a = "apartment",
       "start"_a = py::none(), "world"_a = py::none(), "sensors"_a = py::none(),
-      "somebody_ahead"_a = false, "simulated_time"_a = true,
-      R"(open_virtual(robot: PathLike = "porter", *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, world: WorldOptions | None = None, sensors: SensorFactory | None = None, somebody_ahead: bool = False, simulated_time: bool = True) -> Session
+      "units"_a = py::none(), "somebody_ahead"_a = false, "simulated_time"_a = true,
+      R"(open_virtual(robot: PathLike = "porter", *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, world: WorldOptions | None = None, sensors: SensorFactory | None = None, units: UnitFactory | None = None, somebody_ahead: bool = False, simulated_time: bool = True) -> Session
 
-A virtual robot with the sensors that its description names.
+A virtual robot with the sensors that its description names, and what measures for them.
 
 Robot and map are the library's own by name, or files (URDF, map_server) by path. `start` is a pose
 in the map, by default where there is room. Time is simulated and the session's own, one at a time,
@@ -282,6 +299,11 @@ void bindTime(Class& type) {
            R"(run(duration: int) -> None
 
 Lets nanoseconds go by, simulated or the machine's; Ctrl-C ends it. Negative: ValueError.)")
+      .def("await_records", &awaitRecords, "limit"_a, "names"_a = py::none(),
+           R"(await_records(limit: int, names: Names = None) -> dict[str, str]
+
+Runs until each sensor, by default all, has a fresh record or a reason for none, but not longer than
+`limit` nanoseconds. What is missing by then, and why, by sensor.)")
       .def(
           "step", [](SessionHandle& self) { return self.use([](Session& s) { return s.step(); }); },
           "step() -> bool\n\nA recording's next step, False at its end; of others, 0.1 s.")

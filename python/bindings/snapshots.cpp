@@ -4,6 +4,7 @@
 
 #include "python/bindings/arrays.h"
 #include "python/bindings/common.h"
+#include "python/bindings/health.h"
 #include "python/bindings/records.h"
 
 namespace QV::python {
@@ -81,6 +82,9 @@ void bindSensorState(py::module_& module) {
                              "float | None: The nearest obstacle, metres from the sensor.")
       .def_property_readonly("trouble", of(&SensorState::trouble),
                              "str: The last one's message, or nothing.")
+      .def_property_readonly(
+          "health", [](const SensorView& view) { return toPython(view.state->health); },
+          "Health: How it is, and why.")
       .def_property_readonly(
           "view", &viewOfSensor,
           "tuple[Pose2D, SensorFieldOfView2D] | None: Where it looks, in the map.")

@@ -23,15 +23,10 @@ class TimeHandle : public Ending {
   void end() override { letGo(time); }
 
   void advance(ko::Duration duration) {
-    if (duration < ko::Duration::zero())
-      throw py::value_error("a duration of 0 ns or more expected, " +
-                            std::to_string(duration.count()) + " given");
+    const auto target = endOf(duration);
     InSensor::refuse();
     auto kept = time;
     if (!kept) throw std::runtime_error("a SimulatedTime in its with block expected");
-    const auto now = ko::Clock::now();
-    const auto far = ko::Clock::time_point::max() - now;
-    const auto target = now + std::min(duration, far);
     do {
       const ko::Duration left = target - ko::Clock::now();
       const ko::Duration part = std::clamp(left, ko::Duration::zero(), kSlice);

@@ -6,6 +6,7 @@ a text that says what was expected and what was given; a robot's modules raise Q
 
 from ._core import (
     Broker,
+    FaultChannel,
     FloorHole,
     LiveServer,
     Module,
@@ -13,6 +14,7 @@ from ._core import (
     Outlet,
     OutletBase,
     QVError,
+    RangeNoise,
     RealSensorManager,
     Record,
     RecordFile,
@@ -22,10 +24,13 @@ from ._core import (
     SensorFieldOfView2D,
     SensorManager,
     SensorState,
+    SensorUnit,
     Session,
     SimulatedSensorManager,
     SimulatedTime,
     Snapshot,
+    UnitContext,
+    UnitFactory,
     VirtualRobot,
     Walker,
     WorldBox,
@@ -44,12 +49,13 @@ from ._core import (
 from ._plot import plot
 from ._subscription import Subscription
 from ._table import records_to_table
-from ._types import Check, Echo, Health, LogRecord, Pose2D, SensorOrder, seconds
+from ._types import Check, Echo, Health, LogRecord, Pose2D, SensorOrder, UnitOrder, seconds
 
 __all__ = [
     "Broker",
     "Check",
     "Echo",
+    "FaultChannel",
     "FloorHole",
     "Health",
     "LiveServer",
@@ -60,6 +66,7 @@ __all__ = [
     "OutletBase",
     "Pose2D",
     "QVError",
+    "RangeNoise",
     "RealSensorManager",
     "Record",
     "RecordFile",
@@ -70,11 +77,15 @@ __all__ = [
     "SensorManager",
     "SensorOrder",
     "SensorState",
+    "SensorUnit",
     "Session",
     "SimulatedSensorManager",
     "SimulatedTime",
     "Snapshot",
     "Subscription",
+    "UnitContext",
+    "UnitFactory",
+    "UnitOrder",
     "VirtualRobot",
     "Walker",
     "WorldBox",

@@ -31,3 +31,7 @@ class Subscription:
     def __exit__(self, *error: object) -> None:
         if self._target.is_open:
             self._target.unsubscribe(self._subscriber, self._names)
+
+    def await_records(self, limit: int) -> dict[str, str]:
+        """Waits for the first fresh record of each sensor, as the target's `await_records` does."""
+        return self._target.await_records(limit, self._names)

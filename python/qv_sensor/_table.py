@@ -24,6 +24,8 @@ def records_to_table(records: Iterable[Record], placed: bool = False) -> dict[st
     points = [record.points_in_frame() if placed else record.points for record in listed]
     rows = np.concatenate(points) if points else np.empty((0, 3), np.float32)
 
+    x, y, z = np.ascontiguousarray(rows.T)
+
     def column(values: list[Any], dtype: Any) -> NDArray[Any]:
         return np.repeat(np.array(values, dtype), counts)
 
@@ -32,7 +34,7 @@ def records_to_table(records: Iterable[Record], placed: bool = False) -> dict[st
         "family_name": column([record.family_name for record in listed], np.str_),
         "record": column(list(range(len(listed))), np.int64),
         "timestamp": column([record.timestamp for record in listed], np.int64),
-        "x": rows[:, 0],
-        "y": rows[:, 1],
-        "z": rows[:, 2],
+        "x": x,
+        "y": y,
+        "z": z,
     }

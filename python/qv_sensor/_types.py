@@ -9,7 +9,7 @@ from typing import TYPE_CHECKING, Any, Literal, NamedTuple, Union
 from numpy.typing import ArrayLike
 
 if TYPE_CHECKING:
-    from ._core import Broker, SensorFieldOfView2D
+    from ._core import Broker, SensorFieldOfView2D, UnitContext
 
 
 class Pose2D(NamedTuple):
@@ -68,6 +68,15 @@ class SensorOrder(NamedTuple):
     properties: Mapping[str, str]
     memory_keys: Sequence[str]
     broker: Broker
+
+
+class UnitOrder(NamedTuple):
+    """What a description says of a sensor that something is to measure for."""
+
+    name: str
+    properties: Mapping[str, str]
+    memory_keys: Sequence[str]
+    context: UnitContext
 
 
 def seconds(value: float) -> int:

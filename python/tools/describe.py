@@ -9,6 +9,7 @@ from __future__ import annotations
 import inspect
 import sys
 import textwrap
+import types
 from pathlib import Path
 from typing import Any
 
@@ -43,6 +44,7 @@ from ._types import (
     PoseLike,
     PositionLike,
     SensorOrder,
+    UnitOrder,
     Value,
 )
 
@@ -55,6 +57,8 @@ Written by `python/tools/describe.py` from the docstrings, as `./dev docs` does;
 where to begin. A pose is x, y in metres and theta in radians: a `Pose2D`, or any three numbers. Names
 are one or several of sensors or families, or None for all.
 """
+
+PROPERTY = (property, types.GetSetDescriptorType)
 
 UNTOLD = {
     "__enter__": "__enter__() -> Self",
@@ -76,17 +80,17 @@ def members_of(cls: type) -> list[tuple[str, Any]]:
 
 def signature_of(name: str, value: Any) -> str:
     doc = getattr(value, "__doc__", None) or ""
-    if isinstance(value, property):
+    if isinstance(value, PROPERTY):
         return split(doc)[0]
     if name in UNTOLD and not doc.startswith(name):
         return UNTOLD[name]
     return split(doc)[0] if doc.startswith(f"{name}(") else ""
 
 
-def stub_of_property(name: str, value: property) -> list[str]:
+def stub_of_property(name: str, value: Any) -> list[str]:
     kind = split(value.__doc__ or "")[0].partition(": ")[0]
     lines = ["    @property", f"    def {name}(self) -> {kind}: ..."]
-    if value.fset:
+    if getattr(value, "fset", None):
         given = {"Pose2D": "PoseLike"}.get(kind, kind)
         lines += [f"    @{name}.setter", f"    def {name}(self, value: {given}) -> None: ..."]
     return lines
@@ -100,7 +104,7 @@ def stub_of_class(cls: type) -> list[str]:
         return ["", f"class {cls.__name__}({base.__name__}):", *attributes]
     lines = ["", f"class {cls.__name__}{bases}:"]
     for name, value in members_of(cls):
-        if isinstance(value, property):
+        if isinstance(value, PROPERTY):
             lines += stub_of_property(name, value)
         else:
             signature = signature_of(name, value).replace("(", "(self, ", 1)
@@ -126,7 +130,7 @@ def stub() -> str:
 
 def text_of_member(owner: str, name: str, value: Any) -> str:
     first, rest = split(value.__doc__ or "")
-    if isinstance(value, property):
+    if isinstance(value, PROPERTY):
         kind, _, text = first.partition(": ")
         return f"- **{name}** (`{kind}`): {' '.join([text, *rest.split()])}"
     shown = first.replace("__init__", owner, 1).replace(" -> None", "") if name == "__init__" else first

@@ -65,6 +65,10 @@ std::unique_ptr<GraphNode> Graph::createNode(const std::string& name,
       std::make_shared<SharedNode>(participant, NodeEntities{nameSpace, name, {}, {}}));
 }
 
+RosDistro Graph::getDistro() const {
+  return participant->getOptions().distro;
+}
+
 std::vector<GraphTopic> Graph::findTopics() const {
   const Entity reader(checked(
       dds_create_reader(participant->get(), DDS_BUILTIN_TOPIC_DCPSPUBLICATION, nullptr, nullptr),

@@ -133,6 +133,8 @@ class QV_API Graph {
   std::unique_ptr<GraphNode> createNode(const std::string& name,
                                         const std::string& nameSpace = "/");
 
+  RosDistro getDistro() const;
+
   /** What others publish, by name and type; each once. */
   std::vector<GraphTopic> findTopics() const;
 

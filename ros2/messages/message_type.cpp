@@ -46,17 +46,16 @@ void MessageType::decode(BytesView cdr, void* message) const {
 }
 
 const std::vector<const MessageType*>& getMessageTypes() {
-  static const auto types =
-      typesByName<std_msgs::String, rosgraph_msgs::Clock, geometry_msgs::Pose,
-                  geometry_msgs::PoseStamped, geometry_msgs::PoseWithCovarianceStamped,
-                  geometry_msgs::Point, geometry_msgs::TransformStamped, geometry_msgs::Twist,
-                  geometry_msgs::TwistStamped, tf2_msgs::TFMessage, sensor_msgs::LaserScan,
-                  sensor_msgs::Range, sensor_msgs::PointCloud2, sensor_msgs::Image,
-                  sensor_msgs::CameraInfo, sensor_msgs::JointState, nav_msgs::Odometry,
-                  nav_msgs::OccupancyGrid, nav_msgs::Path, visualization_msgs::Marker,
-                  visualization_msgs::MarkerArray, vision_msgs::Detection3DArray,
-                  diagnostic_msgs::DiagnosticArray, rcl_interfaces::Log, qv_msgs::Records,
-                  qv_msgs::SensorStates, qv_msgs::Fault, qv_msgs::Command, qv_msgs::Inputs>();
+  static const auto types = typesByName<
+      std_msgs::String, rosgraph_msgs::Clock, geometry_msgs::Pose, geometry_msgs::PoseStamped,
+      geometry_msgs::PoseWithCovarianceStamped, geometry_msgs::Point,
+      geometry_msgs::TransformStamped, geometry_msgs::Twist, geometry_msgs::TwistStamped,
+      tf2_msgs::TFMessage, sensor_msgs::LaserScan, sensor_msgs::Range, sensor_msgs::PointCloud2,
+      sensor_msgs::Image, sensor_msgs::CameraInfo, sensor_msgs::JointState, nav_msgs::Odometry,
+      nav_msgs::OccupancyGrid, nav_msgs::Path, visualization_msgs::Marker,
+      visualization_msgs::MarkerArray, vision_msgs::Detection3DArray,
+      diagnostic_msgs::DiagnosticArray, rcl_interfaces::Log, qv_msgs::Records, qv_msgs::ImagePoints,
+      qv_msgs::SensorStates, qv_msgs::Fault, qv_msgs::Command, qv_msgs::Inputs>();
   return types;
 }
 

@@ -79,6 +79,17 @@ const MessageType& MetricalData::getType() {
   return type;
 }
 
+const MessageType& ImagePoints::getType() {
+  static const MessageType type(layoutOf<ImagePoints>(
+      "qv_msgs/msg/ImagePoints", {{"image", &ImagePoints::image},
+                                  {"image_time", &ImagePoints::image_time},
+                                  {"width_by_depth", &ImagePoints::width_by_depth},
+                                  {"height_by_depth", &ImagePoints::height_by_depth},
+                                  {"skips", &ImagePoints::skips},
+                                  {"lengths", &ImagePoints::lengths}}));
+  return type;
+}
+
 const MessageType& Records::getType() {
   static const MessageType type(
       layoutOf<Records>("qv_msgs/msg/Records", {{"records", &Records::records}}));

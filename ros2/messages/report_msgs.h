@@ -85,8 +85,9 @@ struct QV_API Position3D {
 };
 
 /**
- * A Math::MetricalData, bit for bit. Many points stand in a PointCloud2 of the same time instead:
- * `cloud` is its topic then, and the points are `cloud_count` of it from `cloud_start` on.
+ * A Math::MetricalData, bit for bit. Many points stand in a PointCloud2 or an ImagePoints of the
+ * same time instead: `cloud` is its topic then, and the points are `cloud_count` of it from
+ * `cloud_start` on.
  */
 struct QV_API MetricalData {
   std::string sensor_name;
@@ -102,6 +103,27 @@ struct QV_API MetricalData {
 
   static const MessageType& getType();
   friend bool operator==(const MetricalData&, const MetricalData&) = default;
+};
+
+/**
+ * Points as the pixels of a depth image that they were made of, in runs of pixels that follow each
+ * other by rows. A pixel of `depth` millimetres gives, in 32-bit floats and multiplied in this
+ * order, x = depth * 0.001, y = (column / width - 0.5) * depth * width_by_depth * -0.001 and
+ * z = (0.5 - row / height) * depth * height_by_depth * 0.001: the camera's frame, in metres.
+ */
+struct QV_API ImagePoints {
+  /** The topic of the image, and its log time. */
+  std::string image;
+  std::int64_t image_time = 0;
+  /** What the image covers at a depth, divided by the depth. */
+  float width_by_depth = 0.0f;
+  float height_by_depth = 0.0f;
+  /** For each run: pixels from the end of the one before, or back, and how many are in it. */
+  std::vector<std::int32_t> skips;
+  std::vector<std::uint32_t> lengths;
+
+  static const MessageType& getType();
+  friend bool operator==(const ImagePoints&, const ImagePoints&) = default;
 };
 
 /** What a sensor gave at one time. */

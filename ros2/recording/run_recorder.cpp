@@ -5,11 +5,10 @@
 #include <utility>
 
 #include "platform/ko/log.h"
-#include "platform/middleware/contracts/robot_model_contract.h"
-#include "platform/middleware/qv_proxy.h"
 #include "robot/world/virtual_robot.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/background_bag.h"
+#include "ros2/recording/internal/camera_points.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/driver_topics.h"
 #include "ros2/recording/internal/frame_topics.h"
@@ -17,6 +16,7 @@
 #include "ros2/recording/internal/record_topics.h"
 #include "ros2/recording/internal/recording_facts.h"
 #include "ros2/recording/internal/topic_names.h"
+#include "ros2/recording/internal/world_topics.h"
 #include "session/internal/run_listener.h"
 #include "session/internal/session_parts.h"
 
@@ -24,13 +24,6 @@ namespace QV::ros2 {
 namespace {
 
 using Lock = std::lock_guard<std::mutex>;
-
-constexpr Qos kLatched{true, true, 1};
-
-std::string baseOf(const session::Session& session) {
-  const auto* description = session.getDescription();
-  return description ? description->rootLink : "base";
-}
 
 std::set<std::string> mountedOf(const session::Session& session) {
   std::set<std::string> names;
@@ -63,18 +56,19 @@ class RunRecorder::Impl : public session::RunListener {
       : options(options),
         path(path),
         session(session),
-        base(baseOf(session)),
+        names(session),
         writer(path, options.bag),
-        inputs(writer.addTopic(makeBagTopic(kInputsTopic, qv_msgs::Inputs::getType()))),
-        commands(writer.addTopic(makeBagTopic(kCommandsTopic, qv_msgs::Command::getType()))),
-        lines(writer.addTopic(makeBagTopic("/rosout", rcl_interfaces::Log::getType()))),
-        frames(writer, session, base),
-        records(writer, base, mountedOf(session)) {
+        inputs(writer.add<qv_msgs::Inputs>(kInputsTopic)),
+        commands(writer.add<qv_msgs::Command>(kCommandsTopic)),
+        lines(writer.add<rcl_interfaces::Log>("/rosout")),
+        frames(writer, session, names),
+        cameraPoints(writer, session),
+        records(writer, names, mountedOf(session), &cameraPoints) {
     xWriteFacts();
     // What a virtual robot's memory holds before it has measured is no measurement.
     const bool hasMeasured = robotOf(session).isRecording();
     if (hasMeasured) xAddDrivers();
-    session.setListener(this);
+    session.addListener(*this);
     if (!hasMeasured) xAddDrivers();
     if (auto* robot = robotOf(session).getVirtualRobot()) {
       for (const robot::Fault& fault : robot->getFaults()) onCommand(session::commandOf(fault));
@@ -93,7 +87,9 @@ class RunRecorder::Impl : public session::RunListener {
   void onImage(int camera, const QVValue& image) override {
     xAttempt([&](ko::Clock::time_point now) {
       xFlush(false);
-      if (drivers) drivers->writeImage(camera, image, now);
+      if (!drivers) return;
+      drivers->writeImage(camera, image, now);
+      cameraPoints.note(camera, image, now);
     });
   }
 
@@ -136,7 +132,7 @@ class RunRecorder::Impl : public session::RunListener {
   void finish() {
     if (isFinished) return;
     isFinished = true;
-    session.setListener(nullptr);
+    session.removeListener(*this);
     xAttempt([&](ko::Clock::time_point) {
       xFlush(false);
       writer.close();
@@ -175,42 +171,33 @@ class RunRecorder::Impl : public session::RunListener {
   }
 
   void xAddDrivers() {
-    if (const auto* robot = session.getDescription()) drivers.emplace(writer, *robot, base);
+    if (const auto* robot = session.getDescription()) drivers.emplace(writer, *robot, names);
   }
 
   void xWriteFacts() {
     writer.addMetadata(RecordingFacts::kName, factsOf(session).toValues());
     const auto world = robotOf(session).getWorldFacts();
     if (!world.empty()) writer.addMetadata(RecordingFacts::kWorldName, world);
-    const auto now = logTimeOf(ko::Clock::now());
-    if (session.getDescription() && session.getBroker()) {
-      const auto robot =
-          writer.addTopic(makeBagTopic(kDescriptionTopic, std_msgs::String::getType(), kLatched));
-      const auto model = session.getBroker()->getProxy(RobotModelContract::kModule, 0);
-      writer.write(robot, now,
-                   std_msgs::String{model->call<std::string>(RobotModelContract::kGetConfig)});
-    }
-    if (const auto map = session.getMap()) xWriteMap(*map, now);
+    writeDescription(writer, session);
+    if (const auto map = session.getMap()) xWriteMap(*map);
   }
 
-  void xWriteMap(const OccupancyMap& map, std::uint64_t now) {
-    const auto topic =
-        writer.addTopic(makeBagTopic(kMapTopic, nav_msgs::OccupancyGrid::getType(), kLatched));
-    const nav_msgs::OccupancyGrid grid = gridOf(map);
-    writer.write(topic, now, grid);
+  void xWriteMap(const OccupancyMap& map) {
+    const nav_msgs::OccupancyGrid grid = writeMap(writer, map, names);
     if (session.getFrame() != session::Frame::map) return;
     const OccupancyMap read = mapOf(grid);
     if (read.getCells() == map.getCells() && read.getOrigin() == map.getOrigin()) return;
     writer.addAttachment(exactMapOf(map));
   }
 
-  const std::string base;
+  const FrameNames names;
   std::mutex mutex;
   BackgroundBag writer;
   const std::uint16_t inputs;
   const std::uint16_t commands;
   const std::uint16_t lines;
   FrameTopics frames;
+  CameraPoints cameraPoints;
   RecordTopics records;
   std::optional<DriverTopics> drivers;
   ko::log::LogRing log;

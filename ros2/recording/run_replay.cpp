@@ -24,12 +24,13 @@ bool isRunRecording(const std::string& path) {
   });
 }
 
-std::function<session::TimedRobot()> prepareOwn(const std::string& path) {
+std::function<session::TimedRobot()> prepareOwn(const std::string& path,
+                                                const sensor::SensorFactory& sensors) {
   // A function that is copied: what it hands over is shared until then.
   auto reader = std::make_shared<std::unique_ptr<RunReader>>(std::make_unique<RunReader>(path));
-  return [reader] {
+  return [reader, sensors] {
     auto time = std::make_unique<ko::SimulatedTime>((*reader)->getFacts().start);
-    return session::TimedRobot{std::move(time), makePlayedRobot(std::move(*reader))};
+    return session::TimedRobot{std::move(time), makePlayedRobot(std::move(*reader), sensors)};
   };
 }
 
@@ -41,17 +42,19 @@ std::function<session::TimedRobot()> prepareOther(const std::string& path) {
   };
 }
 
-std::unique_ptr<session::Session> openRun(const std::string& path, bool isOwn) {
-  const session::Reopen reopen = [path, isOwn] {
-    return isOwn ? prepareOwn(path) : prepareOther(path);
+std::unique_ptr<session::Session> openRun(const std::string& path, bool isOwn,
+                                          const sensor::SensorFactory& sensors) {
+  const session::Reopen reopen = [path, isOwn, sensors] {
+    return isOwn ? prepareOwn(path, sensors) : prepareOther(path);
   };
   session::TimedRobot made = reopen()();
   return session::makeSession(std::move(made.time), std::move(made.robot), reopen);
 }
 
-std::unique_ptr<session::Session> open(const std::string& path, bool isOwn) {
+std::unique_ptr<session::Session> open(const std::string& path, bool isOwn,
+                                       const sensor::SensorFactory& sensors) {
   try {
-    return openRun(path, isOwn);
+    return openRun(path, isOwn, sensors);
   } catch (const std::exception& error) {
     const std::string what = error.what();
     throw std::runtime_error(what.starts_with(path) ? what : path + ": " + what);
@@ -65,8 +68,8 @@ std::string RecordDifference::toText() const {
          " s: " + field + " is " + played + ", was " + recorded;
 }
 
-RunReplay::RunReplay(const std::string& path)
-    : isOwnRun(isRunRecording(path)), session(open(path, isOwnRun)) {}
+RunReplay::RunReplay(const std::string& path, const sensor::SensorFactory& sensors)
+    : isOwnRun(isRunRecording(path)), session(open(path, isOwnRun, sensors)) {}
 
 RunReplay::~RunReplay() = default;
 

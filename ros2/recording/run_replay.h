@@ -5,6 +5,7 @@
 #include <string>
 
 #include "ros2/bag/bag_reader.h"
+#include "sensor/real/sensor_factory.h"
 #include "session/session.h"
 
 namespace QV::ros2 {
@@ -33,8 +34,12 @@ struct QV_API RecordDifference {
  */
 class QV_API RunReplay {
  public:
-  /** What can't be played: std::runtime_error that names the file and what was expected. */
-  explicit RunReplay(const std::string& path);
+  /**
+   * What can't be played: std::runtime_error that names the file and what was expected. `sensors`
+   * makes those of a recorded robot.
+   */
+  explicit RunReplay(const std::string& path,
+                     const sensor::SensorFactory& sensors = sensor::SensorFactory::standard());
   ~RunReplay();
   RunReplay(const RunReplay&) = delete;
   RunReplay& operator=(const RunReplay&) = delete;

@@ -28,6 +28,25 @@ void unsubscribeGuarded(SensorManager& manager, const std::string& subscriber,
   }
 }
 
+std::map<std::string, std::string> findMissingRecords(const SensorManager& manager,
+                                                      const std::set<std::string>& names) {
+  std::map<std::string, std::string> missing;
+  for (const std::string& name : names) {
+    const bool isThere = manager.isSensor(name) || manager.isFamily(name);
+    if (!isThere) missing.emplace(name, "there is no such sensor or family");
+  }
+  manager.getMetricalData(names);
+  for (const auto& [sensor, health] : manager.getHealth()) {
+    const auto found = manager.isSensor(sensor) ? manager.getSensorPtr(sensor) : nullptr;
+    if (!found) continue;
+    if (names.count(sensor) == 0 && names.count(found->getFamilyName()) == 0) continue;
+    // What is there and judged otherwise is fresh all the same.
+    const bool isThere = health.state >= HealthState::sound && health.state < HealthState::late;
+    if (!isThere) missing.emplace(sensor, health.reason);
+  }
+  return missing;
+}
+
 ScopedSubscription::ScopedSubscription(SensorManager& manager, const std::string& subscriber)
     : ScopedSubscription(manager, subscriber, manager.getFamilyNames()) {}
 
@@ -62,32 +81,13 @@ ScopedSubscription& ScopedSubscription::operator=(ScopedSubscription&& other) no
 
 std::map<std::string, std::string> ScopedSubscription::awaitRecords(ko::Duration limit) const {
   constexpr int kPollMs = 10;
+  if (!manager) return {};
   const auto end = ko::Clock::now() + limit;
   while (true) {
-    auto missing = xFindMissing();
+    auto missing = findMissingRecords(*manager, names);
     if (missing.empty() || ko::Clock::now() >= end) return missing;
     ko::os::msleep(kPollMs);
   }
-}
-
-std::map<std::string, std::string> ScopedSubscription::xFindMissing() const {
-  std::map<std::string, std::string> missing;
-  if (!manager) return missing;
-  for (const std::string& name : names) {
-    const bool isThere = manager->isSensor(name) || manager->isFamily(name);
-    if (!isThere) missing.emplace(name, "there is no such sensor or family");
-  }
-  // Reading is all that makes a sensor measure where no refresh does.
-  manager->getMetricalData(names);
-  for (const auto& [sensor, health] : manager->getHealth()) {
-    const auto found = manager->isSensor(sensor) ? manager->getSensorPtr(sensor) : nullptr;
-    if (!found) continue;
-    if (names.count(sensor) == 0 && names.count(found->getFamilyName()) == 0) continue;
-    // What is there and judged otherwise is fresh all the same.
-    const bool isThere = health.state >= HealthState::sound && health.state < HealthState::late;
-    if (!isThere) missing.emplace(sensor, health.reason);
-  }
-  return missing;
 }
 
 void ScopedSubscription::xRelease() noexcept {

@@ -16,6 +16,13 @@ QV_API void unsubscribeGuarded(SensorManager& manager, const std::string& subscr
                                const std::set<std::string>& names) noexcept;
 
 /**
+ * The sensors, of these sensors and families, without a fresh record, and why; an unknown name,
+ * too. Reads them, since that is all that makes a sensor measure where nothing refreshes.
+ */
+QV_API std::map<std::string, std::string> findMissingRecords(const SensorManager& manager,
+                                                             const std::set<std::string>& names);
+
+/**
  * A subscription that ends with its scope: subscribes in the constructor and unsubscribes the same
  * names in the destructor, also when an exception passes by. Movable; a moved-from one does
  * nothing. The manager must outlive it.
@@ -39,7 +46,6 @@ class QV_API ScopedSubscription {
   std::map<std::string, std::string> awaitRecords(ko::Duration limit) const;
 
  private:
-  std::map<std::string, std::string> xFindMissing() const;
   void xRelease() noexcept;
 
   SensorManager* manager;

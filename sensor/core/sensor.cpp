@@ -28,7 +28,7 @@ Sensor::~Sensor() = default;
 std::vector<Math::MetricalData> Sensor::getData() const {
   Lock lock(startedMutex);
   if (!started) return {};
-  if (!watch->isOn()) return xGetData();
+  if (!watch->notesNext()) return xGetData();
   watch->beginReading();
   try {
     auto records = xGetData();
@@ -155,7 +155,7 @@ void Sensor::xSetStarted(bool value) {
 
 std::optional<ko::log::Record> Sensor::getLastTrouble() const {
   std::lock_guard<std::mutex> lock(troubleMutex);
-  return lastTrouble;
+  return lastTrouble ? std::optional(*lastTrouble) : std::nullopt;
 }
 
 void Sensor::logTrouble(ko::log::Level level, std::string_view category, std::string_view method,
@@ -185,7 +185,7 @@ void Sensor::xKeep(ko::log::Record record) const {
   std::lock_guard<std::mutex> lock(troubleMutex);
   ++troubleCount;
   if (record.level > Level::warning && lastTrouble && lastTrouble->level <= Level::warning) return;
-  lastTrouble = std::move(record);
+  lastTrouble = std::make_unique<ko::log::Record>(std::move(record));
 }
 
 }  // namespace QV::sensor

@@ -128,10 +128,10 @@ class QV_API Sensor {
   std::atomic<bool> diagnosisSuccess{true};
   std::atomic<bool> started{false};
   mutable boost::mutex startedMutex;
-  mutable std::optional<ko::log::Record> lastTrouble;
+  const std::unique_ptr<SensorWatch> watch;
+  mutable std::unique_ptr<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
   mutable std::mutex troubleMutex;
-  const std::unique_ptr<SensorWatch> watch;
 };
 
 }  // namespace QV::sensor

@@ -3,8 +3,9 @@
 #include <algorithm>
 #include <cmath>
 #include <stdexcept>
+#include <utility>
 
-#include "platform/model/internal/number_text.h"
+#include "sensor/core/internal/health_rule_text.h"
 
 namespace QV::sensor {
 namespace {
@@ -14,10 +15,6 @@ constexpr std::array<const char*, 9> kStateNames{"off",   "starting", "sound",  
 constexpr std::array<const char*, kHealthLimitCount> kLimitNames{
     "start", "silence",  "age",          "reading", "garbage",
     "turn",  "distance", "disagreement", "recovery"};
-
-[[noreturn]] void refuse(const std::string& text, const std::string& expected) {
-  throw std::invalid_argument("limit \"" + text + "\": " + expected + " expected");
-}
 
 }  // namespace
 
@@ -70,23 +67,9 @@ bool HealthLimits::isBeyond(HealthLimit limit, double value) const {
 }
 
 HealthRule parseHealthRule(const std::string& text) {
-  HealthRule rule;
-  const std::size_t equals = text.rfind('=');
-  if (equals == std::string::npos) refuse(text, "[NAME:]LIMIT=VALUE or [NAME:]LIMIT=off");
-  std::string limit = text.substr(0, equals);
-  const std::size_t colon = limit.rfind(':');
-  if (colon != std::string::npos) {
-    rule.name = limit.substr(0, colon);
-    limit = limit.substr(colon + 1);
-  }
-  const auto found = findHealthLimit(limit);
-  if (!found) refuse(text, "one of " + namesOfHealthLimits());
-  rule.limit = *found;
-  const std::string value = text.substr(equals + 1);
-  if (value == "off") return rule;
-  rule.value = Model::toNumber(value);
-  if (!rule.value || !(*rule.value > 0.0)) refuse(text, "a number above 0, or off,");
-  return rule;
+  ReadHealthRule read = readHealthRule(text);
+  if (read.expected.empty()) return std::move(read.rule);
+  throw std::invalid_argument("limit \"" + text + "\": " + read.expected + " expected");
 }
 
 }  // namespace QV::sensor

@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <exception>
-#include <sstream>
 #include <utility>
 
 #include <boost/thread/lock_guard.hpp>
@@ -19,6 +18,7 @@
 #include "platform/model/robot.h"
 #include "platform/model/sensor_properties.h"
 #include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_rule_text.h"
 
 namespace QV::sensor {
 namespace {
@@ -184,25 +184,25 @@ void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder&
   const ko::Duration period = std::max(periodOf(properties, kind),
                                        ko::Duration(boost::chrono::milliseconds(updatePeriodMs)));
   xHealth().describe(sensor, {kind.points, kind.silence, kind.hasRate, isMoved}, period);
-  std::istringstream limits(properties.getText("limits"));
-  for (std::string limit; limits >> limit;) {
-    try {
-      setHealthLimit(parseHealthRule(sensor.getName() + ":" + limit));
-    } catch (const std::exception& exception) {
-      logTrouble(sensor.getName(), kRealManagerCategory, "xInitSensors", exception.what());
+  for (const ReadHealthRule& limit : readDescribedLimits(properties.getText("limits"))) {
+    if (limit.expected.empty()) {
+      xHealth().setLimit(sensor.getName(), limit.rule.limit, limit.rule.value);
+    } else {
+      logTrouble(sensor.getName(), kRealManagerCategory, "xInitSensors",
+                 "limit \"" + limit.text + "\": " + limit.expected + " expected");
     }
   }
 }
 
 void RealSensorManager::xWatchHealth() {
-  boost::lock_guard<boost::mutex> lock(healthMutex);
+  std::lock_guard<std::mutex> lock(healthMutex);
   if (!healthTask.isRunning()) healthTask.start(false);
 }
 
 // Ends itself, as whoever switches the last sensor off must not wait for what a change calls.
 void RealSensorManager::xLookAtHealth() {
   xHealth().tick();
-  boost::lock_guard<boost::mutex> lock(healthMutex);
+  std::lock_guard<std::mutex> lock(healthMutex);
   if (!updateRunning) healthTask.stop();
 }
 

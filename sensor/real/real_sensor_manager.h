@@ -70,7 +70,7 @@ class QV_API RealSensorManager : public SensorManager {
   /** Told of every second time: the refresh's own. */
   mutable bool hasToldVelocity = false;
   std::int32_t healthPeriodMs = 200;
-  boost::mutex healthMutex;
+  std::mutex healthMutex;
   ko::PeriodicTask healthTask;
 };
 

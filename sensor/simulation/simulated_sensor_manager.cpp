@@ -7,6 +7,8 @@
 namespace QV::sensor {
 namespace {
 
+// Readers may come all the time, and what is simulated hardly ever changes.
+constexpr ko::Duration kJudgePeriod{300'000'000};
 constexpr char kSimulatedManagerCategory[] = "Navigation.SimulatedSensorManager";
 
 }  // namespace
@@ -55,14 +57,14 @@ void SimulatedSensorManager::setPose2D(const Math::Pose2D& scanPose,
 
 std::vector<Math::MetricalData> SimulatedSensorManager::xGetData() const {
   xUpdateData();
-  xHealth().tick();
+  xHealth().tick(kJudgePeriod);
   return xCopyData();
 }
 
 boost::shared_ptr<const std::vector<Math::MetricalData>> SimulatedSensorManager::xShareData()
     const {
   xUpdateData();
-  xHealth().tick();
+  xHealth().tick(kJudgePeriod);
   return xShareCache();
 }
 

@@ -3,19 +3,19 @@
 #include <functional>
 #include <string>
 
-#include "sensor/core/sensor_manager.h"
+#include "session/internal/switches.h"
 #include "session/session.h"
 
 namespace QV::session {
 
-/** Keeps a manager's subscriptions to what is demanded. The manager must outlive it. */
+/** Keeps subscriptions to what is demanded. The switches must outlive it. */
 class DemandKeeper {
  public:
   /** Told of each change before it is made. */
   using Told =
       std::function<void(const std::string& subscriber, const std::string& sensor, bool on)>;
 
-  explicit DemandKeeper(sensor::SensorManager& manager) : manager(manager) {}
+  explicit DemandKeeper(Switches& switches) : switches(switches) {}
   /** Nobody wants anything any more. */
   ~DemandKeeper() { set({}); }
   DemandKeeper(const DemandKeeper&) = delete;
@@ -28,11 +28,10 @@ class DemandKeeper {
   void set(const Demand& wanted, const Told& told = {});
 
  private:
-  void xSubscribe(const std::string& subscriber, const std::string& sensor);
-  /** In the log, for people. */
-  void xTell(const std::string& sensor, const std::string& what) const;
+  /** Those of `these` that are not among `butThese`. */
+  void xSwitch(const Demand& these, const Demand& butThese, bool on, const Told& told) const;
 
-  sensor::SensorManager& manager;
+  Switches& switches;
   Demand current;
 };
 

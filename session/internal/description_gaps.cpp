@@ -4,6 +4,7 @@
 
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
+#include "sensor/core/internal/health_rule_text.h"
 #include "session/internal/session_parts.h"
 #include "session/sensor_check.h"
 
@@ -50,6 +51,16 @@ std::string textOf(const std::vector<std::string>& unwritten) {
          " the first, are written by nobody";
 }
 
+void checkLimits(const Model::SensorConfig& config, std::vector<Model::DescriptionFault>& faults) {
+  const auto property = config.properties.find("limits");
+  if (property == config.properties.end()) return;
+  for (const auto& limit : sensor::readDescribedLimits(property->second)) {
+    if (limit.expected.empty()) continue;
+    faults.push_back(
+        {config.name, "property \"limits\" says \"" + limit.text + "\"", limit.expected});
+  }
+}
+
 }  // namespace
 
 std::map<std::string, std::string> findUnbuiltSensors(SessionRobot& robot) {
@@ -82,10 +93,19 @@ std::string findMissingInput(SessionRobot& robot, const std::string& sensor) {
   return {};
 }
 
+std::vector<Model::DescriptionFault> findSlips(const Model::Robot& robot,
+                                               const Model::SensorKinds& kinds) {
+  auto faults = Model::findDescriptionFaults(robot, kinds);
+  for (const auto& [name, config] : robot.sensorConfigs) {
+    if (kinds.findType(config.type)) checkLimits(config, faults);
+  }
+  return faults;
+}
+
 std::vector<Model::DescriptionFault> findDescriptionFaults(
     const boost::shared_ptr<QVBroker>& broker, const Model::Robot& robot,
     const Model::SensorKinds& kinds) {
-  auto faults = Model::findDescriptionFaults(robot, kinds);
+  auto faults = findSlips(robot, kinds);
   const QVMemoryProxy memory(broker);
   for (const auto& [name, config] : robot.sensorConfigs) {
     const auto unwritten = findUnwritten(memory, keysOf(config, kinds));

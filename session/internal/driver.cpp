@@ -36,6 +36,12 @@ void Driver::drive(float forward, float turn) {
   robot.drive({forward, 0.0f, turn});
 }
 
+void Driver::drive(const Math::Pose2D& velocity, ko::Duration hold) {
+  stop();
+  heldUntil = ko::Clock::now() + hold;
+  robot.drive(velocity);
+}
+
 void Driver::setGoal(const Math::Position2D& position) {
   const auto map = robot.getMap();
   if (!map) throw UsageError("a robot in a map expected, one without a map given");
@@ -68,6 +74,7 @@ void Driver::wander() {
 
 void Driver::stop() {
   held = ko::Duration::zero();
+  heldUntil.reset();
   goal.reset();
   path.reset();
   timedPath.reset();
@@ -82,6 +89,7 @@ void Driver::release(ko::Duration machine) {
 }
 
 void Driver::steer(ko::Duration simulated) {
+  if (heldUntil && ko::Clock::now() >= *heldUntil) stop();
   if (timedPath) robot.follow(*timedPath, inSeconds(ko::Clock::now() - timedStart));
   if (path) xGoOn(inSeconds(simulated));
 }

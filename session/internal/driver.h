@@ -20,6 +20,8 @@ class Driver {
 
   /** By hand, m/s and rad/s; forgets the goal. */
   void drive(float forward, float turn);
+  /** Forward, leftward and turning, for so much of ko::Clock's time; forgets the goal. */
+  void drive(const Math::Pose2D& velocity, ko::Duration hold);
   /** UsageError, and nothing changes, for a place that no way leads to. */
   void setGoal(const Math::Position2D& position);
   /** The robot keeps to the path's times, from now on and at its end, until another order. */
@@ -41,6 +43,7 @@ class Driver {
 
   SessionRobot& robot;
   ko::Duration held = ko::Duration::zero();
+  std::optional<ko::Clock::time_point> heldUntil;
   std::optional<Math::Position2D> goal;
   std::optional<TimedPath> path;
   std::optional<TimedPath> timedPath;

@@ -93,6 +93,7 @@ std::vector<ListedSensor> sensorsOf(const robot::RobotDescription& description,
                                     const OpenOptions& options) {
   const Model::Robot& model = description.model;
   std::vector<ListedSensor> sensors;
+  sensors.reserve(model.sensorConfigs.size());
   for (const auto& [name, config] : model.sensorConfigs) {
     sensors.push_back(describe(config, description.kinds));
   }

@@ -7,10 +7,12 @@
 
 namespace QV::session {
 
-/** Whose a record is: touched groups report under their own names. */
+/** Whose a record is: touched groups report under their own names, in their sensor's family. */
 inline std::string sensorOf(const Math::MetricalData& record,
                             const sensor::SensorManager& manager) {
-  return manager.isSensor(record.sensorName) ? record.sensorName : record.familyName;
+  if (manager.isSensor(record.sensorName)) return record.sensorName;
+  const auto sensors = manager.getSensorsByFamily(record.familyName);
+  return sensors.size() == 1 ? *sensors.begin() : record.familyName;
 }
 
 }  // namespace QV::session

@@ -30,7 +30,7 @@ bool startsWithNumber(const std::string& path) {
 }
 
 std::string posesBeside(const std::string& path) {
-  const auto poses = std::filesystem::path(path).replace_filename("poses.txt").string();
+  auto poses = std::filesystem::path(path).replace_filename("poses.txt").string();
   std::error_code error;
   if (std::filesystem::exists(poses, error)) return poses;
   throw UsageError(path + ": a sonar log goes with a file of poses; name it with --poses");

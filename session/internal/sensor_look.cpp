@@ -27,7 +27,9 @@ std::vector<SensorState> SensorLook::look() {
       xLookAtSwitches(sensors.back());
     }
   }
-  for (auto& record : robot.getRecords()) {
+  Records records = robot.getRecords();
+  if (xIsNoteDue()) xNote(records);
+  for (auto& record : records) {
     const auto found = byName.find(sensorOf(record, manager));
     if (found == byName.end()) continue;
     xLookAtRecord(record, sensors[found->second]);
@@ -70,10 +72,13 @@ void SensorLook::xLookAtRecord(const Math::MetricalData& record, SensorState& se
 }
 
 void SensorLook::noteMeasurements() {
+  if (xIsNoteDue()) xNote(robot.getRecords());
+}
+
+void SensorLook::xNote(const Records& records) {
   const auto now = ko::Clock::now();
-  if (now < noteNext) return;
   noteNext = now + kRefreshPeriod - now.time_since_epoch() % kRefreshPeriod;
-  for (const auto& record : robot.getRecords()) {
+  for (const auto& record : records) {
     auto& times = measured[sensorOf(record, robot.getManager())];
     if (times.empty() || times.back() < record.timestamp) times.push_back(record.timestamp);
   }

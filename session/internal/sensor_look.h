@@ -27,6 +27,8 @@ class SensorLook {
   void noteMeasurements();
 
  private:
+  using Records = std::vector<Math::MetricalData>;
+
   struct Placed {
     ko::Clock::time_point time;
     Math::Pose2D pose;
@@ -34,6 +36,8 @@ class SensorLook {
 
   void xLookAtSwitches(SensorState& sensor);
   void xLookAtRecord(const Math::MetricalData& record, SensorState& sensor) const;
+  bool xIsNoteDue() const { return ko::Clock::now() >= noteNext; }
+  void xNote(const Records& records);
   double xMeasureRate(const std::string& name);
   Math::Pose2D xPoseAt(ko::Clock::time_point time) const;
 

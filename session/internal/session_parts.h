@@ -1,15 +1,14 @@
 #pragma once
 
-#include <atomic>
 #include <memory>
 #include <utility>
 
 #include "platform/ko/simulated_time.h"
 #include "session/internal/demand_keeper.h"
 #include "session/internal/driver.h"
+#include "session/internal/listener_list.h"
 #include "session/internal/make_session.h"
 #include "session/internal/pacing.h"
-#include "session/internal/run_listener.h"
 #include "session/internal/sensor_look.h"
 #include "session/internal/session_robot.h"
 #include "session/internal/switches.h"
@@ -30,12 +29,12 @@ struct SessionParts {
   const std::unique_ptr<ko::SimulatedTime> time;
   const std::unique_ptr<SessionRobot> robot;
   Switches switches{robot->getManager()};
-  DemandKeeper demand{robot->getManager()};
+  DemandKeeper demand{switches};
   Driver driver{*robot};
   Pacing pacing;
   SensorLook sensorLook{*robot, switches};
   TouchLook touchLook{*robot};
-  std::atomic<RunListener*> listener{nullptr};
+  std::shared_ptr<ListenerList> listeners = std::make_shared<ListenerList>();
   /** Null where nothing can be played again. */
   Reopen reopen;
 };

@@ -1,6 +1,9 @@
 #include "session/internal/switches.h"
 
+#include <exception>
+
 #include "platform/ko/log.h"
+#include "sensor/core/scoped_subscription.h"
 #include "session/usage_error.h"
 
 namespace QV::session {
@@ -41,6 +44,21 @@ void Switches::subscribe(const std::string& subscriber, const std::set<std::stri
 
 void Switches::unsubscribe(const std::string& subscriber, const std::set<std::string>& names) {
   xSwitch(names, "unsubscribed", [&] { manager.unsubscribe(subscriber, names); });
+}
+
+void Switches::want(const std::string& subscriber, const std::string& sensor, bool on) {
+  try {
+    xSwitch({sensor}, (on ? "subscribed by " : "unsubscribed by ") + subscriber, [&] {
+      if (on) {
+        manager.subscribe(subscriber, sensor);
+      } else {
+        sensor::unsubscribeGuarded(manager, subscriber, {sensor});
+      }
+    });
+  } catch (const std::exception& exception) {
+    ko::log::warning("Session", "want")
+        << sensor << " for " << subscriber << ": " << exception.what();
+  }
 }
 
 // Neither of these two starts or stops the refresh of the records by itself.

@@ -25,6 +25,7 @@ void TouchLook::note() {
 
 std::vector<TouchState> TouchLook::look() const {
   std::vector<TouchState> states;
+  states.reserve(touches.size());
   for (const auto& [name, touch] : touches) {
     states.push_back({name, touch.position, inSeconds(ko::Clock::now() - touch.began)});
   }

@@ -114,6 +114,16 @@ TEST(Check, namesWhatCouldNotBeBuilt) {
                   {"Twice", {"could not be built", "Wrong memory keys size"}}});
 }
 
+TEST(Check, aSlipOfTheDescriptionIsNamedAndNoSuccess) {
+  const test::TemporaryFolder folder;
+  const auto path = folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/>
+    <link name="base"/><sensor name="Front" type="Sonor"/></robot>)");
+  const Result result = run({"check", "--robot", path});
+  EXPECT_EQ(result.status, 1);
+  EXPECT_THAT(result.out, HasSubstr("In the description: Front: "));
+  EXPECT_THAT(result.out, HasSubstr("Sonor"));
+}
+
 TEST(Check, showsATable) {
   const Result result =
       run({"check", "--robot", session::findSharedFile("descriptions/porter.urdf"), "--subscribe",

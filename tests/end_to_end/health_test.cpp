@@ -3,9 +3,13 @@
 #include <map>
 #include <optional>
 #include <ostream>
+#include <set>
+#include <string>
+#include <vector>
 
 #include "platform/ko/simulated_time.h"
 #include "platform/middleware/qv_broker.h"
+#include "sensor/core/scoped_subscription.h"
 #include "sensor/hosting/navigation_module.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/porter.h"
@@ -182,16 +186,29 @@ TEST(Health, isQuietOnADriveAmongPeopleWithNoise) {
   EXPECT_THAT(drive.alarms, IsEmpty());
 }
 
-// Walls beyond the reach of all, no noise: every record is like the one before. The camera, which
-// takes most of the time, runs for a part of it in the drive above.
-TEST(Health, isQuietForAnHourInAnEmptyHall) {
+// Walls beyond the reach of all, no noise: every record is like the one before. So is the camera's,
+// of the floor.
+TEST(Health, isQuietForAnHourInAnEmptyHallAndOnADriveThroughIt) {
   test::WatchedDrive drive;
-  drive.sensors = {"BlindZone", "HoleLaser", "Laser", "PeoplePerception",
-                   "Shovel",    "Sonar",     "Touch"};
   drive.options.map = boost::make_shared<OccupancyMap>(test::makeWalledMap(60, 60, 0.5f));
   drive.options.start = Math::Pose2D(15.0f, 15.0f, 0.0f);
-  drive.run(boost::chrono::seconds(3600), false);
+  drive.run(boost::chrono::seconds(3600), [](session::Session&) {});
+  drive.run(boost::chrono::seconds(60), [](session::Session& robot) {
+    robot.follow({{15.0f, 15.0f}, {18.0f, 15.0f}, {18.0f, 18.0f}, {15.0f, 18.0f}}, 0.3, 0.5);
+  });
   EXPECT_THAT(drive.alarms, IsEmpty());
+}
+
+// A bumper that nothing touches has no record, and none is missing.
+TEST(Health, theFirstRecordsOfAWholeRobotAreAwaitedThoughNobodyWatches) {
+  const auto session = session::openVirtual("porter");
+  const auto& manager = session->getManager();
+  session->getManager().watchHealth(false);
+  const sensor::ScopedSubscription subscription(session->getManager(), "test");
+  EXPECT_THAT(subscription.awaitRecords(boost::chrono::seconds(3)), IsEmpty());
+  std::set<std::string> silent = manager.getSensorList();
+  for (const auto& record : manager.getMetricalData()) silent.erase(record.sensorName);
+  EXPECT_THAT(silent, ElementsAre("Touch"));
 }
 
 }  // namespace

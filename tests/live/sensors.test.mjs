@@ -76,6 +76,32 @@ test('a disabled or failed sensor stops although it has a subscriber, and comes 
   }
 });
 
+test('a badge says how a sensor is, why in figures, and what brings it back', async () => {
+  const failing = await serve([...PORTER, '--fault', 'BackSonar:off']);
+  const page = await LivePage.open(browser, failing.url);
+  const badge = (name) => page.row(name).locator('.sensor-badge');
+  const reason = (name) => page.row(name).locator('.sensor-reason');
+  for (const name of ['BackSonar', 'FrontSonar']) {
+    assert.equal(await badge(name).innerText(), 'off');
+    await page.switchOf(name, 'Subscribe').click();
+  }
+
+  await badge('BackSonar').getByText('silent').waitFor();
+  await reason('BackSonar').getByText(/^no fresh record since it started \d+\.\d\d s ago, limit 1\.50 s.*\. Back: by itself, with sound records$/).waitFor();
+  await badge('FrontSonar').getByText('sound').waitFor();
+  assert.equal(await reason('FrontSonar').isVisible(), false);
+  assert.equal(await badge('FrontSonar').getAttribute('title'), 'its records are fresh');
+
+  await page.switchOf('FrontSonar', 'Diagnosis').click();
+  await badge('FrontSonar').getByText('failing').waitFor();
+  await reason('FrontSonar').getByText(/^its diagnosis is bad.*Back: setSensorDiagnosis/).waitFor();
+  await page.switchOf('FrontSonar', 'Diagnosis').click();
+  await badge('FrontSonar').getByText('sound').waitFor();
+  await reason('FrontSonar').waitFor({ state: 'hidden' });
+  await page.close();
+  await failing.stop();
+});
+
 /** The depth frame is grey but for its components. */
 function countColoured() {
   const frame = document.getElementById('depth');

@@ -10,6 +10,7 @@ namespace QV::test {
 
 /** Keeps what it is sent. */
 struct FakeClient : outlets::WebClient {
+  FakeClient() : WebClient("") {}
   void send(outlets::WebMessage message) override { sent.push_back(std::move(message)); }
 
   /** What has come since the last call, as JSON. */

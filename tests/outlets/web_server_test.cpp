@@ -20,7 +20,7 @@ class EchoHandler : public WebHandler {
     if (path != "/socket" || offered != std::vector<std::string>{"other", "known"}) return {};
     return "known";
   }
-  void onOpen(const std::shared_ptr<WebClient>& client, const std::string&) override {
+  void onOpen(const std::shared_ptr<WebClient>& client) override {
     std::call_once(firstOpen, [&] { opened.set_value(client); });
   }
   void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,

@@ -63,16 +63,28 @@ if(EXISTS ${include}/outlets)
       "check --fault FrontCliff:off|FrontCliff +Cliff +no record"
       "read --pose 3.5,6.3,0 --format json|FrontCliff.*Cliff"
       "watch --once|FrontCliff"
+      "drive --path 3,6.3:4,6.3 -o ${work}/cliff.mcap|Wrote"
       "plot --pose 3.5,6.3,0 --output ${work}/qvcliff.png|Wrote")
     string(REGEX REPLACE "[|].*" "" command "${row}")
     string(REGEX REPLACE ".*[|]" "" expected "${row}")
     separate_arguments(command)
+    string(REPLACE ":4" " 4" command "${command}")
     execute_process(COMMAND ${work}/cliff/qvcliff ${command} --robot ${cliff}/courier.urdf
       OUTPUT_VARIABLE output ERROR_VARIABLE log)
     if(NOT output MATCHES "${expected}")
       message(FATAL_ERROR "qvcliff ${command} said: ${output}${log}")
     endif()
   endforeach()
+  execute_process(COMMAND ${work}/cliff/qvcliff replay ${work}/cliff.mcap --compare
+    OUTPUT_VARIABLE output ERROR_VARIABLE log)
+  if(NOT output MATCHES "are the same, bit for bit")
+    message(FATAL_ERROR "qvcliff's recording, played again: ${output}${log}")
+  endif()
+  execute_process(COMMAND ${work}/cliff/qvcliff replay ${work}/cliff.mcap --format csv
+    OUTPUT_VARIABLE output ERROR_VARIABLE log)
+  if(NOT output MATCHES "FrontCliff")
+    message(FATAL_ERROR "qvcliff's recording has no FrontCliff: ${output}${log}")
+  endif()
 endif()
 run(${installed}/bin/qvsensors read --kind 0 --pose 3,3,0)
 

@@ -127,6 +127,20 @@ def test_what_is_used_after_its_robot_ended_says_so(flat):
         manager.get_metrical_data()
 
 
+def test_what_is_no_number_stops_nobody(flat):
+    nan = float("nan")
+    manager = qv.SimulatedSensorManager(1, flat)
+    manager.subscribe("test")
+    manager.set_pose_2d((nan, 1.0, nan))
+    assert all((record.points[:, 0] > 0).all() for record in manager.get_metrical_data("Sonar"))
+    view = qv.SensorFieldOfView2D(0, 1, 1, 1)
+    assert np.isnan(qv.Record("a", "b", view, [[nan, 0, 0]]).points_in_frame()).any()
+    with qv.SimulatedTime(), qv.VirtualRobot("porter", flat) as robot:
+        for command in (lambda: robot.set_velocity(nan, 0, 0), lambda: setattr(robot, "pose", (0, nan, 0))):
+            with pytest.raises(ValueError, match="finite"):
+                command()
+
+
 def test_time_may_end_before_what_lives_in_it(flat):
     with qv.SimulatedTime() as moving:
         robot = qv.VirtualRobot("porter", flat)
@@ -162,6 +176,64 @@ def test_what_lives_cannot_be_copied(session):
                 duplicate(living)
 
 
+def test_nothing_crashes_whatever_it_is_given_while_it_lives_and_afterwards(run_python, tmp_path):
+    out = run_python(f"""
+        import os, random
+        import numpy as np
+        import qv_sensor as qv
+
+        os.chdir({str(tmp_path)!r})
+        qv.set_log_level("silent")
+        session = qv.open_virtual(world=qv.WorldOptions(random_people=1))
+        session.subscribe("test", ["Laser", "Sonar"])
+        session.run(qv.seconds(1))
+        snapshot = session.look()
+        records = session.manager.get_metrical_data()
+        view = qv.SensorFieldOfView2D(0, 1, 1, 1)
+        robot = qv.VirtualRobot("porter", session.map)
+        living = [session, session.manager, session.subscription("test", "Touch"), robot,
+                  qv.SimulatedSensorManager(1, session.map), qv.LiveServer(session, port=0),
+                  qv.SensorManager([qv.Sensor("a", "b", view)]), qv.SimulatedTime()]
+        lifeless = [session.map, session.broker, snapshot, snapshot.sensors[0], records[0], view,
+                    qv.Module("m"), qv.Sensor("s", "f", view), qv.SensorFactory(), qv.UnitFactory(),
+                    qv.SensorUnit("u", 1), qv.Outlet(), qv.RunPicture("a.png"), qv.RecordFile("a.csv"),
+                    qv.WorldOptions(), qv.WorldBox((0, 0, 0)), qv.FloorHole((0, 0, 0)), qv.Walker([(1, 1)])]
+        makers = [getattr(qv, name) for name in qv.__all__ if name[0] != "_" and "set_log" not in name]
+        nan = float("nan")
+        odd = [None, True, -1, 0, 7, 2**40, 2**70, 0.5, nan, -float("inf"), "", "x", "FrontLaser", b"x", [],
+               [[]], [1, nan, 2], {{"a": {{"b"}}}}, object(), int, np.zeros((0, 3)), np.zeros((2, 3), complex),
+               np.full((2, 3), nan, np.float32), np.zeros((3, 4))[:, ::2], lambda *some: 1 / 0]
+        odd += living + lifeless
+        slow = {{"run", "advance", "await_records", "check", "close", "end", "__enter__", "__exit__"}}
+
+        def attempt(call):
+            for count in range(5):
+                for _ in range(20 if count else 1):
+                    try:
+                        call(*random.choices(odd, k=count))
+                    except Exception:
+                        pass
+
+        def attempt_all(things):
+            for thing in things:
+                for name in dir(type(thing)):
+                    if name in slow or name[:2] == "__":
+                        continue
+                    attempt(lambda *given: getattr(thing, name)(*given))
+                    attempt(lambda given: setattr(thing, name, given))
+
+        random.seed(1)
+        for make in makers:
+            attempt(make)
+        attempt_all(living + lifeless)
+        for thing in reversed(living):
+            getattr(thing, "close", lambda: None)()
+        attempt_all(living)
+        print("done")
+    """)
+    assert out.endswith("done\n")
+
+
 def press_ctrl_c_soon():
     threading.Timer(0.3, signal.raise_signal, [signal.SIGINT]).start()
     return time.monotonic()
@@ -175,6 +247,7 @@ HOURS = qv.seconds(1e6)
     [
         lambda session: session.run(HOURS),
         lambda session: [session.check() for _ in range(10**6)],
+        lambda session: qv.SensorManager([Watch(None)]).await_records(HOURS),
         lambda session: qv.LiveServer(session, port=0).run(),
         lambda session: [
             qv.simulate_scans(
@@ -182,7 +255,7 @@ HOURS = qv.seconds(1e6)
             for _ in range(100)
         ],
     ],
-    ids=["run", "check", "serve", "scans"],
+    ids=["run", "check", "await", "serve", "scans"],
 )  # fmt: skip
 def test_ctrl_c_ends_what_waits(session, wait):
     session.subscribe("test")

@@ -148,6 +148,55 @@ def test_a_sensor_of_a_description_is_made_by_its_type(tmp_path):
         assert record.points.tolist() == [[0.5, 0, 0]]
 
 
+class CliffUnit(qv.SensorUnit):
+    """Measures how far the floor is."""
+
+    def __init__(self, order):
+        super().__init__(order.name, qv.seconds(0.1))
+        self.order, self.context = order, order.context
+        self.noise = qv.RangeNoise(self.context, self.name)
+        self.channel = qv.FaultChannel(self.context, self.name, lambda _: -1.0, lambda value: value / 2)
+
+    def measure(self, now):
+        (key,) = self.order.memory_keys
+        floor = self.noise.apply(self.context.cast_ray(self.name, 5.0))
+        told = self.channel.pass_on(floor, now)
+        if told is None:
+            self.context.withdraw(key)
+        else:
+            self.context.write(key, told)
+
+
+def test_a_unit_measures_for_a_sensor_of_ones_own_and_fails_on_demand(tmp_path, capfd):
+    robot = tmp_path / "courier.urdf"
+    looks_down = 'type="Cliff"><origin xyz="0.25 0 0.1" rpy="0 1.5707963 0"/>'
+    robot.write_text(DESCRIPTION.replace('type="Cliff">', looks_down))
+    sensors, units = qv.SensorFactory(), qv.UnitFactory()
+    sensors.add(40, "Cliff", "Cliff", "zone", Cliff)
+    units.add(40, CliffUnit)
+    world = qv.WorldOptions(holes=[qv.FloorHole((4.2, 6.3, 0.0), 1.0, 1.0, 0.5)])
+    start = (3.0, 6.3, 0.0)
+    with qv.open_virtual(robot, sensors=sensors, units=units, start=start, world=world) as session:
+        session.subscribe("test", "FrontCliff")
+
+        def read():
+            session.run(qv.seconds(0.3))
+            return [record.points[0, 0] for record in session.manager.get_metrical_data()]
+
+        assert read() == [pytest.approx(0.1, abs=0.001)]
+        session.pose = (3.6, 6.3, 0.0)
+        assert read() == [pytest.approx(0.6, abs=0.001)]
+        session.set_fault("FrontCliff", "wrong")
+        assert read() == [pytest.approx(0.3, abs=0.001)]
+        session.set_fault("FrontCliff", "garbage")
+        assert read() == [-1.0]
+        session.set_fault("FrontCliff", "off")
+        assert read() == []
+    units.add(41, lambda order: 7)
+    with pytest.raises(ValueError, match="41"):
+        units.add(41, CliffUnit)
+
+
 class Horn(qv.Module):
     def __init__(self):
         super().__init__("Horn")

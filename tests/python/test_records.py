@@ -52,6 +52,21 @@ def test_a_record_of_ones_own_holds_copies_and_places_its_points():
     assert qv.Record("Left", "Infrared", view, []).points.shape == (0, 3)
 
 
+@pytest.mark.parametrize(
+    ("points", "transform", "error", "text"),
+    [
+        ([[1, 2]], None, ValueError, r"points of shape \(N, 3\) expected, shape \(1, 2\) given"),
+        ([1, 2, 3], None, ValueError, r"shape \(3,\) given"),
+        ([["a"] * 3], None, TypeError, r"points of shape \(N, 3\) expected, an array of <U1 given"),
+        ([], np.eye(4), ValueError, r"a sensor_transform of shape \(3, 4\) expected, shape \(4, 4\) given"),
+        ([], "identity", TypeError, r"a sensor_transform of shape"),
+    ],
+)
+def test_records_of_wrong_shapes_and_types_are_refused(points, transform, error, text):
+    with pytest.raises(error, match=text):
+        qv.Record("Left", "Infrared", qv.SensorFieldOfView2D(0, 1, 1, 1), points, transform)
+
+
 def test_columns_have_a_row_for_each_point_and_pandas_takes_them():
     view = qv.SensorFieldOfView2D(0.1, 2.0, 0.5, 1)
     shifted = [[1, 0, 0, 10], [0, 1, 0, 0], [0, 0, 1, 0]]

@@ -41,6 +41,26 @@ def test_threads_blocks_and_the_kind_of_array_change_nothing(flat):
     np.testing.assert_array_equal(last[0], expected[-1])
 
 
+def test_a_child_that_was_forked_scans_on_threads_of_its_own(run_python):
+    out = run_python("""
+        import multiprocessing
+        import numpy as np
+        import qv_sensor as qv
+
+        map = qv.load_map("apartment")
+        view = qv.SensorFieldOfView2D(0.0, 8.0, 6.28, 60)
+
+        def scan(seed):
+            poses = np.random.default_rng(seed).uniform((0, 0, -4), (20, 12, 4), (2000, 3))
+            return float(qv.simulate_scans(map, poses, view, threads=2).sum())
+
+        expected = [scan(seed) for seed in range(4)]
+        with multiprocessing.get_context("fork").Pool(2) as pool:
+            print(pool.map(scan, range(4)) == expected)
+    """)
+    assert out == "True\n"
+
+
 def test_no_pose_and_poses_that_are_not_finite_are_answered(flat):
     assert qv.simulate_scans(flat, np.empty((0, 3)), FAN).shape == (0, 60)
     poses = [(np.nan, 1, 0), (1, np.inf, 0), (1, 1, -np.inf), (1e30, 1, 0)]

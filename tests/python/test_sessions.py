@@ -47,12 +47,62 @@ def test_health_names_the_cause(session):
         session.run(qv.seconds(2))
         late = manager.get_health("FrontLaser")
         assert (late.state, late.times) == ("late", 1) and "limit" in late.reason
+        assert late in [state.health for state in session.look().sensors]
         assert manager.set_health_limit("FrontLaser:age=off")
         session.run(qv.seconds(3))
         assert manager.get_health("FrontLaser").state == "sound"
     assert manager.get_health("Nobody") is None
     with pytest.raises(ValueError, match="age"):
         manager.set_health_limit("FrontLaser:agee=1")
+
+
+def test_changes_of_health_are_told_until_somebody_else_is(session, capfd):
+    told, manager = [], session.manager
+
+    class Hear:
+        def __call__(self, sensor, health):
+            assert manager.get_health(sensor) == health
+            told.append(f"{sensor} {health.state}")
+            if health.state == "late":
+                manager.on_health_changed(lambda sensor, health: told.append(health.state))
+            raise ValueError("a slip")
+
+        def __del__(self):
+            told.append("gone, " + manager.get_health("FrontLaser").state)
+
+    manager.on_health_changed(Hear())
+    with session.subscription("test", "FrontLaser"):
+        session.run(qv.seconds(1))
+        manager.on_health_changed(Hear())
+        session.set_fault("FrontLaser", "delayed")
+        session.run(qv.seconds(2))
+        session.clear_fault("FrontLaser")
+        session.run(qv.seconds(4))
+        manager.on_health_changed(None)
+    session.run(qv.seconds(1))
+    assert told == ["FrontLaser sound", "gone, sound", "FrontLaser late", "gone, late", "sound"]
+    assert "ValueError: a slip" in capfd.readouterr().err
+    with pytest.raises(TypeError):
+        manager.on_health_changed(3)
+
+
+def test_a_subscription_waits_for_the_first_records_and_tells_what_is_missing(session, flat):
+    session.set_fault("LeftLaser", "off")
+    with session.subscription("test", ["FrontLaser", "LeftLaser"]) as subscription:
+        missing = subscription.await_records(qv.seconds(1))
+        assert list(missing) == ["LeftLaser"] and missing["LeftLaser"]
+        assert session.await_records(0, "FrontLaser") == {}
+        assert [record.sensor_name for record in session.manager.get_metrical_data()] == ["FrontLaser"]
+    with session.subscription("test", "Sonar") as subscription:
+        begin = qv.clock()
+        assert subscription.await_records(qv.seconds(10)) == {}
+        assert qv.clock() - begin < qv.seconds(1)
+        with pytest.raises(ValueError, match="-1 given"):
+            subscription.await_records(-1)
+    manager = qv.SimulatedSensorManager(1, flat)
+    manager.subscribe("test", "Sonar")
+    assert manager.await_records(0, ["Sonar"]) == {}
+    assert "CameraDepth" in manager.await_records(qv.seconds(0.05))
 
 
 def test_a_run_in_pieces_is_the_run(session):

@@ -41,6 +41,9 @@ TEST(FindDescriptionFaults, namesSlipsAndKeysThatNobodyWrites) {
       <property key="maximumDetectionDistance" value="300 cm"/>
       <property key="horizontalAngularRange" value="1"/><memory_key>Front</memory_key></sensor>
     <sensor name="Hole" type="HoleLaser"><property key="status" value="NoOne/Status"/></sensor>
+    <sensor name="Touch" type="Touch"><property key="period" value="0.2 s"/>
+      <property key="limits"
+        value=" age=0.5 turn=off silence=0.5s reading=-1 garbge=0.1 Hole:age=1 start "/></sensor>
     </robot>)");
   const auto faultsOf = [](const std::string& description) {
     const auto session = openVirtual(description, test::inRoom(kStart));
@@ -53,6 +56,18 @@ TEST(FindDescriptionFaults, namesSlipsAndKeysThatNobodyWrites) {
   EXPECT_THAT(texts, Contains(AllOf(StartsWith("Front: "), HasSubstr("\"300 cm\""))));
   EXPECT_THAT(texts, Contains("Hole: memory key \"NoOne/Status\" is written by nobody, a driver "
                               "expected"));
+  std::vector<std::string> ofLimits;
+  for (const auto& text : texts) {
+    if (text.starts_with("Touch: ")) ofLimits.push_back(text.substr(16));
+  }
+  EXPECT_THAT(ofLimits,
+              ElementsAre("\"period\" is \"0.2 s\", seconds expected",
+                          "\"limits\" says \"silence=0.5s\", a number above 0, or off, expected",
+                          "\"limits\" says \"reading=-1\", a number above 0, or off, expected",
+                          "\"limits\" says \"garbge=0.1\", one of " +
+                              sensor::namesOfHealthLimits() + " expected",
+                          "\"limits\" says \"Hole:age=1\", LIMIT=VALUE or LIMIT=off expected",
+                          "\"limits\" says \"start\", LIMIT=VALUE or LIMIT=off expected"));
   EXPECT_THAT(faultsOf("porter"), IsEmpty());
 }
 

@@ -4,6 +4,7 @@
 
 #include "session/internal/command.h"
 #include "session/internal/find_route.h"
+#include "session/internal/run_listener.h"
 #include "session/usage_error.h"
 #include "tests/session/session_in_room.h"
 #include "tests/support/log_capture.h"
@@ -68,6 +69,45 @@ TEST_P(SessionTest, aHandThatLetsGoStopsTheRobot) {
   const Snapshot after = sut->look();
   EXPECT_EQ(after.velocity.x, 0.0f);
   EXPECT_NEAR(after.pose.x, kSessionStart.x + 0.5f * 0.9f, 0.03f);
+}
+
+TEST_P(SessionTest, aVelocityHoldsForItsShareOfTheRun) {
+  sut->setSpeed(5.0);
+  sut->drive({0.4f, 0.1f, 0.0f}, kSecond / 2);
+  sut->keepPace(kSecond / 5 * 4 / 10);
+  EXPECT_EQ(sut->look().velocity, Math::Pose2D(0.4f, 0.1f, 0.0f));
+  sut->keepPace(kSecond / 5 * 2 / 10);
+  EXPECT_EQ(sut->look().velocity, Math::Pose2D());
+}
+
+struct CountingListener : RunListener {
+  void onWrite(const std::string&, const QVValue&, bool) override { ++writes; }
+  void onImage(int, const QVValue&) override {}
+  void onStep(const robot::BodyStep&) override { ++steps; }
+  void onCommand(const RunCommand&) override { ++commands; }
+  int writes = 0, steps = 0, commands = 0;
+};
+
+TEST(SessionListeners, allHearOfTheRunAndWhoComesLateAloneOfWhatIsSoAlready) {
+  const auto sut = openVirtual("porter", test::inRoom(kSessionStart));
+  CountingListener first, second;
+  sut->addListener(first);
+  const int writes = first.writes;
+  EXPECT_GT(writes, 0);
+  sut->addListener(second);
+  EXPECT_EQ(first.writes, writes);
+  EXPECT_EQ(second.writes, writes);
+  sut->drive(0.1f, 0.0f);
+  sut->run(kSecond);
+  EXPECT_EQ(second.commands, 1);
+  EXPECT_GT(second.steps, 40);
+  EXPECT_EQ(first.steps, second.steps);
+  sut->removeListener(first);
+  const int steps = first.steps;
+  sut->run(kSecond);
+  EXPECT_EQ(first.steps, steps);
+  EXPECT_GT(second.steps, steps);
+  sut->removeListener(second);
 }
 
 TEST_P(SessionTest, aPauseIsNoHold) {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <set>
 #include <string>
 #include <vector>
 
@@ -11,13 +10,14 @@ namespace QV::test {
 /** What somebody sees of a sensor's health while a sound robot drives about. */
 struct WatchedDrive {
   session::OpenOptions options;
-  /** Or families; none means all. */
-  std::set<std::string> sensors = {};
   /** Faults that were told of, with the time in seconds and the reason. */
   std::vector<std::string> alarms = {};
 
-  /** All sensors run, for so long; porter wanders, or stands. */
-  void run(boost::chrono::seconds duration, bool wanders = true) {
+  using Begin = void (*)(session::Session& robot);
+
+  static void wander(session::Session& robot) { robot.wander(); }
+  /** All sensors run, for so long, and porter does what `begin` tells it. */
+  void run(boost::chrono::seconds duration, Begin begin = wander) {
     const auto session = session::openVirtual("porter", options);
     session->getManager().onHealthChanged(
         [this](const std::string& sensor, const sensor::SensorHealth& health) {
@@ -26,9 +26,8 @@ struct WatchedDrive {
           alarms.push_back(std::to_string(now.count() / 1'000'000'000) + " s: " + sensor + " " +
                            getName(health.state) + ": " + health.reason);
         });
-    session->subscribe("watched drive",
-                       sensors.empty() ? session->getManager().getFamilyNames() : sensors);
-    if (wanders) session->wander();
+    session->subscribe("watched drive", session->getManager().getFamilyNames());
+    begin(*session);
     session->run(duration);
   }
 };

@@ -53,7 +53,7 @@ void FoxgloveFeed::onOpen(const std::shared_ptr<WebClient>& client) {
   client->send(textMessage(foxglove::serverInfo(title, sessionId)));
   client->send(textMessage(foxglove::advertisement(channels.all)));
   std::lock_guard lock(mutex);
-  viewers[client] = {"foxglove viewer " + std::to_string(++viewersSoFar)};
+  viewers.add(client);
 }
 
 void FoxgloveFeed::onMessage(const std::shared_ptr<WebClient>& client, const std::string& text,
@@ -81,7 +81,7 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
   if (channel == 0 || channel > channels.all.size()) refuse("channel", channel, " does not exist");
   {
     std::lock_guard lock(mutex);
-    auto& subscriptions = viewers.at(client).subscriptions;
+    auto& subscriptions = viewers.at(client);
     if (subscriptions.count(subscription) > 0) refuse("subscription", subscription, " is in use");
     for (const auto& [id, taken] : subscriptions) {
       if (taken == channel) refuse("channel", channel, " is subscribed to already");
@@ -98,13 +98,13 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
 void FoxgloveFeed::xUnsubscribe(const std::shared_ptr<WebClient>& client,
                                 std::uint32_t subscription) {
   std::lock_guard lock(mutex);
-  if (viewers.at(client).subscriptions.erase(subscription) > 0) return;
+  if (viewers.at(client).erase(subscription) > 0) return;
   throw std::invalid_argument("subscription " + std::to_string(subscription) + " does not exist");
 }
 
 void FoxgloveFeed::onClose(const std::shared_ptr<WebClient>& client) {
   std::lock_guard lock(mutex);
-  viewers.erase(client);
+  viewers.remove(client);
 }
 
 void FoxgloveFeed::show(const session::Snapshot& snapshot) {
@@ -141,8 +141,8 @@ session::Demand FoxgloveFeed::getDemand() const {
   std::lock_guard lock(mutex);
   session::Demand demand;
   for (const auto& [client, viewer] : viewers) {
-    std::set<std::string>& wanted = demand[viewer.name];
-    for (const auto& [id, channel] : viewer.subscriptions) {
+    std::set<std::string>& wanted = demand[viewer.subscriber];
+    for (const auto& [id, channel] : viewer.state) {
       const auto sensor = channels.sensors.find(channel);
       if (sensor != channels.sensors.end()) wanted.insert(sensor->second);
     }
@@ -152,7 +152,7 @@ session::Demand FoxgloveFeed::getDemand() const {
 
 bool FoxgloveFeed::xIsWatched(std::uint32_t channel) const {
   for (const auto& [client, viewer] : viewers) {
-    for (const auto& [id, subscribed] : viewer.subscriptions) {
+    for (const auto& [id, subscribed] : viewer.state) {
       if (subscribed == channel) return true;
     }
   }
@@ -162,7 +162,7 @@ bool FoxgloveFeed::xIsWatched(std::uint32_t channel) const {
 void FoxgloveFeed::xPublish(std::uint32_t channel, Delivery delivery, ko::Clock::time_point time,
                             const std::string& payload) {
   for (const auto& [client, viewer] : viewers) {
-    for (const auto& [id, subscribed] : viewer.subscriptions) {
+    for (const auto& [id, subscribed] : viewer.state) {
       if (subscribed == channel) sendData(*client, id, delivery, time, payload);
     }
   }

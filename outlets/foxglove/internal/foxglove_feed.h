@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "outlets/foxglove/internal/foxglove_channels.h"
+#include "outlets/web/internal/web_clients.h"
 #include "outlets/web/internal/web_outlet.h"
 #include "session/session.h"
 
@@ -27,20 +28,13 @@ class QV_API FoxgloveFeed : public WebOutlet {
                  bool binary) override;
   void onClose(const std::shared_ptr<WebClient>& client) override;
 
+  bool isWatched() const override;
   /** For each viewer the sensors whose channels it has subscribed to. */
   session::Demand getDemand() const override;
-  bool isWatched() const override;
-  void show(const session::Snapshot& snapshot) override;
   void showLog(const std::vector<ko::log::Record>& lines) override;
+  void show(const session::Snapshot& snapshot) override;
 
  private:
-  struct Viewer {
-    /** The subscriber that it is: "foxglove viewer 2". */
-    std::string name;
-    /** Channel by subscription. */
-    std::map<std::uint32_t, std::uint32_t> subscriptions = {};
-  };
-
   void xSubscribe(const std::shared_ptr<WebClient>& client, std::uint32_t subscription,
                   std::uint32_t channel);
   void xUnsubscribe(const std::shared_ptr<WebClient>& client, std::uint32_t subscription);
@@ -55,8 +49,8 @@ class QV_API FoxgloveFeed : public WebOutlet {
   const std::string title;
   const std::string sessionId;
   mutable std::mutex mutex;
-  std::map<std::shared_ptr<WebClient>, Viewer> viewers;
-  int viewersSoFar = 0;
+  /** With the channel of each subscription; "foxglove viewer 2". */
+  WebClients<std::map<std::uint32_t, std::uint32_t>> viewers{"foxglove viewer"};
 };
 
 }  // namespace QV::outlets

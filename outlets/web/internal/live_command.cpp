@@ -2,7 +2,6 @@
 
 #include <algorithm>
 #include <cmath>
-#include <functional>
 #include <map>
 #include <vector>
 
@@ -67,54 +66,63 @@ class Fields {
   const std::set<std::string>& sensors;
 };
 
+session::Command readSubscribe(const Fields& fields) {
+  return session::SubscribeCommand{fields.sensor(), fields.flag("on")};
+}
+
+session::Command readEnable(const Fields& fields) {
+  return session::EnableCommand{fields.sensor(), fields.flag("on")};
+}
+
+session::Command readDiagnose(const Fields& fields) {
+  return session::DiagnoseCommand{fields.sensor(), fields.flag("value")};
+}
+
+session::Command readDrive(const Fields& fields) {
+  const double forward = fields.number("forward", -session::kFastest, session::kFastest);
+  const double turn = fields.number("turn", -session::kFastestTurn, session::kFastestTurn);
+  return session::DriveCommand{static_cast<float>(forward), static_cast<float>(turn)};
+}
+
+session::Command readGoal(const Fields& fields) {
+  return session::GoalCommand{{fields.metres("x"), fields.metres("y")}};
+}
+
+session::Command readPause(const Fields& fields) {
+  return session::PauseCommand{fields.flag("on")};
+}
+
+session::Command readSeek(const Fields& fields) {
+  return session::SeekCommand{fields.number("time", 0.0, session::kLongestRecording)};
+}
+
+session::Command readSpeed(const Fields& fields) {
+  return session::SpeedCommand{
+      fields.number("value", session::kSlowestTime, session::kFastestTime)};
+}
+
+template <typename Command>
+session::Command readNothing(const Fields&) {
+  return Command{};
+}
+
 struct Kind {
   std::vector<std::string> fields;
-  std::function<session::Command(const Fields&)> read;
+  session::Command (*read)(const Fields&);
 };
 
 const std::map<std::string, Kind>& kinds() {
   static const std::map<std::string, Kind> all = {
-      {"subscribe",
-       {{"sensor", "on"},
-        [](const Fields& f) {
-          return session::SubscribeCommand{f.sensor(), f.flag("on")};
-        }}},
-      {"enable",
-       {{"sensor", "on"},
-        [](const Fields& f) {
-          return session::EnableCommand{f.sensor(), f.flag("on")};
-        }}},
-      {"diagnose",
-       {{"sensor", "value"},
-        [](const Fields& f) {
-          return session::DiagnoseCommand{f.sensor(), f.flag("value")};
-        }}},
-      {"drive",
-       {{"forward", "turn"},
-        [](const Fields& f) {
-          return session::DriveCommand{
-              static_cast<float>(f.number("forward", -session::kFastest, session::kFastest)),
-              static_cast<float>(f.number("turn", -session::kFastestTurn, session::kFastestTurn))};
-        }}},
-      {"goal",
-       {{"x", "y"},
-        [](const Fields& f) {
-          return session::GoalCommand{{f.metres("x"), f.metres("y")}};
-        }}},
-      {"stop", {{}, [](const Fields&) { return session::StopCommand{}; }}},
-      {"pause", {{"on"}, [](const Fields& f) { return session::PauseCommand{f.flag("on")}; }}},
-      {"seek",
-       {{"time"},
-        [](const Fields& f) {
-          return session::SeekCommand{f.number("time", 0.0, session::kLongestRecording)};
-        }}},
-      {"step", {{}, [](const Fields&) { return session::StepCommand{}; }}},
-      {"speed",
-       {{"value"},
-        [](const Fields& f) {
-          return session::SpeedCommand{
-              f.number("value", session::kSlowestTime, session::kFastestTime)};
-        }}},
+      {"subscribe", {{"sensor", "on"}, readSubscribe}},
+      {"enable", {{"sensor", "on"}, readEnable}},
+      {"diagnose", {{"sensor", "value"}, readDiagnose}},
+      {"drive", {{"forward", "turn"}, readDrive}},
+      {"goal", {{"x", "y"}, readGoal}},
+      {"stop", {{}, readNothing<session::StopCommand>}},
+      {"pause", {{"on"}, readPause}},
+      {"seek", {{"time"}, readSeek}},
+      {"step", {{}, readNothing<session::StepCommand>}},
+      {"speed", {{"value"}, readSpeed}},
   };
   return all;
 }

@@ -22,19 +22,17 @@ std::optional<std::string> LiveHub::chooseProtocol(const std::string& path,
   return *known;
 }
 
-void LiveHub::onOpen(const std::shared_ptr<WebClient>& client, const std::string& protocol) {
-  chosen[client] = outlets.at(protocol);
-  chosen[client]->onOpen(client);
+void LiveHub::onOpen(const std::shared_ptr<WebClient>& client) {
+  xOutletOf(*client).onOpen(client);
 }
 
 void LiveHub::onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                         bool binary) {
-  chosen.at(client)->onMessage(client, message, binary);
+  xOutletOf(*client).onMessage(client, message, binary);
 }
 
 void LiveHub::onClose(const std::shared_ptr<WebClient>& client) {
-  chosen.at(client)->onClose(client);
-  chosen.erase(client);
+  xOutletOf(*client).onClose(client);
 }
 
 }  // namespace QV::outlets

@@ -19,15 +19,16 @@ class LiveHub : public WebHandler {
 
   std::optional<std::string> chooseProtocol(const std::string& path,
                                             const std::vector<std::string>& offered) const override;
-  void onOpen(const std::shared_ptr<WebClient>& client, const std::string& protocol) override;
+  void onOpen(const std::shared_ptr<WebClient>& client) override;
   void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                  bool binary) override;
   void onClose(const std::shared_ptr<WebClient>& client) override;
 
  private:
+  WebOutlet& xOutletOf(const WebClient& client) const { return *outlets.at(client.protocol); }
+
   /** By subprotocol, "" for none. */
   std::map<std::string, std::shared_ptr<WebOutlet>> outlets;
-  std::map<std::shared_ptr<WebClient>, std::shared_ptr<WebOutlet>> chosen;
 };
 
 }  // namespace QV::outlets

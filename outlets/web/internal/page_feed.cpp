@@ -19,10 +19,8 @@ PageFeed::~PageFeed() = default;
 void PageFeed::onOpen(const std::shared_ptr<WebClient>& client) {
   // Under one lock with showLog: a client gets each line once.
   std::lock_guard lock(mutex);
-  const std::string name = "page " + std::to_string(++pagesSoFar);
-  client->send(textMessage(helloMessage(world, name)));
+  client->send(textMessage(helloMessage(world, pages.add(client))));
   client->send(textMessage(logMessage({lastLines.begin(), lastLines.end()})));
-  pages[client] = {name};
 }
 
 void PageFeed::onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
@@ -42,7 +40,7 @@ void PageFeed::xExecute(const std::shared_ptr<WebClient>& client, const session:
                         const RequestQueue::Refusal& refuse) {
   if (const auto* subscription = std::get_if<session::SubscribeCommand>(&command)) {
     std::lock_guard lock(mutex);
-    std::set<std::string>& wanted = pages.at(client).sensors;
+    std::set<std::string>& wanted = pages.at(client);
     if (subscription->on) {
       wanted.insert(subscription->sensor);
     } else {
@@ -55,13 +53,13 @@ void PageFeed::xExecute(const std::shared_ptr<WebClient>& client, const session:
 
 void PageFeed::onClose(const std::shared_ptr<WebClient>& client) {
   std::lock_guard lock(mutex);
-  pages.erase(client);
+  pages.remove(client);
 }
 
 session::Demand PageFeed::getDemand() const {
   std::lock_guard lock(mutex);
   session::Demand demand;
-  for (const auto& [client, page] : pages) demand[page.name] = page.sensors;
+  for (const auto& [client, page] : pages) demand[page.subscriber] = page.state;
   return demand;
 }
 
@@ -74,8 +72,8 @@ void PageFeed::show(const session::Snapshot& snapshot) {
   const WebMessage state = textMessage(pageStateOf(snapshot), Delivery::latest, "state");
   auto frame = depth.next(snapshot);
   std::lock_guard lock(mutex);
-  xSendToAll(state);
-  if (frame) xSendToAll(textMessage(std::move(*frame), Delivery::latest, "depth"));
+  pages.sendToAll(state);
+  if (frame) pages.sendToAll(textMessage(std::move(*frame), Delivery::latest, "depth"));
 }
 
 void PageFeed::showLog(const std::vector<ko::log::Record>& lines) {
@@ -84,17 +82,12 @@ void PageFeed::showLog(const std::vector<ko::log::Record>& lines) {
   std::lock_guard lock(mutex);
   lastLines.insert(lastLines.end(), lines.begin(), lines.end());
   while (lastLines.size() > kLastLines) lastLines.pop_front();
-  xSendToAll(message);
+  pages.sendToAll(message);
 }
 
 bool PageFeed::xHasPages() const {
   std::lock_guard lock(mutex);
-  return !pages.empty();
-}
-
-// The caller holds the mutex.
-void PageFeed::xSendToAll(const WebMessage& message) {
-  for (const auto& [client, page] : pages) client->send(message);
+  return !pages.isEmpty();
 }
 
 }  // namespace QV::outlets

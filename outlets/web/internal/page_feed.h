@@ -2,7 +2,6 @@
 
 #include <cstddef>
 #include <deque>
-#include <map>
 #include <mutex>
 #include <set>
 #include <string>
@@ -11,6 +10,7 @@
 #include "outlets/web/internal/depth_feed.h"
 #include "outlets/web/internal/live_messages.h"
 #include "outlets/web/internal/request_queue.h"
+#include "outlets/web/internal/web_clients.h"
 #include "outlets/web/internal/web_outlet.h"
 #include "platform/ko/log.h"
 #include "session/session.h"
@@ -41,24 +41,17 @@ class QV_API PageFeed : public WebOutlet {
   void showLog(const std::vector<ko::log::Record>& lines) override;
 
  private:
-  struct Page {
-    /** The subscriber that it is: "page 3". */
-    std::string name;
-    std::set<std::string> sensors = {};
-  };
-
   void xExecute(const std::shared_ptr<WebClient>& client, const session::Command& command,
                 const RequestQueue::Refusal& refuse);
   bool xHasPages() const;
-  void xSendToAll(const WebMessage& message);
 
   const Json world;
   const std::set<std::string> sensors;
   RequestQueue& requests;
   DepthFeed depth;
   mutable std::mutex mutex;
-  std::map<std::shared_ptr<WebClient>, Page> pages;
-  int pagesSoFar = 0;
+  /** With the sensors that they want; "page 3". */
+  WebClients<std::set<std::string>> pages{"page"};
   std::deque<ko::log::Record> lastLines;
 };
 

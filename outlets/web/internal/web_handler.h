@@ -3,6 +3,7 @@
 #include <memory>
 #include <optional>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include "outlets/web/internal/outbox.h"
@@ -13,13 +14,16 @@ namespace QV::outlets {
 /** The other end of a WebSocket. */
 class QV_API WebClient {
  public:
-  WebClient() = default;
+  /** The subprotocol that was chosen for it, empty for none. */
+  explicit WebClient(std::string protocol) : protocol(std::move(protocol)) {}
   virtual ~WebClient() = default;
   WebClient(const WebClient&) = delete;
   WebClient& operator=(const WebClient&) = delete;
 
   /** Never waits; what comes after the end is dropped. Safe from any thread. */
   virtual void send(WebMessage message) = 0;
+
+  const std::string protocol;
 };
 
 /** What a server does with its WebSockets. Called on the server's thread, one call at a time. */
@@ -37,7 +41,7 @@ class QV_API WebHandler {
   virtual std::optional<std::string> chooseProtocol(
       const std::string& path, const std::vector<std::string>& offered) const = 0;
 
-  virtual void onOpen(const std::shared_ptr<WebClient>& client, const std::string& protocol) = 0;
+  virtual void onOpen(const std::shared_ptr<WebClient>& client) = 0;
   virtual void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                          bool binary) = 0;
   virtual void onClose(const std::shared_ptr<WebClient>& client) = 0;

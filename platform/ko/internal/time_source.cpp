@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <ctime>
 #include <limits>
 
 namespace ko::detail {
@@ -22,6 +23,15 @@ std::chrono::steady_clock::time_point processStart() noexcept {
 
 Clock::time_point machineNow() noexcept {
   const auto elapsed = std::chrono::steady_clock::now() - processStart();
+  return Clock::time_point(Duration(std::chrono::nanoseconds(elapsed).count()));
+}
+
+Clock::time_point coarseNow() noexcept {
+  if (const auto simulated = simulatedNow()) return *simulated;
+  std::timespec ticked;
+  clock_gettime(CLOCK_MONOTONIC_COARSE, &ticked);
+  const auto time = std::chrono::seconds(ticked.tv_sec) + std::chrono::nanoseconds(ticked.tv_nsec);
+  const auto elapsed = std::chrono::steady_clock::time_point(time) - processStart();
   return Clock::time_point(Duration(std::chrono::nanoseconds(elapsed).count()));
 }
 

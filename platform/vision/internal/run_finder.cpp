@@ -160,7 +160,7 @@ int numberComponents(ComponentRuns& runs) {
 }
 
 /** Writes up to the next whole vector, as long as that stays before `lineEnd`. */
-HWY_INLINE void fill(int* begin, int* end, int* lineEnd, int value) {
+HWY_INLINE void fill(int* begin, int* end, const int* lineEnd, int value) {
   const Labels d;
   const auto values = hn::Set(d, value);
   while (begin < end) {
@@ -193,11 +193,11 @@ HWY_AFTER_NAMESPACE();
 namespace QV::detail {
 namespace {
 
+using vision::ComponentRuns;
+
 HWY_EXPORT(findRowRuns);
 HWY_EXPORT(numberComponents);
 HWY_EXPORT(paintRow);
-
-using vision::ComponentRuns;
 
 using HWY_NAMESPACE::kMargin;
 using HWY_NAMESPACE::kSlack;

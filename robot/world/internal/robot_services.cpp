@@ -4,6 +4,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "platform/middleware/contracts/virtual_robot_contract.h"
 #include "platform/middleware/qv_error.h"
 #include "robot/services/internal/device_manager.h"
 #include "robot/services/internal/motion_service.h"
@@ -17,7 +18,8 @@ namespace {
 
 void checkName(const QVBroker& broker, const std::string& name) {
   if (!broker.isModulePresent(name)) return;
-  throw QVError("VirtualRobot", "VirtualRobot", "the broker has a module \"" + name + "\" already");
+  throw QVError(VirtualRobotContract::kModule, "VirtualRobot",
+                "the broker has a module \"" + name + "\" already");
 }
 
 }  // namespace
@@ -35,7 +37,7 @@ RobotServices::RobotServices(const boost::shared_ptr<QVBroker>& broker,
               boost::make_shared<RobotModelService>(description.xml),
               services.sonars,
               services.cameras} {
-  checkName(*broker, "VirtualRobot");
+  checkName(*broker, VirtualRobotContract::kModule);
   for (const auto& module : modules) checkName(*broker, module->getName());
   for (const auto& module : modules) broker->registerModule(module);
 }

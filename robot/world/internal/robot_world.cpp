@@ -7,6 +7,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "platform/middleware/contracts/virtual_robot_contract.h"
 #include "robot/services/memory_service.h"
 #include "robot/services/video_device.h"
 #include "robot/world/internal/option_checks.h"
@@ -49,7 +50,7 @@ void addFaultySensors(const RobotDescription& description, const UnitFactory& fa
 RobotWorld::RobotWorld(const RobotDescription& description,
                        boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
                        const boost::shared_ptr<QVBroker>& broker, const UnitFactory& factory)
-    : QVModule("VirtualRobot"),
+    : QVModule(VirtualRobotContract::kModule),
       model(description.model),
       motion(boost::make_shared<MotionService>(model)),
       context(makeContext(std::move(map), options, motion, broker)),
@@ -70,10 +71,10 @@ RobotWorld::RobotWorld(const RobotDescription& description,
 RobotWorld::~RobotWorld() = default;
 
 void RobotWorld::xBindMethods() {
-  bindMethod("setVelocity", [this](float vx, float vy, float omega) {
+  bindMethod(VirtualRobotContract::kSetVelocity, [this](float vx, float vy, float omega) {
     setVelocity({vx, vy, omega});
   });
-  bindMethod("getPose", [this] {
+  bindMethod(VirtualRobotContract::kGetPose, [this] {
     const Math::Pose2D pose = getState().pose;
     return std::vector<float>{pose.x, pose.y, pose.theta};
   });

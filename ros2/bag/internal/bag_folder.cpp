@@ -42,6 +42,16 @@ class BagFolder : public BagFile {
     return times;
   }
 
+  std::optional<std::uint64_t> getCount(const std::string& name) const override {
+    std::uint64_t count = 0;
+    for (const auto& file : files) {
+      const auto part = file->getCount(name);
+      if (!part) return std::nullopt;
+      count += *part;
+    }
+    return count;
+  }
+
   std::optional<BagMessage> next() override {
     for (; current < files.size(); ++current) {
       auto message = files[current]->next();

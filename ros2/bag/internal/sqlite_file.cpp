@@ -53,6 +53,14 @@ class SqliteFile : public BagFile {
     return {column(0), column(1)};
   }
 
+  std::optional<std::uint64_t> getCount(const std::string& name) const override {
+    const Statement row = xPrepare(
+        "SELECT COUNT(*) FROM messages WHERE topic_id IN (SELECT id FROM topics WHERE name = ?)");
+    sqlite3_bind_text(row.get(), 1, name.data(), static_cast<int>(name.size()), SQLITE_STATIC);
+    if (sqlite3_step(row.get()) != SQLITE_ROW) return std::nullopt;
+    return static_cast<std::uint64_t>(sqlite3_column_int64(row.get(), 0));
+  }
+
   std::optional<BagMessage> next() override {
     while (!hasEnded) {
       // A statement that is done would begin again.

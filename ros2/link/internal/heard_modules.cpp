@@ -127,7 +127,11 @@ void HeardModules::xLookAt(HeardTopic& topic) {
     ko::log::info("ROS2", "turn") << topic.getName() << ": published again";
     return;
   }
-  if (change == HeardTopic::Change::lost) modules.forget(topic.getName());
+  if (change == HeardTopic::Change::lost) {
+    // Its last words would be believed for ever.
+    plan.mailbox->discard(topic.getName());
+    modules.forget(topic.getName());
+  }
   ko::log::warning("ROS2", "turn")
       << topic.getName() << " (" << topic.getType().getName() << "): nobody publishes it"
       << (change == HeardTopic::Change::lost ? " any more" : "");

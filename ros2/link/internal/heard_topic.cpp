@@ -1,6 +1,9 @@
 #include "ros2/link/internal/heard_topic.h"
 
+#include <exception>
 #include <utility>
+
+#include "platform/ko/log.h"
 
 namespace QV::ros2 {
 namespace {
@@ -10,12 +13,21 @@ constexpr ko::Duration kPatience{2'000'000'000};
 }  // namespace
 
 void HeardTopic::set(bool on, GraphNode& node, HeardMailbox& mailbox) {
-  if (on == isOn()) return;
+  if (on == isOn() || isRefused) return;
   subscription.reset();
   mailbox.discard(options.name);
   if (!on) return;
   since = ko::Clock::now();
   hadWriters = wasMissed = false;
+  try {
+    xSubscribe(node, mailbox);
+  } catch (const std::exception& error) {
+    isRefused = true;
+    ko::log::error("ROS2", "subscribe") << options.name << ": " << error.what();
+  }
+}
+
+void HeardTopic::xSubscribe(GraphNode& node, HeardMailbox& mailbox) {
   subscription = node.subscribe(
       options.name, *options.type, options.qos,
       [&mailbox, name = options.name, type = options.type->getName(), kept = options.kept](

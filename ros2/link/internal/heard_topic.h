@@ -33,17 +33,23 @@ class HeardTopic {
   const MessageType& getType() const { return *options.type; }
   bool isOn() const { return subscription != nullptr; }
 
-  /** Joins or leaves; nothing of what came before is left in the mailbox, which must outlive it. */
+  /**
+   * Joins or leaves; nothing of what came before is left in the mailbox, which must outlive it.
+   * What the graph refuses is logged, and not tried again.
+   */
   void set(bool on, GraphNode& node, HeardMailbox& mailbox);
   /** Whether its publishers have come or gone; `notThere`, once, if there are none for long. */
   Change look();
 
  private:
+  void xSubscribe(GraphNode& node, HeardMailbox& mailbox);
+
   const HeardTopicOptions options;
   std::unique_ptr<Subscription> subscription;
   ko::Clock::time_point since;
   bool hadWriters = false;
   bool wasMissed = false;
+  bool isRefused = false;
 };
 
 }  // namespace QV::ros2

@@ -165,6 +165,7 @@ template <typename Message>
 std::unique_ptr<const MessageType::Layout> layoutOf(const char* name,
                                                     const std::vector<Member<Message>>& members) {
   std::vector<Field> fields;
+  fields.reserve(members.size());
   for (const auto& member : members) fields.push_back(member.field);
   return std::make_unique<const MessageType::Layout>(
       name, std::move(fields), sizeof(Message), alignof(Message),

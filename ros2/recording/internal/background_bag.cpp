@@ -24,8 +24,10 @@ BackgroundBag::~BackgroundBag() {
   thread.join();
 }
 
-std::uint16_t BackgroundBag::addTopic(const BagTopic& topic) {
-  xDo([topic](BagWriter& bag) { bag.addTopic(topic); });
+std::uint16_t BackgroundBag::addTopic(const RunTopic& topic) {
+  xDo([added = makeBagTopic(topic.name, *topic.type, topic.qos)](BagWriter& bag) {
+    bag.addTopic(added);
+  });
   return topicCount++;
 }
 
@@ -36,6 +38,12 @@ void BackgroundBag::addMetadata(const std::string& name,
 
 void BackgroundBag::addAttachment(const BagAttachment& attachment) {
   xDo([attachment](BagWriter& bag) { bag.addAttachment(attachment); });
+}
+
+void BackgroundBag::xWrite(std::uint16_t topic, std::uint64_t time, const MessageType& type,
+                           const void* message) {
+  type.encode(message, cdr);
+  xTake(topic, time);
 }
 
 void BackgroundBag::xTake(std::uint16_t topic, std::uint64_t time) {
@@ -98,7 +106,7 @@ void BackgroundBag::xRun() {
     if (waiting.empty()) return;
     std::vector<Batch> taken = std::exchange(waiting, {});
     lock.unlock();
-    for (const Batch& batch : taken) xWrite(batch);
+    for (const Batch& batch : taken) xPack(batch);
     lock.lock();
     underWay -= taken.size();
     for (Batch& batch : taken) {
@@ -112,7 +120,7 @@ void BackgroundBag::xRun() {
   }
 }
 
-void BackgroundBag::xWrite(const Batch& batch) {
+void BackgroundBag::xPack(const Batch& batch) {
   if (hasFailed) return;
   try {
     std::size_t begin = 0;

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ros2/bag/bag_writer.h"
+#include "ros2/recording/internal/message_sink.h"
 
 namespace QV::ros2 {
 
@@ -17,23 +18,15 @@ namespace QV::ros2 {
  * same calls give the same bytes. Who is too far ahead of it waits. What it throws comes out of a
  * later call, once; from then on nothing is written. Used by one thread at a time. Not copyable.
  */
-class BackgroundBag {
+class BackgroundBag : public MessageSink {
  public:
   /** As BagWriter. */
   explicit BackgroundBag(const std::string& path, const BagOptions& options = {});
-  ~BackgroundBag();
-  BackgroundBag(const BackgroundBag&) = delete;
-  BackgroundBag& operator=(const BackgroundBag&) = delete;
+  ~BackgroundBag() override;
 
-  std::uint16_t addTopic(const BagTopic& topic);
+  std::uint16_t addTopic(const RunTopic& topic) override;
   void addMetadata(const std::string& name, const std::map<std::string, std::string>& values);
   void addAttachment(const BagAttachment& attachment);
-
-  template <typename Message>
-  void write(std::uint16_t topic, std::uint64_t time, const Message& message) {
-    Message::getType().encode(&message, cdr);
-    xTake(topic, time);
-  }
 
   /** Waits until all is in the file, which is whole then and takes no more. */
   void close();
@@ -51,13 +44,15 @@ class BackgroundBag {
     std::function<void(BagWriter&)> other;
   };
 
+  void xWrite(std::uint16_t topic, std::uint64_t time, const MessageType& type,
+              const void* message) override;
   /** What is encoded; a large message becomes a batch of its own, without another copy. */
   void xTake(std::uint16_t topic, std::uint64_t time);
   void xDo(std::function<void(BagWriter&)> call);
   void xHandOver();
   void xThrowIfFailed();
   void xRun();
-  void xWrite(const Batch& batch);
+  void xPack(const Batch& batch);
 
   const std::uint64_t chunkTime;
   BagWriter writer;

@@ -17,18 +17,18 @@ namespace QV::ros2 {
 constexpr ko::Duration kTimeOffset{1'000'000'000};
 
 /** Nanoseconds in a recording; 0 for a time before all others. */
-std::uint64_t logTimeOf(ko::Clock::time_point time);
+QV_API std::uint64_t logTimeOf(ko::Clock::time_point time);
 /** Back from it. */
-ko::Clock::time_point timeOf(std::uint64_t logTime);
+QV_API ko::Clock::time_point timeOf(std::uint64_t logTime);
 
-builtin_interfaces::Time stampOf(ko::Clock::time_point time);
-ko::Clock::time_point timeOf(const builtin_interfaces::Time& stamp);
-std_msgs::Header headerOf(ko::Clock::time_point time, const std::string& frame);
+QV_API builtin_interfaces::Time stampOf(ko::Clock::time_point time);
+QV_API ko::Clock::time_point timeOf(const builtin_interfaces::Time& stamp);
+QV_API std_msgs::Header headerOf(ko::Clock::time_point time, const std::string& frame);
 
-geometry_msgs::Point pointOf(const Math::Position3D& position);
-geometry_msgs::Pose poseOf(const Math::Pose2D& pose);
-Math::Pose2D poseOf(const geometry_msgs::Pose& pose);
-geometry_msgs::Pose poseOf(const Math::Transform& transform);
+QV_API geometry_msgs::Point pointOf(const Math::Position3D& position);
+QV_API geometry_msgs::Pose poseOf(const Math::Pose2D& pose);
+QV_API Math::Pose2D poseOf(const geometry_msgs::Pose& pose);
+QV_API geometry_msgs::Pose poseOf(const Math::Transform& transform);
 geometry_msgs::Transform transformOf(const geometry_msgs::Pose& pose);
 Math::Transform transformOf(const geometry_msgs::Transform& transform);
 

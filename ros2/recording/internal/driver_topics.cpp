@@ -4,6 +4,7 @@
 #include <cmath>
 #include <exception>
 #include <limits>
+#include <utility>
 
 #include "platform/math/transform.h"
 #include "platform/middleware/contracts/navigation_contract.h"
@@ -13,6 +14,7 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/sensor_sorts.h"
+#include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
 namespace {
@@ -25,21 +27,24 @@ constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr float kSomething = 0.9f;
 constexpr std::size_t kEventParts = 5;
 
-sensor_msgs::Range rangeOf(const SensorConfig& config, const Math::SensorFieldOfView2D& view,
-                           ko::Clock::time_point time) {
+sensor_msgs::Range rangeOf(const Math::SensorFieldOfView2D& view) {
   sensor_msgs::Range message;
-  message.header = headerOf(time, config.name);
   message.field_of_view = view.angularRange;
   message.min_range = view.minRange;
   message.max_range = view.maxRange;
   return message;
 }
 
+/** Infinite for what met nothing, minus infinite for what is too near. */
+float rangeIn(const Math::SensorFieldOfView2D& view, float range) {
+  if (range >= view.maxRange) return kInfinity;
+  return range < view.minRange ? -kInfinity : range;
+}
+
 /** One that knows no distance: both limits are the same, minus infinity stands for "there". */
-sensor_msgs::Range contactOf(const SensorConfig& config, bool isThere, ko::Clock::time_point time) {
-  auto view = SensorProperties(config).getFieldOfView();
+sensor_msgs::Range contactOf(Math::SensorFieldOfView2D view, bool isThere) {
   view.minRange = view.maxRange;
-  auto message = rangeOf(config, view, time);
+  auto message = rangeOf(view);
   message.radiation_type = 1;
   message.range = isThere ? -kInfinity : kInfinity;
   return message;
@@ -97,9 +102,8 @@ vision_msgs::Detection3D detectionOf(const QVValue& person, const std_msgs::Head
 
 }  // namespace
 
-DriverTopics::DriverTopics(BackgroundBag& writer, const Model::Robot& robot,
-                           const std::string& base)
-    : writer(writer), base(base) {
+DriverTopics::DriverTopics(MessageSink& sink, const Model::Robot& robot, const FrameNames& names)
+    : sink(sink), names(names) {
   for (const auto& [name, config] : robot.sensorConfigs) {
     if (sortOf(config) == SensorSort::camera) {
       xAddCamera(config);
@@ -110,26 +114,24 @@ DriverTopics::DriverTopics(BackgroundBag& writer, const Model::Robot& robot,
 }
 
 void DriverTopics::xAddCamera(const SensorConfig& config) {
-  cameras.push_back(
-      {&config, config.name + "_optical",
-       writer.addTopic(makeBagTopic("/" + config.name + "/image", sensor_msgs::Image::getType())),
-       writer.addTopic(
-           makeBagTopic("/" + config.name + "/camera_info", sensor_msgs::CameraInfo::getType()))});
+  const std::string& name = config.name;
+  cameras.push_back({&config, names.ofOptics(name),
+                     sink.add<sensor_msgs::Image>(imageTopicOf(name), {}, name),
+                     sink.add<sensor_msgs::CameraInfo>("/" + name + "/camera_info", {}, name)});
   if (people) return;
-  people = writer.addTopic(makeBagTopic("/people", vision_msgs::Detection3DArray::getType()));
+  people = sink.add<vision_msgs::Detection3DArray>("/people", {}, kPeoplePerception);
 }
 
 std::optional<std::uint16_t> DriverTopics::xAddTopic(const SensorConfig& config) {
-  const auto add = [&](const char* what, const MessageType& type) {
-    return writer.addTopic(makeBagTopic("/" + config.name + what, type));
-  };
+  const std::string& name = config.name;
   switch (sortOf(config)) {
     case SensorSort::scan:
-      return add("/scan", sensor_msgs::LaserScan::getType());
+      return sink.add<sensor_msgs::LaserScan>("/" + name + "/scan", {}, name);
     case SensorSort::range:
-      return add("/range", sensor_msgs::Range::getType());
+      return sink.add<sensor_msgs::Range>("/" + name + "/range", {}, name);
     case SensorSort::contact:
-      return add("/contact", sensor_msgs::Range::getType());
+      return sink.add<sensor_msgs::Range>("/" + name + "/contact", {},
+                                          config.memoryKeys.empty() ? kTouch : name);
     default:
       return std::nullopt;
   }
@@ -152,11 +154,12 @@ void DriverTopics::note(const std::string& key, const QVValue& value) {
   if (place != places.end() && (value.isFloat() || value.isInt())) {
     Sensor& sensor = sensors[place->second.sensor];
     sensor.values[place->second.value] = value.toFloat();
-    sensor.isNew = true;
+    sensor.isNew = hasNew = true;
   } else if (key == NavigationContract::kTouchChangedEvent) {
     xNoteTouches(value);
   } else if (key == NavigationContract::kPeopleDetectedEvent && people) {
     newPeople = value;
+    hasNew = true;
   }
 }
 
@@ -166,7 +169,7 @@ void DriverTopics::xNoteTouches(const QVValue& event) {
       const auto found = touched.find(group[0].toString());
       if (found == touched.end()) continue;
       sensors[found->second].values[0] = group[1].toBool() ? 1.0f : 0.0f;
-      sensors[found->second].isNew = true;
+      sensors[found->second].isNew = hasNew = true;
     }
   } catch (const std::exception&) {
     return;
@@ -174,16 +177,17 @@ void DriverTopics::xNoteTouches(const QVValue& event) {
 }
 
 void DriverTopics::write(ko::Clock::time_point time) {
+  hasNew = false;
   for (Sensor& sensor : sensors) {
-    if (!sensor.isNew) continue;
-    sensor.isNew = false;
+    const bool isNew = std::exchange(sensor.isNew, false);
+    if (!isNew || !sink.isRead(sensor.topic)) continue;
     if (sortOf(*sensor.config) == SensorSort::scan) {
       xWriteScan(sensor, time);
     } else {
       xWriteRange(sensor, time);
     }
   }
-  if (newPeople) xWritePeople(*newPeople, time);
+  if (newPeople && sink.isRead(*people)) xWritePeople(*newPeople, time);
   newPeople.reset();
 }
 
@@ -192,7 +196,7 @@ void DriverTopics::xWriteScan(const Sensor& sensor, ko::Clock::time_point time) 
   const auto view = SensorProperties(*sensor.config).getFieldOfView();
   const std::size_t beams = sensor.values.size() / 2;
   sensor_msgs::LaserScan scan;
-  scan.header = headerOf(time, sensor.config->name);
+  scan.header = headerOf(time, names.of(sensor.config->name));
   scan.angle_max = 0.5f * view.angularRange;
   scan.angle_min = -scan.angle_max;
   scan.angle_increment = beams > 1 ? view.angularRange / static_cast<float>(beams - 1) : 0.0f;
@@ -201,22 +205,25 @@ void DriverTopics::xWriteScan(const Sensor& sensor, ko::Clock::time_point time) 
   scan.ranges.reserve(beams);
   for (std::size_t i = 0; i < beams; ++i) {
     const float range = std::hypot(sensor.values[2 * i], sensor.values[2 * i + 1]);
-    scan.ranges.push_back(range >= view.maxRange ? kInfinity : range);
+    scan.ranges.push_back(rangeIn(view, range));
   }
-  writer.write(sensor.topic, logTimeOf(time), scan);
+  sink.write(sensor.topic, logTimeOf(time), scan);
 }
 
 void DriverTopics::xWriteRange(const Sensor& sensor, ko::Clock::time_point time) {
   const SensorConfig& config = *sensor.config;
+  const auto view = SensorProperties(config).getFieldOfView();
   const float value = sensor.values.front();
   sensor_msgs::Range message;
   if (sortOf(config) == SensorSort::contact) {
-    message = contactOf(config, value > kSomething, time);
+    message = contactOf(view, value > kSomething);
   } else {
-    message = rangeOf(config, SensorProperties(config).getFieldOfView(), time);
-    message.range = value >= message.max_range ? kInfinity : value;
+    message = rangeOf(view);
+    message.range = rangeIn(view, value);
+    if (message.range == kInfinity && !noEchoIsInfinite) message.range = view.maxRange;
   }
-  writer.write(sensor.topic, logTimeOf(time), message);
+  message.header = headerOf(time, names.of(config.name));
+  sink.write(sensor.topic, logTimeOf(time), message);
 }
 
 void DriverTopics::xWritePeople(const QVValue& event, ko::Clock::time_point time) {
@@ -224,14 +231,15 @@ void DriverTopics::xWritePeople(const QVValue& event, ko::Clock::time_point time
   try {
     const QVValue& camera = event[kEventParts - 1];
     const auto index = static_cast<std::size_t>(camera.toInt() - kDepthCamera);
-    found.header = headerOf(time, index < cameras.size() ? cameras[index].config->name : base);
+    found.header = headerOf(
+        time, index < cameras.size() ? names.of(cameras[index].config->name) : names.ofBase());
     for (const QVValue& person : event[1].toArray()) {
       found.detections.push_back(detectionOf(person, found.header));
     }
   } catch (const std::exception&) {
     return;
   }
-  writer.write(*people, logTimeOf(time), found);
+  sink.write(*people, logTimeOf(time), found);
 }
 
 void DriverTopics::writeImage(int camera, const QVValue& value, ko::Clock::time_point time) {
@@ -239,9 +247,10 @@ void DriverTopics::writeImage(int camera, const QVValue& value, ko::Clock::time_
   const auto picture = QVImage::fromQVValue(value);
   if (index >= cameras.size() || !picture) return;
   const Camera& of = cameras[index];
+  if (!sink.isRead(of.info) && !sink.isRead(of.image)) return;
   const sensor_msgs::Image image = imageOf(*picture, of.frame);
-  writer.write(of.info, logTimeOf(time), infoOf(*of.config, image));
-  writer.write(of.image, logTimeOf(time), image);
+  sink.write(of.info, logTimeOf(time), infoOf(*of.config, image));
+  sink.write(of.image, logTimeOf(time), image);
 }
 
 }  // namespace QV::ros2

@@ -8,18 +8,24 @@
 
 #include "platform/middleware/qv_value.h"
 #include "platform/model/robot.h"
-#include "ros2/recording/internal/background_bag.h"
+#include "ros2/recording/internal/frame_names.h"
+#include "ros2/recording/internal/message_sink.h"
 
 namespace QV::ros2 {
 
 /** Writes what drivers measured as the messages that others know. */
-class DriverTopics {
+class QV_API DriverTopics {
  public:
-  /** Both must outlive it. `base` is the frame of the robot. */
-  DriverTopics(BackgroundBag& writer, const Model::Robot& robot, const std::string& base);
+  /** The first two must outlive it. */
+  DriverTopics(MessageSink& sink, const Model::Robot& robot, const FrameNames& names);
+
+  /** A Range that met nothing is its greatest from now on, and not infinite. */
+  void tellNoEchoAsGreatestRange() { noEchoIsInfinite = false; }
 
   /** What a key or an event of a sensor says now; others are left out. */
   void note(const std::string& key, const QVValue& value);
+  /** Whether something has been noted that was not written yet. */
+  bool hasNews() const { return hasNew; }
   /** What has been noted since, as measured at `time`. */
   void write(ko::Clock::time_point time);
   /** What QVImage::fromQVValue reads. */
@@ -52,8 +58,9 @@ class DriverTopics {
   void xNoteTouches(const QVValue& event);
   void xWritePeople(const QVValue& event, ko::Clock::time_point time);
 
-  BackgroundBag& writer;
-  const std::string base;
+  MessageSink& sink;
+  const FrameNames names;
+  bool noEchoIsInfinite = true;
   std::vector<Sensor> sensors;
   std::unordered_map<std::string, Place> places;
   std::vector<Camera> cameras;
@@ -61,6 +68,7 @@ class DriverTopics {
   std::map<std::string, std::size_t> touched;
   std::optional<std::uint16_t> people;
   std::optional<QVValue> newPeople;
+  bool hasNew = false;
 };
 
 }  // namespace QV::ros2

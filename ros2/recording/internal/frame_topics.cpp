@@ -12,8 +12,6 @@
 namespace QV::ros2 {
 namespace {
 
-constexpr char kMap[] = "map";
-constexpr char kOdometry[] = "odom";
 constexpr Qos kLatched{true, true, 1};
 
 geometry_msgs::TransformStamped stamped(ko::Clock::time_point time, const std::string& parent,
@@ -28,15 +26,14 @@ geometry_msgs::Pose opticalPose() {
 
 }  // namespace
 
-FrameTopics::FrameTopics(BackgroundBag& writer, const session::Session& session,
-                         const std::string& base)
-    : writer(writer),
-      base(base),
-      tf(writer.addTopic(makeBagTopic("/tf", tf2_msgs::TFMessage::getType()))),
-      tfStatic(
-          writer.addTopic(makeBagTopic("/tf_static", tf2_msgs::TFMessage::getType(), kLatched))),
-      odometry(writer.addTopic(makeBagTopic("/odom", nav_msgs::Odometry::getType()))),
-      clock(writer.addTopic(makeBagTopic("/clock", rosgraph_msgs::Clock::getType()))) {
+FrameTopics::FrameTopics(MessageSink& sink, const session::Session& session,
+                         const FrameNames& names)
+    : sink(sink),
+      names(names),
+      tf(sink.add<tf2_msgs::TFMessage>("/tf")),
+      tfStatic(sink.add<tf2_msgs::TFMessage>("/tf_static", kLatched)),
+      odometry(sink.add<nav_msgs::Odometry>("/odom")),
+      clock(sink.add<rosgraph_msgs::Clock>("/clock")) {
   xWriteMountings(session);
 }
 
@@ -49,33 +46,43 @@ void FrameTopics::xWriteMountings(const session::Session& session) {
   for (const auto& [name, config] : description->sensorConfigs) {
     try {
       const Math::Transform mounted(motion.getTransform(name, MotionContract::kGroundFrame, true));
-      message.transforms.push_back(stamped(now, base, name, poseOf(mounted)));
+      message.transforms.push_back(stamped(now, names.ofBase(), names.of(name), poseOf(mounted)));
     } catch (const std::exception&) {
       continue;
     }
     if (sortOf(config) != SensorSort::camera) continue;
-    message.transforms.push_back(stamped(now, name, name + "_optical", opticalPose()));
+    message.transforms.push_back(stamped(now, names.of(name), names.ofOptics(name), opticalPose()));
   }
-  writer.write(tfStatic, logTimeOf(now), message);
+  sink.write(tfStatic, logTimeOf(now), message);
 }
 
-void FrameTopics::writeStep(const robot::BodyStep& step, ko::Clock::time_point time) {
+void FrameTopics::writeFrames(const robot::BodyStep& step, ko::Clock::time_point time) {
+  if (!sink.isRead(tf)) return;
   // Exactly none where there is none: a recording is played to where the robot was.
   const Math::Pose2D drift =
       step.pose == step.odometry ? Math::Pose2D() : step.pose * Math::pinv(step.odometry);
-  const tf2_msgs::TFMessage transforms{{stamped(time, kMap, kOdometry, poseOf(drift)),
-                                        stamped(time, kOdometry, base, poseOf(step.odometry))}};
-  writer.write(tf, logTimeOf(time), transforms);
+  tf2_msgs::TFMessage message;
+  if (tellsMap)
+    message.transforms.push_back(stamped(time, names.ofMap(), names.ofOdometry(), poseOf(drift)));
+  message.transforms.push_back(
+      stamped(time, names.ofOdometry(), names.ofBase(), poseOf(step.odometry)));
+  sink.write(tf, logTimeOf(time), message);
+}
+
+void FrameTopics::writeStep(const robot::BodyStep& step, ko::Clock::time_point time) {
+  writeFrames(step, time);
+  if (!sink.isRead(odometry)) return;
   nav_msgs::Odometry message;
-  message.header = headerOf(time, kOdometry);
-  message.child_frame_id = base;
+  message.header = headerOf(time, names.ofOdometry());
+  message.child_frame_id = names.ofBase();
   message.pose.pose = poseOf(step.odometry);
   message.twist.twist = {{step.velocity.x, step.velocity.y, 0.0}, {0.0, 0.0, step.velocity.theta}};
-  writer.write(odometry, logTimeOf(time), message);
+  sink.write(odometry, logTimeOf(time), message);
 }
 
 void FrameTopics::writeClock(ko::Clock::time_point time) {
-  writer.write(clock, logTimeOf(time), rosgraph_msgs::Clock{stampOf(time)});
+  if (!sink.isRead(clock)) return;
+  sink.write(clock, logTimeOf(time), rosgraph_msgs::Clock{stampOf(time)});
 }
 
 }  // namespace QV::ros2

@@ -3,25 +3,32 @@
 #include <string>
 
 #include "robot/services/internal/input_listener.h"
-#include "ros2/recording/internal/background_bag.h"
+#include "ros2/recording/internal/frame_names.h"
+#include "ros2/recording/internal/message_sink.h"
 #include "session/session.h"
 
 namespace QV::ros2 {
 
 /** Writes where the robot and its sensors are: tf, odometry and the clock. */
-class FrameTopics {
+class QV_API FrameTopics {
  public:
-  /** `base` is the frame of the robot. Writes where its sensors are mounted. */
-  FrameTopics(BackgroundBag& writer, const session::Session& session, const std::string& base);
+  /** `sink` must outlive it. Writes where the robot's sensors are mounted. */
+  FrameTopics(MessageSink& sink, const session::Session& session, const FrameNames& names);
+
+  /** Others say from now on where odometry began in the map. */
+  void leaveMapToOthers() { tellsMap = false; }
 
   void writeStep(const robot::BodyStep& step, ko::Clock::time_point time);
+  /** Only tf of it. */
+  void writeFrames(const robot::BodyStep& step, ko::Clock::time_point time);
   void writeClock(ko::Clock::time_point time);
 
  private:
   void xWriteMountings(const session::Session& session);
 
-  BackgroundBag& writer;
-  const std::string base;
+  MessageSink& sink;
+  const FrameNames names;
+  bool tellsMap = true;
   const std::uint16_t tf;
   const std::uint16_t tfStatic;
   const std::uint16_t odometry;

@@ -19,10 +19,18 @@ std::string withoutSlash(const std::string& frame) {
 }
 
 void FrameTree::add(const tf2_msgs::TFMessage& message) {
+  xAddAll(message, true);
+}
+
+void FrameTree::addNew(const tf2_msgs::TFMessage& message) {
+  xAddAll(message, false);
+}
+
+void FrameTree::xAddAll(const tf2_msgs::TFMessage& message, bool inPlace) {
   std::string wrong;
   for (const auto& transform : message.transforms) {
     try {
-      xAdd(transform);
+      xAdd(transform, inPlace);
     } catch (const std::runtime_error& error) {
       if (wrong.empty()) wrong = error.what();
     }
@@ -30,9 +38,10 @@ void FrameTree::add(const tf2_msgs::TFMessage& message) {
   if (!wrong.empty()) throw std::runtime_error(wrong);
 }
 
-void FrameTree::xAdd(const geometry_msgs::TransformStamped& transform) {
+void FrameTree::xAdd(const geometry_msgs::TransformStamped& transform, bool inPlace) {
   const std::string child = withoutSlash(transform.child_frame_id);
   const std::string parent = withoutSlash(transform.header.frame_id);
+  if (!inPlace && has(child)) return;
   if (child.empty() || parent.empty())
     throw std::runtime_error("frames with names expected, \"" + child + "\" in \"" + parent +
                              "\" given");

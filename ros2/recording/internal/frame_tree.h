@@ -16,6 +16,8 @@ class QV_API FrameTree {
   /** Throws std::runtime_error for the first transform that is none or closes a ring of frames,
    * when the others are added. */
   void add(const tf2_msgs::TFMessage& message);
+  /** What is known already stays. */
+  void addNew(const tf2_msgs::TFMessage& message);
 
   bool has(const std::string& frame) const { return links.count(frame) > 0; }
   /** Where `frame` is in `other`; nothing if no chain of frames leads from one to the other. */
@@ -28,7 +30,9 @@ class QV_API FrameTree {
     std::string parent;
     Math::Transform placed;
   };
-  void xAdd(const geometry_msgs::TransformStamped& transform);
+  /** `inPlace` of what is known already. */
+  void xAddAll(const tf2_msgs::TFMessage& message, bool inPlace);
+  void xAdd(const geometry_msgs::TransformStamped& transform, bool inPlace);
   /** From a frame on, those that it hangs on: where the frame is in each. */
   std::vector<Link> xAncestorsOf(const std::string& frame) const;
 

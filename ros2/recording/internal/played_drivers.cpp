@@ -29,10 +29,10 @@ const std::string& descriptionOf(const RunReader& reader) {
 
 }  // namespace
 
-PlayedDrivers::PlayedDrivers(std::unique_ptr<RunReader> given)
+PlayedDrivers::PlayedDrivers(std::unique_ptr<RunReader> given, const sensor::SensorFactory& sensors)
     : PlayedRobot(std::move(given)),
       isLog(getSort() == "log"),
-      model(Model::ModelUtils::robotFromXml(descriptionOf(getReader()))),
+      model(Model::ModelUtils::robotFromXml(descriptionOf(getReader()), sensors.getKinds())),
       memory(boost::make_shared<robot::MemoryService>(broker)),
       devices(boost::make_shared<robot::DeviceManager>(broker)),
       motion(boost::make_shared<robot::MotionService>(model)),
@@ -49,7 +49,7 @@ PlayedDrivers::PlayedDrivers(std::unique_ptr<RunReader> given)
   beat.compensateCallbackTime(true);
   beat.setCallback([this] { xStep(); });
   if (!isLog) beat.start(false);
-  navigation = boost::make_shared<sensor::NavigationModule>(broker);
+  navigation = boost::make_shared<sensor::NavigationModule>(broker, sensors);
   hosting.emplace(broker, navigation);
 }
 

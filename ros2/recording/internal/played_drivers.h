@@ -18,6 +18,7 @@
 #include "robot/services/memory_service.h"
 #include "robot/services/video_device.h"
 #include "ros2/recording/internal/played_robot.h"
+#include "sensor/real/sensor_factory.h"
 
 namespace QV::ros2 {
 
@@ -28,7 +29,7 @@ namespace QV::ros2 {
  */
 class PlayedDrivers : public PlayedRobot {
  public:
-  explicit PlayedDrivers(std::unique_ptr<RunReader> reader);
+  PlayedDrivers(std::unique_ptr<RunReader> reader, const sensor::SensorFactory& sensors);
   ~PlayedDrivers() override;
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }

@@ -73,10 +73,11 @@ const std::vector<Math::MetricalData>* PlayedRobot::getRecorded() const {
   return isAtLook ? &recorded : nullptr;
 }
 
-std::unique_ptr<PlayedRobot> makePlayedRobot(std::unique_ptr<RunReader> reader) {
+std::unique_ptr<PlayedRobot> makePlayedRobot(std::unique_ptr<RunReader> reader,
+                                             const sensor::SensorFactory& sensors) {
   if (reader->getFacts().sort.starts_with("simulated "))
     return std::make_unique<PlayedPoses>(std::move(reader));
-  return std::make_unique<PlayedDrivers>(std::move(reader));
+  return std::make_unique<PlayedDrivers>(std::move(reader), sensors);
 }
 
 }  // namespace QV::ros2

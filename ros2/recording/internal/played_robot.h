@@ -54,6 +54,7 @@ class PlayedRobot : public BagRobot {
 };
 
 /** Made at facts.start, in simulated time. What is wrong with the recording: std::runtime_error. */
-std::unique_ptr<PlayedRobot> makePlayedRobot(std::unique_ptr<RunReader> reader);
+std::unique_ptr<PlayedRobot> makePlayedRobot(std::unique_ptr<RunReader> reader,
+                                             const sensor::SensorFactory& sensors);
 
 }  // namespace QV::ros2

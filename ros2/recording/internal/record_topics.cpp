@@ -11,7 +11,6 @@
 namespace QV::ros2 {
 namespace {
 
-constexpr char kMap[] = "map";
 constexpr Qos kLatched{true, true, 1};
 constexpr int kArcPoints = 15;
 constexpr std::uint8_t kFloat32 = 7;
@@ -80,6 +79,22 @@ visualization_msgs::Marker markerOf(const session::SensorState& sensor,
   return marker;
 }
 
+constexpr std::int32_t kCylinder = 3;
+constexpr std::int32_t kDeleteAll = 3;
+
+visualization_msgs::Marker personAt(const Math::Position3D& head, const std_msgs::Header& header) {
+  constexpr double kWidth = 0.5;
+  constexpr double kHeight = 1.8;
+  visualization_msgs::Marker marker;
+  marker.header = header;
+  marker.ns = "people";
+  marker.type = kCylinder;
+  marker.pose.position = {head.x, head.y, 0.5 * kHeight};
+  marker.scale = {kWidth, kWidth, kHeight};
+  marker.color = {1.0f, 0.6f, 0.2f, 0.8f};
+  return marker;
+}
+
 diagnostic_msgs::DiagnosticStatus statusOf(const session::SensorState& sensor) {
   using sensor::HealthState;
   constexpr std::byte kWarning{1};
@@ -100,35 +115,34 @@ diagnostic_msgs::DiagnosticStatus statusOf(const session::SensorState& sensor) {
 
 }  // namespace
 
-RecordTopics::RecordTopics(BackgroundBag& writer, const std::string& base,
-                           std::set<std::string> mounted)
-    : writer(writer),
-      base(base),
+RecordTopics::RecordTopics(MessageSink& sink, const FrameNames& names,
+                           std::set<std::string> mounted, CameraPoints* cameraPoints)
+    : sink(sink),
+      names(names),
       mounted(std::move(mounted)),
-      records(writer.addTopic(makeBagTopic(kRecordsTopic, qv_msgs::Records::getType()))),
-      states(
-          writer.addTopic(makeBagTopic("/qv/sensors", qv_msgs::SensorStates::getType(), kLatched))),
-      views(writer.addTopic(
-          makeBagTopic("/fields_of_view", visualization_msgs::MarkerArray::getType(), kLatched))),
-      diagnostics(writer.addTopic(
-          makeBagTopic("/diagnostics", diagnostic_msgs::DiagnosticArray::getType()))),
+      cameraPoints(cameraPoints),
+      records(sink.add<qv_msgs::Records>(kRecordsTopic)),
+      states(sink.add<qv_msgs::SensorStates>("/qv/sensors", kLatched)),
+      views(sink.add<visualization_msgs::MarkerArray>("/fields_of_view", kLatched)),
+      people(sink.add<visualization_msgs::MarkerArray>("/people_markers")),
+      diagnostics(sink.add<diagnostic_msgs::DiagnosticArray>("/diagnostics")),
       cloud(emptyCloud()) {}
+
+void RecordTopics::announce(const std::set<std::string>& sensors) {
+  for (const std::string& sensor : sensors) xTopicOf(sensor);
+}
 
 void RecordTopics::write(const session::Snapshot& snapshot) {
   message.records.clear();
   for (const session::SensorState& sensor : snapshot.sensors) {
     if (sensor.records.empty()) continue;
-    xAddRecords(sensor);
-    if (xHasOwnCloud(sensor)) {
-      xWriteRawPoints(sensor, snapshot.time);
-    } else {
-      xWritePlacedPoints(sensor, snapshot.time);
-    }
+    xWriteSensor(sensor, snapshot.time);
     xNoteView(sensor, snapshot);
   }
-  writer.write(records, logTimeOf(snapshot.time), message);
-  if (hasNewViews) writer.write(views, logTimeOf(snapshot.time), markers);
+  if (sink.isRead(records)) sink.write(records, logTimeOf(snapshot.time), message);
+  if (hasNewViews) sink.write(views, logTimeOf(snapshot.time), markers);
   hasNewViews = false;
+  xWritePeople(snapshot);
   xWriteStates(snapshot);
   xWriteHealth(snapshot);
 }
@@ -141,40 +155,68 @@ bool RecordTopics::xHasOwnCloud(const session::SensorState& sensor) const {
 std::uint16_t RecordTopics::xTopicOf(const std::string& name) {
   const auto found = clouds.find(name);
   if (found != clouds.end()) return found->second;
-  const auto topic =
-      writer.addTopic(makeBagTopic(cloudTopicOf(name), sensor_msgs::PointCloud2::getType()));
+  const auto topic = sink.add<sensor_msgs::PointCloud2>(cloudTopicOf(name), {}, name);
   return clouds.emplace(name, topic).first->second;
 }
 
 void RecordTopics::xAddRecords(const session::SensorState& sensor) {
-  const bool hasOwnCloud = xHasOwnCloud(sensor);
-  std::uint32_t start = 0;
   for (const auto& record : sensor.records) {
-    auto& added = message.records.emplace_back(messageWithoutPoints(record));
-    const auto count = static_cast<std::uint32_t>(record.points.size());
-    if (hasOwnCloud) {
-      added.cloud = cloudTopicOf(sensor.name);
-      added.cloud_start = start;
-      added.cloud_count = count;
-      start += count;
-    } else {
-      added.points.reserve(count);
-      for (const auto& point : record.points) added.points.push_back({point.x, point.y, point.z});
-    }
+    auto& points = message.records.emplace_back(messageWithoutPoints(record)).points;
+    points.reserve(record.points.size());
+    for (const auto& point : record.points) points.push_back({point.x, point.y, point.z});
   }
 }
 
-void RecordTopics::xWriteRawPoints(const session::SensorState& sensor, ko::Clock::time_point time) {
-  clear(cloud, sensor.records.front().timestamp, sensor.name);
-  for (const auto& record : sensor.records) append(cloud, record.points);
-  writer.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
+void RecordTopics::xAddRecordsOf(const session::SensorState& sensor, const std::string& topic) {
+  std::uint32_t start = 0;
+  for (const auto& record : sensor.records) {
+    auto& added = message.records.emplace_back(messageWithoutPoints(record));
+    added.cloud = topic;
+    added.cloud_start = start;
+    added.cloud_count = static_cast<std::uint32_t>(record.points.size());
+    start += added.cloud_count;
+  }
 }
 
-void RecordTopics::xWritePlacedPoints(const session::SensorState& sensor,
-                                      ko::Clock::time_point time) {
-  clear(cloud, time, kMap);
-  append(cloud, pointsOf(sensor.marks));
-  writer.write(xTopicOf(sensor.name), logTimeOf(time), cloud);
+// Where all points are pixels of a recorded image, viewers are shown some of them.
+void RecordTopics::xWriteSensor(const session::SensorState& sensor, ko::Clock::time_point time) {
+  const bool hasOwnCloud = xHasOwnCloud(sensor);
+  const bool isOfImage = hasOwnCloud && cameraPoints && cameraPoints->write(sensor, time);
+  if (!hasOwnCloud && sink.isRead(records)) xAddRecords(sensor);
+  if (hasOwnCloud && sink.isRead(records))
+    xAddRecordsOf(sensor, isOfImage ? imagePointsTopicOf(sensor.name) : cloudTopicOf(sensor.name));
+  const std::uint16_t topic = xTopicOf(sensor.name);
+  if (!sink.isRead(topic)) return;
+  if (!hasOwnCloud) {
+    clear(cloud, time, names.ofMap());
+    append(cloud, pointsOf(sensor.marks));
+  } else {
+    clear(cloud, sensor.records.front().timestamp, names.of(sensor.name));
+    if (isOfImage) append(cloud, cameraPoints->getThinned());
+    for (const auto& record : sensor.records) {
+      if (!isOfImage) append(cloud, record.points);
+    }
+  }
+  sink.write(topic, logTimeOf(time), cloud);
+}
+
+// Those who are not seen any more are gone.
+void RecordTopics::xWritePeople(const session::Snapshot& snapshot) {
+  const std_msgs::Header header = headerOf(snapshot.time, names.ofMap());
+  visualization_msgs::MarkerArray seen;
+  seen.markers.resize(1);
+  seen.markers.front().header = header;
+  seen.markers.front().action = kDeleteAll;
+  for (const session::SensorState& sensor : snapshot.sensors) {
+    if (sensor.name != kPeoplePerception) continue;
+    for (const Math::Position3D& head : sensor.marks.hits) {
+      seen.markers.push_back(personAt(head, header));
+      seen.markers.back().id = static_cast<std::int32_t>(seen.markers.size());
+    }
+  }
+  const bool isAnybodyThere = seen.markers.size() > 1;
+  const bool wereSome = std::exchange(hasShownPeople, isAnybodyThere);
+  if (isAnybodyThere || wereSome) sink.write(people, logTimeOf(snapshot.time), seen);
 }
 
 void RecordTopics::xNoteView(const session::SensorState& sensor,
@@ -186,7 +228,7 @@ void RecordTopics::xNoteView(const session::SensorState& sensor,
   seen->second = view;
   hasNewViews = true;
   std::erase_if(markers.markers, [&](const auto& marker) { return marker.ns == sensor.name; });
-  markers.markers.push_back(markerOf(sensor, snapshot, base));
+  markers.markers.push_back(markerOf(sensor, snapshot, names.ofBase()));
 }
 
 void RecordTopics::xWriteStates(const session::Snapshot& snapshot) {
@@ -200,20 +242,20 @@ void RecordTopics::xWriteStates(const session::Snapshot& snapshot) {
   }
   if (now == lastStates) return;
   lastStates = now;
-  writer.write(states, logTimeOf(snapshot.time), now);
+  sink.write(states, logTimeOf(snapshot.time), now);
 }
 
 void RecordTopics::xWriteHealth(const session::Snapshot& snapshot) {
   std::map<std::string, sensor::HealthState> now;
   diagnostic_msgs::DiagnosticArray message;
-  message.header = headerOf(snapshot.time, base);
+  message.header = headerOf(snapshot.time, names.ofBase());
   for (const auto& sensor : snapshot.sensors) {
     now[sensor.name] = sensor.health.state;
     message.status.push_back(statusOf(sensor));
   }
   if (now == lastHealth) return;
   lastHealth = std::move(now);
-  writer.write(diagnostics, logTimeOf(snapshot.time), message);
+  sink.write(diagnostics, logTimeOf(snapshot.time), message);
 }
 
 }  // namespace QV::ros2

@@ -7,37 +7,51 @@
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
-#include "ros2/recording/internal/background_bag.h"
+#include "ros2/recording/internal/camera_points.h"
+#include "ros2/recording/internal/frame_names.h"
+#include "ros2/recording/internal/message_sink.h"
 #include "session/snapshot.h"
 
 namespace QV::ros2 {
 
 /** Writes what a snapshot shows: the records, without loss and as points, and who wants them. */
-class RecordTopics {
+class QV_API RecordTopics {
  public:
-  /** `base` is the frame of the robot; `mounted` are the sensors that have frames of their own. */
-  RecordTopics(BackgroundBag& writer, const std::string& base, std::set<std::string> mounted);
+  /**
+   * `mounted` are the sensors that have frames of their own. Points of cameras go to
+   * `cameraPoints`, where that is not null. Both sinks must outlive it.
+   */
+  RecordTopics(MessageSink& sink, const FrameNames& names, std::set<std::string> mounted,
+               CameraPoints* cameraPoints = nullptr);
 
+  /** Makes the topics of their points now, and not when there are some for the first time. */
+  void announce(const std::set<std::string>& sensors);
   void write(const session::Snapshot& snapshot);
+  /** The next snapshot's health is written in any case. */
+  void repeatHealth() { lastHealth.clear(); }
 
  private:
   /** Whether a sensor's points go into a cloud as they are, and not into its records. */
   bool xHasOwnCloud(const session::SensorState& sensor) const;
   std::uint16_t xTopicOf(const std::string& name);
   void xAddRecords(const session::SensorState& sensor);
-  void xWriteRawPoints(const session::SensorState& sensor, ko::Clock::time_point time);
-  void xWritePlacedPoints(const session::SensorState& sensor, ko::Clock::time_point time);
+  /** Without their points, which are in a message on this topic. */
+  void xAddRecordsOf(const session::SensorState& sensor, const std::string& topic);
+  void xWriteSensor(const session::SensorState& sensor, ko::Clock::time_point time);
+  void xWritePeople(const session::Snapshot& snapshot);
   void xNoteView(const session::SensorState& sensor, const session::Snapshot& snapshot);
   void xWriteStates(const session::Snapshot& snapshot);
   /** When a sensor has come into another state. */
   void xWriteHealth(const session::Snapshot& snapshot);
 
-  BackgroundBag& writer;
-  const std::string base;
+  MessageSink& sink;
+  const FrameNames names;
   const std::set<std::string> mounted;
+  CameraPoints* const cameraPoints;
   const std::uint16_t records;
   const std::uint16_t states;
   const std::uint16_t views;
+  const std::uint16_t people;
   const std::uint16_t diagnostics;
   qv_msgs::Records message;
   sensor_msgs::PointCloud2 cloud;
@@ -45,6 +59,7 @@ class RecordTopics {
   std::map<std::string, Math::SensorFieldOfView2D> seenViews;
   visualization_msgs::MarkerArray markers;
   bool hasNewViews = false;
+  bool hasShownPeople = false;
   qv_msgs::SensorStates lastStates;
   std::map<std::string, sensor::HealthState> lastHealth;
 };

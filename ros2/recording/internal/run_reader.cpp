@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cstring>
+#include <ranges>
 #include <stdexcept>
 #include <utility>
 
@@ -9,6 +10,7 @@
 
 #include "ros2/recording/internal/bag_robot.h"
 #include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/image_points.h"
 #include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
@@ -18,6 +20,8 @@ using Point = Math::Position3D;
 
 // More between two events than any robot tells.
 constexpr std::size_t kMostWaiting = 200'000;
+// At least as many as a recorder may name.
+constexpr std::size_t kRecentImages = 4;
 
 RecordingFacts readFacts(const BagReader& bag) {
   for (const BagMetadata& metadata : bag.getMetadata()) {
@@ -83,9 +87,8 @@ void RunReader::xTake(const BagMessage& message) {
   if (isOf<tf2_msgs::TFMessage>(message, "/tf")) return xTakeTransforms(message);
   if (isOf<sensor_msgs::Image>(message)) return xTakeImage(message);
   if (isOf<nav_msgs::OccupancyGrid>(message, kMapTopic)) return xTakeMap(message);
-  if (isOf<sensor_msgs::PointCloud2>(message)) {
-    clouds[message.topic->name] = fromCdr<sensor_msgs::PointCloud2>(message.data);
-  }
+  if (isOf<sensor_msgs::PointCloud2>(message)) return xTakeCloud(message);
+  if (isOf<qv_msgs::ImagePoints>(message)) return xTakeImagePoints(message);
   if (isOf<qv_msgs::Command>(message, kCommandsTopic)) {
     events.push_back({RunEvent::Sort::command, time, fromCdr<qv_msgs::Command>(message.data)});
   }
@@ -126,29 +129,56 @@ void RunReader::xTakeImage(const BagMessage& message) {
                  cv::Mat_<std::uint16_t>(height, width)};
   std::memcpy(taken.depth.data, image.data.data(), image.data.size());
   const std::string& topic = message.topic->name;
+  auto& recent = recentImages[topic];
+  recent.push_back(taken);
+  if (recent.size() > kRecentImages) recent.pop_front();
   auto& queue = images[topic.substr(1, topic.rfind('/') - 1)];
   queue.push_back(std::move(taken));
   if (queue.size() > 1000) queue.pop_front();
 }
 
+void RunReader::xTakeCloud(const BagMessage& message) {
+  const auto cloud = fromCdr<sensor_msgs::PointCloud2>(message.data);
+  Cloud& taken = clouds[message.topic->name];
+  taken = {message.logTime, std::vector<Point>(cloud.data.size() / sizeof(Point))};
+  if (taken.points.empty()) return;
+  std::memcpy(taken.points.data(), cloud.data.data(), taken.points.size() * sizeof(Point));
+}
+
+void RunReader::xTakeImagePoints(const BagMessage& message) {
+  const auto points = fromCdr<qv_msgs::ImagePoints>(message.data);
+  const auto time = timeOf(static_cast<std::uint64_t>(points.image_time));
+  // Of two at one time the later.
+  for (const RunImage& image : recentImages[points.image] | std::views::reverse) {
+    if (image.time != time) continue;
+    clouds[message.topic->name] = {message.logTime, decodePoints(points, image.depth)};
+    return;
+  }
+}
+
+// A look whose points lie in a damaged part can't be compared.
 void RunReader::xTakeRecords(const BagMessage& message) {
   RunEvent event{RunEvent::Sort::look, timeOf(message.logTime)};
   for (const auto& told : fromCdr<qv_msgs::Records>(message.data).records) {
     event.records.push_back(recordOf(told));
-    if (!told.cloud.empty()) xAddPoints(told, event.records.back());
+    if (!told.cloud.empty() && !xAddPoints(told, message.logTime, event.records.back())) return;
   }
   events.push_back(std::move(event));
 }
 
-void RunReader::xAddPoints(const qv_msgs::MetricalData& message, Math::MetricalData& record) const {
+bool RunReader::xAddPoints(const qv_msgs::MetricalData& message, std::uint64_t time,
+                           Math::MetricalData& record) const {
   const auto cloud = clouds.find(message.cloud);
-  const std::size_t begin = std::size_t{message.cloud_start} * sizeof(Point);
-  const std::size_t bytes = std::size_t{message.cloud_count} * sizeof(Point);
-  if (cloud == clouds.end() || cloud->second.data.size() < begin + bytes)
-    throw std::runtime_error("the points of " + message.sensor_name + " expected on " +
-                             message.cloud + ", there are none");
-  record.points.resize(message.cloud_count);
-  if (bytes > 0) std::memcpy(record.points.data(), cloud->second.data.data() + begin, bytes);
+  if (cloud == clouds.end() || cloud->second.time != time) return false;
+  const auto& points = cloud->second.points;
+  if (points.size() < std::size_t{message.cloud_start} + message.cloud_count)
+    throw std::runtime_error(std::to_string(message.cloud_count) + " points of " +
+                             message.sensor_name + " expected on " + message.cloud + " from " +
+                             std::to_string(message.cloud_start) + " on, it has " +
+                             std::to_string(points.size()));
+  const auto begin = points.begin() + message.cloud_start;
+  record.points.assign(begin, begin + message.cloud_count);
+  return true;
 }
 
 void RunReader::xTakeMap(const BagMessage& message) {

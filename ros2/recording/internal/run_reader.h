@@ -71,8 +71,12 @@ class RunReader {
   void xTakeInputs(const BagMessage& message);
   void xTakeTransforms(const BagMessage& message);
   void xTakeImage(const BagMessage& message);
+  void xTakeCloud(const BagMessage& message);
+  void xTakeImagePoints(const BagMessage& message);
   void xTakeRecords(const BagMessage& message);
-  void xAddPoints(const qv_msgs::MetricalData& message, Math::MetricalData& record) const;
+  /** False if its cloud of this time is missing. */
+  bool xAddPoints(const qv_msgs::MetricalData& message, std::uint64_t time,
+                  Math::MetricalData& record) const;
   void xTakeMap(const BagMessage& message);
 
   const std::string path;
@@ -81,8 +85,14 @@ class RunReader {
   std::string description;
   boost::shared_ptr<OccupancyMap> map;
   InputDecoder decoder;
-  /** By topic; of the last of each. */
-  std::map<std::string, sensor_msgs::PointCloud2> clouds;
+  struct Cloud {
+    std::uint64_t time = 0;
+    std::vector<Math::Position3D> points;
+  };
+  /** By topic; the last of each. */
+  std::map<std::string, Cloud> clouds;
+  /** By topic; the last few of each. */
+  std::map<std::string, std::deque<RunImage>> recentImages;
   ko::Clock::time_point lastInput;
 };
 

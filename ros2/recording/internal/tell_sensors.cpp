@@ -1,5 +1,6 @@
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 
 #include "platform/middleware/contracts/navigation_contract.h"
@@ -25,18 +26,19 @@ void checkFrame(const ToldSensor& sensor, const std_msgs::Header& header) {
                              "\" given");
 }
 
-bool isEcho(const ToldSensor& sensor, float range) {
-  return range >= sensor.minRange && range < sensor.maxRange;
+/** What a beam has met: too near is as near as can be, and what is none, as 0 often is, nothing. */
+float metBy(const ToldSensor& sensor, float range) {
+  if (range == -std::numeric_limits<float>::infinity()) return sensor.minRange;
+  const bool isEcho = range >= sensor.minRange && range < sensor.maxRange;
+  return isEcho ? range : sensor.maxRange + kBeyond;
 }
 
-/** The beam of the nearest echo of those from `first` on and before `end`. */
+/** The beam, of those from `first` on and before `end`, that has met the nearest. */
 std::size_t nearestOf(const ToldSensor& sensor, const std::vector<float>& ranges, std::size_t first,
                       std::size_t end) {
   std::size_t nearest = first;
-  for (std::size_t i = first + 1; i < end; ++i) {
-    const bool isNearer = !isEcho(sensor, ranges[nearest]) || ranges[i] < ranges[nearest];
-    if (isEcho(sensor, ranges[i]) && isNearer) nearest = i;
-  }
+  for (std::size_t i = first + 1; i < end; ++i)
+    if (metBy(sensor, ranges[i]) < metBy(sensor, ranges[nearest])) nearest = i;
   return nearest;
 }
 
@@ -58,9 +60,8 @@ bool movesByItself(const Model::JointConfig& joint) {
 
 }  // namespace
 
-// A range that is none, as 0 often is, has met nothing.
 void ToldModules::xWriteBeam(const ToldSensor& sensor, std::size_t beam, float range, float angle) {
-  const float told = isEcho(sensor, range) ? range : sensor.maxRange + kBeyond;
+  const float told = metBy(sensor, range);
   const auto& keys = xConfigOf(sensor).memoryKeys;
   memory->insertData(keys[2 * beam], told * std::cos(angle));
   memory->insertData(keys[2 * beam + 1], told * std::sin(angle));

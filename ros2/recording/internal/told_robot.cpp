@@ -30,11 +30,12 @@ TopicSurvey surveyTopics(const std::string& path) {
   BagReader bag(path);
   TopicSurveyor surveyor;
   for (const BagTopic* const topic : bag.getTopics())
-    if (isReadable(*topic)) surveyor.expect(topic->name, topic->type);
+    if (isReadable(*topic) && bag.getCount(topic->name) != 0)
+      surveyor.expect(topic->name, topic->type);
   const std::uint64_t start = bag.getTimes().start;
   while (const auto message = bag.next()) {
+    if (surveyor.isComplete() && message->logTime - start > kLongEnough) break;
     if (isReadable(*message->topic)) surveyor.take(toldBy(*message));
-    if (message->logTime - start > kLongEnough) break;
   }
   try {
     return surveyor.make();
@@ -50,7 +51,6 @@ ToldRobot::ToldRobot(const std::string& path, const TopicSurvey& survey)
           describe(survey), survey, [](const auto&) { return ko::Clock::now(); }, "Recording"),
       navigation(boost::make_shared<sensor::NavigationModule>(modules.getBroker())),
       start(ko::Clock::now()),
-      late(survey.missing),
       due(start) {
   hosting.emplace(modules.getBroker(), navigation);
 }
@@ -64,9 +64,6 @@ void ToldRobot::xReadNext() const {
     upcoming = bag->next();
     if (!upcoming) return;
     const BagTopic& topic = *upcoming->topic;
-    if (late.erase(topic.name) > 0)
-      ko::log::warning("Recording", "play")
-          << topic.name << ": not played, as its first message comes after more than 30 s";
     if (!isReadable(topic) || !modules.hears(topic.name, topic.type)) upcoming.reset();
   }
   due = xTimeOf(upcoming->logTime);

@@ -2,7 +2,6 @@
 
 #include <memory>
 #include <optional>
-#include <set>
 #include <string>
 
 #include <boost/shared_ptr.hpp>
@@ -12,7 +11,8 @@
 
 namespace QV::ros2 {
 
-/** Of the first half a minute of a recording. std::runtime_error if no topic makes a sensor. */
+/** Of half a minute of a recording, and on until each topic has come up. std::runtime_error if no
+ * topic makes a sensor. */
 TopicSurvey surveyTopics(const std::string& path);
 
 /**
@@ -60,8 +60,6 @@ class ToldRobot : public BagRobot {
 
   const ko::Clock::time_point start;
   bool isAmid = false;
-  /** Topics that nothing is made of, as they begin too late; nobody has been warned of them. */
-  mutable std::set<std::string> late;
   mutable std::optional<BagMessage> upcoming;
   mutable std::optional<std::uint64_t> lastLogTime;
   mutable ko::Clock::time_point due;

@@ -11,6 +11,10 @@ inline constexpr char kRecordsTopic[] = "/qv/records";
 inline constexpr char kDescriptionTopic[] = "/robot_description";
 inline constexpr char kMapTopic[] = "/map";
 
+/** The sensors of people and of all touches, which no description names. */
+inline constexpr char kPeoplePerception[] = "PeoplePerception";
+inline constexpr char kTouch[] = "Touch";
+
 /** Of a sensor, what its driver measured: "scan", "range", "contact" or "image". */
 inline std::string driverTopicOf(const std::string& sensor, const char* what) {
   return "/" + sensor + "/" + what;
@@ -19,6 +23,14 @@ inline std::string driverTopicOf(const std::string& sensor, const char* what) {
 /** Of a sensor's points. */
 inline std::string cloudTopicOf(const std::string& sensor) {
   return "/" + sensor + "/points";
+}
+
+/** Of a camera's images, and of its points as pixels of them. */
+inline std::string imageTopicOf(const std::string& camera) {
+  return "/" + camera + "/image";
+}
+inline std::string imagePointsTopicOf(const std::string& camera) {
+  return "/" + camera + "/image_points";
 }
 
 }  // namespace QV::ros2

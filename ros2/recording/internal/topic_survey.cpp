@@ -121,7 +121,7 @@ float middleOf(const sensor_msgs::LaserScan& scan) {
 }
 
 void TopicSurveyor::expect(const std::string& topic, const std::string& type) {
-  if (makesSensor(type)) survey.missing.insert(topic);
+  if (makesSensor(type)) missing.insert(topic);
 }
 
 void TopicSurveyor::take(const ToldMessage& message) {
@@ -129,13 +129,15 @@ void TopicSurveyor::take(const ToldMessage& message) {
     xTake(message);
   } catch (const std::runtime_error&) {
     // The next one may be sound.
-    refused.insert(message.topic);
+    constexpr int kPatience = 100;
+    if (++refused[message.topic] == kPatience) missing.erase(message.topic);
   }
 }
 
 void TopicSurveyor::xTake(const ToldMessage& message) {
   const auto& [topic, type, cdr] = message;
-  if (isOf<tf2_msgs::TFMessage>(type)) survey.frames.add(fromCdr<tf2_msgs::TFMessage>(cdr));
+  // The robot begins where it was first.
+  if (isOf<tf2_msgs::TFMessage>(type)) survey.frames.addNew(fromCdr<tf2_msgs::TFMessage>(cdr));
   if (isOf<nav_msgs::Odometry>(type) && survey.odometryTopic.empty()) {
     survey.base = withoutSlash(fromCdr<nav_msgs::Odometry>(cdr).child_frame_id);
     survey.odometryTopic = topic;
@@ -143,9 +145,9 @@ void TopicSurveyor::xTake(const ToldMessage& message) {
   constexpr std::size_t kMostInfos = 100;
   if (isOf<sensor_msgs::CameraInfo>(type) && infos.size() < kMostInfos)
     infos.push_back(fromCdr<sensor_msgs::CameraInfo>(cdr));
-  if (survey.missing.count(topic) == 0) return;
+  if (missing.count(topic) == 0) return;
   auto sensor = sensorOf(message);
-  survey.missing.erase(topic);
+  missing.erase(topic);
   if (!sensor) return;
   sensor->topic = topic;
   sensor->name = nameOf(topic);
@@ -158,7 +160,6 @@ TopicSurvey TopicSurveyor::make() {
   if (survey.sensors.empty())
     throw std::runtime_error(
         "a topic of LaserScan, Range, a depth Image or PointCloud2 expected, none found");
-  for (const std::string& topic : refused) survey.missing.erase(topic);
   xFindBase();
   for (auto& [topic, sensor] : survey.sensors) xMount(sensor);
   return std::move(survey);

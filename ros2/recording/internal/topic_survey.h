@@ -60,8 +60,6 @@ struct TopicSurvey {
   /** Empty if there is none. */
   std::string odometryTopic;
   FrameTree frames;
-  /** The topics for sensors that have not come up: nothing is made of them. */
-  std::set<std::string> missing;
 };
 
 /** From the x axis of a scan's frame to that of its sensor: the middle of the beams, or the same
@@ -73,10 +71,10 @@ class QV_API TopicSurveyor {
  public:
   /** A topic that there is: one that makes a sensor is missing until it has spoken. */
   void expect(const std::string& topic, const std::string& type);
-  /** One that can't be understood leaves the topic to the next. */
+  /** One that can't be understood leaves the topic to the next, a hundred give it up. */
   void take(const ToldMessage& message);
   /** Whether every topic that makes a sensor has spoken. */
-  bool isComplete() const { return survey.missing.empty(); }
+  bool isComplete() const { return missing.empty(); }
   /** std::runtime_error if no topic makes a sensor. Once. */
   TopicSurvey make();
 
@@ -87,8 +85,11 @@ class QV_API TopicSurveyor {
   void xMountCamera(ToldSensor& sensor) const;
 
   TopicSurvey survey;
+  /** Topics that are to make a sensor and have not come up. */
+  std::set<std::string> missing;
   std::set<std::string> names;
-  std::set<std::string> refused;
+  /** Messages that could not be understood, by their topics. */
+  std::map<std::string, int> refused;
   std::vector<sensor_msgs::CameraInfo> infos;
 };
 

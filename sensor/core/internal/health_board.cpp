@@ -4,6 +4,7 @@
 #include <exception>
 #include <iterator>
 
+#include "platform/ko/internal/time_source.h"
 #include "platform/ko/log.h"
 #include "sensor/core/internal/sensor_watch.h"
 
@@ -70,7 +71,8 @@ std::optional<double> HealthBoard::getLimit(const std::string& sensor, HealthLim
 
 void HealthBoard::setCallback(Callback newCallback) {
   const Lock lock(mutex);
-  callback = std::move(newCallback);
+  // The former one goes after the lock: what it keeps may ask for health as it goes.
+  callback.swap(newCallback);
 }
 
 void HealthBoard::setOn(bool on) {
@@ -100,10 +102,13 @@ void HealthBoard::noteVelocity(const Math::Pose2D& velocity) {
   motion.note(velocity, ko::Clock::now());
 }
 
-void HealthBoard::tick() {
-  if (!isOn) return;
+void HealthBoard::tick(ko::Duration period) {
+  const std::int64_t now = inNs(ko::detail::coarseNow());
+  const std::int64_t passed = now - tickedAt;
+  if (!isOn || (passed >= 0 && passed < period.count())) return;
   Lock lock(mutex, std::try_to_lock);
   if (!lock) return;
+  tickedAt = now;
   xJudgeAll(true);
   xCallBack(lock);
 }
@@ -281,7 +286,7 @@ void HealthBoard::xCallBack(Lock& lock) {
   while (!changes.empty()) {
     const auto change = std::move(changes.front());
     changes.pop_front();
-    const Callback call = callback;
+    Callback call = callback;
     lock.unlock();
     try {
       if (call) call(change.first, change.second);
@@ -290,6 +295,7 @@ void HealthBoard::xCallBack(Lock& lock) {
     } catch (...) {
       ko::log::error(kHealthCategory, "onHealthChanged") << "no standard exception";
     }
+    call.clear();
     lock.lock();
   }
   isCallingBack = false;

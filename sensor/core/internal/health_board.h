@@ -4,6 +4,7 @@
 #include <chrono>
 #include <cstdint>
 #include <deque>
+#include <limits>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -52,8 +53,11 @@ class QV_API HealthBoard {
   void noteDeviceTime(ko::Clock::time_point time);
   void noteVelocity(const Math::Pose2D& velocity);
 
-  /** Judges all, at regular times, and tells of changes; not if another thread judges already. */
-  void tick();
+  /**
+   * Judges all, and tells of changes; not if that was less than `period` ago, or another thread
+   * does it already.
+   */
+  void tick(ko::Duration period = ko::Duration::zero());
 
   std::optional<SensorHealth> get(const std::string& sensor);
   std::map<std::string, SensorHealth> getAll();
@@ -89,6 +93,9 @@ class QV_API HealthBoard {
   std::optional<ko::log::Record> xFindTrouble(const Entry& entry) const;
   void xCallBack(Lock& lock);
 
+  /** The last tick that judged, ns. */
+  std::atomic<std::int64_t> tickedAt{std::numeric_limits<std::int64_t>::min() / 2};
+  std::atomic<bool> isOn{true};
   const Sensors& sensors;
   Entries entries;
   Contradictions contradictions;
@@ -98,7 +105,6 @@ class QV_API HealthBoard {
   std::atomic<std::int64_t> deviceNotedAt{0};
   std::atomic<bool> asksDevice{false};
   std::atomic<bool> isRefreshed{false};
-  std::atomic<bool> isOn{true};
 
   ko::Clock::time_point judgedAt;
   std::chrono::steady_clock::time_point judgedByMachine;

@@ -26,13 +26,12 @@ std::string whyUnread(const HealthFinding& finding) {
   return ": the refresh of the records does not go on";
 }
 
-std::string describeFault(const HealthFinding& finding) {
-  const std::string taken = seconds(finding.figure);
-  const std::string ofSeconds = limitOf(finding, "s");
+std::string describeReadings(const HealthFinding& finding) {
   switch (finding.cause) {
     case HealthCause::contradicts:
       return figureOf(finding.own) + " m where " + *finding.other + " says " +
-             figureOf(finding.others) + " m, for " + taken + " on the move" + ofSeconds;
+             figureOf(finding.others) + " m, for " + seconds(finding.figure) + " on the move" +
+             limitOf(finding, "s");
     case HealthCause::turnsUnseen:
       return "the same points while the robot turned " + figureOf(finding.figure) + " rad" +
              limitOf(finding, "rad");
@@ -45,6 +44,15 @@ std::string describeFault(const HealthFinding& finding) {
     case HealthCause::flickers:
       return "it changed its mind " + figureOf(finding.figure, 0) +
              " times in its last 20 readings, limit " + figureOf(finding.limit, 0);
+    default:
+      return {};
+  }
+}
+
+std::string describeWaiting(const HealthFinding& finding) {
+  const std::string taken = seconds(finding.figure);
+  const std::string ofSeconds = limitOf(finding, "s");
+  switch (finding.cause) {
     case HealthCause::old:
       return "its record is " + taken + " old" + ofSeconds;
     case HealthCause::unread:
@@ -57,12 +65,19 @@ std::string describeFault(const HealthFinding& finding) {
       return "no fresh record since it started " + taken + " ago" + ofSeconds;
     case HealthCause::readingHangs:
       return "its reading has not returned for " + taken + ofSeconds;
-    case HealthCause::readingThrows:
-      return "its reading fails";
     case HealthCause::startHangs:
       return "its hardware has been starting for " + taken + ofSeconds;
     case HealthCause::stopHangs:
       return "its hardware has been stopping for " + taken + ofSeconds;
+    default:
+      return {};
+  }
+}
+
+std::string describeFault(const HealthFinding& finding) {
+  switch (finding.cause) {
+    case HealthCause::readingThrows:
+      return "its reading fails";
     case HealthCause::startThrew:
       return "its hardware threw when it was to start";
     case HealthCause::badDiagnosis:
@@ -70,7 +85,7 @@ std::string describeFault(const HealthFinding& finding) {
     case HealthCause::leftOn:
       return "its hardware was left on, since it failed to stop";
     default:
-      return {};
+      return describeReadings(finding) + describeWaiting(finding);
   }
 }
 

@@ -67,7 +67,7 @@ HealthFinding HealthJudge::xJudgeCall() const {
 }
 
 HealthFinding HealthJudge::xJudgeStarted() const {
-  if (!watch.isOn()) return found(sound, Cause::unwatched);
+  if (!watch.isOn()) return xJudgeUnwatched();
   if (notes.failures > 0) return found(failing, Cause::readingThrows);
   // One whose reading takes its time is named for that alone.
   if (moment.isRefreshed && watch.getReadingSince() == 0) {
@@ -79,6 +79,13 @@ HealthFinding HealthJudge::xJudgeStarted() const {
   if (silence.cause != Cause::excused) return xJudgeRecords();
   const auto noise = xJudgeNoise();
   return noise.state == sound ? silence : noise;
+}
+
+// Who waits for its first record, waits for that of a sensor that is not watched, too.
+HealthFinding HealthJudge::xJudgeUnwatched() const {
+  const bool isExcused = notes.readAt != 0 && xMayBeSilent();
+  if (!watch.getNature().hasRate || isExcused || xHasFresh()) return found(sound, Cause::unwatched);
+  return found(starting, Cause::awaitsFirst, xSince(notes.startedAt));
 }
 
 HealthFinding HealthJudge::xJudgeUnread() const {

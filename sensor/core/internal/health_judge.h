@@ -46,6 +46,7 @@ class HealthJudge {
  private:
   HealthFinding xJudgeCall() const;
   HealthFinding xJudgeStarted() const;
+  HealthFinding xJudgeUnwatched() const;
   HealthFinding xJudgeUnread() const;
   HealthFinding xJudgeSilence() const;
   HealthFinding xJudgeNoise() const;

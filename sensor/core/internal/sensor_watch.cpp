@@ -1,14 +1,24 @@
 #include "sensor/core/internal/sensor_watch.h"
 
+#include "platform/ko/internal/time_source.h"
+
 namespace QV::sensor {
 namespace {
 
-std::int64_t nowInNs() {
-  // 0 stands for never.
-  const std::int64_t now = ko::Clock::now().time_since_epoch().count();
+// 0 stands for never.
+std::int64_t notedAs(ko::Clock::time_point time) {
+  const std::int64_t now = time.time_since_epoch().count();
   return now == 0 ? 1 : now;
 }
 
+std::int64_t nowInNs() {
+  return notedAs(ko::Clock::now());
+}
+
+// Limits are many times as long: who reads oftener pays for a look no oftener.
+constexpr std::int64_t kLookPeriod = 50'000'000;
+// How much too early a coarse time may be.
+constexpr std::int64_t kCoarse = 10'000'000;
 constexpr std::size_t kFew = 8;
 constexpr int kMostSkipped = 2;
 constexpr std::uint32_t kWindowMask = (1u << SensorWatch::kWindow) - 1;
@@ -19,28 +29,39 @@ std::uint32_t shifted(std::uint32_t bits, bool newest) {
 
 }  // namespace
 
+const SensorWatch::Ledger& SensorWatch::xGet() const {
+  static const Ledger empty;
+  const Ledger* const own = ledger.load(std::memory_order_acquire);
+  return own ? *own : empty;
+}
+
 void SensorWatch::beginCall(HardwareCall newCall) {
-  callSince = nowInNs();
-  call = newCall;
+  if (!ledger.load()) ledger = new Ledger;
+  Ledger& book = *ledger;
+  book.callSince = nowInNs();
+  book.call = newCall;
   // Until it has said that it stopped.
   if (newCall == HardwareCall::stopping) return;
-  thrown = false;
+  book.thrown = false;
 }
 
 void SensorWatch::endCall(HardwareCall ended, bool success, bool threw) {
+  Ledger& book = *ledger;
   if (ended == HardwareCall::stopping) {
-    leftOn = !success;
+    book.leftOn = !success;
   } else {
-    thrown = threw;
+    book.thrown = threw;
     if (success) {
-      leftOn = false;
-      notes = ReadingNotes();
-      notes.startedAt = nowInNs();
+      book.leftOn = false;
+      book.notes = ReadingNotes();
+      book.notes.startedAt = nowInNs();
       pendingGarbage = false;
-      published.store(notes);
+      isOrdinary = false;
+      isFirstAwaited = nature.hasRate;
+      book.published.store(book.notes);
     }
   }
-  call = HardwareCall::none;
+  book.call = HardwareCall::none;
 }
 
 void SensorWatch::excuse(const char* why, bool measured) {
@@ -50,11 +71,20 @@ void SensorWatch::excuse(const char* why, bool measured) {
 
 void SensorWatch::beginReading() {
   pendingExcuse = nullptr;
-  readingSince = nowInNs();
+  readingSince.store(notedAs(ko::detail::coarseNow()), std::memory_order_release);
+}
+
+// A reading like the one just before tells nothing new.
+bool SensorWatch::xIsTooSoon(const std::vector<Math::MetricalData>& records) const {
+  if (!isOrdinary || records.empty() || pendingGarbage) return false;
+  const std::int64_t passed = readingSince.load(std::memory_order_relaxed) - lookedAt;
+  return passed != 0 && passed > -kCoarse && passed < kLookPeriod;
 }
 
 void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
+  if (xIsTooSoon(records)) return xEndReading();
   const std::int64_t now = nowInNs();
+  ReadingNotes& notes = ledger.load()->notes;
   const bool hadRecords = notes.recordAt == notes.readAt;
   notes.failures = 0;
   notes.excuse = records.empty() ? pendingExcuse : nullptr;
@@ -66,17 +96,21 @@ void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   if (!records.empty()) xNoteRecords(records);
   // What came of a time without records is no change of mind.
   if (!hadRecords) notes.changed &= ~1u;
-  published.store(notes);
-  readingSince = 0;
+  ledger.load()->published.store(notes);
+  if (notes.stamps > 1) isFirstAwaited = false;
+  isOrdinary = !records.empty();
+  lookedAt = now;
+  xEndReading();
 }
 
 void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records) {
+  ReadingNotes& notes = ledger.load()->notes;
   if (xSkips(records)) {
     notes.digest.stamp = stampOf(records);
     if (notes.digest.isGarbage) notes.garbage |= 1u;
   } else {
     PlanarView seen;
-    const ReadingDigest digest = digestOf(records, nature, lastView, seen);
+    const ReadingDigest digest = digestOf(records, nature, ledger.load()->lastView, seen);
     xNoteDigest(digest, seen);
   }
   notes.recordAt = notes.readAt;
@@ -84,37 +118,42 @@ void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records) {
 
 // To look at many points costs time, and every third time tells as much; the first one must.
 bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records) {
+  Ledger& book = *ledger;
   const bool isCheap = nature.points == Model::PointMeaning::arc || countPoints(records) <= kFew;
-  const bool skips = notes.recordAt != 0 && !isCheap && skipped < kMostSkipped;
-  skipped = skips ? skipped + 1 : 0;
+  const bool skips = book.notes.recordAt != 0 && !isCheap && book.skipped < kMostSkipped;
+  book.skipped = skips ? book.skipped + 1 : 0;
   return skips;
 }
 
 void SensorWatch::xNoteDigest(const ReadingDigest& digest, const PlanarView& seen) {
+  Ledger& book = *ledger;
+  ReadingNotes& notes = book.notes;
   const bool isFirst = notes.recordAt == 0;
   const bool isChanged = !isFirst && digest.fingerprint != notes.digest.fingerprint;
   if (isFirst || isChanged) ++notes.changes;
   if (isChanged) notes.changed |= 1u;
   if (digest.isGarbage) notes.garbage |= 1u;
-  if (isFirst || digest.stamp != lastStamp) {
+  if (isFirst || digest.stamp != book.lastStamp) {
     ++notes.stamps;
     notes.stampedAt = notes.readAt;
   }
-  lastStamp = digest.stamp;
+  book.lastStamp = digest.stamp;
   notes.digest = digest;
   if (seen.isEmpty() && !notes.hasView) return;
   notes.hasView = !seen.isEmpty();
   notes.axisX = seen.getAxisX();
   notes.axisY = seen.getAxisY();
-  lastView = seen;
-  view.store(seen);
+  book.lastView = seen;
+  book.view.store(seen);
 }
 
 void SensorWatch::failReading() {
-  notes.readAt = nowInNs();
-  ++notes.failures;
-  published.store(notes);
-  readingSince = 0;
+  Ledger& book = *ledger;
+  book.notes.readAt = nowInNs();
+  ++book.notes.failures;
+  book.published.store(book.notes);
+  isOrdinary = false;
+  xEndReading();
 }
 
 }  // namespace QV::sensor

@@ -45,19 +45,27 @@ enum class HardwareCall : int { none, starting, stopping };
 
 /**
  * Notes what a sensor and its hardware do, for whoever judges its health. Notes are taken by one
- * thread at a time, which never waits; any thread may ask.
+ * thread at a time, which never waits; any thread may ask. Of readings that follow each other
+ * within 50 ms one is looked at.
  */
-class SensorWatch {
+class alignas(64) SensorWatch {
  public:
   static constexpr int kWindow = 20;
+
+  ~SensorWatch() { delete ledger.load(); }
+  SensorWatch() = default;
+  SensorWatch(const SensorWatch&) = delete;
+  SensorWatch& operator=(const SensorWatch&) = delete;
 
   /** Before the sensor is first started. */
   void setNature(const HealthNature& newNature) { nature = newNature; }
   const HealthNature& getNature() const { return nature; }
 
-  /** Readings are noted, or not. */
+  /** Readings are noted, or only the first ones after a start. */
   void setOn(bool value) { on = value; }
   bool isOn() const { return on; }
+  /** For whoever reads: whether the next reading is noted. */
+  bool notesNext() const { return on || isFirstAwaited; }
 
   void beginCall(HardwareCall call);
   /** It returned: true, or false, or threw. */
@@ -71,39 +79,54 @@ class SensorWatch {
   /** Something came in that made no sense. */
   void noteGarbage() { pendingGarbage = true; }
 
-  ReadingNotes getNotes() const { return published.load(); }
+  ReadingNotes getNotes() const { return xGet().published.load(); }
   /** What the last reading with records sees around it; empty where it does not look around. */
-  PlanarView getView() const { return view.load(); }
+  PlanarView getView() const { return xGet().view.load(); }
   /** When the reading began that is going on, ns; 0 for none. */
   std::int64_t getReadingSince() const { return readingSince; }
-  HardwareCall getCall() const { return call; }
-  std::int64_t getCallSince() const { return callSince; }
-  bool isLeftOn() const { return leftOn; }
-  bool hasThrown() const { return thrown; }
+  HardwareCall getCall() const { return xGet().call; }
+  std::int64_t getCallSince() const { return xGet().callSince; }
+  bool isLeftOn() const { return xGet().leftOn; }
+  bool hasThrown() const { return xGet().thrown; }
 
  private:
+  /** What is too large for sensors that nobody starts. */
+  struct Ledger {
+    ReadingNotes notes;
+    PlanarView lastView;
+    int skipped = 0;
+    std::int64_t lastStamp = 0;
+    SequenceLocked<ReadingNotes> published;
+    SequenceLocked<PlanarView> view;
+    std::atomic<std::int64_t> callSince{0};
+    std::atomic<HardwareCall> call{HardwareCall::none};
+    /** Stopping failed last. */
+    std::atomic<bool> leftOn{false};
+    /** Starting threw last. */
+    std::atomic<bool> thrown{false};
+  };
+
+  /** An empty one before the first call of the hardware. */
+  const Ledger& xGet() const;
   void xNoteRecords(const std::vector<Math::MetricalData>& records);
   void xNoteDigest(const ReadingDigest& digest, const PlanarView& seen);
   bool xSkips(const std::vector<Math::MetricalData>& records);
+  bool xIsTooSoon(const std::vector<Math::MetricalData>& records) const;
+  void xEndReading() { readingSince.store(0, std::memory_order_release); }
 
-  HealthNature nature;
+  // All that a reading touches as a rule lies in one line of cache.
   std::atomic<bool> on{true};
-  ReadingNotes notes;
-  PlanarView lastView;
-  int skipped = 0;
-  std::int64_t lastStamp = 0;
-  SequenceLocked<ReadingNotes> published;
-  SequenceLocked<PlanarView> view;
-  std::atomic<std::int64_t> readingSince{0};
-  std::atomic<std::int64_t> callSince{0};
-  std::atomic<HardwareCall> call{HardwareCall::none};
-  /** Stopping failed last. */
-  std::atomic<bool> leftOn{false};
-  /** Starting threw last. */
-  std::atomic<bool> thrown{false};
-  const char* pendingExcuse = nullptr;
-  bool isPendingMeasured = false;
   std::atomic<bool> pendingGarbage{false};
+  bool isPendingMeasured = false;
+  /** Whether the last look found records and no trouble. */
+  bool isOrdinary = false;
+  /** Whether no reading since the start has shown that its records are fresh. */
+  bool isFirstAwaited = false;
+  const char* pendingExcuse = nullptr;
+  std::atomic<std::int64_t> readingSince{0};
+  std::int64_t lookedAt = 0;
+  HealthNature nature;
+  std::atomic<Ledger*> ledger{nullptr};
 };
 
 }  // namespace QV::sensor

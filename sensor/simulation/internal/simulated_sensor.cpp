@@ -4,7 +4,6 @@
 #include <cstddef>
 
 #include "platform/navigation/occ_map_simulate_scan.h"
-#include "sensor/simulation/internal/shared_pose_pair.h"
 
 namespace QV::sensor {
 namespace {
@@ -16,19 +15,14 @@ constexpr float kPointHeight = 0.5f;
 SimulatedSensor::SimulatedSensor(const std::string& name, const std::string& familyName,
                                  const Math::SensorFieldOfView2D& fieldOfView,
                                  const Math::Pose2D& sensorPose, bool useAllRays)
-    : Sensor(name, familyName, fieldOfView),
-      poses(std::make_unique<SharedPosePair>()),
-      sensorPose(sensorPose),
-      useAllRays(useAllRays) {}
-
-SimulatedSensor::~SimulatedSensor() = default;
+    : Sensor(name, familyName, fieldOfView), sensorPose(sensorPose), useAllRays(useAllRays) {}
 
 void SimulatedSensor::setOccMap(QV::OccupancyMap* map) {
   occMap = map;
 }
 
 void SimulatedSensor::setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose) {
-  poses->store({scanPose, referencePose});
+  poses.store({scanPose, referencePose});
 }
 
 std::vector<Math::MetricalData> SimulatedSensor::xGetData() const {
@@ -39,7 +33,7 @@ std::vector<Math::MetricalData> SimulatedSensor::xGetData() const {
   record.familyName = familyName;
   record.fieldOfView = fieldOfView;
 
-  const PosePair current = poses->load();
+  const PosePair current = poses.load();
   record.sensorTransform = Math::transformFromPose2D(current.referencePose * sensorPose);
 
   // Kept between reads, so that a scan allocates nothing for its rays.

@@ -1,7 +1,6 @@
 #pragma once
 
 #include <atomic>
-#include <memory>
 #include <string>
 #include <vector>
 
@@ -11,11 +10,9 @@
 #include "platform/navigation/occ_map_simulate_scan.h"
 #include "platform/navigation/occupancy_map.h"
 #include "sensor/core/sensor.h"
+#include "sensor/simulation/internal/shared_pose_pair.h"
 
 namespace QV::sensor {
-
-struct PosePair;
-class SharedPosePair;
 
 /**
  * A sensor that casts rays into an occupancy map. It reports either its nearest echo, as one point
@@ -28,7 +25,6 @@ class QV_API SimulatedSensor : public Sensor {
   SimulatedSensor(const std::string& name, const std::string& familyName,
                   const Math::SensorFieldOfView2D& fieldOfView, const Math::Pose2D& sensorPose,
                   bool useAllRays = false);
-  ~SimulatedSensor() override;
 
   /** The map must outlive its use here. */
   void setOccMap(QV::OccupancyMap* map);
@@ -54,7 +50,7 @@ class QV_API SimulatedSensor : public Sensor {
   void xAddAllRays(const std::vector<RangeReading>& readings, const PosePair& poses,
                    std::vector<Math::Position3D>& points) const;
 
-  const std::unique_ptr<SharedPosePair> poses;
+  SharedPosePair poses;
   Math::Pose2D sensorPose;
   std::atomic<QV::OccupancyMap*> occMap{nullptr};
   bool useAllRays;

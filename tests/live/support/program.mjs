@@ -1,6 +1,6 @@
 // qvsensors serve, on a free port, with its output.
 import assert from 'node:assert/strict';
-import { spawn } from 'node:child_process';
+import { execFileSync, spawn } from 'node:child_process';
 import { once } from 'node:events';
 import path from 'node:path';
 import { fileURLToPath } from 'node:url';
@@ -12,6 +12,13 @@ export const PORTER = ['--robot', 'robot/descriptions/porter.urdf'];
 
 export function inRoot(name) {
   return path.join(root, name);
+}
+
+/** Drives porter to and fro, and gives the recording's path. */
+export function record(folder) {
+  const file = path.join(folder, 'run.mcap');
+  execFileSync(binary, ['drive', ...PORTER, '--path', '3,3 6,3 3,3', '-o', file], { cwd: root });
+  return file;
 }
 
 /** Resolves when it serves: {url, port, stop}, where stop(signal) expects that signal's exit code and gives what was warned of. */

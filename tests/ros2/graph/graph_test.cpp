@@ -1,56 +1,18 @@
 #include "ros2/graph/graph.h"
 
-#include <chrono>
-#include <condition_variable>
-#include <mutex>
-#include <unistd.h>
-
 #include <gmock/gmock.h>
 
 #include "ros2/graph/internal/node_entities.h"
 #include "ros2/messages/geometry_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "tests/ros2/support/watched.h"
 
 namespace QV::ros2 {
 namespace {
 
+using test::aloneOn;
+using test::Watched;
 using testing::ElementsAre;
-
-/** Something that another thread changes and this one waits for. */
-template <typename T>
-class Watched {
- public:
-  template <typename Change>
-  void change(const Change& change) {
-    {
-      const std::lock_guard lock(mutex);
-      change(value);
-    }
-    changed.notify_all();
-  }
-  /** False if it does not come true in ten seconds. */
-  template <typename Accept>
-  bool awaitThat(const Accept& accept) {
-    std::unique_lock lock(mutex);
-    return changed.wait_for(lock, std::chrono::seconds(10), [&] { return accept(value); });
-  }
-  T get() {
-    const std::lock_guard lock(mutex);
-    return value;
-  }
-
- private:
-  std::mutex mutex;
-  std::condition_variable changed;
-  T value{};
-};
-
-/** A graph that no other process of this machine is on. */
-GraphOptions aloneOn(int offset = 0) {
-  GraphOptions options;
-  options.domain = 1 + (getpid() + offset) % 100;
-  return options;
-}
 
 struct GraphTest : testing::Test {
   /** Each is a participant of its own; they meet on the loopback interface. */

@@ -5,6 +5,7 @@
 #include <csignal>
 #include <filesystem>
 #include <fstream>
+#include <numeric>
 #include <sys/resource.h>
 #include <unistd.h>
 
@@ -95,6 +96,22 @@ TEST_F(RunRecorderTest, othersFindMapFramesMeasurementsAndPoints) {
   EXPECT_EQ(sut.counts.at("/qv/records"), 20u);
 }
 
+TEST_F(RunRecorderTest, viewersAreShownSomeOfACamerasPointsAndAllAreInTheImage) {
+  const auto session = session::openVirtual("porter", test::busyWorld());
+  recordRun(*session, path, 20);
+  const Contents sut(path);
+
+  const auto runs = sut.get<qv_msgs::ImagePoints>("/DepthCamera/image_points");
+  EXPECT_EQ(runs.image, "/DepthCamera/image");
+  std::size_t all = 0;
+  for (const auto& record : session->getManager().getMetricalData("DepthCamera"))
+    all += record.points.size();
+  EXPECT_EQ(std::accumulate(runs.lengths.begin(), runs.lengths.end(), std::size_t{0}), all);
+  const std::size_t shown = sut.get<sensor_msgs::PointCloud2>("/DepthCamera/points").width;
+  EXPECT_GT(shown, all / 20);
+  EXPECT_LT(shown, all / 12);
+}
+
 TEST_F(RunRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
   std::vector<std::string> errors;
   const ko::log::ScopedSink sink(
@@ -166,6 +183,25 @@ TEST_F(RunRecorderTest, theWorldAndItsFaultsOfBeforeAreRecorded) {
   ASSERT_NE(world, reader.getMetadata().end());
   EXPECT_EQ(world->values.at("seed"), "7");
   EXPECT_EQ(world->values.at("random_people"), "2");
+}
+
+TEST_F(RunRecorderTest, eachChangeOfHealthIsRecordedAsDiagnostics) {
+  auto options = test::busyWorld();
+  options.faults = {robot::parseFault("FrontLaser:delayed"), robot::parseFault("BackSonar:off")};
+  recordRun(*session::openVirtual("porter", options), path, 25);
+  const Contents sut(path);
+
+  EXPECT_THAT(sut.counts.at("/diagnostics"), testing::AllOf(testing::Gt(1u), testing::Lt(10u)));
+  std::map<std::string, diagnostic_msgs::DiagnosticStatus> told;
+  for (auto& status : sut.get<diagnostic_msgs::DiagnosticArray>("/diagnostics").status)
+    told[status.name] = status;
+  EXPECT_EQ(told.at("FrontSonar").level, std::byte{0});
+  EXPECT_EQ(told.at("FrontSonar").message, "sound: its records are fresh");
+  EXPECT_EQ(told.at("FrontLaser").level, std::byte{1});
+  EXPECT_THAT(told.at("FrontLaser").message, testing::StartsWith("late: its record is 0."));
+  EXPECT_EQ(told.at("BackSonar").level, std::byte{2});
+  EXPECT_THAT(told.at("BackSonar").message, testing::StartsWith("silent: no fresh record since "));
+  EXPECT_EQ(told.at("BackSonar").values.at(0).key, "remedy");
 }
 
 }  // namespace

@@ -22,6 +22,8 @@ using test::recordRun;
 using testing::HasSubstr;
 using testing::StartsWith;
 
+constexpr std::uint64_t kSecond = 1'000'000'000;
+
 // Everything that can be asked of a session's sensors, while it drives into a wall.
 void meddle(session::Session& session, int cycle) {
   if (cycle == 0) session.drive(0.6f, 0.2f);
@@ -227,22 +229,48 @@ TEST_F(RunReplayTest, cloudsArePlacedWhateverFrameTheyAreIn) {
   }
 }
 
-TEST_F(RunReplayTest, ofATopicThatBeginsTooLateOneWarningTells) {
+// The first clouds come before the robot is placed: where it was first is known from the start.
+TEST_F(RunReplayTest, aTopicThatBeginsAfterAMinuteIsPlayedToo) {
   {
     BagWriter bag(path);
+    const auto tf = bag.addTopic(makeBagTopic("/tf", tf2_msgs::TFMessage::getType()));
     const auto early = bag.addTopic(makeBagTopic("/early", sensor_msgs::PointCloud2::getType()));
     const auto late = bag.addTopic(makeBagTopic("/late", sensor_msgs::PointCloud2::getType()));
-    for (const std::uint64_t second : {1, 40, 41, 42})
-      bag.write(second > 40 ? late : early, second * 1'000'000'000, cloudOf("base", {}));
+    bag.addTopic(makeBagTopic("/never", sensor_msgs::PointCloud2::getType()));
+    for (const std::uint64_t second : {1, 40, 50, 60}) {
+      const auto x = static_cast<float>(second);
+      for (const std::uint64_t time : {second * kSecond, second * kSecond + kSecond / 2})
+        bag.write(second > 55 ? late : early, time, cloudOf("odom", {{x + 2.0f, 0.0f, 0.5f}}));
+      bag.write(tf, second * kSecond + kSecond,
+                tf2_msgs::TFMessage{{frameOf("odom", "base_link", {x, 0.0f, 0.0f})}});
+    }
   }
-  std::vector<std::string> warnings;
-  const ko::log::ScopedSink sink(ko::log::Level::warning, [&](const ko::log::Record& line) {
-    warnings.push_back(line.message);
-  });
   RunReplay replay(path);
+  replay.begin();
+  EXPECT_THAT(replay.getSession().getManager().getSensorList(),
+              testing::ElementsAre("early", "late"));
+  std::map<std::string, std::vector<float>> met;
   while (replay.getSession().step()) {
+    for (const auto& record : session::recordsOf(replay.look()))
+      if (!record.points.empty()) met[record.sensorName].push_back(record.points[0].x);
   }
-  EXPECT_THAT(warnings, testing::ElementsAre(StartsWith("/late: not played")));
+  ASSERT_THAT(met, testing::UnorderedElementsAre(testing::Key("early"), testing::Key("late")));
+  EXPECT_NEAR(met["early"][0], 2.0f, 0.01f);
+}
+
+// A chunk that was damaged took it away.
+TEST_F(RunReplayTest, aLookWhosePointsAreMissingIsLeftOut) {
+  recordPorter(10);
+  int changed = 0;
+  copyBag(path, copy, true, [&](const BagTopic& topic, Bytes& data) {
+    if (topic.name != "/DepthCamera/image_points" || ++changed != 5) return;
+    auto points = fromCdr<qv_msgs::ImagePoints>(data);
+    points.image_time += 1;
+    data = toCdr(points);
+  });
+  EXPECT_GT(changed, 5);
+  EXPECT_EQ(compareRun(copy).looks, 9);
+  EXPECT_EQ(compareRun(copy).difference, "");
 }
 
 TEST_F(RunReplayTest, whatCanNotBePlayedIsRefusedByALineThatSaysWhy) {

@@ -151,9 +151,11 @@ TEST_F(ToldModulesTest, ofBeamsInAnotherNumberTheNearestCount) {
   auto message = scan(10);
   message.angle_increment = 2.0f / 9.0f;
   message.ranges[3] = 0.7f;
+  message.ranges[9] = -std::numeric_limits<float>::infinity();
   tell({"/scan", message});
   const auto points = recordsOf("scan").at(0).points;
   ASSERT_EQ(points.size(), 5u);
+  EXPECT_NEAR(Math::norm(points[4]), message.range_min, 1e-5f);
   EXPECT_NEAR(Math::norm(points[1]), 0.7f, 1e-5f);
   EXPECT_NEAR(std::atan2(points[1].y, points[1].x), -1.0f + 3 * 2.0f / 9.0f, 1e-5f);
 

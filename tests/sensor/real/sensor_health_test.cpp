@@ -2,8 +2,10 @@
 
 #include <cmath>
 #include <functional>
+#include <latch>
 #include <map>
 #include <stdexcept>
+#include <thread>
 
 #include "platform/ko/clock.h"
 #include "robot/services/internal/robot_model_service.h"
@@ -186,16 +188,60 @@ TEST_F(SensorHealthTest, hardwareThatAFailedStopHasLeftOnIsNamedUntilItStops) {
   }
 }
 
+struct HangCase {
+  const char* what;
+  std::function<void()> Fake::*call;
+  std::function<void(SensorManager&)> begin;
+  HealthState meanwhile;
+  const char* reason;
+  HealthState after;
+};
+
+// Somebody waits for it, and nobody else does.
+TEST_F(SensorHealthTest, hardwareThatHangsIsNamedUntilItReturns) {
+  const std::vector<HangCase> cases{
+      {"starts", &Fake::onStart, [](auto& sut) { sut.subscribe("me", "Left"); }, silent,
+       "its hardware has been starting for 1.70 s, limit 1.50 s", sound},
+      {"stops", &Fake::onStop, [](auto& sut) { sut.unsubscribe("me", "Left"); }, failing,
+       "its hardware has been stopping for 1.70 s, limit 1.50 s", off}};
+  sut->subscribe("somebody else", "Right");
+  time.advance(milliseconds(500));
+  for (const HangCase& hang : cases) {
+    SCOPED_TRACE(hang.what);
+    std::latch hangs(1);
+    std::latch mayReturn(1);
+    left().*hang.call = [&] {
+      hangs.count_down();
+      mayReturn.wait();
+    };
+    std::thread caller([&] { hang.begin(*sut); });
+    hangs.wait();
+    time.advance(milliseconds(1400));
+    EXPECT_THAT(faults, IsEmpty());
+    time.advance(milliseconds(300));
+    EXPECT_THAT(faults, ElementsAre(std::string("Left ") + getName(hang.meanwhile)));
+    EXPECT_EQ(health("Left").reason, hang.reason);
+    EXPECT_EQ(health("Right").state, sound);
+    mayReturn.count_down();
+    caller.join();
+    EXPECT_TRUE(becomes("Left", hang.after, 0.3)) << health("Left").reason;
+    faults.clear();
+  }
+}
+
 TEST_F(SensorHealthTest, aSubscriptionWaitsForFreshRecordsAndSaysWhatWasMissing) {
-  left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
-  const ScopedSubscription subscription(*sut, "me", {"Left", "Right"});
-  const auto start = ko::Clock::now();
-  EXPECT_THAT(subscription.awaitRecords(milliseconds(500)),
-              ElementsAre(testing::Pair("Left", StartsWith("no fresh record yet, 0.5"))));
-  EXPECT_GE(ko::Clock::now() - start, milliseconds(500));
-  left().stamp = [] { return ko::Clock::now(); };
-  EXPECT_THAT(subscription.awaitRecords(milliseconds(500)), IsEmpty());
-  EXPECT_LT(ko::Clock::now() - start, milliseconds(1000));
+  for (const bool isWatched : {true, false}) {
+    sut->watchHealth(isWatched);
+    left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
+    const ScopedSubscription subscription(*sut, "me", {"Left", "Right"});
+    const auto start = ko::Clock::now();
+    EXPECT_THAT(subscription.awaitRecords(milliseconds(500)),
+                ElementsAre(testing::Pair("Left", StartsWith("no fresh record yet, 0.5"))));
+    EXPECT_GE(ko::Clock::now() - start, milliseconds(500));
+    left().stamp = [] { return ko::Clock::now(); };
+    EXPECT_THAT(subscription.awaitRecords(milliseconds(500)), IsEmpty());
+    EXPECT_LT(ko::Clock::now() - start, milliseconds(1000));
+  }
   const ScopedSubscription toNobody(*sut, "me", {"Nobody"});
   EXPECT_THAT(toNobody.awaitRecords(milliseconds(0)),
               ElementsAre(testing::Pair("Nobody", "there is no such sensor or family")));
@@ -226,7 +272,7 @@ TEST_F(SensorHealthTest, nothingIsLateBecauseNobodyWatched) {
 TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
   EXPECT_NEAR(sut->getHealthLimit("Right", HealthLimit::age).value(), 0.7, 1e-6);
   EXPECT_EQ(sut->getHealthLimit("Right", HealthLimit::distance), 0.7);
-  EXPECT_THAT(sut->getLastTrouble("Right").value().message, StartsWith("limit \"Right:old=3\": "));
+  EXPECT_THAT(sut->getLastTrouble("Right").value().message, StartsWith("limit \"old=3\": "));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("Left:silence=off")));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("Eyes:turn=off")));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("age=0.2")));
@@ -266,28 +312,61 @@ TEST_F(SensorHealthTest, noClockThatRunsWrongRaisesAnythingByItself) {
   }
 }
 
-// What was made before simulated time begins goes on by the machine's, and so sees time leap.
-TEST(SensorHealthBoard, believesNoFaultThatALeapOfTimeMakes) {
-  test::FakeManager manager;
-  const auto sensor = manager.add("A", "F");
-  sensor->stamp = [] { return ko::Clock::now(); };
-  std::map<std::string, boost::shared_ptr<Sensor>> sensors{{"A", sensor}};
-  HealthBoard sut(sensors);
-  sensor->subscribe("me");
-  sut.setRefreshed(true);
-  const auto look = [&] {
+constexpr int kCycles = 300;
+
+/** What our clock says in each cycle of 100 ms, in ms. */
+const std::map<const char*, std::function<int(int cycle)>> kClocks{
+    {"stops", [](int) { return 1000; }},
+    {"takes a hundredth", [](int cycle) { return 1000 + cycle; }},
+    {"takes a hundredfold", [](int cycle) { return 1000 + 10'000 * cycle; }},
+    {"jumps back", [](int cycle) { return 500'000 + 100 * cycle - 50'000 * (cycle / 30); }},
+    {"jumps ahead", [](int cycle) { return 1000 + 100 * cycle + 50'000 * (cycle / 30); }}};
+
+/** Two sensors, of which our clock dates one, and that of the hardware the other. */
+struct HealthBoardTest : testing::Test {
+  HealthBoardTest() {
+    manager.add("Ours", "F")->stamp = [] { return ko::Clock::now(); };
+    hardware->stamp = [this] { return hardwareTime; };
+    for (const char* name : {"Ours", "Hardware"}) {
+      sensors[name] = manager.getSensorPtr(name);
+      sensors[name]->subscribe("me");
+    }
+    sut.setRefreshed(true);
+  }
+
+  // What was made before simulated time begins goes on by the machine's, and so sees any clock.
+  void runCycle(int milliseconds) {
+    const ko::SimulatedTime time{ko::Clock::time_point(boost::chrono::milliseconds(milliseconds))};
+    hardwareTime += boost::chrono::milliseconds(100);
+    if (sut.asksDeviceTime()) sut.noteDeviceTime(hardwareTime);
     sut.tick();
-    return sut.get("A").value().state;
-  };
-  sensor->getData();
-  EXPECT_EQ(look(), sound);
-  for (const int seconds : {100, 3, 5000}) {
-    ko::SimulatedTime leap{ko::Clock::time_point(milliseconds(1000 * seconds))};
-    EXPECT_EQ(look(), sound) << seconds;
-    sensor->getData();
-    leap.advance(milliseconds(900));
-    sensor->getData();
-    EXPECT_EQ(look(), sound);
+    for (const auto& [name, sensor] : sensors) sensor->getData();
+    sut.tick();
+    for (const auto& [name, health] : sut.getAll()) {
+      if (isFault(health.state)) faults[name] = health.reason;
+    }
+  }
+
+  test::FakeManager manager;
+  boost::shared_ptr<Fake> hardware = manager.add("Hardware", "F");
+  ko::Clock::time_point hardwareTime;
+  HealthBoard::Sensors sensors;
+  HealthBoard sut{sensors};
+  std::map<std::string, std::string> faults;
+};
+
+TEST_F(HealthBoardTest, believesNoFaultThatOurClockMakesByItself) {
+  for (const auto& [what, clock] : kClocks) {
+    SCOPED_TRACE(what);
+    for (int cycle = 0; cycle < kCycles; ++cycle) runCycle(clock(cycle));
+    EXPECT_THAT(faults, IsEmpty());
+    // Once it runs right again, what is wrong is seen.
+    hardware->hasRecord = false;
+    for (int cycle = 1; cycle <= 20; ++cycle) runCycle(clock(kCycles - 1) + 100 * cycle);
+    EXPECT_THAT(faults, ElementsAre(testing::Pair("Hardware", StartsWith("no record for "))));
+    hardware->hasRecord = true;
+    for (int cycle = 21; cycle <= 50; ++cycle) runCycle(clock(kCycles - 1) + 100 * cycle);
+    faults.clear();
   }
 }
 

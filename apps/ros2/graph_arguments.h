@@ -1,0 +1,28 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include <CLI/App.hpp>
+
+namespace QV::app {
+
+/** What the command line says of a robot on a ROS 2 graph. */
+struct GraphArguments {
+  std::string node = {};
+  std::string nameSpace = {};
+  bool hasOwnFrames = false;
+  std::string framePrefix = {};
+  std::vector<std::string> frames = {};
+  std::vector<std::string> remaps = {};
+  std::string distro = {};
+  std::string networkInterface = {};
+  std::string navigation = "own";
+  std::string noEcho = "max";
+  bool isDriven = false;
+
+  /** Gives the options. */
+  std::vector<CLI::Option*> addTo(CLI::App& command);
+};
+
+}  // namespace QV::app

@@ -1,0 +1,37 @@
+#pragma once
+
+#include <memory>
+#include <string>
+
+#include "apps/ros2/graph_arguments.h"
+#include "outlets/outlet_list.h"
+#include "session/session.h"
+
+namespace QV::app {
+
+/** A ROS 2 graph that was joined, and the robot that a session is on it. */
+class GraphLink {
+ public:
+  /** Joins the graph. UsageError for arguments that are none, and in a build without a graph. */
+  explicit GraphLink(const GraphArguments& arguments);
+  ~GraphLink();
+
+  /** In place of the robot that was there; `session` must live until close() or the end. */
+  void open(session::Session& session);
+  void close();
+  /** Does what the graph asks; nothing without a robot. */
+  void obey();
+  /** What of it is an outlet; null without a robot. */
+  std::shared_ptr<outlets::Outlet> getOutlet() const;
+  /** Whom it is seen by, in a line. */
+  std::string describe() const;
+
+ private:
+  class Impl;
+  const std::unique_ptr<Impl> impl;
+};
+
+/** The topics that the session's robot would have, as a table; nobody sees it. */
+std::string listGraphTopics(const GraphArguments& arguments, session::Session& session);
+
+}  // namespace QV::app

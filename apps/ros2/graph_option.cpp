@@ -1,0 +1,37 @@
+#include "apps/ros2/graph_option.h"
+
+#include <iostream>
+
+namespace QV::app {
+
+void GraphOption::addTo(CLI::App& command) {
+  CLI::Option* const flag =
+      command.add_flag("--ros2", asked, "be a robot of the ROS 2 graph, too (see docs/ros2.md)");
+  for (CLI::Option* const option : arguments.addTo(command)) option->needs(flag);
+  // It would hear itself.
+  if (CLI::Option* const other = command.get_option_no_throw("--from-ros2")) flag->excludes(other);
+}
+
+void GraphOption::open(session::Session& session, bool isDriven) {
+  if (!asked) return;
+  arguments.isDriven = isDriven;
+  if (!link) {
+    link = std::make_shared<GraphLink>(arguments);
+    std::cerr << "qvsensors: " << link->describe() << '\n';
+  }
+  link->open(session);
+}
+
+void GraphOption::close() {
+  if (link) link->close();
+}
+
+void GraphOption::obey() {
+  if (link) link->obey();
+}
+
+std::shared_ptr<outlets::Outlet> GraphOption::getOutlet() const {
+  return link ? link->getOutlet() : nullptr;
+}
+
+}  // namespace QV::app

@@ -1,0 +1,6 @@
+if(NOT TARGET qv_ros2_graph)
+  set_target_properties(bench_ros2 PROPERTIES EXCLUDE_FROM_ALL ON)
+  return()
+endif()
+find_package(CycloneDDS REQUIRED)
+target_link_libraries(bench_ros2 PRIVATE QV::ros2_graph CycloneDDS::ddsc)

@@ -1,0 +1,184 @@
+#include "outlets/web/internal/http_connection.h"
+
+#include <chrono>
+#include <map>
+#include <memory>
+#include <optional>
+#include <string>
+#include <utility>
+#include <vector>
+
+#include <boost/beast/core.hpp>
+#include <boost/beast/http.hpp>
+#include <boost/beast/websocket/rfc6455.hpp>
+
+#include "outlets/web/internal/web_socket_connection.h"
+
+namespace QV::outlets {
+namespace {
+
+namespace beast = boost::beast;
+namespace http = beast::http;
+using boost::asio::ip::tcp;
+using boost::system::error_code;
+
+using Response = http::response<http::string_body>;
+
+constexpr std::size_t kLongestHeader = 8192;
+// What a client takes too long for is given up.
+constexpr std::chrono::seconds kRequestTime{10};
+constexpr std::chrono::milliseconds kGoodbye{250};
+
+std::string contentTypeOf(const std::string& name) {
+  static const std::map<std::string, std::string> types = {{"html", "text/html; charset=utf-8"},
+                                                           {"css", "text/css; charset=utf-8"},
+                                                           {"js", "text/javascript; charset=utf-8"},
+                                                           {"svg", "image/svg+xml"},
+                                                           {"png", "image/png"}};
+  const auto found = types.find(name.substr(name.rfind('.') + 1));
+  return found == types.end() ? "application/octet-stream" : found->second;
+}
+
+std::string textOf(beast::string_view text) {
+  return {text.data(), text.size()};
+}
+
+std::string pathOf(const WebRequest& request) {
+  const std::string target = textOf(request.target());
+  return target.substr(0, target.find('?'));
+}
+
+std::vector<std::string> protocolsIn(const WebRequest& request) {
+  std::vector<std::string> protocols;
+  for (const auto& protocol : http::token_list(request[http::field::sec_websocket_protocol])) {
+    protocols.push_back(textOf(protocol));
+  }
+  return protocols;
+}
+
+Response makeResponse(http::status status, const std::string& type, std::string body) {
+  Response response(status, 11);
+  response.set(http::field::content_type, type);
+  response.set(http::field::cache_control, "no-cache");
+  response.set("Content-Security-Policy",
+               "default-src 'self'; img-src 'self' data:; connect-src 'self' ws:; base-uri 'none'; "
+               "form-action 'none'; frame-ancestors 'none'");
+  response.set("X-Content-Type-Options", "nosniff");
+  response.set("Referrer-Policy", "no-referrer");
+  response.body() = std::move(body);
+  return response;
+}
+
+Response makeRefusal(http::status status, const std::string& reason) {
+  return makeResponse(status, "text/plain; charset=utf-8", reason + "\n");
+}
+
+class HttpConnection : public Connection, public std::enable_shared_from_this<HttpConnection> {
+ public:
+  HttpConnection(tcp::socket&& socket, ServicePtr service)
+      : stream(std::move(socket)), service(std::move(service)), listing(this->service, this) {}
+
+  void read() {
+    parser.emplace();
+    parser->header_limit(kLongestHeader);
+    parser->body_limit(std::uint64_t{0});
+    stream.expires_after(kRequestTime);
+    http::async_read(stream, buffer, *parser,
+                     [self = shared_from_this()](error_code error, std::size_t) {
+                       if (error) return self->xRefuse(error);
+                       self->xHandle(self->parser->get());
+                     });
+  }
+
+  void sayGoodbye() override { stream.close(); }
+
+ private:
+  void xRefuse(error_code error) {
+    if (error.category() != make_error_code(http::error::bad_method).category() ||
+        error == http::error::end_of_stream || error == http::error::partial_message) {
+      return stream.close();
+    }
+    const bool tooLong =
+        error == http::error::header_limit || error == http::error::buffer_overflow;
+    const auto status =
+        tooLong ? http::status::request_header_fields_too_large : http::status::bad_request;
+    xWrite(makeRefusal(status, "A request of HTTP/1.1 without a body expected."), false);
+  }
+
+  void xHandle(const WebRequest& request) {
+    const std::string fault = service->guard.findFault(textOf(request[http::field::host]),
+                                                       textOf(request[http::field::origin]));
+    if (!fault.empty()) return xWrite(makeRefusal(http::status::forbidden, fault), false);
+    if (beast::websocket::is_upgrade(request)) return xUpgrade(request);
+    xWrite(xAnswer(request), request.keep_alive());
+  }
+
+  Response xAnswer(const WebRequest& request) const {
+    if (request.method() != http::verb::get) {
+      Response response = makeRefusal(http::status::method_not_allowed, "Only GET is answered.");
+      response.set(http::field::allow, "GET");
+      return response;
+    }
+    const std::string path = pathOf(request);
+    const auto file = service->files.find(path == "/" ? "/index.html" : path);
+    if (file == service->files.end()) {
+      return makeRefusal(http::status::not_found, "There is no such file.");
+    }
+    return makeResponse(http::status::ok, contentTypeOf(path == "/" ? "index.html" : path),
+                        std::string(file->second.content));
+  }
+
+  void xUpgrade(const WebRequest& request) {
+    const auto protocol = service->handler.chooseProtocol(pathOf(request), protocolsIn(request));
+    if (!protocol) {
+      return xWrite(makeRefusal(http::status::bad_request,
+                                "There is no WebSocket with such a subprotocol here."),
+                    false);
+    }
+    openWebSocket(std::move(stream), service, request, *protocol);
+  }
+
+  void xWrite(Response&& given, bool keepAlive) {
+    response = std::move(given);
+    response.keep_alive(keepAlive);
+    response.prepare_payload();
+    stream.expires_after(kRequestTime);
+    http::async_write(stream, response, [self = shared_from_this()](error_code error, std::size_t) {
+      if (!error && self->response.keep_alive()) return self->read();
+      self->xClose();
+    });
+  }
+
+  // What the client still sends would make the end of the connection swallow the answer.
+  void xClose() {
+    error_code ignored;
+    stream.socket().shutdown(tcp::socket::shutdown_send, ignored);
+    stream.expires_after(kGoodbye);
+    xDrain();
+  }
+
+  void xDrain() {
+    buffer.consume(buffer.size());
+    stream.async_read_some(buffer.prepare(1024),
+                           [self = shared_from_this()](error_code error, std::size_t) {
+                             if (error || ++self->drained > 64) return self->stream.close();
+                             self->xDrain();
+                           });
+  }
+
+  beast::tcp_stream stream;
+  const ServicePtr service;
+  const Listing listing;
+  beast::flat_buffer buffer{2 * kLongestHeader};
+  std::optional<http::request_parser<http::empty_body>> parser;
+  Response response;
+  int drained = 0;
+};
+
+}  // namespace
+
+void serveHttp(tcp::socket&& socket, const ServicePtr& service) {
+  std::make_shared<HttpConnection>(std::move(socket), service)->read();
+}
+
+}  // namespace QV::outlets

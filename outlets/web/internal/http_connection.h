@@ -1,0 +1,12 @@
+#pragma once
+
+#include <boost/asio/ip/tcp.hpp>
+
+#include "outlets/web/internal/web_connection.h"
+
+namespace QV::outlets {
+
+/** Serves requests, and what they become, until the client goes. On the server's thread. */
+void serveHttp(boost::asio::ip::tcp::socket&& socket, const ServicePtr& service);
+
+}  // namespace QV::outlets

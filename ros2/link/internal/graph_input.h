@@ -1,0 +1,58 @@
+#pragma once
+
+#include <exception>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <utility>
+
+#include "platform/ko/log.h"
+#include "ros2/graph/graph.h"
+
+namespace QV::ros2 {
+
+/** A topic that asks something of a robot: the last message counts. Safe from any thread. */
+template <typename Message>
+class GraphInput {
+ public:
+  GraphInput(GraphNode& node, const std::string& topic, const Qos& qos)
+      : subscription(node.subscribe(topic, Message::getType(), qos,
+                                    [this](const ReceivedMessage& message) { xKeep(message); })) {}
+  // Before what it writes to.
+  ~GraphInput() { subscription.reset(); }
+
+  const GraphTopic& getTopic() const { return subscription->getTopic(); }
+
+  /** Acts on the last message that was not taken yet. What is thrown refuses it: it is logged if
+   * the one before was not refused. */
+  template <typename Act>
+  void take(const Act& act) {
+    const Bytes cdr = xTake();
+    if (cdr.empty()) return;
+    try {
+      act(fromCdr<Message>(cdr));
+      if (std::exchange(isRefused, false))
+        ko::log::info("ROS2.Robot", "obey") << getTopic().name << ": taken again";
+    } catch (const std::exception& error) {
+      if (std::exchange(isRefused, true)) return;
+      ko::log::warning("ROS2.Robot", "obey") << getTopic().name << ": " << error.what();
+    }
+  }
+
+ private:
+  void xKeep(const ReceivedMessage& message) {
+    const std::lock_guard lock(mutex);
+    last.assign(message.cdr.begin(), message.cdr.end());
+  }
+  Bytes xTake() {
+    const std::lock_guard lock(mutex);
+    return std::exchange(last, {});
+  }
+
+  std::mutex mutex;
+  Bytes last;
+  bool isRefused = false;
+  std::unique_ptr<Subscription> subscription;
+};
+
+}  // namespace QV::ros2

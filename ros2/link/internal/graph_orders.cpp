@@ -1,0 +1,112 @@
+#include "ros2/link/internal/graph_orders.h"
+
+#include <cmath>
+#include <limits>
+#include <stdexcept>
+#include <string>
+
+#include "ros2/recording/internal/conversions.h"
+
+namespace QV::ros2 {
+namespace {
+
+constexpr double kMostSecondsOff = 10.0;
+constexpr double kMostLengthOff = 0.1;
+constexpr Qos kStream{false, false, 1};
+constexpr Qos kOrder{true, false, 10};
+
+[[noreturn]] void refuse(const std::string& expected, const std::string& given) {
+  throw std::runtime_error("refused until it is right: " + expected + " expected, " + given +
+                           " given");
+}
+
+void expectFinite(const char* what, double number) {
+  if (!(std::abs(number) <= std::numeric_limits<float>::max()))
+    refuse(std::string("a finite ") + what, std::to_string(number));
+}
+
+template <typename Message>
+WireTopic wireTopicOf(const GraphInput<Message>& input) {
+  const GraphTopic& topic = input.getTopic();
+  return {topic, "rt" + topic.name, Message::getType().getDdsName(), true};
+}
+
+}  // namespace
+
+Math::Pose2D velocityOf(const geometry_msgs::Twist& twist) {
+  expectFinite("linear.x", twist.linear.x);
+  expectFinite("linear.y", twist.linear.y);
+  expectFinite("angular.z", twist.angular.z);
+  return {static_cast<float>(twist.linear.x), static_cast<float>(twist.linear.y),
+          static_cast<float>(twist.angular.z)};
+}
+
+void checkStamp(const builtin_interfaces::Time& stamp) {
+  if (stamp == builtin_interfaces::Time{}) return;
+  const double off =
+      stamp.sec + 1e-9 * stamp.nanosec - 1e-9 * static_cast<double>(logTimeOf(ko::Clock::now()));
+  if (std::abs(off) > kMostSecondsOff)
+    refuse("a stamp of /clock's time (use_sim_time)", "one " + std::to_string(off) + " s off it");
+}
+
+void checkPose(const geometry_msgs::Pose& pose) {
+  expectFinite("position.x", pose.position.x);
+  expectFinite("position.y", pose.position.y);
+  const auto& q = pose.orientation;
+  const double length = std::sqrt(q.x * q.x + q.y * q.y + q.z * q.z + q.w * q.w);
+  if (!(std::abs(length - 1.0) <= kMostLengthOff))
+    refuse("an orientation of length 1", std::to_string(length));
+}
+
+GraphOrders::Velocities::Velocities(GraphNode& node)
+    : plain(node, "cmd_vel", kStream), stamped(node, "cmd_vel", kStream) {}
+
+GraphOrders::Places::Places(GraphNode& node)
+    : pose(node, "initialpose", kOrder), goal(node, "goal_pose", kOrder) {}
+
+GraphOrders::GraphOrders(GraphNode& node, const FrameNames& names, const GraphRobotOptions& options)
+    : map(names.ofMap()) {
+  if (options.isDriven) velocities.emplace(node);
+  if (options.isDriven && options.knowsItsWay) places.emplace(node);
+}
+
+Math::Pose2D GraphOrders::xPlaceOf(const std_msgs::Header& header,
+                                   const geometry_msgs::Pose& pose) const {
+  if (header.frame_id != map) refuse("frame \"" + map + "\"", "\"" + header.frame_id + "\"");
+  checkPose(pose);
+  return poseOf(pose);
+}
+
+void GraphOrders::obey(session::Session& session) {
+  const auto drive = [&](const geometry_msgs::Twist& twist) {
+    session.drive(velocityOf(twist), GraphRobotOptions::kHold);
+  };
+  if (places) {
+    places->pose.take(
+        [&](const auto& message) { session.setPose(xPlaceOf(message.header, message.pose.pose)); });
+    places->goal.take([&](const auto& message) {
+      session.setGoal(Math::position2DFromPose2D(xPlaceOf(message.header, message.pose)));
+    });
+  }
+  if (!velocities) return;
+  velocities->plain.take(drive);
+  velocities->stamped.take([&](const auto& message) {
+    checkStamp(message.header.stamp);
+    drive(message.twist);
+  });
+}
+
+std::vector<WireTopic> GraphOrders::getTopics() const {
+  std::vector<WireTopic> topics;
+  if (velocities) {
+    topics.push_back(wireTopicOf(velocities->plain));
+    topics.push_back(wireTopicOf(velocities->stamped));
+  }
+  if (places) {
+    topics.push_back(wireTopicOf(places->pose));
+    topics.push_back(wireTopicOf(places->goal));
+  }
+  return topics;
+}
+
+}  // namespace QV::ros2

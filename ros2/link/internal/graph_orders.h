@@ -1,0 +1,51 @@
+#pragma once
+
+#include <optional>
+#include <vector>
+
+#include "ros2/link/graph_robot.h"
+#include "ros2/link/internal/graph_input.h"
+#include "ros2/messages/geometry_msgs.h"
+#include "ros2/recording/internal/frame_names.h"
+
+namespace QV::ros2 {
+
+/** What others ask of a robot: velocities, where it is, where it is to go. */
+class GraphOrders {
+ public:
+  /** `node` must outlive it. */
+  GraphOrders(GraphNode& node, const FrameNames& names, const GraphRobotOptions& options);
+
+  /** On the session's thread. */
+  void obey(session::Session& session);
+
+  std::vector<WireTopic> getTopics() const;
+
+ private:
+  /** The two types of /cmd_vel. */
+  struct Velocities {
+    explicit Velocities(GraphNode& node);
+    GraphInput<geometry_msgs::Twist> plain;
+    GraphInput<geometry_msgs::TwistStamped> stamped;
+  };
+  struct Places {
+    explicit Places(GraphNode& node);
+    GraphInput<geometry_msgs::PoseWithCovarianceStamped> pose;
+    GraphInput<geometry_msgs::PoseStamped> goal;
+  };
+
+  Math::Pose2D xPlaceOf(const std_msgs::Header& header, const geometry_msgs::Pose& pose) const;
+
+  const std::string map;
+  std::optional<Velocities> velocities;
+  std::optional<Places> places;
+};
+
+/** The velocity that is asked for; std::runtime_error for what is none. */
+Math::Pose2D velocityOf(const geometry_msgs::Twist& twist);
+/** std::runtime_error for a stamp that is far from now; none at all is as good as now. */
+void checkStamp(const builtin_interfaces::Time& stamp);
+/** std::runtime_error for a pose that is none. */
+void checkPose(const geometry_msgs::Pose& pose);
+
+}  // namespace QV::ros2

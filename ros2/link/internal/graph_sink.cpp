@@ -1,0 +1,93 @@
+#include "ros2/link/internal/graph_sink.h"
+
+#include <algorithm>
+#include <cctype>
+#include <utility>
+
+#include "ros2/messages/sensor_msgs.h"
+
+namespace QV::ros2 {
+namespace {
+
+bool isOf(const std::string& name, std::initializer_list<const char*> names) {
+  return std::ranges::find(names, name) != names.end();
+}
+
+/** Up to Humble one type was shorter. */
+const MessageType& typeFor(RosDistro distro, const MessageType& type) {
+  const bool isShorter = distro == RosDistro::humble && &type == &sensor_msgs::Range::getType();
+  return isShorter ? sensor_msgs::Range::getTypeWithoutVariance() : type;
+}
+
+}  // namespace
+
+std::string toGraphName(const std::string& text) {
+  std::string name;
+  for (const char letter : text) {
+    const bool isDigit = std::isdigit(static_cast<unsigned char>(letter)) != 0;
+    const bool isFirst = name.empty() || name.back() == '/';
+    if (isDigit && isFirst) name += '_';
+    const bool isKept = isDigit || letter == '/' || letter == '_' ||
+                        (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
+    name += isKept ? letter : '_';
+  }
+  return name;
+}
+
+GraphSink::GraphSink(GraphNode& node, RosDistro distro, bool hasOwnFrames)
+    : node(node), distro(distro), hasOwnFrames(hasOwnFrames) {}
+
+std::string GraphSink::xPlace(const std::string& name) const {
+  const bool isShared = isOf(name, {"/clock", "/diagnostics"}) ||
+                        (!hasOwnFrames && isOf(name, {"/tf", "/tf_static"}));
+  return isShared ? name : toGraphName(name.substr(1));
+}
+
+std::uint16_t GraphSink::addTopic(const RunTopic& topic) {
+  const MessageType& type = typeFor(distro, *topic.type);
+  topics.push_back({&type, topic.sensor, node.publish(xPlace(topic.name), type, topic.qos)});
+  return static_cast<std::uint16_t>(topics.size() - 1);
+}
+
+bool GraphSink::isRead(std::uint16_t topic) const {
+  const Publisher& publisher = *topics[topic].publisher;
+  return publisher.getReaderCount() > 0 || publisher.getTopic().qos.transientLocal;
+}
+
+bool GraphSink::hasReaders(std::size_t first, std::size_t last) const {
+  for (std::size_t i = first; i < last; ++i) {
+    if (topics[i].publisher->getReaderCount() > 0) return true;
+  }
+  return false;
+}
+
+std::set<std::string> GraphSink::getWantedSensors() const {
+  std::set<std::string> sensors;
+  for (const Topic& topic : topics) {
+    if (!topic.sensor.empty() && topic.publisher->getReaderCount() > 0)
+      sensors.insert(topic.sensor);
+  }
+  return sensors;
+}
+
+std::vector<std::pair<GraphTopic, const MessageType*>> GraphSink::getTopics() const {
+  std::vector<std::pair<GraphTopic, const MessageType*>> all;
+  for (const Topic& topic : topics) all.emplace_back(topic.publisher->getTopic(), topic.type);
+  return all;
+}
+
+std::uint64_t GraphSink::getLostCount() const {
+  std::uint64_t lost = 0;
+  for (const Topic& topic : topics) lost += topic.publisher->getLostCount();
+  return lost;
+}
+
+void GraphSink::xWrite(std::uint16_t number, std::uint64_t, const MessageType&,
+                       const void* message) {
+  const Topic& topic = topics[number];
+  Bytes cdr;
+  topic.type->encode(message, cdr);
+  topic.publisher->write(std::move(cdr));
+}
+
+}  // namespace QV::ros2

@@ -1,0 +1,42 @@
+#pragma once
+
+#include <map>
+#include <string>
+
+#include "session/session.h"
+
+namespace QV::ros2 {
+
+/** What the frames of a robot are called in messages. */
+class FrameNames {
+ public:
+  static constexpr char kMap[] = "map";
+  static constexpr char kOdometry[] = "odom";
+
+  /** Sensors have frames of their names. `renamed` gives some another one, `prefix` stands before
+   * all others but the map. */
+  explicit FrameNames(const session::Session& session,
+                      const std::map<std::string, std::string>& renamed = {},
+                      const std::string& prefix = {})
+      : base(session.getDescription() ? session.getDescription()->rootLink : "base"),
+        renamed(renamed),
+        prefix(prefix) {}
+
+  std::string of(const std::string& name) const {
+    const auto found = renamed.find(name);
+    if (found != renamed.end()) return found->second;
+    return name == kMap ? name : prefix + name;
+  }
+  std::string ofMap() const { return of(kMap); }
+  std::string ofOdometry() const { return of(kOdometry); }
+  std::string ofBase() const { return of(base); }
+  /** Of the images of a camera: z ahead, x to the right, y down. */
+  std::string ofOptics(const std::string& camera) const { return of(camera + "_optical"); }
+
+ private:
+  std::string base;
+  std::map<std::string, std::string> renamed;
+  std::string prefix;
+};
+
+}  // namespace QV::ros2

@@ -1,0 +1,185 @@
+#include "ros2/recording/internal/image_points.h"
+
+#include <algorithm>
+#include <bit>
+#include <cmath>
+#include <cstddef>
+#include <stdexcept>
+#include <string>
+
+namespace QV::ros2 {
+namespace {
+
+using Math::Position3D;
+using Depth = cv::Mat_<std::uint16_t>;
+
+constexpr float kMetres = 0.001f;
+// Of pixels that are compared together, by vector instructions.
+constexpr int kBlock = 16;
+
+/** Which bits are not the same. */
+std::uint32_t differenceOf(float a, float b) {
+  return std::bit_cast<std::uint32_t>(a) ^ std::bit_cast<std::uint32_t>(b);
+}
+
+std::uint32_t differenceOf(const Position3D& a, const Position3D& b) {
+  return differenceOf(a.x, b.x) | differenceOf(a.y, b.y) | differenceOf(a.z, b.z);
+}
+
+/** Makes points of an image's pixels. Recordings hold what it gives: it stays as it is. */
+class Projection {
+ public:
+  Projection(const Depth& depth, const ImageExtents& extents) : depth(depth), extents(extents) {
+    const auto width = static_cast<float>(depth.cols);
+    for (int column = 0; column < depth.cols; ++column)
+      columns.push_back(static_cast<float>(column) / width - 0.5f);
+  }
+
+  const Depth& getDepth() const { return depth; }
+
+  Position3D at(int row, int column) const {
+    const float up = 0.5f - static_cast<float>(row) / static_cast<float>(depth.rows);
+    return xAt(depth[row], column, up);
+  }
+
+  /** How many points from `point` on are those of a row's pixels from `column` on. */
+  int match(int row, int column, const Position3D* point, const Position3D* end) const {
+    const float up = 0.5f - static_cast<float>(row) / static_cast<float>(depth.rows);
+    const std::uint16_t* const pixels = depth[row];
+    const int most = static_cast<int>(std::min<std::ptrdiff_t>(end - point, depth.cols - column));
+    const auto differ = [&](int begin, int count) {
+      std::uint32_t difference = 0;
+      for (int i = begin; i < begin + count; ++i)
+        difference |= differenceOf(xAt(pixels, column + i, up), point[i]);
+      return difference != 0;
+    };
+    int count = 0;
+    while (count + kBlock <= most && !differ(count, kBlock)) count += kBlock;
+    while (count < most && !differ(count, 1)) ++count;
+    return count;
+  }
+
+  /** Where a point's pixel should be; nothing for one that no pixel gives. */
+  std::optional<cv::Point> find(const Position3D& point) const {
+    const float column =
+        (0.5f - point.y / (point.x * extents.width)) * static_cast<float>(depth.cols);
+    const float row =
+        (0.5f - point.z / (point.x * extents.height)) * static_cast<float>(depth.rows);
+    const cv::Rect2f image(-0.5f, -0.5f, static_cast<float>(depth.cols),
+                           static_cast<float>(depth.rows));
+    if (!image.contains(cv::Point2f(column, row))) return std::nullopt;
+    return cv::Point(std::min(static_cast<int>(std::lround(column)), depth.cols - 1),
+                     std::min(static_cast<int>(std::lround(row)), depth.rows - 1));
+  }
+
+ private:
+  Position3D xAt(const std::uint16_t* pixels, int column, float up) const {
+    const auto d = static_cast<float>(pixels[column]);
+    return {d * kMetres, columns[static_cast<std::size_t>(column)] * d * extents.width * -kMetres,
+            up * d * extents.height * kMetres};
+  }
+
+  const Depth& depth;
+  const ImageExtents extents;
+  std::vector<float> columns;
+};
+
+/** Gathers runs; what follows right behind the last one prolongs it. */
+class RunWriter {
+ public:
+  explicit RunWriter(qv_msgs::ImagePoints& runs) : runs(runs) {}
+
+  void add(std::int64_t place, int length) {
+    if (place == end && !runs.lengths.empty()) {
+      runs.lengths.back() += static_cast<std::uint32_t>(length);
+    } else {
+      runs.skips.push_back(static_cast<std::int32_t>(place - end));
+      runs.lengths.push_back(static_cast<std::uint32_t>(length));
+    }
+    end = place + length;
+  }
+
+ private:
+  qv_msgs::ImagePoints& runs;
+  std::int64_t end = 0;
+};
+
+/** False for a list with a point that is no pixel's. */
+bool encodeList(const Projection& projection, const std::vector<Position3D>& list,
+                RunWriter& runs) {
+  const std::int64_t width = projection.getDepth().cols;
+  const Position3D* const end = list.data() + list.size();
+  for (const Position3D* point = list.data(); point != end;) {
+    const auto pixel = projection.find(*point);
+    const int count = pixel ? projection.match(pixel->y, pixel->x, point, end) : 0;
+    if (count == 0) return false;
+    runs.add(pixel->y * width + pixel->x, count);
+    point += count;
+  }
+  return true;
+}
+
+[[noreturn]] void refuse(const std::string& what) {
+  throw std::runtime_error(what + " expected in an image's points, others given");
+}
+
+/** Calls `visit` with the row, the first column and the one behind the last of each run's part in
+ * a row. No pixel is in two runs of a camera, so that all together are no more than the image. */
+template <typename Visit>
+void visitRows(const qv_msgs::ImagePoints& points, const Depth& depth, const Visit& visit) {
+  if (points.skips.size() != points.lengths.size()) refuse("as many skips as lengths");
+  const std::int64_t width = depth.cols;
+  const std::int64_t size = width * depth.rows;
+  std::int64_t place = 0;
+  std::int64_t left = size;
+  for (std::size_t i = 0; i < points.skips.size(); ++i) {
+    place += points.skips[i];
+    const std::int64_t end = place + points.lengths[i];
+    left -= points.lengths[i];
+    if (place < 0 || end > size || left < 0) refuse("pixels of the image, each once");
+    while (place < end) {
+      const std::int64_t row = place / width;
+      const std::int64_t rowEnd = std::min(end, (row + 1) * width);
+      visit(static_cast<int>(row), static_cast<int>(place - row * width),
+            static_cast<int>(rowEnd - row * width));
+      place = rowEnd;
+    }
+  }
+}
+
+}  // namespace
+
+std::optional<qv_msgs::ImagePoints> encodePoints(const std::vector<Math::MetricalData>& records,
+                                                 const Depth& depth, const ImageExtents& extents) {
+  const Projection projection(depth, extents);
+  qv_msgs::ImagePoints points;
+  points.width_by_depth = extents.width;
+  points.height_by_depth = extents.height;
+  RunWriter runs(points);
+  for (const Math::MetricalData& record : records) {
+    if (!encodeList(projection, record.points, runs)) return std::nullopt;
+  }
+  return points;
+}
+
+std::vector<Position3D> decodePoints(const qv_msgs::ImagePoints& points, const Depth& depth) {
+  const Projection projection(depth, {points.width_by_depth, points.height_by_depth});
+  std::vector<Position3D> made;
+  visitRows(points, depth, [&](int row, int begin, int end) {
+    for (int column = begin; column < end; ++column) made.push_back(projection.at(row, column));
+  });
+  return made;
+}
+
+std::vector<Position3D> thinPoints(const qv_msgs::ImagePoints& points, const Depth& depth, int n) {
+  const Projection projection(depth, {points.width_by_depth, points.height_by_depth});
+  std::vector<Position3D> made;
+  visitRows(points, depth, [&](int row, int begin, int end) {
+    if (row % n != 0) return;
+    for (int column = (begin + n - 1) / n * n; column < end; column += n)
+      made.push_back(projection.at(row, column));
+  });
+  return made;
+}
+
+}  // namespace QV::ros2

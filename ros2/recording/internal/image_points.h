@@ -1,0 +1,37 @@
+#pragma once
+
+#include <cstdint>
+#include <optional>
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+#include "platform/api.h"
+#include "platform/math/metrical_data.h"
+#include "ros2/messages/report_msgs.h"
+
+namespace QV::ros2 {
+
+/** What a depth image covers sideways and upwards, divided by the depth. */
+struct ImageExtents {
+  float width = 0.0f;
+  float height = 0.0f;
+};
+
+/**
+ * The runs of pixels that give all points of these records, one record behind the other, bit for
+ * bit; nothing if some point is no pixel's.
+ */
+QV_API std::optional<qv_msgs::ImagePoints> encodePoints(
+    const std::vector<Math::MetricalData>& records, const cv::Mat_<std::uint16_t>& depth,
+    const ImageExtents& extents);
+
+/** The points again; runs that are not in the image: std::runtime_error. */
+QV_API std::vector<Math::Position3D> decodePoints(const qv_msgs::ImagePoints& points,
+                                                  const cv::Mat_<std::uint16_t>& depth);
+
+/** Those of them in every nth row and column. */
+QV_API std::vector<Math::Position3D> thinPoints(const qv_msgs::ImagePoints& points,
+                                                const cv::Mat_<std::uint16_t>& depth, int n);
+
+}  // namespace QV::ros2

@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <string>
+
+#include "ros2/messages/message_type.h"
+
+namespace QV::ros2 {
+
+/** A topic that tells of a run. */
+struct RunTopic {
+  /** "/FrontLaser/scan" */
+  std::string name;
+  const MessageType* type;
+  Qos qos = {};
+  /** Whose measurements it tells; empty if they are no sensor's. */
+  std::string sensor = {};
+};
+
+/** Where the messages of a run go: a recording or a graph. Used by one thread at a time. */
+class QV_API MessageSink {
+ public:
+  MessageSink() = default;
+  virtual ~MessageSink() = default;
+  MessageSink(const MessageSink&) = delete;
+  MessageSink& operator=(const MessageSink&) = delete;
+
+  /** Gives its number. */
+  virtual std::uint16_t addTopic(const RunTopic& topic) = 0;
+  template <typename Message>
+  std::uint16_t add(const std::string& name, const Qos& qos = {}, const std::string& sensor = {}) {
+    return addTopic({name, &Message::getType(), qos, sensor});
+  }
+
+  /** Whether somebody reads what is written now; else it need not be made. */
+  virtual bool isRead(std::uint16_t) const { return true; }
+  /** `time` in nanoseconds, as logTimeOf gives it. */
+  template <typename Message>
+  void write(std::uint16_t topic, std::uint64_t time, const Message& message) {
+    xWrite(topic, time, Message::getType(), &message);
+  }
+
+ private:
+  virtual void xWrite(std::uint16_t topic, std::uint64_t time, const MessageType& type,
+                      const void* message) = 0;
+};
+
+}  // namespace QV::ros2

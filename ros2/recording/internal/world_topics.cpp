@@ -1,0 +1,32 @@
+#include "ros2/recording/internal/world_topics.h"
+
+#include "platform/middleware/contracts/robot_model_contract.h"
+#include "platform/middleware/qv_proxy.h"
+#include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/topic_names.h"
+
+namespace QV::ros2 {
+namespace {
+
+constexpr Qos kKept{true, true, 1};
+
+}  // namespace
+
+void writeDescription(MessageSink& sink, const session::Session& session) {
+  if (!session.getDescription() || !session.getBroker()) return;
+  const auto topic = sink.add<std_msgs::String>(kDescriptionTopic, kKept);
+  const auto model = session.getBroker()->getProxy(RobotModelContract::kModule, 0);
+  sink.write(topic, logTimeOf(ko::Clock::now()),
+             std_msgs::String{model->call<std::string>(RobotModelContract::kGetConfig)});
+}
+
+nav_msgs::OccupancyGrid writeMap(MessageSink& sink, const OccupancyMap& map,
+                                 const FrameNames& names) {
+  const auto topic = sink.add<nav_msgs::OccupancyGrid>(kMapTopic, kKept);
+  nav_msgs::OccupancyGrid grid = gridOf(map);
+  grid.header.frame_id = names.ofMap();
+  sink.write(topic, logTimeOf(ko::Clock::now()), grid);
+  return grid;
+}
+
+}  // namespace QV::ros2

@@ -1,0 +1,17 @@
+#pragma once
+
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/recording/internal/frame_names.h"
+#include "ros2/recording/internal/message_sink.h"
+#include "session/session.h"
+
+namespace QV::ros2 {
+
+/** The robot's description as it was read, if it has one. */
+QV_API void writeDescription(MessageSink& sink, const session::Session& session);
+
+/** Returns what was written. */
+QV_API nav_msgs::OccupancyGrid writeMap(MessageSink& sink, const OccupancyMap& map,
+                                        const FrameNames& names);
+
+}  // namespace QV::ros2

@@ -1,0 +1,25 @@
+#pragma once
+
+#include <string>
+#include <vector>
+
+#include "platform/api.h"
+#include "sensor/core/sensor_health.h"
+
+namespace QV::sensor {
+
+/** What a text says of a limit, or what it should say instead. */
+struct ReadHealthRule {
+  std::string text;
+  HealthRule rule = {};
+  /** "a number above 0, or off,"; empty if the text is good. */
+  std::string expected = {};
+};
+
+/** "[NAME:]LIMIT=VALUE" or "[NAME:]LIMIT=off". */
+ReadHealthRule readHealthRule(const std::string& text);
+
+/** A description's "age=0.5 turn=off": rules without a name, with blanks between them. */
+QV_API std::vector<ReadHealthRule> readDescribedLimits(const std::string& property);
+
+}  // namespace QV::sensor

@@ -1,0 +1,84 @@
+// A recording that is played: its time line, pause and step.
+import assert from 'node:assert/strict';
+import { mkdtempSync, rmSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import path from 'node:path';
+import { after, before, beforeEach, afterEach, test } from 'node:test';
+import { LivePage, launch } from './support/browser.mjs';
+import { record, serve } from './support/program.mjs';
+
+let browser;
+let folder;
+let run;
+let program;
+let live;
+
+before(async () => {
+  folder = mkdtempSync(path.join(tmpdir(), 'qv_live_'));
+  run = record(folder);
+  browser = await launch();
+});
+after(async () => {
+  await browser.close();
+  rmSync(folder, { recursive: true });
+});
+beforeEach(async () => {
+  program = await serve(['--replay', run]);
+  live = await LivePage.open(browser, program.url);
+});
+afterEach(async () => {
+  await live.close();
+  await program.stop();
+});
+
+const line = () => live.page.getByRole('slider', { name: 'Time of the recording' });
+
+/** Presses on the line where it stands and lets go at a share of it; gives what it said on the way. */
+async function drag(share) {
+  const box = await line().boundingBox();
+  const { time, length } = live.state.recording;
+  const y = box.y + box.height / 2;
+  await live.page.mouse.move(box.x + (box.width * time) / length, y);
+  await live.page.mouse.down();
+  await live.page.mouse.move(box.x + box.width * share, y, { steps: 5 });
+  const said = parseFloat(await live.page.locator('#line-text').textContent());
+  await live.page.mouse.up();
+  return said;
+}
+
+test('the line is dragged ahead and back, and the robot is where it was then', async () => {
+  await live.page.getByRole('button', { name: 'Pause' }).click();
+  await live.until(({ paused }) => paused);
+  const places = [];
+  for (const share of [0.7, 0.2, 0.7]) {
+    const said = await drag(share);
+    const { recording, pose } = await live.until((state) => Math.abs(state.recording.time - said) < 0.15);
+    assert.ok(Math.abs(said / recording.length - share) < 0.1, `${said} s of ${recording.length} s`);
+    places.push({ said, pose });
+  }
+  assert.ok(Math.abs(places[0].pose.x - places[1].pose.x) > 0.5);
+  if (places[0].said === places[2].said) assert.deepEqual(places[0].pose, places[2].pose);
+});
+
+test('it stands still in a pause and goes on look by look', async () => {
+  await live.until(({ recording }) => recording.time > 0.5);
+  await live.page.getByRole('button', { name: 'Pause' }).click();
+  const { recording } = await live.until(({ paused }) => paused);
+  await live.until((state) => state.recording.time === recording.time);
+  for (const steps of [1, 2]) {
+    await live.page.getByRole('button', { name: 'Step' }).click();
+    const next = await live.until((state) => state.recording.time > recording.time + 0.1 * steps - 0.05);
+    assert.ok(next.recording.time < recording.time + 0.1 * steps + 0.05, `${next.recording.time} s`);
+  }
+  await live.page.getByRole('button', { name: 'Run' }).click();
+  await live.until((state) => state.recording.time > recording.time + 1);
+});
+
+test('it pauses at the end, and keys lead back along the line', async () => {
+  await line().focus();
+  await live.page.keyboard.press('End');
+  const { recording } = await live.until((state) => state.paused);
+  assert.ok(recording.time > recording.length - 0.2);
+  await live.page.keyboard.press('Home');
+  await live.until((state) => state.recording.time < 0.2);
+});

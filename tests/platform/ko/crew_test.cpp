@@ -1,0 +1,68 @@
+#include "platform/ko/internal/crew.h"
+
+#include <atomic>
+#include <latch>
+#include <thread>
+#include <vector>
+
+#include <gtest/gtest.h>
+
+#include "tests/support/child_process.h"
+
+namespace ko {
+namespace {
+
+using detail::shareWork;
+
+/** Returns once two threads are in it at the same time. */
+void meet() {
+  std::latch both(2);
+  shareWork([&] { both.arrive_and_wait(); }, 1);
+}
+
+TEST(Crew, helpsWhoCallsAndComesBackBeforeHeGoes) {
+  for (int i = 0; i < 100; ++i) meet();
+}
+
+TEST(Crew, letsNobodyWaitForHelpersThatAreBusy) {
+  std::atomic<int> count{0};
+  shareWork([&] { shareWork([&] { shareWork([&] { ++count; }, 300); }, 300); }, 1);
+  EXPECT_GE(count, 1);
+}
+
+TEST(Crew, dealsOutTheWorkOfManyCallersOnceEach) {
+  constexpr int kCalls = 200;
+  constexpr int kParts = 64;
+  const auto callMany = [] {
+    for (int i = 0; i < kCalls; ++i) {
+      // No lock: the crew is what orders the parts before their caller's return.
+      std::vector<int> parts(kParts, 0);
+      std::atomic<std::size_t> next{0};
+      shareWork(
+          [&] {
+            for (std::size_t part; (part = next++) < parts.size();) ++parts[part];
+          },
+          3);
+      ASSERT_EQ(parts, std::vector<int>(kParts, 1));
+    }
+  };
+  std::vector<std::jthread> callers;
+  for (int i = 0; i < 4; ++i) callers.emplace_back(callMany);
+}
+
+#ifndef __SANITIZE_THREAD__
+TEST(Crew, isAnotherOneAfterAFork) {
+  meet();
+  QV::test::ChildProcess child;
+  child.start([] {
+    // Who waits for a helper that is not there waits for good.
+    alarm(20);
+    meet();
+    _exit(0);
+  });
+  EXPECT_EQ(child.awaitEnd(), 0);
+}
+#endif
+
+}  // namespace
+}  // namespace ko

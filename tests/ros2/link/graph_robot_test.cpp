@@ -1,0 +1,333 @@
+#include "ros2/link/graph_robot.h"
+
+#include <algorithm>
+#include <cmath>
+#include <limits>
+#include <map>
+#include <set>
+
+#include "ros2/bag/bag_reader.h"
+#include "ros2/messages/report_msgs.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/run_replay.h"
+#include "tests/ros2/link/robot_on_graph.h"
+#include "tests/ros2/recording/recorded_run.h"
+#include "tests/session/session_in_room.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/vocabulary.h"
+
+namespace QV::ros2 {
+namespace {
+
+struct GraphRobotTest : testing::Test {
+  const std::unique_ptr<session::Session> session =
+      session::openVirtual("porter", test::busyWorld());
+  test::LogCapture log;
+};
+
+/** The engine pads a message to whole words, and says so in its head or not. */
+Bytes padded(BytesView cdr) {
+  Bytes bytes(cdr.begin(), cdr.end());
+  bytes.resize((bytes.size() + 3) / 4 * 4);
+  bytes[3] = 0;
+  return bytes;
+}
+
+std::map<std::string, std::set<Bytes>> messagesIn(const std::string& path) {
+  std::map<std::string, std::set<Bytes>> messages;
+  BagReader reader(path);
+  while (const auto message = reader.next())
+    messages[message->topic->name].insert(padded(message->data));
+  return messages;
+}
+
+TEST_F(GraphRobotTest, tellsWhatARecordingOfTheSameRunHolds) {
+  GraphRobotOptions options;
+  options.noEchoIsInfinite = true;
+  const test::TemporaryFolder folder;
+  RunRecorder recorder(folder / "run.mcap", *session);
+  RobotOnGraph sut(*session, options);
+  std::map<std::string, std::unique_ptr<Heard>> heard;
+  for (const char* const name :
+       {"/tf_static", "/odom", "/robot_description", "/map", "/qv/records", "/people",
+        "/people_markers", "/FrontLaser/scan", "/LeftLaser/scan", "/RightLaser/scan",
+        "/ShovelLaser/scan", "/HoleLaser/scan", "/FrontSonar/range", "/BackSonar/range",
+        "/BlindZone/contact", "/DepthCamera/image", "/DepthCamera/camera_info",
+        "/DepthCamera/points", "/FrontLaser/points"})
+    heard[name] = nullptr;
+  for (const WireTopic& wire : sut.robot.getTopics()) {
+    if (heard.count(wire.topic.name) == 0) continue;
+    const Qos all{true, wire.topic.qos.transientLocal, 1000};
+    heard[wire.topic.name] = sut.listen(wire.topic.name, *findMessageType(wire.topic.type), all);
+  }
+  EXPECT_TRUE(sut.runUntil([&] {
+    recorder.show(session->look());
+    return std::ranges::none_of(heard, [](const auto& topic) { return topic.second->isEmpty(); });
+  }));
+  heard.at("/qv/records")->subscription.reset();
+  recorder.finish();
+  const auto recorded = messagesIn(folder / "run.mcap");
+  for (const auto& [name, topic] : heard) {
+    EXPECT_FALSE(topic->isEmpty()) << name;
+    for (const auto& message : topic->messages.get())
+      EXPECT_EQ(recorded.at(name).count(padded(message.cdr)), 1u) << name;
+  }
+}
+
+template <typename Message>
+std::int64_t stampOf(const Message& message) {
+  if constexpr (requires { message.clock; }) {
+    return nanoseconds(message.clock);
+  } else if constexpr (requires { message.transforms; }) {
+    return nanoseconds(message.transforms.front().header.stamp);
+  } else {
+    return nanoseconds(message.header.stamp);
+  }
+}
+
+/** When each stamp was written first. */
+template <typename Message>
+std::map<std::int64_t, std::int64_t> timesOf(Heard& heard) {
+  std::map<std::int64_t, std::int64_t> times;
+  for (const auto& message : heard.messages.get())
+    times.emplace(stampOf(fromCdr<Message>(message.cdr)), message.sourceTime);
+  return times;
+}
+
+TEST_F(GraphRobotTest, clockAndFramesGoAheadOfWhatIsStampedWithThem) {
+  RobotOnGraph sut(*session);
+  const auto tf = sut.listen<tf2_msgs::TFMessage>("/tf");
+  ASSERT_TRUE(sut.runUntil([&] { return !tf->isEmpty() && !sut.clock->isEmpty(); }));
+  const auto scans = sut.listen<sensor_msgs::LaserScan>("/FrontLaser/scan");
+  const auto ranges = sut.listen<sensor_msgs::Range>("/FrontSonar/range");
+  const auto images = sut.listen<sensor_msgs::Image>("/DepthCamera/image");
+  const auto clouds = sut.listen<sensor_msgs::PointCloud2>("/FrontLaser/points");
+  ASSERT_TRUE(sut.runUntil([&] {
+    return !scans->isEmpty() && !ranges->isEmpty() && !images->isEmpty() && !clouds->isEmpty();
+  }));
+  sut.run(25);
+  const auto clocks = timesOf<rosgraph_msgs::Clock>(*sut.clock);
+  const auto frames = timesOf<tf2_msgs::TFMessage>(*tf);
+  auto messages = timesOf<sensor_msgs::LaserScan>(*scans);
+  for (const auto& others :
+       {timesOf<sensor_msgs::Range>(*ranges), timesOf<sensor_msgs::Image>(*images),
+        timesOf<sensor_msgs::PointCloud2>(*clouds)})
+    messages.insert(others.begin(), others.end());
+  EXPECT_GT(messages.size(), 5u);
+  for (const auto& [stamp, written] : messages) {
+    const auto clock = clocks.lower_bound(stamp);
+    ASSERT_TRUE(clock != clocks.end() && clock->second <= written) << stamp;
+    const auto frame = frames.lower_bound(stamp);
+    ASSERT_TRUE(frame != frames.end() && frame->second <= written) << stamp;
+  }
+  for (const auto& [stamp, written] : frames) EXPECT_LE(clocks.lower_bound(stamp)->second, written);
+  // Others' timers run when /clock comes: a hundred times a second.
+  const std::int64_t length = clocks.rbegin()->first - clocks.begin()->first;
+  EXPECT_GE(static_cast<std::int64_t>(clocks.size()), length / 10'000'000);
+}
+
+TEST_F(GraphRobotTest, aSensorRunsWhileSomebodyReadsOneOfItsTopics) {
+  RobotOnGraph sut(*session);
+  auto& manager = session->getManager();
+  sut.run(5);
+  EXPECT_FALSE(manager.isSensorStarted("FrontLaser"));
+  auto scans = sut.listen<sensor_msgs::LaserScan>("/FrontLaser/scan");
+  auto points = sut.listen<sensor_msgs::PointCloud2>("/FrontLaser/points");
+  const std::int64_t since = ko::Clock::now().time_since_epoch().count() + 1'000'000'000;
+  ASSERT_TRUE(sut.runUntil([&] { return !scans->isEmpty() && !points->isEmpty(); }));
+  EXPECT_TRUE(manager.isSensorSubscribedBy("FrontLaser", "ROS 2"));
+  EXPECT_FALSE(manager.isSensorStarted("LeftLaser"));
+  EXPECT_FALSE(manager.isSensorStarted("FrontSonar"));
+  EXPECT_GT(nanoseconds(scans->all<sensor_msgs::LaserScan>().front().header.stamp), since);
+  scans.reset();
+  sut.run(5);
+  EXPECT_TRUE(manager.isSensorStarted("FrontLaser"));
+  points.reset();
+  EXPECT_TRUE(sut.runUntil([&] { return !manager.isSensorStarted("FrontLaser"); }));
+}
+
+TEST_F(GraphRobotTest, aVelocityHoldsForHalfASecondOfTheRun) {
+  RobotOnGraph sut(*session);
+  const auto plain = sut.tool->publish("/cmd_vel", geometry_msgs::Twist::getType());
+  const auto stamped = sut.tool->publish("/cmd_vel", geometry_msgs::TwistStamped::getType());
+  const geometry_msgs::Twist twist{{0.2, 0.1, 0.0}, {0.0, 0.0, 0.3}};
+  ASSERT_TRUE(sut.sendUntil(*plain, twist, [&] { return session->look().velocity.x == 0.2f; }));
+  EXPECT_EQ(session->look().velocity.y, 0.1f);
+  EXPECT_EQ(session->look().velocity.theta, 0.3f);
+  sut.run(20);
+  EXPECT_EQ(session->look().velocity.x, 0.2f);
+  sut.run(10);
+  EXPECT_EQ(session->look().velocity, Math::Pose2D());
+  EXPECT_TRUE(sut.sendUntil(*stamped, geometry_msgs::TwistStamped{{}, {{-0.1, 0.0, 0.0}, {}}},
+                            [&] { return session->look().velocity.x == -0.1f; }));
+}
+
+geometry_msgs::PoseWithCovarianceStamped poseAt(double x, const geometry_msgs::Quaternion& turn) {
+  geometry_msgs::PoseWithCovarianceStamped pose;
+  pose.header.frame_id = "map";
+  pose.pose.pose = {{x, 6.3, 0.0}, turn};
+  return pose;
+}
+
+TEST_F(GraphRobotTest, isPutAndSentWhereItIsAsked) {
+  RobotOnGraph sut(*session);
+  const auto poses =
+      sut.tool->publish("/initialpose", geometry_msgs::PoseWithCovarianceStamped::getType());
+  const auto goals = sut.tool->publish("/goal_pose", geometry_msgs::PoseStamped::getType());
+  ASSERT_TRUE(sut.sendUntil(*poses, poseAt(4.0, {0.0, 0.0, 1.0, 0.0}),
+                            [&] { return session->getPose().x == 4.0f; }));
+  EXPECT_NEAR(std::abs(session->getPose().theta), 3.1416f, 1e-3f);
+  ASSERT_TRUE(sut.sendUntil(*goals, geometry_msgs::PoseStamped{{{}, "map"}, {{5.0, 6.3, 0.0}, {}}},
+                            [&] { return session->look().goal.has_value(); }));
+  EXPECT_EQ(session->look().goal, Math::Position2D(5.0f, 6.3f));
+}
+
+TEST_F(GraphRobotTest, refusesNonsenseWithOneLineUntilItIsRight) {
+  RobotOnGraph sut(*session);
+  const auto velocities = sut.tool->publish("/cmd_vel", geometry_msgs::Twist::getType());
+  const auto stamped = sut.tool->publish("/cmd_vel", geometry_msgs::TwistStamped::getType());
+  const auto poses =
+      sut.tool->publish("/initialpose", geometry_msgs::PoseWithCovarianceStamped::getType());
+  const auto goals = sut.tool->publish("/goal_pose", geometry_msgs::PoseStamped::getType());
+  const auto lines = [&] {
+    auto all = log.lines(ko::log::Level::info);
+    std::erase_if(all, [](const auto& line) { return line.find("ROS2.Robot") == line.npos; });
+    return all;
+  };
+  const auto expectLine = [&](Publisher& publisher, const auto& message, const std::string& text) {
+    log.clear();
+    EXPECT_TRUE(sut.sendUntil(publisher, message, [&] { return !lines().empty(); })) << text;
+    publisher.write(message);
+    sut.run(5);
+    EXPECT_THAT(lines(), ElementsAre(HasSubstr(text)));
+  };
+  const std::string refused = ": refused until it is right: ";
+  const double nan = std::numeric_limits<double>::quiet_NaN();
+  expectLine(*velocities, geometry_msgs::Twist{{nan, 0.0, 0.0}, {}},
+             "/cmd_vel" + refused + "a finite linear.x expected, nan given");
+  log.clear();
+  velocities->write(geometry_msgs::Twist{{0.0, 1e300, 0.0}, {}});
+  sut.run(5);
+  velocities->write(Bytes{0, 1, 0, 0, 7});
+  sut.run(5);
+  EXPECT_THAT(lines(), IsEmpty());
+  expectLine(*velocities, geometry_msgs::Twist{}, "/cmd_vel: taken again");
+  expectLine(*stamped,
+             geometry_msgs::TwistStamped{{{1'700'000'000, 0}, "base"}, {{1.0, 0.0, 0.0}, {}}},
+             "/cmd_vel" + refused + "a stamp of /clock's time (use_sim_time)");
+  expectLine(*poses, poseAt(4.0, {0.0, 0.0, 0.0, 0.0}),
+             "/initialpose" + refused + "an orientation of length 1 expected, 0.0");
+  expectLine(*goals, geometry_msgs::PoseStamped{{{}, "base"}, {}},
+             "/goal_pose" + refused + "frame \"map\" expected, \"base\" given");
+  EXPECT_EQ(session->look().velocity, Math::Pose2D());
+  EXPECT_EQ(session->getPose(), *test::busyWorld().start);
+}
+
+TEST_F(GraphRobotTest, somebodyElsesNavigationHasTheMapToItself) {
+  GraphRobotOptions options;
+  options.knowsItsWay = false;
+  RobotOnGraph sut(*session, options);
+  const auto tf = sut.listen<tf2_msgs::TFMessage>("/tf");
+  ASSERT_TRUE(sut.runUntil([&] { return !tf->isEmpty(); }));
+  for (const auto& message : tf->all<tf2_msgs::TFMessage>()) {
+    ASSERT_EQ(message.transforms.size(), 1u);
+    EXPECT_EQ(message.transforms.front().header.frame_id, "odom");
+  }
+  for (const WireTopic& wire : sut.robot.getTopics())
+    EXPECT_TRUE(!wire.isInput || wire.topic.name == "/cmd_vel") << wire.topic.name;
+}
+
+TEST(GraphRange, thatMetNothingIsTheGreatestUnlessItIsToBeInfinite) {
+  for (const bool isInfinite : {false, true}) {
+    const auto session = session::openVirtual("porter", test::inRoom({9.0f, 3.0f, 0.0f}));
+    GraphRobotOptions options;
+    options.noEchoIsInfinite = isInfinite;
+    RobotOnGraph sut(*session, options);
+    const auto ranges = sut.listen<sensor_msgs::Range>("/BackSonar/range");
+    ASSERT_TRUE(sut.runUntil([&] { return !ranges->isEmpty(); }));
+    const auto range = ranges->all<sensor_msgs::Range>().back();
+    EXPECT_EQ(range.range, isInfinite ? std::numeric_limits<float>::infinity() : 4.0f);
+  }
+}
+
+/** On a graph that nobody sees. */
+std::vector<WireTopic> topicsOf(session::Session& session, const GraphRobotOptions& options,
+                                RosDistro distro = RosDistro::ironOrLater) {
+  GraphOptions nobodys;
+  nobodys.range = DiscoveryRange::off;
+  nobodys.distro = distro;
+  nobodys.remaps = {{"/robot1/FrontLaser/scan", "/scan"}};
+  Graph graph(nobodys);
+  return GraphRobot(graph, session, options).getTopics();
+}
+
+TEST_F(GraphRobotTest, hasItsTopicsAndFramesWhereTheyAreWanted) {
+  GraphRobotOptions options;
+  options.nameSpace = "/robot1";
+  const auto find = [&](const std::string& name) {
+    for (const WireTopic& wire : topicsOf(*session, options))
+      if (wire.topic.name == name) return wire.ddsName + " " + wire.ddsType;
+    return std::string("none");
+  };
+  EXPECT_EQ(find("/scan"), "rt/scan sensor_msgs::msg::dds_::LaserScan_");
+  EXPECT_EQ(find("/robot1/LeftLaser/scan"),
+            "rt/robot1/LeftLaser/scan sensor_msgs::msg::dds_::LaserScan_");
+  EXPECT_EQ(find("/robot1/cmd_vel"), "rt/robot1/cmd_vel geometry_msgs::msg::dds_::Twist_");
+  EXPECT_NE(find("/clock"), "none");
+  EXPECT_NE(find("/tf"), "none");
+  options.hasOwnFrames = true;
+  EXPECT_EQ(find("/tf"), "none");
+  EXPECT_NE(find("/robot1/tf_static"), "none");
+  EXPECT_EQ(errorOf([&] {
+              GraphRobotOptions bad;
+              bad.frames = {{"FrontLasr", "laser"}};
+              topicsOf(*session, bad);
+            }),
+            "a frame of the robot expected (map, odom, base or a sensor), \"FrontLasr\" given");
+  EXPECT_EQ(errorOf([&] {
+              GraphRobotOptions bad;
+              bad.frames = {{"FrontLaser", "/laser"}};
+              topicsOf(*session, bad);
+            }),
+            "a frame's name without a slash before it expected, \"/laser\" given");
+}
+
+TEST_F(GraphRobotTest, frameNamesAreThoseThatAreAskedFor) {
+  GraphRobotOptions options;
+  options.framePrefix = "robot1/";
+  options.frames = {{"FrontLaser", "laser"}};
+  RobotOnGraph sut(*session, options);
+  const auto scans = sut.listen<sensor_msgs::LaserScan>("/FrontLaser/scan");
+  const auto odometry = sut.listen<nav_msgs::Odometry>("/odom");
+  ASSERT_TRUE(sut.runUntil([&] { return !scans->isEmpty() && !odometry->isEmpty(); }));
+  EXPECT_EQ(scans->all<sensor_msgs::LaserScan>().front().header.frame_id, "laser");
+  const auto told = odometry->all<nav_msgs::Odometry>().front();
+  EXPECT_EQ(told.header.frame_id + " " + told.child_frame_id, "robot1/odom robot1/base");
+}
+
+TEST(GraphReplay, goesOnAtAnEarlierTimeWhenARecordingIsPlayedAgain) {
+  const test::TemporaryFolder folder;
+  test::recordRun(*session::openVirtual("porter", test::busyWorld()), folder / "run.mcap", 20);
+  RunReplay replay(folder / "run.mcap");
+  replay.begin();
+  RobotOnGraph sut(replay.getSession());
+  const auto tf = sut.listen<tf2_msgs::TFMessage>("/tf");
+  ASSERT_TRUE(sut.runUntil([&] { return !tf->isEmpty() && !sut.clock->isEmpty(); }));
+  sut.run(50);
+  replay.getSession().seek(boost::chrono::milliseconds(300));
+  const std::size_t before = tf->messages.get().size();
+  sut.robot.obey();
+  replay.getSession().run(boost::chrono::milliseconds(100));
+  const std::int64_t most = 1'600'000'000;
+  EXPECT_TRUE(tf->messages.awaitThat([&](const auto& list) {
+    return list.size() > before && stampOf(fromCdr<tf2_msgs::TFMessage>(list.back().cdr)) < most;
+  }));
+  EXPECT_TRUE(sut.clock->messages.awaitThat([&](const auto& list) {
+    return stampOf(fromCdr<rosgraph_msgs::Clock>(list.back().cdr)) < most;
+  }));
+}
+
+}  // namespace
+}  // namespace QV::ros2

@@ -1,0 +1,167 @@
+#include <cstdio>
+#include <map>
+#include <mutex>
+#include <set>
+#include <sstream>
+#include <thread>
+
+#include "ros2/bag/bag_reader.h"
+#include "ros2/recording/run_recorder.h"
+#include "tests/ros2/link/robot_on_graph.h"
+#include "tests/ros2/peer/digest.h"
+#include "tests/ros2/recording/recorded_run.h"
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
+#include "tests/support/vocabulary.h"
+
+namespace QV::ros2 {
+namespace {
+
+/** Another maker's participant, in a process of its own. */
+class Peer {
+ public:
+  explicit Peer(const std::vector<WireTopic>& topics) {
+    std::vector<std::string> arguments = {ROS2_PEER, std::to_string(test::aloneOn().domain), "0.25",
+                                          "0.125"};
+    for (const WireTopic& wire : topics) {
+      if (wire.isInput) continue;
+      arguments.insert(arguments.end(),
+                       {wire.ddsName, wire.ddsType, wire.topic.qos.transientLocal ? "1" : "0"});
+    }
+    std::vector<char*> argv;
+    for (auto& argument : arguments) argv.push_back(argument.data());
+    argv.push_back(nullptr);
+    int ends[2];
+    EXPECT_EQ(pipe(ends), 0);
+    process.start([&] {
+      dup2(ends[1], STDOUT_FILENO);
+      execv(ROS2_PEER, argv.data());
+    });
+    close(ends[1]);
+    out = fdopen(ends[0], "r");
+    thread = std::thread([this] { xRead(); });
+  }
+  ~Peer() {
+    process.signal(SIGKILL);
+    thread.join();
+    fclose(out);
+  }
+
+  bool awaitReady() {
+    return lines.awaitThat([](const Lines& said) { return said.isReady; });
+  }
+  struct Lines {
+    bool isReady = false;
+    /** Digests of messages, by topics. */
+    std::map<std::string, std::set<std::uint64_t>> got;
+    /** Bytes of user data. */
+    std::multimap<std::string, int> seen;
+  };
+  Lines get() { return lines.get(); }
+
+ private:
+  void xRead() {
+    char text[1000];
+    while (fgets(text, sizeof text, out) != nullptr) {
+      std::istringstream line(text);
+      std::string what, topic;
+      std::uint64_t number = 0;
+      line >> what >> topic >> number;
+      lines.change([&](Lines& said) {
+        if (what == "ready") said.isReady = true;
+        if (what == "got") said.got[topic].insert(number);
+        if (what == "seen") said.seen.emplace(topic, static_cast<int>(number));
+      });
+    }
+  }
+
+  test::Watched<Lines> lines;
+  test::ChildProcess process;
+  FILE* out = nullptr;
+  std::thread thread;
+};
+
+std::map<std::string, std::set<std::uint64_t>> digestsIn(const std::string& path) {
+  std::map<std::string, std::set<std::uint64_t>> digests;
+  BagReader reader(path);
+  while (const auto message = reader.next()) {
+    // An engine may pad a message to whole words, and say so in its head or not.
+    Bytes bytes(message->data.begin(), message->data.end());
+    const std::size_t padding = (4 - bytes.size() % 4) % 4;
+    auto& all = digests["rt" + message->topic->name];
+    all.insert(test::digestOf(bytes.data(), bytes.size()));
+    bytes.resize(bytes.size() + padding);
+    all.insert(test::digestOf(bytes.data(), bytes.size()));
+    bytes[3] = static_cast<std::uint8_t>(padding);
+    all.insert(test::digestOf(bytes.data(), bytes.size()));
+  }
+  return digests;
+}
+
+/** Those on which something always goes out that a recording has, too. */
+const std::set<std::string> kCompared = {"rt/tf_static",
+                                         "rt/odom",
+                                         "rt/map",
+                                         "rt/robot_description",
+                                         "rt/people",
+                                         "rt/FrontLaser/scan",
+                                         "rt/HoleLaser/scan",
+                                         "rt/FrontSonar/range",
+                                         "rt/BlindZone/contact",
+                                         "rt/DepthCamera/image",
+                                         "rt/DepthCamera/camera_info",
+                                         "rt/DepthCamera/points",
+                                         "rt/qv/records"};
+
+struct PeerTest : testing::TestWithParam<bool> {
+  /** On a graph that nobody sees. */
+  static std::vector<WireTopic> topicsOf(session::Session& session) {
+    GraphOptions options;
+    options.range = DiscoveryRange::off;
+    Graph graph(options);
+    return GraphRobot(graph, session).getTopics();
+  }
+  const std::unique_ptr<session::Session> session =
+      session::openVirtual("porter", test::busyWorld());
+  const test::TemporaryFolder folder;
+  test::LogCapture log;
+};
+
+INSTANTIATE_TEST_SUITE_P(Starts, PeerTest, testing::Bool(),
+                         [](const auto& is) { return is.param ? "PeerFirst" : "RobotFirst"; });
+
+TEST_P(PeerTest, readsEveryTopicByteForByteAndDrives) {
+  const auto topics = topicsOf(*session);
+  std::optional<Peer> peer;
+  if (GetParam()) {
+    peer.emplace(topics);
+    ASSERT_TRUE(peer->awaitReady());
+  }
+  RunRecorder recorder(folder / "run.mcap", *session);
+  GraphRobotOptions options;
+  options.noEchoIsInfinite = true;
+  RobotOnGraph sut(*session, options);
+  if (!peer) peer.emplace(topics);
+  EXPECT_TRUE(sut.runUntil([&] {
+    recorder.show(session->look());
+    const auto got = peer->get().got;
+    return std::ranges::all_of(kCompared, [&](const auto& name) { return got.count(name) > 0; }) &&
+           session->look().velocity == Math::Pose2D(0.25f, 0.0f, 0.125f);
+  }));
+  recorder.finish();
+  const auto said = peer->get();
+  const auto recorded = digestsIn(folder / "run.mcap");
+  for (const std::string& name : kCompared) {
+    EXPECT_TRUE(said.got.count(name) > 0) << name;
+    if (said.got.count(name) == 0) continue;
+    for (const std::uint64_t digest : said.got.at(name))
+      EXPECT_EQ(recorded.at(name).count(digest), 1u) << name;
+  }
+  for (const char* const name : {"rt/clock", "rt/tf", "rt/joint_states"})
+    EXPECT_EQ(said.got.count(name), 1u) << name;
+  EXPECT_GT(said.seen.size(), topics.size());
+  for (const auto& [topic, bytes] : said.seen) EXPECT_GT(bytes, 70) << topic;
+}
+
+}  // namespace
+}  // namespace QV::ros2

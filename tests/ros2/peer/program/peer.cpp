@@ -1,0 +1,166 @@
+// Another maker's participant of a graph: prints what it reads, and drives a robot.
+//   ros2_peer DOMAIN FORWARD TURN (TOPIC TYPE KEPT)...
+// TOPIC and TYPE are those of the wire, KEPT is 1 for one that keeps its last message. Prints
+// "got TOPIC DIGEST", and "seen TOPIC BYTES" with the size of the user data of each endpoint.
+
+#include <chrono>
+#include <cstdio>
+#include <cstdlib>
+#include <fastcdr/Cdr.h>
+#include <fastdds/dds/domain/DomainParticipant.hpp>
+#include <fastdds/dds/domain/DomainParticipantFactory.hpp>
+#include <fastdds/dds/domain/DomainParticipantListener.hpp>
+#include <fastdds/dds/publisher/DataWriter.hpp>
+#include <fastdds/dds/publisher/Publisher.hpp>
+#include <fastdds/dds/subscriber/DataReader.hpp>
+#include <fastdds/dds/subscriber/DataReaderListener.hpp>
+#include <fastdds/dds/subscriber/SampleInfo.hpp>
+#include <fastdds/dds/subscriber/Subscriber.hpp>
+#include <fastdds/dds/topic/TopicDataType.hpp>
+#include <fastdds/rtps/builtin/data/ReaderProxyData.h>
+#include <fastdds/rtps/builtin/data/WriterProxyData.h>
+#include <fastdds/rtps/reader/ReaderDiscoveryInfo.h>
+#include <fastdds/rtps/writer/WriterDiscoveryInfo.h>
+#include <memory>
+#include <mutex>
+#include <string>
+#include <thread>
+#include <vector>
+
+#include "tests/ros2/peer/digest.h"
+
+namespace {
+
+namespace dds = eprosima::fastdds::dds;
+namespace rtps = eprosima::fastrtps::rtps;
+using Bytes = std::vector<std::uint8_t>;
+
+void print(const std::string& line) {
+  static std::mutex mutex;
+  const std::lock_guard lock(mutex);
+  std::puts(line.c_str());
+  std::fflush(stdout);
+}
+
+/** Messages as they stand on the wire. */
+class RawType : public dds::TopicDataType {
+ public:
+  explicit RawType(const std::string& name) {
+    setName(name.c_str());
+    m_typeSize = 4096;
+    auto_fill_type_object(false);
+    auto_fill_type_information(false);
+  }
+  bool serialize(void* data, rtps::SerializedPayload_t* payload) override {
+    const Bytes& bytes = *static_cast<Bytes*>(data);
+    std::copy(bytes.begin(), bytes.end(), payload->data);
+    payload->length = static_cast<std::uint32_t>(bytes.size());
+    payload->encapsulation = CDR_LE;
+    return true;
+  }
+  bool deserialize(rtps::SerializedPayload_t* payload, void* data) override {
+    static_cast<Bytes*>(data)->assign(payload->data, payload->data + payload->length);
+    return true;
+  }
+  std::function<std::uint32_t()> getSerializedSizeProvider(void* data) override {
+    return [data] { return static_cast<std::uint32_t>(static_cast<Bytes*>(data)->size()); };
+  }
+  void* createData() override { return new Bytes; }
+  void deleteData(void* data) override { delete static_cast<Bytes*>(data); }
+  bool getKey(void*, rtps::InstanceHandle_t*, bool) override { return false; }
+};
+
+struct Discovery : dds::DomainParticipantListener {
+  template <typename Proxy>
+  static void tell(const Proxy& proxy) {
+    print("seen " + proxy.topicName().to_string() + " " +
+          std::to_string(proxy.m_qos.m_userData.size()));
+  }
+  void on_publisher_discovery(dds::DomainParticipant*, rtps::WriterDiscoveryInfo&& info) override {
+    if (info.status == rtps::WriterDiscoveryInfo::DISCOVERED_WRITER) tell(info.info);
+  }
+  void on_subscriber_discovery(dds::DomainParticipant*, rtps::ReaderDiscoveryInfo&& info) override {
+    if (info.status == rtps::ReaderDiscoveryInfo::DISCOVERED_READER) tell(info.info);
+  }
+};
+
+struct Reading : dds::DataReaderListener {
+  explicit Reading(const std::string& topic) : topic(topic) {}
+  void on_data_available(dds::DataReader* reader) override {
+    Bytes bytes;
+    dds::SampleInfo info;
+    while (reader->take_next_sample(&bytes, &info) == ReturnCode_t::RETCODE_OK) {
+      if (info.valid_data)
+        print("got " + topic + " " +
+              std::to_string(QV::test::digestOf(bytes.data(), bytes.size())));
+    }
+  }
+  const std::string topic;
+};
+
+class Peer {
+ public:
+  explicit Peer(int domain)
+      : participant(dds::DomainParticipantFactory::get_instance()->create_participant(
+            static_cast<std::uint32_t>(domain), dds::PARTICIPANT_QOS_DEFAULT, &discovery,
+            dds::StatusMask::none())),
+        subscriber(participant->create_subscriber(dds::SUBSCRIBER_QOS_DEFAULT)),
+        publisher(participant->create_publisher(dds::PUBLISHER_QOS_DEFAULT)) {}
+
+  void read(const std::string& topic, const std::string& type, bool isKept) {
+    dds::DataReaderQos qos;
+    qos.reliability().kind = dds::RELIABLE_RELIABILITY_QOS;
+    qos.durability().kind =
+        isKept ? dds::TRANSIENT_LOCAL_DURABILITY_QOS : dds::VOLATILE_DURABILITY_QOS;
+    qos.history().depth = 100;
+    qos.endpoint().history_memory_policy = rtps::DYNAMIC_RESERVE_MEMORY_MODE;
+    readings.push_back(std::make_unique<Reading>(topic));
+    subscriber->create_datareader(xTopic(topic, type), qos, readings.back().get());
+  }
+
+  dds::DataWriter* write(const std::string& topic, const std::string& type) {
+    dds::DataWriterQos qos;
+    qos.reliability().kind = dds::RELIABLE_RELIABILITY_QOS;
+    return publisher->create_datawriter(xTopic(topic, type), qos);
+  }
+
+ private:
+  dds::Topic* xTopic(const std::string& topic, const std::string& type) {
+    dds::TypeSupport(new RawType(type)).register_type(participant);
+    return participant->create_topic(topic, type, dds::TOPIC_QOS_DEFAULT);
+  }
+
+  Discovery discovery;
+  std::vector<std::unique_ptr<Reading>> readings;
+  dds::DomainParticipant* const participant;
+  dds::Subscriber* const subscriber;
+  dds::Publisher* const publisher;
+};
+
+/** A geometry_msgs/msg/Twist by another maker's encoder. */
+Bytes twist(double forward, double turn) {
+  Bytes bytes(256);
+  eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(bytes.data()), bytes.size());
+  eprosima::fastcdr::Cdr cdr(buffer, eprosima::fastcdr::Cdr::LITTLE_ENDIANNESS,
+                             eprosima::fastcdr::Cdr::DDS_CDR);
+  cdr.serialize_encapsulation();
+  cdr << forward << 0.0 << 0.0 << 0.0 << 0.0 << turn;
+  bytes.resize(cdr.getSerializedDataLength());
+  return bytes;
+}
+
+}  // namespace
+
+int main(int argc, char** argv) {
+  if (argc < 4) return 2;
+  Peer peer(std::atoi(argv[1]));
+  for (int i = 4; i + 2 < argc; i += 3) peer.read(argv[i], argv[i + 1], argv[i + 2][0] == '1');
+  Bytes command = twist(std::atof(argv[2]), std::atof(argv[3]));
+  dds::DataWriter* const velocities = peer.write("rt/cmd_vel", "geometry_msgs::msg::dds_::Twist_");
+  print("ready");
+  // Whoever started it ends it.
+  while (true) {
+    velocities->write(&command);
+    std::this_thread::sleep_for(std::chrono::milliseconds(50));
+  }
+}
