@@ -89,6 +89,17 @@ def _write_wheel(path: Path, info: str, files: dict[str, bytes]) -> None:
         wheel.writestr(f"{info}/RECORD", "".join(rows) + f"{info}/RECORD,,\n")
 
 
+def prepare_metadata_for_build_wheel(
+    metadata_directory: str, config_settings: Settings = None
+) -> str:
+    """Writes what pip wants to know first, for which it would else build a whole wheel."""
+    name = f"qv_sensor-{_version()}.dist-info"
+    folder = Path(metadata_directory) / name
+    folder.mkdir()
+    (folder / "METADATA").write_text(_metadata())
+    return name
+
+
 def build_wheel(
     wheel_directory: str, config_settings: Settings = None, metadata_directory: Optional[str] = None
 ) -> str:

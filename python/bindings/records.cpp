@@ -54,8 +54,18 @@ std::string repr(const Record& record) {
          std::to_string(record.data->timestamp.time_since_epoch().count()) + " ns>";
 }
 
+/** Of an object of its class or of one derived from it. */
+const Record& recordOf(PyObject* self) {
+  const auto* const instance = reinterpret_cast<const py::detail::instance*>(self);
+  // pybind11's own way looks the type up by its name.
+  if (!instance->simple_layout) return py::handle(self).cast<const Record&>();
+  const auto* const record = static_cast<const Record*>(instance->simple_value_holder[0]);
+  if (!record) throw std::runtime_error("a Record expected, one that was never made given");
+  return *record;
+}
+
 PyObject* getPoints(PyObject* self, void*) try {
-  return viewOf(py::handle(self).cast<const Record&>().data->points, self).release().ptr();
+  return viewOf(recordOf(self).data->points, self).release().ptr();
 } catch (py::error_already_set& error) {
   error.restore();
   return nullptr;
@@ -99,18 +109,26 @@ void bindFields(py::class_<Record>& type) {
           "int: When it was measured, nanoseconds of clock().");
 }
 
+/** As pybind11 does it, but for the type, which is looked up once. */
+py::object wrap(const SharedRecords& records, const Math::MetricalData& data) {
+  static const auto* const type = py::detail::get_type_info(typeid(Record));
+  return py::reinterpret_steal<py::object>(py::detail::type_caster_generic::cast(
+      new Record{records, &data}, py::return_value_policy::take_ownership, {}, type, nullptr,
+      nullptr));
+}
+
 }  // namespace
 
 py::list toPython(const SharedRecords& records, const Names& names) {
   py::list list;
   if (!names.names) {
-    for (const auto& record : *records) list.append(Record{records, &record});
+    for (const auto& record : *records) list.append(wrap(records, record));
     return list;
   }
   for (const std::string& name : *names.names) {
     for (const auto& record : *records) {
       if (record.familyName == name || record.sensorName == name)
-        list.append(Record{records, &record});
+        list.append(wrap(records, record));
     }
   }
   return list;
