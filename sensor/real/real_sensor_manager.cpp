@@ -188,8 +188,9 @@ void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder&
     if (limit.expected.empty()) {
       xHealth().setLimit(sensor.getName(), limit.rule.limit, limit.rule.value);
     } else {
-      logTrouble(sensor.getName(), kRealManagerCategory, "xInitSensors",
-                 "limit \"" + limit.text + "\": " + limit.expected + " expected");
+      logTrouble(
+          sensor.getName(), kRealManagerCategory, "xInitSensors",
+          sensor.getName() + ": limit \"" + limit.text + "\": " + limit.expected + " expected");
     }
   }
 }

@@ -1,7 +1,9 @@
 #include "sensor/core/sensor_health.h"
 
+#include <chrono>
 #include <cmath>
 #include <functional>
+#include <future>
 #include <latch>
 #include <map>
 #include <stdexcept>
@@ -146,6 +148,9 @@ TEST_F(SensorHealthTest, isOffUntilSomebodyWantsItAndStartingUntilItHasAFreshRec
   EXPECT_EQ(health("Right").reason, "no fresh record since it started 2.10 s ago, limit 2.00 s");
   sut->enableSensorOrFamily("Right", false);
   EXPECT_EQ(health("Right").reason, "it is disabled");
+  sut->enableSensorOrFamily("Right", true);
+  sut->lookAgain();
+  EXPECT_EQ(health("Right").state, starting);
   sut->unsubscribe("me");
   time.advance(milliseconds(250));
   EXPECT_EQ(health("Left").state, off);
@@ -153,17 +158,51 @@ TEST_F(SensorHealthTest, isOffUntilSomebodyWantsItAndStartingUntilItHasAFreshRec
 }
 
 TEST_F(SensorHealthTest, aReadingThatDoesNotReturnIsNamedWithAllThatItKeepsWaiting) {
-  sut->subscribe("me");
-  time.advance(milliseconds(500));
-  std::string ofRight;
-  left().onRead = [&] {
-    ko::os::msleep(1900);
-    ofRight = health("Right").reason;
+  const auto hang = [this](int ms) {
+    std::string ofRight;
+    left().onRead = [&, ms] {
+      ko::os::msleep(ms);
+      ofRight = health("Right").reason;
+    };
+    time.advance(milliseconds(100));
+    left().onRead = [this] { left().points = {wallNow()}; };
+    EXPECT_TRUE(becomes("Right", sound, 3.0)) << health("Right").reason;
+    return ofRight;
   };
-  time.advance(milliseconds(100));
+  sut->subscribe("me");
+  EXPECT_THAT(hang(2300), AllOf(StartsWith("never read since it started 2.30 s ago, limit 2.00 s"),
+                                testing::EndsWith(": the reading of Left does not return")));
+  EXPECT_THAT(faults, ElementsAre("Left silent", "Right silent"));
+  EXPECT_TRUE(becomes("Left", sound, 3.0));
+  faults.clear();
+  EXPECT_THAT(hang(1900),
+              AllOf(StartsWith("not read for "), testing::EndsWith(": the reading of "
+                                                                   "Left does not return")));
   EXPECT_THAT(faults, ElementsAre("Right late", "Left silent"));
-  EXPECT_THAT(ofRight, AllOf(StartsWith("not read for 2.0"),
-                             testing::EndsWith(": the reading of Left does not return")));
+}
+
+// The machine's clock and threads, as on a robot.
+TEST(SensorHealth, aReadingThatNeverReturnsIsToldOfByATaskOfItsOwn) {
+  const test::LogCapture log;
+  const auto broker = test::brokerWithMemory<QVBroker>();
+  broker->registerModule(boost::make_shared<robot::DeviceManager>(broker));
+  broker->registerModule(boost::make_shared<test::FakeMotion>());
+  broker->registerModule(boost::make_shared<robot::RobotModelService>(kHealthRobot));
+  std::latch mayReturn(1);
+  std::promise<std::string> told;
+  auto reason = told.get_future();
+  RealSensorManager sut(broker, eyeFactory());
+  sut.setHealthLimit(parseHealthRule("Left:reading=0.01"));
+  sut.onHealthChanged([&](const std::string& sensor, const SensorHealth& health) {
+    if (sensor == "Left" && health.state == silent) told.set_value(health.reason);
+  });
+  dynamic_cast<Fake&>(*sut.getSensorPtr("Left")).onRead = [&] { mayReturn.wait(); };
+  sut.subscribe("me");
+  const bool isTold = reason.wait_for(std::chrono::seconds(60)) == std::future_status::ready;
+  mayReturn.count_down();
+  sut.unsubscribe("me");
+  ASSERT_TRUE(isTold);
+  EXPECT_THAT(reason.get(), StartsWith("its reading has not returned for "));
 }
 
 TEST_F(SensorHealthTest, hardwareThatAFailedStopHasLeftOnIsNamedUntilItStops) {
@@ -247,11 +286,29 @@ TEST_F(SensorHealthTest, aSubscriptionWaitsForFreshRecordsAndSaysWhatWasMissing)
               ElementsAre(testing::Pair("Nobody", "there is no such sensor or family")));
 }
 
-TEST_F(SensorHealthTest, theOnlySensorWantedIsToldOfThoughItNeverStarts) {
-  left().subscribeSucceeds = false;
-  sut->subscribe("me", "Left");
-  time.advance(milliseconds(500));
-  EXPECT_THAT(faults, ElementsAre("Left failing"));
+TEST_F(SensorHealthTest, theOnlySensorWantedIsToldOfThoughItNeverStartsAndComesBack) {
+  for (const bool throws : {false, true}) {
+    left().subscribeSucceeds = false;
+    left().onStart = [throws] {
+      if (throws) throw std::runtime_error("no power");
+    };
+    EXPECT_EQ(errorOf([&] { sut->subscribe("me", "Left"); }), throws ? "no power" : "");
+    time.advance(milliseconds(500));
+    // What throws ends the call before a task looks.
+    EXPECT_THAT(faults, SizeIs(throws ? 0 : 1));
+    EXPECT_THAT(health("Left").reason,
+                StartsWith(throws ? "its hardware threw when it was to start: no power"
+                                  : "its diagnosis is bad: "));
+    left().subscribeSucceeds = true;
+    left().onStart = [] {};
+    sut->setSensorDiagnosis("Left", true);
+    sut->subscribe("me", "Left");
+    EXPECT_TRUE(becomes("Left", sound, 1.0)) << health("Left").reason;
+    EXPECT_THAT(faults, ElementsAre("Left failing"));
+    sut->unsubscribe("me");
+    time.advance(milliseconds(500));
+    faults.clear();
+  }
 }
 
 TEST_F(SensorHealthTest, nothingIsLateBecauseNobodyWatched) {
@@ -272,7 +329,7 @@ TEST_F(SensorHealthTest, nothingIsLateBecauseNobodyWatched) {
 TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
   EXPECT_NEAR(sut->getHealthLimit("Right", HealthLimit::age).value(), 0.7, 1e-6);
   EXPECT_EQ(sut->getHealthLimit("Right", HealthLimit::distance), 0.7);
-  EXPECT_THAT(sut->getLastTrouble("Right").value().message, StartsWith("limit \"old=3\": "));
+  EXPECT_THAT(sut->getLastTrouble("Right").value().message, StartsWith("Right: limit \"old=3\": "));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("Left:silence=off")));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("Eyes:turn=off")));
   EXPECT_TRUE(sut->setHealthLimit(parseHealthRule("age=0.2")));
