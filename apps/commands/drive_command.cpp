@@ -56,7 +56,6 @@ struct Run {
 void openOutlets(DriveOptions& options, session::Session& session, outlets::OutletList& list) {
   options.output.open(session, list, false);
   if (!options.picture.empty()) list.add(std::make_shared<outlets::RunPicture>(options.picture));
-  options.graph.open(session, false);
   if (const auto robot = options.graph.getOutlet()) list.add(robot);
 }
 
@@ -162,11 +161,11 @@ bool drive(DriveOptions& options) {
   const session::TimedPath path = checkedPath(options);
   if (!options.picture.empty()) outlets::checkPicturePath(options.picture);
   const auto session = options.openSession(path.poseAt(0.0));
+  const GraphScope onGraph = options.graph.open(*session, false);
   outlets::OutletList outlets;
   openOutlets(options, *session, outlets);
   const Run run = driveAlong(options, *session, outlets);
   outlets.finish();
-  options.graph.close();
   warnIfAstray(path, run.end);
   return printSummary(options, run);
 }

@@ -10,18 +10,15 @@ void GraphOption::addTo(CLI::App& command) {
   for (CLI::Option* const option : arguments.addTo(command)) option->needs(flag);
 }
 
-void GraphOption::open(session::Session& session, bool isDriven) {
-  if (!asked) return;
+GraphScope GraphOption::open(session::Session& session, bool isDriven) {
+  if (!asked) return GraphScope(nullptr);
   arguments.isDriven = isDriven;
   if (!link) {
     link = std::make_shared<GraphLink>(arguments);
     std::cerr << "qvsensors: " << link->describe() << '\n';
   }
   link->open(session);
-}
-
-void GraphOption::close() {
-  if (link) link->close();
+  return GraphScope(link);
 }
 
 void GraphOption::obey() {
