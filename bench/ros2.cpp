@@ -1,6 +1,7 @@
 // Messages on a graph: from a measurement to a reader's callback, beside the bare engine with as
 // many bytes, both by turns.
 
+#include <algorithm>
 #include <atomic>
 #include <chrono>
 #include <cstddef>
@@ -85,18 +86,11 @@ struct Blob {
 };
 
 const dds_topic_descriptor_t& blobType() {
-  static const std::uint32_t operations[] = {DDS_OP_ADR | DDS_OP_TYPE_SEQ | DDS_OP_SUBTYPE_1BY,
-                                             offsetof(Blob, data), DDS_OP_RTS};
-  static const dds_topic_descriptor_t type = [] {
-    dds_topic_descriptor_t made{};
-    made.m_size = sizeof(Blob);
-    made.m_align = alignof(Blob);
-    made.m_typename = "Blob";
-    made.m_nops = 2;
-    made.m_ops = operations;
-    made.m_meta = "";
-    return made;
-  }();
+  static const std::uint32_t operations[] = {
+      std::uint32_t{DDS_OP_ADR} | DDS_OP_TYPE_SEQ | DDS_OP_SUBTYPE_1BY, offsetof(Blob, data),
+      DDS_OP_RTS};
+  static const dds_topic_descriptor_t type = {
+      sizeof(Blob), alignof(Blob), 0, 0, "Blob", nullptr, 2, operations, "", {}, {}, 0};
   return type;
 }
 

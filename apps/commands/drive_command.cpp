@@ -52,7 +52,6 @@ struct Run {
 
 void openOutlets(DriveOptions& options, session::Session& session, outlets::OutletList& list) {
   for (OutputFiles* files : {&options.output, &options.picture}) files->open(session, list, false);
-  options.graph.open(session, false);
   if (const auto robot = options.graph.getOutlet()) list.add(robot);
 }
 
@@ -158,11 +157,11 @@ bool drive(DriveOptions& options) {
   const session::TimedPath path = checkedPath(options);
   options.picture.checkIsPicture();
   const auto session = options.openSession(path.poseAt(0.0));
+  const GraphScope onGraph = options.graph.open(*session, false);
   outlets::OutletList outlets;
   openOutlets(options, *session, outlets);
   const Run run = driveAlong(options, *session, outlets);
   outlets.finish();
-  options.graph.close();
   warnIfAstray(path, run.end);
   return printSummary(options, run);
 }

@@ -93,9 +93,8 @@ void playAll(ReplayOptions& options, outlets::OutletList& outlets, OutputFiles& 
   do {
     PlayedRun run(options.run, options.poses, options.sensors);
     if (!output.isOpen()) output.open(run.getSession(), outlets, false);
-    options.graph.open(run.getSession(), false);
+    const GraphScope onGraph = options.graph.open(run.getSession(), false);
     playOnce(options, run, take);
-    options.graph.close();
     takeEnd(run);
     outlets.finish();
     run.warnOfDamage();

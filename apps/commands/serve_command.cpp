@@ -51,10 +51,10 @@ void warnIfOpen(const outlets::LiveServer& server, const std::string& address) {
 /** False if what was asked for is not all written. */
 bool serveSession(ServeOptions& options, session::Session& session, ko::log::LogRing& log) {
   session.setSpeed(speedOf(options.speed));
+  const GraphScope onGraph = options.graph.open(session, options.replay.empty());
   const auto files = std::make_shared<outlets::OutletList>();
   // Before the first demand: a recording has all from the start.
   options.record.open(session, *files, options.subscriptions.empty());
-  options.graph.open(session, options.replay.empty());
   if (const auto robot = options.graph.getOutlet()) files->add(robot);
   outlets::LiveServer server(session, log, options.server);
   if (options.record.isAsked() || options.graph.isAsked()) server.add(files);

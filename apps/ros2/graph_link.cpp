@@ -1,5 +1,6 @@
 #include "apps/ros2/graph_link.h"
 
+#include <iostream>
 #include <map>
 #include <sstream>
 #include <stdexcept>
@@ -110,6 +111,9 @@ void GraphLink::open(session::Session& session) {
 }
 
 void GraphLink::close() {
+  if (!impl->robot) return;
+  if (const auto lost = impl->robot->getLostCount())
+    std::cerr << "qvsensors: " << lost << " messages to the graph could not be sent in time\n";
   impl->robot.reset();
 }
 

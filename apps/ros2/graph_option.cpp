@@ -12,18 +12,15 @@ void GraphOption::addTo(CLI::App& command) {
   if (CLI::Option* const other = command.get_option_no_throw("--from-ros2")) flag->excludes(other);
 }
 
-void GraphOption::open(session::Session& session, bool isDriven) {
-  if (!asked) return;
+GraphScope GraphOption::open(session::Session& session, bool isDriven) {
+  if (!asked) return GraphScope(nullptr);
   arguments.isDriven = isDriven;
   if (!link) {
     link = std::make_shared<GraphLink>(arguments);
     std::cerr << "qvsensors: " << link->describe() << '\n';
   }
   link->open(session);
-}
-
-void GraphOption::close() {
-  if (link) link->close();
+  return GraphScope(link);
 }
 
 void GraphOption::obey() {

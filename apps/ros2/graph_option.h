@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <utility>
 
 #include <CLI/App.hpp>
 
@@ -9,16 +10,32 @@
 
 namespace QV::app {
 
+/** How long a session's robot is on a graph. Not copyable. */
+class GraphScope {
+ public:
+  explicit GraphScope(std::shared_ptr<GraphLink> link) : link(std::move(link)) {}
+  ~GraphScope() {
+    if (link) link->close();
+  }
+  GraphScope(const GraphScope&) = delete;
+  GraphScope& operator=(const GraphScope&) = delete;
+
+ private:
+  const std::shared_ptr<GraphLink> link;
+};
+
 /** --ros2 and what goes with it: whether a session is a robot of a ROS 2 graph, too. */
 class GraphOption {
  public:
   void addTo(CLI::App& command);
   bool isAsked() const { return asked; }
 
-  /** If that was asked for, joins the graph and says on standard error who sees it. Open it before
-   * the session runs; it must live until close() or the end. `isDriven`: it obeys others. */
-  void open(session::Session& session, bool isDriven);
-  void close();
+  /**
+   * If that was asked for, the session's robot is on the graph until the scope ends, which must be
+   * before the session does. Says on standard error who sees it. Before the session runs.
+   * `isDriven`: it obeys others.
+   */
+  [[nodiscard]] GraphScope open(session::Session& session, bool isDriven);
 
   /** Does what the graph asks. */
   void obey();

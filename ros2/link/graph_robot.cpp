@@ -4,6 +4,7 @@
 #include <optional>
 #include <set>
 #include <stdexcept>
+#include <thread>
 #include <utility>
 
 #include "platform/ko/periodic_task.h"
@@ -193,13 +194,17 @@ class GraphRobot::Impl : public session::RunListener {
     ticking.setName("ROS2.Robot");
     ticking.setPeriod(kTick);
     ticking.compensateCallbackTime(true);
-    ticking.setCallback([this] {
-      const Lock lock(mutex);
-      const Time now = xNow();
-      xFlush();
-      xTellTime(now);
-    });
+    ticking.setCallback([this] { xTick(); });
     ticking.start(true);
+  }
+
+  void xTick() {
+    // In simulated time, of which much may go by between two calls of obey().
+    if (std::this_thread::get_id() == owner) orders.obey(session);
+    const Lock lock(mutex);
+    const Time now = xNow();
+    xFlush();
+    xTellTime(now);
   }
 
   Time xNow() {
@@ -244,6 +249,7 @@ class GraphRobot::Impl : public session::RunListener {
     drivers->write(pendingTime);
   }
 
+  const std::thread::id owner = std::this_thread::get_id();
   std::mutex mutex;
   FrameTopics frames;
   JointTopics joints;

@@ -31,7 +31,7 @@
 
 namespace {
 
-namespace dds = eprosima::fastdds::dds;
+namespace fast = eprosima::fastdds::dds;
 namespace rtps = eprosima::fastrtps::rtps;
 using Bytes = std::vector<std::uint8_t>;
 
@@ -43,7 +43,7 @@ void print(const std::string& line) {
 }
 
 /** Messages as they stand on the wire. */
-class RawType : public dds::TopicDataType {
+class RawType : public fast::TopicDataType {
  public:
   explicit RawType(const std::string& name) {
     setName(name.c_str());
@@ -70,25 +70,26 @@ class RawType : public dds::TopicDataType {
   bool getKey(void*, rtps::InstanceHandle_t*, bool) override { return false; }
 };
 
-struct Discovery : dds::DomainParticipantListener {
+struct Discovery : fast::DomainParticipantListener {
   template <typename Proxy>
   static void tell(const Proxy& proxy) {
     print("seen " + proxy.topicName().to_string() + " " +
           std::to_string(proxy.m_qos.m_userData.size()));
   }
-  void on_publisher_discovery(dds::DomainParticipant*, rtps::WriterDiscoveryInfo&& info) override {
+  void on_publisher_discovery(fast::DomainParticipant*, rtps::WriterDiscoveryInfo&& info) override {
     if (info.status == rtps::WriterDiscoveryInfo::DISCOVERED_WRITER) tell(info.info);
   }
-  void on_subscriber_discovery(dds::DomainParticipant*, rtps::ReaderDiscoveryInfo&& info) override {
+  void on_subscriber_discovery(fast::DomainParticipant*,
+                               rtps::ReaderDiscoveryInfo&& info) override {
     if (info.status == rtps::ReaderDiscoveryInfo::DISCOVERED_READER) tell(info.info);
   }
 };
 
-struct Reading : dds::DataReaderListener {
+struct Reading : fast::DataReaderListener {
   explicit Reading(const std::string& topic) : topic(topic) {}
-  void on_data_available(dds::DataReader* reader) override {
+  void on_data_available(fast::DataReader* reader) override {
     Bytes bytes;
-    dds::SampleInfo info;
+    fast::SampleInfo info;
     while (reader->take_next_sample(&bytes, &info) == ReturnCode_t::RETCODE_OK) {
       if (info.valid_data)
         print("got " + topic + " " +
@@ -101,40 +102,40 @@ struct Reading : dds::DataReaderListener {
 class Peer {
  public:
   explicit Peer(int domain)
-      : participant(dds::DomainParticipantFactory::get_instance()->create_participant(
-            static_cast<std::uint32_t>(domain), dds::PARTICIPANT_QOS_DEFAULT, &discovery,
-            dds::StatusMask::none())),
-        subscriber(participant->create_subscriber(dds::SUBSCRIBER_QOS_DEFAULT)),
-        publisher(participant->create_publisher(dds::PUBLISHER_QOS_DEFAULT)) {}
+      : participant(fast::DomainParticipantFactory::get_instance()->create_participant(
+            static_cast<std::uint32_t>(domain), fast::PARTICIPANT_QOS_DEFAULT, &discovery,
+            fast::StatusMask::none())),
+        subscriber(participant->create_subscriber(fast::SUBSCRIBER_QOS_DEFAULT)),
+        publisher(participant->create_publisher(fast::PUBLISHER_QOS_DEFAULT)) {}
 
   void read(const std::string& topic, const std::string& type, bool isKept) {
-    dds::DataReaderQos qos;
-    qos.reliability().kind = dds::RELIABLE_RELIABILITY_QOS;
+    fast::DataReaderQos qos;
+    qos.reliability().kind = fast::RELIABLE_RELIABILITY_QOS;
     qos.durability().kind =
-        isKept ? dds::TRANSIENT_LOCAL_DURABILITY_QOS : dds::VOLATILE_DURABILITY_QOS;
+        isKept ? fast::TRANSIENT_LOCAL_DURABILITY_QOS : fast::VOLATILE_DURABILITY_QOS;
     qos.history().depth = 100;
     qos.endpoint().history_memory_policy = rtps::DYNAMIC_RESERVE_MEMORY_MODE;
     readings.push_back(std::make_unique<Reading>(topic));
     subscriber->create_datareader(xTopic(topic, type), qos, readings.back().get());
   }
 
-  dds::DataWriter* write(const std::string& topic, const std::string& type) {
-    dds::DataWriterQos qos;
-    qos.reliability().kind = dds::RELIABLE_RELIABILITY_QOS;
+  fast::DataWriter* write(const std::string& topic, const std::string& type) {
+    fast::DataWriterQos qos;
+    qos.reliability().kind = fast::RELIABLE_RELIABILITY_QOS;
     return publisher->create_datawriter(xTopic(topic, type), qos);
   }
 
  private:
-  dds::Topic* xTopic(const std::string& topic, const std::string& type) {
-    dds::TypeSupport(new RawType(type)).register_type(participant);
-    return participant->create_topic(topic, type, dds::TOPIC_QOS_DEFAULT);
+  fast::Topic* xTopic(const std::string& topic, const std::string& type) {
+    fast::TypeSupport(new RawType(type)).register_type(participant);
+    return participant->create_topic(topic, type, fast::TOPIC_QOS_DEFAULT);
   }
 
   Discovery discovery;
   std::vector<std::unique_ptr<Reading>> readings;
-  dds::DomainParticipant* const participant;
-  dds::Subscriber* const subscriber;
-  dds::Publisher* const publisher;
+  fast::DomainParticipant* const participant;
+  fast::Subscriber* const subscriber;
+  fast::Publisher* const publisher;
 };
 
 /** A geometry_msgs/msg/Twist by another maker's encoder. */
@@ -156,7 +157,7 @@ int main(int argc, char** argv) {
   Peer peer(std::atoi(argv[1]));
   for (int i = 4; i + 2 < argc; i += 3) peer.read(argv[i], argv[i + 1], argv[i + 2][0] == '1');
   Bytes command = twist(std::atof(argv[2]), std::atof(argv[3]));
-  dds::DataWriter* const velocities = peer.write("rt/cmd_vel", "geometry_msgs::msg::dds_::Twist_");
+  fast::DataWriter* const velocities = peer.write("rt/cmd_vel", "geometry_msgs::msg::dds_::Twist_");
   print("ready");
   // Whoever started it ends it.
   while (true) {
