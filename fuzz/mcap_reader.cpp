@@ -141,6 +141,11 @@ void checkFile(const Bytes& bytes, std::size_t choice) {
 }  // namespace
 }  // namespace QV::fuzz
 
+// Half as fast with stacks kept behind each exception and long traces of each allocation.
+extern "C" const char* __asan_default_options() {
+  return "detect_stack_use_after_return=0:malloc_context_size=2";
+}
+
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   QV::fuzz::checkFile(QV::fuzz::fileOf(data, size), size == 0 ? 0 : data[0] / 4u);
   return 0;

@@ -71,7 +71,9 @@ class BagWriter::Impl {
   }
 
   void flush() {
-    if (!chunk.isEmpty()) summary.chunks.push_back(chunk.write(file));
+    if (chunk.isEmpty()) return;
+    append(summary.chunks, chunk.write(file));
+    ++summary.statistics.chunkCount;
   }
 
   void close() {
@@ -102,7 +104,6 @@ class BagWriter::Impl {
     statistics.schemaCount = static_cast<std::uint16_t>(summary.schemas.size());
     statistics.channelCount = static_cast<std::uint32_t>(summary.channels.size());
     statistics.attachmentCount = static_cast<std::uint32_t>(summary.attachments.size());
-    statistics.chunkCount = static_cast<std::uint32_t>(summary.chunks.size());
     for (std::size_t i = 0; i < counts.size(); ++i)
       statistics.channelCounts[static_cast<std::uint16_t>(i)] = counts[i];
   }

@@ -13,9 +13,15 @@ class Groups {
 
   template <typename Record>
   void add(mcap::Op op, const std::vector<Record>& records) {
-    const std::size_t begin = bytes.size();
-    for (const Record& record : records) append(bytes, record);
-    if (!records.empty()) appendSummaryOffset(offsets, op, start + begin, bytes.size() - begin);
+    Bytes group;
+    for (const Record& record : records) append(group, record);
+    add(op, group);
+  }
+
+  void add(mcap::Op op, const Bytes& group) {
+    if (group.empty()) return;
+    appendSummaryOffset(offsets, op, start + bytes.size(), group.size());
+    bytes.insert(bytes.end(), group.begin(), group.end());
   }
 
   Bytes finish() {

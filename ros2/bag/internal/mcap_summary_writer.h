@@ -12,7 +12,8 @@ struct McapSummary {
   std::vector<mcap::Schema> schemas = {};
   std::vector<mcap::Channel> channels = {};
   mcap::Statistics statistics = {};
-  std::vector<mcap::ChunkIndex> chunks = {};
+  /** The indexes of all chunks as they will stand there: a long run has many. */
+  Bytes chunks = {};
   std::vector<mcap::AttachmentIndex> attachments = {};
   std::vector<mcap::MetadataIndex> metadata = {};
 };
