@@ -21,7 +21,7 @@ Model::PointMeaning meaningFrom(const std::string& name) {
 }
 
 /** A description's sensor, copied: the creator may keep it. */
-py::object toPython(const SensorOrder& order) {
+py::object describeOrder(const SensorOrder& order) {
   static const py::handle type = typeNamed("SensorOrder");
   return type(order.config.name, order.kind.family, order.fieldOfView, order.config.properties,
               order.config.memoryKeys, order.broker);
@@ -29,7 +29,7 @@ py::object toPython(const SensorOrder& order) {
 
 SensorFactory::Sensors create(PyObject* creator, const SensorOrder& order) {
   return callPython([&]() -> SensorFactory::Sensors {
-    const py::object made = py::reinterpret_borrow<py::object>(creator)(toPython(order));
+    const py::object made = py::reinterpret_borrow<py::object>(creator)(describeOrder(order));
     if (made.is_none()) return {};
     if (!py::isinstance<PythonSensor>(made))
       throw py::type_error("a Sensor or None expected, " + describe(made) + " given");

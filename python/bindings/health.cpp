@@ -29,7 +29,7 @@ void onHealthChanged(const ManagerHandle& handle, const std::optional<py::functi
   handle.ask([&](auto& manager) { manager.onHealthChanged(std::move(call)); });
 }
 
-void bindQuestions(Type& type) {
+void bindHealthQuestions(Type& type) {
   type.def("get_health", &healthOf, "sensor"_a,
            R"(get_health(sensor: str) -> Health | None
 
@@ -55,7 +55,7 @@ py::object toPython(const sensor::SensorHealth& health) {
 }
 
 void bindHealth(Type& type) {
-  bindQuestions(type);
+  bindHealthQuestions(type);
   type.def(
           "set_health_limit",
           [](const ManagerHandle& handle, const std::string& rule) {

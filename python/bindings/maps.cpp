@@ -42,7 +42,7 @@ boost::shared_ptr<OccupancyMap> loadMap(const std::string& path) {
   }
 }
 
-std::string repr(const OccupancyMap& map) {
+std::string describeMap(const OccupancyMap& map) {
   return "<OccupancyMap of " + std::to_string(map.getHeight()) + " x " +
          std::to_string(map.getWidth()) + " cells of " + std::to_string(map.getResolution()) +
          " m>";
@@ -89,7 +89,7 @@ Cells of shape (rows, columns), copied; `resolution` in metres; `origin` is the 
           R"(find_occupancy(position: PositionLike) -> float | None
 
 The occupancy at a position in the world; None outside the map.)")
-      .def("__repr__", &repr);
+      .def("__repr__", &describeMap);
 
   module.def(
       "load_map", [](const py::object& path) { return loadMap(session::findMap(pathFrom(path))); },

@@ -19,7 +19,7 @@ int countProcessors() {
   return std::clamp(CPU_COUNT(&set), 1, 256);
 }
 
-std::string repr(const Math::SensorFieldOfView2D& view) {
+std::string describeView(const Math::SensorFieldOfView2D& view) {
   const py::object format = py::str(
       "SensorFieldOfView2D(min_range={:.6g}, max_range={:.6g}, angular_range={:.6g}, "
       "ray_count={})");
@@ -73,7 +73,7 @@ Ranges in metres, the full aperture in radians.)")
                    view == other.cast<SensorFieldOfView2D>();
           },
           "other"_a, "__eq__(other: object) -> bool")
-      .def("__repr__", &repr);
+      .def("__repr__", &describeView);
 
   module.def(
       "simulate_scans", &simulateScans, "map"_a, "poses"_a, "field_of_view"_a,

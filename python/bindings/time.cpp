@@ -9,7 +9,7 @@ namespace QV::python {
 namespace {
 
 /** Between two looks whether Ctrl-C was pressed: simulated time. */
-constexpr ko::Duration kSlice{100'000'000};
+constexpr ko::Duration kAdvance{100'000'000};
 
 class TimeHandle : public Ending {
  public:
@@ -29,7 +29,7 @@ class TimeHandle : public Ending {
     if (!kept) throw std::runtime_error("a SimulatedTime in its with block expected");
     do {
       const ko::Duration left = target - ko::Clock::now();
-      const ko::Duration part = std::clamp(left, ko::Duration::zero(), kSlice);
+      const ko::Duration part = std::clamp(left, ko::Duration::zero(), kAdvance);
       unlocked([&] { kept->advance(part); });
       checkInterrupt();
     } while (time && ko::Clock::now() < target);
