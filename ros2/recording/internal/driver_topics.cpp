@@ -67,9 +67,8 @@ sensor_msgs::CameraInfo infoOf(const SensorConfig& config, const sensor_msgs::Im
   return info;
 }
 
-sensor_msgs::Image imageOf(const QVImage& picture, const std::string& frame) {
+void fill(sensor_msgs::Image& image, const QVImage& picture, const std::string& frame) {
   constexpr std::uint32_t kBytesPerPixel = 2;
-  sensor_msgs::Image image;
   image.header =
       headerOf(ko::Clock::time_point(boost::chrono::microseconds(picture.getTimestamp())), frame);
   image.height = static_cast<std::uint32_t>(picture.getHeight());
@@ -77,7 +76,6 @@ sensor_msgs::Image imageOf(const QVImage& picture, const std::string& frame) {
   image.encoding = "16UC1";
   image.step = kBytesPerPixel * image.width;
   image.data.assign(picture.getPixels(), picture.getPixels() + picture.getSize());
-  return image;
 }
 
 vision_msgs::Detection3D detectionOf(const QVValue& person, const std_msgs::Header& header) {
@@ -240,7 +238,7 @@ void DriverTopics::writeImage(int camera, const QVValue& value, ko::Clock::time_
   const auto picture = QVImage::fromQVValue(value);
   if (index >= cameras.size() || !picture) return;
   const Camera& of = cameras[index];
-  const sensor_msgs::Image image = imageOf(*picture, of.frame);
+  fill(image, *picture, of.frame);
   writer.write(of.info, logTimeOf(time), infoOf(*of.config, image));
   writer.write(of.image, logTimeOf(time), image);
 }

@@ -8,6 +8,7 @@
 
 #include "platform/middleware/qv_value.h"
 #include "platform/model/robot.h"
+#include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/background_bag.h"
 
 namespace QV::ros2 {
@@ -61,6 +62,8 @@ class DriverTopics {
   std::map<std::string, std::size_t> touched;
   std::optional<std::uint16_t> people;
   std::optional<QVValue> newPeople;
+  /** Keeps its memory from one to the next. */
+  sensor_msgs::Image image;
 };
 
 }  // namespace QV::ros2
