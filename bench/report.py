@@ -57,9 +57,8 @@ SECTIONS = [
     ("memory", "Shared memory and calls", "Goal: `vs_pointer_loop` of 0.83 or more, `vs_proxy` of 10 or more, a call under 1 µs."),
     ("mcap", "Recordings", "64 MB of laser scans, of depth images and of both, uncompressed: `vs_write`, a plain write of the same bytes in "
      "pieces of 250 kB, and `vs_read`, a plain read through one buffer, by processor time. Goal: `vs_write` of 0.7, `vs_read` of 0.5. "
-     "A simulated second of porter with all its sensors and ten looks: `vs_unrecorded`, the same not recorded, by the clock of the "
-     "session's thread, which waits for the packing at the end (goal 0.87), and `all_vs_unrecorded` by the processor time of both "
-     "threads. A minute of it: `vs_json`, how many times as long it is as lines of JSON (goal 20)."),
+     "A simulated second of porter with all its sensors and ten looks: `vs_unrecorded`, the same not recorded, by the processor time "
+     "of the session's thread (goal 0.87), and `all_vs_unrecorded`, by that of both threads. A minute of it: `vs_json`, how many times as long it is as lines of JSON (goal 20)."),
     ("tasks", "Tasks", "Lateness of a task of 10 ms, posts, delayed calls, runs in simulated time."),
     ("model", "Robot description and obstruction", ""),
     ("range", "Range sensors", "Readings a second on the virtual services, and the share of the time spent in the sensor itself."),

@@ -61,8 +61,10 @@ export class TimeControls {
     this.#tellPlace(recording.time, recording.length);
   }
 
+  // As wide at each time: the line stays where it is under the hand that drags it.
   #tellPlace(time, length) {
-    setText(byId('line-text'), `${time.toFixed(1)} of ${length.toFixed(1)} s`);
+    const end = length.toFixed(1);
+    setText(byId('line-text'), `${time.toFixed(1).padStart(end.length, '\u2007')} of ${end} s`);
   }
 
   #chooseSpeed() {

@@ -143,16 +143,16 @@ Footer parseFooter(BytesView content);
 
 /** Each appended whole. */
 void appendHeader(Bytes& bytes, const std::string& profile, const std::string& library);
-void append(Bytes& bytes, const Schema& schema);
-void append(Bytes& bytes, const Channel& channel);
-void append(Bytes& bytes, const Message& message);
+QV_API void append(Bytes& bytes, const Schema& schema);
+QV_API void append(Bytes& bytes, const Channel& channel);
+QV_API void append(Bytes& bytes, const Message& message);
 /** All of it but for the packed records, which stand behind. */
 void appendChunkHead(Bytes& bytes, const Chunk& chunk);
 void append(Bytes& bytes, const ChunkIndex& index);
 void append(Bytes& bytes, const BagAttachment& attachment);
 void append(Bytes& bytes, const AttachmentIndex& index);
 void append(Bytes& bytes, const Statistics& statistics);
-void append(Bytes& bytes, const Metadata& metadata);
+QV_API void append(Bytes& bytes, const Metadata& metadata);
 void append(Bytes& bytes, const MetadataIndex& index);
 void appendDataEnd(Bytes& bytes, std::uint32_t crc);
 void appendSummaryOffset(Bytes& bytes, Op group, std::uint64_t start, std::uint64_t length);

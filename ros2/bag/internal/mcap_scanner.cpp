@@ -1,5 +1,7 @@
 #include <algorithm>
+#include <set>
 #include <stdexcept>
+#include <vector>
 
 #include "ros2/bag/internal/find_chunk.h"
 #include "ros2/bag/internal/loaded_block.h"
@@ -26,6 +28,7 @@ class Scanner {
       xScanRecord(*head);
     }
     xEndRun();
+    xLoadAgain();
     return std::move(contents);
   }
 
@@ -82,17 +85,36 @@ class Scanner {
   void xAddBlock(McapBlock block) {
     if (block.isChunk) xEndRun();
     try {
-      const LoadedBlock loaded = loadBlock(source, block, limits, contents, damage);
-      if (loaded.entries.empty()) return;
-      const auto [first, last] =
-          std::minmax_element(loaded.entries.begin(), loaded.entries.end(),
-                              [](const auto& a, const auto& b) { return a.logTime < b.logTime; });
-      block.startTime = first->logTime;
-      block.endTime = last->logTime;
-      contents.blocks.push_back(block);
+      DamageLog unknown("");
+      const bool hasMessages = xLoad(block, unknown);
+      if (unknown.get().messages > 0) again.push_back(contents.blocks.size());
+      if (hasMessages || unknown.get().messages > 0) contents.blocks.push_back(block);
     } catch (const std::runtime_error& error) {
       damage.addChunk(block.offset, error.what());
     }
+  }
+
+  /** Sets the block's times; false if it has no message of a known channel. */
+  bool xLoad(McapBlock& block, DamageLog& found) {
+    const LoadedBlock loaded = loadBlock(source, block, limits, contents, found);
+    if (loaded.entries.empty()) return false;
+    const auto [first, last] =
+        std::minmax_element(loaded.entries.begin(), loaded.entries.end(),
+                            [](const auto& a, const auto& b) { return a.logTime < b.logTime; });
+    block.startTime = first->logTime;
+    block.endTime = last->logTime;
+    return true;
+  }
+
+  // Where a file is damaged, what a channel is may stand behind its messages.
+  void xLoadAgain() {
+    std::set<std::uint64_t> empty;
+    for (const std::size_t index : again) {
+      McapBlock& block = contents.blocks[index];
+      if (!xLoad(block, damage)) empty.insert(block.offset);
+    }
+    std::erase_if(contents.blocks,
+                  [&](const auto& block) { return empty.count(block.offset) > 0; });
   }
 
   const ByteSource& source;
@@ -100,6 +122,8 @@ class Scanner {
   DamageLog& damage;
   std::uint64_t position = mcap::kMagic.size();
   McapContents contents;
+  /** Blocks with messages of channels that were not known then. */
+  std::vector<std::size_t> again;
   McapBlock run{false};
 };
 

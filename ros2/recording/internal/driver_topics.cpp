@@ -71,9 +71,8 @@ sensor_msgs::CameraInfo infoOf(const SensorConfig& config, const sensor_msgs::Im
   return info;
 }
 
-sensor_msgs::Image imageOf(const QVImage& picture, const std::string& frame) {
+void fill(sensor_msgs::Image& image, const QVImage& picture, const std::string& frame) {
   constexpr std::uint32_t kBytesPerPixel = 2;
-  sensor_msgs::Image image;
   image.header =
       headerOf(ko::Clock::time_point(boost::chrono::microseconds(picture.getTimestamp())), frame);
   image.height = static_cast<std::uint32_t>(picture.getHeight());
@@ -81,7 +80,6 @@ sensor_msgs::Image imageOf(const QVImage& picture, const std::string& frame) {
   image.encoding = "16UC1";
   image.step = kBytesPerPixel * image.width;
   image.data.assign(picture.getPixels(), picture.getPixels() + picture.getSize());
-  return image;
 }
 
 vision_msgs::Detection3D detectionOf(const QVValue& person, const std_msgs::Header& header) {
@@ -248,7 +246,7 @@ void DriverTopics::writeImage(int camera, const QVValue& value, ko::Clock::time_
   if (index >= cameras.size() || !picture) return;
   const Camera& of = cameras[index];
   if (!sink.isRead(of.info) && !sink.isRead(of.image)) return;
-  const sensor_msgs::Image image = imageOf(*picture, of.frame);
+  fill(image, *picture, of.frame);
   sink.write(of.info, logTimeOf(time), infoOf(*of.config, image));
   sink.write(of.image, logTimeOf(time), image);
 }

@@ -8,6 +8,7 @@
 
 #include "platform/middleware/qv_value.h"
 #include "platform/model/robot.h"
+#include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/frame_names.h"
 #include "ros2/recording/internal/message_sink.h"
 
@@ -69,6 +70,8 @@ class QV_API DriverTopics {
   std::optional<std::uint16_t> people;
   std::optional<QVValue> newPeople;
   bool hasNew = false;
+  /** Keeps its memory from one to the next. */
+  sensor_msgs::Image image;
 };
 
 }  // namespace QV::ros2

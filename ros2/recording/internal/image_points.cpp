@@ -1,11 +1,11 @@
 #include "ros2/recording/internal/image_points.h"
 
 #include <algorithm>
-#include <bit>
 #include <cmath>
-#include <cstddef>
 #include <stdexcept>
 #include <string>
+
+#include "ros2/recording/internal/pixel_row.h"
 
 namespace QV::ros2 {
 namespace {
@@ -13,20 +13,7 @@ namespace {
 using Math::Position3D;
 using Depth = cv::Mat_<std::uint16_t>;
 
-constexpr float kMetres = 0.001f;
-// Of pixels that are compared together, by vector instructions.
-constexpr int kBlock = 16;
-
-/** Which bits are not the same. */
-std::uint32_t differenceOf(float a, float b) {
-  return std::bit_cast<std::uint32_t>(a) ^ std::bit_cast<std::uint32_t>(b);
-}
-
-std::uint32_t differenceOf(const Position3D& a, const Position3D& b) {
-  return differenceOf(a.x, b.x) | differenceOf(a.y, b.y) | differenceOf(a.z, b.z);
-}
-
-/** Makes points of an image's pixels. Recordings hold what it gives: it stays as it is. */
+/** Makes points of an image's pixels. */
 class Projection {
  public:
   Projection(const Depth& depth, const ImageExtents& extents) : depth(depth), extents(extents) {
@@ -37,26 +24,10 @@ class Projection {
 
   const Depth& getDepth() const { return depth; }
 
-  Position3D at(int row, int column) const {
+  /** Pixels from `column` on. */
+  PixelRow rowAt(int row, int column) const {
     const float up = 0.5f - static_cast<float>(row) / static_cast<float>(depth.rows);
-    return xAt(depth[row], column, up);
-  }
-
-  /** How many points from `point` on are those of a row's pixels from `column` on. */
-  int match(int row, int column, const Position3D* point, const Position3D* end) const {
-    const float up = 0.5f - static_cast<float>(row) / static_cast<float>(depth.rows);
-    const std::uint16_t* const pixels = depth[row];
-    const int most = static_cast<int>(std::min<std::ptrdiff_t>(end - point, depth.cols - column));
-    const auto differ = [&](int begin, int count) {
-      std::uint32_t difference = 0;
-      for (int i = begin; i < begin + count; ++i)
-        difference |= differenceOf(xAt(pixels, column + i, up), point[i]);
-      return difference != 0;
-    };
-    int count = 0;
-    while (count + kBlock <= most && !differ(count, kBlock)) count += kBlock;
-    while (count < most && !differ(count, 1)) ++count;
-    return count;
+    return {depth[row] + column, columns.data() + column, up, extents.width, extents.height};
   }
 
   /** Where a point's pixel should be; nothing for one that no pixel gives. */
@@ -73,12 +44,6 @@ class Projection {
   }
 
  private:
-  Position3D xAt(const std::uint16_t* pixels, int column, float up) const {
-    const auto d = static_cast<float>(pixels[column]);
-    return {d * kMetres, columns[static_cast<std::size_t>(column)] * d * extents.width * -kMetres,
-            up * d * extents.height * kMetres};
-  }
-
   const Depth& depth;
   const ImageExtents extents;
   std::vector<float> columns;
@@ -111,7 +76,9 @@ bool encodeList(const Projection& projection, const std::vector<Position3D>& lis
   const Position3D* const end = list.data() + list.size();
   for (const Position3D* point = list.data(); point != end;) {
     const auto pixel = projection.find(*point);
-    const int count = pixel ? projection.match(pixel->y, pixel->x, point, end) : 0;
+    if (!pixel) return false;
+    const std::int64_t most = std::min<std::int64_t>(end - point, width - pixel->x);
+    const int count = projection.rowAt(pixel->y, pixel->x).match(point, static_cast<int>(most));
     if (count == 0) return false;
     runs.add(pixel->y * width + pixel->x, count);
     point += count;
@@ -166,7 +133,8 @@ std::vector<Position3D> decodePoints(const qv_msgs::ImagePoints& points, const D
   const Projection projection(depth, {points.width_by_depth, points.height_by_depth});
   std::vector<Position3D> made;
   visitRows(points, depth, [&](int row, int begin, int end) {
-    for (int column = begin; column < end; ++column) made.push_back(projection.at(row, column));
+    const PixelRow pixels = projection.rowAt(row, begin);
+    for (int i = 0; i < end - begin; ++i) made.push_back(pixels.at(i));
   });
   return made;
 }
@@ -176,8 +144,9 @@ std::vector<Position3D> thinPoints(const qv_msgs::ImagePoints& points, const Dep
   std::vector<Position3D> made;
   visitRows(points, depth, [&](int row, int begin, int end) {
     if (row % n != 0) return;
+    const PixelRow pixels = projection.rowAt(row, 0);
     for (int column = (begin + n - 1) / n * n; column < end; column += n)
-      made.push_back(projection.at(row, column));
+      made.push_back(pixels.at(column));
   });
   return made;
 }

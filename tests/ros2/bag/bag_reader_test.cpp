@@ -8,6 +8,7 @@
 #include <gmock/gmock.h>
 
 #include "ros2/bag/internal/bag_file.h"
+#include "ros2/bag/internal/mcap_records.h"
 #include "tests/ros2/bag/small_bag.h"
 
 namespace QV::ros2 {
@@ -205,6 +206,29 @@ TEST_F(BagReaderTest, messagesOutOfOrderComeInOrderInBoundedMemory) {
   EXPECT_EQ(sut->next()->logTime, 4321u);
   sut->seek(5000);
   EXPECT_FALSE(sut->next());
+}
+
+TEST_F(BagReaderTest, channelsThatAreToldBehindTheirMessagesKeepThemInOrder) {
+  const mcap::Schema schema{1, "std_msgs/msg/String", "ros2msg", "string data\n"};
+  const auto write = [](Bytes& bytes, std::uint16_t channel, std::uint64_t time) {
+    append(bytes, mcap::Message{channel, 0, time, time, {}});
+  };
+  Bytes bytes(mcap::kMagic.begin(), mcap::kMagic.end());
+  append(bytes, schema);
+  append(bytes, mcap::Channel{1, 1, "/early", "cdr", {}});
+  write(bytes, 1, 10);
+  write(bytes, 2, 1);
+  append(bytes, mcap::Metadata{"between", {}});
+  write(bytes, 1, 5);
+  write(bytes, 3, 2);
+  append(bytes, mcap::Channel{2, 1, "/late", "cdr", {}});
+
+  const auto sut = openMcap(openMemory(bytes), "bag", BagOrder::time);
+  std::vector<std::uint64_t> times;
+  while (const auto message = sut->next()) times.push_back(message->logTime);
+  EXPECT_THAT(times, ElementsAre(1, 5, 10));
+  EXPECT_EQ(sut->getTimes().start, 1u);
+  EXPECT_EQ(sut->getDamage().messages, 1u);
 }
 
 TEST_F(BagReaderTest, infoCountsRatesAndGaps) {
