@@ -1,0 +1,88 @@
+#include "sensor/core/internal/health_board.h"
+
+#include <functional>
+#include <map>
+
+#include "platform/ko/simulated_time.h"
+#include "tests/support/fake_sensor.h"
+#include "tests/support/vocabulary.h"
+
+namespace QV::sensor {
+namespace {
+
+using Fake = test::FakeSensor;
+
+constexpr int kCycles = 300;
+
+/** What our clock says in each cycle of 100 ms, in ms. */
+const std::map<const char*, std::function<int(int cycle)>> kClocks{
+    {"stops", [](int) { return 1000; }},
+    {"takes a hundredth", [](int cycle) { return 1000 + cycle; }},
+    {"takes a hundredfold", [](int cycle) { return 1000 + 10'000 * cycle; }},
+    {"jumps back", [](int cycle) { return 500'000 + 100 * cycle - 50'000 * (cycle / 30); }},
+    {"jumps ahead", [](int cycle) { return 1000 + 100 * cycle + 50'000 * (cycle / 30); }}};
+
+/** Two sensors, of which our clock dates one, and that of the hardware the other. */
+struct HealthBoardTest : testing::Test {
+  HealthBoardTest() {
+    manager.add("Ours", "F")->stamp = [] { return ko::Clock::now(); };
+    hardware->stamp = [this] { return hardwareTime; };
+    for (const char* name : {"Ours", "Hardware"}) {
+      sensors[name] = manager.getSensorPtr(name);
+      sensors[name]->subscribe("me");
+    }
+    sut.setRefreshed(true);
+  }
+
+  // What was made before simulated time begins goes on by the machine's, and so sees any clock.
+  void runCycle(int milliseconds) {
+    const ko::SimulatedTime time{ko::Clock::time_point(boost::chrono::milliseconds(milliseconds))};
+    hardwareTime += boost::chrono::milliseconds(100);
+    if (sut.asksDeviceTime()) sut.noteDeviceTime(hardwareTime);
+    sut.tick();
+    for (const auto& [name, sensor] : sensors) sensor->getData();
+    sut.tick();
+    for (const auto& [name, health] : sut.getAll()) {
+      if (isFault(health.state)) faults[name] = health.reason;
+    }
+  }
+
+  test::FakeManager manager;
+  boost::shared_ptr<Fake> hardware = manager.add("Hardware", "F");
+  ko::Clock::time_point hardwareTime;
+  HealthBoard::Sensors sensors;
+  HealthBoard sut{sensors};
+  std::map<std::string, std::string> faults;
+};
+
+TEST_F(HealthBoardTest, believesNoFaultThatOurClockMakesByItself) {
+  for (const auto& [what, clock] : kClocks) {
+    SCOPED_TRACE(what);
+    for (int cycle = 0; cycle < kCycles; ++cycle) runCycle(clock(cycle));
+    EXPECT_THAT(faults, IsEmpty());
+    // Once it runs right again, what is wrong is seen.
+    hardware->hasRecord = false;
+    for (int cycle = 1; cycle <= 20; ++cycle) runCycle(clock(kCycles - 1) + 100 * cycle);
+    EXPECT_THAT(faults, ElementsAre(testing::Pair("Hardware", StartsWith("no record for "))));
+    hardware->hasRecord = true;
+    for (int cycle = 21; cycle <= 50; ++cycle) runCycle(clock(kCycles - 1) + 100 * cycle);
+    faults.clear();
+  }
+}
+
+TEST(HealthRule, refusesWhatItCantReadAndSaysWhatItExpects) {
+  const std::string names =
+      "start, silence, age, reading, garbage, turn, distance, disagreement, recovery";
+  const std::vector<std::pair<const char*, std::string>> cases{
+      {"age", "[NAME:]LIMIT=VALUE or [NAME:]LIMIT=off expected"},
+      {"Sonar:old=1", "one of " + names + " expected"},
+      {"age=", "a number above 0, or off, expected"},
+      {"age=-1", "a number above 0, or off, expected"}};
+  for (const auto& [text, expected] : cases) {
+    EXPECT_EQ(errorOf([&] { parseHealthRule(text); }),
+              "limit \"" + std::string(text) + "\": " + expected);
+  }
+}
+
+}  // namespace
+}  // namespace QV::sensor
