@@ -210,7 +210,10 @@ class GraphRobot::Impl : public session::RunListener {
   Time xNow() {
     const Time now = ko::Clock::now();
     // A recording is played from an earlier time again.
-    if (now < lastNow) lastClock = lastFrames = jointsTold = healthTold = kNever;
+    if (now < lastNow) {
+      pendingTime = now;
+      lastClock = lastFrames = jointsTold = healthTold = kNever;
+    }
     lastNow = now;
     return now;
   }
