@@ -31,10 +31,11 @@ std::string escaped(const std::string& text) {
 
 std::string general(const GraphOptions& options) {
   std::string text = "<General>";
-  std::string interface = options.networkInterface;
-  if (interface.empty() && options.range == DiscoveryRange::localhost) interface = "lo";
-  if (!interface.empty())
-    text += "<Interfaces><NetworkInterface name=\"" + escaped(interface) + "\"/></Interfaces>";
+  // Peers of other makers on this machine tell only the addresses of its network: what listens on
+  // the loopback interface alone would not find them.
+  if (!options.networkInterface.empty())
+    text += "<Interfaces><NetworkInterface name=\"" + escaped(options.networkInterface) +
+            "\"/></Interfaces>";
   if (options.range != DiscoveryRange::subnet) text += "<AllowMulticast>false</AllowMulticast>";
   return text + "</General>";
 }
@@ -52,7 +53,10 @@ std::string discovery(const GraphOptions& options) {
   if (options.range == DiscoveryRange::off)
     return "<Discovery>" + domain + "<ParticipantIndex>none</ParticipantIndex><Tag>qv_off_" +
            std::to_string(::getpid()) + "</Tag></Discovery>";
-  return "<Discovery>" + domain + "<ParticipantIndex>auto</ParticipantIndex>" +
+  // Who calls by multicast is not heard on this machine alone: he must be called again and again.
+  const std::string calls =
+      options.range == DiscoveryRange::localhost ? "<SPDPInterval>1 s</SPDPInterval>" : "";
+  return "<Discovery>" + domain + calls + "<ParticipantIndex>auto</ParticipantIndex>" +
          "<MaxAutoParticipantIndex>" + std::to_string(kMostParticipants) +
          "</MaxAutoParticipantIndex>" + peers(options) + "</Discovery>";
 }

@@ -1,9 +1,9 @@
 #include "ros2/link/internal/graph_sink.h"
 
 #include <algorithm>
-#include <cctype>
 #include <utility>
 
+#include "ros2/link/internal/graph_names.h"
 #include "ros2/messages/sensor_msgs.h"
 
 namespace QV::ros2 {
@@ -20,19 +20,6 @@ const MessageType& typeFor(RosDistro distro, const MessageType& type) {
 }
 
 }  // namespace
-
-std::string toGraphName(const std::string& text) {
-  std::string name;
-  for (const char letter : text) {
-    const bool isDigit = std::isdigit(static_cast<unsigned char>(letter)) != 0;
-    const bool isFirst = name.empty() || name.back() == '/';
-    if (isDigit && isFirst) name += '_';
-    const bool isKept = isDigit || letter == '/' || letter == '_' ||
-                        (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
-    name += isKept ? letter : '_';
-  }
-  return name;
-}
 
 GraphSink::GraphSink(GraphNode& node, RosDistro distro, bool hasOwnFrames)
     : node(node), distro(distro), hasOwnFrames(hasOwnFrames) {}

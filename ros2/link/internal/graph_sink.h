@@ -45,7 +45,4 @@ class GraphSink : public MessageSink {
   std::vector<Topic> topics;
 };
 
-/** "Sonar/Front_left" for "Sonar/Front-left": what a topic or a node may be called. */
-std::string toGraphName(const std::string& text);
-
 }  // namespace QV::ros2

@@ -72,16 +72,19 @@ class RawType : public fast::TopicDataType {
 
 struct Discovery : fast::DomainParticipantListener {
   template <typename Proxy>
-  static void tell(const Proxy& proxy) {
+  static void tell(const fast::DomainParticipant& self, const Proxy& proxy) {
+    // Its own are told, too.
+    if (proxy.guid().guidPrefix == self.guid().guidPrefix) return;
     print("seen " + proxy.topicName().to_string() + " " +
           std::to_string(proxy.m_qos.m_userData.size()));
   }
-  void on_publisher_discovery(fast::DomainParticipant*, rtps::WriterDiscoveryInfo&& info) override {
-    if (info.status == rtps::WriterDiscoveryInfo::DISCOVERED_WRITER) tell(info.info);
+  void on_publisher_discovery(fast::DomainParticipant* self,
+                              rtps::WriterDiscoveryInfo&& info) override {
+    if (info.status == rtps::WriterDiscoveryInfo::DISCOVERED_WRITER) tell(*self, info.info);
   }
-  void on_subscriber_discovery(fast::DomainParticipant*,
+  void on_subscriber_discovery(fast::DomainParticipant* self,
                                rtps::ReaderDiscoveryInfo&& info) override {
-    if (info.status == rtps::ReaderDiscoveryInfo::DISCOVERED_READER) tell(info.info);
+    if (info.status == rtps::ReaderDiscoveryInfo::DISCOVERED_READER) tell(*self, info.info);
   }
 };
 

@@ -1,0 +1,23 @@
+#pragma once
+
+#include <set>
+#include <string>
+
+#include "ros2/link/graph_robot.h"
+#include "ros2/recording/internal/frame_names.h"
+
+namespace QV::ros2 {
+
+/** "Sonar/Front_left" for "Sonar/Front-left": what a topic may be called. */
+std::string toGraphName(const std::string& text);
+
+/** What is asked for, or else after the robot. */
+std::string nodeNameOf(const session::Session& session, const std::string& asked);
+
+/** The sensors that have frames of their own. */
+std::set<std::string> mountedOn(const session::Session& session);
+
+/** std::invalid_argument for a frame that there is not, or a name that is none. */
+FrameNames frameNamesOf(const session::Session& session, const GraphRobotOptions& options);
+
+}  // namespace QV::ros2
