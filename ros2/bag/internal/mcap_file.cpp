@@ -35,12 +35,11 @@ class McapFile : public BagFile {
 
   void checkWhole() override {
     if (!contents.dataEnd) return;
-    const Bytes content = readRecord(*source, *contents.dataEnd, mcap::Op::dataEnd, kMostDataEnd);
-    std::uint32_t expected = 0;
-    if (content.size() < sizeof expected) return;
-    std::memcpy(&expected, content.data(), sizeof expected);
-    if (expected != 0 && xCrcTo(*contents.dataEnd) != expected)
-      damage.add(*contents.dataEnd, "the CRC of all before is wrong");
+    try {
+      xCheckDataCrc();
+    } catch (const std::runtime_error& error) {
+      damage.add(*contents.dataEnd, std::string("the CRC of all before: ") + error.what());
+    }
   }
 
   BagTimes getTimes() const override {
@@ -106,6 +105,15 @@ class McapFile : public BagFile {
       return std::pair(time, index) > std::pair(other.time, other.index);
     }
   };
+
+  void xCheckDataCrc() {
+    const Bytes content = readRecord(*source, *contents.dataEnd, mcap::Op::dataEnd, kMostDataEnd);
+    std::uint32_t expected = 0;
+    if (content.size() < sizeof expected) return;
+    std::memcpy(&expected, content.data(), sizeof expected);
+    if (expected != 0 && xCrcTo(*contents.dataEnd) != expected)
+      damage.add(*contents.dataEnd, "the CRC of all before is wrong");
+  }
 
   std::uint32_t xCrcTo(std::uint64_t end) const {
     constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;

@@ -155,6 +155,20 @@ TEST_F(BagReaderTest, theCrcOverAllDataFindsWhatNoOtherOneCovers) {
               ElementsAre(HasSubstr("the CRC of all before is wrong")));
 }
 
+TEST_F(BagReaderTest, anEndOfAllDataThatIsTooLongIsDamageAndNoMore) {
+  constexpr std::uint64_t kLength = 1500;
+  Damaged damaged = make();
+  damaged.dropSummary();
+  const std::size_t end = damaged.bytes.size();
+  damaged.bytes.resize(end + kHead + kLength);
+  damaged.put(end, std::uint8_t{15});
+  damaged.put(end + 1, kLength);
+  write(damaged);
+  const BagInfo info = readBagInfo(path);
+  EXPECT_EQ(info.count, 100u);
+  EXPECT_THAT(info.damage.lines.back(), HasSubstr("a record of up to 1024 bytes expected"));
+}
+
 TEST_F(BagReaderTest, cutAnywhereGivesThePartBefore) {
   const Damaged whole = make();
   std::size_t before = 0;
