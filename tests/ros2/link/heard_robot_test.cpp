@@ -155,8 +155,12 @@ TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 0; }));
 
   // What it measured then is no reading now.
-  robot.say("scan", [this](const Stamp& now) { scans->write(scanAt(now, 0.5f)); });
+  robot.fallSilent("scan");
   sut->subscribe("test", {"scan"});
+  ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 1; }));
+  sut->run(boost::chrono::milliseconds(300));
+  EXPECT_FALSE(has(*sut, "scan"));
+  robot.say("scan", [this](const Stamp& now) { scans->write(scanAt(now, 0.5f)); });
   ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
   const auto records = session::recordsOf(sut->look());
   EXPECT_NEAR(Math::norm(findRecord(records, "scan")->points.at(0)), 0.5f, 1e-4f);
