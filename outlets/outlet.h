@@ -1,5 +1,6 @@
 #pragma once
 
+#include <memory>
 #include <vector>
 
 #include "platform/api.h"
@@ -31,6 +32,22 @@ class QV_API Outlet {
   virtual void showLog(const std::vector<ko::log::Record>&) {}
   /** Nothing comes any more: files are whole after this. Throws as `show` does. */
   virtual void finish() {}
+};
+
+/** Several outlets as one. */
+class QV_API OutletList : public Outlet {
+ public:
+  void add(std::shared_ptr<Outlet> outlet);
+
+  session::Demand getDemand() const override;
+  bool isWatched() const override;
+  /** To those that are watched. */
+  void show(const session::Snapshot& snapshot) override;
+  void showLog(const std::vector<ko::log::Record>& lines) override;
+  void finish() override;
+
+ private:
+  std::vector<std::shared_ptr<Outlet>> outlets;
 };
 
 }  // namespace QV::outlets

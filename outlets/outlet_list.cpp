@@ -1,7 +1,7 @@
-#include "outlets/outlet_list.h"
-
 #include <algorithm>
 #include <utility>
+
+#include "outlets/outlet.h"
 
 namespace QV::outlets {
 

@@ -145,7 +145,7 @@ int check(const CommonOptions& options) {
                                     [](const auto& sensor) { return !sensor.works(); });
   const DescriptionFaults faults = session::findDescriptionFaults(*session);
   if (sensors.empty() && faults.empty())
-    throw session::UsageError(session->getTitle() + ": a sensor expected");
+    throw session::UsageError(options.robot.value_or(session->getTitle()) + ": a sensor expected");
   if (format == outlets::Format::json) {
     printJson(sensors, faults);
   } else {

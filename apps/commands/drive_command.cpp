@@ -13,7 +13,7 @@
 #include "apps/replay/machine_pace.h"
 #include "apps/ros2/graph_option.h"
 #include "apps/subscriber.h"
-#include "outlets/outlet_list.h"
+#include "outlets/outlet.h"
 #include "session/internal/number_text.h"
 #include "session/internal/pose_watch.h"
 #include "session/internal/seconds.h"

@@ -6,7 +6,7 @@
 
 #include <CLI/App.hpp>
 
-#include "outlets/outlet_list.h"
+#include "outlets/outlet.h"
 #include "session/session.h"
 
 namespace QV::ros2 {

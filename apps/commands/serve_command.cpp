@@ -8,7 +8,7 @@
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
 #include "apps/ros2/graph_option.h"
-#include "outlets/outlet_list.h"
+#include "outlets/outlet.h"
 #include "outlets/web/live_server.h"
 #include "platform/ko/log.h"
 #include "platform/model/internal/number_text.h"

@@ -14,7 +14,7 @@
 #include "apps/terminal/terminal.h"
 #include "apps/watch/watch.h"
 #include "apps/watch/watch_view.h"
-#include "outlets/outlet_list.h"
+#include "outlets/outlet.h"
 
 namespace QV::app {
 namespace {

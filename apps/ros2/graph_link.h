@@ -4,7 +4,7 @@
 #include <string>
 
 #include "apps/ros2/graph_arguments.h"
-#include "outlets/outlet_list.h"
+#include "outlets/outlet.h"
 #include "session/session.h"
 
 namespace QV::app {

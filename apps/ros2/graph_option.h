@@ -6,7 +6,7 @@
 #include <CLI/App.hpp>
 
 #include "apps/ros2/graph_link.h"
-#include "outlets/outlet_list.h"
+#include "outlets/outlet.h"
 
 namespace QV::app {
 

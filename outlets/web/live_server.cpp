@@ -5,7 +5,7 @@
 #include <exception>
 
 #include "outlets/foxglove/internal/foxglove_feed.h"
-#include "outlets/outlet_list.h"
+#include "outlets/outlet.h"
 #include "outlets/web/internal/live_hub.h"
 #include "outlets/web/internal/page_feed.h"
 #include "outlets/web/internal/page_files.h"

@@ -1,6 +1,6 @@
 #include "outlets/web/internal/page_feed.h"
 
-#include "outlets/outlet_list.h"
+#include "outlets/outlet.h"
 #include "tests/outlets/fake_client.h"
 #include "tests/session/session_in_room.h"
 #include "tests/support/vocabulary.h"

@@ -4,7 +4,6 @@
 
 #include <boost/make_shared.hpp>
 
-#include "platform/middleware/contracts/virtual_robot_contract.h"
 #include "platform/middleware/qv_error.h"
 #include "robot/services/internal/device_manager.h"
 #include "robot/services/internal/motion_service.h"
@@ -12,6 +11,7 @@
 #include "robot/services/internal/sonar_driver.h"
 #include "robot/services/memory_service.h"
 #include "robot/services/video_device.h"
+#include "robot/world/internal/virtual_robot_contract.h"
 
 namespace QV::robot {
 namespace {

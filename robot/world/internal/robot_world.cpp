@@ -7,11 +7,11 @@
 
 #include <boost/make_shared.hpp>
 
-#include "platform/middleware/contracts/virtual_robot_contract.h"
 #include "robot/services/memory_service.h"
 #include "robot/services/video_device.h"
 #include "robot/world/internal/option_checks.h"
 #include "robot/world/internal/robot_services.h"
+#include "robot/world/internal/virtual_robot_contract.h"
 #include "robot/world/scene/internal/body_size.h"
 
 namespace QV::robot {
