@@ -9,7 +9,7 @@
 namespace QV::ros2 {
 namespace {
 
-bool isOf(const std::string& name, std::initializer_list<const char*> names) {
+bool isOneOf(const std::string& name, std::initializer_list<const char*> names) {
   return std::ranges::find(names, name) != names.end();
 }
 
@@ -25,8 +25,8 @@ GraphSink::GraphSink(GraphNode& node, RosDistro distro, bool hasOwnFrames)
     : node(node), distro(distro), hasOwnFrames(hasOwnFrames) {}
 
 std::string GraphSink::xPlace(const std::string& name) const {
-  const bool isShared = isOf(name, {"/clock", "/diagnostics"}) ||
-                        (!hasOwnFrames && isOf(name, {"/tf", "/tf_static"}));
+  const bool isShared = isOneOf(name, {"/clock", "/diagnostics"}) ||
+                        (!hasOwnFrames && isOneOf(name, {"/tf", "/tf_static"}));
   return isShared ? name : toGraphName(name.substr(1));
 }
 
@@ -59,6 +59,7 @@ std::set<std::string> GraphSink::getWantedSensors() const {
 
 std::vector<std::pair<GraphTopic, const MessageType*>> GraphSink::getTopics() const {
   std::vector<std::pair<GraphTopic, const MessageType*>> all;
+  all.reserve(topics.size());
   for (const Topic& topic : topics) all.emplace_back(topic.publisher->getTopic(), topic.type);
   return all;
 }

@@ -16,9 +16,9 @@ namespace {
 using MachineClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kGlance{50};
+constexpr milliseconds kSurveyGlance{50};
 // So long after the last topic has come up, others hardly will.
-constexpr milliseconds kQuiet{700};
+constexpr milliseconds kSurveyQuiet{700};
 constexpr milliseconds kLongestSurvey{3000};
 
 /** Hears all topics from which a robot's description can be made. */
@@ -31,7 +31,7 @@ class GraphSurvey {
     changed = start;
     while (MachineClock::now() - start < kLongestSurvey && !xIsDone()) {
       for (const GraphTopic& topic : plan.graph->findTopics()) xSubscribe(topic);
-      plan.mailbox->await(kGlance);
+      plan.mailbox->await(kSurveyGlance);
       for (const HeardMessage& message : plan.mailbox->take()) xTake(message);
     }
   }
@@ -41,7 +41,7 @@ class GraphSurvey {
 
  private:
   bool xIsDone() const {
-    return description || (surveyor.isComplete() && MachineClock::now() - changed > kQuiet);
+    return description || (surveyor.isComplete() && MachineClock::now() - changed > kSurveyQuiet);
   }
 
   static bool xSays(const std::string& type) {

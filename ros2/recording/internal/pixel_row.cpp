@@ -1,6 +1,7 @@
 #include "ros2/recording/internal/pixel_row.h"
 
-#include <cstring>
+#include <bit>
+#include <cstdint>
 
 #undef HWY_TARGET_INCLUDE
 #define HWY_TARGET_INCLUDE "ros2/recording/internal/pixel_row.cpp"
@@ -55,13 +56,18 @@ namespace {
 
 HWY_EXPORT(matchSome);
 
+// Zeros of both signs are equal, and NaN never is: neither will do here.
+bool hasSameBits(const Math::Position3D& a, const Math::Position3D& b) {
+  const auto bits = [](float value) { return std::bit_cast<std::uint32_t>(value); };
+  return bits(a.x) == bits(b.x) && bits(a.y) == bits(b.y) && bits(a.z) == bits(b.z);
+}
+
 }  // namespace
 
 int PixelRow::match(const Math::Position3D* points, int count) const {
   int same = HWY_DYNAMIC_DISPATCH(matchSome)(*this, points, count);
   for (; same < count; ++same) {
-    const Math::Position3D made = at(same);
-    if (std::memcmp(&made, points + same, sizeof made) != 0) break;
+    if (!hasSameBits(at(same), points[same])) break;
   }
   return same;
 }

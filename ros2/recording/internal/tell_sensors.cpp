@@ -161,6 +161,7 @@ void ToldModules::xTellPeople(BytesView cdr) {
   const auto found = fromCdr<vision_msgs::Detection3DArray>(cdr);
   const auto time = dating(found.header.stamp).time_since_epoch().count();
   std::vector<QVValue> people;
+  people.reserve(found.detections.size());
   for (const auto& detection : found.detections) people.push_back(personOf(detection));
   const QVValue stamp = QVValue::array(time / kSecond, time % kSecond / kMicro);
   memory->raiseEvent(NavigationContract::kPeopleDetectedEvent,

@@ -11,6 +11,7 @@
 #include "platform/vision/qv_image.h"
 #include "robot/services/internal/robot_model_service.h"
 #include "ros2/messages/scene_msgs.h"
+#include "ros2/recording/internal/message_checks.h"
 #include "ros2/recording/internal/sensor_sorts.h"
 
 namespace QV::ros2 {
