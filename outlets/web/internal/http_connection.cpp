@@ -27,7 +27,7 @@ using Response = http::response<http::string_body>;
 constexpr std::size_t kLongestHeader = 8192;
 // What a client takes too long for is given up.
 constexpr std::chrono::seconds kRequestTime{10};
-constexpr std::chrono::milliseconds kGoodbye{250};
+constexpr std::chrono::milliseconds kLastWord{250};
 
 std::string contentTypeOf(const std::string& name) {
   static const std::map<std::string, std::string> types = {{"html", "text/html; charset=utf-8"},
@@ -153,7 +153,7 @@ class HttpConnection : public Connection, public std::enable_shared_from_this<Ht
   void xClose() {
     error_code ignored;
     stream.socket().shutdown(tcp::socket::shutdown_send, ignored);
-    stream.expires_after(kGoodbye);
+    stream.expires_after(kLastWord);
     xDrain();
   }
 

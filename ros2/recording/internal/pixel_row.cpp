@@ -28,9 +28,9 @@ HWY_INLINE bool isSame(const PixelRow& row, int column, const Math::Position3D* 
   const auto sideways =
       hn::Mul(hn::Mul(hn::LoadU(f, row.columns + column), depth), hn::Set(f, row.width_by_depth));
   const auto upwards = hn::Mul(hn::Mul(hn::Set(f, row.up), depth), hn::Set(f, row.height_by_depth));
-  auto x = hn::Undefined(f);
-  auto y = hn::Undefined(f);
-  auto z = hn::Undefined(f);
+  auto x = hn::Zero(f);
+  auto y = hn::Zero(f);
+  auto z = hn::Zero(f);
   hn::LoadInterleaved3(f, &points->x, x, y, z);
   const auto difference = hn::Or(hn::Or(hn::Xor(x, hn::Mul(depth, metres)),
                                         hn::Xor(y, hn::Mul(sideways, hn::Set(f, -0.001f)))),
