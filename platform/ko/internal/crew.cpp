@@ -4,6 +4,8 @@
 #include <atomic>
 #include <condition_variable>
 #include <cstddef>
+#include <functional>
+#include <memory>
 #include <mutex>
 #include <new>
 #include <pthread.h>
@@ -28,8 +30,10 @@ class Crew {
   void share(const std::function<void()>& work, int helpers) {
     Offer offer{work, helpers};
     xMake(offer);
+    // Also if the work throws: helpers hold on to the offer.
+    const std::unique_ptr<Offer, std::function<void(Offer*)>> awaited(
+        &offer, [this](Offer* made) { xAwait(*made); });
     work();
-    xAwait(offer);
   }
 
  private:
