@@ -6,10 +6,10 @@
 #include <utility>
 #include <vector>
 
-#include "outlets/web/live_server.h"
 #include "python/bindings/common.h"
 #include "python/bindings/ending.h"
 #include "python/bindings/in_sensor.h"
+#include "python/bindings/waiting.h"
 #include "session/session.h"
 
 namespace QV::python {
@@ -26,7 +26,7 @@ class SessionHandle : public Ending {
 
   bool isOpen() const { return session != nullptr; }
   /** RuntimeError while it runs, or on another thread. */
-  void close();
+  void close() override;
   void end() override;
 
   /** Safe from any thread; RuntimeError if it has ended. */
@@ -43,7 +43,17 @@ class SessionHandle : public Ending {
     });
   }
 
-  /** The same, on the thread that opened it; also from a module that runs in it. */
+  /**
+   * The same for what may wait for hardware: Ctrl-C ends the waiting, and the call goes on with
+   * what it owns.
+   */
+  template <typename Call>
+  auto await(Call call) const {
+    InSensor::refuse();
+    return patiently([own = get(), call = std::move(call)] { return call(*own); });
+  }
+
+  /** The same as `ask`, on the thread that opened it; also from a module that runs in it. */
   template <typename Call>
   auto look(Call call) const {
     xCheckThread();
@@ -60,9 +70,14 @@ class SessionHandle : public Ending {
   /** Lets time go by, in pieces between which Ctrl-C is looked for. */
   void run(ko::Duration duration);
 
-  /** What has to go before the session does. */
-  void add(std::shared_ptr<void> guest) { guests.push_back(std::move(guest)); }
+  /**
+   * What has to go before the session does. `before` is called before each piece of a run, while
+   * other threads may run Python.
+   */
+  void add(std::shared_ptr<void> guest, std::function<void()> before = {});
   void remove(const void* guest);
+  /** Does what guests do before a piece of a run. */
+  void prepare();
 
  private:
   class Use {
@@ -77,12 +92,29 @@ class SessionHandle : public Ending {
   };
 
   void xCheckThread() const;
+  void xEndGuests();
 
   std::shared_ptr<session::Session> session;
-  std::vector<std::shared_ptr<void>> guests;
+  struct Guest {
+    std::shared_ptr<void> guest;
+    std::function<void()> before;
+  };
+  std::vector<Guest> guests;
   const std::thread::id owner = std::this_thread::get_id();
-  const bool ownTime;
+  /** Its own time. */
+  std::unique_ptr<MovesTime> moves;
   bool busy = false;
 };
+
+using SessionClass = pybind11::class_<SessionHandle, std::shared_ptr<SessionHandle>>;
+
+/** Those that are named, or all families. */
+std::set<std::string> namesIn(const SessionHandle& handle, const Names& names);
+
+void bindSessionSwitches(SessionClass& type);
+void bindSessionDriving(SessionClass& type);
+void bindSessionFaults(SessionClass& type);
+void bindSessionTime(SessionClass& type);
+void bindOpening(pybind11::module_& module);
 
 }  // namespace QV::python

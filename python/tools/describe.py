@@ -6,7 +6,9 @@ package qv_sensor to be importable.
 
 from __future__ import annotations
 
+import ast
 import inspect
+import re
 import sys
 import textwrap
 import types
@@ -14,7 +16,7 @@ from pathlib import Path
 from typing import Any
 
 import qv_sensor
-from qv_sensor import _core
+from qv_sensor import _core, _types
 
 ROOT = Path(__file__).resolve().parents[2]
 STUB = ROOT / "python" / "qv_sensor" / "_core.pyi"
@@ -31,24 +33,6 @@ from typing_extensions import Self
 
 from ._subscription import Subscription
 from ._types import (
-    Check,
-    Echo,
-    FaultKind,
-    Health,
-    LogLevel,
-    LogRecord,
-    Names,
-    PathLike,
-    PointMeaning,
-    Pose2D,
-    PoseLike,
-    PositionLike,
-    SensorOrder,
-    UnitOrder,
-    Value,
-)
-
-__version__: str
 '''
 
 PAGE_HEAD = """# The Python package, name by name
@@ -73,9 +57,10 @@ def split(doc: str) -> tuple[str, str]:
 
 
 def members_of(cls: type) -> list[tuple[str, Any]]:
-    """In the order in which they were bound."""
+    """In the order in which they were bound, but for how it is made, which is first."""
     told = [(name, value) for name, value in vars(cls).items() if signature_of(name, value)]
-    return [(name, value) for name, value in told if name != "__module__"]
+    told = [(name, value) for name, value in told if name != "__module__"]
+    return sorted(told, key=lambda each: each[0] != "__init__")
 
 
 def signature_of(name: str, value: Any) -> str:
@@ -117,15 +102,28 @@ def public_names() -> list[str]:
     return [name for name, value in vars(_core).items() if callable(value) and name[0] != "_"]
 
 
+def plain_types() -> list[str]:
+    """The names that qv_sensor._types gives to what is its own."""
+    names = []
+    for node in ast.parse(Path(_types.__file__).read_text()).body:
+        if isinstance(node, ast.ClassDef):
+            names.append(node.name)
+        elif isinstance(node, ast.Assign) and isinstance(node.targets[0], ast.Name):
+            names.append(node.targets[0].id)
+    return sorted(names)
+
+
 def stub() -> str:
-    lines = []
+    lines: list[str] = []
     for name in public_names():
         value = getattr(_core, name)
         if isinstance(value, type):
             lines += stub_of_class(value)
         else:
             lines += ["", f"def {split(value.__doc__)[0]}: ..."]
-    return STUB_HEAD + "\n".join(lines) + "\n"
+    body = "\n".join(lines) + "\n"
+    used = [f"    {name},\n" for name in plain_types() if re.search(rf"\b{name}\b", body)]
+    return STUB_HEAD + "".join(used) + ")\n\n__version__: str\n" + body
 
 
 def text_of_member(owner: str, name: str, value: Any) -> str:
