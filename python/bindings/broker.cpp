@@ -1,5 +1,4 @@
 #include "platform/middleware/qv_broker.h"
-
 #include "platform/middleware/qv_module.h"
 #include "python/bindings/common.h"
 #include "python/bindings/waiting.h"

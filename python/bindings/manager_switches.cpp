@@ -4,7 +4,8 @@
 namespace QV::python {
 namespace {
 
-bool subscribeManager(const ManagerHandle& handle, const std::string& subscriber, const Names& names) {
+bool subscribeManager(const ManagerHandle& handle, const std::string& subscriber,
+                      const Names& names) {
   return handle.await([=](auto& manager) {
     return names.names ? manager.subscribe(subscriber, *names.names)
                        : manager.subscribe(subscriber);
@@ -12,7 +13,7 @@ bool subscribeManager(const ManagerHandle& handle, const std::string& subscriber
 }
 
 bool unsubscribeManager(const ManagerHandle& handle, const std::string& subscriber,
-                     const Names& names) {
+                        const Names& names) {
   return handle.await([=](auto& manager) {
     return names.names ? manager.unsubscribe(subscriber, *names.names)
                        : manager.unsubscribe(subscriber);

@@ -49,8 +49,7 @@ boost::shared_ptr<HostingModule> hostManager(const ManagerHandle& handle) {
   if (handle.isBorrowed())
     throw py::value_error("a manager of one's own expected, a session's given");
   const auto kept = handle.get();
-  return makeHosting(
-      boost::shared_ptr<sensor::SensorManager>(kept.get(), [kept](const auto*) {}));
+  return makeHosting(boost::shared_ptr<sensor::SensorManager>(kept.get(), [kept](const auto*) {}));
 }
 
 std::shared_ptr<ManagerHandle> hostedManager(const boost::shared_ptr<HostingModule>& module) {
@@ -63,8 +62,8 @@ std::shared_ptr<ManagerHandle> hostedManager(const boost::shared_ptr<HostingModu
 }
 
 py::list recordsFromValue(const QVValue& value) {
-  return toPython(SharedRecords(
-      boost::make_shared<const std::vector<Math::MetricalData>>(sensor::recordsFromQVValue(value))));
+  return toPython(SharedRecords(boost::make_shared<const std::vector<Math::MetricalData>>(
+      sensor::recordsFromQVValue(value))));
 }
 
 void bindOwnModules(py::module_& module) {

@@ -141,8 +141,7 @@ py::object makeRecordType() {
 }
 
 py::object toPython(Record record) {
-  const auto object =
-      py::reinterpret_steal<py::object>(allocate(recordType, nullptr, nullptr));
+  const auto object = py::reinterpret_steal<py::object>(allocate(recordType, nullptr, nullptr));
   if (!object) throw py::error_already_set();
   unmadeRecord(object) = std::move(record);
   return object;

@@ -25,9 +25,8 @@ void bindRecorder(py::module_& module) {
   py::class_<Recorder, outlets::Outlet, std::shared_ptr<Recorder>> type(module, "RunRecorder", R"(
 Records a session as MCAP with ROS 2 messages: what drivers measure, what is asked of it, and at each
 snapshot that it is shown the records as they are. open_recording plays it. It ends with the session.)");
-  type.def(
-      py::init(&record), "path"_a, py::arg("session").none(false), "wants_all"_a = false,
-      R"(__init__(path: PathLike, session: Session, wants_all: bool = False) -> None
+  type.def(py::init(&record), "path"_a, py::arg("session").none(false), "wants_all"_a = false,
+           R"(__init__(path: PathLike, session: Session, wants_all: bool = False) -> None
 
 Before the session has run. `wants_all` demands every sensor; else those are recorded that others
 want. A file that can't be made: OSError; one that can't be written to any more is logged once.)");
@@ -47,9 +46,8 @@ auto toldOfReplay() {
 }
 
 SnapshotView lookAtReplay(ReplayHandle& self) {
-  return {self.useReplay([](RunReplay& replay) {
-    return std::make_shared<const session::Snapshot>(replay.look());
-  })};
+  return {self.useReplay(
+      [](RunReplay& replay) { return std::make_shared<const session::Snapshot>(replay.look()); })};
 }
 
 py::object compareReplay(ReplayHandle& self) {

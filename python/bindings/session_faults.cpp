@@ -5,8 +5,7 @@ namespace QV::python {
 namespace {
 
 void setSessionFault(const SessionHandle& handle, const std::string& sensor,
-                     const std::string& kind, ko::Duration begin,
-                     std::optional<ko::Duration> end) {
+                     const std::string& kind, ko::Duration begin, std::optional<ko::Duration> end) {
   const robot::Fault fault{sensor, faultKindFrom(kind), begin, end.value_or(ko::Duration::max())};
   handle.look([&](session::Session& session) { session.setFault(fault); });
 }
@@ -20,16 +19,17 @@ std::vector<std::string> faultySensors(const SessionHandle& handle) {
 }
 
 std::vector<std::string> possibleFaults(const SessionHandle& handle, const std::string& sensor) {
-  return namesOf(handle.look(
-      [&](session::Session& session) { return session.getPossibleFaults(sensor); }));
+  return namesOf(
+      handle.look([&](session::Session& session) { return session.getPossibleFaults(sensor); }));
 }
 
 }  // namespace
 
 void bindSessionFaults(SessionClass& type) {
-  type.def("set_fault", &setSessionFault, "sensor"_a, "kind"_a,
-           "begin"_a = ko::Duration::zero(), "end"_a = py::none(),
-           R"(set_fault(sensor: str, kind: FaultKind, begin: int = 0, end: int | None = None) -> None
+  type.def(
+          "set_fault", &setSessionFault, "sensor"_a, "kind"_a, "begin"_a = ko::Duration::zero(),
+          "end"_a = py::none(),
+          R"(set_fault(sensor: str, kind: FaultKind, begin: int = 0, end: int | None = None) -> None
 
 Makes a sensor of a virtual robot fail from `begin` to `end`, nanoseconds since the session was
 opened. A name or kind that makes no sense: ValueError that says which do.)")

@@ -42,6 +42,10 @@ SessionHandle::~SessionHandle() {
 }
 
 void SessionHandle::close() {
+  while (*state == State::left) {
+    unlocked([] { std::this_thread::sleep_for(std::chrono::milliseconds(5)); });
+    checkInterrupt();
+  }
   if (!session) return;
   const Use inUse(*this);
   if (!mayLeaveTime()) return end();
@@ -64,7 +68,7 @@ void SessionHandle::end() {
   }
   {
     const Unlocked away;
-    if (isOwner) awaitOthers(last, true);
+    if (isOwner) awaitOthers(last, *state != State::left);
     last.reset();
   }
   moves.reset();
@@ -127,11 +131,16 @@ void SessionHandle::xCheckThread() const {
     throw std::runtime_error("the thread that opened the session expected, another one given");
 }
 
-SessionHandle::Use::Use(SessionHandle& handle) : handle(handle) {
+void SessionHandle::xLeave() {
+  State under = State::inUse;
+  state->compare_exchange_strong(under, State::left);
+}
+
+SessionHandle::Use::Use(const SessionHandle& handle) : state(handle.state) {
   handle.xCheckThread();
-  if (handle.busy)
+  State before = State::idle;
+  if (!state->compare_exchange_strong(before, State::inUse))
     throw std::runtime_error("a session at rest expected, one that is running given");
-  handle.busy = true;
 }
 
 }  // namespace QV::python

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <thread>
@@ -67,6 +68,23 @@ class SessionHandle : public Ending {
     return ask(call);
   }
 
+  /**
+   * The same for what may wait for hardware: Ctrl-C ends the waiting, and the session is in use
+   * until the call is through.
+   */
+  template <typename Call>
+  auto useAside(Call call) {
+    auto inUse = std::make_unique<Use>(*this);
+    InSensor::refuse();
+    try {
+      return patiently(
+          [inUse = std::move(inUse), own = get(), call = std::move(call)] { return call(*own); });
+    } catch (py::error_already_set&) {
+      xLeave();
+      throw;
+    }
+  }
+
   /** Lets time go by, in pieces between which Ctrl-C is looked for. */
   void run(ko::Duration duration);
 
@@ -80,17 +98,22 @@ class SessionHandle : public Ending {
   void prepare();
 
  private:
+  /** Whether a call is under way, or one that Ctrl-C has left. */
+  enum class State { idle, inUse, left };
+
   class Use {
    public:
-    explicit Use(SessionHandle& handle);
-    ~Use() { handle.busy = false; }
+    explicit Use(const SessionHandle& handle);
+    ~Use() { *state = State::idle; }
     Use(const Use&) = delete;
     Use& operator=(const Use&) = delete;
 
    private:
-    SessionHandle& handle;
+    const std::shared_ptr<std::atomic<State>> state;
   };
 
+  /** What goes on then is left. */
+  void xLeave();
   void xCheckThread() const;
   void xEndGuests();
 
@@ -103,7 +126,8 @@ class SessionHandle : public Ending {
   const std::thread::id owner = std::this_thread::get_id();
   /** Its own time. */
   std::unique_ptr<MovesTime> moves;
-  bool busy = false;
+  const std::shared_ptr<std::atomic<State>> state =
+      std::make_shared<std::atomic<State>>(State::idle);
 };
 
 using SessionClass = pybind11::class_<SessionHandle, std::shared_ptr<SessionHandle>>;

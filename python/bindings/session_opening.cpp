@@ -39,9 +39,9 @@ SharedHandle open(const std::string& file, bool ownTime, Open open) {
 }
 
 SharedHandle openVirtual(const py::object& robot, const py::object& map,
-                   std::optional<Math::Pose2D> start, const robot::WorldOptions* world,
-                   const sensor::SensorFactory* sensors, const robot::UnitFactory* units,
-                   bool somebodyAhead, bool simulatedTime) {
+                         std::optional<Math::Pose2D> start, const robot::WorldOptions* world,
+                         const sensor::SensorFactory* sensors, const robot::UnitFactory* units,
+                         bool somebodyAhead, bool simulatedTime) {
   session::OpenOptions options = optionsFrom(map, start, simulatedTime);
   if (world) options.world = *world;
   if (sensors) options.sensors = *sensors;
@@ -52,7 +52,7 @@ SharedHandle openVirtual(const py::object& robot, const py::object& map,
 }
 
 SharedHandle openSimulated(int kind, const py::object& map, std::optional<Math::Pose2D> start,
-                     bool simulatedTime) {
+                           bool simulatedTime) {
   const session::OpenOptions options = optionsFrom(map, start, simulatedTime);
   return open(options.mapFile, simulatedTime,
               [&] { return session::openSimulated(kind, options); });

@@ -3,14 +3,15 @@
 namespace QV::python {
 namespace {
 
-void subscribeSession(const SessionHandle& handle, const std::string& subscriber, const Names& names) {
+void subscribeSession(const SessionHandle& handle, const std::string& subscriber,
+                      const Names& names) {
   handle.await([subscriber, wanted = namesIn(handle, names)](session::Session& session) {
     session.subscribe(subscriber, wanted);
   });
 }
 
 void unsubscribeSession(const SessionHandle& handle, const std::string& subscriber,
-                     const Names& names) {
+                        const Names& names) {
   handle.await([subscriber, wanted = namesIn(handle, names)](session::Session& session) {
     session.unsubscribe(subscriber, wanted);
   });
@@ -25,7 +26,7 @@ void diagnoseSession(const SessionHandle& handle, const std::string& sensor, boo
 }
 
 void setSessionDemand(SessionHandle& handle, const session::Demand& demand) {
-  handle.use([&](session::Session& session) { session.setDemand(demand); });
+  handle.useAside([=](session::Session& session) { session.setDemand(demand); });
 }
 
 }  // namespace

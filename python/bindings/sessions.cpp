@@ -1,3 +1,5 @@
+#include <atomic>
+
 #include "python/bindings/manager_handle.h"
 #include "python/bindings/session_handle.h"
 #include "python/bindings/snapshots.h"
@@ -18,19 +20,38 @@ std::shared_ptr<ManagerHandle> managerOf(const std::shared_ptr<SessionHandle>& h
   });
 }
 
-py::list checkSession(SessionHandle& handle, const Names& names) {
-  static const py::handle type = typeNamed("Check");
+/** Whether a check goes on: Ctrl-C ends it, wherever it runs. */
+struct CheckWatch {
+  std::atomic<bool> wasLeft{false};
+  bool wasInterrupted = false;
+
+  bool goesOn() {
+    if (wasLeft) return false;
+    const Locked locked;
+    wasInterrupted = PyErr_CheckSignals() != 0;
+    return !wasInterrupted;
+  }
+};
+
+std::vector<session::CheckedSensor> watchSensors(SessionHandle& handle, const Names& names) {
+  const auto watch = std::make_shared<CheckWatch>();
   session::CheckOptions options;
   if (names.names) options.sensors = *names.names;
-  bool interrupted = false;
-  options.goesOn = [&](double) {
-    const Locked locked;
-    interrupted = PyErr_CheckSignals() != 0;
-    return !interrupted;
-  };
-  const auto checked =
-      handle.use([&](Session& session) { return session::checkSensors(session, options); });
-  if (interrupted) throw py::error_already_set();
+  options.goesOn = [watch](double) { return watch->goesOn(); };
+  try {
+    auto checked = handle.useAside(
+        [options](Session& session) { return session::checkSensors(session, options); });
+    if (watch->wasInterrupted) throw py::error_already_set();
+    return checked;
+  } catch (py::error_already_set&) {
+    watch->wasLeft = true;
+    throw;
+  }
+}
+
+py::list checkSession(SessionHandle& handle, const Names& names) {
+  static const py::handle type = typeNamed("Check");
+  const auto checked = watchSensors(handle, names);
   py::list list;
   for (const auto& each : checked)
     list.append(type(each.name, each.family, session::getName(each.verdict), each.why, each.records,

@@ -20,7 +20,8 @@ class MovesTime {
   MovesTime& operator=(const MovesTime&) = delete;
 };
 
-/** Whether this thread hears of Ctrl-C, and C++ does not wait for it. With the interpreter's lock. */
+/** Whether this thread hears of Ctrl-C, and C++ does not wait for it. With the interpreter's lock.
+ */
 bool mayLeave();
 /** The same, if it moves no time. */
 bool mayLeaveTime();
@@ -59,8 +60,9 @@ auto aside(Call call) {
   std::promise<Result> promise;
   auto future = promise.get_future();
   std::thread([counted = std::make_unique<Aside>(), promise = std::move(promise),
-               own = std::move(own)]() mutable { fulfil<Call, Result>(promise, own); })
-      .detach();
+               own = std::move(own)]() mutable {
+    fulfil<Call, Result>(promise, own);
+  }).detach();
   while (!unlocked([&] { return future.wait_for(kLook) == std::future_status::ready; }))
     checkInterrupt();
   return future.get();

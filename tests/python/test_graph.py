@@ -5,6 +5,7 @@ import threading
 
 import pytest
 import qv_sensor as qv
+from conftest import IN_THE_FLAT
 
 if not hasattr(qv._core, "_GraphRobot"):
 
@@ -28,20 +29,24 @@ HEAR = """
         session.subscribe("test", "Laser")
         print(session.await_records(qv.seconds(30), "FrontLaser"))
         print(len(session.manager.get_metrical_data("FrontLaser")[0].points) > 9)
+        for _ in range(10):
+            session.drive(0.3, 0.0)
+            session.run(qv.seconds(0.1))
 """
 
 
-def test_a_session_on_a_graph_is_heard_by_another(run_python):
-    told, ready, done = [], threading.Event(), threading.Event()
+def test_a_session_on_a_graph_is_heard_and_driven_by_another(run_python):
+    told, poses, ready, done = [], [], threading.Event(), threading.Event()
 
     def serve():
-        with qv.open_virtual(simulated_time=False) as session:
+        with qv.open_virtual(start=IN_THE_FLAT, simulated_time=False) as session:
             robot = qv.graph_robot(session, name="porter")
             ready.set()
             while not done.is_set():
                 session.set_demand(robot.demand)
                 session.run(qv.seconds(0.1))
                 robot.show(session.look())
+                poses.append(session.pose)
 
     thread = threading.Thread(target=serve)
     thread.start()
@@ -52,6 +57,7 @@ def test_a_session_on_a_graph_is_heard_by_another(run_python):
         done.set()
         thread.join(60)
     assert told == ["{}", "True"]
+    assert poses[-1].x > IN_THE_FLAT[0] + 0.05
 
 
 def test_names_that_are_none_are_refused(session):

@@ -10,13 +10,14 @@ import time
 import numpy as np
 import pytest
 import qv_sensor as qv
+from conftest import IN_THE_FLAT
 
 
 class Watch(qv.Sensor):
     """Does something whenever it is read."""
 
-    def __init__(self, what):
-        super().__init__("Watch", "Watch", qv.SensorFieldOfView2D(0, 1, 1, 1))
+    def __init__(self, what, name="Watch"):
+        super().__init__(name, name, qv.SensorFieldOfView2D(0, 1, 1, 1))
         self.what = what
 
     def _get_data(self):
@@ -323,6 +324,55 @@ def test_ctrl_c_ends_the_waiting_for_hardware_that_does_not_come(run_python, wai
         os._exit(0)
     """)
     assert out == "interrupted\n"
+
+
+GATED = """<robot name="courier"><link name="base"/><sensor name="Gated" type="Gated"/></robot>"""
+
+
+class Gated(Watch):
+    """Its hardware starts when somebody opens the gate."""
+
+    def __init__(self, name="Gated"):
+        super().__init__(lambda: None, name)
+        self.gate, self.calls = threading.Event(), []
+
+    def _subscribe_to_hardware(self):
+        self.calls.append("begun")
+        self.gate.wait(60)
+        self.calls.append("on")
+        return True
+
+    def _unsubscribe_from_hardware(self):
+        self.calls.append("off")
+        return True
+
+
+def test_a_switch_that_ctrl_c_has_left_goes_on_to_its_end():
+    sensor = Gated()
+    manager = qv.SensorManager([sensor])
+    press_ctrl_c_soon()
+    with pytest.raises(KeyboardInterrupt):
+        manager.subscribe("test")
+    assert sensor.calls == ["begun"]
+    sensor.gate.set()
+    manager.unsubscribe("test")
+    assert sensor.calls == ["begun", "on", "off"]
+
+
+@pytest.mark.parametrize("wait", [lambda s: s.set_demand({"test": {"Gated"}}), lambda s: s.check("Gated")])
+def test_a_session_that_ctrl_c_has_left_is_in_use_until_the_call_is_through(tmp_path, wait):
+    robot, sensor, factory = tmp_path / "courier.urdf", Gated(), qv.SensorFactory()
+    robot.write_text(GATED)
+    factory.add(40, "Gated", "Gated", "zone", lambda order: sensor)
+    with qv.open_virtual(robot, sensors=factory, start=IN_THE_FLAT, simulated_time=False) as session:
+        press_ctrl_c_soon()
+        with pytest.raises(KeyboardInterrupt):
+            wait(session)
+        assert sensor.calls == ["begun"]
+        with pytest.raises(RuntimeError, match="at rest expected"):
+            session.look()
+        sensor.gate.set()
+    assert sensor.calls == ["begun", "on", "off"]
 
 
 def test_ctrl_c_in_a_callback_ends_the_run(session):
