@@ -1,4 +1,4 @@
-#include "apps/output/run_summary.h"
+#include "apps/output/session_summary.h"
 
 #include <algorithm>
 #include <ostream>
@@ -8,7 +8,7 @@
 
 namespace QV::app {
 
-void RunSummary::add(const session::Snapshot& snapshot) {
+void SessionSummary::add(const session::Snapshot& snapshot) {
   for (const auto& sensor : snapshot.sensors) {
     for (const auto& record : sensor.records) {
       Entry& entry = entries[record.sensorName];
@@ -21,7 +21,7 @@ void RunSummary::add(const session::Snapshot& snapshot) {
   }
 }
 
-void RunSummary::print(std::ostream& out) const {
+void SessionSummary::print(std::ostream& out) const {
   outlets::Table table({"sensor", "family", ">records", ">points", ">nearest m"});
   for (const auto& [name, entry] : entries) {
     table.add({name, entry.family, std::to_string(entry.records), std::to_string(entry.points),

@@ -1,4 +1,4 @@
-#include "outlets/picture/run_picture.h"
+#include "outlets/picture/session_picture.h"
 
 #include <filesystem>
 #include <stdexcept>
@@ -7,7 +7,7 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include "outlets/picture/internal/draw_run.h"
+#include "outlets/picture/internal/draw_session.h"
 #include "session/usage_error.h"
 
 namespace QV::outlets {
@@ -21,18 +21,18 @@ void checkPicturePath(const std::string& path) {
   throw session::UsageError(path + ": can't be written, a folder that can be expected");
 }
 
-RunPicture::RunPicture(std::string givenPath) : path(std::move(givenPath)) {
+SessionPicture::SessionPicture(std::string givenPath) : path(std::move(givenPath)) {
   checkPicturePath(path);
 }
 
-void RunPicture::show(const session::Snapshot& snapshot) {
+void SessionPicture::show(const session::Snapshot& snapshot) {
   way.push_back(snapshot.pose);
   last = snapshot;
 }
 
-void RunPicture::finish() {
+void SessionPicture::finish() {
   if (!last) return;
-  if (!cv::imwrite(path, drawRun(way, *last))) {
+  if (!cv::imwrite(path, drawSession(way, *last))) {
     throw std::runtime_error(path + ": can't be written");
   }
 }

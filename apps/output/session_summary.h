@@ -10,8 +10,8 @@
 
 namespace QV::app {
 
-/** What each sensor has reported over a run. */
-class RunSummary {
+/** What each sensor has reported over a session. */
+class SessionSummary {
  public:
   void add(const session::Snapshot& snapshot);
   /** A table: sensor, family, records, points, nearest obstacle. */
