@@ -11,13 +11,13 @@
 
 namespace QV {
 
-/** What one ray of a scan met. */
+/** The answer of one ray of a scan. */
 struct QV_API RangeReading {
   /** Metres along the ray. */
   float range = 0.0f;
   /** Radians, relative to the heading of the pose that the scan was cast from. */
   float angle = 0.0f;
-  /** 0 for a hit, 1 for a miss. */
+  /** The status: 0 for a hit, 1 for a miss. */
   std::int32_t status = 0;
 
   friend bool operator==(const RangeReading&, const RangeReading&) = default;

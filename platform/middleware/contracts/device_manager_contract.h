@@ -13,7 +13,7 @@ inline constexpr char kSet[] = "set";
 /** Modes: which pending commands of the actuator go. None. */
 inline constexpr char kMerge[] = "Merge";
 inline constexpr char kClearAll[] = "ClearAll";
-/** From the first new one on. */
+/** Drops the commands from the first new one on. */
 inline constexpr char kClearAfter[] = "ClearAfter";
 /** Up to the last new one. */
 inline constexpr char kClearBefore[] = "ClearBefore";
