@@ -63,6 +63,30 @@ def all_blocks():
     return [block for page in pages() if page not in WRITTEN_BY_A_PROGRAM for block in blocks_of(page)]
 
 
+def header_blocks():
+    """The examples in the comments of the headers that users include: indented by four more."""
+    found = []
+    for folder in ("platform", "sensor", "robot", "session", "outlets"):
+        for path in sorted((ROOT / folder).rglob("*.h")):
+            if "internal" not in path.parts:
+                found += examples_of(path.relative_to(ROOT).as_posix())
+    return found
+
+
+def examples_of(header):
+    lines = (ROOT / header).read_text().splitlines()
+    found, index = [], 0
+    while index < len(lines):
+        end = index
+        while lines[end].startswith(" *     ") or end > index and lines[end] == " *":
+            end += 1
+        if end > index:
+            text = f'#include "{header}"\n' + "\n".join(line[7:] for line in lines[index:end])
+            found.append(Block(header, index, "cpp", text + "\n", ""))
+        index = max(end, index + 1)
+    return found
+
+
 def commands_of(block):
     """The commands of a shell's block: lines joined where they go on, without remarks."""
     joined = block.text.replace("\\\n", " ")

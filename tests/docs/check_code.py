@@ -1,4 +1,4 @@
-"""Compiles every block of C++ in the pages for users, and runs those of Python where the package is.
+"""Compiles the C++ in the pages for users and in the headers, and runs the Python where the package is.
 
 Usage: check_code.py COMPILER [OPTION...]   (options of the compiler, such as -I)
 """
@@ -10,7 +10,7 @@ import subprocess
 import sys
 import xml.dom.minidom
 
-from blocks import ROOT, all_blocks
+from blocks import ROOT, all_blocks, header_blocks
 
 # What a block that is a part of a function may use. Names that it declares itself go before these.
 CONTEXT = """
@@ -109,7 +109,7 @@ def check(block):
 
 
 def main(command):
-    errors, to_compile, shown = [], [], set()
+    errors, to_compile, shown = [], header_blocks(), set()
     for block in all_blocks():
         copied = copied_file(block)
         if copied:
