@@ -106,8 +106,8 @@ class QV_API Sensor {
   void keepTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                    const std::string& message) const;
 
-  /** These three never wait. The spelling of isDiagnosisSucess is the interface's, and stays;
-   * the manager's question is isSensorDiagnosisSuccess. */
+  /** Never waits, nor do the next two. The spelling of isDiagnosisSucess is the interface's, and
+   * stays; the manager's question is isSensorDiagnosisSuccess. */
   bool isEnabled() const { return enabled; }
   bool isDiagnosisSucess() const { return diagnosisSuccess; }
   bool isStarted() const { return started; }

@@ -116,7 +116,8 @@ class QV_API SensorManager {
   /** The sensors that are enabled and of good diagnosis, started or not. */
   std::set<std::string> getEnabledSensorList() const;
 
-  /** These answer false for an unknown sensor, and log nothing. They never wait for hardware. */
+  /** Answers false for an unknown sensor, as the next three do; nothing is logged. Only
+   * isSensorSubscribedBy() waits for a sensor that starts or stops. */
   bool isSensorStarted(const std::string& sensorName) const;
   bool isSensorEnabled(const std::string& sensorName) const;
   bool isSensorDiagnosisSuccess(const std::string& sensorName) const;
@@ -175,7 +176,7 @@ class QV_API SensorManager {
   float getKindParameter() const { return kindParameter; }
 
  protected:
-  /** These take one name that is known, or log an error. */
+  /** Takes one name that is known, as the next four do; another one is logged as an error. */
   bool xSubscribeToFamily(const std::string& subscriber, const std::string& family);
   bool xSubscribeToSensor(const std::string& subscriber, const std::string& sensorName);
   bool xUnsubscribeFromFamily(const std::string& subscriber, const std::string& family);

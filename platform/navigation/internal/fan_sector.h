@@ -9,8 +9,8 @@
 namespace QV::detail {
 
 /**
- * One of eight sectors of a fan's directions: the frame that the GridRay of its rays share, and how
- * that lies over an image.
+ * A sector of a fan's directions, an eighth of the turn: the frame that the GridRay of its rays
+ * share, and how that lies over an image.
  */
 struct FanSector {
   /** Flags of a sector; their sum is its number. */

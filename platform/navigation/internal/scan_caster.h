@@ -8,7 +8,7 @@
 
 namespace QV::detail {
 
-/** Whether such a scan has any rays; else a field of view makes no sense. */
+/** True if such a scan has any rays; else a field of view makes no sense. */
 bool makesSense(const Math::SensorFieldOfView2D& fieldOfView);
 
 /**
