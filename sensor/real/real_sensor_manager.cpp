@@ -196,6 +196,7 @@ void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder&
 }
 
 void RealSensorManager::xWatchHealth() {
+  if (sensors.empty()) return;
   std::lock_guard<std::mutex> lock(healthMutex);
   if (!healthTask.isRunning()) healthTask.start(false);
 }
