@@ -128,7 +128,7 @@ TEST(Check, showsATable) {
   const Result result =
       run({"check", "--robot", session::findSharedFile("descriptions/porter.urdf"), "--subscribe",
            "Touch", "--subscribe", "Laser", "--fault", "FrontLaser:off", "--fault",
-           "BackBumperTouch:wrong"});
+           "BackBumper:wrong"});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.out,
               HasSubstr("FrontLaser  Laser   failed to start  failing        0       0  Time"));

@@ -69,7 +69,7 @@ def source_of(blocks):
         own = re.findall(r"^#include .*$", block.text, re.M)
         includes.update(own)
         body = re.sub(r"^#(include|pragma) .*$", "", block.text, flags=re.M)
-        if not re.search(r"^(int main|inline|class|struct|namespace) ?", body, re.M):
+        if not re.search(r"^(int main|void \w+\(|inline|class|struct|namespace) ?", body, re.M):
             body = "void part() {\n" + f'#line {block.line} "{block.page}"\n' + body + "}\n"
         else:
             body = f'#line {block.line} "{block.page}"\n' + body

@@ -50,6 +50,7 @@ class Page:
         for path in (ROOT / "maps").iterdir():
             shutil.copy(path, folder)
         shutil.copy(ROOT / "maps/apartment.yaml", folder / "my_map.yaml")
+        shutil.copy(ROOT / "examples/own_robot.urdf", folder)
         (folder / "lidar.log").write_text(A_LOG.format(100.0) + A_LOG.format(100.5))
 
     def check(self, blocks):

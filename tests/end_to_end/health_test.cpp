@@ -55,10 +55,10 @@ constexpr Row kOfPeople{{{}, {frozen}, {noisy}, {}, {}, {late}, {}}};
 constexpr Row kOfBumper{{{}, {}, {noisy}, {}, {}, {}, {}}};
 
 const std::map<std::string, Row> kMatrix{
-    {"BackBumperTouch", kOfBumper},  {"BackSonar", kOfBackSonar},     {"BlindZone", kOfBlindZone},
-    {"DepthCamera", kOfSeen},        {"FrontBumperTouch", kOfBumper}, {"FrontLaser", kOfSeen},
-    {"FrontSonar", kOfFrontSonar},   {"HoleLaser", kOfHoleLaser},     {"LeftLaser", kOfSideLaser},
-    {"PeoplePerception", kOfPeople}, {"RightLaser", kOfSideLaser},    {"ShovelLaser", kOfShovel}};
+    {"BackBumper", kOfBumper},       {"BackSonar", kOfBackSonar},  {"BlindZone", kOfBlindZone},
+    {"DepthCamera", kOfSeen},        {"FrontBumper", kOfBumper},   {"FrontLaser", kOfSeen},
+    {"FrontSonar", kOfFrontSonar},   {"HoleLaser", kOfHoleLaser},  {"LeftLaser", kOfSideLaser},
+    {"PeoplePerception", kOfPeople}, {"RightLaser", kOfSideLaser}, {"ShovelLaser", kOfShovel}};
 
 struct Told {
   double time;
@@ -149,7 +149,7 @@ struct HealthMatrixTest : testing::TestWithParam<std::tuple<std::string, int>> {
 
   const std::string faulty = std::get<0>(GetParam());
   const bool withDepth = faulty == "DepthCamera" || faulty == "FrontSonar";
-  const std::string own = faulty.ends_with("BumperTouch") ? "Touch" : faulty;
+  const std::string own = faulty.ends_with("Bumper") ? "Touch" : faulty;
 };
 
 TEST_P(HealthMatrixTest, namesWhatRecordsOrThePlatformCanShow) {
