@@ -18,8 +18,9 @@ from blocks import ROOT, all_blocks, commands_of
 NOT_RUN = {
     r"\./dev (?!help)": "takes minutes, or installs packages; that there is such a command is looked at",
     r"qvsensors check --from-ros2": "waits two seconds of the clock for each of eleven sensors",
+    r"(apt-get|podman) ": "changes the machine, or needs an engine",
     r"cmake ": "the test of the package builds these projects",
-    r"node tests/live/": "needs npm; that the file is there is looked at",
+    r"node tests/live/|\(cd tests/live": "needs npm; that the file is there is looked at",
 }
 SECONDS = 20
 A_ROBOT_ON_THE_GRAPH = "qvsensors serve --robot porter --ros2"
