@@ -101,8 +101,8 @@ struct RecordingPlace {
 /**
  * A picture of a robot and its world at one moment: what outlets show and record.
  *
- * - Frames: all places and poses are in the map M, but for `velocity`, which is in the robot's
- *   frame, and the records, which `frame` tells.
+ * - Frames: all places and poses are in the map M, but for `velocity`, which is in the ground
+ *   frame G, and the records, which `frame` tells.
  * - Units: metres, radians, m/s, rad/s; durations are seconds, `time` is ko::Clock's.
  * - Reserved: nothing, null or an empty list for what the robot does not have.
  * - Lifetime, threads: a value. It shares the map, which never changes.

@@ -18,7 +18,7 @@
 /**
  * The log: lines of a level, a category and the method that writes them, on standard error and to
  * sinks. `log::error("Navigation.Sensor", "subscribe") << text << number;` writes one line; nothing
- * is formatted when nobody wants it. All operations are safe from any thread.
+ * is formatted when nobody wants it. Thread-safe.
  */
 namespace ko::log {
 

@@ -36,7 +36,7 @@ struct QV_API MetricalData {
   SensorFieldOfView2D fieldOfView;
   /** The pose of S in G, or in M for simulated sensors, at the time of the measurement. */
   Transform sensorTransform;
-  /** The points in S, metres; those of all-rays simulated sensors in the robot's frame. */
+  /** The points in S, metres; those of all-rays simulated sensors in G. */
   std::vector<Position3D> points;
   /** The time of the measurement; of a sonar, a blind zone and a touch, that of the reading. */
   ko::Clock::time_point timestamp;

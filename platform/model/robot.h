@@ -28,7 +28,7 @@ struct QV_API Robot {
   int kindCode = 0;
   /** The one link that hangs on no joint. */
   std::string rootLink;
-  /** The link whose frame is the robot's frame 0; the root when the description names none. */
+  /** The link whose frame is the body frame; the root when the description names none. */
   std::string bodyLink;
   /** The links in the order of the document. */
   std::vector<std::string> links;

@@ -10,7 +10,7 @@ namespace QV::Model {
 
 /**
  * The table of sensor kinds, a row each. A value: whoever knows more kinds copies it and adds his.
- * Reading is safe from several threads.
+ * Reading is thread-safe.
  */
 class QV_API SensorKinds {
  public:

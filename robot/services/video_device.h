@@ -48,7 +48,7 @@ struct QV_API Camera {
  * The cameras, module "QVVideoDevice"; QVVideoDeviceProxy says what its methods do. A client that
  * asks before its next frame is due gets its last one again; an image that it still holds is taken
  * back, which is logged once. A handle is the client's name and a number that is given
- * once; to give it back again is no error. All operations are safe from any thread.
+ * once; to give it back again is no error. Thread-safe.
  */
 class QV_API VideoDevice : public QVModule {
  public:

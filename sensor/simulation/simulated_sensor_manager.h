@@ -18,11 +18,11 @@ namespace QV::sensor {
  * robot is by setPose2D(), then read: every read measures anew. Nothing moves by itself, and no
  * time passes.
  *
- * - Frames: M is the map, S the sensor's frame. A record's transform places S in M, by
- *   `referencePose` and the sensor's mounting. All-rays sensors, which are the laser of kind -1 and
- *   the depth camera of kind 1, give points in the robot's frame, not in S, when both poses are the
- *   same: pointsInFrame() is then off by the mounting. Fans all look along the robot's heading,
- *   whatever the mounting.
+ * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. A record's transform
+ *   places S in M, by `referencePose` and the sensor's mounting. All-rays sensors, which are the
+ *   laser of kind -1 and the depth camera of kind 1, give points in G, not in S, when both poses
+ *   are the same: pointsInFrame() is then off by the mounting. Fans all look along the robot's
+ *   heading, whatever the mounting.
  * - Units: metres, radians; points stand 0.5 m high.
  * - Reserved: an all-rays sensor reports what meets nothing as a point at the maximum range; of
  *   others, a record without points means that nothing is in range.

@@ -9,7 +9,7 @@
 
 namespace QV::session {
 
-/** Tells several listeners what one robot tells. All operations are safe from any thread. */
+/** Tells several listeners what one robot tells. Thread-safe. */
 class ListenerList : public RunListener {
  public:
   /** Adds a listener. It alone hears what is so now, and like the others all that is told from

@@ -11,7 +11,7 @@ namespace QV::sensor {
 /** The turns and ways of the robot so far. One thread tells, any asks. */
 class RobotMotion {
  public:
-  /** Forward, leftward (m/s) and turning (rad/s), in the robot's frame. */
+  /** Forward, leftward (m/s) and turning (rad/s), in the ground frame. */
   void note(const Math::Pose2D& velocity, ko::Clock::time_point now);
 
   struct State {

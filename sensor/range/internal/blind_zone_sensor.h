@@ -14,7 +14,7 @@ namespace QV::sensor {
  * A presence detector for a zone that no range sensor sees. While the robot stands still it reports
  * one point straight ahead, at minRange when something is there and at maxRange when not; while it
  * moves, nothing. Each change raises the event "Navigation/MotionDetected" with [name, [x, y, z] of
- * the far point in the robot's frame, detected].
+ * the far point in the ground frame, detected].
  */
 class QV_API BlindZoneSensor : public RealSensor {
  public:

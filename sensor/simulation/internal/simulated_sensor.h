@@ -21,7 +21,7 @@ namespace QV::sensor {
  */
 class QV_API SimulatedSensor : public Sensor {
  public:
-  /** `sensorPose` places the sensor in the robot's frame; it does not turn the fan of rays. */
+  /** `sensorPose` places the sensor in the ground frame; it does not turn the fan of rays. */
   SimulatedSensor(const std::string& name, const std::string& familyName,
                   const Math::SensorFieldOfView2D& fieldOfView, const Math::Pose2D& sensorPose,
                   bool useAllRays = false);

@@ -16,7 +16,7 @@ class QVBroker;
 
 /**
  * Does the robot's own body block a sensor? Load the shapes once; before each reading place their
- * joints and test. All three are safe from any thread.
+ * joints and test. All three are thread-safe.
  */
 namespace QV::sensor {
 
@@ -31,7 +31,7 @@ QV_API void initCollisionShapesAndJointConfig(
     std::vector<std::shared_ptr<Model::CollisionShape>>& shapes);
 
 /**
- * Returns where the joint of each shape is now, in the robot's frame 0. Throws what the service
+ * Returns where the joint of each shape is now, in the body frame. Throws what the service
  * throws.
  */
 QV_API std::vector<Math::Transform> buildTransformsFromCollisionShapes(
