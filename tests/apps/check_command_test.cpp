@@ -10,7 +10,7 @@
 namespace QV::app {
 namespace {
 
-/** What a check says of a sensor that fails. */
+/** A finding of a check about a sensor that fails. */
 struct Finding {
   std::string result;
   std::string why;

@@ -32,7 +32,7 @@ int windowOf(FaultKind kind) {
   return kFirstWindow + static_cast<int>(kind) * kPerKind;
 }
 
-/** What a sensor's records of one cycle come to. */
+/** The sum of a sensor's records of one cycle. */
 struct Reading {
   std::size_t points = 0;
   float nearest = 0.0f;
@@ -58,14 +58,16 @@ struct Reading {
 
 using Readings = std::vector<Reading>;
 
-/** What each sensor of the manager, and each bumper, read over the cycles of a run. */
+/** The readings of each sensor of the manager, and of each bumper, over the cycles of a run. */
 using Outcome = std::map<std::string, Readings>;
 
 boost::shared_ptr<OccupancyMap> bareRoom() {
   return boost::make_shared<OccupancyMap>(test::makeWalledMap(60, 60, 0.1f));
 }
 
-/** Between two kerbs, one before and one behind, and somebody who walks to and fro. */
+/**
+ * Makes a world between two kerbs, one before and one behind, with somebody who walks to and fro.
+ */
 robot::WorldOptions makeWorld() {
   robot::WorldOptions world;
   world.start = {3.0f, 3.0f, 0.0f};
@@ -153,7 +155,7 @@ bool isOnePoint(const Readings& failing, const Readings&, std::size_t i) {
   return failing[i].points == 1;
 }
 
-/** In the order of the kinds. */
+/** The checks in the order of the kinds. */
 const std::map<std::string, std::array<Check, kKinds>> kExpected{
     {"Sonar", {isGone, isFrozen, isDifferent, isNearer, changesRarely, isLate, comesAndGoes}},
     {"Laser", {isGone, isFrozen, isDifferent, isNearer, changesRarely, isLate, comesAndGoes}},

@@ -34,14 +34,14 @@ double windowBegin(int kind) {
   return kFirst + kind * (kFailing + kHealing);
 }
 
-/** What is told of a failing sensor, and within how many seconds. */
+/** The state that is told of a failing sensor, and within how many seconds. */
 struct Expected {
   HealthState state = sound;
   double within = 2.0;
 };
 constexpr Expected kCantBeTold{};
 
-/** In the order of the kinds: off, stuck, garbage, wrong, slow, delayed, intermittent. */
+/** A row in the order of the kinds: off, stuck, garbage, wrong, slow, delayed, intermittent. */
 using Row = std::array<Expected, kFaultKinds>;
 constexpr Row kOfFrontSonar{{{silent}, {frozen}, {noisy}, {suspect, 10.0}, {}, {}, {silent}}};
 constexpr Row kOfBackSonar{{{silent}, {frozen}, {noisy}, kCantBeTold, {}, {}, {silent}}};
