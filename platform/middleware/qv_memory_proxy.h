@@ -37,10 +37,9 @@ class QV_API QVMemoryProxy : public QVProxy {
    */
   void subscribeToEvent(const std::string& event, const std::string& module,
                         const std::string& method) const;
-  /**
-   * No call begins after this returns, and one that runs has ended, unless this is called from
-   * it. No such subscription: QVError.
-   */
+  /** Ends a subscription: no call begins after this returns, and one that runs has ended, unless
+   * this is called from it. No such subscription: QVError. The "To" in the name is the
+   * interface's. */
   void unsubscribeToEvent(const std::string& event, const std::string& module) const;
 
   /** Subscribes as the two above, apart from them; `message` takes the third argument's place. */

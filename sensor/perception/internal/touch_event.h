@@ -10,7 +10,7 @@
 
 namespace QV::Touch {
 
-/** The types of what tells of a touch. */
+/** The types of what tells of a touch. The interface has the capitals. */
 enum TOUCH_DETECTION_TYPE : std::int32_t {
   UNKNOWN = 0,
   TACTILE = 1,
