@@ -63,6 +63,27 @@ def all_blocks():
     return [block for page in pages() if page not in WRITTEN_BY_A_PROGRAM for block in blocks_of(page)]
 
 
+def broken_links():
+    """Links of the pages that lead to no file, or to no heading of a page."""
+    broken = []
+    for page in pages() + ["CHANGELOG.md"]:
+        text = re.sub(r"^```.*?^```", "", (ROOT / page).read_text(), flags=re.S | re.M)
+        for link in re.findall(r"\]\(([^)\s]+)\)", text):
+            name, _, heading = link.partition("#")
+            target = (ROOT / page).parent / name if name else ROOT / page
+            if "://" not in link and not (target.exists() and heading in headings_of(target, heading)):
+                broken.append(f"{page}: a link that leads somewhere expected, {link} given")
+    return broken
+
+
+def headings_of(target, heading):
+    """The headings as links name them; for a link without one, that."""
+    if not heading:
+        return {""}
+    titles = re.findall(r"^#+ (.*)$", target.read_text(), re.M)
+    return {re.sub(r"[^\w\- ]", "", title.lower()).replace(" ", "-") for title in titles}
+
+
 def header_blocks():
     """The examples in the comments of the headers that users include: indented by four more."""
     found = []

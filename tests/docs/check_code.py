@@ -1,4 +1,5 @@
-"""Compiles the C++ in the pages for users and in the headers, and runs the Python where the package is.
+"""Compiles the C++ in the pages for users and in the headers, and runs the Python where the package is;
+follows the links of the pages.
 
 Usage: check_code.py COMPILER [OPTION...]   (options of the compiler, such as -I)
 """
@@ -10,7 +11,7 @@ import subprocess
 import sys
 import xml.dom.minidom
 
-from blocks import ROOT, all_blocks, header_blocks
+from blocks import ROOT, all_blocks, broken_links, header_blocks
 
 # What a block that is a part of a function may use. Names that it declares itself go before these.
 CONTEXT = """
@@ -123,6 +124,7 @@ def main(command):
         if wrong:
             errors.append(f"{block.where}: {wrong}")
     errors += [f"{name}: a block that shows it expected" for name in hidden_files(shown)]
+    errors += broken_links()
     errors.append(compile_cpp(to_compile, command))
     print(f"{len(to_compile)} blocks compiled")
     print("\n".join(errors))
