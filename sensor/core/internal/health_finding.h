@@ -60,7 +60,7 @@ struct HealthFinding {
  */
 std::string describeFinding(const HealthFinding& finding,
                             const std::optional<ko::log::Record>& trouble);
-/** True if the sensor's last trouble may be the reason. */
+/** True if the sensor's last error may be the reason. */
 bool hasTrouble(HealthCause cause);
 /** Returns what is added to what was found `seconds` ago, and not since. */
 std::string agoText(double seconds);

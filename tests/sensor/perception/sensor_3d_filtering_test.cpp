@@ -79,7 +79,7 @@ struct Sensor3DFilteringTest : Sensor3DTest {
     return plain;
   }
 
-  /** Expects it of the filter on all vector instructions. */
+  /** Expects it of the filter on all sets of SIMD instructions. */
   void expectFilters(const Depth& image, std::size_t least, const std::string& what) {
     const Plain expected = plainForm(image, test::floodFill(image, kMaxDifference), least);
     test::forEachVectorTarget([&](const std::string& target) {
