@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -96,6 +97,9 @@ class QV_API VirtualRobot {
   void clearFault(const std::string& sensor);
   /** Those that were set and not taken back, over or not; of a sensor, in that order. */
   std::vector<Fault> getFaults() const;
+
+  /** What ails a sensor now. */
+  std::optional<FaultKind> findFault(const std::string& sensor) const;
 
   /** The sensors that are measured, and "PeoplePerception" with a depth camera. */
   std::vector<std::string> getFaultySensors() const;

@@ -52,8 +52,7 @@ TEST_P(SessionTest, timeGoesByAsItIsTold) {
   sut->setSpeed(2.5);
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond * 7 / 2);
-  EXPECT_EQ(errorOf([&] { execute(*sut, "page", StepCommand{}); }),
-            "a paused world expected; pause it first");
+  EXPECT_EQ(errorOf([&] { execute(*sut, "page", StepCommand{}); }), "time runs: pause it first");
   sut->pause(true);
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond * 7 / 2);
@@ -143,7 +142,7 @@ TEST_P(SessionTest, goesToAGoalBehindIt) {
   EXPECT_EQ(errorOf([&] {
               sut->setGoal({20.0f, 3.0f});
             }),
-            "a place that the robot can get to expected, 20.00, 3.00 m given");
+            "the robot can't get to 20.00, 3.00 m: no free way leads there");
 }
 
 TEST_P(SessionTest, sensorsRunForTheirSubscribersOnly) {
