@@ -133,9 +133,12 @@ TEST_P(SessionTest, aWallStopsTheRobot) {
 TEST_P(SessionTest, goesToAGoalBehindIt) {
   sut->setGoal({2.0f, 4.5f});
   EXPECT_EQ(sut->look().goal, Math::Position2D(2.0f, 4.5f));
+  EXPECT_THAT(sut->look().route,
+              ElementsAre(Math::position2DFromPose2D(kSessionStart), Math::Position2D(2.0f, 4.5f)));
   sut->keepPace(kSecond * 20);
   const Snapshot there = sut->look();
   EXPECT_EQ(there.goal, std::nullopt);
+  EXPECT_THAT(there.route, IsEmpty());
   EXPECT_NEAR(there.pose.x, 2.0f, 0.1f);
   EXPECT_NEAR(there.pose.y, 4.5f, 0.1f);
   EXPECT_EQ(there.velocity, Math::Pose2D());
@@ -143,6 +146,19 @@ TEST_P(SessionTest, goesToAGoalBehindIt) {
               sut->setGoal({20.0f, 3.0f});
             }),
             "the robot can't get to 20.00, 3.00 m: no free way leads there");
+}
+
+TEST_P(SessionTest, aFaultIsToldUntilItIsTakenBack) {
+  const FaultCommand stuck{"FrontSonar", robot::FaultKind::stuck};
+  if (!GetParam()) {
+    EXPECT_THAT(errorOf([&] { execute(*sut, "page", stuck); }), HasSubstr("a virtual robot"));
+    return;
+  }
+  EXPECT_THAT(sut->look().faults, IsEmpty());
+  execute(*sut, "page", stuck);
+  EXPECT_THAT(sut->look().faults, ElementsAre(testing::Pair("FrontSonar", "stuck")));
+  execute(*sut, "page", FaultCommand{"FrontSonar", std::nullopt});
+  EXPECT_THAT(sut->look().faults, IsEmpty());
 }
 
 TEST_P(SessionTest, sensorsRunForTheirSubscribersOnly) {

@@ -11,10 +11,10 @@ namespace {
 
 constexpr int kArcPoints = 15;
 
-Json toJson(Math::MetricalData record, session::Frame frame) {
+Json shortened(Math::MetricalData record, session::Frame frame) {
   const std::size_t count = record.points.size();
   record.points.resize(std::min(count, kMostRecordPoints));
-  Json json = QV::outlets::toJson(record, frame);
+  Json json = toJson(record, frame);
   json["pointCount"] = count;
   return json;
 }
@@ -28,7 +28,7 @@ std::vector<Math::Position3D> placesOf(const session::Marks& marks) {
   return places;
 }
 
-Json toJson(const std::vector<Math::Position3D>& places) {
+Json numbersOf(const std::vector<Math::Position3D>& places) {
   const std::size_t step = (places.size() + kMostSpacePoints - 1) / kMostSpacePoints;
   Json numbers = Json::array();
   for (std::size_t i = 0; i < places.size(); i += step) {
@@ -47,14 +47,14 @@ std::string recordMessage(const std::string& sensor, const session::Snapshot& sn
                    [&sensor](const session::SensorState& other) { return other.name == sensor; });
   if (found == snapshot.sensors.end()) return {};
   Json records = Json::array();
-  for (const auto& record : found->records) records.push_back(toJson(record, snapshot.frame));
+  for (const auto& record : found->records) records.push_back(shortened(record, snapshot.frame));
   return toText({{"op", "record"}, {"sensor", sensor}, {"records", std::move(records)}});
 }
 
 std::string spaceMessage(const session::Snapshot& snapshot) {
   Json sensors = Json::array();
   for (const session::SensorState& sensor : snapshot.sensors) {
-    Json points = toJson(placesOf(sensor.marks));
+    Json points = numbersOf(placesOf(sensor.marks));
     if (points.empty()) continue;
     sensors.push_back(
         {{"name", sensor.name}, {"family", sensor.family}, {"points", std::move(points)}});

@@ -53,8 +53,7 @@ export class DriveStick {
     const far = Math.max(1, Math.hypot(right, down));
     const [side, ahead] = [right / far, -down / far];
     this.#show(side * radius * 0.6, -ahead * radius * 0.6);
-    // Backwards, the robot's front turns to where the stick points.
-    this.#command = { forward: FORWARD * ahead, turn: -TURN * side * (ahead < -0.3 ? -1 : 1) };
+    this.#command = { forward: FORWARD * ahead, turn: -TURN * side };
     this.#send(this.#command);
   }
 

@@ -9,7 +9,8 @@ import { TileStore } from './tile_store.js';
 import { Viewport } from './viewport.js';
 import { WorldMap } from './world_map.js';
 
-const NO_MAP = { left: -5, right: 5, bottom: -5, top: 5 };
+// Metres around a robot that has no map.
+const AROUND = 6;
 
 export class MapView {
   viewport = new Viewport();
@@ -48,13 +49,14 @@ export class MapView {
     const before = JSON.stringify(this.#map?.box);
     this.#map = hello.map ? new WorldMap(hello.map, this.#tiles) : null;
     this.#repaint();
-    if (!this.#isFitted || JSON.stringify(this.#map?.box) !== before) this.fit();
+    if (JSON.stringify(this.#map?.box) !== before) this.fit();
   }
 
   setState(state) {
     this.#trail.add(state.sensors, state.time / 1e9);
     this.#motion.hear(state, performance.now());
     this.state = { ...state, ...this.#motion.look(performance.now()) };
+    if (!this.#isFitted) this.fit();
     this.#change();
   }
 
@@ -100,7 +102,9 @@ export class MapView {
   }
 
   fit() {
-    this.viewport.fit(this.#map?.box ?? NO_MAP);
+    const box = this.#map?.box ?? this.#aroundRobot();
+    if (!box) return;
+    this.viewport.fit(box);
     this.#isFitted = true;
     this.draw();
   }
@@ -144,6 +148,11 @@ export class MapView {
     });
   }
 
+  #aroundRobot() {
+    const { x, y } = this.state?.pose ?? {};
+    return x === undefined ? null : { left: x - AROUND, right: x + AROUND, bottom: y - AROUND, top: y + AROUND };
+  }
+
   // What is drawn in layers is another now.
   #change() {
     ++this.#version;
@@ -161,7 +170,7 @@ export class MapView {
     this.viewport.resize(clientWidth, clientHeight);
     this.#canvas.width = Math.round(clientWidth * devicePixelRatio);
     this.#canvas.height = Math.round(clientHeight * devicePixelRatio);
-    if (!this.#isFitted && this.#map) this.fit();
+    if (!this.#isFitted) this.fit();
     this.#change();
   }
 
