@@ -2,27 +2,28 @@
 #include "python/bindings/maps.h"
 #include "python/bindings/replay_handle.h"
 #include "ros2/bag/bag_reader.h"
-#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/session_recorder.h"
 
 namespace QV::python {
 namespace {
 
-using ros2::RunReplay;
-using Recorder = GuestOutlet<ros2::RunRecorder>;
+using ros2::SessionReplay;
+using Recorder = GuestOutlet<ros2::SessionRecorder>;
 
 std::shared_ptr<Recorder> record(const py::object& path,
                                  const std::shared_ptr<SessionHandle>& session, bool wantsAll) {
   const std::string file = pathFrom(path);
   return std::make_shared<Recorder>(session, [&](session::Session& recorded) {
     return writing([&] {
-      return std::make_shared<ros2::RunRecorder>(
+      return std::make_shared<ros2::SessionRecorder>(
           file, recorded, ros2::RecorderOptions{.bag = {}, .wantsAll = wantsAll});
     });
   });
 }
 
 void bindRecorder(py::module_& module) {
-  py::class_<Recorder, outlets::Outlet, std::shared_ptr<Recorder>> type(module, "RunRecorder", R"(
+  py::class_<Recorder, outlets::Outlet, std::shared_ptr<Recorder>> type(module, "SessionRecorder",
+                                                                        R"(
 Records a session as MCAP with ROS 2 messages: what drivers measure, what is asked of it, and at each
 snapshot that it is shown the records as they are. open_recording plays it. It ends with the session.)");
   type.def(py::init(&record), "path"_a, py::arg("session").none(false), "wants_all"_a = false,
@@ -41,28 +42,30 @@ want. A file that can't be made: OSError; one that can't be written to any more 
 template <auto get>
 auto toldOfReplay() {
   return [](ReplayHandle& self) {
-    return self.useReplay([](RunReplay& replay) { return (replay.*get)(); });
+    return self.useReplay([](SessionReplay& replay) { return (replay.*get)(); });
   };
 }
 
 SnapshotView lookAtReplay(ReplayHandle& self) {
-  return {self.useReplay(
-      [](RunReplay& replay) { return std::make_shared<const session::Snapshot>(replay.look()); })};
+  return {self.useReplay([](SessionReplay& replay) {
+    return std::make_shared<const session::Snapshot>(replay.look());
+  })};
 }
 
 py::object compareReplay(ReplayHandle& self) {
   static const py::handle type = typeNamed("RecordDifference");
-  const auto found = self.useReplay([](RunReplay& replay) { return replay.compare(); });
+  const auto found = self.useReplay([](SessionReplay& replay) { return replay.compare(); });
   if (!found) return py::none();
   return type(found->sensor, found->time, found->field, found->recorded, found->played);
 }
 
 std::vector<std::string> damageOf(ReplayHandle& self) {
-  return self.useReplay([](RunReplay& replay) { return replay.getDamage().lines; });
+  return self.useReplay([](SessionReplay& replay) { return replay.getDamage().lines; });
 }
 
 void bindReplay(py::module_& module) {
-  py::class_<ReplayHandle, SessionHandle, std::shared_ptr<ReplayHandle>>(module, "RunReplay", R"(
+  py::class_<ReplayHandle, SessionHandle, std::shared_ptr<ReplayHandle>>(module, "SessionReplay",
+                                                                         R"(
 The session of an MCAP or rosbag2 recording, step by step in a time of its own: see open_recording.)")
       .def("look", &lookAtReplay,
            R"(look() -> Snapshot
@@ -72,12 +75,12 @@ What there is to see of the last step; of another robot's recording, the records
            R"(compare() -> RecordDifference | None
 
 Where the records, made anew, first differ from those that were recorded at the last step: None if
-they are the same bit for bit, or if the recording is not one of RunRecorder.)")
-      .def_property_readonly("is_own", toldOfReplay<&RunReplay::isOwn>(),
-                             "bool: Whether it is one of RunRecorder.")
-      .def_property_readonly("time", toldOfReplay<&RunReplay::getTime>(),
+they are the same bit for bit, or if the recording is not one of SessionRecorder.)")
+      .def_property_readonly("is_own", toldOfReplay<&SessionReplay::isOwn>(),
+                             "bool: Whether it is one of SessionRecorder.")
+      .def_property_readonly("time", toldOfReplay<&SessionReplay::getTime>(),
                              "int: Nanoseconds since the recording began.")
-      .def_property_readonly("look_count", toldOfReplay<&RunReplay::getLookCount>(),
+      .def_property_readonly("look_count", toldOfReplay<&SessionReplay::getLookCount>(),
                              "int | None: How many snapshots were recorded, as far as it says.")
       .def_property_readonly("damage", &damageOf,
                              "list[str]: What could not be read so far, the first 20.");

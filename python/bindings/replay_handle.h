@@ -4,14 +4,14 @@
 #include <utility>
 
 #include "python/bindings/session_handle.h"
-#include "ros2/recording/run_replay.h"
+#include "ros2/recording/session_replay.h"
 
 namespace QV::python {
 
 /** A recording that is played, which goes with its session. */
 class ReplayHandle : public SessionHandle {
  public:
-  explicit ReplayHandle(const std::shared_ptr<ros2::RunReplay>& replay)
+  explicit ReplayHandle(const std::shared_ptr<ros2::SessionReplay>& replay)
       : SessionHandle({replay, &replay->getSession()}, true), replay(replay) {}
 
   template <typename Call>
@@ -20,7 +20,7 @@ class ReplayHandle : public SessionHandle {
   }
 
  private:
-  const std::weak_ptr<ros2::RunReplay> replay;
+  const std::weak_ptr<ros2::SessionReplay> replay;
 };
 
 }  // namespace QV::python

@@ -1,7 +1,7 @@
 #include "platform/middleware/qv_error.h"
 #include "python/bindings/maps.h"
 #include "python/bindings/replay_handle.h"
-#include "ros2/recording/run_replay.h"
+#include "ros2/recording/session_replay.h"
 #include "session/open.h"
 #include "session/usage_error.h"
 
@@ -60,7 +60,7 @@ SharedHandle openSimulated(int kind, const py::object& map, std::optional<Math::
 
 SharedHandle openRun(const std::string& file, const sensor::SensorFactory& sensors) try {
   const auto replay = unlocked([&] {
-    auto made = std::make_shared<ros2::RunReplay>(file, sensors);
+    auto made = std::make_shared<ros2::SessionReplay>(file, sensors);
     made->begin();
     made->getSession().step();
     return made;
@@ -108,7 +108,7 @@ A robot with the simulated sensors of a kind, -1, 0 or 1; ValueError for another
       "sensors"_a = py::none(),
       R"(open_recording(log: PathLike, poses: PathLike | None = None, *, sensors: SensorFactory | None = None) -> Session
 
-A recording (MCAP, or rosbag2's folder or SQLite file), which gives a RunReplay and whose sensors
+A recording (MCAP, or rosbag2's folder or SQLite file), which gives a SessionReplay and whose sensors
 `sensors` makes; or a log of a lidar (CARMEN) or of sonars, whose `poses` are by default in poses.txt
 beside it. Its content tells which. It stands at its first step. A missing file: FileNotFoundError; a
 malformed one: ValueError that says where.)");

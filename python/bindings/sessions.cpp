@@ -97,7 +97,7 @@ void bindDescription(SessionClass& type) {
 
 void bindSessions(py::module_& module) {
   SessionClass type(module, "Session", R"(
-A robot in a run, simulated, virtual or recorded, and all that can be done with it: see open_virtual,
+A robot, simulated, virtual or recorded, and all that can be done with it: see open_virtual,
 open_simulated and open_recording. A `with` block ends it; ended, RuntimeError. Poses and positions
 are in the map, metres and radians. For the thread that opened it, but for the switches.)");
   type.def("close", &SessionHandle::close,

@@ -202,7 +202,7 @@ def test_nothing_crashes_whatever_it_is_given_while_it_lives_and_afterwards(run_
         os.chdir({str(tmp_path)!r})
         qv.set_log_level("silent")
         session = qv.open_virtual(world=qv.WorldOptions(random_people=1))
-        recorder = qv.RunRecorder("a.mcap", session)
+        recorder = qv.SessionRecorder("a.mcap", session)
         session.subscribe("test", ["Laser", "Sonar"])
         session.run(qv.seconds(1))
         snapshot = session.look()
@@ -215,7 +215,7 @@ def test_nothing_crashes_whatever_it_is_given_while_it_lives_and_afterwards(run_
                   qv.NavigationModule(qv.SensorManager([qv.Sensor("a", "b", view)]))]
         lifeless = [session.map, session.broker, snapshot, snapshot.sensors[0], records[0], view,
                     qv.Module("m"), qv.Sensor("s", "f", view), qv.SensorFactory(), qv.UnitFactory(),
-                    qv.SensorUnit("u", 1), qv.Outlet(), qv.RunPicture("a.png"), qv.RecordFile("a.csv"),
+                    qv.SensorUnit("u", 1), qv.Outlet(), qv.SessionPicture("a.png"), qv.RecordFile("a.csv"),
                     qv.WorldOptions(), qv.WorldBox((0, 0, 0)), qv.FloorHole((0, 0, 0)), qv.Walker([(1, 1)])]
         untried = ("set_log_level", "graph_robot", "open_heard_robot")
         makers = [getattr(qv, name) for name in qv.__all__ if name[0] != "_" and name not in untried]

@@ -15,7 +15,7 @@ def recording(tmp_path):
     """A second of a drive, and what was seen at its end."""
     path = tmp_path / "run.mcap"
     with qv.open_virtual(start=IN_THE_FLAT) as session:
-        recorder = qv.RunRecorder(path, session, wants_all=True)
+        recorder = qv.SessionRecorder(path, session, wants_all=True)
         session.set_demand(recorder.demand)
         session.drive(0.2, 0.1)
         for _ in range(10):
@@ -30,7 +30,7 @@ def recording(tmp_path):
 def test_a_recording_plays_the_records_that_were_seen(recording):
     path, seen = recording
     with qv.open_recording(path) as session:
-        assert isinstance(session, qv.RunReplay) and session.is_own
+        assert isinstance(session, qv.SessionReplay) and session.is_own
         assert session.look_count == 10
         steps = 1
         assert session.compare() is None
@@ -53,7 +53,7 @@ def test_a_recording_plays_the_records_that_were_seen(recording):
 
 def test_a_recording_is_shown_by_a_server_and_ends_with_its_session(session, tmp_path):
     path = tmp_path / "served.mcap"
-    recorder = qv.RunRecorder(path, session, wants_all=True)
+    recorder = qv.SessionRecorder(path, session, wants_all=True)
     server = qv.LiveServer(session, port=0)
     server.add(recorder)
     server.run(qv.seconds(0.5))
@@ -103,4 +103,4 @@ def test_what_is_no_recording_is_named(tmp_path, content, error, use):
 
 def test_a_recording_that_cannot_be_made_is_an_os_error(session, tmp_path):
     with pytest.raises(OSError, match="nowhere"):
-        qv.RunRecorder(tmp_path / "nowhere" / "run.mcap", session)
+        qv.SessionRecorder(tmp_path / "nowhere" / "run.mcap", session)
