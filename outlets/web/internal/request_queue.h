@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/api.h"
 #include "session/internal/command.h"
 
 namespace QV::outlets {
@@ -20,7 +21,7 @@ struct LiveRequest {
 };
 
 /** Commands on their way from the server's thread to the session's. Safe from any thread. */
-class RequestQueue {
+class QV_API RequestQueue {
  public:
   static constexpr std::size_t kMost = 256;
   using Refusal = std::function<void(const std::string&)>;
