@@ -22,8 +22,6 @@ struct HealthMoment {
   bool isRefreshed = false;
   /** What the robot does, so that a sensor that is silent while it moves may be. */
   bool isMoving = false;
-  /** Whose reading does not return; null if none hangs. */
-  const std::string* hanging = nullptr;
 };
 
 /** A sensor's switches at one moment. */
