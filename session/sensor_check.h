@@ -38,7 +38,7 @@ struct QV_API CheckedSensor {
 struct QV_API CheckOptions {
   /** Names of sensors; none means all, and those of the description that could not be built. */
   std::set<std::string> sensors = {};
-  /** Of a manager's sensors, by their families; a session knows its own. */
+  /** Of sensors that their manager knows no kind of, by their families. */
   Model::SensorKinds kinds = Model::SensorKinds::standard();
   /** Told, after each sensor, which share is done; false ends the check. */
   std::function<bool(double)> goesOn = {};

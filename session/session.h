@@ -12,6 +12,7 @@
 #include "platform/math/pose2d.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/model/robot.h"
+#include "platform/model/sensor_kinds.h"
 #include "robot/world/faults/fault.h"
 #include "sensor/core/sensor_manager.h"
 #include "session/snapshot.h"
@@ -28,9 +29,6 @@ inline void addDemand(Demand& demand, const Demand& others) {
   }
 }
 
-class SessionListener;
-struct SessionCommand;
-class SessionRobot;
 struct SessionParts;
 
 /**
@@ -41,8 +39,6 @@ struct SessionParts;
  */
 class QV_API Session {
  public:
-  /** For those who open sessions. */
-  explicit Session(std::unique_ptr<SessionParts> parts);
   /** Lets the robot stand, and stops all sensors. */
   ~Session();
   Session(const Session&) = delete;
@@ -64,6 +60,8 @@ class QV_API Session {
   boost::shared_ptr<QVBroker> getBroker() const;
   /** What its sensors were made from; null if they were not made from any. */
   const Model::Robot* getDescription() const;
+  /** Those that its description's types stand for. */
+  const Model::SensorKinds& getKinds() const;
 
   /** Sensors or families, by name; starting hardware takes its time, simulated or not. */
   void subscribe(const std::string& subscriber, const std::set<std::string>& names);
@@ -125,15 +123,10 @@ class QV_API Session {
   /** Seconds for a second of the machine's, above 0. */
   void setSpeed(double speed);
 
-  /** Hears what is so now and all that goes into it from then on; must be removed before it ends.
-   */
-  void addListener(SessionListener& listener);
-  void removeListener(SessionListener& listener);
-
  private:
-  friend SessionRobot& robotOf(Session& session);
+  friend struct SessionParts;
+  explicit Session(std::unique_ptr<SessionParts> parts);
   void xAdvance(ko::Clock::time_point end);
-  void xTell(const SessionCommand& command) const;
   void xReopen();
 
   std::unique_ptr<SessionParts> parts;

@@ -12,14 +12,14 @@
 namespace QV {
 
 namespace detail {
-class GridFrame;
-class ScanStore;
-}  // namespace detail
+struct MapInside;
+}
 
 /**
  * A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. Cell (0, 0) touches the
  * origin, columns run along the origin's x axis and rows along its y axis. Copyable. Reading is
- * safe from several threads as long as none writes.
+ * safe from several threads as long as none writes. What casts rays keeps half a megabyte for a
+ * million cells beside it.
  */
 class QV_API OccupancyMap {
  public:
@@ -68,18 +68,8 @@ class QV_API OccupancyMap {
   /** The centre of a cell, inside the map or not, in the world. */
   Math::Position2D getCellCentre(int column, int row) const;
 
-  /**
-   * What scans with this limit look at in place of the cells: made when it is first asked for, in
-   * some milliseconds and half a megabyte for a million cells, and kept true from then on. A map
-   * keeps it for two limits; null for others.
-   */
-  const detail::ScanStore* getScanStore(float occupiedAbove) const;
-
-  /** How the cells lie in the world. */
-  const detail::GridFrame& getGridFrame() const;
-
  private:
-  struct Inside;
+  friend struct detail::MapInside;
 
   std::size_t xIndex(int column, int row) const;
 
@@ -88,7 +78,7 @@ class QV_API OccupancyMap {
   float resolution;
   Math::Pose2D origin;
   std::vector<float> cells;
-  std::unique_ptr<Inside> inside;
+  std::unique_ptr<detail::MapInside> inside;
 };
 
 }  // namespace QV

@@ -19,7 +19,7 @@
 
 namespace QV::robot {
 
-class InputListener;
+struct InputTap;
 class RobotWorld;
 class UnitFactory;
 
@@ -101,11 +101,9 @@ class QV_API VirtualRobot {
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
 
-  /** Hears what is so now and of all that is measured from then on; must outlive that, or null
-   * takes its place. */
-  void setListener(InputListener* listener);
-
  private:
+  friend struct InputTap;
+
   const boost::shared_ptr<QVBroker> broker;
   const boost::shared_ptr<RobotWorld> world;
 };

@@ -43,7 +43,7 @@ class QV_API RealSensor : public Sensor {
 
   /**
    * Replaces the points of each record that is older than `maxAge` at `now` by a wall of obstacles
-   * at `distance` metres, every `angularStep` radians across its field of view, at the sensor's
+   * at `range` metres, every `angularStep` radians across its field of view, at the sensor's
    * present place. The record keeps its timestamp. A step
    * that makes no wall, or one of over 100,000 points, leaves no points. Offered to sensors and
    * callers; nothing calls it by itself.
@@ -51,7 +51,7 @@ class QV_API RealSensor : public Sensor {
   void xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalData>& data,
                                          const ko::Clock::time_point& now,
                                          const boost::chrono::milliseconds& maxAge,
-                                         QVMotionProxy motion, float distance,
+                                         QVMotionProxy motion, float range,
                                          float angularStep) const;
 
   QVMemoryFastAccess fastAccess;

@@ -12,7 +12,7 @@ PageFeed::PageFeed(session::Session& robot, RequestQueue& requests)
     : world(describeWorld(robot)),
       sensors(robot.getManager().getSensorList()),
       requests(requests),
-      depth(robot, findDepthSensor(robot.getManager())) {}
+      depth(robot, findDepthSensor(robot)) {}
 
 PageFeed::~PageFeed() = default;
 
