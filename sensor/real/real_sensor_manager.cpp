@@ -99,6 +99,7 @@ void RealSensorManager::xTellHealth() const {
 }
 
 void RealSensorManager::xWatchHealth() {
+  if (sensors.empty()) return;
   std::lock_guard<std::mutex> lock(healthMutex);
   if (!healthTask.isRunning()) healthTask.start(false);
 }

@@ -27,7 +27,7 @@ struct DriveCommand {
   float forward;
   float turn;
 };
-/** In the map. */
+/** A goal in the map. */
 struct GoalCommand {
   Math::Position2D position;
 };
@@ -46,12 +46,15 @@ struct SeekCommand {
   double time;
 };
 
-/** What a viewer asks of a session. */
+/** A command of a viewer to a session. */
 using Command =
     std::variant<SubscribeCommand, EnableCommand, DiagnoseCommand, DriveCommand, GoalCommand,
                  StopCommand, PauseCommand, StepCommand, SpeedCommand, SeekCommand>;
 
-/** For `subscriber`. What can't be done is a UsageError; what hardware throws passes through. */
+/**
+ * Executes a command of `subscriber`. What can't be done is a UsageError; what hardware throws
+ * passes through.
+ */
 QV_API void execute(Session& session, const std::string& subscriber, const Command& command);
 
 constexpr double kLongestRecording = 1e7;

@@ -8,13 +8,13 @@
 namespace QV::session {
 
 /**
- * The kind of a manager's sensor: the one that it was made for, or else the first of its family in
- * `kinds`. Null for one that casts rays into a map, and for an unknown name.
+ * Finds the kind of a manager's sensor: the one that it was made for, or else the first of its
+ * family in `kinds`. Null for one that casts rays into a map, and for an unknown name.
  */
 const Model::SensorKind* findKind(const sensor::SensorManager& manager, const std::string& sensor,
                                   const Model::SensorKinds& kinds);
 
-/** What its kind says of its points; without one, what a simulated sensor reports, else a scan. */
+/** Finds what its kind says of its points; without one, what a simulated one reports, or a scan. */
 Model::PointMeaning findMeaning(const sensor::SensorManager& manager, const std::string& sensor,
                                 const Model::SensorKind* kind);
 

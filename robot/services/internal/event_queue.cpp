@@ -81,8 +81,9 @@ EventQueue::Delivery EventQueue::xTake() {
 
 // Only once all is delivered: one that is merely slow would be told of at each event.
 std::size_t EventQueue::xTakeLost() {
+  if (dropped == 0) return 0;
   std::lock_guard<std::mutex> lock(mutex);
-  return waiting.empty() ? std::exchange(dropped, 0) : 0;
+  return waiting.empty() ? dropped.exchange(0) : 0;
 }
 
 }  // namespace QV::robot

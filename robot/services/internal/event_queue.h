@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <cstddef>
 #include <deque>
 #include <mutex>
@@ -22,7 +23,7 @@ class EventReceiver {
 
   void deliver(const QVValue& value);
 
-  /** Who is called for which event, as the start of a line. */
+  /** Returns the subscriber and his event, as the start of a line. */
   std::string getText() const;
 
  private:
@@ -55,7 +56,8 @@ class EventQueue {
 
   std::mutex mutex;
   std::deque<Delivery> waiting;
-  std::size_t dropped = 0;
+  /** Changed with the lock. */
+  std::atomic<std::size_t> dropped{0};
 };
 
 }  // namespace QV::robot

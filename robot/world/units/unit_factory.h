@@ -13,8 +13,8 @@
 namespace QV::robot {
 
 /**
- * Makes what measures on a virtual robot, by the type of sensor. A value: whoever knows more kinds
- * copies the standard one and adds his. Reading is safe from several threads.
+ * The makers of what measures on a virtual robot, by the type of sensor. A value: who knows more
+ * kinds copies the standard one and adds his. Reading is thread-safe.
  */
 class QV_API UnitFactory {
  public:
@@ -41,7 +41,9 @@ class QV_API UnitFactory {
 
   bool hasType(int type) const { return groupOfType.count(type) > 0; }
 
-  /** In the order in which creators were added. What a creator throws is passed on. */
+  /**
+   * Makes the units in the order in which creators were added. What a creator throws is passed on.
+   */
   Units make(const Model::Robot& robot, const UnitContext& context) const;
 
  private:

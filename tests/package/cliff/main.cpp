@@ -19,14 +19,16 @@ std::string tell(const session::Snapshot& snapshot) {
   return cliff.marks.hits.empty() ? "floor" : "a cliff";
 }
 
-/** What a page draws of the sensor: its points' x and y in the map. */
+/** Returns what a page draws of the sensor: its points' x and y in the map. */
 std::string toldToPage(const session::Snapshot& snapshot) {
   const std::string page = outlets::pageStateOf(snapshot);
   const std::size_t means = page.find("\"means\"", page.find("FrontCliff"));
   return page.substr(means, page.find(']', means) + 1 - means);
 }
 
-/** What the sensor tells a quarter of a second after the robot was put at the hole, and later. */
+/**
+ * Tells what the sensor says a quarter of a second after the robot was put at the hole, and later.
+ */
 std::string tryFault(session::Session& robot, robot::FaultKind kind) {
   robot.clearFault("FrontCliff");
   robot.setPose(kOnTheFloor);

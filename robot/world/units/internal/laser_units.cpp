@@ -21,7 +21,7 @@ bool isHoleLaser(const Model::SensorConfig& config) {
   return kindOf(config).points == Model::PointMeaning::floor;
 }
 
-/** Whether the configuration says all that a laser of its type needs. */
+/** True if the configuration says all that a laser of its type needs. */
 bool isComplete(const Model::SensorConfig& config) {
   const Model::SensorProperties properties(config);
   return std::ranges::all_of(kindOf(config).properties, [&](const Model::PropertyRule& rule) {
