@@ -1,12 +1,29 @@
 #include "session/session.h"
 
+#include <map>
+#include <string>
 #include <utility>
 
 #include "platform/ko/clock.h"
+#include "robot/world/virtual_robot.h"
 #include "session/internal/seconds.h"
 #include "session/internal/session_parts.h"
 
 namespace QV::session {
+namespace {
+
+std::map<std::string, std::string> faultsOf(SessionRobot& robot) {
+  std::map<std::string, std::string> faults;
+  const auto* world = robot.getVirtualRobot();
+  if (!world) return faults;
+  for (const std::string& sensor : world->getFaultySensors()) {
+    const auto kind = world->findFault(sensor);
+    if (kind) faults[sensor] = getName(*kind);
+  }
+  return faults;
+}
+
+}  // namespace
 
 SessionRobot& robotOf(Session& session) {
   return *SessionParts::of(session).robot;
@@ -42,11 +59,13 @@ Snapshot Session::look() {
   snapshot.pose = robot.getPose();
   snapshot.velocity = robot.getVelocity();
   snapshot.goal = parts->driver.getGoal();
+  snapshot.route = parts->driver.getRoute();
   snapshot.sensors = parts->sensorLook.look();
   snapshot.frame = robot.getFrame();
   snapshot.map = robot.getMap();
   snapshot.people = robot.getPeople();
   snapshot.touches = parts->touchLook.look();
+  snapshot.faults = faultsOf(robot);
   return snapshot;
 }
 

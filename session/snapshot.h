@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -122,6 +123,8 @@ struct QV_API Snapshot {
   Math::Pose2D pose;
   Math::Pose2D velocity;
   std::optional<Math::Position2D> goal;
+  /** The corners of the way that is planned and not gone yet, where it begins first; or empty. */
+  std::vector<Math::Position2D> route;
   /** The sensors, by family and name. */
   std::vector<SensorState> sensors;
   /** The frame that records place their sensors in. */
@@ -130,6 +133,8 @@ struct QV_API Snapshot {
   boost::shared_ptr<const OccupancyMap> map;
   std::vector<Math::Position2D> people;
   std::vector<TouchState> touches;
+  /** Of a virtual robot: what somebody makes sensors suffer now, such as "off", by their names. */
+  std::map<std::string, std::string> faults;
 };
 
 /** The sensors in the order of their names. */

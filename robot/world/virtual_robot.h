@@ -2,6 +2,7 @@
 
 #include <cstddef>
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -111,6 +112,9 @@ class QV_API VirtualRobot {
   /** The faults that were set and not taken back, over or not; those of a sensor in the order in
    * which they were set. */
   std::vector<Fault> getFaults() const;
+
+  /** What ails a sensor now. */
+  std::optional<FaultKind> findFault(const std::string& sensor) const;
 
   /** The sensors that are measured, and "PeoplePerception" with a depth camera. */
   std::vector<std::string> getFaultySensors() const;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <variant>
 
 #include "platform/api.h"
 #include "platform/math/position.h"
+#include "robot/world/faults/fault.h"
 
 namespace QV::session {
 
@@ -46,10 +48,16 @@ struct SeekCommand {
   double time;
 };
 
+/** Lets a sensor of a virtual robot fail from now on, or, without a kind, work again. */
+struct FaultCommand {
+  std::string sensor;
+  std::optional<robot::FaultKind> kind;
+};
+
 /** A command of a viewer to a session. */
 using Command =
     std::variant<SubscribeCommand, EnableCommand, DiagnoseCommand, DriveCommand, GoalCommand,
-                 StopCommand, PauseCommand, StepCommand, SpeedCommand, SeekCommand>;
+                 StopCommand, PauseCommand, StepCommand, SpeedCommand, SeekCommand, FaultCommand>;
 
 /**
  * Executes a command of `subscriber`. What can't be done is a UsageError; what hardware throws

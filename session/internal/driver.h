@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "session/internal/session_robot.h"
 #include "session/internal/timed_path.h"
@@ -31,6 +32,8 @@ class Driver {
   void stop();
 
   const std::optional<Math::Position2D>& getGoal() const { return goal; }
+  /** The corners that are left of the way to a goal or of a path, the next place first. */
+  std::vector<Math::Position2D> getRoute() const;
 
   /** Counts `machine` time off a hand's hold, simulated or not. */
   void release(ko::Duration machine);

@@ -15,6 +15,8 @@ enum class FaultKind { off, stuck, garbage, wrong, slow, delayed, intermittent }
 
 /** "off", "stuck", ... */
 QV_API std::string getName(FaultKind kind);
+/** The kind of such a name; std::invalid_argument that says which there are for any other. */
+QV_API FaultKind parseFaultKind(const std::string& name);
 
 /**
  * A fault of one sensor, from one second of the robot's life to another.
