@@ -32,7 +32,7 @@ inline void addDemand(Demand& demand, const Demand& others) {
 struct SessionParts;
 
 /**
- * A robot in a run, simulated, virtual or recorded, and all that can be done with it.
+ * A robot, simulated, virtual or recorded, and all that can be done with it.
  *
  * Open one with the functions of open.h. It is driven, switched, looked at and made to fail in the
  * same way whichever it is; what can't be done with it says so. Time goes by while it is run.
