@@ -20,7 +20,7 @@
 
 namespace QV::robot {
 
-class InputListener;
+struct InputTap;
 class RobotWorld;
 class UnitFactory;
 
@@ -120,11 +120,9 @@ class QV_API VirtualRobot {
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
 
-  /** Sets who hears what is so now and of all that is measured from then on. He must outlive
-   * that, or null takes his place. */
-  void setListener(InputListener* listener);
-
  private:
+  friend struct InputTap;
+
   const boost::shared_ptr<QVBroker> broker;
   const boost::shared_ptr<RobotWorld> world;
 };

@@ -20,10 +20,7 @@
 namespace QV::ros2 {
 namespace {
 
-using test::kSecond;
-using test::numbersFrom;
-using test::numbersIn;
-using test::SmallBag;
+using namespace test;
 
 struct BagWriterTest : testing::Test {
   const test::TemporaryFolder folder;
