@@ -6,7 +6,6 @@ package qv_sensor to be importable.
 
 from __future__ import annotations
 
-import ast
 import inspect
 import re
 import sys
@@ -33,6 +32,10 @@ from typing_extensions import Self
 
 from ._subscription import Subscription
 from ._types import (
+{types}
+)
+
+__version__: str
 '''
 
 PAGE_HEAD = """# The Python package, name by name
@@ -102,17 +105,6 @@ def public_names() -> list[str]:
     return [name for name, value in vars(_core).items() if callable(value) and name[0] != "_"]
 
 
-def plain_types() -> list[str]:
-    """The names that qv_sensor._types gives to what is its own."""
-    names = []
-    for node in ast.parse(Path(_types.__file__).read_text()).body:
-        if isinstance(node, ast.ClassDef):
-            names.append(node.name)
-        elif isinstance(node, ast.Assign) and isinstance(node.targets[0], ast.Name):
-            names.append(node.targets[0].id)
-    return sorted(names)
-
-
 def stub() -> str:
     lines: list[str] = []
     for name in public_names():
@@ -122,8 +114,9 @@ def stub() -> str:
         else:
             lines += ["", f"def {split(value.__doc__)[0]}: ..."]
     body = "\n".join(lines) + "\n"
-    used = [f"    {name},\n" for name in plain_types() if re.search(rf"\b{name}\b", body)]
-    return STUB_HEAD + "".join(used) + ")\n\n__version__: str\n" + body
+    own = re.findall(r"^(?:class )?(\w+)(?:\(| = )", inspect.getsource(_types), re.MULTILINE)
+    used = sorted(name for name in own if re.search(rf"\b{name}\b", body))
+    return STUB_HEAD.format(types="\n".join(f"    {name}," for name in used)) + body
 
 
 def text_of_member(owner: str, name: str, value: Any) -> str:
