@@ -59,7 +59,7 @@ TEST_F(RecordingTest, aDriveIsRecordedDescribedRecoveredAndComparedAgain) {
 TEST_F(RecordingTest, fromAndToChooseWhatIsShown) {
   drive(path);
   const auto countOf = [&](std::vector<std::string> options) {
-    std::vector<std::string> arguments = {"replay", path, "--format", "json"};
+    std::vector<std::string> arguments = {"replay", path, "--format", "jsonl"};
     arguments.insert(arguments.end(), options.begin(), options.end());
     return recordsIn(run(arguments).out).size();
   };
@@ -97,7 +97,7 @@ TEST_F(RecordingTest, whatCouldNotBeComparedIsNotTheSame) {
 
 TEST_F(RecordingTest, aLoopShowsEachPassAsItComes) {
   drive(path);
-  for (const char* const format : {"table", "csv", "json"}) {
+  for (const char* const format : {"table", "csv", "jsonl"}) {
     test::ChildProcess process;
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);

@@ -1,9 +1,10 @@
 #include "outlets/web/internal/map_picture.h"
 
 #include <cmath>
-#include <vector>
 
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
+
+#include "platform/vision/internal/png_image.h"
 
 namespace QV::outlets {
 namespace {
@@ -24,9 +25,7 @@ std::string makeMapPicture(const OccupancyMap& map) {
       picture(picture.rows - 1 - row, column) = greyOf(map.getOccupancy(column, row));
     }
   }
-  std::vector<uchar> png;
-  cv::imencode(".png", picture, png);
-  return {png.begin(), png.end()};
+  return QV::detail::encodePng(picture);
 }
 
 }  // namespace QV::outlets
