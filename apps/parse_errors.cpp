@@ -1,45 +1,21 @@
 #include "apps/parse_errors.h"
 
 #include <algorithm>
-#include <numeric>
-#include <utility>
 #include <vector>
 
 #include <CLI/CLI.hpp>
 
+#include "platform/model/internal/nearest_word.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
 namespace {
 
-/** How many letters have to be put in, taken away or changed. */
-std::size_t distanceOf(const std::string& from, const std::string& to) {
-  std::vector<std::size_t> row(to.size() + 1);
-  std::iota(row.begin(), row.end(), std::size_t{0});
-  for (std::size_t i = 0; i < from.size(); ++i) {
-    std::size_t before = std::exchange(row[0], i + 1);
-    for (std::size_t k = 0; k < to.size(); ++k) {
-      const std::size_t changed = before + (from[i] == to[k] ? 0 : 1);
-      before = row[k + 1];
-      row[k + 1] = std::min({changed, before + 1, row[k] + 1});
-    }
-  }
-  return row.back();
-}
-
-/** The option that is at most two slips away; empty if none is. */
-std::string findSimilar(const CLI::App& command, const std::string& given) {
-  std::string best;
-  std::size_t least = 3;
-  for (const CLI::Option* option : command.get_options()) {
-    for (const std::string& name : option->get_lnames()) {
-      const std::size_t distance = distanceOf(given, "--" + name);
-      if (distance >= least) continue;
-      least = distance;
-      best = "--" + name;
-    }
-  }
-  return best;
+std::vector<std::string> optionsOf(const CLI::App& command) {
+  std::vector<std::string> names;
+  for (const CLI::Option* option : command.get_options())
+    for (const std::string& name : option->get_lnames()) names.push_back("--" + name);
+  return names;
 }
 
 std::string describeUnknown(const CLI::App& command, const std::vector<std::string>& unknown) {
@@ -47,8 +23,20 @@ std::string describeUnknown(const CLI::App& command, const std::vector<std::stri
       unknown, [](const std::string& word) { return word.size() > 1 && word[0] == '-'; });
   if (option == unknown.end()) return "\"" + unknown.front() + "\": not expected";
   const std::string name = option->substr(0, option->find('='));
-  const std::string similar = findSimilar(command, name);
-  return "no option " + name + (similar.empty() ? "" : "; did you mean " + similar + "?");
+  const auto known = optionsOf(command);
+  const std::string* const similar = Model::detail::findNearest(name, known);
+  if (similar && *similar == name) return name + ": options stand after the command";
+  return "no option " + name + (similar ? "; did you mean " + *similar + "?" : "");
+}
+
+/** Of "--noise: 1 required FLOAT missing". */
+std::string describeMissing(const std::string& text) {
+  const std::string before = ": 1 required ";
+  const auto begin = text.find(before);
+  const auto end = text.rfind(" missing");
+  if (begin == std::string::npos || end == std::string::npos) return text;
+  const auto value = begin + before.size();
+  return text.substr(0, begin) + ": a value expected (" + text.substr(value, end - value) + ")";
 }
 
 }  // namespace
@@ -92,9 +80,11 @@ std::string describe(const CLI::App& program, const CLI::ParseError& error) {
   const CLI::App& command = chosenCommand(program);
   const auto unknown = program.remaining(true);
   std::string text = unknown.empty() ? error.what() : describeUnknown(command, unknown);
-  if (unknown.empty() && error.get_name() == "RequiredError" && !command.get_subcommands({}).empty())
+  if (unknown.empty() && error.get_name() == "RequiredError" &&
+      !command.get_subcommands({}).empty())
     text = "a command expected; the commands are " + commandsOf(command);
   if (unknown.empty() && error.get_name() == "ConversionError") text += ", a number expected";
+  if (unknown.empty() && error.get_name() == "ArgumentMismatch") text = describeMissing(text);
   return text + " (see " + pathOf(command) + " --help)";
 }
 

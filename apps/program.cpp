@@ -91,6 +91,7 @@ int runProgram(int argc, const char* const* argv, const session::OpenOptions& ro
   program.set_help_all_flag("--help-all", "Help of every command");
   int status = 0;
   for (AddCommand* const add : kCommands) add(program, robots, status);
+  addLogOptions(program);
   addLogOptionsToAll(program);
   const LogScope log;
   catchInterrupts();

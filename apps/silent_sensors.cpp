@@ -8,11 +8,6 @@
 namespace QV::app {
 namespace {
 
-bool maySayNothing(const session::SensorState& sensor, const Model::SensorKinds& kinds) {
-  const Model::SensorKind* const kind = kinds.findFamily(sensor.family);
-  return kind && kind->silence == Model::Silence::always && !isFault(sensor.health.state);
-}
-
 std::string whyOf(const session::SensorState& sensor) {
   if (!sensor.enabled) return "it is disabled";
   if (!sensor.trouble.empty()) return ko::log::onOneLine(sensor.trouble);
@@ -22,13 +17,13 @@ std::string whyOf(const session::SensorState& sensor) {
 
 }  // namespace
 
-SilentSensors findSilent(const session::Snapshot& end, const Model::SensorKinds& kinds,
-                         const std::set<std::string>& heard) {
+SilentSensors findSilent(const session::Snapshot& end, const std::set<std::string>& heard) {
   SilentSensors silent;
   for (const auto& sensor : session::sensorsByName(end)) {
     const bool isAsked = sensor.subscribers.contains(kSubscriber);
     const bool hasSpoken = heard.contains(sensor.name) || !sensor.records.empty();
-    if (!isAsked || hasSpoken || maySayNothing(sensor, kinds)) continue;
+    const bool hasReason = sensor.health.state == sensor::HealthState::sound;
+    if (!isAsked || hasSpoken || hasReason) continue;
     silent.push_back({sensor.name, sensor.family, whyOf(sensor)});
   }
   return silent;

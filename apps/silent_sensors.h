@@ -5,7 +5,6 @@
 #include <vector>
 
 #include "outlets/files/internal/record_output.h"
-#include "platform/model/sensor_kinds.h"
 #include "session/snapshot.h"
 
 namespace QV::app {
@@ -16,12 +15,11 @@ constexpr int kNotAll = 1;
 using SilentSensors = std::vector<outlets::SilentSensor>;
 
 /**
- * The sensors that the program has subscribed to and that gave no record, though they should have:
- * those not in `heard` that have none at the end, either. One that may be silent, as a bumper that
- * nothing presses, counts if its health is at fault.
+ * The sensors that the program has subscribed to and that gave no record, neither to `heard` nor at
+ * the end. One that has nothing to tell, as a bumper that nothing presses, is sound and is left
+ * out.
  */
-SilentSensors findSilent(const session::Snapshot& end, const Model::SensorKinds& kinds,
-                         const std::set<std::string>& heard = {});
+SilentSensors findSilent(const session::Snapshot& end, const std::set<std::string>& heard = {});
 
 /** Says each of them on standard error; kNotAll if there are any, else 0. */
 int reportSilent(const SilentSensors& sensors);

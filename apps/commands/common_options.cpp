@@ -97,12 +97,6 @@ std::unique_ptr<session::Session> openHeard(const CommonOptions& options,
   return openHeardSession(options.heard, descriptionOf(options), map);
 }
 
-void notePose(const Math::Pose2D& pose) {
-  note("qvsensors: the robot stands at " + session::shortest(pose.x) + "," +
-       session::shortest(pose.y) + "," + session::shortest(pose.theta) +
-       ", where there is room; --pose puts it elsewhere");
-}
-
 std::unique_ptr<session::Session> openAsked(const CommonOptions& options,
                                             const session::OpenOptions& world) {
   if (options.heard.asked) return openHeard(options, world);
@@ -121,9 +115,15 @@ std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math:
   if (!start && !pose.empty()) options.start = parsePose(pose);
   if (map) options.mapFile = naming("--map", [&] { return session::findMap(*map); });
   auto session = openAsked(*this, options);
-  if (saysPose && !options.start && !heard.asked) notePose(session->getPose());
   setLimits(session->getManager(), limits);
   return session;
+}
+
+void CommonOptions::notePose(const session::Session& session) const {
+  if (!pose.empty() || heard.asked) return;
+  const Math::Pose2D at = session.getPose();
+  note("qvsensors: the robot stands at " + session::shortest(at.x) + "," + session::shortest(at.y) +
+       "," + session::shortest(at.theta) + ", where there is room; --pose puts it elsewhere");
 }
 
 std::string CommonOptions::findRobot() const {
@@ -231,6 +231,7 @@ session::Snapshot readOnce(session::Session& session, const CommonOptions& optio
   // A robot that somebody else has is where it is.
   if (warning && !options.heard.asked) note(*warning);
   session.subscribe(kSubscriber, options.namesFor(session.getManager()));
+  options.notePose(session);
   session.run(session.getSettlingTime());
   return session.look();
 }

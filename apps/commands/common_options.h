@@ -33,8 +33,6 @@ struct CommonOptions {
   std::vector<std::string> limits;
   std::vector<std::string> subscriptions;
   std::string pose;
-  /** Where the robot is put without --pose is said on standard error. */
-  bool saysPose = false;
   /** Somebody stands before --robot. */
   bool somebodyAhead = false;
   std::string format = "table";
@@ -46,6 +44,8 @@ struct CommonOptions {
   std::unique_ptr<session::Session> openSession(
       std::optional<Math::Pose2D> start = std::nullopt,
       session::TimeSource time = session::TimeSource::simulated) const;
+  /** Says on standard error where the robot stands that nobody has put anywhere. */
+  void notePose(const session::Session& session) const;
   /** Where the description lies that --robot names. */
   std::string findRobot() const;
   /** Of the robot that a graph tells of. */

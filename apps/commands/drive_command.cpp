@@ -48,7 +48,6 @@ void checkAbove0(const char* option, double value, double most) {
 
 struct Run {
   long cycles = 0;
-  Math::Pose2D end;
   RunSummary summary;
   session::Snapshot last;
 };
@@ -117,7 +116,6 @@ Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet
   for (; run.cycles <= cycles && (run.cycles == 0 || !isInterrupted()); ++run.cycles) {
     clock.goTo(timeOfCycle(start, run.cycles, options.rate));
     const session::Snapshot snapshot = session.look();
-    run.end = snapshot.pose;
     run.last = snapshot;
     const auto warning = watch.look(snapshot.pose);
     if (warning && !options.heard.asked && !isQuiet()) progress.note(*warning);
@@ -139,13 +137,22 @@ session::TimedPath checkedPath(const DriveOptions& options) {
       "--path: at most 10000000 cycles expected; drive less far, faster, or at a lower --rate");
 }
 
+std::string whyAstray(const OccupancyMap& map, const Math::Pose2D& goal) {
+  const auto occupancy = map.findOccupancy(Math::position2DFromPose2D(goal));
+  if (!occupancy) return "that lies outside the map";
+  if (*occupancy > OccupancyMap::kSolidAbove) return "something stands there";
+  return "something is in its way, or it is too fast";
+}
+
 /** Whether the robot arrived. */
-bool checkArrival(const session::TimedPath& path, const Math::Pose2D& pose) {
-  const Math::Pose2D off = Math::pinv(path.poseAt(path.getDuration())) * pose;
+bool checkArrival(const session::TimedPath& path, const session::Snapshot& last) {
+  const Math::Pose2D goal = path.poseAt(path.getDuration());
+  const Math::Pose2D off = Math::pinv(goal) * last.pose;
   const float metres = std::hypot(off.x, off.y);
   if (isInterrupted() || metres < 0.1f) return true;
   std::cerr << "qvsensors: warning: the robot stands " << session::fixed(metres, 2)
-            << " m from the end of the path: something is in its way, or it is too fast\n";
+            << " m from the end of the path: "
+            << (last.map ? whyAstray(*last.map, goal) : "something is in its way") << '\n';
   return false;
 }
 
@@ -168,8 +175,8 @@ int drive(DriveOptions& options) {
   openOutlets(options, *session, outlets);
   const Run run = driveAlong(options, *session, outlets);
   outlets.finish();
-  const bool hasArrived = checkArrival(path, run.end);
-  const auto silent = run.summary.findSilent(run.last, options.robots.sensors.getKinds());
+  const bool hasArrived = checkArrival(path, run.last);
+  const auto silent = run.summary.findSilent(run.last);
   if (!printSummary(options, run, silent)) return kIncomplete;
   return reportSilent(silent) == 0 && hasArrived ? 0 : kNotAll;
 }

@@ -113,8 +113,7 @@ Json toJson(const std::string& path, const OccupancyMap& map) {
           {"free", shares.free},
           {"unknown", shares.unknown},
           {"occupied", shares.occupied},
-          {"freePose",
-           shares.free > 0.0 ? outlets::exactPoseOf(session::findRoom(map)) : Json()}};
+          {"freePose", shares.free > 0.0 ? outlets::exactPoseOf(session::findRoom(map)) : Json()}};
 }
 
 void informOfMap(const std::string& name, const std::string& formatName) {
@@ -135,7 +134,8 @@ void addMapCommand(CLI::App& program, const session::OpenOptions&, int&) {
   CLI::App* info = command->add_subcommand(
       "info", "Say how large a map is, where it lies, what is free, and where a robot has room");
   info->add_option("MAP", *name, "map_server map (YAML), or the name of one of the project's own")
-      ->type_name("apartment|FILE")->check(namesAFile)
+      ->type_name("apartment|FILE")
+      ->check(namesAFile)
       ->capture_default_str();
   addFormat(*info, *options, "table; json or jsonl: an object");
   info->callback([options, name] { informOfMap(*name, options->format); });

@@ -17,7 +17,7 @@ int plot(const CommonOptions& options, const std::string& output) {
   picture.show(snapshot);
   picture.finish();
   std::cout << "Wrote " << output << '\n';
-  return reportSilent(findSilent(snapshot, options.robots.sensors.getKinds()));
+  return reportSilent(findSilent(snapshot));
 }
 
 }  // namespace
@@ -28,7 +28,6 @@ void addPlotCommand(CLI::App& program, const session::OpenOptions& robots, int& 
   CLI::App* command = program.add_subcommand("plot", "Draw one reading over the map, as a PNG");
   command->footer("The status is 1 if a sensor that was asked for gave no record.");
   addWorld(*command, *options);
-  options->saysPose = true;
   addPose(*command, *options);
   addSubscriptions(*command, *options);
   command->add_option("-o,--output", *output, "picture to write")

@@ -14,7 +14,7 @@ int read(const CommonOptions& options) {
   outlets::RecordWriter writer(std::cout, outlets::parseFormat(options.format));
   const auto session = options.openSession();
   const session::Snapshot snapshot = readOnce(*session, options);
-  const auto silent = findSilent(snapshot, options.robots.sensors.getKinds());
+  const auto silent = findSilent(snapshot);
   writer.write(snapshot);
   for (const auto& sensor : silent) writer.addSilent(sensor);
   writer.finish(getLineWidth());
@@ -28,7 +28,6 @@ void addReadCommand(CLI::App& program, const session::OpenOptions& robots, int& 
   CLI::App* command = program.add_subcommand("read", "Read the sensors once, at one pose");
   command->footer("The status is 1 if a sensor that was asked for gave no record.");
   addWorld(*command, *options);
-  options->saysPose = true;
   addPose(*command, *options);
   addSubscriptions(*command, *options);
   addFormat(*command, *options, kRecordFormats);

@@ -23,8 +23,10 @@ namespace QV::app {
 namespace {
 
 constexpr char kStreamFooter[] =
-    "Each record comes once, in a line of its own, as soon as it is there: of the robot's time or,\n"
-    "with --from-ros2, of that graph's. It ends with Ctrl-C, or after the time that --for says; the\n"
+    "Each record comes once, in a line of its own, as soon as it is there: of the robot's time "
+    "or,\n"
+    "with --from-ros2, of that graph's. It ends with Ctrl-C, or after the time that --for says; "
+    "the\n"
     "status is then 1 if a sensor that was asked for gave no record.";
 
 struct StreamOptions : CommonOptions {
@@ -59,8 +61,7 @@ session::Snapshot streamOn(const StreamOptions& options, session::Session& sessi
   const auto start = ko::Clock::now();
   const double last = options.seconds.value_or(INFINITY) * options.rate;
   for (double cycle = 1.0; cycle <= last && !isInterrupted(); ++cycle) {
-    session.run(start + ko::Duration(std::llround(1e9 * cycle / options.rate)) -
-                ko::Clock::now());
+    session.run(start + ko::Duration(std::llround(1e9 * cycle / options.rate)) - ko::Clock::now());
     const session::Snapshot seen = session.look();
     for (const auto& sensor : seen.sensors)
       if (!sensor.records.empty()) heard.insert(sensor.name);
@@ -80,19 +81,19 @@ int stream(StreamOptions& options) {
   options.output.open(*session, outlets, false);
   session->subscribe(kSubscriber, options.namesFor(session->getManager()));
   session->setDemand(outlets.getDemand());
+  options.notePose(*session);
   if (options.wander) session->wander();
   std::set<std::string> heard;
   const session::Snapshot end = streamOn(options, *session, outlets, heard);
   outlets.finish();
   if (!options.output.report(std::cerr)) return kIncomplete;
-  return reportSilent(findSilent(end, options.robots.sensors.getKinds(), heard));
+  return reportSilent(findSilent(end, heard));
 }
 
 }  // namespace
 
 void addStreamCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<StreamOptions>(robots);
-  options->saysPose = true;
   CLI::App* command =
       program.add_subcommand("stream", "Write records as they come, a line of JSON each, for ever");
   command->footer(kStreamFooter);

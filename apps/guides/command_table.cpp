@@ -19,8 +19,8 @@ std::vector<std::string> split(const std::string& text, char at) {
 void readValue(OptionRow& row, const std::string& type) {
   const auto brace = type.find('{');
   const bool isSet = brace != std::string::npos && type.back() == '}';
-  row.choices = isSet ? split(type.substr(brace + 1, type.size() - brace - 2), ',')
-                      : split(type, '|');
+  row.choices =
+      isSet ? split(type.substr(brace + 1, type.size() - brace - 2), ',') : split(type, '|');
   if (!isSet && row.choices.size() < 2 && type != "FILE") row.choices.clear();
   row.takesFile = std::erase(row.choices, "FILE") > 0;
   row.value = isSet ? type.substr(brace + 1, type.size() - brace - 2) : type;
@@ -48,8 +48,7 @@ CommandRow tableOf(const CLI::App& app) {
   row.footer = app.get_footer();
   for (const CLI::Option* option : app.get_options())
     (option->get_positional() ? row.arguments : row.options).push_back(rowOf(*option));
-  for (const CLI::App* command : app.get_subcommands({}))
-    row.commands.push_back(tableOf(*command));
+  for (const CLI::App* command : app.get_subcommands({})) row.commands.push_back(tableOf(*command));
   return row;
 }
 

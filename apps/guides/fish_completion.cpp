@@ -22,19 +22,19 @@ std::string fishValueOf(const OptionRow& option) {
 }
 
 void writeFishCommand(std::ostream& out, const CommandRow& command) {
-  const std::string start =
-      "complete -c " + command.path.front() + " -n '__" + command.path.front() + "_at " +
-      pathOf(command, " ") + "'";
+  const std::string start = "complete -c " + command.path.front() + " -n '__" +
+                            command.path.front() + "_at " + pathOf(command, " ") + "'";
   for (const OptionRow& option : command.options) {
     out << start;
     for (const std::string& name : option.names)
       out << (name.starts_with("--") ? " -l " + name.substr(2) : " -s " + name.substr(1));
-    out << (option.value.empty() ? "" : fishValueOf(option)) << " -d " << fishQuoted(option.description)
-        << '\n';
+    out << (option.value.empty() ? "" : fishValueOf(option)) << " -d "
+        << fishQuoted(option.description) << '\n';
   }
   for (const OptionRow& argument : command.arguments) {
     if (argument.takesFile) out << start << " -F\n";
-    if (!argument.choices.empty()) out << start << " -a " << fishQuoted(joinedBy(" ", argument.choices)) << '\n';
+    if (!argument.choices.empty())
+      out << start << " -a " << fishQuoted(joinedBy(" ", argument.choices)) << '\n';
   }
   for (const CommandRow& next : command.commands) {
     out << start << " -a " << next.path.back() << " -d " << fishQuoted(next.description) << '\n';

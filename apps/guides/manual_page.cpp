@@ -30,7 +30,8 @@ void writeOption(std::ostream& out, const OptionRow& option) {
   std::string names;
   for (const std::string& name : option.names)
     names += (names.empty() ? "\\fB" : ", \\fB") + plain(name) + "\\fR";
-  if (!option.value.empty()) names += (names.empty() ? "\\fI" : " \\fI") + plain(option.value) + "\\fR";
+  if (!option.value.empty())
+    names += (names.empty() ? "\\fI" : " \\fI") + plain(option.value) + "\\fR";
   out << ".TP\n" << names << '\n' << plain(option.description);
   if (!option.standard.empty()) out << " (default: " << plain(option.standard) << ")";
   out << '\n';
@@ -38,7 +39,8 @@ void writeOption(std::ostream& out, const OptionRow& option) {
 
 void writeSynopsis(std::ostream& out, const CommandRow& command) {
   out << ".SH SYNOPSIS\n.B " << plain(pathOf(command, " ")) << "\n[\\fIOPTIONS\\fR]";
-  for (const OptionRow& argument : command.arguments) out << " \\fI" << plain(argument.value) << "\\fR";
+  for (const OptionRow& argument : command.arguments)
+    out << " \\fI" << plain(argument.value) << "\\fR";
   out << (command.commands.empty() ? "" : " \\fICOMMAND\\fR ...") << '\n';
 }
 

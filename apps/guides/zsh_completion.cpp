@@ -67,8 +67,8 @@ void writeZshCompletion(std::ostream& out, const CommandRow& program) {
   const std::string name = program.path.front();
   out << "#compdef " << name << "\n# Completion of " << name << " for zsh.\n\n";
   writeZshFunction(out, program);
-  out << "if [ \"$funcstack[1]\" = _" << name << " ]; then _" << name
-      << " \"$@\"; else compdef _" << name << ' ' << name << "; fi\n";
+  out << "if [ \"$funcstack[1]\" = _" << name << " ]; then _" << name << " \"$@\"; else compdef _"
+      << name << ' ' << name << "; fi\n";
 }
 
 }  // namespace QV::app

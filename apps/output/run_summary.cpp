@@ -23,9 +23,8 @@ void RunSummary::add(const session::Snapshot& snapshot) {
   }
 }
 
-SilentSensors RunSummary::findSilent(const session::Snapshot& end,
-                                     const Model::SensorKinds& kinds) const {
-  return app::findSilent(end, kinds, heard);
+SilentSensors RunSummary::findSilent(const session::Snapshot& end) const {
+  return app::findSilent(end, heard);
 }
 
 void RunSummary::print(std::ostream& out, const SilentSensors& silent) const {

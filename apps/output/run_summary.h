@@ -17,7 +17,7 @@ class RunSummary {
  public:
   void add(const session::Snapshot& snapshot);
   /** Those that should have given something over the run and its end; see findSilent. */
-  SilentSensors findSilent(const session::Snapshot& end, const Model::SensorKinds& kinds) const;
+  SilentSensors findSilent(const session::Snapshot& end) const;
   /** A table: sensor, family, records, points, nearest obstacle; and who was silent. */
   void print(std::ostream& out, const SilentSensors& silent = {}) const;
 

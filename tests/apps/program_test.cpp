@@ -177,6 +177,8 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"drive", "--paht", "1,2 2,2"},
        "no option --paht; did you mean --path? (see qvsensors drive --help)"},
       {{"drive", "--people", "x", "--wings=2"}, "no option --wings (see"},
+      {{"--pose", "1,2,3", "read"}, "--pose: options stand after the command"},
+      {{"read", "--noise"}, "--noise: a value expected (FLOAT) (see qvsensors read --help)"},
       {{"map"}, "a command expected; the commands are info (see qvsensors map --help)"},
       {{"map", "info", "--depth"}, "no option --depth (see qvsensors map info --help)"},
       {{"map", "info", "moon"}, "a path, or one of apartment expected, \"moon\" given"},

@@ -4,11 +4,10 @@
 #include <bit>
 #include <csetjmp>
 #include <cstdint>
+#include <png.h>
 #include <stdexcept>
 #include <utility>
 #include <vector>
-
-#include <png.h>
 
 namespace QV::detail {
 namespace {
@@ -26,7 +25,8 @@ void onWarning(png_structp, png_const_charp) {}
 class Decoder {
  public:
   explicit Decoder(std::string_view bytes)
-      : rest(bytes), png(png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, onError, onWarning)) {
+      : rest(bytes),
+        png(png_create_read_struct(PNG_LIBPNG_VER_STRING, nullptr, onError, onWarning)) {
     if (png) info = png_create_info_struct(png);
     if (png) png_set_read_fn(png, this, read);
   }
@@ -83,8 +83,7 @@ class Decoder {
 
 class Encoder {
  public:
-  Encoder()
-      : png(png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, onError, onWarning)) {
+  Encoder() : png(png_create_write_struct(PNG_LIBPNG_VER_STRING, nullptr, onError, onWarning)) {
     if (png) info = png_create_info_struct(png);
     if (png) png_set_write_fn(png, this, write, nullptr);
   }
