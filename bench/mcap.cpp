@@ -15,7 +15,7 @@
 #include "outlets/files/record_file.h"
 #include "ros2/bag/bag_reader.h"
 #include "ros2/messages/sensor_msgs.h"
-#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/session_recorder.h"
 #include "session/open.h"
 
 namespace QV {
@@ -207,7 +207,7 @@ void recordSecond(benchmark::State& state) {
       allPeer.push_back(processTime() - begin);
     }
     const Drive drive(kSeconds);
-    ros2::RunRecorder recorder(folder / "run.mcap", *drive.session);
+    ros2::SessionRecorder recorder(folder / "run.mcap", *drive.session);
     const double begin = processTime();
     own.push_back(bench::secondsOf([&] { drive.run(&recorder); }));
     all.push_back(processTime() - begin);
@@ -225,7 +225,7 @@ void recordMinute(benchmark::State& state) {
   for (auto _ : state) {
     {
       const Drive drive(kSeconds);
-      ros2::RunRecorder recorder(folder / "run.mcap", *drive.session);
+      ros2::SessionRecorder recorder(folder / "run.mcap", *drive.session);
       state.SetIterationTime(bench::secondsOf([&] { drive.run(&recorder); }));
     }
     const Drive drive(kSeconds);

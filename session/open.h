@@ -20,8 +20,8 @@ namespace QV::session {
 
 /** Whose time a session goes by. */
 enum class TimeSource {
-  /** Its own, one at a time in a process: it stands still until the session is run, and each run is
-   * the same. */
+  /** Its own, one at a time in a process: it stands still until the session is run, and each
+   * session is the same. */
   simulated,
   /** ko::Clock's: the machine's, or a SimulatedTime that the caller has made. */
   clock

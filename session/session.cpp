@@ -5,8 +5,8 @@
 
 #include "platform/ko/clock.h"
 #include "robot/world/virtual_robot.h"
-#include "session/internal/run_listener.h"
 #include "session/internal/seconds.h"
+#include "session/internal/session_listener.h"
 #include "session/internal/session_parts.h"
 #include "session/internal/timed_path.h"
 #include "session/usage_error.h"
@@ -14,7 +14,7 @@
 namespace QV::session {
 namespace {
 
-// The robot is steered whenever so much has gone by, and at the end of a run.
+// The robot is steered whenever so much has gone by, and at the end of what is asked for.
 constexpr ko::Duration kSlice{20'000'000};
 
 robot::VirtualRobot& virtualOf(SessionParts& parts) {
@@ -52,12 +52,12 @@ void note(SessionParts& parts) {
 
 }  // namespace
 
-RunCommand commandOf(const robot::Fault& fault) {
-  RunCommand command{"fault " + std::string(robot::getName(fault.kind)),
-                     {},
-                     {fault.sensor},
-                     true,
-                     {inSeconds(fault.from)}};
+SessionCommand commandOf(const robot::Fault& fault) {
+  SessionCommand command{"fault " + std::string(robot::getName(fault.kind)),
+                         {},
+                         {fault.sensor},
+                         true,
+                         {inSeconds(fault.from)}};
   if (fault.to != ko::Duration::max()) command.values.push_back(inSeconds(fault.to));
   return command;
 }
@@ -159,7 +159,7 @@ void Session::drive(float forward, float turn) {
 }
 
 void Session::drive(const Math::Pose2D& velocity, ko::Duration hold) {
-  RunCommand command{"drive", {}, {}, true, {velocity.x, velocity.theta}};
+  SessionCommand command{"drive", {}, {}, true, {velocity.x, velocity.theta}};
   if (velocity.y != 0.0f) command.values.push_back(velocity.y);
   xTell(command);
   parts->driver.drive(velocity, hold);
@@ -172,7 +172,7 @@ void Session::setGoal(const Math::Position2D& position) {
 
 double Session::follow(const std::vector<Math::Position2D>& path, double speed, double turnSpeed) {
   const TimedPath follower(path, speed, turnSpeed);
-  RunCommand command{"follow", {}, {}, true, {speed, turnSpeed}};
+  SessionCommand command{"follow", {}, {}, true, {speed, turnSpeed}};
   for (const Math::Position2D& corner : path) {
     command.values.insert(command.values.end(), {corner.x, corner.y});
   }
@@ -298,15 +298,15 @@ void Session::setSpeed(double speed) {
   parts->pacing.setSpeed(speed);
 }
 
-void Session::addListener(RunListener& listener) {
+void Session::addListener(SessionListener& listener) {
   parts->listeners->add(listener, *parts->robot);
 }
 
-void Session::removeListener(RunListener& listener) {
+void Session::removeListener(SessionListener& listener) {
   parts->listeners->remove(listener, *parts->robot);
 }
 
-void Session::xTell(const RunCommand& command) const {
+void Session::xTell(const SessionCommand& command) const {
   parts->listeners->onCommand(command);
 }
 

@@ -28,13 +28,13 @@ inline void addDemand(Demand& demand, const Demand& others) {
   }
 }
 
-class RunListener;
-struct RunCommand;
+class SessionListener;
+struct SessionCommand;
 class SessionRobot;
 struct SessionParts;
 
 /**
- * A robot in a run, simulated, virtual or recorded, and all that can be done with it: see open.h.
+ * A robot, simulated, virtual or recorded, and all that can be done with it: see open.h.
  * Poses and positions are in the map: m, rad. What can't be done is a UsageError; what hardware
  * throws passes through. Not copyable. The switches are safe from any thread, all else is for the
  * thread that opened it.
@@ -127,13 +127,13 @@ class QV_API Session {
 
   /** Hears what is so now and all that goes into it from then on; must be removed before it ends.
    */
-  void addListener(RunListener& listener);
-  void removeListener(RunListener& listener);
+  void addListener(SessionListener& listener);
+  void removeListener(SessionListener& listener);
 
  private:
   friend SessionRobot& robotOf(Session& session);
   void xAdvance(ko::Clock::time_point end);
-  void xTell(const RunCommand& command) const;
+  void xTell(const SessionCommand& command) const;
   void xReopen();
 
   std::unique_ptr<SessionParts> parts;

@@ -4,7 +4,7 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/silent_sensors.h"
-#include "outlets/picture/run_picture.h"
+#include "outlets/picture/session_picture.h"
 
 namespace QV::app {
 namespace {
@@ -12,7 +12,7 @@ namespace {
 int plot(const CommonOptions& options, const std::string& output) {
   outlets::checkPicturePath(output);
   const auto session = options.openSession();
-  outlets::RunPicture picture(output);
+  outlets::SessionPicture picture(output);
   const session::Snapshot snapshot = readOnce(*session, options);
   picture.show(snapshot);
   picture.finish();

@@ -13,7 +13,7 @@
 #include "outlets/web/live_server.h"
 #include "platform/ko/log.h"
 #include "platform/model/internal/number_text.h"
-#include "ros2/recording/run_replay.h"
+#include "ros2/recording/session_replay.h"
 #include "session/internal/command.h"
 #include "session/shared_files.h"
 #include "session/usage_error.h"
@@ -75,7 +75,7 @@ bool serve(ServeOptions& options) {
   // Before the robot: it hears of sensors that can't be built.
   ko::log::LogRing log;
   if (options.replay.empty()) return serveSession(options, *options.openSession(), log);
-  ros2::RunReplay run(session::findRecording(options.replay), options.robots.sensors);
+  ros2::SessionReplay run(session::findRecording(options.replay), options.robots.sensors);
   run.begin();
   return serveSession(options, run.getSession(), log);
 }
@@ -108,7 +108,7 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
   options->graph.addTo(*command);
   command
       ->add_option("--speed", options->speed,
-                   "seconds of the run for one of the clock, or max: as fast as it goes")
+                   "seconds of the session for one of the clock, or max: as fast as it goes")
       ->capture_default_str();
   command->add_option("--port", options->server.port, "to listen at; 0 takes any that is free")
       ->check(wholeNumber(0, std::numeric_limits<unsigned short>::max()))

@@ -105,13 +105,13 @@ void addStreamCommand(CLI::App& program, const session::OpenOptions& robots, int
                  "file: .mcap is a recording, .csv has a line per point, any other name one JSON "
                  "per record; - is standard output")
       ->capture_default_str();
-  command->add_option("--rate", options->rate, "looks for new records per second of the run")
+  command->add_option("--rate", options->rate, "looks for new records per second of the session")
       ->capture_default_str();
   command
       ->add_option("--speed", options->speed,
-                   "seconds of the run for one of the clock, or max: as fast as it goes")
+                   "seconds of the session for one of the clock, or max: as fast as it goes")
       ->capture_default_str();
-  command->add_option("--for", options->seconds, "end after so much of the run (s)");
+  command->add_option("--for", options->seconds, "end after so much of the session (s)");
   command->add_flag("--wander", options->wander, "the robot drives about where there is room")
       ->excludes("--from-ros2");
   command->callback([options, &status] { status = stream(*options); });

@@ -26,7 +26,7 @@ class UnitFactory;
 /**
  * A whole robot in this process: every service that sensors call, under its real name, and a body
  * that drives, measures and bumps in an occupancy map. It runs on ko::Clock: on the machine's, or
- * on a SimulatedTime that was there before it and ends after it; then a seed makes each run the
+ * on a SimulatedTime that was there before it and ends after it; then a seed makes each session the
  * same. Cells above 0.4, unknown ones too, are solid. Not copyable; all operations are safe from
  * any thread. What is not finite, out of range or of an unknown name throws std::invalid_argument.
  *

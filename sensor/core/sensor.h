@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -19,7 +20,7 @@ namespace QV::sensor {
 
 class HealthBoard;
 class SensorWatch;
-enum class HardwareCall : int;
+enum class HardwareCall : std::uint8_t;
 
 /**
  * One sensor: who it is, who wants its data, and whether its hardware runs. The hardware is
@@ -119,16 +120,21 @@ class QV_API Sensor {
   bool xTryHardware(HardwareCall which);
   void xKeep(ko::log::Record record) const;
   void xSetStarted(bool value);
+  void xWatch(bool on) const;
+  bool xNotesNext() const;
 
-  std::set<std::string> subscribers;
-  /** As above, for those who must not wait. */
-  std::atomic<bool> isWanted{false};
-  std::atomic<bool> enabled{true};
-  mutable boost::mutex mutex;
-  std::atomic<bool> diagnosisSuccess{true};
+  // What a reading touches stands together, before what it does not.
   std::atomic<bool> started{false};
+  std::atomic<bool> enabled{true};
+  std::atomic<bool> diagnosisSuccess{true};
+  /** Whether there are subscribers, for those who must not wait. */
+  std::atomic<bool> isWanted{false};
+  /** Whether the watch may want the next reading. */
+  mutable std::atomic<bool> isNoted{true};
   mutable boost::mutex startedMutex;
   const std::unique_ptr<SensorWatch> watch;
+  std::set<std::string> subscribers;
+  mutable boost::mutex mutex;
   mutable std::unique_ptr<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
   mutable std::mutex troubleMutex;

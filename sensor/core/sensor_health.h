@@ -29,6 +29,7 @@ enum class HealthState {
   /** Its hardware does not start, stop or answer, or its diagnosis is bad. */
   failing
 };
+constexpr std::size_t kHealthStateCount = 9;
 
 /** "off", "starting", ... */
 QV_API const char* getName(HealthState state);
@@ -84,16 +85,17 @@ class QV_API HealthLimits {
   /** For a sensor that measures once a period. */
   explicit HealthLimits(ko::Duration period = ko::Duration(100'000'000));
 
-  std::optional<double> get(HealthLimit limit) const { return values[xIndex(limit)]; }
+  std::optional<double> get(HealthLimit limit) const;
   /** What is not above 0, or not a number, switches it off. */
   void set(HealthLimit limit, std::optional<double> value);
   /** Whether `value` is beyond it. */
-  bool isBeyond(HealthLimit limit, double value) const;
+  bool isBeyond(HealthLimit limit, double value) const { return value > values[xIndex(limit)]; }
 
  private:
   static std::size_t xIndex(HealthLimit limit) { return static_cast<std::size_t>(limit); }
 
-  std::array<std::optional<double>, kHealthLimitCount> values;
+  /** Infinite where it is switched off. */
+  std::array<double, kHealthLimitCount> values;
 };
 
 /** A limit for a sensor, a family or, without a name, for all. */

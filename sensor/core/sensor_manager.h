@@ -137,7 +137,8 @@ class QV_API SensorManager {
   using HealthCallback = boost::function<void(const std::string& sensor, const SensorHealth&)>;
   /**
    * From now on called on each change of a sensor's state, one change at a time and in order, by
-   * the thread that found it: that of the refresh, or one that asks. An empty one ends it.
+   * the thread that found it: the task that judges, one that reads simulated sensors, or one that
+   * asks. An empty one ends it.
    */
   void onHealthChanged(HealthCallback callback);
   /** Off: readings are not looked at, and what runs counts as sound. On at first. */

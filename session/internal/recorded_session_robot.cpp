@@ -106,7 +106,7 @@ void RecordedSessionRobot::xTellStep() {
   if (listener) listener->onStep({pose, pose, motion->getRobotVelocity()});
 }
 
-void RecordedSessionRobot::setListener(RunListener* newListener) {
+void RecordedSessionRobot::setListener(SessionListener* newListener) {
   listener = newListener;
   memory->setListener(newListener);
   xTellStep();

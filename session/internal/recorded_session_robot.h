@@ -14,7 +14,7 @@
 #include "robot/services/internal/motion_service.h"
 #include "robot/services/memory_service.h"
 #include "sensor/hosting/navigation_module.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 #include "session/internal/session_robot.h"
 
 namespace QV::session {
@@ -54,7 +54,7 @@ class RecordedSessionRobot : public SessionRobot {
 
   std::optional<ko::Clock::time_point> getNextStep() const override;
   void makeStep() override;
-  void setListener(RunListener* newListener) override;
+  void setListener(SessionListener* newListener) override;
   bool isRecording() const override { return true; }
   double getShareDone() const override;
 
@@ -71,7 +71,7 @@ class RecordedSessionRobot : public SessionRobot {
   std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> laserModes;
   std::unique_ptr<robot::LogReplay> replay;
   boost::shared_ptr<sensor::NavigationModule> navigation;
-  RunListener* listener = nullptr;
+  SessionListener* listener = nullptr;
 };
 
 }  // namespace QV::session

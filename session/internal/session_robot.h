@@ -19,7 +19,7 @@ class VirtualRobot;
 
 namespace QV::session {
 
-class RunListener;
+class SessionListener;
 class TimedPath;
 
 /** How often drivers measure that somebody else has to stand in for. */
@@ -81,11 +81,11 @@ class SessionRobot {
   /** Whose sensors can be made to fail; null if they can't. */
   virtual robot::VirtualRobot* getVirtualRobot() { return nullptr; }
 
-  /** What chance and the like the world has, by name, for whoever reads of the run later. */
+  /** What chance and the like the world has, by name, for whoever reads of the session later. */
   virtual std::map<std::string, std::string> getWorldFacts() const { return {}; }
 
   /** Hears of all that its drivers measure, and what a recording asks again; null for nobody. */
-  virtual void setListener(RunListener*) {}
+  virtual void setListener(SessionListener*) {}
 
   virtual DriverPeriods getDriverPeriods() const { return {}; }
 

@@ -8,7 +8,7 @@
 #include "robot/world/units/unit_factory.h"
 #include "robot/world/virtual_robot.h"
 #include "sensor/real/sensor_factory.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 #include "session/internal/session_robot.h"
 #include "session/internal/wanderer.h"
 
@@ -47,7 +47,7 @@ class VirtualSessionRobot : public SessionRobot {
   DriverPeriods getDriverPeriods() const override { return periods; }
   robot::VirtualRobot* getVirtualRobot() override { return &robot; }
   std::map<std::string, std::string> getWorldFacts() const override { return worldFacts; }
-  void setListener(RunListener* listener) override { robot.setListener(listener); }
+  void setListener(SessionListener* listener) override { robot.setListener(listener); }
 
  private:
   const Model::SensorKinds kinds;

@@ -26,11 +26,11 @@ const Names kAllSensors{"BackSonar",  "BlindZone",   "DepthCamera", "FrontLaser"
 // Every call would take minutes; cycles have another number of calls than the stride, so each kind
 // of call has its turn. A sanitizer makes a life many times longer.
 #if defined(__SANITIZE_THREAD__)
-constexpr int kStride = 41;
+constexpr int kStride = 83;
 #elif defined(__SANITIZE_ADDRESS__)
-constexpr int kStride = 67;
+constexpr int kStride = 127;
 #else
-constexpr int kStride = 11;
+constexpr int kStride = 23;
 #endif
 
 // Two points tell as much as the rest, and each costs two calls a cycle.

@@ -4,7 +4,7 @@
 
 #include "session/internal/command.h"
 #include "session/internal/find_route.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 #include "session/usage_error.h"
 #include "tests/session/session_in_room.h"
 #include "tests/support/log_capture.h"
@@ -80,11 +80,11 @@ TEST_P(SessionTest, aVelocityHoldsForItsShareOfTheRun) {
   EXPECT_EQ(sut->look().velocity, Math::Pose2D());
 }
 
-struct CountingListener : RunListener {
+struct CountingListener : SessionListener {
   void onWrite(const std::string&, const QVValue&, bool) override { ++writes; }
   void onImage(int, const QVValue&) override {}
   void onStep(const robot::BodyStep&) override { ++steps; }
-  void onCommand(const RunCommand&) override { ++commands; }
+  void onCommand(const SessionCommand&) override { ++commands; }
   int writes = 0, steps = 0, commands = 0;
 };
 

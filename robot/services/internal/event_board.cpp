@@ -1,6 +1,7 @@
 #include "robot/services/internal/event_board.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cstddef>
 #include <deque>
 #include <utility>
@@ -103,13 +104,15 @@ class EventBoard::Queue {
 
   // Only once all is delivered: one that is merely slow would be told of at each event.
   std::size_t xTakeLost() {
+    if (dropped == 0) return 0;
     std::lock_guard<std::mutex> lock(mutex);
-    return waiting.empty() ? std::exchange(dropped, 0) : 0;
+    return waiting.empty() ? dropped.exchange(0) : 0;
   }
 
   std::mutex mutex;
   std::deque<Delivery> waiting;
-  std::size_t dropped = 0;
+  /** Changed with the lock. */
+  std::atomic<std::size_t> dropped{0};
 };
 
 EventBoard::EventBoard(const boost::shared_ptr<QVBroker>& broker) : broker(broker) {}

@@ -36,7 +36,7 @@ class QV_API UnitContext {
   const WorldOptions& getOptions() const { return *options; }
   Surroundings& getSurroundings() const { return *surroundings; }
 
-  /** A source of chance of the run's seed; sources of different names differ. */
+  /** A source of chance of the session's seed; sources of different names differ. */
   std::mt19937 makeGenerator(const std::string& source) const;
 
   /** What ails the sensor of that name. */

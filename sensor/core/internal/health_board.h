@@ -1,10 +1,11 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <limits>
+#include <list>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -43,6 +44,11 @@ class QV_API HealthBoard {
   std::optional<double> getLimit(const std::string& sensor, HealthLimit limit);
   void setCallback(Callback newCallback);
   void setOn(bool on);
+  /**
+   * Before the first start, where readers measure: readings are watched, and ticks judge, from the
+   * first question or callback on.
+   */
+  void awaitQuestion();
   bool isWatching() const { return isOn; }
 
   /** Whether all are read again and again, as of now. */
@@ -67,25 +73,28 @@ class QV_API HealthBoard {
     const Sensor* sensor = nullptr;
     HealthLimits limits = HealthLimits();
     HealthTrack track = {};
-    ReadingNotes notes = {};
     HealthFinding shown = {};
     ko::Clock::time_point since = ko::Clock::now();
     /** When what is shown was last found. */
     ko::Clock::time_point foundAt = since;
-    std::map<HealthState, int> times = {{HealthState::off, 1}};
+    /** How often it came into each state. */
+    std::array<int, kHealthStateCount> times = {1};
   };
   using Entries = std::map<std::string, Entry>;
   using Lock = std::unique_lock<std::mutex>;
 
+  void xBeAsked();
+  void xWatchAll(bool on) const;
   void xAddNew();
   HealthMoment xMoment() const;
   const std::string* xFindHanging(std::int64_t now) const;
   void xJudgeAll(bool isTick);
-  void xTakeNotes(bool isTick);
+  HealthFinding xJudge(Entry& entry, const HealthMoment& moment,
+                       const RobotMotion::State* moved) const;
   void xNoteJump(ko::Clock::time_point now);
   void xCompareViews(ko::Clock::time_point now);
   void xFindContradiction(const std::string& name, Entry& entry, double now) const;
-  bool xSees(const Entry& entry, ko::Clock::time_point now) const;
+  static bool xSees(const Entry& entry, ko::Clock::time_point now);
   void xSettle(const std::string& name, Entry& entry, const HealthFinding& finding,
                const HealthMoment& moment);
   bool xIsHeld(const Entry& entry, const HealthFinding& finding, ko::Clock::time_point now) const;
@@ -93,9 +102,11 @@ class QV_API HealthBoard {
   std::optional<ko::log::Record> xFindTrouble(const Entry& entry) const;
   void xCallBack(Lock& lock);
 
+  // What a reader touches as a rule stands first.
   /** The last tick that judged, ns. */
   std::atomic<std::int64_t> tickedAt{std::numeric_limits<std::int64_t>::min() / 2};
   std::atomic<bool> isOn{true};
+  std::atomic<bool> isAsked{true};
   const Sensors& sensors;
   Entries entries;
   Contradictions contradictions;
@@ -117,7 +128,7 @@ class QV_API HealthBoard {
   double comparedMotion = 0.0;
 
   Callback callback;
-  std::deque<std::pair<std::string, SensorHealth>> changes;
+  std::list<std::pair<std::string, SensorHealth>> changes;
   bool isCallingBack = false;
   std::mutex mutex;
 };

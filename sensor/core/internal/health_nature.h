@@ -15,6 +15,9 @@ struct HealthNature {
   bool hasRate = true;
   /** Whether its points change when the robot moves. */
   bool showsMotion = false;
+
+  /** Whether it matters if its points change. */
+  bool asksForChanges() const { return showsMotion || points == Model::PointMeaning::zone; }
 };
 
 }  // namespace QV::sensor

@@ -11,7 +11,7 @@ namespace QV::sensor {
 
 /** What is kept of a reading, however many points it has. Trivially copyable. */
 struct ReadingDigest {
-  /** The same for the same points. */
+  /** The same for the same points; 0 where nobody asks whether they change. */
   std::uint64_t fingerprint = 0;
   /** Of the oldest record, ns. */
   std::int64_t stamp = 0;
@@ -24,11 +24,11 @@ struct ReadingDigest {
 };
 
 /**
- * Looks at about a hundred points, and takes no memory; `view` becomes what the sensor sees, as it
- * saw `former` before.
+ * Looks at about a hundred points, and takes no memory; `view` becomes what the sensor sees.
+ * `former` is the shape of what it saw before.
  */
 ReadingDigest digestOf(const std::vector<Math::MetricalData>& records, const HealthNature& nature,
-                       const PlanarView& former, PlanarView& view);
+                       const PlanarView::Shape& former, PlanarView& view);
 /** Of the oldest record, ns. */
 std::int64_t stampOf(const std::vector<Math::MetricalData>& records);
 std::size_t countPoints(const std::vector<Math::MetricalData>& records);

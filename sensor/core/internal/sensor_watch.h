@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "platform/ko/clock.h"
@@ -41,7 +42,7 @@ struct ReadingNotes {
 };
 
 /** What hardware is doing. */
-enum class HardwareCall : int { none, starting, stopping };
+enum class HardwareCall : std::uint8_t { none, starting, stopping };
 
 /**
  * Notes what a sensor and its hardware do, for whoever judges its health. Notes are taken by one
@@ -79,38 +80,39 @@ class alignas(64) SensorWatch {
   /** Something came in that made no sense. */
   void noteGarbage() { pendingGarbage = true; }
 
-  ReadingNotes getNotes() const { return xGet().published.load(); }
+  ReadingNotes getNotes() const { return xGet().notes.load(); }
   /** What the last reading with records sees around it; empty where it does not look around. */
-  PlanarView getView() const { return xGet().view.load(); }
+  PlanarView getView() const;
   /** When the reading began that is going on, ns; 0 for none. */
   std::int64_t getReadingSince() const { return readingSince; }
-  HardwareCall getCall() const { return xGet().call; }
+  HardwareCall getCall() const { return call; }
   std::int64_t getCallSince() const { return xGet().callSince; }
-  bool isLeftOn() const { return xGet().leftOn; }
-  bool hasThrown() const { return xGet().thrown; }
+  bool isLeftOn() const { return leftOn; }
+  bool hasThrown() const { return thrown; }
 
  private:
-  /** What is too large for sensors that nobody starts. */
-  struct Ledger {
-    ReadingNotes notes;
-    PlanarView lastView;
-    int skipped = 0;
-    std::int64_t lastStamp = 0;
-    SequenceLocked<ReadingNotes> published;
+  struct Sight {
+    PlanarView::Shape shape;
     SequenceLocked<PlanarView> view;
+  };
+  /** What is too large for sensors that nobody starts. The notes fill two lines of cache. */
+  struct alignas(64) Ledger {
+    SequenceLocked<ReadingNotes> notes;
+    /** Of the last reading whose points were looked at. */
+    std::int64_t lastStamp = 0;
     std::atomic<std::int64_t> callSince{0};
-    std::atomic<HardwareCall> call{HardwareCall::none};
-    /** Stopping failed last. */
-    std::atomic<bool> leftOn{false};
-    /** Starting threw last. */
-    std::atomic<bool> thrown{false};
+    /** Null where it does not look around. */
+    std::unique_ptr<Sight> sight;
   };
 
   /** An empty one before the first call of the hardware. */
   const Ledger& xGet() const;
-  void xNoteRecords(const std::vector<Math::MetricalData>& records);
-  void xNoteDigest(const ReadingDigest& digest, const PlanarView& seen);
-  bool xSkips(const std::vector<Math::MetricalData>& records);
+  void xOpenLedger();
+  void xBeginNotes();
+  void xNoteRecords(const std::vector<Math::MetricalData>& records, ReadingNotes& notes);
+  void xNoteDigest(const ReadingDigest& digest, ReadingNotes& notes);
+  void xNoteView(const PlanarView& seen, ReadingNotes& notes);
+  bool xSkips(const std::vector<Math::MetricalData>& records, const ReadingNotes& notes);
   bool xIsTooSoon(const std::vector<Math::MetricalData>& records) const;
   void xEndReading() { readingSince.store(0, std::memory_order_release); }
 
@@ -122,11 +124,18 @@ class alignas(64) SensorWatch {
   bool isOrdinary = false;
   /** Whether no reading since the start has shown that its records are fresh. */
   bool isFirstAwaited = false;
+  std::uint8_t skipped = 0;
+  std::atomic<HardwareCall> call{HardwareCall::none};
+  /** Stopping failed last. */
+  std::atomic<bool> leftOn{false};
+  /** Starting threw last. */
+  std::atomic<bool> thrown{false};
   const char* pendingExcuse = nullptr;
   std::atomic<std::int64_t> readingSince{0};
   std::int64_t lookedAt = 0;
   HealthNature nature;
   std::atomic<Ledger*> ledger{nullptr};
 };
+static_assert(sizeof(SensorWatch) == 64 && sizeof(SequenceLocked<ReadingNotes>) == 128);
 
 }  // namespace QV::sensor

@@ -32,16 +32,20 @@ class SequenceLocked {
   T load() const noexcept {
     while (true) {
       const std::uint32_t before = sequence.load(std::memory_order_acquire);
-      Words words;
-      for (std::size_t i = 0; i < words.size(); ++i) {
-        words[i] = stored[i].load(std::memory_order_acquire);
-      }
-      if (before % 2 == 0 && before == sequence.load(std::memory_order_relaxed)) {
-        T value;
-        std::memcpy(static_cast<void*>(&value), words.data(), sizeof(T));
-        return value;
-      }
+      const T value = loadOwn();
+      if (before % 2 == 0 && before == sequence.load(std::memory_order_relaxed)) return value;
     }
+  }
+
+  /** For the thread that writes. */
+  T loadOwn() const noexcept {
+    Words words;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+      words[i] = stored[i].load(std::memory_order_acquire);
+    }
+    T value;
+    std::memcpy(static_cast<void*>(&value), words.data(), sizeof(T));
+    return value;
   }
 
  private:

@@ -2,7 +2,7 @@
 #include <string>
 
 #include "cliff_robot.h"
-#include "outlets/picture/run_picture.h"
+#include "outlets/picture/session_picture.h"
 #include "outlets/web/page_state.h"
 #include "session/open.h"
 #include "session/sensor_check.h"
@@ -45,7 +45,7 @@ int main(int argc, char* argv[]) {
 
   robot->setPose(kAtTheHole);
   robot->run(boost::chrono::seconds(1));
-  outlets::RunPicture picture(argv[2]);
+  outlets::SessionPicture picture(argv[2]);
   picture.show(robot->look());
   picture.finish();
   std::cout << "at the hole: " << tell(robot->look()) << '\n';

@@ -8,7 +8,7 @@
 #include "platform/middleware/qv_memory_proxy.h"
 #include "robot/world/virtual_robot.h"
 #include "ros2/bag/bag_writer.h"
-#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/session_recorder.h"
 #include "session/internal/session_parts.h"
 #include "session/open.h"
 #include "tests/ros2/support/filled_message.h"
@@ -59,7 +59,7 @@ void recordRobot(const std::string& path, const std::string& measured) {
   session::OpenOptions options;
   options.somebodyAhead = true;
   const auto robot = session::openVirtual("porter", options);
-  ros2::RunRecorder recorder(path, *robot);
+  ros2::SessionRecorder recorder(path, *robot);
   robot->subscribe("samples", robot->getManager().getFamilyNames());
   for (int i = 0; i < 20; ++i) {
     robot->drive(0.1f, 0.2f);

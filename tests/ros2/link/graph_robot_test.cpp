@@ -10,11 +10,11 @@
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
-#include "ros2/recording/run_recorder.h"
-#include "ros2/recording/run_replay.h"
-#include "session/internal/run_listener.h"
+#include "ros2/recording/session_recorder.h"
+#include "ros2/recording/session_replay.h"
+#include "session/internal/session_listener.h"
 #include "tests/ros2/link/robot_on_graph.h"
-#include "tests/ros2/recording/recorded_run.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/session/session_in_room.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
@@ -48,7 +48,7 @@ TEST_F(GraphRobotTest, tellsWhatARecordingOfTheSameRunHolds) {
   GraphRobotOptions options;
   options.noEchoIsInfinite = true;
   const test::TemporaryFolder folder;
-  RunRecorder recorder(folder / "run.mcap", *session);
+  SessionRecorder recorder(folder / "run.mcap", *session);
   RobotOnGraph sut(*session, options);
   std::map<std::string, std::unique_ptr<Heard>> heard;
   // Of a camera a recording has all points as pixels, and shows a part of them.
@@ -150,11 +150,11 @@ TEST_F(GraphRobotTest, aSensorRunsWhileSomebodyReadsOneOfItsTopics) {
   EXPECT_TRUE(sut.runUntil([&] { return !manager.isSensorStarted("FrontLaser"); }));
 }
 
-struct LastDrive : session::RunListener {
+struct LastDrive : session::SessionListener {
   void onWrite(const std::string&, const QVValue&, bool) override {}
   void onImage(int, const QVValue&) override {}
   void onStep(const robot::BodyStep&) override {}
-  void onCommand(const session::RunCommand& command) override {
+  void onCommand(const session::SessionCommand& command) override {
     if (command.name == "drive") time = ko::Clock::now();
   }
   ko::Clock::time_point time;
@@ -325,8 +325,8 @@ TEST_F(GraphRobotTest, frameNamesAreThoseThatAreAskedFor) {
 
 TEST(GraphReplay, goesOnAtAnEarlierTimeWhenARecordingIsPlayedAgain) {
   const test::TemporaryFolder folder;
-  test::recordRun(*session::openVirtual("porter", test::busyWorld()), folder / "run.mcap", 20);
-  RunReplay replay(folder / "run.mcap");
+  test::recordSession(*session::openVirtual("porter", test::busyWorld()), folder / "run.mcap", 20);
+  SessionReplay replay(folder / "run.mcap");
   replay.begin();
   RobotOnGraph sut(replay.getSession());
   const auto tf = sut.listen<tf2_msgs::TFMessage>("/tf");

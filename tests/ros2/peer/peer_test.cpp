@@ -6,10 +6,10 @@
 #include <thread>
 
 #include "ros2/bag/bag_reader.h"
-#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/session_recorder.h"
 #include "tests/ros2/link/robot_on_graph.h"
 #include "tests/ros2/peer/digest.h"
-#include "tests/ros2/recording/recorded_run.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
@@ -140,7 +140,7 @@ TEST_P(PeerTest, readsEveryTopicByteForByteAndDrives) {
     peer.emplace(topics);
     ASSERT_TRUE(peer->awaitReady());
   }
-  RunRecorder recorder(folder / "run.mcap", *session);
+  SessionRecorder recorder(folder / "run.mcap", *session);
   GraphRobotOptions options;
   options.noEchoIsInfinite = true;
   RobotOnGraph sut(*session, options);

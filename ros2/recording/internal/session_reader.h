@@ -17,21 +17,21 @@
 namespace QV::ros2 {
 
 /** What drivers told at one time. */
-struct RunInputs {
+struct SessionInputs {
   ko::Clock::time_point time;
   bool stepped = false;
   Math::Pose2D velocity;
   std::vector<InputWrite> writes;
 };
 
-struct RunImage {
+struct SessionImage {
   ko::Clock::time_point time;
   ko::Clock::time_point stamp;
   cv::Mat_<std::uint16_t> depth;
 };
 
 /** What happened to a session between two moments of time. */
-struct RunEvent {
+struct SessionEvent {
   enum class Sort { command, pose, look };
   Sort sort = Sort::look;
   ko::Clock::time_point time;
@@ -41,13 +41,14 @@ struct RunEvent {
 };
 
 /**
- * Reads a recording of RunRecorder again, in its order and no further than it is asked to. Whoever
- * reads takes from the queues. What can't be understood: std::runtime_error that names the topic.
+ * Reads a recording of SessionRecorder again, in its order and no further than it is asked to.
+ * Whoever reads takes from the queues. What can't be understood: std::runtime_error that names the
+ * topic.
  */
-class RunReader {
+class SessionReader {
  public:
-  /** Reads what stands before the run. */
-  explicit RunReader(const std::string& path);
+  /** Reads what stands before the session. */
+  explicit SessionReader(const std::string& path);
 
   const RecordingFacts& getFacts() const { return facts; }
   const std::string& getDescription() const { return description; }
@@ -60,10 +61,10 @@ class RunReader {
   /** Until an event is in the queue; false at the end. */
   bool readEvent();
 
-  std::deque<RunInputs> inputs;
+  std::deque<SessionInputs> inputs;
   /** By the name of the camera's sensor. */
-  std::map<std::string, std::deque<RunImage>> images;
-  std::deque<RunEvent> events;
+  std::map<std::string, std::deque<SessionImage>> images;
+  std::deque<SessionEvent> events;
 
  private:
   bool xRead();
@@ -92,7 +93,7 @@ class RunReader {
   /** By topic; the last of each. */
   std::map<std::string, Cloud> clouds;
   /** By topic; the last few of each. */
-  std::map<std::string, std::deque<RunImage>> recentImages;
+  std::map<std::string, std::deque<SessionImage>> recentImages;
   ko::Clock::time_point lastInput;
 };
 

@@ -1,4 +1,4 @@
-#include "apps/output/run_summary.h"
+#include "apps/output/session_summary.h"
 
 #include <algorithm>
 #include <ostream>
@@ -9,7 +9,7 @@
 
 namespace QV::app {
 
-void RunSummary::add(const session::Snapshot& snapshot) {
+void SessionSummary::add(const session::Snapshot& snapshot) {
   for (const auto& sensor : snapshot.sensors) {
     if (!sensor.records.empty()) heard.insert(sensor.name);
     for (const auto& record : sensor.records) {
@@ -23,11 +23,11 @@ void RunSummary::add(const session::Snapshot& snapshot) {
   }
 }
 
-SilentSensors RunSummary::findSilent(const session::Snapshot& end) const {
+SilentSensors SessionSummary::findSilent(const session::Snapshot& end) const {
   return app::findSilent(end, heard);
 }
 
-void RunSummary::print(std::ostream& out, const SilentSensors& silent) const {
+void SessionSummary::print(std::ostream& out, const SilentSensors& silent) const {
   std::vector<std::string> titles{"sensor", "family", ">records", ">points", ">nearest m"};
   if (!silent.empty()) titles.emplace_back("no record, because");
   outlets::Table table(titles);

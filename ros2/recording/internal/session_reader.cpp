@@ -1,4 +1,4 @@
-#include "ros2/recording/internal/run_reader.h"
+#include "ros2/recording/internal/session_reader.h"
 
 #include <algorithm>
 #include <cstring>
@@ -42,7 +42,7 @@ bool isOf(const BagMessage& message, const char* topic) {
 
 }  // namespace
 
-RunReader::RunReader(const std::string& path)
+SessionReader::SessionReader(const std::string& path)
     : path(path), bag(path, BagOrder::file), facts(readFacts(bag)), lastInput(facts.start) {
   while (inputs.empty() && events.empty() && xRead()) {
   }
@@ -54,18 +54,18 @@ RunReader::RunReader(const std::string& path)
   if (!map && !facts.sort.starts_with("simulated ")) map = makeUnknownMap();
 }
 
-void RunReader::readInputsTo(ko::Clock::time_point time) {
+void SessionReader::readInputsTo(ko::Clock::time_point time) {
   while (lastInput <= time && xRead()) {
   }
 }
 
-bool RunReader::readEvent() {
+bool SessionReader::readEvent() {
   while (events.empty() && xRead()) {
   }
   return !events.empty();
 }
 
-bool RunReader::xRead() {
+bool SessionReader::xRead() {
   const auto message = bag.next();
   if (!message) return false;
   try {
@@ -80,7 +80,7 @@ bool RunReader::xRead() {
   return true;
 }
 
-void RunReader::xTake(const BagMessage& message) {
+void SessionReader::xTake(const BagMessage& message) {
   const auto time = timeOf(message.logTime);
   if (isOf<qv_msgs::Inputs>(message, kInputsTopic)) return xTakeInputs(message);
   if (isOf<qv_msgs::Records>(message, kRecordsTopic)) return xTakeRecords(message);
@@ -90,14 +90,14 @@ void RunReader::xTake(const BagMessage& message) {
   if (isOf<sensor_msgs::PointCloud2>(message)) return xTakeCloud(message);
   if (isOf<qv_msgs::ImagePoints>(message)) return xTakeImagePoints(message);
   if (isOf<qv_msgs::Command>(message, kCommandsTopic)) {
-    events.push_back({RunEvent::Sort::command, time, fromCdr<qv_msgs::Command>(message.data)});
+    events.push_back({SessionEvent::Sort::command, time, fromCdr<qv_msgs::Command>(message.data)});
   }
   if (isOf<std_msgs::String>(message, kDescriptionTopic)) {
     description = fromCdr<std_msgs::String>(message.data).data;
   }
 }
 
-void RunReader::xTakeInputs(const BagMessage& message) {
+void SessionReader::xTakeInputs(const BagMessage& message) {
   const auto told = fromCdr<qv_msgs::Inputs>(message.data);
   const auto& [forward, leftward, turn] = told.velocity;
   lastInput = timeOf(message.logTime);
@@ -105,19 +105,19 @@ void RunReader::xTakeInputs(const BagMessage& message) {
 }
 
 // The robot in the map: by way of its odometry.
-void RunReader::xTakeTransforms(const BagMessage& message) {
+void SessionReader::xTakeTransforms(const BagMessage& message) {
   Math::Pose2D pose;
   for (const auto& transform : fromCdr<tf2_msgs::TFMessage>(message.data).transforms) {
     const auto& [translation, rotation] = transform.transform;
     pose =
         pose * poseOf(geometry_msgs::Pose{{translation.x, translation.y, translation.z}, rotation});
   }
-  RunEvent event{RunEvent::Sort::pose, timeOf(message.logTime)};
+  SessionEvent event{SessionEvent::Sort::pose, timeOf(message.logTime)};
   event.pose = pose;
   events.push_back(std::move(event));
 }
 
-void RunReader::xTakeImage(const BagMessage& message) {
+void SessionReader::xTakeImage(const BagMessage& message) {
   const auto image = fromCdr<sensor_msgs::Image>(message.data);
   const auto height = static_cast<int>(image.height);
   const auto width = static_cast<int>(image.width);
@@ -125,8 +125,8 @@ void RunReader::xTakeImage(const BagMessage& message) {
                        image.width < 65'536 && image.height < 65'536 &&
                        image.data.size() == std::size_t{2} * image.width * image.height;
   if (!isDepth) throw std::runtime_error("a 16UC1 image of its size expected");
-  RunImage taken{timeOf(message.logTime), timeOf(image.header.stamp),
-                 cv::Mat_<std::uint16_t>(height, width)};
+  SessionImage taken{timeOf(message.logTime), timeOf(image.header.stamp),
+                     cv::Mat_<std::uint16_t>(height, width)};
   std::memcpy(taken.depth.data, image.data.data(), image.data.size());
   const std::string& topic = message.topic->name;
   auto& recent = recentImages[topic];
@@ -137,7 +137,7 @@ void RunReader::xTakeImage(const BagMessage& message) {
   if (queue.size() > 1000) queue.pop_front();
 }
 
-void RunReader::xTakeCloud(const BagMessage& message) {
+void SessionReader::xTakeCloud(const BagMessage& message) {
   const auto cloud = fromCdr<sensor_msgs::PointCloud2>(message.data);
   Cloud& taken = clouds[message.topic->name];
   taken = {message.logTime, std::vector<Point>(cloud.data.size() / sizeof(Point))};
@@ -145,11 +145,11 @@ void RunReader::xTakeCloud(const BagMessage& message) {
   std::memcpy(taken.points.data(), cloud.data.data(), taken.points.size() * sizeof(Point));
 }
 
-void RunReader::xTakeImagePoints(const BagMessage& message) {
+void SessionReader::xTakeImagePoints(const BagMessage& message) {
   const auto points = fromCdr<qv_msgs::ImagePoints>(message.data);
   const auto time = timeOf(static_cast<std::uint64_t>(points.image_time));
   // Of two at one time the later.
-  for (const RunImage& image : recentImages[points.image] | std::views::reverse) {
+  for (const SessionImage& image : recentImages[points.image] | std::views::reverse) {
     if (image.time != time) continue;
     clouds[message.topic->name] = {message.logTime, decodePoints(points, image.depth)};
     return;
@@ -157,8 +157,8 @@ void RunReader::xTakeImagePoints(const BagMessage& message) {
 }
 
 // A look whose points lie in a damaged part can't be compared.
-void RunReader::xTakeRecords(const BagMessage& message) {
-  RunEvent event{RunEvent::Sort::look, timeOf(message.logTime)};
+void SessionReader::xTakeRecords(const BagMessage& message) {
+  SessionEvent event{SessionEvent::Sort::look, timeOf(message.logTime)};
   for (const auto& told : fromCdr<qv_msgs::Records>(message.data).records) {
     event.records.push_back(recordOf(told));
     if (!told.cloud.empty() && !xAddPoints(told, message.logTime, event.records.back())) return;
@@ -166,8 +166,8 @@ void RunReader::xTakeRecords(const BagMessage& message) {
   events.push_back(std::move(event));
 }
 
-bool RunReader::xAddPoints(const qv_msgs::MetricalData& message, std::uint64_t time,
-                           Math::MetricalData& record) const {
+bool SessionReader::xAddPoints(const qv_msgs::MetricalData& message, std::uint64_t time,
+                               Math::MetricalData& record) const {
   const auto cloud = clouds.find(message.cloud);
   if (cloud == clouds.end() || cloud->second.time != time) return false;
   const auto& points = cloud->second.points;
@@ -181,7 +181,7 @@ bool RunReader::xAddPoints(const qv_msgs::MetricalData& message, std::uint64_t t
   return true;
 }
 
-void RunReader::xTakeMap(const BagMessage& message) {
+void SessionReader::xTakeMap(const BagMessage& message) {
   if (map) return;
   map = boost::make_shared<OccupancyMap>(mapOf(fromCdr<nav_msgs::OccupancyGrid>(message.data)));
 }

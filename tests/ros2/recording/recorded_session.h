@@ -3,16 +3,16 @@
 #include <functional>
 #include <string>
 
-#include "ros2/recording/run_recorder.h"
-#include "ros2/recording/run_replay.h"
+#include "ros2/recording/session_recorder.h"
+#include "ros2/recording/session_replay.h"
 #include "session/open.h"
 
 namespace QV::test {
 
 /** Runs a session for `cycles` of 0.1 s, records it, and lets `meddle` do something in each. */
-inline void recordRun(session::Session& session, const std::string& path, int cycles,
-                      const std::function<void(session::Session&, int)>& meddle = {}) {
-  ros2::RunRecorder recorder(path, session);
+inline void recordSession(session::Session& session, const std::string& path, int cycles,
+                          const std::function<void(session::Session&, int)>& meddle = {}) {
+  ros2::SessionRecorder recorder(path, session);
   session.subscribe("test", session.getManager().getFamilyNames());
   for (int cycle = 0; cycle < cycles; ++cycle) {
     if (meddle) meddle(session, cycle);
@@ -42,8 +42,8 @@ struct Comparison {
 };
 
 /** Plays all of it; the first difference, if there is one. */
-inline Comparison compareRun(const std::string& path) {
-  ros2::RunReplay replay(path);
+inline Comparison compareSession(const std::string& path) {
+  ros2::SessionReplay replay(path);
   replay.begin();
   Comparison comparison;
   while (replay.getSession().step()) {

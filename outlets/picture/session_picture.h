@@ -12,13 +12,13 @@ namespace QV::outlets {
 QV_API void checkPicturePath(const std::string& path);
 
 /**
- * A PNG of a run: the robot's way over the map, and what its sensors told at its end. Written when
- * the run is over, if there was one.
+ * A PNG of a session: the robot's way over the map, and what its sensors told at its end. Written
+ * when the session is over, if there was one.
  */
-class QV_API RunPicture : public Outlet {
+class QV_API SessionPicture : public Outlet {
  public:
   /** See checkPicturePath. */
-  explicit RunPicture(std::string path);
+  explicit SessionPicture(std::string path);
 
   void show(const session::Snapshot& snapshot) override;
   void finish() override;

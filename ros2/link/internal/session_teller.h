@@ -13,20 +13,20 @@
 #include "ros2/recording/internal/driver_topics.h"
 #include "ros2/recording/internal/frame_topics.h"
 #include "ros2/recording/internal/record_topics.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 
 namespace QV::ros2 {
 
 /**
- * Tells a graph of a session's run, in the order that readers need: /clock, tf, what was measured.
+ * Tells a graph of a session, in the order that readers need: /clock, tf, what was measured.
  * For the session's thread, but for what it hears.
  */
-class RunTeller : public session::RunListener {
+class SessionTeller : public session::SessionListener {
  public:
   /** `sink` and `session` must outlive it. `onTick` is called often in simulated time. */
-  RunTeller(GraphSink& sink, session::Session& session, const FrameNames& names,
-            const GraphRobotOptions& options, std::function<void()> onTick);
-  ~RunTeller() override { finish(); }
+  SessionTeller(GraphSink& sink, session::Session& session, const FrameNames& names,
+                const GraphRobotOptions& options, std::function<void()> onTick);
+  ~SessionTeller() override { finish(); }
 
   /** What nobody tells by himself: joints, and a body without steps. */
   void goOn();
@@ -38,7 +38,7 @@ class RunTeller : public session::RunListener {
   void onWrite(const std::string& key, const QVValue& value, bool raised) override;
   void onImage(int camera, const QVValue& image) override;
   void onStep(const robot::BodyStep& newStep) override;
-  void onCommand(const session::RunCommand&) override {}
+  void onCommand(const session::SessionCommand&) override {}
 
  private:
   using Time = ko::Clock::time_point;

@@ -1,4 +1,4 @@
-#include "ros2/recording/run_replay.h"
+#include "ros2/recording/session_replay.h"
 
 #include <algorithm>
 #include <functional>
@@ -17,7 +17,7 @@
 namespace QV::ros2 {
 namespace {
 
-bool isRunRecording(const std::string& path) {
+bool isSessionRecording(const std::string& path) {
   const BagReader bag(path);
   return std::ranges::any_of(bag.getMetadata(), [](const auto& metadata) {
     return metadata.name == RecordingFacts::kName;
@@ -27,7 +27,8 @@ bool isRunRecording(const std::string& path) {
 std::function<session::TimedRobot()> prepareOwn(const std::string& path,
                                                 const sensor::SensorFactory& sensors) {
   // A function that is copied: what it hands over is shared until then.
-  auto reader = std::make_shared<std::unique_ptr<RunReader>>(std::make_unique<RunReader>(path));
+  auto reader =
+      std::make_shared<std::unique_ptr<SessionReader>>(std::make_unique<SessionReader>(path));
   return [reader, sensors] {
     auto time = std::make_unique<ko::SimulatedTime>((*reader)->getFacts().start);
     return session::TimedRobot{std::move(time), makePlayedRobot(std::move(*reader), sensors)};
@@ -42,8 +43,8 @@ std::function<session::TimedRobot()> prepareOther(const std::string& path) {
   };
 }
 
-std::unique_ptr<session::Session> openRun(const std::string& path, bool isOwn,
-                                          const sensor::SensorFactory& sensors) {
+std::unique_ptr<session::Session> openSession(const std::string& path, bool isOwn,
+                                              const sensor::SensorFactory& sensors) {
   const session::Reopen reopen = [path, isOwn, sensors] {
     return isOwn ? prepareOwn(path, sensors) : prepareOther(path);
   };
@@ -54,7 +55,7 @@ std::unique_ptr<session::Session> openRun(const std::string& path, bool isOwn,
 std::unique_ptr<session::Session> open(const std::string& path, bool isOwn,
                                        const sensor::SensorFactory& sensors) {
   try {
-    return openRun(path, isOwn, sensors);
+    return openSession(path, isOwn, sensors);
   } catch (const std::exception& error) {
     const std::string what = error.what();
     throw std::runtime_error(what.starts_with(path) ? what : path + ": " + what);
@@ -68,20 +69,20 @@ std::string RecordDifference::toText() const {
          " s: " + field + " is " + played + ", was " + recorded;
 }
 
-RunReplay::RunReplay(const std::string& path, const sensor::SensorFactory& sensors)
-    : isOwnRun(isRunRecording(path)), session(open(path, isOwnRun, sensors)) {}
+SessionReplay::SessionReplay(const std::string& path, const sensor::SensorFactory& sensors)
+    : isOwnSession(isSessionRecording(path)), session(open(path, isOwnSession, sensors)) {}
 
-RunReplay::~RunReplay() = default;
+SessionReplay::~SessionReplay() = default;
 
-BagRobot& RunReplay::xGetRobot() const {
+BagRobot& SessionReplay::xGetRobot() const {
   return static_cast<BagRobot&>(robotOf(*session));
 }
 
-void RunReplay::begin() {
-  if (!isOwnRun) session->subscribe("recording", session->getManager().getFamilyNames());
+void SessionReplay::begin() {
+  if (!isOwnSession) session->subscribe("recording", session->getManager().getFamilyNames());
 }
 
-session::Snapshot RunReplay::look() const {
+session::Snapshot SessionReplay::look() const {
   session::Snapshot snapshot = session->look();
   for (session::SensorState& sensor : snapshot.sensors) {
     if (!xGetRobot().isNew(sensor.name)) sensor.records.clear();
@@ -89,25 +90,25 @@ session::Snapshot RunReplay::look() const {
   return snapshot;
 }
 
-std::optional<RecordDifference> RunReplay::compare() const {
+std::optional<RecordDifference> SessionReplay::compare() const {
   const auto* recorded = xGetRobot().getRecorded();
   if (!recorded) return std::nullopt;
   return findDifference(*recorded, session::recordsOf(session->look()), ko::Clock::now());
 }
 
-ko::Duration RunReplay::getTime() const {
+ko::Duration SessionReplay::getTime() const {
   return ko::Clock::now() - xGetRobot().getStart();
 }
 
-ko::Duration RunReplay::getLength() const {
+ko::Duration SessionReplay::getLength() const {
   return *session->getLength();
 }
 
-std::optional<std::uint64_t> RunReplay::getLookCount() const {
+std::optional<std::uint64_t> SessionReplay::getLookCount() const {
   return xGetRobot().getBag().getCount(kRecordsTopic);
 }
 
-const BagDamage& RunReplay::getDamage() const {
+const BagDamage& SessionReplay::getDamage() const {
   return xGetRobot().getBag().getDamage();
 }
 

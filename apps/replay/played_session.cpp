@@ -1,4 +1,4 @@
-#include "apps/replay/played_run.h"
+#include "apps/replay/played_session.h"
 
 #include <array>
 #include <filesystem>
@@ -25,24 +25,24 @@ bool isBag(const std::string& path) {
 
 }  // namespace
 
-PlayedRun::PlayedRun(const std::string& path, const std::optional<std::string>& poses,
-                     const sensor::SensorFactory& sensors) {
+PlayedSession::PlayedSession(const std::string& path, const std::optional<std::string>& poses,
+                             const sensor::SensorFactory& sensors) {
   if (isBag(path)) {
-    recording = std::make_unique<ros2::RunReplay>(path, sensors);
+    recording = std::make_unique<ros2::SessionReplay>(path, sensors);
   } else {
     log = session::openRecording(path, poses);
   }
 }
 
-session::Session& PlayedRun::getSession() const {
+session::Session& PlayedSession::getSession() const {
   return recording ? recording->getSession() : *log;
 }
 
-session::Snapshot PlayedRun::look() const {
+session::Snapshot PlayedSession::look() const {
   return recording ? recording->look() : log->look();
 }
 
-bool PlayedRun::begin() {
+bool PlayedSession::begin() {
   if (recording) {
     recording->begin();
     return step();
@@ -51,36 +51,36 @@ bool PlayedRun::begin() {
   return true;
 }
 
-bool PlayedRun::step() {
+bool PlayedSession::step() {
   hasEnded = !getSession().step();
   if (!hasEnded) ++steps;
   return !hasEnded;
 }
 
-double PlayedRun::getSeconds() const {
+double PlayedSession::getSeconds() const {
   return session::inSeconds(recording ? recording->getTime() : ko::Clock::now().time_since_epoch());
 }
 
-double PlayedRun::getShareDone() const {
+double PlayedSession::getShareDone() const {
   return getSession().getShareDone();
 }
 
-std::optional<ros2::RecordDifference> PlayedRun::compare() const {
+std::optional<ros2::RecordDifference> PlayedSession::compare() const {
   if (recording && recording->isOwn()) return recording->compare();
   throw session::UsageError(
       "--compare: a recording of this program's expected, which has records; another one given");
 }
 
-std::uint64_t PlayedRun::countMissing() const {
+std::uint64_t PlayedSession::countMissing() const {
   const std::uint64_t recorded = recording ? recording->getLookCount().value_or(0) : 0;
   return hasEnded && recorded > steps ? recorded - steps : 0;
 }
 
-bool PlayedRun::isDamaged() const {
+bool PlayedSession::isDamaged() const {
   return recording && !recording->getDamage().lines.empty();
 }
 
-void PlayedRun::warnOfDamage() const {
+void PlayedSession::warnOfDamage() const {
   if (!recording) return;
   for (const std::string& line : recording->getDamage().lines)
     std::cerr << "qvsensors: warning: " << ko::log::onOneLine(line) << '\n';

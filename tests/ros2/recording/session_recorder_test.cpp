@@ -1,4 +1,4 @@
-#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/session_recorder.h"
 
 #include <algorithm>
 #include <chrono>
@@ -16,14 +16,14 @@
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
-#include "tests/ros2/recording/recorded_run.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 
 namespace QV::ros2 {
 namespace {
 
-using test::recordRun;
+using test::recordSession;
 
 std::string bytesOf(const std::string& path) {
   std::ifstream file(path, std::ios::binary);
@@ -48,20 +48,20 @@ struct Contents {
   std::map<std::string, Bytes> last;
 };
 
-struct RunRecorderTest : testing::Test {
+struct SessionRecorderTest : testing::Test {
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
 };
 
-TEST_F(RunRecorderTest, theSameSeedGivesTheSameBytes) {
+TEST_F(SessionRecorderTest, theSameSeedGivesTheSameBytes) {
   for (const std::string& file : {path, folder / "again.mcap"})
-    recordRun(*session::openVirtual("porter", test::busyWorld()), file, 10);
+    recordSession(*session::openVirtual("porter", test::busyWorld()), file, 10);
   EXPECT_EQ(bytesOf(path), bytesOf(folder / "again.mcap"));
 }
 
-TEST_F(RunRecorderTest, othersFindMapFramesMeasurementsAndPoints) {
+TEST_F(SessionRecorderTest, othersFindMapFramesMeasurementsAndPoints) {
   const auto session = session::openVirtual("porter", test::busyWorld());
-  recordRun(*session, path, 20);
+  recordSession(*session, path, 20);
   const Contents sut(path);
 
   const auto map = sut.get<nav_msgs::OccupancyGrid>("/map");
@@ -96,9 +96,9 @@ TEST_F(RunRecorderTest, othersFindMapFramesMeasurementsAndPoints) {
   EXPECT_EQ(sut.counts.at("/qv/records"), 20u);
 }
 
-TEST_F(RunRecorderTest, viewersAreShownSomeOfACamerasPointsAndAllAreInTheImage) {
+TEST_F(SessionRecorderTest, viewersAreShownSomeOfACamerasPointsAndAllAreInTheImage) {
   const auto session = session::openVirtual("porter", test::busyWorld());
-  recordRun(*session, path, 20);
+  recordSession(*session, path, 20);
   const Contents sut(path);
 
   const auto runs = sut.get<qv_msgs::ImagePoints>("/DepthCamera/image_points");
@@ -112,7 +112,7 @@ TEST_F(RunRecorderTest, viewersAreShownSomeOfACamerasPointsAndAllAreInTheImage) 
   EXPECT_LT(shown, all / 12);
 }
 
-TEST_F(RunRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
+TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
   std::vector<std::string> errors;
   const ko::log::ScopedSink sink(
       ko::log::Level::error, [&](const ko::log::Record& line) { errors.push_back(line.message); });
@@ -123,7 +123,7 @@ TEST_F(RunRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
     std::signal(SIGXFSZ, SIG_IGN);
     const auto own = session::openVirtual("porter", test::busyWorld());
     errors.clear();
-    RunRecorder recorder(path, *own);
+    SessionRecorder recorder(path, *own);
     own->subscribe("test", own->getManager().getFamilyNames());
     for (int i = 0; i < 30; ++i) {
       own->run(boost::chrono::milliseconds(100));
@@ -131,7 +131,7 @@ TEST_F(RunRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
     }
     recorder.finish();
     const bool isTold =
-        errors.size() == 1 && errors[0].find("the run goes on") != std::string::npos;
+        errors.size() == 1 && errors[0].find("the session goes on") != std::string::npos;
     _exit(recorder.hasFailed() && isTold ? 0 : 1);
   });
   EXPECT_EQ(process.awaitEnd(), 0);
@@ -139,11 +139,11 @@ TEST_F(RunRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
 }
 
 // Few messages and small ones: only time has them written.
-TEST_F(RunRecorderTest, whoeverIsKilledHasAllInTheFileButTheLastSeconds) {
+TEST_F(SessionRecorderTest, whoeverIsKilledHasAllInTheFileButTheLastSeconds) {
   test::ChildProcess process;
   process.start([&] {
     const auto own = session::openSimulated(1);
-    RunRecorder recorder(path, *own);
+    SessionRecorder recorder(path, *own);
     own->subscribe("test", {"Sonar"});
     for (int i = 0; i < 50; ++i) {
       own->run(boost::chrono::milliseconds(100));
@@ -162,13 +162,13 @@ TEST_F(RunRecorderTest, whoeverIsKilledHasAllInTheFileButTheLastSeconds) {
   process.signal(SIGKILL);
   process.awaitEnd();
   EXPECT_GE(looksIn(), 29u);
-  EXPECT_EQ(test::compareRun(path).difference, "");
+  EXPECT_EQ(test::compareSession(path).difference, "");
 }
 
-TEST_F(RunRecorderTest, theWorldAndItsFaultsOfBeforeAreRecorded) {
+TEST_F(SessionRecorderTest, theWorldAndItsFaultsOfBeforeAreRecorded) {
   auto options = test::busyWorld();
   options.faults = {robot::parseFault("FrontSonar:off@1-2")};
-  recordRun(*session::openVirtual("porter", options), path, 0);
+  recordSession(*session::openVirtual("porter", options), path, 0);
 
   BagReader reader(path);
   std::vector<qv_msgs::Command> commands;
@@ -185,10 +185,10 @@ TEST_F(RunRecorderTest, theWorldAndItsFaultsOfBeforeAreRecorded) {
   EXPECT_EQ(world->values.at("random_people"), "2");
 }
 
-TEST_F(RunRecorderTest, eachChangeOfHealthIsRecordedAsDiagnostics) {
+TEST_F(SessionRecorderTest, eachChangeOfHealthIsRecordedAsDiagnostics) {
   auto options = test::busyWorld();
   options.faults = {robot::parseFault("FrontLaser:delayed"), robot::parseFault("BackSonar:off")};
-  recordRun(*session::openVirtual("porter", options), path, 25);
+  recordSession(*session::openVirtual("porter", options), path, 25);
   const Contents sut(path);
 
   EXPECT_THAT(sut.counts.at("/diagnostics"), testing::AllOf(testing::Gt(1u), testing::Lt(10u)));

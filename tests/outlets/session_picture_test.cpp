@@ -1,4 +1,4 @@
-#include "outlets/picture/run_picture.h"
+#include "outlets/picture/session_picture.h"
 
 #include <filesystem>
 
@@ -28,11 +28,11 @@ boost::shared_ptr<OccupancyMap> room() {
   return map;
 }
 
-struct RunPictureTest : testing::Test {
+struct SessionPictureTest : testing::Test {
   cv::Mat draw(session::Snapshot snapshot, const std::vector<Math::Pose2D>& way) {
     const auto path = folder / "picture.png";
     snapshot.map = room();
-    RunPicture sut(path);
+    SessionPicture sut(path);
     for (const auto& pose : way) {
       snapshot.pose = pose;
       sut.show(snapshot);
@@ -51,7 +51,7 @@ struct RunPictureTest : testing::Test {
   test::TemporaryFolder folder;
 };
 
-TEST_F(RunPictureTest, showsMapWayAndRobotWhereTheyAre) {
+TEST_F(SessionPictureTest, showsMapWayAndRobotWhereTheyAre) {
   session::Snapshot snapshot;
   snapshot.title = "A room";
   const cv::Mat page =
@@ -66,7 +66,7 @@ TEST_F(RunPictureTest, showsMapWayAndRobotWhereTheyAre) {
   EXPECT_EQ(at(page, 2.4, 2.5), kPaper) << "inside the robot";
 }
 
-TEST_F(RunPictureTest, drawsWhatTheSensorsPointsMean) {
+TEST_F(SessionPictureTest, drawsWhatTheSensorsPointsMean) {
   const cv::Scalar paint = paintOf(kFamily);
   const cv::Scalar tint = paint * 0.13 + kPaper * 0.87;
   for (const auto& told : test::toldCases()) {
@@ -83,9 +83,9 @@ TEST_F(RunPictureTest, drawsWhatTheSensorsPointsMean) {
   }
 }
 
-TEST_F(RunPictureTest, aRobotWithoutAMapIsDrawnOnItsWay) {
+TEST_F(SessionPictureTest, aRobotWithoutAMapIsDrawnOnItsWay) {
   const auto path = folder / "picture.png";
-  RunPicture sut(path);
+  SessionPicture sut(path);
   sut.finish();
   EXPECT_FALSE(std::filesystem::exists(path)) << "nothing was shown";
   sut.show(test::snapshotOf(test::toldCases()[0], kFamily));

@@ -1,4 +1,4 @@
-#include "outlets/picture/run_picture.h"
+#include "outlets/picture/session_picture.h"
 
 #include <cerrno>
 #include <filesystem>
@@ -7,7 +7,7 @@
 #include <unistd.h>
 #include <utility>
 
-#include "outlets/picture/internal/draw_run.h"
+#include "outlets/picture/internal/draw_session.h"
 #include "platform/ko/internal/write_error.h"
 #include "platform/vision/internal/png_image.h"
 #include "session/usage_error.h"
@@ -28,18 +28,18 @@ void checkPicturePath(const std::string& path) {
   throw session::UsageError(ko::detail::cannotWrite(path));
 }
 
-RunPicture::RunPicture(std::string givenPath) : path(std::move(givenPath)) {
+SessionPicture::SessionPicture(std::string givenPath) : path(std::move(givenPath)) {
   checkPicturePath(path);
 }
 
-void RunPicture::show(const session::Snapshot& snapshot) {
+void SessionPicture::show(const session::Snapshot& snapshot) {
   way.push_back(snapshot.pose);
   last = snapshot;
 }
 
-void RunPicture::finish() {
+void SessionPicture::finish() {
   if (!last) return;
-  const std::string png = QV::detail::encodePng(drawRun(way, *last));
+  const std::string png = QV::detail::encodePng(drawSession(way, *last));
   errno = 0;
   std::ofstream file(path, std::ios::binary);
   file << png;

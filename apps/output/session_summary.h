@@ -12,8 +12,8 @@
 
 namespace QV::app {
 
-/** What each sensor has reported over a run. */
-class RunSummary {
+/** What each sensor has reported over a session. */
+class SessionSummary {
  public:
   void add(const session::Snapshot& snapshot);
   /** Those that should have given something over the run and its end; see findSilent. */

@@ -1,4 +1,4 @@
-#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/session_recorder.h"
 
 #include <mutex>
 #include <optional>
@@ -17,7 +17,7 @@
 #include "ros2/recording/internal/recording_facts.h"
 #include "ros2/recording/internal/topic_names.h"
 #include "ros2/recording/internal/world_topics.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 #include "session/internal/session_parts.h"
 
 namespace QV::ros2 {
@@ -50,7 +50,7 @@ rcl_interfaces::Log messageOf(const ko::log::Record& line) {
 
 }  // namespace
 
-class RunRecorder::Impl : public session::RunListener {
+class SessionRecorder::Impl : public session::SessionListener {
  public:
   Impl(const std::string& path, session::Session& session, const RecorderOptions& options)
       : options(options),
@@ -103,7 +103,7 @@ class RunRecorder::Impl : public session::RunListener {
     });
   }
 
-  void onCommand(const session::RunCommand& command) override {
+  void onCommand(const session::SessionCommand& command) override {
     xAttempt([&](ko::Clock::time_point now) {
       xFlush(false);
       const qv_msgs::Command message{command.name,
@@ -158,7 +158,8 @@ class RunRecorder::Impl : public session::RunListener {
         error = exception.what();
       }
     }
-    ko::log::error("Recording", "write") << error << "; the recording ends here, the run goes on";
+    ko::log::error("Recording", "write")
+        << error << "; the recording ends here, the session goes on";
   }
 
   // What has been set at a time that is over now, or what the body's step ends.
@@ -208,28 +209,28 @@ class RunRecorder::Impl : public session::RunListener {
   bool isFinished = false;
 };
 
-RunRecorder::RunRecorder(const std::string& path, session::Session& session,
-                         const RecorderOptions& options)
+SessionRecorder::SessionRecorder(const std::string& path, session::Session& session,
+                                 const RecorderOptions& options)
     : impl(std::make_unique<Impl>(path, session, options)) {}
 
-RunRecorder::~RunRecorder() {
+SessionRecorder::~SessionRecorder() {
   impl->finish();
 }
 
-session::Demand RunRecorder::getDemand() const {
+session::Demand SessionRecorder::getDemand() const {
   if (!impl->options.wantsAll || impl->hasFailed) return {};
   return {{RecorderOptions::kSubscriber, impl->session.getManager().getSensorList()}};
 }
 
-void RunRecorder::show(const session::Snapshot& snapshot) {
+void SessionRecorder::show(const session::Snapshot& snapshot) {
   impl->show(snapshot);
 }
 
-void RunRecorder::finish() {
+void SessionRecorder::finish() {
   impl->finish();
 }
 
-bool RunRecorder::hasFailed() const {
+bool SessionRecorder::hasFailed() const {
   return impl->hasFailed;
 }
 

@@ -14,6 +14,6 @@ namespace QV::outlets {
  * snapshot told: dots for hits, arcs for echoes, small dots for beams that met nothing, a zone
  * with something in it filled.
  */
-cv::Mat drawRun(const std::vector<Math::Pose2D>& way, const session::Snapshot& snapshot);
+cv::Mat drawSession(const std::vector<Math::Pose2D>& way, const session::Snapshot& snapshot);
 
 }  // namespace QV::outlets

@@ -10,7 +10,7 @@
 namespace QV::session {
 
 /** What somebody asked of a session: a name, and what it needs of the rest. */
-struct RunCommand {
+struct SessionCommand {
   /** "subscribe", "enable", "drive", ... */
   std::string name;
   std::string subscriber = {};
@@ -20,13 +20,13 @@ struct RunCommand {
 };
 
 /** From and to in seconds, if it ends. */
-QV_API RunCommand commandOf(const robot::Fault& fault);
+QV_API SessionCommand commandOf(const robot::Fault& fault);
 
 /** Hears all that goes into a session: what drivers measure, and what is asked of it. */
-class RunListener : public robot::InputListener {
+class SessionListener : public robot::InputListener {
  public:
   /** Before it is done, which may take its time. On any thread. */
-  virtual void onCommand(const RunCommand& command) = 0;
+  virtual void onCommand(const SessionCommand& command) = 0;
 };
 
 }  // namespace QV::session

@@ -5,17 +5,17 @@
 #include <optional>
 #include <string>
 
-#include "ros2/recording/run_replay.h"
+#include "ros2/recording/session_replay.h"
 #include "session/session.h"
 
 namespace QV::app {
 
 /** A recording or a log that is played step by step, whichever it is. */
-class PlayedRun {
+class PlayedSession {
  public:
   /** What is none: std::runtime_error that names the file. */
-  PlayedRun(const std::string& path, const std::optional<std::string>& poses,
-            const sensor::SensorFactory& sensors);
+  PlayedSession(const std::string& path, const std::optional<std::string>& poses,
+                const sensor::SensorFactory& sensors);
 
   session::Session& getSession() const;
   session::Snapshot look() const;
@@ -39,7 +39,7 @@ class PlayedRun {
   void warnOfDamage() const;
 
  private:
-  std::unique_ptr<ros2::RunReplay> recording;
+  std::unique_ptr<ros2::SessionReplay> recording;
   std::unique_ptr<session::Session> log;
   std::uint64_t steps = 0;
   bool hasEnded = false;

@@ -1,4 +1,4 @@
-#include "ros2/link/internal/run_teller.h"
+#include "ros2/link/internal/session_teller.h"
 
 #include <utility>
 
@@ -29,8 +29,8 @@ bool isDue(ko::Clock::time_point now, ko::Clock::time_point& last, ko::Duration 
 
 }  // namespace
 
-RunTeller::RunTeller(GraphSink& sink, session::Session& session, const FrameNames& names,
-                     const GraphRobotOptions& options, std::function<void()> onTick)
+SessionTeller::SessionTeller(GraphSink& sink, session::Session& session, const FrameNames& names,
+                             const GraphRobotOptions& options, std::function<void()> onTick)
     : sink(sink),
       session(session),
       onTick(std::move(onTick)),
@@ -50,13 +50,13 @@ RunTeller::RunTeller(GraphSink& sink, session::Session& session, const FrameName
   xOpen();
 }
 
-void RunTeller::finish() {
+void SessionTeller::finish() {
   if (std::exchange(isFinished, true)) return;
   ticking.stop();
   session.removeListener(*this);
 }
 
-void RunTeller::onWrite(const std::string& key, const QVValue& value, bool) {
+void SessionTeller::onWrite(const std::string& key, const QVValue& value, bool) {
   const Lock lock(mutex);
   const Time now = xNow();
   if (now != pendingTime) xFlush();
@@ -64,14 +64,14 @@ void RunTeller::onWrite(const std::string& key, const QVValue& value, bool) {
   if (isOpen && drivers) drivers->note(key, value);
 }
 
-void RunTeller::onImage(int camera, const QVValue& image) {
+void SessionTeller::onImage(int camera, const QVValue& image) {
   const Lock lock(mutex);
   const Time now = xNow();
   xBringFramesTo(now);
   if (drivers) drivers->writeImage(camera, image, now);
 }
 
-void RunTeller::onStep(const robot::BodyStep& newStep) {
+void SessionTeller::onStep(const robot::BodyStep& newStep) {
   const Lock lock(mutex);
   const Time now = xNow();
   if (now != pendingTime) xFlush();
@@ -80,7 +80,7 @@ void RunTeller::onStep(const robot::BodyStep& newStep) {
   if (drivers) drivers->write(now);
 }
 
-void RunTeller::goOn() {
+void SessionTeller::goOn() {
   if (isFinished) return;
   // It ended with the time that a recording had until it was played from its start again.
   if (!ticking.isRunning()) xStartTicking();
@@ -92,7 +92,7 @@ void RunTeller::goOn() {
   joints.write(session, now);
 }
 
-void RunTeller::show(const session::Snapshot& snapshot) {
+void SessionTeller::show(const session::Snapshot& snapshot) {
   const Lock lock(mutex);
   xBringFramesTo(xNow());
   if (isDue(snapshot.time, healthTold, kHealthPeriod)) records.repeatHealth();
@@ -100,7 +100,7 @@ void RunTeller::show(const session::Snapshot& snapshot) {
 }
 
 // What a robot's memory holds already is no measurement.
-void RunTeller::xOpen() {
+void SessionTeller::xOpen() {
   session.addListener(*this);
   {
     const Lock lock(mutex);
@@ -109,7 +109,7 @@ void RunTeller::xOpen() {
   xStartTicking();
 }
 
-void RunTeller::xStartTicking() {
+void SessionTeller::xStartTicking() {
   ticking.setName("ROS2.Robot");
   ticking.setPeriod(kTick);
   ticking.compensateCallbackTime(true);
@@ -117,7 +117,7 @@ void RunTeller::xStartTicking() {
   ticking.start(true);
 }
 
-void RunTeller::xTick() {
+void SessionTeller::xTick() {
   // In simulated time, of which much may go by between two calls of obey().
   if (std::this_thread::get_id() == owner) onTick();
   const Lock lock(mutex);
@@ -126,7 +126,7 @@ void RunTeller::xTick() {
   xTellTime(now);
 }
 
-RunTeller::Time RunTeller::xNow() {
+SessionTeller::Time SessionTeller::xNow() {
   const Time now = ko::Clock::now();
   // A recording is played from an earlier time again.
   if (now < lastNow) {
@@ -138,13 +138,13 @@ RunTeller::Time RunTeller::xNow() {
 }
 
 // Nothing goes out that is stamped later than /clock.
-void RunTeller::xTellTime(Time time) {
+void SessionTeller::xTellTime(Time time) {
   if (time <= lastClock) return;
   frames.writeClock(time);
   lastClock = time;
 }
 
-void RunTeller::xStep(const robot::BodyStep& newStep, Time now) {
+void SessionTeller::xStep(const robot::BodyStep& newStep, Time now) {
   step = newStep;
   if (!isOpen) return;
   xTellTime(now);
@@ -152,20 +152,20 @@ void RunTeller::xStep(const robot::BodyStep& newStep, Time now) {
   lastFrames = now;
 }
 
-robot::BodyStep RunTeller::xLookAtBody() const {
+robot::BodyStep SessionTeller::xLookAtBody() const {
   const Math::Pose2D pose = session.getPose();
   return {pose, pose, robotOf(session).getVelocity()};
 }
 
 // Whoever gets what was measured then finds tf there already. A robot moves from step to step.
-void RunTeller::xBringFramesTo(Time time) {
+void SessionTeller::xBringFramesTo(Time time) {
   xTellTime(time);
   if (time <= lastFrames) return;
   frames.writeFrames(step, time);
   lastFrames = time;
 }
 
-void RunTeller::xFlush() {
+void SessionTeller::xFlush() {
   if (!drivers || !drivers->hasNews()) return;
   xBringFramesTo(pendingTime);
   drivers->write(pendingTime);

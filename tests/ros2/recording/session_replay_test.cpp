@@ -1,4 +1,4 @@
-#include "ros2/recording/run_replay.h"
+#include "ros2/recording/session_replay.h"
 
 #include <cmath>
 #include <numbers>
@@ -11,14 +11,14 @@
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
 #include "session/usage_error.h"
-#include "tests/ros2/recording/recorded_run.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/support/temporary_folder.h"
 
 namespace QV::ros2 {
 namespace {
 
-using test::compareRun;
-using test::recordRun;
+using test::compareSession;
+using test::recordSession;
 using testing::HasSubstr;
 using testing::StartsWith;
 
@@ -82,9 +82,9 @@ sensor_msgs::PointCloud2 cloudOf(const std::string& frame,
   return cloud;
 }
 
-struct RunReplayTest : testing::Test {
+struct SessionReplayTest : testing::Test {
   void recordPorter(int cycles) {
-    recordRun(*session::openVirtual("porter", test::busyWorld()), path, cycles, meddle);
+    recordSession(*session::openVirtual("porter", test::busyWorld()), path, cycles, meddle);
   }
 
   const test::TemporaryFolder folder;
@@ -92,43 +92,43 @@ struct RunReplayTest : testing::Test {
   const std::string copy = folder / "copy.mcap";
 };
 
-TEST_F(RunReplayTest, virtualRobotsRecordsComeOutTheSameBitForBit) {
+TEST_F(SessionReplayTest, virtualRobotsRecordsComeOutTheSameBitForBit) {
   recordPorter(40);
 
-  const auto once = compareRun(path);
+  const auto once = compareSession(path);
   EXPECT_EQ(once.looks, 40);
   EXPECT_GT(once.records, 300u);
   EXPECT_EQ(once.difference, "");
 }
 
-TEST_F(RunReplayTest, simulatedRobotsAndTheirMapsComeOutTheSame) {
+TEST_F(SessionReplayTest, simulatedRobotsAndTheirMapsComeOutTheSame) {
   for (const int kind : {-1, 0, 1}) {
     session::OpenOptions options;
     options.map = boost::make_shared<OccupancyMap>(80, 60, 0.1f, Math::Pose2D(-1.0f, 0.5f, 0.3f),
                                                    std::vector<float>(80 * 60, 0.1234f));
-    recordRun(*session::openSimulated(kind, options), path, 10,
-              [](session::Session& session, int cycle) {
-                session.setPose({0.2f * static_cast<float>(cycle), 2.0f, 0.37f});
-              });
-    const auto comparison = compareRun(path);
+    recordSession(*session::openSimulated(kind, options), path, 10,
+                  [](session::Session& session, int cycle) {
+                    session.setPose({0.2f * static_cast<float>(cycle), 2.0f, 0.37f});
+                  });
+    const auto comparison = compareSession(path);
     EXPECT_GT(comparison.records, 9u) << kind;
     EXPECT_EQ(comparison.difference, "") << kind;
   }
 }
 
-TEST_F(RunReplayTest, whatIsPlayedCanBeRecordedAndComesOutTheSameAgain) {
+TEST_F(SessionReplayTest, whatIsPlayedCanBeRecordedAndComesOutTheSameAgain) {
   recordPorter(15);
   {
-    RunReplay replay(path);
-    RunRecorder recorder(copy, replay.getSession());
+    SessionReplay replay(path);
+    SessionRecorder recorder(copy, replay.getSession());
     while (replay.getSession().step()) recorder.show(replay.look());
   }
-  const auto comparison = compareRun(copy);
+  const auto comparison = compareSession(copy);
   EXPECT_EQ(comparison.looks, 15);
   EXPECT_EQ(comparison.difference, "");
 }
 
-TEST_F(RunReplayTest, theFirstDifferenceIsNamedBySensorTimeAndField) {
+TEST_F(SessionReplayTest, theFirstDifferenceIsNamedBySensorTimeAndField) {
   recordPorter(10);
   int look = 0;
   copyBag(path, copy, true, [&](const BagTopic& topic, Bytes& data) {
@@ -139,11 +139,11 @@ TEST_F(RunReplayTest, theFirstDifferenceIsNamedBySensorTimeAndField) {
     data = toCdr(records);
   });
 
-  EXPECT_THAT(compareRun(copy).difference, HasSubstr("LeftLaser at"));
-  EXPECT_THAT(compareRun(copy).difference, HasSubstr(": points[2].y is "));
+  EXPECT_THAT(compareSession(copy).difference, HasSubstr("LeftLaser at"));
+  EXPECT_THAT(compareSession(copy).difference, HasSubstr(": points[2].y is "));
 }
 
-TEST_F(RunReplayTest, otherInputsGiveOtherRecords) {
+TEST_F(SessionReplayTest, otherInputsGiveOtherRecords) {
   recordPorter(10);
   int changed = 0;
   copyBag(path, copy, true, [&](const BagTopic& topic, Bytes& data) {
@@ -153,12 +153,12 @@ TEST_F(RunReplayTest, otherInputsGiveOtherRecords) {
     data = toCdr(inputs);
   });
   ASSERT_GT(changed, 60);
-  EXPECT_NE(compareRun(copy).difference, "");
+  EXPECT_NE(compareSession(copy).difference, "");
 }
 
-TEST_F(RunReplayTest, aRecordingIsPlayedFromAnyPlaceAndBackwards) {
+TEST_F(SessionReplayTest, aRecordingIsPlayedFromAnyPlaceAndBackwards) {
   recordPorter(20);
-  RunReplay replay(path);
+  SessionReplay replay(path);
   session::Session& sut = replay.getSession();
   sut.seek(boost::chrono::milliseconds(2500));
   EXPECT_NEAR(sut.look().recording->time, 2.5, 0.1);
@@ -168,11 +168,11 @@ TEST_F(RunReplayTest, aRecordingIsPlayedFromAnyPlaceAndBackwards) {
   EXPECT_THROW(sut.drive(1.0f, 0.0f), session::UsageError);
 }
 
-TEST_F(RunReplayTest, anotherRobotsTopicsMakeItsSensors) {
+TEST_F(SessionReplayTest, anotherRobotsTopicsMakeItsSensors) {
   recordPorter(20);
   copyBag(path, copy, false, [](const BagTopic&, Bytes&) {});
 
-  RunReplay replay(copy);
+  SessionReplay replay(copy);
   EXPECT_FALSE(replay.isOwn());
   replay.begin();
   std::map<std::string, std::size_t> points;
@@ -185,23 +185,23 @@ TEST_F(RunReplayTest, anotherRobotsTopicsMakeItsSensors) {
     EXPECT_GT(points[sensor], 0u) << sensor;
 }
 
-TEST_F(RunReplayTest, anotherRobotsRunCanBeRecordedAndComesOutTheSame) {
+TEST_F(SessionReplayTest, anotherRobotsRunCanBeRecordedAndComesOutTheSame) {
   const std::string again = folder / "again.mcap";
   recordPorter(20);
   copyBag(path, copy, false, [](const BagTopic&, Bytes&) {});
   {
-    RunReplay replay(copy);
-    RunRecorder recorder(again, replay.getSession());
+    SessionReplay replay(copy);
+    SessionRecorder recorder(again, replay.getSession());
     replay.begin();
     while (replay.getSession().step()) recorder.show(replay.getSession().look());
   }
-  const auto comparison = compareRun(again);
+  const auto comparison = compareSession(again);
   EXPECT_GT(comparison.records, 500u);
   EXPECT_EQ(comparison.difference, "");
 }
 
 // Each cloud has an obstacle 2 m ahead of the robot, and a point that says nothing.
-TEST_F(RunReplayTest, cloudsArePlacedWhateverFrameTheyAreIn) {
+TEST_F(SessionReplayTest, cloudsArePlacedWhateverFrameTheyAreIn) {
   constexpr float kHalfTurn = std::numbers::pi_v<float>;
   const std::pair<std::string, Math::Position3D> clouds[] = {
       {"map", {5.0f, 4.0f, 0.3f}}, {"beacon", {-5.0f, -5.0f, 0.3f}}, {"lidar", {1.5f, 0.0f, 0.3f}}};
@@ -217,7 +217,7 @@ TEST_F(RunReplayTest, cloudsArePlacedWhateverFrameTheyAreIn) {
                                      frameOf("base_link", "lidar", {0.5f, 0.0f, 0.0f})}});
       for (const std::uint64_t time : {2, 3}) bag.write(points, time, cloudOf(frame, {point, {}}));
     }
-    RunReplay replay(path);
+    SessionReplay replay(path);
     replay.begin();
     while (replay.getSession().step()) {
     }
@@ -230,7 +230,7 @@ TEST_F(RunReplayTest, cloudsArePlacedWhateverFrameTheyAreIn) {
 }
 
 // The first clouds come before the robot is placed: where it was first is known from the start.
-TEST_F(RunReplayTest, aTopicThatBeginsAfterAMinuteIsPlayedToo) {
+TEST_F(SessionReplayTest, aTopicThatBeginsAfterAMinuteIsPlayedToo) {
   {
     BagWriter bag(path);
     const auto tf = bag.addTopic(makeBagTopic("/tf", tf2_msgs::TFMessage::getType()));
@@ -245,7 +245,7 @@ TEST_F(RunReplayTest, aTopicThatBeginsAfterAMinuteIsPlayedToo) {
                 tf2_msgs::TFMessage{{frameOf("odom", "base_link", {x, 0.0f, 0.0f})}});
     }
   }
-  RunReplay replay(path);
+  SessionReplay replay(path);
   replay.begin();
   EXPECT_THAT(replay.getSession().getManager().getSensorList(),
               testing::ElementsAre("early", "late"));
@@ -259,7 +259,7 @@ TEST_F(RunReplayTest, aTopicThatBeginsAfterAMinuteIsPlayedToo) {
 }
 
 // A chunk that was damaged took it away.
-TEST_F(RunReplayTest, aLookWhosePointsAreMissingIsLeftOut) {
+TEST_F(SessionReplayTest, aLookWhosePointsAreMissingIsLeftOut) {
   recordPorter(10);
   int changed = 0;
   copyBag(path, copy, true, [&](const BagTopic& topic, Bytes& data) {
@@ -269,17 +269,17 @@ TEST_F(RunReplayTest, aLookWhosePointsAreMissingIsLeftOut) {
     data = toCdr(points);
   });
   EXPECT_GT(changed, 5);
-  EXPECT_EQ(compareRun(copy).looks, 9);
-  EXPECT_EQ(compareRun(copy).difference, "");
+  EXPECT_EQ(compareSession(copy).looks, 9);
+  EXPECT_EQ(compareSession(copy).difference, "");
 }
 
-TEST_F(RunReplayTest, whatCanNotBePlayedIsRefusedByALineThatSaysWhy) {
+TEST_F(SessionReplayTest, whatCanNotBePlayedIsRefusedByALineThatSaysWhy) {
   { BagWriter(path).addTopic(makeBagTopic("/text", std_msgs::String::getType())); }
-  EXPECT_THAT([&] { RunReplay replay(path); },
+  EXPECT_THAT([&] { SessionReplay replay(path); },
               testing::ThrowsMessage<std::runtime_error>(StartsWith(
                   path + ": a topic of LaserScan, Range, a depth Image or PointCloud2")));
   { BagWriter(path).addMetadata("qv", {{"version", "2"}}); }
-  EXPECT_THAT([&] { RunReplay replay(path); },
+  EXPECT_THAT([&] { SessionReplay replay(path); },
               testing::ThrowsMessage<std::runtime_error>(
                   path + ": a recording of version 1 expected, version \"2\" given"));
 }

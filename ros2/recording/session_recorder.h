@@ -21,14 +21,14 @@ struct RecorderOptions {
  * Records a session as MCAP with ROS 2 messages: what drivers measure, what is asked of it, and at
  * each snapshot the records as they are. See docs/recordings.md for the topics. Times are those of
  * the session and a second, so that none is 0. What can't be written any more is logged once; the
- * run goes on without. Make it before the session has run; the session must outlive it.
+ * session goes on without. Make it before the session has run; the session must outlive it.
  */
-class QV_API RunRecorder : public outlets::Outlet {
+class QV_API SessionRecorder : public outlets::Outlet {
  public:
   /** "-" is standard output. A file that can't be made: std::runtime_error. */
-  RunRecorder(const std::string& path, session::Session& session,
-              const RecorderOptions& options = {});
-  ~RunRecorder() override;
+  SessionRecorder(const std::string& path, session::Session& session,
+                  const RecorderOptions& options = {});
+  ~SessionRecorder() override;
 
   session::Demand getDemand() const override;
   void show(const session::Snapshot& snapshot) override;

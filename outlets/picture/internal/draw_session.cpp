@@ -1,4 +1,4 @@
-#include "outlets/picture/internal/draw_run.h"
+#include "outlets/picture/internal/draw_session.h"
 
 #include <algorithm>
 #include <cmath>
@@ -106,7 +106,7 @@ Sensors withLongReachFirst(Sensors sensors) {
 
 }  // namespace
 
-cv::Mat drawRun(const std::vector<Math::Pose2D>& way, const session::Snapshot& snapshot) {
+cv::Mat drawSession(const std::vector<Math::Pose2D>& way, const session::Snapshot& snapshot) {
   const Sensors sensors = withLongReachFirst(snapshot.sensors);
   MapCanvas canvas(snapshot.map.get(), findAreaToShow(way, snapshot), kWidestPixels);
   drawFieldsOfView(canvas, sensors);

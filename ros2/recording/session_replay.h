@@ -26,31 +26,31 @@ struct QV_API RecordDifference {
 };
 
 /**
- * Plays a recording in a time of its own, one at a time in a process. One of RunRecorder: what
+ * Plays a recording in a time of its own, one at a time in a process. One of SessionRecorder: what
  * drivers measured and what was asked goes into a robot's modules again, and the library makes its
  * records anew. Another robot's (MCAP, or rosbag2's folder or SQLite file): LaserScan, Range, depth
  * Image, PointCloud2, odometry and tf go to the sensors that they make. Stands before the first
  * step when it is made. Not copyable.
  */
-class QV_API RunReplay {
+class QV_API SessionReplay {
  public:
   /**
    * What can't be played: std::runtime_error that names the file and what was expected. `sensors`
    * makes those of a recorded robot.
    */
-  explicit RunReplay(const std::string& path,
-                     const sensor::SensorFactory& sensors = sensor::SensorFactory::standard());
-  ~RunReplay();
-  RunReplay(const RunReplay&) = delete;
-  RunReplay& operator=(const RunReplay&) = delete;
+  explicit SessionReplay(const std::string& path,
+                         const sensor::SensorFactory& sensors = sensor::SensorFactory::standard());
+  ~SessionReplay();
+  SessionReplay(const SessionReplay&) = delete;
+  SessionReplay& operator=(const SessionReplay&) = delete;
 
   session::Session& getSession() const { return *session; }
 
   /** Once, before the first step: another robot's sensors, which nobody has subscribed to, are. */
   void begin();
 
-  /** Whether it is one of RunRecorder. */
-  bool isOwn() const { return isOwnRun; }
+  /** Whether it is one of SessionRecorder. */
+  bool isOwn() const { return isOwnSession; }
 
   /** What there is to see of the last step; of another robot, the records of what was told in it.
    */
@@ -70,7 +70,7 @@ class QV_API RunReplay {
  private:
   BagRobot& xGetRobot() const;
 
-  const bool isOwnRun;
+  const bool isOwnSession;
   std::unique_ptr<session::Session> session;
 };
 
