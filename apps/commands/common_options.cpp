@@ -161,6 +161,7 @@ void addRobot(CLI::App& command, CommonOptions& options) {
       .add_option("--kind", options.kind,
                   "a robot with simulated sensors: -1 (a perfect laser), 0 (two sonars) or 1 "
                   "(bumpers, sonars, camera)")
+      ->type_name("-1|0|1")
       ->capture_default_str();
   command
       .add_option("--robot", options.robot,
