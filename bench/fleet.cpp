@@ -21,7 +21,7 @@
 
 namespace {
 
-/** What this thread holds of the heap, as the heap counts it. */
+/** The bytes that this thread holds of the heap, as the heap counts them. */
 thread_local std::int64_t heldBytes = 0;
 
 }  // namespace

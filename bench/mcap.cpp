@@ -37,7 +37,7 @@ class Folder {
   std::string name;
 };
 
-/** One message of each topic, in CDR. */
+/** Messages of each topic, one of each, in CDR. */
 struct Load {
   std::vector<ros2::BagTopic> topics;
   std::vector<ros2::Bytes> messages;
@@ -61,7 +61,7 @@ Load imagesOf(std::uint32_t width, std::uint32_t height) {
   return {{ros2::makeBagTopic("/depth", image.getType())}, {ros2::toCdr(image)}};
 }
 
-/** What a robot gives: many small ones and some large. */
+/** The load of a robot: many small messages and some large. */
 Load robotOf(std::size_t scans) {
   Load load = scansOf(360);
   const Load images = imagesOf(320, 240);
@@ -99,7 +99,7 @@ ros2::Bytes readPlainly(const std::string& path) {
   return bytes;
 }
 
-/** Through one buffer, as a reader does that goes on to the next piece. */
+/** Reads through one buffer, as a reader does that goes on to the next piece. */
 void skimPlainly(const std::string& path) {
   static ros2::Bytes buffer(kPiece);
   const int file = ::open(path.c_str(), O_RDONLY);

@@ -1,6 +1,6 @@
 /**
- * What a reading of a range sensor costs on the virtual services, and how much of that is the
- * sensor's own: the calls that it makes are timed in turn with it, by themselves.
+ * The cost of reading a range sensor on the virtual services, and how much of that is the sensor's
+ * own: the calls that it makes are timed in turn with it, by themselves.
  */
 #include <functional>
 #include <memory>

@@ -125,8 +125,10 @@ void twoWatchedRefreshCycles(benchmark::State& state) {
 }
 BENCHMARK(twoWatchedRefreshCycles)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
-/** What readers copied before: more than a core's cache holds, as is a vector that was just
- * replaced. */
+/**
+ * The vectors that readers copied before: more than a core's cache holds, as is a vector that was
+ * just replaced.
+ */
 class PlainCopies {
  public:
   explicit PlainCopies(const Records& records) : ring(16, records) {}

@@ -1,5 +1,5 @@
 /**
- * What a ray of a simulated scan costs, on real maps (in the folder that QV_DATA names), from
+ * The cost of a ray of a simulated scan, on real maps (in the folder that QV_DATA names), from
  * random free poses. Every row times the peer in turn with us, on the same poses. Rows named scan
  * take the path that the program chooses; the others are made to take theirs.
  */
@@ -137,7 +137,7 @@ double timeScans(const Scene& scene, Scan scan) {
 struct Times {
   std::vector<double> ours;
   std::vector<double> mrpt;
-  /** What the plain walk takes as a multiple of our time. */
+  /** The times of the plain walk as multiples of ours. */
   std::vector<double> plainRatios;
 };
 

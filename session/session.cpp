@@ -40,6 +40,17 @@ void goOnTo(SessionParts& parts, ko::Clock::time_point time) {
   goTo(parts, time);
 }
 
+std::map<std::string, std::string> faultsOf(SessionRobot& robot) {
+  std::map<std::string, std::string> faults;
+  const auto* world = robot.getVirtualRobot();
+  if (!world) return faults;
+  for (const std::string& sensor : world->getFaultySensors()) {
+    const auto kind = world->findFault(sensor);
+    if (kind) faults[sensor] = getName(*kind);
+  }
+  return faults;
+}
+
 void notePlace(SessionParts& parts) {
   parts.sensorLook.notePose();
   parts.touchLook.note();
@@ -86,11 +97,13 @@ Snapshot Session::look() {
   snapshot.pose = robot.getPose();
   snapshot.velocity = robot.getVelocity();
   snapshot.goal = parts->driver.getGoal();
+  snapshot.route = parts->driver.getRoute();
   snapshot.sensors = parts->sensorLook.look();
   snapshot.frame = robot.getFrame();
   snapshot.map = robot.getMap();
   snapshot.people = robot.getPeople();
   snapshot.touches = parts->touchLook.look();
+  snapshot.faults = faultsOf(robot);
   return snapshot;
 }
 

@@ -121,6 +121,8 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
       ->add_option("--allow-origin", options->server.origins,
                    "origin of a page that is let in, as https://viewer.example; repeat for more")
       ->allow_extra_args(false);
+  command->add_flag("--viewer-drive", options->server.viewerDrive,
+                    "let viewers of the Foxglove protocol drive, as from a teleop panel");
   command->callback([options, &status] {
     if (!serve(*options)) status = kIncomplete;
   });

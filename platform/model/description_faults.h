@@ -13,9 +13,9 @@ namespace QV::Model {
 struct QV_API DescriptionFault {
   /** Empty for a sensor without a name. */
   std::string sensor;
-  /** What is there: `property "maximumDetectionDistance" is "300 cm"`. */
+  /** The text that is there: `property "maximumDetectionDistance" is "300 cm"`. */
   std::string what;
-  /** What should be: "metres". */
+  /** The text that should be there: "metres". */
   std::string expected;
 
   /** The sensor, what and expected, as a line. */

@@ -33,7 +33,7 @@ void checkOccupancy(float occupancy) {
 
 }  // namespace
 
-/** What scans ask for once each. */
+/** The parts that scans ask for once each. */
 struct OccupancyMap::Inside {
   detail::GridFrame gridFrame;
   detail::ScanStores scanStores;

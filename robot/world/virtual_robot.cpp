@@ -97,6 +97,10 @@ void VirtualRobot::clearFault(const std::string& sensor) {
   world->getFaults().clear(sensor);
 }
 
+std::optional<FaultKind> VirtualRobot::findFault(const std::string& sensor) const {
+  return world->getFaults().find(sensor, ko::Clock::now());
+}
+
 std::vector<Fault> VirtualRobot::getFaults() const {
   return world->getFaults().getAll();
 }

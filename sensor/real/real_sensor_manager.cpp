@@ -30,7 +30,7 @@ bool isOurs(const Model::SensorKind& kind) {
   return Model::SensorKinds::standard().findType(kind.type) != nullptr;
 }
 
-/** As the description says it, if that is a period. */
+/** Returns the period of the description, if it gives one that makes sense. */
 ko::Duration periodOf(const Model::SensorProperties& properties, const Model::SensorKind& kind) {
   const Model::PropertyRule* rule = kind.findProperty("period");
   const double seconds = properties.getNumber("period");
@@ -196,6 +196,7 @@ void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder&
 }
 
 void RealSensorManager::xWatchHealth() {
+  if (sensors.empty()) return;
   std::lock_guard<std::mutex> lock(healthMutex);
   if (!healthTask.isRunning()) healthTask.start(false);
 }

@@ -9,14 +9,15 @@
 
 namespace QV::session {
 
-/** Tells several listeners what one robot tells. All operations are safe from any thread. */
+/** Tells several listeners what one robot tells. Thread-safe. */
 class ListenerList : public SessionListener {
  public:
-  /** It alone hears what is so now, and like the others all that is told from then on. */
+  /** Adds a listener. It alone hears what is so now, and like the others all that is told from
+   * then on. */
   void add(SessionListener& listener, SessionRobot& robot);
   /** Once this has returned, it is not called any more. */
   void remove(SessionListener& listener, SessionRobot& robot);
-  /** What all of them hear from now on is another robot. */
+  /** Lets all of them hear another robot from now on. */
   void listenTo(SessionRobot& robot);
 
   void onWrite(const std::string& key, const QVValue& value, bool raised) override;
@@ -30,7 +31,7 @@ class ListenerList : public SessionListener {
 
   std::shared_mutex mutex;
   std::vector<SessionListener*> listeners;
-  /** Who is being added, and by which thread. */
+  /** The listener that is being added, and by which thread. */
   SessionListener* newest = nullptr;
   std::thread::id adding;
 };

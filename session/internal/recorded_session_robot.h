@@ -43,7 +43,7 @@ class RecordedSessionRobot : public SessionRobot {
   std::string getTitle() const override { return "Recorded robot " + model.name; }
   Frame getFrame() const override { return Frame::robot; }
   boost::shared_ptr<const OccupancyMap> getMap() const override { return nullptr; }
-  /** In the log's own frame. */
+  /** Returns the pose in the log's own frame. */
   Math::Pose2D getPose() const override { return replay->getPose(); }
   void setPose(const Math::Pose2D& newPose) override;
   float getRadius() const override { return 0.25f; }

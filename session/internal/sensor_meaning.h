@@ -5,10 +5,10 @@
 
 namespace QV::session {
 
-/** Whether it casts rays into a map. */
+/** True if it casts rays into a map. */
 bool isSimulated(const sensor::Sensor& sensor);
 
-/** What its kind says; of a simulated one, what it reports; else a scan. */
+/** Returns what the sensor's kind says; of a simulated one, what it reports; else a scan. */
 Model::PointMeaning meaningOf(const sensor::Sensor& sensor, const Model::SensorKind* kind);
 
 }  // namespace QV::session

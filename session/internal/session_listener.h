@@ -9,7 +9,7 @@
 
 namespace QV::session {
 
-/** What somebody asked of a session: a name, and what it needs of the rest. */
+/** A command that somebody gave a session: a name, and what it needs of the rest. */
 struct SessionCommand {
   /** "subscribe", "enable", "drive", ... */
   std::string name;
@@ -19,13 +19,13 @@ struct SessionCommand {
   std::vector<double> values = {};
 };
 
-/** From and to in seconds, if it ends. */
+/** Makes a command of a fault: from and to in seconds, if it ends. */
 QV_API SessionCommand commandOf(const robot::Fault& fault);
 
 /** Hears all that goes into a session: what drivers measure, and what is asked of it. */
 class SessionListener : public robot::InputListener {
  public:
-  /** Before it is done, which may take its time. On any thread. */
+  /** Hears of a command before it is done, which may take its time. On any thread. */
   virtual void onCommand(const SessionCommand& command) = 0;
 };
 

@@ -18,7 +18,7 @@ namespace QV::session {
 
 class Session;
 
-/** What a session is made of; each part needs those above it. */
+/** The parts of a session; each needs those above it. */
 struct SessionParts {
   /** `time` is null where the machine's goes by, or somebody else's. */
   SessionParts(std::unique_ptr<ko::SimulatedTime> ownTime, std::unique_ptr<SessionRobot> ownRobot)

@@ -17,7 +17,7 @@ namespace QV::session {
 /** A virtual robot in a map, and the library hosted in it as on a robot of one's own. */
 class VirtualSessionRobot : public SessionRobot {
  public:
-  /** What building the world throws. */
+  /** Builds the world, and throws what that throws. */
   VirtualSessionRobot(const robot::RobotDescription& description,
                       boost::shared_ptr<const OccupancyMap> map, const robot::WorldOptions& world,
                       const sensor::SensorFactory& sensors = sensor::SensorFactory::standard(),

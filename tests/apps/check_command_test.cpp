@@ -10,7 +10,7 @@
 namespace QV::app {
 namespace {
 
-/** What a check says of a sensor that fails. */
+/** A finding of a check about a sensor that fails. */
 struct Finding {
   std::string result;
   std::string why;
@@ -142,7 +142,7 @@ TEST(Check, showsATable) {
   const Result result =
       run({"check", "--robot", session::findSharedFile("descriptions/porter.urdf"), "--subscribe",
            "Touch", "--subscribe", "Laser", "--fault", "FrontLaser:off", "--fault",
-           "BackBumperTouch:wrong"});
+           "BackBumper:wrong"});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.out,
               HasSubstr("FrontLaser  Laser   failed to start  failing        0       0  Time"));

@@ -67,7 +67,7 @@ TEST_F(ProgramTest, listAsJsonIsOneObject) {
   EXPECT_EQ(sonar["mounting"]["x"], -0.13);
   EXPECT_EQ(sonar["link"], "torso");
   EXPECT_EQ(sonar["sensorName"], "BackSonar");
-  EXPECT_EQ(described["sensors"][0]["describedAs"], "BackBumperTouch");
+  EXPECT_EQ(described["sensors"][0]["describedAs"], "BackBumper");
   EXPECT_EQ(described["sensors"][0]["sensorName"], "Touch");
   EXPECT_EQ(described["sensors"].back()["describedAs"], nullptr);
   EXPECT_EQ(described["sensors"].back()["sensorName"], "PeoplePerception");

@@ -52,8 +52,7 @@ TEST_P(SessionTest, timeGoesByAsItIsTold) {
   sut->setSpeed(2.5);
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond * 7 / 2);
-  EXPECT_EQ(errorOf([&] { execute(*sut, "page", StepCommand{}); }),
-            "a paused world expected; pause it first");
+  EXPECT_EQ(errorOf([&] { execute(*sut, "page", StepCommand{}); }), "time runs: pause it first");
   sut->pause(true);
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond * 7 / 2);
@@ -134,16 +133,32 @@ TEST_P(SessionTest, aWallStopsTheRobot) {
 TEST_P(SessionTest, goesToAGoalBehindIt) {
   sut->setGoal({2.0f, 4.5f});
   EXPECT_EQ(sut->look().goal, Math::Position2D(2.0f, 4.5f));
+  EXPECT_THAT(sut->look().route,
+              ElementsAre(Math::position2DFromPose2D(kSessionStart), Math::Position2D(2.0f, 4.5f)));
   sut->keepPace(kSecond * 20);
   const Snapshot there = sut->look();
   EXPECT_EQ(there.goal, std::nullopt);
+  EXPECT_THAT(there.route, IsEmpty());
   EXPECT_NEAR(there.pose.x, 2.0f, 0.1f);
   EXPECT_NEAR(there.pose.y, 4.5f, 0.1f);
   EXPECT_EQ(there.velocity, Math::Pose2D());
   EXPECT_EQ(errorOf([&] {
               sut->setGoal({20.0f, 3.0f});
             }),
-            "a place that the robot can get to expected, 20.00, 3.00 m given");
+            "the robot can't get to 20.00, 3.00 m: no free way leads there");
+}
+
+TEST_P(SessionTest, aFaultIsToldUntilItIsTakenBack) {
+  const FaultCommand stuck{"FrontSonar", robot::FaultKind::stuck};
+  if (!GetParam()) {
+    EXPECT_THAT(errorOf([&] { execute(*sut, "page", stuck); }), HasSubstr("a virtual robot"));
+    return;
+  }
+  EXPECT_THAT(sut->look().faults, IsEmpty());
+  execute(*sut, "page", stuck);
+  EXPECT_THAT(sut->look().faults, ElementsAre(testing::Pair("FrontSonar", "stuck")));
+  execute(*sut, "page", FaultCommand{"FrontSonar", std::nullopt});
+  EXPECT_THAT(sut->look().faults, IsEmpty());
 }
 
 TEST_P(SessionTest, sensorsRunForTheirSubscribersOnly) {

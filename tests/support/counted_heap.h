@@ -9,11 +9,11 @@
 
 namespace QV::test {
 
-/** What a thread took from the heap by operator new. */
+/** The memory that a thread took from the heap by operator new. */
 struct Heap {
   int allocations = 0;
   double bytes = 0.0;
-  /** As many of at least this size. */
+  /** The number of those of at least this size. */
   int bigOnes = 0;
   std::size_t bigSize = std::numeric_limits<std::size_t>::max();
   /** Called before the next one, which it may keep waiting. */

@@ -74,7 +74,10 @@ ScanSteps withoutVectors() {
   return HWY_STATIC_DISPATCH(getSteps)();
 }
 
-/** Those that this machine hasn't, and the plain path, cast no rays together. */
+/**
+ * The steps of a path that casts no rays together: the plain one, and those that this machine
+ * lacks.
+ */
 ScanSteps withoutCast() {
   ScanSteps steps = withoutVectors();
   steps.castRays = nullptr;

@@ -35,7 +35,7 @@ class EventBoard::Receiver {
     }
   }
 
-  /** Who is called for which event, as the start of a line. */
+  /** Returns the subscriber and his event, as the start of a line. */
   std::string getText() const {
     return "Event " + event + " to " + subscriber.module + "." + subscriber.method + ": ";
   }

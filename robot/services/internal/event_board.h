@@ -15,11 +15,10 @@
 namespace QV::robot {
 
 /**
- * Who wants to know of which event. A subscription gets its events in the order they were raised,
- * one at a time, on the event loop's threads; different subscriptions run side by side. When 1000
- * events wait for a subscriber, newer ones take the place of the oldest: a line names it at the
- * first that is lost, and one counts them when it has caught up. Not copyable; safe from any
- * thread.
+ * The subscribers of events. A subscription gets its events in the order they were raised, one at a
+ * time, on the event loop's threads; different subscriptions run side by side. Once 1000 events
+ * wait for a subscriber, newer ones take the place of the oldest. A line names it at the first that
+ * is lost, and another counts them when it has caught up. Not copyable; thread-safe.
  */
 class QV_API EventBoard {
  public:

@@ -9,9 +9,9 @@ namespace QV::robot {
 
 /** The body as of one step. Metres, radians, m/s, rad/s. */
 struct BodyStep {
-  /** In the map. */
+  /** The robot's pose in the map. */
   Math::Pose2D pose;
-  /** Where the wheels say that it is, seen from where it started. */
+  /** The odometry: where the wheels say that it is, seen from where it started. */
   Math::Pose2D odometry;
   Math::Pose2D velocity;
 };

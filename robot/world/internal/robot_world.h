@@ -29,9 +29,9 @@ namespace QV::robot {
 class VideoDevice;
 
 /**
- * What a VirtualRobot is made of: a body and people that move in a scene, and units that measure
- * it. A module, "VirtualRobot", so that the broker keeps it as long as its services: "setVelocity"
- * (vx, vy, omega) and "getPose" ([x, y, theta]) are the robot's.
+ * The parts of a VirtualRobot: a body and people that move in a scene, and units that measure it.
+ * It is a module, "VirtualRobot", so that the broker keeps it as long as its services:
+ * "setVelocity" (vx, vy, omega) and "getPose" ([x, y, theta]) are the robot's.
  */
 class RobotWorld : public QVModule {
  public:

@@ -16,14 +16,14 @@
 namespace QV::robot {
 
 /**
- * Makes what measures on a virtual robot, by the type of sensor. A value: whoever knows more kinds
- * copies the standard one and adds his. Reading is safe from several threads.
+ * The makers of what measures on a virtual robot, by the type of sensor. A value: who knows more
+ * kinds copies the standard one and adds his. Reading is thread-safe.
  */
 class QV_API UnitFactory {
  public:
   using Units = std::vector<std::unique_ptr<SensorUnit>>;
 
-  /** What of the robot the library's own units plug themselves into. */
+  /** The services of the robot that the library's own units plug themselves into. */
   struct Services;
 
   /** Makes one sensor's unit; null for a configuration that is too poor to measure with. */
@@ -47,7 +47,9 @@ class QV_API UnitFactory {
 
   bool hasType(int type) const { return groupOfType.count(type) > 0; }
 
-  /** In the order in which creators were added. What a creator throws is passed on. */
+  /**
+   * Makes the units in the order in which creators were added. What a creator throws is passed on.
+   */
   Units make(const Model::Robot& robot, const UnitContext& context, const Services& services) const;
 
  private:

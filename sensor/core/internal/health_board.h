@@ -38,7 +38,7 @@ class QV_API HealthBoard {
   /** The sensors, which may come later but never go, must outlive it. */
   explicit HealthBoard(const Sensors& sensors) : sensors(sensors) {}
 
-  /** Before its first start; `period` is the time between two measurements. */
+  /** Describes a sensor before its first start; `period` is the time between two measurements. */
   void describe(const Sensor& sensor, const HealthNature& nature, ko::Duration period);
   void setLimit(const std::string& sensor, HealthLimit limit, std::optional<double> value);
   std::optional<double> getLimit(const std::string& sensor, HealthLimit limit);
@@ -51,11 +51,12 @@ class QV_API HealthBoard {
   void awaitQuestion();
   bool isWatching() const { return isOn; }
 
-  /** Whether all are read again and again, as of now. */
+  /** Says that all are read again and again, as of now. */
   void setRefreshed(bool on);
-  /** Whether a record looks too old, and only the device manager's clock can tell if it is. */
+  /** True if a record looks too old, and only the device manager's clock can tell if it is. */
   bool asksDeviceTime() const { return asksDevice; }
-  /** For one thread at a time: what the device manager's clock says, and what the robot does. */
+  /** Takes what the device manager's clock says, and what the robot does. For one thread at a
+   * time. */
   void noteDeviceTime(ko::Clock::time_point time);
   void noteVelocity(const Math::Pose2D& velocity);
 
@@ -75,7 +76,7 @@ class QV_API HealthBoard {
     HealthTrack track = {};
     HealthFinding shown = {};
     ko::Clock::time_point since = ko::Clock::now();
-    /** When what is shown was last found. */
+    /** The time at which what is shown was last found. */
     ko::Clock::time_point foundAt = since;
     /** How often it came into each state. */
     std::array<int, kHealthStateCount> times = {1};
@@ -119,12 +120,12 @@ class QV_API HealthBoard {
 
   ko::Clock::time_point judgedAt;
   std::chrono::steady_clock::time_point judgedByMachine;
-  /** Until then no new fault is believed: the clock has jumped. */
+  /** The end of the time after a leap of the clock in which no new fault is believed. */
   ko::Clock::time_point settledAt;
   ko::Clock::time_point comparedAt;
-  /** When the device manager's clock was last wanted. */
+  /** The time at which the device manager's clock was last wanted. */
   ko::Clock::time_point askedAt;
-  /** How far the robot had turned and gone by then. */
+  /** The robot's turns and ways up to then. */
   double comparedMotion = 0.0;
 
   Callback callback;

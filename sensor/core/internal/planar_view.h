@@ -12,8 +12,8 @@
 namespace QV::sensor {
 
 /**
- * What a sensor sees in its plane: the nearest obstacle in each of a few directions, or one range
- * for an arc. Metres and radians, in the robot's ground frame. Trivially copyable.
+ * The obstacles that a sensor sees in its plane: the nearest in each of a few directions, or one
+ * range for an arc. Metres and radians, in the robot's ground frame. Trivially copyable.
  */
 class PlanarView {
  public:
@@ -34,14 +34,15 @@ class PlanarView {
   bool add(float x, float y);
 
   bool isEmpty() const { return !hasAny; }
-  /** Its axis, of length 1. */
+  /** The sensor's axis, of length 1. */
   float getAxisX() const { return cosine; }
   float getAxisY() const { return sine; }
   /** The tangent of half its aperture; 0 for a wide one. */
   float getSlope() const { return shape.slope; }
   const Shape& getShape() const { return shape; }
 
-  /** How near the nearest is where two sensors look, as they say; the same where they may agree. */
+  /** The ranges of the nearest obstacle where two sensors look, as each of them says; the same
+   * where they may agree. */
   struct Comparison {
     float own;
     float others;
@@ -64,11 +65,11 @@ class PlanarView {
 
   std::size_t xDirectionOf(float x, float y) const;
   float xSquareAt(std::size_t direction) const;
-  /** Whether it can look where the other one does. */
+  /** True if it can look where the other one does. */
   bool xOverlaps(const PlanarView& other) const;
-  /** Whether the whole of an arc's echo lies within its view. */
+  /** True if the whole of an arc's echo lies within its view. */
   bool xCoversEcho(const PlanarView& arc) const;
-  /** Of what lies within the view of the other one, too; from `from`. */
+  /** Finds the nearest, seen from `from`, of what lies within the view of the other one, too. */
   Nearest xFindNearest(const PlanarView& other, const PlanarView& from) const;
   static std::optional<Comparison> xCompareFrom(const PlanarView& from, const PlanarView& other);
 
@@ -81,7 +82,7 @@ class PlanarView {
   float maxRange = 0.0f;
   bool isArc = false;
   bool hasAny = false;
-  /** In the sensor's plane; its own place stands for nothing. */
+  /** The obstacles in the sensor's plane; its own place stands for nothing. */
   std::array<float, kDirections> xs{};
   std::array<float, kDirections> ys{};
 };

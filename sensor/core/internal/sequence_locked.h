@@ -9,8 +9,8 @@
 namespace QV::sensor {
 
 /**
- * A value that one thread at a time writes and any reads, without a lock: a writer never waits, a
- * reader tries again while a write is going on. The count is odd meanwhile.
+ * A value under a sequence lock: one thread at a time writes it and any reads it. A writer never
+ * waits; a reader tries again while a write is going on. The count is odd meanwhile.
  */
 template <typename T>
 class SequenceLocked {

@@ -42,7 +42,7 @@ class QV_API PeoplePerceptionSensor : public RealSensor {
   void onUpdatePeopleList(const std::string& key, QVValue value, const std::string& subscriber);
 
  protected:
-  /** One record, without points when nobody was seen lately. */
+  /** Returns one record, without points when nobody was seen lately. */
   std::vector<Math::MetricalData> xGetData() const override;
   bool xSubscribeToHardware() override;
   bool xUnsubscribeFromHardware() override;

@@ -20,7 +20,7 @@ namespace QV::sensor {
  */
 class QV_API TouchSensor : public RealSensor {
  public:
-  /** What the event's subscription throws is logged and thrown on. */
+  /** Subscribes to the event; what that throws is logged and thrown on. */
   TouchSensor(const std::string& name, const std::string& familyName,
               boost::shared_ptr<QVBroker> broker, const Math::SensorFieldOfView2D& fieldOfView);
   ~TouchSensor() override;
@@ -35,7 +35,7 @@ class QV_API TouchSensor : public RealSensor {
   /** TACTILE, BUMPER and JOINT at first; any number goes. Groups touched already stay so. */
   void enableTouchType(int type);
   void disableTouchType(int type);
-  /** In ascending order. */
+  /** Returns the types in ascending order. */
   std::vector<int> getEnabledTouchTypes() const;
 
  protected:

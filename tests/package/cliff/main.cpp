@@ -19,7 +19,9 @@ std::string tell(const session::Snapshot& snapshot) {
   return cliff.marks.hits.empty() ? "floor" : "a cliff";
 }
 
-/** What the sensor tells a quarter of a second after the robot was put at the hole, and later. */
+/**
+ * Tells what the sensor says a quarter of a second after the robot was put at the hole, and later.
+ */
 std::string tryFault(session::Session& robot, robot::FaultKind kind) {
   robot.clearFault("FrontCliff");
   robot.setPose(kOnTheFloor);

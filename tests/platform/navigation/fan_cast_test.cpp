@@ -23,7 +23,7 @@ double snapped(double part) {
   return std::abs(part) < 1e-15 ? std::copysign(0.0, part) : part;
 }
 
-/** Where the rays of a fan go, about its heading. */
+/** The directions of a fan's rays, about its heading. */
 struct Directions {
   using Values = std::array<double, FanCast::kMostRays + FanCast::kMore>;
   int count;
@@ -62,7 +62,7 @@ class RandomFans {
     return integer(-8, 8) * eighth + offsets[integer(0, 2)];
   }
 
-  /** Of a fan that turns by even steps, however small, or of rays in no order. */
+  /** Makes a fan that turns by even steps, however small, or rays in no order. */
   Directions nextDirections() {
     Directions directions{integer(1, FanCast::kMostRays)};
     const double steps[] = {hair(), uniform(-0.03, 0.03), uniform(-0.03, 0.03), uniform(-7.0, 7.0)};

@@ -28,7 +28,7 @@ OccupancyMap randomMap(int width, int height, unsigned seed) {
   return map;
 }
 
-/** Whether a block holds the cells that it covers, and nothing where there are none. */
+/** True if a block holds the cells that it covers, and nothing where there are none. */
 testing::AssertionResult holdsItsCells(const StripImage& image, int strip, int group,
                                        const OccupancyMap& map, float limit, bool turned) {
   const StripImage::Block& block = image.getBlock(strip, group);
@@ -46,7 +46,7 @@ testing::AssertionResult holdsItsCells(const StripImage& image, int strip, int g
   return testing::AssertionSuccess();
 }
 
-/** Whether the rows of a strip, from one on, are told as used where they hold a cell. */
+/** True if the rows of a strip, from one on, are told as used where they hold a cell. */
 testing::AssertionResult tellsItsRows(const StripImage& image, int strip, int firstRow,
                                       const OccupancyMap& map, float limit, bool turned) {
   for (int i = 0; i < StripImage::kRowsSeen; ++i) {

@@ -102,7 +102,7 @@ TEST_F(BagWriterTest, aFullDiskEndsTheRecordingWithOneError) {
   EXPECT_THROW(BagWriter("/dev/full"), std::runtime_error);
 }
 
-/** What a killed process leaves behind. */
+/** The part of a recording that a killed process leaves behind. */
 struct Progress {
   std::atomic<int> flushed{0};
 };

@@ -34,12 +34,12 @@ void writeSamples(const std::string& path, ros2::Compression compression) {
   writer.close();
 }
 
-/** As the drivers left it in the robot's memory, metres. */
+/** Returns the metres that the drivers left in the robot's memory. */
 float inMemory(const session::Session& robot, const std::string& key) {
   return QVMemoryProxy(robot.getBroker()).getData(key).toFloat();
 }
 
-/** What the last messages of a sonar, a laser and the odometry have to say. */
+/** Returns what the last messages of a sonar, a laser and the odometry have to say. */
 nlohmann::json measuredBy(session::Session& robot) {
   const auto& sensors = robot.getDescription()->sensorConfigs;
   const auto& beams = sensors.at("FrontLaser").memoryKeys;

@@ -87,7 +87,7 @@ std::int64_t stampOf(const Message& message) {
   }
 }
 
-/** When each stamp was written first. */
+/** The time at which each stamp was written first. */
 template <typename Message>
 std::map<std::int64_t, std::int64_t> timesOf(Heard& heard) {
   std::map<std::int64_t, std::int64_t> times;
@@ -268,7 +268,7 @@ TEST(GraphRange, thatMetNothingIsTheGreatestUnlessItIsToBeInfinite) {
   }
 }
 
-/** On a graph that nobody sees. */
+/** Returns the topics of a robot on a graph that nobody sees. */
 std::vector<WireTopic> topicsOf(session::Session& session, const GraphRobotOptions& options,
                                 RosDistro distro = RosDistro::ironOrLater) {
   GraphOptions nobodys;

@@ -98,7 +98,7 @@ std::map<std::string, std::set<std::uint64_t>> digestsIn(const std::string& path
   return digests;
 }
 
-/** Those on which something always goes out that a recording has, too. */
+/** The topics on which something always goes out that a recording has, too. */
 const std::set<std::string> kCompared = {"rt/tf_static",
                                          "rt/odom",
                                          "rt/map",
@@ -117,7 +117,7 @@ const std::set<std::string> kMore = {"rt/clock", "rt/tf", "rt/joint_states",
                                      "rt/DepthCamera/points", "rt/qv/records"};
 
 struct PeerTest : testing::TestWithParam<bool> {
-  /** On a graph that nobody sees. */
+  /** Returns the topics of a robot on a graph that nobody sees. */
   static std::vector<WireTopic> topicsOf(session::Session& session) {
     GraphOptions options;
     options.range = DiscoveryRange::off;

@@ -18,7 +18,7 @@ bool isHoleLaser(const Model::SensorConfig& config) {
   return kind && kind->name == "HoleLaser";
 }
 
-/** Whether the configuration names all keys that a laser of its type needs. */
+/** True if the configuration names all keys that a laser of its type needs. */
 bool isComplete(const Model::SensorConfig& config) {
   std::vector<const char*> needed{"regIndex", "setOperationMode", "getOperationMode", "timestamp"};
   if (isHoleLaser(config)) needed.insert(needed.end(), {"inclination", "status"});

@@ -25,11 +25,11 @@ class LaserUnits : public SensorUnit {
   LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context,
              const UnitFactory::Services& services);
 
-  /** Has those that are off confirm no mode, and those that are switched on scan. */
+  /** Scans with the lasers that are on; those that are off confirm no mode. */
   void measure(ko::Clock::time_point now) override;
 
  private:
-  /** Those that share an operation mode. */
+  /** The lasers that share an operation mode. */
   struct Group {
     std::vector<boost::shared_ptr<LaserUnit>> lasers;
     std::unique_ptr<LaserModeActuator> actuator;
@@ -41,7 +41,7 @@ class LaserUnits : public SensorUnit {
   void xScan(ko::Clock::time_point now);
 
   const UnitContext context;
-  /** By the key that the mode shows in. */
+  /** The groups by the key that their mode shows in. */
   std::map<std::string, Group> groups;
   Beat scanBeat;
 };

@@ -1,11 +1,11 @@
 #pragma once
 
 #include <chrono>
+#include <cstdint>
 #include <memory>
 #include <optional>
 #include <string>
 
-#include "outlets/web/internal/depth_picture.h"
 #include "outlets/web/internal/depth_view.h"
 #include "sensor/core/sensor_manager.h"
 #include "session/session.h"
@@ -15,14 +15,15 @@ namespace QV::outlets {
 /** The name of the manager's depth camera; empty if there is none. */
 std::string findDepthSensor(sensor::SensorManager& manager);
 
-/** The depth camera's frames as messages to a page, five a second while it runs. For one thread. */
-class DepthFeed {
+/** The depth camera's frames, five a second while it runs. For one thread. */
+class DepthFrames {
  public:
   /** See DepthView; `sensor` is the camera's, empty for none. The session must outlive it. */
-  DepthFeed(const session::Session& session, std::string sensor);
+  DepthFrames(const session::Session& session, std::string sensor);
 
-  /** A message, if one is due. */
-  std::optional<std::string> next(const session::Snapshot& snapshot);
+  const std::string& getSensor() const { return sensor; }
+  /** In millimetres, 0 where there is none; nothing if no frame is due. */
+  std::optional<cv::Mat_<std::uint16_t>> next(const session::Snapshot& snapshot);
   /** No more for now. */
   void rest() { view->rest(); }
   bool isResting() const { return view->isResting(); }
@@ -33,7 +34,6 @@ class DepthFeed {
   /** Another when a recording is played from its start again. */
   boost::shared_ptr<QVBroker> broker;
   std::unique_ptr<DepthView> view;
-  DepthPainter painter;
   std::chrono::steady_clock::time_point due = {};
 };
 

@@ -1,9 +1,8 @@
-#include "outlets/web/internal/depth_feed.h"
+#include "outlets/web/internal/depth_frames.h"
 
 #include <algorithm>
 #include <utility>
 
-#include "outlets/web/internal/live_messages.h"
 #include "sensor/perception/sensor_3d.h"
 
 namespace QV::outlets {
@@ -25,13 +24,13 @@ std::string findDepthSensor(sensor::SensorManager& manager) {
   return {};
 }
 
-DepthFeed::DepthFeed(const session::Session& session, std::string givenSensor)
+DepthFrames::DepthFrames(const session::Session& session, std::string givenSensor)
     : session(session),
       sensor(std::move(givenSensor)),
       broker(session.getBroker()),
       view(std::make_unique<DepthView>(broker)) {}
 
-std::optional<std::string> DepthFeed::next(const session::Snapshot& snapshot) {
+std::optional<cv::Mat_<std::uint16_t>> DepthFrames::next(const session::Snapshot& snapshot) {
   if (session.getBroker() != broker) {
     broker = session.getBroker();
     view = std::make_unique<DepthView>(broker);
@@ -43,9 +42,7 @@ std::optional<std::string> DepthFeed::next(const session::Snapshot& snapshot) {
   const auto now = std::chrono::steady_clock::now();
   if (now < due) return std::nullopt;
   due = std::max(due + kPeriod, now);
-  const auto depth = view->take();
-  if (!depth) return std::nullopt;
-  return depthMessage(sensor, painter.paint(*depth));
+  return view->take();
 }
 
 }  // namespace QV::outlets
