@@ -38,7 +38,7 @@ std::string orDash(const session::ListedSensor& sensor, Number value, int digits
 
 void printKind(int kind, const std::vector<session::ListedSensor>& sensors) {
   std::cout << "Simulated sensors of kind " << kind
-            << ". Mounting in the robot's frame (m, rad), ranges in m, apertures in rad.\n";
+            << ".\nMounting in the robot's frame (m, rad), ranges in m, apertures in rad.\n";
   outlets::Table table(
       {"family", "sensor", ">min", ">max", ">aperture", ">rays", ">x", ">y", ">heading"});
   for (const auto& sensor : sensors) {
@@ -61,7 +61,7 @@ std::string noteOn(const session::ListedSensor& sensor) {
 void printSensors(const robot::RobotDescription& description, const session::OpenOptions& robots) {
   const Model::Robot& robot = description.model;
   std::cout << "Robot " << robot.name << " of kind " << robot.kindCode
-            << ". Mounting in the link's frame (m, rad), ranges in m, apertures in rad.\n";
+            << ".\nMounting in the link's frame (m, rad), ranges in m, apertures in rad.\n";
   outlets::Table table({"family", "sensor", ">type", ">min", ">max", ">aperture", ">keys", "link",
                         ">x", ">y", ">z", ">heading", ""});
   for (const auto& sensor : session::sensorsOf(description, robots)) {

@@ -72,7 +72,9 @@ void printTable(const ros2::BagInfo& info) {
   printLine(info.path + ": " + session::fixed(durationOf(info), 2) + " s, " +
             std::to_string(info.count) + " messages, " + std::to_string(info.fileBytes) + " bytes");
   if (const std::string title = titleOf(info); !title.empty()) {
-    printLine(title + ", sensors " + joined(sensorsOf(info)));
+    outlets::Table robot({"robot", "sensors"});
+    robot.add({ko::log::onOneLine(title), ko::log::onOneLine(joined(sensorsOf(info)))});
+    robot.print(std::cout, getLineWidth());
   }
   outlets::Table table(
       {"topic", "type", ">messages", ">Hz", ">longest gap s", ">from s", ">to s", ">bytes"});

@@ -144,7 +144,7 @@ std::string listGraphTopics(const GraphArguments& arguments, session::Session& s
       table.add({wire.topic.name, wire.topic.type, wire.isInput ? "in" : "out",
                  qosText(wire.topic.qos), wire.ddsName + " " + wire.ddsType});
     std::ostringstream text;
-    table.dropFirst({"on the wire"});
+    table.dropFirst({"on the wire", "quality of service"});
     table.print(text, getLineWidth());
     return text.str();
   });
