@@ -39,6 +39,7 @@ int main(int argc, char** argv) {
   void* const library = load();
   void* const entry = library ? dlsym(library, QV::app::kEntry) : nullptr;
   if (entry) return reinterpret_cast<Entry>(entry)(argc, argv);
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): there is one thread.
   std::fprintf(stderr, "qvsensors: can't be loaded: %s\n", dlerror());
   return 2;
 }

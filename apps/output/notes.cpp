@@ -92,6 +92,7 @@ void note(const std::string& line) {
 std::size_t getLineWidth() {
   winsize size{};
   if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody here changes the environment.
   const char* const text = std::getenv("COLUMNS");
   const std::string_view digits = text ? text : "";
   std::size_t width = 0;
