@@ -14,7 +14,7 @@ constexpr int kArcPoints = 15;
 Json shortened(Math::MetricalData record, const session::Snapshot& snapshot) {
   const std::size_t count = record.points.size();
   record.points.resize(std::min(count, kMostRecordPoints));
-  Json json = toJson(record, snapshot);
+  Json json = QV::outlets::toJson(record, snapshot);
   json["pointCount"] = count;
   return json;
 }
