@@ -2,7 +2,7 @@
 
 import { onThemeChange, readTheme } from './colours.js';
 import { Layer } from './layer.js';
-import { drawFieldOfView, drawPoints } from './map_js';
+import { drawFieldOfView, drawPoints } from './map_layers.js';
 import { drawPerson, drawRobot, drawTouch, robotRadius } from './map_marks.js';
 import { drawScale, drawTape } from './map_measures.js';
 import { drawGoal, drawPicked, drawRoute } from './map_way.js';
