@@ -57,6 +57,7 @@ if(EXISTS ${include}/outlets)
   if(NOT output STREQUAL expected)
     message(FATAL_ERROR "the robot with a cliff detector said: ${output}${log}")
   endif()
+  run(${work}/cliff/try_unit ${cliff}/courier.urdf)
   # The program, with the sensor that is not the library's: COMMAND OPTION...|what it must say
   foreach(row
       "list|FrontCliff +40"

@@ -7,13 +7,12 @@
 #include <string>
 
 #include "outlets/web/internal/depth_view.h"
-#include "sensor/core/sensor_manager.h"
 #include "session/session.h"
 
 namespace QV::outlets {
 
-/** The name of the manager's depth camera; empty if there is none. */
-std::string findDepthSensor(sensor::SensorManager& manager);
+/** The name of the depth camera that the robot has a sensor for; empty if there is none. */
+std::string findDepthSensor(const session::Session& session);
 
 /** The depth camera's frames, five a second while it runs. For one thread. */
 class DepthFrames {

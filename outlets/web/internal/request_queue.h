@@ -16,7 +16,7 @@ namespace QV::outlets {
 /** A command and whom to tell when it can't be done. */
 struct LiveRequest {
   session::Command command;
-  /** With the reason; called on the session's thread. */
+  /** Refuses the request with the reason; called on the session's thread. */
   std::function<void(const std::string&)> refuse;
 };
 
