@@ -113,7 +113,7 @@ class QV_API VirtualRobot {
    * which they were set. */
   std::vector<Fault> getFaults() const;
 
-  /** What ails a sensor now. */
+  /** The fault that a sensor suffers now; nothing while it is sound. */
   std::optional<FaultKind> findFault(const std::string& sensor) const;
 
   /** The sensors that are measured, and "PeoplePerception" with a depth camera. */

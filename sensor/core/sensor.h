@@ -143,21 +143,21 @@ class QV_API Sensor {
   void xWatch(bool on) const;
   bool xNotesNext() const;
 
-  // What a reading touches stands together, before what it does not.
-  std::atomic<bool> started{false};
-  std::atomic<bool> enabled{true};
-  std::atomic<bool> diagnosisSuccess{true};
-  /** Whether there are subscribers, for those who must not wait. */
-  std::atomic<bool> isWanted{false};
-  /** Whether the watch may want the next reading. */
-  mutable std::atomic<bool> isNoted{true};
-  mutable boost::mutex startedMutex;
-  const std::unique_ptr<SensorWatch> watch;
   std::set<std::string> subscribers;
   mutable boost::mutex mutex;
   mutable std::unique_ptr<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
   mutable std::mutex troubleMutex;
+  // What a reading touches stands last, beside what derived sensors measure with.
+  const std::unique_ptr<SensorWatch> watch;
+  std::atomic<bool> enabled{true};
+  std::atomic<bool> diagnosisSuccess{true};
+  /** Whether there are subscribers, for those who must not wait. */
+  std::atomic<bool> isWanted{false};
+  std::atomic<bool> started{false};
+  /** Whether the watch may want the next reading. */
+  mutable std::atomic<bool> isNoted{true};
+  mutable boost::mutex startedMutex;
 };
 
 }  // namespace QV::sensor

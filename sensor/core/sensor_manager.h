@@ -223,17 +223,17 @@ class QV_API SensorManager {
 
   /** The cache. Its records never change, so that the lock is held for a pointer only. */
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
+  const std::unique_ptr<HealthBoard> health;
+  /** Whether any is in failingSensors: spares the lock while none is. */
+  mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::shared_mutex dataMutex;
   boost::mutex subscriptionMutex;
   /** The sensors whose records could not be gathered the last time. */
   mutable std::set<std::string> failingSensors;
-  /** Spares the lock while none fails. */
-  mutable std::atomic<bool> isAnyFailing{false};
   mutable std::mutex gatheringMutex;
   /** The last errors of sensors that were not built. */
   mutable std::map<std::string, ko::log::Record> troubleOfMissing;
   mutable std::mutex troubleMutex;
-  const std::unique_ptr<HealthBoard> health;
 };
 
 }  // namespace QV::sensor

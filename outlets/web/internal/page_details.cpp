@@ -14,7 +14,7 @@ constexpr int kArcPoints = 15;
 Json shortened(Math::MetricalData record, session::Frame frame) {
   const std::size_t count = record.points.size();
   record.points.resize(std::min(count, kMostRecordPoints));
-  Json json = toJson(record, frame);
+  Json json = QV::outlets::toJson(record, frame);
   json["pointCount"] = count;
   return json;
 }

@@ -38,6 +38,10 @@ std::size_t indexOf(HealthState state) {
   return static_cast<std::size_t>(state);
 }
 
+bool isUnread(const HealthFinding& finding) {
+  return finding.cause == HealthCause::unread || finding.cause == HealthCause::neverRead;
+}
+
 // Hardware that was switched off, or failed to be switched on, is no longer what it was.
 bool isByReadings(const HealthFinding& finding) {
   return finding.state > HealthState::sound &&
@@ -170,7 +174,6 @@ HealthMoment HealthBoard::xMoment() const {
   moment.isDeviceKnown = isLately || !isRefreshed;
   moment.deviceOffset = isLately ? deviceOffset.load() : 0;
   moment.isMoving = motion.getState().isMoving;
-  moment.hanging = xFindHanging(moment.now);
   return moment;
 }
 
@@ -206,7 +209,9 @@ HealthFinding HealthBoard::xJudge(Entry& entry, const HealthMoment& moment,
                                 sensor.isStarted()};
   const ReadingNotes notes = watch.getNotes();
   if (moved) entry.track.update(notes, watch.getNature().showsMotion, *moved);
-  return HealthJudge(watch, notes, entry.limits, entry.track, moment).judge(switches);
+  auto finding = HealthJudge(watch, notes, entry.limits, entry.track, moment).judge(switches);
+  if (isUnread(finding)) finding.other = xFindHanging(moment.now);
+  return finding;
 }
 
 // What passes without the machine's time is no time in which a sensor could have measured.

@@ -23,8 +23,6 @@ struct HealthMoment {
   bool isRefreshed = false;
   /** True while the robot moves: some sensors may then be silent. */
   bool isMoving = false;
-  /** The name of the sensor whose reading does not return; null if none hangs. */
-  const std::string* hanging = nullptr;
 };
 
 /** A sensor's switches at one moment. */

@@ -98,10 +98,10 @@ class alignas(64) SensorWatch {
     PlanarView::Shape shape;
     SequenceLocked<PlanarView> view;
   };
-  /** What is too large for sensors that nobody starts. The notes fill two lines of cache. */
-  struct alignas(64) Ledger {
+  /** The part that is too large for sensors that nobody starts. */
+  struct Ledger {
     SequenceLocked<ReadingNotes> notes;
-    /** Of the last reading whose points were looked at. */
+    /** The stamp of the last reading whose points were looked at. */
     std::int64_t lastStamp = 0;
     std::atomic<std::int64_t> callSince{0};
     /** Null where it does not look around. */
@@ -139,6 +139,6 @@ class alignas(64) SensorWatch {
   HealthNature nature;
   std::atomic<Ledger*> ledger{nullptr};
 };
-static_assert(sizeof(SensorWatch) == 64 && sizeof(SequenceLocked<ReadingNotes>) == 128);
+static_assert(sizeof(SensorWatch) == 64);
 
 }  // namespace QV::sensor
