@@ -8,7 +8,7 @@
 
 namespace QV::ros2 {
 
-/** What the end of a file says of the rest. */
+/** The summary at the end of a file. */
 struct McapSummary {
   /** Of the recording at `path`. */
   explicit McapSummary(const std::string& path) : chunks(path) {}
