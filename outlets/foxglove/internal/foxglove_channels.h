@@ -15,7 +15,7 @@ constexpr std::uint32_t kMap = 2;
 constexpr std::uint32_t kLog = 3;
 constexpr std::uint32_t kFirstSensor = 4;
 
-/** What viewers can subscribe to: numbered from 1 without a gap. */
+/** The channels that viewers can subscribe to: numbered from 1 without a gap. */
 struct Channels {
   std::vector<Channel> all;
   /** The names of the sensors by channel. */

@@ -34,7 +34,7 @@ class QV_API FoxgloveFeed : public WebOutlet {
   void onClose(const std::shared_ptr<WebClient>& client) override;
 
   bool isWatched() const override;
-  /** For each viewer the sensors whose channels it has subscribed to. */
+  /** Returns for each viewer the sensors whose channels it has subscribed to. */
   session::Demand getDemand() const override;
   void showLog(const std::vector<ko::log::Record>& lines) override;
   void show(const session::Snapshot& snapshot) override;

@@ -12,11 +12,11 @@
 /** The messages of the channels, in JSON, by the schemas of foxglove_schemas.h. */
 namespace QV::outlets::foxglove {
 
-/** Where the robot is in the map. */
+/** Tells where the robot is in the map. */
 std::string frameTransform(const session::Snapshot& snapshot);
 /**
- * What a sensor met, an echo as points along its arc, at most 10,000: of a virtual robot in its
- * ground frame.
+ * Tells what a sensor met, an echo as points along its arc, at most 10,000: of a virtual robot in
+ * its ground frame.
  */
 QV_API std::string pointCloud(const session::SensorState& sensor,
                               const session::Snapshot& snapshot);
