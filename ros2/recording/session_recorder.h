@@ -25,7 +25,7 @@ struct RecorderOptions {
  */
 class QV_API SessionRecorder : public outlets::Outlet {
  public:
-  /** "-" is standard output. A file that can't be made: std::runtime_error. */
+  /** Opens the file; "-" is standard output. One that can't be made: std::runtime_error. */
   SessionRecorder(const std::string& path, session::Session& session,
                   const RecorderOptions& options = {});
   ~SessionRecorder() override;

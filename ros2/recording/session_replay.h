@@ -49,7 +49,7 @@ class QV_API SessionReplay {
   /** Once, before the first step: another robot's sensors, which nobody has subscribed to, are. */
   void begin();
 
-  /** Whether it is one of SessionRecorder. */
+  /** True if it is one of SessionRecorder. */
   bool isOwn() const { return isOwnSession; }
 
   /** Looks at what there is to see of the last step; of another robot, the records of what was

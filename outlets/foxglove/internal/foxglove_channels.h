@@ -20,7 +20,7 @@ struct Channels {
   std::vector<Channel> all;
   /** The names of the sensors by channel. */
   std::map<std::uint32_t, std::string> sensors;
-  /** Where the sensors look. */
+  /** The channel of where the sensors look. */
   std::uint32_t fields = 0;
   /** The frames of the depth camera; 0 without one. */
   std::uint32_t depth = 0;

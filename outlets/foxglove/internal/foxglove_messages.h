@@ -22,7 +22,7 @@ QV_API std::string pointCloud(const session::SensorState& sensor,
                               const session::Snapshot& snapshot);
 /** Occupancies of a map: 0 free to 100 solid, 255 unknown. */
 std::string grid(const OccupancyMap& map, ko::Clock::time_point time);
-/** Where each started sensor looks, on the floor. */
+/** Tells where each started sensor looks, on the floor. */
 QV_API std::string fieldsOfView(const session::Snapshot& snapshot);
 /** A depth frame in millimetres, 0 where there is none; `sensor` names the camera's frame. */
 QV_API std::string depthImage(const cv::Mat_<std::uint16_t>& depth, const std::string& sensor,

@@ -12,7 +12,9 @@
 
 namespace QV::outlets {
 
-/** What every page is told first of a robot, its map, in so many levels of tiles, and its families.
+/**
+ * Describes a robot, its map, in so many levels of tiles, and its families, as every page is told
+ * first.
  */
 QV_API Json describeWorld(session::Session& robot, int mapLevels);
 

@@ -48,10 +48,10 @@ class QV_API PageFeed : public WebOutlet {
   void showLog(const std::vector<ko::log::Record>& lines) override;
 
  private:
-  /** What one page wants. */
+  /** The wishes of one page. */
   struct Page {
     std::set<std::string> sensors;
-    /** Whose records it looks at; empty for none. */
+    /** The sensor whose records it looks at; empty for none. */
     std::string inspected;
     bool inSpace = false;
   };

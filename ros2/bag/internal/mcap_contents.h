@@ -22,7 +22,7 @@ struct McapBlock {
   std::uint64_t endTime = 0;
 };
 
-/** What a file holds, and where. More than `limits` allow: std::runtime_error. */
+/** The contents of a file, and where they stand. More than `limits` allow: std::runtime_error. */
 class McapContents {
  public:
   explicit McapContents(const McapLimits& limits = {}) : limits(limits) {}
@@ -42,7 +42,7 @@ class McapContents {
   void add(mcap::Op op, BytesView content);
   void addSchema(mcap::Schema schema);
   void addChannel(const mcap::Channel& channel);
-  /** Whether there are not too many blocks, metadata and attachments. */
+  /** Checks that there are not too many blocks, metadata and attachments. */
   void checkPlaces() const;
 
  private:

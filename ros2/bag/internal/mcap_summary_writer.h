@@ -10,7 +10,7 @@ namespace QV::ros2 {
 
 /** The summary at the end of a file. */
 struct McapSummary {
-  /** Of the recording at `path`. */
+  /** Summarises the recording at `path`. */
   explicit McapSummary(const std::string& path) : chunks(path) {}
 
   std::vector<mcap::Schema> schemas = {};

@@ -17,7 +17,7 @@ namespace QV::ros2 {
 
 using MachineClock = std::chrono::steady_clock;
 
-/** How often whoever waits for a graph looks at it. */
+/** The time between two looks of whoever waits for a graph. */
 inline constexpr std::chrono::milliseconds kGlance{50};
 
 /** A place on a graph, and what there is of a robot: made in the machine's time, before it begins.

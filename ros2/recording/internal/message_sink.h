@@ -17,7 +17,7 @@ struct SessionTopic {
   std::string sensor = {};
 };
 
-/** Where the messages of a session go: a recording or a graph. Used by one thread at a time. */
+/** The sink for the messages of a session: a recording or a graph. Used by one thread at a time. */
 class QV_API MessageSink {
  public:
   MessageSink() = default;
