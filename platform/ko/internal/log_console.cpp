@@ -4,7 +4,7 @@
 #include <cstdio>
 #include <ctime>
 #include <memory>
-#include <utility>
+#include <optional>
 
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
