@@ -13,7 +13,8 @@ bool QVMemoryFastAccess::InnerTest(boost::shared_ptr<QVBroker> broker) {
   try {
     memory = broker->getSpecialisedProxy<QVMemoryProxy>(MemoryContract::kModule);
   } catch (const std::exception& error) {
-    throw QVError("QVMemoryFastAccess", "InnerTest", std::string("When creating memory proxy: ") + error.what());
+    throw QVError("QVMemoryFastAccess", "InnerTest",
+                  std::string("When creating memory proxy: ") + error.what());
   }
   const std::vector<std::string> keys{"QVMemoryFastAccess/Test/0", "QVMemoryFastAccess/Test/1",
                                       "QVMemoryFastAccess/Test/2"};
