@@ -16,8 +16,8 @@
 #include "bench/free_poses.h"
 #include "bench/mrpt_scan.h"
 #include "bench/timing.h"
+#include "platform/navigation/internal/map_inside.h"
 #include "platform/navigation/internal/scan_path.h"
-#include "platform/navigation/internal/scan_store.h"
 #include "robot/maps/map_files.h"
 
 namespace QV::bench {
@@ -99,7 +99,8 @@ struct Scene {
   explicit Scene(const std::string& path)
       : map(robot::loadMap(path)), poses(drawFreePoses(map, kPoses)) {
     const detail::ScanStore* store = nullptr;
-    const double seconds = secondsOf([&] { store = map.getScanStore(kOccupiedAbove); });
+    const double seconds =
+        secondsOf([&] { store = detail::MapInside::findStore(map, kOccupiedAbove); });
     const auto cells = static_cast<double>(map.getCells().size());
     buildMsPerMcell = 1e9 * seconds / cells;
     bytesPerCell = static_cast<double>(store->getBytes()) / cells;

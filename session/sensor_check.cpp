@@ -59,13 +59,6 @@ Observation observe(CheckTarget& target, const std::string& sensor, const Sensor
   return seen;
 }
 
-std::string describeTouch(const Observation& seen) {
-  if (seen.records == 0) return "nothing touches it";
-  std::string text;
-  for (const std::string& name : seen.names) text += (text.empty() ? "touched: " : ", ") + name;
-  return text;
-}
-
 void judge(const Observation& seen, const SensorNature& nature, const std::string& trouble,
            const std::string& missing, CheckedSensor& checked) {
   checked.records = seen.records;
@@ -84,6 +77,9 @@ void judge(const Observation& seen, const SensorNature& nature, const std::strin
   }
   if (seen.isStuck) return fail(Verdict::stale, "its points stay the same when the robot turns");
   if (!trouble.empty()) return fail(Verdict::badData, trouble);
+  if (nature.alwaysHasPoints() && seen.points == 0) {
+    return fail(Verdict::badData, "its records have no points");
+  }
   if (nature.looksDown() && seen.points == 0) {
     return fail(Verdict::badData, "its status never vouches for its points");
   }

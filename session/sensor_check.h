@@ -39,7 +39,7 @@ struct QV_API CheckOptions {
   /** The sensors to check, by name. None means all, and those of the description that could not
    * be built. */
   std::set<std::string> sensors = {};
-  /** The kinds of a manager's sensors, found by their families; a session knows its own. */
+  /** The kinds of sensors that their manager knows none of, found by their families. */
   Model::SensorKinds kinds = Model::SensorKinds::standard();
   /** Hears after each sensor which share is done; false ends the check. */
   std::function<bool(double)> goesOn = {};

@@ -12,6 +12,7 @@
 #include "platform/math/pose2d.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/model/robot.h"
+#include "platform/model/sensor_kinds.h"
 #include "robot/world/faults/fault.h"
 #include "sensor/core/sensor_manager.h"
 #include "session/snapshot.h"
@@ -28,13 +29,10 @@ inline void addDemand(Demand& demand, const Demand& others) {
   }
 }
 
-class SessionListener;
-struct SessionCommand;
-class SessionRobot;
 struct SessionParts;
 
 /**
- * A robot in a run, simulated, virtual or recorded, and all that can be done with it.
+ * A robot, simulated, virtual or recorded, and all that can be done with it.
  *
  * Open one with the functions of open.h. It is driven, switched, looked at and made to fail in the
  * same way whichever it is; what can't be done with it says so. Time goes by while it is run.
@@ -59,8 +57,6 @@ struct SessionParts;
  */
 class QV_API Session {
  public:
-  /** Makes a session of its parts. For those who open sessions. */
-  explicit Session(std::unique_ptr<SessionParts> parts);
   /** Lets the robot stand, and stops all sensors. */
   ~Session();
   Session(const Session&) = delete;
@@ -84,6 +80,8 @@ class QV_API Session {
   boost::shared_ptr<QVBroker> getBroker() const;
   /** The description that its sensors were made from; null if they were not made from any. */
   const Model::Robot* getDescription() const;
+  /** The kinds that its description's types stand for. */
+  const Model::SensorKinds& getKinds() const;
 
   /**
    * Subscribes to sensors or families, by name. Starting hardware takes its time, simulated or not.
@@ -148,15 +146,10 @@ class QV_API Session {
   /** Sets the seconds that go by in a second of the machine's, above 0. */
   void setSpeed(double speed);
 
-  /** Adds a listener. It hears what is so now and all that goes into the session from then on;
-   * it must be removed before it ends. */
-  void addListener(SessionListener& listener);
-  void removeListener(SessionListener& listener);
-
  private:
-  friend SessionRobot& robotOf(Session& session);
+  friend struct SessionParts;
+  explicit Session(std::unique_ptr<SessionParts> parts);
   void xAdvance(ko::Clock::time_point end);
-  void xTell(const SessionCommand& command) const;
   void xReopen();
 
   std::unique_ptr<SessionParts> parts;

@@ -133,7 +133,8 @@ struct QV_API Snapshot {
   boost::shared_ptr<const OccupancyMap> map;
   std::vector<Math::Position2D> people;
   std::vector<TouchState> touches;
-  /** Of a virtual robot: what somebody makes sensors suffer now, such as "off", by their names. */
+  /** The faults that somebody makes a virtual robot's sensors suffer now, such as "off", by
+   * their names. */
   std::map<std::string, std::string> faults;
 };
 

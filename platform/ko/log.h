@@ -55,6 +55,7 @@ QV_API void write(Level level, std::string_view category, std::string_view metho
                   std::string message);
 
 using Sink = boost::function<void(const Record&)>;
+struct SinkEntry;
 
 /**
  * Hands every record up to `level` to `sink`, on the thread that writes it, until it goes out of
@@ -69,10 +70,8 @@ class QV_API ScopedSink {
   ScopedSink(const ScopedSink&) = delete;
   ScopedSink& operator=(const ScopedSink&) = delete;
 
-  struct Entry;
-
  private:
-  boost::shared_ptr<Entry> entry;
+  boost::shared_ptr<SinkEntry> entry;
 };
 
 /** The last lines of the log that nobody took yet, while it lives. Thread-safe. */

@@ -24,8 +24,9 @@ struct QV_API DescriptionFault {
 
 /**
  * The sensors' slips, in the order of their names: properties that are unknown, missing, no number
- * or beyond their limits, a wrong number of memory keys, two sensors on one memory key; then types
- * that are nearly the name of a kind. Sensors of a number that is no kind's are not looked at.
+ * or beyond their limits, a wrong number of memory keys, two sensors on one memory key, a number
+ * that is no kind's; then types that are nearly the name of a kind, and words that are none where
+ * the sensor has properties or memory keys.
  */
 QV_API std::vector<DescriptionFault> findDescriptionFaults(
     const Robot& robot, const SensorKinds& kinds = SensorKinds::standard());

@@ -17,6 +17,8 @@ struct QV_API ForeignSensor {
   /** Empty if it has none. */
   std::string name;
   std::string type;
+  /** True if it has properties or memory keys, as a sensor that is meant for us. */
+  bool hasOurParts = false;
 
   friend bool operator==(const ForeignSensor&, const ForeignSensor&) = default;
 };

@@ -41,13 +41,15 @@ QV_API bool isNumber(Quantity quantity);
 struct QV_API PropertyRule {
   std::string name;
   Quantity quantity = Quantity::text;
-  /** True if the sensor can't be made, or can't be used, without it. */
+  /** True if the sensor can't be used without it. */
   bool isRequired = false;
   /** The limits of a number, which are allowed themselves; none if both are 0. */
   double least = 0.0;
   double most = 0.0;
   /** True if several sensors may name the same memory key in it. */
   bool isShared = false;
+  /** True if none is made without it; else one is, and is of no use. */
+  bool isNeededToMake = false;
 
   bool hasLimits() const { return least != 0.0 || most != 0.0; }
   /** Says what is expected, for messages: "metres from 0 to 1000". */
@@ -60,6 +62,18 @@ struct QV_API PropertyRule {
  */
 QV_API const std::vector<PropertyRule>& commonProperties();
 
+/** The content of a memory key, for those who read it beside the sensor. */
+enum class KeyContent {
+  other,
+  /** Metres; beyond the maximum range: nothing. */
+  range,
+  /** Alternately x and y of points in the sensor's frame, metres. */
+  coordinates,
+  /** A detection: above kPresenceThreshold something is there. */
+  presence
+};
+inline constexpr float kPresenceThreshold = 0.9f;
+
 /**
  * The number of memory keys that a sensor reads: from `least` to `most`, in groups of `groupSize`.
  */
@@ -67,8 +81,9 @@ struct QV_API KeyRule {
   std::size_t least = 0;
   std::size_t most = 0;
   std::size_t groupSize = 1;
-  /** The content of a key, with its unit: "range (m)". */
+  /** The content of a key, with its unit, for messages: "range (m)". */
   std::string content;
+  KeyContent holds = KeyContent::other;
 };
 
 /**
@@ -90,6 +105,11 @@ struct QV_API SensorKind {
   Silence silence = Silence::never;
   /** True if it measures again and again, rather than telling of changes. */
   bool hasRate = true;
+  /**
+   * True if a record leaves out the beams that met nothing, and so may have no points. Else they
+   * are in it, at the maximum range.
+   */
+  bool leavesOutMisses = true;
   /** True if one sensor stands for all that a description lists of the kind. */
   bool standsForAll = false;
   std::vector<PropertyRule> properties = {};
@@ -99,6 +119,8 @@ struct QV_API SensorKind {
 
   /** The rule of a property, of the kind's own or of a common one; null for an unknown name. */
   const PropertyRule* findProperty(const std::string& property) const;
+  /** True if what it sees are images of the video device. */
+  bool isCamera() const;
 };
 
 }  // namespace QV::Model

@@ -12,9 +12,8 @@
 namespace QV {
 
 namespace detail {
-class GridFrame;
-class ScanStore;
-}  // namespace detail
+struct MapInside;
+}
 
 /**
  * A grid of occupancies from 0 (free) to 1 (occupied).
@@ -82,16 +81,8 @@ class QV_API OccupancyMap {
   /** The centre of a cell, inside the map or not, in the world. */
   Math::Position2D getCellCentre(int column, int row) const;
 
-  /** The store that scans with this limit look at in place of the cells. It is made when it is
-   * first asked for, in some milliseconds and half a megabyte for a million cells, and kept
-   * true from then on. A map keeps it for two limits; null for others. */
-  const detail::ScanStore* getScanStore(float occupiedAbove) const;
-
-  /** The place of the cells in the world. */
-  const detail::GridFrame& getGridFrame() const;
-
  private:
-  struct Inside;
+  friend struct detail::MapInside;
 
   std::size_t xIndex(int column, int row) const;
 
@@ -100,7 +91,7 @@ class QV_API OccupancyMap {
   float resolution;
   Math::Pose2D origin;
   std::vector<float> cells;
-  std::unique_ptr<Inside> inside;
+  std::unique_ptr<detail::MapInside> inside;
 };
 
 }  // namespace QV

@@ -7,6 +7,7 @@ package qv_sensor to be importable.
 from __future__ import annotations
 
 import inspect
+import re
 import sys
 import textwrap
 import types
@@ -14,7 +15,7 @@ from pathlib import Path
 from typing import Any
 
 import qv_sensor
-from qv_sensor import _core
+from qv_sensor import _core, _types
 
 ROOT = Path(__file__).resolve().parents[2]
 STUB = ROOT / "python" / "qv_sensor" / "_core.pyi"
@@ -31,21 +32,7 @@ from typing_extensions import Self
 
 from ._subscription import Subscription
 from ._types import (
-    Check,
-    Echo,
-    FaultKind,
-    Health,
-    LogLevel,
-    LogRecord,
-    Names,
-    PathLike,
-    PointMeaning,
-    Pose2D,
-    PoseLike,
-    PositionLike,
-    SensorOrder,
-    UnitOrder,
-    Value,
+{types}
 )
 
 __version__: str
@@ -73,9 +60,10 @@ def split(doc: str) -> tuple[str, str]:
 
 
 def members_of(cls: type) -> list[tuple[str, Any]]:
-    """In the order in which they were bound."""
+    """In the order in which they were bound, but for how it is made, which is first."""
     told = [(name, value) for name, value in vars(cls).items() if signature_of(name, value)]
-    return [(name, value) for name, value in told if name != "__module__"]
+    told = [(name, value) for name, value in told if name != "__module__"]
+    return sorted(told, key=lambda each: each[0] != "__init__")
 
 
 def signature_of(name: str, value: Any) -> str:
@@ -118,14 +106,17 @@ def public_names() -> list[str]:
 
 
 def stub() -> str:
-    lines = []
+    lines: list[str] = []
     for name in public_names():
         value = getattr(_core, name)
         if isinstance(value, type):
             lines += stub_of_class(value)
         else:
             lines += ["", f"def {split(value.__doc__)[0]}: ..."]
-    return STUB_HEAD + "\n".join(lines) + "\n"
+    body = "\n".join(lines) + "\n"
+    own = re.findall(r"^(?:class )?(\w+)(?:\(| = )", inspect.getsource(_types), re.MULTILINE)
+    used = sorted(name for name in own if re.search(rf"\b{name}\b", body))
+    return STUB_HEAD.format(types="\n".join(f"    {name}," for name in used)) + body
 
 
 def text_of_member(owner: str, name: str, value: Any) -> str:

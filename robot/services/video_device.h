@@ -20,6 +20,7 @@
 namespace QV::robot {
 
 class InputListener;
+struct InputTap;
 class SpareBytes;
 
 /**
@@ -64,10 +65,9 @@ class QV_API VideoDevice : public QVModule {
   /** Returns the handles of all clients, sorted. */
   std::vector<std::string> getHandles() const;
 
-  /** Hears of all images from now on, and must outlive that; null for nobody. */
-  void setListener(InputListener* newListener) { listener = newListener; }
-
  private:
+  friend struct InputTap;
+
   struct Device {
     explicit Device(const Camera& camera) : camera(camera) {}
     const Camera camera;

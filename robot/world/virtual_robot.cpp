@@ -89,8 +89,8 @@ void VirtualRobot::setFault(const Fault& fault) {
   world->getFaults().add(fault);
 }
 
-void VirtualRobot::setListener(InputListener* listener) {
-  world->setListener(listener);
+void InputTap::set(VirtualRobot& robot, InputListener* listener) {
+  robot.world->setListener(listener);
 }
 
 void VirtualRobot::clearFault(const std::string& sensor) {

@@ -20,7 +20,7 @@
 
 namespace QV::robot {
 
-class InputListener;
+struct InputTap;
 class RobotWorld;
 class UnitFactory;
 
@@ -113,18 +113,16 @@ class QV_API VirtualRobot {
    * which they were set. */
   std::vector<Fault> getFaults() const;
 
-  /** What ails a sensor now. */
+  /** The fault that a sensor suffers now; nothing while it is sound. */
   std::optional<FaultKind> findFault(const std::string& sensor) const;
 
   /** The sensors that are measured, and "PeoplePerception" with a depth camera. */
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
 
-  /** Sets who hears what is so now and of all that is measured from then on. He must outlive
-   * that, or null takes his place. */
-  void setListener(InputListener* listener);
-
  private:
+  friend struct InputTap;
+
   const boost::shared_ptr<QVBroker> broker;
   const boost::shared_ptr<RobotWorld> world;
 };

@@ -68,7 +68,7 @@ class SessionRecorder::Impl : public session::SessionListener {
     // What a virtual robot's memory holds before it has measured is no measurement.
     const bool hasMeasured = robotOf(session).isRecording();
     if (hasMeasured) xAddDrivers();
-    session.addListener(*this);
+    addListener(session, *this);
     if (!hasMeasured) xAddDrivers();
     if (auto* robot = robotOf(session).getVirtualRobot()) {
       for (const robot::Fault& fault : robot->getFaults()) onCommand(session::commandOf(fault));
@@ -132,7 +132,7 @@ class SessionRecorder::Impl : public session::SessionListener {
   void finish() {
     if (isFinished) return;
     isFinished = true;
-    session.removeListener(*this);
+    removeListener(session, *this);
     xAttempt([&](ko::Clock::time_point) {
       xFlush(false);
       writer.close();
@@ -172,7 +172,8 @@ class SessionRecorder::Impl : public session::SessionListener {
   }
 
   void xAddDrivers() {
-    if (const auto* robot = session.getDescription()) drivers.emplace(writer, *robot, names);
+    const auto* robot = session.getDescription();
+    if (robot) drivers.emplace(writer, *robot, session.getKinds(), names);
   }
 
   void xWriteFacts() {

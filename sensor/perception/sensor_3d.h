@@ -1,12 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
-#include <boost/thread/mutex.hpp>
 #include <opencv2/core.hpp>
 
 #include "platform/api.h"
@@ -87,7 +87,7 @@ class QV_API Sensor3D : public Sensor {
   std::vector<Math::MetricalData> data;
   /** The time of the last image that had no component. */
   std::optional<ko::Clock::time_point> emptyAt;
-  mutable boost::mutex dataMutex;
+  mutable std::mutex dataMutex;
   int filteringBlobSize;
   int periodMs = 100;
   std::string cameraHandle;
@@ -99,7 +99,7 @@ class QV_API Sensor3D : public Sensor {
   std::vector<Math::MetricalData> replaced;
 
   ko::PeriodicTask updateTask;
-  boost::mutex hardwareMutex;
+  std::mutex hardwareMutex;
 };
 
 }  // namespace QV::sensor

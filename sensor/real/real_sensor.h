@@ -65,14 +65,14 @@ class QV_API RealSensor : public Sensor {
   Math::Transform xGetTransformAtTime(ko::Clock::time_point time) const;
 
   /** Replaces the points of each record that is older than `maxAge` at `now` by a wall of
-   * obstacles: at `distance` metres, every `angularStep` radians across its field of view, at
+   * obstacles: at `range` metres, every `angularStep` radians across its field of view, at
    * the sensor's present place. The record keeps its timestamp. A step that makes no wall, or
    * one of over 100,000 points, leaves no points. It is offered to sensors of one's own;
    * nothing here calls it. The motion proxy is passed by value, as the interface has it. */
   void xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalData>& data,
                                          const ko::Clock::time_point& now,
                                          const boost::chrono::milliseconds& maxAge,
-                                         QVMotionProxy motion, float distance,
+                                         QVMotionProxy motion, float range,
                                          float angularStep) const;
 
   /** Pointers to keys, for sensors of one's own: no sensor of the library connects any. */

@@ -2,10 +2,12 @@
 
 #include <atomic>
 #include <cstdint>
+#include <map>
+#include <mutex>
+#include <string>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
-#include <boost/thread/mutex.hpp>
 
 #include "platform/api.h"
 #include "platform/ko/periodic_task.h"
@@ -53,6 +55,8 @@ class QV_API RealSensorManager : public SensorManager {
 
   /** The kinds of sensors that it can make. */
   const Model::SensorKinds& getKinds() const { return factory.getKinds(); }
+  /** The kind of its configuration; null for an unknown name. */
+  const Model::SensorKind* findKind(const std::string& sensor) const;
 
   /** Enables every sensor if it is switched on; changes no sensor if it is switched off. */
   void setSensorsDebug(bool debug) override;
@@ -78,8 +82,10 @@ class QV_API RealSensorManager : public SensorManager {
   std::atomic<bool> sensorsDebug{false};
   boost::shared_ptr<QVBroker> broker;
   SensorFactory factory;
+  /** The types of sensors, by name. */
+  std::map<std::string, int> types;
   std::atomic<bool> updateRunning{false};
-  boost::mutex updateMutex;
+  std::mutex updateMutex;
   std::int32_t updatePeriodMs = 100;
   ko::PeriodicTask updateTask;
   /** True every second time: the robot's velocity is asked for by every other refresh. */

@@ -22,6 +22,8 @@ struct SensorNature {
 
   /** True if a sound one may go on without a record while the robot stands. */
   bool mayBeSilent() const { return kind && kind->silence == Model::Silence::always; }
+  /** True if each record of a sound one has points. */
+  bool alwaysHasPoints() const { return kind && !kind->leavesOutMisses; }
   /** True if its points lie on the floor, the same all around, and no point is no floor. */
   bool looksDown() const { return points == Model::PointMeaning::floor; }
 };
@@ -58,5 +60,8 @@ bool showsTurns(const Records& records, const SensorNature& nature);
 
 /** True if their points are the same, one by one. */
 bool hasSamePoints(const Records& a, const Records& b);
+
+/** Describes what a sensor that reports touches has reported. */
+std::string describeTouch(const Observation& seen);
 
 }  // namespace QV::session

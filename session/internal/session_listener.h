@@ -9,6 +9,8 @@
 
 namespace QV::session {
 
+class Session;
+
 /** A command that somebody gave a session: a name, and what it needs of the rest. */
 struct SessionCommand {
   /** "subscribe", "enable", "drive", ... */
@@ -28,5 +30,12 @@ class SessionListener : public robot::InputListener {
   /** Hears of a command before it is done, which may take its time. On any thread. */
   virtual void onCommand(const SessionCommand& command) = 0;
 };
+
+/**
+ * Adds a listener. It hears what is so now and all that goes into the session from then on; it must
+ * be removed before it ends.
+ */
+QV_API void addListener(Session& session, SessionListener& listener);
+QV_API void removeListener(Session& session, SessionListener& listener);
 
 }  // namespace QV::session

@@ -111,10 +111,8 @@ class SessionRobot {
   virtual std::optional<ko::Duration> getLength() const { return std::nullopt; }
 };
 
-/** The kind of a sensor by the description, else by its family; null for a simulated one. */
+/** See sensor_meaning.h. */
 const Model::SensorKind* findKind(SessionRobot& robot, const std::string& sensor);
-
-/** Finds what a sensor's points mean: what its kind says, and what a simulated one reports. */
 Model::PointMeaning findMeaning(SessionRobot& robot, const std::string& sensor);
 
 }  // namespace QV::session

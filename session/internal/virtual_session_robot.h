@@ -47,7 +47,7 @@ class VirtualSessionRobot : public SessionRobot {
   DriverPeriods getDriverPeriods() const override { return periods; }
   robot::VirtualRobot* getVirtualRobot() override { return &robot; }
   std::map<std::string, std::string> getWorldFacts() const override { return worldFacts; }
-  void setListener(SessionListener* listener) override { robot.setListener(listener); }
+  void setListener(SessionListener* listener) override { robot::InputTap::set(robot, listener); }
 
  private:
   const Model::SensorKinds kinds;

@@ -162,7 +162,8 @@ function watchGaps() {
 function findCorners() {
   const canvas = document.getElementById('map');
   const { data, width, height } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
-  const isWall = (x, y) => data[4 * (y * width + x)] < 110 && data[4 * (y * width + x) + 2] < 130;
+  // Thinner than a pixel, a wall is grey.
+  const isWall = (x, y) => data[4 * (y * width + x)] < 200;
   // Beside the middle, where the robot is, and what lies over the map is not part of it.
   const walls = (length, isAt) => [...Array(length).keys()].filter(isAt);
   const across = walls(width, (x) => isWall(x, Math.round(height * 0.55)));

@@ -90,10 +90,10 @@ struct CountingListener : SessionListener {
 TEST(SessionListeners, allHearOfTheRunAndWhoComesLateAloneOfWhatIsSoAlready) {
   const auto sut = openVirtual("porter", test::inRoom(kSessionStart));
   CountingListener first, second;
-  sut->addListener(first);
+  addListener(*sut, first);
   const int writes = first.writes;
   EXPECT_GT(writes, 0);
-  sut->addListener(second);
+  addListener(*sut, second);
   EXPECT_EQ(first.writes, writes);
   EXPECT_EQ(second.writes, writes);
   sut->drive(0.1f, 0.0f);
@@ -101,12 +101,12 @@ TEST(SessionListeners, allHearOfTheRunAndWhoComesLateAloneOfWhatIsSoAlready) {
   EXPECT_EQ(second.commands, 1);
   EXPECT_GT(second.steps, 40);
   EXPECT_EQ(first.steps, second.steps);
-  sut->removeListener(first);
+  removeListener(*sut, first);
   const int steps = first.steps;
   sut->run(kSecond);
   EXPECT_EQ(first.steps, steps);
   EXPECT_GT(second.steps, steps);
-  sut->removeListener(second);
+  removeListener(*sut, second);
 }
 
 TEST_P(SessionTest, aPauseIsNoHold) {

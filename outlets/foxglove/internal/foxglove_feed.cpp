@@ -46,7 +46,7 @@ std::string newSession() {
 
 FoxgloveFeed::FoxgloveFeed(session::Session& robot, RequestQueue* requests)
     : map(robot.getMap()),
-      depth(robot, findDepthSensor(robot.getManager())),
+      depth(robot, findDepthSensor(robot)),
       channels(foxglove::listChannels(robot.getManager(), depth.getSensor())),
       requests(requests),
       title(robot.getTitle()),

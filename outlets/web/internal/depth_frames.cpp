@@ -3,8 +3,6 @@
 #include <algorithm>
 #include <utility>
 
-#include "sensor/perception/sensor_3d.h"
-
 namespace QV::outlets {
 namespace {
 
@@ -17,9 +15,12 @@ bool isStarted(const session::Snapshot& snapshot, const std::string& name) {
 
 }  // namespace
 
-std::string findDepthSensor(sensor::SensorManager& manager) {
-  for (const std::string& name : manager.getSensorList()) {
-    if (dynamic_cast<sensor::Sensor3D*>(manager.getSensorPtr(name).get())) return name;
+std::string findDepthSensor(const session::Session& session) {
+  const Model::Robot* description = session.getDescription();
+  if (!description) return {};
+  for (const auto& [name, config] : description->sensorConfigs) {
+    const Model::SensorKind* kind = session.getKinds().findType(config.type);
+    if (kind && kind->isCamera() && session.getManager().isSensor(name)) return name;
   }
   return {};
 }

@@ -7,13 +7,12 @@
 #include <string>
 
 #include "outlets/web/internal/depth_view.h"
-#include "sensor/core/sensor_manager.h"
 #include "session/session.h"
 
 namespace QV::outlets {
 
-/** The name of the manager's depth camera; empty if there is none. */
-std::string findDepthSensor(sensor::SensorManager& manager);
+/** The name of the depth camera that the robot has a sensor for; empty if there is none. */
+std::string findDepthSensor(const session::Session& session);
 
 /** The depth camera's frames, five a second while it runs. For one thread. */
 class DepthFrames {
@@ -22,7 +21,7 @@ class DepthFrames {
   DepthFrames(const session::Session& session, std::string sensor);
 
   const std::string& getSensor() const { return sensor; }
-  /** In millimetres, 0 where there is none; nothing if no frame is due. */
+  /** Returns the next frame in millimetres, 0 where there is none; nothing if no frame is due. */
   std::optional<cv::Mat_<std::uint16_t>> next(const session::Snapshot& snapshot);
   /** No more for now. */
   void rest() { view->rest(); }

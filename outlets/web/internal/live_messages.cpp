@@ -118,7 +118,7 @@ Json describeWorld(session::Session& robot, int mapLevels) {
   Json colours = Json::object();
   const auto families = robot.getManager().getFamilyNames();
   for (const std::string& family : families) colours[family] = toText(colourOfFamily(family));
-  const std::string depthSensor = findDepthSensor(robot.getManager());
+  const std::string depthSensor = findDepthSensor(robot);
   return {{"op", "hello"},
           {"world", robot.getFrame() == session::Frame::map ? "simulated" : "virtual"},
           {"title", robot.getTitle()},

@@ -13,7 +13,7 @@ PageFeed::PageFeed(session::Session& robot, RequestQueue& requests)
       world(describeWorld(robot, tiles.getLevelCount())),
       sensors(robot.getManager().getSensorList()),
       requests(requests),
-      depth(robot, findDepthSensor(robot.getManager())) {}
+      depth(robot, findDepthSensor(robot)) {}
 
 PageFeed::~PageFeed() = default;
 

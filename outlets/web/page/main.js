@@ -74,6 +74,7 @@ function follow(on) {
 }
 
 function fit() {
+  if (space.isOn) return space.reset();
   follow(false);
   map.fit();
 }

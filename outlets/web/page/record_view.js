@@ -4,9 +4,11 @@ import { make, setText } from './dom.js';
 import { count, fixed } from './format.js';
 
 const SHOWN = 12;
+// Characters of a number: columns stand below each other.
+const WIDTH = 7;
 
 function numbers(values, digits) {
-  return values.map((value) => (value === null ? 'none' : fixed(value, digits))).join('  ');
+  return values.map((value) => (value === null ? 'none' : fixed(value, digits)).padStart(WIDTH)).join(' ');
 }
 
 function rowsOf({ timestamp, fieldOfView, sensorTransform, frame, points, pointCount }) {

@@ -56,7 +56,8 @@ export class SensorPanel {
 
   /** Opens the records of a sensor, or closes them if they are open. */
   inspect(name) {
-    this.#open(name === this.#inspected ? '' : name);
+    if (name === this.#inspected) this.#open('');
+    else this.show(name);
   }
 
   /** Opens the records of a sensor and brings them into view. */

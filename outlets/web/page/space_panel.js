@@ -31,6 +31,10 @@ export class SpacePanel {
     this.#view.zoomBy(factor);
   }
 
+  reset() {
+    this.#view.reset();
+  }
+
   #turn(on) {
     this.isOn = on;
     this.#ask(on);

@@ -5,6 +5,7 @@ import { colourOfFamily, onThemeChange, readable, readTheme } from './colours.js
 const NEAR = 0.2;
 const GRID = 5;
 const ROBOT_HEIGHT = 1.2;
+const START = { turn: -2.4, tilt: 0.55, distance: 6 };
 const FULL_TURN = 2 * Math.PI;
 
 export class SpaceView {
@@ -13,9 +14,9 @@ export class SpaceView {
   #sensors = [];
   #pose = { x: 0, y: 0, theta: 0 };
   #radius = 0.3;
-  #turn = -2.4;
-  #tilt = 0.55;
-  #distance = 6;
+  #turn = START.turn;
+  #tilt = START.tilt;
+  #distance = START.distance;
   #isDue = false;
 
   constructor(canvas) {
@@ -55,6 +56,13 @@ export class SpaceView {
   zoomBy(factor) {
     this.#distance = Math.min(Math.max(this.#distance / factor, 1), 60);
     this.draw();
+  }
+
+  /** Looks from where it looked at first. */
+  reset() {
+    this.#turn = START.turn;
+    this.#tilt = START.tilt;
+    this.zoomBy(this.#distance / START.distance);
   }
 
   draw() {

@@ -19,7 +19,7 @@ export class Tape {
     this.isOut = !this.isOut;
     this.#view.tape = null;
     setAttribute(this.#button, 'aria-pressed', String(this.isOut));
-    notify(this.isOut ? 'Drag on the map from one place to another. m or Escape puts the tape away.' : '');
+    notify(this.isOut ? 'Drag on the map from one place to another. m puts the tape away.' : '');
   }
 
   putAway() {

@@ -31,7 +31,7 @@ class Strand::State {
 
  private:
   bool xTakeNext(boost::function<void()>& call);
-  /** With the lock. */
+  /** Rests; call it with the lock. */
   void xRest();
 
   std::mutex mutex;

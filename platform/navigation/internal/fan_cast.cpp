@@ -48,11 +48,12 @@ bool castRays(const FanCast& fan, const double* cosines, const double* sines, in
   return isDoubtful;
 }
 
+}  // namespace
+
 ScanSteps getSteps() {
   return {castRays, toReadings, toRanges};
 }
 
-}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace QV::detail
 HWY_AFTER_NAMESPACE();

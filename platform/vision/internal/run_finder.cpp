@@ -193,9 +193,10 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace QV::detail {
-namespace {
 
 using vision::ComponentRuns;
+
+namespace {
 
 HWY_EXPORT(findRowRuns);
 HWY_EXPORT(numberComponents);

@@ -11,6 +11,7 @@
 #include "platform/api.h"
 #include "platform/ko/internal/strand.h"
 #include "platform/middleware/qv_broker.h"
+#include "robot/services/internal/event_queue.h"
 
 namespace QV::robot {
 
@@ -53,13 +54,11 @@ class QV_API EventBoard {
   bool hasSubscribers(const std::string& event) const;
 
  private:
-  class Receiver;
-  class Queue;
   struct Subscription {
     Kind kind;
     std::string module;
-    boost::shared_ptr<Receiver> receiver;
-    boost::shared_ptr<Queue> queue;
+    boost::shared_ptr<EventReceiver> receiver;
+    boost::shared_ptr<EventQueue> queue;
     boost::shared_ptr<ko::Strand> strand;
   };
   using Subscriptions = std::vector<Subscription>;

@@ -2,10 +2,14 @@
 
 #include <string>
 
+#include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/middleware/qv_value.h"
 
 namespace QV::robot {
+
+class VideoDevice;
+class VirtualRobot;
 
 /** The body as of one step. Metres, radians, m/s, rad/s. */
 struct BodyStep {
@@ -33,6 +37,16 @@ class InputListener {
   virtual void onImage(int camera, const QVValue& image) = 0;
   /** The body has moved, and its units have measured. */
   virtual void onStep(const BodyStep& step) = 0;
+};
+
+/**
+ * A listener hears what is so now and of all that is measured from then on; must outlive that, or
+ * null takes its place.
+ */
+struct QV_API InputTap {
+  static void set(VirtualRobot& robot, InputListener* listener);
+  /** Sets the listener of images alone. */
+  static void set(VideoDevice& cameras, InputListener* listener);
 };
 
 }  // namespace QV::robot

@@ -16,12 +16,11 @@
 #include "platform/middleware/qv_module.h"
 #include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/motion_service.h"
-#include "robot/world/faults/internal/fault_plan.h"
 #include "robot/world/internal/unit_schedule.h"
 #include "robot/world/robot_description.h"
 #include "robot/world/scene/internal/body.h"
 #include "robot/world/scene/internal/crowd.h"
-#include "robot/world/units/unit_context.h"
+#include "robot/world/units/internal/unit_parts.h"
 #include "robot/world/units/unit_factory.h"
 
 namespace QV::robot {
@@ -56,13 +55,15 @@ class RobotWorld : public QVModule {
   const Model::Robot& getModel() const { return model; }
   const OccupancyMap& getMap() const { return context.getSurroundings().getMap(); }
   const BodySize& getBodySize() const { return bodySize; }
-  FaultPlan& getFaults() { return *context.getFaultPlan(); }
+  FaultPlan& getFaults() { return UnitParts::of(context).faults; }
   State getState() const;
   std::set<std::string> getTouched() const { return context.getSurroundings().getTouched(); }
 
   void setVelocity(const Math::Pose2D& velocity);
   void setPose(const Math::Pose2D& pose);
-  void setJointPositions(const std::map<std::string, double>& positions);
+  void setJointPositions(const std::map<std::string, double>& positions) {
+    motion->setJointPositions(positions);
+  }
 
   /** Hears what is so now and of all that is measured from then on; must outlive that, or null
    * takes its place. */

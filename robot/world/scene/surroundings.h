@@ -43,6 +43,7 @@ struct QV_API Stretch {
 
 class MotionService;
 class Scene;
+struct UnitParts;
 
 /** The places of everything that moves, at one time. */
 struct QV_API Moment {
@@ -60,16 +61,11 @@ struct QV_API Moment {
  */
 class QV_API Surroundings {
  public:
-  /**
-   * Sizes of boxes and holes that are not positive, numbers that are not finite, no map:
-   * std::invalid_argument.
-   */
-  Surroundings(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
-               boost::shared_ptr<MotionService> motion);
   ~Surroundings();
+  Surroundings(const Surroundings&) = delete;
+  Surroundings& operator=(const Surroundings&) = delete;
 
   const OccupancyMap& getMap() const;
-  const Scene& getScene() const { return *scene; }
 
   /** Sets the moment. For whoever moves the robot. */
   void setMoment(const Moment& moment);
@@ -88,6 +84,14 @@ class QV_API Surroundings {
   std::set<std::string> getTouched() const;
 
  private:
+  friend struct UnitParts;
+  /**
+   * Sizes of boxes and holes that are not positive, numbers that are not finite, no map:
+   * std::invalid_argument.
+   */
+  Surroundings(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
+               boost::shared_ptr<MotionService> motion);
+
   const std::unique_ptr<const Scene> scene;
   const boost::shared_ptr<MotionService> motion;
   mutable std::mutex mutex;

@@ -6,33 +6,26 @@
 #include <boost/shared_ptr.hpp>
 
 #include "platform/api.h"
-#include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_value.h"
-#include "platform/navigation/occupancy_map.h"
 #include "robot/world/faults/fault_channel.h"
 #include "robot/world/scene/surroundings.h"
 #include "robot/world/world_options.h"
 
 namespace QV::robot {
 
-class FaultPlan;
-class MemoryService;
+struct UnitParts;
 
 /**
- * The context of a robot's sensor units: what they measure, where they write, and what ails them.
- * Copies are of the same robot. Thread-safe, but for addFaultName().
+ * The context of a robot's sensor units: what they measure, where they write, and what ails them. A
+ * VirtualRobot gives it, and a UnitRig for units alone. Copies are of the same robot. Thread-safe,
+ * but for addFaultName().
  */
 class QV_API UnitContext {
  public:
-  /** Makes the context of a robot that `motion` knows the frames of, at the options' start, with
-   * a memory of its own that is not at the broker yet. Errors as of Surroundings. */
-  UnitContext(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
-              const boost::shared_ptr<MotionService>& motion,
-              const boost::shared_ptr<QVBroker>& broker);
   ~UnitContext();
 
-  const WorldOptions& getOptions() const { return *options; }
-  Surroundings& getSurroundings() const { return *surroundings; }
+  const WorldOptions& getOptions() const;
+  Surroundings& getSurroundings() const;
 
   /** Makes a source of chance of the session's seed; sources of different names differ. */
   std::mt19937 makeGenerator(const std::string& source) const;
@@ -53,14 +46,11 @@ class QV_API UnitContext {
   void raiseEvent(const std::string& event, const QVValue& value) const;
   bool hasSubscribers(const std::string& event) const;
 
-  const boost::shared_ptr<FaultPlan>& getFaultPlan() const { return faults; }
-  const boost::shared_ptr<MemoryService>& getMemory() const { return memory; }
-
  private:
-  boost::shared_ptr<const WorldOptions> options;
-  boost::shared_ptr<Surroundings> surroundings;
-  boost::shared_ptr<FaultPlan> faults;
-  boost::shared_ptr<MemoryService> memory;
+  friend struct UnitParts;
+  explicit UnitContext(boost::shared_ptr<UnitParts> parts);
+
+  boost::shared_ptr<UnitParts> parts;
 };
 
 }  // namespace QV::robot

@@ -24,12 +24,16 @@ class BagFile {
   virtual std::optional<BagAttachment> readAttachment(std::size_t) { return std::nullopt; }
 };
 
-/** What an MCAP file may ask for. */
+/** The limits of what an MCAP file may ask for. */
 struct McapLimits {
   /** Bytes of one chunk, packed or unpacked. */
   std::uint64_t chunk = std::uint64_t{512} << 20;
-  /** Of all chunks that are open at a time, but for one. */
+  /** The bytes of all chunks that are open at a time, but for one. */
   std::uint64_t open = std::uint64_t{512} << 20;
+  /** Bytes of what all channels say of themselves, and of all metadata. */
+  std::uint64_t texts = std::uint64_t{64} << 20;
+  /** Chunks, metadata and attachments: 2 TB of a recording with chunks of 256 kB. */
+  std::uint64_t places = std::uint64_t{1} << 23;
 };
 
 /** Each throws std::runtime_error for a file that is none of its kind; `path` is for messages. */

@@ -43,7 +43,7 @@ SessionTeller::SessionTeller(GraphSink& sink, session::Session& session, const F
   records.announce(session.getManager().getSensorList());
   lastRecordTopic = sink.getSize();
   if (!options.knowsItsWay) frames.leaveMapToOthers();
-  if (robot) drivers.emplace(sink, *robot, names);
+  if (robot) drivers.emplace(sink, *robot, session.getKinds(), names);
   if (drivers && !options.noEchoIsInfinite) drivers->tellNoEchoAsGreatestRange();
   writeDescription(sink, session);
   if (const auto map = session.getMap()) writeMap(sink, *map, names);
@@ -53,7 +53,7 @@ SessionTeller::SessionTeller(GraphSink& sink, session::Session& session, const F
 void SessionTeller::finish() {
   if (std::exchange(isFinished, true)) return;
   ticking.stop();
-  session.removeListener(*this);
+  removeListener(session, *this);
 }
 
 void SessionTeller::onWrite(const std::string& key, const QVValue& value, bool) {
@@ -101,7 +101,7 @@ void SessionTeller::show(const session::Snapshot& snapshot) {
 
 // What a robot's memory holds already is no measurement.
 void SessionTeller::xOpen() {
-  session.addListener(*this);
+  addListener(session, *this);
   {
     const Lock lock(mutex);
     isOpen = true;

@@ -11,32 +11,35 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/frame_names.h"
 #include "ros2/recording/internal/message_sink.h"
+#include "ros2/recording/internal/sensor_sorts.h"
 
 namespace QV::ros2 {
 
 /** Writes what drivers measured as the messages that others know. */
 class QV_API DriverTopics {
  public:
-  /** The first two must outlive it. */
-  DriverTopics(MessageSink& sink, const Model::Robot& robot, const FrameNames& names);
+  /** The first two must outlive it; `kinds` are those of the robot's sensors. */
+  DriverTopics(MessageSink& sink, const Model::Robot& robot, const Model::SensorKinds& kinds,
+               const FrameNames& names);
 
   /** A Range that met nothing is its greatest from now on, and not infinite. */
   void tellNoEchoAsGreatestRange() { noEchoIsInfinite = false; }
 
-  /** What a key or an event of a sensor says now; others are left out. */
+  /** Notes what a key or an event of a sensor says now; others are left out. */
   void note(const std::string& key, const QVValue& value);
-  /** Whether something has been noted that was not written yet. */
+  /** True if something has been noted that was not written yet. */
   bool hasNews() const { return hasNew; }
-  /** What has been noted since, as measured at `time`. */
+  /** Writes what has been noted since, as measured at `time`. */
   void write(ko::Clock::time_point time);
-  /** What QVImage::fromQVValue reads. */
+  /** Writes an image as QVImage::fromQVValue reads it. */
   void writeImage(int camera, const QVValue& image, ko::Clock::time_point time);
 
  private:
   struct Sensor {
     const Model::SensorConfig* config;
+    SensorSort sort;
     std::uint16_t topic = 0;
-    /** As its keys hold them. */
+    /** The values as its keys hold them. */
     std::vector<float> values;
     bool isNew = false;
   };
@@ -51,9 +54,9 @@ class QV_API DriverTopics {
     std::size_t value;
   };
 
-  void xAdd(const Model::SensorConfig& config);
+  void xAdd(const Model::SensorConfig& config, SensorSort sort);
   void xAddCamera(const Model::SensorConfig& config);
-  std::optional<std::uint16_t> xAddTopic(const Model::SensorConfig& config);
+  std::optional<std::uint16_t> xAddTopic(const Model::SensorConfig& config, SensorSort sort);
   void xWriteScan(const Sensor& sensor, ko::Clock::time_point time);
   void xWriteRange(const Sensor& sensor, ko::Clock::time_point time);
   void xNoteTouches(const QVValue& event);
@@ -65,7 +68,7 @@ class QV_API DriverTopics {
   std::vector<Sensor> sensors;
   std::unordered_map<std::string, Place> places;
   std::vector<Camera> cameras;
-  /** Of touched links. */
+  /** The touched links. */
   std::map<std::string, std::size_t> touched;
   std::optional<std::uint16_t> people;
   std::optional<QVValue> newPeople;

@@ -229,7 +229,7 @@ std::vector<Math::MetricalData> PlayedDrivers::getRecords() {
 void PlayedDrivers::setListener(session::SessionListener* newListener) {
   PlayedRobot::setListener(newListener);
   memory->setListener(newListener);
-  cameras->setListener(newListener);
+  robot::InputTap::set(*cameras, newListener);
   if (newListener) newListener->onStep({getPose(), getPose(), motion->getRobotVelocity()});
 }
 

@@ -198,7 +198,7 @@ void ToldModules::xTell(ToldSensor& sensor, BytesView cdr) {
 void ToldModules::setListener(session::SessionListener* newListener) {
   listener = newListener;
   memory->setListener(newListener);
-  cameras->setListener(newListener);
+  robot::InputTap::set(*cameras, newListener);
   if (listener) listener->onStep({getPose(), getPose(), motion->getRobotVelocity()});
 }
 

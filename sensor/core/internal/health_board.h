@@ -45,8 +45,8 @@ class QV_API HealthBoard {
   void setCallback(Callback newCallback);
   void setOn(bool on);
   /**
-   * Before the first start, where readers measure: readings are watched, and ticks judge, from the
-   * first question or callback on.
+   * Waits, before the first start, where readers measure: readings are watched, and ticks judge,
+   * from the first question or callback on.
    */
   void awaitQuestion();
   bool isWatching() const { return isOn; }
@@ -78,7 +78,7 @@ class QV_API HealthBoard {
     ko::Clock::time_point since = ko::Clock::now();
     /** The time at which what is shown was last found. */
     ko::Clock::time_point foundAt = since;
-    /** How often it came into each state. */
+    /** The number of times that it came into each state. */
     std::array<int, kHealthStateCount> times = {1};
   };
   using Entries = std::map<std::string, Entry>;
@@ -88,7 +88,7 @@ class QV_API HealthBoard {
   void xWatchAll(bool on) const;
   void xAddNew();
   HealthMoment xMoment() const;
-  /** Whose reading does not return; null if none hangs. */
+  /** Finds the sensor whose reading does not return; null if none hangs. */
   const std::string* xFindHanging(std::int64_t now) const;
   void xJudgeAll(bool isTick);
   HealthFinding xJudge(Entry& entry, const HealthMoment& moment,

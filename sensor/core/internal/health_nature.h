@@ -16,7 +16,7 @@ struct HealthNature {
   /** True if its points change when the robot moves. */
   bool showsMotion = false;
 
-  /** Whether it matters if its points change. */
+  /** True if it matters that its points change. */
   bool asksForChanges() const { return showsMotion || points == Model::PointMeaning::zone; }
 };
 

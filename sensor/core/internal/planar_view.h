@@ -17,7 +17,7 @@ namespace QV::sensor {
  */
 class PlanarView {
  public:
-  /** What trigonometry makes of an aperture, which hardly ever changes. */
+  /** The trigonometry of an aperture, which hardly ever changes. */
   struct Shape {
     float halfAperture = 0.0f;
     float sine = 0.0f;

@@ -98,10 +98,10 @@ class alignas(64) SensorWatch {
     PlanarView::Shape shape;
     SequenceLocked<PlanarView> view;
   };
-  /** What is too large for sensors that nobody starts. */
+  /** The part that is too large for sensors that nobody starts. */
   struct Ledger {
     SequenceLocked<ReadingNotes> notes;
-    /** Of the last reading whose points were looked at. */
+    /** The stamp of the last reading whose points were looked at. */
     std::int64_t lastStamp = 0;
     std::atomic<std::int64_t> callSince{0};
     /** Null where it does not look around. */

@@ -37,7 +37,7 @@ class SequenceLocked {
     }
   }
 
-  /** For the thread that writes. */
+  /** Loads it in the thread that writes. */
   T loadOwn() const noexcept {
     Words words;
     for (std::size_t i = 0; i < words.size(); ++i) {

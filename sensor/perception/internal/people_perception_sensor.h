@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
-#include <boost/thread/mutex.hpp>
 
 #include "platform/api.h"
 #include "platform/ko/internal/future.h"
@@ -50,7 +50,7 @@ class QV_API PeoplePerceptionSensor : public RealSensor {
  private:
   // What the delayed prune shares with the sensor, which it may outlive.
   struct Latest {
-    boost::mutex mutex;
+    std::mutex mutex;
     std::optional<Math::MetricalData> lastData;
     // Counts the events: a prune that has started already must not take a newer one's record.
     std::uint64_t generation = 0;

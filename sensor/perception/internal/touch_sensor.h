@@ -1,10 +1,9 @@
 #pragma once
 
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
-
-#include <boost/thread/mutex.hpp>
 
 #include "platform/api.h"
 #include "sensor/perception/internal/touch_event.h"
@@ -50,10 +49,10 @@ class QV_API TouchSensor : public RealSensor {
 
   std::string eventName;
   /** Taken before the other one. */
-  mutable boost::mutex touchedMutex;
+  mutable std::mutex touchedMutex;
   std::set<std::string> touchedGroups;
   std::set<Touch::TOUCH_DETECTION_TYPE> enabledTouchTypes;
-  mutable boost::mutex enabledTypesMutex;
+  mutable std::mutex enabledTypesMutex;
 };
 
 }  // namespace QV::sensor

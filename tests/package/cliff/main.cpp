@@ -19,6 +19,13 @@ std::string tell(const session::Snapshot& snapshot) {
   return cliff.marks.hits.empty() ? "floor" : "a cliff";
 }
 
+/** Returns what a page draws of the sensor: its points' x and y in the map. */
+std::string toldToPage(const session::Snapshot& snapshot) {
+  const std::string page = outlets::pageStateOf(snapshot);
+  const std::size_t means = page.find("\"means\"", page.find("FrontCliff"));
+  return page.substr(means, page.find(']', means) + 1 - means);
+}
+
 /**
  * Tells what the sensor says a quarter of a second after the robot was put at the hole, and later.
  */
@@ -51,8 +58,7 @@ int main(int argc, char* argv[]) {
   picture.show(robot->look());
   picture.finish();
   std::cout << "at the hole: " << tell(robot->look()) << '\n';
-  const std::string page = outlets::pageStateOf(robot->look());
-  std::cout << "the page is told: " << (page.find("FrontCliff") != std::string::npos) << '\n';
+  std::cout << "the page is told: " << toldToPage(robot->look()) << '\n';
 
   for (const auto kind : robot->getPossibleFaults("FrontCliff"))
     std::cout << getName(kind) << ": " << tryFault(*robot, kind) << '\n';

@@ -9,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/navigation/internal/map_inside.h"
 #include "platform/navigation/internal/plain_walk.h"
-#include "platform/navigation/occupancy_map.h"
 #include "tests/support/vector_targets.h"
 
 namespace QV::detail {
@@ -126,7 +126,7 @@ TEST(FanCast, findsThePlainWalksAnswersOnEveryTarget) {
     const OccupancyMap map = random.nextMap();
     for (int k = 0; k < 60; ++k) {
       const double heading = random.nextDirection();
-      const FanCast fan{map.getScanStore(kFanLimit),
+      const FanCast fan{MapInside::findStore(map, kFanLimit),
                         map.getWidth(),
                         map.getHeight(),
                         random.nextStart(map),
@@ -148,8 +148,13 @@ TEST(FanCast, isSeldomInDoubt) {
   for (int i = 0; i < 200; ++i) {
     const OccupancyMap map = random.nextMap();
     const GridPoint centre{0.5 * map.getWidth() + 0.01, 0.5 * map.getHeight() + 0.01};
-    const FanCast fan{
-        map.getScanStore(kFanLimit), map.getWidth(), map.getHeight(), centre, 1.0, 0.0, 400.0};
+    const FanCast fan{MapInside::findStore(map, kFanLimit),
+                      map.getWidth(),
+                      map.getHeight(),
+                      centre,
+                      1.0,
+                      0.0,
+                      400.0};
     Directions directions{FanCast::kMostRays};
     for (int k = 0; k < directions.count; ++k) {
       directions.cosines[k] = std::cos(0.1 * (k + 0.3));

@@ -162,7 +162,7 @@ struct LastDrive : session::SessionListener {
 
 TEST_F(GraphRobotTest, aVelocityHoldsForHalfASecondOfTheRun) {
   LastDrive last;
-  session->addListener(last);
+  session::addListener(*session, last);
   RobotOnGraph sut(*session);
   const auto plain = sut.tool->publish("/cmd_vel", geometry_msgs::Twist::getType());
   const auto stamped = sut.tool->publish("/cmd_vel", geometry_msgs::TwistStamped::getType());
@@ -176,7 +176,7 @@ TEST_F(GraphRobotTest, aVelocityHoldsForHalfASecondOfTheRun) {
   EXPECT_LE(held, GraphRobotOptions::kHold + milliseconds(60));
   EXPECT_TRUE(sut.sendUntil(*stamped, geometry_msgs::TwistStamped{{}, {{-0.1, 0.0, 0.0}, {}}},
                             [&] { return session->look().velocity.x == -0.1f; }));
-  session->removeListener(last);
+  session::removeListener(*session, last);
 }
 
 geometry_msgs::PoseWithCovarianceStamped poseAt(double x, const geometry_msgs::Quaternion& turn) {

@@ -22,8 +22,7 @@ class LaserUnits : public SensorUnit {
    * Takes the modes' actuators over; the memory must be at the broker. Two actuators for one mode:
    * std::invalid_argument.
    */
-  LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context,
-             const UnitFactory::Services& services);
+  LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context);
 
   /** Scans with the lasers that are on; those that are off confirm no mode. */
   void measure(ko::Clock::time_point now) override;
@@ -36,7 +35,7 @@ class LaserUnits : public SensorUnit {
     int deadBits = 0;
   };
 
-  void xConnect(const UnitFactory::Services& services);
+  void xConnect();
   void xUpdateDeadBits(ko::Clock::time_point now);
   void xScan(ko::Clock::time_point now);
 
@@ -47,7 +46,6 @@ class LaserUnits : public SensorUnit {
 };
 
 UnitFactory::Units makeLaserUnits(const std::vector<Model::SensorConfig>& configs,
-                                  const UnitContext& context,
-                                  const UnitFactory::Services& services);
+                                  const UnitContext& context);
 
 }  // namespace QV::robot

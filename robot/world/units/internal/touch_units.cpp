@@ -107,7 +107,7 @@ void TouchUnits::xRaiseNonsense(const Bumper& bumper, ko::Clock::time_point now)
 }
 
 UnitFactory::Units makeTouchUnits(const std::vector<Model::SensorConfig>& configs,
-                                  const UnitContext& context, const UnitFactory::Services&) {
+                                  const UnitContext& context) {
   UnitFactory::Units units;
   units.push_back(std::make_unique<TouchUnits>(configs, context));
   return units;
