@@ -21,7 +21,8 @@ class Unlocked {
   PyThreadState* const state;
 };
 
-/** Has a thread of C++'s run Python for a scope; std::runtime_error once Python has begun to end.
+/**
+ * Lets a thread of C++'s run Python for a scope; std::runtime_error once Python has begun to end.
  */
 class Locked {
  public:

@@ -27,7 +27,7 @@ auto writing(Write write) {
   }
 }
 
-/** What can be added to a server: shared so that Python's half lives as long as it is there. */
+/** Shares an outlet for a server, so that Python's half lives as long as it is there. */
 std::shared_ptr<outlets::Outlet> shareOutlet(const pybind11::object& outlet);
 
 }  // namespace QV::python
