@@ -8,11 +8,11 @@ void catchInterrupts();
 /** True if somebody has asked for an end. Thread-safe. */
 bool isInterrupted();
 
-/** From now on SIGTSTP asks for a stop instead of stopping the program. */
+/** Lets SIGTSTP ask for a stop, from now on, instead of stopping the program. */
 void catchStops();
 /** SIGTSTP stops the program again. */
 void letStops();
-/** Whether somebody has asked for a stop since the last call. */
+/** True if somebody has asked for a stop since the last call. */
 bool takeStop();
 /** Stops the program, until somebody lets it go on. */
 void stopHere();

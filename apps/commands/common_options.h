@@ -65,14 +65,14 @@ std::shared_ptr<Options> optionsFor(const session::OpenOptions& robots) {
 /** A check of an option's value: what is wrong with an empty one, nothing for any other. */
 std::string namesAFile(const std::string& path);
 
-/** Likewise, what is wrong with a text that is no whole number within these limits. */
+/** Says what is wrong with a text that is no whole number within these limits. */
 std::function<std::string(const std::string&)> wholeNumber(std::uint64_t least, std::uint64_t most);
 
-/** What --format may be of commands that give records. */
+/** The values of --format of commands that give records. */
 inline constexpr char kRecordFormats[] =
     "table; json: an array of records; jsonl: a record per line; csv: a point per line";
 
-/** Of commands that list. */
+/** The formats of commands that list. */
 inline const std::vector<outlets::Format> kListFormats{
     outlets::Format::table, outlets::Format::json, outlets::Format::jsonl};
 

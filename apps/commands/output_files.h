@@ -16,11 +16,12 @@ class SessionRecorder;
 
 namespace QV::app {
 
-/** What a program ends with whose session is not all in its file. */
+/** The status of a program whose session is not all in its file. */
 constexpr int kIncomplete = 2;
 
-/** Where a session is written to: a recording, a picture, or records as text. "-" is standard
- * output.
+/**
+ * The file that a session is written to: a recording, a picture, or records as text. "-" is
+ * standard output.
  */
 class OutputFiles {
  public:

@@ -90,7 +90,7 @@ void bindSessions(py::module_& module);
 void bindOutlets(py::module_& module);
 void bindRecordings(py::module_& module);
 void bindLiveServer(py::module_& module);
-/** If the build has ROS 2. */
+/** Binds the graph, if the build has ROS 2. */
 void bindGraph(py::module_& module);
 
 }  // namespace QV::python

@@ -18,7 +18,7 @@ class Ending {
 
   /** Any number of times. */
   virtual void end() = 0;
-  /** What Python calls; it may raise. */
+  /** Closes it for Python, which calls this; it may raise. */
   virtual void close() { end(); }
 
   /** Ends all that live, the last one first. */

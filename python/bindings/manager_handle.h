@@ -69,13 +69,13 @@ class RealManagerHandle : public ManagerHandle {
 
 using ManagerClass = pybind11::class_<ManagerHandle, std::shared_ptr<ManagerHandle>>;
 
-/** Of sensors of one's own, which are read whenever somebody asks. */
+/** Makes a manager of sensors of one's own, which are read whenever somebody asks. */
 std::shared_ptr<ManagerHandle> makeListManager(const pybind11::iterable& sensors);
 
 void bindManagerReading(ManagerClass& type);
 void bindManagerSwitches(ManagerClass& type);
 void bindManagerHealth(ManagerClass& type);
-/** Those that a caller can make. */
+/** Binds the managers that a caller can make. */
 void bindManagerKinds(pybind11::module_& module);
 
 }  // namespace QV::python

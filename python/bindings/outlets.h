@@ -9,13 +9,13 @@
 
 namespace QV::python {
 
-/** What can't be written, in Python an OSError. */
+/** An error of writing, in Python an OSError. */
 class WritingError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/** What goes wrong with a file is a WritingError. */
+/** Writes; what goes wrong with a file is a WritingError. */
 template <typename Write>
 auto writing(Write write) {
   try {
