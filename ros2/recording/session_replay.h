@@ -76,7 +76,8 @@ class QV_API SessionReplay {
   std::unique_ptr<session::Session> session;
 };
 
-/** Whether a path is a recording's, by what stands there; a name says what a damaged one should be.
+/**
+ * True if a path is a recording's, by what stands there; a name says what a damaged one should be.
  */
 QV_API bool isRecording(const std::string& path);
 

@@ -5,7 +5,9 @@
 namespace QV::ros2 {
 namespace {
 
-/** Of participants on one machine that find each other by ports; the robot's own stacks have many.
+/**
+ * The most participants on one machine that find each other by ports; the robot's own stacks have
+ * many.
  */
 constexpr int kMostParticipants = 32;
 

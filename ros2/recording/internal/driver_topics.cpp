@@ -38,7 +38,9 @@ float rangeIn(const Math::SensorFieldOfView2D& view, float range) {
   return range < view.minRange ? -kInfinity : range;
 }
 
-/** One that knows no range: both limits are the same, minus infinity stands for "there". */
+/**
+ * Makes a Range that knows no range: both limits are the same, minus infinity stands for "there".
+ */
 sensor_msgs::Range contactOf(Math::SensorFieldOfView2D view, bool isThere) {
   view.minRange = view.maxRange;
   auto message = rangeOf(view);

@@ -30,7 +30,7 @@ class Projection {
     return {depth[row] + column, columns.data() + column, up, extents.width, extents.height};
   }
 
-  /** Where a point's pixel should be; nothing for one that no pixel gives. */
+  /** Finds where a point's pixel should be; nothing for one that no pixel gives. */
   std::optional<cv::Point> find(const Position3D& point) const {
     const float column =
         (0.5f - point.y / (point.x * extents.width)) * static_cast<float>(depth.cols);

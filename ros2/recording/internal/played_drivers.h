@@ -67,14 +67,14 @@ class PlayedDrivers : public PlayedRobot {
   const boost::shared_ptr<robot::DeviceManager> devices;
   const boost::shared_ptr<robot::MotionService> motion;
   const boost::shared_ptr<robot::VideoDevice> cameras;
-  /** By the key, the name of the sonar that has it; by the name, what it measures. */
+  /** The sonars by their keys, and what they measure by their names. */
   std::map<std::string, std::string> sonarOfKey;
   std::map<std::string, std::deque<Ranged>> ranges;
   std::map<std::string, SessionImage> shown;
   std::set<std::string> modeKeys;
   std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> modes;
   boost::shared_ptr<robot::SonarDriver> sonars;
-  /** What is not told by the body's beat waits for its own moment. */
+  /** The steps that are not told by the body's beat: each waits for its own moment. */
   std::deque<SessionInputs> steps;
   std::deque<SessionInputs> others;
   /** Keys whose values a damaged recording made nonsense of; each is told once. */

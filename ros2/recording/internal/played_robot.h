@@ -38,7 +38,7 @@ class PlayedRobot : public BagRobot {
  protected:
   SessionReader& getReader() const { return *reader; }
   session::SessionListener* getListener() const { return listener; }
-  /** Whether a record of this sensor has been recorded so far. */
+  /** True if a record of this sensor has been recorded so far. */
   bool hasSeen(const std::string& sensor) const { return seen.count(sensor) > 0; }
   virtual void xMoveTo(const Math::Pose2D& newPose) { pose = newPose; }
 

@@ -11,8 +11,10 @@
 
 namespace QV::ros2 {
 
-/** Of half a minute of a recording, and on until each topic has come up. std::runtime_error if no
- * topic makes a sensor. */
+/**
+ * Surveys half a minute of a recording, and on until each topic has come up. std::runtime_error if
+ * no topic makes a sensor.
+ */
 TopicSurvey surveyTopics(const std::string& path);
 
 /**
