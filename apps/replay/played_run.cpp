@@ -72,8 +72,9 @@ std::optional<ros2::RecordDifference> PlayedRun::compare() const {
 }
 
 std::uint64_t PlayedRun::countMissing() const {
-  const std::uint64_t recorded = recording ? recording->getLookCount().value_or(0) : 0;
-  return hasEnded && recorded > steps ? recorded - steps : 0;
+  if (!recording) return 0;
+  const std::uint64_t recorded = recording->getLookCount().value_or(0);
+  return hasEnded && recorded > steps ? recorded - steps : recording->countLeftOut();
 }
 
 bool PlayedRun::isDamaged() const {
@@ -84,6 +85,9 @@ void PlayedRun::warnOfDamage() const {
   if (!recording) return;
   for (const std::string& line : recording->getDamage().lines)
     std::cerr << "qvsensors: warning: " << ko::log::onOneLine(line) << '\n';
+  if (const std::uint64_t missing = countMissing())
+    std::cerr << "qvsensors: warning: " << missing
+              << " looks are left out: not all that they show can be read\n";
 }
 
 }  // namespace QV::app

@@ -107,6 +107,10 @@ std::optional<std::uint64_t> RunReplay::getLookCount() const {
   return xGetRobot().getBag().getCount(kRecordsTopic);
 }
 
+std::uint64_t RunReplay::countLeftOut() const {
+  return xGetRobot().countLeftOut();
+}
+
 const BagDamage& RunReplay::getDamage() const {
   return xGetRobot().getBag().getDamage();
 }

@@ -64,6 +64,8 @@ class QV_API RunReplay {
   ko::Duration getLength() const;
   /** How many looks were recorded, as far as the recording still says; another robot's has none. */
   std::optional<std::uint64_t> getLookCount() const;
+  /** Looks so far that were passed over, as not all of their records can be read. */
+  std::uint64_t countLeftOut() const;
   /** What of the recording could not be read so far. */
   const BagDamage& getDamage() const;
 

@@ -54,6 +54,8 @@ class RunReader {
   /** Null if there is none. */
   const boost::shared_ptr<OccupancyMap>& getMap() const { return map; }
   const BagReader& getBag() const { return bag; }
+  /** Looks so far whose points are missing. */
+  std::uint64_t countLeftOut() const { return leftOut; }
 
   /** Until all inputs up to `time` are in the queue. */
   void readInputsTo(ko::Clock::time_point time);
@@ -94,6 +96,7 @@ class RunReader {
   /** By topic; the last few of each. */
   std::map<std::string, std::deque<RunImage>> recentImages;
   ko::Clock::time_point lastInput;
+  std::uint64_t leftOut = 0;
 };
 
 }  // namespace QV::ros2

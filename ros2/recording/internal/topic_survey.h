@@ -75,6 +75,7 @@ class QV_API TopicSurveyor {
   void take(const ToldMessage& message);
   /** Whether every topic that makes a sensor has spoken. */
   bool isComplete() const { return missing.empty(); }
+  bool hasOdometry() const { return !survey.odometryTopic.empty(); }
   /** std::runtime_error if no topic makes a sensor. Once. */
   TopicSurvey make();
 
