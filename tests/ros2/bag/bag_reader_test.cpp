@@ -41,7 +41,7 @@ struct Damaged {
   void put(std::size_t place, Number number) {
     std::memcpy(bytes.data() + place, &number, sizeof number);
   }
-  /** Where the record `index` of that kind begins. */
+  /** Finds where the record `index` of that kind begins. */
   std::size_t find(std::uint8_t op, int index) const {
     std::size_t place = 8;
     while (get<std::uint8_t>(place) != op || index-- > 0)

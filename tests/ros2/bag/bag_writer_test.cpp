@@ -20,10 +20,7 @@
 namespace QV::ros2 {
 namespace {
 
-using test::kSecond;
-using test::numbersFrom;
-using test::numbersIn;
-using test::SmallBag;
+using namespace test;
 
 struct BagWriterTest : testing::Test {
   const test::TemporaryFolder folder;
@@ -122,7 +119,7 @@ TEST_F(BagWriterTest, aFullDiskEndsTheRecordingWithOneError) {
   EXPECT_THROW(BagWriter("/dev/full"), std::runtime_error);
 }
 
-/** What a killed process leaves behind. */
+/** The part of a recording that a killed process leaves behind. */
 struct Progress {
   std::atomic<int> flushed{0};
 };

@@ -10,8 +10,8 @@
 #include <gmock/gmock.h>
 
 #include "ros2/bag/bag_reader.h"
-#include "ros2/recording/run_recorder.h"
-#include "tests/ros2/recording/recorded_run.h"
+#include "ros2/recording/session_recorder.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 
@@ -64,7 +64,7 @@ struct KilledRecorderTest : testing::Test {
   void record(session::Session& own) const {
     RecorderOptions options;
     options.bag.chunkSize = 16'000;
-    RunRecorder recorder(path, own, options);
+    SessionRecorder recorder(path, own, options);
     own.subscribe("test", own.getManager().getFamilyNames());
     own.drive(0.3f, 0.2f);
     for (int cycle = 0; cycle < kCycles; ++cycle) {
@@ -115,7 +115,7 @@ TEST_F(KilledRecorderTest, leavesAllCompleteChunksWheneverItIsKilled) {
         testing::Contains(testing::HasSubstr(path + ": byte " + std::to_string(left.end) + ": ")));
   }
   session.reset();
-  EXPECT_EQ(test::compareRun(path).difference, "");
+  EXPECT_EQ(test::compareSession(path).difference, "");
 }
 
 }  // namespace

@@ -5,7 +5,7 @@
 #include "platform/model/model_utils.h"
 #include "ros2/bag/bag_reader.h"
 #include "ros2/messages/sensor_msgs.h"
-#include "tests/ros2/recording/recorded_run.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/support/temporary_folder.h"
 
 namespace QV::ros2 {
@@ -47,7 +47,7 @@ TEST(ViewersDescriptionTest, aRecordingHoldsThisOneAndTheExactOne) {
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
   const auto session = session::openVirtual("porter");
-  test::recordRun(*session, path, 1);
+  test::recordSession(*session, path, 1);
   BagReader sut(path);
   std::string shown;
   while (const auto message = sut.next()) {
