@@ -5,10 +5,10 @@ import { chromium } from 'playwright-core';
 import { serve } from './file_server.mjs';
 
 const TOPICS = ['/map', '/robot_description', '/fields_of_view', '/people_markers', '/FrontLaser/points', '/FrontLaser/scan',
-  '/FrontSonar/points', '/DepthCamera/points', '/DepthCamera/image'];
+  '/FrontSonar/points', '/DepthCamera/points'];
 const FLAGS = ['--no-sandbox', '--use-angle=swiftshader', '--enable-unsafe-swiftshader', '--ignore-gpu-blocklist'];
 
-/** Of a picture: how many pixels are quite black, as walls are, and how many are as blue as a robot's body or as coloured as its points. */
+/** Of a picture: how many pixels are quite black, as walls are, and how many are coloured, as points and people are. */
 async function countPixels(picture) {
   const image = await createImageBitmap(await (await fetch(`data:image/png;base64,${picture}`)).blob());
   const canvas = new OffscreenCanvas(image.width, image.height).getContext('2d');
