@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -10,6 +11,7 @@
 #include <CLI/App.hpp>
 
 #include "apps/ros2/heard_arguments.h"
+#include "outlets/internal/json_list.h"
 #include "session/open.h"
 
 namespace QV::app {
@@ -31,7 +33,6 @@ struct CommonOptions {
   std::vector<std::string> limits;
   std::vector<std::string> subscriptions;
   std::string pose;
-  bool needsPose = false;
   /** Somebody stands before --robot. */
   bool somebodyAhead = false;
   std::string format = "table";
@@ -43,6 +44,8 @@ struct CommonOptions {
   std::unique_ptr<session::Session> openSession(
       std::optional<Math::Pose2D> start = std::nullopt,
       session::TimeSource time = session::TimeSource::simulated) const;
+  /** Says on standard error where the robot stands that nobody has put anywhere. */
+  void notePose(const session::Session& session) const;
   /** Where the description lies that --robot names. */
   std::string findRobot() const;
   /** Of the robot that a graph tells of. */
@@ -62,14 +65,23 @@ std::shared_ptr<Options> optionsFor(const session::OpenOptions& robots) {
 /** A check of an option's value: what is wrong with an empty one, nothing for any other. */
 std::string namesAFile(const std::string& path);
 
+/** Likewise, what is wrong with a text that is no whole number within these limits. */
+std::function<std::string(const std::string&)> wholeNumber(std::uint64_t least, std::uint64_t most);
+
+/** What --format may be of commands that give records. */
+inline constexpr char kRecordFormats[] =
+    "table; json: an array of records; jsonl: a record per line; csv: a point per line";
+
+/** Of commands that list. */
+inline const std::vector<outlets::Format> kListFormats{
+    outlets::Format::table, outlets::Format::json, outlets::Format::jsonl};
+
 /** --kind or --robot. */
 void addRobot(CLI::App& command, CommonOptions& options);
 /** The same, and the world that the robot stands in. */
 void addWorld(CLI::App& command, CommonOptions& options);
 void addSubscriptions(CLI::App& command, CommonOptions& options);
 void addPose(CLI::App& command, CommonOptions& options);
-/** The same, where the program can choose one. */
-void addOptionalPose(CLI::App& command, CommonOptions& options);
 void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats);
 
 /** What the options subscribe to, once every sensor has had the time for a record. */

@@ -53,7 +53,7 @@ const Format& formatOf(const std::string& path) {
 
 CLI::Option* OutputFiles::addOption(CLI::App& command, const std::string& names,
                                     const std::string& help) {
-  return command.add_option(names, path, help)->check(namesAFile);
+  return command.add_option(names, path, help)->type_name("FILE")->check(namesAFile);
 }
 
 void OutputFiles::checkIsNot(const std::string& read) const {

@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/App.hpp>
@@ -23,6 +24,10 @@ constexpr int kIncomplete = 2;
  */
 class OutputFiles {
  public:
+  OutputFiles() = default;
+  /** `path`, where the option says nothing. */
+  explicit OutputFiles(std::string path) : path(std::move(path)) {}
+
   /** Adds the option, which `help` says more about. */
   CLI::Option* addOption(CLI::App& command, const std::string& names, const std::string& help);
 

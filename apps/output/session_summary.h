@@ -4,8 +4,10 @@
 #include <iosfwd>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
+#include "apps/silent_sensors.h"
 #include "session/snapshot.h"
 
 namespace QV::app {
@@ -14,8 +16,10 @@ namespace QV::app {
 class SessionSummary {
  public:
   void add(const session::Snapshot& snapshot);
-  /** A table: sensor, family, records, points, nearest obstacle. */
-  void print(std::ostream& out) const;
+  /** Those that should have given something over the run and its end; see findSilent. */
+  SilentSensors findSilent(const session::Snapshot& end) const;
+  /** A table: sensor, family, records, points, nearest obstacle; and who was silent. */
+  void print(std::ostream& out, const SilentSensors& silent = {}) const;
 
  private:
   struct Entry {
@@ -25,6 +29,7 @@ class SessionSummary {
     std::optional<float> nearest;
   };
   std::map<std::string, Entry> entries;
+  std::set<std::string> heard;
 };
 
 }  // namespace QV::app

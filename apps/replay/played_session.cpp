@@ -1,10 +1,6 @@
 #include "apps/replay/played_session.h"
 
-#include <array>
-#include <filesystem>
-#include <fstream>
 #include <iostream>
-#include <string_view>
 
 #include "platform/ko/log.h"
 #include "session/internal/seconds.h"
@@ -12,22 +8,10 @@
 #include "session/usage_error.h"
 
 namespace QV::app {
-namespace {
-
-// By what stands in it; a name says what a damaged one should be.
-bool isBag(const std::string& path) {
-  std::array<char, 16> begin{};
-  std::ifstream(path, std::ios::binary).read(begin.data(), begin.size());
-  const std::string_view text(begin.data(), begin.size());
-  return text.starts_with("\x89MCAP") || text.starts_with("SQLite format 3") ||
-         path.ends_with(".mcap") || path.ends_with(".db3") || std::filesystem::is_directory(path);
-}
-
-}  // namespace
 
 PlayedSession::PlayedSession(const std::string& path, const std::optional<std::string>& poses,
                              const sensor::SensorFactory& sensors) {
-  if (isBag(path)) {
+  if (ros2::isRecording(path)) {
     recording = std::make_unique<ros2::SessionReplay>(path, sensors);
   } else {
     log = session::openRecording(path, poses);

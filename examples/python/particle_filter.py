@@ -54,6 +54,6 @@ errors = [np.hypot(*(ways[-1, 1] - ways[-1, 0])) for ways, _ in runs]
 print(f"{SEEDS} seeds: {np.mean(errors):.3f} m off in the mean, {max(errors):.3f} m at most")
 if PICTURE:
     axes = qv.plot(map, points=runs[0][1])
-    lines = [axes.plot(*way.T)[0] for way in runs[0][0].swapaxes(0, 1)]
-    axes.legend(lines, ("robot", "filter", "odometry"))
+    lines = [axes.plot(*way.T, lw=width)[0] for way, width in zip(runs[0][0].swapaxes(0, 1), (6, 2, 2))]
+    axes.legend(lines, ("robot", "filter", "odometry"), loc="upper left", bbox_to_anchor=(1, 1))
     axes.figure.savefig(PICTURE)

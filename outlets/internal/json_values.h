@@ -17,7 +17,7 @@ namespace QV::outlets {
 using Json = nlohmann::ordered_json;
 
 /** On one line; bytes that are no UTF-8, as a log may hold, are replaced. */
-std::string toText(const Json& message);
+QV_API std::string toText(const Json& message);
 
 /** The shortest number that reads back as the same float. */
 QV_API Json toJson(float value);
@@ -26,7 +26,7 @@ QV_API Json toJson(const Math::SensorFieldOfView2D& fieldOfView);
 Json rounded(double value);
 
 /** x, y, theta by their names. */
-Json exactPoseOf(const Math::Pose2D& pose);
+QV_API Json exactPoseOf(const Math::Pose2D& pose);
 Json roundedPoseOf(const Math::Pose2D& pose);
 
 /** state, reason, remedy, since (seconds ago) and times. */

@@ -24,11 +24,6 @@ using namespace pybind11::literals;
 /** What is read of an object for a message: "0.5 (float)". */
 std::string describe(py::handle object);
 
-/** Raises KeyboardInterrupt if somebody has pressed Ctrl-C. With the interpreter's lock. */
-inline void checkInterrupt() {
-  if (PyErr_CheckSignals() != 0) throw py::error_already_set();
-}
-
 /**
  * What a Python exception says, as a C++ one that threads without the interpreter's lock can throw
  * on. An interrupt is kept for whoever waits for the call. With the interpreter's lock.
@@ -76,7 +71,8 @@ inline constexpr char kSubscription[] =
 For a `with` block, within which `subscriber` wants sensors or families, by default all.)";
 
 void bindErrors(py::module_& module);
-void bindMiddleware(py::module_& module);
+void bindBroker(py::module_& module);
+void bindModules(py::module_& module);
 void bindMaps(py::module_& module);
 void bindScans(py::module_& module);
 void bindRecords(py::module_& module);
@@ -86,9 +82,14 @@ void bindFactories(py::module_& module);
 void bindTime(py::module_& module);
 void bindWorld(py::module_& module);
 void bindUnits(py::module_& module);
+void bindUnitContext(py::module_& module);
 void bindRobots(py::module_& module);
 void bindSnapshots(py::module_& module);
 void bindSessions(py::module_& module);
 void bindOutlets(py::module_& module);
+void bindRecordings(py::module_& module);
+void bindLiveServer(py::module_& module);
+/** If the build has ROS 2. */
+void bindGraph(py::module_& module);
 
 }  // namespace QV::python

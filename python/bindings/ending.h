@@ -18,18 +18,20 @@ class Ending {
 
   /** Any number of times. */
   virtual void end() = 0;
+  /** What Python calls; it may raise. */
+  virtual void close() { end(); }
 
   /** Ends all that live, the last one first. */
   static void endAll();
 };
 
-/** Makes a `with` block end it. */
+/** Makes a `with` block close it. */
 template <typename Class>
 void bindBlock(Class& type) {
   namespace py = pybind11;
   using T = typename Class::type;
   type.def("__enter__", [](const py::object& self) { return self; })
-      .def("__exit__", [](T& self, const py::args&) { self.end(); });
+      .def("__exit__", [](T& self, const py::args&) { self.close(); });
 }
 
 }  // namespace QV::python

@@ -1,5 +1,6 @@
 #include "platform/middleware/qv_error.h"
 #include "python/bindings/common.h"
+#include "python/bindings/outlets.h"
 #include "session/usage_error.h"
 
 namespace QV::python {
@@ -20,6 +21,8 @@ void raiseMiddlewareError(const QVError& error) {
 void translate(std::exception_ptr pointer) {
   try {
     if (pointer) std::rethrow_exception(pointer);
+  } catch (const WritingError& error) {
+    PyErr_SetString(PyExc_OSError, error.what());
   } catch (const session::UsageError& error) {
     PyErr_SetString(PyExc_ValueError, error.what());
   } catch (const QVError& error) {

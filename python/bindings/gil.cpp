@@ -14,6 +14,7 @@ std::thread::id ender;
 /** Threads that have let others run Python, and those of them that never come back. */
 std::atomic<int> awayCount{0};
 std::atomic<int> parkedCount{0};
+thread_local int lockedDepth = 0;
 
 bool isTooLate() {
   return ending && std::this_thread::get_id() != ender;
@@ -42,10 +43,24 @@ Locked::Locked() {
   }
   state = PyGILState_Ensure();
   --awayCount;
+  ++lockedDepth;
 }
 
 Locked::~Locked() {
+  --lockedDepth;
   PyGILState_Release(state);
+}
+
+bool Locked::isHere() {
+  return lockedDepth > 0;
+}
+
+Aside::Aside() {
+  ++awayCount;
+}
+
+Aside::~Aside() {
+  --awayCount;
 }
 
 void beginToEnd() {

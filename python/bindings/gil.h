@@ -30,8 +30,25 @@ class Locked {
   Locked(const Locked&) = delete;
   Locked& operator=(const Locked&) = delete;
 
+  /** Whether C++ has called Python on this thread, and waits for it. */
+  static bool isHere();
+
  private:
   PyGILState_STATE state;
+};
+
+/** Raises KeyboardInterrupt if somebody has pressed Ctrl-C. With the interpreter's lock. */
+inline void checkInterrupt() {
+  if (PyErr_CheckSignals() != 0) throw pybind11::error_already_set();
+}
+
+/** While a thread of C++'s works for Python, which waits for it a little when it ends. */
+class Aside {
+ public:
+  Aside();
+  ~Aside();
+  Aside(const Aside&) = delete;
+  Aside& operator=(const Aside&) = delete;
 };
 
 /**

@@ -1,11 +1,10 @@
 #include "python/bindings/health.h"
 
 #include "python/bindings/common.h"
+#include "python/bindings/manager_handle.h"
 
 namespace QV::python {
 namespace {
-
-using Type = py::class_<ManagerHandle, std::shared_ptr<ManagerHandle>>;
 
 py::object healthOf(const ManagerHandle& handle, const std::string& sensor) {
   const auto health = handle.ask([&](auto& manager) { return manager.getHealth(sensor); });
@@ -29,7 +28,7 @@ void onHealthChanged(const ManagerHandle& handle, const std::optional<py::functi
   handle.ask([&](auto& manager) { manager.onHealthChanged(std::move(call)); });
 }
 
-void bindHealthQuestions(Type& type) {
+void bindHealthQuestions(ManagerClass& type) {
   type.def("get_health", &healthOf, "sensor"_a,
            R"(get_health(sensor: str) -> Health | None
 
@@ -54,7 +53,7 @@ py::object toPython(const sensor::SensorHealth& health) {
               health.remedy, health.times);
 }
 
-void bindHealth(Type& type) {
+void bindManagerHealth(ManagerClass& type) {
   bindHealthQuestions(type);
   type.def(
           "set_health_limit",

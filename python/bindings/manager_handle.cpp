@@ -33,6 +33,10 @@ bool ManagerHandle::isOpen() const {
   }
 }
 
+void ManagerHandle::close() {
+  if (manager) patiently([last = std::exchange(manager, nullptr)]() mutable { last.reset(); });
+}
+
 void ManagerHandle::end() {
   letGo(manager);
 }

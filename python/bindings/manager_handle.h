@@ -5,7 +5,7 @@
 #include <utility>
 
 #include "python/bindings/ending.h"
-#include "python/bindings/gil.h"
+#include "python/bindings/waiting.h"
 #include "sensor/core/sensor_manager.h"
 
 namespace QV::python {
@@ -34,7 +34,19 @@ class ManagerHandle : public Ending {
     });
   }
 
+  /**
+   * The same for what may wait for hardware: Ctrl-C ends the waiting, and the call goes on with
+   * what it owns.
+   */
+  template <typename Call>
+  auto await(Call call) const {
+    return patiently([own = get(), call = std::move(call)] { return call(*own); });
+  }
+
   bool isOpen() const;
+  bool isBorrowed() const { return find != nullptr; }
+  /** Waits for its hardware, but for Ctrl-C. */
+  void close() override;
   /** One that is in use elsewhere ends there. */
   void end() override;
 
@@ -54,5 +66,16 @@ class RealManagerHandle : public ManagerHandle {
  public:
   using ManagerHandle::ManagerHandle;
 };
+
+using ManagerClass = pybind11::class_<ManagerHandle, std::shared_ptr<ManagerHandle>>;
+
+/** Of sensors of one's own, which are read whenever somebody asks. */
+std::shared_ptr<ManagerHandle> makeListManager(const pybind11::iterable& sensors);
+
+void bindManagerReading(ManagerClass& type);
+void bindManagerSwitches(ManagerClass& type);
+void bindManagerHealth(ManagerClass& type);
+/** Those that a caller can make. */
+void bindManagerKinds(pybind11::module_& module);
 
 }  // namespace QV::python

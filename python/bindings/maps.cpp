@@ -7,6 +7,7 @@
 #include "platform/navigation/occupancy_map.h"
 #include "python/bindings/arrays.h"
 #include "python/bindings/common.h"
+#include "python/bindings/outlets.h"
 #include "robot/maps/map_files.h"
 #include "session/shared_files.h"
 
@@ -48,20 +49,12 @@ std::string describeMap(const OccupancyMap& map) {
          " m>";
 }
 
-}  // namespace
-
-std::string pathFrom(const py::object& path) {
-  return py::module_::import("os").attr("fspath")(path).cast<std::string>();
+void saveMap(const OccupancyMap& map, const py::object& path) {
+  const std::string file = pathFrom(path);
+  unlocked([&] { writing([&] { robot::saveMap(map, file); }); });
 }
 
-void raiseFileError(const std::string& path, const std::runtime_error& error) {
-  std::error_code ignored;
-  const bool isThere = std::filesystem::exists(path, ignored);
-  PyErr_SetString(isThere ? PyExc_ValueError : PyExc_FileNotFoundError, error.what());
-  throw py::error_already_set();
-}
-
-void bindMaps(py::module_& module) {
+void bindMap(py::module_& module) {
   py::class_<OccupancyMap, boost::shared_ptr<OccupancyMap>>(module, "OccupancyMap", R"(
 A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. What is above 0.4 is solid.
 
@@ -90,7 +83,9 @@ Cells of shape (rows, columns), copied; `resolution` in metres; `origin` is the 
 
 The occupancy at a position in the world; None outside the map.)")
       .def("__repr__", &describeMap);
+}
 
+void bindMapFiles(py::module_& module) {
   module.def(
       "load_map", [](const py::object& path) { return loadMap(session::findMap(pathFrom(path))); },
       "path"_a,
@@ -99,19 +94,8 @@ The occupancy at a position in the world; None outside the map.)")
 Reads a map_server map: a YAML file that names a PGM or PNG image; or one of the library's own by
 its name ("apartment"). A missing file: FileNotFoundError; whatever is wrong with either file:
 ValueError that names file, line and what was expected.)");
-  module.def(
-      "save_map",
-      [](const OccupancyMap& map, const py::object& path) {
-        const std::string file = pathFrom(path);
-        try {
-          unlocked([&] { robot::saveMap(map, file); });
-        } catch (const std::runtime_error& error) {
-          PyErr_SetString(PyExc_OSError, error.what());
-          throw py::error_already_set();
-        }
-      },
-      "map"_a, "path"_a,
-      R"(save_map(map: OccupancyMap, path: PathLike) -> None
+  module.def("save_map", &saveMap, "map"_a, "path"_a,
+             R"(save_map(map: OccupancyMap, path: PathLike) -> None
 
 Writes a map as a YAML file and a PGM image beside it; what can't be written: OSError.)");
   module.def(
@@ -120,6 +104,24 @@ Writes a map as a YAML file and a PGM image beside it; what can't be written: OS
 
 The path of a robot's description by its name ("porter"); a path comes back as it is. An unknown
 name: ValueError that says which there are.)");
+}
+
+}  // namespace
+
+std::string pathFrom(const py::object& path) {
+  return py::module_::import("os").attr("fspath")(path).cast<std::string>();
+}
+
+void raiseFileError(const std::string& path, const std::runtime_error& error) {
+  std::error_code ignored;
+  const bool isThere = std::filesystem::exists(path, ignored);
+  PyErr_SetString(isThere ? PyExc_ValueError : PyExc_FileNotFoundError, error.what());
+  throw py::error_already_set();
+}
+
+void bindMaps(py::module_& module) {
+  bindMap(module);
+  bindMapFiles(module);
 }
 
 }  // namespace QV::python

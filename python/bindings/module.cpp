@@ -1,6 +1,25 @@
 #include "python/bindings/common.h"
 #include "python/bindings/ending.h"
 
+namespace QV::python {
+namespace {
+
+/** In place of memory for an object whose `__init__` has not run, which pybind11 would ask for. */
+void* refuseUnmade(std::size_t) {
+  throw py::type_error("an object whose __init__ has run expected, one that was never made given");
+}
+
+void refuseUnmade(const py::module_& module) {
+  for (const auto& [name, value] : module.attr("__dict__").cast<py::dict>()) {
+    if (!PyType_Check(value.ptr())) continue;
+    auto* const type = reinterpret_cast<PyTypeObject*>(value.ptr());
+    if (auto* const info = py::detail::get_type_info(type)) info->operator_new = &refuseUnmade;
+  }
+}
+
+}  // namespace
+}  // namespace QV::python
+
 PYBIND11_MODULE(_core, module) {
   using namespace QV::python;
   module.doc() = "The QV sensor library's C++ side; see the package qv_sensor.";
@@ -9,13 +28,14 @@ PYBIND11_MODULE(_core, module) {
   options.disable_function_signatures();
   module.attr("__version__") = QV_VERSION;
   bindErrors(module);
-  bindMiddleware(module);
   bindMaps(module);
   bindScans(module);
   bindRecords(module);
   bindSensors(module);
   bindFactories(module);
   bindManagers(module);
+  bindBroker(module);
+  bindModules(module);
   bindTime(module);
   bindWorld(module);
   bindUnits(module);
@@ -23,6 +43,12 @@ PYBIND11_MODULE(_core, module) {
   bindSnapshots(module);
   bindSessions(module);
   bindOutlets(module);
+  bindRecordings(module);
+  bindLiveServer(module);
+#ifdef QV_HAS_GRAPH
+  bindGraph(module);
+#endif
+  refuseUnmade(module);
   py::module_::import("atexit").attr("register")(py::cpp_function([] {
     beginToEnd();
     Ending::endAll();

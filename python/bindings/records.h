@@ -1,8 +1,6 @@
 #pragma once
 
 #include <pybind11/pybind11.h>
-#include <set>
-#include <string>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
@@ -14,12 +12,6 @@ namespace QV::python {
 
 /** Records that nobody changes any more, wherever they are kept. */
 using SharedRecords = boost::shared_ptr<const std::vector<Math::MetricalData>>;
-
-/** A record of these, as Python sees it. */
-struct Record {
-  SharedRecords owner;
-  const Math::MetricalData* data = nullptr;
-};
 
 /** Without a copy: all, or for each name in order those of that sensor or family. */
 pybind11::list toPython(const SharedRecords& records, const Names& names = {});

@@ -10,13 +10,14 @@ namespace {
 constexpr ko::Duration kSlice{20'000'000};
 
 /**
- * Lets time go by for those who are in a call of the session still: they may wait for hardware in
- * simulated time, which nobody else moves. They get the processor now and then, and half a minute.
+ * Waits for those who are in a call of the session still, half a minute at most. They may wait for
+ * hardware in simulated time, which nobody but this thread moves if it is `moving`.
  */
-void awaitOthers(const std::shared_ptr<session::Session>& last) try {
+void awaitOthers(const std::shared_ptr<session::Session>& last, bool moving) try {
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (last.use_count() > 1 && std::chrono::steady_clock::now() < end) {
-    last->run(kSlice);
+    if (moving) last->run(kSlice);
+    // They get the processor now and then.
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 } catch (const std::exception&) {
@@ -34,31 +35,51 @@ void leave(std::shared_ptr<session::Session> session) {
 }  // namespace
 
 SessionHandle::SessionHandle(std::shared_ptr<session::Session> session, bool ownTime)
-    : session(std::move(session)), ownTime(ownTime) {}
+    : session(std::move(session)), moves(ownTime ? std::make_unique<MovesTime>() : nullptr) {}
 
 SessionHandle::~SessionHandle() {
   end();
 }
 
 void SessionHandle::close() {
+  while (*state == State::left) {
+    unlocked([] { std::this_thread::sleep_for(std::chrono::milliseconds(5)); });
+    checkInterrupt();
+  }
   if (!session) return;
   const Use inUse(*this);
-  end();
+  if (!mayLeaveTime()) return end();
+  xEndGuests();
+  patiently([last = std::exchange(session, nullptr)]() mutable {
+    awaitOthers(last, false);
+    last.reset();
+  });
 }
 
 void SessionHandle::end() {
-  while (!guests.empty()) {
-    auto guest = std::move(guests.back());
-    guests.pop_back();
-    letGo(guest);
-  }
+  xEndGuests();
   if (!session) return;
   auto last = std::move(session);
   const bool isOwner = std::this_thread::get_id() == owner;
-  if (ownTime && !isOwner) return leave(std::move(last));
-  const Unlocked away;
-  if (isOwner) awaitOthers(last);
-  last.reset();
+  if (moves && !isOwner) {
+    // Its time stays with it.
+    static_cast<void>(moves.release());
+    return leave(std::move(last));
+  }
+  {
+    const Unlocked away;
+    if (isOwner) awaitOthers(last, *state != State::left);
+    last.reset();
+  }
+  moves.reset();
+}
+
+void SessionHandle::xEndGuests() {
+  while (!guests.empty()) {
+    auto last = std::move(guests.back());
+    guests.pop_back();
+    letGo(last.guest);
+  }
 }
 
 const std::shared_ptr<session::Session>& SessionHandle::get() const {
@@ -72,6 +93,7 @@ void SessionHandle::run(ko::Duration duration) {
   do {
     const auto now = ko::Clock::now();
     const ko::Duration part = kSlice - now.time_since_epoch() % kSlice;
+    prepare();
     ask([&](session::Session& session) {
       session.run(std::clamp<ko::Duration>(end - now, ko::Duration::zero(), part));
     });
@@ -79,13 +101,27 @@ void SessionHandle::run(ko::Duration duration) {
   } while (ko::Clock::now() < end);
 }
 
+void SessionHandle::add(std::shared_ptr<void> guest, std::function<void()> before) {
+  guests.push_back({std::move(guest), std::move(before)});
+}
+
 void SessionHandle::remove(const void* guest) {
   const auto found = std::find_if(guests.begin(), guests.end(),
-                                  [&](const auto& each) { return each.get() == guest; });
+                                  [&](const auto& each) { return each.guest.get() == guest; });
   if (found == guests.end()) return;
-  auto kept = std::move(*found);
+  auto kept = std::move(found->guest);
   guests.erase(found);
   letGo(kept);
+}
+
+void SessionHandle::prepare() {
+  // What it does may add one; one that goes meanwhile goes there.
+  std::vector<Guest> all = guests;
+  const Unlocked away;
+  for (const Guest& each : all) {
+    if (each.before) each.before();
+  }
+  all.clear();
 }
 
 void SessionHandle::xCheckThread() const {
@@ -95,11 +131,16 @@ void SessionHandle::xCheckThread() const {
     throw std::runtime_error("the thread that opened the session expected, another one given");
 }
 
-SessionHandle::Use::Use(SessionHandle& handle) : handle(handle) {
+void SessionHandle::xLeave() {
+  State under = State::inUse;
+  state->compare_exchange_strong(under, State::left);
+}
+
+SessionHandle::Use::Use(const SessionHandle& handle) : state(handle.state) {
   handle.xCheckThread();
-  if (handle.busy)
+  State before = State::idle;
+  if (!state->compare_exchange_strong(before, State::inUse))
     throw std::runtime_error("a session at rest expected, one that is running given");
-  handle.busy = true;
 }
 
 }  // namespace QV::python

@@ -1,15 +1,16 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <memory>
 #include <thread>
 #include <utility>
 #include <vector>
 
-#include "outlets/web/live_server.h"
 #include "python/bindings/common.h"
 #include "python/bindings/ending.h"
 #include "python/bindings/in_sensor.h"
+#include "python/bindings/waiting.h"
 #include "session/session.h"
 
 namespace QV::python {
@@ -26,7 +27,7 @@ class SessionHandle : public Ending {
 
   bool isOpen() const { return session != nullptr; }
   /** RuntimeError while it runs, or on another thread. */
-  void close();
+  void close() override;
   void end() override;
 
   /** Safe from any thread; RuntimeError if it has ended. */
@@ -43,7 +44,17 @@ class SessionHandle : public Ending {
     });
   }
 
-  /** The same, on the thread that opened it; also from a module that runs in it. */
+  /**
+   * The same for what may wait for hardware: Ctrl-C ends the waiting, and the call goes on with
+   * what it owns.
+   */
+  template <typename Call>
+  auto await(Call call) const {
+    InSensor::refuse();
+    return patiently([own = get(), call = std::move(call)] { return call(*own); });
+  }
+
+  /** The same as `ask`, on the thread that opened it; also from a module that runs in it. */
   template <typename Call>
   auto look(Call call) const {
     xCheckThread();
@@ -57,32 +68,77 @@ class SessionHandle : public Ending {
     return ask(call);
   }
 
+  /**
+   * The same for what may wait for hardware: Ctrl-C ends the waiting, and the session is in use
+   * until the call is through.
+   */
+  template <typename Call>
+  auto useAside(Call call) {
+    auto inUse = std::make_unique<Use>(*this);
+    InSensor::refuse();
+    try {
+      return patiently(
+          [inUse = std::move(inUse), own = get(), call = std::move(call)] { return call(*own); });
+    } catch (py::error_already_set&) {
+      xLeave();
+      throw;
+    }
+  }
+
   /** Lets time go by, in pieces between which Ctrl-C is looked for. */
   void run(ko::Duration duration);
 
-  /** What has to go before the session does. */
-  void add(std::shared_ptr<void> guest) { guests.push_back(std::move(guest)); }
+  /**
+   * What has to go before the session does. `before` is called before each piece of a run, while
+   * other threads may run Python.
+   */
+  void add(std::shared_ptr<void> guest, std::function<void()> before = {});
   void remove(const void* guest);
+  /** Does what guests do before a piece of a run. */
+  void prepare();
 
  private:
+  /** Whether a call is under way, or one that Ctrl-C has left. */
+  enum class State { idle, inUse, left };
+
   class Use {
    public:
-    explicit Use(SessionHandle& handle);
-    ~Use() { handle.busy = false; }
+    explicit Use(const SessionHandle& handle);
+    ~Use() { *state = State::idle; }
     Use(const Use&) = delete;
     Use& operator=(const Use&) = delete;
 
    private:
-    SessionHandle& handle;
+    const std::shared_ptr<std::atomic<State>> state;
   };
 
+  /** What goes on then is left. */
+  void xLeave();
   void xCheckThread() const;
+  void xEndGuests();
 
   std::shared_ptr<session::Session> session;
-  std::vector<std::shared_ptr<void>> guests;
+  struct Guest {
+    std::shared_ptr<void> guest;
+    std::function<void()> before;
+  };
+  std::vector<Guest> guests;
   const std::thread::id owner = std::this_thread::get_id();
-  const bool ownTime;
-  bool busy = false;
+  /** Its own time. */
+  std::unique_ptr<MovesTime> moves;
+  const std::shared_ptr<std::atomic<State>> state =
+      std::make_shared<std::atomic<State>>(State::idle);
 };
+
+using SessionClass = pybind11::class_<SessionHandle, std::shared_ptr<SessionHandle>>;
+
+/** Those that are named, or all families. */
+std::set<std::string> namesIn(const SessionHandle& handle, const Names& names);
+
+void bindSessionSwitches(SessionClass& type);
+void bindSessionDriving(SessionClass& type);
+void bindSessionFaults(SessionClass& type);
+void bindSessionTime(SessionClass& type);
+void bindOpening(pybind11::module_& module);
 
 }  // namespace QV::python

@@ -4,6 +4,7 @@
 #include "python/bindings/common.h"
 #include "python/bindings/ending.h"
 #include "python/bindings/in_sensor.h"
+#include "python/bindings/waiting.h"
 
 namespace QV::python {
 namespace {
@@ -19,8 +20,12 @@ class TimeHandle : public Ending {
   void begin() {
     if (time) throw std::runtime_error("a SimulatedTime that has not begun expected");
     time = std::make_shared<ko::SimulatedTime>(start);
+    moves.emplace();
   }
-  void end() override { letGo(time); }
+  void end() override {
+    letGo(time);
+    moves.reset();
+  }
 
   void advance(ko::Duration duration) {
     const auto target = endOf(duration);
@@ -39,6 +44,7 @@ class TimeHandle : public Ending {
  private:
   const ko::Clock::time_point start;
   std::shared_ptr<ko::SimulatedTime> time;
+  std::optional<MovesTime> moves;
 };
 
 ko::log::Level levelFrom(const std::string& name) {

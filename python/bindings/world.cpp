@@ -20,13 +20,8 @@ auto fromKeywordArguments() {
   });
 }
 
-}  // namespace
-
-void bindWorld(py::module_& module) {
-  using robot::FloorHole;
-  using robot::Walker;
+void bindBoxes(py::module_& module) {
   using robot::WorldBox;
-  using robot::WorldOptions;
   py::class_<WorldBox>(module, "WorldBox", "A solid block in the map, upright. Metres.")
       .def(
           py::init(
@@ -39,6 +34,11 @@ void bindWorld(py::module_& module) {
 Its centre and heading in the map, its length and width along its own x and y, from which height to
 which.)")
       .def_readonly("pose", &WorldBox::pose, "Pose2D: In the map.");
+}
+
+void bindHolesAndPeople(py::module_& module) {
+  using robot::FloorHole;
+  using robot::Walker;
   py::class_<FloorHole>(module, "FloorHole", "A part of the floor that lies lower. Metres.")
       .def(
           py::init([](const Math::Pose2D& pose, float length, float width, float depth) {
@@ -58,7 +58,10 @@ Its centre and heading in the map; a step down below 0.1 m of depth, a hole from
 
 Positions in the map, metres; one alone stands still. Metres a second.)")
       .def_readonly("path", &Walker::path, "list[tuple[float, float]]: Metres, in the map.");
+}
 
+void bindOptions(py::module_& module) {
+  using robot::WorldOptions;
   py::class_<WorldOptions>(module, "WorldOptions", R"(
 The world of a virtual robot, and how well its sensors measure: by default an empty, perfect one.)")
       .def(fromKeywordArguments<WorldOptions>(),
@@ -84,6 +87,14 @@ The world of a virtual robot, and how well its sensors measure: by default an em
       .def_readwrite("people_period", &WorldOptions::peoplePeriod, "int: Nanoseconds.")
       .def_readwrite("laser_start", &WorldOptions::laserStart,
                      "int: From a laser's command to its first scan, nanoseconds.");
+}
+
+}  // namespace
+
+void bindWorld(py::module_& module) {
+  bindBoxes(module);
+  bindHolesAndPeople(module);
+  bindOptions(module);
 }
 
 }  // namespace QV::python

@@ -1,11 +1,11 @@
-"""Subscriptions that end with a block."""
+"""What ends with a block: subscriptions, and the modules of a robot."""
 
 from __future__ import annotations
 
 from typing import TYPE_CHECKING, Union
 
 if TYPE_CHECKING:
-    from ._core import SensorManager, Session
+    from ._core import Broker, ModuleBase, SensorManager, Session
     from ._types import Names
 
 
@@ -35,3 +35,22 @@ class Subscription:
     def await_records(self, limit: int) -> dict[str, str]:
         """Waits for the first fresh record of each sensor, as the target's `await_records` does."""
         return self._target.await_records(limit, self._names)
+
+
+class ScopedModule:
+    """A module that is registered at a broker for a `with` block, which gives the module.
+
+    For modules that hold their own broker, as a NavigationModule does: both would live for ever else.
+    """
+
+    def __init__(self, broker: Broker, module: ModuleBase) -> None:
+        self._broker = broker
+        self._module = module
+
+    def __enter__(self) -> ModuleBase:
+        self._broker.register_module(self._module)
+        return self._module
+
+    def __exit__(self, *error: object) -> None:
+        if self._broker.has_module(self._module.name):
+            self._broker.unregister_module(self._module.name)

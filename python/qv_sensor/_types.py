@@ -59,6 +59,42 @@ class Check(NamedTuple):
     points: int
 
 
+class TopicInfo(NamedTuple):
+    """A topic of a recording. Times are the log's, nanoseconds; `rate` is messages a second."""
+
+    name: str
+    type: str
+    message_count: int
+    bytes: int
+    start_time: int
+    end_time: int
+    longest_gap: int
+    rate: float
+
+
+class RecordingInfo(NamedTuple):
+    """What a recording holds, by the log's times in nanoseconds; `damage` says what could not be read."""
+
+    path: str
+    file_bytes: int
+    message_count: int
+    start_time: int
+    end_time: int
+    topics: Sequence[TopicInfo]
+    metadata: Mapping[str, Mapping[str, str]]
+    damage: Sequence[str]
+
+
+class RecordDifference(NamedTuple):
+    """Where a sensor's records, made anew, differ from those that were recorded."""
+
+    sensor: str
+    time: int
+    field: str
+    recorded: str
+    played: str
+
+
 class SensorOrder(NamedTuple):
     """What a description says of a sensor that is to be made."""
 

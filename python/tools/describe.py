@@ -60,9 +60,10 @@ def split(doc: str) -> tuple[str, str]:
 
 
 def members_of(cls: type) -> list[tuple[str, Any]]:
-    """In the order in which they were bound."""
+    """In the order in which they were bound, but for how it is made, which is first."""
     told = [(name, value) for name, value in vars(cls).items() if signature_of(name, value)]
-    return [(name, value) for name, value in told if name != "__module__"]
+    told = [(name, value) for name, value in told if name != "__module__"]
+    return sorted(told, key=lambda each: each[0] != "__init__")
 
 
 def signature_of(name: str, value: Any) -> str:
@@ -105,7 +106,7 @@ def public_names() -> list[str]:
 
 
 def stub() -> str:
-    lines = []
+    lines: list[str] = []
     for name in public_names():
         value = getattr(_core, name)
         if isinstance(value, type):

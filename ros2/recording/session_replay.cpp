@@ -1,8 +1,12 @@
 #include "ros2/recording/session_replay.h"
 
 #include <algorithm>
+#include <array>
+#include <filesystem>
+#include <fstream>
 #include <functional>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
 #include "ros2/recording/internal/compare_records.h"
@@ -114,6 +118,14 @@ std::uint64_t SessionReplay::countLeftOut() const {
 
 const BagDamage& SessionReplay::getDamage() const {
   return xGetRobot().getBag().getDamage();
+}
+
+bool isRecording(const std::string& path) {
+  std::array<char, 16> begin{};
+  std::ifstream(path, std::ios::binary).read(begin.data(), begin.size());
+  const std::string_view text(begin.data(), begin.size());
+  return text.starts_with("\x89MCAP") || text.starts_with("SQLite format 3") ||
+         path.ends_with(".mcap") || path.ends_with(".db3") || std::filesystem::is_directory(path);
 }
 
 }  // namespace QV::ros2

@@ -19,7 +19,7 @@ struct Finding {
 using Findings = std::map<std::string, Finding>;
 
 void expectFindings(std::vector<std::string> arguments, const Findings& expected) {
-  arguments.insert(arguments.begin(), {"check", "--format", "json"});
+  arguments.insert(arguments.begin(), {"check", "--format", "jsonl"});
   const Result result = run(arguments);
   EXPECT_EQ(result.error, "");
   EXPECT_EQ(result.status, expected.empty() ? 0 : 1);

@@ -98,7 +98,7 @@ TEST_F(RecordingTest, whatCouldNotBeComparedIsNotTheSame) {
 
 TEST_F(RecordingTest, aLoopShowsEachPassAsItComes) {
   drive(path);
-  for (const char* const format : {"table", "csv", "json"}) {
+  for (const char* const format : {"table", "csv", "jsonl"}) {
     test::ChildProcess process;
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);

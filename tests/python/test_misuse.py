@@ -10,13 +10,14 @@ import time
 import numpy as np
 import pytest
 import qv_sensor as qv
+from conftest import IN_THE_FLAT
 
 
 class Watch(qv.Sensor):
     """Does something whenever it is read."""
 
-    def __init__(self, what):
-        super().__init__("Watch", "Watch", qv.SensorFieldOfView2D(0, 1, 1, 1))
+    def __init__(self, what, name="Watch"):
+        super().__init__(name, name, qv.SensorFieldOfView2D(0, 1, 1, 1))
         self.what = what
 
     def _get_data(self):
@@ -169,6 +170,22 @@ def test_objects_that_were_never_made_are_refused():
         qv.SensorManager([Watch(None), Watch(None)])
 
 
+def bound_classes():
+    """Those of the extension module that somebody could leave unmade."""
+    classes = [value for value in vars(qv._core).values() if isinstance(value, type)]
+    return [cls for cls in classes if not issubclass(cls, Exception)]
+
+
+@pytest.mark.parametrize("cls", bound_classes(), ids=lambda cls: cls.__name__)
+def test_what_init_has_not_run_for_has_nothing_to_tell(cls):
+    unmade = cls.__new__(cls)
+    told = [name for name in dir(cls) if type(getattr(cls, name)).__name__ in ("property", "getset_descriptor")]
+    for name in told:
+        if name not in ("__class__", "__weakref__", "__dict__"):
+            with pytest.raises((TypeError, RuntimeError), match="never made|non-held"):
+                getattr(unmade, name)
+
+
 def test_what_lives_cannot_be_copied(session):
     for living in (session, session.manager, session.map, session.broker, session.look()):
         for duplicate in (copy.copy, copy.deepcopy, pickle.dumps):
@@ -185,6 +202,7 @@ def test_nothing_crashes_whatever_it_is_given_while_it_lives_and_afterwards(run_
         os.chdir({str(tmp_path)!r})
         qv.set_log_level("silent")
         session = qv.open_virtual(world=qv.WorldOptions(random_people=1))
+        recorder = qv.SessionRecorder("a.mcap", session)
         session.subscribe("test", ["Laser", "Sonar"])
         session.run(qv.seconds(1))
         snapshot = session.look()
@@ -193,17 +211,21 @@ def test_nothing_crashes_whatever_it_is_given_while_it_lives_and_afterwards(run_
         robot = qv.VirtualRobot("porter", session.map)
         living = [session, session.manager, session.subscription("test", "Touch"), robot,
                   qv.SimulatedSensorManager(1, session.map), qv.LiveServer(session, port=0),
-                  qv.SensorManager([qv.Sensor("a", "b", view)]), qv.SimulatedTime()]
+                  qv.SensorManager([qv.Sensor("a", "b", view)]), qv.SimulatedTime(), recorder,
+                  qv.NavigationModule(qv.SensorManager([qv.Sensor("a", "b", view)]))]
         lifeless = [session.map, session.broker, snapshot, snapshot.sensors[0], records[0], view,
                     qv.Module("m"), qv.Sensor("s", "f", view), qv.SensorFactory(), qv.UnitFactory(),
                     qv.SensorUnit("u", 1), qv.Outlet(), qv.SessionPicture("a.png"), qv.RecordFile("a.csv"),
                     qv.WorldOptions(), qv.WorldBox((0, 0, 0)), qv.FloorHole((0, 0, 0)), qv.Walker([(1, 1)])]
-        makers = [getattr(qv, name) for name in qv.__all__ if name[0] != "_" and "set_log" not in name]
+        untried = ("set_log_level", "graph_robot", "open_heard_robot")
+        makers = [getattr(qv, name) for name in qv.__all__ if name[0] != "_" and name not in untried]
         nan = float("nan")
         odd = [None, True, -1, 0, 7, 2**40, 2**70, 0.5, nan, -float("inf"), "", "x", "FrontLaser", b"x", [],
                [[]], [1, nan, 2], {{"a": {{"b"}}}}, object(), int, np.zeros((0, 3)), np.zeros((2, 3), complex),
                np.full((2, 3), nan, np.float32), np.zeros((3, 4))[:, ::2], lambda *some: 1 / 0]
-        odd += living + lifeless
+        classes = [value for value in vars(qv._core).values() if isinstance(value, type)]
+        unmade = [cls.__new__(cls) for cls in classes if not issubclass(cls, Exception)]
+        odd += living + lifeless + unmade
         slow = {{"run", "advance", "await_records", "check", "close", "end", "__enter__", "__exit__"}}
 
         def attempt(call):
@@ -225,7 +247,7 @@ def test_nothing_crashes_whatever_it_is_given_while_it_lives_and_afterwards(run_
         random.seed(1)
         for make in makers:
             attempt(make)
-        attempt_all(living + lifeless)
+        attempt_all(living + lifeless + unmade)
         for thing in reversed(living):
             getattr(thing, "close", lambda: None)()
         attempt_all(living)
@@ -264,6 +286,93 @@ def test_ctrl_c_ends_what_waits(session, wait):
         wait(session)
     assert time.monotonic() - begin < 20
     session.run(qv.seconds(0.1))
+
+
+@pytest.mark.parametrize(
+    "wait",
+    [
+        'session.subscribe("me", "Laser")',
+        'session.manager.subscribe("me", "Laser")',
+        'qv.RealSensorManager(session.broker).subscribe("me", "Laser")',
+        'session.broker.call("Waiter", "wait")',
+    ],
+)
+def test_ctrl_c_ends_the_waiting_for_hardware_that_does_not_come(run_python, wait):
+    out = run_python(f"""
+        import os, signal, threading
+        import qv_sensor as qv
+
+        def keep():
+            kept.append(qv.open_virtual())
+            is_open.set()
+            # Nobody else moves the session's time, in which its hardware starts.
+            threading.Event().wait()
+
+        kept, is_open = [], threading.Event()
+        threading.Thread(target=keep, daemon=True).start()
+        is_open.wait()
+        session = kept[0]
+        module = qv.Module("Waiter")
+        module.bind_method("wait", lambda: session.subscribe("me", "Laser"))
+        session.broker.register_module(module)
+        threading.Timer(0.3, signal.raise_signal, [signal.SIGINT]).start()
+        try:
+            {wait}
+        except KeyboardInterrupt:
+            print("interrupted", flush=True)
+        # What waits there goes with the process.
+        os._exit(0)
+    """)
+    assert out == "interrupted\n"
+
+
+GATED = """<robot name="courier"><link name="base"/><sensor name="Gated" type="Gated"/></robot>"""
+
+
+class Gated(Watch):
+    """Its hardware starts when somebody opens the gate."""
+
+    def __init__(self, name="Gated"):
+        super().__init__(lambda: None, name)
+        self.gate, self.calls = threading.Event(), []
+
+    def _subscribe_to_hardware(self):
+        self.calls.append("begun")
+        self.gate.wait(60)
+        self.calls.append("on")
+        return True
+
+    def _unsubscribe_from_hardware(self):
+        self.calls.append("off")
+        return True
+
+
+def test_a_switch_that_ctrl_c_has_left_goes_on_to_its_end():
+    sensor = Gated()
+    manager = qv.SensorManager([sensor])
+    press_ctrl_c_soon()
+    with pytest.raises(KeyboardInterrupt):
+        manager.subscribe("test")
+    assert sensor.calls == ["begun"]
+    sensor.gate.set()
+    manager.unsubscribe("test")
+    assert sensor.calls == ["begun", "on", "off"]
+
+
+@pytest.mark.parametrize("wait", [lambda s: s.set_demand({"test": {"Gated"}}), lambda s: s.check("Gated")])
+def test_a_session_that_ctrl_c_has_left_is_in_use_until_the_call_is_through(tmp_path, wait):
+    robot, sensor, factory = tmp_path / "courier.urdf", Gated(), qv.SensorFactory()
+    robot.write_text(GATED)
+    factory.add(40, "Gated", "Gated", "zone", lambda order: sensor)
+    with qv.open_virtual(robot, sensors=factory, start=IN_THE_FLAT, simulated_time=False) as session:
+        press_ctrl_c_soon()
+        with pytest.raises(KeyboardInterrupt):
+            wait(session)
+        assert sensor.calls == ["begun"]
+        with pytest.raises(RuntimeError, match="at rest expected"):
+            session.look()
+        sensor.gate.set()
+    assert sensor.calls == ["begun", "on", "off"]
 
 
 def test_ctrl_c_in_a_callback_ends_the_run(session):

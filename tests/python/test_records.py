@@ -50,6 +50,8 @@ def test_a_record_of_ones_own_holds_copies_and_places_its_points():
     np.testing.assert_array_equal(record.points, [[1, 0, 0]])
     np.testing.assert_array_equal(record.points_in_frame(), [[5, 7, 7]])
     assert qv.Record("Left", "Infrared", view, []).points.shape == (0, 3)
+    record.__init__("Right", "Infrared", view, [])
+    assert record.sensor_name == "Left" and len(record.points) == 1
 
 
 @pytest.mark.parametrize(

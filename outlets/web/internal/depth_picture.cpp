@@ -2,8 +2,7 @@
 
 #include <vector>
 
-#include <opencv2/imgcodecs.hpp>
-
+#include "platform/vision/internal/png_image.h"
 #include "platform/vision/qv_image.h"
 
 namespace QV::outlets {
@@ -64,9 +63,7 @@ DepthPicture DepthPainter::paint(const cv::Mat_<std::uint16_t>& depth) {
       colours(at) = tinted(grey(at), numbers[static_cast<std::size_t>(labels(at))]);
     }
   }
-  std::vector<uchar> png;
-  cv::imencode(".png", colours, png);
-  picture.png.assign(png.begin(), png.end());
+  picture.png = QV::detail::encodePng(colours);
   return picture;
 }
 

@@ -16,7 +16,7 @@ Clock::time_point machineNow() noexcept;
 QV_API Clock::time_point coarseNow() noexcept;
 
 /** The time that a SimulatedTime shows, or nothing while the machine's clock counts. */
-std::optional<Clock::time_point> simulatedNow() noexcept;
+QV_API std::optional<Clock::time_point> simulatedNow() noexcept;
 
 void showSimulatedTime(Clock::time_point now) noexcept;
 void showMachineTime() noexcept;

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <latch>
+#include <stdexcept>
 #include <thread>
 #include <vector>
 
@@ -48,6 +49,29 @@ TEST(Crew, dealsOutTheWorkOfManyCallersOnceEach) {
   };
   std::vector<std::jthread> callers;
   for (int i = 0; i < 4; ++i) callers.emplace_back(callMany);
+}
+
+TEST(Crew, isAwaitedByACallerWhoseWorkThrows) {
+  const auto caller = std::this_thread::get_id();
+  std::latch both(2);
+  std::atomic<bool> returned{false};
+  std::atomic<bool> wasAwaited{false};
+  const auto work = [&] {
+    both.arrive_and_wait();
+    if (std::this_thread::get_id() == caller) throw std::runtime_error("no room");
+    constexpr int kLooks = 20'000;
+    for (int i = 0; i < kLooks && !returned; ++i) std::this_thread::yield();
+    wasAwaited = !returned;
+  };
+  try {
+    shareWork(work, 1);
+    ADD_FAILURE() << "it did not throw";
+  } catch (const std::runtime_error& error) {
+    EXPECT_STREQ(error.what(), "no room");
+  }
+  returned = true;
+  EXPECT_TRUE(wasAwaited);
+  meet();
 }
 
 #ifndef __SANITIZE_THREAD__

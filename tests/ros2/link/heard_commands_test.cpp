@@ -116,7 +116,7 @@ TEST_F(HeardCommandsTest, listsSavesAndReadsWhatIsOnTheGraph) {
   EXPECT_EQ(listed.status, 0) << listed.error;
   EXPECT_THAT(listed.out, HasSubstr("Laser   scan"));
   for (const std::vector<std::string>& robot : {std::vector<std::string>{}, {"--robot", saved}}) {
-    std::vector<std::string> arguments = {"read", "--from-ros2", "--format", "json"};
+    std::vector<std::string> arguments = {"read", "--from-ros2", "--format", "jsonl"};
     arguments.insert(arguments.end(), robot.begin(), robot.end());
     const auto read = run(arguments);
     EXPECT_EQ(read.status, 0) << read.error;

@@ -1,0 +1,98 @@
+#include "outlets/web/live_server.h"
+
+#include "platform/ko/log.h"
+#include "python/bindings/outlets.h"
+#include "python/bindings/session_handle.h"
+
+namespace QV::python {
+namespace {
+
+/** A session that goes on by the machine's clock, shown to browsers and outlets. */
+class ServerHandle : public Ending {
+ public:
+  ServerHandle(std::shared_ptr<SessionHandle> session, const outlets::ServerSettings& settings)
+      : session(std::move(session)) {
+    auto made = this->session->use(
+        [&](session::Session& robot) { return std::make_shared<Parts>(robot, settings); });
+    parts = made;
+    this->session->add(std::move(made));
+  }
+  ~ServerHandle() override { end(); }
+
+  void end() override {
+    if (const auto living = parts.lock()) session->remove(living.get());
+  }
+
+  template <typename Call>
+  auto use(Call call) {
+    return session->use([&](session::Session&) {
+      const auto living = parts.lock();
+      if (!living)
+        throw std::runtime_error("a server that lives expected, one that has ended given");
+      return call(living->server);
+    });
+  }
+
+  void run(std::optional<ko::Duration> duration) {
+    using namespace std::chrono;
+    const auto begin = steady_clock::now();
+    const auto isDone = [&] {
+      return duration && steady_clock::now() - begin >= nanoseconds(duration->count());
+    };
+    while (!isDone()) {
+      session->prepare();
+      use([](outlets::LiveServer& server) { server.runBriefly(); });
+      checkInterrupt();
+    }
+  }
+
+ private:
+  struct Parts {
+    Parts(session::Session& session, const outlets::ServerSettings& settings)
+        : server(session, log, settings) {}
+    ko::log::LogRing log;
+    outlets::LiveServer server;
+  };
+
+  const std::shared_ptr<SessionHandle> session;
+  std::weak_ptr<Parts> parts;
+};
+
+}  // namespace
+
+void bindLiveServer(py::module_& module) {
+  py::class_<ServerHandle, std::shared_ptr<ServerHandle>> type(module, "LiveServer", R"(
+Shows a session to browsers, and to viewers that speak the Foxglove WebSocket protocol, while it goes
+on by the machine's clock. For the session's thread; it ends before the session.)");
+  type.def(
+          py::init([](const std::shared_ptr<SessionHandle>& session, const std::string& address,
+                      unsigned short port, const std::vector<std::string>& origins) {
+            return std::make_shared<ServerHandle>(session,
+                                                  outlets::ServerSettings{address, port, origins});
+          }),
+          py::arg("session").none(false), "address"_a = "127.0.0.1", "port"_a = 8765,
+          "origins"_a = std::vector<std::string>(),
+          R"(__init__(session: Session, address: str = "127.0.0.1", port: int = 8765, origins: Sequence[str] = ()) -> None
+
+Port 0 takes any that is free; `origins` are let in beside its own. Settings with which it can't
+listen: ValueError.)")
+      .def("close", &ServerHandle::end, "close() -> None\n\nEnds it.")
+      .def_property_readonly(
+          "url", [](ServerHandle& self) { return self.use([](auto& s) { return s.getUrl(); }); },
+          "str: Where a browser finds it.")
+      .def(
+          "add",
+          [](ServerHandle& self, const py::object& outlet) {
+            auto shared = shareOutlet(outlet);
+            self.use([&](auto& server) { server.add(std::move(shared)); });
+          },
+          "outlet"_a,
+          "add(outlet: OutletBase) -> None\n\nShows the session there, too, ten times a second.")
+      .def("run", &ServerHandle::run, "duration"_a = py::none(),
+           R"(run(duration: int | None = None) -> None
+
+Goes on for nanoseconds of the machine's time, or until Ctrl-C.)");
+  bindBlock(type);
+}
+
+}  // namespace QV::python

@@ -1,0 +1,107 @@
+#include <boost/make_shared.hpp>
+
+#include "platform/navigation/occupancy_map.h"
+#include "python/bindings/common.h"
+#include "python/bindings/manager_handle.h"
+#include "python/bindings/records.h"
+#include "python/bindings/sensors.h"
+#include "sensor/real/real_sensor_manager.h"
+#include "sensor/simulation/simulated_sensor_manager.h"
+
+namespace QV::python {
+namespace {
+
+/** Sensors of one's own, read whenever somebody asks. */
+class SensorListManager : public sensor::SensorManager {
+ public:
+  explicit SensorListManager(const py::iterable& list) {
+    for (const py::handle item : list) {
+      if (!py::isinstance<PythonSensor>(item))
+        throw py::type_error("Sensors expected, " + describe(item) + " given");
+      xAdd(shareWithPython<boost::shared_ptr, PythonSensor>(
+          py::reinterpret_borrow<py::object>(item)));
+    }
+  }
+  void setSensorsDebug(bool) override {}
+
+ protected:
+  std::vector<Math::MetricalData> xGetData() const override { return *xShareData(); }
+  SharedRecords xShareData() const override {
+    xUpdateData();
+    return xShareCache();
+  }
+  void xOnSensorOnChanged(bool) override {}
+
+ private:
+  void xAdd(const boost::shared_ptr<sensor::Sensor>& sensor) {
+    if (!sensors.emplace(sensor->getName(), sensor).second)
+      throw py::value_error("a name for each sensor expected, two called " + sensor->getName() +
+                            " given");
+    families[sensor->getFamilyName()].insert(sensor->getName());
+  }
+};
+
+/** A simulated robot's sensors and their map. */
+class MapKeeper : public sensor::SimulatedSensorManager {
+ public:
+  MapKeeper(int kind, boost::shared_ptr<OccupancyMap> kept)
+      : SimulatedSensorManager(kind, kept.get()), map(std::move(kept)) {}
+
+ private:
+  const boost::shared_ptr<OccupancyMap> map;
+};
+
+void bindSimulated(py::module_& module) {
+  using Handle = SimulatedManagerHandle;
+  py::class_<Handle, ManagerHandle, std::shared_ptr<Handle>>(module, "SimulatedSensorManager", R"(
+The sensors of a robot of some kind, which cast rays into a map; every read measures anew.)")
+      .def(py::init([](int kind, boost::shared_ptr<OccupancyMap> map) {
+             return std::make_shared<Handle>(std::make_shared<MapKeeper>(kind, std::move(map)));
+           }),
+           "kind"_a, "map"_a,
+           R"(__init__(kind: int, map: OccupancyMap | None) -> None
+
+Kinds -1 (a perfect laser), 0 (two sonars) and 1 (bumpers, sonars, depth camera); any other has no
+sensors, which is logged. Without a map records have no points.)")
+      .def(
+          "set_pose_2d",
+          [](const Handle& handle, const Math::Pose2D& scan, std::optional<Math::Pose2D> robot) {
+            handle.ask([&](auto& manager) { manager.setPose2D(scan, robot.value_or(scan)); });
+          },
+          "scan_pose"_a, "reference_pose"_a = py::none(),
+          R"(set_pose_2d(scan_pose: PoseLike, reference_pose: PoseLike | None = None) -> None
+
+Where rays are cast from, in the map, and where records say that the robot is; by default the same.)");
+}
+
+void bindReal(py::module_& module) {
+  using Handle = RealManagerHandle;
+  py::class_<Handle, ManagerHandle, std::shared_ptr<Handle>>(module, "RealSensorManager", R"(
+The sensors of the robot behind a broker, virtual or not, as its description lists them.
+
+While any sensor runs, records are gathered every 100 ms, in a SimulatedTime as that goes by.)")
+      .def(py::init(
+               [](const boost::shared_ptr<QVBroker>& broker, const sensor::SensorFactory* factory) {
+                 const auto& makes = factory ? *factory : sensor::SensorFactory::standard();
+                 return std::make_shared<Handle>(patiently([broker, makes] {
+                   return std::make_shared<sensor::RealSensorManager>(broker, makes);
+                 }));
+               }),
+           "broker"_a, "factory"_a = py::none(),
+           R"(__init__(broker: Broker, factory: SensorFactory | None = None) -> None
+
+With the sensors that `factory` knows. What can't be built is logged and left out.)");
+}
+
+}  // namespace
+
+std::shared_ptr<ManagerHandle> makeListManager(const py::iterable& sensors) {
+  return std::make_shared<ManagerHandle>(std::make_shared<SensorListManager>(sensors));
+}
+
+void bindManagerKinds(py::module_& module) {
+  bindSimulated(module);
+  bindReal(module);
+}
+
+}  // namespace QV::python

@@ -1,0 +1,95 @@
+#include "python/bindings/common.h"
+#include "python/bindings/manager_handle.h"
+#include "python/bindings/records.h"
+#include "sensor/core/scoped_subscription.h"
+
+namespace QV::python {
+namespace {
+
+py::list readManager(const ManagerHandle& handle, const Names& names) {
+  return toPython(handle.ask([](auto& manager) { return manager.shareMetricalData(); }), names);
+}
+
+py::object lastTrouble(const ManagerHandle& handle, const std::string& sensor) {
+  const auto trouble = handle.ask([&](auto& manager) { return manager.getLastTrouble(sensor); });
+  return trouble ? toPython(*trouble) : py::none();
+}
+
+std::map<std::string, std::string> awaitManager(const ManagerHandle& handle, ko::Duration limit,
+                                                const Names& names) {
+  constexpr int kPollMs = 10;
+  const auto end = endOf(limit);
+  for (;;) {
+    auto missing = handle.ask([&](auto& manager) {
+      return findMissingRecords(manager, names.names.value_or(manager.getFamilyNames()));
+    });
+    if (missing.empty() || ko::Clock::now() >= end) return missing;
+    unlocked([] { ko::os::msleep(kPollMs); });
+    checkInterrupt();
+  }
+}
+
+void bindRecordQuestions(ManagerClass& type) {
+  type.def("get_metrical_data", &readManager, "names"_a = py::none(),
+           R"(get_metrical_data(names: Names = None) -> list[Record]
+
+The records of all started sensors, in the order of their names; or for each name, in order, those
+of that sensor or family. Nothing is copied.)")
+      .def("await_records", &awaitManager, "limit"_a, "names"_a = py::none(),
+           R"(await_records(limit: int, names: Names = None) -> dict[str, str]
+
+Waits until each sensor, by default all, has a fresh record or a reason for none, but not longer than
+`limit`, nanoseconds of clock(). What is missing by then, and why, by sensor. In a SimulatedTime that
+moves on the thread that made it; on another one it waits for that.)")
+      .def("get_last_trouble", &lastTrouble, "sensor"_a,
+           R"(get_last_trouble(sensor: str) -> LogRecord | None
+
+Why a sensor fails: its last warning or error; also of one that could not be built.)")
+      .def(
+          "get_all_sensors_by_family",
+          [](const ManagerHandle& handle) {
+            return handle.ask([](auto& manager) { return manager.getAllSensorsByFamily(); });
+          },
+          "get_all_sensors_by_family() -> dict[str, set[str]]")
+      .def(
+          "get_sensor_list",
+          [](const ManagerHandle& handle) {
+            return handle.ask([](auto& manager) { return manager.getSensorList(); });
+          },
+          "get_sensor_list() -> set[str]")
+      .def(
+          "get_subscribers",
+          [](const ManagerHandle& handle) {
+            return handle.ask([](auto& manager) { return manager.getSubscribers(); });
+          },
+          "get_subscribers() -> set[str]");
+}
+
+void bindStateQuestions(ManagerClass& type) {
+  const auto ask1 = [&](const char* name,
+                        bool (sensor::SensorManager::*question)(const std::string&) const,
+                        const char* doc) {
+    type.def(
+        name,
+        [question](const ManagerHandle& handle, const std::string& sensor) {
+          return handle.ask([&](auto& manager) { return (manager.*question)(sensor); });
+        },
+        "sensor"_a, doc);
+  };
+  using sensor::SensorManager;
+  ask1("is_sensor_started", &SensorManager::isSensorStarted,
+       "is_sensor_started(sensor: str) -> bool\n\nFalse for an unknown sensor.");
+  ask1("is_sensor_enabled", &SensorManager::isSensorEnabled,
+       "is_sensor_enabled(sensor: str) -> bool\n\nFalse for an unknown sensor.");
+  ask1("is_sensor_diagnosis_success", &SensorManager::isSensorDiagnosisSuccess,
+       "is_sensor_diagnosis_success(sensor: str) -> bool\n\nFalse for an unknown sensor.");
+}
+
+}  // namespace
+
+void bindManagerReading(ManagerClass& type) {
+  bindRecordQuestions(type);
+  bindStateQuestions(type);
+}
+
+}  // namespace QV::python

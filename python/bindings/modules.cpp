@@ -1,0 +1,111 @@
+#include <utility>
+
+#include <boost/make_shared.hpp>
+#include <boost/weak_ptr.hpp>
+
+#include "python/bindings/manager_handle.h"
+#include "python/bindings/own_methods.h"
+#include "python/bindings/records.h"
+#include "sensor/hosting/navigation_module.h"
+#include "sensor/hosting/record_value.h"
+#include "sensor/real/sensor_factory.h"
+
+namespace QV::python {
+namespace {
+
+/** A module of C++'s, beside whose methods there are Python's. */
+template <typename Base>
+class OwnModule : public Base, public OwnMethods {
+ public:
+  using Base::Base;
+};
+
+using PythonModule = OwnModule<QVModule>;
+using HostingModule = OwnModule<sensor::NavigationModule>;
+
+void bindOwnMethod(QVModule& module, const std::string& name, const py::function& callable) {
+  // All that Python knows of are.
+  dynamic_cast<OwnMethods&>(module).bind(module, name, callable);
+}
+
+/** Its sensors stop as it goes, which may wait: others may run Python meanwhile. */
+void endHosting(HostingModule* last) {
+  std::optional<Unlocked> away;
+  if (PyGILState_Check()) away.emplace();
+  delete last;
+}
+
+template <typename... A>
+boost::shared_ptr<HostingModule> makeHosting(const A&... arguments) {
+  return {unlocked([&] { return new HostingModule(arguments...); }), &endHosting};
+}
+
+boost::shared_ptr<HostingModule> hostRobot(const boost::shared_ptr<QVBroker>& broker,
+                                           const sensor::SensorFactory* factory) {
+  return makeHosting(broker, factory ? *factory : sensor::SensorFactory::standard());
+}
+
+boost::shared_ptr<HostingModule> hostManager(const ManagerHandle& handle) {
+  if (handle.isBorrowed())
+    throw py::value_error("a manager of one's own expected, a session's given");
+  const auto kept = handle.get();
+  return makeHosting(boost::shared_ptr<sensor::SensorManager>(kept.get(), [kept](const auto*) {}));
+}
+
+std::shared_ptr<ManagerHandle> hostedManager(const boost::shared_ptr<HostingModule>& module) {
+  return std::make_shared<ManagerHandle>([weak = boost::weak_ptr<HostingModule>(module)] {
+    auto living = weak.lock();
+    if (!living) throw std::runtime_error("a module that lives expected, one that has gone given");
+    auto* const manager = &living->getManager();
+    return std::shared_ptr<sensor::SensorManager>(manager, [living](const auto*) {});
+  });
+}
+
+py::list recordsFromValue(const QVValue& value) {
+  return toPython(SharedRecords(boost::make_shared<const std::vector<Math::MetricalData>>(
+      sensor::recordsFromQVValue(value))));
+}
+
+void bindOwnModules(py::module_& module) {
+  py::class_<QVModule, boost::shared_ptr<QVModule>>(module, "ModuleBase", R"(
+A part of a robot that others call by name. Methods may be called on any thread, one call of Python
+at a time. What a method raises reaches its caller as QVError.)")
+      .def_property_readonly("name", &QVModule::getName, "str: What others call it by.")
+      .def("bind_method", &bindOwnMethod, "method"_a, "callable"_a,
+           R"(bind_method(method: str, callable: Callable[..., Value]) -> None
+
+Offers a callable of 0 to 8 positional arguments under a name, before the module is registered.
+Arguments and result are None, bool, int, float, str, bytes or lists of these. A name that is bound
+already, or a module that is registered: QVError.)");
+  py::class_<PythonModule, QVModule, boost::shared_ptr<PythonModule>>(module, "Module", R"(
+A module of one's own: derive from it, bind methods, register it at a broker.)")
+      .def(py::init<const std::string&>(), "name"_a, "__init__(name: str) -> None");
+}
+
+void bindHosting(py::module_& module) {
+  using Class = py::class_<HostingModule, QVModule, boost::shared_ptr<HostingModule>>;
+  Class(module, "NavigationModule", R"(
+Hosts sensors in a robot's middleware as the module "QVNavigation": other modules call the manager's
+operations by name ("subscribe", "getMetricalData"), see the C++ class. Derive from it to bind more
+methods. Its sensors keep the broker, and the broker keeps the module: register it by ScopedModule.)")
+      .def(py::init(&hostRobot), py::arg("robot").none(false), "factory"_a = py::none(),
+           R"(__init__(robot: Broker | SensorManager, factory: SensorFactory | None = None) -> None
+
+With the sensors of the robot behind a broker that `factory` knows, or with those of a manager, but
+not a session's: ValueError.)")
+      .def(py::init(&hostManager), "robot"_a)
+      .def_property_readonly("manager", &hostedManager, "SensorManager: Its sensors.");
+  module.def("records_from_value", &recordsFromValue, "value"_a,
+             R"(records_from_value(value: Value) -> list[Record]
+
+What "getMetricalData" of a NavigationModule answers; QVError for what has another form.)");
+}
+
+}  // namespace
+
+void bindModules(py::module_& module) {
+  bindOwnModules(module);
+  bindHosting(module);
+}
+
+}  // namespace QV::python

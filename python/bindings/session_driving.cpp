@@ -1,0 +1,60 @@
+#include <cmath>
+
+#include "python/bindings/session_handle.h"
+
+namespace QV::python {
+namespace {
+
+using session::Session;
+
+void drive(const SessionHandle& handle, float forward, float turn) {
+  if (!std::isfinite(forward) || !std::isfinite(turn))
+    throw py::value_error("finite speeds expected, " + std::to_string(forward) + ", " +
+                          std::to_string(turn) + " given");
+  handle.look([&](Session& session) { session.drive(forward, turn); });
+}
+
+void setGoal(SessionHandle& handle, const Math::Position2D& position) {
+  handle.use([&](Session& session) { session.setGoal(position); });
+}
+
+ko::Duration follow(SessionHandle& handle, const std::vector<Math::Position2D>& path, double speed,
+                    double turnSpeed) {
+  const double seconds =
+      handle.use([&](Session& session) { return session.follow(path, speed, turnSpeed); });
+  return ko::Duration(std::llround(1e9 * seconds));
+}
+
+Math::Pose2D getSessionPose(const SessionHandle& handle) {
+  return handle.look([](Session& session) { return session.getPose(); });
+}
+
+void setSessionPose(SessionHandle& handle, const Math::Pose2D& pose) {
+  handle.use([&](Session& session) { session.setPose(pose); });
+}
+
+}  // namespace
+
+void bindSessionDriving(SessionClass& type) {
+  type.def("drive", &drive, "forward"_a, "turn"_a,
+           "drive(forward: float, turn: float) -> None\n\nm/s and rad/s, until another command.")
+      .def("set_goal", &setGoal, "position"_a,
+           R"(set_goal(position: PositionLike) -> None
+
+Finds a way there, in the map, and goes it as the session is run. No way: ValueError.)")
+      .def(
+          "follow", &follow, "path"_a, "speed"_a = 0.5, "turn_speed"_a = 1.0,
+          R"(follow(path: Sequence[PositionLike], speed: float = 0.5, turn_speed: float = 1.0) -> int
+
+Along straight lines of two positions or more, in the map, at m/s and rad/s: the nanoseconds that it
+takes, as the session is run.)")
+      .def(
+          "wander", [](SessionHandle& self) { self.use([](Session& s) { s.wander(); }); },
+          "wander() -> None\n\nDrives about where there is room.")
+      .def(
+          "stop", [](SessionHandle& self) { self.look([](Session& s) { s.stop(); }); },
+          "stop() -> None\n\nStands still.")
+      .def_property("pose", &getSessionPose, &setSessionPose, "Pose2D: Of the robot in the map.");
+}
+
+}  // namespace QV::python

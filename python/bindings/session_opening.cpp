@@ -1,0 +1,117 @@
+#include "platform/middleware/qv_error.h"
+#include "python/bindings/maps.h"
+#include "python/bindings/replay_handle.h"
+#include "ros2/recording/session_replay.h"
+#include "session/open.h"
+#include "session/usage_error.h"
+
+namespace QV::python {
+namespace {
+
+using SharedHandle = std::shared_ptr<SessionHandle>;
+
+/** What a session is opened with, of Python's words. */
+session::OpenOptions optionsFrom(const py::object& map, std::optional<Math::Pose2D> start,
+                                 bool simulatedTime) {
+  session::OpenOptions options;
+  options.start = start;
+  options.time = simulatedTime ? session::TimeSource::simulated : session::TimeSource::clock;
+  if (py::isinstance<OccupancyMap>(map)) {
+    options.map = map.cast<boost::shared_ptr<OccupancyMap>>();
+  } else {
+    options.mapFile = pathFrom(map);
+  }
+  return options;
+}
+
+template <typename Open>
+SharedHandle open(const std::string& file, bool ownTime, Open open) {
+  try {
+    return std::make_shared<SessionHandle>(
+        unlocked([&] { return std::shared_ptr<session::Session>(open()); }), ownTime);
+  } catch (const session::UsageError&) {
+    throw;
+  } catch (const QVError&) {
+    throw;
+  } catch (const std::runtime_error& error) {
+    raiseFileError(file, error);
+  }
+}
+
+SharedHandle openVirtual(const py::object& robot, const py::object& map,
+                         std::optional<Math::Pose2D> start, const robot::WorldOptions* world,
+                         const sensor::SensorFactory* sensors, const robot::UnitFactory* units,
+                         bool somebodyAhead, bool simulatedTime) {
+  session::OpenOptions options = optionsFrom(map, start, simulatedTime);
+  if (world) options.world = *world;
+  if (sensors) options.sensors = *sensors;
+  if (units) options.units = *units;
+  options.somebodyAhead = somebodyAhead;
+  const std::string file = pathFrom(robot);
+  return open(file, simulatedTime, [&] { return session::openVirtual(file, options); });
+}
+
+SharedHandle openSimulated(int kind, const py::object& map, std::optional<Math::Pose2D> start,
+                           bool simulatedTime) {
+  const session::OpenOptions options = optionsFrom(map, start, simulatedTime);
+  return open(options.mapFile, simulatedTime,
+              [&] { return session::openSimulated(kind, options); });
+}
+
+SharedHandle openRun(const std::string& file, const sensor::SensorFactory& sensors) try {
+  const auto replay = unlocked([&] {
+    auto made = std::make_shared<ros2::SessionReplay>(file, sensors);
+    made->begin();
+    made->getSession().step();
+    return made;
+  });
+  return std::make_shared<ReplayHandle>(replay);
+} catch (const session::UsageError&) {
+  throw;
+} catch (const std::runtime_error& error) {
+  raiseFileError(file, error);
+}
+
+SharedHandle openRecording(const py::object& log, const py::object& poses,
+                           const sensor::SensorFactory* sensors) {
+  const std::string file = pathFrom(log);
+  if (ros2::isRecording(file))
+    return openRun(file, sensors ? *sensors : sensor::SensorFactory::standard());
+  std::optional<std::string> posesFile;
+  if (!poses.is_none()) posesFile = pathFrom(poses);
+  return open(file, true, [&] { return session::openRecording(file, posesFile); });
+}
+
+}  // namespace
+
+void bindOpening(py::module_& module) {
+  module.def(
+      "open_virtual", &openVirtual, "robot"_a = "porter", py::kw_only(), "map"_a = "apartment",
+      "start"_a = py::none(), "world"_a = py::none(), "sensors"_a = py::none(),
+      "units"_a = py::none(), "somebody_ahead"_a = false, "simulated_time"_a = true,
+      R"(open_virtual(robot: PathLike = "porter", *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, world: WorldOptions | None = None, sensors: SensorFactory | None = None, units: UnitFactory | None = None, somebody_ahead: bool = False, simulated_time: bool = True) -> Session
+
+A virtual robot with the sensors that its description names, and what measures for them.
+
+Robot and map are the library's own by name, or files (URDF, map_server) by path. `start` is a pose
+in the map, by default where there is room. Time is simulated and the session's own, one at a time,
+or with `simulated_time=False` the clock's, a SimulatedTime's within its block. A missing file:
+FileNotFoundError; a malformed one, an unknown name or an impossible world: ValueError.)");
+  module.def(
+      "open_simulated", &openSimulated, "kind"_a, py::kw_only(), "map"_a = "apartment",
+      "start"_a = py::none(), "simulated_time"_a = true,
+      R"(open_simulated(kind: int, *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, simulated_time: bool = True) -> Session
+
+A robot with the simulated sensors of a kind, -1, 0 or 1; ValueError for another.)");
+  module.def(
+      "open_recording", &openRecording, "log"_a, "poses"_a = py::none(), py::kw_only(),
+      "sensors"_a = py::none(),
+      R"(open_recording(log: PathLike, poses: PathLike | None = None, *, sensors: SensorFactory | None = None) -> Session
+
+A recording (MCAP, or rosbag2's folder or SQLite file), which gives a SessionReplay and whose sensors
+`sensors` makes; or a log of a lidar (CARMEN) or of sonars, whose `poses` are by default in poses.txt
+beside it. Its content tells which. It stands at its first step. A missing file: FileNotFoundError; a
+malformed one: ValueError that says where.)");
+}
+
+}  // namespace QV::python

@@ -1,0 +1,70 @@
+#include "python/bindings/session_handle.h"
+#include "sensor/core/scoped_subscription.h"
+
+namespace QV::python {
+namespace {
+
+using session::Session;
+
+/** A property that a session tells on its own thread. */
+template <auto get>
+auto told() {
+  return [](const SessionHandle& self) {
+    return self.look([](Session& session) { return (session.*get)(); });
+  };
+}
+
+std::map<std::string, std::string> awaitSession(SessionHandle& handle, ko::Duration limit,
+                                                const Names& names) {
+  constexpr ko::Duration kPoll{10'000'000};
+  const auto wanted = namesIn(handle, names);
+  const auto end = endOf(limit);
+  for (;;) {
+    auto missing = handle.use(
+        [&](Session& session) { return sensor::findMissingRecords(session.getManager(), wanted); });
+    const auto left = end - ko::Clock::now();
+    if (missing.empty() || left <= ko::Duration::zero()) return missing;
+    handle.run(std::min<ko::Duration>(left, kPoll));
+  }
+}
+
+void seek(SessionHandle& handle, ko::Duration sinceStart) {
+  handle.use([&](Session& session) { session.seek(sinceStart); });
+}
+
+/** Of a recording. */
+void bindPlaying(SessionClass& type) {
+  type.def("seek", &seek, "since_start"_a,
+           R"(seek(since_start: int) -> None
+
+Goes to a time of a recording, nanoseconds from its start. Who subscribed otherwise than by
+set_demand has to do so again. What is no recording: ValueError.)")
+      .def_property_readonly("length", told<&Session::getLength>(),
+                             "int | None: Of a recording, nanoseconds.")
+      .def_property_readonly("share_done", told<&Session::getShareDone>(),
+                             "float: Of a recording, 0 to 1.");
+}
+
+}  // namespace
+
+void bindSessionTime(SessionClass& type) {
+  type.def("run", &SessionHandle::run, "duration"_a,
+           R"(run(duration: int) -> None
+
+Lets nanoseconds go by, simulated or the machine's; Ctrl-C ends it. Negative: ValueError.)")
+      .def("await_records", &awaitSession, "limit"_a, "names"_a = py::none(),
+           R"(await_records(limit: int, names: Names = None) -> dict[str, str]
+
+Runs until each sensor, by default all, has a fresh record or a reason for none, but not longer than
+`limit` nanoseconds. What is missing by then, and why, by sensor.)")
+      .def(
+          "step", [](SessionHandle& self) { return self.use([](Session& s) { return s.step(); }); },
+          "step() -> bool\n\nA recording's next step, False at its end; of others, 0.1 s.")
+      .def_property_readonly(
+          "settling_time", told<&Session::getSettlingTime>(),
+          "int: So long after a subscription every sensor has given its first record, "
+          "nanoseconds.");
+  bindPlaying(type);
+}
+
+}  // namespace QV::python

@@ -1,0 +1,106 @@
+"""Runs that are recorded, played, told of and recovered."""
+
+import numpy as np
+import pytest
+import qv_sensor as qv
+from conftest import IN_THE_FLAT
+
+
+def points_of(snapshot):
+    return {state.name: [record.points.copy() for record in state.records] for state in snapshot.sensors}
+
+
+@pytest.fixture
+def recording(tmp_path):
+    """A second of a drive, and what was seen at its end."""
+    path = tmp_path / "run.mcap"
+    with qv.open_virtual(start=IN_THE_FLAT) as session:
+        recorder = qv.SessionRecorder(path, session, wants_all=True)
+        session.set_demand(recorder.demand)
+        session.drive(0.2, 0.1)
+        for _ in range(10):
+            session.run(qv.seconds(0.1))
+            seen = session.look()
+            recorder.show(seen)
+        recorder.finish()
+        assert not recorder.has_failed
+    return path, seen
+
+
+def test_a_recording_plays_the_records_that_were_seen(recording):
+    path, seen = recording
+    with qv.open_recording(path) as session:
+        assert isinstance(session, qv.SessionReplay) and session.is_own
+        assert session.look_count == 10
+        steps = 1
+        assert session.compare() is None
+        while session.step():
+            steps += 1
+            assert session.compare() is None
+        assert steps == 10 and session.share_done == 1.0
+        assert session.time == pytest.approx(session.length, abs=qv.seconds(0.1))
+        played = points_of(session.look())
+        assert session.damage == []
+        session.seek(0)
+        assert session.share_done < 0.2
+    expected = points_of(seen)
+    assert any(len(points) for points in expected["FrontLaser"])
+    assert played.keys() == expected.keys()
+    for name, records in expected.items():
+        for ours, theirs in zip(played[name], records, strict=True):
+            np.testing.assert_array_equal(ours, theirs)
+
+
+def test_a_recording_is_shown_by_a_server_and_ends_with_its_session(session, tmp_path):
+    path = tmp_path / "served.mcap"
+    recorder = qv.SessionRecorder(path, session, wants_all=True)
+    server = qv.LiveServer(session, port=0)
+    server.add(recorder)
+    server.run(qv.seconds(0.5))
+    session.close()
+    for use in (recorder.finish, lambda: recorder.demand, lambda: recorder.has_failed):
+        with pytest.raises(RuntimeError, match="has ended"):
+            use()
+    topics = {topic.name: topic for topic in qv.recording_info(path).topics}
+    assert topics["/FrontLaser/scan"].message_count > 0
+
+
+def test_another_robots_recording_gives_its_sensors(data):
+    with qv.open_recording(data / "bags" / "mumble_straight.mcap") as session:
+        assert not session.is_own and not session.look_count and session.compare() is None
+        told = set()
+        while session.step():
+            told |= {state.family for state in session.look().sensors if state.records}
+        assert "Laser" in told
+
+
+def test_what_a_recording_holds_is_told_whole_or_cut(recording, tmp_path):
+    path, _ = recording
+    whole = qv.recording_info(path)
+    assert whole.path == str(path) and whole.file_bytes == path.stat().st_size
+    assert whole.message_count == sum(topic.message_count for topic in whole.topics) and whole.damage == []
+    scan = next(topic for topic in whole.topics if topic.name == "/FrontLaser/scan")
+    assert scan.type == "sensor_msgs/msg/LaserScan" and scan.rate > 1
+    assert 0 < scan.start_time <= scan.end_time <= whole.end_time
+    cut, mended = tmp_path / "cut.mcap", tmp_path / "mended.mcap"
+    cut.write_bytes(path.read_bytes()[: whole.file_bytes // 2])
+    recovered = qv.recover_recording(cut, mended)
+    assert recovered.damage and 0 < recovered.message_count < whole.message_count
+    assert qv.recording_info(mended).message_count == recovered.message_count
+
+
+@pytest.mark.parametrize(
+    ("content", "error"), [(None, FileNotFoundError), (b"", ValueError), (b"not one", ValueError)]
+)
+@pytest.mark.parametrize("use", [qv.open_recording, qv.recording_info])
+def test_what_is_no_recording_is_named(tmp_path, content, error, use):
+    path = tmp_path / "bad.mcap"
+    if content is not None:
+        path.write_bytes(content)
+    with pytest.raises(error, match="bad.mcap"):
+        use(path)
+
+
+def test_a_recording_that_cannot_be_made_is_an_os_error(session, tmp_path):
+    with pytest.raises(OSError, match="nowhere"):
+        qv.SessionRecorder(tmp_path / "nowhere" / "run.mcap", session)
