@@ -36,6 +36,8 @@ RecordingFacts factsOf(session::Session& session);
 
 /** The name of an attachment with a map's cells as floats, where the map's message rounds them. */
 constexpr char kExactMap[] = "map.f32";
+/** The robot's description as it was read, where viewers are given another. */
+constexpr char kExactDescription[] = "robot.urdf";
 
 BagAttachment exactMapOf(const OccupancyMap& map);
 /** std::runtime_error for bytes that are no map. */
