@@ -1,5 +1,5 @@
 /**
- * What the depth camera costs on recorded frames (in the folder that QV_DATA names): labelling,
+ * The cost of the depth camera on recorded frames (in the folder that QV_DATA names): labelling,
  * filtering (labelling, projection, grouping) and a whole cycle, from asking for the image to
  * publishing the records. Every row times its peers in turn with us, on the same frame, and counts
  * what our step takes from the heap. The sensor's log category is off: a pixel that is too far away
@@ -150,7 +150,7 @@ void segmentWithPCL(const Scene& scene) {
 }
 #endif
 
-/** What a peer needs for the same frame, as a multiple of our time. */
+/** The time of a peer for the same frame, as a multiple of ours. */
 struct Peer {
   std::string counter;
   void (*run)(const Scene&);

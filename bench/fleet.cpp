@@ -21,23 +21,40 @@
 
 namespace {
 
-/** What this thread holds of the heap, as the heap counts it. */
+/** The bytes that this thread holds of the heap, as the heap counts them. */
 thread_local std::int64_t heldBytes = 0;
+
+}  // namespace
+
+namespace {
+
+void* countedAs(void* memory) {
+  if (memory == nullptr) throw std::bad_alloc();
+  heldBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
+  return memory;
+}
 
 }  // namespace
 
 // Not inlined: else the compiler takes the new and the free for a mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size) {
-  void* const memory = std::malloc(size);
-  if (memory == nullptr) throw std::bad_alloc();
-  heldBytes += static_cast<std::int64_t>(malloc_usable_size(memory));
-  return memory;
+  return countedAs(std::malloc(size));
+}
+[[gnu::noinline]] void* operator new(std::size_t size, std::align_val_t alignment) {
+  const auto multiple = static_cast<std::size_t>(alignment);
+  return countedAs(std::aligned_alloc(multiple, (size + multiple - 1) / multiple * multiple));
 }
 [[gnu::noinline]] void operator delete(void* memory) noexcept {
   heldBytes -= static_cast<std::int64_t>(malloc_usable_size(memory));
   std::free(memory);
 }
 [[gnu::noinline]] void operator delete(void* memory, std::size_t) noexcept {
+  operator delete(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::align_val_t) noexcept {
+  operator delete(memory);
+}
+[[gnu::noinline]] void operator delete(void* memory, std::size_t, std::align_val_t) noexcept {
   operator delete(memory);
 }
 

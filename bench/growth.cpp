@@ -1,7 +1,7 @@
 /**
- * How the cost of what the library computes itself grows, on the project's own map: scans with the
- * number of rays, their range and the size of the map (the apartment, side by side with itself),
- * labelling with the size of the frame. Run from the project's root.
+ * The growth of the cost of what the library computes itself, on the project's own map: scans with
+ * the number of rays, their range and the size of the map (the apartment, side by side with
+ * itself), labelling with the size of the frame. Run from the project's root.
  */
 #include <algorithm>
 #include <cstdint>

@@ -15,7 +15,7 @@
 #include "outlets/files/record_file.h"
 #include "ros2/bag/bag_reader.h"
 #include "ros2/messages/sensor_msgs.h"
-#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/session_recorder.h"
 #include "session/open.h"
 
 namespace QV {
@@ -37,7 +37,7 @@ class Folder {
   std::string name;
 };
 
-/** One message of each topic, in CDR. */
+/** Messages of each topic, one of each, in CDR. */
 struct Load {
   std::vector<ros2::BagTopic> topics;
   std::vector<ros2::Bytes> messages;
@@ -61,7 +61,7 @@ Load imagesOf(std::uint32_t width, std::uint32_t height) {
   return {{ros2::makeBagTopic("/depth", image.getType())}, {ros2::toCdr(image)}};
 }
 
-/** What a robot gives: many small ones and some large. */
+/** The load of a robot: many small messages and some large. */
 Load robotOf(std::size_t scans) {
   Load load = scansOf(360);
   const Load images = imagesOf(320, 240);
@@ -99,7 +99,7 @@ ros2::Bytes readPlainly(const std::string& path) {
   return bytes;
 }
 
-/** Through one buffer, as a reader does that goes on to the next piece. */
+/** Reads through one buffer, as a reader does that goes on to the next piece. */
 void skimPlainly(const std::string& path) {
   static ros2::Bytes buffer(kPiece);
   const int file = ::open(path.c_str(), O_RDONLY);
@@ -207,7 +207,7 @@ void recordSecond(benchmark::State& state) {
       allPeer.push_back(processTime() - begin);
     }
     const Drive drive(kSeconds);
-    ros2::RunRecorder recorder(folder / "run.mcap", *drive.session);
+    ros2::SessionRecorder recorder(folder / "run.mcap", *drive.session);
     const double begin = processTime();
     own.push_back(bench::secondsOf([&] { drive.run(&recorder); }));
     all.push_back(processTime() - begin);
@@ -225,7 +225,7 @@ void recordMinute(benchmark::State& state) {
   for (auto _ : state) {
     {
       const Drive drive(kSeconds);
-      ros2::RunRecorder recorder(folder / "run.mcap", *drive.session);
+      ros2::SessionRecorder recorder(folder / "run.mcap", *drive.session);
       state.SetIterationTime(bench::secondsOf([&] { drive.run(&recorder); }));
     }
     const Drive drive(kSeconds);

@@ -11,7 +11,7 @@
 #include "bench/timing.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_memory_proxy.h"
-#include "robot/services/memory_service.h"
+#include "robot/services/internal/memory_service.h"
 #include "sensor/real/qv_memory_fast_access.h"
 
 namespace QV {

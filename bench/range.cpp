@@ -1,6 +1,6 @@
 /**
- * What a reading of a range sensor costs on the virtual services, and how much of that is the
- * sensor's own: the calls that it makes are timed in turn with it, by themselves.
+ * The cost of reading a range sensor on the virtual services, and how much of that is the sensor's
+ * own: the calls that it makes are timed in turn with it, by themselves.
  */
 #include <functional>
 #include <memory>
@@ -17,10 +17,10 @@
 #include "platform/model/model_utils.h"
 #include "robot/services/internal/device_manager.h"
 #include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/motion_service.h"
 #include "robot/services/internal/robot_model_service.h"
 #include "robot/services/internal/sonar_driver.h"
-#include "robot/services/memory_service.h"
 #include "sensor/range/internal/blind_zone_sensor.h"
 #include "sensor/range/internal/hole_laser_sensor.h"
 #include "sensor/range/internal/smart_sonar.h"

@@ -1,4 +1,4 @@
-"""Writes docs/performance.md and its plots from what the benchmarks measured.
+"""Writes docs/performance-notes.md and its plots from what the benchmarks measured.
 
 Usage: report.py FOLDER, the folder of NAME.json or NAME.ROUND.json in Google Benchmark's format. Run
 from the project's root. Each figure is the median over the rounds, a ratio their geometric mean.
@@ -20,7 +20,7 @@ matplotlib.use("svg")
 matplotlib.rcParams["svg.hashsalt"] = "qv"
 import matplotlib.pyplot as plt  # noqa: E402
 
-PAGE = "docs/performance.md"
+PAGE = "docs/performance-notes.md"
 PLOTS = "docs/figures"
 BY_HAND = "Measured by hand"
 SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
@@ -239,9 +239,9 @@ def rounds_of(results):
 
 
 def head(results, context):
-    return f"""# Figures
+    return f"""# Performance notes
 
-Made by `./dev bench` with the real maps and frames in the folder that `QV_DATA` names; `./dev bench NAME...` runs some.
+The notebook behind the [figures for users](performance.md). Made by `./dev bench` with the real maps and frames in the folder that `QV_DATA` names; `./dev bench NAME...` runs some.
 Each figure is the median of {rounds_of(results)} rounds over all benchmarks. A counter `vs_<peer>` is the peer's time divided by ours, taken in turn
 within a round, and the geometric mean of the rounds: greater is better. Times move with the machine, ratios hardly.
 

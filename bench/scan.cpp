@@ -1,5 +1,5 @@
 /**
- * What a ray of a simulated scan costs, on real maps (in the folder that QV_DATA names), from
+ * The cost of a ray of a simulated scan, on real maps (in the folder that QV_DATA names), from
  * random free poses. Every row times the peer in turn with us, on the same poses. Rows named scan
  * take the path that the program chooses; the others are made to take theirs.
  */
@@ -16,8 +16,8 @@
 #include "bench/free_poses.h"
 #include "bench/mrpt_scan.h"
 #include "bench/timing.h"
+#include "platform/navigation/internal/map_inside.h"
 #include "platform/navigation/internal/scan_path.h"
-#include "platform/navigation/internal/scan_store.h"
 #include "robot/maps/map_files.h"
 
 namespace QV::bench {
@@ -99,7 +99,8 @@ struct Scene {
   explicit Scene(const std::string& path)
       : map(robot::loadMap(path)), poses(drawFreePoses(map, kPoses)) {
     const detail::ScanStore* store = nullptr;
-    const double seconds = secondsOf([&] { store = map.getScanStore(kOccupiedAbove); });
+    const double seconds =
+        secondsOf([&] { store = detail::MapInside::findStore(map, kOccupiedAbove); });
     const auto cells = static_cast<double>(map.getCells().size());
     buildMsPerMcell = 1e9 * seconds / cells;
     bytesPerCell = static_cast<double>(store->getBytes()) / cells;
@@ -137,7 +138,7 @@ double timeScans(const Scene& scene, Scan scan) {
 struct Times {
   std::vector<double> ours;
   std::vector<double> mrpt;
-  /** What the plain walk takes as a multiple of our time. */
+  /** The times of the plain walk as multiples of ours. */
   std::vector<double> plainRatios;
 };
 

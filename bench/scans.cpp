@@ -1,7 +1,7 @@
 /**
- * What a ray costs in scans from many poses at once, on real maps (in the folder that QV_DATA
- * names), beside as many single scans from the same poses, in turn; how many times as fast two
- * threads are as one, and how many times two that share nothing, which is all that the machine has.
+ * The cost of a ray in scans from many poses at once, on real maps (in the folder that QV_DATA
+ * names), beside as many single scans from the same poses, in turn. And how many times as fast two
+ * threads are as one, beside two that share nothing, which is all that the machine has.
  */
 #include <chrono>
 #include <cstdlib>

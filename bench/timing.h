@@ -24,15 +24,15 @@ double secondsOf(Run run) {
   return cpuTime() - begin;
 }
 
-/** Of any values, but at least one. */
+/** Returns the median of any values, at least one. */
 inline double medianOf(std::vector<double> values) {
   std::sort(values.begin(), values.end());
   return 0.5 * (values[(values.size() - 1) / 2] + values[values.size() / 2]);
 }
 
 /**
- * What a peer takes as a multiple of our time: the median over the rounds, in each of which both
- * met the same machine.
+ * Returns the time of a peer as a multiple of ours: the median over the rounds, in each of which
+ * both met the same machine.
  */
 inline double ratioOf(const std::vector<double>& theirs, const std::vector<double>& ours) {
   std::vector<double> ratios(ours.size());

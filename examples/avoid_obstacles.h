@@ -17,7 +17,7 @@ class ObstacleAvoider {
   }
   ~ObstacleAvoider() { manager.unsubscribe("avoider"); }
 
-  /** One turn of the control loop; ten a second. */
+  /** Takes a turn of the control loop; ten a second. */
   void step() {
     if (!remember()) return robot.setVelocity(0.0f, 0.0f, 0.0f);
     const float gap = findGap();

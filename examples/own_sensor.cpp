@@ -9,7 +9,7 @@
 
 using namespace QV;
 
-/** One range straight ahead, by a device that is switched on while somebody wants it. */
+/** A range straight ahead, by a device that is switched on while somebody wants it. */
 class InfraredSensor : public sensor::Sensor {
  public:
   /** Metres. */

@@ -36,7 +36,7 @@ void writeBag(const std::string& path, Compression compression) {
   writer.addAttachment({"file", "text/plain", 1, 2, {1, 2, 3}});
 }
 
-/** Without the CRCs that would find the damage at once. */
+/** Drops the CRCs, which would find the damage at once. */
 void dropCrcs(Bytes& file) {
   const auto drop = [&](std::size_t place) { std::memset(file.data() + place, 0, 4); };
   for (std::size_t place = 8; place + ros2::mcap::kHeadSize < file.size();) {
@@ -87,7 +87,7 @@ Bytes fileOf(const std::uint8_t* data, std::size_t size) {
   return file;
 }
 
-/** What the messages are, whatever their order. */
+/** The sums of the messages, whatever their order. */
 using Sums = std::vector<std::uint64_t>;
 
 Sums sumsOf(BagFile& file, bool ordered) {
@@ -131,7 +131,10 @@ void checkScan(Bytes bytes) {
   sumsOf(*scanned, true);
 }
 
-/** One of three looks at it, chosen by the input: all of them would take three times as long. */
+/**
+ * Checks it by one of three readers, chosen by the input: all of them would take three times as
+ * long.
+ */
 void checkFile(const Bytes& bytes, std::size_t choice) {
   if (choice % 3 == 0) return checkOrders(bytes);
   if (choice % 3 == 1) return checkSeeking(bytes);

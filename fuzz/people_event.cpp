@@ -28,7 +28,7 @@ QVValue decodeEvent(ValueDecoder bytes) {
   return event;
 }
 
-/** What the sensor asks of a robot, with a camera of index kCamera alone. */
+/** Makes what the sensor asks of a robot, with a camera of index kCamera alone. */
 boost::shared_ptr<QVBroker> makeRobot() {
   const auto broker = QVBroker::create();
   const auto add = [&](const char* module, const char* method, const auto& answer) {

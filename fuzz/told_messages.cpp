@@ -13,6 +13,7 @@
 #include "platform/model/model_utils.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/told_modules.h"
+#include "tests/ros2/support/sample_messages.h"
 
 namespace QV::fuzz {
 namespace {
@@ -40,24 +41,11 @@ sensor_msgs::LaserScan scan() {
 }
 
 sensor_msgs::Range range(float least) {
-  sensor_msgs::Range range;
-  range.header.frame_id = "sonar";
-  range.field_of_view = 0.5f;
-  range.min_range = least;
-  range.max_range = 4.0f;
-  range.range = 2.0f;
-  return range;
+  return test::sampleRange(least, 2.0f);
 }
 
 sensor_msgs::Image image() {
-  sensor_msgs::Image image;
-  image.header.frame_id = "camera";
-  image.width = 4;
-  image.height = 3;
-  image.encoding = "32FC1";
-  image.step = 16;
-  image.data.assign(48, 0x3f);
-  return image;
+  return test::sampleImage("32FC1", 4, 0x3f);
 }
 
 sensor_msgs::PointCloud2 cloud() {

@@ -10,7 +10,7 @@
 
 namespace QV::fuzz {
 
-/** What does not hold ends the run, with the input kept. */
+/** Ends the run, with the input kept, if something does not hold. */
 inline void check(bool holds, const char* what) {
   if (!holds) throw std::logic_error(what);
 }

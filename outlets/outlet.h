@@ -11,8 +11,21 @@
 namespace QV::outlets {
 
 /**
- * Where a session goes: a page, a viewer, a file, a picture. Called on the session's thread, for
- * one snapshot after another.
+ * A place where a session goes: a page, a viewer, a file, a picture.
+ *
+ * Derive from it and write show(). Call it on the session's thread, with one snapshot after
+ * another, and finish() at the end.
+ *
+ * - Lifetime: not copyable. Files are whole after finish() only.
+ * - Threads: every operation is called by the session's thread, one at a time.
+ * - Errors: what can't be written is a std::runtime_error that names the file.
+ *
+ *     class Printer : public QV::outlets::Outlet {
+ *      public:
+ *       void show(const QV::session::Snapshot& snapshot) override {
+ *         std::cout << snapshot.pose.x << ", " << snapshot.pose.y << '\n';
+ *       }
+ *     };
  */
 class QV_API Outlet {
  public:
@@ -23,14 +36,14 @@ class QV_API Outlet {
 
   /** The sensors that are wanted now, each on behalf of a subscriber of its own name. */
   virtual session::Demand getDemand() const { return {}; }
-  /** Whether a snapshot would be looked at. */
+  /** True if a snapshot would be looked at: without that, nobody need take one. */
   virtual bool isWatched() const { return true; }
 
-  /** What can't be written is a std::runtime_error that names the file. */
+  /** Shows a snapshot. What can't be written is a std::runtime_error that names the file. */
   virtual void show(const session::Snapshot& snapshot) = 0;
-  /** The log's new lines, in order. */
+  /** Shows the log's new lines, in order. */
   virtual void showLog(const std::vector<ko::log::Record>&) {}
-  /** Nothing comes any more: files are whole after this. Throws as `show` does. */
+  /** Ends: nothing comes any more, and files are whole after this. Throws as show() does. */
   virtual void finish() {}
 };
 
@@ -41,7 +54,7 @@ class QV_API OutletList : public Outlet {
 
   session::Demand getDemand() const override;
   bool isWatched() const override;
-  /** To those that are watched. */
+  /** Shows it to those that are watched. */
   void show(const session::Snapshot& snapshot) override;
   void showLog(const std::vector<ko::log::Record>& lines) override;
   void finish() override;

@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <string>
 #include <utility>
 #include <vector>
@@ -59,22 +58,8 @@ Sensors createBlindZone(const SensorOrder& order) {
                                               order.config.memoryKeys, order.fieldOfView)};
 }
 
-bool isComplete(const SensorOrder& order, const std::vector<std::string>& names) {
-  const Model::SensorProperties properties(order.config);
-  const auto isThere = [&properties](const std::string& name) { return properties.has(name); };
-  if (std::ranges::all_of(names, isThere)) return true;
-  const std::string& name = order.config.name;
-  order.manager.logTrouble(
-      name, kFactoryCategory, kFactoryMethod,
-      "Unable to initialize sensor " + name + " because its model is incomplete.");
-  return false;
-}
-
 Sensors createLaser(const SensorOrder& order) {
   const Model::SensorConfig& config = order.config;
-  if (!isComplete(order, {"regIndex", "setOperationMode", "getOperationMode", "timestamp"})) {
-    return {};
-  }
   ko::log::verbose(kFactoryCategory, kFactoryMethod) << "Horizontal laser:  " << config.name;
   const Model::SensorProperties properties(config);
   return {boost::make_shared<LaserSensor>(
@@ -85,10 +70,6 @@ Sensors createLaser(const SensorOrder& order) {
 
 Sensors createHoleLaser(const SensorOrder& order) {
   const Model::SensorConfig& config = order.config;
-  if (!isComplete(order, {"regIndex", "setOperationMode", "getOperationMode", "timestamp",
-                          "inclination", "status"})) {
-    return {};
-  }
   ko::log::verbose(kFactoryCategory, kFactoryMethod) << "Hole laser: " << config.name;
   const Model::SensorProperties properties(config);
   return {boost::make_shared<HoleLaserSensor>(

@@ -46,7 +46,7 @@ std::unique_ptr<Session> makeSession(std::unique_ptr<ko::SimulatedTime> time,
                                      std::unique_ptr<SessionRobot> robot, Reopen reopen) {
   auto parts = std::make_unique<SessionParts>(std::move(time), std::move(robot));
   parts->reopen = std::move(reopen);
-  return std::make_unique<Session>(std::move(parts));
+  return SessionParts::makeSession(std::move(parts));
 }
 
 std::unique_ptr<Session> openVirtual(const std::string& robot, const OpenOptions& options) {

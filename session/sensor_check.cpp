@@ -84,6 +84,9 @@ void judge(const Observation& seen, const SensorNature& nature, const std::strin
   }
   if (seen.isStuck) return fail(Verdict::stale, "its points stay the same when the robot turns");
   if (!trouble.empty()) return fail(Verdict::badData, trouble);
+  if (nature.alwaysHasPoints() && seen.points == 0) {
+    return fail(Verdict::badData, "its records have no points");
+  }
   if (nature.looksDown() && seen.points == 0) {
     return fail(Verdict::badData, "its status never vouches for its points");
   }

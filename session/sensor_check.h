@@ -20,27 +20,28 @@ enum class Verdict { works, noRecord, stale, badData, failedToStart, notBuilt };
 /** "works", "no record", ... */
 QV_API const char* getName(Verdict verdict);
 
-/** What became of one sensor. */
+/** The result of checking one sensor. */
 struct QV_API CheckedSensor {
   std::string name;
   std::string family;
   Verdict verdict = Verdict::works;
-  /** Why not; or what there is to know of one that works. */
+  /** The reason why it does not work; or what there is to know of one that works. */
   std::string why = {};
   std::size_t records = 0;
   std::size_t points = 0;
-  /** At the end of its check. */
+  /** The health at the end of its check. */
   sensor::SensorHealth health = {};
 
   bool works() const { return verdict == Verdict::works && !isFault(health.state); }
 };
 
 struct QV_API CheckOptions {
-  /** Names of sensors; none means all, and those of the description that could not be built. */
+  /** The sensors to check, by name. None means all, and those of the description that could not
+   * be built. */
   std::set<std::string> sensors = {};
-  /** Of a manager's sensors, by their families; a session knows its own. */
+  /** The kinds of sensors that their manager knows none of, found by their families. */
   Model::SensorKinds kinds = Model::SensorKinds::standard();
-  /** Told, after each sensor, which share is done; false ends the check. */
+  /** Hears after each sensor which share is done; false ends the check. */
   std::function<bool(double)> goesOn = {};
 };
 
@@ -53,18 +54,18 @@ QV_API std::vector<CheckedSensor> checkSensors(sensor::SensorManager& manager,
                                                const CheckOptions& options = {});
 
 /**
- * Likewise, and watches each for as long again after a turn on the spot, which a sensor that is
- * stuck does not show; then turns back.
+ * Checks a session's sensors likewise, and watches each for as long again after a turn on the spot:
+ * a sensor that is stuck does not show that. Then turns back.
  */
 QV_API std::vector<CheckedSensor> checkSensors(Session& session, const CheckOptions& options = {});
 
 /**
- * What hardly is as it was meant in the description of a session's robot, and the memory keys of it
- * that nobody has written so far. None without a description.
+ * Finds what is hardly meant as it stands in the description of a session's robot, and its memory
+ * keys that nobody has written so far. None without a description.
  */
 QV_API std::vector<Model::DescriptionFault> findDescriptionFaults(Session& session);
 
-/** Likewise, of any robot whose drivers have had the time to write. No memory: QVError. */
+/** Finds the same for any robot whose drivers have had the time to write. No memory: QVError. */
 QV_API std::vector<Model::DescriptionFault> findDescriptionFaults(
     const boost::shared_ptr<QVBroker>& broker, const Model::Robot& robot,
     const Model::SensorKinds& kinds = Model::SensorKinds::standard());

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <optional>
 #include <set>
 #include <string>
@@ -19,39 +20,39 @@ namespace QV::session {
 
 /** An obstacle at a range, in no direction known: somewhere on an arc. Metres, radians. */
 struct QV_API EchoMark {
-  /** The sensor in the map. */
+  /** The pose of the sensor in the map. */
   Math::Pose2D origin;
-  /** Of the arc, above the floor. */
+  /** The height of the arc above the floor. */
   float height = 0.0f;
   float range = 0.0f;
-  /** Of the whole arc, about the sensor's x axis. */
+  /** The aperture of the whole arc, about the sensor's x axis. */
   float angularRange = 0.0f;
 };
 
-/** What a record says about places of the map, by what its points mean. Metres. */
+/** The places in the map that a record speaks of, by what its points mean. Metres. */
 struct QV_API Marks {
-  /** Where something stands. */
+  /** The places where something stands. */
   std::vector<Math::Position3D> hits = {};
-  /** Where beams that met nothing end. */
+  /** The ends of beams that met nothing. */
   std::vector<Math::Position3D> misses = {};
-  /** What is seen of the floor: no obstacle. */
+  /** The places where the floor is seen: no obstacle. */
   std::vector<Math::Position3D> floor = {};
   std::vector<EchoMark> echoes = {};
-  /** From the sensor to the nearest hit or echo; a touch has no range. */
+  /** The distance from the sensor to the nearest hit or echo; a touch has no range. */
   std::optional<float> nearest = std::nullopt;
 };
 
-/** `count` positions, two or more, along the arc, from the right end to the left. */
+/** Spreads `count` positions, two or more, along the arc, from the right end to the left. */
 QV_API std::vector<Math::Position3D> positionsOn(const EchoMark& echo, int count);
 
-/** What records place their sensors in. */
+/** The frame that records place their sensors in: the map M, or the robot's ground frame G. */
 enum class Frame { map, robot };
 
 inline const char* getName(Frame frame) {
   return frame == Frame::map ? "map" : "robot";
 }
 
-/** A sensor at one moment. Metres, radians, seconds. */
+/** The state of a sensor at one moment. Metres, radians, seconds; places are in the map. */
 struct QV_API SensorState {
   std::string name;
   std::string family;
@@ -61,63 +62,80 @@ struct QV_API SensorState {
   std::set<std::string> subscribers = {};
   /** Measurements a second, of simulated time. */
   double rate = 0.0;
-  /** Of its oldest record. */
+  /** The age of its oldest record; nothing without a record. */
   std::optional<double> age = std::nullopt;
-  /** The nearest obstacle, from the sensor: nothing at the maximum range or beyond is one. */
+  /** The range of the nearest obstacle; nothing at the maximum range or beyond is one. */
   std::optional<float> nearest = std::nullopt;
-  /** The last one's message, and how long ago it was. */
+  /** The message of its last error, and how long ago that was. */
   std::string trouble = {};
   double troubleAge = 0.0;
-  /** How it is and why. */
+  /** The health: its state, and why. */
   sensor::SensorHealth health = {};
-  /** Where it looks, in the map. */
+  /** The place and the field of view in the map. */
   struct View {
     Math::Pose2D apex;
     Math::SensorFieldOfView2D fieldOfView;
   };
   std::optional<View> view = std::nullopt;
-  /** What its points mean. */
+  /** The meaning of its points. */
   Model::PointMeaning points = Model::PointMeaning::scan;
-  /** What its records say, placed where the robot was when they were made. */
+  /** The places that its records speak of, with the robot where it was when they were made. */
   Marks marks = {};
-  /** As it gave them. */
+  /** The records as the manager gave them. */
   std::vector<Math::MetricalData> records = {};
 };
 
 struct QV_API TouchState {
   std::string name;
-  /** In the map. */
+  /** The place in the map. */
   Math::Position2D position;
-  /** How long ago it began, seconds. */
+  /** The time since it began, seconds. */
   double since = 0.0;
 };
 
-/** Where a recording that is played stands. Seconds from its start. */
+/** The place in a recording that is played. Seconds from its start. */
 struct RecordingPlace {
   double time = 0.0;
   double length = 0.0;
 };
 
-/** All that there is to see of a robot and its world at one moment. */
+/**
+ * A picture of a robot and its world at one moment: what outlets show and record.
+ *
+ * - Frames: all places and poses are in the map M, but for `velocity`, which is in the ground
+ *   frame G, and the records, which `frame` tells.
+ * - Units: metres, radians, m/s, rad/s; durations are seconds, `time` is ko::Clock's.
+ * - Reserved: nothing, null or an empty list for what the robot does not have.
+ * - Lifetime, threads: a value. It shares the map, which never changes.
+ *
+ *     const auto session = QV::session::openVirtual("porter");
+ *     const QV::session::Snapshot snapshot = session->look();
+ *     std::cout << snapshot.title << " at " << snapshot.pose.x << ", " << snapshot.pose.y << '\n';
+ */
 struct QV_API Snapshot {
-  /** "Virtual robot porter". */
+  /** The title for people: "Virtual robot porter". */
   std::string title;
   ko::Clock::time_point time;
   bool paused = false;
   double speed = 1.0;
-  /** Nothing for what is no recording. */
+  /** The place in a recording; nothing for what is none. */
   std::optional<RecordingPlace> recording;
   Math::Pose2D pose;
   Math::Pose2D velocity;
   std::optional<Math::Position2D> goal;
-  /** By family and name. */
+  /** The corners of the way that is planned and not gone yet, where it begins first; or empty. */
+  std::vector<Math::Position2D> route;
+  /** The sensors, by family and name. */
   std::vector<SensorState> sensors;
-  /** What the records place their sensors in. */
+  /** The frame that records place their sensors in. */
   Frame frame = Frame::map;
-  /** Null for a robot that has none: a recorded one is in the frame of its log. */
+  /** The map; null for a robot that has none: a recorded one is in the frame of its log. */
   boost::shared_ptr<const OccupancyMap> map;
   std::vector<Math::Position2D> people;
   std::vector<TouchState> touches;
+  /** The faults that somebody makes a virtual robot's sensors suffer now, such as "off", by
+   * their names. */
+  std::map<std::string, std::string> faults;
 };
 
 /** The sensors in the order of their names. */

@@ -9,7 +9,7 @@
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
-#include "apps/output/run_summary.h"
+#include "apps/output/session_summary.h"
 #include "apps/replay/machine_pace.h"
 #include "apps/ros2/graph_option.h"
 #include "apps/subscriber.h"
@@ -47,7 +47,7 @@ void checkAbove0(const char* option, double value, double most) {
 struct Run {
   long cycles = 0;
   Math::Pose2D end;
-  RunSummary summary;
+  SessionSummary summary;
 };
 
 void openOutlets(DriveOptions& options, session::Session& session, outlets::OutletList& list) {
@@ -55,10 +55,10 @@ void openOutlets(DriveOptions& options, session::Session& session, outlets::Outl
   if (const auto robot = options.graph.getOutlet()) list.add(robot);
 }
 
-/** Lets the run go on to times of it; who listens on a graph is heard meanwhile. */
-class RunClock {
+/** Lets the session go on to times of it; who listens on a graph is heard meanwhile. */
+class SessionClock {
  public:
-  RunClock(DriveOptions& options, session::Session& session, outlets::Outlet& outlet)
+  SessionClock(DriveOptions& options, session::Session& session, outlets::Outlet& outlet)
       : graph(options.graph), session(session), outlet(outlet), pace(xPaceOf(options)) {}
 
   void goTo(ko::Clock::time_point time) {
@@ -102,7 +102,7 @@ ko::Clock::time_point timeOfCycle(ko::Clock::time_point start, long cycle, doubl
 Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet& outlet) {
   session.subscribe(kSubscriber, options.namesFor(session.getManager()));
   session.setDemand(outlet.getDemand());
-  RunClock clock(options, session, outlet);
+  SessionClock clock(options, session, outlet);
   clock.goTo(ko::Clock::now() + session.getSettlingTime());
   ProgressBar progress("Driving");
   session::PoseWatch watch(*session.getMap());
@@ -183,12 +183,12 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
       ->capture_default_str();
   options->output.addOption(
       *command, "-o,--output",
-      "file: .mcap is a recording of the whole run, .png a picture of it, .csv "
+      "file: .mcap is a recording of the whole session, .png a picture of it, .csv "
       "has a line per point, any other name one JSON per record; - is "
       "standard output");
-  options->picture.addOption(*command, "--picture", "PNG of the run");
+  options->picture.addOption(*command, "--picture", "PNG of the session");
   command->add_option("--pace", options->pace,
-                      "seconds of the run for one of the clock (default: as fast as it goes; 1 "
+                      "seconds of the session for one of the clock (default: as fast as it goes; 1 "
                       "with --ros2)");
   options->graph.addTo(*command);
   command->callback([options, &status] {

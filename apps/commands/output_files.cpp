@@ -8,9 +8,9 @@
 
 #include "apps/commands/common_options.h"
 #include "outlets/files/record_file.h"
-#include "outlets/picture/run_picture.h"
+#include "outlets/picture/session_picture.h"
 #include "ros2/bag/bag_reader.h"
-#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/session_recorder.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
@@ -22,11 +22,11 @@ std::shared_ptr<outlets::Outlet> makeRecorder(const std::string& path, session::
                                               bool wantsAll) {
   ros2::RecorderOptions options;
   options.wantsAll = wantsAll;
-  return std::make_shared<ros2::RunRecorder>(path, session, options);
+  return std::make_shared<ros2::SessionRecorder>(path, session, options);
 }
 
 std::shared_ptr<outlets::Outlet> makePicture(const std::string& path, session::Session&, bool) {
-  return std::make_shared<outlets::RunPicture>(path);
+  return std::make_shared<outlets::SessionPicture>(path);
 }
 
 std::shared_ptr<outlets::Outlet> makeRecordFile(const std::string& path, session::Session&, bool) {
@@ -69,7 +69,7 @@ void OutputFiles::open(session::Session& session, outlets::OutletList& list, boo
   opened = true;
   if (path.empty()) return;
   const auto outlet = formatOf(path).make(path, session, wantsAll);
-  recorder = std::dynamic_pointer_cast<ros2::RunRecorder>(outlet);
+  recorder = std::dynamic_pointer_cast<ros2::SessionRecorder>(outlet);
   list.add(outlet);
 }
 

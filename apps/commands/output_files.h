@@ -10,15 +10,16 @@
 #include "session/session.h"
 
 namespace QV::ros2 {
-class RunRecorder;
+class SessionRecorder;
 }
 
 namespace QV::app {
 
-/** What a program ends with whose run is not all in its file. */
+/** What a program ends with whose session is not all in its file. */
 constexpr int kIncomplete = 2;
 
-/** Where a run is written to: a recording, a picture, or records as text. "-" is standard output.
+/** Where a session is written to: a recording, a picture, or records as text. "-" is standard
+ * output.
  */
 class OutputFiles {
  public:
@@ -45,7 +46,7 @@ class OutputFiles {
  private:
   std::string path;
   bool opened = false;
-  std::shared_ptr<ros2::RunRecorder> recorder;
+  std::shared_ptr<ros2::SessionRecorder> recorder;
 };
 
 }  // namespace QV::app

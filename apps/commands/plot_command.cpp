@@ -3,7 +3,7 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
-#include "outlets/picture/run_picture.h"
+#include "outlets/picture/session_picture.h"
 
 namespace QV::app {
 namespace {
@@ -11,7 +11,7 @@ namespace {
 void plot(const CommonOptions& options, const std::string& output) {
   outlets::checkPicturePath(output);
   const auto session = options.openSession();
-  outlets::RunPicture picture(output);
+  outlets::SessionPicture picture(output);
   picture.show(readOnce(*session, options));
   picture.finish();
   std::cout << "Wrote " << output << '\n';

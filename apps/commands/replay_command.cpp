@@ -12,9 +12,9 @@
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
 #include "apps/output/progress_bar.h"
-#include "apps/output/run_summary.h"
+#include "apps/output/session_summary.h"
 #include "apps/replay/machine_pace.h"
-#include "apps/replay/played_run.h"
+#include "apps/replay/played_session.h"
 #include "apps/ros2/graph_option.h"
 #include "apps/subscriber.h"
 #include "outlets/files/internal/record_output.h"
@@ -59,9 +59,9 @@ struct Verdict {
 };
 
 /** What there is to see at each step, as far as the options want it, or at the end. */
-using Take = std::function<void(PlayedRun&)>;
+using Take = std::function<void(PlayedSession&)>;
 
-void showOnGraph(GraphOption& graph, const PlayedRun& run) {
+void showOnGraph(GraphOption& graph, const PlayedSession& run) {
   graph.obey();
   const auto robot = graph.getOutlet();
   if (robot && robot->isWatched()) robot->show(run.look());
@@ -73,7 +73,7 @@ std::optional<double> speedOf(const ReplayOptions& options) {
   return options.speed;
 }
 
-void playOnce(ReplayOptions& options, PlayedRun& run, const Take& take) {
+void playOnce(ReplayOptions& options, PlayedSession& run, const Take& take) {
   ProgressBar progress("Replaying");
   const double end = options.to.value_or(std::numeric_limits<double>::infinity());
   MachinePace pace(speedOf(options));
@@ -87,11 +87,11 @@ void playOnce(ReplayOptions& options, PlayedRun& run, const Take& take) {
   }
 }
 
-// Anew each time: a run that is played again is the same.
+// Anew each time: a session that is played again is the same.
 void playAll(ReplayOptions& options, outlets::OutletList& outlets, OutputFiles& output,
              const Take& take, const Take& takeEnd) {
   do {
-    PlayedRun run(options.run, options.poses, options.sensors);
+    PlayedSession run(options.run, options.poses, options.sensors);
     if (!output.isOpen()) output.open(run.getSession(), outlets, false);
     const GraphScope onGraph = options.graph.open(run.getSession(), false);
     playOnce(options, run, take);
@@ -102,15 +102,15 @@ void playAll(ReplayOptions& options, outlets::OutletList& outlets, OutputFiles& 
 }
 
 int replayToFile(ReplayOptions& options) {
-  RunSummary summary;
+  SessionSummary summary;
   outlets::OutletList outlets;
-  const auto take = [&](PlayedRun& run) {
+  const auto take = [&](PlayedSession& run) {
     const session::Snapshot snapshot = run.look();
     // A recording is compared with all that there is.
     outlets.show(options.output.isRecording() ? run.getSession().look() : snapshot);
     summary.add(snapshot);
   };
-  playAll(options, outlets, options.output, take, [](PlayedRun&) {});
+  playAll(options, outlets, options.output, take, [](PlayedSession&) {});
   summary.print(options.output.getSummaryStream());
   return options.output.report(options.output.getSummaryStream()) ? 0 : kIncomplete;
 }
@@ -119,10 +119,10 @@ int replayToFile(ReplayOptions& options) {
 void replayToTable(ReplayOptions& options) {
   std::vector<session::SensorState> all;
   outlets::OutletList none;
-  const auto take = [&](PlayedRun& run) {
+  const auto take = [&](PlayedSession& run) {
     std::ranges::move(session::sensorsByName(run.look()), std::back_inserter(all));
   };
-  playAll(options, none, options.output, take, [&](PlayedRun& run) {
+  playAll(options, none, options.output, take, [&](PlayedSession& run) {
     outlets::writeRecords(std::cout, all, outlets::Format::table, run.getSession().getFrame());
     std::cout.flush();
     all.clear();
@@ -134,12 +134,12 @@ int replayToOutput(ReplayOptions& options) {
   if (format == outlets::Format::table) return replayToTable(options), 0;
   outlets::writeTitles(std::cout, format);
   outlets::OutletList none;
-  const auto take = [&](PlayedRun& run) {
+  const auto take = [&](PlayedSession& run) {
     outlets::writeRows(std::cout, session::sensorsByName(run.look()), format,
                        run.getSession().getFrame());
     std::cout.flush();
   };
-  playAll(options, none, options.output, take, [](PlayedRun&) {});
+  playAll(options, none, options.output, take, [](PlayedSession&) {});
   return 0;
 }
 
@@ -164,13 +164,13 @@ int judge(const Verdict& verdict) {
 int compare(ReplayOptions& options) {
   Verdict verdict;
   outlets::OutletList none;
-  const auto take = [&](PlayedRun& run) {
+  const auto take = [&](PlayedSession& run) {
     ++verdict.looks;
     const auto difference = run.compare();
     if (!difference) return;
     if (verdict.differing++ == 0) verdict.first = difference->toText();
   };
-  playAll(options, none, options.output, take, [&](PlayedRun& run) {
+  playAll(options, none, options.output, take, [&](PlayedSession& run) {
     verdict.missing += run.countMissing();
     verdict.isDamaged = verdict.isDamaged || run.isDamaged();
   });
@@ -223,7 +223,7 @@ void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int
   command->add_option("--to", options->to, "end there (s)");
   command->add_option(
       "--speed", options->speed,
-      "seconds of the run for one of the clock (default: as fast as it goes; 1 with "
+      "seconds of the session for one of the clock (default: as fast as it goes; 1 with "
       "--ros2)");
   command->add_flag("--loop", options->loop, "from the start again at the end, until Ctrl-C")
       ->excludes(output);

@@ -12,7 +12,7 @@
 #include "outlets/web/live_server.h"
 #include "platform/ko/log.h"
 #include "platform/model/internal/number_text.h"
-#include "ros2/recording/run_replay.h"
+#include "ros2/recording/session_replay.h"
 #include "session/internal/command.h"
 #include "session/usage_error.h"
 
@@ -73,7 +73,7 @@ bool serve(ServeOptions& options) {
   // Before the robot: it hears of sensors that can't be built.
   ko::log::LogRing log;
   if (options.replay.empty()) return serveSession(options, *options.openSession(), log);
-  ros2::RunReplay run(options.replay, options.robots.sensors);
+  ros2::SessionReplay run(options.replay, options.robots.sensors);
   run.begin();
   return serveSession(options, run.getSession(), log);
 }
@@ -105,7 +105,7 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
   options->graph.addTo(*command);
   command
       ->add_option("--speed", options->speed,
-                   "seconds of the run for one of the clock, or max: as fast as it goes")
+                   "seconds of the session for one of the clock, or max: as fast as it goes")
       ->capture_default_str();
   command->add_option("--port", options->server.port, "to listen at; 0 takes any that is free")
       ->capture_default_str();
@@ -117,6 +117,8 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
       ->add_option("--allow-origin", options->server.origins,
                    "origin of a page that is let in, as https://viewer.example; repeat for more")
       ->allow_extra_args(false);
+  command->add_flag("--viewer-drive", options->server.viewerDrive,
+                    "let viewers of the Foxglove protocol drive, as from a teleop panel");
   command->callback([options, &status] {
     if (!serve(*options)) status = kIncomplete;
   });

@@ -5,13 +5,13 @@
 
 namespace QV::app {
 
-/** Keeps a run to the machine's clock; without a speed it goes as fast as it can. */
+/** Keeps a session to the machine's clock; without a speed it goes as fast as it can. */
 class MachinePace {
  public:
-  /** Seconds of the run for one of the machine's. */
+  /** Seconds of the session for one of the machine's. */
   explicit MachinePace(std::optional<double> speed) : speed(speed) {}
 
-  /** Waits until `seconds` of the run are due, which count from the first call on. */
+  /** Waits until `seconds` of the session are due, which count from the first call on. */
   void await(double seconds);
 
  private:

@@ -7,7 +7,7 @@
 
 namespace QV::app {
 
-/** What the command line says of a robot on a ROS 2 graph. */
+/** The arguments of the command line about a robot on a ROS 2 graph. */
 struct GraphArguments {
   std::string node = {};
   std::string nameSpace = {};

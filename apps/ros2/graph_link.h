@@ -16,14 +16,15 @@ class GraphLink {
   explicit GraphLink(const GraphArguments& arguments);
   ~GraphLink();
 
-  /** In place of the robot that was there; `session` must live until close() or the end. */
+  /** Opens the link, in place of the robot that was there; `session` must live until close() or
+   * the end. */
   void open(session::Session& session);
   void close();
   /** Does what the graph asks; nothing without a robot. */
   void obey();
-  /** What of it is an outlet; null without a robot. */
+  /** The robot's outlet; null without a robot. */
   std::shared_ptr<outlets::Outlet> getOutlet() const;
-  /** Whom it is seen by, in a line. */
+  /** Says in a line who sees it. */
   std::string describe() const;
 
  private:

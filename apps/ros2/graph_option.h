@@ -10,7 +10,7 @@
 
 namespace QV::app {
 
-/** How long a session's robot is on a graph. Not copyable. */
+/** The time for which a session's robot is on a graph. Not copyable. */
 class GraphScope {
  public:
   explicit GraphScope(std::shared_ptr<GraphLink> link) : link(std::move(link)) {}
@@ -31,9 +31,9 @@ class GraphOption {
   bool isAsked() const { return asked; }
 
   /**
-   * If that was asked for, the session's robot is on the graph until the scope ends, which must be
-   * before the session does. Says on standard error who sees it. Before the session runs.
-   * `isDriven`: it obeys others.
+   * Puts the session's robot on the graph, if that was asked for, until the scope ends, which must
+   * be before the session does. Says on standard error who sees it. Call it before the session
+   * runs. `isDriven`: it obeys others.
    */
   [[nodiscard]] GraphScope open(session::Session& session, bool isDriven);
 

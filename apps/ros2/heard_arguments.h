@@ -7,7 +7,7 @@
 
 namespace QV::app {
 
-/** What the command line says of a robot that a ROS 2 graph tells of. */
+/** The arguments of the command line about a robot that a ROS 2 graph tells of. */
 struct HeardArguments {
   bool asked = false;
   /** "true", "false", or empty if nobody has said. */
@@ -15,7 +15,7 @@ struct HeardArguments {
   std::string nameSpace = {};
   std::vector<std::string> remaps = {};
 
-  /** --from-ros2 and what goes with it. */
+  /** Adds --from-ros2 and what goes with it. */
   void addTo(CLI::App& command);
 };
 

@@ -9,7 +9,7 @@
 namespace QV::app {
 namespace {
 
-/** What is wrong is what the option says. */
+/** Makes it; what is wrong is what the option says. */
 template <typename Make>
 auto naming(const Make& make) {
   try {

@@ -19,7 +19,7 @@ std::unique_ptr<session::Session> openHeardSession(const HeardArguments& argumen
                                                    const std::string& description,
                                                    boost::shared_ptr<const OccupancyMap> map);
 
-/** Its description. */
+/** Describes the robot. */
 std::string describeHeardRobot(const HeardArguments& arguments, const std::string& description);
 
 }  // namespace QV::app

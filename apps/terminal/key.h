@@ -6,7 +6,7 @@
 
 namespace QV::app {
 
-/** What somebody may ask for at the keyboard. */
+/** The keys of somebody at the keyboard, by what they ask for. */
 enum class Key { up, down, subscribe, enable, diagnose, quit };
 
 /** Makes keys of what a terminal sends; an arrow's three bytes may come in parts. */

@@ -29,7 +29,7 @@ class Watch {
   /** False for the key that quits. While one is being done, others but arrows are ignored. */
   bool press(Key key);
 
-  /** What is so now. */
+  /** Looks at what is so now. */
   const WatchState& look();
 
  private:

@@ -7,13 +7,13 @@
 
 namespace QV::app {
 
-/** What a watch shows. */
+/** The state that a watch shows. */
 struct WatchState {
-  /** Its sensors by name. */
+  /** The sensors, by name. */
   session::Snapshot seen;
   /** Index of the sensor that keys mean. */
   std::size_t chosen = 0;
-  /** What came of the last key. */
+  /** The result of the last key. */
   std::string note;
 };
 

@@ -72,7 +72,7 @@ class CachedManager : public sensor::SensorManager {
   void xOnSensorOnChanged(bool) override {}
 };
 
-/** Of so many readings of records. */
+/** Times so many readings of records. */
 double readRecords(int records, int points, int times) {
   Math::MetricalData record{"Sensor", "Laser", {}, {}, {}, {}};
   record.points.resize(static_cast<std::size_t>(points));

@@ -8,8 +8,8 @@
 namespace QV::outlets {
 
 /**
- * A file of records, in whole lines also when the run is interrupted. One that ends in .csv has a
- * line for each point; any other an object of JSON for each record, and where this is in the
+ * A file of records, in whole lines also when the session is interrupted. One that ends in .csv has
+ * a line for each point; any other an object of JSON for each record, and where this is in the
  * robot's frame, "robotPose" with x, y, theta.
  */
 class QV_API RecordFile : public Outlet {

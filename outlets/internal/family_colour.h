@@ -7,7 +7,7 @@
 
 namespace QV::outlets {
 
-/** Of a screen: 0 to 255 each. */
+/** A colour of a screen: 0 to 255 each. */
 struct QV_API Colour {
   std::uint8_t red;
   std::uint8_t green;

@@ -28,8 +28,9 @@ constexpr std::chrono::milliseconds kMostAtOnce{50};
 
 // Each speaks subprotocols of its own.
 std::vector<std::shared_ptr<WebOutlet>> makeWebOutlets(session::Session& robot,
-                                                       RequestQueue& requests) {
-  return {std::make_shared<PageFeed>(robot, requests), std::make_shared<FoxgloveFeed>(robot)};
+                                                       RequestQueue& requests, bool viewerDrive) {
+  return {std::make_shared<PageFeed>(robot, requests),
+          std::make_shared<FoxgloveFeed>(robot, viewerDrive ? &requests : nullptr)};
 }
 
 }  // namespace
@@ -40,7 +41,7 @@ class LiveServer::Impl {
       : settings(settings),
         log(log),
         session(session),
-        webOutlets(makeWebOutlets(session, requests)),
+        webOutlets(makeWebOutlets(session, requests, settings.viewerDrive)),
         hub(webOutlets),
         server(settings, getPageFiles(), hub) {
     for (const auto& outlet : webOutlets) outlets.add(outlet);

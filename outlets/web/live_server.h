@@ -19,6 +19,8 @@ struct ServerSettings {
   unsigned short port = 8765;
   /** Let in beside its own, such as "https://viewer.example". */
   std::vector<std::string> origins = {};
+  /** Whether viewers of the Foxglove protocol may drive, as pages always may. */
+  bool viewerDrive = false;
 };
 
 /**

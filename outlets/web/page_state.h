@@ -7,7 +7,7 @@
 
 namespace QV::outlets {
 
-/** What a page is told of a snapshot, as JSON: the message "state" of docs/live-view.md. */
+/** Writes a snapshot as JSON for a page: the message "state" of docs/live-view.md. */
 QV_API std::string pageStateOf(const session::Snapshot& snapshot);
 
 }  // namespace QV::outlets

@@ -13,8 +13,19 @@ namespace ko {
 using Duration = boost::chrono::nanoseconds;
 
 /**
- * The one time of the process: starts near 0 with the process and never goes back, unless a
- * SimulatedTime has taken it over. All operations are safe from any thread.
+ * The one time of the process: it starts near 0 with the process and never goes back, unless a
+ * SimulatedTime has taken it over.
+ *
+ * - Units: nanoseconds. It is no wall clock: the time of day is not in it.
+ * - Reserved: time point 0 is a time like any other; who needs "none" uses std::optional.
+ * - Lifetime: nothing to make or to end.
+ * - Threads: thread-safe, and no operation waits.
+ * - Errors: none.
+ *
+ * How old is a record?
+ *
+ *     for (const auto& record : manager.getMetricalData())
+ *       if (QV::Math::age(record, ko::Clock::now()) > seconds(1)) std::cout << record.sensorName;
  */
 struct QV_API Clock {
   using duration = Duration;
@@ -24,6 +35,7 @@ struct QV_API Clock {
 
   static constexpr bool is_steady = true;
 
+  /** The present time; simulated while a SimulatedTime lives. */
   static time_point now() noexcept;
 
   /** The device manager's count of `time`: whole milliseconds modulo 2^32, as a signed number. */
@@ -32,10 +44,8 @@ struct QV_API Clock {
   /** The time nearest to now whose millisecond count is `ms` modulo 2^32. */
   static time_point fromInt32ms(std::int32_t ms) noexcept;
 
-  /**
-   * The time nearest to `reference` whose millisecond count is `ms` modulo 2^32. `offsetMs` is what
-   * the device manager was asked to add to the count; it is taken off again.
-   */
+  /** The time nearest to `reference` whose millisecond count is `ms` modulo 2^32. `offsetMs` is
+   * what the device manager was asked to add to the count; it is taken off again. */
   static time_point fromInt32ms(std::int32_t ms, time_point reference,
                                 std::int32_t offsetMs) noexcept;
 };

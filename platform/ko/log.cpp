@@ -13,7 +13,7 @@
 
 namespace ko::log {
 
-struct ScopedSink::Entry {
+struct SinkEntry {
   Level level;
   Sink sink;
   std::mutex mutex;
@@ -22,7 +22,7 @@ struct ScopedSink::Entry {
 
 namespace {
 
-using Sinks = std::vector<boost::shared_ptr<ScopedSink::Entry>>;
+using Sinks = std::vector<boost::shared_ptr<SinkEntry>>;
 
 struct State {
   std::shared_mutex mutex;
@@ -100,7 +100,7 @@ struct DeliveringScope {
 };
 
 // A line is often written by a destructor: nothing may leave a sink.
-void callSink(const ScopedSink::Entry& entry, const Record& record) noexcept {
+void callSink(const SinkEntry& entry, const Record& record) noexcept {
   try {
     entry.sink(record);
   } catch (const std::exception& failure) {
@@ -188,7 +188,7 @@ std::string onOneLine(const std::string& text) {
   return result;
 }
 
-ScopedSink::ScopedSink(Level level, Sink sink) : entry(boost::make_shared<Entry>()) {
+ScopedSink::ScopedSink(Level level, Sink sink) : entry(boost::make_shared<SinkEntry>()) {
   entry->level = level;
   entry->sink = std::move(sink);
   std::unique_lock lock(state().mutex);

@@ -18,7 +18,7 @@
 /**
  * The log: lines of a level, a category and the method that writes them, on standard error and to
  * sinks. `log::error("Navigation.Sensor", "subscribe") << text << number;` writes one line; nothing
- * is formatted when nobody wants it. All operations are safe from any thread.
+ * is formatted when nobody wants it. Thread-safe.
  */
 namespace ko::log {
 
@@ -32,21 +32,22 @@ struct Record {
   Clock::time_point timestamp;
 };
 
-/** "fatal", "error", ... */
+/** The name of a level: "fatal", "error", ... */
 QV_API const char* getName(Level level);
 
-/** What standard error shows of every category; warning at start. */
+/** Sets what standard error shows of every category; it is warning at start. */
 QV_API void setLevel(Level level);
 
-/** A limit for one category, on standard error and for every sink. */
+/** Sets a limit for one category, on standard error and for every sink. */
 QV_API void setLevel(const std::string& category, Level level);
 
 /** Takes back what setLevel set for one category. */
 QV_API void resetLevel(const std::string& category);
 
+/** True if somebody wants such a line. */
 QV_API bool isEnabled(Level level, std::string_view category);
 
-/** The text with its line breaks and control characters spelled out, as in "\n" and "\x1b". */
+/** Spells out line breaks and control characters, as in "\n" and "\x1b". */
 QV_API std::string onOneLine(const std::string& text);
 
 /** Writes one line; on standard error the message stands as onOneLine gives it. */
@@ -54,6 +55,7 @@ QV_API void write(Level level, std::string_view category, std::string_view metho
                   std::string message);
 
 using Sink = boost::function<void(const Record&)>;
+struct SinkEntry;
 
 /**
  * Hands every record up to `level` to `sink`, on the thread that writes it, until it goes out of
@@ -68,20 +70,18 @@ class QV_API ScopedSink {
   ScopedSink(const ScopedSink&) = delete;
   ScopedSink& operator=(const ScopedSink&) = delete;
 
-  struct Entry;
-
  private:
-  boost::shared_ptr<Entry> entry;
+  boost::shared_ptr<SinkEntry> entry;
 };
 
-/** The last lines of the log that nobody took yet, while it lives. Safe from any thread. */
+/** The last lines of the log that nobody took yet, while it lives. Thread-safe. */
 class QV_API LogRing {
  public:
   static constexpr std::size_t kMost = 200;
 
   LogRing();
 
-  /** Those since the last call, the last kMost. */
+  /** Takes the lines since the last call, kMost of them at the most. */
   std::vector<Record> takeNew();
 
  private:

@@ -26,7 +26,7 @@ class QV_API PeriodicTask {
   PeriodicTask(const PeriodicTask&) = delete;
   PeriodicTask& operator=(const PeriodicTask&) = delete;
 
-  /** For the log. */
+  /** Sets the name that the log uses. */
   void setName(const std::string& name);
   void setCallback(boost::function<void()> callback);
   void setUsPeriod(std::int64_t microseconds);
@@ -48,7 +48,7 @@ class QV_API PeriodicTask {
   /** Waits for a running callback, unless it is called from that. No run starts afterwards. */
   void stop();
 
-  /** From `start` to `stop`, also between the runs. */
+  /** True from `start` to `stop`, also between the runs. */
   bool isRunning() const;
 
   class Impl;

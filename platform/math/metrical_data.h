@@ -11,28 +11,46 @@
 
 namespace QV::Math {
 
-/** One reading of one sensor. */
+/**
+ * A record: one reading of one sensor, or of a part of it.
+ *
+ * - Frames: S is the sensor's frame, x the direction in which it looks, y to the left, z up. Points
+ *   are in S. The transform places S in the robot's ground frame G; that of a simulated sensor, in
+ *   the map M. All-rays simulated sensors are an exception: see SimulatedSensorManager.
+ * - Units: metres, radians, nanoseconds of ko::Clock.
+ * - Reserved: no points means that there is nothing to report. A point at the maximum range or
+ *   beyond is no echo, of a sonar for example. Age changes no record.
+ * - Lifetime, threads: a value, to copy and keep.
+ * - Errors: none.
+ *
+ * Place the points of a record around the robot:
+ *
+ *     for (const auto& record : manager.getMetricalData("Laser"))
+ *       for (const QV::Math::Position3D& point : QV::Math::pointsInFrame(record))
+ *         std::cout << point.x << " m ahead, " << point.y << " m to the left\n";
+ */
 struct QV_API MetricalData {
+  /** The name by which one subscribes; of a touched part, the name of that part. */
   std::string sensorName;
   std::string familyName;
   SensorFieldOfView2D fieldOfView;
-  /** Places the sensor's frame: in the robot's frame, or in the map for simulated sensors. */
+  /** The pose of S in G, or in M for simulated sensors, at the time of the measurement. */
   Transform sensorTransform;
-  /**
-   * Metres, in the sensor's frame, those of simulated all-rays sensors in the robot's; empty when
-   * there is nothing to report.
-   */
+  /** The points in S, metres; those of all-rays simulated sensors in G. */
   std::vector<Position3D> points;
-  /** When the measurement was made. */
+  /** The time of the measurement; of a sonar, a blind zone and a touch, that of the reading. */
   ko::Clock::time_point timestamp;
 
   friend bool operator==(const MetricalData&, const MetricalData&) = default;
 };
 
-/** The record's points placed by its transform: in the frame that the transform is given in. */
+/** Places the record's points by its transform, in the frame that the transform is given in. */
 QV_API std::vector<Position3D> pointsInFrame(const MetricalData& record);
 
-/** How long before `now` the record was measured; negative for one from the future. Saturates. */
+/**
+ * Returns the time between the measurement and `now`; negative for a record from the future.
+ * Saturates.
+ */
 QV_API ko::Duration age(const MetricalData& record, ko::Clock::time_point now);
 
 }  // namespace QV::Math

@@ -7,7 +7,16 @@
 
 namespace QV::Math {
 
-/** A frame in the plane: x and y in metres, theta in radians, counted from x towards y. */
+/**
+ * A frame in the plane: x and y in metres, theta in radians, counted from x towards y.
+ *
+ * A pose of B in A, times a position in B, is the position in A. So chains read from left to right:
+ * `sensorInRobot` placed in the map is `robotInMap * sensorInRobot`. A value; thread-safe to read.
+ *
+ *     const QV::Math::Pose2D robotInMap(3.0f, 6.3f, 1.57f), sensorInRobot(0.2f, 0.0f, 0.0f);
+ *     const QV::Math::Position2D echoInSensor(1.0f, 0.0f);
+ *     const QV::Math::Position2D echoInMap = robotInMap * sensorInRobot * echoInSensor;
+ */
 struct QV_API Pose2D {
   float x = 0.0f;
   float y = 0.0f;
@@ -15,19 +24,25 @@ struct QV_API Pose2D {
 
   Pose2D() = default;
   Pose2D(float x, float y, float theta) : x(x), y(y), theta(theta) {}
-  /** From {x, y, theta}; another size throws std::invalid_argument. */
+  /** Takes {x, y, theta}; another size throws std::invalid_argument. */
   explicit Pose2D(const std::vector<float>& values);
 
   friend bool operator==(const Pose2D&, const Pose2D&) = default;
 };
 
-/** Pose `a`, given in the frame of `b`, in the frame that `b` is given in. Theta is a plain sum. */
+/**
+ * Places pose `a`, given in the frame of `b`, in the frame that `b` is given in. Theta is a plain
+ * sum, not wrapped. The parameters stand in this order, b before a, as the interface has them.
+ */
 QV_API Pose2D operator*(const Pose2D& b, const Pose2D& a);
 
-/** Position `a`, given in the frame of `b`, in the frame that `b` is given in. */
+/** Places position `a`, given in the frame of `b`, in the frame that `b` is given in. */
 QV_API Position2D operator*(const Pose2D& b, const Position2D& a);
 
-/** Places many positions as `pose * position` does, to the last bit; looks the angle up once. */
+/**
+ * A pose for many positions: places them as `pose * position` does, to the last bit, and looks the
+ * angle up once.
+ */
 class QV_API Placement2D {
  public:
   explicit Placement2D(const Pose2D& pose);
@@ -44,7 +59,7 @@ class QV_API Placement2D {
   float sinTheta;
 };
 
-/** The inverse: pinv(pose) * pose is the origin. */
+/** Inverts a pose: pinv(pose) * pose is the origin. The name is the interface's. */
 QV_API Pose2D pinv(const Pose2D& pose);
 
 QV_API Position2D position2DFromPose2D(const Pose2D& pose);

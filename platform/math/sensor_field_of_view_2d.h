@@ -6,14 +6,20 @@
 
 namespace QV::Math {
 
-/** What a sensor covers in the plane, about the x axis of its frame. */
+/**
+ * A sensor's field of view in the plane, about the x axis of its frame S: it covers angles from
+ * -angularRange / 2 to angularRange / 2, at ranges from minRange to maxRange.
+ *
+ *     const QV::Math::SensorFieldOfView2D laser(0.05f, 5.0f, 1.05f, 61);
+ */
 struct QV_API SensorFieldOfView2D {
-  /** Metres. */
+  /** The nearest and the farthest range, metres. What is farther meets nothing. */
   float minRange = 0.0f;
   float maxRange = 0.0f;
-  /** The full horizontal aperture, radians. */
+  /** The full horizontal aperture, radians; not half of it. */
   float angularRange = 0.0f;
-  /** Rays or samples; some sensors put a count of their own here and say so. */
+  /** The number of rays or samples. Some sensors put a count of their own here: a sonar 15, a
+   * depth camera its image's width, a sensor with memory keys their number. */
   std::int32_t rayCount = 0;
 
   SensorFieldOfView2D() = default;

@@ -22,7 +22,7 @@ struct QV_API Sphere {
   friend bool operator==(const Sphere&, const Sphere&) = default;
 };
 
-/** Along the z axis of its frame, which sits in its centre; metres. */
+/** A cylinder along the z axis of its frame, which sits in its centre; metres. */
 struct QV_API Cylinder {
   float radius = 0.0f;
   float length = 0.0f;

@@ -12,16 +12,23 @@ namespace QV::Math {
 /**
  * A rigid transform as the upper 3 rows of its homogeneous 4x4 matrix: rotation in columns 0 to 2,
  * translation in metres in column 3. The default is the identity.
+ *
+ * The transform of S in G, times a position in S, is the position in G. A value; thread-safe to
+ * read. Nothing checks that the rotation is one.
+ *
+ *     const auto sensorInGround = QV::Math::transformFromPose2D({0.2f, 0.0f, 0.0f});
+ *     const QV::Math::Position3D echoInSensor(1.0f, 0.0f, 0.0f);
+ *     const QV::Math::Position3D echoInGround = sensorInGround * echoInSensor;
  */
 struct QV_API Transform {
-  /** By rows. */
+  /** The 12 floats, by rows. */
   std::array<float, 12> values{1, 0, 0, 0, 0, 1, 0, 0, 0, 0, 1, 0};
 
   Transform() = default;
-  /** From 12 floats by rows; another size throws std::invalid_argument. */
+  /** Takes 12 floats by rows; another size throws std::invalid_argument. */
   explicit Transform(const std::vector<float>& byRows);
 
-  /** `row` 0 to 2, `column` 0 to 3, unchecked. */
+  /** The element in `row` 0 to 2 and `column` 0 to 3, unchecked. */
   float operator()(int row, int column) const { return values[index(row, column)]; }
   float& operator()(int row, int column) { return values[index(row, column)]; }
 
@@ -38,13 +45,13 @@ struct QV_API Transform {
   }
 };
 
-/** Transform `a`, given in the frame of `b`, in the frame that `b` is given in. */
+/** Places transform `a`, given in the frame of `b`, in the frame that `b` is given in. */
 QV_API Transform operator*(const Transform& b, const Transform& a);
 
-/** Position `a`, given in the frame of `b`, in the frame that `b` is given in. */
+/** Places position `a`, given in the frame of `b`, in the frame that `b` is given in. */
 QV_API Position3D operator*(const Transform& b, const Position3D& a);
 
-/** The inverse of a rigid transform. */
+/** Inverts a rigid transform. */
 QV_API Transform inverse(const Transform& transform);
 
 /** The translation. */

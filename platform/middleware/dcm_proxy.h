@@ -13,7 +13,7 @@ class QV_API DCMProxy : public QVProxy {
   explicit DCMProxy(const boost::shared_ptr<QVBroker>& broker,
                     const std::string& module = DeviceManagerContract::kModule);
 
-  /** Its clock plus `offset`, in milliseconds modulo 2^32. */
+  /** Returns the device manager's clock plus `offset`, in milliseconds modulo 2^32. */
   std::int32_t getTime(int offset) const;
 
   /**

@@ -17,14 +17,29 @@ namespace QV {
 class QVProxy;
 
 /**
- * Holds modules by name and carries every call to them: each call of each proxy passes through
- * call(), each proxy is made after isModulePresent(), so a derived broker sees, fails or delays
- * whatever it likes. Owned by a shared pointer; proxies do not keep it alive. All operations are
- * safe from any thread.
+ * The middleware's switchboard: holds modules by name and carries every call to them.
+ *
+ * Each call of each proxy passes through call(), and each proxy is made after isModulePresent(): a
+ * broker of a derived class sees, fails or delays whatever it likes.
+ *
+ * - Lifetime: owned by a shared pointer. Proxies do not keep it alive; a ScopedModule does.
+ * - Threads: thread-safe. It holds no lock while a method runs, so several threads may be in one
+ *   method.
+ * - Errors: an unknown module, or a name in use, is a QVError.
+ *
+ * A module of one's own, and a call of it:
+ *
+ *     const auto switchboard = QV::QVBroker::create();
+ *     const auto horn = boost::make_shared<QV::QVModule>("Horn");
+ *     horn->bindMethod("blow", [](int times) { return times > 0; });
+ *     switchboard->registerModule(horn);
+ *     std::cout << switchboard->getProxy("Horn")->call<bool>("blow", 2);
  */
 class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
  public:
-  /** A broker, or one of a derived class, that the manager knows as long as it lives. */
+  /**
+   * Makes a broker, of a derived class if T says so, that the manager knows as long as it lives.
+   */
   template <typename T = QVBroker, typename... A>
   static boost::shared_ptr<T> create(A&&... arguments) {
     auto broker = boost::make_shared<T>(std::forward<A>(arguments)...);
@@ -32,20 +47,23 @@ class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
     return broker;
   }
 
-  /** Unknown to the manager; see create(). */
+  /** Makes a broker that the manager does not know; see create(). */
   QVBroker();
   virtual ~QVBroker();
   QVBroker(const QVBroker&) = delete;
   QVBroker& operator=(const QVBroker&) = delete;
 
-  /** A null module or a name in use: QVError. */
+  /** Adds a module. A null one or a name in use: QVError. */
   void registerModule(boost::shared_ptr<QVModule> module);
-  /** Calls that run go on to their end; later ones fail. An unknown name: QVError. */
+  /**
+   * Removes a module. Calls that run go on to their end; later ones fail. An unknown name: QVError.
+   */
   void unregisterModule(const std::string& name);
 
   virtual bool isModulePresent(const std::string& name) const;
 
-  /** An unknown module: QVError. `timeout` is not used: a module is there or not. */
+  /** Makes a proxy of a module; an unknown one: QVError. The interface has a `timeout`, which is
+   * not used: a module is there or not. */
   boost::shared_ptr<QVProxy> getProxy(const std::string& name, int timeout = 0);
   template <typename T>
   boost::shared_ptr<T> getSpecialisedProxy(const std::string& name) {
@@ -61,12 +79,12 @@ class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
 };
 
 /**
- * A module that is registered for a scope. For modules that hold their own broker, which would
- * keep each other alive otherwise. Keeps the broker alive. Not copyable.
+ * A module that is registered for a scope. It is for modules that hold their own broker, since
+ * these two would keep each other alive otherwise. Keeps the broker alive. Not copyable.
  */
 class QV_API ScopedModule {
  public:
-  /** As QVBroker::registerModule; no broker: QVError. */
+  /** Registers the module as QVBroker::registerModule does; no broker: QVError. */
   ScopedModule(boost::shared_ptr<QVBroker> broker, boost::shared_ptr<QVModule> module);
   /** Unregisters the module, unless that was done already. Calls that run go on to their end. */
   ~ScopedModule();

@@ -31,18 +31,18 @@ class QV_API QVMemoryProxy : public QVProxy {
   void raiseEvent(const std::string& event, const QVValue& value) const;
 
   /**
-   * Has `method` of `module` called with (event, value, module) each time the event is raised, in
-   * that order, on a thread of the middleware. Replaces the module's subscription to the event.
+   * Subscribes a module: each time the event is raised, `method` of `module` is called with (event,
+   * value, module), in order, on a thread of the middleware. This replaces the module's
+   * subscription to the event.
    */
   void subscribeToEvent(const std::string& event, const std::string& module,
                         const std::string& method) const;
-  /**
-   * No call begins after this returns, and one that runs has ended, unless this is called from
-   * it. No such subscription: QVError.
-   */
+  /** Ends a subscription: no call begins after this returns, and one that runs has ended, unless
+   * this is called from it. No such subscription: QVError. The "To" in the name is the
+   * interface's. */
   void unsubscribeToEvent(const std::string& event, const std::string& module) const;
 
-  /** As the two above, apart from them; `message` takes the third argument's place. */
+  /** Subscribes as the two above, apart from them; `message` takes the third argument's place. */
   void subscribeToMicroEvent(const std::string& event, const std::string& module,
                              const std::string& message, const std::string& method) const;
   void unsubscribeToMicroEvent(const std::string& event, const std::string& module) const;

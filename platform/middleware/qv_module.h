@@ -18,8 +18,18 @@ namespace QV {
 using QVArguments = std::span<const QVValue>;
 
 /**
- * A service with a name, called by method name through a broker. Not copyable. Methods are bound
- * before the module is registered at a broker and may then run on any thread, several at once.
+ * A service with a name, whose methods others call by name through a broker.
+ *
+ * - Lifetime: not copyable. Bind methods before the module is registered at a broker. What a method
+ *   refers to must outlive the module.
+ * - Threads: a method runs on the caller's thread, several at once.
+ * - Errors: whatever standard exception a method throws reaches the caller as a QVError that names
+ *   module and method; so does a wrong number or type of arguments.
+ *
+ * A motion service that knows the robot's speed:
+ *
+ *     const auto motion = boost::make_shared<QV::QVModule>("QVMotion");
+ *     motion->bindMethod("getRobotVelocity", [] { return std::vector<float>{0.3f, 0.0f, 0.0f}; });
  */
 class QV_API QVModule {
  public:
@@ -30,16 +40,15 @@ class QV_API QVModule {
 
   const std::string& getName() const { return name; }
 
-  /**
-   * Offers `callable`, a function or a function object, under a name; arguments and result travel
-   * as QVValue converts them. A name bound already, or a module registered already: QVError.
-   */
+  /** Offers `callable`, a function or a function object, under a name; arguments and result
+   * travel as QVValue converts them. A name bound already, or a module registered already:
+   * QVError. */
   template <typename F>
   void bindMethod(const std::string& method, F callable) {
     using Signature = decltype(std::function(callable));
     xBind(method, xMakeMethod(std::move(callable), std::type_identity<Signature>()));
   }
-  /** The same for a member function of `self`. */
+  /** Offers a member function of `self`, which must outlive the module. */
   template <typename C, typename R, typename... A>
   void bindMethod(const std::string& method, R (C::*member)(A...), std::type_identity_t<C>* self) {
     bindMethod(method,

@@ -20,7 +20,7 @@ class QV_API QVMotionProxy : public QVProxy {
   /** Forward and leftward in m/s, turning in rad/s. */
   std::vector<float> getRobotVelocity() const;
 
-  /** For the methods that have no operation here. */
+  /** Gives access to the methods that have no operation here. */
   const QVProxy& getGenericProxy() const { return *this; }
 };
 

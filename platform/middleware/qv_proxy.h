@@ -17,14 +17,20 @@ namespace QV {
 class QVBroker;
 
 /**
- * Calls the methods of one module by name, on the caller's thread. Copyable; copies are
- * interchangeable and all operations are safe from any thread. It keeps neither the broker nor the
- * module alive: a call after either is gone is a QVError at once, and reaches a module that was
- * registered again under the name.
+ * A module as its callers see it: calls methods by name, on the caller's thread.
+ *
+ * - Lifetime: copyable, copies are interchangeable. It keeps neither the broker nor the module
+ *   alive: a call after either is gone is a QVError at once, and reaches a module that was
+ *   registered again under the name.
+ * - Threads: thread-safe.
+ * - Errors: all are QVErrors, see QVModule::call.
+ *
+ *     const QV::QVProxy motion(robot.getBroker(), "QVMotion");
+ *     const auto velocity = motion.call<std::vector<float>>("getRobotVelocity");
  */
 class QV_API QVProxy {
  public:
-  /** No broker, or a module that it does not have: QVError. */
+  /** Makes a proxy. No broker, or a module that it does not have: QVError. */
   QVProxy(const boost::shared_ptr<QVBroker>& broker, const std::string& module);
   virtual ~QVProxy();
   QVProxy(const QVProxy&);
@@ -32,17 +38,19 @@ class QV_API QVProxy {
 
   const std::string& getModuleName() const { return module; }
 
-  /** The method's result as an R; what goes wrong is a QVError, see QVModule::call. */
+  /** Calls a method and returns its result as an R. What goes wrong is a QVError, see
+   * QVModule::call. */
   template <typename R, typename... A>
   R call(const std::string& method, A&&... arguments) const {
     const std::array<QVValue, sizeof...(A)> values{QVValue(std::forward<A>(arguments))...};
     return xConvert<R>(method, xCall(method, values));
   }
+  /** Calls a method and drops its result. */
   template <typename... A>
   void callVoid(const std::string& method, A&&... arguments) const {
     call<QVValue>(method, std::forward<A>(arguments)...);
   }
-  /** The same with arguments counted at run time. */
+  /** Calls a method with arguments counted at run time. */
   QVValue call(const std::string& method, const std::vector<QVValue>& arguments) const;
 
  private:

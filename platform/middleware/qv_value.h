@@ -21,12 +21,20 @@ namespace QV {
 
 /**
  * A value of a type known at run time: what memory keys, event payloads, arguments and results are
- * made of. Arrays and binary buffers are immutable and shared, so a copy costs no more than a
- * count; moving never throws, and leaves an empty value of the type or the same one.
+ * made of.
+ *
+ * - Reserved: the invalid value stands for "no result".
+ * - Lifetime: a value. Arrays and binary buffers are immutable and shared, so a copy costs no more
+ *   than a count. Moving never throws, and leaves an empty value of the type or the same one.
+ * - Threads: reading is thread-safe.
+ * - Errors: a conversion that does not exist throws QVError naming both types.
  *
  * Ints and floats convert into each other and a bool into 0 or 1; nothing else converts. A float
- * that becomes an int is truncated, saturates at the int's limits and is 0 for NaN. A conversion
- * that does not exist throws QVError naming both types. isInt() and its like are exact.
+ * that becomes an int is truncated, saturates at the int's limits and is 0 for NaN. isInt() and its
+ * like are exact.
+ *
+ *     const QV::QVValue touch = QV::QVValue::array("FrontBumper", true, 2);
+ *     std::cout << touch[0].toString() << (touch[1].toBool() ? " pressed" : " free") << '\n';
  */
 class QV_API QVValue {
  public:
@@ -86,7 +94,7 @@ class QV_API QVValue {
   /** References stay good as long as this value is neither assigned to nor destroyed. */
   const std::string& toString() const;
   const Array& toArray() const;
-  /** Never null. */
+  /** The buffer; never null. */
   const Binary& toBinary() const;
 
   /**
@@ -101,7 +109,7 @@ class QV_API QVValue {
   /** An element of an array; out of range: QVError. */
   const QVValue& operator[](std::size_t index) const;
 
-  /** For people: strings in quotes, arrays in brackets, a buffer as its size. */
+  /** Writes it for people: strings in quotes, arrays in brackets, a buffer as its size. */
   std::string toText() const;
 
   /** Equal in type and content. */

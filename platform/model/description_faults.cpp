@@ -14,7 +14,7 @@ namespace {
 
 using Faults = std::vector<DescriptionFault>;
 
-std::string quoted(const std::string& text) {
+std::string inQuotes(const std::string& text) {
   return '"' + text + '"';
 }
 
@@ -43,6 +43,15 @@ void checkRange(const SensorConfig& config, Faults& faults) {
                     "at most " + config.properties.at("maximumDetectionDistance")});
 }
 
+std::string anyTypeOf(const SensorKinds& kinds) {
+  std::string text;
+  for (const SensorKind& kind : kinds.getAll()) {
+    text += (text.empty() ? "one of " : ", ") + inQuotes(kind.name) + " (" +
+            std::to_string(kind.type) + ")";
+  }
+  return text.empty() ? "no sensor" : text;
+}
+
 void checkForeign(const Robot& robot, const SensorKinds& kinds, Faults& faults) {
   std::vector<std::string> names;
   std::map<std::string, std::string> families;
@@ -54,8 +63,9 @@ void checkForeign(const Robot& robot, const SensorKinds& kinds, Faults& faults) 
     const auto family = families.find(sensor.type);
     const std::string* nearest =
         family == families.end() ? detail::findNearest(sensor.type, names) : &family->second;
-    if (!nearest) continue;
-    faults.push_back({sensor.name, "type is " + quoted(sensor.type), quoted(*nearest)});
+    if (!nearest && !sensor.hasOurParts) continue;
+    faults.push_back({sensor.name, "type is " + inQuotes(sensor.type),
+                      nearest ? inQuotes(*nearest) : anyTypeOf(kinds)});
   }
 }
 
@@ -71,7 +81,10 @@ std::vector<DescriptionFault> findDescriptionFaults(const Robot& robot, const Se
   detail::KeyOwners owners;
   for (const auto& [name, config] : robot.sensorConfigs) {
     const SensorKind* kind = kinds.findType(config.type);
-    if (!kind) continue;
+    if (!kind) {
+      faults.push_back({name, "type is " + std::to_string(config.type), anyTypeOf(kinds)});
+      continue;
+    }
     detail::checkProperties(config, *kind, faults);
     checkRange(config, faults);
     checkKeyCount(config, kind->keys, faults);

@@ -13,9 +13,9 @@ namespace QV::Model {
 struct QV_API DescriptionFault {
   /** Empty for a sensor without a name. */
   std::string sensor;
-  /** What is there: `property "maximumDetectionDistance" is "300 cm"`. */
+  /** The text that is there: `property "maximumDetectionDistance" is "300 cm"`. */
   std::string what;
-  /** What should be: "metres". */
+  /** The text that should be there: "metres". */
   std::string expected;
 
   /** The sensor, what and expected, as a line. */
@@ -24,8 +24,9 @@ struct QV_API DescriptionFault {
 
 /**
  * The sensors' slips, in the order of their names: properties that are unknown, missing, no number
- * or beyond their limits, a wrong number of memory keys, two sensors on one memory key; then types
- * that are nearly the name of a kind. Sensors of a number that is no kind's are not looked at.
+ * or beyond their limits, a wrong number of memory keys, two sensors on one memory key, a number
+ * that is no kind's; then types that are nearly the name of a kind, and words that are none where
+ * the sensor has properties or memory keys.
  */
 QV_API std::vector<DescriptionFault> findDescriptionFaults(
     const Robot& robot, const SensorKinds& kinds = SensorKinds::standard());

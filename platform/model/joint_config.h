@@ -11,13 +11,16 @@ namespace QV::Model {
 
 enum class JointType { fixed, revolute, continuous, prismatic, planar, floating };
 
-/** Whether one number, in radians or metres, says where a joint of this type stands. */
+/** True if one number, in radians or metres, says where a joint of this type stands. */
 inline bool hasPosition(JointType type) {
   return type == JointType::revolute || type == JointType::continuous ||
          type == JointType::prismatic;
 }
 
-/** In radians, or metres for a prismatic joint. A continuous one has no lower and upper end. */
+/**
+ * The ends of a joint's range, in radians, or metres for a prismatic joint. A continuous one has
+ * none.
+ */
 struct QV_API JointLimits {
   float lower = 0.0f;
   float upper = 0.0f;
@@ -38,7 +41,7 @@ struct QV_API JointMimic {
   friend bool operator==(const JointMimic&, const JointMimic&) = default;
 };
 
-/** What a robot description says about one joint. Its frame is that of its child link. */
+/** A joint of a robot description. Its frame is that of its child link. */
 struct QV_API JointConfig {
   std::string name;
   JointType type = JointType::fixed;
@@ -46,9 +49,9 @@ struct QV_API JointConfig {
   std::string childLink;
   /** The joint's frame at position 0, in that of the parent link. */
   Math::Transform origin;
-  /** Of unit length, in the joint's frame; means nothing for fixed and floating joints. */
+  /** The axis in the joint's frame, of unit length; means nothing for fixed and floating joints. */
   Math::Position3D axis{1.0f, 0.0f, 0.0f};
-  /** There for every revolute and prismatic joint. */
+  /** The range; every revolute and prismatic joint has one. */
   std::optional<JointLimits> limits;
   std::optional<JointMimic> mimic;
 

@@ -17,28 +17,32 @@ struct QV_API ForeignSensor {
   /** Empty if it has none. */
   std::string name;
   std::string type;
+  /** Whether it has properties or memory keys, as a sensor that is meant for us. */
+  bool hasOurParts = false;
 
   friend bool operator==(const ForeignSensor&, const ForeignSensor&) = default;
 };
 
-/** What a robot description says. */
+/** A robot as its description gives it. */
 struct QV_API Robot {
   std::string name;
   /** The kind of robot; 0 when the description names none. */
   int kindCode = 0;
   /** The one link that hangs on no joint. */
   std::string rootLink;
-  /** The link whose frame is the robot's frame 0; the root when the description names none. */
+  /** The link whose frame is the body frame; the root when the description names none. */
   std::string bodyLink;
-  /** In the order of the document. */
+  /** The links in the order of the document. */
   std::vector<std::string> links;
   /** Parents before children. */
   std::vector<JointConfig> joints;
-  /** By name. */
+  /** The sensors by name. */
   std::map<std::string, SensorConfig> sensorConfigs;
-  /** By name, those whose shape is not supported too. */
+  /** The collision shapes by name, those that are not supported, too. */
   std::map<std::string, std::shared_ptr<CollisionShape>> collisionShapes;
-  /** In the order of the document; those without a type are not told. */
+  /**
+   * The sensors of other tools, in the order of the document; those without a type are not told.
+   */
   std::vector<ForeignSensor> foreignSensors;
 };
 

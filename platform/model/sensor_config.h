@@ -9,7 +9,7 @@
 
 namespace QV::Model {
 
-/** What a robot description says about one sensor. */
+/** A sensor of a robot description. */
 struct QV_API SensorConfig {
   std::string name;
   /** The link that carries it. */
@@ -18,7 +18,7 @@ struct QV_API SensorConfig {
   int type = 0;
   /** The sensor's frame in that of its link. */
   Math::Transform origin;
-  /** As written; those that are numbers are read with atofC. */
+  /** The properties as written; those that are numbers are read with atofC. */
   std::map<std::string, std::string> properties;
   std::vector<std::string> memoryKeys;
 

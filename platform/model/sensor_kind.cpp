@@ -60,4 +60,8 @@ const PropertyRule* SensorKind::findProperty(const std::string& property) const 
   return own ? own : findIn(commonProperties(), property);
 }
 
+bool SensorKind::isCamera() const {
+  return points == PointMeaning::sighting && findProperty("verticalAngularRange");
+}
+
 }  // namespace QV::Model

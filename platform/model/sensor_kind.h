@@ -9,14 +9,14 @@
 
 namespace QV::Model {
 
-/** What the points of a kind's records stand for, and so how they may be judged and drawn. */
+/** The meaning of the points of a kind's records, and so how they may be judged and drawn. */
 enum class PointMeaning {
-  /** One echo, somewhere on the arc through the points; beyond the maximum range: no echo. */
+  /** An echo, somewhere on the arc through the points; beyond the maximum range: no echo. */
   arc,
-  /** What single beams met, in the plane of the sensor; at the maximum range or left out: nothing.
-   */
+  /** The ends of single beams, in the plane of the sensor; at the maximum range or left out:
+   * nothing. */
   scan,
-  /** One point: nearer than the maximum range for "something is there", at it for "nothing is". */
+  /** A point nearer than the maximum range for "something is there", at it for "nothing is". */
   zone,
   /** Places of surfaces and people that were made out, in three dimensions. */
   sighting,
@@ -26,31 +26,33 @@ enum class PointMeaning {
   touch
 };
 
-/** When a sound sensor that is started may give no record. */
+/** The occasions on which a sound sensor that is started may give no record. */
 enum class Silence { never, whileMoving, always };
 
-/** What a property's text says, and in which unit. */
+/** The quantity of a property's text, and its unit. */
 enum class Quantity { text, number, metres, radians, seconds, memoryKey, actuator };
 
-/** As it is called in messages: "a number", "metres", "a memory key". */
+/** The name of a quantity in messages: "a number", "metres", "a memory key". */
 QV_API const char* nameOf(Quantity quantity);
-/** Whether such a text is a number. */
+/** True if such a text is a number. */
 QV_API bool isNumber(Quantity quantity);
 
 /** A property of a sensor in a robot description. */
 struct QV_API PropertyRule {
   std::string name;
   Quantity quantity = Quantity::text;
-  /** Whether the sensor can't be made, or can't be used, without it. */
+  /** True if the sensor can't be used without it. */
   bool isRequired = false;
   /** The limits of a number, which are allowed themselves; none if both are 0. */
   double least = 0.0;
   double most = 0.0;
-  /** Whether several sensors may name the same memory key in it. */
+  /** True if several sensors may name the same memory key in it. */
   bool isShared = false;
+  /** Whether none is made without it; else one is, and is of no use. */
+  bool isNeededToMake = false;
 
   bool hasLimits() const { return least != 0.0 || most != 0.0; }
-  /** What is expected, for messages: "metres from 0 to 1000". */
+  /** Says what is expected, for messages: "metres from 0 to 1000". */
   std::string toText() const;
 };
 
@@ -60,16 +62,38 @@ struct QV_API PropertyRule {
  */
 QV_API const std::vector<PropertyRule>& commonProperties();
 
-/** How many memory keys a sensor reads: from `least` to `most`, in groups of `groupSize`. */
+/** The content of a memory key, for those who read it beside the sensor. */
+enum class KeyContent {
+  other,
+  /** Metres; beyond the maximum range: nothing. */
+  range,
+  /** Alternately x and y of points in the sensor's frame, metres. */
+  coordinates,
+  /** Above kPresenceThreshold: something is there. */
+  presence
+};
+inline constexpr float kPresenceThreshold = 0.9f;
+
+/**
+ * The number of memory keys that a sensor reads: from `least` to `most`, in groups of `groupSize`.
+ */
 struct QV_API KeyRule {
   std::size_t least = 0;
   std::size_t most = 0;
   std::size_t groupSize = 1;
-  /** What a key holds, with its unit: "range (m)". */
+  /** The content of a key, with its unit, for messages: "range (m)". */
   std::string content;
+  KeyContent holds = KeyContent::other;
 };
 
-/** All that is known of a kind of sensor, for whoever makes, feeds, judges or draws it. */
+/**
+ * A kind of sensor: all that is known of it, for whoever makes, feeds, judges or draws its sensors.
+ * A robot has a kind, too: that is another number, see SimulatedSensorManager and `<kind>` in
+ * descriptions.
+ *
+ *     QV::Model::SensorKind cliff = {40, "Cliff", "Cliff", QV::Model::PointMeaning::zone};
+ *     cliff.keys = {1, 1, 1, "range of the floor (m)"};
+ */
 struct QV_API SensorKind {
   /** The number that stands for it in a description; above 0. */
   int type = 0;
@@ -79,17 +103,24 @@ struct QV_API SensorKind {
   std::string family;
   PointMeaning points = PointMeaning::scan;
   Silence silence = Silence::never;
-  /** Whether it measures again and again, rather than telling of changes. */
+  /** True if it measures again and again, rather than telling of changes. */
   bool hasRate = true;
-  /** Whether one sensor stands for all that a description lists of the kind. */
+  /**
+   * True if a record leaves out the beams that met nothing, and so may have no points. Else they
+   * are in it, at the maximum range.
+   */
+  bool leavesOutMisses = true;
+  /** True if one sensor stands for all that a description lists of the kind. */
   bool standsForAll = false;
   std::vector<PropertyRule> properties = {};
   KeyRule keys = {};
-  /** Between two measurements, where a description says nothing else. */
+  /** The time between two measurements, where a description says nothing else. */
   ko::Duration period = ko::Duration(100'000'000);
 
   /** The rule of a property, of the kind's own or of a common one; null for an unknown name. */
   const PropertyRule* findProperty(const std::string& property) const;
+  /** Whether what it sees are images of the video device. */
+  bool isCamera() const;
 };
 
 }  // namespace QV::Model

@@ -20,13 +20,18 @@ std::vector<PropertyRule> rangeProperties(std::vector<PropertyRule> others = {})
   return rules;
 }
 
+PropertyRule needed(PropertyRule rule) {
+  rule.isRequired = rule.isNeededToMake = true;
+  return rule;
+}
+
 std::vector<PropertyRule> laserProperties(const std::vector<PropertyRule>& others) {
   std::vector<PropertyRule> rules =
-      rangeProperties({{"regIndex", Quantity::number, true, 0.0, 255.0},
-                       {"setOperationMode", Quantity::actuator, true},
-                       {"getOperationMode", Quantity::memoryKey, true, 0.0, 0.0, true},
-                       {"timestamp", Quantity::memoryKey, true}});
-  rules.insert(rules.end(), others.begin(), others.end());
+      rangeProperties({needed({"regIndex", Quantity::number, true, 0.0, 255.0}),
+                       needed({"setOperationMode", Quantity::actuator}),
+                       needed({"getOperationMode", Quantity::memoryKey, true, 0.0, 0.0, true}),
+                       needed({"timestamp", Quantity::memoryKey})});
+  for (const PropertyRule& rule : others) rules.push_back(needed(rule));
   return rules;
 }
 
@@ -53,35 +58,36 @@ SensorKind laser(int type, const std::string& name, PointMeaning points,
                  const std::vector<PropertyRule>& others = {}) {
   SensorKind kind = {type, name, name, points};
   kind.properties = laserProperties(others);
-  kind.keys = {2, kMostKeys, 2, "x and y of each point (m)"};
+  kind.keys = {2, kMostKeys, 2, "x and y of each point (m)", KeyContent::coordinates};
   return kind;
 }
 
 SensorKind sonar() {
   SensorKind kind = {9, "Sonar", "Sonar", PointMeaning::arc};
+  kind.leavesOutMisses = false;
   kind.properties = rangeProperties();
-  kind.keys = {1, 1, 1, "range (m)"};
+  kind.keys = {1, 1, 1, "range (m)", KeyContent::range};
   return kind;
 }
 
 SensorKind blindZone() {
   SensorKind kind = {14, "BlindZone", "BlindZone", PointMeaning::zone};
   kind.silence = Silence::whileMoving;
+  kind.leavesOutMisses = false;
   kind.properties = rangeProperties();
-  kind.keys = {1, 1, 1, "above 0.9: something is there"};
+  kind.keys = {1, 1, 1, "1: something is there, 0: nothing is", KeyContent::presence};
   return kind;
 }
 
 std::vector<SensorKind> standardRows() {
-  return {
-      touch(),
-      depthCamera(),
-      laser(8, "Laser", PointMeaning::scan),
-      sonar(),
-      blindZone(),
-      laser(16, "HoleLaser", PointMeaning::floor,
-            {{"inclination", Quantity::memoryKey, true}, {"status", Quantity::memoryKey, true}}),
-      laser(17, "Shovel", PointMeaning::scan)};
+  return {touch(),
+          depthCamera(),
+          laser(8, "Laser", PointMeaning::scan),
+          sonar(),
+          blindZone(),
+          laser(16, "HoleLaser", PointMeaning::floor,
+                {{"inclination", Quantity::memoryKey}, {"status", Quantity::memoryKey}}),
+          laser(17, "Shovel", PointMeaning::scan)};
 }
 
 template <typename Condition>

@@ -10,13 +10,13 @@ namespace QV::Model {
 
 /**
  * The table of sensor kinds, a row each. A value: whoever knows more kinds copies it and adds his.
- * Reading is safe from several threads.
+ * Reading is thread-safe.
  */
 class QV_API SensorKinds {
  public:
-  /** None. */
+  /** Makes an empty list. */
   SensorKinds() = default;
-  /** Those that the library has sensors for. */
+  /** The kinds that the library has sensors for. */
   static const SensorKinds& standard();
 
   /**
@@ -24,7 +24,7 @@ class QV_API SensorKinds {
    */
   void add(const SensorKind& kind);
 
-  /** In the order of their types. */
+  /** All kinds in the order of their types. */
   const std::vector<SensorKind>& getAll() const { return kinds; }
   /** Each of these is null if there is none; the pointers last until the next `add`. */
   const SensorKind* findType(int type) const;

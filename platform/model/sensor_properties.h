@@ -20,11 +20,11 @@ class QV_API SensorProperties {
   explicit SensorProperties(SensorConfig&&) = delete;
 
   bool has(const std::string& name) const { return properties.count(name) > 0; }
-  /** As written; empty if it is missing. */
+  /** Returns the text as written; an empty one if it is missing. */
   std::string getText(const std::string& name) const;
   /** May be infinite or NaN. */
   float getNumber(const std::string& name) const;
-  /** 0 for a number that is not finite. */
+  /** Returns the number; 0 for one that is not finite. */
   float getFinite(const std::string& name) const;
   /** Rounded towards 0, the nearest int for what is beyond 32 bits; 0 for NaN. */
   int getInteger(const std::string& name) const;

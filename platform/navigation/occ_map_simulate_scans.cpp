@@ -86,7 +86,8 @@ class Scans {
   std::span<const Math::Pose2D> poses;
   const detail::FanDirections& fan;
   std::span<float> ranges;
-  /** In a cache line of its own: threads read what is beside it all the time. */
+  /** The next scan to take, in a cache line of its own: threads read what is beside it all the
+   * time. */
   alignas(64) std::atomic<std::size_t> next = 0;
 };
 

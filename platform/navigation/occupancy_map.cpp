@@ -6,8 +6,7 @@
 #include <string>
 #include <utility>
 
-#include "platform/navigation/internal/grid_frame.h"
-#include "platform/navigation/internal/scan_store.h"
+#include "platform/navigation/internal/map_inside.h"
 
 namespace QV {
 namespace {
@@ -33,12 +32,6 @@ void checkOccupancy(float occupancy) {
 
 }  // namespace
 
-/** What scans ask for once each. */
-struct OccupancyMap::Inside {
-  detail::GridFrame gridFrame;
-  detail::ScanStores scanStores;
-};
-
 OccupancyMap::OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                            float occupancy)
     : OccupancyMap(width, height, resolution, origin,
@@ -51,7 +44,7 @@ OccupancyMap::OccupancyMap(int width, int height, float resolution, const Math::
       resolution(resolution),
       origin(origin),
       cells(std::move(cells)),
-      inside(new Inside{{origin, resolution}, {}}) {
+      inside(new detail::MapInside{{origin, resolution}, {}}) {
   if (this->cells.size() != cellCount(width, height)) {
     throw std::invalid_argument("OccupancyMap: " + std::to_string(this->cells.size()) +
                                 " cells given for " + sizeText(width, height));
@@ -74,7 +67,7 @@ OccupancyMap::OccupancyMap(const OccupancyMap& other)
       resolution(other.resolution),
       origin(other.origin),
       cells(other.cells),
-      inside(std::make_unique<Inside>(*other.inside)) {}
+      inside(std::make_unique<detail::MapInside>(*other.inside)) {}
 
 OccupancyMap::OccupancyMap(OccupancyMap&& other) noexcept = default;
 
@@ -103,14 +96,6 @@ std::optional<float> OccupancyMap::findOccupancy(const Math::Position2D& positio
 
 Math::Position2D OccupancyMap::getCellCentre(int column, int row) const {
   return inside->gridFrame.toWorld({column + 0.5, row + 0.5});
-}
-
-const detail::ScanStore* OccupancyMap::getScanStore(float occupiedAbove) const {
-  return inside->scanStores.find(width, height, cells, occupiedAbove);
-}
-
-const detail::GridFrame& OccupancyMap::getGridFrame() const {
-  return inside->gridFrame;
 }
 
 std::size_t OccupancyMap::xIndex(int column, int row) const {

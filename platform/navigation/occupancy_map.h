@@ -12,33 +12,45 @@
 namespace QV {
 
 namespace detail {
-class GridFrame;
-class ScanStore;
-}  // namespace detail
+struct MapInside;
+}
 
 /**
- * A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. Cell (0, 0) touches the
- * origin, columns run along the origin's x axis and rows along its y axis. Copyable. Reading is
- * safe from several threads as long as none writes.
+ * A grid of occupancies from 0 (free) to 1 (occupied).
+ *
+ * - Frames: the origin is a pose in the world, the frame M that robots and records are placed in.
+ *   It is the outer corner of cell (0, 0); columns run along its x axis, rows along its y axis.
+ * - Units: metres, radians; cells are counted from 0.
+ * - Reserved: 0.5 is unknown. Cells above 0.4, unknown ones too, are solid for whatever casts rays
+ *   or drives.
+ * - Lifetime: copyable. Those who take a pointer or reference need it as long as they live.
+ * - Threads: reading is thread-safe as long as nobody writes.
+ * - Errors: impossible sizes and occupancies throw std::invalid_argument, cells outside
+ *   std::out_of_range.
+ *
+ * Ten metres by ten, with a wall:
+ *
+ *     QV::OccupancyMap hall(100, 100, 0.1f, QV::Math::Pose2D(), 0.0f);
+ *     for (int row = 0; row < hall.getHeight(); ++row) hall.setOccupancy(70, row, 1.0f);
  */
 class QV_API OccupancyMap {
  public:
   static constexpr float kUnknown = 0.5f;
-  /** Whatever casts rays or drives takes cells above this as solid: occupied and unknown ones. */
+  /** The limit above which a cell is solid: occupied and unknown ones. */
   static constexpr float kSolidAbove = 0.4f;
   /** The longest side, in cells. */
   static constexpr int kMaxSide = 1 << 20;
 
-  /**
-   * `width` by `height` cells of `resolution` metres, all of one occupancy; `origin` is the outer
-   * corner of cell (0, 0) in the world. A side outside 1..kMaxSide, a resolution that is not
-   * positive, an origin that is not finite or an occupancy outside 0..1 throws
-   * std::invalid_argument.
-   */
+  /** Makes `width` by `height` cells of `resolution` metres, all of one occupancy; `origin` is
+   * the outer corner of cell (0, 0) in the world. A side outside 1..kMaxSide, a resolution that
+   * is not positive, an origin that is not finite or an occupancy outside 0..1 throws
+   * std::invalid_argument. */
   OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                float occupancy = kUnknown);
 
-  /** As above, with the cells' occupancies row by row; any but `width` * `height` throws too. */
+  /**
+   * Makes a map of these occupancies, row by row; any number but `width` * `height` throws, too.
+   */
   OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                std::vector<float> cells);
   ~OccupancyMap();
@@ -51,16 +63,17 @@ class QV_API OccupancyMap {
   int getHeight() const { return height; }
   float getResolution() const { return resolution; }
   const Math::Pose2D& getOrigin() const { return origin; }
-  /** Row by row, from row 0. */
+  /** The occupancies row by row, from row 0. */
   const std::vector<float>& getCells() const { return cells; }
 
   bool isInside(int column, int row) const {
     return column >= 0 && column < width && row >= 0 && row < height;
   }
 
-  /** Outside the map: std::out_of_range. */
+  /** The occupancy of a cell; outside the map std::out_of_range. */
   float getOccupancy(int column, int row) const;
-  /** Outside the map: std::out_of_range; an occupancy outside 0..1: std::invalid_argument. */
+  /** Sets the occupancy of a cell. Outside the map: std::out_of_range; an occupancy outside
+   * 0..1: std::invalid_argument. */
   void setOccupancy(int column, int row, float occupancy);
 
   /** The occupancy at a position in the world; nothing outside the map. */
@@ -68,18 +81,8 @@ class QV_API OccupancyMap {
   /** The centre of a cell, inside the map or not, in the world. */
   Math::Position2D getCellCentre(int column, int row) const;
 
-  /**
-   * What scans with this limit look at in place of the cells: made when it is first asked for, in
-   * some milliseconds and half a megabyte for a million cells, and kept true from then on. A map
-   * keeps it for two limits; null for others.
-   */
-  const detail::ScanStore* getScanStore(float occupiedAbove) const;
-
-  /** How the cells lie in the world. */
-  const detail::GridFrame& getGridFrame() const;
-
  private:
-  struct Inside;
+  friend struct detail::MapInside;
 
   std::size_t xIndex(int column, int row) const;
 
@@ -88,7 +91,7 @@ class QV_API OccupancyMap {
   float resolution;
   Math::Pose2D origin;
   std::vector<float> cells;
-  std::unique_ptr<Inside> inside;
+  std::unique_ptr<detail::MapInside> inside;
 };
 
 }  // namespace QV

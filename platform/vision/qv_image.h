@@ -59,7 +59,7 @@ class QV_API QVImage {
    */
   static std::unique_ptr<QVImage> fromQVValue(const QVValue& value);
 
-  /** As fromQVValue reads it; shares the pixels unless they are borrowed. */
+  /** Converts to the value that fromQVValue reads; shares the pixels unless they are borrowed. */
   QVValue toQVValue() const;
 
   int getWidth() const { return width; }
@@ -69,7 +69,7 @@ class QV_API QVImage {
   std::int64_t getTimestamp() const { return timestamp; }
 
   const std::uint8_t* getPixels() const { return pixels; }
-  /** Of the pixels, in bytes. */
+  /** The size of the pixels in bytes. */
   std::size_t getSize() const { return size; }
 
  private:

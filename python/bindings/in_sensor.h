@@ -3,8 +3,8 @@
 namespace QV::python {
 
 /**
- * While a sensor written in Python is at work in a thread. It holds locks meanwhile, which a
- * manager that it asked would wait for without end.
+ * A scope in which a sensor written in Python is at work in a thread. The sensor holds locks
+ * meanwhile, which a manager that it asked would wait for without end.
  */
 class InSensor {
  public:

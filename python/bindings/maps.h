@@ -6,7 +6,7 @@
 
 namespace QV::python {
 
-/** Of a str or a path object; anything else: TypeError. */
+/** Reads a path from a str or a path object; anything else: TypeError. */
 std::string pathFrom(const pybind11::object& path);
 
 /** FileNotFoundError if there is no such file, else ValueError, with the error's text. */

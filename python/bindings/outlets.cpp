@@ -1,6 +1,6 @@
 #include "outlets/files/record_file.h"
 #include "outlets/outlet.h"
-#include "outlets/picture/run_picture.h"
+#include "outlets/picture/session_picture.h"
 #include "platform/ko/log.h"
 #include "python/bindings/maps.h"
 #include "python/bindings/session_handle.h"
@@ -159,11 +159,11 @@ An outlet of one's own: derive from it and define `show(snapshot)`, and of these
              return writing([&] { return std::make_shared<outlets::RecordFile>(file); });
            }),
            "path"_a, "__init__(path: PathLike) -> None\n\nOne that can't be written: OSError.");
-  py::class_<outlets::RunPicture, Outlet, std::shared_ptr<outlets::RunPicture>>(
-      module, "RunPicture",
-      "A PNG of a run: the robot's way, and what its sensors told at its end.")
+  py::class_<outlets::SessionPicture, Outlet, std::shared_ptr<outlets::SessionPicture>>(
+      module, "SessionPicture",
+      "A PNG of a session: the robot's way, and what its sensors told at its end.")
       .def(py::init([](const py::object& path) {
-             return std::make_shared<outlets::RunPicture>(pathFrom(path));
+             return std::make_shared<outlets::SessionPicture>(pathFrom(path));
            }),
            "path"_a, "__init__(path: PathLike) -> None\n\nAnother ending or folder: ValueError.");
 }

@@ -9,7 +9,9 @@
 namespace QV::python {
 namespace {
 
-/** So many rays are cast before somebody looks whether Ctrl-C was pressed: some 0.1 s. */
+/**
+ * The number of rays that are cast before somebody looks whether Ctrl-C was pressed: some 0.1 s.
+ */
 constexpr py::ssize_t kRaysAtATime = 4'000'000;
 
 int countProcessors() {

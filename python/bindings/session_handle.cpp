@@ -6,7 +6,7 @@
 namespace QV::python {
 namespace {
 
-/** A session steers its robot so often: pieces that end there are those of a whole run. */
+/** A session steers its robot so often: pieces that end there are those of a whole session. */
 constexpr ko::Duration kSlice{20'000'000};
 
 /**

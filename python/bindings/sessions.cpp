@@ -320,7 +320,7 @@ Runs until each sensor, by default all, has a fresh record or a reason for none,
 
 void bindSessions(py::module_& module) {
   Class type(module, "Session", R"(
-A robot in a run, simulated, virtual or recorded, and all that can be done with it: see open_virtual,
+A robot, simulated, virtual or recorded, and all that can be done with it: see open_virtual,
 open_simulated and open_recording. A `with` block ends it; ended, RuntimeError. Poses and positions
 are in the map, metres and radians. For the thread that opened it, but for the switches.)");
   type.def("close", &SessionHandle::close,

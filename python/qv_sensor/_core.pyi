@@ -403,7 +403,7 @@ class Outlet(OutletBase):
 class RecordFile(OutletBase):
     def __init__(self, path: PathLike) -> None: ...
 
-class RunPicture(OutletBase):
+class SessionPicture(OutletBase):
     def __init__(self, path: PathLike) -> None: ...
 
 class LiveServer:

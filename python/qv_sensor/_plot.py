@@ -64,7 +64,7 @@ def html_of(session: Session) -> str:
     """A session for a notebook: its title, and its picture."""
     with tempfile.TemporaryDirectory() as folder:
         path = Path(folder) / "session.png"
-        picture = _core.RunPicture(path)
+        picture = _core.SessionPicture(path)
         picture.show(session.look())
         picture.finish()
         data = base64.b64encode(path.read_bytes()).decode()

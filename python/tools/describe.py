@@ -7,6 +7,7 @@ package qv_sensor to be importable.
 from __future__ import annotations
 
 import inspect
+import re
 import sys
 import textwrap
 import types
@@ -14,7 +15,7 @@ from pathlib import Path
 from typing import Any
 
 import qv_sensor
-from qv_sensor import _core
+from qv_sensor import _core, _types
 
 ROOT = Path(__file__).resolve().parents[2]
 STUB = ROOT / "python" / "qv_sensor" / "_core.pyi"
@@ -31,21 +32,7 @@ from typing_extensions import Self
 
 from ._subscription import Subscription
 from ._types import (
-    Check,
-    Echo,
-    FaultKind,
-    Health,
-    LogLevel,
-    LogRecord,
-    Names,
-    PathLike,
-    PointMeaning,
-    Pose2D,
-    PoseLike,
-    PositionLike,
-    SensorOrder,
-    UnitOrder,
-    Value,
+{types}
 )
 
 __version__: str
@@ -125,7 +112,10 @@ def stub() -> str:
             lines += stub_of_class(value)
         else:
             lines += ["", f"def {split(value.__doc__)[0]}: ..."]
-    return STUB_HEAD + "\n".join(lines) + "\n"
+    body = "\n".join(lines) + "\n"
+    own = re.findall(r"^(?:class )?(\w+)(?:\(| = )", inspect.getsource(_types), re.MULTILINE)
+    used = sorted(name for name in own if re.search(rf"\b{name}\b", body))
+    return STUB_HEAD.format(types="\n".join(f"    {name}," for name in used)) + body
 
 
 def text_of_member(owner: str, name: str, value: Any) -> str:

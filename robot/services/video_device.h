@@ -20,6 +20,7 @@
 namespace QV::robot {
 
 class InputListener;
+struct InputTap;
 class SpareBytes;
 
 /**
@@ -34,7 +35,7 @@ using FrameSource =
 /** A depth camera of the robot. */
 struct QV_API Camera {
   int index = 0;
-  /** Also the name of its frame. */
+  /** The camera's name, which is also that of its frame. */
   std::string name;
   int modelCode = 0;
   /** Radians. */
@@ -48,7 +49,7 @@ struct QV_API Camera {
  * The cameras, module "QVVideoDevice"; QVVideoDeviceProxy says what its methods do. A client that
  * asks before its next frame is due gets its last one again; an image that it still holds is taken
  * back, which is logged once. A handle is the client's name and a number that is given
- * once; to give it back again is no error. All operations are safe from any thread.
+ * once; to give it back again is no error. Thread-safe.
  */
 class QV_API VideoDevice : public QVModule {
  public:
@@ -57,16 +58,16 @@ class QV_API VideoDevice : public QVModule {
 
   /** An index in use or a camera without source: std::invalid_argument. */
   void addCamera(const Camera& camera);
-  /** Its clients keep their handles and get errors until a camera of this index is back. */
+  /** Removes a camera. Its clients keep their handles and get errors until one of this index is
+   * back. */
   void removeCamera(int index);
 
-  /** Of all clients, sorted. */
+  /** Returns the handles of all clients, sorted. */
   std::vector<std::string> getHandles() const;
 
-  /** Hears of all images from now on, and must outlive that; null for nobody. */
-  void setListener(InputListener* newListener) { listener = newListener; }
-
  private:
+  friend struct InputTap;
+
   struct Device {
     explicit Device(const Camera& camera) : camera(camera) {}
     const Camera camera;
@@ -99,7 +100,7 @@ class QV_API VideoDevice : public QVModule {
   std::map<int, boost::shared_ptr<Device>> devices;
   std::map<std::string, Client> clients;
   const std::unique_ptr<SpareBytes> spares;
-  /** Whom the first, second, ... handle was given to. */
+  /** The clients to whom the first, second, ... handle was given. */
   std::vector<std::string> names;
   std::atomic<InputListener*> listener{nullptr};
 };

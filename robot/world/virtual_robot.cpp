@@ -89,12 +89,16 @@ void VirtualRobot::setFault(const Fault& fault) {
   world->getFaults().add(fault);
 }
 
-void VirtualRobot::setListener(InputListener* listener) {
-  world->setListener(listener);
+void InputTap::set(VirtualRobot& robot, InputListener* listener) {
+  robot.world->setListener(listener);
 }
 
 void VirtualRobot::clearFault(const std::string& sensor) {
   world->getFaults().clear(sensor);
+}
+
+std::optional<FaultKind> VirtualRobot::findFault(const std::string& sensor) const {
+  return world->getFaults().find(sensor, ko::Clock::now());
 }
 
 std::vector<Fault> VirtualRobot::getFaults() const {

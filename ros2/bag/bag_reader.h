@@ -25,7 +25,7 @@ struct BagMetadata {
   std::map<std::string, std::string> values;
 };
 
-/** What could not be read. */
+/** What could not be read; where more than 10,000 places are damaged, at least so much. */
 struct BagDamage {
   std::uint64_t chunks = 0;
   std::uint64_t messages = 0;

@@ -26,7 +26,8 @@ BagTopic makeBagTopic(const std::string& name, const MessageType& type, const Qo
 
 class BagWriter::Impl {
  public:
-  Impl(const std::string& path, const BagOptions& options) : file(path), chunk(options) {
+  Impl(const std::string& path, const BagOptions& options)
+      : file(path), chunk(options), summary(path) {
     Bytes bytes(mcap::kMagic.begin(), mcap::kMagic.end());
     mcap::appendHeader(bytes, "ros2", "qv");
     file.write(bytes);
@@ -72,7 +73,9 @@ class BagWriter::Impl {
 
   void flush() {
     if (chunk.isEmpty()) return;
-    append(summary.chunks, chunk.write(file));
+    Bytes index;
+    append(index, chunk.write(file));
+    summary.chunks.append(index);
     ++summary.statistics.chunkCount;
   }
 

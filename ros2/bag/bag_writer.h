@@ -23,7 +23,7 @@ struct QV_API BagTopic {
   std::string name;
   /** "sensor_msgs/msg/LaserScan" */
   std::string type;
-  /** Of the messages: "cdr". */
+  /** The encoding of the messages: "cdr". */
   std::string encoding;
   /** "ros2msg", or another; empty without a schema. */
   std::string schemaEncoding;
@@ -54,7 +54,7 @@ QV_API BagTopic makeBagTopic(const std::string& name, const MessageType& type, c
  */
 class QV_API BagWriter {
  public:
-  /** "-" is standard output. A file that can't be made: std::runtime_error. */
+  /** Opens a file; "-" is standard output. One that can't be made: std::runtime_error. */
   explicit BagWriter(const std::string& path, const BagOptions& options = {});
   /** Closes; an error is logged. */
   ~BagWriter();

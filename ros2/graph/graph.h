@@ -12,17 +12,17 @@
 
 namespace QV::ros2 {
 
-/** How far others are looked for, beyond the peers that are named. */
+/** The range in which others are looked for, beyond the peers that are named. */
 enum class DiscoveryRange { off, localhost, subnet };
 
-/** In which of two layouts some messages travel. */
+/** The distributions, by the layout in which some messages travel. */
 enum class RosDistro { humble, ironOrLater };
 
 struct QV_API GraphOptions {
   int domain = 0;
   DiscoveryRange range = DiscoveryRange::localhost;
   RosDistro distro = RosDistro::ironOrLater;
-  /** Whether the nodes' names are told; topics work without. */
+  /** True if the nodes' names are told; topics work without. */
   bool announcesNodes = true;
   /** Addresses. */
   std::vector<std::string> peers = {};
@@ -30,14 +30,15 @@ struct QV_API GraphOptions {
   std::string networkInterface = {};
   /** Full topic names, by those that they stand for. */
   std::map<std::string, std::string> remaps = {};
-  /** Of the engine, as CYCLONEDDS_URI holds it; it goes before all that is here. */
+  /** The configuration of the engine, as CYCLONEDDS_URI holds it; it goes before all that is
+   * here. */
   std::string configuration = {};
 };
 
 /**
- * As ROS_DOMAIN_ID, ROS_LOCALHOST_ONLY, ROS_AUTOMATIC_DISCOVERY_RANGE, ROS_STATIC_PEERS, ROS_DISTRO
- * and CYCLONEDDS_URI say. With none that speaks of the range, discovery stays on this machine. A
- * value that is none throws std::invalid_argument that names the variable.
+ * Reads ROS_DOMAIN_ID, ROS_LOCALHOST_ONLY, ROS_AUTOMATIC_DISCOVERY_RANGE, ROS_STATIC_PEERS,
+ * ROS_DISTRO and CYCLONEDDS_URI. With none that speaks of the range, discovery stays on this
+ * machine. A value that is none throws std::invalid_argument that names the variable.
  */
 QV_API GraphOptions graphOptionsFromEnvironment();
 
@@ -91,13 +92,16 @@ class QV_API Subscription {
 struct ReceivedMessage {
   /** Good during the call. */
   BytesView cdr;
-  /** When it was written, by the writer's wall clock, nanoseconds. */
+  /** The time at which it was written, by the writer's wall clock, nanoseconds. */
   std::int64_t sourceTime = 0;
 };
 
-/** These run on threads of the engine: they must return soon and must not throw. */
+/**
+ * Hears a message, on a thread of the engine: it must return soon and must not throw. So must
+ * OnMatch.
+ */
 using OnMessage = std::function<void(const ReceivedMessage&)>;
-/** How many there are now on the other side. */
+/** Hears how many there are now on the other side. */
 using OnMatch = std::function<void(std::size_t)>;
 
 /**
@@ -135,7 +139,7 @@ class QV_API Graph {
 
   RosDistro getDistro() const;
 
-  /** What others publish, by name and type; each once. */
+  /** Finds what others publish, by name and type; each once. */
   std::vector<GraphTopic> findTopics() const;
 
  private:

@@ -4,7 +4,7 @@
 
 #include "ros2/link/internal/graph_names.h"
 #include "ros2/link/internal/graph_orders.h"
-#include "ros2/link/internal/run_teller.h"
+#include "ros2/link/internal/session_teller.h"
 
 namespace QV::ros2 {
 
@@ -23,7 +23,7 @@ class GraphRobot::Impl {
   const std::unique_ptr<GraphNode> node;
   GraphSink sink;
   GraphOrders orders;
-  RunTeller teller;
+  SessionTeller teller;
 };
 
 GraphRobot::GraphRobot(Graph& graph, session::Session& session, const GraphRobotOptions& options)

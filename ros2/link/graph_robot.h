@@ -58,7 +58,7 @@ class QV_API GraphRobot : public outlets::Outlet {
   GraphRobot(Graph& graph, session::Session& session, const GraphRobotOptions& options = {});
   ~GraphRobot() override;
 
-  /** Does what the graph asks; call it before each piece of the run, 20 ms or so. */
+  /** Does what the graph asks; call it before each piece of the session, 20 ms or so. */
   void obey();
 
   session::Demand getDemand() const override;

@@ -15,21 +15,21 @@
 
 namespace QV::ros2 {
 
-/** Which robot of a graph, and how it is listened to. */
+/** The choice of a robot on a graph, and how it is listened to. */
 struct QV_API HeardRobotOptions {
   GraphOptions graph = graphOptionsFromEnvironment();
   std::string node = "qv_sensors";
-  /** Of the node; the topics that nobody named are in it, too. */
+  /** The namespace of the node; the topics that nobody named are in it, too. */
   std::string nameSpace = "/";
   /**
-   * Of the robot, as text (URDF). Each sensor's property "topic" names its topic, default as in
-   * recordings ("/NAME/scan"). Empty: that of /robot_description if it has sensors of ours, else
-   * one that is made after the topics.
+   * The description of the robot, as text (URDF). Each sensor's property "topic" names its topic,
+   * default as in recordings ("/NAME/scan"). Empty: that of /robot_description if it has sensors of
+   * ours, else one that is made after the topics.
    */
   std::string description = {};
-  /** In place of what /map brings. */
+  /** A map in place of what /map brings. */
   boost::shared_ptr<const OccupancyMap> map = nullptr;
-  /** Whether time goes by /clock, as fast as that does; unsaid: if somebody publishes it. */
+  /** True if time goes by /clock, as fast as that does; unsaid: if somebody publishes it. */
   std::optional<bool> usesSimTime = std::nullopt;
 };
 
@@ -50,14 +50,14 @@ class QV_API HeardRobot {
   const boost::shared_ptr<QVBroker>& getBroker() const;
   /** URDF. */
   const std::string& getDescription() const;
-  /** In the root frame of tf, else of the odometry: m, rad. */
+  /** The pose in the root frame of tf, else of the odometry: m, rad. */
   Math::Pose2D getPose() const;
   /** Forward and leftward in m/s, turning in rad/s, told on cmd_vel until the next one. */
   void drive(const Math::Pose2D& velocity);
 
   /**
-   * Whose started sensors say what is subscribed to, until null takes its place, which it must
-   * outlive. Without one, as at first, all is.
+   * Sets the manager whose started sensors say what is subscribed to, until null takes its place,
+   * which it must outlive. Without one, as at first, all is.
    */
   void obey(const sensor::SensorManager* manager);
 

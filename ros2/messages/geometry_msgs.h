@@ -13,10 +13,10 @@ namespace QV::ros2 {
 
 namespace builtin_interfaces {
 
-/** Since the epoch, or since the start of a simulation. */
+/** A time since the epoch, or since the start of a simulation. */
 struct QV_API Time {
   std::int32_t sec = 0;
-  /** Below 10^9. */
+  /** The nanoseconds, below 10^9. */
   std::uint32_t nanosec = 0;
 
   static const MessageType& getType();
@@ -50,7 +50,7 @@ struct QV_API String {
   friend bool operator==(const String&, const String&) = default;
 };
 
-/** From 0 to 1; alpha 0 is invisible. */
+/** A colour, from 0 to 1; alpha 0 is invisible. */
 struct QV_API ColorRGBA {
   float r = 0.0f;
   float g = 0.0f;
@@ -154,7 +154,7 @@ struct QV_API PoseStamped {
   friend bool operator==(const PoseStamped&, const PoseStamped&) = default;
 };
 
-/** By rows over x, y, z and the rotations about them. */
+/** The covariance by rows over x, y, z and the rotations about them. */
 struct QV_API PoseWithCovariance {
   Pose pose;
   std::array<double, 36> covariance{};

@@ -10,7 +10,7 @@
 
 namespace QV::ros2 {
 
-/** What a topic's publisher offers, or its subscription asks for. */
+/** The quality of service that a topic's publisher offers, or its subscription asks for. */
 struct Qos {
   bool reliable = true;
   /** The last messages are kept for subscriptions that come later. */

@@ -10,7 +10,7 @@
 #include "ros2/messages/geometry_msgs.h"
 #include "ros2/messages/message_type.h"
 
-/** What a robot says of itself, and this library's own records. */
+/** The messages of a robot about itself, and this library's own records. */
 namespace QV::ros2 {
 
 namespace diagnostic_msgs {
@@ -115,10 +115,11 @@ struct QV_API ImagePoints {
   /** The topic of the image, and its log time. */
   std::string image;
   std::int64_t image_time = 0;
-  /** What the image covers at a depth, divided by the depth. */
+  /** The width that the image covers at a depth, divided by the depth. */
   float width_by_depth = 0.0f;
   float height_by_depth = 0.0f;
-  /** For each run: pixels from the end of the one before, or back, and how many are in it. */
+  /** The skips before the runs: pixels from the end of the one before, or back, and how many are
+   * in it. */
   std::vector<std::int32_t> skips;
   std::vector<std::uint32_t> lengths;
 
@@ -126,7 +127,7 @@ struct QV_API ImagePoints {
   friend bool operator==(const ImagePoints&, const ImagePoints&) = default;
 };
 
-/** What a sensor gave at one time. */
+/** The records of a sensor at one time. */
 struct QV_API Records {
   std::vector<MetricalData> records;
 
@@ -152,7 +153,7 @@ struct QV_API SensorStates {
   friend bool operator==(const SensorStates&, const SensorStates&) = default;
 };
 
-/** From `start` until before `end`, nanoseconds since the robot was made. */
+/** A fault from `start` until before `end`, nanoseconds since the robot was made. */
 struct QV_API Fault {
   std::string sensor;
   std::string kind;
@@ -163,10 +164,10 @@ struct QV_API Fault {
   friend bool operator==(const Fault&, const Fault&) = default;
 };
 
-/** What somebody asked of the robot: a name, and what it needs of the rest. */
+/** A command that somebody gave the robot: a name, and what it needs of the rest. */
 struct QV_API Command {
   std::string name;
-  /** On whose behalf. */
+  /** The subscriber on whose behalf it is. */
   std::string subscriber;
   /** Or families. */
   std::vector<std::string> sensors;
@@ -178,21 +179,21 @@ struct QV_API Command {
 };
 
 /**
- * What drivers told a robot's services at one time: keys of memory that were set and events that
- * were raised, in order. A value is written in the order of its parts, an array before what is in
- * it: a type for each part (0 invalid, 1 bool, 2 int, 3 float, 4 string, 5 array, 6 bytes), a
- * number for each but the invalid and the strings (the float as the bits of a double, the elements
- * of an array, the bytes one by one), a text for each string.
+ * The inputs that drivers told a robot's services at one time: keys of memory that were set and
+ * events that were raised, in order. A value is written in the order of its parts, an array before
+ * what is in it: a type for each part (0 invalid, 1 bool, 2 int, 3 float, 4 string, 5 array, 6
+ * bytes), a number for each but the invalid and the strings (the float as the bits of a double, the
+ * elements of an array, the bytes one by one), a text for each string.
  */
 struct QV_API Inputs {
-  /** Whether the body has made a step, after the writes. */
+  /** True if the body has made a step, after the writes. */
   bool stepped = false;
   /** Forward and leftward in m/s, turning in rad/s. */
   std::array<float, 3> velocity{};
   /** Each is known by its place from then on, counted from the start of the recording. */
   std::vector<std::string> new_keys;
   std::vector<std::uint32_t> keys;
-  /** For each key: whether an event of that name was raised. */
+  /** A flag for each key: true if an event of that name was raised. */
   std::vector<std::uint8_t> raised;
   std::vector<std::uint8_t> types;
   std::vector<std::int64_t> numbers;

@@ -9,7 +9,7 @@
 #include "ros2/messages/message_type.h"
 #include "ros2/messages/sensor_msgs.h"
 
-/** Where things are, and how they are drawn. Metres, radians. */
+/** The messages about places of things, and how they are drawn. Metres, radians. */
 namespace QV::ros2 {
 
 namespace nav_msgs {
@@ -37,7 +37,7 @@ struct QV_API MapMetaData {
   friend bool operator==(const MapMetaData&, const MapMetaData&) = default;
 };
 
-/** By rows from the bottom left; 0 free, 100 occupied, -1 unknown. */
+/** A grid by rows from the bottom left; 0 free, 100 occupied, -1 unknown. */
 struct QV_API OccupancyGrid {
   std_msgs::Header header;
   MapMetaData info;
@@ -86,7 +86,7 @@ struct QV_API Marker {
   geometry_msgs::Pose pose;
   geometry_msgs::Vector3 scale;
   std_msgs::ColorRGBA color;
-  /** 0: for ever. */
+  /** The lifetime; 0 is for ever. */
   builtin_interfaces::Duration lifetime;
   bool frame_locked = false;
   std::vector<geometry_msgs::Point> points;

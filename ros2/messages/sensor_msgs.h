@@ -9,7 +9,7 @@
 #include "ros2/messages/geometry_msgs.h"
 #include "ros2/messages/message_type.h"
 
-/** What sensors measure. Metres, radians, seconds. */
+/** The messages of sensors. Metres, radians, seconds. */
 namespace QV::ros2 {
 
 namespace sensor_msgs {
@@ -27,7 +27,7 @@ struct QV_API LaserScan {
   float range_min = 0.0f;
   float range_max = 0.0f;
   std::vector<float> ranges;
-  /** None, or one for each range. */
+  /** The intensities: none, or one for each range. */
   std::vector<float> intensities;
 
   static const MessageType& getType();
@@ -46,7 +46,7 @@ struct QV_API Range {
   float variance = 0.0f;
 
   static const MessageType& getType();
-  /** As it was up to Humble. */
+  /** The type as it was up to Humble. */
   static const MessageType& getTypeWithoutVariance();
   friend bool operator==(const Range&, const Range&) = default;
 };
@@ -54,7 +54,7 @@ struct QV_API Range {
 struct QV_API PointField {
   std::string name;
   std::uint32_t offset = 0;
-  /** 7 is float32, 8 float64. */
+  /** The type of the numbers: 7 is float32, 8 float64. */
   std::uint8_t datatype = 0;
   std::uint32_t count = 0;
 

@@ -28,7 +28,7 @@ Sensor::~Sensor() = default;
 std::vector<Math::MetricalData> Sensor::getData() const {
   Lock lock(startedMutex);
   if (!started) return {};
-  if (!watch->notesNext()) return xGetData();
+  if (!isNoted || !xNotesNext()) return xGetData();
   watch->beginReading();
   try {
     auto records = xGetData();
@@ -150,7 +150,22 @@ void Sensor::xTellOfChanges() {
 
 void Sensor::xSetStarted(bool value) {
   Lock lock(startedMutex);
+  isNoted = true;
   started = value;
+}
+
+void Sensor::xWatch(bool on) const {
+  watch->setOn(on);
+  isNoted = true;
+}
+
+// The watch lies elsewhere: of many sensors that nobody watches, it would not be in the cache.
+bool Sensor::xNotesNext() const {
+  if (watch->notesNext()) return true;
+  isNoted = false;
+  // Somebody may have begun to watch in between.
+  isNoted = watch->notesNext();
+  return isNoted;
 }
 
 std::optional<ko::log::Record> Sensor::getLastTrouble() const {

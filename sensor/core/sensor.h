@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <cstdint>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -19,90 +20,110 @@ namespace QV::sensor {
 
 class HealthBoard;
 class SensorWatch;
-enum class HardwareCall : int;
+enum class HardwareCall : std::uint8_t;
 
 /**
- * One sensor: who it is, who wants its data, and whether its hardware runs. The hardware is
- * subscribed while somebody has subscribed, the sensor is enabled and its diagnosis is good, and
- * only then. Not copyable. Any thread may call any operation; what the hardware throws reaches the
- * caller. The destructor does not stop the hardware.
+ * One sensor: its name, its family, its subscribers, and the state of its hardware.
+ *
+ * The hardware runs while three things hold: somebody has subscribed, the sensor is enabled, and
+ * its diagnosis is good. The first subscriber starts it, the last one stops it. Users rarely touch
+ * this class: a SensorManager does it for them. Whoever adds a sensor derives from it and writes
+ * the three operations xGetData(), xSubscribeToHardware() and xUnsubscribeFromHardware().
+ *
+ * - Frames: S is the sensor's frame, x the direction in which it looks, y to the left, z up. Points
+ *   are in S; a record's transform says where S is.
+ * - Units: metres, radians, nanoseconds of ko::Clock.
+ * - Reserved: no record means that nothing was read; a record without points, that there is nothing
+ *   to report.
+ * - Lifetime: not copyable. The destructor does not stop the hardware; unsubscribe first.
+ * - Threads: thread-safe. Hardware is started, stopped and read by one thread at a time.
+ * - Errors: what the hardware throws reaches the caller. A start or stop that answers false clears
+ *   the diagnosis; the sensor then stays off until setDiagnosis(true).
+ *
+ * A sensor that reads one range:
+ *
+ *     class Whisker : public QV::sensor::Sensor {
+ *      public:
+ *       Whisker() : Sensor("Whisker", "Whisker", {0.0f, 0.1f, 0.0f, 1}) {}
+ *
+ *      protected:
+ *       bool xSubscribeToHardware() override { return true; }
+ *       bool xUnsubscribeFromHardware() override { return true; }
+ *       std::vector<QV::Math::MetricalData> xGetData() const override {
+ *         return {{name, familyName, fieldOfView, {}, {{0.05f, 0.0f, 0.0f}}, ko::Clock::now()}};
+ *       }
+ *     };
  */
 class QV_API Sensor {
  public:
-  /** `fieldOfView` in metres and radians, about the x axis of the sensor's frame. */
+  /** Makes a sensor that is enabled, of good diagnosis, and off. `fieldOfView` is in metres and
+   * radians, about the x axis of S. */
   Sensor(const std::string& name, const std::string& familyName,
          const Math::SensorFieldOfView2D& fieldOfView);
   virtual ~Sensor();
   Sensor(const Sensor&) = delete;
   Sensor& operator=(const Sensor&) = delete;
 
-  /**
-   * The current measurements; empty while the hardware does not run. Waits for another reading of
-   * this sensor, never for hardware that starts or stops.
-   */
+  /** Returns the current measurements; empty while the hardware does not run. Waits for another
+   * reading of this sensor, never for hardware that starts or stops. */
   virtual std::vector<Math::MetricalData> getData() const;
 
  protected:
   /** Measures. Called only while the sensor is started, by one thread at a time. */
   virtual std::vector<Math::MetricalData> xGetData() const = 0;
-  /** Starts the hardware; false when that failed. Called by one thread at a time. */
+  /** Starts the hardware; false if that failed. It may wait: no reader waits for it. */
   virtual bool xSubscribeToHardware() = 0;
-  /** Stops the hardware; false when that failed. Called by one thread at a time. */
+  /** Stops the hardware; false if that failed. It may wait, too. */
   virtual bool xUnsubscribeFromHardware() = 0;
 
  public:
-  /**
-   * Adds a subscriber; false if it is one already. The first one starts the hardware: a failure of
-   * that is not told here but clears the diagnosis.
-   */
+  /** Adds a subscriber; false if it is one already. The first one starts the hardware. A failed
+   * start is not told here: it clears the diagnosis. */
   bool subscribe(const std::string& subscriberName);
   /** Removes a subscriber; false if it is none. The last one stops the hardware. */
   bool unsubscribe(const std::string& subscriberName);
 
-  /** A disabled sensor stops and keeps its subscribers. */
+  /** Enables or disables the sensor. A disabled one stops and keeps its subscribers. */
   void enable(bool value);
-  /** A false diagnosis stops the sensor; setting it to true again lets a failed one try again. */
+  /** Sets the diagnosis. A bad one stops the sensor; a good one lets a failed sensor try again. */
   void setDiagnosis(bool success);
 
   std::string getName() const { return name; }
   std::string getFamilyName() const { return familyName; }
+  /** The names under which somebody has subscribed. Waits for hardware that starts or stops. */
   std::set<std::string> getSubscribers() const;
 
-  /**
-   * Why it fails: the last warning or error on its behalf, with its time, or what its hardware
-   * threw; if there is none, what it last passed over in silence, at info. Stays after a repair.
-   * Never waits for hardware.
-   */
+  /** The last error of the sensor, with its time: the last warning or error on its behalf, or
+   * what its hardware threw. Without any, what it last passed over in silence, at level info.
+   * It stays after a repair. Never waits for hardware. */
   std::optional<ko::log::Record> getLastTrouble() const;
 
-  /**
-   * Writes a line to the log on the sensor's behalf and keeps it as its last trouble, also when the
-   * log does not want it. For warnings and errors.
-   */
+  /** Writes a line to the log on the sensor's behalf and keeps it as the last error, even if the
+   * log drops it. For warnings and errors. */
   void logTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                   const std::string& message) const;
-  /**
-   * Keeps a last trouble without a line in the log. One at info, such as a value that is not there
-   * yet, takes the place of others at info only.
-   */
+  /** Keeps a last error without a line in the log. One at level info, such as a value that is
+   * not there yet, replaces only others at info. */
   void keepTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                    const std::string& message) const;
 
+  /** Never waits, nor do the next two. The spelling of isDiagnosisSucess is the interface's, and
+   * stays; the manager's question is isSensorDiagnosisSuccess. */
   bool isEnabled() const { return enabled; }
   bool isDiagnosisSucess() const { return diagnosisSuccess; }
   bool isStarted() const { return started; }
 
  protected:
-  /**
-   * For a measuring that gives no record: why that is no fault, as a text that lasts, and whether
-   * it measured all the same.
-   */
+  /** Says why a measuring gives no record though nothing is wrong. `why` is a text that lasts;
+   * `measured` tells if the hardware measured all the same. */
   void xExcuse(const char* why, bool measured = false) const;
-  /** Something that came in could not be read as a measurement: too many make it noisy. */
+  /**
+   * Notes that something came in which could not be read as a measurement: too many make it noisy.
+   */
   void xNoteGarbage() const;
-  /** Its records tell of changes only, and may grow old. For constructors. */
+  /** Says that its records tell of changes only, and may grow old. For constructors. */
   void xTellOfChanges();
-  /** keepTrouble with what the exception says that is being handled. */
+  /** Does keepTrouble with the text of the exception that is being handled. */
   void xKeepCaught(ko::log::Level level, std::string_view category, std::string_view method) const;
 
   std::string name;
@@ -119,19 +140,24 @@ class QV_API Sensor {
   bool xTryHardware(HardwareCall which);
   void xKeep(ko::log::Record record) const;
   void xSetStarted(bool value);
+  void xWatch(bool on) const;
+  bool xNotesNext() const;
 
   std::set<std::string> subscribers;
-  /** As above, for those who must not wait. */
-  std::atomic<bool> isWanted{false};
-  std::atomic<bool> enabled{true};
   mutable boost::mutex mutex;
-  std::atomic<bool> diagnosisSuccess{true};
-  std::atomic<bool> started{false};
-  mutable boost::mutex startedMutex;
-  const std::unique_ptr<SensorWatch> watch;
   mutable std::unique_ptr<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
   mutable std::mutex troubleMutex;
+  // What a reading touches stands last, beside what derived sensors measure with.
+  const std::unique_ptr<SensorWatch> watch;
+  std::atomic<bool> enabled{true};
+  std::atomic<bool> diagnosisSuccess{true};
+  /** Whether there are subscribers, for those who must not wait. */
+  std::atomic<bool> isWanted{false};
+  std::atomic<bool> started{false};
+  /** Whether the watch may want the next reading. */
+  mutable std::atomic<bool> isNoted{true};
+  mutable boost::mutex startedMutex;
 };
 
 }  // namespace QV::sensor

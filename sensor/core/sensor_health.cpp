@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <limits>
 #include <stdexcept>
 #include <utility>
 
@@ -10,8 +11,9 @@
 namespace QV::sensor {
 namespace {
 
-constexpr std::array<const char*, 9> kStateNames{"off",   "starting", "sound",  "suspect", "frozen",
-                                                 "noisy", "late",     "silent", "failing"};
+constexpr double kOff = std::numeric_limits<double>::infinity();
+constexpr std::array<const char*, kHealthStateCount> kStateNames{
+    "off", "starting", "sound", "suspect", "frozen", "noisy", "late", "silent", "failing"};
 constexpr std::array<const char*, kHealthLimitCount> kLimitNames{
     "start", "silence",  "age",          "reading", "garbage",
     "turn",  "distance", "disagreement", "recovery"};
@@ -58,12 +60,12 @@ HealthLimits::HealthLimits(ko::Duration period) {
 
 void HealthLimits::set(HealthLimit limit, std::optional<double> value) {
   const bool isLimit = value && *value > 0.0 && std::isfinite(*value);
-  values[xIndex(limit)] = isLimit ? value : std::nullopt;
+  values[xIndex(limit)] = isLimit ? *value : kOff;
 }
 
-bool HealthLimits::isBeyond(HealthLimit limit, double value) const {
-  const auto most = get(limit);
-  return most && value > *most;
+std::optional<double> HealthLimits::get(HealthLimit limit) const {
+  const double value = values[xIndex(limit)];
+  return value < kOff ? std::optional(value) : std::nullopt;
 }
 
 HealthRule parseHealthRule(const std::string& text) {

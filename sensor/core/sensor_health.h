@@ -9,46 +9,55 @@
 
 namespace QV::sensor {
 
-/** How a sensor is, the worst last: where two are true, the later one is told. */
+/** The state of a sensor, the worst last: where two are true, the later one is told. */
 enum class HealthState {
   /** Nobody wants its records. */
   off,
   /** Wanted, and without a fresh record so far. */
   starting,
   sound,
-  /** It and another one that looks the same way contradict each other. One of the two is wrong. */
+  /** Contradicted by another sensor that looks the same way. One of the two is wrong. */
   suspect,
-  /** Its measurements stay the same where the robot's motion should change them. */
+  /** The measurements stay the same where the robot's motion should change them. */
   frozen,
-  /** Too many of its measurements can't be. */
+  /** Too many of the measurements are impossible. */
   noisy,
-  /** Its records are too old. */
+  /** The records are too old. */
   late,
-  /** It gives no records, and has no reason not to. */
+  /** No records come, and there is no reason for that. */
   silent,
-  /** Its hardware does not start, stop or answer, or its diagnosis is bad. */
+  /** The hardware does not start, stop or answer, or the diagnosis is bad. */
   failing
 };
+constexpr std::size_t kHealthStateCount = 9;
 
 /** "off", "starting", ... */
 QV_API const char* getName(HealthState state);
-/** Whether a user has to know: all but off, starting and sound. */
+/** True if a user has to know: in all states but off, starting and sound. */
 QV_API bool isFault(HealthState state);
 
-/** How a sensor is at one moment. */
+/**
+ * The health of a sensor at one moment: its state, and why.
+ *
+ * Records never change for it, and nothing is switched off by it. A value, to copy and keep; times
+ * are ko::Clock's, the texts are plain English with figures.
+ *
+ *     if (const auto health = manager.getHealth("FrontLaser"); health && isFault(health->state))
+ *       std::cerr << getName(health->state) << ": " << health->reason << ". " << health->remedy;
+ */
 struct QV_API SensorHealth {
   HealthState state = HealthState::off;
-  /** When this state began. */
+  /** The time at which this state began. */
   ko::Clock::time_point since;
-  /** In one sentence with figures: "its scan is 0.62 s old, limit 0.4 s". */
+  /** One sentence with figures: "its scan is 0.62 s old, limit 0.4 s". */
   std::string reason = {};
-  /** What brings it back; empty while there is nothing to bring back. */
+  /** The way back to a sound sensor; empty if none is needed. */
   std::string remedy = {};
-  /** How often it came into this state so far, this time included. */
+  /** The number of times that it came into this state so far, this one included. */
   int times = 0;
 };
 
-/** What is too much. Each limit can be changed or switched off. */
+/** The limits beyond which something is too much. Each can be changed or switched off. */
 enum class HealthLimit {
   /** Seconds from the start to the first fresh record, and for hardware to start or stop. */
   start,
@@ -58,11 +67,13 @@ enum class HealthLimit {
   age,
   /** Seconds that one reading takes. */
   reading,
-  /** The share of the last 20 readings that can't be, 0 to 1. */
+  /** The share of the last 20 readings that are impossible, 0 to 1. */
   garbage,
   /** Radians that the robot turns while the points stay the same. */
   turn,
-  /** Metres that the robot goes towards a point, or away from it, likewise. */
+  /**
+   * Metres that the robot goes towards a point, or away from it, while the points stay the same.
+   */
   distance,
   /** Seconds on the move in which two sensors contradict each other. */
   disagreement,
@@ -78,29 +89,33 @@ QV_API std::optional<HealthLimit> findHealthLimit(const std::string& name);
 /** The names of all limits, with commas. */
 QV_API std::string namesOfHealthLimits();
 
-/** The limits of one sensor; nothing for those that are switched off. */
+/**
+ * The limits of one sensor; nothing for those that are switched off. A value, for one thread at a
+ * time. Defaults follow from the period between two measurements.
+ */
 class QV_API HealthLimits {
  public:
-  /** For a sensor that measures once a period. */
+  /** Makes the limits of a sensor that measures once a period. */
   explicit HealthLimits(ko::Duration period = ko::Duration(100'000'000));
 
-  std::optional<double> get(HealthLimit limit) const { return values[xIndex(limit)]; }
-  /** What is not above 0, or not a number, switches it off. */
+  std::optional<double> get(HealthLimit limit) const;
+  /** Sets a limit. What is not above 0, or not a number, switches it off. */
   void set(HealthLimit limit, std::optional<double> value);
-  /** Whether `value` is beyond it. */
-  bool isBeyond(HealthLimit limit, double value) const;
+  /** True if `value` is beyond the limit; never for one that is switched off. */
+  bool isBeyond(HealthLimit limit, double value) const { return value > values[xIndex(limit)]; }
 
  private:
   static std::size_t xIndex(HealthLimit limit) { return static_cast<std::size_t>(limit); }
 
-  std::array<std::optional<double>, kHealthLimitCount> values;
+  /** Infinite where it is switched off. */
+  std::array<double, kHealthLimitCount> values;
 };
 
-/** A limit for a sensor, a family or, without a name, for all. */
+/** A change of a limit, for a sensor, a family or, without a name, for all. */
 struct QV_API HealthRule {
   std::string name = {};
   HealthLimit limit = HealthLimit::age;
-  /** Nothing: switched off. */
+  /** The new value; nothing switches the limit off. */
   std::optional<double> value = std::nullopt;
 };
 

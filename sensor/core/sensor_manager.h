@@ -27,11 +27,32 @@ namespace QV::sensor {
 class HealthBoard;
 
 /**
- * Owns a robot's sensors, by name and by family, and is all that navigation code talks to. A caller
- * subscribes under a name of its own to sensors or families, and reads the records of every sensor
- * that runs. Where a family and a sensor share a name, the family is meant. Bad names are logged
- * and answered with false or nothing; what a sensor's hardware throws passes through the operations
- * that start and stop it. Not copyable. Any thread may call any operation.
+ * The sensors of a robot, by name and by family: all that navigation code talks to.
+ *
+ * A caller subscribes under a name of its own to sensors or families, and reads the records of
+ * every sensor that runs. "Sonar" is a family, "Sonar/Front" a sensor; where both share a name, the
+ * family is meant. Three managers derive from it: SimulatedSensorManager for rays in a map,
+ * RealSensorManager for the modules of a robot, real or virtual, and one of your own.
+ *
+ * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S. The
+ *   transform of a record places S in G, that of a simulated sensor in M.
+ * - Units: metres, radians, nanoseconds of ko::Clock.
+ * - Reserved: an unknown name is answered with false or nothing, and logged where something was
+ *   asked to change.
+ * - Lifetime: not copyable. Subscriptions end with unsubscribe(), not with the caller: see
+ *   ScopedSubscription. Nobody may call a manager that ends.
+ * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing
+ *   may.
+ * - Errors: what a sensor's hardware throws leaves the operation that starts or stops it. A sensor
+ *   that throws while it is read is logged, and the others' records are there.
+ *
+ * How near is the nearest thing?
+ *
+ *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Sonar"});
+ *     subscription.awaitRecords(seconds(2));
+ *     for (const auto& record : manager.getMetricalData("Sonar"))
+ *       for (const auto& point : record.points)
+ *         std::cout << record.sensorName << ": " << QV::Math::norm(point) << " m\n";
  */
 class QV_API SensorManager {
  public:
@@ -40,61 +61,63 @@ class QV_API SensorManager {
   SensorManager(const SensorManager&) = delete;
   SensorManager& operator=(const SensorManager&) = delete;
 
-  /** The derived manager's debug switch. */
+  /** Switches the derived manager's debugging on or off; see there. */
   virtual void setSensorsDebug(bool debug) = 0;
-  /**
-   * Simulated managers only: `scanPose` is where rays are cast from (map frame), `referencePose`
-   * where records say the robot is. Others log a warning.
-   */
+  /** Sets where a simulated robot is; other managers log a warning. `scanPose` is where rays
+   * start, in M; `referencePose` is where records say the robot is. */
   virtual void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose);
 
  protected:
-  /** The records of all started sensors. */
+  /** Returns the records of all started sensors. */
   virtual std::vector<Math::MetricalData> xGetData() const = 0;
-  /** The same to share: of a manager that keeps its records, those, with xShareCache. */
+  /** Returns the same to share. A manager that keeps its records shares those, by xShareCache(). */
   virtual boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const;
-  /** Told after every subscription change, and by lookAgain, whether any sensor is started. */
+  /** Hears after every subscription change, and of lookAgain(), whether any sensor is started. */
   virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
 
  public:
   /**
-   * Subscribes to every family, to one name, or to a set of names; true if that was new to a
-   * sensor. Names are taken in order, and one that is unknown sets the answer back to false for
-   * those before it. Starting hardware that is wanted for the first time may take as long as the
-   * hardware does.
+   * Subscribes to every family, to one name, or to several. True if the subscription was new to a
+   * sensor. Starting hardware that is wanted for the first time takes as long as the hardware does.
+   *
+   * Several names are taken in alphabetical order. An unknown one sets the answer to false, and a
+   * later one that is new sets it to true again: check names with isSensor() and isFamily() if it
+   * matters.
    */
   bool subscribe(const std::string& subscriber);
   bool subscribe(const std::string& subscriber, const std::string& name);
   bool subscribe(const std::string& subscriber, const std::set<std::string>& names);
   bool subscribe(const std::string& subscriber, std::initializer_list<std::string> names);
 
-  /** The mirrors of subscribe; true if a sensor lost this subscriber. */
+  /** Unsubscribes likewise; true if a sensor lost this subscriber. */
   bool unsubscribe(const std::string& subscriber);
   bool unsubscribe(const std::string& subscriber, const std::string& name);
   bool unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
   bool unsubscribe(const std::string& subscriber, std::initializer_list<std::string> names);
 
-  /**
-   * Looks whether any sensor runs and tells the derived manager, as a subscription does: after
-   * enabling or a diagnosis, which don't.
-   */
+  /** Looks whether any sensor runs and starts or stops the refreshing, as a subscription does.
+   * Call it after enableSensorOrFamily() and setSensorDiagnosis(), which don't. */
   void lookAgain();
 
-  /** Takes neither the subscription lock nor tells the derived manager; false for a bad name. */
+  /** Enables or disables a sensor or a family; false for an unknown name. The refreshing stays
+   * as it is: see lookAgain(). */
   bool enableSensorOrFamily(const std::string& name, bool enable);
-  /** False if there is no such sensor. */
+  /** Sets a sensor's diagnosis; false if there is no such sensor. The refreshing stays as it is,
+   * too. */
   bool setSensorDiagnosis(const std::string& sensorName, bool success);
 
+  /** Names of families and sensors, in alphabetical order. */
   std::set<std::string> getFamilyNames() const;
   std::set<std::string> getSensorList() const;
   std::map<std::string, std::set<std::string>> getAllSensorsByFamily() const;
   std::set<std::string> getSensorsByFamily(const std::string& family) const;
   std::set<std::string> getSensorListBySubscriber(const std::string& subscriber) const;
   std::set<std::string> getSubscribers() const;
-  /** Enabled and with a good diagnosis, started or not. */
+  /** The sensors that are enabled and of good diagnosis, started or not. */
   std::set<std::string> getEnabledSensorList() const;
 
-  /** False for an unknown sensor. */
+  /** Answers false for an unknown sensor, as the next three do; nothing is logged. Only
+   * isSensorSubscribedBy() waits for a sensor that starts or stops. */
   bool isSensorStarted(const std::string& sensorName) const;
   bool isSensorEnabled(const std::string& sensorName) const;
   bool isSensorDiagnosisSuccess(const std::string& sensorName) const;
@@ -102,75 +125,72 @@ class QV_API SensorManager {
 
   bool isSensor(const std::string& name) const { return xIsSensor(name); }
   bool isFamily(const std::string& name) const { return xIsFamily(name); }
-  /** Empty for an unknown sensor. */
+  /** The sensor of that name; null for an unknown one. */
   boost::shared_ptr<Sensor> getSensorPtr(const std::string& sensorName) const;
 
   /**
-   * Copies of the records of all started sensors, in order of their names; or for each name, in
-   * order, those of that family or sensor (twice, if a family and its sensor are both named).
+   * Copies the latest records of all started sensors, in the order of their names. With names: of
+   * those families and sensors, name by name, so that one that is in two of them comes twice.
+   *
+   * The real manager answers with what it gathered last, at most 0.1 s ago. The simulated one
+   * measures anew at each call; of two callers at once, one may get what the other has just
+   * measured.
    */
   std::vector<Math::MetricalData> getMetricalData() const;
   std::vector<Math::MetricalData> getMetricalData(const std::string& name) const;
   std::vector<Math::MetricalData> getMetricalData(const std::set<std::string>& names) const;
   std::vector<Math::MetricalData> getMetricalData(std::initializer_list<std::string> names) const;
-  /** The records of all started sensors as above, without a copy where they are kept anyway. */
+  /** Shares the records of all started sensors, without a copy where they are kept anyway. */
   boost::shared_ptr<const std::vector<Math::MetricalData>> shareMetricalData() const;
 
-  /**
-   * Why a sensor fails, as Sensor::getLastTrouble has it; for one that could not be built, under
-   * its name in the robot's description. Nothing for one that nobody knows.
-   */
+  /** The last error of a sensor, as Sensor::getLastTrouble() has it. A sensor that could not be
+   * built has one, too, under its name in the robot's description. Nothing for an unknown name. */
   std::optional<ko::log::Record> getLastTrouble(const std::string& sensorName) const;
 
-  /** Logs an error about a sensor and keeps it as its last trouble, whether or not it was built. */
+  /** Logs an error about a sensor and keeps it as its last error, whether or not it was built. */
   void logTrouble(const std::string& sensorName, std::string_view category, std::string_view method,
                   const std::string& message) const;
 
-  /**
-   * How a sensor is and why, by what its records and its hardware show: judged as of now, without
-   * a wait for hardware. Records stay as they are. One that could not be built is failing; nothing,
-   * and a warning, for one that nobody knows.
-   */
+  /** The state of a sensor and why, judged as of now from its records and its hardware. Never
+   * waits for hardware; records stay as they are. A sensor that could not be built is failing.
+   * Nothing, and a warning, for an unknown name. */
   std::optional<SensorHealth> getHealth(const std::string& sensorName) const;
-  /** Of all sensors, by name. */
+  /** The health of all sensors, by name. */
   std::map<std::string, SensorHealth> getHealth() const;
   using HealthCallback = boost::function<void(const std::string& sensor, const SensorHealth&)>;
-  /**
-   * From now on called on each change of a sensor's state, one change at a time and in order, by
-   * the thread that found it: that of the refresh, or one that asks. An empty one ends it.
-   */
+  /** Calls back from now on whenever a sensor's state changes: one change at a time, in order,
+   * on the thread that found it, which is the refresh's or a caller's. An empty callback ends
+   * it. */
   void onHealthChanged(HealthCallback callback);
-  /** Off: readings are not looked at, and what runs counts as sound. On at first. */
+  /** Switches the watching of health on, as it is at first, or off: then readings are not looked
+   * at, and what runs counts as sound. */
   void watchHealth(bool on);
-  /**
-   * Changes a limit of a sensor, of a family or, without a name, of all; none switches it off.
-   * False, and a warning, for a bad name.
-   */
+  /** Changes a limit of a sensor, of a family or, without a name, of all; a rule without a value
+   * switches it off. False, and a warning, for an unknown name. */
   bool setHealthLimit(const HealthRule& rule);
-  /** Nothing where it is switched off, and for an unknown sensor. */
+  /** The limit; nothing where it is switched off, and for an unknown sensor. */
   std::optional<double> getHealthLimit(const std::string& sensorName, HealthLimit limit) const;
 
-  /** A parameter of the robot's kind for callers, without unit; 0 unless the derived manager sets
-   * it. */
+  /** A number of the robot's kind, without unit; 0 unless the derived manager sets it. The
+   * interface has it for callers, and nothing here reads it. */
   float getKindParameter() const { return kindParameter; }
 
  protected:
+  /** Takes one name that is known, as the next four do; another one is logged as an error. */
   bool xSubscribeToFamily(const std::string& subscriber, const std::string& family);
   bool xSubscribeToSensor(const std::string& subscriber, const std::string& sensorName);
   bool xUnsubscribeFromFamily(const std::string& subscriber, const std::string& family);
   bool xUnsubscribeFromSensor(const std::string& subscriber, const std::string& sensorName);
   bool xEnableSensor(const std::string& sensorName, bool enable);
 
-  /**
-   * Gathers the records of all sensors, in order of their names, into the cache. A sensor that
-   * throws a standard exception is logged when it begins to, and left out.
-   */
+  /** Gathers the records of all sensors, in the order of their names, into the cache. A sensor
+   * that throws a standard exception is left out, and logged when it begins to. */
   void xUpdateData() const;
   /** Replaces the cache. */
   void xSetData(std::vector<Math::MetricalData> records) const;
-  /** A copy of the cache. */
+  /** Copies the cache. */
   std::vector<Math::MetricalData> xCopyData() const;
-  /** The cache itself: records that nobody changes any more. */
+  /** Shares the cache itself: records that nobody changes any more. */
   boost::shared_ptr<const std::vector<Math::MetricalData>> xShareCache() const;
 
   HealthBoard& xHealth() const { return *health; }
@@ -179,7 +199,8 @@ class QV_API SensorManager {
   bool xIsFamily(const std::string& name) const { return families.count(name) > 0; }
   bool xIsAnySensorOn() const;
 
-  /** Filled by the derived manager's constructor and never changed afterwards. */
+  /** The sensors and their families. A derived manager's constructor fills them; they never
+   * change afterwards. */
   std::map<std::string, std::set<std::string>> families;
   std::map<std::string, boost::shared_ptr<Sensor>> sensors;
   float kindParameter = 0.0f;
@@ -200,20 +221,19 @@ class QV_API SensorManager {
   /** Notes how gathering a sensor's records went; true if it went otherwise the last time. */
   bool xChangesGathering(const std::string& sensorName, bool success) const;
 
-  /** The cache: records that nobody changes any more, so that the lock is held for a pointer only.
-   */
+  /** The cache. Its records never change, so that the lock is held for a pointer only. */
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
+  const std::unique_ptr<HealthBoard> health;
+  /** Whether any is in failingSensors: spares the lock while none is. */
+  mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::shared_mutex dataMutex;
   boost::mutex subscriptionMutex;
-  /** Whose records could not be gathered the last time. */
+  /** The sensors whose records could not be gathered the last time. */
   mutable std::set<std::string> failingSensors;
-  /** Spares the lock while none fails. */
-  mutable std::atomic<bool> isAnyFailing{false};
   mutable std::mutex gatheringMutex;
-  /** Of sensors that were not built. */
+  /** The last errors of sensors that were not built. */
   mutable std::map<std::string, ko::log::Record> troubleOfMissing;
   mutable std::mutex troubleMutex;
-  const std::unique_ptr<HealthBoard> health;
 };
 
 }  // namespace QV::sensor

@@ -51,21 +51,19 @@ class TouchSensor;
  */
 class QV_API NavigationModule : public QVModule {
  public:
-  /**
-   * With the sensors of the robot behind the broker; no broker: QVError. Its sensors keep the
-   * broker alive, and the broker the module: see ScopedModule.
-   */
+  /** Hosts the sensors of the robot behind the broker; no broker: QVError. Its sensors keep the
+   * broker alive, and the broker the module: see ScopedModule. */
   explicit NavigationModule(const boost::shared_ptr<QVBroker>& broker);
-  /** The same with the sensors that this factory knows. */
+  /** Hosts the sensors that this factory knows. */
   NavigationModule(const boost::shared_ptr<QVBroker>& broker, const SensorFactory& factory);
-  /** With a manager of any kind, which has all its sensors already; no manager: QVError. */
+  /** Hosts a manager of any kind, which has all its sensors already; no manager: QVError. */
   explicit NavigationModule(boost::shared_ptr<SensorManager> manager);
   /** Unsubscribes everybody first: no hardware is left running. */
   ~NavigationModule() override;
 
   SensorManager& getManager() { return *manager; }
 
-  /** The manager's getLastTrouble, by name. */
+  /** The manager's last errors, by the sensor's name. */
   class LastTrouble {
    public:
     std::optional<ko::log::Record> get(const std::string& sensorName) const {

@@ -1,12 +1,12 @@
 #pragma once
 
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
-#include <boost/thread/mutex.hpp>
 #include <opencv2/core.hpp>
 
 #include "platform/api.h"
@@ -23,19 +23,26 @@ namespace QV::sensor {
 class DepthFilter;
 
 /**
- * The depth camera. While it is subscribed it takes an image every 100 ms, cuts it into connected
- * components, and keeps a record for each that covers at least 1 % of the image, in the order of
- * their first pixels: its points in the camera's frame (x along the optical axis, y to the left, z
- * up), the camera's pose and the time of the image. An image that fails is logged, and the last
- * good one stays. Any thread may call any operation.
+ * The depth camera: cuts each image into connected components and reports each as a record.
  *
- * The field of view's rayCount is the image's width in pixels. What depth is in metres sideways
- * follows from the camera's angles, which are asked for once in the life of the process. After a
- * new subscription readers see the last image of the former one until the first new one is there.
+ * While it is subscribed it takes an image every 100 ms. A component counts if it covers at least 1
+ * % of the image; records come in the order of the components' first pixels, with the camera's pose
+ * and the time of the image.
+ *
+ * - Frames: S is the camera's frame, x along the optical axis, y to the left, z up. Points are in
+ *   S; the transform places S in the robot's ground frame G at the time of the image.
+ * - Units: metres, radians; depth in the image is in millimetres.
+ * - Reserved: depth 0 is no measurement. The field of view's rayCount is the image's width in
+ *   pixels.
+ * - Lifetime: the destructor stops the camera. After a new subscription readers see the last image
+ *   of the former one until the first new one is there.
+ * - Threads: thread-safe; a task of its own takes the images.
+ * - Errors: an image that fails is logged, and the last good one stays. The camera's angles are
+ *   asked for once in the life of the process.
  */
 class QV_API Sensor3D : public Sensor {
  public:
-  /** A module that is missing, or a camera without a model: QVError. */
+  /** Makes the proxies. A module that is missing, or a camera without a model: QVError. */
   Sensor3D(const std::string& name, const std::string& familyName,
            boost::shared_ptr<QVBroker> broker, const Math::SensorFieldOfView2D& fieldOfView);
   /** Stops the camera. */
@@ -48,16 +55,16 @@ class QV_API Sensor3D : public Sensor {
   bool xSubscribeToHardware() override;
   bool xUnsubscribeFromHardware() override;
 
-  /** The code of the resolution that the camera is asked for. */
+  /** Returns the code of the resolution that the camera is asked for. */
   int xGetCameraResolution();
-  /** 1 % of the image's pixels; sets the field of view's rayCount. */
+  /** Returns 1 % of the image's pixels, and sets the field of view's rayCount by the way. */
   int xInitFilteringBlobSize();
 
   /** Takes one image, from asking for it to publishing its records. */
   void xUpdateScan();
   void xTryReleaseImage();
 
-  /** As xComputeXYZCoordinates, of the image's components; false for an image that fails. */
+  /** Finds the image's components and their points; false for an image that fails. */
   bool xFilterScan(QVImage& image, std::vector<Points>& scans);
   /**
    * Appends the points of each component, and drops the lists of fewer than 1 % of the pixels.
@@ -78,9 +85,9 @@ class QV_API Sensor3D : public Sensor {
   QVMotionProxy motionProxy;
   int resolution;
   std::vector<Math::MetricalData> data;
-  /** When the last image came that had no component. */
+  /** The time of the last image that had no component. */
   std::optional<ko::Clock::time_point> emptyAt;
-  mutable boost::mutex dataMutex;
+  mutable std::mutex dataMutex;
   int filteringBlobSize;
   int periodMs = 100;
   std::string cameraHandle;
@@ -92,7 +99,7 @@ class QV_API Sensor3D : public Sensor {
   std::vector<Math::MetricalData> replaced;
 
   ko::PeriodicTask updateTask;
-  boost::mutex hardwareMutex;
+  std::mutex hardwareMutex;
 };
 
 }  // namespace QV::sensor

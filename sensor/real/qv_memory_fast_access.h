@@ -12,26 +12,28 @@
 namespace QV {
 
 /**
- * Reads and writes keys of the shared memory through cached pointers: connecting is slow and done
- * once, a read then costs one load per value. A float list and an int list stand side by side. The
- * type of a connected key is not checked: one of the other type is read as its bits. The memory
- * module must outlive the pointers. One object is used from one thread at a time; the memory's
- * other users may be anywhere.
+ * Cached pointers to keys of the shared memory: connecting is slow and done once, a read then costs
+ * one load per value.
+ *
+ * A float list and an int list stand side by side. The type of a connected key is not checked: a
+ * key of the other type is read as its bits. The names of the operations begin with capitals, as
+ * the interface has them.
+ *
+ * - Lifetime: the memory module must outlive the pointers.
+ * - Threads: one object for one thread at a time; the memory's other users may be anywhere.
  */
 class QV_API QVMemoryFastAccess {
  public:
   QVMemoryFastAccess();
   ~QVMemoryFastAccess();
 
-  /**
-   * Replaces the float list by `keys`, in their order. A missing key is made with 0 if `safe`, else
-   * it is the memory's QVError, and the keys before it stay connected. A missing broker is a
-   * QVError unless `keys` is empty.
-   */
+  /** Replaces the float list by `keys`, in their order. A missing key is made with 0 if `safe`;
+   * else it is the memory's QVError, and the keys before it stay connected. A missing broker is
+   * a QVError unless `keys` is empty. */
   void ConnectToVariables(boost::shared_ptr<QVBroker> broker, const std::vector<std::string>& keys,
                           bool safe);
 
-  /** The same for the int list, always the safe way; needs a broker that the manager knows. */
+  /** Replaces the int list, always the safe way; needs a broker that the manager knows. */
   void ConnectToIntVariables(boost::shared_ptr<QVBroker> broker,
                              const std::vector<std::string>& keys);
 
@@ -43,25 +45,28 @@ class QV_API QVMemoryFastAccess {
   void SetValues(const std::vector<float>& in);
   void SetValues(const std::vector<int>& in);
 
-  /** For good: later connects do nothing, what is connected goes on working. */
+  /** Ends connecting for good: later connects do nothing, what is connected goes on working. */
   void StopAllAccess();
 
   // The rest goes through a proxy each time.
 
   void insertBuffer(const std::string& key, const QVValue& value);
 
-  /** Without a broker, any that the manager knows; the last argument is not used. */
+  /** Asks for the pointer to a key, without a broker from any that the manager knows. The last
+   * argument is the interface's and not used. */
   static void* getDataPtr(boost::shared_ptr<QVBroker> broker, const std::string& key, bool);
 
-  /** The value of a key, owned by the caller. */
+  /** Returns the value of a key. The caller owns it and deletes it. */
   static QVValue* getBuffer(const std::string& key);
 
-  /** The pointer to a key, made with the default if it is missing or invalid; float or int. */
+  /**
+   * Returns the pointer to a key, made with the default if it is missing or invalid; float or int.
+   */
   template <typename T>
   static T* getSafeDataPtr(boost::shared_ptr<QVMemoryProxy> memory, const std::string& key,
                            T defaultValue);
 
-  /** Whether three keys of the test's own read back, both ways, what was inserted. */
+  /** Tests itself: true if three keys of its own read back, both ways, what was inserted. */
   static bool InnerTest(boost::shared_ptr<QVBroker> broker);
 
  private:

@@ -31,7 +31,7 @@ std::string inMilliseconds(ko::Duration duration) {
   return text.str();
 }
 
-std::vector<Math::Position3D> arcOfPoints(float angularRange, float distance, float angularStep) {
+std::vector<Math::Position3D> arcOfPoints(float angularRange, float range, float angularStep) {
   std::vector<Math::Position3D> points;
   const float steps = angularRange / angularStep;
   if (!(steps >= 1.0f && steps <= kMostArcPoints)) return {};
@@ -39,7 +39,7 @@ std::vector<Math::Position3D> arcOfPoints(float angularRange, float distance, fl
   points.reserve(count);
   float angle = -0.5f * angularRange;
   for (unsigned i = 0; i < count; ++i) {
-    const auto point = Math::Pose2D(0.0f, 0.0f, angle) * Math::Position2D(distance, 0.0f);
+    const auto point = Math::Pose2D(0.0f, 0.0f, angle) * Math::Position2D(range, 0.0f);
     points.emplace_back(point, 0.0f);
     angle += angularStep;
   }
@@ -84,7 +84,7 @@ Math::Transform RealSensor::xGetTransformAtTime(ko::Clock::time_point time) cons
 void RealSensor::xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalData>& data,
                                                    const ko::Clock::time_point& now,
                                                    const boost::chrono::milliseconds& maxAge,
-                                                   QVMotionProxy motion, float distance,
+                                                   QVMotionProxy motion, float range,
                                                    float angularStep) const {
   const ko::Duration limit = inNanoseconds(maxAge);
   for (Math::MetricalData& record : data) {
@@ -100,7 +100,7 @@ void RealSensor::xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalDat
       logTrouble(ko::log::Level::warning, kRealSensorCategory, kGuard, exception.what());
       continue;
     }
-    record.points = arcOfPoints(record.fieldOfView.angularRange, distance, angularStep);
+    record.points = arcOfPoints(record.fieldOfView.angularRange, range, angularStep);
   }
 }
 

@@ -17,49 +17,73 @@
 namespace QV::sensor {
 
 /**
- * What every sensor of the robot's hardware stands on: proxies to memory, motion and device
- * manager, and the memory keys it reads. Records are placed in the robot's frame. The destructor
- * does not stop the hardware.
+ * The base of every sensor that the robot's middleware knows: proxies to memory, motion service and
+ * device manager, and the memory keys that it reads.
+ *
+ * - Frames: G is the robot's ground frame, S the sensor's. Points are in S, the transform places S
+ *   in G at the time of the measurement.
+ * - Units: metres, radians. The device manager counts milliseconds modulo 2^32.
+ * - Lifetime: keeps the broker's modules by name only. The destructor does not stop the hardware.
+ * - Threads: as Sensor.
+ * - Errors: a module that is missing throws QVError from the constructor; what a module throws
+ *   later leaves the operation that called it.
+ *
+ * A derived class reads its first key and makes a record:
+ *
+ *     class Ranger : public QV::sensor::RealSensor {
+ *      public:
+ *       using RealSensor::RealSensor;
+ *
+ *      protected:
+ *       bool xSubscribeToHardware() override { return true; }
+ *       bool xUnsubscribeFromHardware() override { return true; }
+ *       std::vector<QV::Math::MetricalData> xGetData() const override {
+ *         auto record = xGetMetricalDataMeta();
+ *         record.sensorTransform = xGetTransformAtTime(record.timestamp);
+ *         record.points = {{memoryProxy->getData(memoryKeys.at(0)).toFloat(), 0.0f, 0.0f}};
+ *         return {record};
+ *       }
+ *     };
  */
 class QV_API RealSensor : public Sensor {
  public:
-  /**
-   * With keys, the field of view's rayCount becomes their number. A module that is missing:
-   * QVError.
-   */
+  /** Makes the proxies. With keys, the field of view's rayCount becomes their number, whatever
+   * it was. A module that is missing: QVError. */
   RealSensor(const std::string& name, const std::string& familyName,
              const Math::SensorFieldOfView2D& fieldOfView,
              const std::vector<std::string>& memoryKeys, boost::shared_ptr<QVBroker> broker);
   ~RealSensor() override;
 
+  /** Reads as Sensor does. */
   std::vector<Math::MetricalData> getData() const override;
 
  protected:
-  /** The start of a record: who measures, what it covers, and the device manager's time. */
+  /** Begins a record: who measures, what it covers, and the device manager's time. */
   Math::MetricalData xGetMetricalDataMeta() const;
 
-  /** The sensor's pose in the robot's ground frame at `time`, from the motion service. */
+  /** Asks the motion service where S was in G at `time`. */
   Math::Transform xGetTransformAtTime(ko::Clock::time_point time) const;
 
-  /**
-   * Replaces the points of each record that is older than `maxAge` at `now` by a wall of obstacles
-   * at `distance` metres, every `angularStep` radians across its field of view, at the sensor's
-   * present place. The record keeps its timestamp. A step
-   * that makes no wall, or one of over 100,000 points, leaves no points. Offered to sensors and
-   * callers; nothing calls it by itself.
-   */
+  /** Replaces the points of each record that is older than `maxAge` at `now` by a wall of
+   * obstacles: at `range` metres, every `angularStep` radians across its field of view, at
+   * the sensor's present place. The record keeps its timestamp. A step that makes no wall, or
+   * one of over 100,000 points, leaves no points. It is offered to sensors of one's own;
+   * nothing here calls it. The motion proxy is passed by value, as the interface has it. */
   void xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalData>& data,
                                          const ko::Clock::time_point& now,
                                          const boost::chrono::milliseconds& maxAge,
-                                         QVMotionProxy motion, float distance,
+                                         QVMotionProxy motion, float range,
                                          float angularStep) const;
 
+  /** Pointers to keys, for sensors of one's own: no sensor of the library connects any. */
   QVMemoryFastAccess fastAccess;
   boost::shared_ptr<QVMemoryProxy> memoryProxy;
   QVMotionProxy motionProxy;
   DCMProxy dcmProxy;
-  /** Values that a derived sensor wants kept for its life. */
+  /** Values that a derived sensor wants kept for its life. The interface has the list; nothing
+   * here fills it. */
   std::vector<std::unique_ptr<QVValue>> valuePointers;
+  /** The keys of the description, in its order. */
   std::vector<std::string> memoryKeys;
 };
 

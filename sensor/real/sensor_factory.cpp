@@ -2,11 +2,22 @@
 
 #include <algorithm>
 #include <stdexcept>
+#include <string_view>
 #include <utility>
 
-#include <boost/algorithm/string/replace.hpp>
-
 namespace QV::sensor {
+namespace {
+
+std::string withName(std::string text, const std::string& name) {
+  constexpr std::string_view kPlace = "{name}";
+  for (std::size_t at = text.find(kPlace); at != std::string::npos;
+       at = text.find(kPlace, at + name.size())) {
+    text.replace(at, kPlace.size(), name);
+  }
+  return text;
+}
+
+}  // namespace
 
 void SensorFactory::add(const Model::SensorKind& kind, Creator creator,
                         const std::string& failure) {
@@ -32,7 +43,7 @@ SensorFactory::Sensors SensorFactory::create(const SensorOrder& order) const {
 std::string SensorFactory::getFailure(const Model::SensorConfig& config) const {
   const auto entry = entries.find(config.type);
   if (entry == entries.end()) return {};
-  return boost::replace_all_copy(entry->second.failure, "{name}", config.name);
+  return withName(entry->second.failure, config.name);
 }
 
 }  // namespace QV::sensor

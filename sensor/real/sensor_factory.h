@@ -16,32 +16,50 @@
 
 namespace QV::sensor {
 
-/** What a creator is given for one configuration of a description; the references last its call. */
+/**
+ * The order that a creator gets: one configuration of a description, and what goes with it. The
+ * references last as long as the call.
+ */
 struct QV_API SensorOrder {
   const Model::SensorConfig& config;
   /** The row of the configuration's type. */
   const Model::SensorKind& kind;
-  /** As the configuration's properties say it (m, rad), with one ray. */
+  /** The field of view that the properties give (m, rad), with one ray. */
   Math::SensorFieldOfView2D fieldOfView;
   boost::shared_ptr<QVBroker> broker;
-  /** The robot's kind. */
+  /** The robot's kind: the number of `<kind>` in its description, 0 without it. */
   int kindCode = 0;
-  /** Has the sensors of the configurations before this one, in the order of their names. */
+  /**
+   * The manager so far: it has the sensors of the configurations before this one, by their names.
+   */
   const SensorManager& manager;
 };
 
 /**
- * Knows how to make the sensors of a description: a kind and a creator for each type. A value:
- * whoever has sensors of his own copies the standard factory and adds them. Reading is safe from
- * several threads.
+ * The makers of a description's sensors: a kind and a creator for each type.
+ *
+ * A value: who has sensors of his own copies the standard factory, adds them, and gives the copy to
+ * a RealSensorManager or to a session's OpenOptions.
+ *
+ * - Reserved: types are numbers above 0. A creator that returns no sensor leaves it out.
+ * - Threads: reading is thread-safe.
+ * - Errors: a row or creator that makes no sense is a std::invalid_argument. What a creator throws
+ *   is logged, and that one sensor is left out.
+ *
+ * A second kind of sonar:
+ *
+ *     QV::sensor::SensorFactory factory = QV::sensor::SensorFactory::standard();
+ *     factory.add({41, "Whisker", "Whisker"}, [](const QV::sensor::SensorOrder& order) {
+ *       std::cout << order.config.name << " has " << order.config.memoryKeys.size() << " keys\n";
+ *       return QV::sensor::SensorFactory::Sensors();
+ *     });
+ *     QV::sensor::RealSensorManager sensors(robot.getBroker(), factory);
  */
 class QV_API SensorFactory {
  public:
   using Sensors = std::vector<boost::shared_ptr<Sensor>>;
-  /**
-   * Makes the sensors of one configuration, none to leave it out. A standard exception leaves it
-   * out too, and is logged.
-   */
+  /** Makes the sensors of one configuration, none to leave it out. A standard exception leaves
+   * it out too, and is logged. */
   using Creator = std::function<Sensors(const SensorOrder&)>;
 
   /** Knows no kind. */
@@ -49,18 +67,18 @@ class QV_API SensorFactory {
   /** Knows the kinds that the library has sensors for. */
   static const SensorFactory& standard();
 
-  /**
-   * `failure` is logged before the reason when a sensor can't be made, with the configuration's
-   * name for each "{name}". What SensorKinds::add refuses, or no creator: std::invalid_argument.
-   */
+  /** Adds a kind and its creator. When a sensor can't be made, `failure` is logged before the
+   * reason, with the configuration's name for each "{name}". What SensorKinds::add() refuses,
+   * or no creator: std::invalid_argument. */
   void add(const Model::SensorKind& kind, Creator creator,
            const std::string& failure = "Unable to initialize {name}");
 
   const Model::SensorKinds& getKinds() const { return kinds; }
 
-  /** None for a type without a creator; a creator that gives a null one: std::runtime_error. */
+  /** Makes the sensors of an order; none for a type without a creator. A creator that gives a
+   * null one: std::runtime_error. */
   Sensors create(const SensorOrder& order) const;
-  /** What is logged before the reason; empty for a type without a creator. */
+  /** The text that is logged before the reason; empty for a type without a creator. */
   std::string getFailure(const Model::SensorConfig& config) const;
 
  private:

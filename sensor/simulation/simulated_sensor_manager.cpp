@@ -21,6 +21,7 @@ void SimulatedSensorManager::xInit(int robotKind, QV::OccupancyMap* map) {
   kindParameter = robotKind == -1 || robotKind == 0 ? 0.15f : 0.3f;
   simulationParameter = 1.0f;
   xAddSensors(robotKind);
+  xHealth().awaitQuestion();
   if (map) xSetOccMap(map);
 }
 

@@ -11,23 +11,49 @@
 namespace QV::sensor {
 
 /**
- * The sensors of a robot of some kind, simulated in an occupancy map. Give the robot's pose with
- * setPose2D, which any thread may call: each sensor takes the pair whole, one after the other;
- * every read measures anew. A caller who has one pose passes it twice: points of
- * all-rays sensors are then in the robot's frame, and record transforms place sensors in the map.
+ * The sensors of a robot of some kind, simulated by rays into an occupancy map.
+ *
+ * A kind is a number that stands for a sort of robot and so for its sensors: -1 a perfect laser, 0
+ * two sonars, 1 three bumpers, two sonars and a depth camera; any other has none. Tell where the
+ * robot is by setPose2D(), then read: every read measures anew. Nothing moves by itself, and no
+ * time passes.
+ *
+ * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. A record's transform
+ *   places S in M, by `referencePose` and the sensor's mounting. All-rays sensors, which are the
+ *   laser of kind -1 and the depth camera of kind 1, give points in G, not in S, when both poses
+ *   are the same: pointsInFrame() is then off by the mounting. Fans all look along the robot's
+ *   heading, whatever the mounting.
+ * - Units: metres, radians; points stand 0.5 m high.
+ * - Reserved: an all-rays sensor reports what meets nothing as a point at the maximum range; of
+ *   others, a record without points means that nothing is in range.
+ * - Lifetime: the map must outlive the manager; it is only read, though the pointer is not const.
+ *   Without a map, records have no points.
+ * - Threads: thread-safe. Each sensor takes the two poses whole, one sensor after the other. Of two
+ *   callers at once, one may get what the other has just measured.
+ * - Errors: none; an unknown name is logged.
+ *
+ * A robot that faces a wall:
+ *
+ *     QV::OccupancyMap hall(100, 100, 0.1f, QV::Math::Pose2D(), 0.0f);
+ *     hall.setOccupancy(70, 50, 1.0f);
+ *     QV::sensor::SimulatedSensorManager simulated(0, &hall);
+ *     simulated.subscribe("my navigation");
+ *     simulated.setPose2D({6.0f, 5.05f, 0.0f}, {6.0f, 5.05f, 0.0f});
+ *     for (const auto& record : simulated.getMetricalData()) std::cout << record.points.size();
  */
 class QV_API SimulatedSensorManager : public SensorManager {
  public:
-  /**
-   * Kinds -1 (a perfect laser), 0 (two sonars) and 1 (bumpers, sonars, depth camera); any other has
-   * no sensors. `map` must outlive the manager; without one, records have no points.
-   */
+  /** Makes the sensors of a kind, with the map that they look at, or null. */
   SimulatedSensorManager(int robotKind, QV::OccupancyMap* map);
 
+  /** Does nothing: there is no hardware to debug. */
   void setSensorsDebug(bool debug) override;
+  /** Sets where rays start (`scanPose`, in M) and where records say that the robot is
+   * (`referencePose`). Who has one pose passes it twice. */
   void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose) override;
 
-  /** A parameter of the simulation for callers, without unit. */
+  /** A number of the simulation, without unit, always 1. The interface has it for callers, and
+   * nothing here reads it. */
   float getSimulationParameter() const { return simulationParameter; }
 
  protected:

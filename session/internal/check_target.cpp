@@ -14,9 +14,8 @@ std::string CheckTarget::findTrouble(const std::string& sensor, ko::Clock::time_
 }
 
 SensorNature ManagerTarget::getNature(const std::string& name) {
-  const auto sensor = manager.getSensorPtr(name);
-  const auto* kind = isSimulated(*sensor) ? nullptr : kinds.findFamily(sensor->getFamilyName());
-  return {meaningOf(*sensor, kind), kind};
+  const auto* kind = findKind(manager, name, kinds);
+  return {findMeaning(manager, name, kind), kind};
 }
 
 void ManagerTarget::wait(ko::Duration duration) {

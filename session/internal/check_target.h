@@ -10,7 +10,7 @@
 
 namespace QV::session {
 
-/** Whose sensors are checked, as far as it is known. */
+/** The robot or manager whose sensors are checked, as far as it is known. */
 class CheckTarget {
  public:
   CheckTarget() = default;
@@ -22,13 +22,13 @@ class CheckTarget {
   virtual SensorNature getNature(const std::string& sensor) = 0;
   virtual void wait(ko::Duration duration) = 0;
   virtual bool canTurn() const { return false; }
-  /** On the spot, radians. */
+  /** Turns on the spot, radians. */
   virtual void turn(float) {}
-  /** What the sensor warned of at `start` or later; empty if nothing. */
+  /** Finds what the sensor warned of at `start` or later; empty if nothing. */
   std::string findTrouble(const std::string& sensor, ko::Clock::time_point start);
-  /** What the sensor reads and nobody writes. */
+  /** Finds what the sensor reads and nobody writes. */
   virtual std::string findMissing(const std::string&) { return {}; }
-  /** By name, the families of described sensors that there are not. */
+  /** Finds the described sensors that do not exist: their families by name. */
   virtual std::map<std::string, std::string> findUnbuilt() { return {}; }
 };
 

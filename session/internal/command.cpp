@@ -30,12 +30,16 @@ struct Execution {
   void operator()(const StopCommand&) const { session.stop(); }
   void operator()(const PauseCommand& command) const { session.pause(command.on); }
   void operator()(const StepCommand&) const {
-    if (!session.isPaused()) throw UsageError("a paused world expected; pause it first");
+    if (!session.isPaused()) throw UsageError("time runs: pause it first");
     session.step();
   }
   void operator()(const SpeedCommand& command) const { session.setSpeed(command.value); }
   void operator()(const SeekCommand& command) const {
     session.seek(ko::Duration(std::llround(1e9 * command.time)));
+  }
+  void operator()(const FaultCommand& command) const {
+    if (!command.kind) return session.clearFault(command.sensor);
+    session.setFault({command.sensor, *command.kind});
   }
 
   Session& session;

@@ -1,10 +1,12 @@
 #pragma once
 
+#include <optional>
 #include <string>
 #include <variant>
 
 #include "platform/api.h"
 #include "platform/math/position.h"
+#include "robot/world/faults/fault.h"
 
 namespace QV::session {
 
@@ -27,7 +29,7 @@ struct DriveCommand {
   float forward;
   float turn;
 };
-/** In the map. */
+/** A goal in the map. */
 struct GoalCommand {
   Math::Position2D position;
 };
@@ -46,12 +48,21 @@ struct SeekCommand {
   double time;
 };
 
-/** What a viewer asks of a session. */
+/** Lets a sensor of a virtual robot fail from now on, or, without a kind, work again. */
+struct FaultCommand {
+  std::string sensor;
+  std::optional<robot::FaultKind> kind;
+};
+
+/** A command of a viewer to a session. */
 using Command =
     std::variant<SubscribeCommand, EnableCommand, DiagnoseCommand, DriveCommand, GoalCommand,
-                 StopCommand, PauseCommand, StepCommand, SpeedCommand, SeekCommand>;
+                 StopCommand, PauseCommand, StepCommand, SpeedCommand, SeekCommand, FaultCommand>;
 
-/** For `subscriber`. What can't be done is a UsageError; what hardware throws passes through. */
+/**
+ * Executes a command of `subscriber`. What can't be done is a UsageError; what hardware throws
+ * passes through.
+ */
 QV_API void execute(Session& session, const std::string& subscriber, const Command& command);
 
 constexpr double kLongestRecording = 1e7;

@@ -28,7 +28,7 @@ class DemandKeeper {
   void set(const Demand& wanted, const Told& told = {});
 
  private:
-  /** Those of `these` that are not among `butThese`. */
+  /** Switches those of `these` that are not among `butThese`. */
   void xSwitch(const Demand& these, const Demand& butThese, bool on, const Told& told) const;
 
   Switches& switches;

@@ -10,13 +10,17 @@
 
 namespace QV::session {
 
-/** By name, the families of described sensors that the manager does not have. */
+/** Finds the described sensors that the manager does not have: their families by name. */
 std::map<std::string, std::string> findUnbuiltSensors(SessionRobot& robot);
 
-/** What a sensor reads and the robot does not have, and why; empty if there is no such thing. */
+/**
+ * Finds what a sensor reads and the robot does not have, and why; empty if there is no such thing.
+ */
 std::string findMissingInput(SessionRobot& robot, const std::string& sensor);
 
-/** What hardly is as it was meant in a description alone, the limits of its sensors' health, too.
+/**
+ * Finds what is hardly meant as it stands, in a description alone and in the limits of its sensors'
+ * health.
  */
 QV_API std::vector<Model::DescriptionFault> findSlips(const Model::Robot& robot,
                                                       const Model::SensorKinds& kinds);

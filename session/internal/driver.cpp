@@ -48,8 +48,8 @@ void Driver::setGoal(const Math::Position2D& position) {
   const Math::Position2D from = Math::position2DFromPose2D(robot.getPose());
   const auto route = findRoute(*map, from, position, robot.getRadius() + kMargin);
   if (route.empty()) {
-    throw UsageError("a place that the robot can get to expected, " + describe(position) +
-                     " m given");
+    throw UsageError("the robot can't get to " + describe(position) +
+                     " m: no free way leads there");
   }
   stop();
   if (Math::norm(Math::Position2D(position.x - from.x, position.y - from.y)) < kArrived) return;
@@ -80,6 +80,12 @@ void Driver::stop() {
   timedPath.reset();
   robot.wander(false);
   robot.drive({});
+}
+
+std::vector<Math::Position2D> Driver::getRoute() const {
+  if (path) return path->getRest(done);
+  if (timedPath) return timedPath->getRest(inSeconds(ko::Clock::now() - timedStart));
+  return {};
 }
 
 void Driver::release(ko::Duration machine) {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <optional>
+#include <vector>
 
 #include "session/internal/session_robot.h"
 #include "session/internal/timed_path.h"
@@ -8,17 +9,17 @@
 namespace QV::session {
 
 /**
- * Who holds a robot's wheel: a hand, a goal, a timed path, itself or nobody; one takes it from the
- * other. The robot must outlive it.
+ * The wheel of a robot, and who holds it: a hand, a goal, a timed path, itself or nobody; one takes
+ * it from the other. The robot must outlive it.
  */
 class Driver {
  public:
-  /** So long holds a hand that does not move again: the machine's time. */
+  /** The time for which a hand holds that does not move again, in the machine's time. */
   static constexpr ko::Duration kHeld{500'000'000};
 
   explicit Driver(SessionRobot& robot) : robot(robot) {}
 
-  /** By hand, m/s and rad/s; forgets the goal. */
+  /** Drives by hand, m/s and rad/s; forgets the goal. */
   void drive(float forward, float turn);
   /** Forward, leftward and turning, for so much of ko::Clock's time; forgets the goal. */
   void drive(const Math::Pose2D& velocity, ko::Duration hold);
@@ -26,15 +27,17 @@ class Driver {
   void setGoal(const Math::Position2D& position);
   /** The robot keeps to the path's times, from now on and at its end, until another order. */
   void follow(const TimedPath& path);
-  /** It drives about. */
+  /** Drives about. */
   void wander();
   void stop();
 
   const std::optional<Math::Position2D>& getGoal() const { return goal; }
+  /** The corners that are left of the way to a goal or of a path, the next place first. */
+  std::vector<Math::Position2D> getRoute() const;
 
   /** Counts `machine` time off a hand's hold, simulated or not. */
   void release(ko::Duration machine);
-  /** What to do in the next `simulated` time. */
+  /** Steers for the next `simulated` time. */
   void steer(ko::Duration simulated);
 
  private:
@@ -48,7 +51,8 @@ class Driver {
   std::optional<TimedPath> path;
   std::optional<TimedPath> timedPath;
   ko::Clock::time_point timedStart;
-  /** Of the path: where the robot is to be; and for how long it has not kept up with it. */
+  /** The way done on the path: where the robot is to be; and for how long it has not kept up
+   * with it. */
   double done = 0.0;
   double waited = 0.0;
 };

@@ -15,7 +15,7 @@ namespace QV::session {
 /** A sensor and where it sits, in the frame of its link or, simulated, of the robot. m, rad. */
 struct ListedSensor {
   std::string family;
-  /** What it is subscribed to by; of one that can't be built, its description's name. */
+  /** The name to subscribe by; of one that can't be built, its description's name. */
   std::string name;
   Math::SensorFieldOfView2D fieldOfView;
   Math::Position3D position;
@@ -24,12 +24,12 @@ struct ListedSensor {
   int type = 0;
   std::size_t keys = 0;
   std::string link = {};
-  /** Its name there; several may be one sensor, and one may be in none. */
+  /** The name in the description; several may be one sensor, and one may be in none. */
   std::string describedAs = {};
   bool canBeBuilt = true;
 };
 
-/** By family and name; UsageError for a kind without sensors. */
+/** Lists the sensors of a kind by family and name; UsageError for a kind without sensors. */
 QV_API std::vector<ListedSensor> sensorsOfKind(int kind);
 
 /**

@@ -8,10 +8,10 @@ template <typename Tell>
 void ListenerList::xTellAll(const Tell& tell) {
   const std::shared_lock lock(mutex);
   if (newest && adding == std::this_thread::get_id()) return tell(*newest);
-  for (RunListener* const listener : listeners) tell(*listener);
+  for (SessionListener* const listener : listeners) tell(*listener);
 }
 
-void ListenerList::add(RunListener& listener, SessionRobot& robot) {
+void ListenerList::add(SessionListener& listener, SessionRobot& robot) {
   {
     const std::lock_guard lock(mutex);
     listeners.push_back(&listener);
@@ -23,7 +23,7 @@ void ListenerList::add(RunListener& listener, SessionRobot& robot) {
   newest = nullptr;
 }
 
-void ListenerList::remove(RunListener& listener, SessionRobot& robot) {
+void ListenerList::remove(SessionListener& listener, SessionRobot& robot) {
   const std::lock_guard lock(mutex);
   std::erase(listeners, &listener);
   if (listeners.empty()) robot.setListener(nullptr);
@@ -39,19 +39,19 @@ void ListenerList::listenTo(SessionRobot& robot) {
 }
 
 void ListenerList::onWrite(const std::string& key, const QVValue& value, bool raised) {
-  xTellAll([&](RunListener& listener) { listener.onWrite(key, value, raised); });
+  xTellAll([&](SessionListener& listener) { listener.onWrite(key, value, raised); });
 }
 
 void ListenerList::onImage(int camera, const QVValue& image) {
-  xTellAll([&](RunListener& listener) { listener.onImage(camera, image); });
+  xTellAll([&](SessionListener& listener) { listener.onImage(camera, image); });
 }
 
 void ListenerList::onStep(const robot::BodyStep& step) {
-  xTellAll([&](RunListener& listener) { listener.onStep(step); });
+  xTellAll([&](SessionListener& listener) { listener.onStep(step); });
 }
 
-void ListenerList::onCommand(const RunCommand& command) {
-  xTellAll([&](RunListener& listener) { listener.onCommand(command); });
+void ListenerList::onCommand(const SessionCommand& command) {
+  xTellAll([&](SessionListener& listener) { listener.onCommand(command); });
 }
 
 }  // namespace QV::session

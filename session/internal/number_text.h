@@ -9,7 +9,7 @@ namespace QV::session {
 /** The shortest text that reads back as the same float: 0.1 rather than 0.100000001. */
 QV_API std::string shortest(float value);
 
-/** With `decimals` digits after the point. */
+/** Writes a number with `decimals` digits after the point. */
 QV_API std::string fixed(double value, int decimals);
 
 }  // namespace QV::session

@@ -14,19 +14,21 @@ namespace QV::session {
 
 using Records = std::vector<Math::MetricalData>;
 
-/** What there is to know of a sensor before its records are judged. */
+/** The facts about a sensor that are known before its records are judged. */
 struct SensorNature {
   Model::PointMeaning points = Model::PointMeaning::scan;
   /** Null for a simulated sensor. */
   const Model::SensorKind* kind = nullptr;
 
-  /** Whether a sound one may go on without a record while the robot stands. */
+  /** True if a sound one may go on without a record while the robot stands. */
   bool mayBeSilent() const { return kind && kind->silence == Model::Silence::always; }
-  /** Whether its points lie on the floor, the same all around, and no point is no floor. */
+  /** True if each record of a sound one has points. */
+  bool alwaysHasPoints() const { return kind && !kind->leavesOutMisses; }
+  /** True if its points lie on the floor, the same all around, and no point is no floor. */
   bool looksDown() const { return points == Model::PointMeaning::floor; }
 };
 
-/** What a sensor's records were like, cycle by cycle. */
+/** The records of a sensor, cycle by cycle. */
 class Observation {
  public:
   explicit Observation(const SensorNature& nature) : nature(nature) {}
@@ -34,7 +36,7 @@ class Observation {
   void add(const Records& ownRecords);
 
   std::size_t records = 0;
-  /** When the first was seen; nothing without any. */
+  /** The time at which the first was seen; nothing without any. */
   std::optional<ko::Clock::time_point> firstSeen;
   std::size_t points = 0;
   ko::Duration worstAge{0};
@@ -53,10 +55,10 @@ class Observation {
   int gap = 0;
 };
 
-/** Whether these records change when the robot turns, if the sensor is sound. */
+/** True if these records change when the robot turns, provided that the sensor is sound. */
 bool showsTurns(const Records& records, const SensorNature& nature);
 
-/** Whether their points are the same, one by one. */
+/** True if their points are the same, one by one. */
 bool hasSamePoints(const Records& a, const Records& b);
 
 }  // namespace QV::session

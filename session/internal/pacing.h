@@ -4,10 +4,10 @@
 
 namespace QV::session {
 
-/** How fast simulated time goes by while machine time does. */
+/** The pace of simulated time against machine time. */
 class Pacing {
  public:
-  /** Of a step. */
+  /** The length of a step. */
   static constexpr ko::Duration kStep{100'000'000};
 
   void pause(bool on) { paused = on; }

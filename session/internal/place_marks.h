@@ -10,13 +10,15 @@
 
 namespace QV::session {
 
-/** Where a record's sensor is in the map, for a robot at `robot`. Simulated fans look ahead. */
+/**
+ * Returns where a record's sensor is in the map, for a robot at `robot`. Simulated fans look ahead.
+ */
 QV_API Math::Pose2D findOrigin(const Math::MetricalData& record, const Math::Pose2D& robot,
                                Frame frame);
 
 /**
- * What a record says, for points that mean `meaning`, and a robot that was at `robot`. What is at
- * the maximum range or beyond is never a hit, nor is what is not finite.
+ * Places what a record says, for points that mean `meaning`, and a robot that was at `robot`. What
+ * is at the maximum range or beyond is never a hit, nor is what is not finite.
  */
 QV_API Marks placeMarks(const Math::MetricalData& record, Model::PointMeaning meaning,
                         const Math::Pose2D& robot, Frame frame);

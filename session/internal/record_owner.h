@@ -7,7 +7,10 @@
 
 namespace QV::session {
 
-/** Whose a record is: touched groups report under their own names, in their sensor's family. */
+/**
+ * Returns the sensor of a record: touched groups report under their own names, in their sensor's
+ * family.
+ */
 inline std::string sensorOf(const Math::MetricalData& record,
                             const sensor::SensorManager& manager) {
   if (manager.isSensor(record.sensorName)) return record.sensorName;

@@ -10,8 +10,8 @@
 
 #include "platform/model/model_utils.h"
 #include "robot/services/internal/input_listener.h"
+#include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/robot_model_service.h"
-#include "robot/services/memory_service.h"
 #include "session/usage_error.h"
 
 namespace QV::session {
@@ -106,7 +106,7 @@ void RecordedSessionRobot::xTellStep() {
   if (listener) listener->onStep({pose, pose, motion->getRobotVelocity()});
 }
 
-void RecordedSessionRobot::setListener(RunListener* newListener) {
+void RecordedSessionRobot::setListener(SessionListener* newListener) {
   listener = newListener;
   memory->setListener(newListener);
   xTellStep();

@@ -11,10 +11,10 @@
 #include "robot/logs/internal/log_replay.h"
 #include "robot/services/internal/device_manager.h"
 #include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/motion_service.h"
-#include "robot/services/memory_service.h"
 #include "sensor/hosting/navigation_module.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 #include "session/internal/session_robot.h"
 
 namespace QV::session {
@@ -43,7 +43,7 @@ class RecordedSessionRobot : public SessionRobot {
   std::string getTitle() const override { return "Recorded robot " + model.name; }
   Frame getFrame() const override { return Frame::robot; }
   boost::shared_ptr<const OccupancyMap> getMap() const override { return nullptr; }
-  /** In the log's own frame. */
+  /** Returns the pose in the log's own frame. */
   Math::Pose2D getPose() const override { return replay->getPose(); }
   void setPose(const Math::Pose2D& newPose) override;
   float getRadius() const override { return 0.25f; }
@@ -54,7 +54,7 @@ class RecordedSessionRobot : public SessionRobot {
 
   std::optional<ko::Clock::time_point> getNextStep() const override;
   void makeStep() override;
-  void setListener(RunListener* newListener) override;
+  void setListener(SessionListener* newListener) override;
   bool isRecording() const override { return true; }
   double getShareDone() const override;
 
@@ -71,7 +71,7 @@ class RecordedSessionRobot : public SessionRobot {
   std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> laserModes;
   std::unique_ptr<robot::LogReplay> replay;
   boost::shared_ptr<sensor::NavigationModule> navigation;
-  RunListener* listener = nullptr;
+  SessionListener* listener = nullptr;
 };
 
 }  // namespace QV::session

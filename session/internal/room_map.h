@@ -7,14 +7,14 @@
 
 namespace QV::session {
 
-/** How much room there is about each place of a map. Metres. Reading is safe from several threads.
- */
+/** The room about each place of a map. Metres. Reading is thread-safe. */
 class RoomMap {
  public:
   /** Distances up to `most`. The map must outlive this. */
   RoomMap(const OccupancyMap& map, float most);
 
-  /** From each cell to the nearest that is not free; beyond the map none is. */
+  /** Returns the distance from each cell to the nearest that is not free; beyond the map none
+   * is. */
   const cv::Mat_<float>& getCells() const { return cells; }
   /** The same of the cell at a position in the world, 0 outside the map. */
   float find(const Math::Position2D& position) const;

@@ -20,10 +20,11 @@ class SensorLook {
   /** Every sensor as it is now, by family and name. */
   std::vector<SensorState> look();
 
-  /** Where the robot is, to be told often: records are placed where it was when they were made. */
+  /** Notes where the robot is. Call it often: records are placed where it was when they were
+   * made. */
   void notePose();
 
-  /** What was measured since, to be told often, too: a rate is one of simulated time. */
+  /** Notes what was measured since. Call it often, too: a rate is one of simulated time. */
   void noteMeasurements();
 
  private:
@@ -45,7 +46,7 @@ class SensorLook {
   const Switches& switches;
   std::map<std::string, std::set<std::string>> subscribers;
   std::deque<Placed> poses;
-  /** Of each sensor, when it last measured. */
+  /** The times at which each sensor last measured. */
   std::map<std::string, std::deque<ko::Clock::time_point>> measured;
   ko::Clock::time_point noteNext;
 };

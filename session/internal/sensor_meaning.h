@@ -1,14 +1,21 @@
 #pragma once
 
-#include "platform/model/sensor_kind.h"
-#include "sensor/core/sensor.h"
+#include <string>
+
+#include "platform/model/sensor_kinds.h"
+#include "sensor/core/sensor_manager.h"
 
 namespace QV::session {
 
-/** Whether it casts rays into a map. */
-bool isSimulated(const sensor::Sensor& sensor);
+/**
+ * Finds the kind of a manager's sensor: the one that it was made for, or else the first of its
+ * family in `kinds`. Null for one that casts rays into a map, and for an unknown name.
+ */
+const Model::SensorKind* findKind(const sensor::SensorManager& manager, const std::string& sensor,
+                                  const Model::SensorKinds& kinds);
 
-/** What its kind says; of a simulated one, what it reports; else a scan. */
-Model::PointMeaning meaningOf(const sensor::Sensor& sensor, const Model::SensorKind* kind);
+/** Finds what its kind says of its points; without one, what a simulated one reports, or a scan. */
+Model::PointMeaning findMeaning(const sensor::SensorManager& manager, const std::string& sensor,
+                                const Model::SensorKind* kind);
 
 }  // namespace QV::session

@@ -16,14 +16,28 @@
 
 namespace QV::session {
 
-class Session;
-
-/** What a session is made of; each part needs those above it. */
+/** The parts of a session; each needs those above it. */
 struct SessionParts {
   /** `time` is null where the machine's goes by, or somebody else's. */
   SessionParts(std::unique_ptr<ko::SimulatedTime> ownTime, std::unique_ptr<SessionRobot> ownRobot)
       : time(std::move(ownTime)), robot(std::move(ownRobot)) {
     sensorLook.notePose();
+  }
+
+  static SessionParts& of(Session& session) { return *session.parts; }
+  static std::unique_ptr<Session> makeSession(std::unique_ptr<SessionParts> parts) {
+    return std::unique_ptr<Session>(new Session(std::move(parts)));
+  }
+
+  void tell(const SessionCommand& command) const { listeners->onCommand(command); }
+  /** What is to be seen oftener than anybody looks. */
+  void notePlace() {
+    sensorLook.notePose();
+    touchLook.note();
+  }
+  void note() {
+    notePlace();
+    sensorLook.noteMeasurements();
   }
 
   const std::unique_ptr<ko::SimulatedTime> time;

@@ -5,22 +5,11 @@
 namespace QV::session {
 
 const Model::SensorKind* findKind(SessionRobot& robot, const std::string& sensor) {
-  const boost::shared_ptr<sensor::Sensor> found = robot.getManager().getSensorPtr(sensor);
-  if (!found || isSimulated(*found)) return nullptr;
-  if (const Model::Robot* description = robot.getDescription()) {
-    const auto config = description->sensorConfigs.find(sensor);
-    if (config != description->sensorConfigs.end()) {
-      const auto* kind = robot.getKinds().findType(config->second.type);
-      if (kind && kind->family == found->getFamilyName()) return kind;
-    }
-  }
-  return robot.getKinds().findFamily(found->getFamilyName());
+  return findKind(robot.getManager(), sensor, robot.getKinds());
 }
 
 Model::PointMeaning findMeaning(SessionRobot& robot, const std::string& sensor) {
-  const boost::shared_ptr<sensor::Sensor> found = robot.getManager().getSensorPtr(sensor);
-  if (!found) return Model::PointMeaning::scan;
-  return meaningOf(*found, findKind(robot, sensor));
+  return findMeaning(robot.getManager(), sensor, findKind(robot, sensor));
 }
 
 }  // namespace QV::session

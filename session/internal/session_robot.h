@@ -19,16 +19,16 @@ class VirtualRobot;
 
 namespace QV::session {
 
-class RunListener;
+class SessionListener;
 class TimedPath;
 
-/** How often drivers measure that somebody else has to stand in for. */
+/** The periods of drivers that somebody else has to stand in for. */
 struct DriverPeriods {
   ko::Duration body{20'000'000};
   ko::Duration sonars{100'000'000};
 };
 
-/** What a session needs of its robot, and nothing else knows which sort of robot it is. */
+/** The robot of a session; nothing else knows which sort of robot it is. */
 class SessionRobot {
  public:
   SessionRobot() = default;
@@ -38,20 +38,20 @@ class SessionRobot {
 
   virtual sensor::NavigationModule& getNavigation() = 0;
   sensor::SensorManager& getManager() { return getNavigation().getManager(); }
-  /** What its sensors say now, in the order of their names. */
+  /** Returns what its sensors say now, in the order of their names. */
   virtual std::vector<Math::MetricalData> getRecords() { return getManager().getMetricalData(); }
 
-  /** What its sensors were made from; null if they were not made from any. */
+  /** Returns what its sensors were made from; null if they were not made from any. */
   virtual const Model::Robot* getDescription() const { return nullptr; }
   virtual const Model::SensorKinds& getKinds() const { return Model::SensorKinds::standard(); }
 
-  /** How a recording of it is played: "virtual", "log", or "simulated" and the number of the kind.
-   */
+  /** Returns how a recording of it is played: "virtual", "log", or "simulated" and the number of
+   * the kind. */
   virtual std::string getSort() const = 0;
   /** "Simulated robot of kind 1". */
   virtual std::string getTitle() const = 0;
   virtual Frame getFrame() const = 0;
-  /** How long after a subscription every sensor has given its first record. */
+  /** Returns how long after a subscription every sensor has given its first record. */
   virtual ko::Duration getSettlingTime() const { return ko::Duration::zero(); }
 
   /** Null if it has none. */
@@ -60,60 +60,59 @@ class SessionRobot {
   /** Puts the robot somewhere else. */
   virtual void setPose(const Math::Pose2D& newPose) = 0;
   virtual bool canBeMoved() const { return !isRecording(); }
-  /** Of the room that it takes, metres. */
+  /** Returns the radius of the room that it takes, metres. */
   virtual float getRadius() const = 0;
 
   /** Forward, leftward (m/s) and turning (rad/s) in its own frame, until another command. */
   virtual void drive(const Math::Pose2D& velocity) = 0;
-  /** What it really does. */
+  /** Returns its true velocity. */
   virtual Math::Pose2D getVelocity() const { return {}; }
   /** Makes the robot be, or get, where `path` is `seconds` after its start. Call it often. */
   virtual void follow(const TimedPath& path, double seconds) = 0;
-  /** Whether it drives about, if it has a body. */
+  /** Makes it drive about, or stop that, if it has a body. */
   virtual void wander(bool) {}
 
   /** The parts that touch something, and where they are in the map. */
   virtual std::map<std::string, Math::Position2D> getTouches() const { return {}; }
-  /** Where people are in the map. */
+  /** Returns where people are in the map. */
   virtual std::vector<Math::Position2D> getPeople() const { return {}; }
-  /** Behind which the robot's services are; null if it has none. */
+  /** Returns the broker of the robot's services; null if it has none. */
   virtual boost::shared_ptr<QVBroker> getBroker() const { return nullptr; }
-  /** Whose sensors can be made to fail; null if they can't. */
+  /** Returns the robot whose sensors can be made to fail; null if they can't. */
   virtual robot::VirtualRobot* getVirtualRobot() { return nullptr; }
 
-  /** What chance and the like the world has, by name, for whoever reads of the run later. */
+  /** Returns what chance and the like the world has, by name, for whoever reads of the session
+   * later. */
   virtual std::map<std::string, std::string> getWorldFacts() const { return {}; }
 
   /** Hears of all that its drivers measure, and what a recording asks again; null for nobody. */
-  virtual void setListener(RunListener*) {}
+  virtual void setListener(SessionListener*) {}
 
   virtual DriverPeriods getDriverPeriods() const { return {}; }
 
   /**
-   * Of a robot that has a time of its own, which the session follows: hears what it has said, and
-   * gives that time. Nothing where time is the session's.
+   * Hears what a robot with a time of its own has said, and returns that time, which the session
+   * follows. Nothing where time is the session's.
    */
   virtual std::optional<ko::Clock::time_point> catchUp() { return std::nullopt; }
-  /** Until that time has come there; false if it stands still. */
+  /** Waits until that time has come there; false if it stands still. */
   virtual bool awaitTime(ko::Clock::time_point) { return true; }
 
-  /** When a recording goes on; nothing at its end, and for what is no recording. */
+  /** Returns when a recording goes on; nothing at its end, and for what is no recording. */
   virtual std::optional<ko::Clock::time_point> getNextStep() const { return std::nullopt; }
   virtual void makeStep() {}
   virtual bool isRecording() const { return false; }
-  /** Whether the last step was one of several of the same moment, others of which follow. */
+  /** True if the last step was one of several of the same moment, others of which follow. */
   virtual bool isAmidSteps() const { return false; }
-  /** Of a recording, 0 to 1. */
+  /** Returns the share of a recording that is done, 0 to 1. */
   virtual double getShareDone() const { return 0.0; }
-  /** Of a recording: when it began, and how long it is. */
+  /** Returns when a recording began; the next one, how long it is. */
   virtual ko::Clock::time_point getStart() const { return {}; }
   virtual std::optional<ko::Duration> getLength() const { return std::nullopt; }
 };
 
-/** The kind of a sensor by the description, else by its family; null for a simulated one. */
+/** See sensor_meaning.h. */
 const Model::SensorKind* findKind(SessionRobot& robot, const std::string& sensor);
-
-/** What a sensor's points mean: what its kind says, and what a simulated one reports. */
 Model::PointMeaning findMeaning(SessionRobot& robot, const std::string& sensor);
 
 }  // namespace QV::session

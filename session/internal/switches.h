@@ -24,12 +24,13 @@ class Switches {
   /** Sensors or families; UsageError for a name that there is not. */
   void subscribe(const std::string& subscriber, const std::set<std::string>& names);
   void unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
-  /** On behalf of somebody who can't be told what goes wrong: that is a warning in the log. */
+  /** Subscribes or unsubscribes on behalf of somebody who can't be told what goes wrong: that is
+   * a warning in the log. */
   void want(const std::string& subscriber, const std::string& sensor, bool on);
   void enable(const std::string& name, bool on);
   void diagnose(const std::string& sensor, bool success);
 
-  /** While one is being switched, which takes as long as its hardware does. */
+  /** True while a sensor is being switched, which takes as long as its hardware does. */
   bool isBusy() const { return busy > 0; }
 
  private:

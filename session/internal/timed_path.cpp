@@ -58,4 +58,13 @@ Math::Pose2D TimedPath::poseAt(double seconds) const {
           between(leg->from.theta, leg->to.theta)};
 }
 
+std::vector<Math::Position2D> TimedPath::getRest(double seconds) const {
+  std::vector<Math::Position2D> rest = {Math::position2DFromPose2D(poseAt(seconds))};
+  for (const Leg& leg : legs) {
+    const Math::Position2D end = Math::position2DFromPose2D(leg.to);
+    if (leg.end > seconds && end != rest.back()) rest.push_back(end);
+  }
+  return rest;
+}
+
 }  // namespace QV::session

@@ -19,6 +19,9 @@ class QV_API TimedPath {
   /** The pose `seconds` after the start; beyond the end, the last one. */
   Math::Pose2D poseAt(double seconds) const;
 
+  /** The positions that are left `seconds` after the start, beginning where it is then. */
+  std::vector<Math::Position2D> getRest(double seconds) const;
+
  private:
   /** A straight line or a turn on the spot. */
   struct Leg {

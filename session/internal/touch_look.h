@@ -9,12 +9,12 @@
 
 namespace QV::session {
 
-/** What touches a robot, shown for a second longer than it lasts. The robot must outlive it. */
+/** The touches of a robot, shown for a second longer than they last. The robot must outlive it. */
 class TouchLook {
  public:
   explicit TouchLook(SessionRobot& robot) : robot(robot) {}
 
-  /** To be told at least every 20 ms. */
+  /** Notes the touches. Call it at least every 20 ms. */
   void note();
   std::vector<TouchState> look() const;
 

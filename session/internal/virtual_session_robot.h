@@ -8,7 +8,7 @@
 #include "robot/world/units/unit_factory.h"
 #include "robot/world/virtual_robot.h"
 #include "sensor/real/sensor_factory.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 #include "session/internal/session_robot.h"
 #include "session/internal/wanderer.h"
 
@@ -17,7 +17,7 @@ namespace QV::session {
 /** A virtual robot in a map, and the library hosted in it as on a robot of one's own. */
 class VirtualSessionRobot : public SessionRobot {
  public:
-  /** What building the world throws. */
+  /** Builds the world, and throws what that throws. */
   VirtualSessionRobot(const robot::RobotDescription& description,
                       boost::shared_ptr<const OccupancyMap> map, const robot::WorldOptions& world,
                       const sensor::SensorFactory& sensors = sensor::SensorFactory::standard(),
@@ -47,7 +47,7 @@ class VirtualSessionRobot : public SessionRobot {
   DriverPeriods getDriverPeriods() const override { return periods; }
   robot::VirtualRobot* getVirtualRobot() override { return &robot; }
   std::map<std::string, std::string> getWorldFacts() const override { return worldFacts; }
-  void setListener(RunListener* listener) override { robot.setListener(listener); }
+  void setListener(SessionListener* listener) override { robot::InputTap::set(robot, listener); }
 
  private:
   const Model::SensorKinds kinds;

@@ -13,7 +13,7 @@ class Wanderer {
  public:
   explicit Wanderer(const OccupancyMap& map) : map(map) {}
 
-  /** The next velocity, m/s and rad/s, in the robot's frame; ten times a second. `velocity` is what
+  /** The next velocity, m/s and rad/s, in the ground frame; ten times a second. `velocity` is what
    * the robot does. */
   Math::Pose2D step(const Math::Pose2D& pose, const Math::Pose2D& velocity);
 

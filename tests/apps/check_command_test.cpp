@@ -10,7 +10,7 @@
 namespace QV::app {
 namespace {
 
-/** What a check says of a sensor that fails. */
+/** A finding of a check about a sensor that fails. */
 struct Finding {
   std::string result;
   std::string why;
@@ -124,11 +124,25 @@ TEST(Check, aSlipOfTheDescriptionIsNamedAndNoSuccess) {
   EXPECT_THAT(result.out, HasSubstr("Sonor"));
 }
 
+TEST(Check, aRobotThatCantBeBuiltIsToldOfWithTheSlipsOfItsDescription) {
+  const test::TemporaryFolder folder;
+  const auto path = folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/>
+    <link name="base"/>
+    <sensor name="Touch" type="Touch"><property key="limits" value="age=1s"/></sensor>
+    <sensor name="C" type="4"><property key="cameraName" value="nose"/></sensor></robot>)");
+  for (const char* const format : {"table", "json"}) {
+    const Result result = run({"check", "--robot", path, "--format", format});
+    EXPECT_NE(result.status, 0);
+    EXPECT_THAT(result.error, HasSubstr("no sensor, joint or link is called \"nose\""));
+    EXPECT_THAT(result.out, testing::ContainsRegex("age=1s.*a number above 0, or off, expected"));
+  }
+}
+
 TEST(Check, showsATable) {
   const Result result =
       run({"check", "--robot", session::findSharedFile("descriptions/porter.urdf"), "--subscribe",
            "Touch", "--subscribe", "Laser", "--fault", "FrontLaser:off", "--fault",
-           "BackBumperTouch:wrong"});
+           "BackBumper:wrong"});
   EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.out,
               HasSubstr("FrontLaser  Laser   failed to start  failing        0       0  Time"));

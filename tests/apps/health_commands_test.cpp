@@ -11,7 +11,10 @@ namespace {
 
 using testing::ContainsRegex;
 
-/** What a command says of a sensor that fails, and with a limit, of one that only seemed to. */
+/**
+ * The words of a command about a sensor that fails, and with a limit, about one that only seemed
+ * to.
+ */
 struct HealthCase {
   std::string command;
   std::string fault;

@@ -67,7 +67,7 @@ TEST_F(ProgramTest, listAsJsonIsOneObject) {
   EXPECT_EQ(sonar["mounting"]["x"], -0.13);
   EXPECT_EQ(sonar["link"], "torso");
   EXPECT_EQ(sonar["subscribeTo"], "BackSonar");
-  EXPECT_EQ(described["sensors"][0]["name"], "BackBumperTouch");
+  EXPECT_EQ(described["sensors"][0]["name"], "BackBumper");
   EXPECT_EQ(described["sensors"][0]["subscribeTo"], "Touch");
   EXPECT_EQ(described["sensors"].back()["name"], nullptr);
   EXPECT_EQ(described["sensors"].back()["subscribeTo"], "PeoplePerception");

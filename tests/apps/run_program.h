@@ -43,7 +43,7 @@ struct BadInput {
   std::string expected;
 };
 
-/** It is refused by one line that says what was expected. */
+/** Expects a refusal by one line that says what was expected. */
 inline void expectRefused(const BadInput& input) {
   const Result result = run(input.arguments);
   EXPECT_EQ(result.status, 2) << testing::PrintToString(input.arguments);

@@ -68,7 +68,7 @@ class PseudoTerminal {
     return false;
   }
 
-  /** Whether keys echo and lines wait for their end, as when it was made. */
+  /** True if keys echo and lines wait for their end, as when it was made. */
   bool isAsBefore() const {
     termios now{};
     tcgetattr(inner, &now);

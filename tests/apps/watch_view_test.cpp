@@ -28,7 +28,7 @@ WatchState exampleState() {
   return state;
 }
 
-/** What each line of a screen shows, its style before it. */
+/** Returns what each line of a screen shows, its style before it. */
 std::vector<std::string> linesOf(const std::string& screen) {
   std::string text = screen.substr(screen.find("\x1b[H") + 3);
   text.erase(text.rfind("\x1b[J"));

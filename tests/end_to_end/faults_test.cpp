@@ -32,7 +32,7 @@ int windowOf(FaultKind kind) {
   return kFirstWindow + static_cast<int>(kind) * kPerKind;
 }
 
-/** What a sensor's records of one cycle come to. */
+/** The sum of a sensor's records of one cycle. */
 struct Reading {
   std::size_t points = 0;
   float nearest = 0.0f;
@@ -58,14 +58,16 @@ struct Reading {
 
 using Readings = std::vector<Reading>;
 
-/** What each sensor of the manager, and each bumper, read over the cycles of a run. */
+/** The readings of each sensor of the manager, and of each bumper, over the cycles of a run. */
 using Outcome = std::map<std::string, Readings>;
 
 boost::shared_ptr<OccupancyMap> bareRoom() {
   return boost::make_shared<OccupancyMap>(test::makeWalledMap(60, 60, 0.1f));
 }
 
-/** Between two kerbs, one before and one behind, and somebody who walks to and fro. */
+/**
+ * Makes a world between two kerbs, one before and one behind, with somebody who walks to and fro.
+ */
 robot::WorldOptions makeWorld() {
   robot::WorldOptions world;
   world.start = {3.0f, 3.0f, 0.0f};
@@ -153,7 +155,7 @@ bool isOnePoint(const Readings& failing, const Readings&, std::size_t i) {
   return failing[i].points == 1;
 }
 
-/** In the order of the kinds. */
+/** The checks in the order of the kinds. */
 const std::map<std::string, std::array<Check, kKinds>> kExpected{
     {"Sonar", {isGone, isFrozen, isDifferent, isNearer, changesRarely, isLate, comesAndGoes}},
     {"Laser", {isGone, isFrozen, isDifferent, isNearer, changesRarely, isLate, comesAndGoes}},
@@ -162,7 +164,7 @@ const std::map<std::string, std::array<Check, kKinds>> kExpected{
      {isGone, isAnything, isOnePoint, isOpposite, isAnything, isAnything, comesAndGoes}},
     {"DepthCamera", {isFrozen, isFrozen, isGone, isNearer, changesRarely, isLate, comesAndGoes}},
     {"PeoplePerception", {isGone, isFrozen, isGone, isNearer, changesRarely, isLate, comesAndGoes}},
-    {"BumperTouch", {isSteady, isSteady, isSteady, isOpposite, isAnything, isLate, comesAndGoes}},
+    {"Bumper", {isSteady, isSteady, isSteady, isOpposite, isAnything, isLate, comesAndGoes}},
 };
 
 const std::array<Check, kKinds>& expectedOf(const std::string& sensor) {
@@ -181,14 +183,14 @@ struct FaultsTest : testing::TestWithParam<const char*> {
   }
 
   void checkWindow(FaultKind kind, std::size_t window) {
-    const Readings& sound = healthy.at(own);
-    const Readings& seen = failing.at(own);
+    const Readings& sound = healthy.at(faulty);
+    const Readings& seen = failing.at(faulty);
     const Check check = expectedOf(faulty)[static_cast<std::size_t>(kind)];
     int same = 0;
     int different = 0;
     for (std::size_t i = window + kSettled; i < window + kWindow; ++i) {
       // A blind zone is not judged while the robot moves.
-      if (own == "BlindZone" && sound[i].points == 0) continue;
+      if (faulty == "BlindZone" && sound[i].points == 0) continue;
       EXPECT_TRUE(check(seen, sound, i)) << "cycle " << i << ": " << testing::PrintToString(seen[i])
                                          << " for " << testing::PrintToString(sound[i]);
       ++(seen[i].value == sound[i].value ? same : different);
@@ -201,8 +203,6 @@ struct FaultsTest : testing::TestWithParam<const char*> {
   }
 
   const std::string faulty = GetParam();
-  /** What its records are called. */
-  const std::string own = faulty.substr(0, faulty.rfind("Touch"));
   Outcome healthy;
   Outcome failing;
 };
@@ -217,15 +217,14 @@ TEST_P(FaultsTest, showAsWrittenDownRecoverAndLeaveTheOtherSensorsAlone) {
     const bool measures = std::any_of(readings.begin(), readings.end(),
                                       [](const Reading& reading) { return reading.points > 0; });
     EXPECT_EQ(measures, name != "Touch") << name << ", whose records have the bumpers' names";
-    if (name == own) continue;
+    if (name == faulty) continue;
     EXPECT_EQ(failing.at(name), readings) << name;
   }
 }
 
-constexpr const char* kFaultySensors[] = {"BackBumperTouch",  "BackSonar",        "BlindZone",
-                                          "DepthCamera",      "FrontBumperTouch", "FrontLaser",
-                                          "FrontSonar",       "HoleLaser",        "LeftLaser",
-                                          "PeoplePerception", "RightLaser",       "ShovelLaser"};
+constexpr const char* kFaultySensors[] = {
+    "BackBumper", "BackSonar", "BlindZone", "DepthCamera",      "FrontBumper", "FrontLaser",
+    "FrontSonar", "HoleLaser", "LeftLaser", "PeoplePerception", "RightLaser",  "ShovelLaser"};
 
 INSTANTIATE_TEST_SUITE_P(EverySensor, FaultsTest, testing::ValuesIn(kFaultySensors),
                          [](const auto& parameter) { return std::string(parameter.param); });

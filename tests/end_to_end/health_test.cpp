@@ -34,14 +34,14 @@ double windowBegin(int kind) {
   return kFirst + kind * (kFailing + kHealing);
 }
 
-/** What is told of a failing sensor, and within how many seconds. */
+/** The state that is told of a failing sensor, and within how many seconds. */
 struct Expected {
   HealthState state = sound;
   double within = 2.0;
 };
 constexpr Expected kCantBeTold{};
 
-/** In the order of the kinds: off, stuck, garbage, wrong, slow, delayed, intermittent. */
+/** A row in the order of the kinds: off, stuck, garbage, wrong, slow, delayed, intermittent. */
 using Row = std::array<Expected, kFaultKinds>;
 constexpr Row kOfFrontSonar{{{silent}, {frozen}, {noisy}, {suspect, 10.0}, {}, {}, {silent}}};
 constexpr Row kOfBackSonar{{{silent}, {frozen}, {noisy}, kCantBeTold, {}, {}, {silent}}};
@@ -55,10 +55,10 @@ constexpr Row kOfPeople{{{}, {frozen}, {noisy}, {}, {}, {late}, {}}};
 constexpr Row kOfBumper{{{}, {}, {noisy}, {}, {}, {}, {}}};
 
 const std::map<std::string, Row> kMatrix{
-    {"BackBumperTouch", kOfBumper},  {"BackSonar", kOfBackSonar},     {"BlindZone", kOfBlindZone},
-    {"DepthCamera", kOfSeen},        {"FrontBumperTouch", kOfBumper}, {"FrontLaser", kOfSeen},
-    {"FrontSonar", kOfFrontSonar},   {"HoleLaser", kOfHoleLaser},     {"LeftLaser", kOfSideLaser},
-    {"PeoplePerception", kOfPeople}, {"RightLaser", kOfSideLaser},    {"ShovelLaser", kOfShovel}};
+    {"BackBumper", kOfBumper},       {"BackSonar", kOfBackSonar},  {"BlindZone", kOfBlindZone},
+    {"DepthCamera", kOfSeen},        {"FrontBumper", kOfBumper},   {"FrontLaser", kOfSeen},
+    {"FrontSonar", kOfFrontSonar},   {"HoleLaser", kOfHoleLaser},  {"LeftLaser", kOfSideLaser},
+    {"PeoplePerception", kOfPeople}, {"RightLaser", kOfSideLaser}, {"ShovelLaser", kOfShovel}};
 
 struct Told {
   double time;
@@ -149,7 +149,7 @@ struct HealthMatrixTest : testing::TestWithParam<std::tuple<std::string, int>> {
 
   const std::string faulty = std::get<0>(GetParam());
   const bool withDepth = faulty == "DepthCamera" || faulty == "FrontSonar";
-  const std::string own = faulty.ends_with("BumperTouch") ? "Touch" : faulty;
+  const std::string own = faulty.ends_with("Bumper") ? "Touch" : faulty;
 };
 
 TEST_P(HealthMatrixTest, namesWhatRecordsOrThePlatformCanShow) {

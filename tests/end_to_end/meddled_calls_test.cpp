@@ -26,11 +26,11 @@ const Names kAllSensors{"BackSonar",  "BlindZone",   "DepthCamera", "FrontLaser"
 // Every call would take minutes; cycles have another number of calls than the stride, so each kind
 // of call has its turn. A sanitizer makes a life many times longer.
 #if defined(__SANITIZE_THREAD__)
-constexpr int kStride = 41;
+constexpr int kStride = 83;
 #elif defined(__SANITIZE_ADDRESS__)
-constexpr int kStride = 67;
+constexpr int kStride = 127;
 #else
-constexpr int kStride = 11;
+constexpr int kStride = 23;
 #endif
 
 // Two points tell as much as the rest, and each costs two calls a cycle.
@@ -84,7 +84,7 @@ class SmallVideoDevice : public QVModule {
   int count = 0;
 };
 
-/** What a navigation module does in its life with a robot, one call of which is meddled with. */
+/** The life of a navigation module with a robot, one call of which is meddled with. */
 class Scenario {
  public:
   Scenario(int number, MeddlingBroker::Meddling how) {
@@ -108,7 +108,7 @@ class Scenario {
   }
   bool wasMeddledWith() const { return platform->hasMeddled(); }
 
-  /** What never waits for hardware. */
+  /** Does what never waits for hardware. */
   void read() {
     if (!module) return;
     manager().getMetricalData();
@@ -242,7 +242,7 @@ class Scenario {
   std::optional<ScopedModule> hosting;
 };
 
-/** What may be logged when a call fails: a line that holds one of these texts, or nothing. */
+/** The lines that may be logged when a call fails: one that holds one of these texts, or none. */
 const std::map<std::string, std::vector<std::string>> kLines{
     {"isModulePresent",
      {"Error while creating ", "Unable to initialize ", "QVRobotModel is not found. ",

@@ -101,10 +101,40 @@ for (const colorScheme of ['light', 'dark']) {
   });
 }
 
-test('nothing is cut off on a screen of 400 pixels', async () => {
-  await live.page.setViewportSize({ width: 400, height: 860 });
-  const outside = await live.page.evaluate(() => [...document.querySelectorAll('button, select, input, dd, h2')]
-    .filter((element) => element.getBoundingClientRect().right > innerWidth).map((element) => element.outerHTML));
-  assert.deepEqual(outside, []);
-  assert.equal(await live.page.evaluate(() => document.documentElement.scrollWidth), 400);
+function findCut() {
+  const isCut = (element) => {
+    const { right } = element.getBoundingClientRect();
+    return right > 0.5 + Math.min(innerWidth, element.closest('main > section')?.getBoundingClientRect().right ?? innerWidth);
+  };
+  return [...document.querySelectorAll('button, select, input, dd, h2, img, .sensor, .log-line')].filter(isCut).map((element) => element.outerHTML);
+}
+
+test('nothing is cut off on screens from a phone\u2019s to a desk\u2019s', async () => {
+  for (const width of [360, 400, 1000, 1001, 1024, 1150, 1251]) {
+    await live.page.setViewportSize({ width, height: 860 });
+    assert.deepEqual(await live.page.evaluate(findCut), [], `${width} pixels`);
+    assert.equal(await live.page.evaluate(() => document.documentElement.scrollWidth), width);
+  }
+});
+
+test('words say what they mean, and the first steps are checked off as they are done', async () => {
+  const unknown = await live.page.evaluate(async () => {
+    const { HELP } = await import('/help_texts.js');
+    return [...document.querySelectorAll('[data-help]')].map(({ dataset }) => dataset.help).filter((word) => !HELP[word]);
+  });
+  assert.deepEqual(unknown, []);
+  const tip = live.page.getByRole('tooltip');
+  await live.page.locator('.sensor-columns').getByText('nearest').hover();
+  await tip.getByText(/^How far away the nearest obstacle is/).waitFor();
+  await live.page.keyboard.press('Tab');
+  await tip.waitFor({ state: 'hidden' });
+
+  const steps = live.page.locator('.welcome li.done');
+  assert.equal(await steps.count(), 0);
+  await live.switchOf('FrontLaser', 'Subscribe').click();
+  await steps.getByText('Subscribe').waitFor();
+  await live.page.getByRole('button', { name: 'Got it' }).click();
+  await live.page.reload();
+  await live.page.getByRole('button', { name: 'What to do first' }).click();
+  await live.page.getByText('Rest on a word').waitFor();
 });

@@ -26,6 +26,10 @@ test('a lost connection is shown, and healed without a click', async (context) =
   await lost.waitFor({ state: 'hidden' });
   await live.page.getByText('Live', { exact: true }).waitFor();
   await live.untilSensor('LeftLaser', ({ started }) => started);
+  const restarted = live.page.getByRole('alert').getByText('The program was started anew');
+  assert.match(await restarted.innerText(), /all subscriptions, .* are gone\. This page has subscribed to LeftLaser again\.$/);
+  await live.page.getByRole('button', { name: 'Close' }).click();
+  await restarted.waitFor({ state: 'hidden' });
   await live.switchOf('FrontLaser', 'Subscribe').click();
   await live.untilSensor('FrontLaser', ({ started }) => started);
 

@@ -80,3 +80,17 @@ test('the robot, people, touches and points are drawn where they are', async () 
     assert.ok(Math.max(...away) < 3, `${name} is ${away} pixels away`);
   }
 });
+
+test('the robot moves from state to state without a leap', async () => {
+  await show({ pose: { x: 15.5, y: 6, theta: 0 } }, 10);
+  const { middle: [start] } = await findChange(live.page);
+  await show({ pose: { x: 15.9, y: 6, theta: 0 } }, 0.1);
+  const places = [];
+  for (let pictures = 0; pictures < 60 && !(places.at(-1) === places.at(-10)); ++pictures) {
+    places.push((await findChange(live.page)).middle[0]);
+    await live.page.evaluate(() => new Promise(requestAnimationFrame));
+  }
+  const end = places.at(-1);
+  assert.ok(end > start + 10, `from ${start} to ${end} pixels`);
+  assert.ok(places.filter((place) => place > start + 1 && place < end - 1).length > 1, `${places}`);
+});

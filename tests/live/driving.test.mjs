@@ -42,6 +42,21 @@ test('the left key turns left until it is released', async () => {
   await live.until(({ velocity }) => velocity.theta === 0);
 });
 
+test('the stick drives as far as it is pushed, until it is let go', async () => {
+  await start('--pose', '3,6.3,0');
+  const touching = await LivePage.open(browser, program.url, { hasTouch: true });
+  const box = await touching.page.locator('#stick').boundingBox();
+  const [x, y] = [box.x + box.width / 2, box.y + box.height / 2];
+  await touching.page.mouse.move(x, y);
+  await touching.page.mouse.down();
+  await touching.page.mouse.move(x, y - box.height / 4, { steps: 2 });
+  const { velocity } = await touching.until((state) => state.velocity.x > 0.2);
+  assert.ok(velocity.x < 0.3 && Math.abs(velocity.theta) < 0.1, JSON.stringify(velocity));
+  await touching.page.mouse.up();
+  await touching.until((state) => state.velocity.x === 0);
+  await touching.close();
+});
+
 test('a robot whose page is gone stops', async () => {
   await start('--pose', '3,6.3,0');
   const driver = new WebSocket(`${program.url.replace('http', 'ws')}live`, 'qv.live.v1');
@@ -64,7 +79,8 @@ test('a drag from the robot sets a goal, and the robot gets there', async () => 
   await live.page.mouse.down();
   await live.page.mouse.move(x + 30, y, { steps: 3 });
   await live.page.mouse.up();
-  const { goal, pose } = await live.until((state) => state.goal !== null);
+  const { goal, pose, route } = await live.until((state) => state.goal !== null);
+  assert.deepEqual(route.at(-1), [goal.x, goal.y]);
   assert.ok(goal.x > pose.x, `${goal.x} m is not ahead of ${pose.x} m`);
   const { pose: there } = await live.until((state) => state.goal === null);
   assert.ok(Math.abs(there.x - goal.x) < 0.3, `${there.x} m instead of ${goal.x} m`);
@@ -88,7 +104,7 @@ test('a goal that cannot be reached is refused with a reason', async () => {
   await live.page.keyboard.press('g');
   for (let metres = 0; metres < 20; ++metres) await live.page.keyboard.press('Shift+ArrowUp');
   await live.page.keyboard.press('Enter');
-  await live.page.locator('#notice[data-level=warning]').getByText(/^goal: /).waitFor();
+  await live.page.locator('#notice[data-level=warning]').getByText(/^The robot can't get to 3\.00, 26\.30 m: no free way leads there\.$/).waitFor();
 });
 
 test('paused time stands still and goes on by steps of a period', async () => {

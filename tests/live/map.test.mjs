@@ -1,5 +1,8 @@
 // The map under a hand.
 import assert from 'node:assert/strict';
+import { mkdtempSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import path from 'node:path';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';
 import { countPixels, findEnlargement, findOutline } from './support/canvas.mjs';
@@ -103,6 +106,71 @@ test('what is under two fingers stays under them', async () => {
   const factor = await enlargementBy(spread, [x - box.x, y - box.y]);
   assert.ok(Math.abs(factor - 2.5) < 0.05, `enlarged by ${factor}, not by 2.5`);
 });
+
+test('the pointer tells the place, and the tape how far it is between two', async () => {
+  const box = await live.page.locator('#map').boundingBox();
+  const placeAt = async (left, top) => {
+    await live.page.mouse.move(box.x + left, box.y + top, { steps: 2 });
+    const [, x, y] = (await live.page.locator('#cursor').innerText()).match(/x (\S+) m {2}y (\S+) m/);
+    return [x, y].map((text) => Number(text.replace('\u2212', '-')));
+  };
+  const from = await placeAt(box.width * 0.6, box.height * 0.6);
+  await live.page.keyboard.press('m');
+  await live.page.mouse.down();
+  const to = await placeAt(box.width * 0.6 + 90, box.height * 0.6 - 120);
+  await live.page.mouse.up();
+  const [, length] = (await live.page.locator('#notice').innerText()).match(/^(\S+) m at 53°/);
+  assert.ok(Math.abs(Number(length) - Math.hypot(to[0] - from[0], to[1] - from[1])) < 0.03, `${length} m from ${from} to ${to}`);
+  await live.page.keyboard.press('Escape');
+  assert.equal(live.state.goal, null);
+});
+
+test('all of a large map is seen on a phone, and the page never waits for it', async (context) => {
+  const side = 4000;
+  const folder = mkdtempSync(path.join(tmpdir(), 'qv_map_'));
+  context.after(() => rmSync(folder, { recursive: true }));
+  const cells = Buffer.alloc(side * side, 254);
+  for (let at = 0; at < side; ++at) for (const edge of [at, (side - 1) * side + at, at * side, at * side + side - 1]) cells[edge] = 0;
+  writeFileSync(path.join(folder, 'large.pgm'), Buffer.concat([Buffer.from(`P5\n${side} ${side}\n255\n`), cells]));
+  writeFileSync(path.join(folder, 'large.yaml'), 'image: large.pgm\nresolution: 0.05\norigin: [0, 0, 0]\nnegate: 0\noccupied_thresh: 0.65\nfree_thresh: 0.196\n');
+  const large = await serve(['--kind', '1', '--pose', '100,100,0', '--map', path.join(folder, 'large.yaml')]);
+  const phone = await LivePage.open(browser, large.url, { viewport: { width: 400, height: 860 }, prepare: (page) => page.addInitScript(watchGaps) });
+  let corners = [];
+  for (let looks = 0; looks < 100 && corners.length < 4; ++looks) {
+    await phone.until(() => true);
+    corners = await phone.page.evaluate(findCorners);
+  }
+  assert.equal(corners.length, 4);
+  assert.ok(Math.abs(corners[1] - corners[0] - (corners[3] - corners[2])) < 3, `sides of a square: ${corners}`);
+  const longest = await phone.page.evaluate(() => globalThis.longestGap);
+  assert.ok(longest < 1000, `${longest} ms without a picture`);
+  await phone.close();
+  await large.stop();
+});
+
+/** The longest that the page came to nothing, in milliseconds. */
+function watchGaps() {
+  globalThis.longestGap = 0;
+  let last = performance.now();
+  setInterval(() => {
+    globalThis.longestGap = Math.max(globalThis.longestGap, performance.now() - last);
+    last = performance.now();
+  }, 10);
+}
+
+/** [left, right, top, bottom] of the walls around the map, none unless they are all there. */
+function findCorners() {
+  const canvas = document.getElementById('map');
+  const { data, width, height } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
+  // Thinner than a pixel, a wall is grey.
+  const isWall = (x, y) => data[4 * (y * width + x)] < 200;
+  // Beside the middle, where the robot is, and what lies over the map is not part of it.
+  const walls = (length, isAt) => [...Array(length).keys()].filter(isAt);
+  const across = walls(width, (x) => isWall(x, Math.round(height * 0.55)));
+  const down = walls(height, (y) => isWall(Math.round(width * 0.55), y));
+  const ends = [across.at(0), across.at(-1), down.at(0), down.at(-1)];
+  return ends.includes(undefined) || ends[1] - ends[0] < 100 || ends[3] - ends[2] < 100 ? [] : ends;
+}
 
 test('the map follows the theme', async () => {
   const light = await countPixels(live.page, [255, 255, 255]);

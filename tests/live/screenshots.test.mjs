@@ -18,7 +18,7 @@ after(async () => {
 });
 
 for (const colorScheme of ['light', 'dark']) {
-  for (const [width, height] of [[1400, 900], [400, 860]]) {
+  for (const [width, height] of [[1400, 900], [1024, 768], [400, 860]]) {
     test(`${colorScheme}, ${width} pixels`, async () => {
       const live = await LivePage.open(browser, program.url, { colorScheme, viewport: { width, height } });
       const all = live.page.getByRole('button', { name: 'Subscribe to all' });

@@ -2,7 +2,7 @@
 import assert from 'node:assert/strict';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';
-import { untilPixels } from './support/canvas.mjs';
+import { findOutline, untilPixels } from './support/canvas.mjs';
 import { PORTER, serve } from './support/program.mjs';
 import { connectViewer } from './support/viewer.mjs';
 
@@ -76,30 +76,52 @@ test('a disabled or failed sensor stops although it has a subscriber, and comes 
   }
 });
 
-test('a badge says how a sensor is, why in figures, and what brings it back', async () => {
-  const failing = await serve([...PORTER, '--fault', 'BackSonar:off']);
-  const page = await LivePage.open(browser, failing.url);
-  const badge = (name) => page.row(name).locator('.sensor-badge');
-  const reason = (name) => page.row(name).locator('.sensor-reason');
+test('a sensor is made to fail, which nobody overlooks, and mended', async () => {
+  const row = (name) => live.row(name);
+  const badge = (name) => row(name).locator('.sensor-badge');
+  const reason = (name) => row(name).locator('.sensor-reason');
   for (const name of ['BackSonar', 'FrontSonar']) {
     assert.equal(await badge(name).innerText(), 'off');
-    await page.switchOf(name, 'Subscribe').click();
+    await live.switchOf(name, 'Subscribe').click();
+    await badge(name).getByText('sound').waitFor();
+  }
+  await row('BackSonar').locator('.sensor-name').click();
+  await row('BackSonar').getByLabel('Fail BackSonar').selectOption('off');
+  await row('BackSonar').getByText('BackSonar was made to fail: off.').waitFor();
+  await badge('BackSonar').getByText('silent').waitFor();
+  await reason('BackSonar').getByText(/^no fresh record for \d.*limit.*\(for \d+ s\)\. Back: by itself, with sound records$/).waitFor();
+  assert.equal(await row('BackSonar').getAttribute('data-severity'), 'bad');
+  await live.page.getByText('1 in trouble').waitFor();
+  assert.equal(await row('FrontSonar').getAttribute('data-severity'), '');
+
+  await row('BackSonar').getByRole('button', { name: 'End the fault' }).click();
+  await badge('BackSonar').getByText('sound').waitFor();
+  for (const line of ['.sensor-reason', '.sensor-trouble', '.sensor-failed']) {
+    await row('BackSonar').locator(line).waitFor({ state: 'hidden' });
   }
 
-  await badge('BackSonar').getByText('silent').waitFor();
-  await reason('BackSonar').getByText(/^no fresh record since it started \d+\.\d\d s ago, limit 1\.50 s.*\. Back: by itself, with sound records$/).waitFor();
-  await badge('FrontSonar').getByText('sound').waitFor();
-  assert.equal(await reason('FrontSonar').isVisible(), false);
-  assert.equal(await badge('FrontSonar').getAttribute('title'), 'its records are fresh');
-
-  await page.switchOf('FrontSonar', 'Diagnosis').click();
+  await live.switchOf('FrontSonar', 'Diagnosis').click();
   await badge('FrontSonar').getByText('failing').waitFor();
   await reason('FrontSonar').getByText(/^its diagnosis is bad.*Back: setSensorDiagnosis/).waitFor();
-  await page.switchOf('FrontSonar', 'Diagnosis').click();
+  await live.switchOf('FrontSonar', 'Diagnosis').click();
   await badge('FrontSonar').getByText('sound').waitFor();
   await reason('FrontSonar').waitFor({ state: 'hidden' });
-  await page.close();
-  await failing.stop();
+});
+
+test('a click on a row, or on a point of the map, opens the record', async () => {
+  const record = live.row('LeftLaser').locator('.record');
+  await live.switchOf('LeftLaser', 'Subscribe').click();
+  await live.row('LeftLaser').locator('.sensor-state').click();
+  await record.getByText('measured at').waitFor();
+  const [transform] = await record.locator('dd').filter({ hasText: '0.250' }).allInnerTexts();
+  assert.equal(transform.split('\n').length, 3);
+  await live.row('LeftLaser').locator('.sensor-state').click();
+  await record.waitFor({ state: 'hidden' });
+
+  await untilPixels(live, LASER, (count) => count > 20);
+  const { pixels } = await findOutline(live.page, LASER);
+  await live.page.locator('#map').click({ position: { x: pixels[0][0], y: pixels[0][1] } });
+  await record.getByText('measured at').waitFor();
 });
 
 /** The depth frame is grey but for its components. */
@@ -113,6 +135,15 @@ function countColoured() {
   return count;
 }
 
+/** Whether the depth camera's points are in space. */
+function countSpacePoints() {
+  const canvas = document.getElementById('space');
+  const { data } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
+  let count = 0;
+  for (let at = 0; at < data.length; at += 4) count += Math.abs(data[at]) < 20 && Math.abs(data[at + 1] - 158) < 20 && Math.abs(data[at + 2] - 115) < 20;
+  return count > 500;
+}
+
 test('all sensors are subscribed at once, and the depth frame comes with them', async () => {
   const all = live.page.locator('#subscribe-all');
   await live.page.getByText('Subscribe to DepthCamera to see what it sees.').waitFor();
@@ -122,6 +153,11 @@ test('all sensors are subscribed at once, and the depth frame comes with them', 
   await live.page.getByRole('img', { name: 'Depth frame of DepthCamera' }).waitFor();
   await live.page.locator('#depth-caption').getByText(/^[1-9]\d* components?, \d+ beyond range$/).waitFor();
   assert.ok((await live.page.evaluate(countColoured)) > 100);
+
+  await live.page.getByRole('button', { name: 'Three dimensions' }).click();
+  await live.page.waitForFunction(countSpacePoints);
+  await live.page.getByRole('button', { name: 'Three dimensions' }).click();
+  await live.page.locator('#space').waitFor({ state: 'hidden' });
 
   await all.click();
   await live.until(({ sensors }) => sensors.every(({ started }) => !started));

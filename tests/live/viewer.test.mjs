@@ -26,7 +26,7 @@ test('a viewer receives what every channel promises', async () => {
   });
   client.close();
   const schemas = new Set(channels.map(({ schemaName }) => schemaName));
-  for (const name of ['PointCloud', 'FrameTransform', 'Grid', 'Log']) {
+  for (const name of ['PointCloud', 'FrameTransform', 'Grid', 'Log', 'SceneUpdate', 'RawImage']) {
     assert.ok(schemas.has(`foxglove.${name}`), `no channel of ${name}`);
   }
 });
@@ -36,4 +36,19 @@ test('both names of the protocol are taken', async () => {
     const { client } = await connectViewer(program.port, name);
     client.close();
   }
+});
+
+test('a viewer drives where it may', async () => {
+  const driven = await serve([...PORTER, '--pose', '3,6.3,0', '--viewer-drive']);
+  const { client, channels } = await connectViewer(driven.port);
+  const wheels = client.advertise({ topic: '/cmd_vel', encoding: 'json', schemaName: 'geometry_msgs/Twist' });
+  const velocity = { linear: { x: 0.3, y: 0, z: 0 }, angular: { x: 0, y: 0, z: 0 } };
+  const renewal = setInterval(() => client.sendMessage(wheels, new TextEncoder().encode(JSON.stringify(velocity))), 100);
+  client.subscribe(channels.find(({ topic }) => topic === '/tf').id);
+  await new Promise((resolve) => client.on('message', ({ data }) => {
+    if (JSON.parse(new TextDecoder().decode(data)).translation.x > 3.2) resolve();
+  }));
+  clearInterval(renewal);
+  client.close();
+  await driven.stop();
 });

@@ -13,7 +13,7 @@ struct FakeClient : outlets::WebClient {
   FakeClient() : WebClient("") {}
   void send(outlets::WebMessage message) override { sent.push_back(std::move(message)); }
 
-  /** What has come since the last call, as JSON. */
+  /** Takes what has come since the last call, as JSON. */
   std::vector<nlohmann::json> takeTexts() {
     std::vector<nlohmann::json> texts;
     for (const auto& message : sent) texts.push_back(nlohmann::json::parse(*message.payload));

@@ -53,10 +53,11 @@ TEST_F(FoxgloveFeedTest, advertisesEveryChannelWithItsSchema) {
     topics.push_back(channel["topic"]);
     EXPECT_EQ(channel["encoding"], "json");
     const json schema = json::parse(channel["schema"].get<std::string>());
-    EXPECT_TRUE(schema["properties"].contains("timestamp"));
+    EXPECT_TRUE(schema["properties"].contains("timestamp") ||
+                schema["properties"].contains("entities"));
   }
-  EXPECT_THAT(topics,
-              ElementsAre("/tf", "/map", "/log", "/sensors/LeftSonar", "/sensors/RightSonar"));
+  EXPECT_THAT(topics, ElementsAre("/tf", "/map", "/log", "/sensors/LeftSonar",
+                                  "/sensors/RightSonar", "/fields_of_view"));
 }
 
 TEST_F(FoxgloveFeedTest, sendsFramesOfASubscriptionUntilItEnds) {
@@ -105,6 +106,65 @@ TEST_F(FoxgloveFeedTest, aCloudIsWhatThePointsMeanWhereTheRobotIs) {
   }
 }
 
+TEST_F(FoxgloveFeedTest, aFieldOfViewIsAnOutlineFromTheSensorAndBack) {
+  auto seen = snapshot();
+  seen.sensors[0].view = session::SensorState::View{{1.0f, 2.0f, 0.0f}, {0.1f, 5.0f, 1.0f, 15}};
+  EXPECT_TRUE(json::parse(foxglove::fieldsOfView(seen))["entities"].empty()) << "not started";
+  seen.sensors[0].started = true;
+  const json entities = json::parse(foxglove::fieldsOfView(seen))["entities"];
+  ASSERT_EQ(entities.size(), 1u);
+  const json& points = entities[0]["lines"][0]["points"];
+  EXPECT_EQ(points.front(), json::parse(R"({"x":1.0,"y":2.0,"z":0.0})"));
+  EXPECT_EQ(points.back(), points.front());
+  EXPECT_NEAR(points[13]["x"], 6.0, 1e-3);
+  EXPECT_NEAR(points[13]["y"], 2.0, 1e-3);
+}
+
+TEST_F(FoxgloveFeedTest, aDepthImageIsItsPixelsInMillimetres) {
+  const cv::Mat_<std::uint16_t> depth({1, 3}, {0x0102, 0, 65535});
+  const json image = json::parse(foxglove::depthImage(depth, "Camera", {}));
+  EXPECT_EQ(image["width"], 3);
+  EXPECT_EQ(image["step"], 6);
+  EXPECT_EQ(image["data"], "AgEAAP//");
+}
+
+TEST(FoxgloveDrive, aViewerDrivesOnlyWhereItMayAndOnAChannelThatIsItsOwn) {
+  const auto robot = session::openSimulated(0, test::inRoom({2.0f, 3.0f, 0.0f}));
+  RequestQueue requests;
+  FoxgloveFeed driven(*robot, &requests);
+  const auto viewer = std::make_shared<test::FakeClient>();
+  driven.onOpen(viewer);
+  EXPECT_EQ(viewer->takeTexts()[0]["capabilities"], json::parse(R"(["clientPublish"])"));
+  const auto errorTo = [&](const std::string& message, bool binary) {
+    driven.onMessage(viewer, message, binary);
+    const auto answers = viewer->takeTexts();
+    return answers.empty() ? "" : answers[0].value("message", "");
+  };
+  const std::string velocity = std::string("\x01\x07\x00\x00\x00", 5) +
+                               R"({"linear":{"x":9,"y":0,"z":0},"angular":{"x":0,"y":0,"z":-0.5}})";
+  EXPECT_EQ(errorTo(velocity, true), "channel 7 is not advertised");
+  EXPECT_EQ(errorTo(R"({"op":"advertise","channels":[{"id":7,"topic":"/cmd_vel","encoding":"json",
+                        "schemaName":"geometry_msgs/Twist"}]})",
+                    false),
+            "");
+  EXPECT_EQ(errorTo(velocity, true), "");
+  const auto taken = requests.takeUntil(std::chrono::steady_clock::now());
+  ASSERT_EQ(taken.size(), 1u);
+  const auto drive = std::get<session::DriveCommand>(taken[0].command);
+  EXPECT_EQ(drive.forward, 2.0f) << "no faster than it may";
+  EXPECT_EQ(drive.turn, -0.5f);
+  EXPECT_EQ(errorTo(std::string("\x01\x07\x00\x00\x00{}", 7), true), "linear: missing");
+  EXPECT_EQ(errorTo("\x01\x07", true), "a message of a channel expected, other bytes given");
+
+  FoxgloveFeed shown(*robot);
+  shown.onOpen(viewer);
+  viewer->sent.clear();
+  shown.onMessage(viewer, R"({"op":"advertise","channels":[{"id":7,"encoding":"json",
+                              "schemaName":"geometry_msgs/Twist"}]})",
+                  false);
+  EXPECT_EQ(viewer->takeTexts()[0]["message"], "viewers may not drive here: see --viewer-drive");
+}
+
 TEST_F(FoxgloveFeedTest, theMapComesOnceAndTheLogLineByLine) {
   sut.onMessage(
       viewer,
@@ -127,8 +187,8 @@ TEST_F(FoxgloveFeedTest, saysWhatIsWrong) {
   EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[7]})"), "id: missing");
   EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[{"id":-1,"channelId":1}]})"),
             "a number of 32 bits expected, -1 given");
-  EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":6}]})"),
-            "channel 6 does not exist");
+  EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":7}]})"),
+            "channel 7 does not exist");
   EXPECT_EQ(errorTo(R"({"op":"unsubscribe","subscriptionIds":[3]})"),
             "subscription 3 does not exist");
   say(R"({"op":"subscribe","subscriptions":[{"id":1,"channelId":1}]})");

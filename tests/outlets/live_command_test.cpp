@@ -8,7 +8,7 @@ namespace {
 const std::set<std::string> kSensors = {"Laser", "Sonar/Front"};
 
 session::Command parse(const std::string& text) {
-  return parseCommand(text, kSensors);
+  return std::get<session::Command>(parseCommand(text, kSensors));
 }
 
 TEST(Command, readsEachKind) {
@@ -31,11 +31,19 @@ TEST(Command, readsEachKind) {
   EXPECT_TRUE(std::get<session::PauseCommand>(parse(R"({"op":"pause","on":true})")).on);
   EXPECT_TRUE(std::holds_alternative<session::StepCommand>(parse(R"({"op":"step"})")));
   EXPECT_EQ(std::get<session::SpeedCommand>(parse(R"({"op":"speed","value":0.1})")).value, 0.1);
+  for (const auto& [kind, expected] :
+       {std::pair(R"("stuck")", std::optional(robot::FaultKind::stuck)),
+        std::pair("null", std::optional<robot::FaultKind>())}) {
+    const std::string text = R"({"op":"fault","sensor":"Laser","kind":)" + std::string(kind) + "}";
+    EXPECT_EQ(std::get<session::FaultCommand>(parse(text)).kind, expected);
+  }
 }
 
 TEST(Command, refusesWhatIsNoneAndSaysWhatWouldBeRight) {
   const std::string ops =
-      "one of diagnose, drive, enable, goal, pause, seek, speed, step, stop, subscribe expected";
+      "one of diagnose, drive, enable, fault, goal, inspect, pause, seek, space, speed, step, "
+      "stop, "
+      "subscribe expected";
   const struct {
     const char* text;
     std::string expected;
@@ -58,6 +66,9 @@ TEST(Command, refusesWhatIsNoneAndSaysWhatWouldBeRight) {
        "\"forward\": a number from -2 to 2 expected, 2.1 given"},
       {R"({"op":"drive","forward":0,"turn":"0"})",
        "\"turn\": a number from -4 to 4 expected, \"0\" given"},
+      {R"({"op":"fault","sensor":"Laser","kind":"tired"})",
+       "fault: off, stuck, garbage, wrong, slow, delayed or intermittent expected, \"tired\" "
+       "given"},
       {R"({"op":"speed","value":0})", "\"value\": a number from 0.1 to 10 expected, 0 given"},
       {R"({"op":"goal","x":1e400,"y":0})", "an object of JSON expected"},
   };

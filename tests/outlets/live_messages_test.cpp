@@ -2,12 +2,13 @@
 
 #include <cmath>
 
+#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 #include <nlohmann/json.hpp>
 #include <opencv2/imgcodecs.hpp>
 
 #include "outlets/internal/base64.h"
-#include "outlets/web/internal/map_picture.h"
+#include "outlets/web/internal/map_tiles.h"
 #include "platform/ko/simulated_time.h"
 #include "tests/outlets/told_cases.h"
 
@@ -20,6 +21,8 @@ session::Snapshot exampleSnapshot() {
   session::Snapshot snapshot;
   snapshot.time = ko::Clock::time_point(ko::Duration(1'500'000'000));
   snapshot.pose = {1.23456f, 2.0f, 0.5f};
+  snapshot.faults = {{"Busy", "stuck"}};
+  snapshot.route = {{1.0f, 2.0f}, {1.5f, 2.0f}};
   snapshot.people = {{3.0f, 4.0f}};
   snapshot.touches = {{"Bumper", {1.0f, 1.0f}, 0.25}};
   session::SensorState idle{"Idle", "Sonar"};
@@ -43,6 +46,8 @@ TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
   EXPECT_EQ(state["time"], 1'500'000'000);
   EXPECT_EQ(state["pose"]["x"], 1.235);
   EXPECT_EQ(state["goal"], nullptr);
+  EXPECT_EQ(state["faults"], json::parse(R"({"Busy":"stuck"})"));
+  EXPECT_EQ(state["route"], json::parse("[[1.0,2.0],[1.5,2.0]]"));
   EXPECT_EQ(state["people"], json::parse("[[3.0,4.0]]"));
   EXPECT_EQ(state["touches"], json::parse(R"([{"name":"Bumper","x":1.0,"y":1.0,"since":0.25}])"));
   EXPECT_EQ(state["sensors"][0]["age"], nullptr);
@@ -50,7 +55,7 @@ TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
   EXPECT_EQ(state["sensors"][0]["fieldOfView"], nullptr);
   EXPECT_EQ(state["sensors"][1], json::parse(R"({
     "name":"Busy", "family":"Laser", "started":true, "enabled":true, "diagnosis":true,
-    "subscribers":["live view","navigation"], "rate":10.0, "age":0.1, "nearest":0.7, "trouble":"",
+    "subscribers":["live view","navigation"], "rate":10.0, "age":0.1, "nearest":0.7, "trouble":"", "troubleAge":0.0,
     "health":{"state":"late","reason":"old","remedy":"by itself","since":0.0,"times":2},
     "fieldOfView":{"x":1.0,"y":2.0,"theta":0.0,"angle":1.05,"minRange":0.1,"maxRange":5.0},
     "means":"scan",
@@ -83,12 +88,39 @@ TEST(Base64, padsAndTakesAnyByte) {
   EXPECT_EQ(toBase64(std::string("\0\xff\x10", 3)), "AP8Q");
 }
 
-TEST(MapPicture, hasTheLastRowOnTop) {
-  const OccupancyMap map(2, 2, 0.1f, {}, {0.0f, 1.0f, 0.5f, 0.0f});
-  const std::string png = makeMapPicture(map);
-  const cv::Mat_<uchar> picture =
-      cv::imdecode(std::vector<uchar>(png.begin(), png.end()), cv::IMREAD_UNCHANGED);
-  EXPECT_EQ(cv::norm(picture, cv::Mat_<uchar>({2, 2}, {205, 254, 254, 0})), 0.0);
+/** A tile decoded; empty if there is none. */
+cv::Mat_<uchar> tileOf(const MapTiles& tiles, const std::string& path) {
+  const auto png = tiles.find(path);
+  if (!png) return {};
+  return cv::imdecode(std::vector<uchar>(png->begin(), png->end()), cv::IMREAD_UNCHANGED);
+}
+
+TEST(MapTiles, haveTheLastRowOnTop) {
+  const MapTiles sut(boost::make_shared<OccupancyMap>(2, 2, 0.1f, Math::Pose2D(),
+                                                      std::vector<float>{0.0f, 1.0f, 0.5f, 0.0f}));
+  EXPECT_EQ(sut.getLevelCount(), 1);
+  const auto tile = tileOf(sut, "/map/0/0/0.png");
+  EXPECT_EQ(cv::norm(tile, cv::Mat_<uchar>({2, 2}, {205, 254, 254, 0})), 0.0);
+  for (const char* path : {"/map/1/0/0.png", "/map/0/1/0.png", "/map/0/0/1.png", "/map/0/0/0",
+                           "/map/-1/0/0.png", "/map/0/99999/99999.png", "/map/999/0/0.png"}) {
+    EXPECT_EQ(sut.find(path), std::nullopt) << path;
+  }
+  EXPECT_EQ(MapTiles(nullptr).find("/map/0/0/0.png"), std::nullopt);
+}
+
+TEST(MapTiles, aWallOfOneCellIsSeenOnEveryLevel) {
+  const auto map = boost::make_shared<OccupancyMap>(1301, 700, 0.1f, Math::Pose2D(), 0.0f);
+  map->setOccupancy(1300, 699, 1.0f);
+  const MapTiles sut(map);
+  ASSERT_EQ(sut.getLevelCount(), 3);
+  const cv::Size sizes[] = {{277, 188}, {139, 350}, {326, 175}};
+  const char* paths[] = {"/map/0/2/1.png", "/map/1/1/0.png", "/map/2/0/0.png"};
+  for (int level = 0; level < 3; ++level) {
+    const auto tile = tileOf(sut, paths[level]);
+    EXPECT_EQ(tile.size(), sizes[level]);
+    EXPECT_EQ(tile(0, tile.cols - 1), 0);
+    EXPECT_EQ(cv::countNonZero(tile), tile.rows * tile.cols - 1);
+  }
 }
 
 }  // namespace

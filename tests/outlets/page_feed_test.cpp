@@ -1,6 +1,7 @@
 #include "outlets/web/internal/page_feed.h"
 
 #include "outlets/outlet.h"
+#include "outlets/web/internal/page_details.h"
 #include "tests/outlets/fake_client.h"
 #include "tests/session/session_in_room.h"
 #include "tests/support/vocabulary.h"
@@ -47,6 +48,39 @@ TEST_F(PageFeedTest, aSubscriptionIsThePagesOwnAndGoesWithIt) {
   sut.onClose(first);
   sut.onClose(second);
   EXPECT_FALSE(sut.isWatched());
+}
+
+TEST_F(PageFeedTest, detailsGoToThePageThatAsksForThem) {
+  sut.onOpen(first);
+  sut.onOpen(second);
+  const auto opsOf = [](test::FakeClient& page) {
+    std::vector<std::string> ops;
+    for (const auto& message : page.takeTexts()) ops.push_back(message["op"]);
+    return ops;
+  };
+  opsOf(*first);
+  opsOf(*second);
+  sut.onMessage(first, R"({"op":"inspect","sensor":"LeftSonar"})", false);
+  sut.onMessage(second, R"({"op":"space","on":true})", false);
+  session::Snapshot snapshot;
+  snapshot.sensors = {{"LeftSonar", "Sonar"}};
+  auto& sensor = snapshot.sensors[0];
+  sensor.records.resize(1);
+  sensor.records[0].points.assign(kMostRecordPoints + 7, {1.0f, 2.0f, 3.0f});
+  sensor.marks.hits.assign(kMostSpacePoints + 1, {1.0f, 2.0f, 3.0f});
+  sut.show(snapshot);
+  EXPECT_THAT(first->sent, SizeIs(2));
+  const auto record = nlohmann::json::parse(*first->sent[1].payload)["records"][0];
+  EXPECT_EQ(record["points"].size(), kMostRecordPoints);
+  EXPECT_EQ(record["pointCount"], kMostRecordPoints + 7);
+  const auto space = nlohmann::json::parse(*second->sent[1].payload)["sensors"][0]["points"];
+  EXPECT_LE(space.size(), 3 * kMostSpacePoints);
+  EXPECT_EQ(space[2], 3.0);
+
+  first->sent.clear();
+  sut.onMessage(first, R"({"op":"inspect","sensor":null})", false);
+  sut.show(snapshot);
+  EXPECT_THAT(opsOf(*first), ElementsAre("state"));
 }
 
 /** Wants a sensor, and counts what it is shown. */

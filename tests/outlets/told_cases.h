@@ -10,14 +10,14 @@
 
 namespace QV::test {
 
-/** What one record of a sensor at (1, 2), which sees 2 m far along the x axis, is shown as. */
+/** A record of a sensor at (1, 2), which sees 2 m far along the x axis, and what it is shown as. */
 struct ToldCase {
   const char* name;
   Model::PointMeaning meaning;
   std::vector<Math::Position3D> points;
-  /** Where marks stand in the map, in order; of an echo's arc the right end. */
+  /** The marks in the map, in order; of an echo's arc the right end. */
   std::vector<Math::Position2D> marks;
-  /** Where a wrong reading of the points would leave one. */
+  /** The places where a wrong reading of the points would leave a mark. */
   std::vector<Math::Position2D> bare;
 };
 

@@ -196,7 +196,7 @@ def test_nothing_crashes_whatever_it_is_given_while_it_lives_and_afterwards(run_
                   qv.SensorManager([qv.Sensor("a", "b", view)]), qv.SimulatedTime()]
         lifeless = [session.map, session.broker, snapshot, snapshot.sensors[0], records[0], view,
                     qv.Module("m"), qv.Sensor("s", "f", view), qv.SensorFactory(), qv.UnitFactory(),
-                    qv.SensorUnit("u", 1), qv.Outlet(), qv.RunPicture("a.png"), qv.RecordFile("a.csv"),
+                    qv.SensorUnit("u", 1), qv.Outlet(), qv.SessionPicture("a.png"), qv.RecordFile("a.csv"),
                     qv.WorldOptions(), qv.WorldBox((0, 0, 0)), qv.FloorHole((0, 0, 0)), qv.Walker([(1, 1)])]
         makers = [getattr(qv, name) for name in qv.__all__ if name[0] != "_" and "set_log" not in name]
         nan = float("nan")

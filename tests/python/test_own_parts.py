@@ -297,12 +297,12 @@ def test_an_outlet_is_shown_what_the_live_view_shows(session, tmp_path):
 def test_files_take_snapshots(session, tmp_path):
     session.subscribe("test", "FrontLaser")
     session.run(qv.seconds(1))
-    for outlet in (qv.RecordFile(tmp_path / "run.csv"), qv.RunPicture(tmp_path / "run.png")):
+    for outlet in (qv.RecordFile(tmp_path / "run.csv"), qv.SessionPicture(tmp_path / "run.png")):
         outlet.show(session.look())
         outlet.finish()
     assert len((tmp_path / "run.csv").read_text().splitlines()) > 5
     assert (tmp_path / "run.png").read_bytes()[:4] == b"\x89PNG"
     with pytest.raises(ValueError, match="png expected"):
-        qv.RunPicture(tmp_path / "run.gif")
+        qv.SessionPicture(tmp_path / "run.gif")
     with pytest.raises(OSError, match="nofolder"):
         qv.RecordFile(tmp_path / "nofolder" / "run.csv")

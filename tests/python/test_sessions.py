@@ -1,4 +1,4 @@
-"""Robots in a run: driven, looked at, made to fail, drawn."""
+"""Robots in sessions: driven, looked at, made to fail, drawn."""
 
 import base64
 import re

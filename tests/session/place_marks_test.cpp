@@ -87,7 +87,7 @@ TEST(PlaceMarks, placesByMountingAndRobot) {
   EXPECT_NEAR(scan.hits[0].x, 0.0f, 1e-5f);
   EXPECT_NEAR(scan.hits[0].y, 4.5f, 1e-5f);
   EXPECT_EQ(scan.hits[0].z, 0.3f);
-  // Simulated ones are in the robot's frame already.
+  // Simulated ones are in the ground frame already.
   const Marks simulated = placeMarks(record, PointMeaning::scan, kRobot, Frame::map);
   EXPECT_NEAR(simulated.hits[0].y, 4.0f, 1e-5f);
 

@@ -1,6 +1,9 @@
 #include "session/sensor_check.h"
 
+#include <boost/make_shared.hpp>
+
 #include "tests/session/session_in_room.h"
+#include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
@@ -31,6 +34,38 @@ TEST(CheckSensors, judgesAManagerByTheKindsOfItsSensors) {
   EXPECT_EQ(checked[3].verdict, Verdict::works) << "silence is sound for a bumper";
   EXPECT_THAT(told, ElementsAre(0.25, 0.5, 0.75, 1.0));
   EXPECT_THAT(session->getManager().getSubscribers(), IsEmpty());
+}
+
+TEST(CheckSensors, judgesTwoKindsOfOneFamilyEachByItsOwn) {
+  test::LogCapture log;
+  const test::TemporaryFolder folder;
+  const auto description = folder.write("r.urdf", R"(<robot name="r"><link name="base"/>
+    <sensor name="Empty" type="Ledge"/><sensor name="Mat" type="Mat"/>
+    <sensor name="Scan" type="Scan"/></robot>)");
+  // The first of the family is the one that may be silent.
+  Model::SensorKind mat{41, "Mat", "Floor", Model::PointMeaning::touch, Model::Silence::always};
+  Model::SensorKind ledge{42, "Ledge", "Floor", Model::PointMeaning::zone};
+  ledge.leavesOutMisses = false;
+  Model::SensorKind scan{43, "Scan", "Floor", Model::PointMeaning::scan};
+  OpenOptions options = test::inRoom(kStart);
+  for (const auto& kind : {mat, ledge, scan}) {
+    options.sensors.add(
+        kind, [](const sensor::SensorOrder& order) -> sensor::SensorFactory::Sensors {
+          const auto made =
+              boost::make_shared<test::FakeSensor>(order.config.name, order.kind.family);
+          made->hasRecord = order.kind.type != 41;
+          made->points.clear();
+          made->stamp = [] { return ko::Clock::now(); };
+          return {made};
+        });
+  }
+  const auto session = openVirtual(description, options);
+  const auto checked = checkSensors(session->getManager());
+  ASSERT_EQ(checked.size(), 3u);
+  EXPECT_EQ(checked[0].verdict, Verdict::badData) << "Empty";
+  EXPECT_EQ(checked[0].why, "its records have no points");
+  EXPECT_EQ(checked[1].verdict, Verdict::works) << "Mat";
+  EXPECT_EQ(checked[2].verdict, Verdict::works) << "Scan, which meets nothing";
 }
 
 TEST(FindDescriptionFaults, namesSlipsAndKeysThatNobodyWrites) {

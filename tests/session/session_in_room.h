@@ -5,7 +5,7 @@
 
 namespace QV::test {
 
-/** In the room of 10 m by 6 m, at `start`. */
+/** Opens a session in the room of 10 m by 6 m, at `start`. */
 inline session::OpenOptions inRoom(const Math::Pose2D& start) {
   session::OpenOptions options;
   options.map = makeRoom();

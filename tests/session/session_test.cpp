@@ -4,7 +4,7 @@
 
 #include "session/internal/command.h"
 #include "session/internal/find_route.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 #include "session/usage_error.h"
 #include "tests/session/session_in_room.h"
 #include "tests/support/log_capture.h"
@@ -52,8 +52,7 @@ TEST_P(SessionTest, timeGoesByAsItIsTold) {
   sut->setSpeed(2.5);
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond * 7 / 2);
-  EXPECT_EQ(errorOf([&] { execute(*sut, "page", StepCommand{}); }),
-            "a paused world expected; pause it first");
+  EXPECT_EQ(errorOf([&] { execute(*sut, "page", StepCommand{}); }), "time runs: pause it first");
   sut->pause(true);
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond * 7 / 2);
@@ -80,21 +79,21 @@ TEST_P(SessionTest, aVelocityHoldsForItsShareOfTheRun) {
   EXPECT_EQ(sut->look().velocity, Math::Pose2D());
 }
 
-struct CountingListener : RunListener {
+struct CountingListener : SessionListener {
   void onWrite(const std::string&, const QVValue&, bool) override { ++writes; }
   void onImage(int, const QVValue&) override {}
   void onStep(const robot::BodyStep&) override { ++steps; }
-  void onCommand(const RunCommand&) override { ++commands; }
+  void onCommand(const SessionCommand&) override { ++commands; }
   int writes = 0, steps = 0, commands = 0;
 };
 
 TEST(SessionListeners, allHearOfTheRunAndWhoComesLateAloneOfWhatIsSoAlready) {
   const auto sut = openVirtual("porter", test::inRoom(kSessionStart));
   CountingListener first, second;
-  sut->addListener(first);
+  addListener(*sut, first);
   const int writes = first.writes;
   EXPECT_GT(writes, 0);
-  sut->addListener(second);
+  addListener(*sut, second);
   EXPECT_EQ(first.writes, writes);
   EXPECT_EQ(second.writes, writes);
   sut->drive(0.1f, 0.0f);
@@ -102,12 +101,12 @@ TEST(SessionListeners, allHearOfTheRunAndWhoComesLateAloneOfWhatIsSoAlready) {
   EXPECT_EQ(second.commands, 1);
   EXPECT_GT(second.steps, 40);
   EXPECT_EQ(first.steps, second.steps);
-  sut->removeListener(first);
+  removeListener(*sut, first);
   const int steps = first.steps;
   sut->run(kSecond);
   EXPECT_EQ(first.steps, steps);
   EXPECT_GT(second.steps, steps);
-  sut->removeListener(second);
+  removeListener(*sut, second);
 }
 
 TEST_P(SessionTest, aPauseIsNoHold) {
@@ -134,16 +133,32 @@ TEST_P(SessionTest, aWallStopsTheRobot) {
 TEST_P(SessionTest, goesToAGoalBehindIt) {
   sut->setGoal({2.0f, 4.5f});
   EXPECT_EQ(sut->look().goal, Math::Position2D(2.0f, 4.5f));
+  EXPECT_THAT(sut->look().route,
+              ElementsAre(Math::position2DFromPose2D(kSessionStart), Math::Position2D(2.0f, 4.5f)));
   sut->keepPace(kSecond * 20);
   const Snapshot there = sut->look();
   EXPECT_EQ(there.goal, std::nullopt);
+  EXPECT_THAT(there.route, IsEmpty());
   EXPECT_NEAR(there.pose.x, 2.0f, 0.1f);
   EXPECT_NEAR(there.pose.y, 4.5f, 0.1f);
   EXPECT_EQ(there.velocity, Math::Pose2D());
   EXPECT_EQ(errorOf([&] {
               sut->setGoal({20.0f, 3.0f});
             }),
-            "a place that the robot can get to expected, 20.00, 3.00 m given");
+            "the robot can't get to 20.00, 3.00 m: no free way leads there");
+}
+
+TEST_P(SessionTest, aFaultIsToldUntilItIsTakenBack) {
+  const FaultCommand stuck{"FrontSonar", robot::FaultKind::stuck};
+  if (!GetParam()) {
+    EXPECT_THAT(errorOf([&] { execute(*sut, "page", stuck); }), HasSubstr("a virtual robot"));
+    return;
+  }
+  EXPECT_THAT(sut->look().faults, IsEmpty());
+  execute(*sut, "page", stuck);
+  EXPECT_THAT(sut->look().faults, ElementsAre(testing::Pair("FrontSonar", "stuck")));
+  execute(*sut, "page", FaultCommand{"FrontSonar", std::nullopt});
+  EXPECT_THAT(sut->look().faults, IsEmpty());
 }
 
 TEST_P(SessionTest, sensorsRunForTheirSubscribersOnly) {

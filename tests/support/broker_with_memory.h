@@ -3,7 +3,7 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/middleware/qv_broker.h"
-#include "robot/services/memory_service.h"
+#include "robot/services/internal/memory_service.h"
 
 namespace QV::test {
 

@@ -2,18 +2,22 @@
 
 #include <cstddef>
 #include <cstdlib>
+#include <functional>
 #include <limits>
 #include <new>
+#include <utility>
 
 namespace QV::test {
 
-/** What a thread took from the heap by operator new. */
+/** The memory that a thread took from the heap by operator new. */
 struct Heap {
   int allocations = 0;
   double bytes = 0.0;
-  /** As many of at least this size. */
+  /** The number of those of at least this size. */
   int bigOnes = 0;
   std::size_t bigSize = std::numeric_limits<std::size_t>::max();
+  /** Called before the next one, which it may keep waiting. */
+  const std::function<void()>* onNext = nullptr;
 };
 inline thread_local Heap heap;
 
@@ -23,6 +27,7 @@ inline thread_local Heap heap;
 // mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size) {
   QV::test::Heap& heap = QV::test::heap;
+  if (const auto* const call = std::exchange(heap.onNext, nullptr)) (*call)();
   ++heap.allocations;
   heap.bytes += static_cast<double>(size);
   heap.bigOnes += size >= heap.bigSize;

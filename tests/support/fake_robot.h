@@ -39,14 +39,14 @@ class TracingBroker : public QVBroker {
     return answer ? *answer : QVBroker::call(module, method, arguments);
   }
 
-  /** From now on, for "Module.method"; an empty plan takes it back. */
+  /** Plans for "Module.method" from now on; an empty plan takes it back. */
   void plan(const std::string& method, std::function<void()> what) {
     put(method, [what] {
       if (what) what();
       return std::nullopt;
     });
   }
-  /** From now on "Module.method" answers this, and isn't called. */
+  /** Lets "Module.method" answer this from now on, without being called. */
   void planAnswer(const std::string& method, const QVValue& answer) {
     put(method, [answer] { return answer; });
   }
@@ -54,7 +54,7 @@ class TracingBroker : public QVBroker {
     plan(method, [text] { throw std::runtime_error(text); });
   }
 
-  /** What a module was asked so far, as in `getTransform["Front", 1, true]`. */
+  /** Returns what a module was asked so far, as in `getTransform["Front", 1, true]`. */
   std::vector<std::string> callsTo(const std::string& module) const {
     std::lock_guard<std::mutex> lock(mutex);
     std::vector<std::string> result;
@@ -106,7 +106,7 @@ struct FakeRobotTest : testing::Test {
     broker->registerModule(motion);
   }
 
-  /** What a sensor, started for this if need be, reads. */
+  /** Returns what a sensor, started for this if need be, reads. */
   static std::vector<Math::MetricalData> readOf(sensor::Sensor& sensor) {
     sensor.subscribe("test");
     return sensor.getData();
@@ -127,7 +127,7 @@ inline Math::Transform tiltedFrame() {
          Math::rotationFrom3DRotation(0.0f, 0.2f, 0.7f);
 }
 
-/** Whether two frames agree to a millionth. */
+/** True if two frames agree to a millionth. */
 MATCHER_P(IsNearFrame, expected, "") {
   for (std::size_t i = 0; i < arg.values.size(); ++i) {
     if (!(std::abs(arg.values[i] - expected.values[i]) < 1e-6f)) return false;

@@ -24,7 +24,7 @@ class FakeSensor : public sensor::Sensor {
   std::function<void()> onStop = [] {};
   std::function<void()> onRead = [] {};
 
-  /** What a reading measures, and when. */
+  /** The points that a reading measures, and when. */
   std::vector<Math::Position3D> points{{1.0f, 2.0f, 3.0f}};
   std::function<ko::Clock::time_point()> stamp = [] { return ko::Clock::time_point(); };
   bool hasRecord = true;

@@ -44,7 +44,7 @@ class MeddlingBroker : public QVBroker {
     return result;
   }
 
-  /** How often a name is subscribed at a module. */
+  /** Counts how often a name is subscribed at a module. */
   int countSubscriptions(const std::string& module, const std::string& name) const {
     std::lock_guard<std::mutex> lock(mutex);
     const auto found = subscriptions.find({module, name});

@@ -40,7 +40,7 @@ class Porter {
 
   bool isLaser(const std::string& sensor) const { return property(sensor, "regIndex") != nullptr; }
 
-  /** Whether the operation mode has the laser's bit. */
+  /** True if the operation mode has the laser's bit. */
   bool isLaserOn(const std::string& laser) const {
     const int mode = QVMemoryProxy(broker).getData(*property(laser, "getOperationMode")).toInt32();
     return (mode & static_cast<int>(Model::atofC(*property(laser, "regIndex")))) != 0;

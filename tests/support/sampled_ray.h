@@ -28,7 +28,7 @@ class SampledRay {
         sinYaw(std::sin(double{map.getOrigin().theta})),
         occupiedAbove(occupiedAbove) {}
 
-  /** Whether the point at `range` metres lies in a cell that stops the ray. */
+  /** True if the point at `range` metres lies in a cell that stops the ray. */
   bool isStoppedAt(double range) const {
     const double x = pose.x + range * cosDirection - map.getOrigin().x;
     const double y = pose.y + range * sinDirection - map.getOrigin().y;
@@ -46,7 +46,7 @@ class SampledRay {
     return std::numeric_limits<double>::infinity();
   }
 
-  /** Whether the ray lies in a stopping cell within `step` of `range`, however small the corner. */
+  /** True if the ray lies in a stopping cell within `step` of `range`, however small the corner. */
   bool isStoppedNear(double range, double step) const {
     for (double way = step; way > 1e-8; way *= 0.7) {
       if (isStoppedAt(range + way) || isStoppedAt(range - way)) return true;

@@ -71,7 +71,7 @@ class SocketClient {
     return take(end + 4);
   }
 
-  /** In one frame, masked with zeros. */
+  /** Sends a text in one frame, masked with zeros. */
   void sendText(const std::string& text) const {
     constexpr char kLast = '\x81';
     constexpr unsigned kMasked = 0x80;

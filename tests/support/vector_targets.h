@@ -9,7 +9,7 @@
 namespace QV::test {
 
 /**
- * Calls `check` with the name of each set of vector instructions that this machine has, in use. The
+ * Calls `check` with the name of each set of SIMD instructions that this machine has, in use. The
  * one that QV_VECTOR_TARGET names must be among them.
  */
 template <typename Check>

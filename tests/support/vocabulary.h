@@ -6,7 +6,7 @@
 #include <boost/chrono/duration.hpp>
 #include <gmock/gmock.h>
 
-/** What most tests are written in. */
+/** The names that most tests are written in. */
 namespace QV {
 
 using boost::chrono::milliseconds;

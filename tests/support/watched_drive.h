@@ -7,7 +7,7 @@
 
 namespace QV::test {
 
-/** What somebody sees of a sensor's health while a sound robot drives about. */
+/** The health of a sensor, as somebody sees it while a sound robot drives about. */
 struct WatchedDrive {
   session::OpenOptions options;
   /** Faults that were told of, with the time in seconds and the reason. */

@@ -20,9 +20,13 @@ struct Channels {
   std::vector<Channel> all;
   /** The names of the sensors by channel. */
   std::map<std::uint32_t, std::string> sensors;
+  /** Where the sensors look. */
+  std::uint32_t fields = 0;
+  /** The frames of the depth camera; 0 without one. */
+  std::uint32_t depth = 0;
 };
 
-/** The robot, its map, its log, and each sensor of the manager. */
-Channels listChannels(const sensor::SensorManager& manager);
+/** The robot, its map, its log, each sensor of the manager, and the frames of `depthSensor`. */
+Channels listChannels(const sensor::SensorManager& manager, const std::string& depthSensor);
 
 }  // namespace QV::outlets::foxglove

@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "outlets/foxglove/internal/foxglove_messages.h"
+#include "outlets/foxglove/internal/viewer_drive.h"
 #include "outlets/foxglove/internal/viewer_request.h"
 
 namespace QV::outlets {
@@ -43,14 +44,16 @@ std::string newSession() {
 
 }  // namespace
 
-FoxgloveFeed::FoxgloveFeed(session::Session& robot)
+FoxgloveFeed::FoxgloveFeed(session::Session& robot, RequestQueue* requests)
     : map(robot.getMap()),
-      channels(foxglove::listChannels(robot.getManager())),
+      depth(robot, findDepthSensor(robot)),
+      channels(foxglove::listChannels(robot.getManager(), depth.getSensor())),
+      requests(requests),
       title(robot.getTitle()),
       sessionId(newSession()) {}
 
 void FoxgloveFeed::onOpen(const std::shared_ptr<WebClient>& client) {
-  client->send(textMessage(foxglove::serverInfo(title, sessionId)));
+  client->send(textMessage(foxglove::serverInfo(title, sessionId, requests != nullptr)));
   client->send(textMessage(foxglove::advertisement(channels.all)));
   std::lock_guard lock(mutex);
   viewers.add(client);
@@ -58,19 +61,68 @@ void FoxgloveFeed::onOpen(const std::shared_ptr<WebClient>& client) {
 
 void FoxgloveFeed::onMessage(const std::shared_ptr<WebClient>& client, const std::string& text,
                              bool binary) {
-  const json message = binary ? json() : json::parse(text, nullptr, false);
-  const auto op = message.is_object() && message.contains("op") ? message.at("op") : json();
-  const auto subscribe = [&](const json& entry) {
-    const std::uint32_t id = foxglove::numberIn(foxglove::memberOf(entry, "id"));
-    xSubscribe(client, id, foxglove::numberIn(foxglove::memberOf(entry, "channelId")));
-  };
-  const auto unsubscribe = [&](const json& id) { xUnsubscribe(client, foxglove::numberIn(id)); };
   answering(*client, [&] {
-    if (op == "subscribe") return forEach(*client, message, "subscriptions", subscribe);
-    if (op == "unsubscribe") return forEach(*client, message, "subscriptionIds", unsubscribe);
-    throw std::invalid_argument("subscribe and unsubscribe are understood, " + op.dump() +
-                                " is not");
+    if (binary) {
+      xDrive(client, text);
+    } else {
+      xAnswer(client, text);
+    }
   });
+}
+
+void FoxgloveFeed::xAnswer(const std::shared_ptr<WebClient>& client, const std::string& text) {
+  using foxglove::memberOf;
+  using foxglove::numberIn;
+  const json message = json::parse(text, nullptr, false);
+  const auto op = message.is_object() && message.contains("op") ? message.at("op") : json();
+  if (op == "subscribe") {
+    return forEach(*client, message, "subscriptions", [&](const json& entry) {
+      const std::uint32_t id = numberIn(memberOf(entry, "id"));
+      xSubscribe(client, id, numberIn(memberOf(entry, "channelId")));
+    });
+  }
+  if (op == "unsubscribe") {
+    return forEach(*client, message, "subscriptionIds",
+                   [&](const json& id) { xUnsubscribe(client, numberIn(id)); });
+  }
+  if (op == "advertise") {
+    return forEach(*client, message, "channels", [&](const json& channel) {
+      xAdvertise(client, foxglove::driveChannelIn(channel));
+    });
+  }
+  if (op == "unadvertise") {
+    return forEach(*client, message, "channelIds",
+                   [&](const json& id) { xUnadvertise(client, numberIn(id)); });
+  }
+  throw std::invalid_argument("subscribe and unsubscribe are understood, " + op.dump() + " is not");
+}
+
+void FoxgloveFeed::xAdvertise(const std::shared_ptr<WebClient>& client, std::uint32_t channel) {
+  if (!requests) throw std::invalid_argument("viewers may not drive here: see --viewer-drive");
+  std::lock_guard lock(mutex);
+  viewers.at(client).wheels.insert(channel);
+}
+
+void FoxgloveFeed::xUnadvertise(const std::shared_ptr<WebClient>& client, std::uint32_t channel) {
+  std::lock_guard lock(mutex);
+  viewers.at(client).wheels.erase(channel);
+}
+
+void FoxgloveFeed::xDrive(const std::shared_ptr<WebClient>& client, const std::string& frame) {
+  const auto message = foxglove::readViewerMessage(frame);
+  {
+    std::lock_guard lock(mutex);
+    if (viewers.at(client).wheels.count(message.channel) == 0) {
+      throw std::invalid_argument("channel " + std::to_string(message.channel) +
+                                  " is not advertised");
+    }
+  }
+  const auto refuse = [client](const std::string& reason) {
+    client->send(textMessage(foxglove::errorStatus(reason)));
+  };
+  if (!requests->add({foxglove::readVelocity(message.payload), refuse})) {
+    refuse("too many commands wait already");
+  }
 }
 
 void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uint32_t subscription,
@@ -81,7 +133,7 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
   if (channel == 0 || channel > channels.all.size()) refuse("channel", channel, " does not exist");
   {
     std::lock_guard lock(mutex);
-    auto& subscriptions = viewers.at(client);
+    auto& subscriptions = viewers.at(client).subscriptions;
     if (subscriptions.count(subscription) > 0) refuse("subscription", subscription, " is in use");
     for (const auto& [id, taken] : subscriptions) {
       if (taken == channel) refuse("channel", channel, " is subscribed to already");
@@ -98,7 +150,7 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
 void FoxgloveFeed::xUnsubscribe(const std::shared_ptr<WebClient>& client,
                                 std::uint32_t subscription) {
   std::lock_guard lock(mutex);
-  if (viewers.at(client).erase(subscription) > 0) return;
+  if (viewers.at(client).subscriptions.erase(subscription) > 0) return;
   throw std::invalid_argument("subscription " + std::to_string(subscription) + " does not exist");
 }
 
@@ -108,9 +160,13 @@ void FoxgloveFeed::onClose(const std::shared_ptr<WebClient>& client) {
 }
 
 void FoxgloveFeed::show(const session::Snapshot& snapshot) {
+  xShowDepth(snapshot);
   std::lock_guard lock(mutex);
   if (xIsWatched(foxglove::kPose)) {
     xPublish(foxglove::kPose, Delivery::latest, snapshot.time, foxglove::frameTransform(snapshot));
+  }
+  if (xIsWatched(channels.fields)) {
+    xPublish(channels.fields, Delivery::latest, snapshot.time, foxglove::fieldsOfView(snapshot));
   }
   for (const auto& [channel, name] : channels.sensors) {
     if (!xIsWatched(channel)) continue;
@@ -122,6 +178,20 @@ void FoxgloveFeed::show(const session::Snapshot& snapshot) {
   }
 }
 
+// The camera takes its time: others need not wait for it.
+void FoxgloveFeed::xShowDepth(const session::Snapshot& snapshot) {
+  const auto isWatched = [this] {
+    std::lock_guard lock(mutex);
+    return channels.depth != 0 && xIsWatched(channels.depth);
+  };
+  if (!isWatched()) return depth.rest();
+  const auto frame = depth.next(snapshot);
+  if (!frame) return;
+  const std::string image = foxglove::depthImage(*frame, depth.getSensor(), snapshot.time);
+  std::lock_guard lock(mutex);
+  xPublish(channels.depth, Delivery::latest, snapshot.time, image);
+}
+
 void FoxgloveFeed::showLog(const std::vector<ko::log::Record>& lines) {
   std::lock_guard lock(mutex);
   if (!xIsWatched(foxglove::kLog)) return;
@@ -131,6 +201,7 @@ void FoxgloveFeed::showLog(const std::vector<ko::log::Record>& lines) {
 }
 
 bool FoxgloveFeed::isWatched() const {
+  if (!depth.isResting()) return true;
   std::lock_guard lock(mutex);
   return std::any_of(channels.all.begin(), channels.all.end(), [this](const auto& channel) {
     return channel.id != foxglove::kLog && channel.id != foxglove::kMap && xIsWatched(channel.id);
@@ -142,9 +213,10 @@ session::Demand FoxgloveFeed::getDemand() const {
   session::Demand demand;
   for (const auto& [client, viewer] : viewers) {
     std::set<std::string>& wanted = demand[viewer.subscriber];
-    for (const auto& [id, channel] : viewer.state) {
+    for (const auto& [id, channel] : viewer.state.subscriptions) {
       const auto sensor = channels.sensors.find(channel);
       if (sensor != channels.sensors.end()) wanted.insert(sensor->second);
+      if (channel == channels.depth && channel != 0) wanted.insert(depth.getSensor());
     }
   }
   return demand;
@@ -152,7 +224,7 @@ session::Demand FoxgloveFeed::getDemand() const {
 
 bool FoxgloveFeed::xIsWatched(std::uint32_t channel) const {
   for (const auto& [client, viewer] : viewers) {
-    for (const auto& [id, subscribed] : viewer.state) {
+    for (const auto& [id, subscribed] : viewer.state.subscriptions) {
       if (subscribed == channel) return true;
     }
   }
@@ -162,7 +234,7 @@ bool FoxgloveFeed::xIsWatched(std::uint32_t channel) const {
 void FoxgloveFeed::xPublish(std::uint32_t channel, Delivery delivery, ko::Clock::time_point time,
                             const std::string& payload) {
   for (const auto& [client, viewer] : viewers) {
-    for (const auto& [id, subscribed] : viewer.state) {
+    for (const auto& [id, subscribed] : viewer.state.subscriptions) {
       if (subscribed == channel) sendData(*client, id, delivery, time, payload);
     }
   }

@@ -3,22 +3,27 @@
 #include <cstdint>
 #include <map>
 #include <mutex>
+#include <set>
 #include <string>
 #include <vector>
 
 #include "outlets/foxglove/internal/foxglove_channels.h"
+#include "outlets/web/internal/depth_frames.h"
+#include "outlets/web/internal/request_queue.h"
 #include "outlets/web/internal/web_clients.h"
 #include "outlets/web/internal/web_outlet.h"
 #include "session/session.h"
 
 namespace QV::outlets {
 
-/** The stream for viewers that speak the Foxglove WebSocket protocol: they look and change nothing.
+/**
+ * The stream for viewers that speak the Foxglove WebSocket protocol: they look, and where they are
+ * allowed to, drive.
  */
 class QV_API FoxgloveFeed : public WebOutlet {
  public:
-  /** The robot is looked at only here. */
-  explicit FoxgloveFeed(session::Session& robot);
+  /** With a queue, which must outlive it, viewers may drive. The session must outlive it, too. */
+  explicit FoxgloveFeed(session::Session& robot, RequestQueue* requests = nullptr);
 
   std::vector<std::string> getProtocols() const override {
     return {"foxglove.websocket.v1", "foxglove.sdk.v1"};
@@ -35,6 +40,19 @@ class QV_API FoxgloveFeed : public WebOutlet {
   void show(const session::Snapshot& snapshot) override;
 
  private:
+  /** What one viewer wants. */
+  struct Viewer {
+    /** The channel of each subscription. */
+    std::map<std::uint32_t, std::uint32_t> subscriptions;
+    /** Its own, on which it drives. */
+    std::set<std::uint32_t> wheels;
+  };
+
+  void xAnswer(const std::shared_ptr<WebClient>& client, const std::string& text);
+  void xAdvertise(const std::shared_ptr<WebClient>& client, std::uint32_t channel);
+  void xUnadvertise(const std::shared_ptr<WebClient>& client, std::uint32_t channel);
+  void xDrive(const std::shared_ptr<WebClient>& client, const std::string& frame);
+  void xShowDepth(const session::Snapshot& snapshot);
   void xSubscribe(const std::shared_ptr<WebClient>& client, std::uint32_t subscription,
                   std::uint32_t channel);
   void xUnsubscribe(const std::shared_ptr<WebClient>& client, std::uint32_t subscription);
@@ -45,12 +63,15 @@ class QV_API FoxgloveFeed : public WebOutlet {
 
   /** Null if there is none. */
   const boost::shared_ptr<const OccupancyMap> map;
+  DepthFrames depth;
   const foxglove::Channels channels;
+  /** Null where viewers change nothing. */
+  RequestQueue* const requests;
   const std::string title;
   const std::string sessionId;
   mutable std::mutex mutex;
-  /** With the channel of each subscription; "foxglove viewer 2". */
-  WebClients<std::map<std::uint32_t, std::uint32_t>> viewers{"foxglove viewer"};
+  /** "foxglove viewer 2". */
+  WebClients<Viewer> viewers{"foxglove viewer"};
 };
 
 }  // namespace QV::outlets

@@ -1,6 +1,9 @@
 #pragma once
 
+#include <cstdint>
 #include <string>
+
+#include <opencv2/core.hpp>
 
 #include "platform/ko/log.h"
 #include "platform/navigation/occupancy_map.h"
@@ -19,6 +22,11 @@ QV_API std::string pointCloud(const session::SensorState& sensor,
                               const session::Snapshot& snapshot);
 /** Occupancies of a map: 0 free to 100 solid, 255 unknown. */
 std::string grid(const OccupancyMap& map, ko::Clock::time_point time);
+/** Where each started sensor looks, on the floor. */
+QV_API std::string fieldsOfView(const session::Snapshot& snapshot);
+/** A depth frame in millimetres, 0 where there is none; `sensor` names the camera's frame. */
+QV_API std::string depthImage(const cv::Mat_<std::uint16_t>& depth, const std::string& sensor,
+                              ko::Clock::time_point time);
 std::string logLine(const ko::log::Record& line);
 
 }  // namespace QV::outlets::foxglove

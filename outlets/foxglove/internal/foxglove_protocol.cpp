@@ -11,11 +11,14 @@ constexpr int kErrorLevel = 2;
 
 }  // namespace
 
-std::string serverInfo(const std::string& name, const std::string& session) {
+std::string serverInfo(const std::string& name, const std::string& session, bool hears) {
+  const auto listOf = [hears](const char* what) {
+    return hears ? Json::array({what}) : Json::array();
+  };
   return toText({{"op", "serverInfo"},
                  {"name", name},
-                 {"capabilities", Json::array()},
-                 {"supportedEncodings", Json::array()},
+                 {"capabilities", listOf("clientPublish")},
+                 {"supportedEncodings", listOf("json")},
                  {"metadata", Json::object()},
                  {"sessionId", session}});
 }

@@ -17,7 +17,8 @@ struct Channel {
   std::string schema;
 };
 
-std::string serverInfo(const std::string& name, const std::string& session);
+/** `hears` what viewers publish, or not. */
+std::string serverInfo(const std::string& name, const std::string& session, bool hears);
 /** With the schemas' texts. */
 std::string advertisement(const std::vector<Channel>& channels);
 /** Something that went wrong with what a viewer asked for. */

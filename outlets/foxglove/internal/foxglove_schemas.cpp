@@ -29,6 +29,37 @@ const ordered_json kFields = {
     {"type", "array"},
     {"items", object({{"name", kText}, {"offset", kInteger}, {"type", kInteger}})}};
 
+ordered_json listOf(const ordered_json& items) {
+  return {{"type", "array"}, {"items", items}};
+}
+
+const ordered_json kFlag = {{"type", "boolean"}};
+const ordered_json kColour =
+    object({{"r", kNumber}, {"g", kNumber}, {"b", kNumber}, {"a", kNumber}});
+const ordered_json kLine = object({{"type", kInteger},
+                                   {"pose", kPose},
+                                   {"thickness", kNumber},
+                                   {"scale_invariant", kFlag},
+                                   {"points", listOf(kVector)},
+                                   {"color", kColour},
+                                   {"colors", listOf(kColour)},
+                                   {"indices", listOf(kInteger)}});
+
+// Our scenes have lines only; the lists of everything else are empty.
+ordered_json entity() {
+  ordered_json properties = {{"timestamp", kTime},
+                             {"frame_id", kText},
+                             {"id", kText},
+                             {"lifetime", kTime},
+                             {"frame_locked", kFlag}};
+  for (const char* none :
+       {"metadata", "arrows", "cubes", "spheres", "cylinders", "triangles", "texts", "models"}) {
+    properties[none] = listOf({{"type", "object"}});
+  }
+  properties["lines"] = listOf(kLine);
+  return object(properties);
+}
+
 const std::map<std::string, ordered_json>& schemas() {
   static const std::map<std::string, ordered_json> all = {
       {"foxglove.FrameTransform", object({{"timestamp", kTime},
@@ -51,6 +82,15 @@ const std::map<std::string, ordered_json>& schemas() {
                                {"name", kText},
                                {"file", kText},
                                {"line", kInteger}})},
+      {"foxglove.SceneUpdate",
+       object({{"deletions", listOf({{"type", "object"}})}, {"entities", listOf(entity())}})},
+      {"foxglove.RawImage", object({{"timestamp", kTime},
+                                    {"frame_id", kText},
+                                    {"width", kInteger},
+                                    {"height", kInteger},
+                                    {"encoding", kText},
+                                    {"step", kInteger},
+                                    {"data", kBytes}})},
       {"foxglove.PointCloud", object({{"timestamp", kTime},
                                       {"frame_id", kText},
                                       {"pose", kPose},

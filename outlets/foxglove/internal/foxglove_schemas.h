@@ -4,8 +4,7 @@
 
 namespace QV::outlets::foxglove {
 
-/** The JSON schema of "foxglove.FrameTransform", "foxglove.Grid", "foxglove.Log" or
- * "foxglove.PointCloud". */
+/** The JSON schema of a message by its name, such as "foxglove.Log". */
 std::string schemaText(const std::string& name);
 
 }  // namespace QV::outlets::foxglove

@@ -11,7 +11,7 @@ namespace QV::outlets::foxglove {
 const nlohmann::json& memberOf(const nlohmann::json& object, const char* name);
 /** The array of this name. */
 const nlohmann::json& arrayIn(const nlohmann::json& object, const char* name);
-/** Of 32 bits. */
+/** Reads a number of 32 bits. */
 std::uint32_t numberIn(const nlohmann::json& value);
 
 }  // namespace QV::outlets::foxglove

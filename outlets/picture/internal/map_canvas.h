@@ -20,7 +20,7 @@ class MapCanvas {
   cv::Mat& getImage() { return image; }
   double getPixelsPerMetre() const { return scale; }
 
-  /** In pixels, with 4 fractional bits as OpenCV's drawing takes them (`shift` = 4). */
+  /** Returns pixels, with 4 fractional bits as OpenCV's drawing takes them (`shift` = 4). */
   cv::Point toPixel(const Math::Position2D& world) const;
 
   void drawPolyline(const std::vector<Math::Position2D>& world, const cv::Scalar& colour,

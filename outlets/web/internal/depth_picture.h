@@ -15,7 +15,7 @@ struct DepthPicture {
   std::string png;
   int width = 0;
   int height = 0;
-  /** Of at least 1 % of the pixels. */
+  /** The number of components of at least 1 % of the pixels. */
   int components = 0;
   /** Pixels farther than a depth camera's sensor takes. */
   int beyond = 0;

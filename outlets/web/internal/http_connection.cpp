@@ -120,12 +120,16 @@ class HttpConnection : public Connection, public std::enable_shared_from_this<Ht
       return response;
     }
     const std::string path = pathOf(request);
-    const auto file = service->files.find(path == "/" ? "/index.html" : path);
-    if (file == service->files.end()) {
-      return makeRefusal(http::status::not_found, "There is no such file.");
-    }
+    auto content = xFind(path == "/" ? "/index.html" : path);
+    if (!content) return makeRefusal(http::status::not_found, "There is no such file.");
     return makeResponse(http::status::ok, contentTypeOf(path == "/" ? "index.html" : path),
-                        std::string(file->second.content));
+                        std::move(*content));
+  }
+
+  std::optional<std::string> xFind(const std::string& path) const {
+    const auto file = service->files.find(path);
+    if (file != service->files.end()) return std::string(file->second.content);
+    return service->handler.findContent(path);
   }
 
   void xUpgrade(const WebRequest& request) {

@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <cmath>
 #include <map>
+#include <optional>
+#include <stdexcept>
 #include <vector>
 
 #include <nlohmann/json.hpp>
@@ -50,6 +52,24 @@ class Fields {
     return value;
   }
 
+  std::string text(const char* name) const {
+    if (!get(name).is_string()) refuse(name, "a text");
+    return get(name).get<std::string>();
+  }
+
+  bool isNull(const char* name) const { return get(name).is_null(); }
+
+  std::optional<robot::FaultKind> fault(const char* name) const {
+    const json& field = get(name);
+    if (field.is_null()) return std::nullopt;
+    if (!field.is_string()) refuse(name, "the name of a fault or null");
+    try {
+      return robot::parseFaultKind(field.get<std::string>());
+    } catch (const std::invalid_argument& error) {
+      throw session::UsageError(error.what());
+    }
+  }
+
   float metres(const char* name) const {
     return static_cast<float>(number(name, -kFarthest, kFarthest));
   }
@@ -66,49 +86,61 @@ class Fields {
   const std::set<std::string>& sensors;
 };
 
-session::Command readSubscribe(const Fields& fields) {
+PageCommand readSubscribe(const Fields& fields) {
   return session::SubscribeCommand{fields.sensor(), fields.flag("on")};
 }
 
-session::Command readEnable(const Fields& fields) {
+PageCommand readEnable(const Fields& fields) {
   return session::EnableCommand{fields.sensor(), fields.flag("on")};
 }
 
-session::Command readDiagnose(const Fields& fields) {
+PageCommand readDiagnose(const Fields& fields) {
   return session::DiagnoseCommand{fields.sensor(), fields.flag("value")};
 }
 
-session::Command readDrive(const Fields& fields) {
+PageCommand readDrive(const Fields& fields) {
   const double forward = fields.number("forward", -session::kFastest, session::kFastest);
   const double turn = fields.number("turn", -session::kFastestTurn, session::kFastestTurn);
   return session::DriveCommand{static_cast<float>(forward), static_cast<float>(turn)};
 }
 
-session::Command readGoal(const Fields& fields) {
+PageCommand readGoal(const Fields& fields) {
   return session::GoalCommand{{fields.metres("x"), fields.metres("y")}};
 }
 
-session::Command readPause(const Fields& fields) {
+PageCommand readPause(const Fields& fields) {
   return session::PauseCommand{fields.flag("on")};
 }
 
-session::Command readSeek(const Fields& fields) {
+PageCommand readSeek(const Fields& fields) {
   return session::SeekCommand{fields.number("time", 0.0, session::kLongestRecording)};
 }
 
-session::Command readSpeed(const Fields& fields) {
+PageCommand readSpeed(const Fields& fields) {
   return session::SpeedCommand{
       fields.number("value", session::kSlowestTime, session::kFastestTime)};
 }
 
 template <typename Command>
-session::Command readNothing(const Fields&) {
+PageCommand readNothing(const Fields&) {
   return Command{};
+}
+
+PageCommand readFault(const Fields& fields) {
+  return session::FaultCommand{fields.text("sensor"), fields.fault("kind")};
+}
+
+PageCommand readInspect(const Fields& fields) {
+  return InspectCommand{fields.isNull("sensor") ? std::string() : fields.sensor()};
+}
+
+PageCommand readSpace(const Fields& fields) {
+  return SpaceCommand{fields.flag("on")};
 }
 
 struct Kind {
   std::vector<std::string> fields;
-  session::Command (*read)(const Fields&);
+  PageCommand (*read)(const Fields&);
 };
 
 const std::map<std::string, Kind>& kinds() {
@@ -123,6 +155,9 @@ const std::map<std::string, Kind>& kinds() {
       {"seek", {{"time"}, readSeek}},
       {"step", {{}, readNothing<session::StepCommand>}},
       {"speed", {{"value"}, readSpeed}},
+      {"fault", {{"sensor", "kind"}, readFault}},
+      {"inspect", {{"sensor"}, readInspect}},
+      {"space", {{"on"}, readSpace}},
   };
   return all;
 }
@@ -154,7 +189,7 @@ void checkFields(const json& command, const std::vector<std::string>& expected) 
 
 }  // namespace
 
-session::Command parseCommand(const std::string& text, const std::set<std::string>& sensors) {
+PageCommand parseCommand(const std::string& text, const std::set<std::string>& sensors) {
   const json command = json::parse(text, nullptr, false);
   if (!command.is_object()) throw session::UsageError("an object of JSON expected");
   const Kind& kind = kindOf(command);

@@ -2,17 +2,30 @@
 
 #include <set>
 #include <string>
+#include <variant>
 
 #include "platform/api.h"
 #include "session/internal/command.h"
 
 namespace QV::outlets {
 
+/** Which sensor's records a page is told; empty for none. */
+struct InspectCommand {
+  std::string sensor;
+};
+/** Whether a page is told what the sensors see in space. */
+struct SpaceCommand {
+  bool on;
+};
+
+/** What a page asks for: of the session, or for itself. */
+using PageCommand = std::variant<session::Command, InspectCommand, SpaceCommand>;
+
 /**
  * Reads {"op": ..., ...}: a field too many or too few, one of another type, a number out of range
  * and a sensor that is none of `sensors` are a UsageError, which says what would be right.
  */
-QV_API session::Command parseCommand(const std::string& text, const std::set<std::string>& sensors);
+QV_API PageCommand parseCommand(const std::string& text, const std::set<std::string>& sensors);
 
 /** The "op" of a text; empty where there is none. */
 std::string findOp(const std::string& text);

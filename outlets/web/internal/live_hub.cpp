@@ -22,6 +22,13 @@ std::optional<std::string> LiveHub::chooseProtocol(const std::string& path,
   return *known;
 }
 
+std::optional<std::string> LiveHub::findContent(const std::string& path) const {
+  for (const auto& [protocol, outlet] : outlets) {
+    if (auto content = outlet->findContent(path)) return content;
+  }
+  return std::nullopt;
+}
+
 void LiveHub::onOpen(const std::shared_ptr<WebClient>& client) {
   xOutletOf(*client).onOpen(client);
 }

@@ -19,6 +19,7 @@ class LiveHub : public WebHandler {
 
   std::optional<std::string> chooseProtocol(const std::string& path,
                                             const std::vector<std::string>& offered) const override;
+  std::optional<std::string> findContent(const std::string& path) const override;
   void onOpen(const std::shared_ptr<WebClient>& client) override;
   void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                  bool binary) override;

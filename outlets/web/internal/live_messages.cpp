@@ -1,9 +1,11 @@
 #include "outlets/web/internal/live_messages.h"
 
+#include <chrono>
+
 #include "outlets/internal/base64.h"
 #include "outlets/internal/family_colour.h"
-#include "outlets/web/internal/depth_feed.h"
-#include "outlets/web/internal/map_picture.h"
+#include "outlets/web/internal/depth_frames.h"
+#include "outlets/web/internal/map_tiles.h"
 #include "outlets/web/internal/page_points.h"
 
 namespace QV::outlets {
@@ -49,6 +51,7 @@ Json toJson(const session::SensorState& sensor) {
           {"age", toJson(sensor.age)},
           {"nearest", toJson(sensor.nearest)},
           {"trouble", sensor.trouble},
+          {"troubleAge", rounded(sensor.troubleAge)},
           {"health", QV::outlets::toJson(sensor.health)},
           {"fieldOfView", toJson(sensor.view)},
           {"means", getName(sensor.points)},
@@ -76,12 +79,30 @@ Json toJson(const ko::log::Record& line) {
           {"message", line.message}};
 }
 
-Json toJson(const OccupancyMap& map) {
-  return {{"png", toBase64(makeMapPicture(map))},
-          {"width", map.getWidth()},
-          {"height", map.getHeight()},
-          {"resolution", QV::outlets::toJson(map.getResolution())},
-          {"origin", exactPoseOf(map.getOrigin())}};
+Json toJson(const boost::shared_ptr<const OccupancyMap>& map, int levels) {
+  if (!map) return {};
+  return {{"width", map->getWidth()},
+          {"height", map->getHeight()},
+          {"resolution", QV::outlets::toJson(map->getResolution())},
+          {"origin", exactPoseOf(map->getOrigin())},
+          {"tile", MapTiles::kSide},
+          {"levels", levels}};
+}
+
+// The kinds that make sense for each sensor that can be made to fail.
+Json faultsOf(const session::Session& robot) {
+  Json faults = Json::object();
+  for (const std::string& sensor : robot.getFaultySensors()) {
+    Json kinds = Json::array();
+    for (const auto kind : robot.getPossibleFaults(sensor)) kinds.push_back(getName(kind));
+    faults[sensor] = std::move(kinds);
+  }
+  return faults;
+}
+
+// Another one after a restart.
+std::string newRun() {
+  return std::to_string(std::chrono::system_clock::now().time_since_epoch().count());
 }
 
 template <typename T>
@@ -93,20 +114,22 @@ Json toArray(const std::vector<T>& values) {
 
 }  // namespace
 
-Json describeWorld(session::Session& robot) {
+Json describeWorld(session::Session& robot, int mapLevels) {
   Json colours = Json::object();
   const auto families = robot.getManager().getFamilyNames();
   for (const std::string& family : families) colours[family] = toText(colourOfFamily(family));
-  const std::string depthSensor = findDepthSensor(robot.getManager());
+  const std::string depthSensor = findDepthSensor(robot);
   return {{"op", "hello"},
           {"world", robot.getFrame() == session::Frame::map ? "simulated" : "virtual"},
           {"title", robot.getTitle()},
-          {"map", robot.getMap() ? toJson(*robot.getMap()) : Json()},
+          {"run", newRun()},
+          {"map", toJson(robot.getMap(), mapLevels)},
           {"radius", rounded(robot.getRadius())},
           {"canDrive", !robot.getLength()},
           {"hasPeople", !robot.look().people.empty()},
           {"families", families},
           {"colours", std::move(colours)},
+          {"faults", faultsOf(robot)},
           {"depthSensor", depthSensor.empty() ? Json() : Json(depthSensor)}};
 }
 
@@ -120,6 +143,10 @@ std::string pageStateOf(const session::Snapshot& snapshot) {
   for (const auto& person : snapshot.people) {
     people.push_back({rounded(person.x), rounded(person.y)});
   }
+  Json route = Json::array();
+  for (const auto& corner : snapshot.route) {
+    route.push_back({rounded(corner.x), rounded(corner.y)});
+  }
   return toText({{"op", "state"},
                  {"time", inNanoseconds(snapshot.time)},
                  {"paused", snapshot.paused},
@@ -128,9 +155,11 @@ std::string pageStateOf(const session::Snapshot& snapshot) {
                  {"pose", roundedPoseOf(snapshot.pose)},
                  {"velocity", roundedPoseOf(snapshot.velocity)},
                  {"goal", toJson(snapshot.goal)},
+                 {"route", std::move(route)},
                  {"sensors", toArray(snapshot.sensors)},
                  {"people", std::move(people)},
-                 {"touches", toArray(snapshot.touches)}});
+                 {"touches", toArray(snapshot.touches)},
+                 {"faults", snapshot.faults}});
 }
 
 std::string logMessage(const std::vector<ko::log::Record>& lines) {

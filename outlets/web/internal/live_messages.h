@@ -12,8 +12,9 @@
 
 namespace QV::outlets {
 
-/** What every page is told first of a robot, its map and its families. */
-QV_API Json describeWorld(session::Session& robot);
+/** What every page is told first of a robot, its map, in so many levels of tiles, and its families.
+ */
+QV_API Json describeWorld(session::Session& robot, int mapLevels);
 
 /** What the page is told; docs/live-view.md describes each. All are one object of JSON. */
 QV_API std::string helloMessage(Json world, const std::string& subscriber);

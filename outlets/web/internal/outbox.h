@@ -12,9 +12,9 @@
 
 namespace QV::outlets {
 
-/** What becomes of a message to a client that is not read yet. */
+/** The fate of a message to a client that is not read yet. */
 enum class Delivery {
-  /** It comes in any case; a client that lets too many of these wait is given up. */
+  /** A message that comes in any case; a client that lets too many of these wait is given up. */
   control,
   /** A newer one of the same slot takes its place. */
   latest,
@@ -27,7 +27,7 @@ struct WebMessage {
   std::shared_ptr<const std::string> payload;
   bool binary = false;
   Delivery delivery = Delivery::control;
-  /** Of Delivery::latest. */
+  /** The slot of Delivery::latest. */
   std::string slot = {};
 };
 
@@ -37,7 +37,10 @@ inline WebMessage textMessage(std::string text, Delivery delivery = Delivery::co
   return {std::make_shared<const std::string>(std::move(text)), false, delivery, std::move(slot)};
 }
 
-/** What waits to be written to one client: never more than so much. For one thread at a time. */
+/**
+ * The messages that wait to be written to one client: never more than so much. For one thread at a
+ * time.
+ */
 class QV_API Outbox {
  public:
   static constexpr std::size_t kMostControl = 256;

@@ -3,16 +3,17 @@
 #include <utility>
 #include <variant>
 
-#include "outlets/web/internal/live_command.h"
+#include "outlets/web/internal/page_details.h"
 #include "session/usage_error.h"
 
 namespace QV::outlets {
 
 PageFeed::PageFeed(session::Session& robot, RequestQueue& requests)
-    : world(describeWorld(robot)),
+    : tiles(robot.getMap()),
+      world(describeWorld(robot, tiles.getLevelCount())),
       sensors(robot.getManager().getSensorList()),
       requests(requests),
-      depth(robot, findDepthSensor(robot.getManager())) {}
+      depth(robot, findDepthSensor(robot)) {}
 
 PageFeed::~PageFeed() = default;
 
@@ -36,18 +37,29 @@ void PageFeed::onMessage(const std::shared_ptr<WebClient>& client, const std::st
   }
 }
 
-void PageFeed::xExecute(const std::shared_ptr<WebClient>& client, const session::Command& command,
+void PageFeed::xExecute(const std::shared_ptr<WebClient>& client, const PageCommand& command,
                         const RequestQueue::Refusal& refuse) {
-  if (const auto* subscription = std::get_if<session::SubscribeCommand>(&command)) {
-    std::lock_guard lock(mutex);
-    std::set<std::string>& wanted = pages.at(client);
-    if (subscription->on) {
-      wanted.insert(subscription->sensor);
-    } else {
-      wanted.erase(subscription->sensor);
+  std::lock_guard lock(mutex);
+  Page& page = pages.at(client);
+  if (const auto* inspect = std::get_if<InspectCommand>(&command)) {
+    page.inspected = inspect->sensor;
+  } else if (const auto* space = std::get_if<SpaceCommand>(&command)) {
+    page.inSpace = space->on;
+  } else {
+    const auto& order = std::get<session::Command>(command);
+    if (const auto* subscription = std::get_if<session::SubscribeCommand>(&order)) {
+      return xWant(page, *subscription);
     }
-  } else if (!requests.add({command, refuse})) {
-    refuse("fewer commands expected: too many wait already");
+    if (requests.add({order, refuse})) return;
+    refuse("too many commands wait already; try again in a moment");
+  }
+}
+
+void PageFeed::xWant(Page& page, const session::SubscribeCommand& subscription) {
+  if (subscription.on) {
+    page.sensors.insert(subscription.sensor);
+  } else {
+    page.sensors.erase(subscription.sensor);
   }
 }
 
@@ -59,7 +71,7 @@ void PageFeed::onClose(const std::shared_ptr<WebClient>& client) {
 session::Demand PageFeed::getDemand() const {
   std::lock_guard lock(mutex);
   session::Demand demand;
-  for (const auto& [client, page] : pages) demand[page.subscriber] = page.state;
+  for (const auto& [client, page] : pages) demand[page.subscriber] = page.state.sensors;
   return demand;
 }
 
@@ -70,10 +82,26 @@ bool PageFeed::isWatched() const {
 void PageFeed::show(const session::Snapshot& snapshot) {
   if (!xHasPages()) return depth.rest();
   const WebMessage state = textMessage(pageStateOf(snapshot), Delivery::latest, "state");
-  auto frame = depth.next(snapshot);
+  const auto frame = depth.next(snapshot);
+  const auto picture =
+      frame ? std::optional(depthMessage(depth.getSensor(), painter.paint(*frame))) : std::nullopt;
   std::lock_guard lock(mutex);
   pages.sendToAll(state);
-  if (frame) pages.sendToAll(textMessage(std::move(*frame), Delivery::latest, "depth"));
+  if (picture) pages.sendToAll(textMessage(*picture, Delivery::latest, "depth"));
+  xShowDetails(snapshot);
+}
+
+void PageFeed::xShowDetails(const session::Snapshot& snapshot) {
+  std::optional<WebMessage> space;
+  for (const auto& [client, page] : pages) {
+    if (!page.state.inspected.empty()) {
+      client->send(
+          textMessage(recordMessage(page.state.inspected, snapshot), Delivery::latest, "record"));
+    }
+    if (!page.state.inSpace) continue;
+    if (!space) space = textMessage(spaceMessage(snapshot), Delivery::latest, "space");
+    client->send(*space);
+  }
 }
 
 void PageFeed::showLog(const std::vector<ko::log::Record>& lines) {

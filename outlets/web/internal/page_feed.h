@@ -7,8 +7,11 @@
 #include <string>
 #include <vector>
 
-#include "outlets/web/internal/depth_feed.h"
+#include "outlets/web/internal/depth_frames.h"
+#include "outlets/web/internal/depth_picture.h"
+#include "outlets/web/internal/live_command.h"
 #include "outlets/web/internal/live_messages.h"
+#include "outlets/web/internal/map_tiles.h"
 #include "outlets/web/internal/request_queue.h"
 #include "outlets/web/internal/web_clients.h"
 #include "outlets/web/internal/web_outlet.h"
@@ -28,6 +31,10 @@ class QV_API PageFeed : public WebOutlet {
   ~PageFeed() override;
 
   std::vector<std::string> getProtocols() const override { return {"qv.live.v1"}; }
+  /** The map's tiles. */
+  std::optional<std::string> findContent(const std::string& path) const override {
+    return tiles.find(path);
+  }
   void onOpen(const std::shared_ptr<WebClient>& client) override;
   /** A subscription is the client's own; all other commands go into the queue. */
   void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
@@ -41,17 +48,30 @@ class QV_API PageFeed : public WebOutlet {
   void showLog(const std::vector<ko::log::Record>& lines) override;
 
  private:
-  void xExecute(const std::shared_ptr<WebClient>& client, const session::Command& command,
+  /** What one page wants. */
+  struct Page {
+    std::set<std::string> sensors;
+    /** Whose records it looks at; empty for none. */
+    std::string inspected;
+    bool inSpace = false;
+  };
+
+  void xExecute(const std::shared_ptr<WebClient>& client, const PageCommand& command,
                 const RequestQueue::Refusal& refuse);
   bool xHasPages() const;
+  // The caller of these holds the mutex.
+  static void xWant(Page& page, const session::SubscribeCommand& subscription);
+  void xShowDetails(const session::Snapshot& snapshot);
 
+  const MapTiles tiles;
   const Json world;
   const std::set<std::string> sensors;
   RequestQueue& requests;
-  DepthFeed depth;
+  DepthFrames depth;
+  DepthPainter painter;
   mutable std::mutex mutex;
-  /** With the sensors that they want; "page 3". */
-  WebClients<std::set<std::string>> pages{"page"};
+  /** "page 3". */
+  WebClients<Page> pages{"page"};
   std::deque<ko::log::Record> lastLines;
 };
 

@@ -6,7 +6,7 @@
 namespace QV::outlets {
 
 struct PageFile {
-  /** Without a folder. */
+  /** The name without a folder. */
   std::string_view name;
   std::string_view content;
 };

@@ -7,7 +7,7 @@
 
 namespace QV::outlets {
 
-/** Of one sensor, at most. */
+/** The most points of one sensor. */
 constexpr std::size_t kMostPagePoints = 1000;
 
 /** Hits and echoes from above, in the map: so few that every page can draw them. */

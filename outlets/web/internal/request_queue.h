@@ -8,6 +8,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/api.h"
 #include "session/internal/command.h"
 
 namespace QV::outlets {
@@ -15,12 +16,12 @@ namespace QV::outlets {
 /** A command and whom to tell when it can't be done. */
 struct LiveRequest {
   session::Command command;
-  /** With the reason; called on the session's thread. */
+  /** Refuses the request with the reason; called on the session's thread. */
   std::function<void(const std::string&)> refuse;
 };
 
 /** Commands on their way from the server's thread to the session's. Safe from any thread. */
-class RequestQueue {
+class QV_API RequestQueue {
  public:
   static constexpr std::size_t kMost = 256;
   using Refusal = std::function<void(const std::string&)>;

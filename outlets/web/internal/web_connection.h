@@ -23,7 +23,7 @@ class Connection {
   virtual void sayGoodbye() = 0;
 };
 
-/** What the connections of one server share. For the server's thread. */
+/** The things that the connections of one server share. For the server's thread. */
 struct Service {
   const WebGuard guard;
   std::map<std::string, PageFile> files;
@@ -34,7 +34,7 @@ struct Service {
 
 using ServicePtr = std::shared_ptr<Service>;
 
-/** Its place among the connections of the server. */
+/** The place of a connection among those of the server. */
 class Listing {
  public:
   Listing(ServicePtr service, Connection* connection)

@@ -12,15 +12,15 @@ namespace QV::outlets {
 class QV_API WebGuard {
  public:
   /**
-   * Of a server at `address`; `origins` such as "https://viewer.example" are let in, too, and the
-   * host and port of one that begins with "http://" is a Host of ours. What is no origin:
+   * Guards a server at `address`; `origins` such as "https://viewer.example" are let in, too, and
+   * the host and port of one that begins with "http://" is a Host of ours. What is no origin:
    * UsageError.
    */
   WebGuard(const std::string& address, const std::vector<std::string>& origins);
 
   /**
-   * Why a request is refused, empty if it is not: its Host must be an address of this server, its
-   * Origin, if it has one, that Host or one that is let in.
+   * Finds why a request is refused, empty if it is not: its Host must be an address of this server,
+   * its Origin, if it has one, that Host or one that is let in.
    */
   std::string findFault(const std::string& host, const std::string& origin) const;
 
@@ -30,12 +30,12 @@ class QV_API WebGuard {
   const bool anyAddress;
   /** Names and addresses, with any port. */
   std::set<std::string> names;
-  /** With their ports. */
+  /** The hosts with their ports. */
   std::set<std::string> hosts;
   std::set<std::string> origins;
 };
 
-/** Whether only this machine reaches `address`. */
+/** True if only this machine reaches `address`. */
 QV_API bool isLoopback(const std::string& address);
 
 }  // namespace QV::outlets

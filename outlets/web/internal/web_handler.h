@@ -41,6 +41,9 @@ class QV_API WebHandler {
   virtual std::optional<std::string> chooseProtocol(
       const std::string& path, const std::vector<std::string>& offered) const = 0;
 
+  /** The content of a path that no file of the server's has; nothing if there is none. */
+  virtual std::optional<std::string> findContent(const std::string&) const { return std::nullopt; }
+
   virtual void onOpen(const std::shared_ptr<WebClient>& client) = 0;
   virtual void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                          bool binary) = 0;

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <memory>
+#include <optional>
 #include <string>
 #include <vector>
 
@@ -13,6 +14,8 @@ namespace QV::outlets {
 class WebOutlet : public Outlet {
  public:
   virtual std::vector<std::string> getProtocols() const = 0;
+  /** What there is to GET at a path; nothing if there is none. */
+  virtual std::optional<std::string> findContent(const std::string&) const { return std::nullopt; }
 
   virtual void onOpen(const std::shared_ptr<WebClient>& client) = 0;
   virtual void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,

@@ -66,7 +66,7 @@ class WebSocketConnection : public Connection,
   }
 
  private:
-  /** What others hold may outlive the connection and its server. */
+  /** A client as others hold it: it may outlive the connection and its server. */
   struct Client : WebClient {
     Client(const std::string& protocol, std::weak_ptr<WebSocketConnection> connection)
         : WebClient(protocol), connection(std::move(connection)) {}

@@ -1,7 +1,9 @@
 // Numbers and times as the page writes them.
 
 export function fixed(value, digits) {
-  return value === null || value === undefined ? '–' : value.toFixed(digits).replace('-', '−');
+  if (value === null || value === undefined) return '–';
+  // What is rounded to nothing has no sign.
+  return value.toFixed(digits).replace(/^-(?=[0.]*$)/, '').replace('-', '−');
 }
 
 /** "1.20 m"; a dash for null. */

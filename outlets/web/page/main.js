@@ -6,19 +6,28 @@ import { ConnectionView } from './connection_view.js';
 import { DepthPanel } from './depth_panel.js';
 import { byId, setAttribute, setHidden, setText } from './dom.js';
 import { DriveKeys } from './drive_keys.js';
+import { DriveStick } from './drive_stick.js';
 import { GoalPicker } from './goal_picker.js';
 import { listenToKeys } from './keyboard.js';
 import { LogPanel } from './log_panel.js';
 import { MapGestures } from './map_gestures.js';
+import { MapReadout } from './map_readout.js';
 import { MapView } from './map_view.js';
-import { notify } from './notices.js';
+import { notify, notifyRefusal } from './notices.js';
+import { RestartNotice } from './restart_notice.js';
 import { RobotView } from './robot_view.js';
 import { SensorPanel } from './sensor_panel.js';
+import { SpacePanel } from './space_panel.js';
+import { Tape } from './tape.js';
 import { TimeControls } from './time_controls.js';
+import { Tooltip } from './tooltip.js';
+import { Welcome } from './welcome.js';
 
 const ZOOM_STEP = 1.3;
 const DRIVE_HELP = 'Arrow keys drive. Drag from the robot, or press g, to set a goal. Escape stops. ';
-const HELP = 'Drag, or Shift and arrow keys, move the map; wheel, pinch, + and − zoom; 0 shows all of it.';
+const HELP = 'Click a point for its record. Drag, or Shift and arrow keys, move the map; wheel, pinch, + and − zoom; 0 shows all of it.';
+// Pixels around a point: fingers are wide.
+const CLICK_REACH = 14;
 
 const scheme = location.protocol === 'https:' ? 'wss' : 'ws';
 const connection = new Connection(`${scheme}://${location.host}/live`);
@@ -32,13 +41,32 @@ function send(command) {
 
 const map = new MapView(byId('map'));
 const goal = new GoalPicker(map, byId('goal'), ({ x, y }) => send({ op: 'goal', x, y }));
-const drive = new DriveKeys(({ forward, turn }) => send({ op: 'drive', forward, turn }));
+const sendDrive = ({ forward, turn }) => send({ op: 'drive', forward, turn });
+const drive = new DriveKeys(sendDrive);
+const stick = new DriveStick(byId('stick'), sendDrive);
+const tape = new Tape(map, byId('measure'));
 const time = new TimeControls(send);
-const sensors = new SensorPanel(send, (name) => (map.chosen = name));
+const welcome = new Welcome();
+const sensors = new SensorPanel(send, (name) => (map.chosen = name), (name) => {
+  map.inspected = name;
+  if (name) welcome.hearInspected();
+});
 const depth = new DepthPanel();
 const log = new LogPanel();
 const robot = new RobotView();
-new MapGestures(byId('map'), map, goal);
+const readout = new MapReadout(byId('map'), map);
+const space = new SpacePanel((on) => connection.send({ op: 'space', on }));
+const restart = new RestartNotice();
+new Tooltip();
+new MapGestures(byId('map'), map, {
+  goal,
+  tape,
+  onClick(left, top) {
+    const hit = map.findPoint(left, top, CLICK_REACH);
+    if (hit) sensors.show(hit.sensor);
+  },
+});
+map.onDraw = () => readout.refresh();
 
 function follow(on) {
   map.follows = on;
@@ -46,19 +74,22 @@ function follow(on) {
 }
 
 function fit() {
+  if (space.isOn) return space.reset();
   follow(false);
   map.fit();
 }
 
 function stop() {
   goal.cancel();
+  tape.putAway();
   drive.releaseAll();
+  stick.release();
   if (drive.isPossible) send({ op: 'stop' });
 }
 
 const controls = {
-  'zoom-in': () => map.zoomBy(ZOOM_STEP),
-  'zoom-out': () => map.zoomBy(1 / ZOOM_STEP),
+  'zoom-in': () => (space.isOn ? space : map).zoomBy(ZOOM_STEP),
+  'zoom-out': () => (space.isOn ? space : map).zoomBy(1 / ZOOM_STEP),
   fit,
   follow: () => follow(!map.follows),
   stop,
@@ -76,6 +107,7 @@ listenToKeys({
     0: fit,
     f: controls.follow,
     g: () => goal.togglePicking(),
+    m: () => tape.toggle(),
     ' ': () => time.togglePause(),
     '.': () => time.step(),
     Escape: stop,
@@ -88,21 +120,27 @@ const receivers = {
     document.title = `${message.title} · QV live view`;
     goal.isPossible = drive.isPossible = message.canDrive;
     setHidden(byId('drive-tools'), !message.canDrive);
+    setHidden(byId('stick'), !message.canDrive);
     setText(byId('map-help'), (message.canDrive ? DRIVE_HELP : '') + HELP);
     setFamilyColours(message.colours);
+    restart.setWorld(message, sensors.wanted);
+    welcome.setWorld(message);
     sensors.setWorld(message);
     robot.setWorld(message);
+    space.setWorld(message);
     log.clear();
     depth.clear();
     depthSensor = message.depthSensor;
-    return map.setWorld(message);
+    map.setWorld(message);
   },
 
   state(message) {
     map.setState(message);
     robot.setState(message);
     time.setState(message);
-    sensors.setState(message.sensors);
+    sensors.setState(message);
+    space.setState(message);
+    welcome.setState(message);
     depth.setState(message.sensors);
     const camera = message.sensors.find(({ name }) => name === depthSensor);
     if (camera) depth.expect(camera);
@@ -110,7 +148,9 @@ const receivers = {
 
   log: ({ lines }) => log.add(lines),
   depth: (message) => depth.setFrame(message),
-  refused: ({ command, message }) => notify(`${command}: ${message}`, 'warning'),
+  record: (message) => sensors.setRecord(message),
+  space: (message) => space.setSpace(message),
+  refused: ({ message }) => notifyRefusal(message),
 };
 let depthSensor = null;
 

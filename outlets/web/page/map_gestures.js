@@ -1,5 +1,5 @@
-// Mouse, pen and fingers on the map: a drag that begins on the robot takes a goal, any other moves the map; wheel and two
-// fingers zoom.
+// Mouse, pen and fingers on the map: a drag that begins on the robot takes a goal, any other moves the map or, with the
+// tape out, measures; wheel and two fingers zoom; a click asks what is there.
 
 const REACH = { mouse: 12, pen: 16, touch: 26 };
 const WHEEL_STEP = 0.0015;
@@ -12,14 +12,18 @@ export class MapGestures {
   #canvas;
   #view;
   #goal;
+  #tape;
+  #onClick;
   #pointers = new Map();
   #from = null;
 
-  /** `goal` is the GoalPicker. */
-  constructor(canvas, view, goal) {
+  /** `goal` is the GoalPicker, `tape` the Tape; `onClick` is told [left, top] of a click that is for neither. */
+  constructor(canvas, view, { goal, tape, onClick }) {
     this.#canvas = canvas;
     this.#view = view;
     this.#goal = goal;
+    this.#tape = tape;
+    this.#onClick = onClick;
     canvas.addEventListener('pointerdown', (event) => this.#begin(event));
     canvas.addEventListener('pointermove', (event) => this.#move(event));
     canvas.addEventListener('pointerup', (event) => this.#end(event));
@@ -35,6 +39,7 @@ export class MapGestures {
     // Two fingers are no click.
     this.#from = this.#pointers.size > 1 ? null : point;
     if (this.#pointers.size > 1) this.#goal.dropDrag();
+    else if (this.#tape.isOut) this.#tape.begin(this.#view.viewport.toMap(...point));
     else if (this.#isOnRobot(event)) this.#goal.beginDrag();
   }
 
@@ -43,6 +48,7 @@ export class MapGestures {
     if (!before) return this.#showWhatADragDoes(event);
     const point = [event.offsetX, event.offsetY];
     if (this.#goal.isDragged) this.#goal.dragTo(this.#view.viewport.toMap(...point));
+    else if (this.#tape.isOut && this.#from) this.#tape.dragTo(this.#view.viewport.toMap(...point));
     else if (this.#pointers.size === 2) this.#pinch(event.pointerId, before, point);
     else this.#view.panBy(point[0] - before[0], point[1] - before[1]);
     this.#pointers.set(event.pointerId, point);
@@ -50,11 +56,19 @@ export class MapGestures {
 
   #end(event) {
     if (!this.#pointers.delete(event.pointerId)) return;
-    const [left, top] = [event.offsetX, event.offsetY];
+    const point = [event.offsetX, event.offsetY];
     if (this.#goal.isDragged) this.#goal.endDrag(this.#isOnRobot(event));
-    else if (this.#goal.isPicking && this.#from && Math.hypot(left - this.#from[0], top - this.#from[1]) < CLICK) {
-      this.#goal.pick(this.#view.viewport.toMap(left, top));
-    }
+    else if (this.#tape.isOut && this.#from) this.#tape.end();
+    else if (this.#isClick(point)) this.#click(point);
+  }
+
+  #isClick([left, top]) {
+    return this.#from && Math.hypot(left - this.#from[0], top - this.#from[1]) < CLICK;
+  }
+
+  #click(point) {
+    if (this.#goal.isPicking) this.#goal.pick(this.#view.viewport.toMap(...point));
+    else this.#onClick(...point);
   }
 
   #abandon(event) {
@@ -80,7 +94,7 @@ export class MapGestures {
   }
 
   #showWhatADragDoes(event) {
-    const aims = this.#goal.isPicking || (this.#goal.isPossible && this.#isOnRobot(event));
+    const aims = this.#goal.isPicking || this.#tape.isOut || (this.#goal.isPossible && this.#isOnRobot(event));
     this.#canvas.classList.toggle('aims', aims);
   }
 }

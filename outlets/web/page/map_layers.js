@@ -96,42 +96,66 @@ export function robotRadius(viewport, radius) {
   return Math.max(radius * viewport.scale, 8);
 }
 
+/** The rim is the robot's own, to scale; a small one is drawn inside a mark that can be found. */
 export function drawRobot(context, viewport, theme, pose, radius) {
   const [left, top] = viewport.toCanvas(pose.x, pose.y);
   const size = robotRadius(viewport, radius);
   context.save();
   context.translate(left, top);
   context.rotate(-pose.theta);
+  context.fillStyle = theme.surface;
+  context.strokeStyle = theme.ink;
+  context.lineWidth = 2;
+  disc(context, size);
+  context.fill();
+  context.stroke();
+  if (size > radius * viewport.scale + 1) {
+    context.lineWidth = 1;
+    disc(context, radius * viewport.scale);
+    context.stroke();
+  }
+  arrowPath(context, size);
+  context.fillStyle = theme.ink;
+  context.fill();
+  context.restore();
+}
+
+function disc(context, size) {
   context.beginPath();
   context.arc(0, 0, size, 0, FULL_TURN);
-  context.fillStyle = theme.surface;
-  context.fill();
-  context.lineWidth = 2;
-  context.strokeStyle = theme.ink;
-  context.stroke();
+}
+
+function arrowPath(context, size) {
   context.beginPath();
   context.moveTo(size * 0.72, 0);
   context.lineTo(-size * 0.38, size * 0.46);
   context.lineTo(-size * 0.14, 0);
   context.lineTo(-size * 0.38, -size * 0.46);
   context.closePath();
-  context.fillStyle = theme.ink;
-  context.fill();
-  context.restore();
 }
 
-/** `isPicked`: still in the person's hand, so that it is not yet where the robot goes. */
-export function drawGoal(context, viewport, theme, pose, goal, isPicked) {
-  const [left, top] = viewport.toCanvas(goal.x, goal.y);
+/** The way that is left, corner by corner; `route` begins where the robot is to be now. */
+export function drawRoute(context, viewport, theme, pose, route) {
   context.save();
-  context.strokeStyle = theme.accent;
+  context.strokeStyle = context.fillStyle = theme.accent;
   context.lineWidth = 2;
   context.setLineDash([6, 5]);
   context.beginPath();
   context.moveTo(...viewport.toCanvas(pose.x, pose.y));
-  context.lineTo(left, top);
+  for (const [x, y] of route.slice(1)) context.lineTo(...viewport.toCanvas(x, y));
   context.stroke();
-  if (!isPicked) context.setLineDash([]);
+  for (const [x, y] of route.slice(1, -1)) {
+    const [left, top] = viewport.toCanvas(x, y);
+    context.fillRect(left - 2.5, top - 2.5, 5, 5);
+  }
+  context.restore();
+}
+
+export function drawGoal(context, viewport, theme, goal) {
+  const [left, top] = viewport.toCanvas(goal.x, goal.y);
+  context.save();
+  context.strokeStyle = theme.accent;
+  context.lineWidth = 2;
   context.beginPath();
   context.arc(left, top, 9, 0, FULL_TURN);
   for (const [right, down] of [[1, 0], [-1, 0], [0, 1], [0, -1]]) {
@@ -142,7 +166,49 @@ export function drawGoal(context, viewport, theme, pose, goal, isPicked) {
   context.restore();
 }
 
-const SCALE_LENGTHS = [0.1, 0.2, 0.5, 1, 2, 5, 10, 20];
+/** A goal still in the person's hand: no way is known yet. */
+export function drawPicked(context, viewport, theme, pose, goal) {
+  context.save();
+  context.strokeStyle = theme.accent;
+  context.lineWidth = 1.5;
+  context.setLineDash([2, 5]);
+  context.beginPath();
+  context.moveTo(...viewport.toCanvas(pose.x, pose.y));
+  context.lineTo(...viewport.toCanvas(goal.x, goal.y));
+  context.stroke();
+  context.restore();
+  drawGoal(context, viewport, theme, goal);
+}
+
+export function drawTape(context, viewport, theme, { from, to }) {
+  const [start, end] = [viewport.toCanvas(from.x, from.y), viewport.toCanvas(to.x, to.y)];
+  context.save();
+  context.strokeStyle = theme.ink;
+  context.lineWidth = 2;
+  context.beginPath();
+  context.moveTo(...start);
+  context.lineTo(...end);
+  for (const [left, top] of [start, end]) {
+    context.moveTo(left + 4, top);
+    context.arc(left, top, 4, 0, FULL_TURN);
+  }
+  context.stroke();
+  const length = Math.hypot(to.x - from.x, to.y - from.y);
+  drawLabel(context, theme, `${fixed(length, 2)} m`, (start[0] + end[0]) / 2 + 8, (start[1] + end[1]) / 2 - 8);
+  context.restore();
+}
+
+function drawLabel(context, theme, text, left, bottom) {
+  context.font = '600 12px system-ui, sans-serif';
+  context.fillStyle = theme.surface;
+  context.globalAlpha = 0.9;
+  context.fillRect(left - 5, bottom - 14, context.measureText(text).width + 10, 19);
+  context.globalAlpha = 1;
+  context.fillStyle = theme.ink;
+  context.fillText(text, left, bottom);
+}
+
+const SCALE_LENGTHS = [0.1, 0.2, 0.5, 1, 2, 5, 10, 20, 50, 100, 200, 500, 1000, 2000, 5000];
 
 export function drawScale(context, viewport, theme) {
   const length = SCALE_LENGTHS.findLast((metres) => metres * viewport.scale <= 130) ?? SCALE_LENGTHS[0];

@@ -1,26 +1,41 @@
-// The canvas with the map: keeps what is to be seen, and draws it once a frame when something changed.
+// The canvas with the map: keeps what is to be seen, and draws it once a frame when something changed or moves.
 
 import { onThemeChange, readTheme } from './colours.js';
+import { Layer } from './layer.js';
 import * as layers from './map_layers.js';
+import { Motion } from './motion.js';
 import { PointTrail } from './point_trail.js';
+import { TileStore } from './tile_store.js';
 import { Viewport } from './viewport.js';
 import { WorldMap } from './world_map.js';
 
+// Metres around a robot that has no map.
+const AROUND = 6;
+
 export class MapView {
   viewport = new Viewport();
-  /** The last from the program, or null. */
+  /** The last from the program, with the robot and people where they are drawn; or null. */
   state = null;
   radius = 0.3;
+  /** Called after each picture. */
+  onDraw = () => {};
 
   #canvas;
   #theme = readTheme();
   #map = null;
+  #tiles = new TileStore(() => this.#change());
   #trail = new PointTrail();
+  #motion = new Motion();
+  #below = new Layer();
+  #above = new Layer();
+  #version = 0;
   #isDue = false;
   #isFitted = false;
   #follows = false;
   #chosen = '';
+  #inspected = '';
   #picked = null;
+  #tape = null;
 
   constructor(canvas) {
     this.#canvas = canvas;
@@ -28,26 +43,33 @@ export class MapView {
     onThemeChange(() => this.#repaint());
   }
 
-  async setWorld(hello) {
+  setWorld(hello) {
     this.radius = hello.radius;
     this.#trail.clear();
     const before = JSON.stringify(this.#map?.box);
-    this.#map = await WorldMap.load(hello.map);
+    this.#map = hello.map ? new WorldMap(hello.map, this.#tiles) : null;
     this.#repaint();
-    if (JSON.stringify(this.#map.box) !== before) this.fit();
+    if (JSON.stringify(this.#map?.box) !== before) this.fit();
   }
 
   setState(state) {
-    this.state = state;
     this.#trail.add(state.sensors, state.time / 1e9);
-    if (this.#follows) this.viewport.centre = { x: state.pose.x, y: state.pose.y };
-    this.draw();
+    this.#motion.hear(state, performance.now());
+    this.state = { ...state, ...this.#motion.look(performance.now()) };
+    if (!this.#isFitted) this.fit();
+    this.#change();
   }
 
   /** The sensor whose field of view stands out; '' for none. */
   set chosen(name) {
     this.#chosen = name;
-    this.draw();
+    this.#change();
+  }
+
+  /** The sensor whose records are open; '' for none. */
+  set inspected(name) {
+    this.#inspected = name;
+    this.#change();
   }
 
   /** A goal in the person's hand, in metres, or null. */
@@ -60,18 +82,29 @@ export class MapView {
     this.draw();
   }
 
+  /** {from, to} in metres, or null. */
+  get tape() {
+    return this.#tape;
+  }
+
+  set tape(tape) {
+    this.#tape = tape;
+    this.draw();
+  }
+
   get follows() {
     return this.#follows;
   }
 
   set follows(on) {
     this.#follows = on;
-    if (on && this.state) this.setState(this.state);
+    this.draw();
   }
 
   fit() {
-    if (!this.#map) return;
-    this.viewport.fit(this.#map.box);
+    const box = this.#map?.box ?? this.#aroundRobot();
+    if (!box) return;
+    this.viewport.fit(box);
     this.#isFitted = true;
     this.draw();
   }
@@ -93,6 +126,19 @@ export class MapView {
     return Math.hypot(left - x, top - y) <= Math.max(layers.robotRadius(this.viewport, this.radius), reach);
   }
 
+  /** The sensor's point {sensor, x, y} that is nearest to a point of the canvas, within `reach` pixels; or null. */
+  findPoint(left, top, reach) {
+    let best = { away: reach };
+    for (const { name, points } of this.state?.sensors ?? []) {
+      for (let at = 0; at + 1 < points.length; at += 2) {
+        const [x, y] = this.viewport.toCanvas(points[at], points[at + 1]);
+        const away = Math.hypot(left - x, top - y);
+        if (away <= best.away) best = { away, sensor: name, x: points[at], y: points[at + 1] };
+      }
+    }
+    return best.sensor ? best : null;
+  }
+
   draw() {
     if (this.#isDue) return;
     this.#isDue = true;
@@ -102,10 +148,21 @@ export class MapView {
     });
   }
 
+  #aroundRobot() {
+    const { x, y } = this.state?.pose ?? {};
+    return x === undefined ? null : { left: x - AROUND, right: x + AROUND, bottom: y - AROUND, top: y + AROUND };
+  }
+
+  // What is drawn in layers is another now.
+  #change() {
+    ++this.#version;
+    this.draw();
+  }
+
   #repaint() {
     this.#theme = readTheme();
-    this.#map?.paint(this.#theme);
-    this.draw();
+    this.#tiles.reset(this.#theme);
+    this.#change();
   }
 
   #resize() {
@@ -114,28 +171,52 @@ export class MapView {
     this.#canvas.width = Math.round(clientWidth * devicePixelRatio);
     this.#canvas.height = Math.round(clientHeight * devicePixelRatio);
     if (!this.#isFitted) this.fit();
-    this.draw();
+    this.#change();
+  }
+
+  #move() {
+    const now = performance.now();
+    if (!this.state) return;
+    this.state = { ...this.state, ...this.#motion.look(now) };
+    if (this.#follows) this.viewport.centre = { x: this.state.pose.x, y: this.state.pose.y };
+    if (this.#motion.isUnderWay(now)) this.draw();
   }
 
   #drawNow() {
+    this.#move();
     const context = this.#canvas.getContext('2d');
+    const { scale, centre } = this.viewport;
+    const version = `${this.#version} ${scale} ${centre.x} ${centre.y}`;
     context.setTransform(devicePixelRatio, 0, 0, devicePixelRatio, 0, 0);
+    this.#below.draw(context, version, (own) => this.#drawBelow(own));
+    if (this.state) this.#drawMoving(context, this.state);
+    if (this.state) this.#above.draw(context, version, (own) => this.#drawAbove(own, this.state));
+    if (this.#tape) layers.drawTape(context, this.viewport, this.#theme, this.#tape);
+    layers.drawScale(context, this.viewport, this.#theme);
+    this.onDraw();
+  }
+
+  #drawBelow(context) {
     context.fillStyle = this.#theme.unknown;
     context.fillRect(0, 0, this.viewport.width, this.viewport.height);
     this.#map?.draw(context, this.viewport);
-    if (this.state) this.#drawState(context, this.state);
-    layers.drawScale(context, this.viewport, this.#theme);
+    for (const sensor of this.state?.sensors ?? []) {
+      const isChosen = sensor.name === this.#chosen || sensor.name === this.#inspected;
+      layers.drawFieldOfView(context, this.viewport, this.#theme, sensor, isChosen);
+    }
   }
 
-  #drawState(context, { time, pose, sensors, people, touches, goal }) {
+  #drawMoving(context, { pose, people, goal, route }) {
     const [viewport, theme] = [this.viewport, this.#theme];
-    for (const sensor of sensors) {
-      layers.drawFieldOfView(context, viewport, theme, sensor, sensor.name === this.#chosen);
-    }
-    if (goal) layers.drawGoal(context, viewport, theme, pose, goal, false);
-    if (this.#picked) layers.drawGoal(context, viewport, theme, pose, this.#picked, true);
+    if (route?.length > 1) layers.drawRoute(context, viewport, theme, pose, route);
+    if (goal) layers.drawGoal(context, viewport, theme, goal);
+    if (this.#picked) layers.drawPicked(context, viewport, theme, pose, this.#picked);
     for (const person of people) layers.drawPerson(context, viewport, theme, person);
     layers.drawRobot(context, viewport, theme, pose, this.radius);
+  }
+
+  #drawAbove(context, { sensors, touches, time }) {
+    const [viewport, theme] = [this.viewport, this.#theme];
     for (const { name, family } of sensors) {
       layers.drawPoints(context, viewport, theme, family, this.#trail.of(name, time / 1e9));
     }

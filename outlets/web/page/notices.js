@@ -1,14 +1,21 @@
-// A line over the map about something that the person did; it leaves by itself.
+// A line below the map about something that the person did, in place of the map's help; it leaves by itself.
 
 import { byId, setText } from './dom.js';
 
-const SHOWN = 6000;
+const SHOWN = 6;
 let leaving = 0;
 
-export function notify(text, level = 'info') {
+/** `seconds`: how long it stays. */
+export function notify(text, level = 'info', seconds = SHOWN) {
   const notice = byId('notice');
   notice.dataset.level = level;
   setText(notice, text);
   clearTimeout(leaving);
-  leaving = setTimeout(() => setText(notice, ''), SHOWN);
+  leaving = setTimeout(() => setText(notice, ''), seconds * 1000);
+}
+
+/** What the program refused, as a sentence. */
+export function notifyRefusal(message) {
+  const text = message.charAt(0).toUpperCase() + message.slice(1);
+  notify(/[.!?]$/.test(text) ? text : `${text}.`, 'warning', 10);
 }

@@ -3,10 +3,14 @@
 import { colourOfFamily, onThemeChange, readable, readTheme } from './colours.js';
 import { byId, make, setText } from './dom.js';
 import { SensorRow } from './sensor_row.js';
+import { severityOf } from './sensor_trouble.js';
 
 export class SensorPanel {
   #send;
   #choose;
+  #hearInspected;
+  #inspected = '';
+  #faults = {};
   #families = [];
   #subscriber = '';
   #isNew = false;
@@ -17,29 +21,66 @@ export class SensorPanel {
   #sensors = [];
   #built = '';
 
-  constructor(send, choose) {
+  /** `choose` is told which sensor the pointer is at, `hearInspected` which one's records are open; '' for none. */
+  constructor(send, choose, hearInspected) {
     this.#send = send;
     this.#choose = choose;
+    this.#hearInspected = hearInspected;
     byId('subscribe-all').addEventListener('click', () => this.#subscribeAll());
     onThemeChange(() => this.#paint());
   }
 
-  setWorld({ families, subscriber }) {
+  /** The sensors that this page wants, connected or not. */
+  get wanted() {
+    return [...this.#wanted];
+  }
+
+  setWorld({ families, subscriber, faults }) {
     this.#families = families;
+    this.#faults = faults ?? {};
     this.#subscriber = subscriber;
     this.#isNew = true;
   }
 
-  setState(sensors) {
+  setState({ sensors, faults }) {
     this.#sensors = sensors;
-    if (this.#isNew) this.#subscribeAgain();
+    if (this.#isNew) this.#askAgain();
     const names = sensors.map(({ family, name }) => `${family}/${name}`).join('\n');
     if (names !== this.#built) this.#build(sensors);
     this.#built = names;
-    for (const sensor of sensors) this.#rows.get(sensor.name).hear(sensor, this.#isSubscribed(sensor));
+    for (const sensor of sensors) this.#rows.get(sensor.name).hear(sensor, this.#isSubscribed(sensor), faults);
     for (const [family, count] of this.#counts) setText(count, this.#countText(sensors.filter((sensor) => sensor.family === family)));
-    setText(byId('sensors-count'), this.#countText(sensors));
+    this.#showTotal(sensors);
     setText(byId('subscribe-all'), this.#areAllSubscribed() ? 'Unsubscribe from all' : 'Subscribe to all');
+  }
+
+  /** Opens the records of a sensor, or closes them if they are open. */
+  inspect(name) {
+    if (name === this.#inspected) this.#open('');
+    else this.show(name);
+  }
+
+  /** Opens the records of a sensor and brings them into view. */
+  show(name) {
+    this.#open(name);
+    this.#rows.get(name)?.element.scrollIntoView({ block: 'nearest' });
+  }
+
+  setRecord({ sensor, records }) {
+    if (sensor === this.#inspected) this.#rows.get(sensor)?.setRecords(records);
+  }
+
+  #open(name) {
+    this.#inspected = name;
+    this.#send({ op: 'inspect', sensor: name || null });
+    for (const [other, row] of this.#rows) row.open(other === name);
+    this.#hearInspected(name);
+  }
+
+  #showTotal(sensors) {
+    const ill = sensors.filter((sensor) => severityOf(sensor) !== '').length;
+    setText(byId('sensors-count'), this.#countText(sensors));
+    setText(byId('sensors-ill'), ill > 0 ? `${ill} in trouble` : '');
   }
 
   #countText(sensors) {
@@ -69,8 +110,9 @@ export class SensorPanel {
   }
 
   // A subscription does not outlive the connection through which it was made.
-  #subscribeAgain() {
+  #askAgain() {
     this.#isNew = false;
+    if (this.#inspected) this.#send({ op: 'inspect', sensor: this.#inspected });
     const names = this.#sensors.map(({ name }) => name);
     for (const name of names.filter((known) => this.#wanted.has(known))) this.#subscribe(name, true);
   }
@@ -90,11 +132,28 @@ export class SensorPanel {
     for (const [family, group] of this.#groups) group.style.setProperty('--family', readable(colourOfFamily(family), surface));
   }
 
-  #group(family, sensors) {
-    const rows = sensors.map(({ name }) => {
-      this.#rows.set(name, new SensorRow(name, (on) => this.#subscribe(name, on), this.#send, this.#choose));
-      return this.#rows.get(name).element;
+  #row(sensor) {
+    const { name } = sensor;
+    const row = new SensorRow(sensor, this.#faultsOf(sensor), {
+      subscribe: (on) => this.#subscribe(name, on),
+      send: this.#send,
+      choose: this.#choose,
+      inspect: () => this.inspect(name),
     });
+    this.#rows.set(name, row);
+    row.open(name === this.#inspected);
+    return row.element;
+  }
+
+  // What has no row of its own, as a bumper, fails in the row of what feels it.
+  #faultsOf({ name, means }) {
+    const isRow = (other) => this.#sensors.some((sensor) => sensor.name === other);
+    const isOurs = (other) => other === name || (means === 'touch' && !isRow(other));
+    return Object.fromEntries(Object.entries(this.#faults).filter(([other]) => isOurs(other)));
+  }
+
+  #group(family, sensors) {
+    const rows = sensors.map((sensor) => this.#row(sensor));
     const count = make('span', 'quiet');
     this.#counts.set(family, count);
     const title = make('h3', 'family-title', make('span', 'swatch'), family, count);

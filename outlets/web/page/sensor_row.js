@@ -1,8 +1,13 @@
-// One sensor: what it does, who listens, its switches.
+// One sensor: what it does, who listens, its switches; a click opens its records.
 
 import { make, setAttribute, setHidden, setText } from './dom.js';
 import { withUnit } from './format.js';
+import { SensorDetails } from './sensor_details.js';
 import { SensorSwitch } from './sensor_switch.js';
+import { reasonOf, severityOf, troubleOf } from './sensor_trouble.js';
+import { explain } from './tooltip.js';
+
+const NEAREST_HELP = { floor: 'nearest-floor', touch: 'nearest-touch' };
 
 function standing({ started, enabled, diagnosis, subscribers }) {
   const listeners = subscribers.length > 0 ? subscribers.join(', ') : 'no subscriber';
@@ -12,16 +17,9 @@ function standing({ started, enabled, diagnosis, subscribers }) {
   return `stopped · ${listeners}`;
 }
 
-function isFault({ state }) {
-  return !['off', 'starting', 'sound'].includes(state);
-}
-
-function withRemedy({ reason, remedy }) {
-  return remedy === '' ? reason : `${reason}. Back: ${remedy}`;
-}
-
 export class SensorRow {
   element;
+  #name = make('button', 'sensor-name');
   #standing = make('span', 'sensor-standing');
   #rate = make('dd');
   #age = make('dd');
@@ -29,54 +27,101 @@ export class SensorRow {
   #badge = make('span', 'sensor-badge');
   #reason = make('p', 'sensor-reason');
   #trouble = make('p', 'sensor-trouble');
+  #failed = make('p', 'sensor-failed');
   #switches;
+  #details;
+  #faultNames;
 
-  /** `subscribe` takes on or off, `send` any other command; `choose` is told the name while the pointer or the focus is here, and '' after. */
-  constructor(name, subscribe, send, choose) {
+  /**
+   * `subscribe` takes on or off, `send` any other command; `choose` is told the name while the pointer or the focus is here,
+   * and '' after; `inspect` when the row is clicked. `faults`: the kinds that make sense, by the name of what can fail.
+   */
+  constructor({ name, means }, faults, { subscribe, send, choose, inspect }) {
     this.#switches = {
       subscribed: new SensorSwitch('Subscribe', `Subscribe to ${name}`, subscribe),
       enabled: new SensorSwitch('Enable', `Enable ${name}`, (on) => send({ op: 'enable', sensor: name, on })),
       diagnosis: new SensorSwitch('Diagnosis', `Diagnosis of ${name} good`, (value) => send({ op: 'diagnose', sensor: name, value })),
     };
-    this.element = make('li', 'sensor', make('span', 'lamp'), this.#heading(name),
-      ...Object.values(this.#switches).map(({ element }) => element), this.#figures(), this.#reason, this.#trouble);
+    this.#faultNames = Object.keys(faults);
+    this.#details = new SensorDetails(means, faults, send);
+    this.element = make('li', 'sensor', make('span', 'lamp'), this.#heading(name, means),
+      ...Object.values(this.#switches).map(({ element }) => element), this.#figures(means), this.#reason, this.#trouble,
+      this.#fault(send), this.#details.element);
     this.element.dataset.sensor = name;
     for (const event of ['pointerenter', 'focusin']) this.element.addEventListener(event, () => choose(name));
     for (const event of ['pointerleave', 'focusout']) this.element.addEventListener(event, () => choose(''));
+    this.element.addEventListener('click', ({ target }) => {
+      const isOwn = target.closest('label, select, .sensor-details, .sensor-failed');
+      if (!isOwn && getSelection().isCollapsed) inspect(name);
+    });
   }
 
-  /** `isSubscribed`: by this page. */
-  hear(sensor, isSubscribed) {
+  /** `isSubscribed`: by this page; `faults`: kinds by the name of what fails now. */
+  hear(sensor, isSubscribed, faults) {
     this.element.classList.toggle('started', sensor.started);
+    setAttribute(this.element, 'data-severity', severityOf(sensor));
     setText(this.#standing, standing(sensor));
     setText(this.#rate, withUnit(sensor.started ? sensor.rate : null, 1, 'Hz'));
     setText(this.#age, withUnit(sensor.age, 1, 's'));
     setText(this.#nearest, withUnit(sensor.nearest, 2, 'm'));
-    this.#hearHealth(sensor.health);
-    setText(this.#trouble, sensor.trouble);
-    setHidden(this.#trouble, sensor.trouble === '' || isFault(sensor.health));
+    this.#hearHealth(sensor);
+    this.#hearFaults(faults);
     this.#switches.subscribed.hear(isSubscribed);
     this.#switches.enabled.hear(sensor.enabled);
     this.#switches.diagnosis.hear(sensor.diagnosis);
   }
 
+  open(on) {
+    this.#details.open(on);
+    setAttribute(this.#name, 'aria-expanded', String(on));
+  }
+
+  setRecords(records) {
+    this.#details.setRecords(records);
+  }
+
   // What needs nobody's attention is said in the badge alone.
-  #hearHealth(health) {
-    setText(this.#badge, health.state);
-    setAttribute(this.#badge, 'data-state', health.state);
-    setAttribute(this.#badge, 'title', health.reason);
-    setText(this.#reason, isFault(health) ? withRemedy(health) : '');
-    setHidden(this.#reason, !isFault(health));
+  #hearHealth(sensor) {
+    const { state, reason } = sensor.health;
+    setText(this.#badge, state);
+    explain(this.#badge, state);
+    setAttribute(this.#badge, 'data-state', state);
+    setAttribute(this.#badge, 'aria-description', reason);
+    this.#showLine(this.#reason, reasonOf(sensor));
+    this.#showLine(this.#trouble, troubleOf(sensor));
   }
 
-  #heading(name) {
-    const title = make('span', 'sensor-name', name);
-    title.title = name;
-    return make('div', 'sensor-heading', make('span', 'sensor-title', title, this.#badge), this.#standing);
+  #hearFaults(faults) {
+    const failing = this.#faultNames.filter((name) => faults[name]).map((name) => `${name} was made to fail: ${faults[name]}.`);
+    setText(this.#failed.firstChild, failing.join(' '));
+    setHidden(this.#failed, failing.length === 0);
+    this.#details.hearFaults(faults);
   }
 
-  #figures() {
-    const figure = (title, value) => make('div', '', make('dt', '', title), value);
-    return make('dl', 'sensor-figures', figure('rate', this.#rate), figure('age', this.#age), figure('nearest', this.#nearest));
+  #showLine(line, text) {
+    setText(line, text);
+    setHidden(line, text === '');
+  }
+
+  #fault(send) {
+    const end = make('button', 'sensor-mend', 'End the fault');
+    end.type = 'button';
+    end.addEventListener('click', () => this.#faultNames.forEach((name) => send({ op: 'fault', sensor: name, kind: null })));
+    this.#failed.append(make('span'), ' ', end);
+    return this.#failed;
+  }
+
+  #heading(name, means) {
+    this.#name.type = 'button';
+    this.#name.textContent = name;
+    explain(this.#name, means);
+    setAttribute(this.#name, 'aria-expanded', 'false');
+    return make('div', 'sensor-heading', this.#name, make('span', 'sensor-state', this.#badge, this.#standing));
+  }
+
+  #figures(means) {
+    const figure = (title, value, help = title) => explain(make('div', '', make('dt', '', title), explain(value, help)), help);
+    return make('dl', 'sensor-figures', figure('rate', this.#rate), figure('age', this.#age),
+      figure('nearest', this.#nearest, NEAREST_HELP[means]));
   }
 }

@@ -2,6 +2,7 @@
 
 import { make } from './dom.js';
 import { Held } from './held.js';
+import { explain } from './tooltip.js';
 
 export class SensorSwitch {
   element;
@@ -14,12 +15,11 @@ export class SensorSwitch {
     this.#box.type = 'checkbox';
     this.#box.setAttribute('role', 'switch');
     this.#box.setAttribute('aria-label', name);
-    this.#box.title = name;
     this.#box.addEventListener('change', () => {
       if (send(this.#box.checked)) this.#held.want(this.#box.checked);
       this.#show();
     });
-    this.element = make('label', 'sensor-switch', make('span', 'switch-label', label), this.#box);
+    this.element = explain(make('label', 'sensor-switch', make('span', 'switch-label', label), this.#box), label.toLowerCase());
   }
 
   /** `value` is true, false, or null where the program does not know. */

@@ -1,6 +1,5 @@
 // Which part of the map the canvas shows: metres with y up in the map, CSS pixels with y down on the canvas.
 
-const LEAST_SCALE = 4;
 const GREATEST_SCALE = 800;
 const MARGIN = 0.94;
 
@@ -10,6 +9,7 @@ export class Viewport {
   /** Pixels a metre. */
   scale = 40;
   centre = { x: 0, y: 0 };
+  #least = 4;
 
   toCanvas(x, y) {
     return [this.width / 2 + (x - this.centre.x) * this.scale, this.height / 2 - (y - this.centre.y) * this.scale];
@@ -34,15 +34,16 @@ export class Viewport {
   /** What lies under the point of the canvas stays there. */
   zoomBy(factor, left = this.width / 2, top = this.height / 2) {
     const before = this.toMap(left, top);
-    this.scale = Math.min(Math.max(this.scale * factor, LEAST_SCALE), GREATEST_SCALE);
+    this.scale = Math.min(Math.max(this.scale * factor, this.#least), GREATEST_SCALE);
     const after = this.toMap(left, top);
     this.centre = { x: this.centre.x + before.x - after.x, y: this.centre.y + before.y - after.y };
   }
 
-  /** Shows all of `box`, which is in metres. */
+  /** Shows all of `box`, which is in metres, however large it is. */
   fit(box) {
     const across = MARGIN * Math.min(this.width / (box.right - box.left), this.height / (box.top - box.bottom));
-    this.scale = Math.min(Math.max(across, LEAST_SCALE), GREATEST_SCALE);
+    this.#least = Math.min(4, across / 2);
+    this.scale = Math.min(across, GREATEST_SCALE);
     this.centre = { x: (box.left + box.right) / 2, y: (box.bottom + box.top) / 2 };
   }
 }

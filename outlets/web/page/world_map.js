@@ -1,63 +1,71 @@
-// The occupancy map as a picture in the theme's colours, and where it lies.
-
-import { channels } from './colours.js';
-
-const OCCUPIED_BELOW = 100;
-const FREE_FROM = 230;
+// The occupancy map: where it lies, and its tiles as far as they are seen.
 
 export class WorldMap {
-  #grey;
-  #picture;
   #description;
+  #store;
 
-  /** `description` is the program's; resolves when the picture is decoded. */
-  static async load(description) {
-    const image = new Image();
-    image.src = `data:image/png;base64,${description.png}`;
-    await image.decode();
-    return new WorldMap(description, image);
-  }
-
-  constructor(description, image) {
+  /** `description` is the program's: see docs on "hello"; `store` a TileStore. */
+  constructor(description, store) {
     this.#description = description;
-    this.#picture = new OffscreenCanvas(image.naturalWidth, image.naturalHeight);
-    const context = this.#picture.getContext('2d', { willReadFrequently: true });
-    context.drawImage(image, 0, 0);
-    this.#grey = context.getImageData(0, 0, this.#picture.width, this.#picture.height);
+    this.#store = store;
   }
 
-  paint(theme) {
-    const [free, unknown, occupied] = [theme.free, theme.unknown, theme.occupied].map(channels);
-    const { data, width, height } = this.#grey;
-    const painted = new ImageData(width, height);
-    for (let at = 0; at < data.length; at += 4) {
-      const colour = data[at] < OCCUPIED_BELOW ? occupied : data[at] >= FREE_FROM ? free : unknown;
-      painted.data.set(colour, at);
-      painted.data[at + 3] = 255;
-    }
-    this.#picture.getContext('2d').putImageData(painted, 0, 0);
-  }
-
+  /** From coarse to fine: what has not come yet leaves the coarser picture. */
   draw(context, viewport) {
-    const { origin, resolution, height } = this.#description;
+    const { origin, resolution, levels } = this.#description;
+    const pixelsACell = viewport.scale * resolution;
+    const wanted = Math.min(Math.max(Math.floor(Math.log2(1 / (pixelsACell * devicePixelRatio))), 0), levels - 1);
+    const seen = this.#seenCells(viewport);
     context.save();
     context.translate(...viewport.toCanvas(origin.x, origin.y));
     context.rotate(-origin.theta);
-    context.scale(viewport.scale * resolution, viewport.scale * resolution);
-    context.imageSmoothingEnabled = viewport.scale * resolution < 1;
-    context.drawImage(this.#picture, 0, -height);
+    context.scale(pixelsACell, pixelsACell);
+    context.imageSmoothingEnabled = pixelsACell * 2 ** wanted < 1;
+    for (const level of new Set([levels - 1, wanted])) this.#drawLevel(context, level, seen);
     context.restore();
+  }
+
+  #drawLevel(context, level, seen) {
+    const cell = 2 ** level;
+    const side = this.#description.tile * cell;
+    const last = (length) => Math.ceil(length / side) - 1;
+    const columns = [Math.max(0, Math.floor(seen.left / side)), Math.min(last(this.#description.width), Math.floor(seen.right / side))];
+    const rows = [Math.max(0, Math.floor(seen.bottom / side)), Math.min(last(this.#description.height), Math.floor(seen.top / side))];
+    for (let row = rows[0]; row <= rows[1]; ++row) {
+      for (let column = columns[0]; column <= columns[1]; ++column) {
+        const picture = this.#store.find(`map/${level}/${column}/${row}.png`);
+        if (!picture) continue;
+        const height = picture.height * cell;
+        context.drawImage(picture, column * side, -(row * side + height), picture.width * cell, height);
+      }
+    }
+  }
+
+  // The part of the map that the canvas shows, in cells.
+  #seenCells(viewport) {
+    const { origin, resolution } = this.#description;
+    const [cos, sin] = [Math.cos(origin.theta), Math.sin(origin.theta)];
+    const { width, height } = viewport;
+    const corners = [[0, 0], [width, 0], [0, height], [width, height]].map(([left, top]) => {
+      const place = viewport.toMap(left, top);
+      const [x, y] = [place.x - origin.x, place.y - origin.y];
+      return { x: (cos * x + sin * y) / resolution, y: (-sin * x + cos * y) / resolution };
+    });
+    return boxAround(corners);
   }
 
   /** In metres, sides along the axes. */
   get box() {
     const { origin, resolution, width, height } = this.#description;
     const [cos, sin] = [Math.cos(origin.theta), Math.sin(origin.theta)];
-    const corners = [[0, 0], [width, 0], [0, height], [width, height]].map(([column, row]) => ({
+    return boxAround([[0, 0], [width, 0], [0, height], [width, height]].map(([column, row]) => ({
       x: origin.x + resolution * (cos * column - sin * row),
       y: origin.y + resolution * (sin * column + cos * row),
-    }));
-    const [xs, ys] = [corners.map(({ x }) => x), corners.map(({ y }) => y)];
-    return { left: Math.min(...xs), right: Math.max(...xs), bottom: Math.min(...ys), top: Math.max(...ys) };
+    })));
   }
+}
+
+function boxAround(corners) {
+  const [xs, ys] = [corners.map(({ x }) => x), corners.map(({ y }) => y)];
+  return { left: Math.min(...xs), right: Math.max(...xs), bottom: Math.min(...ys), top: Math.max(...ys) };
 }

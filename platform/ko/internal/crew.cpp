@@ -17,7 +17,7 @@ namespace {
 
 const int most = std::max(static_cast<int>(std::thread::hardware_concurrency()) - 1, 1);
 
-/** What a caller offers to share, for as long as it works on it itself. */
+/** A share of work that a caller offers, for as long as he works on it himself. */
 struct Offer {
   const std::function<void()>& work;
   int wanted;

@@ -8,7 +8,9 @@
 
 namespace ko::detail {
 
-/** What the copies of a future share: one delayed call on its way from waiting to its end. */
+/**
+ * The state that the copies of a future share: one delayed call on its way from waiting to its end.
+ */
 class FutureState : public Job {
  public:
   FutureState(boost::function<void()> call, boost::shared_ptr<Scheduler> scheduler, Duration delay);

@@ -31,7 +31,8 @@ class Strand::State {
 
  private:
   bool xTakeNext(boost::function<void()>& call);
-  void xFinishCall();
+  /** Rests; call it with the lock. */
+  void xRest();
 
   std::mutex mutex;
   std::condition_variable changed;
@@ -55,15 +56,20 @@ bool Strand::State::run(int limit) {
     if (!xTakeNext(call)) return false;
     detail::callGuarded(call, "ko.Strand", "post");
     call.clear();
-    xFinishCall();
   }
+  std::lock_guard lock(mutex);
+  xRest();
   return true;
 }
 
+// One lock for the end of a call and the beginning of the next.
 bool Strand::State::xTakeNext(boost::function<void()>& call) {
   std::lock_guard lock(mutex);
   attended = !queue.empty();
-  if (!attended) return false;
+  if (!attended) {
+    xRest();
+    return false;
+  }
   call.swap(queue.front());
   queue.pop_front();
   busy = true;
@@ -71,12 +77,9 @@ bool Strand::State::xTakeNext(boost::function<void()>& call) {
   return true;
 }
 
-void Strand::State::xFinishCall() {
-  {
-    std::lock_guard lock(mutex);
-    busy = false;
-    runner = std::thread::id();
-  }
+void Strand::State::xRest() {
+  busy = false;
+  runner = std::thread::id();
   changed.notify_all();
 }
 

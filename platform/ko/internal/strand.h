@@ -24,8 +24,8 @@ class QV_API Strand {
   void post(boost::function<void()> call);
 
   /**
-   * For good: drops what has not started and waits for the running call, unless it is called from
-   * that. Afterwards no call runs.
+   * Drops what has not started and waits for the running call, unless it is called from that one.
+   * No call runs afterwards.
    */
   void stop();
 

@@ -10,7 +10,9 @@ namespace ko::detail {
 /** The machine's monotonic time since the process started, also while a SimulatedTime counts. */
 Clock::time_point machineNow() noexcept;
 
-/** As Clock::now() says, or up to some milliseconds before it: at a fraction of the cost. */
+/**
+ * Returns what Clock::now() says, or up to some milliseconds before it, at a fraction of the cost.
+ */
 QV_API Clock::time_point coarseNow() noexcept;
 
 /** The time that a SimulatedTime shows, or nothing while the machine's clock counts. */

@@ -10,12 +10,13 @@ inline constexpr char kGetTime[] = "getTime";
 /** [actuator, mode, [[value, time (ms)], ...]]. */
 inline constexpr char kSet[] = "set";
 
-/** Modes: which pending commands of the actuator go. None. */
+/** Keeps the actuator's pending commands; the other modes drop some. */
 inline constexpr char kMerge[] = "Merge";
+/** Drops them all. */
 inline constexpr char kClearAll[] = "ClearAll";
-/** From the first new one on. */
+/** Drops those from the first new one on. */
 inline constexpr char kClearAfter[] = "ClearAfter";
-/** Up to the last new one. */
+/** Drops those up to the last new one. */
 inline constexpr char kClearBefore[] = "ClearBefore";
 
 }  // namespace QV::DeviceManagerContract

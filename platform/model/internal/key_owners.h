@@ -8,7 +8,7 @@
 
 namespace QV::Model::detail {
 
-/** Which sensor of a description reads which memory key. */
+/** The sensors of a description by the memory keys that they read. */
 class KeyOwners {
  public:
   /** Notes the keys of a sensor, and tells those that it or a sensor before it has already. */

@@ -15,7 +15,7 @@ std::string inSmallLetters(std::string word) {
   return word;
 }
 
-/** How many letters to insert, drop or change. */
+/** Returns the number of letters to insert, drop or change. */
 std::size_t distanceOf(const std::string& from, const std::string& to) {
   std::vector<std::size_t> row(to.size() + 1);
   for (std::size_t column = 0; column < row.size(); ++column) row[column] = column;

@@ -9,8 +9,8 @@
 namespace QV::Model {
 
 /**
- * What `atof` makes of the text in the C locale, whatever the locale of the process: the longest
- * prefix that is a number, after blanks; 0 without one. For property values.
+ * Reads the text as `atof` does in the C locale, whatever the locale of the process: the longest
+ * prefix that is a number, after blanks; 0 without one. Meant for property values.
  */
 QV_API double atofC(const std::string& text);
 

@@ -21,6 +21,11 @@ std::string keyIn(const XMLElement& element) {
   return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
 }
 
+bool hasOurParts(const XMLElement& sensor) {
+  return sensor.FirstChildElement("property") || sensor.FirstChildElement("memory_key") ||
+         sensor.FirstChildElement("memory_keys");
+}
+
 }  // namespace
 
 void SensorReader::read(const XMLElement& root) {
@@ -28,7 +33,8 @@ void SensorReader::read(const XMLElement& root) {
     if (xIsOurs(*sensor)) {
       xReadSensor(*sensor);
     } else if (const auto type = optionalText(*sensor, "type")) {
-      robot.foreignSensors.push_back({optionalText(*sensor, "name").value_or(""), *type});
+      robot.foreignSensors.push_back(
+          {optionalText(*sensor, "name").value_or(""), *type, hasOurParts(*sensor)});
     }
   }
 }

@@ -48,11 +48,12 @@ bool castRays(const FanCast& fan, const double* cosines, const double* sines, in
   return isDoubtful;
 }
 
+}  // namespace
+
 ScanSteps getSteps() {
   return {castRays, toReadings, toRanges};
 }
 
-}  // namespace
 }  // namespace HWY_NAMESPACE
 }  // namespace QV::detail
 HWY_AFTER_NAMESPACE();
@@ -74,7 +75,10 @@ ScanSteps withoutVectors() {
   return HWY_STATIC_DISPATCH(getSteps)();
 }
 
-/** Those that this machine hasn't, and the plain path, cast no rays together. */
+/**
+ * The steps of a path that casts no rays together: the plain one, and those that this machine
+ * lacks.
+ */
 ScanSteps withoutCast() {
   ScanSteps steps = withoutVectors();
   steps.castRays = nullptr;

@@ -11,7 +11,7 @@
 
 namespace QV::detail {
 
-/** Where the rays of a fan come from. Lengths are in cells. */
+/** The start of a fan's rays. Lengths are in cells. */
 struct FanCast {
   const ScanStore* store;
   int width;
@@ -25,7 +25,7 @@ struct FanCast {
   static constexpr int kMostRays = 64;
   static constexpr int kMore = 8;
 
-  /** Whether the start is well inside the map, where alone these rays can be cast together. */
+  /** True if the start is well inside the map: only there can these rays be cast together. */
   bool startsInside() const {
     constexpr double kMargin = 1e-6;
     return start.x > kMargin && start.x < width - kMargin && start.y > kMargin &&
@@ -43,7 +43,7 @@ struct FanCast {
 using CastRays = bool(const FanCast& fan, const double* cosines, const double* sines, int count,
                       double* ways);
 
-/** What ranges lie between; in metres, but for the resolution, metres a cell. */
+/** The limits of ranges in metres; the resolution in metres a cell. */
 struct RangeLimits {
   RangeLimits(const Math::SensorFieldOfView2D& fieldOfView, float resolution)
       : resolution(resolution),
@@ -54,7 +54,7 @@ struct RangeLimits {
   double resolution;
   float minRange;
   float maxRange;
-  /** What goes farther misses: also what goes on for ever. */
+  /** The farthest that counts: what goes farther misses, also what goes on for ever. */
   float farthest;
 };
 

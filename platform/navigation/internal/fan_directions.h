@@ -4,14 +4,14 @@
 
 namespace QV::detail {
 
-/** Where the rays of a fan look, about its heading, from the right edge to the left; radians. */
+/** The directions of a fan's rays about its heading, from the right edge to the left; radians. */
 struct FanDirections {
   FanDirections(float angularRange, int rayCount);
 
   float angularRange;
   int rayCount;
   std::vector<float> angles;
-  /** Of the angles, and then kMore values that may be read but mean nothing. */
+  /** The number of values behind the angles that may be read but mean nothing. */
   static constexpr int kMore = 8;
   std::vector<double> cosines;
   std::vector<double> sines;

@@ -9,8 +9,8 @@
 namespace QV::detail {
 
 /**
- * What the rays of a fan in one of eight sectors of directions share: the frame of their GridRay,
- * and how it lies over an image.
+ * A sector of a fan's directions, an eighth of the turn: the frame that the GridRay of its rays
+ * share, and how that lies over an image.
  */
 struct FanSector {
   /** Flags of a sector; their sum is its number. */
@@ -49,7 +49,7 @@ struct FanSector {
     return row < rows && image.get(turnColumn(column), turnRow(row));
   }
 
-  /** In the image, the lines of rays fall from column to column. */
+  /** True if the lines of rays fall from column to column of the image. */
   bool falls() const { return alongReversed != acrossReversed; }
 
   bool steep;

@@ -12,12 +12,14 @@ struct GridPoint {
   double y = 0.0;
 };
 
-/** How a map lies in the world: `origin` is the corner of cell (0, 0), `resolution` in metres. */
+/**
+ * The pose of a map in the world: `origin` is the corner of cell (0, 0), `resolution` in metres.
+ */
 class QV_API GridFrame {
  public:
   GridFrame(const Math::Pose2D& origin, float resolution);
 
-  /** Between the map's own frame and the world, where lengths are in metres. */
+  /** Converts between the map's own frame and the world, where lengths are in metres. */
   GridPoint toGrid(const Math::Position2D& position) const;
   Math::Position2D toWorld(const GridPoint& point) const;
 

@@ -21,7 +21,7 @@ bool fits(double rows) {
   return std::abs(rows) <= 2.0 * OccupancyMap::kMaxSide;
 }
 
-/** Where a ray lies in the grid: the part of the column axis from `from` to `to`. */
+/** A ray's place in the grid: the part of the column axis from `from` to `to`. */
 struct Span {
   double from;
   double to;

@@ -33,7 +33,7 @@ struct QV_API GridRay {
   /** Heights where the ray enters (or starts in) the first column and where it leaves it. */
   Height entry = 0;
   Height exit = 0;
-  /** From one column to the next; at most one row. */
+  /** The rise from one column to the next; at most one row. */
   Height rise = 0;
 
   /** The row of a cell that the ray enters at a height, and of the last cell before a height. */

@@ -3,8 +3,8 @@
 #include <cmath>
 
 #include "platform/navigation/internal/grid_ray.h"
+#include "platform/navigation/internal/map_inside.h"
 #include "platform/navigation/internal/plain_walk.h"
-#include "platform/navigation/internal/scan_store.h"
 #include "platform/navigation/internal/strip_image.h"
 
 namespace QV::detail {
@@ -27,7 +27,7 @@ bool makesSense(const Math::SensorFieldOfView2D& fieldOfView) {
 
 ScanCaster::ScanCaster(const OccupancyMap& map, float maxRange, float occupiedAbove, ScanPath path)
     : map(map), occupiedAbove(occupiedAbove), steps(findScanSteps(path)), fan{} {
-  if (steps.castRays != nullptr) fan.store = map.getScanStore(occupiedAbove);
+  if (steps.castRays != nullptr) fan.store = MapInside::findStore(map, occupiedAbove);
   fan.width = map.getWidth();
   fan.height = map.getHeight();
   fan.reach = maxRange / static_cast<double>(map.getResolution());
@@ -36,13 +36,13 @@ ScanCaster::ScanCaster(const OccupancyMap& map, float maxRange, float occupiedAb
 
 void ScanCaster::fetch(const Math::Pose2D& pose) const {
   FanCast there = fan;
-  there.start = map.getGridFrame().toGrid(Math::position2DFromPose2D(pose));
+  there.start = MapInside::frameOf(map).toGrid(Math::position2DFromPose2D(pose));
   if (steps.castRays != nullptr && there.startsInside()) xFetch(there.start);
 }
 
 bool ScanCaster::moveTo(const Math::Pose2D& pose) {
   if (!isFinite(pose)) return false;
-  fan.start = map.getGridFrame().toGrid(Math::position2DFromPose2D(pose));
+  fan.start = MapInside::frameOf(map).toGrid(Math::position2DFromPose2D(pose));
   castTogether = fan.startsInside() ? steps.castRays : nullptr;
   if (castTogether != nullptr && xIsFreeAround()) return false;
   const double heading = pose.theta - map.getOrigin().theta;

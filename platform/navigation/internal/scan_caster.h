@@ -8,7 +8,7 @@
 
 namespace QV::detail {
 
-/** Whether such a scan has any rays; else a field of view makes no sense. */
+/** True if such a scan has any rays; else a field of view makes no sense. */
 bool makesSense(const Math::SensorFieldOfView2D& fieldOfView);
 
 /**
@@ -19,7 +19,7 @@ class ScanCaster {
  public:
   ScanCaster(const OccupancyMap& map, float maxRange, float occupiedAbove, ScanPath path);
 
-  /** Has the memory send what rays from a pose look at first, before it is moved to. */
+  /** Prefetches what rays from a pose look at first. */
   void fetch(const Math::Pose2D& pose) const;
 
   /** Goes to where the rays start. False when all miss, known without casting any. */

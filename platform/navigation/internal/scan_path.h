@@ -16,14 +16,14 @@ enum class ScanPath {
   best,
   /** Cell by cell over the occupancies: the reference. */
   plain,
-  /** Over the map's bits, ray by ray. */
+  /** Casts over the map's bits, ray by ray. */
   scalar,
-  /** Over the map's bits, by sixteen columns at a time, with these instructions. */
+  /** Casts over the map's bits, sixteen columns at a time, by these SIMD instructions. */
   sse4,
   avx2,
 };
 
-/** Whether this machine has a path's instructions. */
+/** True if this machine has a path's instructions. */
 QV_API bool isSupported(ScanPath path);
 
 /** occMapSimulateScan on a path that is supported. */

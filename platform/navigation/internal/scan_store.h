@@ -14,7 +14,7 @@ namespace QV::detail {
 /** The cells whose occupancy is above a limit, as bits: what a scan looks at in their place. */
 class QV_API ScanStore {
  public:
-  /** From occupancies row by row. */
+  /** Builds the store from occupancies, row by row. */
   ScanStore(int width, int height, const std::vector<float>& cells, float limit);
 
   void setOccupancy(int column, int row, float occupancy);
@@ -23,12 +23,12 @@ class QV_API ScanStore {
   /** The map as it is, and turned: its rows as columns. */
   const StripImage& getUpright() const { return upright; }
   const StripImage& getTurned() const { return turned; }
-  /** As StripImage has it; false more seldom. */
+  /** Answers as StripImage does; false more seldom. */
   bool isFreeAround(int column, int row, int distance) const {
     return upright.isFreeAround(column, row, distance) ||
            turned.isFreeAround(row, column, distance);
   }
-  /** Has the memory send what rays from a cell inside the map look at first. */
+  /** Prefetches what rays from a cell inside the map look at first. */
   void fetch(int column, int row) const {
     upright.fetch(column, row);
     turned.fetch(row, column);

@@ -10,11 +10,11 @@
 namespace QV::detail {
 
 /**
- * One bit for each cell of a grid, laid out for rays that advance column by column and rise or fall
- * by at most a row in each. Strips of 16 columns are cut into blocks of 32 rows, one word a column.
- * Blocks overlap by half: whatever the height at which a ray enters a strip, one block holds all
- * that it crosses there. Beside the blocks stands which rows of a strip are used at all. Copyable.
- * Reading is safe from several threads as long as none writes.
+ * A grid with one bit for each cell, laid out for rays that advance column by column and rise or
+ * fall by at most a row in each. Strips of 16 columns are cut into blocks of 32 rows, one word a
+ * column. Blocks overlap by half: whatever the height at which a ray enters a strip, one block
+ * holds all that it crosses there. A mask beside the blocks tells which rows of a strip are used at
+ * all. Copyable. Reading is thread-safe as long as nobody writes.
  */
 class QV_API StripImage {
  public:
@@ -22,9 +22,9 @@ class QV_API StripImage {
   static constexpr int kStripColumns = 1 << kStripBits;
   static constexpr int kGroupBits = 4;
   static constexpr int kGroupRows = 1 << kGroupBits;
-  /** As many used rows at least are told at a time. */
+  /** The least number of rows whose use is told at a time. */
   static constexpr int kRowsSeen = 33;
-  /** In cells, as far as isFreeAround looks. */
+  /** The farthest that isFreeAround looks, in cells. */
   static constexpr int kFarthestAround = (kRowsSeen - 1) / 2;
 
   /** Bit r of word c is row r of column c, counted from the block's corner. */
@@ -32,7 +32,8 @@ class QV_API StripImage {
     std::array<std::uint32_t, kStripColumns> words{};
   };
 
-  /** Where the blocks stand, for a loop to hold; good while the image lives and is not assigned. */
+  /** The place of the blocks, for a loop to hold; good while the image lives and is not
+   * assigned. */
   class View {
    public:
     explicit View(const StripImage& image)
@@ -44,7 +45,7 @@ class QV_API StripImage {
     std::uint64_t getUsedRows(int strip, int row) const {
       return usedRows[(row >> kUsedBits) * strips + strip] >> (row & (kUsedStep - 1));
     }
-    /** Has the memory send what is to be read soon; what lies outside does no harm. */
+    /** Prefetches a block; what lies outside does no harm. */
     void fetchBlock(int strip, int group) const { xFetch(blocks, group * strips + strip); }
     void fetchUsedRows(int strip, int row) const {
       xFetch(usedRows, (row >> kUsedBits) * strips + strip);
@@ -88,12 +89,12 @@ class QV_API StripImage {
   }
 
   /**
-   * Whether nothing is set within `distance` columns and rows, kFarthestAround at most, of a cell
-   * inside the grid. May be false, too, for what else these strips hold in these rows.
+   * True if nothing is set within `distance` columns and rows, kFarthestAround at most, of a cell
+   * inside the grid. It may be false, too, for what else these strips hold in these rows.
    */
   bool isFreeAround(int column, int row, int distance) const;
 
-  /** Has the memory send what it keeps around a cell inside the grid, which is to be read soon. */
+  /** Prefetches what it keeps around a cell inside the grid. */
   void fetch(int column, int row) const;
 
   std::size_t getBytes() const;

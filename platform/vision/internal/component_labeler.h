@@ -23,8 +23,8 @@ class QV_API ComponentLabeler {
   const ComponentRuns& findRuns(const cv::Mat& image, int maxDifference);
 
   /**
-   * As connectedComponentLabeling; returns the number of components. `labels` is reallocated only
-   * when its size differs.
+   * Labels as connectedComponentLabeling does; returns the number of components. `labels` is
+   * reallocated only when its size differs.
    */
   int label(const cv::Mat& image, cv::Mat_<int>& labels, int maxDifference);
 

@@ -11,7 +11,7 @@ namespace QV::vision {
  */
 class ComponentRuns {
  public:
-  /** Of one row: run i goes from column `begins[i]` to before `ends[i]`. */
+  /** The runs of one row: run i goes from column `begins[i]` to before `ends[i]`. */
   struct Row {
     const int* begins;
     const int* ends;
@@ -32,7 +32,7 @@ class ComponentRuns {
     count = 0;
   }
 
-  /** From here on runs are of the next row; up to `most` may be appended to it. */
+  /** Begins the next row; up to `most` runs may be appended to it. */
   void beginRow(std::size_t most) {
     firsts.push_back(count);
     if (begins.size() >= count + most) return;
@@ -45,7 +45,7 @@ class ComponentRuns {
     labels[count++] = label;
   }
 
-  /** Only the first `count` values are there; what is behind them is room. */
+  /** The begins of runs; only the first `count` are there, what is behind them is room. */
   std::vector<int> begins;
   std::vector<int> ends;
   std::vector<int> labels;

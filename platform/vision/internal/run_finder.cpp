@@ -27,7 +27,9 @@ constexpr std::size_t kSlack = 3;
 using Pixels = hn::CappedTag<std::uint16_t, 32>;
 using Labels = hn::CappedTag<std::int32_t, 8>;
 
-/** Of 64 pixels: which are valid, and which are near to what is on their left and above them. */
+/**
+ * The bits of 64 pixels: which are valid, and which are near to the one on their left and above.
+ */
 struct Word {
   std::uint64_t valid = 0;
   std::uint64_t nearLeft = 0;
@@ -91,13 +93,13 @@ HWY_INLINE int rootOf(int* parents, int run) {
   return run;
 }
 
-/** Where the runs of a word start, and the number of the first that does. */
+/** The starts of runs in a word, and the number of the first. */
 struct Starts {
   std::uint64_t bits;
   int first;
 };
 
-/** Of the last run that starts at one of these pixels, or else before them. */
+/** Returns the number of the last run that starts at one of these pixels, or else before them. */
 HWY_INLINE int lastRun(const Starts& starts, std::uint64_t pixels) {
   return starts.first - 1 + std::popcount(starts.bits & pixels);
 }
@@ -191,9 +193,10 @@ HWY_AFTER_NAMESPACE();
 
 #if HWY_ONCE
 namespace QV::detail {
-namespace {
 
 using vision::ComponentRuns;
+
+namespace {
 
 HWY_EXPORT(findRowRuns);
 HWY_EXPORT(numberComponents);

@@ -9,12 +9,12 @@
 
 namespace QV::detail {
 
-/** What is known of a row of pixels; of bits there is one for each pixel, from the lowest. */
+/** The facts about a row of pixels, one bit for each pixel, from the lowest. */
 struct RowBits {
-  /** Between zeros. */
+  /** The pixels, between zeros. */
   std::vector<std::uint16_t> pixels;
   std::vector<std::uint64_t> valid;
-  /** Where runs begin, and in each word the number of the first. */
+  /** The starts of runs, and the number of the first in each word. */
   std::vector<std::uint64_t> starts;
   std::vector<int> firstRuns;
 };

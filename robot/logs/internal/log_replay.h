@@ -31,7 +31,7 @@ class QV_API LogReplay {
             const boost::shared_ptr<MotionService>& motion);
   ~LogReplay();
 
-  /** When the next step is due, on ko::Clock; nothing at the end. */
+  /** Returns when the next step is due, on ko::Clock; nothing at the end. */
   std::optional<ko::Clock::time_point> getNextTime() const;
 
   /**
@@ -43,7 +43,7 @@ class QV_API LogReplay {
   std::size_t getStepsMade() const { return stepsMade; }
   std::size_t getStepCount() const { return recording.steps.size(); }
 
-  /** Where the robot was in the last step, in the recording's own frame. */
+  /** Returns where the robot was in the last step, in the recording's own frame. */
   Math::Pose2D getPose() const { return pose; }
 
  private:

@@ -10,13 +10,13 @@
 
 namespace QV::robot {
 
-/** What a recorded robot measured at one time, and where it was. */
+/** The measurements of a recorded robot at one time, and its pose. */
 struct RecordedStep {
-  /** Since the first step; never decreases. */
+  /** The time since the first step; never decreases. */
   ko::Duration time;
   /** The robot in a frame of the recording's own. */
   Math::Pose2D pose;
-  /** One for each memory key of the sensors, in their order. */
+  /** The values, one for each memory key of the sensors, in their order. */
   std::vector<float> values;
 };
 

@@ -7,10 +7,10 @@
 namespace QV::robot {
 
 /**
- * What the sonars of a recording, type 9 with one key, measure while it plays from `start` on
- * ko::Clock: the newest range until the next one; no echo at maximumDetectionDistance and beyond,
- * nor before the start. Asked for another sensor it throws std::invalid_argument. Copies are safe
- * from any thread.
+ * Makes a source of what the sonars of a recording, type 9 with one key, measure while it plays
+ * from `start` on ko::Clock. It gives the newest range until the next one; no echo at
+ * maximumDetectionDistance and beyond, nor before the start. Asked for another sensor it throws
+ * std::invalid_argument. Copies are thread-safe.
  */
 QV_API SonarDriver::Source makeSonarSource(const Recording& recording, ko::Clock::time_point start);
 

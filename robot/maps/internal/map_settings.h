@@ -6,11 +6,11 @@
 
 namespace QV::robot {
 
-/** What a map's YAML file says. */
+/** The settings of a map's YAML file. */
 struct MapSettings {
   enum class Mode { trinary, scale, raw };
 
-  /** As written: relative to the YAML file. */
+  /** The image's path as written: relative to the YAML file. */
   std::filesystem::path image;
   /** Metres per cell. */
   float resolution = 0.0f;

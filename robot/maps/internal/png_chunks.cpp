@@ -2,9 +2,7 @@
 
 #include <cstdint>
 #include <stdexcept>
-
-#include <boost/crc.hpp>
-#include <boost/endian/conversion.hpp>
+#include <zlib.h>
 
 namespace QV::robot {
 namespace {
@@ -14,14 +12,16 @@ constexpr std::size_t kSignatureSize = 8;
 constexpr std::size_t kFrameSize = 12;
 
 std::uint32_t numberAt(const std::string& bytes, std::size_t position) {
-  return boost::endian::load_big_u32(
-      reinterpret_cast<const unsigned char*>(bytes.data() + position));
+  std::uint32_t number = 0;
+  for (std::size_t i = position; i < position + sizeof number; ++i) {
+    number = number << 8 | static_cast<unsigned char>(bytes[i]);
+  }
+  return number;
 }
 
 void checkSum(const std::string& png, std::size_t start, std::size_t length) {
-  boost::crc_32_type sum;
-  sum.process_bytes(png.data() + start + 4, length + 4);
-  if (sum.checksum() == numberAt(png, start + 8 + length)) return;
+  const auto* const counted = reinterpret_cast<const Bytef*>(png.data() + start + 4);
+  if (crc32_z(0, counted, length + 4) == numberAt(png, start + 8 + length)) return;
   throw std::runtime_error("a whole PNG image expected, the chunk at byte " +
                            std::to_string(start) + " is damaged");
 }

@@ -11,7 +11,7 @@ namespace QV::robot {
 
 /** A command to an actuator as the device manager takes it: values, each with its time. */
 struct DeviceCommand {
-  /** Which pending values the new ones replace: none, all, the later or the earlier ones. */
+  /** The pending values that the new ones replace: none, all, the later or the earlier ones. */
   enum class Mode { merge, clearAll, clearAfter, clearBefore };
 
   struct TimedValue {

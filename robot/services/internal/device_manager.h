@@ -33,7 +33,7 @@ struct DeviceCommand;
  */
 class QV_API DeviceManager : public QVModule, public boost::enable_shared_from_this<DeviceManager> {
  public:
-  /** What a value does to an actuator, when it is due; one at a time. What it throws is logged. */
+  /** Applies a value to an actuator, when it is due; one at a time. What it throws is logged. */
   using ActuatorHandler = std::function<void(const std::string& key, const QVValue& value)>;
 
   explicit DeviceManager(const boost::shared_ptr<QVBroker>& broker);

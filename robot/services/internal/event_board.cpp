@@ -1,123 +1,19 @@
 #include "robot/services/internal/event_board.h"
 
 #include <algorithm>
-#include <cstddef>
-#include <deque>
 #include <utility>
 
-#include "platform/ko/log.h"
-#include "platform/middleware/contracts/memory_contract.h"
-#include "platform/middleware/qv_error.h"
+#include <boost/make_shared.hpp>
 
 namespace QV::robot {
-namespace {
-
-// Ten seconds of events at a hundred a second: who has not come back by then hangs.
-constexpr std::size_t kMostWaiting = 1000;
-
-}  // namespace
-
-/** The method that events are delivered to; its calls come one after the other. */
-class EventBoard::Receiver {
- public:
-  Receiver(boost::weak_ptr<QVBroker> broker, const std::string& event, const Subscriber& subscriber)
-      : broker(std::move(broker)), event(event), subscriber(subscriber) {}
-
-  void deliver(const QVValue& value) {
-    try {
-      xCall(value);
-      lastFailure.clear();
-    } catch (const std::exception& error) {
-      xLogOnce(error.what());
-    } catch (...) {
-      xLogOnce("not a standard exception");
-    }
-  }
-
-  /** Who is called for which event, as the start of a line. */
-  std::string getText() const {
-    return "Event " + event + " to " + subscriber.module + "." + subscriber.method + ": ";
-  }
-
- private:
-  void xCall(const QVValue& value) {
-    const auto alive = broker.lock();
-    // With the broker, everybody who could have listened is gone.
-    if (!alive) return;
-    const QVValue arguments[] = {event, value, subscriber.message};
-    alive->call(subscriber.module, subscriber.method, arguments);
-  }
-
-  // An event may come a hundred times a second: only a change is news.
-  void xLogOnce(const std::string& failure) {
-    if (failure == lastFailure) return;
-    lastFailure = failure;
-    ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
-        << "Event " << event << " to " << subscriber.module << ": " << failure;
-  }
-
-  const boost::weak_ptr<QVBroker> broker;
-  const std::string event;
-  const Subscriber subscriber;
-  std::string lastFailure;
-};
-
-/** The events that wait for one subscription; the oldest make room when there are too many. */
-class EventBoard::Queue {
- public:
-  /** True if one more delivery is due. */
-  bool add(const boost::shared_ptr<Receiver>& receiver, const QVValue& value) {
-    {
-      std::lock_guard<std::mutex> lock(mutex);
-      waiting.push_back({receiver, value});
-      if (waiting.size() <= kMostWaiting) return true;
-      waiting.pop_front();
-      if (++dropped > 1) return false;
-    }
-    ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
-        << receiver->getText() << kMostWaiting << " wait, the oldest are dropped until it goes on";
-    return false;
-  }
-
-  void deliverNext() {
-    const Delivery next = xTake();
-    next.receiver->deliver(next.value);
-    const std::size_t lost = xTakeLost();
-    if (lost == 0) return;
-    ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
-        << next.receiver->getText() << "goes on, " << lost << " were dropped";
-  }
-
- private:
-  struct Delivery {
-    boost::shared_ptr<Receiver> receiver;
-    QVValue value;
-  };
-
-  Delivery xTake() {
-    std::lock_guard<std::mutex> lock(mutex);
-    Delivery next = std::move(waiting.front());
-    waiting.pop_front();
-    return next;
-  }
-
-  // Only once all is delivered: one that is merely slow would be told of at each event.
-  std::size_t xTakeLost() {
-    std::lock_guard<std::mutex> lock(mutex);
-    return waiting.empty() ? std::exchange(dropped, 0) : 0;
-  }
-
-  std::mutex mutex;
-  std::deque<Delivery> waiting;
-  std::size_t dropped = 0;
-};
 
 EventBoard::EventBoard(const boost::shared_ptr<QVBroker>& broker) : broker(broker) {}
 
 EventBoard::~EventBoard() = default;
 
 void EventBoard::subscribe(const std::string& event, const Subscriber& subscriber) {
-  auto receiver = boost::make_shared<Receiver>(broker, event, subscriber);
+  auto receiver = boost::make_shared<EventReceiver>(broker, event, subscriber.module,
+                                                    subscriber.method, subscriber.message);
   std::lock_guard<std::mutex> lock(mutex);
   Subscriptions& subscriptions = subscriptionsOf[event];
   const auto found = xFind(subscriptions, subscriber.kind, subscriber.module);
@@ -125,7 +21,7 @@ void EventBoard::subscribe(const std::string& event, const Subscriber& subscribe
     found->receiver = std::move(receiver);
   } else {
     subscriptions.push_back({subscriber.kind, subscriber.module, std::move(receiver),
-                             boost::make_shared<Queue>(), boost::make_shared<ko::Strand>()});
+                             boost::make_shared<EventQueue>(), boost::make_shared<ko::Strand>()});
   }
 }
 

@@ -11,15 +11,15 @@
 #include "platform/api.h"
 #include "platform/ko/internal/strand.h"
 #include "platform/middleware/qv_broker.h"
+#include "robot/services/internal/event_queue.h"
 
 namespace QV::robot {
 
 /**
- * Who wants to know of which event. A subscription gets its events in the order they were raised,
- * one at a time, on the event loop's threads; different subscriptions run side by side. When 1000
- * events wait for a subscriber, newer ones take the place of the oldest: a line names it at the
- * first that is lost, and one counts them when it has caught up. Not copyable; safe from any
- * thread.
+ * The subscribers of events. A subscription gets its events in the order they were raised, one at a
+ * time, on the event loop's threads; different subscriptions run side by side. Once 1000 events
+ * wait for a subscriber, newer ones take the place of the oldest. A line names it at the first that
+ * is lost, and another counts them when it has caught up. Not copyable; thread-safe.
  */
 class QV_API EventBoard {
  public:
@@ -54,13 +54,11 @@ class QV_API EventBoard {
   bool hasSubscribers(const std::string& event) const;
 
  private:
-  class Receiver;
-  class Queue;
   struct Subscription {
     Kind kind;
     std::string module;
-    boost::shared_ptr<Receiver> receiver;
-    boost::shared_ptr<Queue> queue;
+    boost::shared_ptr<EventReceiver> receiver;
+    boost::shared_ptr<EventQueue> queue;
     boost::shared_ptr<ko::Strand> strand;
   };
   using Subscriptions = std::vector<Subscription>;

@@ -2,16 +2,20 @@
 
 #include <string>
 
+#include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/middleware/qv_value.h"
 
 namespace QV::robot {
 
+class VideoDevice;
+class VirtualRobot;
+
 /** The body as of one step. Metres, radians, m/s, rad/s. */
 struct BodyStep {
-  /** In the map. */
+  /** The robot's pose in the map. */
   Math::Pose2D pose;
-  /** Where the wheels say that it is, seen from where it started. */
+  /** The odometry: where the wheels say that it is, seen from where it started. */
   Math::Pose2D odometry;
   Math::Pose2D velocity;
 };
@@ -33,6 +37,16 @@ class InputListener {
   virtual void onImage(int camera, const QVValue& image) = 0;
   /** The body has moved, and its units have measured. */
   virtual void onStep(const BodyStep& step) = 0;
+};
+
+/**
+ * A listener hears what is so now and of all that is measured from then on; must outlive that, or
+ * null takes its place.
+ */
+struct QV_API InputTap {
+  static void set(VirtualRobot& robot, InputListener* listener);
+  /** Of images alone. */
+  static void set(VideoDevice& cameras, InputListener* listener);
 };
 
 }  // namespace QV::robot

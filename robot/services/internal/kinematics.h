@@ -15,9 +15,9 @@ namespace QV::robot {
 Math::Transform interpolate(const Math::Transform& a, const Math::Transform& b, double ratio);
 
 /**
- * Where the parts of a robot are, given the positions of the joints that move by themselves, in
- * radians or metres. Planar and floating joints rest in their origin. Not safe from several
- * threads, not even for questions.
+ * The places of a robot's parts, given the positions of the joints that move by themselves, in
+ * radians or metres. Planar and floating joints rest in their origin. Not thread-safe, not even for
+ * questions.
  */
 class Kinematics {
  public:
@@ -27,7 +27,8 @@ class Kinematics {
   Kinematics& operator=(const Kinematics&) = delete;
 
   std::size_t getPositionCount() const { return positionIndexes.size(); }
-  /** Which position is that of `joint`; std::invalid_argument for one that has none of its own. */
+  /** Returns the index of the position of `joint`; std::invalid_argument for one that has none
+   * of its own. */
   std::size_t indexOf(const std::string& joint) const;
 
   /**

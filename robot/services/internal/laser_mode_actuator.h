@@ -37,8 +37,8 @@ class QV_API LaserModeActuator {
   LaserModeActuator& operator=(const LaserModeActuator&) = delete;
 
   /**
-   * For commands from now on. Not positive: they show before the device manager's `set` returns.
-   * Nothing: they never show, nor do those before.
+   * Sets the delay of commands from now on. Not positive: they show before the device manager's
+   * `set` returns. Nothing: they never show, nor do those before.
    */
   void setDelay(std::optional<ko::Duration> delay);
 

@@ -15,7 +15,7 @@ namespace QV::robot {
 /**
  * Values by key. An int or float is kept in 32 bits at an address that stays good as long as the
  * store lives, and that everybody reads and writes through relaxed atomics; other values are kept
- * as they are. Not copyable; all operations are safe from any thread. Errors are QVErrors of the
+ * as they are. Not copyable; thread-safe. Errors are QVErrors of the
  * module "QVMemory" that name the key.
  */
 class QV_API MemoryStore {

@@ -20,10 +20,10 @@ class Kinematics;
 class PostureHistory;
 
 /**
- * Where the parts of the robot are and how it moves, module "QVMotion"; QVMotionProxy says what its
- * methods do. Besides, "_getSensorTransformAtTime" is getTransformAtTime(). Whoever measures the
- * joints sets them here; a joint never set stands at 0. It writes no memory key. All operations are
- * safe from any thread; wrong arguments throw std::invalid_argument and change nothing.
+ * The module "QVMotion": where the parts of the robot are and how it moves. QVMotionProxy says what
+ * its methods do; "_getSensorTransformAtTime" is getTransformAtTime(). Whoever measures the joints
+ * sets them here; a joint never set stands at 0. It writes no memory key. Thread-safe; wrong
+ * arguments throw std::invalid_argument and change nothing.
  */
 class QV_API MotionService : public QVModule {
  public:
@@ -40,7 +40,8 @@ class QV_API MotionService : public QVModule {
    * that move by themselves only: mimics follow.
    */
   void setJointPositions(const std::map<std::string, double>& positions);
-  /** Where joints are to go. One without a command counts as commanded where it was measured. */
+  /** Sets where joints are to go. One without a command counts as commanded where it was
+   * measured. */
   void setJointCommands(const std::map<std::string, double>& positions);
   /** The root link in the ground frame, as of now; the identity at start. */
   void setGroundPose(const Math::Transform& rootInGround);

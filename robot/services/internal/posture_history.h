@@ -8,9 +8,9 @@
 
 namespace QV::robot {
 
-/** How a robot stands at one time. */
+/** A robot's posture at one time. */
 struct Posture {
-  /** Of the joints that move by themselves, radians or metres. */
+  /** The positions of the joints that move by themselves, radians or metres. */
   std::vector<double> positions;
   /** The root link in the ground frame. */
   Math::Transform rootInGround;

@@ -4,7 +4,9 @@
 
 namespace QV::robot {
 
-/** Whether a configuration is a sonar's that can be measured: it has the one key of a range. */
+/**
+ * True if a configuration is that of a sonar that can be measured: it has the one key of a range.
+ */
 bool isSonar(const Model::SensorConfig& config);
 
 }  // namespace QV::robot

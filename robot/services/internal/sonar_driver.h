@@ -46,7 +46,7 @@ class QV_API SonarDriver : public QVModule {
               ko::Duration period = kPeriod);
   ~SonarDriver() override;
 
-  /** Without a source, as at first, no key is written. */
+  /** Sets the source; without one, as at first, no key is written. */
   void setSource(Source source);
 
  private:

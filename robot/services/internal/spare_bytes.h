@@ -18,7 +18,8 @@ class SpareBytes {
  public:
   using Bytes = QVValue::Bytes;
 
-  /** So many zeros, in a buffer that had as many. They may outlive this. */
+  /** Takes a buffer of so many zeros, one that had as many before if there is one. It may
+   * outlive this. */
   std::shared_ptr<Bytes> take(std::size_t size);
 
  private:

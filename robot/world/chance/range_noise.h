@@ -9,8 +9,8 @@
 namespace QV::robot {
 
 /**
- * What a real sensor makes of true ranges, as WorldOptions say; each sensor has chances of its own.
- * For one thread at a time.
+ * The noise of a real sensor on true ranges, as WorldOptions say; each sensor has chances of its
+ * own. For one thread at a time.
  */
 class QV_API RangeNoise {
  public:

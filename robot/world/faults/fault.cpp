@@ -20,13 +20,6 @@ constexpr double kMostSeconds = 8.64e6;
   throw std::invalid_argument("fault: " + expected + " expected, \"" + given + "\" given");
 }
 
-FaultKind toKind(const std::string& name) {
-  for (std::size_t i = 0; i < kNames.size(); ++i) {
-    if (name == kNames[i]) return static_cast<FaultKind>(i);
-  }
-  refuse("off, stuck, garbage, wrong, slow, delayed or intermittent", name);
-}
-
 ko::Duration toDuration(double seconds) {
   return ko::Duration(std::llround(seconds * kFaultNsPerSecond));
 }
@@ -48,13 +41,21 @@ std::string getName(FaultKind kind) {
   return kNames.at(static_cast<std::size_t>(kind));
 }
 
+FaultKind parseFaultKind(const std::string& name) {
+  for (std::size_t i = 0; i < kNames.size(); ++i) {
+    if (name == kNames[i]) return static_cast<FaultKind>(i);
+  }
+  refuse("off, stuck, garbage, wrong, slow, delayed or intermittent", name);
+}
+
 Fault parseFault(const std::string& text) {
   const auto colon = text.find(':');
   if (colon == 0 || colon == std::string::npos) refuse("NAME:KIND or NAME:KIND@FROM-TO", text);
   const auto at = text.find('@', colon);
   Fault fault;
   fault.sensor = text.substr(0, colon);
-  fault.kind = toKind(text.substr(colon + 1, at == std::string::npos ? at : at - colon - 1));
+  fault.kind =
+      parseFaultKind(text.substr(colon + 1, at == std::string::npos ? at : at - colon - 1));
   if (at != std::string::npos) readTimes(text.substr(at + 1), fault);
   return fault;
 }

@@ -7,16 +7,28 @@
 
 namespace QV::robot {
 
-/** How a sensor of a VirtualRobot fails; docs/faults.md says what each does to which sensor. */
+/**
+ * The ways in which a sensor of a VirtualRobot fails; docs/faults.md says what each does to which
+ * sensor.
+ */
 enum class FaultKind { off, stuck, garbage, wrong, slow, delayed, intermittent };
 
 /** "off", "stuck", ... */
 QV_API std::string getName(FaultKind kind);
+/** The kind of such a name; std::invalid_argument that says which there are for any other. */
+QV_API FaultKind parseFaultKind(const std::string& name);
 
+/**
+ * A fault of one sensor, from one second of the robot's life to another.
+ *
+ *     robot.setFault({"FrontLaser", QV::robot::FaultKind::stuck, seconds(10), seconds(20)});
+ *     robot.setFault(QV::robot::parseFault("FrontLaser:stuck@10-20"));
+ */
 struct QV_API Fault {
   std::string sensor;
   FaultKind kind = FaultKind::off;
-  /** Since the robot was made; `to` is the first moment without the fault. */
+  /** The begin and the end, counted since the robot was made; `to` is the first moment without
+   * the fault. */
   ko::Duration from = ko::Duration::zero();
   ko::Duration to = ko::Duration::max();
 

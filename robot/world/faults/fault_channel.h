@@ -9,14 +9,14 @@
 
 namespace QV::robot {
 
-/** What ails a sensor at a time; nothing while it is sound. */
+/** Finds the fault of a sensor at a time; nothing while it is sound. */
 using FaultFinder = std::function<std::optional<FaultKind>(ko::Clock::time_point)>;
 
-/** What is left of a range that a sensor tells wrong. */
+/** The share that is left of a range that a sensor tells wrong. */
 constexpr float kFalseShare = 0.6f;
 
 /**
- * What a sensor that may fail gives out for what it measures, each time that it measures. For one
+ * The output of a sensor that may fail, for what it measures, each time that it measures. For one
  * thread at a time.
  */
 template <typename T>
@@ -31,7 +31,7 @@ class FaultChannel {
 
   struct Sample {
     T value;
-    /** As the sensor says it. */
+    /** The time that the sensor gives. */
     ko::Clock::time_point time;
   };
 

@@ -4,7 +4,7 @@
 
 namespace QV::robot {
 
-/** What makes no sense, but for boxes, holes and people: std::invalid_argument. */
+/** Throws std::invalid_argument for what makes no sense, but for boxes, holes and people. */
 void checkOptions(const WorldOptions& options);
 
 }  // namespace QV::robot

@@ -5,13 +5,13 @@
 #include <boost/shared_ptr.hpp>
 
 #include "robot/world/robot_description.h"
-#include "robot/world/units/internal/unit_services.h"
+#include "robot/world/units/internal/unit_parts.h"
 
 namespace QV::robot {
 
 /**
- * The services of a robot, registered at a broker. They are taken back again unless keep() says
- * that they stay. Not copyable.
+ * The services of a robot, registered at a broker, for the units that are made meanwhile. They are
+ * taken back again unless keep() says that they stay. Not copyable.
  */
 class RobotServices {
  public:
@@ -22,11 +22,12 @@ class RobotServices {
   RobotServices(const RobotServices&) = delete;
   RobotServices& operator=(const RobotServices&) = delete;
 
-  const UnitFactory::Services& get() const { return services; }
+  const UnitServices& get() const { return services; }
   void keep() { modules.clear(); }
 
  private:
-  UnitFactory::Services services;
+  UnitParts& units;
+  UnitServices services;
   std::vector<boost::shared_ptr<QVModule>> modules;
 };
 

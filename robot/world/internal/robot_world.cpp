@@ -7,9 +7,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "robot/services/memory_service.h"
 #include "robot/services/video_device.h"
-#include "robot/world/internal/option_checks.h"
 #include "robot/world/internal/robot_services.h"
 #include "robot/world/internal/virtual_robot_contract.h"
 #include "robot/world/scene/internal/body_size.h"
@@ -22,13 +20,6 @@ using Lock = std::lock_guard<std::mutex>;
 Math::Pose2D finite(const char* what, const Math::Pose2D& value) {
   if (std::isfinite(value.x + value.y + value.theta)) return value;
   throw std::invalid_argument(std::string("VirtualRobot: a finite ") + what + " expected");
-}
-
-UnitContext makeContext(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
-                        const boost::shared_ptr<MotionService>& motion,
-                        const boost::shared_ptr<QVBroker>& broker) {
-  checkOptions(options);
-  return {std::move(map), options, motion, broker};
 }
 
 void addFaultySensors(const RobotDescription& description, const UnitFactory& factory,
@@ -53,10 +44,10 @@ RobotWorld::RobotWorld(const RobotDescription& description,
     : QVModule(VirtualRobotContract::kModule),
       model(description.model),
       motion(boost::make_shared<MotionService>(model)),
-      context(makeContext(std::move(map), options, motion, broker)),
+      context(UnitParts::makeContext(std::move(map), options, motion, broker)),
       bodySize(measureBody(model, *motion)),
-      body(context.getSurroundings().getScene(), bodySize, options.start),
-      crowd(context.getSurroundings().getScene(), options, bodySize.radius) {
+      body(UnitParts::of(context).getScene(), bodySize, options.start),
+      crowd(UnitParts::of(context).getScene(), options, bodySize.radius) {
   xBindMethods();
   state.people = crowd.getPositions();
   setPose(options.start);
@@ -93,7 +84,7 @@ void RobotWorld::xMakeUnits(const RobotDescription& description,
   addFaultySensors(description, factory, getFaults());
   RobotServices services(broker, description, context, motion);
   cameras = services.get().cameras;
-  units = std::make_unique<UnitSchedule>(factory.make(model, context, services.get()));
+  units = std::make_unique<UnitSchedule>(factory.make(model, context));
   services.keep();
 }
 
@@ -141,8 +132,8 @@ void RobotWorld::xStep() {
 
 void RobotWorld::setListener(InputListener* newListener) {
   listener = newListener;
-  context.getMemory()->setListener(newListener);
-  cameras->setListener(newListener);
+  UnitParts::of(context).memory->setListener(newListener);
+  InputTap::set(*cameras, newListener);
   if (newListener) newListener->onStep(xGetStep());
 }
 

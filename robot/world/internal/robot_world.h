@@ -16,12 +16,11 @@
 #include "platform/middleware/qv_module.h"
 #include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/motion_service.h"
-#include "robot/world/faults/internal/fault_plan.h"
 #include "robot/world/internal/unit_schedule.h"
 #include "robot/world/robot_description.h"
 #include "robot/world/scene/internal/body.h"
 #include "robot/world/scene/internal/crowd.h"
-#include "robot/world/units/unit_context.h"
+#include "robot/world/units/internal/unit_parts.h"
 #include "robot/world/units/unit_factory.h"
 
 namespace QV::robot {
@@ -29,9 +28,9 @@ namespace QV::robot {
 class VideoDevice;
 
 /**
- * What a VirtualRobot is made of: a body and people that move in a scene, and units that measure
- * it. A module, "VirtualRobot", so that the broker keeps it as long as its services: "setVelocity"
- * (vx, vy, omega) and "getPose" ([x, y, theta]) are the robot's.
+ * The parts of a VirtualRobot: a body and people that move in a scene, and units that measure it.
+ * It is a module, "VirtualRobot", so that the broker keeps it as long as its services:
+ * "setVelocity" (vx, vy, omega) and "getPose" ([x, y, theta]) are the robot's.
  */
 class RobotWorld : public QVModule {
  public:
@@ -56,7 +55,7 @@ class RobotWorld : public QVModule {
   const Model::Robot& getModel() const { return model; }
   const OccupancyMap& getMap() const { return context.getSurroundings().getMap(); }
   const BodySize& getBodySize() const { return bodySize; }
-  FaultPlan& getFaults() { return *context.getFaultPlan(); }
+  FaultPlan& getFaults() { return UnitParts::of(context).faults; }
   State getState() const;
   std::set<std::string> getTouched() const { return context.getSurroundings().getTouched(); }
 

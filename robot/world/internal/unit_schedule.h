@@ -14,7 +14,7 @@ class UnitSchedule {
  public:
   explicit UnitSchedule(UnitFactory::Units units);
 
-  /** Has those measure that are due. One that fails is logged when its failure changes. */
+  /** Lets the units measure that are due. One that fails is logged when its failure changes. */
   void measure(ko::Clock::time_point now);
 
  private:

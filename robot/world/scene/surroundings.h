@@ -23,12 +23,12 @@ struct QV_API Ray {
   Math::Position3D origin;
   Math::Position3D direction;
 
-  /** Where a sensor of that frame in the map looks: along its x axis. */
+  /** Makes the ray of a sensor whose frame in the map is given: along its x axis. */
   static Ray ahead(const Math::Transform& frame) {
     return {Math::position3DFromTransform(frame), {frame(0, 0), frame(1, 0), frame(2, 0)}};
   }
 
-  /** What lies at a range, in metres. */
+  /** Returns the point at a range, in metres. */
   Math::Position3D at(float range) const {
     return {origin.x + range * direction.x, origin.y + range * direction.y,
             origin.z + range * direction.z};
@@ -43,35 +43,31 @@ struct QV_API Stretch {
 
 class MotionService;
 class Scene;
+struct UnitParts;
 
-/** Where everything that moves is, at one time. */
+/** The places of everything that moves, at one time. */
 struct QV_API Moment {
   /** The root link in the map. */
   Math::Pose2D robot;
-  /** In the map: upright cylinders, 0.2 m in radius and 1.7 m high. */
+  /** The people in the map: upright cylinders, 0.2 m in radius and 1.7 m high. */
   std::vector<Math::Position2D> people = {};
-  /** In which direction the body touches something, in the root link's frame, radians. */
+  /** The direction in which the body touches something, in the root link's frame, radians. */
   std::optional<float> contact = std::nullopt;
 };
 
 /**
- * What the robot's sensors have around them: the walls of the map, boxes, a floor at height 0 with
- * holes, and people. Lengths are metres. Not copyable; safe from any thread.
+ * The surroundings of the robot's sensors: the walls of the map, boxes, a floor at height 0 with
+ * holes, and people. Lengths are metres. Not copyable; thread-safe.
  */
 class QV_API Surroundings {
  public:
-  /**
-   * Sizes of boxes and holes that are not positive, numbers that are not finite, no map:
-   * std::invalid_argument.
-   */
-  Surroundings(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
-               boost::shared_ptr<MotionService> motion);
   ~Surroundings();
+  Surroundings(const Surroundings&) = delete;
+  Surroundings& operator=(const Surroundings&) = delete;
 
   const OccupancyMap& getMap() const;
-  const Scene& getScene() const { return *scene; }
 
-  /** For whoever moves the robot. */
+  /** Sets the moment. For whoever moves the robot. */
   void setMoment(const Moment& moment);
   Moment getMoment() const;
 
@@ -88,6 +84,14 @@ class QV_API Surroundings {
   std::set<std::string> getTouched() const;
 
  private:
+  friend struct UnitParts;
+  /**
+   * Sizes of boxes and holes that are not positive, numbers that are not finite, no map:
+   * std::invalid_argument.
+   */
+  Surroundings(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
+               boost::shared_ptr<MotionService> motion);
+
   const std::unique_ptr<const Scene> scene;
   const boost::shared_ptr<MotionService> motion;
   mutable std::mutex mutex;

@@ -8,9 +8,9 @@
 namespace QV::robot {
 
 /**
- * What measures for a sensor of a virtual robot, or for several that share hardware. The robot
- * owns it and has it measure once a period, always in one thread at a time, after the body has
- * moved; units that other threads ask as well lock for themselves. Not copyable.
+ * A unit that measures for a sensor of a virtual robot, or for several that share hardware. The
+ * robot owns it and lets it measure once a period, always in one thread at a time, after the body
+ * has moved; units that other threads ask as well lock for themselves. Not copyable.
  */
 class QV_API SensorUnit {
  public:

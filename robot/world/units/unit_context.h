@@ -6,45 +6,37 @@
 #include <boost/shared_ptr.hpp>
 
 #include "platform/api.h"
-#include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_value.h"
-#include "platform/navigation/occupancy_map.h"
 #include "robot/world/faults/fault_channel.h"
 #include "robot/world/scene/surroundings.h"
 #include "robot/world/world_options.h"
 
 namespace QV::robot {
 
-class FaultPlan;
-class MemoryService;
+struct UnitParts;
 
 /**
- * What the sensor units of a robot measure, where they write, and what ails them. Copies are of the
- * same robot. Safe from any thread, but for addFaultName().
+ * The context of a robot's sensor units: what they measure, where they write, and what ails them. A
+ * VirtualRobot gives it, and a UnitRig for units alone. Copies are of the same robot. Thread-safe,
+ * but for addFaultName().
  */
 class QV_API UnitContext {
  public:
-  /**
-   * A robot that `motion` knows the frames of, at the options' start, with a memory of its own that
-   * is not at the broker yet. Errors as of Surroundings.
-   */
-  UnitContext(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
-              const boost::shared_ptr<MotionService>& motion,
-              const boost::shared_ptr<QVBroker>& broker);
   ~UnitContext();
 
-  const WorldOptions& getOptions() const { return *options; }
-  Surroundings& getSurroundings() const { return *surroundings; }
+  const WorldOptions& getOptions() const;
+  Surroundings& getSurroundings() const;
 
-  /** A source of chance of the run's seed; sources of different names differ. */
+  /** Makes a source of chance of the session's seed; sources of different names differ. */
   std::mt19937 makeGenerator(const std::string& source) const;
 
-  /** What ails the sensor of that name. */
+  /** The faults of the sensor of that name. */
   FaultFinder getFaults(const std::string& sensor) const;
-  /** Beside its sensors a unit may have parts that fail. While units are made only. */
+  /** Adds a part of a unit that may fail, beside its sensors. Call it only while units are made. */
   void addFaultName(const std::string& name) const;
 
-  /** A key that is not there, or a type that a connected key can't take: QVError. */
+  /** Reads or writes a key of the memory. A key that is not there, or a type that a connected
+   * key can't take: QVError. */
   QVValue read(const std::string& key) const;
   void write(const std::string& key, const QVValue& value) const;
   /** Leaves no number in a key; one that somebody is connected to keeps its last. */
@@ -54,14 +46,11 @@ class QV_API UnitContext {
   void raiseEvent(const std::string& event, const QVValue& value) const;
   bool hasSubscribers(const std::string& event) const;
 
-  const boost::shared_ptr<FaultPlan>& getFaultPlan() const { return faults; }
-  const boost::shared_ptr<MemoryService>& getMemory() const { return memory; }
-
  private:
-  boost::shared_ptr<const WorldOptions> options;
-  boost::shared_ptr<Surroundings> surroundings;
-  boost::shared_ptr<FaultPlan> faults;
-  boost::shared_ptr<MemoryService> memory;
+  friend struct UnitParts;
+  explicit UnitContext(boost::shared_ptr<UnitParts> parts);
+
+  boost::shared_ptr<UnitParts> parts;
 };
 
 }  // namespace QV::robot

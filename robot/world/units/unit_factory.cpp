@@ -17,8 +17,7 @@ namespace {
 
 void UnitFactory::add(int type, Creator creator) {
   if (!creator) refuse(type, "a creator");
-  addTogether({type}, [create = std::move(creator)](const auto& configs, const auto& context,
-                                                    const Services&) {
+  addTogether({type}, [create = std::move(creator)](const auto& configs, const auto& context) {
     Units units;
     for (const Model::SensorConfig& config : configs) {
       if (auto unit = create(config, context)) units.push_back(std::move(unit));
@@ -36,8 +35,7 @@ void UnitFactory::addTogether(const std::vector<int>& types, GroupCreator creato
   groups.push_back(std::move(creator));
 }
 
-UnitFactory::Units UnitFactory::make(const Model::Robot& robot, const UnitContext& context,
-                                     const Services& services) const {
+UnitFactory::Units UnitFactory::make(const Model::Robot& robot, const UnitContext& context) const {
   std::vector<std::vector<Model::SensorConfig>> configs(groups.size());
   for (const auto& [name, config] : robot.sensorConfigs) {
     const auto group = groupOfType.find(config.type);
@@ -45,7 +43,7 @@ UnitFactory::Units UnitFactory::make(const Model::Robot& robot, const UnitContex
   }
   Units units;
   for (std::size_t i = 0; i < groups.size(); ++i) {
-    Units made = groups[i](configs[i], context, services);
+    Units made = groups[i](configs[i], context);
     std::move(made.begin(), made.end(), std::back_inserter(units));
   }
   return units;

@@ -5,10 +5,7 @@
 #include <memory>
 #include <vector>
 
-#include <boost/shared_ptr.hpp>
-
 #include "platform/api.h"
-#include "platform/middleware/qv_broker.h"
 #include "platform/model/robot.h"
 #include "robot/world/units/sensor_unit.h"
 #include "robot/world/units/unit_context.h"
@@ -16,15 +13,12 @@
 namespace QV::robot {
 
 /**
- * Makes what measures on a virtual robot, by the type of sensor. A value: whoever knows more kinds
- * copies the standard one and adds his. Reading is safe from several threads.
+ * The makers of what measures on a virtual robot, by the type of sensor. A value: who knows more
+ * kinds copies the standard one and adds his. Reading is thread-safe.
  */
 class QV_API UnitFactory {
  public:
   using Units = std::vector<std::unique_ptr<SensorUnit>>;
-
-  /** What of the robot the library's own units plug themselves into. */
-  struct Services;
 
   /** Makes one sensor's unit; null for a configuration that is too poor to measure with. */
   using Creator =
@@ -33,8 +27,8 @@ class QV_API UnitFactory {
    * Makes the units of all sensors that share hardware, in the order of their names; of none, too.
    * What a service asks to measure, as it does sonars and cameras, is no unit: it is plugged in.
    */
-  using GroupCreator = std::function<Units(const std::vector<Model::SensorConfig>&,
-                                           const UnitContext&, const Services&)>;
+  using GroupCreator =
+      std::function<Units(const std::vector<Model::SensorConfig>&, const UnitContext&)>;
 
   /** Knows no type. */
   UnitFactory() = default;
@@ -47,8 +41,10 @@ class QV_API UnitFactory {
 
   bool hasType(int type) const { return groupOfType.count(type) > 0; }
 
-  /** In the order in which creators were added. What a creator throws is passed on. */
-  Units make(const Model::Robot& robot, const UnitContext& context, const Services& services) const;
+  /**
+   * Makes the units in the order in which creators were added. What a creator throws is passed on.
+   */
+  Units make(const Model::Robot& robot, const UnitContext& context) const;
 
  private:
   std::map<int, std::size_t> groupOfType;

@@ -30,6 +30,10 @@ struct McapLimits {
   std::uint64_t chunk = std::uint64_t{512} << 20;
   /** Of all chunks that are open at a time, but for one. */
   std::uint64_t open = std::uint64_t{512} << 20;
+  /** Bytes of what all channels say of themselves, and of all metadata. */
+  std::uint64_t texts = std::uint64_t{64} << 20;
+  /** Chunks, metadata and attachments: 2 TB of a recording with chunks of 256 kB. */
+  std::uint64_t places = std::uint64_t{1} << 23;
 };
 
 /** Each throws std::runtime_error for a file that is none of its kind; `path` is for messages. */

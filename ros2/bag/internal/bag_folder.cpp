@@ -21,7 +21,7 @@ class BagFolder : public BagFile {
     }
   }
 
-  /** Of topics that are in several files, those of the first. */
+  /** Returns the topics; of those that are in several files, the first file's. */
   std::vector<const BagTopic*> getTopics() const override {
     std::vector<const BagTopic*> result;
     result.reserve(topics.size());

@@ -17,7 +17,7 @@ class ChunkBuilder {
       : options(options), packer(options.compression) {}
 
   void add(const mcap::Message& message);
-  /** Whether the chunk is to be written before a message of `size` bytes and this time comes in. */
+  /** True if the chunk is to be written before a message of `size` bytes and this time comes in. */
   bool isFull(std::size_t size, std::uint64_t logTime) const;
   bool isEmpty() const { return records.empty(); }
 

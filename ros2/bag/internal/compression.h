@@ -7,7 +7,7 @@
 
 namespace QV::ros2 {
 
-/** As the format names it; "" for none. */
+/** Returns the name that the format has for it; "" for none. */
 std::string getName(Compression compression);
 
 /** Packs bytes, the same always to the same. Not copyable. */

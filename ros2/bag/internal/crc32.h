@@ -10,7 +10,8 @@ namespace QV::ros2 {
 
 /** The CRC-32 of zlib, going on from that of the bytes before. */
 inline std::uint32_t crc32(BytesView bytes, std::uint32_t before = 0) {
-  return libdeflate_crc32(before, bytes.data(), bytes.size());
+  // Of no bytes at no place it would give that of none before.
+  return bytes.empty() ? before : libdeflate_crc32(before, bytes.data(), bytes.size());
 }
 
 /** The CRC-32 of bytes and `size` more behind them, from that of each. */

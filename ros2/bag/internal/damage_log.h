@@ -7,9 +7,14 @@
 
 namespace QV::ros2 {
 
-/** Counts what can't be read of one file, each place once. */
-class DamageLog {
+/**
+ * Counts what can't be read of one file, each place once. It remembers kMostPlaces of them; then
+ * only one behind all others is sure to be new, and is counted.
+ */
+class QV_API DamageLog {
  public:
+  static constexpr std::size_t kMostPlaces = 10'000;
+
   explicit DamageLog(const std::string& path) : path(path) {}
 
   void addChunk(std::uint64_t byte, const std::string& what);
@@ -19,10 +24,13 @@ class DamageLog {
   const BagDamage& get() const { return damage; }
 
  private:
+  bool xIsNew(std::uint64_t byte);
   bool xAdd(std::uint64_t byte, const std::string& what);
 
   const std::string path;
   std::set<std::uint64_t> places;
+  /** The farthest of all, remembered or not. */
+  std::uint64_t farthest = 0;
   BagDamage damage;
 };
 

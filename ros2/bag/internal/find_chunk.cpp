@@ -8,7 +8,7 @@
 namespace QV::ros2 {
 namespace {
 
-/** Of the head: two times, the size and the CRC before the compression's name. */
+/** The bytes of the head before the compression's name: two times, the size and the CRC. */
 constexpr std::uint64_t kBeforeName = 28;
 constexpr std::size_t kLongestName = 4;
 constexpr std::uint64_t kPiece = std::uint64_t{1} << 16;

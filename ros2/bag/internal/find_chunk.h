@@ -6,10 +6,12 @@
 
 namespace QV::ros2 {
 
-/** Whether a chunk begins there, and what it says of its own length holds. */
+/** True if a chunk begins there, and what it says of its own length holds. */
 bool isWholeChunk(const ByteSource& source, std::uint64_t place);
 
-/** Where the next chunk begins that is whole by what it says of itself; nothing if there is none.
+/**
+ * Finds where the next chunk begins that is whole by what it says of itself; nothing if there is
+ * none.
  */
 std::optional<std::uint64_t> findChunk(const ByteSource& source, std::uint64_t from);
 

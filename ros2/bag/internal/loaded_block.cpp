@@ -16,7 +16,10 @@ struct Records {
   BytesView bytes;
 };
 
-/** Not touched before something is written to it: a size that lies costs nothing. */
+/**
+ * Allocates memory that is not touched before something is written to it: a size that lies costs
+ * nothing.
+ */
 std::shared_ptr<std::uint8_t[]> allocate(std::uint64_t size) {
   return std::make_shared_for_overwrite<std::uint8_t[]>(static_cast<std::size_t>(size));
 }

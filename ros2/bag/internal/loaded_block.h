@@ -16,16 +16,16 @@ struct LoadedBlock {
     BytesView data;
   };
 
-  /** What the entries' data lies in. */
+  /** The memory that the entries' data lies in. */
   std::shared_ptr<const std::uint8_t[]> records;
   std::vector<Entry> entries;
-  /** Of both. */
+  /** The bytes of both. */
   std::size_t memory = 0;
 };
 
 /**
- * In the file's order; what the block says of channels goes to `contents`. One that can't be read
- * throws std::runtime_error; messages of unknown channels are left out and counted.
+ * Loads a block in the file's order; what it says of channels goes to `contents`. One that can't be
+ * read throws std::runtime_error; messages of unknown channels are left out and counted.
  */
 LoadedBlock loadBlock(const ByteSource& source, const McapBlock& block, const McapLimits& limits,
                       McapContents& contents, DamageLog& damage);

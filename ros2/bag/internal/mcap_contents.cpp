@@ -1,8 +1,19 @@
 #include "ros2/bag/internal/mcap_contents.h"
 
 #include <stdexcept>
+#include <utility>
 
 namespace QV::ros2 {
+namespace {
+
+std::uint64_t sizeOf(const BagTopic& topic) {
+  std::uint64_t size = topic.name.size() + topic.type.size() + topic.encoding.size() +
+                       topic.schemaEncoding.size() + topic.schema.size();
+  for (const auto& [key, value] : topic.metadata) size += key.size() + value.size();
+  return size;
+}
+
+}  // namespace
 
 void McapContents::add(mcap::Op op, BytesView content) {
   if (op == mcap::Op::schema) addSchema(mcap::parseSchema(content));
@@ -11,9 +22,13 @@ void McapContents::add(mcap::Op op, BytesView content) {
 
 void McapContents::addSchema(mcap::Schema schema) {
   const std::uint16_t id = schema.id;
-  const auto [known, isNew] = schemas.try_emplace(id, schema);
-  if (!isNew && known->second != schema)
+  const auto known = schemas.find(id);
+  if (known == schemas.end()) {
+    xClaim(schema.name.size() + schema.encoding.size() + schema.text.size());
+    schemas.emplace(id, std::move(schema));
+  } else if (known->second != schema) {
     throw std::runtime_error("schema " + std::to_string(id) + " comes again and is another");
+  }
 }
 
 void McapContents::addChannel(const mcap::Channel& channel) {
@@ -27,10 +42,27 @@ void McapContents::addChannel(const mcap::Channel& channel) {
     topic.schemaEncoding = schema->second.encoding;
     topic.schema = schema->second.text;
   }
-  const auto [known, isNew] = topics.try_emplace(channel.id, topic);
-  if (!isNew && known->second != topic)
+  const auto known = topics.find(channel.id);
+  if (known == topics.end()) {
+    xClaim(sizeOf(topic));
+    topics.emplace(channel.id, std::move(topic));
+  } else if (known->second != topic) {
     throw std::runtime_error("channel " + std::to_string(channel.id) +
                              " comes again and is another");
+  }
+}
+
+void McapContents::checkPlaces() const {
+  if (blocks.size() + metadata.size() + attachments.size() > limits.places)
+    throw std::runtime_error("up to " + std::to_string(limits.places) +
+                             " chunks, metadata and attachments expected, more given");
+}
+
+void McapContents::xClaim(std::uint64_t bytes) {
+  if (bytes > limits.texts - texts)
+    throw std::runtime_error("schemas and channels of up to " + std::to_string(limits.texts) +
+                             " bytes expected, more given");
+  texts += bytes;
 }
 
 Bytes readRecord(const ByteSource& source, std::uint64_t offset, mcap::Op expected,

@@ -22,9 +22,11 @@ struct McapBlock {
   std::uint64_t endTime = 0;
 };
 
-/** What a file holds, and where. */
+/** What a file holds, and where. More than `limits` allow: std::runtime_error. */
 class McapContents {
  public:
+  explicit McapContents(const McapLimits& limits = {}) : limits(limits) {}
+
   std::vector<McapBlock> blocks;
   /** Where their records stand. */
   std::vector<std::uint64_t> metadata;
@@ -40,8 +42,14 @@ class McapContents {
   void add(mcap::Op op, BytesView content);
   void addSchema(mcap::Schema schema);
   void addChannel(const mcap::Channel& channel);
+  /** Whether there are not too many blocks, metadata and attachments. */
+  void checkPlaces() const;
 
  private:
+  void xClaim(std::uint64_t bytes);
+
+  McapLimits limits;
+  std::uint64_t texts = 0;
   std::map<std::uint16_t, mcap::Schema> schemas;
 };
 

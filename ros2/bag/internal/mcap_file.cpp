@@ -11,7 +11,6 @@ namespace QV::ros2 {
 namespace {
 
 constexpr std::uint64_t kMostDataEnd = 1024;
-constexpr std::uint64_t kMostMetadata = std::uint64_t{64} << 20;
 
 /** Merges the messages of blocks whose times may overlap; no more are in memory than it takes. */
 class McapFile : public BagFile {
@@ -148,9 +147,11 @@ class McapFile : public BagFile {
   }
 
   void xReadMetadata() {
+    std::uint64_t left = limits.texts;
     for (const std::uint64_t place : contents.metadata) {
       try {
-        const Bytes content = readRecord(*source, place, mcap::Op::metadata, kMostMetadata);
+        const Bytes content = readRecord(*source, place, mcap::Op::metadata, left);
+        left -= content.size();
         mcap::Metadata record = mcap::parseMetadata(content);
         metadata.push_back({std::move(record.name), std::move(record.values)});
       } catch (const std::runtime_error& error) {

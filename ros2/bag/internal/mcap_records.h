@@ -29,7 +29,7 @@ enum class Op : std::uint8_t {
 };
 
 constexpr std::array<std::uint8_t, 8> kMagic = {0x89, 'M', 'C', 'A', 'P', '0', '\r', '\n'};
-/** Of what stands before each record's content: operation and length. */
+/** The size of what stands before each record's content: operation and length. */
 constexpr std::size_t kHeadSize = 9;
 constexpr std::size_t kFooterSize = kHeadSize + 20;
 
@@ -49,7 +49,7 @@ struct Schema {
 
 struct Channel {
   std::uint16_t id = 0;
-  /** 0: none. */
+  /** The schema; 0 is none. */
   std::uint16_t schemaId = 0;
   std::string topic = {};
   std::string encoding = {};
@@ -71,7 +71,7 @@ struct Chunk {
   std::uint64_t size = 0;
   std::uint32_t crc = 0;
   std::string compression = {};
-  /** As they stand in the file. */
+  /** The bytes as they stand in the file. */
   BytesView packed = {};
 };
 
@@ -79,7 +79,7 @@ struct ChunkIndex {
   std::uint64_t startTime = 0;
   std::uint64_t endTime = 0;
   std::uint64_t offset = 0;
-  /** With its head. */
+  /** The length with its head. */
   std::uint64_t length = 0;
   std::map<std::uint16_t, std::uint64_t> messageIndexOffsets = {};
   std::uint64_t messageIndexLength = 0;
@@ -133,7 +133,7 @@ Channel parseChannel(BytesView content);
 Message parseMessage(BytesView content);
 Chunk parseChunk(BytesView content);
 ChunkIndex parseChunkIndex(BytesView content);
-/** One whose CRC is wrong throws, too. */
+/** Parses an attachment; one whose CRC is wrong throws, too. */
 BagAttachment parseAttachment(BytesView content);
 AttachmentIndex parseAttachmentIndex(BytesView content);
 Statistics parseStatistics(BytesView content);

@@ -19,13 +19,13 @@ constexpr std::uint64_t kRunSize = std::uint64_t{1} << 20;
 class Scanner {
  public:
   Scanner(const ByteSource& source, const McapLimits& limits, DamageLog& damage)
-      : source(source), limits(limits), damage(damage) {}
+      : source(source), limits(limits), damage(damage), contents(limits) {}
 
   McapContents scan() {
-    while (const auto head = xReadHead()) {
-      if (head->op == Op::dataEnd) contents.dataEnd = position;
-      if (head->op == Op::dataEnd || head->op == Op::footer) break;
-      xScanRecord(*head);
+    try {
+      xScanRecords();
+    } catch (const std::runtime_error& error) {
+      damage.add(position, std::string("not read on from here: ") + error.what());
     }
     xEndRun();
     xLoadAgain();
@@ -33,6 +33,15 @@ class Scanner {
   }
 
  private:
+  void xScanRecords() {
+    while (const auto head = xReadHead()) {
+      if (head->op == Op::dataEnd) contents.dataEnd = position;
+      if (head->op == Op::dataEnd || head->op == Op::footer) break;
+      contents.checkPlaces();
+      xScanRecord(*head);
+    }
+  }
+
   /** Nothing where the file is cut, and no chunk is found behind. */
   std::optional<mcap::Head> xReadHead() {
     const auto head = xHeadAt(position);

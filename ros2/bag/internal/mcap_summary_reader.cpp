@@ -43,7 +43,8 @@ Bytes readSummaryBytes(const ByteSource& source, const mcap::Footer& footer,
 
 class SummaryReader {
  public:
-  explicit SummaryReader(const mcap::Footer& footer) : footer(footer) {}
+  SummaryReader(const mcap::Footer& footer, const McapLimits& limits)
+      : footer(footer), contents(limits) {}
 
   void add(Op op, BytesView content) {
     contents.add(op, content);
@@ -53,6 +54,7 @@ class SummaryReader {
       contents.metadata.push_back(mcap::parseMetadataIndex(content).offset);
     if (op == Op::attachmentIndex)
       contents.attachments.push_back(mcap::parseAttachmentIndex(content).offset);
+    contents.checkPlaces();
   }
 
   McapContents finish() {
@@ -110,7 +112,7 @@ std::optional<McapContents> readSummary(const ByteSource& source, const McapLimi
   const mcap::Footer footer = readFooter(source);
   if (footer.summaryStart == 0) return std::nullopt;
   const Bytes bytes = readSummaryBytes(source, footer, limits);
-  SummaryReader summary(footer);
+  SummaryReader summary(footer, limits);
   walkRecords(bytes, [&](Op op, BytesView content) { summary.add(op, content); });
   McapContents contents = summary.finish();
   contents.dataEnd = findDataEnd(source, footer);

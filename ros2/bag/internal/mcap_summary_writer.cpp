@@ -6,35 +6,44 @@
 namespace QV::ros2 {
 namespace {
 
-/** The groups of the summary and where each stands. */
+/** The groups of the summary, which go to the file, and where each stands. */
 class Groups {
  public:
-  explicit Groups(std::uint64_t start) : start(start) {}
+  explicit Groups(OutputFile& file) : file(file), start(file.getSize()) {}
 
   template <typename Record>
   void add(mcap::Op op, const std::vector<Record>& records) {
     Bytes group;
     for (const Record& record : records) append(group, record);
-    add(op, group);
+    xNote(op, group.size());
+    xWrite(group);
   }
 
-  void add(mcap::Op op, const Bytes& group) {
-    if (group.empty()) return;
-    appendSummaryOffset(offsets, op, start + bytes.size(), group.size());
-    bytes.insert(bytes.end(), group.begin(), group.end());
+  void add(mcap::Op op, const SpilledBytes& group) {
+    xNote(op, group.getSize());
+    group.read([&](BytesView piece) { xWrite(piece); });
   }
 
-  Bytes finish() {
-    const mcap::Footer footer{start, start + bytes.size()};
-    bytes.insert(bytes.end(), offsets.begin(), offsets.end());
-    mcap::appendFooter(bytes, footer);
-    RecordWriter(bytes).number(crc32(bytes)).raw(mcap::kMagic);
-    return std::move(bytes);
+  void finish() {
+    mcap::appendFooter(offsets, {start, file.getSize()});
+    crc = crc32(offsets, crc);
+    RecordWriter(offsets).number(crc).raw(mcap::kMagic);
+    file.write(offsets);
   }
 
  private:
+  void xNote(mcap::Op op, std::uint64_t size) {
+    if (size > 0) appendSummaryOffset(offsets, op, file.getSize(), size);
+  }
+
+  void xWrite(BytesView bytes) {
+    file.write(bytes);
+    crc = crc32(bytes, crc);
+  }
+
+  OutputFile& file;
   const std::uint64_t start;
-  Bytes bytes;
+  std::uint32_t crc = 0;
   Bytes offsets;
 };
 
@@ -43,15 +52,15 @@ class Groups {
 void writeSummary(OutputFile& file, const McapSummary& summary) {
   Bytes dataEnd;
   mcap::appendDataEnd(dataEnd, file.getCrc());
-  Groups groups(file.getSize() + dataEnd.size());
+  file.write(dataEnd);
+  Groups groups(file);
   groups.add(mcap::Op::schema, summary.schemas);
   groups.add(mcap::Op::channel, summary.channels);
   groups.add(mcap::Op::statistics, std::vector{summary.statistics});
   groups.add(mcap::Op::chunkIndex, summary.chunks);
   groups.add(mcap::Op::attachmentIndex, summary.attachments);
   groups.add(mcap::Op::metadataIndex, summary.metadata);
-  file.write(dataEnd);
-  file.write(groups.finish());
+  groups.finish();
 }
 
 }  // namespace QV::ros2

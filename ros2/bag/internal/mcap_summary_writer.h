@@ -4,16 +4,20 @@
 
 #include "ros2/bag/internal/mcap_records.h"
 #include "ros2/bag/internal/output_file.h"
+#include "ros2/bag/internal/spilled_bytes.h"
 
 namespace QV::ros2 {
 
 /** What the end of a file says of the rest. */
 struct McapSummary {
+  /** Of the recording at `path`. */
+  explicit McapSummary(const std::string& path) : chunks(path) {}
+
   std::vector<mcap::Schema> schemas = {};
   std::vector<mcap::Channel> channels = {};
   mcap::Statistics statistics = {};
   /** The indexes of all chunks as they will stand there: a long run has many. */
-  Bytes chunks = {};
+  SpilledBytes chunks;
   std::vector<mcap::AttachmentIndex> attachments = {};
   std::vector<mcap::MetadataIndex> metadata = {};
 };

@@ -12,7 +12,8 @@ namespace QV::ros2 {
 /** A file that grows by whole records, with the CRC of all that it holds. Not copyable. */
 class OutputFile {
  public:
-  /** "-" is standard output. One that can't be made: std::runtime_error that names it. */
+  /** Opens the file; "-" is standard output. One that can't be made: std::runtime_error that
+   * names it. */
   explicit OutputFile(const std::string& path);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;
@@ -20,7 +21,7 @@ class OutputFile {
 
   struct Piece {
     BytesView bytes;
-    /** Of them, if it is known. */
+    /** The CRC of the bytes, if it is known. */
     std::optional<std::uint32_t> crc = std::nullopt;
   };
 

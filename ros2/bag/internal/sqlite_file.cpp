@@ -8,7 +8,7 @@
 namespace QV::ros2 {
 namespace {
 
-/** Of one message. */
+/** The most bytes of one message. */
 constexpr int kMostBytes = 512 << 20;
 
 using Database = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;

@@ -13,12 +13,15 @@ namespace QV::ros2 {
 struct CdrData : ddsi_serdata {
   CdrData(const ddsi_sertype* type, ddsi_serdata_kind kind, Bytes cdr);
 
-  /** With zeros up to a multiple of 4. */
+  /** The bytes, with zeros up to a multiple of 4. */
   Bytes bytes;
   std::size_t size;
 };
 
-/** For dds_create_topic_sertype, which owns it then; before, ddsi_sertype_unref frees it. */
+/**
+ * Makes a type for dds_create_topic_sertype, which owns it then; before, ddsi_sertype_unref frees
+ * it.
+ */
 ddsi_sertype* makeCdrType(const std::string& ddsName);
 
 }  // namespace QV::ros2

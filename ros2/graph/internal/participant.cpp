@@ -15,8 +15,8 @@ constexpr dds_duration_t kLongestWrite = DDS_MSECS(100);
 constexpr Qos kNodesQos{true, true, 1};
 
 /**
- * Whoever else uses the engine in this process may have taken the domain: ours then has a number of
- * its own in here, and the same on the network.
+ * Makes a domain. Whoever else uses the engine in this process may have taken it: ours then has a
+ * number of its own in here, and the same on the network.
  */
 dds_entity_t makeDomain(const GraphOptions& options) {
   static std::atomic<dds_domainid_t> following{1'000'000};

@@ -42,7 +42,7 @@ struct QosDeleter {
 };
 using QosPtr = std::unique_ptr<dds_qos_t, QosDeleter>;
 
-/** With the type's hash as user data, which peers ask of every endpoint. */
+/** Makes the settings, with the type's hash as user data, which peers ask of every endpoint. */
 QosPtr qosOf(const Qos& qos, const MessageType& type);
 Qos qosFrom(const dds_qos_t* qos);
 
@@ -52,7 +52,7 @@ struct Topic {
   const struct ddsi_sertype* type = nullptr;
 };
 
-/** What all nodes of a Graph share. */
+/** The participant that all nodes of a Graph share. */
 class Participant {
  public:
   explicit Participant(const GraphOptions& options);

@@ -11,7 +11,7 @@ namespace QV::ros2 {
 /** "Sonar/Front_left" for "Sonar/Front-left": what a topic may be called. */
 std::string toGraphName(const std::string& text);
 
-/** What is asked for, or else after the robot. */
+/** Returns the name that is asked for, or else one after the robot. */
 std::string nodeNameOf(const session::Session& session, const std::string& asked);
 
 /** The sensors that have frames of their own. */

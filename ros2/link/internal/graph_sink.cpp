@@ -30,7 +30,7 @@ std::string GraphSink::xPlace(const std::string& name) const {
   return isShared ? name : toGraphName(name.substr(1));
 }
 
-std::uint16_t GraphSink::addTopic(const RunTopic& topic) {
+std::uint16_t GraphSink::addTopic(const SessionTopic& topic) {
   const MessageType& type = typeFor(distro, *topic.type);
   topics.push_back({&type, topic.sensor, node.publish(xPlace(topic.name), type, topic.qos)});
   return static_cast<std::uint16_t>(topics.size() - 1);

@@ -10,14 +10,14 @@
 
 namespace QV::ros2 {
 
-/** Publishes the topics of a run as those of a node. Topics are added by one thread, before others
- * use it; writing and the rest is safe from any thread. */
+/** Publishes the topics of a session as those of a node. Topics are added by one thread, before
+ * others use it; writing and the rest is safe from any thread. */
 class GraphSink : public MessageSink {
  public:
   /** `node` must outlive it. `hasOwnFrames`: tf is in the node's namespace, too. */
   GraphSink(GraphNode& node, RosDistro distro, bool hasOwnFrames);
 
-  std::uint16_t addTopic(const RunTopic& topic) override;
+  std::uint16_t addTopic(const SessionTopic& topic) override;
   bool isRead(std::uint16_t topic) const override;
 
   std::size_t getSize() const { return topics.size(); }

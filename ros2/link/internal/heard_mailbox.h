@@ -17,26 +17,26 @@ struct HeardMessage {
   std::string topic;
   std::string type;
   Bytes cdr;
-  /** In which order they came, over all topics. */
+  /** The place in the order in which they came, over all topics. */
   std::uint64_t number = 0;
 };
 
 /**
- * From the engine's threads to whoever takes the messages. Of each topic the newest ones are kept.
- * Safe from any thread.
+ * A mailbox from the engine's threads to whoever takes the messages. The newest ones of each topic
+ * are kept. Thread-safe.
  */
 class HeardMailbox {
  public:
-  /** With the `kept` - 1 before it; older ones go. */
+  /** Puts a message, with the `kept` - 1 before it; older ones go. */
   void put(const std::string& topic, const std::string& type, BytesView cdr, std::size_t kept);
   /** All that there are, in the order in which they came. */
   std::vector<HeardMessage> take();
-  /** What has come of a topic that nobody wants any more. */
+  /** Discards what has come of a topic that nobody wants any more. */
   void discard(const std::string& topic);
 
   /** Ends the wait. */
   void wake();
-  /** Until something has come, or somebody has woken it; not longer than that. */
+  /** Waits until something has come, or somebody has woken it; not longer than that. */
   void await(std::chrono::nanoseconds most);
 
  private:

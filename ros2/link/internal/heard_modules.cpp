@@ -33,7 +33,9 @@ Dating datingBy(HeardTime& time) {
   return [&time](const builtin_interfaces::Time& stamp) { return time.date(stamp); };
 }
 
-/** Of sensors whose kind has one for all of them, bumpers, it is that one that is started. */
+/**
+ * True if one is started; of sensors whose kind has one for all of them, bumpers, it is that one.
+ */
 bool isOneStarted(const sensor::SensorManager& manager, const Model::SensorConfig& config) {
   const auto* kind = Model::SensorKinds::standard().findType(config.type);
   if (!kind || !manager.isFamily(kind->family)) return false;

@@ -35,7 +35,7 @@ class HeardModules {
 
   /** Tells what has come, and hears what is wanted now. Called every kTurn, too. */
   void turn();
-  /** Until something has come; not longer than that. */
+  /** Waits until something has come; not longer than that. */
   void await(std::chrono::nanoseconds most) { plan.mailbox->await(most); }
 
  private:
@@ -52,7 +52,7 @@ class HeardModules {
   std::mutex turning;
   const sensor::SensorManager* manager = nullptr;
   std::vector<HeardTopic> topics;
-  /** Of those that are told by ranges without a time of their own. */
+  /** The last ranges of those that are told by ranges without a time of their own. */
   std::map<std::string, ko::Clock::time_point> lastRanges;
   ko::PeriodicTask task;
 };

@@ -17,10 +17,8 @@
 namespace QV::ros2 {
 namespace {
 
-using MachineClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kGlance{50};
 constexpr milliseconds kQuiet{300};
 constexpr milliseconds kLongestLook{2000};
 constexpr milliseconds kLongestWait{3000};

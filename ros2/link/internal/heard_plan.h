@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <memory>
 #include <string>
 
@@ -13,6 +14,11 @@
 #include "ros2/recording/internal/topic_survey.h"
 
 namespace QV::ros2 {
+
+using MachineClock = std::chrono::steady_clock;
+
+/** How often whoever waits for a graph looks at it. */
+inline constexpr std::chrono::milliseconds kGlance{50};
 
 /** A place on a graph, and what there is of a robot: made in the machine's time, before it begins.
  */

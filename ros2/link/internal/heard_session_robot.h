@@ -36,7 +36,7 @@ class HeardSessionRobot : public session::SessionRobot {
   bool canBeMoved() const override { return false; }
   void drive(const Math::Pose2D& velocity) override { modules->drive(velocity); }
   void follow(const session::TimedPath& path, double seconds) override;
-  void setListener(session::RunListener* listener) override { told().setListener(listener); }
+  void setListener(session::SessionListener* listener) override { told().setListener(listener); }
 
   std::optional<ko::Clock::time_point> catchUp() override;
   bool awaitTime(ko::Clock::time_point time) override;

@@ -13,10 +13,8 @@
 namespace QV::ros2 {
 namespace {
 
-using MachineClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 
-constexpr milliseconds kSurveyGlance{50};
 // So long after the last topic has come up, others hardly will.
 constexpr milliseconds kSurveyQuiet{700};
 constexpr milliseconds kLongestSurvey{3000};
@@ -31,7 +29,7 @@ class GraphSurvey {
     changed = start;
     while (MachineClock::now() - start < kLongestSurvey && !xIsDone()) {
       for (const GraphTopic& topic : plan.graph->findTopics()) xSubscribe(topic);
-      plan.mailbox->await(kSurveyGlance);
+      plan.mailbox->await(kGlance);
       for (const HeardMessage& message : plan.mailbox->take()) xTake(message);
     }
   }

@@ -10,28 +10,28 @@
 namespace QV::ros2 {
 
 /**
- * What time it is on a graph, as ko's: that of the machine's wall clock, or of somebody's /clock.
- * It never goes back: where the other one does, or leaps by more than a minute, it goes on from
- * where it was. Safe from any thread.
+ * The time of a graph as ko's: that of the machine's wall clock, or of somebody's /clock. It never
+ * goes back: where the other one does, or leaps by more than a minute, it goes on from where it
+ * was. Thread-safe.
  */
 class HeardTime {
  public:
   enum class Source { wallClock, clockTopic };
   explicit HeardTime(Source source) : source(source) {}
 
-  /** From /clock, nanoseconds. */
+  /** Takes the time of /clock, nanoseconds. */
   void setClock(std::int64_t time);
-  /** Whether there is a time. */
+  /** True if there is a time. */
   bool hasBegun() const;
-  /** What is now counts as `time` of ko's from here on. */
+  /** Lets what is now count as `time` of ko's from here on. */
   void begin(ko::Clock::time_point time);
 
   ko::Clock::time_point now();
   /** The same as others write it. */
   builtin_interfaces::Time getStamp();
   /**
-   * In ko's time, never later than that is. Nobody's stamp, 0, is now; one that is off by more than
-   * ten seconds, or a second ahead, throws std::runtime_error.
+   * Dates a stamp in ko's time, never later than that is. Nobody's stamp, 0, is now; one that is
+   * off by more than ten seconds, or a second ahead, throws std::runtime_error.
    */
   ko::Clock::time_point date(const builtin_interfaces::Time& stamp);
 
@@ -42,7 +42,7 @@ class HeardTime {
   const Source source;
   mutable std::mutex mutex;
   std::optional<std::int64_t> clock;
-  /** What ko's time is less than that of the graph. */
+  /** The nanoseconds that ko's time is less than that of the graph. */
   std::int64_t offset = 0;
   ko::Clock::time_point last;
 };

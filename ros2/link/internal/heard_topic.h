@@ -12,7 +12,7 @@
 
 namespace QV::ros2 {
 
-/** What is heard of a robot, and how. */
+/** The way in which a robot is heard. */
 struct HeardTopicOptions {
   std::string name;
   const MessageType* type = nullptr;
@@ -24,7 +24,7 @@ struct HeardTopicOptions {
 /** A topic that is subscribed to while somebody wants it. By one thread at a time. */
 class HeardTopic {
  public:
-  /** What becomes of it between two looks. */
+  /** The change between two looks. */
   enum class Change { none, lost, found, notThere };
 
   explicit HeardTopic(HeardTopicOptions options) : options(std::move(options)) {}
@@ -38,7 +38,8 @@ class HeardTopic {
    * What the graph refuses is logged, and not tried again.
    */
   void set(bool on, GraphNode& node, HeardMailbox& mailbox);
-  /** Whether its publishers have come or gone; `notThere`, once, if there are none for long. */
+  /** Looks whether its publishers have come or gone; `notThere`, once, if there are none for
+   * long. */
   Change look();
 
  private:

@@ -10,7 +10,7 @@ namespace {
 constexpr std::size_t kCdrHead = 4;
 constexpr std::size_t kMostPadding = 3;
 
-/** Of one element on the wire, without padding. */
+/** Returns the bytes of one element on the wire, without padding. */
 std::size_t leastElementBytes(const Field& field) {
   if (field.kind == FieldKind::string) return sizeof(std::uint32_t);
   if (field.kind == FieldKind::message) return field.type->getLayout().leastBytes;

@@ -10,7 +10,7 @@ struct KindRow {
   std::size_t size;
 };
 
-/** In the order of FieldKind. */
+/** The kinds in the order of FieldKind. */
 constexpr KindRow kKinds[] = {{"bool", 1},    {"byte", 1},   {"uint8", 1}, {"int8", 1},
                               {"int32", 4},   {"uint32", 4}, {"int64", 8}, {"float32", 4},
                               {"float64", 8}, {"string", 0}, {"", 0}};
@@ -36,7 +36,7 @@ std::size_t leastBytesOf(const Field& field) {
   return field.count * getScalarSize(field.kind);
 }
 
-/** How many scalars of which kind a field is made of; 0 if it is anything else. */
+/** Returns how many scalars of which kind a field is made of; 0 if it is anything else. */
 std::pair<std::size_t, FieldKind> scalarsOf(const Field& field) {
   if (field.shape == FieldShape::sequence || field.kind == FieldKind::string ||
       field.kind == FieldKind::boolean)

@@ -27,7 +27,7 @@ enum class FieldKind {
 };
 enum class FieldShape { single, array, sequence };
 
-/** What a vector of any type can do. */
+/** The operations of a vector of any type. */
 struct SequenceAccess {
   std::size_t (*getSize)(const void* sequence);
   const void* (*getData)(const void* sequence);
@@ -39,10 +39,10 @@ struct Field {
   std::string name;
   FieldKind kind = FieldKind::boolean;
   FieldShape shape = FieldShape::single;
-  /** Of the elements, if these are messages. */
+  /** The type of the elements, if these are messages. */
   const MessageType* type = nullptr;
   std::size_t offset = 0;
-  /** Of the member, and of one element. */
+  /** The size of the member, and of one element. */
   std::size_t size = 0;
   std::size_t elementSize = 0;
   std::size_t alignment = 1;
@@ -53,7 +53,7 @@ struct Field {
   std::size_t stringBound = 0;
 };
 
-/** How a message lies in memory and on the wire. */
+/** The layout of a message in memory and on the wire. */
 struct MessageType::Layout {
   std::string name;
   std::vector<Field> fields;
@@ -71,7 +71,7 @@ struct MessageType::Layout {
 
 /** Bytes of one scalar on the wire, as in memory; not of strings and messages. */
 std::size_t getScalarSize(FieldKind kind);
-/** In .msg text: "float32". */
+/** Returns the name in .msg text: "float32". */
 const char* getMsgName(FieldKind kind);
 
 namespace detail {

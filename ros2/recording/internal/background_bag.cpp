@@ -24,7 +24,7 @@ BackgroundBag::~BackgroundBag() {
   thread.join();
 }
 
-std::uint16_t BackgroundBag::addTopic(const RunTopic& topic) {
+std::uint16_t BackgroundBag::addTopic(const SessionTopic& topic) {
   xDo([added = makeBagTopic(topic.name, *topic.type, topic.qos)](BagWriter& bag) {
     bag.addTopic(added);
   });

@@ -24,7 +24,7 @@ class BackgroundBag : public MessageSink {
   explicit BackgroundBag(const std::string& path, const BagOptions& options = {});
   ~BackgroundBag() override;
 
-  std::uint16_t addTopic(const RunTopic& topic) override;
+  std::uint16_t addTopic(const SessionTopic& topic) override;
   void addMetadata(const std::string& name, const std::map<std::string, std::string>& values);
   void addAttachment(const BagAttachment& attachment);
 

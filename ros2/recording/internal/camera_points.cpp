@@ -17,7 +17,7 @@ constexpr std::size_t kPictures = 2;
 // Of rows and columns that viewers are shown.
 constexpr int kColumnsShown = 80;
 
-/** As the library's sensors ask for them; none of a camera that fails to tell. */
+/** Returns the extents that the library's sensors ask for; none of a camera that fails to tell. */
 ImageExtents extentsOf(const session::Session& session, int camera) {
   try {
     const QVVideoDeviceProxy cameras(session.getBroker());

@@ -20,13 +20,14 @@ namespace QV::ros2 {
  */
 class CameraPoints {
  public:
-  /** Of a robot without cameras there is nothing to write. */
+  /** Looks for the cameras; of a robot without any there is nothing to write. */
   CameraPoints(MessageSink& sink, const session::Session& session);
 
   /** An image that is recorded at `time`, as QVImage::fromQVValue reads it. */
   void note(int camera, const QVValue& image, ko::Clock::time_point time);
 
-  /** Whether all points of the sensor's records are pixels of an image, and written as such. */
+  /** Writes the points; true if all of the sensor's records are pixels of an image, and written
+   * as such. */
   bool write(const session::SensorState& sensor, ko::Clock::time_point time);
   /** Some of the points that were written last, as many as a viewer needs. */
   const std::vector<Math::Position3D>& getThinned() const { return thinned; }

@@ -13,10 +13,13 @@ namespace QV::ros2 {
  * and z as numbers. */
 std::vector<Math::Position3D> pointsOf(const sensor_msgs::PointCloud2& cloud);
 
-/** Whether a robot could run into it: it is neither floor nor above a robot's head. */
+/** True if a robot could run into it: it is neither floor nor above a robot's head. */
 bool isObstacle(const Math::Position3D& inBase, bool knowsFloor);
 
-/** In millimetres, 0 for nothing; std::runtime_error for an image that is no depth image. */
+/**
+ * Returns the depth in millimetres, 0 for nothing; std::runtime_error for an image that is no depth
+ * image.
+ */
 cv::Mat_<std::uint16_t> depthOf(const sensor_msgs::Image& image);
 
 }  // namespace QV::ros2

@@ -4,7 +4,7 @@
 #include <vector>
 
 #include "platform/math/metrical_data.h"
-#include "ros2/recording/run_replay.h"
+#include "ros2/recording/session_replay.h"
 
 namespace QV::ros2 {
 

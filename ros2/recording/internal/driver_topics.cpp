@@ -14,7 +14,6 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/range_messages.h"
-#include "ros2/recording/internal/sensor_sorts.h"
 #include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
@@ -24,8 +23,6 @@ using Model::SensorConfig;
 using Model::SensorProperties;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
-// What a blind zone's key holds beyond this says that something is there.
-constexpr float kSomething = 0.9f;
 constexpr std::size_t kEventParts = 5;
 
 sensor_msgs::CameraInfo infoOf(const SensorConfig& config, const sensor_msgs::Image& image) {
@@ -78,13 +75,15 @@ vision_msgs::Detection3D detectionOf(const QVValue& person, const std_msgs::Head
 
 }  // namespace
 
-DriverTopics::DriverTopics(MessageSink& sink, const Model::Robot& robot, const FrameNames& names)
+DriverTopics::DriverTopics(MessageSink& sink, const Model::Robot& robot,
+                           const Model::SensorKinds& kinds, const FrameNames& names)
     : sink(sink), names(names) {
   for (const auto& [name, config] : robot.sensorConfigs) {
-    if (sortOf(config) == SensorSort::camera) {
+    const SensorSort sort = sortOf(config, kinds);
+    if (sort == SensorSort::camera) {
       xAddCamera(config);
     } else {
-      xAdd(config);
+      xAdd(config, sort);
     }
   }
 }
@@ -98,9 +97,9 @@ void DriverTopics::xAddCamera(const SensorConfig& config) {
   people = sink.add<vision_msgs::Detection3DArray>("/people", {}, kPeoplePerception);
 }
 
-std::optional<std::uint16_t> DriverTopics::xAddTopic(const SensorConfig& config) {
+std::optional<std::uint16_t> DriverTopics::xAddTopic(const SensorConfig& config, SensorSort sort) {
   const std::string& name = config.name;
-  switch (sortOf(config)) {
+  switch (sort) {
     case SensorSort::scan:
       return sink.add<sensor_msgs::LaserScan>("/" + name + "/scan", {}, name);
     case SensorSort::range:
@@ -113,15 +112,15 @@ std::optional<std::uint16_t> DriverTopics::xAddTopic(const SensorConfig& config)
   }
 }
 
-void DriverTopics::xAdd(const SensorConfig& config) {
-  const auto topic = xAddTopic(config);
+void DriverTopics::xAdd(const SensorConfig& config, SensorSort sort) {
+  const auto topic = xAddTopic(config, sort);
   if (!topic) return;
   for (std::size_t i = 0; i < config.memoryKeys.size(); ++i) {
     places[config.memoryKeys[i]] = {sensors.size(), i};
   }
   if (config.memoryKeys.empty()) touched[config.parentLink] = sensors.size();
   const std::size_t values = std::max<std::size_t>(config.memoryKeys.size(), 1);
-  sensors.push_back({&config, *topic, std::vector<float>(values, 0.0f)});
+  sensors.push_back({&config, sort, *topic, std::vector<float>(values, 0.0f)});
 }
 
 // A value of another type is nonsense, which the robot's own reader refuses as well.
@@ -157,7 +156,7 @@ void DriverTopics::write(ko::Clock::time_point time) {
   for (Sensor& sensor : sensors) {
     const bool isNew = std::exchange(sensor.isNew, false);
     if (!isNew || !sink.isRead(sensor.topic)) continue;
-    if (sortOf(*sensor.config) == SensorSort::scan) {
+    if (sensor.sort == SensorSort::scan) {
       xWriteScan(sensor, time);
     } else {
       xWriteRange(sensor, time);
@@ -185,8 +184,8 @@ void DriverTopics::xWriteRange(const Sensor& sensor, ko::Clock::time_point time)
   const auto view = SensorProperties(config).getFieldOfView();
   const float value = sensor.values.front();
   sensor_msgs::Range message;
-  if (sortOf(config) == SensorSort::contact) {
-    message = contactOf(view, value > kSomething);
+  if (sensor.sort == SensorSort::contact) {
+    message = contactOf(view, value > Model::kPresenceThreshold);
   } else {
     message = rangeOf(view);
     message.range = rangeIn(view, value);

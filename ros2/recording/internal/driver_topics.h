@@ -11,14 +11,16 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/frame_names.h"
 #include "ros2/recording/internal/message_sink.h"
+#include "ros2/recording/internal/sensor_sorts.h"
 
 namespace QV::ros2 {
 
 /** Writes what drivers measured as the messages that others know. */
 class QV_API DriverTopics {
  public:
-  /** The first two must outlive it. */
-  DriverTopics(MessageSink& sink, const Model::Robot& robot, const FrameNames& names);
+  /** The first two must outlive it; `kinds` are those of the robot's sensors. */
+  DriverTopics(MessageSink& sink, const Model::Robot& robot, const Model::SensorKinds& kinds,
+               const FrameNames& names);
 
   /** A Range that met nothing is its greatest from now on, and not infinite. */
   void tellNoEchoAsGreatestRange() { noEchoIsInfinite = false; }
@@ -35,6 +37,7 @@ class QV_API DriverTopics {
  private:
   struct Sensor {
     const Model::SensorConfig* config;
+    SensorSort sort;
     std::uint16_t topic = 0;
     /** As its keys hold them. */
     std::vector<float> values;
@@ -51,9 +54,9 @@ class QV_API DriverTopics {
     std::size_t value;
   };
 
-  void xAdd(const Model::SensorConfig& config);
+  void xAdd(const Model::SensorConfig& config, SensorSort sort);
   void xAddCamera(const Model::SensorConfig& config);
-  std::optional<std::uint16_t> xAddTopic(const Model::SensorConfig& config);
+  std::optional<std::uint16_t> xAddTopic(const Model::SensorConfig& config, SensorSort sort);
   void xWriteScan(const Sensor& sensor, ko::Clock::time_point time);
   void xWriteRange(const Sensor& sensor, ko::Clock::time_point time);
   void xNoteTouches(const QVValue& event);

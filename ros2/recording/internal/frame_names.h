@@ -7,7 +7,7 @@
 
 namespace QV::ros2 {
 
-/** What the frames of a robot are called in messages. */
+/** The names of a robot's frames in messages. */
 class FrameNames {
  public:
   static constexpr char kMap[] = "map";
@@ -30,7 +30,7 @@ class FrameNames {
   std::string ofMap() const { return of(kMap); }
   std::string ofOdometry() const { return of(kOdometry); }
   std::string ofBase() const { return of(base); }
-  /** Of the images of a camera: z ahead, x to the right, y down. */
+  /** Returns the frame of the images of a camera: z ahead, x to the right, y down. */
   std::string ofOptics(const std::string& camera) const { return of(camera + "_optical"); }
 
  private:

@@ -19,7 +19,7 @@ geometry_msgs::TransformStamped stamped(ko::Clock::time_point time, const std::s
   return {headerOf(time, parent), child, transformOf(pose)};
 }
 
-/** As cameras have it: z ahead, x to the right, y down. */
+/** Returns the pose of the optics as cameras have it: z ahead, x to the right, y down. */
 geometry_msgs::Pose opticalPose() {
   return {{}, {-0.5, 0.5, -0.5, 0.5}};
 }

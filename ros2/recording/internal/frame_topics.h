@@ -19,7 +19,7 @@ class QV_API FrameTopics {
   void leaveMapToOthers() { tellsMap = false; }
 
   void writeStep(const robot::BodyStep& step, ko::Clock::time_point time);
-  /** Only tf of it. */
+  /** Writes only tf of it. */
   void writeFrames(const robot::BodyStep& step, ko::Clock::time_point time);
   void writeClock(ko::Clock::time_point time);
 

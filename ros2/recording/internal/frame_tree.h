@@ -16,11 +16,12 @@ class QV_API FrameTree {
   /** Throws std::runtime_error for the first transform that is none or closes a ring of frames,
    * when the others are added. */
   void add(const tf2_msgs::TFMessage& message);
-  /** What is known already stays. */
+  /** Adds what is new; what is known already stays. */
   void addNew(const tf2_msgs::TFMessage& message);
 
   bool has(const std::string& frame) const { return links.count(frame) > 0; }
-  /** Where `frame` is in `other`; nothing if no chain of frames leads from one to the other. */
+  /** Finds where `frame` is in `other`; nothing if no chain of frames leads from one to the
+   * other. */
   std::optional<Math::Transform> find(const std::string& frame, const std::string& other) const;
   /** The frame that hangs on nothing above this one. */
   std::string rootOf(const std::string& frame) const;
@@ -33,13 +34,13 @@ class QV_API FrameTree {
   /** `inPlace` of what is known already. */
   void xAddAll(const tf2_msgs::TFMessage& message, bool inPlace);
   void xAdd(const geometry_msgs::TransformStamped& transform, bool inPlace);
-  /** From a frame on, those that it hangs on: where the frame is in each. */
+  /** Returns the frames that a frame hangs on, and where it is in each. */
   std::vector<Link> xAncestorsOf(const std::string& frame) const;
 
   std::map<std::string, Link> links;
 };
 
-/** Without the slash that older robots put before it. */
+/** Drops the slash that older robots put before it. */
 std::string withoutSlash(const std::string& frame);
 
 }  // namespace QV::ros2

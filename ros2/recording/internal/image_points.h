@@ -12,7 +12,7 @@
 
 namespace QV::ros2 {
 
-/** What a depth image covers sideways and upwards, divided by the depth. */
+/** The extents of a depth image sideways and upwards, divided by the depth. */
 struct ImageExtents {
   float width = 0.0f;
   float height = 0.0f;
@@ -30,7 +30,7 @@ QV_API std::optional<qv_msgs::ImagePoints> encodePoints(
 QV_API std::vector<Math::Position3D> decodePoints(const qv_msgs::ImagePoints& points,
                                                   const cv::Mat_<std::uint16_t>& depth);
 
-/** Those of them in every nth row and column. */
+/** Returns those of them in every nth row and column. */
 QV_API std::vector<Math::Position3D> thinPoints(const qv_msgs::ImagePoints& points,
                                                 const cv::Mat_<std::uint16_t>& depth, int n);
 

@@ -19,7 +19,7 @@ class InputEncoder {
   std::unordered_map<std::string, std::uint32_t> numbers;
 };
 
-/** One key that was set, or event that was raised. */
+/** A key that was set, or an event that was raised. */
 struct InputWrite {
   std::string key;
   QVValue value;

@@ -8,7 +8,7 @@
 #include "ros2/messages/sensor_msgs.h"
 
 /**
- * What is asked of others' messages before anything is made of them. Each throws std::runtime_error
+ * The checks of others' messages before anything is made of them. Each throws std::runtime_error
  * that says what was expected and what was given.
  */
 namespace QV::ros2 {
@@ -18,7 +18,7 @@ inline constexpr std::size_t kMostBeams = 10'000;
 
 /** Beams at angles of their own, at least one of which says something. */
 QV_API void checkMessage(const sensor_msgs::LaserScan& scan);
-/** Of either layout: with variance, or without as it was up to Humble. */
+/** Reads a Range of either layout: with variance, or without as it was up to Humble. */
 QV_API sensor_msgs::Range rangeFromCdr(BytesView cdr);
 /** A range or an infinity. */
 QV_API void checkMessage(const sensor_msgs::Range& range);

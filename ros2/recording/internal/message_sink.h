@@ -7,8 +7,8 @@
 
 namespace QV::ros2 {
 
-/** A topic that tells of a run. */
-struct RunTopic {
+/** A topic that tells of a session. */
+struct SessionTopic {
   /** "/FrontLaser/scan" */
   std::string name;
   const MessageType* type;
@@ -17,7 +17,7 @@ struct RunTopic {
   std::string sensor = {};
 };
 
-/** Where the messages of a run go: a recording or a graph. Used by one thread at a time. */
+/** Where the messages of a session go: a recording or a graph. Used by one thread at a time. */
 class QV_API MessageSink {
  public:
   MessageSink() = default;
@@ -26,7 +26,7 @@ class QV_API MessageSink {
   MessageSink& operator=(const MessageSink&) = delete;
 
   /** Gives its number. */
-  virtual std::uint16_t addTopic(const RunTopic& topic) = 0;
+  virtual std::uint16_t addTopic(const SessionTopic& topic) = 0;
   template <typename Message>
   std::uint16_t add(const std::string& name, const Qos& qos = {}, const std::string& sensor = {}) {
     return addTopic({name, &Message::getType(), qos, sensor});

@@ -9,14 +9,15 @@ namespace QV::ros2 {
 /** Pixels of a row of a depth image, and what makes points of them. */
 struct PixelRow {
   const std::uint16_t* pixels;
-  /** How far right of the image's middle each is, in widths of the image. */
+  /** The distances right of the image's middle, in widths of the image. */
   const float* columns;
-  /** How far above it all are, in heights. */
+  /** The distance of all above it, in heights. */
   float up;
   float width_by_depth;
   float height_by_depth;
 
-  /** As qv_msgs::ImagePoints says. Recordings hold what it gives: it stays as it is. */
+  /** Returns the point as qv_msgs::ImagePoints says. Recordings hold what it gives: it stays as
+   * it is. */
   Math::Position3D at(int column) const {
     constexpr float kMetres = 0.001f;
     const auto depth = static_cast<float>(pixels[column]);
@@ -24,7 +25,7 @@ struct PixelRow {
             up * depth * height_by_depth * kMetres};
   }
 
-  /** How many of `count` points from the first on are those of the pixels, bit for bit. */
+  /** Counts how many of `count` points from the first on are those of the pixels, bit for bit. */
   int match(const Math::Position3D* points, int count) const;
 };
 

@@ -15,21 +15,22 @@
 #include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/robot_model_service.h"
 #include "ros2/recording/internal/sensor_sorts.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 
 namespace QV::ros2 {
 namespace {
 
 constexpr ko::Duration kImagePeriod{100'000'000};
 
-const std::string& descriptionOf(const RunReader& reader) {
+const std::string& descriptionOf(const SessionReader& reader) {
   if (!reader.getDescription().empty()) return reader.getDescription();
   throw std::runtime_error("a robot's description expected on /robot_description, there is none");
 }
 
 }  // namespace
 
-PlayedDrivers::PlayedDrivers(std::unique_ptr<RunReader> given, const sensor::SensorFactory& sensors)
+PlayedDrivers::PlayedDrivers(std::unique_ptr<SessionReader> given,
+                             const sensor::SensorFactory& sensors)
     : PlayedRobot(std::move(given)),
       isLog(getSort() == "log"),
       wasHeard(getSort() == "heard"),
@@ -54,7 +55,7 @@ PlayedDrivers::PlayedDrivers(std::unique_ptr<RunReader> given, const sensor::Sen
   hosting.emplace(broker, navigation);
 }
 
-// The run is over: what sensors are stopped by does as it is told, and nothing is measured.
+// The session is over: what sensors are stopped by does as it is told, and nothing is measured.
 PlayedDrivers::~PlayedDrivers() {
   beat.stop();
   other.stop();
@@ -157,7 +158,7 @@ void PlayedDrivers::xReadOn(ko::Clock::time_point now) {
 void PlayedDrivers::xTakeInputs() {
   auto& inputs = getReader().inputs;
   for (; !inputs.empty(); inputs.pop_front()) {
-    RunInputs& told = inputs.front();
+    SessionInputs& told = inputs.front();
     const auto isSonars = [&](const InputWrite& write) {
       const auto sonar = sonarOfKey.find(write.key);
       if (isLog || wasHeard || sonar == sonarOfKey.end()) return false;
@@ -169,7 +170,7 @@ void PlayedDrivers::xTakeInputs() {
   }
 }
 
-bool PlayedDrivers::xIsOnBeat(const RunInputs& told) const {
+bool PlayedDrivers::xIsOnBeat(const SessionInputs& told) const {
   const ko::Duration since = told.time - getReader().getFacts().start;
   return told.stepped && !(wasHeard && since % getDriverPeriods().body != ko::Duration::zero());
 }
@@ -186,7 +187,7 @@ void PlayedDrivers::makeStep() {
   PlayedRobot::makeStep();
 }
 
-void PlayedDrivers::xTell(const RunInputs& told) {
+void PlayedDrivers::xTell(const SessionInputs& told) {
   for (const InputWrite& write : told.writes) {
     try {
       xWrite(write);
@@ -234,10 +235,10 @@ std::vector<Math::MetricalData> PlayedDrivers::getRecords() {
   return records;
 }
 
-void PlayedDrivers::setListener(session::RunListener* newListener) {
+void PlayedDrivers::setListener(session::SessionListener* newListener) {
   PlayedRobot::setListener(newListener);
   memory->setListener(newListener);
-  cameras->setListener(newListener);
+  robot::InputTap::set(*cameras, newListener);
   if (newListener) newListener->onStep({getPose(), getPose(), motion->getRobotVelocity()});
 }
 

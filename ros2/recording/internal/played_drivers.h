@@ -13,9 +13,9 @@
 #include "platform/middleware/qv_broker.h"
 #include "robot/services/internal/device_manager.h"
 #include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/motion_service.h"
 #include "robot/services/internal/sonar_driver.h"
-#include "robot/services/memory_service.h"
 #include "robot/services/video_device.h"
 #include "ros2/recording/internal/played_robot.h"
 #include "sensor/real/sensor_factory.h"
@@ -29,7 +29,7 @@ namespace QV::ros2 {
  */
 class PlayedDrivers : public PlayedRobot {
  public:
-  PlayedDrivers(std::unique_ptr<RunReader> reader, const sensor::SensorFactory& sensors);
+  PlayedDrivers(std::unique_ptr<SessionReader> reader, const sensor::SensorFactory& sensors);
   ~PlayedDrivers() override;
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }
@@ -37,7 +37,7 @@ class PlayedDrivers : public PlayedRobot {
   boost::shared_ptr<QVBroker> getBroker() const override { return broker; }
   std::vector<Math::MetricalData> getRecords() override;
   void makeStep() override;
-  void setListener(session::RunListener* newListener) override;
+  void setListener(session::SessionListener* newListener) override;
 
  private:
   struct Ranged {
@@ -56,10 +56,10 @@ class PlayedDrivers : public PlayedRobot {
   void xTakeInputs();
   /** All that is due now. */
   void xStep();
-  void xTell(const RunInputs& told);
+  void xTell(const SessionInputs& told);
   void xWrite(const InputWrite& write);
   void xAwaitOther();
-  bool xIsOnBeat(const RunInputs& told) const;
+  bool xIsOnBeat(const SessionInputs& told) const;
 
   const bool isLog;
   /** Of a robot whose drivers were messages: it was told all, at any moment. */
@@ -73,13 +73,13 @@ class PlayedDrivers : public PlayedRobot {
   /** By the key, the name of the sonar that has it; by the name, what it measures. */
   std::map<std::string, std::string> sonarOfKey;
   std::map<std::string, std::deque<Ranged>> ranges;
-  std::map<std::string, RunImage> shown;
+  std::map<std::string, SessionImage> shown;
   std::set<std::string> modeKeys;
   std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> modes;
   boost::shared_ptr<robot::SonarDriver> sonars;
   /** What is not told by the body's beat waits for its own moment. */
-  std::deque<RunInputs> steps;
-  std::deque<RunInputs> others;
+  std::deque<SessionInputs> steps;
+  std::deque<SessionInputs> others;
   /** Keys whose values a damaged recording made nonsense of; each is told once. */
   std::set<std::string> refused;
   ko::PeriodicTask beat;

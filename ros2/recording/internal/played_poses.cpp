@@ -19,14 +19,14 @@ int kindOf(const RecordingFacts& facts) {
   return kind;
 }
 
-OccupancyMap* mapOf(const RunReader& reader) {
+OccupancyMap* mapOf(const SessionReader& reader) {
   if (reader.getMap()) return reader.getMap().get();
   throw std::runtime_error("a map expected in the recording of a simulated robot, there is none");
 }
 
 }  // namespace
 
-PlayedPoses::PlayedPoses(std::unique_ptr<RunReader> given)
+PlayedPoses::PlayedPoses(std::unique_ptr<SessionReader> given)
     : PlayedRobot(std::move(given)),
       manager(boost::make_shared<sensor::SimulatedSensorManager>(kindOf(getReader().getFacts()),
                                                                  mapOf(getReader()))),

@@ -8,7 +8,7 @@ namespace QV::ros2 {
 /** Simulated sensors, whose records follow from the map and from where the robot was. */
 class PlayedPoses : public PlayedRobot {
  public:
-  explicit PlayedPoses(std::unique_ptr<RunReader> reader);
+  explicit PlayedPoses(std::unique_ptr<SessionReader> reader);
 
   sensor::NavigationModule& getNavigation() override { return navigation; }
 

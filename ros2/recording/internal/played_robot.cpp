@@ -8,7 +8,7 @@
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/played_drivers.h"
 #include "ros2/recording/internal/played_poses.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 
 namespace QV::ros2 {
 namespace {
@@ -18,7 +18,7 @@ constexpr ko::Duration kLongestGap{3'600'000'000'000};
 
 }  // namespace
 
-PlayedRobot::PlayedRobot(std::unique_ptr<RunReader> reader) : reader(std::move(reader)) {}
+PlayedRobot::PlayedRobot(std::unique_ptr<SessionReader> reader) : reader(std::move(reader)) {}
 
 std::optional<ko::Clock::time_point> PlayedRobot::getNextStep() const {
   if (!reader->readEvent()) return std::nullopt;
@@ -32,14 +32,14 @@ std::optional<ko::Clock::time_point> PlayedRobot::getNextStep() const {
 void PlayedRobot::makeStep() {
   isAtLook = false;
   if (!reader->readEvent()) return;
-  RunEvent event = std::move(reader->events.front());
+  SessionEvent event = std::move(reader->events.front());
   reader->events.pop_front();
   switch (event.sort) {
-    case RunEvent::Sort::command:
+    case SessionEvent::Sort::command:
       return xExecute(event.command);
-    case RunEvent::Sort::pose:
+    case SessionEvent::Sort::pose:
       return xMoveTo(event.pose);
-    case RunEvent::Sort::look:
+    case SessionEvent::Sort::look:
       recorded = std::move(event.records);
       for (const auto& record : recorded) seen.insert(record.sensorName);
       isAtLook = true;
@@ -73,7 +73,7 @@ const std::vector<Math::MetricalData>* PlayedRobot::getRecorded() const {
   return isAtLook ? &recorded : nullptr;
 }
 
-std::unique_ptr<PlayedRobot> makePlayedRobot(std::unique_ptr<RunReader> reader,
+std::unique_ptr<PlayedRobot> makePlayedRobot(std::unique_ptr<SessionReader> reader,
                                              const sensor::SensorFactory& sensors) {
   if (reader->getFacts().sort.starts_with("simulated "))
     return std::make_unique<PlayedPoses>(std::move(reader));

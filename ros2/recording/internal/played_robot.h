@@ -6,17 +6,17 @@
 #include <string>
 
 #include "ros2/recording/internal/bag_robot.h"
-#include "ros2/recording/internal/run_reader.h"
+#include "ros2/recording/internal/session_reader.h"
 
 namespace QV::ros2 {
 
 /**
- * A robot whose run has been recorded by this library: what was measured and asked then goes into
- * its modules and its manager once more, at the times of then.
+ * A robot whose session has been recorded by this library: what was measured and asked then goes
+ * into its modules and its manager once more, at the times of then.
  */
 class PlayedRobot : public BagRobot {
  public:
-  explicit PlayedRobot(std::unique_ptr<RunReader> reader);
+  explicit PlayedRobot(std::unique_ptr<SessionReader> reader);
 
   std::string getSort() const override { return reader->getFacts().sort; }
   std::string getTitle() const override { return reader->getFacts().title; }
@@ -28,7 +28,7 @@ class PlayedRobot : public BagRobot {
 
   std::optional<ko::Clock::time_point> getNextStep() const override;
   void makeStep() override;
-  void setListener(session::RunListener* newListener) override { listener = newListener; }
+  void setListener(session::SessionListener* newListener) override { listener = newListener; }
   bool isAmidSteps() const override { return !isAtLook; }
 
   const BagReader& getBag() const override { return reader->getBag(); }
@@ -36,8 +36,8 @@ class PlayedRobot : public BagRobot {
   const std::vector<Math::MetricalData>* getRecorded() const override;
 
  protected:
-  RunReader& getReader() const { return *reader; }
-  session::RunListener* getListener() const { return listener; }
+  SessionReader& getReader() const { return *reader; }
+  session::SessionListener* getListener() const { return listener; }
   /** Whether a record of this sensor has been recorded so far. */
   bool hasSeen(const std::string& sensor) const { return seen.count(sensor) > 0; }
   virtual void xMoveTo(const Math::Pose2D& newPose) { pose = newPose; }
@@ -45,16 +45,16 @@ class PlayedRobot : public BagRobot {
  private:
   void xExecute(const qv_msgs::Command& command);
 
-  const std::unique_ptr<RunReader> reader;
+  const std::unique_ptr<SessionReader> reader;
   Math::Pose2D pose;
   std::vector<Math::MetricalData> recorded;
   std::set<std::string> seen;
   bool isAtLook = false;
-  session::RunListener* listener = nullptr;
+  session::SessionListener* listener = nullptr;
 };
 
 /** Made at facts.start, in simulated time. What is wrong with the recording: std::runtime_error. */
-std::unique_ptr<PlayedRobot> makePlayedRobot(std::unique_ptr<RunReader> reader,
+std::unique_ptr<PlayedRobot> makePlayedRobot(std::unique_ptr<SessionReader> reader,
                                              const sensor::SensorFactory& sensors);
 
 }  // namespace QV::ros2

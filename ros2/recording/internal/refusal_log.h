@@ -11,7 +11,7 @@ namespace QV::ros2 {
  */
 class RefusalLog {
  public:
-  /** For the log. */
+  /** Takes the category for the log. */
   explicit RefusalLog(std::string category) : category(std::move(category)) {}
 
   void refuse(const std::string& topic, const std::string& why);

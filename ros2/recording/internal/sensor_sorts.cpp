@@ -1,28 +1,23 @@
 #include "ros2/recording/internal/sensor_sorts.h"
 
-#include "platform/model/sensor_kinds.h"
-
 namespace QV::ros2 {
 
-SensorSort sortOf(const Model::SensorConfig& config) {
-  using Model::PointMeaning;
-  const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
+SensorSort sortOf(const Model::SensorConfig& config, const Model::SensorKinds& kinds) {
+  const Model::SensorKind* kind = kinds.findType(config.type);
   if (!kind) return SensorSort::other;
+  if (kind->points == Model::PointMeaning::touch) return SensorSort::contact;
   const std::size_t keys = config.memoryKeys.size();
-  switch (kind->points) {
-    case PointMeaning::scan:
-    case PointMeaning::floor:
+  switch (kind->keys.holds) {
+    case Model::KeyContent::coordinates:
       return keys > 1 ? SensorSort::scan : SensorSort::other;
-    case PointMeaning::arc:
+    case Model::KeyContent::range:
       return keys == 1 ? SensorSort::range : SensorSort::other;
-    case PointMeaning::zone:
+    case Model::KeyContent::presence:
       return keys == 1 ? SensorSort::contact : SensorSort::other;
-    case PointMeaning::touch:
-      return SensorSort::contact;
-    case PointMeaning::sighting:
-      return kind->findProperty("verticalAngularRange") ? SensorSort::camera : SensorSort::other;
+    case Model::KeyContent::other:
+      break;
   }
-  return SensorSort::other;
+  return kind->isCamera() ? SensorSort::camera : SensorSort::other;
 }
 
 std::vector<const Model::SensorConfig*> camerasOf(const Model::Robot& robot) {

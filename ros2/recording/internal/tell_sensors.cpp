@@ -26,7 +26,10 @@ void checkFrame(const ToldSensor& sensor, const std_msgs::Header& header) {
                              "\" given");
 }
 
-/** What a beam has met: too near is as near as can be, and what is none, as 0 often is, nothing. */
+/**
+ * Returns what a beam has met: too near is as near as can be, and what is none, as 0 often is,
+ * nothing.
+ */
 float metBy(const ToldSensor& sensor, float range) {
   if (range == -std::numeric_limits<float>::infinity()) return sensor.minRange;
   const bool isEcho = range >= sensor.minRange && range < sensor.maxRange;

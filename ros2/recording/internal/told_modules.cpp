@@ -195,10 +195,10 @@ void ToldModules::xTell(ToldSensor& sensor, BytesView cdr) {
   news.insert(sensor.name);
 }
 
-void ToldModules::setListener(session::RunListener* newListener) {
+void ToldModules::setListener(session::SessionListener* newListener) {
   listener = newListener;
   memory->setListener(newListener);
-  cameras->setListener(newListener);
+  robot::InputTap::set(*cameras, newListener);
   if (listener) listener->onStep({getPose(), getPose(), motion->getRobotVelocity()});
 }
 

@@ -16,13 +16,13 @@
 #include "platform/model/robot.h"
 #include "robot/services/internal/device_manager.h"
 #include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/motion_service.h"
 #include "robot/services/internal/sonar_driver.h"
-#include "robot/services/memory_service.h"
 #include "robot/services/video_device.h"
 #include "ros2/recording/internal/refusal_log.h"
 #include "ros2/recording/internal/topic_survey.h"
-#include "session/internal/run_listener.h"
+#include "session/internal/session_listener.h"
 
 namespace QV::ros2 {
 
@@ -62,7 +62,7 @@ class QV_API ToldModules {
   void clearNews();
 
   /** Hears of all that is told, and must outlive that; null for nobody. */
-  void setListener(session::RunListener* newListener);
+  void setListener(session::SessionListener* newListener);
 
  private:
   struct Seen {
@@ -104,7 +104,7 @@ class QV_API ToldModules {
   const boost::shared_ptr<robot::VideoDevice> cameras;
   std::vector<std::unique_ptr<robot::LaserModeActuator>> modes;
   RefusalLog refusals;
-  session::RunListener* listener = nullptr;
+  session::SessionListener* listener = nullptr;
 
   /** Of what follows. */
   mutable std::mutex mutex;

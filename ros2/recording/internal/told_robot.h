@@ -35,7 +35,7 @@ class ToldRobot : public BagRobot {
   float getRadius() const override { return 0.25f; }
   /** Each sensor by itself: the manager's refresh would miss steps, and read others twice. */
   std::vector<Math::MetricalData> getRecords() override;
-  void setListener(session::RunListener* listener) override { modules.setListener(listener); }
+  void setListener(session::SessionListener* listener) override { modules.setListener(listener); }
 
   std::optional<ko::Clock::time_point> getNextStep() const override;
   void makeStep() override;

@@ -15,17 +15,17 @@ inline constexpr char kMapTopic[] = "/map";
 inline constexpr char kPeoplePerception[] = "PeoplePerception";
 inline constexpr char kTouch[] = "Touch";
 
-/** Of a sensor, what its driver measured: "scan", "range", "contact" or "image". */
+/** Returns the topic of what a sensor's driver measured: "scan", "range", "contact" or "image". */
 inline std::string driverTopicOf(const std::string& sensor, const char* what) {
   return "/" + sensor + "/" + what;
 }
 
-/** Of a sensor's points. */
+/** Returns the topic of a sensor's points. */
 inline std::string cloudTopicOf(const std::string& sensor) {
   return "/" + sensor + "/points";
 }
 
-/** Of a camera's images, and of its points as pixels of them. */
+/** Returns the topic of a camera's images; the next one, that of its points as pixels of them. */
 inline std::string imageTopicOf(const std::string& camera) {
   return "/" + camera + "/image";
 }

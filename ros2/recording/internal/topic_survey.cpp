@@ -37,7 +37,7 @@ bool isSound(float least, float most) {
   return std::isfinite(least) && std::isfinite(most) && least >= 0.0f && most > least;
 }
 
-/** Whether the last beam lies beside the first one. */
+/** True if the last beam lies beside the first one. */
 bool goesAround(const sensor_msgs::LaserScan& scan) {
   return std::abs(scan.angle_increment) * (static_cast<float>(scan.ranges.size()) + 0.5f) >=
          kFullTurn;

@@ -11,9 +11,9 @@
 namespace QV::sensor {
 
 /**
- * Which sensors contradict each other where they look at the same place, and for how long. What
- * stands at different heights is at different ranges, too: a contradiction counts while the ranges
- * change and their ratio does not. Nothing is kept of those that agree again and again.
+ * The pairs of sensors that contradict each other where they look at the same place, and for how
+ * long. What stands at different heights is at different ranges, too: a contradiction counts while
+ * the ranges change and their ratio does not. Pairs that agree again and again are forgotten.
  */
 class Contradictions {
  public:
@@ -22,7 +22,7 @@ class Contradictions {
     PlanarView view;
   };
 
-  /** What two sensors see at `now`, seconds, after `moved` seconds on the move. */
+  /** Compares what two sensors see at `now`, seconds, after `moved` seconds on the move. */
   void compare(const Sight& a, const Sight& b, double now, double moved);
   void clear() { pairs.clear(); }
 
@@ -39,7 +39,7 @@ class Contradictions {
   struct Pair {
     double seenAt = 0.0;
     double seconds = 0.0;
-    /** In a row: that agree; that contradict, but by another ratio. */
+    /** The comparisons in a row that agree; and that contradict, but by another ratio. */
     int agreements = 0;
     int deviations = 0;
     double leastRatio = 0.0;

@@ -34,6 +34,14 @@ double secondsBetween(Time from, Time to) {
   return boost::chrono::duration<double>(to - from).count();
 }
 
+std::size_t indexOf(HealthState state) {
+  return static_cast<std::size_t>(state);
+}
+
+bool isUnread(const HealthFinding& finding) {
+  return finding.cause == HealthCause::unread || finding.cause == HealthCause::neverRead;
+}
+
 // Hardware that was switched off, or failed to be switched on, is no longer what it was.
 bool isByReadings(const HealthFinding& finding) {
   return finding.state > HealthState::sound &&
@@ -70,19 +78,35 @@ std::optional<double> HealthBoard::getLimit(const std::string& sensor, HealthLim
 }
 
 void HealthBoard::setCallback(Callback newCallback) {
+  if (newCallback) xBeAsked();
   const Lock lock(mutex);
   // The former one goes after the lock: what it keeps may ask for health as it goes.
   callback.swap(newCallback);
 }
 
 void HealthBoard::setOn(bool on) {
-  for (const auto& [name, sensor] : sensors) {
-    if (sensor) sensor->watch->setOn(on);
-  }
   const Lock lock(mutex);
+  isOn = on;
+  xWatchAll(on && isAsked);
   // What was noted before is as old as the pause.
   settledAt = ko::Clock::now() + kSettling;
-  isOn = on;
+}
+
+void HealthBoard::awaitQuestion() {
+  isAsked = false;
+  xWatchAll(false);
+}
+
+void HealthBoard::xBeAsked() {
+  if (isAsked.exchange(true)) return;
+  const Lock lock(mutex);
+  xWatchAll(isOn);
+}
+
+void HealthBoard::xWatchAll(bool on) const {
+  for (const auto& [name, sensor] : sensors) {
+    if (sensor) sensor->xWatch(on);
+  }
 }
 
 void HealthBoard::setRefreshed(bool on) {
@@ -103,9 +127,10 @@ void HealthBoard::noteVelocity(const Math::Pose2D& velocity) {
 }
 
 void HealthBoard::tick(ko::Duration period) {
+  if (!isOn || !isAsked) return;
   const std::int64_t now = inNs(ko::detail::coarseNow());
   const std::int64_t passed = now - tickedAt;
-  if (!isOn || (passed >= 0 && passed < period.count())) return;
+  if (passed >= 0 && passed < period.count()) return;
   Lock lock(mutex, std::try_to_lock);
   if (!lock) return;
   tickedAt = now;
@@ -114,6 +139,7 @@ void HealthBoard::tick(ko::Duration period) {
 }
 
 std::optional<SensorHealth> HealthBoard::get(const std::string& sensor) {
+  xBeAsked();
   Lock lock(mutex);
   xJudgeAll(false);
   const auto found = entries.find(sensor);
@@ -124,6 +150,7 @@ std::optional<SensorHealth> HealthBoard::get(const std::string& sensor) {
 }
 
 std::map<std::string, SensorHealth> HealthBoard::getAll() {
+  xBeAsked();
   Lock lock(mutex);
   xJudgeAll(false);
   std::map<std::string, SensorHealth> all;
@@ -147,13 +174,12 @@ HealthMoment HealthBoard::xMoment() const {
   moment.isDeviceKnown = isLately || !isRefreshed;
   moment.deviceOffset = isLately ? deviceOffset.load() : 0;
   moment.isMoving = motion.getState().isMoving;
-  moment.hanging = xFindHanging(moment.now);
   return moment;
 }
 
 const std::string* HealthBoard::xFindHanging(std::int64_t now) const {
-  for (const auto& [name, sensor] : sensors) {
-    const std::int64_t since = sensor ? sensor->watch->getReadingSince() : 0;
+  for (const auto& [name, entry] : entries) {
+    const std::int64_t since = entry.sensor->watch->getReadingSince();
     if (since != 0 && now - since > kHangs.count()) return &name;
   }
   return nullptr;
@@ -164,18 +190,28 @@ void HealthBoard::xJudgeAll(bool isTick) {
   const HealthMoment moment = xMoment();
   const Time now{ko::Duration(moment.now)};
   xNoteJump(now);
-  xTakeNotes(isTick);
   if (isTick) xCompareViews(now);
+  const RobotMotion::State moved = motion.getState();
   for (auto& [name, entry] : entries) {
-    const Sensor& sensor = *entry.sensor;
-    const HealthSwitches switches{sensor.isWanted, sensor.isEnabled(), sensor.isDiagnosisSucess(),
-                                  sensor.isStarted()};
-    const HealthJudge judge(*sensor.watch, entry.notes, entry.limits, entry.track, moment);
-    const HealthFinding finding = judge.judge(switches);
+    const HealthFinding finding = xJudge(entry, moment, isTick ? &moved : nullptr);
     if (finding.cause == HealthCause::old || finding.state == HealthState::starting) askedAt = now;
     xSettle(name, entry, finding, moment);
   }
   asksDevice = now - askedAt < kAsks;
+}
+
+HealthFinding HealthBoard::xJudge(Entry& entry, const HealthMoment& moment,
+                                  const RobotMotion::State* moved) const {
+  const Sensor& sensor = *entry.sensor;
+  const SensorWatch& watch = *sensor.watch;
+  // Before the notes: one that says that it is started has noted when.
+  const HealthSwitches switches{sensor.isWanted, sensor.isEnabled(), sensor.isDiagnosisSucess(),
+                                sensor.isStarted()};
+  const ReadingNotes notes = watch.getNotes();
+  if (moved) entry.track.update(notes, watch.getNature().showsMotion, *moved);
+  auto finding = HealthJudge(watch, notes, entry.limits, entry.track, moment).judge(switches);
+  if (isUnread(finding)) finding.other = xFindHanging(moment.now);
+  return finding;
 }
 
 // What passes without the machine's time is no time in which a sensor could have measured.
@@ -191,18 +227,12 @@ void HealthBoard::xNoteJump(Time now) {
   judgedByMachine = machine;
 }
 
-void HealthBoard::xTakeNotes(bool isTick) {
-  const RobotMotion::State moved = motion.getState();
-  for (auto& [name, entry] : entries) {
-    const SensorWatch& watch = *entry.sensor->watch;
-    entry.notes = watch.getNotes();
-    if (isTick) entry.track.update(entry.notes, watch.getNature().showsMotion, moved);
-  }
-}
-
-bool HealthBoard::xSees(const Entry& entry, Time now) const {
-  return entry.notes.hasView && entry.limits.get(HealthLimit::disagreement).has_value() &&
-         inNs(now) - entry.notes.recordAt < kFreshView.count() && entry.sensor->isStarted();
+bool HealthBoard::xSees(const Entry& entry, Time now) {
+  const SensorWatch& watch = *entry.sensor->watch;
+  if (!watch.getNature().showsMotion || !entry.sensor->isStarted()) return false;
+  const ReadingNotes notes = watch.getNotes();
+  return notes.hasView && entry.limits.get(HealthLimit::disagreement).has_value() &&
+         inNs(now) - notes.recordAt < kFreshView.count();
 }
 
 void HealthBoard::xCompareViews(Time now) {
@@ -248,7 +278,7 @@ void HealthBoard::xSettle(const std::string& name, Entry& entry, const HealthFin
   if (xIsHeld(entry, finding, now)) return;
   entry.shown = finding;
   entry.since = entry.foundAt = now;
-  ++entry.times[finding.state];
+  ++entry.times[indexOf(finding.state)];
   if (callback) changes.emplace_back(name, xTell(entry));
 }
 
@@ -266,7 +296,7 @@ bool HealthBoard::xIsHeld(const Entry& entry, const HealthFinding& finding, Time
 SensorHealth HealthBoard::xTell(const Entry& entry) const {
   SensorHealth health{entry.shown.state, entry.since,
                       describeFinding(entry.shown, xFindTrouble(entry)),
-                      remedyFor(entry.shown.cause), entry.times.at(entry.shown.state)};
+                      remedyFor(entry.shown.cause), entry.times[indexOf(entry.shown.state)]};
   const double past = secondsBetween(entry.foundAt, ko::Clock::now());
   if (isByReadings(entry.shown) && past > 0.05) health.reason += agoText(past);
   return health;

@@ -1,10 +1,11 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <chrono>
 #include <cstdint>
-#include <deque>
 #include <limits>
+#include <list>
 #include <map>
 #include <mutex>
 #include <optional>
@@ -37,19 +38,25 @@ class QV_API HealthBoard {
   /** The sensors, which may come later but never go, must outlive it. */
   explicit HealthBoard(const Sensors& sensors) : sensors(sensors) {}
 
-  /** Before its first start; `period` is the time between two measurements. */
+  /** Describes a sensor before its first start; `period` is the time between two measurements. */
   void describe(const Sensor& sensor, const HealthNature& nature, ko::Duration period);
   void setLimit(const std::string& sensor, HealthLimit limit, std::optional<double> value);
   std::optional<double> getLimit(const std::string& sensor, HealthLimit limit);
   void setCallback(Callback newCallback);
   void setOn(bool on);
+  /**
+   * Waits, before the first start, where readers measure: readings are watched, and ticks judge,
+   * from the first question or callback on.
+   */
+  void awaitQuestion();
   bool isWatching() const { return isOn; }
 
-  /** Whether all are read again and again, as of now. */
+  /** Says that all are read again and again, as of now. */
   void setRefreshed(bool on);
-  /** Whether a record looks too old, and only the device manager's clock can tell if it is. */
+  /** True if a record looks too old, and only the device manager's clock can tell if it is. */
   bool asksDeviceTime() const { return asksDevice; }
-  /** For one thread at a time: what the device manager's clock says, and what the robot does. */
+  /** Takes what the device manager's clock says, and what the robot does. For one thread at a
+   * time. */
   void noteDeviceTime(ko::Clock::time_point time);
   void noteVelocity(const Math::Pose2D& velocity);
 
@@ -67,25 +74,29 @@ class QV_API HealthBoard {
     const Sensor* sensor = nullptr;
     HealthLimits limits = HealthLimits();
     HealthTrack track = {};
-    ReadingNotes notes = {};
     HealthFinding shown = {};
     ko::Clock::time_point since = ko::Clock::now();
-    /** When what is shown was last found. */
+    /** The time at which what is shown was last found. */
     ko::Clock::time_point foundAt = since;
-    std::map<HealthState, int> times = {{HealthState::off, 1}};
+    /** The number of times that it came into each state. */
+    std::array<int, kHealthStateCount> times = {1};
   };
   using Entries = std::map<std::string, Entry>;
   using Lock = std::unique_lock<std::mutex>;
 
+  void xBeAsked();
+  void xWatchAll(bool on) const;
   void xAddNew();
   HealthMoment xMoment() const;
+  /** Whose reading does not return; null if none hangs. */
   const std::string* xFindHanging(std::int64_t now) const;
   void xJudgeAll(bool isTick);
-  void xTakeNotes(bool isTick);
+  HealthFinding xJudge(Entry& entry, const HealthMoment& moment,
+                       const RobotMotion::State* moved) const;
   void xNoteJump(ko::Clock::time_point now);
   void xCompareViews(ko::Clock::time_point now);
   void xFindContradiction(const std::string& name, Entry& entry, double now) const;
-  bool xSees(const Entry& entry, ko::Clock::time_point now) const;
+  static bool xSees(const Entry& entry, ko::Clock::time_point now);
   void xSettle(const std::string& name, Entry& entry, const HealthFinding& finding,
                const HealthMoment& moment);
   bool xIsHeld(const Entry& entry, const HealthFinding& finding, ko::Clock::time_point now) const;
@@ -93,9 +104,11 @@ class QV_API HealthBoard {
   std::optional<ko::log::Record> xFindTrouble(const Entry& entry) const;
   void xCallBack(Lock& lock);
 
+  // What a reader touches as a rule stands first.
   /** The last tick that judged, ns. */
   std::atomic<std::int64_t> tickedAt{std::numeric_limits<std::int64_t>::min() / 2};
   std::atomic<bool> isOn{true};
+  std::atomic<bool> isAsked{true};
   const Sensors& sensors;
   Entries entries;
   Contradictions contradictions;
@@ -108,16 +121,16 @@ class QV_API HealthBoard {
 
   ko::Clock::time_point judgedAt;
   std::chrono::steady_clock::time_point judgedByMachine;
-  /** Until then no new fault is believed: the clock has jumped. */
+  /** The end of the time after a leap of the clock in which no new fault is believed. */
   ko::Clock::time_point settledAt;
   ko::Clock::time_point comparedAt;
-  /** When the device manager's clock was last wanted. */
+  /** The time at which the device manager's clock was last wanted. */
   ko::Clock::time_point askedAt;
-  /** How far the robot had turned and gone by then. */
+  /** The robot's turns and ways up to then. */
   double comparedMotion = 0.0;
 
   Callback callback;
-  std::deque<std::pair<std::string, SensorHealth>> changes;
+  std::list<std::pair<std::string, SensorHealth>> changes;
   bool isCallingBack = false;
   std::mutex mutex;
 };

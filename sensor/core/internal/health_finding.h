@@ -8,7 +8,7 @@
 
 namespace QV::sensor {
 
-/** Why a sensor is as it is. */
+/** The cause of a sensor's state. */
 enum class HealthCause {
   unwanted,
   disabled,
@@ -36,7 +36,7 @@ enum class HealthCause {
   leftOn
 };
 
-/** What was found of a sensor, in figures: its text is made when somebody asks. */
+/** A finding about a sensor, in figures: its text is made when somebody asks. */
 struct HealthFinding {
   HealthState state = HealthState::off;
   HealthCause cause = HealthCause::unwanted;
@@ -50,18 +50,21 @@ struct HealthFinding {
   const std::string* other = nullptr;
   /** Lasts as the program does. */
   const char* excuse = nullptr;
-  /** Whether the sensor has shown that it measures. */
+  /** True if the sensor has shown that it measures. */
   bool isMeasured = true;
 };
 
-/** One sentence; `trouble` is the sensor's last one, if that has to do with it. */
+/**
+ * Describes the finding in one sentence; `trouble` is the sensor's last one, if that has to do with
+ * it.
+ */
 std::string describeFinding(const HealthFinding& finding,
                             const std::optional<ko::log::Record>& trouble);
-/** Whether the sensor's last trouble may be the reason. */
+/** True if the sensor's last error may be the reason. */
 bool hasTrouble(HealthCause cause);
-/** What is added to what was found `seconds` ago, and not since. */
+/** Returns what is added to what was found `seconds` ago, and not since. */
 std::string agoText(double seconds);
-/** What brings the sensor back. */
+/** Returns what brings the sensor back. */
 std::string remedyFor(HealthCause cause);
 
 }  // namespace QV::sensor

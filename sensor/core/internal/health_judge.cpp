@@ -89,16 +89,11 @@ HealthFinding HealthJudge::xJudgeUnwatched() const {
 }
 
 HealthFinding HealthJudge::xJudgeUnread() const {
-  HealthFinding finding;
-  if (notes.readAt == 0) {
-    const double waited = xSince(notes.startedAt);
-    finding = xBeyond(silent, Cause::neverRead, HealthLimit::start, waited);
-    if (finding.state == sound) return found(starting, Cause::awaitsFirst, waited);
-  } else {
-    finding = xBeyond(late, Cause::unread, HealthLimit::silence, xSince(notes.readAt));
-  }
-  finding.other = moment.hanging;
-  return finding;
+  if (notes.readAt != 0)
+    return xBeyond(late, Cause::unread, HealthLimit::silence, xSince(notes.readAt));
+  const double waited = xSince(notes.startedAt);
+  const auto finding = xBeyond(silent, Cause::neverRead, HealthLimit::start, waited);
+  return finding.state == sound ? found(starting, Cause::awaitsFirst, waited) : finding;
 }
 
 bool HealthJudge::xMayBeSilent() const {

@@ -11,19 +11,18 @@
 
 namespace QV::sensor {
 
-/** What is true of all sensors at the moment that one is judged. */
+/** The facts that are true of all sensors at the moment that one is judged. */
 struct HealthMoment {
   std::int64_t now = 0;
   /** The device manager's time less ours, ns; 0 where it was not asked for. */
   std::int64_t deviceOffset = 0;
-  /** Whether it is of use: it was asked for lately, or nobody can be asked. */
+  /** True if the device manager's time is of use: it was asked for lately, or nobody can be
+   * asked. */
   bool isDeviceKnown = true;
-  /** Whether a refresh reads the sensors, again and again; else readers do when they like. */
+  /** True if a refresh reads the sensors again and again; else readers do when they like. */
   bool isRefreshed = false;
-  /** What the robot does, so that a sensor that is silent while it moves may be. */
+  /** True while the robot moves: some sensors may then be silent. */
   bool isMoving = false;
-  /** Whose reading does not return; null if none hangs. */
-  const std::string* hanging = nullptr;
 };
 
 /** A sensor's switches at one moment. */

@@ -8,7 +8,7 @@
 
 namespace QV::sensor {
 
-/** What a text says of a limit, or what it should say instead. */
+/** A limit as a text gives it, or what the text should say instead. */
 struct ReadHealthRule {
   std::string text;
   HealthRule rule = {};

@@ -8,9 +8,10 @@
 
 namespace QV::sensor {
 
-/** What a sensor has shown over a time, for which its last notes don't suffice. */
+/** The history of a sensor, where its last notes don't suffice. */
 struct HealthTrack {
-  /** While the points stayed the same: radians, and metres towards an obstacle. */
+  /** The robot's motion while the points stayed the same: radians, and metres towards an
+   * obstacle. */
   double turned = 0.0;
   double went = 0.0;
   /** The sensor that it contradicts, and for how long on the move; what both say, metres. */

@@ -24,7 +24,7 @@ PlanarView::Shape PlanarView::xShapeOf(float halfAperture) {
           slopeOf(1.0f), slopeOf(kInner),        slopeOf(kOuter)};
 }
 
-void PlanarView::begin(const Math::MetricalData& record, bool arc, const PlanarView& former) {
+void PlanarView::begin(const Math::MetricalData& record, bool arc, const Shape& former) {
   isArc = arc;
   apexX = record.sensorTransform(0, 3);
   apexY = record.sensorTransform(1, 3);
@@ -37,33 +37,9 @@ void PlanarView::begin(const Math::MetricalData& record, bool arc, const PlanarV
     sine = length > 0.0f ? sine / length : 0.0f;
   }
   const float halfAperture = 0.5f * record.fieldOfView.angularRange;
-  shape = halfAperture == former.shape.halfAperture ? former.shape : xShapeOf(halfAperture);
+  shape = halfAperture == former.halfAperture ? former : xShapeOf(halfAperture);
   minRange = record.fieldOfView.minRange;
   maxRange = record.fieldOfView.maxRange;
-}
-
-float PlanarView::xSquareAt(std::size_t direction) const {
-  return xs[direction] * xs[direction] + ys[direction] * ys[direction];
-}
-
-std::size_t PlanarView::xDirectionOf(float x, float y) const {
-  const float share =
-      shape.slope > 0.0f ? y / (x * shape.slope) : std::atan2(y, x) / shape.halfAperture;
-  const float scaled = (share + 1.0f) * 0.5f * static_cast<float>(kDirections);
-  return static_cast<std::size_t>(std::clamp(scaled, 0.0f, static_cast<float>(kDirections) - 1.0f));
-}
-
-bool PlanarView::add(float x, float y) {
-  const float square = x * x + y * y;
-  if (!(square > minRange * minRange && square < maxRange * maxRange)) return false;
-  if (shape.slope > 0.0f && x <= 0.0f) return false;
-  hasAny = true;
-  const std::size_t direction = isArc ? 0 : xDirectionOf(x, y);
-  const float nearest = xSquareAt(direction);
-  if (nearest > 0.0f && nearest <= square) return true;
-  xs[direction] = x;
-  ys[direction] = y;
-  return true;
 }
 
 bool PlanarView::xOverlaps(const PlanarView& other) const {

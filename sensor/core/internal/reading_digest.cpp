@@ -21,12 +21,12 @@ constexpr float kAhead = 0.2f;
 
 class Digester {
  public:
-  Digester(const HealthNature& nature, std::size_t stride, const PlanarView& former,
+  Digester(const HealthNature& nature, std::size_t stride, const PlanarView::Shape& former,
            PlanarView& view)
       : nature(nature), stride(stride), former(former), view(view) {}
 
   void add(const Math::MetricalData& record) {
-    xMix(record.points.size());
+    if (mixes) xMix(record.points.size());
     if (nature.points && samples == 0) xBegin(record);
     // An arc is one range.
     const std::size_t step = isArc ? record.points.size() : stride;
@@ -52,9 +52,11 @@ class Digester {
 
   void xSample(const Math::MetricalData& record, std::size_t i) {
     const Math::Position3D& point = record.points[i];
-    xMix(std::bit_cast<std::uint32_t>(point.x) ^
-         std::rotl(std::uint64_t{std::bit_cast<std::uint32_t>(point.y)}, 24) ^
-         std::rotl(std::uint64_t{std::bit_cast<std::uint32_t>(point.z)}, 41));
+    if (mixes) {
+      xMix(std::bit_cast<std::uint32_t>(point.x) ^
+           std::rotl(std::uint64_t{std::bit_cast<std::uint32_t>(point.y)}, 24) ^
+           std::rotl(std::uint64_t{std::bit_cast<std::uint32_t>(point.z)}, 41));
+    }
     ++samples;
     if (!nature.points) return;
     if (xIsImpossible(point)) {
@@ -100,7 +102,8 @@ class Digester {
 
   const HealthNature nature;
   const std::size_t stride;
-  const PlanarView& former;
+  const bool mixes = nature.asksForChanges();
+  const PlanarView::Shape& former;
   PlanarView& view;
   ReadingDigest digest;
   std::size_t samples = 0;
@@ -114,9 +117,11 @@ class Digester {
 }  // namespace
 
 ReadingDigest digestOf(const std::vector<Math::MetricalData>& records, const HealthNature& nature,
-                       const PlanarView& former, PlanarView& view) {
+                       const PlanarView::Shape& former, PlanarView& view) {
   Digester digester(nature, countPoints(records) / kMostSamples + 1, former, view);
-  for (const auto& record : records) digester.add(record);
+  if (nature.points || nature.asksForChanges()) {
+    for (const auto& record : records) digester.add(record);
+  }
   ReadingDigest digest = digester.finish();
   digest.stamp = stampOf(records);
   return digest;

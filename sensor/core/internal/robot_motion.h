@@ -8,17 +8,17 @@
 
 namespace QV::sensor {
 
-/** How far the robot has turned and gone so far. One thread tells, any asks. */
+/** The turns and ways of the robot so far. One thread tells, any asks. */
 class RobotMotion {
  public:
-  /** Forward, leftward (m/s) and turning (rad/s), in the robot's frame. */
+  /** Forward, leftward (m/s) and turning (rad/s), in the ground frame. */
   void note(const Math::Pose2D& velocity, ko::Clock::time_point now);
 
   struct State {
     /** Radians to either side, and metres, since the beginning. */
     double turned = 0.0;
     double went = 0.0;
-    /** Of length 1, or 0 for a robot that stands. */
+    /** The direction of the motion: of length 1, or 0 for a robot that stands. */
     float directionX = 0.0f;
     float directionY = 0.0f;
     bool isMoving = false;

@@ -35,33 +35,44 @@ const SensorWatch::Ledger& SensorWatch::xGet() const {
   return own ? *own : empty;
 }
 
+PlanarView SensorWatch::getView() const {
+  const Ledger& book = xGet();
+  return book.sight ? book.sight->view.load() : PlanarView();
+}
+
+void SensorWatch::xOpenLedger() {
+  auto book = std::make_unique<Ledger>();
+  if (nature.showsMotion) book->sight = std::make_unique<Sight>();
+  ledger = book.release();
+}
+
 void SensorWatch::beginCall(HardwareCall newCall) {
-  if (!ledger.load()) ledger = new Ledger;
-  Ledger& book = *ledger;
-  book.callSince = nowInNs();
-  book.call = newCall;
+  if (!ledger.load()) xOpenLedger();
+  ledger.load()->callSince = nowInNs();
+  call = newCall;
   // Until it has said that it stopped.
   if (newCall == HardwareCall::stopping) return;
-  book.thrown = false;
+  thrown = false;
 }
 
 void SensorWatch::endCall(HardwareCall ended, bool success, bool threw) {
-  Ledger& book = *ledger;
   if (ended == HardwareCall::stopping) {
-    book.leftOn = !success;
+    leftOn = !success;
   } else {
-    book.thrown = threw;
-    if (success) {
-      book.leftOn = false;
-      book.notes = ReadingNotes();
-      book.notes.startedAt = nowInNs();
-      pendingGarbage = false;
-      isOrdinary = false;
-      isFirstAwaited = nature.hasRate;
-      book.published.store(book.notes);
-    }
+    thrown = threw;
+    if (success) xBeginNotes();
   }
-  book.call = HardwareCall::none;
+  call = HardwareCall::none;
+}
+
+void SensorWatch::xBeginNotes() {
+  leftOn = false;
+  pendingGarbage = false;
+  isOrdinary = false;
+  isFirstAwaited = nature.hasRate;
+  ReadingNotes notes;
+  notes.startedAt = nowInNs();
+  ledger.load()->notes.store(notes);
 }
 
 void SensorWatch::excuse(const char* why, bool measured) {
@@ -84,7 +95,8 @@ bool SensorWatch::xIsTooSoon(const std::vector<Math::MetricalData>& records) con
 void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   if (xIsTooSoon(records)) return xEndReading();
   const std::int64_t now = nowInNs();
-  ReadingNotes& notes = ledger.load()->notes;
+  SequenceLocked<ReadingNotes>& published = ledger.load()->notes;
+  ReadingNotes notes = published.loadOwn();
   const bool hadRecords = notes.recordAt == notes.readAt;
   notes.failures = 0;
   notes.excuse = records.empty() ? pendingExcuse : nullptr;
@@ -93,65 +105,70 @@ void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   notes.garbage = shifted(notes.garbage, pendingGarbage.exchange(false));
   notes.changed = shifted(notes.changed, false);
   notes.readAt = now;
-  if (!records.empty()) xNoteRecords(records);
+  if (!records.empty()) xNoteRecords(records, notes);
   // What came of a time without records is no change of mind.
   if (!hadRecords) notes.changed &= ~1u;
-  ledger.load()->published.store(notes);
+  published.store(notes);
   if (notes.stamps > 1) isFirstAwaited = false;
   isOrdinary = !records.empty();
   lookedAt = now;
   xEndReading();
 }
 
-void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records) {
-  ReadingNotes& notes = ledger.load()->notes;
-  if (xSkips(records)) {
+void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
+                               ReadingNotes& notes) {
+  if (xSkips(records, notes)) {
     notes.digest.stamp = stampOf(records);
     if (notes.digest.isGarbage) notes.garbage |= 1u;
   } else {
+    static constexpr PlanarView::Shape kUnknown;
+    const Sight* const sight = ledger.load()->sight.get();
     PlanarView seen;
-    const ReadingDigest digest = digestOf(records, nature, ledger.load()->lastView, seen);
-    xNoteDigest(digest, seen);
+    xNoteDigest(digestOf(records, nature, sight ? sight->shape : kUnknown, seen), notes);
+    if (sight && (!seen.isEmpty() || notes.hasView)) xNoteView(seen, notes);
   }
   notes.recordAt = notes.readAt;
 }
 
 // To look at many points costs time, and every third time tells as much; the first one must.
-bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records) {
-  Ledger& book = *ledger;
+bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records,
+                         const ReadingNotes& notes) {
   const bool isCheap = nature.points == Model::PointMeaning::arc || countPoints(records) <= kFew;
-  const bool skips = book.notes.recordAt != 0 && !isCheap && book.skipped < kMostSkipped;
-  book.skipped = skips ? book.skipped + 1 : 0;
+  const bool skips = notes.recordAt != 0 && !isCheap && skipped < kMostSkipped;
+  skipped = static_cast<std::uint8_t>(skips ? skipped + 1 : 0);
   return skips;
 }
 
-void SensorWatch::xNoteDigest(const ReadingDigest& digest, const PlanarView& seen) {
-  Ledger& book = *ledger;
-  ReadingNotes& notes = book.notes;
+void SensorWatch::xNoteDigest(const ReadingDigest& digest, ReadingNotes& notes) {
+  std::int64_t& lastStamp = ledger.load()->lastStamp;
   const bool isFirst = notes.recordAt == 0;
   const bool isChanged = !isFirst && digest.fingerprint != notes.digest.fingerprint;
   if (isFirst || isChanged) ++notes.changes;
   if (isChanged) notes.changed |= 1u;
   if (digest.isGarbage) notes.garbage |= 1u;
-  if (isFirst || digest.stamp != book.lastStamp) {
+  if (isFirst || digest.stamp != lastStamp) {
     ++notes.stamps;
     notes.stampedAt = notes.readAt;
   }
-  book.lastStamp = digest.stamp;
+  lastStamp = digest.stamp;
   notes.digest = digest;
-  if (seen.isEmpty() && !notes.hasView) return;
+}
+
+void SensorWatch::xNoteView(const PlanarView& seen, ReadingNotes& notes) {
+  Sight& sight = *ledger.load()->sight;
   notes.hasView = !seen.isEmpty();
   notes.axisX = seen.getAxisX();
   notes.axisY = seen.getAxisY();
-  book.lastView = seen;
-  book.view.store(seen);
+  sight.shape = seen.getShape();
+  sight.view.store(seen);
 }
 
 void SensorWatch::failReading() {
-  Ledger& book = *ledger;
-  book.notes.readAt = nowInNs();
-  ++book.notes.failures;
-  book.published.store(book.notes);
+  SequenceLocked<ReadingNotes>& published = ledger.load()->notes;
+  ReadingNotes notes = published.loadOwn();
+  notes.readAt = nowInNs();
+  ++notes.failures;
+  published.store(notes);
   isOrdinary = false;
   xEndReading();
 }

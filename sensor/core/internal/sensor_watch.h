@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <cstdint>
+#include <memory>
 #include <vector>
 
 #include "platform/ko/clock.h"
@@ -12,36 +13,38 @@
 
 namespace QV::sensor {
 
-/** What came of a sensor's readings since it was started. Times in ns; 0 for never. */
+/** Notes about a sensor's readings since it was started. Times in ns; 0 for never. */
 struct ReadingNotes {
   std::int64_t startedAt = 0;
   std::int64_t readAt = 0;
   std::int64_t recordAt = 0;
-  /** When it last gave a record, or had a reason not to. */
+  /** The time of its last record, or of its last reason for none. */
   std::int64_t answeredAt = 0;
-  /** When the record came that has the newest stamp. */
+  /** The time at which the record with the newest stamp came. */
   std::int64_t stampedAt = 0;
-  /** How often the stamp and the points changed. */
+  /** The number of times that the stamp and the points changed. */
   std::uint32_t stamps = 0;
   std::uint32_t changes = 0;
-  /** In a row, that threw. */
+  /** The number of readings in a row that threw. */
   std::uint32_t failures = 0;
-  /** Of the last 20, the newest in the lowest bit: could not be; differed from the one before. */
+  /** The last 20 readings, the newest in the lowest bit: could not be; differed from the one
+   * before. */
   std::uint32_t garbage = 0;
   std::uint32_t changed = 0;
-  /** Why the last reading had no record, without fault; null if there is no such reason. */
+  /** The reason why the last reading had no record, without fault; null if there is no such
+   * reason. */
   const char* excuse = nullptr;
-  /** Whether it measured all the same, and met nothing. */
+  /** True if it measured all the same, and met nothing. */
   bool isExcuseMeasured = false;
-  /** Of the last reading with records; the sensor's axis in the ground frame; has it a view? */
+  /** The last reading with records; the sensor's axis in the ground frame; has it a view? */
   ReadingDigest digest;
   float axisX = 1.0f;
   float axisY = 0.0f;
   bool hasView = false;
 };
 
-/** What hardware is doing. */
-enum class HardwareCall : int { none, starting, stopping };
+/** The call that hardware is busy with. */
+enum class HardwareCall : std::uint8_t { none, starting, stopping };
 
 /**
  * Notes what a sensor and its hardware do, for whoever judges its health. Notes are taken by one
@@ -57,60 +60,62 @@ class alignas(64) SensorWatch {
   SensorWatch(const SensorWatch&) = delete;
   SensorWatch& operator=(const SensorWatch&) = delete;
 
-  /** Before the sensor is first started. */
+  /** Sets the nature, before the sensor is first started. */
   void setNature(const HealthNature& newNature) { nature = newNature; }
   const HealthNature& getNature() const { return nature; }
 
   /** Readings are noted, or only the first ones after a start. */
   void setOn(bool value) { on = value; }
   bool isOn() const { return on; }
-  /** For whoever reads: whether the next reading is noted. */
+  /** True if the next reading is noted. For readers. */
   bool notesNext() const { return on || isFirstAwaited; }
 
   void beginCall(HardwareCall call);
-  /** It returned: true, or false, or threw. */
+  /** Notes that the call returned: true, or false, or threw. */
   void endCall(HardwareCall call, bool success, bool threw);
 
   void beginReading();
   void endReading(const std::vector<Math::MetricalData>& records);
   void failReading();
-  /** Why the reading that is going on has no record: a text that lasts. */
+  /** Notes why the reading that is going on has no record: a text that lasts. */
   void excuse(const char* why, bool measured);
   /** Something came in that made no sense. */
   void noteGarbage() { pendingGarbage = true; }
 
-  ReadingNotes getNotes() const { return xGet().published.load(); }
-  /** What the last reading with records sees around it; empty where it does not look around. */
-  PlanarView getView() const { return xGet().view.load(); }
-  /** When the reading began that is going on, ns; 0 for none. */
+  ReadingNotes getNotes() const { return xGet().notes.load(); }
+  /** Returns what the last reading with records sees around it; empty where it does not look
+   * around. */
+  PlanarView getView() const;
+  /** Returns when the reading began that is going on, ns; 0 for none. */
   std::int64_t getReadingSince() const { return readingSince; }
-  HardwareCall getCall() const { return xGet().call; }
+  HardwareCall getCall() const { return call; }
   std::int64_t getCallSince() const { return xGet().callSince; }
-  bool isLeftOn() const { return xGet().leftOn; }
-  bool hasThrown() const { return xGet().thrown; }
+  bool isLeftOn() const { return leftOn; }
+  bool hasThrown() const { return thrown; }
 
  private:
-  /** What is too large for sensors that nobody starts. */
-  struct Ledger {
-    ReadingNotes notes;
-    PlanarView lastView;
-    int skipped = 0;
-    std::int64_t lastStamp = 0;
-    SequenceLocked<ReadingNotes> published;
+  struct Sight {
+    PlanarView::Shape shape;
     SequenceLocked<PlanarView> view;
+  };
+  /** The part that is too large for sensors that nobody starts. */
+  struct Ledger {
+    SequenceLocked<ReadingNotes> notes;
+    /** The stamp of the last reading whose points were looked at. */
+    std::int64_t lastStamp = 0;
     std::atomic<std::int64_t> callSince{0};
-    std::atomic<HardwareCall> call{HardwareCall::none};
-    /** Stopping failed last. */
-    std::atomic<bool> leftOn{false};
-    /** Starting threw last. */
-    std::atomic<bool> thrown{false};
+    /** Null where it does not look around. */
+    std::unique_ptr<Sight> sight;
   };
 
   /** An empty one before the first call of the hardware. */
   const Ledger& xGet() const;
-  void xNoteRecords(const std::vector<Math::MetricalData>& records);
-  void xNoteDigest(const ReadingDigest& digest, const PlanarView& seen);
-  bool xSkips(const std::vector<Math::MetricalData>& records);
+  void xOpenLedger();
+  void xBeginNotes();
+  void xNoteRecords(const std::vector<Math::MetricalData>& records, ReadingNotes& notes);
+  void xNoteDigest(const ReadingDigest& digest, ReadingNotes& notes);
+  void xNoteView(const PlanarView& seen, ReadingNotes& notes);
+  bool xSkips(const std::vector<Math::MetricalData>& records, const ReadingNotes& notes);
   bool xIsTooSoon(const std::vector<Math::MetricalData>& records) const;
   void xEndReading() { readingSince.store(0, std::memory_order_release); }
 
@@ -118,15 +123,22 @@ class alignas(64) SensorWatch {
   std::atomic<bool> on{true};
   std::atomic<bool> pendingGarbage{false};
   bool isPendingMeasured = false;
-  /** Whether the last look found records and no trouble. */
+  /** True if the last look found records and no trouble. */
   bool isOrdinary = false;
-  /** Whether no reading since the start has shown that its records are fresh. */
+  /** True as long as no reading since the start has shown that its records are fresh. */
   bool isFirstAwaited = false;
+  std::uint8_t skipped = 0;
+  std::atomic<HardwareCall> call{HardwareCall::none};
+  /** Stopping failed last. */
+  std::atomic<bool> leftOn{false};
+  /** Starting threw last. */
+  std::atomic<bool> thrown{false};
   const char* pendingExcuse = nullptr;
   std::atomic<std::int64_t> readingSince{0};
   std::int64_t lookedAt = 0;
   HealthNature nature;
   std::atomic<Ledger*> ledger{nullptr};
 };
+static_assert(sizeof(SensorWatch) == 64);
 
 }  // namespace QV::sensor

@@ -9,8 +9,8 @@
 namespace QV::sensor {
 
 /**
- * A value that one thread at a time writes and any reads, without a lock: a writer never waits, a
- * reader tries again while a write is going on. The count is odd meanwhile.
+ * A value under a sequence lock: one thread at a time writes it and any reads it. A writer never
+ * waits; a reader tries again while a write is going on. The count is odd meanwhile.
  */
 template <typename T>
 class SequenceLocked {
@@ -32,16 +32,20 @@ class SequenceLocked {
   T load() const noexcept {
     while (true) {
       const std::uint32_t before = sequence.load(std::memory_order_acquire);
-      Words words;
-      for (std::size_t i = 0; i < words.size(); ++i) {
-        words[i] = stored[i].load(std::memory_order_acquire);
-      }
-      if (before % 2 == 0 && before == sequence.load(std::memory_order_relaxed)) {
-        T value;
-        std::memcpy(static_cast<void*>(&value), words.data(), sizeof(T));
-        return value;
-      }
+      const T value = loadOwn();
+      if (before % 2 == 0 && before == sequence.load(std::memory_order_relaxed)) return value;
     }
+  }
+
+  /** Loads it in the thread that writes. */
+  T loadOwn() const noexcept {
+    Words words;
+    for (std::size_t i = 0; i < words.size(); ++i) {
+      words[i] = stored[i].load(std::memory_order_acquire);
+    }
+    T value;
+    std::memcpy(static_cast<void*>(&value), words.data(), sizeof(T));
+    return value;
   }
 
  private:

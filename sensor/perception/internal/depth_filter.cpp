@@ -80,7 +80,7 @@ void DepthFilter::xCountPoints(const cv::Mat& depth, const vision::ComponentRuns
   }
 }
 
-/** How many of these pixels give a point; a line for each that does not. */
+/** Counts the pixels that give a point; logs a line for each that does not. */
 int DepthFilter::xCountWithin(const std::uint16_t* pixel, const std::uint16_t* end, bool logs) {
   int count = 0;
   for (; pixel != end; ++pixel) {

@@ -25,7 +25,8 @@ class DepthFilter {
   /** Appends the points of each component of at least `blobSize` pixels that give one. */
   void filter(const cv::Mat& depth, const Extents& extents, int blobSize,
               std::vector<Points>& scans);
-  /** As `filter`, with the components given: `labels` has the size of `depth`, none negative. */
+  /** Filters as `filter` does, with the components given: `labels` has the size of `depth`, none
+   * negative. */
   void project(const cv::Mat& depth, const cv::Mat_<int>& labels, const Extents& extents,
                int blobSize, std::vector<Points>& scans);
 

@@ -21,7 +21,7 @@ class DepthProjection {
   /** Millimetres. */
   static constexpr std::uint16_t kMaxDepth = QV::kMaxDepth;
 
-  /** What the image covers sideways and upwards per unit of depth. */
+  /** The extent of the image, sideways and upwards, per unit of depth. */
   struct Extents {
     float xToZ = 0.0f;
     float yToZ = 0.0f;
@@ -36,10 +36,10 @@ class DepthProjection {
     Extents extents;
   };
 
-  /** For images of one size from now on. */
+  /** Prepares for images of one size. */
   void reset(cv::Size size, const Extents& extents);
 
-  /** Whether any of these pixels is beyond kMaxDepth. */
+  /** True if any of these pixels is beyond kMaxDepth. */
   static bool reachesBeyond(const std::uint16_t* pixels, int count);
 
   /**

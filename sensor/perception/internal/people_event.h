@@ -9,7 +9,7 @@
 
 namespace QV::sensor {
 
-/** What a camera saw of people at one moment. */
+/** The people that a camera saw at one moment. */
 struct QV_API PeopleEvent {
   struct Person {
     /** Metres. */

@@ -1,7 +1,6 @@
 #include "sensor/perception/internal/people_perception_sensor.h"
 
 #include <boost/make_shared.hpp>
-#include <boost/thread/lock_guard.hpp>
 #include <boost/weak_ptr.hpp>
 
 #include "platform/ko/internal/event_loop.h"
@@ -13,7 +12,7 @@
 namespace QV::sensor {
 namespace {
 
-using Lock = boost::lock_guard<boost::mutex>;
+using Lock = std::lock_guard<std::mutex>;
 
 constexpr char kPeopleCategory[] = "QVNavigation.PeoplePerceptionSensor";
 constexpr char kOnUpdate[] = "onUpdatePeopleList";

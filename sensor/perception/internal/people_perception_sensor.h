@@ -1,12 +1,12 @@
 #pragma once
 
 #include <cstdint>
+#include <mutex>
 #include <optional>
 #include <string>
 #include <vector>
 
 #include <boost/shared_ptr.hpp>
-#include <boost/thread/mutex.hpp>
 
 #include "platform/api.h"
 #include "platform/ko/internal/future.h"
@@ -42,7 +42,7 @@ class QV_API PeoplePerceptionSensor : public RealSensor {
   void onUpdatePeopleList(const std::string& key, QVValue value, const std::string& subscriber);
 
  protected:
-  /** One record, without points when nobody was seen lately. */
+  /** Returns one record, without points when nobody was seen lately. */
   std::vector<Math::MetricalData> xGetData() const override;
   bool xSubscribeToHardware() override;
   bool xUnsubscribeFromHardware() override;
@@ -50,7 +50,7 @@ class QV_API PeoplePerceptionSensor : public RealSensor {
  private:
   // What the delayed prune shares with the sensor, which it may outlive.
   struct Latest {
-    boost::mutex mutex;
+    std::mutex mutex;
     std::optional<Math::MetricalData> lastData;
     // Counts the events: a prune that has started already must not take a newer one's record.
     std::uint64_t generation = 0;

@@ -10,7 +10,7 @@
 
 namespace QV::Touch {
 
-/** What told of a touch. */
+/** The types of what tells of a touch. The interface has the capitals. */
 enum TOUCH_DETECTION_TYPE : std::int32_t {
   UNKNOWN = 0,
   TACTILE = 1,
@@ -23,7 +23,7 @@ enum TOUCH_DETECTION_TYPE : std::int32_t {
 
 /** A part of the body that is now touched, or no longer. */
 struct QV_API TouchGroupEvent {
-  /** Also the name of its frame. */
+  /** The name of the group, which is also that of its frame. */
   std::string groupName;
   bool touched = false;
   /** Empty for a release. May hold numbers that are not listed above. */
@@ -35,7 +35,7 @@ struct QV_API TouchGroupEvent {
 /** "Tactile", "Bumper", ...; "Unknown" for every number without a name. */
 QV_API std::string getTypeName(TOUCH_DETECTION_TYPE type);
 
-/** Whether the number is one of the listed types, `UNKNOWN` included. */
+/** True if the number is one of the listed types, `UNKNOWN` included. */
 QV_API bool isValidTouchDetectionType(int value);
 
 /**

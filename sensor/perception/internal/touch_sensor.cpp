@@ -1,7 +1,5 @@
 #include "sensor/perception/internal/touch_sensor.h"
 
-#include <boost/thread/lock_guard.hpp>
-
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/contracts/navigation_contract.h"
@@ -9,7 +7,7 @@
 namespace QV::sensor {
 namespace {
 
-using Lock = boost::lock_guard<boost::mutex>;
+using Lock = std::lock_guard<std::mutex>;
 
 constexpr char kTouchCategory[] = "Navigation.TouchSensor";
 // Metres along the x axis of the group's frame: inside the body, where the contact presses.

@@ -1,10 +1,9 @@
 #pragma once
 
+#include <mutex>
 #include <set>
 #include <string>
 #include <vector>
-
-#include <boost/thread/mutex.hpp>
 
 #include "platform/api.h"
 #include "sensor/perception/internal/touch_event.h"
@@ -20,7 +19,7 @@ namespace QV::sensor {
  */
 class QV_API TouchSensor : public RealSensor {
  public:
-  /** What the event's subscription throws is logged and thrown on. */
+  /** Subscribes to the event; what that throws is logged and thrown on. */
   TouchSensor(const std::string& name, const std::string& familyName,
               boost::shared_ptr<QVBroker> broker, const Math::SensorFieldOfView2D& fieldOfView);
   ~TouchSensor() override;
@@ -35,7 +34,7 @@ class QV_API TouchSensor : public RealSensor {
   /** TACTILE, BUMPER and JOINT at first; any number goes. Groups touched already stay so. */
   void enableTouchType(int type);
   void disableTouchType(int type);
-  /** In ascending order. */
+  /** Returns the types in ascending order. */
   std::vector<int> getEnabledTouchTypes() const;
 
  protected:
@@ -50,10 +49,10 @@ class QV_API TouchSensor : public RealSensor {
 
   std::string eventName;
   /** Taken before the other one. */
-  mutable boost::mutex touchedMutex;
+  mutable std::mutex touchedMutex;
   std::set<std::string> touchedGroups;
   std::set<Touch::TOUCH_DETECTION_TYPE> enabledTouchTypes;
-  mutable boost::mutex enabledTypesMutex;
+  mutable std::mutex enabledTypesMutex;
 };
 
 }  // namespace QV::sensor

@@ -6,12 +6,12 @@
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/contracts/navigation_contract.h"
+#include "platform/model/sensor_kind.h"
 
 namespace QV::sensor {
 namespace {
 
 constexpr char kBlindZoneCategory[] = "Navigation.BlindZoneSensor";
-constexpr float kDetectedAbove = 0.9f;
 constexpr float kStillSpeed = 0.01f;
 constexpr float kStillTurn = 0.1f;
 
@@ -53,7 +53,7 @@ std::vector<Math::MetricalData> BlindZoneSensor::xGetData() const {
   }
   bool detected = false;
   try {
-    detected = memoryProxy->getData(memoryKeys.at(0)).toFloat() > kDetectedAbove;
+    detected = memoryProxy->getData(memoryKeys.at(0)).toFloat() > Model::kPresenceThreshold;
   } catch (...) {
     xKeepCaught(ko::log::Level::info, kBlindZoneCategory, "xGetData");
     return {};

@@ -14,11 +14,12 @@ namespace QV::sensor {
  * A presence detector for a zone that no range sensor sees. While the robot stands still it reports
  * one point straight ahead, at minRange when something is there and at maxRange when not; while it
  * moves, nothing. Each change raises the event "Navigation/MotionDetected" with [name, [x, y, z] of
- * the far point in the robot's frame, detected].
+ * the far point in the ground frame, detected].
  */
 class QV_API BlindZoneSensor : public RealSensor {
  public:
-  /** One key: above 0.9 is a detection. More than one: std::runtime_error; none: reads nothing. */
+  /** Takes one key: above Model::kPresenceThreshold is a detection. More than one:
+   * std::runtime_error; none: reads nothing. */
   BlindZoneSensor(const std::string& name, const std::string& familyName,
                   boost::shared_ptr<QVBroker> broker, const std::vector<std::string>& memoryKeys,
                   const Math::SensorFieldOfView2D& fieldOfView);

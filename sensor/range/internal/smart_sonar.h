@@ -19,8 +19,9 @@ namespace QV::sensor {
 class QV_API SmartSonar : public SonarSensor {
  public:
   /**
-   * As SonarSensor's; what reading the robot's description or pose throws leaves the constructor.
-   * With an angularRange of pi or more there is no cone: each reading throws, if there are arms.
+   * Takes what SonarSensor takes. What reading the robot's description or pose throws leaves the
+   * constructor. An angularRange of pi or more gives no cone: each reading throws, if there are
+   * arms.
    */
   SmartSonar(const std::string& name, const std::string& familyName,
              const Math::SensorFieldOfView2D& fieldOfView,

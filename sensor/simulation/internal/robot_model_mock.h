@@ -15,7 +15,7 @@ class QV_API RobotModelMock {
   /** New sensors for kind -1, 0 or 1; none, and an error in the log, for any other kind. */
   std::vector<boost::shared_ptr<SimulatedSensor>> getSimulatedSensors(int robotKind) const;
 
-  /** Whether there are sensors of a kind; no line in the log. */
+  /** True if there are sensors of a kind; logs no line. */
   static bool hasSensors(int robotKind) { return robotKind >= -1 && robotKind <= 1; }
 
  private:

@@ -15,8 +15,8 @@ struct QV_API PosePair {
 };
 
 /**
- * A pair of poses that any thread may write and read without a lock: a reader gets one whole pair.
- * A sequence counter, odd while a write is going on; readers try again when it has moved.
+ * A pair of poses under a sequence lock: any thread may write and read it, and a reader gets one
+ * whole pair. The count is odd while a write is going on; readers try again when it has moved.
  */
 class QV_API SharedPosePair {
  public:

@@ -21,7 +21,7 @@ namespace QV::sensor {
  */
 class QV_API SimulatedSensor : public Sensor {
  public:
-  /** `sensorPose` places the sensor in the robot's frame; it does not turn the fan of rays. */
+  /** `sensorPose` places the sensor in the ground frame; it does not turn the fan of rays. */
   SimulatedSensor(const std::string& name, const std::string& familyName,
                   const Math::SensorFieldOfView2D& fieldOfView, const Math::Pose2D& sensorPose,
                   bool useAllRays = false);
@@ -35,7 +35,7 @@ class QV_API SimulatedSensor : public Sensor {
    */
   void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose);
 
-  /** Whether it reports all rays, not its nearest echo. */
+  /** True if it reports all rays, not its nearest echo. */
   bool reportsAllRays() const { return useAllRays; }
 
  protected:
@@ -54,7 +54,8 @@ class QV_API SimulatedSensor : public Sensor {
   Math::Pose2D sensorPose;
   std::atomic<QV::OccupancyMap*> occMap{nullptr};
   bool useAllRays;
-  /** Of all rays, one metre long; filled by the first read. Reads exclude each other. */
+  /** The directions of all rays, one metre long; filled by the first read. Reads exclude each
+   * other. */
   mutable std::vector<Math::Position2D> directions;
 };
 

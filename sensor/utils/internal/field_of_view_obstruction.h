@@ -16,7 +16,7 @@ class QVBroker;
 
 /**
  * Does the robot's own body block a sensor? Load the shapes once; before each reading place their
- * joints and test. All three are safe from any thread.
+ * joints and test. All three are thread-safe.
  */
 namespace QV::sensor {
 
@@ -30,15 +30,18 @@ QV_API void initCollisionShapesAndJointConfig(
     boost::shared_ptr<QVBroker> broker,
     std::vector<std::shared_ptr<Model::CollisionShape>>& shapes);
 
-/** Where the joint of each shape is now, in the robot's frame 0. Throws what the service throws. */
+/**
+ * Returns where the joint of each shape is now, in the body frame. Throws what the service
+ * throws.
+ */
 QV_API std::vector<Math::Transform> buildTransformsFromCollisionShapes(
     const std::vector<std::shared_ptr<Model::CollisionShape>>& shapes, QVMotionProxy motion);
 
 /**
- * Whether a shape meets the cone of `halfAperture` radians that the sensor looks into along its x
+ * True if a shape meets the cone of `halfAperture` radians that the sensor looks into along its x
  * axis, 1.5 m deep whatever the sensor's range. `jointTransforms` are the shapes' joints, in the
- * frame of `sensorTransform`; too few of them: std::out_of_range. What the geometry cannot answer,
- * such as a half aperture of pi/2: std::invalid_argument.
+ * frame of `sensorTransform`; too few of them: std::out_of_range. A half aperture of pi/2, and what
+ * else the geometry cannot answer: std::invalid_argument.
  */
 QV_API bool isSensorFOVObstructed(const Math::Transform& sensorTransform,
                                   const std::vector<std::shared_ptr<Model::CollisionShape>>& shapes,

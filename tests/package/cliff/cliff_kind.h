@@ -8,7 +8,7 @@ constexpr int kCliffType = 40;
 inline QV::Model::SensorKind cliffKind() {
   using namespace QV::Model;
   SensorKind kind = {kCliffType, "Cliff", "Cliff", PointMeaning::zone};
-  kind.keys = {1, 1, 1, "range of the floor (m)"};
+  kind.keys = {1, 1, 1, "range of the floor (m)", KeyContent::range};
   kind.properties = {{"minimumDetectionDistance", Quantity::metres, true, 0.0, 1.0},
                      {"maximumDetectionDistance", Quantity::metres, true, 0.0, 1.0},
                      {"horizontalAngularRange", Quantity::radians, true, 0.0, 3.2}};

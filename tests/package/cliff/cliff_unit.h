@@ -1,6 +1,5 @@
 #pragma once
 
-#include <random>
 #include <string>
 
 #include "platform/model/sensor_config.h"

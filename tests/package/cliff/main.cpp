@@ -2,7 +2,7 @@
 #include <string>
 
 #include "cliff_robot.h"
-#include "outlets/picture/run_picture.h"
+#include "outlets/picture/session_picture.h"
 #include "outlets/web/page_state.h"
 #include "session/open.h"
 #include "session/sensor_check.h"
@@ -19,7 +19,16 @@ std::string tell(const session::Snapshot& snapshot) {
   return cliff.marks.hits.empty() ? "floor" : "a cliff";
 }
 
-/** What the sensor tells a quarter of a second after the robot was put at the hole, and later. */
+/** Returns what a page draws of the sensor: its points' x and y in the map. */
+std::string toldToPage(const session::Snapshot& snapshot) {
+  const std::string page = outlets::pageStateOf(snapshot);
+  const std::size_t means = page.find("\"means\"", page.find("FrontCliff"));
+  return page.substr(means, page.find(']', means) + 1 - means);
+}
+
+/**
+ * Tells what the sensor says a quarter of a second after the robot was put at the hole, and later.
+ */
 std::string tryFault(session::Session& robot, robot::FaultKind kind) {
   robot.clearFault("FrontCliff");
   robot.setPose(kOnTheFloor);
@@ -45,12 +54,11 @@ int main(int argc, char* argv[]) {
 
   robot->setPose(kAtTheHole);
   robot->run(boost::chrono::seconds(1));
-  outlets::RunPicture picture(argv[2]);
+  outlets::SessionPicture picture(argv[2]);
   picture.show(robot->look());
   picture.finish();
   std::cout << "at the hole: " << tell(robot->look()) << '\n';
-  const std::string page = outlets::pageStateOf(robot->look());
-  std::cout << "the page is told: " << (page.find("FrontCliff") != std::string::npos) << '\n';
+  std::cout << "the page is told: " << toldToPage(robot->look()) << '\n';
 
   for (const auto kind : robot->getPossibleFaults("FrontCliff"))
     std::cout << getName(kind) << ": " << tryFault(*robot, kind) << '\n';

@@ -19,7 +19,7 @@ constexpr auto kMinInt = std::numeric_limits<std::int64_t>::min();
 constexpr double kInfinity = std::numeric_limits<double>::infinity();
 const double kNan = std::nan("");
 
-/** One value of each type. */
+/** Values of all types, one of each. */
 std::vector<QVValue> oneOfEach() {
   return {QVValue(),
           QVValue(true),

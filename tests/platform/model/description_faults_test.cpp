@@ -52,6 +52,10 @@ std::vector<std::string> faultsOf(const std::string& sensors, const SensorKinds&
   return lines;
 }
 
+const std::string kAnyType =
+    R"(one of "Touch" (2), "DepthCamera" (4), "Laser" (8), "Sonar" (9), "BlindZone" (14), )"
+    R"("HoleLaser" (16), "Shovel" (17))";
+
 std::vector<std::string> faultsOf(const std::string& sensors) {
   return faultsOf(sensors, SensorKinds::standard());
 }
@@ -60,11 +64,12 @@ TEST(DescriptionFaults, areNoneWhereAllIsAsMeant) {
   std::ifstream file(QV_DESCRIPTIONS "/porter.urdf");
   const std::string porter{std::istreambuf_iterator<char>(file), {}};
   EXPECT_TRUE(findDescriptionFaults(ModelUtils::robotFromXml(porter)).empty());
-  EXPECT_THAT(faultsOf(laser("A") + laser("B") +
-                       sonar("S", property("topic", "scan") + property("period", " 0.05 ")) +
-                       "<sensor name='C' type='camera'/><sensor name='D' type='contact'/>" +
-                       sensor("Other", "7", property("anything", "goes"))),
-              IsEmpty());
+  EXPECT_THAT(
+      faultsOf(
+          laser("A") + laser("B") +
+          sonar("S", property("topic", "scan") + property("period", " 0.05 ")) +
+          "<sensor name='C' type='camera'/><sensor name='D' type='contact'><contact/></sensor>"),
+      IsEmpty());
 }
 
 TEST(DescriptionFaults, sayWhatIsThereAndWhatIsExpected) {
@@ -106,6 +111,10 @@ TEST(DescriptionFaults, sayWhatIsThereAndWhatIsExpected) {
        {R"(S: type is "SONAR", "Sonar" expected)",
         R"(a sensor without a name: type is "Sonr", "Sonar" expected)",
         R"(D: type is "depth_camera", "DepthCamera" expected)"}},
+      // types that are nobody's
+      {sensor("N", "40", property("anything", "goes")) + sensor("L", "lidar", kRange),
+       {"N: type is 40, " + kAnyType + " expected",
+        "L: type is \"lidar\", " + kAnyType + " expected"}},
   };
   for (const auto& [sensors, expected] : cases) EXPECT_EQ(faultsOf(sensors), expected) << sensors;
 }
@@ -121,6 +130,7 @@ TEST(DescriptionFaults, areJudgedByTheRowsOfTheKindsGiven) {
                kinds),
       (std::vector<std::string>{R"(C: property "edge" is "", a memory key expected)",
                                 "C: 0 memory keys, 1 expected",
+                                R"(S: type is "Sonar", one of "Cliff" (40) expected)",
                                 R"(D: type is "clif", "Cliff" expected)"}));
 }
 

@@ -102,8 +102,8 @@ TEST(RobotFromXml, readsItsOwnSensorsOnly) {
   EXPECT_THAT(front.memoryKeys, ElementsAre("Sonar/Front", "Sonar/Front/Age"));
   EXPECT_EQ(robot.sensorConfigs.at("Skin"), (SensorConfig{"Skin", "torso", 2, {}, {}, {}}));
   EXPECT_EQ(robot.sensorConfigs.at("Back").type, 9);
-  EXPECT_THAT(robot.foreignSensors,
-              ElementsAre(ForeignSensor{"another tool's", "ray"}, ForeignSensor{"", "sonar"}));
+  EXPECT_THAT(robot.foreignSensors, ElementsAre(ForeignSensor{"another tool's", "ray", true},
+                                                ForeignSensor{"", "sonar"}));
 }
 
 TEST(RobotFromXml, takesTheTypeNamesOfTheKindsThatItIsGiven) {

@@ -9,8 +9,8 @@
 
 #include <gtest/gtest.h>
 
+#include "platform/navigation/internal/map_inside.h"
 #include "platform/navigation/internal/plain_walk.h"
-#include "platform/navigation/occupancy_map.h"
 #include "tests/support/vector_targets.h"
 
 namespace QV::detail {
@@ -23,7 +23,7 @@ double snapped(double part) {
   return std::abs(part) < 1e-15 ? std::copysign(0.0, part) : part;
 }
 
-/** Where the rays of a fan go, about its heading. */
+/** The directions of a fan's rays, about its heading. */
 struct Directions {
   using Values = std::array<double, FanCast::kMostRays + FanCast::kMore>;
   int count;
@@ -62,7 +62,7 @@ class RandomFans {
     return integer(-8, 8) * eighth + offsets[integer(0, 2)];
   }
 
-  /** Of a fan that turns by even steps, however small, or of rays in no order. */
+  /** Makes a fan that turns by even steps, however small, or rays in no order. */
   Directions nextDirections() {
     Directions directions{integer(1, FanCast::kMostRays)};
     const double steps[] = {hair(), uniform(-0.03, 0.03), uniform(-0.03, 0.03), uniform(-7.0, 7.0)};
@@ -126,7 +126,7 @@ TEST(FanCast, findsThePlainWalksAnswersOnEveryTarget) {
     const OccupancyMap map = random.nextMap();
     for (int k = 0; k < 60; ++k) {
       const double heading = random.nextDirection();
-      const FanCast fan{map.getScanStore(kFanLimit),
+      const FanCast fan{MapInside::findStore(map, kFanLimit),
                         map.getWidth(),
                         map.getHeight(),
                         random.nextStart(map),
@@ -148,8 +148,13 @@ TEST(FanCast, isSeldomInDoubt) {
   for (int i = 0; i < 200; ++i) {
     const OccupancyMap map = random.nextMap();
     const GridPoint centre{0.5 * map.getWidth() + 0.01, 0.5 * map.getHeight() + 0.01};
-    const FanCast fan{
-        map.getScanStore(kFanLimit), map.getWidth(), map.getHeight(), centre, 1.0, 0.0, 400.0};
+    const FanCast fan{MapInside::findStore(map, kFanLimit),
+                      map.getWidth(),
+                      map.getHeight(),
+                      centre,
+                      1.0,
+                      0.0,
+                      400.0};
     Directions directions{FanCast::kMostRays};
     for (int k = 0; k < directions.count; ++k) {
       directions.cosines[k] = std::cos(0.1 * (k + 0.3));

@@ -44,7 +44,7 @@ Readings scan(const OccupancyMap& map, const SensorFieldOfView2D& fieldOfView, c
   return readings;
 }
 
-/** One ray straight ahead, from 0 to 10 m. */
+/** Casts a ray straight ahead, from 0 to 10 m. */
 RangeReading look(const OccupancyMap& map, const Pose2D& pose, float occupiedAbove = kLimit) {
   return scan(map, {0.0f, 10.0f, 0.0f, 1}, pose, occupiedAbove).at(0);
 }

@@ -22,7 +22,7 @@ OccupancyMap makeMap(std::mt19937& random) {
   return map;
 }
 
-/** In the map, and around it. */
+/** Draws poses in the map, and around it. */
 std::vector<Pose2D> drawPoses(std::size_t count, std::mt19937& random) {
   std::uniform_real_distribution<float> place(-4.0f, 9.0f);
   std::vector<Pose2D> poses;

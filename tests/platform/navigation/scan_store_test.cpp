@@ -8,7 +8,7 @@
 
 #include <gtest/gtest.h>
 
-#include "platform/navigation/occupancy_map.h"
+#include "platform/navigation/internal/map_inside.h"
 
 namespace QV {
 namespace {
@@ -28,7 +28,7 @@ OccupancyMap randomMap(int width, int height, unsigned seed) {
   return map;
 }
 
-/** Whether a block holds the cells that it covers, and nothing where there are none. */
+/** True if a block holds the cells that it covers, and nothing where there are none. */
 testing::AssertionResult holdsItsCells(const StripImage& image, int strip, int group,
                                        const OccupancyMap& map, float limit, bool turned) {
   const StripImage::Block& block = image.getBlock(strip, group);
@@ -46,7 +46,7 @@ testing::AssertionResult holdsItsCells(const StripImage& image, int strip, int g
   return testing::AssertionSuccess();
 }
 
-/** Whether the rows of a strip, from one on, are told as used where they hold a cell. */
+/** True if the rows of a strip, from one on, are told as used where they hold a cell. */
 testing::AssertionResult tellsItsRows(const StripImage& image, int strip, int firstRow,
                                       const OccupancyMap& map, float limit, bool turned) {
   for (int i = 0; i < StripImage::kRowsSeen; ++i) {
@@ -78,7 +78,7 @@ void expectTrueImage(const StripImage& image, const OccupancyMap& map, float lim
 }
 
 void expectTrueStore(const OccupancyMap& map, float limit) {
-  const ScanStore* const store = map.getScanStore(limit);
+  const ScanStore* const store = detail::MapInside::findStore(map, limit);
   ASSERT_NE(store, nullptr);
   expectTrueImage(store->getUpright(), map, limit, false);
   expectTrueImage(store->getTurned(), map, limit, true);
@@ -94,8 +94,8 @@ TEST(ScanStore, holdsTheCellsOfMapsOfAnySize) {
 
 TEST(ScanStore, staysTrueWhenCellsChange) {
   OccupancyMap map = randomMap(67, 50, 2);
-  ASSERT_NE(map.getScanStore(kStoreLimit), nullptr);
-  ASSERT_NE(map.getScanStore(0.7f), nullptr);
+  ASSERT_NE(detail::MapInside::findStore(map, kStoreLimit), nullptr);
+  ASSERT_NE(detail::MapInside::findStore(map, 0.7f), nullptr);
   std::mt19937 random(3);
   for (int round = 0; round < 20; ++round) {
     for (int change = 0; change < 50; ++change) {
@@ -130,26 +130,26 @@ TEST(ScanStore, tellsWhereNothingIsAround) {
 
 TEST(ScanStore, isMadeOnceForEachOfTwoLimits) {
   const OccupancyMap map = randomMap(20, 20, 4);
-  const ScanStore* const first = map.getScanStore(kStoreLimit);
-  EXPECT_EQ(map.getScanStore(NAN), nullptr);
-  const ScanStore* const second = map.getScanStore(0.5f);
+  const ScanStore* const first = detail::MapInside::findStore(map, kStoreLimit);
+  EXPECT_EQ(detail::MapInside::findStore(map, NAN), nullptr);
+  const ScanStore* const second = detail::MapInside::findStore(map, 0.5f);
   EXPECT_NE(second, nullptr);
   EXPECT_NE(first, second);
-  EXPECT_EQ(map.getScanStore(0.6f), nullptr);
-  EXPECT_EQ(map.getScanStore(kStoreLimit), first);
-  EXPECT_EQ(map.getScanStore(0.5f), second);
+  EXPECT_EQ(detail::MapInside::findStore(map, 0.6f), nullptr);
+  EXPECT_EQ(detail::MapInside::findStore(map, kStoreLimit), first);
+  EXPECT_EQ(detail::MapInside::findStore(map, 0.5f), second);
 }
 
 TEST(ScanStore, aCopyOfAMapHasItsOwn) {
   OccupancyMap map = randomMap(20, 20, 5);
-  const ScanStore* const own = map.getScanStore(kStoreLimit);
+  const ScanStore* const own = detail::MapInside::findStore(map, kStoreLimit);
   OccupancyMap copy = map;
   copy.setOccupancy(3, 4, 1.0f);
   map.setOccupancy(3, 4, 0.0f);
   expectTrueStore(copy, kStoreLimit);
   expectTrueStore(map, kStoreLimit);
   OccupancyMap moved = std::move(map);
-  EXPECT_EQ(moved.getScanStore(kStoreLimit), own);
+  EXPECT_EQ(detail::MapInside::findStore(moved, kStoreLimit), own);
   copy = moved;
   expectTrueStore(copy, kStoreLimit);
 }
@@ -159,7 +159,7 @@ TEST(ScanStore, isOneForReadersThatAskAtOnce) {
   std::vector<const ScanStore*> seen(4);
   std::vector<std::thread> readers;
   for (const ScanStore*& store : seen) {
-    readers.emplace_back([&] { store = map.getScanStore(kStoreLimit); });
+    readers.emplace_back([&] { store = detail::MapInside::findStore(map, kStoreLimit); });
   }
   for (std::thread& reader : readers) reader.join();
   EXPECT_NE(seen[0], nullptr);

@@ -6,7 +6,7 @@
 namespace QV::robot {
 namespace {
 
-/** Its key has its name. */
+/** Makes a sonar whose key has its name. */
 Model::SensorConfig sonarNamed(const std::string& name) {
   return {name, "", 9, {}, {{"maximumDetectionDistance", "5"}}, {name}};
 }

@@ -94,8 +94,10 @@ OccupancyMap withOrigin(const OccupancyMap& map, const Math::Pose2D& origin) {
   return OccupancyMap(map.getWidth(), map.getHeight(), map.getResolution(), origin, map.getCells());
 }
 
-/** In or around a map: anywhere, or on an edge or corner; looking anywhere, along an axis or a
- * diagonal. */
+/**
+ * Draws a pose in or around a map: anywhere, or on an edge or corner; looking anywhere, along an
+ * axis or a diagonal.
+ */
 Math::Pose2D drawHardPose(const OccupancyMap& map, std::mt19937& random) {
   const auto draw = [&](int from, int to) {
     return std::uniform_int_distribution<int>(from, to)(random);

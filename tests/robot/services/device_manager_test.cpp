@@ -29,7 +29,7 @@ struct DeviceManagerTest : testing::Test {
     dcm->set(QVValue::array(key, mode, list));
   }
 
-  /** From here on, what happens to `key` is written down as "key=value@milliseconds". */
+  /** Writes down, from here on, what happens to `key`, as "key=value@milliseconds". */
   void record(const std::string& key) {
     manager->setActuatorHandler(key, [this](const std::string& name, const QVValue& value) {
       happened.push_back(name + "=" + value.toText() + "@" + std::to_string(dcm->getTime(0)));

@@ -15,7 +15,7 @@ struct LaserModeActuatorTest : test::FakeRobotTest {
     dcm.set(QVValue::array("actuator", "ClearAll",
                            QVValue::array(QVValue::array(mode, dcm.getTime(0)))));
   }
-  /** What the key shows after some milliseconds. */
+  /** Returns what the key shows after some milliseconds. */
   QVValue modeIn(int ms) {
     time.advance(milliseconds(ms));
     return memory.getData("mode");

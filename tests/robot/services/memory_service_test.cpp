@@ -1,4 +1,4 @@
-#include "robot/services/memory_service.h"
+#include "robot/services/internal/memory_service.h"
 
 #include <atomic>
 #include <cmath>

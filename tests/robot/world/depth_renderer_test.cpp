@@ -26,7 +26,7 @@ struct Furnished {
   const People people{{5.5f, 3.4f}, {3.0f, 1.0f}};
 };
 
-/** What one ray through the pixel's corner measures. */
+/** Measures along one ray through the pixel's corner. */
 float castThrough(const cv::Size& size, int column, int row, const Furnished& room,
                   const Math::Transform& camera) {
   const float right = static_cast<float>(column) / static_cast<float>(size.width) - 0.5f;

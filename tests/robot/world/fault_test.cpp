@@ -30,8 +30,8 @@ TEST(Fault, whatIsNoFaultIsRefusedWithWhatIsOne) {
 
 TEST(Fault, oneThatMakesNoSenseForARobotIsRefused) {
   VirtualRobot robot(QV_DESCRIPTIONS "/porter.urdf", test::makeRoom(), {{5.0f, 3.0f, 0.0f}});
-  EXPECT_EQ(errorOf([&] { robot.setFault("FrontBumperTouch", FaultKind::slow); }),
-            "fault: \"slow\" makes no sense for \"FrontBumperTouch\", possible are off, stuck, "
+  EXPECT_EQ(errorOf([&] { robot.setFault("FrontBumper", FaultKind::slow); }),
+            "fault: \"slow\" makes no sense for \"FrontBumper\", possible are off, stuck, "
             "garbage, wrong, delayed, intermittent");
   EXPECT_THAT(errorOf([&] { robot.setFault("Nose", FaultKind::off); }),
               AllOf(HasSubstr("no sensor \"Nose\""), HasSubstr("FrontSonar")));

@@ -26,7 +26,7 @@ std::vector<float> draw(const WorldOptions& options, const std::string& sensor) 
   return ranges;
 }
 
-/** Of those draws of two sensors in which neither is lost; with itself, of one. */
+/** The statistics of those draws of two sensors in which neither is lost; with itself, of one. */
 struct Statistics {
   Statistics(const std::vector<float>& a, const std::vector<float>& b) {
     double sum = 0.0;

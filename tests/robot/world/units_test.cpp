@@ -1,13 +1,7 @@
 #include <numbers>
 
 #include "platform/ko/simulated_time.h"
-#include "robot/services/internal/device_manager.h"
-#include "robot/services/internal/motion_service.h"
-#include "robot/services/internal/sonar_driver.h"
-#include "robot/services/memory_service.h"
-#include "robot/services/video_device.h"
-#include "robot/world/robot_description.h"
-#include "robot/world/units/internal/unit_services.h"
+#include "robot/world/units/unit_rig.h"
 #include "tests/robot/world/room.h"
 #include "tests/support/vocabulary.h"
 
@@ -57,13 +51,8 @@ std::string bumper(const std::string& side, const std::string& heading) {
 /** The units of a robot that nobody drives, in the room of 10 m by 6 m. */
 struct Units {
   Units(const std::string& sensors, const WorldOptions& world)
-      : description("<robot name='r'><link name='base'/>" + sensors + "</robot>"),
-        context(test::makeRoom(), world, boost::make_shared<MotionService>(description.model),
-                broker) {
-    broker->registerModule(context.getMemory());
-    broker->registerModule(services.devices);
-    units = UnitFactory::standard().make(description.model, context, services);
-  }
+      : rig(RobotDescription("<robot name='r'><link name='base'/>" + sensors + "</robot>"),
+            test::makeRoom(), world) {}
 
   /** Lasers are switched on. */
   void measureAt(const Moment& moment) {
@@ -75,13 +64,9 @@ struct Units {
   }
 
   const ko::SimulatedTime time{ko::Clock::time_point(milliseconds(5000))};
-  const RobotDescription description;
-  const boost::shared_ptr<QVBroker> broker = QVBroker::create();
-  const UnitContext context;
-  const UnitFactory::Services services{broker, boost::make_shared<DeviceManager>(broker),
-                                       boost::make_shared<SonarDriver>(broker, description.model),
-                                       boost::make_shared<VideoDevice>()};
-  UnitFactory::Units units;
+  const UnitRig rig;
+  const UnitContext& context = rig.getContext();
+  const UnitFactory::Units units = rig.make();
 };
 
 struct Measured {

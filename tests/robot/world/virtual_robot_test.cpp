@@ -53,7 +53,7 @@ struct VirtualRobotTest : testing::Test {
   }
   float numberAt(const std::string& key) { return memory().getData(key).toFloat(); }
 
-  /** What the sonars read after a period; they run from the first call on. */
+  /** Returns what the sonars read after a period; they run from the first call on. */
   float sonar(const std::string& side) {
     if (!sonarsRun) QVProxy(broker(), "QVSonar").callVoid("subscribe", "test");
     sonarsRun = true;
@@ -78,7 +78,7 @@ struct VirtualRobotTest : testing::Test {
   void listenTo(const std::string& event) {
     memory().subscribeToMicroEvent(event, "QVNavigation", "", "hear");
   }
-  /** What the listener has heard since the last time. */
+  /** Returns what the listener has heard since the last time. */
   std::vector<QVValue> heard() { return std::exchange(listener->heard, {}); }
   std::vector<std::string> heardTexts() {
     std::vector<std::string> texts;

@@ -4,10 +4,12 @@
 #include <filesystem>
 #include <functional>
 #include <numeric>
+#include <tuple>
 
 #include <gmock/gmock.h>
 
 #include "ros2/bag/internal/bag_file.h"
+#include "ros2/bag/internal/damage_log.h"
 #include "ros2/bag/internal/mcap_records.h"
 #include "tests/ros2/bag/small_bag.h"
 
@@ -39,7 +41,7 @@ struct Damaged {
   void put(std::size_t place, Number number) {
     std::memcpy(bytes.data() + place, &number, sizeof number);
   }
-  /** Where the record `index` of that kind begins. */
+  /** Finds where the record `index` of that kind begins. */
   std::size_t find(std::uint8_t op, int index) const {
     std::size_t place = 8;
     while (get<std::uint8_t>(place) != op || index-- > 0)
@@ -243,6 +245,44 @@ TEST_F(BagReaderTest, channelsThatAreToldBehindTheirMessagesKeepThemInOrder) {
   EXPECT_THAT(times, ElementsAre(1, 5, 10));
   EXPECT_EQ(sut->getTimes().start, 1u);
   EXPECT_EQ(sut->getDamage().messages, 1u);
+}
+
+// What costs a few bytes in a file must not cost many in memory, nor again and again.
+TEST_F(BagReaderTest, whatAFileSaysOfItselfIsBoundedAndTheRestIsRead) {
+  const std::string words(1000, 'x');
+  Bytes bytes(mcap::kMagic.begin(), mcap::kMagic.end());
+  append(bytes, mcap::Schema{1, "std_msgs/msg/String", "ros2msg", words});
+  for (std::uint16_t channel = 0; channel < 8; ++channel) {
+    append(bytes, mcap::Metadata{"text", {{words, words}}});
+    append(bytes, mcap::Channel{channel, 1, "/topic", "cdr", {}});
+    append(bytes, mcap::Message{channel, 0, channel, channel, {}});
+  }
+  constexpr std::uint64_t kMost = ~std::uint64_t{0};
+  const std::tuple<McapLimits, std::size_t, std::size_t, const char*> kCases[] = {
+      {{}, 8, 8, "no magic at the end"},
+      {{kMost, kMost, 5000}, 3, 2, "schemas and channels of up to 5000 bytes expected, more given"},
+      {{kMost, kMost, kMost, 8},
+       4,
+       5,
+       "not read on from here: up to 8 chunks, metadata and attachments expected, more given"}};
+  for (const auto& [limits, messages, metadata, text] : kCases) {
+    const auto sut = openMcap(openMemory(bytes), "bag", BagOrder::time, limits);
+    std::size_t count = 0;
+    while (sut->next()) ++count;
+    EXPECT_EQ(count, messages) << text;
+    EXPECT_EQ(sut->getMetadata().size(), metadata) << text;
+    EXPECT_THAT(sut->getDamage().lines, testing::Contains(HasSubstr(text)));
+  }
+}
+
+TEST_F(BagReaderTest, damageIsCountedOnceAndDoesNotFillTheMemory) {
+  DamageLog sut("bag");
+  const std::uint64_t most = 3 * DamageLog::kMostPlaces;
+  for (int reading = 0; reading < 2; ++reading) {
+    for (std::uint64_t place = 0; place < most; ++place) sut.addChunk(2 * place, "bad");
+  }
+  EXPECT_EQ(sut.get().chunks, most);
+  EXPECT_EQ(sut.get().lines.size(), BagDamage::kMostLines);
 }
 
 TEST_F(BagReaderTest, infoCountsRatesAndGaps) {

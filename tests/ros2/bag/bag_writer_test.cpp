@@ -3,6 +3,7 @@
 #include <atomic>
 #include <csignal>
 #include <filesystem>
+#include <malloc.h>
 #include <new>
 #include <random>
 #include <sys/mman.h>
@@ -19,10 +20,7 @@
 namespace QV::ros2 {
 namespace {
 
-using test::kSecond;
-using test::numbersFrom;
-using test::numbersIn;
-using test::SmallBag;
+using namespace test;
 
 struct BagWriterTest : testing::Test {
   const test::TemporaryFolder folder;
@@ -57,6 +55,25 @@ TEST_F(BagWriterTest, whatIsInTheFileIsReadableWhileItGrows) {
   sut.writer.write(sut.texts, 11 * kSecond, 11 * kSecond, Bytes(100));
   sut.writer.write(sut.texts, 11 * kSecond, 11 * kSecond, Bytes(2'000'000));
   EXPECT_EQ(readBagInfo(path).count, 12u);  // Too much for one chunk.
+}
+
+// Chunk after chunk for hours: what is to stand at the end of the file does not wait in memory.
+TEST_F(BagWriterTest, theIndexOfALongRecordingWaitsOnTheDisk) {
+  constexpr int kChunks = 40'000;
+  constexpr std::size_t kMost = std::size_t{2} << 20;
+  {
+    SmallBag sut(path, {Compression::none, 1});
+    const std::size_t before = mallinfo2().uordblks;
+    sut.write(kChunks);
+    EXPECT_LT(mallinfo2().uordblks, before + kMost);
+    using Entries = std::filesystem::directory_iterator;
+    EXPECT_EQ(std::distance(Entries(folder.string()), Entries()), 1);
+  }
+  BagReader reader(path);
+  EXPECT_EQ(reader.getCount("/text"), kChunks / 2);
+  EXPECT_EQ(numbersIn(reader), numbersFrom(0, kChunks - 1));
+  reader.checkWhole();
+  EXPECT_TRUE(reader.getDamage().lines.empty());
 }
 
 /** No file may grow beyond `bytes` in its scope. */
@@ -102,7 +119,7 @@ TEST_F(BagWriterTest, aFullDiskEndsTheRecordingWithOneError) {
   EXPECT_THROW(BagWriter("/dev/full"), std::runtime_error);
 }
 
-/** What a killed process leaves behind. */
+/** The part of a recording that a killed process leaves behind. */
 struct Progress {
   std::atomic<int> flushed{0};
 };

@@ -16,7 +16,7 @@ using Counts = std::map<std::string, std::uint64_t>;
 
 struct Recorded {
   const char* file;
-  /** By topic. */
+  /** The counts by topic. */
   Counts counts;
   double seconds;
 };

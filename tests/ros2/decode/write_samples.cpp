@@ -8,7 +8,7 @@
 #include "platform/middleware/qv_memory_proxy.h"
 #include "robot/world/virtual_robot.h"
 #include "ros2/bag/bag_writer.h"
-#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/session_recorder.h"
 #include "session/internal/session_parts.h"
 #include "session/open.h"
 #include "tests/ros2/support/filled_message.h"
@@ -34,12 +34,12 @@ void writeSamples(const std::string& path, ros2::Compression compression) {
   writer.close();
 }
 
-/** As the drivers left it in the robot's memory, metres. */
+/** Returns the metres that the drivers left in the robot's memory. */
 float inMemory(const session::Session& robot, const std::string& key) {
   return QVMemoryProxy(robot.getBroker()).getData(key).toFloat();
 }
 
-/** What the last messages of a sonar, a laser and the odometry have to say. */
+/** Returns what the last messages of a sonar, a laser and the odometry have to say. */
 nlohmann::json measuredBy(session::Session& robot) {
   const auto& sensors = robot.getDescription()->sensorConfigs;
   const auto& beams = sensors.at("FrontLaser").memoryKeys;
@@ -59,7 +59,7 @@ void recordRobot(const std::string& path, const std::string& measured) {
   session::OpenOptions options;
   options.somebodyAhead = true;
   const auto robot = session::openVirtual("porter", options);
-  ros2::RunRecorder recorder(path, *robot);
+  ros2::SessionRecorder recorder(path, *robot);
   robot->subscribe("samples", robot->getManager().getFamilyNames());
   for (int i = 0; i < 20; ++i) {
     robot->drive(0.1f, 0.2f);

@@ -10,11 +10,11 @@
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
-#include "ros2/recording/run_recorder.h"
-#include "ros2/recording/run_replay.h"
-#include "session/internal/run_listener.h"
+#include "ros2/recording/session_recorder.h"
+#include "ros2/recording/session_replay.h"
+#include "session/internal/session_listener.h"
 #include "tests/ros2/link/robot_on_graph.h"
-#include "tests/ros2/recording/recorded_run.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/session/session_in_room.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
@@ -48,7 +48,7 @@ TEST_F(GraphRobotTest, tellsWhatARecordingOfTheSameRunHolds) {
   GraphRobotOptions options;
   options.noEchoIsInfinite = true;
   const test::TemporaryFolder folder;
-  RunRecorder recorder(folder / "run.mcap", *session);
+  SessionRecorder recorder(folder / "run.mcap", *session);
   RobotOnGraph sut(*session, options);
   std::map<std::string, std::unique_ptr<Heard>> heard;
   // Of a camera a recording has all points as pixels, and shows a part of them.
@@ -87,7 +87,7 @@ std::int64_t stampOf(const Message& message) {
   }
 }
 
-/** When each stamp was written first. */
+/** The time at which each stamp was written first. */
 template <typename Message>
 std::map<std::int64_t, std::int64_t> timesOf(Heard& heard) {
   std::map<std::int64_t, std::int64_t> times;
@@ -150,11 +150,11 @@ TEST_F(GraphRobotTest, aSensorRunsWhileSomebodyReadsOneOfItsTopics) {
   EXPECT_TRUE(sut.runUntil([&] { return !manager.isSensorStarted("FrontLaser"); }));
 }
 
-struct LastDrive : session::RunListener {
+struct LastDrive : session::SessionListener {
   void onWrite(const std::string&, const QVValue&, bool) override {}
   void onImage(int, const QVValue&) override {}
   void onStep(const robot::BodyStep&) override {}
-  void onCommand(const session::RunCommand& command) override {
+  void onCommand(const session::SessionCommand& command) override {
     if (command.name == "drive") time = ko::Clock::now();
   }
   ko::Clock::time_point time;
@@ -162,7 +162,7 @@ struct LastDrive : session::RunListener {
 
 TEST_F(GraphRobotTest, aVelocityHoldsForHalfASecondOfTheRun) {
   LastDrive last;
-  session->addListener(last);
+  session::addListener(*session, last);
   RobotOnGraph sut(*session);
   const auto plain = sut.tool->publish("/cmd_vel", geometry_msgs::Twist::getType());
   const auto stamped = sut.tool->publish("/cmd_vel", geometry_msgs::TwistStamped::getType());
@@ -176,7 +176,7 @@ TEST_F(GraphRobotTest, aVelocityHoldsForHalfASecondOfTheRun) {
   EXPECT_LE(held, GraphRobotOptions::kHold + milliseconds(60));
   EXPECT_TRUE(sut.sendUntil(*stamped, geometry_msgs::TwistStamped{{}, {{-0.1, 0.0, 0.0}, {}}},
                             [&] { return session->look().velocity.x == -0.1f; }));
-  session->removeListener(last);
+  session::removeListener(*session, last);
 }
 
 geometry_msgs::PoseWithCovarianceStamped poseAt(double x, const geometry_msgs::Quaternion& turn) {
@@ -306,7 +306,7 @@ TEST(GraphKind, anEchoIsARangeAndABumperAContact) {
   EXPECT_TRUE(sut.runUntil([&] { return ranges->all<sensor_msgs::Range>().back().range == 2.5f; }));
 }
 
-/** On a graph that nobody sees. */
+/** Returns the topics of a robot on a graph that nobody sees. */
 std::vector<WireTopic> topicsOf(session::Session& session, const GraphRobotOptions& options,
                                 RosDistro distro = RosDistro::ironOrLater) {
   GraphOptions nobodys;
@@ -363,8 +363,8 @@ TEST_F(GraphRobotTest, frameNamesAreThoseThatAreAskedFor) {
 
 TEST(GraphReplay, goesOnAtAnEarlierTimeWhenARecordingIsPlayedAgain) {
   const test::TemporaryFolder folder;
-  test::recordRun(*session::openVirtual("porter", test::busyWorld()), folder / "run.mcap", 20);
-  RunReplay replay(folder / "run.mcap");
+  test::recordSession(*session::openVirtual("porter", test::busyWorld()), folder / "run.mcap", 20);
+  SessionReplay replay(folder / "run.mcap");
   replay.begin();
   RobotOnGraph sut(replay.getSession());
   const auto tf = sut.listen<tf2_msgs::TFMessage>("/tf");

@@ -79,8 +79,8 @@ std::vector<std::string> recordingsIn(const std::string& folder) {
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
     const auto& path = entry.path();
     if (path.extension() != ".mcap" && path.extension() != ".db3") continue;
-    const auto topics = BagReader(path.string()).getTopics();
-    if (std::ranges::any_of(topics, [](const BagTopic* topic) {
+    const BagReader bag(path.string());
+    if (std::ranges::any_of(bag.getTopics(), [](const BagTopic* topic) {
           return topic->encoding == "cdr" &&
                  (topic->type == sensor_msgs::LaserScan::getType().getName() ||
                   topic->type == sensor_msgs::PointCloud2::getType().getName());

@@ -9,7 +9,7 @@
 #include "sensor/real/real_sensor_manager.h"
 #include "session/usage_error.h"
 #include "tests/ros2/link/ticking_robot.h"
-#include "tests/ros2/recording/recorded_run.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -250,11 +250,11 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
   // At any moment, as whoever keeps pace looks.
-  test::recordRun(*open(), path, 40, [this](session::Session& session, int cycle) {
+  test::recordSession(*open(), path, 40, [this](session::Session& session, int cycle) {
     for (int i = 0; i < 3; ++i) session.keepPace(boost::chrono::milliseconds(20));
     if (cycle == 20) robot.fallSilent("sonar");
   });
-  const auto comparison = test::compareRun(path);
+  const auto comparison = test::compareSession(path);
   EXPECT_EQ(comparison.difference, "");
   EXPECT_EQ(comparison.looks, 40);
   EXPECT_GT(comparison.records, 50u);

@@ -18,7 +18,7 @@
 
 namespace QV::ros2 {
 
-/** What a reader of a topic has heard. */
+/** The messages that a reader of a topic has heard. */
 struct Heard {
   struct Message {
     Bytes cdr;
@@ -44,7 +44,7 @@ struct Heard {
   std::unique_ptr<Subscription> subscription;
 };
 
-/** Of all time since the epoch, nanoseconds. */
+/** Returns the nanoseconds since the epoch. */
 inline std::int64_t nanoseconds(const builtin_interfaces::Time& stamp) {
   return std::int64_t{1'000'000'000} * stamp.sec + stamp.nanosec;
 }

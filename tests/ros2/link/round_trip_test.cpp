@@ -10,7 +10,7 @@
 #include "ros2/link/heard_robot.h"
 #include "sensor/hosting/navigation_module.h"
 #include "tests/ros2/link/robot_on_graph.h"
-#include "tests/ros2/recording/recorded_run.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/session/session_in_room.h"
 
 namespace QV::ros2 {

@@ -12,7 +12,10 @@
 namespace QV::ros2 {
 namespace {
 
-/** As robots of others carry them in their recordings and user data, or computed apart from us. */
+/**
+ * Hashes as robots of others carry them in their recordings and user data, or computed apart from
+ * us.
+ */
 TEST(MessageTypes, hashesAreThoseThatOthersKnow) {
   const std::pair<const char*, const char*> kKnown[] = {
       {"sensor_msgs/msg/LaserScan",

@@ -4,10 +4,10 @@
 #include <set>
 
 #include "ros2/bag/bag_reader.h"
-#include "ros2/recording/run_recorder.h"
+#include "ros2/recording/session_recorder.h"
 #include "tests/ros2/link/robot_on_graph.h"
 #include "tests/ros2/peer/digest.h"
-#include "tests/ros2/recording/recorded_run.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
 
@@ -31,7 +31,7 @@ std::map<std::string, std::set<std::uint64_t>> digestsIn(const std::string& path
   return digests;
 }
 
-/** Those on which something always goes out that a recording has, too. */
+/** The topics on which something always goes out that a recording has, too. */
 const std::set<std::string> kCompared = {"rt/tf_static",
                                          "rt/odom",
                                          "rt/map",
@@ -61,7 +61,7 @@ std::vector<std::string> argumentsFor(const std::vector<WireTopic>& topics) {
 }
 
 struct PeerTest : testing::TestWithParam<bool> {
-  /** On a graph that nobody sees. */
+  /** Returns the topics of a robot on a graph that nobody sees. */
   static std::vector<WireTopic> topicsOf(session::Session& session) {
     GraphOptions options;
     options.range = DiscoveryRange::off;
@@ -85,7 +85,7 @@ TEST_P(PeerTest, readsEveryTopicByteForByteAndDrives) {
     peer.emplace(arguments);
     ASSERT_TRUE(peer->awaitReady());
   }
-  RunRecorder recorder(folder / "run.mcap", *session);
+  SessionRecorder recorder(folder / "run.mcap", *session);
   GraphRobotOptions options;
   options.noEchoIsInfinite = true;
   RobotOnGraph sut(*session, options);

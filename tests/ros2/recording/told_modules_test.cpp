@@ -9,6 +9,7 @@
 #include "platform/ko/simulated_time.h"
 #include "ros2/messages/scene_msgs.h"
 #include "sensor/hosting/navigation_module.h"
+#include "tests/ros2/support/sample_messages.h"
 #include "tests/support/log_capture.h"
 
 namespace QV::ros2 {
@@ -33,24 +34,11 @@ sensor_msgs::LaserScan scan(std::size_t beams = 5) {
 }
 
 sensor_msgs::Range range(float value) {
-  sensor_msgs::Range range;
-  range.header.frame_id = "sonar";
-  range.field_of_view = 0.5f;
-  range.min_range = 0.2f;
-  range.max_range = 4.0f;
-  range.range = value;
-  return range;
+  return test::sampleRange(0.2f, value);
 }
 
 sensor_msgs::Image image() {
-  sensor_msgs::Image image;
-  image.header.frame_id = "camera";
-  image.width = 4;
-  image.height = 3;
-  image.encoding = "16UC1";
-  image.step = 8;
-  image.data.assign(24, 4);
-  return image;
+  return test::sampleImage("16UC1", 2, 4);
 }
 
 sensor_msgs::PointCloud2 cloud(const std::string& frame) {

@@ -114,7 +114,7 @@ inline nlohmann::json elementToJson(const ros2::Field& field, const void* elemen
   }
 }
 
-/** By names; 64-bit integers as text. */
+/** Converts to JSON by names; 64-bit integers as text. */
 inline nlohmann::json toJson(const ros2::MessageType& type, const void* message) {
   nlohmann::json json = nlohmann::json::object();
   for (const ros2::Field& field : type.getLayout().fields) {

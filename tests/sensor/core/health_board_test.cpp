@@ -14,7 +14,7 @@ using Fake = test::FakeSensor;
 
 constexpr int kCycles = 300;
 
-/** What our clock says in each cycle of 100 ms, in ms. */
+/** The time of our clock in each cycle of 100 ms, in ms. */
 const std::map<const char*, std::function<int(int cycle)>> kClocks{
     {"stops", [](int) { return 1000; }},
     {"takes a hundredth", [](int cycle) { return 1000 + cycle; }},

@@ -1,4 +1,10 @@
+#include <chrono>
 #include <cstddef>
+#include <functional>
+#include <future>
+#include <latch>
+#include <thread>
+#include <vector>
 
 #include <gtest/gtest.h>
 
@@ -46,12 +52,15 @@ struct WatchedManager : test::FakeManager {
     xHealth().setRefreshed(true);
   }
 
+  void refreshOnce() {
+    xUpdateData();
+    xHealth().noteVelocity({0.0f, 0.0f, 0.5f});
+    xHealth().tick();
+  }
   void refresh(ko::SimulatedTime& time, int cycles) {
     for (; cycles > 0; --cycles) {
       time.advance(boost::chrono::milliseconds(100));
-      xUpdateData();
-      xHealth().noteVelocity({0.0f, 0.0f, 0.5f});
-      xHealth().tick();
+      refreshOnce();
     }
   }
 };
@@ -72,6 +81,36 @@ TEST(SensorManager, takesNoMemoryToWatchItsSensors) {
   for (const auto& [name, health] : sut.getHealth()) {
     EXPECT_EQ(health.reason, "its records are fresh") << name;
   }
+}
+
+// What they are told is copied with the lock held: each is kept there.
+TEST(SensorManager, watchesItsSensorsWhileReadersHoldTheLocksThatTheyCan) {
+  ko::SimulatedTime time;
+  WatchedManager sut;
+  ASSERT_TRUE(sut.subscribe("reader"));
+  sut.refresh(time, 5);
+  sut.getSensorPtr("0")->keepTrouble(ko::log::Level::error, "Navigation.Sensor", "xGetData",
+                                     "a text that takes memory");
+  const std::vector<std::function<void()>> questions{
+      [&] { sut.getHealth(); }, [&] { sut.getSubscribers(); }, [&] { sut.getLastTrouble("0"); }};
+  std::latch held(3);
+  std::latch released(1);
+  const std::function<void()> hold = [&] {
+    held.count_down();
+    released.wait();
+  };
+  std::vector<std::jthread> readers;
+  for (const auto& question : questions) {
+    readers.emplace_back([&] {
+      test::heap.onNext = &hold;
+      question();
+    });
+  }
+  held.wait();
+  time.advance(boost::chrono::milliseconds(100));
+  const auto refreshed = std::async(std::launch::async, [&] { sut.refreshOnce(); });
+  EXPECT_EQ(refreshed.wait_for(std::chrono::seconds(60)), std::future_status::ready);
+  released.count_down();
 }
 
 }  // namespace

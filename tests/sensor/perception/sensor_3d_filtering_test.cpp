@@ -46,7 +46,7 @@ std::vector<test::DepthFrame> withThinned(std::vector<test::DepthFrame> frames) 
 }
 
 struct Sensor3DFilteringTest : Sensor3DTest {
-  /** What the filter is to find and to log. */
+  /** The components that the filter is to find, and the lines that it is to log. */
   struct Plain {
     Scans scans;
     std::vector<std::string> lines;
@@ -79,7 +79,7 @@ struct Sensor3DFilteringTest : Sensor3DTest {
     return plain;
   }
 
-  /** Whatever vector instructions are used. */
+  /** Expects it of the filter on all sets of SIMD instructions. */
   void expectFilters(const Depth& image, std::size_t least, const std::string& what) {
     const Plain expected = plainForm(image, test::floodFill(image, kMaxDifference), least);
     test::forEachVectorTarget([&](const std::string& target) {

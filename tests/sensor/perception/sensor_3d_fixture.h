@@ -36,7 +36,7 @@ struct Sensor3DTest : test::FakeRobotTest {
     sut.emplace("Depth", "Asus", broker, Math::SensorFieldOfView2D(0.4f, 8.0f, 1.0f, 1));
   }
 
-  /** Before a wall at so many millimetres. */
+  /** Starts before a wall at so many millimetres. */
   void startBefore(int millimetres) {
     make();
     depth = millimetres;

@@ -34,7 +34,7 @@ struct LaserSensorTest : test::FakeRobotTest {
     return records;
   }
 
-  /** How a laser's start ends, and the time that it takes. */
+  /** Returns how a laser's start ends, and the time that it takes. */
   std::pair<bool, ko::Duration> start(LaserSensor& laser) {
     const auto begin = ko::Clock::now();
     laser.setDiagnosis(true);

@@ -9,7 +9,7 @@
 namespace QV {
 namespace {
 
-/** Has the same number under every key but for two that it fails to read. */
+/** A memory that has the same number under every key but for two that it fails to read. */
 struct ForgetfulMemory : QVModule {
   ForgetfulMemory() : QVModule("QVMemory") {
     bindMethod("getData", [this](const std::string& key) {

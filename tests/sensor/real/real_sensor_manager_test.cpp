@@ -224,6 +224,7 @@ TEST_F(RealSensorManagerTest, withoutADescriptionOrADeviceManagerThereAreNoSenso
 
   broker->unregisterModule("DCM");
   EXPECT_THAT(make(sonarElement("Front")).getFamilyNames(), IsEmpty());
+  EXPECT_FALSE(sut->subscribe("me"));
   EXPECT_THAT(sut->getMetricalData(), IsEmpty());
 }
 

@@ -60,14 +60,14 @@ struct SensorHealthTest : test::FakeRobotTest {
   Fake& left() { return eye("Left"); }
   Fake& right() { return eye("Right"); }
   SensorHealth health(const std::string& name) { return sut->getHealth(name).value(); }
-  /** Whether it is so within `limit` seconds. */
+  /** True if it is so within `limit` seconds. */
   bool becomes(const char* name, HealthState state, double limit) {
     return time.runUntil([&] { return health(name).state == state; },
                          milliseconds(static_cast<int>(1000 * limit)));
   }
 
   std::optional<RealSensorManager> sut;
-  /** Those that were told of, and why. */
+  /** The faults that were told, and why. */
   std::vector<std::string> faults;
   std::vector<std::string> reasons;
 };

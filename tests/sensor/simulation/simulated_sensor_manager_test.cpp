@@ -5,6 +5,7 @@
 #include <numbers>
 #include <thread>
 
+#include "platform/ko/simulated_time.h"
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/vocabulary.h"
@@ -142,6 +143,30 @@ TEST(SimulatedSensorManager, posesMayBeSetWhileOthersRead) {
   done = true;
   writer.join();
   EXPECT_EQ(torn, 0);
+}
+
+TEST(SimulatedSensorManager, saysHowItsSensorsAreThoughNobodyAskedBefore) {
+  ko::SimulatedTime time;
+  OccupancyMap map = squareRoom();
+  SimulatedSensorManager sut(1, &map);
+  const auto readFor = [&](int cycles) {
+    for (; cycles > 0; --cycles) {
+      time.advance(boost::chrono::milliseconds(100));
+      sut.getMetricalData();
+    }
+  };
+  sut.subscribe("me");
+  readFor(50);
+  for (const auto& [name, health] : sut.getHealth()) {
+    EXPECT_EQ(health.reason, "its records are fresh") << name;
+  }
+  std::vector<std::string> told;
+  sut.onHealthChanged([&](const std::string& sensor, const SensorHealth& health) {
+    told.push_back(sensor + " " + getName(health.state));
+  });
+  sut.setSensorDiagnosis("Sonar/Front", false);
+  readFor(4);
+  EXPECT_THAT(told, ElementsAre("Sonar/Front failing"));
 }
 
 }  // namespace

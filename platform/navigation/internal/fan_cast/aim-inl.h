@@ -71,7 +71,7 @@ std::uint64_t findLasts(const Rays& rays, int count) {
 // Any steeper, and the line with its slack could leave the block.
 constexpr Height kSteepest = (Height{1} << GridRay::kFractionBits) - (Height{4} << kDroppedBits);
 
-/** How the lines of a sector's rays lie over the first strip, where all of them start. */
+/** The lines of a sector's rays over the first strip, where all of them start. */
 struct Approach {
   explicit Approach(const FanSector& sector)
       : from(sector.turnColumn(sector.first)),
@@ -88,11 +88,12 @@ struct Approach {
   int firstStrip;
   /** The height of the image's lowest row, and a little less. */
   double floor;
-  /** In rises, from where a ray leaves its first column to its low end over the strip. */
+  /** The distance in rises from where a ray leaves its first column to its low end over the
+   * strip. */
   double toLowEnd;
 };
 
-/** How far along the columns rays get, which may end at the grid's top. */
+/** Returns how far along the columns rays get; they may end at the grid's top. */
 HWY_INLINE hn::Vec<Doubles> reachAlong(const FanCast& fan, const FanSector& sector,
                                        hn::Vec<Doubles> alongPart, hn::Vec<Doubles> slope) {
   const Doubles d;

@@ -122,7 +122,7 @@ class ColumnFinder {
   /** A lane's place counted from the low end of the line. */
   hn::Vec<Words> rank;
   hn::Vec<Words> lanesOnward;
-  /** Of a ray: the lanes' heights above the low end, to those of the next lanes, and their own. */
+  /** A ray's lanes: their heights above the low end, those of the next lanes, and their own. */
   hn::Vec<Words> offsets;
   hn::Vec<Words> onward;
   hn::Vec<Words> span;

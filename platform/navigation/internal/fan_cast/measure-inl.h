@@ -20,7 +20,7 @@ namespace {
 
 using Floats = hn::Rebind<float, Doubles>;
 
-/** How far a ray reads, and whether it misses. */
+/** A ray's range, and whether it misses. */
 struct Measured {
   float range;
   bool misses;
@@ -32,7 +32,7 @@ Measured measureOne(double way, const RangeLimits& limits) {
   return {misses ? limits.maxRange : range < limits.minRange ? limits.minRange : range, misses};
 }
 
-/** As many rays at a time as a vector has doubles. */
+/** The ranges of as many rays as a vector has doubles. */
 struct MeasuredVector {
   HWY_INLINE MeasuredVector(const double* ways, const RangeLimits& limits) {
     const Floats d;

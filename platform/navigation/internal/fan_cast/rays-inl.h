@@ -56,10 +56,11 @@ struct Rays {
   double exit[kSize];
   double rise[kSize];
   double low[kSize];
-  /** In the image. What is before the first is known to be free. */
+  /** The first strip in the image; what is before it is known to be free. */
   double firstStrip[kSize];
   std::int32_t lastStrip[kSize];
-  /** What the walk finds: a column of the image, its word in a block (or 0), and row 0's bit. */
+  /** The walk's results: a column of the image, its word in a block (or 0), and the bit of row
+   * 0. */
   std::int32_t column[kSize];
   std::uint32_t word[kSize];
   std::int32_t bitBase[kSize];

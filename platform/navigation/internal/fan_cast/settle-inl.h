@@ -21,19 +21,19 @@ namespace QV::detail {
 namespace HWY_NAMESPACE {
 namespace {
 
-/** Where some rays cross the columns that the walk found. */
+/** The places where some rays cross the columns that the walk found. */
 struct Crossing {
   hn::Vec<Doubles> column;
   /** The row after the one where a ray enters the column. */
   hn::Vec<Doubles> nextRow;
-  /** Whether the walk found any; whether a cell stands where the ray enters, and where it goes on
-   * to the next row, if it does. */
+  /** True if the walk found any; if a cell stands where the ray enters; and if one stands where
+   * the ray goes on to the next row, should it do so. */
   hn::Mask<Doubles> isAny;
   hn::Mask<Doubles> hitsOnEntry;
   hn::Mask<Doubles> hitsNext;
 };
 
-/** Whether bit `bit` of each word is set; a bit that is none wraps around to one. */
+/** True where bit `bit` of a word is set; a bit that is none wraps around to one. */
 HWY_INLINE hn::Mask<Doubles> hasBit(hn::Vec<Bits> words, hn::Vec<Bits> bit) {
   const Bits d;
   const auto mask = hn::Shl(hn::Set(d, 1), hn::And(bit, hn::Set(d, 63)));
@@ -102,7 +102,7 @@ bool settle(const FanSector& sector, const Rays& rays, int begin, int end, doubl
   return !hn::AllFalse(d, doubts);
 }
 
-/** Has rays end in the cell where they start, or in the one across which they leave its column. */
+/** Ends rays in the cell where they start, or in the one across which they leave its column. */
 void checkFirstColumn(const FanSector& sector, int begin, int end, const Rays& rays, double* ways) {
   const bool onEntry = sector.has(sector.first, sector.firstRow);
   if (!onEntry && !sector.has(sector.first, sector.firstRow + 1)) return;

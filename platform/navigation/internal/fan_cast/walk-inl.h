@@ -22,12 +22,15 @@ namespace QV::detail {
 namespace HWY_NAMESPACE {
 namespace {
 
-/** As bits, counted from where it starts, the most rows that what is so high can lie in. */
+/**
+ * Returns the bits of the rows that something of this height can lie in, counted from its start, at
+ * the most.
+ */
 std::uint32_t rowsOf(std::uint32_t height) {
   return (4u << (height >> kFractionBits)) - 1;
 }
 
-/** Where a walk ends: in the first strip with columns to settle or, if none has any, the last. */
+/** The end of a walk: the first strip with columns to settle or, if none has any, the last one. */
 struct Stop {
   int strip;
   int group;

@@ -25,7 +25,7 @@ namespace {
 constexpr int kTogether = 8;
 constexpr int kFewestStrips = 6;
 
-/** What lies between the lines of two rays of a sector, strip by strip: a range of heights. */
+/** The range of heights between the lines of two rays of a sector, strip by strip. */
 class Wedge {
  public:
   Wedge(const FanSector& sector, const Rays& rays, int one, int other)
@@ -73,7 +73,7 @@ class Wedge {
   Height highAdvance;
 };
 
-/** Has these rays, first to last, begin some strips further on. */
+/** Starts these rays, first to last, some strips further on. */
 HWY_INLINE void putAhead(const FanSector& sector, const Wedge& wedge, int first, int last,
                          int strips, Rays& rays) {
   const Doubles d;
@@ -94,7 +94,7 @@ HWY_INLINE void putAhead(const FanSector& sector, const Wedge& wedge, int first,
   }
 }
 
-/** Has neighbouring rays pass together the strips where nothing stands between them. */
+/** Lets neighbouring rays pass together the strips where nothing stands between them. */
 HWY_NOINLINE void goAhead(const FanSector& sector, int begin, int end, Rays& rays) {
   const StripImage::View image(sector.image);
   const int step = sector.columnStep;

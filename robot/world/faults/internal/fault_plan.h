@@ -10,13 +10,14 @@
 
 namespace QV::robot {
 
-/** Which sensors of a robot fail, how and when. Safe from any thread, but for addSensor(). */
+/** The faults of a robot's sensors. Thread-safe, but for addSensor(). */
 class FaultPlan {
  public:
   /** Times count from `start`. */
   explicit FaultPlan(ko::Clock::time_point start) : start(start) {}
 
-  /** One that can fail; without a rate it can't be slow. Before anybody else uses the plan. */
+  /** Adds a sensor that can fail; without a rate it can't be slow. Call it before anybody else
+   * uses the plan. */
   void addSensor(const std::string& name, bool hasRate);
 
   /** See VirtualRobot. */
@@ -24,11 +25,11 @@ class FaultPlan {
   void clear(const std::string& sensor);
 
   std::vector<std::string> getSensors() const;
-  /** By sensor, in the order in which they were set. */
+  /** Returns the faults by sensor, in the order in which they were set. */
   std::vector<Fault> getAll() const;
   std::vector<FaultKind> getPossible(const std::string& sensor) const;
 
-  /** What ails a sensor at a time; nothing for a name that is not known. */
+  /** Finds the fault of a sensor at a time; nothing for a name that is not known. */
   std::optional<FaultKind> find(const std::string& sensor, ko::Clock::time_point time) const;
 
  private:

@@ -18,7 +18,7 @@ class Block {
   /** The same for a block without bottom and top. */
   std::optional<Stretch> clipOutline(const Ray& ray) const;
 
-  /** In the map, of its outline or inside; what lies nearest to `position`. */
+  /** Returns the point in the map, of its outline or inside, that lies nearest to `position`. */
   Math::Position2D nearestTo(const Math::Position2D& position) const;
 
   float getBottom() const { return bottom; }

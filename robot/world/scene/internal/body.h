@@ -9,7 +9,7 @@
 
 namespace QV::robot {
 
-/** How much room a body takes: an upright cylinder about its root link. Metres. */
+/** The room that a body takes: an upright cylinder about its root link. Metres. */
 struct BodySize {
   float radius;
   float height;
@@ -23,7 +23,7 @@ class Body {
  public:
   Body(const Scene& scene, const BodySize& size, const Math::Pose2D& start);
 
-  /** What the odometry makes too much of each way and each turn, as shares. */
+  /** Sets what the odometry makes too much of each way and each turn, as shares. */
   void setOdometryErrors(float distanceError, float turnError);
   /** m/s and rad/s, in its own frame. */
   void setCommand(const Math::Pose2D& velocity) { command = velocity; }
@@ -31,15 +31,15 @@ class Body {
 
   void move(ko::Duration duration, const People& people);
 
-  /** In the map, theta from -pi to pi. */
+  /** Returns the pose in the map, theta from -pi to pi. */
   Math::Pose2D getPose() const;
-  /** Of the last move, as it was; m/s and rad/s in its own frame. */
+  /** Returns the velocity of the last move, as it was; m/s and rad/s in its own frame. */
   const Math::Pose2D& getVelocity() const { return velocity; }
   Math::Pose2D getOdometry() const;
 
-  /** In which direction it touches something, in its own frame. */
+  /** Returns the direction in which it touches something, in its own frame. */
   std::optional<float> getContact() const { return contact; }
-  /** How often it ran into something. */
+  /** Returns how often it ran into something. */
   std::size_t getCollisionCount() const { return collisionCount; }
 
  private:
@@ -48,7 +48,8 @@ class Body {
     double y = 0.0;
     double theta = 0.0;
 
-    /** After a way and a turn in its own frame; the way goes along the mean heading. */
+    /** Returns the place after a way and a turn in its own frame; the way goes along the mean
+     * heading. */
     Place moved(double forward, double left, double turn) const;
     Math::Pose2D toPose2D() const;
   };

@@ -10,7 +10,7 @@ namespace {
 constexpr BodySize kSmallest{0.25f, 0.3f};
 constexpr float kUpright = 0.999f;
 
-/** How far a solid reaches from its centre, in its own xy plane and along its z axis. */
+/** The reach of a solid from its centre, in its own xy plane and along its z axis. */
 struct Extent {
   float radius;
   float halfHeight;

@@ -20,7 +20,7 @@ class Crowd {
 
   void walk(ko::Duration duration, const Math::Position2D& robot);
 
-  /** Those of the options first, then the random ones. */
+  /** Returns the people of the options first, then the random ones. */
   const People& getPositions() const { return positions; }
 
  private:
@@ -28,7 +28,7 @@ class Crowd {
     std::vector<Math::Position2D> path;
     float speed;
     bool isRandom;
-    /** Of the path: where this person goes to. */
+    /** The point of the path that this person goes to. */
     std::size_t target = 0;
     bool returns = false;
     float rest = 0.0f;

@@ -7,7 +7,7 @@
 
 namespace QV::robot {
 
-/** Where people stand in the map: upright cylinders. */
+/** The places of people in the map: upright cylinders. */
 using People = std::vector<Math::Position2D>;
 
 /** Metres. */

@@ -19,7 +19,7 @@ inline float distanceBetween(const Math::Position2D& a, const Math::Position2D& 
 }
 
 /**
- * What stands around the robot: the walls of the map, boxes, a floor at height 0 with holes, and
+ * The surroundings of the robot: the walls of the map, boxes, a floor at height 0 with holes, and
  * people, upright cylinders. Immutable; where people are is told each time.
  */
 class QV_API Scene {
@@ -41,9 +41,10 @@ class QV_API Scene {
   /** The range of the wall in the plane, infinity beyond `reach`; `heading` in the map. */
   float findWall(const Math::Position2D& from, float heading, float reach) const;
 
-  /** Of all that stands in the way of a body of some height; infinite if nothing is `within`. */
+  /** The nearest of all that stands in the way of a body of some height; infinite if nothing is
+   * `within`. */
   struct Nearest {
-    /** From its surface, 0 inside of it. */
+    /** The distance from its surface, 0 inside of it. */
     float distance;
     Math::Position2D position;
   };

@@ -11,7 +11,7 @@
 
 namespace QV::robot {
 
-/** What a depth camera takes in. */
+/** The optics of a depth camera. */
 struct DepthOptics {
   /** Radians. */
   float horizontalFOV;
@@ -29,7 +29,7 @@ struct DepthOptics {
  */
 class QV_API DepthRenderer {
  public:
-  /** Where a row looks: metres forward and up for each metre of depth. */
+  /** The direction of a row: metres forward and up for each metre of depth. */
   struct Row {
     float forward;
     float up;
@@ -49,7 +49,7 @@ class QV_API DepthRenderer {
     float top;
   };
 
-  /** What stands in one vertical plane through the camera, but for the wall. */
+  /** The things that stand in one vertical plane through the camera, but for the wall. */
   struct Column {
     std::vector<Piece> solids;
     std::vector<Piece> holes;
@@ -64,7 +64,7 @@ class QV_API DepthRenderer {
   void xDrawRow(std::uint16_t* pixels, const Row& row);
   void xChooseColumns(const Row& row);
   float xFloorDepth(const Row& row) const;
-  /** Of the floor, its holes and what stands on it; not of the wall. */
+  /** Returns the depth of the floor, its holes and what stands on it; not that of the wall. */
   float xDepthBefore(const Row& row, const Column& column) const;
 
   const Scene& scene;
@@ -79,11 +79,11 @@ class QV_API DepthRenderer {
   /** Metres aside for each metre forward, from one column to the next. */
   float spacing = 0.0f;
   std::size_t middleColumn = 0;
-  /** How far forward the wall of each column is. */
+  /** The distances forward to the wall, one for each column. */
   std::vector<float> walls;
   std::vector<Column> columns;
   bool isPlain = true;
-  /** For the pixels of a row that looks so far forward. */
+  /** The columns for the pixels of a row that looks so far forward. */
   std::vector<std::size_t> columnOfPixel;
   std::vector<std::uint16_t> wallOfPixel;
   float columnsChosenFor = 0.0f;

@@ -10,7 +10,7 @@
 #include "platform/vision/qv_image.h"
 #include "robot/world/chance/range_noise.h"
 #include "robot/world/units/internal/people_unit.h"
-#include "robot/world/units/internal/unit_services.h"
+#include "robot/world/units/internal/unit_parts.h"
 
 namespace QV::robot {
 namespace {
@@ -67,7 +67,7 @@ Camera makeCamera(const Model::SensorConfig& config, int index, const UnitContex
 DepthSource::DepthSource(const Model::SensorConfig& config, const UnitContext& context)
     : sensor(config.name),
       context(context),
-      renderer(context.getSurroundings().getScene(), opticsOf(config)),
+      renderer(UnitParts::of(context).getScene(), opticsOf(config)),
       noiseStart(context.makeGenerator(config.name + " frames")),
       nonsense(context, config.name),
       noise(drawNoise(context.getOptions(), config.name)),
@@ -104,13 +104,12 @@ DepthSource::Frame DepthSource::xGarble(const Frame& frame) {
 }
 
 UnitFactory::Units plugInCameras(const std::vector<Model::SensorConfig>& configs,
-                                 const UnitContext& context,
-                                 const UnitFactory::Services& services) {
+                                 const UnitContext& context) {
   UnitFactory::Units units;
   int index = kDepthCamera;
   for (const Model::SensorConfig& config : configs) {
     const Camera camera = makeCamera(config, index++, context);
-    services.cameras->addCamera(camera);
+    UnitParts::servicesOf(context).cameras->addCamera(camera);
     if (!units.empty()) continue;
     units.push_back(std::make_unique<PeopleUnit>(config, camera.name, camera.index, context));
   }

@@ -44,6 +44,6 @@ class DepthSource {
  * one that sensors ask for, is a unit.
  */
 UnitFactory::Units plugInCameras(const std::vector<Model::SensorConfig>& configs,
-                                 const UnitContext& context, const UnitFactory::Services& services);
+                                 const UnitContext& context);
 
 }  // namespace QV::robot

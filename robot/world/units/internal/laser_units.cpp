@@ -8,22 +8,24 @@
 
 #include "platform/model/sensor_kinds.h"
 #include "platform/model/sensor_properties.h"
-#include "robot/world/units/internal/unit_services.h"
+#include "robot/world/units/internal/unit_parts.h"
 
 namespace QV::robot {
 namespace {
 
-bool isHoleLaser(const Model::SensorConfig& config) {
-  const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
-  return kind && kind->name == "HoleLaser";
+const Model::SensorKind& kindOf(const Model::SensorConfig& config) {
+  return *Model::SensorKinds::standard().findType(config.type);
 }
 
-/** Whether the configuration names all keys that a laser of its type needs. */
+bool isHoleLaser(const Model::SensorConfig& config) {
+  return kindOf(config).points == Model::PointMeaning::floor;
+}
+
+/** True if the configuration says all that a laser of its type needs. */
 bool isComplete(const Model::SensorConfig& config) {
-  std::vector<const char*> needed{"regIndex", "setOperationMode", "getOperationMode", "timestamp"};
-  if (isHoleLaser(config)) needed.insert(needed.end(), {"inclination", "status"});
-  return std::none_of(needed.begin(), needed.end(), [&](const char* property) {
-    return Model::SensorProperties(config).getText(property).empty();
+  const Model::SensorProperties properties(config);
+  return std::ranges::all_of(kindOf(config).properties, [&](const Model::PropertyRule& rule) {
+    return !rule.isNeededToMake || !properties.getText(rule.name).empty();
   });
 }
 
@@ -37,8 +39,7 @@ void checkActuator(const std::string& name, const LaserUnit& laser, const LaserU
 
 }  // namespace
 
-LaserUnits::LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context,
-                       const UnitFactory::Services& services)
+LaserUnits::LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context)
     : SensorUnit("lasers", ko::Duration::zero()),
       context(context),
       scanBeat(context.getOptions().laserPeriod) {
@@ -49,10 +50,11 @@ LaserUnits::LaserUnits(const std::vector<Model::SensorConfig>& configs, const Un
     lasers.push_back(laser);
     checkActuator(config.name, *laser, *lasers[0]);
   }
-  xConnect(services);
+  xConnect();
 }
 
-void LaserUnits::xConnect(const UnitFactory::Services& services) {
+void LaserUnits::xConnect() {
+  const UnitServices& services = UnitParts::servicesOf(context);
   for (auto& [modeKey, group] : groups) {
     // A laser confirms its mode when its first scan is there.
     const auto scanAll = [lasers = group.lasers](int mode) {
@@ -85,10 +87,9 @@ void LaserUnits::xScan(ko::Clock::time_point now) {
 }
 
 UnitFactory::Units makeLaserUnits(const std::vector<Model::SensorConfig>& configs,
-                                  const UnitContext& context,
-                                  const UnitFactory::Services& services) {
+                                  const UnitContext& context) {
   UnitFactory::Units units;
-  units.push_back(std::make_unique<LaserUnits>(configs, context, services));
+  units.push_back(std::make_unique<LaserUnits>(configs, context));
   return units;
 }
 

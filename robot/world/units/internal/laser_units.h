@@ -22,32 +22,30 @@ class LaserUnits : public SensorUnit {
    * Takes the modes' actuators over; the memory must be at the broker. Two actuators for one mode:
    * std::invalid_argument.
    */
-  LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context,
-             const UnitFactory::Services& services);
+  LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context);
 
-  /** Has those that are off confirm no mode, and those that are switched on scan. */
+  /** Scans with the lasers that are on; those that are off confirm no mode. */
   void measure(ko::Clock::time_point now) override;
 
  private:
-  /** Those that share an operation mode. */
+  /** The lasers that share an operation mode. */
   struct Group {
     std::vector<boost::shared_ptr<LaserUnit>> lasers;
     std::unique_ptr<LaserModeActuator> actuator;
     int deadBits = 0;
   };
 
-  void xConnect(const UnitFactory::Services& services);
+  void xConnect();
   void xUpdateDeadBits(ko::Clock::time_point now);
   void xScan(ko::Clock::time_point now);
 
   const UnitContext context;
-  /** By the key that the mode shows in. */
+  /** The groups by the key that their mode shows in. */
   std::map<std::string, Group> groups;
   Beat scanBeat;
 };
 
 UnitFactory::Units makeLaserUnits(const std::vector<Model::SensorConfig>& configs,
-                                  const UnitContext& context,
-                                  const UnitFactory::Services& services);
+                                  const UnitContext& context);
 
 }  // namespace QV::robot

@@ -8,13 +8,13 @@
 
 namespace QV::robot {
 
-/** What a broken sensor answers, by chance. For one thread at a time. */
+/** The nonsense that a broken sensor answers, by chance. For one thread at a time. */
 class Nonsense {
  public:
   Nonsense(const UnitContext& context, const std::string& source)
       : generator(context.makeGenerator(source + " garbage")) {}
 
-  /** From 0 to below `count`. */
+  /** Returns a number from 0 to below `count`. */
   std::size_t below(std::size_t count) { return generator() % count; }
 
   template <typename Choice>

@@ -16,7 +16,8 @@ class RangeFan {
   /** Metres. */
   float getMaxRange() const { return maxRange; }
   std::size_t getRayCount() const { return directions.size(); }
-  /** Of unit length, in the sensor's frame; from the right edge to the left. */
+  /** Returns a ray's direction, of unit length, in the sensor's frame; rays go from the right
+   * edge to the left. */
   const Math::Position3D& getDirection(std::size_t ray) const { return directions[ray]; }
 
   /** The rays as they lie in the map now. */

@@ -14,7 +14,7 @@
 #include "robot/world/faults/fault_channel.h"
 #include "robot/world/units/internal/nonsense.h"
 #include "robot/world/units/internal/range_fan.h"
-#include "robot/world/units/internal/unit_services.h"
+#include "robot/world/units/internal/unit_parts.h"
 
 namespace QV::robot {
 namespace {
@@ -83,9 +83,9 @@ std::optional<float> SonarSources::measure(const std::string& name) {
 }
 
 UnitFactory::Units plugInSonars(const std::vector<Model::SensorConfig>& configs,
-                                const UnitContext& context, const UnitFactory::Services& services) {
+                                const UnitContext& context) {
   const auto sources = boost::make_shared<SonarSources>(configs, context);
-  services.sonars->setSource(
+  UnitParts::servicesOf(context).sonars->setSource(
       [sources](const std::string& sonar) { return sources->measure(sonar); });
   return {};
 }

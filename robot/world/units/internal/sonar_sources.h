@@ -35,6 +35,6 @@ class SonarSources {
 
 /** The sonar driver says when they measure: there are no units. */
 UnitFactory::Units plugInSonars(const std::vector<Model::SensorConfig>& configs,
-                                const UnitContext& context, const UnitFactory::Services& services);
+                                const UnitContext& context);
 
 }  // namespace QV::robot

@@ -35,7 +35,7 @@ class TouchUnits::Bumper {
         channel(
             faults, [](bool pressed) { return pressed; }, [](bool pressed) { return !pressed; }) {}
 
-  /** Whether what it tells of itself has changed; gone, it tells nothing. */
+  /** True if what it tells of itself has changed; gone, it tells nothing. */
   bool update(bool pressed, ko::Clock::time_point now) {
     const auto sample = channel.pass(pressed, now);
     return sample && std::exchange(told, sample->value) != sample->value;
@@ -107,7 +107,7 @@ void TouchUnits::xRaiseNonsense(const Bumper& bumper, ko::Clock::time_point now)
 }
 
 UnitFactory::Units makeTouchUnits(const std::vector<Model::SensorConfig>& configs,
-                                  const UnitContext& context, const UnitFactory::Services&) {
+                                  const UnitContext& context) {
   UnitFactory::Units units;
   units.push_back(std::make_unique<TouchUnits>(configs, context));
   return units;

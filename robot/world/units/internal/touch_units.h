@@ -37,7 +37,6 @@ class TouchUnits : public SensorUnit {
 };
 
 UnitFactory::Units makeTouchUnits(const std::vector<Model::SensorConfig>& configs,
-                                  const UnitContext& context,
-                                  const UnitFactory::Services& services);
+                                  const UnitContext& context);
 
 }  // namespace QV::robot

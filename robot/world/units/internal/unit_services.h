@@ -1,6 +1,8 @@
 #pragma once
 
-#include "robot/world/units/unit_factory.h"
+#include <boost/shared_ptr.hpp>
+
+#include "platform/middleware/qv_broker.h"
 
 namespace QV::robot {
 
@@ -8,7 +10,8 @@ class DeviceManager;
 class SonarDriver;
 class VideoDevice;
 
-struct UnitFactory::Services {
+/** What of a robot its units plug themselves into. */
+struct UnitServices {
   boost::shared_ptr<QVBroker> broker;
   boost::shared_ptr<DeviceManager> devices;
   boost::shared_ptr<SonarDriver> sonars;

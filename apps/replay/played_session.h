@@ -1,0 +1,48 @@
+#pragma once
+
+#include <cstdint>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include "ros2/recording/session_replay.h"
+#include "session/session.h"
+
+namespace QV::app {
+
+/** A recording or a log that is played step by step, whichever it is. */
+class PlayedSession {
+ public:
+  /** What is none: std::runtime_error that names the file. */
+  PlayedSession(const std::string& path, const std::optional<std::string>& poses,
+                const sensor::SensorFactory& sensors);
+
+  session::Session& getSession() const;
+  session::Snapshot look() const;
+
+  /** Subscribes to what was not subscribed to then. False if there is no first step. */
+  bool begin();
+  /** False at the end. */
+  bool step();
+
+  /** Since its start. */
+  double getSeconds() const;
+  double getShareDone() const;
+
+  /** Of the records as they are with those that were recorded; a log has none: UsageError. */
+  std::optional<ros2::RecordDifference> compare() const;
+  /** Looks that were recorded and have not come up in all of it, as far as that is known. */
+  std::uint64_t countMissing() const;
+  /** Whether something of it could not be read. */
+  bool isDamaged() const;
+  /** Says on standard error what could not be read. */
+  void warnOfDamage() const;
+
+ private:
+  std::unique_ptr<ros2::SessionReplay> recording;
+  std::unique_ptr<session::Session> log;
+  std::uint64_t steps = 0;
+  bool hasEnded = false;
+};
+
+}  // namespace QV::app

@@ -1,0 +1,65 @@
+#include "outlets/web/internal/page_details.h"
+
+#include <algorithm>
+#include <iterator>
+#include <vector>
+
+#include "outlets/files/internal/record_text.h"
+
+namespace QV::outlets {
+namespace {
+
+constexpr int kArcPoints = 15;
+
+Json shortened(Math::MetricalData record, session::Frame frame) {
+  const std::size_t count = record.points.size();
+  record.points.resize(std::min(count, kMostRecordPoints));
+  Json json = QV::outlets::toJson(record, frame);
+  json["pointCount"] = count;
+  return json;
+}
+
+std::vector<Math::Position3D> placesOf(const session::Marks& marks) {
+  std::vector<Math::Position3D> places = marks.hits;
+  places.insert(places.end(), marks.floor.begin(), marks.floor.end());
+  for (const auto& echo : marks.echoes) {
+    std::ranges::copy(positionsOn(echo, kArcPoints), std::back_inserter(places));
+  }
+  return places;
+}
+
+Json numbersOf(const std::vector<Math::Position3D>& places) {
+  const std::size_t step = (places.size() + kMostSpacePoints - 1) / kMostSpacePoints;
+  Json numbers = Json::array();
+  for (std::size_t i = 0; i < places.size(); i += step) {
+    for (const float value : {places[i].x, places[i].y, places[i].z}) {
+      numbers.push_back(rounded(value));
+    }
+  }
+  return numbers;
+}
+
+}  // namespace
+
+std::string recordMessage(const std::string& sensor, const session::Snapshot& snapshot) {
+  const auto found =
+      std::find_if(snapshot.sensors.begin(), snapshot.sensors.end(),
+                   [&sensor](const session::SensorState& other) { return other.name == sensor; });
+  if (found == snapshot.sensors.end()) return {};
+  Json records = Json::array();
+  for (const auto& record : found->records) records.push_back(shortened(record, snapshot.frame));
+  return toText({{"op", "record"}, {"sensor", sensor}, {"records", std::move(records)}});
+}
+
+std::string spaceMessage(const session::Snapshot& snapshot) {
+  Json sensors = Json::array();
+  for (const session::SensorState& sensor : snapshot.sensors) {
+    Json points = numbersOf(placesOf(sensor.marks));
+    if (points.empty()) continue;
+    sensors.push_back(
+        {{"name", sensor.name}, {"family", sensor.family}, {"points", std::move(points)}});
+  }
+  return toText({{"op", "space"}, {"sensors", std::move(sensors)}});
+}
+
+}  // namespace QV::outlets

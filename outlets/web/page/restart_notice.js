@@ -1,0 +1,24 @@
+// Says that the program is another one than before: what somebody had asked of the old one is gone with it.
+
+import { byId, setHidden, setText } from './dom.js';
+
+export class RestartNotice {
+  #run = '';
+
+  constructor() {
+    byId('restarted-close').addEventListener('click', () => {
+      setHidden(byId('restarted'), true);
+      byId('map').focus();
+    });
+  }
+
+  /** `wanted` are the sensors that this page asks for again. */
+  setWorld({ run }, wanted) {
+    const isOther = this.#run !== '' && run !== this.#run;
+    this.#run = run;
+    if (!isOther) return;
+    const again = wanted.length > 0 ? `This page has subscribed to ${wanted.join(', ')} again.` : 'This page had none.';
+    setText(byId('restarted-text'), `The program was started anew: all subscriptions, faults and goals of before are gone. ${again}`);
+    setHidden(byId('restarted'), false);
+  }
+}

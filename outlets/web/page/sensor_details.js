@@ -1,0 +1,42 @@
+// What opens below a sensor's row: the faults that it can be given, and its records.
+
+import { make } from './dom.js';
+import { FaultMenu } from './fault_menu.js';
+import { RecordView } from './record_view.js';
+import { explain } from './tooltip.js';
+
+export class SensorDetails {
+  element = make('div', 'sensor-details');
+  #records;
+  #faults;
+
+  /** `faults`: the kinds by the name of what can fail; `send` takes commands. */
+  constructor(means, faults, send) {
+    const record = make('div', 'records');
+    this.#records = new RecordView(record);
+    this.#faults = Object.entries(faults).map(([name, kinds]) => [name, new FaultMenu(name, kinds, (kind) => send({ op: 'fault', sensor: name, kind }))]);
+    const title = explain(make('p', 'quiet', 'What it gave last. Metres; x is ahead of the sensor, y to its left, z up.'), means);
+    this.element.append(...this.#faults.map(([name, menu]) => this.#named(name, menu)), title, record);
+    this.element.hidden = true;
+  }
+
+  open(on) {
+    if (on && this.element.hidden) this.#records.clear();
+    this.element.hidden = !on;
+  }
+
+  setRecords(records) {
+    this.#records.setRecords(records);
+  }
+
+  /** `faults`: kinds by the name of what fails now. */
+  hearFaults(faults) {
+    for (const [name, menu] of this.#faults) menu.hear(faults[name] ?? '');
+  }
+
+  // One row may stand for several parts, as for all bumpers.
+  #named(name, menu) {
+    if (this.#faults.length > 1) menu.element.prepend(make('span', 'quiet', name));
+    return menu.element;
+  }
+}

@@ -1,0 +1,45 @@
+// The view in three dimensions in the map's place, and the button that brings it.
+
+import { byId, setAttribute, setHidden } from './dom.js';
+import { SpaceView } from './space_view.js';
+
+export class SpacePanel {
+  #view = new SpaceView(byId('space'));
+  #ask;
+  isOn = false;
+
+  /** `ask` is told whether the program is to say what the sensors see. */
+  constructor(ask) {
+    this.#ask = ask;
+    byId('space-switch').addEventListener('click', () => this.#turn(!this.isOn));
+  }
+
+  setWorld(world) {
+    this.#view.setWorld(world);
+    if (this.isOn) this.#ask(true);
+  }
+
+  setState({ pose }) {
+    if (this.isOn) this.#view.setPose(pose);
+  }
+
+  setSpace(message) {
+    this.#view.setSpace(message);
+  }
+
+  zoomBy(factor) {
+    this.#view.zoomBy(factor);
+  }
+
+  reset() {
+    this.#view.reset();
+  }
+
+  #turn(on) {
+    this.isOn = on;
+    this.#ask(on);
+    setAttribute(byId('space-switch'), 'aria-pressed', String(on));
+    setHidden(byId('space'), !on);
+    this.#view.draw();
+  }
+}

@@ -1,0 +1,61 @@
+// One tooltip for the whole page: what a word means, under the pointer, at the focus, or after a tap.
+
+import { byId, setHidden, setText } from './dom.js';
+import { HELP } from './help_texts.js';
+
+const WAIT = 350;
+const GAP = 8;
+
+/** Marks `element` as a word that HELP explains. */
+export function explain(element, word) {
+  if (element.dataset.help !== word) element.dataset.help = word;
+  return element;
+}
+
+export class Tooltip {
+  #element = byId('tip');
+  #waiting = 0;
+
+  constructor() {
+    document.addEventListener('pointerover', (event) => event.pointerType === 'mouse' && this.#await(event.target));
+    document.addEventListener('focusin', (event) => this.#focus(event.target));
+    document.addEventListener('click', (event) => this.#tap(event));
+    for (const event of ['focusout', 'keydown', 'wheel']) document.addEventListener(event, () => this.#leave(), { passive: true });
+    document.addEventListener('scroll', () => this.#leave(), { capture: true, passive: true });
+  }
+
+  #await(target) {
+    this.#leave();
+    const word = target.closest?.('[data-help]');
+    if (word) this.#waiting = setTimeout(() => this.#show(word), WAIT);
+  }
+
+  #focus(target) {
+    const word = target.closest('[data-help]');
+    if (word && target.matches(':focus-visible')) this.#show(word);
+  }
+
+  // A finger has nothing to hover with; on a control it does what the control does.
+  #tap({ target, pointerType }) {
+    const word = target.closest?.('[data-help]');
+    if (word && pointerType !== 'mouse' && !target.closest('button, select, input, label')) this.#show(word);
+    else this.#leave();
+  }
+
+  #leave() {
+    clearTimeout(this.#waiting);
+    setHidden(this.#element, true);
+  }
+
+  #show(word) {
+    if (!HELP[word.dataset.help]) return;
+    setText(this.#element, HELP[word.dataset.help]);
+    setHidden(this.#element, false);
+    const at = word.getBoundingClientRect();
+    const { width, height } = this.#element.getBoundingClientRect();
+    const below = at.bottom + GAP + height < innerHeight;
+    const left = Math.min(Math.max(at.left + at.width / 2 - width / 2, GAP), innerWidth - width - GAP);
+    this.#element.style.left = `${left}px`;
+    this.#element.style.top = `${below ? at.bottom + GAP : Math.max(GAP, at.top - height - GAP)}px`;
+  }
+}

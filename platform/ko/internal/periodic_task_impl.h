@@ -1,0 +1,66 @@
+#pragma once
+
+#include <condition_variable>
+#include <mutex>
+#include <stdexcept>
+#include <string>
+#include <thread>
+
+#include <boost/shared_ptr.hpp>
+#include <boost/smart_ptr/enable_shared_from_this.hpp>
+
+#include "platform/ko/internal/scheduler.h"
+#include "platform/ko/periodic_task.h"
+
+namespace ko {
+
+class PeriodicTask::Impl : public boost::enable_shared_from_this<PeriodicTask::Impl> {
+ public:
+  /** Applies `change` to the settings. */
+  template <typename Change>
+  void configure(Change change);
+
+  void start(bool immediate);
+  void stop();
+  bool isRunning() const;
+
+  /** One run of the series `which`; nothing if that was stopped. */
+  void run(std::uint64_t which, Clock::time_point due);
+  void drop(std::uint64_t which);
+
+  std::string name;
+  boost::shared_ptr<const boost::function<void()>> callback;
+  Duration period = Duration::zero();
+  bool compensate = false;
+
+ private:
+  void xCheckSettings() const;
+  void xSchedule(Clock::time_point due);
+  boost::function<void()> xBegin(std::uint64_t which);
+  void xFinish(std::uint64_t which, Clock::time_point due);
+  Clock::time_point xNextDue(Clock::time_point due) const;
+
+  mutable std::mutex mutex;
+  std::condition_variable changed;
+  bool started = false;
+  // Each start and stop counts, so that runs under way of a series that was stopped are known.
+  std::uint64_t series = 0;
+  boost::shared_ptr<detail::Scheduler> scheduler;
+  detail::Turn next;
+  bool busy = false;
+  // A run fell due while one of a former series was busy.
+  bool overdue = false;
+  std::uint64_t runs = 0;
+  std::thread::id runner;
+};
+
+template <typename Change>
+void PeriodicTask::Impl::configure(Change change) {
+  std::lock_guard lock(mutex);
+  if (started) {
+    throw std::logic_error("PeriodicTask " + name + ": settings can't be changed while it runs");
+  }
+  change();
+}
+
+}  // namespace ko

@@ -1,0 +1,89 @@
+#include "robot/services/internal/event_queue.h"
+
+#include "platform/ko/log.h"
+#include "platform/middleware/contracts/memory_contract.h"
+
+namespace QV::robot {
+namespace {
+
+// Ten seconds of events at a hundred a second: who has not come back by then hangs.
+constexpr std::size_t kMostWaiting = 1000;
+
+}  // namespace
+
+EventReceiver::EventReceiver(boost::weak_ptr<QVBroker> broker, std::string event,
+                             std::string module, std::string method, std::string message)
+    : broker(std::move(broker)),
+      event(std::move(event)),
+      module(std::move(module)),
+      method(std::move(method)),
+      message(std::move(message)) {}
+
+void EventReceiver::deliver(const QVValue& value) {
+  try {
+    xCall(value);
+    lastFailure.clear();
+  } catch (const std::exception& error) {
+    xLogOnce(error.what());
+  } catch (...) {
+    xLogOnce("not a standard exception");
+  }
+}
+
+std::string EventReceiver::getText() const {
+  return "Event " + event + " to " + module + "." + method + ": ";
+}
+
+void EventReceiver::xCall(const QVValue& value) {
+  const auto alive = broker.lock();
+  // With the broker, everybody who could have listened is gone.
+  if (!alive) return;
+  const QVValue arguments[] = {event, value, message};
+  alive->call(module, method, arguments);
+}
+
+// An event may come a hundred times a second: only a change is news.
+void EventReceiver::xLogOnce(const std::string& failure) {
+  if (failure == lastFailure) return;
+  lastFailure = failure;
+  ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
+      << "Event " << event << " to " << module << ": " << failure;
+}
+
+bool EventQueue::add(const boost::shared_ptr<EventReceiver>& receiver, const QVValue& value) {
+  {
+    std::lock_guard<std::mutex> lock(mutex);
+    waiting.push_back({receiver, value});
+    if (waiting.size() <= kMostWaiting) return true;
+    waiting.pop_front();
+    if (++dropped > 1) return false;
+  }
+  ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
+      << receiver->getText() << kMostWaiting << " wait, the oldest are dropped until it goes on";
+  return false;
+}
+
+void EventQueue::deliverNext() {
+  const Delivery next = xTake();
+  next.receiver->deliver(next.value);
+  const std::size_t lost = xTakeLost();
+  if (lost == 0) return;
+  ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
+      << next.receiver->getText() << "goes on, " << lost << " were dropped";
+}
+
+EventQueue::Delivery EventQueue::xTake() {
+  std::lock_guard<std::mutex> lock(mutex);
+  Delivery next = std::move(waiting.front());
+  waiting.pop_front();
+  return next;
+}
+
+// Only once all is delivered: one that is merely slow would be told of at each event.
+std::size_t EventQueue::xTakeLost() {
+  if (dropped == 0) return 0;
+  std::lock_guard<std::mutex> lock(mutex);
+  return waiting.empty() ? dropped.exchange(0) : 0;
+}
+
+}  // namespace QV::robot

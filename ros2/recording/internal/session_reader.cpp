@@ -1,0 +1,189 @@
+#include "ros2/recording/internal/session_reader.h"
+
+#include <algorithm>
+#include <cstring>
+#include <ranges>
+#include <stdexcept>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+
+#include "ros2/recording/internal/bag_robot.h"
+#include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/image_points.h"
+#include "ros2/recording/internal/topic_names.h"
+
+namespace QV::ros2 {
+namespace {
+
+using Point = Math::Position3D;
+
+// More between two events than any robot tells.
+constexpr std::size_t kMostWaiting = 200'000;
+// At least as many as a recorder may name.
+constexpr std::size_t kRecentImages = 4;
+
+RecordingFacts readFacts(const BagReader& bag) {
+  for (const BagMetadata& metadata : bag.getMetadata()) {
+    if (metadata.name == RecordingFacts::kName) return RecordingFacts::fromValues(metadata.values);
+  }
+  throw std::runtime_error("a recording of this library expected, the metadata \"qv\" is missing");
+}
+
+template <typename Message>
+bool isOf(const BagMessage& message) {
+  return message.topic->encoding == "cdr" && message.topic->type == Message::getType().getName();
+}
+
+template <typename Message>
+bool isOf(const BagMessage& message, const char* topic) {
+  return message.topic->name == topic && isOf<Message>(message);
+}
+
+}  // namespace
+
+SessionReader::SessionReader(const std::string& path)
+    : path(path), bag(path, BagOrder::file), facts(readFacts(bag)), lastInput(facts.start) {
+  while (inputs.empty() && events.empty() && xRead()) {
+  }
+  for (std::size_t i = 0; i < bag.getAttachmentCount(); ++i) {
+    const auto attachment = bag.readAttachment(i);
+    if (attachment && attachment->name == kExactMap)
+      map = boost::make_shared<OccupancyMap>(mapOf(*attachment));
+  }
+  if (!map && !facts.sort.starts_with("simulated ")) map = makeUnknownMap();
+}
+
+void SessionReader::readInputsTo(ko::Clock::time_point time) {
+  while (lastInput <= time && xRead()) {
+  }
+}
+
+bool SessionReader::readEvent() {
+  while (events.empty() && xRead()) {
+  }
+  return !events.empty();
+}
+
+bool SessionReader::xRead() {
+  const auto message = bag.next();
+  if (!message) return false;
+  try {
+    xTake(*message);
+  } catch (const std::exception& error) {
+    throw std::runtime_error(path + ": " + message->topic->name + " at " +
+                             std::to_string(message->logTime) + " ns: " + error.what());
+  }
+  if (inputs.size() > kMostWaiting || events.size() > kMostWaiting)
+    throw std::runtime_error(path + ": records expected after " + std::to_string(kMostWaiting) +
+                             " other messages, none given");
+  return true;
+}
+
+void SessionReader::xTake(const BagMessage& message) {
+  const auto time = timeOf(message.logTime);
+  if (isOf<qv_msgs::Inputs>(message, kInputsTopic)) return xTakeInputs(message);
+  if (isOf<qv_msgs::Records>(message, kRecordsTopic)) return xTakeRecords(message);
+  if (isOf<tf2_msgs::TFMessage>(message, "/tf")) return xTakeTransforms(message);
+  if (isOf<sensor_msgs::Image>(message)) return xTakeImage(message);
+  if (isOf<nav_msgs::OccupancyGrid>(message, kMapTopic)) return xTakeMap(message);
+  if (isOf<sensor_msgs::PointCloud2>(message)) return xTakeCloud(message);
+  if (isOf<qv_msgs::ImagePoints>(message)) return xTakeImagePoints(message);
+  if (isOf<qv_msgs::Command>(message, kCommandsTopic)) {
+    events.push_back({SessionEvent::Sort::command, time, fromCdr<qv_msgs::Command>(message.data)});
+  }
+  if (isOf<std_msgs::String>(message, kDescriptionTopic)) {
+    description = fromCdr<std_msgs::String>(message.data).data;
+  }
+}
+
+void SessionReader::xTakeInputs(const BagMessage& message) {
+  const auto told = fromCdr<qv_msgs::Inputs>(message.data);
+  const auto& [forward, leftward, turn] = told.velocity;
+  lastInput = timeOf(message.logTime);
+  inputs.push_back({lastInput, told.stepped, {forward, leftward, turn}, decoder.decode(told)});
+}
+
+// The robot in the map: by way of its odometry.
+void SessionReader::xTakeTransforms(const BagMessage& message) {
+  Math::Pose2D pose;
+  for (const auto& transform : fromCdr<tf2_msgs::TFMessage>(message.data).transforms) {
+    const auto& [translation, rotation] = transform.transform;
+    pose =
+        pose * poseOf(geometry_msgs::Pose{{translation.x, translation.y, translation.z}, rotation});
+  }
+  SessionEvent event{SessionEvent::Sort::pose, timeOf(message.logTime)};
+  event.pose = pose;
+  events.push_back(std::move(event));
+}
+
+void SessionReader::xTakeImage(const BagMessage& message) {
+  const auto image = fromCdr<sensor_msgs::Image>(message.data);
+  const auto height = static_cast<int>(image.height);
+  const auto width = static_cast<int>(image.width);
+  const bool isDepth = image.encoding == "16UC1" && image.width > 0 && image.height > 0 &&
+                       image.width < 65'536 && image.height < 65'536 &&
+                       image.data.size() == std::size_t{2} * image.width * image.height;
+  if (!isDepth) throw std::runtime_error("a 16UC1 image of its size expected");
+  SessionImage taken{timeOf(message.logTime), timeOf(image.header.stamp),
+                     cv::Mat_<std::uint16_t>(height, width)};
+  std::memcpy(taken.depth.data, image.data.data(), image.data.size());
+  const std::string& topic = message.topic->name;
+  auto& recent = recentImages[topic];
+  recent.push_back(taken);
+  if (recent.size() > kRecentImages) recent.pop_front();
+  auto& queue = images[topic.substr(1, topic.rfind('/') - 1)];
+  queue.push_back(std::move(taken));
+  if (queue.size() > 1000) queue.pop_front();
+}
+
+void SessionReader::xTakeCloud(const BagMessage& message) {
+  const auto cloud = fromCdr<sensor_msgs::PointCloud2>(message.data);
+  Cloud& taken = clouds[message.topic->name];
+  taken = {message.logTime, std::vector<Point>(cloud.data.size() / sizeof(Point))};
+  if (taken.points.empty()) return;
+  std::memcpy(taken.points.data(), cloud.data.data(), taken.points.size() * sizeof(Point));
+}
+
+void SessionReader::xTakeImagePoints(const BagMessage& message) {
+  const auto points = fromCdr<qv_msgs::ImagePoints>(message.data);
+  const auto time = timeOf(static_cast<std::uint64_t>(points.image_time));
+  // Of two at one time the later.
+  for (const SessionImage& image : recentImages[points.image] | std::views::reverse) {
+    if (image.time != time) continue;
+    clouds[message.topic->name] = {message.logTime, decodePoints(points, image.depth)};
+    return;
+  }
+}
+
+// A look whose points lie in a damaged part can't be compared.
+void SessionReader::xTakeRecords(const BagMessage& message) {
+  SessionEvent event{SessionEvent::Sort::look, timeOf(message.logTime)};
+  for (const auto& told : fromCdr<qv_msgs::Records>(message.data).records) {
+    event.records.push_back(recordOf(told));
+    if (!told.cloud.empty() && !xAddPoints(told, message.logTime, event.records.back())) return;
+  }
+  events.push_back(std::move(event));
+}
+
+bool SessionReader::xAddPoints(const qv_msgs::MetricalData& message, std::uint64_t time,
+                               Math::MetricalData& record) const {
+  const auto cloud = clouds.find(message.cloud);
+  if (cloud == clouds.end() || cloud->second.time != time) return false;
+  const auto& points = cloud->second.points;
+  if (points.size() < std::size_t{message.cloud_start} + message.cloud_count)
+    throw std::runtime_error(std::to_string(message.cloud_count) + " points of " +
+                             message.sensor_name + " expected on " + message.cloud + " from " +
+                             std::to_string(message.cloud_start) + " on, it has " +
+                             std::to_string(points.size()));
+  const auto begin = points.begin() + message.cloud_start;
+  record.points.assign(begin, begin + message.cloud_count);
+  return true;
+}
+
+void SessionReader::xTakeMap(const BagMessage& message) {
+  if (map) return;
+  map = boost::make_shared<OccupancyMap>(mapOf(fromCdr<nav_msgs::OccupancyGrid>(message.data)));
+}
+
+}  // namespace QV::ros2

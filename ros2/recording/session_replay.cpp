@@ -1,0 +1,115 @@
+#include "ros2/recording/session_replay.h"
+
+#include <algorithm>
+#include <functional>
+#include <stdexcept>
+#include <utility>
+
+#include "ros2/recording/internal/compare_records.h"
+#include "ros2/recording/internal/played_robot.h"
+#include "ros2/recording/internal/told_robot.h"
+#include "ros2/recording/internal/topic_names.h"
+#include "session/internal/make_session.h"
+#include "session/internal/number_text.h"
+#include "session/internal/seconds.h"
+#include "session/internal/session_parts.h"
+
+namespace QV::ros2 {
+namespace {
+
+bool isSessionRecording(const std::string& path) {
+  const BagReader bag(path);
+  return std::ranges::any_of(bag.getMetadata(), [](const auto& metadata) {
+    return metadata.name == RecordingFacts::kName;
+  });
+}
+
+std::function<session::TimedRobot()> prepareOwn(const std::string& path,
+                                                const sensor::SensorFactory& sensors) {
+  // A function that is copied: what it hands over is shared until then.
+  auto reader =
+      std::make_shared<std::unique_ptr<SessionReader>>(std::make_unique<SessionReader>(path));
+  return [reader, sensors] {
+    auto time = std::make_unique<ko::SimulatedTime>((*reader)->getFacts().start);
+    return session::TimedRobot{std::move(time), makePlayedRobot(std::move(*reader), sensors)};
+  };
+}
+
+std::function<session::TimedRobot()> prepareOther(const std::string& path) {
+  auto survey = surveyTopics(path);
+  return [path, survey] {
+    auto time = std::make_unique<ko::SimulatedTime>();
+    return session::TimedRobot{std::move(time), std::make_unique<ToldRobot>(path, survey)};
+  };
+}
+
+std::unique_ptr<session::Session> openSession(const std::string& path, bool isOwn,
+                                              const sensor::SensorFactory& sensors) {
+  const session::Reopen reopen = [path, isOwn, sensors] {
+    return isOwn ? prepareOwn(path, sensors) : prepareOther(path);
+  };
+  session::TimedRobot made = reopen()();
+  return session::makeSession(std::move(made.time), std::move(made.robot), reopen);
+}
+
+std::unique_ptr<session::Session> open(const std::string& path, bool isOwn,
+                                       const sensor::SensorFactory& sensors) {
+  try {
+    return openSession(path, isOwn, sensors);
+  } catch (const std::exception& error) {
+    const std::string what = error.what();
+    throw std::runtime_error(what.starts_with(path) ? what : path + ": " + what);
+  }
+}
+
+}  // namespace
+
+std::string RecordDifference::toText() const {
+  return sensor + " at " + session::fixed(session::inSeconds(time.time_since_epoch()), 3) +
+         " s: " + field + " is " + played + ", was " + recorded;
+}
+
+SessionReplay::SessionReplay(const std::string& path, const sensor::SensorFactory& sensors)
+    : isOwnSession(isSessionRecording(path)), session(open(path, isOwnSession, sensors)) {}
+
+SessionReplay::~SessionReplay() = default;
+
+BagRobot& SessionReplay::xGetRobot() const {
+  return static_cast<BagRobot&>(robotOf(*session));
+}
+
+void SessionReplay::begin() {
+  if (!isOwnSession) session->subscribe("recording", session->getManager().getFamilyNames());
+}
+
+session::Snapshot SessionReplay::look() const {
+  session::Snapshot snapshot = session->look();
+  for (session::SensorState& sensor : snapshot.sensors) {
+    if (!xGetRobot().isNew(sensor.name)) sensor.records.clear();
+  }
+  return snapshot;
+}
+
+std::optional<RecordDifference> SessionReplay::compare() const {
+  const auto* recorded = xGetRobot().getRecorded();
+  if (!recorded) return std::nullopt;
+  return findDifference(*recorded, session::recordsOf(session->look()), ko::Clock::now());
+}
+
+ko::Duration SessionReplay::getTime() const {
+  return ko::Clock::now() - xGetRobot().getStart();
+}
+
+ko::Duration SessionReplay::getLength() const {
+  return *session->getLength();
+}
+
+std::optional<std::uint64_t> SessionReplay::getLookCount() const {
+  return xGetRobot().getBag().getCount(kRecordsTopic);
+}
+
+const BagDamage& SessionReplay::getDamage() const {
+  return xGetRobot().getBag().getDamage();
+}
+
+}  // namespace QV::ros2

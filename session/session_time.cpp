@@ -1,0 +1,129 @@
+#include <algorithm>
+#include <utility>
+
+#include "platform/ko/clock.h"
+#include "session/internal/session_parts.h"
+#include "session/session.h"
+#include "session/usage_error.h"
+
+namespace QV::session {
+namespace {
+
+// The robot is steered whenever so much has gone by, and at the end of what is asked for.
+constexpr ko::Duration kSlice{20'000'000};
+
+void goTo(SessionParts& parts, ko::Clock::time_point time) {
+  // What fell due may have slept beyond that.
+  const ko::Duration left = time - ko::Clock::now();
+  if (left <= ko::Duration::zero()) return;
+  if (parts.time) return parts.time->advance(left);
+  ko::os::msleep(static_cast<int>(boost::chrono::ceil<boost::chrono::milliseconds>(left).count()));
+}
+
+void goOnTo(SessionParts& parts, ko::Clock::time_point time) {
+  for (auto due = parts.robot->getNextStep(); due && *due <= time;
+       due = parts.robot->getNextStep()) {
+    goTo(parts, *due);
+    parts.robot->makeStep();
+  }
+  goTo(parts, time);
+}
+
+}  // namespace
+
+void Session::run(ko::Duration duration) {
+  xAdvance(ko::Clock::now() + std::max(duration, ko::Duration::zero()));
+}
+
+ko::Duration Session::getSettlingTime() const {
+  return parts->robot->getSettlingTime();
+}
+
+bool Session::step() {
+  if (!parts->robot->isRecording()) {
+    run(Pacing::kStep);
+    return true;
+  }
+  do {
+    const auto due = parts->robot->getNextStep();
+    if (!due) return false;
+    goTo(*parts, *due);
+    parts->robot->makeStep();
+  } while (parts->robot->isAmidSteps());
+  parts->note();
+  return true;
+}
+
+double Session::getShareDone() const {
+  return parts->robot->getShareDone();
+}
+
+std::optional<ko::Duration> Session::getLength() const {
+  return parts->robot->getLength();
+}
+
+void Session::seek(ko::Duration sinceStart) {
+  if (!getLength()) throw UsageError("a recording expected, a " + getTitle() + " given");
+  const auto target = [&] { return parts->robot->getStart() + sinceStart; };
+  if (target() < ko::Clock::now()) xReopen();
+  run(target() - ko::Clock::now());
+}
+
+// Only one simulated time can be at a time: what may fail comes before the old one ends.
+void Session::xReopen() {
+  if (!parts->reopen) throw UsageError("a recording that can be played again expected");
+  const Reopen reopen = parts->reopen;
+  const auto make = reopen();
+  const Pacing pacing = parts->pacing;
+  const auto listeners = parts->listeners;
+  parts->robot->setListener(nullptr);
+  parts.reset();
+  TimedRobot made = make();
+  parts = std::make_unique<SessionParts>(std::move(made.time), std::move(made.robot));
+  parts->reopen = reopen;
+  parts->pacing = pacing;
+  parts->listeners = listeners;
+  listeners->listenTo(*parts->robot);
+}
+
+void Session::keepPace(ko::Duration machine) {
+  if (const auto there = parts->robot->catchUp()) {
+    parts->driver.release(machine);
+    if (!isPaused()) xAdvance(*there);
+    return;
+  }
+  while (machine > ko::Duration::zero()) {
+    const ko::Duration part = std::min(machine, kSlice);
+    machine -= part;
+    parts->driver.release(part);
+    run(parts->pacing.scale(part));
+    // Nothing comes after the end of a recording.
+    if (getLength() && !parts->robot->getNextStep()) pause(true);
+  }
+}
+
+void Session::pause(bool on) {
+  parts->pacing.pause(on);
+}
+
+bool Session::isPaused() const {
+  return parts->pacing.isPaused();
+}
+
+void Session::setSpeed(double speed) {
+  parts->pacing.setSpeed(speed);
+}
+
+void Session::xAdvance(ko::Clock::time_point end) {
+  for (auto now = ko::Clock::now(); now < end; now = ko::Clock::now()) {
+    const ko::Duration part =
+        std::min<ko::Duration>(end - now, kSlice - now.time_since_epoch() % kSlice);
+    if (!parts->robot->awaitTime(now + part)) break;
+    parts->driver.steer(part);
+    goOnTo(*parts, now + part);
+    parts->note();
+  }
+  parts->driver.steer(ko::Duration::zero());
+}
+
+}  // namespace QV::session

@@ -1,0 +1,139 @@
+"""Runs the commands of the pages for users, each page's in a folder of its own.
+
+Usage: check_commands.py FOLDER_OF_PROGRAMS WORK_FOLDER
+"""
+
+import concurrent.futures
+import os
+import pathlib
+import re
+import shutil
+import signal
+import subprocess
+import sys
+
+from blocks import ROOT, all_blocks, commands_of
+
+# Not run here, and why.
+NOT_RUN = {
+    r"\./dev (?!help)": "takes minutes, or installs packages; that there is such a command is looked at",
+    r"qvsensors check --from-ros2": "waits two seconds of the clock for each of eleven sensors",
+    r"(apt-get|podman) ": "changes the machine, or needs an engine",
+    r"cmake ": "the test of the package builds these projects",
+    r"node tests/live/|\(cd tests/live": "needs npm; that the file is there is looked at",
+}
+SECONDS = 60
+A_ROBOT_ON_THE_GRAPH = "qvsensors serve --robot porter --ros2"
+A_LOG = "FLASER 3 1.0 2.0 8.0 1 3 1.570796 1 2 1.570796 {} host 0\n"
+
+
+def looked_at(command):
+    """What is wrong with a command that isn't run, as far as a look tells."""
+    developer = re.match(r"\./dev ([\w-]+)", command)
+    if developer and f"\ndo_{developer[1].replace('-', '_')}() {{" not in (ROOT / "dev").read_text():
+        return "./dev has no such command"
+    named = re.match(r"node (\S+)", command)
+    if named and not (ROOT / named[1]).exists():
+        return f"there is no {named[1]}"
+    return None
+
+
+class Page:
+    """A folder and a graph of its own, in which the commands of a page are run in their order."""
+
+    def __init__(self, folder, domain, programs):
+        self.folder = folder
+        path = f"{programs}:{os.environ['PATH']}"
+        self.environment = dict(os.environ, PATH=path, ROS_DOMAIN_ID=str(domain))
+        self.robot = None
+        self.errors, self.ran, self.left = [], 0, 0
+        folder.mkdir(parents=True)
+        for path in (ROOT / "maps").iterdir():
+            shutil.copy(path, folder)
+        shutil.copy(ROOT / "maps/apartment.yaml", folder / "my_map.yaml")
+        shutil.copy(ROOT / "examples/own_robot.urdf", folder)
+        (folder / "lidar.log").write_text(A_LOG.format(100.0) + A_LOG.format(100.5))
+
+    def check(self, blocks):
+        try:
+            for block in blocks:
+                for command in commands_of(block):
+                    wrong = self.check_command(command)
+                    if wrong:
+                        self.errors.append(f"{block.where}: {command}: {wrong}")
+        finally:
+            if self.robot:
+                self.robot.send_signal(signal.SIGINT)
+                self.robot.communicate()
+
+    def check_command(self, command):
+        """What went wrong; None if nothing did."""
+        if any(re.match(start, command) for start in NOT_RUN):
+            self.left += 1
+            return looked_at(command)
+        self.ran += 1
+        if "--from-ros2" in command and not self.robot:
+            self.robot, _ = self.serve(A_ROBOT_ON_THE_GRAPH)
+        wrong = self.run(command)
+        if not wrong and "-o run.mcap" in command:
+            whole = (self.folder / "run.mcap").read_bytes()
+            (self.folder / "cut.mcap").write_bytes(whole[: len(whole) * 2 // 3])
+        return wrong
+
+    def start(self, command):
+        return subprocess.Popen(
+            ["bash", "-c", command], cwd=self.folder, env=self.environment, text=True,
+            start_new_session=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
+        )
+
+    def serve(self, command):
+        """A server that has said its address, and all that it said until then."""
+        process, said = self.start(f"exec {command} --port 0"), ""
+        for line in process.stdout:
+            said += line
+            if "http://" in line:
+                break
+        return process, said
+
+    def run(self, command):
+        """Of what never ends one picture, or what a server says before it is ended."""
+        said, expected = "", [0]
+        if " serve " in command:
+            process, said = self.serve(command)
+            process.send_signal(signal.SIGINT)
+            expected = [130]
+        else:
+            process = self.start(command + " --once" if " watch " in command else command)
+        # A check answers 1 for a sensor that doesn't work.
+        if " check " in command:
+            expected = [0, 1]
+        try:
+            said += process.communicate(timeout=SECONDS)[0]
+        except subprocess.TimeoutExpired:
+            process.kill()
+            return f"an end within {SECONDS} s expected:\n{said}{process.communicate()[0]}"
+        if process.returncode in expected:
+            return None
+        return f"status {expected} expected, {process.returncode} given:\n{said}"
+
+
+def main(programs, work):
+    shutil.rmtree(work, ignore_errors=True)
+    blocks, pages = {}, {}
+    for block in all_blocks():
+        if block.language == "shell":
+            blocks.setdefault(block.page, []).append(block)
+    for number, name in enumerate(blocks):
+        domain = 1 + (os.getpid() + number) % 100
+        pages[name] = Page(work / name, domain, programs)
+    with concurrent.futures.ThreadPoolExecutor(4) as pool:
+        list(pool.map(lambda name: pages[name].check(blocks[name]), pages))
+    ran, left = sum(page.ran for page in pages.values()), sum(page.left for page in pages.values())
+    print(f"{ran} commands run, {left} not")
+    errors = [error for page in pages.values() for error in page.errors]
+    print("\n".join(errors))
+    return bool(errors)
+
+
+if __name__ == "__main__":
+    sys.exit(main(pathlib.Path(sys.argv[1]).resolve(), pathlib.Path(sys.argv[2]).resolve()))

@@ -1,0 +1,208 @@
+#include "ros2/recording/session_recorder.h"
+
+#include <algorithm>
+#include <chrono>
+#include <csignal>
+#include <filesystem>
+#include <fstream>
+#include <numeric>
+#include <sys/resource.h>
+#include <unistd.h>
+
+#include <gmock/gmock.h>
+
+#include "platform/ko/log.h"
+#include "ros2/bag/bag_reader.h"
+#include "ros2/messages/report_msgs.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/messages/sensor_msgs.h"
+#include "tests/ros2/recording/recorded_session.h"
+#include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
+
+namespace QV::ros2 {
+namespace {
+
+using test::recordSession;
+
+std::string bytesOf(const std::string& path) {
+  std::ifstream file(path, std::ios::binary);
+  return {std::istreambuf_iterator<char>(file), {}};
+}
+
+/** The last message of each topic, and how many there were. */
+struct Contents {
+  explicit Contents(const std::string& path) : reader(path) {
+    while (const auto message = reader.next()) {
+      ++counts[message->topic->name];
+      last[message->topic->name] = Bytes(message->data.begin(), message->data.end());
+    }
+  }
+  template <typename Message>
+  Message get(const std::string& topic) const {
+    return fromCdr<Message>(last.at(topic));
+  }
+
+  BagReader reader;
+  std::map<std::string, std::size_t> counts;
+  std::map<std::string, Bytes> last;
+};
+
+struct SessionRecorderTest : testing::Test {
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "run.mcap";
+};
+
+TEST_F(SessionRecorderTest, theSameSeedGivesTheSameBytes) {
+  for (const std::string& file : {path, folder / "again.mcap"})
+    recordSession(*session::openVirtual("porter", test::busyWorld()), file, 10);
+  EXPECT_EQ(bytesOf(path), bytesOf(folder / "again.mcap"));
+}
+
+TEST_F(SessionRecorderTest, othersFindMapFramesMeasurementsAndPoints) {
+  const auto session = session::openVirtual("porter", test::busyWorld());
+  recordSession(*session, path, 20);
+  const Contents sut(path);
+
+  const auto map = sut.get<nav_msgs::OccupancyGrid>("/map");
+  EXPECT_EQ(map.data.size(), session->getMap()->getCells().size());
+  EXPECT_EQ(map.info.resolution, session->getMap()->getResolution());
+
+  const auto scan = sut.get<sensor_msgs::LaserScan>("/FrontLaser/scan");
+  EXPECT_EQ(scan.ranges.size(), 15u);
+  EXPECT_FLOAT_EQ(scan.angle_min, -0.525f);
+  const auto points = session->getManager().getMetricalData("FrontLaser").front().points;
+  ASSERT_FALSE(points.empty());
+  EXPECT_THAT(scan.ranges,
+              testing::Contains(testing::FloatEq(std::hypot(points.front().x, points.front().y))));
+
+  EXPECT_EQ(sut.get<sensor_msgs::Range>("/FrontSonar/range").max_range, 4.0f);
+  const auto info = sut.get<sensor_msgs::CameraInfo>("/DepthCamera/camera_info");
+  EXPECT_NEAR(2.0 * std::atan(0.5 * info.width / info.k[0]), 1.02, 1e-6);
+  const auto image = sut.get<sensor_msgs::Image>("/DepthCamera/image");
+  EXPECT_EQ(image.data.size(), std::size_t{2} * image.width * image.height);
+  EXPECT_FALSE(sut.get<vision_msgs::Detection3DArray>("/people").detections.empty());
+
+  const auto frames = sut.get<tf2_msgs::TFMessage>("/tf").transforms;
+  EXPECT_EQ(frames.at(0).header.frame_id, "map");
+  EXPECT_EQ(frames.at(1).child_frame_id, "base");
+  const auto mounted = sut.get<tf2_msgs::TFMessage>("/tf_static").transforms;
+  EXPECT_THAT(mounted, testing::Contains(testing::Field(
+                           &geometry_msgs::TransformStamped::child_frame_id, "FrontLaser")));
+  const auto views = sut.get<visualization_msgs::MarkerArray>("/fields_of_view").markers;
+  EXPECT_THAT(views,
+              testing::Contains(testing::Field(&visualization_msgs::Marker::ns, "FrontLaser")));
+  EXPECT_GT(sut.get<sensor_msgs::PointCloud2>("/FrontLaser/points").width, 0u);
+  EXPECT_EQ(sut.counts.at("/qv/records"), 20u);
+}
+
+TEST_F(SessionRecorderTest, viewersAreShownSomeOfACamerasPointsAndAllAreInTheImage) {
+  const auto session = session::openVirtual("porter", test::busyWorld());
+  recordSession(*session, path, 20);
+  const Contents sut(path);
+
+  const auto runs = sut.get<qv_msgs::ImagePoints>("/DepthCamera/image_points");
+  EXPECT_EQ(runs.image, "/DepthCamera/image");
+  std::size_t all = 0;
+  for (const auto& record : session->getManager().getMetricalData("DepthCamera"))
+    all += record.points.size();
+  EXPECT_EQ(std::accumulate(runs.lengths.begin(), runs.lengths.end(), std::size_t{0}), all);
+  const std::size_t shown = sut.get<sensor_msgs::PointCloud2>("/DepthCamera/points").width;
+  EXPECT_GT(shown, all / 20);
+  EXPECT_LT(shown, all / 12);
+}
+
+TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
+  std::vector<std::string> errors;
+  const ko::log::ScopedSink sink(
+      ko::log::Level::error, [&](const ko::log::Record& line) { errors.push_back(line.message); });
+  test::ChildProcess process;
+  process.start([&] {
+    const rlimit most{600'000, 600'000};
+    setrlimit(RLIMIT_FSIZE, &most);
+    std::signal(SIGXFSZ, SIG_IGN);
+    const auto own = session::openVirtual("porter", test::busyWorld());
+    errors.clear();
+    SessionRecorder recorder(path, *own);
+    own->subscribe("test", own->getManager().getFamilyNames());
+    for (int i = 0; i < 30; ++i) {
+      own->run(boost::chrono::milliseconds(100));
+      recorder.show(own->look());
+    }
+    recorder.finish();
+    const bool isTold =
+        errors.size() == 1 && errors[0].find("the session goes on") != std::string::npos;
+    _exit(recorder.hasFailed() && isTold ? 0 : 1);
+  });
+  EXPECT_EQ(process.awaitEnd(), 0);
+  EXPECT_GT(readBagInfo(path).count, 50u);
+}
+
+// Few messages and small ones: only time has them written.
+TEST_F(SessionRecorderTest, whoeverIsKilledHasAllInTheFileButTheLastSeconds) {
+  test::ChildProcess process;
+  process.start([&] {
+    const auto own = session::openSimulated(1);
+    SessionRecorder recorder(path, *own);
+    own->subscribe("test", {"Sonar"});
+    for (int i = 0; i < 50; ++i) {
+      own->run(boost::chrono::milliseconds(100));
+      recorder.show(own->look());
+    }
+    pause();
+  });
+  const auto looksIn = [&] {
+    const Contents contents(path);
+    return contents.counts.contains("/qv/records") ? contents.counts.at("/qv/records") : 0;
+  };
+  while (!std::filesystem::exists(path) || std::filesystem::file_size(path) < 100) continue;
+  const auto start = std::chrono::steady_clock::now();
+  while (looksIn() < 29 && std::chrono::steady_clock::now() - start < std::chrono::seconds(60))
+    continue;
+  process.signal(SIGKILL);
+  process.awaitEnd();
+  EXPECT_GE(looksIn(), 29u);
+  EXPECT_EQ(test::compareSession(path).difference, "");
+}
+
+TEST_F(SessionRecorderTest, theWorldAndItsFaultsOfBeforeAreRecorded) {
+  auto options = test::busyWorld();
+  options.faults = {robot::parseFault("FrontSonar:off@1-2")};
+  recordSession(*session::openVirtual("porter", options), path, 0);
+
+  BagReader reader(path);
+  std::vector<qv_msgs::Command> commands;
+  while (const auto message = reader.next()) {
+    if (message->topic->name == "/qv/commands")
+      commands.push_back(fromCdr<qv_msgs::Command>(message->data));
+  }
+  ASSERT_FALSE(commands.empty());
+  EXPECT_EQ(commands[0], (qv_msgs::Command{"fault off", "", {"FrontSonar"}, true, {1.0, 2.0}}));
+  const auto isWorld = [](const auto& metadata) { return metadata.name == "qv_world"; };
+  const auto world = std::ranges::find_if(reader.getMetadata(), isWorld);
+  ASSERT_NE(world, reader.getMetadata().end());
+  EXPECT_EQ(world->values.at("seed"), "7");
+  EXPECT_EQ(world->values.at("random_people"), "2");
+}
+
+TEST_F(SessionRecorderTest, eachChangeOfHealthIsRecordedAsDiagnostics) {
+  auto options = test::busyWorld();
+  options.faults = {robot::parseFault("FrontLaser:delayed"), robot::parseFault("BackSonar:off")};
+  recordSession(*session::openVirtual("porter", options), path, 25);
+  const Contents sut(path);
+
+  EXPECT_THAT(sut.counts.at("/diagnostics"), testing::AllOf(testing::Gt(1u), testing::Lt(10u)));
+  std::map<std::string, diagnostic_msgs::DiagnosticStatus> told;
+  for (auto& status : sut.get<diagnostic_msgs::DiagnosticArray>("/diagnostics").status)
+    told[status.name] = status;
+  EXPECT_EQ(told.at("FrontSonar").level, std::byte{0});
+  EXPECT_EQ(told.at("FrontSonar").message, "sound: its records are fresh");
+  EXPECT_EQ(told.at("FrontLaser").level, std::byte{1});
+  EXPECT_THAT(told.at("FrontLaser").message, testing::StartsWith("late: its record is 0."));
+  EXPECT_EQ(told.at("BackSonar").level, std::byte{2});
+  EXPECT_THAT(told.at("BackSonar").message, testing::StartsWith("silent: no fresh record since "));
+  EXPECT_EQ(told.at("BackSonar").values.at(0).key, "remedy");
+}
+
+}  // namespace
+}  // namespace QV::ros2

@@ -1,0 +1,288 @@
+#include "ros2/recording/session_replay.h"
+
+#include <cmath>
+#include <numbers>
+
+#include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
+
+#include "platform/ko/log.h"
+#include "ros2/messages/report_msgs.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/messages/sensor_msgs.h"
+#include "session/usage_error.h"
+#include "tests/ros2/recording/recorded_session.h"
+#include "tests/support/temporary_folder.h"
+
+namespace QV::ros2 {
+namespace {
+
+using test::compareSession;
+using test::recordSession;
+using testing::HasSubstr;
+using testing::StartsWith;
+
+constexpr std::uint64_t kSecond = 1'000'000'000;
+
+// Everything that can be asked of a session's sensors, while it drives into a wall.
+void meddle(session::Session& session, int cycle) {
+  if (cycle == 0) session.drive(0.6f, 0.2f);
+  if (cycle == 5) session.enable("Laser", false);
+  if (cycle == 6) session.diagnose("DepthCamera", false);
+  if (cycle == 7) session.setFault(robot::parseFault("FrontSonar:off"));
+  if (cycle == 8) session.setDemand({{"page 1", {"FrontLaser", "BackSonar"}}});
+  if (cycle == 9) session.unsubscribe("test", {"Sonar", "HoleLaser"});
+  if (cycle == 10) session.enable("Laser", true);
+  if (cycle == 11) session.diagnose("DepthCamera", true);
+  if (cycle == 12) session.setFault(robot::parseFault("DepthCamera:delayed"));
+  if (cycle == 14) session.subscribe("another", {"Sonar"});
+  if (cycle == 16) session.setFault(robot::parseFault("RightLaser:garbage"));
+  if (cycle == 18) session.clearFault("FrontSonar");
+  if (cycle == 20) session.setDemand({});
+}
+
+/** Copies a recording, each message and metadata as `change` leaves them. */
+void copyBag(const std::string& from, const std::string& to, bool withMetadata,
+             const std::function<void(const BagTopic&, Bytes&)>& change) {
+  BagReader reader(from, BagOrder::file);
+  BagWriter writer(to);
+  std::map<const BagTopic*, std::uint16_t> topics;
+  if (withMetadata) {
+    for (const auto& metadata : reader.getMetadata())
+      if (metadata.name == "qv") writer.addMetadata(metadata.name, metadata.values);
+  }
+  while (const auto message = reader.next()) {
+    const auto known = topics.find(message->topic);
+    const auto topic = known != topics.end() ? known->second : writer.addTopic(*message->topic);
+    topics[message->topic] = topic;
+    Bytes data(message->data.begin(), message->data.end());
+    change(*message->topic, data);
+    writer.write(topic, message->logTime, message->publishTime, data);
+  }
+}
+
+geometry_msgs::TransformStamped frameOf(const std::string& parent, const std::string& child,
+                                        const Math::Pose2D& pose) {
+  geometry_msgs::TransformStamped frame{{{}, parent}, child, {}};
+  frame.transform.translation = {pose.x, pose.y, 0.0};
+  frame.transform.rotation = {0.0, 0.0, std::sin(0.5 * pose.theta), std::cos(0.5 * pose.theta)};
+  return frame;
+}
+
+sensor_msgs::PointCloud2 cloudOf(const std::string& frame,
+                                 const std::vector<Math::Position3D>& points) {
+  sensor_msgs::PointCloud2 cloud;
+  cloud.header.frame_id = frame;
+  cloud.height = 1;
+  cloud.width = static_cast<std::uint32_t>(points.size());
+  cloud.fields = {{"x", 0, 7, 1}, {"y", 4, 7, 1}, {"z", 8, 7, 1}};
+  cloud.point_step = sizeof(Math::Position3D);
+  const auto* bytes = reinterpret_cast<const std::uint8_t*>(points.data());
+  cloud.data.assign(bytes, bytes + points.size() * sizeof(Math::Position3D));
+  return cloud;
+}
+
+struct SessionReplayTest : testing::Test {
+  void recordPorter(int cycles) {
+    recordSession(*session::openVirtual("porter", test::busyWorld()), path, cycles, meddle);
+  }
+
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "run.mcap";
+  const std::string copy = folder / "copy.mcap";
+};
+
+TEST_F(SessionReplayTest, virtualRobotsRecordsComeOutTheSameBitForBit) {
+  recordPorter(40);
+
+  const auto once = compareSession(path);
+  EXPECT_EQ(once.looks, 40);
+  EXPECT_GT(once.records, 300u);
+  EXPECT_EQ(once.difference, "");
+}
+
+TEST_F(SessionReplayTest, simulatedRobotsAndTheirMapsComeOutTheSame) {
+  for (const int kind : {-1, 0, 1}) {
+    session::OpenOptions options;
+    options.map = boost::make_shared<OccupancyMap>(80, 60, 0.1f, Math::Pose2D(-1.0f, 0.5f, 0.3f),
+                                                   std::vector<float>(80 * 60, 0.1234f));
+    recordSession(*session::openSimulated(kind, options), path, 10,
+                  [](session::Session& session, int cycle) {
+                    session.setPose({0.2f * static_cast<float>(cycle), 2.0f, 0.37f});
+                  });
+    const auto comparison = compareSession(path);
+    EXPECT_GT(comparison.records, 9u) << kind;
+    EXPECT_EQ(comparison.difference, "") << kind;
+  }
+}
+
+TEST_F(SessionReplayTest, whatIsPlayedCanBeRecordedAndComesOutTheSameAgain) {
+  recordPorter(15);
+  {
+    SessionReplay replay(path);
+    SessionRecorder recorder(copy, replay.getSession());
+    while (replay.getSession().step()) recorder.show(replay.look());
+  }
+  const auto comparison = compareSession(copy);
+  EXPECT_EQ(comparison.looks, 15);
+  EXPECT_EQ(comparison.difference, "");
+}
+
+TEST_F(SessionReplayTest, theFirstDifferenceIsNamedBySensorTimeAndField) {
+  recordPorter(10);
+  int look = 0;
+  copyBag(path, copy, true, [&](const BagTopic& topic, Bytes& data) {
+    if (topic.name != "/qv/records" || ++look != 4) return;
+    auto records = fromCdr<qv_msgs::Records>(data);
+    for (auto& record : records.records)
+      if (record.sensor_name == "LeftLaser") record.points.at(2).y += 0.5f;
+    data = toCdr(records);
+  });
+
+  EXPECT_THAT(compareSession(copy).difference, HasSubstr("LeftLaser at"));
+  EXPECT_THAT(compareSession(copy).difference, HasSubstr(": points[2].y is "));
+}
+
+TEST_F(SessionReplayTest, otherInputsGiveOtherRecords) {
+  recordPorter(10);
+  int changed = 0;
+  copyBag(path, copy, true, [&](const BagTopic& topic, Bytes& data) {
+    if (topic.name != "/qv/inputs" || changed++ != 60) return;
+    auto inputs = fromCdr<qv_msgs::Inputs>(data);
+    for (std::size_t i = 0; i < inputs.numbers.size(); ++i) inputs.numbers[i] ^= 1LL << 40;
+    data = toCdr(inputs);
+  });
+  ASSERT_GT(changed, 60);
+  EXPECT_NE(compareSession(copy).difference, "");
+}
+
+TEST_F(SessionReplayTest, aRecordingIsPlayedFromAnyPlaceAndBackwards) {
+  recordPorter(20);
+  SessionReplay replay(path);
+  session::Session& sut = replay.getSession();
+  sut.seek(boost::chrono::milliseconds(2500));
+  EXPECT_NEAR(sut.look().recording->time, 2.5, 0.1);
+  sut.seek(boost::chrono::milliseconds(800));
+  EXPECT_NEAR(sut.look().recording->time, 0.8, 0.1);
+  while (sut.step()) ASSERT_FALSE(replay.compare());
+  EXPECT_THROW(sut.drive(1.0f, 0.0f), session::UsageError);
+}
+
+TEST_F(SessionReplayTest, anotherRobotsTopicsMakeItsSensors) {
+  recordPorter(20);
+  copyBag(path, copy, false, [](const BagTopic&, Bytes&) {});
+
+  SessionReplay replay(copy);
+  EXPECT_FALSE(replay.isOwn());
+  replay.begin();
+  std::map<std::string, std::size_t> points;
+  while (replay.getSession().step()) {
+    for (const auto& record : session::recordsOf(replay.look()))
+      points[record.sensorName] += record.points.size();
+  }
+  for (const char* const sensor : {"FrontLaser_scan", "FrontSonar_range", "BlindZone_contact",
+                                   "DepthCamera_image", "FrontLaser_points"})
+    EXPECT_GT(points[sensor], 0u) << sensor;
+}
+
+TEST_F(SessionReplayTest, anotherRobotsRunCanBeRecordedAndComesOutTheSame) {
+  const std::string again = folder / "again.mcap";
+  recordPorter(20);
+  copyBag(path, copy, false, [](const BagTopic&, Bytes&) {});
+  {
+    SessionReplay replay(copy);
+    SessionRecorder recorder(again, replay.getSession());
+    replay.begin();
+    while (replay.getSession().step()) recorder.show(replay.getSession().look());
+  }
+  const auto comparison = compareSession(again);
+  EXPECT_GT(comparison.records, 500u);
+  EXPECT_EQ(comparison.difference, "");
+}
+
+// Each cloud has an obstacle 2 m ahead of the robot, and a point that says nothing.
+TEST_F(SessionReplayTest, cloudsArePlacedWhateverFrameTheyAreIn) {
+  constexpr float kHalfTurn = std::numbers::pi_v<float>;
+  const std::pair<std::string, Math::Position3D> clouds[] = {
+      {"map", {5.0f, 4.0f, 0.3f}}, {"beacon", {-5.0f, -5.0f, 0.3f}}, {"lidar", {1.5f, 0.0f, 0.3f}}};
+  for (const auto& [frame, point] : clouds) {
+    {
+      BagWriter bag(path);
+      const auto tf = bag.addTopic(makeBagTopic("/tf", tf2_msgs::TFMessage::getType()));
+      const auto points = bag.addTopic(makeBagTopic("/cloud", sensor_msgs::PointCloud2::getType()));
+      bag.write(tf, 1,
+                tf2_msgs::TFMessage{{frameOf("map", "odom", {1.0f, 0.0f, 0.0f}),
+                                     frameOf("odom", "base_link", {4.0f, 2.0f, kHalfTurn / 2}),
+                                     frameOf("map", "beacon", {0.0f, -1.0f, kHalfTurn}),
+                                     frameOf("base_link", "lidar", {0.5f, 0.0f, 0.0f})}});
+      for (const std::uint64_t time : {2, 3}) bag.write(points, time, cloudOf(frame, {point, {}}));
+    }
+    SessionReplay replay(path);
+    replay.begin();
+    while (replay.getSession().step()) {
+    }
+    const auto records = session::recordsOf(replay.look());
+    ASSERT_EQ(records.size(), 1u) << frame;
+    ASSERT_EQ(records[0].points.size(), 1u) << frame;
+    EXPECT_NEAR(records[0].points[0].x, 2.0f, 0.02f) << frame;
+    EXPECT_NEAR(records[0].points[0].y, 0.0f, 0.02f) << frame;
+  }
+}
+
+// The first clouds come before the robot is placed: where it was first is known from the start.
+TEST_F(SessionReplayTest, aTopicThatBeginsAfterAMinuteIsPlayedToo) {
+  {
+    BagWriter bag(path);
+    const auto tf = bag.addTopic(makeBagTopic("/tf", tf2_msgs::TFMessage::getType()));
+    const auto early = bag.addTopic(makeBagTopic("/early", sensor_msgs::PointCloud2::getType()));
+    const auto late = bag.addTopic(makeBagTopic("/late", sensor_msgs::PointCloud2::getType()));
+    bag.addTopic(makeBagTopic("/never", sensor_msgs::PointCloud2::getType()));
+    for (const std::uint64_t second : {1, 40, 50, 60}) {
+      const auto x = static_cast<float>(second);
+      for (const std::uint64_t time : {second * kSecond, second * kSecond + kSecond / 2})
+        bag.write(second > 55 ? late : early, time, cloudOf("odom", {{x + 2.0f, 0.0f, 0.5f}}));
+      bag.write(tf, second * kSecond + kSecond,
+                tf2_msgs::TFMessage{{frameOf("odom", "base_link", {x, 0.0f, 0.0f})}});
+    }
+  }
+  SessionReplay replay(path);
+  replay.begin();
+  EXPECT_THAT(replay.getSession().getManager().getSensorList(),
+              testing::ElementsAre("early", "late"));
+  std::map<std::string, std::vector<float>> met;
+  while (replay.getSession().step()) {
+    for (const auto& record : session::recordsOf(replay.look()))
+      if (!record.points.empty()) met[record.sensorName].push_back(record.points[0].x);
+  }
+  ASSERT_THAT(met, testing::UnorderedElementsAre(testing::Key("early"), testing::Key("late")));
+  EXPECT_NEAR(met["early"][0], 2.0f, 0.01f);
+}
+
+// A chunk that was damaged took it away.
+TEST_F(SessionReplayTest, aLookWhosePointsAreMissingIsLeftOut) {
+  recordPorter(10);
+  int changed = 0;
+  copyBag(path, copy, true, [&](const BagTopic& topic, Bytes& data) {
+    if (topic.name != "/DepthCamera/image_points" || ++changed != 5) return;
+    auto points = fromCdr<qv_msgs::ImagePoints>(data);
+    points.image_time += 1;
+    data = toCdr(points);
+  });
+  EXPECT_GT(changed, 5);
+  EXPECT_EQ(compareSession(copy).looks, 9);
+  EXPECT_EQ(compareSession(copy).difference, "");
+}
+
+TEST_F(SessionReplayTest, whatCanNotBePlayedIsRefusedByALineThatSaysWhy) {
+  { BagWriter(path).addTopic(makeBagTopic("/text", std_msgs::String::getType())); }
+  EXPECT_THAT([&] { SessionReplay replay(path); },
+              testing::ThrowsMessage<std::runtime_error>(StartsWith(
+                  path + ": a topic of LaserScan, Range, a depth Image or PointCloud2")));
+  { BagWriter(path).addMetadata("qv", {{"version", "2"}}); }
+  EXPECT_THAT([&] { SessionReplay replay(path); },
+              testing::ThrowsMessage<std::runtime_error>(
+                  path + ": a recording of version 1 expected, version \"2\" given"));
+}
+
+}  // namespace
+}  // namespace QV::ros2

@@ -1,1 +1,0 @@
-target_link_libraries(${name}_tests PRIVATE qv_apps)
