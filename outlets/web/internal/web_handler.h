@@ -26,7 +26,7 @@ class QV_API WebClient {
   const std::string protocol;
 };
 
-/** What a server does with its WebSockets. Called on the server's thread, one call at a time. */
+/** The handler of a server's WebSockets. Called on the server's thread, one call at a time. */
 class QV_API WebHandler {
  public:
   WebHandler() = default;

@@ -14,7 +14,7 @@ namespace QV::outlets {
 class WebOutlet : public Outlet {
  public:
   virtual std::vector<std::string> getProtocols() const = 0;
-  /** What there is to GET at a path; nothing if there is none. */
+  /** Finds what there is to GET at a path; nothing if there is none. */
   virtual std::optional<std::string> findContent(const std::string&) const { return std::nullopt; }
 
   virtual void onOpen(const std::shared_ptr<WebClient>& client) = 0;

@@ -29,10 +29,10 @@ class SessionTeller : public session::SessionListener {
                 const GraphRobotOptions& options, std::function<void()> onTick);
   ~SessionTeller() override { finish(); }
 
-  /** What nobody tells by himself: joints, and a body without steps. */
+  /** Tells what nobody tells by himself: joints, and a body without steps. */
   void goOn();
   void show(const session::Snapshot& snapshot);
-  /** Whether somebody reads what a snapshot becomes. */
+  /** True if somebody reads what a snapshot becomes. */
   bool isWatched() const { return sink.hasReaders(firstRecordTopic, lastRecordTopic); }
   void finish();
 
@@ -43,7 +43,7 @@ class SessionTeller : public session::SessionListener {
 
  private:
   using Time = ko::Clock::time_point;
-  /** Before any time at which something may be due. */
+  /** A time before any at which something may be due. */
   static constexpr Time kNever{ko::Duration{-1'000'000'000'000}};
 
   void xOpen();
