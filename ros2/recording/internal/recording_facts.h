@@ -16,7 +16,7 @@ struct RecordingFacts {
   /** The name of the metadata record that says how a virtual robot's world was. */
   static constexpr char kWorldName[] = "qv_world";
 
-  /** "virtual", "log", or "simulated" and the number of the kind. */
+  /** "virtual", "log", "heard", or "simulated" and the number of the kind. */
   std::string sort;
   std::string title;
   session::Frame frame = session::Frame::robot;
