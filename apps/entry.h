@@ -5,12 +5,12 @@
 namespace QV::app {
 
 /**
- * What the program itself calls: runProgram without anything of one's own. It finds this in the
- * library by kEntry, so that it need not load it for what it can say alone.
+ * Runs the program itself: runProgram without anything of one's own. It finds this in the library
+ * by kEntry, so that it need not load it for what it can say alone.
  */
 QV_API int runQvsensors(int argc, const char* const* argv);
 
-/** Its name to the linker. */
+/** The linker's name of it. */
 inline constexpr char kEntry[] = "_ZN2QV3app12runQvsensorsEiPKPKc";
 
 }  // namespace QV::app

@@ -19,7 +19,10 @@ std::string folderOfProgram() {
   return std::string(whole.substr(0, whole.rfind('/') + 1));
 }
 
-/** Where it was installed or built with the program, or else where the system has it. */
+/**
+ * Loads it from where it was installed or built with the program, or else from where the system has
+ * it.
+ */
 void* load() {
   for (const char* const folder : {"../" QV_LIBRARY_FOLDER "/", "../lib/"}) {
     const std::string beside = folderOfProgram() + folder + QV_PROGRAM_LIBRARY;

@@ -29,7 +29,7 @@ std::string describeUnknown(const CLI::App& command, const std::vector<std::stri
   return "no option " + name + (similar ? "; did you mean " + *similar + "?" : "");
 }
 
-/** Of "--noise: 1 required FLOAT missing". */
+/** Describes "--noise: 1 required FLOAT missing". */
 std::string describeMissing(const std::string& text) {
   const std::string before = ": 1 required ";
   const auto begin = text.find(before);

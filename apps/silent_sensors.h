@@ -9,7 +9,7 @@
 
 namespace QV::app {
 
-/** What the program ends with if a sensor gave nothing, or the robot did not arrive. */
+/** The status of a program in which a sensor gave nothing, or the robot did not arrive. */
 constexpr int kNotAll = 1;
 
 using SilentSensors = std::vector<outlets::SilentSensor>;

@@ -119,7 +119,7 @@ void printJson(outlets::Format format, const CheckedSensors& sensors, Descriptio
   list.finish();
 }
 
-/** Where a robot can't be built, tells what its description alone shows. */
+/** Opens the session; where a robot can't be built, tells what its description alone shows. */
 std::unique_ptr<session::Session> openSession(const CommonOptions& options,
                                               outlets::Format format) {
   try {

@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::uint64_t kMostPeople = 1000;
 
-/** What is wrong is what `option` says. */
+/** Runs the action; what is wrong then is what `option` says. */
 template <typename Action>
 auto naming(const char* option, const Action& action) {
   try {
@@ -83,7 +83,7 @@ void setLimits(sensor::SensorManager& manager, const std::vector<std::string>& l
   }
 }
 
-/** Of --robot, where it only describes one; empty without it. */
+/** Returns the description of --robot, where it only describes a robot; empty without it. */
 std::string descriptionOf(const CommonOptions& options) {
   if (!options.robot) return {};
   const auto& kinds = options.robots.sensors.getKinds();

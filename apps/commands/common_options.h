@@ -18,11 +18,11 @@ namespace QV::app {
 
 /** The options that several commands share. */
 struct CommonOptions {
-  /** What the options leave open. */
+  /** The settings that the options leave open. */
   session::OpenOptions robots;
   int kind = 1;
   std::optional<std::string> robot;
-  /** In place of a simulated or virtual robot. */
+  /** The robot of a graph, in place of a simulated or virtual one. */
   HeardArguments heard;
   std::optional<std::string> map;
   std::uint64_t seed = 1;
@@ -46,11 +46,11 @@ struct CommonOptions {
       session::TimeSource time = session::TimeSource::simulated) const;
   /** Says on standard error where the robot stands that nobody has put anywhere. */
   void notePose(const session::Session& session) const;
-  /** Where the description lies that --robot names. */
+  /** Finds where the description lies that --robot names. */
   std::string findRobot() const;
-  /** Of the robot that a graph tells of. */
+  /** Describes the robot that a graph tells of. */
   std::string describeHeard() const;
-  /** What was subscribed to, or every family. UsageError for a name that doesn't exist. */
+  /** Returns what was subscribed to, or every family. UsageError for a name that doesn't exist. */
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };
 
@@ -65,14 +65,14 @@ std::shared_ptr<Options> optionsFor(const session::OpenOptions& robots) {
 /** A check of an option's value: what is wrong with an empty one, nothing for any other. */
 std::string namesAFile(const std::string& path);
 
-/** Likewise, what is wrong with a text that is no whole number within these limits. */
+/** Says what is wrong with a text that is no whole number within these limits. */
 std::function<std::string(const std::string&)> wholeNumber(std::uint64_t least, std::uint64_t most);
 
-/** What --format may be of commands that give records. */
+/** The values of --format of commands that give records. */
 inline constexpr char kRecordFormats[] =
     "table; json: an array of records; jsonl: a record per line; csv: a point per line";
 
-/** Of commands that list. */
+/** The formats of commands that list. */
 inline const std::vector<outlets::Format> kListFormats{
     outlets::Format::table, outlets::Format::json, outlets::Format::jsonl};
 
@@ -84,7 +84,7 @@ void addSubscriptions(CLI::App& command, CommonOptions& options);
 void addPose(CLI::App& command, CommonOptions& options);
 void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats);
 
-/** What the options subscribe to, once every sensor has had the time for a record. */
+/** Reads what the options subscribe to, once every sensor has had the time for a record. */
 session::Snapshot readOnce(session::Session& session, const CommonOptions& options);
 
 }  // namespace QV::app

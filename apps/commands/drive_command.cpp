@@ -144,7 +144,7 @@ std::string whyAstray(const OccupancyMap& map, const Math::Pose2D& goal) {
   return "something is in its way, or it is too fast";
 }
 
-/** Whether the robot arrived. */
+/** True if the robot arrived. */
 bool checkArrival(const session::TimedPath& path, const session::Snapshot& last) {
   const Math::Pose2D goal = path.poseAt(path.getDuration());
   const Math::Pose2D off = Math::pinv(goal) * last.pose;

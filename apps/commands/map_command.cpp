@@ -22,7 +22,7 @@ namespace {
 
 using outlets::Json;
 
-/** What a box parallel to the world's axes holds. Metres. */
+/** The extent of a box parallel to the world's axes. Metres. */
 struct Extent {
   Math::Position2D least;
   Math::Position2D most;
@@ -41,7 +41,7 @@ Extent extentOf(const OccupancyMap& map) {
   return extent;
 }
 
-/** Of its cells, what is as good as free for whoever drives, what is unknown, and the rest. */
+/** The shares of its cells: as good as free for whoever drives, unknown, and the rest. */
 struct Shares {
   double free = 0.0;
   double unknown = 0.0;

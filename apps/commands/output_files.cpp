@@ -34,7 +34,7 @@ std::shared_ptr<outlets::Outlet> makeRecordFile(const std::string& path, session
 }
 
 struct Format {
-  /** Of a file's name. */
+  /** The ending of a file's name. */
   const char* ending;
   std::shared_ptr<outlets::Outlet> (*make)(const std::string& path, session::Session& session,
                                            bool wantsAll);

@@ -59,7 +59,7 @@ struct Verdict {
   bool isDamaged = false;
 };
 
-/** What there is to see at each step, as far as the options want it, or at the end. */
+/** Takes what there is to see at each step, as far as the options want it, or at the end. */
 using Take = std::function<void(PlayedSession&)>;
 
 void showOnGraph(GraphOption& graph, const PlayedSession& run) {

@@ -53,7 +53,7 @@ void checkRange(const StreamOptions& options) {
     throw session::UsageError("--for: seconds from 0 to 1000000000 expected");
 }
 
-/** What is so at the end, once somebody or --for has ended it. */
+/** Streams, and returns what is so at the end, once somebody or --for has ended it. */
 session::Snapshot streamOn(const StreamOptions& options, session::Session& session,
                            outlets::Outlet& outlet, std::set<std::string>& heard) {
   MachinePace pace(speedOf(options));

@@ -11,14 +11,15 @@ namespace QV::app {
 struct OptionRow {
   /** "-o", "--output"; of an argument none. */
   std::vector<std::string> names = {};
-  /** What stands for its value in texts, as FILE; of a flag empty, of an argument its own name. */
+  /** The word that stands for its value in texts, as FILE; of a flag empty, of an argument its
+   * own name. */
   std::string value = {};
   /** The values that there are to choose from, if that is known. */
   std::vector<std::string> choices = {};
-  /** Whether its value may be a file. */
+  /** True if its value may be a file. */
   bool takesFile = false;
   std::string description = {};
-  /** What holds without it; empty if that goes without saying. */
+  /** The value that holds without it; empty if that goes without saying. */
   std::string standard = {};
 };
 
@@ -37,7 +38,7 @@ CommandRow tableOf(const CLI::App& app);
 
 /** Words with `gap` between them. */
 std::string joinedBy(const std::string& gap, const std::vector<std::string>& words);
-/** Its names joined by `gap`. */
+/** Joins its names by `gap`. */
 std::string pathOf(const CommandRow& command, const std::string& gap);
 
 }  // namespace QV::app

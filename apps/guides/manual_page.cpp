@@ -11,7 +11,7 @@ constexpr char kStatus[] =
     "drive did not arrive, 2 with one line on standard error when the program can't do what it was "
     "asked for, 128 and the signal's number after an interruption.";
 
-/** As roff takes it: no character of it is an order, and a hyphen is a hyphen. */
+/** Writes a text as roff takes it: no character of it is an order, and a hyphen is a hyphen. */
 std::string plain(const std::string& text) {
   std::string result;
   for (const char c : text) {

@@ -5,7 +5,7 @@
 namespace QV::app {
 namespace {
 
-/** Within single quotes, where brackets and colons have a meaning of their own. */
+/** Quotes a text within single quotes, where brackets and colons have a meaning of their own. */
 std::string zshQuoted(const std::string& text) {
   std::string result;
   for (const char c : text) {

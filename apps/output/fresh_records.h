@@ -14,7 +14,7 @@ class FreshRecords {
   session::Snapshot take(session::Snapshot snapshot);
 
  private:
-  /** By the sensor that a record names: when its last one was made. */
+  /** The time of the last record, by the sensor that it names. */
   std::map<std::string, ko::Clock::time_point> told;
 };
 

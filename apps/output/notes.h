@@ -21,11 +21,11 @@ class LogScope {
   LogScope& operator=(const LogScope&) = delete;
 };
 
-/** What the options say, or else warning. */
+/** Returns what the options say, or else warning. */
 ko::log::Level getLogLevel();
-/** Whether the options say it. */
+/** True if the options say it. */
 bool isLogLevelAsked();
-/** Whether only what goes wrong is to be said. */
+/** True if only what goes wrong is to be said. */
 bool isQuiet();
 
 /** Says a line on standard error, unless it is to be quiet. */

@@ -12,11 +12,11 @@
 
 namespace QV::app {
 
-/** What each sensor has reported over a session. */
+/** The sum of what each sensor has reported over a session. */
 class SessionSummary {
  public:
   void add(const session::Snapshot& snapshot);
-  /** Those that should have given something over the run and its end; see findSilent. */
+  /** Finds those that should have given something over the run and its end; see findSilent. */
   SilentSensors findSilent(const session::Snapshot& end) const;
   /** A table: sensor, family, records, points, nearest obstacle; and who was silent. */
   void print(std::ostream& out, const SilentSensors& silent = {}) const;

@@ -16,7 +16,7 @@ namespace QV::app {
 
 namespace {
 
-/** What is no name or value is the command line's fault. */
+/** Makes it; what is no name or value is the command line's fault. */
 template <typename Make>
 auto asUsage(const Make& make) {
   try {

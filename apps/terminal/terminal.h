@@ -8,7 +8,7 @@
 
 namespace QV::app {
 
-/** In characters. */
+/** The size of a screen, in characters. */
 struct ScreenSize {
   int columns;
   int rows;
@@ -30,7 +30,7 @@ class Terminal {
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  /** As of now; 80 by 24 for one that does not say. */
+  /** The present size; 80 by 24 for a terminal that does not say. */
   ScreenSize getSize() const;
 
   /** std::runtime_error if the terminal takes nothing more. */

@@ -10,7 +10,7 @@ namespace {
 
 using SharedHandle = std::shared_ptr<SessionHandle>;
 
-/** What a session is opened with, of Python's words. */
+/** Makes the options of a session from Python's words. */
 session::OpenOptions optionsFrom(const py::object& map, std::optional<Math::Pose2D> start,
                                  bool simulatedTime) {
   session::OpenOptions options;

@@ -66,6 +66,8 @@ class QV_API SessionReplay {
   /** Returns how many looks were recorded, as far as the recording still says; another robot's
    * has none. */
   std::optional<std::uint64_t> getLookCount() const;
+  /** Returns how many looks so far were passed over, as not all of their records can be read. */
+  std::uint64_t countLeftOut() const;
   /** The damage of the recording that was met so far. */
   const BagDamage& getDamage() const;
 
@@ -76,7 +78,8 @@ class QV_API SessionReplay {
   std::unique_ptr<session::Session> session;
 };
 
-/** Whether a path is a recording's, by what stands there; a name says what a damaged one should be.
+/**
+ * True if a path is a recording's, by what stands there; a name says what a damaged one should be.
  */
 QV_API bool isRecording(const std::string& path);
 

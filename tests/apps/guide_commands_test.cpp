@@ -8,9 +8,9 @@ namespace QV::app {
 namespace {
 
 struct Completion {
-  /** Of a command line; the last one is begun. */
+  /** The words of a command line; the last one is begun. */
   std::string words;
-  /** What it may go on with. */
+  /** The words that it may go on with. */
   std::string expected;
 };
 

@@ -34,7 +34,7 @@ inline Result run(std::vector<std::string> arguments) {
   return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
 }
 
-/** What a command of bash writes on standard output. */
+/** Returns what a command of bash writes on standard output. */
 inline std::string shellOutput(const std::string& command) {
   const std::string file = testing::TempDir() + "/shell" + std::to_string(getpid());
   const std::string words = "bash >" + file + " <<'END'\n" + command + "\nEND\n";

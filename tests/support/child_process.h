@@ -34,7 +34,7 @@ class ChildProcess {
 
   void signal(int number) const { ::kill(pid, number); }
 
-  /** Until a signal has stopped it. */
+  /** Waits until a signal has stopped it. */
   void awaitStop() const { waitpid(pid, nullptr, WUNTRACED); }
 
   /** The exit status, or -1 for a process that a signal ended. */

@@ -30,7 +30,7 @@ class QV_API RecordWriter {
  public:
   RecordWriter(std::ostream& out, Format format);
 
-  /** In the order of the sensors' names. */
+  /** Writes records in the order of the sensors' names. */
   void write(const session::Snapshot& snapshot);
   /** Stands in a table; other formats hold records alone. */
   void addSilent(const SilentSensor& sensor);

@@ -16,7 +16,7 @@ class QV_API Table {
   explicit Table(const std::vector<std::string>& header);
   /** Missing cells are empty. */
   void add(std::vector<std::string> row);
-  /** These columns go first, in this order, where there is no room for all. */
+  /** Lets these columns go first, in this order, where there is no room for all. */
   void dropFirst(std::vector<std::string> titles) { droppable = std::move(titles); }
 
   /**

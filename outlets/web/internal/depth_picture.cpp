@@ -21,7 +21,7 @@ std::vector<int> countPixels(const cv::Mat_<int>& labels, int labelCount) {
   return counts;
 }
 
-/** For each label the number of the component that it is, counted from 0; -1 for none. */
+/** Returns for each label the number of the component that it is, counted from 0; -1 for none. */
 std::vector<int> numberComponents(const std::vector<int>& counts, int smallest, int& components) {
   std::vector<int> numbers(counts.size(), -1);
   for (std::size_t label = 1; label < counts.size(); ++label) {

@@ -16,7 +16,7 @@ namespace QV::detail {
  */
 QV_API cv::Mat decodePng(std::string_view bytes);
 
-/** Likewise the other way, fast rather than small; 8 bits a sample. */
+/** Encodes an image, fast rather than small; 8 bits a sample. */
 QV_API std::string encodePng(const cv::Mat& image);
 
 }  // namespace QV::detail
