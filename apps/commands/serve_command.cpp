@@ -62,13 +62,13 @@ bool serveSession(ServeOptions& options, session::Session& session, ko::log::Log
   if (options.record.isAsked() || options.graph.isAsked()) server.add(files);
   if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session.getManager()));
   warnIfOpen(server, options.server.address);
-  std::cout << session.getTitle() << " at " << server.getUrl() << std::endl;
+  options.record.getSummaryStream() << session.getTitle() << " at " << server.getUrl() << std::endl;
   while (!isInterrupted()) {
     options.graph.obey();
     server.runBriefly();
   }
   files->finish();
-  return options.record.report(std::cout);
+  return options.record.report(options.record.getSummaryStream());
 }
 
 bool serve(ServeOptions& options) {

@@ -31,7 +31,7 @@ class PlayedSession {
 
   /** Compares the records as they are with those that were recorded; a log has none: UsageError. */
   std::optional<ros2::RecordDifference> compare() const;
-  /** Looks that were recorded and have not come up in all of it, as far as that is known. */
+  /** Looks that were recorded and have not come up so far, as far as that is known. */
   std::uint64_t countMissing() const;
   /** True if something of it could not be read. */
   bool isDamaged() const;

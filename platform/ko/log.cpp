@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <atomic>
 #include <map>
-#include <memory>
 #include <mutex>
 #include <shared_mutex>
 #include <vector>

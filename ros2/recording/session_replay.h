@@ -66,6 +66,8 @@ class QV_API SessionReplay {
   /** Returns how many looks were recorded, as far as the recording still says; another robot's
    * has none. */
   std::optional<std::uint64_t> getLookCount() const;
+  /** Returns how many looks so far were passed over, as not all of their records can be read. */
+  std::uint64_t countLeftOut() const;
   /** The damage of the recording that was met so far. */
   const BagDamage& getDamage() const;
 

@@ -93,6 +93,7 @@ TEST_F(RecordingTest, whatCouldNotBeComparedIsNotTheSame) {
     EXPECT_EQ(result.status, 1) << result.error;
     EXPECT_THAT(result.out, HasSubstr(expected));
   }
+  EXPECT_THAT(run({"replay", damaged}).error, HasSubstr(" looks are left out"));
 }
 
 TEST_F(RecordingTest, aLoopShowsEachPassAsItComes) {

@@ -25,6 +25,7 @@ class QV_API FoxgloveFeed : public WebOutlet {
   /** Feeds viewers of a session. With a queue, which must outlive it, they may drive. The
    * session must outlive it, too. */
   explicit FoxgloveFeed(session::Session& robot, RequestQueue* requests = nullptr);
+  ~FoxgloveFeed() override;
 
   std::vector<std::string> getProtocols() const override {
     return {"foxglove.websocket.v1", "foxglove.sdk.v1"};

@@ -11,7 +11,7 @@
 namespace QV::ros2 {
 
 /** The orders that others give a robot: velocities, where it is, where it is to go. */
-class GraphOrders {
+class QV_API GraphOrders {
  public:
   /** `node` must outlive it. */
   GraphOrders(GraphNode& node, const FrameNames& names, const GraphRobotOptions& options);

@@ -10,6 +10,7 @@
 #include "ros2/link/graph_robot.h"
 #include "ros2/link/internal/graph_sink.h"
 #include "ros2/link/internal/joint_topics.h"
+#include "ros2/link/internal/simulated_topics.h"
 #include "ros2/recording/internal/driver_topics.h"
 #include "ros2/recording/internal/frame_topics.h"
 #include "ros2/recording/internal/record_topics.h"
@@ -66,6 +67,7 @@ class SessionTeller : public session::SessionListener {
   JointTopics joints;
   const std::size_t firstRecordTopic;
   RecordTopics records;
+  std::optional<SimulatedTopics> simulated;
   std::size_t lastRecordTopic = 0;
   std::optional<DriverTopics> drivers;
   robot::BodyStep step;

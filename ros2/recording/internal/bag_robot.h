@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
@@ -23,6 +24,9 @@ class BagRobot : public session::SessionRobot {
   virtual const BagReader& getBag() const = 0;
   /** The records that were recorded at this moment; null if none were. */
   virtual const std::vector<Math::MetricalData>* getRecorded() const { return nullptr; }
+  /** Returns how many moments were passed over so far, as not all of their records could be read.
+   */
+  virtual std::uint64_t countLeftOut() const { return 0; }
   /** True if a sensor has been told something by the last step, and not before only. */
   virtual bool isNew(const std::string&) const { return true; }
 };

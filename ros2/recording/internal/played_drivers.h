@@ -59,8 +59,11 @@ class PlayedDrivers : public PlayedRobot {
   void xTell(const SessionInputs& told);
   void xWrite(const InputWrite& write);
   void xAwaitOther();
+  bool xIsOnBeat(const SessionInputs& told) const;
 
   const bool isLog;
+  /** Of a robot whose drivers were messages: it was told all, at any moment. */
+  const bool wasHeard;
   const boost::shared_ptr<QVBroker> broker = QVBroker::create();
   const Model::Robot model;
   const boost::shared_ptr<robot::MemoryService> memory;

@@ -34,6 +34,7 @@ class PlayedRobot : public BagRobot {
   const BagReader& getBag() const override { return reader->getBag(); }
   ko::Clock::time_point getStart() const override;
   const std::vector<Math::MetricalData>* getRecorded() const override;
+  std::uint64_t countLeftOut() const override { return reader->countLeftOut(); }
 
  protected:
   SessionReader& getReader() const { return *reader; }

@@ -3,6 +3,8 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
@@ -61,7 +63,7 @@ class QV_API RecordTopics {
   bool hasNewViews = false;
   bool hasShownPeople = false;
   qv_msgs::SensorStates lastStates;
-  std::map<std::string, sensor::HealthState> lastHealth;
+  std::vector<std::pair<std::string, sensor::HealthState>> lastHealth;
 };
 
 }  // namespace QV::ros2

@@ -16,7 +16,7 @@ struct RecordingFacts {
   /** The name of the metadata record that says how a virtual robot's world was. */
   static constexpr char kWorldName[] = "qv_world";
 
-  /** "virtual", "log", or "simulated" and the number of the kind. */
+  /** "virtual", "log", "heard", or "simulated" and the number of the kind. */
   std::string sort;
   std::string title;
   session::Frame frame = session::Frame::robot;
@@ -36,6 +36,8 @@ RecordingFacts factsOf(session::Session& session);
 
 /** The name of an attachment with a map's cells as floats, where the map's message rounds them. */
 constexpr char kExactMap[] = "map.f32";
+/** The robot's description as it was read, where viewers are given another. */
+constexpr char kExactDescription[] = "robot.urdf";
 
 BagAttachment exactMapOf(const OccupancyMap& map);
 /** std::runtime_error for bytes that are no map. */

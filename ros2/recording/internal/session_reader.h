@@ -55,6 +55,8 @@ class SessionReader {
   /** Null if there is none. */
   const boost::shared_ptr<OccupancyMap>& getMap() const { return map; }
   const BagReader& getBag() const { return bag; }
+  /** Looks so far whose points are missing. */
+  std::uint64_t countLeftOut() const { return leftOut; }
 
   /** Reads until all inputs up to `time` are in the queue. */
   void readInputsTo(ko::Clock::time_point time);
@@ -95,6 +97,7 @@ class SessionReader {
   /** The last few images by topic. */
   std::map<std::string, std::deque<SessionImage>> recentImages;
   ko::Clock::time_point lastInput;
+  std::uint64_t leftOut = 0;
 };
 
 }  // namespace QV::ros2

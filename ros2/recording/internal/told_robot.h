@@ -34,6 +34,7 @@ class ToldRobot : public BagRobot {
   session::Frame getFrame() const override { return session::Frame::robot; }
   boost::shared_ptr<const OccupancyMap> getMap() const override { return map; }
   Math::Pose2D getPose() const override { return modules.getPose(); }
+  Math::Pose2D getVelocity() const override { return modules.getVelocity(); }
   float getRadius() const override { return 0.25f; }
   /** Each sensor by itself: the manager's refresh would miss steps, and read others twice. */
   std::vector<Math::MetricalData> getRecords() override;

@@ -82,6 +82,7 @@ class QV_API TopicSurveyor {
   void take(const ToldMessage& message);
   /** True if every topic that makes a sensor has spoken. */
   bool isComplete() const { return missing.empty(); }
+  bool hasOdometry() const { return !survey.odometryTopic.empty(); }
   /** std::runtime_error if no topic makes a sensor. Once. */
   TopicSurvey make();
 
