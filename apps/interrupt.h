@@ -2,13 +2,22 @@
 
 namespace QV::app {
 
-/** From now on SIGINT and SIGTERM ask for an end instead of ending the program. */
+/** Lets SIGINT and SIGTERM ask for an end, from now on, instead of ending the program. */
 void catchInterrupts();
 
-/** Whether somebody has asked for an end. Safe from any thread. */
+/** True if somebody has asked for an end. Thread-safe. */
 bool isInterrupted();
 
-/** What a shell expects of a program that was interrupted: 128 and the signal's number. */
+/** Lets SIGTSTP ask for a stop, from now on, instead of stopping the program. */
+void catchStops();
+/** SIGTSTP stops the program again. */
+void letStops();
+/** True if somebody has asked for a stop since the last call. */
+bool takeStop();
+/** Stops the program, until somebody lets it go on. */
+void stopHere();
+
+/** Returns what a shell expects of a program that was interrupted: 128 and the signal's number. */
 int getInterruptStatus();
 
 }  // namespace QV::app

@@ -1,5 +1,6 @@
 #include "apps/program.h"
 
+#include <cerrno>
 #include <exception>
 #include <iostream>
 #include <string>
@@ -7,7 +8,11 @@
 #include <CLI/CLI.hpp>
 
 #include "apps/commands/commands.h"
+#include "apps/entry.h"
 #include "apps/interrupt.h"
+#include "apps/output/notes.h"
+#include "apps/parse_errors.h"
+#include "platform/ko/internal/write_error.h"
 #include "platform/ko/log.h"
 #include "session/usage_error.h"
 
@@ -16,14 +21,16 @@ namespace QV::app {
 // A new command is a file, and its name here.
 AddCommand addListCommand, addReadCommand, addPlotCommand, addDriveCommand, addCheckCommand,
     addWatchCommand, addServeCommand, addReplayCommand, addInfoCommand, addRecoverCommand,
-    addRos2Command;
+    addRos2Command, addStreamCommand, addMapCommand, addHelpCommand, addCompletionCommand,
+    addManualCommand;
 
 namespace {
 
-constexpr AddCommand* kCommands[] = {addListCommand,    addReadCommand,   addPlotCommand,
-                                     addDriveCommand,   addCheckCommand,  addWatchCommand,
-                                     addServeCommand,   addReplayCommand, addInfoCommand,
-                                     addRecoverCommand, addRos2Command};
+constexpr AddCommand* kCommands[] = {
+    addListCommand,  addReadCommand,    addPlotCommand,       addDriveCommand,
+    addCheckCommand, addWatchCommand,   addServeCommand,      addReplayCommand,
+    addInfoCommand,  addRecoverCommand, addRos2Command,       addStreamCommand,
+    addMapCommand,   addHelpCommand,    addCompletionCommand, addManualCommand};
 
 constexpr int kFailure = 2;
 
@@ -33,32 +40,30 @@ int fail(const std::string& message) {
   return kFailure;
 }
 
-std::string commandsOf(const CLI::App& program) {
-  std::string names;
-  for (const CLI::App* command : program.get_subcommands({})) {
-    names += (names.empty() ? "" : ", ") + command->get_name();
-  }
-  return names;
-}
-
 // The parser itself would not say what there is.
 void checkCommand(const CLI::App& program, int argc, const char* const* argv) {
   if (argc < 2)
     throw session::UsageError("a command expected; the commands are " + commandsOf(program));
-  if (argv[1][0] == '-') return;
-  for (const CLI::App* command : program.get_subcommands({})) {
-    if (command->get_name() == argv[1]) return;
-  }
+  if (argv[1][0] == '-' || findCommand(program, argv[1])) return;
   throw session::UsageError("no command \"" + std::string(argv[1]) + "\"; the commands are " +
                             commandsOf(program));
 }
 
-std::string describe(const CLI::App& program, const CLI::ParseError& error) {
-  std::string text = error.what();
-  if (error.get_name() == "ConversionError") text += ", a number expected";
-  const auto chosen = program.get_subcommands();
-  return text + " (see qvsensors " + (chosen.empty() ? "" : chosen.front()->get_name() + " ") +
-         "--help)";
+void addLogOptionsToAll(CLI::App& app) {
+  for (CLI::App* const command : app.get_subcommands({})) {
+    addLogOptions(*command);
+    addLogOptionsToAll(*command);
+  }
+}
+
+/** Sets errno if not. */
+bool isOutputWhole() {
+  const bool wasWhole = !!std::cout;
+  // What is left of it fails once more, and that says why.
+  std::cout.clear();
+  errno = 0;
+  std::cout.flush();
+  return wasWhole && std::cout;
 }
 
 // `status` is what the command that runs sets it to.
@@ -70,8 +75,7 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
   } catch (const CLI::ParseError& error) {
     return fail(describe(program, error));
   }
-  std::cout.flush();
-  if (!std::cout) return fail("standard output: can't be written");
+  if (!isOutputWhole()) return fail(ko::detail::cannotWrite("standard output"));
   // Whoever was interrupted on purpose still wants to know of a file that is not whole.
   return isInterrupted() && status != kFailure ? getInterruptStatus() : status;
 }
@@ -82,11 +86,14 @@ int runProgram(int argc, const char* const* argv, const session::OpenOptions& ro
   CLI::App program(
       "Reads a mobile robot's sensors: of simulated and virtual robots in a map of yours.",
       "qvsensors");
-  program.set_version_flag("--version", QV_VERSION);
+  program.set_version_flag("-V,--version", QV_VERSION, "Say which version this is and leave");
   program.require_subcommand(1);
   program.set_help_all_flag("--help-all", "Help of every command");
   int status = 0;
   for (AddCommand* const add : kCommands) add(program, robots, status);
+  addLogOptions(program);
+  addLogOptionsToAll(program);
+  const LogScope log;
   catchInterrupts();
   try {
     checkCommand(program, argc, argv);
@@ -94,6 +101,10 @@ int runProgram(int argc, const char* const* argv, const session::OpenOptions& ro
   } catch (const std::exception& exception) {
     return fail(exception.what());
   }
+}
+
+int runQvsensors(int argc, const char* const* argv) {
+  return runProgram(argc, argv);
 }
 
 }  // namespace QV::app

@@ -60,6 +60,11 @@ SECTIONS = [
      "pieces of 250 kB, and `vs_read`, a plain read through one buffer, by processor time. Goal: `vs_write` of 0.7, `vs_read` of 0.5. "
      "A simulated second of porter with all its sensors and ten looks: `vs_unrecorded`, the same not recorded, by the processor time "
      "of the session's thread (goal 0.87), and `all_vs_unrecorded`, by that of both threads. A minute of it: `vs_json`, how many times as long it is as lines of JSON (goal 20)."),
+    ("ros2", "Messages on a graph", "From a measurement to a reader's callback, on the loopback interface: `vs_bare`, the bare engine's time for the same "
+     "bytes, median and 99th percentile. Goal: 0.8."),
+    ("graph_robot", "Robots on a graph", "A simulated second of porter with all its sensors, on a graph where nobody listens, beside the same without a "
+     "graph (`vs_without`, goal 0.98); of twenty robots on one graph in one process each beside one alone (`vs_alone`, goal 0.83); depth images "
+     "of 320×240 from ten robots at 10 Hz, five seconds of the machine's (goal: none lost). By the processor time of all threads."),
     ("tasks", "Tasks", "Lateness of a task of 10 ms, posts, delayed calls, runs in simulated time."),
     ("model", "Robot description and obstruction", ""),
     ("range", "Range sensors", "Readings a second on the virtual services, and the share of the time spent in the sensor itself."),

@@ -9,7 +9,6 @@
 #include <memory>
 #include <stdexcept>
 #include <string>
-#include <unistd.h>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -18,17 +17,12 @@
 #include "ros2/graph/graph.h"
 #include "ros2/graph/internal/domain_settings.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "tests/ros2/support/own_domain.h"
 
 namespace QV {
 namespace {
 
 using Clock = std::chrono::steady_clock;
-
-ros2::GraphOptions alone() {
-  ros2::GraphOptions options;
-  options.domain = 1 + ::getpid() % 100;
-  return options;
-}
 
 /** A number that a callback raises and this thread waits for. */
 class Arrivals {
@@ -73,8 +67,8 @@ class OwnWay {
   const Message message;
   Arrivals arrivals;
   std::size_t sent = 0;
-  ros2::Graph sending{alone()};
-  ros2::Graph receiving{alone()};
+  ros2::Graph sending{test::aloneOn()};
+  ros2::Graph receiving{test::aloneOn()};
   const std::unique_ptr<ros2::GraphNode> from = sending.createNode("from");
   const std::unique_ptr<ros2::GraphNode> to = receiving.createNode("to");
   std::unique_ptr<ros2::Publisher> publisher;
@@ -98,7 +92,7 @@ const dds_topic_descriptor_t& blobType() {
 class BareWay {
  public:
   explicit BareWay(std::size_t size) : bytes(size, 7) {
-    const std::string settings = ros2::settingsOf(alone());
+    const std::string settings = ros2::settingsOf(test::aloneOn());
     for (dds_domainid_t id : {500u, 501u}) {
       domains.push_back(dds_create_domain(id, settings.c_str()));
       participants.push_back(dds_create_participant(id, nullptr, nullptr));

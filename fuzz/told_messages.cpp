@@ -4,8 +4,8 @@
  */
 #include <array>
 #include <cmath>
-#include <functional>
 
+#include "fuzz/changed_bytes.h"
 #include "fuzz/value_decoder.h"
 #include "platform/ko/log.h"
 #include "platform/ko/simulated_time.h"
@@ -137,19 +137,6 @@ void checkKeys(const ToldModules& modules) {
   check(std::isfinite(pose.x + pose.y + pose.theta), "the robot is nowhere");
 }
 
-/** The message of a topic, some of whose words, or whose end, `next` has changed. */
-Bytes changed(std::size_t topic, const std::function<std::uint8_t()>& next) {
-  constexpr std::size_t kHead = 4;
-  constexpr std::size_t kWord = 4;
-  Bytes cdr = topics()[topic].cdr;
-  for (std::size_t changes = next() % 4; changes > 0; --changes) {
-    const std::size_t at = kHead + (next() * 256u + next()) % (cdr.size() - kHead);
-    for (std::size_t i = at; i < std::min(at + kWord, cdr.size()); ++i) cdr[i] = next();
-  }
-  if (next() % 8 == 0) cdr.resize(cdr.size() - std::min<std::size_t>(next(), cdr.size()));
-  return cdr;
-}
-
 void tellAll(const std::uint8_t* data, std::size_t size) {
   const auto* const end = data + size;
   const auto next = [&] { return data < end ? *data++ : std::uint8_t{0}; };
@@ -161,7 +148,7 @@ void tellAll(const std::uint8_t* data, std::size_t size) {
     surveyor.expect(nameOf(i), topics()[i].type->getName());
   while (data < end) {
     const std::size_t topic = next() % topics().size();
-    const Bytes cdr = changed(topic, next);
+    const Bytes cdr = changed(topics()[topic].cdr, next);
     const std::string name = nameOf(topic);
     const ToldMessage message{name, topics()[topic].type->getName(), cdr};
     surveyor.take(message);

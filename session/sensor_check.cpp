@@ -59,13 +59,6 @@ Observation observe(CheckTarget& target, const std::string& sensor, const Sensor
   return seen;
 }
 
-std::string describeTouch(const Observation& seen) {
-  if (seen.records == 0) return "nothing touches it";
-  std::string text;
-  for (const std::string& name : seen.names) text += (text.empty() ? "touched: " : ", ") + name;
-  return text;
-}
-
 void judge(const Observation& seen, const SensorNature& nature, const std::string& trouble,
            const std::string& missing, CheckedSensor& checked) {
   checked.records = seen.records;

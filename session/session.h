@@ -80,7 +80,7 @@ class QV_API Session {
   boost::shared_ptr<QVBroker> getBroker() const;
   /** The description that its sensors were made from; null if they were not made from any. */
   const Model::Robot* getDescription() const;
-  /** Those that its description's types stand for. */
+  /** The kinds that its description's types stand for. */
   const Model::SensorKinds& getKinds() const;
 
   /**

@@ -90,4 +90,14 @@ std::string findMap(const std::string& nameOrPath) {
   return find(nameOrPath, "maps", ".yaml");
 }
 
+std::string findRecording(const std::string& nameOrPath) {
+  std::error_code error;
+  if (nameOrPath.find('/') != std::string::npos || fs::exists(nameOrPath, error)) return nameOrPath;
+  for (const fs::path& folder : sharedFolders()) {
+    const fs::path file = folder / "recordings" / nameOrPath;
+    if (fs::is_regular_file(file, error)) return file.string();
+  }
+  return nameOrPath;
+}
+
 }  // namespace QV::session

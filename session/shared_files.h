@@ -22,4 +22,10 @@ QV_API std::string findRobot(const std::string& nameOrPath);
 /** Finds a map by its name ("apartment") in the same way. */
 QV_API std::string findMap(const std::string& nameOrPath);
 
+/**
+ * The path of a recording or a log: what is there, or else one of the project's own by its name
+ * ("lidar.log"). Another one comes back as it is.
+ */
+QV_API std::string findRecording(const std::string& nameOrPath);
+
 }  // namespace QV::session

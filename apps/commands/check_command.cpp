@@ -83,22 +83,24 @@ void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, 
                std::to_string(sensor.records), std::to_string(sensor.points),
                ko::log::onOneLine(whyOf(sensor))});
   }
-  table.print(std::cout);
+  table.dropFirst({"points", "records", "family"});
+  table.print(std::cout, getLineWidth());
   std::cout << (static_cast<long>(sensors.size()) - failed) << " of " << sensors.size()
             << " sensors work" << (isInterrupted() ? "; interrupted before the others" : "")
             << ".\n";
   printFaults(faults);
 }
 
-void printFaultsAsJson(const DescriptionFaults& faults) {
+void addFaultsTo(outlets::JsonList& list, const DescriptionFaults& faults) {
   std::map<std::string, nlohmann::ordered_json> lines;
   for (const auto& fault : faults) lines[fault.sensor].push_back(fault.toText());
   for (const auto& [sensor, texts] : lines) {
-    std::cout << nlohmann::ordered_json{{"sensorName", sensor}, {"description", texts}} << '\n';
+    list.add({{"sensorName", sensor}, {"description", texts}});
   }
 }
 
-void printJson(const CheckedSensors& sensors, DescriptionFaults faults) {
+void printJson(outlets::Format format, const CheckedSensors& sensors, DescriptionFaults faults) {
+  outlets::JsonList list(std::cout, format);
   for (const auto& sensor : sensors) {
     nlohmann::ordered_json line{
         {"sensorName", sensor.name}, {"familyName", sensor.family},
@@ -110,13 +112,14 @@ void printJson(const CheckedSensors& sensors, DescriptionFaults faults) {
       line["description"].push_back(fault.toText());
       return true;
     });
-    std::cout << line << '\n';
+    list.add(line);
   }
   // Bumpers are no sensors of their own, and what is no sensor has no line.
-  printFaultsAsJson(faults);
+  addFaultsTo(list, faults);
+  list.finish();
 }
 
-/** Where a robot can't be built, tells what its description alone shows. */
+/** Opens the session; where a robot can't be built, tells what its description alone shows. */
 std::unique_ptr<session::Session> openSession(const CommonOptions& options,
                                               outlets::Format format) {
   try {
@@ -126,18 +129,17 @@ std::unique_ptr<session::Session> openSession(const CommonOptions& options,
     const auto& kinds = options.robots.sensors.getKinds();
     const auto description = robot::RobotDescription::fromFile(options.findRobot(), kinds);
     const auto faults = session::findSlips(description.model, kinds);
-    if (format == outlets::Format::json) {
-      printFaultsAsJson(faults);
-    } else {
+    if (format == outlets::Format::table) {
       printFaults(faults);
+    } else {
+      printJson(format, {}, faults);
     }
     throw;
   }
 }
 
 int check(const CommonOptions& options) {
-  const outlets::Format format =
-      outlets::parseFormat(options.format, {outlets::Format::table, outlets::Format::json});
+  const outlets::Format format = outlets::parseFormat(options.format, kListFormats);
   const QuietLog quiet;
   const auto session = openSession(options, format);
   const CheckedSensors sensors = checkAll(*session, options);
@@ -146,10 +148,10 @@ int check(const CommonOptions& options) {
   const DescriptionFaults faults = session::findDescriptionFaults(*session);
   if (sensors.empty() && faults.empty())
     throw session::UsageError(options.robot.value_or(session->getTitle()) + ": a sensor expected");
-  if (format == outlets::Format::json) {
-    printJson(sensors, faults);
-  } else {
+  if (format == outlets::Format::table) {
     printTable(sensors, faults, failed);
+  } else {
+    printJson(format, sensors, faults);
   }
   return failed > 0 || !faults.empty() ? 1 : 0;
 }
@@ -163,9 +165,9 @@ void addCheckCommand(CLI::App& program, const session::OpenOptions& robots, int&
       program.add_subcommand("check", "Start each sensor in turn: what works, what fails and why");
   command->footer(kCheckFooter);
   addWorld(*command, *options);
-  addOptionalPose(*command, *options);
+  addPose(*command, *options);
   addSubscriptions(*command, *options);
-  addFormat(*command, *options, "table; json: a sensor per line");
+  addFormat(*command, *options, "table; json: an array of sensors; jsonl: a sensor per line");
   command->callback([options, &status] { status = check(*options); });
 }
 

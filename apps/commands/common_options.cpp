@@ -1,17 +1,20 @@
 #include "apps/commands/common_options.h"
 
+#include <charconv>
 #include <cmath>
-#include <iostream>
+#include <limits>
 #include <stdexcept>
 
 #include <CLI/CLI.hpp>
 #include <boost/make_shared.hpp>
 
 #include "apps/arguments.h"
+#include "apps/output/notes.h"
 #include "apps/ros2/heard_session.h"
 #include "apps/subscriber.h"
 #include "robot/maps/map_files.h"
 #include "robot/world/robot_description.h"
+#include "session/internal/number_text.h"
 #include "session/internal/pose_watch.h"
 #include "session/internal/switches.h"
 #include "session/shared_files.h"
@@ -20,7 +23,9 @@
 namespace QV::app {
 namespace {
 
-/** What is wrong is what `option` says. */
+constexpr std::uint64_t kMostPeople = 1000;
+
+/** Runs the action; what is wrong then is what `option` says. */
 template <typename Action>
 auto naming(const char* option, const Action& action) {
   try {
@@ -37,7 +42,6 @@ void expect(bool isSo, const char* expected) {
 robot::WorldOptions worldOf(const CommonOptions& options) {
   expect(options.noise >= 0.0f && std::isfinite(options.noise), "--noise: metres from 0 on");
   expect(options.dropOuts >= 0.0f && options.dropOuts <= 1.0f, "--drop-outs: a share from 0 to 1");
-  expect(options.people >= 0, "--people: a number from 0 on");
   robot::WorldOptions world = options.robots.world;
   world.seed = options.seed;
   world.rangeNoise = options.noise;
@@ -79,7 +83,7 @@ void setLimits(sensor::SensorManager& manager, const std::vector<std::string>& l
   }
 }
 
-/** Of --robot, where it only describes one; empty without it. */
+/** Returns the description of --robot, where it only describes a robot; empty without it. */
 std::string descriptionOf(const CommonOptions& options) {
   if (!options.robot) return {};
   const auto& kinds = options.robots.sensors.getKinds();
@@ -104,7 +108,6 @@ std::unique_ptr<session::Session> openAsked(const CommonOptions& options,
 
 std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math::Pose2D> start,
                                                              session::TimeSource time) const {
-  if (needsPose && pose.empty() && !heard.asked) throw session::UsageError("--pose is required");
   session::OpenOptions options = robots;
   options.time = time;
   if (start) options.start = start;
@@ -114,6 +117,13 @@ std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math:
   auto session = openAsked(*this, options);
   setLimits(session->getManager(), limits);
   return session;
+}
+
+void CommonOptions::notePose(const session::Session& session) const {
+  if (!pose.empty() || heard.asked) return;
+  const Math::Pose2D at = session.getPose();
+  note("qvsensors: the robot stands at " + session::shortest(at.x) + "," + session::shortest(at.y) +
+       "," + session::shortest(at.theta) + ", where there is room; --pose puts it elsewhere");
 }
 
 std::string CommonOptions::findRobot() const {
@@ -130,6 +140,18 @@ std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manag
   return names.empty() ? manager.getFamilyNames() : names;
 }
 
+std::function<std::string(const std::string&)> wholeNumber(std::uint64_t least,
+                                                           std::uint64_t most) {
+  return [least, most](const std::string& text) -> std::string {
+    std::uint64_t number = 0;
+    const char* const end = text.data() + text.size();
+    const auto [rest, error] = std::from_chars(text.data(), end, number);
+    if (error == std::errc() && rest == end && number >= least && number <= most) return {};
+    return "a whole number from " + std::to_string(least) + " to " + std::to_string(most) +
+           " expected, \"" + text + "\" given";
+  };
+}
+
 std::string namesAFile(const std::string& path) {
   return path.empty() ? "a file expected, an empty name given" : "";
 }
@@ -139,10 +161,12 @@ void addRobot(CLI::App& command, CommonOptions& options) {
       .add_option("--kind", options.kind,
                   "a robot with simulated sensors: -1 (a perfect laser), 0 (two sonars) or 1 "
                   "(bumpers, sonars, camera)")
+      ->type_name("-1|0|1")
       ->capture_default_str();
   command
       .add_option("--robot", options.robot,
                   "a virtual robot with the sensors of a description: porter, or a file (URDF)")
+      ->type_name("porter|FILE")
       ->excludes("--kind")
       ->check(namesAFile);
 }
@@ -154,16 +178,20 @@ void addWorld(CLI::App& command, CommonOptions& options) {
       .add_option("--map", options.map,
                   "map_server map: a YAML file beside its PGM or PNG (default: apartment, the "
                   "project's own)")
+      ->type_name("apartment|FILE")
       ->check(namesAFile);
   command.add_option("--seed", options.seed, "of all chance in the world of --robot")
       ->needs("--robot")
+      ->check(wholeNumber(0, std::numeric_limits<std::uint64_t>::max()))
       ->capture_default_str();
   command.add_option("--noise", options.noise, "standard deviation of each range of --robot (m)")
       ->needs("--robot");
   command
       .add_option("--drop-outs", options.dropOuts, "share of the ranges of --robot that are lost")
       ->needs("--robot");
-  command.add_option("--people", options.people, "people who walk about --robot")->needs("--robot");
+  command.add_option("--people", options.people, "people who walk about --robot")
+      ->needs("--robot")
+      ->check(wholeNumber(0, kMostPeople));
   command
       .add_option("--fault", options.faults,
                   "NAME:KIND[@FROM-TO]: a sensor of --robot is off, stuck, garbage, wrong, slow, "
@@ -186,25 +214,25 @@ void addSubscriptions(CLI::App& command, CommonOptions& options) {
 }
 
 void addPose(CLI::App& command, CommonOptions& options) {
-  options.needsPose = true;
-  command.add_option("--pose", options.pose,
-                     "robot pose x,y,theta in the map (m, rad); required without --from-ros2");
-}
-
-void addOptionalPose(CLI::App& command, CommonOptions& options) {
-  command.add_option("--pose", options.pose,
-                     "robot pose x,y,theta in the map (m, rad; default: where there is room)");
+  command
+      .add_option("--pose", options.pose,
+                  "robot pose x,y,theta in the map (m, rad; default: where there is room)")
+      ->type_name("X,Y,THETA");
 }
 
 void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats) {
-  command.add_option("--format", options.format, formats)->capture_default_str();
+  const bool givesRecords = formats == kRecordFormats;
+  command.add_option("--format", options.format, formats)
+      ->type_name(givesRecords ? "table|json|jsonl|csv" : "table|json|jsonl")
+      ->capture_default_str();
 }
 
 session::Snapshot readOnce(session::Session& session, const CommonOptions& options) {
   const auto warning = session::PoseWatch(*session.getMap()).look(session.getPose());
   // A robot that somebody else has is where it is.
-  if (warning && !options.heard.asked) std::cerr << *warning << '\n';
+  if (warning && !options.heard.asked) note(*warning);
   session.subscribe(kSubscriber, options.namesFor(session.getManager()));
+  options.notePose(session);
   session.run(session.getSettlingTime());
   return session.look();
 }

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <cstdint>
+#include <functional>
 #include <memory>
 #include <optional>
 #include <set>
@@ -10,17 +11,18 @@
 #include <CLI/App.hpp>
 
 #include "apps/ros2/heard_arguments.h"
+#include "outlets/internal/json_list.h"
 #include "session/open.h"
 
 namespace QV::app {
 
 /** The options that several commands share. */
 struct CommonOptions {
-  /** What the options leave open. */
+  /** The settings that the options leave open. */
   session::OpenOptions robots;
   int kind = 1;
   std::optional<std::string> robot;
-  /** In place of a simulated or virtual robot. */
+  /** The robot of a graph, in place of a simulated or virtual one. */
   HeardArguments heard;
   std::optional<std::string> map;
   std::uint64_t seed = 1;
@@ -31,7 +33,6 @@ struct CommonOptions {
   std::vector<std::string> limits;
   std::vector<std::string> subscriptions;
   std::string pose;
-  bool needsPose = false;
   /** Somebody stands before --robot. */
   bool somebodyAhead = false;
   std::string format = "table";
@@ -43,11 +44,13 @@ struct CommonOptions {
   std::unique_ptr<session::Session> openSession(
       std::optional<Math::Pose2D> start = std::nullopt,
       session::TimeSource time = session::TimeSource::simulated) const;
-  /** Where the description lies that --robot names. */
+  /** Says on standard error where the robot stands that nobody has put anywhere. */
+  void notePose(const session::Session& session) const;
+  /** Finds where the description lies that --robot names. */
   std::string findRobot() const;
-  /** Of the robot that a graph tells of. */
+  /** Describes the robot that a graph tells of. */
   std::string describeHeard() const;
-  /** What was subscribed to, or every family. UsageError for a name that doesn't exist. */
+  /** Returns what was subscribed to, or every family. UsageError for a name that doesn't exist. */
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };
 
@@ -62,17 +65,26 @@ std::shared_ptr<Options> optionsFor(const session::OpenOptions& robots) {
 /** A check of an option's value: what is wrong with an empty one, nothing for any other. */
 std::string namesAFile(const std::string& path);
 
+/** Says what is wrong with a text that is no whole number within these limits. */
+std::function<std::string(const std::string&)> wholeNumber(std::uint64_t least, std::uint64_t most);
+
+/** The values of --format of commands that give records. */
+inline constexpr char kRecordFormats[] =
+    "table; json: an array of records; jsonl: a record per line; csv: a point per line";
+
+/** The formats of commands that list. */
+inline const std::vector<outlets::Format> kListFormats{
+    outlets::Format::table, outlets::Format::json, outlets::Format::jsonl};
+
 /** --kind or --robot. */
 void addRobot(CLI::App& command, CommonOptions& options);
 /** The same, and the world that the robot stands in. */
 void addWorld(CLI::App& command, CommonOptions& options);
 void addSubscriptions(CLI::App& command, CommonOptions& options);
 void addPose(CLI::App& command, CommonOptions& options);
-/** The same, where the program can choose one. */
-void addOptionalPose(CLI::App& command, CommonOptions& options);
 void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats);
 
-/** What the options subscribe to, once every sensor has had the time for a record. */
+/** Reads what the options subscribe to, once every sensor has had the time for a record. */
 session::Snapshot readOnce(session::Session& session, const CommonOptions& options);
 
 }  // namespace QV::app

@@ -8,10 +8,12 @@
 #include "apps/commands/common_options.h"
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
+#include "apps/output/notes.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/session_summary.h"
 #include "apps/replay/machine_pace.h"
 #include "apps/ros2/graph_option.h"
+#include "apps/silent_sensors.h"
 #include "apps/subscriber.h"
 #include "outlets/outlet.h"
 #include "session/internal/number_text.h"
@@ -46,8 +48,8 @@ void checkAbove0(const char* option, double value, double most) {
 
 struct Run {
   long cycles = 0;
-  Math::Pose2D end;
   SessionSummary summary;
+  session::Snapshot last;
 };
 
 void openOutlets(DriveOptions& options, session::Session& session, outlets::OutletList& list) {
@@ -114,9 +116,9 @@ Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet
   for (; run.cycles <= cycles && (run.cycles == 0 || !isInterrupted()); ++run.cycles) {
     clock.goTo(timeOfCycle(start, run.cycles, options.rate));
     const session::Snapshot snapshot = session.look();
-    run.end = snapshot.pose;
+    run.last = snapshot;
     const auto warning = watch.look(snapshot.pose);
-    if (warning && !options.heard.asked) progress.note(*warning);
+    if (warning && !options.heard.asked && !isQuiet()) progress.note(*warning);
     run.summary.add(snapshot);
     outlet.show(snapshot);
     progress.show(static_cast<double>(run.cycles) / static_cast<double>(cycles));
@@ -135,25 +137,36 @@ session::TimedPath checkedPath(const DriveOptions& options) {
       "--path: at most 10000000 cycles expected; drive less far, faster, or at a lower --rate");
 }
 
-void warnIfAstray(const session::TimedPath& path, const Math::Pose2D& pose) {
-  const Math::Pose2D off = Math::pinv(path.poseAt(path.getDuration())) * pose;
+std::string whyAstray(const OccupancyMap& map, const Math::Pose2D& goal) {
+  const auto occupancy = map.findOccupancy(Math::position2DFromPose2D(goal));
+  if (!occupancy) return "that lies outside the map";
+  if (*occupancy > OccupancyMap::kSolidAbove) return "something stands there";
+  return "something is in its way, or it is too fast";
+}
+
+/** True if the robot arrived. */
+bool checkArrival(const session::TimedPath& path, const session::Snapshot& last) {
+  const Math::Pose2D goal = path.poseAt(path.getDuration());
+  const Math::Pose2D off = Math::pinv(goal) * last.pose;
   const float metres = std::hypot(off.x, off.y);
-  if (isInterrupted() || metres < 0.1f) return;
+  if (isInterrupted() || metres < 0.1f) return true;
   std::cerr << "qvsensors: warning: the robot stands " << session::fixed(metres, 2)
-            << " m from the end of the path: something is in its way, or it is too fast\n";
+            << " m from the end of the path: "
+            << (last.map ? whyAstray(*last.map, goal) : "something is in its way") << '\n';
+  return false;
 }
 
 /** False if what was asked for is not all written. */
-bool printSummary(const DriveOptions& options, const Run& run) {
+bool printSummary(const DriveOptions& options, const Run& run, const SilentSensors& silent) {
   std::ostream& out = options.output.getSummaryStream();
   out << (isInterrupted() ? "Interrupted after " : "Drove ") << run.cycles << " cycles at "
       << options.rate << " Hz of simulated time.\n";
-  run.summary.print(out);
+  run.summary.print(out, silent);
   const bool isWhole = options.output.report(out);
   return options.picture.report(out) && isWhole;
 }
 
-bool drive(DriveOptions& options) {
+int drive(DriveOptions& options) {
   const session::TimedPath path = checkedPath(options);
   options.picture.checkIsPicture();
   const auto session = options.openSession(path.poseAt(0.0));
@@ -162,8 +175,10 @@ bool drive(DriveOptions& options) {
   openOutlets(options, *session, outlets);
   const Run run = driveAlong(options, *session, outlets);
   outlets.finish();
-  warnIfAstray(path, run.end);
-  return printSummary(options, run);
+  const bool hasArrived = checkArrival(path, run.last);
+  const auto silent = run.summary.findSilent(run.last);
+  if (!printSummary(options, run, silent)) return kIncomplete;
+  return reportSilent(silent) == 0 && hasArrived ? 0 : kNotAll;
 }
 
 }  // namespace
@@ -172,8 +187,13 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
   auto options = optionsFor<DriveOptions>(robots);
   CLI::App* command =
       program.add_subcommand("drive", "Drive a path through the map and read at every cycle");
+  command->footer(
+      "The status is 1 if the robot did not get to the end of the path, or a sensor that was "
+      "asked\n"
+      "for gave no record.");
   addWorld(*command, *options);
   command->add_option("--path", options->path, "positions \"x,y x,y ...\" in the map (m)")
+      ->type_name("X,Y...")
       ->required();
   addSubscriptions(*command, *options);
   command->add_option("--rate", options->rate, "readings per second of simulated time")
@@ -191,9 +211,7 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
                       "seconds of the session for one of the clock (default: as fast as it goes; 1 "
                       "with --ros2)");
   options->graph.addTo(*command);
-  command->callback([options, &status] {
-    if (!drive(*options)) status = kIncomplete;
-  });
+  command->callback([options, &status] { status = drive(*options); });
 }
 
 }  // namespace QV::app

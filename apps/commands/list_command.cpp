@@ -1,3 +1,4 @@
+#include <cerrno>
 #include <fstream>
 #include <iostream>
 #include <memory>
@@ -7,11 +8,13 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
+#include "apps/output/notes.h"
 #include "apps/output/quiet_log.h"
 #include "apps/subscriber.h"
 #include "outlets/files/internal/record_output.h"
 #include "outlets/files/internal/table.h"
 #include "outlets/internal/json_values.h"
+#include "platform/ko/internal/write_error.h"
 #include "robot/world/robot_description.h"
 #include "session/internal/listed_sensor.h"
 #include "session/internal/number_text.h"
@@ -26,7 +29,7 @@ struct ListOptions : CommonOptions {
   std::string saved;
 };
 
-/** "-" for what a sensor that stands in no description has none of. */
+/** Writes a number; "-" for what a sensor that stands in no description has none of. */
 template <typename Number>
 std::string orDash(const session::ListedSensor& sensor, Number value, int digits) {
   if (sensor.describedAs.empty()) return "-";
@@ -35,7 +38,7 @@ std::string orDash(const session::ListedSensor& sensor, Number value, int digits
 
 void printKind(int kind, const std::vector<session::ListedSensor>& sensors) {
   std::cout << "Simulated sensors of kind " << kind
-            << ". Mounting in the robot's frame (m, rad), ranges in m, apertures in rad.\n";
+            << ".\nMounting in the robot's frame (m, rad), ranges in m, apertures in rad.\n";
   outlets::Table table(
       {"family", "sensor", ">min", ">max", ">aperture", ">rays", ">x", ">y", ">heading"});
   for (const auto& sensor : sensors) {
@@ -45,7 +48,8 @@ void printKind(int kind, const std::vector<session::ListedSensor>& sensors) {
                std::to_string(fov.rayCount), session::fixed(sensor.position.x, 2),
                session::fixed(sensor.position.y, 2), session::fixed(sensor.heading, 3)});
   }
-  table.print(std::cout);
+  table.dropFirst({"rays", "aperture"});
+  table.print(std::cout, getLineWidth());
 }
 
 std::string noteOn(const session::ListedSensor& sensor) {
@@ -57,7 +61,7 @@ std::string noteOn(const session::ListedSensor& sensor) {
 void printSensors(const robot::RobotDescription& description, const session::OpenOptions& robots) {
   const Model::Robot& robot = description.model;
   std::cout << "Robot " << robot.name << " of kind " << robot.kindCode
-            << ". Mounting in the link's frame (m, rad), ranges in m, apertures in rad.\n";
+            << ".\nMounting in the link's frame (m, rad), ranges in m, apertures in rad.\n";
   outlets::Table table({"family", "sensor", ">type", ">min", ">max", ">aperture", ">keys", "link",
                         ">x", ">y", ">z", ">heading", ""});
   for (const auto& sensor : session::sensorsOf(description, robots)) {
@@ -70,7 +74,9 @@ void printSensors(const robot::RobotDescription& description, const session::Ope
                orDash(sensor, at.y, 2), orDash(sensor, at.z, 2), orDash(sensor, sensor.heading, 3),
                noteOn(sensor)});
   }
-  table.print(std::cout);
+  table.dropFirst({"keys", "type", "aperture", "z", "link", "heading", "y", "x", "min"});
+  table.print(std::cout, getLineWidth());
+  std::cout << "Subscribe to a family or a sensor by its name in this list.\n";
 }
 
 bool isSupported(const Model::CollisionShape& shape) {
@@ -85,13 +91,13 @@ void printShapes(const Model::Robot& robot) {
                shape->getParentJoint().empty() ? "(root)" : shape->getParentJoint(),
                isSupported(*shape) ? "" : "not supported"});
   }
-  table.print(std::cout);
+  table.print(std::cout, getLineWidth());
 }
 
 ordered_json sensorToJson(const session::ListedSensor& sensor) {
   const auto& at = sensor.position;
-  return {{"name", sensor.name},
-          {"family", sensor.family},
+  return {{"sensorName", sensor.name},
+          {"familyName", sensor.family},
           {"fieldOfView", outlets::toJson(sensor.fieldOfView)},
           {"mounting",
            {{"x", outlets::toJson(at.x)},
@@ -105,8 +111,8 @@ ordered_json describedToJson(const session::ListedSensor& sensor) {
   const auto orNull = [](const std::string& name, bool isSo) {
     return isSo ? ordered_json(name) : ordered_json();
   };
-  listed["name"] = orNull(sensor.describedAs, !sensor.describedAs.empty());
-  listed["subscribeTo"] = orNull(sensor.name, sensor.canBeBuilt);
+  listed["sensorName"] = orNull(sensor.name, sensor.canBeBuilt);
+  listed["describedAs"] = orNull(sensor.describedAs, !sensor.describedAs.empty());
   listed["fieldOfView"].erase("rayCount");
   if (sensor.describedAs.empty()) listed["fieldOfView"] = listed["mounting"] = nullptr;
   listed["type"] = sensor.type;
@@ -140,13 +146,18 @@ ordered_json kindToJson(int kind, const std::vector<session::ListedSensor>& sens
   return result;
 }
 
+/** JSON: the object. JSON lines: its sensors, one each. */
+void printObject(const ordered_json& object, outlets::Format format) {
+  if (format == outlets::Format::json) std::cout << outlets::toText(object) << '\n';
+  outlets::JsonList list(std::cout, outlets::Format::jsonl);
+  if (format != outlets::Format::jsonl) return;
+  for (const auto& sensor : object["sensors"]) list.add(sensor);
+}
+
 void listKind(int kind, outlets::Format format) {
   const auto sensors = session::sensorsOfKind(kind);
-  if (format == outlets::Format::json) {
-    std::cout << kindToJson(kind, sensors) << '\n';
-  } else {
-    printKind(kind, sensors);
-  }
+  if (format == outlets::Format::table) return printKind(kind, sensors);
+  printObject(kindToJson(kind, sensors), format);
 }
 
 /** Every sensor runs for three seconds of simulated time, and then tells how it is. */
@@ -155,13 +166,15 @@ void listHealth(const CommonOptions& options, outlets::Format format) {
   const auto session = options.openSession();
   session->subscribe(kSubscriber, session->getManager().getFamilyNames());
   session->run(boost::chrono::seconds(3));
+  outlets::JsonList list(std::cout, format);
   outlets::Table table({"sensor", "health", "why", "what brings it back"});
   for (const auto& [name, health] : session->getManager().getHealth()) {
     table.add({name, getName(health.state), ko::log::onOneLine(health.reason), health.remedy});
-    if (format != outlets::Format::json) continue;
-    std::cout << ordered_json{{"sensorName", name}, {"health", outlets::toJson(health)}} << '\n';
+    list.add({{"sensorName", name}, {"health", outlets::toJson(health)}});
   }
-  if (format != outlets::Format::json) table.print(std::cout);
+  list.finish();
+  table.dropFirst({"what brings it back"});
+  if (format == outlets::Format::table) table.print(std::cout, getLineWidth());
 }
 
 robot::RobotDescription listedRobot(const CommonOptions& options) {
@@ -172,9 +185,10 @@ robot::RobotDescription listedRobot(const CommonOptions& options) {
 }
 
 void save(const robot::RobotDescription& description, const std::string& path) {
+  errno = 0;
   std::ofstream file(path, std::ios::binary);
   file << description.xml << std::flush;
-  if (!file) throw std::runtime_error(path + ": can't be written");
+  if (!file) throw std::runtime_error(ko::detail::cannotWrite(path));
 }
 
 void listDescription(const ListOptions& options, outlets::Format format) {
@@ -183,10 +197,8 @@ void listDescription(const ListOptions& options, outlets::Format format) {
   if (!options.saved.empty()) save(description, options.saved);
   // What can't be built is said in the list.
   const QuietLog quiet;
-  if (format == outlets::Format::json) {
-    std::cout << robotToJson(description, robots) << '\n';
-    return;
-  }
+  if (format != outlets::Format::table)
+    return printObject(robotToJson(description, robots), format);
   printSensors(description, robots);
   printShapes(description.model);
 }
@@ -207,11 +219,12 @@ void addListCommand(CLI::App& program, const session::OpenOptions& robots, int&)
   command->add_option("--save", options->saved, "file for the description of --from-ros2 (URDF)")
       ->needs("--from-ros2")
       ->excludes(health)
+      ->type_name("FILE")
       ->check(namesAFile);
-  addFormat(*command, *options, "table; json: one object, with --health a sensor per line");
+  addFormat(*command, *options,
+            "table; json: one object, with --health an array; jsonl: a sensor per line");
   command->callback([options] {
-    const outlets::Format format =
-        outlets::parseFormat(options->format, {outlets::Format::table, outlets::Format::json});
+    const outlets::Format format = outlets::parseFormat(options->format, kListFormats);
     if (options->wantsHealth) {
       listHealth(*options, format);
     } else if (options->robot || options->heard.asked) {

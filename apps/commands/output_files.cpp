@@ -34,7 +34,7 @@ std::shared_ptr<outlets::Outlet> makeRecordFile(const std::string& path, session
 }
 
 struct Format {
-  /** Of a file's name. */
+  /** The ending of a file's name. */
   const char* ending;
   std::shared_ptr<outlets::Outlet> (*make)(const std::string& path, session::Session& session,
                                            bool wantsAll);
@@ -53,7 +53,7 @@ const Format& formatOf(const std::string& path) {
 
 CLI::Option* OutputFiles::addOption(CLI::App& command, const std::string& names,
                                     const std::string& help) {
-  return command.add_option(names, path, help)->check(namesAFile);
+  return command.add_option(names, path, help)->type_name("FILE")->check(namesAFile);
 }
 
 void OutputFiles::checkIsNot(const std::string& read) const {

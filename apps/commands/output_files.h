@@ -2,6 +2,7 @@
 
 #include <memory>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <CLI/App.hpp>
@@ -15,21 +16,28 @@ class SessionRecorder;
 
 namespace QV::app {
 
-/** What a program ends with whose session is not all in its file. */
+/** The status of a program whose session is not all in its file. */
 constexpr int kIncomplete = 2;
 
-/** Where a session is written to: a recording, a picture, or records as text. "-" is standard
- * output.
+/**
+ * The file that a session is written to: a recording, a picture, or records as text. "-" is
+ * standard output.
  */
 class OutputFiles {
  public:
+  OutputFiles() = default;
+  /** `path`, where the option says nothing. */
+  explicit OutputFiles(std::string path) : path(std::move(path)) {}
+
   /** Adds the option, which `help` says more about. */
   CLI::Option* addOption(CLI::App& command, const std::string& names, const std::string& help);
 
-  /** Before anything is opened: UsageError if the file is `read`, which would be lost, or in it. */
+  /** Checks before anything is opened: UsageError if the file is `read`, which would be lost, or
+   * in it. */
   void checkIsNot(const std::string& read) const;
 
-  /** Before anything is opened: UsageError unless it is a PNG that can be written, or nothing. */
+  /** Checks before anything is opened: UsageError unless it is a PNG that can be written, or
+   * nothing. */
   void checkIsPicture() const;
 
   /** Opens what was asked for, if anything. `wantsAll`: a recording subscribes to all sensors. */
@@ -38,7 +46,7 @@ class OutputFiles {
   bool isOpen() const { return opened; }
   bool isRecording() const { return recorder != nullptr; }
   bool isAsked() const { return !path.empty(); }
-  /** Where the summary goes: elsewhere than the file. */
+  /** The stream for the summary: elsewhere than the file. */
   std::ostream& getSummaryStream() const;
   /** Says that it was written; false if a recording was not. */
   bool report(std::ostream& out) const;

@@ -3,33 +3,38 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
+#include "apps/silent_sensors.h"
 #include "outlets/picture/session_picture.h"
 
 namespace QV::app {
 namespace {
 
-void plot(const CommonOptions& options, const std::string& output) {
+int plot(const CommonOptions& options, const std::string& output) {
   outlets::checkPicturePath(output);
   const auto session = options.openSession();
   outlets::SessionPicture picture(output);
-  picture.show(readOnce(*session, options));
+  const session::Snapshot snapshot = readOnce(*session, options);
+  picture.show(snapshot);
   picture.finish();
   std::cout << "Wrote " << output << '\n';
+  return reportSilent(findSilent(snapshot));
 }
 
 }  // namespace
 
-void addPlotCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+void addPlotCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<CommonOptions>(robots);
   auto output = std::make_shared<std::string>("scan.png");
   CLI::App* command = program.add_subcommand("plot", "Draw one reading over the map, as a PNG");
+  command->footer("The status is 1 if a sensor that was asked for gave no record.");
   addWorld(*command, *options);
   addPose(*command, *options);
   addSubscriptions(*command, *options);
   command->add_option("-o,--output", *output, "picture to write")
+      ->type_name("FILE")
       ->check(namesAFile)
       ->capture_default_str();
-  command->callback([options, output] { plot(*options, *output); });
+  command->callback([options, output, &status] { status = plot(*options, *output); });
 }
 
 }  // namespace QV::app

@@ -3,28 +3,35 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
+#include "apps/output/notes.h"
+#include "apps/silent_sensors.h"
 #include "outlets/files/internal/record_output.h"
 
 namespace QV::app {
 namespace {
 
-void read(const CommonOptions& options) {
-  const outlets::Format format = outlets::parseFormat(options.format);
+int read(const CommonOptions& options) {
+  outlets::RecordWriter writer(std::cout, outlets::parseFormat(options.format));
   const auto session = options.openSession();
   const session::Snapshot snapshot = readOnce(*session, options);
-  outlets::writeRecords(std::cout, session::sensorsByName(snapshot), format, snapshot.frame);
+  const auto silent = findSilent(snapshot);
+  writer.write(snapshot);
+  for (const auto& sensor : silent) writer.addSilent(sensor);
+  writer.finish(getLineWidth());
+  return reportSilent(silent);
 }
 
 }  // namespace
 
-void addReadCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
+void addReadCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<CommonOptions>(robots);
   CLI::App* command = program.add_subcommand("read", "Read the sensors once, at one pose");
+  command->footer("The status is 1 if a sensor that was asked for gave no record.");
   addWorld(*command, *options);
   addPose(*command, *options);
   addSubscriptions(*command, *options);
-  addFormat(*command, *options, "table; json: a record per line; csv: a point per line");
-  command->callback([options] { read(*options); });
+  addFormat(*command, *options, kRecordFormats);
+  command->callback([options, &status] { status = read(*options); });
 }
 
 }  // namespace QV::app

@@ -6,11 +6,13 @@
 
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
+#include "apps/output/notes.h"
 #include "outlets/files/internal/record_output.h"
 #include "outlets/files/internal/table.h"
 #include "platform/ko/log.h"
 #include "ros2/bag/bag_reader.h"
 #include "session/internal/number_text.h"
+#include "session/shared_files.h"
 
 namespace QV::app {
 namespace {
@@ -27,7 +29,7 @@ double durationOf(const ros2::BagInfo& info) {
   return kNanosecond * static_cast<double>(info.endTime - info.startTime);
 }
 
-/** What this library's recordings say of the robot; empty for those of others. */
+/** Returns what this library's recordings say of the robot; empty for those of others. */
 std::string titleOf(const ros2::BagInfo& info) {
   for (const auto& metadata : info.metadata) {
     const auto title = metadata.values.find("title");
@@ -70,7 +72,9 @@ void printTable(const ros2::BagInfo& info) {
   printLine(info.path + ": " + session::fixed(durationOf(info), 2) + " s, " +
             std::to_string(info.count) + " messages, " + std::to_string(info.fileBytes) + " bytes");
   if (const std::string title = titleOf(info); !title.empty()) {
-    printLine(title + ", sensors " + joined(sensorsOf(info)));
+    outlets::Table robot({"robot", "sensors"});
+    robot.add({ko::log::onOneLine(title), ko::log::onOneLine(joined(sensorsOf(info)))});
+    robot.print(std::cout, getLineWidth());
   }
   outlets::Table table(
       {"topic", "type", ">messages", ">Hz", ">longest gap s", ">from s", ">to s", ">bytes"});
@@ -84,7 +88,8 @@ void printTable(const ros2::BagInfo& info) {
                isEmpty ? "-" : secondsText(row.longestGap, 3), since(row.startTime),
                since(row.endTime), std::to_string(row.bytes)});
   }
-  table.print(std::cout);
+  table.dropFirst({"bytes", "from s", "longest gap s", "to s", "type"});
+  table.print(std::cout, getLineWidth());
   printDamage(info.damage);
 }
 
@@ -113,14 +118,13 @@ void printJson(const ros2::BagInfo& info) {
                           {{"chunks", info.damage.chunks},
                            {"messages", info.damage.messages},
                            {"lines", info.damage.lines}}}};
-  std::cout << all.dump(-1, ' ', false, ordered_json::error_handler_t::replace) << '\n';
+  std::cout << outlets::toText(all) << '\n';
 }
 
 void inform(const std::string& path, const std::string& format) {
-  const auto known = {outlets::Format::table, outlets::Format::json};
-  const bool isJson = outlets::parseFormat(format, known) == outlets::Format::json;
+  const bool isTable = outlets::parseFormat(format, kListFormats) == outlets::Format::table;
   const ros2::BagInfo info = ros2::readBagInfo(path);
-  isJson ? printJson(info) : printTable(info);
+  isTable ? printTable(info) : printJson(info);
 }
 
 void recover(const std::string& from, const std::string& to) {
@@ -141,9 +145,10 @@ void addInfoCommand(CLI::App& program, const session::OpenOptions&, int&) {
       "info", "What is in a recording: MCAP, a rosbag2 folder or its SQLite file");
   command->add_option("RECORDING", *path, ".mcap, .db3 or a folder with metadata.yaml")
       ->required()
+      ->type_name("FILE")
       ->check(namesAFile);
-  addFormat(*command, *options, "table; json: an object");
-  command->callback([options, path] { inform(*path, options->format); });
+  addFormat(*command, *options, "table; json or jsonl: an object");
+  command->callback([options, path] { inform(session::findRecording(*path), options->format); });
 }
 
 void addRecoverCommand(CLI::App& program, const session::OpenOptions&, int&) {
@@ -151,9 +156,15 @@ void addRecoverCommand(CLI::App& program, const session::OpenOptions&, int&) {
   auto to = std::make_shared<std::string>();
   CLI::App* command = program.add_subcommand(
       "recover", "Write what can be read of a cut or damaged recording to a new one");
-  command->add_option("RECORDING", *from, "what to read")->required()->check(namesAFile);
-  command->add_option("-o,--output", *to, "the new file (MCAP)")->required()->check(namesAFile);
-  command->callback([from, to] { recover(*from, *to); });
+  command->add_option("RECORDING", *from, "what to read")
+      ->required()
+      ->type_name("FILE")
+      ->check(namesAFile);
+  command->add_option("-o,--output", *to, "the new file (MCAP)")
+      ->required()
+      ->type_name("FILE")
+      ->check(namesAFile);
+  command->callback([from, to] { recover(session::findRecording(*from), *to); });
 }
 
 }  // namespace QV::app

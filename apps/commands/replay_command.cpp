@@ -3,7 +3,6 @@
 #include <filesystem>
 #include <functional>
 #include <iostream>
-#include <iterator>
 #include <limits>
 #include <memory>
 
@@ -11,6 +10,7 @@
 #include "apps/commands/common_options.h"
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
+#include "apps/output/notes.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/session_summary.h"
 #include "apps/replay/machine_pace.h"
@@ -21,6 +21,7 @@
 #include "outlets/files/record_file.h"
 #include "platform/ko/log.h"
 #include "session/open.h"
+#include "session/shared_files.h"
 
 namespace QV::app {
 namespace {
@@ -58,7 +59,7 @@ struct Verdict {
   bool isDamaged = false;
 };
 
-/** What there is to see at each step, as far as the options want it, or at the end. */
+/** Takes what there is to see at each step, as far as the options want it, or at the end. */
 using Take = std::function<void(PlayedSession&)>;
 
 void showOnGraph(GraphOption& graph, const PlayedSession& run) {
@@ -116,30 +117,17 @@ int replayToFile(ReplayOptions& options) {
 }
 
 // A table's columns fit all of it: it comes at the end.
-void replayToTable(ReplayOptions& options) {
-  std::vector<session::SensorState> all;
-  outlets::OutletList none;
-  const auto take = [&](PlayedSession& run) {
-    std::ranges::move(session::sensorsByName(run.look()), std::back_inserter(all));
-  };
-  playAll(options, none, options.output, take, [&](PlayedSession& run) {
-    outlets::writeRecords(std::cout, all, outlets::Format::table, run.getSession().getFrame());
-    std::cout.flush();
-    all.clear();
-  });
-}
-
 int replayToOutput(ReplayOptions& options) {
-  const outlets::Format format = outlets::parseFormat(options.format);
-  if (format == outlets::Format::table) return replayToTable(options), 0;
-  outlets::writeTitles(std::cout, format);
+  outlets::RecordWriter writer(std::cout, outlets::parseFormat(options.format));
   outlets::OutletList none;
   const auto take = [&](PlayedSession& run) {
-    outlets::writeRows(std::cout, session::sensorsByName(run.look()), format,
-                       run.getSession().getFrame());
+    writer.write(run.look());
     std::cout.flush();
   };
-  playAll(options, none, options.output, take, [](PlayedSession&) {});
+  playAll(options, none, options.output, take, [&](PlayedSession&) {
+    writer.finish(getLineWidth());
+    std::cout.flush();
+  });
   return 0;
 }
 
@@ -185,6 +173,7 @@ void checkOutput(const ReplayOptions& options) {
 }
 
 int replay(ReplayOptions& options) {
+  options.run = session::findRecording(options.run);
   checkTimes(options.from, options.to, options.speed);
   checkOutput(options);
   if (options.compare) return compare(options);
@@ -199,9 +188,15 @@ void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int
   CLI::App* command =
       program.add_subcommand("replay", "Play a recording or a log to the sensors, and read them");
   command->footer(kReplayFooter);
-  command->add_option("RUN", options->run, "recording or log")->required()->check(namesAFile);
+  command
+      ->add_option("RUN", options->run,
+                   "recording or log, or one of the project's own: lidar.log, run.mcap")
+      ->required()
+      ->type_name("FILE")
+      ->check(namesAFile);
   command
       ->add_option("--poses", options->poses, "poses of a sonar log (default: poses.txt beside it)")
+      ->type_name("FILE")
       ->check(namesAFile);
   CLI::Option* output = options->output.addOption(
       *command, "-o,--output",
@@ -213,9 +208,8 @@ void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int
                      "say whether the records are those that were recorded, bit for bit, or which "
                      "is the first that differs (status 1, also if some could not be compared)")
           ->excludes(output);
-  command
-      ->add_option("--format", options->format,
-                   "table; json: a record per line; csv: a point per line")
+  command->add_option("--format", options->format, kRecordFormats)
+      ->type_name("table|json|jsonl|csv")
       ->excludes(output)
       ->excludes(compare)
       ->capture_default_str();

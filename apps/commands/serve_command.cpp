@@ -1,4 +1,5 @@
 #include <iostream>
+#include <limits>
 #include <memory>
 
 #include <CLI/CLI.hpp>
@@ -14,6 +15,7 @@
 #include "platform/model/internal/number_text.h"
 #include "ros2/recording/session_replay.h"
 #include "session/internal/command.h"
+#include "session/shared_files.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
@@ -60,20 +62,20 @@ bool serveSession(ServeOptions& options, session::Session& session, ko::log::Log
   if (options.record.isAsked() || options.graph.isAsked()) server.add(files);
   if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session.getManager()));
   warnIfOpen(server, options.server.address);
-  std::cout << session.getTitle() << " at " << server.getUrl() << std::endl;
+  options.record.getSummaryStream() << session.getTitle() << " at " << server.getUrl() << std::endl;
   while (!isInterrupted()) {
     options.graph.obey();
     server.runBriefly();
   }
   files->finish();
-  return options.record.report(std::cout);
+  return options.record.report(options.record.getSummaryStream());
 }
 
 bool serve(ServeOptions& options) {
   // Before the robot: it hears of sensors that can't be built.
   ko::log::LogRing log;
   if (options.replay.empty()) return serveSession(options, *options.openSession(), log);
-  ros2::SessionReplay run(options.replay, options.robots.sensors);
+  ros2::SessionReplay run(session::findRecording(options.replay), options.robots.sensors);
   run.begin();
   return serveSession(options, run.getSession(), log);
 }
@@ -85,7 +87,7 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
   CLI::App* command = program.add_subcommand("serve", "Show and drive the robot in a browser");
   command->footer(kFooter);
   addWorld(*command, *options);
-  addOptionalPose(*command, *options);
+  addPose(*command, *options);
   command
       ->add_option("--subscribe", options->subscriptions,
                    "sensor or family to subscribe to at the start; repeat for more")
@@ -94,6 +96,7 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
       command
           ->add_option("--replay", options->replay,
                        "a recording in place of a robot, with a time line (see qvsensors replay)")
+          ->type_name("FILE")
           ->check(namesAFile)
           ->excludes("--kind")
           ->excludes("--robot");
@@ -108,6 +111,7 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
                    "seconds of the session for one of the clock, or max: as fast as it goes")
       ->capture_default_str();
   command->add_option("--port", options->server.port, "to listen at; 0 takes any that is free")
+      ->check(wholeNumber(0, std::numeric_limits<unsigned short>::max()))
       ->capture_default_str();
   command
       ->add_option("--address", options->server.address,

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <chrono>
 #include <future>
 #include <iostream>
@@ -23,7 +24,8 @@ constexpr int kPeriodMs = 100;
 constexpr char kWatchFooter[] =
     "The robot runs on the machine's clock; a virtual one drives about meanwhile. Keys choose a\n"
     "sensor and subscribe, enable or diagnose it; what went wrong with a sensor last stays until\n"
-    "something else does. Ages are of the records as they are, 10 times a second.";
+    "something else does. What is wrong is red. Ctrl-Z stops it, fg goes on. Ages are of the "
+    "records as they are, 10 times a second.";
 
 struct WatchOptions : CommonOptions {
   bool once = false;
@@ -36,14 +38,17 @@ void watchOnce(const WatchOptions& options) {
   Watch watch(*session);
   session->subscribe(kSubscriber, options.namesFor(session->getManager()));
   session->run(session->getSettlingTime());
-  std::cout << watchTable(watch.look());
+  std::cout << watchTable(watch.look(), getLineWidth());
 }
+
+// Somebody who has stopped the program for an hour and goes on does not want that hour.
+constexpr ko::Duration kMostAtOnce{1'000'000'000};
 
 /** The machine's time since the last call. */
 ko::Duration passedSince(std::chrono::steady_clock::time_point& last) {
   const auto now = std::chrono::steady_clock::now();
   const auto passed = std::chrono::nanoseconds(now - std::exchange(last, now));
-  return ko::Duration(passed.count());
+  return std::min(ko::Duration(passed.count()), kMostAtOnce);
 }
 
 void watchIn(Terminal& terminal, Watch& watch, session::Session& session,
@@ -89,14 +94,14 @@ void addWatchCommand(CLI::App& program, const session::OpenOptions& robots, int&
   CLI::App* command = program.add_subcommand("watch", "Show every sensor as it is, in a terminal");
   command->footer(kWatchFooter);
   addWorld(*command, *options);
-  addOptionalPose(*command, *options);
+  addPose(*command, *options);
   addSubscriptions(*command, *options);
   command->add_flag("--still", options->still, "the robot stays where it is");
   CLI::Option* once = command->add_flag("--once", options->once, "print one table and leave");
   options->record.addOption(*command, "--record", "file (.mcap) for all that is watched")
       ->excludes(once);
   command->callback([options, &status] {
-    const QuietLog quiet;
+    const QuietLog quiet(!options->once);
     if (options->once) {
       watchOnce(*options);
     } else if (!watchOn(*options)) {

@@ -4,10 +4,12 @@
 #include <iostream>
 #include <unistd.h>
 
+#include "apps/output/notes.h"
+
 namespace QV::app {
 
 ProgressBar::ProgressBar(const std::string& label)
-    : label(label), terminal(isatty(STDERR_FILENO) == 1) {}
+    : label(label), terminal(isatty(STDERR_FILENO) == 1 && !isQuiet()) {}
 
 ProgressBar::~ProgressBar() {
   if (shownPercent >= 0) std::cerr << '\n';

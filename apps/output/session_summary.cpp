@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
+#include "apps/output/notes.h"
 #include "outlets/files/internal/table.h"
 #include "session/internal/number_text.h"
 
@@ -10,6 +11,7 @@ namespace QV::app {
 
 void SessionSummary::add(const session::Snapshot& snapshot) {
   for (const auto& sensor : snapshot.sensors) {
+    if (!sensor.records.empty()) heard.insert(sensor.name);
     for (const auto& record : sensor.records) {
       Entry& entry = entries[record.sensorName];
       entry.family = record.familyName;
@@ -21,13 +23,21 @@ void SessionSummary::add(const session::Snapshot& snapshot) {
   }
 }
 
-void SessionSummary::print(std::ostream& out) const {
-  outlets::Table table({"sensor", "family", ">records", ">points", ">nearest m"});
+SilentSensors SessionSummary::findSilent(const session::Snapshot& end) const {
+  return app::findSilent(end, heard);
+}
+
+void SessionSummary::print(std::ostream& out, const SilentSensors& silent) const {
+  std::vector<std::string> titles{"sensor", "family", ">records", ">points", ">nearest m"};
+  if (!silent.empty()) titles.emplace_back("no record, because");
+  outlets::Table table(titles);
   for (const auto& [name, entry] : entries) {
     table.add({name, entry.family, std::to_string(entry.records), std::to_string(entry.points),
                entry.nearest ? session::fixed(*entry.nearest, 3) : "-"});
   }
-  table.print(out);
+  for (const auto& sensor : silent)
+    table.add({sensor.name, sensor.family, "0", "0", "-", sensor.why});
+  table.print(out, getLineWidth());
 }
 
 }  // namespace QV::app

@@ -4,18 +4,22 @@
 #include <iosfwd>
 #include <map>
 #include <optional>
+#include <set>
 #include <string>
 
+#include "apps/silent_sensors.h"
 #include "session/snapshot.h"
 
 namespace QV::app {
 
-/** What each sensor has reported over a session. */
+/** The sum of what each sensor has reported over a session. */
 class SessionSummary {
  public:
   void add(const session::Snapshot& snapshot);
-  /** A table: sensor, family, records, points, nearest obstacle. */
-  void print(std::ostream& out) const;
+  /** Finds those that should have given something over the session and its end; see findSilent. */
+  SilentSensors findSilent(const session::Snapshot& end) const;
+  /** A table: sensor, family, records, points, nearest obstacle; and who was silent. */
+  void print(std::ostream& out, const SilentSensors& silent = {}) const;
 
  private:
   struct Entry {
@@ -25,6 +29,7 @@ class SessionSummary {
     std::optional<float> nearest;
   };
   std::map<std::string, Entry> entries;
+  std::set<std::string> heard;
 };
 
 }  // namespace QV::app

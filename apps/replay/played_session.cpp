@@ -56,8 +56,9 @@ std::optional<ros2::RecordDifference> PlayedSession::compare() const {
 }
 
 std::uint64_t PlayedSession::countMissing() const {
-  const std::uint64_t recorded = recording ? recording->getLookCount().value_or(0) : 0;
-  return hasEnded && recorded > steps ? recorded - steps : 0;
+  if (!recording) return 0;
+  const std::uint64_t recorded = recording->getLookCount().value_or(0);
+  return hasEnded && recorded > steps ? recorded - steps : recording->countLeftOut();
 }
 
 bool PlayedSession::isDamaged() const {
@@ -68,6 +69,9 @@ void PlayedSession::warnOfDamage() const {
   if (!recording) return;
   for (const std::string& line : recording->getDamage().lines)
     std::cerr << "qvsensors: warning: " << ko::log::onOneLine(line) << '\n';
+  if (const std::uint64_t missing = countMissing())
+    std::cerr << "qvsensors: warning: " << missing
+              << " looks are left out: not all that they show can be read\n";
 }
 
 }  // namespace QV::app

@@ -13,7 +13,7 @@ namespace QV::app {
 /** A recording or a log that is played step by step, whichever it is. */
 class PlayedSession {
  public:
-  /** What is none: std::runtime_error that names the file. */
+  /** Opens a recording. What is none: std::runtime_error that names the file. */
   PlayedSession(const std::string& path, const std::optional<std::string>& poses,
                 const sensor::SensorFactory& sensors);
 
@@ -25,15 +25,15 @@ class PlayedSession {
   /** False at the end. */
   bool step();
 
-  /** Since its start. */
+  /** The seconds since its start. */
   double getSeconds() const;
   double getShareDone() const;
 
-  /** Of the records as they are with those that were recorded; a log has none: UsageError. */
+  /** Compares the records as they are with those that were recorded; a log has none: UsageError. */
   std::optional<ros2::RecordDifference> compare() const;
-  /** Looks that were recorded and have not come up in all of it, as far as that is known. */
+  /** Looks that were recorded and have not come up so far, as far as that is known. */
   std::uint64_t countMissing() const;
-  /** Whether something of it could not be read. */
+  /** True if something of it could not be read. */
   bool isDamaged() const;
   /** Says on standard error what could not be read. */
   void warnOfDamage() const;

@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "apps/output/notes.h"
 #include "outlets/files/internal/table.h"
 #include "ros2/link/graph_robot.h"
 #include "session/usage_error.h"
@@ -15,7 +16,7 @@ namespace QV::app {
 
 namespace {
 
-/** What is no name or value is the command line's fault. */
+/** Makes it; what is no name or value is the command line's fault. */
 template <typename Make>
 auto asUsage(const Make& make) {
   try {
@@ -143,7 +144,8 @@ std::string listGraphTopics(const GraphArguments& arguments, session::Session& s
       table.add({wire.topic.name, wire.topic.type, wire.isInput ? "in" : "out",
                  qosText(wire.topic.qos), wire.ddsName + " " + wire.ddsType});
     std::ostringstream text;
-    table.print(text);
+    table.dropFirst({"on the wire", "quality of service"});
+    table.print(text, getLineWidth());
     return text.str();
   });
 }

@@ -1,6 +1,6 @@
 #include "apps/ros2/graph_option.h"
 
-#include <iostream>
+#include "apps/output/notes.h"
 
 namespace QV::app {
 
@@ -17,7 +17,7 @@ GraphScope GraphOption::open(session::Session& session, bool isDriven) {
   arguments.isDriven = isDriven;
   if (!link) {
     link = std::make_shared<GraphLink>(arguments);
-    std::cerr << "qvsensors: " << link->describe() << '\n';
+    note("qvsensors: " + link->describe());
   }
   link->open(session);
   return GraphScope(link);

@@ -7,6 +7,7 @@
 #include <sys/ioctl.h>
 #include <unistd.h>
 
+#include "apps/interrupt.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
@@ -40,18 +41,33 @@ void checkTerminal(int input, int output) {
 
 Terminal::Terminal(int input, int output) : input(input), output(output) {
   checkTerminal(input, output);
+  catchStops();
+  xEnter();
+}
+
+Terminal::~Terminal() {
+  xLeave();
+  letStops();
+}
+
+void Terminal::xEnter() {
   tcgetattr(input, &before);
   termios raw = before;
   raw.c_lflag &= ~static_cast<tcflag_t>(ICANON | ECHO);
-  raw.c_cc[VSUSP] = _POSIX_VDISABLE;
   raw.c_cc[VQUIT] = _POSIX_VDISABLE;
   tcsetattr(input, TCSANOW, &raw);
   writeAll(output, kEnter);
 }
 
-Terminal::~Terminal() {
+void Terminal::xLeave() const {
   writeAll(output, kLeave);
   tcsetattr(input, TCSANOW, &before);
+}
+
+void Terminal::xStop() {
+  xLeave();
+  stopHere();
+  xEnter();
 }
 
 ScreenSize Terminal::getSize() const {
@@ -65,6 +81,7 @@ void Terminal::show(const std::string& text) const {
 }
 
 std::vector<Key> Terminal::readKeys(int milliseconds) {
+  if (takeStop()) xStop();
   pollfd wanted{input, POLLIN, 0};
   if (poll(&wanted, 1, milliseconds) <= 0) return {};
   std::array<char, 64> bytes;

@@ -8,7 +8,7 @@
 
 namespace QV::app {
 
-/** In characters. */
+/** The size of a screen, in characters. */
 struct ScreenSize {
   int columns;
   int rows;
@@ -19,8 +19,8 @@ void checkTerminal(int input, int output);
 
 /**
  * A terminal's other screen, without echo and without a cursor, for as long as this lives. Keys
- * that interrupt still do; those that would stop or kill the program with the terminal as it is are
- * off.
+ * that interrupt still do; the one that stops the program does once the terminal is as it was; the
+ * one that kills it with the terminal as it is is off. One at a time.
  */
 class Terminal {
  public:
@@ -30,7 +30,7 @@ class Terminal {
   Terminal(const Terminal&) = delete;
   Terminal& operator=(const Terminal&) = delete;
 
-  /** As of now; 80 by 24 for one that does not say. */
+  /** The present size; 80 by 24 for a terminal that does not say. */
   ScreenSize getSize() const;
 
   /** std::runtime_error if the terminal takes nothing more. */
@@ -40,6 +40,10 @@ class Terminal {
   std::vector<Key> readKeys(int milliseconds);
 
  private:
+  void xEnter();
+  void xLeave() const;
+  void xStop();
+
   const int input;
   const int output;
   termios before;

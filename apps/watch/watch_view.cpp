@@ -1,6 +1,8 @@
 #include "apps/watch/watch_view.h"
 
 #include <algorithm>
+#include <cstring>
+#include <iterator>
 #include <sstream>
 
 #include "outlets/files/internal/table.h"
@@ -10,9 +12,12 @@
 namespace QV::app {
 namespace {
 
-constexpr char kKeyHelp[] =
+// The first that there is room for.
+constexpr const char* kKeyHelps[] = {
     "up/down: choose   s: subscribe or not   e: enable or not   d: clear or set the diagnosis   "
-    "q: quit";
+    "q: quit",
+    "up/down: choose   s: subscribe   e: enable   d: diagnosis   q: quit",
+    "up/down s:subscribe e:enable d:diagnosis q:quit"};
 // Title, header, note and keys.
 constexpr int kOtherLines = 4;
 
@@ -43,11 +48,11 @@ std::string describeTrouble(const session::SensorState& sensor) {
   return session::fixed(sensor.troubleAge, 0) + " s ago: " + ko::log::onOneLine(sensor.trouble);
 }
 
-std::vector<std::string> linesOf(const std::string& text) {
-  std::istringstream stream(text);
-  std::vector<std::string> lines;
-  for (std::string line; std::getline(stream, line);) lines.push_back(line);
-  return lines;
+const char* keyHelpFor(int columns) {
+  const char* const* const found = std::ranges::find_if(kKeyHelps, [columns](const char* help) {
+    return std::strlen(help) <= static_cast<std::size_t>(columns);
+  });
+  return found == std::end(kKeyHelps) ? kKeyHelps[2] : *found;
 }
 
 /** A screen in the making. */
@@ -55,12 +60,12 @@ class Screen {
  public:
   explicit Screen(const ScreenSize& size) : size(size) {}
 
-  /** `style` is a number of the terminal's. */
-  void add(const std::string& line, int style = 0) {
+  /** `style` as the terminal takes it. */
+  void add(const std::string& line, const std::string& style = "0") {
     if (lines == size.rows) return;
     ++lines;
     text += lines == 1 ? "\x1b[H" : "\r\n";
-    text += "\x1b[" + std::to_string(style) + "m" + cropped(line, size.columns) + "\x1b[0m\x1b[K";
+    text += "\x1b[" + style + "m" + cropped(line, size.columns) + "\x1b[0m\x1b[K";
   }
 
   std::string finish() const { return text + "\x1b[J"; }
@@ -71,12 +76,16 @@ class Screen {
   int lines = 0;
 };
 
-constexpr int kBold = 1;
-constexpr int kInverse = 7;
+constexpr char kBold[] = "1";
 
-}  // namespace
+/** Inverse where keys mean it; red where something is wrong. */
+std::string styleOf(const session::SensorState& sensor, bool isChosen) {
+  const bool isBad = isFault(sensor.health.state) || !sensor.diagnosis;
+  if (isChosen) return isBad ? "31;7" : "7";
+  return isBad ? "31" : "0";
+}
 
-std::string watchTable(const WatchState& state) {
+outlets::Table watchTableOf(const WatchState& state) {
   outlets::Table table({"sensor", "family", "enabled", "diagnosis", "started", ">subscribers",
                         ">points", ">nearest m", ">age s", "health", "why, or last trouble"});
   for (const auto& sensor : state.seen.sensors) {
@@ -87,8 +96,16 @@ std::string watchTable(const WatchState& state) {
                sensor.age ? session::fixed(*sensor.age, 2) : "-", getName(sensor.health.state),
                describeTrouble(sensor)});
   }
+  table.dropFirst(
+      {"family", "subscribers", "points", "started", "enabled", "diagnosis", "age s", "health"});
+  return table;
+}
+
+}  // namespace
+
+std::string watchTable(const WatchState& state, std::size_t columns) {
   std::ostringstream text;
-  table.print(text);
+  watchTableOf(state).print(text, columns);
   return text.str();
 }
 
@@ -98,15 +115,15 @@ std::string watchScreen(const WatchState& state, const ScreenSize& size) {
                  session::fixed(state.seen.pose.y, 2) + " m, " +
                  session::fixed(state.seen.pose.theta, 2) + " rad",
              kBold);
-  const auto lines = linesOf(watchTable(state));
+  const auto lines = watchTableOf(state).getLines(static_cast<std::size_t>(size.columns));
   screen.add(lines[0], kBold);
   const auto room = static_cast<std::size_t>(std::max(size.rows - kOtherLines, 1));
   const std::size_t first = state.chosen < room ? 0 : state.chosen - room + 1;
   for (std::size_t i = first; i < std::min(first + room, state.seen.sensors.size()); ++i) {
-    screen.add(lines[i + 1], i == state.chosen ? kInverse : 0);
+    screen.add(lines[i + 1], styleOf(state.seen.sensors[i], i == state.chosen));
   }
   screen.add(state.note);
-  screen.add(kKeyHelp);
+  screen.add(keyHelpFor(size.columns));
   return screen.finish();
 }
 

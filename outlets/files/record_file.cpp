@@ -1,14 +1,17 @@
 #include "outlets/files/record_file.h"
 
+#include <cerrno>
 #include <iostream>
 #include <stdexcept>
 
 #include "outlets/files/internal/record_text.h"
+#include "platform/ko/internal/write_error.h"
 
 namespace QV::outlets {
 
 RecordFile::RecordFile(const std::string& path)
     : path(path), isCsv(path.ends_with(".csv")), out(path == "-" ? std::cout : file) {
+  errno = 0;
   if (path != "-") file.open(path);
   if (isCsv) writeCsvTitles(out);
   xCheck();
@@ -21,11 +24,7 @@ void RecordFile::show(const session::Snapshot& snapshot) {
 
 void RecordFile::xWrite(const Math::MetricalData& record, const session::Snapshot& snapshot) {
   if (isCsv) return writeCsv(out, record, snapshot.frame);
-  auto line = toJson(record, snapshot.frame);
-  if (snapshot.frame == session::Frame::robot) {
-    line["robotPose"] = exactPoseOf(snapshot.pose);
-  }
-  out << toText(line) << '\n';
+  out << toText(toJson(record, snapshot)) << '\n';
 }
 
 void RecordFile::finish() {
@@ -35,7 +34,8 @@ void RecordFile::finish() {
 }
 
 void RecordFile::xCheck() const {
-  if (!out) throw std::runtime_error(path + ": can't be written");
+  if (!out)
+    throw std::runtime_error(ko::detail::cannotWrite(path == "-" ? "standard output" : path));
 }
 
 }  // namespace QV::outlets

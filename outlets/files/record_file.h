@@ -14,7 +14,8 @@ namespace QV::outlets {
  */
 class QV_API RecordFile : public Outlet {
  public:
-  /** "-" is standard output. One that can't be written: std::runtime_error, here and later. */
+  /** Opens the file; "-" is standard output. One that can't be written: std::runtime_error, here
+   * and later. */
   explicit RecordFile(const std::string& path);
 
   void show(const session::Snapshot& snapshot) override;

@@ -1,13 +1,15 @@
 #include "outlets/picture/session_picture.h"
 
+#include <cerrno>
 #include <filesystem>
+#include <fstream>
 #include <stdexcept>
 #include <unistd.h>
 #include <utility>
 
-#include <opencv2/imgcodecs.hpp>
-
 #include "outlets/picture/internal/draw_session.h"
+#include "platform/ko/internal/write_error.h"
+#include "platform/vision/internal/png_image.h"
 #include "session/usage_error.h"
 
 namespace QV::outlets {
@@ -17,8 +19,13 @@ void checkPicturePath(const std::string& path) {
   if (file.extension() != ".png")
     throw session::UsageError(path + ": a path that ends in .png expected");
   const auto folder = file.has_parent_path() ? file.parent_path().string() : ".";
-  if (std::filesystem::is_directory(folder) && access(folder.c_str(), W_OK) == 0) return;
-  throw session::UsageError(path + ": can't be written, a folder that can be expected");
+  errno = 0;
+  if (std::filesystem::is_directory(folder)) {
+    if (access(folder.c_str(), W_OK) == 0) return;
+  } else {
+    errno = std::filesystem::exists(folder) ? ENOTDIR : ENOENT;
+  }
+  throw session::UsageError(ko::detail::cannotWrite(path));
 }
 
 SessionPicture::SessionPicture(std::string givenPath) : path(std::move(givenPath)) {
@@ -32,9 +39,12 @@ void SessionPicture::show(const session::Snapshot& snapshot) {
 
 void SessionPicture::finish() {
   if (!last) return;
-  if (!cv::imwrite(path, drawSession(way, *last))) {
-    throw std::runtime_error(path + ": can't be written");
-  }
+  const std::string png = QV::detail::encodePng(drawSession(way, *last));
+  errno = 0;
+  std::ofstream file(path, std::ios::binary);
+  file << png;
+  file.close();
+  if (!file) throw std::runtime_error(ko::detail::cannotWrite(path));
 }
 
 }  // namespace QV::outlets

@@ -25,7 +25,7 @@ class QV_API SessionPicture : public Outlet {
 
  private:
   const std::string path;
-  /** In the map. */
+  /** The way in the map. */
   std::vector<Math::Pose2D> way;
   std::optional<session::Snapshot> last;
 };

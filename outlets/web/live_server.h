@@ -11,15 +11,15 @@
 
 namespace QV::outlets {
 
-/** Where a server listens, and whom it lets in. */
+/** The address that a server listens at, and whom it lets in. */
 struct ServerSettings {
-  /** To listen at: an IP address. */
+  /** The IP address to listen at. */
   std::string address = "127.0.0.1";
   /** 0 takes any that is free. */
   unsigned short port = 8765;
   /** Let in beside its own, such as "https://viewer.example". */
   std::vector<std::string> origins = {};
-  /** Whether viewers of the Foxglove protocol may drive, as pages always may. */
+  /** True if viewers of the Foxglove protocol may drive, as pages always may. */
   bool viewerDrive = false;
 };
 
@@ -36,16 +36,17 @@ class QV_API LiveServer {
   LiveServer(const LiveServer&) = delete;
   LiveServer& operator=(const LiveServer&) = delete;
 
-  /** Where a browser finds it: "http://127.0.0.1:8765/". */
+  /** The address for a browser: "http://127.0.0.1:8765/". */
   std::string getUrl() const;
   unsigned short getPort() const;
-  /** Whether other machines reach it. */
+  /** True if other machines reach it. */
   bool isOpen() const;
 
   /** Shows the session there, too, ten times a second. */
   void add(std::shared_ptr<Outlet> outlet);
 
-  /** As "live view", as long as the session lasts; UsageError for a name that there is not. */
+  /** Subscribes as "live view", as long as the session lasts; UsageError for a name that there
+   * is not. */
   void subscribe(const std::set<std::string>& sensorsOrFamilies);
 
   /** Goes on for about 20 ms: does what clients ask for, and shows them what is new. */

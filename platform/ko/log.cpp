@@ -8,8 +8,8 @@
 #include <vector>
 
 #include <boost/make_shared.hpp>
-#include <spdlog/sinks/stdout_color_sinks.h>
-#include <spdlog/spdlog.h>
+
+#include "platform/ko/internal/log_console.h"
 
 namespace ko::log {
 
@@ -46,35 +46,6 @@ State& state() {
   return *instance;
 }
 
-spdlog::logger& console() {
-  static spdlog::logger* instance = [] {
-    auto* logger =
-        new spdlog::logger("qv", std::make_shared<spdlog::sinks::stderr_color_sink_mt>());
-    logger->set_pattern("[%H:%M:%S.%e] [%^%l%$] %v");
-    logger->set_level(spdlog::level::trace);
-    return logger;
-  }();
-  return *instance;
-}
-
-spdlog::level::level_enum toSpdlog(Level level) {
-  switch (level) {
-    case Level::fatal:
-      return spdlog::level::critical;
-    case Level::error:
-      return spdlog::level::err;
-    case Level::warning:
-      return spdlog::level::warn;
-    case Level::info:
-      return spdlog::level::info;
-    case Level::verbose:
-      return spdlog::level::debug;
-    case Level::silent:
-      break;
-  }
-  return spdlog::level::off;
-}
-
 // The two limits that hold for a category: standard error's and that of the sinks.
 struct Limits {
   Level console;
@@ -104,10 +75,9 @@ void callSink(const SinkEntry& entry, const Record& record) noexcept {
   try {
     entry.sink(record);
   } catch (const std::exception& failure) {
-    console().log(spdlog::level::err,
-                  spdlog::string_view_t(std::string("ko.log: a sink failed: ") + failure.what()));
+    detail::writeToConsole(Level::error, std::string("ko.log: a sink failed: ") + failure.what());
   } catch (...) {
-    console().log(spdlog::level::err, spdlog::string_view_t("ko.log: a sink failed"));
+    detail::writeToConsole(Level::error, "ko.log: a sink failed");
   }
 }
 
@@ -122,11 +92,6 @@ void deliver(const Sinks& sinks, const Record& record) {
 }
 
 }  // namespace
-
-const char* getName(Level level) {
-  static const char* const names[] = {"silent", "fatal", "error", "warning", "info", "verbose"};
-  return names[static_cast<int>(level)];
-}
 
 void setLevel(Level level) {
   std::unique_lock lock(state().mutex);
@@ -166,26 +131,10 @@ void write(Level level, std::string_view category, std::string_view method, std:
     if (level <= limits.sinks) sinks = state().sinks;
   }
   if (level <= limits.console) {
-    console().log(toSpdlog(level), spdlog::string_view_t(record.category + "." + record.method +
-                                                         ": " + onOneLine(record.message)));
+    detail::writeToConsole(
+        level, record.category + "." + record.method + ": " + onOneLine(record.message));
   }
   deliver(sinks, record);
-}
-
-std::string onOneLine(const std::string& text) {
-  static const char digits[] = "0123456789abcdef";
-  std::string result;
-  for (const char c : text) {
-    const auto byte = static_cast<unsigned char>(c);
-    if (c == '\n') {
-      result += "\\n";
-    } else if (byte < 0x20 || byte == 0x7f) {
-      result.append("\\x").append(1, digits[byte / 16]).append(1, digits[byte % 16]);
-    } else {
-      result += c;
-    }
-  }
-  return result;
 }
 
 ScopedSink::ScopedSink(Level level, Sink sink) : entry(boost::make_shared<SinkEntry>()) {

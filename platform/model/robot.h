@@ -17,7 +17,7 @@ struct QV_API ForeignSensor {
   /** Empty if it has none. */
   std::string name;
   std::string type;
-  /** Whether it has properties or memory keys, as a sensor that is meant for us. */
+  /** True if it has properties or memory keys, as a sensor that is meant for us. */
   bool hasOurParts = false;
 
   friend bool operator==(const ForeignSensor&, const ForeignSensor&) = default;

@@ -48,7 +48,7 @@ struct QV_API PropertyRule {
   double most = 0.0;
   /** True if several sensors may name the same memory key in it. */
   bool isShared = false;
-  /** Whether none is made without it; else one is, and is of no use. */
+  /** True if none is made without it; else one is, and is of no use. */
   bool isNeededToMake = false;
 
   bool hasLimits() const { return least != 0.0 || most != 0.0; }
@@ -69,7 +69,7 @@ enum class KeyContent {
   range,
   /** Alternately x and y of points in the sensor's frame, metres. */
   coordinates,
-  /** Above kPresenceThreshold: something is there. */
+  /** A detection: above kPresenceThreshold something is there. */
   presence
 };
 inline constexpr float kPresenceThreshold = 0.9f;
@@ -119,7 +119,7 @@ struct QV_API SensorKind {
 
   /** The rule of a property, of the kind's own or of a common one; null for an unknown name. */
   const PropertyRule* findProperty(const std::string& property) const;
-  /** Whether what it sees are images of the video device. */
+  /** True if what it sees are images of the video device. */
   bool isCamera() const;
 };
 

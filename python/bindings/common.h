@@ -21,12 +21,13 @@ namespace QV::python {
 namespace py = pybind11;
 using namespace pybind11::literals;
 
-/** What is read of an object for a message: "0.5 (float)". */
+/** Describes an object for a message: "0.5 (float)". */
 std::string describe(py::handle object);
 
 /**
- * What a Python exception says, as a C++ one that threads without the interpreter's lock can throw
- * on. An interrupt is kept for whoever waits for the call. With the interpreter's lock.
+ * Makes a C++ exception of what a Python one says, one that threads without the interpreter's lock
+ * can throw on. An interrupt is kept for whoever waits for the call. Call it with the interpreter's
+ * lock.
  */
 std::runtime_error plainError(py::error_already_set& error);
 
@@ -44,7 +45,7 @@ auto callPython(Call&& call) {
 /** Gives a reference back, unless Python is ending. From any thread. */
 void releaseFromAnywhere(PyObject* kept);
 
-/** What C++ calls later: kept wherever copies of this go. */
+/** Keeps what C++ calls later, wherever copies of this go. */
 std::shared_ptr<PyObject> keep(const py::function& function);
 
 /**
@@ -59,7 +60,7 @@ Pointer<T> shareWithPython(py::object object) {
 
 py::object toPython(const ko::log::Record& line);
 
-/** One of the types of qv_sensor._types; a reference that lasts as long as the process. */
+/** Returns one of the types of qv_sensor._types; a reference that lasts as long as the process. */
 py::handle typeNamed(const char* name);
 
 /** A subscription of a manager or a session for a `with` block. */
@@ -89,7 +90,7 @@ void bindSessions(py::module_& module);
 void bindOutlets(py::module_& module);
 void bindRecordings(py::module_& module);
 void bindLiveServer(py::module_& module);
-/** If the build has ROS 2. */
+/** Binds the graph, if the build has ROS 2. */
 void bindGraph(py::module_& module);
 
 }  // namespace QV::python

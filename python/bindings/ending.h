@@ -6,8 +6,8 @@
 namespace QV::python {
 
 /**
- * What Python may end before it lets go of it, and what has to end before Python does: threads can
- * call nothing of Python's afterwards. All of it with the interpreter's lock.
+ * A thing that Python may end before it lets go of it, and that has to end before Python does:
+ * threads can call nothing of Python's afterwards. All of it with the interpreter's lock.
  */
 class Ending {
  public:
@@ -18,7 +18,7 @@ class Ending {
 
   /** Any number of times. */
   virtual void end() = 0;
-  /** What Python calls; it may raise. */
+  /** Closes it for Python, which calls this; it may raise. */
   virtual void close() { end(); }
 
   /** Ends all that live, the last one first. */

@@ -21,7 +21,8 @@ class Unlocked {
   PyThreadState* const state;
 };
 
-/** Has a thread of C++'s run Python for a scope; std::runtime_error once Python has begun to end.
+/**
+ * Lets a thread of C++'s run Python for a scope; std::runtime_error once Python has begun to end.
  */
 class Locked {
  public:
@@ -30,7 +31,7 @@ class Locked {
   Locked(const Locked&) = delete;
   Locked& operator=(const Locked&) = delete;
 
-  /** Whether C++ has called Python on this thread, and waits for it. */
+  /** True if C++ has called Python on this thread, and waits for it. */
   static bool isHere();
 
  private:
@@ -42,7 +43,9 @@ inline void checkInterrupt() {
   if (PyErr_CheckSignals() != 0) throw pybind11::error_already_set();
 }
 
-/** While a thread of C++'s works for Python, which waits for it a little when it ends. */
+/**
+ * A scope in which a thread of C++'s works for Python, which waits for it a little when it ends.
+ */
 class Aside {
  public:
   Aside();

@@ -53,7 +53,7 @@ class GuestOutlet : public outlets::Outlet {
   std::weak_ptr<T> guest;
 };
 
-/** What Python calls of one by itself: a session's thread alone may. */
+/** Binds what Python calls of one by itself: a session's thread alone may. */
 template <typename Class>
 void bindGuest(Class& type) {
   using Guest = typename Class::type;

@@ -15,7 +15,7 @@ class ManagerHandle : public Ending {
  public:
   using Finder = std::function<std::shared_ptr<sensor::SensorManager>()>;
 
-  /** Of its own. */
+  /** Holds a manager of its own. */
   explicit ManagerHandle(std::shared_ptr<sensor::SensorManager> manager);
   /** Somebody else's, who throws once there is none. */
   explicit ManagerHandle(Finder find);
@@ -47,7 +47,7 @@ class ManagerHandle : public Ending {
   bool isBorrowed() const { return find != nullptr; }
   /** Waits for its hardware, but for Ctrl-C. */
   void close() override;
-  /** One that is in use elsewhere ends there. */
+  /** Ends it; one that is in use elsewhere ends there. */
   void end() override;
 
  private:
@@ -69,13 +69,13 @@ class RealManagerHandle : public ManagerHandle {
 
 using ManagerClass = pybind11::class_<ManagerHandle, std::shared_ptr<ManagerHandle>>;
 
-/** Of sensors of one's own, which are read whenever somebody asks. */
+/** Makes a manager of sensors of one's own, which are read whenever somebody asks. */
 std::shared_ptr<ManagerHandle> makeListManager(const pybind11::iterable& sensors);
 
 void bindManagerReading(ManagerClass& type);
 void bindManagerSwitches(ManagerClass& type);
 void bindManagerHealth(ManagerClass& type);
-/** Those that a caller can make. */
+/** Binds the managers that a caller can make. */
 void bindManagerKinds(pybind11::module_& module);
 
 }  // namespace QV::python

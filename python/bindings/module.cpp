@@ -4,7 +4,7 @@
 namespace QV::python {
 namespace {
 
-/** In place of memory for an object whose `__init__` has not run, which pybind11 would ask for. */
+/** Refuses memory for an object whose `__init__` has not run, which pybind11 would ask for. */
 void* refuseUnmade(std::size_t) {
   throw py::type_error("an object whose __init__ has run expected, one that was never made given");
 }

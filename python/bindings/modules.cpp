@@ -28,7 +28,7 @@ void bindOwnMethod(QVModule& module, const std::string& name, const py::function
   dynamic_cast<OwnMethods&>(module).bind(module, name, callable);
 }
 
-/** Its sensors stop as it goes, which may wait: others may run Python meanwhile. */
+/** Ends hosting. Its sensors stop as it goes, which may wait: others may run Python meanwhile. */
 void endHosting(HostingModule* last) {
   std::optional<Unlocked> away;
   if (PyGILState_Check()) away.emplace();

@@ -21,7 +21,7 @@ py::list linesOf(const Lines& lines) {
 
 /** An outlet whose operations are written in Python. */
 class PythonOutlet : public Outlet {
-  /** With what overrides a method; what it answers that can't be used is TypeError there. */
+  /** Calls what overrides a method; an answer that can't be used is TypeError there. */
   template <typename Call>
   auto xCall(const char* method, Call call) const {
     return callPython([&] {

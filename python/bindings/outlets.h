@@ -9,13 +9,13 @@
 
 namespace QV::python {
 
-/** What can't be written, in Python an OSError. */
+/** An error of writing, in Python an OSError. */
 class WritingError : public std::runtime_error {
  public:
   using std::runtime_error::runtime_error;
 };
 
-/** What goes wrong with a file is a WritingError. */
+/** Writes; what goes wrong with a file is a WritingError. */
 template <typename Write>
 auto writing(Write write) {
   try {
@@ -27,7 +27,7 @@ auto writing(Write write) {
   }
 }
 
-/** What can be added to a server: shared so that Python's half lives as long as it is there. */
+/** Shares an outlet for a server, so that Python's half lives as long as it is there. */
 std::shared_ptr<outlets::Outlet> shareOutlet(const pybind11::object& outlet);
 
 }  // namespace QV::python

@@ -13,7 +13,7 @@ constexpr std::size_t kMostArguments = 8;
 template <std::size_t>
 using Argument = const QVValue&;
 
-/** What is called, and whether its module goes first: a module's own methods must not keep it. */
+/** A method to call, and whether its module goes first: a module's own methods must not keep it. */
 struct Method {
   PyObject* function;
   bool isOwn;
@@ -51,7 +51,7 @@ void bindWith(QVModule& module, const std::string& name, Method method,
                               }));
 }
 
-/** With as many arguments as are wanted; false for too many. */
+/** Calls with as many arguments as are wanted; false for too many. */
 template <std::size_t... count>
 bool bindFor(QVModule& module, const std::string& name, Method method, std::size_t wanted,
              std::index_sequence<count...>) {

@@ -21,7 +21,10 @@ pybind11::object makeRecordType();
 pybind11::object toPython(Record record);
 
 bool isRecord(pybind11::handle object);
-/** Of an object of the class, or of one derived from it; TypeError for one that was never made. */
+/**
+ * Returns the record of an object of the class, or of one derived from it; TypeError for one that
+ * was never made.
+ */
 Record& recordOf(pybind11::handle object);
 /** The same, before it is made. */
 Record& unmadeRecord(pybind11::handle object);

@@ -99,7 +99,7 @@ py::object toPython(const ros2::BagInfo& info) {
               info.damage.lines);
 }
 
-/** Of a recording by its path: Ctrl-C leaves the reading. */
+/** Reads a recording by its path: Ctrl-C leaves the reading. */
 template <typename Read>
 py::object tellOf(const std::string& file, Read read) try {
   return toPython(aside(std::move(read)));

@@ -13,7 +13,7 @@ namespace QV::python {
 /** Records that nobody changes any more, wherever they are kept. */
 using SharedRecords = boost::shared_ptr<const std::vector<Math::MetricalData>>;
 
-/** Without a copy: all, or for each name in order those of that sensor or family. */
+/** Converts without a copy: all, or for each name in order those of that sensor or family. */
 pybind11::list toPython(const SharedRecords& records, const Names& names = {});
 
 /** A copy of the records that Python gives back from a sensor of its own. */

@@ -24,7 +24,10 @@ void awaitOthers(const std::shared_ptr<session::Session>& last, bool moving) try
   // It ends anyway.
 }
 
-/** For good: stopping hardware would wait for time that the thread that opened it has to move. */
+/**
+ * Leaves the session for good: stopping hardware would wait for time that the thread that opened it
+ * has to move.
+ */
 void leave(std::shared_ptr<session::Session> session) {
   new std::shared_ptr<session::Session>(std::move(session));
   if (PyErr_WarnEx(PyExc_ResourceWarning,

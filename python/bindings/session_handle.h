@@ -89,8 +89,8 @@ class SessionHandle : public Ending {
   void run(ko::Duration duration);
 
   /**
-   * What has to go before the session does. `before` is called before each piece of a run, while
-   * other threads may run Python.
+   * Adds what has to go before the session does. `before` is called before each piece of a run,
+   * while other threads may run Python.
    */
   void add(std::shared_ptr<void> guest, std::function<void()> before = {});
   void remove(const void* guest);
@@ -98,7 +98,7 @@ class SessionHandle : public Ending {
   void prepare();
 
  private:
-  /** Whether a call is under way, or one that Ctrl-C has left. */
+  /** The state: whether a call is under way, or one that Ctrl-C has left. */
   enum class State { idle, inUse, left };
 
   class Use {
@@ -112,7 +112,7 @@ class SessionHandle : public Ending {
     const std::shared_ptr<std::atomic<State>> state;
   };
 
-  /** What goes on then is left. */
+  /** Leaves what goes on. */
   void xLeave();
   void xCheckThread() const;
   void xEndGuests();
@@ -124,7 +124,7 @@ class SessionHandle : public Ending {
   };
   std::vector<Guest> guests;
   const std::thread::id owner = std::this_thread::get_id();
-  /** Its own time. */
+  /** The move of its own time. */
   std::unique_ptr<MovesTime> moves;
   const std::shared_ptr<std::atomic<State>> state =
       std::make_shared<std::atomic<State>>(State::idle);
@@ -132,7 +132,7 @@ class SessionHandle : public Ending {
 
 using SessionClass = pybind11::class_<SessionHandle, std::shared_ptr<SessionHandle>>;
 
-/** Those that are named, or all families. */
+/** Returns those that are named, or all families. */
 std::set<std::string> namesIn(const SessionHandle& handle, const Names& names);
 
 void bindSessionSwitches(SessionClass& type);

@@ -32,7 +32,7 @@ void seek(SessionHandle& handle, ko::Duration sinceStart) {
   handle.use([&](Session& session) { session.seek(sinceStart); });
 }
 
-/** Of a recording. */
+/** Binds the operations of a recording. */
 void bindPlaying(SessionClass& type) {
   type.def("seek", &seek, "since_start"_a,
            R"(seek(since_start: int) -> None

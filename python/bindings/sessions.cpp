@@ -20,7 +20,7 @@ std::shared_ptr<ManagerHandle> managerOf(const std::shared_ptr<SessionHandle>& h
   });
 }
 
-/** Whether a check goes on: Ctrl-C ends it, wherever it runs. */
+/** A watch over a check, which goes on until Ctrl-C ends it, wherever it runs. */
 struct CheckWatch {
   std::atomic<bool> wasLeft{false};
   bool wasInterrupted = false;

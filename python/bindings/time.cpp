@@ -9,7 +9,7 @@
 namespace QV::python {
 namespace {
 
-/** Between two looks whether Ctrl-C was pressed: simulated time. */
+/** The simulated time between two looks whether Ctrl-C was pressed. */
 constexpr ko::Duration kAdvance{100'000'000};
 
 class TimeHandle : public Ending {

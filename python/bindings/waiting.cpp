@@ -6,7 +6,7 @@
 namespace QV::python {
 namespace {
 
-/** One at most moves time in a process. */
+/** The thread that moves time; one at most does in a process. */
 std::atomic<std::thread::id> mover{};
 
 bool isMainThread() {

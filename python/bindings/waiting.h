@@ -11,7 +11,10 @@
 
 namespace QV::python {
 
-/** While this thread moves simulated time: whoever waits for that on this thread moves it. */
+/**
+ * A scope in which this thread moves simulated time: whoever waits for that on this thread moves
+ * it.
+ */
 class MovesTime {
  public:
   MovesTime();
@@ -20,7 +23,9 @@ class MovesTime {
   MovesTime& operator=(const MovesTime&) = delete;
 };
 
-/** Whether this thread hears of Ctrl-C, and C++ does not wait for it. With the interpreter's lock.
+/**
+ * True if this thread hears of Ctrl-C, and C++ does not wait for it. Call it with the interpreter's
+ * lock.
  */
 bool mayLeave();
 /** The same, if it moves no time. */

@@ -1,8 +1,11 @@
 #include "robot/internal/file_bytes.h"
 
+#include <cerrno>
 #include <fstream>
 #include <stdexcept>
 #include <system_error>
+
+#include "platform/ko/internal/write_error.h"
 
 namespace QV::robot {
 namespace {
@@ -28,10 +31,11 @@ std::string readFile(const std::filesystem::path& path, std::size_t maxBytes) {
 }
 
 void writeFile(const std::filesystem::path& path, std::string_view bytes) {
+  errno = 0;
   std::ofstream file(path, std::ios::binary);
   file.write(bytes.data(), static_cast<std::streamsize>(bytes.size()));
   file.close();
-  if (!file) fail(path, "can't be written");
+  if (!file) throw std::runtime_error(ko::detail::cannotWrite(path.string()));
 }
 
 }  // namespace QV::robot

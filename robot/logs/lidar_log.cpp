@@ -5,6 +5,7 @@
 #include <stdexcept>
 
 #include "robot/logs/internal/log_file.h"
+#include "robot/logs/internal/logged_pose.h"
 #include "robot/logs/internal/recording.h"
 
 namespace QV::robot {
@@ -14,45 +15,18 @@ constexpr int kMostBeams = 10'000;
 constexpr double kFarthest = 1e6;
 constexpr double kMostTurn = 1e6;
 constexpr double kLatest = 4e9;
-// Poses are written with six decimals, and turned by a heading of six.
-constexpr double kSamePlace = 1e-3;
 constexpr std::size_t kOdometryWords = 10;
 // FLASER, the count, two poses, two times and a host.
 constexpr std::size_t kScanWordsBesideRanges = 11;
 constexpr std::string_view kOtherMessages[] = {"PARAM", "SYNC", "MARKER", "RLASER", "TRUEPOS"};
 
-struct Pose {
-  double x;
-  double y;
-  double theta;
-};
-
-Pose readPose(const LogLine& line, std::size_t index) {
+LoggedPose readPose(const LogLine& line, std::size_t index) {
   return {line.toNumber(index, "x", -kFarthest, kFarthest),
           line.toNumber(index + 1, "y", -kFarthest, kFarthest),
           line.toNumber(index + 2, "theta", -kMostTurn, kMostTurn)};
 }
 
-// In double precision: floats of a pose far away would move the laser on the robot.
-Pose laserOnRobot(const Pose& laser, const Pose& robot) {
-  const double c = std::cos(robot.theta);
-  const double s = std::sin(robot.theta);
-  const double dx = laser.x - robot.x;
-  const double dy = laser.y - robot.y;
-  constexpr double kTurn = 2.0 * std::numbers::pi;
-  return {c * dx + s * dy, c * dy - s * dx, std::remainder(laser.theta - robot.theta, kTurn)};
-}
-
-bool isSamePlace(const Pose& a, const Pose& b) {
-  return std::abs(a.x - b.x) < kSamePlace && std::abs(a.y - b.y) < kSamePlace &&
-         std::abs(std::remainder(a.theta - b.theta, 2.0 * std::numbers::pi)) < kSamePlace;
-}
-
-Math::Pose2D toPose2D(const Pose& pose) {
-  return {static_cast<float>(pose.x), static_cast<float>(pose.y), static_cast<float>(pose.theta)};
-}
-
-Model::SensorConfig describeLaser(int beams, const Pose& place) {
+Model::SensorConfig describeLaser(int beams, const LoggedPose& place) {
   Model::SensorConfig laser;
   laser.name = "Laser";
   laser.parentLink = "body";
@@ -104,13 +78,13 @@ class LidarLogReader {
     const int beams = line.toInteger(1, "a number of ranges", 2, kMostBeams);
     const auto rest = static_cast<std::size_t>(beams) + 2;
     line.expectSize(static_cast<std::size_t>(beams) + kScanWordsBesideRanges);
-    const Pose robot = readPose(line, rest + 3);
+    const LoggedPose robot = readPose(line, rest + 3);
     xCheckLaser(line, beams, laserOnRobot(readPose(line, rest), robot));
     recording.steps.push_back({xReadTime(line, rest + 6), toPose2D(robot), xPoints(line, beams)});
   }
 
   // The first scan says what the laser is and where it sits.
-  void xCheckLaser(const LogLine& line, int beams, const Pose& place) {
+  void xCheckLaser(const LogLine& line, int beams, const LoggedPose& place) {
     if (!firstPlace) {
       firstPlace = place;
       firstLine = line.getNumber();
@@ -150,7 +124,7 @@ class LidarLogReader {
   }
 
   Recording recording;
-  std::optional<Pose> firstPlace;
+  std::optional<LoggedPose> firstPlace;
   int firstLine = 0;
   int firstBeams = 0;
   std::optional<ko::Duration> firstTime;

@@ -5,7 +5,10 @@
 #include <filesystem>
 #include <stdexcept>
 
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
+
+#include "platform/vision/internal/png_image.h"
+#include "robot/internal/file_bytes.h"
 
 namespace QV::robot {
 namespace {
@@ -13,6 +16,7 @@ namespace {
 constexpr double kNanosecondsPerSecond = 1e9;
 // Slower is nobody's recording, and more would not fit a duration.
 constexpr double kMinRate = 1e-6;
+constexpr std::size_t kMostPngBytes = 256 << 20;
 
 void checkNumber(const char* what, double value, double atLeast) {
   if (std::isfinite(value) && value >= atLeast && value > 0.0) return;
@@ -28,6 +32,14 @@ std::vector<std::string> pngsOf(const std::string& folder) {
   if (files.empty()) throw std::runtime_error("DepthRecording: no PNG in " + folder);
   std::sort(files.begin(), files.end());
   return files;
+}
+
+cv::Mat readImage(const std::string& file) {
+  try {
+    return QV::detail::decodePng(readFile(file, kMostPngBytes));
+  } catch (const std::exception&) {
+    throw std::runtime_error(file + ": not a readable PNG");
+  }
 }
 
 }  // namespace
@@ -49,8 +61,7 @@ void DepthRecording::operator()(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_
 
 void DepthRecording::xLoad(std::size_t index) {
   if (loaded == index) return;
-  const cv::Mat image = cv::imread(files[index], cv::IMREAD_UNCHANGED);
-  if (image.empty()) throw std::runtime_error(files[index] + ": not a readable PNG");
+  const cv::Mat image = readImage(files[index]);
   if (image.type() != CV_16UC1) {
     throw std::runtime_error(files[index] + ": 16-bit grey expected, " +
                              cv::typeToString(image.type()) + " given");

@@ -25,11 +25,11 @@ struct BagMetadata {
   std::map<std::string, std::string> values;
 };
 
-/** What could not be read; where more than 10,000 places are damaged, at least so much. */
+/** The damage of a recording; where more than 10,000 places are damaged, at least so much. */
 struct BagDamage {
   std::uint64_t chunks = 0;
   std::uint64_t messages = 0;
-  /** Where and what; only the first kMostLines. */
+  /** The places and faults; only the first kMostLines. */
   std::vector<std::string> lines;
 
   static constexpr std::size_t kMostLines = 20;
@@ -40,7 +40,7 @@ struct BagTimes {
   std::uint64_t end = 0;
 };
 
-/** By log time; or as they stand, where times don't matter. */
+/** The order of messages: by log time; or as they stand, where times don't matter. */
 enum class BagOrder { time, file };
 
 /**
@@ -50,13 +50,15 @@ enum class BagOrder { time, file };
  */
 class QV_API BagReader {
  public:
-  /** What is no recording, or can't be opened: std::runtime_error that names file and byte. */
+  /** Opens a recording. What is none, or can't be opened: std::runtime_error that names file and
+   * byte. */
   explicit BagReader(const std::string& path, BagOrder order = BagOrder::time);
   ~BagReader();
   BagReader(const BagReader&) = delete;
   BagReader& operator=(const BagReader&) = delete;
 
-  /** By name; more of them may come to light while an MCAP file is read. Good as long as this. */
+  /** Returns the topics by name; more of them may come to light while an MCAP file is read. They
+   * last as long as this. */
   std::vector<const BagTopic*> getTopics() const;
   const std::vector<BagMetadata>& getMetadata() const;
 
@@ -64,7 +66,8 @@ class QV_API BagReader {
   /** Nothing for one that is damaged. */
   std::optional<BagAttachment> readAttachment(std::size_t index);
 
-  /** How many messages the index says that a topic has, read or not; nothing without one. */
+  /** Returns how many messages the index says that a topic has, read or not; nothing without
+   * one. */
   std::optional<std::uint64_t> getCount(const std::string& topic) const;
 
   /** Log times of the first and the last message, by the index if there is one; 0 if none. */
@@ -89,7 +92,7 @@ class QV_API BagReader {
 struct BagTopicInfo {
   BagTopic topic;
   std::uint64_t count = 0;
-  /** Of all its messages. */
+  /** The bytes of all its messages. */
   std::uint64_t bytes = 0;
   std::uint64_t startTime = 0;
   std::uint64_t endTime = 0;
@@ -101,18 +104,18 @@ struct BagTopicInfo {
 
 struct BagInfo {
   std::string path;
-  /** Of the file or files. */
+  /** The bytes of the file or files. */
   std::uint64_t fileBytes = 0;
   std::uint64_t count = 0;
   std::uint64_t startTime = 0;
   std::uint64_t endTime = 0;
-  /** By name. */
+  /** The topics by name. */
   std::vector<BagTopicInfo> topics;
   std::vector<BagMetadata> metadata;
   BagDamage damage;
 };
 
-/** Whether a file is a recording, or lies in the folder that is one: who writes it loses that. */
+/** True if a file is a recording, or lies in the folder that is one: who writes it loses that. */
 QV_API bool isFileOf(const std::string& path, const std::string& recording);
 
 /** Reads the whole recording, so that nothing of it is only promised. Errors as of BagReader. */

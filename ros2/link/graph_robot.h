@@ -12,26 +12,26 @@
 namespace QV::ros2 {
 
 struct GraphRobotOptions {
-  /** Of the node; empty: the robot's. */
+  /** The name of the node; empty: the robot's. */
   std::string name = {};
   /** "/" or "/robot1"; of the topics but /clock and /diagnostics. */
   std::string nameSpace = "/";
-  /** Whether /tf and /tf_static are in the namespace, too. */
+  /** True if /tf and /tf_static are in the namespace, too. */
   bool hasOwnFrames = false;
   /** Other names of frames: "map", "odom", the root link, sensors. */
   std::map<std::string, std::string> frames = {};
-  /** Before all other frames but the map's: "robot1/". */
+  /** The prefix of all frames but the map's: "robot1/". */
   std::string framePrefix = {};
-  /** Whether it obeys /cmd_vel. */
+  /** True if it obeys /cmd_vel. */
   bool isDriven = true;
-  /** Whether it says where it is in the map, and obeys /initialpose and /goal_pose; else somebody's
-   * navigation does. */
+  /** True if it says where it is in the map, and obeys /initialpose and /goal_pose; else
+   * somebody's navigation does. */
   bool knowsItsWay = true;
-  /** Whether a Range that met nothing is infinite, and not its greatest. */
+  /** True if a Range that met nothing is infinite, and not its greatest. */
   bool noEchoIsInfinite = false;
 
   static constexpr const char* kSubscriber = "ROS 2";
-  /** So long holds a command of /cmd_vel, of the session's time. */
+  /** The time for which a command of /cmd_vel holds, of the session's time. */
   static constexpr ko::Duration kHold{500'000'000};
 };
 
@@ -42,7 +42,7 @@ struct QV_API WireTopic {
   std::string ddsName;
   /** "sensor_msgs::msg::dds_::LaserScan_" */
   std::string ddsType;
-  /** Whether the robot reads it, and does not write it. */
+  /** True if the robot reads it, and does not write it. */
   bool isInput = false;
 };
 

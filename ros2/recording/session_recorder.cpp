@@ -16,6 +16,7 @@
 #include "ros2/recording/internal/record_topics.h"
 #include "ros2/recording/internal/recording_facts.h"
 #include "ros2/recording/internal/topic_names.h"
+#include "ros2/recording/internal/viewers_description.h"
 #include "ros2/recording/internal/world_topics.h"
 #include "session/internal/session_listener.h"
 #include "session/internal/session_parts.h"
@@ -180,8 +181,15 @@ class SessionRecorder::Impl : public session::SessionListener {
     writer.addMetadata(RecordingFacts::kName, factsOf(session).toValues());
     const auto world = robotOf(session).getWorldFacts();
     if (!world.empty()) writer.addMetadata(RecordingFacts::kWorldName, world);
-    writeDescription(writer, session);
+    xWriteDescription();
     if (const auto map = session.getMap()) xWriteMap(*map);
+  }
+
+  void xWriteDescription() {
+    const std::string exact = writeDescription(writer, session);
+    if (exact == describeForViewers(exact)) return;
+    writer.addAttachment(
+        {kExactDescription, "application/xml", 0, 0, Bytes(exact.begin(), exact.end())});
   }
 
   void xWriteMap(const OccupancyMap& map) {

@@ -11,8 +11,8 @@ namespace QV::ros2 {
 
 struct RecorderOptions {
   BagOptions bag = {};
-  /** Whether all sensors are wanted, on behalf of a subscriber of this name; else those that others
-   * want are recorded. */
+  /** True if all sensors are wanted, on behalf of a subscriber of this name; else those that
+   * others want are recorded. */
   bool wantsAll = false;
   static constexpr const char* kSubscriber = "recording";
 };
@@ -25,7 +25,7 @@ struct RecorderOptions {
  */
 class QV_API SessionRecorder : public outlets::Outlet {
  public:
-  /** "-" is standard output. A file that can't be made: std::runtime_error. */
+  /** Opens the file; "-" is standard output. One that can't be made: std::runtime_error. */
   SessionRecorder(const std::string& path, session::Session& session,
                   const RecorderOptions& options = {});
   ~SessionRecorder() override;
@@ -34,7 +34,7 @@ class QV_API SessionRecorder : public outlets::Outlet {
   void show(const session::Snapshot& snapshot) override;
   void finish() override;
 
-  /** Whether something could not be written. */
+  /** True if something could not be written. */
   bool hasFailed() const;
 
  private:

@@ -112,6 +112,10 @@ std::optional<std::uint64_t> SessionReplay::getLookCount() const {
   return xGetRobot().getBag().getCount(kRecordsTopic);
 }
 
+std::uint64_t SessionReplay::countLeftOut() const {
+  return xGetRobot().countLeftOut();
+}
+
 const BagDamage& SessionReplay::getDamage() const {
   return xGetRobot().getBag().getDamage();
 }

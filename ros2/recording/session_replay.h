@@ -12,7 +12,7 @@ namespace QV::ros2 {
 
 class BagRobot;
 
-/** Where records that are made anew first differ from those that were recorded. */
+/** The first difference between records that are made anew and those that were recorded. */
 struct QV_API RecordDifference {
   std::string sensor;
   ko::Clock::time_point time;
@@ -35,8 +35,8 @@ struct QV_API RecordDifference {
 class QV_API SessionReplay {
  public:
   /**
-   * What can't be played: std::runtime_error that names the file and what was expected. `sensors`
-   * makes those of a recorded robot.
+   * Opens a recording. What can't be played: std::runtime_error that names the file and what was
+   * expected. `sensors` makes those of a recorded robot.
    */
   explicit SessionReplay(const std::string& path,
                          const sensor::SensorFactory& sensors = sensor::SensorFactory::standard());
@@ -49,22 +49,26 @@ class QV_API SessionReplay {
   /** Once, before the first step: another robot's sensors, which nobody has subscribed to, are. */
   void begin();
 
-  /** Whether it is one of SessionRecorder. */
+  /** True if it is one of SessionRecorder. */
   bool isOwn() const { return isOwnSession; }
 
-  /** What there is to see of the last step; of another robot, the records of what was told in it.
-   */
+  /** Looks at what there is to see of the last step; of another robot, the records of what was
+   * told in it. */
   session::Snapshot look() const;
 
-  /** Whether the records are now, bit for bit, what they were at the look of the last step. */
+  /** Compares: nothing if the records are now, bit for bit, what they were at the look of the
+   * last step. */
   std::optional<RecordDifference> compare() const;
 
-  /** Since the recording began. */
+  /** The time since the recording began. */
   ko::Duration getTime() const;
   ko::Duration getLength() const;
-  /** How many looks were recorded, as far as the recording still says; another robot's has none. */
+  /** Returns how many looks were recorded, as far as the recording still says; another robot's
+   * has none. */
   std::optional<std::uint64_t> getLookCount() const;
-  /** What of the recording could not be read so far. */
+  /** Returns how many looks so far were passed over, as not all of their records can be read. */
+  std::uint64_t countLeftOut() const;
+  /** The damage of the recording that was met so far. */
   const BagDamage& getDamage() const;
 
  private:
@@ -74,7 +78,8 @@ class QV_API SessionReplay {
   std::unique_ptr<session::Session> session;
 };
 
-/** Whether a path is a recording's, by what stands there; a name says what a damaged one should be.
+/**
+ * True if a path is a recording's, by what stands there; a name says what a damaged one should be.
  */
 QV_API bool isRecording(const std::string& path);
 

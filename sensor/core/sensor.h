@@ -152,10 +152,10 @@ class QV_API Sensor {
   const std::unique_ptr<SensorWatch> watch;
   std::atomic<bool> enabled{true};
   std::atomic<bool> diagnosisSuccess{true};
-  /** Whether there are subscribers, for those who must not wait. */
+  /** True if there are subscribers, for those who must not wait. */
   std::atomic<bool> isWanted{false};
   std::atomic<bool> started{false};
-  /** Whether the watch may want the next reading. */
+  /** True if the watch may want the next reading. */
   mutable std::atomic<bool> isNoted{true};
   mutable boost::mutex startedMutex;
 };

@@ -224,7 +224,7 @@ class QV_API SensorManager {
   /** The cache. Its records never change, so that the lock is held for a pointer only. */
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
   const std::unique_ptr<HealthBoard> health;
-  /** Whether any is in failingSensors: spares the lock while none is. */
+  /** True if any is in failingSensors: spares the lock while none is. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::shared_mutex dataMutex;
   boost::mutex subscriptionMutex;

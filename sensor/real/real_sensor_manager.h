@@ -82,7 +82,7 @@ class QV_API RealSensorManager : public SensorManager {
   std::atomic<bool> sensorsDebug{false};
   boost::shared_ptr<QVBroker> broker;
   SensorFactory factory;
-  /** Of sensors, by name. */
+  /** The types of sensors, by name. */
   std::map<std::string, int> types;
   std::atomic<bool> updateRunning{false};
   std::mutex updateMutex;

@@ -30,7 +30,7 @@ bool isComplete(const SensorOrder& order) {
   });
 }
 
-/** As the description says it, if that is a period. */
+/** Returns the period of the description, if it gives one that makes sense. */
 ko::Duration periodOf(const Model::SensorProperties& properties, const Model::SensorKind& kind) {
   const Model::PropertyRule* rule = kind.findProperty("period");
   const double seconds = properties.getNumber("period");

@@ -68,4 +68,11 @@ bool hasSamePoints(const Records& a, const Records& b) {
                     [](const auto& one, const auto& other) { return one.points == other.points; });
 }
 
+std::string describeTouch(const Observation& seen) {
+  if (seen.records == 0) return "nothing touches it";
+  std::string text;
+  for (const std::string& name : seen.names) text += (text.empty() ? "touched: " : ", ") + name;
+  return text;
+}
+
 }  // namespace QV::session

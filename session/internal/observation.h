@@ -61,4 +61,7 @@ bool showsTurns(const Records& records, const SensorNature& nature);
 /** True if their points are the same, one by one. */
 bool hasSamePoints(const Records& a, const Records& b);
 
+/** Describes what a sensor that reports touches has reported. */
+std::string describeTouch(const Observation& seen);
+
 }  // namespace QV::session

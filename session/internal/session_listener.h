@@ -31,7 +31,9 @@ class SessionListener : public robot::InputListener {
   virtual void onCommand(const SessionCommand& command) = 0;
 };
 
-/** It hears what is so now and all that goes into it from then on; must be removed before it ends.
+/**
+ * Adds a listener. It hears what is so now and all that goes into the session from then on; it must
+ * be removed before it ends.
  */
 QV_API void addListener(Session& session, SessionListener& listener);
 QV_API void removeListener(Session& session, SessionListener& listener);

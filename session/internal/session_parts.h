@@ -30,7 +30,7 @@ struct SessionParts {
   }
 
   void tell(const SessionCommand& command) const { listeners->onCommand(command); }
-  /** What is to be seen oftener than anybody looks. */
+  /** Notes what is to be seen oftener than anybody looks. */
   void notePlace() {
     sensorLook.notePose();
     touchLook.note();

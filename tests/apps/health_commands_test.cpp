@@ -59,7 +59,7 @@ TEST(HealthCommands, sayWhatIsWrongWithFiguresAndGoByTheLimitsGiven) {
 TEST(HealthCommands, writeJson) {
   const Result result =
       run(wordsIn("list --health --robot porter --fault FrontLaser:delayed "
-                  "--format json"));
+                  "--format jsonl"));
   int faults = 0;
   for (const auto& line : recordsIn(result.out)) {
     const auto& health = line["health"];

@@ -56,21 +56,23 @@ TEST_F(ProgramTest, listShowsWhatADescriptionHolds) {
 TEST_F(ProgramTest, listAsJsonIsOneObject) {
   const auto simulated =
       nlohmann::json::parse(run({"list", "--kind", "0", "--format", "json"}).out);
-  EXPECT_EQ(simulated["sensors"][1]["name"], "RightSonar");
+  EXPECT_EQ(simulated["sensors"][1]["sensorName"], "RightSonar");
   EXPECT_EQ(simulated["sensors"][1]["fieldOfView"]["rayCount"], 20);
   const auto described =
       nlohmann::json::parse(run({"list", "--robot", porter, "--format", "json"}).out);
   EXPECT_EQ(described["robot"], "porter");
   const auto& sonar = described["sensors"][1];
-  EXPECT_EQ(sonar["name"], "BackSonar");
-  EXPECT_EQ(sonar["family"], "Sonar");
+  EXPECT_EQ(sonar["describedAs"], "BackSonar");
+  EXPECT_EQ(sonar["familyName"], "Sonar");
   EXPECT_EQ(sonar["mounting"]["x"], -0.13);
   EXPECT_EQ(sonar["link"], "torso");
-  EXPECT_EQ(sonar["subscribeTo"], "BackSonar");
-  EXPECT_EQ(described["sensors"][0]["name"], "BackBumper");
-  EXPECT_EQ(described["sensors"][0]["subscribeTo"], "Touch");
-  EXPECT_EQ(described["sensors"].back()["name"], nullptr);
-  EXPECT_EQ(described["sensors"].back()["subscribeTo"], "PeoplePerception");
+  EXPECT_EQ(sonar["sensorName"], "BackSonar");
+  EXPECT_EQ(described["sensors"][0]["describedAs"], "BackBumper");
+  EXPECT_EQ(described["sensors"][0]["sensorName"], "Touch");
+  EXPECT_EQ(described["sensors"].back()["describedAs"], nullptr);
+  EXPECT_EQ(described["sensors"].back()["sensorName"], "PeoplePerception");
+  const auto lines = recordsIn(run({"list", "--robot", porter, "--format", "jsonl"}).out);
+  EXPECT_EQ(nlohmann::json(lines), described["sensors"]);
   EXPECT_EQ(described["collisionShapes"][0]["supported"], true);
   EXPECT_EQ(run({"list", "--robot", robotOf(""), "--format", "json"}).out,
             R"({"robot":"r","kind":0,"sensors":[],"collisionShapes":[]})"
@@ -79,7 +81,7 @@ TEST_F(ProgramTest, listAsJsonIsOneObject) {
 
 TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
   const Result result = run({"read", "--kind", "1", "--pose", "3,3,-0.5", "--subscribe",
-                             "Sonar/Front", "--subscribe", "Asus", "--format", "json"});
+                             "Sonar/Front", "--subscribe", "Asus", "--format", "jsonl"});
   ASSERT_EQ(result.status, 0) << result.error;
   const auto records = recordsIn(result.out);
   ASSERT_EQ(records.size(), 2u);
@@ -90,7 +92,7 @@ TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
 
 TEST_F(ProgramTest, readOfAnVirtualRobotWaitsForEverySensor) {
   const Result result = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--noise", "0.01",
-                             "--seed", "7", "--format", "json"});
+                             "--seed", "7", "--format", "jsonl"});
   ASSERT_EQ(result.status, 0) << result.error;
   std::set<std::string> families;
   for (const auto& record : recordsIn(result.out)) {
@@ -103,13 +105,30 @@ TEST_F(ProgramTest, readOfAnVirtualRobotWaitsForEverySensor) {
               testing::ElementsAre("Asus", "BlindZone", "HoleLaser", "Laser", "Shovel", "Sonar"));
 }
 
-TEST_F(ProgramTest, aFaultySensorGivesNothingAndSaysWhy) {
-  const Result result = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--subscribe", "Laser",
-                             "--fault", "FrontLaser:off"});
-  EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.out, testing::Not(HasSubstr("FrontLaser")));
-  EXPECT_THAT(result.out, HasSubstr("LeftLaser"));
-  EXPECT_THAT(result.error, HasSubstr("Timeout while setting operation Mode for FrontLaser"));
+TEST_F(ProgramTest, aSensorThatGivesNothingIsSaidAndNoSuccess) {
+  const std::string why = "Timeout while setting operation Mode for FrontLaser";
+  const std::vector<std::string> world{"--robot", porter,    "--subscribe",
+                                       "Laser",   "--fault", "FrontLaser:off"};
+  for (const std::vector<std::string>& command : std::vector<std::vector<std::string>>{
+           {"read", "--pose", "3,6.3,0"},
+           {"plot", "--pose", "3,6.3,0", "-o", folder / "scan.png"},
+           {"stream", "--for", "2", "--speed", "max"},
+           {"drive", "--path", "3,6.3 3.2,6.3"}}) {
+    std::vector<std::string> arguments = command;
+    arguments.insert(arguments.end(), world.begin(), world.end());
+    const Result result = run(arguments);
+    EXPECT_EQ(result.status, 1) << command[0];
+    EXPECT_THAT(result.error, HasSubstr("qvsensors: FrontLaser gave no record: " + why));
+    const bool hasTable = command[0] == "read" || command[0] == "drive";
+    if (!hasTable) continue;
+    EXPECT_THAT(result.out, testing::ContainsRegex("\nFrontLaser +Laser .* +- .*" + why));
+    EXPECT_THAT(result.out, HasSubstr("\nLeftLaser"));
+  }
+}
+
+TEST_F(ProgramTest, whoeverMaySayNothingIsNoFailure) {
+  const Result result = run({"read", "--robot", porter, "--subscribe", "Touch"});
+  EXPECT_EQ(result.status, 0) << result.error;
 }
 
 TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
@@ -119,8 +138,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
        "a command expected; the commands are list, read, plot, drive, check, watch, serve, replay"},
       {{"serve", "--address", "nowhere"}, "--address: an IP address expected"},
       {{"fly"}, "no command \"fly\"; the commands are list, read, plot, drive"},
-      {{"read"}, "--pose is required"},
-      {{"read", "--pose", "1,2,3", "--format", "xml"}, "--format: table, json or csv"},
+      {{"read", "--pose", "1,2,3", "--format", "xml"}, "--format: table, json, jsonl or csv"},
       {{"read", "--pose", "1,2,3", "--subscribe", "Radar"},
        "no sensor or family \"Radar\"; this robot has the families Asus, Bumper, Sonar"},
       {{"read", "--pose", "1,2,3", "--kind", "2"}, "--kind: a kind with simulated sensors"},
@@ -132,13 +150,13 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"plot", "--pose", "1,2,3", "-o", ""}, "--output: a file expected"},
       {{"drive", "--path", "1,2 2,2", "--picture", ""}, "--picture: a file expected"},
       {{"drive", "--path", "1,2 2,2", "--picture", "/nowhere/run.png"},
-       "/nowhere/run.png: can't be written"},
+       "/nowhere/run.png: can't be written: No such file or directory"},
       {{"read", "--pose", "1,2,3", "--map", missing}, missing},
       {{"plot", "--pose", "1,2,3", "-o", folder / "scan.xyz"}, "scan.xyz"},
       {{"list", "--robot", missing}, missing + ": a readable file expected"},
       {{"list", "--robot", folder.string()}, "a readable file expected"},
       {{"list", "--robot", missing, "--kind", "1"}, "excludes"},
-      {{"list", "--format", "csv"}, "--format: table or json expected, \"csv\" given"},
+      {{"list", "--format", "csv"}, "--format: table, json or jsonl expected, \"csv\" given"},
       {{"read", "--pose", "3,3,0", "--fault", "Sonar:off"}, "--fault requires --robot"},
       {{"read", "--robot", porter, "--pose", "3,3,0", "--fault", "FrontSonar:dead"},
        "--fault: off, stuck, garbage, wrong, slow, delayed or intermittent expected, \"dead\""},
@@ -149,20 +167,107 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"read", "--robot", porter, "--pose", "3,3,0", "--drop-outs", "2"},
        "qvsensors: --drop-outs: a share from 0 to 1 expected"},
       {{"read", "--robot", porter, "--pose", "3,3,0", "--people", "-1"},
-       "qvsensors: --people: a number from 0 on expected"},
+       "qvsensors: --people: a whole number from 0 to 1000 expected, \"-1\" given"},
+      {{"read", "--robot", porter, "--people", "3.5"},
+       "--people: a whole number from 0 to 1000 expected, \"3.5\" given"},
+      {{"read", "--robot", porter, "--seed", "-4"},
+       "--seed: a whole number from 0 to 18446744073709551615 expected, \"-4\" given"},
+      {{"serve", "--port", "99999"},
+       "--port: a whole number from 0 to 65535 expected, \"99999\" given"},
+      {{"drive", "--paht", "1,2 2,2"},
+       "no option --paht; did you mean --path? (see qvsensors drive --help)"},
+      {{"drive", "--people", "x", "--wings=2"}, "no option --wings (see"},
+      {{"--pose", "1,2,3", "read"}, "--pose: options stand after the command"},
+      {{"read", "--noise"}, "--noise: a value expected (FLOAT) (see qvsensors read --help)"},
+      {{"map"}, "a command expected; the commands are info (see qvsensors map --help)"},
+      {{"map", "info", "--depth"}, "no option --depth (see qvsensors map info --help)"},
+      {{"map", "info", "moon"}, "a path, or one of apartment expected, \"moon\" given"},
+      {{"read", "--log-level", "loud"},
+       "--log-level: silent, fatal, error, warning, info or verbose expected, \"loud\" given"},
+      {{"help", "fly"}, "no command \"fly\"; the commands are list, "},
+      {{"completion", "csh"}, "SHELL: bash, zsh or fish expected, \"csh\" given"},
+      {{"stream", "--speed", "0"}, "--speed: a number above 0 or max expected, \"0\" given"},
       {{"check", "--robot", robotOf("")}, "robot.urdf: a sensor expected"},
       {{"check", "--robot",
         robotOf("<sensor name='C' type='4'><property key='cameraName' "
                 "value='nose'/></sensor>")},
        "apartment.yaml: no sensor, joint or link is called \"nose\""},
       {{"drive", "--path", "1,2 2,2", "--rate", "0"}, "--rate: a number above 0"},
-      {{"drive", "--path", "1,2 2,2", "-o", folder / "none/r.jsonl"}, "r.jsonl"},
+      {{"drive", "--path", "1,2 2,2", "-o", folder / "none/r.jsonl"},
+       "r.jsonl: can't be written: No such file or directory"},
+      {{"list", "--robot", porter, "-x"}, "no option -x"},
   };
   for (const BadInput& c : cases) expectRefused(c);
 }
 
+TEST_F(ProgramTest, withoutAPoseTheRobotStandsWhereTheMapHasRoomAndThatIsSaid) {
+  const auto info = nlohmann::json::parse(run({"map", "info", "--format", "json"}).out);
+  const auto& free = info["freePose"];
+  for (const std::vector<std::string>& robot :
+       std::vector<std::vector<std::string>>{{"--kind", "0"}, {"--robot", porter}}) {
+    std::vector<std::string> arguments{"read", "--subscribe", "Sonar"};
+    arguments.insert(arguments.end(), robot.begin(), robot.end());
+    const Result result = run(arguments);
+    EXPECT_EQ(result.status, 0) << result.error;
+    float x = 0.0f;
+    float y = 0.0f;
+    ASSERT_EQ(std::sscanf(result.error.c_str(), "qvsensors: the robot stands at %f,%f,0", &x, &y),
+              2)
+        << result.error;
+    EXPECT_NEAR(x, free["x"].get<float>(), 1e-4);
+    EXPECT_NEAR(y, free["y"].get<float>(), 1e-4);
+    arguments.emplace_back("--quiet");
+    EXPECT_EQ(run(arguments).error, "");
+  }
+}
+
+TEST_F(ProgramTest, mapInfoSaysWhatThereIsOfAMap) {
+  folder.write("m.pgm", "P2 4 2 255 254 254 205 0 254 254 205 0\n");
+  const auto path = folder.write("m.yaml",
+                                 "image: m.pgm\nresolution: 0.5\norigin: [1, 2, 0]\n"
+                                 "negate: 0\noccupied_thresh: 0.65\nfree_thresh: 0.196\n");
+  const auto info = nlohmann::json::parse(run({"map", "info", path, "--format", "json"}).out);
+  EXPECT_EQ(info["width"], 4);
+  EXPECT_EQ(info["height"], 2);
+  EXPECT_EQ(info["extent"],
+            (nlohmann::json{{"minX", 1.0}, {"maxX", 3.0}, {"minY", 2.0}, {"maxY", 3.0}}));
+  EXPECT_EQ(info["free"], 0.5);
+  EXPECT_EQ(info["unknown"], 0.25);
+  EXPECT_LT(info["freePose"]["x"], 2.0);
+  EXPECT_THAT(run({"map", "info", path}).out,
+              HasSubstr("4 x 2 cells of 0.5 m, 2.00 x 1.00 m\norigin     1,2,0 (m, m, rad)\n"));
+}
+
+TEST_F(ProgramTest, streamTellsEachRecordOnceAsItComes) {
+  const Result result = run({"stream", "--robot", porter, "--subscribe", "Laser", "--pose",
+                             "3,6.3,0", "--for", "2", "--rate", "50", "--speed", "max"});
+  EXPECT_EQ(result.status, 0) << result.error;
+  const auto records = recordsIn(result.out);
+  std::set<std::pair<std::string, std::int64_t>> different;
+  for (const auto& record : records) different.emplace(record["sensorName"], record["timestamp"]);
+  EXPECT_EQ(different.size(), records.size());
+  // Two lasers with a scan every 0.1 s, from their start on.
+  EXPECT_GT(records.size(), 20u);
+}
+
+TEST_F(ProgramTest, logLinesOfASimulatedWorldHaveItsTime) {
+  const Result loud = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--subscribe", "Laser",
+                           "--fault", "FrontLaser:off"});
+  EXPECT_THAT(loud.error,
+              testing::ContainsRegex("\\[[0-9]\\.[0-9][0-9][0-9] s\\] \\[(warning|error)\\]"));
+  const Result silent = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--subscribe", "Laser",
+                             "--fault", "FrontLaser:off", "--log-level", "silent"});
+  EXPECT_THAT(silent.error, testing::StartsWith("qvsensors: FrontLaser gave no record"));
+  EXPECT_THAT(run({"check", "--kind", "0", "--log-level", "info"}).error, HasSubstr("[info]"));
+}
+
+TEST_F(ProgramTest, whatStandardOutputDoesNotTakeIsSaidWithTheReason) {
+  EXPECT_EQ(shellOutput(QVSENSORS " list --kind 0 2>&1 >/dev/full; echo $?"),
+            "qvsensors: standard output: can't be written: No space left on device\n2\n");
+}
+
 TEST_F(ProgramTest, aPoseThatIsNotFreeIsWarnedOfAndRead) {
-  const Result result = run({"read", "--pose", "-90,-90,0", "--format", "json"});
+  const Result result = run({"read", "--pose", "-90,-90,0", "--format", "jsonl"});
   EXPECT_EQ(result.status, 0);
   EXPECT_THAT(result.error, HasSubstr("warning: the pose -90,-90 lies outside the map"));
   EXPECT_EQ(recordsIn(result.out).size(), 6u);
@@ -182,6 +287,9 @@ TEST_F(ProgramTest, everyCommandHasHelp) {
     EXPECT_THAT(result.out, HasSubstr("--kind"));
   }
   EXPECT_THAT(run({"replay", "--help"}).out, HasSubstr("CARMEN log"));
+  EXPECT_EQ(run({"help", "map", "info"}).out, run({"map", "info", "--help"}).out);
+  EXPECT_THAT(run({"help"}).out, HasSubstr("stream"));
+  EXPECT_EQ(run({"-V"}).out, run({"--version"}).out);
 }
 
 TEST_F(ProgramTest, plotWritesAPictureHoweverFarFromTheMap) {
@@ -254,7 +362,7 @@ TEST_F(ProgramTest, anVirtualRobotDrivesThePathTheSameEachTime) {
 TEST_F(ProgramTest, anVirtualRobotThatIsStoppedByAWallSaysSo) {
   const Result result =
       run({"drive", "--robot", porter, "--path", "3,6.3 3,9", "--subscribe", "Touch"});
-  EXPECT_EQ(result.status, 0);
+  EXPECT_EQ(result.status, 1);
   EXPECT_THAT(result.error, HasSubstr("warning: the robot stands "));
   EXPECT_THAT(result.out, testing::ContainsRegex("FrontBumper +Touch "));
 }

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -61,7 +62,8 @@ TEST_F(RecordingTest, fromAndToChooseWhatIsShown) {
   const auto countOf = [&](std::vector<std::string> options) {
     std::vector<std::string> arguments = {"replay", path, "--compare"};
     arguments.insert(arguments.end(), options.begin(), options.end());
-    return std::stoul(run(arguments).out);
+    const std::string out = run(arguments).out;
+    return std::stoul(out.substr(std::min(out.find_first_of("0123456789"), out.size())));
   };
   const std::size_t all = countOf({});
   const std::size_t first = countOf({"--to", "1"});
@@ -93,11 +95,12 @@ TEST_F(RecordingTest, whatCouldNotBeComparedIsNotTheSame) {
     EXPECT_EQ(result.status, 1) << result.error;
     EXPECT_THAT(result.out, HasSubstr(expected));
   }
+  EXPECT_THAT(run({"replay", damaged}).error, HasSubstr(" looks are left out"));
 }
 
 TEST_F(RecordingTest, aLoopShowsEachPassAsItComes) {
   drive(path);
-  for (const char* const format : {"table", "csv", "json"}) {
+  for (const char* const format : {"table", "csv", "jsonl"}) {
     test::ChildProcess process;
     int ends[2];
     ASSERT_EQ(pipe(ends), 0);

@@ -23,7 +23,7 @@ struct ReplayTest : testing::Test {
 };
 
 TEST_F(ReplayTest, tellsLogsByWhatTheyHold) {
-  const auto lidar = recordsIn(run({"replay", folder.write("a", kScans), "--format", "json"}).out);
+  const auto lidar = recordsIn(run({"replay", folder.write("a", kScans), "--format", "jsonl"}).out);
   ASSERT_EQ(lidar.size(), 2u);
   EXPECT_EQ(lidar[0]["points"].size(), 2u);
   EXPECT_EQ(lidar[1]["points"][1], (nlohmann::json{{"x", 2.5}, {"y", 0.0}, {"z", 0.0}}));

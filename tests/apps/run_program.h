@@ -1,8 +1,13 @@
 #pragma once
 
 #include <algorithm>
+#include <cstdio>
+#include <cstdlib>
+#include <fstream>
+#include <iterator>
 #include <sstream>
 #include <string>
+#include <unistd.h>
 #include <vector>
 
 #include <gmock/gmock.h>
@@ -27,6 +32,17 @@ inline Result run(std::vector<std::string> arguments) {
   testing::internal::CaptureStderr();
   const int status = runProgram(static_cast<int>(argv.size()), argv.data());
   return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
+}
+
+/** Returns what a command of bash writes on standard output. */
+inline std::string shellOutput(const std::string& command) {
+  const std::string file = testing::TempDir() + "/shell" + std::to_string(getpid());
+  const std::string words = "bash >" + file + " <<'END'\n" + command + "\nEND\n";
+  EXPECT_NE(std::system(words.c_str()), -1);
+  std::ifstream stream(file);
+  const std::string text{std::istreambuf_iterator<char>(stream), {}};
+  std::remove(file.c_str());
+  return text;
 }
 
 /** An object of JSON from each line. */

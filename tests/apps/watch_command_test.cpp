@@ -118,7 +118,7 @@ TEST_F(WatchTest, keysChooseASensorAndSwitchIt) {
   terminal.type("\x1b[B");
   EXPECT_TRUE(terminal.shows("\x1b[7mBlindZone         BlindZone  yes      good       yes"));
   terminal.type("d");
-  EXPECT_TRUE(terminal.shows("\x1b[7mBlindZone         BlindZone  yes      bad        no "));
+  EXPECT_TRUE(terminal.shows("\x1b[31;7mBlindZone         BlindZone  yes      bad        no "));
   terminal.type("d");
   EXPECT_TRUE(terminal.shows("\x1b[7mBlindZone         BlindZone  yes      good       yes"));
   terminal.type("s");
@@ -140,6 +140,20 @@ TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
     process.signal(signal);
     ASSERT_NO_FATAL_FAILURE(expectEnd(128 + signal));
   }
+}
+
+TEST_F(WatchTest, aStopLeavesTheTerminalAsItWasUntilItGoesOn) {
+  start();
+  ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
+  terminal.type("\x1a");
+  ASSERT_TRUE(terminal.shows("\x1b[?25h\x1b[?1049l"));
+  process.awaitStop();
+  EXPECT_TRUE(terminal.isAsBefore());
+  process.signal(SIGCONT);
+  ASSERT_TRUE(terminal.shows("\x1b[?1049h\x1b[?25l"));
+  ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
+  terminal.type("q");
+  expectEnd(0);
 }
 
 TEST(Terminal, anExceptionLeavesItAsItWas) {

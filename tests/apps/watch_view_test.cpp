@@ -53,7 +53,7 @@ TEST(WatchView, aTableShowsEverySensor) {
 TEST(WatchView, aScreenShowsTheChosenSensorTheNoteAndTheKeys) {
   EXPECT_THAT(linesOf(watchScreen(exampleState(), {200, 24})),
               ElementsAre("\x1b[1mRobot at 1.00, 2.00 m, 0.50 rad", StartsWith("\x1b[1msensor  "),
-                          StartsWith("\x1b[0mLaser  "), StartsWith("\x1b[7mSonar  "),
+                          StartsWith("\x1b[31mLaser  "), StartsWith("\x1b[31;7mSonar  "),
                           "\x1b[0mSonar: disabled", HasSubstr("q: quit")));
 }
 
@@ -63,12 +63,37 @@ TEST(WatchView, aScreenIsNeverLargerThanItsTerminal) {
     for (const int columns : {1, 20, 200}) {
       const auto lines = linesOf(watchScreen(state, {columns, rows}));
       EXPECT_LE(lines.size(), static_cast<std::size_t>(rows));
-      for (const auto& line : lines) EXPECT_LE(line.size() - 4, static_cast<std::size_t>(columns));
+      for (const auto& line : lines)
+        EXPECT_LE(line.size() - line.find('m') - 1, static_cast<std::size_t>(columns));
     }
   }
   const std::string low = watchScreen(state, {200, 5});
-  EXPECT_THAT(low, HasSubstr("\x1b[7mSonar"));
+  EXPECT_THAT(low, HasSubstr("\x1b[31;7mSonar"));
   EXPECT_THAT(low, Not(HasSubstr("mLaser")));
+}
+
+TEST(WatchView, aScreenOf80ColumnsHasWhatIsNearWhatIsWrongAndTheKeys) {
+  WatchState state = exampleState();
+  auto& sound = state.seen.sensors.emplace_back(state.seen.sensors[1]);
+  sound.name = "PeoplePerception";
+  sound.health = {sensor::HealthState::sound, {}, {}};
+  const auto lines = linesOf(watchScreen(state, {80, 24}));
+  EXPECT_THAT(lines[1], HasSubstr("nearest m"));
+  EXPECT_THAT(lines[1], Not(HasSubstr("subscribers")));
+  EXPECT_THAT(lines[2], HasSubstr("3 s ago: no \\x1b[2J\\nscan"));
+  EXPECT_THAT(lines[3], HasSubstr("its record is old"));
+  EXPECT_THAT(lines[4], StartsWith("\x1b[0mPeoplePerception  "));
+  EXPECT_THAT(lines[6], testing::EndsWith("q: quit"));
+}
+
+TEST(WatchView, aTableOf60ColumnsGoesOnBelow) {
+  WatchState state = exampleState();
+  state.seen.sensors[1].health.reason = "its record is 0.62 s old, and the limit is 0.40 s";
+  EXPECT_EQ(watchTable(state, 60),
+            "sensor  nearest m  health  why, or last trouble\n"
+            "Laser           -  off     3 s ago: no \\x1b[2J\\nscan\n"
+            "Sonar        0.50  late    its record is 0.62 s old, and the\n"
+            "                           limit is 0.40 s\n");
 }
 
 TEST(KeyReader, readsArrowsInPartsAndLettersAfterWhatMeansNothing) {

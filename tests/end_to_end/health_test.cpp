@@ -78,6 +78,8 @@ double secondsNow() {
 /** Porter goes in circles between near walls, somebody in sight, and fails in each way in turn. */
 struct HealthMatrixTest : testing::TestWithParam<std::tuple<std::string, int>> {
   std::vector<Told> drive() {
+    // Outlives the module, whose end changes states, too.
+    std::vector<Told> all;
     ko::SimulatedTime time;
     test::LogCapture log;
     robot::WorldOptions world;
@@ -93,7 +95,6 @@ struct HealthMatrixTest : testing::TestWithParam<std::tuple<std::string, int>> {
     const auto module = boost::make_shared<sensor::NavigationModule>(porter.getBroker());
     const ScopedModule registered(porter.getBroker(), module);
     sensor::SensorManager& manager = module->getManager();
-    std::vector<Told> all;
     manager.onHealthChanged([&all](const std::string& name, const sensor::SensorHealth& health) {
       all.push_back({secondsNow(), name, health.state, health.reason});
     });

@@ -23,9 +23,11 @@ Math::MetricalData exampleRecord() {
 
 std::string written(const std::vector<Math::MetricalData>& records, Format format) {
   std::ostringstream out;
-  session::SensorState sensor;
-  sensor.records = records;
-  writeRecords(out, {sensor}, format, session::Frame::map);
+  session::Snapshot snapshot;
+  snapshot.sensors.emplace_back().records = records;
+  RecordWriter sut(out, format);
+  sut.write(snapshot);
+  sut.finish();
   return out.str();
 }
 
@@ -35,9 +37,11 @@ TEST(RecordOutput, jsonHasEveryFieldByItsNameAndFloatsAsTheyWereWritten) {
       R"("fieldOfView":{"minRange":0.1,"maxRange":2.5,"angularRange":1.05,"rayCount":5},)"
       R"("sensorTransform":[1.0,0.0,0.0,0.0,0.0,1.0,0.0,0.0,0.0,0.0,1.0,0.0],)"
       R"("points":[{"x":0.3,"y":null,"z":0.5},{"x":2.5,"y":0.0,"z":0.5}],)"
-      R"("timestamp":1234567890123456789,"frame":"map"})"
-      "\n";
-  EXPECT_EQ(written({exampleRecord()}, Format::json), expected);
+      R"("timestamp":1234567890123456789,"frame":"map"})";
+  EXPECT_EQ(written({exampleRecord()}, Format::jsonl), expected + "\n");
+  EXPECT_EQ(written({exampleRecord(), exampleRecord()}, Format::json),
+            "[\n" + expected + ",\n" + expected + "\n]\n");
+  EXPECT_EQ(written({}, Format::json), "[]\n");
 }
 
 TEST(RecordOutput, csvHasALinePerPointAndOneForARecordWithoutPoints) {
@@ -79,16 +83,21 @@ TEST(RecordFile, isWrittenInTheFormatThatItsNameAsksFor) {
   EXPECT_THAT(table, testing::StartsWith("sensorName,"));
   EXPECT_EQ(std::count(table.begin(), table.end(), '\n'), 5) << "the titles once";
   EXPECT_EQ(errorOf([&] { RecordFile(folder / "none/a.csv"); }),
-            (folder / "none/a.csv") + ": can't be written");
+            (folder / "none/a.csv") + ": can't be written: No such file or directory");
 }
 
-TEST(RecordOutput, aTableSaysTheNearestOfTheSensor) {
-  session::SensorState sensor;
+TEST(RecordOutput, aTableSaysTheNearestOfASensorAndWhyAnotherIsSilent) {
+  session::Snapshot snapshot;
+  auto& sensor = snapshot.sensors.emplace_back();
   sensor.records = {exampleRecord()};
   sensor.nearest = 1.5f;
   std::ostringstream out;
-  writeRecords(out, {sensor}, Format::table, session::Frame::map);
+  RecordWriter sut(out, Format::table);
+  sut.write(snapshot);
+  sut.addSilent({"Laser", "Laser", "it is off"});
+  sut.finish();
   EXPECT_THAT(out.str(), testing::ContainsRegex("Sonar +2 +1.500 +0.1..2.5 "));
+  EXPECT_THAT(out.str(), testing::ContainsRegex("Laser +Laser +- .* it is off\n"));
 }
 
 }  // namespace

@@ -89,6 +89,13 @@ if(EXISTS ${include}/outlets)
   endif()
 endif()
 run(${installed}/bin/qvsensors read --kind 0 --pose 3,3,0)
+run(${installed}/bin/qvsensors replay lidar.log --to 1)
+foreach(file man/man1/qvsensors-map-info.1 bash-completion/completions/qvsensors
+    zsh/site-functions/_qvsensors fish/vendor_completions.d/qvsensors.fish doc/qv-sensor/LICENSE)
+  if(NOT EXISTS ${installed}/share/${file})
+    message(FATAL_ERROR "share/${file}: not installed")
+  endif()
+endforeach()
 
 file(GLOB libraries ${installed}/lib*/libqv_*.so ${installed}/lib*/*/libqv_*.so)
 foreach(library ${libraries})

@@ -34,6 +34,9 @@ class ChildProcess {
 
   void signal(int number) const { ::kill(pid, number); }
 
+  /** Waits until a signal has stopped it. */
+  void awaitStop() const { waitpid(pid, nullptr, WUNTRACED); }
+
   /** The exit status, or -1 for a process that a signal ended. */
   int awaitEnd() {
     int status = 0;

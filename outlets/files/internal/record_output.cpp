@@ -2,6 +2,7 @@
 
 #include <optional>
 #include <ostream>
+#include <utility>
 
 #include "outlets/files/internal/record_text.h"
 #include "outlets/files/internal/table.h"
@@ -12,9 +13,12 @@ namespace QV::outlets {
 namespace {
 
 const char* getName(Format format) {
-  static const char* const names[] = {"table", "json", "csv"};
+  static const char* const names[] = {"table", "json", "jsonl", "csv"};
   return names[static_cast<int>(format)];
 }
+
+const std::vector<std::string> kColumns{"sensor",    "family", ">points", ">nearest", ">range",
+                                        ">aperture", ">at x",  ">y",      ">z",       ">time s"};
 
 std::vector<std::string> rowOf(const Math::MetricalData& record, std::optional<float> nearest) {
   const auto at = Math::position3DFromTransform(record.sensorTransform);
@@ -32,24 +36,6 @@ std::vector<std::string> rowOf(const Math::MetricalData& record, std::optional<f
           session::fixed(seconds, 3)};
 }
 
-void writeTable(std::ostream& out, const std::vector<session::SensorState>& sensors,
-                session::Frame frame) {
-  out << "Places: sensors in the " << getName(frame)
-      << "'s frame (x y z in m). Ranges in m, angles in rad.\n";
-  Table table({"sensor", "family", ">points", ">nearest", ">range", ">aperture", ">at x", ">y",
-               ">z", ">time s"});
-  for (const auto& sensor : sensors) {
-    for (const auto& record : sensor.records) table.add(rowOf(record, sensor.nearest));
-  }
-  table.print(out);
-}
-
-void writeRecord(std::ostream& out, const Math::MetricalData& record, Format format,
-                 session::Frame frame) {
-  if (format == Format::csv) return writeCsv(out, record, frame);
-  out << toText(toJson(record, frame)) << '\n';
-}
-
 }  // namespace
 
 Format parseFormat(const std::string& text, const std::vector<Format>& known) {
@@ -62,22 +48,42 @@ Format parseFormat(const std::string& text, const std::vector<Format>& known) {
   throw session::UsageError("--format: " + names + " expected, \"" + text + "\" given");
 }
 
-void writeRecords(std::ostream& out, const std::vector<session::SensorState>& sensors,
-                  Format format, session::Frame frame) {
-  if (format == Format::table) return writeTable(out, sensors, frame);
-  writeTitles(out, format);
-  writeRows(out, sensors, format, frame);
-}
-
-void writeTitles(std::ostream& out, Format format) {
+RecordWriter::RecordWriter(std::ostream& out, Format format)
+    : out(out), format(format), list(out, format) {
   if (format == Format::csv) writeCsvTitles(out);
 }
 
-void writeRows(std::ostream& out, const std::vector<session::SensorState>& sensors, Format format,
-               session::Frame frame) {
-  for (const auto& sensor : sensors) {
-    for (const auto& record : sensor.records) writeRecord(out, record, format, frame);
+void RecordWriter::write(const session::Snapshot& snapshot) {
+  frame = snapshot.frame;
+  for (const auto& sensor : session::sensorsByName(snapshot)) {
+    for (const auto& record : sensor.records) {
+      if (format == Format::table) rows.push_back(rowOf(record, sensor.nearest));
+      if (format == Format::csv) writeCsv(out, record, frame);
+      list.add(toJson(record, snapshot));
+    }
   }
+}
+
+void RecordWriter::addSilent(const SilentSensor& sensor) {
+  hasSilent = true;
+  const std::vector<std::string> noValues(kColumns.size() - 2, "-");
+  auto& row = rows.emplace_back(std::vector<std::string>{sensor.name, sensor.family});
+  row.insert(row.end(), noValues.begin(), noValues.end());
+  row.push_back(sensor.why);
+}
+
+void RecordWriter::finish(std::size_t columns) {
+  list.finish();
+  if (format != Format::table) return;
+  out << "Places: sensors in the " << getName(frame)
+      << "'s frame (x y z in m). Ranges in m, angles in rad.\n";
+  auto titles = kColumns;
+  if (hasSilent) titles.push_back("no record, because");
+  Table table(titles);
+  for (auto& row : std::exchange(rows, {})) table.add(std::move(row));
+  table.dropFirst({"family", "time s", "aperture", "range", "z", "y", "at x"});
+  table.print(out, columns);
+  hasSilent = false;
 }
 
 }  // namespace QV::outlets

@@ -32,20 +32,22 @@ std::string startOf(const Math::MetricalData& record, session::Frame frame) {
 
 }  // namespace
 
-Json toJson(const Math::MetricalData& record, session::Frame frame) {
+Json toJson(const Math::MetricalData& record, const session::Snapshot& snapshot) {
   Json transform = Json::array();
   for (const float value : record.sensorTransform.values) transform.push_back(toJson(value));
   Json points = Json::array();
   for (const auto& point : record.points) {
     points.push_back({{"x", toJson(point.x)}, {"y", toJson(point.y)}, {"z", toJson(point.z)}});
   }
-  return {{"sensorName", record.sensorName},
-          {"familyName", record.familyName},
-          {"fieldOfView", toJson(record.fieldOfView)},
-          {"sensorTransform", std::move(transform)},
-          {"points", std::move(points)},
-          {"timestamp", inNanoseconds(record.timestamp)},
-          {"frame", getName(frame)}};
+  Json object{{"sensorName", record.sensorName},
+              {"familyName", record.familyName},
+              {"fieldOfView", toJson(record.fieldOfView)},
+              {"sensorTransform", std::move(transform)},
+              {"points", std::move(points)},
+              {"timestamp", inNanoseconds(record.timestamp)},
+              {"frame", getName(snapshot.frame)}};
+  if (snapshot.frame == session::Frame::robot) object["robotPose"] = exactPoseOf(snapshot.pose);
+  return object;
 }
 
 void writeCsvTitles(std::ostream& out) {

@@ -10,9 +10,10 @@ namespace QV::outlets {
 
 /**
  * A record with its fields by their own names: transforms as 12 numbers by rows, points as objects,
- * the time in integer nanoseconds. `frame` names what the transform places the sensor in.
+ * the time in integer nanoseconds. "frame" names what the transform places the sensor in; where
+ * that is the robot's, "robotPose" tells where the robot is.
  */
-Json toJson(const Math::MetricalData& record, session::Frame frame);
+Json toJson(const Math::MetricalData& record, const session::Snapshot& snapshot);
 
 /** The line of titles. */
 void writeCsvTitles(std::ostream& out);

@@ -15,12 +15,12 @@ constexpr std::uint32_t kMap = 2;
 constexpr std::uint32_t kLog = 3;
 constexpr std::uint32_t kFirstSensor = 4;
 
-/** What viewers can subscribe to: numbered from 1 without a gap. */
+/** The channels that viewers can subscribe to: numbered from 1 without a gap. */
 struct Channels {
   std::vector<Channel> all;
   /** The names of the sensors by channel. */
   std::map<std::uint32_t, std::string> sensors;
-  /** Where the sensors look. */
+  /** The channel of where the sensors look. */
   std::uint32_t fields = 0;
   /** The frames of the depth camera; 0 without one. */
   std::uint32_t depth = 0;

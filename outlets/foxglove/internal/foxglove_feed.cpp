@@ -52,6 +52,8 @@ FoxgloveFeed::FoxgloveFeed(session::Session& robot, RequestQueue* requests)
       title(robot.getTitle()),
       sessionId(newSession()) {}
 
+FoxgloveFeed::~FoxgloveFeed() = default;
+
 void FoxgloveFeed::onOpen(const std::shared_ptr<WebClient>& client) {
   client->send(textMessage(foxglove::serverInfo(title, sessionId, requests != nullptr)));
   client->send(textMessage(foxglove::advertisement(channels.all)));

@@ -22,8 +22,10 @@ namespace QV::outlets {
  */
 class QV_API FoxgloveFeed : public WebOutlet {
  public:
-  /** With a queue, which must outlive it, viewers may drive. The session must outlive it, too. */
+  /** Feeds viewers of a session. With a queue, which must outlive it, they may drive. The
+   * session must outlive it, too. */
   explicit FoxgloveFeed(session::Session& robot, RequestQueue* requests = nullptr);
+  ~FoxgloveFeed() override;
 
   std::vector<std::string> getProtocols() const override {
     return {"foxglove.websocket.v1", "foxglove.sdk.v1"};
@@ -34,17 +36,17 @@ class QV_API FoxgloveFeed : public WebOutlet {
   void onClose(const std::shared_ptr<WebClient>& client) override;
 
   bool isWatched() const override;
-  /** For each viewer the sensors whose channels it has subscribed to. */
+  /** Returns for each viewer the sensors whose channels it has subscribed to. */
   session::Demand getDemand() const override;
   void showLog(const std::vector<ko::log::Record>& lines) override;
   void show(const session::Snapshot& snapshot) override;
 
  private:
-  /** What one viewer wants. */
+  /** The wishes of one viewer. */
   struct Viewer {
     /** The channel of each subscription. */
     std::map<std::uint32_t, std::uint32_t> subscriptions;
-    /** Its own, on which it drives. */
+    /** The channels of its own, on which it drives. */
     std::set<std::uint32_t> wheels;
   };
 

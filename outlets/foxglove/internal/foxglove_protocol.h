@@ -6,7 +6,7 @@
 
 #include "platform/ko/clock.h"
 
-/** What the Foxglove WebSocket protocol itself says. Texts are JSON. */
+/** The messages of the Foxglove WebSocket protocol itself. Texts are JSON. */
 namespace QV::outlets::foxglove {
 
 /** A stream of messages of one schema that viewers subscribe to. */
@@ -19,7 +19,7 @@ struct Channel {
 
 /** `hears` what viewers publish, or not. */
 std::string serverInfo(const std::string& name, const std::string& session, bool hears);
-/** With the schemas' texts. */
+/** Advertises the channels, with the schemas' texts. */
 std::string advertisement(const std::vector<Channel>& channels);
 /** Something that went wrong with what a viewer asked for. */
 std::string errorStatus(const std::string& message);

@@ -18,7 +18,7 @@ struct ViewerMessage {
   std::uint32_t channel = 0;
   std::string payload;
 };
-/** From a binary frame; std::invalid_argument for any other. */
+/** Reads a binary frame; std::invalid_argument for any other. */
 ViewerMessage readViewerMessage(const std::string& frame);
 
 /**

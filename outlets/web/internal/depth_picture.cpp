@@ -2,8 +2,7 @@
 
 #include <vector>
 
-#include <opencv2/imgcodecs.hpp>
-
+#include "platform/vision/internal/png_image.h"
 #include "platform/vision/qv_image.h"
 
 namespace QV::outlets {
@@ -22,7 +21,7 @@ std::vector<int> countPixels(const cv::Mat_<int>& labels, int labelCount) {
   return counts;
 }
 
-/** For each label the number of the component that it is, counted from 0; -1 for none. */
+/** Returns for each label the number of the component that it is, counted from 0; -1 for none. */
 std::vector<int> numberComponents(const std::vector<int>& counts, int smallest, int& components) {
   std::vector<int> numbers(counts.size(), -1);
   for (std::size_t label = 1; label < counts.size(); ++label) {
@@ -64,9 +63,7 @@ DepthPicture DepthPainter::paint(const cv::Mat_<std::uint16_t>& depth) {
       colours(at) = tinted(grey(at), numbers[static_cast<std::size_t>(labels(at))]);
     }
   }
-  std::vector<uchar> png;
-  cv::imencode(".png", colours, png);
-  picture.png.assign(png.begin(), png.end());
+  picture.png = QV::detail::encodePng(colours);
   return picture;
 }
 

@@ -12,7 +12,7 @@
 namespace QV::outlets {
 
 /** Takes pictures of the robot's depth camera, as a client of its own. For one thread. */
-class DepthView {
+class QV_API DepthView {
  public:
   /** The modules behind the broker must outlive it; without a broker there are no pictures. */
   explicit DepthView(boost::shared_ptr<QVBroker> broker) : broker(std::move(broker)) {}

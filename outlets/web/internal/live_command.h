@@ -9,16 +9,16 @@
 
 namespace QV::outlets {
 
-/** Which sensor's records a page is told; empty for none. */
+/** A command that names the sensor whose records a page is told; empty for none. */
 struct InspectCommand {
   std::string sensor;
 };
-/** Whether a page is told what the sensors see in space. */
+/** A command that says if a page is told what the sensors see in space. */
 struct SpaceCommand {
   bool on;
 };
 
-/** What a page asks for: of the session, or for itself. */
+/** A command of a page: to the session, or about itself. */
 using PageCommand = std::variant<session::Command, InspectCommand, SpaceCommand>;
 
 /**

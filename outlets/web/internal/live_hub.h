@@ -14,7 +14,7 @@ namespace QV::outlets {
 /** Hands each client to the outlet of its subprotocol. */
 class LiveHub : public WebHandler {
  public:
-  /** One or more; without a subprotocol a client of the path /live gets the first. */
+  /** Takes one outlet or more; without a subprotocol a client of the path /live gets the first. */
   explicit LiveHub(std::vector<std::shared_ptr<WebOutlet>> outlets);
 
   std::optional<std::string> chooseProtocol(const std::string& path,
@@ -28,7 +28,7 @@ class LiveHub : public WebHandler {
  private:
   WebOutlet& xOutletOf(const WebClient& client) const { return *outlets.at(client.protocol); }
 
-  /** By subprotocol, "" for none. */
+  /** The outlets by subprotocol, "" for none. */
   std::map<std::string, std::shared_ptr<WebOutlet>> outlets;
 };
 

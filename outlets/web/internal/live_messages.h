@@ -12,11 +12,13 @@
 
 namespace QV::outlets {
 
-/** What every page is told first of a robot, its map, in so many levels of tiles, and its families.
+/**
+ * Describes a robot, its map, in so many levels of tiles, and its families, as every page is told
+ * first.
  */
 QV_API Json describeWorld(session::Session& robot, int mapLevels);
 
-/** What the page is told; docs/live-view.md describes each. All are one object of JSON. */
+/** Makes the messages to the page; docs/live-view.md describes each. All are one object of JSON. */
 QV_API std::string helloMessage(Json world, const std::string& subscriber);
 QV_API std::string logMessage(const std::vector<ko::log::Record>& lines);
 std::string depthMessage(const std::string& sensor, const DepthPicture& picture);

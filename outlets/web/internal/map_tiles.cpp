@@ -5,7 +5,9 @@
 #include <regex>
 #include <utility>
 
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
+
+#include "platform/vision/internal/png_image.h"
 
 namespace QV::outlets {
 namespace {
@@ -62,9 +64,7 @@ bool isOneTile(int width, int height) {
 std::string toPng(const cv::Mat_<uchar>& picture) {
   cv::Mat_<uchar> lastRowOnTop;
   cv::flip(picture, lastRowOnTop, 0);
-  std::vector<uchar> png;
-  cv::imencode(".png", lastRowOnTop, png);
-  return {png.begin(), png.end()};
+  return QV::detail::encodePng(lastRowOnTop);
 }
 
 }  // namespace

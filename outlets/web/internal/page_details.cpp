@@ -11,10 +11,10 @@ namespace {
 
 constexpr int kArcPoints = 15;
 
-Json shortened(Math::MetricalData record, session::Frame frame) {
+Json shortened(Math::MetricalData record, const session::Snapshot& snapshot) {
   const std::size_t count = record.points.size();
   record.points.resize(std::min(count, kMostRecordPoints));
-  Json json = QV::outlets::toJson(record, frame);
+  Json json = QV::outlets::toJson(record, snapshot);
   json["pointCount"] = count;
   return json;
 }
@@ -47,7 +47,7 @@ std::string recordMessage(const std::string& sensor, const session::Snapshot& sn
                    [&sensor](const session::SensorState& other) { return other.name == sensor; });
   if (found == snapshot.sensors.end()) return {};
   Json records = Json::array();
-  for (const auto& record : found->records) records.push_back(shortened(record, snapshot.frame));
+  for (const auto& record : found->records) records.push_back(shortened(record, snapshot));
   return toText({{"op", "record"}, {"sensor", sensor}, {"records", std::move(records)}});
 }
 

@@ -16,7 +16,7 @@ constexpr std::size_t kMostSpacePoints = 4000;
  */
 QV_API std::string recordMessage(const std::string& sensor, const session::Snapshot& snapshot);
 
-/** What all sensors see, in the map, with the height above the floor. */
+/** Tells what all sensors see, in the map, with the height above the floor. */
 QV_API std::string spaceMessage(const session::Snapshot& snapshot);
 
 }  // namespace QV::outlets

@@ -23,7 +23,7 @@ namespace QV::outlets {
 /** The page's own stream, "qv.live.v1": JSON both ways. */
 class QV_API PageFeed : public WebOutlet {
  public:
-  /** Of the log, for whoever comes. */
+  /** The number of lines of the log for whoever comes. */
   static constexpr std::size_t kLastLines = 200;
 
   /** The queue and the robot's services must outlive it; the rest is looked at only here. */
@@ -42,16 +42,16 @@ class QV_API PageFeed : public WebOutlet {
   void onClose(const std::shared_ptr<WebClient>& client) override;
 
   session::Demand getDemand() const override;
-  /** Also once after the last has gone, so that the camera may rest. */
+  /** True while there are pages, and once after the last has gone, so that the camera may rest. */
   bool isWatched() const override;
   void show(const session::Snapshot& snapshot) override;
   void showLog(const std::vector<ko::log::Record>& lines) override;
 
  private:
-  /** What one page wants. */
+  /** The wishes of one page. */
   struct Page {
     std::set<std::string> sensors;
-    /** Whose records it looks at; empty for none. */
+    /** The sensor whose records it looks at; empty for none. */
     std::string inspected;
     bool inSpace = false;
   };

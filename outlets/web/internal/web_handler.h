@@ -26,20 +26,13 @@ class QV_API WebClient {
   const std::string protocol;
 };
 
-/** What a server does with its WebSockets. Called on the server's thread, one call at a time. */
-class QV_API WebHandler {
+/** What listens to the clients of a server's WebSockets. */
+class QV_API WebListener {
  public:
-  WebHandler() = default;
-  virtual ~WebHandler() = default;
-  WebHandler(const WebHandler&) = delete;
-  WebHandler& operator=(const WebHandler&) = delete;
-
-  /**
-   * The subprotocol that a client gets, empty for none, of those that it offers for a path; nothing
-   * refuses it.
-   */
-  virtual std::optional<std::string> chooseProtocol(
-      const std::string& path, const std::vector<std::string>& offered) const = 0;
+  WebListener() = default;
+  virtual ~WebListener() = default;
+  WebListener(const WebListener&) = delete;
+  WebListener& operator=(const WebListener&) = delete;
 
   /** The content of a path that no file of the server's has; nothing if there is none. */
   virtual std::optional<std::string> findContent(const std::string&) const { return std::nullopt; }
@@ -48,6 +41,17 @@ class QV_API WebHandler {
   virtual void onMessage(const std::shared_ptr<WebClient>& client, const std::string& message,
                          bool binary) = 0;
   virtual void onClose(const std::shared_ptr<WebClient>& client) = 0;
+};
+
+/** The handler of a server's WebSockets. Called on the server's thread, one call at a time. */
+class QV_API WebHandler : public WebListener {
+ public:
+  /**
+   * The subprotocol that a client gets, empty for none, of those that it offers for a path; nothing
+   * refuses it.
+   */
+  virtual std::optional<std::string> chooseProtocol(
+      const std::string& path, const std::vector<std::string>& offered) const = 0;
 };
 
 }  // namespace QV::outlets

@@ -2,7 +2,10 @@
 
 import { onThemeChange, readTheme } from './colours.js';
 import { Layer } from './layer.js';
-import * as layers from './map_layers.js';
+import { drawFieldOfView, drawPoints } from './map_layers.js';
+import { drawPerson, drawRobot, drawTouch, robotRadius } from './map_marks.js';
+import { drawScale, drawTape } from './map_measures.js';
+import { drawGoal, drawPicked, drawRoute } from './map_way.js';
 import { Motion } from './motion.js';
 import { PointTrail } from './point_trail.js';
 import { TileStore } from './tile_store.js';
@@ -123,7 +126,7 @@ export class MapView {
   isOnRobot(left, top, reach) {
     if (!this.state) return false;
     const [x, y] = this.viewport.toCanvas(this.state.pose.x, this.state.pose.y);
-    return Math.hypot(left - x, top - y) <= Math.max(layers.robotRadius(this.viewport, this.radius), reach);
+    return Math.hypot(left - x, top - y) <= Math.max(robotRadius(this.viewport, this.radius), reach);
   }
 
   /** The sensor's point {sensor, x, y} that is nearest to a point of the canvas, within `reach` pixels; or null. */
@@ -191,8 +194,8 @@ export class MapView {
     this.#below.draw(context, version, (own) => this.#drawBelow(own));
     if (this.state) this.#drawMoving(context, this.state);
     if (this.state) this.#above.draw(context, version, (own) => this.#drawAbove(own, this.state));
-    if (this.#tape) layers.drawTape(context, this.viewport, this.#theme, this.#tape);
-    layers.drawScale(context, this.viewport, this.#theme);
+    if (this.#tape) drawTape(context, this.viewport, this.#theme, this.#tape);
+    drawScale(context, this.viewport, this.#theme);
     this.onDraw();
   }
 
@@ -202,24 +205,24 @@ export class MapView {
     this.#map?.draw(context, this.viewport);
     for (const sensor of this.state?.sensors ?? []) {
       const isChosen = sensor.name === this.#chosen || sensor.name === this.#inspected;
-      layers.drawFieldOfView(context, this.viewport, this.#theme, sensor, isChosen);
+      drawFieldOfView(context, this.viewport, this.#theme, sensor, isChosen);
     }
   }
 
   #drawMoving(context, { pose, people, goal, route }) {
     const [viewport, theme] = [this.viewport, this.#theme];
-    if (route?.length > 1) layers.drawRoute(context, viewport, theme, pose, route);
-    if (goal) layers.drawGoal(context, viewport, theme, goal);
-    if (this.#picked) layers.drawPicked(context, viewport, theme, pose, this.#picked);
-    for (const person of people) layers.drawPerson(context, viewport, theme, person);
-    layers.drawRobot(context, viewport, theme, pose, this.radius);
+    if (route?.length > 1) drawRoute(context, viewport, theme, pose, route);
+    if (goal) drawGoal(context, viewport, theme, goal);
+    if (this.#picked) drawPicked(context, viewport, theme, pose, this.#picked);
+    for (const person of people) drawPerson(context, viewport, theme, person);
+    drawRobot(context, viewport, theme, pose, this.radius);
   }
 
   #drawAbove(context, { sensors, touches, time }) {
     const [viewport, theme] = [this.viewport, this.#theme];
     for (const { name, family } of sensors) {
-      layers.drawPoints(context, viewport, theme, family, this.#trail.of(name, time / 1e9));
+      drawPoints(context, viewport, theme, family, this.#trail.of(name, time / 1e9));
     }
-    for (const touch of touches) layers.drawTouch(context, viewport, theme, touch);
+    for (const touch of touches) drawTouch(context, viewport, theme, touch);
   }
 }

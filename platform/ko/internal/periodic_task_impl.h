@@ -24,7 +24,7 @@ class PeriodicTask::Impl : public boost::enable_shared_from_this<PeriodicTask::I
   void stop();
   bool isRunning() const;
 
-  /** One run of the series `which`; nothing if that was stopped. */
+  /** Runs the series `which` once; does nothing if that was stopped. */
   void run(std::uint64_t which, Clock::time_point due);
   void drop(std::uint64_t which);
 

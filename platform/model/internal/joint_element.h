@@ -5,7 +5,7 @@
 
 namespace QV::Model::detail {
 
-/** What a `<joint>` says by itself; a mimic as it is written. Errors as of robotFromXml. */
+/** Reads what a `<joint>` says by itself; a mimic as it is written. Errors as of robotFromXml. */
 JointConfig readJoint(const XMLElement& element, const LinkElements& links);
 
 }  // namespace QV::Model::detail

@@ -7,17 +7,17 @@
 
 namespace QV::detail {
 
-/** What scans ask a map for, once each. */
+/** The parts that scans ask a map for, once each. */
 struct QV_API MapInside {
   /**
-   * What scans with this limit look at in place of the cells: made when it is first asked for, in
-   * some milliseconds and half a megabyte for a million cells, and kept true from then on. A map
-   * keeps it for two limits; null for others.
+   * The store that scans with this limit look at in place of the cells. It is made when it is first
+   * asked for, in some milliseconds and half a megabyte for a million cells, and kept true from
+   * then on. A map keeps it for two limits; null for others.
    */
   static const ScanStore* findStore(const OccupancyMap& map, float occupiedAbove) {
     return map.inside->scanStores.find(map.width, map.height, map.cells, occupiedAbove);
   }
-  /** How the cells lie in the world. */
+  /** The place of the cells in the world. */
   static const GridFrame& frameOf(const OccupancyMap& map) { return map.inside->gridFrame; }
 
   GridFrame gridFrame;

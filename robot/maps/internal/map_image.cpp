@@ -4,8 +4,9 @@
 #include <stdexcept>
 #include <string>
 
-#include <opencv2/imgcodecs.hpp>
+#include <opencv2/core.hpp>
 
+#include "platform/vision/internal/png_image.h"
 #include "robot/internal/file_bytes.h"
 #include "robot/maps/internal/pgm_reader.h"
 #include "robot/maps/internal/png_chunks.h"
@@ -17,10 +18,7 @@ constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
 constexpr std::size_t kMostImageBytes = std::numeric_limits<std::int32_t>::max();
 
 cv::Mat decodePng(const std::string& png) {
-  std::string bytes = keepCriticalChunks(png);
-  const cv::Mat wrapped(1, static_cast<int>(bytes.size()), CV_8U, bytes.data());
-  cv::Mat image = cv::imdecode(wrapped, cv::IMREAD_UNCHANGED);
-  if (image.empty()) throw std::runtime_error("a whole PNG image expected");
+  cv::Mat image = detail::decodePng(keepCriticalChunks(png));
   if (image.depth() != CV_8U) throw std::runtime_error("a PNG of 8 bits a channel expected");
   return image;
 }

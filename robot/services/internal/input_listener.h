@@ -45,7 +45,7 @@ class InputListener {
  */
 struct QV_API InputTap {
   static void set(VirtualRobot& robot, InputListener* listener);
-  /** Of images alone. */
+  /** Sets the listener of images alone. */
   static void set(VideoDevice& cameras, InputListener* listener);
 };
 

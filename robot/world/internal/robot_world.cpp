@@ -117,10 +117,6 @@ void RobotWorld::setPose(const Math::Pose2D& pose) {
   context.getSurroundings().setMoment({state.pose, state.people});
 }
 
-void RobotWorld::setJointPositions(const std::map<std::string, double>& positions) {
-  motion->setJointPositions(positions);
-}
-
 void RobotWorld::xStep() {
   const auto now = ko::Clock::now();
   motion->setRobotVelocity(xMove(now));

@@ -61,7 +61,9 @@ class RobotWorld : public QVModule {
 
   void setVelocity(const Math::Pose2D& velocity);
   void setPose(const Math::Pose2D& pose);
-  void setJointPositions(const std::map<std::string, double>& positions);
+  void setJointPositions(const std::map<std::string, double>& positions) {
+    motion->setJointPositions(positions);
+  }
 
   /** Hears what is so now and of all that is measured from then on; must outlive that, or null
    * takes its place. */

@@ -23,7 +23,7 @@ namespace QV::robot {
  */
 class QV_API UnitRig {
  public:
-  /** At the options' start, without their people. Errors as of VirtualRobot. */
+  /** Stands at the options' start, without their people. Errors as of VirtualRobot. */
   UnitRig(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,
           const WorldOptions& options = {});
   /** Units must have ended before. */
@@ -31,10 +31,10 @@ class QV_API UnitRig {
   UnitRig(const UnitRig&) = delete;
   UnitRig& operator=(const UnitRig&) = delete;
 
-  /** For a unit that is made by hand, and to read what it wrote. */
+  /** The context for a unit that is made by hand, and to read what it wrote. */
   const UnitContext& getContext() const;
   const boost::shared_ptr<QVBroker>& getBroker() const;
-  /** Of the description; an unknown name: std::out_of_range. */
+  /** A configuration of the description; an unknown name: std::out_of_range. */
   const Model::SensorConfig& getConfig(const std::string& sensor) const;
 
   /** The units of all its sensors, once: they take the services over. */

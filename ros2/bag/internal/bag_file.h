@@ -24,11 +24,11 @@ class BagFile {
   virtual std::optional<BagAttachment> readAttachment(std::size_t) { return std::nullopt; }
 };
 
-/** What an MCAP file may ask for. */
+/** The limits of what an MCAP file may ask for. */
 struct McapLimits {
   /** Bytes of one chunk, packed or unpacked. */
   std::uint64_t chunk = std::uint64_t{512} << 20;
-  /** Of all chunks that are open at a time, but for one. */
+  /** The bytes of all chunks that are open at a time, but for one. */
   std::uint64_t open = std::uint64_t{512} << 20;
   /** Bytes of what all channels say of themselves, and of all metadata. */
   std::uint64_t texts = std::uint64_t{64} << 20;

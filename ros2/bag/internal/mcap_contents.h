@@ -15,25 +15,25 @@ namespace QV::ros2 {
 struct McapBlock {
   bool isChunk = true;
   std::uint64_t offset = 0;
-  /** With all heads. */
+  /** The length with all heads. */
   std::uint64_t length = 0;
   /** Log times of its messages. */
   std::uint64_t startTime = 0;
   std::uint64_t endTime = 0;
 };
 
-/** What a file holds, and where. More than `limits` allow: std::runtime_error. */
+/** The contents of a file, and where they stand. More than `limits` allow: std::runtime_error. */
 class McapContents {
  public:
   explicit McapContents(const McapLimits& limits = {}) : limits(limits) {}
 
   std::vector<McapBlock> blocks;
-  /** Where their records stand. */
+  /** The places of their records. */
   std::vector<std::uint64_t> metadata;
   std::vector<std::uint64_t> attachments;
-  /** Of the record behind all data; nothing where the file is cut. */
+  /** The place of the record behind all data; nothing where the file is cut. */
   std::optional<std::uint64_t> dataEnd;
-  /** By channel. */
+  /** The topics by channel. */
   std::map<std::uint16_t, BagTopic> topics;
   /** Messages of each channel; nothing where no index says so. */
   std::optional<std::map<std::uint16_t, std::uint64_t>> counts;
@@ -42,7 +42,7 @@ class McapContents {
   void add(mcap::Op op, BytesView content);
   void addSchema(mcap::Schema schema);
   void addChannel(const mcap::Channel& channel);
-  /** Whether there are not too many blocks, metadata and attachments. */
+  /** Checks that there are not too many blocks, metadata and attachments. */
   void checkPlaces() const;
 
  private:
@@ -58,12 +58,12 @@ Bytes readRecord(const ByteSource& source, std::uint64_t offset, mcap::Op expect
                  std::uint64_t mostBytes);
 
 /**
- * What the file's end says of it; nothing if that was left out. What can't be trusted throws
+ * Reads what the file's end says of it; nothing if that was left out. What can't be trusted throws
  * std::runtime_error that says why.
  */
 std::optional<McapContents> readSummary(const ByteSource& source, const McapLimits& limits);
 
-/** What is found from the start of the file to its end or to where it is cut. */
+/** Scans the file from its start to its end or to where it is cut. */
 McapContents scan(const ByteSource& source, const McapLimits& limits, DamageLog& damage);
 
 }  // namespace QV::ros2

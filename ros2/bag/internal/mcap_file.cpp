@@ -182,7 +182,7 @@ class McapFile : public BagFile {
     xAwait(index, block);
   }
 
-  /** Until its next message is due; or forgets it. */
+  /** Waits until its next message is due; or forgets it. */
   void xAwait(std::size_t index, const Open& block) {
     const auto& entries = block.loaded.entries;
     if (block.next < entries.size()) return waiting.push({entries[block.next].logTime, index});

@@ -13,7 +13,7 @@ namespace {
 using mcap::kHeadSize;
 using mcap::Op;
 
-/** Of messages outside of chunks that are read at a time. */
+/** The bytes of messages outside of chunks that are read at a time. */
 constexpr std::uint64_t kRunSize = std::uint64_t{1} << 20;
 
 class Scanner {

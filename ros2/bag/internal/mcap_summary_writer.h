@@ -8,9 +8,9 @@
 
 namespace QV::ros2 {
 
-/** What the end of a file says of the rest. */
+/** The summary at the end of a file. */
 struct McapSummary {
-  /** Of the recording at `path`. */
+  /** Summarises the recording at `path`. */
   explicit McapSummary(const std::string& path) : chunks(path) {}
 
   std::vector<mcap::Schema> schemas = {};

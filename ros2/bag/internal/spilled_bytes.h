@@ -19,7 +19,7 @@ class QV_API SpilledBytes {
   SpilledBytes(const SpilledBytes&) = delete;
   SpilledBytes& operator=(const SpilledBytes&) = delete;
 
-  /** What can't be written: std::runtime_error. */
+  /** Appends bytes. What can't be written: std::runtime_error. */
   void append(BytesView bytes);
   std::uint64_t getSize() const { return spilled + recent.size(); }
 

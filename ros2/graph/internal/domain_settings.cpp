@@ -5,7 +5,9 @@
 namespace QV::ros2 {
 namespace {
 
-/** Of participants on one machine that find each other by ports; the robot's own stacks have many.
+/**
+ * The most participants on one machine that find each other by ports; the robot's own stacks have
+ * many.
  */
 constexpr int kMostParticipants = 32;
 
@@ -54,8 +56,10 @@ std::string discovery(const GraphOptions& options) {
     return "<Discovery>" + domain + "<ParticipantIndex>none</ParticipantIndex><Tag>qv_off_" +
            std::to_string(::getpid()) + "</Tag></Discovery>";
   // Who calls by multicast is not heard on this machine alone: he must be called again and again.
-  const std::string calls =
-      options.range == DiscoveryRange::localhost ? "<SPDPInterval>1 s</SPDPInterval>" : "";
+  // In a network calls get lost, and half a minute, as it comes, is long.
+  const char* const calls = options.range == DiscoveryRange::localhost
+                                ? "<SPDPInterval>1 s</SPDPInterval>"
+                                : "<SPDPInterval>3 s</SPDPInterval>";
   return "<Discovery>" + domain + calls + "<ParticipantIndex>auto</ParticipantIndex>" +
          "<MaxAutoParticipantIndex>" + std::to_string(kMostParticipants) +
          "</MaxAutoParticipantIndex>" + peers(options) + "</Discovery>";

@@ -10,13 +10,13 @@
 
 namespace QV::ros2 {
 
-/** What others ask of a robot: velocities, where it is, where it is to go. */
-class GraphOrders {
+/** The orders that others give a robot: velocities, where it is, where it is to go. */
+class QV_API GraphOrders {
  public:
   /** `node` must outlive it. */
   GraphOrders(GraphNode& node, const FrameNames& names, const GraphRobotOptions& options);
 
-  /** On the session's thread. */
+  /** Obeys, on the session's thread. */
   void obey(session::Session& session);
 
   std::vector<WireTopic> getTopics() const;

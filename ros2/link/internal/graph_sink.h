@@ -21,9 +21,9 @@ class GraphSink : public MessageSink {
   bool isRead(std::uint16_t topic) const override;
 
   std::size_t getSize() const { return topics.size(); }
-  /** Of the topics from `first` to before `last`. */
+  /** True if somebody reads one of the topics from `first` to before `last`. */
   bool hasReaders(std::size_t first, std::size_t last) const;
-  /** Those of which somebody reads a topic. */
+  /** Returns the sensors of which somebody reads a topic. */
   std::set<std::string> getWantedSensors() const;
   std::vector<std::pair<GraphTopic, const MessageType*>> getTopics() const;
   std::uint64_t getLostCount() const;

@@ -17,7 +17,7 @@ namespace QV::ros2 {
 
 using MachineClock = std::chrono::steady_clock;
 
-/** How often whoever waits for a graph looks at it. */
+/** The time between two looks of whoever waits for a graph. */
 inline constexpr std::chrono::milliseconds kGlance{50};
 
 /** A place on a graph, and what there is of a robot: made in the machine's time, before it begins.
@@ -38,7 +38,7 @@ struct HeardPlan {
 /** Looks about. Errors as HeardRobot has them. */
 HeardPlan planRobot(const HeardRobotOptions& options);
 
-/** What others publish, once it has not changed for a while; at most two seconds. */
+/** Waits for what others publish, until it has not changed for a while; at most two seconds. */
 std::vector<GraphTopic> awaitTopics(const Graph& graph);
 
 /** "/robot1/odom" of "odom" in "/robot1". */
@@ -48,7 +48,7 @@ std::string inNameSpace(const std::string& nameSpace, const std::string& topic);
  * sensor. */
 void surveyGraph(HeardPlan& plan);
 
-/** Those of the description that the plan has. */
+/** Surveys the sensors of the plan's description. */
 void surveyDescribed(HeardPlan& plan);
 
 }  // namespace QV::ros2

@@ -47,7 +47,10 @@ void HeardSessionRobot::follow(const session::TimedPath& path, double seconds) {
 }
 
 void HeardSessionRobot::xSkipPause() {
-  if (MachineClock::now() - lastRun > kLongPause) modules->getTime().begin(ko::Clock::now());
+  const auto now = MachineClock::now();
+  if (now - lastRun < kLongPause) return;
+  modules->getTime().begin(ko::Clock::now());
+  lastRun = now;
 }
 
 std::optional<ko::Clock::time_point> HeardSessionRobot::catchUp() {

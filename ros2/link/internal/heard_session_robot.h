@@ -20,8 +20,7 @@ class HeardSessionRobot : public session::SessionRobot {
   sensor::NavigationModule& getNavigation() override { return *navigation; }
   const Model::Robot* getDescription() const override { return &told().getModel(); }
   boost::shared_ptr<QVBroker> getBroker() const override { return told().getBroker(); }
-  /** Its recordings are played by the beat at which it is told. */
-  std::string getSort() const override { return "virtual"; }
+  std::string getSort() const override { return "heard"; }
   std::string getTitle() const override;
   session::Frame getFrame() const override { return session::Frame::robot; }
   boost::shared_ptr<const OccupancyMap> getMap() const override { return map; }

@@ -41,6 +41,7 @@ SessionTeller::SessionTeller(GraphSink& sink, session::Session& session, const F
       firstRecordTopic(sink.getSize()),
       records(sink, names, mountedOn(session)) {
   records.announce(session.getManager().getSensorList());
+  simulated.emplace(sink, session, names, options.noEchoIsInfinite);
   lastRecordTopic = sink.getSize();
   if (!options.knowsItsWay) frames.leaveMapToOthers();
   if (robot) drivers.emplace(sink, *robot, session.getKinds(), names);
@@ -97,6 +98,7 @@ void SessionTeller::show(const session::Snapshot& snapshot) {
   xBringFramesTo(xNow());
   if (isDue(snapshot.time, healthTold, kHealthPeriod)) records.repeatHealth();
   records.write(snapshot);
+  simulated->write(snapshot);
 }
 
 // What a robot's memory holds already is no measurement.

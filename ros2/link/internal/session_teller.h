@@ -10,6 +10,7 @@
 #include "ros2/link/graph_robot.h"
 #include "ros2/link/internal/graph_sink.h"
 #include "ros2/link/internal/joint_topics.h"
+#include "ros2/link/internal/simulated_topics.h"
 #include "ros2/recording/internal/driver_topics.h"
 #include "ros2/recording/internal/frame_topics.h"
 #include "ros2/recording/internal/record_topics.h"
@@ -28,10 +29,10 @@ class SessionTeller : public session::SessionListener {
                 const GraphRobotOptions& options, std::function<void()> onTick);
   ~SessionTeller() override { finish(); }
 
-  /** What nobody tells by himself: joints, and a body without steps. */
+  /** Tells what nobody tells by himself: joints, and a body without steps. */
   void goOn();
   void show(const session::Snapshot& snapshot);
-  /** Whether somebody reads what a snapshot becomes. */
+  /** True if somebody reads what a snapshot becomes. */
   bool isWatched() const { return sink.hasReaders(firstRecordTopic, lastRecordTopic); }
   void finish();
 
@@ -42,7 +43,7 @@ class SessionTeller : public session::SessionListener {
 
  private:
   using Time = ko::Clock::time_point;
-  /** Before any time at which something may be due. */
+  /** A time before any at which something may be due. */
   static constexpr Time kNever{ko::Duration{-1'000'000'000'000}};
 
   void xOpen();
@@ -66,6 +67,7 @@ class SessionTeller : public session::SessionListener {
   JointTopics joints;
   const std::size_t firstRecordTopic;
   RecordTopics records;
+  std::optional<SimulatedTopics> simulated;
   std::size_t lastRecordTopic = 0;
   std::optional<DriverTopics> drivers;
   robot::BodyStep step;

@@ -20,7 +20,7 @@ namespace QV::ros2 {
  */
 class BackgroundBag : public MessageSink {
  public:
-  /** As BagWriter. */
+  /** Opens the file as BagWriter does. */
   explicit BackgroundBag(const std::string& path, const BagOptions& options = {});
   ~BackgroundBag() override;
 
@@ -46,7 +46,7 @@ class BackgroundBag : public MessageSink {
 
   void xWrite(std::uint16_t topic, std::uint64_t time, const MessageType& type,
               const void* message) override;
-  /** What is encoded; a large message becomes a batch of its own, without another copy. */
+  /** Takes what is encoded; a large message becomes a batch of its own, without another copy. */
   void xTake(std::uint16_t topic, std::uint64_t time);
   void xDo(std::function<void(BagWriter&)> call);
   void xHandOver();

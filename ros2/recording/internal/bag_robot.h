@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <set>
 #include <string>
 #include <vector>
@@ -23,11 +24,14 @@ class BagRobot : public session::SessionRobot {
   virtual const BagReader& getBag() const = 0;
   /** The records that were recorded at this moment; null if none were. */
   virtual const std::vector<Math::MetricalData>* getRecorded() const { return nullptr; }
-  /** Whether a sensor has been told something by the last step, and not before only. */
+  /** Returns how many moments were passed over so far, as not all of their records could be read.
+   */
+  virtual std::uint64_t countLeftOut() const { return 0; }
+  /** True if a sensor has been told something by the last step, and not before only. */
   virtual bool isNew(const std::string&) const { return true; }
 };
 
-/** What of the world a robot without a map knows: nothing, 30 m around its start. */
+/** Makes the world that a robot without a map knows: nothing, 30 m around its start. */
 QV_API boost::shared_ptr<OccupancyMap> makeUnknownMap();
 
 }  // namespace QV::ros2

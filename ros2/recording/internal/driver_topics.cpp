@@ -13,6 +13,7 @@
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/range_messages.h"
 #include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
@@ -23,29 +24,6 @@ using Model::SensorProperties;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
 constexpr std::size_t kEventParts = 5;
-
-sensor_msgs::Range rangeOf(const Math::SensorFieldOfView2D& view) {
-  sensor_msgs::Range message;
-  message.field_of_view = view.angularRange;
-  message.min_range = view.minRange;
-  message.max_range = view.maxRange;
-  return message;
-}
-
-/** Infinite for what met nothing, minus infinite for what is too near. */
-float rangeIn(const Math::SensorFieldOfView2D& view, float range) {
-  if (range >= view.maxRange) return kInfinity;
-  return range < view.minRange ? -kInfinity : range;
-}
-
-/** One that knows no range: both limits are the same, minus infinity stands for "there". */
-sensor_msgs::Range contactOf(Math::SensorFieldOfView2D view, bool isThere) {
-  view.minRange = view.maxRange;
-  auto message = rangeOf(view);
-  message.radiation_type = 1;
-  message.range = isThere ? -kInfinity : kInfinity;
-  return message;
-}
 
 sensor_msgs::CameraInfo infoOf(const SensorConfig& config, const sensor_msgs::Image& image) {
   const SensorProperties properties(config);
@@ -192,14 +170,8 @@ void DriverTopics::write(ko::Clock::time_point time) {
 void DriverTopics::xWriteScan(const Sensor& sensor, ko::Clock::time_point time) {
   const auto view = SensorProperties(*sensor.config).getFieldOfView();
   const std::size_t beams = sensor.values.size() / 2;
-  sensor_msgs::LaserScan scan;
+  auto scan = scanOf(view, beams);
   scan.header = headerOf(time, names.of(sensor.config->name));
-  scan.angle_max = 0.5f * view.angularRange;
-  scan.angle_min = -scan.angle_max;
-  scan.angle_increment = beams > 1 ? view.angularRange / static_cast<float>(beams - 1) : 0.0f;
-  scan.range_min = view.minRange;
-  scan.range_max = view.maxRange;
-  scan.ranges.reserve(beams);
   for (std::size_t i = 0; i < beams; ++i) {
     const float range = std::hypot(sensor.values[2 * i], sensor.values[2 * i + 1]);
     scan.ranges.push_back(rangeIn(view, range));

@@ -25,13 +25,13 @@ class QV_API DriverTopics {
   /** A Range that met nothing is its greatest from now on, and not infinite. */
   void tellNoEchoAsGreatestRange() { noEchoIsInfinite = false; }
 
-  /** What a key or an event of a sensor says now; others are left out. */
+  /** Notes what a key or an event of a sensor says now; others are left out. */
   void note(const std::string& key, const QVValue& value);
-  /** Whether something has been noted that was not written yet. */
+  /** True if something has been noted that was not written yet. */
   bool hasNews() const { return hasNew; }
-  /** What has been noted since, as measured at `time`. */
+  /** Writes what has been noted since, as measured at `time`. */
   void write(ko::Clock::time_point time);
-  /** What QVImage::fromQVValue reads. */
+  /** Writes an image as QVImage::fromQVValue reads it. */
   void writeImage(int camera, const QVValue& image, ko::Clock::time_point time);
 
  private:
@@ -39,7 +39,7 @@ class QV_API DriverTopics {
     const Model::SensorConfig* config;
     SensorSort sort;
     std::uint16_t topic = 0;
-    /** As its keys hold them. */
+    /** The values as its keys hold them. */
     std::vector<float> values;
     bool isNew = false;
   };
@@ -68,7 +68,7 @@ class QV_API DriverTopics {
   std::vector<Sensor> sensors;
   std::unordered_map<std::string, Place> places;
   std::vector<Camera> cameras;
-  /** Of touched links. */
+  /** The touched links. */
   std::map<std::string, std::size_t> touched;
   std::optional<std::uint16_t> people;
   std::optional<QVValue> newPeople;

@@ -30,7 +30,7 @@ class Projection {
     return {depth[row] + column, columns.data() + column, up, extents.width, extents.height};
   }
 
-  /** Where a point's pixel should be; nothing for one that no pixel gives. */
+  /** Finds where a point's pixel should be; nothing for one that no pixel gives. */
   std::optional<cv::Point> find(const Position3D& point) const {
     const float column =
         (0.5f - point.y / (point.x * extents.width)) * static_cast<float>(depth.cols);
@@ -39,8 +39,9 @@ class Projection {
     const cv::Rect2f image(-0.5f, -0.5f, static_cast<float>(depth.cols),
                            static_cast<float>(depth.rows));
     if (!image.contains(cv::Point2f(column, row))) return std::nullopt;
-    return cv::Point(std::min(static_cast<int>(std::lround(column)), depth.cols - 1),
-                     std::min(static_cast<int>(std::lround(row)), depth.rows - 1));
+    // Rounded: both are at least -0.5.
+    return cv::Point(std::min(static_cast<int>(column + 0.5f), depth.cols - 1),
+                     std::min(static_cast<int>(row + 0.5f), depth.rows - 1));
   }
 
  private:
@@ -99,13 +100,16 @@ void visitRows(const qv_msgs::ImagePoints& points, const Depth& depth, const Vis
   const std::int64_t size = width * depth.rows;
   std::int64_t place = 0;
   std::int64_t left = size;
+  std::int64_t row = 0;
   for (std::size_t i = 0; i < points.skips.size(); ++i) {
     place += points.skips[i];
     const std::int64_t end = place + points.lengths[i];
     left -= points.lengths[i];
     if (place < 0 || end > size || left < 0) refuse("pixels of the image, each once");
+    if (place < row * width) row = place / width;
     while (place < end) {
-      const std::int64_t row = place / width;
+      // Nearly always this row or the next: a division would take longer.
+      while (place >= (row + 1) * width) ++row;
       const std::int64_t rowEnd = std::min(end, (row + 1) * width);
       visit(static_cast<int>(row), static_cast<int>(place - row * width),
             static_cast<int>(rowEnd - row * width));

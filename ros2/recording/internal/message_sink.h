@@ -13,11 +13,11 @@ struct SessionTopic {
   std::string name;
   const MessageType* type;
   Qos qos = {};
-  /** Whose measurements it tells; empty if they are no sensor's. */
+  /** The sensor whose measurements it tells; empty if they are no sensor's. */
   std::string sensor = {};
 };
 
-/** Where the messages of a session go: a recording or a graph. Used by one thread at a time. */
+/** The sink for the messages of a session: a recording or a graph. Used by one thread at a time. */
 class QV_API MessageSink {
  public:
   MessageSink() = default;
@@ -32,7 +32,7 @@ class QV_API MessageSink {
     return addTopic({name, &Message::getType(), qos, sensor});
   }
 
-  /** Whether somebody reads what is written now; else it need not be made. */
+  /** True if somebody reads what is written now; else it need not be made. */
   virtual bool isRead(std::uint16_t) const { return true; }
   /** `time` in nanoseconds, as logTimeOf gives it. */
   template <typename Message>

@@ -33,6 +33,7 @@ PlayedDrivers::PlayedDrivers(std::unique_ptr<SessionReader> given,
                              const sensor::SensorFactory& sensors)
     : PlayedRobot(std::move(given)),
       isLog(getSort() == "log"),
+      wasHeard(getSort() == "heard"),
       model(Model::ModelUtils::robotFromXml(descriptionOf(getReader()), sensors.getKinds())),
       memory(boost::make_shared<robot::MemoryService>(broker)),
       devices(boost::make_shared<robot::DeviceManager>(broker)),
@@ -41,7 +42,7 @@ PlayedDrivers::PlayedDrivers(std::unique_ptr<SessionReader> given,
   xSortSensors();
   xAddModules();
   xAddCameras();
-  if (isLog) xAddLaserModes();
+  if (isLog || wasHeard) xAddLaserModes();
   // Sensors can't start before the memory has what they read.
   xReadOn(ko::Clock::now());
   xStep();
@@ -64,7 +65,7 @@ PlayedDrivers::~PlayedDrivers() {
   for (int index = kDepthCamera; index < kDepthCamera + count; ++index)
     cameras->removeCamera(index);
   try {
-    if (!isLog) xAddLaserModes();
+    if (modes.empty()) xAddLaserModes();
   } catch (const std::exception& error) {
     ko::log::warning("Recording", "stop") << error.what();
   }
@@ -88,7 +89,8 @@ void PlayedDrivers::xAddModules() {
   // It measures as soon as it is made, but for nobody before it has a source.
   if (isLog) return;
   sonars = boost::make_shared<robot::SonarDriver>(broker, model, getDriverPeriods().sonars);
-  sonars->setSource([this](const std::string& sonar) { return xMeasureSonar(sonar); });
+  if (!wasHeard)
+    sonars->setSource([this](const std::string& sonar) { return xMeasureSonar(sonar); });
   broker->registerModule(sonars);
 }
 
@@ -111,7 +113,7 @@ void PlayedDrivers::xAddLaserModes() {
   for (const auto& [name, config] : model.sensorConfigs) {
     const Model::SensorProperties properties(config);
     const std::string actuator = properties.getText("setOperationMode");
-    if (actuator.empty()) continue;
+    if (actuator.empty() || modes.count(actuator) > 0) continue;
     modes[actuator] = std::make_unique<robot::LaserModeActuator>(
         broker, devices, actuator, properties.getText("getOperationMode"), ko::Duration::zero());
   }
@@ -138,8 +140,10 @@ void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t
   auto& last = shown[camera];
   for (; !waiting.empty() && waiting.front().time <= time; waiting.pop_front())
     last = std::move(waiting.front());
-  if (last.depth.empty() || time - last.time >= kImagePeriod)
-    throw std::runtime_error("nothing was recorded of it");
+  const bool isMissing = last.depth.empty() || time - last.time >= kImagePeriod;
+  // Who has been told nothing shows nothing.
+  if (isMissing && wasHeard) return;
+  if (isMissing) throw std::runtime_error("nothing was recorded of it");
   depth = last.depth;
   time = last.stamp;
 }
@@ -157,13 +161,18 @@ void PlayedDrivers::xTakeInputs() {
     SessionInputs& told = inputs.front();
     const auto isSonars = [&](const InputWrite& write) {
       const auto sonar = sonarOfKey.find(write.key);
-      if (isLog || sonar == sonarOfKey.end()) return false;
+      if (isLog || wasHeard || sonar == sonarOfKey.end()) return false;
       ranges[sonar->second].push_back({told.time, write});
       return told.time > getReader().getFacts().start;
     };
     std::erase_if(told.writes, isSonars);
-    (told.stepped ? steps : others).push_back(std::move(told));
+    (xIsOnBeat(told) ? steps : others).push_back(std::move(told));
   }
+}
+
+bool PlayedDrivers::xIsOnBeat(const SessionInputs& told) const {
+  const ko::Duration since = told.time - getReader().getFacts().start;
+  return told.stepped && !(wasHeard && since % getDriverPeriods().body != ko::Duration::zero());
 }
 
 void PlayedDrivers::xStep() {
@@ -194,7 +203,7 @@ void PlayedDrivers::xTell(const SessionInputs& told) {
 }
 
 void PlayedDrivers::xWrite(const InputWrite& write) {
-  if (isLog && modeKeys.count(write.key) > 0) return;
+  if ((isLog || wasHeard) && modeKeys.count(write.key) > 0) return;
   // Blind zones raise it themselves, once more.
   if (write.key == NavigationContract::kMotionDetectedEvent) return memory->declareEvent(write.key);
   if (write.raised) return memory->raiseEvent(write.key, write.value);

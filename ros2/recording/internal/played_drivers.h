@@ -59,22 +59,25 @@ class PlayedDrivers : public PlayedRobot {
   void xTell(const SessionInputs& told);
   void xWrite(const InputWrite& write);
   void xAwaitOther();
+  bool xIsOnBeat(const SessionInputs& told) const;
 
   const bool isLog;
+  /** Of a robot whose drivers were messages: it was told all, at any moment. */
+  const bool wasHeard;
   const boost::shared_ptr<QVBroker> broker = QVBroker::create();
   const Model::Robot model;
   const boost::shared_ptr<robot::MemoryService> memory;
   const boost::shared_ptr<robot::DeviceManager> devices;
   const boost::shared_ptr<robot::MotionService> motion;
   const boost::shared_ptr<robot::VideoDevice> cameras;
-  /** By the key, the name of the sonar that has it; by the name, what it measures. */
+  /** The sonars by their keys, and what they measure by their names. */
   std::map<std::string, std::string> sonarOfKey;
   std::map<std::string, std::deque<Ranged>> ranges;
   std::map<std::string, SessionImage> shown;
   std::set<std::string> modeKeys;
   std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> modes;
   boost::shared_ptr<robot::SonarDriver> sonars;
-  /** What is not told by the body's beat waits for its own moment. */
+  /** The steps that are not told by the body's beat: each waits for its own moment. */
   std::deque<SessionInputs> steps;
   std::deque<SessionInputs> others;
   /** Keys whose values a damaged recording made nonsense of; each is told once. */

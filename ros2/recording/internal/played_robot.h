@@ -34,11 +34,12 @@ class PlayedRobot : public BagRobot {
   const BagReader& getBag() const override { return reader->getBag(); }
   ko::Clock::time_point getStart() const override;
   const std::vector<Math::MetricalData>* getRecorded() const override;
+  std::uint64_t countLeftOut() const override { return reader->countLeftOut(); }
 
  protected:
   SessionReader& getReader() const { return *reader; }
   session::SessionListener* getListener() const { return listener; }
-  /** Whether a record of this sensor has been recorded so far. */
+  /** True if a record of this sensor has been recorded so far. */
   bool hasSeen(const std::string& sensor) const { return seen.count(sensor) > 0; }
   virtual void xMoveTo(const Math::Pose2D& newPose) { pose = newPose; }
 

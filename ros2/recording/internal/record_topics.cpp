@@ -95,6 +95,13 @@ visualization_msgs::Marker personAt(const Math::Position3D& head, const std_msgs
   return marker;
 }
 
+/** Whether that has been written of a sensor. */
+bool isState(const session::SensorState& sensor, const qv_msgs::SensorState& written) {
+  return sensor.name == written.name && sensor.started == written.started &&
+         sensor.enabled == written.enabled && sensor.diagnosis == written.diagnosis &&
+         std::ranges::equal(sensor.subscribers, written.subscribers);
+}
+
 diagnostic_msgs::DiagnosticStatus statusOf(const session::SensorState& sensor) {
   using sensor::HealthState;
   constexpr std::byte kWarning{1};
@@ -232,29 +239,30 @@ void RecordTopics::xNoteView(const session::SensorState& sensor,
 }
 
 void RecordTopics::xWriteStates(const session::Snapshot& snapshot) {
-  qv_msgs::SensorStates now;
+  if (std::ranges::equal(snapshot.sensors, lastStates.sensors, isState)) return;
+  lastStates.sensors.clear();
   for (const auto& sensor : snapshot.sensors) {
-    now.sensors.push_back({sensor.name,
-                           sensor.started,
-                           sensor.enabled,
-                           sensor.diagnosis,
-                           {sensor.subscribers.begin(), sensor.subscribers.end()}});
+    lastStates.sensors.push_back({sensor.name,
+                                  sensor.started,
+                                  sensor.enabled,
+                                  sensor.diagnosis,
+                                  {sensor.subscribers.begin(), sensor.subscribers.end()}});
   }
-  if (now == lastStates) return;
-  lastStates = now;
-  sink.write(states, logTimeOf(snapshot.time), now);
+  sink.write(states, logTimeOf(snapshot.time), lastStates);
 }
 
 void RecordTopics::xWriteHealth(const session::Snapshot& snapshot) {
-  std::map<std::string, sensor::HealthState> now;
+  const auto isKnown = [](const session::SensorState& sensor, const auto& known) {
+    return sensor.name == known.first && sensor.health.state == known.second;
+  };
+  if (std::ranges::equal(snapshot.sensors, lastHealth, isKnown)) return;
+  lastHealth.clear();
   diagnostic_msgs::DiagnosticArray message;
   message.header = headerOf(snapshot.time, names.ofBase());
   for (const auto& sensor : snapshot.sensors) {
-    now[sensor.name] = sensor.health.state;
+    lastHealth.emplace_back(sensor.name, sensor.health.state);
     message.status.push_back(statusOf(sensor));
   }
-  if (now == lastHealth) return;
-  lastHealth = std::move(now);
   sink.write(diagnostics, logTimeOf(snapshot.time), message);
 }
 

@@ -3,6 +3,8 @@
 #include <map>
 #include <set>
 #include <string>
+#include <utility>
+#include <vector>
 
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
@@ -31,17 +33,17 @@ class QV_API RecordTopics {
   void repeatHealth() { lastHealth.clear(); }
 
  private:
-  /** Whether a sensor's points go into a cloud as they are, and not into its records. */
+  /** True if a sensor's points go into a cloud as they are, and not into its records. */
   bool xHasOwnCloud(const session::SensorState& sensor) const;
   std::uint16_t xTopicOf(const std::string& name);
   void xAddRecords(const session::SensorState& sensor);
-  /** Without their points, which are in a message on this topic. */
+  /** Adds records without their points, which are in a message on this topic. */
   void xAddRecordsOf(const session::SensorState& sensor, const std::string& topic);
   void xWriteSensor(const session::SensorState& sensor, ko::Clock::time_point time);
   void xWritePeople(const session::Snapshot& snapshot);
   void xNoteView(const session::SensorState& sensor, const session::Snapshot& snapshot);
   void xWriteStates(const session::Snapshot& snapshot);
-  /** When a sensor has come into another state. */
+  /** Writes the health of sensors that have come into another state. */
   void xWriteHealth(const session::Snapshot& snapshot);
 
   MessageSink& sink;
@@ -61,7 +63,7 @@ class QV_API RecordTopics {
   bool hasNewViews = false;
   bool hasShownPeople = false;
   qv_msgs::SensorStates lastStates;
-  std::map<std::string, sensor::HealthState> lastHealth;
+  std::vector<std::pair<std::string, sensor::HealthState>> lastHealth;
 };
 
 }  // namespace QV::ros2

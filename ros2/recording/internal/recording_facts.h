@@ -10,31 +10,34 @@
 
 namespace QV::ros2 {
 
-/** What a recording says of the robot, in a metadata record of this name. */
+/** The facts that a recording tells of the robot, in a metadata record of this name. */
 struct RecordingFacts {
   static constexpr char kName[] = "qv";
-  /** Of the metadata record that says how a virtual robot's world was. */
+  /** The name of the metadata record that says how a virtual robot's world was. */
   static constexpr char kWorldName[] = "qv_world";
 
-  /** "virtual", "log", or "simulated" and the number of the kind. */
+  /** "virtual", "log", "heard", or "simulated" and the number of the kind. */
   std::string sort;
   std::string title;
   session::Frame frame = session::Frame::robot;
-  /** When the recording began. */
+  /** The time at which the recording began. */
   ko::Clock::time_point start;
   float radius = 0.0f;
   session::DriverPeriods periods;
 
   std::map<std::string, std::string> toValues() const;
-  /** What is missing or nonsense: std::runtime_error that says what was expected. */
+  /** Reads the facts. What is missing or nonsense: std::runtime_error that says what was
+   * expected. */
   static RecordingFacts fromValues(const std::map<std::string, std::string>& values);
 };
 
-/** Of a session, as of now. */
+/** Returns the facts of a session, as of now. */
 RecordingFacts factsOf(session::Session& session);
 
 /** The name of an attachment with a map's cells as floats, where the map's message rounds them. */
 constexpr char kExactMap[] = "map.f32";
+/** The robot's description as it was read, where viewers are given another. */
+constexpr char kExactDescription[] = "robot.urdf";
 
 BagAttachment exactMapOf(const OccupancyMap& map);
 /** std::runtime_error for bytes that are no map. */

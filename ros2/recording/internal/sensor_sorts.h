@@ -7,13 +7,16 @@
 
 namespace QV::ros2 {
 
-/** What a driver tells of a sensor: beams, a range, a contact, images, or something unknown. */
+/**
+ * The sort of what a driver tells of a sensor: beams, a range, a contact, images, or something
+ * unknown.
+ */
 enum class SensorSort { scan, range, contact, camera, other };
 
 SensorSort sortOf(const Model::SensorConfig& config,
                   const Model::SensorKinds& kinds = Model::SensorKinds::standard());
 
-/** In the order of the robot's cameras, the first of which is kDepthCamera. */
+/** Returns the robot's cameras in their order; the first is kDepthCamera. */
 std::vector<const Model::SensorConfig*> camerasOf(const Model::Robot& robot);
 
 }  // namespace QV::ros2

@@ -50,6 +50,8 @@ SessionReader::SessionReader(const std::string& path)
     const auto attachment = bag.readAttachment(i);
     if (attachment && attachment->name == kExactMap)
       map = boost::make_shared<OccupancyMap>(mapOf(*attachment));
+    if (attachment && attachment->name == kExactDescription)
+      description.assign(attachment->data.begin(), attachment->data.end());
   }
   if (!map && !facts.sort.starts_with("simulated ")) map = makeUnknownMap();
 }
@@ -161,7 +163,8 @@ void SessionReader::xTakeRecords(const BagMessage& message) {
   SessionEvent event{SessionEvent::Sort::look, timeOf(message.logTime)};
   for (const auto& told : fromCdr<qv_msgs::Records>(message.data).records) {
     event.records.push_back(recordOf(told));
-    if (!told.cloud.empty() && !xAddPoints(told, message.logTime, event.records.back())) return;
+    if (!told.cloud.empty() && !xAddPoints(told, message.logTime, event.records.back()))
+      return void(++leftOut);
   }
   events.push_back(std::move(event));
 }

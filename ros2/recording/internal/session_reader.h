@@ -16,7 +16,7 @@
 
 namespace QV::ros2 {
 
-/** What drivers told at one time. */
+/** The inputs that drivers told at one time. */
 struct SessionInputs {
   ko::Clock::time_point time;
   bool stepped = false;
@@ -30,7 +30,7 @@ struct SessionImage {
   cv::Mat_<std::uint16_t> depth;
 };
 
-/** What happened to a session between two moments of time. */
+/** An event of a session between two moments of time. */
 struct SessionEvent {
   enum class Sort { command, pose, look };
   Sort sort = Sort::look;
@@ -55,14 +55,16 @@ class SessionReader {
   /** Null if there is none. */
   const boost::shared_ptr<OccupancyMap>& getMap() const { return map; }
   const BagReader& getBag() const { return bag; }
+  /** Looks so far whose points are missing. */
+  std::uint64_t countLeftOut() const { return leftOut; }
 
-  /** Until all inputs up to `time` are in the queue. */
+  /** Reads until all inputs up to `time` are in the queue. */
   void readInputsTo(ko::Clock::time_point time);
-  /** Until an event is in the queue; false at the end. */
+  /** Reads until an event is in the queue; false at the end. */
   bool readEvent();
 
   std::deque<SessionInputs> inputs;
-  /** By the name of the camera's sensor. */
+  /** The images by the name of the camera's sensor. */
   std::map<std::string, std::deque<SessionImage>> images;
   std::deque<SessionEvent> events;
 
@@ -90,11 +92,12 @@ class SessionReader {
     std::uint64_t time = 0;
     std::vector<Math::Position3D> points;
   };
-  /** By topic; the last of each. */
+  /** The last clouds by topic. */
   std::map<std::string, Cloud> clouds;
-  /** By topic; the last few of each. */
+  /** The last few images by topic. */
   std::map<std::string, std::deque<SessionImage>> recentImages;
   ko::Clock::time_point lastInput;
+  std::uint64_t leftOut = 0;
 };
 
 }  // namespace QV::ros2

@@ -26,7 +26,9 @@
 
 namespace QV::ros2 {
 
-/** When a message of this stamp was measured; std::runtime_error for a stamp that can't be. */
+/**
+ * Dates the measurement of a message by its stamp; std::runtime_error for a stamp that can't be.
+ */
 using Dating = std::function<ko::Clock::time_point(const builtin_interfaces::Time&)>;
 
 /**
@@ -51,13 +53,13 @@ class QV_API ToldModules {
   Math::Pose2D getVelocity() const { return motion->getRobotVelocity(); }
   bool wantsPeople() const;
 
-  /** Whether anything is made of such a message. */
+  /** True if anything is made of such a message. */
   bool hears(const std::string& topic, const std::string& type) const;
   void tell(const ToldMessage& message);
-  /** As if the sensor of this topic had never been told anything. */
+  /** Forgets the sensor of this topic, as if it had never been told anything. */
   void forget(const std::string& topic);
 
-  /** Whether a sensor has been told something, or an image been fetched, since clearNews. */
+  /** True if a sensor has been told something, or an image been fetched, since clearNews. */
   bool isNew(const std::string& sensor) const;
   void clearNews();
 
@@ -106,7 +108,7 @@ class QV_API ToldModules {
   RefusalLog refusals;
   session::SessionListener* listener = nullptr;
 
-  /** Of what follows. */
+  /** Guards what follows. */
   mutable std::mutex mutex;
   std::map<std::string, Seen> images;
   Math::Pose2D pose;

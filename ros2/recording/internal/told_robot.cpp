@@ -8,6 +8,7 @@
 #include <boost/make_shared.hpp>
 
 #include "platform/ko/log.h"
+#include "ros2/messages/scene_msgs.h"
 
 namespace QV::ros2 {
 namespace {
@@ -29,12 +30,16 @@ ToldMessage toldBy(const BagMessage& message) {
 TopicSurvey surveyTopics(const std::string& path) {
   BagReader bag(path);
   TopicSurveyor surveyor;
-  for (const BagTopic* const topic : bag.getTopics())
-    if (isReadable(*topic) && bag.getCount(topic->name) != 0)
-      surveyor.expect(topic->name, topic->type);
+  bool tellsOdometry = false;
+  for (const BagTopic* const topic : bag.getTopics()) {
+    if (!isReadable(*topic) || bag.getCount(topic->name) == 0) continue;
+    surveyor.expect(topic->name, topic->type);
+    tellsOdometry = tellsOdometry || isOf<nav_msgs::Odometry>(topic->type);
+  }
   const std::uint64_t start = bag.getTimes().start;
   while (const auto message = bag.next()) {
-    if (surveyor.isComplete() && message->logTime - start > kLongEnough) break;
+    const bool isComplete = surveyor.isComplete() && (!tellsOdometry || surveyor.hasOdometry());
+    if (isComplete && message->logTime - start > kLongEnough) break;
     if (isReadable(*message->topic)) surveyor.take(toldBy(*message));
   }
   try {

@@ -11,8 +11,10 @@
 
 namespace QV::ros2 {
 
-/** Of half a minute of a recording, and on until each topic has come up. std::runtime_error if no
- * topic makes a sensor. */
+/**
+ * Surveys half a minute of a recording, and on until each topic has come up. std::runtime_error if
+ * no topic makes a sensor.
+ */
 TopicSurvey surveyTopics(const std::string& path);
 
 /**
@@ -32,6 +34,7 @@ class ToldRobot : public BagRobot {
   session::Frame getFrame() const override { return session::Frame::robot; }
   boost::shared_ptr<const OccupancyMap> getMap() const override { return map; }
   Math::Pose2D getPose() const override { return modules.getPose(); }
+  Math::Pose2D getVelocity() const override { return modules.getVelocity(); }
   float getRadius() const override { return 0.25f; }
   /** Each sensor by itself: the manager's refresh would miss steps, and read others twice. */
   std::vector<Math::MetricalData> getRecords() override;

@@ -15,55 +15,61 @@ namespace QV::ros2 {
 /** Radians, and no more than there are in one. */
 constexpr float kFullTurn = 6.283185f;
 
-/** What somebody has published, CDR. */
+/** A message that somebody has published, CDR. */
 struct ToldMessage {
   const std::string& topic;
   const std::string& type;
   BytesView cdr;
 };
 
-/** Whether messages of this type are such. */
+/** True if messages of this type are such. */
 template <typename Message>
 bool isOf(const std::string& type) {
   return type == Message::getType().getName();
 }
 
-/** What of another robot's topic a sensor is made; a touch is one of a sensor without a range. */
+/**
+ * The sort of another robot's topic that a sensor is made of; a touch is one of a sensor without a
+ * range.
+ */
 enum class ToldSort { scan, range, contact, touch, depth, cloud };
 
 /** A sensor as its first message shows it. Metres, radians. */
 struct ToldSensor {
   ToldSort sort = ToldSort::scan;
-  /** Of letters, digits and "_". */
+  /** The name, of letters, digits and "_". */
   std::string name;
   std::string topic;
-  /** Of the messages, without a slash. */
+  /** The frame of the messages, without a slash. */
   std::string frame;
-  /** In the robot's frame; x ahead, for cameras too. */
+  /** The mounting in the ground frame; x ahead, for cameras too. */
   Math::Transform mounting;
   float minRange = 0.0f;
   float maxRange = 0.0f;
   /** About the x axis of its mounting, half of it on each side. */
   float aperture = 0.0f;
   float verticalAperture = 0.0f;
-  /** Of a scan, see middleOf; nothing before the first of a sensor that a description names. */
+  /** The middle of a scan, see middleOf; nothing before the first of a sensor that a description
+   * names. */
   std::optional<float> middle = std::nullopt;
   std::size_t beams = 0;
 };
 
-/** What another robot's topics tell, and of which sensors. */
+/** The survey of another robot's topics: what they tell, and of which sensors. */
 struct TopicSurvey {
-  /** By topic. */
+  /** The sensors by topic. */
   std::map<std::string, ToldSensor> sensors;
-  /** Of the robot, and what it is placed in: "odom" or "map". */
+  /** The frame of the robot, and what it is placed in: "odom" or "map". */
   std::string base;
   /** Empty if there is none. */
   std::string odometryTopic;
   FrameTree frames;
 };
 
-/** From the x axis of a scan's frame to that of its sensor: the middle of the beams, or the same
- * axis where they go all around. Radians. */
+/**
+ * Returns the turn from the x axis of a scan's frame to that of its sensor: the middle of the
+ * beams, or the same axis where they go all around. Radians.
+ */
 QV_API float middleOf(const sensor_msgs::LaserScan& scan);
 
 /** Finds out from the first message of each topic which sensors a robot has. */
@@ -71,10 +77,12 @@ class QV_API TopicSurveyor {
  public:
   /** A topic that there is: one that makes a sensor is missing until it has spoken. */
   void expect(const std::string& topic, const std::string& type);
-  /** One that can't be understood leaves the topic to the next, a hundred give it up. */
+  /** Takes a message. One that can't be understood leaves the topic to the next, a hundred give
+   * it up. */
   void take(const ToldMessage& message);
-  /** Whether every topic that makes a sensor has spoken. */
+  /** True if every topic that makes a sensor has spoken. */
   bool isComplete() const { return missing.empty(); }
+  bool hasOdometry() const { return !survey.odometryTopic.empty(); }
   /** std::runtime_error if no topic makes a sensor. Once. */
   TopicSurvey make();
 
@@ -94,8 +102,8 @@ class QV_API TopicSurveyor {
 };
 
 /**
- * Of the topics that each sensor of a description names, or that recordings give it, which begin
- * with `prefix` then. std::runtime_error for two sensors of one topic.
+ * Surveys the topics that each sensor of a description names, or that recordings give it, which
+ * begin with `prefix` then. std::runtime_error for two sensors of one topic.
  */
 QV_API TopicSurvey surveyDescription(const Model::Robot& robot, const std::string& prefix = {});
 

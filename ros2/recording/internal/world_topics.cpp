@@ -4,6 +4,7 @@
 #include "platform/middleware/qv_proxy.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/topic_names.h"
+#include "ros2/recording/internal/viewers_description.h"
 
 namespace QV::ros2 {
 namespace {
@@ -12,12 +13,13 @@ constexpr Qos kKept{true, true, 1};
 
 }  // namespace
 
-void writeDescription(MessageSink& sink, const session::Session& session) {
-  if (!session.getDescription() || !session.getBroker()) return;
+std::string writeDescription(MessageSink& sink, const session::Session& session) {
+  if (!session.getDescription() || !session.getBroker()) return {};
   const auto topic = sink.add<std_msgs::String>(kDescriptionTopic, kKept);
   const auto model = session.getBroker()->getProxy(RobotModelContract::kModule, 0);
-  sink.write(topic, logTimeOf(ko::Clock::now()),
-             std_msgs::String{model->call<std::string>(RobotModelContract::kGetConfig)});
+  const auto exact = model->call<std::string>(RobotModelContract::kGetConfig);
+  sink.write(topic, logTimeOf(ko::Clock::now()), std_msgs::String{describeForViewers(exact)});
+  return exact;
 }
 
 nav_msgs::OccupancyGrid writeMap(MessageSink& sink, const OccupancyMap& map,

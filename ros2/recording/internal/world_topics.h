@@ -7,8 +7,8 @@
 
 namespace QV::ros2 {
 
-/** The robot's description as it was read, if it has one. */
-QV_API void writeDescription(MessageSink& sink, const session::Session& session);
+/** The robot's description, if it has one, as viewers can read it; returns it as it was read. */
+QV_API std::string writeDescription(MessageSink& sink, const session::Session& session);
 
 /** Returns what was written. */
 QV_API nav_msgs::OccupancyGrid writeMap(MessageSink& sink, const OccupancyMap& map,

@@ -88,7 +88,7 @@ class QV_API HealthBoard {
   void xWatchAll(bool on) const;
   void xAddNew();
   HealthMoment xMoment() const;
-  /** Whose reading does not return; null if none hangs. */
+  /** Finds the sensor whose reading does not return; null if none hangs. */
   const std::string* xFindHanging(std::int64_t now) const;
   void xJudgeAll(bool isTick);
   HealthFinding xJudge(Entry& entry, const HealthMoment& moment,

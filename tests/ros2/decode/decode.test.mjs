@@ -103,6 +103,27 @@ test('a recorded robot: every message, in place on the map', async () => {
   assert.equal(data.length, width * height);
 });
 
+// A shape that a viewer does not know takes the whole robot away, a field that it does not find the cloud.
+test('a recorded robot: shapes, clouds and markers as viewers know them', async () => {
+  const { messages } = await readIndexed(new Uint8Array(readFileSync(`${folder}/run.mcap`)));
+  const last = new Map(messages.map(({ topic, schema, message }) => [topic, { schema, message }]));
+  const description = last.get('/robot_description').message.data;
+  const shapes = [...description.matchAll(/<geometry>\s*<(\w+)/g)].map(([, shape]) => shape);
+  assert.ok(shapes.length > 5);
+  for (const shape of shapes) assert.match(shape, /^(box|cylinder|sphere|mesh)$/);
+
+  const clouds = [...last.values()].filter(({ schema }) => schema === 'sensor_msgs/msg/PointCloud2');
+  assert.ok(clouds.length > 5);
+  for (const { message } of clouds) {
+    assert.deepEqual(message.fields.map(({ name, offset, datatype }) => [name, offset, datatype]), [['x', 0, 7], ['y', 4, 7], ['z', 8, 7]]);
+    assert.equal(message.data.length, message.height * message.row_step);
+    assert.equal(message.row_step, message.width * message.point_step);
+  }
+  const { markers } = last.get('/fields_of_view').message;
+  for (const { type, points, color, scale } of markers)
+    assert.ok(type === 4 && points.length > 2 && color.a > 0 && scale.x > 0);
+});
+
 test('a recorded robot: what its drivers measured', async () => {
   const measured = JSON.parse(readFileSync(`${folder}/measured.json`, 'utf8'));
   const { messages } = await readIndexed(new Uint8Array(readFileSync(`${folder}/run.mcap`)));

@@ -1,7 +1,6 @@
 #include <cstdlib>
 #include <dds/dds.h>
 #include <map>
-#include <unistd.h>
 
 #include <gmock/gmock.h>
 
@@ -9,6 +8,7 @@
 #include "ros2/graph/internal/domain_settings.h"
 #include "ros2/graph/internal/node_entities.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "tests/ros2/support/own_domain.h"
 
 namespace QV::ros2 {
 namespace {
@@ -83,8 +83,7 @@ class Observer {
 };
 
 TEST(Discovery, everyEndpointTellsTheHashOfItsType) {
-  GraphOptions options;
-  options.domain = 1 + (getpid() + 50) % 100;
+  const GraphOptions options = test::aloneOn();
   Graph graph(options);
   const auto node = graph.createNode("porter");
   const auto publisher = node->publish("scan", sensor_msgs::LaserScan::getType());

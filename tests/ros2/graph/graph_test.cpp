@@ -5,6 +5,7 @@
 #include "ros2/graph/internal/node_entities.h"
 #include "ros2/messages/geometry_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "tests/ros2/support/own_domain.h"
 #include "tests/ros2/support/watched.h"
 
 namespace QV::ros2 {

@@ -268,6 +268,44 @@ TEST(GraphRange, thatMetNothingIsTheGreatestUnlessItIsToBeInfinite) {
   }
 }
 
+TEST(GraphKind, eachFanIsAScanAndEachEchoARange) {
+  const auto session = session::openSimulated(-1, test::inRoom({3.0f, 3.0f, 0.5f}));
+  RobotOnGraph sut(*session);
+  const auto scans = sut.listen<sensor_msgs::LaserScan>("/Laser/scan");
+  ASSERT_TRUE(sut.runUntil([&] { return !scans->isEmpty(); }));
+  const auto scan = scans->all<sensor_msgs::LaserScan>().back();
+  const auto records = session->getManager().getMetricalData();
+  ASSERT_EQ(records.size(), 1u);
+  ASSERT_EQ(scan.ranges.size(), 300u);
+  EXPECT_EQ(scan.header.frame_id, "base");
+  std::size_t misses = 0;
+  for (std::size_t i = 0; i < scan.ranges.size(); ++i) {
+    const float angle = scan.angle_min + static_cast<float>(i) * scan.angle_increment;
+    const bool isMiss = std::isinf(scan.ranges[i]);
+    misses += isMiss ? 1 : 0;
+    const float range = isMiss ? scan.range_max : scan.ranges[i];
+    EXPECT_NEAR(records[0].points[i].x, range * std::cos(angle), 1e-4f) << i;
+    EXPECT_NEAR(records[0].points[i].y, range * std::sin(angle), 1e-4f) << i;
+  }
+  EXPECT_GT(misses, 0u);
+  EXPECT_LT(misses, 250u);
+}
+
+TEST(GraphKind, anEchoIsARangeAndABumperAContact) {
+  const auto session = session::openSimulated(1, test::inRoom({8.5f, 3.0f, 0.0f}));
+  RobotOnGraph sut(*session);
+  const auto ranges = sut.listen<sensor_msgs::Range>("/Sonar/Front/range");
+  const auto contacts = sut.listen<sensor_msgs::Range>("/Bumper/FrontLeft/contact");
+  ASSERT_TRUE(sut.runUntil([&] { return !ranges->isEmpty() && !contacts->isEmpty(); }));
+  const auto range = ranges->all<sensor_msgs::Range>().back();
+  EXPECT_NEAR(range.range, session->look().sensors.back().nearest.value_or(0.0f), 1e-6f);
+  EXPECT_EQ(range.max_range, 2.5f);
+  EXPECT_EQ(contacts->all<sensor_msgs::Range>().back().range,
+            std::numeric_limits<float>::infinity());
+  session->setPose({5.0f, 3.0f, 0.0f});
+  EXPECT_TRUE(sut.runUntil([&] { return ranges->all<sensor_msgs::Range>().back().range == 2.5f; }));
+}
+
 /** Returns the topics of a robot on a graph that nobody sees. */
 std::vector<WireTopic> topicsOf(session::Session& session, const GraphRobotOptions& options,
                                 RosDistro distro = RosDistro::ironOrLater) {

@@ -9,7 +9,9 @@
 #include "sensor/real/real_sensor_manager.h"
 #include "session/usage_error.h"
 #include "tests/ros2/link/ticking_robot.h"
+#include "tests/ros2/recording/recorded_session.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/temporary_folder.h"
 
 namespace QV::ros2 {
 namespace {
@@ -93,7 +95,7 @@ struct HeardRobotTest : testing::Test {
 
   std::unique_ptr<session::Session> open(const std::string& description = {}) const {
     HeardRobotOptions options;
-    options.graph = test::graphOfItsOwn();
+    options.graph = test::aloneOn();
     options.description = description;
     return openHeardRobot(options);
   }
@@ -137,7 +139,7 @@ TEST_F(HeardRobotTest, topicsMakeSensorsThatMeasureWhatTheySay) {
   EXPECT_NEAR(ahead.x, 0.2f, 1e-4f);
   EXPECT_NEAR(ahead.y, 2.1f, 1e-4f);
   EXPECT_NEAR(laser->fieldOfView.angularRange, 2.0f, 1e-5f);
-  EXPECT_LT(Math::age(*laser, snapshot.time), boost::chrono::milliseconds(300));
+  EXPECT_LT(Math::age(*laser, snapshot.time), boost::chrono::seconds(1));
   EXPECT_NEAR(Math::norm(findRecord(records, "sonar")->points[7]), 1.5f, 1e-4f);
   EXPECT_NEAR(snapshot.pose.x, 3.0f, 1e-5f);
   EXPECT_NEAR(snapshot.pose.theta, 0.5f, 1e-5f);
@@ -146,7 +148,9 @@ TEST_F(HeardRobotTest, topicsMakeSensorsThatMeasureWhatTheySay) {
 TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   startSensors();
   const auto sut = open();
-  ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 0; }));
+  // They were listened to when the robot was looked for.
+  ASSERT_TRUE(runUntil(
+      *sut, [&] { return scans->getReaderCount() == 0 && sonars->getReaderCount() == 0; }));
   sut->subscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
   EXPECT_EQ(scans->getReaderCount(), 1u);
@@ -210,6 +214,14 @@ TEST_F(HeardRobotTest, timeFollowsAClockThatPausesAndGoesOnWhenItJumpsBack) {
   sut->subscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
 
+  // Whoever keeps pace does not say how much time goes by.
+  const auto begin = ko::Clock::now();
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
+  while (ko::Clock::now() < begin + boost::chrono::seconds(2) &&
+         std::chrono::steady_clock::now() < end)
+    sut->keepPace(boost::chrono::milliseconds(20));
+  EXPECT_GE(ko::Clock::now(), begin + boost::chrono::seconds(2));
+
   robot.pause(true);
   sut->run(boost::chrono::seconds(1000));
   const auto stopped = ko::Clock::now();
@@ -226,6 +238,26 @@ TEST_F(HeardRobotTest, timeFollowsAClockThatPausesAndGoesOnWhenItJumpsBack) {
   ASSERT_TRUE(findRecord(records, "scan"));
   EXPECT_LT(Math::age(*findRecord(records, "scan"), snapshot.time),
             boost::chrono::milliseconds(500));
+}
+
+TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
+  startSensors();
+  const auto changing = [](const Stamp& now) {
+    return 1.0f + 1e-9f * static_cast<float>(now.nanosec);
+  };
+  robot.say("scan", [=, this](const Stamp& now) { scans->write(scanAt(now, changing(now))); });
+  robot.say("sonar", [=, this](const Stamp& now) { sonars->write(rangeAt(now, changing(now))); });
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "run.mcap";
+  // At any moment, as whoever keeps pace looks.
+  test::recordSession(*open(), path, 40, [this](session::Session& session, int cycle) {
+    for (int i = 0; i < 3; ++i) session.keepPace(boost::chrono::milliseconds(20));
+    if (cycle == 20) robot.fallSilent("sonar");
+  });
+  const auto comparison = test::compareSession(path);
+  EXPECT_EQ(comparison.difference, "");
+  EXPECT_EQ(comparison.looks, 40);
+  EXPECT_GT(comparison.records, 50u);
 }
 
 TEST_F(HeardRobotTest, drivesByWhatIsListenedTo) {
@@ -294,18 +326,20 @@ TEST_F(HeardRobotTest, aManagerOfOnesOwnReadsItInTheMachinesTime) {
   startSensors();
   robot.say("scan", [this](const Stamp&) { scans->write(scanAt(wallStamp(), 2.0f)); });
   HeardRobotOptions options;
-  options.graph = test::graphOfItsOwn();
+  options.graph = test::aloneOn();
   options.usesSimTime = false;
   HeardRobot sut(options);
   sensor::RealSensorManager manager(sut.getBroker());
   sut.obey(&manager);
   manager.subscribe("test", "scan");
-  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+  const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (manager.getMetricalData("scan").empty() && std::chrono::steady_clock::now() < end)
     std::this_thread::yield();
   const auto records = manager.getMetricalData("scan");
   ASSERT_EQ(records.size(), 1u);
-  EXPECT_LT(Math::age(records[0], ko::Clock::now()), boost::chrono::milliseconds(500));
+  EXPECT_LT(Math::age(records[0], ko::Clock::now()), boost::chrono::seconds(5));
+  while (sonars->getReaderCount() > 0 && std::chrono::steady_clock::now() < end)
+    std::this_thread::yield();
   EXPECT_EQ(sonars->getReaderCount(), 0u);
   sut.obey(nullptr);
 }

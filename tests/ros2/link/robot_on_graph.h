@@ -12,6 +12,7 @@
 #include "ros2/messages/geometry_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "session/open.h"
+#include "tests/ros2/support/own_domain.h"
 #include "tests/ros2/support/watched.h"
 #include "tests/support/log_capture.h"
 
@@ -89,10 +90,10 @@ class RobotOnGraph {
   void run(int count) {
     for (int i = 0; i < count; ++i) step();
   }
-  /** Steps until it is so; false after ten seconds of the machine's. */
+  /** Steps until it is so; false after half a minute of the machine's. */
   template <typename Reached>
   bool runUntil(const Reached& reached) {
-    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(10);
+    const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
     while (!reached()) {
       if (std::chrono::steady_clock::now() > end) return false;
       step();

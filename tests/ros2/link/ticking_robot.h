@@ -7,20 +7,13 @@
 #include <mutex>
 #include <numbers>
 #include <thread>
-#include <unistd.h>
 
 #include "ros2/graph/graph.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "tests/ros2/support/own_domain.h"
 
 namespace QV::test {
-
-/** A graph that no other process of this machine is on. */
-inline ros2::GraphOptions graphOfItsOwn() {
-  ros2::GraphOptions options;
-  options.domain = 1 + (getpid() + 37) % 100;
-  return options;
-}
 
 /**
  * Somebody's robot on a graph: its clock goes on by 10 ms and it says all that it has to say every
@@ -76,7 +69,7 @@ class TickingRobot {
     }
   }
 
-  ros2::Graph graph{graphOfItsOwn()};
+  ros2::Graph graph{aloneOn()};
   const std::unique_ptr<ros2::GraphNode> node = graph.createNode("somebody");
   const std::unique_ptr<ros2::Publisher> clock =
       node->publish("/clock", ros2::rosgraph_msgs::Clock::getType());

@@ -1,85 +1,18 @@
-#include <cstdio>
+#include "tests/ros2/peer/peer.h"
+
 #include <map>
-#include <mutex>
 #include <set>
-#include <sstream>
-#include <thread>
 
 #include "ros2/bag/bag_reader.h"
 #include "ros2/recording/session_recorder.h"
 #include "tests/ros2/link/robot_on_graph.h"
 #include "tests/ros2/peer/digest.h"
 #include "tests/ros2/recording/recorded_session.h"
-#include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::ros2 {
 namespace {
-
-/** Another maker's participant, in a process of its own. */
-class Peer {
- public:
-  explicit Peer(const std::vector<WireTopic>& topics) {
-    std::vector<std::string> arguments = {ROS2_PEER, std::to_string(test::aloneOn().domain), "0.25",
-                                          "0.125"};
-    for (const WireTopic& wire : topics) {
-      if (wire.isInput) continue;
-      arguments.insert(arguments.end(),
-                       {wire.ddsName, wire.ddsType, wire.topic.qos.transientLocal ? "1" : "0"});
-    }
-    std::vector<char*> argv;
-    for (auto& argument : arguments) argv.push_back(argument.data());
-    argv.push_back(nullptr);
-    int ends[2];
-    EXPECT_EQ(pipe(ends), 0);
-    process.start([&] {
-      dup2(ends[1], STDOUT_FILENO);
-      execv(ROS2_PEER, argv.data());
-    });
-    close(ends[1]);
-    out = fdopen(ends[0], "r");
-    thread = std::thread([this] { xRead(); });
-  }
-  ~Peer() {
-    process.signal(SIGKILL);
-    thread.join();
-    fclose(out);
-  }
-
-  bool awaitReady() {
-    return lines.awaitThat([](const Lines& said) { return said.isReady; });
-  }
-  struct Lines {
-    bool isReady = false;
-    /** Digests of messages, by topics. */
-    std::map<std::string, std::set<std::uint64_t>> got;
-    /** Bytes of user data. */
-    std::multimap<std::string, int> seen;
-  };
-  Lines get() { return lines.get(); }
-
- private:
-  void xRead() {
-    char text[1000];
-    while (fgets(text, sizeof text, out) != nullptr) {
-      std::istringstream line(text);
-      std::string what, topic;
-      std::uint64_t number = 0;
-      line >> what >> topic >> number;
-      lines.change([&](Lines& said) {
-        if (what == "ready") said.isReady = true;
-        if (what == "got") said.got[topic].insert(number);
-        if (what == "seen") said.seen.emplace(topic, static_cast<int>(number));
-      });
-    }
-  }
-
-  test::Watched<Lines> lines;
-  test::ChildProcess process;
-  FILE* out = nullptr;
-  std::thread thread;
-};
 
 std::map<std::string, std::set<std::uint64_t>> digestsIn(const std::string& path) {
   std::map<std::string, std::set<std::uint64_t>> digests;
@@ -116,6 +49,17 @@ const std::set<std::string> kCompared = {"rt/tf_static",
 const std::set<std::string> kMore = {"rt/clock", "rt/tf", "rt/joint_states",
                                      "rt/DepthCamera/points", "rt/qv/records"};
 
+/** It drives, and reads all that a robot says. */
+std::vector<std::string> argumentsFor(const std::vector<WireTopic>& topics) {
+  std::vector<std::string> arguments = {"0.25", "0.125"};
+  for (const WireTopic& wire : topics) {
+    if (wire.isInput) continue;
+    arguments.insert(arguments.end(),
+                     {wire.ddsName, wire.ddsType, wire.topic.qos.transientLocal ? "1" : "0"});
+  }
+  return arguments;
+}
+
 struct PeerTest : testing::TestWithParam<bool> {
   /** Returns the topics of a robot on a graph that nobody sees. */
   static std::vector<WireTopic> topicsOf(session::Session& session) {
@@ -135,16 +79,17 @@ INSTANTIATE_TEST_SUITE_P(Starts, PeerTest, testing::Bool(),
 
 TEST_P(PeerTest, readsEveryTopicByteForByteAndDrives) {
   const auto topics = topicsOf(*session);
+  const auto arguments = argumentsFor(topics);
   std::optional<Peer> peer;
   if (GetParam()) {
-    peer.emplace(topics);
+    peer.emplace(arguments);
     ASSERT_TRUE(peer->awaitReady());
   }
   SessionRecorder recorder(folder / "run.mcap", *session);
   GraphRobotOptions options;
   options.noEchoIsInfinite = true;
   RobotOnGraph sut(*session, options);
-  if (!peer) peer.emplace(topics);
+  if (!peer) peer.emplace(arguments);
   EXPECT_TRUE(sut.runUntil([&] {
     recorder.show(session->look());
     const auto got = peer->get().got;

@@ -37,6 +37,7 @@ inline session::OpenOptions busyWorld() {
 
 struct Comparison {
   int looks = 0;
+  std::uint64_t leftOut = 0;
   std::size_t records = 0;
   std::string difference = {};
 };
@@ -52,6 +53,7 @@ inline Comparison compareSession(const std::string& path) {
     const auto difference = replay.compare();
     if (difference && comparison.difference.empty()) comparison.difference = difference->toText();
   }
+  comparison.leftOut = replay.countLeftOut();
   return comparison;
 }
 

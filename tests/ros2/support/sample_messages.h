@@ -7,7 +7,7 @@
 
 namespace QV::test {
 
-/** What a sonar tells that hears from `least` to 4 m. */
+/** Makes what a sonar tells that hears from `least` to 4 m. */
 inline ros2::sensor_msgs::Range sampleRange(float least, float value) {
   ros2::sensor_msgs::Range range;
   range.header.frame_id = "sonar";

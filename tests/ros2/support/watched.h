@@ -3,9 +3,6 @@
 #include <chrono>
 #include <condition_variable>
 #include <mutex>
-#include <unistd.h>
-
-#include "ros2/graph/graph.h"
 
 namespace QV::test {
 
@@ -21,11 +18,11 @@ class Watched {
     }
     changed.notify_all();
   }
-  /** False if it does not come true in ten seconds. */
+  /** False if it does not come true in half a minute. */
   template <typename Accept>
   bool awaitThat(const Accept& accept) {
     std::unique_lock lock(mutex);
-    return changed.wait_for(lock, std::chrono::seconds(10), [&] { return accept(value); });
+    return changed.wait_for(lock, std::chrono::seconds(30), [&] { return accept(value); });
   }
   T get() {
     const std::lock_guard lock(mutex);
@@ -37,12 +34,5 @@ class Watched {
   std::condition_variable changed;
   T value{};
 };
-
-/** A graph that no other process of this machine is on. */
-inline ros2::GraphOptions aloneOn(int offset = 0) {
-  ros2::GraphOptions options;
-  options.domain = 1 + (getpid() + offset) % 100;
-  return options;
-}
 
 }  // namespace QV::test

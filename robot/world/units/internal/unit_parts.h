@@ -13,7 +13,7 @@ namespace QV::robot {
 
 class MotionService;
 
-/** What the copies of a UnitContext share. */
+/** The parts that the copies of a UnitContext share. */
 struct UnitParts {
   /** See UnitRig for the errors. */
   UnitParts(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
@@ -25,7 +25,7 @@ struct UnitParts {
                                  const boost::shared_ptr<MotionService>& motion,
                                  const boost::shared_ptr<QVBroker>& broker);
   static UnitParts& of(const UnitContext& context) { return *context.parts; }
-  /** While units are made; else std::logic_error. */
+  /** Returns the services while units are made; else std::logic_error. */
   static const UnitServices& servicesOf(const UnitContext& context);
 
   const Scene& getScene() const { return *surroundings.scene; }

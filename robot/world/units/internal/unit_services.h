@@ -10,7 +10,7 @@ class DeviceManager;
 class SonarDriver;
 class VideoDevice;
 
-/** What of a robot its units plug themselves into. */
+/** The services of the robot that its units plug themselves into. */
 struct UnitServices {
   boost::shared_ptr<QVBroker> broker;
   boost::shared_ptr<DeviceManager> devices;

@@ -2,11 +2,13 @@
 //   ros2_peer DOMAIN FORWARD TURN (TOPIC TYPE KEPT)...
 // TOPIC and TYPE are those of the wire, KEPT is 1 for one that keeps its last message. Prints
 // "got TOPIC DIGEST", and "seen TOPIC BYTES" with the size of the user data of each endpoint.
+//   ros2_peer DOMAIN
+// publishes one message of each topic that a robot or a tool does, again and again.
 
 #include <chrono>
+#include <cmath>
 #include <cstdio>
 #include <cstdlib>
-#include <fastcdr/Cdr.h>
 #include <fastdds/dds/domain/DomainParticipant.hpp>
 #include <fastdds/dds/domain/DomainParticipantFactory.hpp>
 #include <fastdds/dds/domain/DomainParticipantListener.hpp>
@@ -28,6 +30,7 @@
 #include <vector>
 
 #include "tests/ros2/peer/digest.h"
+#include "tests/ros2/peer/program/inputs.h"
 
 namespace {
 
@@ -122,9 +125,11 @@ class Peer {
     subscriber->create_datareader(xTopic(topic, type), qos, readings.back().get());
   }
 
-  fast::DataWriter* write(const std::string& topic, const std::string& type) {
+  fast::DataWriter* write(const std::string& topic, const std::string& type, bool isKept = false) {
     fast::DataWriterQos qos;
     qos.reliability().kind = fast::RELIABLE_RELIABILITY_QOS;
+    qos.durability().kind =
+        isKept ? fast::TRANSIENT_LOCAL_DURABILITY_QOS : fast::VOLATILE_DURABILITY_QOS;
     return publisher->create_datawriter(xTopic(topic, type), qos);
   }
 
@@ -141,30 +146,38 @@ class Peer {
   fast::Publisher* const publisher;
 };
 
-/** A geometry_msgs/msg/Twist by another maker's encoder. */
-Bytes twist(double forward, double turn) {
-  Bytes bytes(256);
-  eprosima::fastcdr::FastBuffer buffer(reinterpret_cast<char*>(bytes.data()), bytes.size());
-  eprosima::fastcdr::Cdr cdr(buffer, eprosima::fastcdr::Cdr::LITTLE_ENDIANNESS,
-                             eprosima::fastcdr::Cdr::DDS_CDR);
-  cdr.serialize_encapsulation();
-  cdr << forward << 0.0 << 0.0 << 0.0 << 0.0 << turn;
-  bytes.resize(cdr.getSerializedDataLength());
-  return bytes;
+constexpr std::chrono::milliseconds kPeriod{50};
+
+// Whoever started it ends it.
+[[noreturn]] void writeOn(const std::vector<std::pair<fast::DataWriter*, Bytes>>& messages) {
+  print("ready");
+  while (true) {
+    for (auto [writer, bytes] : messages) writer->write(&bytes);
+    std::this_thread::sleep_for(kPeriod);
+  }
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc < 4) return 2;
+  if (argc != 2 && argc < 4) return 2;
+  std::vector<std::pair<fast::DataWriter*, Bytes>> messages;
+  if (argc == 2) {
+    // Two types of one topic are two topics to this engine, which one participant can't have.
+    std::vector<std::unique_ptr<Peer>> peers;
+    peers.push_back(std::make_unique<Peer>(std::atoi(argv[1])));
+    for (const auto& input : QV::test::allInputs()) {
+      const bool isStamped = input.type.find("TwistStamped") != std::string::npos;
+      if (isStamped) peers.push_back(std::make_unique<Peer>(std::atoi(argv[1])));
+      Peer& peer = isStamped ? *peers.back() : *peers.front();
+      messages.emplace_back(peer.write(input.topic, input.type, input.isKept), input.cdr);
+    }
+    writeOn(messages);
+  }
   Peer peer(std::atoi(argv[1]));
   for (int i = 4; i + 2 < argc; i += 3) peer.read(argv[i], argv[i + 1], argv[i + 2][0] == '1');
-  Bytes command = twist(std::atof(argv[2]), std::atof(argv[3]));
-  fast::DataWriter* const velocities = peer.write("rt/cmd_vel", "geometry_msgs::msg::dds_::Twist_");
-  print("ready");
-  // Whoever started it ends it.
-  while (true) {
-    velocities->write(&command);
-    std::this_thread::sleep_for(std::chrono::milliseconds(50));
-  }
+  messages.emplace_back(
+      peer.write("rt/cmd_vel", "geometry_msgs::msg::dds_::Twist_"),
+      QV::test::encoded(std::atof(argv[2]), 0.0, 0.0, 0.0, 0.0, std::atof(argv[3])));
+  writeOn(messages);
 }

@@ -1,0 +1,93 @@
+#include <cerrno>
+#include <fstream>
+#include <iostream>
+#include <memory>
+#include <stdexcept>
+#include <string>
+#include <vector>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/commands/commands.h"
+#include "apps/commands/common_options.h"
+#include "apps/guides/completion.h"
+#include "apps/guides/manual_page.h"
+#include "apps/parse_errors.h"
+#include "platform/ko/internal/write_error.h"
+
+namespace QV::app {
+namespace {
+
+struct Shell {
+  const char* name;
+  void (*write)(std::ostream& out, const CommandRow& program);
+};
+
+constexpr Shell kShells[] = {
+    {"bash", writeBashCompletion}, {"zsh", writeZshCompletion}, {"fish", writeFishCompletion}};
+
+std::string checkShell(const std::string& name) {
+  for (const Shell& shell : kShells)
+    if (name == shell.name) return {};
+  return "bash, zsh or fish expected, \"" + name + "\" given";
+}
+
+/** Returns what `write` writes to a stream. */
+template <typename Write>
+void writeFile(const std::string& path, const Write& write) {
+  errno = 0;
+  std::ofstream file(path);
+  write(file);
+  file.close();
+  if (!file) throw std::runtime_error(ko::detail::cannotWrite(path));
+}
+
+void writeScript(const CommandRow& program, const std::string& shellName, const std::string& path) {
+  for (const Shell& shell : kShells) {
+    if (shellName != shell.name) continue;
+    if (path == "-") return shell.write(std::cout, program);
+    writeFile(path, [&](std::ostream& out) { shell.write(out, program); });
+  }
+}
+
+void writePages(const std::string& folder, const CommandRow& command) {
+  writeFile(folder + "/" + nameOfPage(command),
+            [&](std::ostream& out) { writeManualPage(out, command); });
+  for (const CommandRow& next : command.commands) writePages(folder, next);
+}
+
+}  // namespace
+
+void addCompletionCommand(CLI::App& program, const session::OpenOptions&, int&) {
+  auto name = std::make_shared<std::string>();
+  CLI::App* command =
+      program.add_subcommand("completion", "Write a script by which a shell completes commands");
+  command->footer(
+      "An installation has these scripts where shells look for them. Without one:\n"
+      "source <(qvsensors completion bash).");
+  command->add_option("SHELL", *name, "bash, zsh or fish")
+      ->required()
+      ->type_name("bash|zsh|fish")
+      ->check(checkShell);
+  auto path = std::make_shared<std::string>("-");
+  command->add_option("-o,--output", *path, "file for it; - is standard output")
+      ->type_name("FILE")
+      ->check(namesAFile)
+      ->capture_default_str();
+  command->callback([&program, name, path] { writeScript(tableOf(program), *name, *path); });
+}
+
+void addManualCommand(CLI::App& program, const session::OpenOptions&, int&) {
+  auto names = std::make_shared<std::vector<std::string>>();
+  auto folder = std::make_shared<std::string>();
+  CLI::App* command = program.add_subcommand("manual", "Write a page of the manual (for man -l -)");
+  command->add_option("COMMAND", *names, "its name (default: the program's own page)");
+  command->add_option("-o,--output", *folder, "folder for the pages of all commands")
+      ->type_name("FILE");
+  command->callback([&program, names, folder] {
+    if (!folder->empty()) return writePages(*folder, tableOf(program));
+    writeManualPage(std::cout, tableOf(findCommand(program, *names)));
+  });
+}
+
+}  // namespace QV::app

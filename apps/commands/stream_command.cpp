@@ -1,0 +1,120 @@
+#include <cmath>
+#include <iostream>
+#include <memory>
+#include <optional>
+#include <string>
+
+#include <CLI/CLI.hpp>
+
+#include "apps/commands/commands.h"
+#include "apps/commands/common_options.h"
+#include "apps/commands/output_files.h"
+#include "apps/interrupt.h"
+#include "apps/output/fresh_records.h"
+#include "apps/replay/machine_pace.h"
+#include "apps/silent_sensors.h"
+#include "apps/subscriber.h"
+#include "outlets/outlet.h"
+#include "platform/model/internal/number_text.h"
+#include "session/internal/seconds.h"
+#include "session/usage_error.h"
+
+namespace QV::app {
+namespace {
+
+constexpr char kStreamFooter[] =
+    "Each record comes once, in a line of its own, as soon as it is there: of the robot's time "
+    "or,\n"
+    "with --from-ros2, of that graph's. It ends with Ctrl-C, or after the time that --for says; "
+    "the\n"
+    "status is then 1 if a sensor that was asked for gave no record.";
+
+struct StreamOptions : CommonOptions {
+  OutputFiles output{"-"};
+  double rate = 10.0;
+  std::string speed = "1";
+  std::optional<double> seconds;
+  bool wander = false;
+};
+
+/** Nothing for as fast as it goes. */
+std::optional<double> speedOf(const StreamOptions& options) {
+  if (options.speed == "max" || options.heard.asked) return std::nullopt;
+  const auto speed = Model::toNumber(options.speed);
+  if (speed && *speed > 0.0 && std::isfinite(*speed)) return *speed;
+  throw session::UsageError("--speed: a number above 0 or max expected, \"" + options.speed +
+                            "\" given");
+}
+
+void checkRange(const StreamOptions& options) {
+  if (!(options.rate > 0.0 && options.rate <= 1e6))
+    throw session::UsageError("--rate: a number above 0 and up to 1000000 expected");
+  if (options.seconds && !(*options.seconds >= 0.0 && *options.seconds <= 1e9))
+    throw session::UsageError("--for: seconds from 0 to 1000000000 expected");
+}
+
+/** Streams, and returns what is so at the end, once somebody or --for has ended it. */
+session::Snapshot streamOn(const StreamOptions& options, session::Session& session,
+                           outlets::Outlet& outlet, std::set<std::string>& heard) {
+  MachinePace pace(speedOf(options));
+  FreshRecords fresh;
+  const auto start = ko::Clock::now();
+  const double last = options.seconds.value_or(INFINITY) * options.rate;
+  for (double cycle = 1.0; cycle <= last && !isInterrupted(); ++cycle) {
+    session.run(start + ko::Duration(std::llround(1e9 * cycle / options.rate)) - ko::Clock::now());
+    const session::Snapshot seen = session.look();
+    for (const auto& sensor : seen.sensors)
+      if (!sensor.records.empty()) heard.insert(sensor.name);
+    // A recording is compared with all that there is.
+    outlet.show(options.output.isRecording() ? seen : fresh.take(seen));
+    std::cout.flush();
+    pace.await(session::inSeconds(ko::Clock::now().time_since_epoch()));
+  }
+  return session.look();
+}
+
+int stream(StreamOptions& options) {
+  checkRange(options);
+  speedOf(options);
+  const auto session = options.openSession();
+  outlets::OutletList outlets;
+  options.output.open(*session, outlets, false);
+  session->subscribe(kSubscriber, options.namesFor(session->getManager()));
+  session->setDemand(outlets.getDemand());
+  options.notePose(*session);
+  if (options.wander) session->wander();
+  std::set<std::string> heard;
+  const session::Snapshot end = streamOn(options, *session, outlets, heard);
+  outlets.finish();
+  if (!options.output.report(std::cerr)) return kIncomplete;
+  return reportSilent(findSilent(end, heard));
+}
+
+}  // namespace
+
+void addStreamCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
+  auto options = optionsFor<StreamOptions>(robots);
+  CLI::App* command =
+      program.add_subcommand("stream", "Write records as they come, a line of JSON each, for ever");
+  command->footer(kStreamFooter);
+  addWorld(*command, *options);
+  addPose(*command, *options);
+  addSubscriptions(*command, *options);
+  options->output
+      .addOption(*command, "-o,--output",
+                 "file: .mcap is a recording, .csv has a line per point, any other name one JSON "
+                 "per record; - is standard output")
+      ->capture_default_str();
+  command->add_option("--rate", options->rate, "looks for new records per second of the session")
+      ->capture_default_str();
+  command
+      ->add_option("--speed", options->speed,
+                   "seconds of the session for one of the clock, or max: as fast as it goes")
+      ->capture_default_str();
+  command->add_option("--for", options->seconds, "end after so much of the session (s)");
+  command->add_flag("--wander", options->wander, "the robot drives about where there is room")
+      ->excludes("--from-ros2");
+  command->callback([options, &status] { status = stream(*options); });
+}
+
+}  // namespace QV::app

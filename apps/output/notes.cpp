@@ -1,0 +1,103 @@
+#include "apps/output/notes.h"
+
+#include <algorithm>
+#include <charconv>
+#include <cstdlib>
+#include <iostream>
+#include <iterator>
+#include <optional>
+#include <string_view>
+#include <sys/ioctl.h>
+#include <unistd.h>
+
+#include <CLI/CLI.hpp>
+
+namespace QV::app {
+namespace {
+
+using ko::log::Level;
+
+constexpr Level kLevels[] = {Level::silent,  Level::fatal, Level::error,
+                             Level::warning, Level::info,  Level::verbose};
+
+std::optional<Level> asked;
+bool quiet = false;
+
+std::string namesOfLevels() {
+  std::string names;
+  for (const Level level : kLevels) {
+    names += level == kLevels[0] ? "" : level == *std::rbegin(kLevels) ? " or " : ", ";
+    names += getName(level);
+  }
+  return names;
+}
+
+const Level* findLevel(const std::string& name) {
+  const auto* found =
+      std::ranges::find_if(kLevels, [&](Level level) { return name == getName(level); });
+  return found == std::end(kLevels) ? nullptr : found;
+}
+
+std::string checkLevel(const std::string& name) {
+  return findLevel(name) ? "" : namesOfLevels() + " expected, \"" + name + "\" given";
+}
+
+}  // namespace
+
+void addLogOptions(CLI::App& command) {
+  command
+      .add_option_function<std::string>(
+          "--log-level",
+          [](const std::string& name) {
+            asked = *findLevel(name);
+            ko::log::setLevel(*asked);
+          },
+          "the least that the log says on standard error (default: warning)")
+      ->type_name("silent|fatal|error|warning|info|verbose")
+      ->check(checkLevel);
+  command.add_flag_callback(
+      "-q,--quiet",
+      [] {
+        quiet = true;
+        if (!asked) ko::log::setLevel(Level::error);
+      },
+      "nothing on standard error but what goes wrong");
+}
+
+LogScope::LogScope() {
+  asked.reset();
+  quiet = false;
+}
+
+LogScope::~LogScope() {
+  if (asked || quiet) ko::log::setLevel(Level::warning);
+}
+
+Level getLogLevel() {
+  return asked.value_or(quiet ? Level::error : Level::warning);
+}
+
+bool isLogLevelAsked() {
+  return asked.has_value();
+}
+
+bool isQuiet() {
+  return quiet;
+}
+
+void note(const std::string& line) {
+  if (!quiet) std::cerr << line << '\n';
+}
+
+std::size_t getLineWidth() {
+  winsize size{};
+  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
+  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody here changes the environment.
+  const char* const text = std::getenv("COLUMNS");
+  const std::string_view digits = text ? text : "";
+  std::size_t width = 0;
+  std::from_chars(digits.data(), digits.data() + digits.size(), width);
+  return width;
+}
+
+}  // namespace QV::app

@@ -1,0 +1,5 @@
+if(NOT TARGET qv_ros2_link)
+  set_target_properties(bench_graph_robot PROPERTIES EXCLUDE_FROM_ALL ON)
+  return()
+endif()
+target_link_libraries(bench_graph_robot PRIVATE QV::ros2_link)

@@ -1,0 +1,110 @@
+/**
+ * What somebody on a graph asks of a robot, sound orders with any bytes put into them: they are
+ * refused, or the robot does something that is finite.
+ */
+#include "ros2/link/internal/graph_orders.h"
+
+#include <cmath>
+#include <map>
+
+#include <boost/make_shared.hpp>
+
+#include "fuzz/changed_bytes.h"
+#include "fuzz/value_decoder.h"
+#include "platform/ko/log.h"
+#include "session/open.h"
+
+namespace QV::fuzz {
+namespace {
+
+using namespace ros2;
+
+class Silence : public Subscription {
+ public:
+  explicit Silence(GraphTopic topic) : topic(std::move(topic)) {}
+  const GraphTopic& getTopic() const override { return topic; }
+  std::size_t getWriterCount() const override { return 0; }
+
+ private:
+  const GraphTopic topic;
+};
+
+/** On no graph: what it subscribes to is told by hand. */
+class HandFedNode : public GraphNode {
+ public:
+  std::unique_ptr<Publisher> publish(const std::string&, const MessageType&, const Qos&,
+                                     OnMatch) override {
+    throw std::logic_error("orders are not published");
+  }
+  std::unique_ptr<Subscription> subscribe(const std::string& topic, const MessageType& type,
+                                          const Qos& qos, OnMessage onMessage, OnMatch) override {
+    listeners[&type] = std::move(onMessage);
+    return std::make_unique<Silence>(GraphTopic{"/" + topic, type.getName(), qos});
+  }
+
+  std::map<const MessageType*, OnMessage> listeners;
+};
+
+struct Sound {
+  const MessageType* type;
+  Bytes cdr;
+};
+
+template <typename Message>
+Sound sound(const Message& message) {
+  return {&Message::getType(), toCdr(message)};
+}
+
+const std::vector<Sound>& orders() {
+  static const std::vector<Sound> all = [] {
+    const geometry_msgs::Twist twist{{0.5, 0.0, 0.0}, {0.0, 0.0, 0.5}};
+    const geometry_msgs::Pose pose{{1.5, 2.5, 0.0}, {0.0, 0.0, 0.6, 0.8}};
+    const std_msgs::Header header{{1, 0}, "map"};
+    return std::vector{sound(twist), sound(geometry_msgs::TwistStamped{header, twist}),
+                       sound(geometry_msgs::PoseWithCovarianceStamped{header, {pose, {}}}),
+                       sound(geometry_msgs::PoseStamped{header, pose})};
+  }();
+  return all;
+}
+
+class Robot {
+ public:
+  void obey(const std::uint8_t* data, std::size_t size) {
+    const auto* const end = data + size;
+    const auto next = [&] { return data < end ? *data++ : std::uint8_t{0}; };
+    session->stop();
+    session->setPose({2.0f, 2.0f, 0.0f});
+    while (data < end) {
+      const Sound& order = orders()[next() % orders().size()];
+      const Bytes cdr = changed(order.cdr, next);
+      node.listeners.at(order.type)({cdr, 0});
+      asked.obey(*session);
+      session->run(boost::chrono::milliseconds(20));
+      check(std::isfinite(session->getPose().x + session->getPose().y), "the robot is nowhere");
+      check(std::isfinite(session->getPose().theta), "the robot looks nowhere");
+    }
+  }
+
+ private:
+  static std::unique_ptr<session::Session> open() {
+    constexpr int kCells = 40;
+    session::OpenOptions options;
+    options.map = boost::make_shared<OccupancyMap>(kCells, kCells, 0.1f, Math::Pose2D(), 0.0f);
+    options.start = Math::Pose2D(2.0f, 2.0f, 0.0f);
+    return session::openSimulated(-1, options);
+  }
+
+  const std::unique_ptr<session::Session> session = open();
+  HandFedNode node;
+  GraphOrders asked{node, FrameNames(*session), {}};
+};
+
+}  // namespace
+}  // namespace QV::fuzz
+
+extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
+  static const bool isQuiet = (ko::log::setLevel(ko::log::Level::silent), true);
+  static QV::fuzz::Robot robot;
+  if (isQuiet) robot.obey(data, size);
+  return 0;
+}

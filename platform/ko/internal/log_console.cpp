@@ -1,0 +1,84 @@
+#include "platform/ko/internal/log_console.h"
+
+#include <chrono>
+#include <cstdio>
+#include <ctime>
+#include <memory>
+#include <optional>
+#include <utility>
+
+#include <spdlog/pattern_formatter.h>
+#include <spdlog/sinks/stdout_color_sinks.h>
+#include <spdlog/spdlog.h>
+
+#include "platform/ko/internal/time_source.h"
+
+namespace ko::log::detail {
+namespace {
+
+/** The time of a simulated world, "12.345 s", or else that of the day. */
+class TimeOfLine : public spdlog::custom_flag_formatter {
+ public:
+  void format(const spdlog::details::log_msg& line, const std::tm& day,
+              spdlog::memory_buf_t& text) override {
+    char time[40];
+    int size = 0;
+    if (const auto simulated = ko::detail::simulatedNow()) {
+      const auto seconds = static_cast<double>(simulated->time_since_epoch().count()) * 1e-9;
+      size = std::snprintf(time, sizeof time, "%.3f s", seconds);
+    } else {
+      size = std::snprintf(time, sizeof time, "%02d:%02d:%02d.%03d", day.tm_hour, day.tm_min,
+                           day.tm_sec, xMilliseconds(line));
+    }
+    text.append(time, time + size);
+  }
+
+  std::unique_ptr<spdlog::custom_flag_formatter> clone() const override {
+    return std::make_unique<TimeOfLine>();
+  }
+
+ private:
+  static int xMilliseconds(const spdlog::details::log_msg& line) {
+    const auto whole = std::chrono::floor<std::chrono::milliseconds>(line.time.time_since_epoch());
+    return static_cast<int>(whole.count() % 1000);
+  }
+};
+
+spdlog::logger& console() {
+  static spdlog::logger* instance = [] {
+    auto* logger =
+        new spdlog::logger("qv", std::make_shared<spdlog::sinks::stderr_color_sink_mt>());
+    auto formatter = std::make_unique<spdlog::pattern_formatter>();
+    formatter->add_flag<TimeOfLine>('*').set_pattern("[%*] [%^%l%$] %v");
+    logger->set_formatter(std::move(formatter));
+    logger->set_level(spdlog::level::trace);
+    return logger;
+  }();
+  return *instance;
+}
+
+spdlog::level::level_enum toSpdlog(Level level) {
+  switch (level) {
+    case Level::fatal:
+      return spdlog::level::critical;
+    case Level::error:
+      return spdlog::level::err;
+    case Level::warning:
+      return spdlog::level::warn;
+    case Level::info:
+      return spdlog::level::info;
+    case Level::verbose:
+      return spdlog::level::debug;
+    case Level::silent:
+      break;
+  }
+  return spdlog::level::off;
+}
+
+}  // namespace
+
+void writeToConsole(Level level, const std::string& line) {
+  console().log(toSpdlog(level), spdlog::string_view_t(line));
+}
+
+}  // namespace ko::log::detail

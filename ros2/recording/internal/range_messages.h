@@ -1,0 +1,22 @@
+#pragma once
+
+#include "platform/api.h"
+#include "platform/math/sensor_field_of_view_2d.h"
+#include "ros2/messages/sensor_msgs.h"
+
+namespace QV::ros2 {
+
+/** Infinite for what met nothing, minus infinite for what is too near. */
+QV_API float rangeIn(const Math::SensorFieldOfView2D& view, float range);
+
+/** Without header and range. */
+QV_API sensor_msgs::Range rangeOf(const Math::SensorFieldOfView2D& view);
+
+/** Of what knows no distance: both limits are the same, minus infinity stands for "there". */
+QV_API sensor_msgs::Range contactOf(const Math::SensorFieldOfView2D& view, bool isThere);
+
+/** From right to left about the x axis, the first and the last `angularRange` apart; without header
+ * and ranges. */
+QV_API sensor_msgs::LaserScan scanOf(const Math::SensorFieldOfView2D& view, std::size_t beams);
+
+}  // namespace QV::ros2

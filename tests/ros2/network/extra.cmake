@@ -1,0 +1,1 @@
+target_link_libraries(${name}_tests PRIVATE QV::ros2_link)
