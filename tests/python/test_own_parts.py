@@ -49,6 +49,18 @@ def test_a_manager_keeps_its_sensors():
         assert len(manager.get_metrical_data("Infrared")) == 3
 
 
+def test_a_manager_waits_for_a_sensor_that_measures_later():
+    class Late(Infrared):
+        def _get_data(self):
+            self.calls.append("read")
+            return super()._get_data() if self.calls.count("read") > 2 else []
+
+    manager = qv.SensorManager([Late()])
+    assert set(manager.await_records(0)) == {"Left"}
+    with manager.subscription("test") as subscription:
+        assert subscription.await_records(qv.seconds(30)) == {}
+
+
 def test_a_sensor_that_fails_harms_no_other():
     class Broken(Infrared):
         def _get_data(self):

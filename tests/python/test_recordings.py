@@ -63,6 +63,8 @@ def test_a_recording_is_shown_by_a_server_and_ends_with_its_session(session, tmp
             use()
     topics = {topic.name: topic for topic in qv.recording_info(path).topics}
     assert topics["/FrontLaser/scan"].message_count > 0
+    with qv.open_recording(path) as played:
+        assert played.look_count > 0
 
 
 def test_another_robots_recording_gives_its_sensors(data):

@@ -18,7 +18,7 @@ def read_lasers():
 def test_points_are_a_read_only_view_that_outlives_everything():
     record = read_lasers()[0]
     points, transform = record.points, record.sensor_transform
-    assert points.ctypes.data == record.points.ctypes.data
+    assert points.ctypes.data == record.points.ctypes.data and points.base is record
     expected = points.copy()
     del record
     gc.collect()
