@@ -61,7 +61,9 @@ TEST_F(RecordingTest, fromAndToChooseWhatIsShown) {
   const auto countOf = [&](std::vector<std::string> options) {
     std::vector<std::string> arguments = {"replay", path, "--compare"};
     arguments.insert(arguments.end(), options.begin(), options.end());
-    return std::stoul(run(arguments).out);
+    const std::string said = run(arguments).out;
+    const std::string before = "The records of ";
+    return said.starts_with(before) ? std::stoul(said.substr(before.size())) : 0;
   };
   const std::size_t all = countOf({});
   const std::size_t first = countOf({"--to", "1"});
