@@ -7,7 +7,7 @@
 
 namespace QV::app {
 
-/** Knows which records of a run have been told already. */
+/** Knows which records of a session have been told already. */
 class FreshRecords {
  public:
   /** The snapshot with those records alone that were in none before. */

@@ -16,7 +16,7 @@ namespace QV::app {
 class SessionSummary {
  public:
   void add(const session::Snapshot& snapshot);
-  /** Finds those that should have given something over the run and its end; see findSilent. */
+  /** Finds those that should have given something over the session and its end; see findSilent. */
   SilentSensors findSilent(const session::Snapshot& end) const;
   /** A table: sensor, family, records, points, nearest obstacle; and who was silent. */
   void print(std::ostream& out, const SilentSensors& silent = {}) const;

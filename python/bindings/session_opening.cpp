@@ -58,7 +58,7 @@ SharedHandle openSimulated(int kind, const py::object& map, std::optional<Math::
               [&] { return session::openSimulated(kind, options); });
 }
 
-SharedHandle openRun(const std::string& file, const sensor::SensorFactory& sensors) try {
+SharedHandle openSession(const std::string& file, const sensor::SensorFactory& sensors) try {
   const auto replay = unlocked([&] {
     auto made = std::make_shared<ros2::SessionReplay>(file, sensors);
     made->begin();
@@ -76,7 +76,7 @@ SharedHandle openRecording(const py::object& log, const py::object& poses,
                            const sensor::SensorFactory* sensors) {
   const std::string file = pathFrom(log);
   if (ros2::isRecording(file))
-    return openRun(file, sensors ? *sensors : sensor::SensorFactory::standard());
+    return openSession(file, sensors ? *sensors : sensor::SensorFactory::standard());
   std::optional<std::string> posesFile;
   if (!poses.is_none()) posesFile = pathFrom(poses);
   return open(file, true, [&] { return session::openRecording(file, posesFile); });

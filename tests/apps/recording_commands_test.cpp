@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
@@ -61,7 +62,8 @@ TEST_F(RecordingTest, fromAndToChooseWhatIsShown) {
   const auto countOf = [&](std::vector<std::string> options) {
     std::vector<std::string> arguments = {"replay", path, "--compare"};
     arguments.insert(arguments.end(), options.begin(), options.end());
-    return std::stoul(run(arguments).out);
+    const std::string out = run(arguments).out;
+    return std::stoul(out.substr(std::min(out.find_first_of("0123456789"), out.size())));
   };
   const std::size_t all = countOf({});
   const std::size_t first = countOf({"--to", "1"});
