@@ -86,7 +86,7 @@ they are the same bit for bit, or if the recording is not one of SessionRecorder
                              "list[str]: What could not be read so far, the first 20.");
 }
 
-py::object toPython(const ros2::BagInfo& info) {
+py::object infoFrom(const ros2::BagInfo& info) {
   static const py::handle type = typeNamed("RecordingInfo");
   static const py::handle topicType = typeNamed("TopicInfo");
   py::list topics;
@@ -102,7 +102,7 @@ py::object toPython(const ros2::BagInfo& info) {
 /** Reads a recording by its path: Ctrl-C leaves the reading. */
 template <typename Read>
 py::object tellOf(const std::string& file, Read read) try {
-  return toPython(aside(std::move(read)));
+  return infoFrom(aside(std::move(read)));
 } catch (const std::runtime_error& error) {
   raiseFileError(file, error);
 }
