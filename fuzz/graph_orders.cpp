@@ -9,7 +9,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "fuzz/changed_bytes.h"
+#include "fuzz/sound_message.h"
 #include "fuzz/value_decoder.h"
 #include "platform/ko/log.h"
 #include "session/open.h"
@@ -44,16 +44,6 @@ class HandFedNode : public GraphNode {
 
   std::map<const MessageType*, OnMessage> listeners;
 };
-
-struct Sound {
-  const MessageType* type;
-  Bytes cdr;
-};
-
-template <typename Message>
-Sound sound(const Message& message) {
-  return {&Message::getType(), toCdr(message)};
-}
 
 const std::vector<Sound>& orders() {
   static const std::vector<Sound> all = [] {

@@ -5,7 +5,7 @@
 #include <array>
 #include <cmath>
 
-#include "fuzz/changed_bytes.h"
+#include "fuzz/sound_message.h"
 #include "fuzz/value_decoder.h"
 #include "platform/ko/log.h"
 #include "platform/ko/simulated_time.h"
@@ -19,16 +19,6 @@ namespace QV::fuzz {
 namespace {
 
 using namespace ros2;
-
-struct Sound {
-  const MessageType* type;
-  Bytes cdr;
-};
-
-template <typename Message>
-Sound sound(const Message& message) {
-  return {&Message::getType(), toCdr(message)};
-}
 
 sensor_msgs::LaserScan scan() {
   sensor_msgs::LaserScan scan;

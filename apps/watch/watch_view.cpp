@@ -14,8 +14,8 @@ namespace {
 
 // The first that there is room for.
 constexpr const char* kKeyHelps[] = {
-    "up/down: choose   s: subscribe or not   e: enable or not   d: clear or set the diagnosis   "
-    "q: quit",
+    ("up/down: choose   s: subscribe or not   e: enable or not   d: clear or set the diagnosis   "
+     "q: quit"),
     "up/down: choose   s: subscribe   e: enable   d: diagnosis   q: quit",
     "up/down s:subscribe e:enable d:diagnosis q:quit"};
 // Title, header, note and keys.

@@ -24,23 +24,16 @@ class ManagerHandle : public Ending {
   /** RuntimeError if it has ended, or from within a sensor. */
   std::shared_ptr<sensor::SensorManager> get() const;
 
-  /** Calls it while other threads may run Python; it goes there, too, if it was the last. */
+  /** Calls the manager; see askUnlocked. */
   template <typename Call>
   auto ask(Call call) const {
-    auto kept = get();
-    return unlocked([&] {
-      const auto own = std::move(kept);
-      return call(*own);
-    });
+    return askUnlocked(get(), std::move(call));
   }
 
-  /**
-   * The same for what may wait for hardware: Ctrl-C ends the waiting, and the call goes on with
-   * what it owns.
-   */
+  /** Calls what may wait for hardware; see askPatiently. */
   template <typename Call>
   auto await(Call call) const {
-    return patiently([own = get(), call = std::move(call)] { return call(*own); });
+    return askPatiently(get(), std::move(call));
   }
 
   bool isOpen() const;

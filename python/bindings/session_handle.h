@@ -33,25 +33,18 @@ class SessionHandle : public Ending {
   /** Safe from any thread; RuntimeError if it has ended. */
   const std::shared_ptr<session::Session>& get() const;
 
-  /** Calls the session, from any thread. */
+  /** Calls the session, from any thread; see askUnlocked. */
   template <typename Call>
   auto ask(Call call) const {
     InSensor::refuse();
-    auto kept = get();
-    return unlocked([&] {
-      const auto own = std::move(kept);
-      return call(*own);
-    });
+    return askUnlocked(get(), std::move(call));
   }
 
-  /**
-   * The same for what may wait for hardware: Ctrl-C ends the waiting, and the call goes on with
-   * what it owns.
-   */
+  /** Calls what may wait for hardware; see askPatiently. */
   template <typename Call>
   auto await(Call call) const {
     InSensor::refuse();
-    return patiently([own = get(), call = std::move(call)] { return call(*own); });
+    return askPatiently(get(), std::move(call));
   }
 
   /** The same as `ask`, on the thread that opened it; also from a module that runs in it. */

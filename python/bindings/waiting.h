@@ -82,4 +82,20 @@ auto patiently(Call call) {
   return last();
 }
 
+/** Calls `own` while other threads may run Python; it goes there, too, if it was the last. */
+template <typename Own, typename Call>
+auto askUnlocked(std::shared_ptr<Own> kept, Call call) {
+  return unlocked([&] {
+    const auto own = std::move(kept);
+    return call(*own);
+  });
+}
+
+/** Does the same for what may wait for hardware: Ctrl-C ends the waiting, and the call goes on with
+ * what it owns. */
+template <typename Own, typename Call>
+auto askPatiently(std::shared_ptr<Own> own, Call call) {
+  return patiently([own = std::move(own), call = std::move(call)] { return call(*own); });
+}
+
 }  // namespace QV::python

@@ -10,7 +10,7 @@ test('a lost connection is shown, and healed without a click', async (context) =
   context.after(() => browser.close());
   const first = await serve(PORTER);
   const live = await LivePage.open(browser, first.url);
-  const lost = live.page.getByRole('alert');
+  const lost = live.page.locator('#lost');
   await live.page.getByText('Live', { exact: true }).waitFor();
 
   await live.switchOf('LeftLaser', 'Subscribe').click();

@@ -34,6 +34,8 @@ export class MapView {
   #version = 0;
   #isDue = false;
   #isFitted = false;
+  /** Nobody has moved the map since it was fitted. */
+  #showsAll = false;
   #follows = false;
   #chosen = '';
   #inspected = '';
@@ -101,6 +103,7 @@ export class MapView {
 
   set follows(on) {
     this.#follows = on;
+    if (on) this.#showsAll = false;
     this.draw();
   }
 
@@ -109,15 +112,18 @@ export class MapView {
     if (!box) return;
     this.viewport.fit(box);
     this.#isFitted = true;
+    this.#showsAll = true;
     this.draw();
   }
 
   panBy(right, down) {
+    this.#showsAll = false;
     this.viewport.panBy(right, down);
     this.draw();
   }
 
   zoomBy(factor, left, top) {
+    this.#showsAll = false;
     this.viewport.zoomBy(factor, left, top);
     this.draw();
   }
@@ -173,7 +179,7 @@ export class MapView {
     this.viewport.resize(clientWidth, clientHeight);
     this.#canvas.width = Math.round(clientWidth * devicePixelRatio);
     this.#canvas.height = Math.round(clientHeight * devicePixelRatio);
-    if (!this.#isFitted) this.fit();
+    if (!this.#isFitted || this.#showsAll) this.fit();
     this.#change();
   }
 

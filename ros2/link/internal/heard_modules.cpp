@@ -99,6 +99,18 @@ bool HeardModules::xIsWanted(const HeardTopic& topic) const {
 void HeardModules::turn() {
   const std::lock_guard lock(turning);
   plan.time->now();
+  xListen();
+  xTell();
+  xLookForSilence();
+  cmdVel.repeat();
+}
+
+void HeardModules::listen() {
+  const std::lock_guard lock(turning);
+  xListen();
+}
+
+void HeardModules::xListen() {
   for (HeardTopic& topic : topics) {
     const bool isWanted = xIsWanted(topic);
     // What a reader gets first is new.
@@ -106,9 +118,6 @@ void HeardModules::turn() {
     topic.set(isWanted, *plan.node, *plan.mailbox);
     xLookAt(topic);
   }
-  xTell();
-  xLookForSilence();
-  cmdVel.repeat();
 }
 
 void HeardModules::xTell() {

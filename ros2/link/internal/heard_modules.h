@@ -35,6 +35,8 @@ class HeardModules {
 
   /** Tells what has come, and hears what is wanted now. Called every kTurn, too. */
   void turn();
+  /** Hears what is wanted now, and tells nothing: while time stands nobody reads it. */
+  void listen();
   /** Waits until something has come; not longer than that. */
   void await(std::chrono::nanoseconds most) { plan.mailbox->await(most); }
 
@@ -42,6 +44,7 @@ class HeardModules {
   void xAddTopics();
   bool xIsWanted(const ToldSensor& sensor) const;
   bool xIsWanted(const HeardTopic& topic) const;
+  void xListen();
   void xTell();
   void xLookAt(HeardTopic& topic);
   void xLookForSilence();

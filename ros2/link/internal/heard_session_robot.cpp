@@ -56,8 +56,9 @@ void HeardSessionRobot::xSkipPause() {
 std::optional<ko::Clock::time_point> HeardSessionRobot::catchUp() {
   xSkipPause();
   const auto there = modules->getTime().now();
-  // What comes is told as time goes on; where it stands, here.
-  if (there <= ko::Clock::now()) modules->turn();
+  // What comes is told as time goes on: told where it stands, a recording would have it out of
+  // order.
+  if (there <= ko::Clock::now()) modules->listen();
   return there;
 }
 
@@ -74,7 +75,7 @@ bool HeardSessionRobot::xAwait(ko::Clock::time_point time) {
   for (auto now = last; now < time; now = modules->getTime().now()) {
     if (now > last) moved = MachineClock::now();
     if (MachineClock::now() - moved > kStandstill) {
-      modules->turn();
+      modules->listen();
       return false;
     }
     last = now;

@@ -39,9 +39,11 @@ class Projection {
     const cv::Rect2f image(-0.5f, -0.5f, static_cast<float>(depth.cols),
                            static_cast<float>(depth.rows));
     if (!image.contains(cv::Point2f(column, row))) return std::nullopt;
-    // Rounded: both are at least -0.5.
-    return cv::Point(std::min(static_cast<int>(column + 0.5f), depth.cols - 1),
-                     std::min(static_cast<int>(row + 0.5f), depth.rows - 1));
+    // From the image's edges on, where a cast rounds to the nearest pixel.
+    const float right = column + 0.5f;
+    const float down = row + 0.5f;
+    return cv::Point(std::min(static_cast<int>(right), depth.cols - 1),
+                     std::min(static_cast<int>(down), depth.rows - 1));
   }
 
  private:

@@ -8,7 +8,18 @@
 
 namespace QV::fuzz {
 
-/** A message, some of whose words, or whose end, `next` has changed. */
+/** A message as a sound program sends it. */
+struct Sound {
+  const ros2::MessageType* type;
+  ros2::Bytes cdr;
+};
+
+template <typename Message>
+Sound sound(const Message& message) {
+  return {&Message::getType(), ros2::toCdr(message)};
+}
+
+/** Returns a message, some of whose words, or whose end, `next` has changed. */
 inline ros2::Bytes changed(ros2::Bytes cdr, const std::function<std::uint8_t()>& next) {
   constexpr std::size_t kHead = 4;
   constexpr std::size_t kWord = 4;
