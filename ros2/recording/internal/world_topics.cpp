@@ -17,7 +17,7 @@ std::string writeDescription(MessageSink& sink, const session::Session& session)
   if (!session.getDescription() || !session.getBroker()) return {};
   const auto topic = sink.add<std_msgs::String>(kDescriptionTopic, kKept);
   const auto model = session.getBroker()->getProxy(RobotModelContract::kModule, 0);
-  const auto exact = model->call<std::string>(RobotModelContract::kGetConfig);
+  auto exact = model->call<std::string>(RobotModelContract::kGetConfig);
   sink.write(topic, logTimeOf(ko::Clock::now()), std_msgs::String{describeForViewers(exact)});
   return exact;
 }
