@@ -2,6 +2,7 @@
 
 const LENGTH = 2.0;
 const INTERVAL = 0.2;
+const SAME = 0.002;  // ages are rounded
 
 export class PointTrail {
   #sets = new Map();
@@ -18,7 +19,7 @@ export class PointTrail {
       const measured = time - (sensor.age ?? 0);
       if (sets.length > 1 && sets.at(-1).time - sets.at(-2).time < INTERVAL) sets.pop();
       // No points are news, too.
-      if (sets.at(-1)?.time !== measured) sets.push({ time: measured, points: sensor.points });
+      if (!(Math.abs(sets.at(-1)?.time - measured) < SAME)) sets.push({ time: measured, points: sensor.points });
       while (sets.length > 0 && (sets[0].time < time - LENGTH || sets[0].time > time)) sets.shift();
     }
   }
