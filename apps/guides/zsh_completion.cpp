@@ -23,7 +23,8 @@ std::string zshQuoted(const std::string& text) {
 /** ":name:what it may be". */
 std::string zshValueOf(const OptionRow& option) {
   const std::string choices = joinedBy(" ", option.choices);
-  std::string value = ":" + zshQuoted(option.value) + ":";
+  std::string value = ":";
+  value += zshQuoted(option.value) + ":";
   if (option.takesFile && !choices.empty())
     return value + "{_alternative \"words\\:word\\:(" + choices + ")\" \"files\\:file\\:_files\"}";
   if (option.takesFile) return value + "_files";
@@ -54,7 +55,8 @@ void writeZshCommands(std::ostream& out, const CommandRow& command, const std::s
 
 void writeZshFunction(std::ostream& out, const CommandRow& command) {
   for (const CommandRow& next : command.commands) writeZshFunction(out, next);
-  const std::string function = "_" + pathOf(command, "_");
+  std::string function = "_";
+  function += pathOf(command, "_");
   out << function << "() {\n";
   if (!command.commands.empty()) writeZshCommands(out, command, function);
   writeZshArguments(out, command);
