@@ -17,29 +17,29 @@ EventReceiver::EventReceiver(boost::weak_ptr<QVBroker> broker, std::string event
       event(std::move(event)),
       module(std::move(module)),
       method(std::move(method)),
-      message(std::move(message)) {}
+      arguments{this->event, QVValue(), std::move(message)} {}
 
-void EventReceiver::deliver(const QVValue& value) {
+void EventReceiver::deliver(QVValue value) {
+  arguments[1] = std::move(value);
   try {
-    xCall(value);
+    xCall();
     lastFailure.clear();
   } catch (const std::exception& error) {
     xLogOnce(error.what());
   } catch (...) {
     xLogOnce("not a standard exception");
   }
+  arguments[1] = QVValue();
 }
 
 std::string EventReceiver::getText() const {
   return "Event " + event + " to " + module + "." + method + ": ";
 }
 
-void EventReceiver::xCall(const QVValue& value) {
+void EventReceiver::xCall() {
   const auto alive = broker.lock();
   // With the broker, everybody who could have listened is gone.
-  if (!alive) return;
-  const QVValue arguments[] = {event, value, message};
-  alive->call(module, method, arguments);
+  if (alive) alive->call(module, method, arguments);
 }
 
 // An event may come a hundred times a second: only a change is news.
@@ -64,8 +64,8 @@ bool EventQueue::add(const boost::shared_ptr<EventReceiver>& receiver, const QVV
 }
 
 void EventQueue::deliverNext() {
-  const Delivery next = xTake();
-  next.receiver->deliver(next.value);
+  Delivery next = xTake();
+  next.receiver->deliver(std::move(next.value));
   const std::size_t lost = xTakeLost();
   if (lost == 0) return;
   ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
