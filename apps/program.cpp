@@ -19,18 +19,17 @@
 namespace QV::app {
 
 // A new command is a file, and its name here.
-AddCommand addListCommand, addReadCommand, addPlotCommand, addDriveCommand, addCheckCommand,
-    addWatchCommand, addServeCommand, addReplayCommand, addInfoCommand, addRecoverCommand,
-    addRos2Command, addStreamCommand, addMapCommand, addHelpCommand, addCompletionCommand,
-    addManualCommand;
+#define QV_COMMANDS(row)                                                                          \
+  row(List) row(Read) row(Plot) row(Drive) row(Check) row(Watch) row(Serve) row(Replay) row(Info) \
+      row(Recover) row(Ros2) row(Stream) row(Map) row(Help) row(Completion) row(Manual)
+#define QV_DECLARE(name) AddCommand add##name##Command;
+#define QV_LIST(name) add##name##Command,
+
+QV_COMMANDS(QV_DECLARE)
 
 namespace {
 
-constexpr AddCommand* kCommands[] = {
-    addListCommand,  addReadCommand,    addPlotCommand,       addDriveCommand,
-    addCheckCommand, addWatchCommand,   addServeCommand,      addReplayCommand,
-    addInfoCommand,  addRecoverCommand, addRos2Command,       addStreamCommand,
-    addMapCommand,   addHelpCommand,    addCompletionCommand, addManualCommand};
+constexpr AddCommand* kCommands[] = {QV_COMMANDS(QV_LIST)};
 
 constexpr int kFailure = 2;
 

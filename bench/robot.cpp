@@ -16,7 +16,7 @@
 #include "platform/middleware/qv_broker.h"
 #include "robot/maps/map_files.h"
 #include "robot/world/virtual_robot.h"
-#include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_inside.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/hosting/navigation_module.h"
 #include "sensor/real/real_sensor_manager.h"
@@ -50,7 +50,6 @@ class Manager : public sensor::RealSensorManager {
  public:
   using RealSensorManager::RealSensorManager;
   using RealSensorManager::xRefresh;
-  using SensorManager::xHealth;
   using SensorManager::xUpdateData;
 };
 
@@ -102,7 +101,7 @@ double refreshTwice(Robot& sut, ko::SimulatedTime& time, bool isWatched) {
     sut.manager->watchHealth(isWatched);
     const auto start = std::chrono::steady_clock::now();
     sut.manager->xRefresh();
-    if (isLast) sut.manager->xHealth().tick();
+    if (isLast) healthOf(*sut.manager).tick();
     seconds += secondsSince(start);
   }
   return seconds;

@@ -94,7 +94,7 @@ std::unique_ptr<session::Session> openHeard(const CommonOptions& options,
                                             const session::OpenOptions& world) {
   const auto map =
       options.map ? boost::make_shared<const OccupancyMap>(robot::loadMap(world.mapFile)) : nullptr;
-  return openHeardSession(options.heard, descriptionOf(options), map);
+  return openHeardSession(options.heard, descriptionOf(options), world.sensors, map);
 }
 
 std::unique_ptr<session::Session> openAsked(const CommonOptions& options,
@@ -131,7 +131,7 @@ std::string CommonOptions::findRobot() const {
 }
 
 std::string CommonOptions::describeHeard() const {
-  return describeHeardRobot(heard, descriptionOf(*this));
+  return describeHeardRobot(heard, descriptionOf(*this), robots.sensors);
 }
 
 std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {

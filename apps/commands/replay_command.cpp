@@ -180,6 +180,17 @@ int replay(ReplayOptions& options) {
   return options.output.isAsked() ? replayToFile(options) : replayToOutput(options);
 }
 
+/** Adds when and how fast it plays; returns the option that lets it play again. */
+CLI::Option* addTimes(CLI::App& command, ReplayOptions& options) {
+  command.add_option("--from", options.from, "leave out what comes before (s)");
+  command.add_option("--to", options.to, "end there (s)");
+  command.add_option(
+      "--speed", options.speed,
+      "seconds of the session for one of the clock (default: as fast as it goes; 1 with "
+      "--ros2)");
+  return command.add_flag("--loop", options.loop, "from the start again at the end, until Ctrl-C");
+}
+
 }  // namespace
 
 void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
@@ -213,14 +224,7 @@ void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int
       ->excludes(output)
       ->excludes(compare)
       ->capture_default_str();
-  command->add_option("--from", options->from, "leave out what comes before (s)");
-  command->add_option("--to", options->to, "end there (s)");
-  command->add_option(
-      "--speed", options->speed,
-      "seconds of the session for one of the clock (default: as fast as it goes; 1 with "
-      "--ros2)");
-  command->add_flag("--loop", options->loop, "from the start again at the end, until Ctrl-C")
-      ->excludes(output);
+  addTimes(*command, *options)->excludes(output);
   options->graph.addTo(*command);
   command->callback([options, &status] { status = replay(*options); });
 }

@@ -80,6 +80,22 @@ bool serve(ServeOptions& options) {
   return serveSession(options, run.getSession(), log);
 }
 
+void addServer(CLI::App& command, outlets::ServerSettings& server) {
+  command.add_option("--port", server.port, "to listen at; 0 takes any that is free")
+      ->check(wholeNumber(0, std::numeric_limits<unsigned short>::max()))
+      ->capture_default_str();
+  command
+      .add_option("--address", server.address,
+                  "IP address to listen at; others than this machine's own let others in")
+      ->capture_default_str();
+  command
+      .add_option("--allow-origin", server.origins,
+                  "origin of a page that is let in, as https://viewer.example; repeat for more")
+      ->allow_extra_args(false);
+  command.add_flag("--viewer-drive", server.viewerDrive,
+                   "let viewers of the Foxglove protocol drive, as from a teleop panel");
+}
+
 }  // namespace
 
 void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
@@ -110,19 +126,7 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
       ->add_option("--speed", options->speed,
                    "seconds of the session for one of the clock, or max: as fast as it goes")
       ->capture_default_str();
-  command->add_option("--port", options->server.port, "to listen at; 0 takes any that is free")
-      ->check(wholeNumber(0, std::numeric_limits<unsigned short>::max()))
-      ->capture_default_str();
-  command
-      ->add_option("--address", options->server.address,
-                   "IP address to listen at; others than this machine's own let others in")
-      ->capture_default_str();
-  command
-      ->add_option("--allow-origin", options->server.origins,
-                   "origin of a page that is let in, as https://viewer.example; repeat for more")
-      ->allow_extra_args(false);
-  command->add_flag("--viewer-drive", options->server.viewerDrive,
-                    "let viewers of the Foxglove protocol drive, as from a teleop panel");
+  addServer(*command, options->server);
   command->callback([options, &status] {
     if (!serve(*options)) status = kIncomplete;
   });

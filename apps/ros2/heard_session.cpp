@@ -27,7 +27,8 @@ void addRemap(ros2::GraphOptions& graph, const std::string& prefix, const std::s
   graph.remaps[from.front() == '/' ? from : prefix + "/" + from] = text.substr(split + 2);
 }
 
-ros2::HeardRobotOptions optionsOf(const HeardArguments& arguments, const std::string& description) {
+ros2::HeardRobotOptions optionsOf(const HeardArguments& arguments, const std::string& description,
+                                  const sensor::SensorFactory& sensors) {
   ros2::HeardRobotOptions options;
   const std::string& name = arguments.nameSpace;
   if (!name.empty()) options.nameSpace = name.front() == '/' ? name : "/" + name;
@@ -35,6 +36,7 @@ ros2::HeardRobotOptions optionsOf(const HeardArguments& arguments, const std::st
   for (const std::string& remap : arguments.remaps) addRemap(options.graph, prefix, remap);
   if (!arguments.simTime.empty()) options.usesSimTime = arguments.simTime == "true";
   options.description = description;
+  options.sensors = sensors;
   return options;
 }
 
@@ -42,16 +44,19 @@ ros2::HeardRobotOptions optionsOf(const HeardArguments& arguments, const std::st
 
 std::unique_ptr<session::Session> openHeardSession(const HeardArguments& arguments,
                                                    const std::string& description,
+                                                   const sensor::SensorFactory& sensors,
                                                    boost::shared_ptr<const OccupancyMap> map) {
   return naming([&] {
-    auto options = optionsOf(arguments, description);
+    auto options = optionsOf(arguments, description, sensors);
     options.map = std::move(map);
     return ros2::openHeardRobot(options);
   });
 }
 
-std::string describeHeardRobot(const HeardArguments& arguments, const std::string& description) {
-  return naming([&] { return ros2::describeHeardRobot(optionsOf(arguments, description)); });
+std::string describeHeardRobot(const HeardArguments& arguments, const std::string& description,
+                               const sensor::SensorFactory& sensors) {
+  return naming(
+      [&] { return ros2::describeHeardRobot(optionsOf(arguments, description, sensors)); });
 }
 
 }  // namespace QV::app

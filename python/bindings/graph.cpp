@@ -39,13 +39,15 @@ std::shared_ptr<JoinedOutlet> join(const std::shared_ptr<SessionHandle>& session
 std::shared_ptr<SessionHandle> openHeard(const std::string& node, const std::string& nameSpace,
                                          const std::string& description,
                                          const boost::shared_ptr<OccupancyMap>& map,
-                                         std::optional<bool> usesSimTime) {
+                                         std::optional<bool> usesSimTime,
+                                         const sensor::SensorFactory* sensors) {
   ros2::HeardRobotOptions options;
   options.node = node;
   options.nameSpace = nameSpace;
   options.description = description;
   options.map = map;
   options.usesSimTime = usesSimTime;
+  if (sensors) options.sensors = *sensors;
   const bool wasSimulated = ko::detail::simulatedNow().has_value();
   // Its time belongs to the thread that opens it, which nobody else can wait for.
   auto session =

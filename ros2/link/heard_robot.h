@@ -11,6 +11,7 @@
 #include "platform/navigation/occupancy_map.h"
 #include "ros2/graph/graph.h"
 #include "sensor/core/sensor_manager.h"
+#include "sensor/real/sensor_factory.h"
 #include "session/session.h"
 
 namespace QV::ros2 {
@@ -31,6 +32,8 @@ struct QV_API HeardRobotOptions {
   boost::shared_ptr<const OccupancyMap> map = nullptr;
   /** True if time goes by /clock, as fast as that does; unsaid: if somebody publishes it. */
   std::optional<bool> usesSimTime = std::nullopt;
+  /** The makers of a session's sensors, and the kinds by which a description is read. */
+  sensor::SensorFactory sensors = sensor::SensorFactory::standard();
 };
 
 /**

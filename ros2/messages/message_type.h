@@ -22,15 +22,15 @@ struct Qos {
 using Bytes = std::vector<std::uint8_t>;
 using BytesView = std::span<const std::uint8_t>;
 
+struct MessageLayout;
+struct MessageInside;
+
 /**
  * A type of ROS 2 messages. A message's struct gives it as `getType()`; everything here follows
  * from its list of fields. Not copyable. All operations are safe from any thread.
  */
 class QV_API MessageType {
  public:
-  struct Layout;
-
-  explicit MessageType(std::unique_ptr<const Layout> layout);
   ~MessageType();
   MessageType(const MessageType&) = delete;
   MessageType& operator=(const MessageType&) = delete;
@@ -43,7 +43,6 @@ class QV_API MessageType {
   const std::string& getSchema() const { return schema; }
   /** "RIHS01_" and 64 hexadecimal digits. */
   const std::string& getHash() const { return hash; }
-  const Layout& getLayout() const { return *layout; }
 
   /** `message` as little-endian CDR with its head of 4 bytes, in place of what `cdr` held. */
   void encode(const void* message, Bytes& cdr) const;
@@ -55,7 +54,10 @@ class QV_API MessageType {
   void decode(BytesView cdr, void* message) const;
 
  private:
-  std::unique_ptr<const Layout> layout;
+  friend struct MessageInside;
+  explicit MessageType(std::unique_ptr<const MessageLayout> layout);
+
+  std::unique_ptr<const MessageLayout> layout;
   std::string ddsName;
   std::string schema;
   std::string hash;

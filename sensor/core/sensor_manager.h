@@ -25,6 +25,7 @@
 namespace QV::sensor {
 
 class HealthBoard;
+struct HealthInside;
 
 /**
  * The sensors of a robot, by name and by family: all that navigation code talks to.
@@ -193,8 +194,6 @@ class QV_API SensorManager {
   /** Shares the cache itself: records that nobody changes any more. */
   boost::shared_ptr<const std::vector<Math::MetricalData>> xShareCache() const;
 
-  HealthBoard& xHealth() const { return *health; }
-
   bool xIsSensor(const std::string& name) const { return sensors.count(name) > 0; }
   bool xIsFamily(const std::string& name) const { return families.count(name) > 0; }
   bool xIsAnySensorOn() const;
@@ -206,6 +205,8 @@ class QV_API SensorManager {
   float kindParameter = 0.0f;
 
  private:
+  friend struct HealthInside;
+
   using NameOperation = bool (SensorManager::*)(const std::string&, const std::string&);
 
   bool xForEachName(const std::string& subscriber, const std::set<std::string>& names,

@@ -7,7 +7,7 @@
 #include "platform/middleware/dcm_proxy.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_motion_proxy.h"
-#include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_inside.h"
 
 namespace QV::sensor {
 RealSensorManager::RealSensorManager(boost::shared_ptr<QVBroker> broker)
@@ -64,7 +64,7 @@ void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
     return;
   }
   updateRunning = anySensorOn;
-  xHealth().setRefreshed(anySensorOn);
+  healthOf(*this).setRefreshed(anySensorOn);
   if (anySensorOn) {
     updateTask.start(true);
     xWatchHealth();
@@ -76,23 +76,23 @@ void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
 
 void RealSensorManager::xRefresh() const {
   xUpdateData();
-  if (xHealth().isWatching()) xTellHealth();
+  if (healthOf(*this).isWatching()) xTellHealth();
 }
 
 void RealSensorManager::xTellHealth() const {
-  if (xHealth().asksDeviceTime()) {
+  if (healthOf(*this).asksDeviceTime()) {
     ko::Clock::time_point deviceTime = ko::Clock::now();
     try {
       deviceTime = ko::Clock::fromInt32ms(DCMProxy(broker).getTime(0));
     } catch (...) {
       // One that does not answer can't say that its clock runs wrong.
     }
-    xHealth().noteDeviceTime(deviceTime);
+    healthOf(*this).noteDeviceTime(deviceTime);
   }
   hasToldVelocity = !hasToldVelocity;
   if (!hasToldVelocity) return;
   try {
-    xHealth().noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
+    healthOf(*this).noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
   } catch (...) {
     // A robot that does not tell of its motion has sensors all the same.
   }
@@ -106,7 +106,7 @@ void RealSensorManager::xWatchHealth() {
 
 // Ends itself, as whoever switches the last sensor off must not wait for what a change calls.
 void RealSensorManager::xLookAtHealth() {
-  xHealth().tick();
+  healthOf(*this).tick();
   std::lock_guard<std::mutex> lock(healthMutex);
   if (!updateRunning) healthTask.stop();
 }

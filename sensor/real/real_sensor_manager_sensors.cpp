@@ -8,7 +8,7 @@
 #include "platform/model/model_utils.h"
 #include "platform/model/robot.h"
 #include "platform/model/sensor_properties.h"
-#include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_inside.h"
 #include "sensor/core/internal/health_rule_text.h"
 #include "sensor/real/real_sensor_manager.h"
 
@@ -107,10 +107,10 @@ void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder&
   const Model::SensorProperties properties(order.config);
   const ko::Duration period = std::max(periodOf(properties, kind),
                                        ko::Duration(boost::chrono::milliseconds(updatePeriodMs)));
-  xHealth().describe(sensor, {kind.points, kind.silence, kind.hasRate, isMoved}, period);
+  healthOf(*this).describe(sensor, {kind.points, kind.silence, kind.hasRate, isMoved}, period);
   for (const ReadHealthRule& limit : readDescribedLimits(properties.getText("limits"))) {
     if (limit.expected.empty()) {
-      xHealth().setLimit(sensor.getName(), limit.rule.limit, limit.rule.value);
+      healthOf(*this).setLimit(sensor.getName(), limit.rule.limit, limit.rule.value);
     } else {
       logTrouble(
           sensor.getName(), kRealManagerCategory, "xInitSensors",

@@ -1,7 +1,7 @@
 #include "sensor/simulation/simulated_sensor_manager.h"
 
 #include "platform/ko/log.h"
-#include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_inside.h"
 #include "sensor/simulation/internal/robot_model_mock.h"
 
 namespace QV::sensor {
@@ -21,7 +21,7 @@ void SimulatedSensorManager::xInit(int robotKind, QV::OccupancyMap* map) {
   kindParameter = robotKind == -1 || robotKind == 0 ? 0.15f : 0.3f;
   simulationParameter = 1.0f;
   xAddSensors(robotKind);
-  xHealth().awaitQuestion();
+  healthOf(*this).awaitQuestion();
   if (map) xSetOccMap(map);
 }
 
@@ -58,14 +58,14 @@ void SimulatedSensorManager::setPose2D(const Math::Pose2D& scanPose,
 
 std::vector<Math::MetricalData> SimulatedSensorManager::xGetData() const {
   xUpdateData();
-  xHealth().tick(kJudgePeriod);
+  healthOf(*this).tick(kJudgePeriod);
   return xCopyData();
 }
 
 boost::shared_ptr<const std::vector<Math::MetricalData>> SimulatedSensorManager::xShareData()
     const {
   xUpdateData();
-  xHealth().tick(kJudgePeriod);
+  healthOf(*this).tick(kJudgePeriod);
   return xShareCache();
 }
 

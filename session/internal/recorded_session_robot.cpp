@@ -54,20 +54,10 @@ RecordedSessionRobot::RecordedSessionRobot(const robot::Recording& recording)
   broker->registerModule(motion);
   broker->registerModule(boost::make_shared<robot::RobotModelService>(description));
   replay = std::make_unique<robot::LogReplay>(recording, broker, motion);
-  xAddLaserModes();
+  laserModes = robot::makeLaserModes(broker, devices, model);
   navigation = boost::make_shared<sensor::NavigationModule>(broker);
   // Sensors can't start before the memory has what they read.
   replay->next();
-}
-
-void RecordedSessionRobot::xAddLaserModes() {
-  for (const auto& [name, config] : model.sensorConfigs) {
-    const auto actuator = config.properties.find("setOperationMode");
-    if (actuator == config.properties.end()) continue;
-    laserModes[actuator->second] = std::make_unique<robot::LaserModeActuator>(
-        broker, devices, actuator->second, config.properties.at("getOperationMode"),
-        ko::Duration::zero());
-  }
 }
 
 std::vector<Math::MetricalData> RecordedSessionRobot::getRecords() {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -10,7 +9,7 @@
 
 #include "robot/logs/internal/log_replay.h"
 #include "robot/services/internal/device_manager.h"
-#include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/laser_modes.h"
 #include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/motion_service.h"
 #include "sensor/hosting/navigation_module.h"
@@ -59,7 +58,6 @@ class RecordedSessionRobot : public SessionRobot {
   double getShareDone() const override;
 
  private:
-  void xAddLaserModes();
   void xTellStep();
 
   const boost::shared_ptr<QVBroker> broker = QVBroker::create();
@@ -68,7 +66,7 @@ class RecordedSessionRobot : public SessionRobot {
   const boost::shared_ptr<robot::MemoryService> memory;
   const boost::shared_ptr<robot::DeviceManager> devices;
   const boost::shared_ptr<robot::MotionService> motion;
-  std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> laserModes;
+  robot::LaserModes laserModes;
   std::unique_ptr<robot::LogReplay> replay;
   boost::shared_ptr<sensor::NavigationModule> navigation;
   SessionListener* listener = nullptr;

@@ -3,8 +3,8 @@
 namespace QV::session {
 namespace {
 
-constexpr float kSpeed = 0.3f;
-constexpr float kTurnSpeed = 0.7f;
+constexpr float kWanderingSpeed = 0.3f;
+constexpr float kWanderingTurnSpeed = 0.7f;
 // Metres: of the way that must be free.
 constexpr float kLength = 0.8f;
 constexpr float kHalfWidth = 0.36f;
@@ -22,13 +22,14 @@ Math::Pose2D Wanderer::step(const Math::Pose2D& pose, const Math::Pose2D& veloci
   if (stopped || !xIsFree(pose)) {
     if (turnsLeft == 0 && turn == 0.0f) {
       const bool left = xIsFree(pose * Math::Pose2D(0.0f, 0.0f, 0.8f));
-      turn = left ? kTurnSpeed : -kTurnSpeed;
+      turn = left ? kWanderingTurnSpeed : -kWanderingTurnSpeed;
       turnsLeft = kShortestTurn;
     }
   } else if (turnsLeft == 0) {
     turn = 0.0f;
   }
-  wanted = turn == 0.0f ? Math::Pose2D(kSpeed, 0.0f, 0.0f) : Math::Pose2D(0.0f, 0.0f, turn);
+  wanted =
+      turn == 0.0f ? Math::Pose2D(kWanderingSpeed, 0.0f, 0.0f) : Math::Pose2D(0.0f, 0.0f, turn);
   return wanted;
 }
 

@@ -4,7 +4,6 @@
 #include <utility>
 
 #include "platform/ko/log.h"
-#include "platform/model/sensor_kinds.h"
 #include "ros2/messages/scene_msgs.h"
 
 namespace QV::ros2 {
@@ -36,8 +35,7 @@ Dating datingBy(HeardTime& time) {
 /**
  * True if one is started; of sensors whose kind has one for all of them, bumpers, it is that one.
  */
-bool isOneStarted(const sensor::SensorManager& manager, const Model::SensorConfig& config) {
-  const auto* kind = Model::SensorKinds::standard().findType(config.type);
+bool isOneStarted(const sensor::SensorManager& manager, const Model::SensorKind* kind) {
   if (!kind || !manager.isFamily(kind->family)) return false;
   return std::ranges::any_of(manager.getSensorsByFamily(kind->family),
                              [&](const auto& name) { return manager.isSensorStarted(name); });
@@ -47,7 +45,7 @@ bool isOneStarted(const sensor::SensorManager& manager, const Model::SensorConfi
 
 HeardModules::HeardModules(HeardPlan given)
     : plan(std::move(given)),
-      modules(plan.description, plan.survey, datingBy(*plan.time), "ROS2"),
+      modules(plan.description, plan.survey, datingBy(*plan.time), "ROS2", plan.getKinds()),
       cmdVel(*plan.node, *plan.time, inNameSpace(plan.nameSpace, "cmd_vel")) {
   plan.time->begin(ko::Clock::now());
   xAddTopics();
@@ -87,7 +85,8 @@ void HeardModules::obey(const sensor::SensorManager* newManager) {
 bool HeardModules::xIsWanted(const ToldSensor& sensor) const {
   if (!manager) return true;
   if (manager->isSensor(sensor.name)) return manager->isSensorStarted(sensor.name);
-  return isOneStarted(*manager, modules.getModel().sensorConfigs.at(sensor.name));
+  const int type = modules.getModel().sensorConfigs.at(sensor.name).type;
+  return isOneStarted(*manager, plan.getKinds().findType(type));
 }
 
 bool HeardModules::xIsWanted(const HeardTopic& topic) const {

@@ -88,7 +88,8 @@ std::vector<GraphTopic> awaitTopics(const Graph& graph) {
 }
 
 void surveyDescribed(HeardPlan& plan) {
-  plan.survey = surveyDescription(Model::ModelUtils::robotFromXml(plan.description),
+  const auto& kinds = plan.getKinds();
+  plan.survey = surveyDescription(Model::ModelUtils::robotFromXml(plan.description, kinds), kinds,
                                   plan.nameSpace == "/" ? "" : plan.nameSpace);
 }
 
@@ -97,6 +98,7 @@ HeardPlan planRobot(const HeardRobotOptions& options) {
   plan.graph = std::make_unique<Graph>(options.graph);
   plan.node = plan.graph->createNode(options.node, options.nameSpace);
   plan.nameSpace = options.nameSpace;
+  plan.sensors = options.sensors;
   const auto topics = awaitTopics(*plan.graph);
   if (options.usesSimTime.value_or(isPublished(topics, kClockTopic))) {
     followClock(plan);

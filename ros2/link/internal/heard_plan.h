@@ -12,6 +12,7 @@
 #include "ros2/link/internal/heard_mailbox.h"
 #include "ros2/link/internal/heard_time.h"
 #include "ros2/recording/internal/topic_survey.h"
+#include "sensor/real/sensor_factory.h"
 
 namespace QV::ros2 {
 
@@ -33,6 +34,9 @@ struct HeardPlan {
   std::string description;
   TopicSurvey survey;
   boost::shared_ptr<const OccupancyMap> map;
+  sensor::SensorFactory sensors;
+
+  const Model::SensorKinds& getKinds() const { return sensors.getKinds(); }
 };
 
 /** Looks about. Errors as HeardRobot has them. */

@@ -25,7 +25,8 @@ constexpr std::chrono::milliseconds kLongestGlance{5};
 HeardSessionRobot::HeardSessionRobot(HeardPlan plan)
     : modules(std::make_unique<HeardModules>(std::move(plan))),
       map(modules->getMap() ? modules->getMap() : makeUnknownMap()),
-      navigation(boost::make_shared<sensor::NavigationModule>(told().getBroker())),
+      navigation(
+          boost::make_shared<sensor::NavigationModule>(told().getBroker(), modules->getSensors())),
       hosting(told().getBroker(), navigation) {
   modules->obey(&navigation->getManager());
 }

@@ -78,7 +78,9 @@ class GraphSurvey {
   void xTakeDescription(const HeardMessage& message) {
     try {
       const std::string text = fromCdr<std_msgs::String>(message.cdr).data;
-      if (surveyDescription(Model::ModelUtils::robotFromXml(text)).sensors.empty()) return;
+      const auto& kinds = plan.getKinds();
+      const auto robot = Model::ModelUtils::robotFromXml(text, kinds);
+      if (surveyDescription(robot, kinds).sensors.empty()) return;
       description = text;
     } catch (const std::exception& error) {
       ko::log::info("ROS2", "survey") << message.topic << ": not used: " << error.what();

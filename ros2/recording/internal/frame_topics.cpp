@@ -50,7 +50,7 @@ void FrameTopics::xWriteMountings(const session::Session& session) {
     } catch (const std::exception&) {
       continue;
     }
-    if (sortOf(config) != SensorSort::camera) continue;
+    if (!isCamera(config)) continue;
     message.transforms.push_back(stamped(now, names.of(name), names.ofOptics(name), opticalPose()));
   }
   sink.write(tfStatic, logTimeOf(now), message);

@@ -42,7 +42,7 @@ PlayedDrivers::PlayedDrivers(std::unique_ptr<SessionReader> given,
   xSortSensors();
   xAddModules();
   xAddCameras();
-  if (isLog || wasHeard) xAddLaserModes();
+  if (isLog || wasHeard) modes = robot::makeLaserModes(broker, devices, model);
   // Sensors can't start before the memory has what they read.
   xReadOn(ko::Clock::now());
   xStep();
@@ -65,7 +65,7 @@ PlayedDrivers::~PlayedDrivers() {
   for (int index = kDepthCamera; index < kDepthCamera + count; ++index)
     cameras->removeCamera(index);
   try {
-    if (modes.empty()) xAddLaserModes();
+    if (modes.empty()) modes = robot::makeLaserModes(broker, devices, model);
   } catch (const std::exception& error) {
     ko::log::warning("Recording", "stop") << error.what();
   }
@@ -73,7 +73,9 @@ PlayedDrivers::~PlayedDrivers() {
 
 void PlayedDrivers::xSortSensors() {
   for (const auto& [name, config] : model.sensorConfigs) {
-    if (sortOf(config) == SensorSort::range) sonarOfKey[config.memoryKeys[0]] = name;
+    // Ranges of others' kinds are no sonar driver's.
+    if (sortOf(config, Model::SensorKinds::standard()) == SensorSort::range)
+      sonarOfKey[config.memoryKeys[0]] = name;
     const Model::SensorProperties properties(config);
     if (properties.has("getOperationMode")) modeKeys.insert(properties.getText("getOperationMode"));
   }
@@ -109,16 +111,6 @@ void PlayedDrivers::xAddCameras() {
 }
 
 // As for the log itself: a laser is on as soon as it is told.
-void PlayedDrivers::xAddLaserModes() {
-  for (const auto& [name, config] : model.sensorConfigs) {
-    const Model::SensorProperties properties(config);
-    const std::string actuator = properties.getText("setOperationMode");
-    if (actuator.empty() || modes.count(actuator) > 0) continue;
-    modes[actuator] = std::make_unique<robot::LaserModeActuator>(
-        broker, devices, actuator, properties.getText("getOperationMode"), ko::Duration::zero());
-  }
-}
-
 float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
   const auto now = ko::Clock::now();
   auto& told = ranges[sonar];

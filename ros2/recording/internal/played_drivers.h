@@ -12,7 +12,7 @@
 #include "platform/ko/periodic_task.h"
 #include "platform/middleware/qv_broker.h"
 #include "robot/services/internal/device_manager.h"
-#include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/laser_modes.h"
 #include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/motion_service.h"
 #include "robot/services/internal/sonar_driver.h"
@@ -48,7 +48,6 @@ class PlayedDrivers : public PlayedRobot {
   void xSortSensors();
   void xAddModules();
   void xAddCameras();
-  void xAddLaserModes();
   float xMeasureSonar(const std::string& sonar);
   void xShowImage(const std::string& camera, cv::Mat_<std::uint16_t>& depth,
                   ko::Clock::time_point& time);
@@ -75,7 +74,7 @@ class PlayedDrivers : public PlayedRobot {
   std::map<std::string, std::deque<Ranged>> ranges;
   std::map<std::string, SessionImage> shown;
   std::set<std::string> modeKeys;
-  std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> modes;
+  robot::LaserModes modes;
   boost::shared_ptr<robot::SonarDriver> sonars;
   /** The steps that are not told by the body's beat: each waits for its own moment. */
   std::deque<SessionInputs> steps;

@@ -14,8 +14,9 @@
 #include "platform/api.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/model/robot.h"
+#include "platform/model/sensor_kinds.h"
 #include "robot/services/internal/device_manager.h"
-#include "robot/services/internal/laser_mode_actuator.h"
+#include "robot/services/internal/laser_modes.h"
 #include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/motion_service.h"
 #include "robot/services/internal/sonar_driver.h"
@@ -39,9 +40,10 @@ using Dating = std::function<ko::Clock::time_point(const builtin_interfaces::Tim
  */
 class QV_API ToldModules {
  public:
-  /** `description` has the sensors of `survey`; `category` is for the log. */
+  /** `description` has the sensors of `survey`, of these kinds; `category` is for the log. */
   ToldModules(const std::string& description, TopicSurvey survey, Dating dating,
-              const std::string& category);
+              const std::string& category,
+              const Model::SensorKinds& kinds = Model::SensorKinds::standard());
   ~ToldModules();
   ToldModules(const ToldModules&) = delete;
   ToldModules& operator=(const ToldModules&) = delete;
@@ -75,7 +77,6 @@ class QV_API ToldModules {
 
   void xAddModules(const std::string& description);
   void xAddCameras();
-  void xAddLaserModes();
   void xShowImage(const std::string& sensor, cv::Mat_<std::uint16_t>& depth,
                   ko::Clock::time_point& time);
   void xForget(const ToldSensor& sensor);
@@ -104,7 +105,7 @@ class QV_API ToldModules {
   const boost::shared_ptr<robot::DeviceManager> devices;
   const boost::shared_ptr<robot::MotionService> motion;
   const boost::shared_ptr<robot::VideoDevice> cameras;
-  std::vector<std::unique_ptr<robot::LaserModeActuator>> modes;
+  robot::LaserModes modes;
   RefusalLog refusals;
   session::SessionListener* listener = nullptr;
 

@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/model/robot.h"
+#include "platform/model/sensor_kinds.h"
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/frame_tree.h"
 
@@ -102,10 +103,11 @@ class QV_API TopicSurveyor {
 };
 
 /**
- * Surveys the topics that each sensor of a description names, or that recordings give it, which
- * begin with `prefix` then. std::runtime_error for two sensors of one topic.
+ * Surveys the topics that each sensor of a description, of these kinds, names, or that recordings
+ * give it, which begin with `prefix` then. std::runtime_error for two sensors of one topic.
  */
-QV_API TopicSurvey surveyDescription(const Model::Robot& robot, const std::string& prefix = {});
+QV_API TopicSurvey surveyDescription(const Model::Robot& robot, const Model::SensorKinds& kinds,
+                                     const std::string& prefix = {});
 
 /** A URDF of a robot with these sensors, each with memory keys after its name. */
 QV_API std::string describe(const TopicSurvey& survey);

@@ -4,6 +4,7 @@
 #include "cliff_robot.h"
 #include "outlets/picture/session_picture.h"
 #include "outlets/web/page_state.h"
+#include "sensor/real/real_sensor_manager.h"
 #include "session/open.h"
 #include "session/sensor_check.h"
 
@@ -66,4 +67,7 @@ int main(int argc, char* argv[]) {
   robot->setPose(kAtTheHole);
   for (const auto& sensor : session::checkSensors(*robot))
     std::cout << "check: " << sensor.name << ' ' << getName(sensor.verdict) << '\n';
+
+  const sensor::RealSensorManager alone(robot->getBroker(), cliffRobot().sensors);
+  for (const auto& name : alone.getSensorList()) std::cout << "without a session: " << name << '\n';
 }

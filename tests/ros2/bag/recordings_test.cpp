@@ -138,7 +138,7 @@ TEST_P(RecordingsTest, messagesOfKnownTypesAreDecodedAndEncodedToTheSameBytes) {
   while (const auto message = sut.next()) {
     const MessageType* const type = findMessageType(message->topic->type);
     if (type == nullptr || message->topic->encoding != "cdr") continue;
-    const auto decoded = type->getLayout().make();
+    const auto decoded = layoutOf(*type).make();
     type->decode(message->data, decoded.get());
     Bytes encoded;
     type->encode(decoded.get(), encoded);

@@ -3,13 +3,16 @@
 #include <cmath>
 #include <limits>
 
+#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 
+#include "platform/middleware/qv_memory_proxy.h"
 #include "ros2/messages/geometry_msgs.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "session/usage_error.h"
 #include "tests/ros2/link/ticking_robot.h"
 #include "tests/ros2/recording/recorded_session.h"
+#include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -74,6 +77,17 @@ const Math::MetricalData* findRecord(const std::vector<Math::MetricalData>& reco
   return found == records.end() ? nullptr : &*found;
 }
 
+/** Knows a kind of somebody's own, whose key holds a range. */
+sensor::SensorFactory withWhiskers() {
+  Model::SensorKind kind{41, "Whisker", "Whisker"};
+  kind.keys = {1, 1, 1, "range (m)", Model::KeyContent::range};
+  sensor::SensorFactory factory = sensor::SensorFactory::standard();
+  factory.add(kind, [](const sensor::SensorOrder& order) -> sensor::SensorFactory::Sensors {
+    return {boost::make_shared<test::FakeSensor>(order.config.name, order.kind.family)};
+  });
+  return factory;
+}
+
 struct HeardRobotTest : testing::Test {
   HeardRobotTest() {
     tfStatic->write(
@@ -93,10 +107,13 @@ struct HeardRobotTest : testing::Test {
     return robot.getNode().publish(topic, type, qos);
   }
 
-  std::unique_ptr<session::Session> open(const std::string& description = {}) const {
+  std::unique_ptr<session::Session> open(
+      const std::string& description = {},
+      const sensor::SensorFactory& sensors = sensor::SensorFactory::standard()) const {
     HeardRobotOptions options;
     options.graph = test::aloneOn();
     options.description = description;
+    options.sensors = sensors;
     return openHeardRobot(options);
   }
 
@@ -296,13 +313,16 @@ TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
       <property key="maximumDetectionDistance" value="4"/>
       <property key="horizontalAngularRange" value="0.5"/>
       <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor>
+    <sensor name="Whisker" type="Whisker"><memory_key>whisker</memory_key></sensor>
     <sensor name="Bumper" type="Touch"><parent link="base_link"/></sensor></robot>)";
   startSensors();
   others.push_back(publish("/Bumper/contact", sensor_msgs::Range::getType()));
   others.push_back(publish("/joint_states", sensor_msgs::JointState::getType()));
   others.push_back(publish("/odom", nav_msgs::Odometry::getType()));
+  others.push_back(publish("/Whisker/range", sensor_msgs::Range::getType()));
   robot.say("rest", [this](const Stamp& now) {
     others[0]->write(contactAt(now, true));
+    others[3]->write(rangeAt(now, 1.5f));
     others[1]->write(sensor_msgs::JointState{{now, ""}, {"lift", "wheel"}, {0.5, 1.0}, {}, {}});
     nav_msgs::Odometry moving;
     moving.header = {now, "odom"};
@@ -310,9 +330,13 @@ TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
     moving.twist.twist.linear.x = 0.75;
     others[2]->write(moving);
   });
-  const auto sut = open(description);
+  const auto sut = open(description, withWhiskers());
   sut->subscribe("test", sut->getManager().getFamilyNames());
   ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "High") && has(*sut, "base_link"); }));
+  const QVMemoryProxy memory(sut->getBroker());
+  EXPECT_TRUE(runUntil(*sut, [&] { return memory.getData("whisker") == QVValue(1.5f); }));
+  EXPECT_TRUE(sut->getManager().isSensorStarted("Whisker"));
+  EXPECT_TRUE(sut->getKinds().findName("Whisker"));
   EXPECT_TRUE(runUntil(*sut, [&] { return sut->look().velocity.x == 0.75f; }));
   // Where it was when it measured.
   EXPECT_TRUE(runUntil(*sut, [&] {

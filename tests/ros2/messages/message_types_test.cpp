@@ -83,10 +83,10 @@ TEST(Cdr, everyMessageReturnsAsItWas) {
     const auto message = test::fillMessage(*type);
     Bytes cdr;
     type->encode(message.get(), cdr);
-    const auto back = type->getLayout().make();
+    const auto back = layoutOf(*type).make();
     type->decode(cdr, back.get());
     EXPECT_EQ(test::toJson(*type, back.get()), test::toJson(*type, message.get()));
-    EXPECT_NE(test::toJson(*type, back.get()), test::toJson(*type, type->getLayout().make().get()));
+    EXPECT_NE(test::toJson(*type, back.get()), test::toJson(*type, layoutOf(*type).make().get()));
   }
 }
 
@@ -184,7 +184,7 @@ TEST(Cdr, anyMessageCutAnywhereIsRefused) {
     for (std::size_t size = 0; size < cdr.size(); ++size) {
       // A vector of its own, so that the address sanitizer sees what is read behind its end.
       const Bytes cut(cdr.begin(), cdr.begin() + static_cast<std::ptrdiff_t>(size));
-      EXPECT_THROW(type->decode(cut, type->getLayout().make().get()), std::runtime_error)
+      EXPECT_THROW(type->decode(cut, layoutOf(*type).make().get()), std::runtime_error)
           << type->getName() << " of " << size;
     }
   }

@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/ko/simulated_time.h"
-#include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_inside.h"
 #include "tests/support/counted_heap.h"
 #include "tests/support/fake_sensor.h"
 
@@ -46,16 +46,16 @@ struct WatchedManager : test::FakeManager {
       sensor->points.assign(300, {1.5f, 0.0f, 0.0f});
       sensor->stamp = [] { return ko::Clock::now(); };
       sensor->onRead = [&points = sensor->points] { points.front().x = points.back().x -= 0.001f; };
-      xHealth().describe(*sensor, {.points = meaning, .showsMotion = true},
-                         boost::chrono::milliseconds(100));
+      healthOf(*this).describe(*sensor, {.points = meaning, .showsMotion = true},
+                               boost::chrono::milliseconds(100));
     }
-    xHealth().setRefreshed(true);
+    healthOf(*this).setRefreshed(true);
   }
 
   void refreshOnce() {
     xUpdateData();
-    xHealth().noteVelocity({0.0f, 0.0f, 0.5f});
-    xHealth().tick();
+    healthOf(*this).noteVelocity({0.0f, 0.0f, 0.5f});
+    healthOf(*this).tick();
   }
   void refresh(ko::SimulatedTime& time, int cycles) {
     for (; cycles > 0; --cycles) {
