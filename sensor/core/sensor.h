@@ -138,25 +138,38 @@ class QV_API Sensor {
   void xStop();
   bool xCallHardware(HardwareCall which);
   bool xTryHardware(HardwareCall which);
+  void xEndCall(bool success, bool threw);
+  void xBeginNotes();
   void xKeep(ko::log::Record record) const;
   void xSetStarted(bool value);
   void xWatch(bool on) const;
-  bool xNotesNext() const;
+  SensorWatch& xGetWatch() const;
+  bool xNotesNext(const SensorWatch& notes) const;
+  std::vector<Math::MetricalData> xReadWatched(SensorWatch& notes) const;
+  std::vector<Math::MetricalData> xReadUnwatched() const;
 
   std::set<std::string> subscribers;
   mutable boost::mutex mutex;
   mutable std::unique_ptr<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
-  mutable std::mutex troubleMutex;
   // What a reading touches stands last, beside what derived sensors measure with.
-  const std::unique_ptr<SensorWatch> watch;
+  /** Null until somebody watches; owned. */
+  mutable std::atomic<SensorWatch*> watch{nullptr};
   std::atomic<bool> enabled{true};
   std::atomic<bool> diagnosisSuccess{true};
   /** True if there are subscribers, for those who must not wait. */
   std::atomic<bool> isWanted{false};
   std::atomic<bool> started{false};
+  /** What the hardware is busy with, and since when, ns. */
+  std::atomic<HardwareCall> call{};
+  std::atomic<std::int64_t> callSince{0};
+  /** Stopping it failed last; starting it threw last. */
+  std::atomic<bool> leftOn{false};
+  std::atomic<bool> hasThrown{false};
+  /** True if a reading since the start had records, and nobody watched. */
+  mutable std::atomic<bool> hasShown{false};
   /** True if the watch may want the next reading. */
-  mutable std::atomic<bool> isNoted{true};
+  mutable std::atomic<bool> isNoted{false};
   mutable boost::mutex startedMutex;
 };
 

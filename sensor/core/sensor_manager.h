@@ -164,7 +164,8 @@ class QV_API SensorManager {
    * it. */
   void onHealthChanged(HealthCallback callback);
   /** Switches the watching of health on, as it is at first, or off: then readings are not looked
-   * at, and what runs counts as sound. */
+   * at, and what runs counts as sound. Unless a manager begins earlier, as a RealSensorManager
+   * does, it watches from the first question or callback on. */
   void watchHealth(bool on);
   /** Changes a limit of a sensor, of a family or, without a name, of all; a rule without a value
    * switches it off. False, and a warning, for an unknown name. */
@@ -207,6 +208,7 @@ class QV_API SensorManager {
  private:
   friend struct HealthInside;
 
+  HealthBoard& xGetHealth() const;
   using NameOperation = bool (SensorManager::*)(const std::string&, const std::string&);
 
   bool xForEachName(const std::string& subscriber, const std::set<std::string>& names,
@@ -224,7 +226,8 @@ class QV_API SensorManager {
 
   /** The cache. Its records never change, so that the lock is held for a pointer only. */
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
-  const std::unique_ptr<HealthBoard> health;
+  /** Null until somebody asks; owned. */
+  mutable std::atomic<HealthBoard*> health{nullptr};
   /** True if any is in failingSensors: spares the lock while none is. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::shared_mutex dataMutex;

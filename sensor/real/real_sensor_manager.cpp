@@ -29,6 +29,8 @@ RealSensorManager::~RealSensorManager() {
 
 void RealSensorManager::xInit() {
   if (!dcmPresent && !sensorsDebug) return;
+  // A sensor of a real robot that hangs or fails is named, whether or not anybody asks.
+  healthOf(*this).beAsked();
   xInitSensors();
   dcmPresent = broker->isModulePresent(DeviceManagerContract::kModule);
   updateTask.setName("MetricalSensors");

@@ -21,7 +21,6 @@ void SimulatedSensorManager::xInit(int robotKind, QV::OccupancyMap* map) {
   kindParameter = robotKind == -1 || robotKind == 0 ? 0.15f : 0.3f;
   simulationParameter = 1.0f;
   xAddSensors(robotKind);
-  healthOf(*this).awaitQuestion();
   if (map) xSetOccMap(map);
 }
 
@@ -58,14 +57,14 @@ void SimulatedSensorManager::setPose2D(const Math::Pose2D& scanPose,
 
 std::vector<Math::MetricalData> SimulatedSensorManager::xGetData() const {
   xUpdateData();
-  healthOf(*this).tick(kJudgePeriod);
+  tickHealthOf(*this, kJudgePeriod);
   return xCopyData();
 }
 
 boost::shared_ptr<const std::vector<Math::MetricalData>> SimulatedSensorManager::xShareData()
     const {
   xUpdateData();
-  healthOf(*this).tick(kJudgePeriod);
+  tickHealthOf(*this, kJudgePeriod);
   return xShareCache();
 }
 

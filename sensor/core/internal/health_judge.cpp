@@ -47,19 +47,19 @@ HealthFinding HealthJudge::judge(const HealthSwitches& switches) const {
     const auto hangs = xBeyond(silent, Cause::readingHangs, HealthLimit::reading, xSince(since));
     if (hangs.state == silent) return hangs;
   }
-  if (watch.getCall() != HardwareCall::none) return xJudgeCall();
-  if (watch.isLeftOn()) return found(failing, Cause::leftOn);
+  if (switches.call != HardwareCall::none) return xJudgeCall(switches);
+  if (switches.isLeftOn) return found(failing, Cause::leftOn);
   if (!switches.isDiagnosisGood) return found(failing, Cause::badDiagnosis);
   if (!switches.isEnabled) return found(off, Cause::disabled);
   if (!switches.isWanted) return found(off, Cause::unwanted);
   if (switches.isStarted) return xJudgeStarted();
-  return watch.hasThrown() ? found(failing, Cause::startThrew)
-                           : found(starting, Cause::startGoesOn);
+  return switches.hasThrown ? found(failing, Cause::startThrew)
+                            : found(starting, Cause::startGoesOn);
 }
 
-HealthFinding HealthJudge::xJudgeCall() const {
-  const double taken = xSince(watch.getCallSince());
-  const bool starts = watch.getCall() == HardwareCall::starting;
+HealthFinding HealthJudge::xJudgeCall(const HealthSwitches& switches) const {
+  const double taken = xSince(switches.callSince);
+  const bool starts = switches.call == HardwareCall::starting;
   const auto hangs = starts ? xBeyond(silent, Cause::startHangs, HealthLimit::start, taken)
                             : xBeyond(failing, Cause::stopHangs, HealthLimit::start, taken);
   if (isFault(hangs.state)) return hangs;

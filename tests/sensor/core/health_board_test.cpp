@@ -70,6 +70,25 @@ TEST_F(HealthBoardTest, believesNoFaultThatOurClockMakesByItself) {
   }
 }
 
+TEST(SensorManager, knowsAtTheFirstQuestionWhatTheHardwareDidBefore) {
+  test::FakeManager sut;
+  const auto read = sut.add("Read", "F");
+  const auto throwing = sut.add("Throwing", "F");
+  const auto leftOn = sut.add("LeftOn", "F");
+  read->stamp = [] { return ko::Clock::now(); };
+  throwing->onStart = [] { throw std::runtime_error("no power"); };
+  leftOn->unsubscribeSucceeds = false;
+  sut.subscribe("me", {"LeftOn", "Read"});
+  sut.unsubscribe("me", "LeftOn");
+  EXPECT_THROW(sut.subscribe("me", "Throwing"), std::runtime_error);
+  sut.getMetricalData("Read");
+  std::map<std::string, HealthState> states;
+  for (const auto& [name, health] : sut.getHealth()) states[name] = health.state;
+  EXPECT_THAT(states, ElementsAre(testing::Pair("LeftOn", HealthState::failing),
+                                  testing::Pair("Read", HealthState::sound),
+                                  testing::Pair("Throwing", HealthState::failing)));
+}
+
 TEST(HealthRule, refusesWhatItCantReadAndSaysWhatItExpects) {
   const std::string names =
       "start, silence, age, reading, garbage, turn, distance, disagreement, recovery";

@@ -69,6 +69,7 @@ TEST(SensorManager, takesNoMemoryToWatchItsSensors) {
   ko::SimulatedTime time;
   WatchedManager sut;
   ASSERT_TRUE(sut.subscribe("reader"));
+  sut.getHealth();  // it watches from the first question on
   const auto allocationsOf = [&](bool watched) {
     sut.watchHealth(watched);
     sut.refresh(time, 20);
@@ -88,6 +89,7 @@ TEST(SensorManager, watchesItsSensorsWhileReadersHoldTheLocksThatTheyCan) {
   ko::SimulatedTime time;
   WatchedManager sut;
   ASSERT_TRUE(sut.subscribe("reader"));
+  sut.getHealth();
   sut.refresh(time, 5);
   sut.getSensorPtr("0")->keepTrouble(ko::log::Level::error, "Navigation.Sensor", "xGetData",
                                      "a text that takes memory");
