@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "apps/output/notes.h"
+#include "apps/ros2/graph_words.h"
 #include "outlets/files/internal/table.h"
 #include "ros2/link/graph_robot.h"
 #include "session/usage_error.h"
@@ -69,24 +70,27 @@ ros2::GraphRobotOptions robotOptionsOf(const GraphArguments& arguments) {
   return options;
 }
 
-const char* rangeText(ros2::DiscoveryRange range) {
-  switch (range) {
-    case ros2::DiscoveryRange::off:
-      return "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)";
-    case ros2::DiscoveryRange::localhost:
-      return "on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET lets others in)";
-    case ros2::DiscoveryRange::subnet:
-      break;
-  }
-  return "in the network";
-}
-
 std::string qosText(const ros2::Qos& qos) {
   return std::string(qos.reliable ? "reliable" : "best effort") +
          (qos.transientLocal ? ", transient local, " : ", volatile, ") + std::to_string(qos.depth);
 }
 
 }  // namespace
+
+std::string describeGraph(const ros2::GraphOptions& options) {
+  const auto range = [&] {
+    switch (options.range) {
+      case ros2::DiscoveryRange::off:
+        return "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)";
+      case ros2::DiscoveryRange::localhost:
+        return "on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET lets others in)";
+      case ros2::DiscoveryRange::subnet:
+        break;
+    }
+    return "in the network";
+  };
+  return "ROS 2 domain " + std::to_string(options.domain) + ", " + range();
+}
 
 class GraphLink::Impl {
  public:
@@ -127,8 +131,7 @@ std::shared_ptr<outlets::Outlet> GraphLink::getOutlet() const {
 }
 
 std::string GraphLink::describe() const {
-  return "ROS 2 domain " + std::to_string(impl->options.domain) + ", " +
-         rangeText(impl->options.range) + ", messages as " +
+  return describeGraph(impl->options) + ", messages as " +
          (impl->options.distro == ros2::RosDistro::humble ? "up to Humble" : "from Iron on");
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -27,8 +28,8 @@ class GraphInput {
    * the one before was not refused. */
   template <typename Act>
   void take(const Act& act) {
+    if (!isNew) return;
     const Bytes cdr = xTake();
-    if (cdr.empty()) return;
     try {
       act(fromCdr<Message>(cdr));
       if (std::exchange(isRefused, false))
@@ -43,14 +44,17 @@ class GraphInput {
   void xKeep(const ReceivedMessage& message) {
     const std::lock_guard lock(mutex);
     last.assign(message.cdr.begin(), message.cdr.end());
+    isNew = true;
   }
   Bytes xTake() {
     const std::lock_guard lock(mutex);
+    isNew = false;
     return std::exchange(last, {});
   }
 
   std::mutex mutex;
   Bytes last;
+  std::atomic<bool> isNew{false};
   bool isRefused = false;
   std::unique_ptr<Subscription> subscription;
 };

@@ -38,7 +38,8 @@ ToldSensor sensorOf(const Model::SensorConfig& config, const Said& said,
   sensor.sort = said.sort;
   sensor.name = config.name;
   sensor.topic = properties.getText("topic");
-  if (sensor.topic.empty()) sensor.topic = prefix + driverTopicOf(config.name, said.what);
+  if (sensor.topic.empty())
+    sensor.topic = prefix + driverTopicOf(toGraphName(config.name), said.what);
   sensor.minRange = view.minRange;
   sensor.maxRange = view.maxRange;
   sensor.beams = config.memoryKeys.size() / 2;

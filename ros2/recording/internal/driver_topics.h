@@ -25,7 +25,8 @@ class QV_API DriverTopics {
   /** A Range that met nothing is its greatest from now on, and not infinite. */
   void tellNoEchoAsGreatestRange() { noEchoIsInfinite = false; }
 
-  /** Notes what a key or an event of a sensor says now; others are left out. */
+  /** Notes what a key or an event of a sensor says now; others are left out. Of a sensor with
+   * several keys a measurement is whole when all of them were set in turn. */
   void note(const std::string& key, const QVValue& value);
   /** True if something has been noted that was not written yet. */
   bool hasNews() const { return hasNew; }
@@ -41,6 +42,9 @@ class QV_API DriverTopics {
     std::uint16_t topic = 0;
     /** The values as its keys hold them. */
     std::vector<float> values;
+    /** Keys, from the first one on, of a measurement that goes on. */
+    std::size_t noted = 0;
+    /** True if a whole measurement was not written yet. */
     bool isNew = false;
   };
   struct Camera {
@@ -59,6 +63,7 @@ class QV_API DriverTopics {
   std::optional<std::uint16_t> xAddTopic(const Model::SensorConfig& config, SensorSort sort);
   void xWriteScan(const Sensor& sensor, ko::Clock::time_point time);
   void xWriteRange(const Sensor& sensor, ko::Clock::time_point time);
+  void xNote(const Place& place, const QVValue& value);
   void xNoteTouches(const QVValue& event);
   void xWritePeople(const QVValue& event, ko::Clock::time_point time);
 

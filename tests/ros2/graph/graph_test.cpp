@@ -1,5 +1,7 @@
 #include "ros2/graph/graph.h"
 
+#include <dds/dds.h>
+
 #include <gmock/gmock.h>
 
 #include "ros2/graph/internal/node_entities.h"
@@ -7,6 +9,7 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "tests/ros2/support/own_domain.h"
 #include "tests/ros2/support/watched.h"
+#include "tests/support/log_capture.h"
 
 namespace QV::ros2 {
 namespace {
@@ -57,6 +60,22 @@ TEST_F(GraphTest, messagesOfAnySizeArriveWholeAndInOrder) {
   EXPECT_TRUE(images.awaitThat([&](const auto& list) { return list.size() == expected.size(); }));
   EXPECT_EQ(images.get(), expected);
   EXPECT_EQ(publisher->getLostCount(), 0u);
+}
+
+// Nothing that is kept in part ever waits, so the engine is taken away.
+TEST_F(GraphTest, whatCanNotBeSentIsCountedAndSaidOnce) {
+  const auto sut = robot->publish("scan", sensor_msgs::LaserScan::getType());
+  dds_entity_t participant = 0;
+  ASSERT_EQ(dds_lookup_participant(static_cast<dds_domainid_t>(aloneOn().domain), &participant, 1),
+            1);
+  sut->write(sensor_msgs::LaserScan{});
+  EXPECT_EQ(sut->getLostCount(), 0u);
+  dds_delete(participant);
+  const test::LogCapture log;
+  for (int i = 0; i < 3; ++i) sut->write(sensor_msgs::LaserScan{});
+  EXPECT_EQ(sut->getLostCount(), 3u);
+  EXPECT_THAT(log.lines(ko::log::Level::warning),
+              ElementsAre(testing::HasSubstr("/scan: a message is lost, more are only counted")));
 }
 
 TEST_F(GraphTest, demandComesAndGoesWithTheSubscriptions) {

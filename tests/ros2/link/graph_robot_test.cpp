@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <limits>
 #include <map>
 #include <set>
@@ -10,6 +11,7 @@
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/internal/topic_survey.h"
 #include "ros2/recording/session_recorder.h"
 #include "ros2/recording/session_replay.h"
 #include "session/internal/session_listener.h"
@@ -255,15 +257,21 @@ TEST_F(GraphRobotTest, somebodyElsesNavigationHasTheMapToItself) {
     EXPECT_TRUE(!wire.isInput || wire.topic.name == "/cmd_vel") << wire.topic.name;
 }
 
+// Up to Humble without a variance: both ways are tried at once.
 TEST(GraphRange, thatMetNothingIsTheGreatestUnlessItIsToBeInfinite) {
   for (const bool isInfinite : {false, true}) {
     const auto session = session::openVirtual("porter", test::inRoom({9.0f, 3.0f, 0.0f}));
     GraphRobotOptions options;
     options.noEchoIsInfinite = isInfinite;
-    RobotOnGraph sut(*session, options);
+    GraphOptions graph = test::aloneOn();
+    graph.distro = isInfinite ? RosDistro::humble : RosDistro::ironOrLater;
+    RobotOnGraph sut(*session, options, graph);
     const auto ranges = sut.listen<sensor_msgs::Range>("/BackSonar/range");
     ASSERT_TRUE(sut.runUntil([&] { return !ranges->isEmpty(); }));
-    const auto range = ranges->all<sensor_msgs::Range>().back();
+    const auto& type =
+        isInfinite ? sensor_msgs::Range::getTypeWithoutVariance() : sensor_msgs::Range::getType();
+    sensor_msgs::Range range;
+    type.decode(ranges->messages.get().back().cdr, &range);
     EXPECT_EQ(range.range, isInfinite ? std::numeric_limits<float>::infinity() : 4.0f);
   }
 }
@@ -307,11 +315,9 @@ TEST(GraphKind, anEchoIsARangeAndABumperAContact) {
 }
 
 /** Returns the topics of a robot on a graph that nobody sees. */
-std::vector<WireTopic> topicsOf(session::Session& session, const GraphRobotOptions& options,
-                                RosDistro distro = RosDistro::ironOrLater) {
+std::vector<WireTopic> topicsOf(session::Session& session, const GraphRobotOptions& options) {
   GraphOptions nobodys;
   nobodys.range = DiscoveryRange::off;
-  nobodys.distro = distro;
   nobodys.remaps = {{"/robot1/FrontLaser/scan", "/scan"}};
   Graph graph(nobodys);
   return GraphRobot(graph, session, options).getTopics();
@@ -346,6 +352,36 @@ TEST_F(GraphRobotTest, hasItsTopicsAndFramesWhereTheyAreWanted) {
               topicsOf(*session, bad);
             }),
             "a frame's name without a slash before it expected, \"/laser\" given");
+}
+
+// Whoever hears a robot by its description listens where the robot with that description speaks.
+TEST(GraphTopics, areThoseThatTheDescriptionNamesForWhoHearsThem) {
+  // Lasers without all of their properties are not built, and it is said.
+  const test::LogCapture log;
+  const std::string sensors = R"(
+    <sensor name="front-laser" type="Laser"><parent link="base"/><property key="regIndex" value="1"/>
+      <memory_keys pattern="L{i}/{X,Y}" count="3"/></sensor>
+    <sensor name="Left" type="Laser"><parent link="base"/><property key="regIndex" value="2"/>
+      <property key="topic" value="/left/scan"/><memory_keys pattern="M{i}/{X,Y}" count="3"/></sensor>
+    <sensor name="Back" type="Sonar"><parent link="base"/><property key="topic" value="back"/>
+      <memory_key>B</memory_key></sensor>
+    <sensor name="Eye" type="DepthCamera"><parent link="base"/>
+      <property key="topic" value="eye/depth"/></sensor>
+    <sensor name="Bumper" type="Touch"><parent link="base"/></sensor>)";
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "robot.urdf";
+  std::ofstream(path) << "<robot name=\"mine\"><kind code=\"1\"/><link name=\"base\"/>" << sensors
+                      << "</robot>";
+  const auto session = session::openVirtual(path, test::inRoom({3.0f, 3.0f, 0.0f}));
+  std::map<std::string, std::string> told;
+  for (const WireTopic& wire : topicsOf(*session, {})) told[wire.topic.name] = wire.topic.type;
+  EXPECT_EQ(told["/front_laser/scan"] + told["/left/scan"],
+            "sensor_msgs/msg/LaserScansensor_msgs/msg/LaserScan");
+  EXPECT_EQ(told["/eye/camera_info"], "sensor_msgs/msg/CameraInfo");
+  const TopicSurvey survey = surveyDescription(*session->getDescription());
+  EXPECT_EQ(survey.sensors.size(), 5u);
+  for (const auto& [topic, sensor] : survey.sensors)
+    EXPECT_EQ(told.count(topic.front() == '/' ? topic : "/" + topic), 1u) << topic;
 }
 
 TEST_F(GraphRobotTest, frameNamesAreThoseThatAreAskedFor) {
