@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -31,6 +32,8 @@ struct QV_API HeardRobotOptions {
   boost::shared_ptr<const OccupancyMap> map = nullptr;
   /** True if time goes by /clock, as fast as that does; unsaid: if somebody publishes it. */
   std::optional<bool> usesSimTime = std::nullopt;
+  /** Asked some twenty times a second while it looks about: false ends that, std::runtime_error. */
+  std::function<bool()> goesOn = {};
 };
 
 /**
