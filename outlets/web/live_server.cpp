@@ -50,9 +50,12 @@ class LiveServer::Impl {
   // Its clients go, and with them what they wanted.
   ~Impl() { session.setDemand({}); }
 
-  void runBriefly() {
+  void obey(const session::Demand& demand) {
     for (const LiveRequest& request : requests.takeUntil(ranUntil + kTick)) execute(request);
-    session.setDemand(outlets.getDemand());
+    session.setDemand(demand);
+  }
+
+  void goOn() {
     const auto now = MachineClock::now();
     const auto passed = std::min<MachineClock::duration>(now - ranUntil, kMostAtOnce);
     ranUntil = now;
@@ -116,7 +119,20 @@ void LiveServer::subscribe(const std::set<std::string>& sensorsOrFamilies) {
 }
 
 void LiveServer::runBriefly() {
-  impl->runBriefly();
+  impl->obey(getDemand());
+  impl->goOn();
+}
+
+session::Demand LiveServer::getDemand() const {
+  return impl->outlets.getDemand();
+}
+
+void LiveServer::obey(const session::Demand& demand) {
+  impl->obey(demand);
+}
+
+void LiveServer::goOn() {
+  impl->goOn();
 }
 
 }  // namespace QV::outlets

@@ -51,6 +51,15 @@ class QV_API LiveServer {
 
   /** Goes on for about 20 ms: does what clients ask for, and shows them what is new. */
   void runBriefly();
+  /** The sensors that its clients and outlets want now. */
+  session::Demand getDemand() const;
+  /**
+   * Does the first part of runBriefly(): waits for up to 20 ms for what clients ask for, does it,
+   * and starts and stops sensors as demanded, which may take as long as hardware does.
+   */
+  void obey(const session::Demand& demand);
+  /** Does the second part: lets time go by, and shows what is new. */
+  void goOn();
 
  private:
   class Impl;

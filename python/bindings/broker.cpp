@@ -22,8 +22,9 @@ void registerModule(QVBroker& broker, const py::object& added) {
   unlocked([&] { broker.registerModule(std::move(shared)); });
 }
 
-void unregisterModule(QVBroker& broker, const std::string& name) {
-  unlocked([&] { broker.unregisterModule(name); });
+void unregisterModule(const boost::shared_ptr<QVBroker>& broker, const std::string& name) {
+  // The module may go with it, and stop its hardware.
+  patiently([broker, name] { broker->unregisterModule(name); });
 }
 
 bool hasModule(const QVBroker& broker, const std::string& name) {

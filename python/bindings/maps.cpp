@@ -8,6 +8,7 @@
 #include "python/bindings/arrays.h"
 #include "python/bindings/common.h"
 #include "python/bindings/outlets.h"
+#include "python/bindings/waiting.h"
 #include "robot/maps/map_files.h"
 #include "session/shared_files.h"
 
@@ -37,7 +38,7 @@ py::array cellsOf(const py::object& self) {
 
 boost::shared_ptr<OccupancyMap> loadMap(const std::string& path) {
   try {
-    return unlocked([&] { return boost::make_shared<OccupancyMap>(robot::loadMap(path)); });
+    return aside([path] { return boost::make_shared<OccupancyMap>(robot::loadMap(path)); });
   } catch (const std::runtime_error& error) {
     raiseFileError(path, error);
   }
@@ -49,9 +50,8 @@ std::string describeMap(const OccupancyMap& map) {
          " m>";
 }
 
-void saveMap(const OccupancyMap& map, const py::object& path) {
-  const std::string file = pathFrom(path);
-  unlocked([&] { writing([&] { robot::saveMap(map, file); }); });
+void saveMap(const boost::shared_ptr<OccupancyMap>& map, const py::object& path) {
+  aside([map, file = pathFrom(path)] { writing([&] { robot::saveMap(*map, file); }); });
 }
 
 void bindMap(py::module_& module) {
@@ -94,7 +94,7 @@ void bindMapFiles(py::module_& module) {
 Reads a map_server map: a YAML file that names a PGM or PNG image; or one of the library's own by
 its name ("apartment"). A missing file: FileNotFoundError; whatever is wrong with either file:
 ValueError that names file, line and what was expected.)");
-  module.def("save_map", &saveMap, "map"_a, "path"_a,
+  module.def("save_map", &saveMap, py::arg("map").none(false), "path"_a,
              R"(save_map(map: OccupancyMap, path: PathLike) -> None
 
 Writes a map as a YAML file and a PGM image beside it; what can't be written: OSError.)");

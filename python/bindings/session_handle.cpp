@@ -45,10 +45,7 @@ SessionHandle::~SessionHandle() {
 }
 
 void SessionHandle::close() {
-  while (*state == State::left) {
-    unlocked([] { std::this_thread::sleep_for(std::chrono::milliseconds(5)); });
-    checkInterrupt();
-  }
+  awaitRest();
   if (!session) return;
   const Use inUse(*this);
   if (!mayLeaveTime()) return end();
@@ -69,11 +66,11 @@ void SessionHandle::end() {
     static_cast<void>(moves.release());
     return leave(std::move(last));
   }
-  {
-    const Unlocked away;
-    if (isOwner) awaitOthers(last, *state != State::left);
+  const bool moving = !mayLeaveTime() && *state != State::left;
+  quietly([last = std::move(last), isOwner, moving]() mutable {
+    if (isOwner) awaitOthers(last, moving);
     last.reset();
-  }
+  });
   moves.reset();
 }
 
@@ -81,7 +78,8 @@ void SessionHandle::xEndGuests() {
   while (!guests.empty()) {
     auto last = std::move(guests.back());
     guests.pop_back();
-    letGo(last.guest);
+    // One that Ctrl-C leaves goes before the session does.
+    quietly([own = session, guest = std::move(last.guest)]() mutable { guest.reset(); });
   }
 }
 
@@ -109,12 +107,16 @@ void SessionHandle::add(std::shared_ptr<void> guest, std::function<void()> befor
 }
 
 void SessionHandle::remove(const void* guest) {
+  InSensor::refuse();
+  // It goes with the session.
+  if (*state == State::left) return;
   const auto found = std::find_if(guests.begin(), guests.end(),
                                   [&](const auto& each) { return each.guest.get() == guest; });
   if (found == guests.end()) return;
-  auto kept = std::move(found->guest);
+  auto last = std::move(found->guest);
   guests.erase(found);
-  letGo(kept);
+  if (*state != State::idle || std::this_thread::get_id() != owner) return letGo(last);
+  useAside([last = std::move(last)](session::Session&) mutable { last.reset(); });
 }
 
 void SessionHandle::prepare() {
@@ -132,6 +134,13 @@ void SessionHandle::xCheckThread() const {
   get();
   if (std::this_thread::get_id() != owner)
     throw std::runtime_error("the thread that opened the session expected, another one given");
+}
+
+void SessionHandle::awaitRest() const {
+  while (*state == State::left) {
+    unlocked([] { std::this_thread::sleep_for(std::chrono::milliseconds(5)); });
+    checkInterrupt();
+  }
 }
 
 void SessionHandle::xLeave() {

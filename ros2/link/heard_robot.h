@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,8 @@ struct QV_API HeardRobotOptions {
   std::optional<bool> usesSimTime = std::nullopt;
   /** The makers of a session's sensors, and the kinds by which a description is read. */
   sensor::SensorFactory sensors = sensor::SensorFactory::standard();
+  /** Asked some twenty times a second while it looks about: false ends that, std::runtime_error. */
+  std::function<bool()> goesOn = {};
 };
 
 /**

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -37,13 +38,18 @@ struct HeardPlan {
   sensor::SensorFactory sensors;
 
   const Model::SensorKinds& getKinds() const { return sensors.getKinds(); }
+  /** Empty where nobody wants to end the looking about. */
+  std::function<bool()> goesOn;
+
+  /** Waits for messages, a glance long; std::runtime_error if somebody wants no more. */
+  void await() const;
 };
 
 /** Looks about. Errors as HeardRobot has them. */
 HeardPlan planRobot(const HeardRobotOptions& options);
 
 /** Waits for what others publish, until it has not changed for a while; at most two seconds. */
-std::vector<GraphTopic> awaitTopics(const Graph& graph);
+std::vector<GraphTopic> awaitTopics(const HeardPlan& plan);
 
 /** "/robot1/odom" of "odom" in "/robot1". */
 std::string inNameSpace(const std::string& nameSpace, const std::string& topic);

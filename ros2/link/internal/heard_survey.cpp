@@ -29,7 +29,7 @@ class GraphSurvey {
     changed = start;
     while (MachineClock::now() - start < kLongestSurvey && !xIsDone()) {
       for (const GraphTopic& topic : plan.graph->findTopics()) xSubscribe(topic);
-      plan.mailbox->await(kGlance);
+      plan.await();
       for (const HeardMessage& message : plan.mailbox->take()) xTake(message);
     }
   }
