@@ -26,6 +26,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 using Height = GridRay::Height;
 using Doubles = hn::ScalableTag<double>;
 using Bits = hn::RebindToUnsigned<Doubles>;
+using Heights = hn::RebindToSigned<Doubles>;
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 constexpr double kDoubtful = std::numeric_limits<double>::quiet_NaN();
@@ -67,6 +68,11 @@ struct Rays {
   /** Whole heights. */
   Height wholeExit[kSize];
   Height wholeRise[kSize];
+  Height wholeLow[kSize];
+  /** From strip to strip, what low gains, in the image. */
+  Height advance[kSize];
+  /** The bits of the rows that a line can touch in a strip, counted from its low end's. */
+  Height rows[kSize];
 };
 
 int groupOf(Height height) {

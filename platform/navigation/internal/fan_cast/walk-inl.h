@@ -22,70 +22,83 @@ namespace QV::detail {
 namespace HWY_NAMESPACE {
 namespace {
 
-/**
- * Returns the bits of the rows that something of this height can lie in, counted from its start, at
- * the most.
- */
-std::uint32_t rowsOf(std::uint32_t height) {
-  return (4u << (height >> kFractionBits)) - 1;
+/** Whole numbers, truncated. */
+HWY_INLINE hn::Vec<Heights> truncate(hn::Vec<Doubles> values) {
+#if HWY_TARGET <= HWY_AVX3
+  return hn::ConvertTo(Heights(), values);
+#else
+  // One by one: what these machines have for vectors takes longer.
+  alignas(64) double from[hn::MaxLanes(Doubles())];
+  alignas(64) Height to[hn::MaxLanes(Doubles())];
+  hn::Store(values, Doubles(), from);
+  for (std::size_t i = 0; i < hn::MaxLanes(Doubles()); ++i) to[i] = static_cast<Height>(from[i]);
+  return hn::Load(Heights(), to);
+#endif
 }
 
-/** The end of a walk: the first strip with columns to settle or, if none has any, the last one. */
-struct Stop {
-  int strip;
-  int group;
-  const StripImage::Block* block;
-  std::uint32_t columns;
-};
-
-constexpr StripImage::Block kEmptyBlock;
-
-/** Keeps the nearest of the columns. */
-HWY_INLINE void keep(const FanSector& sector, const Stop& stop, int i, Rays& rays) {
-  const std::uint32_t none = stop.columns == 0;
-  const auto lane = static_cast<unsigned>(
-      sector.alongReversed ? 31 - hwy::Num0BitsAboveMS1Bit_Nonzero32(stop.columns | none)
-                           : hwy::Num0BitsBelowLS1Bit_Nonzero32(stop.columns | none));
-  rays.column[i] = kStrip * stop.strip + static_cast<int>(lane);
-  rays.word[i] = stop.block->words[lane] & (none - 1u);
-  rays.bitBase[i] = sector.rowBase - StripImage::kGroupRows * stop.group;
+/** Makes lines in fixed point of the rays' lines, whose walks have met nothing so far. */
+HWY_INLINE void prepare(const FanSector& sector, const Approach& approach, int begin, int end,
+                        Rays& rays) {
+  const Doubles d;
+  const Heights dHeight;
+  const hn::Rebind<std::int32_t, Doubles> d32;
+  const hn::Rebind<std::uint32_t, Doubles> dWord;
+  const auto backwards = hn::Set(dHeight, sector.acrossReversed ? -1 : 0);
+  const auto slack = hn::Set(dHeight, Height{kSlack} << kDroppedBits);
+  for (int i = begin; i < end; i += static_cast<int>(hn::Lanes(d))) {
+    const auto rise = truncate(hn::LoadU(d, rays.rise + i));
+    const auto perStrip = hn::ShiftLeft<StripImage::kStripBits>(rise);
+    // What a line crosses in a strip, counted from the row where it is lowest, at the most.
+    const auto more = hn::ShiftRight<GridRay::kFractionBits>(hn::Add(perStrip, slack));
+    hn::StoreU(truncate(hn::LoadU(d, rays.exit + i)), dHeight, rays.wholeExit + i);
+    hn::StoreU(rise, dHeight, rays.wholeRise + i);
+    hn::StoreU(truncate(hn::LoadU(d, rays.low + i)), dHeight, rays.wholeLow + i);
+    hn::StoreU(hn::Sub(hn::Xor(perStrip, backwards), backwards), dHeight, rays.advance + i);
+    hn::StoreU(hn::Sub(hn::Shl(hn::Set(dHeight, 4), more), hn::Set(dHeight, 1)), dHeight,
+               rays.rows + i);
+    hn::StoreU(hn::Set(d32, approach.from), d32, rays.column + i);
+    hn::StoreU(hn::Zero(dWord), dWord, rays.word + i);
+  }
 }
 
 /** Finds for each ray the first column beyond its own with a cell that it touches or comes near. */
 template <bool kAhead>
 HWY_INLINE void walk(const FanSector& sector, const Approach& approach, int begin, int end,
                      Rays& rays) {
+  prepare(sector, approach, begin, end, rays);
   const StripImage::View image(sector.image);
   const int columnStep = sector.columnStep;
-  const int rowStep = sector.rowStep;
-  ColumnFinder finder(sector);
+  const ColumnFinder finder(sector);
   const std::uint32_t all = (1u << kStrip) - 1;
   const int place = approach.from % kStrip;
   const std::uint32_t ahead = sector.alongReversed ? (1u << place) - 1 : all & (all << place << 1);
   for (int i = begin; i < end; ++i) {
-    const auto rise = static_cast<Height>(rays.rise[i]);
-    rays.wholeRise[i] = rise;
-    rays.wholeExit[i] = static_cast<Height>(rays.exit[i]);
-    const int lastStrip = rays.lastStrip[i];
-    const Height advance = rowStep * (kStrip * rise);
-    const auto shortRise = static_cast<std::uint32_t>(rise >> kDroppedBits);
-    const std::uint32_t rows = rowsOf(kStrip * shortRise + kSlack);
-    finder.setRise(shortRise);
-    auto low = static_cast<Height>(rays.low[i]);
-    const int firstStrip = kAhead ? static_cast<int>(rays.firstStrip[i]) : approach.firstStrip;
-    std::uint32_t wanted = firstStrip == approach.firstStrip ? ahead : all;
-    for (Stop stop{firstStrip, 0, &kEmptyBlock, 0};; stop.strip += columnStep) {
-      stop.group = groupOf(low);
-      if ((image.getUsedRows(stop.strip, GridRay::rowFrom(low)) & rows) != 0) {
-        stop.block = &image.getBlock(stop.strip, stop.group);
-        stop.columns = finder.find(*stop.block, heightInGroup(low), wanted);
+    const Height advance = rays.advance[i];
+    const Height rows = rays.rows[i];
+    Height low = rays.wholeLow[i];
+    StripImage::View::Strip strip(image, kAhead ? static_cast<int>(rays.firstStrip[i])
+                                                : approach.firstStrip);
+    const StripImage::View::Strip last(image, rays.lastStrip[i]);
+    for (;; strip.move(columnStep), low += advance) {
+      if ((image.getUsedRows(strip, GridRay::rowFrom(low)) & rows) != 0) {
+        const int number = image.numberOf(strip);
+        const int group = groupOf(low);
+        const StripImage::Block& block = image.getBlock(number, group);
+        const std::uint32_t columns =
+            finder.find(block, heightInGroup(low),
+                        static_cast<std::uint32_t>(rays.wholeRise[i] >> kDroppedBits),
+                        number == approach.firstStrip ? ahead : all);
+        if (columns != 0) {
+          const auto lane = static_cast<unsigned>(
+              sector.alongReversed ? 31 - hwy::Num0BitsAboveMS1Bit_Nonzero32(columns)
+                                   : hwy::Num0BitsBelowLS1Bit_Nonzero32(columns));
+          rays.column[i] = kStrip * number + static_cast<int>(lane);
+          rays.word[i] = block.words[lane];
+          rays.bitBase[i] = sector.rowBase - StripImage::kGroupRows * group;
+          break;
+        }
       }
-      if (stop.columns != 0 || stop.strip == lastStrip) {
-        keep(sector, stop, i, rays);
-        break;
-      }
-      low += advance;
-      wanted = all;
+      if (strip == last) break;
     }
   }
 }
