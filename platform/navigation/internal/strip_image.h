@@ -43,25 +43,8 @@ class QV_API StripImage {
 
     const Block& getBlock(int strip, int group) const { return blocks[group * strips + strip]; }
     std::uint64_t getUsedRows(int strip, int row) const {
-      return getUsedRows(Strip(*this, strip), row);
+      return usedRows[(row >> kUsedBits) * strips + strip] >> (row & (kUsedStep - 1));
     }
-
-    /** A strip for a loop that goes from one to the next. */
-    class Strip {
-     public:
-      Strip(const View& view, int strip) : usedRows(view.usedRows + strip) {}
-      void move(int strips) { usedRows += strips; }
-      friend bool operator==(const Strip&, const Strip&) = default;
-
-     private:
-      friend class View;
-      const std::uint64_t* usedRows;
-    };
-    int numberOf(const Strip& strip) const { return static_cast<int>(strip.usedRows - usedRows); }
-    std::uint64_t getUsedRows(const Strip& strip, int row) const {
-      return strip.usedRows[(row >> kUsedBits) * strips] >> (row & (kUsedStep - 1));
-    }
-
     /** Prefetches a block; what lies outside does no harm. */
     void fetchBlock(int strip, int group) const { xFetch(blocks, group * strips + strip); }
     void fetchUsedRows(int strip, int row) const {
