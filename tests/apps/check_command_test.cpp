@@ -53,7 +53,7 @@ struct Case {
 
 class CheckFaults : public testing::TestWithParam<Case> {};
 
-TEST_P(CheckFaults, areFoundAndNothingElse) {
+TEST_P(CheckFaults, checkFindsEachFaultAndNothingElse) {
   std::vector<std::string> arguments{"--robot",
                                      session::findSharedFile("descriptions/porter.urdf")};
   for (const char* sensor :
@@ -117,7 +117,7 @@ TEST(Check, namesWhatCouldNotBeBuilt) {
   EXPECT_THAT(run({"check", "--robot", path}).out, HasSubstr("Other: type is 7"));
 }
 
-TEST(Check, aSlipOfTheDescriptionIsNamedAndNoSuccess) {
+TEST(Check, aMistakeInTheDescriptionIsReportedAndExitsWith1) {
   const test::TemporaryFolder folder;
   const auto path = folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/>
     <link name="base"/><sensor name="Front" type="Sonor"/></robot>)");

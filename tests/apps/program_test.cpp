@@ -90,7 +90,7 @@ TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
   EXPECT_EQ(records[1]["sensorName"], "Sonar/Front");
 }
 
-TEST_F(ProgramTest, readOfAnVirtualRobotWaitsForEverySensor) {
+TEST_F(ProgramTest, readOfAVirtualRobotWaitsForEverySensor) {
   const Result result = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--noise", "0.01",
                              "--seed", "7", "--format", "jsonl"});
   ASSERT_EQ(result.status, 0) << result.error;
@@ -105,7 +105,7 @@ TEST_F(ProgramTest, readOfAnVirtualRobotWaitsForEverySensor) {
               testing::ElementsAre("Asus", "BlindZone", "HoleLaser", "Laser", "Shovel", "Sonar"));
 }
 
-TEST_F(ProgramTest, aSensorThatGivesNothingIsSaidAndNoSuccess) {
+TEST_F(ProgramTest, aSensorWithoutRecordsIsReportedAndExitsWith1) {
   const std::string why = "Timeout while setting operation Mode for FrontLaser";
   const std::vector<std::string> world{"--robot", porter,    "--subscribe",
                                        "Laser",   "--fault", "FrontLaser:off"};
@@ -126,7 +126,7 @@ TEST_F(ProgramTest, aSensorThatGivesNothingIsSaidAndNoSuccess) {
   }
 }
 
-TEST_F(ProgramTest, whoeverMaySayNothingIsNoFailure) {
+TEST_F(ProgramTest, aSensorThatMayBeSilentIsNoFailure) {
   const Result result = run({"read", "--robot", porter, "--subscribe", "Touch"});
   EXPECT_EQ(result.status, 0) << result.error;
 }
@@ -200,7 +200,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
   for (const BadInput& c : cases) expectRefused(c);
 }
 
-TEST_F(ProgramTest, withoutAPoseTheRobotStandsWhereTheMapHasRoomAndThatIsSaid) {
+TEST_F(ProgramTest, withoutAPoseTheRobotStartsAtAFreePlaceThatIsPrinted) {
   const auto info = nlohmann::json::parse(run({"map", "info", "--format", "json"}).out);
   const auto& free = info["freePose"];
   for (const std::vector<std::string>& robot :
@@ -221,7 +221,7 @@ TEST_F(ProgramTest, withoutAPoseTheRobotStandsWhereTheMapHasRoomAndThatIsSaid) {
   }
 }
 
-TEST_F(ProgramTest, mapInfoSaysWhatThereIsOfAMap) {
+TEST_F(ProgramTest, mapInfoPrintsSizeExtentAndFreeShare) {
   folder.write("m.pgm", "P2 4 2 255 254 254 205 0 254 254 205 0\n");
   const auto path = folder.write("m.yaml",
                                  "image: m.pgm\nresolution: 0.5\norigin: [1, 2, 0]\n"
@@ -261,7 +261,7 @@ TEST_F(ProgramTest, logLinesOfASimulatedWorldHaveItsTime) {
   EXPECT_THAT(run({"check", "--kind", "0", "--log-level", "info"}).error, HasSubstr("[info]"));
 }
 
-TEST_F(ProgramTest, whatStandardOutputDoesNotTakeIsSaidWithTheReason) {
+TEST_F(ProgramTest, anUnwritableStandardOutputIsReportedWithTheReason) {
   EXPECT_EQ(shellOutput(QVSENSORS " list --kind 0 2>&1 >/dev/full; echo $?"),
             "qvsensors: standard output: can't be written: No space left on device\n2\n");
 }
@@ -341,7 +341,7 @@ TEST_F(ProgramTest, driveReadsEveryCycleOfSimulatedTimeTheSameEachTime) {
   EXPECT_EQ(test::readBytes(first), test::readBytes(second));
 }
 
-TEST_F(ProgramTest, anVirtualRobotDrivesThePathTheSameEachTime) {
+TEST_F(ProgramTest, aVirtualRobotDrivesThePathReproducibly) {
   const auto path = folder / "a.jsonl";
   const auto picture = folder / "robot.png";
   std::string before;
@@ -359,7 +359,7 @@ TEST_F(ProgramTest, anVirtualRobotDrivesThePathTheSameEachTime) {
   EXPECT_GT(cv::imread(picture).cols, 1000);
 }
 
-TEST_F(ProgramTest, anVirtualRobotThatIsStoppedByAWallSaysSo) {
+TEST_F(ProgramTest, aVirtualRobotStoppedByAWallIsReported) {
   const Result result =
       run({"drive", "--robot", porter, "--path", "3,6.3 3,9", "--subscribe", "Touch"});
   EXPECT_EQ(result.status, 1);

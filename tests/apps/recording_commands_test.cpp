@@ -73,7 +73,7 @@ TEST_F(RecordingTest, fromAndToChooseWhatIsShown) {
   expectRefused({{"replay", path, "--speed", "0"}, "--speed: a number above 0 expected, 0"});
 }
 
-TEST_F(RecordingTest, whatCouldNotBeComparedIsNotTheSame) {
+TEST_F(RecordingTest, anIncompleteComparisonExitsWith1) {
   drive(path);
   const std::string cut = folder / "cut.mcap";
   std::filesystem::copy_file(path, cut);
@@ -124,7 +124,7 @@ TEST_F(RecordingTest, aLoopShowsEachPassAsItComes) {
   }
 }
 
-TEST_F(RecordingTest, whatIsPlayedIsNeverWrittenOver) {
+TEST_F(RecordingTest, aPlayedRecordingIsNeverOverwritten) {
   const std::string log = folder.write("log", "FLASER 1 1.0 0 0 0 0 0 0 1.0 host 1.0\n");
   std::filesystem::create_directory(folder / "bag");
   const std::string inside = folder / "bag/part.mcap";

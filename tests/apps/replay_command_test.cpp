@@ -22,7 +22,7 @@ struct ReplayTest : testing::Test {
   const test::TemporaryFolder folder;
 };
 
-TEST_F(ReplayTest, tellsLogsByWhatTheyHold) {
+TEST_F(ReplayTest, recognisesLogsByTheirContent) {
   const auto lidar = recordsIn(run({"replay", folder.write("a", kScans), "--format", "jsonl"}).out);
   ASSERT_EQ(lidar.size(), 2u);
   EXPECT_EQ(lidar[0]["points"].size(), 2u);
@@ -46,7 +46,7 @@ TEST_F(ReplayTest, writesRecordsWithThePoseOfTheRobot) {
   EXPECT_EQ(records[1]["robotPose"], (nlohmann::json{{"x", 1.0}, {"y", 2.0}, {"theta", 0.0}}));
 }
 
-TEST_F(ReplayTest, badLogsAreOneLineThatNamesThem) {
+TEST_F(ReplayTest, aBadLogIsRefusedWithOneLineThatNamesIt) {
   const auto alone = folder.write("alone", kRanges);
   const BadInput cases[] = {
       {{"replay", folder / "none"}, "none: a readable file expected"},

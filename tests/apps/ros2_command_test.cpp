@@ -10,7 +10,7 @@ bool hasGraph() {
   return run({"ros2", "--list", "--kind", "0"}).error.find(kNoGraph) == std::string::npos;
 }
 
-TEST(Ros2Command, listsWhatStandsOnTheWire) {
+TEST(Ros2Command, listsTopicsWithTheirDdsNames) {
   if (!hasGraph()) GTEST_SKIP() << "skipped: no graph in this build";
   const Result result = run({"ros2", "--list", "--robot", "porter", "--ros2-namespace", "robot1",
                              "--ros2-remap", "FrontLaser/scan:=/scan"});

@@ -60,7 +60,7 @@ TEST_F(ServeTest, aPageSeesAndDrivesTheRobotUntilASignalEndsIt) {
   }
 }
 
-TEST_F(ServeTest, aRecordingThatCouldNotBeWrittenToItsEndIsTheStatus) {
+TEST_F(ServeTest, anIncompleteRecordingExitsWith2) {
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
   int ends[2];

@@ -142,7 +142,7 @@ TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
   }
 }
 
-TEST_F(WatchTest, aStopLeavesTheTerminalAsItWasUntilItGoesOn) {
+TEST_F(WatchTest, ctrlZRestoresTheTerminalAndFgContinues) {
   start();
   ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
   terminal.type("\x1a");

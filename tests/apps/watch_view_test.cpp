@@ -72,7 +72,7 @@ TEST(WatchView, aScreenIsNeverLargerThanItsTerminal) {
   EXPECT_THAT(low, Not(HasSubstr("mLaser")));
 }
 
-TEST(WatchView, aScreenOf80ColumnsHasWhatIsNearWhatIsWrongAndTheKeys) {
+TEST(WatchView, an80ColumnScreenShowsNearestReasonAndKeys) {
   WatchState state = exampleState();
   auto& sound = state.seen.sensors.emplace_back(state.seen.sensors[1]);
   sound.name = "PeoplePerception";
@@ -86,7 +86,7 @@ TEST(WatchView, aScreenOf80ColumnsHasWhatIsNearWhatIsWrongAndTheKeys) {
   EXPECT_THAT(lines[6], testing::EndsWith("q: quit"));
 }
 
-TEST(WatchView, aTableOf60ColumnsGoesOnBelow) {
+TEST(WatchView, a60ColumnTableIsContinuedBelow) {
   WatchState state = exampleState();
   state.seen.sensors[1].health.reason = "its record is 0.62 s old, and the limit is 0.40 s";
   EXPECT_EQ(watchTable(state, 60),
@@ -96,7 +96,7 @@ TEST(WatchView, aTableOf60ColumnsGoesOnBelow) {
             "                           limit is 0.40 s\n");
 }
 
-TEST(KeyReader, readsArrowsInPartsAndLettersAfterWhatMeansNothing) {
+TEST(KeyReader, readsSplitEscapeSequencesAndSkipsUnknownOnes) {
   KeyReader sut;
   EXPECT_THAT(sut.feed("\x1b"), ElementsAre());
   EXPECT_THAT(sut.feed("["), ElementsAre());

@@ -207,7 +207,7 @@ struct FaultsTest : testing::TestWithParam<const char*> {
   Outcome failing;
 };
 
-TEST_P(FaultsTest, showAsWrittenDownRecoverAndLeaveTheOtherSensorsAlone) {
+TEST_P(FaultsTest, matchTheDocumentedRecordsAndEndWithoutEffectOnOtherSensors) {
   for (int kind = 0; kind < kKinds; ++kind) {
     SCOPED_TRACE(getName(static_cast<FaultKind>(kind)));
     checkWindow(static_cast<FaultKind>(kind),
@@ -229,7 +229,7 @@ constexpr const char* kFaultySensors[] = {
 INSTANTIATE_TEST_SUITE_P(EverySensor, FaultsTest, testing::ValuesIn(kFaultySensors),
                          [](const auto& parameter) { return std::string(parameter.param); });
 
-TEST(Faults, areThereForEverySensor) {
+TEST(Faults, existForEverySensor) {
   robot::VirtualRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
   EXPECT_THAT(porter.getFaultySensors(), testing::ElementsAreArray(kFaultySensors));
 }
@@ -255,7 +255,7 @@ TEST(Faults, aLaserThatGoesOffShowsItsLastScanForASecondAndThenErrors) {
               AllOf(testing::SizeIs(10), testing::Each(testing::StartsWith("error "))));
 }
 
-TEST(Faults, aLaserThatIsOffStartsOnlyWhenItIsBackAndCalledSoundAgain) {
+TEST(Faults, aFailedLaserStartsOnlyAfterAGoodDiagnosis) {
   ko::SimulatedTime time;
   test::LogCapture log;
   robot::VirtualRobot porter(test::Porter::describe(), bareRoom(), makeWorld());

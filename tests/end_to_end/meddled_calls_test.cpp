@@ -285,7 +285,7 @@ void expectItsLinesOnly(const test::LogCapture& log, const std::string& call) {
   }
 }
 
-TEST(MeddledCalls, aCallThatFailsHarmsNothingButItsSensorAndIsRepaired) {
+TEST(MeddledCalls, aFailingModuleCallAffectsOnlyItsSensorAndRecovers) {
   for (int number = 1; !HasFailure(); number += kStride) {
     std::string failed;
     Scenario sut(number, [&failed](const std::string& call) {

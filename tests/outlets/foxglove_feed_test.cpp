@@ -181,7 +181,7 @@ TEST_F(FoxgloveFeedTest, theMapComesOnceAndTheLogLineByLine) {
   EXPECT_EQ(line["name"], "A.b");
 }
 
-TEST_F(FoxgloveFeedTest, saysWhatIsWrong) {
+TEST_F(FoxgloveFeedTest, answersInvalidRequestsWithAStatusMessage) {
   EXPECT_EQ(errorTo("?"), "subscribe and unsubscribe are understood, null is not");
   EXPECT_EQ(errorTo(R"({"op":"subscribe"})"), "subscriptions: an array expected");
   EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[7]})"), "id: missing");

@@ -62,7 +62,7 @@ TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
     "points":[0.123,1.0,null,2.0]})"));
 }
 
-TEST(LiveMessages, pointsAreWhatThePointsOfASensorMean) {
+TEST(LiveMessages, pagePointsFollowTheKindsPointMeaning) {
   for (const auto& told : test::toldCases()) {
     const json sensor = json::parse(pageStateOf(test::snapshotOf(told, "Cliff")))["sensors"][0];
     const json& points = sensor["points"];

@@ -24,7 +24,7 @@ struct PageFeedTest : testing::Test {
   const std::shared_ptr<test::FakeClient> second = std::make_shared<test::FakeClient>();
 };
 
-TEST_F(PageFeedTest, aPageIsToldWhoItIsAndTheColoursOfTheFamilies) {
+TEST_F(PageFeedTest, aPageGetsItsSubscriberNameAndTheFamilyColours) {
   sut.onOpen(first);
   sut.onOpen(second);
   EXPECT_EQ(first->takeTexts()[0]["subscriber"], "page 1");

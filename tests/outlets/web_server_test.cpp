@@ -131,7 +131,7 @@ TEST_F(WebServerTest, aMalformedFrameClosesOnlyItsOwnConnection) {
   EXPECT_EQ(other.readFrame()->payload, "still there");
 }
 
-TEST_F(WebServerTest, aClientThatReadsLateGetsTheLatestAndAllControl) {
+TEST_F(WebServerTest, aSlowClientGetsTheLatestStateAndAllControlMessages) {
   constexpr int kSent = 4000;
   const std::string ballast(64 * 1024, 'x');
   SocketClient client(sut->getPort(), 4096);
@@ -158,7 +158,7 @@ TEST_F(WebServerTest, aClientThatReadsLateGetsTheLatestAndAllControl) {
   EXPECT_LT(states, kSent / 10);
 }
 
-TEST_F(WebServerTest, aClientThatNeverReadsWhatMustComeIsGivenUp) {
+TEST_F(WebServerTest, aClientThatNeverReadsIsDisconnected) {
   SocketClient client(sut->getPort(), 4096);
   open(client);
   const auto reader = handler.opened.get_future().get();

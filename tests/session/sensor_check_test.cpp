@@ -36,7 +36,7 @@ TEST(CheckSensors, judgesAManagerByTheKindsOfItsSensors) {
   EXPECT_THAT(session->getManager().getSubscribers(), IsEmpty());
 }
 
-TEST(CheckSensors, judgesTwoKindsOfOneFamilyEachByItsOwn) {
+TEST(CheckSensors, judgesEachSensorByItsKindNotByItsFamily) {
   test::LogCapture log;
   const test::TemporaryFolder folder;
   const auto description = folder.write("r.urdf", R"(<robot name="r"><link name="base"/>
@@ -68,7 +68,7 @@ TEST(CheckSensors, judgesTwoKindsOfOneFamilyEachByItsOwn) {
   EXPECT_EQ(checked[2].verdict, Verdict::works) << "Scan, which meets nothing";
 }
 
-TEST(FindDescriptionFaults, namesSlipsAndKeysThatNobodyWrites) {
+TEST(FindDescriptionFaults, findsMistakesAndUnwrittenMemoryKeys) {
   test::LogCapture log;
   const test::TemporaryFolder folder;
   const auto robot = folder.write("r.urdf", R"(<robot name="r"><link name="base"/>

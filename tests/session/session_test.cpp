@@ -61,7 +61,7 @@ TEST_P(SessionTest, timeGoesByAsItIsTold) {
   EXPECT_TRUE(sut->look().paused);
 }
 
-TEST_P(SessionTest, aHandThatLetsGoStopsTheRobot) {
+TEST_P(SessionTest, theRobotStopsWhenDriveCommandsEnd) {
   driveOn(0.5f, 2);
   EXPECT_EQ(sut->look().velocity.x, 0.5f);
   sut->keepPace(kSecond);
@@ -70,7 +70,7 @@ TEST_P(SessionTest, aHandThatLetsGoStopsTheRobot) {
   EXPECT_NEAR(after.pose.x, kSessionStart.x + 0.5f * 0.9f, 0.03f);
 }
 
-TEST_P(SessionTest, aVelocityHoldsForItsShareOfTheRun) {
+TEST_P(SessionTest, aVelocityHoldsOnlyForItsDuration) {
   sut->setSpeed(5.0);
   sut->drive({0.4f, 0.1f, 0.0f}, kSecond / 2);
   sut->keepPace(kSecond / 5 * 4 / 10);
@@ -87,7 +87,7 @@ struct CountingListener : SessionListener {
   int writes = 0, steps = 0, commands = 0;
 };
 
-TEST(SessionListeners, allHearOfTheRunAndWhoComesLateAloneOfWhatIsSoAlready) {
+TEST(SessionListeners, everyListenerHearsTheRunAndALateOneGetsThePresentState) {
   const auto sut = openVirtual("porter", test::inRoom(kSessionStart));
   CountingListener first, second;
   addListener(*sut, first);
@@ -109,7 +109,7 @@ TEST(SessionListeners, allHearOfTheRunAndWhoComesLateAloneOfWhatIsSoAlready) {
   removeListener(*sut, second);
 }
 
-TEST_P(SessionTest, aPauseIsNoHold) {
+TEST_P(SessionTest, aPauseDoesNotUseUpTheHoldTime) {
   sut->drive(0.5f, 0.0f);
   sut->pause(true);
   sut->keepPace(kSecond);
@@ -148,7 +148,7 @@ TEST_P(SessionTest, goesToAGoalBehindIt) {
             "the robot can't get to 20.00, 3.00 m: no free way leads there");
 }
 
-TEST_P(SessionTest, aFaultIsToldUntilItIsTakenBack) {
+TEST_P(SessionTest, aFaultIsListedUntilItIsCleared) {
   const FaultCommand stuck{"FrontSonar", robot::FaultKind::stuck};
   if (!GetParam()) {
     EXPECT_THAT(errorOf([&] { execute(*sut, "page", stuck); }), HasSubstr("a virtual robot"));

@@ -52,14 +52,14 @@ TEST(EventLoop, anExceptionIsLoggedAndHurtsNobody) {
                                            "error ko.EventLoop.asyncDelay: unknown exception"));
 }
 
-TEST(EventLoop, refusesACallThatIsNone) {
+TEST(EventLoop, refusesAnEmptyFunction) {
   const auto kRefused =
       ThrowsMessage<std::invalid_argument>("EventLoop: there is no function to call");
   EXPECT_THAT([] { getEventLoop().post({}); }, kRefused);
   EXPECT_THAT([] { getEventLoop().asyncDelay({}, milliseconds(1)); }, kRefused);
 }
 
-TEST(Future, ofNoCallIsNeitherFinishedNorCancelled) {
+TEST(Future, anEmptyFutureIsNeitherFinishedNorCancelled) {
   Future<void> sut;
   sut.cancel();
   EXPECT_FALSE(sut.isFinished());
@@ -89,7 +89,7 @@ TEST(Future, cancellingReleasesWhatTheCallCaptured) {
   EXPECT_EQ(token.use_count(), 1);
 }
 
-TEST(Future, whatACallCapturedIsReleasedBeforeItCountsAsFinished) {
+TEST(Future, capturesAreReleasedBeforeTheCallCountsAsFinished) {
   SimulatedTime time;
   Future<void> sut;
   bool finishedFirst = true;
@@ -172,7 +172,7 @@ TEST(Future, anotherThreadThatWaitsLeavesTheCallToTheOwner) {
   EXPECT_EQ(runner, std::this_thread::get_id());
 }
 
-TEST(Future, ofARunningCallCanNotBeWaitedForInsideIt) {
+TEST(Future, aCallCantWaitForItself) {
   for (const bool simulated : {true, false}) {
     std::optional<SimulatedTime> time;
     if (simulated) time.emplace();

@@ -136,7 +136,7 @@ TEST(SimulatedTime, sleepsOfOtherThreadsWaitForTheOwner) {
   for (int i = 0; i < 50; ++i) EXPECT_EQ(awoke[i], timeAtMs(20 * (i + 1)));
 }
 
-TEST(SimulatedTime, whatStillWaitsWhenTheScopeEndsNeverRunsAndIsReleased) {
+TEST(SimulatedTime, pendingCallsAreReleasedAndNeverRunAfterTheScope) {
   const auto token = std::make_shared<int>(0);
   const auto touch = [token] { ++*token; };
   PeriodicTask task;
@@ -167,7 +167,7 @@ TEST(SimulatedTime, whatStillWaitsWhenTheScopeEndsNeverRunsAndIsReleased) {
   task.stop();
 }
 
-TEST(SimulatedTime, whatWasStartedBeforeStaysWithTheMachine) {
+TEST(SimulatedTime, tasksStartedBeforeKeepTheMachinesClock) {
   std::thread::id runner;
   auto future =
       getEventLoop().asyncDelay([&] { runner = std::this_thread::get_id(); }, milliseconds(5));

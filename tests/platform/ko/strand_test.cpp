@@ -114,7 +114,7 @@ TEST(Strand, mayBeStoppedAndDestroyedByItsOwnCall) {
   EXPECT_FALSE(ranLater);
 }
 
-TEST(Strand, thatIsNeverIdleLeavesItsThreadToOthersNowAndThen) {
+TEST(Strand, aBusyStrandYieldsItsThreadNowAndThen) {
   test::PoolHold allButOne(test::kPoolThreads - 1);
   std::atomic<bool> otherRan{false};
   std::latch done(1);

@@ -58,7 +58,7 @@ TEST(Transform, isBuiltFromTwelveFloatsByRowsOnly) {
               ThrowsMessage<std::invalid_argument>(HasSubstr("2 given")));
 }
 
-TEST(Transform, aPoseSurvivesTheWayThroughATransform) {
+TEST(Transform, aPoseConvertedToATransformAndBackIsUnchanged) {
   const Pose2D pose = pose2DFromTransform(transformFromPose2D(Pose2D(1.5f, -2.5f, 0.7f)));
   EXPECT_FLOAT_EQ(pose.x, 1.5f);
   EXPECT_FLOAT_EQ(pose.y, -2.5f);
@@ -77,7 +77,7 @@ TEST(Transform, rotationFrom3DRotationTurnsAboutXThenYThenZ) {
              Position3D(0, 0, 1));
 }
 
-TEST(AxisRotationProjection, ofAnAxisWithoutDirectionIsRefused) {
+TEST(AxisRotationProjection, anAxisOfLengthZeroIsRefused) {
   EXPECT_THROW(axisRotationProjection({0, 0, 0}, Transform()), std::invalid_argument);
   EXPECT_THROW(axisRotationProjection({NAN, 0, 1}, Transform()), std::invalid_argument);
 }

@@ -78,7 +78,7 @@ TEST_F(QVBrokerTest, aWrongCallNamesModuleMethodExpectedAndGiven) {
   for (const auto& [actual, expected] : cases) EXPECT_EQ(actual, expected);
 }
 
-TEST_F(QVBrokerTest, whatAMethodThrowsArrivesAsAnErrorOfTheMiddleware) {
+TEST_F(QVBrokerTest, anExceptionOfAMethodArrivesAsAQVError) {
   module->bindMethod("standard", [] { throw std::runtime_error("broke"); });
   module->bindMethod("own", [] { throw QVError("Deeper", "dig", "rock"); });
   module->bindMethod("foreign", [] { throw 42; });

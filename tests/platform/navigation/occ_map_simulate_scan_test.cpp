@@ -77,7 +77,7 @@ TEST(ScanFan, includesBothEdgesAndItsMiddle) {
   }
 }
 
-TEST(ScanFan, aFullTurnLooksInNoDirectionTwice) {
+TEST(ScanFan, aFullTurnHasNoDirectionTwice) {
   for (const float turn : {2 * kPi, 100.0f, kInfinity}) {
     EXPECT_THAT(anglesOf(turn, 4), testing::ElementsAre(-kPi, -kPi / 2, 0.0f, kPi / 2));
   }
@@ -154,7 +154,7 @@ TEST(Scan, aPoseOutsideTheMapCastsIntoIt) {
   expectHit(look(draw({"#"}), {-0.3f, -0.2f, std::atan2(0.2f, 0.4f)}), std::sqrt(0.2f));
 }
 
-TEST(Scan, startsFarAwayAndAbsurdlyLongRangesEnd) {
+TEST(Scan, farStartsAndHugeRangesTerminate) {
   const OccupancyMap map = draw({"....", ".#..", "...."});
   const float far[] = {1e6f, 1e12f, 1e30f, std::numeric_limits<float>::max()};
   for (const float distance : far) {

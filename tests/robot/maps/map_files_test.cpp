@@ -196,7 +196,7 @@ TEST_F(MapFilesTest, aWrongImageIsRefusedByName) {
   }
 }
 
-TEST_F(MapFilesTest, aPngThatWouldBeNarrowedOrEndsEarlyIsRefused) {
+TEST_F(MapFilesTest, a16BitOrTruncatedPngIsRefused) {
   const Yaml yaml{.image = "image.png"};
   const std::string path = folder / "image.png";
   cv::imwrite(path, cv::Mat(2, 2, CV_16U, cv::Scalar(40000)));
@@ -262,7 +262,7 @@ TEST(ShippedMaps, areWhatTheWriterWrites) {
   }
 }
 
-TEST_F(MapFilesTest, whatCantBeWrittenIsSaid) {
+TEST_F(MapFilesTest, anUnwritableMapFileIsNamedInTheError) {
   const OccupancyMap map(1, 1, 0.05f, {});
   EXPECT_THAT([&] { saveMap(map, folder / "map.pgm"); },
               ThrowsMessage<std::runtime_error>(

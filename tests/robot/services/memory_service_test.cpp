@@ -92,7 +92,7 @@ TEST_F(MemoryServiceTest, aKeyChangesItsTypeUntilItIsConnected) {
   EXPECT_EQ(sut.getData("key"), QVValue(2.5f));
 }
 
-TEST_F(MemoryServiceTest, whatCannotBeDoneNamesTheKeyAndTheType) {
+TEST_F(MemoryServiceTest, errorsNameTheKeyAndTheType) {
   sut.insertData("list", QVValue::array(1));
   sut.insertData("flag", true);
   sut.insertData("int", 5);
@@ -246,7 +246,7 @@ TEST_F(MemoryServiceTest, unsubscribingWaitsForTheDeliveryInProgress) {
   EXPECT_TRUE(left);
 }
 
-TEST_F(MemoryServiceTest, ofTheEventsForASubscriberThatHangsTheOldestAreDroppedAndCounted) {
+TEST_F(MemoryServiceTest, theOldestEventsForAHangingSubscriberAreDroppedAndCounted) {
   test::LogCapture log;
   std::latch entered(1);
   std::latch goingOn(1);
@@ -273,7 +273,7 @@ TEST_F(MemoryServiceTest, ofTheEventsForASubscriberThatHangsTheOldestAreDroppedA
   EXPECT_EQ(heard[1], QVValue(4));
 }
 
-TEST_F(MemoryServiceTest, theServiceMayGoInTheMiddleOfADelivery) {
+TEST_F(MemoryServiceTest, theServiceMayBeDestroyedDuringADelivery) {
   std::latch entered(1);
   std::latch leaving(1);
   std::atomic<bool> left{false};

@@ -117,7 +117,7 @@ void expectEveryJointWhereTheDescriptionPutsIt(const Model::Robot& robot) {
   }
 }
 
-TEST(MotionService, placesEveryJointOfARobotOfAllKindsOfThem) {
+TEST(MotionService, placesJointsOfEveryType) {
   expectEveryJointWhereTheDescriptionPutsIt(Model::ModelUtils::robotFromXml(kDescription));
 }
 
@@ -170,7 +170,7 @@ TEST_F(MotionServiceTest, theGroundFrameStaysBelowWhileTheBodyFrameGoesAlong) {
   expectNear(ask("base", 0), at(0, 0, -0.75f));
 }
 
-TEST_F(MotionServiceTest, commandsCountOnlyWhenSensorValuesAreNotWanted) {
+TEST_F(MotionServiceTest, commandedPositionsAreUsedOnlyIfMeasuredOnesAreNotRequested) {
   sut->setJointPositions({{"mast", 0.2}, {"elbow", 1.0}});
   sut->setJointCommands({{"mast", 0.4}});
   EXPECT_FLOAT_EQ(ask("torso", 1, true)(2, 3), 0.7f);

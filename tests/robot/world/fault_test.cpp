@@ -14,7 +14,7 @@ TEST(Fault, isReadFromItsText) {
       (Fault{"Sonar/Front", FaultKind::intermittent, milliseconds(1500), milliseconds(20000)}));
 }
 
-TEST(Fault, whatIsNoFaultIsRefusedWithWhatIsOne) {
+TEST(Fault, aMalformedFaultIsRefusedWithTheExpectedForm) {
   for (const char* text : {"", "FrontSonar", ":off"}) {
     EXPECT_THAT(errorOf([&] { parseFault(text); }), HasSubstr("NAME:KIND or NAME:KIND@FROM-TO"))
         << text;
@@ -28,7 +28,7 @@ TEST(Fault, whatIsNoFaultIsRefusedWithWhatIsOne) {
   }
 }
 
-TEST(Fault, oneThatMakesNoSenseForARobotIsRefused) {
+TEST(Fault, aFaultThatTheRobotCantHaveIsRefused) {
   VirtualRobot robot(QV_DESCRIPTIONS "/porter.urdf", test::makeRoom(), {{5.0f, 3.0f, 0.0f}});
   EXPECT_EQ(errorOf([&] { robot.setFault("FrontBumper", FaultKind::slow); }),
             "fault: \"slow\" makes no sense for \"FrontBumper\", possible are off, stuck, "

@@ -59,7 +59,7 @@ TEST(RangeNoise, hasTheDeviationAndTheLossesThatAreAskedForWithoutBias) {
   }
 }
 
-TEST(RangeNoise, ofTwoSensorsOrSeedsHasNothingInCommon) {
+TEST(RangeNoise, isIndependentForEachSensorAndSeed) {
   const auto ranges = draw(noisy(1), "FrontLaser");
   EXPECT_EQ(draw(noisy(1), "FrontLaser"), ranges);
   for (const auto& other : {draw(noisy(1), "LeftLaser"), draw(noisy(2), "FrontLaser"),

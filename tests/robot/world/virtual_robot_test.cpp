@@ -117,7 +117,7 @@ TEST_F(VirtualRobotTest, drivesAsItIsTold) {
   EXPECT_THAT(robot().getOdometry(), IsPose(0.8, 2.4, kHalfCircle)) << "does not notice";
 }
 
-TEST_F(VirtualRobotTest, odometryDriftsByItsShareAndTheSame) {
+TEST_F(VirtualRobotTest, odometryDriftsByTheGivenShareAndReproducibly) {
   world.odometryDrift = 0.05f;
   robot().setVelocity(0.5f, 0.0f, 0.0f);
   run(4000);
@@ -153,7 +153,7 @@ TEST_F(VirtualRobotTest, aWallStopsItAndPressesTheBumperOnThatSide) {
   EXPECT_EQ(robot().getCollisionCount(), 2u);
 }
 
-TEST_F(VirtualRobotTest, boxesAndPeopleStopItTooUnlessTheyLeaveRoom) {
+TEST_F(VirtualRobotTest, boxesAndPeopleStopItUnlessItCanPass) {
   WorldBox shelf{{7.0f, 3.0f, 0.0f}, 0.4f, 0.4f, 1.5f, 2.0f};
   world.boxes = {shelf, {{8.0f, 3.0f, 0.0f}, 0.4f, 0.4f, 0.0f, 0.05f}};
   world.people = {{{{2.0f, 3.0f}}}};
@@ -272,7 +272,7 @@ TEST_F(VirtualRobotTest, aDropOutHasNoEcho) {
   EXPECT_EQ(sonar("Front"), kFree);
 }
 
-TEST_F(VirtualRobotTest, ofFaultsThatOverlapTheOneSetLastCounts) {
+TEST_F(VirtualRobotTest, theFaultSetLastCountsAmongOverlappingOnes) {
   world.start = {7.0f, 3.0f, 0.0f};
   EXPECT_EQ(sonar("Back"), kFree) << "nothing within its 4 m";
   const float sound = sonar("Front");
@@ -314,7 +314,7 @@ TEST_F(VirtualRobotTest, refusesAWorldThatMakesNoSense) {
               HasSubstr("has a module \"VirtualRobot\" already"));
 }
 
-TEST_F(VirtualRobotTest, itsServicesOutliveItAndTheBodyStandsStill) {
+TEST_F(VirtualRobotTest, itsServicesMayOutliveItAndItsBodyThenStops) {
   const auto services = broker();
   robot().setVelocity(1.0f, 0.0f, 0.0f);
   sonar("Front");

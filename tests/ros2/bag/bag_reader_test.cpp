@@ -102,7 +102,7 @@ TEST_F(BagReaderTest, aDamagedChunkIsSkippedAndCounted) {
   }
 }
 
-TEST_F(BagReaderTest, aSummaryThatCanNotBeTrustedIsDoneWithout) {
+TEST_F(BagReaderTest, anInvalidSummaryIsIgnored) {
   const Damaged whole = make();
   const std::size_t index = whole.find(8, 3) + kHead;
   using Damage = std::function<void(Damaged&)>;
@@ -131,7 +131,7 @@ TEST_F(BagReaderTest, aSummaryThatCanNotBeTrustedIsDoneWithout) {
   }
 }
 
-TEST_F(BagReaderTest, aLengthThatLiesCostsOneChunkWithAndWithoutAnIndex) {
+TEST_F(BagReaderTest, aWrongLengthLosesOnlyOneChunk) {
   const Damaged whole = make();
   const std::size_t second = whole.find(kChunk, 1);
   for (const bool indexed : {true, false}) {
@@ -157,7 +157,7 @@ TEST_F(BagReaderTest, theCrcOverAllDataFindsWhatNoOtherOneCovers) {
               ElementsAre(HasSubstr("the CRC of all before is wrong")));
 }
 
-TEST_F(BagReaderTest, anEndOfAllDataThatIsTooLongIsDamageAndNoMore) {
+TEST_F(BagReaderTest, aDataEndRecordThatIsTooLongCountsAsDamage) {
   constexpr std::uint64_t kLength = 1500;
   Damaged damaged = make();
   damaged.dropSummary();
@@ -224,7 +224,7 @@ TEST_F(BagReaderTest, messagesOutOfOrderComeInOrderInBoundedMemory) {
   EXPECT_FALSE(sut->next());
 }
 
-TEST_F(BagReaderTest, channelsThatAreToldBehindTheirMessagesKeepThemInOrder) {
+TEST_F(BagReaderTest, messagesBeforeTheirChannelRecordKeepTheirOrder) {
   const mcap::Schema schema{1, "std_msgs/msg/String", "ros2msg", "string data\n"};
   const auto write = [](Bytes& bytes, std::uint16_t channel, std::uint64_t time) {
     append(bytes, mcap::Message{channel, 0, time, time, {}});
@@ -248,7 +248,7 @@ TEST_F(BagReaderTest, channelsThatAreToldBehindTheirMessagesKeepThemInOrder) {
 }
 
 // What costs a few bytes in a file must not cost many in memory, nor again and again.
-TEST_F(BagReaderTest, whatAFileSaysOfItselfIsBoundedAndTheRestIsRead) {
+TEST_F(BagReaderTest, hugeMetadataIsRefusedAndTheMessagesAreRead) {
   const std::string words(1000, 'x');
   Bytes bytes(mcap::kMagic.begin(), mcap::kMagic.end());
   append(bytes, mcap::Schema{1, "std_msgs/msg/String", "ros2msg", words});
@@ -314,7 +314,7 @@ std::string refusalOf(const std::string& path) {
   return "opened";
 }
 
-TEST_F(BagReaderTest, whatIsNoRecordingIsRefused) {
+TEST_F(BagReaderTest, aFileThatIsNoRecordingIsRefused) {
   const auto expectRefusal = [](const std::string& path, const std::string& text) {
     EXPECT_EQ(refusalOf(path), path + ": " + text);
   };

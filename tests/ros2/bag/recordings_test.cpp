@@ -161,7 +161,7 @@ std::string contentOf(const std::string& path) {
   return text;
 }
 
-TEST_P(RecordingsTest, whatIsLeftOfACutOneIsRecovered) {
+TEST_P(RecordingsTest, theIntactPartOfACutRecordingIsRecovered) {
   const test::TemporaryFolder folder;
   const std::string whole = folder / "whole.mcap";
   const BagInfo info = recoverBag(path, whole);

@@ -148,7 +148,7 @@ std::string refusalWith(const std::map<std::string, std::string>& variables) {
   return "taken";
 }
 
-TEST(GraphOptions, refuseValuesThatAreNone) {
+TEST(GraphOptions, refuseInvalidValues) {
   for (const char* const value : {"-1", "102", "ten", "1.5"})
     EXPECT_EQ(
         refusalWith({{"ROS_DOMAIN_ID", value}}),

@@ -79,7 +79,7 @@ TEST_F(GraphTest, demandComesAndGoesWithTheSubscriptions) {
   EXPECT_THAT(counts.get(), ElementsAre(1, 2, 1, 0));
 }
 
-TEST_F(GraphTest, whoComesLateHearsTheLastMessageOfALatchedTopic) {
+TEST_F(GraphTest, aLateSubscriberGetsTheLastMessageOfATransientLocalTopic) {
   const Qos latched{true, true, 1};
   const auto publisher = robot->publish("/map_name", std_msgs::String::getType(), latched);
   publisher->write(std_msgs::String{"first"});
@@ -129,7 +129,7 @@ TEST_F(GraphTest, findsTopicsOfOthersAndRemapsOwn) {
   EXPECT_TRUE(graph.findTopics().empty());
 }
 
-TEST_F(GraphTest, refusesNamesThatAreNone) {
+TEST_F(GraphTest, refusesInvalidNames) {
   for (const char* const topic : {"", "/", "scan/", "a//b", "2d", "front-scan", "~scan"}) {
     try {
       robot->publish(topic, std_msgs::String::getType());

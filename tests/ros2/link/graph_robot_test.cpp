@@ -44,7 +44,7 @@ std::map<std::string, std::set<Bytes>> messagesIn(const std::string& path) {
   return messages;
 }
 
-TEST_F(GraphRobotTest, tellsWhatARecordingOfTheSameRunHolds) {
+TEST_F(GraphRobotTest, publishesTheMessagesThatARecordingOfTheSameRunHas) {
   GraphRobotOptions options;
   options.noEchoIsInfinite = true;
   const test::TemporaryFolder folder;
@@ -96,7 +96,7 @@ std::map<std::int64_t, std::int64_t> timesOf(Heard& heard) {
   return times;
 }
 
-TEST_F(GraphRobotTest, clockAndFramesGoAheadOfWhatIsStampedWithThem) {
+TEST_F(GraphRobotTest, clockAndTfAreSentBeforeMessagesOfTheSameStamp) {
   RobotOnGraph sut(*session);
   const auto tf = sut.listen<tf2_msgs::TFMessage>("/tf");
   ASSERT_TRUE(sut.runUntil([&] { return !tf->isEmpty() && !sut.clock->isEmpty(); }));
@@ -186,7 +186,7 @@ geometry_msgs::PoseWithCovarianceStamped poseAt(double x, const geometry_msgs::Q
   return pose;
 }
 
-TEST_F(GraphRobotTest, isPutAndSentWhereItIsAsked) {
+TEST_F(GraphRobotTest, obeysInitialposeAndGoalPose) {
   RobotOnGraph sut(*session);
   const auto poses =
       sut.tool->publish("/initialpose", geometry_msgs::PoseWithCovarianceStamped::getType());
@@ -199,7 +199,7 @@ TEST_F(GraphRobotTest, isPutAndSentWhereItIsAsked) {
   EXPECT_EQ(session->look().goal, Math::Position2D(5.0f, 6.3f));
 }
 
-TEST_F(GraphRobotTest, refusesNonsenseWithOneLineUntilItIsRight) {
+TEST_F(GraphRobotTest, logsOneLineForInvalidCommandsUntilAValidOneComes) {
   RobotOnGraph sut(*session);
   const auto velocities = sut.tool->publish("/cmd_vel", geometry_msgs::Twist::getType());
   const auto stamped = sut.tool->publish("/cmd_vel", geometry_msgs::TwistStamped::getType());
@@ -241,7 +241,7 @@ TEST_F(GraphRobotTest, refusesNonsenseWithOneLineUntilItIsRight) {
   EXPECT_EQ(session->getPose(), *test::busyWorld().start);
 }
 
-TEST_F(GraphRobotTest, somebodyElsesNavigationHasTheMapToItself) {
+TEST_F(GraphRobotTest, withNavigationOthersItPublishesNoMapFrame) {
   GraphRobotOptions options;
   options.knowsItsWay = false;
   RobotOnGraph sut(*session, options);
@@ -255,7 +255,7 @@ TEST_F(GraphRobotTest, somebodyElsesNavigationHasTheMapToItself) {
     EXPECT_TRUE(!wire.isInput || wire.topic.name == "/cmd_vel") << wire.topic.name;
 }
 
-TEST(GraphRange, thatMetNothingIsTheGreatestUnlessItIsToBeInfinite) {
+TEST(GraphRange, aMissIsMaxRangeOrInfinityAsConfigured) {
   for (const bool isInfinite : {false, true}) {
     const auto session = session::openVirtual("porter", test::inRoom({9.0f, 3.0f, 0.0f}));
     GraphRobotOptions options;
@@ -268,7 +268,7 @@ TEST(GraphRange, thatMetNothingIsTheGreatestUnlessItIsToBeInfinite) {
   }
 }
 
-TEST(GraphKind, eachFanIsAScanAndEachEchoARange) {
+TEST(GraphKind, aSimulatedLaserIsALaserScanAndASonarARange) {
   const auto session = session::openSimulated(-1, test::inRoom({3.0f, 3.0f, 0.5f}));
   RobotOnGraph sut(*session);
   const auto scans = sut.listen<sensor_msgs::LaserScan>("/Laser/scan");
@@ -317,7 +317,7 @@ std::vector<WireTopic> topicsOf(session::Session& session, const GraphRobotOptio
   return GraphRobot(graph, session, options).getTopics();
 }
 
-TEST_F(GraphRobotTest, hasItsTopicsAndFramesWhereTheyAreWanted) {
+TEST_F(GraphRobotTest, usesTheConfiguredNamespacesAndFrames) {
   GraphRobotOptions options;
   options.nameSpace = "/robot1";
   const auto find = [&](const std::string& name) {

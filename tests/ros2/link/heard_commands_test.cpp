@@ -158,7 +158,7 @@ TEST_F(HeardCommandsTest, listsSavesAndReadsWhatIsOnTheGraph) {
   }
 }
 
-TEST_F(HeardCommandsTest, refusesAnEmptyGraphByALine) {
+TEST_F(HeardCommandsTest, refusesAnEmptyGraphWithAMessage) {
   app::expectRefused({{"read", "--from-ros2"}, "--from-ros2: on the graph a topic of LaserScan"});
   app::expectRefused({{"list", "--from-ros2", "--use-sim-time"}, "--from-ros2: somebody expected"});
   app::expectRefused({{"list", "--from-ros2", "--from-remap", "a"}, "--from-remap: FROM:=TO"});

@@ -121,7 +121,7 @@ struct HeardRobotTest : testing::Test {
       publish("/tf_static", tf2_msgs::TFMessage::getType(), {true, true, 1});
 };
 
-TEST_F(HeardRobotTest, topicsMakeSensorsThatMeasureWhatTheySay) {
+TEST_F(HeardRobotTest, sensorsAreDerivedFromTopicsAndGiveTheirValues) {
   startSensors();
   others.push_back(publish("/tf", tf2_msgs::TFMessage::getType()));
   robot.say("tf", [tf = others[0].get()](const Stamp& now) {
@@ -170,7 +170,7 @@ TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   EXPECT_NEAR(Math::norm(findRecord(records, "scan")->points.at(0)), 0.5f, 1e-4f);
 }
 
-TEST_F(HeardRobotTest, aPublisherThatDiesTakesItsReadingsAlongAndBringsThemBack) {
+TEST_F(HeardRobotTest, recordsStopWithTheirPublisherAndReturnWithIt) {
   startSensors();
   const auto sut = open();
   sut->subscribe("test", {"scan", "sonar"});
@@ -260,7 +260,7 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
   EXPECT_GT(comparison.records, 50u);
 }
 
-TEST_F(HeardRobotTest, drivesByWhatIsListenedTo) {
+TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {
   startSensors();
   std::mutex mutex;
   std::vector<geometry_msgs::Twist> twists;
@@ -287,7 +287,7 @@ TEST_F(HeardRobotTest, drivesByWhatIsListenedTo) {
   EXPECT_THROW(sut->setPose({}), session::UsageError);
 }
 
-TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
+TEST_F(HeardRobotTest, topicsComeFromTheDescriptionElseFromTheDefaultNames) {
   const std::string description = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
     <link name="arm"/><joint name="lift" type="prismatic"><parent link="base_link"/>
       <child link="arm"/><axis xyz="0 0 1"/><limit lower="0" upper="1" effort="1" velocity="1"/></joint>
@@ -344,7 +344,7 @@ TEST_F(HeardRobotTest, aManagerOfOnesOwnReadsItInTheMachinesTime) {
   sut.obey(nullptr);
 }
 
-TEST_F(HeardRobotTest, whatMakesNoSensorIsRefused) {
+TEST_F(HeardRobotTest, aGraphWithoutSensorTopicsIsRefused) {
   EXPECT_THAT([&] { open(); },
               testing::ThrowsMessage<std::runtime_error>(
                   "on the graph a topic of LaserScan, Range, a depth Image or PointCloud2 "

@@ -164,7 +164,7 @@ bool hasPoints(const std::map<std::string, Records>& records, const std::string&
 }
 
 // What a robot's library made of its sensors, somebody else's makes of its topics.
-TEST(RoundTrip, whoHearsARobotHasItsRecords) {
+TEST(RoundTrip, aRobotReadFromTheGraphHasTheSameRecords) {
   auto world = test::busyWorld();
   world.map = test::makeRoom();
   world.start = Math::Pose2D(3.0f, 3.0f, 0.0f);

@@ -77,7 +77,7 @@ TEST(MessageTypes, namesAndSchemaFollowFromTheFields) {
   EXPECT_EQ(findMessageType("geometry_msgs/Twist"), nullptr);
 }
 
-TEST(Cdr, everyMessageReturnsAsItWas) {
+TEST(Cdr, everyMessageSurvivesEncodingAndDecoding) {
   for (const MessageType* const type : getMessageTypes()) {
     SCOPED_TRACE(type->getName());
     const auto message = test::fillMessage(*type);
@@ -154,7 +154,7 @@ std::string refusalOf(const Bytes& cdr) {
   return "read";
 }
 
-TEST(Cdr, whatIsNoMessageIsRefusedWithItsPlace) {
+TEST(Cdr, malformedCdrIsRefusedWithItsByte) {
   using std_msgs::String;
   const HandWritten little(std::endian::little);
   EXPECT_EQ(refusalOf<String>({0, 1}), "std_msgs/msg/String, byte 0: 4 bytes expected, 2 given");

@@ -150,7 +150,7 @@ class Listener {
   ko::Clock::time_point last;
 };
 
-TEST_F(NetworkTest, whatABadNetworkBringsIsRightAndWhatItDoesNotBringGrowsOld) {
+TEST_F(NetworkTest, onABadNetworkRecordsAreCorrectOrLate) {
   const auto robot =
       networks.robot.run([] { return std::make_unique<WallClockRobot>(inTheNetwork()); });
   networks.cable->beBad(true);
@@ -232,7 +232,7 @@ class Tool {
   std::vector<std::unique_ptr<Subscription>> subscriptions;
 };
 
-TEST_F(NetworkTest, hardwareStopsWhenItsReaderIsKilledOrCutOffAndStartsWhenHeIsBack) {
+TEST_F(NetworkTest, aSensorStopsWhenItsReaderIsLostAndStartsWhenItReturns) {
   test::ChildProcess reader;
   reader.start([&] {
     Tool tool(networks.tool);

@@ -59,7 +59,7 @@ TEST_F(SessionRecorderTest, theSameSeedGivesTheSameBytes) {
   EXPECT_EQ(bytesOf(path), bytesOf(folder / "again.mcap"));
 }
 
-TEST_F(SessionRecorderTest, othersFindMapFramesMeasurementsAndPointsSomeOfThemOfACamera) {
+TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) {
   const auto session = session::openVirtual("porter", test::busyWorld());
   recordSession(*session, path, 20);
   const Contents sut(path);
@@ -133,7 +133,7 @@ TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
 }
 
 // Few messages and small ones: only time has them written.
-TEST_F(SessionRecorderTest, whoeverIsKilledHasAllInTheFileButTheLastSeconds) {
+TEST_F(SessionRecorderTest, afterAKillOnlyTheLastSecondsAreMissing) {
   test::ChildProcess process;
   process.start([&] {
     const auto own = session::openSimulated(1);
@@ -159,7 +159,7 @@ TEST_F(SessionRecorderTest, whoeverIsKilledHasAllInTheFileButTheLastSeconds) {
   EXPECT_EQ(test::compareSession(path).difference, "");
 }
 
-TEST_F(SessionRecorderTest, theWorldAndItsFaultsOfBeforeAreRecorded) {
+TEST_F(SessionRecorderTest, theWorldAndFaultsSetBeforehandAreRecorded) {
   auto options = test::busyWorld();
   options.faults = {robot::parseFault("FrontSonar:off@1-2")};
   recordSession(*session::openVirtual("porter", options), path, 0);

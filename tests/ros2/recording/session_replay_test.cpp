@@ -148,7 +148,7 @@ TEST_F(SessionReplayTest, theFirstDifferenceIsNamedBySensorTimeAndField) {
               testing::AllOf(HasSubstr("LeftLaser at"), HasSubstr(": points[2].y is ")));
 }
 
-TEST_F(SessionReplayTest, otherInputsGiveOtherRecords) {
+TEST_F(SessionReplayTest, changedInputsGiveChangedRecords) {
   int changed = 0;
   copyBag(porterSession(10), copy, true, [&](const BagTopic& topic, Bytes& data) {
     if (topic.name != "/qv/inputs" || changed++ != 60) return;
@@ -282,7 +282,7 @@ TEST_F(SessionReplayTest, aLookWhosePointsAreMissingIsLeftOut) {
   EXPECT_EQ(comparison.difference, "");
 }
 
-TEST_F(SessionReplayTest, whatCanNotBePlayedIsRefusedByALineThatSaysWhy) {
+TEST_F(SessionReplayTest, anUnplayableRecordingIsRefusedWithTheReason) {
   { BagWriter(path).addTopic(makeBagTopic("/text", std_msgs::String::getType())); }
   EXPECT_THAT([&] { SessionReplay replay(path); },
               testing::ThrowsMessage<std::runtime_error>(StartsWith(

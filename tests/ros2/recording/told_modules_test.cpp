@@ -121,7 +121,7 @@ struct ToldModulesTest : testing::Test {
   sensor::NavigationModule navigation{sut.getBroker()};
 };
 
-TEST_F(ToldModulesTest, aSensorThatWasToldNothingHasNoRecord) {
+TEST_F(ToldModulesTest, aSensorWithoutMessagesHasNoRecord) {
   for (const char* const sensor : {"scan", "sonar", "depth", "cloud"})
     EXPECT_THAT(recordsOf(sensor), IsEmpty()) << sensor;
   tell({"/scan", scan()});
@@ -135,7 +135,7 @@ TEST_F(ToldModulesTest, aSensorThatWasToldNothingHasNoRecord) {
   EXPECT_THAT(recordsOf("sonar"), IsEmpty());
 }
 
-TEST_F(ToldModulesTest, ofBeamsInAnotherNumberTheNearestCount) {
+TEST_F(ToldModulesTest, aScanWithMoreBeamsThanKeysKeepsTheNearestOfEachGroup) {
   auto message = scan(10);
   message.angle_increment = 2.0f / 9.0f;
   message.ranges[3] = 0.7f;
@@ -151,7 +151,7 @@ TEST_F(ToldModulesTest, ofBeamsInAnotherNumberTheNearestCount) {
   EXPECT_EQ(recordsOf("scan").at(0).points.size(), 5u);
 }
 
-TEST_F(ToldModulesTest, whatCanNotBeUnderstoodIsRefusedByOneLineAndTheOthersGoOn) {
+TEST_F(ToldModulesTest, aBadMessageIsLoggedOnceAndOtherTopicsGoOn) {
   struct Bad {
     Told told;
     std::string expected;
@@ -206,7 +206,7 @@ TEST_F(ToldModulesTest, rangesOfHumbleAreUnderstood) {
   EXPECT_NEAR(Math::norm(recordsOf("sonar").at(0).points.at(7)), 1.25f, 1e-5f);
 }
 
-TEST_F(ToldModulesTest, soundFramesOfAMessageCountBesideOnesThatAreNone) {
+TEST_F(ToldModulesTest, validTransformsOfAMessageAreUsedBesideInvalidOnes) {
   auto frames = frame("odom", "base_link");
   frames.transforms[0].transform.translation.x = 3.0;
   frames.transforms.insert(frames.transforms.begin(), frame("laser", "laser").transforms[0]);

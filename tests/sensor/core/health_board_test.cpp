@@ -55,7 +55,7 @@ struct HealthBoardTest : testing::Test {
   std::map<std::string, std::string> faults;
 };
 
-TEST_F(HealthBoardTest, believesNoFaultThatOurClockMakesByItself) {
+TEST_F(HealthBoardTest, ignoresFaultsCausedByTheProcessClockAlone) {
   for (const auto& [what, clock] : kClocks) {
     SCOPED_TRACE(what);
     for (int cycle = 0; cycle < kCycles; ++cycle) runCycle(clock(cycle));
@@ -70,7 +70,7 @@ TEST_F(HealthBoardTest, believesNoFaultThatOurClockMakesByItself) {
   }
 }
 
-TEST(HealthRule, refusesWhatItCantReadAndSaysWhatItExpects) {
+TEST(HealthRule, refusesAMalformedRuleAndSaysWhatIsExpected) {
   const std::string names =
       "start, silence, age, reading, garbage, turn, distance, disagreement, recovery";
   const std::vector<std::pair<const char*, std::string>> cases{

@@ -96,7 +96,7 @@ struct Sensor3DFilteringTest : Sensor3DTest {
   cv::RNG random{42};
 };
 
-TEST_F(Sensor3DFilteringTest, agreesWithThePlainFormOnRecordedFrames) {
+TEST_F(Sensor3DFilteringTest, agreesWithTheReferenceImplementationOnRecordedImages) {
   const auto frames = withThinned(test::loadDepthFrames());
   if (frames.empty()) GTEST_SKIP() << "QV_DATA does not name the real data";
   make(kHighResolutionModel);
@@ -133,7 +133,7 @@ TEST_F(Sensor3DFilteringTest, takesLabelsThatHaveNothingToDoWithTheDepth) {
   }
 }
 
-TEST_F(Sensor3DFilteringTest, pruningGoesForListsThatWereThereBefore) {
+TEST_F(Sensor3DFilteringTest, smallListsThatTheCallerPassesAreDroppedToo) {
   make();
   fill({0, 0, 320, 100}, 1000);
   Scans scans = {Scans::value_type(767), Scans::value_type(768)};

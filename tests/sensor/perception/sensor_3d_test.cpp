@@ -38,7 +38,7 @@ TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
               ElementsAre(kError + "xComputeXYZCoordinates: Sensor3D filtering value x : 15001"));
 }
 
-TEST_F(Sensor3DTest, whatFailsLeavesTheLastGoodImageButARelease) {
+TEST_F(Sensor3DTest, afterAFailureTheLastGoodImageStaysExceptAfterAFailedRelease) {
   startBefore(1000);
   const auto before = next();
   const cv::Mat_<std::uint16_t> later(depth.size(), std::uint16_t{2000});
@@ -105,7 +105,7 @@ TEST_F(Sensor3DTest, readersSeeWholeImagesWhileTheMemoryOfOldOnesIsUsedAgain) {
   EXPECT_EQ(torn, 0);
 }
 
-TEST_F(Sensor3DTest, whatIsNoDepthImageIsRefusedAndTheLastGoodOneStays) {
+TEST_F(Sensor3DTest, anImageThatIsNotDepthIsRefusedAndTheLastGoodOneStays) {
   startBefore(1000);
   const auto before = next();
   ASSERT_THAT(before, SizeIs(1));
@@ -144,7 +144,7 @@ TEST_F(Sensor3DTest, aCameraThatFailsToTellItsAnglesIsAskedAgain) {
   EXPECT_THAT(next(), SizeIs(1));
 }
 
-TEST_F(Sensor3DTest, noHandleIsLeftButWhereGivingItBackFailed) {
+TEST_F(Sensor3DTest, allHandlesAreReleasedExceptWhereTheReleaseFailed) {
   make();
   const std::pair<std::string, std::string> faults[] = {
       {"QVVideoDevice.subscribeCamera",
@@ -169,7 +169,7 @@ TEST_F(Sensor3DTest, noHandleIsLeftButWhereGivingItBackFailed) {
   EXPECT_THAT(video->getHandles(), SizeIs(2000));
 }
 
-TEST_F(Sensor3DTest, givesItsHandleBackOnceMoreAtItsEndWithoutATrace) {
+TEST_F(Sensor3DTest, theDestructorReleasesItsHandleAgainAndLogsNothing) {
   make();
   sut->subscribe("me");
   sut->unsubscribe("me");

@@ -43,7 +43,7 @@ struct LaserSensorTest : test::FakeRobotTest {
   }
 };
 
-TEST_F(LaserSensorTest, aReadingIsThePairsOfKeysNearerThanTheLimit) {
+TEST_F(LaserSensorTest, aReadingHasThePointsNearerThanTheMaximumRange) {
   struct Case {
     std::vector<QVValue> coordinates;
     std::vector<Position3D> points;
@@ -63,7 +63,7 @@ TEST_F(LaserSensorTest, aReadingIsThePairsOfKeysNearerThanTheLimit) {
   }
 }
 
-TEST_F(LaserSensorTest, aRecordTellsWhoMeasuredAndLiesInTheGroundPlane) {
+TEST_F(LaserSensorTest, aRecordNamesItsSensorAndLiesInTheGroundPlane) {
   motion->transform = test::tiltedFrame().toVector();
   const auto records = read({1.0f, 0.0f});
   ASSERT_EQ(records.size(), 1u);
@@ -143,7 +143,7 @@ TEST_F(LaserSensorTest, switchingSetsOrClearsTheLasersBitsOfTheMode) {
   EXPECT_EQ(broker->callsTo("DCM").at(1), "set[[\"modeActuator\", \"ClearAll\", [[7.0, 100]]]]");
 }
 
-TEST_F(LaserSensorTest, theHardwareHasUntilTheLastPollButOneToConfirm) {
+TEST_F(LaserSensorTest, aConfirmationCountsUpToTheSecondToLastPoll) {
   struct Case {
     int delayMs;
     int elapsedMs;

@@ -112,7 +112,7 @@ const std::vector<HealthCase> kHealthCases{
      "its diagnosis is bad", [](auto& t) { t.sut->setSensorDiagnosis("Left", true); }},
 };
 
-TEST_F(SensorHealthTest, eachFaultIsNamedWithItsFiguresAndHasItsWayBack) {
+TEST_F(SensorHealthTest, eachBadStateHasAReasonWithFiguresAndARemedy) {
   sut->subscribe("me");
   for (const HealthCase& fault : kHealthCases) {
     SCOPED_TRACE(fault.what);
@@ -156,7 +156,7 @@ TEST_F(SensorHealthTest, isOffUntilSomebodyWantsItAndStartingUntilItHasAFreshRec
   EXPECT_THAT(faults, ElementsAre("Left silent", "Right silent"));
 }
 
-TEST_F(SensorHealthTest, aReadingThatDoesNotReturnIsNamedWithAllThatItKeepsWaiting) {
+TEST_F(SensorHealthTest, aHangingReadingIsReportedWithAllSensorsThatWaitForIt) {
   const auto hang = [this](int ms) {
     std::string ofRight;
     left().onRead = [&, ms] {
@@ -181,7 +181,7 @@ TEST_F(SensorHealthTest, aReadingThatDoesNotReturnIsNamedWithAllThatItKeepsWaiti
 }
 
 // The machine's clock and threads, as on a robot.
-TEST(SensorHealth, aReadingThatNeverReturnsIsToldOfByATaskOfItsOwn) {
+TEST(SensorHealth, theHealthTaskReportsAReadingThatNeverReturns) {
   const test::LogCapture log;
   const auto broker = test::brokerWithMemory<QVBroker>();
   broker->registerModule(boost::make_shared<robot::DeviceManager>(broker));
@@ -204,7 +204,7 @@ TEST(SensorHealth, aReadingThatNeverReturnsIsToldOfByATaskOfItsOwn) {
   EXPECT_THAT(reason.get(), StartsWith("its reading has not returned for "));
 }
 
-TEST_F(SensorHealthTest, hardwareThatAFailedStopHasLeftOnIsNamedUntilItStops) {
+TEST_F(SensorHealthTest, hardwareLeftOnByAFailedStopIsReportedUntilItStops) {
   for (const bool throws : {false, true}) {
     sut->subscribe("me");
     time.advance(milliseconds(500));
@@ -236,7 +236,7 @@ struct HangCase {
 };
 
 // Somebody waits for it, and nobody else does.
-TEST_F(SensorHealthTest, hardwareThatHangsIsNamedUntilItReturns) {
+TEST_F(SensorHealthTest, hangingHardwareIsReportedUntilItReturns) {
   const std::vector<HangCase> cases{
       {"starts", &Fake::onStart, [](auto& sut) { sut.subscribe("me", "Left"); }, silent,
        "its hardware has been starting for 1.70 s, limit 1.50 s", sound},
@@ -285,7 +285,7 @@ TEST_F(SensorHealthTest, aSubscriptionWaitsForFreshRecordsAndSaysWhatWasMissing)
               ElementsAre(testing::Pair("Nobody", "there is no such sensor or family")));
 }
 
-TEST_F(SensorHealthTest, theOnlySensorWantedIsToldOfThoughItNeverStartsAndComesBack) {
+TEST_F(SensorHealthTest, aSingleSubscribedSensorIsReportedEvenIfItNeverStarts) {
   for (const bool throws : {false, true}) {
     left().subscribeSucceeds = false;
     left().onStart = [throws] {
@@ -346,7 +346,7 @@ TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
 }
 
 // The hardware's clock dates the records, and stands for the device manager's.
-TEST_F(SensorHealthTest, noClockThatRunsWrongRaisesAnythingByItself) {
+TEST_F(SensorHealthTest, aWrongClockAloneChangesNoHealth) {
   const auto start = ko::Clock::now();
   const std::map<const char*, std::function<ko::Duration(ko::Duration)>> clocks{
       {"stops", [](ko::Duration) { return ko::Duration::zero(); }},
