@@ -102,7 +102,7 @@ TEST(Check, simulatedSensorsWork) {
   for (const char* kind : {"-1", "0", "1"}) expectFindings({"--kind", kind}, {});
 }
 
-TEST(Check, namesWhatCouldNotBeBuilt) {
+TEST(Check, reportsSensorsThatCouldNotBeBuilt) {
   const test::TemporaryFolder folder;
   const auto path = folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/>
     <link name="base"/>
@@ -127,7 +127,7 @@ TEST(Check, aMistakeInTheDescriptionIsReportedAndExitsWith1) {
   EXPECT_THAT(result.out, HasSubstr("Sonor"));
 }
 
-TEST(Check, aRobotThatCantBeBuiltIsToldOfWithTheSlipsOfItsDescription) {
+TEST(Check, aRobotThatCantBeBuiltIsReportedWithTheMistakesOfItsDescription) {
   const test::TemporaryFolder folder;
   const auto path = folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/>
     <link name="base"/>

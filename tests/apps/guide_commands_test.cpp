@@ -41,7 +41,7 @@ TEST(Guides, bashCompletesCommandsOptionsAndValues) {
   }
 }
 
-TEST(Guides, otherShellsTakeTheirScripts) {
+TEST(Guides, zshAndFishAcceptTheirScripts) {
   for (const std::string shell : {"zsh", "fish"}) {
     const std::string script = run({"completion", shell}).out;
     for (const char* word : {"jsonl", "porter", "recover", "log-level", "info"})

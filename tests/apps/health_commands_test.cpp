@@ -42,7 +42,7 @@ const std::vector<HealthCase> kHealthCases{
      "its last 20 readings, limit 5",
      "garbage=off", "\nBlindZone +BlindZone +works +sound "}};
 
-TEST(HealthCommands, sayWhatIsWrongWithFiguresAndGoByTheLimitsGiven) {
+TEST(HealthCommands, reportBadHealthWithFiguresAndUseTheGivenLimits) {
   for (const HealthCase& tested : kHealthCases) {
     SCOPED_TRACE(tested.command);
     auto arguments = wordsIn(tested.command + " --robot porter --fault " + tested.fault);
@@ -79,7 +79,7 @@ TEST(HealthCommands, writeJson) {
   EXPECT_EQ(faults, 1);
 }
 
-TEST(HealthCommands, refuseLimitsThatAreNone) {
+TEST(HealthCommands, refuseInvalidLimits) {
   for (const BadInput& input : std::vector<BadInput>{
            {wordsIn("check --robot porter --limit agee=1"),
             "--limit: limit \"agee=1\": one of start, silence, age, "},

@@ -36,7 +36,7 @@ TEST_F(ProgramTest, listShowsEverySensorOfAKindWithItsMounting) {
   EXPECT_EQ(run({"list", "--kind", "-1"}).status, 0);
 }
 
-TEST_F(ProgramTest, listShowsWhatADescriptionHolds) {
+TEST_F(ProgramTest, listShowsTheContentOfADescription) {
   const auto path =
       folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/><link name="base">
     <collision><geometry><mesh filename="base.stl"/></geometry></collision>
@@ -79,7 +79,7 @@ TEST_F(ProgramTest, listAsJsonIsOneObject) {
             "\n");
 }
 
-TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
+TEST_F(ProgramTest, readWritesTheSubscribedSensors) {
   const Result result = run({"read", "--kind", "1", "--pose", "3,3,-0.5", "--subscribe",
                              "Sonar/Front", "--subscribe", "Asus", "--format", "jsonl"});
   ASSERT_EQ(result.status, 0) << result.error;
@@ -238,7 +238,7 @@ TEST_F(ProgramTest, mapInfoPrintsSizeExtentAndFreeShare) {
               HasSubstr("4 x 2 cells of 0.5 m, 2.00 x 1.00 m\norigin     1,2,0 (m, m, rad)\n"));
 }
 
-TEST_F(ProgramTest, streamTellsEachRecordOnceAsItComes) {
+TEST_F(ProgramTest, streamWritesEachRecordOnceAndAtOnce) {
   const Result result = run({"stream", "--robot", porter, "--subscribe", "Laser", "--pose",
                              "3,6.3,0", "--for", "2", "--rate", "50", "--speed", "max"});
   EXPECT_EQ(result.status, 0) << result.error;
@@ -250,7 +250,7 @@ TEST_F(ProgramTest, streamTellsEachRecordOnceAsItComes) {
   EXPECT_GT(records.size(), 20u);
 }
 
-TEST_F(ProgramTest, logLinesOfASimulatedWorldHaveItsTime) {
+TEST_F(ProgramTest, logLinesOfASimulatedWorldHaveSimulatedTime) {
   const Result loud = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--subscribe", "Laser",
                            "--fault", "FrontLaser:off"});
   EXPECT_THAT(loud.error,

@@ -140,7 +140,7 @@ TEST_F(RecordingTest, aPlayedRecordingIsNeverOverwritten) {
   EXPECT_GT(std::filesystem::file_size(log), 0u);
 }
 
-TEST_F(RecordingTest, recordsGoToStandardOutputAndTheSummaryElsewhere) {
+TEST_F(RecordingTest, recordsGoToStandardOutputAndTheSummaryToStandardError) {
   const Result result = run({"drive", "--kind", "1", "--path", "3,3 3.2,3", "-o", "-"});
   EXPECT_GT(recordsIn(result.out).size(), 5u);
   EXPECT_THAT(result.error, HasSubstr("cycles at 10 Hz"));

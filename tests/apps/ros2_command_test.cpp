@@ -21,7 +21,7 @@ TEST(Ros2Command, listsTopicsWithTheirDdsNames) {
   EXPECT_THAT(result.out, testing::ContainsRegex("\n/tf_static +[^ ]+ +out +reliable, transient"));
 }
 
-TEST(Ros2Command, saysWhatIsWrongWithItsOptions) {
+TEST(Ros2Command, refusesInvalidOptionsWithTheReason) {
   const std::vector<BadInput> inputs = {
       {{"drive", "--kind", "1", "--path", "3,3 4,3", "--ros2-node", "me"}, "--ros2-node requires"},
       {{"ros2", "--list", "--robot", "porter", "--ros2-remap", "scan"},

@@ -299,7 +299,7 @@ TEST(MeddledCalls, aFailingModuleCallAffectsOnlyItsSensorAndRecovers) {
   }
 }
 
-TEST(MeddledCalls, aReaderOfTheCacheNeverWaitsForACallThatIsSlow) {
+TEST(MeddledCalls, aReaderOfTheCacheNeverWaitsForASlowCall) {
   for (int number = 1; !HasFailure(); number += kStride) {
     Scenario sut(number, [&sut](const std::string&) {
       std::thread reader([&sut] { sut.read(); });

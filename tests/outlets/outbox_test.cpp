@@ -17,7 +17,7 @@ std::vector<std::string> takeAll(Outbox& outbox) {
   return texts;
 }
 
-TEST(Outbox, controlComesFirstAndOnlyTheLatestOfASlot) {
+TEST(Outbox, sendsControlFirstAndOnlyTheLatestMessageOfASlot) {
   Outbox sut;
   sut.add(message("old", Delivery::latest, "state"));
   sut.add(message("picture", Delivery::latest, "depth"));

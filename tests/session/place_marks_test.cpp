@@ -80,7 +80,7 @@ TEST_P(PlaceMarksTest, countsOnlyObstacles) {
   EXPECT_EQ(marks.nearest, GetParam().nearest);
 }
 
-TEST(PlaceMarks, placesByMountingAndRobot) {
+TEST(PlaceMarks, placesMarksByMountingAndRobotPose) {
   Math::MetricalData record{"Sensor", "Any", {0.1f, 4.0f, 1.0f, 1}, kMounting, {{2.0f, 1.0f, 0.3f}},
                             {}};
   const Marks scan = placeMarks(record, PointMeaning::scan, kRobot, Frame::robot);

@@ -46,7 +46,7 @@ struct SessionTest : testing::TestWithParam<bool> {
 INSTANTIATE_TEST_SUITE_P(Robots, SessionTest, testing::Bool(),
                          [](const auto& robot) { return robot.param ? "Virtual" : "Simulated"; });
 
-TEST_P(SessionTest, timeGoesByAsItIsTold) {
+TEST_P(SessionTest, timeFollowsSpeedPauseAndSteps) {
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond);
   sut->setSpeed(2.5);
@@ -195,7 +195,7 @@ TEST_P(SessionTest, sensorsRunForTheirSubscribersOnly) {
               StartsWith("no sensor or family \"Radar\"; this robot has the families "));
 }
 
-TEST_P(SessionTest, sensorsCanBeMadeToFailWhereThereIsAVirtualRobot) {
+TEST_P(SessionTest, faultsNeedAVirtualRobot) {
   sut->subscribe("mine", {"Sonar"});
   if (!GetParam()) {
     EXPECT_THAT(sut->getFaultySensors(), IsEmpty());
@@ -212,7 +212,7 @@ TEST_P(SessionTest, sensorsCanBeMadeToFailWhereThereIsAVirtualRobot) {
   EXPECT_THAT(sensorIn(sut->look(), "BackSonar").records, Not(IsEmpty()));
 }
 
-TEST(Session, givesUpAGoalWhoseWayStaysBlocked) {
+TEST(Session, dropsAGoalWhoseWayStaysBlocked) {
   test::LogCapture log;
   OpenOptions options = test::inRoom(kSessionStart);
   options.world.boxes = {{{6.5f, 3.0f, 0.0f}}};

@@ -39,7 +39,7 @@ TEST(EventLoop, aDelayIsAtLeastAsLongAsAsked) {
   EXPECT_GE(Clock::now() - called, milliseconds(2));
 }
 
-TEST(EventLoop, anExceptionIsLoggedAndHurtsNobody) {
+TEST(EventLoop, anExceptionIsLoggedAndOtherCallsRun) {
   QV::test::LogCapture capture;
   Timeline timeline;
   getEventLoop().post([] { throw std::runtime_error("bad post"); });
@@ -68,7 +68,7 @@ TEST(Future, anEmptyFutureIsNeitherFinishedNorCancelled) {
               ThrowsMessage<std::logic_error>("Future: there is no call to wait for"));
 }
 
-TEST(Future, copiesSpeakOfTheSameCallAndLettingGoDoesNotCancel) {
+TEST(Future, copiesReferToTheSameCallAndDestroyingThemDoesNotCancel) {
   Timeline timeline;
   getEventLoop().asyncDelay(timeline.noting("let go"), milliseconds(1));
   auto sut = getEventLoop().asyncDelay(timeline.noting("cancelled"), milliseconds(2));
@@ -130,7 +130,7 @@ TEST(Future, cancellingARunningCallNeitherBlocksNorUndoesIt) {
   EXPECT_TRUE(sut.isFinished());
 }
 
-TEST(Future, everyCallIsEitherMadeOnceOrCancelledWhoeverComesFirst) {
+TEST(Future, everyCallEitherRunsOnceOrIsCancelled) {
   constexpr int kCalls = 5000;
   std::vector<std::atomic<int>> runs(kCalls);
   std::vector<Future<void>> futures;
@@ -146,7 +146,7 @@ TEST(Future, everyCallIsEitherMadeOnceOrCancelledWhoeverComesFirst) {
   }
 }
 
-TEST(Future, waitingForItMakesTheOwnerOfTheTimeAdvance) {
+TEST(Future, waitingForACallMakesTheOwnerAdvanceTheTime) {
   Timeline timeline;
   getEventLoop().asyncDelay(timeline.noting("before"), milliseconds(1));
   auto sut = getEventLoop().asyncDelay(timeline.noting("call"), milliseconds(2));

@@ -26,7 +26,7 @@ struct LogTest : testing::Test {
   QV::test::LogCapture capture;
 };
 
-TEST_F(LogTest, nothingIsFormattedAboveTheLevelOfTheCategory) {
+TEST_F(LogTest, linesBelowTheCategorysLevelAreNotFormatted) {
   int count = 0;
   setLevel("Test", Level::error);
   warning("Test", "run") << Formatted{&count};

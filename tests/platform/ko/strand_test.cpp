@@ -18,7 +18,7 @@ void flush(Strand& strand) {
   done.wait();
 }
 
-TEST(Strand, makesItsCallsOneAfterTheOtherAndEachPostersInOrder) {
+TEST(Strand, runsItsCallsOneByOneAndEachPostersInOrder) {
   constexpr int kCalls = 10000;
   Strand sut;
   // No lock: the strand is what keeps these apart.

@@ -48,7 +48,7 @@ RC_GTEST_PROP(Pose2D, aPoseAndItsInverseCancel, ()) {
   RC_ASSERT(identity.theta == 0.0f);
 }
 
-TEST(Transform, isBuiltFromTwelveFloatsByRowsOnly) {
+TEST(Transform, isBuiltFromTwelveFloatsInRowMajorOrder) {
   const std::vector<float> byRows{0, -1, 0, 4, 1, 0, 0, 5, 0, 0, 1, 6};
   expectNear(Transform(byRows) * Position3D(1, 2, 3), Position3D(2, 6, 9));
   EXPECT_EQ(Transform(byRows).toVector(), byRows);
@@ -113,7 +113,7 @@ RC_GTEST_PROP(AxisRotationProjection, givesTheNearestRotationAboutTheAxis, ()) {
   RC_ASSERT(distance(projected) <= distance(further) + 1e-3f);
 }
 
-TEST(MetricalData, tellsItsAgeAndItsPlacedPoints) {
+TEST(MetricalData, givesItsAgeAndItsPointsInAnotherFrame) {
   MetricalData record;
   record.sensorTransform = transformFromPose2D(Pose2D(1.0f, 1.0f, kHalfTurn));
   record.points = {Position3D(0.5f, 0.25f, 0.75f)};

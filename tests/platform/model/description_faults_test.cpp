@@ -119,7 +119,7 @@ TEST(DescriptionFaults, nameTheGivenAndTheExpectedValue) {
   for (const auto& [sensors, expected] : cases) EXPECT_EQ(faultsOf(sensors), expected) << sensors;
 }
 
-TEST(DescriptionFaults, areJudgedByTheRowsOfTheKindsGiven) {
+TEST(DescriptionFaults, areFoundByTheGivenKinds) {
   SensorKind cliff = {40, "Cliff", "Cliff"};
   cliff.properties = {{"edge", Quantity::memoryKey, true}};
   cliff.keys = {1, 1, 1, ""};

@@ -106,7 +106,7 @@ TEST(RobotFromXml, skipsSensorsOfOtherTools) {
                                                 ForeignSensor{"", "sonar"}));
 }
 
-TEST(RobotFromXml, takesTheTypeNamesOfTheKindsThatItIsGiven) {
+TEST(RobotFromXml, acceptsTheTypeNamesOfTheGivenKinds) {
   SensorKinds kinds;
   kinds.add({40, "ray", "Cliff"});
   const Robot robot = ModelUtils::robotFromXml(

@@ -67,7 +67,7 @@ std::vector<float> anglesOf(float angularRange, int count) {
   return angles;
 }
 
-TEST(ScanFan, includesBothEdgesAndItsMiddle) {
+TEST(ScanFan, aFanIncludesBothEdgesAndItsMiddle) {
   EXPECT_THAT(anglesOf(1.0f, 5), testing::ElementsAre(-0.5f, -0.25f, 0.0f, 0.25f, 0.5f));
   for (const int count : {2, 20, 99, 100}) {
     const std::vector<float> angles = anglesOf(1.05f, count);
@@ -94,7 +94,7 @@ TEST(ScanFan, aSingleRayLooksStraightAheadHoweverWideTheFan) {
   }
 }
 
-TEST(ScanFan, fieldsOfViewWithoutSenseGiveNoReadings) {
+TEST(ScanFan, invalidFieldsOfViewGiveNoReadings) {
   const SensorFieldOfView2D senseless[] = {
       {0, 1, 1, 0},    {0, 1, 1, -5},   {0, 1, 1, 100001}, {2, 1, 1, 5},     {kNaN, 1, 1, 5},
       {0, kNaN, 1, 5}, {0, 1, kNaN, 5}, {-3, -1, 1, 5},    {0, 1, -1.0f, 5}, {0, 1, 1, INT32_MIN}};

@@ -92,7 +92,7 @@ TEST(ScanStore, holdsTheCellsOfMapsOfAnySize) {
   }
 }
 
-TEST(ScanStore, staysTrueWhenCellsChange) {
+TEST(ScanStore, staysCorrectWhenCellsChange) {
   OccupancyMap map = randomMap(67, 50, 2);
   ASSERT_NE(detail::MapInside::findStore(map, kStoreLimit), nullptr);
   ASSERT_NE(detail::MapInside::findStore(map, 0.7f), nullptr);

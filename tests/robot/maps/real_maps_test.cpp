@@ -43,7 +43,7 @@ double percentOf(const OccupancyMap& map, float occupancy) {
          static_cast<double>(cells.size());
 }
 
-TEST(RealMaps, loadWithTheirSizesAndShares) {
+TEST(RealMaps, loadWithTheirSizesAndSharesOfFreeCells) {
   for (const RealMap& expected : kTrinaryMaps) {
     const auto path = findMap(expected.name);
     if (!path) GTEST_SKIP() << "no " << expected.name << " in QV_DATA";

@@ -137,7 +137,7 @@ TEST_F(DeviceManagerTest, aHandlerMaySetOtherActuators) {
   EXPECT_THAT(happened, ElementsAre("b=1@0", "b=1@5", "b=2@10", "b=2@15"));
 }
 
-TEST_F(DeviceManagerTest, aFailureIsLoggedAndTheRestTakesEffect) {
+TEST_F(DeviceManagerTest, aFailingHandlerIsLoggedAndTheOthersTakeEffect) {
   test::LogCapture log;
   manager->setActuatorHandler(
       "a", [](const std::string&, const QVValue&) { throw std::runtime_error("jammed"); });

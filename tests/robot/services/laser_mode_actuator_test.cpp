@@ -32,7 +32,7 @@ TEST_F(LaserModeActuatorTest, aCommandTakesEffectAfterTheDelaySetAtThatTime) {
   EXPECT_EQ(modeIn(1), QVValue(5));
 }
 
-TEST_F(LaserModeActuatorTest, aCommandTakesThePlaceOfOneThatDoesNotShowYet) {
+TEST_F(LaserModeActuatorTest, aCommandReplacesOneThatHasNotTakenEffect) {
   command(5.0f);
   sut->setDelay(milliseconds(10));
   command(7.0f);

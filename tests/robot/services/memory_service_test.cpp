@@ -62,7 +62,7 @@ TEST_F(MemoryServiceTest, keysHoldWhatWasInserted) {
   EXPECT_EQ(sut.getData("key"), QVValue(0.1f));
 }
 
-TEST_F(MemoryServiceTest, pointersStayGoodWhileKeysAreInserted) {
+TEST_F(MemoryServiceTest, pointersStayValidWhileKeysAreInserted) {
   sut.insertData("float", 1.5f);
   sut.insertData("int", 7);
   float* const asFloat = floatPointer("float");
@@ -190,7 +190,7 @@ TEST_F(MemoryServiceTest, theReceiverIsLookedForAtEachDelivery) {
   EXPECT_EQ(log.lines().size(), 2u);
 }
 
-TEST_F(MemoryServiceTest, aSubscriberThatThrowsIsLoggedAndHurtsNobody) {
+TEST_F(MemoryServiceTest, aThrowingSubscriberIsLoggedAndTheOthersGetTheirEvents) {
   ko::SimulatedTime time;
   test::LogCapture log;
   registerListener("Standard", [](const QVValue&, const QVValue&, const QVValue&) {

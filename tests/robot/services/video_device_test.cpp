@@ -180,7 +180,7 @@ TEST_F(VideoDeviceTest, afterTheClockGoesBackClientsStillGetNewImages) {
   EXPECT_EQ(next(handle), 2);
 }
 
-TEST_F(VideoDeviceTest, whatFailsIsToldToTheClientWhichKeepsItsHandle) {
+TEST_F(VideoDeviceTest, aFailureReachesTheClientWhichKeepsItsHandle) {
   const std::string handle = subscribe();
   next(handle);
   time->advance(milliseconds(100));

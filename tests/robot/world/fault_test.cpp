@@ -7,7 +7,7 @@
 namespace QV::robot {
 namespace {
 
-TEST(Fault, isReadFromItsText) {
+TEST(Fault, parsesAFaultFromText) {
   EXPECT_EQ(parseFault("FrontSonar:off"), (Fault{"FrontSonar", FaultKind::off}));
   EXPECT_EQ(
       parseFault("Sonar/Front:intermittent@1.5-20"),

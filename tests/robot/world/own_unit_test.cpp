@@ -94,7 +94,7 @@ struct OwnUnitTest : testing::Test {
   const boost::shared_ptr<QVBroker> broker = QVBroker::create();
 };
 
-TEST_F(OwnUnitTest, measuresOnceAPeriodWhereItIs) {
+TEST_F(OwnUnitTest, measuresOncePerPeriodAtTheRobotsPose) {
   VirtualRobot robot = make();
   run(1000);
   EXPECT_NEAR(at("cliff").toFloat(), 0.3f, 1e-3);

@@ -49,7 +49,7 @@ struct Statistics {
 };
 
 // Bounds of four standard errors: of the mean, the deviation, a covariance and a share.
-TEST(RangeNoise, hasTheDeviationAndTheLossesThatAreAskedForWithoutBias) {
+TEST(RangeNoise, hasTheGivenDeviationAndShareOfLossesWithoutBias) {
   for (const std::uint64_t seed : {1, 2, 3}) {
     const auto ranges = draw(noisy(seed), "FrontLaser");
     const Statistics found(ranges, ranges);

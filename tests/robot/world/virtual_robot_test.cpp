@@ -102,7 +102,7 @@ MATCHER_P3(IsPose, x, y, theta, "") {
              2e-3f;
 }
 
-TEST_F(VirtualRobotTest, drivesAsItIsTold) {
+TEST_F(VirtualRobotTest, followsItsCommandedVelocity) {
   world.start.theta = kHalfCircle / 2;
   robot().setVelocity(0.4f, 0.2f, 0.0f);
   run(2000);
@@ -297,7 +297,7 @@ TEST_F(VirtualRobotTest, lasersThatShareAModeMustShareItsActuator) {
               HasSubstr(R"(laser "R": setOperationMode "A" expected)"));
 }
 
-TEST_F(VirtualRobotTest, refusesAWorldThatMakesNoSense) {
+TEST_F(VirtualRobotTest, refusesInvalidWorldOptions) {
   const auto errorWith = [&](auto change) {
     WorldOptions options;
     change(options);
@@ -325,7 +325,7 @@ TEST_F(VirtualRobotTest, itsServicesMayOutliveItAndItsBodyThenStops) {
   QVProxy(services, "QVSonar").callVoid("unsubscribe", "test");
 }
 
-TEST_F(VirtualRobotTest, isCommandedAndAskedFromManyThreadsWhileItRuns) {
+TEST_F(VirtualRobotTest, commandsAndQuestionsAreThreadSafe) {
   world.randomPeople = 1;
   robot().setVelocity(0.3f, 0.0f, 0.3f);
   std::latch started(3);

@@ -171,7 +171,7 @@ TEST_F(BagReaderTest, aDataEndRecordThatIsTooLongCountsAsDamage) {
   EXPECT_THAT(info.damage.lines.back(), HasSubstr("a record of up to 1024 bytes expected"));
 }
 
-TEST_F(BagReaderTest, cutAnywhereGivesThePartBefore) {
+TEST_F(BagReaderTest, aCutAnywhereKeepsThePartBeforeIt) {
   const Damaged whole = make();
   std::size_t before = 0;
   for (std::size_t size = 8; size < whole.bytes.size(); size += 17) {

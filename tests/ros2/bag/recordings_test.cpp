@@ -111,7 +111,7 @@ struct RecordingsTest : testing::TestWithParam<Recorded> {
   std::string path;
 };
 
-TEST_P(RecordingsTest, isReadWholeAndInTheOrderOfTime) {
+TEST_P(RecordingsTest, isReadCompletelyAndInTheOrderOfTime) {
   const BagInfo info = readBagInfo(path);
   EXPECT_EQ(countsOf(info), GetParam().counts);
   EXPECT_NEAR(1e-9 * static_cast<double>(info.endTime - info.startTime), GetParam().seconds, 0.006);

@@ -15,7 +15,7 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(NodeEntities, areLaidOutAsEachDistributionReadsThem) {
+TEST(NodeEntities, haveTheLayoutOfEachDistribution) {
   EXPECT_EQ(getNodesType(RosDistro::ironOrLater).getHash(),
             "RIHS01_91a0593bacdcc50ea9bdcf849a938b128412cc1ea821245c663bcd26f83c295e");
   const Guid participant = {1};
@@ -82,7 +82,7 @@ class Observer {
   std::vector<dds_entity_t> readers;
 };
 
-TEST(Discovery, everyEndpointTellsTheHashOfItsType) {
+TEST(Discovery, everyEndpointAnnouncesItsTypeHash) {
   const GraphOptions options = test::aloneOn();
   Graph graph(options);
   const auto node = graph.createNode("porter");

@@ -33,7 +33,7 @@ struct Heard {
   }
 };
 
-TEST_F(GraphTest, messagesOfAnySizeArriveWholeAndInOrder) {
+TEST_F(GraphTest, messagesOfAnySizeArriveCompletelyAndInOrder) {
   Watched<std::size_t> readers;
   const auto publisher = robot->publish(
       "image", sensor_msgs::Image::getType(), {true, false, 50},
@@ -109,7 +109,7 @@ TEST_F(GraphTest, oneTopicMayHaveTwoTypes) {
   EXPECT_EQ(plain.get(), 0);
 }
 
-TEST_F(GraphTest, findsTopicsOfOthersAndRemapsOwn) {
+TEST_F(GraphTest, findsOtherNodesTopicsAndRemapsItsOwn) {
   GraphOptions options = aloneOn();
   options.remaps = {{"/robot1/scan", "/front/scan"}};
   Graph graph(options);

@@ -348,7 +348,7 @@ TEST_F(GraphRobotTest, usesTheConfiguredNamespacesAndFrames) {
             "a frame's name without a slash before it expected, \"/laser\" given");
 }
 
-TEST_F(GraphRobotTest, frameNamesAreThoseThatAreAskedFor) {
+TEST_F(GraphRobotTest, usesTheConfiguredFrameNames) {
   GraphRobotOptions options;
   options.framePrefix = "robot1/";
   options.frames = {{"FrontLaser", "laser"}};
@@ -361,7 +361,7 @@ TEST_F(GraphRobotTest, frameNamesAreThoseThatAreAskedFor) {
   EXPECT_EQ(told.header.frame_id + " " + told.child_frame_id, "robot1/odom robot1/base");
 }
 
-TEST(GraphReplay, goesOnAtAnEarlierTimeWhenARecordingIsPlayedAgain) {
+TEST(GraphReplay, continuesAtAnEarlierTimeWhenARecordingRestarts) {
   const test::TemporaryFolder folder;
   test::recordSession(*session::openVirtual("porter", test::busyWorld()), folder / "run.mcap", 20);
   SessionReplay replay(folder / "run.mcap");

@@ -139,7 +139,7 @@ TEST_F(HeardCommandsTest, realRecordingsAreReadScanByScan) {
   }
 }
 
-TEST_F(HeardCommandsTest, listsSavesAndReadsWhatIsOnTheGraph) {
+TEST_F(HeardCommandsTest, listsSavesAndReadsARobotOnTheGraph) {
   if (path.empty()) GTEST_SKIP() << "no recordings at QV_DATA";
   const Playing playing(path);
   const std::string saved = folder / "mumble.urdf";

@@ -322,7 +322,7 @@ TEST_F(HeardRobotTest, topicsComeFromTheDescriptionElseFromTheDefaultNames) {
   }));
 }
 
-TEST_F(HeardRobotTest, aManagerOfOnesOwnReadsItInTheMachinesTime) {
+TEST_F(HeardRobotTest, aUsersManagerReadsItInRealTime) {
   startSensors();
   robot.say("scan", [this](const Stamp&) { scans->write(scanAt(wallStamp(), 2.0f)); });
   HeardRobotOptions options;

@@ -16,7 +16,7 @@ namespace {
  * Hashes as robots of others carry them in their recordings and user data, or computed apart from
  * us.
  */
-TEST(MessageTypes, hashesAreThoseThatOthersKnow) {
+TEST(MessageTypes, hashesEqualThoseOfRos) {
   const std::pair<const char*, const char*> kKnown[] = {
       {"sensor_msgs/msg/LaserScan",
        "64c191398013af96509d518dac71d5164f9382553fce5c1f8cca5be7924bd828"},
@@ -124,7 +124,7 @@ HandWritten someJointsByHand(std::endian order) {
   return cdr;
 }
 
-TEST(Cdr, isAlignedFromBehindItsHeadAndReadInEitherByteOrder) {
+TEST(Cdr, isAlignedFromTheEndOfItsHeaderAndReadInEitherByteOrder) {
   EXPECT_EQ(toCdr(someJoints()), someJointsByHand(std::endian::little).bytes);
   for (const auto order : {std::endian::little, std::endian::big}) {
     Bytes cdr = someJointsByHand(order).bytes;

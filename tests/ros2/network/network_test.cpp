@@ -257,7 +257,7 @@ TEST_F(NetworkTest, aSensorStopsWhenItsReaderIsLostAndStartsWhenItReturns) {
   EXPECT_TRUE(sut.runUntil(seconds(10), hears));
 }
 
-TEST_F(NetworkTest, fifteenReadersWhoJoinABadNetworkAtOnceGetEverything) {
+TEST_F(NetworkTest, fifteenReadersThatJoinABadNetworkAtOnceGetEverything) {
   ServedRobot sut(networks.robot);
   networks.cable->beBad(true);
   std::vector<std::future<std::unique_ptr<Tool>>> joining;

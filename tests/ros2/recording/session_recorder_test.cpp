@@ -106,7 +106,7 @@ TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) 
   EXPECT_LT(shown, all / 12);
 }
 
-TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
+TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorButNotTheRun) {
   std::vector<std::string> errors;
   const ko::log::ScopedSink sink(
       ko::log::Level::error, [&](const ko::log::Record& line) { errors.push_back(line.message); });

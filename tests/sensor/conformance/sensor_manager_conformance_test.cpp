@@ -192,7 +192,7 @@ TEST_P(SensorManagerConformance, aBadDiagnosisStopsASensorUntilItIsGoodAgainAndL
   EXPECT_THAT(readNames(sonars), ElementsAreArray(sonars));
 }
 
-TEST_P(SensorManagerConformance, badNamesAreLoggedAndQuestionsAboutThemAnsweredQuietly) {
+TEST_P(SensorManagerConformance, unknownNamesAreLoggedByOperationsButNotByQuestions) {
   log.clear();
   EXPECT_FALSE(sut.isSensorStarted("No") || sut.isSensorEnabled("No") ||
                sut.isSensorDiagnosisSuccess("No") || sut.setSensorDiagnosis("No", true) ||

@@ -67,7 +67,7 @@ TEST_F(SensorTest, isFlaggedAsStartedOnlyWhileTheHardwareRuns) {
   EXPECT_FALSE(flaggedAtStop);
 }
 
-TEST_F(SensorTest, survivesReadersAndSubscribersAtOnce) {
+TEST_F(SensorTest, readingAndSubscribingAreThreadSafe) {
   std::latch go(4);
   const auto churn = [&](const std::string& subscriber) {
     go.arrive_and_wait();

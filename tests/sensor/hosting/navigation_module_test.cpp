@@ -59,7 +59,7 @@ TEST_F(NavigationModuleTest, anotherModuleSubscribesAndReadsThroughTheBroker) {
   EXPECT_THAT(navigation().call<Names>("getSubscribers"), IsEmpty());
 }
 
-TEST_F(NavigationModuleTest, answersWhatItsManagerAnswers) {
+TEST_F(NavigationModuleTest, givesTheAnswersOfItsManager) {
   host();
   const QVProxy sensors = navigation();
   sensors.call<bool>("subscribeToAll", "planner");

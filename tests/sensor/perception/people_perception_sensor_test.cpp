@@ -109,7 +109,7 @@ TEST_F(PeoplePerceptionSensorTest, peopleAreForgottenTwoSecondsAfterTheLastEvent
   EXPECT_NE(readOf(*sut).at(0).timestamp, ko::Clock::now());
 }
 
-TEST_F(PeoplePerceptionSensorTest, aSensorMayGoBeforeItsPeopleAreForgotten) {
+TEST_F(PeoplePerceptionSensorTest, aSensorMayBeDestroyedBeforeItsPeopleAreForgotten) {
   sut->onUpdatePeopleList("", crowd(1), "");
   sut.reset();
   time.advance(milliseconds(3000));
@@ -167,7 +167,7 @@ TEST_F(PeoplePerceptionSensorTest, aMalformedEventIsLoggedAndChangesNothing) {
   EXPECT_THAT(points(), SizeIs(1));
 }
 
-TEST_F(PeoplePerceptionSensorTest, withoutTheCamerasPoseTheFormerPeopleStay) {
+TEST_F(PeoplePerceptionSensorTest, withoutTheCamerasPoseTheLastPeopleStay) {
   sut->onUpdatePeopleList("", crowd(1), "");
   sut->onUpdatePeopleList("", peopleEvent(QVValue::Array(), QVValue::array(1, 0), 3), "");
   motion->transform = "lost";

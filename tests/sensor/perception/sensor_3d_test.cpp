@@ -130,7 +130,7 @@ TEST_F(Sensor3DTest, anImageThatIsNotDepthIsRefusedAndTheLastGoodOneStays) {
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(Sensor3DTest, aCameraThatFailsToTellItsAnglesIsAskedAgain) {
+TEST_F(Sensor3DTest, aCameraThatFailsToGiveItsAnglesIsAskedAgain) {
   make();
   depth = 1000;
   int asked = 0;
@@ -179,7 +179,7 @@ TEST_F(Sensor3DTest, theDestructorReleasesItsHandleAgainAndLogsNothing) {
               testing::Contains("unsubscribe[\"Sensor3DDepth_1\"]").Times(2));
 }
 
-TEST_F(Sensor3DTest, aNewSubscriptionShowsTheFormerImageUntilTheFirstNewOne) {
+TEST_F(Sensor3DTest, afterARestartTheLastImageIsShownUntilANewOneComes) {
   startBefore(1000);
   const auto former = next();
   sut->unsubscribe("me");

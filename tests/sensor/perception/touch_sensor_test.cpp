@@ -89,7 +89,7 @@ TEST_F(TouchSensorTest, aMalformedEventIsLoggedAndChangesNothing) {
               ElementsAre("error " + kCategory + "onTouchChanged: Invalid touch extraction"));
 }
 
-TEST_F(TouchSensorTest, aGroupWithoutATransformIsLeftOutInSilence) {
+TEST_F(TouchSensorTest, aGroupWithoutATransformIsLeftOutWithoutALogLine) {
   raise(touched("A", {1}), touched("B", {1}), touched("C", {1}));
   int calls = 0;
   broker->plan("QVMotion.getTransform", [&] {

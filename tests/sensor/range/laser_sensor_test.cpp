@@ -93,7 +93,7 @@ TEST_F(LaserSensorTest, aScanIsDatedFiftyMillisecondsBeforeItsStamp) {
   }
 }
 
-TEST_F(LaserSensorTest, whatCannotBeReadGivesNothing) {
+TEST_F(LaserSensorTest, anUnreadableValueGivesNoRecord) {
   const LaserModeActuator hardware(broker, devices, "modeActuator", "mode", ko::Duration(0));
   const auto sut = makeLaser({"x", "y"});
   sut->subscribe("test");
@@ -163,7 +163,7 @@ TEST_F(LaserSensorTest, aConfirmationCountsUpToTheSecondToLastPoll) {
   }
 }
 
-TEST_F(LaserSensorTest, theHandshakeIsLoggedAndEndsInATimeout) {
+TEST_F(LaserSensorTest, anUnconfirmedModeIsLoggedAndTimesOut) {
   devices->setActuatorHandler("modeActuator", [](const std::string&, const QVValue&) {});
   memory.insertData("mode", 7);
   const auto sut = makeLaser({"x", "y"});
@@ -179,7 +179,7 @@ TEST_F(LaserSensorTest, theHandshakeIsLoggedAndEndsInATimeout) {
   EXPECT_THAT(log.lines(), ElementsAreArray(expected));
 }
 
-TEST_F(LaserSensorTest, aModeThatCannotBeReadEndsTheHandshakeAtOnce) {
+TEST_F(LaserSensorTest, anUnreadableModeFailsTheStartAtOnce) {
   const auto sut = makeLaser({"x", "y"});
   const std::string line = "error" + kSetKey + "Unable to get operation mode for Front";
   memory.insertData("mode", "on");
@@ -200,7 +200,7 @@ TEST_F(LaserSensorTest, aModeThatCannotBeReadEndsTheHandshakeAtOnce) {
   }
 }
 
-TEST_F(LaserSensorTest, aDeviceManagerThatRefusesIsAFailure) {
+TEST_F(LaserSensorTest, aRefusingDeviceManagerFailsTheStart) {
   memory.insertData("mode", 0);
   const auto sut = makeLaser({"x", "y"});
   for (const char* method : {"DCM.set", "DCM.getTime"}) {

@@ -42,7 +42,7 @@ struct QVMemoryFastAccessTest : testing::Test {
   QVMemoryFastAccess sut;
 };
 
-TEST_F(QVMemoryFastAccessTest, readsWhatIsInMemoryAtThatMoment) {
+TEST_F(QVMemoryFastAccessTest, readsThePresentValues) {
   memory.insertData("a", 1.5f);
   memory.insertData("n", 7);
   sut.ConnectToVariables(broker, {"b", "a"}, true);
@@ -173,7 +173,7 @@ TEST_F(QVMemoryFastAccessTest, oneShotOperationsGoThroughAnyBroker) {
   EXPECT_EQ(QVMemoryFastAccess::getDataPtr(broker, "key", true), expected);
 }
 
-TEST_F(QVMemoryFastAccessTest, theInnerTestSaysWhatIsWrong) {
+TEST_F(QVMemoryFastAccessTest, theSelfTestNamesTheFault) {
   EXPECT_TRUE(QVMemoryFastAccess::InnerTest(broker));
   EXPECT_TRUE(QVMemoryFastAccess::InnerTest(broker));
   EXPECT_EQ(errorOf([] { QVMemoryFastAccess::InnerTest(nullptr); }),

@@ -132,7 +132,7 @@ TEST_F(SensorHealthTest, eachBadStateHasAReasonWithFiguresAndARemedy) {
   }
 }
 
-TEST_F(SensorHealthTest, isOffUntilSomebodyWantsItAndStartingUntilItHasAFreshRecord) {
+TEST_F(SensorHealthTest, isOffWithoutASubscriberAndStartingUntilItsFirstFreshRecord) {
   EXPECT_EQ(health("Left").reason, "nobody has subscribed to it");
   // As a camera shows the last image of its former run.
   left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
@@ -267,7 +267,7 @@ TEST_F(SensorHealthTest, hangingHardwareIsReportedUntilItReturns) {
   }
 }
 
-TEST_F(SensorHealthTest, aSubscriptionWaitsForFreshRecordsAndSaysWhatWasMissing) {
+TEST_F(SensorHealthTest, awaitRecordsWaitsForFreshRecordsAndNamesMissingOnes) {
   for (const bool isWatched : {true, false}) {
     sut->watchHealth(isWatched);
     left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
@@ -310,7 +310,7 @@ TEST_F(SensorHealthTest, aSingleSubscribedSensorIsReportedEvenIfItNeverStarts) {
   }
 }
 
-TEST_F(SensorHealthTest, nothingIsLateBecauseNobodyWatched) {
+TEST_F(SensorHealthTest, noSensorIsLateBecauseHealthWasOff) {
   sut->subscribe("me");
   time.advance(milliseconds(500));
   sut->watchHealth(false);

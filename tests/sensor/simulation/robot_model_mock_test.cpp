@@ -53,7 +53,7 @@ TEST(RobotModelMock, buildsTheSensorsOfEachSimulatedKind) {
                     {"CameraDepth", "Asus", {0.5f, 8.0f, 1.0f, 100}, {}, 100}});
 }
 
-TEST(RobotModelMock, saysWhatItLoadsAndWhatItCannot) {
+TEST(RobotModelMock, logsTheSetsThatItLoadsOrCantLoad) {
   test::LogCapture log;
   const RobotModelMock sut;
   for (int kind : {-1, 0, 1, 2, 7}) sut.getSimulatedSensors(kind);
