@@ -59,7 +59,7 @@ void addLogOptionsToAll(CLI::App& app) {
 /** Sets errno if not. */
 bool isOutputWhole() {
   const bool wasWhole = !!std::cout;
-  // What is left of it fails once more, and that says why.
+  // A second flush fails again and sets errno, which gives the reason.
   std::cout.clear();
   errno = 0;
   std::cout.flush();
@@ -76,7 +76,7 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
     return fail(describe(program, error));
   }
   if (!isOutputWhole()) return fail(ko::detail::cannotWrite("standard output"));
-  // Whoever was interrupted on purpose still wants to know of a file that is not whole.
+  // A failure outranks an interruption: the user must know of an incomplete file.
   return isInterrupted() && status != kFailure ? getInterruptStatus() : status;
 }
 

@@ -95,7 +95,7 @@ CheckedSensor checkOne(CheckTarget& target, const std::string& sensor) {
     if (manager.isSensorStarted(sensor)) {
       const SensorNature nature = target.getNature(sensor);
       const Observation seen = observe(target, sensor, nature);
-      // What came before the first record was its start.
+      // The gap before the first record is the start and does not count.
       const std::string trouble = target.findTrouble(sensor, seen.firstSeen.value_or(start));
       judge(seen, nature, trouble, target.findMissing(sensor), checked);
       if (const auto health = manager.getHealth(sensor)) checked.health = *health;

@@ -13,7 +13,7 @@ namespace {
 constexpr ko::Duration kSlice{20'000'000};
 
 void goTo(SessionParts& parts, ko::Clock::time_point time) {
-  // What fell due may have slept beyond that.
+  // A due task may have advanced time further.
   const ko::Duration left = time - ko::Clock::now();
   if (left <= ko::Duration::zero()) return;
   if (parts.time) return parts.time->advance(left);

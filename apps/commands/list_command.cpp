@@ -195,7 +195,7 @@ void listDescription(const ListOptions& options, outlets::Format format) {
   const session::OpenOptions& robots = options.robots;
   const auto description = listedRobot(options);
   if (!options.saved.empty()) save(description, options.saved);
-  // What can't be built is said in the list.
+  // The list names sensors that can't be built, so the log stays quiet.
   const QuietLog quiet;
   if (format != outlets::Format::table)
     return printObject(robotToJson(description, robots), format);

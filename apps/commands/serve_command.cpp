@@ -55,7 +55,7 @@ bool serveSession(ServeOptions& options, session::Session& session, ko::log::Log
   session.setSpeed(speedOf(options.speed));
   const GraphScope onGraph = options.graph.open(session, options.replay.empty());
   const auto files = std::make_shared<outlets::OutletList>();
-  // Before the first demand: a recording has all from the start.
+  // The recording opens before the first demand, so that it misses nothing.
   options.record.open(session, *files, options.subscriptions.empty());
   if (const auto robot = options.graph.getOutlet()) files->add(robot);
   outlets::LiveServer server(session, log, options.server);
@@ -72,7 +72,7 @@ bool serveSession(ServeOptions& options, session::Session& session, ko::log::Log
 }
 
 bool serve(ServeOptions& options) {
-  // Before the robot: it hears of sensors that can't be built.
+  // The log ring is made before the robot, to keep its errors of sensors that can't be built.
   ko::log::LogRing log;
   if (options.replay.empty()) return serveSession(options, *options.openSession(), log);
   ros2::SessionReplay run(session::findRecording(options.replay), options.robots.sensors);

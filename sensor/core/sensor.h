@@ -148,7 +148,7 @@ class QV_API Sensor {
   mutable std::unique_ptr<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
   mutable std::mutex troubleMutex;
-  // What a reading touches stands last, beside what derived sensors measure with.
+  // Members used by a reading come last, next to those of derived classes.
   const std::unique_ptr<SensorWatch> watch;
   std::atomic<bool> enabled{true};
   std::atomic<bool> diagnosisSuccess{true};

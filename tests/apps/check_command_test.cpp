@@ -27,7 +27,7 @@ void expectFindings(std::vector<std::string> arguments, const Findings& expected
   for (const auto& sensor : recordsIn(result.out)) {
     SCOPED_TRACE(sensor.dump());
     const auto found = expected.find(sensor["sensorName"]);
-    // What is no sensor has a description, and nothing that works.
+    // Entries that are no sensors have a "description" and no "works".
     if (!sensor.contains("works") && sensor.contains("description")) continue;
     EXPECT_EQ(sensor["works"], found == expected.end());
     if (found == expected.end()) continue;

@@ -47,7 +47,7 @@ TEST_F(RecordingTest, aDriveIsRecordedDescribedRecoveredAndComparedAgain) {
 
   EXPECT_THAT(run({"recover", cut, "-o", "-"}).error, HasSubstr("Recovered "));
 
-  // What stands in it tells what it is, not its name.
+  // The content decides the type, not the name.
   const std::string renamed = folder / "run.log";
   std::filesystem::copy_file(path, renamed);
   for (const std::string& file : {path, whole, renamed}) {

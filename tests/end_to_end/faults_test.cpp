@@ -89,7 +89,7 @@ Outcome runWithFaultsOf(const std::string& faulty, bool withDepth) {
   for (const auto& name : manager.getSensorList()) {
     if (withDepth || name != "DepthCamera") manager.subscribe("test", name);
   }
-  // By now all lasers have started.
+  // All lasers have started by this time.
   const ko::Clock::time_point start(milliseconds(2000));
   for (const FaultKind kind :
        faulty.empty() ? std::vector<FaultKind>() : porter.getPossibleFaults(faulty)) {

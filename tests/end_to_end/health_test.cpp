@@ -86,7 +86,7 @@ struct HealthMatrixTest : testing::TestWithParam<std::tuple<std::string, int>> {
     world.seed = static_cast<std::uint64_t>(std::get<1>(GetParam()));
     const float heading =
         faulty == "PeoplePerception" ? 0.0f : 0.2f * static_cast<float>(world.seed);
-    // On a circle of 0.6 m about the middle of the room.
+    // The start lies on a circle of radius 0.6 m about the room's centre.
     world.start = {1.65f + 0.6f * std::sin(heading), 1.65f - 0.6f * std::cos(heading), heading};
     world.people = {{{{2.9f, 1.2f}, {2.9f, 1.5f}}, 0.3f}};
     world.rangeNoise = 0.005f;

@@ -221,7 +221,7 @@ class Scenario {
 
   void expectAllMeasured() {
     time.advance(milliseconds(200));
-    // Once more, if the last cycle was meddled with.
+    // A further refresh runs if the last one was disturbed.
     if (measured() != kAllSensors) time.advance(milliseconds(100));
     EXPECT_EQ(measured(), kAllSensors);
   }

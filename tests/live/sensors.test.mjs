@@ -135,7 +135,7 @@ function countColoured() {
   return count;
 }
 
-/** Whether the depth camera's points are in space. */
+/** Returns true if the depth camera's points are in the 3D view. */
 function countSpacePoints() {
   const canvas = document.getElementById('space');
   const { data } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);

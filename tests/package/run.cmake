@@ -13,7 +13,7 @@ set(installed ${work}/installed)
 file(REMOVE_RECURSE ${work})
 run(${CMAKE_COMMAND} --install ${BUILD_DIR} --prefix ${installed})
 
-# What a user reads to find his way must stay a number that he can read.
+# The number of public headers is limited, so that users can read them.
 set(include ${installed}/include/qv)
 file(GLOB_RECURSE headers ${include}/*.h)
 list(LENGTH headers count)

@@ -264,7 +264,7 @@ TEST(FindRoute, goesAroundAWallAndKeepsItsDistance) {
   for (std::size_t i = 1; i < route.size(); ++i) {
     length += std::hypot(route[i].x - route[i - 1].x, route[i].y - route[i - 1].y);
   }
-  // Over the end of the wall and back, by the shortest way.
+  // The shortest way leads around the wall's end.
   EXPECT_NEAR(length, 2.0f * std::hypot(3.0f, 4.3f), 0.6f);
   EXPECT_THAT(findRoute(map, from, to, 0.6f), IsEmpty());
   EXPECT_THAT(findRoute(map, from, {6.05f, 3.0f}, 0.3f), IsEmpty());

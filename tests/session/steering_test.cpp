@@ -15,7 +15,7 @@ Math::Pose2D moved(const Math::Pose2D& pose, const Math::Pose2D& velocity) {
 
 TEST(Steering, returnsToThePathAndReachesItsEnd) {
   const TimedPath path({{0, 0}, {4, 0}, {4, 3}, {2, 3}}, 0.5, 1.0);
-  // Beside the path, and looking away from it.
+  // The start is beside the path, turned away from it.
   Math::Pose2D pose(-0.2f, 0.3f, 0.8f);
   float farthest = 0.0f;
   for (double seconds = 0.0; seconds < path.getDuration() + 1.0; seconds += kStep) {

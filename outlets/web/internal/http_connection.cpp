@@ -153,7 +153,8 @@ class HttpConnection : public Connection, public std::enable_shared_from_this<Ht
     });
   }
 
-  // What the client still sends would make the end of the connection swallow the answer.
+  // Unread data of the client would reset the connection and lose the answer, so sending is shut
+  // down first.
   void xClose() {
     error_code ignored;
     stream.socket().shutdown(tcp::socket::shutdown_send, ignored);

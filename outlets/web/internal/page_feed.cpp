@@ -18,7 +18,7 @@ PageFeed::PageFeed(session::Session& robot, RequestQueue& requests)
 PageFeed::~PageFeed() = default;
 
 void PageFeed::onOpen(const std::shared_ptr<WebClient>& client) {
-  // Under one lock with showLog: a client gets each line once.
+  // The lock is shared with showLog, so that a client gets each line once.
   std::lock_guard lock(mutex);
   client->send(textMessage(helloMessage(world, pages.add(client))));
   client->send(textMessage(logMessage({lastLines.begin(), lastLines.end()})));

@@ -22,7 +22,7 @@ std::string nameOf(const std::string& host) {
   return host.substr(0, host.find(':'));
 }
 
-// Of "scheme://host:port"; empty for anything else.
+// Returns the host of "scheme://host:port"; empty for anything else.
 std::string hostOf(const std::string& origin) {
   const auto end = origin.find("://");
   if (end == std::string::npos || end == 0) return {};

@@ -26,7 +26,7 @@ class QV_API WebClient {
   const std::string protocol;
 };
 
-/** What listens to the clients of a server's WebSockets. */
+/** The listener to the clients of a server's WebSockets. */
 class QV_API WebListener {
  public:
   WebListener() = default;

@@ -36,7 +36,7 @@ std::string EventReceiver::getText() const {
 
 void EventReceiver::xCall(const QVValue& value) {
   const auto alive = broker.lock();
-  // With the broker, everybody who could have listened is gone.
+  // Without the broker there are no listeners left.
   if (!alive) return;
   const QVValue arguments[] = {event, value, message};
   alive->call(module, method, arguments);

@@ -115,7 +115,7 @@ class Scanner {
     return true;
   }
 
-  // Where a file is damaged, what a channel is may stand behind its messages.
+  // In a damaged file the channel record may follow its messages, so blocks are loaded again.
   void xLoadAgain() {
     std::set<std::uint64_t> empty;
     for (const std::size_t index : again) {

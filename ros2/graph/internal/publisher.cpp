@@ -26,7 +26,7 @@ class DdsPublisher : public Publisher {
   }
   ~DdsPublisher() override {
     node->participant->announce([&] { std::erase(node->entities.writers, guid); });
-    // From here on no listener is called.
+    // No listener is called after this reset.
     writer.reset();
   }
 

@@ -18,7 +18,7 @@ class GraphInput {
   GraphInput(GraphNode& node, const std::string& topic, const Qos& qos)
       : subscription(node.subscribe(topic, Message::getType(), qos,
                                     [this](const ReceivedMessage& message) { xKeep(message); })) {}
-  // Before what it writes to.
+  // The subscription ends before the members that it writes to.
   ~GraphInput() { subscription.reset(); }
 
   const GraphTopic& getTopic() const { return subscription->getTopic(); }

@@ -25,7 +25,7 @@ class HeardDrive {
 
   /** Forward, leftward (m/s), turning (rad/s). */
   void set(const Math::Pose2D& newVelocity);
-  /** Once more if it is time. */
+  /** Publishes the command again if it is due. */
   void repeat();
 
  private:

@@ -56,7 +56,7 @@ void HeardSessionRobot::xSkipPause() {
 std::optional<ko::Clock::time_point> HeardSessionRobot::catchUp() {
   xSkipPause();
   const auto there = modules->getTime().now();
-  // What comes is told as time goes on: told where it stands, a recording would have it out of
+  // Messages are handled only when time advances; otherwise a recording would have them out of
   // order.
   if (there <= ko::Clock::now()) modules->listen();
   return there;

@@ -74,7 +74,7 @@ class GraphSurvey {
     surveyor.take({message.topic, message.type, message.cdr});
   }
 
-  // Of most robots' descriptions the sensors are another tool's.
+  // Most robots' descriptions have only sensors of other tools.
   void xTakeDescription(const HeardMessage& message) {
     try {
       const std::string text = fromCdr<std_msgs::String>(message.cdr).data;

@@ -99,7 +99,7 @@ void ToldRobot::makeStep() {
   const bool tells = xTellsSensor(*upcoming);
   modules.tell(toldBy(*upcoming));
   upcoming.reset();
-  // What comes at the same time is one step.
+  // Messages of one time are one step.
   isAmid = (isAmid || !tells || getNextStep()) && getNextStep() && (!tells || due == now);
 }
 

@@ -181,7 +181,7 @@ void TopicSurveyor::xMount(ToldSensor& sensor) const {
 }
 
 void TopicSurveyor::xMountCamera(ToldSensor& sensor) const {
-  // From z ahead, x to the right and y down.
+  // Converts from the optical frame (x right, y down, z forward).
   constexpr float kQuarter = 0.5f * std::numbers::pi_v<float>;
   sensor.mounting =
       sensor.mounting * Math::inverse(Math::rotationFrom3DRotation(-kQuarter, 0.0f, -kQuarter));

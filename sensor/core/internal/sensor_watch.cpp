@@ -50,7 +50,7 @@ void SensorWatch::beginCall(HardwareCall newCall) {
   if (!ledger.load()) xOpenLedger();
   ledger.load()->callSince = nowInNs();
   call = newCall;
-  // Until it has said that it stopped.
+  // An exception of the start stays noted until the next start.
   if (newCall == HardwareCall::stopping) return;
   thrown = false;
 }
@@ -106,7 +106,7 @@ void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   notes.changed = shifted(notes.changed, false);
   notes.readAt = now;
   if (!records.empty()) xNoteRecords(records, notes);
-  // What came of a time without records is no change of mind.
+  // A change after a gap without records does not count as flicker.
   if (!hadRecords) notes.changed &= ~1u;
   published.store(notes);
   if (notes.stamps > 1) isFirstAwaited = false;

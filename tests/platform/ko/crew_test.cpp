@@ -79,7 +79,7 @@ TEST(Crew, aForkedChildHasHelpersOfItsOwn) {
   meet();
   QV::test::ChildProcess child;
   child.start([] {
-    // Who waits for a helper that is not there waits for good.
+    // A missing helper would block for ever, hence the alarm.
     alarm(20);
     meet();
     _exit(0);

@@ -199,7 +199,7 @@ TEST_F(VirtualRobotTest, aLaserScansFromItsConfirmedModeOnUntilItIsSwitchedOff) 
 }
 
 TEST_F(VirtualRobotTest, reportsThePeopleItSeesWhileSomebodyListens) {
-  // Before it, behind it, and hidden behind a cupboard.
+  // Three people: in front of the robot, behind it, and hidden by a cupboard.
   world.people = {{{{7.09f, 3.5f}}}, {{{3.0f, 3.0f}}}, {{{8.0f, 2.5f}}}};
   world.boxes = {{{7.0f, 2.7f, 0.0f}, 0.1f, 0.6f, 0.0f, 2.0f}};
   run(1000);

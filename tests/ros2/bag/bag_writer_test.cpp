@@ -133,7 +133,7 @@ struct Progress {
     bag.write(1);
     if (bag.written == enough) [[maybe_unused]]
       const ssize_t told = ::write(pipe, "", 1);
-    // What has grown holds all but the message that made it grow.
+    // When the file grows, it holds all messages but the last.
     if (bag.writer.getSize() > size) progress.flushed = bag.written - 1;
     size = bag.writer.getSize();
   }

@@ -51,7 +51,7 @@ TEST_F(GraphRobotTest, publishesTheMessagesThatARecordingOfTheSameRunHas) {
   SessionRecorder recorder(folder / "run.mcap", *session);
   RobotOnGraph sut(*session, options);
   std::map<std::string, std::unique_ptr<Heard>> heard;
-  // Of a camera a recording has all points as pixels, and shows a part of them.
+  // A recording stores all camera points as pixels; its cloud has only some.
   for (const char* const name :
        {"/tf_static", "/odom", "/robot_description", "/map", "/people", "/people_markers",
         "/FrontLaser/scan", "/LeftLaser/scan", "/RightLaser/scan", "/ShovelLaser/scan",
@@ -215,7 +215,7 @@ TEST_F(GraphRobotTest, logsOneLineForInvalidCommandsUntilAValidOneComes) {
     log.clear();
     EXPECT_TRUE(sut.sendUntil(publisher, message, [&] { return !lines().empty(); })) << text;
     publisher.write(message);
-    // What is under way must not mix with what comes next.
+    // Messages in flight must be handled before the next case.
     sut.run(50);
     EXPECT_THAT(lines(), ElementsAre(HasSubstr(text)));
   };

@@ -63,7 +63,7 @@ std::vector<float> echoesOf(const sensor_msgs::LaserScan& scan) {
   return echoes;
 }
 
-/** Of all scans of a recording; of those here none has two topics of them. */
+/** Returns the ranges of all scans; each file has one scan topic. */
 std::vector<std::vector<float>> echoesIn(const std::string& path) {
   BagReader bag(path);
   std::vector<std::vector<float>> echoes;

@@ -158,7 +158,7 @@ TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   sut->unsubscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 0; }));
 
-  // What it measured then is no reading now.
+  // An old measurement must not be read after a restart.
   robot.fallSilent("scan");
   sut->subscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 1; }));
@@ -214,7 +214,7 @@ TEST_F(HeardRobotTest, timeFollowsAClockThatPausesAndGoesOnWhenItJumpsBack) {
   sut->subscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
 
-  // Whoever keeps pace does not say how much time goes by.
+  // keepPace() does not return the elapsed time.
   const auto begin = ko::Clock::now();
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (ko::Clock::now() < begin + boost::chrono::seconds(2) &&
@@ -249,7 +249,7 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
   robot.say("sonar", [=, this](const Stamp& now) { sonars->write(rangeAt(now, changing(now))); });
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
-  // At any moment, as whoever keeps pace looks.
+  // Snapshots are taken at arbitrary times, as with keepPace().
   test::recordSession(*open(), path, 40, [this](session::Session& session, int cycle) {
     for (int i = 0; i < 3; ++i) session.keepPace(boost::chrono::milliseconds(20));
     if (cycle == 20) robot.fallSilent("sonar");
@@ -314,7 +314,7 @@ TEST_F(HeardRobotTest, topicsComeFromTheDescriptionElseFromTheDefaultNames) {
   sut->subscribe("test", sut->getManager().getFamilyNames());
   ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "High") && has(*sut, "base_link"); }));
   EXPECT_TRUE(runUntil(*sut, [&] { return sut->look().velocity.x == 0.75f; }));
-  // Where it was when it measured.
+  // The record must lie at the robot's pose at measurement time.
   EXPECT_TRUE(runUntil(*sut, [&] {
     const auto records = session::recordsOf(sut->look());
     const auto* sonar = findRecord(records, "High");

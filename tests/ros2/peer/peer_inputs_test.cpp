@@ -100,7 +100,7 @@ class Input : public Check {
               heard.change(
                   [&](auto& last) { last.assign(message.cdr.begin(), message.cdr.end()); });
             })) {}
-  // Before what it writes to.
+  // The subscription ends before the members that it writes to.
   ~Input() override { subscription.reset(); }
 
   void check() override {

@@ -120,7 +120,7 @@ TEST_F(Sensor3DTest, anImageThatIsNotDepthIsRefusedAndTheLastGoodOneStays) {
                                    "QVImage::QVImage: 153600 bytes for 320 by 240 pixels of "
                                    "color space 17 expected, 153599 given"));
   log.clear();
-  // What is an image, but not of depth, is refused in silence, and given back.
+  // Images that are not depth are refused without a log line, and released.
   for (const auto& [colorSpace, bytes] :
        {std::pair(24, 230400u), {11, 230400u}, {19, 921600u}, {99, 153600u}}) {
     answerImage(colorSpace, bytes);

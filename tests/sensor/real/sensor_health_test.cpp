@@ -134,7 +134,7 @@ TEST_F(SensorHealthTest, eachBadStateHasAReasonWithFiguresAndARemedy) {
 
 TEST_F(SensorHealthTest, isOffWithoutASubscriberAndStartingUntilItsFirstFreshRecord) {
   EXPECT_EQ(health("Left").reason, "nobody has subscribed to it");
-  // As a camera shows the last image of its former run.
+  // The old stamp imitates a camera that shows its last image after a restart.
   left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
   right().hasRecord = false;
   sut->subscribe("me");
@@ -293,7 +293,7 @@ TEST_F(SensorHealthTest, aSingleSubscribedSensorIsReportedEvenIfItNeverStarts) {
     };
     EXPECT_EQ(errorOf([&] { sut->subscribe("me", "Left"); }), throws ? "no power" : "");
     time.advance(milliseconds(500));
-    // What throws ends the call before a task looks.
+    // An exception ends the start before the task can see it.
     EXPECT_THAT(faults, SizeIs(throws ? 0 : 1));
     EXPECT_THAT(health("Left").reason,
                 StartsWith(throws ? "its hardware threw when it was to start: no power"

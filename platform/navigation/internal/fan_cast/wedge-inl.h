@@ -86,7 +86,7 @@ HWY_INLINE void putAhead(const FanSector& sector, const Wedge& wedge, int first,
     const auto rise = hn::LoadU(d, rays.rise + i);
     const auto low = hn::LoadU(d, rays.low + i);
     const auto from = hn::LoadU(d, rays.firstStrip + i);
-    // By rounding, a ray may lie outside or end before.
+    // Rounding may put a ray outside the wedge or end it early.
     const auto goes = hn::And(wedge.holds(rise), hn::Ge(hn::LoadU(d, rays.last + i), column));
     const auto risen = hn::IfThenElseZero(goes, hn::Mul(hn::Trunc(rise), advance));
     hn::StoreU(hn::Add(low, risen), d, rays.low + i);
