@@ -38,7 +38,7 @@ std::string orDash(const session::ListedSensor& sensor, Number value, int digits
 
 void printKind(int kind, const std::vector<session::ListedSensor>& sensors) {
   std::cout << "Simulated sensors of kind " << kind
-            << ".\nMounting in the robot's frame (m, rad), ranges in m, apertures in rad.\n";
+            << ".\nMounting in the ground frame (m, rad), ranges in m, apertures in rad.\n";
   outlets::Table table(
       {"family", "sensor", ">min", ">max", ">aperture", ">rays", ">x", ">y", ">heading"});
   for (const auto& sensor : sensors) {

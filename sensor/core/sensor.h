@@ -33,8 +33,8 @@ enum class HardwareCall : std::uint8_t;
  * - Frames: S is the sensor's frame, x the direction in which it looks, y to the left, z up. Points
  *   are in S; a record's transform says where S is.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Reserved: no record means that nothing was read; a record without points, that there is nothing
- *   to report.
+ * - Special values: no record means that nothing was read; a record without points, that there is
+ * nothing to report.
  * - Lifetime: not copyable. The destructor does not stop the hardware; unsubscribe first.
  * - Threads: thread-safe. Hardware is started, stopped and read by one thread at a time.
  * - Errors: what the hardware throws reaches the caller. A start or stop that answers false clears

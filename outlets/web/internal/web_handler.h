@@ -20,7 +20,7 @@ class QV_API WebClient {
   WebClient(const WebClient&) = delete;
   WebClient& operator=(const WebClient&) = delete;
 
-  /** Never waits; what comes after the end is dropped. Safe from any thread. */
+  /** Never waits; what comes after the end is dropped. Thread-safe. */
   virtual void send(WebMessage message) = 0;
 
   const std::string protocol;

@@ -11,7 +11,7 @@
 
 namespace QV::ros2 {
 
-/** A topic that asks something of a robot: the last message counts. Safe from any thread. */
+/** A topic that asks something of a robot: the last message counts. Thread-safe. */
 template <typename Message>
 class GraphInput {
  public:

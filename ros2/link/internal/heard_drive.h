@@ -15,7 +15,7 @@ namespace QV::ros2 {
 /**
  * Tells a robot how to move, again and again, as robots stop that hear nothing: with a stamp if
  * somebody listens to that, else without. Nothing is published before the first command that moves
- * it. Safe from any thread.
+ * it. Thread-safe.
  */
 class HeardDrive {
  public:
