@@ -30,7 +30,7 @@ test('driving into a wall is felt', async () => {
   await live.untilSensor('Touch', ({ points }) => points.length > 0);
   await live.page.keyboard.up('ArrowUp');
   assert.equal(touches[0].name, 'FrontBumper');
-  await live.page.getByText('Touch: FrontBumper').waitFor();
+  await live.page.getByText('Touched: FrontBumper').waitFor();
   await live.page.locator('.log-line:visible').getByText('FrontBumper touched').waitFor();
 });
 
