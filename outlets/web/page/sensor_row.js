@@ -41,7 +41,7 @@ export class SensorRow {
     this.#switches = {
       subscribed: new SensorSwitch('Subscribe', `Subscribe to ${name}`, subscribe),
       enabled: new SensorSwitch('Enable', `Enable ${name}`, (on) => send({ op: 'enable', sensor: name, on })),
-      diagnosis: new SensorSwitch('Diagnosis', `Set the diagnosis of ${name} to good`, (value) => send({ op: 'diagnose', sensor: name, value })),
+      diagnosis: new SensorSwitch('Diagnosis', `Diagnosis of ${name}: good`, (value) => send({ op: 'diagnose', sensor: name, value })),
     };
     this.#faultNames = Object.keys(faults);
     this.#details = new SensorDetails(means, faults, send);
