@@ -84,9 +84,9 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
 
 int runProgram(int argc, const char* const* argv, const session::OpenOptions& robots) {
   CLI::App program(
-      "Reads a mobile robot's sensors: of simulated and virtual robots in a map of yours.",
+      "Reads the sensors of a mobile robot: simulated, virtual, recorded, or on a ROS 2 graph.",
       "qvsensors");
-  program.set_version_flag("-V,--version", QV_VERSION, "Say which version this is and leave");
+  program.set_version_flag("-V,--version", QV_VERSION, "Print the version and exit");
   program.require_subcommand(1);
   program.set_help_all_flag("--help-all", "Help of every command");
   int status = 0;

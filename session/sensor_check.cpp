@@ -81,7 +81,7 @@ void judge(const Observation& seen, const SensorNature& nature, const std::strin
     return fail(Verdict::badData, "its records have no points");
   }
   if (nature.looksDown() && seen.points == 0) {
-    return fail(Verdict::badData, "its status never vouches for its points");
+    return fail(Verdict::badData, "its hole status is never valid");
   }
   checked.why = nature.mayBeSilent() ? describeTouch(seen) : seen.points == 0 ? "sees nothing" : "";
 }

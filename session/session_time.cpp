@@ -63,7 +63,7 @@ std::optional<ko::Duration> Session::getLength() const {
 }
 
 void Session::seek(ko::Duration sinceStart) {
-  if (!getLength()) throw UsageError("a recording expected, a " + getTitle() + " given");
+  if (!getLength()) throw UsageError("seeking needs a recording; this is \"" + getTitle() + "\"");
   const auto target = [&] { return parts->robot->getStart() + sinceStart; };
   if (target() < ko::Clock::now()) xReopen();
   run(target() - ko::Clock::now());

@@ -160,7 +160,7 @@ class SessionRecorder::Impl : public session::SessionListener {
       }
     }
     ko::log::error("Recording", "write")
-        << error << "; the recording ends here, the session goes on";
+        << "recording stopped: " << error << "; the session continues";
   }
 
   // Inputs of a past time, or up to the end of the body's step.

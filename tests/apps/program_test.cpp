@@ -177,7 +177,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"drive", "--paht", "1,2 2,2"},
        "no option --paht; did you mean --path? (see qvsensors drive --help)"},
       {{"drive", "--people", "x", "--wings=2"}, "no option --wings (see"},
-      {{"--pose", "1,2,3", "read"}, "--pose: options stand after the command"},
+      {{"--pose", "1,2,3", "read"}, "--pose: put options after the command"},
       {{"read", "--noise"}, "--noise: a value expected (FLOAT) (see qvsensors read --help)"},
       {{"map"}, "a command expected; the commands are info (see qvsensors map --help)"},
       {{"map", "info", "--depth"}, "no option --depth (see qvsensors map info --help)"},
@@ -187,7 +187,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"help", "fly"}, "no command \"fly\"; the commands are list, "},
       {{"completion", "csh"}, "SHELL: bash, zsh or fish expected, \"csh\" given"},
       {{"stream", "--speed", "0"}, "--speed: a number above 0 or max expected, \"0\" given"},
-      {{"check", "--robot", robotOf("")}, "robot.urdf: a sensor expected"},
+      {{"check", "--robot", robotOf("")}, "robot.urdf: the robot has no sensors"},
       {{"check", "--robot",
         robotOf("<sensor name='C' type='4'><property key='cameraName' "
                 "value='nose'/></sensor>")},
@@ -211,7 +211,8 @@ TEST_F(ProgramTest, withoutAPoseTheRobotStartsAtAFreePlaceThatIsPrinted) {
     EXPECT_EQ(result.status, 0) << result.error;
     float x = 0.0f;
     float y = 0.0f;
-    ASSERT_EQ(std::sscanf(result.error.c_str(), "qvsensors: the robot stands at %f,%f,0", &x, &y),
+    ASSERT_EQ(std::sscanf(result.error.c_str(), "qvsensors: the robot starts at x,y,theta %f,%f,0",
+                          &x, &y),
               2)
         << result.error;
     EXPECT_NEAR(x, free["x"].get<float>(), 1e-4);
@@ -269,14 +270,14 @@ TEST_F(ProgramTest, anUnwritableStandardOutputIsReportedWithTheReason) {
 TEST_F(ProgramTest, aPoseThatIsNotFreeIsWarnedOfAndRead) {
   const Result result = run({"read", "--pose", "-90,-90,0", "--format", "jsonl"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.error, HasSubstr("warning: the pose -90,-90 lies outside the map"));
+  EXPECT_THAT(result.error, HasSubstr("warning: the pose x,y -90,-90 m lies outside the map"));
   EXPECT_EQ(recordsIn(result.out).size(), 6u);
 }
 
 TEST_F(ProgramTest, drivingIntoAWallIsWarnedOfOnce) {
   const Result result = run({"drive", "--path", "3,6.3 3,7.2 3,6.3"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.error, HasSubstr("lies in a cell that is not free"));
+  EXPECT_THAT(result.error, HasSubstr("is in an occupied or unknown cell"));
   EXPECT_LE(std::count(result.error.begin(), result.error.end(), '\n'), 2) << result.error;
 }
 

@@ -52,7 +52,7 @@ TEST_F(ReplayTest, aBadLogIsRefusedWithOneLineThatNamesIt) {
       {{"replay", folder / "none"}, "none: a readable file expected"},
       {{"replay", folder.write("empty", "\n")}, "empty: no FLASER line found"},
       {{"replay", folder.write("odd", "\n\x7f\x45LF")}, "odd: line 2: FLASER or ODOM expected"},
-      {{"replay", alone}, "alone: a sonar log goes with a file of poses; name it with --poses"},
+      {{"replay", alone}, "alone: a sonar log needs a file of poses; give it with --poses"},
       {{"replay", alone, "--poses", folder.write("late", "100 0 0 0\n351 0 0 0\n")},
        "late: line 2: the time"},
       {{"replay", folder.write("swapped", kPoses), "--poses", alone},

@@ -4,7 +4,8 @@
 namespace QV::app {
 namespace {
 
-constexpr char kNoGraph[] = "this build has no ROS 2 graph; one with QV_BUILD_ROS2_GRAPH=ON has";
+constexpr char kNoGraph[] =
+    "this program was built without ROS 2; build with QV_BUILD_ROS2_GRAPH=ON";
 
 bool hasGraph() {
   return run({"ros2", "--list", "--kind", "0"}).error.find(kNoGraph) == std::string::npos;

@@ -43,7 +43,7 @@ std::vector<std::string> linesOf(const std::string& screen) {
 TEST(WatchView, aTableShowsEverySensor) {
   EXPECT_EQ(watchTable(exampleState()),
             "sensor  family  enabled  diagnosis  started  subscribers  points  nearest m  age s  "
-            "health  why, or last trouble\n"
+            "health  reason, or last error\n"
             "Laser   Laser   yes      bad        no                 2       0          -      -  "
             "off     3 s ago: no \\x1b[2J\\nscan\n"
             "Sonar   Sonar   no       good       yes                1      15       0.50   0.25  "
@@ -90,7 +90,7 @@ TEST(WatchView, a60ColumnTableIsContinuedBelow) {
   WatchState state = exampleState();
   state.seen.sensors[1].health.reason = "its record is 0.62 s old, and the limit is 0.40 s";
   EXPECT_EQ(watchTable(state, 60),
-            "sensor  nearest m  health  why, or last trouble\n"
+            "sensor  nearest m  health  reason, or last error\n"
             "Laser           -  off     3 s ago: no \\x1b[2J\\nscan\n"
             "Sonar        0.50  late    its record is 0.62 s old, and the\n"
             "                           limit is 0.40 s\n");

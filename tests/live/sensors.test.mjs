@@ -89,7 +89,7 @@ test('a sensor is made to fail, which nobody overlooks, and mended', async () =>
   await row('BackSonar').getByLabel('Fault of BackSonar').selectOption('off');
   await row('BackSonar').getByText('BackSonar has the fault "off".').waitFor();
   await badge('BackSonar').getByText('silent').waitFor();
-  await reason('BackSonar').getByText(/^no (fresh )?record for \d.*limit.*\(for \d+ s\)\. Back: by itself, with sound records$/).waitFor();
+  await reason('BackSonar').getByText(/^no (fresh )?record for \d.*limit.*\(for \d+ s\)\. To fix: ends when good records come; check the driver$/).waitFor();
   assert.equal(await row('BackSonar').getAttribute('data-severity'), 'bad');
   await live.page.getByText('1 not sound').waitFor();
   assert.equal(await row('FrontSonar').getAttribute('data-severity'), '');

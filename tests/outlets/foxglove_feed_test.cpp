@@ -182,7 +182,8 @@ TEST_F(FoxgloveFeedTest, theMapComesOnceAndTheLogLineByLine) {
 }
 
 TEST_F(FoxgloveFeedTest, answersInvalidRequestsWithAStatusMessage) {
-  EXPECT_EQ(errorTo("?"), "subscribe and unsubscribe are understood, null is not");
+  EXPECT_EQ(errorTo("?"),
+            "\"op\": subscribe, unsubscribe, advertise or unadvertise expected, null given");
   EXPECT_EQ(errorTo(R"({"op":"subscribe"})"), "subscriptions: an array expected");
   EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[7]})"), "id: missing");
   EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[{"id":-1,"channelId":1}]})"),

@@ -79,7 +79,7 @@ if(EXISTS ${include}/outlets)
   endforeach()
   execute_process(COMMAND ${work}/cliff/qvcliff replay ${work}/cliff.mcap --compare
     OUTPUT_VARIABLE output ERROR_VARIABLE log)
-  if(NOT output MATCHES "are the same, bit for bit")
+  if(NOT output MATCHES "are equal, bit for bit")
     message(FATAL_ERROR "qvcliff's recording, played again: ${output}${log}")
   endif()
   execute_process(COMMAND ${work}/cliff/qvcliff replay ${work}/cliff.mcap --format csv

@@ -89,8 +89,8 @@ TEST(FindDescriptionFaults, findsMistakesAndUnwrittenMemoryKeys) {
   };
   const auto texts = faultsOf(robot);
   EXPECT_THAT(texts, Contains(AllOf(StartsWith("Front: "), HasSubstr("\"300 cm\""))));
-  EXPECT_THAT(texts, Contains("Hole: memory key \"NoOne/Status\" is written by nobody, a driver "
-                              "expected"));
+  EXPECT_THAT(texts,
+              Contains("Hole: nobody writes memory key \"NoOne/Status\", a driver expected"));
   std::vector<std::string> ofLimits;
   for (const auto& text : texts) {
     if (text.starts_with("Touch: ")) ofLimits.push_back(text.substr(16));

@@ -52,7 +52,8 @@ TEST_P(SessionTest, timeFollowsSpeedPauseAndSteps) {
   sut->setSpeed(2.5);
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond * 7 / 2);
-  EXPECT_EQ(errorOf([&] { execute(*sut, "page", StepCommand{}); }), "time runs: pause it first");
+  EXPECT_EQ(errorOf([&] { execute(*sut, "page", StepCommand{}); }),
+            "can't step while time runs; pause first");
   sut->pause(true);
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond * 7 / 2);
@@ -145,7 +146,7 @@ TEST_P(SessionTest, goesToAGoalBehindIt) {
   EXPECT_EQ(errorOf([&] {
               sut->setGoal({20.0f, 3.0f});
             }),
-            "the robot can't get to 20.00, 3.00 m: no free way leads there");
+            "the robot can't get to 20.00, 3.00 m: no free path");
 }
 
 TEST_P(SessionTest, aFaultIsListedUntilItIsCleared) {
@@ -200,7 +201,7 @@ TEST_P(SessionTest, faultsNeedAVirtualRobot) {
   if (!GetParam()) {
     EXPECT_THAT(sut->getFaultySensors(), IsEmpty());
     EXPECT_THAT(errorOf([&] { sut->clearFault("Sonar/Front"); }),
-                StartsWith("a virtual robot expected, "));
+                StartsWith("faults need a virtual robot; "));
     return;
   }
   EXPECT_THAT(sut->getFaultySensors(), Contains("BackSonar"));
@@ -223,8 +224,8 @@ TEST(Session, dropsAGoalWhoseWayStaysBlocked) {
   sut->keepPace(kSecond * 5);
   EXPECT_FALSE(sut->look().goal);
   EXPECT_THAT(log.lines(ko::log::Level::warning),
-              ElementsAre("warning Session.run: something is in the way to 8.00, 3.00 m: the "
-                          "goal is dropped"));
+              ElementsAre("warning Session.run: the way to 8.00, 3.00 m stayed blocked for 15 s: "
+                          "goal dropped"));
 }
 
 TEST(Session, aRecordingStepsThroughItsLogAndHasNoMap) {
@@ -243,12 +244,8 @@ TEST(Session, aRecordingStepsThroughItsLogAndHasNoMap) {
   EXPECT_EQ(sut->look().pose.y, 2.0f);
   EXPECT_EQ(sut->getShareDone(), 1.0);
   EXPECT_FALSE(sut->step());
-  EXPECT_EQ(errorOf([&] { sut->drive(1.0f, 0.0f); }),
-            "a robot that can be driven expected, a recording given");
-  EXPECT_EQ(errorOf([&] {
-              sut->setGoal({1.0f, 0.0f});
-            }),
-            "a robot in a map expected, one without a map given");
+  EXPECT_EQ(errorOf([&] { sut->drive(1.0f, 0.0f); }), "a recording can't be moved or driven");
+  EXPECT_EQ(errorOf([&] { sut->setGoal({1.0f, 0.0f}); }), "goals need a map; this robot has none");
 }
 
 TEST(FindRoute, goesAroundAWallAndKeepsItsDistance) {

@@ -102,7 +102,7 @@ class HttpConnection : public Connection, public std::enable_shared_from_this<Ht
         error == http::error::header_limit || error == http::error::buffer_overflow;
     const auto status =
         tooLong ? http::status::request_header_fields_too_large : http::status::bad_request;
-    xWrite(makeRefusal(status, "A request of HTTP/1.1 without a body expected."), false);
+    xWrite(makeRefusal(status, "Expected: an HTTP/1.1 request without a body."), false);
   }
 
   void xHandle(const WebRequest& request) {

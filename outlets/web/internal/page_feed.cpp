@@ -51,7 +51,7 @@ void PageFeed::xExecute(const std::shared_ptr<WebClient>& client, const PageComm
       return xWant(page, *subscription);
     }
     if (requests.add({order, refuse})) return;
-    refuse("too many commands wait already; try again in a moment");
+    refuse("too many commands are waiting; try again");
   }
 }
 

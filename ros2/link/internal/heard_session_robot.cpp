@@ -39,7 +39,7 @@ std::string HeardSessionRobot::getTitle() const {
 }
 
 void HeardSessionRobot::setPose(const Math::Pose2D&) {
-  throw session::UsageError("a robot that can be moved expected, one on a ROS 2 graph given");
+  throw session::UsageError("a robot on a ROS 2 graph can't be placed at a pose");
 }
 
 void HeardSessionRobot::follow(const session::TimedPath& path, double seconds) {

@@ -81,7 +81,7 @@ class GraphSurvey {
       if (surveyDescription(Model::ModelUtils::robotFromXml(text)).sensors.empty()) return;
       description = text;
     } catch (const std::exception& error) {
-      ko::log::info("ROS2", "survey") << message.topic << ": not used: " << error.what();
+      ko::log::info("ROS2", "survey") << message.topic << " ignored: " << error.what();
     }
   }
 

@@ -130,7 +130,7 @@ float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
     // One that does not answer leaves no number.
     memory->insertData(write.key, write.value);
   }
-  throw std::runtime_error("nothing was recorded of it");
+  throw std::runtime_error("the recording has no data of this sensor");
 }
 
 // At a time of its own each image was asked for; between two of a sensor's, others get the last.
@@ -143,7 +143,7 @@ void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t
   const bool isMissing = last.depth.empty() || time - last.time >= kImagePeriod;
   // A camera without messages gives no image.
   if (isMissing && wasHeard) return;
-  if (isMissing) throw std::runtime_error("nothing was recorded of it");
+  if (isMissing) throw std::runtime_error("the recording has no data of this sensor");
   depth = last.depth;
   time = last.stamp;
 }

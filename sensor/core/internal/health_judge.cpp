@@ -113,7 +113,7 @@ HealthFinding HealthJudge::xJudgeSilence() const {
     HealthFinding finding = found(sound, Cause::excused);
     finding.excuse = notes.excuse                ? notes.excuse
                      : watch.getNature().hasRate ? "the robot moves"
-                                                 : "it has nothing to tell";
+                                                 : "it has nothing to report";
     finding.isMeasured = notes.excuse ? notes.isExcuseMeasured : !watch.getNature().hasRate;
     return finding;
   }

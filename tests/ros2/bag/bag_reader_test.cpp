@@ -116,7 +116,8 @@ TEST_F(BagReaderTest, anInvalidSummaryIsIgnored) {
        "chunks overlap"},
       {[&](Damaged& file) { file.put(index + 24, std::uint64_t{20}); },
        "no chunk where the index says"},
-      {[&](Damaged& file) { file.bytes[index - kHead] = 0x70; }, "no index of all chunks"},
+      {[&](Damaged& file) { file.bytes[index - kHead] = 0x70; },
+       "the index does not list all chunks"},
       {[&](Damaged& file) { file.put(file.bytes.size() - kFooter + kHead, ~std::uint64_t{0}); },
        "no summary"},
       {[&](Damaged& file) { file.put(index - 8, ~std::uint64_t{0}); }, "bytes expected"}};
@@ -154,7 +155,7 @@ TEST_F(BagReaderTest, theCrcOverAllDataFindsWhatNoOtherOneCovers) {
   file.put(file.find(7, 0) + kHead + 6, std::uint8_t{77});
   write(file);
   EXPECT_THAT(readBagInfo(path).damage.lines,
-              ElementsAre(HasSubstr("the CRC of all before is wrong")));
+              ElementsAre(HasSubstr("the CRC of the data section is wrong")));
 }
 
 TEST_F(BagReaderTest, aDataEndRecordThatIsTooLongCountsAsDamage) {
@@ -264,7 +265,7 @@ TEST_F(BagReaderTest, hugeMetadataIsRefusedAndTheMessagesAreRead) {
       {{kMost, kMost, kMost, 8},
        4,
        5,
-       "not read on from here: up to 8 chunks, metadata and attachments expected, more given"}};
+       "reading stopped here: up to 8 chunks, metadata and attachments expected, more given"}};
   for (const auto& [limits, messages, metadata, text] : kCases) {
     const auto sut = openMcap(openMemory(bytes), "bag", BagOrder::time, limits);
     std::size_t count = 0;
@@ -320,11 +321,12 @@ TEST_F(BagReaderTest, aFileThatIsNoRecordingIsRefused) {
   };
   expectRefusal(folder / "none.mcap", "No such file or directory");
   expectRefusal(folder.string(), "a metadata.yaml expected, there is none");
-  const std::string noMagic = "byte 0: the magic of MCAP expected, other bytes given";
+  const std::string noMagic =
+      "byte 0: a recording (.mcap, .db3 or a rosbag2 folder) expected, other bytes given";
   expectRefusal(folder.write("empty.mcap", ""), noMagic);
   expectRefusal(folder.write("text.mcap", "{\"sensor\": 1}\n"), noMagic);
   expectRefusal(folder.write("whole.mcap.zstd", "\x28\xb5\x2f\xfd rest"),
-                "a recording expected, a file packed by zstd given: unpack it");
+                "a recording expected, a zstd-compressed file given; decompress it first");
   expectRefusal(folder.write("other.db3", std::string("SQLite format 3\0", 16)),
                 "a recording of rosbag2 expected: file is not a database");
   folder.write("metadata.yaml",

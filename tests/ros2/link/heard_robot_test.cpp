@@ -203,7 +203,7 @@ TEST_F(HeardRobotTest, stampsFarOffAreRefusedAndOtherSensorsGoOn) {
     EXPECT_TRUE(has(*sut, "sonar"));
     robot.say("scan", [this](const Stamp& now) { scans->write(scanAt(now, 2.0f)); });
     ASSERT_TRUE(runUntil(*sut, [&] {
-      return !log.lines().empty() && log.lines().back().find("sound again") != std::string::npos;
+      return !log.lines().empty() && log.lines().back().find("valid again") != std::string::npos;
     }));
   }
 }

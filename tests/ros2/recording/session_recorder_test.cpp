@@ -125,7 +125,7 @@ TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorButNotTheRun) {
     }
     recorder.finish();
     const bool isTold =
-        errors.size() == 1 && errors[0].find("the session goes on") != std::string::npos;
+        errors.size() == 1 && errors[0].find("the session continues") != std::string::npos;
     _exit(recorder.hasFailed() && isTold ? 0 : 1);
   });
   EXPECT_EQ(process.awaitEnd(), 0);

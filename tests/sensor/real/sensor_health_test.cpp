@@ -91,7 +91,7 @@ const std::vector<HealthCase> kHealthCases{
      [](auto& t) { t.left().onRead = [&t] {
                      t.left().points = {{kNan, 0.0f, 0.0f}};
                    }; }, noisy,
-     "6 of its last 20 readings can't be, limit 5",
+     "6 of its last 20 readings are impossible, limit 5",
      [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
     {"stays the same", [](auto& t) { t.left().onRead = [] {}; }, frozen,
      "the same points while the robot turned 0.60 rad, limit 0.50 rad",
@@ -106,7 +106,7 @@ const std::vector<HealthCase> kHealthCases{
      [](auto& t) {
        t.left().onRead = [&t] { t.left().points = {{0.6f * t.wallNow().x, 0.0f, 0.0f}}; };
      },
-     suspect, "m where Right says",
+     suspect, "m, that of Right ",
      [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
     {"has a bad diagnosis", [](auto& t) { t.sut->setSensorDiagnosis("Left", false); }, failing,
      "its diagnosis is bad", [](auto& t) { t.sut->setSensorDiagnosis("Left", true); }},
@@ -295,9 +295,8 @@ TEST_F(SensorHealthTest, aSingleSubscribedSensorIsReportedEvenIfItNeverStarts) {
     time.advance(milliseconds(500));
     // An exception ends the start before the task can see it.
     EXPECT_THAT(faults, SizeIs(throws ? 0 : 1));
-    EXPECT_THAT(health("Left").reason,
-                StartsWith(throws ? "its hardware threw when it was to start: no power"
-                                  : "its diagnosis is bad: "));
+    EXPECT_THAT(health("Left").reason, StartsWith(throws ? "its start threw an exception: no power"
+                                                         : "its diagnosis is bad: "));
     left().subscribeSucceeds = true;
     left().onStart = [] {};
     sut->setSensorDiagnosis("Left", true);
