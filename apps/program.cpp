@@ -58,7 +58,7 @@ void addLogOptionsToAll(CLI::App& app) {
 /** Sets errno if not. */
 bool isOutputWhole() {
   const bool wasWhole = !!std::cout;
-  // What is left of it fails once more, and that says why.
+  // A second flush fails again and sets errno, which gives the reason.
   std::cout.clear();
   errno = 0;
   std::cout.flush();
@@ -75,7 +75,7 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
     return fail(describe(program, error));
   }
   if (!isOutputWhole()) return fail(ko::detail::cannotWrite("standard output"));
-  // Whoever was interrupted on purpose still wants to know of a file that is not whole.
+  // A failure outranks an interruption: the user must know of an incomplete file.
   return isInterrupted() && status != kFailure ? getInterruptStatus() : status;
 }
 
@@ -83,9 +83,9 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
 
 int runProgram(int argc, const char* const* argv, const session::OpenOptions& robots) {
   CLI::App program(
-      "Reads a mobile robot's sensors: of simulated and virtual robots in a map of yours.",
+      "Reads the sensors of a mobile robot: simulated, virtual, recorded, or on a ROS 2 graph.",
       "qvsensors");
-  program.set_version_flag("-V,--version", QV_VERSION, "Say which version this is and leave");
+  program.set_version_flag("-V,--version", QV_VERSION, "Print the version and exit");
   program.require_subcommand(1);
   program.set_help_all_flag("--help-all", "Help of every command");
   int status = 0;

@@ -110,7 +110,7 @@ class Fleet {
     }
     return processTime() - begin;
   }
-  /** Until everybody is heard. */
+  /** Runs until 60 messages per robot have arrived. */
   void settle() {
     while (heard < 60 * static_cast<int>(robots.size())) secondsOf(10);
   }
@@ -137,7 +137,7 @@ struct Cost {
   double megabytes;
 };
 
-/** Of a robot in a simulated second. */
+/** Measures the cost of one robot per simulated second. */
 Cost costOfEach(int count) {
   constexpr int kSeconds = 4;
   const double before = megabytesInUse();
@@ -209,7 +209,7 @@ void tenCameras(benchmark::State& state) {
       std::this_thread::sleep_until(due += std::chrono::milliseconds(100));
     }
   }
-  // What is still to be sent again has time for it.
+  // Waits up to 5 s for retransmissions.
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
   while (heard < sent && std::chrono::steady_clock::now() < end) std::this_thread::yield();
   state.counters["sent"] = sent;

@@ -95,7 +95,7 @@ BENCHMARK(refreshCycle)->Unit(benchmark::kMicrosecond);
 double refreshTwice(Robot& sut, ko::SimulatedTime& time, bool isWatched) {
   double seconds = 0.0;
   for (const bool isLast : {false, true}) {
-    // Between two refreshes of the manager's own, so that there are new records to read.
+    // The time advances past the manager's own refresh, so that new records are there.
     sut.manager->watchHealth(false);
     time.advance(milliseconds(100));
     sut.manager->watchHealth(isWatched);

@@ -27,7 +27,7 @@ endif()
 target_compile_options(qv_options INTERFACE
   -Wall -Wextra -Wpedantic $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Werror -ffp-contract=off
-  # What is built must not say where.
+  # Binaries must not contain the build path.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(QV_SANITIZE)
   target_compile_options(qv_options INTERFACE

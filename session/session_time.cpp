@@ -13,7 +13,7 @@ namespace {
 constexpr ko::Duration kSlice{20'000'000};
 
 void goTo(SessionParts& parts, ko::Clock::time_point time) {
-  // What fell due may have slept beyond that.
+  // A due task may have advanced time further.
   const ko::Duration left = time - ko::Clock::now();
   if (left <= ko::Duration::zero()) return;
   if (parts.time) return parts.time->advance(left);
@@ -63,7 +63,7 @@ std::optional<ko::Duration> Session::getLength() const {
 }
 
 void Session::seek(ko::Duration sinceStart) {
-  if (!getLength()) throw UsageError("a recording expected, a " + getTitle() + " given");
+  if (!getLength()) throw UsageError("seeking needs a recording; this is \"" + getTitle() + "\"");
   const auto target = [&] { return parts->robot->getStart() + sinceStart; };
   if (target() < ko::Clock::now()) xReopen();
   run(target() - ko::Clock::now());

@@ -105,7 +105,7 @@ struct RecordingPlace {
  * - Frames: all places and poses are in the map M, but for `velocity`, which is in the ground
  *   frame G, and the records, which `frame` tells.
  * - Units: metres, radians, m/s, rad/s; durations are seconds, `time` is ko::Clock's.
- * - Reserved: nothing, null or an empty list for what the robot does not have.
+ * - Special values: nothing, null or an empty list for what the robot does not have.
  * - Lifetime, threads: a value. It shares the map, which never changes.
  *
  *     const auto session = QV::session::openVirtual("porter");

@@ -12,7 +12,7 @@ namespace QV {
 
 class QVBroker;
 
-/** Knows the brokers of the process, for callers that were given none. Safe from any thread. */
+/** Knows the brokers of the process, for callers that were given none. Thread-safe. */
 class QV_API QVBrokerManager {
  public:
   /** Never null, lives as long as the process. */

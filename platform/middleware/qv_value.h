@@ -23,7 +23,7 @@ namespace QV {
  * A value of a type known at run time: what memory keys, event payloads, arguments and results are
  * made of.
  *
- * - Reserved: the invalid value stands for "no result".
+ * - Special values: the invalid value stands for "no result".
  * - Lifetime: a value. Arrays and binary buffers are immutable and shared, so a copy costs no more
  *   than a count. Moving never throws, and leaves an empty value of the type or the same one.
  * - Threads: reading is thread-safe.

@@ -35,7 +35,7 @@ bool hasModule(const QVBroker& broker, const std::string& name) {
 
 void bindBroker(py::module_& module) {
   py::class_<QVBroker, boost::shared_ptr<QVBroker>>(module, "Broker", R"(
-Holds the modules of a robot by name and carries the calls to them. Safe from any thread.)")
+Holds the modules of a robot by name and carries the calls to them. Thread-safe.)")
       .def(py::init([] { return QVBroker::create(); }), "__init__() -> None")
       .def("call", &callModule, "module"_a, "method"_a,
            R"(call(module: str, method: str, *arguments: Value) -> Value

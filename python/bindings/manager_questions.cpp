@@ -47,10 +47,8 @@ The sensors that it wants. Waits for a sensor that starts or stops.)");
 }
 
 void bindStates(ManagerClass& type) {
-  type.def("is_sensor", asking(&SensorManager::isSensor), "name"_a,
-           "is_sensor(name: str) -> bool")
-      .def("is_family", asking(&SensorManager::isFamily), "name"_a,
-           "is_family(name: str) -> bool")
+  type.def("is_sensor", asking(&SensorManager::isSensor), "name"_a, "is_sensor(name: str) -> bool")
+      .def("is_family", asking(&SensorManager::isFamily), "name"_a, "is_family(name: str) -> bool")
       .def("is_sensor_started", asking(&SensorManager::isSensorStarted), "sensor"_a,
            "is_sensor_started(sensor: str) -> bool\n\nFalse for an unknown sensor.")
       .def("is_sensor_enabled", asking(&SensorManager::isSensorEnabled), "sensor"_a,

@@ -17,7 +17,7 @@ py::object toPython(const ko::log::Record& line) {
 
 void bindManagers(py::module_& module) {
   ManagerClass type(module, "SensorManager", R"(
-A robot's sensors, by name and by family: a `with` block ends it. Safe from any thread; once ended,
+A robot's sensors, by name and by family: a `with` block ends it. Thread-safe; once ended,
 RuntimeError.)");
   type.def(py::init([](const py::iterable& sensors) {
              return std::make_shared<ManagerHandle>(std::make_shared<SensorListManager>(sensors));

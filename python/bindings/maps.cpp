@@ -58,7 +58,7 @@ void bindMap(py::module_& module) {
   py::class_<OccupancyMap, boost::shared_ptr<OccupancyMap>>(module, "OccupancyMap", R"(
 A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. What is above 0.4 is solid.
 
-It never changes: make another one from `cells.copy()`. Safe from any thread.)")
+It never changes: make another one from `cells.copy()`. Thread-safe.)")
       .def(
           py::init(&makeMap), "cells"_a, "resolution"_a, "origin"_a = Math::Pose2D(),
           R"(__init__(cells: ArrayLike, resolution: float, origin: PoseLike = (0.0, 0.0, 0.0)) -> None

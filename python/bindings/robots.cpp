@@ -132,7 +132,7 @@ makes no sense: ValueError that says which do.)")
 void bindRobots(py::module_& module) {
   Class type(module, "VirtualRobot", R"(
 A whole robot in this process: a body in a map, its sensors and services, by the clock or in a
-SimulatedTime. A `with` block ends it; ended, RuntimeError. Safe from any thread.)");
+SimulatedTime. A `with` block ends it; ended, RuntimeError. Thread-safe.)");
   type.def(
           py::init([](const py::object& description, boost::shared_ptr<OccupancyMap> map,
                       const std::optional<robot::WorldOptions>& world,

@@ -24,8 +24,8 @@ SensorListManager::SensorListManager(const py::iterable& list) {
   for (const py::handle item : list) {
     if (!py::isinstance<PythonSensor>(item))
       throw py::type_error("Sensors expected, " + describe(item) + " given");
-    xAdd(shareWithPython<boost::shared_ptr, PythonSensor>(
-        py::reinterpret_borrow<py::object>(item)));
+    xAdd(
+        shareWithPython<boost::shared_ptr, PythonSensor>(py::reinterpret_borrow<py::object>(item)));
   }
 }
 

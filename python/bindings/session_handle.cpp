@@ -120,7 +120,7 @@ void SessionHandle::remove(const void* guest) {
 }
 
 void SessionHandle::prepare() {
-  // What it does may add one; one that goes meanwhile goes there.
+  // The list is copied, because a guest may add or remove guests.
   std::vector<Guest> all = guests;
   const Unlocked away;
   for (const Guest& each : all) {

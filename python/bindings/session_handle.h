@@ -30,7 +30,7 @@ class SessionHandle : public Ending {
   void close() override;
   void end() override;
 
-  /** Safe from any thread; RuntimeError if it has ended. */
+  /** Thread-safe; RuntimeError if it has ended. */
   const std::shared_ptr<session::Session>& get() const;
 
   /** Calls the session, from any thread; see askUnlocked. */

@@ -70,7 +70,7 @@ std::unique_ptr<session::Session> open(const std::string& path, bool isOwn,
 
 std::string RecordDifference::toText() const {
   return sensor + " at " + session::fixed(session::inSeconds(time.time_since_epoch()), 3) +
-         " s: " + field + " is " + played + ", was " + recorded;
+         " s: " + field + ": recorded " + recorded + ", played " + played;
 }
 
 SessionReplay::SessionReplay(const std::string& path, const sensor::SensorFactory& sensors)

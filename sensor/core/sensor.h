@@ -33,8 +33,8 @@ enum class HardwareCall : std::uint8_t;
  * - Frames: S is the sensor's frame, x the direction in which it looks, y to the left, z up. Points
  *   are in S; a record's transform says where S is.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Reserved: no record means that nothing was read; a record without points, that there is nothing
- *   to report.
+ * - Special values: no record means that nothing was read; a record without points, that there is
+ * nothing to report.
  * - Lifetime: not copyable. The destructor does not stop the hardware; unsubscribe first.
  * - Threads: thread-safe. Hardware is started, stopped and read by one thread at a time.
  * - Errors: what the hardware throws reaches the caller. A start or stop that answers false clears
@@ -152,7 +152,7 @@ class QV_API Sensor {
   mutable boost::mutex mutex;
   mutable std::unique_ptr<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
-  // What a reading touches stands last, beside what derived sensors measure with.
+  // Members used by a reading come last, next to those of derived classes.
   /** Null until somebody watches; owned. */
   mutable std::atomic<SensorWatch*> watch{nullptr};
   std::atomic<bool> enabled{true};

@@ -38,8 +38,8 @@ struct HealthInside;
  * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S. The
  *   transform of a record places S in G, that of a simulated sensor in M.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Reserved: an unknown name is answered with false or nothing, and logged where something was
- *   asked to change.
+ * - Special values: an unknown name is answered with false or nothing, and logged where something
+ * was asked to change.
  * - Lifetime: not copyable. Subscriptions end with unsubscribe(), not with the caller: see
  *   ScopedSubscription. Nobody may call a manager that ends.
  * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing

@@ -10,7 +10,7 @@ namespace {
 SensorHealth healthOfMissing(const ko::log::Record& trouble) {
   return {HealthState::failing, trouble.timestamp,
           "it could not be built: " + ko::log::onOneLine(trouble.message),
-          "a new manager, once its description is right", 1};
+          "correct the description, then make a new manager", 1};
 }
 
 }  // namespace

@@ -50,7 +50,7 @@ int Sensor3D::xGetCameraResolution() {
 int Sensor3D::xInitFilteringBlobSize() {
   int height = 0;
   setSizeFromResolution(resolution, fieldOfView.rayCount, height);
-  // With 0.01 as a float the product would fall short of a whole number of pixels.
+  // 0.01 must be a double; as a float the product is too small.
   const auto hundredth = static_cast<float>(fieldOfView.rayCount * 0.01);
   return static_cast<int>(static_cast<float>(height) * hundredth);
 }

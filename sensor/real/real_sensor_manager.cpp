@@ -61,7 +61,7 @@ boost::shared_ptr<const std::vector<Math::MetricalData>> RealSensorManager::xSha
 void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
   std::lock_guard<std::mutex> lock(updateMutex);
   if (anySensorOn == updateRunning) {
-    // What could not be started is told, too.
+    // Health also reports sensors that could not be started.
     if (!anySensorOn) xWatchHealth();
     return;
   }

@@ -41,7 +41,7 @@ struct QV_API SensorOrder {
  * A value: who has sensors of his own copies the standard factory, adds them, and gives the copy to
  * a RealSensorManager or to a session's OpenOptions.
  *
- * - Reserved: types are numbers above 0. A creator that returns no sensor leaves it out.
+ * - Special values: types are numbers above 0. A creator that returns no sensor leaves it out.
  * - Threads: reading is thread-safe.
  * - Errors: a row or creator that makes no sense is a std::invalid_argument. What a creator throws
  *   is logged, and that one sensor is left out.

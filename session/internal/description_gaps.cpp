@@ -46,9 +46,9 @@ std::vector<std::string> findUnwritten(const QVMemoryProxy& memory,
 
 std::string textOf(const std::vector<std::string>& unwritten) {
   const std::string first = "\"" + unwritten.front() + "\"";
-  if (unwritten.size() == 1) return "memory key " + first + " is written by nobody";
-  return std::to_string(unwritten.size()) + " memory keys, " + first +
-         " the first, are written by nobody";
+  if (unwritten.size() == 1) return "nobody writes memory key " + first;
+  return "nobody writes " + std::to_string(unwritten.size()) + " memory keys, the first is " +
+         first;
 }
 
 void checkLimits(const Model::SensorConfig& config, std::vector<Model::DescriptionFault>& faults) {

@@ -25,7 +25,7 @@ std::string findNonsense(const Math::MetricalData& record, const SensorNature& n
   const auto& fov = record.fieldOfView;
   for (const auto& point : record.points) {
     const float range = Math::norm(point);
-    if (!std::isfinite(range)) return "a point that is no number";
+    if (!std::isfinite(range)) return "a point with NaN or infinite coordinates";
     if (fov.maxRange > 0.0f && range > kReason * fov.maxRange) {
       return "a point at " + shortest(range) + " m, beyond " + shortest(fov.maxRange) + " m";
     }

@@ -33,7 +33,7 @@ std::string posesBeside(const std::string& path) {
   auto poses = std::filesystem::path(path).replace_filename("poses.txt").string();
   std::error_code error;
   if (std::filesystem::exists(poses, error)) return poses;
-  throw UsageError(path + ": a sonar log goes with a file of poses; name it with --poses");
+  throw UsageError(path + ": a sonar log needs a file of poses; give it with --poses");
 }
 
 }  // namespace
@@ -70,16 +70,16 @@ std::vector<Math::MetricalData> RecordedSessionRobot::getRecords() {
 }
 
 void RecordedSessionRobot::setPose(const Math::Pose2D&) {
-  throw UsageError("a robot that can be moved expected, a recording given");
+  throw UsageError("a recording can't be moved or driven");
 }
 
 void RecordedSessionRobot::drive(const Math::Pose2D& velocity) {
   if (velocity == Math::Pose2D()) return;
-  throw UsageError("a robot that can be driven expected, a recording given");
+  throw UsageError("a recording can't be moved or driven");
 }
 
 void RecordedSessionRobot::follow(const TimedPath&, double) {
-  throw UsageError("a robot that can be driven expected, a recording given");
+  throw UsageError("a recording can't be moved or driven");
 }
 
 std::optional<ko::Clock::time_point> RecordedSessionRobot::getNextStep() const {

@@ -16,7 +16,7 @@ constexpr int kShortestTurn = 8;
 }  // namespace
 
 Math::Pose2D Wanderer::step(const Math::Pose2D& pose, const Math::Pose2D& velocity) {
-  // What is not in the map stops the robot, too.
+  // Obstacles missing in the map also stop the robot.
   const bool stopped = wanted.x > 0.0f && velocity.x < 0.5f * wanted.x;
   if (turnsLeft > 0) --turnsLeft;
   if (stopped || !xIsFree(pose)) {

@@ -133,7 +133,8 @@ TEST_F(WatchTest, keysChooseASensorAndSwitchIt) {
 TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
   for (const int signal : {SIGINT, SIGTERM}) {
     start();
-    // Once more, so that it has waited for keys: the thread sanitizer loses a signal that arrives
+    // The second wait shows that it waits for keys: the thread sanitizer loses a signal that
+    // arrives
     // while a thread begins to wait for the first time.
     ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
     ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
@@ -142,7 +143,7 @@ TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
   }
 }
 
-TEST_F(WatchTest, aStopLeavesTheTerminalAsItWasUntilItGoesOn) {
+TEST_F(WatchTest, ctrlZRestoresTheTerminalAndFgContinues) {
   start();
   ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
   terminal.type("\x1a");

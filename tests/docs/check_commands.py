@@ -14,7 +14,7 @@ import sys
 
 from blocks import ROOT, all_blocks, commands_of
 
-# Not run here, and why.
+# Commands that are not run, with the reason.
 NOT_RUN = {
     r"\./dev (?!help)": "takes minutes, or installs packages; that there is such a command is looked at",
     r"qvsensors check --from-ros2": "waits two seconds of the clock for each of eleven sensors",

@@ -89,7 +89,7 @@ Outcome runWithFaultsOf(const std::string& faulty, bool withDepth) {
   for (const auto& name : manager.getSensorList()) {
     if (withDepth || name != "DepthCamera") manager.subscribe("test", name);
   }
-  // By now all lasers have started.
+  // All lasers have started by this time.
   const ko::Clock::time_point start(milliseconds(2000));
   for (const FaultKind kind :
        faulty.empty() ? std::vector<FaultKind>() : porter.getPossibleFaults(faulty)) {
@@ -207,7 +207,7 @@ struct FaultsTest : testing::TestWithParam<const char*> {
   Outcome failing;
 };
 
-TEST_P(FaultsTest, showAsWrittenDownRecoverAndLeaveTheOtherSensorsAlone) {
+TEST_P(FaultsTest, matchTheDocumentedRecordsAndEndWithoutEffectOnOtherSensors) {
   for (int kind = 0; kind < kKinds; ++kind) {
     SCOPED_TRACE(getName(static_cast<FaultKind>(kind)));
     checkWindow(static_cast<FaultKind>(kind),
@@ -229,7 +229,7 @@ constexpr const char* kFaultySensors[] = {
 INSTANTIATE_TEST_SUITE_P(EverySensor, FaultsTest, testing::ValuesIn(kFaultySensors),
                          [](const auto& parameter) { return std::string(parameter.param); });
 
-TEST(Faults, areThereForEverySensor) {
+TEST(Faults, existForEverySensor) {
   robot::VirtualRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
   EXPECT_THAT(porter.getFaultySensors(), testing::ElementsAreArray(kFaultySensors));
 }
@@ -255,7 +255,7 @@ TEST(Faults, aLaserThatGoesOffShowsItsLastScanForASecondAndThenErrors) {
               AllOf(testing::SizeIs(10), testing::Each(testing::StartsWith("error "))));
 }
 
-TEST(Faults, aLaserThatIsOffStartsOnlyWhenItIsBackAndCalledSoundAgain) {
+TEST(Faults, aFailedLaserStartsOnlyAfterAGoodDiagnosis) {
   ko::SimulatedTime time;
   test::LogCapture log;
   robot::VirtualRobot porter(test::Porter::describe(), bareRoom(), makeWorld());

@@ -135,6 +135,6 @@ test('words say what they mean, and the first steps are checked off as they are 
   await steps.getByText('Subscribe').waitFor();
   await live.page.getByRole('button', { name: 'Got it' }).click();
   await live.page.reload();
-  await live.page.getByRole('button', { name: 'What to do first' }).click();
-  await live.page.getByText('Rest on a word').waitFor();
+  await live.page.getByRole('button', { name: 'First steps' }).click();
+  await live.page.getByText('Hover over a word').waitFor();
 });

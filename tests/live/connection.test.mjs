@@ -19,15 +19,15 @@ test('a lost connection is shown, and healed without a click', async (context) =
   await first.stop('SIGINT');
   await lost.getByText('The program does not answer.').waitFor();
   await live.switchOf('FrontLaser', 'Subscribe').click();
-  await live.page.getByText('Not connected: that was not sent.').waitFor();
+  await live.page.getByText('Not connected: the command was not sent.').waitFor();
   assert.equal(await live.switchOf('FrontLaser', 'Subscribe').isChecked(), false);
 
   const second = await serve(PORTER, first.port);
   await lost.waitFor({ state: 'hidden' });
   await live.page.getByText('Live', { exact: true }).waitFor();
   await live.untilSensor('LeftLaser', ({ started }) => started);
-  const restarted = live.page.getByRole('alert').getByText('The program was started anew');
-  assert.match(await restarted.innerText(), /all subscriptions, .* are gone\. This page has subscribed to LeftLaser again\.$/);
+  const restarted = live.page.getByRole('alert').getByText('The program was restarted');
+  assert.match(await restarted.innerText(), /All earlier subscriptions, .* are gone\. This page has subscribed to LeftLaser again\.$/);
   await live.page.getByRole('button', { name: 'Close' }).click();
   await restarted.waitFor({ state: 'hidden' });
   await live.switchOf('FrontLaser', 'Subscribe').click();

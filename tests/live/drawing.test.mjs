@@ -35,7 +35,7 @@ beforeEach(async () => {
 });
 afterEach(() => live.close());
 
-/** Until the map has been the same for twenty pictures: its tiles come when they come. */
+/** Waits until the map is unchanged for 20 pictures, because tiles load late. */
 function untilStill() {
   return live.page.evaluate(async () => {
     const canvas = document.getElementById('map');
@@ -56,7 +56,7 @@ async function show(content, later) {
   await live.page.evaluate(() => new Promise(requestAnimationFrame));
 }
 
-/** What that changes in the picture without content. */
+/** Returns the change of the picture relative to one without content. */
 async function findChangeBy(content, later) {
   await show(content, later);
   return findChange(live.page);

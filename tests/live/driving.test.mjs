@@ -30,7 +30,7 @@ test('driving into a wall is felt', async () => {
   await live.untilSensor('Touch', ({ points }) => points.length > 0);
   await live.page.keyboard.up('ArrowUp');
   assert.equal(touches[0].name, 'FrontBumper');
-  await live.page.getByText('Touch: FrontBumper').waitFor();
+  await live.page.getByText('Touched: FrontBumper').waitFor();
   await live.page.locator('.log-line:visible').getByText('FrontBumper touched').waitFor();
 });
 
@@ -104,7 +104,7 @@ test('a goal that cannot be reached is refused with a reason', async () => {
   await live.page.keyboard.press('g');
   for (let metres = 0; metres < 20; ++metres) await live.page.keyboard.press('Shift+ArrowUp');
   await live.page.keyboard.press('Enter');
-  await live.page.locator('#notice[data-level=warning]').getByText(/^The robot can't get to 3\.00, 26\.30 m: no free way leads there\.$/).waitFor();
+  await live.page.locator('#notice[data-level=warning]').getByText(/^The robot can't get to 3\.00, 26\.30 m: no free path\.$/).waitFor();
 });
 
 test('paused time stands still and goes on by steps of a period', async () => {

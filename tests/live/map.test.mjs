@@ -48,7 +48,7 @@ test('the whole map is seen at first, and again after Fit', async () => {
   assert.ok(Math.abs(again - walls) < walls / 100, `${walls}, then ${again} pixels of wall`);
 });
 
-/** How `action` enlarges the map about [left, top] of the canvas, and moves it by `shift`. */
+/** Returns the scale factor of `action` about [left, top] of the canvas; the map also moves by `shift`. */
 async function enlargementBy(action, about, shift) {
   const before = await findOutline(live.page, WALL);
   await changedBy(action);
@@ -165,7 +165,7 @@ function findCorners() {
   const { data, width, height } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
   // Thinner than a pixel, a wall is grey.
   const isWall = (x, y) => data[4 * (y * width + x)] < 200;
-  // Beside the middle, where the robot is, and what lies over the map is not part of it.
+  // The row lies beside the middle, to avoid the robot and overlays.
   const walls = (length, isAt) => [...Array(length).keys()].filter(isAt);
   const across = walls(width, (x) => isWall(x, Math.round(height * 0.55)));
   const down = walls(height, (y) => isWall(Math.round(width * 0.55), y));

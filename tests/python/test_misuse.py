@@ -340,7 +340,7 @@ def test_ctrl_c_ends_the_waiting_for_hardware_that_does_not_come(run_python, wai
             {wait}
         except KeyboardInterrupt:
             print("interrupted", flush=True)
-        # What waits there goes with the process.
+        # os._exit ends the waiting threads as well.
         os._exit(0)
     """)
     assert out == "interrupted\n"

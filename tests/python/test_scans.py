@@ -28,7 +28,7 @@ def test_ranges_are_those_of_a_walk_along_each_ray(flat):
     poses = [(3.0, 6.3, 0.0), (6.51, 8.02, 1.0), (9.0, 3.3, -2.0)]
     ranges = qv.simulate_scans(flat, poses, FAN)
     assert ranges.shape == (3, 60) and ranges.dtype == np.float32
-    # Where a ray grazes a corner the walk may step over it.
+    # The reference walk may miss a grazed corner, so 3 % may differ.
     assert np.mean(np.abs(ranges - march(flat, poses, FAN)) < 0.005) > 0.97
 
 

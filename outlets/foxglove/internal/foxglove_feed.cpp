@@ -88,7 +88,9 @@ void FoxgloveFeed::xAnswer(const std::shared_ptr<WebClient>& client, const std::
     return forEach(*client, message, "channelIds",
                    [&](const json& id) { viewers.removeWheel(client, numberIn(id)); });
   }
-  throw std::invalid_argument("subscribe and unsubscribe are understood, " + op.dump() + " is not");
+  throw std::invalid_argument(
+      std::string("\"op\": subscribe, unsubscribe, advertise or unadvertise expected, ") +
+      op.dump() + " given");
 }
 
 void FoxgloveFeed::xAdvertise(const std::shared_ptr<WebClient>& client, std::uint32_t channel) {

@@ -20,7 +20,7 @@ struct LiveRequest {
   std::function<void(const std::string&)> refuse;
 };
 
-/** Commands on their way from the server's thread to the session's. Safe from any thread. */
+/** Commands on their way from the server's thread to the session's. Thread-safe. */
 class QV_API RequestQueue {
  public:
   static constexpr std::size_t kMost = 256;

@@ -20,13 +20,13 @@ class QV_API WebClient {
   WebClient(const WebClient&) = delete;
   WebClient& operator=(const WebClient&) = delete;
 
-  /** Never waits; what comes after the end is dropped. Safe from any thread. */
+  /** Never waits; what comes after the end is dropped. Thread-safe. */
   virtual void send(WebMessage message) = 0;
 
   const std::string protocol;
 };
 
-/** What listens to the clients of a server's WebSockets. */
+/** The listener to the clients of a server's WebSockets. */
 class QV_API WebListener {
  public:
   WebListener() = default;

@@ -38,7 +38,7 @@ std::string EventReceiver::getText() const {
 
 void EventReceiver::xCall() {
   const auto alive = broker.lock();
-  // With the broker, everybody who could have listened is gone.
+  // Without the broker there are no listeners left.
   if (alive) alive->call(module, method, arguments);
 }
 

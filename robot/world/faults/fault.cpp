@@ -29,7 +29,7 @@ void readTimes(const std::string& text, Fault& fault) {
   const auto from = Model::toNumber(text.substr(0, dash));
   const auto to = dash == std::string::npos ? std::nullopt : Model::toNumber(text.substr(dash + 1));
   if (!from || !to || *from < 0.0 || *to > kMostSeconds || !(*from < *to)) {
-    refuse("FROM-TO in seconds, FROM before TO,", text);
+    refuse("FROM-TO (seconds, FROM below TO)", text);
   }
   fault.from = toDuration(*from);
   fault.to = toDuration(*to);

@@ -61,7 +61,7 @@ class SummaryReader {
     if (!statistics) throw std::runtime_error("no statistics");
     if (statistics->chunkCount != contents.blocks.size() ||
         (statistics->messageCount > 0 && contents.blocks.empty()))
-      throw std::runtime_error("no index of all chunks");
+      throw std::runtime_error("the index does not list all chunks");
     auto& blocks = contents.blocks;
     std::sort(blocks.begin(), blocks.end(),
               [](const auto& a, const auto& b) { return a.offset < b.offset; });

@@ -12,14 +12,14 @@
 
 namespace QV::ros2 {
 
-/** A topic that asks something of a robot: the last message counts. Safe from any thread. */
+/** A topic that asks something of a robot: the last message counts. Thread-safe. */
 template <typename Message>
 class GraphInput {
  public:
   GraphInput(GraphNode& node, const std::string& topic, const Qos& qos)
       : subscription(node.subscribe(topic, Message::getType(), qos,
                                     [this](const ReceivedMessage& message) { xKeep(message); })) {}
-  // Before what it writes to.
+  // The subscription ends before the members that it writes to.
   ~GraphInput() { subscription.reset(); }
 
   const GraphTopic& getTopic() const { return subscription->getTopic(); }

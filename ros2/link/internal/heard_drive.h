@@ -15,7 +15,7 @@ namespace QV::ros2 {
 /**
  * Tells a robot how to move, again and again, as robots stop that hear nothing: with a stamp if
  * somebody listens to that, else without. Nothing is published before the first command that moves
- * it. Safe from any thread.
+ * it. Thread-safe.
  */
 class HeardDrive {
  public:
@@ -25,7 +25,7 @@ class HeardDrive {
 
   /** Forward, leftward (m/s), turning (rad/s). */
   void set(const Math::Pose2D& newVelocity);
-  /** Once more if it is time. */
+  /** Publishes the command again if it is due. */
   void repeat();
 
  private:

@@ -112,7 +112,7 @@ void HeardModules::listen() {
 void HeardModules::xListen() {
   for (HeardTopic& topic : topics) {
     const bool isWanted = xIsWanted(topic);
-    // What a reader gets first is new.
+    // Old values are forgotten at the start, so that the first reading is new.
     if (isWanted && !topic.isOn()) modules.forget(topic.getName());
     topic.set(isWanted, *plan.node, *plan.mailbox);
     xLookAt(topic);
@@ -129,7 +129,7 @@ void HeardModules::xTell() {
 }
 
 void HeardModules::xLookAt(HeardTopic& topic) {
-  // Of the rest robots have what they have.
+  // Only sensor topics are expected; other topics are optional.
   if (plan.survey.sensors.count(topic.getName()) == 0) return;
   const auto change = topic.look();
   if (change == HeardTopic::Change::none) return;

@@ -15,7 +15,7 @@
 
 namespace QV::ros2 {
 
-/** The modules of a robot that a graph tells, and what of the graph is heard. Safe from any thread.
+/** The modules of a robot that a graph tells, and what of the graph is heard. Thread-safe.
  */
 class HeardModules {
  public:

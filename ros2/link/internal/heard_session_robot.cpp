@@ -40,7 +40,7 @@ std::string HeardSessionRobot::getTitle() const {
 }
 
 void HeardSessionRobot::setPose(const Math::Pose2D&) {
-  throw session::UsageError("a robot that can be moved expected, one on a ROS 2 graph given");
+  throw session::UsageError("a robot on a ROS 2 graph can't be placed at a pose");
 }
 
 void HeardSessionRobot::follow(const session::TimedPath& path, double seconds) {
@@ -57,7 +57,7 @@ void HeardSessionRobot::xSkipPause() {
 std::optional<ko::Clock::time_point> HeardSessionRobot::catchUp() {
   xSkipPause();
   const auto there = modules->getTime().now();
-  // What comes is told as time goes on: told where it stands, a recording would have it out of
+  // Messages are handled only when time advances; otherwise a recording would have them out of
   // order.
   if (there <= ko::Clock::now()) modules->listen();
   return there;

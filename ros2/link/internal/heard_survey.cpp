@@ -74,7 +74,7 @@ class GraphSurvey {
     surveyor.take({message.topic, message.type, message.cdr});
   }
 
-  // Of most robots' descriptions the sensors are another tool's.
+  // Most robots' descriptions have only sensors of other tools.
   void xTakeDescription(const HeardMessage& message) {
     try {
       const std::string text = fromCdr<std_msgs::String>(message.cdr).data;
@@ -83,7 +83,7 @@ class GraphSurvey {
       if (surveyDescription(robot, kinds).sensors.empty()) return;
       description = text;
     } catch (const std::exception& error) {
-      ko::log::info("ROS2", "survey") << message.topic << ": not used: " << error.what();
+      ko::log::info("ROS2", "survey") << message.topic << " ignored: " << error.what();
     }
   }
 

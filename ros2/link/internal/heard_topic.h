@@ -35,7 +35,7 @@ class HeardTopic {
 
   /**
    * Joins or leaves; nothing of what came before is left in the mailbox, which must outlive it.
-   * What the graph refuses is logged, and not tried again.
+   * A refused subscription is logged and not retried.
    */
   void set(bool on, GraphNode& node, HeardMailbox& mailbox);
   /** Looks whether its publishers have come or gone; `notThere`, once, if there are none for

@@ -128,7 +128,7 @@ void SessionTeller::xStartTicking() {
 }
 
 void SessionTeller::xTick() {
-  // In simulated time, of which much may go by between two calls of obey().
+  // Time may advance far between two calls of obey(), so the tick is handled here.
   if (std::this_thread::get_id() == owner) {
     onTick();
     xListen();

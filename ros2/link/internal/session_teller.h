@@ -20,7 +20,8 @@ namespace QV::ros2 {
 
 /**
  * Tells a graph of a session, in the order that readers need: /clock, tf, what was measured. Hears
- * the session only while somebody reads any of it. For the session's thread, but for what it hears.
+ * the session only while somebody reads any of it. Use it on the session's thread; callbacks may
+ * come on other threads.
  */
 class SessionTeller : public session::SessionListener {
  public:

@@ -29,7 +29,7 @@ sensor_msgs::LaserScan scanIn(const Math::MetricalData& record) {
   auto view = record.fieldOfView;
   const auto rays = static_cast<float>(record.points.size());
   const bool isFull = view.angularRange >= kWholeTurn && rays > 1.0f;
-  // As far from the last ray to the first as from one to the next.
+  // In a full turn the step from the last ray to the first equals the others.
   if (isFull) view.angularRange = kWholeTurn * (rays - 1.0f) / rays;
   auto scan = scanOf(view, record.points.size());
   if (isFull) {

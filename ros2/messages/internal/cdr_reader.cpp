@@ -91,7 +91,7 @@ void CdrReader::xReadString(std::string& text, std::size_t bound) {
 
 std::size_t CdrReader::xReadCount(const Field& field) {
   const std::size_t count = xReadLength();
-  // Before anything is allocated.
+  // The size is checked before anything is allocated.
   xExpect(count * leastElementBytes(field));
   return count;
 }

@@ -51,7 +51,7 @@ void CameraPoints::note(int camera, const QVValue& value, ko::Clock::time_point 
   const auto image = QVImage::fromQVValue(value);
   if (index >= cameras.size() || !image || image->getColorSpace() != kDepthColorSpace) return;
   auto& pictures = cameras[index].pictures;
-  // At one time there is one image of a topic.
+  // A topic has one image per time; a second one replaces the first.
   if (!pictures.empty() && pictures.front().time == time) pictures.pop_front();
   pictures.push_front({*image, time});
   if (pictures.size() > kPictures) pictures.pop_back();

@@ -39,7 +39,7 @@ class Projection {
     const cv::Rect2f image(-0.5f, -0.5f, static_cast<float>(depth.cols),
                            static_cast<float>(depth.rows));
     if (!image.contains(cv::Point2f(column, row))) return std::nullopt;
-    // From the image's edges on, where a cast rounds to the nearest pixel.
+    // Coordinates count from the image's edges, so that a cast rounds to the nearest pixel.
     const float right = column + 0.5f;
     const float down = row + 0.5f;
     return cv::Point(std::min(static_cast<int>(right), depth.cols - 1),

@@ -35,11 +35,11 @@ void checkMessage(const sensor_msgs::LaserScan& scan) {
   // Written so that what is no number is refused as well.
   if (!(std::abs(scan.angle_min) <= kMostAngle && span <= kMostAngle) ||
       (beams > 1 && scan.angle_increment == 0.0f))
-    refuse("beams at angles of their own", std::to_string(scan.angle_increment) +
-                                               " rad from each to the next, from " +
-                                               std::to_string(scan.angle_min) + " rad on,");
+    refuse("beams at different angles within two turns",
+           "angle_increment " + std::to_string(scan.angle_increment) + " rad from angle_min " +
+               std::to_string(scan.angle_min) + " rad");
   if (std::ranges::all_of(scan.ranges, [](float range) { return std::isnan(range); }))
-    refuse("ranges", "nothing but NaN");
+    refuse("ranges", "only NaN");
 }
 
 sensor_msgs::Range rangeFromCdr(BytesView cdr) {
@@ -71,7 +71,7 @@ void checkMessage(const nav_msgs::Odometry& odometry) {
   const auto& [linear, angular] = odometry.twist.twist;
   checkPosition({at.x, at.y, at.z});
   if (!isNear(linear) || !isNear(angular))
-    refuse("a velocity", "a number that is not finite or huge");
+    refuse("velocities up to 1e8 m/s and rad/s", "a larger number, or one that is not finite,");
   soundRotation(odometry.pose.pose.orientation);
 }
 
@@ -84,7 +84,8 @@ void checkMessage(const sensor_msgs::JointState& joints) {
 }
 
 void checkPosition(const geometry_msgs::Vector3& position) {
-  if (!isNear(position)) refuse("a position", "a number that is not finite or huge");
+  if (!isNear(position))
+    refuse("a position within 1e8 m", "a larger number, or one that is not finite,");
 }
 
 geometry_msgs::Quaternion soundRotation(const geometry_msgs::Quaternion& rotation) {

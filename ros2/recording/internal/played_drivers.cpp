@@ -60,7 +60,7 @@ PlayedDrivers::~PlayedDrivers() {
   beat.stop();
   other.stop();
   if (sonars) sonars->setSource({});
-  // Who still holds the modules gets no images any more.
+  // The cameras are removed, so that remaining holders of the modules get no more images.
   const auto count = static_cast<int>(camerasOf(model).size());
   for (int index = kDepthCamera; index < kDepthCamera + count; ++index)
     cameras->removeCamera(index);
@@ -122,7 +122,7 @@ float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
     // One that does not answer leaves no number.
     memory->insertData(write.key, write.value);
   }
-  throw std::runtime_error("nothing was recorded of it");
+  throw std::runtime_error("the recording has no data of this sensor");
 }
 
 // At a time of its own each image was asked for; between two of a sensor's, others get the last.
@@ -133,9 +133,9 @@ void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t
   for (; !waiting.empty() && waiting.front().time <= time; waiting.pop_front())
     last = std::move(waiting.front());
   const bool isMissing = last.depth.empty() || time - last.time >= kImagePeriod;
-  // Who has been told nothing shows nothing.
+  // A camera without messages gives no image.
   if (isMissing && wasHeard) return;
-  if (isMissing) throw std::runtime_error("nothing was recorded of it");
+  if (isMissing) throw std::runtime_error("the recording has no data of this sensor");
   depth = last.depth;
   time = last.stamp;
 }
@@ -217,7 +217,7 @@ void PlayedDrivers::xAwaitOther() {
 
 std::vector<Math::MetricalData> PlayedDrivers::getRecords() {
   if (!isLog) return SessionRobot::getRecords();
-  // Before a sensor has been told anything, its memory holds what it needs to start.
+  // A sensor's memory holds only start values until its first message, so its records are dropped.
   std::vector<Math::MetricalData> records;
   const auto& manager = navigation->getManager();
   for (const std::string& name : manager.getSensorList()) {

@@ -61,7 +61,7 @@ class PlayedDrivers : public PlayedRobot {
   bool xIsOnBeat(const SessionInputs& told) const;
 
   const bool isLog;
-  /** Of a robot whose drivers were messages: it was told all, at any moment. */
+  /** True if the drivers were messages of a graph. */
   const bool wasHeard;
   const boost::shared_ptr<QVBroker> broker = QVBroker::create();
   const Model::Robot model;

@@ -95,7 +95,7 @@ visualization_msgs::Marker personAt(const Math::Position3D& head, const std_msgs
   return marker;
 }
 
-/** Whether that has been written of a sensor. */
+/** True if the sensor's state equals the one written last. */
 bool isState(const session::SensorState& sensor, const qv_msgs::SensorState& written) {
   return sensor.name == written.name && sensor.started == written.started &&
          sensor.enabled == written.enabled && sensor.diagnosis == written.diagnosis &&

@@ -150,7 +150,7 @@ void SessionReader::xTakeCloud(const BagMessage& message) {
 void SessionReader::xTakeImagePoints(const BagMessage& message) {
   const auto points = fromCdr<qv_msgs::ImagePoints>(message.data);
   const auto time = timeOf(static_cast<std::uint64_t>(points.image_time));
-  // Of two at one time the later.
+  // The later of two images with one time counts.
   for (const SessionImage& image : recentImages[points.image] | std::views::reverse) {
     if (image.time != time) continue;
     clouds[message.topic->name] = {message.logTime, decodePoints(points, image.depth)};

@@ -42,8 +42,8 @@ struct SessionEvent {
 
 /**
  * Reads a recording of SessionRecorder again, in its order and no further than it is asked to.
- * Whoever reads takes from the queues. What can't be understood: std::runtime_error that names the
- * topic.
+ * The caller takes messages from the queues. Throws std::runtime_error with the topic for a
+ * malformed message.
  */
 class SessionReader {
  public:

@@ -137,7 +137,7 @@ void ToldModules::xTellCloud(const ToldSensor& sensor, const sensor_msgs::PointC
   const std::string frame = withoutSlash(cloud.header.frame_id);
   const auto placed = survey.frames.find(frame, survey.base);
   if (!placed)
-    throw std::runtime_error("a frame that hangs together with " + survey.base + " expected, \"" +
+    throw std::runtime_error("a frame that tf connects to " + survey.base + " expected, \"" +
                              frame + "\" given");
   // A sensor on the floor is one whose height nobody told.
   constexpr float kLowest = 0.05f;

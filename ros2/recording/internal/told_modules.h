@@ -35,7 +35,7 @@ using Dating = std::function<ko::Clock::time_point(const builtin_interfaces::Tim
 /**
  * The modules of a robot that messages of others tell what its drivers would: what they measure
  * goes where sensors read it. A sensor that has been told nothing gives no record. A message that
- * can't be understood is refused, and RefusalLog says so. Safe from any thread, told by one at a
+ * can't be understood is refused, and RefusalLog says so. Thread-safe, told by one at a
  * time.
  */
 class QV_API ToldModules {

@@ -56,7 +56,7 @@ ToldSensor sensorOf(const sensor_msgs::LaserScan& scan) {
   sensor.minRange = scan.range_min;
   sensor.maxRange = scan.range_max;
   if (!isSound(scan.range_min, scan.range_max))
-    throw std::runtime_error("beams between two ranges and angles expected");
+    throw std::runtime_error("valid limits of range and angle expected");
   return sensor;
 }
 
@@ -71,7 +71,7 @@ ToldSensor sensorOf(const sensor_msgs::Range& range) {
   sensor.aperture = std::clamp(range.field_of_view, 0.0f, kFullTurn);
   if (isContact && sensor.maxRange <= 0.0f) sensor.maxRange = 0.05f;
   if (!isSound(sensor.minRange, sensor.maxRange) || !std::isfinite(range.field_of_view))
-    throw std::runtime_error("a range between two others expected");
+    throw std::runtime_error("min_range below max_range expected");
   return sensor;
 }
 
@@ -181,7 +181,7 @@ void TopicSurveyor::xMount(ToldSensor& sensor) const {
 }
 
 void TopicSurveyor::xMountCamera(ToldSensor& sensor) const {
-  // From z ahead, x to the right and y down.
+  // Converts from the optical frame (x right, y down, z forward).
   constexpr float kQuarter = 0.5f * std::numbers::pi_v<float>;
   sensor.mounting =
       sensor.mounting * Math::inverse(Math::rotationFrom3DRotation(-kQuarter, 0.0f, -kQuarter));

@@ -70,7 +70,7 @@ void HealthBoard::describe(const Sensor& sensor, const HealthNature& nature, ko:
   Entry& entry = entries[sensor.getName()];
   entry.sensor = &sensor;
   entry.limits = HealthLimits(period);
-  // What tells of changes is told rarely: two in 20 readings that make no sense are too many.
+  // A sensor that reports changes rarely has news, so two bad readings in 20 are too many.
   if (!own.hasRate) entry.limits.set(HealthLimit::garbage, 0.05);
   tellPatience(entry.limits, watch);
 }
@@ -103,7 +103,7 @@ void HealthBoard::setOn(bool on) {
   const Lock lock(mutex);
   isOn = on;
   xWatchAll(on && isAsked);
-  // What was noted before is as old as the pause.
+  // Notes from before the pause are outdated.
   settledAt = ko::Clock::now() + kSettling;
 }
 
@@ -231,7 +231,7 @@ HealthFinding HealthBoard::xJudge(Entry& entry, const HealthMoment& moment,
                                   const RobotMotion::State* moved) const {
   const Sensor& sensor = *entry.sensor;
   const SensorWatch& watch = sensor.xGetWatch();
-  // Before the notes: one that says that it is started has noted when.
+  // The flag is read before the notes: a started sensor has noted its start time.
   const HealthSwitches switches{sensor.isWanted,    sensor.isEnabled(), sensor.isDiagnosisSucess(),
                                 sensor.isStarted(), sensor.call,        sensor.callSince,
                                 sensor.leftOn,      sensor.hasThrown};

@@ -110,7 +110,7 @@ class QV_API HealthBoard {
   std::optional<ko::log::Record> xFindTrouble(const Entry& entry) const;
   void xCallBack(Lock& lock);
 
-  // What a reader touches as a rule stands first.
+  // Members that every reading uses come first.
   /** The last tick that judged, ns. */
   std::atomic<std::int64_t> tickedAt{std::numeric_limits<std::int64_t>::min() / 2};
   std::atomic<bool> isOn{true};

@@ -29,7 +29,7 @@ double HealthJudge::xAgeAt(std::int64_t time) const {
 }
 
 double HealthJudge::xAge() const {
-  // Where nothing refreshes, readers who stay away make no record old.
+  // Without a refresh, missing reads do not make a record old.
   if (!watch.getNature().hasRate) return xAgeAt(notes.stampedAt);
   return xAgeAt(moment.isRefreshed ? moment.now : notes.readAt);
 }
@@ -113,12 +113,12 @@ HealthFinding HealthJudge::xJudgeSilence() const {
     HealthFinding finding = found(sound, Cause::excused);
     finding.excuse = notes.excuse                ? notes.excuse
                      : watch.getNature().hasRate ? "the robot moves"
-                                                 : "it has nothing to tell";
+                                                 : "it has nothing to report";
     finding.isMeasured = notes.excuse ? notes.isExcuseMeasured : !watch.getNature().hasRate;
     return finding;
   }
   if (!xHasFresh() && watch.getNature().hasRate) {
-    // Where nothing refreshes, readers who stay away don't make it silent.
+    // Without a refresh, missing reads do not make a sensor silent.
     const std::int64_t until = moment.isRefreshed ? moment.now : notes.readAt;
     const double waited =
         static_cast<double>(std::max(until - notes.startedAt, std::int64_t{0})) * kSecondsPerNs;

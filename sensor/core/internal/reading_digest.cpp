@@ -47,7 +47,7 @@ class Digester {
   void xBegin(const Math::MetricalData& record) {
     const float farthest = kReason * record.fieldOfView.maxRange;
     if (farthest > 0.0f) farthestSquare = farthest * farthest;
-    // What looks at the floor sees no obstacle in it.
+    // A sensor that looks at the floor takes it for no obstacle.
     looksAround = nature.showsMotion;
     if (!looksAround) return;
     isArc = *nature.points == PointMeaning::arc;

@@ -85,7 +85,7 @@ void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   notes.changed = shifted(notes.changed, false);
   notes.readAt = now;
   if (!records.empty()) xNoteRecords(records, notes);
-  // What came of a time without records is no change of mind.
+  // A change after a gap without records does not count as flicker.
   if (!hadRecords) notes.changed &= ~1u;
   published.store(notes);
   if (notes.stamps > 1) isFirstAwaited = false;

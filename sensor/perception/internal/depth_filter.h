@@ -49,7 +49,7 @@ class DepthFilter {
   vision::ComponentRuns labelRuns;
   DepthProjection projection;
   std::optional<std::uint16_t> pixelBeyond;
-  // Of each label; null for a component that is too small.
+  // The point list of each label; null for a component that is too small.
   std::vector<int> pointCounts;
   std::vector<Math::Position3D*> nextPoints;
   std::vector<int> labelOrder;

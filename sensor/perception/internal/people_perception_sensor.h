@@ -48,7 +48,7 @@ class QV_API PeoplePerceptionSensor : public RealSensor {
   bool xUnsubscribeFromHardware() override;
 
  private:
-  // What the delayed prune shares with the sensor, which it may outlive.
+  // State shared with the delayed task that forgets people; it may outlive the sensor.
   struct Latest {
     std::mutex mutex;
     std::optional<Math::MetricalData> lastData;

@@ -25,7 +25,7 @@ class QV_API SparePoints {
   void trim(std::size_t most);
 
  private:
-  // In the order in which they were given.
+  // The spare lists, oldest first.
   std::vector<Points> spares;
 };
 

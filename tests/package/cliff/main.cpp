@@ -28,7 +28,7 @@ std::string toldToPage(const session::Snapshot& snapshot) {
 }
 
 /**
- * Tells what the sensor says a quarter of a second after the robot was put at the hole, and later.
+ * Returns what the sensor reports 0.24 s after the robot was put at the hole, and 0.5 s later.
  */
 std::string tryFault(session::Session& robot, robot::FaultKind kind) {
   robot.clearFault("FrontCliff");

@@ -21,17 +21,17 @@ void meet() {
   shareWork([&] { both.arrive_and_wait(); }, 1);
 }
 
-TEST(Crew, helpsWhoCallsAndComesBackBeforeHeGoes) {
+TEST(Crew, returnsOnlyWhenAllHelpersAreDone) {
   for (int i = 0; i < 100; ++i) meet();
 }
 
-TEST(Crew, letsNobodyWaitForHelpersThatAreBusy) {
+TEST(Crew, worksAloneIfAllHelpersAreBusy) {
   std::atomic<int> count{0};
   shareWork([&] { shareWork([&] { shareWork([&] { ++count; }, 300); }, 300); }, 1);
   EXPECT_GE(count, 1);
 }
 
-TEST(Crew, dealsOutTheWorkOfManyCallersOnceEach) {
+TEST(Crew, runsEachPieceOfWorkOnceForManyCallers) {
   constexpr int kCalls = 200;
   constexpr int kParts = 64;
   const auto callMany = [] {
@@ -51,7 +51,7 @@ TEST(Crew, dealsOutTheWorkOfManyCallersOnceEach) {
   for (int i = 0; i < 4; ++i) callers.emplace_back(callMany);
 }
 
-TEST(Crew, isAwaitedByACallerWhoseWorkThrows) {
+TEST(Crew, aThrowingCallerStillWaitsForItsHelpers) {
   const auto caller = std::this_thread::get_id();
   std::latch both(2);
   std::atomic<bool> returned{false};
@@ -75,11 +75,11 @@ TEST(Crew, isAwaitedByACallerWhoseWorkThrows) {
 }
 
 #ifndef __SANITIZE_THREAD__
-TEST(Crew, isAnotherOneAfterAFork) {
+TEST(Crew, aForkedChildHasHelpersOfItsOwn) {
   meet();
   QV::test::ChildProcess child;
   child.start([] {
-    // Who waits for a helper that is not there waits for good.
+    // A missing helper would block for ever, hence the alarm.
     alarm(20);
     meet();
     _exit(0);

@@ -85,7 +85,7 @@ TEST(IsIntersectionConeShape, agreesWithTheClosedFormForSpheres) {
 }
 
 // A needle comes from outside towards the middle and stops just before or behind the surface.
-TEST(IsIntersectionConeShape, findsTheSurfaceOfEachShapeWhereItsSizesPutIt) {
+TEST(IsIntersectionConeShape, findsTheSurfaceOfEachShape) {
   struct Case {
     Shape3D shape;
     Position3D onSurface;

@@ -38,7 +38,7 @@ TEST(PlainWalk, aCornerThatIsOnlyTouchedIsNotCrossed) {
   EXPECT_EQ(walk(steps, {40.0, 20.0}, -2 / std::sqrt(5.0), -1 / std::sqrt(5.0)), kInfinity);
 }
 
-TEST(PlainWalk, aCornerCutByAHairIsCrossed) {
+TEST(PlainWalk, aRayThatClipsCornersByAHairPasses) {
   const OccupancyMap map = freeDiagonal(100);
   const double hair = 1e-9;
   EXPECT_NEAR(walk(map, {0.5, 0.5 + hair}, kDiagonal, kDiagonal), kDiagonal, 1e-6);

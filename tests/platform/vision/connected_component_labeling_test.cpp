@@ -96,7 +96,7 @@ TEST(ConnectedComponentLabeling, readsAWindowOfAnImage) {
   EXPECT_TRUE(equal(labelsOf(window), (cv::Mat_<int>(2, 2) << 1, 0, 1, 1)));
 }
 
-TEST(ConnectedComponentLabeling, refusesWhatItCannotLabel) {
+TEST(ConnectedComponentLabeling, refusesImagesThatItCantLabel) {
   const auto errorFor = [](const cv::Mat& image, int limit, int reserved1, int reserved2) {
     return errorOf([&] {
       cv::Mat_<int> labels;

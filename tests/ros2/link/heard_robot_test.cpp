@@ -138,7 +138,7 @@ struct HeardRobotTest : testing::Test {
       publish("/tf_static", tf2_msgs::TFMessage::getType(), {true, true, 1});
 };
 
-TEST_F(HeardRobotTest, topicsMakeSensorsThatMeasureWhatTheySay) {
+TEST_F(HeardRobotTest, sensorsAreDerivedFromTopicsAndGiveTheirValues) {
   startSensors();
   others.push_back(publish("/tf", tf2_msgs::TFMessage::getType()));
   robot.say("tf", [tf = others[0].get()](const Stamp& now) {
@@ -175,7 +175,7 @@ TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   sut->unsubscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 0; }));
 
-  // What it measured then is no reading now.
+  // An old measurement must not be read after a restart.
   robot.fallSilent("scan");
   sut->subscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 1; }));
@@ -187,7 +187,7 @@ TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   EXPECT_NEAR(Math::norm(findRecord(records, "scan")->points.at(0)), 0.5f, 1e-4f);
 }
 
-TEST_F(HeardRobotTest, aPublisherThatDiesTakesItsReadingsAlongAndBringsThemBack) {
+TEST_F(HeardRobotTest, recordsStopWithTheirPublisherAndReturnWithIt) {
   startSensors();
   const auto sut = open();
   sut->subscribe("test", {"scan", "sonar"});
@@ -220,7 +220,7 @@ TEST_F(HeardRobotTest, stampsFarOffAreRefusedAndOtherSensorsGoOn) {
     EXPECT_TRUE(has(*sut, "sonar"));
     robot.say("scan", [this](const Stamp& now) { scans->write(scanAt(now, 2.0f)); });
     ASSERT_TRUE(runUntil(*sut, [&] {
-      return !log.lines().empty() && log.lines().back().find("sound again") != std::string::npos;
+      return !log.lines().empty() && log.lines().back().find("valid again") != std::string::npos;
     }));
   }
 }
@@ -231,7 +231,7 @@ TEST_F(HeardRobotTest, timeFollowsAClockThatPausesAndGoesOnWhenItJumpsBack) {
   sut->subscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
 
-  // Whoever keeps pace does not say how much time goes by.
+  // keepPace() does not return the elapsed time.
   const auto begin = ko::Clock::now();
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (ko::Clock::now() < begin + boost::chrono::seconds(2) &&
@@ -266,7 +266,7 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
   robot.say("sonar", [=, this](const Stamp& now) { sonars->write(rangeAt(now, changing(now))); });
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
-  // At any moment, as whoever keeps pace looks.
+  // Snapshots are taken at arbitrary times, as with keepPace().
   test::recordSession(*open(), path, 40, [this](session::Session& session, int cycle) {
     for (int i = 0; i < 3; ++i) session.keepPace(boost::chrono::milliseconds(20));
     if (cycle == 20) robot.fallSilent("sonar");
@@ -277,7 +277,7 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
   EXPECT_GT(comparison.records, 50u);
 }
 
-TEST_F(HeardRobotTest, drivesByWhatIsListenedTo) {
+TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {
   startSensors();
   std::mutex mutex;
   std::vector<geometry_msgs::Twist> twists;
@@ -304,7 +304,7 @@ TEST_F(HeardRobotTest, drivesByWhatIsListenedTo) {
   EXPECT_THROW(sut->setPose({}), session::UsageError);
 }
 
-TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
+TEST_F(HeardRobotTest, topicsComeFromTheDescriptionElseFromTheDefaultNames) {
   const std::string description = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
     <link name="arm"/><joint name="lift" type="prismatic"><parent link="base_link"/>
       <child link="arm"/><axis xyz="0 0 1"/><limit lower="0" upper="1" effort="1" velocity="1"/></joint>
@@ -338,7 +338,7 @@ TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
   EXPECT_TRUE(sut->getManager().isSensorStarted("Whisker"));
   EXPECT_TRUE(sut->getKinds().findName("Whisker"));
   EXPECT_TRUE(runUntil(*sut, [&] { return sut->look().velocity.x == 0.75f; }));
-  // Where it was when it measured.
+  // The record must lie at the robot's pose at measurement time.
   EXPECT_TRUE(runUntil(*sut, [&] {
     const auto records = session::recordsOf(sut->look());
     const auto* sonar = findRecord(records, "High");
@@ -346,7 +346,7 @@ TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
   }));
 }
 
-TEST_F(HeardRobotTest, aManagerOfOnesOwnReadsItInTheMachinesTime) {
+TEST_F(HeardRobotTest, aUsersManagerReadsItInRealTime) {
   startSensors();
   robot.say("scan", [this](const Stamp&) { scans->write(scanAt(wallStamp(), 2.0f)); });
   HeardRobotOptions options;
@@ -368,7 +368,7 @@ TEST_F(HeardRobotTest, aManagerOfOnesOwnReadsItInTheMachinesTime) {
   sut.obey(nullptr);
 }
 
-TEST_F(HeardRobotTest, whatMakesNoSensorIsRefused) {
+TEST_F(HeardRobotTest, aGraphWithoutSensorTopicsIsRefused) {
   EXPECT_THAT([&] { open(); },
               testing::ThrowsMessage<std::runtime_error>(
                   "on the graph a topic of LaserScan, Range, a depth Image or PointCloud2 "

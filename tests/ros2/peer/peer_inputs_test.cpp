@@ -100,7 +100,7 @@ class Input : public Check {
               heard.change(
                   [&](auto& last) { last.assign(message.cdr.begin(), message.cdr.end()); });
             })) {}
-  // Before what it writes to.
+  // The subscription ends before the members that it writes to.
   ~Input() override { subscription.reset(); }
 
   void check() override {
@@ -156,7 +156,7 @@ INSTANTIATE_TEST_SUITE_P(Starts, PeerInputs, testing::Bool(),
                          [](const auto& is) { return is.param ? "PeerFirst" : "ReaderFirst"; });
 
 // Of what somebody else's robots and tools say, all arrives as it was meant.
-TEST_P(PeerInputs, areReadValueByValue) {
+TEST_P(PeerInputs, inputsOfAPeerAreReadValueByValue) {
   std::optional<Peer> peer;
   if (GetParam()) {
     peer.emplace(std::vector<std::string>());

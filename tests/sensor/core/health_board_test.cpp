@@ -34,7 +34,7 @@ struct HealthBoardTest : testing::Test {
     sut.setRefreshed(true);
   }
 
-  // What was made before simulated time begins goes on by the machine's, and so sees any clock.
+  // Objects made before the simulated time use the machine's clock, so each test can set any time.
   void runCycle(int milliseconds) {
     const ko::SimulatedTime time{ko::Clock::time_point(boost::chrono::milliseconds(milliseconds))};
     hardwareTime += boost::chrono::milliseconds(100);
@@ -55,12 +55,12 @@ struct HealthBoardTest : testing::Test {
   std::map<std::string, std::string> faults;
 };
 
-TEST_F(HealthBoardTest, believesNoFaultThatOurClockMakesByItself) {
+TEST_F(HealthBoardTest, ignoresFaultsCausedByTheProcessClockAlone) {
   for (const auto& [what, clock] : kClocks) {
     SCOPED_TRACE(what);
     for (int cycle = 0; cycle < kCycles; ++cycle) runCycle(clock(cycle));
     EXPECT_THAT(faults, IsEmpty());
-    // Once it runs right again, what is wrong is seen.
+    // Faults are detected again when the clock is right.
     hardware->hasRecord = false;
     for (int cycle = 1; cycle <= 20; ++cycle) runCycle(clock(kCycles - 1) + 100 * cycle);
     EXPECT_THAT(faults, ElementsAre(testing::Pair("Hardware", StartsWith("no record for "))));
@@ -89,7 +89,7 @@ TEST(SensorManager, knowsAtTheFirstQuestionWhatTheHardwareDidBefore) {
                                   testing::Pair("Throwing", HealthState::failing)));
 }
 
-TEST(HealthRule, refusesWhatItCantReadAndSaysWhatItExpects) {
+TEST(HealthRule, refusesAMalformedRuleAndSaysWhatIsExpected) {
   const std::string names =
       "start, silence, age, reading, garbage, turn, distance, disagreement, recovery";
   const std::vector<std::pair<const char*, std::string>> cases{

@@ -65,7 +65,7 @@ struct WatchedManager : test::FakeManager {
   }
 };
 
-TEST(SensorManager, takesNoMemoryToWatchItsSensors) {
+TEST(SensorManager, healthAllocatesNoMemory) {
   ko::SimulatedTime time;
   WatchedManager sut;
   ASSERT_TRUE(sut.subscribe("reader"));
@@ -85,7 +85,7 @@ TEST(SensorManager, takesNoMemoryToWatchItsSensors) {
 }
 
 // What they are told is copied with the lock held: each is kept there.
-TEST(SensorManager, watchesItsSensorsWhileReadersHoldTheLocksThatTheyCan) {
+TEST(SensorManager, healthNeedsNoLockThatReadersHold) {
   ko::SimulatedTime time;
   WatchedManager sut;
   ASSERT_TRUE(sut.subscribe("reader"));

@@ -67,7 +67,7 @@ void DepthRenderer::xAim(const cv::Size& newSize, const Math::Transform& camera)
   size = newSize;
   position = Math::position3DFromTransform(camera);
   heading = Math::pose2DFromTransform(camera).theta;
-  // Down is positive, as a turn about y.
+  // Pitch is positive downwards, like a rotation about y.
   sinPitch = std::clamp(-camera(2, 0), -1.0f, 1.0f);
   cosPitch = std::sqrt(1.0f - sinPitch * sinPitch);
   const auto width = static_cast<float>(size.width);

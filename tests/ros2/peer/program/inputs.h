@@ -21,9 +21,9 @@ std::vector<std::uint8_t> encoded(const Parts&... parts) {
   return {begin, begin + cdr.getSerializedDataLength()};
 }
 
-/** What a robot or a tool publishes. */
+/** A message that a robot or tool publishes. */
 struct Input {
-  /** On the wire. */
+  /** The topic's DDS name. */
   std::string topic;
   std::string type;
   bool isKept = false;
