@@ -16,7 +16,7 @@ enum class PointMeaning {
   /** The ends of beams in the sensor's plane. A beam at the maximum range, or without a point, met
    * nothing. */
   scan,
-  /** One point. Nearer than the maximum range: something is there; at it: nothing is. */
+  /** A single point. Nearer than the maximum range: something is there; at it: nothing is. */
   zone,
   /** The places of detected surfaces and people, in three dimensions. */
   sighting,

@@ -58,7 +58,7 @@ class QV_API RealSensorManager : public SensorManager {
   /** Returns the kind of a sensor, by its name; null if unknown. */
   const Model::SensorKind* findKind(const std::string& sensor) const;
 
-  /** With true, enables every sensor. With false, changes none. */
+  /** Enables every sensor for true; changes none for false. */
   void setSensorsDebug(bool debug) override;
 
  protected:

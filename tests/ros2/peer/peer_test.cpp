@@ -49,7 +49,7 @@ const std::set<std::string> kCompared = {"rt/tf_static",
 const std::set<std::string> kMore = {"rt/clock", "rt/tf", "rt/joint_states",
                                      "rt/DepthCamera/points", "rt/qv/records"};
 
-/** It drives, and reads all that a robot says. */
+/** Returns the arguments of a peer that drives and reads all topics of a robot. */
 std::vector<std::string> argumentsFor(const std::vector<WireTopic>& topics) {
   std::vector<std::string> arguments = {"0.25", "0.125"};
   for (const WireTopic& wire : topics) {
