@@ -11,8 +11,9 @@ namespace QV::outlets {
 /** Throws UsageError unless `path` names a PNG in a writable folder. */
 QV_API void checkPicturePath(const std::string& path);
 
-/* * A PNG of a session: the robot's path over the map, and the sensors' last records. finish()
- * writes it, if there was a snapshot.
+/**
+ * A PNG of a session: the robot's path over the map, and the sensors' last records. finish() writes
+ * it, if there was a snapshot.
  */
 class QV_API SessionPicture : public Outlet {
  public:

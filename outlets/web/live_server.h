@@ -23,7 +23,8 @@ struct ServerSettings {
   bool viewerDrive = false;
 };
 
-/* * A server that runs a session by the machine's clock and shows it to pages, and to viewers that
+/**
+ * A server that runs a session by the machine's clock and shows it to pages, and to viewers that
  * speak the Foxglove WebSocket protocol. Use it on the session's thread. Session and log must
  * outlive it.
  */

@@ -18,19 +18,19 @@ namespace QV {
 using QVArguments = std::span<const QVValue>;
 
 /**
- * A service with a name, whose methods others call by name through a broker.
- * Make a module, bind its methods, and register it at a QVBroker. Callers then reach it through a
- * QVProxy, which needs the names only.
+ * A service with a name, whose methods others call by name through a broker. Make a module, bind
+ * its methods, and register it at a QVBroker. Callers then reach it through a QVProxy, which needs
+ * the names only.
  *
  * - Units: none; arguments and results mean what the module's contract says.
  * - Special values: a method without a result answers the invalid value.
  * - Lifetime: not copyable. Bind methods before the module is registered at a broker. Objects that
- * a method refers to must outlive the module. A module that is unregistered during a call lives
+ *   a method refers to must outlive the module. A module that is unregistered during a call lives
  *   until that call ends.
  * - Threads: a method runs on the caller's thread, several at once. Guard the data that it shares.
  * - Errors: a standard exception of a method reaches the caller as a QVError with module and
- * method. So does a wrong number or type of arguments. Other exceptions reach the caller as they
- * are.
+ *   method. So does a wrong number or type of arguments. Other exceptions reach the caller as they
+ *   are.
  *
  * A motion service that knows the robot's speed (x, y in m/s, theta in rad/s):
  *

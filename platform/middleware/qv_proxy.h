@@ -16,7 +16,8 @@ namespace QV {
 
 class QVBroker;
 
-/* * The caller's side of a module: calls its methods by name, on the caller's thread.
+/**
+ * The caller's side of a module: calls its methods by name, on the caller's thread.
  *
  * - Units: none; arguments and results mean what the module's contract says.
  * - Special values: a method without a result gives the invalid QVValue.

@@ -19,8 +19,9 @@
 
 namespace QV {
 
-/* * A value of a type known at run time. Memory keys, event payloads, arguments and results hold
- * such values.
+/**
+ * A value of a type known at run time. Memory keys, event payloads, arguments and results hold such
+ * values.
  *
  * - Types: bool, int (64 bits), float (a double inside), string, array of values, binary buffer.
  * - Units: none; the module that gives a value says what it means. Times and durations are ints, in

@@ -86,7 +86,8 @@ struct QV_API KeyRule {
   KeyContent holds = KeyContent::other;
 };
 
-/* * A kind of sensor: a row of the table that manager, virtual robot, health and drawing use. A
+/**
+ * A kind of sensor: a row of the table that manager, virtual robot, health and drawing use. A
  * robot's kind is another number, see SimulatedSensorManager and `<kind>` in descriptions.
  *
  *     QV::Model::SensorKind cliff = {40, "Cliff", "Cliff", QV::Model::PointMeaning::zone};

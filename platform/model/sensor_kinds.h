@@ -8,7 +8,8 @@
 
 namespace QV::Model {
 
-/* * The table of sensor kinds, a row each. A value type: to add kinds, copy the standard table and
+/**
+ * The table of sensor kinds, a row each. A value type: to add kinds, copy the standard table and
  * call add(). Reading is thread-safe.
  */
 class QV_API SensorKinds {

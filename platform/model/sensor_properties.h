@@ -9,7 +9,8 @@
 
 namespace QV::Model {
 
-/* * Typed access to a sensor's properties. Numbers are read as C's atof does in the C locale: the
+/**
+ * Typed access to a sensor's properties. Numbers are read as C's atof does in the C locale: the
  * longest numeric prefix after blanks; 0 for any other text and for a missing property.
  */
 class QV_API SensorProperties {

@@ -56,7 +56,8 @@ struct QV_API GraphTopic {
   }
 };
 
-/* * Sends messages of one type to a topic. Thread-safe. The destructor removes it from the graph.
+/**
+ * Sends messages of one type to a topic. Thread-safe. The destructor removes it from the graph.
  */
 class QV_API Publisher {
  public:
@@ -94,8 +95,9 @@ struct ReceivedMessage {
   std::int64_t sourceTime = 0;
 };
 
-/* * A callback for a message, on a DDS thread. It must return soon and must not throw. The same
- * holds for OnMatch.
+/**
+ * A callback for a message, on a DDS thread. It must return soon and must not throw. The same holds
+ * for OnMatch.
  */
 using OnMessage = std::function<void(const ReceivedMessage&)>;
 /** A callback with the number of matched readers or writers. */

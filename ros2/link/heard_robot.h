@@ -32,7 +32,8 @@ struct QV_API HeardRobotOptions {
   std::optional<bool> usesSimTime = std::nullopt;
 };
 
-/* * Reads a robot of a ROS 2 graph: its messages fill the memory and modules behind a broker, where
+/**
+ * Reads a robot of a ROS 2 graph: its messages fill the memory and modules behind a broker, where
  * sensors read them. A topic is subscribed to while its sensor is started. Malformed messages are
  * refused and logged. The constructor takes up to 5 s, to discover topics. With /clock the caller
  * must own and advance a ko::SimulatedTime. Thread-safe.
@@ -64,7 +65,8 @@ class QV_API HeardRobot {
   std::unique_ptr<class HeardModules> modules;
 };
 
-/* * Opens a session with such a robot. The session follows the wall clock or /clock. If the clock
+/**
+ * Opens a session with such a robot. The session follows the wall clock or /clock. If the clock
  * jumps back, or by more than a minute, session time goes on without the jump. If it stands still,
  * Session::run returns early. Throws as the constructor does, and std::runtime_error if nobody
  * publishes a /clock that was asked for.

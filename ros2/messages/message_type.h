@@ -22,7 +22,8 @@ struct Qos {
 using Bytes = std::vector<std::uint8_t>;
 using BytesView = std::span<const std::uint8_t>;
 
-/* * A type of ROS 2 messages. A message's struct gives it as `getType()`. Names, schema, hash and
+/**
+ * A type of ROS 2 messages. A message's struct gives it as `getType()`. Names, schema, hash and
  * encoding are derived from the list of fields. Not copyable. Thread-safe.
  */
 class QV_API MessageType {

@@ -25,7 +25,8 @@ struct QV_API RecordDifference {
   std::string toText() const;
 };
 
-/* * Plays a recording in simulated time; only one can exist in a process. A recording of
+/**
+ * Plays a recording in simulated time; only one can exist in a process. A recording of
  * SessionRecorder: its inputs go into a robot's modules again and the library makes the records
  * anew. A recording of another robot (MCAP, or rosbag2's folder or SQLite file): its LaserScan,
  * Range, depth Image, PointCloud2, odometry and tf go to sensors that are derived from the topics.
@@ -77,7 +78,8 @@ class QV_API SessionReplay {
   std::unique_ptr<session::Session> session;
 };
 
-/* * True if the file's content is a recording. For a damaged file, its extension decides.
+/**
+ * True if the file's content is a recording. For a damaged file, its extension decides.
  */
 QV_API bool isRecording(const std::string& path);
 

@@ -17,7 +17,8 @@ class PeoplePerceptionSensor;
 class SensorFactory;
 class TouchSensor;
 
-/* * Hosts the library in a robot's middleware, as the module "QVNavigation". It owns a manager,
+/**
+ * Hosts the library in a robot's middleware, as the module "QVNavigation". It owns a manager,
  * passes events on to its sensors, and offers its operations by name to other modules. To add
  * methods, derive from it, bind them, and register your module under the same name.
  *
