@@ -47,7 +47,7 @@ std::shared_ptr<SessionHandle> openHeard(const std::string& node, const std::str
   options.map = map;
   options.usesSimTime = usesSimTime;
   const bool wasSimulated = ko::detail::simulatedNow().has_value();
-  // Its time belongs to the thread that opens it, which nobody else can wait for.
+  // The session's time belongs to the opening thread, so no other thread can do this.
   auto session =
       unlocked([&] { return std::shared_ptr<session::Session>(ros2::openHeardRobot(options)); });
   return std::make_shared<SessionHandle>(std::move(session),

@@ -38,7 +38,7 @@ void GraphRobot::obey() {
 
 session::Demand GraphRobot::getDemand() const {
   std::set<std::string> wanted = impl->sink.getWantedSensors();
-  // There may be more in a description than is built.
+  // A description may have more sensors than are built.
   const auto& manager = impl->session.getManager();
   std::erase_if(wanted, [&](const auto& name) { return !manager.isSensor(name); });
   return {{GraphRobotOptions::kSubscriber, wanted}};

@@ -169,7 +169,7 @@ struct QV_API Command {
   std::string name;
   /** The subscriber on whose behalf it is. */
   std::string subscriber;
-  /** Or families. */
+  /** The sensors, or families. */
   std::vector<std::string> sensors;
   bool on = false;
   std::vector<double> values;

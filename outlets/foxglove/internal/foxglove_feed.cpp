@@ -144,7 +144,7 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
     }
     subscriptions[subscription] = channel;
   }
-  // It does not change: once is enough.
+  // The map does not change: once is enough.
   if (channel == foxglove::kMap && map) {
     const auto now = ko::Clock::now();
     sendData(*client, subscription, Delivery::latest, now, foxglove::grid(*map, now));

@@ -83,7 +83,7 @@ void SessionTeller::onStep(const robot::BodyStep& newStep) {
 
 void SessionTeller::goOn() {
   if (isFinished) return;
-  // It ended with the time that a recording had until it was played from its start again.
+  // Ticking ended with the old time when a recording was played from its start again.
   if (!ticking.isRunning()) xStartTicking();
   const Lock lock(mutex);
   const Time now = xNow();
@@ -101,7 +101,7 @@ void SessionTeller::show(const session::Snapshot& snapshot) {
   simulated->write(snapshot);
 }
 
-// What a robot's memory holds already is no measurement.
+// Values that a robot's memory holds already are no measurements.
 void SessionTeller::xOpen() {
   addListener(session, *this);
   {
@@ -159,7 +159,7 @@ robot::BodyStep SessionTeller::xLookAtBody() const {
   return {pose, pose, robotOf(session).getVelocity()};
 }
 
-// Whoever gets what was measured then finds tf there already. A robot moves from step to step.
+// Readers of a measurement find tf there already. A robot moves from step to step.
 void SessionTeller::xBringFramesTo(Time time) {
   xTellTime(time);
   if (time <= lastFrames) return;

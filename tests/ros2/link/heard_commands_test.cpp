@@ -119,7 +119,7 @@ TEST_F(HeardCommandsTest, realRecordingsAreReadScanByScan) {
     const Playing playing(path);
     HeardRobotOptions options;
     options.graph = test::aloneOn();
-    // One has no times.
+    // One of the files has no times.
     if (echoes.empty()) options.usesSimTime = false;
     const auto session = openHeardRobot(options);
     session->subscribe("test", session->getManager().getFamilyNames());
