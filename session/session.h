@@ -62,7 +62,8 @@ class QV_API Session {
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
-  /*   * Takes a snapshot. Never waits for a sensor that is starting or stopping.
+  /**
+   * Takes a snapshot. Never waits for a sensor that is starting or stopping.
    */
   Snapshot look();
   /** The title for people: "Virtual robot porter". */
@@ -96,10 +97,12 @@ class QV_API Session {
    */
   void setDemand(const Demand& demand);
 
-  /*   * Drives by hand, m/s and rad/s. The command holds for 0.5 s of real time, see keepPace().
+  /**
+   * Drives by hand, m/s and rad/s. The command holds for 0.5 s of real time, see keepPace().
    */
   void drive(float forward, float turn);
-  /*   * Drives forward (x) and leftward (y) in m/s, turning (theta) in rad/s. `hold`: the time for
+  /**
+   * Drives forward (x) and leftward (y) in m/s, turning (theta) in rad/s. `hold`: the time for
    * which the command holds (ko::Clock).
    */
   void drive(const Math::Pose2D& velocity, ko::Duration hold);
@@ -134,8 +137,9 @@ class QV_API Session {
   double getShareDone() const;
   /** Returns the length of a recording; std::nullopt for other sessions. */
   std::optional<ko::Duration> getLength() const;
-  /*   * Goes to a time of a recording, counted from its start. Going back replays from the start;
-   * then subscriptions at the manager must be made again, but not those of setDemand().
+  /**
+   * Goes to a time of a recording, counted from its start. Going back replays from the start; then
+   * subscriptions at the manager must be made again, but not those of setDemand().
    */
   void seek(ko::Duration sinceStart);
 

@@ -72,7 +72,8 @@ class QV_API QVModule {
                [self, member](A... a) -> R { return (self->*member)(std::forward<A>(a)...); });
   }
 
-  /*   * Runs a method and returns its result, the invalid value without one. Throws QVError for an
+  /**
+   * Runs a method and returns its result, the invalid value without one. Throws QVError for an
    * unknown method, a wrong number or type of arguments, or a standard exception of the method.
    */
   QVValue call(std::string_view method, QVArguments arguments) const;

@@ -109,9 +109,10 @@ class QV_API QVValue {
   /** Returns the buffer; never null. */
   const Binary& toBinary() const;
 
-  /*   * Returns the value as a T: bool, an integer (saturating), a float, a string, QVValue,
-   * Binary, Bytes, a std::vector of such types, or a ko::Clock::time_point or ko::Duration, from an
-   * int only. Throws QVError if it does not convert.
+  /**
+   * Returns the value as a T: bool, an integer (saturating), a float, a string, QVValue, Binary,
+   * Bytes, a std::vector of such types, or a ko::Clock::time_point or ko::Duration, from an int
+   * only. Throws QVError if it does not convert.
    */
   template <typename T>
   T as() const;

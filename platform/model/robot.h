@@ -40,7 +40,8 @@ struct QV_API Robot {
   std::map<std::string, SensorConfig> sensorConfigs;
   /** The collision shapes by name, unsupported ones too. */
   std::map<std::string, std::shared_ptr<CollisionShape>> collisionShapes;
-  /*   * The sensors of other tools, in the order of the document. Sensors without a type are not
+  /**
+   * The sensors of other tools, in the order of the document. Sensors without a type are not
    * listed.
    */
   std::vector<ForeignSensor> foreignSensors;

@@ -104,8 +104,9 @@ struct QV_API SensorKind {
   Silence silence = Silence::never;
   /** True if it measures periodically; false if it reports changes only. */
   bool hasRate = true;
-  /*   * True if a record leaves out beams that met nothing, and so may have no points. False if
-   * they are in it, at the maximum range.
+  /**
+   * True if a record leaves out beams that met nothing, and so may have no points. False if they
+   * are in it, at the maximum range.
    */
   bool leavesOutMisses = true;
   /** True if all sensors of this kind in a description become one sensor (touch). */

@@ -19,8 +19,9 @@ class QV_API SensorKinds {
   /** The kinds that the library has sensors for. */
   static const SensorKinds& standard();
 
-  /*   * Adds a kind. Throws std::invalid_argument for a type of 0 or less, an empty or repeated
-   * name, or a repeated type.
+  /**
+   * Adds a kind. Throws std::invalid_argument for a type of 0 or less, an empty or repeated name,
+   * or a repeated type.
    */
   void add(const SensorKind& kind);
 

@@ -31,7 +31,8 @@ class QV_API SensorProperties {
   /** Returns the angle in radians, clamped to 0 to 2 pi; 0 for a number that is not finite. */
   float getAngle(const std::string& name) const;
 
-  /*   * Returns "minimumDetectionDistance" and "maximumDetectionDistance" (m) and
+  /**
+   * Returns "minimumDetectionDistance" and "maximumDetectionDistance" (m) and
    * "horizontalAngularRange" (rad), as getNumber reads them, with one ray.
    */
   Math::SensorFieldOfView2D getFieldOfView() const;

@@ -48,7 +48,8 @@ class QV_API OccupancyMap {
   OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                float occupancy = kUnknown);
 
-  /*   * Makes a map of these occupancies, row by row. Throws also if cells.size() is not width *
+  /**
+   * Makes a map of these occupancies, row by row. Throws also if cells.size() is not width *
    * height.
    */
   OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,

@@ -21,9 +21,10 @@ struct QV_API HeardRobotOptions {
   std::string node = "qv_sensors";
   /** The namespace of the node; default topic names are in it, too. */
   std::string nameSpace = "/";
-  /*   * The description of the robot, as text (URDF). Each sensor's property "topic" names its
-   * topic; default: as in recordings ("/NAME/scan"). Empty: /robot_description if it has sensors of
-   * known kinds, else a description derived from the topics.
+  /**
+   * The description of the robot, as text (URDF). Each sensor's property "topic" names its topic;
+   * default: as in recordings ("/NAME/scan"). Empty: /robot_description if it has sensors of known
+   * kinds, else a description derived from the topics.
    */
   std::string description = {};
   /** A map that replaces /map. */
@@ -56,7 +57,8 @@ class QV_API HeardRobot {
    * call. */
   void drive(const Math::Pose2D& velocity);
 
-  /*   * Subscribes only to topics of sensors that `manager` has started. With null, the default, it
+  /**
+   * Subscribes only to topics of sensors that `manager` has started. With null, the default, it
    * subscribes to all topics. Set null before the manager is destroyed.
    */
   void obey(const sensor::SensorManager* manager);

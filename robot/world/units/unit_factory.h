@@ -23,9 +23,9 @@ class QV_API UnitFactory {
   /** Makes one sensor's unit; null for a configuration that is too poor to measure with. */
   using Creator =
       std::function<std::unique_ptr<SensorUnit>(const Model::SensorConfig&, const UnitContext&)>;
-  /*   * Makes the units of all sensors that share hardware, in the order of their names; also of
-   * none. Sonars and cameras are no units: their services ask them to measure, so they plug in
-   * there.
+  /**
+   * Makes the units of all sensors that share hardware, in the order of their names; also of none.
+   * Sonars and cameras are no units: their services ask them to measure, so they plug in there.
    */
   using GroupCreator =
       std::function<Units(const std::vector<Model::SensorConfig>&, const UnitContext&)>;

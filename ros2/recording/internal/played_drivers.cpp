@@ -86,7 +86,7 @@ void PlayedDrivers::xAddModules() {
   broker->registerModule(
       boost::make_shared<robot::RobotModelService>(getReader().getDescription()));
   if (!isLog || !camerasOf(model).empty()) broker->registerModule(cameras);
-  // A log needs no driver: it measures at once, without a source.
+  // A sonar driver measures as soon as it is made, but gives nothing before it has a source.
   if (isLog) return;
   sonars = boost::make_shared<robot::SonarDriver>(broker, model, getDriverPeriods().sonars);
   if (!wasHeard)

@@ -20,7 +20,7 @@ constexpr ko::Duration kLongestTick{1'000'000'000};
 constexpr ko::Duration kSettling{1'000'000'000};
 constexpr ko::Duration kFreshView{400'000'000};
 constexpr ko::Duration kDeviceKnown{500'000'000};
-// The period at which a problem that comes and goes is checked again.
+// The device manager is asked for its time for this long after it was needed.
 constexpr ko::Duration kAsks{2'000'000'000};
 // Trouble that comes before a fault and leads to it.
 constexpr ko::Duration kLead{1'500'000'000};
