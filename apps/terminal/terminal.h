@@ -19,7 +19,7 @@ void checkTerminal(int input, int output);
 
 /**
  * The alternate screen of a terminal, without echo and cursor, while this lives. Ctrl-C still
- * interrupts. Ctrl-Z first restores the terminal. Ctrl-\\ is off, because it would leave the
+ * interrupts. Ctrl-Z first restores the terminal. Ctrl-\ is off, because it would leave the
  * terminal as it is. Only one may exist at once.
  */
 class Terminal {

@@ -52,7 +52,7 @@ struct QV_API PropertyRule {
   bool isNeededToMake = false;
 
   bool hasLimits() const { return least != 0.0 || most != 0.0; }
-  /** Says what is expected, for messages: "metres from 0 to 1000". */
+  /** Returns the expectation, for messages: "metres from 0 to 1000". */
   std::string toText() const;
 };
 

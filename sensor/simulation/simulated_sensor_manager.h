@@ -48,8 +48,8 @@ class QV_API SimulatedSensorManager : public SensorManager {
 
   /** Does nothing: there is no hardware to debug. */
   void setSensorsDebug(bool debug) override;
-  /** Sets where rays start (`scanPose`, in M) and where records say that the robot is
-   * (`referencePose`). Who has one pose passes it twice. */
+  /** Sets the start of the rays (`scanPose`, in M) and the robot's pose in the records
+   * (`referencePose`). With a single pose, pass it twice. */
   void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose) override;
 
   /** A number of the simulation, without unit, always 1. The interface has it for callers, and

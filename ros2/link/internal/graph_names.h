@@ -8,7 +8,7 @@
 
 namespace QV::ros2 {
 
-/** "Sonar/Front_left" for "Sonar/Front-left": what a topic may be called. */
+/** Returns a valid topic name: "Sonar/Front_left" for "Sonar/Front-left". */
 std::string toGraphName(const std::string& text);
 
 /** Returns the name that is asked for, or else one after the robot. */

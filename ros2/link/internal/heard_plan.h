@@ -38,14 +38,14 @@ struct HeardPlan {
 /** Looks about. Errors as HeardRobot has them. */
 HeardPlan planRobot(const HeardRobotOptions& options);
 
-/** Waits for what others publish, until it has not changed for a while; at most two seconds. */
+/** Waits until the topics of others have not changed for a while; at most two seconds. */
 std::vector<GraphTopic> awaitTopics(const Graph& graph);
 
 /** "/robot1/odom" of "odom" in "/robot1". */
 std::string inNameSpace(const std::string& nameSpace, const std::string& topic);
 
-/** Fills description and survey from what is on the graph; std::runtime_error if no topic makes a
- * sensor. */
+/** Fills description and survey from the graph. Throws std::runtime_error if there is no sensor
+ * topic. */
 void surveyGraph(HeardPlan& plan);
 
 /** Surveys the sensors of the plan's description. */

@@ -15,7 +15,7 @@ inline constexpr char kMapTopic[] = "/map";
 inline constexpr char kPeoplePerception[] = "PeoplePerception";
 inline constexpr char kTouch[] = "Touch";
 
-/** Returns the topic of what a sensor's driver measured: "scan", "range", "contact" or "image". */
+/** Returns the topic of a sensor's measurements: "scan", "range", "contact" or "image". */
 inline std::string driverTopicOf(const std::string& sensor, const char* what) {
   return "/" + sensor + "/" + what;
 }
