@@ -36,10 +36,10 @@ struct QV_API SensorOrder {
 };
 
 /**
- * The makers of a description's sensors: a kind and a creator for each type.
+ * The creators of a description's sensors: a kind and a creator for each type.
  *
- * A value: who has sensors of his own copies the standard factory, adds them, and gives the copy to
- * a RealSensorManager or to a session's OpenOptions.
+ * A value type: to add sensors of your own, copy the standard factory, add them, and give the copy
+ * to a RealSensorManager or to a session's OpenOptions.
  *
  * - Special values: types are numbers above 0. A creator that returns no sensor leaves it out.
  * - Threads: reading is thread-safe.
