@@ -34,7 +34,7 @@ constexpr AddCommand* kCommands[] = {QV_COMMANDS(QV_LIST)};
 constexpr int kFailure = 2;
 
 int fail(const std::string& message) {
-  // It may quote a file: nothing in it may act on a terminal.
+  // The message may quote a file: nothing in it may act on a terminal.
   std::cerr << "qvsensors: " << ko::log::onOneLine(message) << '\n';
   return kFailure;
 }

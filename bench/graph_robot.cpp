@@ -57,7 +57,7 @@ double secondsOfDrive(session::Session& session, ros2::GraphRobot* robot, int se
   return processTime() - begin;
 }
 
-// Of all threads, so of the engine's, too.
+// The time of all threads counts, so that of DDS, too.
 void unwatched(benchmark::State& state) {
   constexpr int kSeconds = 10;
   ros2::Graph graph(test::aloneOn());
@@ -177,7 +177,7 @@ struct Camera {
   std::unique_ptr<ros2::Publisher> publisher;
 };
 
-// In the machine's time, as it is what others have to keep up with.
+// The benchmark runs in real time, because readers have to keep up with that.
 void tenCameras(benchmark::State& state) {
   constexpr int kCameras = 10;
   constexpr int kSeconds = 5;

@@ -107,8 +107,8 @@ double refreshTwice(Robot& sut, ko::SimulatedTime& time, bool isWatched) {
   return seconds;
 }
 
-// By turns, so that whatever else the machine does falls on both alike; two by two, so that
-// sensors are compared at every second look, as on a robot.
+// Both take turns, so that other load falls on both alike; two refreshes each, so that sensors are
+// compared at every second one, as on a robot.
 void twoWatchedRefreshCycles(benchmark::State& state) {
   ko::SimulatedTime time;
   Robot sut;
@@ -148,7 +148,7 @@ double secondsToCopy(Copy copy) {
   return seconds;
 }
 
-// On the machine's clock, so that the robot and the refresher run beside the readers.
+// The benchmark runs in real time, so that robot and refresh run beside the readers.
 void readWhileItRefreshes(benchmark::State& state) {
   static std::unique_ptr<Robot> sut;
   if (state.thread_index() == 0) {

@@ -69,7 +69,7 @@ void Session::seek(ko::Duration sinceStart) {
   run(target() - ko::Clock::now());
 }
 
-// Only one simulated time can be at a time: what may fail comes before the old one ends.
+// Only one simulated time can exist at once, so steps that may fail come before the old one ends.
 void Session::xReopen() {
   if (!parts->reopen) throw UsageError("a recording that can be played again expected");
   const Reopen reopen = parts->reopen;

@@ -57,7 +57,7 @@ std::vector<robot::Fault> faultsOf(const CommonOptions& options) {
   return faults;
 }
 
-// What is wrong with a fault begins with that word, as the option does.
+// An error about a fault begins with "fault", so "--" before it names the option.
 std::unique_ptr<session::Session> openRobot(const CommonOptions& options,
                                             session::OpenOptions world) {
   world.world = worldOf(options);

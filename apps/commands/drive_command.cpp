@@ -91,7 +91,7 @@ class SessionClock {
   MachinePace pace;
 };
 
-// To the path's end, and for so long there that the last records are of that place.
+// The drive goes on at the path's end until the last records are from there.
 long countCycles(double pathSeconds, const session::Session& session, double rate) {
   const double atEnd = session::inSeconds(session.getSettlingTime());
   return static_cast<long>(std::ceil((pathSeconds + atEnd) * rate));
@@ -112,7 +112,7 @@ Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet
   const auto start = ko::Clock::now();
   const double seconds = session.follow(parsePath(options.path), options.speed, options.turnSpeed);
   const long cycles = countCycles(seconds, session, options.rate);
-  // One cycle in any case, so that there is something to show.
+  // At least one cycle runs, so that there is something to show.
   for (; run.cycles <= cycles && (run.cycles == 0 || !isInterrupted()); ++run.cycles) {
     clock.goTo(timeOfCycle(start, run.cycles, options.rate));
     const session::Snapshot snapshot = session.look();

@@ -13,9 +13,8 @@
 namespace QV::app {
 
 /**
- * The robot that a graph tells of. `description` (URDF) is empty where the graph has to tell it,
- * `map` null; `sensors` makes its sensors. UsageError for arguments that are none, and in a build
- * without a graph.
+ * Opens the robot on a graph. An empty `description` (URDF) and a null `map` are taken from the
+ * graph. Throws UsageError for invalid arguments, and in a build without ROS 2.
  */
 std::unique_ptr<session::Session> openHeardSession(const HeardArguments& arguments,
                                                    const std::string& description,

@@ -8,9 +8,9 @@
 namespace QV::outlets {
 
 /**
- * A file of records. A name ending in .csv gives one line per point, any other name one JSON
- * object per record. Records in the robot's ground frame also have "robotPose" with x, y, theta (m,
- * rad). An interrupted session leaves complete lines.
+ * A file of records. A name ending in .csv gives one line per point, any other name one JSON object
+ * per record. Records in the robot's ground frame also have "robotPose" with x, y, theta (m, rad).
+ * An interrupted session leaves complete lines.
  */
 class QV_API RecordFile : public Outlet {
  public:

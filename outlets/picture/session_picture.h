@@ -12,8 +12,8 @@ namespace QV::outlets {
 QV_API void checkPicturePath(const std::string& path);
 
 /**
- * A PNG of a session: the robot's path over the map, and the sensors' last records. finish()
- * writes it, if there was a snapshot.
+ * A PNG of a session: the robot's path over the map, and the sensors' last records. finish() writes
+ * it, if there was a snapshot.
  */
 class QV_API SessionPicture : public Outlet {
  public:

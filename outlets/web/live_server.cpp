@@ -23,7 +23,7 @@ using MachineClock = std::chrono::steady_clock;
 constexpr char kSubscriber[] = "live view";
 constexpr std::chrono::milliseconds kTick{20};
 constexpr std::chrono::milliseconds kShowPeriod{100};
-// What a session that is too slow for the clock does not make up.
+// A slow session skips the time beyond this.
 constexpr std::chrono::milliseconds kMostAtOnce{50};
 
 // Each speaks subprotocols of its own.
@@ -47,7 +47,7 @@ class LiveServer::Impl {
     for (const auto& outlet : webOutlets) outlets.add(outlet);
   }
 
-  // Its clients go, and with them what they wanted.
+  // The clients' demand ends with the server.
   ~Impl() { session.setDemand({}); }
 
   void obey(const session::Demand& demand) {

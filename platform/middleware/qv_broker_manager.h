@@ -21,7 +21,7 @@ class QV_API QVBrokerManager {
   QVBrokerManager(const QVBrokerManager&) = delete;
   QVBrokerManager& operator=(const QVBrokerManager&) = delete;
 
-  /** Any broker: the oldest that lives. None at all: QVError. */
+  /** Returns any broker: the oldest that lives. Throws QVError if there is none. */
   boost::shared_ptr<QVBroker> getRandomBroker();
 
   /** A broker is forgotten as it dies. */

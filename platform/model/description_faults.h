@@ -23,9 +23,9 @@ struct QV_API DescriptionFault {
 };
 
 /**
- * Returns the likely mistakes, sorted by sensor name: unknown, missing or invalid properties,
- * wrong numbers of memory keys, shared memory keys and unknown type numbers. Misspelt type names
- * follow, and unknown ones of sensors with properties or memory keys.
+ * Returns the likely mistakes, sorted by sensor name: unknown, missing or invalid properties, wrong
+ * numbers of memory keys, shared memory keys and unknown type numbers. Misspelt type names follow,
+ * and unknown ones of sensors with properties or memory keys.
  */
 QV_API std::vector<DescriptionFault> findDescriptionFaults(
     const Robot& robot, const SensorKinds& kinds = SensorKinds::standard());

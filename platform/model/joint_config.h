@@ -18,8 +18,8 @@ inline bool hasPosition(JointType type) {
 }
 
 /**
- * The ends of a joint's range, in radians, or metres for a prismatic joint. A continuous joint
- * has none.
+ * The ends of a joint's range, in radians, or metres for a prismatic joint. A continuous joint has
+ * none.
  */
 struct QV_API JointLimits {
   float lower = 0.0f;

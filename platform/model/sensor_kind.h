@@ -16,7 +16,7 @@ enum class PointMeaning {
   /** The ends of beams in the sensor's plane. A beam at the maximum range, or without a point, met
    * nothing. */
   scan,
-  /** One point. Nearer than the maximum range: something is there; at it: nothing is. */
+  /** A single point. Nearer than the maximum range: something is there; at it: nothing is. */
   zone,
   /** The places of detected surfaces and people, in three dimensions. */
   sighting,
@@ -52,7 +52,7 @@ struct QV_API PropertyRule {
   bool isNeededToMake = false;
 
   bool hasLimits() const { return least != 0.0 || most != 0.0; }
-  /** Says what is expected, for messages: "metres from 0 to 1000". */
+  /** Returns the expectation, for messages: "metres from 0 to 1000". */
   std::string toText() const;
 };
 
@@ -105,8 +105,8 @@ struct QV_API SensorKind {
   /** True if it measures periodically; false if it reports changes only. */
   bool hasRate = true;
   /**
-   * True if a record leaves out beams that met nothing, and so may have no points. False if
-   * they are in it, at the maximum range.
+   * True if a record leaves out beams that met nothing, and so may have no points. False if they
+   * are in it, at the maximum range.
    */
   bool leavesOutMisses = true;
   /** True if all sensors of this kind in a description become one sensor (touch). */

@@ -20,8 +20,8 @@ class QV_API SensorKinds {
   static const SensorKinds& standard();
 
   /**
-   * Adds a kind. Throws std::invalid_argument for a type of 0 or less, an empty or repeated
-   * name, or a repeated type.
+   * Adds a kind. Throws std::invalid_argument for a type of 0 or less, an empty or repeated name,
+   * or a repeated type.
    */
   void add(const SensorKind& kind);
 

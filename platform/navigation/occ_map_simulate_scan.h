@@ -31,9 +31,9 @@ struct QV_API RangeReading {
  * - Frames: `scanPose` is in the map frame M; angles are relative to its heading.
  * - Units: metres, radians.
  * - Special values: a ray ends where it enters the first cell whose occupancy is above
- * `occupiedAbove`. A range below minRange is returned as minRange. Beyond maxRange, or out of the
- * map, it is a miss at maxRange. A full turn spreads its rays evenly over [-pi, pi); a single ray
- * looks straight ahead.
+ *   `occupiedAbove`. A range below minRange is returned as minRange. Beyond maxRange, or out of the
+ *   map, it is a miss at maxRange. A full turn spreads its rays evenly over [-pi, pi); a single ray
+ *   looks straight ahead.
  * - Threads: thread-safe, as long as nobody writes the map.
  * - Errors: an invalid field of view (NaN, minRange above maxRange, a count outside 1..100,000)
  *   gives no reading; a pose that is not finite gives misses.
@@ -50,8 +50,8 @@ QV_API void occMapSimulateScan(const OccupancyMap& map,
                                float occupiedAbove);
 
 /**
- * Casts one fan of rays from each of many poses (map frame) into `map`, for example for a
- * particle filter. Writes the ranges of occMapSimulateScan (m) to `ranges`, pose by pose; a miss is
+ * Casts one fan of rays from each of many poses (map frame) into `map`, for example for a particle
+ * filter. Writes the ranges of occMapSimulateScan (m) to `ranges`, pose by pose; a miss is
  * maxRange. Up to `threads` threads share the poses, the caller's among them, but not more than the
  * machine has processors. Throws std::invalid_argument, and writes nothing, for an invalid field of
  * view, if ranges.size() is not poses * rays, or if threads are not 1..256.

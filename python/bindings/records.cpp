@@ -39,7 +39,7 @@ void initialise(const py::object& self, const std::string& sensor, const std::st
                                   pointsFrom(points),
                                   timestamp.value_or(ko::Clock::now())};
   Record& made = unmadeRecord(self);
-  // It never changes: views show what is there.
+  // The copy is made once: a record never changes.
   if (made.data) return;
   made.owner = boost::make_shared<const std::vector<Math::MetricalData>>(1, record);
   made.data = &made.owner->front();

@@ -17,11 +17,11 @@ void awaitOthers(const std::shared_ptr<session::Session>& last, bool moving) try
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (last.use_count() > 1 && std::chrono::steady_clock::now() < end) {
     if (moving) last->run(kSlice);
-    // They get the processor now and then.
+    // Other threads get the processor now and then.
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 } catch (const std::exception&) {
-  // It ends anyway.
+  // The session ends anyway.
 }
 
 /**
@@ -62,7 +62,7 @@ void SessionHandle::end() {
   auto last = std::move(session);
   const bool isOwner = std::this_thread::get_id() == owner;
   if (moves && !isOwner) {
-    // Its time stays with it.
+    // The session keeps its time.
     static_cast<void>(moves.release());
     return leave(std::move(last));
   }

@@ -124,8 +124,8 @@ QV_API bool isFileOf(const std::string& path, const std::string& recording);
 QV_API BagInfo readBagInfo(const std::string& path);
 
 /**
- * Writes all readable messages of `from`, cut or damaged, to a new file with an index. Returns
- * what was read, and the damage. Throws std::invalid_argument if `to` is a file of `from`.
+ * Writes all readable messages of `from`, cut or damaged, to a new file with an index. Returns what
+ * was read, and the damage. Throws std::invalid_argument if `to` is a file of `from`.
  */
 QV_API BagInfo recoverBag(const std::string& from, const std::string& to,
                           const BagOptions& options = {});

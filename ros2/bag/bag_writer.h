@@ -47,10 +47,10 @@ struct BagAttachment {
 QV_API BagTopic makeBagTopic(const std::string& name, const MessageType& type, const Qos& qos = {});
 
 /**
- * Records messages to an MCAP file that rosbag2 plays. The same calls give the same bytes. The
- * file is readable at any moment. The first call that can't write throws std::runtime_error; later
- * calls write nothing and don't throw. Times are nanoseconds, in any order. Use it on one thread at
- * a time. Not copyable.
+ * Records messages to an MCAP file that rosbag2 plays. The same calls give the same bytes. The file
+ * is readable at any moment. The first call that can't write throws std::runtime_error; later calls
+ * write nothing and don't throw. Times are nanoseconds, in any order. Use it on one thread at a
+ * time. Not copyable.
  */
 class QV_API BagWriter {
  public:

@@ -96,8 +96,8 @@ struct ReceivedMessage {
 };
 
 /**
- * A callback for a message, on a DDS thread. It must return soon and must not throw. The same
- * holds for OnMatch.
+ * A callback for a message, on a DDS thread. It must return soon and must not throw. The same holds
+ * for OnMatch.
  */
 using OnMessage = std::function<void(const ReceivedMessage&)>;
 /** A callback with the number of matched readers or writers. */

@@ -47,10 +47,10 @@ struct QV_API WireTopic {
 };
 
 /**
- * Publishes a session as a robot on a ROS 2 graph: measurements and records. Other nodes can
- * drive it. A sensor is wanted while a reader matches one of its topics. Stamps are session time +
- * 1 s; none is ahead of /clock. See docs/ros2.md. Use it on the session's thread. Graph and session
- * must outlive it.
+ * Publishes a session as a robot on a ROS 2 graph: measurements and records. Other nodes can drive
+ * it. A sensor is wanted while a reader matches one of its topics. Stamps are session time + 1 s;
+ * none is ahead of /clock. See docs/ros2.md. Use it on the session's thread. Graph and session must
+ * outlive it.
  */
 class QV_API GraphRobot : public outlets::Outlet {
  public:

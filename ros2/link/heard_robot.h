@@ -24,9 +24,9 @@ struct QV_API HeardRobotOptions {
   /** The namespace of the node; default topic names are in it, too. */
   std::string nameSpace = "/";
   /**
-   * The description of the robot, as text (URDF). Each sensor's property "topic" names its
-   * topic; default: as in recordings ("/NAME/scan"). Empty: /robot_description if it has sensors of
-   * known kinds, else a description derived from the topics.
+   * The description of the robot, as text (URDF). Each sensor's property "topic" names its topic;
+   * default: as in recordings ("/NAME/scan"). Empty: /robot_description if it has sensors of known
+   * kinds, else a description derived from the topics.
    */
   std::string description = {};
   /** A map that replaces /map. */

@@ -48,9 +48,8 @@ class QV_API MessageType {
   void encode(const void* message, Bytes& cdr) const;
 
   /**
-   * Reads CDR of either byte order; up to 3 bytes of padding may follow. Throws
-   * std::runtime_error with type, field and byte for anything else; the message is then read in
-   * part.
+   * Reads CDR of either byte order; up to 3 bytes of padding may follow. Throws std::runtime_error
+   * with type, field and byte for anything else; the message is then read in part.
    */
   void decode(BytesView cdr, void* message) const;
 

@@ -19,8 +19,8 @@ struct RecorderOptions {
 
 /**
  * Records a session as MCAP with ROS 2 messages: the drivers' measurements, the commands, and at
- * each snapshot the records. See docs/recordings.md for the topics. Recorded time is session time
- * + 1 s, so it is never 0. A failed write is logged once; the session goes on without a recording.
+ * each snapshot the records. See docs/recordings.md for the topics. Recorded time is session time +
+ * 1 s, so it is never 0. A failed write is logged once; the session goes on without a recording.
  * Construct it before the session runs; the session must outlive it.
  */
 class QV_API SessionRecorder : public outlets::Outlet {

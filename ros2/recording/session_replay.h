@@ -35,8 +35,8 @@ struct QV_API RecordDifference {
 class QV_API SessionReplay {
  public:
   /**
-   * Opens a recording. Throws std::runtime_error with the file and the expectation if it can't
-   * be played. `sensors` makes the sensors of a recorded robot.
+   * Opens a recording. Throws std::runtime_error with the file and the expectation if it can't be
+   * played. `sensors` makes the sensors of a recorded robot.
    */
   explicit SessionReplay(const std::string& path,
                          const sensor::SensorFactory& sensors = sensor::SensorFactory::standard());

@@ -33,12 +33,12 @@ enum class HardwareCall : std::uint8_t;
  * - Frames: S is the sensor's frame, x the direction in which it looks, y to the left, z up. Points
  *   are in S; a record's transform says where S is.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Special values: no record means that nothing was read; a record without points, that there is
- * nothing to report.
+ * - Special values: no record means that nothing was read. A record without points means that there
+ *   is nothing to report.
  * - Lifetime: not copyable. The destructor does not stop the hardware; unsubscribe first.
  * - Threads: thread-safe. Hardware is started, stopped and read by one thread at a time.
- * - Errors: what the hardware throws reaches the caller. A start or stop that answers false clears
- *   the diagnosis; the sensor then stays off until setDiagnosis(true).
+ * - Errors: an exception of the hardware reaches the caller. A start or stop that returns false
+ *   sets the diagnosis to bad; the sensor then stays off until setDiagnosis(true).
  *
  * A sensor that reads one range:
  *
@@ -77,8 +77,10 @@ class QV_API Sensor {
   virtual bool xUnsubscribeFromHardware() = 0;
 
  public:
-  /** Adds a subscriber; false if it is one already. The first one starts the hardware. A failed
-   * start is not told here: it clears the diagnosis. */
+  /**
+   * Adds a subscriber; false if it is one already. The first one starts the hardware. A failed
+   * start is not reported here; it sets the diagnosis to bad.
+   */
   bool subscribe(const std::string& subscriberName);
   /** Removes a subscriber; false if it is none. The last one stops the hardware. */
   bool unsubscribe(const std::string& subscriberName);

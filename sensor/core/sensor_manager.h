@@ -31,23 +31,22 @@ struct HealthInside;
  * The sensors of a robot, by name and by family: all that navigation code talks to.
  *
  * A caller subscribes under a name of its own to sensors or families, and reads the records of
- * every sensor that runs. "Sonar" is a family, "Sonar/Front" a sensor; where both share a name, the
- * family is meant. Three managers derive from it: SimulatedSensorManager for rays in a map,
- * RealSensorManager for the modules of a robot, real or virtual, and one of your own.
+ * every sensor that runs. "Sonar" is a family, "FrontSonar" a sensor; if both share a name, it
+ * means the family. Two managers derive from it: SimulatedSensorManager for rays in a map, and
+ * RealSensorManager for the modules of a robot, real or virtual. You can derive your own.
  *
  * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S. The
  *   transform of a record places S in G, that of a simulated sensor in M.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Special values: an unknown name is answered with false or nothing, and logged where something
- * was asked to change.
+ * - Special values: an unknown name gives false or an empty result. Operations that change
+ *   something also log it.
  * - Lifetime: not copyable. Subscriptions end with unsubscribe(), not with the caller: see
  *   ScopedSubscription. Nobody may call a manager that ends.
  * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing
  *   may.
  * - Errors: what a sensor's hardware throws leaves the operation that starts or stops it. A sensor
- *   that throws while it is read is logged, and the others' records are there.
- *
- * How near is the nearest thing?
+ *   that throws while it is read is logged, and the others' records are there. The range of each
+ *   sonar:
  *
  *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Sonar"});
  *     subscription.awaitRecords(seconds(2));

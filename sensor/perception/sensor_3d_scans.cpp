@@ -9,7 +9,7 @@
 #include "sensor/perception/internal/depth_filter.h"
 #include "sensor/perception/sensor_3d.h"
 
-// What becomes of an image.
+// The part of Sensor3D that turns an image into records.
 namespace QV::sensor {
 namespace {
 
@@ -21,7 +21,7 @@ ko::Clock::time_point acquisitionTime(const QVImage& image) {
   return ko::Clock::time_point(ko::Duration(image.getTimestamp() * 1000) - kStampDelay);
 }
 
-// Once in the life of the process; a camera that fails to tell is asked again.
+// The angles are requested once per process; after a failure the camera is asked again.
 const DepthFilter::Extents& extentsOf(const QVVideoDeviceProxy& camera) {
   static const DepthFilter::Extents extents{
       2.0f * std::tan(camera.getHorizontalFOV(kDepthCamera) * 0.5f),

@@ -87,7 +87,7 @@ void RealSensorManager::xTellHealth() const {
     try {
       deviceTime = ko::Clock::fromInt32ms(DCMProxy(broker).getTime(0));
     } catch (...) {
-      // One that does not answer can't say that its clock runs wrong.
+      // A device manager that does not answer gives no time.
     }
     healthOf(*this).noteDeviceTime(deviceTime);
   }

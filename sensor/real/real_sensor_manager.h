@@ -18,11 +18,11 @@
 namespace QV::sensor {
 
 /**
- * Manages the sensors of a robot, real or virtual. It gets the description, and all data, through
- * a QVBroker. Families are "Sonar", "Laser", "Shovel", "HoleLaser", "BlindZone", "Asus" (depth
- * camera and people) and "Touch". A factory of your own can add families. While any sensor is
- * started, a task refreshes all records every 100 ms, the first time at once. Readers get copies of
- * the last refresh. Without subscribers there are no records.
+ * Manages the sensors of a robot, real or virtual. It gets the description, and all data, through a
+ * QVBroker. Families are "Sonar", "Laser", "Shovel", "HoleLaser", "BlindZone", "Asus" (depth camera
+ * and people) and "Touch". A factory of your own can add families. While any sensor is started, a
+ * task refreshes all records every 100 ms, the first time at once. Readers get copies of the last
+ * refresh. Without subscribers there are no records.
  *
  * - Frames: points are in the sensor's frame S, transforms place S in the robot's ground frame G.
  * - Units: metres, radians, nanoseconds of ko::Clock.
@@ -59,7 +59,7 @@ class QV_API RealSensorManager : public SensorManager {
   /** Returns the kind of a sensor, by its name; null if unknown. */
   const Model::SensorKind* findKind(const std::string& sensor) const;
 
-  /** With true, enables every sensor. With false, changes none. */
+  /** Enables every sensor for true; changes none for false. */
   void setSensorsDebug(bool debug) override;
 
  protected:

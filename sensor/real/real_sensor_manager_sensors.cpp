@@ -12,13 +12,13 @@
 #include "sensor/core/internal/health_rule_text.h"
 #include "sensor/real/real_sensor_manager.h"
 
-// How the manager comes to its sensors.
+// The part of RealSensorManager that builds the sensors.
 namespace QV::sensor {
 namespace {
 
 constexpr char kRealManagerCategory[] = "Navigation.RealSensorManager";
 
-// Of two of ours by one name the first stays, without a word.
+// Among two sensors of the library with one name the first stays, without a log line.
 bool isOurs(const Model::SensorKind& kind) {
   return Model::SensorKinds::standard().findType(kind.type) != nullptr;
 }

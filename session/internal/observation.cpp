@@ -9,7 +9,7 @@
 namespace QV::session {
 namespace {
 
-// So many cycles without a record are a sensor that starts, or one that is a little late.
+// The cycles without a record that a starting, or slightly late, sensor may have.
 constexpr int kStarting = 5;
 constexpr int kLate = 3;
 // A sensor may say "nothing there" by a range beyond its maximum, within reason.

@@ -7,7 +7,7 @@
 namespace QV::session {
 namespace {
 
-// What a camera sees below this height is the floor, metres.
+// A camera's point below this height (m) is the floor.
 constexpr float kFloor = 0.05f;
 
 /** Sorts the points of one record. */

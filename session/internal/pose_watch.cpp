@@ -7,7 +7,7 @@
 namespace QV::session {
 namespace {
 
-// As for the rays of simulated sensors.
+// The limit is the same as for the rays of simulated sensors.
 constexpr float kOccupiedAbove = OccupancyMap::kSolidAbove;
 
 }  // namespace

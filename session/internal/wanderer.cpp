@@ -10,7 +10,7 @@ constexpr float kLength = 0.8f;
 constexpr float kHalfWidth = 0.36f;
 constexpr float kSpacing = 0.06f;
 constexpr float kStandsAbove = OccupancyMap::kSolidAbove;
-// Once begun, a turn goes on: two walls would make it dither.
+// A turn goes on for this long; between two walls the robot would oscillate otherwise.
 constexpr int kShortestTurn = 8;
 
 }  // namespace

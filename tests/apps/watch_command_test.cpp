@@ -49,7 +49,7 @@ class PseudoTerminal {
 
   /** Reads on until `expected` is shown, and forgets what came before it; false if it never is. */
   bool shows(const std::string& expected) {
-    // It is drawn anew again and again: what is not there after so much of it won't come.
+    // The screen is drawn again and again: text that is missing after this much output won't come.
     constexpr int kPatienceMs = 60'000;
     constexpr std::size_t kMostBytes = 4 << 20;
     while (shown.size() < kMostBytes) {

@@ -109,7 +109,7 @@ Outcome runWithFaultsOf(const std::string& faulty, bool withDepth) {
   return result;
 }
 
-// What a reader sees of a failing sensor in cycle `i`, beside what it would see of a healthy one.
+// Compares the records of a failing sensor in cycle `i` with those of a healthy one.
 using Check = bool (*)(const Readings& failing, const Readings& healthy, std::size_t i);
 
 bool isGone(const Readings& failing, const Readings&, std::size_t i) {
@@ -134,7 +134,8 @@ bool isPulledIn(const Readings& failing, const Readings& healthy, std::size_t i)
 bool isOpposite(const Readings& failing, const Readings& healthy, std::size_t i) {
   return failing[i].points != healthy[i].points || failing[i].nearest != healthy[i].nearest;
 }
-// Once or twice in the second that ends with the cycle: people are looked for every 200 ms.
+// True for one or two changes in the second that ends with the cycle: people are sought every 200
+// ms.
 bool changesRarely(const Readings& failing, const Readings&, std::size_t i) {
   int changes = 0;
   for (std::size_t j = i - 9; j <= i; ++j) changes += failing[j].value != failing[j - 1].value;
@@ -147,7 +148,7 @@ bool comesAndGoes(const Readings& failing, const Readings& healthy, std::size_t 
   return failing[i].value == healthy[i].value || isGone(failing, healthy, i) ||
          isFrozen(failing, healthy, i);
 }
-// What can't be told from a healthy one for sure.
+// The records may equal those of a healthy sensor.
 bool isAnything(const Readings&, const Readings&, std::size_t) {
   return true;
 }

@@ -46,7 +46,7 @@ using Row = std::array<Expected, kFaultKinds>;
 constexpr Row kOfFrontSonar{{{silent}, {frozen}, {noisy}, {suspect, 10.0}, {}, {}, {silent}}};
 constexpr Row kOfBackSonar{{{silent}, {frozen}, {noisy}, kCantBeTold, {}, {}, {silent}}};
 constexpr Row kOfSeen{{{late}, {frozen}, {noisy}, {suspect, 10.0}, {late}, {late}, {late}}};
-// It sees no farther than 1.5 m, and so it has little to contradict.
+// The shovel laser sees no farther than 1.5 m, and so it has little to contradict.
 constexpr Row kOfShovel{{{late}, {frozen}, {noisy}, {suspect, 13.0}, {late}, {late}, {late}}};
 constexpr Row kOfSideLaser{{{late}, {frozen}, {noisy}, kCantBeTold, {late}, {late}, {late}}};
 constexpr Row kOfHoleLaser{{{late}, kCantBeTold, {noisy}, kCantBeTold, {late}, {late}, {late}}};

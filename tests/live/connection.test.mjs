@@ -1,4 +1,4 @@
-// Who reaches the program, and a program that goes away and comes back.
+// Access to the program, and a program that goes away and comes back.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';

@@ -1,4 +1,4 @@
-// What the map shows of a state. The states are told to the page in the program's stead: the laser's record and little else.
+// The map's picture of a state. The test sends the states instead of the program: the laser's record and little else.
 import assert from 'node:assert/strict';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';

@@ -57,7 +57,7 @@ TEST(RecordOutput, csvHasALinePerPointAndOneForARecordWithoutPoints) {
   const auto commas = [](const std::string& line) {
     return std::count(line.begin(), line.end(), ',');
   };
-  // One more in the sensor's name.
+  // The sensor's name has one more comma.
   EXPECT_EQ(commas(read[0]) + 1, commas(read[2]));
 }
 

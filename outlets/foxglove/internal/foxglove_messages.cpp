@@ -19,7 +19,7 @@ constexpr std::size_t kMostPoints = 10'000;
 // A line through all of its points.
 constexpr int kLineStrip = 0;
 constexpr double kLinePixels = 1.5;
-// What is not shown again leaves.
+// Entities disappear unless they are sent again.
 constexpr ko::Duration kEntityLifetime{500'000'000};
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 
@@ -44,7 +44,7 @@ Json field(const char* name, int offset, int type) {
   return {{"name", name}, {"offset", offset}, {"type", type}};
 }
 
-// In the map, or where a robot's records are its own, in its ground frame as it stands now.
+// Returns points in the map frame, or in the present ground frame if records are in that.
 std::vector<Math::Position3D> pointsOf(const session::SensorState& sensor,
                                        const session::Snapshot& snapshot) {
   std::vector<Math::Position3D> points = seenPlacesOf(sensor.marks);
@@ -72,7 +72,7 @@ Json colourOf(const std::string& family) {
   return {{"r", red / 255.0}, {"g", green / 255.0}, {"b", blue / 255.0}, {"a", 1.0}};
 }
 
-// From the apex along the right side, the arc and the left side back to it.
+// Returns the outline: apex, right side, arc, left side, apex.
 Json outlineOf(const session::SensorState::View& view) {
   constexpr int kParts = 24;
   const auto& field = view.fieldOfView;

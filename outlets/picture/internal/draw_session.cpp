@@ -14,7 +14,7 @@ namespace {
 constexpr int kWidestPixels = 1400;
 constexpr int kArcPositions = 73;
 constexpr float kRobotRadius = 0.2f;
-// From so many points on they are drawn small.
+// The number of points from which on they are drawn small.
 constexpr std::size_t kDense = 500;
 
 using Positions = std::vector<Math::Position2D>;
@@ -94,7 +94,7 @@ void drawWay(MapCanvas& canvas, const std::vector<Math::Pose2D>& way) {
   canvas.drawDot(path.front(), 6.0, kPath);
 }
 
-// Those of a short reach over those of a long one.
+// Sensors of short reach are drawn over those of long reach.
 Sensors withLongReachFirst(Sensors sensors) {
   const auto reachOf = [](const session::SensorState& sensor) {
     return sensor.view ? sensor.view->fieldOfView.maxRange : 0.0f;

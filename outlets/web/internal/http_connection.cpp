@@ -25,7 +25,7 @@ using boost::system::error_code;
 using Response = http::response<http::string_body>;
 
 constexpr std::size_t kLongestHeader = 8192;
-// What a client takes too long for is given up.
+// A client that takes longer is disconnected.
 constexpr std::chrono::seconds kRequestTime{10};
 constexpr std::chrono::milliseconds kLastWord{250};
 

@@ -13,7 +13,7 @@
 
 namespace QV::outlets {
 
-/** A command and whom to tell when it can't be done. */
+/** A command, and the function that reports a refusal. */
 struct LiveRequest {
   session::Command command;
   /** Refuses the request with the reason; called on the session's thread. */

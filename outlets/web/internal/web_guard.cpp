@@ -71,7 +71,8 @@ std::string WebGuard::findFault(const std::string& host, const std::string& orig
   return "Pages of other sites may not connect; allow one with --allow-origin.";
 }
 
-// Who owns a name may point it to any address; an address can't be made to be another.
+// The owner of a name can point it to any address, so names must be known; an address can't be
+// faked.
 bool WebGuard::xIsOurs(const std::string& host) const {
   if (hosts.count(host) > 0) return true;
   const std::string name = nameOf(host);

@@ -34,7 +34,7 @@ export class SensorDetails {
     for (const [name, menu] of this.#faults) menu.hear(faults[name] ?? '');
   }
 
-  // One row may stand for several parts, as for all bumpers.
+  // A row may stand for several parts, as for all bumpers.
   #named(name, menu) {
     if (this.#faults.length > 1) menu.element.prepend(make('span', 'quiet', name));
     return menu.element;

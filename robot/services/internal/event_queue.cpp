@@ -79,7 +79,8 @@ EventQueue::Delivery EventQueue::xTake() {
   return next;
 }
 
-// Only once all is delivered: one that is merely slow would be told of at each event.
+// The loss is reported once all is delivered: else a slow subscriber would be reported at each
+// event.
 std::size_t EventQueue::xTakeLost() {
   if (dropped == 0) return 0;
   std::lock_guard<std::mutex> lock(mutex);

@@ -24,8 +24,8 @@ class GraphInput {
 
   const GraphTopic& getTopic() const { return subscription->getTopic(); }
 
-  /** Acts on the last message that was not taken yet. What is thrown refuses it: it is logged if
-   * the one before was not refused. */
+  /** Acts on the last message that was not taken yet. An exception refuses it: it is logged if the
+   * message before was not refused. */
   template <typename Act>
   void take(const Act& act) {
     if (!isNew) return;

@@ -13,8 +13,8 @@
 namespace QV::ros2 {
 
 /**
- * Tells a robot how to move, again and again, as robots stop that hear nothing: with a stamp if
- * somebody listens to that, else without. Nothing is published before the first command that moves
+ * Publishes a robot's velocity again and again, because robots stop without it: TwistStamped if
+ * somebody subscribes to that, else Twist. Nothing is published before the first command that moves
  * it. Thread-safe.
  */
 class HeardDrive {

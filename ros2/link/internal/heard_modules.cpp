@@ -138,7 +138,7 @@ void HeardModules::xLookAt(HeardTopic& topic) {
     return;
   }
   if (change == HeardTopic::Change::lost) {
-    // Its last words would be believed for ever.
+    // The last message would count for ever otherwise.
     plan.mailbox->discard(topic.getName());
     modules.forget(topic.getName());
   }

@@ -42,7 +42,7 @@ void followClock(HeardPlan& plan) {
     throw std::runtime_error("somebody expected who publishes /clock, nobody found");
 }
 
-// Whoever publishes a map keeps it for those who come later.
+// Publishers of a map keep it for late subscribers.
 boost::shared_ptr<const OccupancyMap> fetchMap(HeardPlan& plan) {
   const std::string topic = inNameSpace(plan.nameSpace, "map");
   const auto subscription = plan.node->subscribe(

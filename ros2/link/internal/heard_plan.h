@@ -54,8 +54,8 @@ std::vector<GraphTopic> awaitTopics(const HeardPlan& plan);
 /** "/robot1/odom" of "odom" in "/robot1". */
 std::string inNameSpace(const std::string& nameSpace, const std::string& topic);
 
-/** Fills description and survey from what is on the graph; std::runtime_error if no topic makes a
- * sensor. */
+/** Fills description and survey from the graph. Throws std::runtime_error if there is no sensor
+ * topic. */
 void surveyGraph(HeardPlan& plan);
 
 /** Surveys the sensors of the plan's description. */

@@ -13,8 +13,8 @@
 namespace QV::ros2 {
 namespace {
 
-// What a session that was not run for so long has missed is not made up: what has come meanwhile is
-// told at once, and would look old by the end of it.
+// A session that was not run for so long skips the time: messages that came meanwhile are handled
+// at once, and would look old at the end of it.
 constexpr std::chrono::milliseconds kLongPause{200};
 // A clock that does not move for so long stands still.
 constexpr std::chrono::milliseconds kStandstill{500};

@@ -11,7 +11,7 @@
 
 namespace QV::ros2 {
 
-/** A robot on a graph. It can be driven, not put elsewhere: UsageError. */
+/** A robot on a graph. It can be driven; setPose() throws UsageError. */
 class HeardSessionRobot : public session::SessionRobot {
  public:
   explicit HeardSessionRobot(HeardPlan plan);

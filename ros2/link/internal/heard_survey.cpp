@@ -15,7 +15,7 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// So long after the last topic has come up, others hardly will.
+// The survey ends this long after the last new topic.
 constexpr milliseconds kSurveyQuiet{700};
 constexpr milliseconds kLongestSurvey{3000};
 

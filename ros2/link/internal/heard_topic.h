@@ -34,7 +34,7 @@ class HeardTopic {
   bool isOn() const { return subscription != nullptr; }
 
   /**
-   * Joins or leaves; nothing of what came before is left in the mailbox, which must outlive it.
+   * Subscribes or unsubscribes; the mailbox, which must outlive it, then has no older messages.
    * A refused subscription is logged and not retried.
    */
   void set(bool on, GraphNode& node, HeardMailbox& mailbox);

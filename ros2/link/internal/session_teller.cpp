@@ -170,7 +170,7 @@ robot::BodyStep SessionTeller::xLookAtBody() const {
   return {pose, pose, robotOf(session).getVelocity()};
 }
 
-// Whoever gets what was measured then finds tf there already. A robot moves from step to step.
+// Readers of a measurement find tf there already. A robot moves from step to step.
 void SessionTeller::xBringFramesTo(Time time) {
   xTellTime(time);
   if (time <= lastFrames) return;

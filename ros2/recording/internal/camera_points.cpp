@@ -14,7 +14,7 @@ namespace {
 
 // Others may have taken one since.
 constexpr std::size_t kPictures = 2;
-// Of rows and columns that viewers are shown.
+// The numbers of columns and rows that viewers are shown.
 constexpr int kColumnsShown = 80;
 
 /** Returns the extents that the library's sensors ask for; none of a camera that fails to tell. */

@@ -88,7 +88,7 @@ void PlayedDrivers::xAddModules() {
   broker->registerModule(
       boost::make_shared<robot::RobotModelService>(getReader().getDescription()));
   if (!isLog || !camerasOf(model).empty()) broker->registerModule(cameras);
-  // It measures as soon as it is made, but for nobody before it has a source.
+  // A sonar driver measures as soon as it is made, but gives nothing before it has a source.
   if (isLog) return;
   sonars = boost::make_shared<robot::SonarDriver>(broker, model, getDriverPeriods().sonars);
   if (!wasHeard)
@@ -119,13 +119,13 @@ float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
   if (!told.empty() && told.front().time == now) {
     const InputWrite& write = told.front().write;
     if (write.value.isFloat() || write.value.isInt()) return write.value.toFloat();
-    // One that does not answer leaves no number.
+    // A sonar that does not answer leaves no number.
     memory->insertData(write.key, write.value);
   }
   throw std::runtime_error("the recording has no data of this sensor");
 }
 
-// At a time of its own each image was asked for; between two of a sensor's, others get the last.
+// Each image was requested at its own time; other clients get the last image in between.
 void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t>& depth,
                                ko::Clock::time_point& time) {
   auto& waiting = getReader().images[camera];

@@ -6,7 +6,7 @@
 
 namespace QV::ros2 {
 
-/** Infinite for what met nothing, minus infinite for what is too near. */
+/** Returns a range for a message: +inf for a miss, -inf for too near. */
 QV_API float rangeIn(const Math::SensorFieldOfView2D& view, float range);
 
 /** Returns a Range without header and range. */

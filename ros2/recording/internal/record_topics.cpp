@@ -154,7 +154,7 @@ void RecordTopics::write(const session::Snapshot& snapshot) {
   xWriteHealth(snapshot);
 }
 
-// What others report may be no obstacle, and stays out of their clouds.
+// Other sensors' points may be no obstacles, and stay out of their clouds.
 bool RecordTopics::xHasOwnCloud(const session::SensorState& sensor) const {
   return sensor.points == Model::PointMeaning::sighting && mounted.count(sensor.name) > 0;
 }
@@ -185,7 +185,7 @@ void RecordTopics::xAddRecordsOf(const session::SensorState& sensor, const std::
   }
 }
 
-// Where all points are pixels of a recorded image, viewers are shown some of them.
+// If all points are pixels of a recorded image, viewers are shown some of them.
 void RecordTopics::xWriteSensor(const session::SensorState& sensor, ko::Clock::time_point time) {
   const bool hasOwnCloud = xHasOwnCloud(sensor);
   const bool isOfImage = hasOwnCloud && cameraPoints && cameraPoints->write(sensor, time);
@@ -207,7 +207,7 @@ void RecordTopics::xWriteSensor(const session::SensorState& sensor, ko::Clock::t
   sink.write(topic, logTimeOf(time), cloud);
 }
 
-// Those who are not seen any more are gone.
+// Markers of people who are no longer seen are deleted.
 void RecordTopics::xWritePeople(const session::Snapshot& snapshot) {
   const std_msgs::Header header = headerOf(snapshot.time, names.ofMap());
   visualization_msgs::MarkerArray seen;

@@ -20,7 +20,7 @@ using Point = Math::Position3D;
 
 // More between two events than any robot tells.
 constexpr std::size_t kMostWaiting = 200'000;
-// At least as many as a recorder may name.
+// The reader keeps at least as many images as a recorder may refer to.
 constexpr std::size_t kRecentImages = 4;
 
 RecordingFacts readFacts(const BagReader& bag) {

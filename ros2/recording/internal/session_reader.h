@@ -16,7 +16,7 @@
 
 namespace QV::ros2 {
 
-/** The inputs that drivers told at one time. */
+/** The drivers' inputs at one time. */
 struct SessionInputs {
   ko::Clock::time_point time;
   bool stepped = false;
@@ -47,7 +47,7 @@ struct SessionEvent {
  */
 class SessionReader {
  public:
-  /** Reads what stands before the session. */
+  /** Reads the part before the session. */
   explicit SessionReader(const std::string& path);
 
   const RecordingFacts& getFacts() const { return facts; }

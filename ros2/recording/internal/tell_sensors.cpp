@@ -15,7 +15,7 @@
 namespace QV::ros2 {
 namespace {
 
-// What is beyond the maximum is no echo to any sensor.
+// A range this far beyond the maximum is a miss for every sensor.
 constexpr float kBeyond = 1.0f;
 constexpr int kBumper = 2;
 
@@ -79,7 +79,7 @@ void ToldModules::xWriteRange(const ToldSensor& sensor, const QVValue& value) {
   memory->insertData(xConfigOf(sensor).memoryKeys.at(0), value);
 }
 
-// Where there are more beams than a sensor has, the nearest of its neighbours counts.
+// If a scan has more beams than the sensor, the nearest of each group of neighbours counts.
 void ToldModules::xTellScan(ToldSensor& sensor, const sensor_msgs::LaserScan& scan) {
   checkMessage(scan);
   checkFrame(sensor, scan.header);

@@ -17,7 +17,7 @@
 namespace QV::ros2 {
 namespace {
 
-// Of a laser that looks down: its points are floor, and nothing is wrong.
+// The values of a laser that looks down: its points are floor, and there is no error.
 constexpr float kNoInclinationError = 0.0f;
 constexpr float kStatusOfFloor = 2.0f;
 
@@ -45,7 +45,7 @@ ToldModules::ToldModules(const std::string& description, TopicSurvey surveyed, D
   modes = robot::makeLaserModes(broker, devices, model);
 }
 
-// Who still holds the modules gets no images any more.
+// The cameras are removed, so that remaining holders of the modules get no more images.
 ToldModules::~ToldModules() {
   const auto count = static_cast<int>(camerasOf(model).size());
   for (int index = kDepthCamera; index < kDepthCamera + count; ++index)

@@ -33,10 +33,9 @@ namespace QV::ros2 {
 using Dating = std::function<ko::Clock::time_point(const builtin_interfaces::Time&)>;
 
 /**
- * The modules of a robot that messages of others tell what its drivers would: what they measure
- * goes where sensors read it. A sensor that has been told nothing gives no record. A message that
- * can't be understood is refused, and RefusalLog says so. Thread-safe, told by one at a
- * time.
+ * The modules of a robot whose drivers are other nodes' messages: their measurements go where
+ * sensors read them. A sensor without messages gives no record. A malformed message is refused and
+ * logged by RefusalLog. Thread-safe; one thread at a time passes messages.
  */
 class QV_API ToldModules {
  public:
@@ -58,14 +57,14 @@ class QV_API ToldModules {
   /** True if anything is made of such a message. */
   bool hears(const std::string& topic, const std::string& type) const;
   void tell(const ToldMessage& message);
-  /** Forgets the sensor of this topic, as if it had never been told anything. */
+  /** Forgets the sensor of this topic, as if it had never had a message. */
   void forget(const std::string& topic);
 
-  /** True if a sensor has been told something, or an image been fetched, since clearNews. */
+  /** True if a sensor has had a message, or an image was fetched, since clearNews(). */
   bool isNew(const std::string& sensor) const;
   void clearNews();
 
-  /** Hears of all that is told, and must outlive that; null for nobody. */
+  /** The listener to all messages, which must outlive this; null for none. */
   void setListener(session::SessionListener* newListener);
 
  private:

@@ -14,10 +14,10 @@
 namespace QV::ros2 {
 namespace {
 
-// Of a cloud: the nearest obstacle in each direction.
+// A cloud becomes a laser: the nearest obstacle in each direction.
 constexpr std::size_t kCloudBeams = 720;
 constexpr float kCloudRange = 30.0f;
-// What cameras of this sort see, where nobody has said.
+// The usual apertures of depth cameras, for a camera without CameraInfo.
 constexpr float kUsualAperture = 1.02f;
 constexpr float kUsualVerticalAperture = 0.79f;
 
@@ -60,7 +60,7 @@ ToldSensor sensorOf(const sensor_msgs::LaserScan& scan) {
   return sensor;
 }
 
-// One whose limits are the same tells of a contact only.
+// A Range whose limits are equal reports a contact only.
 ToldSensor sensorOf(const sensor_msgs::Range& range) {
   ToldSensor sensor;
   const bool isContact = range.min_range == range.max_range;

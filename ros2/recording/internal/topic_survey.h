@@ -50,17 +50,17 @@ struct ToldSensor {
   /** About the x axis of its mounting, half of it on each side. */
   float aperture = 0.0f;
   float verticalAperture = 0.0f;
-  /** The middle of a scan, see middleOf; nothing before the first of a sensor that a description
-   * names. */
+  /** The middle of a scan, see middleOf; std::nullopt before the first scan of a described sensor.
+   */
   std::optional<float> middle = std::nullopt;
   std::size_t beams = 0;
 };
 
-/** The survey of another robot's topics: what they tell, and of which sensors. */
+/** The survey of another robot's topics and their sensors. */
 struct TopicSurvey {
   /** The sensors by topic. */
   std::map<std::string, ToldSensor> sensors;
-  /** The frame of the robot, and what it is placed in: "odom" or "map". */
+  /** The frame of the robot, and its parent: "odom" or "map". */
   std::string base;
   /** Empty if there is none. */
   std::string odometryTopic;

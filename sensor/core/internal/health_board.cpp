@@ -22,7 +22,7 @@ constexpr ko::Duration kLongestTick{1'000'000'000};
 constexpr ko::Duration kSettling{1'000'000'000};
 constexpr ko::Duration kFreshView{400'000'000};
 constexpr ko::Duration kDeviceKnown{500'000'000};
-// What comes and goes is seen the second time.
+// The device manager is asked for its time for this long after it was needed.
 constexpr ko::Duration kAsks{2'000'000'000};
 // Trouble that comes before a fault and leads to it.
 constexpr ko::Duration kLead{1'500'000'000};
@@ -242,7 +242,7 @@ HealthFinding HealthBoard::xJudge(Entry& entry, const HealthMoment& moment,
   return finding;
 }
 
-// What passes without the machine's time is no time in which a sensor could have measured.
+// A jump of the clock is no time in which a sensor could have measured.
 void HealthBoard::xNoteJump(Time now) {
   if (!isRefreshed) return;
   const auto machine = std::chrono::steady_clock::now();
@@ -335,7 +335,7 @@ SensorHealth HealthBoard::xTell(const Entry& entry) const {
   return health;
 }
 
-// What went wrong long before has nothing to do with it.
+// An error long before has nothing to do with it.
 std::optional<ko::log::Record> HealthBoard::xFindTrouble(const Entry& entry) const {
   if (!hasTrouble(entry.shown.cause)) return std::nullopt;
   auto trouble = entry.sensor->getLastTrouble();

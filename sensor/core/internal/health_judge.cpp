@@ -69,7 +69,7 @@ HealthFinding HealthJudge::xJudgeCall(const HealthSwitches& switches) const {
 HealthFinding HealthJudge::xJudgeStarted() const {
   if (!watch.isOn()) return xJudgeUnwatched();
   if (notes.failures > 0) return found(failing, Cause::readingThrows);
-  // One whose reading takes its time is named for that alone.
+  // A sensor whose reading hangs is reported for that alone.
   if (moment.isRefreshed && watch.getReadingSince() == 0) {
     const auto unread = xJudgeUnread();
     if (unread.state != sound) return unread;
@@ -81,7 +81,7 @@ HealthFinding HealthJudge::xJudgeStarted() const {
   return noise.state == sound ? silence : noise;
 }
 
-// Who waits for its first record, waits for that of a sensor that is not watched, too.
+// awaitRecords also waits for the first record of a sensor whose health is off.
 HealthFinding HealthJudge::xJudgeUnwatched() const {
   const bool isExcused = notes.readAt != 0 && xMayBeSilent();
   if (!watch.getNature().hasRate || isExcused || xHasFresh()) return found(sound, Cause::unwatched);
@@ -102,7 +102,7 @@ bool HealthJudge::xMayBeSilent() const {
          (nature.silence == Model::Silence::whileMoving && moment.isMoving);
 }
 
-// What a sensor still has of its former run is old, and stays as it is.
+// A record of the sensor's former run is old, and stays as it is.
 bool HealthJudge::xHasFresh() const {
   if (notes.recordAt == 0) return false;
   return notes.stamps > 1 || !limits.isBeyond(HealthLimit::age, xAgeAt(notes.stampedAt));

@@ -9,7 +9,7 @@ namespace {
 
 // Radians: beyond that the slope of a direction says too little of it.
 constexpr float kWide = 1.3f;
-// Of apertures: where a sensor looks for certain, and where it may.
+// The shares of the aperture in which a sensor certainly looks, and in which it may look.
 constexpr float kInner = 0.85f;
 constexpr float kOuter = 1.15f;
 constexpr float kUnit = 1e-3f;

@@ -14,9 +14,9 @@ constexpr std::size_t kMostSamples = 96;
 constexpr std::size_t kAheadOf = 12;
 // A sensor may say "nothing there" by a range beyond its maximum, within reason.
 constexpr float kReason = 10.0f;
-// Of a direction, as a slope.
+// The tolerance of a direction, as a slope.
 constexpr float kTolerance = 0.03f;
-// Of a camera's points those count that are about as high as the camera, and so no floor.
+// A camera's points count if they are about as high as the camera, and so no floor.
 constexpr float kSlab = 0.3f;
 constexpr float kAhead = 0.2f;
 

@@ -19,7 +19,7 @@ std::int64_t nowInNs() {
 
 // Limits are many times as long: who reads oftener pays for a look no oftener.
 constexpr std::int64_t kLookPeriod = 50'000'000;
-// How much too early a coarse time may be.
+// The error of a coarse time, which may be this much too early.
 constexpr std::int64_t kCoarse = 10'000'000;
 constexpr std::size_t kFew = 8;
 constexpr int kMostSkipped = 2;
@@ -122,7 +122,7 @@ void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
   notes.recordAt = notes.readAt;
 }
 
-// To look at many points costs time, and every third time tells as much; the first one must.
+// Large records are examined only every third time, to save time; the first one always.
 bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records,
                          const ReadingNotes& notes) {
   const bool isCheap = nature.points == Model::PointMeaning::arc || countPoints(records) <= kFew;

@@ -30,7 +30,7 @@ class DepthFilter {
   void project(const cv::Mat& depth, const cv::Mat_<int>& labels, const Extents& extents,
                int blobSize, std::vector<Points>& scans);
 
-  /** The last pixel of the last image that lay beyond what gives a point. */
+  /** The last pixel of the last image that was too far to give a point. */
   std::optional<std::uint16_t> getPixelBeyond() const { return pixelBeyond; }
 
   /** Takes points that nobody needs any more, for their memory. */

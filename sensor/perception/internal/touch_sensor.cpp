@@ -79,7 +79,7 @@ bool TouchSensor::xIsTouchTypeEnabled(Touch::TOUCH_DETECTION_TYPE type) const {
 
 std::vector<Math::MetricalData> TouchSensor::xGetData() const {
   std::vector<Math::MetricalData> records;
-  // Also while the motion service is asked: a reading shows the groups of one moment.
+  // The lock is held during calls of the motion service: a reading shows the groups of one moment.
   Lock lock(touchedMutex);
   records.reserve(touchedGroups.size());
   for (const std::string& group : touchedGroups) {

@@ -1,4 +1,4 @@
-// What the map shows, by the colours of its pixels.
+// Reads the map's picture by the colours of its pixels.
 
 /** The pixels of the map that look like `[red, green, blue]`: {width, places}, each place counted row by row. */
 function findPixels(page, colour) {

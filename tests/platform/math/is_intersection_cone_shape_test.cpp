@@ -13,7 +13,7 @@ namespace QV::Math {
 namespace {
 
 constexpr float kPi = std::numbers::pi_v<float>;
-// What the answer may be wrong by, metres.
+// The tolerance of the answer, metres.
 constexpr double kUndecided = 2e-4;
 
 class Random {

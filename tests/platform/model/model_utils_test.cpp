@@ -13,7 +13,7 @@ namespace {
 using testing::Key;
 using testing::Pair;
 
-// Its joints stand children first, its sensors before what they hang on.
+// The joints stand children first, the sensors before their links.
 const char* const kDescription = R"(<?xml version="1.0"?>
 <robot name="two arms" xmlns:tool="http://example.org/tool">
   <kind code="7"/>

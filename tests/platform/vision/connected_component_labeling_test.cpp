@@ -75,7 +75,7 @@ RC_GTEST_PROP(ConnectedComponentLabeling, agreesWithFloodingOnRandomImages, ()) 
 TEST(ConnectedComponentLabeling, agreesWithFloodingOnRecordedFrames) {
   const auto frames = test::loadDepthFrames();
   if (frames.empty()) GTEST_SKIP() << "QV_DATA names no data";
-  // One labeler for all: nothing of a frame may be left in the next.
+  // The same labeler takes all images: nothing of one may be left in the next.
   ComponentLabeler sut;
   cv::Mat_<int> labels;
   for (const auto& frame : frames) {

@@ -113,7 +113,7 @@ Math::Pose2D drawHardPose(const OccupancyMap& map, std::mt19937& random) {
           heading};
 }
 
-// As many rays as QV_SCAN_RAYS says; every path reads the same to the last bit.
+// QV_SCAN_RAYS sets the number of rays; every SIMD level reads the same, bit for bit.
 TEST(RealMaps, scansAreTheSameOnEverySimdLevel) {
   using detail::ScanPath;
   std::vector<const char*> allMaps{"depot_speed"};

@@ -56,7 +56,7 @@ Transform at(float x, float y, float z) {
   return Transform::fromPosition({x, y, z});
 }
 
-// By the rotation of a quaternion.
+// Returns the turn, computed by a quaternion.
 Transform turnAbout(const Math::Position3D& axis, double angle) {
   const double s = std::sin(angle / 2);
   const double w = std::cos(angle / 2);

@@ -248,7 +248,7 @@ TEST_F(BagReaderTest, messagesBeforeTheirChannelRecordKeepTheirOrder) {
   EXPECT_EQ(sut->getDamage().messages, 1u);
 }
 
-// What costs a few bytes in a file must not cost many in memory, nor again and again.
+// A few bytes in a file must not cost many in memory, nor again and again.
 TEST_F(BagReaderTest, hugeMetadataIsRefusedAndTheMessagesAreRead) {
   const std::string words(1000, 'x');
   Bytes bytes(mcap::kMagic.begin(), mcap::kMagic.end());

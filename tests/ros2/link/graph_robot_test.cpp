@@ -378,7 +378,8 @@ TEST(GraphTopics, areThoseThatTheDescriptionNames) {
   EXPECT_EQ(told["/front_laser/scan"] + told["/left/scan"],
             "sensor_msgs/msg/LaserScansensor_msgs/msg/LaserScan");
   EXPECT_EQ(told["/eye/camera_info"], "sensor_msgs/msg/CameraInfo");
-  const TopicSurvey survey = surveyDescription(*session->getDescription());
+  const TopicSurvey survey =
+      surveyDescription(*session->getDescription(), Model::SensorKinds::standard());
   EXPECT_EQ(survey.sensors.size(), 5u);
   for (const auto& [topic, sensor] : survey.sensors)
     EXPECT_EQ(told.count(topic.front() == '/' ? topic : "/" + topic), 1u) << topic;

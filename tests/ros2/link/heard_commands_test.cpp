@@ -73,7 +73,7 @@ std::vector<std::vector<float>> echoesIn(const std::string& path) {
   return echoes;
 }
 
-/** Those of a folder that tell of sensors. */
+/** Returns a folder's recordings that have sensor topics. */
 std::vector<std::string> recordingsIn(const std::string& folder) {
   std::vector<std::string> paths;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
@@ -119,7 +119,7 @@ TEST_F(HeardCommandsTest, realRecordingsAreReadScanByScan) {
     const Playing playing(path);
     HeardRobotOptions options;
     options.graph = test::aloneOn();
-    // One has no times.
+    // One of the files has no times.
     if (echoes.empty()) options.usesSimTime = false;
     const auto session = openHeardRobot(options);
     session->subscribe("test", session->getManager().getFamilyNames());

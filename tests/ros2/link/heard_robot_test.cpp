@@ -129,7 +129,7 @@ struct HeardRobotTest : testing::Test {
   std::vector<std::string> warnings() const { return log.lines(ko::log::Level::warning); }
 
   test::LogCapture log;
-  // They outlive the thread that uses them.
+  // The publishers outlive the thread that uses them.
   std::unique_ptr<Publisher> scans;
   std::unique_ptr<Publisher> sonars;
   std::vector<std::unique_ptr<Publisher>> others;
@@ -165,7 +165,7 @@ TEST_F(HeardRobotTest, sensorsAreDerivedFromTopicsAndGiveTheirValues) {
 TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   startSensors();
   const auto sut = open();
-  // They were listened to when the robot was looked for.
+  // The survey had subscribed to them.
   ASSERT_TRUE(runUntil(
       *sut, [&] { return scans->getReaderCount() == 0 && sonars->getReaderCount() == 0; }));
   sut->subscribe("test", {"scan"});

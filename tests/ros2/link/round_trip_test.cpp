@@ -62,7 +62,7 @@ Distance between(const Math::MetricalData& told, const Math::MetricalData& read)
       most(most(most(0.0f, minTold - minRead), maxTold - maxRead), angleTold - angleRead);
   for (std::size_t i = 0; i < told.points.size(); ++i) {
     const auto &p = told.points[i], &q = read.points[i];
-    // It reads as the least range.
+    // A range that is too near reads as the minimum range.
     const bool isTooNear =
         std::hypot(p.x, p.y) < minTold && std::abs(std::hypot(q.x, q.y) - minTold) < 1e-6f;
     float& farthest = isTooNear ? distance.tooNear : distance.points;
@@ -163,7 +163,7 @@ bool hasPoints(const std::map<std::string, Records>& records, const std::string&
          });
 }
 
-// What a robot's library made of its sensors, somebody else's makes of its topics.
+// The records of a robot's own library equal those that a reader derives from its topics.
 TEST(RoundTrip, aRobotReadFromTheGraphHasTheSameRecords) {
   auto world = test::busyWorld();
   world.map = test::makeRoom();

@@ -155,7 +155,7 @@ class PeerInputs : public testing::TestWithParam<bool> {};
 INSTANTIATE_TEST_SUITE_P(Starts, PeerInputs, testing::Bool(),
                          [](const auto& is) { return is.param ? "PeerFirst" : "ReaderFirst"; });
 
-// Of what somebody else's robots and tools say, all arrives as it was meant.
+// Messages of other robots and tools arrive with all their values.
 TEST_P(PeerInputs, inputsOfAPeerAreReadValueByValue) {
   std::optional<Peer> peer;
   if (GetParam()) {

@@ -61,7 +61,7 @@ std::set<std::string> othersOf(const std::vector<WireTopic>& topics) {
   return names;
 }
 
-/** It drives, and reads all that a robot says. */
+/** Returns the arguments of a peer that drives and reads all topics of a robot. */
 std::vector<std::string> argumentsFor(const std::vector<WireTopic>& topics) {
   std::vector<std::string> arguments = {"0.25", "0.125"};
   for (const WireTopic& wire : topics) {

@@ -30,9 +30,9 @@ TEST(SensorManager, copiesTheListsOfPointsOnceForEachReaderAndNeverForTheCache) 
     call();
     return test::heap.bigOnes;
   };
-  // Those that the sensors make.
+  // The sensors make three lists.
   EXPECT_EQ(countLists([&] { sut.xUpdateData(); }), 3);
-  // And a copy for the reader, also by name.
+  // The reader gets a copy, also by name.
   EXPECT_EQ(countLists([&] { EXPECT_EQ(sut.getMetricalData().size(), 3u); }), 6);
   EXPECT_EQ(countLists([&] { EXPECT_EQ(sut.getMetricalData("Sonar").size(), 3u); }), 6);
 }
@@ -84,7 +84,7 @@ TEST(SensorManager, healthAllocatesNoMemory) {
   }
 }
 
-// What they are told is copied with the lock held: each is kept there.
+// Readers copy with the lock held, so each can be stopped there.
 TEST(SensorManager, healthNeedsNoLockThatReadersHold) {
   ko::SimulatedTime time;
   WatchedManager sut;

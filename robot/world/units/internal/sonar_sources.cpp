@@ -19,7 +19,7 @@
 namespace QV::robot {
 namespace {
 
-// So close that a chair's leg at the end of the cone is not missed.
+// The spacing finds a chair's leg at the end of the cone.
 constexpr float kRaySpacing = 0.03f;
 constexpr std::array<float, 4> kFalseEchoes{std::numeric_limits<float>::quiet_NaN(), -1.0f, 0.0f,
                                             1e30f};

@@ -15,7 +15,7 @@ namespace QV::robot {
 namespace {
 
 constexpr const char* kTouchEvent = NavigationContract::kTouchChangedEvent;
-// What the event calls a touch of this kind.
+// The number of this kind of touch in the event.
 constexpr int kBumperTouch = 2;
 constexpr ko::Duration kNonsensePeriod(500'000'000);
 

@@ -30,7 +30,7 @@ struct Input {
   std::vector<std::uint8_t> cdr = {};
 };
 
-/** One of each that is listened to; the test has the same values. */
+/** Returns one message of each input topic; the test has the same values. */
 inline std::vector<Input> allInputs() {
   using std::string;
   const std::int32_t sec = 12;
