@@ -145,7 +145,7 @@ TEST_F(SessionReplayTest, theFirstDifferenceIsNamedBySensorTimeAndField) {
   });
 
   EXPECT_THAT(compareSession(copy).difference,
-              testing::AllOf(HasSubstr("LeftLaser at"), HasSubstr(": points[2].y is ")));
+              testing::AllOf(HasSubstr("LeftLaser at"), HasSubstr(": points[2].y: recorded ")));
 }
 
 TEST_F(SessionReplayTest, changedInputsGiveChangedRecords) {
