@@ -55,7 +55,8 @@ class ColumnFinder {
  private:
   static constexpr unsigned kQuad = 4;
 
-  std::uint32_t xFindInQuad(const std::uint32_t* words, std::uint32_t low, std::uint32_t rise) const {
+  std::uint32_t xFindInQuad(const std::uint32_t* words, std::uint32_t low,
+                            std::uint32_t rise) const {
     std::uint32_t height = falls ? low + (kQuad - 1) * rise : low;
     std::uint32_t found = 0;
     for (unsigned i = 0; i < kQuad; ++i) {
