@@ -67,7 +67,9 @@ struct Rays {
   /** The bits of the rows that a line can touch in a strip, counted from its low end's. */
   Height rows[kSize];
   std::int32_t lastStrip[kSize];
-  /** The walk's results: a column, its word in a block (or 0), and the bit of row 0. */
+  /** The walk's results: whether a ray meets anything, a bit each; in which column, its word in a
+   * block, and the bit of row 0. */
+  std::uint64_t met = 0;
   std::int32_t column[kSize];
   std::int32_t word[kSize];
   std::int32_t bitBase[kSize];

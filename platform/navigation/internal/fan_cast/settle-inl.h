@@ -68,7 +68,7 @@ HWY_INLINE Crossing cross(const Sectors& sectors, const Rays& rays, int i) {
   const auto nextBit = hn::Add(bit, hn::Or(backwards, hn::Set(d, 1)));
   const auto words = hn::PromoteTo(d, hn::BitCast(dWord, hn::Load(dInt, rays.word + i)));
   const auto crosses = hn::RebindMask(Doubles(), hn::Gt(exit, nextHeight));
-  const auto isAny = hn::RebindMask(Doubles(), hn::Ne(words, hn::Zero(d)));
+  const auto isAny = maskOf(rays.met >> i);
   return {hn::PromoteTo(Doubles(), column), toDouble(nextRow), isAny, hasBit(words, bit),
           hn::And(crosses, hasBit(words, nextBit))};
 }
@@ -81,6 +81,12 @@ bool settle(const Sectors& sectors, const Rays& rays, int count, double* ways) {
   const Doubles d;
   auto doubts = hn::MaskFromVec(hn::Zero(d));
   for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
+    const auto otherwise = hn::Load(d, rays.otherwise + i);
+    if ((rays.met >> i & ((std::uint64_t{1} << hn::Lanes(d)) - 1)) == 0) {
+      doubts = hn::Or(doubts, hn::IsNaN(otherwise));
+      hn::StoreU(otherwise, d, ways + i);
+      continue;
+    }
     const Crossing found = cross(sectors, rays, i);
     const auto along = hn::Load(d, rays.along + i);
     const auto across = hn::Load(d, rays.across + i);
@@ -93,10 +99,9 @@ bool settle(const Sectors& sectors, const Rays& rays, int count, double* ways) {
     const auto way = hn::IfThenElse(found.hitsOnEntry, enters, onNext);
     const auto isHit = hn::Or(found.hitsOnEntry, found.hitsNext);
     const auto isNear = hn::And(found.isAny, hn::Le(found.column, hn::Load(d, rays.last + i)));
-    const auto result = hn::IfThenElse(isNear, hn::IfThenElse(isHit, way, hn::Set(d, kDoubtful)),
-                                       hn::Load(d, rays.otherwise + i));
-    const auto isRay = hn::FirstN(d, static_cast<std::size_t>(count - i));
-    doubts = hn::Or(doubts, hn::And(isRay, hn::IsNaN(result)));
+    const auto result =
+        hn::IfThenElse(isNear, hn::IfThenElse(isHit, way, hn::Set(d, kDoubtful)), otherwise);
+    doubts = hn::Or(doubts, hn::IsNaN(result));
     hn::StoreU(result, d, ways + i);
   }
   return !hn::AllFalse(d, doubts);

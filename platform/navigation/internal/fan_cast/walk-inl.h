@@ -83,6 +83,7 @@ class Walk {
     if (columns == 0) return false;
     const auto lane = static_cast<unsigned>(kBack ? 31 - hwy::Num0BitsAboveMS1Bit_Nonzero32(columns)
                                                   : hwy::Num0BitsBelowLS1Bit_Nonzero32(columns));
+    rays.met |= std::uint64_t{1} << i;
     rays.column[i] = sector.columnBase + kStep * (kStrip * strip + static_cast<int>(lane));
     rays.word[i] = static_cast<std::int32_t>(block.words[lane]);
     rays.bitBase[i] = sector.rowBase - StripImage::kGroupRows * group;
