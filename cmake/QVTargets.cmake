@@ -63,12 +63,13 @@ endfunction()
 
 # Fast from nothing, slow after each change: for builds that are made once.
 set(QV_UNITY "" CACHE STRING "Top-level folders whose sources are compiled several at a time")
+set(QV_UNITY_BATCH 16 CACHE STRING "How many of them; 0: all of a library")
 set(QV_UNOPTIMISED "" CACHE STRING "Top-level folders that are compiled without optimisation")
 
 # qv_hasten(TARGET FOLDER)
 function(qv_hasten target folder)
   if(folder IN_LIST QV_UNITY)
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 16)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${QV_UNITY_BATCH})
   endif()
   if(folder IN_LIST QV_UNOPTIMISED)
     target_compile_options(${target} PRIVATE -O0)

@@ -10,8 +10,6 @@
 namespace QV::sensor {
 namespace {
 
-using Lock = std::lock_guard<std::mutex>;
-
 constexpr char kDepthCategory[] = "Navigation.Sensor3D";
 constexpr char kClientName[] = "Sensor3D";
 constexpr int kHighResolutionModel = 7;
@@ -60,7 +58,7 @@ void Sensor3D::xLogError(const char* method, const char* what, const char* reaso
 }
 
 bool Sensor3D::xSubscribeToHardware() {
-  Lock lock(hardwareMutex);
+  std::lock_guard lock(hardwareMutex);
   try {
     cameraHandle =
         videoDeviceProxy.subscribeCamera(std::string(kClientName) + "Depth", kDepthCamera,
@@ -75,7 +73,7 @@ bool Sensor3D::xSubscribeToHardware() {
 }
 
 bool Sensor3D::xUnsubscribeFromHardware() {
-  Lock lock(hardwareMutex);
+  std::lock_guard lock(hardwareMutex);
   updateTask.stop();
   depthFilter->forgetSpares();
   if (cameraHandle.empty()) return true;
@@ -90,7 +88,7 @@ bool Sensor3D::xUnsubscribeFromHardware() {
 }
 
 std::vector<Math::MetricalData> Sensor3D::xGetData() const {
-  Lock lock(dataMutex);
+  std::lock_guard lock(dataMutex);
   if (data.empty() && emptyAt && ko::Clock::now() - *emptyAt < kMostImageAge) {
     xExcuse("its image shows nothing", true);
   }

@@ -13,14 +13,14 @@ namespace {
 
 constexpr Qos kLatched{true, true, 1};
 constexpr int kArcPoints = 15;
-constexpr std::uint8_t kFloat32 = 7;
+constexpr std::uint8_t kFloatField = 7;
 constexpr std::int32_t kLineStrip = 4;
 
 sensor_msgs::PointCloud2 emptyCloud() {
   static_assert(sizeof(Math::Position3D) == 3 * sizeof(float));
   sensor_msgs::PointCloud2 cloud;
   cloud.height = 1;
-  cloud.fields = {{"x", 0, kFloat32, 1}, {"y", 4, kFloat32, 1}, {"z", 8, kFloat32, 1}};
+  cloud.fields = {{"x", 0, kFloatField, 1}, {"y", 4, kFloatField, 1}, {"z", 8, kFloatField, 1}};
   cloud.point_step = sizeof(Math::Position3D);
   cloud.is_dense = true;
   return cloud;

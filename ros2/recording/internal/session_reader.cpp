@@ -31,13 +31,13 @@ RecordingFacts readFacts(const BagReader& bag) {
 }
 
 template <typename Message>
-bool isOf(const BagMessage& message) {
+bool holds(const BagMessage& message) {
   return message.topic->encoding == "cdr" && message.topic->type == Message::getType().getName();
 }
 
 template <typename Message>
-bool isOf(const BagMessage& message, const char* topic) {
-  return message.topic->name == topic && isOf<Message>(message);
+bool holds(const BagMessage& message, const char* topic) {
+  return message.topic->name == topic && holds<Message>(message);
 }
 
 }  // namespace
@@ -84,17 +84,17 @@ bool SessionReader::xRead() {
 
 void SessionReader::xTake(const BagMessage& message) {
   const auto time = timeOf(message.logTime);
-  if (isOf<qv_msgs::Inputs>(message, kInputsTopic)) return xTakeInputs(message);
-  if (isOf<qv_msgs::Records>(message, kRecordsTopic)) return xTakeRecords(message);
-  if (isOf<tf2_msgs::TFMessage>(message, "/tf")) return xTakeTransforms(message);
-  if (isOf<sensor_msgs::Image>(message)) return xTakeImage(message);
-  if (isOf<nav_msgs::OccupancyGrid>(message, kMapTopic)) return xTakeMap(message);
-  if (isOf<sensor_msgs::PointCloud2>(message)) return xTakeCloud(message);
-  if (isOf<qv_msgs::ImagePoints>(message)) return xTakeImagePoints(message);
-  if (isOf<qv_msgs::Command>(message, kCommandsTopic)) {
+  if (holds<qv_msgs::Inputs>(message, kInputsTopic)) return xTakeInputs(message);
+  if (holds<qv_msgs::Records>(message, kRecordsTopic)) return xTakeRecords(message);
+  if (holds<tf2_msgs::TFMessage>(message, "/tf")) return xTakeTransforms(message);
+  if (holds<sensor_msgs::Image>(message)) return xTakeImage(message);
+  if (holds<nav_msgs::OccupancyGrid>(message, kMapTopic)) return xTakeMap(message);
+  if (holds<sensor_msgs::PointCloud2>(message)) return xTakeCloud(message);
+  if (holds<qv_msgs::ImagePoints>(message)) return xTakeImagePoints(message);
+  if (holds<qv_msgs::Command>(message, kCommandsTopic)) {
     events.push_back({SessionEvent::Sort::command, time, fromCdr<qv_msgs::Command>(message.data)});
   }
-  if (isOf<std_msgs::String>(message, kDescriptionTopic)) {
+  if (holds<std_msgs::String>(message, kDescriptionTopic)) {
     description = fromCdr<std_msgs::String>(message.data).data;
   }
 }

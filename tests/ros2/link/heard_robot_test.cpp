@@ -313,7 +313,8 @@ TEST_F(HeardRobotTest, topicsComeFromTheDescriptionElseFromTheDefaultNames) {
       <property key="maximumDetectionDistance" value="4"/>
       <property key="horizontalAngularRange" value="0.5"/>
       <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor>
-    <sensor name="Whisker" type="Whisker"><memory_key>whisker</memory_key></sensor>
+    <sensor name="Whisker" type="Whisker"><property key="maximumDetectionDistance" value="4"/>
+      <memory_key>whisker</memory_key></sensor>
     <sensor name="Bumper" type="Touch"><parent link="base_link"/></sensor></robot>)";
   startSensors();
   others.push_back(publish("/Bumper/contact", sensor_msgs::Range::getType()));
