@@ -7,6 +7,9 @@
 
 namespace QV::ros2 {
 
+/** The quality of what is told once: the last message is there for whoever comes later. */
+inline constexpr Qos kLatched{true, true, 1};
+
 /** A topic that tells of a session. */
 struct SessionTopic {
   /** "/FrontLaser/scan" */
