@@ -9,7 +9,7 @@
 
 #include "robot/logs/internal/log_replay.h"
 #include "robot/services/internal/device_manager.h"
-#include "robot/services/internal/laser_modes.h"
+#include "robot/services/internal/laser_mode_actuator.h"
 #include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/motion_service.h"
 #include "sensor/hosting/navigation_module.h"

@@ -12,8 +12,6 @@
 namespace QV::ros2 {
 namespace {
 
-constexpr Qos kLatched{true, true, 1};
-
 geometry_msgs::TransformStamped stamped(ko::Clock::time_point time, const std::string& parent,
                                         const std::string& child, const geometry_msgs::Pose& pose) {
   return {headerOf(time, parent), child, transformOf(pose)};

@@ -7,6 +7,9 @@
 
 namespace QV::ros2 {
 
+/** The quality of what is published once: the last message is kept for later readers. */
+inline constexpr Qos kLatched{true, true, 1};
+
 /** A topic of a session. */
 struct SessionTopic {
   /** "/FrontLaser/scan" */

@@ -12,7 +12,7 @@
 #include "platform/ko/periodic_task.h"
 #include "platform/middleware/qv_broker.h"
 #include "robot/services/internal/device_manager.h"
-#include "robot/services/internal/laser_modes.h"
+#include "robot/services/internal/laser_mode_actuator.h"
 #include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/motion_service.h"
 #include "robot/services/internal/sonar_driver.h"

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "outlets/internal/seen_places.h"
 #include "ros2/messages/report_msgs.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/topic_names.h"
@@ -11,8 +12,6 @@
 namespace QV::ros2 {
 namespace {
 
-constexpr Qos kLatched{true, true, 1};
-constexpr int kArcPoints = 15;
 constexpr std::uint8_t kFloatField = 7;
 constexpr std::int32_t kLineStrip = 4;
 
@@ -43,7 +42,7 @@ std::vector<Math::Position3D> pointsOf(const session::Marks& marks) {
   std::vector<Math::Position3D> points = marks.hits;
   points.insert(points.end(), marks.floor.begin(), marks.floor.end());
   for (const auto& echo : marks.echoes) {
-    const auto arc = positionsOn(echo, kArcPoints);
+    const auto arc = positionsOn(echo, outlets::kArcPoints);
     points.insert(points.end(), arc.begin(), arc.end());
   }
   return points;
@@ -52,8 +51,8 @@ std::vector<Math::Position3D> pointsOf(const session::Marks& marks) {
 /** Around the sensor's x axis: from the apex along the arc and back. */
 std::vector<geometry_msgs::Point> outlineOf(const Math::SensorFieldOfView2D& view) {
   std::vector<geometry_msgs::Point> outline{{}};
-  for (int i = 0; i <= kArcPoints; ++i) {
-    const double angle = view.angularRange * (static_cast<double>(i) / kArcPoints - 0.5);
+  for (int i = 0; i <= outlets::kArcPoints; ++i) {
+    const double angle = view.angularRange * (static_cast<double>(i) / outlets::kArcPoints - 0.5);
     outline.push_back({view.maxRange * std::cos(angle), view.maxRange * std::sin(angle), 0.0});
   }
   outline.push_back({});

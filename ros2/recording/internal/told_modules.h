@@ -16,7 +16,7 @@
 #include "platform/model/robot.h"
 #include "platform/model/sensor_kinds.h"
 #include "robot/services/internal/device_manager.h"
-#include "robot/services/internal/laser_modes.h"
+#include "robot/services/internal/laser_mode_actuator.h"
 #include "robot/services/internal/memory_service.h"
 #include "robot/services/internal/motion_service.h"
 #include "robot/services/internal/sonar_driver.h"
