@@ -11,11 +11,12 @@
 #include <hwy/highway.h>
 
 #include "platform/navigation/internal/fan_cast/aim-inl.h"
+#include "platform/navigation/internal/fan_cast/frames-inl.h"
 #include "platform/navigation/internal/fan_cast/measure-inl.h"
 #include "platform/navigation/internal/fan_cast/rays-inl.h"
+#include "platform/navigation/internal/fan_cast/sectors-inl.h"
 #include "platform/navigation/internal/fan_cast/settle-inl.h"
 #include "platform/navigation/internal/fan_cast/walk-inl.h"
-#include "platform/navigation/internal/fan_cast/wedge-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace QV::detail {

@@ -42,13 +42,15 @@ class DepthFilter {
   void xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& runs, const Extents& extents,
                     int blobSize, std::vector<Points>& scans);
   void xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs);
-  int xCountWithin(const std::uint16_t* pixel, const std::uint16_t* end, bool logs);
+  void xKeepBeyond(const std::uint16_t* pixel, const std::uint16_t* end, bool logs);
   void xMakeRoom(int blobSize, std::vector<Points>& scans);
 
   vision::ComponentLabeler labeler;
   vision::ComponentRuns labelRuns;
   DepthProjection projection;
   std::optional<std::uint16_t> pixelBeyond;
+  // The count of each run of a row.
+  std::vector<int> runCounts;
   // The point list of each label; null for a component that is too small.
   std::vector<int> pointCounts;
   std::vector<Math::Position3D*> nextPoints;

@@ -39,8 +39,9 @@ class DepthProjection {
   /** Prepares for images of one size. */
   void reset(cv::Size size, const Extents& extents);
 
-  /** True if any of these pixels is beyond kMaxDepth. */
-  static bool reachesBeyond(const std::uint16_t* pixels, int count);
+  /** Counts the points that each of a row's runs gives. */
+  static void countPoints(const std::uint16_t* pixels, int width,
+                          const vision::ComponentRuns::Row& runs, int* counts);
 
   /**
    * Writes the points of a row's runs, whose pixels have a depth, to where `next` says for each

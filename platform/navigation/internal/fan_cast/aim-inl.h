@@ -1,4 +1,4 @@
-// The first step of a cast.
+// The second step of a cast.
 #if defined(QV_PLATFORM_NAVIGATION_FAN_CAST_AIM_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef QV_PLATFORM_NAVIGATION_FAN_CAST_AIM_INL_H
 #undef QV_PLATFORM_NAVIGATION_FAN_CAST_AIM_INL_H
@@ -12,8 +12,9 @@
 #include <hwy/highway.h>
 
 #include "platform/navigation/internal/fan_cast.h"
+#include "platform/navigation/internal/fan_cast/frames-inl.h"
 #include "platform/navigation/internal/fan_cast/rays-inl.h"
-#include "platform/navigation/internal/fan_sector.h"
+#include "platform/navigation/internal/fan_cast/sectors-inl.h"
 #include "platform/navigation/internal/grid_ray.h"
 #include "platform/navigation/internal/strip_image.h"
 
@@ -25,133 +26,7 @@ namespace {
 // Any steeper, and the line with its slack could leave the block.
 constexpr Height kSteepest = (Height{1} << GridRay::kFractionBits) - (Height{4} << kDroppedBits);
 
-/** The start of rays that advance one way along an axis of the map. */
-struct Side {
-  Side(double start, int columns, bool reversed)
-      : along(reversed ? columns - start : start), first(static_cast<int>(along)) {
-    const int from = reversed ? columns - 1 - first : first;
-    firstStrip = from / kStrip;
-    toEdge = (reversed ? columns - kStrip * (firstStrip + 1) : kStrip * firstStrip) - first - 1;
-    const int place = from % kStrip;
-    const std::uint32_t all = (1u << kStrip) - 1;
-    ahead = reversed ? (1u << place) - 1 : all & (all << place << 1);
-  }
-
-  double along;
-  /** The column of the start, and its strip in the image. */
-  int first;
-  int firstStrip;
-  /** The distance from where a ray leaves its first column to the strip's edge before it. */
-  double toEdge;
-  /** The strip's columns in the image that lie beyond the first one. */
-  std::uint32_t ahead;
-};
-
-/** All ways, by whether they go back along their axis. */
-struct Sides {
-  explicit Sides(const FanCast& fan)
-      : x{{fan.start.x, fan.width, false}, {fan.start.x, fan.width, true}},
-        y{{fan.start.y, fan.height, false}, {fan.start.y, fan.height, true}} {}
-
-  const Side& of(const FanSector& sector) const {
-    return (sector.steep ? y : x)[sector.alongReversed];
-  }
-
-  Side x[2];
-  Side y[2];
-};
-
-HWY_INLINE std::uint64_t bitsOf(hn::Mask<Doubles> mask) {
-  std::uint8_t bits = 0;
-  hn::StoreMaskBits(Doubles(), mask, &bits);
-  return bits;
-}
-
-HWY_INLINE hn::Mask<Doubles> maskOf(std::uint64_t bits) {
-  const auto byte = static_cast<std::uint8_t>(bits);
-  return hn::LoadMaskBits(Doubles(), &byte);
-}
-
-/** Turns the directions by the heading, and sorts them into sectors. */
-Sectors turn(const FanCast& fan, const double* cosines, const double* sines, int count,
-             Rays& rays) {
-  const Doubles d;
-  const auto zero = hn::Zero(d);
-  const auto cosHeading = hn::Set(d, fan.cosHeading);
-  const auto sinHeading = hn::Set(d, fan.sinHeading);
-  Sectors sectors;
-  std::uint64_t xBack = 0;
-  std::uint64_t yBack = 0;
-  for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
-    const auto cosine = hn::LoadU(d, cosines + i);
-    const auto sine = hn::LoadU(d, sines + i);
-    const auto x = hn::Sub(hn::Mul(cosine, cosHeading), hn::Mul(sine, sinHeading));
-    const auto y = hn::Add(hn::Mul(sine, cosHeading), hn::Mul(cosine, sinHeading));
-    const auto xPart = hn::Abs(x);
-    const auto yPart = hn::Abs(y);
-    sectors.steep |= bitsOf(hn::Gt(yPart, xPart)) << i;
-    xBack |= bitsOf(hn::Lt(x, zero)) << i;
-    yBack |= bitsOf(hn::Lt(y, zero)) << i;
-    hn::Store(hn::Max(xPart, yPart), d, rays.alongPart + i);
-    hn::Store(hn::Min(xPart, yPart), d, rays.acrossPart + i);
-  }
-  sectors.alongReversed = (yBack & sectors.steep) | (xBack & ~sectors.steep);
-  sectors.acrossReversed = (xBack & sectors.steep) | (yBack & ~sectors.steep);
-  return sectors;
-}
-
-/** The frames of some rays' sectors. */
-class Frames {
- public:
-  HWY_INLINE Frames(const FanCast& fan, const Sides& sides) : fan(fan), sides(sides) {}
-
-  HWY_INLINE void find(const Sectors& sectors, int i) {
-    const Doubles d;
-    const auto steep = maskOf(sectors.steep >> i);
-    alongBack = maskOf(sectors.alongReversed >> i);
-    acrossBack = maskOf(sectors.acrossReversed >> i);
-    const auto choose = [&](double x, double y) {
-      return hn::IfThenElse(steep, hn::Set(d, y), hn::Set(d, x));
-    };
-    const Side* const x = sides.x;
-    const Side* const y = sides.y;
-    along =
-        hn::IfThenElse(alongBack, choose(x[1].along, y[1].along), choose(x[0].along, y[0].along));
-    across =
-        hn::IfThenElse(acrossBack, choose(y[1].along, x[1].along), choose(y[0].along, x[0].along));
-    const auto toEdge = hn::IfThenElse(alongBack, choose(x[1].toEdge, y[1].toEdge),
-                                       choose(x[0].toEdge, y[0].toEdge));
-    lastColumn = choose(fan.width - 1, fan.height - 1);
-    rows = choose(fan.height, fan.width);
-    first = hn::Trunc(along);
-    toExit = hn::Sub(hn::Add(first, hn::Set(d, 1.0)), along);
-    toLowEnd = hn::Add(toEdge, hn::IfThenElseZero(acrossBack, hn::Set(d, kStrip)));
-    // A little less than the image's lowest row.
-    constexpr double kMargin = Height{1} << kDroppedBits;
-    floor = hn::Sub(hn::IfThenElseZero(acrossBack, hn::Mul(rows, hn::Set(d, kOne))),
-                    hn::Set(d, kMargin));
-  }
-
-  hn::Mask<Doubles> alongBack;
-  hn::Mask<Doubles> acrossBack;
-  /** The start, and the first column. */
-  hn::Vec<Doubles> along;
-  hn::Vec<Doubles> across;
-  hn::Vec<Doubles> first;
-  hn::Vec<Doubles> lastColumn;
-  hn::Vec<Doubles> rows;
-  /** The distances in columns to the end of the first one, and from there to where a line is lowest
-   * over the first strip. */
-  hn::Vec<Doubles> toExit;
-  hn::Vec<Doubles> toLowEnd;
-  hn::Vec<Doubles> floor;
-
- private:
-  const FanCast& fan;
-  const Sides& sides;
-};
-
-/** Lines in fixed point of lines. */
+/** Stores lines in fixed point, for the walk and to settle it. */
 HWY_INLINE void storeLines(const Sectors& sectors, hn::Vec<Doubles> exit, hn::Vec<Doubles> rise,
                            hn::Vec<Doubles> low, int i, Rays& rays) {
 #if HWY_TARGET <= HWY_AVX3

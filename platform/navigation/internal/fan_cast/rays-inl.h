@@ -13,7 +13,6 @@
 #include <hwy/highway.h>
 
 #include "platform/navigation/internal/fan_cast.h"
-#include "platform/navigation/internal/fan_sector.h"
 #include "platform/navigation/internal/grid_ray.h"
 #include "platform/navigation/internal/strip_image.h"
 
@@ -73,35 +72,6 @@ struct Rays {
   std::int32_t column[kSize];
   std::int32_t word[kSize];
   std::int32_t bitBase[kSize];
-};
-
-/** The flags of all rays' sectors, a bit each. */
-struct Sectors {
-  std::uint64_t steep = 0;
-  std::uint64_t alongReversed = 0;
-  std::uint64_t acrossReversed = 0;
-
-  int of(int ray) const {
-    const auto flag = [ray](std::uint64_t bits) { return static_cast<int>(bits >> ray & 1); };
-    return flag(steep) * FanSector::kSteep + flag(alongReversed) * FanSector::kAlongReversed +
-           flag(acrossReversed) * FanSector::kAcrossReversed;
-  }
-
-  /** Bit i is set when ray i + 1 is in another sector than ray i. */
-  std::uint64_t findChanges() const {
-    const auto changes = [](std::uint64_t bits) { return bits ^ bits >> 1; };
-    return changes(steep) | changes(alongReversed) | changes(acrossReversed);
-  }
-  /** Bit i is set when ray i is the last of those in its sector. */
-  std::uint64_t findLasts(int count) const {
-    const std::uint64_t end = std::uint64_t{1} << (count - 1);
-    return (findChanges() & (end - 1)) | end;
-  }
-  /** True if `lanes` rays from this one on and as many before it are not all in one sector. */
-  bool changeAround(int ray, int lanes) const {
-    const std::uint64_t all = (std::uint64_t{1} << (2 * lanes - 1)) - 1;
-    return (findChanges() >> (ray - lanes) & all) != 0;
-  }
 };
 
 int groupOf(Height height) {

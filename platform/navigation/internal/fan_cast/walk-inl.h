@@ -12,8 +12,8 @@
 
 #include <hwy/highway.h>
 
-#include "platform/navigation/internal/fan_cast/aim-inl.h"
 #include "platform/navigation/internal/fan_cast/column_finder-inl.h"
+#include "platform/navigation/internal/fan_cast/frames-inl.h"
 #include "platform/navigation/internal/fan_cast/rays-inl.h"
 #include "platform/navigation/internal/fan_cast/wedge-inl.h"
 #include "platform/navigation/internal/fan_sector.h"

@@ -12,7 +12,7 @@
 
 #include <hwy/highway.h>
 
-#include "platform/navigation/internal/fan_cast/aim-inl.h"
+#include "platform/navigation/internal/fan_cast/frames-inl.h"
 #include "platform/navigation/internal/fan_cast/rays-inl.h"
 #include "platform/navigation/internal/fan_sector.h"
 #include "platform/navigation/internal/grid_ray.h"
