@@ -9,7 +9,7 @@
 namespace QV::app {
 namespace {
 
-/** Makes it; what is wrong is what the option says. */
+/** Calls `make`; an error becomes one of the command line. */
 template <typename Make>
 auto naming(const Make& make) {
   try {

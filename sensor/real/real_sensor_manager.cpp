@@ -94,7 +94,7 @@ void RealSensorManager::xTellHealth() const {
   try {
     xHealth().noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
   } catch (...) {
-    // A robot that does not tell of its motion has sensors all the same.
+    // A robot without a motion service has sensors all the same.
   }
 }
 
@@ -104,7 +104,7 @@ void RealSensorManager::xWatchHealth() {
   if (!healthTask.isRunning()) healthTask.start(false);
 }
 
-// Ends itself, as whoever switches the last sensor off must not wait for what a change calls.
+// The task ends itself, because stopping the last sensor must not wait for a callback.
 void RealSensorManager::xLookAtHealth() {
   xHealth().tick();
   std::lock_guard<std::mutex> lock(healthMutex);

@@ -20,7 +20,7 @@ void sendData(WebClient& client, std::uint32_t subscription, Delivery delivery,
        delivery, std::to_string(subscription)});
 }
 
-// Whatever is wrong with what a client asks for, it is told, and the rest is done.
+// A client gets a status message for each invalid part; the other parts are done.
 template <typename Action>
 void answering(WebClient& client, const Action& action) {
   try {
@@ -37,7 +37,7 @@ void forEach(WebClient& client, const json& message, const char* name, const Act
   }
 }
 
-// A new one for each server: viewers then forget what they knew.
+// Each server has a new id, so that viewers forget the last one's data.
 std::string newSession() {
   return std::to_string(std::chrono::system_clock::now().time_since_epoch().count());
 }

@@ -51,7 +51,7 @@ ToldModules::~ToldModules() {
     cameras->removeCamera(index);
 }
 
-// A sonar driver without a source measures nothing: it answers those who subscribe.
+// A sonar driver without a source measures nothing; it only answers subscriptions.
 void ToldModules::xAddModules(const std::string& description) {
   broker->registerModule(memory);
   broker->registerModule(devices);
@@ -85,7 +85,7 @@ void ToldModules::xShowImage(const std::string& sensor, cv::Mat_<std::uint16_t>&
   seen.isShown = true;
 }
 
-// A laser is on as soon as it is told: others decide whether it runs.
+// A laser takes its mode at once: the real robot decides whether it runs.
 void ToldModules::xAddLaserModes() {
   std::set<std::string> actuators;
   for (const auto& [name, config] : model.sensorConfigs) {
@@ -120,7 +120,7 @@ void ToldModules::clearNews() {
   news.clear();
 }
 
-// A value that is no number is none: whoever reads it has no record.
+// A value that is no number gives no record.
 void ToldModules::xForget(const ToldSensor& sensor) {
   const Model::SensorConfig& config = xConfigOf(sensor);
   if (sensor.sort == ToldSort::touch) return xRaiseTouch(sensor, false);
