@@ -36,8 +36,8 @@ void checkMessage(const sensor_msgs::LaserScan& scan) {
   if (!(std::abs(scan.angle_min) <= kMostAngle && span <= kMostAngle) ||
       (beams > 1 && scan.angle_increment == 0.0f))
     refuse("beams at different angles within two turns",
-           "angle_increment " + std::to_string(scan.angle_increment) + " rad from angle_min " +
-               std::to_string(scan.angle_min) + " rad");
+           std::string("angle_increment ") + std::to_string(scan.angle_increment) +
+               " rad from angle_min " + std::to_string(scan.angle_min) + " rad");
   if (std::ranges::all_of(scan.ranges, [](float range) { return std::isnan(range); }))
     refuse("ranges", "only NaN");
 }
