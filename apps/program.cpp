@@ -39,7 +39,7 @@ int fail(const std::string& message) {
   return kFailure;
 }
 
-// The parser itself would not say what there is.
+// The parser's own message would not list the commands.
 void checkCommand(const CLI::App& program, int argc, const char* const* argv) {
   if (argc < 2)
     throw session::UsageError("a command expected; the commands are " + commandsOf(program));
@@ -65,7 +65,7 @@ bool isOutputWhole() {
   return wasWhole && std::cout;
 }
 
-// `status` is what the command that runs sets it to.
+// `status` is set by the command that runs.
 int parseAndRun(CLI::App& program, const int& status, int argc, const char* const* argv) {
   try {
     program.parse(argc, argv);

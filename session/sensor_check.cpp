@@ -18,7 +18,7 @@ namespace {
 constexpr ko::Duration kCycle{100'000'000};
 constexpr ko::Duration kStaleAfter{400'000'000};
 constexpr int kCyclesStanding = 25;
-// Longer than people are remembered who are no longer seen.
+// The time is longer than people are remembered.
 constexpr int kCyclesTurned = 22;
 constexpr float kTurn = 1.0f;
 

@@ -9,7 +9,7 @@
 namespace QV::session {
 namespace {
 
-// The robot is steered whenever so much has gone by, and at the end of what is asked for.
+// The robot is steered after each slice of this length, and at the end of a run.
 constexpr ko::Duration kSlice{20'000'000};
 
 void goTo(SessionParts& parts, ko::Clock::time_point time) {
@@ -97,7 +97,7 @@ void Session::keepPace(ko::Duration machine) {
     machine -= part;
     parts->driver.release(part);
     run(parts->pacing.scale(part));
-    // Nothing comes after the end of a recording.
+    // A recording has no steps after its end.
     if (getLength() && !parts->robot->getNextStep()) pause(true);
   }
 }

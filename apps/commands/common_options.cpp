@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::uint64_t kMostPeople = 1000;
 
-/** Runs the action; what is wrong then is what `option` says. */
+/** Runs the action; an error then begins with the name of `option`. */
 template <typename Action>
 auto naming(const char* option, const Action& action) {
   try {

@@ -57,7 +57,7 @@ void openOutlets(DriveOptions& options, session::Session& session, outlets::Outl
   if (const auto robot = options.graph.getOutlet()) list.add(robot);
 }
 
-/** Lets the session go on to times of it; who listens on a graph is heard meanwhile. */
+/** Runs the session up to given times; commands of a graph are executed meanwhile. */
 class SessionClock {
  public:
   SessionClock(DriveOptions& options, session::Session& session, outlets::Outlet& outlet)
@@ -157,7 +157,7 @@ bool checkArrival(const session::TimedPath& path, const session::Snapshot& last)
   return false;
 }
 
-/** False if what was asked for is not all written. */
+/** Returns false if an output is incomplete. */
 bool printSummary(const DriveOptions& options, const Run& run, const SilentSensors& silent) {
   std::ostream& out = options.output.getSummaryStream();
   out << (isInterrupted() ? "Interrupted after " : "Drove for ") << run.cycles << " readings ("

@@ -32,7 +32,7 @@ std::string checkShell(const std::string& name) {
   return "bash, zsh or fish expected, \"" + name + "\" given";
 }
 
-/** Returns what `write` writes to a stream. */
+/** Returns the text that `write` writes to a stream. */
 template <typename Write>
 void writeFile(const std::string& path, const Write& write) {
   errno = 0;

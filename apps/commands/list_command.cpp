@@ -29,7 +29,7 @@ struct ListOptions : CommonOptions {
   std::string saved;
 };
 
-/** Writes a number; "-" for what a sensor that stands in no description has none of. */
+/** Returns a number as text; "-" for a sensor that is not in the description. */
 template <typename Number>
 std::string orDash(const session::ListedSensor& sensor, Number value, int digits) {
   if (sensor.describedAs.empty()) return "-";

@@ -41,7 +41,7 @@ Extent extentOf(const OccupancyMap& map) {
   return extent;
 }
 
-/** The shares of its cells: as good as free for whoever drives, unknown, and the rest. */
+/** The shares of the map's cells: free for a robot, unknown, and the rest. */
 struct Shares {
   double free = 0.0;
   double unknown = 0.0;

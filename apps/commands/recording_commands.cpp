@@ -29,7 +29,7 @@ double durationOf(const ros2::BagInfo& info) {
   return kNanosecond * static_cast<double>(info.endTime - info.startTime);
 }
 
-/** Returns what this library's recordings say of the robot; empty for those of others. */
+/** Returns the robot's title from a recording of this library; empty for other recordings. */
 std::string titleOf(const ros2::BagInfo& info) {
   for (const auto& metadata : info.metadata) {
     const auto title = metadata.values.find("title");

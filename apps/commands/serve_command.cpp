@@ -50,7 +50,7 @@ void warnIfOpen(const outlets::LiveServer& server) {
             << " can watch and drive this robot\n";
 }
 
-/** False if what was asked for is not all written. */
+/** Returns false if the recording is incomplete. */
 bool serveSession(ServeOptions& options, session::Session& session, ko::log::LogRing& log) {
   session.setSpeed(speedOf(options.speed));
   const GraphScope onGraph = options.graph.open(session, options.replay.empty());

@@ -83,7 +83,7 @@ class LidarLogReader {
     recording.steps.push_back({xReadTime(line, rest + 6), toPose2D(robot), xPoints(line, beams)});
   }
 
-  // The first scan says what the laser is and where it sits.
+  // The first scan gives the laser's field of view and mounting.
   void xCheckLaser(const LogLine& line, int beams, const LoggedPose& place) {
     if (!firstPlace) {
       firstPlace = place;

@@ -109,7 +109,7 @@ void Sensor::xToggleSubscription() {
   }
 }
 
-// The hardware runs before the flag says so, and until after it has stopped saying so: a reader
+// The flag is set after the hardware has started and cleared before it stops, so that a reader
 // never measures with hardware that is off.
 void Sensor::xStart() {
   if (!xCallHardware(HardwareCall::starting)) {

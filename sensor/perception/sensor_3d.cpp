@@ -36,7 +36,7 @@ Sensor3D::~Sensor3D() {
   try {
     Sensor3D::xUnsubscribeFromHardware();
   } catch (...) {
-    // Nobody is left to be told, and the members must go.
+    // An exception can't leave the destructor, and the members must be destroyed.
   }
 }
 

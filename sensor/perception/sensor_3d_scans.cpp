@@ -14,7 +14,7 @@ namespace QV::sensor {
 namespace {
 
 constexpr char kScanCategory[] = "Navigation.Sensor3D";
-// An image is older than its stamp says.
+// An image is older than its stamp.
 constexpr ko::Duration kStampDelay(20'000'000);
 
 ko::Clock::time_point acquisitionTime(const QVImage& image) {
@@ -69,7 +69,7 @@ void Sensor3D::xUpdateScan() {
   scans.clear();
   const bool ok = xFilterScan(*image, scans);
   xTryReleaseImage();
-  // A frame whose neighbours have nothing in common, with depths that no camera measures.
+  // The image is garbage: neighbouring pixels differ, with depths that no camera measures.
   if (ok && scans.empty() && depthFilter->getPixelBeyond()) xNoteGarbage();
   if (ok) xPublish(scans, sensorTransform, timestamp);
 }

@@ -96,7 +96,7 @@ void RealSensorManager::xTellHealth() const {
   try {
     healthOf(*this).noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
   } catch (...) {
-    // A robot that does not tell of its motion has sensors all the same.
+    // A robot without a motion service has sensors all the same.
   }
 }
 
@@ -106,7 +106,7 @@ void RealSensorManager::xWatchHealth() {
   if (!healthTask.isRunning()) healthTask.start(false);
 }
 
-// Ends itself, as whoever switches the last sensor off must not wait for what a change calls.
+// The task ends itself, because stopping the last sensor must not wait for a callback.
 void RealSensorManager::xLookAtHealth() {
   healthOf(*this).tick();
   std::lock_guard<std::mutex> lock(healthMutex);

@@ -7,7 +7,7 @@
 namespace QV::sensor {
 namespace {
 
-// Readers may come all the time, and what is simulated hardly ever changes.
+// Readers may come all the time, and the set of simulated sensors hardly ever changes.
 constexpr ko::Duration kJudgePeriod{300'000'000};
 constexpr char kSimulatedManagerCategory[] = "Navigation.SimulatedSensorManager";
 

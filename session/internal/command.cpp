@@ -8,7 +8,7 @@
 namespace QV::session {
 namespace {
 
-/** Does what each command says. */
+/** Executes each command. */
 struct Execution {
   void operator()(const SubscribeCommand& command) const {
     if (command.on) {

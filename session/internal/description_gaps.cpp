@@ -47,8 +47,8 @@ std::vector<std::string> findUnwritten(const QVMemoryProxy& memory,
 std::string textOf(const std::vector<std::string>& unwritten) {
   const std::string first = "\"" + unwritten.front() + "\"";
   if (unwritten.size() == 1) return "nobody writes memory key " + first;
-  return "nobody writes " + std::to_string(unwritten.size()) + " memory keys, the first is " +
-         first;
+  return std::string("nobody writes ") + std::to_string(unwritten.size()) +
+         " memory keys, the first is " + first;
 }
 
 void checkLimits(const Model::SensorConfig& config, std::vector<Model::DescriptionFault>& faults) {

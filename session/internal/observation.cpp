@@ -12,11 +12,11 @@ namespace {
 // The cycles without a record that a starting, or slightly late, sensor may have.
 constexpr int kStarting = 5;
 constexpr int kLate = 3;
-// A sensor may say "nothing there" by a range beyond its maximum, within reason.
+// A sensor may report a miss by a range beyond its maximum, up to a limit.
 constexpr float kReason = 10.0f;
 constexpr float kAngleTolerance = 0.01f;
 
-// Cameras see height, too, and what a hole is projected to may lie beside.
+// Cameras also see height, and the projection of a hole may lie outside.
 bool isFan(const SensorNature& nature) {
   return nature.points == Model::PointMeaning::scan || nature.points == Model::PointMeaning::arc;
 }

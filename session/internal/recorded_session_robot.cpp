@@ -56,7 +56,7 @@ RecordedSessionRobot::RecordedSessionRobot(const robot::Recording& recording)
   replay = std::make_unique<robot::LogReplay>(recording, broker, motion);
   laserModes = robot::makeLaserModes(broker, devices, model);
   navigation = boost::make_shared<sensor::NavigationModule>(broker);
-  // Sensors can't start before the memory has what they read.
+  // Sensors can't start before the memory has their keys.
   replay->next();
 }
 

@@ -165,7 +165,7 @@ class Scenario {
     for (const auto& name : kAllSensors) EXPECT_TRUE(manager().setSensorDiagnosis(name, false));
     expectAllStopped();
     for (const auto& name : kAllSensors) EXPECT_TRUE(manager().setSensorDiagnosis(name, true));
-    repair("clearing the diagnosis");
+    repair("setting the diagnosis to good");
     expectAllMeasured();
   }
 

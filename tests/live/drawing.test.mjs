@@ -73,7 +73,7 @@ for (const [what, hidden, isGoneAtLast] of [['points', { fieldOfView: null }, tr
   });
 }
 
-test('the robot, people, touches and points are drawn where they are', async () => {
+test('the robot, people, touches and points are drawn at their places', async () => {
   const contents = {
     robot: ([x, y]) => ({ pose: { x, y, theta: 0 } }),
     person: (place) => ({ people: [place] }),

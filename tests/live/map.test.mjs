@@ -55,7 +55,7 @@ async function enlargementBy(action, about, shift) {
   return findEnlargement(before, await findOutline(live.page, WALL), about, shift);
 }
 
-test('what is under the pointer stays there when the wheel zooms', async () => {
+test('the wheel zooms about the pointer', async () => {
   const box = await live.page.locator('#map').boundingBox();
   const about = [Math.round(box.width * 0.7), Math.round(box.height * 0.4)];
   await live.page.mouse.move(box.x + about[0], box.y + about[1]);
@@ -76,7 +76,7 @@ test('keys and buttons zoom about the middle', async () => {
   }
 });
 
-test('a drag and the keys move the map as far as they say', async () => {
+test('a drag and the keys move the map by the right distance', async () => {
   const box = await live.page.locator('#map').boundingBox();
   const [x, y] = [Math.round(box.x + box.width * 0.7), Math.round(box.y + box.height * 0.5)];
   const drag = async () => {
@@ -92,7 +92,7 @@ test('a drag and the keys move the map as far as they say', async () => {
   assert.equal(live.state.goal, null);
 });
 
-test('what is under two fingers stays under them', async () => {
+test('two fingers zoom about the place between them', async () => {
   const session = await live.page.context().newCDPSession(live.page);
   const box = await live.page.locator('#map').boundingBox();
   const [x, y] = [Math.round(box.x + box.width * 0.6), Math.round(box.y + box.height * 0.5)];
@@ -108,7 +108,7 @@ test('what is under two fingers stays under them', async () => {
   assert.ok(Math.abs(factor - 2.5) < 0.05, `enlarged by ${factor}, not by 2.5`);
 });
 
-test('the pointer tells the place, and the tape how far it is between two', async () => {
+test('the readout shows the place under the pointer, and the tape a distance', async () => {
   const box = await live.page.locator('#map').boundingBox();
   const placeAt = async (left, top) => {
     await live.page.mouse.move(box.x + left, box.y + top, { steps: 2 });

@@ -38,7 +38,7 @@ test('a sensor starts with its subscription, shows points, and stops with it', a
   await untilPixels(live, LASER, (count) => count === 0);
 });
 
-test('a subscription goes with its page', async () => {
+test('a subscription ends with its page', async () => {
   const other = await LivePage.open(browser, program.url);
   await other.switchOf('FrontSonar', 'Subscribe').click();
   await live.row('FrontSonar').getByText('started · for page 2').waitFor();
@@ -76,7 +76,7 @@ test('a disabled or failed sensor stops although it has a subscriber, and comes 
   }
 });
 
-test('a sensor is made to fail, which nobody overlooks, and mended', async () => {
+test('a fault set from the menu is shown clearly and can be ended', async () => {
   const row = (name) => live.row(name);
   const badge = (name) => row(name).locator('.sensor-badge');
   const reason = (name) => row(name).locator('.sensor-reason');
@@ -164,7 +164,7 @@ test('all sensors are subscribed at once, and the depth image comes with them', 
   await live.page.getByText('last image; the camera is stopped').waitFor();
 });
 
-test('the log says what was done, and shows the chosen level and above', async () => {
+test('the log shows the actions, from the chosen level up', async () => {
   const lines = live.page.locator('.log-line:visible');
   await live.switchOf('FrontLaser', 'Subscribe').click();
   await lines.getByText('FrontLaser subscribed by page 1: started').waitFor();

@@ -13,7 +13,7 @@ namespace {
 
 using nlohmann::json;
 
-// Whatever is wrong with what a client asks for, it is told, and the rest is done.
+// A client gets a status message for each invalid part; the other parts are done.
 template <typename Action>
 void answering(WebClient& client, const Action& action) {
   try {
@@ -30,7 +30,7 @@ void forEach(WebClient& client, const json& message, const char* name, const Act
   }
 }
 
-// A new one for each server: viewers then forget what they knew.
+// Each server has a new id, so that viewers forget the last one's data.
 std::string newSession() {
   return std::to_string(std::chrono::system_clock::now().time_since_epoch().count());
 }

@@ -34,7 +34,7 @@ bool isFilledZone(const session::SensorState& sensor) {
   return sensor.points == Model::PointMeaning::zone && !sensor.marks.hits.empty();
 }
 
-// Sensors in one place share a fan, unless one has something to say by it.
+// Sensors in one place share a fan, unless one reports something by its fan.
 bool isSameFan(const session::SensorState& a, const session::SensorState& b) {
   constexpr float kNear = 0.2f;
   if (!a.view || !b.view || a.family != b.family || isFilledZone(a) || isFilledZone(b))

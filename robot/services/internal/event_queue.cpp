@@ -6,7 +6,7 @@
 namespace QV::robot {
 namespace {
 
-// Ten seconds of events at a hundred a second: who has not come back by then hangs.
+// The queue holds ten seconds of events at a hundred a second: a slower subscriber hangs.
 constexpr std::size_t kMostWaiting = 1000;
 
 }  // namespace

@@ -13,7 +13,7 @@ namespace {
 constexpr std::array<const char*, 7> kNames{"off",  "stuck",   "garbage",     "wrong",
                                             "slow", "delayed", "intermittent"};
 constexpr double kFaultNsPerSecond = 1e9;
-// A hundred days, far below what a duration holds.
+// The limit is a hundred days, far below the limit of a duration.
 constexpr double kMostSeconds = 8.64e6;
 
 [[noreturn]] void refuse(const std::string& expected, const std::string& given) {

@@ -42,7 +42,7 @@ class Scanner {
     }
   }
 
-  /** Nothing where the file is cut, and no chunk is found behind. */
+  /** Returns std::nullopt if the file is cut and no chunk follows. */
   std::optional<mcap::Head> xReadHead() {
     const auto head = xHeadAt(position);
     const bool isChunk = head && head->op == Op::chunk;

@@ -31,7 +31,7 @@ Bytes readSummaryBytes(const ByteSource& source, const mcap::Footer& footer,
   if (footer.summaryStart < kMagic.size() || footer.summaryStart > end)
     throw std::runtime_error("no summary");
   if (end - footer.summaryStart > limits.chunk) throw std::runtime_error("the summary is too long");
-  // The CRC covers what of the footer stands before it.
+  // The CRC covers the part of the footer before it.
   Bytes bytes(static_cast<std::size_t>(end - footer.summaryStart) + kFooterSize -
               sizeof footer.crc);
   source.read(footer.summaryStart, bytes);

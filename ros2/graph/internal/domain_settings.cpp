@@ -33,8 +33,8 @@ std::string escaped(const std::string& text) {
 
 std::string general(const GraphOptions& options) {
   std::string text = "<General>";
-  // Peers of other makers on this machine tell only the addresses of its network: what listens on
-  // the loopback interface alone would not find them.
+  // Peers with other DDS implementations on this machine announce only its network addresses, so a
+  // participant on the loopback interface alone would not find them.
   if (!options.networkInterface.empty())
     text += "<Interfaces><NetworkInterface name=\"" + escaped(options.networkInterface) +
             "\"/></Interfaces>";

@@ -9,7 +9,7 @@
 namespace QV::ros2 {
 namespace {
 
-// A sonar that says nothing for so long has no range.
+// A sonar without a message for this long has no range.
 constexpr ko::Duration kSilence{2'000'000'000};
 
 const MessageType& typeOf(ToldSort sort) {

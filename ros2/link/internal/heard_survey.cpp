@@ -19,7 +19,7 @@ using std::chrono::milliseconds;
 constexpr milliseconds kSurveyQuiet{700};
 constexpr milliseconds kLongestSurvey{3000};
 
-/** Hears all topics from which a robot's description can be made. */
+/** Reads all topics from which a robot's description can be derived. */
 class GraphSurvey {
  public:
   explicit GraphSurvey(HeardPlan& plan) : plan(plan) {}

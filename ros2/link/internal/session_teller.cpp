@@ -150,7 +150,7 @@ SessionTeller::Time SessionTeller::xNow() {
   return now;
 }
 
-// Nothing goes out that is stamped later than /clock.
+// No stamp is ahead of /clock.
 void SessionTeller::xTellTime(Time time) {
   if (time <= lastClock) return;
   frames.writeClock(time);

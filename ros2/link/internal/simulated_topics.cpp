@@ -18,7 +18,7 @@ constexpr float kNoEcho = std::numeric_limits<float>::infinity();
 constexpr char kBumper[] = "Bumper";
 constexpr float kWholeTurn = 2.0f * std::numbers::pi_v<float>;
 
-/** Rays that met nothing end at the maximum range, give or take a rounding. */
+/** Misses end at the maximum range, up to rounding. */
 float rangeOfRay(const Math::SensorFieldOfView2D& view, const Math::Position3D& end) {
   // Points are as high as they are drawn.
   const float range = std::hypot(end.x, end.y);

@@ -33,7 +33,7 @@ std::string linesOf(const Layout& layout) {
   return text;
 }
 
-/** Each type that it needs once, by name, what one needs itself right behind it. */
+/** Lists each nested type once, by name, followed by its own nested types. */
 void appendNeeded(const Layout& layout, std::set<std::string>& known, std::string& text) {
   std::map<std::string, const MessageType*> needed;
   for (const Field& field : layout.fields)

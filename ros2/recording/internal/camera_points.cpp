@@ -17,7 +17,8 @@ constexpr std::size_t kPictures = 2;
 // The numbers of columns and rows that viewers are shown.
 constexpr int kColumnsShown = 80;
 
-/** Returns the extents that the library's sensors ask for; none of a camera that fails to tell. */
+/** Returns the extents that the library's sensors use; none for a camera that fails to give them.
+ */
 ImageExtents extentsOf(const session::Session& session, int camera) {
   try {
     const QVVideoDeviceProxy cameras(session.getBroker());

@@ -43,7 +43,7 @@ PlayedDrivers::PlayedDrivers(std::unique_ptr<SessionReader> given,
   xAddModules();
   xAddCameras();
   if (isLog || wasHeard) modes = robot::makeLaserModes(broker, devices, model);
-  // Sensors can't start before the memory has what they read.
+  // Sensors can't start before the memory has their keys.
   xReadOn(ko::Clock::now());
   xStep();
   beat.setName("Recording");
@@ -55,7 +55,7 @@ PlayedDrivers::PlayedDrivers(std::unique_ptr<SessionReader> given,
   hosting.emplace(broker, navigation);
 }
 
-// The session is over: what sensors are stopped by does as it is told, and nothing is measured.
+// After the session, commands that stop sensors take effect at once and no driver measures.
 PlayedDrivers::~PlayedDrivers() {
   beat.stop();
   other.stop();
@@ -140,7 +140,7 @@ void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t
   time = last.stamp;
 }
 
-// A beat ahead: what is told between two beats is known when its moment comes.
+// Inputs are read one beat ahead, so that an input between two beats is known in time.
 void PlayedDrivers::xReadOn(ko::Clock::time_point now) {
   getReader().readInputsTo(now + getDriverPeriods().body);
   xTakeInputs();
@@ -173,7 +173,7 @@ void PlayedDrivers::xStep() {
   for (; !steps.empty() && steps.front().time <= now; steps.pop_front()) xTell(steps.front());
 }
 
-// A log tells between what falls due, and before it is looked at.
+// A log's messages are handled between due tasks, and before a snapshot.
 void PlayedDrivers::makeStep() {
   if (isLog) xStep();
   PlayedRobot::makeStep();

@@ -18,7 +18,7 @@ namespace {
 
 using Point = Math::Position3D;
 
-// More between two events than any robot tells.
+// The limit is higher than any robot's messages between two events.
 constexpr std::size_t kMostWaiting = 200'000;
 // The reader keeps at least as many images as a recorder may refer to.
 constexpr std::size_t kRecentImages = 4;

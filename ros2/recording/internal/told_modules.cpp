@@ -52,7 +52,7 @@ ToldModules::~ToldModules() {
     cameras->removeCamera(index);
 }
 
-// A sonar driver without a source measures nothing: it answers those who subscribe.
+// A sonar driver without a source measures nothing; it only answers subscriptions.
 void ToldModules::xAddModules(const std::string& description) {
   broker->registerModule(memory);
   broker->registerModule(devices);
@@ -109,7 +109,7 @@ void ToldModules::clearNews() {
   news.clear();
 }
 
-// A value that is no number is none: whoever reads it has no record.
+// A value that is no number gives no record.
 void ToldModules::xForget(const ToldSensor& sensor) {
   const Model::SensorConfig& config = xConfigOf(sensor);
   if (sensor.sort == ToldSort::touch) return xRaiseTouch(sensor, false);

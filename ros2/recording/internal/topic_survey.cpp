@@ -100,7 +100,7 @@ ToldSensor sensorOf(const sensor_msgs::PointCloud2& cloud) {
   return sensor;
 }
 
-/** Nothing for a picture without depth. */
+/** Returns std::nullopt for an image that is not depth. */
 std::optional<ToldSensor> sensorOf(const ToldMessage& message) {
   const auto& type = message.type;
   if (isOf<sensor_msgs::LaserScan>(type))
@@ -165,7 +165,7 @@ TopicSurvey TopicSurveyor::make() {
   return std::move(survey);
 }
 
-// The frame that odometry is of, one of the usual names, or what all hangs on.
+// Returns the child frame of odometry, else one of the usual names, else the root of all frames.
 void TopicSurveyor::xFindBase() {
   for (const char* const usual : {"base_link", "base_footprint", "base"})
     if (survey.base.empty() && survey.frames.has(usual)) survey.base = usual;

@@ -44,7 +44,7 @@ bool isUnread(const HealthFinding& finding) {
   return finding.cause == HealthCause::unread || finding.cause == HealthCause::neverRead;
 }
 
-// Hardware that was switched off, or failed to be switched on, is no longer what it was.
+// Health starts anew after hardware was switched off, or failed to start.
 bool isByReadings(const HealthFinding& finding) {
   return finding.state > HealthState::sound &&
          (finding.state < HealthState::failing || finding.cause == HealthCause::readingThrows);
@@ -95,7 +95,7 @@ std::optional<double> HealthBoard::getLimit(const std::string& sensor, HealthLim
 void HealthBoard::setCallback(Callback newCallback) {
   if (newCallback) beAsked();
   const Lock lock(mutex);
-  // The former one goes after the lock: what it keeps may ask for health as it goes.
+  // The old callback is destroyed after the lock, because its destructor may ask for health.
   callback.swap(newCallback);
 }
 

@@ -125,7 +125,7 @@ HealthFinding HealthJudge::xJudgeSilence() const {
     const auto finding = xBeyond(silent, Cause::noFirst, HealthLimit::start, waited);
     return finding.state == silent ? finding : found(starting, Cause::awaitsFirst, waited);
   }
-  // Readers who stay away make nobody silent, nor does a reading that takes its time.
+  // Missing reads make no sensor silent, nor does a slow reading.
   const bool isAsked = moment.isRefreshed && watch.getReadingSince() == 0;
   const std::int64_t asked = isAsked ? moment.now : notes.readAt;
   return xBeyond(silent, Cause::noRecord, HealthLimit::silence,

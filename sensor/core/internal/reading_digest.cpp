@@ -12,7 +12,7 @@ using Model::PointMeaning;
 
 constexpr std::size_t kMostSamples = 96;
 constexpr std::size_t kAheadOf = 12;
-// A sensor may say "nothing there" by a range beyond its maximum, within reason.
+// A sensor may report a miss by a range beyond its maximum, up to a limit.
 constexpr float kReason = 10.0f;
 // The tolerance of a direction, as a slope.
 constexpr float kTolerance = 0.03f;
@@ -81,7 +81,7 @@ class Digester {
   }
 
   void xAddSighting(const Math::Transform& t, const Math::Position3D& p) {
-    // People stand up to what sees them, and are told of from time to time.
+    // People are seen standing, and are reported from time to time only.
     if (!nature.hasRate) {
       digest.hasObstacle = true;
       return;

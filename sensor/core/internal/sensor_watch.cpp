@@ -17,7 +17,7 @@ std::int64_t nowInNs() {
   return notedAs(ko::Clock::now());
 }
 
-// Limits are many times as long: who reads oftener pays for a look no oftener.
+// The limits are much longer, so readings within this time are examined once.
 constexpr std::int64_t kLookPeriod = 50'000'000;
 // The error of a coarse time, which may be this much too early.
 constexpr std::int64_t kCoarse = 10'000'000;
@@ -65,7 +65,7 @@ void SensorWatch::beginReading() {
   readingSince.store(notedAs(ko::detail::coarseNow()), std::memory_order_release);
 }
 
-// A reading like the one just before tells nothing new.
+// A reading like the one just before adds nothing.
 bool SensorWatch::xIsTooSoon(const std::vector<Math::MetricalData>& records) const {
   if (!isOrdinary || records.empty() || pendingGarbage) return false;
   const std::int64_t passed = readingSince.load(std::memory_order_relaxed) - lookedAt;

@@ -5,7 +5,7 @@
 #include "sensor/simulation/simulated_sensor_manager.h"
 
 int main() {
-  QV::OccupancyMap map(100, 100, 0.1f, QV::Math::Pose2D(), 0.0f);  // 10 m by 10 m, all free
+  QV::OccupancyMap map(100, 100, 0.1f, QV::Math::Pose2D(), 0.0f);       // 10 m by 10 m, all free
   for (int row = 0; row < 100; ++row) map.setOccupancy(70, row, 1.0f);  // a wall at x = 7 m
   QV::sensor::SimulatedSensorManager manager(1, &map);  // kind 1: bumpers, sonars, depth camera
   const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Sonar"});

@@ -75,7 +75,8 @@ TEST_F(GraphTest, whatCanNotBeSentIsCountedAndSaidOnce) {
   for (int i = 0; i < 3; ++i) sut->write(sensor_msgs::LaserScan{});
   EXPECT_EQ(sut->getLostCount(), 3u);
   EXPECT_THAT(log.lines(ko::log::Level::warning),
-              ElementsAre(testing::HasSubstr("/scan: a message could not be sent (further losses are only counted)")));
+              ElementsAre(testing::HasSubstr(
+                  "/scan: a message could not be sent (further losses are only counted)")));
 }
 
 TEST_F(GraphTest, demandComesAndGoesWithTheSubscriptions) {

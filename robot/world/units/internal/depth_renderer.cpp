@@ -20,7 +20,7 @@ Stretch depthsBetween(float bottom, float top, float up) {
   return {from, to};
 }
 
-/** Converts a depth, from 0 to kFarthest, which stands for nothing as well. */
+/** Converts a depth, from 0 to kFarthest, which also stands for no depth. */
 std::uint16_t toMillimetres(float depth) {
   const float millimetres = std::max(0.0f, depth * kMillimetres + 0.5f);
   return millimetres < kFarthest ? static_cast<std::uint16_t>(millimetres) : kFarthest;

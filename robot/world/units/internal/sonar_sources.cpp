@@ -45,7 +45,7 @@ class SonarSources::Sonar {
   const std::string& getKey() const { return key; }
   float getNoEcho() const { return fan.getMaxRange() + SonarDriver::kNoEchoMargin; }
 
-  /** Infinity for no echo; nothing when it does not answer. */
+  /** Returns the range; infinity for no echo, std::nullopt if the sonar does not answer. */
   std::optional<float> measure() {
     const auto sample = channel.pass(noise.apply(fan.measureNearest()), ko::Clock::now());
     return sample ? std::optional<float>(sample->value) : std::nullopt;
