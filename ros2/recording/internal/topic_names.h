@@ -25,6 +25,12 @@ inline std::string driverTopicOf(const std::string& sensor, const char* what) {
   return "/" + sensor + "/" + what;
 }
 
+/** Returns the key of a joint's position, by which a recording of a heard robot knows it: rad, m.
+ */
+inline std::string jointKeyOf(const std::string& joint) {
+  return "Joint/" + joint + "/Position";
+}
+
 /** Returns the topic of a sensor's points. */
 inline std::string cloudTopicOf(const std::string& sensor) {
   return "/" + sensor + "/points";

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <set>
 
 #include <gmock/gmock.h>
 
@@ -67,6 +68,17 @@ geometry_msgs::TransformStamped frameAt(const Stamp& now, const std::string& par
   frame.transform.rotation = {0.0, 0.0, std::sin(0.5 * pose.theta), std::cos(0.5 * pose.theta)};
   return frame;
 }
+
+/** A robot with a sonar that goes up and down. */
+constexpr char kWithLift[] = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
+    <link name="arm"/><joint name="lift" type="prismatic"><parent link="base_link"/>
+      <child link="arm"/><axis xyz="0 0 1"/><limit lower="0" upper="1" effort="1" velocity="1"/></joint>
+    <sensor name="High" type="Sonar"><parent link="arm"/>
+      <property key="minimumDetectionDistance" value="0.2"/>
+      <property key="maximumDetectionDistance" value="4"/>
+      <property key="horizontalAngularRange" value="0.5"/>
+      <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor>
+    <sensor name="Bumper" type="Touch"><parent link="base_link"/></sensor></robot>)";
 
 const Math::MetricalData* findRecord(const std::vector<Math::MetricalData>& records,
                                      const std::string& sensor) {
@@ -260,6 +272,26 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
   EXPECT_GT(comparison.records, 50u);
 }
 
+TEST_F(HeardRobotTest, isPlayedFromARecordingWithItsJointsWhereTheyWere) {
+  startSensors();
+  others.push_back(publish("/joint_states", sensor_msgs::JointState::getType()));
+  robot.say("lift", [this](const Stamp& now) {
+    others[0]->write(sensor_msgs::JointState{{now, ""}, {"lift"}, {1e-9 * now.nanosec}, {}, {}});
+  });
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "run.mcap";
+  std::set<float> heights;
+  test::recordSession(*open(kWithLift), path, 20, [&](session::Session& session, int) {
+    const auto records = session::recordsOf(session.look());
+    const auto* sonar = findRecord(records, "High");
+    if (sonar) heights.insert(sonar->sensorTransform(2, 3));
+  });
+  EXPECT_GT(heights.size(), 5u);
+  const auto comparison = test::compareSession(path);
+  EXPECT_EQ(comparison.difference, "");
+  EXPECT_GT(comparison.records, 5u);
+}
+
 TEST_F(HeardRobotTest, drivesByWhatIsListenedTo) {
   startSensors();
   std::mutex mutex;
@@ -288,15 +320,6 @@ TEST_F(HeardRobotTest, drivesByWhatIsListenedTo) {
 }
 
 TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
-  const std::string description = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
-    <link name="arm"/><joint name="lift" type="prismatic"><parent link="base_link"/>
-      <child link="arm"/><axis xyz="0 0 1"/><limit lower="0" upper="1" effort="1" velocity="1"/></joint>
-    <sensor name="High" type="Sonar"><parent link="arm"/>
-      <property key="minimumDetectionDistance" value="0.2"/>
-      <property key="maximumDetectionDistance" value="4"/>
-      <property key="horizontalAngularRange" value="0.5"/>
-      <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor>
-    <sensor name="Bumper" type="Touch"><parent link="base_link"/></sensor></robot>)";
   startSensors();
   others.push_back(publish("/Bumper/contact", sensor_msgs::Range::getType()));
   others.push_back(publish("/joint_states", sensor_msgs::JointState::getType()));
@@ -310,7 +333,7 @@ TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
     moving.twist.twist.linear.x = 0.75;
     others[2]->write(moving);
   });
-  const auto sut = open(description);
+  const auto sut = open(kWithLift);
   sut->subscribe("test", sut->getManager().getFamilyNames());
   ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "High") && has(*sut, "base_link"); }));
   EXPECT_TRUE(runUntil(*sut, [&] { return sut->look().velocity.x == 0.75f; }));
