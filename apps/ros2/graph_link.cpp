@@ -17,7 +17,7 @@ namespace QV::app {
 
 namespace {
 
-/** Makes it; what is no name or value is the command line's fault. */
+/** Calls `make`; an invalid name or value becomes an error of the command line. */
 template <typename Make>
 auto asUsage(const Make& make) {
   try {
@@ -131,8 +131,8 @@ std::shared_ptr<outlets::Outlet> GraphLink::getOutlet() const {
 }
 
 std::string GraphLink::describe() const {
-  return describeGraph(impl->options) + ", messages as " +
-         (impl->options.distro == ros2::RosDistro::humble ? "up to Humble" : "from Iron on");
+  return describeGraph(impl->options) + ", message layout: " +
+         (impl->options.distro == ros2::RosDistro::humble ? "Humble and older" : "Iron and newer");
 }
 
 std::string listGraphTopics(const GraphArguments& arguments, session::Session& session) {
@@ -142,12 +142,12 @@ std::string listGraphTopics(const GraphArguments& arguments, session::Session& s
   return asUsage([&] {
     ros2::Graph nobodys(options);
     const ros2::GraphRobot robot(nobodys, session, robotOptionsOf(arguments));
-    outlets::Table table({"topic", "type", "", "quality of service", "on the wire"});
+    outlets::Table table({"topic", "type", "", "quality of service", "in DDS"});
     for (const auto& wire : robot.getTopics())
       table.add({wire.topic.name, wire.topic.type, wire.isInput ? "in" : "out",
                  qosText(wire.topic.qos), wire.ddsName + " " + wire.ddsType});
     std::ostringstream text;
-    table.dropFirst({"on the wire", "quality of service"});
+    table.dropFirst({"in DDS", "quality of service"});
     table.print(text, getLineWidth());
     return text.str();
   });

@@ -19,7 +19,8 @@ void addRemap(ros2::GraphOptions& graph, const std::string& prefix, const std::s
   graph.remaps[from.front() == '/' ? from : prefix + "/" + from] = text.substr(split + 2);
 }
 
-ros2::HeardRobotOptions optionsOf(const HeardArguments& arguments, const std::string& description) {
+ros2::HeardRobotOptions optionsOf(const HeardArguments& arguments, const std::string& description,
+                                  const sensor::SensorFactory& sensors) {
   ros2::HeardRobotOptions options;
   const std::string& name = arguments.nameSpace;
   if (!name.empty()) options.nameSpace = name.front() == '/' ? name : "/" + name;
@@ -27,15 +28,17 @@ ros2::HeardRobotOptions optionsOf(const HeardArguments& arguments, const std::st
   for (const std::string& remap : arguments.remaps) addRemap(options.graph, prefix, remap);
   if (!arguments.simTime.empty()) options.usesSimTime = arguments.simTime == "true";
   options.description = description;
+  options.sensors = sensors;
   return options;
 }
 
 /** Makes it of the options, and says on which graph; what is wrong is what the option says. */
 template <typename Make>
-auto makeHeard(const HeardArguments& arguments, const std::string& description, const Make& make) {
+auto makeHeard(const HeardArguments& arguments, const std::string& description,
+               const sensor::SensorFactory& sensors, const Make& make) {
   std::string where;
   try {
-    auto options = optionsOf(arguments, description);
+    auto options = optionsOf(arguments, description, sensors);
     where = "listening on " + describeGraph(options.graph);
     auto made = make(options);
     note("qvsensors: " + where);
@@ -50,15 +53,17 @@ auto makeHeard(const HeardArguments& arguments, const std::string& description, 
 
 std::unique_ptr<session::Session> openHeardSession(const HeardArguments& arguments,
                                                    const std::string& description,
+                                                   const sensor::SensorFactory& sensors,
                                                    boost::shared_ptr<const OccupancyMap> map) {
-  return makeHeard(arguments, description, [&](ros2::HeardRobotOptions& options) {
+  return makeHeard(arguments, description, sensors, [&](ros2::HeardRobotOptions& options) {
     options.map = std::move(map);
     return ros2::openHeardRobot(options);
   });
 }
 
-std::string describeHeardRobot(const HeardArguments& arguments, const std::string& description) {
-  return makeHeard(arguments, description,
+std::string describeHeardRobot(const HeardArguments& arguments, const std::string& description,
+                               const sensor::SensorFactory& sensors) {
+  return makeHeard(arguments, description, sensors,
                    [](const auto& options) { return ros2::describeHeardRobot(options); });
 }
 

@@ -49,7 +49,7 @@ class RouteSearch {
 
   bool isInside(const cv::Point& cell) const { return map.isInside(cell.x, cell.y); }
 
-  // From a place that is too narrow it may go on to wider ones.
+  // A route may leave a narrow place towards wider ones.
   bool canGo(const cv::Point& from, const cv::Point& to) const {
     return isInside(to) && room(to) >= std::min(radius, room(from));
   }

@@ -7,7 +7,7 @@
 namespace QV::session {
 namespace {
 
-// As for the rays of simulated sensors and the walls of a virtual robot's world.
+// The limit is the same as for rays and for the walls of a virtual robot's world.
 constexpr float kBlockedAbove = OccupancyMap::kSolidAbove;
 
 }  // namespace

@@ -12,20 +12,20 @@
 
 namespace QV::ros2 {
 
-/** A topic that asks something of a robot: the last message counts. Safe from any thread. */
+/** A topic that asks something of a robot: the last message counts. Thread-safe. */
 template <typename Message>
 class GraphInput {
  public:
   GraphInput(GraphNode& node, const std::string& topic, const Qos& qos)
       : subscription(node.subscribe(topic, Message::getType(), qos,
                                     [this](const ReceivedMessage& message) { xKeep(message); })) {}
-  // Before what it writes to.
+  // The subscription ends before the members that it writes to.
   ~GraphInput() { subscription.reset(); }
 
   const GraphTopic& getTopic() const { return subscription->getTopic(); }
 
-  /** Acts on the last message that was not taken yet. What is thrown refuses it: it is logged if
-   * the one before was not refused. */
+  /** Acts on the last message that was not taken yet. An exception refuses it: it is logged if the
+   * message before was not refused. */
   template <typename Act>
   void take(const Act& act) {
     if (!isNew) return;

@@ -13,7 +13,7 @@ bool isOneOf(const std::string& name, std::initializer_list<const char*> names) 
   return std::ranges::find(names, name) != names.end();
 }
 
-/** Up to Humble one type was shorter. */
+/** Range had no variance up to Humble. */
 const MessageType& typeFor(RosDistro distro, const MessageType& type) {
   const bool isShorter = distro == RosDistro::humble && &type == &sensor_msgs::Range::getType();
   return isShorter ? sensor_msgs::Range::getTypeWithoutVariance() : type;

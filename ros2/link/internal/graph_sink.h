@@ -14,7 +14,7 @@
 namespace QV::ros2 {
 
 /** Publishes the topics of a session as those of a node. Topics are added by one thread, before
- * others use it; writing and the rest is safe from any thread. */
+ * others use it; writing and the rest is thread-safe. */
 class GraphSink : public MessageSink {
  public:
   /** `node` must outlive it. `hasOwnFrames`: tf is in the node's namespace, too. `named`: other

@@ -128,7 +128,7 @@ void SessionTeller::xStartTicking() {
 }
 
 void SessionTeller::xTick() {
-  // In simulated time, of which much may go by between two calls of obey().
+  // Time may advance far between two calls of obey(), so the tick is handled here.
   if (std::this_thread::get_id() == owner) {
     onTick();
     xListen();
@@ -150,7 +150,7 @@ SessionTeller::Time SessionTeller::xNow() {
   return now;
 }
 
-// Nothing goes out that is stamped later than /clock.
+// No stamp is ahead of /clock.
 void SessionTeller::xTellTime(Time time) {
   if (time <= lastClock) return;
   frames.writeClock(time);
@@ -170,7 +170,7 @@ robot::BodyStep SessionTeller::xLookAtBody() const {
   return {pose, pose, robotOf(session).getVelocity()};
 }
 
-// Whoever gets what was measured then finds tf there already. A robot moves from step to step.
+// Readers of a measurement find tf there already. A robot moves from step to step.
 void SessionTeller::xBringFramesTo(Time time) {
   xTellTime(time);
   if (time <= lastFrames) return;

@@ -19,8 +19,8 @@
 namespace QV::ros2 {
 
 /**
- * Tells a graph of a session, in the order that readers need: /clock, tf, what was measured. Hears
- * the session only while somebody reads any of it. For the session's thread, but for what it hears.
+ * Publishes a session to a graph, in the order that readers need: /clock, tf, measurements.
+ * Use it on the session's thread; callbacks may come on other threads.
  */
 class SessionTeller : public session::SessionListener {
  public:
@@ -29,11 +29,10 @@ class SessionTeller : public session::SessionListener {
                 const GraphRobotOptions& options, std::function<void()> onTick);
   ~SessionTeller() override { finish(); }
 
-  /** Hears the session if somebody reads now, and tells what nobody tells by himself: joints, and a
-   * body without steps. */
+  /** Publishes the parts without an event of their own: joints, and a body without steps. */
   void goOn();
   void show(const session::Snapshot& snapshot);
-  /** True if somebody reads what a snapshot becomes. */
+  /** True if somebody reads a topic that needs snapshots. */
   bool isWatched() const { return sink.hasReaders(firstRecordTopic, lastRecordTopic); }
   void finish();
 

@@ -15,7 +15,7 @@
 
 namespace QV::ros2 {
 
-/** Writes what drivers measured as the messages that others know. */
+/** Writes the drivers' measurements as standard messages. */
 class QV_API DriverTopics {
  public:
   /** The first two must outlive it; `kinds` are those of the robot's sensors. */
@@ -25,12 +25,11 @@ class QV_API DriverTopics {
   /** A Range that met nothing is its greatest from now on, and not infinite. */
   void tellNoEchoAsGreatestRange() { noEchoIsInfinite = false; }
 
-  /** Notes what a key or an event of a sensor says now; others are left out. Of a sensor with
-   * several keys a measurement is whole when all of them were set in turn. */
+  /** Notes the value of a sensor's key or event; other keys are left out. */
   void note(const std::string& key, const QVValue& value);
   /** True if something has been noted that was not written yet. */
   bool hasNews() const { return hasNew; }
-  /** Writes what has been noted since, as measured at `time`. */
+  /** Writes the noted values, as measured at `time`. */
   void write(ko::Clock::time_point time);
   /** Writes an image as QVImage::fromQVValue reads it. */
   void writeImage(int camera, const QVValue& image, ko::Clock::time_point time);

@@ -25,8 +25,7 @@ inline std::string driverTopicOf(const std::string& sensor, const char* what) {
   return "/" + sensor + "/" + what;
 }
 
-/** Returns the key of a joint's position, by which a recording of a heard robot knows it: rad, m.
- */
+/** Returns the memory key of the position of a joint of a heard robot (rad, m). */
 inline std::string jointKeyOf(const std::string& joint) {
   return "Joint/" + joint + "/Position";
 }

@@ -18,7 +18,7 @@ namespace {
 
 using testing::HasSubstr;
 
-TEST(NodeEntities, areLaidOutAsEachDistributionReadsThem) {
+TEST(NodeEntities, haveTheLayoutOfEachDistribution) {
   EXPECT_EQ(getNodesType(RosDistro::ironOrLater).getHash(),
             "RIHS01_91a0593bacdcc50ea9bdcf849a938b128412cc1ea821245c663bcd26f83c295e");
   const Guid participant = {1};
@@ -149,7 +149,7 @@ struct Discovery : testing::Test {
   Observer sut{options};
 };
 
-TEST_F(Discovery, everyEndpointTellsTheHashOfItsType) {
+TEST_F(Discovery, everyEndpointAnnouncesItsTypeHash) {
   EXPECT_TRUE(sut.awaitThat([&] { return sut.endpoints.size() == 3; }));
   std::map<std::string, std::string> told;
   for (const Endpoint& endpoint : sut.endpoints) told[endpoint.topic] = endpoint.userData;
@@ -160,7 +160,7 @@ TEST_F(Discovery, everyEndpointTellsTheHashOfItsType) {
                       {"rt/robot1/scan", hash(sensor_msgs::LaserScan::getType())}}));
 }
 
-TEST_F(Discovery, nodesAreToldWithTheirEndpointsAsLongAsTheyAreThere) {
+TEST_F(Discovery, announcesNodesWithTheirEndpointsWhileTheyExist) {
   ASSERT_TRUE(sut.awaitThat([&] { return sut.endpoints.size() == 3 && !sut.others.empty(); }));
   const auto& [participant, enclave] = *sut.others.begin();
   EXPECT_EQ(enclave, "enclave=/;");
@@ -233,7 +233,7 @@ std::string refusalWith(const std::map<std::string, std::string>& variables) {
   return "taken";
 }
 
-TEST(GraphOptions, refuseValuesThatAreNone) {
+TEST(GraphOptions, refuseInvalidValues) {
   for (const char* const value : {"-1", "102", "ten", "1.5"})
     EXPECT_EQ(
         refusalWith({{"ROS_DOMAIN_ID", value}}),

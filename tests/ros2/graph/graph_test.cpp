@@ -36,7 +36,7 @@ struct Heard {
   }
 };
 
-TEST_F(GraphTest, messagesOfAnySizeArriveWholeAndInOrder) {
+TEST_F(GraphTest, messagesOfAnySizeArriveCompletelyAndInOrder) {
   Watched<std::size_t> readers;
   const auto publisher = robot->publish(
       "image", sensor_msgs::Image::getType(), {true, false, 50},
@@ -75,7 +75,8 @@ TEST_F(GraphTest, whatCanNotBeSentIsCountedAndSaidOnce) {
   for (int i = 0; i < 3; ++i) sut->write(sensor_msgs::LaserScan{});
   EXPECT_EQ(sut->getLostCount(), 3u);
   EXPECT_THAT(log.lines(ko::log::Level::warning),
-              ElementsAre(testing::HasSubstr("/scan: a message is lost, more are only counted")));
+              ElementsAre(testing::HasSubstr(
+                  "/scan: a message could not be sent (further losses are only counted)")));
 }
 
 TEST_F(GraphTest, demandComesAndGoesWithTheSubscriptions) {
@@ -98,7 +99,7 @@ TEST_F(GraphTest, demandComesAndGoesWithTheSubscriptions) {
   EXPECT_THAT(counts.get(), ElementsAre(1, 2, 1, 0));
 }
 
-TEST_F(GraphTest, whoComesLateHearsTheLastMessageOfALatchedTopic) {
+TEST_F(GraphTest, aLateSubscriberGetsTheLastMessageOfATransientLocalTopic) {
   const Qos latched{true, true, 1};
   const auto publisher = robot->publish("/map_name", std_msgs::String::getType(), latched);
   publisher->write(std_msgs::String{"first"});
@@ -128,7 +129,7 @@ TEST_F(GraphTest, oneTopicMayHaveTwoTypes) {
   EXPECT_EQ(plain.get(), 0);
 }
 
-TEST_F(GraphTest, findsTopicsOfOthersAndRemapsOwn) {
+TEST_F(GraphTest, findsOtherNodesTopicsAndRemapsItsOwn) {
   GraphOptions options = aloneOn();
   options.remaps = {{"/robot1/scan", "/front/scan"}};
   Graph graph(options);
@@ -148,7 +149,7 @@ TEST_F(GraphTest, findsTopicsOfOthersAndRemapsOwn) {
   EXPECT_TRUE(graph.findTopics().empty());
 }
 
-TEST_F(GraphTest, refusesNamesThatAreNone) {
+TEST_F(GraphTest, refusesInvalidNames) {
   for (const char* const topic : {"", "/", "scan/", "a//b", "2d", "front-scan", "~scan"}) {
     try {
       robot->publish(topic, std_msgs::String::getType());
