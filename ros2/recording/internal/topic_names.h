@@ -25,6 +25,11 @@ inline std::string driverTopicOf(const std::string& sensor, const char* what) {
   return "/" + sensor + "/" + what;
 }
 
+/** Returns the memory key of the position of a joint of a heard robot (rad, m). */
+inline std::string jointKeyOf(const std::string& joint) {
+  return "Joint/" + joint + "/Position";
+}
+
 /** Returns the topic of a sensor's points. */
 inline std::string cloudTopicOf(const std::string& sensor) {
   return "/" + sensor + "/points";
