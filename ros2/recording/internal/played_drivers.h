@@ -43,6 +43,7 @@ class PlayedDrivers : public PlayedRobot {
   struct Ranged {
     ko::Clock::time_point time;
     InputWrite write;
+    WaitingBytes::Claim claim;
   };
 
   void xSortSensors();
@@ -80,6 +81,8 @@ class PlayedDrivers : public PlayedRobot {
   /** The steps that are not told by the body's beat: each waits for its own moment. */
   std::deque<SessionInputs> steps;
   std::deque<SessionInputs> others;
+  /** What the memory keeps that is no number. */
+  std::map<std::string, WaitingBytes::Claim> held;
   /** Keys whose values a damaged recording made nonsense of; each is told once. */
   std::set<std::string> refused;
   ko::PeriodicTask beat;
