@@ -6,12 +6,10 @@
 #include <atomic>
 #include <chrono>
 #include <ctime>
-#include <fstream>
 #include <malloc.h>
 #include <memory>
 #include <string>
 #include <thread>
-#include <unistd.h>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -57,7 +55,7 @@ double secondsOfDrive(session::Session& session, ros2::GraphRobot* robot, int se
   return processTime() - begin;
 }
 
-// Of all threads, so of the engine's, too.
+// The time of all threads counts, so that of DDS, too.
 void unwatched(benchmark::State& state) {
   constexpr int kSeconds = 10;
   ros2::Graph graph(test::aloneOn());
@@ -73,12 +71,10 @@ void unwatched(benchmark::State& state) {
 }
 BENCHMARK(unwatched)->UseManualTime()->Iterations(15)->Unit(benchmark::kMillisecond);
 
+/** What is allocated. Pages say too little of one robot after many: it lives in what they left. */
 double megabytesInUse() {
-  malloc_trim(0);
-  std::size_t pages = 0;
-  std::ifstream file("/proc/self/statm");
-  file >> pages >> pages;
-  return 1e-6 * static_cast<double>(pages * static_cast<std::size_t>(sysconf(_SC_PAGESIZE)));
+  const auto info = mallinfo2();
+  return 1e-6 * static_cast<double>(info.uordblks + info.hblkhd);
 }
 
 /** Robots of one graph, whose first laser and odometry somebody listens to. */
@@ -110,7 +106,7 @@ class Fleet {
     }
     return processTime() - begin;
   }
-  /** Until everybody is heard. */
+  /** Runs until 60 messages per robot have arrived. */
   void settle() {
     while (heard < 60 * static_cast<int>(robots.size())) secondsOf(10);
   }
@@ -137,7 +133,7 @@ struct Cost {
   double megabytes;
 };
 
-/** Of a robot in a simulated second. */
+/** Measures the cost of one robot per simulated second. */
 Cost costOfEach(int count) {
   constexpr int kSeconds = 4;
   const double before = megabytesInUse();
@@ -177,7 +173,7 @@ struct Camera {
   std::unique_ptr<ros2::Publisher> publisher;
 };
 
-// In the machine's time, as it is what others have to keep up with.
+// The benchmark runs in real time, because readers have to keep up with that.
 void tenCameras(benchmark::State& state) {
   constexpr int kCameras = 10;
   constexpr int kSeconds = 5;
@@ -209,7 +205,7 @@ void tenCameras(benchmark::State& state) {
       std::this_thread::sleep_until(due += std::chrono::milliseconds(100));
     }
   }
-  // What is still to be sent again has time for it.
+  // Waits up to 5 s for retransmissions.
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
   while (heard < sent && std::chrono::steady_clock::now() < end) std::this_thread::yield();
   state.counters["sent"] = sent;

@@ -42,7 +42,7 @@ class ByteWindow {
 /** The CRC-32 of the bytes from one place to another. */
 std::uint32_t crc32Between(const ByteSource& source, std::uint64_t begin, std::uint64_t end);
 
-/** Opens a file. One that can't be read: std::runtime_error that names it. */
+/** Opens a file. Throws std::runtime_error with its name if it can't be read. */
 QV_API std::unique_ptr<ByteSource> openFile(const std::string& path);
 /** `bytes` must outlive it. */
 QV_API std::unique_ptr<ByteSource> openMemory(BytesView bytes);

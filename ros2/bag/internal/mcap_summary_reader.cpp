@@ -29,7 +29,7 @@ void walkSummary(const ByteSource& source, const mcap::Footer& footer, const Mca
   const std::uint64_t end = source.getSize() - kMagic.size() - kFooterSize;
   if (footer.summaryStart < kMagic.size() || footer.summaryStart > end)
     throw std::runtime_error("no summary");
-  // The CRC covers what of the footer stands before it.
+  // The CRC covers the part of the footer before it.
   const std::uint64_t covered = end + kFooterSize - sizeof footer.crc;
   if (footer.crc != 0 && crc32Between(source, footer.summaryStart, covered) != footer.crc)
     throw std::runtime_error("the summary's CRC is wrong");
@@ -66,7 +66,7 @@ class SummaryReader {
     if (!statistics) throw std::runtime_error("no statistics");
     if (statistics->chunkCount != contents.blocks.size() ||
         (statistics->messageCount > 0 && contents.blocks.empty()))
-      throw std::runtime_error("no index of all chunks");
+      throw std::runtime_error("the index does not list all chunks");
     auto& blocks = contents.blocks;
     std::sort(blocks.begin(), blocks.end(),
               [](const auto& a, const auto& b) { return a.offset < b.offset; });

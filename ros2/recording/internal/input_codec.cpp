@@ -10,7 +10,7 @@ namespace {
 using Type = QVValue::Type;
 
 // Deeper than any event is.
-constexpr int kDeepest = 32;
+constexpr int kDeepestArray = 32;
 // More than any robot's memory has, or any moment.
 constexpr std::uint64_t kMostKeyBytes = std::uint64_t{16} << 20;
 constexpr std::size_t kMostValues = 4'000'000;
@@ -48,7 +48,7 @@ class Parts {
   explicit Parts(const qv_msgs::Inputs& inputs) : inputs(inputs) {}
 
   QVValue next(int depth = 0) {
-    if (depth > kDeepest) refuse("arrays at most 32 deep");
+    if (depth > kDeepestArray) refuse("arrays at most 32 deep");
     switch (Type{take(inputs.types, type, "a type")}) {
       case Type::invalid:
         return {};

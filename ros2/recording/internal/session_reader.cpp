@@ -18,13 +18,13 @@ namespace {
 
 using Point = Math::Position3D;
 
-// More between two events than any robot tells.
+// The limit is higher than any robot's messages between two events.
 constexpr std::size_t kMostWaiting = 200'000;
 constexpr std::size_t kMostImages = 100;
-// More than any message has; a map has a byte for each cell.
+// The limits are higher than any recorder's messages; a map has a byte per cell.
 constexpr std::size_t kLargestMessage = std::size_t{64} << 20;
 constexpr std::size_t kLargestMap = std::size_t{256} << 20;
-// At least as many as a recorder may name.
+// The reader keeps at least as many images as a recorder may refer to.
 constexpr std::size_t kRecentImages = 4;
 
 RecordingFacts readFacts(const BagReader& bag) {
@@ -35,13 +35,13 @@ RecordingFacts readFacts(const BagReader& bag) {
 }
 
 template <typename Message>
-bool isOf(const BagMessage& message) {
+bool holds(const BagMessage& message) {
   return message.topic->encoding == "cdr" && message.topic->type == Message::getType().getName();
 }
 
 template <typename Message>
-bool isOf(const BagMessage& message, const char* topic) {
-  return message.topic->name == topic && isOf<Message>(message);
+bool holds(const BagMessage& message, const char* topic) {
+  return message.topic->name == topic && holds<Message>(message);
 }
 
 std::uint64_t sizeOf(const std::vector<InputWrite>& writes) {
@@ -100,25 +100,25 @@ bool SessionReader::xRead() {
 
 void SessionReader::xTake(const BagMessage& message) {
   const auto time = timeOf(message.logTime);
-  const bool isMap = isOf<nav_msgs::OccupancyGrid>(message, kMapTopic);
+  const bool isMap = holds<nav_msgs::OccupancyGrid>(message, kMapTopic);
   const std::size_t most = isMap ? kLargestMap : kLargestMessage;
   if (message.data.size() > most)
     throw std::runtime_error("up to " + std::to_string(most) + " bytes expected, " +
                              std::to_string(message.data.size()) + " given");
   if (isMap) return xTakeMap(message);
-  if (isOf<qv_msgs::Inputs>(message, kInputsTopic)) return xTakeInputs(message);
-  if (isOf<qv_msgs::Records>(message, kRecordsTopic)) return xTakeRecords(message);
-  if (isOf<tf2_msgs::TFMessage>(message, "/tf")) return xTakeTransforms(message);
-  if (isOf<sensor_msgs::Image>(message)) return xTakeImage(message);
-  if (isOf<sensor_msgs::PointCloud2>(message)) return xTakeCloud(message);
-  if (isOf<qv_msgs::ImagePoints>(message)) return xTakeImagePoints(message);
-  if (isOf<qv_msgs::Command>(message, kCommandsTopic)) {
+  if (holds<qv_msgs::Inputs>(message, kInputsTopic)) return xTakeInputs(message);
+  if (holds<qv_msgs::Records>(message, kRecordsTopic)) return xTakeRecords(message);
+  if (holds<tf2_msgs::TFMessage>(message, "/tf")) return xTakeTransforms(message);
+  if (holds<sensor_msgs::Image>(message)) return xTakeImage(message);
+  if (holds<sensor_msgs::PointCloud2>(message)) return xTakeCloud(message);
+  if (holds<qv_msgs::ImagePoints>(message)) return xTakeImagePoints(message);
+  if (holds<qv_msgs::Command>(message, kCommandsTopic)) {
     SessionEvent event{SessionEvent::Sort::command, time, fromCdr<qv_msgs::Command>(message.data)};
     event.claim =
         waiting.claim(message.data.size() + event.command.sensors.size() * sizeof(std::string));
     events.push_back(std::move(event));
   }
-  if (isOf<std_msgs::String>(message, kDescriptionTopic)) {
+  if (holds<std_msgs::String>(message, kDescriptionTopic)) {
     description = fromCdr<std_msgs::String>(message.data).data;
   }
 }
@@ -181,7 +181,7 @@ void SessionReader::xTakeCloud(const BagMessage& message) {
 void SessionReader::xTakeImagePoints(const BagMessage& message) {
   const auto points = fromCdr<qv_msgs::ImagePoints>(message.data);
   const auto time = timeOf(static_cast<std::uint64_t>(points.image_time));
-  // Of two at one time the later.
+  // The later of two images with one time counts.
   for (const SessionImage& image : recentImages[points.image] | std::views::reverse) {
     if (image.time != time) continue;
     Cloud& taken = clouds[message.topic->name];
