@@ -156,7 +156,10 @@ void PlayedDrivers::xTakeInputs() {
     const auto isSonars = [&](const InputWrite& write) {
       const auto sonar = sonarOfKey.find(write.key);
       if (isLog || wasHeard || sonar == sonarOfKey.end()) return false;
-      ranges[sonar->second].push_back({told.time, write});
+      auto& waiting = ranges[sonar->second];
+      // Of a sonar that nobody asks.
+      while (!waiting.empty() && waiting.front().time < ko::Clock::now()) waiting.pop_front();
+      waiting.push_back({told.time, write, told.claim});
       return told.time > getReader().getFacts().start;
     };
     std::erase_if(told.writes, isSonars);
@@ -184,6 +187,7 @@ void PlayedDrivers::makeStep() {
 void PlayedDrivers::xTell(const SessionInputs& told) {
   for (const InputWrite& write : told.writes) {
     try {
+      if (!write.value.isFloat() && !write.value.isInt()) held[write.key] = told.claim;
       xWrite(write);
     } catch (const std::exception& error) {
       if (refused.insert(write.key).second)

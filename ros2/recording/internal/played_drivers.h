@@ -43,6 +43,7 @@ class PlayedDrivers : public PlayedRobot {
   struct Ranged {
     ko::Clock::time_point time;
     InputWrite write;
+    WaitingBytes::Claim claim;
   };
 
   void xSortSensors();
@@ -81,6 +82,8 @@ class PlayedDrivers : public PlayedRobot {
   /** The steps outside the body's beat: each waits for its own moment. */
   std::deque<SessionInputs> steps;
   std::deque<SessionInputs> others;
+  /** The claims of values in the memory that are not numbers. */
+  std::map<std::string, WaitingBytes::Claim> held;
   /** Keys whose values are nonsense in a damaged recording; each is reported once. */
   std::set<std::string> refused;
   ko::PeriodicTask beat;
