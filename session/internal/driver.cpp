@@ -44,17 +44,16 @@ void Driver::drive(const Math::Pose2D& velocity, ko::Duration hold) {
 
 void Driver::setGoal(const Math::Position2D& position) {
   const auto map = robot.getMap();
-  if (!map) throw UsageError("a robot in a map expected, one without a map given");
+  if (!map) throw UsageError("goals need a map; this robot has none");
   const Math::Position2D from = Math::position2DFromPose2D(robot.getPose());
   const auto route = findRoute(*map, from, position, robot.getRadius() + kMargin);
   if (route.empty()) {
-    throw UsageError("the robot can't get to " + describe(position) +
-                     " m: no free way leads there");
+    throw UsageError("the robot can't get to " + describe(position) + " m: no free path");
   }
   stop();
   if (Math::norm(Math::Position2D(position.x - from.x, position.y - from.y)) < kArrived) return;
   goal = position;
-  ko::log::info("Session", "setGoal") << "on the way to " << describe(position) << " m";
+  ko::log::info("Session", "setGoal") << "the robot drives to " << describe(position) << " m";
   path.emplace(route, kSpeed, kTurnSpeed);
   done = 0.0;
   waited = 0.0;
@@ -125,8 +124,8 @@ void Driver::xGoOn(double seconds) {
 }
 
 void Driver::xGiveUp() {
-  ko::log::warning("Session", "run")
-      << "something is in the way to " << describe(*goal) << " m: the goal is dropped";
+  ko::log::warning("Session", "run") << "the way to " << describe(*goal) << " m stayed blocked for "
+                                     << static_cast<int>(kPatience) << " s: goal dropped";
   stop();
 }
 

@@ -49,7 +49,7 @@ class PseudoTerminal {
 
   /** Reads on until `expected` is shown, and forgets what came before it; false if it never is. */
   bool shows(const std::string& expected) {
-    // It is drawn anew again and again: what is not there after so much of it won't come.
+    // The screen is drawn again and again: text that is missing after this much output won't come.
     constexpr int kPatienceMs = 60'000;
     constexpr std::size_t kMostBytes = 4 << 20;
     while (shown.size() < kMostBytes) {
@@ -133,7 +133,8 @@ TEST_F(WatchTest, keysChooseASensorAndSwitchIt) {
 TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
   for (const int signal : {SIGINT, SIGTERM}) {
     start();
-    // Once more, so that it has waited for keys: the thread sanitizer loses a signal that arrives
+    // The second wait shows that it waits for keys: the thread sanitizer loses a signal that
+    // arrives
     // while a thread begins to wait for the first time.
     ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
     ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
@@ -142,7 +143,7 @@ TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
   }
 }
 
-TEST_F(WatchTest, aStopLeavesTheTerminalAsItWasUntilItGoesOn) {
+TEST_F(WatchTest, ctrlZRestoresTheTerminalAndFgContinues) {
   start();
   ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
   terminal.type("\x1a");

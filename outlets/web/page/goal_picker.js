@@ -1,15 +1,15 @@
-// A goal on its way from the person to the robot: dragged from the robot, clicked, or moved with the arrow keys.
+// Picks a goal: by a drag from the robot, a click, or the arrow keys.
 
 import { setAttribute } from './dom.js';
 import { fixed } from './format.js';
 import { notify } from './notices.js';
 
-const STEP = 0.1;
-const LONG_STEP = 1.0;
+const STEP = 0.1;       // m
+const LONG_STEP = 1.0;  // m
 const DIRECTIONS = { ArrowUp: [0, 1], ArrowDown: [0, -1], ArrowLeft: [-1, 0], ArrowRight: [1, 0] };
 
 function describe({ x, y }) {
-  return `Goal at ${fixed(x, 2)}, ${fixed(y, 2)} m`;
+  return `Goal at x ${fixed(x, 2)} m, y ${fixed(y, 2)} m`;
 }
 
 export class GoalPicker {
@@ -38,12 +38,12 @@ export class GoalPicker {
     this.#view.picked = goal;
   }
 
-  /** Dropped on the robot, the goal is none. */
+  /** A drag that ends on the robot sets no goal. */
   endDrag(isOnRobot) {
     const goal = this.#view.picked;
     this.dropDrag();
     if (goal && !isOnRobot) this.#send(goal);
-    else if (!goal) notify('Drag from the robot to where it is to go.');
+    else if (!goal) notify('Drag from the robot to the goal.');
   }
 
   dropDrag() {
@@ -58,7 +58,7 @@ export class GoalPicker {
     const { x, y } = this.#view.state.goal ?? this.#view.state.pose;
     this.#showPicking(true, { x, y });
     document.getElementById('map').focus();
-    notify('Click the goal, or move it with the arrow keys (Shift: by 1 m) and press Enter. Escape gives up.');
+    notify('Click the goal, or move it with the arrow keys (0.1 m; with Shift 1 m) and press Enter. Escape cancels.');
   }
 
   pick(goal) {
@@ -72,7 +72,7 @@ export class GoalPicker {
     notify('');
   }
 
-  /** Whether the key was meant for the goal. */
+  /** Handles a key while a goal is picked; returns true if it was used. */
   takeKey(event) {
     if (!this.isPicking) return false;
     if (event.key === 'Enter') this.pick(this.#view.picked);
@@ -84,7 +84,7 @@ export class GoalPicker {
   #moveBy([right, up], step) {
     const { x, y } = this.#view.picked;
     this.#view.picked = { x: x + right * step, y: y + up * step };
-    notify(`${describe(this.#view.picked)}: Enter sends the robot there.`);
+    notify(`${describe(this.#view.picked)}. Press Enter to send the robot.`);
   }
 
   #showPicking(on, goal) {

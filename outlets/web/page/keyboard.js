@@ -1,9 +1,9 @@
-// Which key does what. Keys that the focused control uses itself are left to it.
+// Keyboard shortcuts. A focused control keeps the keys that it uses itself.
 
 const PAN = { ArrowUp: [0, 60], ArrowDown: [0, -60], ArrowLeft: [60, 0], ArrowRight: [-60, 0] };
 const OWN_ARROWS = 'select, input:not([type=checkbox]), textarea, [role=log]';
 
-/** `goal` and `drive` take keys, `view` is the map's, `onKey` maps other keys to functions: Escape from anywhere. */
+/** `goal` and `drive` take keys, `view` is the map's. `onKey` maps other keys to functions; Escape works everywhere. */
 export function listenToKeys({ goal, drive, view, onKey }) {
   addEventListener('keydown', (event) => {
     if (event.key === 'Escape') return onKey.Escape();

@@ -1,4 +1,4 @@
-// Puts the page together: messages from the program go to the views, what the person does goes back as commands.
+// Connects the parts of the page: messages go to the views, user actions go back as commands.
 
 import { setFamilyColours } from './colours.js';
 import { Connection } from './connection.js';
@@ -25,7 +25,7 @@ import { Welcome } from './welcome.js';
 
 const ZOOM_STEP = 1.3;
 const DRIVE_HELP = 'Arrow keys drive. Drag from the robot, or press g, to set a goal. Escape stops. ';
-const HELP = 'Click a point for its record. Drag, or Shift and arrow keys, move the map; wheel, pinch, + and − zoom; 0 shows all of it.';
+const HELP = 'Click a point to see its record. Drag or Shift+arrow keys: move the map. Wheel, pinch, + and −: zoom. 0: whole map.';
 // Pixels around a point: fingers are wide.
 const CLICK_REACH = 14;
 
@@ -35,7 +35,7 @@ new ConnectionView(connection);
 
 function send(command) {
   const sent = connection.send(command);
-  if (!sent) notify('Not connected: that was not sent.', 'warning');
+  if (!sent) notify('Not connected: the command was not sent.', 'warning');
   return sent;
 }
 

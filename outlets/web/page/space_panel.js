@@ -1,4 +1,4 @@
-// The view in three dimensions in the map's place, and the button that brings it.
+// The 3D view, which replaces the map, and its button.
 
 import { byId, setAttribute, setHidden } from './dom.js';
 import { SpaceView } from './space_view.js';
@@ -8,7 +8,7 @@ export class SpacePanel {
   #ask;
   isOn = false;
 
-  /** `ask` is told whether the program is to say what the sensors see. */
+  /** `ask(on)` turns the stream of 3D points on or off. */
   constructor(ask) {
     this.#ask = ask;
     byId('space-switch').addEventListener('click', () => this.#turn(!this.isOn));

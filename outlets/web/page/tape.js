@@ -1,4 +1,4 @@
-// A tape measure: from where a drag began to where it is, and how far that is.
+// A tape measure: shows the distance from the start of a drag to its present place.
 
 import { setAttribute } from './dom.js';
 import { degreesText, fixed } from './format.js';
@@ -19,7 +19,7 @@ export class Tape {
     this.isOut = !this.isOut;
     this.#view.tape = null;
     setAttribute(this.#button, 'aria-pressed', String(this.isOut));
-    notify(this.isOut ? 'Drag on the map from one place to another. m puts the tape away.' : '');
+    notify(this.isOut ? 'Drag on the map to measure. Press m to stop.' : '');
   }
 
   putAway() {
@@ -39,7 +39,7 @@ export class Tape {
   }
 }
 
-/** "1.23 m at 45°: 0.87 m in x, 0.87 m in y". */
+/** "1.23 m at 45°: 0.87 m in x, 0.87 m in y". The angle counts from the map's x axis, counter-clockwise. */
 export function tapeText({ from, to }) {
   const [right, up] = [to.x - from.x, to.y - from.y];
   return `${fixed(Math.hypot(right, up), 2)} m at ${degreesText(Math.atan2(up, right))}: ${fixed(right, 2)} m in x, ${fixed(up, 2)} m in y`;

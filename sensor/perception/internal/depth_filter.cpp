@@ -12,7 +12,8 @@ namespace {
 constexpr char kFilteringCategory[] = "Navigation.Sensor3D";
 // Millimetres between neighbours of one component.
 constexpr int kMaxDifference = 100;
-// As many whole frames' points are kept: with fewer, frames that differ find no list long enough.
+// The number of images whose point lists are kept; with fewer, different images find no list long
+// enough.
 constexpr std::size_t kSpareFrames = 3;
 
 /** The pixels that have both a label and a depth. */

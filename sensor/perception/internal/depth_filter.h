@@ -30,7 +30,7 @@ class DepthFilter {
   void project(const cv::Mat& depth, const cv::Mat_<int>& labels, const Extents& extents,
                int blobSize, std::vector<Points>& scans);
 
-  /** The last pixel of the last image that lay beyond what gives a point. */
+  /** The last pixel of the last image that was too far to give a point. */
   std::optional<std::uint16_t> getPixelBeyond() const { return pixelBeyond; }
 
   /** Takes points that nobody needs any more, for their memory. */
@@ -49,9 +49,9 @@ class DepthFilter {
   vision::ComponentRuns labelRuns;
   DepthProjection projection;
   std::optional<std::uint16_t> pixelBeyond;
-  // Of each run of a row.
+  // The count of each run of a row.
   std::vector<int> runCounts;
-  // Of each label; null for a component that is too small.
+  // The point list of each label; null for a component that is too small.
   std::vector<int> pointCounts;
   std::vector<Math::Position3D*> nextPoints;
   std::vector<int> labelOrder;

@@ -14,7 +14,7 @@ namespace QV::sensor {
 /**
  * Turns pixels of a depth image in millimetres into points in the camera's frame, in metres: x
  * along the optical axis, y to the left, z up; column width / 2 has y 0, row height / 2 has z 0.
- * What is beyond kMaxDepth gives no point.
+ * A depth beyond kMaxDepth gives no point.
  */
 class DepthProjection {
  public:
@@ -53,7 +53,7 @@ class DepthProjection {
  private:
   Extents extents;
   float height = 0.0f;
-  // In widths of the image.
+  // The place of each column, in widths of the image, from -0.5 on.
   std::vector<float> columns;
 };
 

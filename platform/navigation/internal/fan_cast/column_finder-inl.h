@@ -62,7 +62,7 @@ class ColumnFinder {
     for (unsigned i = 0; i < kQuad; ++i) {
       const std::uint32_t row = height >> kFractionBits;
       const std::uint32_t crosses = ((height + rise + kSlack) >> kFractionBits) - row;
-      // One row, or with those that it crosses two or three.
+      // The ray touches one row, or with those that it crosses two or three.
       const bool touches = (words[i] >> row & (3 * crosses | 1)) != 0;
       found |= std::uint32_t{touches} << i;
       height += falls ? 0u - rise : rise;

@@ -1,5 +1,5 @@
-// What the steps of a cast hand on. Like its neighbours it is read once for every instruction set,
-// hence the guard that turns over each time.
+// The data that the steps of a cast hand on. Like its neighbours it is read once for every
+// instruction set, hence the guard that turns over each time.
 #if defined(QV_PLATFORM_NAVIGATION_FAN_CAST_RAYS_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef QV_PLATFORM_NAVIGATION_FAN_CAST_RAYS_INL_H
 #undef QV_PLATFORM_NAVIGATION_FAN_CAST_RAYS_INL_H

@@ -1,4 +1,4 @@
-// What neighbouring rays do together.
+// The work that neighbouring rays share.
 #if defined(QV_PLATFORM_NAVIGATION_FAN_CAST_WEDGE_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef QV_PLATFORM_NAVIGATION_FAN_CAST_WEDGE_INL_H
 #undef QV_PLATFORM_NAVIGATION_FAN_CAST_WEDGE_INL_H
