@@ -14,7 +14,7 @@ function standing({ started, enabled, diagnosis, subscribers }) {
   if (started) return `started · ${listeners}`;
   if (!enabled) return `disabled · ${listeners}`;
   if (diagnosis === false) return `diagnosis bad · ${listeners}`;
-  return `stopped · ${listeners}`;
+  return subscribers.length > 0 ? `stopped · ${listeners}` : listeners;
 }
 
 export class SensorRow {
