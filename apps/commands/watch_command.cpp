@@ -11,6 +11,7 @@
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
 #include "apps/output/quiet_log.h"
+#include "apps/silent_sensors.h"
 #include "apps/subscriber.h"
 #include "apps/terminal/terminal.h"
 #include "apps/watch/watch.h"
@@ -25,7 +26,8 @@ constexpr char kWatchFooter[] =
     "The robot runs on the machine's clock; a virtual one drives about meanwhile. Keys choose a\n"
     "sensor and subscribe, enable or diagnose it; what went wrong with a sensor last stays until\n"
     "something else does. What is wrong is red. Ctrl-Z stops it, fg goes on. Ages are of the "
-    "records as they are, 10 times a second.";
+    "records as they are, 10 times a second. The status of --once is 1 if a sensor that was asked\n"
+    "for gave no record.";
 
 struct WatchOptions : CommonOptions {
   bool once = false;
@@ -33,12 +35,15 @@ struct WatchOptions : CommonOptions {
   OutputFiles record;
 };
 
-void watchOnce(const WatchOptions& options) {
+int watchOnce(const WatchOptions& options) {
   const auto session = options.openSession();
   Watch watch(*session);
   session->subscribe(kSubscriber, options.namesFor(session->getManager()));
+  options.notePose(*session);
   session->run(session->getSettlingTime());
-  std::cout << watchTable(watch.look(), getLineWidth());
+  const WatchState& state = watch.look();
+  std::cout << watchTable(state, getLineWidth());
+  return reportSilent(findSilent(state.seen));
 }
 
 // Somebody who has stopped the program for an hour and goes on does not want that hour.
@@ -103,7 +108,7 @@ void addWatchCommand(CLI::App& program, const session::OpenOptions& robots, int&
   command->callback([options, &status] {
     const QuietLog quiet(!options->once);
     if (options->once) {
-      watchOnce(*options);
+      status = watchOnce(*options);
     } else if (!watchOn(*options)) {
       status = kIncomplete;
     }
