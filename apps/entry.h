@@ -5,8 +5,8 @@
 namespace QV::app {
 
 /**
- * Runs the program itself: runProgram without anything of one's own. It finds this in the library
- * by kEntry, so that it need not load it for what it can say alone.
+ * Runs the program: runProgram without own sensors. The executable finds it in the library by
+ * kEntry, so that it can answer simple questions without loading the library.
  */
 QV_API int runQvsensors(int argc, const char* const* argv);
 

@@ -25,7 +25,7 @@ std::string describeUnknown(const CLI::App& command, const std::vector<std::stri
   const std::string name = option->substr(0, option->find('='));
   const auto known = optionsOf(command);
   const std::string* const similar = Model::detail::findNearest(name, known);
-  if (similar && *similar == name) return name + ": options stand after the command";
+  if (similar && *similar == name) return name + ": put options after the command";
   return "no option " + name + (similar ? "; did you mean " + *similar + "?" : "");
 }
 

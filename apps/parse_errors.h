@@ -11,7 +11,8 @@ namespace QV::app {
 std::string commandsOf(const CLI::App& app);
 /** Null if it has no such command. */
 const CLI::App* findCommand(const CLI::App& app, const std::string& name);
-/** The one that `names` lead to; UsageError, with those that there are, if they lead nowhere. */
+/** Returns the command that `names` lead to. Throws UsageError with the known commands if there is
+ * none. */
 const CLI::App& findCommand(const CLI::App& app, const std::vector<std::string>& names);
 /**
  * Joins its name with those of the commands and the program that it is of: "qvsensors map info".
@@ -22,8 +23,8 @@ std::string pathOf(const CLI::App& command);
 const CLI::App& chosenCommand(const CLI::App& program);
 
 /**
- * Describes in one line what is wrong with a command line. What no option or argument is comes
- * before anything else, as what is missing may be what it was meant to be.
+ * Describes an error of the command line in one line. Unknown options and arguments come before
+ * missing ones, because a misspelt option may be the missing one.
  */
 std::string describe(const CLI::App& program, const CLI::ParseError& error);
 

@@ -19,28 +19,27 @@
 namespace QV::app {
 
 // A new command is a file, and its name here.
-AddCommand addListCommand, addReadCommand, addPlotCommand, addDriveCommand, addCheckCommand,
-    addWatchCommand, addServeCommand, addReplayCommand, addInfoCommand, addRecoverCommand,
-    addRos2Command, addStreamCommand, addMapCommand, addHelpCommand, addCompletionCommand,
-    addManualCommand;
+#define QV_COMMANDS(row)                                                                          \
+  row(List) row(Read) row(Plot) row(Drive) row(Check) row(Watch) row(Serve) row(Replay) row(Info) \
+      row(Recover) row(Ros2) row(Stream) row(Map) row(Help) row(Completion) row(Manual)
+#define QV_DECLARE(name) AddCommand add##name##Command;
+#define QV_LIST(name) add##name##Command,
+
+QV_COMMANDS(QV_DECLARE)
 
 namespace {
 
-constexpr AddCommand* kCommands[] = {
-    addListCommand,  addReadCommand,    addPlotCommand,       addDriveCommand,
-    addCheckCommand, addWatchCommand,   addServeCommand,      addReplayCommand,
-    addInfoCommand,  addRecoverCommand, addRos2Command,       addStreamCommand,
-    addMapCommand,   addHelpCommand,    addCompletionCommand, addManualCommand};
+constexpr AddCommand* kCommands[] = {QV_COMMANDS(QV_LIST)};
 
 constexpr int kFailure = 2;
 
 int fail(const std::string& message) {
-  // It may quote a file: nothing in it may act on a terminal.
+  // The message may quote a file: nothing in it may act on a terminal.
   std::cerr << "qvsensors: " << ko::log::onOneLine(message) << '\n';
   return kFailure;
 }
 
-// The parser itself would not say what there is.
+// The parser's own message would not list the commands.
 void checkCommand(const CLI::App& program, int argc, const char* const* argv) {
   if (argc < 2)
     throw session::UsageError("a command expected; the commands are " + commandsOf(program));
@@ -59,14 +58,14 @@ void addLogOptionsToAll(CLI::App& app) {
 /** Sets errno if not. */
 bool isOutputWhole() {
   const bool wasWhole = !!std::cout;
-  // What is left of it fails once more, and that says why.
+  // A second flush fails again and sets errno, which gives the reason.
   std::cout.clear();
   errno = 0;
   std::cout.flush();
   return wasWhole && std::cout;
 }
 
-// `status` is what the command that runs sets it to.
+// `status` is set by the command that runs.
 int parseAndRun(CLI::App& program, const int& status, int argc, const char* const* argv) {
   try {
     program.parse(argc, argv);
@@ -76,7 +75,7 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
     return fail(describe(program, error));
   }
   if (!isOutputWhole()) return fail(ko::detail::cannotWrite("standard output"));
-  // Whoever was interrupted on purpose still wants to know of a file that is not whole.
+  // A failure outranks an interruption: the user must know of an incomplete file.
   return isInterrupted() && status != kFailure ? getInterruptStatus() : status;
 }
 
@@ -84,9 +83,9 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
 
 int runProgram(int argc, const char* const* argv, const session::OpenOptions& robots) {
   CLI::App program(
-      "Reads a mobile robot's sensors: of simulated and virtual robots in a map of yours.",
+      "Reads the sensors of a mobile robot: simulated, virtual, recorded, or on a ROS 2 graph.",
       "qvsensors");
-  program.set_version_flag("-V,--version", QV_VERSION, "Say which version this is and leave");
+  program.set_version_flag("-V,--version", QV_VERSION, "Print the version and exit");
   program.require_subcommand(1);
   program.set_help_all_flag("--help-all", "Help of every command");
   int status = 0;

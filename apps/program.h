@@ -6,10 +6,10 @@
 namespace QV::app {
 
 /**
- * qvsensors, with all its commands. `robots` holds what its options leave open: the makers of one's
- * own sensors, a world. Gives 0 when all went well, 1 when a sensor fails a check or gives nothing
- * that was asked for, or a drive does not arrive, 2 with one line on standard error when it can't
- * do what it was asked for, 128 and the signal's number after an interruption. Once in a process.
+ * Runs qvsensors, with all its commands. `robots` holds the defaults of its options: creators of
+ * your own sensors, a world. Returns the exit status: 0 for success; 1 if a sensor fails a check or
+ * gives no record, or a drive does not arrive; 2, with a line on standard error, if the program
+ * can't do what was asked; 128 + signal number after an interruption. Call it once in a process.
  */
 QV_API int runProgram(int argc, const char* const* argv, const session::OpenOptions& robots = {});
 

@@ -12,7 +12,7 @@ std::string whyOf(const session::SensorState& sensor) {
   if (!sensor.enabled) return "it is disabled";
   if (!sensor.trouble.empty()) return ko::log::onOneLine(sensor.trouble);
   if (isFault(sensor.health.state)) return ko::log::onOneLine(sensor.health.reason);
-  return "nothing was measured so far";
+  return "no measurement yet";
 }
 
 }  // namespace

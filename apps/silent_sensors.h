@@ -9,19 +9,18 @@
 
 namespace QV::app {
 
-/** The status of a program in which a sensor gave nothing, or the robot did not arrive. */
+/** The exit status if a sensor gave no record, or the robot did not arrive. */
 constexpr int kNotAll = 1;
 
 using SilentSensors = std::vector<outlets::SilentSensor>;
 
 /**
- * The sensors that the program has subscribed to and that gave no record, neither to `heard` nor at
- * the end. One that has nothing to tell, as a bumper that nothing presses, is sound and is left
- * out.
+ * Returns the subscribed sensors that gave no record, neither in `heard` nor at the end. A sound
+ * sensor with nothing to report, such as an untouched bumper, is left out.
  */
 SilentSensors findSilent(const session::Snapshot& end, const std::set<std::string>& heard = {});
 
-/** Says each of them on standard error; kNotAll if there are any, else 0. */
+/** Prints each of them on standard error; returns kNotAll if there are any, else 0. */
 int reportSilent(const SilentSensors& sensors);
 
 }  // namespace QV::app

@@ -1,5 +1,5 @@
 target_link_libraries(bench_depth PRIVATE QVOpenCV::imgproc QVOpenCV::imgcodecs)
-# By pkg-config: the package's CMake configuration asks for all of VTK and MPI.
+# pkg-config finds PCL here, because its CMake configuration requires VTK and MPI.
 find_package(PkgConfig QUIET)
 if(QV_BENCH_PEERS AND PkgConfig_FOUND)
   pkg_check_modules(QV_PCL QUIET IMPORTED_TARGET pcl_segmentation)

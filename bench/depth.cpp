@@ -169,7 +169,7 @@ void compare(benchmark::State& state, const Scene& scene, const std::vector<Peer
     prepare();
     run();
   };
-  // What is taken once and kept is no cost of a cycle.
+  // Warm-up: memory that is allocated once is not a cost per cycle.
   for (int i = 0; i < kWarmUps; ++i) prepareAndRun();
   for (auto _ : state) {
     // Everybody runs twice, the first time for the caches only.

@@ -36,7 +36,7 @@ void* countedAs(void* memory) {
 
 }  // namespace
 
-// Not inlined: else the compiler takes the new and the free for a mismatch.
+// The operator is not inlined: else the compiler takes the new and the free for a mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size) {
   return countedAs(std::malloc(size));
 }

@@ -57,7 +57,7 @@ double secondsOfDrive(session::Session& session, ros2::GraphRobot* robot, int se
   return processTime() - begin;
 }
 
-// Of all threads, so of the engine's, too.
+// The time of all threads counts, so that of DDS, too.
 void unwatched(benchmark::State& state) {
   constexpr int kSeconds = 10;
   ros2::Graph graph(test::aloneOn());
@@ -110,7 +110,7 @@ class Fleet {
     }
     return processTime() - begin;
   }
-  /** Until everybody is heard. */
+  /** Runs until 60 messages per robot have arrived. */
   void settle() {
     while (heard < 60 * static_cast<int>(robots.size())) secondsOf(10);
   }
@@ -137,7 +137,7 @@ struct Cost {
   double megabytes;
 };
 
-/** Of a robot in a simulated second. */
+/** Measures the cost of one robot per simulated second. */
 Cost costOfEach(int count) {
   constexpr int kSeconds = 4;
   const double before = megabytesInUse();
@@ -177,7 +177,7 @@ struct Camera {
   std::unique_ptr<ros2::Publisher> publisher;
 };
 
-// In the machine's time, as it is what others have to keep up with.
+// The benchmark runs in real time, because readers have to keep up with that.
 void tenCameras(benchmark::State& state) {
   constexpr int kCameras = 10;
   constexpr int kSeconds = 5;
@@ -209,7 +209,7 @@ void tenCameras(benchmark::State& state) {
       std::this_thread::sleep_until(due += std::chrono::milliseconds(100));
     }
   }
-  // What is still to be sent again has time for it.
+  // Waits up to 5 s for retransmissions.
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(5);
   while (heard < sent && std::chrono::steady_clock::now() < end) std::this_thread::yield();
   state.counters["sent"] = sent;

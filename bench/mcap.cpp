@@ -218,7 +218,7 @@ void recordSecond(benchmark::State& state) {
 }
 BENCHMARK(recordSecond)->UseManualTime()->Iterations(5)->Unit(benchmark::kMillisecond);
 
-// What a minute takes on the disk, beside the same minute as lines of JSON.
+// The size of a minute on the disk, compared with the same minute as lines of JSON.
 void recordMinute(benchmark::State& state) {
   constexpr int kSeconds = 60;
   const Folder folder;

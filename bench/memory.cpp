@@ -123,7 +123,7 @@ void callByName(benchmark::State& state) {
   const auto byName = [&] { benchmark::DoNotOptimize(proxy.call<int>(method, 1)); };
   Counter* direct = &counter;
   const auto byPointer = [&] {
-    // Or the compiler would know the class and not call at all.
+    // The pointer is hidden: else the compiler would know the class and not call at all.
     benchmark::DoNotOptimize(direct);
     benchmark::DoNotOptimize(direct->add(1));
   };

@@ -74,7 +74,7 @@ struct Robot {
     return keys;
   }
 
-  // What each sensor calls in a reading.
+  // The module calls that each sensor makes in a reading.
   float read(const std::string& key) const { return memory->getData(key).toFloat(); }
   std::vector<float> placeAt(ko::Clock::time_point time) const {
     return motion->getGenericProxy().call<std::vector<float>>("_getSensorTransformAtTime", "Front",

@@ -1,4 +1,4 @@
-// What a reader pays for the records of a whole robot, against a plain copy of the same vector.
+// A reader's cost for the records of a whole robot, against a plain copy of the same vector.
 
 #include <algorithm>
 #include <atomic>
@@ -63,7 +63,7 @@ void getMetricalData(benchmark::State& state) {
 }
 BENCHMARK(getMetricalData)->DenseThreadRange(1, 4)->UseManualTime()->Unit(benchmark::kMicrosecond);
 
-// How long the refresher waits for readers that do nothing but read.
+// The time that the refresh waits for readers that do nothing but read.
 void replaceWhileRead(benchmark::State& state) {
   const Records records = recordsOf(50, 300);
   CachedManager manager(records);

@@ -16,7 +16,7 @@
 #include "platform/middleware/qv_broker.h"
 #include "robot/maps/map_files.h"
 #include "robot/world/virtual_robot.h"
-#include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_inside.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/hosting/navigation_module.h"
 #include "sensor/real/real_sensor_manager.h"
@@ -50,7 +50,6 @@ class Manager : public sensor::RealSensorManager {
  public:
   using RealSensorManager::RealSensorManager;
   using RealSensorManager::xRefresh;
-  using SensorManager::xHealth;
   using SensorManager::xUpdateData;
 };
 
@@ -96,20 +95,20 @@ BENCHMARK(refreshCycle)->Unit(benchmark::kMicrosecond);
 double refreshTwice(Robot& sut, ko::SimulatedTime& time, bool isWatched) {
   double seconds = 0.0;
   for (const bool isLast : {false, true}) {
-    // Between two refreshes of the manager's own, so that there are new records to read.
+    // The time advances past the manager's own refresh, so that new records are there.
     sut.manager->watchHealth(false);
     time.advance(milliseconds(100));
     sut.manager->watchHealth(isWatched);
     const auto start = std::chrono::steady_clock::now();
     sut.manager->xRefresh();
-    if (isLast) sut.manager->xHealth().tick();
+    if (isLast) healthOf(*sut.manager).tick();
     seconds += secondsSince(start);
   }
   return seconds;
 }
 
-// By turns, so that whatever else the machine does falls on both alike; two by two, so that
-// sensors are compared at every second look, as on a robot.
+// Both take turns, so that other load falls on both alike; two refreshes each, so that sensors are
+// compared at every second one, as on a robot.
 void twoWatchedRefreshCycles(benchmark::State& state) {
   ko::SimulatedTime time;
   Robot sut;
@@ -149,7 +148,7 @@ double secondsToCopy(Copy copy) {
   return seconds;
 }
 
-// On the machine's clock, so that the robot and the refresher run beside the readers.
+// The benchmark runs in real time, so that robot and refresh run beside the readers.
 void readWhileItRefreshes(benchmark::State& state) {
   static std::unique_ptr<Robot> sut;
   if (state.thread_index() == 0) {

@@ -189,7 +189,7 @@ void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan
     scanInTurn(*scene, fan.fieldOfView, pathCase.path, times);
     state.SetIterationTime(times.ours.back());
     if (medium == nullptr) continue;
-      // As in the medium map's own rows, the peer has just been there: the caches are as warm.
+      // The peer runs first, so that the caches are as warm as in the medium map's rows.
 #ifdef QV_BENCH_MRPT
     timeMrpt(*medium, fan.fieldOfView);
 #endif

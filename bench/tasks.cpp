@@ -1,4 +1,4 @@
-// How evenly a periodic task runs, and what it costs to hand a call to the event loop.
+// The jitter of a periodic task, and the cost of handing a call to the event loop.
 
 #include <algorithm>
 #include <chrono>
@@ -56,7 +56,7 @@ double inMicroseconds(ko::Duration duration) {
   return static_cast<double>(duration.count()) / 1000.0;
 }
 
-// How far each period was from its length, in microseconds, the smallest first.
+// Returns the error of each period in microseconds, the smallest first.
 std::vector<double> jitterOf(const Runs& runs) {
   std::vector<double> result;
   for (std::size_t i = 1; i < runs.size(); ++i) {

@@ -13,7 +13,7 @@ set(CPACK_DEBIAN_FILE_NAME DEB-DEFAULT)
 set(CPACK_DEBIAN_PACKAGE_SECTION libdevel)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS ON)
 set(CPACK_DEBIAN_PACKAGE_SHLIBDEPS_PRIVATE_DIRS ${CMAKE_LIBRARY_OUTPUT_DIRECTORY})
-# What the headers and the package configuration need, for those who build against them.
+# Packages that the installed headers and the package configuration need.
 set(CPACK_DEBIAN_PACKAGE_RECOMMENDS
   "g++, cmake, libboost-dev, libboost-thread-dev, libboost-chrono-dev, libopencv-core-dev, libopencv-imgproc-dev, libopencv-imgcodecs-dev")
 include(CPack)

@@ -27,7 +27,7 @@ endif()
 target_compile_options(qv_options INTERFACE
   -Wall -Wextra -Wpedantic $<$<CXX_COMPILER_ID:GNU>:-Wshadow=local> -Wold-style-cast
   -Wnon-virtual-dtor -Woverloaded-virtual -Werror -ffp-contract=off
-  # What is built must not say where.
+  # Binaries must not contain the build path.
   -ffile-prefix-map=${PROJECT_SOURCE_DIR}/=)
 if(QV_SANITIZE)
   target_compile_options(qv_options INTERFACE
@@ -63,12 +63,13 @@ endfunction()
 
 # Fast from nothing, slow after each change: for builds that are made once.
 set(QV_UNITY "" CACHE STRING "Top-level folders whose sources are compiled several at a time")
+set(QV_UNITY_BATCH 16 CACHE STRING "How many of them; 0: all of a library")
 set(QV_UNOPTIMISED "" CACHE STRING "Top-level folders that are compiled without optimisation")
 
 # qv_hasten(TARGET FOLDER)
 function(qv_hasten target folder)
   if(folder IN_LIST QV_UNITY)
-    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE 16)
+    set_target_properties(${target} PROPERTIES UNITY_BUILD ON UNITY_BUILD_BATCH_SIZE ${QV_UNITY_BATCH})
   endif()
   if(folder IN_LIST QV_UNOPTIMISED)
     target_compile_options(${target} PRIVATE -O0)

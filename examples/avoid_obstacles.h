@@ -22,7 +22,7 @@ class ObstacleAvoider {
     if (!remember()) return robot.setVelocity(0.0f, 0.0f, 0.0f);
     const float gap = findGap();
     if (gap > kNear) turn = 0.0f;
-    // Once begun, a turn keeps its side: two walls would make it dither.
+    // A turn keeps its side until it ends; between two walls it would oscillate otherwise.
     if (gap < kNear && turn == 0.0f) turn = isLeftFreer() ? 0.6f : -0.6f;
     robot.setVelocity(turn == 0.0f ? std::min(0.4f, 0.5f * (gap - 0.5f * kNear)) : 0.0f, 0.0f,
                       turn);

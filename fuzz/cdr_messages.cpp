@@ -21,7 +21,7 @@ Bytes encode(const MessageType& type, const std::shared_ptr<void>& message) {
 }
 
 void checkMessage(const MessageType& type, BytesView cdr) {
-  const auto message = type.getLayout().make();
+  const auto message = layoutOf(type).make();
   try {
     type.decode(cdr, message.get());
   } catch (const std::runtime_error& error) {
@@ -29,7 +29,7 @@ void checkMessage(const MessageType& type, BytesView cdr) {
   }
   const Bytes once = encode(type, message);
   check(once.size() <= cdr.size() + 8 * cdr.size(), "more is written than was read");
-  const auto again = type.getLayout().make();
+  const auto again = layoutOf(type).make();
   type.decode(once, again.get());
   check(encode(type, again) == once, "written again it is another message");
 }

@@ -1,6 +1,6 @@
 /**
- * What somebody on a graph asks of a robot, sound orders with any bytes put into them: they are
- * refused, or the robot does something that is finite.
+ * Fuzzes commands from a graph: valid ones with random bytes inserted.  Each
+ * must be refused or have a finite effect.
  */
 #include "ros2/link/internal/graph_orders.h"
 
@@ -29,7 +29,7 @@ class Silence : public Subscription {
   const GraphTopic topic;
 };
 
-/** On no graph: what it subscribes to is told by hand. */
+/** A node without a graph; the fuzzer calls its subscriptions directly. */
 class HandFedNode : public GraphNode {
  public:
   std::unique_ptr<Publisher> publish(const std::string&, const MessageType&, const Qos&,

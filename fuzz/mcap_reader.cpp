@@ -124,7 +124,7 @@ void checkSeeking(const Bytes& bytes) {
   check(sumsOf(*file, false) == sums, "other messages on a second reading");
 }
 
-// Without an index the times are those of the messages.
+// The messages give the times if there is no index.
 void checkScan(Bytes bytes) {
   if (bytes.size() > ros2::mcap::kMagic.size()) bytes.pop_back();
   const auto scanned = openMcap(ros2::openMemory(bytes), "bag", BagOrder::time, kLimits);

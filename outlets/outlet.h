@@ -11,14 +11,13 @@
 namespace QV::outlets {
 
 /**
- * A place where a session goes: a page, a viewer, a file, a picture.
+ * A consumer of a session's snapshots: a page, a viewer, a file, a picture.
  *
  * Derive from it and write show(). Call it on the session's thread, with one snapshot after
  * another, and finish() at the end.
- *
- * - Lifetime: not copyable. Files are whole after finish() only.
+ * - Lifetime: not copyable. A file is complete only after finish().
  * - Threads: every operation is called by the session's thread, one at a time.
- * - Errors: what can't be written is a std::runtime_error that names the file.
+ * - Errors: std::runtime_error with the file's name if writing fails.
  *
  *     class Printer : public QV::outlets::Outlet {
  *      public:
@@ -34,16 +33,16 @@ class QV_API Outlet {
   Outlet(const Outlet&) = delete;
   Outlet& operator=(const Outlet&) = delete;
 
-  /** The sensors that are wanted now, each on behalf of a subscriber of its own name. */
+  /** The sensors that are wanted now, and the subscriber's name for each. */
   virtual session::Demand getDemand() const { return {}; }
-  /** True if a snapshot would be looked at: without that, nobody need take one. */
+  /** True if somebody looks. If false, the caller may skip the snapshot. */
   virtual bool isWatched() const { return true; }
 
-  /** Shows a snapshot. What can't be written is a std::runtime_error that names the file. */
+  /** Shows a snapshot. Throws std::runtime_error with the file's name if writing fails. */
   virtual void show(const session::Snapshot& snapshot) = 0;
   /** Shows the log's new lines, in order. */
   virtual void showLog(const std::vector<ko::log::Record>&) {}
-  /** Ends: nothing comes any more, and files are whole after this. Throws as show() does. */
+  /** Ends the outlet and completes its files; no call follows. Throws as show() does. */
   virtual void finish() {}
 };
 

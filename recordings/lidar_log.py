@@ -4,7 +4,7 @@ import json
 import math
 import sys
 
-# Of the 300 beams all around, those from the right to the left, 1.2 degrees apart.
+# The log keeps beams 75 to 225 of 300: from right to left, 1.2 degrees apart.
 FIRST, LAST = 75, 225
 NOTHING = 81.91
 

@@ -25,7 +25,7 @@ using Sensors = SensorFactory::Sensors;
 constexpr char kFactoryCategory[] = "Navigation.RealSensorManager";
 constexpr char kFactoryMethod[] = "xInitSensors";
 
-// One touch sensor stands for all: those of later configurations are built and not kept.
+// A single touch sensor stands for all: those of later configurations are built and not kept.
 Sensors createTouch(const SensorOrder& order) {
   if (order.manager.isSensor(order.config.name)) return {};
   return {

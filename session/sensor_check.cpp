@@ -18,7 +18,7 @@ namespace {
 constexpr ko::Duration kCycle{100'000'000};
 constexpr ko::Duration kStaleAfter{400'000'000};
 constexpr int kCyclesStanding = 25;
-// Longer than people are remembered who are no longer seen.
+// The time is longer than people are remembered.
 constexpr int kCyclesTurned = 22;
 constexpr float kTurn = 1.0f;
 
@@ -81,7 +81,7 @@ void judge(const Observation& seen, const SensorNature& nature, const std::strin
     return fail(Verdict::badData, "its records have no points");
   }
   if (nature.looksDown() && seen.points == 0) {
-    return fail(Verdict::badData, "its status never vouches for its points");
+    return fail(Verdict::badData, "its hole status is never valid");
   }
   checked.why = nature.mayBeSilent() ? describeTouch(seen) : seen.points == 0 ? "sees nothing" : "";
 }
@@ -95,7 +95,7 @@ CheckedSensor checkOne(CheckTarget& target, const std::string& sensor) {
     if (manager.isSensorStarted(sensor)) {
       const SensorNature nature = target.getNature(sensor);
       const Observation seen = observe(target, sensor, nature);
-      // What came before the first record was its start.
+      // The gap before the first record is the start and does not count.
       const std::string trouble = target.findTrouble(sensor, seen.firstSeen.value_or(start));
       judge(seen, nature, trouble, target.findMissing(sensor), checked);
       if (const auto health = manager.getHealth(sensor)) checked.health = *health;

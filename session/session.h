@@ -57,13 +57,13 @@ struct SessionParts;
  */
 class QV_API Session {
  public:
-  /** Lets the robot stand, and stops all sensors. */
+  /** Stops the robot and all sensors. */
   ~Session();
   Session(const Session&) = delete;
   Session& operator=(const Session&) = delete;
 
   /**
-   * Takes a picture of all that there is to see. Never waits for a sensor that is being switched.
+   * Takes a snapshot. Never waits for a sensor that is starting or stopping.
    */
   Snapshot look();
   /** The title for people: "Virtual robot porter". */
@@ -91,26 +91,30 @@ class QV_API Session {
   /** Enables or disables a sensor or a family; the records go on or stop with it. */
   void enable(const std::string& name, bool on);
   void diagnose(const std::string& sensor, bool success);
-  /** Sets who wants which sensors from now on, beside those who subscribed above: what differs
-   * from before is subscribed or unsubscribed. A sensor whose hardware throws is logged and
-   * left out. */
+  /**
+   * Sets the demand of outlets, besides the subscriptions above. Subscribes and unsubscribes the
+   * difference to the last demand. A sensor whose hardware throws is logged and left out.
+   */
   void setDemand(const Demand& demand);
 
   /**
-   * Drives by hand, m/s and rad/s. Holds for half a second of the machine's time, see keepPace().
+   * Drives by hand, m/s and rad/s. The command holds for 0.5 s of real time, see keepPace().
    */
   void drive(float forward, float turn);
   /**
-   * Drives forward and leftward in m/s, turning in rad/s. Holds for so much of ko::Clock's time.
+   * Drives forward (x) and leftward (y) in m/s, turning (theta) in rad/s. `hold`: the time for
+   * which the command holds (ko::Clock).
    */
   void drive(const Math::Pose2D& velocity, ko::Duration hold);
-  /** Finds a way there, goes it and waits where something stands in it, at most 15 s. */
+  /** Drives there on a planned path. Waits for an obstacle for 15 s, then drops the goal. */
   void setGoal(const Math::Position2D& position);
-  /** Follows straight lines, two positions or more, turning on the spot at corners: m/s and
-   * rad/s above 0. Returns the seconds that this takes. A simulated robot is exactly where it
-   * has to be, others try; whoever is late is not waited for. */
+  /**
+   * Follows straight lines through two positions or more, turning on the spot at corners; `speed`
+   * in m/s and `turnSpeed` in rad/s are above 0. Returns the seconds that this takes. A simulated
+   * robot follows exactly. Other robots may lag; the path does not wait for them.
+   */
   double follow(const std::vector<Math::Position2D>& path, double speed, double turnSpeed);
-  /** Drives about where there is room. */
+  /** Drives about in free space. */
   void wander();
   void stop();
   /** Puts the robot somewhere else. */
@@ -127,15 +131,15 @@ class QV_API Session {
   void run(ko::Duration duration);
   /** The time after a subscription until every sensor has given its first record. */
   ko::Duration getSettlingTime() const;
-  /** Takes a recording's next step, and answers false at its end; other sessions go on by 0.1 s. */
+  /** Plays a recording's next step; false at the end. Runs any other session for 0.1 s. */
   bool step();
   /** The share of a recording that is done, 0 to 1. */
   double getShareDone() const;
-  /** The length of a recording; nothing for what is none. */
+  /** Returns the length of a recording; std::nullopt for other sessions. */
   std::optional<ko::Duration> getLength() const;
   /**
-   * Goes to a time of a recording, from its start: backwards by playing it again from there. Who
-   * subscribed beside it has to do so again; setDemand does.
+   * Goes to a time of a recording, counted from its start. Going back replays from the start; then
+   * subscriptions at the manager must be made again, but not those of setDemand().
    */
   void seek(ko::Duration sinceStart);
 

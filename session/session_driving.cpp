@@ -11,8 +11,7 @@ namespace {
 
 robot::VirtualRobot& virtualOf(SessionParts& parts) {
   if (auto* robot = parts.robot->getVirtualRobot()) return *robot;
-  throw UsageError("a virtual robot expected, whose sensors can be made to fail; this is a " +
-                   parts.robot->getTitle());
+  throw UsageError("faults need a virtual robot; this is \"" + parts.robot->getTitle() + "\"");
 }
 
 }  // namespace

@@ -9,11 +9,11 @@
 namespace QV::session {
 namespace {
 
-// The robot is steered whenever so much has gone by, and at the end of what is asked for.
+// The robot is steered after each slice of this length, and at the end of a run.
 constexpr ko::Duration kSlice{20'000'000};
 
 void goTo(SessionParts& parts, ko::Clock::time_point time) {
-  // What fell due may have slept beyond that.
+  // A due task may have advanced time further.
   const ko::Duration left = time - ko::Clock::now();
   if (left <= ko::Duration::zero()) return;
   if (parts.time) return parts.time->advance(left);
@@ -63,13 +63,13 @@ std::optional<ko::Duration> Session::getLength() const {
 }
 
 void Session::seek(ko::Duration sinceStart) {
-  if (!getLength()) throw UsageError("a recording expected, a " + getTitle() + " given");
+  if (!getLength()) throw UsageError("seeking needs a recording; this is \"" + getTitle() + "\"");
   const auto target = [&] { return parts->robot->getStart() + sinceStart; };
   if (target() < ko::Clock::now()) xReopen();
   run(target() - ko::Clock::now());
 }
 
-// Only one simulated time can be at a time: what may fail comes before the old one ends.
+// Only one simulated time can exist at once, so steps that may fail come before the old one ends.
 void Session::xReopen() {
   if (!parts->reopen) throw UsageError("a recording that can be played again expected");
   const Reopen reopen = parts->reopen;
@@ -97,7 +97,7 @@ void Session::keepPace(ko::Duration machine) {
     machine -= part;
     parts->driver.release(part);
     run(parts->pacing.scale(part));
-    // Nothing comes after the end of a recording.
+    // A recording has no steps after its end.
     if (getLength() && !parts->robot->getNextStep()) pause(true);
   }
 }

@@ -79,7 +79,7 @@ std::string findSharedFile(const std::string& name) {
   for (const fs::path& folder : sharedFolders()) {
     if (fs::exists(folder / name, error)) return (folder / name).string();
   }
-  throw UsageError(name + ": not found in share/qv beside the library or the program");
+  throw UsageError(name + ": not found in share/qv next to the library or program");
 }
 
 std::string findRobot(const std::string& nameOrPath) {

@@ -18,7 +18,7 @@
 
 namespace QV::session {
 
-/** An obstacle at a range, in no direction known: somewhere on an arc. Metres, radians. */
+/** An obstacle at a known range and unknown direction: somewhere on an arc. Metres, radians. */
 struct QV_API EchoMark {
   /** The pose of the sensor in the map. */
   Math::Pose2D origin;
@@ -29,13 +29,13 @@ struct QV_API EchoMark {
   float angularRange = 0.0f;
 };
 
-/** The places in the map that a record speaks of, by what its points mean. Metres. */
+/** The places of a record's points in the map, sorted by their meaning. Metres. */
 struct QV_API Marks {
-  /** The places where something stands. */
+  /** The places of obstacles. */
   std::vector<Math::Position3D> hits = {};
   /** The ends of beams that met nothing. */
   std::vector<Math::Position3D> misses = {};
-  /** The places where the floor is seen: no obstacle. */
+  /** The places on the floor: no obstacles. */
   std::vector<Math::Position3D> floor = {};
   std::vector<EchoMark> echoes = {};
   /** The distance from the sensor to the nearest hit or echo; a touch has no range. */
@@ -62,9 +62,9 @@ struct QV_API SensorState {
   std::set<std::string> subscribers = {};
   /** Measurements a second, of simulated time. */
   double rate = 0.0;
-  /** The age of its oldest record; nothing without a record. */
+  /** The age of its oldest record; std::nullopt without a record. */
   std::optional<double> age = std::nullopt;
-  /** The range of the nearest obstacle; nothing at the maximum range or beyond is one. */
+  /** The range of the nearest obstacle; a point at the maximum range or beyond is none. */
   std::optional<float> nearest = std::nullopt;
   /** The message of its last error, and how long ago that was. */
   std::string trouble = {};
@@ -77,9 +77,9 @@ struct QV_API SensorState {
     Math::SensorFieldOfView2D fieldOfView;
   };
   std::optional<View> view = std::nullopt;
-  /** The meaning of its points. */
+  /** The meaning of the points in its records. */
   Model::PointMeaning points = Model::PointMeaning::scan;
-  /** The places that its records speak of, with the robot where it was when they were made. */
+  /** The places of its records' points, for the robot's pose at the time of the records. */
   Marks marks = {};
   /** The records as the manager gave them. */
   std::vector<Math::MetricalData> records = {};
@@ -100,12 +100,12 @@ struct RecordingPlace {
 };
 
 /**
- * A picture of a robot and its world at one moment: what outlets show and record.
+ * The state of a robot and its world at one moment. Outlets show and record it.
  *
- * - Frames: all places and poses are in the map M, but for `velocity`, which is in the ground
- *   frame G, and the records, which `frame` tells.
+ * - Frames: all places and poses are in the map M, but for `velocity`, which is in the ground frame
+ *   G, and the records, which `frame` tells.
  * - Units: metres, radians, m/s, rad/s; durations are seconds, `time` is ko::Clock's.
- * - Reserved: nothing, null or an empty list for what the robot does not have.
+ * - Special values: std::nullopt, null or an empty list for parts that the robot does not have.
  * - Lifetime, threads: a value. It shares the map, which never changes.
  *
  *     const auto session = QV::session::openVirtual("porter");
@@ -118,12 +118,12 @@ struct QV_API Snapshot {
   ko::Clock::time_point time;
   bool paused = false;
   double speed = 1.0;
-  /** The place in a recording; nothing for what is none. */
+  /** The place in a recording; std::nullopt for other sessions. */
   std::optional<RecordingPlace> recording;
   Math::Pose2D pose;
   Math::Pose2D velocity;
   std::optional<Math::Position2D> goal;
-  /** The corners of the way that is planned and not gone yet, where it begins first; or empty. */
+  /** The corners of the rest of the planned path, from its beginning on; empty without a goal. */
   std::vector<Math::Position2D> route;
   /** The sensors, by family and name. */
   std::vector<SensorState> sensors;
@@ -133,8 +133,7 @@ struct QV_API Snapshot {
   boost::shared_ptr<const OccupancyMap> map;
   std::vector<Math::Position2D> people;
   std::vector<TouchState> touches;
-  /** The faults that somebody makes a virtual robot's sensors suffer now, such as "off", by
-   * their names. */
+  /** The faults in force: the fault kind, such as "off", by sensor name. */
   std::map<std::string, std::string> faults;
 };
 

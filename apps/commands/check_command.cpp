@@ -23,14 +23,12 @@ namespace {
 using CheckedSensors = std::vector<session::CheckedSensor>;
 
 constexpr char kCheckFooter[] =
-    "A sensor works if it starts, gives records without a break, none older than 0.4 s and no "
-    "point\n"
-    "that it can't have measured, and shows something else once the robot has turned on the spot.\n"
-    "A check can't see ranges that are wrong but believable, or late without saying so; what a\n"
-    "blind zone says; a bumper that nothing presses; a people detector that is blind.\n"
-    "The health is what the library itself says of the sensor in the end. The status is 0 if "
-    "every\n"
-    "sensor works and is sound and the description has no slips, which are named, 1 if not.";
+    "A sensor works if it starts, its records come without a gap, none is older than 0.4 s, no\n"
+    "point is impossible, and its points change when the robot turns on the spot.\n"
+    "The check does not notice plausible but wrong or late ranges, a blind zone's wrong answers,\n"
+    "a dead bumper or a dead people detector.\n"
+    "Column health: the library's verdict at the end of the check.\n"
+    "Exit status: 0 if all sensors work and are sound and the description has no mistakes; else 1.";
 
 std::set<std::string> sensorsFor(const CommonOptions& options,
                                  const sensor::SensorManager& manager) {
@@ -64,13 +62,13 @@ void printFaults(const DescriptionFaults& faults) {
   }
 }
 
-// What only the health shows has no other name.
+// A problem that only health shows has the name of the health state.
 const char* resultOf(const session::CheckedSensor& sensor) {
   const bool isHealthAlone = sensor.verdict == session::Verdict::works && !sensor.works();
   return isHealthAlone ? getName(sensor.health.state) : getName(sensor.verdict);
 }
 
-// A sensor whose records pass may still be called late, or suspect.
+// A sensor whose records pass may still have the health "late" or "suspect".
 std::string whyOf(const session::CheckedSensor& sensor) {
   if (!sensor.why.empty() || !isFault(sensor.health.state)) return sensor.why;
   return sensor.health.reason;
@@ -86,8 +84,11 @@ void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, 
   table.dropFirst({"points", "records", "family"});
   table.print(std::cout, getLineWidth());
   std::cout << (static_cast<long>(sensors.size()) - failed) << " of " << sensors.size()
-            << " sensors work" << (isInterrupted() ? "; interrupted before the others" : "")
-            << ".\n";
+            << " sensors work" << (isInterrupted() ? "; interrupted before the others" : "");
+  if (!faults.empty())
+    std::cout << "; " << faults.size() << (faults.size() == 1 ? " mistake" : " mistakes")
+              << " in the description";
+  std::cout << ".\n";
   printFaults(faults);
 }
 
@@ -114,12 +115,12 @@ void printJson(outlets::Format format, const CheckedSensors& sensors, Descriptio
     });
     list.add(line);
   }
-  // Bumpers are no sensors of their own, and what is no sensor has no line.
+  // Bumpers, and elements that are no sensors, have no line of their own.
   addFaultsTo(list, faults);
   list.finish();
 }
 
-/** Opens the session; where a robot can't be built, tells what its description alone shows. */
+/** Opens the session; if the robot can't be built, prints the mistakes of its description. */
 std::unique_ptr<session::Session> openSession(const CommonOptions& options,
                                               outlets::Format format) {
   try {
@@ -148,7 +149,8 @@ int check(const CommonOptions& options) {
                                     [](const auto& sensor) { return !sensor.works(); });
   const DescriptionFaults faults = session::findDescriptionFaults(*session);
   if (sensors.empty() && faults.empty())
-    throw session::UsageError(options.robot.value_or(session->getTitle()) + ": a sensor expected");
+    throw session::UsageError(options.robot.value_or(session->getTitle()) +
+                              ": the robot has no sensors");
   if (format == outlets::Format::table) {
     printTable(sensors, faults, failed);
   } else {
@@ -162,8 +164,8 @@ int check(const CommonOptions& options) {
 void addCheckCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<CommonOptions>(robots);
   options->somebodyAhead = true;
-  CLI::App* command =
-      program.add_subcommand("check", "Start each sensor in turn: what works, what fails and why");
+  CLI::App* command = program.add_subcommand(
+      "check", "Start each sensor in turn and show what works, what fails and why");
   command->footer(kCheckFooter);
   addWorld(*command, *options);
   addPose(*command, *options);

@@ -7,9 +7,9 @@
 namespace QV::app {
 
 /**
- * Adds one command of qvsensors: its options, its help, and what it does once they are parsed, with
- * `robots` to open robots by where nothing else is asked for. One that has a verdict to give sets
- * `status`, when it runs, to what the program is to end with.
+ * Adds a command of qvsensors: its options, its help, and its action after parsing. `robots` holds
+ * the defaults for opening robots. A command with a verdict sets `status` to the program's exit
+ * status.
  */
 using AddCommand = void(CLI::App& program, const session::OpenOptions& robots, int& status);
 

@@ -25,7 +25,7 @@ namespace {
 
 constexpr std::uint64_t kMostPeople = 1000;
 
-/** Runs the action; what is wrong then is what `option` says. */
+/** Runs the action; an error then begins with the name of `option`. */
 template <typename Action>
 auto naming(const char* option, const Action& action) {
   try {
@@ -57,7 +57,7 @@ std::vector<robot::Fault> faultsOf(const CommonOptions& options) {
   return faults;
 }
 
-// What is wrong with a fault begins with that word, as the option does.
+// An error about a fault begins with "fault", so "--" before it names the option.
 std::unique_ptr<session::Session> openRobot(const CommonOptions& options,
                                             session::OpenOptions world) {
   world.world = worldOf(options);
@@ -94,7 +94,7 @@ std::unique_ptr<session::Session> openHeard(const CommonOptions& options,
                                             const session::OpenOptions& world) {
   const auto map =
       options.map ? boost::make_shared<const OccupancyMap>(robot::loadMap(world.mapFile)) : nullptr;
-  return openHeardSession(options.heard, descriptionOf(options), map);
+  return openHeardSession(options.heard, descriptionOf(options), world.sensors, map);
 }
 
 std::unique_ptr<session::Session> openAsked(const CommonOptions& options,
@@ -122,8 +122,9 @@ std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math:
 void CommonOptions::notePose(const session::Session& session) const {
   if (!pose.empty() || heard.asked) return;
   const Math::Pose2D at = session.getPose();
-  note("qvsensors: the robot stands at " + session::shortest(at.x) + "," + session::shortest(at.y) +
-       "," + session::shortest(at.theta) + ", where there is room; --pose puts it elsewhere");
+  note("qvsensors: the robot starts at x,y,theta " + session::shortest(at.x) + "," +
+       session::shortest(at.y) + "," + session::shortest(at.theta) +
+       " (m, rad), a free place; choose another with --pose");
 }
 
 std::string CommonOptions::findRobot() const {
@@ -131,7 +132,7 @@ std::string CommonOptions::findRobot() const {
 }
 
 std::string CommonOptions::describeHeard() const {
-  return describeHeardRobot(heard, descriptionOf(*this));
+  return describeHeardRobot(heard, descriptionOf(*this), robots.sensors);
 }
 
 std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {
@@ -153,7 +154,7 @@ std::function<std::string(const std::string&)> wholeNumber(std::uint64_t least,
 }
 
 std::string namesAFile(const std::string& path) {
-  return path.empty() ? "a file expected, an empty name given" : "";
+  return path.empty() ? "a file name expected, \"\" given" : "";
 }
 
 void addRobot(CLI::App& command, CommonOptions& options) {
@@ -176,32 +177,32 @@ void addWorld(CLI::App& command, CommonOptions& options) {
   options.heard.addTo(command);
   command
       .add_option("--map", options.map,
-                  "map_server map: a YAML file beside its PGM or PNG (default: apartment, the "
-                  "project's own)")
+                  "map_server map: a YAML file next to its PGM or PNG (default: the project's "
+                  "map apartment)")
       ->type_name("apartment|FILE")
       ->check(namesAFile);
-  command.add_option("--seed", options.seed, "of all chance in the world of --robot")
+  command.add_option("--seed", options.seed, "seed of the random numbers of the virtual robot")
       ->needs("--robot")
       ->check(wholeNumber(0, std::numeric_limits<std::uint64_t>::max()))
       ->capture_default_str();
-  command.add_option("--noise", options.noise, "standard deviation of each range of --robot (m)")
+  command.add_option("--noise", options.noise, "standard deviation of the noise on each range (m)")
       ->needs("--robot");
-  command
-      .add_option("--drop-outs", options.dropOuts, "share of the ranges of --robot that are lost")
+  command.add_option("--drop-outs", options.dropOuts, "share of lost ranges, 0 to 1")
       ->needs("--robot");
-  command.add_option("--people", options.people, "people who walk about --robot")
+  command.add_option("--people", options.people, "number of people who walk in the map")
       ->needs("--robot")
       ->check(wholeNumber(0, kMostPeople));
   command
       .add_option("--fault", options.faults,
-                  "NAME:KIND[@FROM-TO]: a sensor of --robot is off, stuck, garbage, wrong, slow, "
-                  "delayed or intermittent, for the time (s) or for good; repeat for more")
+                  "NAME:KIND[@FROM-TO]: fault of a sensor of --robot, from FROM to TO (s), else "
+                  "for ever; KIND is off, stuck, garbage, wrong, slow, delayed or intermittent; "
+                  "repeat for more")
       ->allow_extra_args(false)
       ->needs("--robot");
   command
       .add_option("--limit", options.limits,
-                  "[NAME:]LIMIT=VALUE, or =off: what a sensor's health is judged by, of one, of a "
-                  "family or of all: " +
+                  "[NAME:]LIMIT=VALUE, or =off: set a limit of health, for one sensor, a family, "
+                  "or all; LIMIT: " +
                       sensor::namesOfHealthLimits() + "; repeat for more")
       ->allow_extra_args(false);
 }
@@ -216,7 +217,7 @@ void addSubscriptions(CLI::App& command, CommonOptions& options) {
 void addPose(CLI::App& command, CommonOptions& options) {
   command
       .add_option("--pose", options.pose,
-                  "robot pose x,y,theta in the map (m, rad; default: where there is room)")
+                  "robot pose x,y,theta in the map (m, rad; default: a free place)")
       ->type_name("X,Y,THETA");
 }
 

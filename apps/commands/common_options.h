@@ -38,23 +38,23 @@ struct CommonOptions {
   std::string format = "table";
 
   /**
-   * The robot that was asked for, at `start`; else at --pose, or without one where it has room.
-   * UsageError, and what is wrong with its files.
+   * Opens the robot of the options, at `start`; else at --pose, else at a free place. Throws
+   * UsageError, and the errors of its files.
    */
   std::unique_ptr<session::Session> openSession(
       std::optional<Math::Pose2D> start = std::nullopt,
       session::TimeSource time = session::TimeSource::simulated) const;
-  /** Says on standard error where the robot stands that nobody has put anywhere. */
+  /** Prints on standard error where the robot starts if no pose was given. */
   void notePose(const session::Session& session) const;
   /** Finds where the description lies that --robot names. */
   std::string findRobot() const;
-  /** Describes the robot that a graph tells of. */
+  /** Returns the description of the robot on a graph. */
   std::string describeHeard() const;
-  /** Returns what was subscribed to, or every family. UsageError for a name that doesn't exist. */
+  /** Returns the names of --subscribe, or every family. Throws UsageError for an unknown name. */
   std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
 };
 
-/** Options of some command, where it says nothing as `robots` are. */
+/** Makes the options of a command, with the defaults of `robots`. */
 template <typename Options>
 std::shared_ptr<Options> optionsFor(const session::OpenOptions& robots) {
   auto options = std::make_shared<Options>();
@@ -62,10 +62,10 @@ std::shared_ptr<Options> optionsFor(const session::OpenOptions& robots) {
   return options;
 }
 
-/** A check of an option's value: what is wrong with an empty one, nothing for any other. */
+/** Checks a file name: returns an error for an empty one, else an empty text. */
 std::string namesAFile(const std::string& path);
 
-/** Says what is wrong with a text that is no whole number within these limits. */
+/** Returns a check that gives an error for a text that is no whole number within these limits. */
 std::function<std::string(const std::string&)> wholeNumber(std::uint64_t least, std::uint64_t most);
 
 /** The values of --format of commands that give records. */
@@ -84,7 +84,7 @@ void addSubscriptions(CLI::App& command, CommonOptions& options);
 void addPose(CLI::App& command, CommonOptions& options);
 void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats);
 
-/** Reads what the options subscribe to, once every sensor has had the time for a record. */
+/** Subscribes as the options say and reads once every sensor has had time for a record. */
 session::Snapshot readOnce(session::Session& session, const CommonOptions& options);
 
 }  // namespace QV::app

@@ -57,7 +57,7 @@ void openOutlets(DriveOptions& options, session::Session& session, outlets::Outl
   if (const auto robot = options.graph.getOutlet()) list.add(robot);
 }
 
-/** Lets the session go on to times of it; who listens on a graph is heard meanwhile. */
+/** Runs the session up to given times; commands of a graph are executed meanwhile. */
 class SessionClock {
  public:
   SessionClock(DriveOptions& options, session::Session& session, outlets::Outlet& outlet)
@@ -91,7 +91,7 @@ class SessionClock {
   MachinePace pace;
 };
 
-// To the path's end, and for so long there that the last records are of that place.
+// The drive goes on at the path's end until the last records are from there.
 long countCycles(double pathSeconds, const session::Session& session, double rate) {
   const double atEnd = session::inSeconds(session.getSettlingTime());
   return static_cast<long>(std::ceil((pathSeconds + atEnd) * rate));
@@ -112,7 +112,7 @@ Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet
   const auto start = ko::Clock::now();
   const double seconds = session.follow(parsePath(options.path), options.speed, options.turnSpeed);
   const long cycles = countCycles(seconds, session, options.rate);
-  // One cycle in any case, so that there is something to show.
+  // At least one cycle runs, so that there is something to show.
   for (; run.cycles <= cycles && (run.cycles == 0 || !isInterrupted()); ++run.cycles) {
     clock.goTo(timeOfCycle(start, run.cycles, options.rate));
     const session::Snapshot snapshot = session.look();
@@ -134,14 +134,15 @@ session::TimedPath checkedPath(const DriveOptions& options) {
   session::TimedPath path(parsePath(options.path), options.speed, options.turnSpeed);
   if (path.getDuration() * options.rate <= kMostCycles) return path;
   throw session::UsageError(
-      "--path: at most 10000000 cycles expected; drive less far, faster, or at a lower --rate");
+      "--path: this drive would take more than 10000000 readings; shorten it, raise --speed or "
+      "lower --rate");
 }
 
 std::string whyAstray(const OccupancyMap& map, const Math::Pose2D& goal) {
   const auto occupancy = map.findOccupancy(Math::position2DFromPose2D(goal));
-  if (!occupancy) return "that lies outside the map";
-  if (*occupancy > OccupancyMap::kSolidAbove) return "something stands there";
-  return "something is in its way, or it is too fast";
+  if (!occupancy) return "the end of the path lies outside the map";
+  if (*occupancy > OccupancyMap::kSolidAbove) return "the end of the path is not free";
+  return "an obstacle blocks it, or --speed is too high";
 }
 
 /** True if the robot arrived. */
@@ -152,15 +153,15 @@ bool checkArrival(const session::TimedPath& path, const session::Snapshot& last)
   if (isInterrupted() || metres < 0.1f) return true;
   std::cerr << "qvsensors: warning: the robot stands " << session::fixed(metres, 2)
             << " m from the end of the path: "
-            << (last.map ? whyAstray(*last.map, goal) : "something is in its way") << '\n';
+            << (last.map ? whyAstray(*last.map, goal) : "an obstacle blocks it") << '\n';
   return false;
 }
 
-/** False if what was asked for is not all written. */
+/** Returns false if an output is incomplete. */
 bool printSummary(const DriveOptions& options, const Run& run, const SilentSensors& silent) {
   std::ostream& out = options.output.getSummaryStream();
-  out << (isInterrupted() ? "Interrupted after " : "Drove ") << run.cycles << " cycles at "
-      << options.rate << " Hz of simulated time.\n";
+  out << (isInterrupted() ? "Interrupted after " : "Drove for ") << run.cycles << " readings ("
+      << options.rate << " Hz of simulated time).\n";
   run.summary.print(out, silent);
   const bool isWhole = options.output.report(out);
   return options.picture.report(out) && isWhole;
@@ -185,12 +186,12 @@ int drive(DriveOptions& options) {
 
 void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<DriveOptions>(robots);
-  CLI::App* command =
-      program.add_subcommand("drive", "Drive a path through the map and read at every cycle");
+  CLI::App* command = program.add_subcommand(
+      "drive", "Drive a path through the map and read the sensors on the way");
   command->footer(
-      "The status is 1 if the robot did not get to the end of the path, or a sensor that was "
-      "asked\n"
-      "for gave no record.");
+      "The exit status is 1 if the robot did not reach the end of the path, or a subscribed "
+      "sensor\n"
+      "gave no record.");
   addWorld(*command, *options);
   command->add_option("--path", options->path, "positions \"x,y x,y ...\" in the map (m)")
       ->type_name("X,Y...")
@@ -208,8 +209,8 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
       "standard output");
   options->picture.addOption(*command, "--picture", "PNG of the session");
   command->add_option("--pace", options->pace,
-                      "seconds of the session for one of the clock (default: as fast as it goes; 1 "
-                      "with --ros2)");
+                      "speed: seconds of the session per second of real time (default: as fast as "
+                      "possible; 1 with --ros2)");
   options->graph.addTo(*command);
   command->callback([options, &status] { status = drive(*options); });
 }

@@ -32,7 +32,7 @@ std::string checkShell(const std::string& name) {
   return "bash, zsh or fish expected, \"" + name + "\" given";
 }
 
-/** Returns what `write` writes to a stream. */
+/** Returns the text that `write` writes to a stream. */
 template <typename Write>
 void writeFile(const std::string& path, const Write& write) {
   errno = 0;
@@ -80,7 +80,8 @@ void addCompletionCommand(CLI::App& program, const session::OpenOptions&, int&) 
 void addManualCommand(CLI::App& program, const session::OpenOptions&, int&) {
   auto names = std::make_shared<std::vector<std::string>>();
   auto folder = std::make_shared<std::string>();
-  CLI::App* command = program.add_subcommand("manual", "Write a page of the manual (for man -l -)");
+  CLI::App* command =
+      program.add_subcommand("manual", "Print a manual page; view it with man -l -");
   command->add_option("COMMAND", *names, "its name (default: the program's own page)");
   command->add_option("-o,--output", *folder, "folder for the pages of all commands")
       ->type_name("FILE");

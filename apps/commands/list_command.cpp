@@ -29,7 +29,7 @@ struct ListOptions : CommonOptions {
   std::string saved;
 };
 
-/** Writes a number; "-" for what a sensor that stands in no description has none of. */
+/** Returns a number as text; "-" for a sensor that is not in the description. */
 template <typename Number>
 std::string orDash(const session::ListedSensor& sensor, Number value, int digits) {
   if (sensor.describedAs.empty()) return "-";
@@ -38,7 +38,7 @@ std::string orDash(const session::ListedSensor& sensor, Number value, int digits
 
 void printKind(int kind, const std::vector<session::ListedSensor>& sensors) {
   std::cout << "Simulated sensors of kind " << kind
-            << ".\nMounting in the robot's frame (m, rad), ranges in m, apertures in rad.\n";
+            << ".\nMounting in the ground frame (m, rad), ranges in m, apertures in rad.\n";
   outlets::Table table(
       {"family", "sensor", ">min", ">max", ">aperture", ">rays", ">x", ">y", ">heading"});
   for (const auto& sensor : sensors) {
@@ -54,7 +54,7 @@ void printKind(int kind, const std::vector<session::ListedSensor>& sensors) {
 
 std::string noteOn(const session::ListedSensor& sensor) {
   if (!sensor.canBeBuilt) return "can't be built";
-  if (sensor.describedAs.empty()) return "added by the library";
+  if (sensor.describedAs.empty()) return "not in the description";
   return sensor.name == sensor.describedAs ? "" : "described as " + sensor.describedAs;
 }
 
@@ -76,7 +76,7 @@ void printSensors(const robot::RobotDescription& description, const session::Ope
   }
   table.dropFirst({"keys", "type", "aperture", "z", "link", "heading", "y", "x", "min"});
   table.print(std::cout, getLineWidth());
-  std::cout << "Subscribe to a family or a sensor by its name in this list.\n";
+  std::cout << "Both names, family and sensor, can be used with --subscribe.\n";
 }
 
 bool isSupported(const Model::CollisionShape& shape) {
@@ -85,7 +85,7 @@ bool isSupported(const Model::CollisionShape& shape) {
 
 void printShapes(const Model::Robot& robot) {
   std::cout << "\nCollision shapes\n";
-  outlets::Table table({"shape", "kind", "joint", ""});
+  outlets::Table table({"name", "shape", "joint", ""});
   for (const auto& [name, shape] : robot.collisionShapes) {
     table.add({name, Math::getKind(shape->getShape()),
                shape->getParentJoint().empty() ? "(root)" : shape->getParentJoint(),
@@ -160,7 +160,7 @@ void listKind(int kind, outlets::Format format) {
   printObject(kindToJson(kind, sensors), format);
 }
 
-/** Every sensor runs for three seconds of simulated time, and then tells how it is. */
+/** Runs every sensor for three seconds of simulated time and prints its health. */
 void listHealth(const CommonOptions& options, outlets::Format format) {
   const QuietLog quiet;
   const auto session = options.openSession();
@@ -168,13 +168,13 @@ void listHealth(const CommonOptions& options, outlets::Format format) {
   options.notePose(*session);
   session->run(boost::chrono::seconds(3));
   outlets::JsonList list(std::cout, format);
-  outlets::Table table({"sensor", "health", "why", "what brings it back"});
+  outlets::Table table({"sensor", "health", "reason", "remedy"});
   for (const auto& [name, health] : session->getManager().getHealth()) {
     table.add({name, getName(health.state), ko::log::onOneLine(health.reason), health.remedy});
     list.add({{"sensorName", name}, {"health", outlets::toJson(health)}});
   }
   list.finish();
-  table.dropFirst({"what brings it back"});
+  table.dropFirst({"remedy"});
   if (format == outlets::Format::table) table.print(std::cout, getLineWidth());
 }
 
@@ -196,7 +196,7 @@ void listDescription(const ListOptions& options, outlets::Format format) {
   const session::OpenOptions& robots = options.robots;
   const auto description = listedRobot(options);
   if (!options.saved.empty()) save(description, options.saved);
-  // What can't be built is said in the list.
+  // The list names sensors that can't be built, so the log stays quiet.
   const QuietLog quiet;
   if (format != outlets::Format::table)
     return printObject(robotToJson(description, robots), format);
@@ -209,9 +209,9 @@ void listDescription(const ListOptions& options, outlets::Format format) {
 void addListCommand(CLI::App& program, const session::OpenOptions& robots, int&) {
   auto options = optionsFor<ListOptions>(robots);
   CLI::App* command = program.add_subcommand(
-      "list", "Show a robot's sensors by family; of a description its collision shapes, too");
-  CLI::Option* health = command->add_flag("--health", options->wantsHealth,
-                                          "show how each sensor is after three seconds, instead");
+      "list", "Show a robot's sensors by family, and a description's collision shapes");
+  CLI::Option* health =
+      command->add_flag("--health", options->wantsHealth, "show each sensor's health after 3 s");
   addWorld(*command, *options);
   addPose(*command, *options);
   for (const char* name :

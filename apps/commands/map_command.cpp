@@ -41,7 +41,7 @@ Extent extentOf(const OccupancyMap& map) {
   return extent;
 }
 
-/** The shares of its cells: as good as free for whoever drives, unknown, and the rest. */
+/** The shares of the map's cells: free for a robot, unknown, and the rest. */
 struct Shares {
   double free = 0.0;
   double unknown = 0.0;
@@ -129,10 +129,10 @@ void informOfMap(const std::string& name, const std::string& formatName) {
 void addMapCommand(CLI::App& program, const session::OpenOptions&, int&) {
   auto options = std::make_shared<CommonOptions>();
   auto name = std::make_shared<std::string>("apartment");
-  CLI::App* command = program.add_subcommand("map", "Look at a map: qvsensors map info");
+  CLI::App* command = program.add_subcommand("map", "Show facts about a map (see map info)");
   command->require_subcommand(1);
   CLI::App* info = command->add_subcommand(
-      "info", "Say how large a map is, where it lies, what is free, and where a robot has room");
+      "info", "Show the size, origin and free share of a map, and a free pose to start from");
   info->add_option("MAP", *name, "map_server map (YAML), or the name of one of the project's own")
       ->type_name("apartment|FILE")
       ->check(namesAFile)

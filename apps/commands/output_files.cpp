@@ -58,7 +58,7 @@ CLI::Option* OutputFiles::addOption(CLI::App& command, const std::string& names,
 
 void OutputFiles::checkIsNot(const std::string& read) const {
   if (ros2::isFileOf(path, read))
-    throw session::UsageError(path + ": another file than what is played expected");
+    throw session::UsageError(path + ": is being played; choose another output file");
 }
 
 void OutputFiles::checkIsPicture() const {

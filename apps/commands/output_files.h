@@ -26,21 +26,20 @@ constexpr int kIncomplete = 2;
 class OutputFiles {
  public:
   OutputFiles() = default;
-  /** `path`, where the option says nothing. */
+  /** `path` is the default of the option. */
   explicit OutputFiles(std::string path) : path(std::move(path)) {}
 
-  /** Adds the option, which `help` says more about. */
+  /** Adds the option with a help text. */
   CLI::Option* addOption(CLI::App& command, const std::string& names, const std::string& help);
 
-  /** Checks before anything is opened: UsageError if the file is `read`, which would be lost, or
-   * in it. */
+  /** Throws UsageError if the file is `read` or in it, because writing would destroy it. Call it
+   * before open(). */
   void checkIsNot(const std::string& read) const;
 
-  /** Checks before anything is opened: UsageError unless it is a PNG that can be written, or
-   * nothing. */
+  /** Throws UsageError unless the file is a writable PNG or not set. Call it before open(). */
   void checkIsPicture() const;
 
-  /** Opens what was asked for, if anything. `wantsAll`: a recording subscribes to all sensors. */
+  /** Opens the file, if one was set. `wantsAll`: a recording subscribes to all sensors. */
   void open(session::Session& session, outlets::OutletList& list, bool wantsAll);
 
   bool isOpen() const { return opened; }
@@ -48,7 +47,7 @@ class OutputFiles {
   bool isAsked() const { return !path.empty(); }
   /** The stream for the summary: elsewhere than the file. */
   std::ostream& getSummaryStream() const;
-  /** Says that it was written; false if a recording was not. */
+  /** Prints that the file was written; returns false if a recording is incomplete. */
   bool report(std::ostream& out) const;
 
  private:

@@ -29,7 +29,7 @@ double durationOf(const ros2::BagInfo& info) {
   return kNanosecond * static_cast<double>(info.endTime - info.startTime);
 }
 
-/** Returns what this library's recordings say of the robot; empty for those of others. */
+/** Returns the robot's title from a recording of this library; empty for other recordings. */
 std::string titleOf(const ros2::BagInfo& info) {
   for (const auto& metadata : info.metadata) {
     const auto title = metadata.values.find("title");
@@ -142,7 +142,7 @@ void addInfoCommand(CLI::App& program, const session::OpenOptions&, int&) {
   auto options = std::make_shared<CommonOptions>();
   auto path = std::make_shared<std::string>();
   CLI::App* command = program.add_subcommand(
-      "info", "What is in a recording: MCAP, a rosbag2 folder or its SQLite file");
+      "info", "Show what a recording contains: MCAP, a rosbag2 folder or its SQLite file");
   command->add_option("RECORDING", *path, ".mcap, .db3 or a folder with metadata.yaml")
       ->required()
       ->type_name("FILE")
@@ -155,8 +155,8 @@ void addRecoverCommand(CLI::App& program, const session::OpenOptions&, int&) {
   auto from = std::make_shared<std::string>();
   auto to = std::make_shared<std::string>();
   CLI::App* command = program.add_subcommand(
-      "recover", "Write what can be read of a cut or damaged recording to a new one");
-  command->add_option("RECORDING", *from, "what to read")
+      "recover", "Write the readable part of a cut or damaged recording to a new one");
+  command->add_option("RECORDING", *from, "the damaged recording")
       ->required()
       ->type_name("FILE")
       ->check(namesAFile);

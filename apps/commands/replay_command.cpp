@@ -27,14 +27,17 @@ namespace QV::app {
 namespace {
 
 constexpr char kReplayFooter[] =
-    "RUN is a recording of this program's (.mcap): what drivers measured goes into the robot's\n"
-    "modules again, and the library makes its records anew. Or another robot's (.mcap, .db3 or a\n"
-    "folder of rosbag2): LaserScan, Range, depth Image, PointCloud2, tf and odometry go to "
-    "sensors\n"
-    "that are made after them. Or a CARMEN log of a lidar (FLASER and ODOM lines), or a sonar "
-    "log,\n"
-    "whose lines are a time (ms) and 8 ranges (mm); poses are lines of a time (ms), x, y (mm) and\n"
-    "heading (0.1 degrees). What RUN holds tells which. Times count from its start.";
+    "RUN is one of:\n"
+    "- a recording of this program (.mcap): the drivers' data goes into the robot's modules "
+    "again,\n"
+    "  and the library makes its records anew;\n"
+    "- a recording of another robot (.mcap, .db3 or a folder of rosbag2): LaserScan, Range, depth\n"
+    "  Image, PointCloud2, tf and odometry go to sensors that are derived from the topics;\n"
+    "- a CARMEN log of a lidar (FLASER and ODOM lines);\n"
+    "- a sonar log: lines of a time (ms) and 8 ranges (mm). Its poses are lines of a time (ms), "
+    "x,\n"
+    "  y (mm) and heading (0.1 degrees).\n"
+    "The program finds the type from the content. Times count from its start.";
 
 struct ReplayOptions {
   sensor::SensorFactory sensors;
@@ -50,7 +53,7 @@ struct ReplayOptions {
   bool loop = false;
 };
 
-/** Counts looks, and those at which records differ from the recorded ones. */
+/** Counts snapshots, and those whose records differ from the recorded ones. */
 struct Verdict {
   std::size_t looks = 0;
   std::size_t differing = 0;
@@ -59,7 +62,7 @@ struct Verdict {
   bool isDamaged = false;
 };
 
-/** Takes what there is to see at each step, as far as the options want it, or at the end. */
+/** Called at each step within the options' span, or at the end. */
 using Take = std::function<void(PlayedSession&)>;
 
 void showOnGraph(GraphOption& graph, const PlayedSession& run) {
@@ -68,7 +71,7 @@ void showOnGraph(GraphOption& graph, const PlayedSession& run) {
   if (robot && robot->isWatched()) robot->show(run.look());
 }
 
-/** Others of a graph are to keep up with it. */
+/** Returns real time for a graph, so that other nodes can keep up. */
 std::optional<double> speedOf(const ReplayOptions& options) {
   if (!options.speed && options.graph.isAsked()) return 1.0;
   return options.speed;
@@ -88,7 +91,7 @@ void playOnce(ReplayOptions& options, PlayedSession& run, const Take& take) {
   }
 }
 
-// Anew each time: a session that is played again is the same.
+// Opens the session anew for each pass: a replay is always the same.
 void playAll(ReplayOptions& options, outlets::OutletList& outlets, OutputFiles& output,
              const Take& take, const Take& takeEnd) {
   do {
@@ -107,7 +110,7 @@ int replayToFile(ReplayOptions& options) {
   outlets::OutletList outlets;
   const auto take = [&](PlayedSession& run) {
     const session::Snapshot snapshot = run.look();
-    // A recording is compared with all that there is.
+    // A recording needs all sensors, for later comparisons.
     outlets.show(options.output.isRecording() ? run.getSession().look() : snapshot);
     summary.add(snapshot);
   };
@@ -116,7 +119,7 @@ int replayToFile(ReplayOptions& options) {
   return options.output.report(options.output.getSummaryStream()) ? 0 : kIncomplete;
 }
 
-// A table's columns fit all of it: it comes at the end.
+// A table is printed at the end, because its columns fit all rows.
 int replayToOutput(ReplayOptions& options) {
   outlets::RecordWriter writer(std::cout, outlets::parseFormat(options.format));
   outlets::OutletList none;
@@ -134,16 +137,16 @@ int replayToOutput(ReplayOptions& options) {
 int judge(const Verdict& verdict) {
   if (verdict.differing > 0) {
     std::cout << ko::log::onOneLine(verdict.first) << '\n'
-              << verdict.differing << " of " << verdict.looks << " looks differ.\n";
+              << verdict.differing << " of " << verdict.looks << " snapshots differ.\n";
   } else if (verdict.looks > 0) {
-    std::cout << "The records of " << verdict.looks << " looks are the same, bit for bit.\n";
+    std::cout << "The records of all " << verdict.looks << " snapshots are equal, bit for bit.\n";
   } else {
-    std::cout << "There was no look to compare.\n";
+    std::cout << "There was no snapshot to compare.\n";
   }
   if (verdict.missing > 0) {
-    std::cout << verdict.missing << " looks could not be compared.\n";
+    std::cout << verdict.missing << " snapshots could not be compared.\n";
   } else if (verdict.isDamaged) {
-    std::cout << "The recording is damaged: what can't be read of it could not be compared.\n";
+    std::cout << "The recording is damaged; its unreadable parts were not compared.\n";
   }
   const bool isWhole = verdict.looks > 0 && verdict.missing == 0 && !verdict.isDamaged;
   return verdict.differing == 0 && isWhole ? 0 : 1;
@@ -165,7 +168,7 @@ int compare(ReplayOptions& options) {
   return judge(verdict);
 }
 
-// A sonar log reads the poses beside it where none are named.
+// A sonar log reads the poses next to it if --poses is missing.
 void checkOutput(const ReplayOptions& options) {
   const auto beside = std::filesystem::path(options.run).replace_filename("poses.txt");
   options.output.checkIsNot(options.run);
@@ -180,6 +183,17 @@ int replay(ReplayOptions& options) {
   return options.output.isAsked() ? replayToFile(options) : replayToOutput(options);
 }
 
+/** Adds when and how fast it plays; returns the option that lets it play again. */
+CLI::Option* addTimes(CLI::App& command, ReplayOptions& options) {
+  command.add_option("--from", options.from, "show only later steps (s from the start)");
+  command.add_option("--to", options.to, "stop at this time (s from the start)");
+  command.add_option(
+      "--speed", options.speed,
+      "speed: seconds of the session per second of real time (default: as fast as possible; 1 "
+      "with --ros2)");
+  return command.add_flag("--loop", options.loop, "repeat until Ctrl-C");
+}
+
 }  // namespace
 
 void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
@@ -190,12 +204,13 @@ void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int
   command->footer(kReplayFooter);
   command
       ->add_option("RUN", options->run,
-                   "recording or log, or one of the project's own: lidar.log, run.mcap")
+                   "recording or log, or one of the project's own: lidar.log, run.mcap, cut.mcap")
       ->required()
       ->type_name("FILE")
       ->check(namesAFile);
   command
-      ->add_option("--poses", options->poses, "poses of a sonar log (default: poses.txt beside it)")
+      ->add_option("--poses", options->poses,
+                   "poses of a sonar log (default: poses.txt next to it)")
       ->type_name("FILE")
       ->check(namesAFile);
   CLI::Option* output = options->output.addOption(
@@ -205,22 +220,15 @@ void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int
   CLI::Option* compare =
       command
           ->add_flag("--compare", options->compare,
-                     "say whether the records are those that were recorded, bit for bit, or which "
-                     "is the first that differs (status 1, also if some could not be compared)")
+                     "compare the records with the recorded ones, bit for bit; print the first "
+                     "difference. Exit status 1 if any differs or could not be compared")
           ->excludes(output);
   command->add_option("--format", options->format, kRecordFormats)
       ->type_name("table|json|jsonl|csv")
       ->excludes(output)
       ->excludes(compare)
       ->capture_default_str();
-  command->add_option("--from", options->from, "leave out what comes before (s)");
-  command->add_option("--to", options->to, "end there (s)");
-  command->add_option(
-      "--speed", options->speed,
-      "seconds of the session for one of the clock (default: as fast as it goes; 1 with "
-      "--ros2)");
-  command->add_flag("--loop", options->loop, "from the start again at the end, until Ctrl-C")
-      ->excludes(output);
+  addTimes(*command, *options)->excludes(output);
   options->graph.addTo(*command);
   command->callback([options, &status] { status = replay(*options); });
 }

@@ -19,10 +19,9 @@ void addRos2Command(CLI::App& program, const session::OpenOptions& robots, int&)
   auto options = optionsFor<Ros2Options>(robots);
   options->graph.isDriven = true;
   CLI::App* command =
-      program.add_subcommand("ros2", "Say what a robot is on a ROS 2 graph (serve --ros2)");
+      program.add_subcommand("ros2", "List the topics of a robot on a ROS 2 graph (serve --ros2)");
   command
-      ->add_flag("--list", options->wantsList,
-                 "show its topics, with their names and types on the wire")
+      ->add_flag("--list", options->wantsList, "show its topics, with their names and types in DDS")
       ->required();
   addWorld(*command, *options);
   options->graph.addTo(*command);

@@ -23,7 +23,7 @@ namespace {
 
 constexpr char kFooter[] =
     "Open the address that is printed in a browser, or in a viewer that speaks the Foxglove\n"
-    "WebSocket protocol. Only this machine reaches it unless --address says otherwise.";
+    "WebSocket protocol. By default only this machine can connect; see --address.";
 
 struct ServeOptions : CommonOptions {
   outlets::ServerSettings server;
@@ -33,7 +33,7 @@ struct ServeOptions : CommonOptions {
   std::string speed = "1";
 };
 
-/** More than most machines make; clients are heard after 20 ms of it. */
+/** The greatest speed: more than most machines reach. Clients are served every 20 ms of it. */
 constexpr double kGreatestSpeed = 100.0;
 
 double speedOf(const std::string& text) {
@@ -44,24 +44,24 @@ double speedOf(const std::string& text) {
                             "\" given");
 }
 
-void warnIfOpen(const outlets::LiveServer& server, const std::string& address) {
+void warnIfOpen(const outlets::LiveServer& server) {
   if (!server.isOpen()) return;
-  std::cerr << "qvsensors: warning: whoever reaches " << address
+  std::cerr << "qvsensors: warning: every machine that can connect to port " << server.getPort()
             << " can watch and drive this robot\n";
 }
 
-/** False if what was asked for is not all written. */
+/** Returns false if the recording is incomplete. */
 bool serveSession(ServeOptions& options, session::Session& session, ko::log::LogRing& log) {
   session.setSpeed(speedOf(options.speed));
   const GraphScope onGraph = options.graph.open(session, options.replay.empty());
   const auto files = std::make_shared<outlets::OutletList>();
-  // Before the first demand: a recording has all from the start.
+  // The recording opens before the first demand, so that it misses nothing.
   options.record.open(session, *files, options.subscriptions.empty());
   if (const auto robot = options.graph.getOutlet()) files->add(robot);
   outlets::LiveServer server(session, log, options.server);
   if (options.record.isAsked() || options.graph.isAsked()) server.add(files);
   if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session.getManager()));
-  warnIfOpen(server, options.server.address);
+  warnIfOpen(server);
   options.record.getSummaryStream() << session.getTitle() << " at " << server.getUrl() << std::endl;
   while (!isInterrupted()) {
     options.graph.obey();
@@ -72,7 +72,7 @@ bool serveSession(ServeOptions& options, session::Session& session, ko::log::Log
 }
 
 bool serve(ServeOptions& options) {
-  // Before the robot: it hears of sensors that can't be built.
+  // The log ring is made before the robot, to keep its errors of sensors that can't be built.
   ko::log::LogRing log;
   if (options.replay.empty()) {
     const auto session = options.openSession();
@@ -82,6 +82,23 @@ bool serve(ServeOptions& options) {
   ros2::SessionReplay run(session::findRecording(options.replay), options.robots.sensors);
   run.begin();
   return serveSession(options, run.getSession(), log);
+}
+
+void addServer(CLI::App& command, outlets::ServerSettings& server) {
+  command.add_option("--port", server.port, "port of the server; 0: any free port")
+      ->check(wholeNumber(0, std::numeric_limits<unsigned short>::max()))
+      ->capture_default_str();
+  command
+      .add_option("--address", server.address,
+                  "IP address of the server; any but 127.0.0.1 and ::1 lets other machines in")
+      ->capture_default_str();
+  command
+      .add_option(
+          "--allow-origin", server.origins,
+          "origin of pages that may connect, for example https://viewer.example; repeat for more")
+      ->allow_extra_args(false);
+  command.add_flag("--viewer-drive", server.viewerDrive,
+                   "let viewers of the Foxglove protocol drive, for example from a teleop panel");
 }
 
 }  // namespace
@@ -106,27 +123,15 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
           ->excludes("--robot");
   options->record
       .addOption(*command, "--record",
-                 "file (.mcap) for all of it; wants every sensor that --subscribe names, all "
-                 "without it")
+                 "record the session to this file (.mcap): the sensors of --subscribe, default "
+                 "all")
       ->excludes(replay);
   options->graph.addTo(*command);
   command
       ->add_option("--speed", options->speed,
-                   "seconds of the session for one of the clock, or max: as fast as it goes")
+                   "seconds of the session per second of real time, or max: as fast as possible")
       ->capture_default_str();
-  command->add_option("--port", options->server.port, "to listen at; 0 takes any that is free")
-      ->check(wholeNumber(0, std::numeric_limits<unsigned short>::max()))
-      ->capture_default_str();
-  command
-      ->add_option("--address", options->server.address,
-                   "IP address to listen at; others than this machine's own let others in")
-      ->capture_default_str();
-  command
-      ->add_option("--allow-origin", options->server.origins,
-                   "origin of a page that is let in, as https://viewer.example; repeat for more")
-      ->allow_extra_args(false);
-  command->add_flag("--viewer-drive", options->server.viewerDrive,
-                    "let viewers of the Foxglove protocol drive, as from a teleop panel");
+  addServer(*command, options->server);
   command->callback([options, &status] {
     if (!serve(*options)) status = kIncomplete;
   });

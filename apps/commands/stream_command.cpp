@@ -23,11 +23,9 @@ namespace QV::app {
 namespace {
 
 constexpr char kStreamFooter[] =
-    "Each record comes once, in a line of its own, as soon as it is there: of the robot's time "
-    "or,\n"
-    "with --from-ros2, of that graph's. It ends with Ctrl-C, or after the time that --for says; "
-    "the\n"
-    "status is then 1 if a sensor that was asked for gave no record.";
+    "Each record is written once, in a line of its own, as soon as it is there. Times are the\n"
+    "robot's, or with --from-ros2 the graph's. The stream ends with Ctrl-C or after --for; then\n"
+    "the exit status is 1 if a subscribed sensor gave no record.";
 
 struct StreamOptions : CommonOptions {
   OutputFiles output{"-"};
@@ -37,7 +35,7 @@ struct StreamOptions : CommonOptions {
   bool wander = false;
 };
 
-/** Nothing for as fast as it goes. */
+/** Returns the speed; std::nullopt for as fast as possible. */
 std::optional<double> speedOf(const StreamOptions& options) {
   if (options.speed == "max" || options.heard.asked) return std::nullopt;
   const auto speed = Model::toNumber(options.speed);
@@ -53,7 +51,7 @@ void checkRange(const StreamOptions& options) {
     throw session::UsageError("--for: seconds from 0 to 1000000000 expected");
 }
 
-/** Streams, and returns what is so at the end, once somebody or --for has ended it. */
+/** Streams until an interruption or --for, and returns the last snapshot. */
 session::Snapshot streamOn(const StreamOptions& options, session::Session& session,
                            outlets::Outlet& outlet, std::set<std::string>& heard) {
   MachinePace pace(speedOf(options));
@@ -65,7 +63,7 @@ session::Snapshot streamOn(const StreamOptions& options, session::Session& sessi
     const session::Snapshot seen = session.look();
     for (const auto& sensor : seen.sensors)
       if (!sensor.records.empty()) heard.insert(sensor.name);
-    // A recording is compared with all that there is.
+    // A recording needs all records, for later comparisons.
     outlet.show(options.output.isRecording() ? seen : fresh.take(seen));
     std::cout.flush();
     pace.await(session::inSeconds(ko::Clock::now().time_since_epoch()));
@@ -95,7 +93,7 @@ int stream(StreamOptions& options) {
 void addStreamCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<StreamOptions>(robots);
   CLI::App* command =
-      program.add_subcommand("stream", "Write records as they come, a line of JSON each, for ever");
+      program.add_subcommand("stream", "Write each new record as a line of JSON, until Ctrl-C");
   command->footer(kStreamFooter);
   addWorld(*command, *options);
   addPose(*command, *options);
@@ -105,14 +103,14 @@ void addStreamCommand(CLI::App& program, const session::OpenOptions& robots, int
                  "file: .mcap is a recording, .csv has a line per point, any other name one JSON "
                  "per record; - is standard output")
       ->capture_default_str();
-  command->add_option("--rate", options->rate, "looks for new records per second of the session")
+  command->add_option("--rate", options->rate, "checks for new records per second of the session")
       ->capture_default_str();
   command
       ->add_option("--speed", options->speed,
-                   "seconds of the session for one of the clock, or max: as fast as it goes")
+                   "seconds of the session per second of real time, or max: as fast as possible")
       ->capture_default_str();
-  command->add_option("--for", options->seconds, "end after so much of the session (s)");
-  command->add_flag("--wander", options->wander, "the robot drives about where there is room")
+  command->add_option("--for", options->seconds, "end after this session time (s)");
+  command->add_flag("--wander", options->wander, "the robot drives about in free space")
       ->excludes("--from-ros2");
   command->callback([options, &status] { status = stream(*options); });
 }

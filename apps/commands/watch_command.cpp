@@ -23,11 +23,11 @@ namespace {
 
 constexpr int kPeriodMs = 100;
 constexpr char kWatchFooter[] =
-    "The robot runs on the machine's clock; a virtual one drives about meanwhile. Keys choose a\n"
-    "sensor and subscribe, enable or diagnose it; what went wrong with a sensor last stays until\n"
-    "something else does. What is wrong is red. Ctrl-Z stops it, fg goes on. Ages are of the "
-    "records as they are, 10 times a second. The status of --once is 1 if a sensor that was asked\n"
-    "for gave no record.";
+    "The robot runs in real time; a virtual one drives about meanwhile. Keys choose a sensor and\n"
+    "subscribe, enable or diagnose it. The last error of a sensor stays until the next one. Bad\n"
+    "sensors are red. The screen updates 10 times a second. Ctrl-Z stops the program, fg "
+    "continues\n"
+    "it. The exit status of --once is 1 if a subscribed sensor gave no record.";
 
 struct WatchOptions : CommonOptions {
   bool once = false;
@@ -46,7 +46,7 @@ int watchOnce(const WatchOptions& options) {
   return reportSilent(findSilent(state.seen));
 }
 
-// Somebody who has stopped the program for an hour and goes on does not want that hour.
+// After a long stop (Ctrl-Z) the session does not catch up.
 constexpr ko::Duration kMostAtOnce{1'000'000'000};
 
 /** The machine's time since the last call. */
@@ -68,8 +68,8 @@ void watchIn(Terminal& terminal, Watch& watch, session::Session& session,
   }
 }
 
-// What is recorded runs in a time of its own: only so does it come out the same again; and what a
-// graph tells, in the time of that. False if it is not all written.
+// A recorded session runs in simulated time, because only that can be replayed; a robot on a graph
+// in the graph's time. False if the recording is incomplete.
 bool watchOn(WatchOptions& options) {
   checkTerminal(STDIN_FILENO, STDOUT_FILENO);
   const bool hasOwnTime = options.record.isAsked() || options.heard.asked;
@@ -87,8 +87,8 @@ bool watchOn(WatchOptions& options) {
   }
   files.finish();
   if (options.record.report(std::cout)) return true;
-  // Its log is quiet.
-  std::cerr << "qvsensors: the recording could not be written to its end\n";
+  // The log is quiet, so this line says it.
+  std::cerr << "qvsensors: the recording is incomplete: writing failed\n";
   return false;
 }
 
@@ -96,14 +96,15 @@ bool watchOn(WatchOptions& options) {
 
 void addWatchCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<WatchOptions>(robots);
-  CLI::App* command = program.add_subcommand("watch", "Show every sensor as it is, in a terminal");
+  CLI::App* command =
+      program.add_subcommand("watch", "Show every sensor's present state in a terminal");
   command->footer(kWatchFooter);
   addWorld(*command, *options);
   addPose(*command, *options);
   addSubscriptions(*command, *options);
   command->add_flag("--still", options->still, "the robot stays where it is");
-  CLI::Option* once = command->add_flag("--once", options->once, "print one table and leave");
-  options->record.addOption(*command, "--record", "file (.mcap) for all that is watched")
+  CLI::Option* once = command->add_flag("--once", options->once, "print one table and exit");
+  options->record.addOption(*command, "--record", "record the session to this file (.mcap)")
       ->excludes(once);
   command->callback([options, &status] {
     const QuietLog quiet(!options->once);

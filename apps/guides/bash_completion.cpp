@@ -19,7 +19,7 @@ void writeBashPlaces(std::ostream& out, const CommandRow& command) {
   }
 }
 
-/** Writes what may stand after an option. */
+/** Writes the possible values of an option. */
 void writeBashValues(std::ostream& out, const CommandRow& command) {
   for (const OptionRow& option : command.options) {
     if (option.value.empty()) continue;

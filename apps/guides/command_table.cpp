@@ -15,7 +15,7 @@ std::vector<std::string> split(const std::string& text, char at) {
   return parts;
 }
 
-/** A value is named "FILE", or by what there is to choose from: "porter|FILE", "TEXT:{a,b}". */
+/** The name of a value is "FILE", or the choices: "porter|FILE", "TEXT:{a,b}". */
 void readValue(OptionRow& row, const std::string& type) {
   const auto brace = type.find('{');
   const bool isSet = brace != std::string::npos && type.back() == '}';

@@ -7,7 +7,7 @@
 
 namespace QV::app {
 
-/** An option or an argument of a command, for whoever describes it. */
+/** An option or an argument of a command, for manual pages and completion. */
 struct OptionRow {
   /** "-o", "--output"; of an argument none. */
   std::vector<std::string> names = {};
@@ -19,7 +19,7 @@ struct OptionRow {
   /** True if its value may be a file. */
   bool takesFile = false;
   std::string description = {};
-  /** The value that holds without it; empty if that goes without saying. */
+  /** The default value; empty if none is to be shown. */
   std::string standard = {};
 };
 

@@ -14,7 +14,7 @@ std::string fishQuoted(const std::string& text) {
   return result + "'";
 }
 
-/** Returns what may stand for a value: words, files, both, or nothing that is known. */
+/** Returns the completion of a value: words, files, both, or none. */
 std::string fishValueOf(const OptionRow& option) {
   std::string text = option.takesFile ? " -r -F" : " -x";
   if (!option.choices.empty()) text += " -a " + fishQuoted(joinedBy(" ", option.choices));

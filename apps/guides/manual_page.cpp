@@ -7,9 +7,9 @@ namespace QV::app {
 namespace {
 
 constexpr char kStatus[] =
-    "0 when all went well, 1 when a sensor failed a check or gave nothing that was asked for, or a "
-    "drive did not arrive, 2 with one line on standard error when the program can't do what it was "
-    "asked for, 128 and the signal's number after an interruption.";
+    "0: success. 1: a sensor failed a check or gave no record, a replay differs, or a drive did "
+    "not arrive. 2: the program can't do what was asked; standard error has one line. 128 + signal "
+    "number: interrupted.";
 
 /** Writes a text as roff takes it: no character of it is an order, and a hyphen is a hyphen. */
 std::string plain(const std::string& text) {

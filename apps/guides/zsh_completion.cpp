@@ -20,7 +20,7 @@ std::string zshQuoted(const std::string& text) {
   return result;
 }
 
-/** ":name:what it may be". */
+/** Returns ":name:choices". */
 std::string zshValueOf(const OptionRow& option) {
   const std::string choices = joinedBy(" ", option.choices);
   std::string value = ":";

@@ -7,7 +7,7 @@
 
 namespace QV::app {
 
-/** Knows which records of a session have been told already. */
+/** Remembers which records of a session have been written already. */
 class FreshRecords {
  public:
   /** The snapshot with those records alone that were in none before. */

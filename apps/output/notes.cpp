@@ -52,7 +52,7 @@ void addLogOptions(CLI::App& command) {
             asked = *findLevel(name);
             ko::log::setLevel(*asked);
           },
-          "the least that the log says on standard error (default: warning)")
+          "lowest log level that is printed to standard error (default: warning)")
       ->type_name("silent|fatal|error|warning|info|verbose")
       ->check(checkLevel);
   command.add_flag_callback(
@@ -61,7 +61,7 @@ void addLogOptions(CLI::App& command) {
         quiet = true;
         if (!asked) ko::log::setLevel(Level::error);
       },
-      "nothing on standard error but what goes wrong");
+      "print only errors to standard error");
 }
 
 LogScope::LogScope() {

@@ -9,7 +9,7 @@
 
 namespace QV::app {
 
-/** --log-level and --quiet: what a run of the program says on standard error. */
+/** The options --log-level and --quiet: the output on standard error. */
 void addLogOptions(CLI::App& command);
 
 /** A run of the program, which begins and ends with the log as it is by itself. */
@@ -21,17 +21,17 @@ class LogScope {
   LogScope& operator=(const LogScope&) = delete;
 };
 
-/** Returns what the options say, or else warning. */
+/** Returns the level of the options; default: warning. */
 ko::log::Level getLogLevel();
-/** True if the options say it. */
+/** True if --log-level was given. */
 bool isLogLevelAsked();
-/** True if only what goes wrong is to be said. */
+/** True if only errors are to be printed. */
 bool isQuiet();
 
-/** Says a line on standard error, unless it is to be quiet. */
+/** Prints a line on standard error, unless --quiet was given. */
 void note(const std::string& line);
 
-/** Characters of a line of standard output: a terminal's; elsewhere what COLUMNS says, or 0. */
+/** Returns the characters per line of standard output: the terminal's, else COLUMNS, else 0. */
 std::size_t getLineWidth();
 
 }  // namespace QV::app

@@ -5,8 +5,8 @@
 namespace QV::app {
 
 /**
- * Silences the log while it lives: lines go to its sinks only, and are shown elsewhere. Somebody
- * who has asked for a level still sees it, unless it would spoil the screen.
+ * Silences the log while it lives: lines go only to its sinks. With --log-level they are still
+ * printed, unless that would spoil the screen.
  */
 class QuietLog {
  public:

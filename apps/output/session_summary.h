@@ -12,13 +12,13 @@
 
 namespace QV::app {
 
-/** The sum of what each sensor has reported over a session. */
+/** The totals of each sensor over a session. */
 class SessionSummary {
  public:
   void add(const session::Snapshot& snapshot);
   /** Finds those that should have given something over the session and its end; see findSilent. */
   SilentSensors findSilent(const session::Snapshot& end) const;
-  /** A table: sensor, family, records, points, nearest obstacle; and who was silent. */
+  /** Prints a table: sensor, family, records, points, nearest obstacle; and the silent sensors. */
   void print(std::ostream& out, const SilentSensors& silent = {}) const;
 
  private:

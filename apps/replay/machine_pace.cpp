@@ -27,7 +27,7 @@ void MachinePace::await(double seconds) {
   }
   const std::chrono::duration<double> due((seconds - *firstSeconds) / *speed);
   const auto end = start + std::chrono::duration_cast<Clock::duration>(due);
-  // In parts, as whoever is interrupted ends soon.
+  // The wait is split, so that an interruption ends it within 50 ms.
   for (auto now = Clock::now(); now < end && !isInterrupted(); now = Clock::now())
     std::this_thread::sleep_for(
         std::min<Clock::duration>(end - now, std::chrono::milliseconds(50)));

@@ -52,7 +52,7 @@ double PlayedSession::getShareDone() const {
 std::optional<ros2::RecordDifference> PlayedSession::compare() const {
   if (recording && recording->isOwn()) return recording->compare();
   throw session::UsageError(
-      "--compare: a recording of this program's expected, which has records; another one given");
+      "--compare: a recording made by this program expected, another recording or a log given");
 }
 
 std::uint64_t PlayedSession::countMissing() const {
@@ -71,7 +71,7 @@ void PlayedSession::warnOfDamage() const {
     std::cerr << "qvsensors: warning: " << ko::log::onOneLine(line) << '\n';
   if (const std::uint64_t missing = countMissing())
     std::cerr << "qvsensors: warning: " << missing
-              << " looks are left out: not all that they show can be read\n";
+              << " snapshots were skipped: some of their data is unreadable\n";
 }
 
 }  // namespace QV::app

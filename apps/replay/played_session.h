@@ -13,14 +13,15 @@ namespace QV::app {
 /** A recording or a log that is played step by step, whichever it is. */
 class PlayedSession {
  public:
-  /** Opens a recording. What is none: std::runtime_error that names the file. */
+  /** Opens a recording. Throws std::runtime_error with the file's name if it is none. */
   PlayedSession(const std::string& path, const std::optional<std::string>& poses,
                 const sensor::SensorFactory& sensors);
 
   session::Session& getSession() const;
   session::Snapshot look() const;
 
-  /** Subscribes to what was not subscribed to then. False if there is no first step. */
+  /** Subscribes to the sensors that were not subscribed to in the recording. False if there is no
+   * first step. */
   bool begin();
   /** False at the end. */
   bool step();
@@ -29,13 +30,13 @@ class PlayedSession {
   double getSeconds() const;
   double getShareDone() const;
 
-  /** Compares the records as they are with those that were recorded; a log has none: UsageError. */
+  /** Compares the records with the recorded ones. Throws UsageError for a log, which has none. */
   std::optional<ros2::RecordDifference> compare() const;
   /** Looks that were recorded and have not come up so far, as far as that is known. */
   std::uint64_t countMissing() const;
   /** True if something of it could not be read. */
   bool isDamaged() const;
-  /** Says on standard error what could not be read. */
+  /** Prints on standard error which parts could not be read. */
   void warnOfDamage() const;
 
  private:

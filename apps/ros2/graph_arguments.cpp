@@ -7,11 +7,12 @@ namespace QV::app {
 std::vector<CLI::Option*> GraphArguments::addTo(CLI::App& command) {
   return {
       command.add_option("--ros2-node", node, "the node's name (default: the robot's)"),
-      command.add_option("--ros2-namespace", nameSpace, "of the node and its topics, as robot1"),
+      command.add_option("--ros2-namespace", nameSpace,
+                         "namespace of the node and its topics, for example robot1"),
       command.add_flag("--ros2-tf-in-namespace", hasOwnFrames,
                        "tf and tf_static are in the namespace, too"),
       command.add_option("--ros2-frame-prefix", framePrefix,
-                         "before every frame but the map's, as robot1/"),
+                         "prefix of all frames except map, for example robot1/"),
       command
           .add_option("--ros2-frame", frames,
                       "NAME:=FRAME, another name for a frame: map, odom, the root link or a "
@@ -21,18 +22,19 @@ std::vector<CLI::Option*> GraphArguments::addTo(CLI::App& command) {
           .add_option("--ros2-remap", remaps, "FROM:=TO, another name for a topic; repeat for more")
           ->allow_extra_args(false),
       command.add_option("--ros-distro", distro,
-                         "of the others, as humble: messages changed after it (default: what "
-                         "ROS_DISTRO says)"),
-      command.add_option("--ros2-interface", networkInterface, "of the network, as eth0"),
+                         "distribution of the other nodes, for example humble, after which some "
+                         "messages changed (default: ROS_DISTRO)"),
+      command.add_option("--ros2-interface", networkInterface,
+                         "network interface, for example eth0"),
       command
           .add_option("--ros2-navigation", navigation,
-                      "own: the robot tells map to odom, obeys /initialpose and goes to "
-                      "/goal_pose; others: AMCL, Nav2 and the like do")
+                      "own: the robot publishes map to odom and obeys /initialpose and /goal_pose; "
+                      "others: AMCL, Nav2 or other nodes do that")
           ->check(CLI::IsMember({"own", "others"}))
           ->capture_default_str(),
       command
           .add_option("--ros2-no-echo", noEcho,
-                      "a Range that met nothing is max, its greatest, or inf")
+                      "value of a miss in a Range: max (max_range) or inf")
           ->check(CLI::IsMember({"max", "inf"}))
           ->capture_default_str()};
 }

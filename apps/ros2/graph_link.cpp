@@ -8,6 +8,7 @@
 #include <vector>
 
 #include "apps/output/notes.h"
+#include "apps/ros2/graph_words.h"
 #include "outlets/files/internal/table.h"
 #include "ros2/link/graph_robot.h"
 #include "session/usage_error.h"
@@ -16,7 +17,7 @@ namespace QV::app {
 
 namespace {
 
-/** Makes it; what is no name or value is the command line's fault. */
+/** Calls `make`; an invalid name or value becomes an error of the command line. */
 template <typename Make>
 auto asUsage(const Make& make) {
   try {
@@ -69,24 +70,27 @@ ros2::GraphRobotOptions robotOptionsOf(const GraphArguments& arguments) {
   return options;
 }
 
-const char* rangeText(ros2::DiscoveryRange range) {
-  switch (range) {
-    case ros2::DiscoveryRange::off:
-      return "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)";
-    case ros2::DiscoveryRange::localhost:
-      return "on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET lets others in)";
-    case ros2::DiscoveryRange::subnet:
-      break;
-  }
-  return "in the network";
-}
-
 std::string qosText(const ros2::Qos& qos) {
   return std::string(qos.reliable ? "reliable" : "best effort") +
          (qos.transientLocal ? ", transient local, " : ", volatile, ") + std::to_string(qos.depth);
 }
 
 }  // namespace
+
+std::string describeGraph(const ros2::GraphOptions& options) {
+  const auto range = [&] {
+    switch (options.range) {
+      case ros2::DiscoveryRange::off:
+        return "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)";
+      case ros2::DiscoveryRange::localhost:
+        return "on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET lets others in)";
+      case ros2::DiscoveryRange::subnet:
+        break;
+    }
+    return "in the network";
+  };
+  return "ROS 2 domain " + std::to_string(options.domain) + ", " + range();
+}
 
 class GraphLink::Impl {
  public:
@@ -127,9 +131,8 @@ std::shared_ptr<outlets::Outlet> GraphLink::getOutlet() const {
 }
 
 std::string GraphLink::describe() const {
-  return "ROS 2 domain " + std::to_string(impl->options.domain) + ", " +
-         rangeText(impl->options.range) + ", messages as " +
-         (impl->options.distro == ros2::RosDistro::humble ? "up to Humble" : "from Iron on");
+  return describeGraph(impl->options) + ", message layout: " +
+         (impl->options.distro == ros2::RosDistro::humble ? "Humble and older" : "Iron and newer");
 }
 
 std::string listGraphTopics(const GraphArguments& arguments, session::Session& session) {
@@ -139,12 +142,12 @@ std::string listGraphTopics(const GraphArguments& arguments, session::Session& s
   return asUsage([&] {
     ros2::Graph nobodys(options);
     const ros2::GraphRobot robot(nobodys, session, robotOptionsOf(arguments));
-    outlets::Table table({"topic", "type", "", "quality of service", "on the wire"});
+    outlets::Table table({"topic", "type", "", "quality of service", "in DDS"});
     for (const auto& wire : robot.getTopics())
       table.add({wire.topic.name, wire.topic.type, wire.isInput ? "in" : "out",
                  qosText(wire.topic.qos), wire.ddsName + " " + wire.ddsType});
     std::ostringstream text;
-    table.dropFirst({"on the wire", "quality of service"});
+    table.dropFirst({"in DDS", "quality of service"});
     table.print(text, getLineWidth());
     return text.str();
   });

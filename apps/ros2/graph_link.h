@@ -12,7 +12,7 @@ namespace QV::app {
 /** A ROS 2 graph that was joined, and the robot that a session is on it. */
 class GraphLink {
  public:
-  /** Joins the graph. UsageError for arguments that are none, and in a build without a graph. */
+  /** Joins the graph. Throws UsageError for invalid arguments, and in a build without ROS 2. */
   explicit GraphLink(const GraphArguments& arguments);
   ~GraphLink();
 
@@ -20,11 +20,11 @@ class GraphLink {
    * the end. */
   void open(session::Session& session);
   void close();
-  /** Does what the graph asks; nothing without a robot. */
+  /** Executes the graph's commands, if there is a robot. */
   void obey();
   /** The robot's outlet; null without a robot. */
   std::shared_ptr<outlets::Outlet> getOutlet() const;
-  /** Says in a line who sees it. */
+  /** Returns a line that says which programs see the robot. */
   std::string describe() const;
 
  private:

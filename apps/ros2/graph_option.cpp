@@ -5,10 +5,10 @@
 namespace QV::app {
 
 void GraphOption::addTo(CLI::App& command) {
-  CLI::Option* const flag =
-      command.add_flag("--ros2", asked, "be a robot of the ROS 2 graph, too (see docs/ros2.md)");
+  CLI::Option* const flag = command.add_flag(
+      "--ros2", asked, "also publish the robot on the ROS 2 graph (see docs/ros2.md)");
   for (CLI::Option* const option : arguments.addTo(command)) option->needs(flag);
-  // It would hear itself.
+  // A robot that is published and read would read itself.
   if (CLI::Option* const other = command.get_option_no_throw("--from-ros2")) flag->excludes(other);
 }
 

@@ -24,20 +24,20 @@ class GraphScope {
   const std::shared_ptr<GraphLink> link;
 };
 
-/** --ros2 and what goes with it: whether a session is a robot of a ROS 2 graph, too. */
+/** The option --ros2 and its further options: they publish a session on a ROS 2 graph. */
 class GraphOption {
  public:
   void addTo(CLI::App& command);
   bool isAsked() const { return asked; }
 
   /**
-   * Puts the session's robot on the graph, if that was asked for, until the scope ends, which must
-   * be before the session does. Says on standard error who sees it. Call it before the session
-   * runs. `isDriven`: it obeys others.
+   * Publishes the session's robot on the graph, if --ros2 was given, until the scope ends, which
+   * must be before the session does. Prints on standard error which programs see it. Call it before
+   * the session runs. `isDriven`: it obeys commands of the graph.
    */
   [[nodiscard]] GraphScope open(session::Session& session, bool isDriven);
 
-  /** Does what the graph asks. */
+  /** Executes the graph's commands. */
   void obey();
   /** Null without a robot. */
   std::shared_ptr<outlets::Outlet> getOutlet() const;

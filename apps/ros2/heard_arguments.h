@@ -7,7 +7,7 @@
 
 namespace QV::app {
 
-/** The arguments of the command line about a robot that a ROS 2 graph tells of. */
+/** The arguments of the command line for reading a robot on a ROS 2 graph. */
 struct HeardArguments {
   bool asked = false;
   /** "true", "false", or empty if nobody has said. */
@@ -15,7 +15,7 @@ struct HeardArguments {
   std::string nameSpace = {};
   std::vector<std::string> remaps = {};
 
-  /** Adds --from-ros2 and what goes with it. */
+  /** Adds --from-ros2 and its further options. */
   void addTo(CLI::App& command);
 };
 

@@ -8,7 +8,7 @@ namespace {
 
 [[noreturn]] void refuse() {
   throw session::UsageError(
-      "--ros2: this build has no ROS 2 graph; one with QV_BUILD_ROS2_GRAPH=ON has");
+      "--ros2: this program was built without ROS 2; build with QV_BUILD_ROS2_GRAPH=ON");
 }
 
 }  // namespace

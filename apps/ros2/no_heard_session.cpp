@@ -13,11 +13,13 @@ namespace {
 }  // namespace
 
 std::unique_ptr<session::Session> openHeardSession(const HeardArguments&, const std::string&,
+                                                   const sensor::SensorFactory&,
                                                    boost::shared_ptr<const OccupancyMap>) {
   refuseGraph();
 }
 
-std::string describeHeardRobot(const HeardArguments&, const std::string&) {
+std::string describeHeardRobot(const HeardArguments&, const std::string&,
+                               const sensor::SensorFactory&) {
   refuseGraph();
 }
 

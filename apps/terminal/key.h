@@ -6,13 +6,13 @@
 
 namespace QV::app {
 
-/** The keys of somebody at the keyboard, by what they ask for. */
+/** The keys of the user, by their action. */
 enum class Key { up, down, subscribe, enable, diagnose, quit };
 
-/** Makes keys of what a terminal sends; an arrow's three bytes may come in parts. */
+/** Turns a terminal's bytes into keys; an arrow's three bytes may come in parts. */
 class KeyReader {
  public:
-  /** Bytes that mean nothing give nothing. */
+  /** Unknown bytes give no key. */
   std::vector<Key> feed(std::string_view bytes);
 
  private:

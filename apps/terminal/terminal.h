@@ -14,13 +14,13 @@ struct ScreenSize {
   int rows;
 };
 
-/** UsageError unless both are a terminal. */
+/** Throws UsageError unless both are a terminal. */
 void checkTerminal(int input, int output);
 
 /**
- * A terminal's other screen, without echo and without a cursor, for as long as this lives. Keys
- * that interrupt still do; the one that stops the program does once the terminal is as it was; the
- * one that kills it with the terminal as it is is off. One at a time.
+ * The alternate screen of a terminal, without echo and cursor, while this lives. Ctrl-C still
+ * interrupts. Ctrl-Z first restores the terminal. Ctrl-\ is off, because it would leave the
+ * terminal as it is. Only one may exist at once.
  */
 class Terminal {
  public:
@@ -33,7 +33,7 @@ class Terminal {
   /** The present size; 80 by 24 for a terminal that does not say. */
   ScreenSize getSize() const;
 
-  /** std::runtime_error if the terminal takes nothing more. */
+  /** Throws std::runtime_error if the terminal takes no more output. */
   void show(const std::string& text) const;
 
   /** The keys that are pressed next; none after a while, or a signal. Its end counts as quit. */

@@ -23,7 +23,7 @@ bool Watch::press(Key key) {
   if (key == Key::down) xChoose(1);
   xNoteEnd();
   if (action.valid() || state.seen.sensors.empty()) return true;
-  // As it is now, not as it was shown.
+  // The key acts on the present state, not on the one shown.
   look();
   const std::string name = xChosen().name;
   if (key == Key::subscribe) xSwitchSubscription(name);

@@ -12,14 +12,14 @@
 namespace QV::app {
 
 /**
- * Watches a session's sensors, and does with them what keys ask for, on another thread, as starting
- * hardware takes its time; or at once, where that is simulated. For one thread; the session must
- * outlive it.
+ * Watches a session's sensors and executes the actions of keys: on another thread, because starting
+ * hardware takes time, or at once in simulated time. Use it on one thread; the session must outlive
+ * it.
  */
 class Watch {
  public:
   explicit Watch(session::Session& session, std::launch how = std::launch::async);
-  /** Waits for what is being done. */
+  /** Waits for the action in progress. */
   ~Watch();
   Watch(const Watch&) = delete;
   Watch& operator=(const Watch&) = delete;
@@ -29,7 +29,7 @@ class Watch {
   /** False for the key that quits. While one is being done, others but arrows are ignored. */
   bool press(Key key);
 
-  /** Looks at what is so now. */
+  /** Takes the present state. */
   const WatchState& look();
 
  private:

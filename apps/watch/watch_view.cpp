@@ -14,7 +14,7 @@ namespace {
 
 // The first that there is room for.
 constexpr const char* kKeyHelps[] = {
-    ("up/down: choose   s: subscribe or not   e: enable or not   d: clear or set the diagnosis   "
+    ("up/down: choose   s: subscribe/unsubscribe   e: enable/disable   d: diagnosis good/bad   "
      "q: quit"),
     "up/down: choose   s: subscribe   e: enable   d: diagnosis   q: quit",
     "up/down s:subscribe e:enable d:diagnosis q:quit"};
@@ -87,7 +87,7 @@ std::string styleOf(const session::SensorState& sensor, bool isChosen) {
 
 outlets::Table watchTableOf(const WatchState& state) {
   outlets::Table table({"sensor", "family", "enabled", "diagnosis", "started", ">subscribers",
-                        ">points", ">nearest m", ">age s", "health", "why, or last trouble"});
+                        ">points", ">nearest m", ">age s", "health", "reason, or last error"});
   for (const auto& sensor : state.seen.sensors) {
     table.add({sensor.name, sensor.family, yesOrNo(sensor.enabled),
                sensor.diagnosis ? "good" : "bad", yesOrNo(sensor.started),

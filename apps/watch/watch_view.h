@@ -9,12 +9,12 @@
 namespace QV::app {
 
 /**
- * A line for each sensor, below a header. Where there are fewer `columns` than it takes, those that
- * matter least go first; what is wrong goes on in lines below. 0 is room for all.
+ * Returns a line for each sensor, below a header. If `columns` is too small, the least important
+ * columns go first, and the reason continues in lines below. 0: no limit.
  */
 std::string watchTable(const WatchState& state, std::size_t columns = 0);
 
-/** The same as it fills a screen, with its title and the keys, drawn over what was there. */
+/** Returns the same for a whole screen, with title and keys, drawn over the last screen. */
 std::string watchScreen(const WatchState& state, const ScreenSize& size);
 
 }  // namespace QV::app

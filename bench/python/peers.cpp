@@ -1,4 +1,4 @@
-// What bench/python/run.py measures itself against, in C++: the same scans and the same reading.
+// The C++ peers of bench/python/run.py: the same scans and the same reading.
 #include <chrono>
 #include <span>
 

@@ -8,14 +8,16 @@
 namespace QV::outlets {
 
 /**
- * A file of records, in whole lines also when the session is interrupted. One that ends in .csv has
- * a line for each point; any other an object of JSON for each record, and where this is in the
- * robot's frame, "robotPose" with x, y, theta.
+ * A file of records. A name ending in .csv gives one line per point, any other name one JSON object
+ * per record. Records in the robot's ground frame also have "robotPose" with x, y, theta (m, rad).
+ * An interrupted session leaves complete lines.
  */
 class QV_API RecordFile : public Outlet {
  public:
-  /** Opens the file; "-" is standard output. One that can't be written: std::runtime_error, here
-   * and later. */
+  /**
+   * Opens the file; "-" is standard output. Throws std::runtime_error if it can't be written, here
+   * and later.
+   */
   explicit RecordFile(const std::string& path);
 
   void show(const session::Snapshot& snapshot) override;

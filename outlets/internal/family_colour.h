@@ -17,9 +17,9 @@ struct QV_API Colour {
 };
 
 /**
- * The colour of a family of sensors wherever it is drawn. People with any kind of colour vision
- * tell those of the library's families apart; another family's is taken from a few more by its
- * name, and so stays the same.
+ * Returns the colour of a family of sensors in all outlets. The colours of the library's families
+ * differ for every kind of colour vision. Another family gets one of a few more colours by its
+ * name, always the same.
  */
 QV_API Colour colourOfFamily(const std::string& family);
 

@@ -2,7 +2,7 @@
 
 #include "outlets/internal/family_colour.h"
 
-/** Colours that people with any kind of colour vision tell apart. */
+/** Colours that differ for every kind of colour vision. */
 namespace QV::outlets::hues {
 
 constexpr Colour kOrange{230, 159, 0};

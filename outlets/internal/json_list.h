@@ -7,7 +7,7 @@
 
 namespace QV::outlets {
 
-/** The form in which a command writes what it has found. */
+/** The format of a command's output. */
 enum class Format { table, json, jsonl, csv };
 
 /** Objects as one array of JSON, a line each, or as JSON lines. `out` must outlive it. */

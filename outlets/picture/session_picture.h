@@ -8,16 +8,16 @@
 
 namespace QV::outlets {
 
-/** UsageError unless `path` names a PNG in a folder that can be written to. */
+/** Throws UsageError unless `path` names a PNG in a writable folder. */
 QV_API void checkPicturePath(const std::string& path);
 
 /**
- * A PNG of a session: the robot's way over the map, and what its sensors told at its end. Written
- * when the session is over, if there was one.
+ * A PNG of a session: the robot's path over the map, and the sensors' last records. finish() writes
+ * it, if there was a snapshot.
  */
 class QV_API SessionPicture : public Outlet {
  public:
-  /** See checkPicturePath. */
+  /** Throws UsageError as checkPicturePath does. */
   explicit SessionPicture(std::string path);
 
   void show(const session::Snapshot& snapshot) override;
@@ -25,7 +25,7 @@ class QV_API SessionPicture : public Outlet {
 
  private:
   const std::string path;
-  /** The way in the map. */
+  /** The path in the map. */
   std::vector<Math::Pose2D> way;
   std::optional<session::Snapshot> last;
 };

@@ -22,7 +22,7 @@ namespace QV::outlets {
 namespace {
 
 ${arrays}
-// Without the 0 at the end, which is there for empty files.
+// Returns the content without the final 0, which is there for empty files.
 template <std::size_t size>
 std::string_view contentOf(const unsigned char (&bytes)[size]) {
   return {reinterpret_cast<const char*>(bytes), size - 1};

@@ -26,7 +26,7 @@ using MachineClock = std::chrono::steady_clock;
 constexpr char kSubscriber[] = "live view";
 constexpr std::chrono::milliseconds kTick{20};
 constexpr std::chrono::milliseconds kShowPeriod{100};
-// What a session that is too slow for the clock does not make up.
+// A slow session skips the time beyond this.
 constexpr std::chrono::milliseconds kMostAtOnce{50};
 
 // Each speaks subprotocols of its own.
@@ -57,13 +57,16 @@ class LiveServer::Impl {
     for (const auto& outlet : webOutlets) outlets.add(outlet);
   }
 
-  // Its clients go, and with them what they wanted.
+  // The clients' demand ends with the server.
   ~Impl() { session.setDemand({}); }
 
-  void runBriefly() {
+  void obey(const session::Demand& demand) {
     for (const LiveRequest& request : requests.takeUntil(ranUntil + kTick)) execute(request);
     goOnToGoal();
-    session.setDemand(outlets.getDemand());
+    session.setDemand(demand);
+  }
+
+  void goOn() {
     const auto now = MachineClock::now();
     const auto passed = std::min<MachineClock::duration>(now - ranUntil, kMostAtOnce);
     ranUntil = now;
@@ -142,7 +145,20 @@ void LiveServer::subscribe(const std::set<std::string>& sensorsOrFamilies) {
 }
 
 void LiveServer::runBriefly() {
-  impl->runBriefly();
+  impl->obey(getDemand());
+  impl->goOn();
+}
+
+session::Demand LiveServer::getDemand() const {
+  return impl->outlets.getDemand();
+}
+
+void LiveServer::obey(const session::Demand& demand) {
+  impl->obey(demand);
+}
+
+void LiveServer::goOn() {
+  impl->goOn();
 }
 
 }  // namespace QV::outlets

@@ -17,7 +17,7 @@ using Duration = boost::chrono::nanoseconds;
  * SimulatedTime has taken it over.
  *
  * - Units: nanoseconds. It is no wall clock: the time of day is not in it.
- * - Reserved: time point 0 is a time like any other; who needs "none" uses std::optional.
+ * - Special values: time point 0 is a time like any other; who needs "none" uses std::optional.
  * - Lifetime: nothing to make or to end.
  * - Threads: thread-safe, and no operation waits.
  * - Errors: none.

@@ -70,7 +70,7 @@ struct DeliveringScope {
   ~DeliveringScope() { delivering = false; }
 };
 
-// A line is often written by a destructor: nothing may leave a sink.
+// A line is often written by a destructor: no exception may leave a sink.
 void callSink(const SinkEntry& entry, const Record& record) noexcept {
   try {
     entry.sink(record);

@@ -13,7 +13,7 @@ std::vector<Record> LogRing::takeNew() {
 }
 
 void LogRing::xNote(const Record& line) {
-  // What a file said is as long as it was.
+  // Text from a file may be very long, so lines are cut.
   constexpr std::size_t kLongest = 2000;
   std::lock_guard lock(mutex);
   lines.push_back(line);

@@ -21,7 +21,7 @@ void PeriodicTask::setName(const std::string& name) {
 
 void PeriodicTask::setCallback(boost::function<void()> callback) {
   auto shared = boost::make_shared<const boost::function<void()>>(std::move(callback));
-  // The former one goes after the lock: what it captured may call back.
+  // The old callback is destroyed after the lock, because its captures may call back.
   impl->configure([&] { impl->callback.swap(shared); });
 }
 

@@ -14,7 +14,7 @@ namespace ko {
 /**
  * Calls a function again and again on the event loop's threads, with no strand; never two calls of
  * one task at once. What the callback throws is logged at error level, category "ko.PeriodicTask",
- * and the task goes on. Safe from any thread, the callback included.
+ * and the task goes on. Thread-safe, the callback included.
  *
  * Settings can be changed while the task is stopped; the setters throw std::logic_error otherwise.
  */

@@ -18,8 +18,8 @@ namespace QV::Math {
  *   are in S. The transform places S in the robot's ground frame G; that of a simulated sensor, in
  *   the map M. All-rays simulated sensors are an exception: see SimulatedSensorManager.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Reserved: no points means that there is nothing to report. A point at the maximum range or
- *   beyond is no echo, of a sonar for example. Age changes no record.
+ * - Special values: no points means that there is nothing to report. A point at the maximum range
+ *   or beyond is no echo, of a sonar for example. Age changes no record.
  * - Lifetime, threads: a value, to copy and keep.
  * - Errors: none.
  *

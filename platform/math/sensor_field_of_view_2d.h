@@ -13,7 +13,7 @@ namespace QV::Math {
  *     const QV::Math::SensorFieldOfView2D laser(0.05f, 5.0f, 1.05f, 61);
  */
 struct QV_API SensorFieldOfView2D {
-  /** The nearest and the farthest range, metres. What is farther meets nothing. */
+  /** The minimum and the maximum range, metres. A farther obstacle is a miss. */
   float minRange = 0.0f;
   float maxRange = 0.0f;
   /** The full horizontal aperture, radians; not half of it. */

@@ -108,7 +108,7 @@ Pose2D pose2DFromTransform(const Transform& transform) {
 }
 
 Transform transformFromPose2D(const Pose2D& pose) {
-  // Written out, so that what is not turned stays exactly as it is.
+  // The products are written out, so that a coordinate that is not turned stays exact.
   Transform result;
   result(0, 0) = result(1, 1) = std::cos(pose.theta);
   result(1, 0) = std::sin(pose.theta);

@@ -26,7 +26,8 @@ void QVBroker::registerModule(boost::shared_ptr<QVModule> module) {
 void QVBroker::unregisterModule(const std::string& name) {
   std::unique_lock<std::shared_mutex> lock(mutex);
   const auto removed = modules.extract(name);
-  // What is removed may die here, and its destructor may call others.
+  // The removed module may be destroyed here, and its destructor may call others, so the lock is
+  // released first.
   lock.unlock();
   if (removed.empty()) {
     throw QVError("QVBroker", "unregisterModule", "no module \"" + name + "\"");

@@ -20,14 +20,14 @@ class QVProxy;
  * The middleware's switchboard: holds modules by name and carries every call to them.
  *
  * Each call of each proxy passes through call(), and each proxy is made after isModulePresent(): a
- * broker of a derived class sees, fails or delays whatever it likes.
+ * broker of a derived class can see, fail or delay every call.
  *
  * - Lifetime: owned by a shared pointer. Proxies do not keep it alive; a ScopedModule does.
  * - Threads: thread-safe. It holds no lock while a method runs, so several threads may be in one
  *   method.
- * - Errors: an unknown module, or a name in use, is a QVError.
+ * - Errors: QVError for an unknown module or a name in use.
  *
- * A module of one's own, and a call of it:
+ * A module of your own, and a call of it:
  *
  *     const auto switchboard = QV::QVBroker::create();
  *     const auto horn = boost::make_shared<QV::QVModule>("Horn");
@@ -38,7 +38,7 @@ class QVProxy;
 class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
  public:
   /**
-   * Makes a broker, of a derived class if T says so, that the manager knows as long as it lives.
+   * Makes a broker of class T, which QVBrokerManager knows as long as it lives.
    */
   template <typename T = QVBroker, typename... A>
   static boost::shared_ptr<T> create(A&&... arguments) {
@@ -53,24 +53,25 @@ class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
   QVBroker(const QVBroker&) = delete;
   QVBroker& operator=(const QVBroker&) = delete;
 
-  /** Adds a module. A null one or a name in use: QVError. */
+  /** Adds a module. Throws QVError for null or a name in use. */
   void registerModule(boost::shared_ptr<QVModule> module);
   /**
-   * Removes a module. Calls that run go on to their end; later ones fail. An unknown name: QVError.
+   * Removes a module. Calls in progress finish; later ones fail. Throws QVError for an unknown
+   * name.
    */
   void unregisterModule(const std::string& name);
 
   virtual bool isModulePresent(const std::string& name) const;
 
-  /** Makes a proxy of a module; an unknown one: QVError. The interface has a `timeout`, which is
-   * not used: a module is there or not. */
+  /** Makes a proxy of a module. Throws QVError for an unknown one. The interface has a `timeout`,
+   * which is not used: a module is there or not. */
   boost::shared_ptr<QVProxy> getProxy(const std::string& name, int timeout = 0);
   template <typename T>
   boost::shared_ptr<T> getSpecialisedProxy(const std::string& name) {
     return boost::make_shared<T>(shared_from_this(), name);
   }
 
-  /** Runs a method of a module on this thread; an unknown module: QVError at once. */
+  /** Runs a method of a module on this thread. Throws QVError at once for an unknown module. */
   virtual QVValue call(const std::string& module, const std::string& method, QVArguments arguments);
 
  private:
@@ -84,7 +85,7 @@ class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
  */
 class QV_API ScopedModule {
  public:
-  /** Registers the module as QVBroker::registerModule does; no broker: QVError. */
+  /** Registers the module as QVBroker::registerModule does. Throws QVError for a null broker. */
   ScopedModule(boost::shared_ptr<QVBroker> broker, boost::shared_ptr<QVModule> module);
   /** Unregisters the module, unless that was done already. Calls that run go on to their end. */
   ~ScopedModule();

@@ -12,7 +12,7 @@ namespace QV {
 
 class QVBroker;
 
-/** Knows the brokers of the process, for callers that were given none. Safe from any thread. */
+/** Knows the brokers of the process, for callers that were given none. Thread-safe. */
 class QV_API QVBrokerManager {
  public:
   /** Never null, lives as long as the process. */
@@ -21,7 +21,7 @@ class QV_API QVBrokerManager {
   QVBrokerManager(const QVBrokerManager&) = delete;
   QVBrokerManager& operator=(const QVBrokerManager&) = delete;
 
-  /** Any broker: the oldest that lives. None at all: QVError. */
+  /** Returns any broker: the oldest that lives. Throws QVError if there is none. */
   boost::shared_ptr<QVBroker> getRandomBroker();
 
   /** A broker is forgotten as it dies. */

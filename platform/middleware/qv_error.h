@@ -8,8 +8,8 @@
 namespace QV {
 
 /**
- * An error of the middleware: which module, which of its methods, and what is wrong; what() reads
- * "module::method: message". Copyable.
+ * An error of the middleware, with module, method and message. what() reads "module::method:
+ * message". Copyable.
  */
 class QV_API QVError : public std::runtime_error {
  public:

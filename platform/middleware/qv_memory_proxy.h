@@ -11,23 +11,24 @@ class QV_API QVMemoryProxy : public QVProxy {
   explicit QVMemoryProxy(const boost::shared_ptr<QVBroker>& broker,
                          const std::string& module = MemoryContract::kModule);
 
-  /** The value of a key; invalid for an event that was never raised. An unknown key: QVError. */
+  /** Returns the value of a key; invalid for an event that was never raised. Throws QVError for an
+   * unknown key. */
   QVValue getData(const std::string& key) const;
 
   /**
-   * The 32-bit float or int that a key is stored in, good for the memory's life; to be read and
-   * written through std::atomic_ref. An unknown key or one of another type: QVError.
+   * Returns the 32-bit float or int that holds a key, valid as long as the memory. Read and write
+   * it through std::atomic_ref. Throws QVError for an unknown key or one of another type.
    */
   void* getDataPtr(const std::string& key) const;
 
   /**
-   * Sets a key, made if needed. An int beyond 32 bits, or another type than that of a key whose
-   * pointer was handed out: QVError.
+   * Sets a key; makes it if needed. Throws QVError for an int beyond 32 bits, or for another type
+   * than that of a key whose pointer was handed out.
    */
   void insertData(const std::string& key, const QVValue& value) const;
 
   void declareEvent(const std::string& event) const;
-  /** Sets the key of that name, and tells the subscribers; undeclared events are declared. */
+  /** Sets the event's key and notifies the subscribers; declares an undeclared event. */
   void raiseEvent(const std::string& event, const QVValue& value) const;
 
   /**
@@ -37,9 +38,9 @@ class QV_API QVMemoryProxy : public QVProxy {
    */
   void subscribeToEvent(const std::string& event, const std::string& module,
                         const std::string& method) const;
-  /** Ends a subscription: no call begins after this returns, and one that runs has ended, unless
-   * this is called from it. No such subscription: QVError. The "To" in the name is the
-   * interface's. */
+  /** Ends a subscription. No call begins after this returns, and a call in progress has ended,
+   * unless this is called from it. Throws QVError without such a subscription. The "To" in the name
+   * is the interface's. */
   void unsubscribeToEvent(const std::string& event, const std::string& module) const;
 
   /** Subscribes as the two above, apart from them; `message` takes the third argument's place. */

@@ -18,21 +18,30 @@ namespace QV {
 using QVArguments = std::span<const QVValue>;
 
 /**
- * A service with a name, whose methods others call by name through a broker.
+ * A service with a name, whose methods others call by name through a broker. Make a module, bind
+ * its methods, and register it at a QVBroker. Callers then reach it through a QVProxy, which needs
+ * the names only.
  *
- * - Lifetime: not copyable. Bind methods before the module is registered at a broker. What a method
- *   refers to must outlive the module.
- * - Threads: a method runs on the caller's thread, several at once.
- * - Errors: whatever standard exception a method throws reaches the caller as a QVError that names
- *   module and method; so does a wrong number or type of arguments.
+ * - Units: none; arguments and results mean what the module's contract says.
+ * - Special values: a method without a result answers the invalid value.
+ * - Lifetime: not copyable. Bind methods before the module is registered at a broker. Objects that
+ *   a method refers to must outlive the module. A module that is unregistered during a call lives
+ *   until that call ends.
+ * - Threads: a method runs on the caller's thread, several at once. Guard the data that it shares.
+ * - Errors: a standard exception of a method reaches the caller as a QVError with module and
+ *   method. So does a wrong number or type of arguments. Other exceptions reach the caller as they
+ *   are.
  *
- * A motion service that knows the robot's speed:
+ * A motion service that knows the robot's speed (x, y in m/s, theta in rad/s):
  *
  *     const auto motion = boost::make_shared<QV::QVModule>("QVMotion");
  *     motion->bindMethod("getRobotVelocity", [] { return std::vector<float>{0.3f, 0.0f, 0.0f}; });
+ *     const auto broker = QV::QVBroker::create();
+ *     broker->registerModule(motion);
  */
 class QV_API QVModule {
  public:
+  /** Makes a module without methods. `name` is the name at the broker: "QVMotion". */
   explicit QVModule(const std::string& name);
   virtual ~QVModule();
   QVModule(const QVModule&) = delete;
@@ -40,9 +49,10 @@ class QV_API QVModule {
 
   const std::string& getName() const { return name; }
 
-  /** Offers `callable`, a function or a function object, under a name; arguments and result
-   * travel as QVValue converts them. A name bound already, or a module registered already:
-   * QVError. */
+  /**
+   * Offers `callable`, a function or a function object, under a name. Arguments and result are
+   * converted by QVValue. Throws QVError if the name is bound or the module is registered already.
+   */
   template <typename F>
   void bindMethod(const std::string& method, F callable) {
     using Signature = decltype(std::function(callable));
@@ -54,6 +64,7 @@ class QV_API QVModule {
     bindMethod(method,
                [self, member](A... a) -> R { return (self->*member)(std::forward<A>(a)...); });
   }
+  /** Offers a const member function of `self`, which must outlive the module. */
   template <typename C, typename R, typename... A>
   void bindMethod(const std::string& method, R (C::*member)(A...) const,
                   std::type_identity_t<const C>* self) {
@@ -62,8 +73,8 @@ class QV_API QVModule {
   }
 
   /**
-   * Runs a method; one without result answers the invalid value. An unknown method, a wrong number
-   * or type of arguments, and whatever standard exception the method throws come as QVError.
+   * Runs a method and returns its result, the invalid value without one. Throws QVError for an
+   * unknown method, a wrong number or type of arguments, or a standard exception of the method.
    */
   QVValue call(std::string_view method, QVArguments arguments) const;
 
@@ -76,7 +87,7 @@ class QV_API QVModule {
     std::string name = std::string();
   };
 
-  // A string, an array or a value is lent to the method, the rest is converted.
+  // A string, an array or a value is passed by reference, other types are converted.
   template <typename A>
   static decltype(auto) xToArgument(const QVValue& value) {
     using T = std::remove_cvref_t<A>;

@@ -17,20 +17,25 @@ namespace QV {
 class QVBroker;
 
 /**
- * A module as its callers see it: calls methods by name, on the caller's thread.
+ * The caller's side of a module: calls its methods by name, on the caller's thread.
  *
+ * - Units: none; arguments and results mean what the module's contract says.
+ * - Special values: a method without a result gives the invalid QVValue.
  * - Lifetime: copyable, copies are interchangeable. It keeps neither the broker nor the module
- *   alive: a call after either is gone is a QVError at once, and reaches a module that was
- *   registered again under the name.
- * - Threads: thread-safe.
- * - Errors: all are QVErrors, see QVModule::call.
+ *   alive: a call after either is gone throws QVError at once. A module that is registered again
+ *   under the name is reached again.
+ * - Threads: thread-safe; no lock is held during a call.
+ * - Errors: QVError for a missing module or method, for wrong arguments, for an exception of the
+ *   method, and for a result that does not convert.
+ *
+ * The robot's speed (x, y in m/s, theta in rad/s):
  *
  *     const QV::QVProxy motion(robot.getBroker(), "QVMotion");
  *     const auto velocity = motion.call<std::vector<float>>("getRobotVelocity");
  */
 class QV_API QVProxy {
  public:
-  /** Makes a proxy. No broker, or a module that it does not have: QVError. */
+  /** Makes a proxy. Throws QVError for a null broker or an unknown module. */
   QVProxy(const boost::shared_ptr<QVBroker>& broker, const std::string& module);
   virtual ~QVProxy();
   QVProxy(const QVProxy&);
@@ -38,8 +43,8 @@ class QV_API QVProxy {
 
   const std::string& getModuleName() const { return module; }
 
-  /** Calls a method and returns its result as an R. What goes wrong is a QVError, see
-   * QVModule::call. */
+  /** Calls a method and returns its result as an R, a type that QVValue::as() knows. Throws
+   * QVError, see above. */
   template <typename R, typename... A>
   R call(const std::string& method, A&&... arguments) const {
     const std::array<QVValue, sizeof...(A)> values{QVValue(std::forward<A>(arguments))...};
@@ -50,7 +55,7 @@ class QV_API QVProxy {
   void callVoid(const std::string& method, A&&... arguments) const {
     call<QVValue>(method, std::forward<A>(arguments)...);
   }
-  /** Calls a method with arguments counted at run time. */
+  /** Calls a method with a number of arguments that is known only at run time. */
   QVValue call(const std::string& method, const std::vector<QVValue>& arguments) const;
 
  private:

@@ -28,7 +28,7 @@ std::string shortest(T value) {
   return std::string(buffer.data(), end);
 }
 
-// What came from a float reads as that float: 0.1, not 0.10000000149011612.
+// A value that came from a float is written as that float: 0.1, not 0.10000000149011612.
 std::string textOf(double value) {
   const auto single = static_cast<float>(value);
   std::string text = static_cast<double>(single) == value ? shortest(single) : shortest(value);

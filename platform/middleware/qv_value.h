@@ -20,21 +20,26 @@
 namespace QV {
 
 /**
- * A value of a type known at run time: what memory keys, event payloads, arguments and results are
- * made of.
+ * A value of a type known at run time. Memory keys, event payloads, arguments and results hold such
+ * values.
  *
- * - Reserved: the invalid value stands for "no result".
- * - Lifetime: a value. Arrays and binary buffers are immutable and shared, so a copy costs no more
- *   than a count. Moving never throws, and leaves an empty value of the type or the same one.
- * - Threads: reading is thread-safe.
- * - Errors: a conversion that does not exist throws QVError naming both types.
+ * - Types: bool, int (64 bits), float (a double inside), string, array of values, binary buffer.
+ * - Units: none; the module that gives a value says what it means. Times and durations are ints, in
+ *   nanoseconds.
+ * - Special values: the invalid value stands for "no result".
+ * - Conversions: ints and floats convert into each other, and a bool into 0 or 1; nothing else
+ *   converts. A float that becomes an int is truncated, saturates at the int's limits and is 0 for
+ *   NaN. isInt() and its like are exact: they look at the type alone.
+ * - Lifetime: a value type. Arrays and binary buffers are immutable and shared, so a copy costs no
+ *   more than a count. Moving never throws, and leaves an empty value of the type or the same one.
+ * - Threads: reading is thread-safe. Writing needs a lock of your own.
+ * - Errors: a missing conversion throws QVError with both types, a missing element with the index.
  *
- * Ints and floats convert into each other and a bool into 0 or 1; nothing else converts. A float
- * that becomes an int is truncated, saturates at the int's limits and is 0 for NaN. isInt() and its
- * like are exact.
+ * A touch event, made and read again:
  *
  *     const QV::QVValue touch = QV::QVValue::array("FrontBumper", true, 2);
  *     std::cout << touch[0].toString() << (touch[1].toBool() ? " pressed" : " free") << '\n';
+ *     for (const QV::QVValue& part : touch.toArray()) std::cout << part.toText() << '\n';
  */
 class QV_API QVValue {
  public:
@@ -43,31 +48,36 @@ class QV_API QVValue {
   using Bytes = std::vector<std::uint8_t>;
   using Binary = std::shared_ptr<const Bytes>;
 
-  /** The invalid value. */
+  /** Makes the invalid value. */
   QVValue() noexcept = default;
+  /** Makes a bool; no pointer and no number turns into one. */
   template <std::same_as<bool> T>
   QVValue(T value) noexcept : data(value) {}
-  /** An unsigned number above the 64-bit int's limit saturates. */
+  /** Makes an int; an unsigned number above the 64-bit limit saturates. */
   template <std::integral T>
   requires(!std::same_as<T, bool>) QVValue(T value)
   noexcept : data(clampTo<std::int64_t>(value)) {}
+  /** Makes a float, which keeps the precision of a double. */
   template <std::floating_point T>
   QVValue(T value) noexcept : data(static_cast<double>(value)) {}
+  /** Makes a string, of any bytes. */
   QVValue(std::string value) noexcept : data(std::move(value)) {}
   QVValue(std::string_view value) : data(std::string(value)) {}
   QVValue(const char* value) : data(std::string(value)) {}
   QVValue(std::nullptr_t) = delete;
+  /** Makes an array; its elements may have different types. */
   QVValue(Array value) : data(Shared<Array>{std::make_shared<const Array>(std::move(value))}) {}
-  /** A binary value; a null pointer stands for no bytes. */
+  /** Makes a binary value that shares the buffer; a null pointer stands for no bytes. */
   QVValue(Binary value);
   QVValue(Bytes value) : QVValue(Binary(std::make_shared<const Bytes>(std::move(value)))) {}
+  /** Makes an array of the elements. */
   template <typename T>
   QVValue(const std::vector<T>& values) : QVValue(Array(values.begin(), values.end())) {}
-  /** An int, in nanoseconds. */
+  /** Makes an int, in nanoseconds of ko::Clock. */
   QVValue(ko::Clock::time_point value) noexcept : QVValue(value.time_since_epoch()) {}
   QVValue(ko::Duration value) noexcept : data(std::int64_t{value.count()}) {}
 
-  /** An array of the given values, each of a type of its own. */
+  /** Returns an array of the given values, each of its own type. */
   template <typename... T>
   static QVValue array(T&&... values) {
     Array result;
@@ -85,37 +95,41 @@ class QV_API QVValue {
   bool isArray() const noexcept { return getType() == Type::array; }
   bool isBinary() const noexcept { return getType() == Type::binary; }
 
+  /** Returns the bool. Throws QVError for other types; numbers do not convert. */
   bool toBool() const;
+  /** Converts a number or a bool. Throws QVError for other types, as those below do. */
   std::int64_t toInt() const;
-  /** Saturates at the limits of 32 bits. */
+  /** Converts as toInt() does; saturates at the limits of 32 bits. */
   std::int32_t toInt32() const { return clampTo<std::int32_t>(toInt()); }
   float toFloat() const { return static_cast<float>(toDouble()); }
   double toDouble() const;
-  /** References stay good as long as this value is neither assigned to nor destroyed. */
+  /** Returns the string. The references are valid until this value is assigned to or destroyed. */
   const std::string& toString() const;
   const Array& toArray() const;
-  /** The buffer; never null. */
+  /** Returns the buffer; never null. */
   const Binary& toBinary() const;
 
   /**
-   * The value as a T: bool, an integer (saturating), a float, a string, QVValue, Binary, Bytes, a
-   * std::vector of such types, or a ko::Clock::time_point or ko::Duration, from an int only.
+   * Returns the value as a T: bool, an integer (saturating), a float, a string, QVValue, Binary,
+   * Bytes, a std::vector of such types, or a ko::Clock::time_point or ko::Duration, from an int
+   * only. Throws QVError if it does not convert.
    */
   template <typename T>
   T as() const;
 
-  /** The number of elements of an array, or of bytes of a string or buffer. */
+  /** Returns the number of elements of an array, or of bytes of a string or buffer. Throws QVError
+   * for other types. */
   std::size_t getSize() const;
-  /** An element of an array; out of range: QVError. */
+  /** Returns an element of an array, counted from 0. Throws QVError out of range. */
   const QVValue& operator[](std::size_t index) const;
 
-  /** Writes it for people: strings in quotes, arrays in brackets, a buffer as its size. */
+  /** Returns a text for people: strings in quotes, arrays in brackets, a buffer as its size. */
   std::string toText() const;
 
-  /** Equal in type and content. */
+  /** Compares type and content: the int 1 and the float 1.0 differ. */
   friend bool operator==(const QVValue&, const QVValue&) = default;
 
-  /** "int", "float", ... */
+  /** Returns "int", "float", ... */
   static const char* getTypeName(Type type);
   /** The name of the type that as<T>() expects: also "any", or "array of float". */
   template <typename T>

@@ -21,7 +21,7 @@ class QV_API CollisionShape {
 
   const std::string& getName() const { return name; }
   const Math::Shape3D& getShape() const { return shape; }
-  /** The shape's frame in that of its parent joint. */
+  /** The pose of the shape in the frame of its parent joint (m, rad). */
   const Math::Transform& getTransform() const { return transform; }
   /** The joint that carries it; empty for a shape of the root link. */
   const std::string& getParentJoint() const { return parentJoint; }

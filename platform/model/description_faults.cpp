@@ -40,7 +40,7 @@ void checkRange(const SensorConfig& config, Faults& faults) {
   const auto view = properties.getFieldOfView();
   if (!properties.has("maximumDetectionDistance") || view.minRange <= view.maxRange) return;
   faults.push_back({config.name, "minimumDetectionDistance is above maximumDetectionDistance",
-                    "at most " + config.properties.at("maximumDetectionDistance")});
+                    "at most " + properties.getText("maximumDetectionDistance")});
 }
 
 std::string anyTypeOf(const SensorKinds& kinds) {

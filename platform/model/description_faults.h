@@ -9,7 +9,7 @@
 
 namespace QV::Model {
 
-/** Something in a description that can be read, but hardly as it was meant. */
+/** A likely mistake in a description that is well-formed otherwise. */
 struct QV_API DescriptionFault {
   /** Empty for a sensor without a name. */
   std::string sensor;
@@ -18,15 +18,14 @@ struct QV_API DescriptionFault {
   /** The text that should be there: "metres". */
   std::string expected;
 
-  /** The sensor, what and expected, as a line. */
+  /** Returns `sensor`, `what` and `expected` as one line. */
   std::string toText() const;
 };
 
 /**
- * The sensors' slips, in the order of their names: properties that are unknown, missing, no number
- * or beyond their limits, a wrong number of memory keys, two sensors on one memory key, a number
- * that is no kind's; then types that are nearly the name of a kind, and words that are none where
- * the sensor has properties or memory keys.
+ * Returns the likely mistakes, sorted by sensor name: unknown, missing or invalid properties, wrong
+ * numbers of memory keys, shared memory keys and unknown type numbers. Misspelt type names follow,
+ * and unknown ones of sensors with properties or memory keys.
  */
 QV_API std::vector<DescriptionFault> findDescriptionFaults(
     const Robot& robot, const SensorKinds& kinds = SensorKinds::standard());

@@ -11,28 +11,28 @@ namespace QV::Model {
 
 enum class JointType { fixed, revolute, continuous, prismatic, planar, floating };
 
-/** True if one number, in radians or metres, says where a joint of this type stands. */
+/** True if the joint's position is one number (rad or m). */
 inline bool hasPosition(JointType type) {
   return type == JointType::revolute || type == JointType::continuous ||
          type == JointType::prismatic;
 }
 
 /**
- * The ends of a joint's range, in radians, or metres for a prismatic joint. A continuous one has
+ * The ends of a joint's range, in radians, or metres for a prismatic joint. A continuous joint has
  * none.
  */
 struct QV_API JointLimits {
   float lower = 0.0f;
   float upper = 0.0f;
-  /** Newton metres or newtons. */
+  /** The maximum effort (Nm, or N for a prismatic joint). */
   float effort = 0.0f;
-  /** Per second. */
+  /** The maximum velocity (rad/s, or m/s for a prismatic joint). */
   float velocity = 0.0f;
 
   friend bool operator==(const JointLimits&, const JointLimits&) = default;
 };
 
-/** The position is `multiplier` times that of `joint`, which mimics none, plus `offset`. */
+/** position = multiplier * position(joint) + offset (rad or m). `joint` itself mimics no other. */
 struct QV_API JointMimic {
   std::string joint;
   float multiplier = 1.0f;
@@ -47,9 +47,9 @@ struct QV_API JointConfig {
   JointType type = JointType::fixed;
   std::string parentLink;
   std::string childLink;
-  /** The joint's frame at position 0, in that of the parent link. */
+  /** The pose of the joint's frame at position 0 in the frame of the parent link (m, rad). */
   Math::Transform origin;
-  /** The axis in the joint's frame, of unit length; means nothing for fixed and floating joints. */
+  /** The axis in the joint's frame, of unit length; unused for fixed and floating joints. */
   Math::Position3D axis{1.0f, 0.0f, 0.0f};
   /** The range; every revolute and prismatic joint has one. */
   std::optional<JointLimits> limits;

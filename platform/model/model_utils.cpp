@@ -86,7 +86,7 @@ class Reader {
     for (const XMLElement* element : childrenOf(root, "link")) {
       const std::string name = requiredText(*element, "name");
       if (!links.emplace(name, element).second) {
-        fail(*element, "a name of its own expected, another link is called " + quoted(name));
+        fail(*element, "a name of its own expected, another link is called " + withQuotes(name));
       }
       robot.links.push_back(name);
     }
@@ -111,7 +111,8 @@ class Reader {
     auto shape =
         std::make_shared<CollisionShape>(name, shapeOf(collision), originOf(collision), joint);
     if (!robot.collisionShapes.emplace(name, std::move(shape)).second) {
-      fail(collision, "a name of its own expected, another collision is called " + quoted(name));
+      fail(collision,
+           "a name of its own expected, another collision is called " + withQuotes(name));
     }
   }
 

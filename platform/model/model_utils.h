@@ -10,9 +10,9 @@ namespace QV::Model::ModelUtils {
 
 /**
  * Reads a robot description: URDF with this library's own elements (docs/robot-description.md).
- * A malformed one throws std::runtime_error naming line, element and what was expected. Numbers
- * read the same in every locale. `kinds` are the words that may stand for a sensor's type; any
- * other word leaves the sensor to another tool. Safe from any thread.
+ * Throws std::runtime_error that names line, element and expectation. Numbers read the same in
+ * every locale. `kinds`: the sensor kinds that `type` may name; a sensor of another type is left to
+ * other tools. Thread-safe.
  */
 QV_API Robot robotFromXml(const std::string& xml,
                           const SensorKinds& kinds = SensorKinds::standard());

@@ -14,9 +14,9 @@ struct QV_API SensorConfig {
   std::string name;
   /** The link that carries it. */
   std::string parentLink;
-  /** The number of its kind, also where the description has the name. */
+  /** The number of its kind. A name in the description is turned into the number. */
   int type = 0;
-  /** The sensor's frame in that of its link. */
+  /** The pose of the sensor's frame in the frame of its link (m, rad). */
   Math::Transform origin;
   /** The properties as written; those that are numbers are read with atofC. */
   std::map<std::string, std::string> properties;

@@ -9,24 +9,24 @@
 
 namespace QV::Model {
 
-/** The meaning of the points of a kind's records, and so how they may be judged and drawn. */
+/** The meaning of the points of a kind's records. Health and drawing depend on it. */
 enum class PointMeaning {
-  /** An echo, somewhere on the arc through the points; beyond the maximum range: no echo. */
+  /** An obstacle somewhere on the arc through the points. Beyond the maximum range: no echo. */
   arc,
-  /** The ends of single beams, in the plane of the sensor; at the maximum range or left out:
+  /** The ends of beams in the sensor's plane. A beam at the maximum range, or without a point, met
    * nothing. */
   scan,
-  /** A point nearer than the maximum range for "something is there", at it for "nothing is". */
+  /** A single point. Nearer than the maximum range: something is there; at it: nothing is. */
   zone,
-  /** Places of surfaces and people that were made out, in three dimensions. */
+  /** The places of detected surfaces and people, in three dimensions. */
   sighting,
-  /** The floor, which is the same wherever the robot goes; at the minimum range: a hole. */
+  /** Points on the floor, the same wherever the robot goes. At the minimum range: a hole. */
   floor,
-  /** A part of the body that touches something; its place says which part. */
+  /** The place of a part of the body that touches something. */
   touch
 };
 
-/** The occasions on which a sound sensor that is started may give no record. */
+/** The situations in which a sound, started sensor may give no record. */
 enum class Silence { never, whileMoving, always };
 
 /** The quantity of a property's text, and its unit. */
@@ -34,7 +34,7 @@ enum class Quantity { text, number, metres, radians, seconds, memoryKey, actuato
 
 /** The name of a quantity in messages: "a number", "metres", "a memory key". */
 QV_API const char* nameOf(Quantity quantity);
-/** True if such a text is a number. */
+/** True if a property of this quantity is a number. */
 QV_API bool isNumber(Quantity quantity);
 
 /** A property of a sensor in a robot description. */
@@ -43,16 +43,16 @@ struct QV_API PropertyRule {
   Quantity quantity = Quantity::text;
   /** True if the sensor can't be used without it. */
   bool isRequired = false;
-  /** The limits of a number, which are allowed themselves; none if both are 0. */
+  /** The smallest and the largest number allowed; no limits if both are 0. */
   double least = 0.0;
   double most = 0.0;
   /** True if several sensors may name the same memory key in it. */
   bool isShared = false;
-  /** True if none is made without it; else one is, and is of no use. */
+  /** True if the sensor can't be built without it. If false, it is built but can't be used. */
   bool isNeededToMake = false;
 
   bool hasLimits() const { return least != 0.0 || most != 0.0; }
-  /** Says what is expected, for messages: "metres from 0 to 1000". */
+  /** Returns the expectation, for messages: "metres from 0 to 1000". */
   std::string toText() const;
 };
 
@@ -62,7 +62,7 @@ struct QV_API PropertyRule {
  */
 QV_API const std::vector<PropertyRule>& commonProperties();
 
-/** The content of a memory key, for those who read it beside the sensor. */
+/** The content of a memory key, for readers other than the sensor: recorder and graph. */
 enum class KeyContent {
   other,
   /** Metres; beyond the maximum range: nothing. */
@@ -87,9 +87,8 @@ struct QV_API KeyRule {
 };
 
 /**
- * A kind of sensor: all that is known of it, for whoever makes, feeds, judges or draws its sensors.
- * A robot has a kind, too: that is another number, see SimulatedSensorManager and `<kind>` in
- * descriptions.
+ * A kind of sensor: a row of the table that manager, virtual robot, health and drawing use. A
+ * robot's kind is another number, see SimulatedSensorManager and `<kind>` in descriptions.
  *
  *     QV::Model::SensorKind cliff = {40, "Cliff", "Cliff", QV::Model::PointMeaning::zone};
  *     cliff.keys = {1, 1, 1, "range of the floor (m)"};
@@ -97,29 +96,29 @@ struct QV_API KeyRule {
 struct QV_API SensorKind {
   /** The number that stands for it in a description; above 0. */
   int type = 0;
-  /** The word that does: "Sonar". */
+  /** The name that stands for it in a description: "Sonar". */
   std::string name;
-  /** The family that its sensors are subscribed to by. */
+  /** The family of its sensors, a name to subscribe to. */
   std::string family;
   PointMeaning points = PointMeaning::scan;
   Silence silence = Silence::never;
-  /** True if it measures again and again, rather than telling of changes. */
+  /** True if it measures periodically; false if it reports changes only. */
   bool hasRate = true;
   /**
-   * True if a record leaves out the beams that met nothing, and so may have no points. Else they
+   * True if a record leaves out beams that met nothing, and so may have no points. False if they
    * are in it, at the maximum range.
    */
   bool leavesOutMisses = true;
-  /** True if one sensor stands for all that a description lists of the kind. */
+  /** True if all sensors of this kind in a description become one sensor (touch). */
   bool standsForAll = false;
   std::vector<PropertyRule> properties = {};
   KeyRule keys = {};
-  /** The time between two measurements, where a description says nothing else. */
+  /** The default time between two measurements. */
   ko::Duration period = ko::Duration(100'000'000);
 
-  /** The rule of a property, of the kind's own or of a common one; null for an unknown name. */
+  /** Returns the rule of one of its properties or of a common one; null for an unknown name. */
   const PropertyRule* findProperty(const std::string& property) const;
-  /** True if what it sees are images of the video device. */
+  /** True if it reads images of the video device. */
   bool isCamera() const;
 };
 

@@ -9,8 +9,8 @@
 namespace QV::Model {
 
 /**
- * The table of sensor kinds, a row each. A value: whoever knows more kinds copies it and adds his.
- * Reading is thread-safe.
+ * The table of sensor kinds, a row each. A value type: to add kinds, copy the standard table and
+ * call add(). Reading is thread-safe.
  */
 class QV_API SensorKinds {
  public:
@@ -20,16 +20,17 @@ class QV_API SensorKinds {
   static const SensorKinds& standard();
 
   /**
-   * A type that is not above 0, an empty or repeated name, a repeated type: std::invalid_argument.
+   * Adds a kind. Throws std::invalid_argument for a type of 0 or less, an empty or repeated name,
+   * or a repeated type.
    */
   void add(const SensorKind& kind);
 
   /** All kinds in the order of their types. */
   const std::vector<SensorKind>& getAll() const { return kinds; }
-  /** Each of these is null if there is none; the pointers last until the next `add`. */
+  /** Each of these returns null if there is none; the pointers are valid until the next add(). */
   const SensorKind* findType(int type) const;
   const SensorKind* findName(const std::string& name) const;
-  /** The first of the family. */
+  /** Returns the first kind of the family. */
   const SensorKind* findFamily(const std::string& family) const;
 
  private:

@@ -10,8 +10,8 @@
 namespace QV::Model {
 
 /**
- * A sensor's properties, read as what they say. Numbers are read as C's atof does in the C locale:
- * the longest prefix that is one, after blanks; 0 for any other text and for a missing property.
+ * Typed access to a sensor's properties. Numbers are read as C's atof does in the C locale: the
+ * longest numeric prefix after blanks; 0 for any other text and for a missing property.
  */
 class QV_API SensorProperties {
  public:
@@ -22,18 +22,18 @@ class QV_API SensorProperties {
   bool has(const std::string& name) const { return properties.count(name) > 0; }
   /** Returns the text as written; an empty one if it is missing. */
   std::string getText(const std::string& name) const;
-  /** May be infinite or NaN. */
+  /** Returns the number, which may be infinite or NaN. */
   float getNumber(const std::string& name) const;
   /** Returns the number; 0 for one that is not finite. */
   float getFinite(const std::string& name) const;
-  /** Rounded towards 0, the nearest int for what is beyond 32 bits; 0 for NaN. */
+  /** Returns the number truncated to an int; saturates beyond 32 bits; 0 for NaN. */
   int getInteger(const std::string& name) const;
-  /** Radians, cut off at 0 and a full turn; 0 for a number that is not finite. */
+  /** Returns the angle in radians, clamped to 0 to 2 pi; 0 for a number that is not finite. */
   float getAngle(const std::string& name) const;
 
   /**
-   * "minimumDetectionDistance" and "maximumDetectionDistance" (m) and "horizontalAngularRange"
-   * (rad), as getNumber reads them, and one ray.
+   * Returns "minimumDetectionDistance" and "maximumDetectionDistance" (m) and
+   * "horizontalAngularRange" (rad), as getNumber reads them, with one ray.
    */
   Math::SensorFieldOfView2D getFieldOfView() const;
 

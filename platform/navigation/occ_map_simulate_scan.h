@@ -19,7 +19,7 @@ struct QV_API RangeReading {
    * The ray's angle in radians, relative to the heading of the pose that the scan was cast from.
    */
   float angle = 0.0f;
-  /** The status: 0 for a hit, 1 for a miss. The interface has a number here. */
+  /** 0: hit, 1: miss. An int, as the interface requires. */
   std::int32_t status = 0;
 
   friend bool operator==(const RangeReading&, const RangeReading&) = default;
@@ -28,15 +28,15 @@ struct QV_API RangeReading {
 /**
  * Casts a fan of rays from `scanPose` into `map`; `readings` is replaced by one reading per ray,
  * from the right edge to the left.
- *
- * - Frames: `scanPose` is in the world frame of the map; angles are relative to its heading.
+ * - Frames: `scanPose` is in the map frame M; angles are relative to its heading.
  * - Units: metres, radians.
- * - Reserved: a ray ends where it enters the first cell whose occupancy is above `occupiedAbove`.
- *   Nearer than minRange reads as minRange. Beyond maxRange, or out of the map, it is a miss at
- *   maxRange. A full turn spreads its rays evenly from -pi; a single ray looks straight ahead.
+ * - Special values: a ray ends where it enters the first cell whose occupancy is above
+ *   `occupiedAbove`. A range below minRange is returned as minRange. Beyond maxRange, or out of the
+ *   map, it is a miss at maxRange. A full turn spreads its rays evenly over [-pi, pi); a single ray
+ *   looks straight ahead.
  * - Threads: thread-safe, as long as nobody writes the map.
- * - Errors: a field of view that makes no sense (NaN, minRange above maxRange, a count outside
- *   1..100,000) gives no reading; a pose that is not finite gives misses.
+ * - Errors: an invalid field of view (NaN, minRange above maxRange, a count outside 1..100,000)
+ *   gives no reading; a pose that is not finite gives misses.
  *
  * A scan of a full turn:
  *
@@ -50,14 +50,11 @@ QV_API void occMapSimulateScan(const OccupancyMap& map,
                                float occupiedAbove);
 
 /**
- * Casts one fan of rays from each of many poses (world frame) into `map`, as a particle filter
- * does.
- *
- * `ranges` gets the ranges that occMapSimulateScan reads, in metres: all rays of the first pose,
- * then all of the second, and so on. A ray that meets nothing reads as maxRange. Up to `threads`
- * threads share the poses, the caller's among them, but not more than the machine has processors.
- * Throws std::invalid_argument where the field of view makes no sense, `ranges` has not one place
- * for each ray of each pose, or threads are not 1..256; nothing is written then.
+ * Casts one fan of rays from each of many poses (map frame) into `map`, for example for a particle
+ * filter. Writes the ranges of occMapSimulateScan (m) to `ranges`, pose by pose; a miss is
+ * maxRange. Up to `threads` threads share the poses, the caller's among them, but not more than the
+ * machine has processors. Throws std::invalid_argument, and writes nothing, for an invalid field of
+ * view, if ranges.size() is not poses * rays, or if threads are not 1..256.
  */
 QV_API void occMapSimulateScans(const OccupancyMap& map, std::span<const Math::Pose2D> poses,
                                 const Math::SensorFieldOfView2D& fieldOfView,

@@ -17,13 +17,12 @@ struct MapInside;
 
 /**
  * A grid of occupancies from 0 (free) to 1 (occupied).
- *
- * - Frames: the origin is a pose in the world, the frame M that robots and records are placed in.
- *   It is the outer corner of cell (0, 0); columns run along its x axis, rows along its y axis.
+ * - Frames: the origin is the pose of the outer corner of cell (0, 0) in the map frame M. Columns
+ *   run along its x axis, rows along its y axis.
  * - Units: metres, radians; cells are counted from 0.
- * - Reserved: 0.5 is unknown. Cells above 0.4, unknown ones too, are solid for whatever casts rays
- *   or drives.
- * - Lifetime: copyable. Those who take a pointer or reference need it as long as they live.
+ * - Special values: 0.5 is unknown. Cells above 0.4, so also unknown ones, are solid for rays and
+ *   robots.
+ * - Lifetime: copyable. Whoever holds a pointer or reference must not outlive it.
  * - Threads: reading is thread-safe as long as nobody writes.
  * - Errors: impossible sizes and occupancies throw std::invalid_argument, cells outside
  *   std::out_of_range.
@@ -41,15 +40,17 @@ class QV_API OccupancyMap {
   /** The longest side, in cells. */
   static constexpr int kMaxSide = 1 << 20;
 
-  /** Makes `width` by `height` cells of `resolution` metres, all of one occupancy; `origin` is
-   * the outer corner of cell (0, 0) in the world. A side outside 1..kMaxSide, a resolution that
-   * is not positive, an origin that is not finite or an occupancy outside 0..1 throws
-   * std::invalid_argument. */
+  /**
+   * Makes `width` by `height` cells of `resolution` metres, all of one occupancy. Throws
+   * std::invalid_argument for a side outside 1..kMaxSide, a resolution that is not positive, an
+   * origin that is not finite, or an occupancy outside 0..1.
+   */
   OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                float occupancy = kUnknown);
 
   /**
-   * Makes a map of these occupancies, row by row; any number but `width` * `height` throws, too.
+   * Makes a map of these occupancies, row by row. Throws also if cells.size() is not width *
+   * height.
    */
   OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                std::vector<float> cells);
@@ -70,15 +71,15 @@ class QV_API OccupancyMap {
     return column >= 0 && column < width && row >= 0 && row < height;
   }
 
-  /** The occupancy of a cell; outside the map std::out_of_range. */
+  /** Returns the occupancy of a cell. Throws std::out_of_range outside the map. */
   float getOccupancy(int column, int row) const;
-  /** Sets the occupancy of a cell. Outside the map: std::out_of_range; an occupancy outside
-   * 0..1: std::invalid_argument. */
+  /** Sets the occupancy of a cell. Throws std::out_of_range outside the map,
+   * std::invalid_argument for an occupancy outside 0..1. */
   void setOccupancy(int column, int row, float occupancy);
 
-  /** The occupancy at a position in the world; nothing outside the map. */
+  /** Returns the occupancy at a position in M; std::nullopt outside the map. */
   std::optional<float> findOccupancy(const Math::Position2D& position) const;
-  /** The centre of a cell, inside the map or not, in the world. */
+  /** Returns the centre of a cell in M; the cell may lie outside the map. */
   Math::Position2D getCellCentre(int column, int row) const;
 
  private:

@@ -11,7 +11,7 @@ namespace QV {
 namespace {
 
 constexpr int kMaxSide = 65535;
-// As nanoseconds it still fits a time point, with an hour to spare.
+// The limit in nanoseconds fits a time point, with an hour to spare.
 constexpr std::int64_t kMaxTimestamp =
     std::numeric_limits<std::int64_t>::max() / 1000 - std::int64_t{3'600'000'000};
 

@@ -15,7 +15,7 @@ constexpr int kDepthCamera = 2;
 
 /** Red, green and blue, a byte each. */
 constexpr int kRGBColorSpace = 11;
-/** Depth in millimetres as 16-bit unsigned; 0 where nothing was measured. */
+/** Depth in millimetres, 16-bit unsigned; 0: no measurement. */
 constexpr int kDepthColorSpace = 17;
 /** The last depth, in millimetres, that is taken for a measurement. */
 constexpr int kMaxDepth = 15000;
@@ -33,19 +33,20 @@ QV_API int getNumLayersInColorSpace(int colorSpace);
 /** Channels per pixel; -1 for a colour space that is not listed above. */
 QV_API int getNumChannelsInColorSpace(int colorSpace);
 
-/** The size in pixels behind a resolution code; an unknown one throws std::invalid_argument. */
+/** Returns the size in pixels of a resolution code. Throws std::invalid_argument for an unknown
+ * one. */
 QV_API void setSizeFromResolution(int resolution, int& width, int& height);
 
 /**
- * A picture: rows of pixels from the top, without gaps, laid out as the colour space says, and the
- * time it was taken. Copies share the pixels, which nobody changes.
+ * An image: rows of pixels from the top, without gaps, in the layout of the colour space, and the
+ * time of the image. Copies share the pixels, which never change.
  */
 class QV_API QVImage {
  public:
   /**
-   * Keeps `pixels` alive; the time in microseconds of ko::Clock. Sizes outside 1..65535, a time
-   * that is no clock's, and a buffer of another size than width, height and colour space ask for
-   * (or, for an unknown one, that is no whole number of bytes a pixel): QVError.
+   * Keeps `pixels` alive; the time is in microseconds of ko::Clock. Throws QVError for sizes
+   * outside 1..65535, a time beyond the clock, and a buffer that does not fit width, height and
+   * colour space (for an unknown one: a whole number of bytes per pixel).
    */
   QVImage(int width, int height, int colorSpace, std::int64_t timestamp, QVValue::Binary pixels);
 
@@ -54,8 +55,8 @@ class QV_API QVImage {
           std::size_t size);
 
   /**
-   * The image in [width, height, color space, microseconds, pixels], sharing the pixels; null for
-   * the invalid value, which stands for no image. Anything else: QVError.
+   * Returns the image of [width, height, color space, microseconds, pixels], which shares the
+   * pixels; null for the invalid value, "no image". Throws QVError for anything else.
    */
   static std::unique_ptr<QVImage> fromQVValue(const QVValue& value);
 

@@ -22,8 +22,9 @@ void registerModule(QVBroker& broker, const py::object& added) {
   unlocked([&] { broker.registerModule(std::move(shared)); });
 }
 
-void unregisterModule(QVBroker& broker, const std::string& name) {
-  unlocked([&] { broker.unregisterModule(name); });
+void unregisterModule(const boost::shared_ptr<QVBroker>& broker, const std::string& name) {
+  // The module may go with it, and stop its hardware.
+  patiently([broker, name] { broker->unregisterModule(name); });
 }
 
 bool hasModule(const QVBroker& broker, const std::string& name) {
@@ -34,7 +35,7 @@ bool hasModule(const QVBroker& broker, const std::string& name) {
 
 void bindBroker(py::module_& module) {
   py::class_<QVBroker, boost::shared_ptr<QVBroker>>(module, "Broker", R"(
-Holds the modules of a robot by name and carries the calls to them. Safe from any thread.)")
+Holds the modules of a robot by name and carries the calls to them. Thread-safe.)")
       .def(py::init([] { return QVBroker::create(); }), "__init__() -> None")
       .def("call", &callModule, "module"_a, "method"_a,
            R"(call(module: str, method: str, *arguments: Value) -> Value

@@ -24,7 +24,7 @@ Ending::~Ending() {
 void Ending::endAll() {
   const std::vector<Ending*> all = getLiving();
   for (auto each = all.rbegin(); each != all.rend(); ++each) {
-    // One may go with another.
+    // An object may have ended with another one.
     const auto& living = getLiving();
     if (std::find(living.begin(), living.end(), *each) != living.end()) (*each)->end();
   }

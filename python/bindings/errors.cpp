@@ -36,7 +36,7 @@ std::runtime_error plainError(py::error_already_set& error) {
   const py::object& value = error.value();
   std::string text = py::str(error.type().attr("__name__")).cast<std::string>();
   if (value) text += ": " + py::str(value).cast<std::string>();
-  // At last: whatever runs Python next takes it up.
+  // The interrupt is set again, so that the next Python code raises it.
   if (error.matches(PyExc_KeyboardInterrupt)) PyErr_SetInterrupt();
   return std::runtime_error(text);
 }
@@ -49,7 +49,7 @@ void releaseFromAnywhere(PyObject* kept) try {
   const Locked locked;
   Py_DECREF(kept);
 } catch (const std::runtime_error&) {
-  // What Python keeps goes with it.
+  // No release after Python has ended: the process's end frees the object.
 }
 
 std::shared_ptr<PyObject> keep(const py::function& function) {

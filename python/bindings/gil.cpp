@@ -63,6 +63,10 @@ Aside::~Aside() {
   --awayCount;
 }
 
+bool hasBegunToEnd() {
+  return ending;
+}
+
 void beginToEnd() {
   ender = std::this_thread::get_id();
   ending = true;

@@ -59,6 +59,7 @@ class Aside {
  * away. With the interpreter's lock.
  */
 void beginToEnd();
+bool hasBegunToEnd();
 
 /**
  * Runs `call` while other threads may run Python. Whatever takes a lock or waits does so: who holds
@@ -68,16 +69,6 @@ template <typename Call>
 auto unlocked(Call&& call) {
   const Unlocked away;
   return std::forward<Call>(call)();
-}
-
-/** Lets an object go while other threads may run Python. */
-template <typename Pointer>
-void letGo(Pointer& pointer) {
-  if (!pointer) return;
-  Pointer last;
-  std::swap(last, pointer);
-  const Unlocked away;
-  last.reset();
 }
 
 }  // namespace QV::python

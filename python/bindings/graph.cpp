@@ -36,20 +36,33 @@ std::shared_ptr<JoinedOutlet> join(const std::shared_ptr<SessionHandle>& session
   });
 }
 
+/** Its time belongs to the thread that opens it, which nobody else can wait for. */
+std::shared_ptr<session::Session> openUnlessInterrupted(
+    const ros2::HeardRobotOptions& options) try {
+  return unlocked([&] { return std::shared_ptr<session::Session>(ros2::openHeardRobot(options)); });
+} catch (const std::runtime_error&) {
+  if (PyErr_Occurred()) throw py::error_already_set();
+  throw;
+}
+
 std::shared_ptr<SessionHandle> openHeard(const std::string& node, const std::string& nameSpace,
                                          const std::string& description,
                                          const boost::shared_ptr<OccupancyMap>& map,
-                                         std::optional<bool> usesSimTime) {
+                                         std::optional<bool> usesSimTime,
+                                         const sensor::SensorFactory* sensors) {
   ros2::HeardRobotOptions options;
   options.node = node;
   options.nameSpace = nameSpace;
   options.description = description;
   options.map = map;
   options.usesSimTime = usesSimTime;
+  if (sensors) options.sensors = *sensors;
+  options.goesOn = [] {
+    const Locked locked;
+    return PyErr_CheckSignals() == 0;
+  };
   const bool wasSimulated = ko::detail::simulatedNow().has_value();
-  // Its time belongs to the thread that opens it, which nobody else can wait for.
-  auto session =
-      unlocked([&] { return std::shared_ptr<session::Session>(ros2::openHeardRobot(options)); });
+  auto session = openUnlessInterrupted(options);
   return std::make_shared<SessionHandle>(std::move(session),
                                          !wasSimulated && ko::detail::simulatedNow().has_value());
 }

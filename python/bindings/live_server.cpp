@@ -20,7 +20,17 @@ class ServerHandle : public Ending {
   ~ServerHandle() override { end(); }
 
   void end() override {
-    if (const auto living = parts.lock()) session->remove(living.get());
+    try {
+      xRemove();
+    } catch (py::error_already_set& error) {
+      raiseLater(error);
+    } catch (const std::runtime_error&) {
+      // It goes with the session.
+    }
+  }
+  void close() override {
+    session->awaitRest();
+    xRemove();
   }
 
   template <typename Call>
@@ -41,12 +51,27 @@ class ServerHandle : public Ending {
     };
     while (!isDone()) {
       session->prepare();
-      use([](outlets::LiveServer& server) { server.runBriefly(); });
+      xRunBriefly();
       checkInterrupt();
     }
   }
 
  private:
+  void xRemove() {
+    const void* const guest = parts.lock().get();
+    if (guest) session->remove(guest);
+  }
+
+  /** Outlets are asked and shown to on this thread; what may wait for hardware is left by Ctrl-C.
+   */
+  void xRunBriefly() {
+    const auto demand = use([](outlets::LiveServer& server) { return server.getDemand(); });
+    session->useAside([weak = parts, demand](session::Session&) {
+      if (const auto living = weak.lock()) living->server.obey(demand);
+    });
+    use([](outlets::LiveServer& server) { server.goOn(); });
+  }
+
   struct Parts {
     Parts(session::Session& session, const outlets::ServerSettings& settings)
         : server(session, log, settings) {}
@@ -66,17 +91,18 @@ Shows a session to browsers, and to viewers that speak the Foxglove WebSocket pr
 on by the machine's clock. For the session's thread; it ends before the session.)");
   type.def(
           py::init([](const std::shared_ptr<SessionHandle>& session, const std::string& address,
-                      unsigned short port, const std::vector<std::string>& origins) {
-            return std::make_shared<ServerHandle>(session,
-                                                  outlets::ServerSettings{address, port, origins});
+                      unsigned short port, const std::vector<std::string>& origins,
+                      bool viewerDrive) {
+            return std::make_shared<ServerHandle>(
+                session, outlets::ServerSettings{address, port, origins, viewerDrive});
           }),
           py::arg("session").none(false), "address"_a = "127.0.0.1", "port"_a = 8765,
-          "origins"_a = std::vector<std::string>(),
-          R"(__init__(session: Session, address: str = "127.0.0.1", port: int = 8765, origins: Sequence[str] = ()) -> None
+          "origins"_a = std::vector<std::string>(), py::kw_only(), "viewer_drive"_a = false,
+          R"(__init__(session: Session, address: str = "127.0.0.1", port: int = 8765, origins: Sequence[str] = (), *, viewer_drive: bool = False) -> None
 
-Port 0 takes any that is free; `origins` are let in beside its own. Settings with which it can't
-listen: ValueError.)")
-      .def("close", &ServerHandle::end, "close() -> None\n\nEnds it.")
+Port 0 takes any that is free; `origins` are let in beside its own. Viewers may drive if
+`viewer_drive` is set, as pages always may. Settings with which it can't listen: ValueError.)")
+      .def("close", &ServerHandle::close, "close() -> None\n\nEnds it.")
       .def_property_readonly(
           "url", [](ServerHandle& self) { return self.use([](auto& s) { return s.getUrl(); }); },
           "str: Where a browser finds it.")

@@ -5,6 +5,7 @@
 #include <utility>
 
 #include "python/bindings/ending.h"
+#include "python/bindings/sensor_list_manager.h"
 #include "python/bindings/waiting.h"
 #include "sensor/core/sensor_manager.h"
 
@@ -36,6 +37,15 @@ class ManagerHandle : public Ending {
     return askPatiently(get(), std::move(call));
   }
 
+  /** Reads, as `await` does if a sensor in Python is being read already. */
+  template <typename Call>
+  auto read(Call call) const {
+    const auto own = get();
+    const auto* const list = dynamic_cast<const SensorListManager*>(own.get());
+    return list && list->isBeingRead() ? askPatiently(own, std::move(call))
+                                       : askUnlocked(own, std::move(call));
+  }
+
   bool isOpen() const;
   bool isBorrowed() const { return find != nullptr; }
   /** Waits for its hardware, but for Ctrl-C. */
@@ -62,10 +72,8 @@ class RealManagerHandle : public ManagerHandle {
 
 using ManagerClass = pybind11::class_<ManagerHandle, std::shared_ptr<ManagerHandle>>;
 
-/** Makes a manager of sensors of one's own, which are read whenever somebody asks. */
-std::shared_ptr<ManagerHandle> makeListManager(const pybind11::iterable& sensors);
-
 void bindManagerReading(ManagerClass& type);
+void bindManagerQuestions(ManagerClass& type);
 void bindManagerSwitches(ManagerClass& type);
 void bindManagerHealth(ManagerClass& type);
 /** Binds the managers that a caller can make. */

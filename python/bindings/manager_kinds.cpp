@@ -3,43 +3,11 @@
 #include "platform/navigation/occupancy_map.h"
 #include "python/bindings/common.h"
 #include "python/bindings/manager_handle.h"
-#include "python/bindings/records.h"
-#include "python/bindings/sensors.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "sensor/simulation/simulated_sensor_manager.h"
 
 namespace QV::python {
 namespace {
-
-/** Sensors of one's own, read whenever somebody asks. */
-class SensorListManager : public sensor::SensorManager {
- public:
-  explicit SensorListManager(const py::iterable& list) {
-    for (const py::handle item : list) {
-      if (!py::isinstance<PythonSensor>(item))
-        throw py::type_error("Sensors expected, " + describe(item) + " given");
-      xAdd(shareWithPython<boost::shared_ptr, PythonSensor>(
-          py::reinterpret_borrow<py::object>(item)));
-    }
-  }
-  void setSensorsDebug(bool) override {}
-
- protected:
-  std::vector<Math::MetricalData> xGetData() const override { return *xShareData(); }
-  SharedRecords xShareData() const override {
-    xUpdateData();
-    return xShareCache();
-  }
-  void xOnSensorOnChanged(bool) override {}
-
- private:
-  void xAdd(const boost::shared_ptr<sensor::Sensor>& sensor) {
-    if (!sensors.emplace(sensor->getName(), sensor).second)
-      throw py::value_error("a name for each sensor expected, two called " + sensor->getName() +
-                            " given");
-    families[sensor->getFamilyName()].insert(sensor->getName());
-  }
-};
 
 /** A simulated robot's sensors and their map. */
 class MapKeeper : public sensor::SimulatedSensorManager {
@@ -94,10 +62,6 @@ With the sensors that `factory` knows. What can't be built is logged and left ou
 }
 
 }  // namespace
-
-std::shared_ptr<ManagerHandle> makeListManager(const py::iterable& sensors) {
-  return std::make_shared<ManagerHandle>(std::make_shared<SensorListManager>(sensors));
-}
 
 void bindManagerKinds(py::module_& module) {
   bindSimulated(module);

@@ -7,7 +7,7 @@ namespace QV::python {
 namespace {
 
 py::list readManager(const ManagerHandle& handle, const Names& names) {
-  return toPython(handle.ask([](auto& manager) { return manager.shareMetricalData(); }), names);
+  return toPython(handle.read([](auto& manager) { return manager.shareMetricalData(); }), names);
 }
 
 py::object lastTrouble(const ManagerHandle& handle, const std::string& sensor) {
@@ -20,7 +20,7 @@ std::map<std::string, std::string> awaitManager(const ManagerHandle& handle, ko:
   constexpr int kPollMs = 10;
   const auto end = endOf(limit);
   for (;;) {
-    auto missing = handle.ask([&](auto& manager) {
+    auto missing = handle.read([names](auto& manager) {
       return findMissingRecords(manager, names.names.value_or(manager.getFamilyNames()));
     });
     if (missing.empty() || ko::Clock::now() >= end) return missing;
@@ -44,52 +44,13 @@ moves on the thread that made it; on another one it waits for that.)")
       .def("get_last_trouble", &lastTrouble, "sensor"_a,
            R"(get_last_trouble(sensor: str) -> LogRecord | None
 
-Why a sensor fails: its last warning or error; also of one that could not be built.)")
-      .def(
-          "get_all_sensors_by_family",
-          [](const ManagerHandle& handle) {
-            return handle.ask([](auto& manager) { return manager.getAllSensorsByFamily(); });
-          },
-          "get_all_sensors_by_family() -> dict[str, set[str]]")
-      .def(
-          "get_sensor_list",
-          [](const ManagerHandle& handle) {
-            return handle.ask([](auto& manager) { return manager.getSensorList(); });
-          },
-          "get_sensor_list() -> set[str]")
-      .def(
-          "get_subscribers",
-          [](const ManagerHandle& handle) {
-            return handle.ask([](auto& manager) { return manager.getSubscribers(); });
-          },
-          "get_subscribers() -> set[str]");
-}
-
-void bindStateQuestions(ManagerClass& type) {
-  const auto ask1 = [&](const char* name,
-                        bool (sensor::SensorManager::*question)(const std::string&) const,
-                        const char* doc) {
-    type.def(
-        name,
-        [question](const ManagerHandle& handle, const std::string& sensor) {
-          return handle.ask([&](auto& manager) { return (manager.*question)(sensor); });
-        },
-        "sensor"_a, doc);
-  };
-  using sensor::SensorManager;
-  ask1("is_sensor_started", &SensorManager::isSensorStarted,
-       "is_sensor_started(sensor: str) -> bool\n\nFalse for an unknown sensor.");
-  ask1("is_sensor_enabled", &SensorManager::isSensorEnabled,
-       "is_sensor_enabled(sensor: str) -> bool\n\nFalse for an unknown sensor.");
-  ask1("is_sensor_diagnosis_success", &SensorManager::isSensorDiagnosisSuccess,
-       "is_sensor_diagnosis_success(sensor: str) -> bool\n\nFalse for an unknown sensor.");
+Why a sensor fails: its last warning or error; also of one that could not be built.)");
 }
 
 }  // namespace
 
 void bindManagerReading(ManagerClass& type) {
   bindRecordQuestions(type);
-  bindStateQuestions(type);
 }
 
 }  // namespace QV::python

@@ -17,9 +17,12 @@ py::object toPython(const ko::log::Record& line) {
 
 void bindManagers(py::module_& module) {
   ManagerClass type(module, "SensorManager", R"(
-A robot's sensors, by name and by family: a `with` block ends it. Safe from any thread; once ended,
+A robot's sensors, by name and by family: a `with` block ends it. Thread-safe; once ended,
 RuntimeError.)");
-  type.def(py::init(&makeListManager), "sensors"_a,
+  type.def(py::init([](const py::iterable& sensors) {
+             return std::make_shared<ManagerHandle>(std::make_shared<SensorListManager>(sensors));
+           }),
+           "sensors"_a,
            R"(__init__(sensors: Iterable[Sensor]) -> None
 
 Of sensors of one's own, which are read whenever somebody asks for records. Two of one name:
@@ -30,6 +33,7 @@ ValueError.)")
       .def("subscription", &subscription, "subscriber"_a, "names"_a = py::none(), kSubscription);
   bindBlock(type);
   bindManagerReading(type);
+  bindManagerQuestions(type);
   bindManagerHealth(type);
   bindManagerSwitches(type);
   bindManagerKinds(module);

@@ -8,6 +8,7 @@
 #include "python/bindings/arrays.h"
 #include "python/bindings/common.h"
 #include "python/bindings/outlets.h"
+#include "python/bindings/waiting.h"
 #include "robot/maps/map_files.h"
 #include "session/shared_files.h"
 
@@ -37,7 +38,7 @@ py::array cellsOf(const py::object& self) {
 
 boost::shared_ptr<OccupancyMap> loadMap(const std::string& path) {
   try {
-    return unlocked([&] { return boost::make_shared<OccupancyMap>(robot::loadMap(path)); });
+    return aside([path] { return boost::make_shared<OccupancyMap>(robot::loadMap(path)); });
   } catch (const std::runtime_error& error) {
     raiseFileError(path, error);
   }
@@ -49,16 +50,15 @@ std::string describeMap(const OccupancyMap& map) {
          " m>";
 }
 
-void saveMap(const OccupancyMap& map, const py::object& path) {
-  const std::string file = pathFrom(path);
-  unlocked([&] { writing([&] { robot::saveMap(map, file); }); });
+void saveMap(const boost::shared_ptr<OccupancyMap>& map, const py::object& path) {
+  aside([map, file = pathFrom(path)] { writing([&] { robot::saveMap(*map, file); }); });
 }
 
 void bindMap(py::module_& module) {
   py::class_<OccupancyMap, boost::shared_ptr<OccupancyMap>>(module, "OccupancyMap", R"(
 A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. What is above 0.4 is solid.
 
-It never changes: make another one from `cells.copy()`. Safe from any thread.)")
+It never changes: make another one from `cells.copy()`. Thread-safe.)")
       .def(
           py::init(&makeMap), "cells"_a, "resolution"_a, "origin"_a = Math::Pose2D(),
           R"(__init__(cells: ArrayLike, resolution: float, origin: PoseLike = (0.0, 0.0, 0.0)) -> None
@@ -94,7 +94,7 @@ void bindMapFiles(py::module_& module) {
 Reads a map_server map: a YAML file that names a PGM or PNG image; or one of the library's own by
 its name ("apartment"). A missing file: FileNotFoundError; whatever is wrong with either file:
 ValueError that names file, line and what was expected.)");
-  module.def("save_map", &saveMap, "map"_a, "path"_a,
+  module.def("save_map", &saveMap, py::arg("map").none(false), "path"_a,
              R"(save_map(map: OccupancyMap, path: PathLike) -> None
 
 Writes a map as a YAML file and a PGM image beside it; what can't be written: OSError.)");

@@ -1,3 +1,5 @@
+#include <csignal>
+
 #include "python/bindings/common.h"
 #include "python/bindings/ending.h"
 
@@ -16,6 +18,24 @@ void refuseUnmade(const py::module_& module) {
     if (auto* const info = py::detail::get_type_info(type)) info->operator_new = &refuseUnmade;
   }
 }
+
+/** A scope in which Ctrl-C ends the process where it would else raise KeyboardInterrupt. */
+class InterruptEnds {
+ public:
+  InterruptEnds() {
+    const auto signals = py::module_::import("signal");
+    if (signals.attr("getsignal")(SIGINT).is(signals.attr("default_int_handler")))
+      before = PyOS_setsig(SIGINT, SIG_DFL);
+  }
+  ~InterruptEnds() {
+    if (before) PyOS_setsig(SIGINT, before);
+  }
+  InterruptEnds(const InterruptEnds&) = delete;
+  InterruptEnds& operator=(const InterruptEnds&) = delete;
+
+ private:
+  PyOS_sighandler_t before = nullptr;
+};
 
 }  // namespace
 }  // namespace QV::python
@@ -50,6 +70,7 @@ PYBIND11_MODULE(_core, module) {
 #endif
   refuseUnmade(module);
   py::module_::import("atexit").attr("register")(py::cpp_function([] {
+    const InterruptEnds interruptEnds;
     beginToEnd();
     Ending::endAll();
   }));

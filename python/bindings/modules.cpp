@@ -28,16 +28,16 @@ void bindOwnMethod(QVModule& module, const std::string& name, const py::function
   dynamic_cast<OwnMethods&>(module).bind(module, name, callable);
 }
 
-/** Ends hosting. Its sensors stop as it goes, which may wait: others may run Python meanwhile. */
+/** Ends hosting: its sensors stop as it goes. */
 void endHosting(HostingModule* last) {
-  std::optional<Unlocked> away;
-  if (PyGILState_Check()) away.emplace();
-  delete last;
+  auto own = std::unique_ptr<HostingModule>(last);
+  if (PyGILState_Check()) letGo(own);
 }
 
 template <typename... A>
 boost::shared_ptr<HostingModule> makeHosting(const A&... arguments) {
-  return {unlocked([&] { return new HostingModule(arguments...); }), &endHosting};
+  auto made = patiently([=] { return std::make_unique<HostingModule>(arguments...); });
+  return {made.release(), &endHosting};
 }
 
 boost::shared_ptr<HostingModule> hostRobot(const boost::shared_ptr<QVBroker>& broker,

@@ -39,7 +39,7 @@ void initialise(const py::object& self, const std::string& sensor, const std::st
                                   pointsFrom(points),
                                   timestamp.value_or(ko::Clock::now())};
   Record& made = unmadeRecord(self);
-  // It never changes: views show what is there.
+  // The copy is made once: a record never changes.
   if (made.data) return;
   made.owner = boost::make_shared<const std::vector<Math::MetricalData>>(1, record);
   made.data = &made.owner->front();
@@ -79,7 +79,8 @@ std::vector<Math::MetricalData> recordsFrom(py::handle object) {
 
 void bindRecords(py::module_& module) {
   const py::object type = makeRecordType();
-  // Not under its own name: pybind11 would take the object for one of its own.
+  // The function is named "Record", not "__init__": else pybind11 would take the object for one of
+  // its own.
   type.attr("__init__") = py::cpp_function(
       &initialise, py::name("Record"), py::is_method(type), "sensor_name"_a, "family_name"_a,
       "field_of_view"_a, "points"_a, "sensor_transform"_a = py::none(), "timestamp"_a = py::none(),

@@ -3,6 +3,7 @@
 #include "python/bindings/ending.h"
 #include "python/bindings/faults.h"
 #include "python/bindings/maps.h"
+#include "python/bindings/waiting.h"
 #include "robot/world/virtual_robot.h"
 #include "session/shared_files.h"
 
@@ -29,6 +30,10 @@ class RobotHandle : public Ending {
   ~RobotHandle() override { end(); }
 
   void end() override { letGo(robot); }
+  /** Waits for units that measure, but for Ctrl-C. */
+  void close() override {
+    if (robot) patiently([last = std::exchange(robot, nullptr)]() mutable { last.reset(); });
+  }
 
   /** Calls the robot while other threads may run Python. */
   template <typename Call>
@@ -127,7 +132,7 @@ makes no sense: ValueError that says which do.)")
 void bindRobots(py::module_& module) {
   Class type(module, "VirtualRobot", R"(
 A whole robot in this process: a body in a map, its sensors and services, by the clock or in a
-SimulatedTime. A `with` block ends it; ended, RuntimeError. Safe from any thread.)");
+SimulatedTime. A `with` block ends it; ended, RuntimeError. Thread-safe.)");
   type.def(
           py::init([](const py::object& description, boost::shared_ptr<OccupancyMap> map,
                       const std::optional<robot::WorldOptions>& world,
@@ -142,7 +147,7 @@ SimulatedTime. A `with` block ends it; ended, RuntimeError. Safe from any thread
 
 From a URDF file, or one of the library's own by its name ("porter"). A missing file:
 FileNotFoundError; what is malformed or makes no sense: ValueError.)")
-      .def("close", &RobotHandle::end, "close() -> None\n\nEnds it; its services stay.");
+      .def("close", &RobotHandle::close, "close() -> None\n\nEnds it; its services stay.");
   bindBlock(type);
   bindBody(type);
   bindFaults(type);

@@ -34,7 +34,7 @@ FloatArray simulateScans(const OccupancyMap& map, const py::object& poses,
                          float occupiedAbove) {
   const FloatArray rows =
       rowsFrom(poses, 3, "simulate_scans", "poses of shape (N, 3): x, y (m), theta (rad)");
-  // One scan of nothing refuses what makes no sense, before there is memory for all.
+  // A scan from no pose checks the arguments before memory for all is allocated.
   const int sharers = threads.value_or(countProcessors());
   occMapSimulateScans(map, {}, view, {}, occupiedAbove, sharers);
   const py::ssize_t count = rows.shape(0);

@@ -17,11 +17,11 @@ void awaitOthers(const std::shared_ptr<session::Session>& last, bool moving) try
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (last.use_count() > 1 && std::chrono::steady_clock::now() < end) {
     if (moving) last->run(kSlice);
-    // They get the processor now and then.
+    // Other threads get the processor now and then.
     std::this_thread::sleep_for(std::chrono::milliseconds(1));
   }
 } catch (const std::exception&) {
-  // It ends anyway.
+  // The session ends anyway.
 }
 
 /**
@@ -45,10 +45,7 @@ SessionHandle::~SessionHandle() {
 }
 
 void SessionHandle::close() {
-  while (*state == State::left) {
-    unlocked([] { std::this_thread::sleep_for(std::chrono::milliseconds(5)); });
-    checkInterrupt();
-  }
+  awaitRest();
   if (!session) return;
   const Use inUse(*this);
   if (!mayLeaveTime()) return end();
@@ -65,15 +62,15 @@ void SessionHandle::end() {
   auto last = std::move(session);
   const bool isOwner = std::this_thread::get_id() == owner;
   if (moves && !isOwner) {
-    // Its time stays with it.
+    // The session keeps its time.
     static_cast<void>(moves.release());
     return leave(std::move(last));
   }
-  {
-    const Unlocked away;
-    if (isOwner) awaitOthers(last, *state != State::left);
+  const bool moving = !mayLeaveTime() && *state != State::left;
+  quietly([last = std::move(last), isOwner, moving]() mutable {
+    if (isOwner) awaitOthers(last, moving);
     last.reset();
-  }
+  });
   moves.reset();
 }
 
@@ -81,7 +78,8 @@ void SessionHandle::xEndGuests() {
   while (!guests.empty()) {
     auto last = std::move(guests.back());
     guests.pop_back();
-    letGo(last.guest);
+    // One that Ctrl-C leaves goes before the session does.
+    quietly([own = session, guest = std::move(last.guest)]() mutable { guest.reset(); });
   }
 }
 
@@ -109,16 +107,20 @@ void SessionHandle::add(std::shared_ptr<void> guest, std::function<void()> befor
 }
 
 void SessionHandle::remove(const void* guest) {
+  InSensor::refuse();
+  // It goes with the session.
+  if (*state == State::left) return;
   const auto found = std::find_if(guests.begin(), guests.end(),
                                   [&](const auto& each) { return each.guest.get() == guest; });
   if (found == guests.end()) return;
-  auto kept = std::move(found->guest);
+  auto last = std::move(found->guest);
   guests.erase(found);
-  letGo(kept);
+  if (*state != State::idle || std::this_thread::get_id() != owner) return letGo(last);
+  useAside([last = std::move(last)](session::Session&) mutable { last.reset(); });
 }
 
 void SessionHandle::prepare() {
-  // What it does may add one; one that goes meanwhile goes there.
+  // The list is copied, because a guest may add or remove guests.
   std::vector<Guest> all = guests;
   const Unlocked away;
   for (const Guest& each : all) {
@@ -132,6 +134,13 @@ void SessionHandle::xCheckThread() const {
   get();
   if (std::this_thread::get_id() != owner)
     throw std::runtime_error("the thread that opened the session expected, another one given");
+}
+
+void SessionHandle::awaitRest() const {
+  while (*state == State::left) {
+    unlocked([] { std::this_thread::sleep_for(std::chrono::milliseconds(5)); });
+    checkInterrupt();
+  }
 }
 
 void SessionHandle::xLeave() {

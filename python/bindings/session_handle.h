@@ -30,7 +30,7 @@ class SessionHandle : public Ending {
   void close() override;
   void end() override;
 
-  /** Safe from any thread; RuntimeError if it has ended. */
+  /** Thread-safe; RuntimeError if it has ended. */
   const std::shared_ptr<session::Session>& get() const;
 
   /** Calls the session, from any thread; see askUnlocked. */
@@ -70,8 +70,9 @@ class SessionHandle : public Ending {
     auto inUse = std::make_unique<Use>(*this);
     InSensor::refuse();
     try {
-      return patiently(
-          [inUse = std::move(inUse), own = get(), call = std::move(call)] { return call(*own); });
+      return patiently([inUse = std::move(inUse), own = get(), call = std::move(call)]() mutable {
+        return call(*own);
+      });
     } catch (py::error_already_set&) {
       xLeave();
       throw;
@@ -86,6 +87,10 @@ class SessionHandle : public Ending {
    * while other threads may run Python.
    */
   void add(std::shared_ptr<void> guest, std::function<void()> before = {});
+  /** Waits for the end of a call that Ctrl-C has left, but for Ctrl-C. */
+  void awaitRest() const;
+  /** Ends a guest unless such a call goes on, which may wait for hardware: Ctrl-C ends the waiting.
+   */
   void remove(const void* guest);
   /** Does what guests do before a piece of a run. */
   void prepare();

@@ -1,5 +1,8 @@
+#include <cmath>
+
 #include "python/bindings/session_handle.h"
 #include "sensor/core/scoped_subscription.h"
+#include "session/internal/session_parts.h"
 
 namespace QV::python {
 namespace {
@@ -28,8 +31,40 @@ std::map<std::string, std::string> awaitSession(SessionHandle& handle, ko::Durat
   }
 }
 
+/** Plays in pieces between which Ctrl-C is looked for, from the beginning if it has to. */
 void seek(SessionHandle& handle, ko::Duration sinceStart) {
-  handle.use([&](Session& session) { session.seek(sinceStart); });
+  const auto target = std::max<ko::Duration>(sinceStart, ko::Duration::zero());
+  const auto left = handle.use([&](Session& session) {
+    const auto getLeft = [&] {
+      return target - (ko::Clock::now() - session::robotOf(session).getStart());
+    };
+    const bool isBehind = getLeft() < ko::Duration::zero();
+    // What is no recording is refused there, too.
+    if (isBehind || !session.getLength()) session.seek(ko::Duration::zero());
+    return getLeft();
+  });
+  handle.run(std::max<ko::Duration>(left, ko::Duration::zero()));
+}
+
+void setSpeed(const SessionHandle& handle, double speed) {
+  if (!(speed > 0.0) || !std::isfinite(speed))
+    throw py::value_error("a speed above 0 expected, " + std::to_string(speed) + " given");
+  handle.look([&](Session& session) { session.setSpeed(speed); });
+}
+
+/** Binds the pace at which a server lets time go by. */
+void bindPace(SessionClass& type) {
+  type.def(
+          "pause",
+          [](const SessionHandle& self, bool on) {
+            self.look([&](Session& session) { session.pause(on); });
+          },
+          "on"_a,
+          "pause(on: bool) -> None\n\nWhether time stands still for a LiveServer. `run` goes on.")
+      .def("set_speed", &setSpeed, "speed"_a,
+           R"(set_speed(speed: float) -> None
+
+The simulated seconds that go by in a second of a LiveServer, above 0; ValueError for others.)");
 }
 
 /** Binds the operations of a recording. */
@@ -64,6 +99,7 @@ Runs until each sensor, by default all, has a fresh record or a reason for none,
           "settling_time", told<&Session::getSettlingTime>(),
           "int: So long after a subscription every sensor has given its first record, "
           "nanoseconds.");
+  bindPace(type);
   bindPlaying(type);
 }
 

@@ -105,11 +105,20 @@ void bindSnapshots(py::module_& module) {
 All that there is to see of a robot and its world at one moment. It never changes.)")
       .def_property_readonly("title", of(&Snapshot::title), "str: What robot it is.")
       .def_property_readonly("time", of(&Snapshot::time), "int: Nanoseconds of clock().")
+      .def_property_readonly("paused", of(&Snapshot::paused),
+                             "bool: Whether time stands still for a LiveServer.")
+      .def_property_readonly("speed", of(&Snapshot::speed),
+                             "float: The simulated seconds in a second of a LiveServer.")
       .def_property_readonly("pose", of(&Snapshot::pose), "Pose2D: In the map.")
       .def_property_readonly("velocity", of(&Snapshot::velocity),
                              "Pose2D: m/s forward and leftward, rad/s.")
       .def_property_readonly("goal", of(&Snapshot::goal),
                              "tuple[float, float] | None: Where it is going, metres, in the map.")
+      .def_property_readonly(
+          "route", of(&Snapshot::route),
+          "list[tuple[float, float]]: The corners of the way to it, metres, in the map.")
+      .def_property_readonly("faults", of(&Snapshot::faults),
+                             "dict[str, FaultKind]: What sensors are made to suffer, by sensor.")
       .def_property_readonly("sensors", &sensorsOf, "list[SensorState]: By family and name.")
       .def_property_readonly(
           "frame", [](const SnapshotView& view) { return session::getName(view.snapshot->frame); },

@@ -35,7 +35,7 @@ std::optional<double> pass(Channel& channel, double value, ko::Clock::time_point
 
 void bindContext(py::module_& module) {
   py::class_<UnitContext>(module, "UnitContext", R"(
-What units of a virtual robot measure, and where they write. Safe from any thread.)")
+What units of a virtual robot measure, and where they write. Thread-safe.)")
       .def("cast_ray", &castRay, "sensor"_a, "reach"_a,
            R"(cast_ray(sensor: str, reach: float) -> float
 

@@ -4,6 +4,9 @@
 #include <unistd.h>
 
 namespace QV::python {
+
+namespace py = pybind11;
+
 namespace {
 
 /** The thread that moves time; one at most does in a process. */
@@ -24,7 +27,12 @@ MovesTime::~MovesTime() {
 }
 
 bool mayLeave() {
-  return isMainThread() && !Locked::isHere();
+  return isMainThread() && !Locked::isHere() && !hasBegunToEnd();
+}
+
+void raiseLater(py::error_already_set& error) {
+  if (error.matches(PyExc_KeyboardInterrupt)) return PyErr_SetInterrupt();
+  error.discard_as_unraisable("waiting for what goes");
 }
 
 bool mayLeaveTime() {

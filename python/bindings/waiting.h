@@ -24,8 +24,8 @@ class MovesTime {
 };
 
 /**
- * True if this thread hears of Ctrl-C, and C++ does not wait for it. Call it with the interpreter's
- * lock.
+ * True if this thread hears of Ctrl-C, C++ does not wait for it, and Python is not ending. Call it
+ * with the interpreter's lock.
  */
 bool mayLeave();
 /** The same, if it moves no time. */
@@ -80,6 +80,24 @@ auto patiently(Call call) {
   const Unlocked away;
   auto last = std::move(call);
   return last();
+}
+
+/** Keeps an interrupt for whatever runs Python next. */
+void raiseLater(pybind11::error_already_set& error);
+
+/** Does the same where nothing may be raised: Ctrl-C ends the waiting and is raised afterwards. */
+template <typename Call>
+void quietly(Call call) try {
+  patiently(std::move(call));
+} catch (pybind11::error_already_set& error) {
+  raiseLater(error);
+}
+
+/** Lets an object go, which may wait for hardware. */
+template <typename Pointer>
+void letGo(Pointer& pointer) {
+  if (!pointer) return;
+  quietly([last = std::exchange(pointer, Pointer())]() mutable { last.reset(); });
 }
 
 /** Calls `own` while other threads may run Python; it goes there, too, if it was the last. */

@@ -9,7 +9,7 @@ template <typename T>
 auto fromKeywordArguments() {
   return py::init([](const py::kwargs& keywords) {
     T made;
-    // By the class's own attributes, which check and convert.
+    // Keywords are set through the class's attributes, which check and convert.
     const py::object object = py::cast(&made, py::return_value_policy::reference);
     for (const auto& [name, value] : keywords) {
       if (!py::hasattr(py::type::of<T>(), name))

@@ -8,7 +8,7 @@ from typing import TYPE_CHECKING, Any, Optional
 from . import _core
 
 if TYPE_CHECKING:
-    from ._core import OccupancyMap, OutletBase, Session
+    from ._core import OccupancyMap, OutletBase, SensorFactory, Session
 
 
 def _built(name: str) -> Any:
@@ -46,13 +46,16 @@ def open_heard_robot(
     description: str = "",
     map: Optional[OccupancyMap] = None,
     use_sim_time: Optional[bool] = None,
+    sensors: Optional[SensorFactory] = None,
 ) -> Session:
     """Opens a session with the robot of the ROS 2 graph that the environment names.
 
     Looks about for up to five seconds. `description` is URDF, by default that of /robot_description or
     one that is made after the topics; `map` takes the place of what /map brings. Time goes by /clock,
-    as `use_sim_time` says, by default if somebody publishes it. Nobody there, or what makes no sensor:
-    RuntimeError; a build without ROS 2: NotImplementedError.
+    as `use_sim_time` says, by default if somebody publishes it. `sensors` makes them, and reads the
+    description by its kinds. Nobody there, or what makes no sensor: RuntimeError; a build without
+    ROS 2: NotImplementedError.
     """
-    found: Session = _built("_open_heard_robot")(node, namespace, description, map, use_sim_time)
+    options = (node, namespace, description, map, use_sim_time, sensors)
+    found: Session = _built("_open_heard_robot")(*options)
     return found

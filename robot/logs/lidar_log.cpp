@@ -12,7 +12,7 @@ namespace QV::robot {
 namespace {
 
 constexpr int kMostBeams = 10'000;
-constexpr double kFarthest = 1e6;
+constexpr double kGreatest = 1e6;
 constexpr double kMostTurn = 1e6;
 constexpr double kLatest = 4e9;
 constexpr std::size_t kOdometryWords = 10;
@@ -21,8 +21,8 @@ constexpr std::size_t kScanWordsBesideRanges = 11;
 constexpr std::string_view kOtherMessages[] = {"PARAM", "SYNC", "MARKER", "RLASER", "TRUEPOS"};
 
 LoggedPose readPose(const LogLine& line, std::size_t index) {
-  return {line.toNumber(index, "x", -kFarthest, kFarthest),
-          line.toNumber(index + 1, "y", -kFarthest, kFarthest),
+  return {line.toNumber(index, "x", -kGreatest, kGreatest),
+          line.toNumber(index + 1, "y", -kGreatest, kGreatest),
           line.toNumber(index + 2, "theta", -kMostTurn, kMostTurn)};
 }
 
@@ -68,7 +68,7 @@ class LidarLogReader {
     line.expectSize(kOdometryWords);
     readPose(line, 1);
     for (const std::size_t index : {4, 5, 6}) {
-      line.toNumber(index, "a velocity or acceleration", -kFarthest, kFarthest);
+      line.toNumber(index, "a velocity or acceleration", -kGreatest, kGreatest);
     }
     line.toNumber(7, "a time in seconds", 0.0, kLatest);
   }
@@ -83,7 +83,7 @@ class LidarLogReader {
     recording.steps.push_back({xReadTime(line, rest + 6), toPose2D(robot), xPoints(line, beams)});
   }
 
-  // The first scan says what the laser is and where it sits.
+  // The first scan gives the laser's field of view and mounting.
   void xCheckLaser(const LogLine& line, int beams, const LoggedPose& place) {
     if (!firstPlace) {
       firstPlace = place;
@@ -115,7 +115,7 @@ class LidarLogReader {
     const double step = std::numbers::pi / (beams % 2 == 1 ? beams - 1 : beams);
     for (int beam = 0; beam < beams; ++beam) {
       const auto index = static_cast<std::size_t>(beam) + 2;
-      const double range = line.toNumber(index, "a range in metres", 0.0, kFarthest);
+      const double range = line.toNumber(index, "a range in metres", 0.0, kGreatest);
       const double angle = -std::numbers::pi / 2.0 + step * beam;
       values.push_back(static_cast<float>(range * std::cos(angle)));
       values.push_back(static_cast<float>(range * std::sin(angle)));

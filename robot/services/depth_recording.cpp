@@ -13,7 +13,6 @@
 namespace QV::robot {
 namespace {
 
-constexpr double kNanosecondsPerSecond = 1e9;
 // Slower is nobody's recording, and more would not fit a duration.
 constexpr double kMinRate = 1e-6;
 constexpr std::size_t kMostPngBytes = 256 << 20;
@@ -49,7 +48,7 @@ DepthRecording::DepthRecording(const std::string& folder, double metresPerUnit,
     : files(pngsOf(folder)), millimetresPerUnit(metresPerUnit * 1000.0) {
   checkNumber("metres per unit", metresPerUnit, 0.0);
   checkNumber("frames per second", framesPerSecond, kMinRate);
-  interval = ko::Duration(std::max(std::llround(kNanosecondsPerSecond / framesPerSecond), 1LL));
+  interval = ko::Duration(std::max(std::llround(1e9 / framesPerSecond), 1LL));
 }
 
 void DepthRecording::operator()(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point time) {

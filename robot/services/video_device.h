@@ -88,7 +88,7 @@ class QV_API VideoDevice : public QVModule {
   void xBindClients();
   boost::shared_ptr<Device> xDevice(int index) const;
   Client& xClient(const std::string& handle);
-  /** Now or ever. */
+  /** True if the handle was given, now or earlier. */
   bool xWasGiven(const std::string& handle) const;
   std::string xSubscribe(const std::string& name, int camera, int resolution, int colorSpace,
                          int frameRate);

@@ -61,7 +61,7 @@ QVValue VideoDevice::xGetImage(const std::string& handle) {
     if (client.holdsImage) return client.image;
     asked = client;
   }
-  // Without the lock: a source may take its time.
+  // The lock is not held here, because a source may take long.
   QVValue image = xCapture(*xDevice(asked.camera), asked.size, now);
   Lock lock(mutex);
   Client& client = xClient(handle);

@@ -92,7 +92,7 @@ BagInfo readBagInfo(const std::string& path) {
 
 BagInfo recoverBag(const std::string& from, const std::string& to, const BagOptions& options) {
   if (isFileOf(to, from))
-    throw std::invalid_argument(to + ": another file than the one to recover expected");
+    throw std::invalid_argument(to + ": is the recording to recover; choose another output file");
   BagReader reader(from, BagOrder::file);
   BagWriter writer(to, options);
   TopicCopies copies(writer);

@@ -27,8 +27,8 @@ std::unique_ptr<BagFile> openBag(const std::string& path, BagOrder order) {
   const std::string_view text(begin.data(), begin.size());
   if (text == kSqlite) return openSqlite(path);
   if (text.starts_with(kZstd))
-    throw std::runtime_error(path +
-                             ": a recording expected, a file packed by zstd given: unpack it");
+    throw std::runtime_error(
+        path + ": a recording expected, a zstd-compressed file given; decompress it first");
   return openMcap(std::move(source), path, order);
 }
 

@@ -16,7 +16,7 @@ struct BagMessage {
   /** Nanoseconds. */
   std::uint64_t logTime = 0;
   std::uint64_t publishTime = 0;
-  /** Good until the next one is read. */
+  /** Valid until the next call of next(). */
   BytesView data;
 };
 
@@ -25,11 +25,11 @@ struct BagMetadata {
   std::map<std::string, std::string> values;
 };
 
-/** The damage of a recording; where more than 10,000 places are damaged, at least so much. */
+/** The damage of a recording. Above 10,000 places the counts are lower bounds. */
 struct BagDamage {
   std::uint64_t chunks = 0;
   std::uint64_t messages = 0;
-  /** The places and faults; only the first kMostLines. */
+  /** The damaged places, with the reason; only the first kMostLines. */
   std::vector<std::string> lines;
 
   static constexpr std::size_t kMostLines = 20;
@@ -40,40 +40,41 @@ struct BagTimes {
   std::uint64_t end = 0;
 };
 
-/** The order of messages: by log time; or as they stand, where times don't matter. */
+/** The order of messages: by log time, or the order in the file, which is faster. */
 enum class BagOrder { time, file };
 
 /**
  * Reads the messages of an MCAP file, with or without an index, whole, cut or damaged; of a SQLite
- * file of rosbag2; or of a folder with its metadata.yaml. What is damaged is skipped and counted.
- * Memory is bounded, whatever the file says. Used by one thread at a time. Not copyable.
+ * file of rosbag2; or of a folder with its metadata.yaml. It skips and
+ * counts damaged parts. Memory is bounded, whatever the file says. Use it on one thread at a time.
+ * Not copyable.
  */
 class QV_API BagReader {
  public:
-  /** Opens a recording. What is none, or can't be opened: std::runtime_error that names file and
-   * byte. */
+  /** Opens a recording. Throws std::runtime_error with file and byte if it is no recording or can't
+   * be opened. */
   explicit BagReader(const std::string& path, BagOrder order = BagOrder::time);
   ~BagReader();
   BagReader(const BagReader&) = delete;
   BagReader& operator=(const BagReader&) = delete;
 
-  /** Returns the topics by name; more of them may come to light while an MCAP file is read. They
-   * last as long as this. */
+  /** Returns the topics by name; reading an MCAP file may find more. The pointers are valid as long
+   * as the reader. */
   std::vector<const BagTopic*> getTopics() const;
   const std::vector<BagMetadata>& getMetadata() const;
 
   std::size_t getAttachmentCount() const;
-  /** Nothing for one that is damaged. */
+  /** Returns the attachment; std::nullopt if it is damaged. */
   std::optional<BagAttachment> readAttachment(std::size_t index);
 
-  /** Returns how many messages the index says that a topic has, read or not; nothing without
-   * one. */
+  /** Returns the number of messages of a topic, by the index; std::nullopt without one. */
   std::optional<std::uint64_t> getCount(const std::string& topic) const;
 
-  /** Log times of the first and the last message, by the index if there is one; 0 if none. */
+  /** Returns the log times of the first and the last message, by the index if there is one; 0
+   * without messages. */
   BagTimes getTimes() const;
 
-  /** Nothing at the end. */
+  /** Returns the next message; std::nullopt at the end. */
   std::optional<BagMessage> next();
   /** Goes on with the first message whose log time is `logTime` or later. Needs BagOrder::time. */
   void seek(std::uint64_t logTime);
@@ -81,14 +82,14 @@ class QV_API BagReader {
   /** Reads the whole file once more to check the CRC over all of it, if it has one. */
   void checkWhole();
 
-  /** Found so far. */
+  /** Returns the damage found so far. */
   const BagDamage& getDamage() const;
 
  private:
   std::unique_ptr<class BagFile> file;
 };
 
-/** Times are nanoseconds, by the log. */
+/** The figures of a topic. Times are log times in nanoseconds. */
 struct BagTopicInfo {
   BagTopic topic;
   std::uint64_t count = 0;
@@ -115,15 +116,16 @@ struct BagInfo {
   BagDamage damage;
 };
 
-/** True if a file is a recording, or lies in the folder that is one: who writes it loses that. */
+/** True if `path` is `recording`, or a file in its folder: writing it would destroy the recording.
+ */
 QV_API bool isFileOf(const std::string& path, const std::string& recording);
 
-/** Reads the whole recording, so that nothing of it is only promised. Errors as of BagReader. */
+/** Reads the whole recording, so all figures are counted. Throws as BagReader does. */
 QV_API BagInfo readBagInfo(const std::string& path);
 
 /**
- * Writes everything that can be read of `from`, cut or damaged, to a new file with an index. A
- * file of `from` itself: std::invalid_argument. Gives what was read and what was not.
+ * Writes all readable messages of `from`, cut or damaged, to a new file with an index. Returns what
+ * was read, and the damage. Throws std::invalid_argument if `to` is a file of `from`.
  */
 QV_API BagInfo recoverBag(const std::string& from, const std::string& to,
                           const BagOptions& options = {});

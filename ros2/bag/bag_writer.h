@@ -34,7 +34,7 @@ struct QV_API BagTopic {
   friend bool operator==(const BagTopic&, const BagTopic&) = default;
 };
 
-/** A file inside of a recording. Times in nanoseconds, 0 if not known. */
+/** A file inside a recording. Times in nanoseconds, 0 if not known. */
 struct BagAttachment {
   std::string name;
   std::string mediaType;
@@ -43,28 +43,29 @@ struct BagAttachment {
   Bytes data;
 };
 
-/** A topic of messages of `type`, in CDR. */
+/** Returns a topic of messages of `type`, in CDR. */
 QV_API BagTopic makeBagTopic(const std::string& name, const MessageType& type, const Qos& qos = {});
 
 /**
- * Records messages to an MCAP file that rosbag2 plays: the same calls give the same bytes, what
- * stands in the file is readable at any moment. The first call that can't write throws
- * std::runtime_error; from then on nothing is written and no call throws. Times are nanoseconds, in
- * any order. Used by one thread at a time. Not copyable.
+ * Records messages to an MCAP file that rosbag2 plays. The same calls give the same bytes. The file
+ * is readable at any moment. The first call that can't write throws std::runtime_error; later calls
+ * write nothing and don't throw. Times are nanoseconds, in any order. Use it on one thread at a
+ * time. Not copyable.
  */
 class QV_API BagWriter {
  public:
-  /** Opens a file; "-" is standard output. One that can't be made: std::runtime_error. */
+  /** Opens a file; "-" is standard output. Throws std::runtime_error if it can't be created. */
   explicit BagWriter(const std::string& path, const BagOptions& options = {});
   /** Closes; an error is logged. */
   ~BagWriter();
   BagWriter(const BagWriter&) = delete;
   BagWriter& operator=(const BagWriter&) = delete;
 
-  /** The topic's number for `write`. More than 65,535 of them: std::length_error. */
+  /** Returns the topic's number for write(). Throws std::length_error above 65,535 topics. */
   std::uint16_t addTopic(const BagTopic& topic);
 
-  /** `data` as the topic's encoding says; a number that no topic has: std::out_of_range. */
+  /** Writes a message; `data` is in the topic's encoding. Throws std::out_of_range for an unknown
+   * topic number. */
   void write(std::uint16_t topic, std::uint64_t logTime, std::uint64_t publishTime, BytesView data);
   template <typename Message>
   void write(std::uint16_t topic, std::uint64_t time, const Message& message) {
@@ -75,12 +76,12 @@ class QV_API BagWriter {
   void addMetadata(const std::string& name, const std::map<std::string, std::string>& values);
   void addAttachment(const BagAttachment& attachment);
 
-  /** Everything so far goes to the file. */
+  /** Writes everything so far to the file. */
   void flush();
-  /** Completes the file, which takes no more then. */
+  /** Completes and closes the file. */
   void close();
 
-  /** Bytes of the file. */
+  /** Returns the size of the file, in bytes. */
   std::uint64_t getSize() const { return size; }
 
  private:

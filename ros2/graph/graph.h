@@ -12,44 +12,43 @@
 
 namespace QV::ros2 {
 
-/** The range in which others are looked for, beyond the peers that are named. */
+/** The reach of discovery, besides the listed peers. */
 enum class DiscoveryRange { off, localhost, subnet };
 
-/** The distributions, by the layout in which some messages travel. */
+/** The ROS 2 distribution; it decides the layout of some messages. */
 enum class RosDistro { humble, ironOrLater };
 
 struct QV_API GraphOptions {
   int domain = 0;
   DiscoveryRange range = DiscoveryRange::localhost;
   RosDistro distro = RosDistro::ironOrLater;
-  /** True if the nodes' names are told; topics work without. */
+  /** True if the nodes' names are announced; topics work without. */
   bool announcesNodes = true;
-  /** Addresses. */
+  /** The addresses of further participants (ROS_STATIC_PEERS). */
   std::vector<std::string> peers = {};
-  /** Empty: that of the range. */
+  /** The network interface; empty: the default of the range. */
   std::string networkInterface = {};
-  /** Full topic names, by those that they stand for. */
+  /** Remaps: the original full topic name, then the new full name. */
   std::map<std::string, std::string> remaps = {};
-  /** The configuration of the engine, as CYCLONEDDS_URI holds it; it goes before all that is
-   * here. */
+  /** The configuration of Cyclone DDS, as in CYCLONEDDS_URI. It overrides all fields above. */
   std::string configuration = {};
 };
 
 /**
  * Reads ROS_DOMAIN_ID, ROS_LOCALHOST_ONLY, ROS_AUTOMATIC_DISCOVERY_RANGE, ROS_STATIC_PEERS,
- * ROS_DISTRO and CYCLONEDDS_URI. With none that speaks of the range, discovery stays on this
- * machine. A value that is none throws std::invalid_argument that names the variable.
+ * ROS_DISTRO and CYCLONEDDS_URI. Discovery stays on this machine unless one of them sets a wider
+ * range. Throws std::invalid_argument with the variable's name for an invalid value.
  */
 QV_API GraphOptions graphOptionsFromEnvironment();
 
-/** Humble and older, or later; an empty or unknown one is taken for a later one. */
+/** Returns the distribution; an empty or unknown name counts as a later one. */
 QV_API RosDistro parseDistro(const std::string& name);
 
-/** A topic as somebody publishes it. */
+/** A topic with its type and quality of service. */
 struct QV_API GraphTopic {
-  /** "/robot1/scan" */
+  /** The full name: "/robot1/scan". */
   std::string name;
-  /** "sensor_msgs/msg/LaserScan" */
+  /** The type: "sensor_msgs/msg/LaserScan". */
   std::string type;
   Qos qos;
   friend bool operator<(const GraphTopic& a, const GraphTopic& b) {
@@ -58,15 +57,15 @@ struct QV_API GraphTopic {
 };
 
 /**
- * Sends messages of one type to a topic. All operations are safe from any thread; it is gone from
- * the graph when it is destroyed.
+ * Sends messages of one type to a topic. Thread-safe. The destructor removes it from the graph.
  */
 class QV_API Publisher {
  public:
   virtual ~Publisher() = default;
 
   virtual const GraphTopic& getTopic() const = 0;
-  /** CDR with its head. Waits 100 ms at most; what can't be sent then is lost and counted. */
+  /** Sends a message in CDR, with its 4-byte header. Waits 100 ms at most; then the message is lost
+   * and counted. */
   virtual void write(Bytes cdr) = 0;
   template <typename Message>
   void write(const Message& message) {
@@ -75,12 +74,12 @@ class QV_API Publisher {
     write(std::move(cdr));
   }
 
-  /** Subscriptions that get what is written, here and anywhere. */
+  /** Returns the number of matched subscriptions, here and in other programs. */
   virtual std::size_t getReaderCount() const = 0;
   virtual std::uint64_t getLostCount() const = 0;
 };
 
-/** Hears a topic until it is destroyed; its destructor waits for a call in progress. */
+/** A subscription to a topic. The destructor waits for a callback in progress. */
 class QV_API Subscription {
  public:
   virtual ~Subscription() = default;
@@ -90,24 +89,24 @@ class QV_API Subscription {
 };
 
 struct ReceivedMessage {
-  /** Good during the call. */
+  /** Valid during the callback. */
   BytesView cdr;
   /** The time at which it was written, by the writer's wall clock, nanoseconds. */
   std::int64_t sourceTime = 0;
 };
 
 /**
- * Hears a message, on a thread of the engine: it must return soon and must not throw. So must
- * OnMatch.
+ * A callback for a message, on a DDS thread. It must return soon and must not throw. The same holds
+ * for OnMatch.
  */
 using OnMessage = std::function<void(const ReceivedMessage&)>;
-/** Hears how many there are now on the other side. */
+/** A callback with the number of matched readers or writers. */
 using OnMatch = std::function<void(std::size_t)>;
 
 /**
  * A node with its publishers and subscriptions. A topic "scan" is in its namespace, "/scan" is not,
- * "~/scan" is under its name. A name that is none throws std::invalid_argument; what the engine
- * refuses std::runtime_error. All operations are safe from any thread.
+ * "~/scan" is under its name. Throws std::invalid_argument for an invalid name,
+ * std::runtime_error if DDS refuses. Thread-safe.
  */
 class QV_API GraphNode {
  public:
@@ -122,12 +121,12 @@ class QV_API GraphNode {
 
 /**
  * A participant of a ROS 2 graph, without ROS: nodes of other programs see ours by name and the
- * other way round. Several may live in one process and hear each other. It is left when this and
- * everything made by it is destroyed. All operations are safe from any thread.
+ * other way round. Several may live in one process and see each other. The process leaves the graph
+ * when this and all objects made by it are destroyed. Thread-safe.
  */
 class QV_API Graph {
  public:
-  /** A network or a configuration that can't be used: std::runtime_error. */
+  /** Joins the graph. Throws std::runtime_error for an unusable network or configuration. */
   explicit Graph(const GraphOptions& options = graphOptionsFromEnvironment());
   ~Graph();
   Graph(const Graph&) = delete;
@@ -139,7 +138,7 @@ class QV_API Graph {
 
   RosDistro getDistro() const;
 
-  /** Finds what others publish, by name and type; each once. */
+  /** Returns the topics that others publish, sorted by name and type, each once. */
   std::vector<GraphTopic> findTopics() const;
 
  private:

@@ -41,7 +41,7 @@ DiscoveryRange readRange() {
   if (value == "LOCALHOST") return DiscoveryRange::localhost;
   if (value == "SUBNET" || value == "SYSTEM_DEFAULT") return DiscoveryRange::subnet;
   if (!value.empty()) refuse(name, "OFF, LOCALHOST, SUBNET or SYSTEM_DEFAULT");
-  // Whoever configures the engine means the network.
+  // A CYCLONEDDS_URI implies the range SUBNET.
   return variable("CYCLONEDDS_URI").empty() ? DiscoveryRange::localhost : DiscoveryRange::subnet;
 }
 

@@ -1,6 +1,7 @@
 #include "ros2/link/graph_robot.h"
 
 #include <set>
+#include <utility>
 
 #include "ros2/link/internal/graph_names.h"
 #include "ros2/link/internal/graph_orders.h"
@@ -14,9 +15,19 @@ class GraphRobot::Impl {
       : session(session),
         names(frameNamesOf(session, options)),
         node(graph.createNode(nodeNameOf(session, options.name), options.nameSpace)),
-        sink(*node, graph.getDistro(), options.hasOwnFrames),
+        sink(*node, graph.getDistro(), options.hasOwnFrames, topicsNamedBy(session)),
         orders(*node, names, options),
         teller(sink, session, names, options, [this] { orders.obey(this->session); }) {}
+
+  // There may be more in a description than is built.
+  const std::set<std::string>& findWanted() {
+    const auto now = sink.getMatchCount();
+    if (std::exchange(matches, now) == now) return wanted;
+    wanted = sink.getWantedSensors();
+    const auto& manager = session.getManager();
+    std::erase_if(wanted, [&](const auto& name) { return !manager.isSensor(name); });
+    return wanted;
+  }
 
   session::Session& session;
   const FrameNames names;
@@ -24,6 +35,11 @@ class GraphRobot::Impl {
   GraphSink sink;
   GraphOrders orders;
   SessionTeller teller;
+
+ private:
+  std::set<std::string> wanted;
+  /** The readers' comings and goings that it is of. */
+  std::uint64_t matches = 0;
 };
 
 GraphRobot::GraphRobot(Graph& graph, session::Session& session, const GraphRobotOptions& options)
@@ -37,11 +53,7 @@ void GraphRobot::obey() {
 }
 
 session::Demand GraphRobot::getDemand() const {
-  std::set<std::string> wanted = impl->sink.getWantedSensors();
-  // There may be more in a description than is built.
-  const auto& manager = impl->session.getManager();
-  std::erase_if(wanted, [&](const auto& name) { return !manager.isSensor(name); });
-  return {{GraphRobotOptions::kSubscriber, wanted}};
+  return {{GraphRobotOptions::kSubscriber, impl->findWanted()}};
 }
 
 bool GraphRobot::isWatched() const {

@@ -12,9 +12,9 @@
 namespace QV::ros2 {
 
 struct GraphRobotOptions {
-  /** The name of the node; empty: the robot's. */
+  /** The name of the node; empty: the robot's name. */
   std::string name = {};
-  /** "/" or "/robot1"; of the topics but /clock and /diagnostics. */
+  /** The namespace of all topics except /clock, /diagnostics and tf: "/" or "/robot1". */
   std::string nameSpace = "/";
   /** True if /tf and /tf_static are in the namespace, too. */
   bool hasOwnFrames = false;
@@ -24,41 +24,41 @@ struct GraphRobotOptions {
   std::string framePrefix = {};
   /** True if it obeys /cmd_vel. */
   bool isDriven = true;
-  /** True if it says where it is in the map, and obeys /initialpose and /goal_pose; else
-   * somebody's navigation does. */
+  /** True if the robot publishes map to odom and obeys /initialpose and /goal_pose; false if other
+   * nodes do. */
   bool knowsItsWay = true;
-  /** True if a Range that met nothing is infinite, and not its greatest. */
+  /** True if a miss is +inf in a Range; false if it is max_range. */
   bool noEchoIsInfinite = false;
 
   static constexpr const char* kSubscriber = "ROS 2";
-  /** The time for which a command of /cmd_vel holds, of the session's time. */
+  /** The session time for which a command of /cmd_vel holds. */
   static constexpr ko::Duration kHold{500'000'000};
 };
 
-/** A topic as it stands on the wire. */
+/** A topic with its names in DDS. */
 struct QV_API WireTopic {
   GraphTopic topic;
-  /** "rt/scan" */
+  /** The topic's name in DDS: "rt/scan". */
   std::string ddsName;
-  /** "sensor_msgs::msg::dds_::LaserScan_" */
+  /** The type's name in DDS: "sensor_msgs::msg::dds_::LaserScan_". */
   std::string ddsType;
-  /** True if the robot reads it, and does not write it. */
+  /** True if the robot reads it; false if it publishes it. */
   bool isInput = false;
 };
 
 /**
- * A session as a robot of a ROS 2 graph: what drivers measure and what is made of it goes out, and
- * it is driven. A sensor is wanted while a reader matches one of its topics. Stamps are of the
- * session's time and a second; none is ahead of /clock. See docs/ros2.md. Graph and session must
- * outlive it; for the thread that opened the session.
+ * Publishes a session as a robot on a ROS 2 graph: measurements and records. Other nodes can drive
+ * it. A sensor is wanted while a reader matches one of its topics. Stamps are session time + 1 s;
+ * none is ahead of /clock. See docs/ros2.md. Use it on the session's thread. Graph and session must
+ * outlive it.
  */
 class QV_API GraphRobot : public outlets::Outlet {
  public:
-  /** A name that is none: std::invalid_argument. */
+  /** Throws std::invalid_argument for an invalid name. */
   GraphRobot(Graph& graph, session::Session& session, const GraphRobotOptions& options = {});
   ~GraphRobot() override;
 
-  /** Does what the graph asks; call it before each piece of the session, 20 ms or so. */
+  /** Executes the graph's commands; call it before each run of the session, every 20 ms or so. */
   void obey();
 
   session::Demand getDemand() const override;
@@ -67,7 +67,7 @@ class QV_API GraphRobot : public outlets::Outlet {
   void finish() override;
 
   std::vector<WireTopic> getTopics() const;
-  /** Messages that could not be sent. */
+  /** Returns how many messages could not be sent. */
   std::uint64_t getLostCount() const;
 
  private:

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -11,53 +12,60 @@
 #include "platform/navigation/occupancy_map.h"
 #include "ros2/graph/graph.h"
 #include "sensor/core/sensor_manager.h"
+#include "sensor/real/sensor_factory.h"
 #include "session/session.h"
 
 namespace QV::ros2 {
 
-/** The choice of a robot on a graph, and how it is listened to. */
+/** Options: which robot of a graph to read, and how. */
 struct QV_API HeardRobotOptions {
   GraphOptions graph = graphOptionsFromEnvironment();
   std::string node = "qv_sensors";
-  /** The namespace of the node; the topics that nobody named are in it, too. */
+  /** The namespace of the node; default topic names are in it, too. */
   std::string nameSpace = "/";
   /**
-   * The description of the robot, as text (URDF). Each sensor's property "topic" names its topic,
-   * default as in recordings ("/NAME/scan"). Empty: that of /robot_description if it has sensors of
-   * ours, else one that is made after the topics.
+   * The description of the robot, as text (URDF). Each sensor's property "topic" names its topic;
+   * default: as in recordings ("/NAME/scan"). Empty: /robot_description if it has sensors of known
+   * kinds, else a description derived from the topics.
    */
   std::string description = {};
-  /** A map in place of what /map brings. */
+  /** A map that replaces /map. */
   boost::shared_ptr<const OccupancyMap> map = nullptr;
-  /** True if time goes by /clock, as fast as that does; unsaid: if somebody publishes it. */
+  /** True: use /clock. False: the wall clock. Not set: /clock if it is published. */
   std::optional<bool> usesSimTime = std::nullopt;
+  /** The makers of a session's sensors, and the kinds by which a description is read. */
+  sensor::SensorFactory sensors = sensor::SensorFactory::standard();
+  /** Asked some twenty times a second while it looks about: false ends that, std::runtime_error. */
+  std::function<bool()> goesOn = {};
 };
 
 /**
- * A robot of a graph behind a broker: what its topics tell goes where sensors read it. A topic is
- * subscribed to while a sensor of it is started. What can't be understood is refused, which is
- * logged. To make one takes up to five seconds of looking about. Where its time is that of /clock,
- * the one who makes it moves a ko::SimulatedTime. Operations are safe from any thread.
+ * Reads a robot of a ROS 2 graph: its messages fill the memory and modules behind a broker, where
+ * sensors read them. A topic is subscribed to while its sensor is started. Malformed messages are
+ * refused and logged. The constructor takes up to 5 s, to discover topics. With /clock the caller
+ * must own and advance a ko::SimulatedTime. Thread-safe.
  */
 class QV_API HeardRobot {
  public:
-  /** No network, a bad description, or no topic that makes a sensor: std::runtime_error. */
+  /** Throws std::runtime_error without a network or a topic of a sensor, or for a bad
+   * description. */
   explicit HeardRobot(const HeardRobotOptions& options = {});
   ~HeardRobot();
   HeardRobot(const HeardRobot&) = delete;
   HeardRobot& operator=(const HeardRobot&) = delete;
 
   const boost::shared_ptr<QVBroker>& getBroker() const;
-  /** URDF. */
+  /** Returns the description, as URDF. */
   const std::string& getDescription() const;
-  /** The pose in the root frame of tf, else of the odometry: m, rad. */
+  /** Returns the pose in the root frame of tf, else of the odometry (m, rad). */
   Math::Pose2D getPose() const;
-  /** Forward and leftward in m/s, turning in rad/s, told on cmd_vel until the next one. */
+  /** Publishes a velocity on cmd_vel (x forward, y left in m/s; theta in rad/s) until the next
+   * call. */
   void drive(const Math::Pose2D& velocity);
 
   /**
-   * Sets the manager whose started sensors say what is subscribed to, until null takes its place,
-   * which it must outlive. Without one, as at first, all is.
+   * Subscribes only to topics of sensors that `manager` has started. With null, the default, it
+   * subscribes to all topics. Set null before the manager is destroyed.
    */
   void obey(const sensor::SensorManager* manager);
 
@@ -66,13 +74,14 @@ class QV_API HeardRobot {
 };
 
 /**
- * A session with such a robot. Its time is the wall clock's, or that of /clock, and the session
- * follows it; where that goes back, or leaps by more than a minute, the session's goes on. One that
- * stands still ends Session::run early. Errors as above, and nobody on /clock: std::runtime_error.
+ * Opens a session with such a robot. The session follows the wall clock or /clock. If the clock
+ * jumps back, or by more than a minute, session time goes on without the jump. If it stands still,
+ * Session::run returns early. Throws as the constructor does, and std::runtime_error if nobody
+ * publishes a /clock that was asked for.
  */
 QV_API std::unique_ptr<session::Session> openHeardRobot(const HeardRobotOptions& options = {});
 
-/** The description of such a robot (URDF), as it would be opened. */
+/** Returns the description (URDF) with which such a robot would be opened. */
 QV_API std::string describeHeardRobot(const HeardRobotOptions& options = {});
 
 }  // namespace QV::ros2

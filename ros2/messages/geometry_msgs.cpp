@@ -7,14 +7,14 @@ namespace QV::ros2 {
 namespace builtin_interfaces {
 
 const MessageType& Time::getType() {
-  static const MessageType type(layoutOf<Time>("builtin_interfaces/msg/Time",
+  static const MessageType type(makeType<Time>("builtin_interfaces/msg/Time",
                                                {{"sec", &Time::sec}, {"nanosec", &Time::nanosec}}));
   return type;
 }
 
 const MessageType& Duration::getType() {
   static const MessageType type(
-      layoutOf<Duration>("builtin_interfaces/msg/Duration",
+      makeType<Duration>("builtin_interfaces/msg/Duration",
                          {{"sec", &Duration::sec}, {"nanosec", &Duration::nanosec}}));
   return type;
 }
@@ -24,18 +24,18 @@ const MessageType& Duration::getType() {
 namespace std_msgs {
 
 const MessageType& Header::getType() {
-  static const MessageType type(layoutOf<Header>(
+  static const MessageType type(makeType<Header>(
       "std_msgs/msg/Header", {{"stamp", &Header::stamp}, {"frame_id", &Header::frame_id}}));
   return type;
 }
 
 const MessageType& String::getType() {
-  static const MessageType type(layoutOf<String>("std_msgs/msg/String", {{"data", &String::data}}));
+  static const MessageType type(makeType<String>("std_msgs/msg/String", {{"data", &String::data}}));
   return type;
 }
 
 const MessageType& ColorRGBA::getType() {
-  static const MessageType type(layoutOf<ColorRGBA>(
+  static const MessageType type(makeType<ColorRGBA>(
       "std_msgs/msg/ColorRGBA",
       {{"r", &ColorRGBA::r}, {"g", &ColorRGBA::g}, {"b", &ColorRGBA::b}, {"a", &ColorRGBA::a}}));
   return type;
@@ -47,7 +47,7 @@ namespace rosgraph_msgs {
 
 const MessageType& Clock::getType() {
   static const MessageType type(
-      layoutOf<Clock>("rosgraph_msgs/msg/Clock", {{"clock", &Clock::clock}}));
+      makeType<Clock>("rosgraph_msgs/msg/Clock", {{"clock", &Clock::clock}}));
   return type;
 }
 
@@ -56,20 +56,20 @@ const MessageType& Clock::getType() {
 namespace geometry_msgs {
 
 const MessageType& Point::getType() {
-  static const MessageType type(layoutOf<Point>(
+  static const MessageType type(makeType<Point>(
       "geometry_msgs/msg/Point", {{"x", &Point::x}, {"y", &Point::y}, {"z", &Point::z}}));
   return type;
 }
 
 const MessageType& Vector3::getType() {
-  static const MessageType type(layoutOf<Vector3>(
+  static const MessageType type(makeType<Vector3>(
       "geometry_msgs/msg/Vector3", {{"x", &Vector3::x}, {"y", &Vector3::y}, {"z", &Vector3::z}}));
   return type;
 }
 
 const MessageType& Quaternion::getType() {
   static const MessageType type(
-      layoutOf<Quaternion>("geometry_msgs/msg/Quaternion", {{"x", &Quaternion::x},
+      makeType<Quaternion>("geometry_msgs/msg/Quaternion", {{"x", &Quaternion::x},
                                                             {"y", &Quaternion::y},
                                                             {"z", &Quaternion::z},
                                                             {"w", &Quaternion::w}}));
@@ -78,20 +78,20 @@ const MessageType& Quaternion::getType() {
 
 const MessageType& Pose::getType() {
   static const MessageType type(
-      layoutOf<Pose>("geometry_msgs/msg/Pose",
+      makeType<Pose>("geometry_msgs/msg/Pose",
                      {{"position", &Pose::position}, {"orientation", &Pose::orientation}}));
   return type;
 }
 
 const MessageType& Transform::getType() {
-  static const MessageType type(layoutOf<Transform>(
+  static const MessageType type(makeType<Transform>(
       "geometry_msgs/msg/Transform",
       {{"translation", &Transform::translation}, {"rotation", &Transform::rotation}}));
   return type;
 }
 
 const MessageType& TransformStamped::getType() {
-  static const MessageType type(layoutOf<TransformStamped>(
+  static const MessageType type(makeType<TransformStamped>(
       "geometry_msgs/msg/TransformStamped", {{"header", &TransformStamped::header},
                                              {"child_frame_id", &TransformStamped::child_frame_id},
                                              {"transform", &TransformStamped::transform}}));
@@ -99,27 +99,27 @@ const MessageType& TransformStamped::getType() {
 }
 
 const MessageType& Twist::getType() {
-  static const MessageType type(layoutOf<Twist>(
+  static const MessageType type(makeType<Twist>(
       "geometry_msgs/msg/Twist", {{"linear", &Twist::linear}, {"angular", &Twist::angular}}));
   return type;
 }
 
 const MessageType& TwistStamped::getType() {
   static const MessageType type(
-      layoutOf<TwistStamped>("geometry_msgs/msg/TwistStamped",
+      makeType<TwistStamped>("geometry_msgs/msg/TwistStamped",
                              {{"header", &TwistStamped::header}, {"twist", &TwistStamped::twist}}));
   return type;
 }
 
 const MessageType& PoseStamped::getType() {
   static const MessageType type(
-      layoutOf<PoseStamped>("geometry_msgs/msg/PoseStamped",
+      makeType<PoseStamped>("geometry_msgs/msg/PoseStamped",
                             {{"header", &PoseStamped::header}, {"pose", &PoseStamped::pose}}));
   return type;
 }
 
 const MessageType& PoseWithCovariance::getType() {
-  static const MessageType type(layoutOf<PoseWithCovariance>(
+  static const MessageType type(makeType<PoseWithCovariance>(
       "geometry_msgs/msg/PoseWithCovariance",
       {{"pose", &PoseWithCovariance::pose}, {"covariance", &PoseWithCovariance::covariance}}));
   return type;
@@ -127,14 +127,14 @@ const MessageType& PoseWithCovariance::getType() {
 
 const MessageType& PoseWithCovarianceStamped::getType() {
   static const MessageType type(
-      layoutOf<PoseWithCovarianceStamped>("geometry_msgs/msg/PoseWithCovarianceStamped",
+      makeType<PoseWithCovarianceStamped>("geometry_msgs/msg/PoseWithCovarianceStamped",
                                           {{"header", &PoseWithCovarianceStamped::header},
                                            {"pose", &PoseWithCovarianceStamped::pose}}));
   return type;
 }
 
 const MessageType& TwistWithCovariance::getType() {
-  static const MessageType type(layoutOf<TwistWithCovariance>(
+  static const MessageType type(makeType<TwistWithCovariance>(
       "geometry_msgs/msg/TwistWithCovariance",
       {{"twist", &TwistWithCovariance::twist}, {"covariance", &TwistWithCovariance::covariance}}));
   return type;
@@ -146,7 +146,7 @@ namespace tf2_msgs {
 
 const MessageType& TFMessage::getType() {
   static const MessageType type(
-      layoutOf<TFMessage>("tf2_msgs/msg/TFMessage", {{"transforms", &TFMessage::transforms}}));
+      makeType<TFMessage>("tf2_msgs/msg/TFMessage", {{"transforms", &TFMessage::transforms}}));
   return type;
 }
 

@@ -23,7 +23,7 @@ std::vector<const MessageType*> typesByName() {
 
 }  // namespace
 
-MessageType::MessageType(std::unique_ptr<const Layout> layout)
+MessageType::MessageType(std::unique_ptr<const MessageLayout> layout)
     : layout(std::move(layout)),
       ddsName(ddsNameOf(this->layout->name)),
       schema(schemaOf(*this->layout)),

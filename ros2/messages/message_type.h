@@ -13,57 +13,59 @@ namespace QV::ros2 {
 /** The quality of service that a topic's publisher offers, or its subscription asks for. */
 struct Qos {
   bool reliable = true;
-  /** The last messages are kept for subscriptions that come later. */
+  /** True if late subscribers get the last messages. */
   bool transientLocal = false;
-  /** Messages that are kept, of each publisher. */
+  /** The history depth, in messages per publisher. */
   int depth = 10;
 };
 
 using Bytes = std::vector<std::uint8_t>;
 using BytesView = std::span<const std::uint8_t>;
 
+struct MessageLayout;
+struct MessageInside;
+
 /**
- * A type of ROS 2 messages. A message's struct gives it as `getType()`; everything here follows
- * from its list of fields. Not copyable. All operations are safe from any thread.
+ * A type of ROS 2 messages. A message's struct gives it as `getType()`. Names, schema, hash and
+ * encoding are derived from the list of fields. Not copyable. Thread-safe.
  */
 class QV_API MessageType {
  public:
-  struct Layout;
-
-  explicit MessageType(std::unique_ptr<const Layout> layout);
   ~MessageType();
   MessageType(const MessageType&) = delete;
   MessageType& operator=(const MessageType&) = delete;
 
-  /** "sensor_msgs/msg/LaserScan" */
+  /** The name in ROS: "sensor_msgs/msg/LaserScan". */
   const std::string& getName() const;
-  /** "sensor_msgs::msg::dds_::LaserScan_" */
+  /** The name in DDS: "sensor_msgs::msg::dds_::LaserScan_". */
   const std::string& getDdsName() const { return ddsName; }
-  /** The fields as .msg text, those of each type that they need behind it ("ros2msg"). */
+  /** The fields as .msg text, followed by those of nested types ("ros2msg"). */
   const std::string& getSchema() const { return schema; }
-  /** "RIHS01_" and 64 hexadecimal digits. */
+  /** The type hash: "RIHS01_" and 64 hexadecimal digits. */
   const std::string& getHash() const { return hash; }
-  const Layout& getLayout() const { return *layout; }
 
-  /** `message` as little-endian CDR with its head of 4 bytes, in place of what `cdr` held. */
+  /** Replaces `cdr` by `message` in little-endian CDR, with its 4-byte header. */
   void encode(const void* message, Bytes& cdr) const;
 
   /**
-   * Reads CDR of either byte order; up to 3 bytes of padding may follow. Anything else throws
-   * std::runtime_error that names type, field and byte, and leaves the message half read.
+   * Reads CDR of either byte order; up to 3 bytes of padding may follow. Throws std::runtime_error
+   * with type, field and byte for anything else; the message is then read in part.
    */
   void decode(BytesView cdr, void* message) const;
 
  private:
-  std::unique_ptr<const Layout> layout;
+  friend struct MessageInside;
+  explicit MessageType(std::unique_ptr<const MessageLayout> layout);
+
+  std::unique_ptr<const MessageLayout> layout;
   std::string ddsName;
   std::string schema;
   std::string hash;
 };
 
-/** Null for one that is not known here. */
+/** Returns the type with this name; null if unknown. */
 QV_API const MessageType* findMessageType(const std::string& name);
-/** All that are known here, by name. */
+/** Returns all known types, sorted by name. */
 QV_API const std::vector<const MessageType*>& getMessageTypes();
 
 template <typename Message>

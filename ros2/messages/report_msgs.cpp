@@ -7,13 +7,13 @@ namespace QV::ros2 {
 namespace diagnostic_msgs {
 
 const MessageType& KeyValue::getType() {
-  static const MessageType type(layoutOf<KeyValue>(
+  static const MessageType type(makeType<KeyValue>(
       "diagnostic_msgs/msg/KeyValue", {{"key", &KeyValue::key}, {"value", &KeyValue::value}}));
   return type;
 }
 
 const MessageType& DiagnosticStatus::getType() {
-  static const MessageType type(layoutOf<DiagnosticStatus>(
+  static const MessageType type(makeType<DiagnosticStatus>(
       "diagnostic_msgs/msg/DiagnosticStatus", {{"level", &DiagnosticStatus::level},
                                                {"name", &DiagnosticStatus::name},
                                                {"message", &DiagnosticStatus::message},
@@ -23,7 +23,7 @@ const MessageType& DiagnosticStatus::getType() {
 }
 
 const MessageType& DiagnosticArray::getType() {
-  static const MessageType type(layoutOf<DiagnosticArray>(
+  static const MessageType type(makeType<DiagnosticArray>(
       "diagnostic_msgs/msg/DiagnosticArray",
       {{"header", &DiagnosticArray::header}, {"status", &DiagnosticArray::status}}));
   return type;
@@ -35,7 +35,7 @@ namespace rcl_interfaces {
 
 const MessageType& Log::getType() {
   static const MessageType type(
-      layoutOf<Log>("rcl_interfaces/msg/Log", {{"stamp", &Log::stamp},
+      makeType<Log>("rcl_interfaces/msg/Log", {{"stamp", &Log::stamp},
                                                {"level", &Log::level},
                                                {"name", &Log::name},
                                                {"msg", &Log::msg},
@@ -50,7 +50,7 @@ const MessageType& Log::getType() {
 namespace qv_msgs {
 
 const MessageType& FieldOfView2D::getType() {
-  static const MessageType type(layoutOf<FieldOfView2D>(
+  static const MessageType type(makeType<FieldOfView2D>(
       "qv_msgs/msg/FieldOfView2D", {{"min_range", &FieldOfView2D::min_range},
                                     {"max_range", &FieldOfView2D::max_range},
                                     {"angular_range", &FieldOfView2D::angular_range},
@@ -60,13 +60,13 @@ const MessageType& FieldOfView2D::getType() {
 
 const MessageType& Position3D::getType() {
   static const MessageType type(
-      layoutOf<Position3D>("qv_msgs/msg/Position3D",
+      makeType<Position3D>("qv_msgs/msg/Position3D",
                            {{"x", &Position3D::x}, {"y", &Position3D::y}, {"z", &Position3D::z}}));
   return type;
 }
 
 const MessageType& MetricalData::getType() {
-  static const MessageType type(layoutOf<MetricalData>(
+  static const MessageType type(makeType<MetricalData>(
       "qv_msgs/msg/MetricalData", {{"sensor_name", &MetricalData::sensor_name},
                                    {"family_name", &MetricalData::family_name},
                                    {"field_of_view", &MetricalData::field_of_view},
@@ -80,7 +80,7 @@ const MessageType& MetricalData::getType() {
 }
 
 const MessageType& ImagePoints::getType() {
-  static const MessageType type(layoutOf<ImagePoints>(
+  static const MessageType type(makeType<ImagePoints>(
       "qv_msgs/msg/ImagePoints", {{"image", &ImagePoints::image},
                                   {"image_time", &ImagePoints::image_time},
                                   {"width_by_depth", &ImagePoints::width_by_depth},
@@ -92,12 +92,12 @@ const MessageType& ImagePoints::getType() {
 
 const MessageType& Records::getType() {
   static const MessageType type(
-      layoutOf<Records>("qv_msgs/msg/Records", {{"records", &Records::records}}));
+      makeType<Records>("qv_msgs/msg/Records", {{"records", &Records::records}}));
   return type;
 }
 
 const MessageType& SensorState::getType() {
-  static const MessageType type(layoutOf<SensorState>(
+  static const MessageType type(makeType<SensorState>(
       "qv_msgs/msg/SensorState", {{"name", &SensorState::name},
                                   {"started", &SensorState::started},
                                   {"enabled", &SensorState::enabled},
@@ -108,12 +108,12 @@ const MessageType& SensorState::getType() {
 
 const MessageType& SensorStates::getType() {
   static const MessageType type(
-      layoutOf<SensorStates>("qv_msgs/msg/SensorStates", {{"sensors", &SensorStates::sensors}}));
+      makeType<SensorStates>("qv_msgs/msg/SensorStates", {{"sensors", &SensorStates::sensors}}));
   return type;
 }
 
 const MessageType& Fault::getType() {
-  static const MessageType type(layoutOf<Fault>("qv_msgs/msg/Fault", {{"sensor", &Fault::sensor},
+  static const MessageType type(makeType<Fault>("qv_msgs/msg/Fault", {{"sensor", &Fault::sensor},
                                                                       {"kind", &Fault::kind},
                                                                       {"start", &Fault::start},
                                                                       {"end", &Fault::end}}));
@@ -122,7 +122,7 @@ const MessageType& Fault::getType() {
 
 const MessageType& Command::getType() {
   static const MessageType type(
-      layoutOf<Command>("qv_msgs/msg/Command", {{"name", &Command::name},
+      makeType<Command>("qv_msgs/msg/Command", {{"name", &Command::name},
                                                 {"subscriber", &Command::subscriber},
                                                 {"sensors", &Command::sensors},
                                                 {"on", &Command::on},
@@ -132,7 +132,7 @@ const MessageType& Command::getType() {
 
 const MessageType& Inputs::getType() {
   static const MessageType type(
-      layoutOf<Inputs>("qv_msgs/msg/Inputs", {{"stepped", &Inputs::stepped},
+      makeType<Inputs>("qv_msgs/msg/Inputs", {{"stepped", &Inputs::stepped},
                                               {"velocity", &Inputs::velocity},
                                               {"new_keys", &Inputs::new_keys},
                                               {"keys", &Inputs::keys},

@@ -164,12 +164,12 @@ struct QV_API Fault {
   friend bool operator==(const Fault&, const Fault&) = default;
 };
 
-/** A command that somebody gave the robot: a name, and what it needs of the rest. */
+/** A command to the robot: a name, and the arguments that it needs. */
 struct QV_API Command {
   std::string name;
   /** The subscriber on whose behalf it is. */
   std::string subscriber;
-  /** Or families. */
+  /** The sensors, or families. */
   std::vector<std::string> sensors;
   bool on = false;
   std::vector<double> values;
@@ -179,11 +179,11 @@ struct QV_API Command {
 };
 
 /**
- * The inputs that drivers told a robot's services at one time: keys of memory that were set and
- * events that were raised, in order. A value is written in the order of its parts, an array before
- * what is in it: a type for each part (0 invalid, 1 bool, 2 int, 3 float, 4 string, 5 array, 6
- * bytes), a number for each but the invalid and the strings (the float as the bits of a double, the
- * elements of an array, the bytes one by one), a text for each string.
+ * The drivers' inputs to a robot's services at one time: memory keys that were set and events that
+ * were raised, in order. A value is written in the order of its parts, an array before its
+ * elements: a type for each part (0 invalid, 1 bool, 2 int, 3 float, 4 string, 5 array, 6 bytes), a
+ * number for each but the invalid and the strings (the float as the bits of a double, the elements
+ * of an array, the bytes one by one), a text for each string.
  */
 struct QV_API Inputs {
   /** True if the body has made a step, after the writes. */

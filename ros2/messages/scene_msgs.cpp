@@ -8,7 +8,7 @@ namespace nav_msgs {
 
 const MessageType& Odometry::getType() {
   static const MessageType type(
-      layoutOf<Odometry>("nav_msgs/msg/Odometry", {{"header", &Odometry::header},
+      makeType<Odometry>("nav_msgs/msg/Odometry", {{"header", &Odometry::header},
                                                    {"child_frame_id", &Odometry::child_frame_id},
                                                    {"pose", &Odometry::pose},
                                                    {"twist", &Odometry::twist}}));
@@ -16,7 +16,7 @@ const MessageType& Odometry::getType() {
 }
 
 const MessageType& MapMetaData::getType() {
-  static const MessageType type(layoutOf<MapMetaData>(
+  static const MessageType type(makeType<MapMetaData>(
       "nav_msgs/msg/MapMetaData", {{"map_load_time", &MapMetaData::map_load_time},
                                    {"resolution", &MapMetaData::resolution},
                                    {"width", &MapMetaData::width},
@@ -27,7 +27,7 @@ const MessageType& MapMetaData::getType() {
 
 const MessageType& OccupancyGrid::getType() {
   static const MessageType type(
-      layoutOf<OccupancyGrid>("nav_msgs/msg/OccupancyGrid", {{"header", &OccupancyGrid::header},
+      makeType<OccupancyGrid>("nav_msgs/msg/OccupancyGrid", {{"header", &OccupancyGrid::header},
                                                              {"info", &OccupancyGrid::info},
                                                              {"data", &OccupancyGrid::data}}));
   return type;
@@ -35,7 +35,7 @@ const MessageType& OccupancyGrid::getType() {
 
 const MessageType& Path::getType() {
   static const MessageType type(
-      layoutOf<Path>("nav_msgs/msg/Path", {{"header", &Path::header}, {"poses", &Path::poses}}));
+      makeType<Path>("nav_msgs/msg/Path", {{"header", &Path::header}, {"poses", &Path::poses}}));
   return type;
 }
 
@@ -44,21 +44,21 @@ const MessageType& Path::getType() {
 namespace visualization_msgs {
 
 const MessageType& UVCoordinate::getType() {
-  static const MessageType type(layoutOf<UVCoordinate>(
+  static const MessageType type(makeType<UVCoordinate>(
       "visualization_msgs/msg/UVCoordinate", {{"u", &UVCoordinate::u}, {"v", &UVCoordinate::v}}));
   return type;
 }
 
 const MessageType& MeshFile::getType() {
   static const MessageType type(
-      layoutOf<MeshFile>("visualization_msgs/msg/MeshFile",
+      makeType<MeshFile>("visualization_msgs/msg/MeshFile",
                          {{"filename", &MeshFile::filename}, {"data", &MeshFile::data}}));
   return type;
 }
 
 const MessageType& Marker::getType() {
   static const MessageType type(
-      layoutOf<Marker>("visualization_msgs/msg/Marker",
+      makeType<Marker>("visualization_msgs/msg/Marker",
                        {{"header", &Marker::header},
                         {"ns", &Marker::ns},
                         {"id", &Marker::id},
@@ -82,7 +82,7 @@ const MessageType& Marker::getType() {
 }
 
 const MessageType& MarkerArray::getType() {
-  static const MessageType type(layoutOf<MarkerArray>("visualization_msgs/msg/MarkerArray",
+  static const MessageType type(makeType<MarkerArray>("visualization_msgs/msg/MarkerArray",
                                                       {{"markers", &MarkerArray::markers}}));
   return type;
 }
@@ -92,7 +92,7 @@ const MessageType& MarkerArray::getType() {
 namespace vision_msgs {
 
 const MessageType& ObjectHypothesis::getType() {
-  static const MessageType type(layoutOf<ObjectHypothesis>(
+  static const MessageType type(makeType<ObjectHypothesis>(
       "vision_msgs/msg/ObjectHypothesis",
       {{"class_id", &ObjectHypothesis::class_id}, {"score", &ObjectHypothesis::score}}));
   return type;
@@ -100,14 +100,14 @@ const MessageType& ObjectHypothesis::getType() {
 
 const MessageType& ObjectHypothesisWithPose::getType() {
   static const MessageType type(
-      layoutOf<ObjectHypothesisWithPose>("vision_msgs/msg/ObjectHypothesisWithPose",
+      makeType<ObjectHypothesisWithPose>("vision_msgs/msg/ObjectHypothesisWithPose",
                                          {{"hypothesis", &ObjectHypothesisWithPose::hypothesis},
                                           {"pose", &ObjectHypothesisWithPose::pose}}));
   return type;
 }
 
 const MessageType& BoundingBox3D::getType() {
-  static const MessageType type(layoutOf<BoundingBox3D>(
+  static const MessageType type(makeType<BoundingBox3D>(
       "vision_msgs/msg/BoundingBox3D",
       {{"center", &BoundingBox3D::center}, {"size", &BoundingBox3D::size}}));
   return type;
@@ -115,7 +115,7 @@ const MessageType& BoundingBox3D::getType() {
 
 const MessageType& Detection3D::getType() {
   static const MessageType type(
-      layoutOf<Detection3D>("vision_msgs/msg/Detection3D", {{"header", &Detection3D::header},
+      makeType<Detection3D>("vision_msgs/msg/Detection3D", {{"header", &Detection3D::header},
                                                             {"results", &Detection3D::results},
                                                             {"bbox", &Detection3D::bbox},
                                                             {"id", &Detection3D::id}}));
@@ -123,7 +123,7 @@ const MessageType& Detection3D::getType() {
 }
 
 const MessageType& Detection3DArray::getType() {
-  static const MessageType type(layoutOf<Detection3DArray>(
+  static const MessageType type(makeType<Detection3DArray>(
       "vision_msgs/msg/Detection3DArray",
       {{"header", &Detection3DArray::header}, {"detections", &Detection3DArray::detections}}));
   return type;

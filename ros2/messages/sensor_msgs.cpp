@@ -8,7 +8,7 @@ namespace sensor_msgs {
 
 namespace {
 
-std::unique_ptr<const MessageType::Layout> rangeLayout(bool hasVariance) {
+MessageType makeRange(bool hasVariance) {
   std::vector<Member<Range>> members = {{"header", &Range::header},
                                         {"radiation_type", &Range::radiation_type},
                                         {"field_of_view", &Range::field_of_view},
@@ -16,13 +16,13 @@ std::unique_ptr<const MessageType::Layout> rangeLayout(bool hasVariance) {
                                         {"max_range", &Range::max_range},
                                         {"range", &Range::range}};
   if (hasVariance) members.push_back({"variance", &Range::variance});
-  return layoutOf<Range>("sensor_msgs/msg/Range", members);
+  return makeType<Range>("sensor_msgs/msg/Range", members);
 }
 
 }  // namespace
 
 const MessageType& LaserScan::getType() {
-  static const MessageType type(layoutOf<LaserScan>(
+  static const MessageType type(makeType<LaserScan>(
       "sensor_msgs/msg/LaserScan", {{"header", &LaserScan::header},
                                     {"angle_min", &LaserScan::angle_min},
                                     {"angle_max", &LaserScan::angle_max},
@@ -37,18 +37,18 @@ const MessageType& LaserScan::getType() {
 }
 
 const MessageType& Range::getType() {
-  static const MessageType type(rangeLayout(true));
+  static const MessageType type(makeRange(true));
   return type;
 }
 
 const MessageType& Range::getTypeWithoutVariance() {
-  static const MessageType type(rangeLayout(false));
+  static const MessageType type(makeRange(false));
   return type;
 }
 
 const MessageType& PointField::getType() {
   static const MessageType type(
-      layoutOf<PointField>("sensor_msgs/msg/PointField", {{"name", &PointField::name},
+      makeType<PointField>("sensor_msgs/msg/PointField", {{"name", &PointField::name},
                                                           {"offset", &PointField::offset},
                                                           {"datatype", &PointField::datatype},
                                                           {"count", &PointField::count}}));
@@ -56,7 +56,7 @@ const MessageType& PointField::getType() {
 }
 
 const MessageType& PointCloud2::getType() {
-  static const MessageType type(layoutOf<PointCloud2>("sensor_msgs/msg/PointCloud2",
+  static const MessageType type(makeType<PointCloud2>("sensor_msgs/msg/PointCloud2",
                                                       {{"header", &PointCloud2::header},
                                                        {"height", &PointCloud2::height},
                                                        {"width", &PointCloud2::width},
@@ -71,7 +71,7 @@ const MessageType& PointCloud2::getType() {
 
 const MessageType& Image::getType() {
   static const MessageType type(
-      layoutOf<Image>("sensor_msgs/msg/Image", {{"header", &Image::header},
+      makeType<Image>("sensor_msgs/msg/Image", {{"header", &Image::header},
                                                 {"height", &Image::height},
                                                 {"width", &Image::width},
                                                 {"encoding", &Image::encoding},
@@ -82,7 +82,7 @@ const MessageType& Image::getType() {
 }
 
 const MessageType& CompressedImage::getType() {
-  static const MessageType type(layoutOf<CompressedImage>("sensor_msgs/msg/CompressedImage",
+  static const MessageType type(makeType<CompressedImage>("sensor_msgs/msg/CompressedImage",
                                                           {{"header", &CompressedImage::header},
                                                            {"format", &CompressedImage::format},
                                                            {"data", &CompressedImage::data}}));
@@ -90,7 +90,7 @@ const MessageType& CompressedImage::getType() {
 }
 
 const MessageType& RegionOfInterest::getType() {
-  static const MessageType type(layoutOf<RegionOfInterest>(
+  static const MessageType type(makeType<RegionOfInterest>(
       "sensor_msgs/msg/RegionOfInterest", {{"x_offset", &RegionOfInterest::x_offset},
                                            {"y_offset", &RegionOfInterest::y_offset},
                                            {"height", &RegionOfInterest::height},
@@ -100,7 +100,7 @@ const MessageType& RegionOfInterest::getType() {
 }
 
 const MessageType& CameraInfo::getType() {
-  static const MessageType type(layoutOf<CameraInfo>(
+  static const MessageType type(makeType<CameraInfo>(
       "sensor_msgs/msg/CameraInfo", {{"header", &CameraInfo::header},
                                      {"height", &CameraInfo::height},
                                      {"width", &CameraInfo::width},
@@ -117,7 +117,7 @@ const MessageType& CameraInfo::getType() {
 
 const MessageType& JointState::getType() {
   static const MessageType type(
-      layoutOf<JointState>("sensor_msgs/msg/JointState", {{"header", &JointState::header},
+      makeType<JointState>("sensor_msgs/msg/JointState", {{"header", &JointState::header},
                                                           {"name", &JointState::name},
                                                           {"position", &JointState::position},
                                                           {"velocity", &JointState::velocity},

@@ -66,7 +66,7 @@ class SessionRecorder::Impl : public session::SessionListener {
         cameraPoints(writer, session),
         records(writer, names, mountedOf(session), &cameraPoints) {
     xWriteFacts();
-    // What a virtual robot's memory holds before it has measured is no measurement.
+    // Initial values in a virtual robot's memory are no measurements.
     const bool hasMeasured = robotOf(session).isRecording();
     if (hasMeasured) xAddDrivers();
     addListener(session, *this);
@@ -160,10 +160,10 @@ class SessionRecorder::Impl : public session::SessionListener {
       }
     }
     ko::log::error("Recording", "write")
-        << error << "; the recording ends here, the session goes on";
+        << "recording stopped: " << error << "; the session continues";
   }
 
-  // What has been set at a time that is over now, or what the body's step ends.
+  // Inputs of a past time, or up to the end of the body's step.
   void xFlush(bool stepped) {
     if (!stepped && pending.keys.empty()) return;
     pending.stepped = stepped;

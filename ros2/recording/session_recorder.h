@@ -11,21 +11,21 @@ namespace QV::ros2 {
 
 struct RecorderOptions {
   BagOptions bag = {};
-  /** True if all sensors are wanted, on behalf of a subscriber of this name; else those that
-   * others want are recorded. */
+  /** True: subscribes to all sensors as kSubscriber. False: records only sensors that others have
+   * subscribed to. */
   bool wantsAll = false;
   static constexpr const char* kSubscriber = "recording";
 };
 
 /**
- * Records a session as MCAP with ROS 2 messages: what drivers measure, what is asked of it, and at
- * each snapshot the records as they are. See docs/recordings.md for the topics. Times are those of
- * the session and a second, so that none is 0. What can't be written any more is logged once; the
- * session goes on without. Make it before the session has run; the session must outlive it.
+ * Records a session as MCAP with ROS 2 messages: the drivers' measurements, the commands, and at
+ * each snapshot the records. See docs/recordings.md for the topics. Recorded time is session time +
+ * 1 s, so it is never 0. A failed write is logged once; the session goes on without a recording.
+ * Construct it before the session runs; the session must outlive it.
  */
 class QV_API SessionRecorder : public outlets::Outlet {
  public:
-  /** Opens the file; "-" is standard output. One that can't be made: std::runtime_error. */
+  /** Opens the file; "-" is standard output. Throws std::runtime_error if it can't be created. */
   SessionRecorder(const std::string& path, session::Session& session,
                   const RecorderOptions& options = {});
   ~SessionRecorder() override;

@@ -30,7 +30,7 @@ bool isSessionRecording(const std::string& path) {
 
 std::function<session::TimedRobot()> prepareOwn(const std::string& path,
                                                 const sensor::SensorFactory& sensors) {
-  // A function that is copied: what it hands over is shared until then.
+  // The function must be copyable, so its content is shared.
   auto reader =
       std::make_shared<std::unique_ptr<SessionReader>>(std::make_unique<SessionReader>(path));
   return [reader, sensors] {
@@ -70,7 +70,7 @@ std::unique_ptr<session::Session> open(const std::string& path, bool isOwn,
 
 std::string RecordDifference::toText() const {
   return sensor + " at " + session::fixed(session::inSeconds(time.time_since_epoch()), 3) +
-         " s: " + field + " is " + played + ", was " + recorded;
+         " s: " + field + ": recorded " + recorded + ", played " + played;
 }
 
 SessionReplay::SessionReplay(const std::string& path, const sensor::SensorFactory& sensors)

@@ -12,31 +12,31 @@ namespace QV::ros2 {
 
 class BagRobot;
 
-/** The first difference between records that are made anew and those that were recorded. */
+/** The first difference between replayed and recorded records. */
 struct QV_API RecordDifference {
   std::string sensor;
   ko::Clock::time_point time;
-  /** "points[3].x", "timestamp", ... */
+  /** The field: "points[3].x", "timestamp", ... */
   std::string field;
   std::string recorded;
   std::string played;
 
-  /** All of it in one line. */
+  /** Returns all fields in one line. */
   std::string toText() const;
 };
 
 /**
- * Plays a recording in a time of its own, one at a time in a process. One of SessionRecorder: what
- * drivers measured and what was asked goes into a robot's modules again, and the library makes its
- * records anew. Another robot's (MCAP, or rosbag2's folder or SQLite file): LaserScan, Range, depth
- * Image, PointCloud2, odometry and tf go to the sensors that they make. Stands before the first
- * step when it is made. Not copyable.
+ * Plays a recording in simulated time; only one can exist in a process. A recording of
+ * SessionRecorder: its inputs go into a robot's modules again and the library makes the records
+ * anew. A recording of another robot (MCAP, or rosbag2's folder or SQLite file): its LaserScan,
+ * Range, depth Image, PointCloud2, odometry and tf go to sensors that are derived from the topics.
+ * After construction it is before the first step. Not copyable.
  */
 class QV_API SessionReplay {
  public:
   /**
-   * Opens a recording. What can't be played: std::runtime_error that names the file and what was
-   * expected. `sensors` makes those of a recorded robot.
+   * Opens a recording. Throws std::runtime_error with the file and the expectation if it can't be
+   * played. `sensors` makes the sensors of a recorded robot.
    */
   explicit SessionReplay(const std::string& path,
                          const sensor::SensorFactory& sensors = sensor::SensorFactory::standard());
@@ -46,27 +46,28 @@ class QV_API SessionReplay {
 
   session::Session& getSession() const { return *session; }
 
-  /** Once, before the first step: another robot's sensors, which nobody has subscribed to, are. */
+  /** Subscribes to all sensors of another robot's recording. Call it once, before the first step.
+   */
   void begin();
 
-  /** True if it is one of SessionRecorder. */
+  /** True if SessionRecorder made this recording. */
   bool isOwn() const { return isOwnSession; }
 
-  /** Looks at what there is to see of the last step; of another robot, the records of what was
-   * told in it. */
+  /** Returns a snapshot after the last step; for another robot's recording, with the records of
+   * that step. */
   session::Snapshot look() const;
 
-  /** Compares: nothing if the records are now, bit for bit, what they were at the look of the
-   * last step. */
+  /** Compares the records with the recorded snapshot of the last step; std::nullopt if they are
+   * equal, bit for bit. */
   std::optional<RecordDifference> compare() const;
 
-  /** The time since the recording began. */
+  /** Returns the time since the recording began. */
   ko::Duration getTime() const;
   ko::Duration getLength() const;
-  /** Returns how many looks were recorded, as far as the recording still says; another robot's
-   * has none. */
+  /** Returns the number of recorded snapshots; std::nullopt if a damaged recording does not show
+   * it. Another robot's recording has none. */
   std::optional<std::uint64_t> getLookCount() const;
-  /** Returns how many looks so far were passed over, as not all of their records can be read. */
+  /** Returns how many snapshots were skipped so far because of unreadable records. */
   std::uint64_t countLeftOut() const;
   /** The damage of the recording that was met so far. */
   const BagDamage& getDamage() const;
@@ -79,7 +80,7 @@ class QV_API SessionReplay {
 };
 
 /**
- * True if a path is a recording's, by what stands there; a name says what a damaged one should be.
+ * True if the file's content is a recording. For a damaged file, its extension decides.
  */
 QV_API bool isRecording(const std::string& path);
 

@@ -40,7 +40,7 @@ std::map<std::string, std::string> findMissingRecords(const SensorManager& manag
     const auto found = manager.isSensor(sensor) ? manager.getSensorPtr(sensor) : nullptr;
     if (!found) continue;
     if (names.count(sensor) == 0 && names.count(found->getFamilyName()) == 0) continue;
-    // What is there and judged otherwise is fresh all the same.
+    // A sensor with records counts as fresh whatever its health.
     const bool isThere = health.state >= HealthState::sound && health.state < HealthState::late;
     if (!isThere) missing.emplace(sensor, health.reason);
   }

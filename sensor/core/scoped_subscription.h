@@ -26,7 +26,7 @@ QV_API std::map<std::string, std::string> findMissingRecords(const SensorManager
  * A subscription that ends with its scope: the constructor subscribes, the destructor unsubscribes
  * the same names, also when an exception passes by.
  *
- * - Reserved: no names means every family, unknown names are logged and passed over.
+ * - Special values: no names means every family, unknown names are logged and passed over.
  * - Lifetime: movable; a moved-from one does nothing. The manager must outlive it.
  * - Threads: for one thread at a time; the manager behind it is thread-safe.
  * - Errors: what starting the hardware throws leaves the constructor, with nothing left subscribed.

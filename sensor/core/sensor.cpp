@@ -5,6 +5,8 @@
 
 #include <boost/thread/lock_guard.hpp>
 
+#include "platform/ko/clock.h"
+#include "sensor/core/internal/hardware_call.h"
 #include "sensor/core/internal/sensor_watch.h"
 
 namespace QV::sensor {
@@ -14,30 +16,52 @@ using Lock = boost::lock_guard<boost::mutex>;
 
 constexpr char kSensorCategory[] = "Navigation.Sensor";
 
+// One for all sensors: trouble is rare, and many sensors lie side by side.
+std::mutex& troubleMutex() {
+  static std::mutex mutex;
+  return mutex;
+}
+
 }  // namespace
 
 Sensor::Sensor(const std::string& name, const std::string& familyName,
                const Math::SensorFieldOfView2D& fieldOfView)
-    : name(name),
-      familyName(familyName),
-      fieldOfView(fieldOfView),
-      watch(std::make_unique<SensorWatch>()) {}
+    : name(name), familyName(familyName), fieldOfView(fieldOfView) {}
 
-Sensor::~Sensor() = default;
+Sensor::~Sensor() {
+  delete watch.load();
+}
 
 std::vector<Math::MetricalData> Sensor::getData() const {
   Lock lock(startedMutex);
   if (!started) return {};
-  if (!isNoted || !xNotesNext()) return xGetData();
-  watch->beginReading();
+  if (!isNoted) return xGetData();
+  SensorWatch* const notes = watch;
+  if (!notes) return xReadUnwatched();
+  return xNotesNext(*notes) ? xReadWatched(*notes) : xGetData();
+}
+
+std::vector<Math::MetricalData> Sensor::xReadWatched(SensorWatch& notes) const {
+  notes.beginReading();
   try {
     auto records = xGetData();
-    watch->endReading(records);
+    notes.endReading(records);
     return records;
   } catch (...) {
-    watch->failReading();
+    notes.failReading();
     throw;
   }
+}
+
+// All that is known of a sensor if somebody asks later.
+std::vector<Math::MetricalData> Sensor::xReadUnwatched() const {
+  auto records = xGetData();
+  if (records.empty()) return records;
+  hasShown = true;
+  isNoted = false;
+  // Somebody may have begun to watch in between.
+  isNoted = watch != nullptr;
+  return records;
 }
 
 bool Sensor::subscribe(const std::string& subscriberName) {
@@ -85,7 +109,7 @@ void Sensor::xToggleSubscription() {
   }
 }
 
-// The hardware runs before the flag says so, and until after it has stopped saying so: a reader
+// The flag is set after the hardware has started and cleared before it stops, so that a reader
 // never measures with hardware that is off.
 void Sensor::xStart() {
   if (!xCallHardware(HardwareCall::starting)) {
@@ -103,15 +127,34 @@ void Sensor::xStop() {
 }
 
 bool Sensor::xCallHardware(HardwareCall which) {
-  watch->beginCall(which);
+  callSince = ko::Clock::now().time_since_epoch().count();
+  call = which;
+  if (which == HardwareCall::starting) hasThrown = false;
+  if (SensorWatch* const notes = watch) notes->alarm();
   try {
     const bool success = xTryHardware(which);
-    watch->endCall(which, success, false);
+    xEndCall(success, false);
     return success;
   } catch (...) {
-    watch->endCall(which, false, true);
+    xEndCall(false, true);
     throw;
   }
+}
+
+void Sensor::xEndCall(bool success, bool threw) {
+  if (call == HardwareCall::stopping) {
+    leftOn = !success;
+  } else {
+    hasThrown = threw;
+    if (success) xBeginNotes();
+  }
+  call = HardwareCall::none;
+}
+
+void Sensor::xBeginNotes() {
+  leftOn = false;
+  hasShown = false;
+  if (SensorWatch* const notes = watch) notes->begin();
 }
 
 // Hardware that fails without a word has trouble all the same.
@@ -119,7 +162,7 @@ bool Sensor::xTryHardware(HardwareCall which) {
   const bool starts = which == HardwareCall::starting;
   const char* const method = starts ? "xSubscribeToHardware" : "xUnsubscribeFromHardware";
   const auto count = [this] {
-    std::lock_guard<std::mutex> lock(troubleMutex);
+    std::lock_guard<std::mutex> lock(troubleMutex());
     return troubleCount;
   };
   const int before = count();
@@ -135,17 +178,17 @@ bool Sensor::xTryHardware(HardwareCall which) {
 }
 
 void Sensor::xExcuse(const char* why, bool measured) const {
-  watch->excuse(why, measured);
+  if (SensorWatch* const notes = watch) notes->excuse(why, measured);
 }
 
 void Sensor::xNoteGarbage() const {
-  watch->noteGarbage();
+  if (SensorWatch* const notes = watch) notes->noteGarbage();
 }
 
 void Sensor::xTellOfChanges() {
-  HealthNature nature = watch->getNature();
+  HealthNature nature = xGetWatch().getNature();
   nature.hasRate = false;
-  watch->setNature(nature);
+  xGetWatch().setNature(nature);
 }
 
 void Sensor::xSetStarted(bool value) {
@@ -155,21 +198,31 @@ void Sensor::xSetStarted(bool value) {
 }
 
 void Sensor::xWatch(bool on) const {
-  watch->setOn(on);
+  if (!on && !watch) return;
+  xGetWatch().setOn(on);
   isNoted = true;
 }
 
+// A sensor that runs already is taken for one that has just been started, or just been read.
+SensorWatch& Sensor::xGetWatch() const {
+  if (SensorWatch* const known = watch) return *known;
+  auto fresh = std::make_unique<SensorWatch>();
+  fresh->begin(hasShown);
+  SensorWatch* known = nullptr;
+  return watch.compare_exchange_strong(known, fresh.get()) ? *fresh.release() : *known;
+}
+
 // The watch lies elsewhere: of many sensors that nobody watches, it would not be in the cache.
-bool Sensor::xNotesNext() const {
-  if (watch->notesNext()) return true;
+bool Sensor::xNotesNext(const SensorWatch& notes) const {
+  if (notes.notesNext()) return true;
   isNoted = false;
   // Somebody may have begun to watch in between.
-  isNoted = watch->notesNext();
+  isNoted = notes.notesNext();
   return isNoted;
 }
 
 std::optional<ko::log::Record> Sensor::getLastTrouble() const {
-  std::lock_guard<std::mutex> lock(troubleMutex);
+  std::lock_guard<std::mutex> lock(troubleMutex());
   return lastTrouble ? std::optional(*lastTrouble) : std::nullopt;
 }
 
@@ -197,7 +250,7 @@ void Sensor::xKeepCaught(ko::log::Level level, std::string_view category,
 
 void Sensor::xKeep(ko::log::Record record) const {
   using ko::log::Level;
-  std::lock_guard<std::mutex> lock(troubleMutex);
+  std::lock_guard<std::mutex> lock(troubleMutex());
   ++troubleCount;
   if (record.level > Level::warning && lastTrouble && lastTrouble->level <= Level::warning) return;
   lastTrouble = std::make_unique<ko::log::Record>(std::move(record));

@@ -33,12 +33,12 @@ enum class HardwareCall : std::uint8_t;
  * - Frames: S is the sensor's frame, x the direction in which it looks, y to the left, z up. Points
  *   are in S; a record's transform says where S is.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Reserved: no record means that nothing was read; a record without points, that there is nothing
- *   to report.
+ * - Special values: no record means that nothing was read. A record without points means that there
+ *   is nothing to report.
  * - Lifetime: not copyable. The destructor does not stop the hardware; unsubscribe first.
  * - Threads: thread-safe. Hardware is started, stopped and read by one thread at a time.
- * - Errors: what the hardware throws reaches the caller. A start or stop that answers false clears
- *   the diagnosis; the sensor then stays off until setDiagnosis(true).
+ * - Errors: an exception of the hardware reaches the caller. A start or stop that returns false
+ *   sets the diagnosis to bad; the sensor then stays off until setDiagnosis(true).
  *
  * A sensor that reads one range:
  *
@@ -77,8 +77,10 @@ class QV_API Sensor {
   virtual bool xUnsubscribeFromHardware() = 0;
 
  public:
-  /** Adds a subscriber; false if it is one already. The first one starts the hardware. A failed
-   * start is not told here: it clears the diagnosis. */
+  /**
+   * Adds a subscriber; false if it is one already. The first one starts the hardware. A failed
+   * start is not reported here; it sets the diagnosis to bad.
+   */
   bool subscribe(const std::string& subscriberName);
   /** Removes a subscriber; false if it is none. The last one stops the hardware. */
   bool unsubscribe(const std::string& subscriberName);
@@ -138,25 +140,38 @@ class QV_API Sensor {
   void xStop();
   bool xCallHardware(HardwareCall which);
   bool xTryHardware(HardwareCall which);
+  void xEndCall(bool success, bool threw);
+  void xBeginNotes();
   void xKeep(ko::log::Record record) const;
   void xSetStarted(bool value);
   void xWatch(bool on) const;
-  bool xNotesNext() const;
+  SensorWatch& xGetWatch() const;
+  bool xNotesNext(const SensorWatch& notes) const;
+  std::vector<Math::MetricalData> xReadWatched(SensorWatch& notes) const;
+  std::vector<Math::MetricalData> xReadUnwatched() const;
 
   std::set<std::string> subscribers;
   mutable boost::mutex mutex;
   mutable std::unique_ptr<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
-  mutable std::mutex troubleMutex;
-  // What a reading touches stands last, beside what derived sensors measure with.
-  const std::unique_ptr<SensorWatch> watch;
+  // Members used by a reading come last, next to those of derived classes.
+  /** Null until somebody watches; owned. */
+  mutable std::atomic<SensorWatch*> watch{nullptr};
   std::atomic<bool> enabled{true};
   std::atomic<bool> diagnosisSuccess{true};
   /** True if there are subscribers, for those who must not wait. */
   std::atomic<bool> isWanted{false};
   std::atomic<bool> started{false};
+  /** What the hardware is busy with, and since when, ns. */
+  std::atomic<HardwareCall> call{};
+  std::atomic<std::int64_t> callSince{0};
+  /** Stopping it failed last; starting it threw last. */
+  std::atomic<bool> leftOn{false};
+  std::atomic<bool> hasThrown{false};
+  /** True if a reading since the start had records, and nobody watched. */
+  mutable std::atomic<bool> hasShown{false};
   /** True if the watch may want the next reading. */
-  mutable std::atomic<bool> isNoted{true};
+  mutable std::atomic<bool> isNoted{false};
   mutable boost::mutex startedMutex;
 };
 

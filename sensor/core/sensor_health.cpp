@@ -44,7 +44,7 @@ std::string namesOfHealthLimits() {
   return names;
 }
 
-// A sound record is at most two periods old, and what reads and dates it adds 0.15 s.
+// A sound record is at most two periods old; reading and dating it add 0.15 s.
 HealthLimits::HealthLimits(ko::Duration period) {
   const double seconds = boost::chrono::duration<double>(period).count();
   set(HealthLimit::start, 1.0 + 5.0 * seconds);

@@ -49,7 +49,7 @@ struct QV_API SensorHealth {
   HealthState state = HealthState::off;
   /** The time at which this state began. */
   ko::Clock::time_point since;
-  /** One sentence with figures: "its scan is 0.62 s old, limit 0.4 s". */
+  /** The reason, a sentence with figures: "its record is 0.62 s old, limit 0.40 s". */
   std::string reason = {};
   /** The way back to a sound sensor; empty if none is needed. */
   std::string remedy = {};

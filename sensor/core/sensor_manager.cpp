@@ -17,10 +17,11 @@ constexpr char kManagerCategory[] = "Navigation.SensorManager";
 }  // namespace
 
 SensorManager::SensorManager()
-    : data(boost::make_shared<const std::vector<Math::MetricalData>>()),
-      health(std::make_unique<HealthBoard>(sensors)) {}
+    : data(boost::make_shared<const std::vector<Math::MetricalData>>()) {}
 
-SensorManager::~SensorManager() = default;
+SensorManager::~SensorManager() {
+  delete health.load();
+}
 
 void SensorManager::setPose2D(const Math::Pose2D&, const Math::Pose2D&) {
   ko::log::warning(kManagerCategory, "setPose2D") << "setPose2D not implemented.";

@@ -25,28 +25,28 @@
 namespace QV::sensor {
 
 class HealthBoard;
+struct HealthInside;
 
 /**
  * The sensors of a robot, by name and by family: all that navigation code talks to.
  *
  * A caller subscribes under a name of its own to sensors or families, and reads the records of
- * every sensor that runs. "Sonar" is a family, "Sonar/Front" a sensor; where both share a name, the
- * family is meant. Three managers derive from it: SimulatedSensorManager for rays in a map,
- * RealSensorManager for the modules of a robot, real or virtual, and one of your own.
+ * every sensor that runs. "Sonar" is a family, "FrontSonar" a sensor; if both share a name, it
+ * means the family. Two managers derive from it: SimulatedSensorManager for rays in a map, and
+ * RealSensorManager for the modules of a robot, real or virtual. You can derive your own.
  *
  * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S. The
  *   transform of a record places S in G, that of a simulated sensor in M.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Reserved: an unknown name is answered with false or nothing, and logged where something was
- *   asked to change.
+ * - Special values: an unknown name gives false or an empty result. Operations that change
+ *   something also log it.
  * - Lifetime: not copyable. Subscriptions end with unsubscribe(), not with the caller: see
  *   ScopedSubscription. Nobody may call a manager that ends.
  * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing
  *   may.
  * - Errors: what a sensor's hardware throws leaves the operation that starts or stops it. A sensor
- *   that throws while it is read is logged, and the others' records are there.
- *
- * How near is the nearest thing?
+ *   that throws while it is read is logged, and the others' records are there. The range of each
+ *   sonar:
  *
  *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Sonar"});
  *     subscription.awaitRecords(seconds(2));
@@ -163,7 +163,8 @@ class QV_API SensorManager {
    * it. */
   void onHealthChanged(HealthCallback callback);
   /** Switches the watching of health on, as it is at first, or off: then readings are not looked
-   * at, and what runs counts as sound. */
+   * at, and what runs counts as sound. Unless a manager begins earlier, as a RealSensorManager
+   * does, it watches from the first question or callback on. */
   void watchHealth(bool on);
   /** Changes a limit of a sensor, of a family or, without a name, of all; a rule without a value
    * switches it off. False, and a warning, for an unknown name. */
@@ -193,8 +194,6 @@ class QV_API SensorManager {
   /** Shares the cache itself: records that nobody changes any more. */
   boost::shared_ptr<const std::vector<Math::MetricalData>> xShareCache() const;
 
-  HealthBoard& xHealth() const { return *health; }
-
   bool xIsSensor(const std::string& name) const { return sensors.count(name) > 0; }
   bool xIsFamily(const std::string& name) const { return families.count(name) > 0; }
   bool xIsAnySensorOn() const;
@@ -206,6 +205,9 @@ class QV_API SensorManager {
   float kindParameter = 0.0f;
 
  private:
+  friend struct HealthInside;
+
+  HealthBoard& xGetHealth() const;
   using NameOperation = bool (SensorManager::*)(const std::string&, const std::string&);
 
   bool xForEachName(const std::string& subscriber, const std::set<std::string>& names,
@@ -223,7 +225,8 @@ class QV_API SensorManager {
 
   /** The cache. Its records never change, so that the lock is held for a pointer only. */
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
-  const std::unique_ptr<HealthBoard> health;
+  /** Null until somebody asks; owned. */
+  mutable std::atomic<HealthBoard*> health{nullptr};
   /** True if any is in failingSensors: spares the lock while none is. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::shared_mutex dataMutex;

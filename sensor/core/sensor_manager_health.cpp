@@ -1,3 +1,5 @@
+#include <memory>
+
 #include "platform/ko/log.h"
 #include "sensor/core/internal/health_board.h"
 #include "sensor/core/sensor_manager.h"
@@ -8,13 +10,20 @@ namespace {
 SensorHealth healthOfMissing(const ko::log::Record& trouble) {
   return {HealthState::failing, trouble.timestamp,
           "it could not be built: " + ko::log::onOneLine(trouble.message),
-          "a new manager, once its description is right", 1};
+          "correct the description, then make a new manager", 1};
 }
 
 }  // namespace
 
+HealthBoard& SensorManager::xGetHealth() const {
+  if (HealthBoard* const known = health) return *known;
+  auto fresh = std::make_unique<HealthBoard>(sensors);
+  HealthBoard* known = nullptr;
+  return health.compare_exchange_strong(known, fresh.get()) ? *fresh.release() : *known;
+}
+
 std::optional<SensorHealth> SensorManager::getHealth(const std::string& sensorName) const {
-  if (auto found = health->get(sensorName)) return found;
+  if (auto found = xGetHealth().get(sensorName)) return found;
   if (const auto trouble = getLastTrouble(sensorName)) return healthOfMissing(*trouble);
   ko::log::warning("Navigation.SensorManager", "getHealth")
       << "Invalid name in getHealth: \"" << sensorName << "\"";
@@ -22,7 +31,7 @@ std::optional<SensorHealth> SensorManager::getHealth(const std::string& sensorNa
 }
 
 std::map<std::string, SensorHealth> SensorManager::getHealth() const {
-  auto all = health->getAll();
+  auto all = xGetHealth().getAll();
   std::lock_guard<std::mutex> lock(troubleMutex);
   for (const auto& [name, trouble] : troubleOfMissing) {
     all.try_emplace(name, healthOfMissing(trouble));
@@ -31,23 +40,23 @@ std::map<std::string, SensorHealth> SensorManager::getHealth() const {
 }
 
 void SensorManager::onHealthChanged(HealthCallback callback) {
-  health->setCallback(std::move(callback));
+  xGetHealth().setCallback(std::move(callback));
 }
 
 void SensorManager::watchHealth(bool on) {
-  health->setOn(on);
+  xGetHealth().setOn(on);
 }
 
 bool SensorManager::setHealthLimit(const HealthRule& rule) {
   const auto family = families.find(rule.name);
   if (rule.name.empty() || family != families.end()) {
     for (const std::string& name : rule.name.empty() ? getSensorList() : family->second) {
-      health->setLimit(name, rule.limit, rule.value);
+      xGetHealth().setLimit(name, rule.limit, rule.value);
     }
     return true;
   }
   if (xIsSensor(rule.name)) {
-    health->setLimit(rule.name, rule.limit, rule.value);
+    xGetHealth().setLimit(rule.name, rule.limit, rule.value);
     return true;
   }
   ko::log::warning("Navigation.SensorManager", "setHealthLimit")
@@ -57,7 +66,7 @@ bool SensorManager::setHealthLimit(const HealthRule& rule) {
 
 std::optional<double> SensorManager::getHealthLimit(const std::string& sensorName,
                                                     HealthLimit limit) const {
-  return health->getLimit(sensorName, limit);
+  return xGetHealth().getLimit(sensorName, limit);
 }
 
 }  // namespace QV::sensor

@@ -74,7 +74,7 @@ void SensorManager::xGather(const std::string& name, const Sensor& sensor, Recor
     if (isAnyFailing) xChangesGathering(name, true);
   } catch (const std::exception& exception) {
     const std::string message = "Unable to gather the data of " + name + ": " + exception.what();
-    // One line when a sensor begins to fail, not one for each cycle that it goes on.
+    // The log gets one line when a sensor begins to fail, not one per refresh.
     if (xChangesGathering(name, false)) {
       sensor.logTrouble(ko::log::Level::error, kRecordsCategory, "xUpdateData", message);
     } else {

@@ -18,9 +18,9 @@ class SensorFactory;
 class TouchSensor;
 
 /**
- * Hosts the library in a robot's middleware, as the module "QVNavigation": owns a manager, passes
- * events on to its sensors, and offers its operations by name to other modules. A module of one's
- * own derives from it, binds more methods, and is registered under that name.
+ * Hosts the library in a robot's middleware, as the module "QVNavigation". It owns a manager,
+ * passes events on to its sensors, and offers its operations by name to other modules. To add
+ * methods, derive from it, bind them, and register your module under the same name.
  *
  * Operations of the manager, under their own names; several names are a string or an array of
  * strings, a set comes as an array of strings in order:
@@ -43,20 +43,30 @@ class TouchSensor;
  * | getKindParameter | | float |
  * | lastTrouble | sensor | array: level, message, time (int, ns of ko::Clock); or empty |
  * | getHealth | sensor | array: state, reason, remedy, since (int, ns), times (int); or empty |
+ * It also takes the events "_onTouchChanged" and "_onPeopleDetected", each with event, value and
+ * subscriber; they are ignored if there is no such sensor.
  *
- * And the events "_onTouchChanged" and "_onPeopleDetected", each with event, value and subscriber;
- * they are ignored if there is no such sensor.
+ * - Lifetime: not copyable. The destructor stops all hardware.
+ * - Threads: thread-safe; the caller's thread does the work.
+ * - Errors: QVError for wrong arguments; unknown names are answered as SensorManager does.
  *
- * Not copyable. Any thread may call any method; the caller's thread does the work.
+ * On a virtual robot, called as another module would:
+ *
+ *     const auto module = boost::make_shared<QV::sensor::NavigationModule>(robot.getBroker());
+ *     const QV::ScopedModule hosted(robot.getBroker(), module);
+ *     const QV::QVProxy navigation(robot.getBroker(), "QVNavigation");
+ *     navigation.callVoid("subscribe", "my module", "Sonar");
  */
 class QV_API NavigationModule : public QVModule {
  public:
-  /** Hosts the sensors of the robot behind the broker; no broker: QVError. Its sensors keep the
-   * broker alive, and the broker the module: see ScopedModule. */
+  /**
+   * Hosts the sensors of the robot behind the broker. Throws QVError for a null broker. Its sensors
+   * keep the broker alive, and the broker the module: see ScopedModule.
+   */
   explicit NavigationModule(const boost::shared_ptr<QVBroker>& broker);
-  /** Hosts the sensors that this factory knows. */
+  /** Hosts the sensors with the kinds and creators of `factory`. */
   NavigationModule(const boost::shared_ptr<QVBroker>& broker, const SensorFactory& factory);
-  /** Hosts a manager of any kind, which has all its sensors already; no manager: QVError. */
+  /** Hosts any manager that has all its sensors already. Throws QVError for a null manager. */
   explicit NavigationModule(boost::shared_ptr<SensorManager> manager);
   /** Unsubscribes everybody first: no hardware is left running. */
   ~NavigationModule() override;

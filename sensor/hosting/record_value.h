@@ -23,7 +23,7 @@ QV_API QVValue toQVValue(const Math::MetricalData& record);
 /** An array of records. */
 QV_API QVValue toQVValue(const std::vector<Math::MetricalData>& records);
 
-/** The way back, without loss; what does not have that form is a QVError that names the element. */
+/** Converts back, without loss. Throws QVError with the element for a malformed value. */
 QV_API Math::MetricalData recordFromQVValue(const QVValue& value);
 QV_API std::vector<Math::MetricalData> recordsFromQVValue(const QVValue& value);
 

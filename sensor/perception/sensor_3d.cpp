@@ -10,8 +10,6 @@
 namespace QV::sensor {
 namespace {
 
-using Lock = std::lock_guard<std::mutex>;
-
 constexpr char kDepthCategory[] = "Navigation.Sensor3D";
 constexpr char kClientName[] = "Sensor3D";
 constexpr int kHighResolutionModel = 7;
@@ -38,7 +36,7 @@ Sensor3D::~Sensor3D() {
   try {
     Sensor3D::xUnsubscribeFromHardware();
   } catch (...) {
-    // Nobody is left to be told, and the members must go.
+    // An exception can't leave the destructor, and the members must be destroyed.
   }
 }
 
@@ -50,7 +48,7 @@ int Sensor3D::xGetCameraResolution() {
 int Sensor3D::xInitFilteringBlobSize() {
   int height = 0;
   setSizeFromResolution(resolution, fieldOfView.rayCount, height);
-  // With 0.01 as a float the product would fall short of a whole number of pixels.
+  // 0.01 must be a double; as a float the product is too small.
   const auto hundredth = static_cast<float>(fieldOfView.rayCount * 0.01);
   return static_cast<int>(static_cast<float>(height) * hundredth);
 }
@@ -60,7 +58,7 @@ void Sensor3D::xLogError(const char* method, const char* what, const char* reaso
 }
 
 bool Sensor3D::xSubscribeToHardware() {
-  Lock lock(hardwareMutex);
+  std::lock_guard lock(hardwareMutex);
   try {
     cameraHandle =
         videoDeviceProxy.subscribeCamera(std::string(kClientName) + "Depth", kDepthCamera,
@@ -75,7 +73,7 @@ bool Sensor3D::xSubscribeToHardware() {
 }
 
 bool Sensor3D::xUnsubscribeFromHardware() {
-  Lock lock(hardwareMutex);
+  std::lock_guard lock(hardwareMutex);
   updateTask.stop();
   depthFilter->forgetSpares();
   if (cameraHandle.empty()) return true;
@@ -90,7 +88,7 @@ bool Sensor3D::xUnsubscribeFromHardware() {
 }
 
 std::vector<Math::MetricalData> Sensor3D::xGetData() const {
-  Lock lock(dataMutex);
+  std::lock_guard lock(dataMutex);
   if (data.empty() && emptyAt && ko::Clock::now() - *emptyAt < kMostImageAge) {
     xExcuse("its image shows nothing", true);
   }

@@ -25,24 +25,34 @@ class DepthFilter;
 /**
  * The depth camera: cuts each image into connected components and reports each as a record.
  *
- * While it is subscribed it takes an image every 100 ms. A component counts if it covers at least 1
- * % of the image; records come in the order of the components' first pixels, with the camera's pose
- * and the time of the image.
+ * While it is subscribed it takes an image every 100 ms. A component counts if it covers at least
+ * 1 % of the image. Records come in the order of the components' first pixels, with the camera's
+ * pose and the time of the image.
  *
  * - Frames: S is the camera's frame, x along the optical axis, y to the left, z up. Points are in
  *   S; the transform places S in the robot's ground frame G at the time of the image.
  * - Units: metres, radians; depth in the image is in millimetres.
- * - Reserved: depth 0 is no measurement. The field of view's rayCount is the image's width in
- *   pixels.
- * - Lifetime: the destructor stops the camera. After a new subscription readers see the last image
- *   of the former one until the first new one is there.
+ * - Special values: depth 0 is no measurement. The field of view's rayCount is the image's width in
+ *   pixels, so one ray is one column.
+ * - Lifetime: the destructor stops the camera. After a restart, readers get the records of the last
+ *   image until a new image arrives.
  * - Threads: thread-safe; a task of its own takes the images.
- * - Errors: an image that fails is logged, and the last good one stays. The camera's angles are
- *   asked for once in the life of the process.
+ * - Errors: a failed image is logged, and the last good one stays. The camera's opening angles are
+ *   requested once per process.
+ *
+ * The nearest point of each component:
+ *
+ *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"DepthCamera"});
+ *     subscription.awaitRecords(seconds(2));
+ *     for (const auto& record : manager.getMetricalData("DepthCamera")) {
+ *       float nearest = record.fieldOfView.maxRange;
+ *       for (const auto& point : record.points) nearest = std::min(nearest, point.x);
+ *       std::cout << record.points.size() << " pixels from " << nearest << " m on\n";
+ *     }
  */
 class QV_API Sensor3D : public Sensor {
  public:
-  /** Makes the proxies. A module that is missing, or a camera without a model: QVError. */
+  /** Makes the proxies. Throws QVError for a missing module or a camera without a model. */
   Sensor3D(const std::string& name, const std::string& familyName,
            boost::shared_ptr<QVBroker> broker, const Math::SensorFieldOfView2D& fieldOfView);
   /** Stops the camera. */
@@ -57,7 +67,7 @@ class QV_API Sensor3D : public Sensor {
 
   /** Returns the code of the resolution that the camera is asked for. */
   int xGetCameraResolution();
-  /** Returns 1 % of the image's pixels, and sets the field of view's rayCount by the way. */
+  /** Returns 1 % of the image's pixels; also sets the field of view's rayCount. */
   int xInitFilteringBlobSize();
 
   /** Takes one image, from asking for it to publishing its records. */
@@ -72,7 +82,7 @@ class QV_API Sensor3D : public Sensor {
    */
   void xComputeXYZCoordinates(const cv::Mat& depth, const cv::Mat_<int>& labels,
                               std::vector<Points>& scans);
-  /** Makes records of the points, which it takes; keeps what the former records leave behind. */
+  /** Moves the points into new records, and keeps the old records' memory for reuse. */
   void xPublish(std::vector<Points>& scans, const Math::Transform& sensorTransform,
                 ko::Clock::time_point timestamp);
 
@@ -92,10 +102,10 @@ class QV_API Sensor3D : public Sensor {
   int periodMs = 100;
   std::string cameraHandle;
 
-  // Kept with their working memory, so that images of one size cost no allocation.
+  // These members keep their memory, so that images of the same size need no allocation.
   std::unique_ptr<DepthFilter> depthFilter;
   std::vector<Points> scans;
-  // What the last records replaced, without its points.
+  // The former records, without their points, for reuse.
   std::vector<Math::MetricalData> replaced;
 
   ko::PeriodicTask updateTask;

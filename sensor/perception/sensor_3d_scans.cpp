@@ -9,19 +9,19 @@
 #include "sensor/perception/internal/depth_filter.h"
 #include "sensor/perception/sensor_3d.h"
 
-// What becomes of an image.
+// The part of Sensor3D that turns an image into records.
 namespace QV::sensor {
 namespace {
 
 constexpr char kScanCategory[] = "Navigation.Sensor3D";
-// An image is older than its stamp says.
+// An image is older than its stamp.
 constexpr ko::Duration kStampDelay(20'000'000);
 
 ko::Clock::time_point acquisitionTime(const QVImage& image) {
   return ko::Clock::time_point(ko::Duration(image.getTimestamp() * 1000) - kStampDelay);
 }
 
-// Once in the life of the process; a camera that fails to tell is asked again.
+// The angles are requested once per process; after a failure the camera is asked again.
 const DepthFilter::Extents& extentsOf(const QVVideoDeviceProxy& camera) {
   static const DepthFilter::Extents extents{
       2.0f * std::tan(camera.getHorizontalFOV(kDepthCamera) * 0.5f),
@@ -69,7 +69,7 @@ void Sensor3D::xUpdateScan() {
   scans.clear();
   const bool ok = xFilterScan(*image, scans);
   xTryReleaseImage();
-  // A frame whose neighbours have nothing in common, with depths that no camera measures.
+  // The image is garbage: neighbouring pixels differ, with depths that no camera measures.
   if (ok && scans.empty() && depthFilter->getPixelBeyond()) xNoteGarbage();
   if (ok) xPublish(scans, sensorTransform, timestamp);
 }

@@ -81,7 +81,7 @@ void QVMemoryFastAccess::ConnectToVariables(boost::shared_ptr<QVBroker> broker,
 void QVMemoryFastAccess::ConnectToIntVariables(boost::shared_ptr<QVBroker> broker,
                                                const std::vector<std::string>& keys) {
   if (stopped) return;
-  // Not the given broker: the int list has always asked any.
+  // The int list asks any broker, not the given one, as callers expect.
   if (!memoryProxy && broker) memoryProxy = anyBroker()->getProxy(MemoryContract::kModule, 0);
   intPointers.clear();
   intPointers.reserve(keys.size());

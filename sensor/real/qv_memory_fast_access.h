@@ -41,11 +41,11 @@ class QV_API QVMemoryFastAccess {
   void GetValues(std::vector<float>& out) const;
   void GetValues(std::vector<int>& out) const;
 
-  /** Sets as many connected keys as there are values; what is left over on either side stays. */
+  /** Sets as many connected keys as there are values; surplus keys or values are ignored. */
   void SetValues(const std::vector<float>& in);
   void SetValues(const std::vector<int>& in);
 
-  /** Ends connecting for good: later connects do nothing, what is connected goes on working. */
+  /** Ends connecting for good: later connects do nothing, connected keys keep working. */
   void StopAllAccess();
 
   // The rest goes through a proxy each time.
@@ -66,7 +66,7 @@ class QV_API QVMemoryFastAccess {
   static T* getSafeDataPtr(boost::shared_ptr<QVMemoryProxy> memory, const std::string& key,
                            T defaultValue);
 
-  /** Tests itself: true if three keys of its own read back, both ways, what was inserted. */
+  /** Tests itself: true if three keys of its own read back their values, both ways. */
   static bool InnerTest(boost::shared_ptr<QVBroker> broker);
 
  private:

@@ -47,8 +47,8 @@ namespace QV::sensor {
  */
 class QV_API RealSensor : public Sensor {
  public:
-  /** Makes the proxies. With keys, the field of view's rayCount becomes their number, whatever
-   * it was. A module that is missing: QVError. */
+  /** Makes the proxies. With keys, the field of view's rayCount becomes their number. Throws
+   * QVError for a missing module. */
   RealSensor(const std::string& name, const std::string& familyName,
              const Math::SensorFieldOfView2D& fieldOfView,
              const std::vector<std::string>& memoryKeys, boost::shared_ptr<QVBroker> broker);
@@ -58,7 +58,7 @@ class QV_API RealSensor : public Sensor {
   std::vector<Math::MetricalData> getData() const override;
 
  protected:
-  /** Begins a record: who measures, what it covers, and the device manager's time. */
+  /** Begins a record: sensor, field of view, and the device manager's time. */
   Math::MetricalData xGetMetricalDataMeta() const;
 
   /** Asks the motion service where S was in G at `time`. */
@@ -67,8 +67,8 @@ class QV_API RealSensor : public Sensor {
   /** Replaces the points of each record that is older than `maxAge` at `now` by a wall of
    * obstacles: at `range` metres, every `angularStep` radians across its field of view, at
    * the sensor's present place. The record keeps its timestamp. A step that makes no wall, or
-   * one of over 100,000 points, leaves no points. It is offered to sensors of one's own;
-   * nothing here calls it. The motion proxy is passed by value, as the interface has it. */
+   * one of over 100,000 points, leaves no points. It is meant for your own sensors; nothing here
+   * calls it. The motion proxy is passed by value, as the interface has it. */
   void xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalData>& data,
                                          const ko::Clock::time_point& now,
                                          const boost::chrono::milliseconds& maxAge,
@@ -80,8 +80,8 @@ class QV_API RealSensor : public Sensor {
   boost::shared_ptr<QVMemoryProxy> memoryProxy;
   QVMotionProxy motionProxy;
   DCMProxy dcmProxy;
-  /** Values that a derived sensor wants kept for its life. The interface has the list; nothing
-   * here fills it. */
+  /** Values that a derived sensor keeps for its life. The interface has the list; nothing here
+   * fills it. */
   std::vector<std::unique_ptr<QVValue>> valuePointers;
   /** The keys of the description, in its order. */
   std::vector<std::string> memoryKeys;

@@ -7,7 +7,7 @@
 #include "platform/middleware/dcm_proxy.h"
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_motion_proxy.h"
-#include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_inside.h"
 
 namespace QV::sensor {
 RealSensorManager::RealSensorManager(boost::shared_ptr<QVBroker> broker)
@@ -29,6 +29,8 @@ RealSensorManager::~RealSensorManager() {
 
 void RealSensorManager::xInit() {
   if (!dcmPresent && !sensorsDebug) return;
+  // A sensor of a real robot that hangs or fails is named, whether or not anybody asks.
+  healthOf(*this).beAsked();
   xInitSensors();
   dcmPresent = broker->isModulePresent(DeviceManagerContract::kModule);
   updateTask.setName("MetricalSensors");
@@ -59,12 +61,12 @@ boost::shared_ptr<const std::vector<Math::MetricalData>> RealSensorManager::xSha
 void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
   std::lock_guard<std::mutex> lock(updateMutex);
   if (anySensorOn == updateRunning) {
-    // What could not be started is told, too.
+    // Health also reports sensors that could not be started.
     if (!anySensorOn) xWatchHealth();
     return;
   }
   updateRunning = anySensorOn;
-  xHealth().setRefreshed(anySensorOn);
+  healthOf(*this).setRefreshed(anySensorOn);
   if (anySensorOn) {
     updateTask.start(true);
     xWatchHealth();
@@ -76,25 +78,25 @@ void RealSensorManager::xOnSensorOnChanged(bool anySensorOn) {
 
 void RealSensorManager::xRefresh() const {
   xUpdateData();
-  if (xHealth().isWatching()) xTellHealth();
+  if (healthOf(*this).isWatching()) xTellHealth();
 }
 
 void RealSensorManager::xTellHealth() const {
-  if (xHealth().asksDeviceTime()) {
+  if (healthOf(*this).asksDeviceTime()) {
     ko::Clock::time_point deviceTime = ko::Clock::now();
     try {
       deviceTime = ko::Clock::fromInt32ms(DCMProxy(broker).getTime(0));
     } catch (...) {
-      // One that does not answer can't say that its clock runs wrong.
+      // A device manager that does not answer gives no time.
     }
-    xHealth().noteDeviceTime(deviceTime);
+    healthOf(*this).noteDeviceTime(deviceTime);
   }
   hasToldVelocity = !hasToldVelocity;
   if (!hasToldVelocity) return;
   try {
-    xHealth().noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
+    healthOf(*this).noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
   } catch (...) {
-    // A robot that does not tell of its motion has sensors all the same.
+    // A robot without a motion service has sensors all the same.
   }
 }
 
@@ -104,9 +106,9 @@ void RealSensorManager::xWatchHealth() {
   if (!healthTask.isRunning()) healthTask.start(false);
 }
 
-// Ends itself, as whoever switches the last sensor off must not wait for what a change calls.
+// The task ends itself, because stopping the last sensor must not wait for a callback.
 void RealSensorManager::xLookAtHealth() {
-  xHealth().tick();
+  healthOf(*this).tick();
   std::lock_guard<std::mutex> lock(healthMutex);
   if (!updateRunning) healthTask.stop();
 }

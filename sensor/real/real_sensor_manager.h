@@ -18,23 +18,22 @@
 namespace QV::sensor {
 
 /**
- * The sensors of a robot, real or virtual, as its description lists them: it finds the description
- * and everything else behind a QVBroker.
- *
- * Families are "Sonar", "Laser", "Shovel", "HoleLaser", "BlindZone", "Asus" (depth camera and
- * people) and "Touch", or others with a factory of one's own. While any sensor is started, a task
- * gathers all records, at once after the subscription and then every 100 ms. Readers get copies of
- * the last gathering. When nobody is subscribed, there are no records.
+ * Manages the sensors of a robot, real or virtual. It gets the description, and all data, through a
+ * QVBroker. Families are "Sonar", "Laser", "Shovel", "HoleLaser", "BlindZone", "Asus" (depth camera
+ * and people) and "Touch". A factory of your own can add families. While any sensor is started, a
+ * task refreshes all records every 100 ms, the first time at once. Readers get copies of the last
+ * refresh. Without subscribers there are no records.
  *
  * - Frames: points are in the sensor's frame S, transforms place S in the robot's ground frame G.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Reserved: without a module "DCM" there are no sensors.
- * - Lifetime: not copyable; keeps the broker alive. The destructor waits for a gathering that runs
- *   and stops the depth camera; other hardware stays as it is, so unsubscribe first.
- * - Threads: thread-safe. Gathering runs on ko's pool, or on the owner of a SimulatedTime.
- * - Errors: no broker is a QVError. A sensor that can't be built is logged at error level and left
- *   out; a sonar without memory keys silently. Enabling and diagnosis neither begin nor end the
- *   gathering: call lookAgain() after either.
+ * - Requires: the module "DCM"; without it there are no sensors.
+ * - Lifetime: not copyable; keeps the broker alive. The destructor waits for a refresh in progress,
+ *   then stops the depth camera. It does not stop other hardware: unsubscribe first.
+ * - Threads: thread-safe. The refresh runs on ko's pool, or on the owner of a SimulatedTime.
+ *   enableSensorOrFamily() and setSensorDiagnosis() do not start or stop the refresh; call
+ *   lookAgain() after them.
+ * - Errors: a null broker throws QVError. A sensor that can't be built is logged at error level and
+ *   left out. A sonar without memory keys is left out without a log line.
  *
  * On a virtual robot:
  *
@@ -46,26 +45,28 @@ namespace QV::sensor {
  */
 class QV_API RealSensorManager : public SensorManager {
  public:
-  /** Makes the sensors of the robot's description, of the library's kinds. No broker: QVError. */
+  /** Builds the sensors of the description, with the library's kinds. Throws QVError for a null
+   * broker. */
   explicit RealSensorManager(boost::shared_ptr<QVBroker> broker);
-  /** Makes the sensors, and knows the names of types, that this factory knows. */
+  /** Builds the sensors with the kinds and creators of `factory`. */
   RealSensorManager(boost::shared_ptr<QVBroker> broker, SensorFactory factory);
-  /** Waits for a gathering that runs. Stops the depth camera and leaves other hardware as it is. */
+  /** Waits for a refresh in progress, then stops the depth camera. Other hardware stays as it is.
+   */
   ~RealSensorManager() override;
 
   /** The kinds of sensors that it can make. */
   const Model::SensorKinds& getKinds() const { return factory.getKinds(); }
-  /** The kind of its configuration; null for an unknown name. */
+  /** Returns the kind of a sensor, by its name; null if unknown. */
   const Model::SensorKind* findKind(const std::string& sensor) const;
 
-  /** Enables every sensor if it is switched on; changes no sensor if it is switched off. */
+  /** Enables every sensor for true; changes none for false. */
   void setSensorsDebug(bool debug) override;
 
  protected:
   std::vector<Math::MetricalData> xGetData() const override;
   boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const override;
   void xOnSensorOnChanged(bool anySensorOn) override;
-  /** Gathers once, and notes what the health needs to know of the robot. */
+  /** Refreshes once, and stores the robot's velocity for health. */
   void xRefresh() const;
 
  private:
@@ -88,7 +89,7 @@ class QV_API RealSensorManager : public SensorManager {
   std::mutex updateMutex;
   std::int32_t updatePeriodMs = 100;
   ko::PeriodicTask updateTask;
-  /** True every second time: the robot's velocity is asked for by every other refresh. */
+  /** Toggles at each refresh: every second one asks for the robot's velocity. */
   mutable bool hasToldVelocity = false;
   std::int32_t healthPeriodMs = 200;
   std::mutex healthMutex;

@@ -8,17 +8,17 @@
 #include "platform/model/model_utils.h"
 #include "platform/model/robot.h"
 #include "platform/model/sensor_properties.h"
-#include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_inside.h"
 #include "sensor/core/internal/health_rule_text.h"
 #include "sensor/real/real_sensor_manager.h"
 
-// How the manager comes to its sensors.
+// The part of RealSensorManager that builds the sensors.
 namespace QV::sensor {
 namespace {
 
 constexpr char kRealManagerCategory[] = "Navigation.RealSensorManager";
 
-// Of two of ours by one name the first stays, without a word.
+// Among two sensors of the library with one name the first stays, without a log line.
 bool isOurs(const Model::SensorKind& kind) {
   return Model::SensorKinds::standard().findType(kind.type) != nullptr;
 }
@@ -107,10 +107,10 @@ void RealSensorManager::xDescribeHealth(const Sensor& sensor, const SensorOrder&
   const Model::SensorProperties properties(order.config);
   const ko::Duration period = std::max(periodOf(properties, kind),
                                        ko::Duration(boost::chrono::milliseconds(updatePeriodMs)));
-  xHealth().describe(sensor, {kind.points, kind.silence, kind.hasRate, isMoved}, period);
+  healthOf(*this).describe(sensor, {kind.points, kind.silence, kind.hasRate, isMoved}, period);
   for (const ReadHealthRule& limit : readDescribedLimits(properties.getText("limits"))) {
     if (limit.expected.empty()) {
-      xHealth().setLimit(sensor.getName(), limit.rule.limit, limit.rule.value);
+      healthOf(*this).setLimit(sensor.getName(), limit.rule.limit, limit.rule.value);
     } else {
       logTrouble(
           sensor.getName(), kRealManagerCategory, "xInitSensors",

@@ -17,7 +17,7 @@
 namespace QV::sensor {
 
 /**
- * The order that a creator gets: one configuration of a description, and what goes with it. The
+ * The order that a creator gets: one configuration of a description, with its context. The
  * references last as long as the call.
  */
 struct QV_API SensorOrder {
@@ -36,12 +36,12 @@ struct QV_API SensorOrder {
 };
 
 /**
- * The makers of a description's sensors: a kind and a creator for each type.
+ * The creators of a description's sensors: a kind and a creator for each type.
  *
- * A value: who has sensors of his own copies the standard factory, adds them, and gives the copy to
- * a RealSensorManager or to a session's OpenOptions.
+ * A value type: to add sensors of your own, copy the standard factory, add them, and give the copy
+ * to a RealSensorManager or to a session's OpenOptions.
  *
- * - Reserved: types are numbers above 0. A creator that returns no sensor leaves it out.
+ * - Special values: types are numbers above 0. A creator that returns no sensor leaves it out.
  * - Threads: reading is thread-safe.
  * - Errors: a row or creator that makes no sense is a std::invalid_argument. What a creator throws
  *   is logged, and that one sensor is left out.
@@ -68,15 +68,15 @@ class QV_API SensorFactory {
   static const SensorFactory& standard();
 
   /** Adds a kind and its creator. When a sensor can't be made, `failure` is logged before the
-   * reason, with the configuration's name for each "{name}". What SensorKinds::add() refuses,
-   * or no creator: std::invalid_argument. */
+   * reason, with the configuration's name for each "{name}". Throws std::invalid_argument as
+   * SensorKinds::add() does, and for an empty creator. */
   void add(const Model::SensorKind& kind, Creator creator,
            const std::string& failure = "Unable to initialize {name}");
 
   const Model::SensorKinds& getKinds() const { return kinds; }
 
-  /** Makes the sensors of an order; none for a type without a creator. A creator that gives a
-   * null one: std::runtime_error. */
+  /** Makes the sensors of an order; none for a type without a creator. Throws std::runtime_error if
+   * the creator gives a null sensor. */
   Sensors create(const SensorOrder& order) const;
   /** The text that is logged before the reason; empty for a type without a creator. */
   std::string getFailure(const Model::SensorConfig& config) const;

@@ -1,13 +1,13 @@
 #include "sensor/simulation/simulated_sensor_manager.h"
 
 #include "platform/ko/log.h"
-#include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_inside.h"
 #include "sensor/simulation/internal/robot_model_mock.h"
 
 namespace QV::sensor {
 namespace {
 
-// Readers may come all the time, and what is simulated hardly ever changes.
+// Readers may come all the time, and the set of simulated sensors hardly ever changes.
 constexpr ko::Duration kJudgePeriod{300'000'000};
 constexpr char kSimulatedManagerCategory[] = "Navigation.SimulatedSensorManager";
 
@@ -21,7 +21,6 @@ void SimulatedSensorManager::xInit(int robotKind, QV::OccupancyMap* map) {
   kindParameter = robotKind == -1 || robotKind == 0 ? 0.15f : 0.3f;
   simulationParameter = 1.0f;
   xAddSensors(robotKind);
-  xHealth().awaitQuestion();
   if (map) xSetOccMap(map);
 }
 
@@ -58,14 +57,14 @@ void SimulatedSensorManager::setPose2D(const Math::Pose2D& scanPose,
 
 std::vector<Math::MetricalData> SimulatedSensorManager::xGetData() const {
   xUpdateData();
-  xHealth().tick(kJudgePeriod);
+  tickHealthOf(*this, kJudgePeriod);
   return xCopyData();
 }
 
 boost::shared_ptr<const std::vector<Math::MetricalData>> SimulatedSensorManager::xShareData()
     const {
   xUpdateData();
-  xHealth().tick(kJudgePeriod);
+  tickHealthOf(*this, kJudgePeriod);
   return xShareCache();
 }
 

@@ -24,8 +24,8 @@ namespace QV::sensor {
  *   are the same: pointsInFrame() is then off by the mounting. Fans all look along the robot's
  *   heading, whatever the mounting.
  * - Units: metres, radians; points stand 0.5 m high.
- * - Reserved: an all-rays sensor reports what meets nothing as a point at the maximum range; of
- *   others, a record without points means that nothing is in range.
+ * - Special values: an all-rays sensor reports what meets nothing as a point at the maximum range;
+ *   of others, a record without points means that nothing is in range.
  * - Lifetime: the map must outlive the manager; it is only read, though the pointer is not const.
  *   Without a map, records have no points.
  * - Threads: thread-safe. Each sensor takes the two poses whole, one sensor after the other. Of two
@@ -48,8 +48,8 @@ class QV_API SimulatedSensorManager : public SensorManager {
 
   /** Does nothing: there is no hardware to debug. */
   void setSensorsDebug(bool debug) override;
-  /** Sets where rays start (`scanPose`, in M) and where records say that the robot is
-   * (`referencePose`). Who has one pose passes it twice. */
+  /** Sets the start of the rays (`scanPose`, in M) and the robot's pose in the records
+   * (`referencePose`). With a single pose, pass it twice. */
   void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose) override;
 
   /** A number of the simulation, without unit, always 1. The interface has it for callers, and

@@ -8,7 +8,7 @@
 namespace QV::session {
 namespace {
 
-/** Does what each command says. */
+/** Executes each command. */
 struct Execution {
   void operator()(const SubscribeCommand& command) const {
     if (command.on) {
@@ -30,7 +30,7 @@ struct Execution {
   void operator()(const StopCommand&) const { session.stop(); }
   void operator()(const PauseCommand& command) const { session.pause(command.on); }
   void operator()(const StepCommand&) const {
-    if (!session.isPaused()) throw UsageError("time runs: pause it first");
+    if (!session.isPaused()) throw UsageError("can't step while time runs; pause first");
     session.step();
   }
   void operator()(const SpeedCommand& command) const { session.setSpeed(command.value); }

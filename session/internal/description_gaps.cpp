@@ -4,6 +4,7 @@
 
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
+#include "platform/model/sensor_properties.h"
 #include "sensor/core/internal/health_rule_text.h"
 #include "session/internal/session_parts.h"
 #include "session/sensor_check.h"
@@ -16,11 +17,10 @@ std::vector<std::string> keysOf(const Model::SensorConfig& config,
   const Model::SensorKind* kind = kinds.findType(config.type);
   if (!kind) return {};
   std::vector<std::string> keys = config.memoryKeys;
+  const Model::SensorProperties properties(config);
   for (const Model::PropertyRule& rule : kind->properties) {
-    const auto property = config.properties.find(rule.name);
-    if (rule.quantity != Model::Quantity::memoryKey || property == config.properties.end())
-      continue;
-    keys.push_back(property->second);
+    if (rule.quantity == Model::Quantity::memoryKey && properties.has(rule.name))
+      keys.push_back(properties.getText(rule.name));
   }
   return keys;
 }
@@ -46,15 +46,14 @@ std::vector<std::string> findUnwritten(const QVMemoryProxy& memory,
 
 std::string textOf(const std::vector<std::string>& unwritten) {
   const std::string first = "\"" + unwritten.front() + "\"";
-  if (unwritten.size() == 1) return "memory key " + first + " is written by nobody";
-  return std::to_string(unwritten.size()) + " memory keys, " + first +
-         " the first, are written by nobody";
+  if (unwritten.size() == 1) return "nobody writes memory key " + first;
+  return std::string("nobody writes ") + std::to_string(unwritten.size()) +
+         " memory keys, the first is " + first;
 }
 
 void checkLimits(const Model::SensorConfig& config, std::vector<Model::DescriptionFault>& faults) {
-  const auto property = config.properties.find("limits");
-  if (property == config.properties.end()) return;
-  for (const auto& limit : sensor::readDescribedLimits(property->second)) {
+  const std::string limits = Model::SensorProperties(config).getText("limits");
+  for (const auto& limit : sensor::readDescribedLimits(limits)) {
     if (limit.expected.empty()) continue;
     faults.push_back(
         {config.name, "property \"limits\" says \"" + limit.text + "\"", limit.expected});

@@ -43,7 +43,7 @@ void Driver::drive(const Math::Pose2D& velocity, ko::Duration hold) {
 
 RouteQuestion Driver::askForRoute(const Math::Position2D& position) const {
   const auto map = robot.getMap();
-  if (!map) throw UsageError("a robot in a map expected, one without a map given");
+  if (!map) throw UsageError("goals need a map; this robot has none");
   const Math::Position2D from = Math::position2DFromPose2D(robot.getPose());
   return {map, from, position, robot.getRadius() + kMargin};
 }
@@ -54,14 +54,13 @@ void Driver::setGoal(const Math::Position2D& position) {
 
 void Driver::setGoal(const Math::Position2D& position, const std::vector<Math::Position2D>& route) {
   if (route.empty()) {
-    throw UsageError("the robot can't get to " + describe(position) +
-                     " m: no free way leads there");
+    throw UsageError("the robot can't get to " + describe(position) + " m: no free path");
   }
   stop();
   const Math::Position2D& from = route.front();
   if (Math::norm(Math::Position2D(position.x - from.x, position.y - from.y)) < kArrived) return;
   goal = position;
-  ko::log::info("Session", "setGoal") << "on the way to " << describe(position) << " m";
+  ko::log::info("Session", "setGoal") << "the robot drives to " << describe(position) << " m";
   path.emplace(route, kSpeed, kTurnSpeed);
   done = 0.0;
   waited = 0.0;
@@ -132,8 +131,8 @@ void Driver::xGoOn(double seconds) {
 }
 
 void Driver::xGiveUp() {
-  ko::log::warning("Session", "run")
-      << "something is in the way to " << describe(*goal) << " m: the goal is dropped";
+  ko::log::warning("Session", "run") << "the way to " << describe(*goal) << " m stayed blocked for "
+                                     << static_cast<int>(kPatience) << " s: goal dropped";
   stop();
 }
 

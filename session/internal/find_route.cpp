@@ -10,6 +10,9 @@
 namespace QV::session {
 namespace {
 
+/** More than a map has in a row. */
+constexpr float kMostCells = 1e9f;
+
 /** The search for the shortest way between cells, each to its eight neighbours. */
 class RouteSearch {
  public:
@@ -36,12 +39,17 @@ class RouteSearch {
 
   cv::Point cellOf(const Math::Position2D& position) const {
     const Math::Position2D inMap = toMap * position;
-    return {cvFloor(inMap.x / map.getResolution()), cvFloor(inMap.y / map.getResolution())};
+    const auto numberOf = [this](float along) {
+      const float number = along / map.getResolution();
+      // What is far out has no cell of any number.
+      return number >= 0.0f && number < kMostCells ? static_cast<int>(number) : -1;
+    };
+    return {numberOf(inMap.x), numberOf(inMap.y)};
   }
 
   bool isInside(const cv::Point& cell) const { return map.isInside(cell.x, cell.y); }
 
-  // From a place that is too narrow it may go on to wider ones.
+  // A route may leave a narrow place towards wider ones.
   bool canGo(const cv::Point& from, const cv::Point& to) {
     return isInside(to) && cells.at(to).room >= std::min(radius, cells.at(from).room);
   }

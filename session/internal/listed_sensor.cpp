@@ -73,7 +73,7 @@ ListedSensor describe(const Model::SensorConfig& config, const Model::SensorKind
 
 }  // namespace
 
-// At the origin, and without a map, a record's transform is the sensor's mounting.
+// A record's transform is the sensor's mounting if the robot is at the origin, without a map.
 std::vector<ListedSensor> sensorsOfKind(int kind) {
   checkKind(kind);
   sensor::SimulatedSensorManager manager(kind, nullptr);

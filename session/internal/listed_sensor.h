@@ -20,7 +20,7 @@ struct ListedSensor {
   Math::SensorFieldOfView2D fieldOfView;
   Math::Position3D position;
   float heading = 0.0f;
-  // Of a description only.
+  // These members are set for described sensors only.
   int type = 0;
   std::size_t keys = 0;
   std::string link = {};

@@ -15,7 +15,7 @@ class ListenerList : public SessionListener {
   /** Adds a listener. It alone hears what is so now, and like the others all that is told from
    * then on. */
   void add(SessionListener& listener, SessionRobot& robot);
-  /** Once this has returned, it is not called any more. */
+  /** The listener is not called after this returns. */
   void remove(SessionListener& listener, SessionRobot& robot);
   /** Lets all of them hear another robot from now on. */
   void listenTo(SessionRobot& robot);

@@ -9,14 +9,14 @@
 namespace QV::session {
 namespace {
 
-// So many cycles without a record are a sensor that starts, or one that is a little late.
+// The cycles without a record that a starting, or slightly late, sensor may have.
 constexpr int kStarting = 5;
 constexpr int kLate = 3;
-// A sensor may say "nothing there" by a range beyond its maximum, within reason.
+// A sensor may report a miss by a range beyond its maximum, up to a limit.
 constexpr float kReason = 10.0f;
 constexpr float kAngleTolerance = 0.01f;
 
-// Cameras see height, too, and what a hole is projected to may lie beside.
+// Cameras also see height, and the projection of a hole may lie outside.
 bool isFan(const SensorNature& nature) {
   return nature.points == Model::PointMeaning::scan || nature.points == Model::PointMeaning::arc;
 }
@@ -25,7 +25,7 @@ std::string findNonsense(const Math::MetricalData& record, const SensorNature& n
   const auto& fov = record.fieldOfView;
   for (const auto& point : record.points) {
     const float range = Math::norm(point);
-    if (!std::isfinite(range)) return "a point that is no number";
+    if (!std::isfinite(range)) return "a point with NaN or infinite coordinates";
     if (fov.maxRange > 0.0f && range > kReason * fov.maxRange) {
       return "a point at " + shortest(range) + " m, beyond " + shortest(fov.maxRange) + " m";
     }

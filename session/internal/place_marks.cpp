@@ -7,7 +7,7 @@
 namespace QV::session {
 namespace {
 
-// What a camera sees below this height is the floor, metres.
+// A camera's point below this height (m) is the floor.
 constexpr float kFloor = 0.05f;
 
 /** Sorts the points of one record. */
@@ -16,7 +16,7 @@ class MarkPlacement {
   MarkPlacement(const Math::MetricalData& record, Model::PointMeaning meaning,
                 const Math::Pose2D& robot, Frame frame)
       : record(record), meaning(meaning), robot(robot), frame(frame) {
-    // Rays that met nothing end at the maximum range, give or take a rounding.
+    // Misses end at the maximum range, up to rounding.
     const float reach = record.fieldOfView.maxRange;
     if (meaning != Model::PointMeaning::touch && reach > 0.0f) limit = reach * (1.0f - 1e-5f);
   }

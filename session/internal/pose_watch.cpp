@@ -7,7 +7,7 @@
 namespace QV::session {
 namespace {
 
-// As for the rays of simulated sensors.
+// The limit is the same as for the rays of simulated sensors.
 constexpr float kOccupiedAbove = OccupancyMap::kSolidAbove;
 
 }  // namespace
@@ -18,8 +18,9 @@ std::optional<std::string> PoseWatch::look(const Math::Pose2D& pose) {
                       : *occupancy > kOccupiedAbove ? Place::notFree
                                                     : Place::free;
   if (std::exchange(last, place) == place || place == Place::free) return std::nullopt;
-  return "qvsensors: warning: the pose " + shortest(pose.x) + "," + shortest(pose.y) +
-         (place == Place::outside ? " lies outside the map" : " lies in a cell that is not free");
+  return "qvsensors: warning: the pose x,y " + shortest(pose.x) + "," + shortest(pose.y) +
+         (place == Place::outside ? " m lies outside the map"
+                                  : " m is in an occupied or unknown cell");
 }
 
 }  // namespace QV::session

@@ -33,7 +33,7 @@ std::string posesBeside(const std::string& path) {
   auto poses = std::filesystem::path(path).replace_filename("poses.txt").string();
   std::error_code error;
   if (std::filesystem::exists(poses, error)) return poses;
-  throw UsageError(path + ": a sonar log goes with a file of poses; name it with --poses");
+  throw UsageError(path + ": a sonar log needs a file of poses; give it with --poses");
 }
 
 }  // namespace
@@ -54,20 +54,10 @@ RecordedSessionRobot::RecordedSessionRobot(const robot::Recording& recording)
   broker->registerModule(motion);
   broker->registerModule(boost::make_shared<robot::RobotModelService>(description));
   replay = std::make_unique<robot::LogReplay>(recording, broker, motion);
-  xAddLaserModes();
+  laserModes = robot::makeLaserModes(broker, devices, model);
   navigation = boost::make_shared<sensor::NavigationModule>(broker);
-  // Sensors can't start before the memory has what they read.
+  // Sensors can't start before the memory has their keys.
   replay->next();
-}
-
-void RecordedSessionRobot::xAddLaserModes() {
-  for (const auto& [name, config] : model.sensorConfigs) {
-    const auto actuator = config.properties.find("setOperationMode");
-    if (actuator == config.properties.end()) continue;
-    laserModes[actuator->second] = std::make_unique<robot::LaserModeActuator>(
-        broker, devices, actuator->second, config.properties.at("getOperationMode"),
-        ko::Duration::zero());
-  }
 }
 
 std::vector<Math::MetricalData> RecordedSessionRobot::getRecords() {
@@ -80,16 +70,16 @@ std::vector<Math::MetricalData> RecordedSessionRobot::getRecords() {
 }
 
 void RecordedSessionRobot::setPose(const Math::Pose2D&) {
-  throw UsageError("a robot that can be moved expected, a recording given");
+  throw UsageError("a recording can't be moved or driven");
 }
 
 void RecordedSessionRobot::drive(const Math::Pose2D& velocity) {
   if (velocity == Math::Pose2D()) return;
-  throw UsageError("a robot that can be driven expected, a recording given");
+  throw UsageError("a recording can't be moved or driven");
 }
 
 void RecordedSessionRobot::follow(const TimedPath&, double) {
-  throw UsageError("a robot that can be driven expected, a recording given");
+  throw UsageError("a recording can't be moved or driven");
 }
 
 std::optional<ko::Clock::time_point> RecordedSessionRobot::getNextStep() const {

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -59,7 +58,6 @@ class RecordedSessionRobot : public SessionRobot {
   double getShareDone() const override;
 
  private:
-  void xAddLaserModes();
   void xTellStep();
 
   const boost::shared_ptr<QVBroker> broker = QVBroker::create();
@@ -68,7 +66,7 @@ class RecordedSessionRobot : public SessionRobot {
   const boost::shared_ptr<robot::MemoryService> memory;
   const boost::shared_ptr<robot::DeviceManager> devices;
   const boost::shared_ptr<robot::MotionService> motion;
-  std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> laserModes;
+  robot::LaserModes laserModes;
   std::unique_ptr<robot::LogReplay> replay;
   boost::shared_ptr<sensor::NavigationModule> navigation;
   SessionListener* listener = nullptr;

@@ -8,7 +8,7 @@
 namespace QV::session {
 namespace {
 
-// As for the rays of simulated sensors and the walls of a virtual robot's world.
+// The limit is the same as for rays and for the walls of a virtual robot's world.
 constexpr float kBlockedAbove = OccupancyMap::kSolidAbove;
 
 }  // namespace
@@ -44,9 +44,12 @@ RoomMap::RoomMap(const OccupancyMap& map, float most)
 
 float RoomMap::find(const Math::Position2D& position) const {
   const Math::Position2D inMap = toMap * position;
-  const cv::Point cell(cvFloor(inMap.x / resolution), cvFloor(inMap.y / resolution));
-  const bool inside = cell.x >= 0 && cell.y >= 0 && cell.x < cells.cols && cell.y < cells.rows;
-  return inside ? cells(cell) : 0.0f;
+  // What is far out has no cell of any number.
+  const float column = inMap.x / resolution;
+  const float row = inMap.y / resolution;
+  const bool inside = column >= 0.0f && row >= 0.0f && column < static_cast<float>(cells.cols) &&
+                      row < static_cast<float>(cells.rows);
+  return inside ? cells(static_cast<int>(row), static_cast<int>(column)) : 0.0f;
 }
 
 }  // namespace QV::session

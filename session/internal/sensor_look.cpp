@@ -9,7 +9,7 @@
 namespace QV::session {
 namespace {
 
-// Managers refresh their records as often, not oftener.
+// Managers refresh at this period.
 constexpr ko::Duration kRefreshPeriod{100'000'000};
 constexpr ko::Duration kRateWindow{2'000'000'000};
 constexpr ko::Duration kHistory{1'000'000'000};

@@ -42,7 +42,7 @@ void SimulatedSessionRobot::setPose(const Math::Pose2D& newPose) {
 
 void SimulatedSessionRobot::drive(const Math::Pose2D& newCommand) {
   command = newCommand;
-  // One that never drove has nothing to stop.
+  // A robot that never drove has nothing to stop.
   if (driving.isRunning() || command == Math::Pose2D()) return;
   room = std::make_unique<RoomMap>(*map, 2.0f * getRadius());
   driving.setName("Driving");
@@ -52,7 +52,7 @@ void SimulatedSessionRobot::drive(const Math::Pose2D& newCommand) {
   driving.start(false);
 }
 
-// One that is too near to something already may move as long as it does not get nearer.
+// A robot that is too near to an obstacle may move as long as it does not get nearer.
 void SimulatedSessionRobot::xMove() {
   const float seconds = boost::chrono::duration<float>(kDrivingPeriod).count();
   const float turn = command.theta * seconds;

@@ -20,7 +20,7 @@ float limited(float metres) {
 
 }  // namespace
 
-// What the path does, and a share of what the robot is off: ahead, to the side and in heading.
+// The command is the path's velocity plus a share of the error: ahead, to the side and in heading.
 Math::Pose2D steer(const TimedPath& path, double seconds, const Math::Pose2D& pose) {
   const Math::Pose2D wanted = path.poseAt(seconds);
   const Math::Pose2D planned = Math::pinv(wanted) * path.poseAt(seconds + kPeriod);

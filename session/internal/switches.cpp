@@ -61,7 +61,7 @@ void Switches::want(const std::string& subscriber, const std::string& sensor, bo
   }
 }
 
-// Neither of these two starts or stops the refresh of the records by itself.
+// These two do not start or stop the refresh by themselves.
 void Switches::enable(const std::string& name, bool on) {
   xSwitch({name}, on ? "enabled" : "disabled", [&] {
     manager.enableSensorOrFamily(name, on);

@@ -15,7 +15,7 @@ QV_API void checkNames(const sensor::SensorManager& manager, const std::set<std:
 
 /**
  * The switches of a robot's sensors: who wants which, which may run, which are sound. What is done
- * is told in the log, at info. Safe from any thread; the manager must outlive it.
+ * is told in the log, at info. Thread-safe; the manager must outlive it.
  */
 class Switches {
  public:

@@ -16,7 +16,7 @@ TEST(Arguments, aPoseIsThreeFiniteNumbersAndNothingElse) {
   }
 }
 
-TEST(Arguments, aPathIsTwoDifferentPositionsOrMore) {
+TEST(Arguments, aPathHasAtLeastTwoDifferentPositions) {
   EXPECT_THAT(parsePath("1,2  3,4 3,4 5,6"),
               ElementsAre(Math::Position2D(1, 2), Math::Position2D(3, 4), Math::Position2D(5, 6)));
   for (const char* text : {"", "1,2", "1,2 1,2", "1,2 3", "1,2 3,4,5"}) {

@@ -21,13 +21,13 @@ using Findings = std::map<std::string, Finding>;
 void expectFindings(std::vector<std::string> arguments, const Findings& expected) {
   arguments.insert(arguments.begin(), {"check", "--format", "jsonl"});
   const Result result = run(arguments);
-  EXPECT_THAT(result.error, testing::MatchesRegex("qvsensors: the robot stands at [^\n]+\n"));
+  EXPECT_THAT(result.error, testing::MatchesRegex("qvsensors: the robot starts at [^\n]+\n"));
   EXPECT_EQ(result.status, expected.empty() ? 0 : 1);
   std::size_t failed = 0;
   for (const auto& sensor : recordsIn(result.out)) {
     SCOPED_TRACE(sensor.dump());
     const auto found = expected.find(sensor["sensorName"]);
-    // What is no sensor has a description, and nothing that works.
+    // Entries that are no sensors have a "description" and no "works".
     if (!sensor.contains("works") && sensor.contains("description")) continue;
     EXPECT_EQ(sensor["works"], found == expected.end());
     if (found == expected.end()) continue;
@@ -53,7 +53,7 @@ struct Case {
 
 class CheckFaults : public testing::TestWithParam<Case> {};
 
-TEST_P(CheckFaults, areFoundAndNothingElse) {
+TEST_P(CheckFaults, checkFindsEachFaultAndNothingElse) {
   std::vector<std::string> arguments{"--robot",
                                      session::findSharedFile("descriptions/porter.urdf")};
   for (const char* sensor :
@@ -80,10 +80,10 @@ INSTANTIATE_TEST_SUITE_P(
                           {"PeoplePerception", {"stale", kSame}}}},
                     Case{"garbage",
                          {{"BackSonar", {"bad data", "a point at "}},
-                          {"BlindZone", {"noisy", "it changed its mind "}},
+                          {"BlindZone", {"noisy", "its answer changed "}},
                           {"DepthCamera", {"no record", "65535"}},
                           {"FrontLaser", {"bad data", "a point outside of its field of view"}},
-                          {"HoleLaser", {"bad data", "its status never vouches"}},
+                          {"HoleLaser", {"bad data", "its hole status is never valid"}},
                           {"PeoplePerception", {"bad data", "Wrong peopleEvent "}}}},
                     Case{"wrong", {}}, Case{"slow", kOldScans}, Case{"delayed", kOldScans},
                     Case{"intermittent",
@@ -102,7 +102,7 @@ TEST(Check, simulatedSensorsWork) {
   for (const char* kind : {"-1", "0", "1"}) expectFindings({"--kind", kind}, {});
 }
 
-TEST(Check, namesWhatCouldNotBeBuilt) {
+TEST(Check, reportsSensorsThatCouldNotBeBuilt) {
   const test::TemporaryFolder folder;
   const auto path = folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/>
     <link name="base"/>
@@ -117,7 +117,7 @@ TEST(Check, namesWhatCouldNotBeBuilt) {
   EXPECT_THAT(run({"check", "--robot", path}).out, HasSubstr("Other: type is 7"));
 }
 
-TEST(Check, aSlipOfTheDescriptionIsNamedAndNoSuccess) {
+TEST(Check, aMistakeInTheDescriptionIsReportedAndExitsWith1) {
   const test::TemporaryFolder folder;
   const auto path = folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/>
     <link name="base"/><sensor name="Front" type="Sonor"/></robot>)");
@@ -127,7 +127,7 @@ TEST(Check, aSlipOfTheDescriptionIsNamedAndNoSuccess) {
   EXPECT_THAT(result.out, HasSubstr("Sonor"));
 }
 
-TEST(Check, aRobotThatCantBeBuiltIsToldOfWithTheSlipsOfItsDescription) {
+TEST(Check, aRobotThatCantBeBuiltIsReportedWithTheMistakesOfItsDescription) {
   const test::TemporaryFolder folder;
   const auto path = folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/>
     <link name="base"/>

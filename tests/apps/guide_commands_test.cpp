@@ -41,7 +41,7 @@ TEST(Guides, bashCompletesCommandsOptionsAndValues) {
   }
 }
 
-TEST(Guides, otherShellsTakeTheirScripts) {
+TEST(Guides, zshAndFishAcceptTheirScripts) {
   for (const std::string shell : {"zsh", "fish"}) {
     const std::string script = run({"completion", shell}).out;
     for (const char* word : {"jsonl", "porter", "recover", "log-level", "info"})
@@ -52,7 +52,7 @@ TEST(Guides, otherShellsTakeTheirScripts) {
   }
 }
 
-TEST(Guides, eachCommandHasAPageThatSaysItsOptionsAndNoLineOfWhichIsAnOrder) {
+TEST(Guides, eachManualPageListsTheOptionsAndHasNoStrayRoffRequest) {
   const test::TemporaryFolder folder;
   EXPECT_EQ(run({"manual", "--output", folder.string()}).status, 0);
   const std::string page = test::readBytes(folder / "qvsensors-map-info.1");

@@ -32,19 +32,19 @@ std::vector<std::string> wordsIn(const std::string& text) {
 
 const std::vector<HealthCase> kHealthCases{
     {"list --health", "FrontLaser:delayed", 0,
-     "\nFrontLaser +late +its record is 0\\.[0-9]+ s old, limit 0\\.40 s +by itself, with sound "
-     "records\n",
+     "\nFrontLaser +late +its record is 0\\.[0-9]+ s old, limit 0\\.40 s +ends when good "
+     "records come; check the driver\n",
      "FrontLaser:age=off", "\nFrontLaser +sound +its records are fresh"},
     {"watch --once", "BackSonar:off", 1, "\nBackSonar .* 0 +- +- +starting\n", "Sonar:start=0.1",
      "\nBackSonar .* 0 +- +- +silent +no fresh record since it started 0\\.[0-9]+ s ago, limit "
      "0\\.10 s",
      1},
     {"check --subscribe BlindZone", "BlindZone:garbage", 1,
-     "\nBlindZone +BlindZone +noisy +noisy +[0-9]+ +[0-9]+ +it changed its mind [0-9]+ times in "
+     "\nBlindZone +BlindZone +noisy +noisy +[0-9]+ +[0-9]+ +its answer changed [0-9]+ times in "
      "its last 20 readings, limit 5",
      "garbage=off", "\nBlindZone +BlindZone +works +sound "}};
 
-TEST(HealthCommands, sayWhatIsWrongWithFiguresAndGoByTheLimitsGiven) {
+TEST(HealthCommands, reportBadHealthWithFiguresAndUseTheGivenLimits) {
   for (const HealthCase& tested : kHealthCases) {
     SCOPED_TRACE(tested.command);
     auto arguments = wordsIn(tested.command + " --robot porter --fault " + tested.fault);
@@ -62,7 +62,7 @@ TEST(HealthCommands, writeJson) {
   const Result result =
       run(wordsIn("list --health --robot porter --fault FrontLaser:delayed "
                   "--format jsonl"));
-  EXPECT_THAT(result.error, StartsWith("qvsensors: the robot stands at "));
+  EXPECT_THAT(result.error, StartsWith("qvsensors: the robot starts at "));
   int faults = 0;
   for (const auto& line : recordsIn(result.out)) {
     const auto& health = line["health"];
@@ -74,7 +74,7 @@ TEST(HealthCommands, writeJson) {
     ++faults;
     EXPECT_EQ(health["state"], "late");
     EXPECT_THAT(health["reason"].get<std::string>(), HasSubstr(" s old, limit 0.40 s"));
-    EXPECT_EQ(health["remedy"], "by itself, with sound records");
+    EXPECT_EQ(health["remedy"], "ends when good records come; check the driver");
     EXPECT_EQ(health["times"], 1);
     EXPECT_GT(health["since"].get<double>(), 0.0);
     EXPECT_LT(health["since"].get<double>(), 3.0);
@@ -82,7 +82,7 @@ TEST(HealthCommands, writeJson) {
   EXPECT_EQ(faults, 1);
 }
 
-TEST(HealthCommands, refuseLimitsThatAreNone) {
+TEST(HealthCommands, refuseInvalidLimits) {
   for (const BadInput& input : std::vector<BadInput>{
            {wordsIn("check --robot porter --limit agee=1"),
             "--limit: limit \"agee=1\": one of start, silence, age, "},

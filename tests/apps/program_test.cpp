@@ -36,7 +36,7 @@ TEST_F(ProgramTest, listShowsEverySensorOfAKindWithItsMounting) {
   EXPECT_EQ(run({"list", "--kind", "-1"}).status, 0);
 }
 
-TEST_F(ProgramTest, listShowsWhatADescriptionHolds) {
+TEST_F(ProgramTest, listShowsTheContentOfADescription) {
   const auto path =
       folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/><link name="base">
     <collision><geometry><mesh filename="base.stl"/></geometry></collision>
@@ -79,7 +79,7 @@ TEST_F(ProgramTest, listAsJsonIsOneObject) {
             "\n");
 }
 
-TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
+TEST_F(ProgramTest, readWritesTheSubscribedSensors) {
   const Result result = run({"read", "--kind", "1", "--pose", "3,3,-0.5", "--subscribe",
                              "Sonar/Front", "--subscribe", "Asus", "--format", "jsonl"});
   ASSERT_EQ(result.status, 0) << result.error;
@@ -90,7 +90,7 @@ TEST_F(ProgramTest, readWritesWhatWasSubscribedTo) {
   EXPECT_EQ(records[1]["sensorName"], "Sonar/Front");
 }
 
-TEST_F(ProgramTest, readOfAnVirtualRobotWaitsForEverySensor) {
+TEST_F(ProgramTest, readOfAVirtualRobotWaitsForEverySensor) {
   const Result result = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--noise", "0.01",
                              "--seed", "7", "--format", "jsonl"});
   ASSERT_EQ(result.status, 0) << result.error;
@@ -105,7 +105,7 @@ TEST_F(ProgramTest, readOfAnVirtualRobotWaitsForEverySensor) {
               testing::ElementsAre("Asus", "BlindZone", "HoleLaser", "Laser", "Shovel", "Sonar"));
 }
 
-TEST_F(ProgramTest, aSensorThatGivesNothingIsSaidAndNoSuccess) {
+TEST_F(ProgramTest, aSensorWithoutRecordsIsReportedAndExitsWith1) {
   const std::string why = "Timeout while setting operation Mode for FrontLaser";
   const std::vector<std::string> world{"--robot", porter,    "--subscribe",
                                        "Laser",   "--fault", "FrontLaser:off"};
@@ -126,7 +126,7 @@ TEST_F(ProgramTest, aSensorThatGivesNothingIsSaidAndNoSuccess) {
   }
 }
 
-TEST_F(ProgramTest, whoeverMaySayNothingIsNoFailure) {
+TEST_F(ProgramTest, aSensorThatMayBeSilentIsNoFailure) {
   const Result result = run({"read", "--robot", porter, "--subscribe", "Touch"});
   EXPECT_EQ(result.status, 0) << result.error;
 }
@@ -144,11 +144,11 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"read", "--pose", "1,2,3", "--kind", "2"}, "--kind: a kind with simulated sensors"},
       {{"read", "--pose", "1,2,3", "--kind", "x"},
        "x, a number expected (see qvsensors read --help)"},
-      {{"read", "--pose", "1,2,3", "--map", ""}, "--map: a file expected"},
-      {{"list", "--robot", ""}, "--robot: a file expected"},
+      {{"read", "--pose", "1,2,3", "--map", ""}, "--map: a file name expected"},
+      {{"list", "--robot", ""}, "--robot: a file name expected"},
       {{"list", "--robot", "portr"}, "--robot: a path, or one of porter expected, \"portr\""},
-      {{"plot", "--pose", "1,2,3", "-o", ""}, "--output: a file expected"},
-      {{"drive", "--path", "1,2 2,2", "--picture", ""}, "--picture: a file expected"},
+      {{"plot", "--pose", "1,2,3", "-o", ""}, "--output: a file name expected"},
+      {{"drive", "--path", "1,2 2,2", "--picture", ""}, "--picture: a file name expected"},
       {{"drive", "--path", "1,2 2,2", "--picture", "/nowhere/run.png"},
        "/nowhere/run.png: can't be written: No such file or directory"},
       {{"read", "--pose", "1,2,3", "--map", missing}, missing},
@@ -177,7 +177,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"drive", "--paht", "1,2 2,2"},
        "no option --paht; did you mean --path? (see qvsensors drive --help)"},
       {{"drive", "--people", "x", "--wings=2"}, "no option --wings (see"},
-      {{"--pose", "1,2,3", "read"}, "--pose: options stand after the command"},
+      {{"--pose", "1,2,3", "read"}, "--pose: put options after the command"},
       {{"read", "--noise"}, "--noise: a value expected (FLOAT) (see qvsensors read --help)"},
       {{"map"}, "a command expected; the commands are info (see qvsensors map --help)"},
       {{"map", "info", "--depth"}, "no option --depth (see qvsensors map info --help)"},
@@ -187,7 +187,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"help", "fly"}, "no command \"fly\"; the commands are list, "},
       {{"completion", "csh"}, "SHELL: bash, zsh or fish expected, \"csh\" given"},
       {{"stream", "--speed", "0"}, "--speed: a number above 0 or max expected, \"0\" given"},
-      {{"check", "--robot", robotOf("")}, "robot.urdf: a sensor expected"},
+      {{"check", "--robot", robotOf("")}, "robot.urdf: the robot has no sensors"},
       {{"check", "--robot",
         robotOf("<sensor name='C' type='4'><property key='cameraName' "
                 "value='nose'/></sensor>")},
@@ -200,7 +200,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
   for (const BadInput& c : cases) expectRefused(c);
 }
 
-TEST_F(ProgramTest, withoutAPoseTheRobotStandsWhereTheMapHasRoomAndThatIsSaid) {
+TEST_F(ProgramTest, withoutAPoseTheRobotStartsAtAFreePlaceThatIsPrinted) {
   const auto info = nlohmann::json::parse(run({"map", "info", "--format", "json"}).out);
   const auto& free = info["freePose"];
   for (const std::vector<std::string>& robot :
@@ -211,7 +211,8 @@ TEST_F(ProgramTest, withoutAPoseTheRobotStandsWhereTheMapHasRoomAndThatIsSaid) {
     EXPECT_EQ(result.status, 0) << result.error;
     float x = 0.0f;
     float y = 0.0f;
-    ASSERT_EQ(std::sscanf(result.error.c_str(), "qvsensors: the robot stands at %f,%f,0", &x, &y),
+    ASSERT_EQ(std::sscanf(result.error.c_str(), "qvsensors: the robot starts at x,y,theta %f,%f,0",
+                          &x, &y),
               2)
         << result.error;
     EXPECT_NEAR(x, free["x"].get<float>(), 1e-4);
@@ -221,7 +222,7 @@ TEST_F(ProgramTest, withoutAPoseTheRobotStandsWhereTheMapHasRoomAndThatIsSaid) {
   }
 }
 
-TEST_F(ProgramTest, mapInfoSaysWhatThereIsOfAMap) {
+TEST_F(ProgramTest, mapInfoPrintsSizeExtentAndFreeShare) {
   folder.write("m.pgm", "P2 4 2 255 254 254 205 0 254 254 205 0\n");
   const auto path = folder.write("m.yaml",
                                  "image: m.pgm\nresolution: 0.5\norigin: [1, 2, 0]\n"
@@ -238,7 +239,7 @@ TEST_F(ProgramTest, mapInfoSaysWhatThereIsOfAMap) {
               HasSubstr("4 x 2 cells of 0.5 m, 2.00 x 1.00 m\norigin     1,2,0 (m, m, rad)\n"));
 }
 
-TEST_F(ProgramTest, streamTellsEachRecordOnceAsItComes) {
+TEST_F(ProgramTest, streamWritesEachRecordOnceAndAtOnce) {
   const Result result = run({"stream", "--robot", porter, "--subscribe", "Laser", "--pose",
                              "3,6.3,0", "--for", "2", "--rate", "50", "--speed", "max"});
   EXPECT_EQ(result.status, 0) << result.error;
@@ -250,7 +251,7 @@ TEST_F(ProgramTest, streamTellsEachRecordOnceAsItComes) {
   EXPECT_GT(records.size(), 20u);
 }
 
-TEST_F(ProgramTest, logLinesOfASimulatedWorldHaveItsTime) {
+TEST_F(ProgramTest, logLinesOfASimulatedWorldHaveSimulatedTime) {
   const Result loud = run({"read", "--robot", porter, "--pose", "3,6.3,0", "--subscribe", "Laser",
                            "--fault", "FrontLaser:off"});
   EXPECT_THAT(loud.error,
@@ -261,7 +262,7 @@ TEST_F(ProgramTest, logLinesOfASimulatedWorldHaveItsTime) {
   EXPECT_THAT(run({"check", "--kind", "0", "--log-level", "info"}).error, HasSubstr("[info]"));
 }
 
-TEST_F(ProgramTest, whatStandardOutputDoesNotTakeIsSaidWithTheReason) {
+TEST_F(ProgramTest, anUnwritableStandardOutputIsReportedWithTheReason) {
   EXPECT_EQ(shellOutput(QVSENSORS " list --kind 0 2>&1 >/dev/full; echo $?"),
             "qvsensors: standard output: can't be written: No space left on device\n2\n");
 }
@@ -269,14 +270,14 @@ TEST_F(ProgramTest, whatStandardOutputDoesNotTakeIsSaidWithTheReason) {
 TEST_F(ProgramTest, aPoseThatIsNotFreeIsWarnedOfAndRead) {
   const Result result = run({"read", "--pose", "-90,-90,0", "--format", "jsonl"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.error, HasSubstr("warning: the pose -90,-90 lies outside the map"));
+  EXPECT_THAT(result.error, HasSubstr("warning: the pose x,y -90,-90 m lies outside the map"));
   EXPECT_EQ(recordsIn(result.out).size(), 6u);
 }
 
 TEST_F(ProgramTest, drivingIntoAWallIsWarnedOfOnce) {
   const Result result = run({"drive", "--path", "3,6.3 3,7.2 3,6.3"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.error, HasSubstr("lies in a cell that is not free"));
+  EXPECT_THAT(result.error, HasSubstr("is in an occupied or unknown cell"));
   EXPECT_LE(std::count(result.error.begin(), result.error.end(), '\n'), 2) << result.error;
 }
 
@@ -341,7 +342,7 @@ TEST_F(ProgramTest, driveReadsEveryCycleOfSimulatedTimeTheSameEachTime) {
   EXPECT_EQ(test::readBytes(first), test::readBytes(second));
 }
 
-TEST_F(ProgramTest, anVirtualRobotDrivesThePathTheSameEachTime) {
+TEST_F(ProgramTest, aVirtualRobotDrivesThePathReproducibly) {
   const auto path = folder / "a.jsonl";
   const auto picture = folder / "robot.png";
   std::string before;
@@ -359,7 +360,7 @@ TEST_F(ProgramTest, anVirtualRobotDrivesThePathTheSameEachTime) {
   EXPECT_GT(cv::imread(picture).cols, 1000);
 }
 
-TEST_F(ProgramTest, anVirtualRobotThatIsStoppedByAWallSaysSo) {
+TEST_F(ProgramTest, aVirtualRobotStoppedByAWallIsReported) {
   const Result result =
       run({"drive", "--robot", porter, "--path", "3,6.3 3,9", "--subscribe", "Touch"});
   EXPECT_EQ(result.status, 1);

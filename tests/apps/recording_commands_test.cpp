@@ -47,13 +47,13 @@ TEST_F(RecordingTest, aDriveIsRecordedDescribedRecoveredAndComparedAgain) {
 
   EXPECT_THAT(run({"recover", cut, "-o", "-"}).error, HasSubstr("Recovered "));
 
-  // What stands in it tells what it is, not its name.
+  // The content decides the type, not the name.
   const std::string renamed = folder / "run.log";
   std::filesystem::copy_file(path, renamed);
   for (const std::string& file : {path, whole, renamed}) {
     const Result compared = run({"replay", file, "--compare"});
     EXPECT_EQ(compared.status, 0) << compared.error;
-    EXPECT_THAT(compared.out, HasSubstr("looks are the same, bit for bit"));
+    EXPECT_THAT(compared.out, HasSubstr("snapshots are equal, bit for bit"));
   }
 }
 
@@ -73,7 +73,7 @@ TEST_F(RecordingTest, fromAndToChooseWhatIsShown) {
   expectRefused({{"replay", path, "--speed", "0"}, "--speed: a number above 0 expected, 0"});
 }
 
-TEST_F(RecordingTest, whatCouldNotBeComparedIsNotTheSame) {
+TEST_F(RecordingTest, anIncompleteComparisonExitsWith1) {
   drive(path);
   const std::string cut = folder / "cut.mcap";
   std::filesystem::copy_file(path, cut);
@@ -84,9 +84,9 @@ TEST_F(RecordingTest, whatCouldNotBeComparedIsNotTheSame) {
   bytes[lastChunk + 100] ^= 1;
   const std::string damaged = folder.write("damaged.mcap", bytes);
   const BadComparison cases[] = {
-      {{cut}, "looks are the same, bit for bit.\nThe recording is damaged"},
-      {{damaged}, " looks could not be compared.\n"},
-      {{path, "--from", "1000"}, "There was no look to compare.\n"},
+      {{cut}, "snapshots are equal, bit for bit.\nThe recording is damaged"},
+      {{damaged}, " snapshots could not be compared.\n"},
+      {{path, "--from", "1000"}, "There was no snapshot to compare.\n"},
   };
   for (const auto& [arguments, expected] : cases) {
     std::vector<std::string> all{"replay", "--compare"};
@@ -95,7 +95,7 @@ TEST_F(RecordingTest, whatCouldNotBeComparedIsNotTheSame) {
     EXPECT_EQ(result.status, 1) << result.error;
     EXPECT_THAT(result.out, HasSubstr(expected));
   }
-  EXPECT_THAT(run({"replay", damaged}).error, HasSubstr(" looks are left out"));
+  EXPECT_THAT(run({"replay", damaged}).error, HasSubstr(" snapshots were skipped"));
 }
 
 TEST_F(RecordingTest, aLoopShowsEachPassAsItComes) {
@@ -124,7 +124,7 @@ TEST_F(RecordingTest, aLoopShowsEachPassAsItComes) {
   }
 }
 
-TEST_F(RecordingTest, whatIsPlayedIsNeverWrittenOver) {
+TEST_F(RecordingTest, aPlayedRecordingIsNeverOverwritten) {
   const std::string log = folder.write("log", "FLASER 1 1.0 0 0 0 0 0 0 1.0 host 1.0\n");
   std::filesystem::create_directory(folder / "bag");
   const std::string inside = folder / "bag/part.mcap";
@@ -133,17 +133,18 @@ TEST_F(RecordingTest, whatIsPlayedIsNeverWrittenOver) {
   const std::string bytes = test::readBytes(inside);
   for (const auto& [read, written] :
        {std::pair{path, path}, {inside, path}, {folder / "bag", inside}, {log, log}}) {
-    expectRefused({{"replay", read, "-o", written}, written + ": another file than"});
+    expectRefused({{"replay", read, "-o", written}, written + ": is being played"});
   }
-  expectRefused({{"recover", folder / "bag", "-o", inside}, inside + ": another file than"});
+  expectRefused(
+      {{"recover", folder / "bag", "-o", inside}, inside + ": is the recording to recover"});
   EXPECT_EQ(test::readBytes(inside), bytes);
   EXPECT_GT(std::filesystem::file_size(log), 0u);
 }
 
-TEST_F(RecordingTest, recordsGoToStandardOutputAndTheSummaryElsewhere) {
+TEST_F(RecordingTest, recordsGoToStandardOutputAndTheSummaryToStandardError) {
   const Result result = run({"drive", "--kind", "1", "--path", "3,3 3.2,3", "-o", "-"});
   EXPECT_GT(recordsIn(result.out).size(), 5u);
-  EXPECT_THAT(result.error, HasSubstr("cycles at 10 Hz"));
+  EXPECT_THAT(result.error, HasSubstr("readings (10 Hz"));
 }
 
 }  // namespace

@@ -22,7 +22,7 @@ struct ReplayTest : testing::Test {
   const test::TemporaryFolder folder;
 };
 
-TEST_F(ReplayTest, tellsLogsByWhatTheyHold) {
+TEST_F(ReplayTest, recognisesLogsByTheirContent) {
   const auto lidar = recordsIn(run({"replay", folder.write("a", kScans), "--format", "jsonl"}).out);
   ASSERT_EQ(lidar.size(), 2u);
   EXPECT_EQ(lidar[0]["points"].size(), 2u);
@@ -46,13 +46,13 @@ TEST_F(ReplayTest, writesRecordsWithThePoseOfTheRobot) {
   EXPECT_EQ(records[1]["robotPose"], (nlohmann::json{{"x", 1.0}, {"y", 2.0}, {"theta", 0.0}}));
 }
 
-TEST_F(ReplayTest, badLogsAreOneLineThatNamesThem) {
+TEST_F(ReplayTest, aBadLogIsRefusedWithOneLineThatNamesIt) {
   const auto alone = folder.write("alone", kRanges);
   const BadInput cases[] = {
       {{"replay", folder / "none"}, "none: a readable file expected"},
       {{"replay", folder.write("empty", "\n")}, "empty: no FLASER line found"},
       {{"replay", folder.write("odd", "\n\x7f\x45LF")}, "odd: line 2: FLASER or ODOM expected"},
-      {{"replay", alone}, "alone: a sonar log goes with a file of poses; name it with --poses"},
+      {{"replay", alone}, "alone: a sonar log needs a file of poses; give it with --poses"},
       {{"replay", alone, "--poses", folder.write("late", "100 0 0 0\n351 0 0 0\n")},
        "late: line 2: the time"},
       {{"replay", folder.write("swapped", kPoses), "--poses", alone},

@@ -4,13 +4,14 @@
 namespace QV::app {
 namespace {
 
-constexpr char kNoGraph[] = "this build has no ROS 2 graph; one with QV_BUILD_ROS2_GRAPH=ON has";
+constexpr char kNoGraph[] =
+    "this program was built without ROS 2; build with QV_BUILD_ROS2_GRAPH=ON";
 
 bool hasGraph() {
   return run({"ros2", "--list", "--kind", "0"}).error.find(kNoGraph) == std::string::npos;
 }
 
-TEST(Ros2Command, listsWhatStandsOnTheWire) {
+TEST(Ros2Command, listsTopicsWithTheirDdsNames) {
   if (!hasGraph()) GTEST_SKIP() << "skipped: no graph in this build";
   const Result result = run({"ros2", "--list", "--robot", "porter", "--ros2-namespace", "robot1",
                              "--ros2-remap", "FrontLaser/scan:=/scan"});
@@ -21,7 +22,7 @@ TEST(Ros2Command, listsWhatStandsOnTheWire) {
   EXPECT_THAT(result.out, testing::ContainsRegex("\n/tf_static +[^ ]+ +out +reliable, transient"));
 }
 
-TEST(Ros2Command, saysWhatIsWrongWithItsOptions) {
+TEST(Ros2Command, refusesInvalidOptionsWithTheReason) {
   const std::vector<BadInput> inputs = {
       {{"drive", "--kind", "1", "--path", "3,3 4,3", "--ros2-node", "me"}, "--ros2-node requires"},
       {{"ros2", "--list", "--robot", "porter", "--ros2-remap", "scan"},

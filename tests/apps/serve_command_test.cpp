@@ -60,7 +60,7 @@ TEST_F(ServeTest, aPageSeesAndDrivesTheRobotUntilASignalEndsIt) {
   }
 }
 
-TEST_F(ServeTest, aRecordingThatCouldNotBeWrittenToItsEndIsTheStatus) {
+TEST_F(ServeTest, anIncompleteRecordingExitsWith2) {
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
   int ends[2];
@@ -76,7 +76,7 @@ TEST_F(ServeTest, aRecordingThatCouldNotBeWrittenToItsEndIsTheStatus) {
   close(ends[1]);
   FILE* const errors = fdopen(ends[0], "r");
   std::string line(1000, '\0');
-  while (line.find("the session goes on") == std::string::npos)
+  while (line.find("the session continues") == std::string::npos)
     ASSERT_NE(fgets(line.data(), static_cast<int>(line.size()), errors), nullptr);
   process.signal(SIGINT);
   EXPECT_EQ(process.awaitEnd(), 2);

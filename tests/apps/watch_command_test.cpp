@@ -49,7 +49,7 @@ class PseudoTerminal {
 
   /** Reads on until `expected` is shown, and forgets what came before it; false if it never is. */
   bool shows(const std::string& expected) {
-    // It is drawn anew again and again: what is not there after so much of it won't come.
+    // The screen is drawn again and again: text that is missing after this much output won't come.
     constexpr int kPatienceMs = 60'000;
     constexpr std::size_t kMostBytes = 4 << 20;
     while (shown.size() < kMostBytes) {
@@ -133,7 +133,8 @@ TEST_F(WatchTest, keysChooseASensorAndSwitchIt) {
 TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
   for (const int signal : {SIGINT, SIGTERM}) {
     start();
-    // Once more, so that it has waited for keys: the thread sanitizer loses a signal that arrives
+    // The second wait shows that it waits for keys: the thread sanitizer loses a signal that
+    // arrives
     // while a thread begins to wait for the first time.
     ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
     ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
@@ -142,7 +143,7 @@ TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
   }
 }
 
-TEST_F(WatchTest, aStopLeavesTheTerminalAsItWasUntilItGoesOn) {
+TEST_F(WatchTest, ctrlZRestoresTheTerminalAndFgContinues) {
   start();
   ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
   terminal.type("\x1a");
@@ -174,8 +175,8 @@ TEST(Watch, printsOneTableWithoutATerminal) {
            "--subscribe", "Sonar", "--fault", "BackSonar:off"});
   EXPECT_EQ(result.status, 1);
   EXPECT_EQ(result.error,
-            "qvsensors: the robot stands at 8.825,5.925,0, where there is room; --pose puts it "
-            "elsewhere\nqvsensors: BackSonar gave no record: nothing was measured so far\n");
+            "qvsensors: the robot starts at x,y,theta 8.825,5.925,0 (m, rad), a free place; choose "
+            "another with --pose\nqvsensors: BackSonar gave no record: no measurement yet\n");
   EXPECT_THAT(result.out, HasSubstr("FrontSonar        Sonar      yes      good       yes"
                                     "                1      15 "));
   EXPECT_THAT(result.out, HasSubstr("FrontLaser        Laser      yes      good       no "

@@ -43,7 +43,7 @@ std::vector<std::string> linesOf(const std::string& screen) {
 TEST(WatchView, aTableShowsEverySensor) {
   EXPECT_EQ(watchTable(exampleState()),
             "sensor  family  enabled  diagnosis  started  subscribers  points  nearest m  age s  "
-            "health  why, or last trouble\n"
+            "health  reason, or last error\n"
             "Laser   Laser   yes      bad        no                 2       0          -      -  "
             "off     3 s ago: no \\x1b[2J\\nscan\n"
             "Sonar   Sonar   no       good       yes                1      15       0.50   0.25  "
@@ -72,7 +72,7 @@ TEST(WatchView, aScreenIsNeverLargerThanItsTerminal) {
   EXPECT_THAT(low, Not(HasSubstr("mLaser")));
 }
 
-TEST(WatchView, aScreenOf80ColumnsHasWhatIsNearWhatIsWrongAndTheKeys) {
+TEST(WatchView, an80ColumnScreenShowsNearestReasonAndKeys) {
   WatchState state = exampleState();
   auto& sound = state.seen.sensors.emplace_back(state.seen.sensors[1]);
   sound.name = "PeoplePerception";
@@ -86,17 +86,17 @@ TEST(WatchView, aScreenOf80ColumnsHasWhatIsNearWhatIsWrongAndTheKeys) {
   EXPECT_THAT(lines[6], testing::EndsWith("q: quit"));
 }
 
-TEST(WatchView, aTableOf60ColumnsGoesOnBelow) {
+TEST(WatchView, a60ColumnTableIsContinuedBelow) {
   WatchState state = exampleState();
   state.seen.sensors[1].health.reason = "its record is 0.62 s old, and the limit is 0.40 s";
   EXPECT_EQ(watchTable(state, 60),
-            "sensor  nearest m  health  why, or last trouble\n"
+            "sensor  nearest m  health  reason, or last error\n"
             "Laser           -  off     3 s ago: no \\x1b[2J\\nscan\n"
             "Sonar        0.50  late    its record is 0.62 s old, and the\n"
             "                           limit is 0.40 s\n");
 }
 
-TEST(KeyReader, readsArrowsInPartsAndLettersAfterWhatMeansNothing) {
+TEST(KeyReader, readsSplitEscapeSequencesAndSkipsUnknownOnes) {
   KeyReader sut;
   EXPECT_THAT(sut.feed("\x1b"), ElementsAre());
   EXPECT_THAT(sut.feed("["), ElementsAre());

@@ -5,7 +5,7 @@ import pathlib
 import re
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
-# Its blocks are signatures, written from docstrings.
+# The blocks of this page are signatures, written from docstrings.
 WRITTEN_BY_A_PROGRAM = {"docs/python-reference.md"}
 
 

@@ -13,7 +13,7 @@ import xml.dom.minidom
 
 from blocks import ROOT, all_blocks, broken_links, header_blocks
 
-# What a block that is a part of a function may use. Names that it declares itself go before these.
+# Declarations for blocks that are parts of a function. A block's own declarations hide these.
 CONTEXT = """
 #include <iostream>
 #include <boost/make_shared.hpp>

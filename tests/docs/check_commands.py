@@ -14,12 +14,11 @@ import sys
 
 from blocks import ROOT, all_blocks, commands_of
 
-# Not run here, and why.
+# Commands that are not run, with the reason.
 NOT_RUN = {
     r"\./dev (?!help)": "takes minutes, or installs packages; that there is such a command is looked at",
-    r"qvsensors check --from-ros2": "waits two seconds of the clock for each of eleven sensors",
-    r"(apt-get|podman) ": "changes the machine, or needs an engine",
-    r"cmake ": "the test of the package builds these projects",
+    r"(apt-get|podman) ": "changes the machine, or needs an engine; that its files are there is looked at",
+    r"cmake ": "the test of the package builds these projects; that the preset is there is looked at",
     r"node tests/live/|\(cd tests/live": "needs npm; that the file is there is looked at",
 }
 SECONDS = 60
@@ -27,18 +26,26 @@ A_ROBOT_ON_THE_GRAPH = "qvsensors serve --robot porter --ros2"
 
 
 def looked_at(command):
-    """What is wrong with a command that isn't run, as far as a look tells."""
+    """Returns the error of a command that isn't run, as far as its text shows it."""
     developer = re.match(r"\./dev ([\w-]+)", command)
     if developer and f"\ndo_{developer[1].replace('-', '_')}() {{" not in (ROOT / "dev").read_text():
         return "./dev has no such command"
     named = re.match(r"node (\S+)", command)
     if named and not (ROOT / named[1]).exists():
         return f"there is no {named[1]}"
+    preset = re.match(r"cmake .*--preset (\w+)", command)
+    if preset and f'"name": "{preset[1]}"' not in (ROOT / "CMakePresets.json").read_text():
+        return f"there is no preset {preset[1]}"
+    if command.startswith("podman build") and not (ROOT / "Containerfile").exists():
+        return "there is no Containerfile"
+    package = re.search(r"qv-sensor_([\d.]+)_", command)
+    if package and f"VERSION {package[1]}" not in (ROOT / "CMakeLists.txt").read_text():
+        return f"the project has another version than {package[1]}"
     return None
 
 
 class Page:
-    """A folder and a graph of its own, in which the commands of a page are run in their order."""
+    """A folder and a graph of its own, in which a page's commands are run in their order."""
 
     def __init__(self, folder, domain, programs):
         self.folder = folder
@@ -65,7 +72,7 @@ class Page:
                 self.robot.communicate()
 
     def check_command(self, command):
-        """What went wrong; None if nothing did."""
+        """Returns the error of a command; None if there is none."""
         if any(re.match(start, command) for start in NOT_RUN):
             self.left += 1
             return looked_at(command)
@@ -81,7 +88,7 @@ class Page:
         )
 
     def serve(self, command):
-        """A server that has said its address, and all that it said until then."""
+        """Starts a server; returns it with its output up to its address."""
         process, said = self.start(f"exec {command} --port 0"), ""
         for line in process.stdout:
             said += line
@@ -90,7 +97,7 @@ class Page:
         return process, said
 
     def run(self, command):
-        """Of what never ends one picture, or what a server says before it is ended."""
+        """Runs a command: `watch` for one table, a server until it has printed its address."""
         said, expected = "", [0]
         if " serve " in command:
             process, said = self.serve(command)
@@ -98,7 +105,7 @@ class Page:
             expected = [130]
         else:
             process = self.start(command + " --once" if " watch " in command else command)
-        # 1: a sensor that doesn't work, or a path that the robot of this graph can't go.
+        # Status 1: a sensor doesn't work, or the robot of this graph can't drive the path.
         if " check " in command or " drive --from-ros2 " in command:
             expected = [0, 1]
         try:

@@ -89,7 +89,7 @@ Outcome runWithFaultsOf(const std::string& faulty, bool withDepth) {
   for (const auto& name : manager.getSensorList()) {
     if (withDepth || name != "DepthCamera") manager.subscribe("test", name);
   }
-  // By now all lasers have started.
+  // All lasers have started by this time.
   const ko::Clock::time_point start(milliseconds(2000));
   for (const FaultKind kind :
        faulty.empty() ? std::vector<FaultKind>() : porter.getPossibleFaults(faulty)) {
@@ -109,7 +109,7 @@ Outcome runWithFaultsOf(const std::string& faulty, bool withDepth) {
   return result;
 }
 
-// What a reader sees of a failing sensor in cycle `i`, beside what it would see of a healthy one.
+// Compares the records of a failing sensor in cycle `i` with those of a healthy one.
 using Check = bool (*)(const Readings& failing, const Readings& healthy, std::size_t i);
 
 bool isGone(const Readings& failing, const Readings&, std::size_t i) {
@@ -134,7 +134,8 @@ bool isPulledIn(const Readings& failing, const Readings& healthy, std::size_t i)
 bool isOpposite(const Readings& failing, const Readings& healthy, std::size_t i) {
   return failing[i].points != healthy[i].points || failing[i].nearest != healthy[i].nearest;
 }
-// Once or twice in the second that ends with the cycle: people are looked for every 200 ms.
+// True for one or two changes in the second that ends with the cycle: people are sought every 200
+// ms.
 bool changesRarely(const Readings& failing, const Readings&, std::size_t i) {
   int changes = 0;
   for (std::size_t j = i - 9; j <= i; ++j) changes += failing[j].value != failing[j - 1].value;
@@ -147,7 +148,7 @@ bool comesAndGoes(const Readings& failing, const Readings& healthy, std::size_t 
   return failing[i].value == healthy[i].value || isGone(failing, healthy, i) ||
          isFrozen(failing, healthy, i);
 }
-// What can't be told from a healthy one for sure.
+// The records may equal those of a healthy sensor.
 bool isAnything(const Readings&, const Readings&, std::size_t) {
   return true;
 }
@@ -207,7 +208,7 @@ struct FaultsTest : testing::TestWithParam<const char*> {
   Outcome failing;
 };
 
-TEST_P(FaultsTest, showAsWrittenDownRecoverAndLeaveTheOtherSensorsAlone) {
+TEST_P(FaultsTest, matchTheDocumentedRecordsAndEndWithoutEffectOnOtherSensors) {
   for (int kind = 0; kind < kKinds; ++kind) {
     SCOPED_TRACE(getName(static_cast<FaultKind>(kind)));
     checkWindow(static_cast<FaultKind>(kind),
@@ -229,7 +230,7 @@ constexpr const char* kFaultySensors[] = {
 INSTANTIATE_TEST_SUITE_P(EverySensor, FaultsTest, testing::ValuesIn(kFaultySensors),
                          [](const auto& parameter) { return std::string(parameter.param); });
 
-TEST(Faults, areThereForEverySensor) {
+TEST(Faults, existForEverySensor) {
   robot::VirtualRobot porter(test::Porter::describe(), bareRoom(), makeWorld());
   EXPECT_THAT(porter.getFaultySensors(), testing::ElementsAreArray(kFaultySensors));
 }
@@ -255,7 +256,7 @@ TEST(Faults, aLaserThatGoesOffShowsItsLastScanForASecondAndThenErrors) {
               AllOf(testing::SizeIs(10), testing::Each(testing::StartsWith("error "))));
 }
 
-TEST(Faults, aLaserThatIsOffStartsOnlyWhenItIsBackAndCalledSoundAgain) {
+TEST(Faults, aFailedLaserStartsOnlyAfterAGoodDiagnosis) {
   ko::SimulatedTime time;
   test::LogCapture log;
   robot::VirtualRobot porter(test::Porter::describe(), bareRoom(), makeWorld());

@@ -46,7 +46,7 @@ using Row = std::array<Expected, kFaultKinds>;
 constexpr Row kOfFrontSonar{{{silent}, {frozen}, {noisy}, {suspect, 10.0}, {}, {}, {silent}}};
 constexpr Row kOfBackSonar{{{silent}, {frozen}, {noisy}, kCantBeTold, {}, {}, {silent}}};
 constexpr Row kOfSeen{{{late}, {frozen}, {noisy}, {suspect, 10.0}, {late}, {late}, {late}}};
-// It sees no farther than 1.5 m, and so it has little to contradict.
+// The shovel laser sees no farther than 1.5 m, and so it has little to contradict.
 constexpr Row kOfShovel{{{late}, {frozen}, {noisy}, {suspect, 13.0}, {late}, {late}, {late}}};
 constexpr Row kOfSideLaser{{{late}, {frozen}, {noisy}, kCantBeTold, {late}, {late}, {late}}};
 constexpr Row kOfHoleLaser{{{late}, kCantBeTold, {noisy}, kCantBeTold, {late}, {late}, {late}}};
@@ -86,7 +86,7 @@ struct HealthMatrixTest : testing::TestWithParam<std::tuple<std::string, int>> {
     world.seed = static_cast<std::uint64_t>(std::get<1>(GetParam()));
     const float heading =
         faulty == "PeoplePerception" ? 0.0f : 0.2f * static_cast<float>(world.seed);
-    // On a circle of 0.6 m about the middle of the room.
+    // The start lies on a circle of radius 0.6 m about the room's centre.
     world.start = {1.65f + 0.6f * std::sin(heading), 1.65f - 0.6f * std::cos(heading), heading};
     world.people = {{{{2.9f, 1.2f}, {2.9f, 1.5f}}, 0.3f}};
     world.rangeNoise = 0.005f;
@@ -153,7 +153,7 @@ struct HealthMatrixTest : testing::TestWithParam<std::tuple<std::string, int>> {
   const std::string own = faulty.ends_with("Bumper") ? "Touch" : faulty;
 };
 
-TEST_P(HealthMatrixTest, namesWhatRecordsOrThePlatformCanShow) {
+TEST_P(HealthMatrixTest, detectsTheFaultsOfTheTableInHealthMd) {
   const std::vector<Told> all = drive();
   for (int kind = 0; kind < kFaultKinds; ++kind) {
     SCOPED_TRACE(getName(static_cast<FaultKind>(kind)));
@@ -178,7 +178,7 @@ INSTANTIATE_TEST_SUITE_P(EachSensor, HealthMatrixTest,
                                   std::to_string(std::get<1>(parameter.param));
                          });
 
-TEST(Health, isQuietOnADriveAmongPeopleWithNoise) {
+TEST(Health, raisesNoAlarmOnANoisyDriveAmongPeople) {
   test::WatchedDrive drive;
   drive.options.world.rangeNoise = 0.01f;
   drive.options.world.dropOuts = 0.01f;
@@ -189,7 +189,7 @@ TEST(Health, isQuietOnADriveAmongPeopleWithNoise) {
 
 // Walls beyond the reach of all, no noise: every record is like the one before. So is the camera's,
 // of the floor.
-TEST(Health, isQuietForAnHourInAnEmptyHallAndOnADriveThroughIt) {
+TEST(Health, raisesNoAlarmInAnHourInAnEmptyHallNorOnADriveThroughIt) {
   test::WatchedDrive drive;
   drive.options.map = boost::make_shared<OccupancyMap>(test::makeWalledMap(60, 60, 0.5f));
   drive.options.start = Math::Pose2D(15.0f, 15.0f, 0.0f);
@@ -201,7 +201,7 @@ TEST(Health, isQuietForAnHourInAnEmptyHallAndOnADriveThroughIt) {
 }
 
 // A bumper that nothing touches has no record, and none is missing.
-TEST(Health, theFirstRecordsOfAWholeRobotAreAwaitedThoughNobodyWatches) {
+TEST(Health, awaitRecordsWorksWithHealthSwitchedOff) {
   const auto session = session::openVirtual("porter");
   const auto& manager = session->getManager();
   session->getManager().watchHealth(false);

@@ -165,7 +165,7 @@ class Scenario {
     for (const auto& name : kAllSensors) EXPECT_TRUE(manager().setSensorDiagnosis(name, false));
     expectAllStopped();
     for (const auto& name : kAllSensors) EXPECT_TRUE(manager().setSensorDiagnosis(name, true));
-    repair("clearing the diagnosis");
+    repair("setting the diagnosis to good");
     expectAllMeasured();
   }
 
@@ -221,7 +221,7 @@ class Scenario {
 
   void expectAllMeasured() {
     time.advance(milliseconds(200));
-    // Once more, if the last cycle was meddled with.
+    // A further refresh runs if the last one was disturbed.
     if (measured() != kAllSensors) time.advance(milliseconds(100));
     EXPECT_EQ(measured(), kAllSensors);
   }
@@ -285,7 +285,7 @@ void expectItsLinesOnly(const test::LogCapture& log, const std::string& call) {
   }
 }
 
-TEST(MeddledCalls, aCallThatFailsHarmsNothingButItsSensorAndIsRepaired) {
+TEST(MeddledCalls, aFailingModuleCallAffectsOnlyItsSensorAndRecovers) {
   for (int number = 1; !HasFailure(); number += kStride) {
     std::string failed;
     Scenario sut(number, [&failed](const std::string& call) {
@@ -299,7 +299,7 @@ TEST(MeddledCalls, aCallThatFailsHarmsNothingButItsSensorAndIsRepaired) {
   }
 }
 
-TEST(MeddledCalls, aReaderOfTheCacheNeverWaitsForACallThatIsSlow) {
+TEST(MeddledCalls, aReaderOfTheCacheNeverWaitsForASlowCall) {
   for (int number = 1; !HasFailure(); number += kStride) {
     Scenario sut(number, [&sut](const std::string&) {
       std::thread reader([&sut] { sut.read(); });

@@ -10,7 +10,7 @@
 namespace QV {
 namespace {
 
-TEST(Porter, anArmBeforeTheFrontSonarSilencesThatSonarOnly) {
+TEST(Porter, anArmInFrontOfTheFrontSonarSilencesThatSonarOnly) {
   ko::SimulatedTime time;
   const test::LogCapture log;
   const auto broker = QVBroker::create();

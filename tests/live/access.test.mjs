@@ -117,7 +117,7 @@ test('nothing is cut off on screens from a phone\u2019s to a desk\u2019s', async
   }
 });
 
-test('words say what they mean, and the first steps are checked off as they are done', async () => {
+test('words have explanations, and the first steps are ticked when done', async () => {
   const unknown = await live.page.evaluate(async () => {
     const { HELP } = await import('/help_texts.js');
     return [...document.querySelectorAll('[data-help]')].map(({ dataset }) => dataset.help).filter((word) => !HELP[word]);
@@ -135,6 +135,6 @@ test('words say what they mean, and the first steps are checked off as they are 
   await steps.getByText('Subscribe').waitFor();
   await live.page.getByRole('button', { name: 'Got it' }).click();
   await live.page.reload();
-  await live.page.getByRole('button', { name: 'What to do first' }).click();
-  await live.page.getByText('Rest on a word').waitFor();
+  await live.page.getByRole('button', { name: 'First steps' }).click();
+  await live.page.getByText('Hover over a word').waitFor();
 });

@@ -1,11 +1,11 @@
-// Who reaches the program, and a program that goes away and comes back.
+// Access to the program, and a program that goes away and comes back.
 import assert from 'node:assert/strict';
 import { test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';
 import { PORTER, serve } from './support/program.mjs';
 import { Relay } from './support/relay.mjs';
 
-test('a lost connection is shown, and healed without a click', async (context) => {
+test('a lost connection is shown, and restored without a click', async (context) => {
   const browser = await launch();
   context.after(() => browser.close());
   const first = await serve(PORTER);
@@ -19,15 +19,15 @@ test('a lost connection is shown, and healed without a click', async (context) =
   await first.stop('SIGINT');
   await lost.getByText('The program does not answer.').waitFor();
   await live.switchOf('FrontLaser', 'Subscribe').click();
-  await live.page.getByText('Not connected: that was not sent.').waitFor();
+  await live.page.getByText('Not connected: the command was not sent.').waitFor();
   assert.equal(await live.switchOf('FrontLaser', 'Subscribe').isChecked(), false);
 
   const second = await serve(PORTER, first.port);
   await lost.waitFor({ state: 'hidden' });
   await live.page.getByText('Live', { exact: true }).waitFor();
   await live.untilSensor('LeftLaser', ({ started }) => started);
-  const restarted = live.page.getByRole('alert').getByText('The program was started anew');
-  assert.match(await restarted.innerText(), /all subscriptions, .* are gone\. This page has subscribed to LeftLaser again\.$/);
+  const restarted = live.page.getByRole('alert').getByText('The program was restarted');
+  assert.match(await restarted.innerText(), /All earlier subscriptions, .* are gone\. This page has subscribed to LeftLaser again\.$/);
   await live.page.getByRole('button', { name: 'Close' }).click();
   await restarted.waitFor({ state: 'hidden' });
   await live.switchOf('FrontLaser', 'Subscribe').click();
@@ -39,7 +39,7 @@ test('a lost connection is shown, and healed without a click', async (context) =
   await second.stop('SIGTERM');
 });
 
-test('five seconds of silence are a lost connection, and the next word heals it', async (context) => {
+test('five seconds of silence count as a lost connection until the next message', async (context) => {
   const browser = await launch();
   context.after(() => browser.close());
   const program = await serve(PORTER);
@@ -70,11 +70,11 @@ test('five seconds of silence are a lost connection, and the next word heals it'
   await program.stop();
 });
 
-test('who lets other machines in is warned', async () => {
+test('a server open to other machines prints a warning', async () => {
   const porter = [...PORTER, '--pose', '3,6.3,0'];
   const alone = await serve(porter);
   assert.equal(await alone.stop(), '');
   const open = await serve([...porter, '--address', '0.0.0.0']);
   assert.equal((await fetch(`http://127.0.0.1:${open.port}/`)).status, 200);
-  assert.equal(await open.stop(), 'qvsensors: warning: whoever reaches 0.0.0.0 can watch and drive this robot\n');
+  assert.match(await open.stop(), /^qvsensors: warning: every machine that can connect to port \d+ can watch and drive this robot\n$/);
 });

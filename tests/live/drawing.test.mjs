@@ -1,4 +1,4 @@
-// What the map shows of a state. The states are told to the page in the program's stead: the laser's record and little else.
+// The map's picture of a state. The test sends the states instead of the program: the laser's record and little else.
 import assert from 'node:assert/strict';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';
@@ -35,7 +35,7 @@ beforeEach(async () => {
 });
 afterEach(() => live.close());
 
-/** Until the map has been the same for twenty pictures: its tiles come when they come. */
+/** Waits until the map is unchanged for 20 pictures, because tiles load late. */
 function untilStill() {
   return live.page.evaluate(async () => {
     const canvas = document.getElementById('map');
@@ -56,7 +56,7 @@ async function show(content, later) {
   await live.page.evaluate(() => new Promise(requestAnimationFrame));
 }
 
-/** What that changes in the picture without content. */
+/** Returns the change of the picture relative to one without content. */
 async function findChangeBy(content, later) {
   await show(content, later);
   return findChange(live.page);
@@ -73,7 +73,7 @@ for (const [what, hidden, isGoneAtLast] of [['points', { fieldOfView: null }, tr
   });
 }
 
-test('the robot, people, touches and points are drawn where they are', async () => {
+test('the robot, people, touches and points are drawn at their places', async () => {
   const contents = {
     robot: ([x, y]) => ({ pose: { x, y, theta: 0 } }),
     person: (place) => ({ people: [place] }),

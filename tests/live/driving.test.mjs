@@ -22,7 +22,7 @@ async function start(...options) {
   live = await LivePage.open(browser, program.url);
 }
 
-test('driving into a wall is felt', async () => {
+test('driving into a wall shows a touch', async () => {
   await start('--pose', '3,6.3,1.5708');
   await live.switchOf('Touch', 'Subscribe').click();
   await live.page.keyboard.down('ArrowUp');
@@ -30,7 +30,7 @@ test('driving into a wall is felt', async () => {
   await live.untilSensor('Touch', ({ points }) => points.length > 0);
   await live.page.keyboard.up('ArrowUp');
   assert.equal(touches[0].name, 'FrontBumper');
-  await live.page.getByText('Touch: FrontBumper').waitFor();
+  await live.page.getByText('Touched: FrontBumper').waitFor();
   await live.page.locator('.log-line:visible').getByText('FrontBumper touched').waitFor();
 });
 
@@ -42,7 +42,7 @@ test('the left key turns left until it is released', async () => {
   await live.until(({ velocity }) => velocity.theta === 0);
 });
 
-test('the stick drives as far as it is pushed, until it is let go', async () => {
+test('the stick drives in proportion to the push, until it is released', async () => {
   await start('--pose', '3,6.3,0');
   const touching = await LivePage.open(browser, program.url, { hasTouch: true });
   const box = await touching.page.locator('#stick').boundingBox();
@@ -57,7 +57,7 @@ test('the stick drives as far as it is pushed, until it is let go', async () => 
   await touching.close();
 });
 
-test('a robot whose page is gone stops', async () => {
+test('the robot stops when its page is closed', async () => {
   await start('--pose', '3,6.3,0');
   const driver = new WebSocket(`${program.url.replace('http', 'ws')}live`, 'qv.live.v1');
   await once(driver, 'open');
@@ -104,10 +104,10 @@ test('a goal that cannot be reached is refused with a reason', async () => {
   await live.page.keyboard.press('g');
   for (let metres = 0; metres < 20; ++metres) await live.page.keyboard.press('Shift+ArrowUp');
   await live.page.keyboard.press('Enter');
-  await live.page.locator('#notice[data-level=warning]').getByText(/^The robot can't get to 3\.00, 26\.30 m: no free way leads there\.$/).waitFor();
+  await live.page.locator('#notice[data-level=warning]').getByText(/^The robot can't get to 3\.00, 26\.30 m: no free path\.$/).waitFor();
 });
 
-test('paused time stands still and goes on by steps of a period', async () => {
+test('paused time advances only by steps of 0.1 s', async () => {
   await start();
   await live.page.getByRole('button', { name: 'Pause' }).click();
   const { time } = await live.until(({ paused }) => paused);
@@ -122,7 +122,7 @@ test('paused time stands still and goes on by steps of a period', async () => {
   await live.until((state) => !state.paused && state.time > time + 1e9);
 });
 
-test('speed is the one that was chosen', async () => {
+test('time runs at the chosen speed', async () => {
   await start();
   await live.page.selectOption('#speed', '10');
   await live.until(({ speed }) => speed === 10);

@@ -48,14 +48,14 @@ test('the whole map is seen at first, and again after Fit', async () => {
   assert.ok(Math.abs(again - walls) < walls / 100, `${walls}, then ${again} pixels of wall`);
 });
 
-/** How `action` enlarges the map about [left, top] of the canvas, and moves it by `shift`. */
+/** Returns the scale factor of `action` about [left, top] of the canvas; the map also moves by `shift`. */
 async function enlargementBy(action, about, shift) {
   const before = await findOutline(live.page, WALL);
   await changedBy(action);
   return findEnlargement(before, await findOutline(live.page, WALL), about, shift);
 }
 
-test('what is under the pointer stays there when the wheel zooms', async () => {
+test('the wheel zooms about the pointer', async () => {
   const box = await live.page.locator('#map').boundingBox();
   const about = [Math.round(box.width * 0.7), Math.round(box.height * 0.4)];
   await live.page.mouse.move(box.x + about[0], box.y + about[1]);
@@ -76,7 +76,7 @@ test('keys and buttons zoom about the middle', async () => {
   }
 });
 
-test('a drag and the keys move the map as far as they say', async () => {
+test('a drag and the keys move the map by the right distance', async () => {
   const box = await live.page.locator('#map').boundingBox();
   const [x, y] = [Math.round(box.x + box.width * 0.7), Math.round(box.y + box.height * 0.5)];
   const drag = async () => {
@@ -92,7 +92,7 @@ test('a drag and the keys move the map as far as they say', async () => {
   assert.equal(live.state.goal, null);
 });
 
-test('what is under two fingers stays under them', async () => {
+test('two fingers zoom about the place between them', async () => {
   const session = await live.page.context().newCDPSession(live.page);
   const box = await live.page.locator('#map').boundingBox();
   const [x, y] = [Math.round(box.x + box.width * 0.6), Math.round(box.y + box.height * 0.5)];
@@ -108,7 +108,7 @@ test('what is under two fingers stays under them', async () => {
   assert.ok(Math.abs(factor - 2.5) < 0.05, `enlarged by ${factor}, not by 2.5`);
 });
 
-test('the pointer tells the place, and the tape how far it is between two', async () => {
+test('the readout shows the place under the pointer, and the tape a distance', async () => {
   const box = await live.page.locator('#map').boundingBox();
   const placeAt = async (left, top) => {
     await live.page.mouse.move(box.x + left, box.y + top, { steps: 2 });
@@ -170,7 +170,7 @@ function findCorners() {
   const { data, width, height } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
   // Thinner than a pixel, a wall is grey.
   const isWall = (x, y) => data[4 * (y * width + x)] < 200;
-  // Beside the middle, where the robot is, and what lies over the map is not part of it.
+  // The row lies beside the middle, to avoid the robot and overlays.
   const walls = (length, isAt) => [...Array(length).keys()].filter(isAt);
   const across = walls(width, (x) => isWall(x, Math.round(height * 0.55)));
   const down = walls(height, (y) => isWall(Math.round(width * 0.55), y));

@@ -49,7 +49,7 @@ async function drag(share) {
   return said.jsonValue();
 }
 
-test('the line is dragged ahead and back, and the robot is where it was then', async () => {
+test('dragging the time line moves the robot to its recorded place', async () => {
   await live.page.getByRole('button', { name: 'Pause' }).click();
   await live.until(({ paused }) => paused);
   const places = [];
@@ -62,7 +62,7 @@ test('the line is dragged ahead and back, and the robot is where it was then', a
   assert.deepEqual(places[0], places[2]);
 });
 
-test('it stands still in a pause and goes on look by look', async () => {
+test('a paused recording advances by one snapshot per step', async () => {
   await live.until(({ recording }) => recording.time > 0.5);
   await live.page.getByRole('button', { name: 'Pause' }).click();
   const { recording } = await live.until(({ paused }) => paused);
@@ -77,7 +77,7 @@ test('it stands still in a pause and goes on look by look', async () => {
   await live.until((state) => state.recording.time > recording.time + 1);
 });
 
-test('it pauses at the end, and keys lead back along the line', async () => {
+test('a recording pauses at its end, and keys move back along the time line', async () => {
   await line().focus();
   await live.page.keyboard.press('End');
   const { recording } = await live.until((state) => state.paused);

@@ -28,7 +28,7 @@ test('a sensor starts with its subscription, shows points, and stops with it', a
 
   await live.switchOf('LeftLaser', 'Subscribe').click();
   const sensor = await live.untilSensor('LeftLaser', ({ points }) => points.length > 0);
-  await row.getByText('started · page 1').waitFor();
+  await row.getByText('started · for page 1').waitFor();
   await untilPixels(live, LASER, (count) => count > 20);
   assert.deepEqual(sensor.subscribers, ['page 1']);
   await row.locator('.sensor-figures').filter({ hasText: /rate10\.\d Hzage0\.\d snearest\d\.\d\d m/ }).waitFor();
@@ -38,10 +38,10 @@ test('a sensor starts with its subscription, shows points, and stops with it', a
   await untilPixels(live, LASER, (count) => count === 0);
 });
 
-test('a subscription goes with its page', async () => {
+test('a subscription ends with its page', async () => {
   const other = await LivePage.open(browser, program.url);
   await other.switchOf('FrontSonar', 'Subscribe').click();
-  await live.row('FrontSonar').getByText('started · page 2').waitFor();
+  await live.row('FrontSonar').getByText('started · for page 2').waitFor();
   assert.equal(await live.switchOf('FrontSonar', 'Subscribe').isChecked(), false);
   await other.close();
   await live.row('FrontSonar').getByText('no subscriber', { exact: true }).waitFor();
@@ -52,7 +52,7 @@ test('a sensor with two subscribers stops with the last of them', async () => {
   const { client, channels } = await connectViewer(program.port);
   const channel = channels.find(({ topic }) => topic.includes('FrontSonar'));
   const subscription = client.subscribe(channel.id);
-  await row.getByText('started · foxglove viewer 1').waitFor();
+  await row.getByText('started · for foxglove viewer 1').waitFor();
   await live.switchOf('FrontSonar', 'Subscribe').click();
   await live.untilSensor('FrontSonar', ({ subscribers }) => subscribers.length === 2);
 
@@ -67,16 +67,16 @@ test('a sensor with two subscribers stops with the last of them', async () => {
 test('a disabled or failed sensor stops although it has a subscriber, and comes back', async () => {
   const row = live.row('BackSonar');
   await live.switchOf('BackSonar', 'Subscribe').click();
-  await row.getByText('started · page 1').waitFor();
+  await row.getByText('started · for page 1').waitFor();
   for (const [label, why] of [['Enable', 'disabled'], ['Diagnosis', 'diagnosis bad']]) {
     await live.switchOf('BackSonar', label).click();
     await row.getByText(`${why} · page 1`).waitFor();
     await live.switchOf('BackSonar', label).click();
-    await row.getByText('started · page 1').waitFor();
+    await row.getByText('started · for page 1').waitFor();
   }
 });
 
-test('a sensor is made to fail, which nobody overlooks, and mended', async () => {
+test('a fault set from the menu is shown clearly and can be ended', async () => {
   const row = (name) => live.row(name);
   const badge = (name) => row(name).locator('.sensor-badge');
   const reason = (name) => row(name).locator('.sensor-reason');
@@ -86,12 +86,12 @@ test('a sensor is made to fail, which nobody overlooks, and mended', async () =>
     await badge(name).getByText('sound').waitFor();
   }
   await row('BackSonar').locator('.sensor-name').click();
-  await row('BackSonar').getByLabel('Fail BackSonar').selectOption('off');
-  await row('BackSonar').getByText('BackSonar was made to fail: off.').waitFor();
+  await row('BackSonar').getByLabel('Fault of BackSonar').selectOption('off');
+  await row('BackSonar').getByText('BackSonar has the fault "off".').waitFor();
   await badge('BackSonar').getByText('silent').waitFor();
-  await reason('BackSonar').getByText(/^no (fresh )?record for \d.*limit.*\(for \d+ s\)\. Back: by itself, with sound records$/).waitFor();
+  await reason('BackSonar').getByText(/^no (fresh )?record for \d.*limit.*\(for \d+ s\)\. To fix: ends when good records come; check the driver$/).waitFor();
   assert.equal(await row('BackSonar').getAttribute('data-severity'), 'bad');
-  await live.page.getByText('1 in trouble').waitFor();
+  await live.page.getByText('1 not sound').waitFor();
   assert.equal(await row('FrontSonar').getAttribute('data-severity'), '');
 
   await row('BackSonar').getByRole('button', { name: 'End the fault' }).click();
@@ -102,7 +102,7 @@ test('a sensor is made to fail, which nobody overlooks, and mended', async () =>
 
   await live.switchOf('FrontSonar', 'Diagnosis').click();
   await badge('FrontSonar').getByText('failing').waitFor();
-  await reason('FrontSonar').getByText(/^its diagnosis is bad.*Back: setSensorDiagnosis/).waitFor();
+  await reason('FrontSonar').getByText(/^its diagnosis is bad.*To fix: setSensorDiagnosis/).waitFor();
   await live.switchOf('FrontSonar', 'Diagnosis').click();
   await badge('FrontSonar').getByText('sound').waitFor();
   await reason('FrontSonar').waitFor({ state: 'hidden' });
@@ -112,7 +112,7 @@ test('a click on a row, or on a point of the map, opens the record', async () =>
   const record = live.row('LeftLaser').locator('.record');
   await live.switchOf('LeftLaser', 'Subscribe').click();
   await live.row('LeftLaser').locator('.sensor-state').click();
-  await record.getByText('measured at').waitFor();
+  await record.getByText('timestamp').waitFor();
   const [transform] = await record.locator('dd').filter({ hasText: '0.250' }).allInnerTexts();
   assert.equal(transform.split('\n').length, 3);
   await live.row('LeftLaser').locator('.sensor-state').click();
@@ -121,10 +121,10 @@ test('a click on a row, or on a point of the map, opens the record', async () =>
   await untilPixels(live, LASER, (count) => count > 20);
   const { pixels } = await findOutline(live.page, LASER);
   await live.page.locator('#map').click({ position: { x: pixels[0][0], y: pixels[0][1] } });
-  await record.getByText('measured at').waitFor();
+  await record.getByText('timestamp').waitFor();
 });
 
-/** The depth frame is grey but for its components. */
+/** The depth image is grey except for its components. */
 function countColoured() {
   const frame = document.getElementById('depth');
   const context = new OffscreenCanvas(frame.naturalWidth, frame.naturalHeight).getContext('2d');
@@ -135,7 +135,7 @@ function countColoured() {
   return count;
 }
 
-/** Whether the depth camera's points are in space. */
+/** Returns true if the depth camera's points are in the 3D view. */
 function countSpacePoints() {
   const canvas = document.getElementById('space');
   const { data } = canvas.getContext('2d').getImageData(0, 0, canvas.width, canvas.height);
@@ -144,27 +144,27 @@ function countSpacePoints() {
   return count > 500;
 }
 
-test('all sensors are subscribed at once, and the depth frame comes with them', async () => {
+test('all sensors are subscribed at once, and the depth image comes with them', async () => {
   const all = live.page.locator('#subscribe-all');
   await live.page.getByText('Subscribe to DepthCamera to see what it sees.').waitFor();
 
   await all.click();
   await live.until(({ sensors }) => sensors.every(({ started }) => started));
-  await live.page.getByRole('img', { name: 'Depth frame of DepthCamera' }).waitFor();
-  await live.page.locator('#depth-caption').getByText(/^[1-9]\d* components?(, \d+ pixels beyond 15 m)?$/).waitFor();
+  await live.page.getByRole('img', { name: 'Depth image of DepthCamera' }).waitFor();
+  await live.page.locator('#depth-caption').getByText(/^[1-9]\d* components?(, \d+ pixels? beyond range)?$/).waitFor();
   assert.ok((await live.page.evaluate(countColoured)) > 100);
 
-  await live.page.getByRole('button', { name: 'Three dimensions' }).click();
+  await live.page.getByRole('button', { name: '3D view' }).click();
   await live.page.waitForFunction(countSpacePoints);
-  await live.page.getByRole('button', { name: 'Three dimensions' }).click();
+  await live.page.getByRole('button', { name: '3D view' }).click();
   await live.page.locator('#space').waitFor({ state: 'hidden' });
 
   await all.click();
   await live.until(({ sensors }) => sensors.every(({ started }) => !started));
-  await live.page.getByText('the last one, the camera is stopped').waitFor();
+  await live.page.getByText('last image; the camera is stopped').waitFor();
 });
 
-test('the log says what was done, and shows the chosen level and above', async () => {
+test('the log shows the actions, from the chosen level up', async () => {
   const lines = live.page.locator('.log-line:visible');
   await live.switchOf('FrontLaser', 'Subscribe').click();
   await lines.getByText('FrontLaser subscribed by page 1: started').waitFor();

@@ -9,7 +9,7 @@ let program;
 before(async () => (program = await serve([...PORTER, '--people', '2'])));
 after(() => program.stop());
 
-test('a viewer receives what every channel promises', async () => {
+test('a viewer receives messages that fit each channel's schema', async () => {
   const { client, channels } = await connectViewer(program.port);
   const missing = new Map(channels.map((channel) => [client.subscribe(channel.id), channel]));
   await new Promise((resolve) => {
@@ -31,14 +31,14 @@ test('a viewer receives what every channel promises', async () => {
   }
 });
 
-test('both names of the protocol are taken', async () => {
+test('both subprotocol names are accepted', async () => {
   for (const name of ['foxglove.websocket.v1', 'foxglove.sdk.v1']) {
     const { client } = await connectViewer(program.port, name);
     client.close();
   }
 });
 
-test('a viewer drives where it may', async () => {
+test('a viewer drives if allowed', async () => {
   const driven = await serve([...PORTER, '--pose', '3,6.3,0', '--viewer-drive']);
   const { client, channels } = await connectViewer(driven.port);
   const wheels = client.advertise({ topic: '/cmd_vel', encoding: 'json', schemaName: 'geometry_msgs/Twist' });

@@ -5,7 +5,7 @@
 namespace QV::outlets {
 namespace {
 
-TEST(FamilyColour, anUnknownFamilyHasAColourThatIsNoOthersAndStays) {
+TEST(FamilyColour, anUnknownFamilyHasAConstantColourOfItsOwn) {
   EXPECT_EQ(toText(colourOfFamily("Laser")), "#0072b2");
   // Pages and pictures of other days and machines have the same.
   EXPECT_EQ(toText(colourOfFamily("Cliff")), "#4477aa");

@@ -60,7 +60,7 @@ TEST_F(FoxgloveFeedTest, advertisesEveryChannelWithItsSchema) {
                                   "/sensors/RightSonar", "/fields_of_view"));
 }
 
-TEST_F(FoxgloveFeedTest, sendsFramesOfASubscriptionUntilItEnds) {
+TEST_F(FoxgloveFeedTest, sendsMessagesForASubscriptionUntilItEnds) {
   EXPECT_TRUE(say(R"({"op":"subscribe","subscriptions":[{"id":258,"channelId":5}]})").empty());
   EXPECT_TRUE(sut.isWatched());
   EXPECT_THAT(sut.getDemand(), ElementsAre(Pair("foxglove viewer 1", ElementsAre("RightSonar"))));
@@ -92,7 +92,7 @@ TEST_F(FoxgloveFeedTest, eachViewerWantsItsOwnSensorsUntilItLeaves) {
   EXPECT_THAT(sut.getDemand(), ElementsAre(Pair("foxglove viewer 2", ElementsAre("RightSonar"))));
 }
 
-TEST_F(FoxgloveFeedTest, aCloudIsWhatThePointsMeanWhereTheRobotIs) {
+TEST_F(FoxgloveFeedTest, aCloudFollowsThePointMeaningAndTheRobotsPose) {
   for (const auto& told : test::toldCases()) {
     auto seen = test::snapshotOf(told, "Sonar");
     const std::string cloud = foxglove::pointCloud(seen.sensors[0], seen);
@@ -128,7 +128,7 @@ TEST_F(FoxgloveFeedTest, aDepthImageIsItsPixelsInMillimetres) {
   EXPECT_EQ(image["data"], "AgEAAP//");
 }
 
-TEST(FoxgloveDrive, aViewerDrivesOnlyWhereItMayAndOnAChannelThatIsItsOwn) {
+TEST(FoxgloveDrive, aViewerDrivesOnlyIfAllowedAndOnItsOwnChannel) {
   const auto robot = session::openSimulated(0, test::inRoom({2.0f, 3.0f, 0.0f}));
   RequestQueue requests;
   FoxgloveFeed driven(*robot, &requests);
@@ -181,8 +181,9 @@ TEST_F(FoxgloveFeedTest, theMapComesOnceAndTheLogLineByLine) {
   EXPECT_EQ(line["name"], "A.b");
 }
 
-TEST_F(FoxgloveFeedTest, saysWhatIsWrong) {
-  EXPECT_EQ(errorTo("?"), "subscribe and unsubscribe are understood, null is not");
+TEST_F(FoxgloveFeedTest, answersInvalidRequestsWithAStatusMessage) {
+  EXPECT_EQ(errorTo("?"),
+            "\"op\": subscribe, unsubscribe, advertise or unadvertise expected, null given");
   EXPECT_EQ(errorTo(R"({"op":"subscribe"})"), "subscriptions: an array expected");
   EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[7]})"), "id: missing");
   EXPECT_EQ(errorTo(R"({"op":"subscribe","subscriptions":[{"id":-1,"channelId":1}]})"),

@@ -39,7 +39,7 @@ TEST(Command, readsEachKind) {
   }
 }
 
-TEST(Command, refusesWhatIsNoneAndSaysWhatWouldBeRight) {
+TEST(Command, refusesAnInvalidCommandAndSaysWhatIsExpected) {
   const std::string ops =
       "one of diagnose, drive, enable, fault, goal, inspect, pause, seek, space, speed, step, "
       "stop, "

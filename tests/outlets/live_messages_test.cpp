@@ -39,7 +39,7 @@ session::Snapshot exampleSnapshot() {
   return snapshot;
 }
 
-TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
+TEST(LiveMessages, aStateHasNullForMissingValues) {
   const ko::SimulatedTime time;
   const json state = json::parse(pageStateOf(exampleSnapshot()));
   EXPECT_EQ(state["op"], "state");
@@ -62,7 +62,7 @@ TEST(LiveMessages, aStateHoldsWhatThereIsAndNullForWhatThereIsNot) {
     "points":[0.123,1.0,null,2.0]})"));
 }
 
-TEST(LiveMessages, pointsAreWhatThePointsOfASensorMean) {
+TEST(LiveMessages, pagePointsFollowTheKindsPointMeaning) {
   for (const auto& told : test::toldCases()) {
     const json sensor = json::parse(pageStateOf(test::snapshotOf(told, "Cliff")))["sensors"][0];
     const json& points = sensor["points"];
@@ -75,13 +75,13 @@ TEST(LiveMessages, pointsAreWhatThePointsOfASensorMean) {
   }
 }
 
-TEST(LiveMessages, theLogIsToldByLevelAndMethod) {
+TEST(LiveMessages, logLinesCarryLevelAndMethod) {
   const ko::log::Record line{ko::log::Level::verbose, "A.B", "c", "text", {}};
   EXPECT_EQ(json::parse(logMessage({line})), json::parse(R"({"op":"log","lines":[
     {"time":0,"level":"debug","category":"A.B","method":"c","message":"text"}]})"));
 }
 
-TEST(Base64, padsAndTakesAnyByte) {
+TEST(Base64, padsAndEncodesAnyByte) {
   EXPECT_EQ(toBase64(""), "");
   EXPECT_EQ(toBase64("a"), "YQ==");
   EXPECT_EQ(toBase64("ab"), "YWI=");

@@ -17,7 +17,7 @@ std::vector<std::string> takeAll(Outbox& outbox) {
   return texts;
 }
 
-TEST(Outbox, controlComesFirstAndOnlyTheLatestOfASlot) {
+TEST(Outbox, sendsControlFirstAndOnlyTheLatestMessageOfASlot) {
   Outbox sut;
   sut.add(message("old", Delivery::latest, "state"));
   sut.add(message("picture", Delivery::latest, "depth"));
@@ -40,7 +40,7 @@ TEST(Outbox, aBusySlotDoesNotStarveTheOthers) {
   EXPECT_THAT(taken, ElementsAre("line", "a", "line", "b"));
 }
 
-TEST(Outbox, whatIsNeverReadStaysBounded) {
+TEST(Outbox, theQueueOfAClientThatNeverReadsIsBounded) {
   Outbox sut;
   for (int i = 0; i < 1000; ++i) {
     EXPECT_TRUE(sut.add(message(std::to_string(i), Delivery::recent)));

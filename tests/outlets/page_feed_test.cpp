@@ -24,7 +24,7 @@ struct PageFeedTest : testing::Test {
   const std::shared_ptr<test::FakeClient> second = std::make_shared<test::FakeClient>();
 };
 
-TEST_F(PageFeedTest, aPageIsToldWhoItIsAndTheColoursOfTheFamilies) {
+TEST_F(PageFeedTest, aPageGetsItsSubscriberNameAndTheFamilyColours) {
   sut.onOpen(first);
   sut.onOpen(second);
   EXPECT_EQ(first->takeTexts()[0]["subscriber"], "page 1");
@@ -34,7 +34,7 @@ TEST_F(PageFeedTest, aPageIsToldWhoItIsAndTheColoursOfTheFamilies) {
   EXPECT_EQ(hello["depthSensor"], nullptr);
 }
 
-TEST_F(PageFeedTest, aSubscriptionIsThePagesOwnAndGoesWithIt) {
+TEST_F(PageFeedTest, aSubscriptionBelongsToItsPageAndEndsWithIt) {
   sut.onOpen(first);
   sut.onOpen(second);
   for (const auto& page : {first, second}) sut.onMessage(page, kSubscribe, false);
@@ -93,7 +93,7 @@ struct Wisher : Outlet {
   int shown = 0;
 };
 
-TEST_F(PageFeedTest, severalOutletsAreOneThatShowsTheWatchedOnesOnly) {
+TEST_F(PageFeedTest, aGroupOfOutletsShowsOnlyTheWatchedOnes) {
   const auto wisher = std::make_shared<Wisher>();
   OutletList list;
   list.add(std::make_shared<PageFeed>(*robot, requests));

@@ -31,7 +31,7 @@ std::string written(const std::vector<Math::MetricalData>& records, Format forma
   return out.str();
 }
 
-TEST(RecordOutput, jsonHasEveryFieldByItsNameAndFloatsAsTheyWereWritten) {
+TEST(RecordOutput, jsonHasEveryFieldByNameAndTheShortestExactFloats) {
   const std::string expected =
       R"({"sensorName":"Sonar \"A\", front","familyName":"Sonar",)"
       R"("fieldOfView":{"minRange":0.1,"maxRange":2.5,"angularRange":1.05,"rayCount":5},)"
@@ -57,11 +57,11 @@ TEST(RecordOutput, csvHasALinePerPointAndOneForARecordWithoutPoints) {
   const auto commas = [](const std::string& line) {
     return std::count(line.begin(), line.end(), ',');
   };
-  // One more in the sensor's name.
+  // The sensor's name has one more comma.
   EXPECT_EQ(commas(read[0]) + 1, commas(read[2]));
 }
 
-TEST(RecordFile, isWrittenInTheFormatThatItsNameAsksFor) {
+TEST(RecordFile, theFileNameDecidesTheFormat) {
   const test::TemporaryFolder folder;
   session::Snapshot snapshot;
   snapshot.pose = {1.0f, 2.0f, 0.1f};
@@ -86,7 +86,7 @@ TEST(RecordFile, isWrittenInTheFormatThatItsNameAsksFor) {
             (folder / "none/a.csv") + ": can't be written: No such file or directory");
 }
 
-TEST(RecordOutput, aTableSaysTheNearestOfASensorAndWhyAnotherIsSilent) {
+TEST(RecordOutput, aTableShowsTheNearestRangeOrTheReasonForNone) {
   session::Snapshot snapshot;
   auto& sensor = snapshot.sensors.emplace_back();
   sensor.records = {exampleRecord()};

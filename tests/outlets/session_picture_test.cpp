@@ -51,7 +51,7 @@ struct SessionPictureTest : testing::Test {
   test::TemporaryFolder folder;
 };
 
-TEST_F(SessionPictureTest, showsMapWayAndRobotWhereTheyAre) {
+TEST_F(SessionPictureTest, showsMapPathAndRobotAtTheirPlaces) {
   session::Snapshot snapshot;
   snapshot.title = "A room";
   const cv::Mat page =
@@ -66,7 +66,7 @@ TEST_F(SessionPictureTest, showsMapWayAndRobotWhereTheyAre) {
   EXPECT_EQ(at(page, 2.4, 2.5), kPaper) << "inside the robot";
 }
 
-TEST_F(SessionPictureTest, drawsWhatTheSensorsPointsMean) {
+TEST_F(SessionPictureTest, drawsPointsByTheirMeaning) {
   const cv::Scalar paint = paintOf(kFamily);
   const cv::Scalar tint = paint * 0.13 + kPaper * 0.87;
   for (const auto& told : test::toldCases()) {
@@ -83,7 +83,7 @@ TEST_F(SessionPictureTest, drawsWhatTheSensorsPointsMean) {
   }
 }
 
-TEST_F(SessionPictureTest, aRobotWithoutAMapIsDrawnOnItsWay) {
+TEST_F(SessionPictureTest, aRobotWithoutAMapIsDrawnOnItsPath) {
   const auto path = folder / "picture.png";
   SessionPicture sut(path);
   sut.finish();

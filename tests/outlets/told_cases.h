@@ -30,7 +30,7 @@ inline Math::Position2D onArc(float range, float angle) {
 
 inline const std::vector<ToldCase>& toldCases() {
   using Model::PointMeaning;
-  // Where the view ends its outline is drawn: this is before it.
+  // The point lies just inside the outline of the field of view.
   const Math::Position2D besideMiss(2.9925f, 2.0f);
   static const std::vector<ToldCase> all = {
       {"LaserWithOneHit",

@@ -69,7 +69,7 @@ TEST_F(WebServerTest, servesItsFilesAndNothingElse) {
   }
 }
 
-TEST_F(WebServerTest, refusesWhatIsMalformedTooLongOrOfAnotherSite) {
+TEST_F(WebServerTest, refusesMalformedLongOrCrossSiteRequests) {
   const std::string host = "Host: 127.0.0.1\r\n";
   const struct {
     std::string request;
@@ -131,7 +131,7 @@ TEST_F(WebServerTest, aMalformedFrameClosesOnlyItsOwnConnection) {
   EXPECT_EQ(other.readFrame()->payload, "still there");
 }
 
-TEST_F(WebServerTest, aClientThatReadsLateGetsTheLatestAndAllControl) {
+TEST_F(WebServerTest, aSlowClientGetsTheLatestStateAndAllControlMessages) {
   constexpr int kSent = 4000;
   const std::string ballast(64 * 1024, 'x');
   SocketClient client(sut->getPort(), 4096);
@@ -158,7 +158,7 @@ TEST_F(WebServerTest, aClientThatReadsLateGetsTheLatestAndAllControl) {
   EXPECT_LT(states, kSent / 10);
 }
 
-TEST_F(WebServerTest, aClientThatNeverReadsWhatMustComeIsGivenUp) {
+TEST_F(WebServerTest, aClientThatNeverReadsIsDisconnected) {
   SocketClient client(sut->getPort(), 4096);
   open(client);
   const auto reader = handler.opened.get_future().get();
@@ -176,7 +176,7 @@ TEST_F(WebServerTest, moreConnectionsThanItServesAreClosed) {
   EXPECT_EQ(SocketClient(sut->getPort()).get("/"), "");
 }
 
-TEST_F(WebServerTest, saysGoodbyeWhenItEnds) {
+TEST_F(WebServerTest, sendsACloseFrameWhenItEnds) {
   SocketClient client(sut->getPort());
   open(client);
   const auto kept = handler.opened.get_future().get();
@@ -187,7 +187,7 @@ TEST_F(WebServerTest, saysGoodbyeWhenItEnds) {
   EXPECT_EQ(errorOf([&] { SocketClient late(port); }), "can't connect");
 }
 
-TEST_F(WebServerTest, saysWhereItCannotListen) {
+TEST_F(WebServerTest, reportsAnAddressThatItCantListenAt) {
   const unsigned short port = sut->getPort();
   EXPECT_EQ(errorOf([&] {
               WebServer({"127.0.0.1", port}, {}, handler);
@@ -196,7 +196,7 @@ TEST_F(WebServerTest, saysWhereItCannotListen) {
                 ": Address already in use");
 }
 
-TEST(WebGuard, letsInOnlyItsOwnAddressesAndTheOriginsThatItIsTold) {
+TEST(WebGuard, acceptsOnlyItsOwnAddressesAndTheAllowedOrigins) {
   const struct {
     const char* address;
     const char* host;

@@ -2,15 +2,25 @@
 
 import os
 import pathlib
+import signal
 import subprocess
 import sys
 import textwrap
+import threading
+import time
 
 import pytest
 import qv_sensor as qv
 
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 IN_THE_FLAT = (3.0, 6.3, 0.0)
+
+
+def press_ctrl_c_soon(times=1):
+    """Returns when the waiting began."""
+    for i in range(times):
+        threading.Timer(0.3 * (1 + i), signal.raise_signal, [signal.SIGINT]).start()
+    return time.monotonic()
 
 
 @pytest.fixture

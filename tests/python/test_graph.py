@@ -2,10 +2,11 @@
 
 import os
 import threading
+import time
 
 import pytest
 import qv_sensor as qv
-from conftest import IN_THE_FLAT
+from conftest import IN_THE_FLAT, press_ctrl_c_soon
 
 if not hasattr(qv._core, "_GraphRobot"):
 
@@ -58,6 +59,14 @@ def test_a_session_on_a_graph_is_heard_and_driven_by_another(run_python):
         thread.join(60)
     assert told == ["{}", "True"]
     assert poses[-1].x > IN_THE_FLAT[0] + 0.05
+
+
+def test_ctrl_c_ends_the_looking_about():
+    begin = press_ctrl_c_soon()
+    with pytest.raises(KeyboardInterrupt):
+        qv.open_heard_robot()
+    # Where nobody is, it looks about for longer.
+    assert time.monotonic() - begin < 1.8
 
 
 def test_names_that_are_none_are_refused(session):

@@ -1,16 +1,21 @@
 """What must not crash or hang, whatever one does."""
 
+import contextlib
 import copy
 import gc
+import pathlib
 import pickle
 import signal
+import subprocess
+import sys
+import textwrap
 import threading
 import time
 
 import numpy as np
 import pytest
 import qv_sensor as qv
-from conftest import IN_THE_FLAT
+from conftest import IN_THE_FLAT, ROOT, press_ctrl_c_soon
 
 
 class Watch(qv.Sensor):
@@ -201,19 +206,32 @@ def test_nothing_crashes_whatever_it_is_given_while_it_lives_and_afterwards(run_
 
         os.chdir({str(tmp_path)!r})
         qv.set_log_level("silent")
+        open("gated.urdf", "w").write({GATED!r})
+        units, contexts = qv.UnitFactory(), []
+        units.add(40, lambda order: contexts.append(order.context))
+        sensors = qv.SensorFactory()
+        sensors.add(40, "Gated", "Gated", "zone", lambda order: None)
+        qv.open_virtual("gated.urdf", sensors=sensors, units=units).close()
         session = qv.open_virtual(world=qv.WorldOptions(random_people=1))
         recorder = qv.SessionRecorder("a.mcap", session)
         session.subscribe("test", ["Laser", "Sonar"])
         session.run(qv.seconds(1))
         snapshot = session.look()
+        recorder.show(snapshot)
         records = session.manager.get_metrical_data()
         view = qv.SensorFieldOfView2D(0, 1, 1, 1)
         robot = qv.VirtualRobot("porter", session.map)
         living = [session, session.manager, session.subscription("test", "Touch"), robot,
                   qv.SimulatedSensorManager(1, session.map), qv.LiveServer(session, port=0),
-                  qv.SensorManager([qv.Sensor("a", "b", view)]), qv.SimulatedTime(), recorder,
+                  qv.RealSensorManager(session.broker), qv.SimulatedTime(), recorder,
+                  qv.SensorManager([qv.Sensor("a", "b", view)]),
                   qv.NavigationModule(qv.SensorManager([qv.Sensor("a", "b", view)]))]
-        lifeless = [session.map, session.broker, snapshot, snapshot.sensors[0], records[0], view,
+        living += [qv.graph_robot(session)] if hasattr(qv._core, "_GraphRobot") else []
+        # What follows from a unit's context outlives its robot.
+        lifeless = [contexts[0], qv.RangeNoise(contexts[0], "Gated"),
+                    qv.FaultChannel(contexts[0], "Gated", lambda value: 1 / 0, lambda value: "x"),
+                    session.map, session.broker, snapshot, snapshot.sensors[0], records[0], view,
+                    qv.ScopedModule(session.broker, qv.Module("m")),
                     qv.Module("m"), qv.Sensor("s", "f", view), qv.SensorFactory(), qv.UnitFactory(),
                     qv.SensorUnit("u", 1), qv.Outlet(), qv.SessionPicture("a.png"), qv.RecordFile("a.csv"),
                     qv.WorldOptions(), qv.WorldBox((0, 0, 0)), qv.FloorHole((0, 0, 0)), qv.Walker([(1, 1)])]
@@ -224,6 +242,8 @@ def test_nothing_crashes_whatever_it_is_given_while_it_lives_and_afterwards(run_
                [[]], [1, nan, 2], {{"a": {{"b"}}}}, object(), int, np.zeros((0, 3)), np.zeros((2, 3), complex),
                np.full((2, 3), nan, np.float32), np.zeros((3, 4))[:, ::2], lambda *some: 1 / 0]
         classes = [value for value in vars(qv._core).values() if isinstance(value, type)]
+        exported = {{*classes, *(getattr(qv, name) for name in qv.__all__)}}
+        exported = {{cls for cls in exported if isinstance(cls, type) and not issubclass(cls, (Exception, tuple))}}
         unmade = [cls.__new__(cls) for cls in classes if not issubclass(cls, Exception)]
         odd += living + lifeless + unmade
         slow = {{"run", "advance", "await_records", "check", "close", "end", "__enter__", "__exit__"}}
@@ -251,14 +271,14 @@ def test_nothing_crashes_whatever_it_is_given_while_it_lives_and_afterwards(run_
         for thing in reversed(living):
             getattr(thing, "close", lambda: None)()
         attempt_all(living)
-        print("done")
+        replay = qv.open_recording("a.mcap")
+        attempt_all([replay])
+        replay.close()
+        attempt_all([replay])
+        tried = {{cls for thing in [*living, *lifeless, replay] for cls in type(thing).__mro__}}
+        print({{cls.__name__ for cls in exported if cls not in tried}} or "done")
     """)
     assert out.endswith("done\n")
-
-
-def press_ctrl_c_soon():
-    threading.Timer(0.3, signal.raise_signal, [signal.SIGINT]).start()
-    return time.monotonic()
 
 
 HOURS = qv.seconds(1e6)
@@ -320,7 +340,7 @@ def test_ctrl_c_ends_the_waiting_for_hardware_that_does_not_come(run_python, wai
             {wait}
         except KeyboardInterrupt:
             print("interrupted", flush=True)
-        # What waits there goes with the process.
+        # os._exit ends the waiting threads as well.
         os._exit(0)
     """)
     assert out == "interrupted\n"
@@ -332,18 +352,26 @@ GATED = """<robot name="courier"><link name="base"/><sensor name="Gated" type="G
 class Gated(Watch):
     """Its hardware starts when somebody opens the gate."""
 
-    def __init__(self, name="Gated"):
-        super().__init__(lambda: None, name)
-        self.gate, self.calls = threading.Event(), []
+    def __init__(self, name="Gated", waits="on"):
+        super().__init__(lambda: waits == "read" and self.pass_gate("read"), name)
+        self.gate, self.is_there, self.has_passed = threading.Event(), threading.Event(), threading.Event()
+        self.waits, self.calls = waits, []
+
+    def pass_gate(self, what):
+        if what == self.waits:
+            self.calls.append("begun")
+            self.is_there.set()
+            self.gate.wait(60)
+        self.calls.append(what)
+        if what == self.waits:
+            self.has_passed.set()
 
     def _subscribe_to_hardware(self):
-        self.calls.append("begun")
-        self.gate.wait(60)
-        self.calls.append("on")
+        self.pass_gate("on")
         return True
 
     def _unsubscribe_from_hardware(self):
-        self.calls.append("off")
+        self.pass_gate("off")
         return True
 
 
@@ -359,20 +387,147 @@ def test_a_switch_that_ctrl_c_has_left_goes_on_to_its_end():
     assert sensor.calls == ["begun", "on", "off"]
 
 
-@pytest.mark.parametrize("wait", [lambda s: s.set_demand({"test": {"Gated"}}), lambda s: s.check("Gated")])
-def test_a_session_that_ctrl_c_has_left_is_in_use_until_the_call_is_through(tmp_path, wait):
-    robot, sensor, factory = tmp_path / "courier.urdf", Gated(), qv.SensorFactory()
+class WantsGated(qv.Outlet):
+    def __init__(self, session):
+        super().__init__()
+        self.session = session
+
+    def get_demand(self):
+        # It may ask its session: this is that's thread.
+        return {"outlet": {"Gated"}} if self.session.pose else {}
+
+    def show(self, snapshot):
+        assert self.session.pose == snapshot.pose
+
+
+def serve(session):
+    with qv.LiveServer(session, port=0) as server:
+        server.add(WantsGated(session))
+        server.run()
+
+
+@pytest.fixture
+def open_gated(tmp_path):
+    """Opens a robot by the machine's clock, whose sensor waits for a gate."""
+    robot = tmp_path / "courier.urdf"
     robot.write_text(GATED)
-    factory.add(40, "Gated", "Gated", "zone", lambda order: sensor)
-    with qv.open_virtual(robot, sensors=factory, start=IN_THE_FLAT, simulated_time=False) as session:
-        press_ctrl_c_soon()
+
+    def open(sensor):
+        factory = qv.SensorFactory()
+        factory.add(40, "Gated", "Gated", "zone", lambda order: sensor)
+        return qv.open_virtual(robot, sensors=factory, start=IN_THE_FLAT, simulated_time=False)
+
+    return open
+
+
+@pytest.mark.parametrize("wait", [lambda s: s.set_demand({"test": {"Gated"}}), lambda s: s.check("Gated"), serve])
+def test_a_session_that_ctrl_c_has_left_is_in_use_until_the_call_is_through(open_gated, wait):
+    sensor = Gated()
+    with open_gated(sensor) as session:
+        begin = press_ctrl_c_soon(2 if wait is serve else 1)
         with pytest.raises(KeyboardInterrupt):
             wait(session)
+        assert time.monotonic() - begin < 20
         assert sensor.calls == ["begun"]
         with pytest.raises(RuntimeError, match="at rest expected"):
             session.look()
         sensor.gate.set()
     assert sensor.calls == ["begun", "on", "off"]
+
+
+@pytest.mark.parametrize(
+    ("waits", "meet", "wait"),
+    [
+        ("read", lambda m: m.get_metrical_data(), lambda m: m.get_metrical_data()),
+        ("read", lambda m: m.get_metrical_data(), lambda m: m.await_records(HOURS)),
+        ("off", lambda m: m.unsubscribe("test"), lambda m: m.get_subscribers()),
+        ("off", lambda m: m.unsubscribe("test"), lambda m: m.subscribe("another")),
+    ],
+    ids=["read", "await", "ask", "switch"],
+)
+def test_ctrl_c_ends_the_waiting_for_another_thread_at_a_sensor(waits, meet, wait):
+    sensor = Gated(waits=waits)
+    manager = qv.SensorManager([sensor])
+    manager.subscribe("test")
+    other = threading.Thread(target=meet, args=[manager])
+    other.start()
+    assert sensor.is_there.wait(60)
+    press_ctrl_c_soon()
+    with pytest.raises(KeyboardInterrupt):
+        wait(manager)
+    assert not sensor.has_passed.is_set()
+    sensor.gate.set()
+    other.join(60)
+
+
+def drop_module(sensor, open_gated):
+    manager = qv.SensorManager([sensor])
+    manager.subscribe("test")
+    return [qv.NavigationModule(manager)].clear
+
+
+def unregister_module(sensor, open_gated):
+    broker, manager = qv.Broker(), qv.SensorManager([sensor])
+    manager.subscribe("test")
+    broker.register_module(qv.NavigationModule(manager))
+    return lambda: broker.unregister_module("QVNavigation")
+
+
+def drop_session(sensor, open_gated):
+    session = open_gated(sensor)
+    session.subscribe("test", "Gated")
+    return [session].clear
+
+
+def close_server(sensor, open_gated):
+    session = open_gated(sensor)
+    server = qv.LiveServer(session, port=0)
+    server.add(WantsGated(session))
+    server.run(qv.seconds(0.1))
+    return server.close
+
+
+@pytest.mark.parametrize("prepare", [drop_module, unregister_module, drop_session, close_server])
+def test_ctrl_c_ends_the_waiting_for_what_goes(open_gated, prepare):
+    sensor = Gated(waits="off")
+    go = prepare(sensor, open_gated)
+    gc.collect()
+    assert sensor.calls[-1] == "on"
+    press_ctrl_c_soon()
+    with pytest.raises(KeyboardInterrupt):
+        go()
+    assert sensor.calls[-1] == "begun"
+    sensor.gate.set()
+    assert sensor.has_passed.wait(60)
+
+
+def test_ctrl_c_ends_a_python_that_waits_for_hardware_at_its_end(tmp_path):
+    program = f"""
+        import sys, threading
+        import qv_sensor as qv
+        sys.path.insert(0, {str(pathlib.Path(__file__).parent)!r})
+        from test_misuse import Gated
+
+        sensor, factory = Gated(), qv.SensorFactory()
+        factory.add(40, "Gated", "Gated", "zone", lambda order: sensor)
+        session = qv.open_virtual({str(tmp_path / "gated.urdf")!r}, sensors=factory, simulated_time=False)
+        threading.Thread(target=session.subscribe, args=["test", "Gated"], daemon=True).start()
+        sensor.is_there.wait()
+        print("ready", flush=True)
+    """
+    (tmp_path / "gated.urdf").write_text(GATED)
+    command = [sys.executable, "-c", textwrap.dedent(program)]
+    pipes = {"stdout": subprocess.PIPE, "stderr": subprocess.DEVNULL}
+    with subprocess.Popen(command, cwd=ROOT, **pipes) as python:
+        assert python.stdout.readline() == b"ready\n"
+        begin = time.monotonic()
+        # The first ones may come before it ends.
+        while python.poll() is None:
+            python.send_signal(signal.SIGINT)
+            with contextlib.suppress(subprocess.TimeoutExpired):
+                python.wait(0.1)
+        assert time.monotonic() - begin < 20
+        assert python.returncode == -signal.SIGINT
 
 
 def test_ctrl_c_in_a_callback_ends_the_run(session):

@@ -34,8 +34,16 @@ def test_a_sensor_runs_while_somebody_wants_it():
     sensor = Infrared()
     manager = qv.SensorManager([sensor, Infrared("Right")])
     assert manager.get_all_sensors_by_family() == {"Infrared": {"Left", "Right"}}
+    assert manager.get_sensors_by_family("Infrared") == manager.get_sensor_list() == {"Left", "Right"}
+    assert manager.get_family_names() == {"Infrared"} and manager.is_family("Infrared")
+    assert manager.is_sensor("Left") and not manager.is_sensor("Infrared") and not manager.is_family("Left")
+    manager.enable_sensor_or_family("Right", False)
+    assert manager.get_enabled_sensor_list() == {"Left"}
     assert manager.get_metrical_data() == []
     with manager.subscription("test", "Left"):
+        assert manager.get_sensor_list_by_subscriber("test") == {"Left"}
+        assert manager.is_sensor_subscribed_by("Left", "test")
+        assert not manager.is_sensor_subscribed_by("Right", "test")
         (record,) = manager.get_metrical_data()
         assert record.points.tolist() == [[np.float32(0.35), 0, 0]]
         assert manager.is_sensor_started("Left") and not manager.is_sensor_started("Right")
@@ -301,7 +309,15 @@ def test_an_outlet_is_shown_what_the_live_view_shows(session, tmp_path):
         session.drive(0.3, 0.0)
         server.run(qv.seconds(0.5))
         assert session.manager.get_subscribers() == {"diary"}
-    assert len(diary.poses) >= 2 and diary.poses[-1].x > 3.0
+        assert len(diary.poses) >= 2 and diary.poses[-1].x > 3.0
+        session.set_speed(50)
+        begin = session.look().time
+        server.run(qv.seconds(0.1))
+        assert session.look().time - begin > qv.seconds(1)
+        session.pause(True)
+        begin = session.look()
+        server.run(qv.seconds(0.1))
+        assert session.look().time == begin.time and begin.paused and begin.speed == 50
     with pytest.raises(RuntimeError, match="has ended"):
         server.run()
 

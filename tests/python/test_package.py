@@ -44,11 +44,25 @@ def test_stub_and_page_are_written_from_the_docstrings():
     run(ROOT / "python" / "tools" / "describe.py", "--check")
 
 
-def test_everything_public_is_described():
+def members_of(value):
+    if not isinstance(value, type) or issubclass(value, (Exception, tuple)):
+        return []
+    return [(name, member) for name, member in vars(value).items() if name[0] != "_"]
+
+
+def test_everything_public_is_described_and_has_its_place_in_the_guide():
+    guide = (ROOT / "docs" / "python.md").read_text()
     for name in qv.__all__:
+        if name.startswith("__"):
+            continue
+        assert re.search(rf"\b{name}\b", guide), name
         value = getattr(qv, name)
-        if not name.startswith("__"):
-            assert value.__doc__, name
+        assert value.__doc__, name
+        for member, told in members_of(value):
+            assert told.__doc__, f"{name}.{member}"
+            # Else neither stub nor page would have it.
+            if value.__module__ == "qv_sensor._core":
+                assert re.match(rf"{member}\(.*\) -> |[^\n]*: ", told.__doc__), f"{name}.{member}"
 
 
 def test_types_hold_for_mypy():

@@ -9,25 +9,35 @@ import qv_sensor as qv
 
 
 def read_lasers():
-    with qv.open_virtual(start=(3.0, 6.3, 0.0)) as session:
-        with session.subscription("test", "Laser"):
+    """A record, the state of its sensor, and the map, of a session that has ended."""
+    map = qv.load_map("apartment")
+    with qv.open_virtual(start=(3.0, 6.3, 0.0), map=map) as session:
+        with session.subscription("test", "FrontLaser"):
             session.run(qv.seconds(1))
-            return session.manager.get_metrical_data()
+            laser = next(state for state in session.look().sensors if state.name == "FrontLaser")
+            return session.manager.get_metrical_data()[0], laser, map
 
 
-def test_points_are_a_read_only_view_that_outlives_everything():
-    record = read_lasers()[0]
-    points, transform = record.points, record.sensor_transform
-    assert points.ctypes.data == record.points.ctypes.data and points.base is record
-    expected = points.copy()
-    del record
+def test_views_are_read_only_and_outlive_everything():
+    record, laser, map = read_lasers()
+    owners = {"points": record, "sensor_transform": record, "hits": laser, "misses": laser, "cells": map}
+    views = {name: getattr(owner, name) for name, owner in owners.items()}
+    expected = {name: view.copy() for name, view in views.items()}
+    assert [view.shape[1:] for view in views.values()] == [(3,), (4,), (3,), (3,), (420,)]
+    assert len(views["points"]) > 0 and len(views["hits"]) > 0
+    for name, view in views.items():
+        assert view.dtype == np.float32 and view.base is owners[name]
+        assert view.ctypes.data == getattr(owners[name], name).ctypes.data
+    del record, laser, map, owners
     gc.collect()
-    assert (points.dtype, points.shape[1], transform.shape) == (np.float32, 3, (3, 4))
-    assert len(points) > 0
-    for change in (lambda: points.__setitem__(0, 1.0), lambda: points.setflags(write=True)):
-        with pytest.raises(ValueError):
-            change()
-    np.testing.assert_array_equal(points, expected)
+    # Takes the place of what has gone, if it has.
+    spread = [np.full((300, 3), 9.0, np.float32) for _ in range(1000)]
+    for name, view in views.items():
+        for change in (lambda: view.__setitem__((), 1.0), lambda: view.setflags(write=True)):
+            with pytest.raises(ValueError):
+                change()
+        np.testing.assert_array_equal(view, expected[name])
+    del spread
 
 
 def test_a_reading_is_not_copied_and_is_of_the_names_that_are_asked_for(session):
@@ -69,7 +79,16 @@ def test_records_of_wrong_shapes_and_types_are_refused(points, transform, error,
         qv.Record("Left", "Infrared", qv.SensorFieldOfView2D(0, 1, 1, 1), points, transform)
 
 
-def test_columns_have_a_row_for_each_point_and_pandas_takes_them():
+def strict_frame(columns):
+    """A table of a library that copies no column and guesses no type, as polars."""
+    for name, column in columns.items():
+        assert isinstance(name, str) and type(column) is np.ndarray and column.ndim == 1
+        assert column.flags.c_contiguous and column.dtype.kind in "Uif", name
+    (count,) = {len(column) for column in columns.values()}
+    return count, {name: column.dtype for name, column in columns.items() if column.dtype.kind != "U"}
+
+
+def test_columns_have_a_row_for_each_point_and_tables_take_them():
     view = qv.SensorFieldOfView2D(0.1, 2.0, 0.5, 1)
     shifted = [[1, 0, 0, 10], [0, 1, 0, 0], [0, 0, 1, 0]]
     records = [
@@ -83,4 +102,6 @@ def test_columns_have_a_row_for_each_point_and_pandas_takes_them():
     assert list(table.timestamp) == [2**60, 2**60, 5]
     assert table[["x", "y", "z"]].values.tolist() == [[1, 2, 3], [4, 5, 6], [7, 8, 9]]
     assert list(qv.records_to_table(records, placed=True)["x"]) == [11, 14, 7]
-    assert {len(column) for column in qv.records_to_table([]).values()} == {0}
+    types = {"record": np.int64, "timestamp": np.int64, **dict.fromkeys("xyz", np.float32)}
+    for some in (records, records[1:2], []):
+        assert strict_frame(qv.records_to_table(some)) == (sum(len(record.points) for record in some), types)

@@ -111,6 +111,7 @@ def test_a_run_in_pieces_is_the_run(session):
         with qv.open_virtual(start=(3.0, 6.3, 0.0), world=world) as opened:
             opened.subscribe("test", "Laser")
             opened.set_goal((5.5, 6.3))
+            assert opened.look().route[-1] == pytest.approx((5.5, 6.3))
             for piece in pieces:
                 opened.run(piece)
             return opened.pose, np.concatenate([r.points for r in opened.manager.get_metrical_data()])
@@ -127,10 +128,12 @@ def test_sensors_fail_on_demand_and_checks_say_so(session):
     assert "FrontLaser" in session.faulty_sensors
     assert "off" in session.get_possible_faults("FrontLaser")
     session.set_fault("FrontLaser", "off")
+    assert session.look().faults == {"FrontLaser": "off"}
     verdicts = {check.name: check.verdict for check in session.check(["FrontLaser", "LeftLaser"])}
     assert verdicts == {"FrontLaser": "failed to start", "LeftLaser": "works"}
     session.clear_fault("FrontLaser")
     session.diagnose("FrontLaser", True)
+    assert session.look().faults == {}
     assert session.check("FrontLaser")[0].verdict == "works"
     with pytest.raises(ValueError, match='a kind of fault .off, stuck,.* expected, "sleepy" given'):
         session.set_fault("FrontLaser", "sleepy")
@@ -204,6 +207,8 @@ def test_bad_commands_are_refused_and_change_nothing(session):
         (lambda: session.run(0.5), TypeError),
         (lambda: session.run(2**70), OverflowError),
         (lambda: session.drive(np.nan, 0), ValueError),
+        (lambda: session.set_speed(np.nan), ValueError),
+        (lambda: session.set_speed(0), ValueError),
         (lambda: session.set_goal((-5, -5)), ValueError),
         (lambda: session.set_goal((np.nan, 1)), ValueError),
         (lambda: session.follow([(1, 1)]), ValueError),
@@ -230,6 +235,12 @@ def test_a_session_draws_itself(session):
     for hit in front.hits:
         assert np.isclose(drawn, hit[:2], atol=1e-4).all(axis=1).any()
     assert axes.get_xlabel() == "x (m)"
+    np.testing.assert_array_equal(axes.images[0].get_array(), session.map.cells)
+    apex, view = front.view
+    seen = {(shape.center, shape.r) for shape in axes.patches if isinstance(shape, matplotlib.patches.Wedge)}
+    assert ((apex.x, apex.y), view.max_range) in seen
+    (body,) = (shape for shape in axes.patches if isinstance(shape, matplotlib.patches.Circle))
+    assert body.center == session.pose[:2]
 
 
 def test_records_are_drawn_where_they_are_in_the_map(session):

@@ -69,7 +69,7 @@ INSTANTIATE_TEST_SUITE_P(
         Case{"Touch", PointMeaning::touch, {{-0.1f, 0.0f, 0.0f}}, 1, 0, 0, std::nullopt}),
     [](const auto& record) { return record.param.name; });
 
-TEST_P(PlaceMarksTest, countsOnlyWhatStandsThere) {
+TEST_P(PlaceMarksTest, countsOnlyObstacles) {
   const Math::MetricalData record{"Sensor",          "Any", {0.1f, 4.0f, 1.0f, 1}, kMounting,
                                   GetParam().points, {}};
   const Marks marks = placeMarks(record, GetParam().meaning, kRobot, Frame::robot);
@@ -80,7 +80,7 @@ TEST_P(PlaceMarksTest, countsOnlyWhatStandsThere) {
   EXPECT_EQ(marks.nearest, GetParam().nearest);
 }
 
-TEST(PlaceMarks, placesByMountingAndRobot) {
+TEST(PlaceMarks, placesMarksByMountingAndRobotPose) {
   Math::MetricalData record{"Sensor", "Any", {0.1f, 4.0f, 1.0f, 1}, kMounting, {{2.0f, 1.0f, 0.3f}},
                             {}};
   const Marks scan = placeMarks(record, PointMeaning::scan, kRobot, Frame::robot);

@@ -36,7 +36,7 @@ TEST(CheckSensors, judgesAManagerByTheKindsOfItsSensors) {
   EXPECT_THAT(session->getManager().getSubscribers(), IsEmpty());
 }
 
-TEST(CheckSensors, judgesTwoKindsOfOneFamilyEachByItsOwn) {
+TEST(CheckSensors, judgesEachSensorByItsKindNotByItsFamily) {
   test::LogCapture log;
   const test::TemporaryFolder folder;
   const auto description = folder.write("r.urdf", R"(<robot name="r"><link name="base"/>
@@ -68,7 +68,7 @@ TEST(CheckSensors, judgesTwoKindsOfOneFamilyEachByItsOwn) {
   EXPECT_EQ(checked[2].verdict, Verdict::works) << "Scan, which meets nothing";
 }
 
-TEST(FindDescriptionFaults, namesSlipsAndKeysThatNobodyWrites) {
+TEST(FindDescriptionFaults, findsMistakesAndUnwrittenMemoryKeys) {
   test::LogCapture log;
   const test::TemporaryFolder folder;
   const auto robot = folder.write("r.urdf", R"(<robot name="r"><link name="base"/>
@@ -89,8 +89,8 @@ TEST(FindDescriptionFaults, namesSlipsAndKeysThatNobodyWrites) {
   };
   const auto texts = faultsOf(robot);
   EXPECT_THAT(texts, Contains(AllOf(StartsWith("Front: "), HasSubstr("\"300 cm\""))));
-  EXPECT_THAT(texts, Contains("Hole: memory key \"NoOne/Status\" is written by nobody, a driver "
-                              "expected"));
+  EXPECT_THAT(texts,
+              Contains("Hole: nobody writes memory key \"NoOne/Status\", a driver expected"));
   std::vector<std::string> ofLimits;
   for (const auto& text : texts) {
     if (text.starts_with("Touch: ")) ofLimits.push_back(text.substr(16));

@@ -49,13 +49,14 @@ struct SessionTest : testing::TestWithParam<bool> {
 INSTANTIATE_TEST_SUITE_P(Robots, SessionTest, testing::Bool(),
                          [](const auto& robot) { return robot.param ? "Virtual" : "Simulated"; });
 
-TEST_P(SessionTest, timeGoesByAsItIsTold) {
+TEST_P(SessionTest, timeFollowsSpeedPauseAndSteps) {
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond);
   sut->setSpeed(2.5);
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond * 7 / 2);
-  EXPECT_EQ(errorOf([&] { execute(*sut, "page", StepCommand{}); }), "time runs: pause it first");
+  EXPECT_EQ(errorOf([&] { execute(*sut, "page", StepCommand{}); }),
+            "can't step while time runs; pause first");
   sut->pause(true);
   sut->keepPace(kSecond);
   EXPECT_EQ(now(), kSecond * 7 / 2);
@@ -64,7 +65,7 @@ TEST_P(SessionTest, timeGoesByAsItIsTold) {
   EXPECT_TRUE(sut->look().paused);
 }
 
-TEST_P(SessionTest, aHandThatLetsGoStopsTheRobot) {
+TEST_P(SessionTest, theRobotStopsWhenDriveCommandsEnd) {
   driveOn(0.5f, 2);
   EXPECT_EQ(sut->look().velocity.x, 0.5f);
   sut->keepPace(kSecond);
@@ -73,7 +74,7 @@ TEST_P(SessionTest, aHandThatLetsGoStopsTheRobot) {
   EXPECT_NEAR(after.pose.x, kSessionStart.x + 0.5f * 0.9f, 0.03f);
 }
 
-TEST_P(SessionTest, aVelocityHoldsForItsShareOfTheRun) {
+TEST_P(SessionTest, aVelocityHoldsOnlyForItsDuration) {
   sut->setSpeed(5.0);
   sut->drive({0.4f, 0.1f, 0.0f}, kSecond / 2);
   sut->keepPace(kSecond / 5 * 4 / 10);
@@ -90,7 +91,7 @@ struct CountingListener : SessionListener {
   int writes = 0, steps = 0, commands = 0;
 };
 
-TEST(SessionListeners, allHearOfTheRunAndWhoComesLateAloneOfWhatIsSoAlready) {
+TEST(SessionListeners, everyListenerHearsTheRunAndALateOneGetsThePresentState) {
   const auto sut = openVirtual("porter", test::inRoom(kSessionStart));
   CountingListener first, second;
   addListener(*sut, first);
@@ -112,7 +113,7 @@ TEST(SessionListeners, allHearOfTheRunAndWhoComesLateAloneOfWhatIsSoAlready) {
   removeListener(*sut, second);
 }
 
-TEST_P(SessionTest, aPauseIsNoHold) {
+TEST_P(SessionTest, aPauseDoesNotUseUpTheHoldTime) {
   sut->drive(0.5f, 0.0f);
   sut->pause(true);
   sut->keepPace(kSecond);
@@ -148,10 +149,10 @@ TEST_P(SessionTest, goesToAGoalBehindIt) {
   EXPECT_EQ(errorOf([&] {
               sut->setGoal({20.0f, 3.0f});
             }),
-            "the robot can't get to 20.00, 3.00 m: no free way leads there");
+            "the robot can't get to 20.00, 3.00 m: no free path");
 }
 
-TEST_P(SessionTest, findsTheWayToAGoalBesideItselfAndAnewIfItHasMoved) {
+TEST_P(SessionTest, findsARouteOnAnotherThreadAndAgainIfTheRobotHasMoved) {
   GoalSearch search(*sut, {2.0f, 4.5f});
   driveOn(0.5f);
   search.wait();
@@ -166,12 +167,11 @@ TEST_P(SessionTest, findsTheWayToAGoalBesideItselfAndAnewIfItHasMoved) {
   EXPECT_EQ(at.route.front(), Math::position2DFromPose2D(at.pose));
   GoalSearch none(*sut, {20.0f, 3.0f});
   none.wait();
-  EXPECT_EQ(errorOf([&] { none.finish(); }),
-            "the robot can't get to 20.00, 3.00 m: no free way leads there");
+  EXPECT_EQ(errorOf([&] { none.finish(); }), "the robot can't get to 20.00, 3.00 m: no free path");
   EXPECT_EQ(sut->look().goal, at.goal);
 }
 
-TEST_P(SessionTest, aFaultIsToldUntilItIsTakenBack) {
+TEST_P(SessionTest, aFaultIsListedUntilItIsCleared) {
   const FaultCommand stuck{"FrontSonar", robot::FaultKind::stuck};
   if (!GetParam()) {
     EXPECT_THAT(errorOf([&] { execute(*sut, "page", stuck); }), HasSubstr("a virtual robot"));
@@ -218,12 +218,12 @@ TEST_P(SessionTest, sensorsRunForTheirSubscribersOnly) {
               StartsWith("no sensor or family \"Radar\"; this robot has the families "));
 }
 
-TEST_P(SessionTest, sensorsCanBeMadeToFailWhereThereIsAVirtualRobot) {
+TEST_P(SessionTest, faultsNeedAVirtualRobot) {
   sut->subscribe("mine", {"Sonar"});
   if (!GetParam()) {
     EXPECT_THAT(sut->getFaultySensors(), IsEmpty());
     EXPECT_THAT(errorOf([&] { sut->clearFault("Sonar/Front"); }),
-                StartsWith("a virtual robot expected, "));
+                StartsWith("faults need a virtual robot; "));
     return;
   }
   EXPECT_THAT(sut->getFaultySensors(), Contains("BackSonar"));
@@ -235,7 +235,7 @@ TEST_P(SessionTest, sensorsCanBeMadeToFailWhereThereIsAVirtualRobot) {
   EXPECT_THAT(sensorIn(sut->look(), "BackSonar").records, Not(IsEmpty()));
 }
 
-TEST(Session, givesUpAGoalWhoseWayStaysBlocked) {
+TEST(Session, dropsAGoalWhoseWayStaysBlocked) {
   test::LogCapture log;
   OpenOptions options = test::inRoom(kSessionStart);
   options.world.boxes = {{{6.5f, 3.0f, 0.0f}}};
@@ -246,8 +246,8 @@ TEST(Session, givesUpAGoalWhoseWayStaysBlocked) {
   sut->keepPace(kSecond * 5);
   EXPECT_FALSE(sut->look().goal);
   EXPECT_THAT(log.lines(ko::log::Level::warning),
-              ElementsAre("warning Session.run: something is in the way to 8.00, 3.00 m: the "
-                          "goal is dropped"));
+              ElementsAre("warning Session.run: the way to 8.00, 3.00 m stayed blocked for 15 s: "
+                          "goal dropped"));
 }
 
 TEST(Session, aRecordingStepsThroughItsLogAndHasNoMap) {
@@ -266,12 +266,8 @@ TEST(Session, aRecordingStepsThroughItsLogAndHasNoMap) {
   EXPECT_EQ(sut->look().pose.y, 2.0f);
   EXPECT_EQ(sut->getShareDone(), 1.0);
   EXPECT_FALSE(sut->step());
-  EXPECT_EQ(errorOf([&] { sut->drive(1.0f, 0.0f); }),
-            "a robot that can be driven expected, a recording given");
-  EXPECT_EQ(errorOf([&] {
-              sut->setGoal({1.0f, 0.0f});
-            }),
-            "a robot in a map expected, one without a map given");
+  EXPECT_EQ(errorOf([&] { sut->drive(1.0f, 0.0f); }), "a recording can't be moved or driven");
+  EXPECT_EQ(errorOf([&] { sut->setGoal({1.0f, 0.0f}); }), "goals need a map; this robot has none");
 }
 
 TEST(FindRoute, goesAroundAWallAndKeepsItsDistance) {
@@ -287,7 +283,7 @@ TEST(FindRoute, goesAroundAWallAndKeepsItsDistance) {
   for (std::size_t i = 1; i < route.size(); ++i) {
     length += std::hypot(route[i].x - route[i - 1].x, route[i].y - route[i - 1].y);
   }
-  // Over the end of the wall and back, by the shortest way.
+  // The shortest way leads around the wall's end.
   EXPECT_NEAR(length, 2.0f * std::hypot(3.0f, 4.3f), 0.6f);
   EXPECT_THAT(findRoute(map, from, to, 0.6f), IsEmpty());
   EXPECT_THAT(findRoute(map, from, {6.05f, 3.0f}, 0.3f), IsEmpty());

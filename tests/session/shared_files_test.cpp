@@ -8,7 +8,7 @@
 namespace QV::session {
 namespace {
 
-TEST(SharedFiles, areFoundByNameFromAnyFolderAndPathsStayPaths) {
+TEST(SharedFiles, areFoundByNameFromAnyFolderUnlessAPathIsGiven) {
   const test::TemporaryFolder folder;
   const auto before = std::filesystem::current_path();
   folder.write("mine", "");

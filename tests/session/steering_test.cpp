@@ -13,9 +13,9 @@ Math::Pose2D moved(const Math::Pose2D& pose, const Math::Pose2D& velocity) {
   return pose * Math::Pose2D(velocity.x * kStep, velocity.y * kStep, velocity.theta * kStep);
 }
 
-TEST(Steering, getsBackOnThePathAndToItsEnd) {
+TEST(Steering, returnsToThePathAndReachesItsEnd) {
   const TimedPath path({{0, 0}, {4, 0}, {4, 3}, {2, 3}}, 0.5, 1.0);
-  // Beside the path, and looking away from it.
+  // The start is beside the path, turned away from it.
   Math::Pose2D pose(-0.2f, 0.3f, 0.8f);
   float farthest = 0.0f;
   for (double seconds = 0.0; seconds < path.getDuration() + 1.0; seconds += kStep) {

@@ -27,7 +27,7 @@ class ChildProcess {
     try {
       become();
     } catch (...) {
-      // Else the test would go on twice.
+      // _exit keeps the child from running the rest of the test.
     }
     _exit(99);
   }

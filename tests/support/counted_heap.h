@@ -23,8 +23,8 @@ inline thread_local Heap heap;
 
 }  // namespace QV::test
 
-// For one source of a program. Not inlined: else the compiler takes the new and the free for a
-// mismatch.
+// Include it in one source of a program. The operator is not inlined: else the compiler takes the
+// new and the free for a mismatch.
 [[gnu::noinline]] void* operator new(std::size_t size) {
   QV::test::Heap& heap = QV::test::heap;
   if (const auto* const call = std::exchange(heap.onNext, nullptr)) (*call)();

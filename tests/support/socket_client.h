@@ -19,7 +19,7 @@ class SocketClient {
   /** `receiveBuffer` bytes wait unread for it at most, or as many as the machine likes. */
   explicit SocketClient(unsigned short port, int receiveBuffer = 0)
       : socket(::socket(AF_INET, SOCK_STREAM, 0)), port(port) {
-    // What never comes must not hang a test.
+    // A time limit keeps a missing answer from hanging the test.
     const timeval patience{60, 0};
     setsockopt(socket, SOL_SOCKET, SO_RCVTIMEO, &patience, sizeof patience);
     if (receiveBuffer > 0) {

@@ -75,8 +75,9 @@ void RecordWriter::addSilent(const SilentSensor& sensor) {
 void RecordWriter::finish(std::size_t columns) {
   list.finish();
   if (format != Format::table) return;
-  out << "Places: sensors in the " << getName(frame)
-      << "'s frame (x y z in m). Ranges in m, angles in rad.\n";
+  out << "Positions of the sensors in the "
+      << (frame == session::Frame::map ? "map frame" : "robot's ground frame")
+      << " (m). Ranges in m, angles in rad.\n";
   auto titles = kColumns;
   if (hasSilent) titles.push_back("no record, because");
   Table table(titles);

@@ -34,7 +34,7 @@ class QV_API RecordWriter {
   void write(const session::Snapshot& snapshot);
   /** Stands in a table; other formats hold records alone. */
   void addSilent(const SilentSensor& sensor);
-  /** Writes a table, or the end of an array; what is written after that begins anew. */
+  /** Writes a table, or the end of an array; the next record begins a new one. */
   void finish(std::size_t columns = 0);
 
  private:

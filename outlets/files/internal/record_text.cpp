@@ -14,7 +14,7 @@ std::string quoted(const std::string& text) {
   return result;
 }
 
-// What every line of a record begins with.
+// Returns the beginning of every line of a record.
 std::string startOf(const Math::MetricalData& record, session::Frame frame) {
   const auto& fov = record.fieldOfView;
   std::string start =

@@ -7,7 +7,7 @@
 namespace QV::outlets {
 namespace {
 
-// Of a last column that is longer: narrower than this, text is hard to read.
+// The least width of a long last column; narrower text is hard to read.
 constexpr std::size_t kLeastText = 30;
 constexpr std::size_t kGap = 2;
 

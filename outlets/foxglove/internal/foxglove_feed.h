@@ -1,16 +1,14 @@
 #pragma once
 
 #include <cstdint>
-#include <map>
-#include <mutex>
-#include <set>
+#include <memory>
 #include <string>
 #include <vector>
 
 #include "outlets/foxglove/internal/foxglove_channels.h"
+#include "outlets/foxglove/internal/foxglove_viewers.h"
 #include "outlets/web/internal/depth_frames.h"
 #include "outlets/web/internal/request_queue.h"
-#include "outlets/web/internal/web_clients.h"
 #include "outlets/web/internal/web_outlet.h"
 #include "session/session.h"
 
@@ -42,26 +40,12 @@ class QV_API FoxgloveFeed : public WebOutlet {
   void show(const session::Snapshot& snapshot) override;
 
  private:
-  /** The wishes of one viewer. */
-  struct Viewer {
-    /** The channel of each subscription. */
-    std::map<std::uint32_t, std::uint32_t> subscriptions;
-    /** The channels of its own, on which it drives. */
-    std::set<std::uint32_t> wheels;
-  };
-
   void xAnswer(const std::shared_ptr<WebClient>& client, const std::string& text);
   void xAdvertise(const std::shared_ptr<WebClient>& client, std::uint32_t channel);
-  void xUnadvertise(const std::shared_ptr<WebClient>& client, std::uint32_t channel);
   void xDrive(const std::shared_ptr<WebClient>& client, const std::string& frame);
   void xShowDepth(const session::Snapshot& snapshot);
   void xSubscribe(const std::shared_ptr<WebClient>& client, std::uint32_t subscription,
                   std::uint32_t channel);
-  void xUnsubscribe(const std::shared_ptr<WebClient>& client, std::uint32_t subscription);
-  // The caller of these holds the mutex.
-  bool xIsWatched(std::uint32_t channel) const;
-  void xPublish(std::uint32_t channel, Delivery delivery, ko::Clock::time_point time,
-                const std::string& payload);
 
   /** Null if there is none. */
   const boost::shared_ptr<const OccupancyMap> map;
@@ -71,9 +55,7 @@ class QV_API FoxgloveFeed : public WebOutlet {
   RequestQueue* const requests;
   const std::string title;
   const std::string sessionId;
-  mutable std::mutex mutex;
-  /** "foxglove viewer 2". */
-  WebClients<Viewer> viewers{"foxglove viewer"};
+  foxglove::Viewers viewers;
 };
 
 }  // namespace QV::outlets

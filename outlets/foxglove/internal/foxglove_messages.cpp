@@ -2,13 +2,13 @@
 
 #include <algorithm>
 #include <cmath>
-#include <iterator>
 #include <map>
 
 #include "outlets/foxglove/internal/little_endian.h"
 #include "outlets/internal/base64.h"
 #include "outlets/internal/family_colour.h"
 #include "outlets/internal/json_values.h"
+#include "outlets/internal/seen_places.h"
 
 namespace QV::outlets::foxglove {
 namespace {
@@ -16,11 +16,10 @@ namespace {
 constexpr int kUnsignedByte = 1;
 constexpr int kFloat = 7;
 constexpr std::size_t kMostPoints = 10'000;
-constexpr int kArcPoints = 15;
 // A line through all of its points.
 constexpr int kLineStrip = 0;
 constexpr double kLinePixels = 1.5;
-// What is not shown again leaves.
+// Entities disappear unless they are sent again.
 constexpr ko::Duration kEntityLifetime{500'000'000};
 constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
 
@@ -45,14 +44,10 @@ Json field(const char* name, int offset, int type) {
   return {{"name", name}, {"offset", offset}, {"type", type}};
 }
 
-// In the map, or where a robot's records are its own, in its ground frame as it stands now.
+// Returns points in the map frame, or in the present ground frame if records are in that.
 std::vector<Math::Position3D> pointsOf(const session::SensorState& sensor,
                                        const session::Snapshot& snapshot) {
-  std::vector<Math::Position3D> points = sensor.marks.hits;
-  std::ranges::copy(sensor.marks.floor, std::back_inserter(points));
-  for (const auto& echo : sensor.marks.echoes) {
-    std::ranges::copy(positionsOn(echo, kArcPoints), std::back_inserter(points));
-  }
+  std::vector<Math::Position3D> points = seenPlacesOf(sensor.marks);
   if (snapshot.frame == session::Frame::map) return points;
   const Math::Pose2D toRobot = Math::pinv(snapshot.pose);
   for (Math::Position3D& point : points) {
@@ -77,7 +72,7 @@ Json colourOf(const std::string& family) {
   return {{"r", red / 255.0}, {"g", green / 255.0}, {"b", blue / 255.0}, {"a", 1.0}};
 }
 
-// From the apex along the right side, the arc and the left side back to it.
+// Returns the outline: apex, right side, arc, left side, apex.
 Json outlineOf(const session::SensorState::View& view) {
   constexpr int kParts = 24;
   const auto& field = view.fieldOfView;

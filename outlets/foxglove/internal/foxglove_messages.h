@@ -12,17 +12,17 @@
 /** The messages of the channels, in JSON, by the schemas of foxglove_schemas.h. */
 namespace QV::outlets::foxglove {
 
-/** Tells where the robot is in the map. */
+/** The pose of the robot in the map. */
 std::string frameTransform(const session::Snapshot& snapshot);
 /**
- * Tells what a sensor met, an echo as points along its arc, at most 10,000: of a virtual robot in
+ * The points of a sensor, an echo as points along its arc, at most 10,000; of a virtual robot in
  * its ground frame.
  */
 QV_API std::string pointCloud(const session::SensorState& sensor,
                               const session::Snapshot& snapshot);
 /** Occupancies of a map: 0 free to 100 solid, 255 unknown. */
 std::string grid(const OccupancyMap& map, ko::Clock::time_point time);
-/** Tells where each started sensor looks, on the floor. */
+/** The field of view of each started sensor, on the floor. */
 QV_API std::string fieldsOfView(const session::Snapshot& snapshot);
 /** A depth frame in millimetres, 0 where there is none; `sensor` names the camera's frame. */
 QV_API std::string depthImage(const cv::Mat_<std::uint16_t>& depth, const std::string& sensor,

@@ -17,11 +17,11 @@ struct Channel {
   std::string schema;
 };
 
-/** `hears` what viewers publish, or not. */
+/** `hears`: true if viewers may publish. */
 std::string serverInfo(const std::string& name, const std::string& session, bool hears);
 /** Advertises the channels, with the schemas' texts. */
 std::string advertisement(const std::vector<Channel>& channels);
-/** Something that went wrong with what a viewer asked for. */
+/** A status message about a viewer's invalid request. */
 std::string errorStatus(const std::string& message);
 
 /** A message of a subscription as it is framed: binary, little-endian. */

@@ -34,7 +34,7 @@ std::uint32_t driveChannelIn(const json& channel) {
   static const std::set<std::string> schemas = {"geometry_msgs/Twist", "geometry_msgs/msg/Twist"};
   const std::uint32_t id = numberIn(memberOf(channel, "id"));
   if (textIn(channel, "encoding") != "json" || schemas.count(textIn(channel, "schemaName")) == 0) {
-    throw std::invalid_argument("only channels of geometry_msgs/Twist in json are heard");
+    throw std::invalid_argument("only geometry_msgs/Twist in JSON is accepted");
   }
   return id;
 }

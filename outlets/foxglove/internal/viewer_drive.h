@@ -13,7 +13,7 @@ namespace QV::outlets::foxglove {
  */
 std::uint32_t driveChannelIn(const nlohmann::json& channel);
 
-/** A message of a viewer's channel: the channel's id, and what it says. */
+/** A message of a viewer's channel: the channel's id and the content. */
 struct ViewerMessage {
   std::uint32_t channel = 0;
   std::string payload;
@@ -22,8 +22,8 @@ struct ViewerMessage {
 ViewerMessage readViewerMessage(const std::string& frame);
 
 /**
- * A velocity in JSON, {"linear":{"x":...},"angular":{"z":...}} in m/s and rad/s, no faster than a
- * session takes it. Anything else: std::invalid_argument.
+ * A velocity in JSON, {"linear":{"x":...},"angular":{"z":...}} in m/s and rad/s, clamped to a
+ * session's limits. Throws std::invalid_argument for anything else.
  */
 session::DriveCommand readVelocity(const std::string& payload);
 

@@ -4,7 +4,7 @@
 
 #include <nlohmann/json.hpp>
 
-/** Reads what a viewer asks for; what is not as expected is a std::invalid_argument. */
+/** Reads a viewer's request. Throws std::invalid_argument for a malformed one. */
 namespace QV::outlets::foxglove {
 
 /** An object that has a member of this name. */

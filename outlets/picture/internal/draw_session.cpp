@@ -14,7 +14,7 @@ namespace {
 constexpr int kWidestPixels = 1400;
 constexpr int kArcPositions = 73;
 constexpr float kRobotRadius = 0.2f;
-// From so many points on they are drawn small.
+// The number of points from which on they are drawn small.
 constexpr std::size_t kDense = 500;
 
 using Positions = std::vector<Math::Position2D>;
@@ -34,7 +34,7 @@ bool isFilledZone(const session::SensorState& sensor) {
   return sensor.points == Model::PointMeaning::zone && !sensor.marks.hits.empty();
 }
 
-// Sensors in one place share a fan, unless one has something to say by it.
+// Sensors in one place share a fan, unless one reports something by its fan.
 bool isSameFan(const session::SensorState& a, const session::SensorState& b) {
   constexpr float kNear = 0.2f;
   if (!a.view || !b.view || a.family != b.family || isFilledZone(a) || isFilledZone(b))
@@ -94,7 +94,7 @@ void drawWay(MapCanvas& canvas, const std::vector<Math::Pose2D>& way) {
   canvas.drawDot(path.front(), 6.0, kPath);
 }
 
-// Those of a short reach over those of a long one.
+// Sensors of short reach are drawn over those of long reach.
 Sensors withLongReachFirst(Sensors sensors) {
   const auto reachOf = [](const session::SensorState& sensor) {
     return sensor.view ? sensor.view->fieldOfView.maxRange : 0.0f;

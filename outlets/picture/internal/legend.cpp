@@ -85,11 +85,11 @@ void drawScaleBar(cv::Mat& page, double pixelsPerMetre, int y) {
 
 std::string captionFor(session::Frame frame) {
   if (frame == session::Frame::robot) {
-    return "Thick arcs: ranges without direction; filled zones: something is in them. What is out "
-           "of range and the floor are left out.";
+    return "Thick arcs: ranges without direction; filled zones: something is in them. Points out "
+           "of range and on the floor are not drawn.";
   }
-  return "Simulated fans all look along the robot's heading. Thick arcs: nearest echoes. Rays that "
-         "met nothing are left out.";
+  return "All simulated sensors look in the robot's direction. Thick arcs: nearest echoes. Misses "
+         "are not drawn.";
 }
 
 }  // namespace

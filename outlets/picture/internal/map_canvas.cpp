@@ -63,7 +63,7 @@ void MapCanvas::xDrawMap(const OccupancyMap& map) {
     const int reach = static_cast<int>(std::min(std::ceil(1.0 / pixelsPerCell), most));
     cv::erode(grey, grey, cv::getStructuringElement(cv::MORPH_RECT, {reach, reach}));
   }
-  // From the pixel's centre to the world, from there into the map, and to the cell's centre.
+  // Maps a pixel's centre to the world, then to the cell that contains it.
   const Math::Pose2D origin = map.getOrigin();
   const double c = std::cos(origin.theta) / map.getResolution();
   const double s = std::sin(origin.theta) / map.getResolution();

@@ -21,7 +21,7 @@ class DepthFrames {
   DepthFrames(const session::Session& session, std::string sensor);
 
   const std::string& getSensor() const { return sensor; }
-  /** Returns the next frame in millimetres, 0 where there is none; nothing if no frame is due. */
+  /** Returns the next image in millimetres, 0: no depth; std::nullopt if no image is due. */
   std::optional<cv::Mat_<std::uint16_t>> next(const session::Snapshot& snapshot);
   /** No more for now. */
   void rest() { view->rest(); }

@@ -8,7 +8,7 @@
 namespace QV::outlets {
 namespace {
 
-// As the depth camera's sensor has them: millimetres, and the share of the image.
+// The limits of Sensor3D: millimetres, and the share of the image.
 constexpr int kMaxDifference = 100;
 constexpr int kSmallestShare = 100;
 // Blue, green, red.

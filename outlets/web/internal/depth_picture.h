@@ -11,7 +11,7 @@ namespace QV::outlets {
 
 /** A depth frame as people look at it. */
 struct DepthPicture {
-  /** PNG: near is bright, nothing is black, what hangs together is tinted. */
+  /** Returns a PNG: near is bright, no depth is black, components are coloured. */
   std::string png;
   int width = 0;
   int height = 0;

@@ -20,7 +20,8 @@ class QV_API DepthView {
   DepthView(const DepthView&) = delete;
   DepthView& operator=(const DepthView&) = delete;
 
-  /** Millimetres, 0 where there is none; nothing while the camera fails, which is logged once. */
+  /** Returns an image in millimetres, 0: no depth; std::nullopt while the camera fails, which is
+   * logged once. */
   std::optional<cv::Mat_<std::uint16_t>> take();
   /** No pictures are wanted for now. */
   void rest();

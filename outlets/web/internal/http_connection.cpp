@@ -25,7 +25,7 @@ using boost::system::error_code;
 using Response = http::response<http::string_body>;
 
 constexpr std::size_t kLongestHeader = 8192;
-// What a client takes too long for is given up.
+// A client that takes longer is disconnected.
 constexpr std::chrono::seconds kRequestTime{10};
 constexpr std::chrono::milliseconds kLastWord{250};
 
@@ -102,7 +102,7 @@ class HttpConnection : public Connection, public std::enable_shared_from_this<Ht
         error == http::error::header_limit || error == http::error::buffer_overflow;
     const auto status =
         tooLong ? http::status::request_header_fields_too_large : http::status::bad_request;
-    xWrite(makeRefusal(status, "A request of HTTP/1.1 without a body expected."), false);
+    xWrite(makeRefusal(status, "Expected: an HTTP/1.1 request without a body."), false);
   }
 
   void xHandle(const WebRequest& request) {
@@ -153,7 +153,8 @@ class HttpConnection : public Connection, public std::enable_shared_from_this<Ht
     });
   }
 
-  // What the client still sends would make the end of the connection swallow the answer.
+  // Unread data of the client would reset the connection and lose the answer, so sending is shut
+  // down first.
   void xClose() {
     error_code ignored;
     stream.socket().shutdown(tcp::socket::shutdown_send, ignored);

@@ -6,7 +6,7 @@
 
 namespace QV::outlets {
 
-/** Serves requests, and what they become, until the client goes. On the server's thread. */
+/** Serves requests and WebSockets until the client goes, on the server's thread. */
 void serveHttp(boost::asio::ip::tcp::socket&& socket, const ServicePtr& service);
 
 }  // namespace QV::outlets

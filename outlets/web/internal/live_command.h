@@ -9,11 +9,11 @@
 
 namespace QV::outlets {
 
-/** A command that names the sensor whose records a page is told; empty for none. */
+/** A command that names the sensor whose records a page gets; empty for none. */
 struct InspectCommand {
   std::string sensor;
 };
-/** A command that says if a page is told what the sensors see in space. */
+/** A command that turns a page's stream of 3D points on or off. */
 struct SpaceCommand {
   bool on;
 };
@@ -22,8 +22,8 @@ struct SpaceCommand {
 using PageCommand = std::variant<session::Command, InspectCommand, SpaceCommand>;
 
 /**
- * Reads {"op": ..., ...}: a field too many or too few, one of another type, a number out of range
- * and a sensor that is none of `sensors` are a UsageError, which says what would be right.
+ * Reads {"op": ..., ...}: throws UsageError with the expectation for a surplus or missing field, a
+ * wrong type, a number out of range, or a sensor that is not in `sensors`.
  */
 QV_API PageCommand parseCommand(const std::string& text, const std::set<std::string>& sensors);
 

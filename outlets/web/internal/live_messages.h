@@ -13,8 +13,8 @@
 namespace QV::outlets {
 
 /**
- * Describes a robot, its map, in so many levels of tiles, and its families, as every page is told
- * first.
+ * The first message to every page: the robot, its map with the number of tile levels, and its
+ * families.
  */
 QV_API Json describeWorld(session::Session& robot, int mapLevels);
 

@@ -17,7 +17,7 @@ uchar greyOf(float occupancy) {
   return occupancy > OccupancyMap::kSolidAbove ? 0 : 254;
 }
 
-// Of the map's cells in this area.
+// Returns a grey picture of the map's cells in this area.
 cv::Mat_<uchar> greyOf(const OccupancyMap& map, const cv::Rect& area) {
   cv::Mat_<uchar> picture(area.size());
   for (int row = 0; row < area.height; ++row) {
@@ -45,7 +45,7 @@ cv::Mat_<uchar> halved(const cv::Mat_<uchar>& picture) {
   return half;
 }
 
-// By stripes: a large map is not held twice.
+// The picture is made by stripes, so that a large map is not held twice.
 cv::Mat_<uchar> halved(const OccupancyMap& map) {
   constexpr int kStripe = 256;
   cv::Mat_<uchar> half((map.getHeight() + 1) / 2, (map.getWidth() + 1) / 2);

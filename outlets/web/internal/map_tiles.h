@@ -30,7 +30,7 @@ class QV_API MapTiles {
 
   /**
    * The PNG of "/map/LEVEL/COLUMN/ROW.png", counted from the map's origin, with its last row on
-   * top: grey, 0 solid, 205 unknown, 254 free. Nothing for any other path.
+   * top: grey, 0 solid, 205 unknown, 254 free. std::nullopt for any other path.
    */
   std::optional<std::string> find(const std::string& path) const;
 

@@ -49,7 +49,7 @@ class QV_API Outbox {
 
   /** False if the client is to be given up. */
   bool add(WebMessage message);
-  /** Control first, then the rest in turn; nothing if nothing waits. */
+  /** Returns the next message: control first, then the slots in turn; null if none waits. */
   std::optional<WebMessage> take();
 
  private:

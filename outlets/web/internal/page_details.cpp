@@ -1,15 +1,13 @@
 #include "outlets/web/internal/page_details.h"
 
 #include <algorithm>
-#include <iterator>
 #include <vector>
 
 #include "outlets/files/internal/record_text.h"
+#include "outlets/internal/seen_places.h"
 
 namespace QV::outlets {
 namespace {
-
-constexpr int kArcPoints = 15;
 
 Json shortened(Math::MetricalData record, const session::Snapshot& snapshot) {
   const std::size_t count = record.points.size();
@@ -17,15 +15,6 @@ Json shortened(Math::MetricalData record, const session::Snapshot& snapshot) {
   Json json = QV::outlets::toJson(record, snapshot);
   json["pointCount"] = count;
   return json;
-}
-
-std::vector<Math::Position3D> placesOf(const session::Marks& marks) {
-  std::vector<Math::Position3D> places = marks.hits;
-  places.insert(places.end(), marks.floor.begin(), marks.floor.end());
-  for (const auto& echo : marks.echoes) {
-    std::ranges::copy(positionsOn(echo, kArcPoints), std::back_inserter(places));
-  }
-  return places;
 }
 
 Json numbersOf(const std::vector<Math::Position3D>& places) {
@@ -54,7 +43,7 @@ std::string recordMessage(const std::string& sensor, const session::Snapshot& sn
 std::string spaceMessage(const session::Snapshot& snapshot) {
   Json sensors = Json::array();
   for (const session::SensorState& sensor : snapshot.sensors) {
-    Json points = numbersOf(placesOf(sensor.marks));
+    Json points = numbersOf(seenPlacesOf(sensor.marks));
     if (points.empty()) continue;
     sensors.push_back(
         {{"name", sensor.name}, {"family", sensor.family}, {"points", std::move(points)}});

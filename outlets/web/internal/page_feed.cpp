@@ -18,7 +18,7 @@ PageFeed::PageFeed(session::Session& robot, RequestQueue& requests)
 PageFeed::~PageFeed() = default;
 
 void PageFeed::onOpen(const std::shared_ptr<WebClient>& client) {
-  // Under one lock with showLog: a client gets each line once.
+  // The lock is shared with showLog, so that a client gets each line once.
   std::lock_guard lock(mutex);
   client->send(textMessage(helloMessage(world, pages.add(client))));
   client->send(textMessage(logMessage({lastLines.begin(), lastLines.end()})));
@@ -51,7 +51,7 @@ void PageFeed::xExecute(const std::shared_ptr<WebClient>& client, const PageComm
       return xWant(page, *subscription);
     }
     if (requests.add({order, refuse})) return;
-    refuse("too many commands wait already; try again in a moment");
+    refuse("too many commands are waiting; try again");
   }
 }
 

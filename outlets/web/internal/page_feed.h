@@ -23,7 +23,7 @@ namespace QV::outlets {
 /** The page's own stream, "qv.live.v1": JSON both ways. */
 class QV_API PageFeed : public WebOutlet {
  public:
-  /** The number of lines of the log for whoever comes. */
+  /** The number of log lines that a new page gets. */
   static constexpr std::size_t kLastLines = 200;
 
   /** The queue and the robot's services must outlive it; the rest is looked at only here. */

@@ -4,15 +4,16 @@
 #include <set>
 #include <utility>
 
+#include "outlets/internal/seen_places.h"
+
 namespace QV::outlets {
 namespace {
 
 constexpr std::size_t kMostSampled = 8 * kMostPagePoints;
 // Metres: points of a dense cloud that are nearer to each other look like one.
 constexpr float kCell = 0.05f;
-constexpr int kArcPoints = 15;
 
-// One point for each cell.
+// Keeps one point for each cell.
 std::vector<Math::Position2D> thinned(const std::vector<Math::Position2D>& points) {
   if (points.size() <= kMostPagePoints) return points;
   const std::size_t step = points.size() / kMostSampled + 1;

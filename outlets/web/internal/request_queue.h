@@ -13,14 +13,14 @@
 
 namespace QV::outlets {
 
-/** A command and whom to tell when it can't be done. */
+/** A command, and the function that reports a refusal. */
 struct LiveRequest {
   session::Command command;
   /** Refuses the request with the reason; called on the session's thread. */
   std::function<void(const std::string&)> refuse;
 };
 
-/** Commands on their way from the server's thread to the session's. Safe from any thread. */
+/** Commands on their way from the server's thread to the session's. Thread-safe. */
 class QV_API RequestQueue {
  public:
   static constexpr std::size_t kMost = 256;

@@ -9,7 +9,8 @@
 
 namespace QV::outlets {
 
-/** The clients of one web outlet: what each subscribes as, and its `State`. Takes no lock. */
+/** The clients of one web outlet, with the subscriber's name and the `State` of each. Takes no
+ * lock. */
 template <typename State>
 class WebClients {
  public:

@@ -22,7 +22,7 @@ std::string nameOf(const std::string& host) {
   return host.substr(0, host.find(':'));
 }
 
-// Of "scheme://host:port"; empty for anything else.
+// Returns the host of "scheme://host:port"; empty for anything else.
 std::string hostOf(const std::string& origin) {
   const auto end = origin.find("://");
   if (end == std::string::npos || end == 0) return {};
@@ -63,14 +63,16 @@ WebGuard::WebGuard(const std::string& address, const std::vector<std::string>& g
 
 std::string WebGuard::findFault(const std::string& host, const std::string& origin) const {
   if (!xIsOurs(lowered(host))) {
-    return "This server answers to its own address only; open it by that.";
+    return "This server only answers requests to its own address. Use the address that the program "
+           "printed.";
   }
   const std::string from = lowered(origin);
   if (from.empty() || from == "http://" + lowered(host) || origins.count(from) > 0) return {};
-  return "Pages of other sites are not let in; --allow-origin lets one in.";
+  return "Pages of other sites may not connect; allow one with --allow-origin.";
 }
 
-// Who owns a name may point it to any address; an address can't be made to be another.
+// The owner of a name can point it to any address, so names must be known; an address can't be
+// faked.
 bool WebGuard::xIsOurs(const std::string& host) const {
   if (hosts.count(host) > 0) return true;
   const std::string name = nameOf(host);

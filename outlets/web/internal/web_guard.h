@@ -12,9 +12,9 @@ namespace QV::outlets {
 class QV_API WebGuard {
  public:
   /**
-   * Guards a server at `address`; `origins` such as "https://viewer.example" are let in, too, and
-   * the host and port of one that begins with "http://" is a Host of ours. What is no origin:
-   * UsageError.
+   * Guards a server at `address`. Pages of `origins` such as "https://viewer.example" may connect,
+   * too; host and port of one that begins with "http://" count as the server's own. Throws
+   * UsageError for an invalid origin.
    */
   WebGuard(const std::string& address, const std::vector<std::string>& origins);
 

@@ -20,13 +20,13 @@ class QV_API WebClient {
   WebClient(const WebClient&) = delete;
   WebClient& operator=(const WebClient&) = delete;
 
-  /** Never waits; what comes after the end is dropped. Safe from any thread. */
+  /** Sends without waiting; drops messages after the end. Thread-safe. */
   virtual void send(WebMessage message) = 0;
 
   const std::string protocol;
 };
 
-/** What listens to the clients of a server's WebSockets. */
+/** The listener to the clients of a server's WebSockets. */
 class QV_API WebListener {
  public:
   WebListener() = default;
@@ -34,7 +34,7 @@ class QV_API WebListener {
   WebListener(const WebListener&) = delete;
   WebListener& operator=(const WebListener&) = delete;
 
-  /** The content of a path that no file of the server's has; nothing if there is none. */
+  /** Returns the content of a path that is no file of the server; std::nullopt if there is none. */
   virtual std::optional<std::string> findContent(const std::string&) const { return std::nullopt; }
 
   virtual void onOpen(const std::shared_ptr<WebClient>& client) = 0;
@@ -47,8 +47,8 @@ class QV_API WebListener {
 class QV_API WebHandler : public WebListener {
  public:
   /**
-   * The subprotocol that a client gets, empty for none, of those that it offers for a path; nothing
-   * refuses it.
+   * Returns the subprotocol for a client, of those that it offers for a path; empty for none,
+   * std::nullopt to refuse it.
    */
   virtual std::optional<std::string> chooseProtocol(
       const std::string& path, const std::vector<std::string>& offered) const = 0;

@@ -8,7 +8,7 @@
 
 namespace QV::outlets {
 
-/** An outlet to the clients of some subprotocols of the WebSocket. Safe from any thread. */
+/** An outlet to the clients of some subprotocols of the WebSocket. Thread-safe. */
 class WebOutlet : public Outlet, public WebListener {
  public:
   virtual std::vector<std::string> getProtocols() const = 0;

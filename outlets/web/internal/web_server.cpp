@@ -27,7 +27,7 @@ using boost::system::error_code;
 
 constexpr std::chrono::milliseconds kGoodbye{250};
 constexpr std::chrono::milliseconds kAcceptAgain{100};
-// So little that what is written is not old when it is read.
+// A small buffer keeps messages from growing old in it.
 constexpr int kSendBuffer = 256 * 1024;
 
 std::map<std::string, PageFile> byPath(const std::vector<PageFile>& files) {
@@ -87,7 +87,7 @@ class WebServer::Impl {
     });
   }
 
-  // There may be no more files to be had for now.
+  // The process may have no more file handles for now.
   void acceptLater() {
     timer.expires_after(kAcceptAgain);
     timer.async_wait([this](error_code) {

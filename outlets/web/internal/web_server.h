@@ -12,8 +12,8 @@
 namespace QV::outlets {
 
 /**
- * Serves files by name ("index.html" also as "/") and WebSockets, on a thread of its own. What is
- * slow, silent, too large, malformed or of another site is refused or closed; see docs/live-view.md
+ * Serves files by name ("index.html" also as "/") and WebSockets, on a thread of its own. Slow,
+ * silent, too large, malformed or cross-site clients are refused or closed; see docs/live-view.md
  * for the limits.
  */
 class QV_API WebServer {

@@ -22,7 +22,7 @@ namespace http = beast::http;
 namespace websocket = beast::websocket;
 using boost::system::error_code;
 
-// What a client takes too long for is given up.
+// A client that takes longer is disconnected.
 constexpr std::chrono::seconds kHandshake{10};
 constexpr std::chrono::seconds kSilence{60};
 
@@ -91,7 +91,7 @@ class WebSocketConnection : public Connection,
     service->handler.onClose(client);
   }
 
-  // One at a time: `awake` from the first message to the end of the last write.
+  // Writes one message at a time: `awake` from the first message to the end of the last write.
   void xWrite() {
     {
       std::lock_guard lock(mutex);

@@ -34,7 +34,7 @@ function mixed(colour, end, share) {
   return colour.map((value) => Math.round(value + (end - value) * share));
 }
 
-/** `colour`, as little darker or lighter as a mark needs to stand out from `background`. */
+/** Returns `colour`, made darker or lighter only as far as needed for contrast with `background`. */
 export function readable(colour, background) {
   const ground = channels(background);
   const end = luminance(ground) > 0.18 ? 0 : 255;

@@ -1,8 +1,8 @@
 // The WebSocket to the program: connects again by itself, after 0.5 s, 1 s, 2 s, ... 8 s.
 
-const FIRST_WAIT = 500;
-const LONGEST_WAIT = 8000;
-const SILENCE = 5000;
+const FIRST_WAIT = 500;     // ms
+const LONGEST_WAIT = 8000;  // ms
+const SILENCE = 5000;       // ms
 
 /** Sends events "open", "message" (detail: the message), and "lost" (detail: milliseconds to the next attempt). */
 export class Connection extends EventTarget {
@@ -29,18 +29,18 @@ export class Connection extends EventTarget {
     const socket = new WebSocket(this.#url, 'qv.live.v1');
     this.#socket = socket;
     this.#listenToSilence();
-    // What a socket that was given up still says is not for us.
+    // Messages of a socket that was given up are ignored.
     socket.onopen = () => socket === this.#socket && this.dispatchEvent(new Event('open'));
     socket.onmessage = (event) => socket === this.#socket && this.#receive(event.data);
     socket.onclose = () => socket === this.#socket && this.#lose();
   }
 
-  /** Does not wait for the next attempt, if one is due. */
+  /** Connects at once instead of waiting for the next attempt. */
   retryNow() {
     if (this.#retry) this.connect();
   }
 
-  /** Whether `command` was sent. */
+  /** Sends `command`; returns true if it was sent. */
   send(command) {
     if (this.isOpen) this.#socket.send(JSON.stringify(command));
     return this.isOpen;
@@ -52,7 +52,7 @@ export class Connection extends EventTarget {
     this.dispatchEvent(new CustomEvent('message', { detail: JSON.parse(text) }));
   }
 
-  // A computer that slept or a cable that was pulled closes no socket.
+  // Silence counts as a lost connection: after sleep or a pulled cable no close event comes.
   #listenToSilence() {
     clearTimeout(this.#silence);
     this.#silence = setTimeout(() => this.#lose(), SILENCE);

@@ -1,4 +1,4 @@
-// Says whether there is a connection, and when the next attempt is.
+// Shows the state of the connection and the time to the next attempt.
 
 import { byId, setAttribute, setHidden, setText } from './dom.js';
 
@@ -21,7 +21,7 @@ export class ConnectionView {
     if (state === 'live') this.#retire();
   }
 
-  // The button leaves, so its focus goes to the map.
+  // The button disappears, so the focus moves to the map.
   #retire() {
     if (byId('lost').contains(document.activeElement)) byId('map').focus();
     setHidden(byId('lost'), true);
@@ -31,7 +31,7 @@ export class ConnectionView {
   #showLost(wait) {
     this.#show('lost');
     document.body.classList.add('offline');
-    setText(byId('lost-text'), 'The program does not answer. What you see is the last it said; trying again.');
+    setText(byId('lost-text'), 'The program does not answer. The page shows the last state and reconnects.');
     setHidden(byId('lost'), false);
     const due = Date.now() + wait;
     const count = () => {

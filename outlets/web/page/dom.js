@@ -1,4 +1,4 @@
-// Changes to the document, made only where something differs: what a person has focused or selected stays.
+// Changes the document only where a value differs, so that focus and selection stay.
 
 export function byId(id) {
   return document.getElementById(id);

@@ -1,6 +1,6 @@
-// Arrow keys drive while they are down. The program stops the robot by itself unless the command is renewed.
+// Arrow keys drive while they are down. The program stops the robot 0.5 s after the last command; held keys renew it.
 
-const RENEWAL = 200;
+const RENEWAL = 200;  // ms
 const FORWARD = 0.4;  // m/s
 const TURN = 0.9;     // rad/s
 const KEYS = {
@@ -24,7 +24,7 @@ export class DriveKeys {
     document.addEventListener('visibilitychange', () => document.hidden && this.releaseAll());
   }
 
-  /** Whether the key drives. */
+  /** Drives if it is a driving key; returns true then. */
   takeKey(event) {
     if (!this.isPossible || !KEYS[event.key]) return false;
     if (!this.#held.has(event.key)) {

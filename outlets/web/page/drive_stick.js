@@ -1,10 +1,10 @@
-// A stick for fingers: up and down drive, to the sides turns, as far as it is pushed.
+// A stick for touch screens: vertical is speed, horizontal is turning, in proportion to the push.
 
 const FORWARD = 0.5;  // m/s
 const TURN = 1.0;     // rad/s
-const RENEWAL = 200;
+const RENEWAL = 200;  // ms
 
-// Some screens tell of their fingers only when one is there.
+// Some touch screens are recognised only at the first touch.
 function showForFingers() {
   const show = () => document.body.classList.add('touches');
   if (navigator.maxTouchPoints > 0) show();

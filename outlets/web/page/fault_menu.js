@@ -10,15 +10,15 @@ export class FaultMenu {
   #select = make('select', 'fault-choice');
   #held = new Held('');
 
-  /** `kinds` are those that make sense; `send` takes a kind, or null for none, and says whether it went out. */
+  /** `kinds`: the possible faults. `send` takes a kind, or null for none, and returns true if it was sent. */
   constructor(name, kinds, send) {
-    this.#select.setAttribute('aria-label', `Fail ${name}`);
-    this.#select.append(new Option('no fault', ''), ...kinds.map((kind) => new Option(`${kind}: it ${FAULTS[kind] ?? 'fails'}`, kind)));
+    this.#select.setAttribute('aria-label', `Fault of ${name}`);
+    this.#select.append(new Option('no fault', ''), ...kinds.map((kind) => new Option(`${kind}: ${FAULTS[kind] ?? 'fails'}`, kind)));
     this.#select.addEventListener('change', () => {
       if (send(this.#select.value || null)) this.#held.want(this.#select.value);
       this.#show();
     });
-    this.element = make('label', 'fault', explain(make('span', '', 'Fail this sensor'), 'fault'), this.#select);
+    this.element = make('label', 'fault', explain(make('span', '', 'Make this sensor fail'), 'fault'), this.#select);
     setHidden(this.element, kinds.length === 0);
   }
 

@@ -2,7 +2,7 @@
 
 export function fixed(value, digits) {
   if (value === null || value === undefined) return '–';
-  // What is rounded to nothing has no sign.
+  // A value that rounds to 0 has no minus sign.
   return value.toFixed(digits).replace(/^-(?=[0.]*$)/, '').replace('-', '−');
 }
 

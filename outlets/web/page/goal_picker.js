@@ -1,4 +1,4 @@
-// A goal on its way from the person to the robot: dragged from the robot, clicked, or moved with the arrow keys.
+// Picks a goal: by a drag from the robot, a click, or the arrow keys.
 
 import { setAttribute } from './dom.js';
 import { fixed } from './format.js';
@@ -6,7 +6,7 @@ import { stepOf } from './keyboard.js';
 import { notify } from './notices.js';
 
 function describe({ x, y }) {
-  return `Goal at ${fixed(x, 2)}, ${fixed(y, 2)} m`;
+  return `Goal at x ${fixed(x, 2)} m, y ${fixed(y, 2)} m`;
 }
 
 export class GoalPicker {
@@ -35,12 +35,12 @@ export class GoalPicker {
     this.#view.picked = goal;
   }
 
-  /** Dropped on the robot, the goal is none. */
+  /** A drag that ends on the robot sets no goal. */
   endDrag(isOnRobot) {
     const goal = this.#view.picked;
     this.dropDrag();
     if (goal && !isOnRobot) this.#send(goal);
-    else if (!goal) notify('Drag from the robot to where it is to go.');
+    else if (!goal) notify('Drag from the robot to the goal.');
   }
 
   dropDrag() {
@@ -55,7 +55,7 @@ export class GoalPicker {
     const { x, y } = this.#view.state.goal ?? this.#view.state.pose;
     this.#showPicking(true, { x, y });
     document.getElementById('map').focus();
-    notify('Click the goal, or move it with the arrow keys (Shift: by 1 m) and press Enter. Escape gives up.');
+    notify('Click the goal, or move it with the arrow keys (0.1 m; with Shift 1 m) and press Enter. Escape cancels.');
   }
 
   pick(goal) {
@@ -69,7 +69,7 @@ export class GoalPicker {
     notify('');
   }
 
-  /** Whether the key was meant for the goal. */
+  /** Handles a key while a goal is picked; returns true if it was used. */
   takeKey(event) {
     if (!this.isPicking) return false;
     const step = stepOf(event);
@@ -82,7 +82,7 @@ export class GoalPicker {
   #moveBy([right, up]) {
     const { x, y } = this.#view.picked;
     this.#view.picked = { x: x + right, y: y + up };
-    notify(`${describe(this.#view.picked)}: Enter sends the robot there.`);
+    notify(`${describe(this.#view.picked)}. Press Enter to send the robot.`);
   }
 
   #showPicking(on, goal) {

@@ -1,7 +1,7 @@
-// A value that the program owns and a person changes: shown as wanted at once, and as the program says as soon as it
-// agrees or a second has gone by.
+// A value owned by the program that the user can change. It shows the user's value for up to 1 s, until the program
+// confirms it.
 
-const PATIENCE = 1000;
+const PATIENCE = 1000;  // ms
 
 export class Held {
   #heard;

@@ -1,4 +1,4 @@
-// Which key does what. Keys that the focused control uses itself are left to it.
+// Keyboard shortcuts. A focused control keeps the keys that it uses itself.
 
 const PAN = { ArrowUp: [0, 60], ArrowDown: [0, -60], ArrowLeft: [60, 0], ArrowRight: [-60, 0] };
 const DIRECTIONS = { ArrowUp: [0, 1], ArrowDown: [0, -1], ArrowLeft: [-1, 0], ArrowRight: [1, 0] };
@@ -11,7 +11,7 @@ export function stepOf({ key, shiftKey }) {
   return DIRECTIONS[key]?.map((share) => share * (shiftKey ? LONG_STEP : STEP)) ?? null;
 }
 
-/** `goal`, `tape` and `drive` take keys, `view` is the map's, `onKey` maps other keys to functions: Escape from anywhere. */
+/** `goal`, `tape` and `drive` take keys, `view` is the map's. `onKey` maps other keys to functions; Escape works everywhere. */
 export function listenToKeys({ goal, tape, drive, view, onKey }) {
   addEventListener('keydown', (event) => {
     if (event.key === 'Escape') return onKey.Escape();

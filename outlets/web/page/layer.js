@@ -4,7 +4,7 @@ export class Layer {
   #canvas = new OffscreenCanvas(1, 1);
   #version = '';
 
-  /** Copies the layer to `context`, after `paint` has drawn it if `version` is not the one before. */
+  /** Draws the layer with `paint` if `version` has changed, then copies it to `context`. */
   draw(context, version, paint) {
     const { width, height } = context.canvas;
     const full = `${version} ${width} ${height}`;

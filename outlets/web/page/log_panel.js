@@ -1,4 +1,4 @@
-// The log from a chosen level on. Follows its end unless the person has scrolled up.
+// The log from a chosen level up. It scrolls to the newest line unless the user has scrolled up.
 
 import { byId, make, setText } from './dom.js';
 import { clockText, count } from './format.js';

@@ -1,4 +1,4 @@
-// Puts the page together: messages from the program go to the views, what the person does goes back as commands.
+// Connects the parts of the page: messages go to the views, user actions go back as commands.
 
 import { setFamilyColours } from './colours.js';
 import { Connection } from './connection.js';
@@ -26,8 +26,8 @@ import { Welcome } from './welcome.js';
 const ZOOM_STEP = 1.3;
 const DRIVE_HELP = 'Arrow keys drive. Escape stops. ';
 const GOAL_HELP = 'Drag from the robot, or press g, to set a goal. ';
-const SPACE_HELP = 'Drag, or Shift and arrow keys, turn the view; wheel, + and − zoom; 0 looks from where it looked at first.';
-const HELP = 'Click a point for its record. Drag, or Shift and arrow keys, move the map; wheel, pinch, + and − zoom; 0 shows all of it.';
+const SPACE_HELP = 'Drag or Shift+arrow keys: turn the view. Wheel, + and −: zoom. 0: first view.';
+const HELP = 'Click a point to see its record. Drag or Shift+arrow keys: move the map. Wheel, pinch, + and −: zoom. 0: whole map.';
 // Pixels around a point: fingers are wide.
 const CLICK_REACH = 14;
 
@@ -37,7 +37,7 @@ new ConnectionView(connection);
 
 function send(command) {
   const sent = connection.send(command);
-  if (!sent) notify('Not connected: that was not sent.', 'warning');
+  if (!sent) notify('Not connected: the command was not sent.', 'warning');
   return sent;
 }
 

@@ -1,10 +1,12 @@
-// Mouse, pen and fingers on the map: a drag that begins on the robot takes a goal, any other moves the map or, with the
-// tape out, measures; wheel and two fingers zoom; a click asks what is there.
+// Mouse, pen and fingers on the map:
+// - a drag from the robot sets a goal, any other drag moves the map or, with the tape out, measures;
+// - wheel and two fingers zoom;
+// - a click asks what is there.
 
 const REACH = { mouse: 12, pen: 16, touch: 26 };
 const WHEEL_STEP = 0.0015;
 const LINE = 16;
-// On a touch pad, two fingers come as small turns of a wheel with Ctrl.
+// A touch pad reports a pinch as Ctrl and small wheel steps.
 const PAD_GAIN = 6;
 const CLICK = 5;
 

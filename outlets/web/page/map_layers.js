@@ -1,11 +1,11 @@
-// What sensors see, on the map, each drawn by a function of (context, viewport, theme, ...).
+// Drawing of fields of view and points: functions of (context, viewport, theme, ...).
 
 import { colourOfFamily, readable } from './colours.js';
 
 const OLD = 3.0;
 const LEAST_STRENGTH = 0.15;
 
-/** 1 for a fresh record, less with each second. */
+/** Returns 1 for a fresh record, falling to 0.15 with its age (s). */
 function freshness(age) {
   return Math.max(LEAST_STRENGTH, 1 - (age ?? 0) / OLD);
 }
@@ -49,7 +49,7 @@ export function drawPoints(context, viewport, theme, family, sets) {
   sets.forEach(({ points, strength }, index) => {
     const isNewest = index === sets.length - 1;
     context.globalAlpha = isNewest ? Math.max(strength, LEAST_STRENGTH) : strength * 0.35;
-    // A rim tells the newest points from a wall of like brightness.
+    // The newest points have a rim, to stand out from a wall of similar brightness.
     context.fillStyle = theme.free;
     if (isNewest) drawPointSet(context, viewport, points, size + 2);
     context.fillStyle = readable(colourOfFamily(family), theme.free);

@@ -1,4 +1,4 @@
-// Who is on the map, and what touches: each drawn by a function of (context, viewport, theme, ...).
+// Drawing of robot, people and touches: functions of (context, viewport, theme, ...).
 
 const FULL_TURN = 2 * Math.PI;
 const PERSON_RADIUS = 0.22;
@@ -38,10 +38,7 @@ export function robotRadius(viewport, radius) {
   return Math.max(radius * viewport.scale, 8);
 }
 
-/**
- * The rim is the robot's own, to scale: `outline` in its frame, or a disc where that is empty. A small one is drawn inside a
- * mark that can be found.
- */
+/** Draws the robot's `outline` (in its own frame) to scale, a disc where it has none; a very small robot gets a mark around it. */
 export function drawRobot(context, viewport, theme, pose, { radius, outline }) {
   const [left, top] = viewport.toCanvas(pose.x, pose.y);
   const size = robotRadius(viewport, radius);

@@ -1,4 +1,4 @@
-// Lengths on the map: the tape and the scale.
+// Drawing of the tape measure and the scale bar.
 
 import { fixed } from './format.js';
 

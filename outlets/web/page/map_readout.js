@@ -1,4 +1,4 @@
-// What is under the pointer on the map: the place, how far it is from the robot, and what stands there.
+// The readout of the pointer on the map: place, distance to the robot, object.
 
 import { byId, setHidden, setText } from './dom.js';
 import { fixed } from './format.js';
@@ -16,7 +16,7 @@ export class MapReadout {
     canvas.addEventListener('pointerleave', () => this.#move(null));
   }
 
-  /** Says it again, as the map may have moved below the pointer. */
+  /** Writes the readout anew, because the map may have moved under the pointer. */
   refresh() {
     setHidden(byId('cursor'), !this.#pointer);
     if (!this.#pointer) return;

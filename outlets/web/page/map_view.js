@@ -1,4 +1,4 @@
-// The canvas with the map: keeps what is to be seen, and draws it once a frame when something changed or moves.
+// The map's canvas. It draws at most once per screen refresh, after a change or while something moves.
 
 import { onThemeChange, readTheme } from './colours.js';
 import { Layer } from './layer.js';
@@ -17,7 +17,7 @@ const AROUND = 6;
 
 export class MapView {
   viewport = new Viewport();
-  /** The last from the program, with the robot and people where they are drawn; or null. */
+  /** The last state message, with robot and people at their drawn places; or null. */
   state = null;
   /** What is told of the robot's body: radius, and outline in its own frame, pairs. */
   body = { radius: 0.3, outline: [] };
@@ -66,7 +66,7 @@ export class MapView {
     this.#change();
   }
 
-  /** The sensor whose field of view stands out; '' for none. */
+  /** The sensor whose field of view is highlighted; '' for none. */
   set chosen(name) {
     this.#chosen = name;
     this.#change();
@@ -78,7 +78,7 @@ export class MapView {
     this.#change();
   }
 
-  /** A goal in the person's hand, in metres, or null. */
+  /** A goal that is being dragged (m, map frame), or null. */
   get picked() {
     return this.#picked;
   }
@@ -129,7 +129,7 @@ export class MapView {
     this.draw();
   }
 
-  /** Whether the point of the canvas is on the robot, or so near that a finger means it. */
+  /** Returns true if the point of the canvas is on the robot, or within `reach` pixels of it. */
   isOnRobot(left, top, reach) {
     if (!this.state) return false;
     const [x, y] = this.viewport.toCanvas(this.state.pose.x, this.state.pose.y);
@@ -163,7 +163,7 @@ export class MapView {
     return x === undefined ? null : { left: x - AROUND, right: x + AROUND, bottom: y - AROUND, top: y + AROUND };
   }
 
-  // What is drawn in layers is another now.
+  // Redraws the cached layers.
   #change() {
     ++this.#version;
     this.draw();

@@ -1,8 +1,8 @@
-// Where the robot goes: the planned way, its goal, and a goal in the person's hand.
+// Drawing of the planned path, the goal, and a goal that is being dragged.
 
 const FULL_TURN = 2 * Math.PI;
 
-/** The way that is left, corner by corner; `route` begins where the robot is to be now. */
+/** Draws the rest of the path. `route` begins at the planned place of the robot. */
 export function drawRoute(context, viewport, theme, pose, route) {
   context.save();
   context.strokeStyle = context.fillStyle = theme.accent;
@@ -34,7 +34,7 @@ export function drawGoal(context, viewport, theme, goal) {
   context.restore();
 }
 
-/** A goal still in the person's hand: no way is known yet. */
+/** Draws a goal that is being dragged; no path is known yet. */
 export function drawPicked(context, viewport, theme, pose, goal) {
   context.save();
   context.strokeStyle = theme.accent;

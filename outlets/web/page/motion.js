@@ -1,7 +1,7 @@
-// Where the robot and people are between two states: on the way from the one to the other.
+// Interpolates the robot and people between two state messages.
 
 const LONGEST = 0.25;     // s: a state that is so late is no longer waited for
-const FARTHEST = 0.5;     // m: what moved farther was put there
+const FARTHEST = 0.5;     // m: a larger move is a jump, and is not interpolated
 const LONGEST_GAP = 1.0;  // s of the world's time for each of its speed
 
 function between(from, to, share) {
@@ -46,7 +46,7 @@ export class Motion {
     };
   }
 
-  /** Whether a later look shows something else. */
+  /** Returns true while the interpolation runs. */
   isUnderWay(now) {
     return this.#share(now) < 1;
   }

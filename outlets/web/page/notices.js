@@ -1,4 +1,4 @@
-// A line below the map about something that the person did, in place of the map's help; it leaves by itself.
+// A message below the map about the user's last action. It replaces the map's help and disappears after some seconds.
 
 import { byId, setText } from './dom.js';
 
@@ -14,7 +14,7 @@ export function notify(text, level = 'info', seconds = SHOWN) {
   leaving = setTimeout(() => setText(notice, ''), seconds * 1000);
 }
 
-/** What the program refused, as a sentence. */
+/** Shows the program's refusal as a sentence. */
 export function notifyRefusal(message) {
   const text = message.charAt(0).toUpperCase() + message.slice(1);
   notify(/[.!?]$/.test(text) ? text : `${text}.`, 'warning', 10);

@@ -11,14 +11,14 @@ export class PointTrail {
     this.#sets.clear();
   }
 
-  /** `time` in seconds. The newest set of each sensor is replaced until it is an interval younger than the one before. */
+  /** `time` in seconds. A new set replaces the last one unless the last is at least an interval newer than its predecessor. */
   add(sensors, time) {
     for (const sensor of sensors) {
       const sets = this.#sets.get(sensor.name) ?? [];
       this.#sets.set(sensor.name, sets);
       const measured = time - (sensor.age ?? 0);
       if (sets.length > 1 && sets.at(-1).time - sets.at(-2).time < INTERVAL) sets.pop();
-      // No points are news, too.
+      // An empty set counts as well.
       if (!(Math.abs(sets.at(-1)?.time - measured) < SAME)) sets.push({ time: measured, points: sensor.points });
       while (sets.length > 0 && (sets[0].time < time - LENGTH || sets[0].time > time)) sets.shift();
     }

@@ -1,31 +1,31 @@
-// The records of the sensor that is looked at, as it gave them.
+// The records of the sensor whose row is open.
 
 import { make, setText } from './dom.js';
 import { count, fixed } from './format.js';
 import { explain } from './tooltip.js';
 
 const SHOWN = 12;
-// Characters of a number: columns stand below each other.
+// The width of a number in characters, so that columns align.
 const WIDTH = 7;
 
 function numbers(values, digits) {
-  return values.map((value) => (value === null ? 'none' : fixed(value, digits)).padStart(WIDTH)).join(' ');
+  return values.map((value) => (value === null ? 'inf/NaN' : fixed(value, digits)).padStart(WIDTH)).join(' ');
 }
 
 function rowsOf({ timestamp, fieldOfView, sensorTransform, frame, points, pointCount }) {
   const { minRange, maxRange, angularRange, rayCount } = fieldOfView;
   const rows = [0, 4, 8].map((at) => numbers(sensorTransform.slice(at, at + 4), 3));
   return [
-    ['measured', 'measured at', `${fixed(timestamp / 1e9, 3)} s`],
+    ['measured', 'timestamp', `${fixed(timestamp / 1e9, 3)} s`],
     ['ranges', 'ranges', `${fixed(minRange, 2)} to ${fixed(maxRange, 2)} m`],
-    ['aperture', 'aperture', `${fixed(angularRange, 3)} rad, ${count(rayCount, 'ray')}`],
-    ['place', `sensor in ${frame === 'map' ? 'the map' : 'the robot’s ground frame'}`, rows.join('\n')],
+    ['aperture', 'aperture', `${fixed(angularRange, 3)} rad, rayCount ${rayCount}`],
+    ['place', `pose in the ${frame === 'map' ? 'map' : 'ground'} frame (R | t in m)`, rows.join('\n')],
     ['points', count(pointCount, 'point'), pointsText(points, pointCount)],
   ];
 }
 
 function pointsText(points, pointCount) {
-  if (pointCount === 0) return 'none: it met nothing';
+  if (pointCount === 0) return 'no points: nothing in range';
   const lines = points.slice(0, SHOWN).map(({ x, y, z }) => numbers([x, y, z], 3));
   return [...lines, pointCount > lines.length ? `and ${pointCount - lines.length} more` : ''].filter(Boolean).join('\n');
 }
@@ -35,7 +35,7 @@ function tableOf(record) {
   return make('dl', 'record', ...entries);
 }
 
-/** Shows them in `element`: written anew only where they differ. */
+/** Shows records in `element`; rewrites it only if they have changed. */
 export class RecordView {
   #element;
   #shown = '';
@@ -48,13 +48,13 @@ export class RecordView {
     const text = JSON.stringify(records);
     if (text === this.#shown) return;
     this.#shown = text;
-    if (records.length === 0) setText(this.#element, 'No record now. Records come while somebody has subscribed, and the sensor is enabled and sound.');
+    if (records.length === 0) setText(this.#element, 'No record now. A sensor gives records while it is started.');
     else this.#element.replaceChildren(...records.slice(0, 3).map(tableOf), this.#rest(records.length - 3));
   }
 
   clear() {
     this.#shown = '';
-    setText(this.#element, 'Waiting for its record.');
+    setText(this.#element, 'Waiting for its records.');
   }
 
   #rest(more) {

@@ -1,4 +1,4 @@
-// Says that the program is another one than before: what somebody had asked of the old one is gone with it.
+// Tells that the program was restarted, so that all subscriptions, faults and goals are lost.
 
 import { byId, setHidden, setText } from './dom.js';
 
@@ -17,8 +17,8 @@ export class RestartNotice {
     const isOther = this.#run !== '' && run !== this.#run;
     this.#run = run;
     if (!isOther) return;
-    const again = wanted.length > 0 ? `This page has subscribed to ${wanted.join(', ')} again.` : 'This page had none.';
-    setText(byId('restarted-text'), `The program was started anew: all subscriptions, faults and goals of before are gone. ${again}`);
+    const again = wanted.length > 0 ? `This page has subscribed to ${wanted.join(', ')} again.` : 'This page had no subscriptions.';
+    setText(byId('restarted-text'), `The program was restarted. All earlier subscriptions, faults and goals are gone. ${again}`);
     setHidden(byId('restarted'), false);
   }
 }

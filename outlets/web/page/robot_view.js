@@ -1,4 +1,4 @@
-// What the robot does, in numbers and words over the map.
+// Pose, speed and touches of the robot, above the map.
 
 import { byId, setAttribute, setHidden, setText } from './dom.js';
 import { count, degreesText, fixed } from './format.js';
@@ -14,11 +14,11 @@ export class RobotView {
     setText(byId('pose-theta'), degreesText(pose.theta));
     setText(byId('pose-speed'), `${fixed(Math.hypot(velocity.x, velocity.y), 2)} m/s`);
     setText(byId('people-count'), String(people.length));
-    setText(byId('touch'), touches.length > 0 ? `Touch: ${touches.map(({ name }) => name).join(', ')}` : '');
+    setText(byId('touch'), touches.length > 0 ? `Touched: ${touches.map(({ name }) => name).join(', ')}` : '');
     setAttribute(byId('map'), 'aria-label', this.#describe(pose, goal, people));
   }
 
-  // Whole metres only: a screen reader that watches the label is not to be told of every step.
+  // The label has whole metres, so that a screen reader does not read every small move.
   #describe(pose, goal, people) {
     const place = ({ x, y }) => `${fixed(x, 0)}, ${fixed(y, 0)} metres`;
     const parts = [`Map: robot near ${place(pose)}`];

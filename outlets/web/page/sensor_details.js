@@ -1,4 +1,4 @@
-// What opens below a sensor's row: the faults that it can be given, and its records.
+// The part that opens below a sensor's row: its fault menu and its records.
 
 import { make } from './dom.js';
 import { FaultMenu } from './fault_menu.js';
@@ -10,12 +10,12 @@ export class SensorDetails {
   #records;
   #faults;
 
-  /** `faults`: the kinds by the name of what can fail; `send` takes commands. */
+  /** `faults`: the possible fault kinds, by sensor name; `send` takes commands. */
   constructor(means, faults, send) {
     const record = make('div', 'records');
     this.#records = new RecordView(record);
     this.#faults = Object.entries(faults).map(([name, kinds]) => [name, new FaultMenu(name, kinds, (kind) => send({ op: 'fault', sensor: name, kind }))]);
-    const title = explain(make('p', 'quiet', 'What it gave last. Metres; x is ahead of the sensor, y to its left, z up.'), means);
+    const title = explain(make('p', 'quiet', 'Its last records. Points are in the sensor’s frame, in metres: x forward, y left, z up.'), means);
     this.element.append(...this.#faults.map(([name, menu]) => this.#named(name, menu)), title, record);
     this.element.hidden = true;
   }
@@ -29,12 +29,12 @@ export class SensorDetails {
     this.#records.setRecords(records);
   }
 
-  /** `faults`: kinds by the name of what fails now. */
+  /** `faults`: the fault kinds in force, by sensor name. */
   hearFaults(faults) {
     for (const [name, menu] of this.#faults) menu.hear(faults[name] ?? '');
   }
 
-  // One row may stand for several parts, as for all bumpers.
+  // A row may stand for several parts, as for all bumpers.
   #named(name, menu) {
     if (this.#faults.length > 1) menu.element.prepend(make('span', 'quiet', name));
     return menu.element;

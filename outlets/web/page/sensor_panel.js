@@ -1,4 +1,4 @@
-// The sensors by family. Built once for a set of sensors; after that only what changed is written.
+// The sensors by family. Built once per set of sensors; later only changes are written.
 
 import { colourOfFamily, onThemeChange, readable, readTheme } from './colours.js';
 import { byId, make, setText } from './dom.js';
@@ -22,7 +22,7 @@ export class SensorPanel {
   #sensors = [];
   #built = '';
 
-  /** `choose` is told which sensor the pointer is at, `hearInspected` which one's records are open; '' for none. */
+  /** `choose(name)`: the pointer is on this sensor. `hearInspected(name)`: its records are open. '' for none. */
   constructor(send, choose, hearInspected) {
     this.#send = send;
     this.#choose = choose;
@@ -81,7 +81,7 @@ export class SensorPanel {
   #showTotal(sensors) {
     const ill = sensors.filter((sensor) => severityOf(sensor) !== '').length;
     setText(byId('sensors-count'), this.#countText(sensors));
-    setText(byId('sensors-ill'), ill > 0 ? `${ill} in trouble` : '');
+    setText(byId('sensors-ill'), ill > 0 ? `${ill} not sound` : '');
   }
 
   #countText(sensors) {
@@ -110,7 +110,7 @@ export class SensorPanel {
     return sent;
   }
 
-  // A subscription does not outlive the connection through which it was made.
+  // Subscribes again after a reconnect: subscriptions end with their connection.
   #askAgain() {
     this.#isNew = false;
     if (this.#inspected) this.#send({ op: 'inspect', sensor: this.#inspected });
@@ -146,7 +146,7 @@ export class SensorPanel {
     return row.element;
   }
 
-  // What has no row of its own, as a bumper, fails in the row of what feels it.
+  // A bumper has no row; its faults are set in the row of "Touch".
   #faultsOf({ name, means }) {
     const isRow = (other) => this.#sensors.some((sensor) => sensor.name === other);
     const isOurs = (other) => other === name || (means === 'touch' && !isRow(other));

@@ -1,4 +1,4 @@
-// One sensor: what it does, who listens, its switches; a click opens its records.
+// A sensor's row: state, subscribers and switches. A click opens its records.
 
 import { make, setAttribute, setHidden, setText } from './dom.js';
 import { withUnit } from './format.js';
@@ -10,11 +10,11 @@ import { explain } from './tooltip.js';
 const NEAREST_HELP = { floor: 'nearest-floor', touch: 'nearest-touch' };
 
 function standing({ started, enabled, diagnosis, subscribers }) {
-  const listeners = subscribers.length > 0 ? subscribers.join(', ') : 'no subscriber';
-  if (started) return `started · ${listeners}`;
-  if (!enabled) return `disabled · ${listeners}`;
-  if (diagnosis === false) return `diagnosis bad · ${listeners}`;
-  return subscribers.length > 0 ? `stopped · ${listeners}` : listeners;
+  const users = subscribers.length > 0 ? `for ${subscribers.join(', ')}` : 'no subscriber';
+  if (started) return `started · ${users}`;
+  if (!enabled) return `disabled · ${users}`;
+  if (diagnosis === false) return `bad diagnosis · ${users}`;
+  return subscribers.length > 0 ? `stopped · ${users}` : users;
 }
 
 export class SensorRow {
@@ -32,15 +32,16 @@ export class SensorRow {
   #details;
   #faultNames;
 
-  /**
-   * `subscribe` takes on or off, `send` any other command; `choose` is told the name while the pointer or the focus is here,
-   * and '' after; `inspect` when the row is clicked. `faults`: the kinds that make sense, by the name of what can fail.
+  /*   * - `faults`: the possible fault kinds, by sensor name.
+   * - `subscribe(on)` subscribes or unsubscribes, `send(command)` sends any other command.
+   * - `choose(name)` is called when the pointer or the focus comes, with '' when it leaves.
+   * - `inspect(name)` is called when the row is clicked.
    */
   constructor({ name, means }, faults, { subscribe, send, choose, inspect }) {
     this.#switches = {
       subscribed: new SensorSwitch('Subscribe', `Subscribe to ${name}`, subscribe),
       enabled: new SensorSwitch('Enable', `Enable ${name}`, (on) => send({ op: 'enable', sensor: name, on })),
-      diagnosis: new SensorSwitch('Diagnosis', `Diagnosis of ${name} good`, (value) => send({ op: 'diagnose', sensor: name, value })),
+      diagnosis: new SensorSwitch('Diagnosis', `Diagnosis of ${name}: good`, (value) => send({ op: 'diagnose', sensor: name, value })),
     };
     this.#faultNames = Object.keys(faults);
     this.#details = new SensorDetails(means, faults, send);
@@ -56,7 +57,7 @@ export class SensorRow {
     });
   }
 
-  /** `isSubscribed`: by this page; `faults`: kinds by the name of what fails now. */
+  /** `isSubscribed`: true if this page has subscribed. `faults`: the fault kinds in force, by sensor name. */
   hear(sensor, isSubscribed, faults) {
     this.element.classList.toggle('started', sensor.started);
     setAttribute(this.element, 'data-severity', severityOf(sensor));
@@ -80,7 +81,7 @@ export class SensorRow {
     this.#details.setRecords(records);
   }
 
-  // What needs nobody's attention is said in the badge alone.
+  // The reason is shown only if the user must act; the badge always shows the state.
   #hearHealth(sensor) {
     const { state, reason } = sensor.health;
     setText(this.#badge, state);
@@ -92,7 +93,7 @@ export class SensorRow {
   }
 
   #hearFaults(faults) {
-    const failing = this.#faultNames.filter((name) => faults[name]).map((name) => `${name} was made to fail: ${faults[name]}.`);
+    const failing = this.#faultNames.filter((name) => faults[name]).map((name) => `${name} has the fault "${faults[name]}".`);
     setText(this.#failed.firstChild, failing.join(' '));
     setHidden(this.#failed, failing.length === 0);
     this.#details.hearFaults(faults);

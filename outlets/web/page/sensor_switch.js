@@ -1,4 +1,4 @@
-// A switch of a sensor's: the program's value, changed through a command.
+// A switch of a sensor. It shows the program's value and sends a command on a click.
 
 import { make } from './dom.js';
 import { Held } from './held.js';
@@ -9,7 +9,7 @@ export class SensorSwitch {
   #box;
   #held = new Held(false);
 
-  /** `label` is its visible name, `name` its whole one; `send` takes the wanted value and says whether it went out. */
+  /** `label`: the visible text; `name`: the full name for screen readers; `send(value)` returns true if it was sent. */
   constructor(label, name, send) {
     this.#box = make('input', 'switch');
     this.#box.type = 'checkbox';

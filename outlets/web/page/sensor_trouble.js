@@ -1,4 +1,4 @@
-// What is wrong with a sensor, in words, and for how long.
+// Texts on a sensor's bad health and its last error.
 
 function isFault({ state }) {
   return !['off', 'starting', 'sound'].includes(state);
@@ -9,7 +9,7 @@ function agoText(seconds) {
   return seconds < 120 ? `${Math.floor(seconds)} s ago` : `${Math.floor(seconds / 60)} min ago`;
 }
 
-/** How bad it is: '' for well, 'warning' for records that are not to be trusted, 'bad' for none. */
+/** Returns '' for a sound sensor, 'warning' if its records are doubtful, 'bad' if it gives none. */
 export function severityOf({ health }) {
   if (['silent', 'failing'].includes(health.state)) return 'bad';
   return isFault(health) ? 'warning' : '';
@@ -18,13 +18,13 @@ export function severityOf({ health }) {
 export function reasonOf({ health }) {
   if (!isFault(health)) return '';
   const since = `for ${Math.max(0, Math.floor(health.since))} s`;
-  return health.remedy === '' ? `${health.reason} (${since})` : `${health.reason} (${since}). Back: ${health.remedy}`;
+  return health.remedy === '' ? `${health.reason} (${since})` : `${health.reason} (${since}). To fix: ${health.remedy}`;
 }
 
-// A warning stays for so long where no health tells that it is over.
+// Seconds for which a last error stays if health does not tell that it is over.
 const SHOWN = 10;
 
-/** The last trouble with its time; '' once it is over. */
+/** Returns the last error with its age; '' once the sensor is sound again. */
 export function troubleOf({ trouble, troubleAge, health }) {
   if (trouble === '' || isFault(health)) return '';
   const isOver = health.state === 'sound' && health.since <= troubleAge;

@@ -1,4 +1,4 @@
-// The view in three dimensions in the map's place, and the button that brings it.
+// The 3D view, which replaces the map, and its button.
 
 import { byId, setAttribute, setHidden } from './dom.js';
 import { SpaceView } from './space_view.js';
@@ -9,7 +9,7 @@ export class SpacePanel {
   #onTurn;
   isOn = false;
 
-  /** `ask` is told whether the program is to say what the sensors see, `onTurn` whether the view is on. */
+  /** `ask(on)` turns the stream of 3D points on or off; `onTurn` is called when the view comes or goes. */
   constructor(ask, onTurn) {
     this.#ask = ask;
     this.#onTurn = onTurn;

@@ -1,4 +1,4 @@
-// What the sensors see in three dimensions, from somewhere around the robot. x is ahead in the map, z up.
+// 3D view of the sensors' points in the map frame: x and y on the floor, z up (m).
 
 import { colourOfFamily, onThemeChange, readable, readTheme } from './colours.js';
 
@@ -63,7 +63,7 @@ export class SpaceView {
     this.draw();
   }
 
-  /** Looks from where it looked at first. */
+  /** Restores the first viewpoint. */
   reset() {
     this.#turn = START.turn;
     this.#tilt = START.tilt;
@@ -125,7 +125,7 @@ export class SpaceView {
     context.lineTo(end[0], end[1]);
   }
 
-  // A line a metre, of the map's own grid.
+  // Grid lines every metre, on whole metres of the map frame.
   #drawGrid(context) {
     const [x, y] = [Math.round(this.#pose.x), Math.round(this.#pose.y)];
     context.strokeStyle = this.#theme.muted;

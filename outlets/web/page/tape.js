@@ -1,13 +1,12 @@
-// A tape measure: from where a drag began to where it is, or from the robot to where arrow keys take its end; and how far
-// that is.
+// A tape measure: shows the distance from the start of a drag to its present place, or from the robot to a place that arrow
+// keys move.
 
 import { setAttribute } from './dom.js';
 import { degreesText, fixed } from './format.js';
 import { stepOf } from './keyboard.js';
 import { notify } from './notices.js';
 
-const HELP = 'Drag on the map from one place to another, or move the tape’s end with the arrow keys (Shift: by 1 m); Enter begins ' +
-  'anew there. m puts the tape away.';
+const HELP = 'Drag on the map to measure, or move the end with the arrow keys (Shift: by 1 m); Enter starts there. Press m to stop.';
 // Seconds that a length stays to be read.
 const SHOWN = 60;
 
@@ -59,7 +58,7 @@ export class Tape {
   }
 }
 
-/** "1.23 m at 45°: 0.87 m in x, 0.87 m in y". */
+/** "1.23 m at 45°: 0.87 m in x, 0.87 m in y". The angle counts from the map's x axis, counter-clockwise. */
 export function tapeText({ from, to }) {
   const [right, up] = [to.x - from.x, to.y - from.y];
   return `${fixed(Math.hypot(right, up), 2)} m at ${degreesText(Math.atan2(up, right))}: ${fixed(right, 2)} m in x, ${fixed(up, 2)} m in y`;

@@ -26,7 +26,7 @@ export class TileStore {
   /** The picture of a tile, or null until it has come. */
   find(path) {
     const tile = this.#tiles.get(path);
-    // The last asked for is the last to go.
+    // A used tile moves to the end of the queue, so it is dropped last.
     this.#tiles.delete(path);
     this.#tiles.set(path, tile ?? { picture: null });
     if (!tile) this.#worker.postMessage({ path, theme: this.#theme, round: this.#round });

@@ -1,4 +1,4 @@
-// Simulated time: what it is, pause, one step, speed; of a recording, a line to drag along.
+// Controls of time: clock, pause, step, speed; for a recording also the time line.
 
 import { byId, setAttribute, setText } from './dom.js';
 import { clockText } from './format.js';
@@ -42,7 +42,7 @@ export class TimeControls {
     if (this.#paused.value) this.#send({ op: 'step' });
   }
 
-  // What is heard meanwhile is not where the user wants to go.
+  // During a drag the program's position is ignored.
   #drag() {
     this.#dragging = true;
     this.#tellPlace(Number(byId('line-place').value), Number(byId('line-place').max));
@@ -61,7 +61,7 @@ export class TimeControls {
     this.#tellPlace(recording.time, recording.length);
   }
 
-  // As wide at each time: the line stays where it is under the hand that drags it.
+  // The text has a fixed width, so that the time line does not move during a drag.
   #tellPlace(time, length) {
     const end = length.toFixed(1);
     setText(byId('line-text'), `${time.toFixed(1).padStart(end.length, '\u2007')} of ${end} s`);
@@ -83,7 +83,7 @@ export class TimeControls {
     if (byId('speed').value !== String(this.#speed.value)) byId('speed').value = String(this.#speed.value);
   }
 
-  // Somebody else may have chosen a speed that the list lacks.
+  // Adds a speed to the list, because another page may have chosen one that it lacks.
   #offer(speed) {
     const options = [...byId('speed').options];
     if (options.some((option) => option.value === String(speed))) return;

@@ -1,4 +1,4 @@
-// One tooltip for the whole page: what a word means, under the pointer, at the focus, or after a tap.
+// The tooltip. It explains the word under the pointer, with the focus, or tapped.
 
 import { byId, setHidden, setText } from './dom.js';
 import { HELP } from './help_texts.js';
@@ -35,7 +35,7 @@ export class Tooltip {
     if (word && target.matches(':focus-visible')) this.#show(word);
   }
 
-  // A finger has nothing to hover with; on a control it does what the control does.
+  // A tap shows the tooltip, except on controls, where it operates the control.
   #tap({ target, pointerType }) {
     const word = target.closest?.('[data-help]');
     if (word && pointerType !== 'mouse' && !target.closest('button, select, input, label')) this.#show(word);

@@ -1,4 +1,4 @@
-// Which part of the map the canvas shows: metres with y up in the map, CSS pixels with y down on the canvas.
+// The visible part of the map. Map: metres, y up. Canvas: CSS pixels, y down.
 
 const GREATEST_SCALE = 800;
 const MARGIN = 0.94;
@@ -6,7 +6,7 @@ const MARGIN = 0.94;
 export class Viewport {
   width = 1;
   height = 1;
-  /** Pixels a metre. */
+  /** Pixels per metre. */
   scale = 40;
   centre = { x: 0, y: 0 };
   #least = 4;
@@ -31,7 +31,7 @@ export class Viewport {
     this.centre = { x: this.centre.x - right / this.scale, y: this.centre.y + down / this.scale };
   }
 
-  /** What lies under the point of the canvas stays there. */
+  /** Zooms about a point of the canvas; default: its centre. */
   zoomBy(factor, left = this.width / 2, top = this.height / 2) {
     const before = this.toMap(left, top);
     this.scale = Math.min(Math.max(this.scale * factor, this.#least), GREATEST_SCALE);

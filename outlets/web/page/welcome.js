@@ -1,4 +1,4 @@
-// What to do first: a strip with three steps, each checked off when it is done, until the person has had enough of it.
+// The strip of first steps. A step is ticked when it is done. The user may close the strip.
 
 import { byId, setHidden } from './dom.js';
 
@@ -49,7 +49,7 @@ export class Welcome {
     setHidden(byId('welcome'), !on);
   }
 
-  // The button leaves, so its focus goes on.
+  // The button disappears, so the focus moves to the help button.
   #close() {
     this.#show(false);
     byId('help').focus();

@@ -1,4 +1,4 @@
-// The occupancy map: where it lies, and its tiles as far as they are seen.
+// The occupancy map: its place, and the visible tiles.
 
 export class WorldMap {
   #description;
@@ -10,7 +10,7 @@ export class WorldMap {
     this.#store = store;
   }
 
-  /** From coarse to fine: what has not come yet leaves the coarser picture. */
+  /** Draws coarse tiles first; a fine tile replaces them when it has loaded. */
   draw(context, viewport) {
     const { origin, resolution, levels } = this.#description;
     const pixelsACell = viewport.scale * resolution;
@@ -54,7 +54,7 @@ export class WorldMap {
     return boxAround(corners);
   }
 
-  /** In metres, sides along the axes. */
+  /** The axis-aligned bounding box of the map (m). */
   get box() {
     const { origin, resolution, width, height } = this.#description;
     const [cos, sin] = [Math.cos(origin.theta), Math.sin(origin.theta)];

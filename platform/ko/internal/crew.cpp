@@ -30,7 +30,7 @@ class Crew {
   void share(const std::function<void()>& work, int helpers) {
     Offer offer{work, helpers};
     xMake(offer);
-    // Also if the work throws: helpers hold on to the offer.
+    // The wait also happens if the work throws, because helpers hold the offer.
     const std::unique_ptr<Offer, std::function<void(Offer*)>> awaited(
         &offer, [this](Offer* made) { xAwait(*made); });
     work();

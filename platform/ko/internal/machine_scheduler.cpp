@@ -55,8 +55,8 @@ class MachineScheduler : public Scheduler {
     boost::asio::post(context, [due = turn.due, job = std::move(job)] { job->run(due); });
   }
 
-  // One timer serves all: it is armed for the earliest job. Arming again may leave a handler queued
-  // for the former time; it finds nothing due.
+  // A single timer serves all: it is armed for the earliest job. Arming again may leave a handler
+  // queued for the former time; it finds nothing due.
   void xArm() {
     armedFor = queue.empty() ? Clock::time_point::max() : queue.begin()->first.due;
     if (queue.empty()) return;

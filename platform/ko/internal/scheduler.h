@@ -39,7 +39,7 @@ using JobQueue = std::map<Turn, boost::shared_ptr<Job>>;
 /** The order of what starts next; each is given once. */
 std::uint64_t nextOrder();
 
-/** Runs calls at their time, by the machine's clock or by a simulated one. Safe from any thread. */
+/** Runs calls at their time, by the machine's clock or by a simulated one. Thread-safe. */
 class Scheduler {
  public:
   virtual ~Scheduler() = default;

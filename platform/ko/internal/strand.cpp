@@ -62,7 +62,7 @@ bool Strand::State::run(int limit) {
   return true;
 }
 
-// One lock for the end of a call and the beginning of the next.
+// The same lock covers the end of a call and the beginning of the next.
 bool Strand::State::xTakeNext(boost::function<void()>& call) {
   std::lock_guard lock(mutex);
   attended = !queue.empty();

@@ -6,7 +6,7 @@
 
 namespace QV::Math {
 
-/** Towards zero; beyond 32 bits the nearest int that fits, and 0 for NaN. */
+/** Returns the value truncated towards zero; saturates at 32 bits; 0 for NaN. */
 inline std::int32_t truncated(float value) {
   if (std::isnan(value)) return 0;
   if (value >= 2147483648.0f) return std::numeric_limits<std::int32_t>::max();

@@ -20,7 +20,7 @@ JointType typeOf(const XMLElement& element) {
     fail(element,
          "attribute type: fixed, revolute, continuous, prismatic, planar or floating "
          "expected, " +
-             quoted(name) + " given");
+             withQuotes(name) + " given");
   }
   return found->second;
 }

@@ -5,7 +5,7 @@
 
 namespace QV::Model::detail {
 
-/** Reads what a `<joint>` says by itself; a mimic as it is written. Errors as of robotFromXml. */
+/** Reads a `<joint>` alone; a mimic as it is written. Throws as robotFromXml does. */
 JointConfig readJoint(const XMLElement& element, const LinkElements& links);
 
 }  // namespace QV::Model::detail

@@ -22,7 +22,7 @@ const Entry& leaderOf(const Entry& entry, const std::map<std::string, const Entr
   const auto found = byName.find(entry.config.mimic->joint);
   if (found == byName.end() || !hasPosition(found->second->config.type)) {
     fail(*entry.element, "a mimic of a revolute, continuous or prismatic joint expected, " +
-                             quoted(entry.config.mimic->joint) + " is none");
+                             withQuotes(entry.config.mimic->joint) + " is none");
   }
   return *found->second;
 }
@@ -66,7 +66,7 @@ std::vector<Entry> readEntries(const XMLElement& robot, const LinkElements& link
     entries.push_back({element, readJoint(*element, links)});
     const std::string& name = entries.back().config.name;
     if (!names.insert(name).second) {
-      fail(*element, "a name of its own expected, another joint is called " + quoted(name));
+      fail(*element, "a name of its own expected, another joint is called " + withQuotes(name));
     }
   }
   resolveMimics(entries);
@@ -79,15 +79,15 @@ std::string findRoot(const std::vector<Entry>& entries, const LinkElements& link
     const auto [other, isFirst] = carriers.try_emplace(entry.config.childLink, &entry);
     if (!isFirst) {
       fail(*entry.element, "a child link that hangs on no other joint expected, " +
-                               quoted(entry.config.childLink) + " hangs on " +
-                               quoted(other->second->config.name));
+                               withQuotes(entry.config.childLink) + " hangs on " +
+                               withQuotes(other->second->config.name));
     }
   }
   std::string root;
   for (const auto& [name, link] : links) {
     if (carriers.contains(name)) continue;
     if (!root.empty()) {
-      fail(*link, "one root expected, " + quoted(root) + " and " + quoted(name) +
+      fail(*link, "one root expected, " + withQuotes(root) + " and " + withQuotes(name) +
                       " both hang on no joint");
     }
     root = name;
@@ -108,7 +108,7 @@ std::vector<JointConfig> parentsFirst(const std::vector<Entry>& entries, const s
   }
   if (!byParent.empty()) {
     const Entry& lost = *byParent.begin()->second;
-    fail(*lost.element, "a joint that leads to the root expected, " + quoted(lost.config.name) +
+    fail(*lost.element, "a joint that leads to the root expected, " + withQuotes(lost.config.name) +
                             " is part of a loop or behind one");
   }
   return ordered;

@@ -16,8 +16,8 @@ struct JointTree {
 };
 
 /**
- * Reads the joints under `<robot>`. Those that do not make one tree of the links,
- * or mimic what has no position, are an error.
+ * Reads the joints under `<robot>`. Throws if they do not make one tree of the links, or mimic a
+ * joint without a position.
  */
 JointTree readJoints(const XMLElement& robot, const LinkElements& links);
 

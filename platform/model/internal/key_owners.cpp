@@ -1,5 +1,7 @@
 #include "platform/model/internal/key_owners.h"
 
+#include "platform/model/sensor_properties.h"
+
 namespace QV::Model::detail {
 namespace {
 
@@ -18,11 +20,11 @@ std::string textOf(const std::vector<std::string>& keys, const std::string& sens
 void KeyOwners::check(const SensorConfig& config, const SensorKind& kind,
                       std::vector<DescriptionFault>& faults) {
   Clashes clashes;
+  const SensorProperties properties(config);
   for (const std::string& key : config.memoryKeys) xTake(key, {config.name, false}, clashes);
   for (const PropertyRule& rule : kind.properties) {
-    const auto key = config.properties.find(rule.name);
-    if (rule.quantity != Quantity::memoryKey || key == config.properties.end()) continue;
-    xTake(key->second, {config.name, rule.isShared}, clashes);
+    if (rule.quantity == Quantity::memoryKey)
+      xTake(properties.getText(rule.name), {config.name, rule.isShared}, clashes);
   }
   for (const auto& [owner, keys] : clashes) {
     faults.push_back({config.name, textOf(keys, config.name, owner), "keys of its own"});

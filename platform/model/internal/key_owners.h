@@ -11,7 +11,7 @@ namespace QV::Model::detail {
 /** The sensors of a description by the memory keys that they read. */
 class KeyOwners {
  public:
-  /** Notes the keys of a sensor, and tells those that it or a sensor before it has already. */
+  /** Notes the keys of a sensor, and returns those that it or an earlier sensor has already. */
   void check(const SensorConfig& config, const SensorKind& kind,
              std::vector<DescriptionFault>& faults);
 

@@ -12,8 +12,8 @@ namespace QV::Model::detail {
  * The memory keys that a pattern stands for. `{i}` counts from 0 to `count` - 1, `{i:02}` with at
  * least 2 digits; `{X,Y}` is X and then Y. All keys of a number come before those of the next one,
  * and of several alternatives the last ones change fastest.
- * A pattern that is none, a count without `{i}` or the other way round, and more than `most` keys:
- * std::invalid_argument.
+ * Throws std::invalid_argument for a malformed pattern, a count without `{i}` or the other way
+ * round, and more than `most` keys.
  */
 std::vector<std::string> expandKeyPattern(std::string_view pattern, std::optional<int> count,
                                           std::size_t most);

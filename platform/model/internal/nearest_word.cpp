@@ -39,7 +39,7 @@ const std::string* findNearest(const std::string& given, const std::vector<std::
   std::size_t least = kMostOff + 1;
   for (const std::string& word : words) {
     const std::string other = inSmallLetters(word);
-    // Without this a name of megabytes would be compared letter by letter.
+    // The length test spares a letter-by-letter comparison of huge names.
     if (small.size() > other.size() + kMostOff) continue;
     const std::size_t distance = distanceOf(small, other);
     const std::size_t most = std::min(kMostOff, 1 + other.size() / 6);

@@ -20,7 +20,7 @@ std::string withoutBlanks(const std::string& text) {
   return text.substr(begin, text.find_last_not_of(blanks) + 1 - begin);
 }
 
-/** Returns what a text must say instead, or nothing if it is good. */
+/** Returns the expectation for a wrong text; std::nullopt for a good one. */
 std::optional<std::string> findExpected(const PropertyRule& rule, const std::string& text) {
   if (!isNumber(rule.quantity)) {
     const bool isMissing = text.empty() && rule.quantity != Quantity::text;

@@ -6,7 +6,7 @@
 
 namespace QV::Model::detail {
 
-/** Tells the properties that are not as the row of the sensor's kind says, in order of names. */
+/** Returns the properties that differ from the rules of the sensor's kind, in order of names. */
 void checkProperties(const SensorConfig& config, const SensorKind& kind,
                      std::vector<DescriptionFault>& faults);
 

@@ -52,8 +52,8 @@ int SensorReader::xReadType(const XMLElement& sensor) const {
   if (const SensorKind* kind = kinds.findName(text)) return kind->type;
   const std::optional<int> number = toInteger(text);
   if (!number) {
-    fail(sensor,
-         "attribute type: an integer or the name of a kind expected, " + quoted(text) + " given");
+    fail(sensor, "attribute type: an integer or the name of a kind expected, " + withQuotes(text) +
+                     " given");
   }
   return *number;
 }
@@ -70,7 +70,7 @@ void SensorReader::xReadSensor(const XMLElement& element) {
   }
   const std::string name = config.name;
   if (!robot.sensorConfigs.emplace(name, std::move(config)).second) {
-    fail(element, "a name of its own expected, another sensor is called " + quoted(name));
+    fail(element, "a name of its own expected, another sensor is called " + withQuotes(name));
   }
 }
 
@@ -93,7 +93,7 @@ void SensorReader::xReadProperty(const XMLElement& element, SensorConfig& config
   const auto value = optionalText(element, "value");
   if (!value) fail(element, "an attribute value expected, it has none");
   if (!config.properties.emplace(key, *value).second) {
-    fail(element, "a key of its own expected, " + quoted(key) + " is there twice");
+    fail(element, "a key of its own expected, " + withQuotes(key) + " is there twice");
   }
 }
 

@@ -28,7 +28,7 @@ class SensorReader {
   const SensorKinds& kinds;
   const LinkElements& links;
   Robot& robot;
-  // How many more keys patterns may give.
+  // The number of memory keys that patterns may still add.
   std::size_t keysLeft = 100'000;
 };
 

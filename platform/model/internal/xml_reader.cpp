@@ -21,7 +21,7 @@ namespace {
                          const std::string& expected) {
   failAt(attribute.GetLineNum(), element,
          "attribute " + std::string(attribute.Name()) + ": " + expected + " expected, " +
-             quoted(attribute.Value()) + " given");
+             withQuotes(attribute.Value()) + " given");
 }
 
 const tinyxml2::XMLAttribute& require(const XMLElement& element, const char* name) {
@@ -60,7 +60,7 @@ void fail(const XMLElement& element, const std::string& problem) {
   failAt(element.GetLineNum(), element, problem);
 }
 
-std::string quoted(const std::string& text) {
+std::string withQuotes(const std::string& text) {
   return '"' + text + '"';
 }
 
@@ -102,7 +102,7 @@ std::string requiredText(const XMLElement& element, const char* attribute) {
 std::string requiredLink(const XMLElement& element, const LinkElements& links) {
   std::string link = requiredText(element, "link");
   if (!links.contains(link)) {
-    fail(element, "a link of this robot expected, there is no " + quoted(link));
+    fail(element, "a link of this robot expected, there is no " + withQuotes(link));
   }
   return link;
 }

@@ -24,7 +24,7 @@ using LinkElements = std::map<std::string, const XMLElement*>;
 [[noreturn]] void fail(const XMLElement& element, const std::string& problem);
 
 /** The text in quotes. */
-std::string quoted(const std::string& text);
+std::string withQuotes(const std::string& text);
 
 /** The children of that name, in order. */
 std::vector<const XMLElement*> childrenOf(const XMLElement& element, const char* name);

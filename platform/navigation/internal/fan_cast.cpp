@@ -1,7 +1,6 @@
 #include "platform/navigation/internal/fan_cast.h"
 
 #include <cstdint>
-#include <cstdlib>
 
 #include "platform/navigation/internal/fan_sector.h"
 
@@ -12,38 +11,49 @@
 #include <hwy/highway.h>
 
 #include "platform/navigation/internal/fan_cast/aim-inl.h"
+#include "platform/navigation/internal/fan_cast/frames-inl.h"
 #include "platform/navigation/internal/fan_cast/measure-inl.h"
 #include "platform/navigation/internal/fan_cast/rays-inl.h"
+#include "platform/navigation/internal/fan_cast/sectors-inl.h"
 #include "platform/navigation/internal/fan_cast/settle-inl.h"
 #include "platform/navigation/internal/fan_cast/walk-inl.h"
-#include "platform/navigation/internal/fan_cast/wedge-inl.h"
 
 HWY_BEFORE_NAMESPACE();
 namespace QV::detail {
 namespace HWY_NAMESPACE {
 namespace {
 
+/** Calls `visit` with each sector and its rays. */
+template <typename Visit>
+HWY_INLINE void forEachSector(const FanCast& fan, const Sectors& sectors, int count, Visit visit) {
+  std::uint64_t lasts = sectors.findLasts(count);
+  for (int begin = 0; begin < count; lasts &= lasts - 1) {
+    const int end = static_cast<int>(hwy::Num0BitsBelowLS1Bit_Nonzero64(lasts)) + 1;
+    visit(FanSector(fan, sectors.of(begin)), begin, end);
+    begin = end;
+  }
+}
+
 bool castRays(const FanCast& fan, const double* cosines, const double* sines, int count,
               double* ways) {
   Rays rays;
-  turn(fan, cosines, sines, count, rays);
-  std::uint64_t lasts = findLasts(rays, count);
-  bool isDoubtful = false;
-  for (int begin = 0; begin < count; lasts &= lasts - 1) {
-    const int end = static_cast<int>(hwy::Num0BitsBelowLS1Bit_Nonzero64(lasts)) + 1;
-    const FanSector sector(fan, static_cast<int>(rays.sector[begin]));
-    const Approach approach(sector);
-    aim(fan, sector, approach, begin, end, rays);
-    if (std::abs(rays.lastStrip[begin] - approach.firstStrip) < kFewestStrips &&
-        std::abs(rays.lastStrip[end - 1] - approach.firstStrip) < kFewestStrips) {
-      walk<false>(sector, approach, begin, end, rays);
+  const Sides sides(fan);
+  const Sectors sectors = turn(fan, cosines, sines, count, rays);
+  aim(fan, sides, sectors, count, rays);
+  bool isStartUsed = false;
+  forEachSector(fan, sectors, count, [&](const FanSector& sector, int begin, int end) {
+    if (sector.alongReversed) {
+      walk<true>(sector, sides.of(sector), begin, end, rays);
     } else {
-      goAhead(sector, begin, end, rays);
-      walk<true>(sector, approach, begin, end, rays);
+      walk<false>(sector, sides.of(sector), begin, end, rays);
     }
-    isDoubtful |= settle(sector, rays, begin, end, ways);
-    checkFirstColumn(sector, begin, end, rays, ways);
-    begin = end;
+    isStartUsed |= isFirstColumnUsed(sector);
+  });
+  const bool isDoubtful = settle(sectors, rays, count, ways);
+  if (isStartUsed) {
+    forEachSector(fan, sectors, count, [&](const FanSector& sector, int begin, int end) {
+      checkFirstColumn(sector, begin, end, rays, ways);
+    });
   }
   return isDoubtful;
 }

@@ -31,6 +31,11 @@ struct FanCast {
     return start.x > kMargin && start.x < width - kMargin && start.y > kMargin &&
            start.y < height - kMargin;
   }
+  /** False if no ray gets as far as the map's edges. */
+  bool mayLeave() const {
+    return std::min(std::min(start.x, width - start.x), std::min(start.y, height - start.y)) <=
+           reach + 1.0;
+  }
 };
 
 /**

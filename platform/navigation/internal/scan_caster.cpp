@@ -60,7 +60,7 @@ void ScanCaster::cast(const double* cosines, const double* sines, int count, dou
 }
 
 bool ScanCaster::xIsFreeAround() const {
-  // One for where in its cell the start is, one for rounding.
+  // The margin is one cell for the start's place in its cell, and one for rounding.
   constexpr int kMargin = 2;
   return fan.reach < StripImage::kFarthestAround - kMargin &&
          fan.store->isFreeAround(static_cast<int>(fan.start.x), static_cast<int>(fan.start.y),

@@ -12,10 +12,10 @@
 namespace QV::detail {
 namespace {
 
-// As many as fit where their number is kept in an int, three times.
+// The limit keeps three times this number within an int.
 constexpr std::uint64_t kMostPixels = 1 << 29;
 
-// What is wrong is one of the two that callers tell apart: it works, or it does not.
+// The reason is dropped: callers only need to know that it failed.
 [[noreturn]] void onError(png_structp png, png_const_charp) {
   png_longjmp(png, 1);
 }

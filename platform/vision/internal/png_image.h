@@ -12,7 +12,7 @@ namespace QV::detail {
 /**
  * A PNG's image as it is stored, of 8 or 16 bits a sample: one channel of grey, or three in the
  * order blue, green, red. Alpha is left out, a palette's colours take the place of its numbers.
- * What is no whole PNG throws std::runtime_error.
+ * Throws std::runtime_error for an incomplete or invalid PNG.
  */
 QV_API cv::Mat decodePng(std::string_view bytes);
 

@@ -38,7 +38,7 @@ struct Word {
 
 template <typename Mask>
 HWY_INLINE std::uint64_t bitsOf(Mask mask) {
-  // Through bytes: bits from wider lanes are slow on some processors.
+  // The mask goes through bytes, because mask bits of wider lanes are slow on some processors.
   const hn::RebindToSigned<Pixels> d;
   const hn::Rebind<std::int8_t, Pixels> d8;
   const auto bytes = hn::DemoteTo(d8, hn::BitCast(d, hn::VecFromMask(Pixels(), mask)));
@@ -140,7 +140,7 @@ void findRowRuns(RowBits& row, const RowBits& above, std::uint16_t maxDifference
     for (int run = firstRun; run < nextBegin - begins; ++run) parents[run] = run;
 
     const std::uint64_t linked = word.valid & above.valid[i] & word.nearAbove;
-    // Where the pixel to the left links the same two runs there is nothing new.
+    // A link is skipped if the pixel to the left links the same two runs.
     const std::uint64_t known = shiftRight(linked, lastLinked) & ~starts & ~above.starts[i];
     join(linked & ~known, {starts, firstRun}, {above.starts[i], above.firstRuns[i]}, parents);
   }
@@ -218,7 +218,7 @@ void reset(RowBits& row, std::size_t words) {
 int findRuns(const cv::Mat& image, std::uint16_t maxDifference, RowPair& rows,
              ComponentRuns& runs) {
   const auto width = static_cast<std::size_t>(image.cols);
-  // At least one bit beyond the width, where a run that touches the right edge ends.
+  // The row has at least one bit beyond the width, to end a run at the right edge.
   const std::size_t words = width / kWordBits + 1;
   reset(rows.row, words);
   reset(rows.above, words);

@@ -4,6 +4,7 @@
 #include <numbers>
 #include <stdexcept>
 
+#include "platform/model/sensor_properties.h"
 #include "robot/services/internal/motion_service.h"
 
 namespace QV::robot {
@@ -13,8 +14,8 @@ LogReplay::LogReplay(Recording played, const boost::shared_ptr<QVBroker>& broker
     : recording(std::move(played)), memory(broker), motion(motion), start(ko::Clock::now()) {
   for (const Model::SensorConfig& sensor : recording.sensors) {
     valueKeys.insert(valueKeys.end(), sensor.memoryKeys.begin(), sensor.memoryKeys.end());
-    const auto timeKey = sensor.properties.find("timestamp");
-    if (timeKey != sensor.properties.end()) timeKeys.push_back(timeKey->second);
+    const Model::SensorProperties properties(sensor);
+    if (properties.has("timestamp")) timeKeys.push_back(properties.getText("timestamp"));
   }
   for (const RecordedStep& step : recording.steps) {
     if (step.values.size() == valueKeys.size()) continue;

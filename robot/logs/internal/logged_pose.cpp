@@ -11,7 +11,7 @@ constexpr double kSamePlace = 1e-3;
 
 }  // namespace
 
-// In double precision: floats of a pose far away would move the laser on the robot.
+// Double precision is needed: floats of a pose far away would move the laser on the robot.
 LoggedPose laserOnRobot(const LoggedPose& laser, const LoggedPose& robot) {
   const double c = std::cos(robot.theta);
   const double s = std::sin(robot.theta);

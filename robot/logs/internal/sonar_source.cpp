@@ -16,7 +16,7 @@ struct Played {
   float maxRange;
 };
 
-// Where each sonar's value stands in a step.
+// Returns the place of each sonar's value in a step.
 std::map<std::string, Played> sonarsOf(const Recording& recording) {
   std::map<std::string, Played> sonars;
   std::size_t index = 0;

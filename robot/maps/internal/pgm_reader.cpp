@@ -24,7 +24,7 @@ std::size_t pixelCount(const MapImage& image) {
 MapImage PgmReader::read() {
   const bool text = bytes.starts_with("P2");
   xReadHeader();
-  // Before memory is asked for; a number of a P2 takes a digit and a blank.
+  // The size is checked before memory is allocated. A number in P2 takes at least two characters.
   const std::size_t most = text ? (bytes.size() - position) / 2 : bytes.size() - position;
   if (most < pixelCount(image)) {
     xFail(std::to_string(pixelCount(image)) + " pixels expected, the file ends before");

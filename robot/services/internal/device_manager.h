@@ -39,7 +39,7 @@ class QV_API DeviceManager : public QVModule, public boost::enable_shared_from_t
   explicit DeviceManager(const boost::shared_ptr<QVBroker>& broker);
   ~DeviceManager() override;
 
-  /** An empty handler gives the key back to memory. Safe from any thread. */
+  /** An empty handler gives the key back to memory. Thread-safe. */
   void setActuatorHandler(const std::string& key, ActuatorHandler handler);
 
  private:

@@ -6,7 +6,7 @@
 namespace QV::robot {
 namespace {
 
-// Ten seconds of events at a hundred a second: who has not come back by then hangs.
+// The queue holds ten seconds of events at a hundred a second: a slower subscriber hangs.
 constexpr std::size_t kMostWaiting = 1000;
 
 }  // namespace
@@ -17,29 +17,29 @@ EventReceiver::EventReceiver(boost::weak_ptr<QVBroker> broker, std::string event
       event(std::move(event)),
       module(std::move(module)),
       method(std::move(method)),
-      message(std::move(message)) {}
+      arguments{this->event, QVValue(), std::move(message)} {}
 
-void EventReceiver::deliver(const QVValue& value) {
+void EventReceiver::deliver(QVValue value) {
+  arguments[1] = std::move(value);
   try {
-    xCall(value);
+    xCall();
     lastFailure.clear();
   } catch (const std::exception& error) {
     xLogOnce(error.what());
   } catch (...) {
     xLogOnce("not a standard exception");
   }
+  arguments[1] = QVValue();
 }
 
 std::string EventReceiver::getText() const {
   return "Event " + event + " to " + module + "." + method + ": ";
 }
 
-void EventReceiver::xCall(const QVValue& value) {
+void EventReceiver::xCall() {
   const auto alive = broker.lock();
-  // With the broker, everybody who could have listened is gone.
-  if (!alive) return;
-  const QVValue arguments[] = {event, value, message};
-  alive->call(module, method, arguments);
+  // Without the broker there are no listeners left.
+  if (alive) alive->call(module, method, arguments);
 }
 
 // An event may come a hundred times a second: only a change is news.
@@ -64,8 +64,8 @@ bool EventQueue::add(const boost::shared_ptr<EventReceiver>& receiver, const QVV
 }
 
 void EventQueue::deliverNext() {
-  const Delivery next = xTake();
-  next.receiver->deliver(next.value);
+  Delivery next = xTake();
+  next.receiver->deliver(std::move(next.value));
   const std::size_t lost = xTakeLost();
   if (lost == 0) return;
   ko::log::error(MemoryContract::kModule, MemoryContract::kRaiseEvent)
@@ -79,7 +79,8 @@ EventQueue::Delivery EventQueue::xTake() {
   return next;
 }
 
-// Only once all is delivered: one that is merely slow would be told of at each event.
+// The loss is reported once all is delivered: else a slow subscriber would be reported at each
+// event.
 std::size_t EventQueue::xTakeLost() {
   if (dropped == 0) return 0;
   std::lock_guard<std::mutex> lock(mutex);

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <array>
 #include <atomic>
 #include <cstddef>
 #include <deque>
@@ -21,20 +22,21 @@ class EventReceiver {
   EventReceiver(boost::weak_ptr<QVBroker> broker, std::string event, std::string module,
                 std::string method, std::string message);
 
-  void deliver(const QVValue& value);
+  void deliver(QVValue value);
 
   /** Returns the subscriber and his event, as the start of a line. */
   std::string getText() const;
 
  private:
-  void xCall(const QVValue& value);
+  void xCall();
   void xLogOnce(const std::string& failure);
 
   const boost::weak_ptr<QVBroker> broker;
   const std::string event;
   const std::string module;
   const std::string method;
-  const std::string message;
+  /** The event, the value that is being delivered, and the message. */
+  std::array<QVValue, 3> arguments;
   std::string lastFailure;
 };
 

@@ -44,7 +44,7 @@ KDL::Joint toKdl(const Model::JointConfig& joint) {
 struct Kinematics::Segment {
   KDL::Segment segment;
   std::size_t parentLink;
-  // Its own position, or that of the joint which it mimics.
+  // The index of its own position, or of the joint that it mimics.
   std::size_t position;
   double multiplier;
   double offset;

@@ -2,6 +2,7 @@
 
 #include <cstdint>
 #include <mutex>
+#include <set>
 
 #include <boost/make_shared.hpp>
 #include <boost/smart_ptr/enable_shared_from_this.hpp>
@@ -10,6 +11,7 @@
 #include "platform/ko/internal/event_loop.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_memory_proxy.h"
+#include "platform/model/sensor_properties.h"
 #include "robot/services/internal/device_manager.h"
 
 namespace QV::robot {
@@ -91,6 +93,21 @@ void LaserModeActuator::setDelay(std::optional<ko::Duration> delay) {
 
 void LaserModeActuator::setDeadBits(int bits) {
   state->setDeadBits(bits);
+}
+
+LaserModes makeLaserModes(const boost::shared_ptr<QVBroker>& broker,
+                          const boost::shared_ptr<DeviceManager>& devices,
+                          const Model::Robot& robot) {
+  LaserModes modes;
+  std::set<std::string> actuators;
+  for (const auto& [name, config] : robot.sensorConfigs) {
+    const Model::SensorProperties properties(config);
+    const std::string actuator = properties.getText("setOperationMode");
+    if (actuator.empty() || !actuators.insert(actuator).second) continue;
+    modes.push_back(std::make_unique<LaserModeActuator>(
+        broker, devices, actuator, properties.getText("getOperationMode"), ko::Duration::zero()));
+  }
+  return modes;
 }
 
 }  // namespace QV::robot

@@ -1,13 +1,16 @@
 #pragma once
 
 #include <functional>
+#include <memory>
 #include <optional>
 #include <string>
+#include <vector>
 
 #include <boost/shared_ptr.hpp>
 
 #include "platform/api.h"
 #include "platform/ko/clock.h"
+#include "platform/model/robot.h"
 
 namespace QV {
 class QVBroker;
@@ -52,5 +55,12 @@ class QV_API LaserModeActuator {
   const std::string actuator;
   const boost::shared_ptr<State> state;
 };
+
+using LaserModes = std::vector<std::unique_ptr<LaserModeActuator>>;
+
+/** Makes each mode that lasers of a robot share, for one that others drive: it shows at once. */
+QV_API LaserModes makeLaserModes(const boost::shared_ptr<QVBroker>& broker,
+                                 const boost::shared_ptr<DeviceManager>& devices,
+                                 const Model::Robot& robot);
 
 }  // namespace QV::robot

@@ -64,7 +64,7 @@ void MemoryService::xBindEvents() {
 }
 
 void MemoryService::raiseEvent(const std::string& event, const QVValue& value) {
-  // Or two at once might be stored in one order and delivered in the other.
+  // The lock keeps two events from being stored in one order and delivered in the other.
   std::lock_guard<std::mutex> lock(raising);
   store->insertData(event, value);
   if (InputListener* const hears = listener) hears->onWrite(event, value, true);

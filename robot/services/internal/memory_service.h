@@ -32,7 +32,7 @@ class QV_API MemoryService : public QVModule {
   /** Waits for events that are being delivered. */
   ~MemoryService() override;
 
-  // For the robot itself, past the broker. Safe from any thread; errors as QVMemoryProxy has them.
+  // The robot itself calls these, without the broker. Thread-safe; errors are QVMemoryProxy's.
 
   QVValue getData(const std::string& key) const;
   void insertData(const std::string& key, const QVValue& value);

@@ -15,7 +15,7 @@ std::string quoted(const std::string& key) {
   return "key \"" + key + "\"";
 }
 
-const char* typeOf(const QVValue& value) {
+const char* nameOfType(const QVValue& value) {
   return QVValue::getTypeName(value.getType());
 }
 
@@ -45,7 +45,7 @@ void* MemoryStore::getDataPtr(const std::string& key) {
   const Entry& entry = xFind(key, MemoryContract::kGetDataPtr);
   if (!isKeptInCell(entry.value)) {
     throw QVError(MemoryContract::kModule, MemoryContract::kGetDataPtr,
-                  quoted(key) + ": int or float expected, " + typeOf(entry.value) + " found");
+                  quoted(key) + ": int or float expected, " + nameOfType(entry.value) + " found");
   }
   entry.connected = true;
   return &entry.cell;
@@ -58,8 +58,8 @@ void MemoryStore::insertData(const std::string& key, const QVValue& value) {
   Entry& entry = entries[key];
   if (entry.connected && entry.value.getType() != value.getType()) {
     throw QVError(MemoryContract::kModule, MemoryContract::kInsertData,
-                  quoted(key) + " is connected: " + typeOf(entry.value) + " expected, " +
-                      typeOf(value) + " given");
+                  quoted(key) + " is connected: " + nameOfType(entry.value) + " expected, " +
+                      nameOfType(value) + " given");
   }
   xReplace(entry, value);
 }

@@ -9,7 +9,7 @@ namespace QV::robot {
 
 /**
  * Hands out the robot's description, module "QVRobotModel": "getConfig" answers the XML as it was
- * given. It writes no memory key. Safe from any thread.
+ * given. It writes no memory key. Thread-safe.
  */
 class QV_API RobotModelService : public QVModule {
  public:

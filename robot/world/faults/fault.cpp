@@ -13,7 +13,7 @@ namespace {
 constexpr std::array<const char*, 7> kNames{"off",  "stuck",   "garbage",     "wrong",
                                             "slow", "delayed", "intermittent"};
 constexpr double kFaultNsPerSecond = 1e9;
-// A hundred days, far below what a duration holds.
+// The limit is a hundred days, far below the limit of a duration.
 constexpr double kMostSeconds = 8.64e6;
 
 [[noreturn]] void refuse(const std::string& expected, const std::string& given) {
@@ -29,7 +29,7 @@ void readTimes(const std::string& text, Fault& fault) {
   const auto from = Model::toNumber(text.substr(0, dash));
   const auto to = dash == std::string::npos ? std::nullopt : Model::toNumber(text.substr(dash + 1));
   if (!from || !to || *from < 0.0 || *to > kMostSeconds || !(*from < *to)) {
-    refuse("FROM-TO in seconds, FROM before TO,", text);
+    refuse("FROM-TO (seconds, FROM below TO)", text);
   }
   fault.from = toDuration(*from);
   fault.to = toDuration(*to);

@@ -24,8 +24,8 @@ class QV_API UnitFactory {
   using Creator =
       std::function<std::unique_ptr<SensorUnit>(const Model::SensorConfig&, const UnitContext&)>;
   /**
-   * Makes the units of all sensors that share hardware, in the order of their names; of none, too.
-   * What a service asks to measure, as it does sonars and cameras, is no unit: it is plugged in.
+   * Makes the units of all sensors that share hardware, in the order of their names; also of none.
+   * Sonars and cameras are no units: their services ask them to measure, so they plug in there.
    */
   using GroupCreator =
       std::function<Units(const std::vector<Model::SensorConfig>&, const UnitContext&)>;

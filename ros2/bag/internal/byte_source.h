@@ -25,7 +25,7 @@ class ByteSource {
   virtual void xRead(std::uint64_t offset, std::span<std::uint8_t> bytes) const = 0;
 };
 
-/** Opens a file. One that can't be read: std::runtime_error that names it. */
+/** Opens a file. Throws std::runtime_error with its name if it can't be read. */
 QV_API std::unique_ptr<ByteSource> openFile(const std::string& path);
 /** `bytes` must outlive it. */
 QV_API std::unique_ptr<ByteSource> openMemory(BytesView bytes);

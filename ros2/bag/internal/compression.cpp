@@ -8,7 +8,7 @@
 namespace QV::ros2 {
 namespace {
 
-// As fast as it is to write what is packed, and still a third of what lz4 makes of a robot's run.
+// This level packs as fast as the result is written, to a third of the size of lz4.
 constexpr int kZstdLevel = -3;
 
 void expectSize(std::size_t expected, std::size_t given) {
@@ -17,7 +17,7 @@ void expectSize(std::size_t expected, std::size_t given) {
                              std::to_string(given));
 }
 
-// To make one for each chunk would take longer than a small chunk does.
+// The context is kept: making one per chunk would take longer than a small chunk.
 void unpackZstd(BytesView packed, std::span<std::uint8_t> bytes) {
   thread_local const std::unique_ptr<ZSTD_DCtx, std::size_t (*)(ZSTD_DCtx*)> context(
       ZSTD_createDCtx(), ZSTD_freeDCtx);

@@ -10,7 +10,7 @@ namespace QV::ros2 {
 
 /** The CRC-32 of zlib, going on from that of the bytes before. */
 inline std::uint32_t crc32(BytesView bytes, std::uint32_t before = 0) {
-  // Of no bytes at no place it would give that of none before.
+  // libdeflate_crc32 of a null pointer ignores `before`, so an empty range is handled here.
   return bytes.empty() ? before : libdeflate_crc32(before, bytes.data(), bytes.size());
 }
 

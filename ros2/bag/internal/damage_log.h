@@ -8,8 +8,8 @@
 namespace QV::ros2 {
 
 /**
- * Counts what can't be read of one file, each place once. It remembers kMostPlaces of them; then
- * only one behind all others is sure to be new, and is counted.
+ * Counts the unreadable places of one file, each once. It remembers kMostPlaces of them; later only
+ * a place behind all others is surely new, and is counted.
  */
 class QV_API DamageLog {
  public:

@@ -6,12 +6,11 @@
 
 namespace QV::ros2 {
 
-/** True if a chunk begins there, and what it says of its own length holds. */
+/** True if a chunk begins there and its length is correct. */
 bool isWholeChunk(const ByteSource& source, std::uint64_t place);
 
 /**
- * Finds where the next chunk begins that is whole by what it says of itself; nothing if there is
- * none.
+ * Finds the beginning of the next chunk with a correct length; std::nullopt if there is none.
  */
 std::optional<std::uint64_t> findChunk(const ByteSource& source, std::uint64_t from);
 

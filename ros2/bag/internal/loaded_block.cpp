@@ -41,7 +41,8 @@ Records readBytes(const ByteSource& source, const McapBlock& block, const McapLi
 Records unpackChunk(const Records& read, const McapLimits& limits) {
   const auto [op, length] = mcap::parseHead(read.bytes);
   if (op != Op::chunk || length != read.bytes.size() - mcap::kHeadSize)
-    throw std::runtime_error("no chunk of " + std::to_string(read.bytes.size()) + " bytes");
+    throw std::runtime_error("a chunk of " + std::to_string(read.bytes.size()) +
+                             " bytes expected, another record or length given");
   const mcap::Chunk chunk = mcap::parseChunk(read.bytes.subspan(mcap::kHeadSize));
   expectLimit(chunk.size, limits);
   Records records{read.owner, chunk.packed};

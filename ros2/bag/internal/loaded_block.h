@@ -24,8 +24,8 @@ struct LoadedBlock {
 };
 
 /**
- * Loads a block in the file's order; what it says of channels goes to `contents`. One that can't be
- * read throws std::runtime_error; messages of unknown channels are left out and counted.
+ * Loads a block in the file's order; its channels go to `contents`. Throws std::runtime_error if it
+ * can't be read; messages of unknown channels are left out and counted.
  */
 LoadedBlock loadBlock(const ByteSource& source, const McapBlock& block, const McapLimits& limits,
                       McapContents& contents, DamageLog& damage);

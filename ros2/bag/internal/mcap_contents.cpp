@@ -27,7 +27,7 @@ void McapContents::addSchema(mcap::Schema schema) {
     xClaim(schema.name.size() + schema.encoding.size() + schema.text.size());
     schemas.emplace(id, std::move(schema));
   } else if (known->second != schema) {
-    throw std::runtime_error("schema " + std::to_string(id) + " comes again and is another");
+    throw std::runtime_error("schema " + std::to_string(id) + " is defined twice, differently");
   }
 }
 
@@ -48,7 +48,7 @@ void McapContents::addChannel(const mcap::Channel& channel) {
     topics.emplace(channel.id, std::move(topic));
   } else if (known->second != topic) {
     throw std::runtime_error("channel " + std::to_string(channel.id) +
-                             " comes again and is another");
+                             " is defined twice, differently");
   }
 }
 

@@ -22,7 +22,7 @@ struct McapBlock {
   std::uint64_t endTime = 0;
 };
 
-/** The contents of a file, and where they stand. More than `limits` allow: std::runtime_error. */
+/** The contents of a file, with their places. Throws std::runtime_error above `limits`. */
 class McapContents {
  public:
   explicit McapContents(const McapLimits& limits = {}) : limits(limits) {}
@@ -31,14 +31,14 @@ class McapContents {
   /** The places of their records. */
   std::vector<std::uint64_t> metadata;
   std::vector<std::uint64_t> attachments;
-  /** The place of the record behind all data; nothing where the file is cut. */
+  /** The place of the record behind all data; std::nullopt if the file is cut. */
   std::optional<std::uint64_t> dataEnd;
   /** The topics by channel. */
   std::map<std::uint16_t, BagTopic> topics;
-  /** Messages of each channel; nothing where no index says so. */
+  /** The number of messages of each channel; std::nullopt without an index. */
   std::optional<std::map<std::uint16_t, std::uint64_t>> counts;
 
-  /** A schema or channel that contradicts what is known already: std::runtime_error. */
+  /** Throws std::runtime_error for a schema or channel that contradicts a known one. */
   void add(mcap::Op op, BytesView content);
   void addSchema(mcap::Schema schema);
   void addChannel(const mcap::Channel& channel);
@@ -53,13 +53,14 @@ class McapContents {
   std::map<std::uint16_t, mcap::Schema> schemas;
 };
 
-/** The content of a record without its head; another or a longer one: std::runtime_error. */
+/** Returns the content of a record without its head. Throws std::runtime_error for another or a
+ * longer record. */
 Bytes readRecord(const ByteSource& source, std::uint64_t offset, mcap::Op expected,
                  std::uint64_t mostBytes);
 
 /**
- * Reads what the file's end says of it; nothing if that was left out. What can't be trusted throws
- * std::runtime_error that says why.
+ * Reads the summary at the file's end; std::nullopt without one. Throws std::runtime_error with the
+ * reason for an invalid one.
  */
 std::optional<McapContents> readSummary(const ByteSource& source, const McapLimits& limits);
 

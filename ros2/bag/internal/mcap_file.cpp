@@ -111,7 +111,7 @@ class McapFile : public BagFile {
     if (content.size() < sizeof expected) return;
     std::memcpy(&expected, content.data(), sizeof expected);
     if (expected != 0 && xCrcTo(*contents.dataEnd) != expected)
-      damage.add(*contents.dataEnd, "the CRC of all before is wrong");
+      damage.add(*contents.dataEnd, "the CRC of the data section is wrong");
   }
 
   std::uint32_t xCrcTo(std::uint64_t end) const {
@@ -130,7 +130,9 @@ class McapFile : public BagFile {
     std::array<std::uint8_t, mcap::kMagic.size()> magic{};
     if (source->getSize() >= magic.size()) source->read(0, magic);
     if (magic != mcap::kMagic)
-      throw std::runtime_error(path + ": byte 0: the magic of MCAP expected, other bytes given");
+      throw std::runtime_error(
+          path +
+          ": byte 0: a recording (.mcap, .db3 or a rosbag2 folder) expected, other bytes given");
   }
 
   void xReadContents() {

@@ -29,7 +29,7 @@ enum class Op : std::uint8_t {
 };
 
 constexpr std::array<std::uint8_t, 8> kMagic = {0x89, 'M', 'C', 'A', 'P', '0', '\r', '\n'};
-/** The size of what stands before each record's content: operation and length. */
+/** The size of a record's head: operation and length. */
 constexpr std::size_t kHeadSize = 9;
 constexpr std::size_t kFooterSize = kHeadSize + 20;
 

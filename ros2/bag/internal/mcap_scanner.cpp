@@ -25,7 +25,7 @@ class Scanner {
     try {
       xScanRecords();
     } catch (const std::runtime_error& error) {
-      damage.add(position, std::string("not read on from here: ") + error.what());
+      damage.add(position, std::string("reading stopped here: ") + error.what());
     }
     xEndRun();
     xLoadAgain();
@@ -42,7 +42,7 @@ class Scanner {
     }
   }
 
-  /** Nothing where the file is cut, and no chunk is found behind. */
+  /** Returns std::nullopt if the file is cut and no chunk follows. */
   std::optional<mcap::Head> xReadHead() {
     const auto head = xHeadAt(position);
     const bool isChunk = head && head->op == Op::chunk;
@@ -52,8 +52,8 @@ class Scanner {
       damage.add(position, "the file is cut here");
       return std::nullopt;
     }
-    damage.addChunk(
-        position, "no record that ends where it says; read on from byte " + std::to_string(*next));
+    damage.addChunk(position,
+                    "a record with a wrong length; continued at byte " + std::to_string(*next));
     xEndRun();
     position = *next;
     return xHeadAt(position);
@@ -115,7 +115,7 @@ class Scanner {
     return true;
   }
 
-  // Where a file is damaged, what a channel is may stand behind its messages.
+  // In a damaged file the channel record may follow its messages, so blocks are loaded again.
   void xLoadAgain() {
     std::set<std::uint64_t> empty;
     for (const std::size_t index : again) {

@@ -31,7 +31,7 @@ Bytes readSummaryBytes(const ByteSource& source, const mcap::Footer& footer,
   if (footer.summaryStart < kMagic.size() || footer.summaryStart > end)
     throw std::runtime_error("no summary");
   if (end - footer.summaryStart > limits.chunk) throw std::runtime_error("the summary is too long");
-  // The CRC covers what of the footer stands before it.
+  // The CRC covers the part of the footer before it.
   Bytes bytes(static_cast<std::size_t>(end - footer.summaryStart) + kFooterSize -
               sizeof footer.crc);
   source.read(footer.summaryStart, bytes);
@@ -61,7 +61,7 @@ class SummaryReader {
     if (!statistics) throw std::runtime_error("no statistics");
     if (statistics->chunkCount != contents.blocks.size() ||
         (statistics->messageCount > 0 && contents.blocks.empty()))
-      throw std::runtime_error("no index of all chunks");
+      throw std::runtime_error("the index does not list all chunks");
     auto& blocks = contents.blocks;
     std::sort(blocks.begin(), blocks.end(),
               [](const auto& a, const auto& b) { return a.offset < b.offset; });

@@ -12,8 +12,8 @@ namespace QV::ros2 {
 /** A file that grows by whole records, with the CRC of all that it holds. Not copyable. */
 class OutputFile {
  public:
-  /** Opens the file; "-" is standard output. One that can't be made: std::runtime_error that
-   * names it. */
+  /** Opens the file; "-" is standard output. Throws std::runtime_error with its name if it can't be
+   * created. */
   explicit OutputFile(const std::string& path);
   ~OutputFile();
   OutputFile(const OutputFile&) = delete;

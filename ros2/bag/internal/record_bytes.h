@@ -36,7 +36,7 @@ class RecordWriter {
   Bytes& bytes;
 };
 
-/** Takes MCAP records apart; what runs past the end throws std::runtime_error. */
+/** Takes MCAP records apart. Throws std::runtime_error if a record runs past the end. */
 class RecordReader {
  public:
   explicit RecordReader(BytesView bytes) : bytes(bytes) {}

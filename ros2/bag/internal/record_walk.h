@@ -7,7 +7,8 @@
 
 namespace QV::ros2 {
 
-/** Calls `visit(op, content)` for each record; one that runs past the end: std::runtime_error. */
+/** Calls `visit(op, content)` for each record. Throws std::runtime_error if one runs past the end.
+ */
 template <typename Visit>
 void walkRecords(BytesView bytes, const Visit& visit) {
   while (!bytes.empty()) {

@@ -40,7 +40,7 @@ void SpilledBytes::append(BytesView bytes) {
   if (recent.size() >= kMostInMemory) xSpill();
 }
 
-// Beside a pipe or a device there is no room for files.
+// A pipe or a device has no folder for files.
 void SpilledBytes::xOpen() {
   const fs::path folder = fs::absolute(neighbour).parent_path();
   std::error_code ignored;

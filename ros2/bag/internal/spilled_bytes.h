@@ -19,11 +19,12 @@ class QV_API SpilledBytes {
   SpilledBytes(const SpilledBytes&) = delete;
   SpilledBytes& operator=(const SpilledBytes&) = delete;
 
-  /** Appends bytes. What can't be written: std::runtime_error. */
+  /** Appends bytes. Throws std::runtime_error if they can't be written. */
   void append(BytesView bytes);
   std::uint64_t getSize() const { return spilled + recent.size(); }
 
-  /** Calls `take` with all of them, piece by piece. What can't be read: std::runtime_error. */
+  /** Calls `take` with all bytes, piece by piece. Throws std::runtime_error if they can't be read.
+   */
   template <typename Take>
   void read(const Take& take) const {
     Bytes piece;

@@ -55,6 +55,13 @@ ddsi_serdata* refer(const ddsi_serdata* data, std::size_t offset, std::size_t si
   return ddsi_serdata_ref(data);
 }
 
+bool copyTo(const ddsi_serdata* data, void* sample, void**, void*) {
+  const CdrData& cdr = cdrOf(data);
+  const auto begin = cdr.bytes.begin();
+  static_cast<Bytes*>(sample)->assign(begin, begin + static_cast<std::ptrdiff_t>(cdr.size));
+  return true;
+}
+
 const ddsi_serdata_ops& dataOperations() {
   static const ddsi_serdata_ops operations = [] {
     ddsi_serdata_ops ops{};
@@ -75,12 +82,7 @@ const ddsi_serdata_ops& dataOperations() {
     };
     ops.to_ser_ref = refer;
     ops.to_ser_unref = [](ddsi_serdata* data, const ddsrt_iovec_t*) { ddsi_serdata_unref(data); };
-    ops.to_sample = [](const ddsi_serdata* data, void* sample, void**, void*) {
-      const CdrData& cdr = cdrOf(data);
-      static_cast<Bytes*>(sample)->assign(
-          cdr.bytes.begin(), cdr.bytes.begin() + static_cast<std::ptrdiff_t>(cdr.size));
-      return true;
-    };
+    ops.to_sample = copyTo;
     ops.to_untyped = [](const ddsi_serdata* data) { return makeKey(data->type); };
     ops.untyped_to_sample = [](const ddsi_sertype*, const ddsi_serdata*, void*, void**, void*) {
       return true;

@@ -5,6 +5,7 @@
 #include <dds/ddsi/ddsi_sertype.h>
 #include <string>
 
+#include "platform/api.h"
 #include "ros2/messages/message_type.h"
 
 namespace QV::ros2 {
@@ -22,6 +23,6 @@ struct CdrData : ddsi_serdata {
  * Makes a type for dds_create_topic_sertype, which owns it then; before, ddsi_sertype_unref frees
  * it.
  */
-ddsi_sertype* makeCdrType(const std::string& ddsName);
+QV_API ddsi_sertype* makeCdrType(const std::string& ddsName);
 
 }  // namespace QV::ros2

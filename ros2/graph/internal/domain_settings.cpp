@@ -33,8 +33,8 @@ std::string escaped(const std::string& text) {
 
 std::string general(const GraphOptions& options) {
   std::string text = "<General>";
-  // Peers of other makers on this machine tell only the addresses of its network: what listens on
-  // the loopback interface alone would not find them.
+  // Peers with other DDS implementations on this machine announce only its network addresses, so a
+  // participant on the loopback interface alone would not find them.
   if (!options.networkInterface.empty())
     text += "<Interfaces><NetworkInterface name=\"" + escaped(options.networkInterface) +
             "\"/></Interfaces>";
@@ -55,8 +55,8 @@ std::string discovery(const GraphOptions& options) {
   if (options.range == DiscoveryRange::off)
     return "<Discovery>" + domain + "<ParticipantIndex>none</ParticipantIndex><Tag>qv_off_" +
            std::to_string(::getpid()) + "</Tag></Discovery>";
-  // Who calls by multicast is not heard on this machine alone: he must be called again and again.
-  // In a network calls get lost, and half a minute, as it comes, is long.
+  // Multicast discovery is not received in localhost mode, so discovery is sent every second.
+  // In a network messages get lost, and the default of 30 s is long.
   const char* const calls = options.range == DiscoveryRange::localhost
                                 ? "<SPDPInterval>1 s</SPDPInterval>"
                                 : "<SPDPInterval>3 s</SPDPInterval>";

@@ -4,7 +4,7 @@
 
 namespace QV::ros2 {
 
-/** A node as its endpoints know it; told to the graph as long as it is there. */
+/** A node as its endpoints know it; announced to the graph while it lives. */
 struct SharedNode {
   SharedNode(std::shared_ptr<Participant> participant, NodeEntities entities)
       : participant(std::move(participant)), entities(std::move(entities)) {

@@ -11,9 +11,10 @@ std::string expandTopic(const std::string& topic, const std::string& nameSpace,
 /** std::invalid_argument for one that is none. */
 void checkNode(const std::string& name, const std::string& nameSpace);
 
-/** "/scan" of "rt/scan"; nothing for what is no topic of ROS. */
+/** Returns "/scan" for "rt/scan"; std::nullopt if it is no topic of ROS. */
 std::optional<std::string> topicOfDds(const std::string& name);
-/** "sensor_msgs/msg/LaserScan" of "sensor_msgs::msg::dds_::LaserScan_"; nothing likewise. */
+/** Returns "sensor_msgs/msg/LaserScan" for "sensor_msgs::msg::dds_::LaserScan_"; std::nullopt if it
+ * is no type of ROS. */
 std::optional<std::string> typeOfDds(const std::string& name);
 
 }  // namespace QV::ros2

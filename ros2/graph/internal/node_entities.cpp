@@ -14,7 +14,7 @@ struct Gid {
   std::array<std::uint8_t, size> data{};
 
   static const MessageType& getType() {
-    static const MessageType type(layoutOf<Gid>("rmw_dds_common/msg/Gid", {{"data", &Gid::data}}));
+    static const MessageType type(makeType<Gid>("rmw_dds_common/msg/Gid", {{"data", &Gid::data}}));
     return type;
   }
 };
@@ -28,7 +28,7 @@ struct NodeInfo {
 
   static const MessageType& getType() {
     static const MessageType type(
-        layoutOf<NodeInfo>("rmw_dds_common/msg/NodeEntitiesInfo",
+        makeType<NodeInfo>("rmw_dds_common/msg/NodeEntitiesInfo",
                            {{"node_namespace", &NodeInfo::node_namespace, kMostLetters},
                             {"node_name", &NodeInfo::node_name, kMostLetters},
                             {"reader_gid_seq", &NodeInfo::reader_gid_seq},
@@ -43,7 +43,7 @@ struct ParticipantInfo {
   std::vector<NodeInfo<size>> node_entities_info_seq;
 
   static const MessageType& getType() {
-    static const MessageType type(layoutOf<ParticipantInfo>(
+    static const MessageType type(makeType<ParticipantInfo>(
         "rmw_dds_common/msg/ParticipantEntitiesInfo",
         {{"gid", &ParticipantInfo::gid},
          {"node_entities_info_seq", &ParticipantInfo::node_entities_info_seq}}));

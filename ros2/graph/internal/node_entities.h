@@ -19,7 +19,7 @@ struct NodeEntities {
   std::vector<Guid> writers;
 };
 
-/** The type that tells the nodes of a participant ("ros_discovery_info"). */
+/** The type that announces the nodes of a participant ("ros_discovery_info"). */
 QV_API const MessageType& getNodesType(RosDistro distro);
 QV_API Bytes encodeNodes(RosDistro distro, const Guid& participant,
                          const std::vector<const NodeEntities*>& nodes);

@@ -112,7 +112,8 @@ void Participant::xAnnounce() {
   const auto result =
       dds_writecdr(nodesWriter.get(), new CdrData(nodesTopic.type, SDK_DATA, std::move(cdr)));
   if (result < 0)
-    ko::log::warning("ROS2.Graph", "announce") << "nodes not told: " << dds_strretcode(-result);
+    ko::log::warning("ROS2.Graph", "announce")
+        << "can't announce the node names: " << dds_strretcode(-result);
 }
 
 }  // namespace QV::ros2

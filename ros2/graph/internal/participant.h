@@ -12,7 +12,7 @@
 
 namespace QV::ros2 {
 
-/** Throws std::runtime_error that says what failed, if `result` is an error; gives it otherwise. */
+/** Returns `result`. Throws std::runtime_error with the failed action if it is an error. */
 dds_entity_t checked(dds_entity_t result, const std::string& what);
 
 Guid guidOf(dds_entity_t entity);
@@ -63,7 +63,7 @@ class Participant {
 
   Topic makeTopic(const std::string& ddsName, const MessageType& type) const;
 
-  /** Tells all nodes to the graph after `change` has changed one. */
+  /** Announces all nodes to the graph after `change` has changed one. */
   template <typename Change>
   void announce(const Change& change) {
     const std::lock_guard lock(mutex);

@@ -26,7 +26,7 @@ class DdsPublisher : public Publisher {
   }
   ~DdsPublisher() override {
     node->participant->announce([&] { std::erase(node->entities.writers, guid); });
-    // From here on no listener is called.
+    // No listener is called after this reset.
     writer.reset();
   }
 
@@ -39,8 +39,8 @@ class DdsPublisher : public Publisher {
         dds_writecdr(writer.get(), new CdrData(ddsTopic.type, SDK_DATA, std::move(cdr)));
     if (result < 0 && lost++ == 0)
       ko::log::warning("ROS2.Publisher", "write")
-          << topic.name
-          << ": a message is lost, more are only counted: " << dds_strretcode(-result);
+          << topic.name << ": a message could not be sent (further losses are only counted): "
+          << dds_strretcode(-result);
   }
 
  private:

@@ -28,7 +28,7 @@ class DdsSubscription : public Subscription {
   }
   ~DdsSubscription() override {
     node->participant->announce([&] { std::erase(node->entities.readers, guid); });
-    // From here on no listener is called.
+    // No listener is called after this reset.
     reader.reset();
   }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <exception>
 #include <memory>
 #include <mutex>
@@ -11,24 +12,24 @@
 
 namespace QV::ros2 {
 
-/** A topic that asks something of a robot: the last message counts. Safe from any thread. */
+/** A topic that asks something of a robot: the last message counts. Thread-safe. */
 template <typename Message>
 class GraphInput {
  public:
   GraphInput(GraphNode& node, const std::string& topic, const Qos& qos)
       : subscription(node.subscribe(topic, Message::getType(), qos,
                                     [this](const ReceivedMessage& message) { xKeep(message); })) {}
-  // Before what it writes to.
+  // The subscription ends before the members that it writes to.
   ~GraphInput() { subscription.reset(); }
 
   const GraphTopic& getTopic() const { return subscription->getTopic(); }
 
-  /** Acts on the last message that was not taken yet. What is thrown refuses it: it is logged if
-   * the one before was not refused. */
+  /** Acts on the last message that was not taken yet. An exception refuses it: it is logged if the
+   * message before was not refused. */
   template <typename Act>
   void take(const Act& act) {
+    if (!isNew) return;
     const Bytes cdr = xTake();
-    if (cdr.empty()) return;
     try {
       act(fromCdr<Message>(cdr));
       if (std::exchange(isRefused, false))
@@ -43,14 +44,17 @@ class GraphInput {
   void xKeep(const ReceivedMessage& message) {
     const std::lock_guard lock(mutex);
     last.assign(message.cdr.begin(), message.cdr.end());
+    isNew = true;
   }
   Bytes xTake() {
     const std::lock_guard lock(mutex);
+    isNew = false;
     return std::exchange(last, {});
   }
 
   std::mutex mutex;
   Bytes last;
+  std::atomic<bool> isNew{false};
   bool isRefused = false;
   std::unique_ptr<Subscription> subscription;
 };

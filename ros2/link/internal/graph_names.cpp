@@ -1,7 +1,9 @@
 #include "ros2/link/internal/graph_names.h"
 
-#include <cctype>
 #include <stdexcept>
+
+#include "platform/model/sensor_properties.h"
+#include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
 namespace {
@@ -16,19 +18,6 @@ std::set<std::string> framesOf(const session::Session& session) {
 
 }  // namespace
 
-std::string toGraphName(const std::string& text) {
-  std::string name;
-  for (const char letter : text) {
-    const bool isDigit = std::isdigit(static_cast<unsigned char>(letter)) != 0;
-    const bool isFirst = name.empty() || name.back() == '/';
-    if (isDigit && isFirst) name += '_';
-    const bool isKept = isDigit || letter == '/' || letter == '_' ||
-                        (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z');
-    name += isKept ? letter : '_';
-  }
-  return name;
-}
-
 std::string nodeNameOf(const session::Session& session, const std::string& asked) {
   if (!asked.empty()) return asked;
   const auto* robot = session.getDescription();
@@ -38,6 +27,21 @@ std::string nodeNameOf(const session::Session& session, const std::string& asked
     if (letter == '/') letter = '_';
   }
   return name;
+}
+
+// A camera's CameraInfo is beside its images, wherever these are.
+std::map<std::string, std::string> topicsNamedBy(const session::Session& session) {
+  std::map<std::string, std::string> topics;
+  if (!session.getDescription()) return topics;
+  for (const auto& [name, config] : session.getDescription()->sensorConfigs) {
+    const std::string topic = Model::SensorProperties(config).getText("topic");
+    if (topic.empty()) continue;
+    for (const char* const what : {"scan", "range", "contact", "image"})
+      topics[driverTopicOf(name, what)] = topic;
+    topics[driverTopicOf(name, "camera_info")] =
+        topic.substr(0, topic.rfind('/') + 1) + "camera_info";
+  }
+  return topics;
 }
 
 std::set<std::string> mountedOn(const session::Session& session) {

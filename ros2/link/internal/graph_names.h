@@ -1,5 +1,6 @@
 #pragma once
 
+#include <map>
 #include <set>
 #include <string>
 
@@ -8,11 +9,11 @@
 
 namespace QV::ros2 {
 
-/** "Sonar/Front_left" for "Sonar/Front-left": what a topic may be called. */
-std::string toGraphName(const std::string& text);
-
 /** Returns the name that is asked for, or else one after the robot. */
 std::string nodeNameOf(const session::Session& session, const std::string& asked);
+
+/** The topics that the sensors' properties "topic" name, by those that they stand for. */
+std::map<std::string, std::string> topicsNamedBy(const session::Session& session);
 
 /** The sensors that have frames of their own. */
 std::set<std::string> mountedOn(const session::Session& session);

@@ -41,7 +41,7 @@ class QV_API GraphOrders {
   std::optional<Places> places;
 };
 
-/** The velocity that is asked for; std::runtime_error for what is none. */
+/** Returns the commanded velocity. Throws std::runtime_error for an invalid one. */
 Math::Pose2D velocityOf(const geometry_msgs::Twist& twist);
 /** std::runtime_error for a stamp that is far from now; none at all is as good as now. */
 void checkStamp(const builtin_interfaces::Time& stamp);

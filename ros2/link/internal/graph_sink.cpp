@@ -3,8 +3,8 @@
 #include <algorithm>
 #include <utility>
 
-#include "ros2/link/internal/graph_names.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
 namespace {
@@ -13,7 +13,7 @@ bool isOneOf(const std::string& name, std::initializer_list<const char*> names) 
   return std::ranges::find(names, name) != names.end();
 }
 
-/** Up to Humble one type was shorter. */
+/** Range had no variance up to Humble. */
 const MessageType& typeFor(RosDistro distro, const MessageType& type) {
   const bool isShorter = distro == RosDistro::humble && &type == &sensor_msgs::Range::getType();
   return isShorter ? sensor_msgs::Range::getTypeWithoutVariance() : type;
@@ -21,10 +21,13 @@ const MessageType& typeFor(RosDistro distro, const MessageType& type) {
 
 }  // namespace
 
-GraphSink::GraphSink(GraphNode& node, RosDistro distro, bool hasOwnFrames)
-    : node(node), distro(distro), hasOwnFrames(hasOwnFrames) {}
+GraphSink::GraphSink(GraphNode& node, RosDistro distro, bool hasOwnFrames,
+                     std::map<std::string, std::string> named)
+    : node(node), distro(distro), hasOwnFrames(hasOwnFrames), named(std::move(named)) {}
 
 std::string GraphSink::xPlace(const std::string& name) const {
+  const auto other = named.find(name);
+  if (other != named.end()) return other->second;
   const bool isShared = isOneOf(name, {"/clock", "/diagnostics"}) ||
                         (!hasOwnFrames && isOneOf(name, {"/tf", "/tf_static"}));
   return isShared ? name : toGraphName(name.substr(1));
@@ -32,7 +35,9 @@ std::string GraphSink::xPlace(const std::string& name) const {
 
 std::uint16_t GraphSink::addTopic(const SessionTopic& topic) {
   const MessageType& type = typeFor(distro, *topic.type);
-  topics.push_back({&type, topic.sensor, node.publish(xPlace(topic.name), type, topic.qos)});
+  auto publisher =
+      node.publish(xPlace(topic.name), type, topic.qos, [this](std::size_t) { ++matches; });
+  topics.push_back({&type, topic.sensor, std::move(publisher)});
   return static_cast<std::uint16_t>(topics.size() - 1);
 }
 

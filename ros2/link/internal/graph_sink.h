@@ -1,5 +1,8 @@
 #pragma once
 
+#include <atomic>
+#include <cstdint>
+#include <map>
 #include <memory>
 #include <set>
 #include <string>
@@ -11,16 +14,20 @@
 namespace QV::ros2 {
 
 /** Publishes the topics of a session as those of a node. Topics are added by one thread, before
- * others use it; writing and the rest is safe from any thread. */
+ * others use it; writing and the rest is thread-safe. */
 class GraphSink : public MessageSink {
  public:
-  /** `node` must outlive it. `hasOwnFrames`: tf is in the node's namespace, too. */
-  GraphSink(GraphNode& node, RosDistro distro, bool hasOwnFrames);
+  /** `node` must outlive it. `hasOwnFrames`: tf is in the node's namespace, too. `named`: other
+   * names of topics, as GraphNode has them. */
+  GraphSink(GraphNode& node, RosDistro distro, bool hasOwnFrames,
+            std::map<std::string, std::string> named);
 
   std::uint16_t addTopic(const SessionTopic& topic) override;
   bool isRead(std::uint16_t topic) const override;
 
   std::size_t getSize() const { return topics.size(); }
+  /** How often readers have come or gone. */
+  std::uint64_t getMatchCount() const { return matches; }
   /** True if somebody reads one of the topics from `first` to before `last`. */
   bool hasReaders(std::size_t first, std::size_t last) const;
   /** Returns the sensors of which somebody reads a topic. */
@@ -42,6 +49,8 @@ class GraphSink : public MessageSink {
   GraphNode& node;
   const RosDistro distro;
   const bool hasOwnFrames;
+  const std::map<std::string, std::string> named;
+  std::atomic<std::uint64_t> matches{0};
   std::vector<Topic> topics;
 };
 

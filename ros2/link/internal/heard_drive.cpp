@@ -8,7 +8,7 @@ namespace QV::ros2 {
 namespace {
 
 constexpr ko::Duration kPeriod{100'000'000};
-// A robot that stands needs to hear it, and not for ever.
+// The stop command is repeated, but not for ever.
 constexpr ko::Duration kStanding{500'000'000};
 
 }  // namespace
@@ -37,7 +37,7 @@ void HeardDrive::repeat() {
 void HeardDrive::xSend() {
   sent = ko::Clock::now();
   const geometry_msgs::Twist twist{{velocity.x, velocity.y, 0.0}, {0.0, 0.0, velocity.theta}};
-  // Robots that take both would be told twice.
+  // Robots that take both types would get each command twice.
   if (stamped->getReaderCount() > 0)
     return stamped->write(geometry_msgs::TwistStamped{{time.getStamp(), "base_link"}, twist});
   plain->write(twist);

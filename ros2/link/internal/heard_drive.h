@@ -13,9 +13,9 @@
 namespace QV::ros2 {
 
 /**
- * Tells a robot how to move, again and again, as robots stop that hear nothing: with a stamp if
- * somebody listens to that, else without. Nothing is published before the first command that moves
- * it. Safe from any thread.
+ * Publishes a robot's velocity again and again, because robots stop without it: TwistStamped if
+ * somebody subscribes to that, else Twist. Nothing is published before the first command that moves
+ * it. Thread-safe.
  */
 class HeardDrive {
  public:
@@ -25,7 +25,7 @@ class HeardDrive {
 
   /** Forward, leftward (m/s), turning (rad/s). */
   void set(const Math::Pose2D& newVelocity);
-  /** Once more if it is time. */
+  /** Publishes the command again if it is due. */
   void repeat();
 
  private:

@@ -4,13 +4,12 @@
 #include <utility>
 
 #include "platform/ko/log.h"
-#include "platform/model/sensor_kinds.h"
 #include "ros2/messages/scene_msgs.h"
 
 namespace QV::ros2 {
 namespace {
 
-// A sonar that says nothing for so long has no range.
+// A sonar without a message for this long has no range.
 constexpr ko::Duration kSilence{2'000'000'000};
 
 const MessageType& typeOf(ToldSort sort) {
@@ -36,8 +35,7 @@ Dating datingBy(HeardTime& time) {
 /**
  * True if one is started; of sensors whose kind has one for all of them, bumpers, it is that one.
  */
-bool isOneStarted(const sensor::SensorManager& manager, const Model::SensorConfig& config) {
-  const auto* kind = Model::SensorKinds::standard().findType(config.type);
+bool isOneStarted(const sensor::SensorManager& manager, const Model::SensorKind* kind) {
   if (!kind || !manager.isFamily(kind->family)) return false;
   return std::ranges::any_of(manager.getSensorsByFamily(kind->family),
                              [&](const auto& name) { return manager.isSensorStarted(name); });
@@ -47,7 +45,7 @@ bool isOneStarted(const sensor::SensorManager& manager, const Model::SensorConfi
 
 HeardModules::HeardModules(HeardPlan given)
     : plan(std::move(given)),
-      modules(plan.description, plan.survey, datingBy(*plan.time), "ROS2"),
+      modules(plan.description, plan.survey, datingBy(*plan.time), "ROS2", plan.getKinds()),
       cmdVel(*plan.node, *plan.time, inNameSpace(plan.nameSpace, "cmd_vel")) {
   plan.time->begin(ko::Clock::now());
   xAddTopics();
@@ -87,7 +85,8 @@ void HeardModules::obey(const sensor::SensorManager* newManager) {
 bool HeardModules::xIsWanted(const ToldSensor& sensor) const {
   if (!manager) return true;
   if (manager->isSensor(sensor.name)) return manager->isSensorStarted(sensor.name);
-  return isOneStarted(*manager, modules.getModel().sensorConfigs.at(sensor.name));
+  const int type = modules.getModel().sensorConfigs.at(sensor.name).type;
+  return isOneStarted(*manager, plan.getKinds().findType(type));
 }
 
 bool HeardModules::xIsWanted(const HeardTopic& topic) const {
@@ -113,7 +112,7 @@ void HeardModules::listen() {
 void HeardModules::xListen() {
   for (HeardTopic& topic : topics) {
     const bool isWanted = xIsWanted(topic);
-    // What a reader gets first is new.
+    // Old values are forgotten at the start, so that the first reading is new.
     if (isWanted && !topic.isOn()) modules.forget(topic.getName());
     topic.set(isWanted, *plan.node, *plan.mailbox);
     xLookAt(topic);
@@ -130,7 +129,7 @@ void HeardModules::xTell() {
 }
 
 void HeardModules::xLookAt(HeardTopic& topic) {
-  // Of the rest robots have what they have.
+  // Only sensor topics are expected; other topics are optional.
   if (plan.survey.sensors.count(topic.getName()) == 0) return;
   const auto change = topic.look();
   if (change == HeardTopic::Change::none) return;
@@ -139,7 +138,7 @@ void HeardModules::xLookAt(HeardTopic& topic) {
     return;
   }
   if (change == HeardTopic::Change::lost) {
-    // Its last words would be believed for ever.
+    // The last message would count for ever otherwise.
     plan.mailbox->discard(topic.getName());
     modules.forget(topic.getName());
   }

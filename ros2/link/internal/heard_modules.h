@@ -15,7 +15,7 @@
 
 namespace QV::ros2 {
 
-/** The modules of a robot that a graph tells, and what of the graph is heard. Safe from any thread.
+/** The modules of a robot that a graph tells, and what of the graph is heard. Thread-safe.
  */
 class HeardModules {
  public:
@@ -27,6 +27,7 @@ class HeardModules {
   ToldModules& getModules() { return modules; }
   const std::string& getDescription() const { return plan.description; }
   const boost::shared_ptr<const OccupancyMap>& getMap() const { return plan.map; }
+  const sensor::SensorFactory& getSensors() const { return plan.sensors; }
   HeardTime& getTime() { return *plan.time; }
   void drive(const Math::Pose2D& velocity) { cmdVel.set(velocity); }
 

@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <chrono>
 #include <stdexcept>
-#include <thread>
 #include <utility>
 
 #include <boost/make_shared.hpp>
@@ -38,12 +37,12 @@ void followClock(HeardPlan& plan) {
         mailbox->wake();
       });
   const auto end = MachineClock::now() + kLongestWait;
-  while (!plan.time->hasBegun() && MachineClock::now() < end) plan.mailbox->await(kGlance);
+  while (!plan.time->hasBegun() && MachineClock::now() < end) plan.await();
   if (!plan.time->hasBegun())
     throw std::runtime_error("somebody expected who publishes /clock, nobody found");
 }
 
-// Whoever publishes a map keeps it for those who come later.
+// Publishers of a map keep it for late subscribers.
 boost::shared_ptr<const OccupancyMap> fetchMap(HeardPlan& plan) {
   const std::string topic = inNameSpace(plan.nameSpace, "map");
   const auto subscription = plan.node->subscribe(
@@ -62,33 +61,39 @@ boost::shared_ptr<const OccupancyMap> fetchMap(HeardPlan& plan) {
         return nullptr;
       }
     }
-    plan.mailbox->await(kGlance);
+    plan.await();
   }
   return nullptr;
 }
 
 }  // namespace
 
+void HeardPlan::await() const {
+  mailbox->await(kGlance);
+  if (goesOn && !goesOn()) throw std::runtime_error("the looking about on the graph was ended");
+}
+
 std::string inNameSpace(const std::string& nameSpace, const std::string& topic) {
   return (nameSpace == "/" ? "/" : nameSpace + "/") + topic;
 }
 
-std::vector<GraphTopic> awaitTopics(const Graph& graph) {
+std::vector<GraphTopic> awaitTopics(const HeardPlan& plan) {
   const auto end = MachineClock::now() + kLongestLook;
   std::vector<GraphTopic> topics;
   auto changed = MachineClock::now();
   while (MachineClock::now() < end) {
-    auto now = graph.findTopics();
+    auto now = plan.graph->findTopics();
     if (now.size() != topics.size()) changed = MachineClock::now();
     topics = std::move(now);
     if (!topics.empty() && MachineClock::now() - changed > kQuiet) break;
-    std::this_thread::sleep_for(kGlance);
+    plan.await();
   }
   return topics;
 }
 
 void surveyDescribed(HeardPlan& plan) {
-  plan.survey = surveyDescription(Model::ModelUtils::robotFromXml(plan.description),
+  const auto& kinds = plan.getKinds();
+  plan.survey = surveyDescription(Model::ModelUtils::robotFromXml(plan.description, kinds), kinds,
                                   plan.nameSpace == "/" ? "" : plan.nameSpace);
 }
 
@@ -97,7 +102,9 @@ HeardPlan planRobot(const HeardRobotOptions& options) {
   plan.graph = std::make_unique<Graph>(options.graph);
   plan.node = plan.graph->createNode(options.node, options.nameSpace);
   plan.nameSpace = options.nameSpace;
-  const auto topics = awaitTopics(*plan.graph);
+  plan.sensors = options.sensors;
+  plan.goesOn = options.goesOn;
+  const auto topics = awaitTopics(plan);
   if (options.usesSimTime.value_or(isPublished(topics, kClockTopic))) {
     followClock(plan);
   } else {

@@ -1,6 +1,7 @@
 #pragma once
 
 #include <chrono>
+#include <functional>
 #include <memory>
 #include <string>
 
@@ -12,6 +13,7 @@
 #include "ros2/link/internal/heard_mailbox.h"
 #include "ros2/link/internal/heard_time.h"
 #include "ros2/recording/internal/topic_survey.h"
+#include "sensor/real/sensor_factory.h"
 
 namespace QV::ros2 {
 
@@ -33,19 +35,27 @@ struct HeardPlan {
   std::string description;
   TopicSurvey survey;
   boost::shared_ptr<const OccupancyMap> map;
+  sensor::SensorFactory sensors;
+
+  const Model::SensorKinds& getKinds() const { return sensors.getKinds(); }
+  /** Empty where nobody wants to end the looking about. */
+  std::function<bool()> goesOn;
+
+  /** Waits for messages, a glance long; std::runtime_error if somebody wants no more. */
+  void await() const;
 };
 
 /** Looks about. Errors as HeardRobot has them. */
 HeardPlan planRobot(const HeardRobotOptions& options);
 
 /** Waits for what others publish, until it has not changed for a while; at most two seconds. */
-std::vector<GraphTopic> awaitTopics(const Graph& graph);
+std::vector<GraphTopic> awaitTopics(const HeardPlan& plan);
 
 /** "/robot1/odom" of "odom" in "/robot1". */
 std::string inNameSpace(const std::string& nameSpace, const std::string& topic);
 
-/** Fills description and survey from what is on the graph; std::runtime_error if no topic makes a
- * sensor. */
+/** Fills description and survey from the graph. Throws std::runtime_error if there is no sensor
+ * topic. */
 void surveyGraph(HeardPlan& plan);
 
 /** Surveys the sensors of the plan's description. */

@@ -13,8 +13,8 @@
 namespace QV::ros2 {
 namespace {
 
-// What a session that was not run for so long has missed is not made up: what has come meanwhile is
-// told at once, and would look old by the end of it.
+// A session that was not run for so long skips the time: messages that came meanwhile are handled
+// at once, and would look old at the end of it.
 constexpr std::chrono::milliseconds kLongPause{200};
 // A clock that does not move for so long stands still.
 constexpr std::chrono::milliseconds kStandstill{500};
@@ -25,7 +25,8 @@ constexpr std::chrono::milliseconds kLongestGlance{5};
 HeardSessionRobot::HeardSessionRobot(HeardPlan plan)
     : modules(std::make_unique<HeardModules>(std::move(plan))),
       map(modules->getMap() ? modules->getMap() : makeUnknownMap()),
-      navigation(boost::make_shared<sensor::NavigationModule>(told().getBroker())),
+      navigation(
+          boost::make_shared<sensor::NavigationModule>(told().getBroker(), modules->getSensors())),
       hosting(told().getBroker(), navigation) {
   modules->obey(&navigation->getManager());
 }
@@ -39,7 +40,7 @@ std::string HeardSessionRobot::getTitle() const {
 }
 
 void HeardSessionRobot::setPose(const Math::Pose2D&) {
-  throw session::UsageError("a robot that can be moved expected, one on a ROS 2 graph given");
+  throw session::UsageError("a robot on a ROS 2 graph can't be placed at a pose");
 }
 
 void HeardSessionRobot::follow(const session::TimedPath& path, double seconds) {
@@ -56,7 +57,7 @@ void HeardSessionRobot::xSkipPause() {
 std::optional<ko::Clock::time_point> HeardSessionRobot::catchUp() {
   xSkipPause();
   const auto there = modules->getTime().now();
-  // What comes is told as time goes on: told where it stands, a recording would have it out of
+  // Messages are handled only when time advances; otherwise a recording would have them out of
   // order.
   if (there <= ko::Clock::now()) modules->listen();
   return there;

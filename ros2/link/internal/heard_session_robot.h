@@ -11,7 +11,7 @@
 
 namespace QV::ros2 {
 
-/** A robot on a graph. It can be driven, not put elsewhere: UsageError. */
+/** A robot on a graph. It can be driven; setPose() throws UsageError. */
 class HeardSessionRobot : public session::SessionRobot {
  public:
   explicit HeardSessionRobot(HeardPlan plan);
@@ -19,6 +19,7 @@ class HeardSessionRobot : public session::SessionRobot {
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }
   const Model::Robot* getDescription() const override { return &told().getModel(); }
+  const Model::SensorKinds& getKinds() const override { return modules->getSensors().getKinds(); }
   boost::shared_ptr<QVBroker> getBroker() const override { return told().getBroker(); }
   std::string getSort() const override { return "heard"; }
   std::string getTitle() const override;

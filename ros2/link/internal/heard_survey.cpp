@@ -15,11 +15,11 @@ namespace {
 
 using std::chrono::milliseconds;
 
-// So long after the last topic has come up, others hardly will.
+// The survey ends this long after the last new topic.
 constexpr milliseconds kSurveyQuiet{700};
 constexpr milliseconds kLongestSurvey{3000};
 
-/** Hears all topics from which a robot's description can be made. */
+/** Reads all topics from which a robot's description can be derived. */
 class GraphSurvey {
  public:
   explicit GraphSurvey(HeardPlan& plan) : plan(plan) {}
@@ -29,7 +29,7 @@ class GraphSurvey {
     changed = start;
     while (MachineClock::now() - start < kLongestSurvey && !xIsDone()) {
       for (const GraphTopic& topic : plan.graph->findTopics()) xSubscribe(topic);
-      plan.mailbox->await(kGlance);
+      plan.await();
       for (const HeardMessage& message : plan.mailbox->take()) xTake(message);
     }
   }
@@ -74,14 +74,16 @@ class GraphSurvey {
     surveyor.take({message.topic, message.type, message.cdr});
   }
 
-  // Of most robots' descriptions the sensors are another tool's.
+  // Most robots' descriptions have only sensors of other tools.
   void xTakeDescription(const HeardMessage& message) {
     try {
       const std::string text = fromCdr<std_msgs::String>(message.cdr).data;
-      if (surveyDescription(Model::ModelUtils::robotFromXml(text)).sensors.empty()) return;
+      const auto& kinds = plan.getKinds();
+      const auto robot = Model::ModelUtils::robotFromXml(text, kinds);
+      if (surveyDescription(robot, kinds).sensors.empty()) return;
       description = text;
     } catch (const std::exception& error) {
-      ko::log::info("ROS2", "survey") << message.topic << ": not used: " << error.what();
+      ko::log::info("ROS2", "survey") << message.topic << " ignored: " << error.what();
     }
   }
 

@@ -23,7 +23,7 @@ class HeardTime {
   void setClock(std::int64_t time);
   /** True if there is a time. */
   bool hasBegun() const;
-  /** Lets what is now count as `time` of ko's from here on. */
+  /** Makes the present moment count as `time` of ko's clock from here on. */
   void begin(ko::Clock::time_point time);
 
   ko::Clock::time_point now();

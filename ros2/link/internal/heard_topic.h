@@ -34,8 +34,8 @@ class HeardTopic {
   bool isOn() const { return subscription != nullptr; }
 
   /**
-   * Joins or leaves; nothing of what came before is left in the mailbox, which must outlive it.
-   * What the graph refuses is logged, and not tried again.
+   * Subscribes or unsubscribes; the mailbox, which must outlive it, then has no older messages.
+   * A refused subscription is logged and not retried.
    */
   void set(bool on, GraphNode& node, HeardMailbox& mailbox);
   /** Looks whether its publishers have come or gone; `notThere`, once, if there are none for

@@ -31,8 +31,8 @@ void JointTopics::write(const session::Session& session, ko::Clock::time_point t
   sink.write(topic, logTimeOf(time), message);
 }
 
-// Of a turn about a unit axis: twice its sine along the axis is in the antisymmetric part of the
-// matrix, and one and twice its cosine is the trace.
+// The angle of a turn about a unit axis: twice its sine along the axis is in the antisymmetric part
+// of the matrix, and the trace is one plus twice its cosine.
 double jointPositionOf(const Model::JointConfig& joint, const Math::Transform& moved) {
   const Math::Transform t = Math::inverse(joint.origin) * moved;
   const auto along = [&](double x, double y, double z) {

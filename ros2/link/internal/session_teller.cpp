@@ -48,13 +48,13 @@ SessionTeller::SessionTeller(GraphSink& sink, session::Session& session, const F
   if (drivers && !options.noEchoIsInfinite) drivers->tellNoEchoAsGreatestRange();
   writeDescription(sink, session);
   if (const auto map = session.getMap()) writeMap(sink, *map, names);
-  xOpen();
+  xStartTicking();
 }
 
 void SessionTeller::finish() {
   if (std::exchange(isFinished, true)) return;
   ticking.stop();
-  removeListener(session, *this);
+  if (isListening) removeListener(session, *this);
 }
 
 void SessionTeller::onWrite(const std::string& key, const QVValue& value, bool) {
@@ -83,17 +83,19 @@ void SessionTeller::onStep(const robot::BodyStep& newStep) {
 
 void SessionTeller::goOn() {
   if (isFinished) return;
+  xListen();
   // It ended with the time that a recording had until it was played from its start again.
   if (!ticking.isRunning()) xStartTicking();
   const Lock lock(mutex);
   const Time now = xNow();
-  if (!hasSteps && now != lastFrames) xStep(xLookAtBody(), now);
+  if (isListening && !hasSteps && now != lastFrames) xStep(xLookAtBody(), now);
   if (!isDue(now, jointsTold, kJointPeriod)) return;
   xTellTime(now);
   joints.write(session, now);
 }
 
 void SessionTeller::show(const session::Snapshot& snapshot) {
+  if (!isFinished) xListen();
   const Lock lock(mutex);
   xBringFramesTo(xNow());
   if (isDue(snapshot.time, healthTold, kHealthPeriod)) records.repeatHealth();
@@ -102,13 +104,19 @@ void SessionTeller::show(const session::Snapshot& snapshot) {
 }
 
 // What a robot's memory holds already is no measurement.
-void SessionTeller::xOpen() {
-  addListener(session, *this);
-  {
-    const Lock lock(mutex);
-    isOpen = true;
+void SessionTeller::xListen() {
+  const std::uint64_t matchesNow = sink.getMatchCount();
+  if (std::exchange(matches, matchesNow) == matchesNow) return;
+  const bool isRead = sink.hasReaders(0, sink.getSize());
+  if (isRead == isListening) return;
+  isListening = isRead;
+  if (isRead) {
+    addListener(session, *this);
+  } else {
+    removeListener(session, *this);
   }
-  xStartTicking();
+  const Lock lock(mutex);
+  isOpen = isRead;
 }
 
 void SessionTeller::xStartTicking() {
@@ -120,8 +128,11 @@ void SessionTeller::xStartTicking() {
 }
 
 void SessionTeller::xTick() {
-  // In simulated time, of which much may go by between two calls of obey().
-  if (std::this_thread::get_id() == owner) onTick();
+  // Time may advance far between two calls of obey(), so the tick is handled here.
+  if (std::this_thread::get_id() == owner) {
+    onTick();
+    xListen();
+  }
   const Lock lock(mutex);
   const Time now = xNow();
   xFlush();
@@ -139,7 +150,7 @@ SessionTeller::Time SessionTeller::xNow() {
   return now;
 }
 
-// Nothing goes out that is stamped later than /clock.
+// No stamp is ahead of /clock.
 void SessionTeller::xTellTime(Time time) {
   if (time <= lastClock) return;
   frames.writeClock(time);
@@ -159,7 +170,7 @@ robot::BodyStep SessionTeller::xLookAtBody() const {
   return {pose, pose, robotOf(session).getVelocity()};
 }
 
-// Whoever gets what was measured then finds tf there already. A robot moves from step to step.
+// Readers of a measurement find tf there already. A robot moves from step to step.
 void SessionTeller::xBringFramesTo(Time time) {
   xTellTime(time);
   if (time <= lastFrames) return;

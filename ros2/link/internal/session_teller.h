@@ -19,8 +19,8 @@
 namespace QV::ros2 {
 
 /**
- * Tells a graph of a session, in the order that readers need: /clock, tf, what was measured.
- * For the session's thread, but for what it hears.
+ * Publishes a session to a graph, in the order that readers need: /clock, tf, measurements.
+ * Use it on the session's thread; callbacks may come on other threads.
  */
 class SessionTeller : public session::SessionListener {
  public:
@@ -29,10 +29,10 @@ class SessionTeller : public session::SessionListener {
                 const GraphRobotOptions& options, std::function<void()> onTick);
   ~SessionTeller() override { finish(); }
 
-  /** Tells what nobody tells by himself: joints, and a body without steps. */
+  /** Publishes the parts without an event of their own: joints, and a body without steps. */
   void goOn();
   void show(const session::Snapshot& snapshot);
-  /** True if somebody reads what a snapshot becomes. */
+  /** True if somebody reads a topic that needs snapshots. */
   bool isWatched() const { return sink.hasReaders(firstRecordTopic, lastRecordTopic); }
   void finish();
 
@@ -46,7 +46,7 @@ class SessionTeller : public session::SessionListener {
   /** A time before any at which something may be due. */
   static constexpr Time kNever{ko::Duration{-1'000'000'000'000}};
 
-  void xOpen();
+  void xListen();
   void xStartTicking();
   void xTick();
   Time xNow();
@@ -78,6 +78,9 @@ class SessionTeller : public session::SessionListener {
   Time jointsTold = kNever;
   Time healthTold = kNever;
   bool isOpen = false;
+  bool isListening = false;
+  /** The readers' comings and goings that xListen has seen. */
+  std::uint64_t matches = 0;
   bool isFinished = false;
   ko::PeriodicTask ticking;
 };

@@ -18,7 +18,7 @@ constexpr float kNoEcho = std::numeric_limits<float>::infinity();
 constexpr char kBumper[] = "Bumper";
 constexpr float kWholeTurn = 2.0f * std::numbers::pi_v<float>;
 
-/** Rays that met nothing end at the maximum range, give or take a rounding. */
+/** Misses end at the maximum range, up to rounding. */
 float rangeOfRay(const Math::SensorFieldOfView2D& view, const Math::Position3D& end) {
   // Points are as high as they are drawn.
   const float range = std::hypot(end.x, end.y);
@@ -29,7 +29,7 @@ sensor_msgs::LaserScan scanIn(const Math::MetricalData& record) {
   auto view = record.fieldOfView;
   const auto rays = static_cast<float>(record.points.size());
   const bool isFull = view.angularRange >= kWholeTurn && rays > 1.0f;
-  // As far from the last ray to the first as from one to the next.
+  // In a full turn the step from the last ray to the first equals the others.
   if (isFull) view.angularRange = kWholeTurn * (rays - 1.0f) / rays;
   auto scan = scanOf(view, record.points.size());
   if (isFull) {

@@ -30,7 +30,7 @@ class SimulatedTopics {
   MessageSink& sink;
   const std::string frame;
   const bool noEchoIsInfinite;
-  /** By sensors. */
+  /** The topic numbers by sensor name. */
   std::map<std::string, std::uint16_t> topics;
 };
 

@@ -13,7 +13,7 @@ constexpr std::size_t kMostPadding = 3;
 /** Returns the bytes of one element on the wire, without padding. */
 std::size_t leastElementBytes(const Field& field) {
   if (field.kind == FieldKind::string) return sizeof(std::uint32_t);
-  if (field.kind == FieldKind::message) return field.type->getLayout().leastBytes;
+  if (field.kind == FieldKind::message) return layoutOf(*field.type).leastBytes;
   return getScalarSize(field.kind);
 }
 
@@ -28,7 +28,7 @@ CdrReader::CdrReader(BytesView cdr, const std::string& typeName)
   position = kCdrHead;
 }
 
-void CdrReader::read(const MessageType::Layout& layout, std::uint8_t* message) {
+void CdrReader::read(const MessageLayout& layout, std::uint8_t* message) {
   if (layout.scalarCount > 0) return xReadScalars(layout.scalarKind, message, layout.scalarCount);
   for (const Field& field : layout.fields) {
     path.push_back(&field);
@@ -55,7 +55,7 @@ void CdrReader::xReadElements(const Field& field, std::uint8_t* elements, std::s
     return;
   }
   if (field.kind != FieldKind::message) return xReadScalars(field.kind, elements, count);
-  const auto& layout = field.type->getLayout();
+  const auto& layout = layoutOf(*field.type);
   if (layout.scalarCount > 0)
     return xReadScalars(layout.scalarKind, elements, count * layout.scalarCount);
   for (std::size_t i = 0; i < count; ++i) read(layout, elements + i * field.elementSize);
@@ -91,7 +91,7 @@ void CdrReader::xReadString(std::string& text, std::size_t bound) {
 
 std::size_t CdrReader::xReadCount(const Field& field) {
   const std::size_t count = xReadLength();
-  // Before anything is allocated.
+  // The size is checked before anything is allocated.
   xExpect(count * leastElementBytes(field));
   return count;
 }

@@ -10,7 +10,7 @@ class CdrReader {
   /** Both must outlive it. */
   CdrReader(BytesView cdr, const std::string& typeName);
 
-  void read(const MessageType::Layout& layout, std::uint8_t* message);
+  void read(const MessageLayout& layout, std::uint8_t* message);
   /** Refuses more than padding behind the message. */
   void expectEnd() const;
 

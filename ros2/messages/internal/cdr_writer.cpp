@@ -16,7 +16,7 @@ CdrWriter::CdrWriter(Bytes& cdr) : cdr(cdr) {
   cdr.assign(std::begin(kHead), std::end(kHead));
 }
 
-void CdrWriter::write(const MessageType::Layout& layout, const std::uint8_t* message) {
+void CdrWriter::write(const MessageLayout& layout, const std::uint8_t* message) {
   if (layout.scalarCount > 0) return xWriteScalars(layout.scalarKind, message, layout.scalarCount);
   for (const Field& field : layout.fields) {
     const std::uint8_t* const member = message + field.offset;
@@ -38,7 +38,7 @@ void CdrWriter::xWriteElements(const Field& field, const std::uint8_t* elements,
     return;
   }
   if (field.kind != FieldKind::message) return xWriteScalars(field.kind, elements, count);
-  const auto& layout = field.type->getLayout();
+  const auto& layout = layoutOf(*field.type);
   if (layout.scalarCount > 0)
     return xWriteScalars(layout.scalarKind, elements, count * layout.scalarCount);
   for (std::size_t i = 0; i < count; ++i) write(layout, elements + i * field.elementSize);

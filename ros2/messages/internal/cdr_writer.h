@@ -9,7 +9,7 @@ class CdrWriter {
  public:
   explicit CdrWriter(Bytes& cdr);
 
-  void write(const MessageType::Layout& layout, const std::uint8_t* message);
+  void write(const MessageLayout& layout, const std::uint8_t* message);
 
  private:
   void xWriteElements(const Field& field, const std::uint8_t* elements, std::size_t count);

@@ -19,7 +19,7 @@ std::size_t alignUp(std::size_t offset, std::size_t alignment) {
   return (offset + alignment - 1) / alignment * alignment;
 }
 
-void checkCover(const MessageType::Layout& layout, std::size_t size, std::size_t alignment) {
+void checkCover(const MessageLayout& layout, std::size_t size, std::size_t alignment) {
   std::size_t end = 0;
   for (const Field& field : layout.fields) {
     if (field.offset != alignUp(end, field.alignment))
@@ -32,7 +32,7 @@ void checkCover(const MessageType::Layout& layout, std::size_t size, std::size_t
 std::size_t leastBytesOf(const Field& field) {
   if (field.shape == FieldShape::sequence) return sizeof(std::uint32_t);
   if (field.kind == FieldKind::string) return field.count * sizeof(std::uint32_t);
-  if (field.kind == FieldKind::message) return field.count * field.type->getLayout().leastBytes;
+  if (field.kind == FieldKind::message) return field.count * layoutOf(*field.type).leastBytes;
   return field.count * getScalarSize(field.kind);
 }
 
@@ -42,7 +42,7 @@ std::pair<std::size_t, FieldKind> scalarsOf(const Field& field) {
       field.kind == FieldKind::boolean)
     return {0, field.kind};
   if (field.kind != FieldKind::message) return {field.count, field.kind};
-  const auto& layout = field.type->getLayout();
+  const auto& layout = layoutOf(*field.type);
   return {field.count * layout.scalarCount, layout.scalarKind};
 }
 
@@ -56,8 +56,8 @@ const char* getMsgName(FieldKind kind) {
   return kKinds[static_cast<std::size_t>(kind)].msgName;
 }
 
-MessageType::Layout::Layout(std::string name, std::vector<Field> fields, std::size_t size,
-                            std::size_t alignment, std::shared_ptr<void> (*make)())
+MessageLayout::MessageLayout(std::string name, std::vector<Field> fields, std::size_t size,
+                             std::size_t alignment, std::shared_ptr<void> (*make)())
     : name(std::move(name)), fields(std::move(fields)), make(make) {
   checkCover(*this, size, alignment);
   for (const Field& field : this->fields) leastBytes += leastBytesOf(field);

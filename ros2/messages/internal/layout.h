@@ -8,6 +8,7 @@
 #include <type_traits>
 #include <vector>
 
+#include "platform/api.h"
 #include "ros2/messages/message_type.h"
 
 namespace QV::ros2 {
@@ -54,7 +55,7 @@ struct Field {
 };
 
 /** The layout of a message in memory and on the wire. */
-struct MessageType::Layout {
+struct QV_API MessageLayout {
   std::string name;
   std::vector<Field> fields;
   std::shared_ptr<void> (*make)();
@@ -65,9 +66,21 @@ struct MessageType::Layout {
   FieldKind scalarKind = FieldKind::boolean;
 
   /** Fields with a gap between them or before the end have one missing: std::logic_error. */
-  Layout(std::string name, std::vector<Field> fields, std::size_t size, std::size_t alignment,
-         std::shared_ptr<void> (*make)());
+  MessageLayout(std::string name, std::vector<Field> fields, std::size_t size,
+                std::size_t alignment, std::shared_ptr<void> (*make)());
 };
+
+/** The way into a type, for those who make and read its messages. */
+struct MessageInside {
+  static MessageType make(std::unique_ptr<const MessageLayout> layout) {
+    return MessageType(std::move(layout));
+  }
+  static const MessageLayout& layoutOf(const MessageType& type) { return *type.layout; }
+};
+
+inline const MessageLayout& layoutOf(const MessageType& type) {
+  return MessageInside::layoutOf(type);
+}
 
 /** Bytes of one scalar on the wire, as in memory; not of strings and messages. */
 std::size_t getScalarSize(FieldKind kind);
@@ -160,16 +173,15 @@ struct Member {
   Field field;
 };
 
-/** All fields of `Message` in their order; only the last may be left out. */
+/** Makes the type of all fields of `Message` in their order; only the last may be left out. */
 template <typename Message>
-std::unique_ptr<const MessageType::Layout> layoutOf(const char* name,
-                                                    const std::vector<Member<Message>>& members) {
+MessageType makeType(const char* name, const std::vector<Member<Message>>& members) {
   std::vector<Field> fields;
   fields.reserve(members.size());
   for (const auto& member : members) fields.push_back(member.field);
-  return std::make_unique<const MessageType::Layout>(
+  return MessageInside::make(std::make_unique<const MessageLayout>(
       name, std::move(fields), sizeof(Message), alignof(Message),
-      []() -> std::shared_ptr<void> { return std::make_shared<Message>(); });
+      []() -> std::shared_ptr<void> { return std::make_shared<Message>(); }));
 }
 
 }  // namespace QV::ros2

@@ -9,7 +9,7 @@
 namespace QV::ros2 {
 namespace {
 
-using Layout = MessageType::Layout;
+using Layout = MessageLayout;
 
 /** "geometry_msgs/Point" of "geometry_msgs/msg/Point" */
 std::string shortNameOf(const std::string& name) {
@@ -33,7 +33,7 @@ std::string linesOf(const Layout& layout) {
   return text;
 }
 
-/** Each type that it needs once, by name, what one needs itself right behind it. */
+/** Lists each nested type once, by name, followed by its own nested types. */
 void appendNeeded(const Layout& layout, std::set<std::string>& known, std::string& text) {
   std::map<std::string, const MessageType*> needed;
   for (const Field& field : layout.fields)
@@ -41,8 +41,8 @@ void appendNeeded(const Layout& layout, std::set<std::string>& known, std::strin
   for (const auto& [name, type] : needed) {
     if (!known.insert(name).second) continue;
     text.append(80, '=').append("\nMSG: " + shortNameOf(name) + "\n");
-    text += linesOf(type->getLayout());
-    appendNeeded(type->getLayout(), known, text);
+    text += linesOf(layoutOf(*type));
+    appendNeeded(layoutOf(*type), known, text);
   }
 }
 
@@ -72,8 +72,8 @@ std::string jsonOf(const Layout& layout) {
 void collectNeeded(const Layout& layout, std::map<std::string, const Layout*>& needed) {
   for (const Field& field : layout.fields) {
     if (field.type == nullptr || needed.contains(field.type->getName())) continue;
-    needed[field.type->getName()] = &field.type->getLayout();
-    collectNeeded(field.type->getLayout(), needed);
+    needed[field.type->getName()] = &layoutOf(*field.type);
+    collectNeeded(layoutOf(*field.type), needed);
   }
 }
 

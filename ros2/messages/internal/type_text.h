@@ -7,7 +7,7 @@
 namespace QV::ros2 {
 
 std::string ddsNameOf(const std::string& name);
-std::string schemaOf(const MessageType::Layout& layout);
-std::string hashOf(const MessageType::Layout& layout);
+std::string schemaOf(const MessageLayout& layout);
+std::string hashOf(const MessageLayout& layout);
 
 }  // namespace QV::ros2

@@ -54,7 +54,7 @@ void BackgroundBag::xTake(std::uint16_t topic, std::uint64_t time) {
     filling.bytes.insert(filling.bytes.end(), cdr.begin(), cdr.end());
   }
   filling.entries.push_back({topic, time, filling.bytes.size()});
-  // What is late in the file is lost to whoever is killed.
+  // Data waits at most one chunk time, because unwritten data is lost at a kill.
   const bool isOld = time >= filling.entries.front().time + chunkTime;
   if (filling.bytes.size() < kLarge && !isOld) return;
   xHandOver();

@@ -15,8 +15,9 @@ namespace QV::ros2 {
 
 /**
  * A BagWriter that packs and writes on a thread of its own, in the order of the calls, so that the
- * same calls give the same bytes. Who is too far ahead of it waits. What it throws comes out of a
- * later call, once; from then on nothing is written. Used by one thread at a time. Not copyable.
+ * same calls give the same bytes. A caller that is too far ahead waits. An exception of the writer
+ * comes out of a later call, once; then nothing more is written. Use it on one thread at a time.
+ * Not copyable.
  */
 class BackgroundBag : public MessageSink {
  public:
@@ -46,7 +47,7 @@ class BackgroundBag : public MessageSink {
 
   void xWrite(std::uint16_t topic, std::uint64_t time, const MessageType& type,
               const void* message) override;
-  /** Takes what is encoded; a large message becomes a batch of its own, without another copy. */
+  /** Takes an encoded message; a large one becomes a batch of its own, without another copy. */
   void xTake(std::uint16_t topic, std::uint64_t time);
   void xDo(std::function<void(BagWriter&)> call);
   void xHandOver();

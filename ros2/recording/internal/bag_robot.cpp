@@ -9,7 +9,7 @@
 namespace QV::ros2 {
 
 void BagRobot::setPose(const Math::Pose2D&) {
-  throw session::UsageError("a robot that can be moved expected, a recording given");
+  throw session::UsageError("a recording can't be moved or driven");
 }
 
 void BagRobot::drive(const Math::Pose2D& velocity) {

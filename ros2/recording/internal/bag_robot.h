@@ -10,7 +10,7 @@
 
 namespace QV::ros2 {
 
-/** A robot that a recording is played to. It can't be driven or put elsewhere: UsageError. */
+/** A robot that a recording is played to. Driving or moving it throws UsageError. */
 class BagRobot : public session::SessionRobot {
  public:
   void setPose(const Math::Pose2D& newPose) override;
@@ -27,7 +27,7 @@ class BagRobot : public session::SessionRobot {
   /** Returns how many moments were passed over so far, as not all of their records could be read.
    */
   virtual std::uint64_t countLeftOut() const { return 0; }
-  /** True if a sensor has been told something by the last step, and not before only. */
+  /** True if the last step had data of a sensor. */
   virtual bool isNew(const std::string&) const { return true; }
 };
 

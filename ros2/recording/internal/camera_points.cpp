@@ -14,10 +14,11 @@ namespace {
 
 // Others may have taken one since.
 constexpr std::size_t kPictures = 2;
-// Of rows and columns that viewers are shown.
+// The numbers of columns and rows that viewers are shown.
 constexpr int kColumnsShown = 80;
 
-/** Returns the extents that the library's sensors ask for; none of a camera that fails to tell. */
+/** Returns the extents that the library's sensors use; none for a camera that fails to give them.
+ */
 ImageExtents extentsOf(const session::Session& session, int camera) {
   try {
     const QVVideoDeviceProxy cameras(session.getBroker());
@@ -51,7 +52,7 @@ void CameraPoints::note(int camera, const QVValue& value, ko::Clock::time_point 
   const auto image = QVImage::fromQVValue(value);
   if (index >= cameras.size() || !image || image->getColorSpace() != kDepthColorSpace) return;
   auto& pictures = cameras[index].pictures;
-  // At one time there is one image of a topic.
+  // A topic has one image per time; a second one replaces the first.
   if (!pictures.empty() && pictures.front().time == time) pictures.pop_front();
   pictures.push_front({*image, time});
   if (pictures.size() > kPictures) pictures.pop_back();

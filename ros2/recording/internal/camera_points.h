@@ -16,7 +16,7 @@ namespace QV::ros2 {
 /**
  * Writes the points of depth cameras as pixels of the images that they were made of, which are in
  * the recording anyway: a whole image's points are twelve times as long as its pixels' runs and
- * pixels together. What no recorded image gives bit for bit is left to others.
+ * pixels together. Points that no recorded image gives bit for bit are written elsewhere.
  */
 class CameraPoints {
  public:

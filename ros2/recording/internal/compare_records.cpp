@@ -31,7 +31,7 @@ bool isSame(const Value& a, const Value& b) {
   return a == b;
 }
 
-/** Keeps the first difference that it is told of. */
+/** Keeps the first difference. */
 class Comparison {
  public:
   Comparison(const std::string& sensor, ko::Clock::time_point time) : sensor(sensor), time(time) {}

@@ -14,8 +14,8 @@ struct Said {
   const char* what;
 };
 
-std::optional<Said> saidBy(const Model::SensorConfig& config) {
-  switch (sortOf(config)) {
+std::optional<Said> saidBy(const Model::SensorConfig& config, const Model::SensorKinds& kinds) {
+  switch (sortOf(config, kinds)) {
     case SensorSort::scan:
       return Said{ToldSort::scan, "scan"};
     case SensorSort::range:
@@ -38,7 +38,8 @@ ToldSensor sensorOf(const Model::SensorConfig& config, const Said& said,
   sensor.sort = said.sort;
   sensor.name = config.name;
   sensor.topic = properties.getText("topic");
-  if (sensor.topic.empty()) sensor.topic = prefix + driverTopicOf(config.name, said.what);
+  if (sensor.topic.empty())
+    sensor.topic = prefix + driverTopicOf(toGraphName(config.name), said.what);
   sensor.minRange = view.minRange;
   sensor.maxRange = view.maxRange;
   sensor.beams = config.memoryKeys.size() / 2;
@@ -47,12 +48,13 @@ ToldSensor sensorOf(const Model::SensorConfig& config, const Said& said,
 
 }  // namespace
 
-TopicSurvey surveyDescription(const Model::Robot& robot, const std::string& prefix) {
+TopicSurvey surveyDescription(const Model::Robot& robot, const Model::SensorKinds& kinds,
+                              const std::string& prefix) {
   TopicSurvey survey;
   survey.base = robot.rootLink;
   survey.odometryTopic = prefix + "/odom";
   for (const auto& [name, config] : robot.sensorConfigs) {
-    const auto said = saidBy(config);
+    const auto said = saidBy(config, kinds);
     if (!said) continue;
     const ToldSensor sensor = sensorOf(config, *said, prefix);
     const auto [other, isNew] = survey.sensors.emplace(sensor.topic, sensor);

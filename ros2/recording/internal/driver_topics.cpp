@@ -23,6 +23,7 @@ using Model::SensorConfig;
 using Model::SensorProperties;
 
 constexpr float kInfinity = std::numeric_limits<float>::infinity();
+constexpr float kNaN = std::numeric_limits<float>::quiet_NaN();
 constexpr std::size_t kEventParts = 5;
 
 sensor_msgs::CameraInfo infoOf(const SensorConfig& config, const sensor_msgs::Image& image) {
@@ -123,19 +124,27 @@ void DriverTopics::xAdd(const SensorConfig& config, SensorSort sort) {
   sensors.push_back({&config, sort, *topic, std::vector<float>(values, 0.0f)});
 }
 
-// A value of another type is nonsense, which the robot's own reader refuses as well.
 void DriverTopics::note(const std::string& key, const QVValue& value) {
   const auto place = places.find(key);
-  if (place != places.end() && (value.isFloat() || value.isInt())) {
-    Sensor& sensor = sensors[place->second.sensor];
-    sensor.values[place->second.value] = value.toFloat();
-    sensor.isNew = hasNew = true;
+  if (place != places.end()) {
+    xNote(place->second, value);
   } else if (key == NavigationContract::kTouchChangedEvent) {
     xNoteTouches(value);
   } else if (key == NavigationContract::kPeopleDetectedEvent && people) {
     newPeople = value;
     hasNew = true;
   }
+}
+
+// A value of another type is nonsense, which the robot's own reader refuses as well.
+void DriverTopics::xNote(const Place& place, const QVValue& value) {
+  Sensor& sensor = sensors[place.sensor];
+  const bool isNumber = value.isFloat() || value.isInt();
+  if (!isNumber && sensor.values.size() == 1) return;
+  sensor.values[place.value] = isNumber ? value.toFloat() : kNaN;
+  if (place.value == 0) sensor.noted = 0;
+  if (place.value != sensor.noted || ++sensor.noted < sensor.values.size()) return;
+  sensor.isNew = hasNew = true;
 }
 
 void DriverTopics::xNoteTouches(const QVValue& event) {

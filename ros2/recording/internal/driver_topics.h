@@ -15,7 +15,7 @@
 
 namespace QV::ros2 {
 
-/** Writes what drivers measured as the messages that others know. */
+/** Writes the drivers' measurements as standard messages. */
 class QV_API DriverTopics {
  public:
   /** The first two must outlive it; `kinds` are those of the robot's sensors. */
@@ -25,11 +25,11 @@ class QV_API DriverTopics {
   /** A Range that met nothing is its greatest from now on, and not infinite. */
   void tellNoEchoAsGreatestRange() { noEchoIsInfinite = false; }
 
-  /** Notes what a key or an event of a sensor says now; others are left out. */
+  /** Notes the value of a sensor's key or event; other keys are left out. */
   void note(const std::string& key, const QVValue& value);
   /** True if something has been noted that was not written yet. */
   bool hasNews() const { return hasNew; }
-  /** Writes what has been noted since, as measured at `time`. */
+  /** Writes the noted values, as measured at `time`. */
   void write(ko::Clock::time_point time);
   /** Writes an image as QVImage::fromQVValue reads it. */
   void writeImage(int camera, const QVValue& image, ko::Clock::time_point time);
@@ -41,6 +41,9 @@ class QV_API DriverTopics {
     std::uint16_t topic = 0;
     /** The values as its keys hold them. */
     std::vector<float> values;
+    /** Keys, from the first one on, of a measurement that goes on. */
+    std::size_t noted = 0;
+    /** True if a whole measurement was not written yet. */
     bool isNew = false;
   };
   struct Camera {
@@ -59,6 +62,7 @@ class QV_API DriverTopics {
   std::optional<std::uint16_t> xAddTopic(const Model::SensorConfig& config, SensorSort sort);
   void xWriteScan(const Sensor& sensor, ko::Clock::time_point time);
   void xWriteRange(const Sensor& sensor, ko::Clock::time_point time);
+  void xNote(const Place& place, const QVValue& value);
   void xNoteTouches(const QVValue& event);
   void xWritePeople(const QVValue& event, ko::Clock::time_point time);
 

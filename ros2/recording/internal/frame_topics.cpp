@@ -12,8 +12,6 @@
 namespace QV::ros2 {
 namespace {
 
-constexpr Qos kLatched{true, true, 1};
-
 geometry_msgs::TransformStamped stamped(ko::Clock::time_point time, const std::string& parent,
                                         const std::string& child, const geometry_msgs::Pose& pose) {
   return {headerOf(time, parent), child, transformOf(pose)};
@@ -50,7 +48,7 @@ void FrameTopics::xWriteMountings(const session::Session& session) {
     } catch (const std::exception&) {
       continue;
     }
-    if (sortOf(config) != SensorSort::camera) continue;
+    if (!isCamera(config)) continue;
     message.transforms.push_back(stamped(now, names.of(name), names.ofOptics(name), opticalPose()));
   }
   sink.write(tfStatic, logTimeOf(now), message);

@@ -53,8 +53,8 @@ void FrameTree::xAdd(const geometry_msgs::TransformStamped& transform, bool inPl
     throw std::runtime_error("frame " + child + ": " + error.what());
   }
   if (std::ranges::count(xAncestorsOf(parent), child, &Link::parent) > 0)
-    throw std::runtime_error("frame " + child + ": a tree expected, a ring through " + parent +
-                             " given");
+    throw std::runtime_error("frame " + child + ": a tree of frames expected, a loop through " +
+                             parent + " given");
   links[child] = {parent, transformOf(placed)};
 }
 

@@ -10,18 +10,18 @@
 
 namespace QV::ros2 {
 
-/** The frames of a robot: each by its parent, as last told. A slash before a name is nothing. */
+/** The frames of a robot: each by its parent, as last received. A leading slash of a name is
+ * ignored. */
 class QV_API FrameTree {
  public:
   /** Throws std::runtime_error for the first transform that is none or closes a ring of frames,
    * when the others are added. */
   void add(const tf2_msgs::TFMessage& message);
-  /** Adds what is new; what is known already stays. */
+  /** Adds new frames; known ones stay. */
   void addNew(const tf2_msgs::TFMessage& message);
 
   bool has(const std::string& frame) const { return links.count(frame) > 0; }
-  /** Finds where `frame` is in `other`; nothing if no chain of frames leads from one to the
-   * other. */
+  /** Returns the pose of `frame` in `other`; std::nullopt if no chain of frames connects them. */
   std::optional<Math::Transform> find(const std::string& frame, const std::string& other) const;
   /** The frame that hangs on nothing above this one. */
   std::string rootOf(const std::string& frame) const;
@@ -31,7 +31,7 @@ class QV_API FrameTree {
     std::string parent;
     Math::Transform placed;
   };
-  /** `inPlace` of what is known already. */
+  /** The value of `inPlace` for known frames. */
   void xAddAll(const tf2_msgs::TFMessage& message, bool inPlace);
   void xAdd(const geometry_msgs::TransformStamped& transform, bool inPlace);
   /** Returns the frames that a frame hangs on, and where it is in each. */

@@ -30,7 +30,7 @@ class Projection {
     return {depth[row] + column, columns.data() + column, up, extents.width, extents.height};
   }
 
-  /** Finds where a point's pixel should be; nothing for one that no pixel gives. */
+  /** Returns the pixel of a point; std::nullopt if it belongs to no pixel. */
   std::optional<cv::Point> find(const Position3D& point) const {
     const float column =
         (0.5f - point.y / (point.x * extents.width)) * static_cast<float>(depth.cols);
@@ -39,7 +39,7 @@ class Projection {
     const cv::Rect2f image(-0.5f, -0.5f, static_cast<float>(depth.cols),
                            static_cast<float>(depth.rows));
     if (!image.contains(cv::Point2f(column, row))) return std::nullopt;
-    // From the image's edges on, where a cast rounds to the nearest pixel.
+    // Coordinates count from the image's edges, so that a cast rounds to the nearest pixel.
     const float right = column + 0.5f;
     const float down = row + 0.5f;
     return cv::Point(std::min(static_cast<int>(right), depth.cols - 1),
@@ -52,7 +52,7 @@ class Projection {
   std::vector<float> columns;
 };
 
-/** Gathers runs; what follows right behind the last one prolongs it. */
+/** Gathers runs; a pixel right behind the last run prolongs it. */
 class RunWriter {
  public:
   explicit RunWriter(qv_msgs::ImagePoints& runs) : runs(runs) {}

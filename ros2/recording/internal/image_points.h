@@ -19,14 +19,14 @@ struct ImageExtents {
 };
 
 /**
- * The runs of pixels that give all points of these records, one record behind the other, bit for
- * bit; nothing if some point is no pixel's.
+ * Returns the runs of pixels that give all points of these records, one record after the other, bit
+ * for bit; std::nullopt if a point belongs to no pixel.
  */
 QV_API std::optional<qv_msgs::ImagePoints> encodePoints(
     const std::vector<Math::MetricalData>& records, const cv::Mat_<std::uint16_t>& depth,
     const ImageExtents& extents);
 
-/** The points again; runs that are not in the image: std::runtime_error. */
+/** Returns the points again. Throws std::runtime_error for runs outside the image. */
 QV_API std::vector<Math::Position3D> decodePoints(const qv_msgs::ImagePoints& points,
                                                   const cv::Mat_<std::uint16_t>& depth);
 

@@ -10,7 +10,7 @@ namespace {
 using Type = QVValue::Type;
 
 // Deeper than any event is.
-constexpr int kDeepest = 32;
+constexpr int kDeepestArray = 32;
 
 void append(qv_msgs::Inputs& inputs, const QVValue& value) {
   inputs.types.push_back(static_cast<std::uint8_t>(value.getType()));
@@ -45,7 +45,7 @@ class Parts {
   explicit Parts(const qv_msgs::Inputs& inputs) : inputs(inputs) {}
 
   QVValue next(int depth = 0) {
-    if (depth > kDeepest) refuse("arrays at most 32 deep");
+    if (depth > kDeepestArray) refuse("arrays at most 32 deep");
     switch (Type{take(inputs.types, type, "a type")}) {
       case Type::invalid:
         return {};

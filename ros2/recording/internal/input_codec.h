@@ -10,7 +10,8 @@
 
 namespace QV::ros2 {
 
-/** Writes what drivers told into messages; each key's name goes into the first that has it. */
+/** Writes the drivers' inputs into messages; each key's name goes into the first message with that
+ * key. */
 class InputEncoder {
  public:
   void add(qv_msgs::Inputs& inputs, const std::string& key, const QVValue& value, bool raised);

@@ -20,7 +20,7 @@ constexpr float kMostAngle = 4.0f * std::numbers::pi_v<float>;
 // No robot is farther from its map's origin, whatever the earth's coordinates are counted from.
 constexpr double kFarthest = 1e8;
 
-// Written so that what is no number is refused as well.
+// The comparison is written so that NaN is refused as well.
 bool isNear(const geometry_msgs::Vector3& v) {
   return std::abs(v.x) <= kFarthest && std::abs(v.y) <= kFarthest && std::abs(v.z) <= kFarthest;
 }
@@ -32,14 +32,14 @@ void checkMessage(const sensor_msgs::LaserScan& scan) {
   if (beams == 0 || beams > kMostBeams)
     refuse("1 to " + std::to_string(kMostBeams) + " ranges", std::to_string(beams));
   const float span = std::abs(scan.angle_increment) * static_cast<float>(beams);
-  // Written so that what is no number is refused as well.
+  // The comparison is written so that NaN is refused as well.
   if (!(std::abs(scan.angle_min) <= kMostAngle && span <= kMostAngle) ||
       (beams > 1 && scan.angle_increment == 0.0f))
-    refuse("beams at angles of their own", std::to_string(scan.angle_increment) +
-                                               " rad from each to the next, from " +
-                                               std::to_string(scan.angle_min) + " rad on,");
+    refuse("beams at different angles within two turns",
+           std::string("angle_increment ") + std::to_string(scan.angle_increment) +
+               " rad from angle_min " + std::to_string(scan.angle_min) + " rad");
   if (std::ranges::all_of(scan.ranges, [](float range) { return std::isnan(range); }))
-    refuse("ranges", "nothing but NaN");
+    refuse("ranges", "only NaN");
 }
 
 sensor_msgs::Range rangeFromCdr(BytesView cdr) {
@@ -71,7 +71,7 @@ void checkMessage(const nav_msgs::Odometry& odometry) {
   const auto& [linear, angular] = odometry.twist.twist;
   checkPosition({at.x, at.y, at.z});
   if (!isNear(linear) || !isNear(angular))
-    refuse("a velocity", "a number that is not finite or huge");
+    refuse("velocities up to 1e8 m/s and rad/s", "a larger number, or one that is not finite,");
   soundRotation(odometry.pose.pose.orientation);
 }
 
@@ -84,13 +84,14 @@ void checkMessage(const sensor_msgs::JointState& joints) {
 }
 
 void checkPosition(const geometry_msgs::Vector3& position) {
-  if (!isNear(position)) refuse("a position", "a number that is not finite or huge");
+  if (!isNear(position))
+    refuse("a position within 1e8 m", "a larger number, or one that is not finite,");
 }
 
 geometry_msgs::Quaternion soundRotation(const geometry_msgs::Quaternion& rotation) {
   const auto& [x, y, z, w] = rotation;
   const double length = std::sqrt(x * x + y * y + z * z + w * w);
-  // Written so that what is no number is refused as well.
+  // The comparison is written so that NaN is refused as well.
   if (!(std::abs(length - 1.0) <= kLengthTolerance))
     refuse("a rotation of length 1", std::to_string(length));
   return {x / length, y / length, z / length, w / length};

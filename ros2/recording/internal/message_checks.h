@@ -8,8 +8,8 @@
 #include "ros2/messages/sensor_msgs.h"
 
 /**
- * The checks of others' messages before anything is made of them. Each throws std::runtime_error
- * that says what was expected and what was given.
+ * The checks of other robots' messages before their use. Each throws std::runtime_error with the
+ * expected and the given value.
  */
 namespace QV::ros2 {
 

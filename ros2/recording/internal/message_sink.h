@@ -7,13 +7,16 @@
 
 namespace QV::ros2 {
 
-/** A topic that tells of a session. */
+/** The quality of what is published once: the last message is kept for later readers. */
+inline constexpr Qos kLatched{true, true, 1};
+
+/** A topic of a session. */
 struct SessionTopic {
   /** "/FrontLaser/scan" */
   std::string name;
   const MessageType* type;
   Qos qos = {};
-  /** The sensor whose measurements it tells; empty if they are no sensor's. */
+  /** The sensor whose measurements it carries; empty if it belongs to no sensor. */
   std::string sensor = {};
 };
 
@@ -32,7 +35,7 @@ class QV_API MessageSink {
     return addTopic({name, &Message::getType(), qos, sensor});
   }
 
-  /** True if somebody reads what is written now; else it need not be made. */
+  /** True if somebody reads the next message; if false, it need not be made. */
   virtual bool isRead(std::uint16_t) const { return true; }
   /** `time` in nanoseconds, as logTimeOf gives it. */
   template <typename Message>

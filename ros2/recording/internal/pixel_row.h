@@ -6,7 +6,7 @@
 
 namespace QV::ros2 {
 
-/** Pixels of a row of a depth image, and what makes points of them. */
+/** The pixels of a row of a depth image, with the data that turns them into points. */
 struct PixelRow {
   const std::uint16_t* pixels;
   /** The distances right of the image's middle, in widths of the image. */
@@ -16,8 +16,8 @@ struct PixelRow {
   float width_by_depth;
   float height_by_depth;
 
-  /** Returns the point as qv_msgs::ImagePoints says. Recordings hold what it gives: it stays as
-   * it is. */
+  /** Returns the point as qv_msgs::ImagePoints defines it. Recordings depend on the result: never
+   * change it. */
   Math::Position3D at(int column) const {
     constexpr float kMetres = 0.001f;
     const auto depth = static_cast<float>(pixels[column]);

@@ -42,8 +42,8 @@ PlayedDrivers::PlayedDrivers(std::unique_ptr<SessionReader> given,
   xSortSensors();
   xAddModules();
   xAddCameras();
-  if (isLog || wasHeard) xAddLaserModes();
-  // Sensors can't start before the memory has what they read.
+  if (isLog || wasHeard) modes = robot::makeLaserModes(broker, devices, model);
+  // Sensors can't start before the memory has their keys.
   xReadOn(ko::Clock::now());
   xStep();
   beat.setName("Recording");
@@ -55,17 +55,17 @@ PlayedDrivers::PlayedDrivers(std::unique_ptr<SessionReader> given,
   hosting.emplace(broker, navigation);
 }
 
-// The session is over: what sensors are stopped by does as it is told, and nothing is measured.
+// After the session, commands that stop sensors take effect at once and no driver measures.
 PlayedDrivers::~PlayedDrivers() {
   beat.stop();
   other.stop();
   if (sonars) sonars->setSource({});
-  // Who still holds the modules gets no images any more.
+  // The cameras are removed, so that remaining holders of the modules get no more images.
   const auto count = static_cast<int>(camerasOf(model).size());
   for (int index = kDepthCamera; index < kDepthCamera + count; ++index)
     cameras->removeCamera(index);
   try {
-    if (modes.empty()) xAddLaserModes();
+    if (modes.empty()) modes = robot::makeLaserModes(broker, devices, model);
   } catch (const std::exception& error) {
     ko::log::warning("Recording", "stop") << error.what();
   }
@@ -73,7 +73,9 @@ PlayedDrivers::~PlayedDrivers() {
 
 void PlayedDrivers::xSortSensors() {
   for (const auto& [name, config] : model.sensorConfigs) {
-    if (sortOf(config) == SensorSort::range) sonarOfKey[config.memoryKeys[0]] = name;
+    // Ranges of others' kinds are no sonar driver's.
+    if (sortOf(config, Model::SensorKinds::standard()) == SensorSort::range)
+      sonarOfKey[config.memoryKeys[0]] = name;
     const Model::SensorProperties properties(config);
     if (properties.has("getOperationMode")) modeKeys.insert(properties.getText("getOperationMode"));
   }
@@ -86,7 +88,7 @@ void PlayedDrivers::xAddModules() {
   broker->registerModule(
       boost::make_shared<robot::RobotModelService>(getReader().getDescription()));
   if (!isLog || !camerasOf(model).empty()) broker->registerModule(cameras);
-  // It measures as soon as it is made, but for nobody before it has a source.
+  // A sonar driver measures as soon as it is made, but gives nothing before it has a source.
   if (isLog) return;
   sonars = boost::make_shared<robot::SonarDriver>(broker, model, getDriverPeriods().sonars);
   if (!wasHeard)
@@ -109,16 +111,6 @@ void PlayedDrivers::xAddCameras() {
 }
 
 // As for the log itself: a laser is on as soon as it is told.
-void PlayedDrivers::xAddLaserModes() {
-  for (const auto& [name, config] : model.sensorConfigs) {
-    const Model::SensorProperties properties(config);
-    const std::string actuator = properties.getText("setOperationMode");
-    if (actuator.empty() || modes.count(actuator) > 0) continue;
-    modes[actuator] = std::make_unique<robot::LaserModeActuator>(
-        broker, devices, actuator, properties.getText("getOperationMode"), ko::Duration::zero());
-  }
-}
-
 float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
   const auto now = ko::Clock::now();
   auto& told = ranges[sonar];
@@ -127,13 +119,13 @@ float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
   if (!told.empty() && told.front().time == now) {
     const InputWrite& write = told.front().write;
     if (write.value.isFloat() || write.value.isInt()) return write.value.toFloat();
-    // One that does not answer leaves no number.
+    // A sonar that does not answer leaves no number.
     memory->insertData(write.key, write.value);
   }
-  throw std::runtime_error("nothing was recorded of it");
+  throw std::runtime_error("the recording has no data of this sensor");
 }
 
-// At a time of its own each image was asked for; between two of a sensor's, others get the last.
+// Each image was requested at its own time; other clients get the last image in between.
 void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t>& depth,
                                ko::Clock::time_point& time) {
   auto& waiting = getReader().images[camera];
@@ -141,14 +133,14 @@ void PlayedDrivers::xShowImage(const std::string& camera, cv::Mat_<std::uint16_t
   for (; !waiting.empty() && waiting.front().time <= time; waiting.pop_front())
     last = std::move(waiting.front());
   const bool isMissing = last.depth.empty() || time - last.time >= kImagePeriod;
-  // Who has been told nothing shows nothing.
+  // A camera without messages gives no image.
   if (isMissing && wasHeard) return;
-  if (isMissing) throw std::runtime_error("nothing was recorded of it");
+  if (isMissing) throw std::runtime_error("the recording has no data of this sensor");
   depth = last.depth;
   time = last.stamp;
 }
 
-// A beat ahead: what is told between two beats is known when its moment comes.
+// Inputs are read one beat ahead, so that an input between two beats is known in time.
 void PlayedDrivers::xReadOn(ko::Clock::time_point now) {
   getReader().readInputsTo(now + getDriverPeriods().body);
   xTakeInputs();
@@ -181,7 +173,7 @@ void PlayedDrivers::xStep() {
   for (; !steps.empty() && steps.front().time <= now; steps.pop_front()) xTell(steps.front());
 }
 
-// A log tells between what falls due, and before it is looked at.
+// A log's messages are handled between due tasks, and before a snapshot.
 void PlayedDrivers::makeStep() {
   if (isLog) xStep();
   PlayedRobot::makeStep();
@@ -225,7 +217,7 @@ void PlayedDrivers::xAwaitOther() {
 
 std::vector<Math::MetricalData> PlayedDrivers::getRecords() {
   if (!isLog) return SessionRobot::getRecords();
-  // Before a sensor has been told anything, its memory holds what it needs to start.
+  // A sensor's memory holds only start values until its first message, so its records are dropped.
   std::vector<Math::MetricalData> records;
   const auto& manager = navigation->getManager();
   for (const std::string& name : manager.getSensorList()) {

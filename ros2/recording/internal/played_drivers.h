@@ -23,9 +23,9 @@
 namespace QV::ros2 {
 
 /**
- * A robot's services, with what its drivers told then in place of its drivers, and the library's
- * sensors on them. Everything that measured by a beat does so by the same beat, begun in the same
- * order: at one moment a sensor reads what it read then.
+ * A robot's services, with the recorded inputs in place of its drivers, and the library's sensors
+ * on them. Periodic parts run by the same beat, begun in the same order, so that a sensor reads at
+ * each moment what it read in the recording.
  */
 class PlayedDrivers : public PlayedRobot {
  public:
@@ -48,7 +48,6 @@ class PlayedDrivers : public PlayedRobot {
   void xSortSensors();
   void xAddModules();
   void xAddCameras();
-  void xAddLaserModes();
   float xMeasureSonar(const std::string& sonar);
   void xShowImage(const std::string& camera, cv::Mat_<std::uint16_t>& depth,
                   ko::Clock::time_point& time);
@@ -62,7 +61,7 @@ class PlayedDrivers : public PlayedRobot {
   bool xIsOnBeat(const SessionInputs& told) const;
 
   const bool isLog;
-  /** Of a robot whose drivers were messages: it was told all, at any moment. */
+  /** True if the drivers were messages of a graph. */
   const bool wasHeard;
   const boost::shared_ptr<QVBroker> broker = QVBroker::create();
   const Model::Robot model;
@@ -70,17 +69,17 @@ class PlayedDrivers : public PlayedRobot {
   const boost::shared_ptr<robot::DeviceManager> devices;
   const boost::shared_ptr<robot::MotionService> motion;
   const boost::shared_ptr<robot::VideoDevice> cameras;
-  /** The sonars by their keys, and what they measure by their names. */
+  /** The sonars by their keys, and their ranges by their names. */
   std::map<std::string, std::string> sonarOfKey;
   std::map<std::string, std::deque<Ranged>> ranges;
   std::map<std::string, SessionImage> shown;
   std::set<std::string> modeKeys;
-  std::map<std::string, std::unique_ptr<robot::LaserModeActuator>> modes;
+  robot::LaserModes modes;
   boost::shared_ptr<robot::SonarDriver> sonars;
-  /** The steps that are not told by the body's beat: each waits for its own moment. */
+  /** The steps outside the body's beat: each waits for its own moment. */
   std::deque<SessionInputs> steps;
   std::deque<SessionInputs> others;
-  /** Keys whose values a damaged recording made nonsense of; each is told once. */
+  /** Keys whose values are nonsense in a damaged recording; each is reported once. */
   std::set<std::string> refused;
   ko::PeriodicTask beat;
   ko::PeriodicTask other;

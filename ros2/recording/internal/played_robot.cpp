@@ -46,7 +46,7 @@ void PlayedRobot::makeStep() {
   }
 }
 
-// What was refused then is refused again, and what hardware threw may be thrown again.
+// A command that was refused is refused again, and an exception of hardware may come again.
 void PlayedRobot::xExecute(const qv_msgs::Command& command) {
   sensor::SensorManager& manager = getManager();
   const std::set<std::string> names(command.sensors.begin(), command.sensors.end());

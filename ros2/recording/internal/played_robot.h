@@ -11,8 +11,8 @@
 namespace QV::ros2 {
 
 /**
- * A robot whose session has been recorded by this library: what was measured and asked then goes
- * into its modules and its manager once more, at the times of then.
+ * A robot of a recording of this library: the recorded inputs and commands go into its modules and
+ * its manager again, at their recorded times.
  */
 class PlayedRobot : public BagRobot {
  public:
@@ -54,7 +54,7 @@ class PlayedRobot : public BagRobot {
   session::SessionListener* listener = nullptr;
 };
 
-/** Made at facts.start, in simulated time. What is wrong with the recording: std::runtime_error. */
+/** Starts at facts.start, in simulated time. Throws std::runtime_error for a bad recording. */
 std::unique_ptr<PlayedRobot> makePlayedRobot(std::unique_ptr<SessionReader> reader,
                                              const sensor::SensorFactory& sensors);
 

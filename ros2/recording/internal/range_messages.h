@@ -6,17 +6,19 @@
 
 namespace QV::ros2 {
 
-/** Infinite for what met nothing, minus infinite for what is too near. */
+/** Returns a range for a message: +inf for a miss, -inf for too near. */
 QV_API float rangeIn(const Math::SensorFieldOfView2D& view, float range);
 
-/** Without header and range. */
+/** Returns a Range without header and range. */
 QV_API sensor_msgs::Range rangeOf(const Math::SensorFieldOfView2D& view);
 
-/** Of what knows no distance: both limits are the same, minus infinity stands for "there". */
+/** Returns a Range for a contact: min_range equals max_range, -inf means "there". */
 QV_API sensor_msgs::Range contactOf(const Math::SensorFieldOfView2D& view, bool isThere);
 
-/** From right to left about the x axis, the first and the last `angularRange` apart; without header
- * and ranges. */
+/**
+ * Returns a LaserScan without header and ranges: beams from right to left about the x axis, the
+ * first and the last `angularRange` (rad) apart.
+ */
 QV_API sensor_msgs::LaserScan scanOf(const Math::SensorFieldOfView2D& view, std::size_t beams);
 
 }  // namespace QV::ros2

@@ -4,6 +4,7 @@
 #include <cmath>
 #include <utility>
 
+#include "outlets/internal/seen_places.h"
 #include "ros2/messages/report_msgs.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/topic_names.h"
@@ -11,16 +12,14 @@
 namespace QV::ros2 {
 namespace {
 
-constexpr Qos kLatched{true, true, 1};
-constexpr int kArcPoints = 15;
-constexpr std::uint8_t kFloat32 = 7;
+constexpr std::uint8_t kFloatField = 7;
 constexpr std::int32_t kLineStrip = 4;
 
 sensor_msgs::PointCloud2 emptyCloud() {
   static_assert(sizeof(Math::Position3D) == 3 * sizeof(float));
   sensor_msgs::PointCloud2 cloud;
   cloud.height = 1;
-  cloud.fields = {{"x", 0, kFloat32, 1}, {"y", 4, kFloat32, 1}, {"z", 8, kFloat32, 1}};
+  cloud.fields = {{"x", 0, kFloatField, 1}, {"y", 4, kFloatField, 1}, {"z", 8, kFloatField, 1}};
   cloud.point_step = sizeof(Math::Position3D);
   cloud.is_dense = true;
   return cloud;
@@ -43,7 +42,7 @@ std::vector<Math::Position3D> pointsOf(const session::Marks& marks) {
   std::vector<Math::Position3D> points = marks.hits;
   points.insert(points.end(), marks.floor.begin(), marks.floor.end());
   for (const auto& echo : marks.echoes) {
-    const auto arc = positionsOn(echo, kArcPoints);
+    const auto arc = positionsOn(echo, outlets::kArcPoints);
     points.insert(points.end(), arc.begin(), arc.end());
   }
   return points;
@@ -52,8 +51,8 @@ std::vector<Math::Position3D> pointsOf(const session::Marks& marks) {
 /** Around the sensor's x axis: from the apex along the arc and back. */
 std::vector<geometry_msgs::Point> outlineOf(const Math::SensorFieldOfView2D& view) {
   std::vector<geometry_msgs::Point> outline{{}};
-  for (int i = 0; i <= kArcPoints; ++i) {
-    const double angle = view.angularRange * (static_cast<double>(i) / kArcPoints - 0.5);
+  for (int i = 0; i <= outlets::kArcPoints; ++i) {
+    const double angle = view.angularRange * (static_cast<double>(i) / outlets::kArcPoints - 0.5);
     outline.push_back({view.maxRange * std::cos(angle), view.maxRange * std::sin(angle), 0.0});
   }
   outline.push_back({});
@@ -95,7 +94,7 @@ visualization_msgs::Marker personAt(const Math::Position3D& head, const std_msgs
   return marker;
 }
 
-/** Whether that has been written of a sensor. */
+/** True if the sensor's state equals the one written last. */
 bool isState(const session::SensorState& sensor, const qv_msgs::SensorState& written) {
   return sensor.name == written.name && sensor.started == written.started &&
          sensor.enabled == written.enabled && sensor.diagnosis == written.diagnosis &&
@@ -154,7 +153,7 @@ void RecordTopics::write(const session::Snapshot& snapshot) {
   xWriteHealth(snapshot);
 }
 
-// What others report may be no obstacle, and stays out of their clouds.
+// Other sensors' points may be no obstacles, and stay out of their clouds.
 bool RecordTopics::xHasOwnCloud(const session::SensorState& sensor) const {
   return sensor.points == Model::PointMeaning::sighting && mounted.count(sensor.name) > 0;
 }
@@ -185,7 +184,7 @@ void RecordTopics::xAddRecordsOf(const session::SensorState& sensor, const std::
   }
 }
 
-// Where all points are pixels of a recorded image, viewers are shown some of them.
+// If all points are pixels of a recorded image, viewers are shown some of them.
 void RecordTopics::xWriteSensor(const session::SensorState& sensor, ko::Clock::time_point time) {
   const bool hasOwnCloud = xHasOwnCloud(sensor);
   const bool isOfImage = hasOwnCloud && cameraPoints && cameraPoints->write(sensor, time);
@@ -207,7 +206,7 @@ void RecordTopics::xWriteSensor(const session::SensorState& sensor, ko::Clock::t
   sink.write(topic, logTimeOf(time), cloud);
 }
 
-// Those who are not seen any more are gone.
+// Markers of people who are no longer seen are deleted.
 void RecordTopics::xWritePeople(const session::Snapshot& snapshot) {
   const std_msgs::Header header = headerOf(snapshot.time, names.ofMap());
   visualization_msgs::MarkerArray seen;

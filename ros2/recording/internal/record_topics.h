@@ -16,7 +16,7 @@
 
 namespace QV::ros2 {
 
-/** Writes what a snapshot shows: the records, without loss and as points, and who wants them. */
+/** Writes a snapshot: the records, without loss and as points, and the subscribers. */
 class QV_API RecordTopics {
  public:
   /**

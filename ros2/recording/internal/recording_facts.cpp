@@ -41,7 +41,7 @@ ko::Duration periodOf(const std::map<std::string, std::string>& values, const st
                            " ns given");
 }
 
-std::string toText(float number) {
+std::string numberText(float number) {
   std::array<char, 32> text;
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
 }
@@ -54,7 +54,7 @@ std::map<std::string, std::string> RecordingFacts::toValues() const {
           {"title", title},
           {"frame", getName(frame)},
           {"start", std::to_string(start.time_since_epoch().count())},
-          {"radius", toText(radius)},
+          {"radius", numberText(radius)},
           {"body_period", std::to_string(periods.body.count())},
           {"sonar_period", std::to_string(periods.sonars.count())}};
 }

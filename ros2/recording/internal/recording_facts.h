@@ -10,7 +10,7 @@
 
 namespace QV::ros2 {
 
-/** The facts that a recording tells of the robot, in a metadata record of this name. */
+/** The facts about the robot in a recording, a metadata record of this name. */
 struct RecordingFacts {
   static constexpr char kName[] = "qv";
   /** The name of the metadata record that says how a virtual robot's world was. */
@@ -26,8 +26,8 @@ struct RecordingFacts {
   session::DriverPeriods periods;
 
   std::map<std::string, std::string> toValues() const;
-  /** Reads the facts. What is missing or nonsense: std::runtime_error that says what was
-   * expected. */
+  /** Reads the facts. Throws std::runtime_error with the expectation for a missing or invalid one.
+   */
   static RecordingFacts fromValues(const std::map<std::string, std::string>& values);
 };
 

@@ -18,7 +18,7 @@ void RefusalLog::accept(const std::string& topic) {
   const auto found = refused.find(topic);
   if (found == refused.end() || --found->second > 0) return;
   refused.erase(found);
-  ko::log::info(category, "tell") << topic << ": its messages are sound again";
+  ko::log::info(category, "tell") << topic << ": its messages are valid again";
 }
 
 }  // namespace QV::ros2

@@ -7,7 +7,7 @@ namespace QV::ros2 {
 
 /**
  * Says which topics bring messages that can't be used: a line when one begins to, and one when ten
- * in a row have been sound again.
+ * in a row have been valid again.
  */
 class RefusalLog {
  public:

@@ -2,6 +2,11 @@
 
 namespace QV::ros2 {
 
+bool isCamera(const Model::SensorConfig& config) {
+  const Model::SensorKind* kind = Model::SensorKinds::standard().findType(config.type);
+  return kind && kind->isCamera();
+}
+
 SensorSort sortOf(const Model::SensorConfig& config, const Model::SensorKinds& kinds) {
   const Model::SensorKind* kind = kinds.findType(config.type);
   if (!kind) return SensorSort::other;
@@ -17,13 +22,13 @@ SensorSort sortOf(const Model::SensorConfig& config, const Model::SensorKinds& k
     case Model::KeyContent::other:
       break;
   }
-  return kind->isCamera() ? SensorSort::camera : SensorSort::other;
+  return isCamera(config) ? SensorSort::camera : SensorSort::other;
 }
 
 std::vector<const Model::SensorConfig*> camerasOf(const Model::Robot& robot) {
   std::vector<const Model::SensorConfig*> cameras;
   for (const auto& [name, config] : robot.sensorConfigs) {
-    if (sortOf(config) == SensorSort::camera) cameras.push_back(&config);
+    if (isCamera(config)) cameras.push_back(&config);
   }
   return cameras;
 }

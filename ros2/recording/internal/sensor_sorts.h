@@ -13,8 +13,10 @@ namespace QV::ros2 {
  */
 enum class SensorSort { scan, range, contact, camera, other };
 
-SensorSort sortOf(const Model::SensorConfig& config,
-                  const Model::SensorKinds& kinds = Model::SensorKinds::standard());
+SensorSort sortOf(const Model::SensorConfig& config, const Model::SensorKinds& kinds);
+
+/** True for a camera of the library's kind: the video device has no others. */
+bool isCamera(const Model::SensorConfig& config);
 
 /** Returns the robot's cameras in their order; the first is kDepthCamera. */
 std::vector<const Model::SensorConfig*> camerasOf(const Model::Robot& robot);

@@ -18,9 +18,9 @@ namespace {
 
 using Point = Math::Position3D;
 
-// More between two events than any robot tells.
+// The limit is higher than any robot's messages between two events.
 constexpr std::size_t kMostWaiting = 200'000;
-// At least as many as a recorder may name.
+// The reader keeps at least as many images as a recorder may refer to.
 constexpr std::size_t kRecentImages = 4;
 
 RecordingFacts readFacts(const BagReader& bag) {
@@ -31,13 +31,13 @@ RecordingFacts readFacts(const BagReader& bag) {
 }
 
 template <typename Message>
-bool isOf(const BagMessage& message) {
+bool holds(const BagMessage& message) {
   return message.topic->encoding == "cdr" && message.topic->type == Message::getType().getName();
 }
 
 template <typename Message>
-bool isOf(const BagMessage& message, const char* topic) {
-  return message.topic->name == topic && isOf<Message>(message);
+bool holds(const BagMessage& message, const char* topic) {
+  return message.topic->name == topic && holds<Message>(message);
 }
 
 }  // namespace
@@ -84,17 +84,17 @@ bool SessionReader::xRead() {
 
 void SessionReader::xTake(const BagMessage& message) {
   const auto time = timeOf(message.logTime);
-  if (isOf<qv_msgs::Inputs>(message, kInputsTopic)) return xTakeInputs(message);
-  if (isOf<qv_msgs::Records>(message, kRecordsTopic)) return xTakeRecords(message);
-  if (isOf<tf2_msgs::TFMessage>(message, "/tf")) return xTakeTransforms(message);
-  if (isOf<sensor_msgs::Image>(message)) return xTakeImage(message);
-  if (isOf<nav_msgs::OccupancyGrid>(message, kMapTopic)) return xTakeMap(message);
-  if (isOf<sensor_msgs::PointCloud2>(message)) return xTakeCloud(message);
-  if (isOf<qv_msgs::ImagePoints>(message)) return xTakeImagePoints(message);
-  if (isOf<qv_msgs::Command>(message, kCommandsTopic)) {
+  if (holds<qv_msgs::Inputs>(message, kInputsTopic)) return xTakeInputs(message);
+  if (holds<qv_msgs::Records>(message, kRecordsTopic)) return xTakeRecords(message);
+  if (holds<tf2_msgs::TFMessage>(message, "/tf")) return xTakeTransforms(message);
+  if (holds<sensor_msgs::Image>(message)) return xTakeImage(message);
+  if (holds<nav_msgs::OccupancyGrid>(message, kMapTopic)) return xTakeMap(message);
+  if (holds<sensor_msgs::PointCloud2>(message)) return xTakeCloud(message);
+  if (holds<qv_msgs::ImagePoints>(message)) return xTakeImagePoints(message);
+  if (holds<qv_msgs::Command>(message, kCommandsTopic)) {
     events.push_back({SessionEvent::Sort::command, time, fromCdr<qv_msgs::Command>(message.data)});
   }
-  if (isOf<std_msgs::String>(message, kDescriptionTopic)) {
+  if (holds<std_msgs::String>(message, kDescriptionTopic)) {
     description = fromCdr<std_msgs::String>(message.data).data;
   }
 }
@@ -150,7 +150,7 @@ void SessionReader::xTakeCloud(const BagMessage& message) {
 void SessionReader::xTakeImagePoints(const BagMessage& message) {
   const auto points = fromCdr<qv_msgs::ImagePoints>(message.data);
   const auto time = timeOf(static_cast<std::uint64_t>(points.image_time));
-  // Of two at one time the later.
+  // The later of two images with one time counts.
   for (const SessionImage& image : recentImages[points.image] | std::views::reverse) {
     if (image.time != time) continue;
     clouds[message.topic->name] = {message.logTime, decodePoints(points, image.depth)};

@@ -16,7 +16,7 @@
 
 namespace QV::ros2 {
 
-/** The inputs that drivers told at one time. */
+/** The drivers' inputs at one time. */
 struct SessionInputs {
   ko::Clock::time_point time;
   bool stepped = false;
@@ -42,12 +42,12 @@ struct SessionEvent {
 
 /**
  * Reads a recording of SessionRecorder again, in its order and no further than it is asked to.
- * Whoever reads takes from the queues. What can't be understood: std::runtime_error that names the
- * topic.
+ * The caller takes messages from the queues. Throws std::runtime_error with the topic for a
+ * malformed message.
  */
 class SessionReader {
  public:
-  /** Reads what stands before the session. */
+  /** Reads the part before the session. */
   explicit SessionReader(const std::string& path);
 
   const RecordingFacts& getFacts() const { return facts; }

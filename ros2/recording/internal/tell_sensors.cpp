@@ -15,11 +15,11 @@
 namespace QV::ros2 {
 namespace {
 
-// What is beyond the maximum is no echo to any sensor.
+// A range this far beyond the maximum is a miss for every sensor.
 constexpr float kBeyond = 1.0f;
 constexpr int kBumper = 2;
 
-/** A sensor that is told where it is by the frame of its messages can't take those of another. */
+/** A sensor whose mounting comes from its messages' frame can't take messages of another frame. */
 void checkFrame(const ToldSensor& sensor, const std_msgs::Header& header) {
   if (!sensor.frame.empty() && withoutSlash(header.frame_id) != sensor.frame)
     throw std::runtime_error("frame " + sensor.frame + " expected, \"" + header.frame_id +
@@ -79,7 +79,7 @@ void ToldModules::xWriteRange(const ToldSensor& sensor, const QVValue& value) {
   memory->insertData(xConfigOf(sensor).memoryKeys.at(0), value);
 }
 
-// Where there are more beams than a sensor has, the nearest of its neighbours counts.
+// If a scan has more beams than the sensor, the nearest of each group of neighbours counts.
 void ToldModules::xTellScan(ToldSensor& sensor, const sensor_msgs::LaserScan& scan) {
   checkMessage(scan);
   checkFrame(sensor, scan.header);
@@ -109,7 +109,7 @@ void ToldModules::xTellRange(const ToldSensor& sensor, const sensor_msgs::Range&
   xWriteRange(sensor, isNear ? std::max(range, 0.0f) : sensor.maxRange + kBeyond);
 }
 
-// Told on each change only, as bumpers do.
+// The event is raised on each change only, as bumpers do.
 void ToldModules::xRaiseTouch(const ToldSensor& sensor, bool isTouched) {
   {
     const std::lock_guard lock(mutex);
@@ -137,9 +137,9 @@ void ToldModules::xTellCloud(const ToldSensor& sensor, const sensor_msgs::PointC
   const std::string frame = withoutSlash(cloud.header.frame_id);
   const auto placed = survey.frames.find(frame, survey.base);
   if (!placed)
-    throw std::runtime_error("a frame that hangs together with " + survey.base + " expected, \"" +
+    throw std::runtime_error("a frame that tf connects to " + survey.base + " expected, \"" +
                              frame + "\" given");
-  // A sensor on the floor is one whose height nobody told.
+  // A sensor at height 0 is one whose height is unknown.
   constexpr float kLowest = 0.05f;
   const bool knowsFloor = Math::position3DFromTransform(*placed).z > kLowest;
   std::vector<float> nearest(sensor.beams, sensor.maxRange);

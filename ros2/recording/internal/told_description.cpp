@@ -57,7 +57,7 @@ const char* typeOf(ToldSort sort) {
   return "";
 }
 
-/** Returns the key of `what`: "range", "mode", "time", or of a beam its number and X or Y. */
+/** Returns the key of `what`: "range", "mode", "time", or a beam's number and X or Y. */
 std::string keyOf(const ToldSensor& sensor, const std::string& what) {
   return "Recording/" + sensor.name + "/" + what;
 }

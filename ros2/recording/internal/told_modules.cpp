@@ -17,9 +17,9 @@
 namespace QV::ros2 {
 namespace {
 
-// Of a laser that looks down: its points are floor, and nothing is wrong.
+// The values of a laser that looks down: its points are floor, and there is no error.
 constexpr float kNoInclinationError = 0.0f;
-constexpr float kFloor = 2.0f;
+constexpr float kStatusOfFloor = 2.0f;
 
 std::string cameraNameOf(const Model::SensorConfig& config) {
   const std::string name = Model::SensorProperties(config).getText("cameraName");
@@ -29,10 +29,10 @@ std::string cameraNameOf(const Model::SensorConfig& config) {
 }  // namespace
 
 ToldModules::ToldModules(const std::string& description, TopicSurvey surveyed, Dating dating,
-                         const std::string& category)
+                         const std::string& category, const Model::SensorKinds& kinds)
     : survey(std::move(surveyed)),
       dating(std::move(dating)),
-      model(Model::ModelUtils::robotFromXml(description)),
+      model(Model::ModelUtils::robotFromXml(description, kinds)),
       memory(boost::make_shared<robot::MemoryService>(broker)),
       devices(boost::make_shared<robot::DeviceManager>(broker)),
       motion(boost::make_shared<robot::MotionService>(model)),
@@ -41,17 +41,18 @@ ToldModules::ToldModules(const std::string& description, TopicSurvey surveyed, D
   xAddModules(description);
   xAddCameras();
   for (const auto& [topic, sensor] : survey.sensors) xForget(sensor);
-  xAddLaserModes();
+  // A laser is on as soon as it is told: others decide whether it runs.
+  modes = robot::makeLaserModes(broker, devices, model);
 }
 
-// Who still holds the modules gets no images any more.
+// The cameras are removed, so that remaining holders of the modules get no more images.
 ToldModules::~ToldModules() {
   const auto count = static_cast<int>(camerasOf(model).size());
   for (int index = kDepthCamera; index < kDepthCamera + count; ++index)
     cameras->removeCamera(index);
 }
 
-// A sonar driver without a source measures nothing: it answers those who subscribe.
+// A sonar driver without a source measures nothing; it only answers subscriptions.
 void ToldModules::xAddModules(const std::string& description) {
   broker->registerModule(memory);
   broker->registerModule(devices);
@@ -85,18 +86,6 @@ void ToldModules::xShowImage(const std::string& sensor, cv::Mat_<std::uint16_t>&
   seen.isShown = true;
 }
 
-// A laser is on as soon as it is told: others decide whether it runs.
-void ToldModules::xAddLaserModes() {
-  std::set<std::string> actuators;
-  for (const auto& [name, config] : model.sensorConfigs) {
-    const Model::SensorProperties properties(config);
-    const std::string actuator = properties.getText("setOperationMode");
-    if (actuator.empty() || !actuators.insert(actuator).second) continue;
-    modes.push_back(std::make_unique<robot::LaserModeActuator>(
-        broker, devices, actuator, properties.getText("getOperationMode"), ko::Duration::zero()));
-  }
-}
-
 const Model::SensorConfig& ToldModules::xConfigOf(const ToldSensor& sensor) const {
   return model.sensorConfigs.at(sensor.name);
 }
@@ -120,7 +109,7 @@ void ToldModules::clearNews() {
   news.clear();
 }
 
-// A value that is no number is none: whoever reads it has no record.
+// A value that is no number gives no record.
 void ToldModules::xForget(const ToldSensor& sensor) {
   const Model::SensorConfig& config = xConfigOf(sensor);
   if (sensor.sort == ToldSort::touch) return xRaiseTouch(sensor, false);
@@ -135,7 +124,7 @@ void ToldModules::xForget(const ToldSensor& sensor) {
   const Model::SensorProperties properties(config);
   if (properties.has("inclination"))
     memory->insertData(properties.getText("inclination"), kNoInclinationError);
-  if (properties.has("status")) memory->insertData(properties.getText("status"), kFloor);
+  if (properties.has("status")) memory->insertData(properties.getText("status"), kStatusOfFloor);
 }
 
 void ToldModules::forget(const std::string& topic) {

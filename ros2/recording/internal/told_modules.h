@@ -14,6 +14,7 @@
 #include "platform/api.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/model/robot.h"
+#include "platform/model/sensor_kinds.h"
 #include "robot/services/internal/device_manager.h"
 #include "robot/services/internal/laser_mode_actuator.h"
 #include "robot/services/internal/memory_service.h"
@@ -32,16 +33,16 @@ namespace QV::ros2 {
 using Dating = std::function<ko::Clock::time_point(const builtin_interfaces::Time&)>;
 
 /**
- * The modules of a robot that messages of others tell what its drivers would: what they measure
- * goes where sensors read it. A sensor that has been told nothing gives no record. A message that
- * can't be understood is refused, and RefusalLog says so. Safe from any thread, told by one at a
- * time.
+ * The modules of a robot whose drivers are other nodes' messages: their measurements go where
+ * sensors read them. A sensor without messages gives no record. A malformed message is refused and
+ * logged by RefusalLog. Thread-safe; one thread at a time passes messages.
  */
 class QV_API ToldModules {
  public:
-  /** `description` has the sensors of `survey`; `category` is for the log. */
+  /** `description` has the sensors of `survey`, of these kinds; `category` is for the log. */
   ToldModules(const std::string& description, TopicSurvey survey, Dating dating,
-              const std::string& category);
+              const std::string& category,
+              const Model::SensorKinds& kinds = Model::SensorKinds::standard());
   ~ToldModules();
   ToldModules(const ToldModules&) = delete;
   ToldModules& operator=(const ToldModules&) = delete;
@@ -56,14 +57,14 @@ class QV_API ToldModules {
   /** True if anything is made of such a message. */
   bool hears(const std::string& topic, const std::string& type) const;
   void tell(const ToldMessage& message);
-  /** Forgets the sensor of this topic, as if it had never been told anything. */
+  /** Forgets the sensor of this topic, as if it had never had a message. */
   void forget(const std::string& topic);
 
-  /** True if a sensor has been told something, or an image been fetched, since clearNews. */
+  /** True if a sensor has had a message, or an image was fetched, since clearNews(). */
   bool isNew(const std::string& sensor) const;
   void clearNews();
 
-  /** Hears of all that is told, and must outlive that; null for nobody. */
+  /** The listener to all messages, which must outlive this; null for none. */
   void setListener(session::SessionListener* newListener);
 
  private:
@@ -75,7 +76,6 @@ class QV_API ToldModules {
 
   void xAddModules(const std::string& description);
   void xAddCameras();
-  void xAddLaserModes();
   void xShowImage(const std::string& sensor, cv::Mat_<std::uint16_t>& depth,
                   ko::Clock::time_point& time);
   void xForget(const ToldSensor& sensor);
@@ -104,7 +104,7 @@ class QV_API ToldModules {
   const boost::shared_ptr<robot::DeviceManager> devices;
   const boost::shared_ptr<robot::MotionService> motion;
   const boost::shared_ptr<robot::VideoDevice> cameras;
-  std::vector<std::unique_ptr<robot::LaserModeActuator>> modes;
+  robot::LaserModes modes;
   RefusalLog refusals;
   session::SessionListener* listener = nullptr;
 

@@ -80,7 +80,7 @@ ko::Clock::time_point ToldRobot::xTimeOf(std::uint64_t logTime) const {
   lastLogTime = logTime;
   if (gap > kLongGap) {
     ko::log::warning("Recording", "play")
-        << "a gap of " << gap / 1'000'000'000 << " s is taken for a second";
+        << "a gap of " << gap / 1'000'000'000 << " s is played as 1 s";
     return due + kShortGap;
   }
   return due + ko::Duration(static_cast<std::int64_t>(gap));
@@ -99,7 +99,7 @@ void ToldRobot::makeStep() {
   const bool tells = xTellsSensor(*upcoming);
   modules.tell(toldBy(*upcoming));
   upcoming.reset();
-  // What comes at the same time is one step.
+  // Messages of one time are one step.
   isAmid = (isAmid || !tells || getNextStep()) && getNextStep() && (!tells || due == now);
 }
 

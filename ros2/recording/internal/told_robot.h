@@ -18,12 +18,12 @@ namespace QV::ros2 {
 TopicSurvey surveyTopics(const std::string& path);
 
 /**
- * Another robot's recording: its messages are told to the modules of a robot that is described
- * after them, by the times of the log from 0 on. A gap of more than a minute is taken for a second.
+ * A recording of another robot: its messages go to the modules of a robot whose description is
+ * derived from them, by the log's times from 0 on. A gap of more than a minute is played as 1 s.
  */
 class ToldRobot : public BagRobot {
  public:
-  /** Stands before the first message. What makes no sensor: std::runtime_error. */
+  /** Stands before the first message. Throws std::runtime_error without a sensor topic. */
   ToldRobot(const std::string& path, const TopicSurvey& survey);
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }

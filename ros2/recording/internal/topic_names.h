@@ -2,6 +2,8 @@
 
 #include <string>
 
+#include "platform/api.h"
+
 namespace QV::ros2 {
 
 /** The topics that a recording is played from; docs/recordings.md has all. */
@@ -14,6 +16,9 @@ inline constexpr char kMapTopic[] = "/map";
 /** The sensors of people and of all touches, which no description names. */
 inline constexpr char kPeoplePerception[] = "PeoplePerception";
 inline constexpr char kTouch[] = "Touch";
+
+/** Returns what a topic may be called: "Sonar/Front_left" for "Sonar/Front-left". */
+QV_API std::string toGraphName(const std::string& text);
 
 /** Returns the topic of what a sensor's driver measured: "scan", "range", "contact" or "image". */
 inline std::string driverTopicOf(const std::string& sensor, const char* what) {

@@ -14,10 +14,10 @@
 namespace QV::ros2 {
 namespace {
 
-// Of a cloud: the nearest obstacle in each direction.
+// A cloud becomes a laser: the nearest obstacle in each direction.
 constexpr std::size_t kCloudBeams = 720;
 constexpr float kCloudRange = 30.0f;
-// What cameras of this sort see, where nobody has said.
+// The usual apertures of depth cameras, for a camera without CameraInfo.
 constexpr float kUsualAperture = 1.02f;
 constexpr float kUsualVerticalAperture = 0.79f;
 
@@ -56,11 +56,11 @@ ToldSensor sensorOf(const sensor_msgs::LaserScan& scan) {
   sensor.minRange = scan.range_min;
   sensor.maxRange = scan.range_max;
   if (!isSound(scan.range_min, scan.range_max))
-    throw std::runtime_error("beams between two ranges and angles expected");
+    throw std::runtime_error("valid limits of range and angle expected");
   return sensor;
 }
 
-// One whose limits are the same tells of a contact only.
+// A Range whose limits are equal reports a contact only.
 ToldSensor sensorOf(const sensor_msgs::Range& range) {
   ToldSensor sensor;
   const bool isContact = range.min_range == range.max_range;
@@ -71,7 +71,7 @@ ToldSensor sensorOf(const sensor_msgs::Range& range) {
   sensor.aperture = std::clamp(range.field_of_view, 0.0f, kFullTurn);
   if (isContact && sensor.maxRange <= 0.0f) sensor.maxRange = 0.05f;
   if (!isSound(sensor.minRange, sensor.maxRange) || !std::isfinite(range.field_of_view))
-    throw std::runtime_error("a range between two others expected");
+    throw std::runtime_error("min_range below max_range expected");
   return sensor;
 }
 
@@ -100,7 +100,7 @@ ToldSensor sensorOf(const sensor_msgs::PointCloud2& cloud) {
   return sensor;
 }
 
-/** Nothing for a picture without depth. */
+/** Returns std::nullopt for an image that is not depth. */
 std::optional<ToldSensor> sensorOf(const ToldMessage& message) {
   const auto& type = message.type;
   if (isOf<sensor_msgs::LaserScan>(type))
@@ -165,7 +165,7 @@ TopicSurvey TopicSurveyor::make() {
   return std::move(survey);
 }
 
-// The frame that odometry is of, one of the usual names, or what all hangs on.
+// Returns the child frame of odometry, else one of the usual names, else the root of all frames.
 void TopicSurveyor::xFindBase() {
   for (const char* const usual : {"base_link", "base_footprint", "base"})
     if (survey.base.empty() && survey.frames.has(usual)) survey.base = usual;
@@ -181,7 +181,7 @@ void TopicSurveyor::xMount(ToldSensor& sensor) const {
 }
 
 void TopicSurveyor::xMountCamera(ToldSensor& sensor) const {
-  // From z ahead, x to the right and y down.
+  // Converts from the optical frame (x right, y down, z forward).
   constexpr float kQuarter = 0.5f * std::numbers::pi_v<float>;
   sensor.mounting =
       sensor.mounting * Math::inverse(Math::rotationFrom3DRotation(-kQuarter, 0.0f, -kQuarter));

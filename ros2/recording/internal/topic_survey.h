@@ -7,6 +7,7 @@
 #include <vector>
 
 #include "platform/model/robot.h"
+#include "platform/model/sensor_kinds.h"
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/frame_tree.h"
 
@@ -49,17 +50,17 @@ struct ToldSensor {
   /** About the x axis of its mounting, half of it on each side. */
   float aperture = 0.0f;
   float verticalAperture = 0.0f;
-  /** The middle of a scan, see middleOf; nothing before the first of a sensor that a description
-   * names. */
+  /** The middle of a scan, see middleOf; std::nullopt before the first scan of a described sensor.
+   */
   std::optional<float> middle = std::nullopt;
   std::size_t beams = 0;
 };
 
-/** The survey of another robot's topics: what they tell, and of which sensors. */
+/** The survey of another robot's topics and their sensors. */
 struct TopicSurvey {
   /** The sensors by topic. */
   std::map<std::string, ToldSensor> sensors;
-  /** The frame of the robot, and what it is placed in: "odom" or "map". */
+  /** The frame of the robot, and its parent: "odom" or "map". */
   std::string base;
   /** Empty if there is none. */
   std::string odometryTopic;
@@ -102,10 +103,11 @@ class QV_API TopicSurveyor {
 };
 
 /**
- * Surveys the topics that each sensor of a description names, or that recordings give it, which
- * begin with `prefix` then. std::runtime_error for two sensors of one topic.
+ * Surveys the topics that each sensor of a description, of these kinds, names, or that recordings
+ * give it, which begin with `prefix` then. std::runtime_error for two sensors of one topic.
  */
-QV_API TopicSurvey surveyDescription(const Model::Robot& robot, const std::string& prefix = {});
+QV_API TopicSurvey surveyDescription(const Model::Robot& robot, const Model::SensorKinds& kinds,
+                                     const std::string& prefix = {});
 
 /** A URDF of a robot with these sensors, each with memory keys after its name. */
 QV_API std::string describe(const TopicSurvey& survey);

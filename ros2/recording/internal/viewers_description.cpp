@@ -22,7 +22,7 @@ Vector vectorOf(const XMLElement* origin, const char* attribute) {
   return vector;
 }
 
-/** Where `distance` along its own z axis lies, of a body that stands at `origin`. */
+/** Returns the point at `distance` (m) along the z axis of `origin`, as text. */
 std::string placeOn(const XMLElement* origin, double distance) {
   const auto [x, y, z] = vectorOf(origin, "xyz");
   const auto [roll, pitch, yaw] = vectorOf(origin, "rpy");
@@ -50,11 +50,11 @@ void addSphere(XMLElement& link, const XMLElement& capsule, double distance) {
   origin->SetAttribute("xyz", place.c_str());
   shapeOf(sphere)->SetName("sphere");
   shapeOf(sphere)->DeleteAttribute("length");
-  // Behind all others, which are called by their number.
+  // The sphere is appended last, because shapes are named by their number.
   link.InsertEndChild(&sphere);
 }
 
-/** Whether there were any. */
+/** Replaces the capsules; returns true if there were any. */
 bool replaceCapsules(XMLElement& link) {
   std::vector<XMLElement*> capsules;
   for (const char* const sort : {"visual", "collision"}) {

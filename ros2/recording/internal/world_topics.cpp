@@ -7,15 +7,9 @@
 #include "ros2/recording/internal/viewers_description.h"
 
 namespace QV::ros2 {
-namespace {
-
-constexpr Qos kKept{true, true, 1};
-
-}  // namespace
-
 std::string writeDescription(MessageSink& sink, const session::Session& session) {
   if (!session.getDescription() || !session.getBroker()) return {};
-  const auto topic = sink.add<std_msgs::String>(kDescriptionTopic, kKept);
+  const auto topic = sink.add<std_msgs::String>(kDescriptionTopic, kLatched);
   const auto model = session.getBroker()->getProxy(RobotModelContract::kModule, 0);
   auto exact = model->call<std::string>(RobotModelContract::kGetConfig);
   sink.write(topic, logTimeOf(ko::Clock::now()), std_msgs::String{describeForViewers(exact)});
@@ -24,7 +18,7 @@ std::string writeDescription(MessageSink& sink, const session::Session& session)
 
 nav_msgs::OccupancyGrid writeMap(MessageSink& sink, const OccupancyMap& map,
                                  const FrameNames& names) {
-  const auto topic = sink.add<nav_msgs::OccupancyGrid>(kMapTopic, kKept);
+  const auto topic = sink.add<nav_msgs::OccupancyGrid>(kMapTopic, kLatched);
   nav_msgs::OccupancyGrid grid = gridOf(map);
   grid.header.frame_id = names.ofMap();
   sink.write(topic, logTimeOf(ko::Clock::now()), grid);

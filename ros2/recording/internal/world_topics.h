@@ -10,7 +10,7 @@ namespace QV::ros2 {
 /** The robot's description, if it has one, as viewers can read it; returns it as it was read. */
 QV_API std::string writeDescription(MessageSink& sink, const session::Session& session);
 
-/** Returns what was written. */
+/** Returns the written message. */
 QV_API nav_msgs::OccupancyGrid writeMap(MessageSink& sink, const OccupancyMap& map,
                                         const FrameNames& names);
 

@@ -9,12 +9,12 @@ namespace {
 // Ranges of one place, by two sensors that stand apart and measure in turn.
 constexpr double kLikeness = 0.67;
 constexpr double kLikeMetres = 0.15;
-// What is wrong by a share stays wrong by that share.
+// Ranges that are wrong by a ratio keep that ratio.
 constexpr double kOneRatio = 1.18;
 constexpr double kChange = 1.3;
-// So many in a row are no chance.
+// This many in a row are no coincidence.
 constexpr int kInARow = 3;
-// Without anything to compare for so long, what was is over.
+// A contradiction is forgotten after this long without a comparison.
 constexpr double kForgotten = 10.0;
 
 bool agrees(const PlanarView::Comparison& seen) {

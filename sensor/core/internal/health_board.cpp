@@ -14,13 +14,15 @@ namespace {
 using Time = ko::Clock::time_point;
 
 constexpr ko::Duration kComparePeriod{400'000'000};
+// Seconds: what passes at once between two comparisons counts as that at the most.
+constexpr double kLongestGap = 0.5;
 constexpr ko::Duration kHangs{200'000'000};
 // A tick that comes later than that has missed others, or the clock has jumped.
 constexpr ko::Duration kLongestTick{1'000'000'000};
 constexpr ko::Duration kSettling{1'000'000'000};
 constexpr ko::Duration kFreshView{400'000'000};
 constexpr ko::Duration kDeviceKnown{500'000'000};
-// What comes and goes is seen the second time.
+// The device manager is asked for its time for this long after it was needed.
 constexpr ko::Duration kAsks{2'000'000'000};
 // Trouble that comes before a fault and leads to it.
 constexpr ko::Duration kLead{1'500'000'000};
@@ -42,24 +44,35 @@ bool isUnread(const HealthFinding& finding) {
   return finding.cause == HealthCause::unread || finding.cause == HealthCause::neverRead;
 }
 
-// Hardware that was switched off, or failed to be switched on, is no longer what it was.
+// Health starts anew after hardware was switched off, or failed to start.
 bool isByReadings(const HealthFinding& finding) {
   return finding.state > HealthState::sound &&
          (finding.state < HealthState::failing || finding.cause == HealthCause::readingThrows);
+}
+
+// None of the limits that ask for a judge can be passed before.
+void tellPatience(const HealthLimits& limits, SensorWatch& watch) {
+  constexpr double kLongest = 1e6;
+  const double least = std::min(limits.get(HealthLimit::age).value_or(kLongest),
+                                limits.get(HealthLimit::silence).value_or(kLongest));
+  watch.setPatience(static_cast<std::int64_t>(std::min(least, kLongest) * 1e9));
 }
 
 }  // namespace
 
 void HealthBoard::describe(const Sensor& sensor, const HealthNature& nature, ko::Duration period) {
   HealthNature own = nature;
-  own.hasRate = nature.hasRate && sensor.watch->getNature().hasRate;
-  sensor.watch->setNature(own);
+  SensorWatch& watch = sensor.xGetWatch();
+  own.hasRate = nature.hasRate && watch.getNature().hasRate;
+  watch.setNature(own);
+  sensor.xWatch(isOn && isAsked);
   const Lock lock(mutex);
   Entry& entry = entries[sensor.getName()];
   entry.sensor = &sensor;
   entry.limits = HealthLimits(period);
-  // What tells of changes is told rarely: two in 20 readings that make no sense are too many.
+  // A sensor that reports changes rarely has news, so two bad readings in 20 are too many.
   if (!own.hasRate) entry.limits.set(HealthLimit::garbage, 0.05);
+  tellPatience(entry.limits, watch);
 }
 
 void HealthBoard::setLimit(const std::string& sensor, HealthLimit limit,
@@ -67,7 +80,9 @@ void HealthBoard::setLimit(const std::string& sensor, HealthLimit limit,
   const Lock lock(mutex);
   xAddNew();
   const auto found = entries.find(sensor);
-  if (found != entries.end()) found->second.limits.set(limit, value);
+  if (found == entries.end()) return;
+  found->second.limits.set(limit, value);
+  tellPatience(found->second.limits, found->second.sensor->xGetWatch());
 }
 
 std::optional<double> HealthBoard::getLimit(const std::string& sensor, HealthLimit limit) {
@@ -78,9 +93,9 @@ std::optional<double> HealthBoard::getLimit(const std::string& sensor, HealthLim
 }
 
 void HealthBoard::setCallback(Callback newCallback) {
-  if (newCallback) xBeAsked();
+  if (newCallback) beAsked();
   const Lock lock(mutex);
-  // The former one goes after the lock: what it keeps may ask for health as it goes.
+  // The old callback is destroyed after the lock, because its destructor may ask for health.
   callback.swap(newCallback);
 }
 
@@ -88,16 +103,11 @@ void HealthBoard::setOn(bool on) {
   const Lock lock(mutex);
   isOn = on;
   xWatchAll(on && isAsked);
-  // What was noted before is as old as the pause.
+  // Notes from before the pause are outdated.
   settledAt = ko::Clock::now() + kSettling;
 }
 
-void HealthBoard::awaitQuestion() {
-  isAsked = false;
-  xWatchAll(false);
-}
-
-void HealthBoard::xBeAsked() {
+void HealthBoard::beAsked() {
   if (isAsked.exchange(true)) return;
   const Lock lock(mutex);
   xWatchAll(isOn);
@@ -139,7 +149,7 @@ void HealthBoard::tick(ko::Duration period) {
 }
 
 std::optional<SensorHealth> HealthBoard::get(const std::string& sensor) {
-  xBeAsked();
+  beAsked();
   Lock lock(mutex);
   xJudgeAll(false);
   const auto found = entries.find(sensor);
@@ -150,7 +160,7 @@ std::optional<SensorHealth> HealthBoard::get(const std::string& sensor) {
 }
 
 std::map<std::string, SensorHealth> HealthBoard::getAll() {
-  xBeAsked();
+  beAsked();
   Lock lock(mutex);
   xJudgeAll(false);
   std::map<std::string, SensorHealth> all;
@@ -162,8 +172,19 @@ std::map<std::string, SensorHealth> HealthBoard::getAll() {
 void HealthBoard::xAddNew() {
   if (entries.size() == sensors.size()) return;
   for (const auto& [name, sensor] : sensors) {
-    if (sensor) entries[name].sensor = sensor.get();
+    if (!sensor) continue;
+    Entry& entry = entries[name];
+    entry.sensor = sensor.get();
+    if (isAsked && !sensor->watch) sensor->xWatch(isOn);
+    tellPatience(entry.limits, sensor->xGetWatch());
   }
+}
+
+void HealthBoard::xListGlances() {
+  if (glances.size() == entries.size()) return;
+  glances.clear();
+  for (auto& [name, entry] : entries)
+    glances.push_back({&entry.sensor->xGetWatch(), &name, &entry});
 }
 
 HealthMoment HealthBoard::xMoment() const {
@@ -179,7 +200,7 @@ HealthMoment HealthBoard::xMoment() const {
 
 const std::string* HealthBoard::xFindHanging(std::int64_t now) const {
   for (const auto& [name, entry] : entries) {
-    const std::int64_t since = entry.sensor->watch->getReadingSince();
+    const std::int64_t since = entry.sensor->xGetWatch().getReadingSince();
     if (since != 0 && now - since > kHangs.count()) return &name;
   }
   return nullptr;
@@ -187,15 +208,21 @@ const std::string* HealthBoard::xFindHanging(std::int64_t now) const {
 
 void HealthBoard::xJudgeAll(bool isTick) {
   xAddNew();
+  xListGlances();
   const HealthMoment moment = xMoment();
   const Time now{ko::Duration(moment.now)};
   xNoteJump(now);
   if (isTick) xCompareViews(now);
   const RobotMotion::State moved = motion.getState();
-  for (auto& [name, entry] : entries) {
+  for (Glance& glance : glances) {
+    if (isTick && glance.wasSound && glance.watch->isCalm(moment.now)) continue;
+    Entry& entry = *glance.entry;
     const HealthFinding finding = xJudge(entry, moment, isTick ? &moved : nullptr);
     if (finding.cause == HealthCause::old || finding.state == HealthState::starting) askedAt = now;
-    xSettle(name, entry, finding, moment);
+    xSettle(*glance.name, entry, finding, moment);
+    const bool isSound =
+        finding.state == HealthState::sound && entry.shown.state == HealthState::sound;
+    glance.wasSound = isSound && !entry.track.contradicted;
   }
   asksDevice = now - askedAt < kAsks;
 }
@@ -203,10 +230,11 @@ void HealthBoard::xJudgeAll(bool isTick) {
 HealthFinding HealthBoard::xJudge(Entry& entry, const HealthMoment& moment,
                                   const RobotMotion::State* moved) const {
   const Sensor& sensor = *entry.sensor;
-  const SensorWatch& watch = *sensor.watch;
-  // Before the notes: one that says that it is started has noted when.
-  const HealthSwitches switches{sensor.isWanted, sensor.isEnabled(), sensor.isDiagnosisSucess(),
-                                sensor.isStarted()};
+  const SensorWatch& watch = sensor.xGetWatch();
+  // The flag is read before the notes: a started sensor has noted its start time.
+  const HealthSwitches switches{sensor.isWanted,    sensor.isEnabled(), sensor.isDiagnosisSucess(),
+                                sensor.isStarted(), sensor.call,        sensor.callSince,
+                                sensor.leftOn,      sensor.hasThrown};
   const ReadingNotes notes = watch.getNotes();
   if (moved) entry.track.update(notes, watch.getNature().showsMotion, *moved);
   auto finding = HealthJudge(watch, notes, entry.limits, entry.track, moment).judge(switches);
@@ -214,7 +242,7 @@ HealthFinding HealthBoard::xJudge(Entry& entry, const HealthMoment& moment,
   return finding;
 }
 
-// What passes without the machine's time is no time in which a sensor could have measured.
+// A jump of the clock is no time in which a sensor could have measured.
 void HealthBoard::xNoteJump(Time now) {
   if (!isRefreshed) return;
   const auto machine = std::chrono::steady_clock::now();
@@ -227,8 +255,9 @@ void HealthBoard::xNoteJump(Time now) {
   judgedByMachine = machine;
 }
 
-bool HealthBoard::xSees(const Entry& entry, Time now) {
-  const SensorWatch& watch = *entry.sensor->watch;
+bool HealthBoard::xSees(const Glance& glance, Time now) {
+  const SensorWatch& watch = *glance.watch;
+  const Entry& entry = *glance.entry;
   if (!watch.getNature().showsMotion || !entry.sensor->isStarted()) return false;
   const ReadingNotes notes = watch.getNotes();
   return notes.hasView && entry.limits.get(HealthLimit::disagreement).has_value() &&
@@ -240,24 +269,28 @@ void HealthBoard::xCompareViews(Time now) {
   if (passed >= ko::Duration::zero() && passed < kComparePeriod) return;
   const RobotMotion::State moved = motion.getState();
   const bool moves = moved.turned + moved.went > comparedMotion;
-  const double seconds = moves ? std::min(secondsBetween(comparedAt, now), 0.5) : 0.0;
+  const double seconds = moves ? std::min(secondsBetween(comparedAt, now), kLongestGap) : 0.0;
   comparedMotion = moved.turned + moved.went;
   comparedAt = now;
   const double nowInSeconds = static_cast<double>(inNs(now)) * 1e-9;
   sights.clear();
-  for (const auto& [name, entry] : entries) {
-    if (xSees(entry, now)) sights.push_back({&name, entry.sensor->watch->getView()});
+  for (const Glance& glance : glances) {
+    if (xSees(glance, now)) sights.push_back({glance.name, glance.watch->getView()});
   }
   for (std::size_t i = 0; i < sights.size(); ++i) {
     for (std::size_t j = i + 1; j < sights.size(); ++j) {
       contradictions.compare(sights[i], sights[j], nowInSeconds, std::max(seconds, 0.0));
     }
   }
-  for (auto& [name, entry] : entries) xFindContradiction(name, entry, nowInSeconds);
+  for (Glance& glance : glances) xFindContradiction(glance, nowInSeconds);
 }
 
-void HealthBoard::xFindContradiction(const std::string& name, Entry& entry, double now) const {
-  const auto told = contradictions.find(name, now);
+void HealthBoard::xFindContradiction(Glance& glance, double now) const {
+  const auto told = contradictions.find(*glance.name, now);
+  // What nothing contradicted before either need not be touched.
+  if (!told && glance.wasSound) return;
+  glance.wasSound = false;
+  Entry& entry = *glance.entry;
   entry.track.contradicted = told ? told->other : nullptr;
   if (!told) return;
   entry.track.contradiction = told->seconds;
@@ -302,7 +335,7 @@ SensorHealth HealthBoard::xTell(const Entry& entry) const {
   return health;
 }
 
-// What went wrong long before has nothing to do with it.
+// An error long before has nothing to do with it.
 std::optional<ko::log::Record> HealthBoard::xFindTrouble(const Entry& entry) const {
   if (!hasTrouble(entry.shown.cause)) return std::nullopt;
   auto trouble = entry.sensor->getLastTrouble();

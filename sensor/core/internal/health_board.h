@@ -44,11 +44,9 @@ class QV_API HealthBoard {
   std::optional<double> getLimit(const std::string& sensor, HealthLimit limit);
   void setCallback(Callback newCallback);
   void setOn(bool on);
-  /**
-   * Waits, before the first start, where readers measure: readings are watched, and ticks judge,
-   * from the first question or callback on.
-   */
-  void awaitQuestion();
+  /** Watches readings, and judges at ticks, from now on; the first question or callback does it
+   * otherwise. */
+  void beAsked();
   bool isWatching() const { return isOn; }
 
   /** Says that all are read again and again, as of now. */
@@ -82,21 +80,29 @@ class QV_API HealthBoard {
     std::array<int, kHealthStateCount> times = {1};
   };
   using Entries = std::map<std::string, Entry>;
+  /** What a tick looks at first: as a rule there is nothing to judge. */
+  struct Glance {
+    const SensorWatch* watch;
+    const std::string* name;
+    Entry* entry;
+    /** True if it was sound when it was judged last, and nothing contradicts it. */
+    bool wasSound = false;
+  };
   using Lock = std::unique_lock<std::mutex>;
 
-  void xBeAsked();
   void xWatchAll(bool on) const;
   void xAddNew();
   HealthMoment xMoment() const;
   /** Finds the sensor whose reading does not return; null if none hangs. */
   const std::string* xFindHanging(std::int64_t now) const;
+  void xListGlances();
   void xJudgeAll(bool isTick);
   HealthFinding xJudge(Entry& entry, const HealthMoment& moment,
                        const RobotMotion::State* moved) const;
   void xNoteJump(ko::Clock::time_point now);
   void xCompareViews(ko::Clock::time_point now);
-  void xFindContradiction(const std::string& name, Entry& entry, double now) const;
-  static bool xSees(const Entry& entry, ko::Clock::time_point now);
+  void xFindContradiction(Glance& glance, double now) const;
+  static bool xSees(const Glance& glance, ko::Clock::time_point now);
   void xSettle(const std::string& name, Entry& entry, const HealthFinding& finding,
                const HealthMoment& moment);
   bool xIsHeld(const Entry& entry, const HealthFinding& finding, ko::Clock::time_point now) const;
@@ -104,12 +110,13 @@ class QV_API HealthBoard {
   std::optional<ko::log::Record> xFindTrouble(const Entry& entry) const;
   void xCallBack(Lock& lock);
 
-  // What a reader touches as a rule stands first.
+  // Members that every reading uses come first.
   /** The last tick that judged, ns. */
   std::atomic<std::int64_t> tickedAt{std::numeric_limits<std::int64_t>::min() / 2};
   std::atomic<bool> isOn{true};
-  std::atomic<bool> isAsked{true};
+  std::atomic<bool> isAsked{false};
   const Sensors& sensors;
+  std::vector<Glance> glances;
   Entries entries;
   Contradictions contradictions;
   std::vector<Contradictions::Sight> sights;

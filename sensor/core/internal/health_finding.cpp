@@ -23,15 +23,15 @@ std::string limitOf(const HealthFinding& finding, const char* unit) {
 
 std::string whyUnread(const HealthFinding& finding) {
   if (finding.other) return ": the reading of " + *finding.other + " does not return";
-  return ": the refresh of the records does not go on";
+  return ": the refresh hangs";
 }
 
 std::string describeReadings(const HealthFinding& finding) {
   switch (finding.cause) {
     case HealthCause::contradicts:
-      return figureOf(finding.own) + " m where " + *finding.other + " says " +
-             figureOf(finding.others) + " m, for " + seconds(finding.figure) + " on the move" +
-             limitOf(finding, "s");
+      return std::string("its range is ") + figureOf(finding.own) + " m, that of " +
+             *finding.other + " " + figureOf(finding.others) + " m, for " +
+             seconds(finding.figure) + " of motion" + limitOf(finding, "s");
     case HealthCause::turnsUnseen:
       return "the same points while the robot turned " + figureOf(finding.figure) + " rad" +
              limitOf(finding, "rad");
@@ -39,10 +39,10 @@ std::string describeReadings(const HealthFinding& finding) {
       return "the same points while the robot went " + figureOf(finding.figure) + " m" +
              limitOf(finding, "m");
     case HealthCause::garbage:
-      return figureOf(finding.figure, 0) + " of its last 20 readings can't be, limit " +
+      return figureOf(finding.figure, 0) + " of its last 20 readings are impossible, limit " +
              figureOf(finding.limit, 0);
     case HealthCause::flickers:
-      return "it changed its mind " + figureOf(finding.figure, 0) +
+      return "its answer changed " + figureOf(finding.figure, 0) +
              " times in its last 20 readings, limit " + figureOf(finding.limit, 0);
     default:
       return {};
@@ -79,7 +79,7 @@ std::string describeFault(const HealthFinding& finding) {
     case HealthCause::readingThrows:
       return "its reading fails";
     case HealthCause::startThrew:
-      return "its hardware threw when it was to start";
+      return "its start threw an exception";
     case HealthCause::badDiagnosis:
       return "its diagnosis is bad";
     case HealthCause::leftOn:
@@ -96,13 +96,13 @@ std::string describeSound(const HealthFinding& finding) {
     case HealthCause::disabled:
       return "it is disabled";
     case HealthCause::unwatched:
-      return "it runs, and its records are not watched";
+      return "it runs, but health is switched off";
     case HealthCause::awaitsFirst:
       return "no fresh record yet, " + seconds(finding.figure) + " after its start";
     case HealthCause::startGoesOn:
       return "its hardware has been starting for " + seconds(finding.figure);
     case HealthCause::excused:
-      return std::string("no record, as it should be: ").append(finding.excuse);
+      return std::string("no record, which is normal: ").append(finding.excuse);
     default:
       return "its records are fresh";
   }
@@ -135,7 +135,7 @@ bool hasTrouble(HealthCause cause) {
 }
 
 std::string agoText(double seconds) {
-  return "; not so for " + figureOf(seconds) + " s";
+  return "; not seen for " + figureOf(seconds) + " s";
 }
 
 std::string remedyFor(HealthCause cause) {
@@ -155,7 +155,7 @@ std::string remedyFor(HealthCause cause) {
     case HealthCause::unread:
     case HealthCause::startHangs:
     case HealthCause::stopHangs:
-      return "the call must return; nothing can end it from outside";
+      return "wait: the driver's call must return; it can't be cancelled";
     case HealthCause::startThrew:
       return "subscribe again once its hardware is back";
     case HealthCause::badDiagnosis:
@@ -163,9 +163,9 @@ std::string remedyFor(HealthCause cause) {
     case HealthCause::leftOn:
       return "setSensorDiagnosis(name, true), then subscribe and unsubscribe, which stops it again";
     case HealthCause::contradicts:
-      return "look which of the two is right; by itself once they agree";
+      return "find out which of the two is right; ends when they agree";
     default:
-      return "by itself, with sound records";
+      return "ends when good records come; check the driver";
   }
 }
 

@@ -29,7 +29,7 @@ double HealthJudge::xAgeAt(std::int64_t time) const {
 }
 
 double HealthJudge::xAge() const {
-  // Where nothing refreshes, readers who stay away make no record old.
+  // Without a refresh, missing reads do not make a record old.
   if (!watch.getNature().hasRate) return xAgeAt(notes.stampedAt);
   return xAgeAt(moment.isRefreshed ? moment.now : notes.readAt);
 }
@@ -47,19 +47,19 @@ HealthFinding HealthJudge::judge(const HealthSwitches& switches) const {
     const auto hangs = xBeyond(silent, Cause::readingHangs, HealthLimit::reading, xSince(since));
     if (hangs.state == silent) return hangs;
   }
-  if (watch.getCall() != HardwareCall::none) return xJudgeCall();
-  if (watch.isLeftOn()) return found(failing, Cause::leftOn);
+  if (switches.call != HardwareCall::none) return xJudgeCall(switches);
+  if (switches.isLeftOn) return found(failing, Cause::leftOn);
   if (!switches.isDiagnosisGood) return found(failing, Cause::badDiagnosis);
   if (!switches.isEnabled) return found(off, Cause::disabled);
   if (!switches.isWanted) return found(off, Cause::unwanted);
   if (switches.isStarted) return xJudgeStarted();
-  return watch.hasThrown() ? found(failing, Cause::startThrew)
-                           : found(starting, Cause::startGoesOn);
+  return switches.hasThrown ? found(failing, Cause::startThrew)
+                            : found(starting, Cause::startGoesOn);
 }
 
-HealthFinding HealthJudge::xJudgeCall() const {
-  const double taken = xSince(watch.getCallSince());
-  const bool starts = watch.getCall() == HardwareCall::starting;
+HealthFinding HealthJudge::xJudgeCall(const HealthSwitches& switches) const {
+  const double taken = xSince(switches.callSince);
+  const bool starts = switches.call == HardwareCall::starting;
   const auto hangs = starts ? xBeyond(silent, Cause::startHangs, HealthLimit::start, taken)
                             : xBeyond(failing, Cause::stopHangs, HealthLimit::start, taken);
   if (isFault(hangs.state)) return hangs;
@@ -69,7 +69,7 @@ HealthFinding HealthJudge::xJudgeCall() const {
 HealthFinding HealthJudge::xJudgeStarted() const {
   if (!watch.isOn()) return xJudgeUnwatched();
   if (notes.failures > 0) return found(failing, Cause::readingThrows);
-  // One whose reading takes its time is named for that alone.
+  // A sensor whose reading hangs is reported for that alone.
   if (moment.isRefreshed && watch.getReadingSince() == 0) {
     const auto unread = xJudgeUnread();
     if (unread.state != sound) return unread;
@@ -81,7 +81,7 @@ HealthFinding HealthJudge::xJudgeStarted() const {
   return noise.state == sound ? silence : noise;
 }
 
-// Who waits for its first record, waits for that of a sensor that is not watched, too.
+// awaitRecords also waits for the first record of a sensor whose health is off.
 HealthFinding HealthJudge::xJudgeUnwatched() const {
   const bool isExcused = notes.readAt != 0 && xMayBeSilent();
   if (!watch.getNature().hasRate || isExcused || xHasFresh()) return found(sound, Cause::unwatched);
@@ -102,7 +102,7 @@ bool HealthJudge::xMayBeSilent() const {
          (nature.silence == Model::Silence::whileMoving && moment.isMoving);
 }
 
-// What a sensor still has of its former run is old, and stays as it is.
+// A record of the sensor's former run is old, and stays as it is.
 bool HealthJudge::xHasFresh() const {
   if (notes.recordAt == 0) return false;
   return notes.stamps > 1 || !limits.isBeyond(HealthLimit::age, xAgeAt(notes.stampedAt));
@@ -113,19 +113,19 @@ HealthFinding HealthJudge::xJudgeSilence() const {
     HealthFinding finding = found(sound, Cause::excused);
     finding.excuse = notes.excuse                ? notes.excuse
                      : watch.getNature().hasRate ? "the robot moves"
-                                                 : "it has nothing to tell";
+                                                 : "it has nothing to report";
     finding.isMeasured = notes.excuse ? notes.isExcuseMeasured : !watch.getNature().hasRate;
     return finding;
   }
   if (!xHasFresh() && watch.getNature().hasRate) {
-    // Where nothing refreshes, readers who stay away don't make it silent.
+    // Without a refresh, missing reads do not make a sensor silent.
     const std::int64_t until = moment.isRefreshed ? moment.now : notes.readAt;
     const double waited =
         static_cast<double>(std::max(until - notes.startedAt, std::int64_t{0})) * kSecondsPerNs;
     const auto finding = xBeyond(silent, Cause::noFirst, HealthLimit::start, waited);
     return finding.state == silent ? finding : found(starting, Cause::awaitsFirst, waited);
   }
-  // Readers who stay away make nobody silent, nor does a reading that takes its time.
+  // Missing reads make no sensor silent, nor does a slow reading.
   const bool isAsked = moment.isRefreshed && watch.getReadingSince() == 0;
   const std::int64_t asked = isAsked ? moment.now : notes.readAt;
   return xBeyond(silent, Cause::noRecord, HealthLimit::silence,

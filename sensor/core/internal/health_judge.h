@@ -4,6 +4,7 @@
 #include <string>
 
 #include "platform/ko/clock.h"
+#include "sensor/core/internal/hardware_call.h"
 #include "sensor/core/internal/health_finding.h"
 #include "sensor/core/internal/health_track.h"
 #include "sensor/core/internal/sensor_watch.h"
@@ -31,6 +32,12 @@ struct HealthSwitches {
   bool isEnabled = true;
   bool isDiagnosisGood = true;
   bool isStarted = false;
+  /** What its hardware is busy with, and since when, ns. */
+  HardwareCall call = HardwareCall::none;
+  std::int64_t callSince = 0;
+  /** Stopping it failed last; starting it threw last. */
+  bool isLeftOn = false;
+  bool hasThrown = false;
 };
 
 /** Judges one sensor. */
@@ -43,7 +50,7 @@ class HealthJudge {
   HealthFinding judge(const HealthSwitches& switches) const;
 
  private:
-  HealthFinding xJudgeCall() const;
+  HealthFinding xJudgeCall(const HealthSwitches& switches) const;
   HealthFinding xJudgeStarted() const;
   HealthFinding xJudgeUnwatched() const;
   HealthFinding xJudgeUnread() const;

@@ -45,7 +45,7 @@ std::vector<ReadHealthRule> readDescribedLimits(const std::string& property) {
   std::istringstream texts(property);
   for (std::string text; texts >> text;) {
     limits.push_back(readHealthRule(text));
-    // A sensor's description has no say in others.
+    // A sensor's description can't change other sensors' limits.
     const bool isForm = text.find(':') == std::string::npos && text.find('=') != std::string::npos;
     if (!isForm) limits.back().expected = "LIMIT=VALUE or LIMIT=off";
   }

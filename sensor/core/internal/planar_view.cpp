@@ -7,9 +7,9 @@
 namespace QV::sensor {
 namespace {
 
-// Radians: beyond that the slope of a direction says too little of it.
+// Radians; beyond that the slope is too coarse for a direction.
 constexpr float kWide = 1.3f;
-// Of apertures: where a sensor looks for certain, and where it may.
+// The shares of the aperture in which a sensor certainly looks, and in which it may look.
 constexpr float kInner = 0.85f;
 constexpr float kOuter = 1.15f;
 constexpr float kUnit = 1e-3f;
@@ -88,7 +88,7 @@ PlanarView::Nearest PlanarView::xFindNearest(const PlanarView& other,
 
 std::optional<PlanarView::Comparison> PlanarView::compare(const PlanarView& a,
                                                           const PlanarView& b) {
-  // An echo's direction is not known: of two arcs none can say what the other one hears.
+  // An echo's direction is unknown, so two arcs can't be compared.
   if (a.isEmpty() || b.isEmpty() || (a.isArc && b.isArc) || !a.xOverlaps(b)) return std::nullopt;
   if (!b.isArc) return xCompareFrom(a, b);
   const auto seen = xCompareFrom(b, a);

@@ -87,7 +87,7 @@ class PlanarView {
   std::array<float, kDirections> ys{};
 };
 
-// For a hundred points of a reading.
+// This is inline, because it runs for a hundred points of a reading.
 inline float PlanarView::xSquareAt(std::size_t direction) const {
   return xs[direction] * xs[direction] + ys[direction] * ys[direction];
 }

@@ -1,5 +1,7 @@
 #include "sensor/core/internal/sensor_watch.h"
 
+#include <algorithm>
+
 #include "platform/ko/internal/time_source.h"
 
 namespace QV::sensor {
@@ -15,9 +17,9 @@ std::int64_t nowInNs() {
   return notedAs(ko::Clock::now());
 }
 
-// Limits are many times as long: who reads oftener pays for a look no oftener.
+// The limits are much longer, so readings within this time are examined once.
 constexpr std::int64_t kLookPeriod = 50'000'000;
-// How much too early a coarse time may be.
+// The error of a coarse time, which may be this much too early.
 constexpr std::int64_t kCoarse = 10'000'000;
 constexpr std::size_t kFew = 8;
 constexpr int kMostSkipped = 2;
@@ -29,50 +31,28 @@ std::uint32_t shifted(std::uint32_t bits, bool newest) {
 
 }  // namespace
 
-const SensorWatch::Ledger& SensorWatch::xGet() const {
-  static const Ledger empty;
-  const Ledger* const own = ledger.load(std::memory_order_acquire);
-  return own ? *own : empty;
+void SensorWatch::setNature(const HealthNature& newNature) {
+  nature = newNature;
+  if (nature.showsMotion && !sight) sight = std::make_unique<Sight>();
 }
 
 PlanarView SensorWatch::getView() const {
-  const Ledger& book = xGet();
-  return book.sight ? book.sight->view.load() : PlanarView();
+  return sight ? sight->view.load() : PlanarView();
 }
 
-void SensorWatch::xOpenLedger() {
-  auto book = std::make_unique<Ledger>();
-  if (nature.showsMotion) book->sight = std::make_unique<Sight>();
-  ledger = book.release();
-}
-
-void SensorWatch::beginCall(HardwareCall newCall) {
-  if (!ledger.load()) xOpenLedger();
-  ledger.load()->callSince = nowInNs();
-  call = newCall;
-  // Until it has said that it stopped.
-  if (newCall == HardwareCall::stopping) return;
-  thrown = false;
-}
-
-void SensorWatch::endCall(HardwareCall ended, bool success, bool threw) {
-  if (ended == HardwareCall::stopping) {
-    leftOn = !success;
-  } else {
-    thrown = threw;
-    if (success) xBeginNotes();
-  }
-  call = HardwareCall::none;
-}
-
-void SensorWatch::xBeginNotes() {
-  leftOn = false;
+void SensorWatch::begin(bool hasShown) {
+  alarm();
   pendingGarbage = false;
   isOrdinary = false;
-  isFirstAwaited = nature.hasRate;
+  isStill = false;
+  isFirstAwaited = nature.hasRate && !hasShown;
   ReadingNotes notes;
   notes.startedAt = nowInNs();
-  ledger.load()->notes.store(notes);
+  if (hasShown) {
+    notes.readAt = notes.recordAt = notes.answeredAt = notes.stampedAt = notes.startedAt;
+    notes.digest.stamp = notes.startedAt;
+  }
+  published.store(notes);
 }
 
 void SensorWatch::excuse(const char* why, bool measured) {
@@ -85,7 +65,7 @@ void SensorWatch::beginReading() {
   readingSince.store(notedAs(ko::detail::coarseNow()), std::memory_order_release);
 }
 
-// A reading like the one just before tells nothing new.
+// A reading like the one just before adds nothing.
 bool SensorWatch::xIsTooSoon(const std::vector<Math::MetricalData>& records) const {
   if (!isOrdinary || records.empty() || pendingGarbage) return false;
   const std::int64_t passed = readingSince.load(std::memory_order_relaxed) - lookedAt;
@@ -95,7 +75,6 @@ bool SensorWatch::xIsTooSoon(const std::vector<Math::MetricalData>& records) con
 void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   if (xIsTooSoon(records)) return xEndReading();
   const std::int64_t now = nowInNs();
-  SequenceLocked<ReadingNotes>& published = ledger.load()->notes;
   ReadingNotes notes = published.loadOwn();
   const bool hadRecords = notes.recordAt == notes.readAt;
   notes.failures = 0;
@@ -106,13 +85,27 @@ void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   notes.changed = shifted(notes.changed, false);
   notes.readAt = now;
   if (!records.empty()) xNoteRecords(records, notes);
-  // What came of a time without records is no change of mind.
+  // A change after a gap without records does not count as flicker.
   if (!hadRecords) notes.changed &= ~1u;
   published.store(notes);
   if (notes.stamps > 1) isFirstAwaited = false;
   isOrdinary = !records.empty();
   lookedAt = now;
+  const std::int64_t madeAt = records.empty() ? now : std::min(now, notes.digest.stamp);
+  calmUntil = xIsCalming(notes) ? madeAt + patience : 0;
   xEndReading();
+}
+
+void SensorWatch::setPatience(std::int64_t value) {
+  patience = value;
+  calmUntil = 0;
+}
+
+// What goes on as it should needs no judge until its record is old.
+bool SensorWatch::xIsCalming(const ReadingNotes& notes) const {
+  const bool isZone = nature.points == Model::PointMeaning::zone;
+  if (notes.garbage != 0 || isStill || (isZone && notes.changed != 0)) return false;
+  return !nature.hasRate || (notes.recordAt == notes.readAt && notes.stamps > 1);
 }
 
 void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
@@ -122,7 +115,6 @@ void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
     if (notes.digest.isGarbage) notes.garbage |= 1u;
   } else {
     static constexpr PlanarView::Shape kUnknown;
-    const Sight* const sight = ledger.load()->sight.get();
     PlanarView seen;
     xNoteDigest(digestOf(records, nature, sight ? sight->shape : kUnknown, seen), notes);
     if (sight && (!seen.isEmpty() || notes.hasView)) xNoteView(seen, notes);
@@ -130,7 +122,7 @@ void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
   notes.recordAt = notes.readAt;
 }
 
-// To look at many points costs time, and every third time tells as much; the first one must.
+// Large records are examined only every third time, to save time; the first one always.
 bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records,
                          const ReadingNotes& notes) {
   const bool isCheap = nature.points == Model::PointMeaning::arc || countPoints(records) <= kFew;
@@ -140,11 +132,11 @@ bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records,
 }
 
 void SensorWatch::xNoteDigest(const ReadingDigest& digest, ReadingNotes& notes) {
-  std::int64_t& lastStamp = ledger.load()->lastStamp;
   const bool isFirst = notes.recordAt == 0;
   const bool isChanged = !isFirst && digest.fingerprint != notes.digest.fingerprint;
   if (isFirst || isChanged) ++notes.changes;
   if (isChanged) notes.changed |= 1u;
+  isStill = !isFirst && !isChanged && nature.showsMotion && digest.hasObstacle;
   if (digest.isGarbage) notes.garbage |= 1u;
   if (isFirst || digest.stamp != lastStamp) {
     ++notes.stamps;
@@ -155,20 +147,19 @@ void SensorWatch::xNoteDigest(const ReadingDigest& digest, ReadingNotes& notes) 
 }
 
 void SensorWatch::xNoteView(const PlanarView& seen, ReadingNotes& notes) {
-  Sight& sight = *ledger.load()->sight;
   notes.hasView = !seen.isEmpty();
   notes.axisX = seen.getAxisX();
   notes.axisY = seen.getAxisY();
-  sight.shape = seen.getShape();
-  sight.view.store(seen);
+  sight->shape = seen.getShape();
+  sight->view.store(seen);
 }
 
 void SensorWatch::failReading() {
-  SequenceLocked<ReadingNotes>& published = ledger.load()->notes;
   ReadingNotes notes = published.loadOwn();
   notes.readAt = nowInNs();
   ++notes.failures;
   published.store(notes);
+  calmUntil = 0;
   isOrdinary = false;
   xEndReading();
 }

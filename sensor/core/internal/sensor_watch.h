@@ -43,11 +43,8 @@ struct ReadingNotes {
   bool hasView = false;
 };
 
-/** The call that hardware is busy with. */
-enum class HardwareCall : std::uint8_t { none, starting, stopping };
-
 /**
- * Notes what a sensor and its hardware do, for whoever judges its health. Notes are taken by one
+ * Notes what a sensor's readings are like, for whoever judges its health. Notes are taken by one
  * thread at a time, which never waits; any thread may ask. Of readings that follow each other
  * within 50 ms one is looked at.
  */
@@ -55,13 +52,12 @@ class alignas(64) SensorWatch {
  public:
   static constexpr int kWindow = 20;
 
-  ~SensorWatch() { delete ledger.load(); }
   SensorWatch() = default;
   SensorWatch(const SensorWatch&) = delete;
   SensorWatch& operator=(const SensorWatch&) = delete;
 
   /** Sets the nature, before the sensor is first started. */
-  void setNature(const HealthNature& newNature) { nature = newNature; }
+  void setNature(const HealthNature& newNature);
   const HealthNature& getNature() const { return nature; }
 
   /** Readings are noted, or only the first ones after a start. */
@@ -70,9 +66,10 @@ class alignas(64) SensorWatch {
   /** True if the next reading is noted. For readers. */
   bool notesNext() const { return on || isFirstAwaited; }
 
-  void beginCall(HardwareCall call);
-  /** Notes that the call returned: true, or false, or threw. */
-  void endCall(HardwareCall call, bool success, bool threw);
+  /** Begins notes anew, of a sensor that starts now, or that has just shown fresh records. */
+  void begin(bool hasShown = false);
+  /** Lets the sensor be judged at the next glance, whatever was noted. */
+  void alarm() { calmUntil = 0; }
 
   void beginReading();
   void endReading(const std::vector<Math::MetricalData>& records);
@@ -82,63 +79,56 @@ class alignas(64) SensorWatch {
   /** Something came in that made no sense. */
   void noteGarbage() { pendingGarbage = true; }
 
-  ReadingNotes getNotes() const { return xGet().notes.load(); }
+  ReadingNotes getNotes() const { return published.load(); }
   /** Returns what the last reading with records sees around it; empty where it does not look
    * around. */
   PlanarView getView() const;
   /** Returns when the reading began that is going on, ns; 0 for none. */
   std::int64_t getReadingSince() const { return readingSince; }
-  HardwareCall getCall() const { return call; }
-  std::int64_t getCallSince() const { return xGet().callSince; }
-  bool isLeftOn() const { return leftOn; }
-  bool hasThrown() const { return thrown; }
+
+  /** Sets for how long a record of a sound sensor counts as one, ns. */
+  void setPatience(std::int64_t value);
+  /** True if nothing was noted that could make a sound sensor any other; touches one line. */
+  bool isCalm(std::int64_t now) const { return on && now < calmUntil && readingSince == 0; }
 
  private:
   struct Sight {
     PlanarView::Shape shape;
     SequenceLocked<PlanarView> view;
   };
-  /** The part that is too large for sensors that nobody starts. */
-  struct Ledger {
-    SequenceLocked<ReadingNotes> notes;
-    /** The stamp of the last reading whose points were looked at. */
-    std::int64_t lastStamp = 0;
-    std::atomic<std::int64_t> callSince{0};
-    /** Null where it does not look around. */
-    std::unique_ptr<Sight> sight;
-  };
-
-  /** An empty one before the first call of the hardware. */
-  const Ledger& xGet() const;
-  void xOpenLedger();
-  void xBeginNotes();
   void xNoteRecords(const std::vector<Math::MetricalData>& records, ReadingNotes& notes);
   void xNoteDigest(const ReadingDigest& digest, ReadingNotes& notes);
   void xNoteView(const PlanarView& seen, ReadingNotes& notes);
   bool xSkips(const std::vector<Math::MetricalData>& records, const ReadingNotes& notes);
   bool xIsTooSoon(const std::vector<Math::MetricalData>& records) const;
+  bool xIsCalming(const ReadingNotes& notes) const;
   void xEndReading() { readingSince.store(0, std::memory_order_release); }
 
-  // All that a reading touches as a rule lies in one line of cache.
-  std::atomic<bool> on{true};
+  // All that a reading or a glance touches as a rule lies in one line of cache, the notes behind
+  // it.
+  std::atomic<bool> on{false};
   std::atomic<bool> pendingGarbage{false};
   bool isPendingMeasured = false;
   /** True if the last look found records and no trouble. */
   bool isOrdinary = false;
   /** True as long as no reading since the start has shown that its records are fresh. */
   bool isFirstAwaited = false;
+  /** True if the points stayed the same, though the robot's motion would change them. */
+  bool isStill = false;
   std::uint8_t skipped = 0;
-  std::atomic<HardwareCall> call{HardwareCall::none};
-  /** Stopping failed last. */
-  std::atomic<bool> leftOn{false};
-  /** Starting threw last. */
-  std::atomic<bool> thrown{false};
   const char* pendingExcuse = nullptr;
   std::atomic<std::int64_t> readingSince{0};
   std::int64_t lookedAt = 0;
+  /** The time until which it is calm, if no reading comes. */
+  std::atomic<std::int64_t> calmUntil{0};
   HealthNature nature;
-  std::atomic<Ledger*> ledger{nullptr};
+  SequenceLocked<ReadingNotes> published;
+  std::atomic<std::int64_t> patience{0};
+  /** Null where it does not look around. */
+  std::unique_ptr<Sight> sight;
+  /** The stamp of the last reading whose points were looked at. */
+  std::int64_t lastStamp = 0;
 };
-static_assert(sizeof(SensorWatch) == 64);
+static_assert(sizeof(SensorWatch) == 256);
 
 }  // namespace QV::sensor

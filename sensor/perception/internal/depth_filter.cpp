@@ -1,6 +1,8 @@
 #include "sensor/perception/internal/depth_filter.h"
 
+#include <algorithm>
 #include <cstddef>
+#include <iterator>
 
 #include "platform/ko/log.h"
 
@@ -10,7 +12,8 @@ namespace {
 constexpr char kFilteringCategory[] = "Navigation.Sensor3D";
 // Millimetres between neighbours of one component.
 constexpr int kMaxDifference = 100;
-// As many whole frames' points are kept: with fewer, frames that differ find no list long enough.
+// The number of images whose point lists are kept; with fewer, different images find no list long
+// enough.
 constexpr std::size_t kSpareFrames = 3;
 
 /** The pixels that have both a label and a depth. */
@@ -63,15 +66,16 @@ void DepthFilter::xCountPoints(const cv::Mat& depth, const vision::ComponentRuns
   pointCounts.clear();
   pixelBeyond.reset();
   labelOrder.clear();
+  runCounts.resize(static_cast<std::size_t>(depth.cols));
   const bool logs = ko::log::isEnabled(ko::log::Level::error, kFilteringCategory);
   for (int y = 0; y < depth.rows; ++y) {
     const std::uint16_t* const pixels = depth.ptr<std::uint16_t>(y);
-    const bool beyond = DepthProjection::reachesBeyond(pixels, depth.cols);
     const vision::ComponentRuns::Row row = runs.getRow(y);
+    DepthProjection::countPoints(pixels, depth.cols, row, runCounts.data());
     for (std::size_t i = 0; i < row.count; ++i) {
-      const int begin = row.begins[i];
-      const int end = row.ends[i];
-      const int count = beyond ? xCountWithin(pixels + begin, pixels + end, logs) : end - begin;
+      const int count = runCounts[i];
+      const int beyond = row.ends[i] - row.begins[i] - count;
+      if (beyond > 0) xKeepBeyond(pixels + row.begins[i], pixels + row.ends[i], logs);
       const auto label = static_cast<std::size_t>(row.labels[i]);
       if (label >= pointCounts.size()) pointCounts.resize(label + 1);
       if (count > 0 && pointCounts[label] == 0) labelOrder.push_back(row.labels[i]);
@@ -80,21 +84,18 @@ void DepthFilter::xCountPoints(const cv::Mat& depth, const vision::ComponentRuns
   }
 }
 
-/** Counts the pixels that give a point; logs a line for each that does not. */
-int DepthFilter::xCountWithin(const std::uint16_t* pixel, const std::uint16_t* end, bool logs) {
-  int count = 0;
+/** Keeps the last of these pixels that give no point; logs a line for each. */
+void DepthFilter::xKeepBeyond(const std::uint16_t* pixel, const std::uint16_t* end, bool logs) {
+  const auto isBeyond = [](std::uint16_t depth) { return depth > DepthProjection::kMaxDepth; };
+  const auto last =
+      std::find_if(std::reverse_iterator(end), std::reverse_iterator(pixel), isBeyond);
+  pixelBeyond = *last;
+  if (!logs) return;
   for (; pixel != end; ++pixel) {
-    if (*pixel <= DepthProjection::kMaxDepth) {
-      ++count;
-      continue;
-    }
-    pixelBeyond = *pixel;
-    if (logs) {
-      ko::log::error(kFilteringCategory, "xComputeXYZCoordinates")
-          << "Sensor3D filtering value x : " << *pixel;
-    }
+    if (!isBeyond(*pixel)) continue;
+    ko::log::error(kFilteringCategory, "xComputeXYZCoordinates")
+        << "Sensor3D filtering value x : " << *pixel;
   }
-  return count;
 }
 
 void DepthFilter::xMakeRoom(int blobSize, std::vector<Points>& scans) {

@@ -30,7 +30,7 @@ class DepthFilter {
   void project(const cv::Mat& depth, const cv::Mat_<int>& labels, const Extents& extents,
                int blobSize, std::vector<Points>& scans);
 
-  /** The last pixel of the last image that lay beyond what gives a point. */
+  /** The last pixel of the last image that was too far to give a point. */
   std::optional<std::uint16_t> getPixelBeyond() const { return pixelBeyond; }
 
   /** Takes points that nobody needs any more, for their memory. */
@@ -42,14 +42,16 @@ class DepthFilter {
   void xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& runs, const Extents& extents,
                     int blobSize, std::vector<Points>& scans);
   void xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs);
-  int xCountWithin(const std::uint16_t* pixel, const std::uint16_t* end, bool logs);
+  void xKeepBeyond(const std::uint16_t* pixel, const std::uint16_t* end, bool logs);
   void xMakeRoom(int blobSize, std::vector<Points>& scans);
 
   vision::ComponentLabeler labeler;
   vision::ComponentRuns labelRuns;
   DepthProjection projection;
   std::optional<std::uint16_t> pixelBeyond;
-  // Of each label; null for a component that is too small.
+  // The count of each run of a row.
+  std::vector<int> runCounts;
+  // The point list of each label; null for a component that is too small.
   std::vector<int> pointCounts;
   std::vector<Math::Position3D*> nextPoints;
   std::vector<int> labelOrder;

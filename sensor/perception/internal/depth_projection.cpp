@@ -76,13 +76,38 @@ bool reachesBeyond(const std::uint16_t* pixels, int count) {
   return beyond;
 }
 
+HWY_INLINE int countWithin(const std::uint16_t* pixels, int count) {
+  const hn::CappedTag<std::uint16_t, 16> d;
+  const int lanes = static_cast<int>(hn::Lanes(d));
+  const auto limit = hn::Set(d, DepthProjection::kMaxDepth);
+  int within = 0;
+  int i = 0;
+  for (; i + lanes <= count; i += lanes) {
+    const auto over = hn::SaturatedSub(hn::LoadU(d, pixels + i), limit);
+    within += static_cast<int>(hn::CountTrue(d, hn::Eq(over, hn::Zero(d))));
+  }
+  for (; i < count; ++i) within += pixels[i] <= DepthProjection::kMaxDepth ? 1 : 0;
+  return within;
+}
+
+void countRow(const std::uint16_t* pixels, int width, const vision::ComponentRuns::Row& runs,
+              int* counts) {
+  const bool allWithin = !reachesBeyond(pixels, width);
+  for (std::size_t i = 0; i < runs.count; ++i) {
+    const int count = runs.ends[i] - runs.begins[i];
+    counts[i] = allWithin ? count : countWithin(pixels + runs.begins[i], count);
+  }
+}
+
 void projectRow(const Line& line, const vision::ComponentRuns::Row& runs, Math::Position3D** next) {
   const bool allWithin = !reachesBeyond(line.pixels, line.width);
   for (std::size_t i = 0; i < runs.count; ++i) {
     Math::Position3D*& out = next[runs.labels[i]];
     if (out == nullptr) continue;
-    out = allWithin ? projectRun(line, runs.begins[i], runs.ends[i], out)
-                    : projectWithin(line, runs.begins[i], runs.ends[i], out);
+    const int begin = runs.begins[i];
+    const int end = runs.ends[i];
+    const bool isWithin = allWithin || countWithin(line.pixels + begin, end - begin) == end - begin;
+    out = isWithin ? projectRun(line, begin, end, out) : projectWithin(line, begin, end, out);
   }
 }
 
@@ -96,7 +121,7 @@ namespace QV::sensor {
 namespace {
 
 HWY_EXPORT(projectRow);
-HWY_EXPORT(reachesBeyond);
+HWY_EXPORT(countRow);
 
 }  // namespace
 
@@ -108,8 +133,9 @@ void DepthProjection::reset(cv::Size size, const Extents& extents) {
   for (int u = 0; u < size.width; ++u) columns.push_back(static_cast<float>(u) / width - 0.5f);
 }
 
-bool DepthProjection::reachesBeyond(const std::uint16_t* pixels, int count) {
-  return HWY_DYNAMIC_DISPATCH(reachesBeyond)(pixels, count);
+void DepthProjection::countPoints(const std::uint16_t* pixels, int width,
+                                  const vision::ComponentRuns::Row& runs, int* counts) {
+  HWY_DYNAMIC_DISPATCH(countRow)(pixels, width, runs, counts);
 }
 
 void DepthProjection::project(const std::uint16_t* pixels, int row,

@@ -14,7 +14,7 @@ namespace QV::sensor {
 /**
  * Turns pixels of a depth image in millimetres into points in the camera's frame, in metres: x
  * along the optical axis, y to the left, z up; column width / 2 has y 0, row height / 2 has z 0.
- * What is beyond kMaxDepth gives no point.
+ * A depth beyond kMaxDepth gives no point.
  */
 class DepthProjection {
  public:
@@ -39,8 +39,9 @@ class DepthProjection {
   /** Prepares for images of one size. */
   void reset(cv::Size size, const Extents& extents);
 
-  /** True if any of these pixels is beyond kMaxDepth. */
-  static bool reachesBeyond(const std::uint16_t* pixels, int count);
+  /** Counts the points that each of a row's runs gives. */
+  static void countPoints(const std::uint16_t* pixels, int width,
+                          const vision::ComponentRuns::Row& runs, int* counts);
 
   /**
    * Writes the points of a row's runs, whose pixels have a depth, to where `next` says for each
@@ -52,7 +53,7 @@ class DepthProjection {
  private:
   Extents extents;
   float height = 0.0f;
-  // In widths of the image.
+  // The place of each column, in widths of the image, from -0.5 on.
   std::vector<float> columns;
 };
 

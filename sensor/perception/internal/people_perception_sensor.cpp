@@ -12,8 +12,6 @@
 namespace QV::sensor {
 namespace {
 
-using Lock = std::lock_guard<std::mutex>;
-
 constexpr char kPeopleCategory[] = "QVNavigation.PeoplePerceptionSensor";
 constexpr char kOnUpdate[] = "onUpdatePeopleList";
 
@@ -43,7 +41,7 @@ std::vector<Math::MetricalData> PeoplePerceptionSensor::getData() const {
 }
 
 std::vector<Math::MetricalData> PeoplePerceptionSensor::xGetData() const {
-  Lock lock(latest->mutex);
+  std::lock_guard lock(latest->mutex);
   if (latest->lastData) return {*latest->lastData};
   return {xGetMetricalDataMeta()};
 }
@@ -108,7 +106,7 @@ Math::Transform PeoplePerceptionSensor::xCameraTransform(int camera,
 }
 
 void PeoplePerceptionSensor::xStore(Math::MetricalData record) {
-  Lock lock(latest->mutex);
+  std::lock_guard lock(latest->mutex);
   latest->lastData = std::move(record);
   const std::uint64_t generation = ++latest->generation;
   pruneFuture.cancel();
@@ -120,7 +118,7 @@ void PeoplePerceptionSensor::xStore(Math::MetricalData record) {
 }
 
 void PeoplePerceptionSensor::xPruneOldData(Latest& latest, std::uint64_t generation) {
-  Lock lock(latest.mutex);
+  std::lock_guard lock(latest.mutex);
   if (latest.generation == generation) latest.lastData.reset();
 }
 

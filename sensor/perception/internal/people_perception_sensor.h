@@ -26,7 +26,7 @@ class QV_API PeoplePerceptionSensor : public RealSensor {
  public:
   static constexpr auto& fEventName = NavigationContract::kPeopleDetectedEvent;
 
-  /** A module that is missing: QVError. */
+  /** Throws QVError for a missing module. */
   PeoplePerceptionSensor(const std::string& name, const std::string& familyName,
                          const Math::SensorFieldOfView2D& fieldOfView,
                          const std::vector<std::string>& memoryKeys,
@@ -36,8 +36,8 @@ class QV_API PeoplePerceptionSensor : public RealSensor {
   std::vector<Math::MetricalData> getData() const override;
 
   /**
-   * Takes an event as extractPeopleEvent reads it, with the pose that its camera had then. What
-   * goes wrong is logged and leaves the former people in place.
+   * Takes an event as extractPeopleEvent reads it, with the pose that its camera had then. A
+   * failure is logged and leaves the last people in place.
    */
   void onUpdatePeopleList(const std::string& key, QVValue value, const std::string& subscriber);
 
@@ -48,7 +48,7 @@ class QV_API PeoplePerceptionSensor : public RealSensor {
   bool xUnsubscribeFromHardware() override;
 
  private:
-  // What the delayed prune shares with the sensor, which it may outlive.
+  // State shared with the delayed task that forgets people; it may outlive the sensor.
   struct Latest {
     std::mutex mutex;
     std::optional<Math::MetricalData> lastData;

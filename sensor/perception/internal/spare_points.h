@@ -9,8 +9,8 @@
 namespace QV::sensor {
 
 /**
- * Lists of points that nobody needs any more, kept for their memory: fresh megabytes cost more than
- * what is written into them. One thread at a time.
+ * Unused lists of points, kept for their memory: fresh memory costs more than the points written
+ * into it. Use it on one thread at a time.
  */
 class QV_API SparePoints {
  public:
@@ -25,7 +25,7 @@ class QV_API SparePoints {
   void trim(std::size_t most);
 
  private:
-  // In the order in which they were given.
+  // The spare lists, oldest first.
   std::vector<Points> spares;
 };
 

@@ -10,7 +10,7 @@
 
 namespace QV::Touch {
 
-/** The types of what tells of a touch. The interface has the capitals. */
+/** The types of touch detection. The interface has the capitals. */
 enum TOUCH_DETECTION_TYPE : std::int32_t {
   UNKNOWN = 0,
   TACTILE = 1,
@@ -39,8 +39,8 @@ QV_API std::string getTypeName(TOUCH_DETECTION_TYPE type);
 QV_API bool isValidTouchDetectionType(int value);
 
 /**
- * Reads the event [[group, touched, [type, ...]], ...]; a release needs no types, what comes after
- * them is not read. Any error empties `out` and answers false. Types beyond 32 bits saturate.
+ * Reads the event [[group, touched, [type, ...]], ...]; a release needs no types, further elements
+ * are ignored. Any error empties `out` and returns false. Types beyond 32 bits saturate.
  */
 QV_API bool extractTouchEventInfo(const QVValue& event, std::vector<TouchGroupEvent>& out);
 

@@ -7,8 +7,6 @@
 namespace QV::sensor {
 namespace {
 
-using Lock = std::lock_guard<std::mutex>;
-
 constexpr char kTouchCategory[] = "Navigation.TouchSensor";
 // Metres along the x axis of the group's frame: inside the body, where the contact presses.
 constexpr float kPointDepth = -0.05f;
@@ -40,7 +38,7 @@ void TouchSensor::onTouchChanged(const std::string&, QVValue value, const std::s
     logTrouble(ko::log::Level::error, kTouchCategory, "onTouchChanged", "Invalid touch extraction");
     return;
   }
-  Lock lock(touchedMutex);
+  std::lock_guard lock(touchedMutex);
   for (const auto& group : groups) xUpdate(group);
 }
 
@@ -55,32 +53,32 @@ void TouchSensor::xUpdate(const Touch::TouchGroupEvent& group) {
 }
 
 void TouchSensor::enableTouchType(int type) {
-  Lock lock(enabledTypesMutex);
+  std::lock_guard lock(enabledTypesMutex);
   if (enabledTouchTypes.insert(static_cast<Touch::TOUCH_DETECTION_TYPE>(type)).second) return;
   ko::log::info(kTouchCategory, "enableTouchType") << "Touch type " << type << " already enabled.";
 }
 
 void TouchSensor::disableTouchType(int type) {
-  Lock lock(enabledTypesMutex);
+  std::lock_guard lock(enabledTypesMutex);
   if (enabledTouchTypes.erase(static_cast<Touch::TOUCH_DETECTION_TYPE>(type)) > 0) return;
   ko::log::info(kTouchCategory, "disableTouchType")
       << "Touch type " << type << " already disabled.";
 }
 
 std::vector<int> TouchSensor::getEnabledTouchTypes() const {
-  Lock lock(enabledTypesMutex);
+  std::lock_guard lock(enabledTypesMutex);
   return {enabledTouchTypes.begin(), enabledTouchTypes.end()};
 }
 
 bool TouchSensor::xIsTouchTypeEnabled(Touch::TOUCH_DETECTION_TYPE type) const {
-  Lock lock(enabledTypesMutex);
+  std::lock_guard lock(enabledTypesMutex);
   return enabledTouchTypes.count(type) > 0;
 }
 
 std::vector<Math::MetricalData> TouchSensor::xGetData() const {
   std::vector<Math::MetricalData> records;
-  // Also while the motion service is asked: a reading shows the groups of one moment.
-  Lock lock(touchedMutex);
+  // The lock is held during calls of the motion service: a reading shows the groups of one moment.
+  std::lock_guard lock(touchedMutex);
   records.reserve(touchedGroups.size());
   for (const std::string& group : touchedGroups) {
     Math::MetricalData record = xGetMetricalDataMeta();

@@ -19,14 +19,14 @@ namespace QV::sensor {
  */
 class QV_API TouchSensor : public RealSensor {
  public:
-  /** Subscribes to the event; what that throws is logged and thrown on. */
+  /** Subscribes to the event. Logs and rethrows an exception. */
   TouchSensor(const std::string& name, const std::string& familyName,
               boost::shared_ptr<QVBroker> broker, const Math::SensorFieldOfView2D& fieldOfView);
   ~TouchSensor() override;
 
   /**
-   * Takes an event as extractTouchEventInfo reads it. A group counts as touched once an enabled
-   * type tells so, until an event releases it. A malformed event is logged and changes nothing.
+   * Takes an event as extractTouchEventInfo reads it. A group counts as touched from an event with
+   * an enabled type until an event releases it. A malformed event is logged and changes nothing.
    */
   void onTouchChanged(const std::string& event, QVValue value,
                       const std::string& subscriberIdentifier);

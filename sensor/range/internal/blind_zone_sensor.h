@@ -18,8 +18,8 @@ namespace QV::sensor {
  */
 class QV_API BlindZoneSensor : public RealSensor {
  public:
-  /** Takes one key: above Model::kPresenceThreshold is a detection. More than one:
-   * std::runtime_error; none: reads nothing. */
+  /** Takes one key: above Model::kPresenceThreshold is a detection. Throws std::runtime_error for
+   * more keys; without a key it reads nothing. */
   BlindZoneSensor(const std::string& name, const std::string& familyName,
                   boost::shared_ptr<QVBroker> broker, const std::vector<std::string>& memoryKeys,
                   const Math::SensorFieldOfView2D& fieldOfView);

@@ -16,7 +16,8 @@ namespace QV::sensor {
  */
 class QV_API HoleLaserSensor : public LaserSensor {
  public:
-  /** Takes what LaserSensor takes, and the memory keys of the error and of the hole status. */
+  /** Takes the arguments of LaserSensor, and the memory keys of the error and of the hole status.
+   */
   HoleLaserSensor(const std::string& name, const std::string& familyName,
                   const Math::SensorFieldOfView2D& fieldOfView, boost::shared_ptr<QVBroker> broker,
                   const std::vector<std::string>& memoryKeys, int operationModeMask,

@@ -14,7 +14,7 @@ constexpr char kLaserCategory[] = "Navigation.LaserSensor";
 constexpr ko::Duration kScanDelay(50'000'000);
 constexpr int kMostPolls = 50;
 constexpr int kPollMs = 20;
-// Switching off leaves nothing but the bits of the three lasers that share the mode.
+// Switching off keeps only the bits of the three lasers that share the mode.
 constexpr unsigned kSharedModeBits = 7;
 
 }  // namespace

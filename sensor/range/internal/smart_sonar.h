@@ -13,15 +13,14 @@
 namespace QV::sensor {
 
 /**
- * A sonar that reads nothing while the robot's own arms are in its cone. Where it sits on the body
- * is asked once; the arms' places anew for each reading, and what that throws reaches the caller.
+ * A sonar that reads nothing while the robot's own arms are in its cone. Its place on the body is
+ * requested once, the arms' places for each reading; an exception of that reaches the caller.
  */
 class QV_API SmartSonar : public SonarSensor {
  public:
   /**
-   * Takes what SonarSensor takes. What reading the robot's description or pose throws leaves the
-   * constructor. An angularRange of pi or more gives no cone: each reading throws, if there are
-   * arms.
+   * Takes the arguments of SonarSensor. Throws what reading the robot's description or pose throws.
+   * An angularRange of pi or more gives no cone: each reading throws, if there are arms.
    */
   SmartSonar(const std::string& name, const std::string& familyName,
              const Math::SensorFieldOfView2D& fieldOfView,

@@ -9,7 +9,7 @@
 
 namespace QV::sensor {
 
-/** The catalogue of simulated sensors: what a robot of each kind carries. */
+/** The catalogue of simulated sensors, by the robot's kind. */
 class QV_API RobotModelMock {
  public:
   /** New sensors for kind -1, 0 or 1; none, and an error in the log, for any other kind. */

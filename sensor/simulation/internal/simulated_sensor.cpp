@@ -36,7 +36,7 @@ std::vector<Math::MetricalData> SimulatedSensor::xGetData() const {
   const PosePair current = poses.load();
   record.sensorTransform = Math::transformFromPose2D(current.referencePose * sensorPose);
 
-  // Kept between reads, so that a scan allocates nothing for its rays.
+  // The rays are kept between reads, so that a scan allocates no memory for them.
   static thread_local std::vector<RangeReading> readings;
   if (const OccupancyMap* map = occMap) {
     occMapSimulateScan(*map, fieldOfView, current.scanPose, readings, OccupancyMap::kSolidAbove);

@@ -31,7 +31,7 @@ QV_API void initCollisionShapesAndJointConfig(
     std::vector<std::shared_ptr<Model::CollisionShape>>& shapes);
 
 /**
- * Returns where the joint of each shape is now, in the body frame. Throws what the service
+ * Returns the present pose of each shape's joint, in the body frame. Throws what the service
  * throws.
  */
 QV_API std::vector<Math::Transform> buildTransformsFromCollisionShapes(

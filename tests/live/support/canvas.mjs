@@ -1,4 +1,4 @@
-// What the map shows, by the colours of its pixels.
+// Reads the map's picture by the colours of its pixels.
 
 /** The pixels of the map that look like `[red, green, blue]`: {width, places}, each place counted row by row. */
 function findPixels(page, colour) {
@@ -14,7 +14,7 @@ function findPixels(page, colour) {
   }, colour);
 }
 
-/** How many pixels of the map look like `[red, green, blue]`. */
+/** Counts the map's pixels of a colour. */
 export async function countPixels(page, colour) {
   return (await findPixels(page, colour)).places.length;
 }
@@ -47,7 +47,7 @@ export function findEnlargement(before, after, [left, top], [right, down] = [0, 
   return best.factor;
 }
 
-/** Until `accepts` likes the count, looking once for each state that comes. */
+/** Waits until `accepts(count)`; counts after each state message. */
 export async function untilPixels(live, colour, accepts) {
   for (let looks = 0; looks < 100; ++looks) {
     if (accepts(await countPixels(live.page, colour))) return;
@@ -64,7 +64,7 @@ export function keepPicture(page) {
   });
 }
 
-/** How much the map differs from the kept picture, and the middle [left, top] of where it does. */
+/** Returns the size of the map's change since the kept picture, and its centre [left, top]. */
 export function findChange(page) {
   return page.evaluate(() => {
     const { data, width, height } = globalThis.kept;

@@ -1,12 +1,12 @@
-// Stands between the page and the program, and may keep from the page what the program says.
+// A relay between the page and the program, which can hold messages back from the page.
 
-/** What passes each message on to the page; `last` holds the latest of each kind. */
+/** Relays messages to the page; `last` holds the latest of each kind. */
 export class Relay {
   passes = true;
   last = {};
   #page;
 
-  /** For LivePage.open. */
+  /** The `prepare` argument of LivePage.open. */
   prepare = (page) => page.routeWebSocket('**/live', (socket) => {
     this.#page = socket;
     socket.connectToServer().onMessage((text) => {

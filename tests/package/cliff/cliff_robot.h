@@ -11,7 +11,7 @@
 
 inline const QV::Math::Pose2D kOnTheFloor(3.0f, 6.3f, 0.0f);
 
-/** Robots that may have cliff detectors, before a hole of a square metre. */
+/** Robots that may have cliff detectors, in front of a hole of a square metre. */
 inline QV::session::OpenOptions cliffRobot() {
   using namespace QV;
   session::OpenOptions options;

@@ -17,8 +17,8 @@ class CliffUnit : public QV::robot::SensorUnit {
         context(context),
         noise(context.getOptions(), config.name),
         channel(
-            context.getFaults(config.name), [](float) { return -1.0f; },
-            [](float range) { return QV::robot::kFalseShare * range; }) {}
+            context.getFaults(config.name), /* garbage */ [](float) { return -1.0f; },
+            /* wrong */ [](float range) { return QV::robot::kFalseShare * range; }) {}
 
   void measure(ko::Clock::time_point now) override {
     const QV::robot::Surroundings& around = context.getSurroundings();

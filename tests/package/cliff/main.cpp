@@ -4,6 +4,7 @@
 #include "cliff_robot.h"
 #include "outlets/picture/session_picture.h"
 #include "outlets/web/page_state.h"
+#include "sensor/real/real_sensor_manager.h"
 #include "session/open.h"
 #include "session/sensor_check.h"
 
@@ -27,7 +28,7 @@ std::string toldToPage(const session::Snapshot& snapshot) {
 }
 
 /**
- * Tells what the sensor says a quarter of a second after the robot was put at the hole, and later.
+ * Returns what the sensor reports 0.24 s after the robot was put at the hole, and 0.5 s later.
  */
 std::string tryFault(session::Session& robot, robot::FaultKind kind) {
   robot.clearFault("FrontCliff");
@@ -66,4 +67,7 @@ int main(int argc, char* argv[]) {
   robot->setPose(kAtTheHole);
   for (const auto& sensor : session::checkSensors(*robot))
     std::cout << "check: " << sensor.name << ' ' << getName(sensor.verdict) << '\n';
+
+  const sensor::RealSensorManager alone(robot->getBroker(), cliffRobot().sensors);
+  for (const auto& name : alone.getSensorList()) std::cout << "without a session: " << name << '\n';
 }

@@ -16,6 +16,7 @@ int main(int argc, char* argv[]) {
   Model::SensorKinds kinds;
   kinds.add(cliffKind());
   robot::WorldOptions world;
+  // The hole's centre (m, rad), length, width and depth (m).
   world.holes = {{{6.0f, 5.0f, 0.0f}, 1.0f, 1.0f, 0.5f}};
   const ko::SimulatedTime time;
   robot::UnitRig rig(robot::RobotDescription::fromFile(argv[1], kinds),

@@ -48,7 +48,7 @@ TEST(Clock, aMillisecondCountIsReadAsTheTimeNearestToTheReference) {
   }
 }
 
-TEST(Clock, countsAreTakenDownwardsBelowZeroToo) {
+TEST(Clock, negativeTimesAreRoundedDown) {
   EXPECT_EQ(Clock::toInt32ms(Clock::time_point(Duration(-1))), -1);
   EXPECT_EQ(Clock::toInt32ms(Clock::time_point(Duration(999'999))), 0);
 }

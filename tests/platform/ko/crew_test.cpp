@@ -1,6 +1,10 @@
 #include "platform/ko/internal/crew.h"
 
+#include <algorithm>
 #include <atomic>
+#include <cstddef>
+#include <filesystem>
+#include <iterator>
 #include <latch>
 #include <stdexcept>
 #include <thread>
@@ -21,17 +25,52 @@ void meet() {
   shareWork([&] { both.arrive_and_wait(); }, 1);
 }
 
-TEST(Crew, helpsWhoCallsAndComesBackBeforeHeGoes) {
+std::ptrdiff_t countThreads() {
+  return std::distance(std::filesystem::directory_iterator("/proc/self/task"), {});
+}
+
+TEST(Crew, returnsOnlyWhenAllHelpersAreDone) {
   for (int i = 0; i < 100; ++i) meet();
 }
 
-TEST(Crew, letsNobodyWaitForHelpersThatAreBusy) {
+TEST(Crew, worksAloneIfAllHelpersAreBusy) {
+  const auto before = countThreads();
   std::atomic<int> count{0};
   shareWork([&] { shareWork([&] { shareWork([&] { ++count; }, 300); }, 300); }, 1);
   EXPECT_GE(count, 1);
+  const auto most = std::max<std::ptrdiff_t>(std::thread::hardware_concurrency(), 2) - 1;
+  EXPECT_LE(countThreads() - before, most);
 }
 
-TEST(Crew, dealsOutTheWorkOfManyCallersOnceEach) {
+TEST(Crew, keepsAnOfferThatWaitsForABusyHelper) {
+  std::latch busy(2);
+  std::latch done(1);
+  const std::jthread first([&] {
+    shareWork(
+        [&] {
+          busy.arrive_and_wait();
+          done.wait();
+        },
+        1);
+  });
+  busy.wait();
+  std::latch offered(1);
+  std::latch both(2);
+  const std::jthread waiting([&] {
+    const auto caller = std::this_thread::get_id();
+    shareWork(
+        [&] {
+          if (std::this_thread::get_id() == caller) offered.count_down();
+          both.arrive_and_wait();
+        },
+        1);
+  });
+  offered.wait();
+  shareWork([] {}, 1);
+  done.count_down();
+}
+
+TEST(Crew, runsEachPieceOfWorkOnceForManyCallers) {
   constexpr int kCalls = 200;
   constexpr int kParts = 64;
   const auto callMany = [] {
@@ -51,7 +90,7 @@ TEST(Crew, dealsOutTheWorkOfManyCallersOnceEach) {
   for (int i = 0; i < 4; ++i) callers.emplace_back(callMany);
 }
 
-TEST(Crew, isAwaitedByACallerWhoseWorkThrows) {
+TEST(Crew, aThrowingCallerStillWaitsForItsHelpers) {
   const auto caller = std::this_thread::get_id();
   std::latch both(2);
   std::atomic<bool> returned{false};
@@ -59,7 +98,7 @@ TEST(Crew, isAwaitedByACallerWhoseWorkThrows) {
   const auto work = [&] {
     both.arrive_and_wait();
     if (std::this_thread::get_id() == caller) throw std::runtime_error("no room");
-    constexpr int kLooks = 20'000;
+    constexpr int kLooks = 2'000;
     for (int i = 0; i < kLooks && !returned; ++i) std::this_thread::yield();
     wasAwaited = !returned;
   };
@@ -75,11 +114,11 @@ TEST(Crew, isAwaitedByACallerWhoseWorkThrows) {
 }
 
 #ifndef __SANITIZE_THREAD__
-TEST(Crew, isAnotherOneAfterAFork) {
+TEST(Crew, aForkedChildHasHelpersOfItsOwn) {
   meet();
   QV::test::ChildProcess child;
   child.start([] {
-    // Who waits for a helper that is not there waits for good.
+    // A missing helper would block for ever, hence the alarm.
     alarm(20);
     meet();
     _exit(0);

@@ -39,7 +39,7 @@ TEST(EventLoop, aDelayIsAtLeastAsLongAsAsked) {
   EXPECT_GE(Clock::now() - called, milliseconds(2));
 }
 
-TEST(EventLoop, anExceptionIsLoggedAndHurtsNobody) {
+TEST(EventLoop, anExceptionIsLoggedAndOtherCallsRun) {
   QV::test::LogCapture capture;
   Timeline timeline;
   getEventLoop().post([] { throw std::runtime_error("bad post"); });
@@ -52,14 +52,14 @@ TEST(EventLoop, anExceptionIsLoggedAndHurtsNobody) {
                                            "error ko.EventLoop.asyncDelay: unknown exception"));
 }
 
-TEST(EventLoop, refusesACallThatIsNone) {
+TEST(EventLoop, refusesAnEmptyFunction) {
   const auto kRefused =
       ThrowsMessage<std::invalid_argument>("EventLoop: there is no function to call");
   EXPECT_THAT([] { getEventLoop().post({}); }, kRefused);
   EXPECT_THAT([] { getEventLoop().asyncDelay({}, milliseconds(1)); }, kRefused);
 }
 
-TEST(Future, ofNoCallIsNeitherFinishedNorCancelled) {
+TEST(Future, anEmptyFutureIsNeitherFinishedNorCancelled) {
   Future<void> sut;
   sut.cancel();
   EXPECT_FALSE(sut.isFinished());
@@ -68,7 +68,7 @@ TEST(Future, ofNoCallIsNeitherFinishedNorCancelled) {
               ThrowsMessage<std::logic_error>("Future: there is no call to wait for"));
 }
 
-TEST(Future, copiesSpeakOfTheSameCallAndLettingGoDoesNotCancel) {
+TEST(Future, copiesReferToTheSameCallAndDestroyingThemDoesNotCancel) {
   Timeline timeline;
   getEventLoop().asyncDelay(timeline.noting("let go"), milliseconds(1));
   auto sut = getEventLoop().asyncDelay(timeline.noting("cancelled"), milliseconds(2));
@@ -89,7 +89,7 @@ TEST(Future, cancellingReleasesWhatTheCallCaptured) {
   EXPECT_EQ(token.use_count(), 1);
 }
 
-TEST(Future, whatACallCapturedIsReleasedBeforeItCountsAsFinished) {
+TEST(Future, capturesAreReleasedBeforeTheCallCountsAsFinished) {
   SimulatedTime time;
   Future<void> sut;
   bool finishedFirst = true;
@@ -130,7 +130,7 @@ TEST(Future, cancellingARunningCallNeitherBlocksNorUndoesIt) {
   EXPECT_TRUE(sut.isFinished());
 }
 
-TEST(Future, everyCallIsEitherMadeOnceOrCancelledWhoeverComesFirst) {
+TEST(Future, everyCallEitherRunsOnceOrIsCancelled) {
   constexpr int kCalls = 5000;
   std::vector<std::atomic<int>> runs(kCalls);
   std::vector<Future<void>> futures;
@@ -146,7 +146,7 @@ TEST(Future, everyCallIsEitherMadeOnceOrCancelledWhoeverComesFirst) {
   }
 }
 
-TEST(Future, waitingForItMakesTheOwnerOfTheTimeAdvance) {
+TEST(Future, waitingForACallMakesTheOwnerAdvanceTheTime) {
   Timeline timeline;
   getEventLoop().asyncDelay(timeline.noting("before"), milliseconds(1));
   auto sut = getEventLoop().asyncDelay(timeline.noting("call"), milliseconds(2));
@@ -172,7 +172,7 @@ TEST(Future, anotherThreadThatWaitsLeavesTheCallToTheOwner) {
   EXPECT_EQ(runner, std::this_thread::get_id());
 }
 
-TEST(Future, ofARunningCallCanNotBeWaitedForInsideIt) {
+TEST(Future, aCallCantWaitForItself) {
   for (const bool simulated : {true, false}) {
     std::optional<SimulatedTime> time;
     if (simulated) time.emplace();

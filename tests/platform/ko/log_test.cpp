@@ -26,7 +26,7 @@ struct LogTest : testing::Test {
   QV::test::LogCapture capture;
 };
 
-TEST_F(LogTest, nothingIsFormattedAboveTheLevelOfTheCategory) {
+TEST_F(LogTest, linesBelowTheCategorysLevelAreNotFormatted) {
   int count = 0;
   setLevel("Test", Level::error);
   warning("Test", "run") << Formatted{&count};
@@ -51,7 +51,7 @@ TEST_F(LogTest, aSinkMayLogAndMayThrowWithoutHarm) {
   EXPECT_THAT(capture.lines(), ElementsAre("error Test.run: first"));
 }
 
-TEST_F(LogTest, standardErrorShowsOneLinePerRecord) {
+TEST_F(LogTest, standardErrorHasOneLinePerLogRecord) {
   setLevel(Level::warning);
   testing::internal::CaptureStderr();
   warning("Test", "run") << "two\nlines {} %s \x1b[31mcaf\xc3\xa9\x7f";

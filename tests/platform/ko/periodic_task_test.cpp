@@ -75,7 +75,7 @@ TEST_F(PeriodicTaskTest, stopsAndStartsAnewWhetherItRunsOrNot) {
   EXPECT_THAT(timeline.lines, ElementsAre("run 0", "run 10", "run 130", "run 140"));
 }
 
-TEST(PeriodicTask, nothingOfItStaysBehindWhenItIsDestroyed) {
+TEST(PeriodicTask, theDestructorReleasesTheCallback) {
   for (const bool simulated : {true, false}) {
     std::optional<SimulatedTime> time;
     if (simulated) time.emplace();
@@ -134,7 +134,7 @@ TEST_F(PeriodicTaskTest, restartsInTheCallbackLeaveOneTaskNotTwo) {
   EXPECT_THAT(timeline.lines, ElementsAre("run 0", "run 11", "run 24", "run 37"));
 }
 
-TEST_F(PeriodicTaskTest, aRestartThatIsTakenBackInTheCallbackLeavesItStopped) {
+TEST_F(PeriodicTaskTest, startThenStopInTheCallbackLeavesItStopped) {
   sut.setCallback([this] {
     timeline.note("run");
     sut.start(true);
@@ -185,7 +185,7 @@ TEST_F(PeriodicTaskTest, refusesOtherSettingsWhileItRuns) {
   EXPECT_THAT(timeline.lines, ElementsAre("run 10"));
 }
 
-TEST_F(PeriodicTaskTest, aPeriodBeyondAllTimeNeverComes) {
+TEST_F(PeriodicTaskTest, aPeriodBeyondTheClocksRangeNeverFires) {
   sut.setCallback(timeline.noting("run"));
   sut.setUsPeriod(std::numeric_limits<std::int64_t>::max());
   sut.compensateCallbackTime(true);

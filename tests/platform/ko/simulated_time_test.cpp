@@ -22,7 +22,7 @@ void startTask(PeriodicTask& task, int periodMs, boost::function<void()> callbac
   task.start(false);
 }
 
-TEST(SimulatedTime, whatFallsDueRunsInOrderOfTimeThenOfStart) {
+TEST(SimulatedTime, dueCallsRunInOrderOfTimeThenOfStart) {
   Timeline sut;
   PeriodicTask often, seldom;
   startTask(often, 50, sut.noting("often"));
@@ -41,7 +41,7 @@ TEST(SimulatedTime, whatFallsDueRunsInOrderOfTimeThenOfStart) {
   EXPECT_THAT(sut.lines, ElementsAre("often 100", "seldom 100", "late 100"));
 }
 
-TEST(SimulatedTime, aSleepOfTheOwnerRunsWhatFallsDueButNeverEntersARunningCallAgain) {
+TEST(SimulatedTime, aSleepOfTheOwnerRunsDueCallsButNeverReentersARunningCall) {
   Timeline sut;
   PeriodicTask sleepy, brisk;
   startTask(sleepy, 10, [&] {
@@ -72,7 +72,7 @@ TEST(SimulatedTime, aSleepInsideASleepMovesTheTimeOnlyForward) {
   EXPECT_THAT(sut.lines, ElementsAre("inner 100", "outer 100"));
 }
 
-TEST(SimulatedTime, aSleepOfNoTimeReturnsAtOnce) {
+TEST(SimulatedTime, aSleepOfZeroReturnsAtOnce) {
   Timeline sut;
   getEventLoop().post(sut.noting("post"));
   os::msleep(0);
@@ -80,7 +80,7 @@ TEST(SimulatedTime, aSleepOfNoTimeReturnsAtOnce) {
   EXPECT_THAT(sut.lines, ElementsAre());
 }
 
-TEST(SimulatedTime, runUntilStopsAtTheAnswerOrAtTheLimit) {
+TEST(SimulatedTime, runUntilStopsWhenTheConditionHoldsOrAtTheLimit) {
   Timeline sut;
   PeriodicTask task;
   startTask(task, 10, sut.noting("run"));
@@ -136,7 +136,7 @@ TEST(SimulatedTime, sleepsOfOtherThreadsWaitForTheOwner) {
   for (int i = 0; i < 50; ++i) EXPECT_EQ(awoke[i], timeAtMs(20 * (i + 1)));
 }
 
-TEST(SimulatedTime, whatStillWaitsWhenTheScopeEndsNeverRunsAndIsReleased) {
+TEST(SimulatedTime, pendingCallsAreReleasedAndNeverRunAfterTheScope) {
   const auto token = std::make_shared<int>(0);
   const auto touch = [token] { ++*token; };
   PeriodicTask task;
@@ -167,7 +167,7 @@ TEST(SimulatedTime, whatStillWaitsWhenTheScopeEndsNeverRunsAndIsReleased) {
   task.stop();
 }
 
-TEST(SimulatedTime, whatWasStartedBeforeStaysWithTheMachine) {
+TEST(SimulatedTime, tasksStartedBeforeKeepTheMachinesClock) {
   std::thread::id runner;
   auto future =
       getEventLoop().asyncDelay([&] { runner = std::this_thread::get_id(); }, milliseconds(5));

@@ -18,7 +18,7 @@ void flush(Strand& strand) {
   done.wait();
 }
 
-TEST(Strand, makesItsCallsOneAfterTheOtherAndEachPostersInOrder) {
+TEST(Strand, runsItsCallsOneByOneAndEachPostersInOrder) {
   constexpr int kCalls = 10000;
   Strand sut;
   // No lock: the strand is what keeps these apart.
@@ -114,7 +114,7 @@ TEST(Strand, mayBeStoppedAndDestroyedByItsOwnCall) {
   EXPECT_FALSE(ranLater);
 }
 
-TEST(Strand, thatIsNeverIdleLeavesItsThreadToOthersNowAndThen) {
+TEST(Strand, aBusyStrandYieldsItsThreadNowAndThen) {
   test::PoolHold allButOne(test::kPoolThreads - 1);
   std::atomic<bool> otherRan{false};
   std::latch done(1);

@@ -13,7 +13,7 @@ namespace QV::Math {
 namespace {
 
 constexpr float kPi = std::numbers::pi_v<float>;
-// What the answer may be wrong by, metres.
+// The tolerance of the answer, metres.
 constexpr double kUndecided = 2e-4;
 
 class Random {
@@ -85,7 +85,7 @@ TEST(IsIntersectionConeShape, agreesWithTheClosedFormForSpheres) {
 }
 
 // A needle comes from outside towards the middle and stops just before or behind the surface.
-TEST(IsIntersectionConeShape, findsTheSurfaceOfEachShapeWhereItsSizesPutIt) {
+TEST(IsIntersectionConeShape, findsTheSurfaceOfEachShape) {
   struct Case {
     Shape3D shape;
     Position3D onSurface;

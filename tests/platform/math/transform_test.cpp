@@ -48,7 +48,7 @@ RC_GTEST_PROP(Pose2D, aPoseAndItsInverseCancel, ()) {
   RC_ASSERT(identity.theta == 0.0f);
 }
 
-TEST(Transform, isBuiltFromTwelveFloatsByRowsOnly) {
+TEST(Transform, isBuiltFromTwelveFloatsInRowMajorOrder) {
   const std::vector<float> byRows{0, -1, 0, 4, 1, 0, 0, 5, 0, 0, 1, 6};
   expectNear(Transform(byRows) * Position3D(1, 2, 3), Position3D(2, 6, 9));
   EXPECT_EQ(Transform(byRows).toVector(), byRows);
@@ -58,7 +58,7 @@ TEST(Transform, isBuiltFromTwelveFloatsByRowsOnly) {
               ThrowsMessage<std::invalid_argument>(HasSubstr("2 given")));
 }
 
-TEST(Transform, aPoseSurvivesTheWayThroughATransform) {
+TEST(Transform, aPoseConvertedToATransformAndBackIsUnchanged) {
   const Pose2D pose = pose2DFromTransform(transformFromPose2D(Pose2D(1.5f, -2.5f, 0.7f)));
   EXPECT_FLOAT_EQ(pose.x, 1.5f);
   EXPECT_FLOAT_EQ(pose.y, -2.5f);
@@ -77,7 +77,7 @@ TEST(Transform, rotationFrom3DRotationTurnsAboutXThenYThenZ) {
              Position3D(0, 0, 1));
 }
 
-TEST(AxisRotationProjection, ofAnAxisWithoutDirectionIsRefused) {
+TEST(AxisRotationProjection, anAxisOfLengthZeroIsRefused) {
   EXPECT_THROW(axisRotationProjection({0, 0, 0}, Transform()), std::invalid_argument);
   EXPECT_THROW(axisRotationProjection({NAN, 0, 1}, Transform()), std::invalid_argument);
 }
@@ -113,7 +113,7 @@ RC_GTEST_PROP(AxisRotationProjection, givesTheNearestRotationAboutTheAxis, ()) {
   RC_ASSERT(distance(projected) <= distance(further) + 1e-3f);
 }
 
-TEST(MetricalData, tellsItsAgeAndItsPlacedPoints) {
+TEST(MetricalData, givesItsAgeAndItsPointsInAnotherFrame) {
   MetricalData record;
   record.sensorTransform = transformFromPose2D(Pose2D(1.0f, 1.0f, kHalfTurn));
   record.points = {Position3D(0.5f, 0.25f, 0.75f)};

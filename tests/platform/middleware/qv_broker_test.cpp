@@ -78,7 +78,7 @@ TEST_F(QVBrokerTest, aWrongCallNamesModuleMethodExpectedAndGiven) {
   for (const auto& [actual, expected] : cases) EXPECT_EQ(actual, expected);
 }
 
-TEST_F(QVBrokerTest, whatAMethodThrowsArrivesAsAnErrorOfTheMiddleware) {
+TEST_F(QVBrokerTest, anExceptionOfAMethodArrivesAsAQVError) {
   module->bindMethod("standard", [] { throw std::runtime_error("broke"); });
   module->bindMethod("own", [] { throw QVError("Deeper", "dig", "rock"); });
   module->bindMethod("foreign", [] { throw 42; });
@@ -119,7 +119,7 @@ TEST_F(QVBrokerTest, modulesComeAndGoAtRunTime) {
             "QVBroker::registerModule: no module given");
 }
 
-TEST_F(QVBrokerTest, noProxyIsMadeWithoutItsModuleOrABroker) {
+TEST_F(QVBrokerTest, aProxyNeedsItsModuleAndABroker) {
   const std::string missing = "QVProxy::QVProxy: no module \"Test\"";
   EXPECT_EQ(errorOf([&] { sut->getProxy("Test", 0); }), missing);
   EXPECT_EQ(errorOf([&] { sut->getSpecialisedProxy<QVMemoryProxy>("Test"); }), missing);
@@ -156,7 +156,7 @@ TEST_F(QVBrokerTest, aModuleMayHoldProxiesToItselfWithoutKeepingItselfAlive) {
   EXPECT_TRUE(watched.expired());
 }
 
-TEST_F(QVBrokerTest, aModuleThatIsTakenAwayInTheMiddleOfACallFinishesIt) {
+TEST_F(QVBrokerTest, aModuleThatIsUnregisteredDuringACallFinishesIt) {
   std::latch entered(1);
   std::latch removed(1);
   module->bindMethod("work", [&] {
@@ -200,7 +200,7 @@ TEST_F(QVBrokerTest, callsRunOnAllThreadsWhileModulesComeAndGo) {
   EXPECT_EQ(answered + refused, 4000);
 }
 
-TEST(QVBrokerManager, answersAnyLivingBroker) {
+TEST(QVBrokerManager, getAnyReturnsALivingBroker) {
   auto* manager = QVBrokerManager::getInstance();
   const auto ask = [manager] { manager->getRandomBroker(); };
   const std::string none = "QVBrokerManager::getRandomBroker: no broker is registered";

@@ -104,7 +104,7 @@ RC_GTEST_PROP(QVValue, whatWentInComesOut,
   RC_ASSERT(QVValue(time).as<ko::Clock::time_point>() == time);
 }
 
-TEST(QVValue, aTimeIsReadFromAnIntOnlySoThatNothingIsLost) {
+TEST(QVValue, aTimeIsReadFromIntegersOnly) {
   EXPECT_EQ(errorOf([] { QVValue(1e9).as<ko::Clock::time_point>(); }),
             "QVValue::as: int expected, float given");
   EXPECT_EQ(errorOf([] { QVValue(true).as<ko::Duration>(); }),
@@ -148,7 +148,7 @@ TEST(QVValue, equalityLooksAtTypeAndContentNotAtTheSharedBuffer) {
   EXPECT_NE(QVValue::array(kNan), QVValue::array(kNan));
 }
 
-TEST(QVValue, readsAsText) {
+TEST(QVValue, hasATextForm) {
   const std::pair<QVValue, const char*> cases[] = {
       {QVValue(), "invalid"},
       {false, "false"},

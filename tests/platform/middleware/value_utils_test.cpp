@@ -12,7 +12,7 @@ TEST(ExtractDuration, countsSecondsAndMicrosecondsFromTheClocksStart) {
   EXPECT_EQ(extractDuration(-1, 1, "camera").time_since_epoch(), ko::Duration(-999'999'000));
 }
 
-TEST(ExtractDuration, refusesWhatIsNoTimeAndSaysWhose) {
+TEST(ExtractDuration, refusesAnInvalidTimeAndNamesItsOwner) {
   const auto errorFor = [](const QVValue& seconds, const QVValue& microseconds) {
     return errorOf([&] { extractDuration(seconds, microseconds, "camera"); });
   };

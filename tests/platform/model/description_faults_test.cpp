@@ -60,7 +60,7 @@ std::vector<std::string> faultsOf(const std::string& sensors) {
   return faultsOf(sensors, SensorKinds::standard());
 }
 
-TEST(DescriptionFaults, areNoneWhereAllIsAsMeant) {
+TEST(DescriptionFaults, aCorrectDescriptionHasNone) {
   std::ifstream file(QV_DESCRIPTIONS "/porter.urdf");
   const std::string porter{std::istreambuf_iterator<char>(file), {}};
   EXPECT_TRUE(findDescriptionFaults(ModelUtils::robotFromXml(porter)).empty());
@@ -72,7 +72,7 @@ TEST(DescriptionFaults, areNoneWhereAllIsAsMeant) {
       IsEmpty());
 }
 
-TEST(DescriptionFaults, sayWhatIsThereAndWhatIsExpected) {
+TEST(DescriptionFaults, nameTheGivenAndTheExpectedValue) {
   const std::string bare = property("minimumDetectionDistance", "0.25") +
                            property("horizontalAngularRange", "0.96") + key("K");
   const std::vector<std::pair<std::string, std::vector<std::string>>> cases = {
@@ -119,7 +119,7 @@ TEST(DescriptionFaults, sayWhatIsThereAndWhatIsExpected) {
   for (const auto& [sensors, expected] : cases) EXPECT_EQ(faultsOf(sensors), expected) << sensors;
 }
 
-TEST(DescriptionFaults, areJudgedByTheRowsOfTheKindsGiven) {
+TEST(DescriptionFaults, areFoundByTheGivenKinds) {
   SensorKind cliff = {40, "Cliff", "Cliff"};
   cliff.properties = {{"edge", Quantity::memoryKey, true}};
   cliff.keys = {1, 1, 1, ""};

@@ -31,7 +31,7 @@ TEST(KeyPattern, givesTheKeysOfEachNumberInTurn) {
   EXPECT_EQ(many[100], "100/100");
 }
 
-TEST(KeyPattern, refusesWhatItCannotReadAndSaysWhere) {
+TEST(KeyPattern, refusesAMalformedPatternAndNamesThePlace) {
   const std::string twice17 =
       "{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}{0,1}"
       "{0,1}{0,1}{0,1}{0,1}";

@@ -13,7 +13,7 @@ namespace {
 using testing::Key;
 using testing::Pair;
 
-// Its joints stand children first, its sensors before what they hang on.
+// The joints stand children first, the sensors before their links.
 const char* const kDescription = R"(<?xml version="1.0"?>
 <robot name="two arms" xmlns:tool="http://example.org/tool">
   <kind code="7"/>
@@ -88,7 +88,7 @@ TEST(RobotFromXml, readsTheRobotItsBodyAndItsJointsParentsFirst) {
   EXPECT_EQ(grip.mimic, (JointMimic{"elbow", -6.0f, 1.0f}));
 }
 
-TEST(RobotFromXml, readsItsOwnSensorsOnly) {
+TEST(RobotFromXml, skipsSensorsOfOtherTools) {
   const Robot robot = ModelUtils::robotFromXml(kDescription);
   ASSERT_THAT(robot.sensorConfigs, ElementsAre(Key("Back"), Key("Front"), Key("Skin")));
   const SensorConfig& front = robot.sensorConfigs.at("Front");
@@ -106,7 +106,7 @@ TEST(RobotFromXml, readsItsOwnSensorsOnly) {
                                                 ForeignSensor{"", "sonar"}));
 }
 
-TEST(RobotFromXml, takesTheTypeNamesOfTheKindsThatItIsGiven) {
+TEST(RobotFromXml, acceptsTheTypeNamesOfTheGivenKinds) {
   SensorKinds kinds;
   kinds.add({40, "ray", "Cliff"});
   const Robot robot = ModelUtils::robotFromXml(
@@ -114,7 +114,7 @@ TEST(RobotFromXml, takesTheTypeNamesOfTheKindsThatItIsGiven) {
   EXPECT_EQ(robot.sensorConfigs.at("s").type, 40);
 }
 
-TEST(RobotFromXml, keepsEveryShapeUnderItsJointAlsoThoseThatNothingCanTest) {
+TEST(RobotFromXml, keepsEveryShapeUnderItsJointEvenUnsupportedOnes) {
   const Robot robot = ModelUtils::robotFromXml(kDescription);
   ASSERT_THAT(robot.collisionShapes, ElementsAre(Key("arm#0"), Key("base#0"), Key("chest"),
                                                  Key("torso#0"), Key("torso#2")));
@@ -225,7 +225,7 @@ TEST(RobotFromXml, saysWhereADescriptionIsMalformedAndWhatWasExpected) {
   }
 }
 
-TEST(RobotFromXml, isNotBroughtDownByDepthOrSize) {
+TEST(RobotFromXml, refusesDeepOrLargeXmlWithoutCrashing) {
   std::string nested;
   for (int i = 0; i < 200'000; ++i) nested += "<a>";
   EXPECT_THAT(errorOf([&] { ModelUtils::robotFromXml("<robot name='r'>" + nested); }),

@@ -8,7 +8,7 @@
 namespace QV::Model {
 namespace {
 
-TEST(SensorProperties, readNumbersByTheirPrefixAndCutOffWhatIsAsked) {
+TEST(SensorProperties, readsTheLongestNumericPrefixAndClampsAngles) {
   constexpr float kInfinity = std::numeric_limits<float>::infinity();
   constexpr float kTurn = 2.0f * std::numbers::pi_v<float>;
   constexpr int kMost = std::numeric_limits<int>::max();

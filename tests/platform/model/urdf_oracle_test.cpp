@@ -88,7 +88,7 @@ void expectSameShapes(const Robot& actual, const urdf::Link& expected) {
 
 class UrdfOracle : public testing::TestWithParam<const char*> {};
 
-TEST_P(UrdfOracle, aRealDescriptionReadsAsAnotherReaderReadsIt) {
+TEST_P(UrdfOracle, aRealDescriptionIsReadAsByAnIndependentUrdfReader) {
   const auto xml = test::readRealData(std::string("urdf/") + GetParam());
   if (!xml) GTEST_SKIP() << "no real data";
   const urdf::ModelInterfaceSharedPtr expected = urdf::parseURDF(*xml);

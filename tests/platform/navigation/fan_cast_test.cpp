@@ -120,7 +120,7 @@ void expectPlainAnswers(const OccupancyMap& map, const FanCast& fan, const Direc
   test::forEachVectorTarget([&](const char* target) { check(ScanPath::best, target); });
 }
 
-TEST(FanCast, findsThePlainWalksAnswersOnEveryTarget) {
+TEST(FanCast, agreesWithThePlainWalkOnEverySimdTarget) {
   RandomFans random(1);
   for (int i = 0; i < 200; ++i) {
     const OccupancyMap map = random.nextMap();
@@ -141,7 +141,7 @@ TEST(FanCast, findsThePlainWalksAnswersOnEveryTarget) {
 }
 
 // Each doubt costs a plain walk, and no wrong answer tells of too many.
-TEST(FanCast, isSeldomInDoubt) {
+TEST(FanCast, rarelyNeedsTheExactFallback) {
   RandomFans random(2);
   int rays = 0;
   int doubts = 0;

@@ -38,7 +38,7 @@ TEST(PlainWalk, aCornerThatIsOnlyTouchedIsNotCrossed) {
   EXPECT_EQ(walk(steps, {40.0, 20.0}, -2 / std::sqrt(5.0), -1 / std::sqrt(5.0)), kInfinity);
 }
 
-TEST(PlainWalk, aCornerCutByAHairIsCrossed) {
+TEST(PlainWalk, aRayThatClipsCornersByAHairPasses) {
   const OccupancyMap map = freeDiagonal(100);
   const double hair = 1e-9;
   EXPECT_NEAR(walk(map, {0.5, 0.5 + hair}, kDiagonal, kDiagonal), kDiagonal, 1e-6);
@@ -52,7 +52,7 @@ TEST(PlainWalk, distancesAreThoseOfTheCellsEdges) {
   // Rises by half a row per column; enters the cell through its lower edge.
   const double length = std::sqrt(5.0) / 2;
   EXPECT_NEAR(walk(map, {0.25, 0.75}, 1 / length, 0.5 / length), 900.5 * length, 1e-9);
-  // And through its left edge.
+  // The next ray passes through its left edge.
   EXPECT_NEAR(walk(map, {0.0, 1.25}, 1 / length, 0.5 / length), 900.0 * length, 1e-9);
 }
 

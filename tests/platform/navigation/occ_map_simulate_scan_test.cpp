@@ -67,7 +67,7 @@ std::vector<float> anglesOf(float angularRange, int count) {
   return angles;
 }
 
-TEST(ScanFan, includesBothEdgesAndItsMiddle) {
+TEST(ScanFan, aFanIncludesBothEdgesAndItsMiddle) {
   EXPECT_THAT(anglesOf(1.0f, 5), testing::ElementsAre(-0.5f, -0.25f, 0.0f, 0.25f, 0.5f));
   for (const int count : {2, 20, 99, 100}) {
     const std::vector<float> angles = anglesOf(1.05f, count);
@@ -77,7 +77,7 @@ TEST(ScanFan, includesBothEdgesAndItsMiddle) {
   }
 }
 
-TEST(ScanFan, aFullTurnLooksInNoDirectionTwice) {
+TEST(ScanFan, aFullTurnHasNoDirectionTwice) {
   for (const float turn : {2 * kPi, 100.0f, kInfinity}) {
     EXPECT_THAT(anglesOf(turn, 4), testing::ElementsAre(-kPi, -kPi / 2, 0.0f, kPi / 2));
   }
@@ -94,7 +94,7 @@ TEST(ScanFan, aSingleRayLooksStraightAheadHoweverWideTheFan) {
   }
 }
 
-TEST(ScanFan, fieldsOfViewWithoutSenseGiveNoReadings) {
+TEST(ScanFan, invalidFieldsOfViewGiveNoReadings) {
   const SensorFieldOfView2D senseless[] = {
       {0, 1, 1, 0},    {0, 1, 1, -5},   {0, 1, 1, 100001}, {2, 1, 1, 5},     {kNaN, 1, 1, 5},
       {0, kNaN, 1, 5}, {0, 1, kNaN, 5}, {-3, -1, 1, 5},    {0, 1, -1.0f, 5}, {0, 1, 1, INT32_MIN}};
@@ -154,7 +154,7 @@ TEST(Scan, aPoseOutsideTheMapCastsIntoIt) {
   expectHit(look(draw({"#"}), {-0.3f, -0.2f, std::atan2(0.2f, 0.4f)}), std::sqrt(0.2f));
 }
 
-TEST(Scan, startsFarAwayAndAbsurdlyLongRangesEnd) {
+TEST(Scan, farStartsAndHugeRangesTerminate) {
   const OccupancyMap map = draw({"....", ".#..", "...."});
   const float far[] = {1e6f, 1e12f, 1e30f, std::numeric_limits<float>::max()};
   for (const float distance : far) {

@@ -62,7 +62,7 @@ TEST(Scans, readWhatSingleScansReadWithAnyNumberOfThreads) {
   occMapSimulateScans(map, {}, fans[0], {}, kScansLimit, 2);
 }
 
-TEST(Scans, sayWhatTheyExpect) {
+TEST(Scans, errorsNameTheExpectation) {
   const OccupancyMap map(3, 3, 1.0f, {});
   const std::vector<Pose2D> poses(3);
   std::vector<float> ranges(12, -1.0f);

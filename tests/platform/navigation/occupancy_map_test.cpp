@@ -11,7 +11,7 @@ namespace {
 
 constexpr float kHalfTurn = std::numbers::pi_v<float>;
 
-TEST(OccupancyMap, refusesWhatIsNoMap) {
+TEST(OccupancyMap, refusesInvalidSizesAndOccupancies) {
   const auto refused = [](const char* text, auto make) {
     EXPECT_THAT(make, ThrowsMessage<std::invalid_argument>(HasSubstr(text)));
   };

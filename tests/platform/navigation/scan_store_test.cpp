@@ -92,7 +92,7 @@ TEST(ScanStore, holdsTheCellsOfMapsOfAnySize) {
   }
 }
 
-TEST(ScanStore, staysTrueWhenCellsChange) {
+TEST(ScanStore, staysCorrectWhenCellsChange) {
   OccupancyMap map = randomMap(67, 50, 2);
   ASSERT_NE(detail::MapInside::findStore(map, kStoreLimit), nullptr);
   ASSERT_NE(detail::MapInside::findStore(map, 0.7f), nullptr);
@@ -108,7 +108,7 @@ TEST(ScanStore, staysTrueWhenCellsChange) {
   }
 }
 
-TEST(ScanStore, tellsWhereNothingIsAround) {
+TEST(ScanStore, knowsIfTheAreaAroundACellIsFree) {
   constexpr int kSide = 70;
   const auto stripOf = [](int column) { return std::max(column, 0) / StripImage::kStripColumns; };
   const int cells[][2] = {{0, 0}, {33, 35}, {69, 69}};
@@ -128,7 +128,7 @@ TEST(ScanStore, tellsWhereNothingIsAround) {
   }
 }
 
-TEST(ScanStore, isMadeOnceForEachOfTwoLimits) {
+TEST(ScanStore, isBuiltOncePerOccupancyLimit) {
   const OccupancyMap map = randomMap(20, 20, 4);
   const ScanStore* const first = detail::MapInside::findStore(map, kStoreLimit);
   EXPECT_EQ(detail::MapInside::findStore(map, NAN), nullptr);
@@ -154,7 +154,7 @@ TEST(ScanStore, aCopyOfAMapHasItsOwn) {
   expectTrueStore(copy, kStoreLimit);
 }
 
-TEST(ScanStore, isOneForReadersThatAskAtOnce) {
+TEST(ScanStore, isBuiltOnceForConcurrentReaders) {
   const OccupancyMap map = randomMap(300, 300, 6);
   std::vector<const ScanStore*> seen(4);
   std::vector<std::thread> readers;

@@ -75,7 +75,7 @@ RC_GTEST_PROP(ConnectedComponentLabeling, agreesWithFloodingOnRandomImages, ()) 
 TEST(ConnectedComponentLabeling, agreesWithFloodingOnRecordedFrames) {
   const auto frames = test::loadDepthFrames();
   if (frames.empty()) GTEST_SKIP() << "QV_DATA names no data";
-  // One labeler for all: nothing of a frame may be left in the next.
+  // The same labeler takes all images: nothing of one may be left in the next.
   ComponentLabeler sut;
   cv::Mat_<int> labels;
   for (const auto& frame : frames) {
@@ -96,7 +96,7 @@ TEST(ConnectedComponentLabeling, readsAWindowOfAnImage) {
   EXPECT_TRUE(equal(labelsOf(window), (cv::Mat_<int>(2, 2) << 1, 0, 1, 1)));
 }
 
-TEST(ConnectedComponentLabeling, refusesWhatItCannotLabel) {
+TEST(ConnectedComponentLabeling, refusesImagesThatItCantLabel) {
   const auto errorFor = [](const cv::Mat& image, int limit, int reserved1, int reserved2) {
     return errorOf([&] {
       cv::Mat_<int> labels;

@@ -26,7 +26,7 @@ bool isSame(const cv::Mat& a, const cv::Mat& b) {
   return a.size() == b.size() && a.type() == b.type() && cv::norm(a, b, cv::NORM_INF) == 0.0;
 }
 
-TEST(PngImage, whatOthersWriteIsReadAsItIsButForAlpha) {
+TEST(PngImage, pngsOfOtherWritersAreReadExactlyExceptAlpha) {
   for (const int type : {CV_8UC1, CV_8UC3, CV_16UC1, CV_16UC3}) {
     const cv::Mat image = randomImage(type);
     EXPECT_TRUE(isSame(decodePng(pngOf(image)), image)) << cv::typeToString(type);
@@ -39,7 +39,7 @@ TEST(PngImage, whatOthersWriteIsReadAsItIsButForAlpha) {
   EXPECT_TRUE(isSame(decodePng(pngOf(transparent)), colours));
 }
 
-TEST(PngImage, othersReadWhatIsWritten) {
+TEST(PngImage, otherReadersReadOurPngs) {
   for (const int type : {CV_8UC1, CV_8UC3}) {
     const cv::Mat image = randomImage(type);
     const std::string png = encodePng(image);

@@ -9,7 +9,7 @@ QVValue imageValue(int width, int height, int colorSpace, std::size_t bytes) {
   return QVValue::array(width, height, colorSpace, 1234, QVValue::Bytes(bytes, 7));
 }
 
-TEST(QVImage, sharesItsPixelsOnTheWayThroughAValue) {
+TEST(QVImage, sharesItsPixelsWithTheValueThatCarriesIt) {
   const auto pixels =
       std::make_shared<const QVValue::Bytes>(QVValue::Bytes{1, 2, 3, 4, 5, 6, 7, 8});
   const QVValue value = QVImage(2, 2, 17, -5, pixels).toQVValue();
@@ -36,7 +36,7 @@ TEST(QVImage, takesAnUnknownColorSpaceWithAnyWholeNumberOfBytesAPixel) {
   EXPECT_EQ(QVImage::fromQVValue(imageValue(3, 2, 99, 30))->getColorSpace(), 99);
 }
 
-TEST(QVImage, refusesAValueOfAnotherShape) {
+TEST(QVImage, refusesAMalformedValue) {
   const QVValue pixels = QVValue::Bytes(8);
   for (const QVValue& value :
        {QVValue(3), QVValue("image"), QVValue::array(2, 2, 17, 0),

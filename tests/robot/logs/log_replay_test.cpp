@@ -51,7 +51,7 @@ TEST_F(LogReplayTest, eachStepWritesTheKeysWithItsOwnTime) {
   EXPECT_FALSE(sut.next());
 }
 
-TEST_F(LogReplayTest, theVelocityIsWhatTheRobotDidSinceTheStepBefore) {
+TEST_F(LogReplayTest, theVelocityFollowsFromTheMoveSinceTheLastStep) {
   LogReplay sut(makeRecording(), broker, body);
   const auto velocityAfterNext = [&] {
     sut.next();
@@ -67,7 +67,7 @@ TEST_F(LogReplayTest, theVelocityIsWhatTheRobotDidSinceTheStepBefore) {
   EXPECT_NEAR(sliding.y, std::cos(-3.0f), 1e-6f);
 }
 
-TEST_F(LogReplayTest, whatCannotBeWrittenIsAnErrorAndStillToBeMade) {
+TEST_F(LogReplayTest, aStepThatCantBeWrittenThrowsAndDoesNotCount) {
   LogReplay sut(makeRecording(), broker, body);
   memory.insertData("y", 1);
   memory.getDataPtr("y");

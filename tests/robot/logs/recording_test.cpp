@@ -50,7 +50,7 @@ TEST_F(RecordingTest, aDescriptionIsReadBackAsTheRobotThatDrove) {
   EXPECT_EQ(laser.properties.at("maximumDetectionDistance"), "80");
   EXPECT_THAT(laser.memoryKeys, ElementsAre("Laser/Point0/X", "Laser/Point0/Y", "Laser/Point1/X",
                                             "Laser/Point1/Y", "Laser/Point2/X", "Laser/Point2/Y"));
-  // One metre to the north of a robot that looks north.
+  // The laser is one metre north of a robot that looks north.
   EXPECT_NEAR(laser.origin(0, 3), 1.0f, 1e-6f);
   EXPECT_NEAR(laser.origin(1, 3), 0.0f, 1e-6f);
   EXPECT_NEAR(laser.origin(0, 0), 1.0f, 1e-6f);

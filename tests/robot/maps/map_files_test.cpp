@@ -47,7 +47,7 @@ struct MapFilesTest : testing::Test {
   test::TemporaryFolder folder;
 };
 
-TEST_F(MapFilesTest, thresholdsDecideWhatShadesMean) {
+TEST_F(MapFilesTest, thresholdsTurnShadesIntoOccupancies) {
   EXPECT_THAT(loadRow({}, "254 255 206 205 100 89 0", 7),
               ElementsAre(0.0f, 0.0f, 0.0f, 0.5f, 0.5f, 1.0f, 1.0f));
   EXPECT_THAT(loadRow({.negate = "true"}, "0 49 50 255", 4), ElementsAre(0.0f, 0.0f, 0.5f, 1.0f));
@@ -65,7 +65,7 @@ TEST_F(MapFilesTest, scaleSpreadsTheShadesBetweenTheThresholds) {
   EXPECT_THAT(loadRow(wide, "0 51 255", 3), ElementsAre(0.0f, FloatEq(0.2f), 1.0f));
 }
 
-TEST_F(MapFilesTest, rawPixelsArePercents) {
+TEST_F(MapFilesTest, rawPixelsAreOccupanciesInPercent) {
   Yaml yaml{.more = "mode: \"raw\"\n"};
   EXPECT_THAT(loadRow(yaml, "0 25 100 101 255", 5), ElementsAre(0.0f, 0.25f, 1.0f, 0.5f, 0.5f));
   yaml.negate = "1";
@@ -114,7 +114,7 @@ TEST_F(MapFilesTest, aColourCountsAsTheMeanOfItsChannels) {
   EXPECT_THAT(load(yaml).getCells(), ElementsAre(FloatEq(2.0f / 3), FloatEq(2.0f / 3)));
 }
 
-TEST_F(MapFilesTest, numbersComeInAllTheirForms) {
+TEST_F(MapFilesTest, acceptsEveryYamlFormOfANumber) {
   folder.write("map.pgm", "P2 1 1 255 0");
   const OccupancyMap map = load({.resolution = "'+5e-2'  # quoted",
                                  .origin = "\n  - -1.5\n  - .5\n  - 2E0",
@@ -196,7 +196,7 @@ TEST_F(MapFilesTest, aWrongImageIsRefusedByName) {
   }
 }
 
-TEST_F(MapFilesTest, aPngThatWouldBeNarrowedOrEndsEarlyIsRefused) {
+TEST_F(MapFilesTest, a16BitOrTruncatedPngIsRefused) {
   const Yaml yaml{.image = "image.png"};
   const std::string path = folder / "image.png";
   cv::imwrite(path, cv::Mat(2, 2, CV_16U, cv::Scalar(40000)));
@@ -250,7 +250,7 @@ RC_GTEST_FIXTURE_PROP(MapFilesTest, aMapComesBackRoundedAndThenStays, ()) {
   RC_ASSERT(loadMap(folder / "second.yml").getCells() == first.getCells());
 }
 
-TEST(ShippedMaps, areWhatTheWriterWrites) {
+TEST(ShippedMaps, theShippedMapIsSavedByteForByte) {
   const OccupancyMap map = loadMap(QV_MAPS "/apartment.yaml");
   EXPECT_EQ(map.findOccupancy({9.4f, 6.1f}), 0.0f);
   EXPECT_EQ(map.findOccupancy({0.1f, 6.1f}), 1.0f);
@@ -262,7 +262,7 @@ TEST(ShippedMaps, areWhatTheWriterWrites) {
   }
 }
 
-TEST_F(MapFilesTest, whatCantBeWrittenIsSaid) {
+TEST_F(MapFilesTest, anUnwritableMapFileIsNamedInTheError) {
   const OccupancyMap map(1, 1, 0.05f, {});
   EXPECT_THAT([&] { saveMap(map, folder / "map.pgm"); },
               ThrowsMessage<std::runtime_error>(

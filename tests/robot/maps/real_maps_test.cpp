@@ -43,7 +43,7 @@ double percentOf(const OccupancyMap& map, float occupancy) {
          static_cast<double>(cells.size());
 }
 
-TEST(RealMaps, loadWithTheirSizesAndShares) {
+TEST(RealMaps, loadWithTheirSizesAndSharesOfFreeCells) {
   for (const RealMap& expected : kTrinaryMaps) {
     const auto path = findMap(expected.name);
     if (!path) GTEST_SKIP() << "no " << expected.name << " in QV_DATA";
@@ -113,8 +113,8 @@ Math::Pose2D drawHardPose(const OccupancyMap& map, std::mt19937& random) {
           heading};
 }
 
-// As many rays as QV_SCAN_RAYS says; every path reads the same to the last bit.
-TEST(RealMaps, scansAreTheSameOnEveryPath) {
+// QV_SCAN_RAYS sets the number of rays; every SIMD level reads the same, bit for bit.
+TEST(RealMaps, scansAreTheSameOnEverySimdLevel) {
   using detail::ScanPath;
   std::vector<const char*> allMaps{"depot_speed"};
   for (const RealMap& real : kTrinaryMaps) allMaps.push_back(real.name);

@@ -67,7 +67,7 @@ TEST_F(DepthRecordingTest, aBadFileIsNamedAndTheOthersPlayOn) {
   EXPECT_THAT(frameAt(sut, 400), ElementsAre(42));
 }
 
-TEST_F(DepthRecordingTest, refusesWhatItCannotPlay) {
+TEST_F(DepthRecordingTest, refusesAnUnplayableFolder) {
   const auto errorFor = [&](double metresPerUnit, double framesPerSecond) {
     return errorOf([&] { DepthRecording(folder.string(), metresPerUnit, framesPerSecond); });
   };

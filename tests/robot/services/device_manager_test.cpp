@@ -54,7 +54,7 @@ TEST_F(DeviceManagerTest, valuesTakeEffectInOrderOfTimeAndThenOfSetting) {
   EXPECT_THAT(happened, ElementsAre("a=1@10", "b=1@10", "a=2@10", "b=2@20", "a=3@30"));
 }
 
-TEST_F(DeviceManagerTest, theModeSaysWhichPendingValuesGo) {
+TEST_F(DeviceManagerTest, theUpdateModeDecidesWhichPendingValuesAreDropped) {
   struct Case {
     std::string mode;
     std::vector<Timed> values;
@@ -89,7 +89,7 @@ TEST_F(DeviceManagerTest, theModeSaysWhichPendingValuesGo) {
   }
 }
 
-TEST_F(DeviceManagerTest, timesAreReadAcrossTheWrap) {
+TEST_F(DeviceManagerTest, timesAreReadAcrossThe32BitOverflow) {
   record("a");
   time.advanceTo(ko::Clock::time_point(milliseconds(kWrapMs - 5)));
   set("a", "Merge", {{1, 10}, {2, -1}});
@@ -137,7 +137,7 @@ TEST_F(DeviceManagerTest, aHandlerMaySetOtherActuators) {
   EXPECT_THAT(happened, ElementsAre("b=1@0", "b=1@5", "b=2@10", "b=2@15"));
 }
 
-TEST_F(DeviceManagerTest, aFailureIsLoggedAndTheRestTakesEffect) {
+TEST_F(DeviceManagerTest, aFailingHandlerIsLoggedAndTheOthersTakeEffect) {
   test::LogCapture log;
   manager->setActuatorHandler(
       "a", [](const std::string&, const QVValue&) { throw std::runtime_error("jammed"); });
@@ -153,7 +153,7 @@ TEST_F(DeviceManagerTest, aFailureIsLoggedAndTheRestTakesEffect) {
   EXPECT_EQ(memory.getData("b"), QVValue(7));
 }
 
-TEST_F(DeviceManagerTest, whatIsPendingDiesWithTheManager) {
+TEST_F(DeviceManagerTest, pendingValuesAreDroppedWithTheManager) {
   record("a");
   set("a", "Merge", {{1, 10}});
   broker->unregisterModule("DCM");

@@ -25,14 +25,14 @@ struct LaserModeActuatorTest : test::FakeRobotTest {
                                        "actuator",    "mode", milliseconds(50)};
 };
 
-TEST_F(LaserModeActuatorTest, aCommandShowsAfterTheDelayThatStoodThen) {
+TEST_F(LaserModeActuatorTest, aCommandTakesEffectAfterTheDelaySetAtThatTime) {
   command(5.0f);
   sut->setDelay(ko::Duration(1));
   EXPECT_EQ(modeIn(49), QVValue(0));
   EXPECT_EQ(modeIn(1), QVValue(5));
 }
 
-TEST_F(LaserModeActuatorTest, aCommandTakesThePlaceOfOneThatDoesNotShowYet) {
+TEST_F(LaserModeActuatorTest, aCommandReplacesOneThatHasNotTakenEffect) {
   command(5.0f);
   sut->setDelay(milliseconds(10));
   command(7.0f);
@@ -43,7 +43,7 @@ TEST_F(LaserModeActuatorTest, aCommandTakesThePlaceOfOneThatDoesNotShowYet) {
   EXPECT_EQ(modeIn(0), QVValue(1));
 }
 
-TEST_F(LaserModeActuatorTest, itMayNeverShow) {
+TEST_F(LaserModeActuatorTest, aCommandMayNeverTakeEffect) {
   command(5.0f);
   sut->setDelay(std::nullopt);
   EXPECT_EQ(modeIn(1000), QVValue(0));
@@ -52,7 +52,7 @@ TEST_F(LaserModeActuatorTest, itMayNeverShow) {
   EXPECT_EQ(modeIn(1000), QVValue(0));
 }
 
-TEST_F(LaserModeActuatorTest, itsEndGivesTheActuatorBack) {
+TEST_F(LaserModeActuatorTest, theDestructorReleasesTheActuator) {
   command(5.0f);
   EXPECT_THROW(memory.getData("actuator"), QVError);
   sut.reset();

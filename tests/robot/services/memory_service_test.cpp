@@ -62,7 +62,7 @@ TEST_F(MemoryServiceTest, keysHoldWhatWasInserted) {
   EXPECT_EQ(sut.getData("key"), QVValue(0.1f));
 }
 
-TEST_F(MemoryServiceTest, pointersStayGoodWhileKeysAreInserted) {
+TEST_F(MemoryServiceTest, pointersStayValidWhileKeysAreInserted) {
   sut.insertData("float", 1.5f);
   sut.insertData("int", 7);
   float* const asFloat = floatPointer("float");
@@ -92,7 +92,7 @@ TEST_F(MemoryServiceTest, aKeyChangesItsTypeUntilItIsConnected) {
   EXPECT_EQ(sut.getData("key"), QVValue(2.5f));
 }
 
-TEST_F(MemoryServiceTest, whatCannotBeDoneNamesTheKeyAndTheType) {
+TEST_F(MemoryServiceTest, errorsNameTheKeyAndTheType) {
   sut.insertData("list", QVValue::array(1));
   sut.insertData("flag", true);
   sut.insertData("int", 5);
@@ -190,7 +190,7 @@ TEST_F(MemoryServiceTest, theReceiverIsLookedForAtEachDelivery) {
   EXPECT_EQ(log.lines().size(), 2u);
 }
 
-TEST_F(MemoryServiceTest, aSubscriberThatThrowsIsLoggedAndHurtsNobody) {
+TEST_F(MemoryServiceTest, aThrowingSubscriberIsLoggedAndTheOthersGetTheirEvents) {
   ko::SimulatedTime time;
   test::LogCapture log;
   registerListener("Standard", [](const QVValue&, const QVValue&, const QVValue&) {
@@ -246,7 +246,7 @@ TEST_F(MemoryServiceTest, unsubscribingWaitsForTheDeliveryInProgress) {
   EXPECT_TRUE(left);
 }
 
-TEST_F(MemoryServiceTest, ofTheEventsForASubscriberThatHangsTheOldestAreDroppedAndCounted) {
+TEST_F(MemoryServiceTest, theOldestEventsForAHangingSubscriberAreDroppedAndCounted) {
   test::LogCapture log;
   std::latch entered(1);
   std::latch goingOn(1);
@@ -273,7 +273,7 @@ TEST_F(MemoryServiceTest, ofTheEventsForASubscriberThatHangsTheOldestAreDroppedA
   EXPECT_EQ(heard[1], QVValue(4));
 }
 
-TEST_F(MemoryServiceTest, theServiceMayGoInTheMiddleOfADelivery) {
+TEST_F(MemoryServiceTest, theServiceMayBeDestroyedDuringADelivery) {
   std::latch entered(1);
   std::latch leaving(1);
   std::atomic<bool> left{false};

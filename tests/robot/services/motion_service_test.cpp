@@ -56,7 +56,7 @@ Transform at(float x, float y, float z) {
   return Transform::fromPosition({x, y, z});
 }
 
-// By the rotation of a quaternion.
+// Returns the turn, computed by a quaternion.
 Transform turnAbout(const Math::Position3D& axis, double angle) {
   const double s = std::sin(angle / 2);
   const double w = std::cos(angle / 2);
@@ -117,7 +117,7 @@ void expectEveryJointWhereTheDescriptionPutsIt(const Model::Robot& robot) {
   }
 }
 
-TEST(MotionService, placesEveryJointOfARobotOfAllKindsOfThem) {
+TEST(MotionService, placesJointsOfEveryType) {
   expectEveryJointWhereTheDescriptionPutsIt(Model::ModelUtils::robotFromXml(kDescription));
 }
 
@@ -161,7 +161,7 @@ TEST_F(MotionServiceTest, namesAreSensorsThenJointsThenLinks) {
   EXPECT_THAT(errorOf([&] { askAt("head", 10'000); }), HasSubstr("is called \"head\""));
 }
 
-TEST_F(MotionServiceTest, theGroundFrameStaysBelowWhileTheBodyFrameGoesAlong) {
+TEST_F(MotionServiceTest, theGroundFrameStaysOnTheFloorWhileTheBodyFrameMoves) {
   setMast(0.25);
   expectNear(ask("torso", 0), Transform());
   expectNear(ask("torso", 1), at(0, 0, 0.75f));
@@ -170,7 +170,7 @@ TEST_F(MotionServiceTest, theGroundFrameStaysBelowWhileTheBodyFrameGoesAlong) {
   expectNear(ask("base", 0), at(0, 0, -0.75f));
 }
 
-TEST_F(MotionServiceTest, commandsCountOnlyWhenSensorValuesAreNotWanted) {
+TEST_F(MotionServiceTest, commandedPositionsAreUsedOnlyIfMeasuredOnesAreNotRequested) {
   sut->setJointPositions({{"mast", 0.2}, {"elbow", 1.0}});
   sut->setJointCommands({{"mast", 0.4}});
   EXPECT_FLOAT_EQ(ask("torso", 1, true)(2, 3), 0.7f);
@@ -222,7 +222,7 @@ TEST_F(MotionServiceTest, aTimeThatIsNotCoveredIsAnErrorThatSaysWhichTimesAre) {
               HasSubstr("only from 12.000000 s to 13.100000 s"));
 }
 
-TEST_F(MotionServiceTest, whatCannotBeSetIsRefusedAndChangesNothing) {
+TEST_F(MotionServiceTest, anInvalidPostureIsRefusedAndChangesNothing) {
   setMast(0.2);
   const double nan = std::numeric_limits<double>::quiet_NaN();
   EXPECT_EQ(errorOf([&] {

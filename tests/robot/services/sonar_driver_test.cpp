@@ -92,7 +92,7 @@ TEST_F(SonarDriverTest, subscriptionsAreCountedByName) {
   EXPECT_EQ(keysIn(100, 2.0f), std::pair(1.0f, 1.0f));
 }
 
-TEST_F(SonarDriverTest, aSonarThatFailsKeepsItsKeyAndIsLoggedOnAChange) {
+TEST_F(SonarDriverTest, aFailingSonarKeepsItsLastValueAndIsLoggedWhenItsErrorChanges) {
   makeDriver(1);
   std::string failure;
   sut->setSource([&](const std::string& sonar) {

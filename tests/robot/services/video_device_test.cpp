@@ -145,7 +145,7 @@ TEST_F(VideoDeviceTest, samplesAFrameOfAnotherSize) {
   EXPECT_EQ(pixels[320 * 240 - 1], large(478, 638));
 }
 
-TEST_F(VideoDeviceTest, aSourceMayFillTheSameFrameAnewForEachClient) {
+TEST_F(VideoDeviceTest, aSourceMayReuseOneImageForAllClients) {
   cv::Mat_<std::uint16_t> shared(480, 640);
   std::uint16_t count = 0;
   replaceSource([&](cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point) {
@@ -171,7 +171,7 @@ TEST_F(VideoDeviceTest, aSourceMayFillTheSameFrameAnewForEachClient) {
   EXPECT_EQ(torn, 0);
 }
 
-TEST_F(VideoDeviceTest, aClockThatWentBackIsNoReasonToShowAnOldImage) {
+TEST_F(VideoDeviceTest, afterTheClockGoesBackClientsStillGetNewImages) {
   time->advance(boost::chrono::hours(1));
   const std::string handle = subscribe();
   EXPECT_EQ(next(handle), 1);
@@ -180,7 +180,7 @@ TEST_F(VideoDeviceTest, aClockThatWentBackIsNoReasonToShowAnOldImage) {
   EXPECT_EQ(next(handle), 2);
 }
 
-TEST_F(VideoDeviceTest, whatFailsIsToldToTheClientWhichKeepsItsHandle) {
+TEST_F(VideoDeviceTest, aFailureReachesTheClientWhichKeepsItsHandle) {
   const std::string handle = subscribe();
   next(handle);
   time->advance(milliseconds(100));

@@ -73,7 +73,7 @@ TEST(DepthRenderer, showsWhatARayThroughEachPixelMeets) {
   }
 }
 
-TEST(DepthRenderer, showsTheSameUpAndDownButForEdgesAsWideAsAPixel) {
+TEST(DepthRenderer, aCameraThatLooksUpOrDownSeesTheSameExceptOnePixelWideEdges) {
   for (const float pitch : {-0.4f, 0.3f, 0.7f}) {
     EXPECT_LE(shareOfWrongPixels(cameraAt(2.5f, 3.0f, 1.1f, pitch, 0.0f), 0.02f), 0.03) << pitch;
   }

@@ -7,14 +7,14 @@
 namespace QV::robot {
 namespace {
 
-TEST(Fault, isReadFromItsText) {
+TEST(Fault, parsesAFaultFromText) {
   EXPECT_EQ(parseFault("FrontSonar:off"), (Fault{"FrontSonar", FaultKind::off}));
   EXPECT_EQ(
       parseFault("Sonar/Front:intermittent@1.5-20"),
       (Fault{"Sonar/Front", FaultKind::intermittent, milliseconds(1500), milliseconds(20000)}));
 }
 
-TEST(Fault, whatIsNoFaultIsRefusedWithWhatIsOne) {
+TEST(Fault, aMalformedFaultIsRefusedWithTheExpectedForm) {
   for (const char* text : {"", "FrontSonar", ":off"}) {
     EXPECT_THAT(errorOf([&] { parseFault(text); }), HasSubstr("NAME:KIND or NAME:KIND@FROM-TO"))
         << text;
@@ -24,15 +24,17 @@ TEST(Fault, whatIsNoFaultIsRefusedWithWhatIsOne) {
             "\"broken\" given");
   for (const char* text : {"A:off@", "A:off@1", "A:off@2-1", "A:off@1-1", "A:off@-1-2", "A:off@a-2",
                            "A:off@0-1e30", "A:off@0-2s"}) {
-    EXPECT_THAT(errorOf([&] { parseFault(text); }), HasSubstr("FROM-TO in seconds")) << text;
+    EXPECT_THAT(errorOf([&] { parseFault(text); }),
+                HasSubstr("FROM-TO (seconds, FROM below TO) expected"))
+        << text;
   }
 }
 
-TEST(Fault, oneThatMakesNoSenseForARobotIsRefused) {
+TEST(Fault, aFaultThatTheRobotCantHaveIsRefused) {
   VirtualRobot robot(QV_DESCRIPTIONS "/porter.urdf", test::makeRoom(), {{5.0f, 3.0f, 0.0f}});
   EXPECT_EQ(errorOf([&] { robot.setFault("FrontBumper", FaultKind::slow); }),
-            "fault: \"slow\" makes no sense for \"FrontBumper\", possible are off, stuck, "
-            "garbage, wrong, delayed, intermittent");
+            "fault: one of off, stuck, garbage, wrong, delayed, intermittent expected for "
+            "\"FrontBumper\", \"slow\" given");
   EXPECT_THAT(errorOf([&] { robot.setFault("Nose", FaultKind::off); }),
               AllOf(HasSubstr("no sensor \"Nose\""), HasSubstr("FrontSonar")));
   EXPECT_THAT(errorOf([&] { robot.clearFault("Nose"); }), HasSubstr("Nose"));

@@ -94,7 +94,7 @@ struct OwnUnitTest : testing::Test {
   const boost::shared_ptr<QVBroker> broker = QVBroker::create();
 };
 
-TEST_F(OwnUnitTest, measuresOnceAPeriodWhereItIs) {
+TEST_F(OwnUnitTest, measuresOncePerPeriodAtTheRobotsPose) {
   VirtualRobot robot = make();
   run(1000);
   EXPECT_NEAR(at("cliff").toFloat(), 0.3f, 1e-3);
@@ -106,7 +106,7 @@ TEST_F(OwnUnitTest, measuresOnceAPeriodWhereItIs) {
   EXPECT_NEAR(at("cliff").toFloat(), 0.8f, 1e-3) << "the bottom of the hole";
 }
 
-TEST_F(OwnUnitTest, failsInTheSevenWaysAndInNoneThatItsKindHasNot) {
+TEST_F(OwnUnitTest, hasTheSevenFaultsExceptThoseItsKindExcludes) {
   VirtualRobot robot = make();
   const std::map<FaultKind, float> expected{
       {FaultKind::stuck, 0.3f},       {FaultKind::garbage, -1.0f}, {FaultKind::wrong, 0.48f},
@@ -128,7 +128,7 @@ TEST_F(OwnUnitTest, failsInTheSevenWaysAndInNoneThatItsKindHasNot) {
   }
 }
 
-TEST_F(OwnUnitTest, thatThrowsIsLoggedOnceAndStopsNoOther) {
+TEST_F(OwnUnitTest, aThrowingUnitIsLoggedOnceAndTheOthersGoOn) {
   VirtualRobot robot = make();
   robot.setPose({9.8f, 3.0f, 0.0f});
   run(500);
@@ -140,7 +140,7 @@ TEST_F(OwnUnitTest, thatThrowsIsLoggedOnceAndStopsNoOther) {
   EXPECT_NE(at("measurements"), QVValue(1)) << "measures again";
 }
 
-TEST_F(OwnUnitTest, whatDoesNotFitTogetherIsRefusedAndLeavesNothingBehind) {
+TEST_F(OwnUnitTest, anInconsistentSetupIsRefusedWithoutSideEffects) {
   UnitFactory units = unitsWithCliff();
   const auto nothing = [](const auto&, const auto&) { return std::unique_ptr<SensorUnit>(); };
   EXPECT_EQ(errorOf([&] { units.add(kCliffType, nothing); }),
@@ -156,7 +156,7 @@ TEST_F(OwnUnitTest, whatDoesNotFitTogetherIsRefusedAndLeavesNothingBehind) {
   EXPECT_EQ(make(units).getBroker(), broker);
 }
 
-TEST_F(OwnUnitTest, aSensorNeedsARowOfItsTypeAndMayGoUnmeasured) {
+TEST_F(OwnUnitTest, aSensorNeedsAKindButNoUnit) {
   const RobotDescription standard(R"(<robot name='r'><link name='base'/>
     <sensor name='FrontCliff' type='40'><memory_key>cliff</memory_key></sensor></robot>)");
   EXPECT_EQ(

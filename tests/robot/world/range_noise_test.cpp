@@ -49,7 +49,7 @@ struct Statistics {
 };
 
 // Bounds of four standard errors: of the mean, the deviation, a covariance and a share.
-TEST(RangeNoise, hasTheDeviationAndTheLossesThatAreAskedForWithoutBias) {
+TEST(RangeNoise, hasTheGivenDeviationAndShareOfLossesWithoutBias) {
   for (const std::uint64_t seed : {1, 2, 3}) {
     const auto ranges = draw(noisy(seed), "FrontLaser");
     const Statistics found(ranges, ranges);
@@ -59,7 +59,7 @@ TEST(RangeNoise, hasTheDeviationAndTheLossesThatAreAskedForWithoutBias) {
   }
 }
 
-TEST(RangeNoise, ofTwoSensorsOrSeedsHasNothingInCommon) {
+TEST(RangeNoise, isIndependentForEachSensorAndSeed) {
   const auto ranges = draw(noisy(1), "FrontLaser");
   EXPECT_EQ(draw(noisy(1), "FrontLaser"), ranges);
   for (const auto& other : {draw(noisy(1), "LeftLaser"), draw(noisy(2), "FrontLaser"),

@@ -108,7 +108,7 @@ TEST(Units, measureWhatStandsAroundTheRobot) {
   }
 }
 
-TEST(Units, aTouchPressesTheBumpersThatCoverItOrElseTheNearest) {
+TEST(Units, aContactPressesTheBumpersInWhoseApertureItIsElseTheNearest) {
   Units sut(bumper("Front", "0") + bumper("Left", "0.8") + bumper("Back", "3.14159"), {});
   const auto touchedAt = [&sut](std::optional<float> contact) {
     sut.measureAt({{}, {}, contact});

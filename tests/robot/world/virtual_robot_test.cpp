@@ -102,7 +102,7 @@ MATCHER_P3(IsPose, x, y, theta, "") {
              2e-3f;
 }
 
-TEST_F(VirtualRobotTest, drivesAsItIsTold) {
+TEST_F(VirtualRobotTest, followsItsCommandedVelocity) {
   world.start.theta = kHalfCircle / 2;
   robot().setVelocity(0.4f, 0.2f, 0.0f);
   run(2000);
@@ -117,7 +117,7 @@ TEST_F(VirtualRobotTest, drivesAsItIsTold) {
   EXPECT_THAT(robot().getOdometry(), IsPose(0.8, 2.4, kHalfCircle)) << "does not notice";
 }
 
-TEST_F(VirtualRobotTest, odometryDriftsByItsShareAndTheSame) {
+TEST_F(VirtualRobotTest, odometryDriftsByTheGivenShareAndReproducibly) {
   world.odometryDrift = 0.05f;
   robot().setVelocity(0.5f, 0.0f, 0.0f);
   run(4000);
@@ -153,7 +153,7 @@ TEST_F(VirtualRobotTest, aWallStopsItAndPressesTheBumperOnThatSide) {
   EXPECT_EQ(robot().getCollisionCount(), 2u);
 }
 
-TEST_F(VirtualRobotTest, boxesAndPeopleStopItTooUnlessTheyLeaveRoom) {
+TEST_F(VirtualRobotTest, boxesAndPeopleStopItUnlessItCanPass) {
   WorldBox shelf{{7.0f, 3.0f, 0.0f}, 0.4f, 0.4f, 1.5f, 2.0f};
   world.boxes = {shelf, {{8.0f, 3.0f, 0.0f}, 0.4f, 0.4f, 0.0f, 0.05f}};
   world.people = {{{{2.0f, 3.0f}}}};
@@ -199,7 +199,7 @@ TEST_F(VirtualRobotTest, aLaserScansFromItsConfirmedModeOnUntilItIsSwitchedOff) 
 }
 
 TEST_F(VirtualRobotTest, reportsThePeopleItSeesWhileSomebodyListens) {
-  // Before it, behind it, and hidden behind a cupboard.
+  // Three people: in front of the robot, behind it, and hidden by a cupboard.
   world.people = {{{{7.09f, 3.5f}}}, {{{3.0f, 3.0f}}}, {{{8.0f, 2.5f}}}};
   world.boxes = {{{7.0f, 2.7f, 0.0f}, 0.1f, 0.6f, 0.0f, 2.0f}};
   run(1000);
@@ -272,7 +272,7 @@ TEST_F(VirtualRobotTest, aDropOutHasNoEcho) {
   EXPECT_EQ(sonar("Front"), kFree);
 }
 
-TEST_F(VirtualRobotTest, ofFaultsThatOverlapTheOneSetLastCounts) {
+TEST_F(VirtualRobotTest, theFaultSetLastCountsAmongOverlappingOnes) {
   world.start = {7.0f, 3.0f, 0.0f};
   EXPECT_EQ(sonar("Back"), kFree) << "nothing within its 4 m";
   const float sound = sonar("Front");
@@ -297,7 +297,7 @@ TEST_F(VirtualRobotTest, lasersThatShareAModeMustShareItsActuator) {
               HasSubstr(R"(laser "R": setOperationMode "A" expected)"));
 }
 
-TEST_F(VirtualRobotTest, refusesAWorldThatMakesNoSense) {
+TEST_F(VirtualRobotTest, refusesInvalidWorldOptions) {
   const auto errorWith = [&](auto change) {
     WorldOptions options;
     change(options);
@@ -314,7 +314,7 @@ TEST_F(VirtualRobotTest, refusesAWorldThatMakesNoSense) {
               HasSubstr("has a module \"VirtualRobot\" already"));
 }
 
-TEST_F(VirtualRobotTest, itsServicesOutliveItAndTheBodyStandsStill) {
+TEST_F(VirtualRobotTest, itsServicesMayOutliveItAndItsBodyThenStops) {
   const auto services = broker();
   robot().setVelocity(1.0f, 0.0f, 0.0f);
   sonar("Front");
@@ -325,7 +325,7 @@ TEST_F(VirtualRobotTest, itsServicesOutliveItAndTheBodyStandsStill) {
   QVProxy(services, "QVSonar").callVoid("unsubscribe", "test");
 }
 
-TEST_F(VirtualRobotTest, isCommandedAndAskedFromManyThreadsWhileItRuns) {
+TEST_F(VirtualRobotTest, commandsAndQuestionsAreThreadSafe) {
   world.randomPeople = 1;
   robot().setVelocity(0.3f, 0.0f, 0.3f);
   std::latch started(3);

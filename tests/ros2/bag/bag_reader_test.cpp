@@ -102,7 +102,7 @@ TEST_F(BagReaderTest, aDamagedChunkIsSkippedAndCounted) {
   }
 }
 
-TEST_F(BagReaderTest, aSummaryThatCanNotBeTrustedIsDoneWithout) {
+TEST_F(BagReaderTest, anInvalidSummaryIsIgnored) {
   const Damaged whole = make();
   const std::size_t index = whole.find(8, 3) + kHead;
   using Damage = std::function<void(Damaged&)>;
@@ -116,7 +116,8 @@ TEST_F(BagReaderTest, aSummaryThatCanNotBeTrustedIsDoneWithout) {
        "chunks overlap"},
       {[&](Damaged& file) { file.put(index + 24, std::uint64_t{20}); },
        "no chunk where the index says"},
-      {[&](Damaged& file) { file.bytes[index - kHead] = 0x70; }, "no index of all chunks"},
+      {[&](Damaged& file) { file.bytes[index - kHead] = 0x70; },
+       "the index does not list all chunks"},
       {[&](Damaged& file) { file.put(file.bytes.size() - kFooter + kHead, ~std::uint64_t{0}); },
        "no summary"},
       {[&](Damaged& file) { file.put(index - 8, ~std::uint64_t{0}); }, "bytes expected"}};
@@ -131,7 +132,7 @@ TEST_F(BagReaderTest, aSummaryThatCanNotBeTrustedIsDoneWithout) {
   }
 }
 
-TEST_F(BagReaderTest, aLengthThatLiesCostsOneChunkWithAndWithoutAnIndex) {
+TEST_F(BagReaderTest, aWrongLengthLosesOnlyOneChunk) {
   const Damaged whole = make();
   const std::size_t second = whole.find(kChunk, 1);
   for (const bool indexed : {true, false}) {
@@ -154,10 +155,10 @@ TEST_F(BagReaderTest, theCrcOverAllDataFindsWhatNoOtherOneCovers) {
   file.put(file.find(7, 0) + kHead + 6, std::uint8_t{77});
   write(file);
   EXPECT_THAT(readBagInfo(path).damage.lines,
-              ElementsAre(HasSubstr("the CRC of all before is wrong")));
+              ElementsAre(HasSubstr("the CRC of the data section is wrong")));
 }
 
-TEST_F(BagReaderTest, anEndOfAllDataThatIsTooLongIsDamageAndNoMore) {
+TEST_F(BagReaderTest, aDataEndRecordThatIsTooLongCountsAsDamage) {
   constexpr std::uint64_t kLength = 1500;
   Damaged damaged = make();
   damaged.dropSummary();
@@ -171,7 +172,7 @@ TEST_F(BagReaderTest, anEndOfAllDataThatIsTooLongIsDamageAndNoMore) {
   EXPECT_THAT(info.damage.lines.back(), HasSubstr("a record of up to 1024 bytes expected"));
 }
 
-TEST_F(BagReaderTest, cutAnywhereGivesThePartBefore) {
+TEST_F(BagReaderTest, aCutAnywhereKeepsThePartBeforeIt) {
   const Damaged whole = make();
   std::size_t before = 0;
   for (std::size_t size = 8; size < whole.bytes.size(); size += 17) {
@@ -224,7 +225,7 @@ TEST_F(BagReaderTest, messagesOutOfOrderComeInOrderInBoundedMemory) {
   EXPECT_FALSE(sut->next());
 }
 
-TEST_F(BagReaderTest, channelsThatAreToldBehindTheirMessagesKeepThemInOrder) {
+TEST_F(BagReaderTest, messagesBeforeTheirChannelRecordKeepTheirOrder) {
   const mcap::Schema schema{1, "std_msgs/msg/String", "ros2msg", "string data\n"};
   const auto write = [](Bytes& bytes, std::uint16_t channel, std::uint64_t time) {
     append(bytes, mcap::Message{channel, 0, time, time, {}});
@@ -247,8 +248,8 @@ TEST_F(BagReaderTest, channelsThatAreToldBehindTheirMessagesKeepThemInOrder) {
   EXPECT_EQ(sut->getDamage().messages, 1u);
 }
 
-// What costs a few bytes in a file must not cost many in memory, nor again and again.
-TEST_F(BagReaderTest, whatAFileSaysOfItselfIsBoundedAndTheRestIsRead) {
+// A few bytes in a file must not cost many in memory, nor again and again.
+TEST_F(BagReaderTest, hugeMetadataIsRefusedAndTheMessagesAreRead) {
   const std::string words(1000, 'x');
   Bytes bytes(mcap::kMagic.begin(), mcap::kMagic.end());
   append(bytes, mcap::Schema{1, "std_msgs/msg/String", "ros2msg", words});
@@ -264,7 +265,7 @@ TEST_F(BagReaderTest, whatAFileSaysOfItselfIsBoundedAndTheRestIsRead) {
       {{kMost, kMost, kMost, 8},
        4,
        5,
-       "not read on from here: up to 8 chunks, metadata and attachments expected, more given"}};
+       "reading stopped here: up to 8 chunks, metadata and attachments expected, more given"}};
   for (const auto& [limits, messages, metadata, text] : kCases) {
     const auto sut = openMcap(openMemory(bytes), "bag", BagOrder::time, limits);
     std::size_t count = 0;
@@ -314,17 +315,18 @@ std::string refusalOf(const std::string& path) {
   return "opened";
 }
 
-TEST_F(BagReaderTest, whatIsNoRecordingIsRefused) {
+TEST_F(BagReaderTest, aFileThatIsNoRecordingIsRefused) {
   const auto expectRefusal = [](const std::string& path, const std::string& text) {
     EXPECT_EQ(refusalOf(path), path + ": " + text);
   };
   expectRefusal(folder / "none.mcap", "No such file or directory");
   expectRefusal(folder.string(), "a metadata.yaml expected, there is none");
-  const std::string noMagic = "byte 0: the magic of MCAP expected, other bytes given";
+  const std::string noMagic =
+      "byte 0: a recording (.mcap, .db3 or a rosbag2 folder) expected, other bytes given";
   expectRefusal(folder.write("empty.mcap", ""), noMagic);
   expectRefusal(folder.write("text.mcap", "{\"sensor\": 1}\n"), noMagic);
   expectRefusal(folder.write("whole.mcap.zstd", "\x28\xb5\x2f\xfd rest"),
-                "a recording expected, a file packed by zstd given: unpack it");
+                "a recording expected, a zstd-compressed file given; decompress it first");
   expectRefusal(folder.write("other.db3", std::string("SQLite format 3\0", 16)),
                 "a recording of rosbag2 expected: file is not a database");
   folder.write("metadata.yaml",

@@ -27,7 +27,7 @@ struct BagWriterTest : testing::Test {
   const std::string path = folder / "run.mcap";
 };
 
-TEST_F(BagWriterTest, theSameCallsGiveTheSameBytesAndAllReturns) {
+TEST_F(BagWriterTest, theSameCallsGiveTheSameBytesAndReadBackCompletely) {
   for (const auto compression : {Compression::none, Compression::lz4, Compression::zstd}) {
     for (const char* const name : {"run.mcap", "again.mcap"}) {
       SmallBag sut(folder / name, {compression});
@@ -44,7 +44,7 @@ TEST_F(BagWriterTest, theSameCallsGiveTheSameBytesAndAllReturns) {
   }
 }
 
-TEST_F(BagWriterTest, whatIsInTheFileIsReadableWhileItGrows) {
+TEST_F(BagWriterTest, theFileIsReadableWhileItIsWritten) {
   SmallBag sut(path, {Compression::none, std::size_t{1} << 20, kSecond});
   sut.write(10);
   EXPECT_EQ(numbersIn(path), numbersFrom(0, -1));
@@ -133,13 +133,13 @@ struct Progress {
     bag.write(1);
     if (bag.written == enough) [[maybe_unused]]
       const ssize_t told = ::write(pipe, "", 1);
-    // What has grown holds all but the message that made it grow.
+    // When the file grows, it holds all messages but the last.
     if (bag.writer.getSize() > size) progress.flushed = bag.written - 1;
     size = bag.writer.getSize();
   }
 }
 
-TEST_F(BagWriterTest, givesAllCompleteChunksAfterAKillAtAnyTime) {
+TEST_F(BagWriterTest, allCompleteChunksSurviveAKill) {
   void* const memory =
       mmap(nullptr, sizeof(Progress), PROT_READ | PROT_WRITE, MAP_SHARED | MAP_ANONYMOUS, -1, 0);
   int pipe[2];

@@ -111,7 +111,7 @@ struct RecordingsTest : testing::TestWithParam<Recorded> {
   std::string path;
 };
 
-TEST_P(RecordingsTest, isReadWholeAndInTheOrderOfTime) {
+TEST_P(RecordingsTest, isReadCompletelyAndInTheOrderOfTime) {
   const BagInfo info = readBagInfo(path);
   EXPECT_EQ(countsOf(info), GetParam().counts);
   EXPECT_NEAR(1e-9 * static_cast<double>(info.endTime - info.startTime), GetParam().seconds, 0.006);
@@ -138,7 +138,7 @@ TEST_P(RecordingsTest, messagesOfKnownTypesAreDecodedAndEncodedToTheSameBytes) {
   while (const auto message = sut.next()) {
     const MessageType* const type = findMessageType(message->topic->type);
     if (type == nullptr || message->topic->encoding != "cdr") continue;
-    const auto decoded = type->getLayout().make();
+    const auto decoded = layoutOf(*type).make();
     type->decode(message->data, decoded.get());
     Bytes encoded;
     type->encode(decoded.get(), encoded);
@@ -161,7 +161,7 @@ std::string contentOf(const std::string& path) {
   return text;
 }
 
-TEST_P(RecordingsTest, whatIsLeftOfACutOneIsRecovered) {
+TEST_P(RecordingsTest, theIntactPartOfACutRecordingIsRecovered) {
   const test::TemporaryFolder folder;
   const std::string whole = folder / "whole.mcap";
   const BagInfo info = recoverBag(path, whole);

@@ -24,7 +24,7 @@ class Readable {
   }
 }
 
-/** As the expected values are written: times and arrays plain, numbers that JSON lacks as text. */
+/** Converts a message to the form of the expected values: plain times and arrays, numbers that JSON lacks as text. */
 function plain(value) {
   if (typeof value === 'bigint') return String(value);
   if (typeof value === 'number') return Number.isFinite(value) ? value : String(value);
@@ -60,7 +60,7 @@ function readStreaming(bytes) {
   const channels = new Map();
   const schemas = new Map();
   const messages = [];
-  // In pieces, so that records lie across them.
+  // The bytes come in pieces, so that records cross their borders.
   for (let place = 0; place < bytes.length; place += 997) {
     reader.append(bytes.subarray(place, place + 997));
     for (let record; (record = reader.nextRecord()); ) {

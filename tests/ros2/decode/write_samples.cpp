@@ -24,7 +24,7 @@ void writeSamples(const std::string& path, ros2::Compression compression) {
     const auto topic = writer.addTopic(ros2::makeBagTopic("/" + type->getName(), *type));
     ros2::Bytes cdr;
     // One as it is made, and one full of values.
-    type->encode(type->getLayout().make().get(), cdr);
+    type->encode(layoutOf(*type).make().get(), cdr);
     writer.write(topic, time + 500, time, cdr);
     type->encode(test::fillMessage(*type).get(), cdr);
     writer.write(topic, time + 1000, time, cdr);
@@ -73,7 +73,7 @@ void recordRobot(const std::string& path, const std::string& measured) {
 nlohmann::json expectedMessages() {
   auto expected = nlohmann::json::array();
   for (const ros2::MessageType* const type : ros2::getMessageTypes())
-    for (const auto& message : {type->getLayout().make(), test::fillMessage(*type)})
+    for (const auto& message : {layoutOf(*type).make(), test::fillMessage(*type)})
       expected.push_back({{"topic", "/" + type->getName()},
                           {"schema", type->getName()},
                           {"message", test::toJson(*type, message.get())}});

@@ -1,5 +1,7 @@
 #include "ros2/graph/graph.h"
 
+#include <dds/dds.h>
+
 #include <gmock/gmock.h>
 
 #include "ros2/graph/internal/node_entities.h"
@@ -7,6 +9,7 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "tests/ros2/support/own_domain.h"
 #include "tests/ros2/support/watched.h"
+#include "tests/support/log_capture.h"
 
 namespace QV::ros2 {
 namespace {
@@ -33,7 +36,7 @@ struct Heard {
   }
 };
 
-TEST_F(GraphTest, messagesOfAnySizeArriveWholeAndInOrder) {
+TEST_F(GraphTest, messagesOfAnySizeArriveCompletelyAndInOrder) {
   Watched<std::size_t> readers;
   const auto publisher = robot->publish(
       "image", sensor_msgs::Image::getType(), {true, false, 50},
@@ -59,6 +62,23 @@ TEST_F(GraphTest, messagesOfAnySizeArriveWholeAndInOrder) {
   EXPECT_EQ(publisher->getLostCount(), 0u);
 }
 
+// Nothing that is kept in part ever waits, so the engine is taken away.
+TEST_F(GraphTest, whatCanNotBeSentIsCountedAndSaidOnce) {
+  const auto sut = robot->publish("scan", sensor_msgs::LaserScan::getType());
+  dds_entity_t participant = 0;
+  ASSERT_EQ(dds_lookup_participant(static_cast<dds_domainid_t>(aloneOn().domain), &participant, 1),
+            1);
+  sut->write(sensor_msgs::LaserScan{});
+  EXPECT_EQ(sut->getLostCount(), 0u);
+  dds_delete(participant);
+  const test::LogCapture log;
+  for (int i = 0; i < 3; ++i) sut->write(sensor_msgs::LaserScan{});
+  EXPECT_EQ(sut->getLostCount(), 3u);
+  EXPECT_THAT(log.lines(ko::log::Level::warning),
+              ElementsAre(testing::HasSubstr(
+                  "/scan: a message could not be sent (further losses are only counted)")));
+}
+
 TEST_F(GraphTest, demandComesAndGoesWithTheSubscriptions) {
   Watched<std::vector<std::size_t>> counts;
   const auto publisher = robot->publish(
@@ -79,7 +99,7 @@ TEST_F(GraphTest, demandComesAndGoesWithTheSubscriptions) {
   EXPECT_THAT(counts.get(), ElementsAre(1, 2, 1, 0));
 }
 
-TEST_F(GraphTest, whoComesLateHearsTheLastMessageOfALatchedTopic) {
+TEST_F(GraphTest, aLateSubscriberGetsTheLastMessageOfATransientLocalTopic) {
   const Qos latched{true, true, 1};
   const auto publisher = robot->publish("/map_name", std_msgs::String::getType(), latched);
   publisher->write(std_msgs::String{"first"});
@@ -109,7 +129,7 @@ TEST_F(GraphTest, oneTopicMayHaveTwoTypes) {
   EXPECT_EQ(plain.get(), 0);
 }
 
-TEST_F(GraphTest, findsTopicsOfOthersAndRemapsOwn) {
+TEST_F(GraphTest, findsOtherNodesTopicsAndRemapsItsOwn) {
   GraphOptions options = aloneOn();
   options.remaps = {{"/robot1/scan", "/front/scan"}};
   Graph graph(options);
@@ -129,7 +149,7 @@ TEST_F(GraphTest, findsTopicsOfOthersAndRemapsOwn) {
   EXPECT_TRUE(graph.findTopics().empty());
 }
 
-TEST_F(GraphTest, refusesNamesThatAreNone) {
+TEST_F(GraphTest, refusesInvalidNames) {
   for (const char* const topic : {"", "/", "scan/", "a//b", "2d", "front-scan", "~scan"}) {
     try {
       robot->publish(topic, std_msgs::String::getType());

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <fstream>
 #include <limits>
 #include <map>
 #include <set>
@@ -10,6 +11,7 @@
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/internal/topic_survey.h"
 #include "ros2/recording/session_recorder.h"
 #include "ros2/recording/session_replay.h"
 #include "session/internal/session_listener.h"
@@ -44,14 +46,14 @@ std::map<std::string, std::set<Bytes>> messagesIn(const std::string& path) {
   return messages;
 }
 
-TEST_F(GraphRobotTest, tellsWhatARecordingOfTheSameRunHolds) {
+TEST_F(GraphRobotTest, publishesTheMessagesThatARecordingOfTheSameRunHas) {
   GraphRobotOptions options;
   options.noEchoIsInfinite = true;
   const test::TemporaryFolder folder;
   SessionRecorder recorder(folder / "run.mcap", *session);
   RobotOnGraph sut(*session, options);
   std::map<std::string, std::unique_ptr<Heard>> heard;
-  // Of a camera a recording has all points as pixels, and shows a part of them.
+  // A recording stores all camera points as pixels; its cloud has only some.
   for (const char* const name :
        {"/tf_static", "/odom", "/robot_description", "/map", "/people", "/people_markers",
         "/FrontLaser/scan", "/LeftLaser/scan", "/RightLaser/scan", "/ShovelLaser/scan",
@@ -96,7 +98,7 @@ std::map<std::int64_t, std::int64_t> timesOf(Heard& heard) {
   return times;
 }
 
-TEST_F(GraphRobotTest, clockAndFramesGoAheadOfWhatIsStampedWithThem) {
+TEST_F(GraphRobotTest, clockAndTfAreSentBeforeMessagesOfTheSameStamp) {
   RobotOnGraph sut(*session);
   const auto tf = sut.listen<tf2_msgs::TFMessage>("/tf");
   ASSERT_TRUE(sut.runUntil([&] { return !tf->isEmpty() && !sut.clock->isEmpty(); }));
@@ -186,7 +188,7 @@ geometry_msgs::PoseWithCovarianceStamped poseAt(double x, const geometry_msgs::Q
   return pose;
 }
 
-TEST_F(GraphRobotTest, isPutAndSentWhereItIsAsked) {
+TEST_F(GraphRobotTest, obeysInitialposeAndGoalPose) {
   RobotOnGraph sut(*session);
   const auto poses =
       sut.tool->publish("/initialpose", geometry_msgs::PoseWithCovarianceStamped::getType());
@@ -199,7 +201,7 @@ TEST_F(GraphRobotTest, isPutAndSentWhereItIsAsked) {
   EXPECT_EQ(session->look().goal, Math::Position2D(5.0f, 6.3f));
 }
 
-TEST_F(GraphRobotTest, refusesNonsenseWithOneLineUntilItIsRight) {
+TEST_F(GraphRobotTest, logsOneLineForInvalidCommandsUntilAValidOneComes) {
   RobotOnGraph sut(*session);
   const auto velocities = sut.tool->publish("/cmd_vel", geometry_msgs::Twist::getType());
   const auto stamped = sut.tool->publish("/cmd_vel", geometry_msgs::TwistStamped::getType());
@@ -215,7 +217,7 @@ TEST_F(GraphRobotTest, refusesNonsenseWithOneLineUntilItIsRight) {
     log.clear();
     EXPECT_TRUE(sut.sendUntil(publisher, message, [&] { return !lines().empty(); })) << text;
     publisher.write(message);
-    // What is under way must not mix with what comes next.
+    // Messages in flight must be handled before the next case.
     sut.run(50);
     EXPECT_THAT(lines(), ElementsAre(HasSubstr(text)));
   };
@@ -241,7 +243,7 @@ TEST_F(GraphRobotTest, refusesNonsenseWithOneLineUntilItIsRight) {
   EXPECT_EQ(session->getPose(), *test::busyWorld().start);
 }
 
-TEST_F(GraphRobotTest, somebodyElsesNavigationHasTheMapToItself) {
+TEST_F(GraphRobotTest, withNavigationOthersItPublishesNoMapFrame) {
   GraphRobotOptions options;
   options.knowsItsWay = false;
   RobotOnGraph sut(*session, options);
@@ -255,20 +257,26 @@ TEST_F(GraphRobotTest, somebodyElsesNavigationHasTheMapToItself) {
     EXPECT_TRUE(!wire.isInput || wire.topic.name == "/cmd_vel") << wire.topic.name;
 }
 
-TEST(GraphRange, thatMetNothingIsTheGreatestUnlessItIsToBeInfinite) {
+// Up to Humble without a variance: both ways are tried at once.
+TEST(GraphRange, aMissIsMaxRangeOrInfinityAsConfigured) {
   for (const bool isInfinite : {false, true}) {
     const auto session = session::openVirtual("porter", test::inRoom({9.0f, 3.0f, 0.0f}));
     GraphRobotOptions options;
     options.noEchoIsInfinite = isInfinite;
-    RobotOnGraph sut(*session, options);
+    GraphOptions graph = test::aloneOn();
+    graph.distro = isInfinite ? RosDistro::humble : RosDistro::ironOrLater;
+    RobotOnGraph sut(*session, options, graph);
     const auto ranges = sut.listen<sensor_msgs::Range>("/BackSonar/range");
     ASSERT_TRUE(sut.runUntil([&] { return !ranges->isEmpty(); }));
-    const auto range = ranges->all<sensor_msgs::Range>().back();
+    const auto& type =
+        isInfinite ? sensor_msgs::Range::getTypeWithoutVariance() : sensor_msgs::Range::getType();
+    sensor_msgs::Range range;
+    type.decode(ranges->messages.get().back().cdr, &range);
     EXPECT_EQ(range.range, isInfinite ? std::numeric_limits<float>::infinity() : 4.0f);
   }
 }
 
-TEST(GraphKind, eachFanIsAScanAndEachEchoARange) {
+TEST(GraphKind, aSimulatedLaserIsALaserScanAndASonarARange) {
   const auto session = session::openSimulated(-1, test::inRoom({3.0f, 3.0f, 0.5f}));
   RobotOnGraph sut(*session);
   const auto scans = sut.listen<sensor_msgs::LaserScan>("/Laser/scan");
@@ -307,17 +315,15 @@ TEST(GraphKind, anEchoIsARangeAndABumperAContact) {
 }
 
 /** Returns the topics of a robot on a graph that nobody sees. */
-std::vector<WireTopic> topicsOf(session::Session& session, const GraphRobotOptions& options,
-                                RosDistro distro = RosDistro::ironOrLater) {
+std::vector<WireTopic> topicsOf(session::Session& session, const GraphRobotOptions& options) {
   GraphOptions nobodys;
   nobodys.range = DiscoveryRange::off;
-  nobodys.distro = distro;
   nobodys.remaps = {{"/robot1/FrontLaser/scan", "/scan"}};
   Graph graph(nobodys);
   return GraphRobot(graph, session, options).getTopics();
 }
 
-TEST_F(GraphRobotTest, hasItsTopicsAndFramesWhereTheyAreWanted) {
+TEST_F(GraphRobotTest, usesTheConfiguredNamespacesAndFrames) {
   GraphRobotOptions options;
   options.nameSpace = "/robot1";
   const auto find = [&](const std::string& name) {
@@ -348,7 +354,38 @@ TEST_F(GraphRobotTest, hasItsTopicsAndFramesWhereTheyAreWanted) {
             "a frame's name without a slash before it expected, \"/laser\" given");
 }
 
-TEST_F(GraphRobotTest, frameNamesAreThoseThatAreAskedFor) {
+// Whoever hears a robot by its description listens where the robot with that description speaks.
+TEST(GraphTopics, areThoseThatTheDescriptionNames) {
+  // Lasers without all of their properties are not built, and it is said.
+  const test::LogCapture log;
+  const std::string sensors = R"(
+    <sensor name="front-laser" type="Laser"><parent link="base"/><property key="regIndex" value="1"/>
+      <memory_keys pattern="L{i}/{X,Y}" count="3"/></sensor>
+    <sensor name="Left" type="Laser"><parent link="base"/><property key="regIndex" value="2"/>
+      <property key="topic" value="/left/scan"/><memory_keys pattern="M{i}/{X,Y}" count="3"/></sensor>
+    <sensor name="Back" type="Sonar"><parent link="base"/><property key="topic" value="back"/>
+      <memory_key>B</memory_key></sensor>
+    <sensor name="Eye" type="DepthCamera"><parent link="base"/>
+      <property key="topic" value="eye/depth"/></sensor>
+    <sensor name="Bumper" type="Touch"><parent link="base"/></sensor>)";
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "robot.urdf";
+  std::ofstream(path) << "<robot name=\"mine\"><kind code=\"1\"/><link name=\"base\"/>" << sensors
+                      << "</robot>";
+  const auto session = session::openVirtual(path, test::inRoom({3.0f, 3.0f, 0.0f}));
+  std::map<std::string, std::string> told;
+  for (const WireTopic& wire : topicsOf(*session, {})) told[wire.topic.name] = wire.topic.type;
+  EXPECT_EQ(told["/front_laser/scan"] + told["/left/scan"],
+            "sensor_msgs/msg/LaserScansensor_msgs/msg/LaserScan");
+  EXPECT_EQ(told["/eye/camera_info"], "sensor_msgs/msg/CameraInfo");
+  const TopicSurvey survey =
+      surveyDescription(*session->getDescription(), Model::SensorKinds::standard());
+  EXPECT_EQ(survey.sensors.size(), 5u);
+  for (const auto& [topic, sensor] : survey.sensors)
+    EXPECT_EQ(told.count(topic.front() == '/' ? topic : "/" + topic), 1u) << topic;
+}
+
+TEST_F(GraphRobotTest, usesTheConfiguredFrameNames) {
   GraphRobotOptions options;
   options.framePrefix = "robot1/";
   options.frames = {{"FrontLaser", "laser"}};
@@ -361,7 +398,7 @@ TEST_F(GraphRobotTest, frameNamesAreThoseThatAreAskedFor) {
   EXPECT_EQ(told.header.frame_id + " " + told.child_frame_id, "robot1/odom robot1/base");
 }
 
-TEST(GraphReplay, goesOnAtAnEarlierTimeWhenARecordingIsPlayedAgain) {
+TEST(GraphReplay, continuesAtAnEarlierTimeWhenARecordingRestarts) {
   const test::TemporaryFolder folder;
   test::recordSession(*session::openVirtual("porter", test::busyWorld()), folder / "run.mcap", 20);
   SessionReplay replay(folder / "run.mcap");

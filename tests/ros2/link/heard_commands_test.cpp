@@ -63,7 +63,7 @@ std::vector<float> echoesOf(const sensor_msgs::LaserScan& scan) {
   return echoes;
 }
 
-/** Of all scans of a recording; of those here none has two topics of them. */
+/** Returns the ranges of all scans; each file has one scan topic. */
 std::vector<std::vector<float>> echoesIn(const std::string& path) {
   BagReader bag(path);
   std::vector<std::vector<float>> echoes;
@@ -73,7 +73,7 @@ std::vector<std::vector<float>> echoesIn(const std::string& path) {
   return echoes;
 }
 
-/** Those of a folder that tell of sensors. */
+/** Returns a folder's recordings that have sensor topics. */
 std::vector<std::string> recordingsIn(const std::string& folder) {
   std::vector<std::string> paths;
   for (const auto& entry : std::filesystem::recursive_directory_iterator(folder)) {
@@ -119,7 +119,7 @@ TEST_F(HeardCommandsTest, realRecordingsAreReadScanByScan) {
     const Playing playing(path);
     HeardRobotOptions options;
     options.graph = test::aloneOn();
-    // One has no times.
+    // One of the files has no times.
     if (echoes.empty()) options.usesSimTime = false;
     const auto session = openHeardRobot(options);
     session->subscribe("test", session->getManager().getFamilyNames());
@@ -139,7 +139,7 @@ TEST_F(HeardCommandsTest, realRecordingsAreReadScanByScan) {
   }
 }
 
-TEST_F(HeardCommandsTest, listsSavesAndReadsWhatIsOnTheGraph) {
+TEST_F(HeardCommandsTest, listsSavesAndReadsARobotOnTheGraph) {
   if (path.empty()) GTEST_SKIP() << "no recordings at QV_DATA";
   const Playing playing(path);
   const std::string saved = folder / "mumble.urdf";
@@ -158,7 +158,7 @@ TEST_F(HeardCommandsTest, listsSavesAndReadsWhatIsOnTheGraph) {
   }
 }
 
-TEST_F(HeardCommandsTest, refusesAnEmptyGraphByALine) {
+TEST_F(HeardCommandsTest, refusesAnEmptyGraphWithAMessage) {
   app::expectRefused({{"read", "--from-ros2"}, "--from-ros2: on the graph a topic of LaserScan"});
   app::expectRefused({{"list", "--from-ros2", "--use-sim-time"}, "--from-ros2: somebody expected"});
   app::expectRefused({{"list", "--from-ros2", "--from-remap", "a"}, "--from-remap: FROM:=TO"});

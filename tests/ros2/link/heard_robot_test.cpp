@@ -3,13 +3,16 @@
 #include <cmath>
 #include <limits>
 
+#include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
 
+#include "platform/middleware/qv_memory_proxy.h"
 #include "ros2/messages/geometry_msgs.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "session/usage_error.h"
 #include "tests/ros2/link/ticking_robot.h"
 #include "tests/ros2/recording/recorded_session.h"
+#include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 
@@ -74,6 +77,17 @@ const Math::MetricalData* findRecord(const std::vector<Math::MetricalData>& reco
   return found == records.end() ? nullptr : &*found;
 }
 
+/** Knows a kind of somebody's own, whose key holds a range. */
+sensor::SensorFactory withWhiskers() {
+  Model::SensorKind kind{41, "Whisker", "Whisker"};
+  kind.keys = {1, 1, 1, "range (m)", Model::KeyContent::range};
+  sensor::SensorFactory factory = sensor::SensorFactory::standard();
+  factory.add(kind, [](const sensor::SensorOrder& order) -> sensor::SensorFactory::Sensors {
+    return {boost::make_shared<test::FakeSensor>(order.config.name, order.kind.family)};
+  });
+  return factory;
+}
+
 struct HeardRobotTest : testing::Test {
   HeardRobotTest() {
     tfStatic->write(
@@ -93,10 +107,13 @@ struct HeardRobotTest : testing::Test {
     return robot.getNode().publish(topic, type, qos);
   }
 
-  std::unique_ptr<session::Session> open(const std::string& description = {}) const {
+  std::unique_ptr<session::Session> open(
+      const std::string& description = {},
+      const sensor::SensorFactory& sensors = sensor::SensorFactory::standard()) const {
     HeardRobotOptions options;
     options.graph = test::aloneOn();
     options.description = description;
+    options.sensors = sensors;
     return openHeardRobot(options);
   }
 
@@ -112,7 +129,7 @@ struct HeardRobotTest : testing::Test {
   std::vector<std::string> warnings() const { return log.lines(ko::log::Level::warning); }
 
   test::LogCapture log;
-  // They outlive the thread that uses them.
+  // The publishers outlive the thread that uses them.
   std::unique_ptr<Publisher> scans;
   std::unique_ptr<Publisher> sonars;
   std::vector<std::unique_ptr<Publisher>> others;
@@ -121,7 +138,7 @@ struct HeardRobotTest : testing::Test {
       publish("/tf_static", tf2_msgs::TFMessage::getType(), {true, true, 1});
 };
 
-TEST_F(HeardRobotTest, topicsMakeSensorsThatMeasureWhatTheySay) {
+TEST_F(HeardRobotTest, sensorsAreDerivedFromTopicsAndGiveTheirValues) {
   startSensors();
   others.push_back(publish("/tf", tf2_msgs::TFMessage::getType()));
   robot.say("tf", [tf = others[0].get()](const Stamp& now) {
@@ -148,7 +165,7 @@ TEST_F(HeardRobotTest, topicsMakeSensorsThatMeasureWhatTheySay) {
 TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   startSensors();
   const auto sut = open();
-  // They were listened to when the robot was looked for.
+  // The survey had subscribed to them.
   ASSERT_TRUE(runUntil(
       *sut, [&] { return scans->getReaderCount() == 0 && sonars->getReaderCount() == 0; }));
   sut->subscribe("test", {"scan"});
@@ -158,7 +175,7 @@ TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   sut->unsubscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 0; }));
 
-  // What it measured then is no reading now.
+  // An old measurement must not be read after a restart.
   robot.fallSilent("scan");
   sut->subscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return scans->getReaderCount() == 1; }));
@@ -170,7 +187,7 @@ TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   EXPECT_NEAR(Math::norm(findRecord(records, "scan")->points.at(0)), 0.5f, 1e-4f);
 }
 
-TEST_F(HeardRobotTest, aPublisherThatDiesTakesItsReadingsAlongAndBringsThemBack) {
+TEST_F(HeardRobotTest, recordsStopWithTheirPublisherAndReturnWithIt) {
   startSensors();
   const auto sut = open();
   sut->subscribe("test", {"scan", "sonar"});
@@ -203,7 +220,7 @@ TEST_F(HeardRobotTest, stampsFarOffAreRefusedAndOtherSensorsGoOn) {
     EXPECT_TRUE(has(*sut, "sonar"));
     robot.say("scan", [this](const Stamp& now) { scans->write(scanAt(now, 2.0f)); });
     ASSERT_TRUE(runUntil(*sut, [&] {
-      return !log.lines().empty() && log.lines().back().find("sound again") != std::string::npos;
+      return !log.lines().empty() && log.lines().back().find("valid again") != std::string::npos;
     }));
   }
 }
@@ -214,7 +231,7 @@ TEST_F(HeardRobotTest, timeFollowsAClockThatPausesAndGoesOnWhenItJumpsBack) {
   sut->subscribe("test", {"scan"});
   ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
 
-  // Whoever keeps pace does not say how much time goes by.
+  // keepPace() does not return the elapsed time.
   const auto begin = ko::Clock::now();
   const auto end = std::chrono::steady_clock::now() + std::chrono::seconds(30);
   while (ko::Clock::now() < begin + boost::chrono::seconds(2) &&
@@ -249,7 +266,7 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
   robot.say("sonar", [=, this](const Stamp& now) { sonars->write(rangeAt(now, changing(now))); });
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
-  // At any moment, as whoever keeps pace looks.
+  // Snapshots are taken at arbitrary times, as with keepPace().
   test::recordSession(*open(), path, 40, [this](session::Session& session, int cycle) {
     for (int i = 0; i < 3; ++i) session.keepPace(boost::chrono::milliseconds(20));
     if (cycle == 20) robot.fallSilent("sonar");
@@ -260,7 +277,7 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
   EXPECT_GT(comparison.records, 50u);
 }
 
-TEST_F(HeardRobotTest, drivesByWhatIsListenedTo) {
+TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {
   startSensors();
   std::mutex mutex;
   std::vector<geometry_msgs::Twist> twists;
@@ -287,7 +304,7 @@ TEST_F(HeardRobotTest, drivesByWhatIsListenedTo) {
   EXPECT_THROW(sut->setPose({}), session::UsageError);
 }
 
-TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
+TEST_F(HeardRobotTest, topicsComeFromTheDescriptionElseFromTheDefaultNames) {
   const std::string description = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
     <link name="arm"/><joint name="lift" type="prismatic"><parent link="base_link"/>
       <child link="arm"/><axis xyz="0 0 1"/><limit lower="0" upper="1" effort="1" velocity="1"/></joint>
@@ -296,13 +313,17 @@ TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
       <property key="maximumDetectionDistance" value="4"/>
       <property key="horizontalAngularRange" value="0.5"/>
       <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor>
+    <sensor name="Whisker" type="Whisker"><property key="maximumDetectionDistance" value="4"/>
+      <memory_key>whisker</memory_key></sensor>
     <sensor name="Bumper" type="Touch"><parent link="base_link"/></sensor></robot>)";
   startSensors();
   others.push_back(publish("/Bumper/contact", sensor_msgs::Range::getType()));
   others.push_back(publish("/joint_states", sensor_msgs::JointState::getType()));
   others.push_back(publish("/odom", nav_msgs::Odometry::getType()));
+  others.push_back(publish("/Whisker/range", sensor_msgs::Range::getType()));
   robot.say("rest", [this](const Stamp& now) {
     others[0]->write(contactAt(now, true));
+    others[3]->write(rangeAt(now, 1.5f));
     others[1]->write(sensor_msgs::JointState{{now, ""}, {"lift", "wheel"}, {0.5, 1.0}, {}, {}});
     nav_msgs::Odometry moving;
     moving.header = {now, "odom"};
@@ -310,11 +331,15 @@ TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
     moving.twist.twist.linear.x = 0.75;
     others[2]->write(moving);
   });
-  const auto sut = open(description);
+  const auto sut = open(description, withWhiskers());
   sut->subscribe("test", sut->getManager().getFamilyNames());
   ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "High") && has(*sut, "base_link"); }));
+  const QVMemoryProxy memory(sut->getBroker());
+  EXPECT_TRUE(runUntil(*sut, [&] { return memory.getData("whisker") == QVValue(1.5f); }));
+  EXPECT_TRUE(sut->getManager().isSensorStarted("Whisker"));
+  EXPECT_TRUE(sut->getKinds().findName("Whisker"));
   EXPECT_TRUE(runUntil(*sut, [&] { return sut->look().velocity.x == 0.75f; }));
-  // Where it was when it measured.
+  // The record must lie at the robot's pose at measurement time.
   EXPECT_TRUE(runUntil(*sut, [&] {
     const auto records = session::recordsOf(sut->look());
     const auto* sonar = findRecord(records, "High");
@@ -322,7 +347,7 @@ TEST_F(HeardRobotTest, aDescriptionNamesTopicsOrRecordingsDo) {
   }));
 }
 
-TEST_F(HeardRobotTest, aManagerOfOnesOwnReadsItInTheMachinesTime) {
+TEST_F(HeardRobotTest, aUsersManagerReadsItInRealTime) {
   startSensors();
   robot.say("scan", [this](const Stamp&) { scans->write(scanAt(wallStamp(), 2.0f)); });
   HeardRobotOptions options;
@@ -344,7 +369,7 @@ TEST_F(HeardRobotTest, aManagerOfOnesOwnReadsItInTheMachinesTime) {
   sut.obey(nullptr);
 }
 
-TEST_F(HeardRobotTest, whatMakesNoSensorIsRefused) {
+TEST_F(HeardRobotTest, aGraphWithoutSensorTopicsIsRefused) {
   EXPECT_THAT([&] { open(); },
               testing::ThrowsMessage<std::runtime_error>(
                   "on the graph a topic of LaserScan, Range, a depth Image or PointCloud2 "

@@ -52,8 +52,9 @@ inline std::int64_t nanoseconds(const builtin_interfaces::Time& stamp) {
 /** A robot on a graph, and somebody else there. */
 class RobotOnGraph {
  public:
-  explicit RobotOnGraph(session::Session& session, const GraphRobotOptions& options = {})
-      : session(session), robot(ours, session, options) {}
+  explicit RobotOnGraph(session::Session& session, const GraphRobotOptions& options = {},
+                        const GraphOptions& graph = test::aloneOn())
+      : session(session), ours(graph), robot(ours, session, options) {}
 
   /** All that comes from now on. */
   std::unique_ptr<Heard> listen(const std::string& topic, const MessageType& type,
@@ -102,7 +103,7 @@ class RobotOnGraph {
   }
 
   session::Session& session;
-  Graph ours{test::aloneOn()};
+  Graph ours;
   Graph theirs{test::aloneOn()};
   GraphRobot robot;
   const std::unique_ptr<GraphNode> tool = theirs.createNode("tool");

@@ -24,12 +24,12 @@ struct Seen {
 };
 using Records = std::vector<Seen>;
 
-/** How far a record is from another, in each of what it holds. */
+/** The difference of two records, per part. */
 struct Distance {
   float points = 0.0f;
   float view = 0.0f;
   float mounting = 0.0f;
-  /** Of points that were too near for a message to say where. */
+  /** The error of points below the minimum range (m). */
   float tooNear = 0.0f;
 
   void raise(const Distance& other) {
@@ -38,7 +38,7 @@ struct Distance {
     mounting = std::max(mounting, other.mounting);
     tooNear = std::max(tooNear, other.tooNear);
   }
-  /** What a message can hold counts more. */
+  /** Errors in parts that messages can hold weigh more. */
   friend bool operator<(const Distance& a, const Distance& b) {
     const auto held = [](const Distance& of) { return of.points + of.view + of.mounting; };
     return std::pair(held(a), a.tooNear) < std::pair(held(b), b.tooNear);
@@ -62,7 +62,7 @@ Distance between(const Math::MetricalData& told, const Math::MetricalData& read)
       most(most(most(0.0f, minTold - minRead), maxTold - maxRead), angleTold - angleRead);
   for (std::size_t i = 0; i < told.points.size(); ++i) {
     const auto &p = told.points[i], &q = read.points[i];
-    // It reads as the least range.
+    // A range that is too near reads as the minimum range.
     const bool isTooNear =
         std::hypot(p.x, p.y) < minTold && std::abs(std::hypot(q.x, q.y) - minTold) < 1e-6f;
     float& farthest = isTooNear ? distance.tooNear : distance.points;
@@ -106,13 +106,13 @@ class RoundTrip {
     return served.runUntil([&] {
       if (!told.empty() && reached()) return true;
       add(told, session::recordsOf(session.look()));
-      // What he heard before is not among what is told here.
+      // Records before the first snapshots are not compared.
       if (++looks > kFirstLooks) add(read, navigation->getManager().getMetricalData());
       return false;
     });
   }
 
-  /** Until the robot, too, has seen what was heard last. */
+  /** Runs until both sides have the last records. */
   void finish() {
     for (int i = 0; i < 20; ++i) {
       served.step();
@@ -120,7 +120,7 @@ class RoundTrip {
     }
   }
 
-  /** By sensors; as the robot's own library made them, and as whoever hears it did. */
+  /** Records by sensor: of the robot, and of the reader. */
   std::map<std::string, Records> told, read;
 
  private:
@@ -144,7 +144,7 @@ class RoundTrip {
   std::optional<ScopedModule> hosting;
 };
 
-/** From a record to the one most like it of those that were there at about that time. */
+/** Returns the difference to the most similar record within 2 s. */
 Distance toNearest(const Seen& read, const Records& told) {
   constexpr ko::Duration kAbout{2'000'000'000};
   Distance least = kFar;
@@ -163,8 +163,8 @@ bool hasPoints(const std::map<std::string, Records>& records, const std::string&
          });
 }
 
-// What a robot's library made of its sensors, somebody else's makes of its topics.
-TEST(RoundTrip, whoHearsARobotHasItsRecords) {
+// The records of a robot's own library equal those that a reader derives from its topics.
+TEST(RoundTrip, aRobotReadFromTheGraphHasTheSameRecords) {
   auto world = test::busyWorld();
   world.map = test::makeRoom();
   world.start = Math::Pose2D(3.0f, 3.0f, 0.0f);

@@ -1,6 +1,7 @@
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <optional>
 #include <unistd.h>
 
 #include "ros2/messages/sensor_msgs.h"
@@ -27,32 +28,57 @@ void runOnGraph(test::ChildProcess& process, std::vector<std::string> arguments)
   });
 }
 
-TEST(ServeOnGraph, anotherProcessReadsAndDrivesTheRobotUntilItEnds) {
-  Graph graph(test::aloneOn());
-  const auto tool = graph.createNode("tool");
+/** A program on the graph of the test, and what is heard of its robot. */
+struct ServeOnGraph : testing::Test {
+  ServeOnGraph() {
+    scans.subscription = tool->subscribe(
+        "/robot1/FrontLaser/scan", sensor_msgs::LaserScan::getType(), kLast, scans.listener(),
+        [&](std::size_t count) { writers.change([&](auto& now) { now = count; }); });
+  }
+
+  void start(std::vector<std::string> arguments) {
+    arguments.insert(arguments.end(), {"--ros2", "--ros2-namespace", "robot1"});
+    process.emplace();
+    runOnGraph(*process, std::move(arguments));
+    EXPECT_TRUE(scans.messages.awaitThat([](const auto& list) { return !list.empty(); }));
+  }
+  void expectItsEnd() {
+    process->signal(SIGINT);
+    EXPECT_EQ(process->awaitEnd(), 128 + SIGINT);
+    EXPECT_TRUE(writers.awaitThat([](std::size_t count) { return count == 0; }));
+  }
+
+  static constexpr Qos kLast{true, false, 10};
+  Graph graph{test::aloneOn()};
+  const std::unique_ptr<GraphNode> tool = graph.createNode("tool");
   test::Watched<std::size_t> writers;
-  Heard scans, odometry;
-  const Qos last{true, false, 10};
-  scans.subscription = tool->subscribe(
-      "/robot1/FrontLaser/scan", sensor_msgs::LaserScan::getType(), last, scans.listener(),
-      [&](std::size_t count) { writers.change([&](auto& now) { now = count; }); });
+  Heard scans;
+  std::optional<test::ChildProcess> process;
+};
+
+TEST_F(ServeOnGraph, anotherProcessReadsAndDrivesTheRobotUntilItEnds) {
+  Heard odometry;
   odometry.subscription =
-      tool->subscribe("/robot1/odom", nav_msgs::Odometry::getType(), last, odometry.listener());
+      tool->subscribe("/robot1/odom", nav_msgs::Odometry::getType(), kLast, odometry.listener());
   const auto velocities = tool->publish("/robot1/cmd_vel", geometry_msgs::Twist::getType());
-  test::ChildProcess process;
-  runOnGraph(process, {"serve", "--robot", "porter", "--port", "0", "--ros2", "--ros2-namespace",
-                       "robot1", "--speed", "2"});
-  ASSERT_TRUE(scans.messages.awaitThat([](const auto& list) { return !list.empty(); }));
-  const std::size_t beams = scans.all<sensor_msgs::LaserScan>().front().ranges.size();
-  EXPECT_EQ(beams, 15u);
+  start({"serve", "--robot", "porter", "--port", "0", "--speed", "2"});
+  EXPECT_EQ(scans.all<sensor_msgs::LaserScan>().at(0).ranges.size(), 15u);
   EXPECT_TRUE(odometry.messages.awaitThat([&](const auto& list) {
     velocities->write(geometry_msgs::Twist{{0.0, 0.0, 0.0}, {0.0, 0.0, 0.5}});
     return !list.empty() &&
            fromCdr<nav_msgs::Odometry>(list.back().cdr).twist.twist.angular.z == 0.5;
   }));
-  process.signal(SIGINT);
-  EXPECT_EQ(process.awaitEnd(), 128 + SIGINT);
-  EXPECT_TRUE(writers.awaitThat([](std::size_t count) { return count == 0; }));
+  expectItsEnd();
+}
+
+TEST_F(ServeOnGraph, aDriveAndAReplayAreRobotsToo) {
+  for (const std::vector<std::string>& arguments :
+       {std::vector<std::string>{"drive", "--robot", "porter", "--path", "3,6.3 6,6.3"},
+        std::vector<std::string>{"replay", "run.mcap", "--loop"}}) {
+    scans.messages.change([](auto& list) { list.clear(); });
+    start(arguments);
+    expectItsEnd();
+  }
 }
 
 }  // namespace

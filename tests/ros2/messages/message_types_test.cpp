@@ -16,7 +16,7 @@ namespace {
  * Hashes as robots of others carry them in their recordings and user data, or computed apart from
  * us.
  */
-TEST(MessageTypes, hashesAreThoseThatOthersKnow) {
+TEST(MessageTypes, hashesEqualThoseOfRos) {
   const std::pair<const char*, const char*> kKnown[] = {
       {"sensor_msgs/msg/LaserScan",
        "64c191398013af96509d518dac71d5164f9382553fce5c1f8cca5be7924bd828"},
@@ -77,16 +77,16 @@ TEST(MessageTypes, namesAndSchemaFollowFromTheFields) {
   EXPECT_EQ(findMessageType("geometry_msgs/Twist"), nullptr);
 }
 
-TEST(Cdr, everyMessageReturnsAsItWas) {
+TEST(Cdr, everyMessageSurvivesEncodingAndDecoding) {
   for (const MessageType* const type : getMessageTypes()) {
     SCOPED_TRACE(type->getName());
     const auto message = test::fillMessage(*type);
     Bytes cdr;
     type->encode(message.get(), cdr);
-    const auto back = type->getLayout().make();
+    const auto back = layoutOf(*type).make();
     type->decode(cdr, back.get());
     EXPECT_EQ(test::toJson(*type, back.get()), test::toJson(*type, message.get()));
-    EXPECT_NE(test::toJson(*type, back.get()), test::toJson(*type, type->getLayout().make().get()));
+    EXPECT_NE(test::toJson(*type, back.get()), test::toJson(*type, layoutOf(*type).make().get()));
   }
 }
 
@@ -124,7 +124,7 @@ HandWritten someJointsByHand(std::endian order) {
   return cdr;
 }
 
-TEST(Cdr, isAlignedFromBehindItsHeadAndReadInEitherByteOrder) {
+TEST(Cdr, isAlignedFromTheEndOfItsHeaderAndReadInEitherByteOrder) {
   EXPECT_EQ(toCdr(someJoints()), someJointsByHand(std::endian::little).bytes);
   for (const auto order : {std::endian::little, std::endian::big}) {
     Bytes cdr = someJointsByHand(order).bytes;
@@ -154,7 +154,7 @@ std::string refusalOf(const Bytes& cdr) {
   return "read";
 }
 
-TEST(Cdr, whatIsNoMessageIsRefusedWithItsPlace) {
+TEST(Cdr, malformedCdrIsRefusedWithItsByte) {
   using std_msgs::String;
   const HandWritten little(std::endian::little);
   EXPECT_EQ(refusalOf<String>({0, 1}), "std_msgs/msg/String, byte 0: 4 bytes expected, 2 given");
@@ -184,7 +184,7 @@ TEST(Cdr, anyMessageCutAnywhereIsRefused) {
     for (std::size_t size = 0; size < cdr.size(); ++size) {
       // A vector of its own, so that the address sanitizer sees what is read behind its end.
       const Bytes cut(cdr.begin(), cdr.begin() + static_cast<std::ptrdiff_t>(size));
-      EXPECT_THROW(type->decode(cut, type->getLayout().make().get()), std::runtime_error)
+      EXPECT_THROW(type->decode(cut, layoutOf(*type).make().get()), std::runtime_error)
           << type->getName() << " of " << size;
     }
   }

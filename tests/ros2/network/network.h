@@ -23,11 +23,11 @@ class Network {
   Network(const Network&) = delete;
   Network& operator=(const Network&) = delete;
 
-  /** Who may not make one has none. */
+  /** False without the permission to make network namespaces. */
   bool isThere() const { return file >= 0; }
   /** The thread that calls it is in this network from now on, with all sockets that it opens. */
   bool enter() const { return setns(file, CLONE_NEWNET) == 0; }
-  /** On a thread that is in it. */
+  /** Runs `act` on a thread inside the network. */
   template <typename Act>
   auto run(const Act& act) const {
     return std::async(std::launch::async,

@@ -27,7 +27,7 @@ using MachineClock = std::chrono::steady_clock;
 using std::chrono::milliseconds;
 using std::chrono::seconds;
 
-/** Whether it comes true in that time of the machine's; it is asked every 5 ms. */
+/** Polls `reached` every 5 ms; returns false after `most` of real time. */
 bool await(seconds most, const std::function<bool()>& reached) {
   const auto end = MachineClock::now() + most;
   while (!reached()) {
@@ -43,7 +43,7 @@ GraphOptions inTheNetwork() {
   return options;
 }
 
-/** Whoever hears nothing of it for two seconds believes that it is gone. */
+/** Options with a liveliness lease of 2 s. */
 GraphOptions missedSoon() {
   GraphOptions options = inTheNetwork();
   options.configuration =
@@ -112,7 +112,7 @@ class WallClockRobot {
   std::thread thread{[this] { xSpeak(); }};
 };
 
-/** Whoever listens to it in the other network, and what he believes. */
+/** A reader in the other network, with its present state. */
 class Listener {
  public:
   explicit Listener(const test::Network& network) {
@@ -141,7 +141,7 @@ class Listener {
     return age;
   }
 
-  /** Of different measurements. */
+  /** The number of different measurements. */
   int count = 0;
 
  private:
@@ -150,7 +150,7 @@ class Listener {
   ko::Clock::time_point last;
 };
 
-TEST_F(NetworkTest, whatABadNetworkBringsIsRightAndWhatItDoesNotBringGrowsOld) {
+TEST_F(NetworkTest, onABadNetworkRecordsAreCorrectOrLate) {
   const auto robot =
       networks.robot.run([] { return std::make_unique<WallClockRobot>(inTheNetwork()); });
   networks.cable->beBad(true);
@@ -232,7 +232,7 @@ class Tool {
   std::vector<std::unique_ptr<Subscription>> subscriptions;
 };
 
-TEST_F(NetworkTest, hardwareStopsWhenItsReaderIsKilledOrCutOffAndStartsWhenHeIsBack) {
+TEST_F(NetworkTest, aSensorStopsWhenItsReaderIsLostAndStartsWhenItReturns) {
   test::ChildProcess reader;
   reader.start([&] {
     Tool tool(networks.tool);
@@ -257,7 +257,7 @@ TEST_F(NetworkTest, hardwareStopsWhenItsReaderIsKilledOrCutOffAndStartsWhenHeIsB
   EXPECT_TRUE(sut.runUntil(seconds(10), hears));
 }
 
-TEST_F(NetworkTest, fifteenReadersWhoJoinABadNetworkAtOnceGetEverything) {
+TEST_F(NetworkTest, fifteenReadersThatJoinABadNetworkAtOnceGetEverything) {
   ServedRobot sut(networks.robot);
   networks.cable->beBad(true);
   std::vector<std::future<std::unique_ptr<Tool>>> joining;

@@ -100,7 +100,7 @@ class Input : public Check {
               heard.change(
                   [&](auto& last) { last.assign(message.cdr.begin(), message.cdr.end()); });
             })) {}
-  // Before what it writes to.
+  // The subscription ends before the members that it writes to.
   ~Input() override { subscription.reset(); }
 
   void check() override {
@@ -155,8 +155,8 @@ class PeerInputs : public testing::TestWithParam<bool> {};
 INSTANTIATE_TEST_SUITE_P(Starts, PeerInputs, testing::Bool(),
                          [](const auto& is) { return is.param ? "PeerFirst" : "ReaderFirst"; });
 
-// Of what somebody else's robots and tools say, all arrives as it was meant.
-TEST_P(PeerInputs, areReadValueByValue) {
+// Messages of other robots and tools arrive with all their values.
+TEST_P(PeerInputs, inputsOfAPeerAreReadValueByValue) {
   std::optional<Peer> peer;
   if (GetParam()) {
     peer.emplace(std::vector<std::string>());

@@ -33,14 +33,14 @@ std::vector<MetricalData> recordsOf(const cv::Mat_<std::uint16_t>& depth) {
   return records;
 }
 
-TEST(ImagePoints, aPixelIsAPointByItsPlaceAndDepth) {
+TEST(ImagePoints, aPixelBecomesAPointByItsPlaceAndDepth) {
   cv::Mat_<std::uint16_t> depth = cv::Mat_<std::uint16_t>::zeros(2, 4);
   depth(1, 3) = 2000;
   EXPECT_THAT(decodePoints({"", 0, 1.0f, 0.5f, {7}, {1}}, depth),
               testing::ElementsAre(Position3D(2.0f, -0.5f, 0.0f)));
 }
 
-TEST(ImagePoints, allPointsComeBackOrNothing) {
+TEST(ImagePoints, allPointsAreRestoredOrNone) {
   const auto depth = someDepth();
   auto records = recordsOf(depth);
   const auto sut = encodePoints(records, depth, kExtents);

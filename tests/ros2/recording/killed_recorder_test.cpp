@@ -25,10 +25,10 @@ constexpr int kKills = 200;
 #endif
 constexpr int kCycles = 4;
 
-/** What a recording that is cut after `size` bytes still holds. */
+/** The content of a recording that was cut after `size` bytes. */
 struct Left {
   std::uint64_t messages = 0;
-  /** Where the last whole record ends. */
+  /** The end of the last complete record (bytes). */
   std::size_t end = 0;
 };
 
@@ -51,7 +51,7 @@ Left leftOf(const std::string& whole, std::size_t size) {
   return left;
 }
 
-/** At once: hundreds of them letter by letter take long. */
+/** Reads the file in one go, because reading by character is slow. */
 std::string bytesIn(const std::string& path) {
   std::string bytes(std::filesystem::file_size(path), '\0');
   std::ifstream(path, std::ios::binary)

@@ -59,7 +59,7 @@ TEST_F(SessionRecorderTest, theSameSeedGivesTheSameBytes) {
   EXPECT_EQ(bytesOf(path), bytesOf(folder / "again.mcap"));
 }
 
-TEST_F(SessionRecorderTest, othersFindMapFramesMeasurementsAndPointsSomeOfThemOfACamera) {
+TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) {
   const auto session = session::openVirtual("porter", test::busyWorld());
   recordSession(*session, path, 20);
   const Contents sut(path);
@@ -106,7 +106,7 @@ TEST_F(SessionRecorderTest, othersFindMapFramesMeasurementsAndPointsSomeOfThemOf
   EXPECT_LT(shown, all / 12);
 }
 
-TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
+TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorButNotTheRun) {
   std::vector<std::string> errors;
   const ko::log::ScopedSink sink(
       ko::log::Level::error, [&](const ko::log::Record& line) { errors.push_back(line.message); });
@@ -125,7 +125,7 @@ TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
     }
     recorder.finish();
     const bool isTold =
-        errors.size() == 1 && errors[0].find("the session goes on") != std::string::npos;
+        errors.size() == 1 && errors[0].find("the session continues") != std::string::npos;
     _exit(recorder.hasFailed() && isTold ? 0 : 1);
   });
   EXPECT_EQ(process.awaitEnd(), 0);
@@ -133,7 +133,7 @@ TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorAndNotTheRun) {
 }
 
 // Few messages and small ones: only time has them written.
-TEST_F(SessionRecorderTest, whoeverIsKilledHasAllInTheFileButTheLastSeconds) {
+TEST_F(SessionRecorderTest, afterAKillOnlyTheLastSecondsAreMissing) {
   test::ChildProcess process;
   process.start([&] {
     const auto own = session::openSimulated(1);
@@ -159,7 +159,7 @@ TEST_F(SessionRecorderTest, whoeverIsKilledHasAllInTheFileButTheLastSeconds) {
   EXPECT_EQ(test::compareSession(path).difference, "");
 }
 
-TEST_F(SessionRecorderTest, theWorldAndItsFaultsOfBeforeAreRecorded) {
+TEST_F(SessionRecorderTest, theWorldAndFaultsSetBeforehandAreRecorded) {
   auto options = test::busyWorld();
   options.faults = {robot::parseFault("FrontSonar:off@1-2")};
   recordSession(*session::openVirtual("porter", options), path, 0);

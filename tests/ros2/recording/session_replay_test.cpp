@@ -101,14 +101,14 @@ struct SessionReplayTest : testing::Test {
   const std::string copy = folder / "copy.mcap";
 };
 
-TEST_F(SessionReplayTest, virtualRobotsRecordsComeOutTheSameBitForBit) {
+TEST_F(SessionReplayTest, aVirtualRobotsRecordsAreReplayedBitForBit) {
   const auto once = compareSession(porterSession(24));
   EXPECT_EQ(once.looks, 24);
   EXPECT_GT(once.records, 180u);
   EXPECT_EQ(once.difference, "");
 }
 
-TEST_F(SessionReplayTest, simulatedRobotsAndTheirMapsComeOutTheSame) {
+TEST_F(SessionReplayTest, simulatedRobotsAndTheirMapsAreReplayedBitForBit) {
   for (const int kind : {-1, 0, 1}) {
     session::OpenOptions options;
     options.map = boost::make_shared<OccupancyMap>(80, 60, 0.1f, Math::Pose2D(-1.0f, 0.5f, 0.3f),
@@ -123,7 +123,7 @@ TEST_F(SessionReplayTest, simulatedRobotsAndTheirMapsComeOutTheSame) {
   }
 }
 
-TEST_F(SessionReplayTest, whatIsPlayedCanBeRecordedAndComesOutTheSameAgain) {
+TEST_F(SessionReplayTest, aReplayCanBeRecordedAndReplayedBitForBit) {
   {
     SessionReplay replay(porterSession(10));
     SessionRecorder recorder(copy, replay.getSession());
@@ -145,10 +145,10 @@ TEST_F(SessionReplayTest, theFirstDifferenceIsNamedBySensorTimeAndField) {
   });
 
   EXPECT_THAT(compareSession(copy).difference,
-              testing::AllOf(HasSubstr("LeftLaser at"), HasSubstr(": points[2].y is ")));
+              testing::AllOf(HasSubstr("LeftLaser at"), HasSubstr(": points[2].y: recorded ")));
 }
 
-TEST_F(SessionReplayTest, otherInputsGiveOtherRecords) {
+TEST_F(SessionReplayTest, changedInputsGiveChangedRecords) {
   int changed = 0;
   copyBag(porterSession(10), copy, true, [&](const BagTopic& topic, Bytes& data) {
     if (topic.name != "/qv/inputs" || changed++ != 60) return;
@@ -171,7 +171,7 @@ TEST_F(SessionReplayTest, aRecordingIsPlayedFromAnyPlaceAndBackwards) {
   EXPECT_THROW(sut.drive(1.0f, 0.0f), session::UsageError);
 }
 
-TEST_F(SessionReplayTest, anotherRobotsTopicsMakeItsSensors) {
+TEST_F(SessionReplayTest, sensorsAreDerivedFromAnotherRobotsTopics) {
   copyBag(porterSession(24), copy, false, [](const BagTopic&, Bytes&) {});
 
   SessionReplay replay(copy);
@@ -187,7 +187,7 @@ TEST_F(SessionReplayTest, anotherRobotsTopicsMakeItsSensors) {
     EXPECT_GT(points[sensor], 0u) << sensor;
 }
 
-TEST_F(SessionReplayTest, anotherRobotsRunCanBeRecordedAndComesOutTheSame) {
+TEST_F(SessionReplayTest, anotherRobotsReplayCanBeRecordedAndReplayedBitForBit) {
   const std::string again = folder / "again.mcap";
   copyBag(porterSession(10), copy, false, [](const BagTopic&, Bytes&) {});
   {
@@ -267,7 +267,7 @@ TEST_F(SessionReplayTest, aTopicThatBeginsAfterAMinuteIsPlayedToo) {
 }
 
 // A chunk that was damaged took it away.
-TEST_F(SessionReplayTest, aLookWhosePointsAreMissingIsLeftOut) {
+TEST_F(SessionReplayTest, aSnapshotWithMissingPointsIsSkipped) {
   int changed = 0;
   copyBag(porterSession(10), copy, true, [&](const BagTopic& topic, Bytes& data) {
     if (topic.name != "/DepthCamera/image_points" || ++changed != 5) return;
@@ -282,7 +282,7 @@ TEST_F(SessionReplayTest, aLookWhosePointsAreMissingIsLeftOut) {
   EXPECT_EQ(comparison.difference, "");
 }
 
-TEST_F(SessionReplayTest, whatCanNotBePlayedIsRefusedByALineThatSaysWhy) {
+TEST_F(SessionReplayTest, anUnplayableRecordingIsRefusedWithTheReason) {
   { BagWriter(path).addTopic(makeBagTopic("/text", std_msgs::String::getType())); }
   EXPECT_THAT([&] { SessionReplay replay(path); },
               testing::ThrowsMessage<std::runtime_error>(StartsWith(

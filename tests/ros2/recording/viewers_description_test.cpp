@@ -43,7 +43,7 @@ TEST(ViewersDescriptionTest, aCapsuleBecomesACylinderWithASphereAtEachEnd) {
   EXPECT_EQ(describeForViewers(none), none);
 }
 
-TEST(ViewersDescriptionTest, aRecordingHoldsThisOneAndTheExactOne) {
+TEST(ViewersDescriptionTest, aRecordingHasTheViewersDescriptionAndTheOriginal) {
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
   const auto session = session::openVirtual("porter");

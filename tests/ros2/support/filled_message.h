@@ -19,7 +19,7 @@ void visitElements(const ros2::Field& field, std::uint8_t* elements, std::size_t
       visit(field, elements + i * field.elementSize);
       continue;
     }
-    for (const ros2::Field& inner : field.type->getLayout().fields) {
+    for (const ros2::Field& inner : layoutOf(*field.type).fields) {
       std::uint8_t* member = elements + i * field.elementSize + inner.offset;
       std::size_t size = inner.count;
       if (inner.sequence != nullptr) {
@@ -39,7 +39,7 @@ void put(void* place, T value) {
 
 /** A message whose values all differ, as far as their types let them; NaN and infinity, too. */
 inline std::shared_ptr<void> fillMessage(const ros2::MessageType& type) {
-  const auto message = type.getLayout().make();
+  const auto message = layoutOf(type).make();
   ros2::Field whole;
   whole.kind = ros2::FieldKind::message;
   whole.type = &type;
@@ -117,7 +117,7 @@ inline nlohmann::json elementToJson(const ros2::Field& field, const void* elemen
 /** Converts to JSON by names; 64-bit integers as text. */
 inline nlohmann::json toJson(const ros2::MessageType& type, const void* message) {
   nlohmann::json json = nlohmann::json::object();
-  for (const ros2::Field& field : type.getLayout().fields) {
+  for (const ros2::Field& field : layoutOf(type).fields) {
     const auto* elements = static_cast<const std::uint8_t*>(message) + field.offset;
     std::size_t count = field.count;
     if (field.sequence != nullptr) {

@@ -19,7 +19,7 @@ inline int ownDomain() {
     for (int i = 0; i < kDomains; ++i) {
       const int number = 1 + (getpid() + i) % kDomains;
       const std::string path = folder / ("qv_domain_" + std::to_string(number) + ".lock");
-      // It stays open, and is let go with the process; programs that this one starts don't hold it.
+      // The file stays open until the process ends; child programs don't hold it.
       const int file = open(path.c_str(), O_CREAT | O_RDWR | O_CLOEXEC, 0666);
       if (file >= 0 && flock(file, LOCK_EX | LOCK_NB) == 0) return number;
       if (file >= 0) close(file);

@@ -8,7 +8,7 @@ const TOPICS = ['/map', '/robot_description', '/fields_of_view', '/people_marker
   '/FrontSonar/points', '/DepthCamera/points'];
 const FLAGS = ['--no-sandbox', '--use-angle=swiftshader', '--enable-unsafe-swiftshader', '--ignore-gpu-blocklist'];
 
-/** Of a picture: how many pixels are quite black, as walls are, and how many are coloured, as points and people are. */
+/** Counts a picture's black pixels (walls) and coloured pixels (points, people). */
 async function countPixels(picture) {
   const image = await createImageBitmap(await (await fetch(`data:image/png;base64,${picture}`)).blob());
   const canvas = new OffscreenCanvas(image.width, image.height).getContext('2d');

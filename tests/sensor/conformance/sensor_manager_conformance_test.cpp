@@ -108,7 +108,7 @@ TEST_P(SensorManagerConformance, startsASensorForItsFirstSubscriberAndStopsItAft
   EXPECT_THAT(readNames(sonars), IsEmpty());
 }
 
-TEST_P(SensorManagerConformance, anUnknownNameWipesOutTheSuccessOfTheNamesBeforeItOnly) {
+TEST_P(SensorManagerConformance, anUnknownNameMakesTheResultFalseUntilALaterNameSucceeds) {
   struct Case {
     Names names;
     bool expected;
@@ -134,7 +134,7 @@ TEST_P(SensorManagerConformance, aSubscriberHoldsASensorOnceByFamilyAndByName) {
   EXPECT_TRUE(sut.isSensorStarted(*sonars.rbegin()));
 }
 
-TEST_P(SensorManagerConformance, everythingMeansEveryFamily) {
+TEST_P(SensorManagerConformance, subscribingWithoutANameMeansEveryFamily) {
   EXPECT_TRUE(sut.subscribe("me"));
   EXPECT_EQ(sut.getSensorListBySubscriber("me"), sut.getSensorList());
   for (const auto& name : sut.getSensorList()) EXPECT_TRUE(sut.isSensorStarted(name)) << name;
@@ -178,7 +178,7 @@ TEST_P(SensorManagerConformance, aDisabledSensorStopsAndKeepsItsSubscribers) {
   EXPECT_THAT(readNames(sonars), ElementsAreArray(sonars));
 }
 
-TEST_P(SensorManagerConformance, aBadDiagnosisStopsASensorUntilItIsClearedAndEvaluatedAnew) {
+TEST_P(SensorManagerConformance, aBadDiagnosisStopsASensorUntilItIsGoodAgainAndLookAgainIsCalled) {
   sut.subscribe("me", "Sonar");
   for (const auto& name : sonars) EXPECT_TRUE(sut.setSensorDiagnosis(name, false));
   EXPECT_FALSE(sut.isSensorStarted(sonar) || sut.isSensorDiagnosisSuccess(sonar));
@@ -192,7 +192,7 @@ TEST_P(SensorManagerConformance, aBadDiagnosisStopsASensorUntilItIsClearedAndEva
   EXPECT_THAT(readNames(sonars), ElementsAreArray(sonars));
 }
 
-TEST_P(SensorManagerConformance, badNamesAreLoggedAndQuestionsAboutThemAnsweredQuietly) {
+TEST_P(SensorManagerConformance, unknownNamesAreLoggedByOperationsButNotByQuestions) {
   log.clear();
   EXPECT_FALSE(sut.isSensorStarted("No") || sut.isSensorEnabled("No") ||
                sut.isSensorDiagnosisSuccess("No") || sut.setSensorDiagnosis("No", true) ||
@@ -214,7 +214,7 @@ TEST_P(SensorManagerConformance, badNamesAreLoggedAndQuestionsAboutThemAnsweredQ
                   "error " + m + "getSensorsByFamily: Wrong family asked No"));
 }
 
-TEST_P(SensorManagerConformance, subscribersSwitchesAndReadersMayComeAllAtOnce) {
+TEST_P(SensorManagerConformance, subscribingSwitchingAndReadingAreThreadSafe) {
   std::latch go(4);
   const auto churn = [&](const std::string& subscriber) {
     go.arrive_and_wait();

@@ -34,7 +34,7 @@ struct HealthBoardTest : testing::Test {
     sut.setRefreshed(true);
   }
 
-  // What was made before simulated time begins goes on by the machine's, and so sees any clock.
+  // Objects made before the simulated time use the machine's clock, so each test can set any time.
   void runCycle(int milliseconds) {
     const ko::SimulatedTime time{ko::Clock::time_point(boost::chrono::milliseconds(milliseconds))};
     hardwareTime += boost::chrono::milliseconds(100);
@@ -55,12 +55,12 @@ struct HealthBoardTest : testing::Test {
   std::map<std::string, std::string> faults;
 };
 
-TEST_F(HealthBoardTest, believesNoFaultThatOurClockMakesByItself) {
+TEST_F(HealthBoardTest, ignoresFaultsCausedByTheProcessClockAlone) {
   for (const auto& [what, clock] : kClocks) {
     SCOPED_TRACE(what);
     for (int cycle = 0; cycle < kCycles; ++cycle) runCycle(clock(cycle));
     EXPECT_THAT(faults, IsEmpty());
-    // Once it runs right again, what is wrong is seen.
+    // Faults are detected again when the clock is right.
     hardware->hasRecord = false;
     for (int cycle = 1; cycle <= 20; ++cycle) runCycle(clock(kCycles - 1) + 100 * cycle);
     EXPECT_THAT(faults, ElementsAre(testing::Pair("Hardware", StartsWith("no record for "))));
@@ -70,7 +70,26 @@ TEST_F(HealthBoardTest, believesNoFaultThatOurClockMakesByItself) {
   }
 }
 
-TEST(HealthRule, refusesWhatItCantReadAndSaysWhatItExpects) {
+TEST(SensorManager, knowsAtTheFirstQuestionWhatTheHardwareDidBefore) {
+  test::FakeManager sut;
+  const auto read = sut.add("Read", "F");
+  const auto throwing = sut.add("Throwing", "F");
+  const auto leftOn = sut.add("LeftOn", "F");
+  read->stamp = [] { return ko::Clock::now(); };
+  throwing->onStart = [] { throw std::runtime_error("no power"); };
+  leftOn->unsubscribeSucceeds = false;
+  sut.subscribe("me", {"LeftOn", "Read"});
+  sut.unsubscribe("me", "LeftOn");
+  EXPECT_THROW(sut.subscribe("me", "Throwing"), std::runtime_error);
+  sut.getMetricalData("Read");
+  std::map<std::string, HealthState> states;
+  for (const auto& [name, health] : sut.getHealth()) states[name] = health.state;
+  EXPECT_THAT(states, ElementsAre(testing::Pair("LeftOn", HealthState::failing),
+                                  testing::Pair("Read", HealthState::sound),
+                                  testing::Pair("Throwing", HealthState::failing)));
+}
+
+TEST(HealthRule, refusesAMalformedRuleAndSaysWhatIsExpected) {
   const std::string names =
       "start, silence, age, reading, garbage, turn, distance, disagreement, recovery";
   const std::vector<std::pair<const char*, std::string>> cases{

@@ -9,7 +9,7 @@
 #include <gtest/gtest.h>
 
 #include "platform/ko/simulated_time.h"
-#include "sensor/core/internal/health_board.h"
+#include "sensor/core/internal/health_inside.h"
 #include "tests/support/counted_heap.h"
 #include "tests/support/fake_sensor.h"
 
@@ -30,9 +30,9 @@ TEST(SensorManager, copiesTheListsOfPointsOnceForEachReaderAndNeverForTheCache) 
     call();
     return test::heap.bigOnes;
   };
-  // Those that the sensors make.
+  // The sensors make three lists.
   EXPECT_EQ(countLists([&] { sut.xUpdateData(); }), 3);
-  // And a copy for the reader, also by name.
+  // The reader gets a copy, also by name.
   EXPECT_EQ(countLists([&] { EXPECT_EQ(sut.getMetricalData().size(), 3u); }), 6);
   EXPECT_EQ(countLists([&] { EXPECT_EQ(sut.getMetricalData("Sonar").size(), 3u); }), 6);
 }
@@ -46,16 +46,16 @@ struct WatchedManager : test::FakeManager {
       sensor->points.assign(300, {1.5f, 0.0f, 0.0f});
       sensor->stamp = [] { return ko::Clock::now(); };
       sensor->onRead = [&points = sensor->points] { points.front().x = points.back().x -= 0.001f; };
-      xHealth().describe(*sensor, {.points = meaning, .showsMotion = true},
-                         boost::chrono::milliseconds(100));
+      healthOf(*this).describe(*sensor, {.points = meaning, .showsMotion = true},
+                               boost::chrono::milliseconds(100));
     }
-    xHealth().setRefreshed(true);
+    healthOf(*this).setRefreshed(true);
   }
 
   void refreshOnce() {
     xUpdateData();
-    xHealth().noteVelocity({0.0f, 0.0f, 0.5f});
-    xHealth().tick();
+    healthOf(*this).noteVelocity({0.0f, 0.0f, 0.5f});
+    healthOf(*this).tick();
   }
   void refresh(ko::SimulatedTime& time, int cycles) {
     for (; cycles > 0; --cycles) {
@@ -65,10 +65,11 @@ struct WatchedManager : test::FakeManager {
   }
 };
 
-TEST(SensorManager, takesNoMemoryToWatchItsSensors) {
+TEST(SensorManager, healthAllocatesNoMemory) {
   ko::SimulatedTime time;
   WatchedManager sut;
   ASSERT_TRUE(sut.subscribe("reader"));
+  sut.getHealth();  // it watches from the first question on
   const auto allocationsOf = [&](bool watched) {
     sut.watchHealth(watched);
     sut.refresh(time, 20);
@@ -83,11 +84,12 @@ TEST(SensorManager, takesNoMemoryToWatchItsSensors) {
   }
 }
 
-// What they are told is copied with the lock held: each is kept there.
-TEST(SensorManager, watchesItsSensorsWhileReadersHoldTheLocksThatTheyCan) {
+// Readers copy with the lock held, so each can be stopped there.
+TEST(SensorManager, healthNeedsNoLockThatReadersHold) {
   ko::SimulatedTime time;
   WatchedManager sut;
   ASSERT_TRUE(sut.subscribe("reader"));
+  sut.getHealth();
   sut.refresh(time, 5);
   sut.getSensorPtr("0")->keepTrouble(ko::log::Level::error, "Navigation.Sensor", "xGetData",
                                      "a text that takes memory");

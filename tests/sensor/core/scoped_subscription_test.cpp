@@ -25,7 +25,7 @@ struct ScopedSubscriptionTest : testing::Test {
   std::vector<boost::shared_ptr<test::FakeSensor>> sensors;
 };
 
-TEST_F(ScopedSubscriptionTest, lastsAsLongAsItsScopeAlsoWhenMoved) {
+TEST_F(ScopedSubscriptionTest, lastsAsLongAsItsScopeEvenIfMoved) {
   {
     ScopedSubscription first(manager, "me", {"A"});
     EXPECT_EQ(running(), 1);
@@ -46,7 +46,7 @@ TEST_F(ScopedSubscriptionTest, leavesNothingRunningWhenStartingThrows) {
   EXPECT_THAT(manager.getSubscribers(), IsEmpty());
 }
 
-TEST_F(ScopedSubscriptionTest, stopsEverySensorAlsoWhenStoppingSomeThrows) {
+TEST_F(ScopedSubscriptionTest, stopsEverySensorEvenIfStoppingOneThrows) {
   {
     ScopedSubscription subscription(manager, "me");
     for (int i : {0, 1}) sensors[i]->onStop = [] { throw std::runtime_error("stuck"); };

@@ -21,7 +21,7 @@ struct SensorManagerTest : testing::Test {
   const boost::shared_ptr<test::FakeSensor> left = sut.add("Left", "Sonar");
 };
 
-TEST_F(SensorManagerTest, subscriptionChangesAndALookTellWhetherAnySensorRuns) {
+TEST_F(SensorManagerTest, subscribingAndLookAgainReportWhetherAnySensorRuns) {
   sut.lookAgain();
   sut.subscribe("me", "Left");
   sut.subscribe("you", "Touch");
@@ -33,7 +33,7 @@ TEST_F(SensorManagerTest, subscriptionChangesAndALookTellWhetherAnySensorRuns) {
   EXPECT_THAT(sut.anySensorOn, ElementsAre(false, true, true, true, false));
 }
 
-TEST_F(SensorManagerTest, familyMembersThatAreNotThereAreLoggedAndAnswered) {
+TEST_F(SensorManagerTest, missingFamilyMembersAreLoggedAndAnsweredWithFalse) {
   sut.addFamilyMember("Ghosts", "Casper");
   EXPECT_FALSE(sut.subscribe("me", "Ghosts") || sut.unsubscribe("me", "Ghosts"));
   EXPECT_FALSE(sut.xSubscribeToFamily("me", "No") || sut.xUnsubscribeFromFamily("me", "No"));

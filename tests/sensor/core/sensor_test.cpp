@@ -16,7 +16,7 @@ struct SensorTest : testing::Test {
   FakeSensor sut{"Left", "Sonar"};
 };
 
-TEST_F(SensorTest, aFailedStartClearsTheDiagnosisAndIsTriedAgainOnlyAfterARepair) {
+TEST_F(SensorTest, aFailedStartSetsTheDiagnosisToBadAndIsRetriedOnlyAfterAGoodOne) {
   sut.subscribeSucceeds = false;
   EXPECT_TRUE(sut.subscribe("a"));
   EXPECT_FALSE(sut.isDiagnosisSucess());
@@ -34,7 +34,7 @@ TEST_F(SensorTest, aFailedStartClearsTheDiagnosisAndIsTriedAgainOnlyAfterARepair
   EXPECT_TRUE(sut.isDiagnosisSucess());
 }
 
-TEST_F(SensorTest, keepsItsLastTroubleAlsoWhenTheLogDoesNotWantIt) {
+TEST_F(SensorTest, keepsItsLastErrorEvenIfTheLogLevelHidesIt) {
   ko::log::setLevel("Test", ko::log::Level::silent);
   const auto troubleOf = [](const FakeSensor& sensor) {
     const auto trouble = sensor.getLastTrouble();
@@ -67,7 +67,7 @@ TEST_F(SensorTest, isFlaggedAsStartedOnlyWhileTheHardwareRuns) {
   EXPECT_FALSE(flaggedAtStop);
 }
 
-TEST_F(SensorTest, survivesReadersAndSubscribersAtOnce) {
+TEST_F(SensorTest, readingAndSubscribingAreThreadSafe) {
   std::latch go(4);
   const auto churn = [&](const std::string& subscriber) {
     go.arrive_and_wait();

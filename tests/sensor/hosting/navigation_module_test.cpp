@@ -59,7 +59,7 @@ TEST_F(NavigationModuleTest, anotherModuleSubscribesAndReadsThroughTheBroker) {
   EXPECT_THAT(navigation().call<Names>("getSubscribers"), IsEmpty());
 }
 
-TEST_F(NavigationModuleTest, answersWhatItsManagerAnswers) {
+TEST_F(NavigationModuleTest, givesTheAnswersOfItsManager) {
   host();
   const QVProxy sensors = navigation();
   sensors.call<bool>("subscribeToAll", "planner");
@@ -93,7 +93,7 @@ TEST_F(NavigationModuleTest, answersWhatItsManagerAnswers) {
             sut->getManager().getMetricalData());
 }
 
-TEST_F(NavigationModuleTest, refusesWhatIsNoName) {
+TEST_F(NavigationModuleTest, refusesArgumentsThatAreNoNames) {
   host();
   EXPECT_THAT(errorOf([&] { navigation().call<bool>("subscribe", "planner", 7); }),
               HasSubstr("array expected, int given"));
@@ -103,7 +103,7 @@ TEST_F(NavigationModuleTest, refusesWhatIsNoName) {
               HasSubstr("no manager given"));
 }
 
-TEST_F(NavigationModuleTest, itsEndLeavesNoHardwareOnAndLetsTheBrokerGo) {
+TEST_F(NavigationModuleTest, theDestructorStopsAllHardwareAndReleasesTheBroker) {
   const auto others = broker.use_count();
   host();
   navigation().callVoid("subscribeToAll", "planner");
@@ -138,7 +138,7 @@ TEST_F(NavigationModuleTest, endsWhileOthersCallIt) {
   for (auto& caller : callers) caller.join();
 }
 
-TEST_F(NavigationModuleTest, knowsTheLastTroubleOfEachSensorWhateverTheLogWants) {
+TEST_F(NavigationModuleTest, keepsEachSensorsLastErrorWhateverTheLogLevel) {
   const char* const categories[] = {"Navigation.RealSensorManager", "Navigation.SonarSensor",
                                     "Navigation.TouchSensor"};
   for (const char* category : categories) ko::log::setLevel(category, ko::log::Level::silent);
@@ -194,7 +194,7 @@ TEST_F(NavigationModuleTest, hostsAManagerOfAnyKind) {
   EXPECT_FALSE(radar->isStarted());
 }
 
-TEST(RecordValue, refusesWhatIsNoRecordAndNamesTheElement) {
+TEST(RecordValue, refusesAMalformedRecordAndNamesTheElement) {
   const QVValue good = toQVValue(Math::MetricalData());
   const auto with = [&good](std::size_t index, const QVValue& value) {
     QVValue::Array elements = good.toArray();

@@ -109,14 +109,14 @@ TEST_F(PeoplePerceptionSensorTest, peopleAreForgottenTwoSecondsAfterTheLastEvent
   EXPECT_NE(readOf(*sut).at(0).timestamp, ko::Clock::now());
 }
 
-TEST_F(PeoplePerceptionSensorTest, aSensorMayGoBeforeItsPeopleAreForgotten) {
+TEST_F(PeoplePerceptionSensorTest, aSensorMayBeDestroyedBeforeItsPeopleAreForgotten) {
   sut->onUpdatePeopleList("", crowd(1), "");
   sut.reset();
   time.advance(milliseconds(3000));
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(PeoplePerceptionSensorTest, aPruneNeverTakesThePeopleOfANewerEvent) {
+TEST_F(PeoplePerceptionSensorTest, forgettingNeverRemovesThePeopleOfANewerEvent) {
   sut->subscribe("test");
   constexpr std::size_t kEvents = 300;
   std::thread events([&] {
@@ -135,7 +135,7 @@ TEST_F(PeoplePerceptionSensorTest, aPruneNeverTakesThePeopleOfANewerEvent) {
   EXPECT_THAT(points(), SizeIs(kEvents + 1));
 }
 
-TEST_F(PeoplePerceptionSensorTest, whatIsNoEventIsLoggedAndChangesNothing) {
+TEST_F(PeoplePerceptionSensorTest, aMalformedEventIsLoggedAndChangesNothing) {
   const std::string format = "Wrong peopleEvent format";
   const std::string stamp = "Wrong peopleEvent timestamp format";
   const QVValue nobody = QVValue::Array();
@@ -167,7 +167,7 @@ TEST_F(PeoplePerceptionSensorTest, whatIsNoEventIsLoggedAndChangesNothing) {
   EXPECT_THAT(points(), SizeIs(1));
 }
 
-TEST_F(PeoplePerceptionSensorTest, withoutTheCamerasPoseTheFormerPeopleStay) {
+TEST_F(PeoplePerceptionSensorTest, withoutTheCamerasPoseTheLastPeopleStay) {
   sut->onUpdatePeopleList("", crowd(1), "");
   sut->onUpdatePeopleList("", peopleEvent(QVValue::Array(), QVValue::array(1, 0), 3), "");
   motion->transform = "lost";
@@ -182,7 +182,7 @@ TEST_F(PeoplePerceptionSensorTest, withoutTheCamerasPoseTheFormerPeopleStay) {
                           start + "too long ago"));
 }
 
-TEST_F(PeoplePerceptionSensorTest, followsTheEventWhileItIsSubscribed) {
+TEST_F(PeoplePerceptionSensorTest, isSubscribedToTheEventWhileItHasASubscriber) {
   raise(crowd(1));
   EXPECT_THAT(points(), IsEmpty());
   raise(crowd(2));
@@ -192,7 +192,7 @@ TEST_F(PeoplePerceptionSensorTest, followsTheEventWhileItIsSubscribed) {
   EXPECT_THAT(points(), SizeIs(2));
 }
 
-TEST_F(PeoplePerceptionSensorTest, aSubscriptionThatFailsIsLoggedAndClearsTheDiagnosis) {
+TEST_F(PeoplePerceptionSensorTest, aFailedSubscriptionIsLoggedAndSetsTheDiagnosisToBad) {
   broker->planFailure("QVMemory.subscribeToMicroEvent", "memory is full");
   sut->subscribe("test");
   EXPECT_FALSE(sut->isDiagnosisSucess());

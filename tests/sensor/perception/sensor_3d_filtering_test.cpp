@@ -96,7 +96,7 @@ struct Sensor3DFilteringTest : Sensor3DTest {
   cv::RNG random{42};
 };
 
-TEST_F(Sensor3DFilteringTest, agreesWithThePlainFormOnRecordedFrames) {
+TEST_F(Sensor3DFilteringTest, agreesWithTheReferenceImplementationOnRecordedImages) {
   const auto frames = withThinned(test::loadDepthFrames());
   if (frames.empty()) GTEST_SKIP() << "QV_DATA does not name the real data";
   make(kHighResolutionModel);
@@ -106,7 +106,7 @@ TEST_F(Sensor3DFilteringTest, agreesWithThePlainFormOnRecordedFrames) {
   for (const auto& frame : frames) expectFilters(frame.depth, 3072, frame.name);
 }
 
-TEST_F(Sensor3DFilteringTest, agreesWithThePlainFormOnRandomImages) {
+TEST_F(Sensor3DFilteringTest, agreesWithTheReferenceImplementationOnRandomImages) {
   make();
   for (const int width : {1, 2, 7, 8, 9, 31, 63, 64, 65, 127, 320, 641, 20000}) {
     for (int i = 0; i < 4; ++i) {
@@ -118,7 +118,7 @@ TEST_F(Sensor3DFilteringTest, agreesWithThePlainFormOnRandomImages) {
   }
 }
 
-TEST_F(Sensor3DFilteringTest, takesLabelsThatHaveNothingToDoWithTheDepth) {
+TEST_F(Sensor3DFilteringTest, takesLabelsThatDontFollowFromTheDepth) {
   make();
   for (int i = 0; i < 20; ++i) {
     const cv::Size size(1 + random(200), 100);
@@ -133,7 +133,7 @@ TEST_F(Sensor3DFilteringTest, takesLabelsThatHaveNothingToDoWithTheDepth) {
   }
 }
 
-TEST_F(Sensor3DFilteringTest, pruningGoesForListsThatWereThereBefore) {
+TEST_F(Sensor3DFilteringTest, smallListsThatTheCallerPassesAreDroppedToo) {
   make();
   fill({0, 0, 320, 100}, 1000);
   Scans scans = {Scans::value_type(767), Scans::value_type(768)};

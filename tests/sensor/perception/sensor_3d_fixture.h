@@ -45,7 +45,7 @@ struct Sensor3DTest : test::FakeRobotTest {
 
   void fill(cv::Rect area, int millimetres) { depth(area).setTo(millimetres); }
 
-  /** Once the next image was taken. */
+  /** Returns the records after the next image. */
   std::vector<Math::MetricalData> next() {
     time.advance(boost::chrono::milliseconds(100));
     return sut->getData();

@@ -38,7 +38,7 @@ TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
               ElementsAre(kError + "xComputeXYZCoordinates: Sensor3D filtering value x : 15001"));
 }
 
-TEST_F(Sensor3DTest, whatFailsLeavesTheLastGoodImageButARelease) {
+TEST_F(Sensor3DTest, afterAFailureTheLastGoodImageStaysExceptAfterAFailedRelease) {
   startBefore(1000);
   const auto before = next();
   const cv::Mat_<std::uint16_t> later(depth.size(), std::uint16_t{2000});
@@ -105,7 +105,7 @@ TEST_F(Sensor3DTest, readersSeeWholeImagesWhileTheMemoryOfOldOnesIsUsedAgain) {
   EXPECT_EQ(torn, 0);
 }
 
-TEST_F(Sensor3DTest, whatIsNoDepthImageIsRefusedAndTheLastGoodOneStays) {
+TEST_F(Sensor3DTest, anImageThatIsNotDepthIsRefusedAndTheLastGoodOneStays) {
   startBefore(1000);
   const auto before = next();
   ASSERT_THAT(before, SizeIs(1));
@@ -120,7 +120,7 @@ TEST_F(Sensor3DTest, whatIsNoDepthImageIsRefusedAndTheLastGoodOneStays) {
                                    "QVImage::QVImage: 153600 bytes for 320 by 240 pixels of "
                                    "color space 17 expected, 153599 given"));
   log.clear();
-  // What is an image, but not of depth, is refused in silence, and given back.
+  // Images that are not depth are refused without a log line, and released.
   for (const auto& [colorSpace, bytes] :
        {std::pair(24, 230400u), {11, 230400u}, {19, 921600u}, {99, 153600u}}) {
     answerImage(colorSpace, bytes);
@@ -130,7 +130,7 @@ TEST_F(Sensor3DTest, whatIsNoDepthImageIsRefusedAndTheLastGoodOneStays) {
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(Sensor3DTest, aCameraThatFailsToTellItsAnglesIsAskedAgain) {
+TEST_F(Sensor3DTest, aCameraThatFailsToGiveItsAnglesIsAskedAgain) {
   make();
   depth = 1000;
   int asked = 0;
@@ -144,7 +144,7 @@ TEST_F(Sensor3DTest, aCameraThatFailsToTellItsAnglesIsAskedAgain) {
   EXPECT_THAT(next(), SizeIs(1));
 }
 
-TEST_F(Sensor3DTest, noHandleIsLeftButWhereGivingItBackFailed) {
+TEST_F(Sensor3DTest, allHandlesAreReleasedExceptWhereTheReleaseFailed) {
   make();
   const std::pair<std::string, std::string> faults[] = {
       {"QVVideoDevice.subscribeCamera",
@@ -169,7 +169,7 @@ TEST_F(Sensor3DTest, noHandleIsLeftButWhereGivingItBackFailed) {
   EXPECT_THAT(video->getHandles(), SizeIs(2000));
 }
 
-TEST_F(Sensor3DTest, givesItsHandleBackOnceMoreAtItsEndWithoutATrace) {
+TEST_F(Sensor3DTest, theDestructorReleasesItsHandleAgainAndLogsNothing) {
   make();
   sut->subscribe("me");
   sut->unsubscribe("me");
@@ -179,7 +179,7 @@ TEST_F(Sensor3DTest, givesItsHandleBackOnceMoreAtItsEndWithoutATrace) {
               testing::Contains("unsubscribe[\"Sensor3DDepth_1\"]").Times(2));
 }
 
-TEST_F(Sensor3DTest, aNewSubscriptionShowsTheFormerImageUntilTheFirstNewOne) {
+TEST_F(Sensor3DTest, afterARestartTheLastImageIsShownUntilANewOneComes) {
   startBefore(1000);
   const auto former = next();
   sut->unsubscribe("me");

@@ -5,7 +5,7 @@
 namespace QV::sensor {
 namespace {
 
-TEST(SparePoints, givesTheSmallestThatHasRoomOrMemoryOfTheAskedSize) {
+TEST(SparePoints, givesTheSmallestBufferThatFitsElseANewOne) {
   SparePoints sut;
   for (const std::size_t size : {30, 10, 20}) sut.give(SparePoints::Points(size));
   for (const auto& [asked, capacity] :

@@ -20,7 +20,7 @@ QVValue entry(const Elements&... elements) {
   return QVValue::array(elements...);
 }
 
-TEST(TouchEvent, isReadWholeOrNotAtAll) {
+TEST(TouchEvent, aMalformedTouchEventIsRefusedAsAWhole) {
   const QVValue none = QVValue::Array();
   const QVValue good = entry("Head", true, QVValue::array(1));
   const QVValue released = entry("Back", false);

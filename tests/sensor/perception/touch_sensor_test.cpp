@@ -62,7 +62,7 @@ TEST_F(TouchSensorTest, groupsAreTouchedByEnabledTypesUntilTheyAreReleased) {
   EXPECT_THAT(touchedGroups(), ElementsAre("B"));
 }
 
-TEST_F(TouchSensorTest, changingTheTypesLeavesTouchedGroupsAsTheyAre) {
+TEST_F(TouchSensorTest, changingTheEnabledTypesKeepsTouchedGroups) {
   EXPECT_THAT(sut->getEnabledTouchTypes(), ElementsAre(1, 2, 3));
   raise(touched("A", {2}), touched("B", {42}));
   sut->disableTouchType(2);
@@ -89,7 +89,7 @@ TEST_F(TouchSensorTest, aMalformedEventIsLoggedAndChangesNothing) {
               ElementsAre("error " + kCategory + "onTouchChanged: Invalid touch extraction"));
 }
 
-TEST_F(TouchSensorTest, aGroupWithoutATransformIsLeftOutInSilence) {
+TEST_F(TouchSensorTest, aGroupWithoutATransformIsLeftOutWithoutALogLine) {
   raise(touched("A", {1}), touched("B", {1}), touched("C", {1}));
   int calls = 0;
   broker->plan("QVMotion.getTransform", [&] {
@@ -119,7 +119,7 @@ TEST_F(TouchSensorTest, anEventThatComesDuringAReadingWaitsForItsEnd) {
   EXPECT_THAT(touchedGroups(), IsEmpty());
 }
 
-TEST_F(TouchSensorTest, theEventIsFollowedAllItsLifeAndNeverGivenBack) {
+TEST_F(TouchSensorTest, theSensorStaysSubscribedToTheEventAllItsLife) {
   sut->subscribe("navigation");
   sut->unsubscribe("navigation");
   raise(touched("A", {1}));

@@ -35,7 +35,7 @@ struct BlindZoneSensorTest : test::FakeRobotTest {
   BlindZoneSensor sut = makeSensor({"detector"});
 };
 
-TEST_F(BlindZoneSensorTest, tellsEachChangeOnce) {
+TEST_F(BlindZoneSensorTest, reportsEachChangeOnce) {
   const std::pair<float, std::size_t> far0{1.5f, 1}, near1{0.3f, 2}, far2{1.5f, 3};
   EXPECT_EQ(read(1), std::pair(0.3f, std::size_t{0}));
   EXPECT_EQ(read(0), far0);
@@ -45,7 +45,7 @@ TEST_F(BlindZoneSensorTest, tellsEachChangeOnce) {
   EXPECT_EQ(read(0), far2);
 }
 
-TEST_F(BlindZoneSensorTest, recordsAndEventsTellWhoAndWhereInTheRobotsFrame) {
+TEST_F(BlindZoneSensorTest, recordsAndEventsNameTheSensorAndThePlaceInTheGroundFrame) {
   const auto place = Math::Transform::fromPosition({1.0f, 2.0f, 0.25f}) *
                      Math::rotationFrom3DRotation(0.0f, 0.0f, std::acos(0.0f));
   motion->transform = place.toVector();
@@ -79,7 +79,7 @@ TEST_F(BlindZoneSensorTest, whileTheRobotMovesTheZoneIsNotJudged) {
   }
 }
 
-TEST_F(BlindZoneSensorTest, aMotionServiceThatFailsGivesNothing) {
+TEST_F(BlindZoneSensorTest, aFailingMotionServiceGivesNoRecord) {
   motion->velocity = std::vector<float>(2, 0.0f);
   read(0.0f);
   motion->velocity = std::vector<float>(3, 0.0f);
@@ -93,7 +93,7 @@ TEST_F(BlindZoneSensorTest, aMotionServiceThatFailsGivesNothing) {
                                        start + "no such frame"));
 }
 
-TEST_F(BlindZoneSensorTest, aDetectorThatCannotBeReadGivesNothingAndIsNoChange) {
+TEST_F(BlindZoneSensorTest, anUnreadableDetectorGivesNoRecordAndCountsAsNoChange) {
   for (const QVValue& value : {QVValue("seen"), QVValue(), QVValue::array(1.0f)}) {
     EXPECT_EQ(read(value), std::pair(0.0f, std::size_t{0})) << value;
   }

@@ -36,7 +36,7 @@ struct HoleLaserSensorTest : test::FakeRobotTest {
   std::vector<Math::MetricalData> expected;
 };
 
-TEST_F(HoleLaserSensorTest, theStatusesSayWhatBecomesOfThePointsAndOfNothingElse) {
+TEST_F(HoleLaserSensorTest, theStatusesChangeThePointsAndNothingElse) {
   struct Case {
     QVValue error;
     QVValue status;
@@ -59,7 +59,7 @@ TEST_F(HoleLaserSensorTest, theStatusesSayWhatBecomesOfThePointsAndOfNothingElse
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(HoleLaserSensorTest, whatCannotBeReadGivesNothingAndAStatusStopsTheLaserToo) {
+TEST_F(HoleLaserSensorTest, anUnreadableValueGivesNoRecordAndAnUnreadableStatusSkipsTheScan) {
   const auto calls = broker->callsTo("QVMotion").size();
   for (const char* key : {"status", "error"}) {
     memory.insertData(key, "fine");

@@ -43,7 +43,7 @@ struct LaserSensorTest : test::FakeRobotTest {
   }
 };
 
-TEST_F(LaserSensorTest, aReadingIsThePairsOfKeysNearerThanTheLimit) {
+TEST_F(LaserSensorTest, aReadingHasThePointsNearerThanTheMaximumRange) {
   struct Case {
     std::vector<QVValue> coordinates;
     std::vector<Position3D> points;
@@ -63,7 +63,7 @@ TEST_F(LaserSensorTest, aReadingIsThePairsOfKeysNearerThanTheLimit) {
   }
 }
 
-TEST_F(LaserSensorTest, aRecordTellsWhoMeasuredAndLiesInTheGroundPlane) {
+TEST_F(LaserSensorTest, aRecordNamesItsSensorAndLiesInTheGroundPlane) {
   motion->transform = test::tiltedFrame().toVector();
   const auto records = read({1.0f, 0.0f});
   ASSERT_EQ(records.size(), 1u);
@@ -93,7 +93,7 @@ TEST_F(LaserSensorTest, aScanIsDatedFiftyMillisecondsBeforeItsStamp) {
   }
 }
 
-TEST_F(LaserSensorTest, whatCannotBeReadGivesNothing) {
+TEST_F(LaserSensorTest, anUnreadableValueGivesNoRecord) {
   const LaserModeActuator hardware(broker, devices, "modeActuator", "mode", ko::Duration(0));
   const auto sut = makeLaser({"x", "y"});
   sut->subscribe("test");
@@ -143,7 +143,7 @@ TEST_F(LaserSensorTest, switchingSetsOrClearsTheLasersBitsOfTheMode) {
   EXPECT_EQ(broker->callsTo("DCM").at(1), "set[[\"modeActuator\", \"ClearAll\", [[7.0, 100]]]]");
 }
 
-TEST_F(LaserSensorTest, theHardwareHasUntilTheLastPollButOneToConfirm) {
+TEST_F(LaserSensorTest, aConfirmationCountsUpToTheSecondToLastPoll) {
   struct Case {
     int delayMs;
     int elapsedMs;
@@ -163,7 +163,7 @@ TEST_F(LaserSensorTest, theHardwareHasUntilTheLastPollButOneToConfirm) {
   }
 }
 
-TEST_F(LaserSensorTest, theHandshakeIsLoggedAndEndsInATimeout) {
+TEST_F(LaserSensorTest, anUnconfirmedModeIsLoggedAndTimesOut) {
   devices->setActuatorHandler("modeActuator", [](const std::string&, const QVValue&) {});
   memory.insertData("mode", 7);
   const auto sut = makeLaser({"x", "y"});
@@ -179,7 +179,7 @@ TEST_F(LaserSensorTest, theHandshakeIsLoggedAndEndsInATimeout) {
   EXPECT_THAT(log.lines(), ElementsAreArray(expected));
 }
 
-TEST_F(LaserSensorTest, aModeThatCannotBeReadEndsTheHandshakeAtOnce) {
+TEST_F(LaserSensorTest, anUnreadableModeFailsTheStartAtOnce) {
   const auto sut = makeLaser({"x", "y"});
   const std::string line = "error" + kSetKey + "Unable to get operation mode for Front";
   memory.insertData("mode", "on");
@@ -200,7 +200,7 @@ TEST_F(LaserSensorTest, aModeThatCannotBeReadEndsTheHandshakeAtOnce) {
   }
 }
 
-TEST_F(LaserSensorTest, aDeviceManagerThatRefusesIsAFailure) {
+TEST_F(LaserSensorTest, aRefusingDeviceManagerFailsTheStart) {
   memory.insertData("mode", 0);
   const auto sut = makeLaser({"x", "y"});
   for (const char* method : {"DCM.set", "DCM.getTime"}) {

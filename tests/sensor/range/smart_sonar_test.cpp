@@ -50,7 +50,7 @@ TEST_F(SmartSonarTest, halfItsAngularRangeOpensTheCone) {
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(SmartSonarTest, withoutObstructionItIsASonarWithItsDriver) {
+TEST_F(SmartSonarTest, withoutObstructionItBehavesAsASonar) {
   describe(kOneArm);
   const auto sut = makeSonar();
   SonarSensor plain("Front", "Sonar", Math::SensorFieldOfView2D(0.25f, 2.5f, 0.5f, 1), {"range"},
@@ -63,7 +63,7 @@ TEST_F(SmartSonarTest, withoutObstructionItIsASonarWithItsDriver) {
               ElementsAre("subscribe[\"Front\"]", "unsubscribe[\"Front\"]"));
 }
 
-TEST_F(SmartSonarTest, whatFailsBesidesTheReadingComesOut) {
+TEST_F(SmartSonarTest, exceptionsOutsideTheReadingReachTheCaller) {
   describe(kOneArm);
   const auto sut = makeSonar();
   broker->planFailure("QVMotion.getTransform", "encoder broken");

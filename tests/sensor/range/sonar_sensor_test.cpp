@@ -52,7 +52,7 @@ TEST_F(SonarSensorTest, aReadingIsAnArcInsideTheAperture) {
   }
 }
 
-TEST_F(SonarSensorTest, rangesUpToTheLeastAreTooNearToTellAndAllOthersAsRead) {
+TEST_F(SonarSensorTest, rangesUpToTheMinimumBecomeTooNearAndOthersStay) {
   const std::pair<QVValue, float> cases[] = {{0.25f, 0.1f}, {std::nextafter(0.25f, 1.0f), 0.25f},
                                              {0.0f, 0.1f},  {-kInf, 0.1f},
                                              {1, 1.0f},     {true, 1.0f},
@@ -66,7 +66,7 @@ TEST_F(SonarSensorTest, rangesUpToTheLeastAreTooNearToTellAndAllOthersAsRead) {
   }
 }
 
-TEST_F(SonarSensorTest, aKeyThatHoldsNoNumberReadsNothingAndSaysNothing) {
+TEST_F(SonarSensorTest, aKeyWithoutANumberGivesNoRecordAndNoLogLine) {
   EXPECT_THAT(readOf(sut), IsEmpty());
   for (const QVValue& value : {QVValue("near"), QVValue(), QVValue::array(1.0f)}) {
     EXPECT_THAT(read(value), IsEmpty()) << value;
@@ -76,7 +76,7 @@ TEST_F(SonarSensorTest, aKeyThatHoldsNoNumberReadsNothingAndSaysNothing) {
   EXPECT_THAT(log.lines(), IsEmpty());
 }
 
-TEST_F(SonarSensorTest, itsPlaceIsThatOfHalfASecondBeforeTurnedAboutTheVerticalOnly) {
+TEST_F(SonarSensorTest, theTransformIsHalfASecondOldAndHasYawOnly) {
   motion->transform = test::tiltedFrame().toVector();
   const auto expected = Math::Transform::fromPosition({0.1f, -0.2f, 0.3f}) *
                         Math::rotationFrom3DRotation(0.0f, 0.0f, 0.7f);
@@ -85,7 +85,7 @@ TEST_F(SonarSensorTest, itsPlaceIsThatOfHalfASecondBeforeTurnedAboutTheVerticalO
               ElementsAre("_getSensorTransformAtTime[\"Front\", -400000000]"));
 }
 
-TEST_F(SonarSensorTest, withoutAPlaceNothingIsReadAndTheErrorIsLogged) {
+TEST_F(SonarSensorTest, withoutATransformThereIsNoRecordAndAnErrorIsLogged) {
   motion->transform = std::vector<float>(11, 0.0f);
   EXPECT_THAT(read(1.0f), IsEmpty());
   broker->planFailure("QVMotion._getSensorTransformAtTime", "not covered");
@@ -95,7 +95,7 @@ TEST_F(SonarSensorTest, withoutAPlaceNothingIsReadAndTheErrorIsLogged) {
                                        start + "not covered"));
 }
 
-TEST_F(SonarSensorTest, theDriverRunsWhileASensorThatAskedForItIsStarted) {
+TEST_F(SonarSensorTest, theDriverRunsWhileASensorThatUsesItIsStarted) {
   SonarSensor asking = makeSonar({"range"}, true);
   asking.subscribe("a");
   EXPECT_FALSE(asking.isStarted());

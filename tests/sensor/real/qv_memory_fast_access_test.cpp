@@ -42,7 +42,7 @@ struct QVMemoryFastAccessTest : testing::Test {
   QVMemoryFastAccess sut;
 };
 
-TEST_F(QVMemoryFastAccessTest, readsWhatIsInMemoryAtThatMoment) {
+TEST_F(QVMemoryFastAccessTest, readsThePresentValues) {
   memory.insertData("a", 1.5f);
   memory.insertData("n", 7);
   sut.ConnectToVariables(broker, {"b", "a"}, true);
@@ -69,7 +69,7 @@ TEST_F(QVMemoryFastAccessTest, anyNumberOfKeysIsReadInItsOrder) {
   }
 }
 
-TEST_F(QVMemoryFastAccessTest, writesAsManyAsThereAreOnBothSides) {
+TEST_F(QVMemoryFastAccessTest, writesTheSmallerNumberOfKeysAndValues) {
   sut.ConnectToVariables(broker, {"a", "b"}, true);
   sut.ConnectToIntVariables(broker, {"m", "n"});
   sut.SetValues(std::vector<float>{1, 2, 3});
@@ -95,7 +95,7 @@ TEST_F(QVMemoryFastAccessTest, connectingReplacesOneListAndLeavesTheOther) {
   EXPECT_THAT(floats(), ElementsAre(0.0f));
 }
 
-TEST_F(QVMemoryFastAccessTest, stoppingRefusesConnectionsAndKeepsThoseThatAre) {
+TEST_F(QVMemoryFastAccessTest, afterAStopNoNewKeysConnectAndConnectedKeysStay) {
   sut.ConnectToVariables(broker, {"a"}, true);
   sut.StopAllAccess();
   sut.ConnectToVariables(broker, {"b", "c"}, true);
@@ -118,7 +118,7 @@ TEST_F(QVMemoryFastAccessTest, anUnsafeConnectionStopsAtAMissingKey) {
   EXPECT_THROW(memory.getData("b"), QVError);
 }
 
-TEST_F(QVMemoryFastAccessTest, aSafeConnectionMakesAKeyOfAnEventButNotOfAString) {
+TEST_F(QVMemoryFastAccessTest, aSafeConnectionGivesAnEventKeyAValueButRefusesAStringKey) {
   memory.declareEvent("event");
   memory.insertData("text", "words");
   sut.ConnectToVariables(broker, {"event"}, true);
@@ -130,7 +130,7 @@ TEST_F(QVMemoryFastAccessTest, aSafeConnectionMakesAKeyOfAnEventButNotOfAString)
   EXPECT_EQ(memory.getData("text"), QVValue("words"));
 }
 
-TEST_F(QVMemoryFastAccessTest, onlyAStandardFailureToReadMakesAKey) {
+TEST_F(QVMemoryFastAccessTest, aKeyIsCreatedOnlyIfReadingThrowsAStandardException) {
   const auto other = QVBroker::create();
   const auto forgetful = boost::make_shared<ForgetfulMemory>();
   other->registerModule(forgetful);
@@ -173,7 +173,7 @@ TEST_F(QVMemoryFastAccessTest, oneShotOperationsGoThroughAnyBroker) {
   EXPECT_EQ(QVMemoryFastAccess::getDataPtr(broker, "key", true), expected);
 }
 
-TEST_F(QVMemoryFastAccessTest, theInnerTestSaysWhatIsWrong) {
+TEST_F(QVMemoryFastAccessTest, theSelfTestNamesTheFault) {
   EXPECT_TRUE(QVMemoryFastAccess::InnerTest(broker));
   EXPECT_TRUE(QVMemoryFastAccess::InnerTest(broker));
   EXPECT_EQ(errorOf([] { QVMemoryFastAccess::InnerTest(nullptr); }),
@@ -183,7 +183,7 @@ TEST_F(QVMemoryFastAccessTest, theInnerTestSaysWhatIsWrong) {
             "QVProxy::QVProxy: no module \"QVMemory\"");
 }
 
-TEST(QVMemoryFastAccess, theInnerTestFailsOnAMemoryThatForgets) {
+TEST(QVMemoryFastAccess, theSelfTestFailsIfTheMemoryLosesValues) {
   const auto broker = QVBroker::create();
   broker->registerModule(boost::make_shared<ForgetfulMemory>());
   EXPECT_FALSE(QVMemoryFastAccess::InnerTest(broker));

@@ -71,7 +71,7 @@ struct RealSensorManagerTest : test::FakeRobotTest {
   std::optional<RealSensorManager> sut;
 };
 
-TEST_F(RealSensorManagerTest, groupsWhatTheDescriptionListsByFamily) {
+TEST_F(RealSensorManagerTest, groupsTheDescribedSensorsByFamily) {
   const Properties hole = with(kLaser, {{"inclination", "i"}, {"status", "s"}});
   make(sensorElement("Bumper", 2) + sensorElement("Bumper2", 2) + sensorElement("Camera1", 4) +
        sensorElement("Camera2", 4) + sensorElement("Laser1", 8, kLaser, {"x", "y"}) +
@@ -96,18 +96,18 @@ TEST_F(RealSensorManagerTest, groupsWhatTheDescriptionListsByFamily) {
   EXPECT_EQ(std::ranges::count(log.lines(), kTouchAdded), 2) << "the second one is not kept";
 }
 
-TEST_F(RealSensorManagerTest, aTouchConfigurationOfTheNameThatAllGetIsNotBuiltAgain) {
+TEST_F(RealSensorManagerTest, aTouchSensorNamedTouchIsBuiltOnce) {
   make(sensorElement("Bumper", 2) + sensorElement("Touch", 2));
   EXPECT_EQ(std::ranges::count(log.lines(), kTouchAdded), 1);
 }
 
-TEST_F(RealSensorManagerTest, aLasersBitIsTheWholePartOfItsRegIndex) {
+TEST_F(RealSensorManagerTest, aLasersBitIsItsRegIndexTruncatedToAnInteger) {
   memory.insertData("get", 0);
   make(sensorElement("Laser1", 8, kLaser, {"x", "y"})).subscribe("me");
   EXPECT_THAT(broker->callsTo("DCM"), Contains(HasSubstr(R"(["set", "ClearAll", [[2)")));
 }
 
-TEST_F(RealSensorManagerTest, aSonarIsSmartOnARobotOfKind0Only) {
+TEST_F(RealSensorManagerTest, sonarsTestForArmsOnlyOnARobotOfKind0) {
   for (int kind : {0, 1, 2}) {
     make(sonarElement("Front"), kind);
     const auto sonar = sut->getSensorPtr("Front");
@@ -133,7 +133,7 @@ TEST_F(RealSensorManagerTest, anIncompleteLaserIsLeftOutAndNamed) {
   EXPECT_THAT(sut->getSensorList(), ElementsAre("A"));
 }
 
-TEST_F(RealSensorManagerTest, whatCantBeBuiltIsLoggedAndItsNeighboursStand) {
+TEST_F(RealSensorManagerTest, aSensorThatCantBeBuiltIsLoggedAndTheOthersAreBuilt) {
   broker->unregisterModule("QVVideoDevice");
   make(sensorElement("Camera", 4) + sensorElement("Twin", 9, {}, {"a", "b"}) +
        sensorElement("Zone", 14, {}, {"a", "b"}) + sonarElement("Front"));
@@ -155,7 +155,7 @@ TEST_F(RealSensorManagerTest, whatCantBeBuiltIsLoggedAndItsNeighboursStand) {
 
 const Model::SensorKind kCliff = {40, "Cliff", "Cliff"};
 
-TEST_F(RealSensorManagerTest, makesTheSensorsOfAStrangersKind) {
+TEST_F(RealSensorManagerTest, makesSensorsOfAUserDefinedKind) {
   factory.add(kCliff, [](const SensorOrder& order) -> SensorFactory::Sensors {
     if (order.manager.isFamily("Sonar") || !order.manager.isSensor("Early")) return {};
     return {boost::make_shared<test::FakeSensor>(order.config.memoryKeys.at(0), order.kind.family),
@@ -176,7 +176,7 @@ TEST_F(RealSensorManagerTest, makesTheSensorsOfAStrangersKind) {
   EXPECT_EQ(namesOf(sut->getMetricalData()), (std::vector<std::string>{"1/0.500000", "edge"}));
 }
 
-TEST_F(RealSensorManagerTest, whatAStrangersCreatorDoesWrongConcernsItsSensorOnly) {
+TEST_F(RealSensorManagerTest, anErrorOfAUsersCreatorAffectsOnlyItsSensor) {
   factory.add(
       kCliff,
       [](const SensorOrder& order) -> SensorFactory::Sensors {
@@ -228,7 +228,7 @@ TEST_F(RealSensorManagerTest, withoutADescriptionOrADeviceManagerThereAreNoSenso
   EXPECT_THAT(sut->getMetricalData(), IsEmpty());
 }
 
-TEST_F(RealSensorManagerTest, readsPropertiesAsNumbersWithJunkAs0) {
+TEST_F(RealSensorManagerTest, readsAPropertyThatIsNoNumberAs0) {
   make(sensorElement("Front", 9,
                      {{"minimumDetectionDistance", "0.25 m"},
                       {"maximumDetectionDistance", "far"},

@@ -80,7 +80,7 @@ TEST_F(RealSensorTest, onlyRecordsOlderThanTheLimitAreReplaced) {
   }
 }
 
-TEST_F(RealSensorTest, aStaleRecordBecomesAWallAtTheSensorsPresentPlace) {
+TEST_F(RealSensorTest, anOldRecordIsReplacedByAWallOfPointsAtTheSensorsPresentPose) {
   motion->transform = test::tiltedFrame().toVector();
   std::vector<MetricalData> records{oldRecord("Front")};
   guard(records, 1'234'999'999, milliseconds(1000));
@@ -96,7 +96,7 @@ TEST_F(RealSensorTest, aStaleRecordBecomesAWallAtTheSensorsPresentPlace) {
   EXPECT_THAT(log.lines(), ElementsAre(kGuard + "Data from Front are 1234 milliseconds old."));
 }
 
-TEST_F(RealSensorTest, theWallHasAsManyPointsAsWholeStepsFit) {
+TEST_F(RealSensorTest, theWallHasOnePointPerWholeAngularStep) {
   struct Case {
     float angularRange;
     float step;
@@ -113,7 +113,7 @@ TEST_F(RealSensorTest, theWallHasAsManyPointsAsWholeStepsFit) {
   }
 }
 
-TEST_F(RealSensorTest, aPlaceThatIsNotToldLeavesTheRecordEmptyAndTheOthersTheirWall) {
+TEST_F(RealSensorTest, withoutATransformARecordStaysEmptyAndOtherRecordsGetTheirWall) {
   std::vector<MetricalData> records{oldRecord("Short"), oldRecord("Front")};
   motion->transform = std::vector<float>(11, 0.5f);
   broker->plan("QVMotion.getTransform", [this, first = true]() mutable {

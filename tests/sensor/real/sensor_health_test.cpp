@@ -91,7 +91,7 @@ const std::vector<HealthCase> kHealthCases{
      [](auto& t) { t.left().onRead = [&t] {
                      t.left().points = {{kNan, 0.0f, 0.0f}};
                    }; }, noisy,
-     "6 of its last 20 readings can't be, limit 5",
+     "6 of its last 20 readings are impossible, limit 5",
      [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
     {"stays the same", [](auto& t) { t.left().onRead = [] {}; }, frozen,
      "the same points while the robot turned 0.60 rad, limit 0.50 rad",
@@ -106,13 +106,13 @@ const std::vector<HealthCase> kHealthCases{
      [](auto& t) {
        t.left().onRead = [&t] { t.left().points = {{0.6f * t.wallNow().x, 0.0f, 0.0f}}; };
      },
-     suspect, "m where Right says",
+     suspect, "m, that of Right ",
      [](auto& t) { t.left().onRead = [&t] { t.left().points = {t.wallNow()}; }; }},
     {"has a bad diagnosis", [](auto& t) { t.sut->setSensorDiagnosis("Left", false); }, failing,
      "its diagnosis is bad", [](auto& t) { t.sut->setSensorDiagnosis("Left", true); }},
 };
 
-TEST_F(SensorHealthTest, eachFaultIsNamedWithItsFiguresAndHasItsWayBack) {
+TEST_F(SensorHealthTest, eachBadStateHasAReasonWithFiguresAndARemedy) {
   sut->subscribe("me");
   for (const HealthCase& fault : kHealthCases) {
     SCOPED_TRACE(fault.what);
@@ -132,9 +132,9 @@ TEST_F(SensorHealthTest, eachFaultIsNamedWithItsFiguresAndHasItsWayBack) {
   }
 }
 
-TEST_F(SensorHealthTest, isOffUntilSomebodyWantsItAndStartingUntilItHasAFreshRecord) {
+TEST_F(SensorHealthTest, isOffWithoutASubscriberAndStartingUntilItsFirstFreshRecord) {
   EXPECT_EQ(health("Left").reason, "nobody has subscribed to it");
-  // As a camera shows the last image of its former run.
+  // The old stamp imitates a camera that shows its last image after a restart.
   left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
   right().hasRecord = false;
   sut->subscribe("me");
@@ -156,7 +156,7 @@ TEST_F(SensorHealthTest, isOffUntilSomebodyWantsItAndStartingUntilItHasAFreshRec
   EXPECT_THAT(faults, ElementsAre("Left silent", "Right silent"));
 }
 
-TEST_F(SensorHealthTest, aReadingThatDoesNotReturnIsNamedWithAllThatItKeepsWaiting) {
+TEST_F(SensorHealthTest, aHangingReadingIsReportedWithAllSensorsThatWaitForIt) {
   const auto hang = [this](int ms) {
     std::string ofRight;
     left().onRead = [&, ms] {
@@ -181,7 +181,7 @@ TEST_F(SensorHealthTest, aReadingThatDoesNotReturnIsNamedWithAllThatItKeepsWaiti
 }
 
 // The machine's clock and threads, as on a robot.
-TEST(SensorHealth, aReadingThatNeverReturnsIsToldOfByATaskOfItsOwn) {
+TEST(SensorHealth, theHealthTaskReportsAReadingThatNeverReturns) {
   const test::LogCapture log;
   const auto broker = test::brokerWithMemory<QVBroker>();
   broker->registerModule(boost::make_shared<robot::DeviceManager>(broker));
@@ -204,7 +204,7 @@ TEST(SensorHealth, aReadingThatNeverReturnsIsToldOfByATaskOfItsOwn) {
   EXPECT_THAT(reason.get(), StartsWith("its reading has not returned for "));
 }
 
-TEST_F(SensorHealthTest, hardwareThatAFailedStopHasLeftOnIsNamedUntilItStops) {
+TEST_F(SensorHealthTest, hardwareLeftOnByAFailedStopIsReportedUntilItStops) {
   for (const bool throws : {false, true}) {
     sut->subscribe("me");
     time.advance(milliseconds(500));
@@ -236,7 +236,7 @@ struct HangCase {
 };
 
 // Somebody waits for it, and nobody else does.
-TEST_F(SensorHealthTest, hardwareThatHangsIsNamedUntilItReturns) {
+TEST_F(SensorHealthTest, hangingHardwareIsReportedUntilItReturns) {
   const std::vector<HangCase> cases{
       {"starts", &Fake::onStart, [](auto& sut) { sut.subscribe("me", "Left"); }, silent,
        "its hardware has been starting for 1.70 s, limit 1.50 s", sound},
@@ -267,7 +267,7 @@ TEST_F(SensorHealthTest, hardwareThatHangsIsNamedUntilItReturns) {
   }
 }
 
-TEST_F(SensorHealthTest, aSubscriptionWaitsForFreshRecordsAndSaysWhatWasMissing) {
+TEST_F(SensorHealthTest, awaitRecordsWaitsForFreshRecordsAndNamesMissingOnes) {
   for (const bool isWatched : {true, false}) {
     sut->watchHealth(isWatched);
     left().stamp = [] { return ko::Clock::time_point(milliseconds(-9000)); };
@@ -285,7 +285,7 @@ TEST_F(SensorHealthTest, aSubscriptionWaitsForFreshRecordsAndSaysWhatWasMissing)
               ElementsAre(testing::Pair("Nobody", "there is no such sensor or family")));
 }
 
-TEST_F(SensorHealthTest, theOnlySensorWantedIsToldOfThoughItNeverStartsAndComesBack) {
+TEST_F(SensorHealthTest, aSingleSubscribedSensorIsReportedEvenIfItNeverStarts) {
   for (const bool throws : {false, true}) {
     left().subscribeSucceeds = false;
     left().onStart = [throws] {
@@ -293,11 +293,10 @@ TEST_F(SensorHealthTest, theOnlySensorWantedIsToldOfThoughItNeverStartsAndComesB
     };
     EXPECT_EQ(errorOf([&] { sut->subscribe("me", "Left"); }), throws ? "no power" : "");
     time.advance(milliseconds(500));
-    // What throws ends the call before a task looks.
+    // An exception ends the start before the task can see it.
     EXPECT_THAT(faults, SizeIs(throws ? 0 : 1));
-    EXPECT_THAT(health("Left").reason,
-                StartsWith(throws ? "its hardware threw when it was to start: no power"
-                                  : "its diagnosis is bad: "));
+    EXPECT_THAT(health("Left").reason, StartsWith(throws ? "its start threw an exception: no power"
+                                                         : "its diagnosis is bad: "));
     left().subscribeSucceeds = true;
     left().onStart = [] {};
     sut->setSensorDiagnosis("Left", true);
@@ -310,7 +309,7 @@ TEST_F(SensorHealthTest, theOnlySensorWantedIsToldOfThoughItNeverStartsAndComesB
   }
 }
 
-TEST_F(SensorHealthTest, nothingIsLateBecauseNobodyWatched) {
+TEST_F(SensorHealthTest, noSensorIsLateBecauseHealthWasOff) {
   sut->subscribe("me");
   time.advance(milliseconds(500));
   sut->watchHealth(false);
@@ -346,7 +345,7 @@ TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
 }
 
 // The hardware's clock dates the records, and stands for the device manager's.
-TEST_F(SensorHealthTest, noClockThatRunsWrongRaisesAnythingByItself) {
+TEST_F(SensorHealthTest, aWrongClockAloneChangesNoHealth) {
   const auto start = ko::Clock::now();
   const std::map<const char*, std::function<ko::Duration(ko::Duration)>> clocks{
       {"stops", [](ko::Duration) { return ko::Duration::zero(); }},

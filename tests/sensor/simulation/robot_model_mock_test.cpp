@@ -36,7 +36,7 @@ void expectSensors(int kind, const std::vector<Expected>& expected) {
   }
 }
 
-TEST(RobotModelMock, buildsTheSetOfEachKind) {
+TEST(RobotModelMock, buildsTheSensorsOfEachSimulatedKind) {
   const Math::SensorFieldOfView2D turn(0.0f, 3.5f, 6.2831855f, 300);
   expectSensors(-1, {{"Laser", "Laser", turn, {0.1f, 0.0f, 0.0f}, 300}});
 
@@ -53,7 +53,7 @@ TEST(RobotModelMock, buildsTheSetOfEachKind) {
                     {"CameraDepth", "Asus", {0.5f, 8.0f, 1.0f, 100}, {}, 100}});
 }
 
-TEST(RobotModelMock, saysWhatItLoadsAndWhatItCannot) {
+TEST(RobotModelMock, logsTheSetsThatItLoadsOrCantLoad) {
   test::LogCapture log;
   const RobotModelMock sut;
   for (int kind : {-1, 0, 1, 2, 7}) sut.getSimulatedSensors(kind);

@@ -16,7 +16,7 @@ bool isWhole(const PosePair& pair) {
   return pair.scanPose == pair.referencePose && pair.scanPose.x == pair.scanPose.theta;
 }
 
-TEST(SharedPosePair, isSeenWholeByTwoThreadsThatBothWriteAndRead) {
+TEST(SharedPosePair, readersNeverSeeAHalfWrittenPair) {
   SharedPosePair sut;
   std::latch go(2);
   std::atomic<int> torn{0};

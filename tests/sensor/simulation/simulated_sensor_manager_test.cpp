@@ -25,7 +25,7 @@ void setBothPoses(SensorManager& manager, const Math::Pose2D& pose) {
   manager.setPose2D(pose, pose);
 }
 
-TEST(SimulatedSensorManager, hasParametersForCallers) {
+TEST(SimulatedSensorManager, theKindDecidesTheKindParameter) {
   test::LogCapture log;
   for (const auto& [kind, expected] :
        {std::pair(-2, 0.3f), {-1, 0.15f}, {0, 0.15f}, {1, 0.3f}, {2, 0.3f}, {7, 0.3f}}) {
@@ -145,7 +145,7 @@ TEST(SimulatedSensorManager, posesMayBeSetWhileOthersRead) {
   EXPECT_EQ(torn, 0);
 }
 
-TEST(SimulatedSensorManager, saysHowItsSensorsAreThoughNobodyAskedBefore) {
+TEST(SimulatedSensorManager, givesHealthAtTheFirstQuestion) {
   ko::SimulatedTime time;
   OccupancyMap map = squareRoom();
   SimulatedSensorManager sut(1, &map);

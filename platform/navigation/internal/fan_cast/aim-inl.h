@@ -1,4 +1,4 @@
-// The first step of a cast.
+// The second step of a cast.
 #if defined(QV_PLATFORM_NAVIGATION_FAN_CAST_AIM_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef QV_PLATFORM_NAVIGATION_FAN_CAST_AIM_INL_H
 #undef QV_PLATFORM_NAVIGATION_FAN_CAST_AIM_INL_H
@@ -6,14 +6,15 @@
 #define QV_PLATFORM_NAVIGATION_FAN_CAST_AIM_INL_H
 #endif
 
-#include <bit>
+#include <cstddef>
 #include <cstdint>
 
 #include <hwy/highway.h>
 
 #include "platform/navigation/internal/fan_cast.h"
+#include "platform/navigation/internal/fan_cast/frames-inl.h"
 #include "platform/navigation/internal/fan_cast/rays-inl.h"
-#include "platform/navigation/internal/fan_sector.h"
+#include "platform/navigation/internal/fan_cast/sectors-inl.h"
 #include "platform/navigation/internal/grid_ray.h"
 #include "platform/navigation/internal/strip_image.h"
 
@@ -22,126 +23,85 @@ namespace QV::detail {
 namespace HWY_NAMESPACE {
 namespace {
 
-/** The flag where a value is below zero. */
-template <int kFlag>
-HWY_INLINE hn::Vec<Bits> flagNegative(hn::Vec<Doubles> value) {
-  const Bits d;
-  // Negative zero plus zero has no sign.
-  const auto bits = hn::BitCast(d, hn::Add(value, hn::Zero(Doubles())));
-  constexpr int kToFlag = 63 - std::countr_zero(static_cast<unsigned>(kFlag));
-  return hn::And(hn::ShiftRight<kToFlag>(bits), hn::Set(d, kFlag));
-}
-
-/** Turns the directions by the heading, and sorts them into sectors. */
-void turn(const FanCast& fan, const double* cosines, const double* sines, int count, Rays& rays) {
-  const Doubles d;
-  const Bits dBits;
-  const auto cosHeading = hn::Set(d, fan.cosHeading);
-  const auto sinHeading = hn::Set(d, fan.sinHeading);
-  for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
-    const auto cosine = hn::LoadU(d, cosines + i);
-    const auto sine = hn::LoadU(d, sines + i);
-    const auto x = hn::Sub(hn::Mul(cosine, cosHeading), hn::Mul(sine, sinHeading));
-    const auto y = hn::Add(hn::Mul(sine, cosHeading), hn::Mul(cosine, sinHeading));
-    const auto steep = hn::Gt(hn::Abs(y), hn::Abs(x));
-    const auto isSteep = hn::BitCast(dBits, hn::VecFromMask(d, steep));
-    const auto sector =
-        hn::Or(hn::And(isSteep, hn::Set(dBits, FanSector::kSteep)),
-               hn::Or(flagNegative<FanSector::kAlongReversed>(hn::IfThenElse(steep, y, x)),
-                      flagNegative<FanSector::kAcrossReversed>(hn::IfThenElse(steep, x, y))));
-    hn::Store(x, d, rays.x + i);
-    hn::Store(y, d, rays.y + i);
-    hn::Store(sector, dBits, rays.sector + i);
-  }
-}
-
-/** Bit i is set when ray i is the last of those in its sector. */
-std::uint64_t findLasts(const Rays& rays, int count) {
-  const Bits d;
-  std::uint64_t lasts = 0;
-  for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
-    const auto isLast = hn::Ne(hn::LoadU(d, rays.sector + i), hn::LoadU(d, rays.sector + i + 1));
-    std::uint8_t bits = 0;
-    hn::StoreMaskBits(d, isLast, &bits);
-    lasts |= std::uint64_t{bits} << i;
-  }
-  return lasts | std::uint64_t{1} << (count - 1);
-}
-
 // Any steeper, and the line with its slack could leave the block.
 constexpr Height kSteepest = (Height{1} << GridRay::kFractionBits) - (Height{4} << kDroppedBits);
 
-/** The lines of a sector's rays over the first strip, where all of them start. */
-struct Approach {
-  explicit Approach(const FanSector& sector)
-      : from(sector.turnColumn(sector.first)),
-        firstStrip(from / kStrip),
-        floor((sector.acrossReversed ? sector.rows * kOne : 0.0) - kMargin) {
-    const int nearEdge =
-        sector.alongReversed ? sector.columns - kStrip * (firstStrip + 1) : kStrip * firstStrip;
-    toLowEnd = nearEdge + (sector.acrossReversed ? kStrip : 0) - sector.first - 1;
+/** Stores lines in fixed point, for the walk and to settle it. */
+HWY_INLINE void storeLines(const Sectors& sectors, hn::Vec<Doubles> exit, hn::Vec<Doubles> rise,
+                           hn::Vec<Doubles> low, int i, Rays& rays) {
+#if HWY_TARGET <= HWY_AVX3
+  const Heights d;
+  const auto wholeRise = hn::Vec<Heights>{_mm512_cvttpd_epi64(rise.raw)};
+  const auto perStrip = hn::ShiftLeft<StripImage::kStripBits>(wholeRise);
+  const auto backwards = hn::VecFromMask(d, hn::RebindMask(d, maskOf(sectors.acrossReversed >> i)));
+  const auto slack = hn::Set(d, Height{kSlack} << kDroppedBits);
+  const auto more = hn::ShiftRight<GridRay::kFractionBits>(hn::Add(perStrip, slack));
+  hn::Store(hn::Vec<Heights>{_mm512_cvttpd_epi64(exit.raw)}, d, rays.exit + i);
+  hn::Store(wholeRise, d, rays.rise + i);
+  hn::Store(hn::Vec<Heights>{_mm512_cvttpd_epi64(low.raw)}, d, rays.low + i);
+  hn::Store(hn::Sub(hn::Xor(perStrip, backwards), backwards), d, rays.advance + i);
+  hn::Store(hn::Sub(hn::Shl(hn::Set(d, 4), more), hn::Set(d, 1)), d, rays.rows + i);
+#else
+  // One by one: what these machines have for vectors takes longer.
+  constexpr std::size_t kLanes = hn::MaxLanes(Doubles());
+  alignas(64) double values[3][kLanes];
+  hn::Store(exit, Doubles(), values[0]);
+  hn::Store(rise, Doubles(), values[1]);
+  hn::Store(low, Doubles(), values[2]);
+  for (std::size_t k = 0; k < kLanes; ++k, ++i) {
+    const auto wholeRise = static_cast<Height>(values[1][k]);
+    const Height perStrip = kStrip * wholeRise;
+    const Height backwards = -static_cast<Height>(sectors.acrossReversed >> i & 1);
+    rays.exit[i] = static_cast<Height>(values[0][k]);
+    rays.rise[i] = wholeRise;
+    rays.low[i] = static_cast<Height>(values[2][k]);
+    rays.advance[i] = (perStrip ^ backwards) - backwards;
+    rays.rows[i] = (Height{4} << GridRay::rowFrom(perStrip + (Height{kSlack} << kDroppedBits))) - 1;
   }
-
-  static constexpr double kMargin = Height{1} << kDroppedBits;
-
-  int from;
-  int firstStrip;
-  /** The height of the image's lowest row, and a little less. */
-  double floor;
-  /** The distance in rises from where a ray leaves its first column to its low end over the
-   * strip. */
-  double toLowEnd;
-};
-
-/** Returns how far along the columns rays get; they may end at the grid's top. */
-HWY_INLINE hn::Vec<Doubles> reachAlong(const FanCast& fan, const FanSector& sector,
-                                       hn::Vec<Doubles> alongPart, hn::Vec<Doubles> slope) {
-  const Doubles d;
-  const auto along = hn::Set(d, sector.along);
-  const double rowsAbove = sector.rows - sector.across;
-  const auto reached = hn::Add(along, hn::Mul(hn::Set(d, fan.reach), alongPart));
-  if (fan.reach + 1.0 < rowsAbove) return reached;
-  return hn::Min(reached, hn::Add(along, hn::Div(hn::Set(d, rowsAbove), slope)));
+#endif
 }
 
 // The operations of aimRay in their order, so that the lines are the same to the last bit; but low
 // may be off by much less than the margin.
-void aim(const FanCast& fan, const FanSector& sector, const Approach& approach, int begin, int end,
-         Rays& rays) {
+void aim(const FanCast& fan, const Sides& sides, const Sectors& sectors, int count, Rays& rays) {
   const Doubles d;
   const hn::Rebind<std::int32_t, Doubles> d32;
   const auto one = hn::Set(d, 1.0);
-  const auto across = hn::Set(d, sector.across);
-  const auto lastColumn = hn::Set(d, sector.columns - 1);
-  const auto toExit = hn::Set(d, sector.first + 1 - sector.along);
-  const double* const alongParts = sector.steep ? rays.y : rays.x;
-  const double* const acrossParts = sector.steep ? rays.x : rays.y;
-  for (int i = begin; i < end; i += static_cast<int>(hn::Lanes(d))) {
-    const auto alongPart = hn::Abs(hn::LoadU(d, alongParts + i));
-    const auto acrossPart = hn::Abs(hn::LoadU(d, acrossParts + i));
-    const auto slope = hn::Div(acrossPart, alongPart);
-    const auto reached = reachAlong(fan, sector, alongPart, slope);
-    const auto farthest = hn::Min(lastColumn, hn::Add(reached, one));
-    const auto exit = hn::Mul(hn::Add(across, hn::Mul(toExit, slope)), hn::Set(d, kOne));
-    const auto rise = hn::Mul(slope, hn::Set(d, kOne));
+  const auto whole = hn::Set(d, kOne);
+  const auto reach = hn::Set(d, fan.reach);
+  const bool mayLeave = fan.mayLeave();
+  Frames frames(fan, sides);
+  for (int i = 0; i < count; i += static_cast<int>(hn::Lanes(d))) {
+    if (i == 0 || sectors.changeAround(i, static_cast<int>(hn::Lanes(d)))) frames.find(sectors, i);
+    const auto alongPart = hn::Load(d, rays.alongPart + i);
+    const auto slope = hn::Div(hn::Load(d, rays.acrossPart + i), alongPart);
+    auto reached = hn::Add(frames.along, hn::Mul(reach, alongPart));
+    if (mayLeave) {
+      const auto top = hn::Add(frames.along, hn::Div(hn::Sub(frames.rows, frames.across), slope));
+      reached = hn::Min(reached, top);
+    }
+    const auto farthest = hn::Min(frames.lastColumn, hn::Add(reached, one));
+    const auto exit = hn::Mul(hn::Add(frames.across, hn::Mul(frames.toExit, slope)), whole);
+    const auto rise = hn::Mul(slope, whole);
     const auto tooSteep = hn::Gt(rise, hn::Set(d, static_cast<double>(kSteepest)));
-    const auto last = hn::IfThenElse(tooSteep, hn::Set(d, sector.first), farthest);
-    const auto toLow = hn::Add(exit, hn::Mul(hn::Set(d, approach.toLowEnd), rise));
+    const auto last = hn::IfThenElse(tooSteep, frames.first, farthest);
+    const auto toLow = hn::Add(exit, hn::Mul(frames.toLowEnd, rise));
     const auto low =
-        hn::Add(hn::Set(d, approach.floor), hn::Mul(hn::Set(d, sector.rowStep), toLow));
+        hn::Add(frames.floor, hn::IfThenElse(frames.acrossBack, hn::Neg(toLow), toLow));
+    const auto lastWhole = hn::Trunc(last);
     const auto turnedLast =
-        hn::Add(hn::Set(d32, sector.columnBase),
-                hn::Mul(hn::Set(d32, sector.columnStep), hn::DemoteTo(d32, last)));
-    hn::StoreU(hn::Div(one, alongPart), d, rays.perColumn + i);
-    hn::StoreU(acrossPart, d, rays.acrossPart + i);
-    hn::StoreU(last, d, rays.last + i);
-    hn::StoreU(hn::IfThenElse(tooSteep, hn::Set(d, kDoubtful), hn::Set(d, kNever)), d,
-               rays.otherwise + i);
-    hn::StoreU(exit, d, rays.exit + i);
-    hn::StoreU(rise, d, rays.rise + i);
-    hn::StoreU(low, d, rays.low + i);
-    hn::StoreU(hn::Set(d, approach.firstStrip), d, rays.firstStrip + i);
-    hn::StoreU(hn::ShiftRight<StripImage::kStripBits>(turnedLast), d32, rays.lastStrip + i);
+        hn::IfThenElse(frames.alongBack, hn::Sub(frames.lastColumn, lastWhole), lastWhole);
+    hn::Store(frames.along, d, rays.along + i);
+    hn::Store(frames.across, d, rays.across + i);
+    hn::Store(hn::Div(one, alongPart), d, rays.perColumn + i);
+    hn::Store(last, d, rays.last + i);
+    hn::Store(hn::IfThenElse(tooSteep, hn::Set(d, kDoubtful), hn::Set(d, kNever)), d,
+              rays.otherwise + i);
+    storeLines(sectors, exit, rise, low, i, rays);
+    hn::Store(hn::ShiftRight<StripImage::kStripBits>(hn::DemoteTo(d32, turnedLast)), d32,
+              rays.lastStrip + i);
+    hn::Store(hn::Zero(d32), d32, rays.column + i);
+    hn::Store(hn::Zero(d32), d32, rays.word + i);
   }
 }
 

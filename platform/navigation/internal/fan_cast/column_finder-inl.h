@@ -34,9 +34,7 @@ class ColumnFinder {
   explicit ColumnFinder(const FanSector& sector)
       : back(sector.alongReversed), falls(sector.falls()) {}
 
-  void setRise(std::uint32_t perColumn) { rise = perColumn; }
-
-  std::uint32_t find(const StripImage::Block& block, std::uint32_t low,
+  std::uint32_t find(const StripImage::Block& block, std::uint32_t low, std::uint32_t rise,
                      std::uint32_t wanted) const {
     const bool fromTop = back != falls;
     std::uint32_t height = fromTop ? low + (kStrip - kQuad) * rise : low;
@@ -45,7 +43,7 @@ class ColumnFinder {
       const std::uint32_t* const words = &block.words[quad];
       const std::uint32_t any = words[0] | words[1] | words[2] | words[3];
       if ((any & rowsBetween(height, height + kQuad * rise + kSlack)) != 0) {
-        const std::uint32_t found = xFindInQuad(words, height) << quad & wanted;
+        const std::uint32_t found = xFindInQuad(words, height, rise) << quad & wanted;
         if (found != 0) return found;
       }
       height += fromTop ? 0u - kQuad * rise : kQuad * rise;
@@ -57,13 +55,14 @@ class ColumnFinder {
  private:
   static constexpr unsigned kQuad = 4;
 
-  std::uint32_t xFindInQuad(const std::uint32_t* words, std::uint32_t low) const {
+  std::uint32_t xFindInQuad(const std::uint32_t* words, std::uint32_t low,
+                            std::uint32_t rise) const {
     std::uint32_t height = falls ? low + (kQuad - 1) * rise : low;
     std::uint32_t found = 0;
     for (unsigned i = 0; i < kQuad; ++i) {
       const std::uint32_t row = height >> kFractionBits;
       const std::uint32_t crosses = ((height + rise + kSlack) >> kFractionBits) - row;
-      // One row, or with those that it crosses two or three.
+      // The ray touches one row, or with those that it crosses two or three.
       const bool touches = (words[i] >> row & (3 * crosses | 1)) != 0;
       found |= std::uint32_t{touches} << i;
       height += falls ? 0u - rise : rise;
@@ -73,7 +72,6 @@ class ColumnFinder {
 
   bool back;
   bool falls;
-  std::uint32_t rise = 0;
 };
 
 #else
@@ -88,19 +86,14 @@ class ColumnFinder {
     lanesOnward = hn::Set(d, sector.falls() ? 0u - kLanes : kLanes);
   }
 
-  HWY_INLINE void setRise(std::uint32_t perColumn) {
+  HWY_INLINE std::uint32_t find(const StripImage::Block& block, std::uint32_t low,
+                                std::uint32_t perColumn, std::uint32_t wanted) const {
     const Words d;
     const auto rise = hn::Set(d, perColumn);
-    offsets = hn::Mul(rank, rise);
-    onward = hn::Mul(lanesOnward, rise);
-    span = hn::Add(rise, hn::Set(d, kSlack));
-  }
-
-  HWY_INLINE std::uint32_t find(const StripImage::Block& block, std::uint32_t low,
-                                std::uint32_t wanted) const {
-    const Words d;
+    const auto onward = hn::Mul(lanesOnward, rise);
+    const auto span = hn::Add(rise, hn::Set(d, kSlack));
     std::uint32_t free = 0;
-    auto lowest = hn::Add(hn::Set(d, low), offsets);
+    auto lowest = hn::Add(hn::Set(d, low), hn::Mul(rank, rise));
     for (unsigned column = 0; column < kStrip; column += kLanes) {
       const auto highest = hn::Add(lowest, span);
       const auto rows = hn::Sub(hn::Shl(hn::Set(d, 2u), hn::ShiftRight<kFractionBits>(highest)),
@@ -122,10 +115,6 @@ class ColumnFinder {
   /** A lane's place counted from the low end of the line. */
   hn::Vec<Words> rank;
   hn::Vec<Words> lanesOnward;
-  /** A ray's lanes: their heights above the low end, those of the next lanes, and their own. */
-  hn::Vec<Words> offsets;
-  hn::Vec<Words> onward;
-  hn::Vec<Words> span;
 };
 
 #endif

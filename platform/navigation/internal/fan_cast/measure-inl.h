@@ -1,4 +1,4 @@
-// From the ways of rays, in cells, to what a scan tells of them.
+// Turns the rays' distances in cells into the answers of a scan.
 #if defined(QV_PLATFORM_NAVIGATION_FAN_CAST_MEASURE_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef QV_PLATFORM_NAVIGATION_FAN_CAST_MEASURE_INL_H
 #undef QV_PLATFORM_NAVIGATION_FAN_CAST_MEASURE_INL_H

@@ -1,5 +1,5 @@
-// What the steps of a cast hand on. Like its neighbours it is read once for every instruction set,
-// hence the guard that turns over each time.
+// The data that the steps of a cast hand on. Like its neighbours it is read once for every
+// instruction set, hence the guard that turns over each time.
 #if defined(QV_PLATFORM_NAVIGATION_FAN_CAST_RAYS_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef QV_PLATFORM_NAVIGATION_FAN_CAST_RAYS_INL_H
 #undef QV_PLATFORM_NAVIGATION_FAN_CAST_RAYS_INL_H
@@ -26,6 +26,7 @@ namespace hn = hwy::HWY_NAMESPACE;
 using Height = GridRay::Height;
 using Doubles = hn::ScalableTag<double>;
 using Bits = hn::RebindToUnsigned<Doubles>;
+using Heights = hn::RebindToSigned<Doubles>;
 
 constexpr double kNever = std::numeric_limits<double>::infinity();
 constexpr double kDoubtful = std::numeric_limits<double>::quiet_NaN();
@@ -40,33 +41,37 @@ constexpr int kGroupShift = GridRay::kFractionBits + StripImage::kGroupBits;
 constexpr std::uint32_t kInGroup = (1u << (kFractionBits + StripImage::kGroupBits)) - 1;
 constexpr std::uint32_t kSlack = kStrip + 3;
 
-/** The rays of a fan, each value of all of them together. */
+/**
+ * The rays of a fan, each value of all of them together, in the frames of their sectors. Vectors
+ * are written and read at the same places: what lies across two that were just written takes long.
+ */
 struct Rays {
   static constexpr int kSize = FanCast::kMostRays + FanCast::kMore;
 
-  alignas(64) double x[kSize];
-  double y[kSize];
-  std::uint64_t sector[kSize];
+  alignas(64) double along[kSize];
+  double across[kSize];
+  double alongPart[kSize];
   double perColumn[kSize];
   double acrossPart[kSize];
   double last[kSize];
   /** The way of what is no hit: infinite, or in doubt. */
   double otherwise[kSize];
-  /** Heights, whole or not, of a GridRay and of the line's low end over its first strip. */
-  double exit[kSize];
-  double rise[kSize];
-  double low[kSize];
-  /** The first strip in the image; what is before it is known to be free. */
-  double firstStrip[kSize];
+  /** Heights of a GridRay. */
+  Height exit[kSize];
+  Height rise[kSize];
+  /** Heights in the image: of the line's low end over its first strip, and what that gains from
+   * strip to strip. */
+  Height low[kSize];
+  Height advance[kSize];
+  /** The bits of the rows that a line can touch in a strip, counted from its low end's. */
+  Height rows[kSize];
   std::int32_t lastStrip[kSize];
-  /** The walk's results: a column of the image, its word in a block (or 0), and the bit of row
-   * 0. */
+  /** The walk's results: whether a ray meets anything, a bit each; in which column, its word in a
+   * block, and the bit of row 0. */
+  std::uint64_t met = 0;
   std::int32_t column[kSize];
-  std::uint32_t word[kSize];
+  std::int32_t word[kSize];
   std::int32_t bitBase[kSize];
-  /** Whole heights. */
-  Height wholeExit[kSize];
-  Height wholeRise[kSize];
 };
 
 int groupOf(Height height) {

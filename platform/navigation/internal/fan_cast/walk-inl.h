@@ -6,13 +6,16 @@
 #define QV_PLATFORM_NAVIGATION_FAN_CAST_WALK_INL_H
 #endif
 
+#include <algorithm>
 #include <cstdint>
+#include <cstdlib>
 
 #include <hwy/highway.h>
 
-#include "platform/navigation/internal/fan_cast/aim-inl.h"
 #include "platform/navigation/internal/fan_cast/column_finder-inl.h"
+#include "platform/navigation/internal/fan_cast/frames-inl.h"
 #include "platform/navigation/internal/fan_cast/rays-inl.h"
+#include "platform/navigation/internal/fan_cast/wedge-inl.h"
 #include "platform/navigation/internal/fan_sector.h"
 #include "platform/navigation/internal/grid_ray.h"
 #include "platform/navigation/internal/strip_image.h"
@@ -22,71 +25,89 @@ namespace QV::detail {
 namespace HWY_NAMESPACE {
 namespace {
 
-/**
- * Returns the bits of the rows that something of this height can lie in, counted from its start, at
- * the most.
- */
-std::uint32_t rowsOf(std::uint32_t height) {
-  return (4u << (height >> kFractionBits)) - 1;
-}
+/** The walk of a sector's rays over its image, there or back along its columns. */
+template <bool kBack>
+class Walk {
+ public:
+  HWY_INLINE Walk(const FanSector& sector, const Side& side)
+      : image(sector.image), finder(sector), sector(sector), side(side) {}
 
-/** The end of a walk: the first strip with columns to settle or, if none has any, the last one. */
-struct Stop {
-  int strip;
-  int group;
-  const StripImage::Block* block;
-  std::uint32_t columns;
+  /** True if no ray can meet anything in the strip where it starts. */
+  HWY_INLINE bool isFirstFree() const {
+    // From where it starts a ray rises a row for each column at most.
+    constexpr int kRows = kStrip + 3;
+    const int row = sector.turnRow(sector.firstRow) - (sector.acrossReversed ? kRows - 2 : 1);
+    return (image.getUsedRows(side.firstStrip, row) & ((1u << kRows) - 1)) == 0;
+  }
+
+  /** Walks with rays from begin to end which have passed `strips` strips. */
+  HWY_INLINE void go(int strips, int begin, int end, Rays& rays) const {
+    const int start = side.firstStrip + kStep * strips;
+    for (int i = begin; i < end; ++i) {
+      const Height advance = rays.advance[i];
+      xGo(start, rays.low[i] + advance * strips, advance, i, rays);
+    }
+  }
+
+  /** Walks with the rays of a bundle. */
+  HWY_INLINE void go(const Bundle& bundle, int begin, int end, Rays& rays) const {
+    for (int i = begin; i < end; ++i) {
+      // By rounding, a ray may lie outside.
+      go(bundle.holds(rays.rise[i]) ? bundle.strips : 0, i, i + 1, rays);
+    }
+  }
+
+ private:
+  static constexpr int kStep = kBack ? -1 : 1;
+
+  HWY_INLINE void xGo(int strip, Height low, Height advance, int i, Rays& rays) const {
+    const int last = rays.lastStrip[i];
+    if (kBack ? strip < last : strip > last) return;
+    const Height rows = rays.rows[i];
+    for (;; strip += kStep, low += advance) {
+      if ((image.getUsedRows(strip, GridRay::rowFrom(low)) & rows) != 0 &&
+          xLook(strip, low, i, rays)) {
+        return;
+      }
+      if (strip == last) return;
+    }
+  }
+
+  /** Keeps the nearest column of the block; false if there is none. */
+  HWY_INLINE bool xLook(int strip, Height low, int i, Rays& rays) const {
+    const int group = groupOf(low);
+    const StripImage::Block& block = image.getBlock(strip, group);
+    const std::uint32_t columns = finder.find(
+        block, heightInGroup(low), static_cast<std::uint32_t>(rays.rise[i] >> kDroppedBits),
+        strip == side.firstStrip ? side.ahead : (1u << kStrip) - 1);
+    if (columns == 0) return false;
+    const auto lane = static_cast<unsigned>(kBack ? 31 - hwy::Num0BitsAboveMS1Bit_Nonzero32(columns)
+                                                  : hwy::Num0BitsBelowLS1Bit_Nonzero32(columns));
+    rays.met |= std::uint64_t{1} << i;
+    rays.column[i] = sector.columnBase + kStep * (kStrip * strip + static_cast<int>(lane));
+    rays.word[i] = static_cast<std::int32_t>(block.words[lane]);
+    rays.bitBase[i] = sector.rowBase - StripImage::kGroupRows * group;
+    return true;
+  }
+
+  StripImage::View image;
+  ColumnFinder finder;
+  const FanSector& sector;
+  const Side& side;
 };
 
-constexpr StripImage::Block kEmptyBlock;
-
-/** Keeps the nearest of the columns. */
-HWY_INLINE void keep(const FanSector& sector, const Stop& stop, int i, Rays& rays) {
-  const std::uint32_t none = stop.columns == 0;
-  const auto lane = static_cast<unsigned>(
-      sector.alongReversed ? 31 - hwy::Num0BitsAboveMS1Bit_Nonzero32(stop.columns | none)
-                           : hwy::Num0BitsBelowLS1Bit_Nonzero32(stop.columns | none));
-  rays.column[i] = kStrip * stop.strip + static_cast<int>(lane);
-  rays.word[i] = stop.block->words[lane] & (none - 1u);
-  rays.bitBase[i] = sector.rowBase - StripImage::kGroupRows * stop.group;
-}
-
 /** Finds for each ray the first column beyond its own with a cell that it touches or comes near. */
-template <bool kAhead>
-HWY_INLINE void walk(const FanSector& sector, const Approach& approach, int begin, int end,
-                     Rays& rays) {
-  const StripImage::View image(sector.image);
-  const int columnStep = sector.columnStep;
-  const int rowStep = sector.rowStep;
-  ColumnFinder finder(sector);
-  const std::uint32_t all = (1u << kStrip) - 1;
-  const int place = approach.from % kStrip;
-  const std::uint32_t ahead = sector.alongReversed ? (1u << place) - 1 : all & (all << place << 1);
-  for (int i = begin; i < end; ++i) {
-    const auto rise = static_cast<Height>(rays.rise[i]);
-    rays.wholeRise[i] = rise;
-    rays.wholeExit[i] = static_cast<Height>(rays.exit[i]);
-    const int lastStrip = rays.lastStrip[i];
-    const Height advance = rowStep * (kStrip * rise);
-    const auto shortRise = static_cast<std::uint32_t>(rise >> kDroppedBits);
-    const std::uint32_t rows = rowsOf(kStrip * shortRise + kSlack);
-    finder.setRise(shortRise);
-    auto low = static_cast<Height>(rays.low[i]);
-    const int firstStrip = kAhead ? static_cast<int>(rays.firstStrip[i]) : approach.firstStrip;
-    std::uint32_t wanted = firstStrip == approach.firstStrip ? ahead : all;
-    for (Stop stop{firstStrip, 0, &kEmptyBlock, 0};; stop.strip += columnStep) {
-      stop.group = groupOf(low);
-      if ((image.getUsedRows(stop.strip, GridRay::rowFrom(low)) & rows) != 0) {
-        stop.block = &image.getBlock(stop.strip, stop.group);
-        stop.columns = finder.find(*stop.block, heightInGroup(low), wanted);
-      }
-      if (stop.columns != 0 || stop.strip == lastStrip) {
-        keep(sector, stop, i, rays);
-        break;
-      }
-      low += advance;
-      wanted = all;
-    }
+template <bool kBack>
+HWY_INLINE void walk(const FanSector& sector, const Side& side, int begin, int end, Rays& rays) {
+  const Walk<kBack> walk(sector, side);
+  const int strips = walk.isFirstFree() ? 1 : 0;
+  if (std::abs(rays.lastStrip[begin] - side.firstStrip) < kFewestStrips &&
+      std::abs(rays.lastStrip[end - 1] - side.firstStrip) < kFewestStrips) {
+    return walk.go(strips, begin, end, rays);
+  }
+  for (int i = begin; i < end; i += kTogether) {
+    const int bundleEnd = std::min(i + kTogether, end);
+    walk.go(goAhead(sector, side, i, bundleEnd - 1, rays, strips), i, bundleEnd, rays);
   }
 }
 

@@ -1,4 +1,4 @@
-// What neighbouring rays do together.
+// The work that neighbouring rays share.
 #if defined(QV_PLATFORM_NAVIGATION_FAN_CAST_WEDGE_INL_H) == defined(HWY_TARGET_TOGGLE)
 #ifdef QV_PLATFORM_NAVIGATION_FAN_CAST_WEDGE_INL_H
 #undef QV_PLATFORM_NAVIGATION_FAN_CAST_WEDGE_INL_H
@@ -8,9 +8,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <limits>
 
 #include <hwy/highway.h>
 
+#include "platform/navigation/internal/fan_cast/frames-inl.h"
 #include "platform/navigation/internal/fan_cast/rays-inl.h"
 #include "platform/navigation/internal/fan_sector.h"
 #include "platform/navigation/internal/grid_ray.h"
@@ -25,18 +27,26 @@ namespace {
 constexpr int kTogether = 8;
 constexpr int kFewestStrips = 6;
 
+/** The strips that rays may skip whose lines are not outside these. */
+struct Bundle {
+  explicit Bundle(int strips) : strips(strips) {}
+  bool holds(Height rise) const { return rise >= flattest && rise <= steepest; }
+
+  int strips;
+  Height flattest = 0;
+  Height steepest = std::numeric_limits<Height>::max();
+};
+
 /** The range of heights between the lines of two rays of a sector, strip by strip. */
 class Wedge {
  public:
-  Wedge(const FanSector& sector, const Rays& rays, int one, int other)
-      : flattest(std::min(rays.rise[one], rays.rise[other])),
-        steepest(std::max(rays.rise[one], rays.rise[other])),
-        lowest(static_cast<Height>(std::min(rays.low[one], rays.low[other]))),
-        highest(static_cast<Height>(std::max(rays.low[one] + kStrip * rays.rise[one],
-                                             rays.low[other] + kStrip * rays.rise[other]))) {
+  Wedge(const FanSector& sector, const Rays& rays, const Bundle& bundle, int one, int other)
+      : lowest(std::min(rays.low[one], rays.low[other])),
+        highest(std::max(rays.low[one] + kStrip * rays.rise[one],
+                         rays.low[other] + kStrip * rays.rise[other])) {
     highest += Height{kSlack} << kDroppedBits;
-    const Height least = kStrip * static_cast<Height>(flattest);
-    const Height most = kStrip * static_cast<Height>(steepest);
+    const Height least = kStrip * bundle.flattest;
+    const Height most = kStrip * bundle.steepest;
     lowAdvance = sector.rowStep > 0 ? least : -most;
     highAdvance = sector.rowStep > 0 ? most : -least;
   }
@@ -54,62 +64,39 @@ class Wedge {
     image.fetchBlock(strip, groupOf(highest));
   }
 
-  void advance() {
-    lowest += lowAdvance;
-    highest += highAdvance;
-  }
-
-  HWY_INLINE hn::Mask<Doubles> holds(hn::Vec<Doubles> rise) const {
-    const Doubles d;
-    return hn::And(hn::Ge(rise, hn::Set(d, flattest)), hn::Le(rise, hn::Set(d, steepest)));
+  void advance(int strips = 1) {
+    lowest += strips * lowAdvance;
+    highest += strips * highAdvance;
   }
 
  private:
-  double flattest;
-  double steepest;
   Height lowest;
   Height highest;
   Height lowAdvance;
   Height highAdvance;
 };
 
-/** Starts these rays, first to last, some strips further on. */
-HWY_INLINE void putAhead(const FanSector& sector, const Wedge& wedge, int first, int last,
-                         int strips, Rays& rays) {
-  const Doubles d;
-  static_assert(kTogether % hn::MaxLanes(Doubles()) == 0, "no lane is another bundle's");
-  const double strip = rays.firstStrip[first] + sector.columnStep * strips;
-  const int nearEdge = kStrip * static_cast<int>(strip) + (sector.alongReversed ? kStrip - 1 : 0);
-  const auto column = hn::Set(d, sector.turnColumn(nearEdge));
-  const auto advance = hn::Set(d, sector.rowStep * kStrip * strips);
-  for (int i = first; i <= last; i += static_cast<int>(hn::Lanes(d))) {
-    const auto rise = hn::LoadU(d, rays.rise + i);
-    const auto low = hn::LoadU(d, rays.low + i);
-    const auto from = hn::LoadU(d, rays.firstStrip + i);
-    // By rounding, a ray may lie outside or end before.
-    const auto goes = hn::And(wedge.holds(rise), hn::Ge(hn::LoadU(d, rays.last + i), column));
-    const auto risen = hn::IfThenElseZero(goes, hn::Mul(hn::Trunc(rise), advance));
-    hn::StoreU(hn::Add(low, risen), d, rays.low + i);
-    hn::StoreU(hn::IfThenElse(goes, hn::Set(d, strip), from), d, rays.firstStrip + i);
-  }
-}
-
-/** Lets neighbouring rays pass together the strips where nothing stands between them. */
-HWY_NOINLINE void goAhead(const FanSector& sector, int begin, int end, Rays& rays) {
+/**
+ * Finds how many strips neighbouring rays can pass because nothing stands between the first and the
+ * last of them; `skipped` are known.
+ */
+HWY_INLINE Bundle goAhead(const FanSector& sector, const Side& side, int first, int last,
+                          const Rays& rays, int skipped) {
   const StripImage::View image(sector.image);
   const int step = sector.columnStep;
-  for (int first = begin; first < end; first += kTogether) {
-    const int last = std::min(first + kTogether, end) - 1;
-    const int start = static_cast<int>(rays.firstStrip[first]);
-    const int most =
-        std::min(step * rays.lastStrip[first], step * rays.lastStrip[last]) - step * start;
-    Wedge wedge(sector, rays, first, last);
-    int strips = 0;
-    for (; strips < most && wedge.isFree(image, start + step * strips); ++strips) wedge.advance();
-    if (strips == 0) continue;
-    wedge.fetch(image, start + step * strips);
-    putAhead(sector, wedge, first, last, strips, rays);
+  const int most =
+      std::min(step * rays.lastStrip[first], step * rays.lastStrip[last]) - step * side.firstStrip;
+  Bundle bundle(skipped);
+  bundle.flattest = std::min(rays.rise[first], rays.rise[last]);
+  bundle.steepest = std::max(rays.rise[first], rays.rise[last]);
+  Wedge wedge(sector, rays, bundle, first, last);
+  if (skipped != 0) wedge.advance(skipped);
+  while (bundle.strips < most && wedge.isFree(image, side.firstStrip + step * bundle.strips)) {
+    wedge.advance();
+    ++bundle.strips;
   }
+  wedge.fetch(image, side.firstStrip + step * bundle.strips);
+  return bundle;
 }
 
 }  // namespace

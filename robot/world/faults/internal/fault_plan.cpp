@@ -27,8 +27,9 @@ void FaultPlan::addSensor(const std::string& name, bool hasRate) {
 void FaultPlan::add(const Fault& fault) {
   const Kinds& kinds = xPossible(fault.sensor);
   if (std::find(kinds.begin(), kinds.end(), fault.kind) == kinds.end()) {
-    throw std::invalid_argument("fault: \"" + getName(fault.kind) + "\" makes no sense for \"" +
-                                fault.sensor + "\", possible are " + joined(kinds, getName));
+    throw std::invalid_argument(std::string("fault: one of ") + joined(kinds, getName) +
+                                " expected for \"" + fault.sensor + "\", \"" + getName(fault.kind) +
+                                "\" given");
   }
   if (fault.from < ko::Duration::zero() || fault.from >= fault.to) {
     throw std::invalid_argument("fault: a start from 0 on and before the end expected for \"" +

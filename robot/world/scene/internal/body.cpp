@@ -8,11 +8,11 @@ namespace QV::robot {
 namespace {
 
 constexpr double kNanosecondsPerSecond = 1e9;
-// So that nothing is jumped over, whatever the speed up to 5 m/s.
+// The longest move keeps the robot from jumping over an obstacle, up to 5 m/s.
 constexpr double kLongestMove = 0.02;
 // A pause of the process is not driven on.
 constexpr double kLongestCatchUp = 1.0;
-// How near is touching, and how far has let go.
+// The distances at which a touch begins and ends.
 constexpr float kTouch = 0.004f;
 constexpr float kRelease = 0.008f;
 constexpr int kBisections = 6;

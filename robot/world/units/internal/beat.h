@@ -13,7 +13,7 @@ class Beat {
 
   bool isDue(ko::Clock::time_point now) {
     if (now < next) return false;
-    // Those that were missed are not made up.
+    // Missed beats are not made up.
     next = std::max(next + period, now);
     return true;
   }

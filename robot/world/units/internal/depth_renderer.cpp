@@ -20,7 +20,7 @@ Stretch depthsBetween(float bottom, float top, float up) {
   return {from, to};
 }
 
-/** Converts a depth, from 0 to kFarthest, which stands for nothing as well. */
+/** Converts a depth, from 0 to kFarthest, which also stands for no depth. */
 std::uint16_t toMillimetres(float depth) {
   const float millimetres = std::max(0.0f, depth * kMillimetres + 0.5f);
   return millimetres < kFarthest ? static_cast<std::uint16_t>(millimetres) : kFarthest;
@@ -67,7 +67,7 @@ void DepthRenderer::xAim(const cv::Size& newSize, const Math::Transform& camera)
   size = newSize;
   position = Math::position3DFromTransform(camera);
   heading = Math::pose2DFromTransform(camera).theta;
-  // Down is positive, as a turn about y.
+  // Pitch is positive downwards, like a rotation about y.
   sinPitch = std::clamp(-camera(2, 0), -1.0f, 1.0f);
   cosPitch = std::sqrt(1.0f - sinPitch * sinPitch);
   const auto width = static_cast<float>(size.width);

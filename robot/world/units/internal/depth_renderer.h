@@ -70,7 +70,7 @@ class QV_API DepthRenderer {
   const Scene& scene;
   const DepthOptics optics;
 
-  // Of the image that is being rendered.
+  // The state of the image in progress.
   cv::Size size;
   Math::Position3D position;
   float heading = 0.0f;

@@ -11,7 +11,7 @@ namespace QV::robot {
 namespace {
 
 constexpr int kModeBits = 0xff;
-// What lies lower than this is no floor to drive on.
+// A surface lower than this is no floor to drive on.
 constexpr float kFloorTolerance = 0.02f;
 
 constexpr std::array<float, 5> kFalseCoordinates{std::numeric_limits<float>::quiet_NaN(),

@@ -21,7 +21,7 @@ bool isHoleLaser(const Model::SensorConfig& config) {
   return kindOf(config).points == Model::PointMeaning::floor;
 }
 
-/** True if the configuration says all that a laser of its type needs. */
+/** True if the configuration has everything that a laser of its type needs. */
 bool isComplete(const Model::SensorConfig& config) {
   const Model::SensorProperties properties(config);
   return std::ranges::all_of(kindOf(config).properties, [&](const Model::PropertyRule& rule) {
@@ -29,7 +29,7 @@ bool isComplete(const Model::SensorConfig& config) {
   });
 }
 
-// A mode that two actuators command would show what the one wants, or the other.
+// A mode must have one actuator: with two it would show the value of either.
 void checkActuator(const std::string& name, const LaserUnit& laser, const LaserUnit& first) {
   if (laser.getActuator() == first.getActuator()) return;
   throw std::invalid_argument("laser \"" + name + "\": setOperationMode \"" + first.getActuator() +

@@ -19,7 +19,7 @@
 namespace QV::robot {
 namespace {
 
-// So close that a chair's leg at the end of the cone is not missed.
+// The spacing finds a chair's leg at the end of the cone.
 constexpr float kRaySpacing = 0.03f;
 constexpr std::array<float, 4> kFalseEchoes{std::numeric_limits<float>::quiet_NaN(), -1.0f, 0.0f,
                                             1e30f};
@@ -45,7 +45,7 @@ class SonarSources::Sonar {
   const std::string& getKey() const { return key; }
   float getNoEcho() const { return fan.getMaxRange() + SonarDriver::kNoEchoMargin; }
 
-  /** Infinity for no echo; nothing when it does not answer. */
+  /** Returns the range; infinity for no echo, std::nullopt if the sonar does not answer. */
   std::optional<float> measure() {
     const auto sample = channel.pass(noise.apply(fan.measureNearest()), ko::Clock::now());
     return sample ? std::optional<float>(sample->value) : std::nullopt;

@@ -14,7 +14,7 @@ namespace QV::robot {
 
 /**
  * The sonars of a robot, as the sonar driver asks for them; and the key of one that does not answer
- * holds no number. Safe from any thread.
+ * holds no number. Thread-safe.
  */
 class SonarSources {
  public:

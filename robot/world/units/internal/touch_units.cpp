@@ -15,7 +15,7 @@ namespace QV::robot {
 namespace {
 
 constexpr const char* kTouchEvent = NavigationContract::kTouchChangedEvent;
-// What the event calls a touch of this kind.
+// The number of this kind of touch in the event.
 constexpr int kBumperTouch = 2;
 constexpr ko::Duration kNonsensePeriod(500'000'000);
 
@@ -35,7 +35,7 @@ class TouchUnits::Bumper {
         channel(
             faults, [](bool pressed) { return pressed; }, [](bool pressed) { return !pressed; }) {}
 
-  /** True if what it tells of itself has changed; gone, it tells nothing. */
+  /** True if the bumper's reported state has changed; a bumper that is off reports nothing. */
   bool update(bool pressed, ko::Clock::time_point now) {
     const auto sample = channel.pass(pressed, now);
     return sample && std::exchange(told, sample->value) != sample->value;

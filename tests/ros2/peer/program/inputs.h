@@ -21,16 +21,16 @@ std::vector<std::uint8_t> encoded(const Parts&... parts) {
   return {begin, begin + cdr.getSerializedDataLength()};
 }
 
-/** What a robot or a tool publishes. */
+/** A message that a robot or tool publishes. */
 struct Input {
-  /** On the wire. */
+  /** The topic's DDS name. */
   std::string topic;
   std::string type;
   bool isKept = false;
   std::vector<std::uint8_t> cdr = {};
 };
 
-/** One of each that is listened to; the test has the same values. */
+/** Returns one message of each input topic; the test has the same values. */
 inline std::vector<Input> allInputs() {
   using std::string;
   const std::int32_t sec = 12;

@@ -76,7 +76,7 @@ class RawType : public fast::TopicDataType {
 struct Discovery : fast::DomainParticipantListener {
   template <typename Proxy>
   static void tell(const fast::DomainParticipant& self, const Proxy& proxy) {
-    // Its own are told, too.
+    // DDS reports the program's own endpoints, too.
     if (proxy.guid().guidPrefix == self.guid().guidPrefix) return;
     print("seen " + proxy.topicName().to_string() + " " +
           std::to_string(proxy.m_qos.m_userData.size()));
@@ -148,7 +148,7 @@ class Peer {
 
 constexpr std::chrono::milliseconds kPeriod{50};
 
-// Whoever started it ends it.
+// The test that started the program ends it.
 [[noreturn]] void writeOn(const std::vector<std::pair<fast::DataWriter*, Bytes>>& messages) {
   print("ready");
   while (true) {
