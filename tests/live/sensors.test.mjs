@@ -28,7 +28,7 @@ test('a sensor starts with its subscription, shows points, and stops with it', a
 
   await live.switchOf('LeftLaser', 'Subscribe').click();
   const sensor = await live.untilSensor('LeftLaser', ({ points }) => points.length > 0);
-  await row.getByText('started · for page 1').waitFor();
+  await row.getByText('started · page 1').waitFor();
   await untilPixels(live, LASER, (count) => count > 20);
   assert.deepEqual(sensor.subscribers, ['page 1']);
   await row.locator('.sensor-figures').filter({ hasText: /rate10\.\d Hzage0\.\d snearest\d\.\d\d m/ }).waitFor();
@@ -41,7 +41,7 @@ test('a sensor starts with its subscription, shows points, and stops with it', a
 test('a subscription ends with its page', async () => {
   const other = await LivePage.open(browser, program.url);
   await other.switchOf('FrontSonar', 'Subscribe').click();
-  await live.row('FrontSonar').getByText('started · for page 2').waitFor();
+  await live.row('FrontSonar').getByText('started · page 2').waitFor();
   assert.equal(await live.switchOf('FrontSonar', 'Subscribe').isChecked(), false);
   await other.close();
   await live.row('FrontSonar').getByText('no subscriber', { exact: true }).waitFor();
@@ -52,7 +52,7 @@ test('a sensor with two subscribers stops with the last of them', async () => {
   const { client, channels } = await connectViewer(program.port);
   const channel = channels.find(({ topic }) => topic.includes('FrontSonar'));
   const subscription = client.subscribe(channel.id);
-  await row.getByText('started · for foxglove viewer 1').waitFor();
+  await row.getByText('started · foxglove viewer 1').waitFor();
   await live.switchOf('FrontSonar', 'Subscribe').click();
   await live.untilSensor('FrontSonar', ({ subscribers }) => subscribers.length === 2);
 
@@ -67,12 +67,12 @@ test('a sensor with two subscribers stops with the last of them', async () => {
 test('a disabled or failed sensor stops although it has a subscriber, and comes back', async () => {
   const row = live.row('BackSonar');
   await live.switchOf('BackSonar', 'Subscribe').click();
-  await row.getByText('started · for page 1').waitFor();
+  await row.getByText('started · page 1').waitFor();
   for (const [label, why] of [['Enable', 'disabled'], ['Diagnosis', 'diagnosis bad']]) {
     await live.switchOf('BackSonar', label).click();
     await row.getByText(`${why} · page 1`).waitFor();
     await live.switchOf('BackSonar', label).click();
-    await row.getByText('started · for page 1').waitFor();
+    await row.getByText('started · page 1').waitFor();
   }
 });
 
