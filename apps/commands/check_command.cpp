@@ -143,6 +143,7 @@ int check(const CommonOptions& options) {
   const outlets::Format format = outlets::parseFormat(options.format, kListFormats);
   const QuietLog quiet;
   const auto session = openSession(options, format);
+  options.notePose(*session);
   const CheckedSensors sensors = checkAll(*session, options);
   const auto failed = std::count_if(sensors.begin(), sensors.end(),
                                     [](const auto& sensor) { return !sensor.works(); });

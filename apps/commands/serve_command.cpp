@@ -74,7 +74,11 @@ bool serveSession(ServeOptions& options, session::Session& session, ko::log::Log
 bool serve(ServeOptions& options) {
   // The log ring is made before the robot, to keep its errors of sensors that can't be built.
   ko::log::LogRing log;
-  if (options.replay.empty()) return serveSession(options, *options.openSession(), log);
+  if (options.replay.empty()) {
+    const auto session = options.openSession();
+    options.notePose(*session);
+    return serveSession(options, *session, log);
+  }
   ros2::SessionReplay run(session::findRecording(options.replay), options.robots.sensors);
   run.begin();
   return serveSession(options, run.getSession(), log);
