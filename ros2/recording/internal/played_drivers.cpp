@@ -112,7 +112,7 @@ void PlayedDrivers::xAddCameras() {
   }
 }
 
-// As for the log itself: a laser is on as soon as it is told.
+// A laser takes its mode at once, as for the log itself.
 float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
   const auto now = ko::Clock::now();
   auto& told = ranges[sonar];

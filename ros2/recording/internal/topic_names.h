@@ -20,7 +20,7 @@ inline constexpr char kTouch[] = "Touch";
 /** Returns what a topic may be called: "Sonar/Front_left" for "Sonar/Front-left". */
 QV_API std::string toGraphName(const std::string& text);
 
-/** Returns the topic of what a sensor's driver measured: "scan", "range", "contact" or "image". */
+/** Returns the topic of a sensor's measurements: "scan", "range", "contact" or "image". */
 inline std::string driverTopicOf(const std::string& sensor, const char* what) {
   return "/" + sensor + "/" + what;
 }
