@@ -13,7 +13,9 @@ namespace {
 
 using Time = ko::Clock::time_point;
 
-constexpr ko::Duration kComparePeriod{400'000'000};
+constexpr ko::Duration kComparePeriod{600'000'000};
+// Seconds: what passes at once between two comparisons counts as that at the most.
+constexpr double kLongestGap = 1.0;
 constexpr ko::Duration kHangs{200'000'000};
 // A tick that comes later than that has missed others, or the clock has jumped.
 constexpr ko::Duration kLongestTick{1'000'000'000};
@@ -48,6 +50,14 @@ bool isByReadings(const HealthFinding& finding) {
          (finding.state < HealthState::failing || finding.cause == HealthCause::readingThrows);
 }
 
+// None of the limits that ask for a judge can be passed before.
+void tellPatience(const HealthLimits& limits, SensorWatch& watch) {
+  constexpr double kLongest = 1e6;
+  const double least = std::min(limits.get(HealthLimit::age).value_or(kLongest),
+                                limits.get(HealthLimit::silence).value_or(kLongest));
+  watch.setPatience(static_cast<std::int64_t>(std::min(least, kLongest) * 1e9));
+}
+
 }  // namespace
 
 void HealthBoard::describe(const Sensor& sensor, const HealthNature& nature, ko::Duration period) {
@@ -60,6 +70,7 @@ void HealthBoard::describe(const Sensor& sensor, const HealthNature& nature, ko:
   entry.limits = HealthLimits(period);
   // What tells of changes is told rarely: two in 20 readings that make no sense are too many.
   if (!own.hasRate) entry.limits.set(HealthLimit::garbage, 0.05);
+  tellPatience(entry.limits, *sensor.watch);
 }
 
 void HealthBoard::setLimit(const std::string& sensor, HealthLimit limit,
@@ -67,7 +78,9 @@ void HealthBoard::setLimit(const std::string& sensor, HealthLimit limit,
   const Lock lock(mutex);
   xAddNew();
   const auto found = entries.find(sensor);
-  if (found != entries.end()) found->second.limits.set(limit, value);
+  if (found == entries.end()) return;
+  found->second.limits.set(limit, value);
+  tellPatience(found->second.limits, *found->second.sensor->watch);
 }
 
 std::optional<double> HealthBoard::getLimit(const std::string& sensor, HealthLimit limit) {
@@ -162,8 +175,17 @@ std::map<std::string, SensorHealth> HealthBoard::getAll() {
 void HealthBoard::xAddNew() {
   if (entries.size() == sensors.size()) return;
   for (const auto& [name, sensor] : sensors) {
-    if (sensor) entries[name].sensor = sensor.get();
+    if (!sensor) continue;
+    Entry& entry = entries[name];
+    entry.sensor = sensor.get();
+    tellPatience(entry.limits, *sensor->watch);
   }
+}
+
+void HealthBoard::xListGlances() {
+  if (glances.size() == entries.size()) return;
+  glances.clear();
+  for (auto& [name, entry] : entries) glances.push_back({entry.sensor->watch.get(), &name, &entry});
 }
 
 HealthMoment HealthBoard::xMoment() const {
@@ -187,15 +209,21 @@ const std::string* HealthBoard::xFindHanging(std::int64_t now) const {
 
 void HealthBoard::xJudgeAll(bool isTick) {
   xAddNew();
+  xListGlances();
   const HealthMoment moment = xMoment();
   const Time now{ko::Duration(moment.now)};
   xNoteJump(now);
   if (isTick) xCompareViews(now);
   const RobotMotion::State moved = motion.getState();
-  for (auto& [name, entry] : entries) {
+  for (Glance& glance : glances) {
+    if (isTick && glance.wasSound && glance.watch->isCalm(moment.now, moment.isMoving)) continue;
+    Entry& entry = *glance.entry;
     const HealthFinding finding = xJudge(entry, moment, isTick ? &moved : nullptr);
     if (finding.cause == HealthCause::old || finding.state == HealthState::starting) askedAt = now;
-    xSettle(name, entry, finding, moment);
+    xSettle(*glance.name, entry, finding, moment);
+    const bool isSound =
+        finding.state == HealthState::sound && entry.shown.state == HealthState::sound;
+    glance.wasSound = isSound && !entry.track.contradicted;
   }
   asksDevice = now - askedAt < kAsks;
 }
@@ -227,8 +255,9 @@ void HealthBoard::xNoteJump(Time now) {
   judgedByMachine = machine;
 }
 
-bool HealthBoard::xSees(const Entry& entry, Time now) {
-  const SensorWatch& watch = *entry.sensor->watch;
+bool HealthBoard::xSees(const Glance& glance, Time now) {
+  const SensorWatch& watch = *glance.watch;
+  const Entry& entry = *glance.entry;
   if (!watch.getNature().showsMotion || !entry.sensor->isStarted()) return false;
   const ReadingNotes notes = watch.getNotes();
   return notes.hasView && entry.limits.get(HealthLimit::disagreement).has_value() &&
@@ -240,24 +269,28 @@ void HealthBoard::xCompareViews(Time now) {
   if (passed >= ko::Duration::zero() && passed < kComparePeriod) return;
   const RobotMotion::State moved = motion.getState();
   const bool moves = moved.turned + moved.went > comparedMotion;
-  const double seconds = moves ? std::min(secondsBetween(comparedAt, now), 0.5) : 0.0;
+  const double seconds = moves ? std::min(secondsBetween(comparedAt, now), kLongestGap) : 0.0;
   comparedMotion = moved.turned + moved.went;
   comparedAt = now;
   const double nowInSeconds = static_cast<double>(inNs(now)) * 1e-9;
   sights.clear();
-  for (const auto& [name, entry] : entries) {
-    if (xSees(entry, now)) sights.push_back({&name, entry.sensor->watch->getView()});
+  for (const Glance& glance : glances) {
+    if (xSees(glance, now)) sights.push_back({glance.name, glance.watch->getView()});
   }
   for (std::size_t i = 0; i < sights.size(); ++i) {
     for (std::size_t j = i + 1; j < sights.size(); ++j) {
       contradictions.compare(sights[i], sights[j], nowInSeconds, std::max(seconds, 0.0));
     }
   }
-  for (auto& [name, entry] : entries) xFindContradiction(name, entry, nowInSeconds);
+  for (Glance& glance : glances) xFindContradiction(glance, nowInSeconds);
 }
 
-void HealthBoard::xFindContradiction(const std::string& name, Entry& entry, double now) const {
-  const auto told = contradictions.find(name, now);
+void HealthBoard::xFindContradiction(Glance& glance, double now) const {
+  const auto told = contradictions.find(*glance.name, now);
+  // What nothing contradicted before either need not be touched.
+  if (!told && glance.wasSound) return;
+  glance.wasSound = false;
+  Entry& entry = *glance.entry;
   entry.track.contradicted = told ? told->other : nullptr;
   if (!told) return;
   entry.track.contradiction = told->seconds;

@@ -82,6 +82,14 @@ class QV_API HealthBoard {
     std::array<int, kHealthStateCount> times = {1};
   };
   using Entries = std::map<std::string, Entry>;
+  /** What a tick looks at first: as a rule there is nothing to judge. */
+  struct Glance {
+    const SensorWatch* watch;
+    const std::string* name;
+    Entry* entry;
+    /** True if it was sound when it was judged last, and nothing contradicts it. */
+    bool wasSound = false;
+  };
   using Lock = std::unique_lock<std::mutex>;
 
   void xBeAsked();
@@ -90,13 +98,14 @@ class QV_API HealthBoard {
   HealthMoment xMoment() const;
   /** Finds the sensor whose reading does not return; null if none hangs. */
   const std::string* xFindHanging(std::int64_t now) const;
+  void xListGlances();
   void xJudgeAll(bool isTick);
   HealthFinding xJudge(Entry& entry, const HealthMoment& moment,
                        const RobotMotion::State* moved) const;
   void xNoteJump(ko::Clock::time_point now);
   void xCompareViews(ko::Clock::time_point now);
-  void xFindContradiction(const std::string& name, Entry& entry, double now) const;
-  static bool xSees(const Entry& entry, ko::Clock::time_point now);
+  void xFindContradiction(Glance& glance, double now) const;
+  static bool xSees(const Glance& glance, ko::Clock::time_point now);
   void xSettle(const std::string& name, Entry& entry, const HealthFinding& finding,
                const HealthMoment& moment);
   bool xIsHeld(const Entry& entry, const HealthFinding& finding, ko::Clock::time_point now) const;
@@ -110,6 +119,7 @@ class QV_API HealthBoard {
   std::atomic<bool> isOn{true};
   std::atomic<bool> isAsked{true};
   const Sensors& sensors;
+  std::vector<Glance> glances;
   Entries entries;
   Contradictions contradictions;
   std::vector<Contradictions::Sight> sights;

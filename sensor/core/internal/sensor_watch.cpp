@@ -1,5 +1,7 @@
 #include "sensor/core/internal/sensor_watch.h"
 
+#include <algorithm>
+
 #include "platform/ko/internal/time_source.h"
 
 namespace QV::sensor {
@@ -29,26 +31,18 @@ std::uint32_t shifted(std::uint32_t bits, bool newest) {
 
 }  // namespace
 
-const SensorWatch::Ledger& SensorWatch::xGet() const {
-  static const Ledger empty;
-  const Ledger* const own = ledger.load(std::memory_order_acquire);
-  return own ? *own : empty;
+void SensorWatch::setNature(const HealthNature& newNature) {
+  nature = newNature;
+  if (nature.showsMotion && !sight) sight = std::make_unique<Sight>();
 }
 
 PlanarView SensorWatch::getView() const {
-  const Ledger& book = xGet();
-  return book.sight ? book.sight->view.load() : PlanarView();
-}
-
-void SensorWatch::xOpenLedger() {
-  auto book = std::make_unique<Ledger>();
-  if (nature.showsMotion) book->sight = std::make_unique<Sight>();
-  ledger = book.release();
+  return sight ? sight->view.load() : PlanarView();
 }
 
 void SensorWatch::beginCall(HardwareCall newCall) {
-  if (!ledger.load()) xOpenLedger();
-  ledger.load()->callSince = nowInNs();
+  calmUntil = 0;
+  callSince = nowInNs();
   call = newCall;
   // Until it has said that it stopped.
   if (newCall == HardwareCall::stopping) return;
@@ -69,10 +63,11 @@ void SensorWatch::xBeginNotes() {
   leftOn = false;
   pendingGarbage = false;
   isOrdinary = false;
+  isStill = false;
   isFirstAwaited = nature.hasRate;
   ReadingNotes notes;
   notes.startedAt = nowInNs();
-  ledger.load()->notes.store(notes);
+  published.store(notes);
 }
 
 void SensorWatch::excuse(const char* why, bool measured) {
@@ -95,14 +90,15 @@ bool SensorWatch::xIsTooSoon(const std::vector<Math::MetricalData>& records) con
 void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   if (xIsTooSoon(records)) return xEndReading();
   const std::int64_t now = nowInNs();
-  SequenceLocked<ReadingNotes>& published = ledger.load()->notes;
   ReadingNotes notes = published.loadOwn();
   const bool hadRecords = notes.recordAt == notes.readAt;
   notes.failures = 0;
   notes.excuse = records.empty() ? pendingExcuse : nullptr;
   notes.isExcuseMeasured = isPendingMeasured;
   if (!records.empty() || notes.excuse) notes.answeredAt = now;
-  notes.garbage = shifted(notes.garbage, pendingGarbage.exchange(false));
+  // An exchange takes its time, and hardly ever finds any.
+  const bool cameAsGarbage = pendingGarbage && pendingGarbage.exchange(false);
+  notes.garbage = shifted(notes.garbage, cameAsGarbage);
   notes.changed = shifted(notes.changed, false);
   notes.readAt = now;
   if (!records.empty()) xNoteRecords(records, notes);
@@ -112,7 +108,33 @@ void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   if (notes.stamps > 1) isFirstAwaited = false;
   isOrdinary = !records.empty();
   lookedAt = now;
+  xNoteCalm(notes);
   xEndReading();
+}
+
+void SensorWatch::xNoteCalm(const ReadingNotes& notes) {
+  const bool isSilent = notes.recordAt != notes.readAt && !notes.excuse;
+  isSilentOnMove.store(isSilent && nature.silence == Model::Silence::whileMoving,
+                       std::memory_order_relaxed);
+  calmUntil.store(xFindCalm(notes), std::memory_order_release);
+}
+
+void SensorWatch::setPatience(std::int64_t value) {
+  patience = value;
+  calmUntil = 0;
+}
+
+// What goes on as it should needs no judge until its record is old.
+std::int64_t SensorWatch::xFindCalm(const ReadingNotes& notes) const {
+  const bool isZone = nature.points == Model::PointMeaning::zone;
+  if (notes.garbage != 0 || isStill || (isZone && notes.changed != 0)) return 0;
+  if (notes.recordAt != notes.readAt) {
+    const bool isReason = notes.excuse || isSilentOnMove || !nature.hasRate;
+    return isReason ? notes.readAt + patience : 0;
+  }
+  if (nature.hasRate && notes.stamps < 2) return 0;
+  const std::int64_t cameAt = nature.hasRate ? notes.readAt : notes.stampedAt;
+  return notes.readAt - std::max(cameAt - notes.digest.stamp, std::int64_t{0}) + patience;
 }
 
 void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
@@ -122,7 +144,6 @@ void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
     if (notes.digest.isGarbage) notes.garbage |= 1u;
   } else {
     static constexpr PlanarView::Shape kUnknown;
-    const Sight* const sight = ledger.load()->sight.get();
     PlanarView seen;
     xNoteDigest(digestOf(records, nature, sight ? sight->shape : kUnknown, seen), notes);
     if (sight && (!seen.isEmpty() || notes.hasView)) xNoteView(seen, notes);
@@ -140,11 +161,11 @@ bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records,
 }
 
 void SensorWatch::xNoteDigest(const ReadingDigest& digest, ReadingNotes& notes) {
-  std::int64_t& lastStamp = ledger.load()->lastStamp;
   const bool isFirst = notes.recordAt == 0;
   const bool isChanged = !isFirst && digest.fingerprint != notes.digest.fingerprint;
   if (isFirst || isChanged) ++notes.changes;
   if (isChanged) notes.changed |= 1u;
+  isStill = !isFirst && !isChanged && nature.showsMotion && digest.hasObstacle;
   if (digest.isGarbage) notes.garbage |= 1u;
   if (isFirst || digest.stamp != lastStamp) {
     ++notes.stamps;
@@ -155,20 +176,19 @@ void SensorWatch::xNoteDigest(const ReadingDigest& digest, ReadingNotes& notes) 
 }
 
 void SensorWatch::xNoteView(const PlanarView& seen, ReadingNotes& notes) {
-  Sight& sight = *ledger.load()->sight;
   notes.hasView = !seen.isEmpty();
   notes.axisX = seen.getAxisX();
   notes.axisY = seen.getAxisY();
-  sight.shape = seen.getShape();
-  sight.view.store(seen);
+  sight->shape = seen.getShape();
+  sight->view.store(seen);
 }
 
 void SensorWatch::failReading() {
-  SequenceLocked<ReadingNotes>& published = ledger.load()->notes;
   ReadingNotes notes = published.loadOwn();
   notes.readAt = nowInNs();
   ++notes.failures;
   published.store(notes);
+  calmUntil = 0;
   isOrdinary = false;
   xEndReading();
 }

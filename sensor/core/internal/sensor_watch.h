@@ -55,13 +55,12 @@ class alignas(64) SensorWatch {
  public:
   static constexpr int kWindow = 20;
 
-  ~SensorWatch() { delete ledger.load(); }
   SensorWatch() = default;
   SensorWatch(const SensorWatch&) = delete;
   SensorWatch& operator=(const SensorWatch&) = delete;
 
   /** Sets the nature, before the sensor is first started. */
-  void setNature(const HealthNature& newNature) { nature = newNature; }
+  void setNature(const HealthNature& newNature);
   const HealthNature& getNature() const { return nature; }
 
   /** Readings are noted, or only the first ones after a start. */
@@ -82,44 +81,42 @@ class alignas(64) SensorWatch {
   /** Something came in that made no sense. */
   void noteGarbage() { pendingGarbage = true; }
 
-  ReadingNotes getNotes() const { return xGet().notes.load(); }
+  ReadingNotes getNotes() const { return published.load(); }
   /** Returns what the last reading with records sees around it; empty where it does not look
    * around. */
   PlanarView getView() const;
   /** Returns when the reading began that is going on, ns; 0 for none. */
   std::int64_t getReadingSince() const { return readingSince; }
   HardwareCall getCall() const { return call; }
-  std::int64_t getCallSince() const { return xGet().callSince; }
+  std::int64_t getCallSince() const { return callSince; }
   bool isLeftOn() const { return leftOn; }
   bool hasThrown() const { return thrown; }
+
+  /** Sets for how long a record of a sound sensor counts as one, ns. */
+  void setPatience(std::int64_t value);
+  /** True if nothing was noted that could make a sound sensor any other; touches one line. */
+  bool isCalm(std::int64_t now, bool isMoving) const {
+    return on && now < calmUntil && readingSince == 0 && (isMoving || !isSilentOnMove);
+  }
 
  private:
   struct Sight {
     PlanarView::Shape shape;
     SequenceLocked<PlanarView> view;
   };
-  /** The part that is too large for sensors that nobody starts. */
-  struct Ledger {
-    SequenceLocked<ReadingNotes> notes;
-    /** The stamp of the last reading whose points were looked at. */
-    std::int64_t lastStamp = 0;
-    std::atomic<std::int64_t> callSince{0};
-    /** Null where it does not look around. */
-    std::unique_ptr<Sight> sight;
-  };
-
-  /** An empty one before the first call of the hardware. */
-  const Ledger& xGet() const;
-  void xOpenLedger();
   void xBeginNotes();
   void xNoteRecords(const std::vector<Math::MetricalData>& records, ReadingNotes& notes);
   void xNoteDigest(const ReadingDigest& digest, ReadingNotes& notes);
   void xNoteView(const PlanarView& seen, ReadingNotes& notes);
   bool xSkips(const std::vector<Math::MetricalData>& records, const ReadingNotes& notes);
   bool xIsTooSoon(const std::vector<Math::MetricalData>& records) const;
+  void xNoteCalm(const ReadingNotes& notes);
+  /** Returns until when what was just noted needs no judge; 0 if it does. */
+  std::int64_t xFindCalm(const ReadingNotes& notes) const;
   void xEndReading() { readingSince.store(0, std::memory_order_release); }
 
-  // All that a reading touches as a rule lies in one line of cache.
+  // All that a reading or a glance touches as a rule lies in one line of cache, the notes behind
+  // it.
   std::atomic<bool> on{true};
   std::atomic<bool> pendingGarbage{false};
   bool isPendingMeasured = false;
@@ -127,6 +124,10 @@ class alignas(64) SensorWatch {
   bool isOrdinary = false;
   /** True as long as no reading since the start has shown that its records are fresh. */
   bool isFirstAwaited = false;
+  /** True if the points stayed the same, though the robot's motion would change them. */
+  bool isStill = false;
+  /** True if the last look found nothing, which is no fault as long as the robot moves. */
+  std::atomic<bool> isSilentOnMove{false};
   std::uint8_t skipped = 0;
   std::atomic<HardwareCall> call{HardwareCall::none};
   /** Stopping failed last. */
@@ -136,9 +137,17 @@ class alignas(64) SensorWatch {
   const char* pendingExcuse = nullptr;
   std::atomic<std::int64_t> readingSince{0};
   std::int64_t lookedAt = 0;
+  /** The time until which it is calm, if no reading comes. */
+  std::atomic<std::int64_t> calmUntil{0};
   HealthNature nature;
-  std::atomic<Ledger*> ledger{nullptr};
+  SequenceLocked<ReadingNotes> published;
+  std::atomic<std::int64_t> patience{0};
+  /** Null where it does not look around. */
+  std::unique_ptr<Sight> sight;
+  /** The stamp of the last reading whose points were looked at. */
+  std::int64_t lastStamp = 0;
+  std::atomic<std::int64_t> callSince{0};
 };
-static_assert(sizeof(SensorWatch) == 64);
+static_assert(sizeof(SensorWatch) == 256);
 
 }  // namespace QV::sensor
