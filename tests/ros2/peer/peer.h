@@ -40,6 +40,9 @@ class Peer {
     fclose(out);
   }
 
+  /** Lets a peer that reads drive, too. */
+  void drive() { process.signal(SIGUSR1); }
+
   bool awaitReady() {
     return lines.awaitThat([](const Lines& said) { return said.isReady; });
   }

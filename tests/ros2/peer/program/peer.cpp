@@ -6,6 +6,7 @@
 // publishes one message of each topic that a robot or a tool does, again and again.
 
 #include <chrono>
+#include <csignal>
 #include <cmath>
 #include <cstdio>
 #include <cstdlib>
@@ -148,11 +149,15 @@ class Peer {
 
 constexpr std::chrono::milliseconds kPeriod{50};
 
+/** Set by SIGUSR1, which a reader that drives waits for. */
+volatile std::sig_atomic_t writes = 0;
+
 // The test that started the program ends it.
 [[noreturn]] void writeOn(const std::vector<std::pair<fast::DataWriter*, Bytes>>& messages) {
   print("ready");
   while (true) {
-    for (auto [writer, bytes] : messages) writer->write(&bytes);
+    for (auto [writer, bytes] : messages)
+      if (writes != 0) writer->write(&bytes);
     std::this_thread::sleep_for(kPeriod);
   }
 }
@@ -172,8 +177,10 @@ int main(int argc, char** argv) {
       Peer& peer = isStamped ? *peers.back() : *peers.front();
       messages.emplace_back(peer.write(input.topic, input.type, input.isKept), input.cdr);
     }
+    writes = 1;
     writeOn(messages);
   }
+  std::signal(SIGUSR1, [](int) { writes = 1; });
   Peer peer(std::atoi(argv[1]));
   for (int i = 4; i + 2 < argc; i += 3) peer.read(argv[i], argv[i + 1], argv[i + 2][0] == '1');
   messages.emplace_back(
