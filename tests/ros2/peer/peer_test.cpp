@@ -112,8 +112,8 @@ TEST_P(PeerTest, readsEveryTopicByteForByteAndDrives) {
   })) << testing::PrintToString(missing);
   // A blind zone says nothing while the robot moves.
   peer->drive();
-  EXPECT_TRUE(sut.runUntil(
-      [&] { return session->look().velocity == Math::Pose2D(0.25f, 0.0f, 0.125f); }));
+  EXPECT_TRUE(
+      sut.runUntil([&] { return session->look().velocity == Math::Pose2D(0.25f, 0.0f, 0.125f); }));
   recorder.finish();
   const auto said = peer->get();
   const auto recorded = digestsIn(folder / "run.mcap");
