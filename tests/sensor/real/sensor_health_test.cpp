@@ -344,6 +344,23 @@ TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
   EXPECT_TRUE(becomes("Right", late, 0.2));
 }
 
+TEST_F(SensorHealthTest, withoutLimitsNothingIsAFaultButWhatSaysThatItFails) {
+  for (std::size_t i = 0; i < kHealthLimitCount; ++i) {
+    const std::string name = getName(static_cast<HealthLimit>(i));
+    ASSERT_TRUE(sut->setHealthLimit(parseHealthRule(name + "=off")));
+  }
+  sut->subscribe("me");
+  for (const HealthCase& fault : kHealthCases) {
+    SCOPED_TRACE(fault.what);
+    faults.clear();
+    fault.fail(*this);
+    time.advance(boost::chrono::seconds(9));
+    EXPECT_THAT(faults, SizeIs(fault.state == failing ? 1 : 0));
+    fault.repair(*this);
+    EXPECT_TRUE(becomes("Left", sound, 1.9)) << health("Left").reason;
+  }
+}
+
 // The hardware's clock dates the records, and stands for the device manager's.
 TEST_F(SensorHealthTest, aWrongClockAloneChangesNoHealth) {
   const auto start = ko::Clock::now();
