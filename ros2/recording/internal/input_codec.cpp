@@ -114,7 +114,7 @@ void InputEncoder::add(qv_msgs::Inputs& inputs, const std::string& key, const QV
 
 void InputDecoder::xLearn(const std::vector<std::string>& newKeys) {
   for (const std::string& key : newKeys) {
-    keyBytes += sizeof key + key.size();
+    keyBytes += sizeof(std::string) + key.size();
     if (keyBytes > kMostKeyBytes) refuseInputs("names of keys of up to 16 MB", "more");
     keys.push_back(key);
   }
