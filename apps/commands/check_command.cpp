@@ -150,6 +150,7 @@ int check(const CommonOptions& options) {
   if (sensors.empty() && faults.empty())
     throw session::UsageError(options.robot.value_or(session->getTitle()) +
                               ": the robot has no sensors");
+  options.notePose(*session);
   if (format == outlets::Format::table) {
     printTable(sensors, faults, failed);
   } else {

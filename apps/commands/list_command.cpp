@@ -165,6 +165,7 @@ void listHealth(const CommonOptions& options, outlets::Format format) {
   const QuietLog quiet;
   const auto session = options.openSession();
   session->subscribe(kSubscriber, session->getManager().getFamilyNames());
+  options.notePose(*session);
   session->run(boost::chrono::seconds(3));
   outlets::JsonList list(std::cout, format);
   outlets::Table table({"sensor", "health", "reason", "remedy"});
@@ -212,8 +213,9 @@ void addListCommand(CLI::App& program, const session::OpenOptions& robots, int&)
   CLI::Option* health =
       command->add_flag("--health", options->wantsHealth, "show each sensor's health after 3 s");
   addWorld(*command, *options);
+  addPose(*command, *options);
   for (const char* name :
-       {"--map", "--seed", "--noise", "--drop-outs", "--people", "--fault", "--limit"}) {
+       {"--map", "--pose", "--seed", "--noise", "--drop-outs", "--people", "--fault", "--limit"}) {
     command->get_option(name)->needs(health);
   }
   command->add_option("--save", options->saved, "file for the description of --from-ros2 (URDF)")

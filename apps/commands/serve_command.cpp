@@ -62,6 +62,7 @@ bool serveSession(ServeOptions& options, session::Session& session, ko::log::Log
   if (options.record.isAsked() || options.graph.isAsked()) server.add(files);
   if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session.getManager()));
   warnIfOpen(server);
+  if (options.replay.empty()) options.notePose(session);
   options.record.getSummaryStream() << session.getTitle() << " at " << server.getUrl() << std::endl;
   while (!isInterrupted()) {
     options.graph.obey();
@@ -74,7 +75,10 @@ bool serveSession(ServeOptions& options, session::Session& session, ko::log::Log
 bool serve(ServeOptions& options) {
   // The log ring is made before the robot, to keep its errors of sensors that can't be built.
   ko::log::LogRing log;
-  if (options.replay.empty()) return serveSession(options, *options.openSession(), log);
+  if (options.replay.empty()) {
+    const auto session = options.openSession();
+    return serveSession(options, *session, log);
+  }
   ros2::SessionReplay run(session::findRecording(options.replay), options.robots.sensors);
   run.begin();
   return serveSession(options, run.getSession(), log);

@@ -11,6 +11,7 @@
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
 #include "apps/output/quiet_log.h"
+#include "apps/silent_sensors.h"
 #include "apps/subscriber.h"
 #include "apps/terminal/terminal.h"
 #include "apps/watch/watch.h"
@@ -26,7 +27,7 @@ constexpr char kWatchFooter[] =
     "subscribe, enable or diagnose it. The last error of a sensor stays until the next one. Bad\n"
     "sensors are red. The screen updates 10 times a second. Ctrl-Z stops the program, fg "
     "continues\n"
-    "it.";
+    "it. The exit status of --once is 1 if a subscribed sensor gave no record.";
 
 struct WatchOptions : CommonOptions {
   bool once = false;
@@ -34,12 +35,15 @@ struct WatchOptions : CommonOptions {
   OutputFiles record;
 };
 
-void watchOnce(const WatchOptions& options) {
+int watchOnce(const WatchOptions& options) {
   const auto session = options.openSession();
   Watch watch(*session);
   session->subscribe(kSubscriber, options.namesFor(session->getManager()));
+  options.notePose(*session);
   session->run(session->getSettlingTime());
-  std::cout << watchTable(watch.look(), getLineWidth());
+  const WatchState& state = watch.look();
+  std::cout << watchTable(state, getLineWidth());
+  return reportSilent(findSilent(state.seen));
 }
 
 // After a long stop (Ctrl-Z) the session does not catch up.
@@ -105,7 +109,7 @@ void addWatchCommand(CLI::App& program, const session::OpenOptions& robots, int&
   command->callback([options, &status] {
     const QuietLog quiet(!options->once);
     if (options->once) {
-      watchOnce(*options);
+      status = watchOnce(*options);
     } else if (!watchOn(*options)) {
       status = kIncomplete;
     }

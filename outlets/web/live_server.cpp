@@ -3,6 +3,8 @@
 #include <algorithm>
 #include <chrono>
 #include <exception>
+#include <optional>
+#include <variant>
 
 #include "outlets/foxglove/internal/foxglove_feed.h"
 #include "outlets/outlet.h"
@@ -14,6 +16,7 @@
 #include "outlets/web/internal/web_server.h"
 #include "platform/ko/log.h"
 #include "session/internal/command.h"
+#include "session/internal/goal_search.h"
 
 namespace QV::outlets {
 namespace {
@@ -31,6 +34,13 @@ std::vector<std::shared_ptr<WebOutlet>> makeWebOutlets(session::Session& robot,
                                                        RequestQueue& requests, bool viewerDrive) {
   return {std::make_shared<PageFeed>(robot, requests),
           std::make_shared<FoxgloveFeed>(robot, viewerDrive ? &requests : nullptr)};
+}
+
+/** True for what ends the search for a goal that somebody gave before. */
+bool takesTheWheel(const session::Command& command) {
+  return std::holds_alternative<session::GoalCommand>(command) ||
+         std::holds_alternative<session::DriveCommand>(command) ||
+         std::holds_alternative<session::StopCommand>(command);
 }
 
 }  // namespace
@@ -52,6 +62,7 @@ class LiveServer::Impl {
 
   void obey(const session::Demand& demand) {
     for (const LiveRequest& request : requests.takeUntil(ranUntil + kTick)) execute(request);
+    goOnToGoal();
     session.setDemand(demand);
   }
 
@@ -66,9 +77,22 @@ class LiveServer::Impl {
 
   void execute(const LiveRequest& request) {
     try {
-      session::execute(session, kSubscriber, request.command);
+      if (takesTheWheel(request.command)) search.reset();
+      const auto* goal = std::get_if<session::GoalCommand>(&request.command);
+      if (!goal) return session::execute(session, kSubscriber, request.command);
+      search.emplace(session, goal->position);
+      refuseGoal = request.refuse;
     } catch (const std::exception& exception) {
       request.refuse(exception.what());
+    }
+  }
+
+  void goOnToGoal() {
+    try {
+      if (search && search->finish()) search.reset();
+    } catch (const std::exception& exception) {
+      search.reset();
+      refuseGoal(exception.what());
     }
   }
 
@@ -82,6 +106,8 @@ class LiveServer::Impl {
   ko::log::LogRing& log;
   RequestQueue requests;
   session::Session& session;
+  std::optional<session::GoalSearch> search;
+  RequestQueue::Refusal refuseGoal;
   OutletList outlets;
   const std::vector<std::shared_ptr<WebOutlet>> webOutlets;
   LiveHub hub;

@@ -5,7 +5,6 @@
 #include <numbers>
 
 #include "platform/ko/log.h"
-#include "session/internal/find_route.h"
 #include "session/internal/number_text.h"
 #include "session/internal/seconds.h"
 #include "session/internal/steering.h"
@@ -42,15 +41,23 @@ void Driver::drive(const Math::Pose2D& velocity, ko::Duration hold) {
   robot.drive(velocity);
 }
 
-void Driver::setGoal(const Math::Position2D& position) {
+RouteQuestion Driver::askForRoute(const Math::Position2D& position) const {
   const auto map = robot.getMap();
   if (!map) throw UsageError("goals need a map; this robot has none");
   const Math::Position2D from = Math::position2DFromPose2D(robot.getPose());
-  const auto route = findRoute(*map, from, position, robot.getRadius() + kMargin);
+  return {map, from, position, robot.getRadius() + kMargin};
+}
+
+void Driver::setGoal(const Math::Position2D& position) {
+  setGoal(position, findRoute(askForRoute(position)));
+}
+
+void Driver::setGoal(const Math::Position2D& position, const std::vector<Math::Position2D>& route) {
   if (route.empty()) {
     throw UsageError("the robot can't get to " + describe(position) + " m: no free path");
   }
   stop();
+  const Math::Position2D& from = route.front();
   if (Math::norm(Math::Position2D(position.x - from.x, position.y - from.y)) < kArrived) return;
   goal = position;
   ko::log::info("Session", "setGoal") << "the robot drives to " << describe(position) << " m";

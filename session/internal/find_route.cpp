@@ -5,6 +5,8 @@
 #include <queue>
 #include <utility>
 
+#include "session/internal/route_cells.h"
+
 namespace QV::session {
 namespace {
 
@@ -14,19 +16,17 @@ constexpr float kMostCells = 1e9f;
 /** The search for the shortest way between cells, each to its eight neighbours. */
 class RouteSearch {
  public:
-  RouteSearch(const OccupancyMap& map, float radius)
+  RouteSearch(const OccupancyMap& map, float radius, const std::atomic<bool>* isGivenUp)
       : map(map),
+        isGivenUp(isGivenUp),
         toMap(Math::pinv(map.getOrigin())),
         radius(radius),
-        roomMap(map, radius + map.getResolution()),
-        room(roomMap.getCells()),
-        cost(room.size(), INFINITY),
-        before(room.size(), cv::Point(-1, -1)) {}
+        cells(map, radius + map.getResolution()) {}
 
   std::vector<Math::Position2D> find(const Math::Position2D& from, const Math::Position2D& to) {
     const cv::Point start = cellOf(from);
     const cv::Point end = cellOf(to);
-    if (!isInside(start) || !isInside(end) || room(end) < radius) return {};
+    if (!isInside(start) || !isInside(end) || cells.at(end).room < radius) return {};
     if (!search(start, end)) return {};
     std::vector<Math::Position2D> route = straighten(cellsTo(end));
     route.front() = from;
@@ -50,15 +50,15 @@ class RouteSearch {
   bool isInside(const cv::Point& cell) const { return map.isInside(cell.x, cell.y); }
 
   // A route may leave a narrow place towards wider ones.
-  bool canGo(const cv::Point& from, const cv::Point& to) const {
-    return isInside(to) && room(to) >= std::min(radius, room(from));
+  bool canGo(const cv::Point& from, const cv::Point& to) {
+    return isInside(to) && cells.at(to).room >= std::min(radius, cells.at(from).room);
   }
 
   bool search(const cv::Point& start, const cv::Point& end) {
     std::priority_queue<Entry, std::vector<Entry>, std::greater<>> open;
-    cost(start) = 0.0f;
+    cells.at(start).cost = 0.0f;
     open.push({0.0f, {start.x, start.y}});
-    while (!open.empty()) {
+    while (!open.empty() && !(isGivenUp && *isGivenUp)) {
       const cv::Point cell(open.top().second.first, open.top().second.second);
       open.pop();
       if (cell == end) return true;
@@ -66,10 +66,10 @@ class RouteSearch {
         for (int dx = -1; dx <= 1; ++dx) {
           const cv::Point next = cell + cv::Point(dx, dy);
           const float reached =
-              cost(cell) + std::hypot(static_cast<float>(dx), static_cast<float>(dy));
-          if (!canGo(cell, next) || reached >= cost(next)) continue;
-          cost(next) = reached;
-          before(next) = cell;
+              cells.at(cell).cost + std::hypot(static_cast<float>(dx), static_cast<float>(dy));
+          if (!canGo(cell, next) || reached >= cells.at(next).cost) continue;
+          cells.at(next).cost = reached;
+          cells.at(next).step = static_cast<uchar>(3 * (dy + 1) + dx + 1);
           open.push({reached + static_cast<float>(cv::norm(end - next)), {next.x, next.y}});
         }
       }
@@ -77,14 +77,16 @@ class RouteSearch {
     return false;
   }
 
-  std::vector<cv::Point> cellsTo(const cv::Point& end) const {
-    std::vector<cv::Point> cells;
-    for (cv::Point cell = end; cell.x >= 0; cell = before(cell)) cells.push_back(cell);
-    std::reverse(cells.begin(), cells.end());
-    return cells;
+  std::vector<cv::Point> cellsTo(const cv::Point& end) {
+    std::vector<cv::Point> way{end};
+    for (int step = 0; (step = cells.at(way.back()).step) != RouteCells::kNoStep;) {
+      way.push_back(way.back() - cv::Point(step % 3 - 1, step / 3 - 1));
+    }
+    std::reverse(way.begin(), way.end());
+    return way;
   }
 
-  bool isStraight(const cv::Point& from, const cv::Point& to) const {
+  bool isStraight(const cv::Point& from, const cv::Point& to) {
     cv::Point last = from;
     const int steps = 2 * std::max(std::abs(to.x - from.x), std::abs(to.y - from.y));
     for (int i = 1; i <= steps; ++i) {
@@ -95,12 +97,12 @@ class RouteSearch {
     return true;
   }
 
-  std::vector<Math::Position2D> straighten(const std::vector<cv::Point>& cells) const {
+  std::vector<Math::Position2D> straighten(const std::vector<cv::Point>& way) {
     std::vector<Math::Position2D> route;
-    for (std::size_t i = 0; i < cells.size();) {
-      route.push_back(map.getCellCentre(cells[i].x, cells[i].y));
+    for (std::size_t i = 0; i < way.size();) {
+      route.push_back(map.getCellCentre(way[i].x, way[i].y));
       std::size_t next = i + 1;
-      while (next + 1 < cells.size() && isStraight(cells[i], cells[next + 1])) ++next;
+      while (next + 1 < way.size() && isStraight(way[i], way[next + 1])) ++next;
       i = next;
     }
     if (route.size() == 1) route.push_back(route.front());
@@ -108,19 +110,22 @@ class RouteSearch {
   }
 
   const OccupancyMap& map;
+  const std::atomic<bool>* const isGivenUp;
   const Math::Pose2D toMap;
   const float radius;
-  const RoomMap roomMap;
-  const cv::Mat_<float>& room;
-  cv::Mat_<float> cost;
-  cv::Mat_<cv::Point> before;
+  RouteCells cells;
 };
 
 }  // namespace
 
 std::vector<Math::Position2D> findRoute(const OccupancyMap& map, const Math::Position2D& from,
                                         const Math::Position2D& to, float radius) {
-  return RouteSearch(map, radius).find(from, to);
+  return RouteSearch(map, radius, nullptr).find(from, to);
+}
+
+std::vector<Math::Position2D> findRoute(const RouteQuestion& question,
+                                        const std::atomic<bool>* isGivenUp) {
+  return RouteSearch(*question.map, question.radius, isGivenUp).find(question.from, question.to);
 }
 
 }  // namespace QV::session

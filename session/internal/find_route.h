@@ -1,13 +1,23 @@
 #pragma once
 
+#include <atomic>
 #include <vector>
+
+#include <boost/smart_ptr/shared_ptr.hpp>
 
 #include "platform/api.h"
 #include "platform/math/position.h"
 #include "platform/navigation/occupancy_map.h"
-#include "session/internal/room_map.h"
 
 namespace QV::session {
+
+/** The way that is wanted of a robot of `radius`, metres. */
+struct RouteQuestion {
+  boost::shared_ptr<const OccupancyMap> map;
+  Math::Position2D from;
+  Math::Position2D to;
+  float radius = 0.0f;
+};
 
 /**
  * A short way of straight lines from `from` to `to` on which a robot of `radius` (m) keeps away
@@ -16,5 +26,8 @@ namespace QV::session {
 QV_API std::vector<Math::Position2D> findRoute(const OccupancyMap& map,
                                                const Math::Position2D& from,
                                                const Math::Position2D& to, float radius);
+/** The same on any thread; empty, too, once `isGivenUp`. */
+std::vector<Math::Position2D> findRoute(const RouteQuestion& question,
+                                        const std::atomic<bool>* isGivenUp = nullptr);
 
 }  // namespace QV::session

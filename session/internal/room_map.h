@@ -2,13 +2,20 @@
 
 #include <opencv2/core.hpp>
 
+#include "platform/api.h"
 #include "platform/math/position.h"
 #include "platform/navigation/occupancy_map.h"
 
 namespace QV::session {
 
+/**
+ * The distances from the cells of an area to the nearest that is not free, metres, up to `most`.
+ * No cell beyond the map is free.
+ */
+cv::Mat_<float> roomIn(const OccupancyMap& map, const cv::Rect& area, float most);
+
 /** The room about each place of a map. Metres. Reading is thread-safe. */
-class RoomMap {
+class QV_API RoomMap {
  public:
   /** Distances up to `most`. The map must outlive this. */
   RoomMap(const OccupancyMap& map, float most);

@@ -71,9 +71,10 @@ test('five seconds of silence count as a lost connection until the next message'
 });
 
 test('a server open to other machines prints a warning', async () => {
-  const alone = await serve(PORTER);
+  const porter = [...PORTER, '--pose', '3,6.3,0'];
+  const alone = await serve(porter);
   assert.equal(await alone.stop(), '');
-  const open = await serve([...PORTER, '--address', '0.0.0.0']);
+  const open = await serve([...porter, '--address', '0.0.0.0']);
   assert.equal((await fetch(`http://127.0.0.1:${open.port}/`)).status, 200);
   assert.match(await open.stop(), /^qvsensors: warning: every machine that can connect to port \d+ can watch and drive this robot\n$/);
 });

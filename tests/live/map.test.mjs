@@ -123,7 +123,12 @@ test('the readout shows the place under the pointer, and the tape a distance', a
   const [, length] = (await live.page.locator('#notice').innerText()).match(/^(\S+) m at 53°/);
   assert.ok(Math.abs(Number(length) - Math.hypot(to[0] - from[0], to[1] - from[1])) < 0.03, `${length} m from ${from} to ${to}`);
   await live.page.keyboard.press('Escape');
-  assert.equal(live.state.goal, null);
+  await live.page.keyboard.press('m');
+  for (const key of ['Shift+ArrowUp', 'Shift+ArrowUp', 'Shift+ArrowRight']) await live.page.keyboard.press(key);
+  assert.match(await live.page.locator('#notice').innerText(), /^2\.24 m at 63°: 1\.00 m in x, 2\.00 m in y$/);
+  for (const key of ['Enter', 'ArrowLeft', 'Escape']) await live.page.keyboard.press(key);
+  const { goal, pose } = await live.until(() => true);
+  assert.deepEqual([goal, pose], [null, { x: 3, y: 6.3, theta: 0 }]);
 });
 
 test('all of a large map is seen on a phone, and the page never waits for it', async (context) => {

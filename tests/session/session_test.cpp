@@ -4,6 +4,9 @@
 
 #include "session/internal/command.h"
 #include "session/internal/find_route.h"
+#include "session/internal/goal_search.h"
+#include "session/internal/room_map.h"
+#include "session/internal/route_cells.h"
 #include "session/internal/session_listener.h"
 #include "session/usage_error.h"
 #include "tests/session/session_in_room.h"
@@ -149,6 +152,25 @@ TEST_P(SessionTest, goesToAGoalBehindIt) {
             "the robot can't get to 20.00, 3.00 m: no free path");
 }
 
+TEST_P(SessionTest, findsARouteOnAnotherThreadAndAgainIfTheRobotHasMoved) {
+  GoalSearch search(*sut, {2.0f, 4.5f});
+  driveOn(0.5f);
+  search.wait();
+  EXPECT_FALSE(search.finish());
+  const Math::Pose2D standing = sut->getPose();
+  sut->keepPace(kSecond);
+  EXPECT_EQ(sut->getPose(), standing);
+  search.wait();
+  EXPECT_TRUE(search.finish());
+  const Snapshot at = sut->look();
+  EXPECT_EQ(at.goal, Math::Position2D(2.0f, 4.5f));
+  EXPECT_EQ(at.route.front(), Math::position2DFromPose2D(at.pose));
+  GoalSearch none(*sut, {20.0f, 3.0f});
+  none.wait();
+  EXPECT_EQ(errorOf([&] { none.finish(); }), "the robot can't get to 20.00, 3.00 m: no free path");
+  EXPECT_EQ(sut->look().goal, at.goal);
+}
+
 TEST_P(SessionTest, aFaultIsListedUntilItIsCleared) {
   const FaultCommand stuck{"FrontSonar", robot::FaultKind::stuck};
   if (!GetParam()) {
@@ -265,6 +287,19 @@ TEST(FindRoute, goesAroundAWallAndKeepsItsDistance) {
   EXPECT_NEAR(length, 2.0f * std::hypot(3.0f, 4.3f), 0.6f);
   EXPECT_THAT(findRoute(map, from, to, 0.6f), IsEmpty());
   EXPECT_THAT(findRoute(map, from, {6.05f, 3.0f}, 0.3f), IsEmpty());
+}
+
+TEST(FindRoute, seesTheSameRoomInTilesAsOnTheWholeMap) {
+  constexpr float kMost = 0.7f;
+  OccupancyMap map(300, 140, 0.1f, {}, 0.0f);
+  for (int i = 0; i < 60; ++i) map.setOccupancy(i * 7919 % 300, i * 104729 % 140, 1.0f);
+  const RoomMap whole(map, kMost);
+  RouteCells sut(map, kMost);
+  for (cv::Point cell; cell.y < map.getHeight(); ++cell.y) {
+    for (cell.x = 0; cell.x < map.getWidth(); ++cell.x) {
+      ASSERT_EQ(sut.at(cell).room, whole.getCells()(cell)) << cell;
+    }
+  }
 }
 
 }  // namespace

@@ -7,6 +7,7 @@
 #include "outlets/web/internal/depth_frames.h"
 #include "outlets/web/internal/map_tiles.h"
 #include "outlets/web/internal/page_points.h"
+#include "outlets/web/internal/robot_outline.h"
 
 namespace QV::outlets {
 namespace {
@@ -56,6 +57,14 @@ Json toJson(const session::SensorState& sensor) {
           {"fieldOfView", toJson(sensor.view)},
           {"means", getName(sensor.points)},
           {"points", std::move(points)}};
+}
+
+Json pairsOf(const std::vector<Math::Position2D>& positions) {
+  Json pairs = Json::array();
+  for (const auto& position : positions) {
+    pairs.push_back({rounded(position.x), rounded(position.y)});
+  }
+  return pairs;
 }
 
 Json toJson(const session::TouchState& touch) {
@@ -119,12 +128,14 @@ Json describeWorld(session::Session& robot, int mapLevels) {
   const auto families = robot.getManager().getFamilyNames();
   for (const std::string& family : families) colours[family] = toText(colourOfFamily(family));
   const std::string depthSensor = findDepthSensor(robot);
+  const Model::Robot* const body = robot.getDescription();
   return {{"op", "hello"},
           {"world", robot.getFrame() == session::Frame::map ? "simulated" : "virtual"},
           {"title", robot.getTitle()},
           {"run", newRun()},
           {"map", toJson(robot.getMap(), mapLevels)},
           {"radius", rounded(robot.getRadius())},
+          {"outline", pairsOf(body ? outlineOf(*body) : std::vector<Math::Position2D>())},
           {"canDrive", !robot.getLength()},
           {"hasPeople", !robot.look().people.empty()},
           {"families", families},
@@ -139,14 +150,6 @@ std::string helloMessage(Json world, const std::string& subscriber) {
 }
 
 std::string pageStateOf(const session::Snapshot& snapshot) {
-  Json people = Json::array();
-  for (const auto& person : snapshot.people) {
-    people.push_back({rounded(person.x), rounded(person.y)});
-  }
-  Json route = Json::array();
-  for (const auto& corner : snapshot.route) {
-    route.push_back({rounded(corner.x), rounded(corner.y)});
-  }
   return toText({{"op", "state"},
                  {"time", inNanoseconds(snapshot.time)},
                  {"paused", snapshot.paused},
@@ -155,9 +158,9 @@ std::string pageStateOf(const session::Snapshot& snapshot) {
                  {"pose", roundedPoseOf(snapshot.pose)},
                  {"velocity", roundedPoseOf(snapshot.velocity)},
                  {"goal", toJson(snapshot.goal)},
-                 {"route", std::move(route)},
+                 {"route", pairsOf(snapshot.route)},
                  {"sensors", toArray(snapshot.sensors)},
-                 {"people", std::move(people)},
+                 {"people", pairsOf(snapshot.people)},
                  {"touches", toArray(snapshot.touches)},
                  {"faults", snapshot.faults}});
 }

@@ -14,7 +14,8 @@ export class DepthPanel {
     image.width = width;
     image.height = height;
     image.alt = `Depth image of ${sensor} with ${count(components, 'component')}`;
-    setText(byId('depth-caption'), `${count(components, 'component')}, ${beyond} pixels beyond range`);
+    const farOff = beyond > 0 ? `, ${count(beyond, 'pixel')} beyond range` : '';
+    setText(byId('depth-caption'), count(components, 'component') + farOff);
     setHidden(image, false);
     setHidden(byId('depth-empty'), true);
     this.#show();

@@ -2,11 +2,8 @@
 
 import { setAttribute } from './dom.js';
 import { fixed } from './format.js';
+import { stepOf } from './keyboard.js';
 import { notify } from './notices.js';
-
-const STEP = 0.1;       // m
-const LONG_STEP = 1.0;  // m
-const DIRECTIONS = { ArrowUp: [0, 1], ArrowDown: [0, -1], ArrowLeft: [-1, 0], ArrowRight: [1, 0] };
 
 function describe({ x, y }) {
   return `Goal at x ${fixed(x, 2)} m, y ${fixed(y, 2)} m`;
@@ -75,15 +72,16 @@ export class GoalPicker {
   /** Handles a key while a goal is picked; returns true if it was used. */
   takeKey(event) {
     if (!this.isPicking) return false;
+    const step = stepOf(event);
     if (event.key === 'Enter') this.pick(this.#view.picked);
-    else if (DIRECTIONS[event.key]) this.#moveBy(DIRECTIONS[event.key], event.shiftKey ? LONG_STEP : STEP);
+    else if (step) this.#moveBy(step);
     else return false;
     return true;
   }
 
-  #moveBy([right, up], step) {
+  #moveBy([right, up]) {
     const { x, y } = this.#view.picked;
-    this.#view.picked = { x: x + right * step, y: y + up * step };
+    this.#view.picked = { x: x + right, y: y + up };
     notify(`${describe(this.#view.picked)}. Press Enter to send the robot.`);
   }
 

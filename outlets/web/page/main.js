@@ -24,7 +24,9 @@ import { Tooltip } from './tooltip.js';
 import { Welcome } from './welcome.js';
 
 const ZOOM_STEP = 1.3;
-const DRIVE_HELP = 'Arrow keys drive. Drag from the robot, or press g, to set a goal. Escape stops. ';
+const DRIVE_HELP = 'Arrow keys drive. Escape stops. ';
+const GOAL_HELP = 'Drag from the robot, or press g, to set a goal. ';
+const SPACE_HELP = 'Drag or Shift+arrow keys: turn the view. Wheel, + and −: zoom. 0: first view.';
 const HELP = 'Click a point to see its record. Drag or Shift+arrow keys: move the map. Wheel, pinch, + and −: zoom. 0: whole map.';
 // Pixels around a point: fingers are wide.
 const CLICK_REACH = 14;
@@ -55,7 +57,11 @@ const depth = new DepthPanel();
 const log = new LogPanel();
 const robot = new RobotView();
 const readout = new MapReadout(byId('map'), map);
-const space = new SpacePanel((on) => connection.send({ op: 'space', on }));
+const space = new SpacePanel((on) => connection.send({ op: 'space', on }), () => {
+  goal.cancel();
+  tape.putAway();
+  tellHelp();
+});
 const restart = new RestartNotice();
 new Tooltip();
 new MapGestures(byId('map'), map, {
@@ -67,6 +73,11 @@ new MapGestures(byId('map'), map, {
   },
 });
 map.onDraw = () => readout.refresh();
+
+function tellHelp() {
+  const ofMap = (goal.isPossible ? GOAL_HELP : '') + HELP;
+  setText(byId('map-help'), (drive.isPossible ? DRIVE_HELP : '') + (space.isOn ? SPACE_HELP : ofMap));
+}
 
 function follow(on) {
   map.follows = on;
@@ -98,6 +109,7 @@ for (const [id, action] of Object.entries(controls)) byId(id).addEventListener('
 
 listenToKeys({
   goal,
+  tape,
   drive,
   view: map,
   onKey: {
@@ -105,9 +117,9 @@ listenToKeys({
     '=': controls['zoom-in'],
     '-': controls['zoom-out'],
     0: fit,
-    f: controls.follow,
-    g: () => goal.togglePicking(),
-    m: () => tape.toggle(),
+    f: () => space.isOn || controls.follow(),
+    g: () => space.isOn || goal.togglePicking(),
+    m: () => space.isOn || tape.toggle(),
     ' ': () => time.togglePause(),
     '.': () => time.step(),
     Escape: stop,
@@ -121,7 +133,7 @@ const receivers = {
     goal.isPossible = drive.isPossible = message.canDrive;
     setHidden(byId('drive-tools'), !message.canDrive);
     setHidden(byId('stick'), !message.canDrive);
-    setText(byId('map-help'), (message.canDrive ? DRIVE_HELP : '') + HELP);
+    tellHelp();
     setFamilyColours(message.colours);
     restart.setWorld(message, sensors.wanted);
     welcome.setWorld(message);

@@ -38,28 +38,44 @@ export function robotRadius(viewport, radius) {
   return Math.max(radius * viewport.scale, 8);
 }
 
-/** Draws the robot's outline to scale; a very small robot gets a mark around it. */
-export function drawRobot(context, viewport, theme, pose, radius) {
+/** Draws the robot's `outline` (in its own frame) to scale, a disc where it has none; a very small robot gets a mark around it. */
+export function drawRobot(context, viewport, theme, pose, { radius, outline }) {
   const [left, top] = viewport.toCanvas(pose.x, pose.y);
   const size = robotRadius(viewport, radius);
+  const isSmall = size > radius * viewport.scale + 1;
   context.save();
   context.translate(left, top);
   context.rotate(-pose.theta);
   context.fillStyle = theme.surface;
   context.strokeStyle = theme.ink;
   context.lineWidth = 2;
-  disc(context, size);
+  if (isSmall) disc(context, size);
+  else rim(context, viewport.scale, radius, outline);
   context.fill();
   context.stroke();
-  if (size > radius * viewport.scale + 1) {
+  if (isSmall) {
     context.lineWidth = 1;
-    disc(context, radius * viewport.scale);
+    rim(context, viewport.scale, radius, outline);
     context.stroke();
   }
-  arrowPath(context, size);
+  arrowPath(context, isSmall ? size : arrowSize(viewport.scale, size, outline));
   context.fillStyle = theme.ink;
   context.fill();
   context.restore();
+}
+
+function rim(context, scale, radius, outline) {
+  if (outline.length === 0) return disc(context, radius * scale);
+  context.beginPath();
+  for (const [x, y] of outline) context.lineTo(x * scale, -y * scale);
+  context.closePath();
+}
+
+// No longer than the room ahead of the robot's middle, nor wider than the robot.
+function arrowSize(scale, size, outline) {
+  const reach = (along) => scale * Math.max(0, ...outline.map(along));
+  if (outline.length === 0) return size;
+  return Math.max(8, Math.min(size, reach(([x]) => x), 1.6 * reach(([, y]) => Math.abs(y))));
 }
 
 function disc(context, size) {

@@ -19,7 +19,8 @@ export class MapView {
   viewport = new Viewport();
   /** The last state message, with robot and people at their drawn places; or null. */
   state = null;
-  radius = 0.3;
+  /** What is told of the robot's body: radius, and outline in its own frame, pairs. */
+  body = { radius: 0.3, outline: [] };
   /** Called after each picture. */
   onDraw = () => {};
 
@@ -49,7 +50,7 @@ export class MapView {
   }
 
   setWorld(hello) {
-    this.radius = hello.radius;
+    this.body = { radius: hello.radius, outline: hello.outline };
     this.#trail.clear();
     const before = JSON.stringify(this.#map?.box);
     this.#map = hello.map ? new WorldMap(hello.map, this.#tiles) : null;
@@ -132,7 +133,7 @@ export class MapView {
   isOnRobot(left, top, reach) {
     if (!this.state) return false;
     const [x, y] = this.viewport.toCanvas(this.state.pose.x, this.state.pose.y);
-    return Math.hypot(left - x, top - y) <= Math.max(robotRadius(this.viewport, this.radius), reach);
+    return Math.hypot(left - x, top - y) <= Math.max(robotRadius(this.viewport, this.body.radius), reach);
   }
 
   /** The sensor's point {sensor, x, y} that is nearest to a point of the canvas, within `reach` pixels; or null. */
@@ -221,7 +222,7 @@ export class MapView {
     if (goal) drawGoal(context, viewport, theme, goal);
     if (this.#picked) drawPicked(context, viewport, theme, pose, this.#picked);
     for (const person of people) drawPerson(context, viewport, theme, person);
-    drawRobot(context, viewport, theme, pose, this.radius);
+    drawRobot(context, viewport, theme, pose, this.body);
   }
 
   #drawAbove(context, { sensors, touches, time }) {

@@ -2,6 +2,7 @@
 
 import { make, setText } from './dom.js';
 import { count, fixed } from './format.js';
+import { explain } from './tooltip.js';
 
 const SHOWN = 12;
 // The width of a number in characters, so that columns align.
@@ -15,11 +16,11 @@ function rowsOf({ timestamp, fieldOfView, sensorTransform, frame, points, pointC
   const { minRange, maxRange, angularRange, rayCount } = fieldOfView;
   const rows = [0, 4, 8].map((at) => numbers(sensorTransform.slice(at, at + 4), 3));
   return [
-    ['timestamp', `${fixed(timestamp / 1e9, 3)} s`],
-    ['ranges', `${fixed(minRange, 2)} to ${fixed(maxRange, 2)} m`],
-    ['aperture', `${fixed(angularRange, 3)} rad, rayCount ${rayCount}`],
-    [`pose in the ${frame === 'map' ? 'map' : 'ground'} frame (R | t in m)`, rows.join('\n')],
-    [count(pointCount, 'point'), pointsText(points, pointCount)],
+    ['measured', 'timestamp', `${fixed(timestamp / 1e9, 3)} s`],
+    ['ranges', 'ranges', `${fixed(minRange, 2)} to ${fixed(maxRange, 2)} m`],
+    ['aperture', 'aperture', `${fixed(angularRange, 3)} rad, rayCount ${rayCount}`],
+    ['place', `pose in the ${frame === 'map' ? 'map' : 'ground'} frame (R | t in m)`, rows.join('\n')],
+    ['points', count(pointCount, 'point'), pointsText(points, pointCount)],
   ];
 }
 
@@ -30,7 +31,7 @@ function pointsText(points, pointCount) {
 }
 
 function tableOf(record) {
-  const entries = rowsOf(record).flatMap(([name, text]) => [make('dt', '', name), make('dd', '', text)]);
+  const entries = rowsOf(record).flatMap(([word, name, text]) => [explain(make('dt', '', name), word), make('dd', '', text)]);
   return make('dl', 'record', ...entries);
 }
 

@@ -4,6 +4,7 @@ import { colourOfFamily, onThemeChange, readable, readTheme } from './colours.js
 import { byId, make, setText } from './dom.js';
 import { SensorRow } from './sensor_row.js';
 import { severityOf } from './sensor_trouble.js';
+import { explain } from './tooltip.js';
 
 export class SensorPanel {
   #send;
@@ -156,7 +157,7 @@ export class SensorPanel {
     const rows = sensors.map((sensor) => this.#row(sensor));
     const count = make('span', 'quiet');
     this.#counts.set(family, count);
-    const title = make('h3', 'family-title', make('span', 'swatch'), family, count);
+    const title = make('h3', 'family-title', make('span', 'swatch'), explain(make('span', '', family), 'family'), explain(count, 'started'));
     const list = make('ul', '', ...rows);
     list.setAttribute('aria-label', `${family} sensors`);
     this.#groups.set(family, make('section', 'family', title, list));

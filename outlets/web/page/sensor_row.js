@@ -10,11 +10,11 @@ import { explain } from './tooltip.js';
 const NEAREST_HELP = { floor: 'nearest-floor', touch: 'nearest-touch' };
 
 function standing({ started, enabled, diagnosis, subscribers }) {
-  const users = subscribers.length > 0 ? `for ${subscribers.join(', ')}` : 'no subscriber';
+  const users = subscribers.join(', ') || 'no subscriber';
   if (started) return `started · ${users}`;
   if (!enabled) return `disabled · ${users}`;
   if (diagnosis === false) return `bad diagnosis · ${users}`;
-  return `stopped · ${users}`;
+  return subscribers.length > 0 ? `stopped · ${users}` : users;
 }
 
 export class SensorRow {

@@ -6,11 +6,13 @@ import { SpaceView } from './space_view.js';
 export class SpacePanel {
   #view = new SpaceView(byId('space'));
   #ask;
+  #onTurn;
   isOn = false;
 
-  /** `ask(on)` turns the stream of 3D points on or off. */
-  constructor(ask) {
+  /** `ask(on)` turns the stream of 3D points on or off; `onTurn` is called when the view comes or goes. */
+  constructor(ask, onTurn) {
     this.#ask = ask;
+    this.#onTurn = onTurn;
     byId('space-switch').addEventListener('click', () => this.#turn(!this.isOn));
   }
 
@@ -40,6 +42,8 @@ export class SpacePanel {
     this.#ask(on);
     setAttribute(byId('space-switch'), 'aria-pressed', String(on));
     setHidden(byId('space'), !on);
+    document.body.classList.toggle('in-space', on);
+    this.#onTurn(on);
     this.#view.draw();
   }
 }

@@ -6,7 +6,10 @@ const NEAR = 0.2;
 const GRID = 5;
 const ROBOT_HEIGHT = 1.2;
 const START = { turn: -2.4, tilt: 0.55, distance: 6 };
-const FULL_TURN = 2 * Math.PI;
+
+function circleOf(radius) {
+  return Array.from({ length: 24 }, (_, part) => (part * Math.PI) / 12).map((angle) => [radius * Math.cos(angle), radius * Math.sin(angle)]);
+}
 
 export class SpaceView {
   #canvas;
@@ -14,6 +17,7 @@ export class SpaceView {
   #sensors = [];
   #pose = { x: 0, y: 0, theta: 0 };
   #radius = 0.3;
+  #outline = [];
   #turn = START.turn;
   #tilt = START.tilt;
   #distance = START.distance;
@@ -32,8 +36,9 @@ export class SpaceView {
     canvas.addEventListener('keydown', (event) => this.#key(event));
   }
 
-  setWorld({ radius }) {
+  setWorld({ radius, outline }) {
     this.#radius = radius;
+    this.#outline = outline.length > 0 ? outline : circleOf(radius);
     this.#sensors = [];
   }
 
@@ -136,15 +141,16 @@ export class SpaceView {
 
   #drawRobot(context) {
     const { x, y, theta } = this.#pose;
-    const rim = (angle, z) => [x + this.#radius * Math.cos(angle), y + this.#radius * Math.sin(angle), z];
+    const [cos, sin] = [Math.cos(theta), Math.sin(theta)];
+    const rim = ([ahead, aside], z) => [x + cos * ahead - sin * aside, y + sin * ahead + cos * aside, z];
     context.strokeStyle = this.#theme.ink;
     context.lineWidth = 1.5;
     context.beginPath();
-    for (let part = 0; part < 24; ++part) {
-      const [from, to] = [part, part + 1].map((at) => theta + (at * FULL_TURN) / 24);
-      for (const z of [0, ROBOT_HEIGHT]) this.#line(context, rim(from, z), rim(to, z));
-      if (part % 6 === 0) this.#line(context, rim(from, 0), rim(from, ROBOT_HEIGHT));
-    }
+    this.#outline.forEach((corner, index) => {
+      const next = this.#outline[(index + 1) % this.#outline.length];
+      for (const z of [0, ROBOT_HEIGHT]) this.#line(context, rim(corner, z), rim(next, z));
+      if (index % Math.ceil(this.#outline.length / 6) === 0) this.#line(context, rim(corner, 0), rim(corner, ROBOT_HEIGHT));
+    });
     this.#line(context, [x, y, 0.02], [x + 1.6 * this.#radius * Math.cos(theta), y + 1.6 * this.#radius * Math.sin(theta), 0.02]);
     context.stroke();
   }

@@ -1,8 +1,14 @@
-// A tape measure: shows the distance from the start of a drag to its present place.
+// A tape measure: shows the distance from the start of a drag to its present place, or from the robot to a place that arrow
+// keys move.
 
 import { setAttribute } from './dom.js';
 import { degreesText, fixed } from './format.js';
+import { stepOf } from './keyboard.js';
 import { notify } from './notices.js';
+
+const HELP = 'Drag on the map to measure, or move the end with the arrow keys (Shift: by 1 m); Enter starts there. Press m to stop.';
+// Seconds that a length stays to be read.
+const SHOWN = 60;
 
 export class Tape {
   isOut = false;
@@ -19,7 +25,8 @@ export class Tape {
     this.isOut = !this.isOut;
     this.#view.tape = null;
     setAttribute(this.#button, 'aria-pressed', String(this.isOut));
-    notify(this.isOut ? 'Drag on the map to measure. Press m to stop.' : '');
+    if (this.isOut) document.getElementById('map').focus();
+    notify(this.isOut ? HELP : '', 'info', SHOWN);
   }
 
   putAway() {
@@ -35,7 +42,19 @@ export class Tape {
   }
 
   end() {
-    notify(tapeText(this.#view.tape), 'info', 60);
+    notify(tapeText(this.#view.tape), 'info', SHOWN);
+  }
+
+  /** Whether the key was meant for the tape. */
+  takeKey(event) {
+    const step = stepOf(event);
+    if (!this.isOut || !this.#view.state || !(step || event.key === 'Enter')) return false;
+    const { x, y } = this.#view.state.pose;
+    const { from, to } = this.#view.tape ?? { from: { x, y }, to: { x, y } };
+    if (step) this.#view.tape = { from, to: { x: to.x + step[0], y: to.y + step[1] } };
+    else this.begin(to);
+    this.end();
+    return true;
   }
 }
 

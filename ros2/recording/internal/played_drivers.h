@@ -72,6 +72,8 @@ class PlayedDrivers : public PlayedRobot {
   const boost::shared_ptr<robot::VideoDevice> cameras;
   /** The sonars by their keys, and their ranges by their names. */
   std::map<std::string, std::string> sonarOfKey;
+  /** Of a robot that was heard. */
+  std::map<std::string, std::string> jointOfKey;
   std::map<std::string, std::deque<Ranged>> ranges;
   std::map<std::string, SessionImage> shown;
   std::set<std::string> modeKeys;

@@ -1,0 +1,52 @@
+#pragma once
+
+#include <cmath>
+#include <cstddef>
+#include <vector>
+
+#include <opencv2/core.hpp>
+
+#include "platform/api.h"
+#include "platform/navigation/occupancy_map.h"
+
+namespace QV::session {
+
+/**
+ * The cells of a map as a search for a way sees them, in tiles made when they are first asked for:
+ * what a search costs goes by what it looks at, not by the map.
+ */
+class QV_API RouteCells {
+ public:
+  static constexpr uchar kNoStep = 9;
+
+  struct Cell {
+    /** Metres to the nearest cell that is not free, as in a RoomMap. */
+    float room = 0.0f;
+    /** The length of the way to it, in cells. */
+    float cost = INFINITY;
+    /** The last step of that way, of the nine to the neighbours and the cell itself. */
+    uchar step = kNoStep;
+  };
+
+  /** Rooms up to `most`, metres. The map must outlive this. */
+  RouteCells(const OccupancyMap& map, float most);
+
+  /** The cell, which must be inside the map; stays where it is. */
+  Cell& at(const cv::Point& cell) {
+    auto& tile = tiles[static_cast<std::size_t>(cell.y / kSide * columns + cell.x / kSide)];
+    if (tile.empty()) tile = xMakeTile(cell / kSide * kSide);
+    return tile[static_cast<std::size_t>(cell.y % kSide * kSide + cell.x % kSide)];
+  }
+
+ private:
+  static constexpr int kSide = 128;
+
+  std::vector<Cell> xMakeTile(const cv::Point& corner) const;
+
+  const OccupancyMap& map;
+  const float most;
+  const int columns;
+  std::vector<std::vector<Cell>> tiles;
+};
+
+}  // namespace QV::session
