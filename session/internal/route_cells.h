@@ -33,9 +33,11 @@ class QV_API RouteCells {
 
   /** The cell, which must be inside the map; stays where it is. */
   Cell& at(const cv::Point& cell) {
-    auto& tile = tiles[static_cast<std::size_t>(cell.y / kSide * columns + cell.x / kSide)];
+    const int tileIndex = cell.y / kSide * columns + cell.x / kSide;
+    auto& tile = tiles[static_cast<std::size_t>(tileIndex)];
     if (tile.empty()) tile = xMakeTile(cell / kSide * kSide);
-    return tile[static_cast<std::size_t>(cell.y % kSide * kSide + cell.x % kSide)];
+    const int cellIndex = cell.y % kSide * kSide + cell.x % kSide;
+    return tile[static_cast<std::size_t>(cellIndex)];
   }
 
  private:
