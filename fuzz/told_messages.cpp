@@ -127,12 +127,26 @@ void checkKeys(const ToldModules& modules) {
   check(std::isfinite(pose.x + pose.y + pose.theta), "the robot is nowhere");
 }
 
+/** A robot that forgets what it was told; made anew now and then, as frames and poses stay. */
+ToldModules& robot() {
+  constexpr int kInputs = 256;
+  static const TopicSurvey survey = surveyOfAll();
+  static const std::string description = describe(survey);
+  static std::unique_ptr<ToldModules> modules;
+  static int inputs = 0;
+  if (inputs++ % kInputs == 0)
+    modules = std::make_unique<ToldModules>(
+        description, survey, [](const auto&) { return ko::Clock::now(); }, "F");
+  for (const auto& [topic, sensor] : survey.sensors) modules->forget(topic);
+  return *modules;
+}
+
 void tellAll(const std::uint8_t* data, std::size_t size) {
   const auto* const end = data + size;
   const auto next = [&] { return data < end ? *data++ : std::uint8_t{0}; };
-  const TopicSurvey survey = surveyOfAll();
-  ToldModules modules(
-      describe(survey), survey, [](const auto&) { return ko::Clock::now(); }, "F");
+  // To describe a robot takes longer than to tell it something.
+  const bool isDescribed = next() % 32 == 0;
+  ToldModules& modules = robot();
   TopicSurveyor surveyor;
   for (std::size_t i = 0; i < topics().size(); ++i)
     surveyor.expect(nameOf(i), topics()[i].type->getName());
@@ -145,6 +159,7 @@ void tellAll(const std::uint8_t* data, std::size_t size) {
     modules.tell(message);
   }
   checkKeys(modules);
+  if (!isDescribed) return;
   try {
     Model::ModelUtils::robotFromXml(describe(surveyor.make()));
   } catch (const std::runtime_error& error) {
@@ -154,6 +169,10 @@ void tellAll(const std::uint8_t* data, std::size_t size) {
 
 }  // namespace
 }  // namespace QV::fuzz
+
+extern "C" const char* __asan_default_options() {
+  return QV::fuzz::kQuick;
+}
 
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
   static const bool isQuiet = (ko::log::setLevel(ko::log::Level::silent), true);

@@ -87,7 +87,7 @@ std::string describeGraph(const ros2::GraphOptions& options) {
       case ros2::DiscoveryRange::subnet:
         break;
     }
-    return "in the network";
+    return "visible in the network";
   };
   return "ROS 2 domain " + std::to_string(options.domain) + ", " + range();
 }

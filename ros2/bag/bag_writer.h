@@ -21,7 +21,7 @@ struct BagOptions {
 /** A topic as a recording knows it. */
 struct QV_API BagTopic {
   std::string name;
-  /** "sensor_msgs/msg/LaserScan" */
+  /** The type: "sensor_msgs/msg/LaserScan". */
   std::string type;
   /** The encoding of the messages: "cdr". */
   std::string encoding;

@@ -19,7 +19,7 @@ class GraphRobot::Impl {
         orders(*node, names, options),
         teller(sink, session, names, options, [this] { orders.obey(this->session); }) {}
 
-  // There may be more in a description than is built.
+  // A description may have more sensors than are built.
   const std::set<std::string>& findWanted() {
     const auto now = sink.getMatchCount();
     if (std::exchange(matches, now) == now) return wanted;

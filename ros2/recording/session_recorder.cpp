@@ -26,6 +26,9 @@ namespace {
 
 using Lock = std::lock_guard<std::mutex>;
 
+// Who writes for ever at one moment does not fill the memory.
+constexpr std::size_t kMostPending = 100'000;
+
 std::set<std::string> mountedOf(const session::Session& session) {
   std::set<std::string> names;
   if (const auto* description = session.getDescription()) {
@@ -81,6 +84,7 @@ class SessionRecorder::Impl : public session::SessionListener {
       if (now != pendingTime) xFlush(false);
       pendingTime = now;
       encoder.add(pending, key, value, raised);
+      if (pending.types.size() > kMostPending) xFlush(false);
       if (drivers) drivers->note(key, value);
     });
   }

@@ -4,6 +4,8 @@
 #include <fstream>
 #include <unistd.h>
 
+#include "ros2/bag/bag_reader.h"
+#include "ros2/messages/report_msgs.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
@@ -24,6 +26,30 @@ struct RecordingTest : testing::Test {
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
 };
+
+/** A copy of a recording in which one record is of another family. */
+std::string changedCopy(const std::string& from, const std::string& to) {
+  ros2::BagReader reader(from, ros2::BagOrder::file);
+  ros2::BagWriter writer(to);
+  for (const auto& [name, values] : reader.getMetadata()) writer.addMetadata(name, values);
+  for (std::size_t i = 0; i < reader.getAttachmentCount(); ++i)
+    writer.addAttachment(*reader.readAttachment(i));
+  std::map<std::string, std::uint16_t> topics;
+  bool isChanged = false;
+  while (const auto message = reader.next()) {
+    const auto& topic = *message->topic;
+    if (!topics.contains(topic.name)) topics[topic.name] = writer.addTopic(topic);
+    ros2::Bytes data(message->data.begin(), message->data.end());
+    if (topic.name == "/qv/records" && !isChanged) {
+      auto look = ros2::fromCdr<ros2::qv_msgs::Records>(data);
+      isChanged = !look.records.empty();
+      if (isChanged) look.records.front().family_name = "Nobody";
+      data = ros2::toCdr(look);
+    }
+    writer.write(topics[topic.name], message->logTime, message->publishTime, data);
+  }
+  return to;
+}
 
 struct BadComparison {
   std::vector<std::string> arguments;
@@ -50,7 +76,9 @@ TEST_F(RecordingTest, aDriveIsRecordedDescribedRecoveredAndComparedAgain) {
   // The content decides the type, not the name.
   const std::string renamed = folder / "run.log";
   std::filesystem::copy_file(path, renamed);
-  for (const std::string& file : {path, whole, renamed}) {
+  const std::string again = folder / "again.mcap";
+  EXPECT_THAT(run({"replay", path, "-o", again}).out, HasSubstr("Wrote " + again));
+  for (const std::string& file : {path, whole, renamed, again}) {
     const Result compared = run({"replay", file, "--compare"});
     EXPECT_EQ(compared.status, 0) << compared.error;
     EXPECT_THAT(compared.out, HasSubstr("snapshots are equal, bit for bit"));
@@ -87,6 +115,7 @@ TEST_F(RecordingTest, anIncompleteComparisonExitsWith1) {
       {{cut}, "snapshots are equal, bit for bit.\nThe recording is damaged"},
       {{damaged}, " snapshots could not be compared.\n"},
       {{path, "--from", "1000"}, "There was no snapshot to compare.\n"},
+      {{changedCopy(path, folder / "changed.mcap")}, ": familyName: recorded "},
   };
   for (const auto& [arguments, expected] : cases) {
     std::vector<std::string> all{"replay", "--compare"};

@@ -16,6 +16,7 @@
 #include "session/shared_files.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
 
 namespace QV::app {
 namespace {
@@ -87,12 +88,12 @@ class PseudoTerminal {
 /** `qvsensors watch` in a process and a terminal of its own. */
 class WatchTest : public testing::Test {
  protected:
-  void start() {
+  void start(const std::string& record = {}) {
     const std::string robot = session::findSharedFile("descriptions/porter.urdf");
     process.start([&] {
       login_tty(terminal.inner);
       execl(QVSENSORS, QVSENSORS, "watch", "--still", "--robot", robot.c_str(), "--fault",
-            "FrontLaser:off", nullptr);
+            "FrontLaser:off", record.empty() ? nullptr : "--record", record.c_str(), nullptr);
     });
   }
 
@@ -130,9 +131,11 @@ TEST_F(WatchTest, keysChooseASensorAndSwitchIt) {
   expectEnd(0);
 }
 
-TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
+TEST_F(WatchTest, signalsLeaveTheTerminalAsItWasAndTheRecordingWhole) {
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "run.mcap";
   for (const int signal : {SIGINT, SIGTERM}) {
-    start();
+    start(path);
     // The second wait shows that it waits for keys: the thread sanitizer loses a signal that
     // arrives
     // while a thread begins to wait for the first time.
@@ -140,6 +143,8 @@ TEST_F(WatchTest, signalsLeaveTheTerminalAsItWas) {
     ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
     process.signal(signal);
     ASSERT_NO_FATAL_FAILURE(expectEnd(128 + signal));
+    const Result compared = run({"replay", path, "--compare"});
+    EXPECT_EQ(compared.status, 0) << compared.out << compared.error;
   }
 }
 

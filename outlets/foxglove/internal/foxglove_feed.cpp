@@ -114,7 +114,7 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
   if (channel == 0 || channel > channels.all.size())
     throw std::invalid_argument("channel " + std::to_string(channel) + " does not exist");
   viewers.subscribe(client, subscription, channel);
-  // It does not change: once is enough.
+  // The map does not change: once is enough.
   if (channel == foxglove::kMap && map) {
     const auto now = ko::Clock::now();
     foxglove::sendData(*client, subscription, {Delivery::latest, now, foxglove::grid(*map, now)});

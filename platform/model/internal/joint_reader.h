@@ -11,7 +11,7 @@ namespace QV::Model::detail {
 /** The joints of a description as a tree over its links. */
 struct JointTree {
   std::string rootLink;
-  /** Parents before children. */
+  /** The joints, parents before children. */
   std::vector<JointConfig> joints;
 };
 

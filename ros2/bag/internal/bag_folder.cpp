@@ -110,8 +110,12 @@ std::vector<fs::path> filesOf(const fs::path& folder) {
     throw std::runtime_error("metadata.yaml: compression_mode none expected, \"" + mode +
                              "\" given: unpack the files first");
   std::vector<fs::path> files;
-  for (const YAML::Node& name : info["relative_file_paths"])
+  for (const YAML::Node& name : info["relative_file_paths"]) {
     files.push_back(findFile(folder, name.as<std::string>()));
+    if (std::find(files.begin(), files.end() - 1, files.back()) != files.end() - 1)
+      throw std::runtime_error("metadata.yaml: each file once expected, " +
+                               files.back().filename().string() + " is there again");
+  }
   if (files.empty()) throw std::runtime_error("metadata.yaml: files expected, it names none");
   return files;
 }

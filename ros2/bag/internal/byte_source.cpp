@@ -8,8 +8,12 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "ros2/bag/internal/crc32.h"
+
 namespace QV::ros2 {
 namespace {
+
+constexpr std::uint64_t kWindow = std::uint64_t{1} << 20;
 
 class FileSource : public ByteSource {
  public:
@@ -60,6 +64,25 @@ void ByteSource::read(std::uint64_t offset, std::span<std::uint8_t> bytes) const
     throw std::runtime_error(std::to_string(bytes.size()) +
                              " bytes expected, the file ends before");
   xRead(offset, bytes);
+}
+
+BytesView ByteWindow::at(std::uint64_t place, std::uint64_t size) {
+  if (place < start || place + size > start + bytes.size()) {
+    start = place;
+    const std::uint64_t left = source.getSize() - std::min(place, source.getSize());
+    bytes.resize(static_cast<std::size_t>(std::max(size, std::min(kWindow, left))));
+    source.read(place, bytes);
+  }
+  return BytesView(bytes).subspan(static_cast<std::size_t>(place - start),
+                                  static_cast<std::size_t>(size));
+}
+
+std::uint32_t crc32Between(const ByteSource& source, std::uint64_t begin, std::uint64_t end) {
+  ByteWindow window(source);
+  std::uint32_t crc = 0;
+  for (std::uint64_t place = begin; place < end; place += std::min(kWindow, end - place))
+    crc = crc32(window.at(place, std::min(kWindow, end - place)), crc);
+  return crc;
 }
 
 std::unique_ptr<ByteSource> openFile(const std::string& path) {

@@ -25,6 +25,23 @@ class ByteSource {
   virtual void xRead(std::uint64_t offset, std::span<std::uint8_t> bytes) const = 0;
 };
 
+/** Bytes of a source, read in large pieces by whoever goes on through it. */
+class ByteWindow {
+ public:
+  explicit ByteWindow(const ByteSource& source) : source(source) {}
+
+  /** The bytes there, good until the next call; throws as `read` does. */
+  BytesView at(std::uint64_t place, std::uint64_t size);
+
+ private:
+  const ByteSource& source;
+  std::uint64_t start = 0;
+  Bytes bytes;
+};
+
+/** The CRC-32 of the bytes from one place to another. */
+std::uint32_t crc32Between(const ByteSource& source, std::uint64_t begin, std::uint64_t end);
+
 /** Opens a file. Throws std::runtime_error with its name if it can't be read. */
 QV_API std::unique_ptr<ByteSource> openFile(const std::string& path);
 /** `bytes` must outlive it. */

@@ -63,6 +63,8 @@ LoadedBlock loadBlock(const ByteSource& source, const McapBlock& block, const Mc
   Records records = readBytes(source, block, limits);
   if (block.isChunk) records = unpackChunk(records, limits);
   LoadedBlock loaded;
+  // What is noted of messages takes no more than they may.
+  const std::uint64_t mostEntries = limits.chunk / sizeof(LoadedBlock::Entry);
   std::uint64_t unknown = 0;
   walkRecords(records.bytes, [&](Op op, BytesView content) {
     if (op != Op::message) return contents.add(op, content);
@@ -70,6 +72,9 @@ LoadedBlock loadBlock(const ByteSource& source, const McapBlock& block, const Mc
     const auto topic = contents.topics.find(message.channelId);
     if (topic == contents.topics.end()) return void(++unknown);
     loaded.entries.push_back({message.logTime, message.publishTime, &topic->second, message.data});
+    if (loaded.entries.size() > mostEntries)
+      throw std::runtime_error("up to " + std::to_string(mostEntries) +
+                               " messages expected, more given");
   });
   if (unknown > 0) damage.addMessages(block.offset, unknown, "their channel is not known");
   loaded.records = records.owner;

@@ -3,7 +3,6 @@
 #include <queue>
 #include <stdexcept>
 
-#include "ros2/bag/internal/crc32.h"
 #include "ros2/bag/internal/loaded_block.h"
 #include "ros2/bag/internal/mcap_contents.h"
 
@@ -110,20 +109,8 @@ class McapFile : public BagFile {
     std::uint32_t expected = 0;
     if (content.size() < sizeof expected) return;
     std::memcpy(&expected, content.data(), sizeof expected);
-    if (expected != 0 && xCrcTo(*contents.dataEnd) != expected)
+    if (expected != 0 && crc32Between(*source, 0, *contents.dataEnd) != expected)
       damage.add(*contents.dataEnd, "the CRC of the data section is wrong");
-  }
-
-  std::uint32_t xCrcTo(std::uint64_t end) const {
-    constexpr std::uint64_t kPiece = std::uint64_t{1} << 20;
-    Bytes bytes;
-    std::uint32_t crc = 0;
-    for (std::uint64_t place = 0; place < end; place += bytes.size()) {
-      bytes.resize(static_cast<std::size_t>(std::min(kPiece, end - place)));
-      source->read(place, bytes);
-      crc = crc32(bytes, crc);
-    }
-    return crc;
   }
 
   void xExpectMagic(const std::string& path) const {

@@ -1,9 +1,7 @@
 #include <algorithm>
 #include <stdexcept>
 
-#include "ros2/bag/internal/crc32.h"
 #include "ros2/bag/internal/mcap_contents.h"
-#include "ros2/bag/internal/record_walk.h"
 
 namespace QV::ros2 {
 namespace {
@@ -24,21 +22,28 @@ mcap::Footer readFooter(const ByteSource& source) {
   return mcap::parseFooter({end + kHeadSize, kFooterSize - kHeadSize});
 }
 
-/** All from its start to the footer. */
-Bytes readSummaryBytes(const ByteSource& source, const mcap::Footer& footer,
-                       const McapLimits& limits) {
+/** Calls `visit(op, content)` for each of its records: it may be longer than memory is to hold. */
+template <typename Visit>
+void walkSummary(const ByteSource& source, const mcap::Footer& footer, const McapLimits& limits,
+                 const Visit& visit) {
   const std::uint64_t end = source.getSize() - kMagic.size() - kFooterSize;
   if (footer.summaryStart < kMagic.size() || footer.summaryStart > end)
     throw std::runtime_error("no summary");
-  if (end - footer.summaryStart > limits.chunk) throw std::runtime_error("the summary is too long");
   // The CRC covers the part of the footer before it.
-  Bytes bytes(static_cast<std::size_t>(end - footer.summaryStart) + kFooterSize -
-              sizeof footer.crc);
-  source.read(footer.summaryStart, bytes);
-  if (footer.crc != 0 && crc32(bytes) != footer.crc)
+  const std::uint64_t covered = end + kFooterSize - sizeof footer.crc;
+  if (footer.crc != 0 && crc32Between(source, footer.summaryStart, covered) != footer.crc)
     throw std::runtime_error("the summary's CRC is wrong");
-  bytes.resize(bytes.size() + sizeof footer.crc - kFooterSize);
-  return bytes;
+  ByteWindow window(source);
+  for (std::uint64_t place = footer.summaryStart; place < end;) {
+    const auto [op, length] = mcap::parseHead(window.at(place, kHeadSize));
+    place += kHeadSize;
+    const std::uint64_t most = std::min(limits.texts, end - std::min(place, end));
+    if (length > most)
+      throw std::runtime_error("a record of up to " + std::to_string(most) + " bytes expected, " +
+                               std::to_string(length) + " given");
+    visit(op, window.at(place, length));
+    place += length;
+  }
 }
 
 class SummaryReader {
@@ -111,9 +116,8 @@ void checkHeads(const ByteSource& source, const std::vector<McapBlock>& blocks) 
 std::optional<McapContents> readSummary(const ByteSource& source, const McapLimits& limits) {
   const mcap::Footer footer = readFooter(source);
   if (footer.summaryStart == 0) return std::nullopt;
-  const Bytes bytes = readSummaryBytes(source, footer, limits);
   SummaryReader summary(footer, limits);
-  walkRecords(bytes, [&](Op op, BytesView content) { summary.add(op, content); });
+  walkSummary(source, footer, limits, [&](Op op, BytesView content) { summary.add(op, content); });
   McapContents contents = summary.finish();
   contents.dataEnd = findDataEnd(source, footer);
   // An index under a CRC knows better than a damaged chunk does.

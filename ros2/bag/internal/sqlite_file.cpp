@@ -10,6 +10,8 @@ namespace {
 
 /** The most bytes of one message. */
 constexpr int kMostBytes = 512 << 20;
+/** Of what all topics say of themselves. */
+constexpr int kMostTexts = 64 << 20;
 
 using Database = std::unique_ptr<sqlite3, int (*)(sqlite3*)>;
 using Statement = std::unique_ptr<sqlite3_stmt, int (*)(sqlite3_stmt*)>;
@@ -19,7 +21,6 @@ Database openDatabase(const std::string& path) {
   const int result = sqlite3_open_v2(path.c_str(), &opened, SQLITE_OPEN_READONLY, nullptr);
   Database database(opened, sqlite3_close);
   if (result != SQLITE_OK) throw std::runtime_error(path + ": " + sqlite3_errstr(result));
-  sqlite3_limit(opened, SQLITE_LIMIT_LENGTH, kMostBytes);
   sqlite3_db_config(opened, SQLITE_DBCONFIG_TRUSTED_SCHEMA, 0, nullptr);
   sqlite3_db_config(opened, SQLITE_DBCONFIG_ENABLE_VIEW, 0, nullptr);
   sqlite3_db_config(opened, SQLITE_DBCONFIG_DEFENSIVE, 1, nullptr);
@@ -31,7 +32,9 @@ class SqliteFile : public BagFile {
  public:
   explicit SqliteFile(const std::string& path)
       : path(path), damage(path), database(openDatabase(path)) {
+    sqlite3_limit(database.get(), SQLITE_LIMIT_LENGTH, kMostTexts);
     xReadTopics();
+    sqlite3_limit(database.get(), SQLITE_LIMIT_LENGTH, kMostBytes);
     seek(0);
   }
 
@@ -93,25 +96,37 @@ class SqliteFile : public BagFile {
 
   void xReadTopics() {
     const Statement rows = xPrepare("SELECT * FROM topics");
+    std::uint64_t left = kMostTexts;
+    int result = SQLITE_OK;
+    while ((result = sqlite3_step(rows.get())) == SQLITE_ROW) xAddTopic(rows.get(), left);
+    if (result != SQLITE_DONE)
+      throw std::runtime_error(path + ": its topics: " + sqlite3_errmsg(database.get()));
+  }
+
+  /** Takes what the topic says of itself from what is left. */
+  void xAddTopic(sqlite3_stmt* row, std::uint64_t& left) {
     const auto column = [&](const std::string& name) -> std::string {
-      for (int i = 0; i < sqlite3_column_count(rows.get()); ++i) {
-        if (name != sqlite3_column_name(rows.get(), i)) continue;
-        const auto* const text = sqlite3_column_blob(rows.get(), i);
-        const auto size = static_cast<std::size_t>(sqlite3_column_bytes(rows.get(), i));
+      for (int i = 0; i < sqlite3_column_count(row); ++i) {
+        if (name != sqlite3_column_name(row, i)) continue;
+        const auto* const text = sqlite3_column_blob(row, i);
+        const auto size = static_cast<std::size_t>(sqlite3_column_bytes(row, i));
+        const std::uint64_t needed = size + sizeof(BagTopic);
+        if (needed > left)
+          throw std::runtime_error(path + ": topics of up to " + std::to_string(kMostTexts) +
+                                   " bytes expected, more given");
+        left -= needed;
         return text == nullptr ? "" : std::string(static_cast<const char*>(text), size);
       }
       return "";
     };
-    while (sqlite3_step(rows.get()) == SQLITE_ROW) {
-      BagTopic topic{column("name"), column("type"), column("serialization_format"), "", "", {}};
-      topic.metadata["offered_qos_profiles"] = column("offered_qos_profiles");
-      topic.metadata["topic_type_hash"] = column("type_description_hash");
-      if (const MessageType* const type = findMessageType(topic.type)) {
-        topic.schemaEncoding = "ros2msg";
-        topic.schema = type->getSchema();
-      }
-      topics[std::strtoll(column("id").c_str(), nullptr, 10)] = topic;
+    BagTopic topic{column("name"), column("type"), column("serialization_format"), "", "", {}};
+    topic.metadata["offered_qos_profiles"] = column("offered_qos_profiles");
+    topic.metadata["topic_type_hash"] = column("type_description_hash");
+    if (const MessageType* const type = findMessageType(topic.type)) {
+      topic.schemaEncoding = "ros2msg";
+      topic.schema = type->getSchema();
     }
+    topics[std::strtoll(column("id").c_str(), nullptr, 10)] = std::move(topic);
   }
 
   /** SQLITE_ROW, or anything else at the end. */

@@ -48,7 +48,7 @@ struct HeardPlan {
 /** Looks about. Errors as HeardRobot has them. */
 HeardPlan planRobot(const HeardRobotOptions& options);
 
-/** Waits for what others publish, until it has not changed for a while; at most two seconds. */
+/** Waits until the topics of others have not changed for a while; at most two seconds. */
 std::vector<GraphTopic> awaitTopics(const HeardPlan& plan);
 
 /** "/robot1/odom" of "odom" in "/robot1". */

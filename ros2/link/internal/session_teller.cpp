@@ -84,7 +84,7 @@ void SessionTeller::onStep(const robot::BodyStep& newStep) {
 void SessionTeller::goOn() {
   if (isFinished) return;
   xListen();
-  // It ended with the time that a recording had until it was played from its start again.
+  // Ticking ended with the old time when a recording was played from its start again.
   if (!ticking.isRunning()) xStartTicking();
   const Lock lock(mutex);
   const Time now = xNow();
@@ -103,7 +103,7 @@ void SessionTeller::show(const session::Snapshot& snapshot) {
   simulated->write(snapshot);
 }
 
-// What a robot's memory holds already is no measurement.
+// Values that a robot's memory holds already are no measurements.
 void SessionTeller::xListen() {
   const std::uint64_t matchesNow = sink.getMatchCount();
   if (std::exchange(matches, matchesNow) == matchesNow) return;

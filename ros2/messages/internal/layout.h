@@ -65,7 +65,8 @@ struct QV_API MessageLayout {
   std::size_t scalarCount = 0;
   FieldKind scalarKind = FieldKind::boolean;
 
-  /** Fields with a gap between them or before the end have one missing: std::logic_error. */
+  /** Throws std::logic_error for a gap between fields or before the end, because a field is missing
+   * then. */
   MessageLayout(std::string name, std::vector<Field> fields, std::size_t size,
                 std::size_t alignment, std::shared_ptr<void> (*make)());
 };

@@ -14,11 +14,11 @@ void BagRobot::setPose(const Math::Pose2D&) {
 
 void BagRobot::drive(const Math::Pose2D& velocity) {
   if (velocity == Math::Pose2D()) return;
-  throw session::UsageError("a robot that can be driven expected, a recording given");
+  throw session::UsageError("a recording can't be moved or driven");
 }
 
 void BagRobot::follow(const session::TimedPath&, double) {
-  throw session::UsageError("a robot that can be driven expected, a recording given");
+  throw session::UsageError("a recording can't be moved or driven");
 }
 
 double BagRobot::getShareDone() const {

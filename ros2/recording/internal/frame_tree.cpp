@@ -11,6 +11,9 @@ namespace {
 
 // Longer chains are rings.
 constexpr std::size_t kDeepest = 100;
+// More than any robot and its world have.
+constexpr std::size_t kMostFrames = 10'000;
+constexpr std::size_t kLongestName = 256;
 
 }  // namespace
 
@@ -45,6 +48,12 @@ void FrameTree::xAdd(const geometry_msgs::TransformStamped& transform, bool inPl
   if (child.empty() || parent.empty())
     throw std::runtime_error("frames with names expected, \"" + child + "\" in \"" + parent +
                              "\" given");
+  if (std::max(child.size(), parent.size()) > kLongestName)
+    throw std::runtime_error("names of frames of up to " + std::to_string(kLongestName) +
+                             " letters expected, a longer one given");
+  if (links.size() >= kMostFrames && !has(child))
+    throw std::runtime_error("frame " + child + ": up to " + std::to_string(kMostFrames) +
+                             " frames expected, more given");
   auto placed = transform.transform;
   try {
     checkPosition(placed.translation);

@@ -11,6 +11,9 @@ using Type = QVValue::Type;
 
 // Deeper than any event is.
 constexpr int kDeepestArray = 32;
+// More than any robot's memory has, or any moment.
+constexpr std::uint64_t kMostKeyBytes = std::uint64_t{16} << 20;
+constexpr std::size_t kMostValues = 4'000'000;
 
 void append(qv_msgs::Inputs& inputs, const QVValue& value) {
   inputs.types.push_back(static_cast<std::uint8_t>(value.getType()));
@@ -35,8 +38,8 @@ void append(qv_msgs::Inputs& inputs, const QVValue& value) {
   }
 }
 
-[[noreturn]] void refuse(const char* what) {
-  throw std::runtime_error(std::string("inputs: ") + what + " expected, the message has none");
+[[noreturn]] void refuseInputs(const char* what, const char* given = "none") {
+  throw std::runtime_error(std::string("inputs: ") + what + " expected, the message has " + given);
 }
 
 /** Takes a message's parts in turn. */
@@ -45,7 +48,7 @@ class Parts {
   explicit Parts(const qv_msgs::Inputs& inputs) : inputs(inputs) {}
 
   QVValue next(int depth = 0) {
-    if (depth > kDeepestArray) refuse("arrays at most 32 deep");
+    if (depth > kDeepestArray) refuseInputs("arrays at most 32 deep");
     switch (Type{take(inputs.types, type, "a type")}) {
       case Type::invalid:
         return {};
@@ -62,14 +65,14 @@ class Parts {
       case Type::binary:
         return xBytes();
     }
-    refuse("a type from 0 to 6");
+    refuseInputs("a type from 0 to 6");
   }
 
  private:
   template <typename Element>
   static const Element& take(const std::vector<Element>& from, std::size_t& place,
                              const char* what) {
-    if (place >= from.size()) refuse(what);
+    if (place >= from.size()) refuseInputs(what);
     return from[place++];
   }
 
@@ -109,14 +112,25 @@ void InputEncoder::add(qv_msgs::Inputs& inputs, const std::string& key, const QV
   append(inputs, value);
 }
 
+void InputDecoder::xLearn(const std::vector<std::string>& newKeys) {
+  for (const std::string& key : newKeys) {
+    keyBytes += sizeof key + key.size();
+    if (keyBytes > kMostKeyBytes) refuseInputs("names of keys of up to 16 MB", "more");
+    keys.push_back(key);
+  }
+}
+
 std::vector<InputWrite> InputDecoder::decode(const qv_msgs::Inputs& inputs) {
-  keys.insert(keys.end(), inputs.new_keys.begin(), inputs.new_keys.end());
-  if (inputs.raised.size() != inputs.keys.size()) refuse("a mark for each key");
+  xLearn(inputs.new_keys);
+  if (inputs.types.size() > kMostValues) refuseInputs("up to 4,000,000 values", "more");
+  if (inputs.raised.size() != inputs.keys.size()) refuseInputs("a mark for each key");
   Parts parts(inputs);
   std::vector<InputWrite> writes;
-  writes.reserve(inputs.keys.size());
+  std::uint64_t nameBytes = 0;
   for (std::size_t i = 0; i < inputs.keys.size(); ++i) {
-    if (inputs.keys[i] >= keys.size()) refuse("the name of a key");
+    if (inputs.keys[i] >= keys.size()) refuseInputs("the name of a key");
+    nameBytes += keys[inputs.keys[i]].size();
+    if (nameBytes > kMostKeyBytes) refuseInputs("names of up to 16 MB", "more");
     writes.push_back({keys[inputs.keys[i]], parts.next(), inputs.raised[i] != 0});
   }
   return writes;

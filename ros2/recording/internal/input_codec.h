@@ -34,7 +34,10 @@ class InputDecoder {
   std::vector<InputWrite> decode(const qv_msgs::Inputs& inputs);
 
  private:
+  void xLearn(const std::vector<std::string>& newKeys);
+
   std::vector<std::string> keys;
+  std::uint64_t keyBytes = 0;
 };
 
 }  // namespace QV::ros2

@@ -15,6 +15,7 @@
 #include "robot/services/internal/input_listener.h"
 #include "robot/services/internal/robot_model_service.h"
 #include "ros2/recording/internal/sensor_sorts.h"
+#include "ros2/recording/internal/topic_names.h"
 #include "session/internal/session_listener.h"
 
 namespace QV::ros2 {
@@ -39,6 +40,7 @@ PlayedDrivers::PlayedDrivers(std::unique_ptr<SessionReader> given,
       devices(boost::make_shared<robot::DeviceManager>(broker)),
       motion(boost::make_shared<robot::MotionService>(model)),
       cameras(boost::make_shared<robot::VideoDevice>()) {
+  for (const auto& joint : model.joints) jointOfKey[jointKeyOf(joint.name)] = joint.name;
   xSortSensors();
   xAddModules();
   xAddCameras();
@@ -110,7 +112,7 @@ void PlayedDrivers::xAddCameras() {
   }
 }
 
-// As for the log itself: a laser is on as soon as it is told.
+// A laser takes its mode at once, as for the log itself.
 float PlayedDrivers::xMeasureSonar(const std::string& sonar) {
   const auto now = ko::Clock::now();
   auto& told = ranges[sonar];
@@ -154,7 +156,10 @@ void PlayedDrivers::xTakeInputs() {
     const auto isSonars = [&](const InputWrite& write) {
       const auto sonar = sonarOfKey.find(write.key);
       if (isLog || wasHeard || sonar == sonarOfKey.end()) return false;
-      ranges[sonar->second].push_back({told.time, write});
+      auto& waiting = ranges[sonar->second];
+      // Of a sonar that nobody asks.
+      while (!waiting.empty() && waiting.front().time < ko::Clock::now()) waiting.pop_front();
+      waiting.push_back({told.time, write, told.claim});
       return told.time > getReader().getFacts().start;
     };
     std::erase_if(told.writes, isSonars);
@@ -182,6 +187,7 @@ void PlayedDrivers::makeStep() {
 void PlayedDrivers::xTell(const SessionInputs& told) {
   for (const InputWrite& write : told.writes) {
     try {
+      if (!write.value.isFloat() && !write.value.isInt()) held[write.key] = told.claim;
       xWrite(write);
     } catch (const std::exception& error) {
       if (refused.insert(write.key).second)
@@ -190,12 +196,15 @@ void PlayedDrivers::xTell(const SessionInputs& told) {
   }
   if (!told.stepped) return;
   motion->setRobotVelocity(told.velocity);
-  if (!isLog) motion->setGroundPose(Math::Transform());
+  if (!isLog && !wasHeard) motion->setGroundPose(Math::Transform());
   if (getListener()) getListener()->onStep({getPose(), getPose(), told.velocity});
 }
 
 void PlayedDrivers::xWrite(const InputWrite& write) {
   if ((isLog || wasHeard) && modeKeys.count(write.key) > 0) return;
+  const auto joint = jointOfKey.find(write.key);
+  if (joint != jointOfKey.end())
+    motion->setJointPositions({{joint->second, write.value.toDouble()}});
   // Blind zones raise it themselves, once more.
   if (write.key == NavigationContract::kMotionDetectedEvent) return memory->declareEvent(write.key);
   if (write.raised) return memory->raiseEvent(write.key, write.value);

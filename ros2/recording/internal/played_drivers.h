@@ -43,6 +43,7 @@ class PlayedDrivers : public PlayedRobot {
   struct Ranged {
     ko::Clock::time_point time;
     InputWrite write;
+    WaitingBytes::Claim claim;
   };
 
   void xSortSensors();
@@ -71,6 +72,8 @@ class PlayedDrivers : public PlayedRobot {
   const boost::shared_ptr<robot::VideoDevice> cameras;
   /** The sonars by their keys, and their ranges by their names. */
   std::map<std::string, std::string> sonarOfKey;
+  /** Of a robot that was heard. */
+  std::map<std::string, std::string> jointOfKey;
   std::map<std::string, std::deque<Ranged>> ranges;
   std::map<std::string, SessionImage> shown;
   std::set<std::string> modeKeys;
@@ -79,6 +82,8 @@ class PlayedDrivers : public PlayedRobot {
   /** The steps outside the body's beat: each waits for its own moment. */
   std::deque<SessionInputs> steps;
   std::deque<SessionInputs> others;
+  /** The claims of values in the memory that are not numbers. */
+  std::map<std::string, WaitingBytes::Claim> held;
   /** Keys whose values are nonsense in a damaged recording; each is reported once. */
   std::set<std::string> refused;
   ko::PeriodicTask beat;

@@ -15,6 +15,18 @@ namespace {
 
 // The beats of all sensors go on in a gap; in one that is none this would take for ever.
 constexpr ko::Duration kLongestGap{3'600'000'000'000};
+// More sensors and subscribers than any session has.
+constexpr std::size_t kMostNames = 100'000;
+constexpr std::size_t kLongestKept = 256;
+
+/** Keeps a name for as long as the session lasts; one too many: std::runtime_error. */
+void keep(std::set<std::string>& names, const std::string& name) {
+  if (names.contains(name)) return;
+  if (names.size() >= kMostNames || name.size() > kLongestKept)
+    throw std::runtime_error("up to " + std::to_string(kMostNames) + " names of up to " +
+                             std::to_string(kLongestKept) + " letters expected, more given");
+  names.insert(name);
+}
 
 }  // namespace
 
@@ -41,7 +53,7 @@ void PlayedRobot::makeStep() {
       return xMoveTo(event.pose);
     case SessionEvent::Sort::look:
       recorded = std::move(event.records);
-      for (const auto& record : recorded) seen.insert(record.sensorName);
+      for (const auto& record : recorded) keep(seen, record.sensorName);
       isAtLook = true;
   }
 }
@@ -53,6 +65,7 @@ void PlayedRobot::xExecute(const qv_msgs::Command& command) {
   if (listener)
     listener->onCommand({command.name, command.subscriber, names, command.on, command.values});
   try {
+    keep(subscribers, command.subscriber);
     if (command.name == "subscribe" && command.on) manager.subscribe(command.subscriber, names);
     if (command.name == "subscribe" && !command.on) manager.unsubscribe(command.subscriber, names);
     for (const std::string& name : names) {

@@ -50,6 +50,7 @@ class PlayedRobot : public BagRobot {
   Math::Pose2D pose;
   std::vector<Math::MetricalData> recorded;
   std::set<std::string> seen;
+  std::set<std::string> subscribers;
   bool isAtLook = false;
   session::SessionListener* listener = nullptr;
 };

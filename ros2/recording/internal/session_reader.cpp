@@ -20,6 +20,10 @@ using Point = Math::Position3D;
 
 // The limit is higher than any robot's messages between two events.
 constexpr std::size_t kMostWaiting = 200'000;
+constexpr std::size_t kMostImages = 100;
+// The limits are higher than any recorder's messages; a map has a byte per cell.
+constexpr std::size_t kLargestMessage = std::size_t{64} << 20;
+constexpr std::size_t kLargestMap = std::size_t{256} << 20;
 // The reader keeps at least as many images as a recorder may refer to.
 constexpr std::size_t kRecentImages = 4;
 
@@ -38,6 +42,18 @@ bool holds(const BagMessage& message) {
 template <typename Message>
 bool holds(const BagMessage& message, const char* topic) {
   return message.topic->name == topic && holds<Message>(message);
+}
+
+std::uint64_t sizeOf(const std::vector<InputWrite>& writes) {
+  std::uint64_t size = 0;
+  for (const InputWrite& write : writes) size += sizeof write + write.key.size();
+  return size;
+}
+
+std::uint64_t sizeOf(const qv_msgs::Records& records) {
+  std::uint64_t points = 0;
+  for (const auto& record : records.records) points += record.points.size() + record.cloud_count;
+  return points * sizeof(Point) + records.records.size() * sizeof(Math::MetricalData);
 }
 
 }  // namespace
@@ -84,15 +100,23 @@ bool SessionReader::xRead() {
 
 void SessionReader::xTake(const BagMessage& message) {
   const auto time = timeOf(message.logTime);
+  const bool isMap = holds<nav_msgs::OccupancyGrid>(message, kMapTopic);
+  const std::size_t most = isMap ? kLargestMap : kLargestMessage;
+  if (message.data.size() > most)
+    throw std::runtime_error("up to " + std::to_string(most) + " bytes expected, " +
+                             std::to_string(message.data.size()) + " given");
+  if (isMap) return xTakeMap(message);
   if (holds<qv_msgs::Inputs>(message, kInputsTopic)) return xTakeInputs(message);
   if (holds<qv_msgs::Records>(message, kRecordsTopic)) return xTakeRecords(message);
   if (holds<tf2_msgs::TFMessage>(message, "/tf")) return xTakeTransforms(message);
   if (holds<sensor_msgs::Image>(message)) return xTakeImage(message);
-  if (holds<nav_msgs::OccupancyGrid>(message, kMapTopic)) return xTakeMap(message);
   if (holds<sensor_msgs::PointCloud2>(message)) return xTakeCloud(message);
   if (holds<qv_msgs::ImagePoints>(message)) return xTakeImagePoints(message);
   if (holds<qv_msgs::Command>(message, kCommandsTopic)) {
-    events.push_back({SessionEvent::Sort::command, time, fromCdr<qv_msgs::Command>(message.data)});
+    SessionEvent event{SessionEvent::Sort::command, time, fromCdr<qv_msgs::Command>(message.data)};
+    event.claim =
+        waiting.claim(message.data.size() + event.command.sensors.size() * sizeof(std::string));
+    events.push_back(std::move(event));
   }
   if (holds<std_msgs::String>(message, kDescriptionTopic)) {
     description = fromCdr<std_msgs::String>(message.data).data;
@@ -102,8 +126,12 @@ void SessionReader::xTake(const BagMessage& message) {
 void SessionReader::xTakeInputs(const BagMessage& message) {
   const auto told = fromCdr<qv_msgs::Inputs>(message.data);
   const auto& [forward, leftward, turn] = told.velocity;
+  auto writes = decoder.decode(told);
+  auto claim =
+      waiting.claim(message.data.size() + sizeOf(writes) + told.types.size() * sizeof(QVValue));
   lastInput = timeOf(message.logTime);
-  inputs.push_back({lastInput, told.stepped, {forward, leftward, turn}, decoder.decode(told)});
+  inputs.push_back(
+      {lastInput, told.stepped, {forward, leftward, turn}, std::move(writes), std::move(claim)});
 }
 
 // The robot in the map: by way of its odometry.
@@ -128,7 +156,7 @@ void SessionReader::xTakeImage(const BagMessage& message) {
                        image.data.size() == std::size_t{2} * image.width * image.height;
   if (!isDepth) throw std::runtime_error("a 16UC1 image of its size expected");
   SessionImage taken{timeOf(message.logTime), timeOf(image.header.stamp),
-                     cv::Mat_<std::uint16_t>(height, width)};
+                     cv::Mat_<std::uint16_t>(height, width), waiting.claim(image.data.size())};
   std::memcpy(taken.depth.data, image.data.data(), image.data.size());
   const std::string& topic = message.topic->name;
   auto& recent = recentImages[topic];
@@ -136,13 +164,16 @@ void SessionReader::xTakeImage(const BagMessage& message) {
   if (recent.size() > kRecentImages) recent.pop_front();
   auto& queue = images[topic.substr(1, topic.rfind('/') - 1)];
   queue.push_back(std::move(taken));
-  if (queue.size() > 1000) queue.pop_front();
+  if (queue.size() > kMostImages) queue.pop_front();
 }
 
 void SessionReader::xTakeCloud(const BagMessage& message) {
   const auto cloud = fromCdr<sensor_msgs::PointCloud2>(message.data);
   Cloud& taken = clouds[message.topic->name];
-  taken = {message.logTime, std::vector<Point>(cloud.data.size() / sizeof(Point))};
+  taken = {};
+  auto claim = waiting.claim(cloud.data.size());
+  taken = {message.logTime, std::vector<Point>(cloud.data.size() / sizeof(Point)),
+           std::move(claim)};
   if (taken.points.empty()) return;
   std::memcpy(taken.points.data(), cloud.data.data(), taken.points.size() * sizeof(Point));
 }
@@ -153,7 +184,10 @@ void SessionReader::xTakeImagePoints(const BagMessage& message) {
   // The later of two images with one time counts.
   for (const SessionImage& image : recentImages[points.image] | std::views::reverse) {
     if (image.time != time) continue;
-    clouds[message.topic->name] = {message.logTime, decodePoints(points, image.depth)};
+    Cloud& taken = clouds[message.topic->name];
+    taken = {};
+    auto claim = waiting.claim(image.depth.total() * sizeof(Point));
+    taken = {message.logTime, decodePoints(points, image.depth), std::move(claim)};
     return;
   }
 }
@@ -161,7 +195,9 @@ void SessionReader::xTakeImagePoints(const BagMessage& message) {
 // A look whose points lie in a damaged part can't be compared.
 void SessionReader::xTakeRecords(const BagMessage& message) {
   SessionEvent event{SessionEvent::Sort::look, timeOf(message.logTime)};
-  for (const auto& told : fromCdr<qv_msgs::Records>(message.data).records) {
+  const auto all = fromCdr<qv_msgs::Records>(message.data);
+  event.claim = waiting.claim(message.data.size() + sizeOf(all));
+  for (const auto& told : all.records) {
     event.records.push_back(recordOf(told));
     if (!told.cloud.empty() && !xAddPoints(told, message.logTime, event.records.back()))
       return void(++leftOut);

@@ -13,6 +13,7 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/input_codec.h"
 #include "ros2/recording/internal/recording_facts.h"
+#include "ros2/recording/internal/waiting_bytes.h"
 
 namespace QV::ros2 {
 
@@ -22,12 +23,14 @@ struct SessionInputs {
   bool stepped = false;
   Math::Pose2D velocity;
   std::vector<InputWrite> writes;
+  WaitingBytes::Claim claim;
 };
 
 struct SessionImage {
   ko::Clock::time_point time;
   ko::Clock::time_point stamp;
   cv::Mat_<std::uint16_t> depth;
+  WaitingBytes::Claim claim;
 };
 
 /** An event of a session between two moments of time. */
@@ -38,12 +41,13 @@ struct SessionEvent {
   qv_msgs::Command command = {};
   Math::Pose2D pose = {};
   std::vector<Math::MetricalData> records = {};
+  WaitingBytes::Claim claim = {};
 };
 
 /**
  * Reads a recording of SessionRecorder again, in its order and no further than it is asked to.
  * The caller takes messages from the queues. Throws std::runtime_error with the topic for a
- * malformed message.
+ * malformed message, or if more than WaitingBytes::kMost wait.
  */
 class SessionReader {
  public:
@@ -87,10 +91,12 @@ class SessionReader {
   RecordingFacts facts;
   std::string description;
   boost::shared_ptr<OccupancyMap> map;
+  WaitingBytes waiting;
   InputDecoder decoder;
   struct Cloud {
     std::uint64_t time = 0;
     std::vector<Math::Position3D> points;
+    WaitingBytes::Claim claim;
   };
   /** The last clouds by topic. */
   std::map<std::string, Cloud> clouds;

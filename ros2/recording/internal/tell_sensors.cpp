@@ -11,6 +11,7 @@
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/message_checks.h"
 #include "ros2/recording/internal/told_modules.h"
+#include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
 namespace {
@@ -178,7 +179,11 @@ void ToldModules::xTellJoints(BytesView cdr) {
   for (const Model::JointConfig& joint : model.joints) {
     const auto found = std::ranges::find(joints.name, joint.name);
     if (found == joints.name.end() || joints.position.empty() || !movesByItself(joint)) continue;
-    positions[joint.name] = joints.position[static_cast<std::size_t>(found - joints.name.begin())];
+    // As a key holds it: a recording has no more of it.
+    const auto position =
+        static_cast<float>(joints.position[static_cast<std::size_t>(found - joints.name.begin())]);
+    positions[joint.name] = position;
+    memory->insertData(jointKeyOf(joint.name), position);
   }
   if (!positions.empty()) motion->setJointPositions(positions);
 }

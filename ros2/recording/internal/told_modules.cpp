@@ -41,7 +41,7 @@ ToldModules::ToldModules(const std::string& description, TopicSurvey surveyed, D
   xAddModules(description);
   xAddCameras();
   for (const auto& [topic, sensor] : survey.sensors) xForget(sensor);
-  // A laser is on as soon as it is told: others decide whether it runs.
+  // A laser takes its mode at once: the real robot decides whether it runs.
   modes = robot::makeLaserModes(broker, devices, model);
 }
 

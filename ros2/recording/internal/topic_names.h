@@ -20,9 +20,14 @@ inline constexpr char kTouch[] = "Touch";
 /** Returns what a topic may be called: "Sonar/Front_left" for "Sonar/Front-left". */
 QV_API std::string toGraphName(const std::string& text);
 
-/** Returns the topic of what a sensor's driver measured: "scan", "range", "contact" or "image". */
+/** Returns the topic of a sensor's measurements: "scan", "range", "contact" or "image". */
 inline std::string driverTopicOf(const std::string& sensor, const char* what) {
   return "/" + sensor + "/" + what;
+}
+
+/** Returns the memory key of the position of a joint of a heard robot (rad, m). */
+inline std::string jointKeyOf(const std::string& joint) {
+  return "Joint/" + joint + "/Position";
 }
 
 /** Returns the topic of a sensor's points. */

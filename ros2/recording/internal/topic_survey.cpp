@@ -6,7 +6,9 @@
 #include <numbers>
 #include <optional>
 #include <stdexcept>
+#include <utility>
 
+#include "platform/ko/log.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/message_checks.h"
@@ -14,6 +16,10 @@
 namespace QV::ros2 {
 namespace {
 
+// The limit is higher than any robot has sensors.
+constexpr std::size_t kMostSensors = 1000;
+constexpr std::size_t kMostInfos = 100;
+constexpr std::size_t kLargestInfo = 10'000;
 // A cloud becomes a laser: the nearest obstacle in each direction.
 constexpr std::size_t kCloudBeams = 720;
 constexpr float kCloudRange = 30.0f;
@@ -142,18 +148,25 @@ void TopicSurveyor::xTake(const ToldMessage& message) {
     survey.base = withoutSlash(fromCdr<nav_msgs::Odometry>(cdr).child_frame_id);
     survey.odometryTopic = topic;
   }
-  constexpr std::size_t kMostInfos = 100;
-  if (isOf<sensor_msgs::CameraInfo>(type) && infos.size() < kMostInfos)
+  if (isOf<sensor_msgs::CameraInfo>(type) && infos.size() < kMostInfos && cdr.size() < kLargestInfo)
     infos.push_back(fromCdr<sensor_msgs::CameraInfo>(cdr));
   if (missing.count(topic) == 0) return;
   auto sensor = sensorOf(message);
   missing.erase(topic);
   if (!sensor) return;
+  if (survey.sensors.size() == kMostSensors) return xLeaveOut(topic);
   sensor->topic = topic;
   sensor->name = nameOf(topic);
   while (!names.insert(sensor->name).second) sensor->name += "_2";
   sensor->frame = withoutSlash(sensor->frame);
   survey.sensors.emplace(topic, std::move(*sensor));
+}
+
+void TopicSurveyor::xLeaveOut(const std::string& topic) {
+  if (std::exchange(leavesOut, true)) return;
+  ko::log::warning("Recording", "survey")
+      << "more than " << kMostSensors << " topics make sensors: " << topic
+      << " and what comes up after it are left out";
 }
 
 TopicSurvey TopicSurveyor::make() {

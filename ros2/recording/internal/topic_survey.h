@@ -89,6 +89,8 @@ class QV_API TopicSurveyor {
 
  private:
   void xTake(const ToldMessage& message);
+  /** Says, once, that there are too many. */
+  void xLeaveOut(const std::string& topic);
   void xFindBase();
   void xMount(ToldSensor& sensor) const;
   void xMountCamera(ToldSensor& sensor) const;
@@ -100,6 +102,7 @@ class QV_API TopicSurveyor {
   /** Messages that could not be understood, by their topics. */
   std::map<std::string, int> refused;
   std::vector<sensor_msgs::CameraInfo> infos;
+  bool leavesOut = false;
 };
 
 /**

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <functional>
 #include <numeric>
+#include <sqlite3.h>
 #include <tuple>
 
 #include <gmock/gmock.h>
@@ -209,8 +210,8 @@ TEST_F(BagReaderTest, messagesOutOfOrderComeInOrderInBoundedMemory) {
     for (std::size_t i = 0; i < times.size(); ++i)
       writer.write(topic, times[i] = i * 7919 % times.size(), std_msgs::String{std::to_string(i)});
   }
-  // All of its chunks overlap, and one at a time may be open.
-  const auto sut = openMcap(openFile(path), path, BagOrder::time, {1 << 20, 1});
+  // All of its chunks overlap, one at a time may be open, and the index is longer than a chunk.
+  const auto sut = openMcap(openFile(path), path, BagOrder::time, {4000, 1});
   for (std::size_t time = 0; time < times.size(); ++time) {
     const auto message = sut->next();
     ASSERT_TRUE(message);
@@ -219,6 +220,7 @@ TEST_F(BagReaderTest, messagesOutOfOrderComeInOrderInBoundedMemory) {
     ASSERT_EQ(times[std::stoul(text)], time);
   }
   EXPECT_FALSE(sut->next());
+  EXPECT_THAT(sut->getDamage().lines, testing::IsEmpty());
   sut->seek(4321);
   EXPECT_EQ(sut->next()->logTime, 4321u);
   sut->seek(5000);
@@ -274,6 +276,51 @@ TEST_F(BagReaderTest, hugeMetadataIsRefusedAndTheMessagesAreRead) {
     EXPECT_EQ(sut->getMetadata().size(), metadata) << text;
     EXPECT_THAT(sut->getDamage().lines, testing::Contains(HasSubstr(text)));
   }
+}
+
+// The shortest messages take more in memory than in the file.
+TEST_F(BagReaderTest, aChunkOfMoreMessagesThanThereIsRoomForIsSkipped) {
+  constexpr std::uint64_t kMost = 8000;
+  const auto read = [&](int messages) {
+    {
+      BagWriter writer(path, {Compression::none});
+      const auto topic = writer.addTopic(makeBagTopic("/empty", std_msgs::String::getType()));
+      for (int i = 0; i < messages; ++i) writer.write(topic, 1, 1, {});
+    }
+    const auto sut = openMcap(openFile(path), path, BagOrder::time, {kMost, kMost});
+    int count = 0;
+    while (sut->next()) ++count;
+    return std::pair(count, sut->getDamage().lines);
+  };
+  EXPECT_THAT(read(200), testing::Pair(200, testing::IsEmpty()));
+  EXPECT_THAT(read(201),
+              testing::Pair(0, ElementsAre(HasSubstr("up to 200 messages expected, more given"))));
+}
+
+/** A recording in SQLite whose topics are made as they are read: `bytes` each. */
+void writeSwelling(const std::string& path, int topics, int bytes) {
+  sqlite3* database = nullptr;
+  ASSERT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
+  std::string text =
+      "CREATE TABLE messages(id INTEGER PRIMARY KEY, topic_id, timestamp, data);"
+      "CREATE TABLE topics(id INTEGER PRIMARY KEY, type TEXT, name TEXT GENERATED "
+      "ALWAYS AS (hex(zeroblob(" +
+      std::to_string(bytes / 2) + "))) VIRTUAL);";
+  for (int i = 0; i < topics; ++i) text += "INSERT INTO topics(type) VALUES ('a');";
+  EXPECT_EQ(sqlite3_exec(database, text.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+  sqlite3_close(database);
+}
+
+TEST_F(BagReaderTest, topicsThatSwellAreRefused) {
+  const std::string file = folder / "bag.db3";
+  writeSwelling(file, 20, 4'000'000);
+  EXPECT_THAT([&] { BagReader sut(file); },
+              testing::ThrowsMessage<std::runtime_error>(
+                  file + ": topics of up to 67108864 bytes expected, more given"));
+  const std::string other = folder / "other.db3";
+  writeSwelling(other, 1, 70'000'000);
+  EXPECT_THAT([&] { BagReader sut(other); }, testing::ThrowsMessage<std::runtime_error>(
+                                                 other + ": its topics: string or blob too big"));
 }
 
 TEST_F(BagReaderTest, damageIsCountedOnceAndDoesNotFillTheMemory) {
@@ -334,6 +381,10 @@ TEST_F(BagReaderTest, aFileThatIsNoRecordingIsRefused) {
   expectRefusal(folder.string(), "a file a.mcap expected, there is none");
   folder.write("metadata.yaml", "rosbag2_bagfile_information:\n  relative_file_paths: {{\n");
   EXPECT_THAT(refusalOf(folder.string()), HasSubstr("yaml-cpp: error at line"));
+  folder.write("a.mcap", "");
+  folder.write("metadata.yaml",
+               "rosbag2_bagfile_information:\n  relative_file_paths: [a.mcap, x/a.mcap]\n");
+  expectRefusal(folder.string(), "metadata.yaml: each file once expected, a.mcap is there again");
   make();
   EXPECT_THROW(recoverBag(path, path), std::invalid_argument);
 }

@@ -1,4 +1,4 @@
-target_link_libraries(${name}_tests PRIVATE QV::ros2)
+target_link_libraries(${name}_tests PRIVATE QV::ros2 sqlite3)
 
 # The sample files for other readers.
 if(NOT QV_SANITIZE)

@@ -23,7 +23,7 @@ void writeSamples(const std::string& path, ros2::Compression compression) {
   for (const ros2::MessageType* const type : ros2::getMessageTypes()) {
     const auto topic = writer.addTopic(ros2::makeBagTopic("/" + type->getName(), *type));
     ros2::Bytes cdr;
-    // One as it is made, and one full of values.
+    // The samples are a default message and one full of values.
     type->encode(layoutOf(*type).make().get(), cdr);
     writer.write(topic, time + 500, time, cdr);
     type->encode(test::fillMessage(*type).get(), cdr);

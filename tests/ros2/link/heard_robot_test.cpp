@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <set>
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
@@ -275,6 +276,34 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
   EXPECT_EQ(comparison.difference, "");
   EXPECT_EQ(comparison.looks, 40);
   EXPECT_GT(comparison.records, 50u);
+}
+
+TEST_F(HeardRobotTest, isPlayedFromARecordingWithItsJointsWhereTheyWere) {
+  const std::string description = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
+    <link name="arm"/><joint name="lift" type="prismatic"><parent link="base_link"/>
+      <child link="arm"/><axis xyz="0 0 1"/><limit lower="0" upper="1" effort="1" velocity="1"/></joint>
+    <sensor name="High" type="Sonar"><parent link="arm"/>
+      <property key="minimumDetectionDistance" value="0.2"/>
+      <property key="maximumDetectionDistance" value="4"/>
+      <property key="horizontalAngularRange" value="0.5"/>
+      <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor></robot>)";
+  startSensors();
+  others.push_back(publish("/joint_states", sensor_msgs::JointState::getType()));
+  robot.say("lift", [this](const Stamp& now) {
+    others[0]->write(sensor_msgs::JointState{{now, ""}, {"lift"}, {1e-9 * now.nanosec}, {}, {}});
+  });
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "run.mcap";
+  std::set<float> heights;
+  test::recordSession(*open(description), path, 20, [&](session::Session& session, int) {
+    const auto records = session::recordsOf(session.look());
+    const auto* sonar = findRecord(records, "High");
+    if (sonar) heights.insert(sonar->sensorTransform(2, 3));
+  });
+  EXPECT_GT(heights.size(), 5u);
+  const auto comparison = test::compareSession(path);
+  EXPECT_EQ(comparison.difference, "");
+  EXPECT_GT(comparison.records, 5u);
 }
 
 TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {

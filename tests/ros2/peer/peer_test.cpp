@@ -104,16 +104,21 @@ TEST_P(PeerTest, readsEveryTopicByteForByteAndDrives) {
   if (!peer) peer.emplace(arguments);
   std::set<std::string> missing = othersOf(topics);
   missing.insert(kCompared.begin(), kCompared.end());
-  EXPECT_TRUE(sut.runUntil([&] {
-    recorder.show(session->look());
+  const auto recordUntil = [&](const std::function<bool()>& isSo) {
+    return sut.runUntil([&] {
+      recorder.show(session->look());
+      return isSo();
+    });
+  };
+  EXPECT_TRUE(recordUntil([&] {
     const auto got = peer->get().got;
     std::erase_if(missing, [&](const auto& name) { return got.count(name) > 0; });
     return missing.empty();
   })) << testing::PrintToString(missing);
   // A blind zone says nothing while the robot moves.
   peer->drive();
-  EXPECT_TRUE(sut.runUntil(
-      [&] { return session->look().velocity == Math::Pose2D(0.25f, 0.0f, 0.125f); }));
+  EXPECT_TRUE(
+      recordUntil([&] { return session->look().velocity == Math::Pose2D(0.25f, 0.0f, 0.125f); }));
   recorder.finish();
   const auto said = peer->get();
   const auto recorded = digestsIn(folder / "run.mcap");

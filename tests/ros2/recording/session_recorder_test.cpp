@@ -61,8 +61,12 @@ TEST_F(SessionRecorderTest, theSameSeedGivesTheSameBytes) {
 
 TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) {
   const auto session = session::openVirtual("porter", test::busyWorld());
-  recordSession(*session, path, 20);
+  recordSession(*session, path, 20, [](session::Session&, int cycle) {
+    if (cycle == 3) ko::log::warning("Somebody", "test") << "something";
+  });
   const Contents sut(path);
+  EXPECT_EQ(sut.counts.at("/clock"), 20u);
+  EXPECT_EQ(sut.get<rcl_interfaces::Log>("/rosout").msg, "something");
 
   const auto map = sut.get<nav_msgs::OccupancyGrid>("/map");
   EXPECT_EQ(map.data.size(), session->getMap()->getCells().size());

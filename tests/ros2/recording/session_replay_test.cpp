@@ -95,6 +95,19 @@ sensor_msgs::PointCloud2 cloudOf(const std::string& frame,
   return cloud;
 }
 
+/** All that goes wrong while a recording is played; what goes wrong in a beat is logged. */
+std::string troubleOf(const std::string& path) {
+  std::string trouble;
+  const ko::log::ScopedSink sink(
+      ko::log::Level::error, [&](const ko::log::Record& line) { trouble += line.message + "\n"; });
+  try {
+    compareSession(path);
+  } catch (const std::runtime_error& error) {
+    trouble += error.what();
+  }
+  return trouble;
+}
+
 struct SessionReplayTest : testing::Test {
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
@@ -280,6 +293,52 @@ TEST_F(SessionReplayTest, aSnapshotWithMissingPointsIsSkipped) {
   EXPECT_EQ(comparison.looks, 9);
   EXPECT_EQ(comparison.leftOut, 1u);
   EXPECT_EQ(comparison.difference, "");
+}
+
+// A few bytes in a file must not take many in memory.
+TEST_F(SessionReplayTest, noMoreIsReadAheadThanThereIsRoomFor) {
+  // Returns true if it has changed the message.
+  using Change = std::function<bool(Bytes&)>;
+  const auto fillKeys = [](Bytes& data) {
+    auto inputs = fromCdr<qv_msgs::Inputs>(data);
+    inputs.new_keys.push_back(std::string(17'000'000, 'x'));
+    data = toCdr(inputs);
+    return true;
+  };
+  const auto repeatKey = [](Bytes& data) {
+    auto inputs = fromCdr<qv_msgs::Inputs>(data);
+    inputs.new_keys.assign(1000, std::string(10'000, 'x'));
+    inputs.keys.assign(3000, 999);
+    inputs.raised.assign(3000, 0);
+    inputs.types.assign(3000, 0);
+    data = toCdr(inputs);
+    return true;
+  };
+  const auto repeatCloud = [](Bytes& data) {
+    auto records = fromCdr<qv_msgs::Records>(data);
+    const auto ofCloud =
+        std::ranges::find_if(records.records, [](const auto& r) { return !r.cloud.empty(); });
+    if (ofCloud == records.records.end()) return false;
+    records.records.assign(100'000, qv_msgs::MetricalData(*ofCloud));
+    data = toCdr(records);
+    return true;
+  };
+  const auto pad = [](Bytes& data) {
+    data.resize(70'000'000);
+    return true;
+  };
+  const std::tuple<const char*, Change, const char*> cases[] = {
+      {"/qv/inputs", fillKeys, "names of keys of up to 16 MB expected, the message has more"},
+      {"/qv/inputs", repeatKey, "inputs: names of up to 16 MB expected, the message has more"},
+      {"/qv/records", repeatCloud, "up to 536870912 bytes that wait expected, more given"},
+      {"/qv/commands", pad, "up to 67108864 bytes expected, 70000000 given"}};
+  for (const auto& [name, change, expected] : cases) {
+    bool isChanged = false;
+    copyBag(porterSession(10), copy, true, [&](const BagTopic& topic, Bytes& data) {
+      if (topic.name == name && !isChanged) isChanged = change(data);
+    });
+    EXPECT_THAT(troubleOf(copy), HasSubstr(expected));
+  }
 }
 
 TEST_F(SessionReplayTest, anUnplayableRecordingIsRefusedWithTheReason) {

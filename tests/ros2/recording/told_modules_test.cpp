@@ -163,13 +163,13 @@ TEST_F(ToldModulesTest, aBadMessageIsLoggedOnceAndOtherTopicsGoOn) {
       {{"/scan", scan(0)}, "1 to 10000 ranges expected, 0 given"},
       {{"/scan", scan(10'001)}, "1 to 10000 ranges expected, 10001 given"},
       {{"/scan", with(scan(), [](Scan& m) { m.ranges.assign(5, kNaN); })},
-       "ranges expected, only NaN given"},
+       "ranges expected, the message has only NaN"},
       {{"/scan", with(scan(), [](Scan& m) { m.angle_increment = kNaN; })},
        "beams at different angles"},
       {{"/scan", with(scan(), [](Scan& m) { m.header.frame_id = "other"; })},
        "frame laser expected, \"other\" given"},
       {{"/scan", std_msgs::String{"no scan"}}, "sensor_msgs/msg/LaserScan"},
-      {{"/sonar", range(kNaN)}, "a range expected, NaN given"},
+      {{"/sonar", range(kNaN)}, "a range expected, the message has NaN"},
       {{"/depth", with(image(), [](Image& m) { m.data.pop_back(); })}, "of its size expected"},
       {{"/depth", with(image(), [](Image& m) { m.encoding = "rgb8"; })}, "depth image"},
       {{"/cloud", with(cloud("laser"), [](Cloud& m) { m.width = 3; })},
@@ -181,7 +181,8 @@ TEST_F(ToldModulesTest, aBadMessageIsLoggedOnceAndOtherTopicsGoOn) {
       {{"/tf", frame("base_link", "laser", 0.0)}, "frame laser: a rotation of length 1"},
       {{"/tf", frame("laser", "base_link")}, "frame base_link: a tree of frames expected, a loop"},
       {{"/tf", frame("laser", "laser")}, "a loop through laser given"},
-      {{"/tf", frame("", "laser")}, "frames with names expected"}};
+      {{"/tf", frame("", "laser")}, "frames with names expected"},
+      {{"/tf", frame("laser", std::string(300, 'x'))}, "names of frames of up to 256 letters"}};
   for (const Bad& bad : table) {
     for (int i = 0; i < 3; ++i) tell(bad.told);
     EXPECT_THAT(linesOf(bad.told.topic), ElementsAre(HasSubstr("refused: "))) << bad.expected;
@@ -213,6 +214,28 @@ TEST_F(ToldModulesTest, validTransformsOfAMessageAreUsedBesideInvalidOnes) {
   frames.transforms.insert(frames.transforms.begin(), frame("laser", "laser").transforms[0]);
   tell({"/tf", frames});
   EXPECT_FLOAT_EQ(sut.getPose().x, 3.0f);
+}
+
+// Whoever makes up names for ever does not fill the memory.
+TEST_F(ToldModulesTest, framesAndSensorsAreNoMoreThanARobotHas) {
+  FrameTree frames;
+  const auto add = [&](int i) { frames.add(frame("odom", "frame" + std::to_string(i))); };
+  for (int i = 0; i < 10'000; ++i) add(i);
+  EXPECT_THAT([&] { add(10'000); },
+              testing::ThrowsMessage<std::runtime_error>(
+                  "frame frame10000: up to 10000 frames expected, more given"));
+  add(9'999);
+
+  TopicSurveyor surveyor;
+  for (int i = 0; i < 1'002; ++i) {
+    const Told told("/" + std::to_string(i), range(1.0f));
+    surveyor.expect(told.topic, told.type);
+    surveyor.take({told.topic, told.type, told.cdr});
+  }
+  EXPECT_TRUE(surveyor.isComplete());
+  EXPECT_EQ(surveyor.make().sensors.size(), 1'000u);
+  EXPECT_THAT(log.lines(ko::log::Level::warning),
+              ElementsAre(HasSubstr("more than 1000 topics make sensors: /1000 ")));
 }
 
 }  // namespace

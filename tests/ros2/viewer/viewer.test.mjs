@@ -5,7 +5,7 @@ import { chromium } from 'playwright-core';
 import { serve } from './file_server.mjs';
 
 const TOPICS = ['/map', '/robot_description', '/fields_of_view', '/people_markers', '/FrontLaser/points', '/FrontLaser/scan',
-  '/FrontSonar/points', '/DepthCamera/points'];
+  '/FrontSonar/points', '/DepthCamera/points', '/DepthCamera/image', '/DepthCamera/camera_info'];
 const FLAGS = ['--no-sandbox', '--use-angle=swiftshader', '--enable-unsafe-swiftshader', '--ignore-gpu-blocklist'];
 
 /** Counts a picture's black pixels (walls) and coloured pixels (points, people). */

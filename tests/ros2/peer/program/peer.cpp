@@ -6,8 +6,8 @@
 // publishes one message of each topic that a robot or a tool does, again and again.
 
 #include <chrono>
-#include <csignal>
 #include <cmath>
+#include <csignal>
 #include <cstdio>
 #include <cstdlib>
 #include <fastdds/dds/domain/DomainParticipant.hpp>
