@@ -68,7 +68,7 @@ test('a disabled or failed sensor stops although it has a subscriber, and comes 
   const row = live.row('BackSonar');
   await live.switchOf('BackSonar', 'Subscribe').click();
   await row.getByText('started · page 1').waitFor();
-  for (const [label, why] of [['Enable', 'disabled'], ['Diagnosis', 'diagnosis bad']]) {
+  for (const [label, why] of [['Enable', 'disabled'], ['Diagnosis', 'bad diagnosis']]) {
     await live.switchOf('BackSonar', label).click();
     await row.getByText(`${why} · page 1`).waitFor();
     await live.switchOf('BackSonar', label).click();
