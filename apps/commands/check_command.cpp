@@ -143,7 +143,6 @@ int check(const CommonOptions& options) {
   const outlets::Format format = outlets::parseFormat(options.format, kListFormats);
   const QuietLog quiet;
   const auto session = openSession(options, format);
-  options.notePose(*session);
   const CheckedSensors sensors = checkAll(*session, options);
   const auto failed = std::count_if(sensors.begin(), sensors.end(),
                                     [](const auto& sensor) { return !sensor.works(); });
@@ -151,6 +150,7 @@ int check(const CommonOptions& options) {
   if (sensors.empty() && faults.empty())
     throw session::UsageError(options.robot.value_or(session->getTitle()) +
                               ": the robot has no sensors");
+  options.notePose(*session);
   if (format == outlets::Format::table) {
     printTable(sensors, faults, failed);
   } else {

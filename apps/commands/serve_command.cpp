@@ -62,6 +62,7 @@ bool serveSession(ServeOptions& options, session::Session& session, ko::log::Log
   if (options.record.isAsked() || options.graph.isAsked()) server.add(files);
   if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session.getManager()));
   warnIfOpen(server);
+  if (options.replay.empty()) options.notePose(session);
   options.record.getSummaryStream() << session.getTitle() << " at " << server.getUrl() << std::endl;
   while (!isInterrupted()) {
     options.graph.obey();
@@ -76,7 +77,6 @@ bool serve(ServeOptions& options) {
   ko::log::LogRing log;
   if (options.replay.empty()) {
     const auto session = options.openSession();
-    options.notePose(*session);
     return serveSession(options, *session, log);
   }
   ros2::SessionReplay run(session::findRecording(options.replay), options.robots.sensors);

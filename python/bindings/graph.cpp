@@ -36,7 +36,7 @@ std::shared_ptr<JoinedOutlet> join(const std::shared_ptr<SessionHandle>& session
   });
 }
 
-/** The session's time belongs to the opening thread, so no other thread can do this. */
+/** Opens it on this thread, which its time belongs to: nobody else can wait for it. */
 std::shared_ptr<session::Session> openUnlessInterrupted(
     const ros2::HeardRobotOptions& options) try {
   return unlocked([&] { return std::shared_ptr<session::Session>(ros2::openHeardRobot(options)); });

@@ -115,7 +115,7 @@ TEST_F(RecordingTest, anIncompleteComparisonExitsWith1) {
       {{cut}, "snapshots are equal, bit for bit.\nThe recording is damaged"},
       {{damaged}, " snapshots could not be compared.\n"},
       {{path, "--from", "1000"}, "There was no snapshot to compare.\n"},
-      {{changedCopy(path, folder / "changed.mcap")}, ": familyName is "},
+      {{changedCopy(path, folder / "changed.mcap")}, ": familyName: recorded "},
   };
   for (const auto& [arguments, expected] : cases) {
     std::vector<std::string> all{"replay", "--compare"};

@@ -38,7 +38,7 @@ void append(qv_msgs::Inputs& inputs, const QVValue& value) {
   }
 }
 
-[[noreturn]] void refuse(const char* what, const char* given = "none") {
+[[noreturn]] void refuseInputs(const char* what, const char* given = "none") {
   throw std::runtime_error(std::string("inputs: ") + what + " expected, the message has " + given);
 }
 
@@ -48,7 +48,7 @@ class Parts {
   explicit Parts(const qv_msgs::Inputs& inputs) : inputs(inputs) {}
 
   QVValue next(int depth = 0) {
-    if (depth > kDeepestArray) refuse("arrays at most 32 deep");
+    if (depth > kDeepestArray) refuseInputs("arrays at most 32 deep");
     switch (Type{take(inputs.types, type, "a type")}) {
       case Type::invalid:
         return {};
@@ -65,14 +65,14 @@ class Parts {
       case Type::binary:
         return xBytes();
     }
-    refuse("a type from 0 to 6");
+    refuseInputs("a type from 0 to 6");
   }
 
  private:
   template <typename Element>
   static const Element& take(const std::vector<Element>& from, std::size_t& place,
                              const char* what) {
-    if (place >= from.size()) refuse(what);
+    if (place >= from.size()) refuseInputs(what);
     return from[place++];
   }
 
@@ -115,22 +115,22 @@ void InputEncoder::add(qv_msgs::Inputs& inputs, const std::string& key, const QV
 void InputDecoder::xLearn(const std::vector<std::string>& newKeys) {
   for (const std::string& key : newKeys) {
     keyBytes += sizeof key + key.size();
-    if (keyBytes > kMostKeyBytes) refuse("names of keys of up to 16 MB", "more");
+    if (keyBytes > kMostKeyBytes) refuseInputs("names of keys of up to 16 MB", "more");
     keys.push_back(key);
   }
 }
 
 std::vector<InputWrite> InputDecoder::decode(const qv_msgs::Inputs& inputs) {
   xLearn(inputs.new_keys);
-  if (inputs.types.size() > kMostValues) refuse("up to 4,000,000 values", "more");
-  if (inputs.raised.size() != inputs.keys.size()) refuse("a mark for each key");
+  if (inputs.types.size() > kMostValues) refuseInputs("up to 4,000,000 values", "more");
+  if (inputs.raised.size() != inputs.keys.size()) refuseInputs("a mark for each key");
   Parts parts(inputs);
   std::vector<InputWrite> writes;
   std::uint64_t nameBytes = 0;
   for (std::size_t i = 0; i < inputs.keys.size(); ++i) {
-    if (inputs.keys[i] >= keys.size()) refuse("the name of a key");
+    if (inputs.keys[i] >= keys.size()) refuseInputs("the name of a key");
     nameBytes += keys[inputs.keys[i]].size();
-    if (nameBytes > kMostKeyBytes) refuse("names of up to 16 MB", "more");
+    if (nameBytes > kMostKeyBytes) refuseInputs("names of up to 16 MB", "more");
     writes.push_back({keys[inputs.keys[i]], parts.next(), inputs.raised[i] != 0});
   }
   return writes;

@@ -13,9 +13,9 @@ namespace {
 
 using Time = ko::Clock::time_point;
 
-constexpr ko::Duration kComparePeriod{400'000'000};
+constexpr ko::Duration kComparePeriod{600'000'000};
 // Seconds: what passes at once between two comparisons counts as that at the most.
-constexpr double kLongestGap = 0.5;
+constexpr double kLongestGap = 1.0;
 constexpr ko::Duration kHangs{200'000'000};
 // A tick that comes later than that has missed others, or the clock has jumped.
 constexpr ko::Duration kLongestTick{1'000'000'000};
@@ -215,7 +215,7 @@ void HealthBoard::xJudgeAll(bool isTick) {
   if (isTick) xCompareViews(now);
   const RobotMotion::State moved = motion.getState();
   for (Glance& glance : glances) {
-    if (isTick && glance.wasSound && glance.watch->isCalm(moment.now)) continue;
+    if (isTick && glance.wasSound && glance.watch->isCalm(moment.now, moment.isMoving)) continue;
     Entry& entry = *glance.entry;
     const HealthFinding finding = xJudge(entry, moment, isTick ? &moved : nullptr);
     if (finding.cause == HealthCause::old || finding.state == HealthState::starting) askedAt = now;

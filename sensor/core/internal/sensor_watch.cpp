@@ -81,7 +81,9 @@ void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   notes.excuse = records.empty() ? pendingExcuse : nullptr;
   notes.isExcuseMeasured = isPendingMeasured;
   if (!records.empty() || notes.excuse) notes.answeredAt = now;
-  notes.garbage = shifted(notes.garbage, pendingGarbage.exchange(false));
+  // An exchange takes its time, and hardly ever finds any.
+  const bool cameAsGarbage = pendingGarbage && pendingGarbage.exchange(false);
+  notes.garbage = shifted(notes.garbage, cameAsGarbage);
   notes.changed = shifted(notes.changed, false);
   notes.readAt = now;
   if (!records.empty()) xNoteRecords(records, notes);
@@ -91,9 +93,15 @@ void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   if (notes.stamps > 1) isFirstAwaited = false;
   isOrdinary = !records.empty();
   lookedAt = now;
-  const std::int64_t madeAt = records.empty() ? now : std::min(now, notes.digest.stamp);
-  calmUntil = xIsCalming(notes) ? madeAt + patience : 0;
+  xNoteCalm(notes);
   xEndReading();
+}
+
+void SensorWatch::xNoteCalm(const ReadingNotes& notes) {
+  const bool isSilent = notes.recordAt != notes.readAt && !notes.excuse;
+  isSilentOnMove.store(isSilent && nature.silence == Model::Silence::whileMoving,
+                       std::memory_order_relaxed);
+  calmUntil.store(xFindCalm(notes), std::memory_order_release);
 }
 
 void SensorWatch::setPatience(std::int64_t value) {
@@ -102,10 +110,16 @@ void SensorWatch::setPatience(std::int64_t value) {
 }
 
 // What goes on as it should needs no judge until its record is old.
-bool SensorWatch::xIsCalming(const ReadingNotes& notes) const {
+std::int64_t SensorWatch::xFindCalm(const ReadingNotes& notes) const {
   const bool isZone = nature.points == Model::PointMeaning::zone;
-  if (notes.garbage != 0 || isStill || (isZone && notes.changed != 0)) return false;
-  return !nature.hasRate || (notes.recordAt == notes.readAt && notes.stamps > 1);
+  if (notes.garbage != 0 || isStill || (isZone && notes.changed != 0)) return 0;
+  if (notes.recordAt != notes.readAt) {
+    const bool isReason = notes.excuse || isSilentOnMove || !nature.hasRate;
+    return isReason ? notes.readAt + patience : 0;
+  }
+  if (nature.hasRate && notes.stamps < 2) return 0;
+  const std::int64_t cameAt = nature.hasRate ? notes.readAt : notes.stampedAt;
+  return notes.readAt - std::max(cameAt - notes.digest.stamp, std::int64_t{0}) + patience;
 }
 
 void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,

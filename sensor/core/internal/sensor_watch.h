@@ -89,7 +89,9 @@ class alignas(64) SensorWatch {
   /** Sets for how long a record of a sound sensor counts as one, ns. */
   void setPatience(std::int64_t value);
   /** True if nothing was noted that could make a sound sensor any other; touches one line. */
-  bool isCalm(std::int64_t now) const { return on && now < calmUntil && readingSince == 0; }
+  bool isCalm(std::int64_t now, bool isMoving) const {
+    return on && now < calmUntil && readingSince == 0 && (isMoving || !isSilentOnMove);
+  }
 
  private:
   struct Sight {
@@ -101,7 +103,9 @@ class alignas(64) SensorWatch {
   void xNoteView(const PlanarView& seen, ReadingNotes& notes);
   bool xSkips(const std::vector<Math::MetricalData>& records, const ReadingNotes& notes);
   bool xIsTooSoon(const std::vector<Math::MetricalData>& records) const;
-  bool xIsCalming(const ReadingNotes& notes) const;
+  void xNoteCalm(const ReadingNotes& notes);
+  /** Returns until when what was just noted needs no judge; 0 if it does. */
+  std::int64_t xFindCalm(const ReadingNotes& notes) const;
   void xEndReading() { readingSince.store(0, std::memory_order_release); }
 
   // All that a reading or a glance touches as a rule lies in one line of cache, the notes behind
@@ -115,6 +119,8 @@ class alignas(64) SensorWatch {
   bool isFirstAwaited = false;
   /** True if the points stayed the same, though the robot's motion would change them. */
   bool isStill = false;
+  /** True if the last look found nothing, which is no fault as long as the robot moves. */
+  std::atomic<bool> isSilentOnMove{false};
   std::uint8_t skipped = 0;
   const char* pendingExcuse = nullptr;
   std::atomic<std::int64_t> readingSince{0};

@@ -269,7 +269,7 @@ TEST_F(NetworkTest, fifteenReadersThatJoinABadNetworkAtOnceGetEverything) {
     }));
   std::vector<std::unique_ptr<Tool>> tools;
   for (auto& tool : joining) tools.push_back(tool.get());
-  EXPECT_TRUE(sut.runUntil(seconds(20), [&] {
+  EXPECT_TRUE(sut.runUntil(seconds(60), [&] {
     return std::ranges::all_of(tools, [](const auto& tool) { return tool->hasAll(); });
   }));
   EXPECT_GT(networks.cable->getLostCount(), 10);
