@@ -18,18 +18,18 @@
 
 namespace QV::session {
 
-/** The time that a session goes by. */
+/** The clock of a session. */
 enum class TimeSource {
-  /** A time of its own, one at a time in a process. It stands still until the session is run,
-   * and each session is the same. */
+  /** A simulated time of its own; only one such session may exist in a process at a time. Time
+   * advances only with the session, so runs are reproducible. */
   simulated,
-  /** The time of ko::Clock: the machine's, or a SimulatedTime that the caller has made. */
+  /** The time of ko::Clock: real, or a SimulatedTime that the caller has created. */
   clock
 };
 
 /**
- * The place of a robot, its world and its sensors. The default is the project's own map, an empty
- * world, and the library's kinds of sensors.
+ * The options of a session: map, start pose, world, faults and sensor kinds. The default is the
+ * project's own map, an empty world, and the library's kinds of sensors.
  *
  *     QV::session::OpenOptions options;
  *     options.start = QV::Math::Pose2D(3.0f, 6.3f, 0.0f);
@@ -39,42 +39,42 @@ enum class TimeSource {
  */
 struct QV_API OpenOptions {
   TimeSource time = TimeSource::simulated;
-  /** The map: one of the project's own by its name, or a map_server map by its path. */
+  /** The map: one of the project's own by name, or a map of ROS map_server by path. */
   std::string mapFile = "apartment";
-  /** A map in place of the file. */
+  /** A map to use in place of the file. */
   boost::shared_ptr<const OccupancyMap> map = nullptr;
-  /** The pose in the map; without one, a pose where there is room. */
+  /** The start pose in the map; without one, a free pose. */
   std::optional<Math::Pose2D> start = std::nullopt;
-  /** The world of a virtual robot; its own `start` is not used, the one above is. */
+  /** The world of a virtual robot; its own `start` is ignored, the one above is used. */
   robot::WorldOptions world = {};
-  /** True puts a person 1.2 m before a virtual robot, to be seen. */
+  /** True places a person 1.2 m ahead of a virtual robot, where its sensors see somebody. */
   bool somebodyAhead = false;
   /** The faults of a virtual robot. */
   std::vector<robot::Fault> faults = {};
-  /** The makers of its sensors, by whose kinds its description is read, and of what measures for
-   * them. */
+  /** `sensors` creates the sensors; the description may use its kinds. `units` creates the units
+   * that measure for them. */
   sensor::SensorFactory sensors = sensor::SensorFactory::standard();
   robot::UnitFactory units = robot::UnitFactory::standard();
 };
 
 /**
- * Opens a virtual robot with the sensors that its description names: one of the project's own by
- * its name ("porter"), or a URDF by its path. What is wrong with a file: std::runtime_error that
- * names it; a world that can't be built: UsageError.
+ * Opens a virtual robot with the sensors of its description: one of the project's own by name
+ * ("porter"), or a URDF by path. Throws std::runtime_error, with the file's name, for a bad file,
+ * and UsageError for a world that can't be built.
  */
 QV_API std::unique_ptr<Session> openVirtual(const std::string& robot,
                                             const OpenOptions& options = {});
 
 /**
- * Opens a robot with the simulated sensors of a kind (see SimulatedSensorManager); UsageError for a
- * kind that has none.
+ * Opens a robot with the simulated sensors of a kind (see SimulatedSensorManager). Throws
+ * UsageError for a kind without sensors.
  */
 QV_API std::unique_ptr<Session> openSimulated(int kind, const OpenOptions& options = {});
 
 /**
- * Opens a log of a lidar (CARMEN) or of sonars, which its content tells. Sonars are of two files:
- * the poses are in `poses` or, without one, in poses.txt beside the log. It plays in a time of its
- * own and stands at its first step. Bad files: std::runtime_error with file and line.
+ * Opens a log of a lidar (CARMEN) or of sonars; the content tells which. A sonar log needs a second
+ * file with poses: `poses` or, without it, poses.txt beside the log. The session has its own time
+ * and stands at the first step. Throws std::runtime_error, with file and line, for a bad file.
  */
 QV_API std::unique_ptr<Session> openRecording(const std::string& log,
                                               const std::optional<std::string>& poses = {});

@@ -25,7 +25,7 @@ struct QV_API CheckedSensor {
   std::string name;
   std::string family;
   Verdict verdict = Verdict::works;
-  /** The reason why it does not work; or what there is to know of one that works. */
+  /** The reason if it does not work; otherwise a remark, or nothing. */
   std::string why = {};
   std::size_t records = 0;
   std::size_t points = 0;
@@ -39,33 +39,33 @@ struct QV_API CheckOptions {
   /** The sensors to check, by name. None means all, and those of the description that could not
    * be built. */
   std::set<std::string> sensors = {};
-  /** The kinds of sensors that their manager knows none of, found by their families. */
+  /** The kinds for sensors whose manager knows no kind, found by their families. */
   Model::SensorKinds kinds = Model::SensorKinds::standard();
-  /** Hears after each sensor which share is done; false ends the check. */
+  /** Called after each sensor with the progress, 0 to 1; return false to stop. */
   std::function<bool(double)> goesOn = {};
 };
 
 /**
- * Checks each sensor in turn, by what its kind says: subscribes, watches its records for two and a
- * half seconds of ko's time, and unsubscribes. Records older than 0.4 s are stale. A thread that
- * owns simulated time moves it.
+ * Checks each sensor in turn, by the rules of its kind: subscribes, watches its records for two and
+ * a half seconds of ko::Clock, and unsubscribes. Records older than 0.4 s are stale. A thread that
+ * owns simulated time advances it.
  */
 QV_API std::vector<CheckedSensor> checkSensors(sensor::SensorManager& manager,
                                                const CheckOptions& options = {});
 
 /**
- * Checks a session's sensors likewise, and watches each for as long again after a turn on the spot:
- * a sensor that is stuck does not show that. Then turns back.
+ * Checks a session's sensors likewise. Then turns the robot on the spot, watches each sensor for as
+ * long again, and turns back: points that stay the same are stale, because the sensor is stuck.
  */
 QV_API std::vector<CheckedSensor> checkSensors(Session& session, const CheckOptions& options = {});
 
 /**
- * Finds what is hardly meant as it stands in the description of a session's robot, and its memory
- * keys that nobody has written so far. None without a description.
+ * Finds probable mistakes in the description of a session's robot, and memory keys that nobody has
+ * written so far. None without a description.
  */
 QV_API std::vector<Model::DescriptionFault> findDescriptionFaults(Session& session);
 
-/** Finds the same for any robot whose drivers have had the time to write. No memory: QVError. */
+/** Finds the same for any robot, after its drivers have written. Without a memory: QVError. */
 QV_API std::vector<Model::DescriptionFault> findDescriptionFaults(
     const boost::shared_ptr<QVBroker>& broker, const Model::Robot& robot,
     const Model::SensorKinds& kinds = Model::SensorKinds::standard());

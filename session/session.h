@@ -19,10 +19,10 @@
 
 namespace QV::session {
 
-/** The wishes of subscribers: subscriber to sensors. Whoever is not in it wants nothing. */
+/** The desired subscriptions: a subscriber's name, and the sensors that it wants. */
 using Demand = std::map<std::string, std::set<std::string>>;
 
-/** Adds the wishes of others. */
+/** Adds the subscriptions of `others`. */
 inline void addDemand(Demand& demand, const Demand& others) {
   for (const auto& [subscriber, sensors] : others) {
     demand[subscriber].insert(sensors.begin(), sensors.end());
@@ -32,21 +32,21 @@ inline void addDemand(Demand& demand, const Demand& others) {
 struct SessionParts;
 
 /**
- * A robot, simulated, virtual or recorded, and all that can be done with it.
+ * Controls one robot: simulated, virtual, recorded or from a ROS 2 graph.
  *
- * Open one with the functions of open.h. It is driven, switched, looked at and made to fail in the
- * same way whichever it is; what can't be done with it says so. Time goes by while it is run.
+ * Open one with the functions of open.h. All robots are driven, switched and read in the same way.
+ * Time advances in run(), step(), keepPace() and seek(), and while hardware starts.
  *
  * - Frames: poses and positions are in the map M. Records are as its manager gives them; getFrame()
  *   says in what they place their sensors.
  * - Units: metres, radians, m/s, rad/s; durations are nanoseconds.
- * - Lifetime: not copyable. The end lets the robot stand and stops all sensors. One session with a
- *   time of its own may live at a time.
- * - Threads: the switches are thread-safe: subscribe, unsubscribe, enable and diagnose. All else is
- *   for the thread that opened it.
- * - Errors: what can't be done is a UsageError; what hardware throws passes through.
+ * - Lifetime: not copyable. The destructor stops the robot and all sensors. Only one session with
+ *   simulated time may exist at a time.
+ * - Threads: subscribe, unsubscribe, enable and diagnose are thread-safe. All other functions are
+ *   for the thread that opened the session.
+ * - Errors: UsageError if the robot can't do it; exceptions of hardware reach the caller.
  *
- * Drive for a minute and look:
+ * Driving for a minute, then the nearest obstacle of each sensor:
  *
  *     const auto session = QV::session::openVirtual("porter");
  *     session->subscribe("my navigation", {"Sonar", "Laser"});
@@ -71,24 +71,24 @@ class QV_API Session {
   Math::Pose2D getPose() const;
   /** The map; null if it has none. */
   boost::shared_ptr<const OccupancyMap> getMap() const;
-  /** The radius of the room that the robot takes. */
+  /** The robot's radius (m). */
   float getRadius() const;
   /** The frame that records place their sensors in. */
   Frame getFrame() const;
   sensor::SensorManager& getManager() const;
-  /** The broker of the robot's services; null if it has none. */
+  /** The broker of the robot's modules; null if it has none. */
   boost::shared_ptr<QVBroker> getBroker() const;
-  /** The description that its sensors were made from; null if they were not made from any. */
+  /** The description of its sensors; null if they were not made from a description. */
   const Model::Robot* getDescription() const;
-  /** The kinds that its description's types stand for. */
+  /** The sensor kinds that its description may use. */
   const Model::SensorKinds& getKinds() const;
 
   /**
-   * Subscribes to sensors or families, by name. Starting hardware takes its time, simulated or not.
+   * Subscribes to sensors or families, by name. Waits while hardware starts, in ko::Clock's time.
    */
   void subscribe(const std::string& subscriber, const std::set<std::string>& names);
   void unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
-  /** Enables or disables a sensor or a family; the records go on or stop with it. */
+  /** Enables or disables a sensor or a family, and starts or stops its records. */
   void enable(const std::string& name, bool on);
   void diagnose(const std::string& sensor, bool success);
   /**
@@ -106,7 +106,7 @@ class QV_API Session {
    * which the command holds (ko::Clock).
    */
   void drive(const Math::Pose2D& velocity, ko::Duration hold);
-  /** Drives there on a planned path. Waits for an obstacle for 15 s, then drops the goal. */
+  /** Drives to a position in M on a planned path. Waits 15 s for an obstacle, then gives up. */
   void setGoal(const Math::Position2D& position);
   /**
    * Follows straight lines through two positions or more, turning on the spot at corners; `speed`
@@ -117,23 +117,23 @@ class QV_API Session {
   /** Drives about in free space. */
   void wander();
   void stop();
-  /** Puts the robot somewhere else. */
+  /** Moves the robot to a pose in M at once. */
   void setPose(const Math::Pose2D& pose);
 
-  /** The sensors that can be made to fail: none without a virtual robot. */
+  /** The sensors that can have a fault, now or not: none without a virtual robot. */
   std::vector<std::string> getFaultySensors() const;
   /** The faults that a sensor can have; see VirtualRobot. UsageError without a virtual robot. */
   std::vector<robot::FaultKind> getPossibleFaults(const std::string& sensor) const;
   void setFault(const robot::Fault& fault);
   void clearFault(const std::string& sensor);
 
-  /** Lets this much of ko::Clock's time go by, paused or not. */
+  /** Advances by a duration of ko::Clock, paused or not. */
   void run(ko::Duration duration);
-  /** The time after a subscription until every sensor has given its first record. */
+  /** The time that the session allows from a subscription to the first record of every sensor. */
   ko::Duration getSettlingTime() const;
   /** Plays a recording's next step; false at the end. Runs any other session for 0.1 s. */
   bool step();
-  /** The share of a recording that is done, 0 to 1. */
+  /** The played share of a recording, 0 to 1. */
   double getShareDone() const;
   /** Returns the length of a recording; std::nullopt for other sessions. */
   std::optional<ko::Duration> getLength() const;
@@ -143,11 +143,11 @@ class QV_API Session {
    */
   void seek(ko::Duration sinceStart);
 
-  /** Lets `machine` time's worth go by: nothing while paused, else at the speed that is set. */
+  /** Advances by `machine`, a real duration, times the speed; not at all while paused. */
   void keepPace(ko::Duration machine);
   void pause(bool on);
   bool isPaused() const;
-  /** Sets the seconds that go by in a second of the machine's, above 0. */
+  /** Sets the speed: seconds of the session per real second, above 0. */
   void setSpeed(double speed);
 
  private:

@@ -7,15 +7,15 @@
 namespace QV::session {
 
 /**
- * Finds a file that comes with the library, such as "maps/apartment.yaml": in share/qv of the place
- * that the library, or else the program, is installed in. UsageError if it is in neither.
+ * Finds a file that comes with the library, such as "maps/apartment.yaml". Looks in share/qv beside
+ * the library, then beside the program. Throws UsageError if it is in neither.
  */
 QV_API std::string findSharedFile(const std::string& name);
 
 /**
- * Finds the description of one of the project's own robots by its name ("porter"). What names a
- * file that is there, or holds a slash or a dot, is a path already. UsageError, with the names that
- * there are, for another.
+ * Finds the description of one of the project's own robots by its name ("porter"). Returns a text
+ * with a slash or a dot, or the name of an existing file, as it is: a path. Otherwise throws
+ * UsageError with the known names.
  */
 QV_API std::string findRobot(const std::string& nameOrPath);
 
@@ -23,8 +23,8 @@ QV_API std::string findRobot(const std::string& nameOrPath);
 QV_API std::string findMap(const std::string& nameOrPath);
 
 /**
- * The path of a recording or a log: what is there, or else one of the project's own by its name
- * ("lidar.log"). Another one comes back as it is.
+ * Finds a recording or a log: a file that exists, or else one of the project's own by its name
+ * ("lidar.log"). Returns any other text as it is.
  */
 QV_API std::string findRecording(const std::string& nameOrPath);
 

@@ -29,13 +29,13 @@ struct QV_API EchoMark {
   float angularRange = 0.0f;
 };
 
-/** The places of a record's points in the map, sorted by their meaning. Metres. */
+/** The positions of a record's points in the map, sorted by their meaning. Metres. */
 struct QV_API Marks {
-  /** The places of obstacles. */
+  /** The positions of obstacles. */
   std::vector<Math::Position3D> hits = {};
   /** The ends of beams that met nothing. */
   std::vector<Math::Position3D> misses = {};
-  /** The places on the floor: no obstacles. */
+  /** The positions of points on the floor: no obstacles. */
   std::vector<Math::Position3D> floor = {};
   std::vector<EchoMark> echoes = {};
   /** The distance from the sensor to the nearest hit or echo; a touch has no range. */
@@ -64,14 +64,14 @@ struct QV_API SensorState {
   double rate = 0.0;
   /** The age of its oldest record; std::nullopt without a record. */
   std::optional<double> age = std::nullopt;
-  /** The range of the nearest obstacle; a point at the maximum range or beyond is none. */
+  /** The range of the nearest obstacle. Points at the maximum range or beyond don't count. */
   std::optional<float> nearest = std::nullopt;
   /** The message of its last error, and how long ago that was. */
   std::string trouble = {};
   double troubleAge = 0.0;
-  /** The health: its state, and why. */
+  /** The health: its state and the reason. */
   sensor::SensorHealth health = {};
-  /** The place and the field of view in the map. */
+  /** The sensor's pose in the map, and its field of view. */
   struct View {
     Math::Pose2D apex;
     Math::SensorFieldOfView2D fieldOfView;
@@ -79,7 +79,7 @@ struct QV_API SensorState {
   std::optional<View> view = std::nullopt;
   /** The meaning of the points in its records. */
   Model::PointMeaning points = Model::PointMeaning::scan;
-  /** The places of its records' points, for the robot's pose at the time of the records. */
+  /** The positions of its records' points, by the robot's pose at the time of the records. */
   Marks marks = {};
   /** The records as the manager gave them. */
   std::vector<Math::MetricalData> records = {};
@@ -87,7 +87,7 @@ struct QV_API SensorState {
 
 struct QV_API TouchState {
   std::string name;
-  /** The place in the map. */
+  /** The position in the map. */
   Math::Position2D position;
   /** The time since it began, seconds. */
   double since = 0.0;
@@ -102,8 +102,8 @@ struct RecordingPlace {
 /**
  * The state of a robot and its world at one moment. Outlets show and record it.
  *
- * - Frames: all places and poses are in the map M, but for `velocity`, which is in the ground frame
- *   G, and the records, which `frame` tells.
+ * - Frames: positions and poses are in the map M, `velocity` is in the ground frame G. Records
+ *   place their sensors in `frame`.
  * - Units: metres, radians, m/s, rad/s; durations are seconds, `time` is ko::Clock's.
  * - Special values: std::nullopt, null or an empty list for parts that the robot does not have.
  * - Lifetime, threads: a value. It shares the map, which never changes.
@@ -123,7 +123,7 @@ struct QV_API Snapshot {
   Math::Pose2D pose;
   Math::Pose2D velocity;
   std::optional<Math::Position2D> goal;
-  /** The corners of the rest of the planned path, from its beginning on; empty without a goal. */
+  /** The remaining corners of the planned path, the next one first; empty without a goal. */
   std::vector<Math::Position2D> route;
   /** The sensors, by family and name. */
   std::vector<SensorState> sensors;

@@ -13,16 +13,16 @@ namespace ko {
 using Duration = boost::chrono::nanoseconds;
 
 /**
- * The one time of the process: it starts near 0 with the process and never goes back, unless a
- * SimulatedTime has taken it over.
+ * The clock of the process. It starts near 0 with the process and is steady: it jumps only when a
+ * SimulatedTime begins or ends.
  *
- * - Units: nanoseconds. It is no wall clock: the time of day is not in it.
- * - Special values: time point 0 is a time like any other; who needs "none" uses std::optional.
- * - Lifetime: nothing to make or to end.
- * - Threads: thread-safe, and no operation waits.
+ * - Units: nanoseconds. It is not a wall clock.
+ * - Special values: none; time point 0 is an ordinary time. For "no time" use std::optional.
+ * - Lifetime: all functions are static.
+ * - Threads: thread-safe; no operation waits.
  * - Errors: none.
  *
- * How old is a record?
+ * The records that are older than a second:
  *
  *     for (const auto& record : manager.getMetricalData())
  *       if (QV::Math::age(record, ko::Clock::now()) > seconds(1)) std::cout << record.sensorName;
@@ -35,17 +35,17 @@ struct QV_API Clock {
 
   static constexpr bool is_steady = true;
 
-  /** The present time; simulated while a SimulatedTime lives. */
+  /** Returns the current time; the simulated one while a SimulatedTime exists. */
   static time_point now() noexcept;
 
-  /** The device manager's count of `time`: whole milliseconds modulo 2^32, as a signed number. */
+  /** Converts to the device manager's counter: whole milliseconds modulo 2^32, signed. */
   static std::int32_t toInt32ms(time_point time) noexcept;
 
-  /** The time nearest to now whose millisecond count is `ms` modulo 2^32. */
+  /** Converts the device manager's counter back, to the matching time nearest to now. */
   static time_point fromInt32ms(std::int32_t ms) noexcept;
 
-  /** The time nearest to `reference` whose millisecond count is `ms` modulo 2^32. `offsetMs` is
-   * what the device manager was asked to add to the count; it is taken off again. */
+  /** Converts the counter back, to the matching time nearest to `reference`. Subtracts `offsetMs`
+   * first: the offset that the device manager was asked to add. */
   static time_point fromInt32ms(std::int32_t ms, time_point reference,
                                 std::int32_t offsetMs) noexcept;
 };
@@ -54,7 +54,7 @@ struct QV_API Clock {
 
 namespace ko::os {
 
-/** Sleeps in ko's time, the machine's or a simulated one; returns at once if not positive. */
+/** Sleeps for a time of ko::Clock, real or simulated; returns at once for 0 or less. */
 QV_API void msleep(int milliseconds);
 
 }  // namespace ko::os

@@ -16,9 +16,9 @@
 #include "platform/ko/clock.h"
 
 /**
- * The log: lines of a level, a category and the method that writes them, on standard error and to
- * sinks. `log::error("Navigation.Sensor", "subscribe") << text << number;` writes one line; nothing
- * is formatted when nobody wants it. Thread-safe.
+ * The log: lines with a level, a category and a method's name, on standard error and to sinks.
+ * `log::error("Navigation.Sensor", "subscribe") << text << number;` writes one line; nothing is
+ * formatted if the line is not wanted. Thread-safe.
  */
 namespace ko::log {
 
@@ -35,22 +35,22 @@ struct Record {
 /** The name of a level: "fatal", "error", ... */
 QV_API const char* getName(Level level);
 
-/** Sets what standard error shows of every category; it is warning at start. */
+/** Sets the lowest level that standard error shows, for all categories. At start it is warning. */
 QV_API void setLevel(Level level);
 
-/** Sets a limit for one category, on standard error and for every sink. */
+/** Sets the lowest level of one category, on standard error and for every sink. */
 QV_API void setLevel(const std::string& category, Level level);
 
-/** Takes back what setLevel set for one category. */
+/** Removes the level that setLevel() set for one category. */
 QV_API void resetLevel(const std::string& category);
 
-/** True if somebody wants such a line. */
+/** True if standard error or a sink shows such a line. */
 QV_API bool isEnabled(Level level, std::string_view category);
 
 /** Spells out line breaks and control characters, as in "\n" and "\x1b". */
 QV_API std::string onOneLine(const std::string& text);
 
-/** Writes one line; on standard error the message stands as onOneLine gives it. */
+/** Writes one line; standard error shows the message in the form of onOneLine(). */
 QV_API void write(Level level, std::string_view category, std::string_view method,
                   std::string message);
 
@@ -58,10 +58,10 @@ using Sink = boost::function<void(const Record&)>;
 struct SinkEntry;
 
 /**
- * Hands every record up to `level` to `sink`, on the thread that writes it, until it goes out of
- * scope; its destructor waits for a delivery in progress, and must not be
- * called from the sink. What a sink logs itself reaches standard
- * error only.
+ * Passes every record up to `level` to `sink`, on the thread that writes it.
+ *
+ * It ends with its scope. The destructor waits for a call in progress, and must not be called from
+ * the sink. Lines that a sink logs itself reach standard error only.
  */
 class QV_API ScopedSink {
  public:
@@ -74,14 +74,14 @@ class QV_API ScopedSink {
   boost::shared_ptr<SinkEntry> entry;
 };
 
-/** The last lines of the log that nobody took yet, while it lives. Thread-safe. */
+/** Collects the last lines of the log that nobody has taken yet. Thread-safe. */
 class QV_API LogRing {
  public:
   static constexpr std::size_t kMost = 200;
 
   LogRing();
 
-  /** Takes the lines since the last call, kMost of them at the most. */
+  /** Takes the lines since the last call, at most kMost. */
   std::vector<Record> takeNew();
 
  private:

@@ -12,16 +12,16 @@
 namespace ko {
 
 /**
- * Calls a function again and again on the event loop's threads, with no strand; never two calls of
- * one task at once. What the callback throws is logged at error level, category "ko.PeriodicTask",
- * and the task goes on. Thread-safe, the callback included.
+ * Calls a function periodically on the threads of the event loop, without a strand; never two calls
+ * of one task at once. An exception of the callback is logged as an error of "ko.PeriodicTask", and
+ * the task goes on. Thread-safe, also from the callback.
  *
  * Settings can be changed while the task is stopped; the setters throw std::logic_error otherwise.
  */
 class QV_API PeriodicTask {
  public:
   PeriodicTask();
-  /** Stops. */
+  /** Stops the task. */
   ~PeriodicTask();
   PeriodicTask(const PeriodicTask&) = delete;
   PeriodicTask& operator=(const PeriodicTask&) = delete;
@@ -33,19 +33,19 @@ class QV_API PeriodicTask {
   void setPeriod(Duration period);
 
   /**
-   * Off at first: a run starts one period after the former one has ended. On: runs start one period
-   * apart, or at once after a run that took longer; missed runs are not made up.
+   * Off (the default): a run starts one period after the end of the last one. On: runs start one
+   * period apart, or at once after a run that took longer; missed runs are not made up.
    */
   void compensateCallbackTime(bool compensate);
 
   /**
-   * The first run comes at once if `immediate`, else after one period. A running task starts anew.
-   * Throws std::logic_error without a callback, std::invalid_argument for a period that is not
-   * positive.
+   * Starts the task, or starts it anew. The first run comes at once if `immediate`, otherwise after
+   * one period. Throws std::logic_error without a callback, std::invalid_argument for a period that
+   * is not positive.
    */
   void start(bool immediate);
 
-  /** Waits for a running callback, unless it is called from that. No run starts afterwards. */
+  /** Stops the task. Waits for a running callback, unless called from it. No run starts after. */
   void stop();
 
   /** True from `start` to `stop`, also between the runs. */

@@ -14,22 +14,22 @@ class SimulatedScheduler;
 }
 
 /**
- * A time that its owner moves. For its life it takes over ko::Clock, tasks, delayed calls, posts
- * and sleeps: time stands still until the owner, the thread that made it, advances it. What falls
- * due then runs on the owner's thread, in order of time and, at the same time, of start: the same
- * every time.
+ * A time that its owner advances. While it exists, it controls ko::Clock, tasks, delayed calls,
+ * posts and sleeps. Time stands still until the owner, the thread that created it, advances it. Due
+ * calls then run on the owner's thread, ordered by time and, for the same time, by their start: in
+ * the same order in every run.
  *
- * - Lifetime: make it first, then robot and manager; let it end last. What was started before it
- *   stays with the machine's clock and threads. What still waits when it ends never runs: its
- *   futures count as cancelled, its tasks as stopped.
- * - Threads: for its owner. A sleep on the owner's thread advances the time and runs what falls
- *   due, but for calls that are running already: a callback that sleeps is never entered again.
- *   Sleeps on other threads end when the owner has advanced far enough, or when the scope ends. An
- *   operation may be called from a callback.
- * - Errors: a second one in the process throws std::logic_error, and so does an operation on
- *   another thread.
+ * - Lifetime: create it before robot and manager; destroy it after them. Calls that were started
+ *   before it stay with the real clock and threads. Calls that still wait at its end never run:
+ *   their futures count as cancelled, their tasks as stopped.
+ * - Threads: for its owner. A sleep on the owner's thread advances the time and runs due calls,
+ *   except calls that are running already: a callback that sleeps is never entered again. Sleeps
+ *   on other threads end when the owner has advanced far enough, or when the scope ends. Callbacks
+ *   may call all operations.
+ * - Errors: std::logic_error for a second one in the process, and for an operation on another
+ *   thread.
  *
- * An hour in a moment:
+ * An hour of driving:
  *
  *     ko::SimulatedTime time;
  *     QV::robot::VirtualRobot porter("robot/descriptions/porter.urdf", map);
@@ -38,29 +38,29 @@ class SimulatedScheduler;
  */
 class QV_API SimulatedTime {
  public:
-  /** Takes over, with this time as the present. */
+  /** Takes over ko::Clock. Its time is this one at first. */
   explicit SimulatedTime(Clock::time_point start = Clock::time_point());
   ~SimulatedTime();
   SimulatedTime(const SimulatedTime&) = delete;
   SimulatedTime& operator=(const SimulatedTime&) = delete;
 
-  /** Moves time on by `duration`; a negative one throws std::invalid_argument. */
+  /** Advances by `duration`; throws std::invalid_argument if it is negative. */
   void advance(Duration duration);
 
   /**
-   * Moves time on to `time`, or beyond it if a callback sleeps that long; a time in the past throws
-   * std::invalid_argument.
+   * Advances to `time`, or beyond it if a callback sleeps that long. Throws std::invalid_argument
+   * for a time in the past.
    */
   void advanceTo(Clock::time_point time);
 
-  /** Runs what is due now, and what that posts. */
+  /** Runs the calls that are due now, and those that they post. */
   void runDue();
 
-  /** Runs what falls due, one after the other, until `reached` says yes; at most for `limit`,
-   * and the time then stands there. Returns the last answer of `reached`. */
+  /** Advances from one due call to the next until `reached` returns true. Stops at `limit` from
+   * now, and the time is then that. Returns the last result of `reached`. */
   bool runUntil(const boost::function<bool()>& reached, Duration limit);
 
-  /** Waits, in the machine's time, until at least `count` other threads sleep in simulated time. */
+  /** Waits, in real time, until at least `count` other threads sleep in simulated time. */
   void awaitSleepers(std::size_t count);
 
  private:

@@ -8,18 +8,18 @@
 namespace QV::robot {
 
 /**
- * Reads a map_server map: a YAML file that names a PGM (P2, P5) or PNG image, by its own folder,
- * and says what its pixels mean (modes trinary, scale and raw). The image's last row is the map's
- * row 0. A colour counts as the mean of its channels; alpha is ignored. Whatever is wrong with
- * either file throws std::runtime_error, which names the file, where that helps the line and the
- * key, and what was expected.
+ * Reads a map of ROS map_server: a YAML file with the path of its image, relative to the YAML file,
+ * and the meaning of its pixels (modes trinary, scale and raw). The image is a PGM (P2, P5) or PNG.
+ * Its last row is the map's row 0. A colour pixel is read as the mean of its channels; alpha is
+ * ignored. Throws std::runtime_error for a bad file. Its text names the file, the line and the key
+ * if that helps, and what was expected.
  */
 QV_API OccupancyMap loadMap(const std::string& yamlPath);
 
 /**
- * Writes a map as `yamlPath` (*.yaml or *.yml) and a P5 PGM beside it. A map of free, unknown and
- * occupied cells alone comes back as it is, any other with its occupancies rounded to 1/255. A file
- * that can't be written throws std::runtime_error.
+ * Writes a map as `yamlPath` (*.yaml or *.yml) and a P5 PGM beside it. A map that has only free,
+ * unknown and occupied cells is stored exactly; other occupancies are rounded to 1/255. Throws
+ * std::runtime_error if a file can't be written.
  */
 QV_API void saveMap(const OccupancyMap& map, const std::string& yamlPath);
 

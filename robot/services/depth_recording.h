@@ -13,20 +13,20 @@
 namespace QV::robot {
 
 /**
- * Plays a folder of 16-bit PNGs, in the order of their names and from the first again after the
- * last, at the rate it was recorded at; the first call starts it. A FrameSource.
+ * A FrameSource that plays a folder of 16-bit PNGs, in the order of their names and in a loop, at
+ * the recorded rate. The first call starts it.
  */
 class QV_API DepthRecording {
  public:
   /**
-   * `metresPerUnit` is what one unit of the PNGs stands for. A number that is not above 0:
-   * std::invalid_argument; a folder without PNG: std::runtime_error.
+   * `metresPerUnit` is the depth of one unit of the PNGs. Throws std::invalid_argument for a number
+   * that is not above 0, std::runtime_error for a folder without a PNG.
    */
   DepthRecording(const std::string& folder, double metresPerUnit, double framesPerSecond);
 
   /**
-   * `depth` becomes the frame of `time` in millimetres, at most 65535; it is good until the next
-   * call. A file that is no 16-bit grey PNG: std::runtime_error.
+   * Sets `depth` to the frame of `time`, in millimetres, at most 65535; it is valid until the next
+   * call. Throws std::runtime_error for a file that is no 16-bit grey PNG.
    */
   void operator()(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point time);
 

@@ -24,10 +24,10 @@ struct InputTap;
 class SpareBytes;
 
 /**
- * Shows the depth, in millimetres and 0 where there is none, that a camera sees at `time`. `depth`
- * comes in the size that is wanted; a frame of another size may take its place and is sampled to
- * that size (nearest pixel), an empty one says that there is nothing to see yet. An older frame
- * says its own `time`. What it throws is the error of the client that asked.
+ * Sets `depth` to the frame that a camera sees at `time`: millimetres, 0 for no depth. `depth`
+ * comes in the wanted size; a frame of another size is sampled to that size (nearest pixel). An
+ * empty frame means that there is none yet. For an older frame the function sets `time` to that of
+ * the frame. The client that asked gets its exceptions as errors.
  */
 using FrameSource =
     std::function<void(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time)>;
@@ -46,20 +46,20 @@ struct QV_API Camera {
 };
 
 /**
- * The cameras, module "QVVideoDevice"; QVVideoDeviceProxy says what its methods do. A client that
- * asks before its next frame is due gets its last one again; an image that it still holds is taken
- * back, which is logged once. A handle is the client's name and a number that is given
- * once; to give it back again is no error. Thread-safe.
+ * The cameras: module "QVVideoDevice", whose methods QVVideoDeviceProxy describes. Thread-safe.
+ * A client that asks before its next frame is due gets its last one again. An image that it still
+ * holds is then released, which is logged once. A handle is the client's name and a number that is
+ * never used again; to unsubscribe it twice is no error.
  */
 class QV_API VideoDevice : public QVModule {
  public:
   VideoDevice();
   ~VideoDevice() override;
 
-  /** An index in use or a camera without source: std::invalid_argument. */
+  /** Adds a camera. std::invalid_argument for an index in use, or a camera without a source. */
   void addCamera(const Camera& camera);
-  /** Removes a camera. Its clients keep their handles and get errors until one of this index is
-   * back. */
+  /** Removes a camera. Its clients keep their handles and get errors until a camera of this index
+   * is added again. */
   void removeCamera(int index);
 
   /** Returns the handles of all clients, sorted. */

@@ -8,13 +8,13 @@
 
 namespace QV::robot {
 
-/** A robot's description, as text and as what the text says. */
+/** A robot's description: its text, and the model that was read from it. */
 struct QV_API RobotDescription {
-  /** `kinds` are those of its sensors. Malformed XML: what ModelUtils::robotFromXml throws. */
+  /** Reads the text; `kinds` are the possible sensors. Throws as ModelUtils::robotFromXml does. */
   explicit RobotDescription(const std::string& xml,
                             const Model::SensorKinds& kinds = Model::SensorKinds::standard());
 
-  /** std::runtime_error, with the path, for a file that can't be read or is malformed. */
+  /** Reads a file. Throws std::runtime_error, with the path, if it is malformed or unreadable. */
   static RobotDescription fromFile(
       const std::string& path, const Model::SensorKinds& kinds = Model::SensorKinds::standard());
 

@@ -25,23 +25,23 @@ class RobotWorld;
 class UnitFactory;
 
 /**
- * A whole robot in this process: every service that sensors call, under its real name, and a body
- * that drives, measures and bumps in an occupancy map.
+ * A complete robot in this process: all modules that sensors call, with the names of a real robot,
+ * and a body that drives, measures and collides in an occupancy map.
  *
- * It runs on ko::Clock: on the machine's, or on a SimulatedTime that was there before it and ends
- * after it; then a seed makes each session the same.
+ * It uses ko::Clock. Create a SimulatedTime before the robot and destroy it after the robot: then
+ * runs with the same seed are identical. Map cells above 0.4, and so unknown ones, are solid.
  *
  * - Frames: M is the map; R the root link, whose pose in M is the robot's; G the ground frame,
- *   which is R here. Cells above 0.4, unknown ones too, are solid.
+ *   which is R here.
  * - Units: metres, radians, m/s, rad/s; durations are nanoseconds.
- * - Lifetime: not copyable; keeps the map alive. When it ends, its services stay with the broker,
- *   so that who still uses them may end later. The world then stands still: sonars and the camera
- *   go on measuring it, a laser scans once more whenever it is switched on, and bumpers, blind
- *   zones and people fall silent.
+ * - Lifetime: not copyable; keeps the map alive. After the robot's end its modules stay registered,
+ *   so that their users may end later. The world then stands still. Sonars and the camera still
+ *   measure it, and a laser scans once each time that it is switched on. Bumpers, blind zones and
+ *   people give nothing.
  * - Threads: thread-safe.
- * - Errors: what is not finite, out of range or of an unknown name throws std::invalid_argument.
+ * - Errors: std::invalid_argument for an unknown name, and a number out of range or not finite.
  *
- * Two seconds of driving, in no time:
+ * Driving for two seconds of simulated time:
  *
  *     ko::SimulatedTime time;
  *     QV::robot::WorldOptions world;
@@ -53,17 +53,17 @@ class UnitFactory;
  */
 class QV_API VirtualRobot {
  public:
-  /** Makes a robot of a description. Its services go to `broker`, a new one if there is none; a
-   * name in use there: QVError. */
+  /** Creates a robot from a description. Registers its modules with `broker`, or with a new broker
+   * for null. Throws QVError if a name is in use there. */
   VirtualRobot(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,
                const WorldOptions& options = {}, boost::shared_ptr<QVBroker> broker = nullptr);
-  /** Makes a robot whose sensors are measured by what `units` makes. A sensor of a type that
-   * `units` knows and the description's kinds do not: std::invalid_argument. Whatever throws
-   * leaves nothing with the broker. */
+  /** Creates the units of the sensors with `units`. Throws std::invalid_argument for a sensor of a
+   * type that `units` knows but the description's kinds do not. After an exception no module is
+   * registered. */
   VirtualRobot(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,
                const WorldOptions& options, boost::shared_ptr<QVBroker> broker,
                const UnitFactory& units);
-  /** Makes a robot of a description in a file; see RobotDescription::fromFile. */
+  /** Creates a robot from a description's file; see RobotDescription::fromFile. */
   VirtualRobot(const std::string& descriptionPath, boost::shared_ptr<const OccupancyMap> map,
                const WorldOptions& options = {}, boost::shared_ptr<QVBroker> broker = nullptr);
   ~VirtualRobot();
@@ -73,50 +73,50 @@ class QV_API VirtualRobot {
   const boost::shared_ptr<QVBroker>& getBroker() const { return broker; }
   const Model::Robot& getModel() const;
   const OccupancyMap& getMap() const;
-  /** The radius of the upright cylinder that the body is for what stands in its way. */
+  /** The radius of the upright cylinder that the body is in collisions (m). */
   float getRadius() const;
 
   /** Drives forward and leftward in m/s, turning in rad/s, in R, from the next step on and until
-   * another command. What the body would run into stops it, not its turning. */
+   * another command. An obstacle stops the driving, not the turning. */
   void setVelocity(float vx, float vy, float omega);
-  /** The velocity of the last step in R: what the body really does. */
+  /** The actual velocity in the last step, in R (m/s, m/s, rad/s). */
   Math::Pose2D getVelocity() const;
 
   /** The pose of R in M, as of the last step. */
   Math::Pose2D getPose() const;
-  /** Puts the body somewhere else; the odometry does not notice. */
+  /** Moves the body to a pose in M at once; the odometry does not change. */
   void setPose(const Math::Pose2D& pose);
-  /** The pose that the wheels tell, seen from where the robot started. */
+  /** The pose by odometry, with its drift, relative to the start pose. */
   Math::Pose2D getOdometry() const;
 
   /** Sets positions of joints, radians or metres; see MotionService::setJointPositions. */
   void setJointPositions(const std::map<std::string, double>& positions);
 
-  /** The touch groups that are pressed now. */
+  /** The bumpers that are pressed now, by the names of their links. */
   std::set<std::string> getTouchedGroups() const;
   /** The number of times that the body has run into something since the start. */
   std::size_t getCollisionCount() const;
-  /** The people in M: those of the options, then the random ones. */
+  /** The positions of all people in M: first those of the options, then the random ones. */
   std::vector<Math::Position2D> getPeople() const;
 
   /**
    * Makes a sensor fail from `from` to `to`, counted since this robot was made. A name is one of
-   * getFaultySensors(). Where faults of a sensor overlap, the one that was set last counts. A kind
-   * that makes no sense for it throws std::invalid_argument, which says which kinds do.
+   * getFaultySensors(). If faults of a sensor overlap, the last one set is active. Throws
+   * std::invalid_argument for a kind that the sensor cannot have; the text names the possible ones.
    */
   void setFault(const std::string& sensor, FaultKind kind, ko::Duration from = ko::Duration::zero(),
                 ko::Duration to = ko::Duration::max());
   void setFault(const Fault& fault);
-  /** Takes back all faults of a sensor. */
+  /** Removes all faults of a sensor. */
   void clearFault(const std::string& sensor);
-  /** The faults that were set and not taken back, over or not; those of a sensor in the order in
+  /** The faults that were set and not removed, also past ones; those of a sensor in the order in
    * which they were set. */
   std::vector<Fault> getFaults() const;
 
-  /** The fault that a sensor suffers now; nothing while it is sound. */
+  /** The fault that a sensor has now; nothing if it has none. */
   std::optional<FaultKind> findFault(const std::string& sensor) const;
 
-  /** The sensors that are measured, and "PeoplePerception" with a depth camera. */
+  /** The sensors that can have a fault, now or not. With a depth camera "PeoplePerception", too. */
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
 

@@ -45,14 +45,14 @@ struct QV_API Walker {
 };
 
 /**
- * The world of a VirtualRobot, and how well its sensors measure. The default is an empty world and
+ * The world of a VirtualRobot, and the quality of its sensors. The default is an empty world and
  * perfect sensors.
  *
  * - Frames: all places are in the map.
  * - Units: metres, radians, m/s; durations are nanoseconds.
- * - Errors: what makes no sense is a std::invalid_argument of the robot's constructor.
+ * - Errors: the robot's constructor throws std::invalid_argument for values that make no sense.
  *
- * Noisy ranges, three people, and always the same run:
+ * Noisy ranges and three people, the same in every run:
  *
  *     QV::robot::WorldOptions world;
  *     world.start = {3.0f, 6.3f, 0.0f};
@@ -63,25 +63,25 @@ struct QV_API Walker {
 struct QV_API WorldOptions {
   /** The pose of the robot's root link at the start. */
   Math::Pose2D start;
-  /** The seed of all that is random; each source of chance has a generator of its own. */
+  /** The seed of all random numbers; each random process has its own generator. */
   std::uint64_t seed = 1;
 
   /** The standard deviation of each measured range, metres. */
   float rangeNoise = 0.0f;
   /** The share of ranges that are lost, 0 to 1. */
   float dropOuts = 0.0f;
-  /** The standard deviation of the odometry's systematic error: the share of each way and turn. */
+  /** The standard deviation of the odometry's systematic error, as a share of each way and turn. */
   float odometryDrift = 0.0f;
 
-  /** The height of what is occupied in the map. */
+  /** The height of occupied cells of the map, metres. */
   float wallHeight = 2.5f;
   std::vector<WorldBox> boxes = {};
   std::vector<FloorHole> holes = {};
   std::vector<Walker> people = {};
-  /** The number of people beside those above, who walk about at random. */
+  /** The number of further people, who walk at random. */
   int randomPeople = 0;
 
-  /** The time between two steps of the body, in which it moves and touches. */
+  /** The time between two steps of the body; it moves and touches in a step. */
   ko::Duration stepPeriod{20'000'000};
   ko::Duration laserPeriod{100'000'000};
   ko::Duration sonarPeriod{100'000'000};

@@ -10,29 +10,29 @@
 namespace QV::sensor {
 
 /**
- * Unsubscribes from all of `names`, whatever the hardware throws; that is logged at error level.
+ * Unsubscribes from all of `names`. Exceptions of hardware are logged as errors.
  */
 QV_API void unsubscribeGuarded(SensorManager& manager, const std::string& subscriber,
                                const std::set<std::string>& names) noexcept;
 
 /**
- * Finds those of these sensors and families that have no fresh record, and why; unknown names, too.
- * It reads them, since reading is all that makes a simulated sensor measure.
+ * Finds the sensors of these names and families that have no fresh record, with the reason; unknown
+ * names, too. It reads the sensors, because a simulated one measures only when it is read.
  */
 QV_API std::map<std::string, std::string> findMissingRecords(const SensorManager& manager,
                                                              const std::set<std::string>& names);
 
 /**
  * A subscription that ends with its scope: the constructor subscribes, the destructor unsubscribes
- * the same names, also when an exception passes by.
+ * the same names, also after an exception.
  *
- * - Special values: no names means every family, unknown names are logged and passed over.
+ * - Special values: no names means every family. Unknown names are logged and skipped.
  * - Lifetime: movable; a moved-from one does nothing. The manager must outlive it.
  * - Threads: for one thread at a time; the manager behind it is thread-safe.
- * - Errors: what starting the hardware throws leaves the constructor, with nothing left subscribed.
- *   The destructor logs what stopping throws.
+ * - Errors: if a start of hardware throws, the constructor throws and nothing stays subscribed. The
+ *   destructor logs an exception of a stop.
  *
- * Subscribe and wait for the first records:
+ * A subscription that waits for the first records:
  *
  *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Laser"});
  *     for (const auto& [sensor, why] : subscription.awaitRecords(seconds(2)))
@@ -42,8 +42,8 @@ class QV_API ScopedSubscription {
  public:
   /** Subscribes to every family. */
   ScopedSubscription(SensorManager& manager, const std::string& subscriber);
-  /** Subscribes to these sensors and families. What starting the hardware throws passes through,
-   * with nothing left subscribed. */
+  /** Subscribes to these sensors and families. If a start of hardware throws, nothing stays
+   * subscribed and the exception reaches the caller. */
   ScopedSubscription(SensorManager& manager, const std::string& subscriber,
                      const std::set<std::string>& names);
   ~ScopedSubscription();
@@ -51,8 +51,8 @@ class QV_API ScopedSubscription {
   ScopedSubscription& operator=(ScopedSubscription&& other) noexcept;
 
   /** Waits until each of its sensors has a fresh record, or a reason for none, at most `limit`
-   * of ko's time. Returns what was missing by then, and why, by sensor; empty if all are there.
-   * It reads where nothing else makes the sensors measure. */
+   * of ko::Clock. Returns the sensors without a record, each with the reason; empty if there are
+   * none. Reads the sensors if nothing else makes them measure. */
   std::map<std::string, std::string> awaitRecords(ko::Duration limit) const;
 
  private:

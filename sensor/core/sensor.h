@@ -26,12 +26,12 @@ enum class HardwareCall : std::uint8_t;
  * One sensor: its name, its family, its subscribers, and the state of its hardware.
  *
  * The hardware runs while three things hold: somebody has subscribed, the sensor is enabled, and
- * its diagnosis is good. The first subscriber starts it, the last one stops it. Users rarely touch
- * this class: a SensorManager does it for them. Whoever adds a sensor derives from it and writes
- * the three operations xGetData(), xSubscribeToHardware() and xUnsubscribeFromHardware().
+ * its diagnosis is good. The first subscriber starts it, the last one stops it. Most users need
+ * only SensorManager. To add a sensor, derive from this class and implement xGetData(),
+ * xSubscribeToHardware() and xUnsubscribeFromHardware().
  *
  * - Frames: S is the sensor's frame, x the direction in which it looks, y to the left, z up. Points
- *   are in S; a record's transform says where S is.
+ *   are in S; a record's transform places S in the ground frame or, simulated, in the map.
  * - Units: metres, radians, nanoseconds of ko::Clock.
  * - Special values: no record means that nothing was read. A record without points means that there
  *   is nothing to report.
@@ -40,7 +40,7 @@ enum class HardwareCall : std::uint8_t;
  * - Errors: an exception of the hardware reaches the caller. A start or stop that returns false
  *   sets the diagnosis to bad; the sensor then stays off until setDiagnosis(true).
  *
- * A sensor that reads one range:
+ * A sensor that reads one range, from 0 to 0.1 m:
  *
  *     class Whisker : public QV::sensor::Sensor {
  *      public:
@@ -56,33 +56,33 @@ enum class HardwareCall : std::uint8_t;
  */
 class QV_API Sensor {
  public:
-  /** Makes a sensor that is enabled, of good diagnosis, and off. `fieldOfView` is in metres and
-   * radians, about the x axis of S. */
+  /** Creates a stopped sensor that is enabled and has a good diagnosis. `fieldOfView` is in metres
+   * and radians, about the x axis of S. */
   Sensor(const std::string& name, const std::string& familyName,
          const Math::SensorFieldOfView2D& fieldOfView);
   virtual ~Sensor();
   Sensor(const Sensor&) = delete;
   Sensor& operator=(const Sensor&) = delete;
 
-  /** Returns the current measurements; empty while the hardware does not run. Waits for another
-   * reading of this sensor, never for hardware that starts or stops. */
+  /** Returns the current measurements; empty while the hardware does not run. May wait for another
+   * getData() of this sensor, never for a start or a stop. */
   virtual std::vector<Math::MetricalData> getData() const;
 
  protected:
   /** Measures. Called only while the sensor is started, by one thread at a time. */
   virtual std::vector<Math::MetricalData> xGetData() const = 0;
-  /** Starts the hardware; false if that failed. It may wait: no reader waits for it. */
+  /** Starts the hardware; false if that failed. May block: readers do not wait for it. */
   virtual bool xSubscribeToHardware() = 0;
-  /** Stops the hardware; false if that failed. It may wait, too. */
+  /** Stops the hardware; false if that failed. May block, too. */
   virtual bool xUnsubscribeFromHardware() = 0;
 
  public:
   /**
-   * Adds a subscriber; false if it is one already. The first one starts the hardware. A failed
-   * start is not reported here; it sets the diagnosis to bad.
+   * Adds a subscriber; false if it has subscribed already. The first one starts the hardware. A
+   * failed start does not change the result; it sets the diagnosis to bad.
    */
   bool subscribe(const std::string& subscriberName);
-  /** Removes a subscriber; false if it is none. The last one stops the hardware. */
+  /** Removes a subscriber; false if it had not subscribed. The last one stops the hardware. */
   bool unsubscribe(const std::string& subscriberName);
 
   /** Enables or disables the sensor. A disabled one stops and keeps its subscribers. */
@@ -92,40 +92,40 @@ class QV_API Sensor {
 
   std::string getName() const { return name; }
   std::string getFamilyName() const { return familyName; }
-  /** The names under which somebody has subscribed. Waits for hardware that starts or stops. */
+  /** The names of the subscribers. Waits for hardware that starts or stops. */
   std::set<std::string> getSubscribers() const;
 
-  /** The last error of the sensor, with its time: the last warning or error on its behalf, or
-   * what its hardware threw. Without any, what it last passed over in silence, at level info.
-   * It stays after a repair. Never waits for hardware. */
+  /** The last error of the sensor, with its time: the last warning or error about it, or the last
+   * exception of its hardware. If there was none: the last problem that was not logged, at level
+   * info. A repair does not clear it. Never waits for hardware. */
   std::optional<ko::log::Record> getLastTrouble() const;
 
-  /** Writes a line to the log on the sensor's behalf and keeps it as the last error, even if the
-   * log drops it. For warnings and errors. */
+  /** Writes a warning or an error about the sensor to the log and keeps it as the last error, even
+   * if the log drops it. */
   void logTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                   const std::string& message) const;
-  /** Keeps a last error without a line in the log. One at level info, such as a value that is
-   * not there yet, replaces only others at info. */
+  /** Keeps a last error without a line in the log. Level info, for example for a value that is
+   * not there yet, replaces neither a warning nor an error. */
   void keepTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                    const std::string& message) const;
 
-  /** Never waits, nor do the next two. The spelling of isDiagnosisSucess is the interface's, and
-   * stays; the manager's question is isSensorDiagnosisSuccess. */
+  /** This and the next two never wait. The interface spells isDiagnosisSucess so; the manager's
+   * function is isSensorDiagnosisSuccess. */
   bool isEnabled() const { return enabled; }
   bool isDiagnosisSucess() const { return diagnosisSuccess; }
   bool isStarted() const { return started; }
 
  protected:
-  /** Says why a measuring gives no record though nothing is wrong. `why` is a text that lasts;
-   * `measured` tells if the hardware measured all the same. */
+  /** Gives the reason for a reading without a record that is no error. `why` must have static
+   * lifetime; `measured` tells if the hardware measured all the same. */
   void xExcuse(const char* why, bool measured = false) const;
   /**
-   * Notes that something came in which could not be read as a measurement: too many make it noisy.
+   * Counts a measurement that could not be read. Too many set the sensor's health to noisy.
    */
   void xNoteGarbage() const;
-  /** Says that its records tell of changes only, and may grow old. For constructors. */
+  /** Declares that the sensor reports changes only: its records may be old. For constructors. */
   void xTellOfChanges();
-  /** Does keepTrouble with the text of the exception that is being handled. */
+  /** Calls keepTrouble() with the text of the current exception. For catch blocks. */
   void xKeepCaught(ko::log::Level level, std::string_view category, std::string_view method) const;
 
   std::string name;
@@ -155,22 +155,22 @@ class QV_API Sensor {
   mutable std::unique_ptr<ko::log::Record> lastTrouble;
   mutable int troubleCount = 0;
   // Members used by a reading come last, next to those of derived classes.
-  /** Null until somebody watches; owned. */
+  /** Null until the sensor's health is watched; owned. */
   mutable std::atomic<SensorWatch*> watch{nullptr};
   std::atomic<bool> enabled{true};
   std::atomic<bool> diagnosisSuccess{true};
-  /** True if there are subscribers, for those who must not wait. */
+  /** True if there are subscribers; read without the mutex. */
   std::atomic<bool> isWanted{false};
   std::atomic<bool> started{false};
-  /** What the hardware is busy with, and since when, ns. */
+  /** The call that the hardware is busy with, and its start, ns. */
   std::atomic<HardwareCall> call{};
   std::atomic<std::int64_t> callSince{0};
-  /** Stopping it failed last; starting it threw last. */
+  /** True if the last stop failed; true if the last start threw. */
   std::atomic<bool> leftOn{false};
   std::atomic<bool> hasThrown{false};
-  /** True if a reading since the start had records, and nobody watched. */
+  /** True if a reading since the start had records that nobody watched. */
   mutable std::atomic<bool> hasShown{false};
-  /** True if the watch may want the next reading. */
+  /** True if a SensorWatch may want the next reading. */
   mutable std::atomic<bool> isNoted{false};
   mutable boost::mutex startedMutex;
 };

@@ -9,22 +9,22 @@
 
 namespace QV::sensor {
 
-/** The state of a sensor, the worst last: where two are true, the later one is told. */
+/** The state of a sensor, the worst last. If several apply, the last one is reported. */
 enum class HealthState {
-  /** Nobody wants its records. */
+  /** It has no subscriber, or is disabled. */
   off,
-  /** Wanted, and without a fresh record so far. */
+  /** It has a subscriber, but no fresh record yet. */
   starting,
   sound,
-  /** Contradicted by another sensor that looks the same way. One of the two is wrong. */
+  /** Another sensor that looks the same way contradicts it. One of the two is wrong. */
   suspect,
-  /** The measurements stay the same where the robot's motion should change them. */
+  /** The measurements stay the same although the robot moves. */
   frozen,
   /** Too many of the measurements are impossible. */
   noisy,
   /** The records are too old. */
   late,
-  /** No records come, and there is no reason for that. */
+  /** No records come, without a good reason. */
   silent,
   /** The hardware does not start, stop or answer, or the diagnosis is bad. */
   failing
@@ -33,14 +33,14 @@ constexpr std::size_t kHealthStateCount = 9;
 
 /** "off", "starting", ... */
 QV_API const char* getName(HealthState state);
-/** True if a user has to know: in all states but off, starting and sound. */
+/** True for bad health: all states except off, starting and sound. */
 QV_API bool isFault(HealthState state);
 
 /**
- * The health of a sensor at one moment: its state, and why.
+ * The health of a sensor at one moment: its state and the reason.
  *
- * Records never change for it, and nothing is switched off by it. A value, to copy and keep; times
- * are ko::Clock's, the texts are plain English with figures.
+ * Health changes no record and switches no sensor off. This is a value, to copy and keep; times are
+ * those of ko::Clock, texts are plain English with figures.
  *
  *     if (const auto health = manager.getHealth("FrontLaser"); health && isFault(health->state))
  *       std::cerr << getName(health->state) << ": " << health->reason << ". " << health->remedy;
@@ -53,11 +53,11 @@ struct QV_API SensorHealth {
   std::string reason = {};
   /** The way back to a sound sensor; empty if none is needed. */
   std::string remedy = {};
-  /** The number of times that it came into this state so far, this one included. */
+  /** The number of times that the sensor entered this state, including this one. */
   int times = 0;
 };
 
-/** The limits beyond which something is too much. Each can be changed or switched off. */
+/** The limits by which health is judged. Each can be changed or switched off. */
 enum class HealthLimit {
   /** Seconds from the start to the first fresh record, and for hardware to start or stop. */
   start,
@@ -65,41 +65,41 @@ enum class HealthLimit {
   silence,
   /** Seconds: the age of a record. */
   age,
-  /** Seconds that one reading takes. */
+  /** Seconds: the duration of one reading. */
   reading,
   /** The share of the last 20 readings that are impossible, 0 to 1. */
   garbage,
   /** Radians that the robot turns while the points stay the same. */
   turn,
   /**
-   * Metres that the robot goes towards a point, or away from it, while the points stay the same.
+   * Metres that the robot drives towards a point, or away from it, while the points stay the same.
    */
   distance,
-  /** Seconds on the move in which two sensors contradict each other. */
+  /** Seconds in motion during which two sensors contradict each other. */
   disagreement,
-  /** Seconds without a fault until a sensor counts as sound again. */
+  /** Seconds without a problem until the sensor is sound again. */
   recovery
 };
 constexpr std::size_t kHealthLimitCount = 9;
 
 /** "start", "silence", ... */
 QV_API const char* getName(HealthLimit limit);
-/** Nothing for a name that no limit has. */
+/** Finds a limit by its name; nothing for an unknown name. */
 QV_API std::optional<HealthLimit> findHealthLimit(const std::string& name);
 /** The names of all limits, with commas. */
 QV_API std::string namesOfHealthLimits();
 
 /**
- * The limits of one sensor; nothing for those that are switched off. A value, for one thread at a
- * time. Defaults follow from the period between two measurements.
+ * The limits of one sensor; those that are switched off have no value. A value, for one thread at a
+ * time. The defaults follow from the period between two measurements.
  */
 class QV_API HealthLimits {
  public:
-  /** Makes the limits of a sensor that measures once a period. */
+  /** Creates the default limits of a sensor that measures once per period. */
   explicit HealthLimits(ko::Duration period = ko::Duration(100'000'000));
 
   std::optional<double> get(HealthLimit limit) const;
-  /** Sets a limit. What is not above 0, or not a number, switches it off. */
+  /** Sets a limit. NaN, or a value that is not above 0, switches it off. */
   void set(HealthLimit limit, std::optional<double> value);
   /** True if `value` is beyond the limit; never for one that is switched off. */
   bool isBeyond(HealthLimit limit, double value) const { return value > values[xIndex(limit)]; }
@@ -107,7 +107,7 @@ class QV_API HealthLimits {
  private:
   static std::size_t xIndex(HealthLimit limit) { return static_cast<std::size_t>(limit); }
 
-  /** Infinite where it is switched off. */
+  /** Returns the limit; infinity if it is switched off. */
   std::array<double, kHealthLimitCount> values;
 };
 
@@ -120,8 +120,8 @@ struct QV_API HealthRule {
 };
 
 /**
- * Reads "FrontLaser:age=0.5", "Sonar:turn=off" or "age=0.5". Anything else throws
- * std::invalid_argument that says what was expected.
+ * Reads "FrontLaser:age=0.5", "Sonar:turn=off" or "age=0.5". Throws std::invalid_argument for any
+ * other text, and says what was expected.
  */
 QV_API HealthRule parseHealthRule(const std::string& text);
 

@@ -28,11 +28,11 @@ class HealthBoard;
 struct HealthInside;
 
 /**
- * The sensors of a robot, by name and by family: all that navigation code talks to.
+ * All sensors of a robot, by name and by family. Navigation code needs only this class.
  *
  * A caller subscribes under a name of its own to sensors or families, and reads the records of
- * every sensor that runs. "Sonar" is a family, "FrontSonar" a sensor; if both share a name, it
- * means the family. Two managers derive from it: SimulatedSensorManager for rays in a map, and
+ * every sensor that runs. "Sonar" is a family, "FrontSonar" a sensor; if both share a name, the
+ * name means the family. Two managers derive from it: SimulatedSensorManager for rays in a map, and
  * RealSensorManager for the modules of a robot, real or virtual. You can derive your own.
  *
  * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S. The
@@ -41,12 +41,12 @@ struct HealthInside;
  * - Special values: an unknown name gives false or an empty result. Operations that change
  *   something also log it.
  * - Lifetime: not copyable. Subscriptions end with unsubscribe(), not with the caller: see
- *   ScopedSubscription. Nobody may call a manager that ends.
+ *   ScopedSubscription. No call may run during destruction.
  * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing
  *   may.
- * - Errors: what a sensor's hardware throws leaves the operation that starts or stops it. A sensor
- *   that throws while it is read is logged, and the others' records are there. The range of each
- *   sonar:
+ * - Errors: an exception of a start or stop of hardware reaches the caller. A sensor that throws
+ *   while it is read is logged; the other records are returned. An example, the distance of each
+ *   point of the sonars:
  *
  *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Sonar"});
  *     subscription.awaitRecords(seconds(2));
@@ -61,27 +61,27 @@ class QV_API SensorManager {
   SensorManager(const SensorManager&) = delete;
   SensorManager& operator=(const SensorManager&) = delete;
 
-  /** Switches the derived manager's debugging on or off; see there. */
+  /** Switches the debug mode on or off. On, RealSensorManager enables all its sensors. */
   virtual void setSensorsDebug(bool debug) = 0;
-  /** Sets where a simulated robot is; other managers log a warning. `scanPose` is where rays
-   * start, in M; `referencePose` is where records say the robot is. */
+  /** Sets the pose of a simulated robot in M; other managers log a warning. Rays start at
+   * `scanPose`, records say `referencePose`. They differ only to simulate localization errors. */
   virtual void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose);
 
  protected:
   /** Returns the records of all started sensors. */
   virtual std::vector<Math::MetricalData> xGetData() const = 0;
-  /** Returns the same to share. A manager that keeps its records shares those, by xShareCache(). */
+  /** Returns these records to share. A manager that keeps them shares those, by xShareCache(). */
   virtual boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const;
-  /** Hears after every subscription change, and of lookAgain(), whether any sensor is started. */
+  /** Called after each subscription change and by lookAgain(): is any sensor started? */
   virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
 
  public:
   /**
    * Subscribes to every family, to one name, or to several. True if the subscription was new to a
-   * sensor. Starting hardware that is wanted for the first time takes as long as the hardware does.
+   * sensor. Waits while hardware starts for its first subscriber.
    *
-   * Several names are taken in alphabetical order. An unknown one sets the answer to false, and a
-   * later one that is new sets it to true again: check names with isSensor() and isFamily() if it
+   * Several names are taken in alphabetical order. An unknown name sets the result to false, and a
+   * later one that is new sets it back to true: check names with isSensor() and isFamily() if it
    * matters.
    */
   bool subscribe(const std::string& subscriber);
@@ -95,15 +95,15 @@ class QV_API SensorManager {
   bool unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
   bool unsubscribe(const std::string& subscriber, std::initializer_list<std::string> names);
 
-  /** Looks whether any sensor runs and starts or stops the refreshing, as a subscription does.
+  /** Starts the refresh if any sensor runs, and stops it if none does, as a subscription does.
    * Call it after enableSensorOrFamily() and setSensorDiagnosis(), which don't. */
   void lookAgain();
 
-  /** Enables or disables a sensor or a family; false for an unknown name. The refreshing stays
-   * as it is: see lookAgain(). */
+  /** Enables or disables a sensor or a family; false for an unknown name. Does not start or stop
+   * the refresh: see lookAgain(). */
   bool enableSensorOrFamily(const std::string& name, bool enable);
-  /** Sets a sensor's diagnosis; false if there is no such sensor. The refreshing stays as it is,
-   * too. */
+  /** Sets a sensor's diagnosis; false if there is no such sensor. Does not start or stop the
+   * refresh, either. */
   bool setSensorDiagnosis(const std::string& sensorName, bool success);
 
   /** Names of families and sensors, in alphabetical order. */
@@ -116,8 +116,8 @@ class QV_API SensorManager {
   /** The sensors that are enabled and of good diagnosis, started or not. */
   std::set<std::string> getEnabledSensorList() const;
 
-  /** Answers false for an unknown sensor, as the next three do; nothing is logged. Only
-   * isSensorSubscribedBy() waits for a sensor that starts or stops. */
+  /** True if the sensor's hardware runs. This and the next three return false for an unknown
+   * sensor, without a log line. Only isSensorSubscribedBy() waits for a start or stop. */
   bool isSensorStarted(const std::string& sensorName) const;
   bool isSensorEnabled(const std::string& sensorName) const;
   bool isSensorDiagnosisSuccess(const std::string& sensorName) const;
@@ -130,54 +130,54 @@ class QV_API SensorManager {
 
   /**
    * Copies the latest records of all started sensors, in the order of their names. With names: of
-   * those families and sensors, name by name, so that one that is in two of them comes twice.
+   * these families and sensors, name by name. A sensor under two of the names comes twice.
    *
-   * The real manager answers with what it gathered last, at most 0.1 s ago. The simulated one
-   * measures anew at each call; of two callers at once, one may get what the other has just
-   * measured.
+   * The real manager returns the records of its last refresh, as a rule at most 0.1 s ago. The
+   * simulated one measures anew at each call; two threads that read at the same time may get the
+   * same measurement.
    */
   std::vector<Math::MetricalData> getMetricalData() const;
   std::vector<Math::MetricalData> getMetricalData(const std::string& name) const;
   std::vector<Math::MetricalData> getMetricalData(const std::set<std::string>& names) const;
   std::vector<Math::MetricalData> getMetricalData(std::initializer_list<std::string> names) const;
-  /** Shares the records of all started sensors, without a copy where they are kept anyway. */
+  /** Shares the records of all started sensors. The real manager does not copy them. */
   boost::shared_ptr<const std::vector<Math::MetricalData>> shareMetricalData() const;
 
-  /** The last error of a sensor, as Sensor::getLastTrouble() has it. A sensor that could not be
-   * built has one, too, under its name in the robot's description. Nothing for an unknown name. */
+  /** The last error of a sensor: see Sensor::getLastTrouble(). A sensor that could not be built
+   * has one, too, under its name in the robot's description. Nothing for an unknown name. */
   std::optional<ko::log::Record> getLastTrouble(const std::string& sensorName) const;
 
   /** Logs an error about a sensor and keeps it as its last error, whether or not it was built. */
   void logTrouble(const std::string& sensorName, std::string_view category, std::string_view method,
                   const std::string& message) const;
 
-  /** The state of a sensor and why, judged as of now from its records and its hardware. Never
-   * waits for hardware; records stay as they are. A sensor that could not be built is failing.
+  /** Returns the current state of a sensor and its reason, judged from its records and hardware.
+   * Never waits for hardware and changes no record. A sensor that could not be built is failing.
    * Nothing, and a warning, for an unknown name. */
   std::optional<SensorHealth> getHealth(const std::string& sensorName) const;
   /** The health of all sensors, by name. */
   std::map<std::string, SensorHealth> getHealth() const;
   using HealthCallback = boost::function<void(const std::string& sensor, const SensorHealth&)>;
-  /** Calls back from now on whenever a sensor's state changes: one change at a time, in order,
-   * on the thread that found it, which is the refresh's or a caller's. An empty callback ends
-   * it. */
+  /** Sets the callback for changes of a sensor's state. It runs on the thread that found the
+   * change, the refresh's or a caller's: one change at a time, in order. An empty callback
+   * removes it. */
   void onHealthChanged(HealthCallback callback);
-  /** Switches the watching of health on, as it is at first, or off: then readings are not looked
-   * at, and what runs counts as sound. Unless a manager begins earlier, as a RealSensorManager
-   * does, it watches from the first question or callback on. */
+  /** Switches the watching of health on (the default) or off. While it is off, every sensor that
+   * runs counts as sound. A RealSensorManager watches from the start, other managers from the
+   * first call about health on. */
   void watchHealth(bool on);
   /** Changes a limit of a sensor, of a family or, without a name, of all; a rule without a value
    * switches it off. False, and a warning, for an unknown name. */
   bool setHealthLimit(const HealthRule& rule);
-  /** The limit; nothing where it is switched off, and for an unknown sensor. */
+  /** The limit; nothing if it is switched off, and for an unknown sensor. */
   std::optional<double> getHealthLimit(const std::string& sensorName, HealthLimit limit) const;
 
-  /** A number of the robot's kind, without unit; 0 unless the derived manager sets it. The
-   * interface has it for callers, and nothing here reads it. */
+  /** A number of the robot's kind, without unit; 0 unless the derived manager sets it. Callers
+   * may use it; the library does not. */
   float getKindParameter() const { return kindParameter; }
 
  protected:
-  /** Takes one name that is known, as the next four do; another one is logged as an error. */
+  /** These five expect a known name; another name is logged as an error. */
   bool xSubscribeToFamily(const std::string& subscriber, const std::string& family);
   bool xSubscribeToSensor(const std::string& subscriber, const std::string& sensorName);
   bool xUnsubscribeFromFamily(const std::string& subscriber, const std::string& family);
@@ -227,7 +227,7 @@ class QV_API SensorManager {
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
   /** Null until somebody asks; owned. */
   mutable std::atomic<HealthBoard*> health{nullptr};
-  /** True if any is in failingSensors: spares the lock while none is. */
+  /** True if failingSensors is not empty: while it is empty, nobody needs the lock. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::shared_mutex dataMutex;
   boost::mutex subscriptionMutex;

@@ -10,7 +10,7 @@
 
 namespace QV::session {
 
-/** The robot or manager whose sensors are checked, as far as it is known. */
+/** The robot or manager whose sensors are checked; some parts may be unknown. */
 class CheckTarget {
  public:
   CheckTarget() = default;
@@ -24,15 +24,15 @@ class CheckTarget {
   virtual bool canTurn() const { return false; }
   /** Turns on the spot, radians. */
   virtual void turn(float) {}
-  /** Finds what the sensor warned of at `start` or later; empty if nothing. */
+  /** Finds the sensor's last error since `start`; empty if there is none. */
   std::string findTrouble(const std::string& sensor, ko::Clock::time_point start);
-  /** Finds what the sensor reads and nobody writes. */
+  /** Finds a memory key that the sensor reads and nobody writes, with the error; empty if none. */
   virtual std::string findMissing(const std::string&) { return {}; }
   /** Finds the described sensors that do not exist: their families by name. */
   virtual std::map<std::string, std::string> findUnbuilt() { return {}; }
 };
 
-/** A manager, and nothing known of its robot. */
+/** A manager; its robot is unknown. */
 class ManagerTarget : public CheckTarget {
  public:
   ManagerTarget(sensor::SensorManager& manager, const Model::SensorKinds& kinds)

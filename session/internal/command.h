@@ -24,7 +24,7 @@ struct DiagnoseCommand {
   std::string sensor;
   bool value;
 };
-/** m/s and rad/s; to be renewed, see Session::drive. */
+/** A velocity, m/s and rad/s. It expires: see Session::drive. */
 struct DriveCommand {
   float forward;
   float turn;
@@ -38,7 +38,7 @@ struct PauseCommand {
   bool on;
 };
 struct StepCommand {};
-/** Simulated seconds for a second. */
+/** Simulated seconds per real second. */
 struct SpeedCommand {
   double value;
 };
@@ -48,7 +48,7 @@ struct SeekCommand {
   double time;
 };
 
-/** Lets a sensor of a virtual robot fail from now on, or, without a kind, work again. */
+/** Sets a fault of a sensor of a virtual robot; without a kind, ends it. */
 struct FaultCommand {
   std::string sensor;
   std::optional<robot::FaultKind> kind;
@@ -60,8 +60,8 @@ using Command =
                  StopCommand, PauseCommand, StepCommand, SpeedCommand, SeekCommand, FaultCommand>;
 
 /**
- * Executes a command of `subscriber`. What can't be done is a UsageError; what hardware throws
- * passes through.
+ * Executes a command of `subscriber`. Throws UsageError if the robot can't do it; exceptions of
+ * hardware reach the caller.
  */
 QV_API void execute(Session& session, const std::string& subscriber, const Command& command);
 

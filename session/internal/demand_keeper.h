@@ -8,27 +8,27 @@
 
 namespace QV::session {
 
-/** Keeps subscriptions to what is demanded. The switches must outlive it. */
+/** Keeps the subscriptions that outlets demand. The switches must outlive it. */
 class DemandKeeper {
  public:
-  /** Told of each change before it is made. */
+  /** Called before each change. */
   using Told =
       std::function<void(const std::string& subscriber, const std::string& sensor, bool on)>;
 
   explicit DemandKeeper(Switches& switches) : switches(switches) {}
-  /** Nobody wants anything any more. */
+  /** Ends all subscriptions. */
   ~DemandKeeper() { set({}); }
   DemandKeeper(const DemandKeeper&) = delete;
   DemandKeeper& operator=(const DemandKeeper&) = delete;
 
   /**
-   * Subscribes and unsubscribes where this differs from the demand before, and says so in the log.
-   * A sensor whose hardware throws is a warning there, and the others go on.
+   * Subscribes and unsubscribes the difference to the last demand, and logs it. A sensor whose
+   * hardware throws is logged as a warning; the others go on.
    */
   void set(const Demand& wanted, const Told& told = {});
 
  private:
-  /** Switches those of `these` that are not among `butThese`. */
+  /** Switches the sensors of `these` that are not in `butThese`. */
   void xSwitch(const Demand& these, const Demand& butThese, bool on, const Told& told) const;
 
   Switches& switches;

@@ -14,13 +14,13 @@ namespace QV::session {
 std::map<std::string, std::string> findUnbuiltSensors(SessionRobot& robot);
 
 /**
- * Finds what a sensor reads and the robot does not have, and why; empty if there is no such thing.
+ * Finds a memory key that a sensor reads but the robot does not have, with the error; empty if
+ * there is none.
  */
 std::string findMissingInput(SessionRobot& robot, const std::string& sensor);
 
 /**
- * Finds what is hardly meant as it stands, in a description alone and in the limits of its sensors'
- * health.
+ * Finds probable mistakes in a description alone, and in the health limits of its sensors.
  */
 QV_API std::vector<Model::DescriptionFault> findSlips(const Model::Robot& robot,
                                                       const Model::SensorKinds& kinds);

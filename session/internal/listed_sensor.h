@@ -12,10 +12,11 @@
 
 namespace QV::session {
 
-/** A sensor and where it sits, in the frame of its link or, simulated, of the robot. m, rad. */
+/** A sensor and its mounting: in the frame of its link, a simulated one in the ground frame.
+ * Metres, radians. */
 struct ListedSensor {
   std::string family;
-  /** The name to subscribe by; of one that can't be built, its description's name. */
+  /** The name to subscribe with. For a sensor that can't be built, its name in the description. */
   std::string name;
   Math::SensorFieldOfView2D fieldOfView;
   Math::Position3D position;
@@ -24,7 +25,7 @@ struct ListedSensor {
   int type = 0;
   std::size_t keys = 0;
   std::string link = {};
-  /** The name in the description; several may be one sensor, and one may be in none. */
+  /** The name in the description. Several of them may form one sensor; a sensor may have none. */
   std::string describedAs = {};
   bool canBeBuilt = true;
 };
@@ -33,9 +34,9 @@ struct ListedSensor {
 QV_API std::vector<ListedSensor> sensorsOfKind(int kind);
 
 /**
- * All that are described, by their names there, those of no family too; then those that the library
- * adds. What can be built is tried in an empty room; if the robot can't stand there, all count as
- * what they are described as. `options` tells what makes them.
+ * Lists all described sensors by their names there, also those without a family; then those that
+ * the library adds. It tries to build them in an empty room. If the robot can't stand there, all
+ * count as they are described. `options` has their factories.
  */
 QV_API std::vector<ListedSensor> sensorsOf(const robot::RobotDescription& description,
                                            const OpenOptions& options = {});

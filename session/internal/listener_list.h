@@ -9,15 +9,14 @@
 
 namespace QV::session {
 
-/** Tells several listeners what one robot tells. Thread-safe. */
+/** Passes everything that one robot reports to several listeners. Thread-safe. */
 class ListenerList : public SessionListener {
  public:
-  /** Adds a listener. It alone hears what is so now, and like the others all that is told from
-   * then on. */
+  /** Adds a listener. It alone gets the present state first; then it gets what all get. */
   void add(SessionListener& listener, SessionRobot& robot);
   /** The listener is not called after this returns. */
   void remove(SessionListener& listener, SessionRobot& robot);
-  /** Lets all of them hear another robot from now on. */
+  /** Connects all listeners to another robot. */
   void listenTo(SessionRobot& robot);
 
   void onWrite(const std::string& key, const QVValue& value, bool raised) override;
@@ -31,7 +30,7 @@ class ListenerList : public SessionListener {
 
   std::shared_mutex mutex;
   std::vector<SessionListener*> listeners;
-  /** The listener that is being added, and by which thread. */
+  /** The listener that is being added, and the thread that adds it. */
   SessionListener* newest = nullptr;
   std::thread::id adding;
 };

@@ -10,19 +10,20 @@
 
 namespace QV::session {
 
-/** A robot, and the time that it was made in. */
+/** A robot, and the time that it was created in. */
 struct TimedRobot {
   std::unique_ptr<ko::SimulatedTime> time;
   std::unique_ptr<SessionRobot> robot;
 };
 
 /**
- * Makes a recording's robot anew, in two steps: what may fail comes first, and the second is made
- * when the time of the old one has ended.
+ * Creates a recording's robot again in two steps. The first one does what may fail. The second one
+ * runs after the old robot's time has ended.
  */
 using Reopen = std::function<std::function<TimedRobot()>()>;
 
-/** `time` is null where the machine's goes by, or somebody else's; `robot` was made in it. */
+/** `time` is null for real time, and for a time that somebody else owns. `robot` was created in
+ * it. */
 QV_API std::unique_ptr<Session> makeSession(std::unique_ptr<ko::SimulatedTime> time,
                                             std::unique_ptr<SessionRobot> robot,
                                             Reopen reopen = {});

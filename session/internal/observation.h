@@ -20,15 +20,15 @@ struct SensorNature {
   /** Null for a simulated sensor. */
   const Model::SensorKind* kind = nullptr;
 
-  /** True if a sound one may go on without a record while the robot stands. */
+  /** True if a sound sensor may give no record while the robot stands. */
   bool mayBeSilent() const { return kind && kind->silence == Model::Silence::always; }
-  /** True if each record of a sound one has points. */
+  /** True if each record of a sound sensor has points. */
   bool alwaysHasPoints() const { return kind && !kind->leavesOutMisses; }
   /** True if its points lie on the floor, the same all around, and no point is no floor. */
   bool looksDown() const { return points == Model::PointMeaning::floor; }
 };
 
-/** The records of a sensor, cycle by cycle. */
+/** The records of a sensor, in each cycle. */
 class Observation {
  public:
   explicit Observation(const SensorNature& nature) : nature(nature) {}
@@ -36,16 +36,16 @@ class Observation {
   void add(const Records& ownRecords);
 
   std::size_t records = 0;
-  /** The time at which the first was seen; nothing without any. */
+  /** The time of the first record; nothing without a record. */
   std::optional<ko::Clock::time_point> firstSeen;
   std::size_t points = 0;
   ko::Duration worstAge{0};
-  /** Cycles without a record; 0 if they are too few to speak of. */
+  /** The number of cycles without a record; 0 if there are too few to report. */
   int longestGap = 0;
   bool isStuck = false;
-  /** A point that the sensor can't have measured; empty if there is none. */
+  /** The description of a point that the sensor can't have measured; empty if there is none. */
   std::string nonsense;
-  /** Names that records bear. */
+  /** The names in the records. */
   std::set<std::string> names;
 
  private:
@@ -55,7 +55,7 @@ class Observation {
   int gap = 0;
 };
 
-/** True if these records change when the robot turns, provided that the sensor is sound. */
+/** True if these records of a sound sensor would change when the robot turns. */
 bool showsTurns(const Records& records, const SensorNature& nature);
 
 /** True if their points are the same, one by one. */

@@ -4,7 +4,7 @@
 
 namespace QV::session {
 
-/** The pace of simulated time against machine time. */
+/** The pace of simulated time against real time. */
 class Pacing {
  public:
   /** The length of a step. */
@@ -12,11 +12,11 @@ class Pacing {
 
   void pause(bool on) { paused = on; }
   bool isPaused() const { return paused; }
-  /** Simulated seconds for a second, above 0. */
+  /** Simulated seconds per real second, above 0. */
   void setSpeed(double newSpeed) { speed = newSpeed; }
   double getSpeed() const { return speed; }
 
-  /** The simulated time that goes by in `machine` of the machine's. */
+  /** The simulated time for a real duration. */
   ko::Duration scale(ko::Duration machine) const;
 
  private:

@@ -11,19 +11,20 @@
 namespace QV::session {
 
 /**
- * Returns where a record's sensor is in the map, for a robot at `robot`. Simulated fans look ahead.
+ * Returns the pose in the map of a record's sensor, for a robot at `robot`. Simulated fans look
+ * ahead.
  */
 QV_API Math::Pose2D findOrigin(const Math::MetricalData& record, const Math::Pose2D& robot,
                                Frame frame);
 
 /**
- * Places what a record says, for points that mean `meaning`, and a robot that was at `robot`. What
- * is at the maximum range or beyond is never a hit, nor is what is not finite.
+ * Places a record's points, which mean `meaning`, in the map, for a robot that was at `robot`. A
+ * point at or beyond the maximum range, or a point that is not finite, is never a hit.
  */
 QV_API Marks placeMarks(const Math::MetricalData& record, Model::PointMeaning meaning,
                         const Math::Pose2D& robot, Frame frame);
 
-/** Adds those of another record of the same sensor. */
+/** Adds the marks of another record of the same sensor. */
 void addMarks(Marks& marks, const Marks& others);
 
 }  // namespace QV::session

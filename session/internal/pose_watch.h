@@ -9,14 +9,13 @@
 
 namespace QV::session {
 
-/** Looks at where a robot is, and says when it gets out of the map or into a cell that is not free.
- */
+/** Watches a robot's pose, and warns when it leaves the map or enters a cell that is not free. */
 class QV_API PoseWatch {
  public:
   /** The map must outlive the watch. */
   explicit PoseWatch(const OccupancyMap& map) : map(map) {}
 
-  /** A warning when `pose` is such a place and the one before was not of that sort. */
+  /** Returns a warning if `pose` is such a place and the last pose was not of that sort. */
   std::optional<std::string> look(const Math::Pose2D& pose);
 
  private:

@@ -19,22 +19,22 @@
 namespace QV::session {
 
 /**
- * A log of a lidar (CARMEN) or of sonars, which its content tells: those are of two files, the
- * poses in `posesPath` or, without one, in poses.txt beside the log. Bad ones: std::runtime_error
- * with file and line.
+ * A log of a lidar (CARMEN) or of sonars; the content tells which. A sonar log needs poses from
+ * `posesPath` or, without it, from poses.txt beside the log. Throws std::runtime_error, with file
+ * and line, for a bad file.
  */
 robot::Recording readLog(const std::string& path, const std::optional<std::string>& posesPath);
 
 /**
- * A recorded robot: its log plays to the sensors that the library makes of its description. It
- * stands at the first step when it is made, and can't be driven or put elsewhere: UsageError.
+ * A recorded robot: its log plays to the sensors that the library creates from its description. It
+ * stands at the first step at first. It can't be driven or moved: UsageError.
  */
 class RecordedSessionRobot : public SessionRobot {
  public:
   explicit RecordedSessionRobot(const robot::Recording& recording);
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }
-  /** Each sensor by itself: the manager's refresh would miss steps, and read others twice. */
+  /** Reads each sensor by itself: the manager's refresh would miss steps, or read others twice. */
   std::vector<Math::MetricalData> getRecords() override;
   const Model::Robot* getDescription() const override { return &model; }
 

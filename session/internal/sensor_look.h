@@ -12,19 +12,19 @@
 
 namespace QV::session {
 
-/** Looks at a robot's sensors again and again. Both must outlive it. */
+/** Observes a robot's sensors. Both must outlive it. */
 class SensorLook {
  public:
   SensorLook(SessionRobot& robot, const Switches& switches) : robot(robot), switches(switches) {}
 
-  /** Every sensor as it is now, by family and name. */
+  /** Returns the state of each sensor now, by family and name. */
   std::vector<SensorState> look();
 
-  /** Notes where the robot is. Call it often: records are placed where it was when they were
-   * made. */
+  /** Notes the robot's pose. Call it often: records are placed with the pose at their time. */
   void notePose();
 
-  /** Notes what was measured since. Call it often, too: a rate is one of simulated time. */
+  /** Notes the measurements since the last call. Call it often: rates are per second of simulated
+   * time. */
   void noteMeasurements();
 
  private:

@@ -8,13 +8,14 @@
 namespace QV::session {
 
 /**
- * Finds the kind of a manager's sensor: the one that it was made for, or else the first of its
- * family in `kinds`. Null for one that casts rays into a map, and for an unknown name.
+ * Finds the kind of a manager's sensor: the kind that it was created for, or else the first of its
+ * family in `kinds`. Null for a sensor that casts rays into a map, and for an unknown name.
  */
 const Model::SensorKind* findKind(const sensor::SensorManager& manager, const std::string& sensor,
                                   const Model::SensorKinds& kinds);
 
-/** Finds what its kind says of its points; without one, what a simulated one reports, or a scan. */
+/** Finds the meaning of its points by its kind; without a kind, that of a simulated sensor, or a
+ * scan. */
 Model::PointMeaning findMeaning(const sensor::SensorManager& manager, const std::string& sensor,
                                 const Model::SensorKind* kind);
 

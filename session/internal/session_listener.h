@@ -11,7 +11,7 @@ namespace QV::session {
 
 class Session;
 
-/** A command that somebody gave a session: a name, and what it needs of the rest. */
+/** A command to a session: its name, and those of the other fields that it needs. */
 struct SessionCommand {
   /** "subscribe", "enable", "drive", ... */
   std::string name;
@@ -21,19 +21,19 @@ struct SessionCommand {
   std::vector<double> values = {};
 };
 
-/** Makes a command of a fault: from and to in seconds, if it ends. */
+/** Makes a command of a fault: the values are from and, if it ends, to, in seconds. */
 QV_API SessionCommand commandOf(const robot::Fault& fault);
 
-/** Hears all that goes into a session: what drivers measure, and what is asked of it. */
+/** Listens to all inputs of a session: measurements of drivers, and commands. */
 class SessionListener : public robot::InputListener {
  public:
-  /** Hears of a command before it is done, which may take its time. On any thread. */
+  /** Called before a command is executed, which may take time. On any thread. */
   virtual void onCommand(const SessionCommand& command) = 0;
 };
 
 /**
- * Adds a listener. It hears what is so now and all that goes into the session from then on; it must
- * be removed before it ends.
+ * Adds a listener. It gets the present state, then all inputs of the session. Remove it before it
+ * ends.
  */
 QV_API void addListener(Session& session, SessionListener& listener);
 QV_API void removeListener(Session& session, SessionListener& listener);

@@ -18,7 +18,7 @@ namespace QV::session {
 
 /** The parts of a session; each needs those above it. */
 struct SessionParts {
-  /** `time` is null where the machine's goes by, or somebody else's. */
+  /** `time` is null for real time, and for a time that somebody else owns. */
   SessionParts(std::unique_ptr<ko::SimulatedTime> ownTime, std::unique_ptr<SessionRobot> ownRobot)
       : time(std::move(ownTime)), robot(std::move(ownRobot)) {
     sensorLook.notePose();
@@ -30,7 +30,7 @@ struct SessionParts {
   }
 
   void tell(const SessionCommand& command) const { listeners->onCommand(command); }
-  /** Notes what is to be seen oftener than anybody looks. */
+  /** Notes what changes more often than somebody looks. */
   void notePlace() {
     sensorLook.notePose();
     touchLook.note();
@@ -49,7 +49,7 @@ struct SessionParts {
   SensorLook sensorLook{*robot, switches};
   TouchLook touchLook{*robot};
   std::shared_ptr<ListenerList> listeners = std::make_shared<ListenerList>();
-  /** Null where nothing can be played again. */
+  /** Null if nothing can be played again. */
   Reopen reopen;
 };
 

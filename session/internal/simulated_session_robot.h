@@ -17,7 +17,7 @@ namespace QV::session {
  */
 class SimulatedSessionRobot : public SessionRobot {
  public:
-  /** UsageError for a kind without sensors. */
+  /** Throws UsageError for a kind without sensors. */
   SimulatedSessionRobot(int kind, boost::shared_ptr<OccupancyMap> map, const Math::Pose2D& start);
 
   sensor::NavigationModule& getNavigation() override { return navigation; }
@@ -44,12 +44,12 @@ class SimulatedSessionRobot : public SessionRobot {
   Math::Pose2D pose;
   Math::Pose2D command;
   Math::Pose2D velocity;
-  /** Made when it first drives. */
+  /** Null until the robot first drives. */
   std::unique_ptr<RoomMap> room;
   ko::PeriodicTask driving;
 };
 
-/** UsageError unless there are simulated sensors for `kind`. */
+/** Throws UsageError if there are no simulated sensors for `kind`. */
 QV_API void checkKind(int kind);
 
 }  // namespace QV::session

@@ -7,8 +7,9 @@
 namespace QV::session {
 
 /**
- * The velocity, in its own frame (m/s, rad/s), that takes a wheeled robot at `pose` to where `path`
- * is `seconds` after its start, and on with it. To be asked 50 times a second.
+ * Returns the velocity, in the robot's own frame (m/s, rad/s), that takes a wheeled robot from
+ * `pose` to the pose of `path` at `seconds` after its start, and on along the path. Call it 50
+ * times a second.
  */
 QV_API Math::Pose2D steer(const TimedPath& path, double seconds, const Math::Pose2D& pose);
 

@@ -10,27 +10,26 @@
 
 namespace QV::session {
 
-/** UsageError, with what there is, if one of `names` is neither a sensor nor a family. */
+/** Throws UsageError, with the known names, if one of `names` is neither a sensor nor a family. */
 QV_API void checkNames(const sensor::SensorManager& manager, const std::set<std::string>& names);
 
 /**
- * The switches of a robot's sensors: who wants which, which may run, which are sound. What is done
- * is told in the log, at info. Thread-safe; the manager must outlive it.
+ * The switches of a robot's sensors: subscriptions, enabling, diagnosis. Changes are logged at
+ * level info. Thread-safe; the manager must outlive it.
  */
 class Switches {
  public:
   explicit Switches(sensor::SensorManager& manager) : manager(manager) {}
 
-  /** Sensors or families; UsageError for a name that there is not. */
+  /** Subscribes to sensors or families; throws UsageError for an unknown name. */
   void subscribe(const std::string& subscriber, const std::set<std::string>& names);
   void unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
-  /** Subscribes or unsubscribes on behalf of somebody who can't be told what goes wrong: that is
-   * a warning in the log. */
+  /** Subscribes or unsubscribes for somebody who gets no errors: they are logged as warnings. */
   void want(const std::string& subscriber, const std::string& sensor, bool on);
   void enable(const std::string& name, bool on);
   void diagnose(const std::string& sensor, bool success);
 
-  /** True while a sensor is being switched, which takes as long as its hardware does. */
+  /** True while a sensor is being switched, which may wait for its hardware. */
   bool isBusy() const { return busy > 0; }
 
  private:

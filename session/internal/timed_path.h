@@ -10,16 +10,16 @@ namespace QV::session {
 /** A path of straight lines, timed for a robot that turns on the spot at each corner. */
 class QV_API TimedPath {
  public:
-  /** `path` in metres, two positions or more; speeds in m/s and rad/s, above 0. */
+  /** `path` in metres, at least two positions; speeds in m/s and rad/s, above 0. */
   TimedPath(const std::vector<Math::Position2D>& path, double speed, double turnSpeed);
 
-  /** Seconds from the first position to the last. */
+  /** The seconds from the first position to the last. */
   double getDuration() const { return legs.back().end; }
 
   /** The pose `seconds` after the start; beyond the end, the last one. */
   Math::Pose2D poseAt(double seconds) const;
 
-  /** The positions that are left `seconds` after the start, beginning where it is then. */
+  /** The remaining positions `seconds` after the start, first the present one. */
   std::vector<Math::Position2D> getRest(double seconds) const;
 
  private:

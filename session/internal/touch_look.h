@@ -9,7 +9,7 @@
 
 namespace QV::session {
 
-/** The touches of a robot, shown for a second longer than they last. The robot must outlive it. */
+/** The touches of a robot. Each one stays for a second after its end. The robot must outlive it. */
 class TouchLook {
  public:
   explicit TouchLook(SessionRobot& robot) : robot(robot) {}

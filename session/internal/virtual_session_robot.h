@@ -14,10 +14,10 @@
 
 namespace QV::session {
 
-/** A virtual robot in a map, and the library hosted in it as on a robot of one's own. */
+/** A virtual robot in a map, with the library hosted in it as on a real robot. */
 class VirtualSessionRobot : public SessionRobot {
  public:
-  /** Builds the world, and throws what that throws. */
+  /** Builds the world, and throws its exceptions. */
   VirtualSessionRobot(const robot::RobotDescription& description,
                       boost::shared_ptr<const OccupancyMap> map, const robot::WorldOptions& world,
                       const sensor::SensorFactory& sensors = sensor::SensorFactory::standard(),

@@ -6,15 +6,15 @@
 namespace QV::session {
 
 /**
- * Drives a robot about by what the map has before it, so that sensors can be switched off while it
- * does: straight on while there is room, else a turn on the spot. The map must outlive it.
+ * Drives a robot at random in free space: straight on while there is room, otherwise a turn on the
+ * spot. It uses the map, not the sensors, so sensors may be off. The map must outlive it.
  */
 class Wanderer {
  public:
   explicit Wanderer(const OccupancyMap& map) : map(map) {}
 
-  /** The next velocity, m/s and rad/s, in the ground frame; ten times a second. `velocity` is what
-   * the robot does. */
+  /** Returns the next velocity, m/s and rad/s, in the ground frame. Call it ten times a second.
+   * `velocity` is the actual one. */
   Math::Pose2D step(const Math::Pose2D& pose, const Math::Pose2D& velocity);
 
  private:

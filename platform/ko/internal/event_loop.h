@@ -9,21 +9,21 @@
 namespace ko {
 
 /**
- * Makes calls on a small thread pool, or on the owner's thread while a SimulatedTime counts. Safe
- * from any thread. What a call throws is logged at error level, category "ko.EventLoop". A call
- * that waits long keeps one of the pool's four threads from everybody else.
+ * Runs calls on a small thread pool, or on the owner's thread while a SimulatedTime exists.
+ * Thread-safe. An exception is logged as an error of "ko.EventLoop". A call that blocks keeps one
+ * of the pool's four threads busy.
  */
 class QV_API EventLoop {
  public:
   EventLoop(const EventLoop&) = delete;
   EventLoop& operator=(const EventLoop&) = delete;
 
-  /** Makes `call` as soon as possible; an empty one throws std::invalid_argument. */
+  /** Runs `call` as soon as possible. Throws std::invalid_argument for an empty one. */
   void post(boost::function<void()> call);
 
   /**
-   * Makes `call` after `delay` (at once if that is not positive) unless the future is cancelled
-   * before; to let go of the future is not to cancel. An empty call throws std::invalid_argument.
+   * Runs `call` after `delay` (at once if it is 0 or less), unless the future is cancelled before.
+   * Releasing the future does not cancel the call. Throws std::invalid_argument for an empty call.
    */
   Future<void> asyncDelay(boost::function<void()> call, Duration delay);
 
@@ -32,7 +32,7 @@ class QV_API EventLoop {
   friend QV_API EventLoop& getEventLoop();
 };
 
-/** The one of the process. */
+/** Returns the event loop of the process. */
 QV_API EventLoop& getEventLoop();
 
 }  // namespace ko

@@ -10,14 +10,14 @@ namespace detail {
 class FutureState;
 }
 
-/** A handle to a call that will be made; only the one without a result is offered. */
+/** A handle to a call that will run. Only futures without a result exist. */
 template <typename T>
 class Future;
 
 /**
- * A delayed call: copies speak of the same call, and releasing them changes nothing. One made by
- * default speaks of none: it is neither finished nor cancelled. All operations are safe from any
- * thread, the call's own included.
+ * A delayed call. Copies refer to the same call, and releasing them changes nothing. A
+ * default-constructed future has no call: it is neither finished nor cancelled. Thread-safe, also
+ * from the call.
  */
 template <>
 class QV_API Future<void> {
@@ -26,15 +26,15 @@ class QV_API Future<void> {
   explicit Future(boost::shared_ptr<detail::FutureState> state);
 
   /**
-   * Never blocks: a call that has not started never starts, and what it captured is released; a
-   * running call goes on. Nothing else is needed to be sure of it.
+   * Cancels the call, without blocking. A call that has not started never starts, and its captures
+   * are released; a running call goes on.
    */
   void cancel();
 
-  /** The call has been made. One that threw (the log has its text) is finished too. */
+  /** True if the call has run, also if it threw (the log has the text). */
   bool isFinished() const;
 
-  /** The call was cancelled before it started, or the simulated time ended that it waited for. */
+  /** True if the call was cancelled before it started, or its simulated time has ended. */
   bool isCanceled() const;
 
   /**

@@ -9,7 +9,7 @@
 namespace ko::detail {
 
 /**
- * The state that the copies of a future share: one delayed call on its way from waiting to its end.
+ * The state of one delayed call, which all copies of a future share.
  */
 class FutureState : public Job {
  public:

@@ -9,7 +9,7 @@
 
 namespace ko::detail {
 
-/** Time that stands still until its owner, the thread that made it, moves it on. */
+/** A time that stands still until its owner, the thread that created it, advances it. */
 class SimulatedScheduler : public Scheduler {
  public:
   explicit SimulatedScheduler(Clock::time_point start);
@@ -24,17 +24,17 @@ class SimulatedScheduler : public Scheduler {
 
   bool isOwner() const { return std::this_thread::get_id() == owner; }
 
-  /** Moves on to the next job up to `limit` and runs it; false if there is none. Owner only. */
+  /** Advances to the next job up to `limit` and runs it; false if there is none. Owner only. */
   bool runNext(Clock::time_point limit);
 
-  /** Runs what is due up to `target` and stops there, or later if a job went further. Owner only.
-   */
+  /** Runs the jobs that are due up to `target` and stops there, or later if a job slept. Owner
+   * only. */
   void advanceTo(Clock::time_point target);
 
   /** Waits until at least `count` other threads sleep beyond the present time. */
   void awaitSleepers(std::size_t count);
 
-  /** Drops what waits, releases the sleepers, and takes nothing from now on. */
+  /** Drops waiting jobs, wakes the sleepers, and accepts no more jobs. */
   void end();
 
  private:

@@ -8,24 +8,24 @@
 namespace ko {
 
 /**
- * Makes calls on the event loop's threads one after the other, in the order of their posting. Safe
- * from any thread, its own calls included. What a call throws is logged at error level, category
- * "ko.Strand", and the next one follows.
+ * Runs calls on the event loop's threads, one after the other, in the order of posting.
+ * Thread-safe, also from its calls. An exception is logged as an error of "ko.Strand", and the next
+ * call follows.
  */
 class QV_API Strand {
  public:
   Strand();
-  /** Stops. */
+  /** Stops the strand. */
   ~Strand();
   Strand(const Strand&) = delete;
   Strand& operator=(const Strand&) = delete;
 
-  /** An empty call throws std::invalid_argument; after `stop` a call is dropped. */
+  /** Throws std::invalid_argument for an empty call. After `stop` a call is dropped. */
   void post(boost::function<void()> call);
 
   /**
-   * Drops what has not started and waits for the running call, unless it is called from that one.
-   * No call runs afterwards.
+   * Drops the calls that have not started and waits for the running one, unless called from it. No
+   * call runs afterwards.
    */
   void stop();
 

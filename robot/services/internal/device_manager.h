@@ -33,13 +33,13 @@ struct DeviceCommand;
  */
 class QV_API DeviceManager : public QVModule, public boost::enable_shared_from_this<DeviceManager> {
  public:
-  /** Applies a value to an actuator, when it is due; one at a time. What it throws is logged. */
+  /** Applies a due value to an actuator; one call at a time. Exceptions are logged. */
   using ActuatorHandler = std::function<void(const std::string& key, const QVValue& value)>;
 
   explicit DeviceManager(const boost::shared_ptr<QVBroker>& broker);
   ~DeviceManager() override;
 
-  /** An empty handler gives the key back to memory. Thread-safe. */
+  /** Sets the handler of an actuator; an empty one restores the memory key. Thread-safe. */
   void setActuatorHandler(const std::string& key, ActuatorHandler handler);
 
  private:

@@ -58,7 +58,7 @@ class EventQueue {
 
   std::mutex mutex;
   std::deque<Delivery> waiting;
-  /** Changed with the lock. */
+  /** Changed under the lock. */
   std::atomic<std::size_t> dropped{0};
 };
 

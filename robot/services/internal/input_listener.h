@@ -15,14 +15,14 @@ class VirtualRobot;
 struct BodyStep {
   /** The robot's pose in the map. */
   Math::Pose2D pose;
-  /** The odometry: where the wheels say that it is, seen from where it started. */
+  /** The pose by odometry, relative to the start pose. */
   Math::Pose2D odometry;
   Math::Pose2D velocity;
 };
 
 /**
- * Hears what drivers tell a robot's services, as it happens: all that sensors are made from. Called
- * on any thread that a driver runs on; must call nothing of the robot.
+ * Listens to all inputs of a robot's services from its drivers: everything that sensors are
+ * computed from. Called on any driver's thread; must not call the robot.
  */
 class InputListener {
  public:
@@ -31,21 +31,21 @@ class InputListener {
   InputListener(const InputListener&) = delete;
   InputListener& operator=(const InputListener&) = delete;
 
-  /** A key of memory has been set, or an event of that name was raised. */
+  /** Called when a key of memory was set, or the event of that name was raised. */
   virtual void onWrite(const std::string& key, const QVValue& value, bool raised) = 0;
-  /** A camera gave an image: what QVImage::fromQVValue reads. */
+  /** Called when a camera gave an image, as QVImage::fromQVValue reads it. */
   virtual void onImage(int camera, const QVValue& image) = 0;
-  /** The body has moved, and its units have measured. */
+  /** Called after the body has moved and its units have measured. */
   virtual void onStep(const BodyStep& step) = 0;
 };
 
 /**
- * A listener hears what is so now and of all that is measured from then on; must outlive that, or
- * null takes its place.
+ * Sets the listener: it gets the present state, then all inputs. It must outlive that; null removes
+ * it.
  */
 struct QV_API InputTap {
   static void set(VirtualRobot& robot, InputListener* listener);
-  /** Sets the listener of images alone. */
+  /** Sets the listener for images only. */
   static void set(VideoDevice& cameras, InputListener* listener);
 };
 

@@ -11,7 +11,7 @@
 
 namespace QV::robot {
 
-/** `ratio` of the way from `a` (0) to `b` (1), turning evenly about one axis. */
+/** Interpolates from `a` (ratio 0) to `b` (1), turning evenly about one axis. */
 Math::Transform interpolate(const Math::Transform& a, const Math::Transform& b, double ratio);
 
 /**

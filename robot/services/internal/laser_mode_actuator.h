@@ -28,7 +28,7 @@ class DeviceManager;
  */
 class QV_API LaserModeActuator {
  public:
-  /** Called with a mode before it shows, one at a time; must not call this object. */
+  /** Called with a mode before the key shows it, one call at a time; must not call this object. */
   using Listener = std::function<void(int mode)>;
 
   /** Throws QVError if the key can't be written. */

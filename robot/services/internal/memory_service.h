@@ -36,13 +36,13 @@ class QV_API MemoryService : public QVModule {
 
   QVValue getData(const std::string& key) const;
   void insertData(const std::string& key, const QVValue& value);
-  /** Makes the key of an event that nobody has raised yet. */
+  /** Creates the key of an event that nobody has raised yet. */
   void declareEvent(const std::string& event);
   void raiseEvent(const std::string& event, const QVValue& value);
   bool hasSubscribers(const std::string& event) const;
 
-  /** Hears what all keys hold now and of all that is written from then on; must outlive that, or
-   * null takes its place. */
+  /** Sets the listener: it gets all present keys, then all writes. It must outlive that; null
+   * removes it. */
   void setListener(InputListener* newListener);
 
  private:

@@ -26,7 +26,7 @@ class PostureHistory {
   /** `assumed` holds until the first sample. */
   PostureHistory(ko::Clock::time_point start, const Posture& assumed);
 
-  /** A sample takes the place of those that are not older. */
+  /** Adds a sample. It replaces samples that are not older. */
   void add(ko::Clock::time_point time, Posture posture);
 
   const Posture& getNewest() const { return samples.back().posture; }

@@ -11,8 +11,8 @@
 namespace QV::robot {
 
 /**
- * Buffers that come back when nobody holds them any more; the last four are kept for their memory.
- * Any thread.
+ * Buffers that return when nobody holds them any more; the last four are kept for reuse.
+ * Thread-safe.
  */
 class SpareBytes {
  public:

@@ -15,7 +15,8 @@ enum class FaultKind { off, stuck, garbage, wrong, slow, delayed, intermittent }
 
 /** "off", "stuck", ... */
 QV_API std::string getName(FaultKind kind);
-/** The kind of such a name; std::invalid_argument that says which there are for any other. */
+/** Finds a kind by its name. Throws std::invalid_argument, with the known names, for another
+ * one. */
 QV_API FaultKind parseFaultKind(const std::string& name);
 
 /**
@@ -36,8 +37,8 @@ struct QV_API Fault {
 };
 
 /**
- * Reads "NAME:KIND" or "NAME:KIND@FROM-TO", times in seconds, 0 <= FROM < TO. Anything else throws
- * std::invalid_argument that says what was expected.
+ * Reads "NAME:KIND" or "NAME:KIND@FROM-TO", times in seconds, 0 <= FROM < TO. Throws
+ * std::invalid_argument for any other text, and says what was expected.
  */
 QV_API Fault parseFault(const std::string& text);
 

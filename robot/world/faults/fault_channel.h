@@ -16,32 +16,33 @@ using FaultFinder = std::function<std::optional<FaultKind>(ko::Clock::time_point
 constexpr float kFalseShare = 0.6f;
 
 /**
- * The output of a sensor that may fail, for what it measures, each time that it measures. For one
- * thread at a time.
+ * The output of a sensor that can have faults. Call it for each measurement. For one thread at a
+ * time.
  */
 template <typename T>
 class FaultChannel {
  public:
-  /** Slow sensors measure anew so rarely. */
+  /** The time between two measurements of a slow sensor. */
   static constexpr ko::Duration kSlowPeriod{500'000'000};
-  /** Delayed measurements are so old. */
+  /** The age of delayed measurements. */
   static constexpr ko::Duration kDelay{500'000'000};
-  /** Intermittent sensors are gone for as long, then back for as long. */
+  /** The time for which an intermittent sensor is gone, and then is back. */
   static constexpr ko::Duration kGap{500'000'000};
 
   struct Sample {
     T value;
-    /** The time that the sensor gives. */
+    /** The time that the sensor reports. */
     ko::Clock::time_point time;
   };
 
-  /** Makes nonsense of a measurement, or something believable that is not so. */
+  /** Changes a measurement into nonsense, or into a wrong but plausible one. */
   using Distortion = std::function<T(const T&)>;
 
   FaultChannel(FaultFinder faults, Distortion garble, Distortion falsify)
       : faults(std::move(faults)), garble(std::move(garble)), falsify(std::move(falsify)) {}
 
-  /** Nothing while the sensor is gone; else its newest sample, which may be the one before. */
+  /** Returns nothing while the sensor is gone; otherwise its newest sample, which may be the last
+   * one again. */
   std::optional<Sample> pass(const T& measured, ko::Clock::time_point now) {
     const Sample fresh{measured, now};
     const auto kind = faults(now);

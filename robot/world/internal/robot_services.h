@@ -10,12 +10,12 @@
 namespace QV::robot {
 
 /**
- * The services of a robot, registered at a broker, for the units that are made meanwhile. They are
- * taken back again unless keep() says that they stay. Not copyable.
+ * The services of a robot, registered at a broker while its units are created. The destructor
+ * removes them, unless keep() was called. Not copyable.
  */
 class RobotServices {
  public:
-  /** A name in use at the broker: QVError, and none is registered. */
+  /** Throws QVError, and registers none, if a name is in use at the broker. */
   RobotServices(const boost::shared_ptr<QVBroker>& broker, const RobotDescription& description,
                 const UnitContext& context, const boost::shared_ptr<MotionService>& motion);
   ~RobotServices();

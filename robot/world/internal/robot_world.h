@@ -47,9 +47,9 @@ class RobotWorld : public QVModule {
              const UnitFactory& factory);
   ~RobotWorld() override;
 
-  /** The first step is made before this returns. */
+  /** Makes the first step before it returns. */
   void start();
-  /** Waits for a step that runs. */
+  /** Waits for a running step. */
   void stop();
 
   const Model::Robot& getModel() const { return model; }
@@ -65,8 +65,8 @@ class RobotWorld : public QVModule {
     motion->setJointPositions(positions);
   }
 
-  /** Hears what is so now and of all that is measured from then on; must outlive that, or null
-   * takes its place. */
+  /** Sets the listener: it gets the present state, then all measurements. It must outlive that;
+   * null removes it. */
   void setListener(InputListener* newListener);
 
  private:

@@ -9,12 +9,12 @@
 
 namespace QV::robot {
 
-/** The units of a robot, each measured once a period of its own. For one thread at a time. */
+/** The units of a robot, each with its own period. For one thread at a time. */
 class UnitSchedule {
  public:
   explicit UnitSchedule(UnitFactory::Units units);
 
-  /** Lets the units measure that are due. One that fails is logged when its failure changes. */
+  /** Calls the units that are due. A unit that fails is logged when its failure changes. */
   void measure(ko::Clock::time_point now);
 
  private:

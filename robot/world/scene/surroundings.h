@@ -45,7 +45,7 @@ class MotionService;
 class Scene;
 struct UnitParts;
 
-/** The places of everything that moves, at one time. */
+/** The positions of all that moves, at one time. */
 struct QV_API Moment {
   /** The root link in the map. */
   Math::Pose2D robot;
@@ -67,27 +67,27 @@ class QV_API Surroundings {
 
   const OccupancyMap& getMap() const;
 
-  /** Sets the moment. For whoever moves the robot. */
+  /** Sets the moment. Only the owner of the robot's motion calls it. */
   void setMoment(const Moment& moment);
   Moment getMoment() const;
 
-  /** The frame of a sensor, joint or link in the map; an unknown name: std::invalid_argument. */
+  /** The frame of a sensor, joint or link in the map; std::invalid_argument for an unknown name. */
   Math::Transform frameInMap(const std::string& name, const Moment& moment) const;
-  /** The same seen from the ground beneath the robot. */
+  /** The same frame, in the ground frame. */
   Math::Transform frameInGround(const std::string& name) const;
 
-  /** The range of what the ray meets first; infinity for nothing up to `reach`. */
+  /** The range of the first obstacle on the ray; infinity if there is none up to `reach`. */
   float castRay(const Ray& ray, float reach, const Moment& moment) const;
 
-  /** The links that touch something now, for whoever senses it. */
+  /** The links that touch something now, for a unit that senses touches. */
   void setTouched(const std::set<std::string>& links);
   std::set<std::string> getTouched() const;
 
  private:
   friend struct UnitParts;
   /**
-   * Sizes of boxes and holes that are not positive, numbers that are not finite, no map:
-   * std::invalid_argument.
+   * Throws std::invalid_argument for a box or hole without a positive size, a number that is not
+   * finite, or a null map.
    */
   Surroundings(boost::shared_ptr<const OccupancyMap> map, const WorldOptions& options,
                boost::shared_ptr<MotionService> motion);

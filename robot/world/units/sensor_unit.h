@@ -8,13 +8,13 @@
 namespace QV::robot {
 
 /**
- * A unit that measures for a sensor of a virtual robot, or for several that share hardware. The
- * robot owns it and lets it measure once a period, always in one thread at a time, after the body
- * has moved; units that other threads ask as well lock for themselves. Not copyable.
+ * A unit measures for a sensor of a virtual robot, or for several sensors that share hardware. The
+ * robot owns it and calls it once per period, after the body has moved, in one thread at a time. A
+ * unit that other threads also ask must lock by itself. Not copyable.
  */
 class QV_API SensorUnit {
  public:
-  /** `name` is for the log. A period of 0 stands for each step of the robot. */
+  /** `name` is for the log. A period of 0 means each step of the robot. */
   SensorUnit(const std::string& name, ko::Duration period);
   virtual ~SensorUnit();
   SensorUnit(const SensorUnit&) = delete;
@@ -23,7 +23,7 @@ class QV_API SensorUnit {
   const std::string& getName() const { return name; }
   ko::Duration getPeriod() const { return period; }
 
-  /** Measures and writes. What it throws is logged when it changes; it is called again. */
+  /** Measures and writes. An exception is logged when it changes; the unit is called again. */
   virtual void measure(ko::Clock::time_point now) = 0;
 
  private:

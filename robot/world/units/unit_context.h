@@ -16,9 +16,9 @@ namespace QV::robot {
 struct UnitParts;
 
 /**
- * The context of a robot's sensor units: what they measure, where they write, and what ails them. A
- * VirtualRobot gives it, and a UnitRig for units alone. Copies are of the same robot. Thread-safe,
- * but for addFaultName().
+ * The context of a robot's sensor units: the surroundings, the memory and the faults. A
+ * VirtualRobot gives it, or a UnitRig for units alone. Copies refer to the same robot. Thread-safe,
+ * except addFaultName().
  */
 class QV_API UnitContext {
  public:
@@ -27,19 +27,20 @@ class QV_API UnitContext {
   const WorldOptions& getOptions() const;
   Surroundings& getSurroundings() const;
 
-  /** Makes a source of chance of the session's seed; sources of different names differ. */
+  /** Creates a random number generator from the session's seed. Each name has its own sequence. */
   std::mt19937 makeGenerator(const std::string& source) const;
 
   /** The faults of the sensor of that name. */
   FaultFinder getFaults(const std::string& sensor) const;
-  /** Adds a part of a unit that may fail, beside its sensors. Call it only while units are made. */
+  /** Adds a part of a unit that can fail, besides its sensors. Call it only while units are
+   * created. */
   void addFaultName(const std::string& name) const;
 
-  /** Reads or writes a key of the memory. A key that is not there, or a type that a connected
-   * key can't take: QVError. */
+  /** Reads or writes a key of the memory. Throws QVError for an unknown key, or for a type that a
+   * connected key can't take. */
   QVValue read(const std::string& key) const;
   void write(const std::string& key, const QVValue& value) const;
-  /** Leaves no number in a key; one that somebody is connected to keeps its last. */
+  /** Sets a key to no number. A key that somebody is connected to keeps its last number. */
   void withdraw(const std::string& key) const;
 
   void declareEvent(const std::string& event) const;

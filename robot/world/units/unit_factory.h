@@ -13,36 +13,37 @@
 namespace QV::robot {
 
 /**
- * The makers of what measures on a virtual robot, by the type of sensor. A value: who knows more
- * kinds copies the standard one and adds his. Reading is thread-safe.
+ * The creators of a virtual robot's units, by sensor type. A value: to add your own types, copy the
+ * standard one. Reading is thread-safe.
  */
 class QV_API UnitFactory {
  public:
   using Units = std::vector<std::unique_ptr<SensorUnit>>;
 
-  /** Makes one sensor's unit; null for a configuration that is too poor to measure with. */
+  /** Creates one sensor's unit; null for a configuration that lacks what the unit needs. */
   using Creator =
       std::function<std::unique_ptr<SensorUnit>(const Model::SensorConfig&, const UnitContext&)>;
   /**
-   * Makes the units of all sensors that share hardware, in the order of their names; also of none.
-   * Sonars and cameras are no units: their services ask them to measure, so they plug in there.
+   * Creates the units of all sensors that share hardware, in the order of their names; also for no
+   * sensor. Sonars and cameras have no units: their services call their sources.
    */
   using GroupCreator =
       std::function<Units(const std::vector<Model::SensorConfig>&, const UnitContext&)>;
 
-  /** Knows no type. */
+  /** Creates a factory without types. */
   UnitFactory() = default;
-  /** Knows the types of Model::SensorKinds::standard(). */
+  /** Returns a factory with the types of Model::SensorKinds::standard(). */
   static const UnitFactory& standard();
 
-  /** A type that is known already, or an empty creator: std::invalid_argument. */
+  /** Throws std::invalid_argument for a known type or an empty creator. */
   void add(int type, Creator creator);
   void addTogether(const std::vector<int>& types, GroupCreator creator);
 
   bool hasType(int type) const { return groupOfType.count(type) > 0; }
 
   /**
-   * Makes the units in the order in which creators were added. What a creator throws is passed on.
+   * Creates the units in the order in which creators were added. Exceptions of creators reach the
+   * caller.
    */
   Units make(const Model::Robot& robot, const UnitContext& context) const;
 

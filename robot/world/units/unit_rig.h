@@ -17,30 +17,30 @@
 namespace QV::robot {
 
 /**
- * A test rig, to try sensor units alone: a robot with all its services at a broker of its own, but
- * that nothing moves. A unit measures when it is asked to, and what is around it is what
- * getContext().getSurroundings().setMoment says. Not copyable.
+ * A test rig for single sensor units: a robot with all its modules at its own broker, which nothing
+ * moves. A unit measures when it is called. getContext().getSurroundings().setMoment() sets what is
+ * around it. Not copyable.
  */
 class QV_API UnitRig {
  public:
-  /** Stands at the options' start, without their people. Errors as of VirtualRobot. */
+  /** Stands at the start pose of the options, without their people. Throws as VirtualRobot does. */
   UnitRig(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,
           const WorldOptions& options = {});
-  /** Units must have ended before. */
+  /** Destroy the units first. */
   ~UnitRig();
   UnitRig(const UnitRig&) = delete;
   UnitRig& operator=(const UnitRig&) = delete;
 
-  /** The context for a unit that is made by hand, and to read what it wrote. */
+  /** The context for a unit that you create yourself, and for reading what it wrote. */
   const UnitContext& getContext() const;
   const boost::shared_ptr<QVBroker>& getBroker() const;
-  /** A configuration of the description; an unknown name: std::out_of_range. */
+  /** A configuration of the description; std::out_of_range for an unknown name. */
   const Model::SensorConfig& getConfig(const std::string& sensor) const;
 
-  /** The units of all its sensors, once: they take the services over. */
+  /** Creates the units of all its sensors, once: they take the services over. */
   UnitFactory::Units make(const UnitFactory& factory = UnitFactory::standard()) const;
 
-  /** See VirtualRobot; of any sensor whose type has a row. */
+  /** See VirtualRobot; for any sensor whose type has a row. */
   void setFault(const Fault& fault);
   void clearFault(const std::string& sensor);
 

@@ -22,7 +22,7 @@ class Contradictions {
     PlanarView view;
   };
 
-  /** Compares what two sensors see at `now`, seconds, after `moved` seconds on the move. */
+  /** Compares the views of two sensors at `now`, seconds, after `moved` seconds in motion. */
   void compare(const Sight& a, const Sight& b, double now, double moved);
   void clear() { pairs.clear(); }
 
@@ -32,7 +32,7 @@ class Contradictions {
     double own;
     double others;
   };
-  /** The longest one of this sensor that counts. */
+  /** The longest contradiction of this sensor that counts. */
   std::optional<Told> find(const std::string& sensor, double now) const;
 
  private:

@@ -42,13 +42,13 @@ struct HealthFinding {
   HealthCause cause = HealthCause::unwanted;
   double figure = 0.0;
   double limit = 0.0;
-  /** Metres: what it says, and what the other one does. */
+  /** The range that the sensor reports, and the range of the other one, metres. */
   double own = 0.0;
   double others = 0.0;
   /** The sensor that it contradicts, or that keeps the others waiting; lasts as the manager does.
    */
   const std::string* other = nullptr;
-  /** Lasts as the program does. */
+  /** A text of static lifetime. */
   const char* excuse = nullptr;
   /** True if the sensor has shown that it measures. */
   bool isMeasured = true;
@@ -62,9 +62,9 @@ std::string describeFinding(const HealthFinding& finding,
                             const std::optional<ko::log::Record>& trouble);
 /** True if the sensor's last error may be the reason. */
 bool hasTrouble(HealthCause cause);
-/** Returns what is added to what was found `seconds` ago, and not since. */
+/** Returns the addition to a finding of `seconds` ago that has not appeared since. */
 std::string agoText(double seconds);
-/** Returns what brings the sensor back. */
+/** Returns the remedy. */
 std::string remedyFor(HealthCause cause);
 
 }  // namespace QV::sensor

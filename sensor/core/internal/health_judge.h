@@ -12,15 +12,15 @@
 
 namespace QV::sensor {
 
-/** The facts that are true of all sensors at the moment that one is judged. */
+/** The facts that hold for all sensors at the moment when one is judged. */
 struct HealthMoment {
   std::int64_t now = 0;
-  /** The device manager's time less ours, ns; 0 where it was not asked for. */
+  /** The device manager's time minus ours, ns; 0 if nobody asked for it lately. */
   std::int64_t deviceOffset = 0;
-  /** True if the device manager's time is of use: it was asked for lately, or nobody can be
+  /** True if the device manager's time can be used: it was asked for lately, or nobody can be
    * asked. */
   bool isDeviceKnown = true;
-  /** True if a refresh reads the sensors again and again; else readers do when they like. */
+  /** True if a refresh reads the sensors periodically; otherwise readers read them at any time. */
   bool isRefreshed = false;
   /** True while the robot moves: some sensors may then be silent. */
   bool isMoving = false;
@@ -32,10 +32,10 @@ struct HealthSwitches {
   bool isEnabled = true;
   bool isDiagnosisGood = true;
   bool isStarted = false;
-  /** What its hardware is busy with, and since when, ns. */
+  /** The call that its hardware is busy with, and its start, ns. */
   HardwareCall call = HardwareCall::none;
   std::int64_t callSince = 0;
-  /** Stopping it failed last; starting it threw last. */
+  /** True if the last stop failed; true if the last start threw. */
   bool isLeftOn = false;
   bool hasThrown = false;
 };

@@ -6,12 +6,12 @@
 
 namespace QV::sensor {
 
-/** The traits that are normal for a sensor, and so no fault. */
+/** The traits that are normal for a sensor, and so no sign of bad health. */
 struct HealthNature {
-  /** Nothing where the kind is not known: such points are not judged. */
+  /** Nothing if the kind is not known: then points are not judged. */
   std::optional<Model::PointMeaning> points = std::nullopt;
   Model::Silence silence = Model::Silence::never;
-  /** True if it measures again and again; else its records may grow old. */
+  /** True if it measures periodically; otherwise its records may be old. */
   bool hasRate = true;
   /** True if its points change when the robot moves. */
   bool showsMotion = false;

@@ -9,23 +9,24 @@
 
 namespace QV::sensor {
 
-/** A digest of a reading, however many points that has. Trivially copyable. */
+/** A digest of a reading, of fixed size for any number of points. Trivially copyable. */
 struct ReadingDigest {
-  /** The same for the same points; 0 where nobody asks whether they change. */
+  /** A hash of the points; 0 if nobody asks whether they change. */
   std::uint64_t fingerprint = 0;
   /** The stamp of the oldest record, ns. */
   std::int64_t stamp = 0;
   /** True if a sound sensor can't have measured this. */
   bool isGarbage = false;
-  /** True if there is an obstacle in it, which a turn moves. */
+  /** True if the reading has an obstacle, which moves when the robot turns. */
   bool hasObstacle = false;
-  /** True if there is one right ahead, which going there brings nearer. */
+  /** True if the reading has an obstacle straight ahead, which comes nearer when the robot drives
+   * there. */
   bool hasObstacleAhead = false;
 };
 
 /**
- * Looks at about a hundred points, and takes no memory; `view` becomes what the sensor sees.
- * `former` is the shape of what it saw before.
+ * Reads about a hundred points and allocates no memory. Sets `view` to what the sensor sees.
+ * `former` is the shape of the last view.
  */
 ReadingDigest digestOf(const std::vector<Math::MetricalData>& records, const HealthNature& nature,
                        const PlanarView::Shape& former, PlanarView& view);

@@ -8,14 +8,14 @@
 
 namespace QV::sensor {
 
-/** The turns and ways of the robot so far. One thread tells, any asks. */
+/** The total turns and distances of the robot. One thread writes them, any thread reads them. */
 class RobotMotion {
  public:
-  /** Forward, leftward (m/s) and turning (rad/s), in the ground frame. */
+  /** Notes the velocity: forward, leftward (m/s) and turning (rad/s), in the ground frame. */
   void note(const Math::Pose2D& velocity, ko::Clock::time_point now);
 
   struct State {
-    /** Radians to either side, and metres, since the beginning. */
+    /** The radians turned to either side, and the metres driven, since the beginning. */
     double turned = 0.0;
     double went = 0.0;
     /** The direction of the motion: of length 1, or 0 for a robot that stands. */

@@ -9,8 +9,8 @@
 namespace QV::sensor {
 
 /**
- * A value under a sequence lock: one thread at a time writes it and any reads it. A writer never
- * waits; a reader tries again while a write is going on. The count is odd meanwhile.
+ * A value under a sequence lock: one thread at a time writes it, any thread reads it. A writer
+ * never waits; a reader tries again while a write is in progress. The count is odd meanwhile.
  */
 template <typename T>
 class SequenceLocked {
@@ -37,7 +37,7 @@ class SequenceLocked {
     }
   }
 
-  /** Loads it in the thread that writes. */
+  /** Loads the value in the thread that writes. */
   T loadOwn() const noexcept {
     Words words;
     for (std::size_t i = 0; i < words.size(); ++i) {

@@ -10,7 +10,7 @@
 
 namespace QV::robot {
 
-/** The faults of a robot's sensors. Thread-safe, but for addSensor(). */
+/** The faults of a robot's sensors. Thread-safe, except addSensor(). */
 class FaultPlan {
  public:
   /** Times count from `start`. */
@@ -29,7 +29,7 @@ class FaultPlan {
   std::vector<Fault> getAll() const;
   std::vector<FaultKind> getPossible(const std::string& sensor) const;
 
-  /** Finds the fault of a sensor at a time; nothing for a name that is not known. */
+  /** Finds the fault of a sensor at a time; nothing for an unknown name. */
   std::optional<FaultKind> find(const std::string& sensor, ko::Clock::time_point time) const;
 
  private:
