@@ -125,7 +125,7 @@ test('words have explanations, and the first steps are ticked when done', async 
   assert.deepEqual(unknown, []);
   const tip = live.page.getByRole('tooltip');
   await live.page.locator('.sensor-columns').getByText('nearest').hover();
-  await tip.getByText(/^How far away the nearest obstacle is/).waitFor();
+  await tip.getByText(/^The distance from the sensor to the nearest obstacle/).waitFor();
   await live.page.keyboard.press('Tab');
   await tip.waitFor({ state: 'hidden' });
 

@@ -112,7 +112,7 @@ test('paused time advances only by steps of 0.1 s', async () => {
   await live.page.getByRole('button', { name: 'Pause' }).click();
   const { time } = await live.until(({ paused }) => paused);
   await live.until((state) => state.time === time);
-  const step = live.page.getByRole('button', { name: 'Step' });
+  const step = live.page.getByRole('button', { name: 'Step', exact: true });
   for (const steps of [1, 2]) {
     await step.click();
     const next = await live.until((state) => state.time !== time + (steps - 1) * 1e8);

@@ -69,7 +69,7 @@ test('a paused recording advances by one snapshot per step', async () => {
   await live.until((state) => state.recording.time === recording.time);
   const look = Math.floor(10 * recording.time + 0.001);
   for (const steps of [1, 2]) {
-    await live.page.getByRole('button', { name: 'Step' }).click();
+    await live.page.getByRole('button', { name: 'Step', exact: true }).click();
     const next = await live.until((state) => state.recording.time > (look + steps) / 10 - 0.001);
     assert.ok(Math.abs(next.recording.time - (look + steps) / 10) < 0.001, `${next.recording.time} s`);
   }
