@@ -32,12 +32,10 @@ class Projection {
 
   /** Returns the pixel of a point; std::nullopt if it belongs to no pixel. */
   std::optional<cv::Point> find(const Position3D& point) const {
-    const float column =
-        (0.5f - point.y / (point.x * extents.width)) * static_cast<float>(depth.cols);
-    const float row =
-        (0.5f - point.z / (point.x * extents.height)) * static_cast<float>(depth.rows);
-    const cv::Rect2f image(-0.5f, -0.5f, static_cast<float>(depth.cols),
-                           static_cast<float>(depth.rows));
+    const cv::Size2f size(static_cast<float>(depth.cols), static_cast<float>(depth.rows));
+    const float column = (0.5f - point.y / (point.x * extents.width)) * size.width;
+    const float row = (0.5f - point.z / (point.x * extents.height)) * size.height;
+    const cv::Rect2f image({-0.5f, -0.5f}, size);
     if (!image.contains(cv::Point2f(column, row))) return std::nullopt;
     // Coordinates count from the image's edges, so that a cast rounds to the nearest pixel.
     const float right = column + 0.5f;

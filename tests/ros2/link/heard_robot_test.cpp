@@ -278,15 +278,18 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithTheSameRecords) {
   EXPECT_GT(comparison.records, 50u);
 }
 
-TEST_F(HeardRobotTest, isPlayedFromARecordingWithItsJointsWhereTheyWere) {
-  const std::string description = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
+/** The description, up to its end, of a robot with a sonar on an arm that a joint lifts. */
+const std::string kLifted = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
     <link name="arm"/><joint name="lift" type="prismatic"><parent link="base_link"/>
       <child link="arm"/><axis xyz="0 0 1"/><limit lower="0" upper="1" effort="1" velocity="1"/></joint>
     <sensor name="High" type="Sonar"><parent link="arm"/>
       <property key="minimumDetectionDistance" value="0.2"/>
       <property key="maximumDetectionDistance" value="4"/>
       <property key="horizontalAngularRange" value="0.5"/>
-      <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor></robot>)";
+      <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor>)";
+
+TEST_F(HeardRobotTest, isPlayedFromARecordingWithItsJointsWhereTheyWere) {
+  const std::string description = kLifted + "</robot>";
   startSensors();
   others.push_back(publish("/joint_states", sensor_msgs::JointState::getType()));
   robot.say("lift", [this](const Stamp& now) {
@@ -334,14 +337,7 @@ TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {
 }
 
 TEST_F(HeardRobotTest, topicsComeFromTheDescriptionElseFromTheDefaultNames) {
-  const std::string description = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
-    <link name="arm"/><joint name="lift" type="prismatic"><parent link="base_link"/>
-      <child link="arm"/><axis xyz="0 0 1"/><limit lower="0" upper="1" effort="1" velocity="1"/></joint>
-    <sensor name="High" type="Sonar"><parent link="arm"/>
-      <property key="minimumDetectionDistance" value="0.2"/>
-      <property key="maximumDetectionDistance" value="4"/>
-      <property key="horizontalAngularRange" value="0.5"/>
-      <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor>
+  const std::string description = kLifted + R"(
     <sensor name="Whisker" type="Whisker"><property key="maximumDetectionDistance" value="4"/>
       <memory_key>whisker</memory_key></sensor>
     <sensor name="Bumper" type="Touch"><parent link="base_link"/></sensor></robot>)";

@@ -76,10 +76,7 @@ void aim(const FanCast& fan, const Sides& sides, const Sectors& sectors, int cou
     const auto alongPart = hn::Load(d, rays.alongPart + i);
     const auto slope = hn::Div(hn::Load(d, rays.acrossPart + i), alongPart);
     auto reached = hn::Add(frames.along, hn::Mul(reach, alongPart));
-    if (mayLeave) {
-      const auto top = hn::Add(frames.along, hn::Div(hn::Sub(frames.rows, frames.across), slope));
-      reached = hn::Min(reached, top);
-    }
+    if (mayLeave) reached = hn::Min(reached, frames.findTop(slope));
     const auto farthest = hn::Min(frames.lastColumn, hn::Add(reached, one));
     const auto exit = hn::Mul(hn::Add(frames.across, hn::Mul(frames.toExit, slope)), whole);
     const auto rise = hn::Mul(slope, whole);

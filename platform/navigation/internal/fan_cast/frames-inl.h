@@ -62,6 +62,12 @@ class Frames {
  public:
   HWY_INLINE Frames(const FanCast& fan, const Sides& sides) : fan(fan), sides(sides) {}
 
+  /** Returns where rays of such slopes leave the map across their axes. */
+  template <typename Slope>
+  HWY_INLINE Slope findTop(Slope slope) const {
+    return hn::Add(along, hn::Div(hn::Sub(rows, across), slope));
+  }
+
   HWY_INLINE void find(const Sectors& sectors, int i) {
     const Doubles d;
     const auto steep = maskOf(sectors.steep >> i);
