@@ -47,6 +47,7 @@ constexpr std::uint32_t kSlack = kStrip + 3;
  */
 struct Rays {
   static constexpr int kSize = FanCast::kMostRays + FanCast::kMore;
+  static_assert(kSize * sizeof(std::int32_t) % 64 == 0, "each array is aligned as the first is");
 
   alignas(64) double along[kSize];
   double across[kSize];
@@ -66,12 +67,12 @@ struct Rays {
   /** The bits of the rows that a line can touch in a strip, counted from its low end's. */
   Height rows[kSize];
   std::int32_t lastStrip[kSize];
-  /** The walk's results: whether a ray meets anything, a bit each; in which column, its word in a
-   * block, and the bit of row 0. */
-  std::uint64_t met = 0;
+  /** The walk's results: in which column a ray meets anything, its word in a block, and the bit of
+   * row 0; last, whether it does, a bit each. */
   std::int32_t column[kSize];
   std::int32_t word[kSize];
   std::int32_t bitBase[kSize];
+  std::uint64_t met = 0;
 };
 
 int groupOf(Height height) {
