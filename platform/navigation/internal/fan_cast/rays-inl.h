@@ -47,7 +47,7 @@ constexpr std::uint32_t kSlack = kStrip + 3;
  */
 struct Rays {
   static constexpr int kSize = FanCast::kMostRays + FanCast::kMore;
-  static_assert(kSize * sizeof(std::int32_t) % 64 == 0, "each array is aligned as the first is");
+  static_assert(kSize * sizeof(std::int32_t) % 32 == 0, "each array is aligned for its vectors");
 
   alignas(64) double along[kSize];
   double across[kSize];
