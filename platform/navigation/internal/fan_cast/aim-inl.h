@@ -45,11 +45,13 @@ HWY_INLINE void storeLines(const Sectors& sectors, hn::Vec<Doubles> exit, hn::Ve
   // One by one: what these machines have for vectors takes longer.
   constexpr std::size_t kLanes = hn::MaxLanes(Doubles());
   alignas(64) double values[3][kLanes];
-  // Lanes behind the last ray may hold anything, which is no whole number.
-  const auto bounded = [](auto value) { return hn::Min(value, hn::Set(Doubles(), 0x1p58)); };
-  hn::Store(bounded(exit), Doubles(), values[0]);
-  hn::Store(bounded(rise), Doubles(), values[1]);
-  hn::Store(bounded(low), Doubles(), values[2]);
+  // Lanes behind the last ray may hold what is no number; a ray rises by one cell a column at most.
+  const auto bounded = [](auto value, double most) {
+    return hn::Min(value, hn::Set(Doubles(), most));
+  };
+  hn::Store(bounded(exit, 0x1p58), Doubles(), values[0]);
+  hn::Store(bounded(rise, kOne), Doubles(), values[1]);
+  hn::Store(bounded(low, 0x1p58), Doubles(), values[2]);
   for (std::size_t k = 0; k < kLanes; ++k, ++i) {
     const auto wholeRise = static_cast<Height>(values[1][k]);
     const Height perStrip = kStrip * wholeRise;
