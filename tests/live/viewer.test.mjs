@@ -9,7 +9,7 @@ let program;
 before(async () => (program = await serve([...PORTER, '--people', '2'])));
 after(() => program.stop());
 
-test('a viewer receives messages that fit each channel's schema', async () => {
+test('a viewer receives messages that fit the schema of their channel', async () => {
   const { client, channels } = await connectViewer(program.port);
   const missing = new Map(channels.map((channel) => [client.subscribe(channel.id), channel]));
   await new Promise((resolve) => {
