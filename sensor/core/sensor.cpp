@@ -59,8 +59,8 @@ std::vector<Math::MetricalData> Sensor::xReadUnwatched() const {
   if (records.empty()) return records;
   hasShown = true;
   isNoted = false;
-  // Somebody may have begun to watch in between.
-  isNoted = watch != nullptr;
+  // Somebody may have begun to watch in between; who begins later sets it after this.
+  if (watch != nullptr) isNoted = true;
   return records;
 }
 
@@ -216,9 +216,10 @@ SensorWatch& Sensor::xGetWatch() const {
 bool Sensor::xNotesNext(const SensorWatch& notes) const {
   if (notes.notesNext()) return true;
   isNoted = false;
-  // Somebody may have begun to watch in between.
-  isNoted = notes.notesNext();
-  return isNoted;
+  // As above.
+  if (!notes.notesNext()) return false;
+  isNoted = true;
+  return true;
 }
 
 std::optional<ko::log::Record> Sensor::getLastTrouble() const {
