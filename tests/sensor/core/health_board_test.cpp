@@ -89,6 +89,17 @@ TEST(SensorManager, knowsAtTheFirstQuestionWhatTheHardwareDidBefore) {
                                   testing::Pair("Throwing", HealthState::failing)));
 }
 
+TEST(SensorManager, watchesFromAQuestionOnThatComesDuringAReading) {
+  test::FakeManager sut;
+  const auto sensor = sut.add("Laser", "F");
+  sut.subscribe("me");
+  sensor->onRead = [&] { sut.getHealth(); };
+  sut.getMetricalData();
+  sensor->onRead = [] { throw std::runtime_error("no answer"); };
+  sut.getMetricalData();
+  EXPECT_EQ(sut.getHealth("Laser")->state, HealthState::failing);
+}
+
 TEST(HealthRule, refusesAMalformedRuleAndSaysWhatIsExpected) {
   const std::string names =
       "start, silence, age, reading, garbage, turn, distance, disagreement, recovery";
