@@ -26,9 +26,9 @@ class Driver {
   void drive(const Math::Pose2D& velocity, ko::Duration hold);
   /** UsageError, and nothing changes, for a place that no way leads to. */
   void setGoal(const Math::Position2D& position);
-  /** The same, with the way that answers askForRoute(): empty if none leads there. */
+  /** Takes the path that findRoute found for askForRoute(): empty if there is none. */
   void setGoal(const Math::Position2D& position, const std::vector<Math::Position2D>& route);
-  /** Asks for a way from here. UsageError for a robot without a map. */
+  /** Returns the question for a path from here. Throws UsageError for a robot without a map. */
   RouteQuestion askForRoute(const Math::Position2D& position) const;
   /** The robot keeps to the path's times, from now on and at its end, until another order. */
   void follow(const TimedPath& path);

@@ -11,7 +11,7 @@
 
 namespace QV::session {
 
-/** The way that is wanted of a robot of `radius`, metres. */
+/** The question for a path between two places in the map, for a robot of `radius`, metres. */
 struct RouteQuestion {
   boost::shared_ptr<const OccupancyMap> map;
   Math::Position2D from;
@@ -26,7 +26,7 @@ struct RouteQuestion {
 QV_API std::vector<Math::Position2D> findRoute(const OccupancyMap& map,
                                                const Math::Position2D& from,
                                                const Math::Position2D& to, float radius);
-/** The same on any thread; empty, too, once `isGivenUp`. */
+/** Answers a question on any thread. Returns an empty path as soon as `isGivenUp` is true. */
 std::vector<Math::Position2D> findRoute(const RouteQuestion& question,
                                         const std::atomic<bool>* isGivenUp = nullptr);
 

@@ -12,23 +12,24 @@ namespace QV::session {
 class Session;
 
 /**
- * A goal whose way is sought on another thread while the session goes on, as on a map of many
- * millions of cells that takes seconds. For the session's thread; the session must outlive it.
+ * Searches the path to a goal on another thread while the session goes on: on a map of many
+ * millions of cells that takes seconds. Use it on the session's thread. The session must outlive
+ * it.
  */
 class QV_API GoalSearch {
  public:
-  /** Begins. UsageError for a robot without a map. */
+  /** Starts the search. Throws UsageError for a robot without a map. `goal` is in the map, m. */
   GoalSearch(Session& session, const Math::Position2D& goal);
-  /** Gives the search up. */
+  /** Ends the search, and waits for its thread. */
   ~GoalSearch();
   GoalSearch(const GoalSearch&) = delete;
   GoalSearch& operator=(const GoalSearch&) = delete;
 
-  /** Waits until the way is found or known not to be. */
+  /** Waits for the end of the search. */
   void wait() const { route.wait(); }
   /**
-   * Sends the robot on the way, or answers false as long as it is sought. A robot that has moved
-   * since is stopped, and its way sought anew. UsageError, and nothing changes, where no way leads.
+   * Sends the robot on the path; false while the search goes on. If the robot has moved since, it
+   * stops and the search starts again. Throws UsageError, and changes nothing, if there is no path.
    */
   bool finish();
 

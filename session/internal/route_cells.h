@@ -28,10 +28,10 @@ class QV_API RouteCells {
     uchar step = kNoStep;
   };
 
-  /** Rooms up to `most`, metres. The map must outlive this. */
+  /** Computes room up to `most`, metres. The map must outlive this. */
   RouteCells(const OccupancyMap& map, float most);
 
-  /** The cell, which must be inside the map; stays where it is. */
+  /** Returns a cell, which must be inside the map. The reference stays valid. */
   Cell& at(const cv::Point& cell) {
     const int tileIndex = cell.y / kSide * columns + cell.x / kSide;
     auto& tile = tiles[static_cast<std::size_t>(tileIndex)];
