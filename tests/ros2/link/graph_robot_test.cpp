@@ -31,15 +31,15 @@ struct GraphRobotTest : testing::Test {
 };
 
 /** The engine pads a message to whole words, and says so in its head or not. */
-Bytes padded(BytesView cdr) {
-  Bytes bytes(cdr.begin(), cdr.end());
+std::string padded(BytesView cdr) {
+  std::string bytes(cdr.begin(), cdr.end());
   bytes.resize((bytes.size() + 3) / 4 * 4);
   bytes[3] = 0;
   return bytes;
 }
 
-std::map<std::string, std::set<Bytes>> messagesIn(const std::string& path) {
-  std::map<std::string, std::set<Bytes>> messages;
+std::map<std::string, std::set<std::string>> messagesIn(const std::string& path) {
+  std::map<std::string, std::set<std::string>> messages;
   BagReader reader(path);
   while (const auto message = reader.next())
     messages[message->topic->name].insert(padded(message->data));
