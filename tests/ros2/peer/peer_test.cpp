@@ -23,7 +23,7 @@ std::map<std::string, std::set<std::uint64_t>> digestsIn(const std::string& path
     const std::size_t padding = (4 - bytes.size() % 4) % 4;
     auto& all = digests["rt" + message->topic->name];
     all.insert(test::digestOf(bytes.data(), bytes.size()));
-    bytes.resize(bytes.size() + padding);
+    for (std::size_t i = 0; i < padding; ++i) bytes.push_back(0);
     all.insert(test::digestOf(bytes.data(), bytes.size()));
     bytes[3] = static_cast<std::uint8_t>(padding);
     all.insert(test::digestOf(bytes.data(), bytes.size()));
