@@ -53,9 +53,12 @@ sensor_msgs::PointCloud2 cloud(const std::string& frame) {
 }
 
 tf2_msgs::TFMessage frame(const std::string& parent, const std::string& child, double w = 1.0) {
-  geometry_msgs::TransformStamped frame{{{}, parent}, child, {}};
+  tf2_msgs::TFMessage message;
+  auto& frame = message.transforms.emplace_back();
+  frame.header.frame_id = parent;
+  frame.child_frame_id = child;
   frame.transform.rotation.w = w;
-  return {{frame}};
+  return message;
 }
 
 nav_msgs::Odometry odometry(double x, double w = 1.0) {
@@ -228,7 +231,7 @@ TEST_F(ToldModulesTest, framesAndSensorsAreNoMoreThanARobotHas) {
 
   TopicSurveyor surveyor;
   for (int i = 0; i < 1'002; ++i) {
-    const Told told("/" + std::to_string(i), range(1.0f));
+    const Told told(std::string("/").append(std::to_string(i)), range(1.0f));
     surveyor.expect(told.topic, told.type);
     surveyor.take({told.topic, told.type, told.cdr});
   }
