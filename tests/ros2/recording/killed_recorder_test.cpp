@@ -110,9 +110,12 @@ TEST_F(KilledRecorderTest, leavesAllCompleteChunksWheneverItIsKilled) {
     const BagInfo sut = readBagInfo(path);
     ASSERT_EQ(sut.count, left.messages);
     if (cut == whole) continue;
-    ASSERT_THAT(
-        sut.damage.lines,
-        testing::Contains(testing::HasSubstr(path + ": byte " + std::to_string(left.end) + ": ")));
+    const auto says = [&](std::size_t byte) {
+      return testing::HasSubstr(path + ": byte " + std::to_string(byte) + ": ");
+    };
+    // Killed within the index behind the messages, it misses the magic at the end alone.
+    ASSERT_THAT(sut.damage.lines,
+                testing::Contains(testing::AnyOf(says(left.end), says(cut.size()))));
   }
   session.reset();
   EXPECT_EQ(test::compareSession(path).difference, "");
