@@ -5,6 +5,7 @@
 #include "platform/navigation/occ_map_simulate_scan.h"
 #include "python/bindings/arrays.h"
 #include "python/bindings/common.h"
+#include "python/bindings/maps.h"
 
 namespace QV::python {
 namespace {
@@ -29,14 +30,16 @@ std::string describeView(const Math::SensorFieldOfView2D& view) {
       .cast<std::string>();
 }
 
-FloatArray simulateScans(const OccupancyMap& map, const py::object& poses,
+FloatArray simulateScans(const boost::shared_ptr<OccupancyMap>& given, const py::object& poses,
                          const Math::SensorFieldOfView2D& view, std::optional<int> threads,
                          float occupiedAbove) {
   const FloatArray rows =
       rowsFrom(poses, 3, "simulate_scans", "poses of shape (N, 3): x, y (m), theta (rad)");
+  const OccupancyMap& map = *given;
   // A scan from no pose checks the arguments before memory for all is allocated.
   const int sharers = threads.value_or(countProcessors());
   occMapSimulateScans(map, {}, view, {}, occupiedAbove, sharers);
+  prepareForRays(given, occupiedAbove);
   const py::ssize_t count = rows.shape(0);
   FloatArray ranges(std::vector<py::ssize_t>{count, view.rayCount});
   const py::ssize_t block = std::max<py::ssize_t>(kRaysAtATime / view.rayCount, 1);
@@ -78,7 +81,7 @@ Ranges in metres, the full aperture in radians.)")
       .def("__repr__", &describeView);
 
   module.def(
-      "simulate_scans", &simulateScans, "map"_a, "poses"_a, "field_of_view"_a,
+      "simulate_scans", &simulateScans, py::arg("map").none(false), "poses"_a, "field_of_view"_a,
       "threads"_a = py::none(), py::kw_only(), "occupied_above"_a = OccupancyMap::kSolidAbove,
       R"(simulate_scans(map: OccupancyMap, poses: ArrayLike, field_of_view: SensorFieldOfView2D, threads: int | None = None, *, occupied_above: float = 0.4) -> NDArray[np.float32]
 

@@ -1,6 +1,8 @@
+#include <chrono>
 #include <cmath>
 
 #include "python/bindings/session_handle.h"
+#include "session/internal/goal_search.h"
 
 namespace QV::python {
 namespace {
@@ -14,8 +16,18 @@ void drive(const SessionHandle& handle, float forward, float turn) {
   handle.look([&](Session& session) { session.drive(forward, turn); });
 }
 
+/** Plans on another thread: on a large map that takes seconds, which Ctrl-C ends. */
 void setGoal(SessionHandle& handle, const Math::Position2D& position) {
-  handle.use([&](Session& session) { session.setGoal(position); });
+  constexpr std::chrono::milliseconds kLook{20};
+  handle.use([&](Session& session) {
+    session::GoalSearch search(session, position);
+    do {
+      while (!search.waitFor(kLook)) {
+        const Locked locked;
+        checkInterrupt();
+      }
+    } while (!search.finish());
+  });
 }
 
 ko::Duration follow(SessionHandle& handle, const std::vector<Math::Position2D>& path, double speed,

@@ -8,6 +8,7 @@ namespace QV::python {
 namespace {
 
 using session::Session;
+using session::SessionParts;
 
 /** A property that a session tells on its own thread. */
 template <auto get>
@@ -31,19 +32,27 @@ std::map<std::string, std::string> awaitSession(SessionHandle& handle, ko::Durat
   }
 }
 
+/** Goes to a recording's beginning. A large one that was cut is read whole, which Ctrl-C ends. */
+void rewind(SessionHandle& handle) {
+  const auto reopen = handle.use([](Session& session) { return SessionParts::of(session).reopen; });
+  // What can't be played again is refused there.
+  if (!reopen) return handle.use([](Session& session) { session.seek(ko::Duration::zero()); });
+  const auto make = aside([reopen] { return reopen(); });
+  handle.use([&](Session& session) { SessionParts::replace(session, make); });
+}
+
 /** Plays in pieces between which Ctrl-C is looked for, from the beginning if it has to. */
 void seek(SessionHandle& handle, ko::Duration sinceStart) {
   const auto target = std::max<ko::Duration>(sinceStart, ko::Duration::zero());
-  const auto left = handle.use([&](Session& session) {
-    const auto getLeft = [&] {
+  const auto getLeft = [&] {
+    return handle.use([&](Session& session) {
       return target - (ko::Clock::now() - session::robotOf(session).getStart());
-    };
-    const bool isBehind = getLeft() < ko::Duration::zero();
-    // What is no recording is refused there, too.
-    if (isBehind || !session.getLength()) session.seek(ko::Duration::zero());
-    return getLeft();
-  });
-  handle.run(std::max<ko::Duration>(left, ko::Duration::zero()));
+    });
+  };
+  const bool isRecording =
+      handle.use([](Session& session) { return session.getLength().has_value(); });
+  if (!isRecording || getLeft() < ko::Duration::zero()) rewind(handle);
+  handle.run(std::max<ko::Duration>(getLeft(), ko::Duration::zero()));
 }
 
 void setSpeed(const SessionHandle& handle, double speed) {
