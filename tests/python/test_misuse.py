@@ -618,14 +618,12 @@ def test_ctrl_c_ends_the_reading_of_a_log(tmp_path):
 
 
 def test_ctrl_c_ends_the_search_for_a_way():
-    cells = np.zeros((3000, 3000), np.float32)
+    cells = np.zeros((1500, 1500), np.float32)
     # The goal stands behind walls, so all of the map is searched.
     cells[-40:, -40:] = 1.0
     cells[-30:-10, -30:-10] = 0.0
     with qv.open_simulated(0, map=qv.OccupancyMap(cells, 0.05), start=(2.0, 2.0, 0.0)) as session:
-        press_ctrl_c_soon()
-        with pytest.raises(KeyboardInterrupt):
-            session.set_goal((149.0, 149.0))
+        interrupt(lambda: session.set_goal((74.0, 74.0)))
         session.set_goal((4.0, 2.0))
         session.run(qv.seconds(10))
         assert session.pose.x == pytest.approx(4.0, abs=0.1)
