@@ -146,7 +146,7 @@ void forEachMessage(std::span<const std::uint8_t> input, const Use& use) {
   const auto* byte = input.data();
   const auto* const end = byte + input.size();
   const auto next = [&] { return byte < end ? *byte++ : std::uint8_t{0}; };
-  while (byte < end) {
+  for (int messages = 0; messages < kMostMessages && byte < end; ++messages) {
     const std::size_t topic = next() % topics().size();
     const Bytes cdr = changed(topics()[topic].cdr, next);
     const std::string name = nameOf(topic);
