@@ -57,7 +57,7 @@ double secondsOfDrive(session::Session& session, ros2::GraphRobot* robot, int se
 
 // The time of all threads counts, so that of DDS, too.
 void unwatched(benchmark::State& state) {
-  constexpr int kSeconds = 10;
+  constexpr int kSeconds = 40;
   ros2::Graph graph(test::aloneOn());
   std::vector<double> own, peer;
   for (auto _ : state) {
