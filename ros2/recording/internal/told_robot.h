@@ -65,7 +65,7 @@ class ToldRobot : public BagRobot {
   const ko::Clock::time_point start;
   bool isAmid = false;
   mutable std::optional<BagMessage> upcoming;
-  mutable std::optional<std::uint64_t> lastLogTime;
+  mutable std::uint64_t lastLogTime;
   mutable ko::Clock::time_point due;
 };
 
