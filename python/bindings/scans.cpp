@@ -85,13 +85,13 @@ Ranges in metres, the full aperture in radians.)")
       "threads"_a = py::none(), py::kw_only(), "occupied_above"_a = OccupancyMap::kSolidAbove,
       R"(simulate_scans(map: OccupancyMap, poses: ArrayLike, field_of_view: SensorFieldOfView2D, threads: int | None = None, *, occupied_above: float = 0.4) -> NDArray[np.float32]
 
-Casts a fan of rays from each of many poses, exactly: the ranges in metres, shape (N, ray_count).
+Casts a fan of rays from each of many poses. Returns the exact ranges in metres, shape (N, ray_count).
 
-`poses` has the shape (N, 3): x, y in metres and theta in radians, in the map's world; C-contiguous
-float32 is read without a copy. Rays go from the right edge of the aperture to the left, a full turn
-from -pi; one that meets nothing, or starts from a pose that is not finite, reads as `max_range`.
-So many `threads` share the work, by default one for each processor; other Python threads go on
-meanwhile. Another shape, a field of view that makes no sense or threads outside 1 to 256:
+`poses` has the shape (N, 3): x, y in metres and theta in radians, in the map frame; C-contiguous float32
+is read without a copy. Rays go from the right edge of the aperture to the left; a full turn starts at
+-pi. They stop at cells above `occupied_above`. A ray that meets nothing, or whose pose is not finite,
+gives `max_range`. `threads` threads share the work, by default one for each processor; other Python
+threads go on meanwhile. Another shape, an invalid field of view or threads outside 1 to 256:
 ValueError.)");
 }
 
