@@ -39,18 +39,22 @@ std::function<session::TimedRobot()> prepareOwn(const std::string& path,
   };
 }
 
-std::function<session::TimedRobot()> prepareOther(const std::string& path) {
-  auto survey = surveyTopics(path);
-  return [path, survey] {
+std::function<session::TimedRobot()> prepareOther(const std::string& path,
+                                                  std::shared_ptr<const TopicSurvey> survey) {
+  auto bag = std::make_shared<std::unique_ptr<BagReader>>(std::make_unique<BagReader>(path));
+  return [path, survey, bag] {
     auto time = std::make_unique<ko::SimulatedTime>();
-    return session::TimedRobot{std::move(time), std::make_unique<ToldRobot>(path, survey)};
+    return session::TimedRobot{std::move(time),
+                               std::make_unique<ToldRobot>(path, std::move(*bag), *survey)};
   };
 }
 
 std::unique_ptr<session::Session> openSession(const std::string& path, bool isOwn,
                                               const sensor::SensorFactory& sensors) {
-  const session::Reopen reopen = [path, isOwn, sensors] {
-    return isOwn ? prepareOwn(path, sensors) : prepareOther(path);
+  // The survey may read the whole file, so it is made once.
+  const auto survey = isOwn ? nullptr : std::make_shared<const TopicSurvey>(surveyTopics(path));
+  const session::Reopen reopen = [path, survey, sensors] {
+    return survey ? prepareOther(path, survey) : prepareOwn(path, sensors);
   };
   session::TimedRobot made = reopen()();
   return session::makeSession(std::move(made.time), std::move(made.robot), reopen);

@@ -4,6 +4,7 @@
 #include <filesystem>
 #include <iterator>
 #include <stdexcept>
+#include <utility>
 
 #include <boost/make_shared.hpp>
 
@@ -49,9 +50,10 @@ TopicSurvey surveyTopics(const std::string& path) {
   }
 }
 
-ToldRobot::ToldRobot(const std::string& path, const TopicSurvey& survey)
+ToldRobot::ToldRobot(const std::string& path, std::unique_ptr<BagReader> opened,
+                     const TopicSurvey& survey)
     : title("Recording " + std::filesystem::path(path).filename().string()),
-      bag(std::make_unique<BagReader>(path)),
+      bag(std::move(opened)),
       modules(
           describe(survey), survey, [](const auto&) { return ko::Clock::now(); }, "Recording"),
       navigation(boost::make_shared<sensor::NavigationModule>(modules.getBroker())),

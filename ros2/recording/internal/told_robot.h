@@ -23,8 +23,8 @@ TopicSurvey surveyTopics(const std::string& path);
  */
 class ToldRobot : public BagRobot {
  public:
-  /** Stands before the first message. Throws std::runtime_error without a sensor topic. */
-  ToldRobot(const std::string& path, const TopicSurvey& survey);
+  /** Stands before the first message. `path` gives it its title. */
+  ToldRobot(const std::string& path, std::unique_ptr<BagReader> bag, const TopicSurvey& survey);
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }
   const Model::Robot* getDescription() const override { return &modules.getModel(); }
