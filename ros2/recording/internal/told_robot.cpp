@@ -4,7 +4,6 @@
 #include <filesystem>
 #include <iterator>
 #include <stdexcept>
-#include <utility>
 
 #include <boost/make_shared.hpp>
 
@@ -50,10 +49,10 @@ TopicSurvey surveyTopics(const std::string& path) {
   }
 }
 
-ToldRobot::ToldRobot(const std::string& path, std::unique_ptr<BagReader> opened,
+ToldRobot::ToldRobot(const std::string& path, std::unique_ptr<BagReader> givenBag,
                      const TopicSurvey& survey)
     : title("Recording " + std::filesystem::path(path).filename().string()),
-      bag(std::move(opened)),
+      bag(std::move(givenBag)),
       modules(
           describe(survey), survey, [](const auto&) { return ko::Clock::now(); }, "Recording"),
       navigation(boost::make_shared<sensor::NavigationModule>(modules.getBroker())),

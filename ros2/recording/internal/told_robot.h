@@ -23,7 +23,8 @@ TopicSurvey surveyTopics(const std::string& path);
  */
 class ToldRobot : public BagRobot {
  public:
-  /** Stands before the first message. `path` gives it its title. */
+  /** Stands before the first message of the file, which `bag` reads. Throws std::runtime_error
+   * without a sensor topic. */
   ToldRobot(const std::string& path, std::unique_ptr<BagReader> bag, const TopicSurvey& survey);
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }
