@@ -162,6 +162,24 @@ struct LastDrive : session::SessionListener {
   ko::Clock::time_point time;
 };
 
+TEST_F(GraphRobotTest, saysEachSensorsHealthAtLeastOnceASecond) {
+  session->setFault(robot::parseFault("BackSonar:off"));
+  session->subscribe("test", {"Sonar"});
+  RobotOnGraph sut(*session);
+  const auto heard = sut.listen<diagnostic_msgs::DiagnosticArray>("/diagnostics");
+  std::map<std::string, std::byte> levels;
+  EXPECT_TRUE(sut.runUntil([&] {
+    for (const auto& message : heard->all<diagnostic_msgs::DiagnosticArray>())
+      for (const auto& status : message.status) levels[status.name] = status.level;
+    return levels["BackSonar"] == std::byte{2};
+  }));
+  EXPECT_EQ(levels.at("FrontSonar"), std::byte{0});
+  EXPECT_EQ(levels.size(), session->getManager().getSensorList().size());
+  const std::size_t before = heard->messages.get().size();
+  sut.run(150);
+  EXPECT_GE(heard->messages.get().size(), before + 2);
+}
+
 TEST_F(GraphRobotTest, aVelocityHoldsForHalfASecondOfTheRun) {
   LastDrive last;
   session::addListener(*session, last);

@@ -1,12 +1,18 @@
+#include <algorithm>
+#include <cmath>
 #include <csignal>
 #include <cstdlib>
 #include <fcntl.h>
+#include <map>
 #include <optional>
 #include <unistd.h>
 
+#include "ros2/link/heard_robot.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/session_replay.h"
 #include "tests/ros2/link/robot_on_graph.h"
 #include "tests/support/child_process.h"
+#include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::ros2 {
@@ -79,6 +85,53 @@ TEST_F(ServeOnGraph, aDriveAndAReplayAreRobotsToo) {
     start(arguments);
     expectItsEnd();
   }
+}
+
+std::map<std::string, Math::MetricalData> lastRecordsOf(const session::Snapshot& snapshot) {
+  std::map<std::string, Math::MetricalData> records;
+  for (auto& record : session::recordsOf(snapshot)) records[record.sensorName] = record;
+  return records;
+}
+
+float farthestOf(const Math::MetricalData& a, const Math::MetricalData& b) {
+  if (a.points.size() != b.points.size()) return INFINITY;
+  float farthest = 0.0f;
+  for (std::size_t i = 0; i < a.points.size(); ++i) {
+    const auto &p = a.points[i], &q = b.points[i];
+    farthest = std::max({farthest, std::abs(p.x - q.x), std::abs(p.y - q.y), std::abs(p.z - q.z)});
+  }
+  return farthest;
+}
+
+// The served robot's own records are those of its recording.
+TEST(RoundTripOfProcesses, aRobotDrivenFromAnotherProcessHasTheSameRecordsThere) {
+  const test::TemporaryFolder folder;
+  const test::LogCapture log;
+  test::ChildProcess served;
+  runOnGraph(served, {"serve", "--robot", "porter", "--port", "0", "--speed", "4", "--ros2",
+                      "--record", folder / "run.mcap"});
+  HeardRobotOptions options;
+  options.graph = test::aloneOn();
+  options.usesSimTime = true;
+  auto session = openHeardRobot(options);
+  session->subscribe("test", session->getManager().getFamilyNames());
+  const Math::Pose2D start = session->getPose();
+  session->drive({0.2f, 0.0f, 0.5f}, boost::chrono::seconds(2));
+  session->run(boost::chrono::seconds(2));
+  session->stop();
+  session->run(boost::chrono::seconds(3));
+  EXPECT_GT(std::abs(session->getPose().theta - start.theta), 0.3f);
+  const auto read = lastRecordsOf(session->look());
+  session.reset();
+  served.signal(SIGINT);
+  EXPECT_EQ(served.awaitEnd(), 128 + SIGINT);
+  SessionReplay replay(folder / "run.mcap");
+  replay.begin();
+  while (replay.getSession().step()) continue;
+  const auto told = lastRecordsOf(replay.look());
+  EXPECT_GE(read.size(), 9u);
+  for (const auto& [sensor, record] : read)
+    EXPECT_LT(farthestOf(record, told.at(sensor)), 1e-6f) << sensor;
 }
 
 }  // namespace
