@@ -75,7 +75,7 @@ off ("Sonar:turn=off"). Returns False for an unknown name. A malformed rule: Val
           R"(watch_health(on: bool) -> None
 
 Switches the watching of records on (the default) or off. While it is off, every sensor that runs
-counts as sound.)");
+counts as sound. Switches and hardware are always watched.)");
 }
 
 }  // namespace QV::python

@@ -38,7 +38,8 @@ Returns the sensors of a family. An unknown family has none, which is logged.)")
 
 Returns the sensors that are enabled and of good diagnosis, started or not.)")
       .def("get_subscribers", awaiting(&SensorManager::getSubscribers),
-           "get_subscribers() -> set[str]\n\nWaits while a sensor starts or stops.")
+           "get_subscribers() -> set[str]\n\nReturns the names. Waits while a sensor starts or "
+           "stops.")
       .def("get_sensor_list_by_subscriber", awaiting(&SensorManager::getSensorListBySubscriber),
            "subscriber"_a,
            R"(get_sensor_list_by_subscriber(subscriber: str) -> set[str]
