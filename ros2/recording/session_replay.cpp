@@ -39,13 +39,13 @@ std::function<session::TimedRobot()> prepareOwn(const std::string& path,
   };
 }
 
-std::function<session::TimedRobot()> prepareOther(const std::string& path) {
-  auto survey = surveyTopics(path);
+std::function<session::TimedRobot()> prepareOther(
+    const std::string& path, const std::shared_ptr<const TopicSurvey>& survey) {
   auto bag = std::make_shared<std::unique_ptr<BagReader>>(std::make_unique<BagReader>(path));
   return [path, survey, bag] {
     auto time = std::make_unique<ko::SimulatedTime>();
     return session::TimedRobot{std::move(time),
-                               std::make_unique<ToldRobot>(path, std::move(*bag), survey)};
+                               std::make_unique<ToldRobot>(path, std::move(*bag), *survey)};
   };
 }
 
@@ -69,8 +69,11 @@ std::string RecordDifference::toText() const {
 SessionReplay::Preparation::Preparation(const std::string& path,
                                         const sensor::SensorFactory& sensors)
     : isOwnSession(isSessionRecording(path)) {
-  const session::Reopen reopen = [path, isOwn = isOwnSession, sensors] {
-    return isOwn ? prepareOwn(path, sensors) : prepareOther(path);
+  // The survey may read the whole file, so it is made once.
+  std::shared_ptr<const TopicSurvey> survey;
+  if (!isOwnSession) survey = std::make_shared<const TopicSurvey>(surveyTopics(path));
+  const session::Reopen reopen = [path, survey, sensors] {
+    return survey ? prepareOther(path, survey) : prepareOwn(path, sensors);
   };
   const auto make = naming(path, reopen);
   open = [path, reopen, make] {

@@ -1,6 +1,7 @@
 #include "session/session.h"
 
 #include <cmath>
+#include <functional>
 
 #include "session/internal/command.h"
 #include "session/internal/find_route.h"
@@ -169,6 +170,26 @@ TEST_P(SessionTest, findsARouteOnAnotherThreadAndAgainIfTheRobotHasMoved) {
   ASSERT_TRUE(none.waitFor(std::chrono::minutes(1)));
   EXPECT_EQ(errorOf([&] { none.finish(); }), "the robot can't get to 20.00, 3.00 m: no free path");
   EXPECT_EQ(sut->look().goal, at.goal);
+}
+
+TEST_P(SessionTest, whoTakesTheWheelTakesItFromAGoal) {
+  const std::vector<std::function<void()>> takers{
+      [&] { sut->drive(0.0f, 0.1f); },
+      [&] {
+        sut->drive({0.0f, 0.0f, 0.1f}, kSecond);
+      },
+      [&] { sut->wander(); },
+      [&] {
+        sut->follow({{4.0f, 3.0f}, {5.0f, 3.0f}}, 0.5, 1.0);
+      },
+      [&] { sut->stop(); },
+  };
+  for (std::size_t i = 0; i < takers.size(); ++i) {
+    sut->setGoal({2.0f, 4.5f});
+    ASSERT_NE(sut->look().goal, std::nullopt);
+    takers[i]();
+    EXPECT_EQ(sut->look().goal, std::nullopt) << i;
+  }
 }
 
 TEST_P(SessionTest, aFaultIsListedUntilItIsCleared) {

@@ -126,11 +126,11 @@ TEST_F(SessionRecorderTest, theSameSeedGivesTheSameBytes) {
 
 TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) {
   const auto session = session::openVirtual("porter", test::busyWorld());
-  recordSession(*session, path, 20, [](session::Session&, int cycle) {
+  recordSession(*session, path, 10, [](session::Session&, int cycle) {
     if (cycle == 3) ko::log::warning("Somebody", "test") << "something";
   });
   const Contents sut(path);
-  EXPECT_EQ(sut.counts.at("/clock"), 20u);
+  EXPECT_EQ(sut.counts.at("/clock"), 10u);
   EXPECT_EQ(sut.get<rcl_interfaces::Log>("/rosout").msg, "something");
 
   const auto map = sut.get<nav_msgs::OccupancyGrid>("/map");
@@ -162,7 +162,7 @@ TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) 
   EXPECT_THAT(views,
               testing::Contains(testing::Field(&visualization_msgs::Marker::ns, "FrontLaser")));
   EXPECT_GT(sut.get<sensor_msgs::PointCloud2>("/FrontLaser/points").width, 0u);
-  EXPECT_EQ(sut.counts.at("/qv/records"), 20u);
+  EXPECT_EQ(sut.counts.at("/qv/records"), 10u);
 
   const auto runs = sut.get<qv_msgs::ImagePoints>("/DepthCamera/image_points");
   EXPECT_EQ(runs.image, "/DepthCamera/image");
@@ -210,7 +210,7 @@ TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorButNotTheRun) {
     errors.clear();
     SessionRecorder recorder(path, *own);
     own->subscribe("test", own->getManager().getFamilyNames());
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 10; ++i) {
       own->run(boost::chrono::milliseconds(100));
       recorder.show(own->look());
     }
