@@ -35,21 +35,21 @@ bool hasModule(const QVBroker& broker, const std::string& name) {
 
 void bindBroker(py::module_& module) {
   py::class_<QVBroker, boost::shared_ptr<QVBroker>>(module, "Broker", R"(
-Holds the modules of a robot by name and carries the calls to them. Thread-safe.)")
+Holds the modules of a robot by name and carries calls to them. Thread-safe.)")
       .def(py::init([] { return QVBroker::create(); }), "__init__() -> None")
       .def("call", &callModule, "module"_a, "method"_a,
            R"(call(module: str, method: str, *arguments: Value) -> Value
 
-Runs a method of a module and waits for it. What goes wrong is a QVError: no such module or method,
-arguments of a wrong number or type, and whatever the method raises. Ctrl-C ends the waiting alone.)")
+Runs a method of a module and returns its result. An unknown module or method, arguments of a wrong
+number or type, and an exception of the method: QVError. Ctrl-C ends only the waiting, not the call.)")
       .def("register_module", &registerModule, "module"_a,
            R"(register_module(module: ModuleBase) -> None
 
-Keeps the module, and offers it under its name. A name in use: QVError.)")
+Keeps the module and offers it under its name. A name in use: QVError.)")
       .def("unregister_module", &unregisterModule, "name"_a,
            R"(unregister_module(name: str) -> None
 
-Calls that run go on to their end. An unknown name: QVError.)")
+Removes a module. Calls that run go on to their end. An unknown name: QVError.)")
       .def("has_module", &hasModule, "name"_a, "has_module(name: str) -> bool");
 }
 

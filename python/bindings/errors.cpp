@@ -59,8 +59,8 @@ std::shared_ptr<PyObject> keep(const py::function& function) {
 void bindErrors(py::module_& module) {
   errorType = PyErr_NewExceptionWithDoc(
       "qv_sensor.QVError",
-      "What a module of a robot, or the way to it, answers for a failure: `module`, `method` and\n"
-      "`message` say whose, which and why.",
+      "The error of a call to a robot's module. `module` and `method` name the call,\n"
+      "`message` gives the reason.",
       PyExc_RuntimeError, nullptr);
   module.attr("QVError") = py::reinterpret_borrow<py::object>(errorType);
   py::register_exception_translator(&translate);

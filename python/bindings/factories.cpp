@@ -49,16 +49,16 @@ void add(SensorFactory& factory, int type, const std::string& name, const std::s
 
 void bindFactories(py::module_& module) {
   py::class_<SensorFactory>(module, "SensorFactory", R"(
-Makes the sensors of a robot's description, by their types.)")
+Creates the sensors of a robot's description, by their types.)")
       .def(py::init([] { return SensorFactory::standard(); }),
-           "__init__() -> None\n\nKnows the library's own.")
+           "__init__() -> None\n\nCreates a factory with the library's own types.")
       .def(
           "add", &add, "type"_a, "name"_a, "family"_a, "points"_a, "creator"_a,
           R"(add(type: int, name: str, family: str, points: PointMeaning, creator: Callable[[SensorOrder], Sensor | None]) -> None
 
-Teaches it a type: its number and name in descriptions, its family, what its points mean ("arc",
-"scan", "zone", "sighting", "touch"), and what makes a sensor of it, None to leave it out. A number
-or name that is taken: ValueError.)");
+Adds a type: its number and name in descriptions, its family, the meaning of its points ("arc",
+"scan", "zone", "sighting" or "touch"), and its creator. The creator returns a sensor, or None to leave
+it out. A number or name in use: ValueError.)");
 }
 
 }  // namespace QV::python

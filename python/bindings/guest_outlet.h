@@ -63,15 +63,15 @@ void bindGuest(Class& type) {
             self.use([&](auto& guest) { writing([&] { guest.show(*view.snapshot); }); });
           },
           "snapshot"_a,
-          "show(snapshot: Snapshot) -> None\n\nOne after another, on the session's thread.")
+          "show(snapshot: Snapshot) -> None\n\nShows the next snapshot, on the session's thread.")
       .def(
           "finish",
           [](Guest& self) { self.use([](auto& guest) { writing([&] { guest.finish(); }); }); },
-          "finish() -> None\n\nNothing comes any more.")
+          "finish() -> None\n\nEnds the outlet; no snapshot may follow.")
       .def_property_readonly(
           "demand",
           [](Guest& self) { return self.use([](auto& guest) { return guest.getDemand(); }); },
-          "dict[str, set[str]]: The sensors that it wants, as Session.set_demand takes them.");
+          "dict[str, set[str]]: The sensors that it wants, by subscriber, for Session.set_demand.");
 }
 
 }  // namespace QV::python

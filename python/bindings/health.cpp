@@ -32,17 +32,17 @@ void bindHealthQuestions(ManagerClass& type) {
   type.def("get_health", &healthOf, "sensor"_a,
            R"(get_health(sensor: str) -> Health | None
 
-How a sensor is and why; also of one that could not be built. None for a name that there is not.)")
+Returns a sensor's health; also for a sensor that could not be built. None for an unknown name.)")
       .def("get_all_health", &allHealth,
            R"(get_all_health() -> dict[str, Health]
 
-Of every sensor, by name.)")
+Returns the health of every sensor, by name.)")
       .def("on_health_changed", &onHealthChanged, "callback"_a,
            R"(on_health_changed(callback: Callable[[str, Health], object] | None) -> None
 
-Has each change of a sensor's state told from now on, by the sensor's name, one at a time and in
-order, on the thread that found it: that of the refresh, or one that asks. What it raises is logged.
-It is kept until another or None takes its place, or the manager ends.)");
+Sets the callback for changes of a sensor's state; None removes it. It is called with the sensor's
+name and health, for one change at a time, in order. It runs on the thread that found the change: the
+refresh's or a caller's. An exception is logged. The manager keeps the callback until it ends.)");
 }
 
 }  // namespace
@@ -64,8 +64,8 @@ void bindManagerHealth(ManagerClass& type) {
           "rule"_a,
           R"(set_health_limit(rule: str) -> bool
 
-Changes what counts as too much: "FrontLaser:age=0.5", "Sonar:turn=off", or "age=0.5" for all. False
-for a name that there is not; ValueError for a rule that is none.)")
+Changes a limit of a sensor or a family ("FrontLaser:age=0.5"), or of all ("age=0.5"), or switches it
+off ("Sonar:turn=off"). Returns False for an unknown name. A malformed rule: ValueError.)")
       .def(
           "watch_health",
           [](const ManagerHandle& handle, bool on) {
@@ -74,7 +74,8 @@ for a name that there is not; ValueError for a rule that is none.)")
           "on"_a,
           R"(watch_health(on: bool) -> None
 
-Whether records are watched, as they are at first; switches and hardware always are.)");
+Switches the watching of records on (the default) or off. While it is off, every sensor that runs
+counts as sound. Switches and hardware are always watched.)");
 }
 
 }  // namespace QV::python

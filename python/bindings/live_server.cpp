@@ -87,8 +87,8 @@ class ServerHandle : public Ending {
 
 void bindLiveServer(py::module_& module) {
   py::class_<ServerHandle, std::shared_ptr<ServerHandle>> type(module, "LiveServer", R"(
-Shows a session to browsers, and to viewers that speak the Foxglove WebSocket protocol, while it goes
-on by the machine's clock. For the session's thread; it ends before the session.)");
+Runs a session by the machine's clock and shows it to browsers, and to viewers that speak the Foxglove
+WebSocket protocol. Use it on the session's thread. It ends with the session, if not before.)");
   type.def(
           py::init([](const std::shared_ptr<SessionHandle>& session, const std::string& address,
                       unsigned short port, const std::vector<std::string>& origins,
@@ -100,12 +100,13 @@ on by the machine's clock. For the session's thread; it ends before the session.
           "origins"_a = std::vector<std::string>(), py::kw_only(), "viewer_drive"_a = false,
           R"(__init__(session: Session, address: str = "127.0.0.1", port: int = 8765, origins: Sequence[str] = (), *, viewer_drive: bool = False) -> None
 
-Port 0 takes any that is free; `origins` are let in beside its own. Viewers may drive if
-`viewer_drive` is set, as pages always may. Settings with which it can't listen: ValueError.)")
-      .def("close", &ServerHandle::close, "close() -> None\n\nEnds it.")
+Listens at an IP address and a port; port 0 takes any free one. `origins` are further web sites whose
+pages may connect. Pages may always drive, viewers only if `viewer_drive` is set. An address or port
+that can't be used: ValueError.)")
+      .def("close", &ServerHandle::close, "close() -> None\n\nStops the server.")
       .def_property_readonly(
           "url", [](ServerHandle& self) { return self.use([](auto& s) { return s.getUrl(); }); },
-          "str: Where a browser finds it.")
+          "str: The address for a browser: 'http://127.0.0.1:8765/'.")
       .def(
           "add",
           [](ServerHandle& self, const py::object& outlet) {
@@ -113,11 +114,12 @@ Port 0 takes any that is free; `origins` are let in beside its own. Viewers may 
             self.use([&](auto& server) { server.add(std::move(shared)); });
           },
           "outlet"_a,
-          "add(outlet: OutletBase) -> None\n\nShows the session there, too, ten times a second.")
+          "add(outlet: OutletBase) -> None\n\nShows the session to an outlet, too, ten times a "
+          "second.")
       .def("run", &ServerHandle::run, "duration"_a = py::none(),
            R"(run(duration: int | None = None) -> None
 
-Goes on for nanoseconds of the machine's time, or until Ctrl-C.)");
+Runs the session for `duration` nanoseconds of the machine's time, or until Ctrl-C.)");
   bindBlock(type);
 }
 

@@ -22,15 +22,15 @@ class MapKeeper : public sensor::SimulatedSensorManager {
 void bindSimulated(py::module_& module) {
   using Handle = SimulatedManagerHandle;
   py::class_<Handle, ManagerHandle, std::shared_ptr<Handle>>(module, "SimulatedSensorManager", R"(
-The sensors of a robot of some kind, which cast rays into a map; every read measures anew.)")
+Manages the sensors of a simulated robot, which cast rays into a map. Every reading measures anew.)")
       .def(py::init([](int kind, boost::shared_ptr<OccupancyMap> map) {
              return std::make_shared<Handle>(std::make_shared<MapKeeper>(kind, std::move(map)));
            }),
            "kind"_a, "map"_a,
            R"(__init__(kind: int, map: OccupancyMap | None) -> None
 
-Kinds -1 (a perfect laser), 0 (two sonars) and 1 (bumpers, sonars, depth camera); any other has no
-sensors, which is logged. Without a map records have no points.)")
+Creates the sensors of a kind: -1 (a perfect laser), 0 (two sonars) or 1 (bumpers, sonars, depth
+camera). Any other kind has no sensors, which is logged. Without a map records have no points.)")
       .def(
           "set_pose_2d",
           [](const Handle& handle, const Math::Pose2D& scan, std::optional<Math::Pose2D> robot) {
@@ -39,15 +39,16 @@ sensors, which is logged. Without a map records have no points.)")
           "scan_pose"_a, "reference_pose"_a = py::none(),
           R"(set_pose_2d(scan_pose: PoseLike, reference_pose: PoseLike | None = None) -> None
 
-Where rays are cast from, in the map, and where records say that the robot is; by default the same.)");
+Sets the pose that rays start from and the robot's pose in the records, by default the same. Both are
+in the map.)");
 }
 
 void bindReal(py::module_& module) {
   using Handle = RealManagerHandle;
   py::class_<Handle, ManagerHandle, std::shared_ptr<Handle>>(module, "RealSensorManager", R"(
-The sensors of the robot behind a broker, virtual or not, as its description lists them.
+Manages the sensors of the robot behind a broker, virtual or not, as its description lists them.
 
-While any sensor runs, records are gathered every 100 ms, in a SimulatedTime as that goes by.)")
+While any sensor runs, a refresh reads the started sensors every 100 ms of clock().)")
       .def(py::init(
                [](const boost::shared_ptr<QVBroker>& broker, const sensor::SensorFactory* factory) {
                  const auto& makes = factory ? *factory : sensor::SensorFactory::standard();
@@ -58,7 +59,8 @@ While any sensor runs, records are gathered every 100 ms, in a SimulatedTime as 
            "broker"_a, "factory"_a = py::none(),
            R"(__init__(broker: Broker, factory: SensorFactory | None = None) -> None
 
-With the sensors that `factory` knows. What can't be built is logged and left out.)");
+Builds the sensors whose types `factory` knows, by default the library's own. A sensor that can't be
+built is logged and left out.)");
 }
 
 }  // namespace

@@ -30,37 +30,39 @@ void bindLists(ManagerClass& type) {
       .def("get_sensors_by_family", asking(&SensorManager::getSensorsByFamily), "family"_a,
            R"(get_sensors_by_family(family: str) -> set[str]
 
-Of an unknown one none, which is logged.)")
+Returns the sensors of a family. An unknown family has none, which is logged.)")
       .def("get_sensor_list", asking(&SensorManager::getSensorList),
            "get_sensor_list() -> set[str]")
       .def("get_enabled_sensor_list", asking(&SensorManager::getEnabledSensorList),
            R"(get_enabled_sensor_list() -> set[str]
 
-Those that are enabled and of good diagnosis, started or not.)")
+Returns the sensors that are enabled and of good diagnosis, started or not.)")
       .def("get_subscribers", awaiting(&SensorManager::getSubscribers),
-           "get_subscribers() -> set[str]\n\nWaits for a sensor that starts or stops.")
+           "get_subscribers() -> set[str]\n\nReturns the names. Waits while a sensor starts or "
+           "stops.")
       .def("get_sensor_list_by_subscriber", awaiting(&SensorManager::getSensorListBySubscriber),
            "subscriber"_a,
            R"(get_sensor_list_by_subscriber(subscriber: str) -> set[str]
 
-The sensors that it wants. Waits for a sensor that starts or stops.)");
+Returns the sensors of a subscriber. Waits while a sensor starts or stops.)");
 }
 
 void bindStates(ManagerClass& type) {
   type.def("is_sensor", asking(&SensorManager::isSensor), "name"_a, "is_sensor(name: str) -> bool")
       .def("is_family", asking(&SensorManager::isFamily), "name"_a, "is_family(name: str) -> bool")
       .def("is_sensor_started", asking(&SensorManager::isSensorStarted), "sensor"_a,
-           "is_sensor_started(sensor: str) -> bool\n\nFalse for an unknown sensor.")
+           "is_sensor_started(sensor: str) -> bool\n\nReturns False for an unknown sensor.")
       .def("is_sensor_enabled", asking(&SensorManager::isSensorEnabled), "sensor"_a,
-           "is_sensor_enabled(sensor: str) -> bool\n\nFalse for an unknown sensor.")
+           "is_sensor_enabled(sensor: str) -> bool\n\nReturns False for an unknown sensor.")
       .def("is_sensor_diagnosis_success", asking(&SensorManager::isSensorDiagnosisSuccess),
            "sensor"_a,
-           "is_sensor_diagnosis_success(sensor: str) -> bool\n\nFalse for an unknown sensor.")
+           "is_sensor_diagnosis_success(sensor: str) -> bool\n\n"
+           "Returns False for an unknown sensor.")
       .def("is_sensor_subscribed_by", awaiting(&SensorManager::isSensorSubscribedBy), "sensor"_a,
            "subscriber"_a,
            R"(is_sensor_subscribed_by(sensor: str, subscriber: str) -> bool
 
-False for an unknown sensor. Waits for one that starts or stops.)");
+Returns False for an unknown sensor. Waits while a sensor starts or stops.)");
 }
 
 }  // namespace

@@ -33,18 +33,19 @@ void bindRecordQuestions(ManagerClass& type) {
   type.def("get_metrical_data", &readManager, "names"_a = py::none(),
            R"(get_metrical_data(names: Names = None) -> list[Record]
 
-The records of all started sensors, in the order of their names; or for each name, in order, those
-of that sensor or family. Nothing is copied.)")
+Returns the records of all started sensors, in the order of their names. If names are given, returns
+for each name in order the records of that sensor or family. Copies no points.)")
       .def("await_records", &awaitManager, "limit"_a, "names"_a = py::none(),
            R"(await_records(limit: int, names: Names = None) -> dict[str, str]
 
 Waits until each sensor, by default all, has a fresh record or a reason for none, but not longer than
-`limit`, nanoseconds of clock(). What is missing by then, and why, by sensor. In a SimulatedTime that
-moves on the thread that made it; on another one it waits for that.)")
+`limit`, nanoseconds of clock(). Returns the sensors without a record, each with the reason. On the
+thread that made a SimulatedTime it advances that; another thread waits until that is advanced.)")
       .def("get_last_trouble", &lastTrouble, "sensor"_a,
            R"(get_last_trouble(sensor: str) -> LogRecord | None
 
-Why a sensor fails: its last warning or error; also of one that could not be built.)");
+Returns the last warning or error about a sensor, also about one that could not be built. None if there
+was none.)");
 }
 
 }  // namespace

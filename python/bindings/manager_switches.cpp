@@ -38,26 +38,28 @@ void bindManagerSwitches(ManagerClass& type) {
   type.def("subscribe", &subscribeManager, "subscriber"_a, "names"_a = py::none(),
            R"(subscribe(subscriber: str, names: Names = None) -> bool
 
-Wants sensors or families, by default all, on behalf of `subscriber`; starting their hardware takes
-its time. True if that was new to a sensor; a name that there is not is logged. `subscription` does
-the same for a `with` block.)")
+Subscribes to sensors or families, by default all. Waits while hardware starts. Returns True if the
+subscription was new to a sensor. An unknown name is logged. `subscription` does the same for a `with`
+block.)")
       .def("unsubscribe", &unsubscribeManager, "subscriber"_a, "names"_a = py::none(),
            R"(unsubscribe(subscriber: str, names: Names = None) -> bool
 
-The mirror of subscribe.)")
+Ends subscriptions of this subscriber, by default all. Returns True if a sensor lost this subscriber.)")
       .def("enable_sensor_or_family", &enableManager, "name"_a, "enable"_a,
            R"(enable_sensor_or_family(name: str, enable: bool) -> bool
 
-A disabled sensor stops and keeps its subscribers. False for a name that there is not.)")
+Enables or disables a sensor or a family. A disabled sensor stops and keeps its subscribers. Returns
+False for an unknown name.)")
       .def("set_sensor_diagnosis", &diagnoseManager, "sensor"_a, "success"_a,
            R"(set_sensor_diagnosis(sensor: str, success: bool) -> bool
 
-A false diagnosis stops the sensor, a true one lets it try again. False for a name that there is
-not.)")
+Sets a sensor's diagnosis: a bad one (False) stops it, a good one lets it start again. Returns False
+for an unknown name.)")
       .def("look_again", &lookAgainAt,
            R"(look_again() -> None
 
-Looks whether any sensor runs, after enabling or a diagnosis.)");
+Starts the refresh if any sensor runs, and stops it if none does. Call it after
+enable_sensor_or_family and set_sensor_diagnosis.)");
 }
 
 }  // namespace QV::python

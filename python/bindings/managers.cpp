@@ -17,19 +17,18 @@ py::object toPython(const ko::log::Record& line) {
 
 void bindManagers(py::module_& module) {
   ManagerClass type(module, "SensorManager", R"(
-A robot's sensors, by name and by family: a `with` block ends it. Thread-safe; once ended,
-RuntimeError.)");
+Manages a robot's sensors, by name and by family. A `with` block closes it; later calls raise
+RuntimeError. Thread-safe.)");
   type.def(py::init([](const py::iterable& sensors) {
              return std::make_shared<ManagerHandle>(std::make_shared<SensorListManager>(sensors));
            }),
            "sensors"_a,
            R"(__init__(sensors: Iterable[Sensor]) -> None
 
-Of sensors of one's own, which are read whenever somebody asks for records. Two of one name:
-ValueError.)")
+Takes sensors of one's own. Each call for records reads them. Two of one name: ValueError.)")
       .def("close", &ManagerHandle::close,
-           "close() -> None\n\nEnds it. That of a session ends with the session.");
-  type.def_property_readonly("is_open", &ManagerHandle::isOpen, "bool: Whether it has not ended.")
+           "close() -> None\n\nEnds the manager; that of a session ends only with the session.");
+  type.def_property_readonly("is_open", &ManagerHandle::isOpen, "bool: True until it is closed.")
       .def("subscription", &subscription, "subscriber"_a, "names"_a = py::none(), kSubscription);
   bindBlock(type);
   bindManagerReading(type);

@@ -56,23 +56,24 @@ void saveMap(const boost::shared_ptr<OccupancyMap>& map, const py::object& path)
 
 void bindMap(py::module_& module) {
   py::class_<OccupancyMap, boost::shared_ptr<OccupancyMap>>(module, "OccupancyMap", R"(
-A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. What is above 0.4 is solid.
+A grid of occupancies from 0 (free) to 1 (occupied); 0.5 is unknown. Cells above 0.4 are solid.
 
-It never changes: make another one from `cells.copy()`. Thread-safe.)")
+It never changes; to change cells, make a new map from `cells.copy()`. Thread-safe.)")
       .def(
           py::init(&makeMap), "cells"_a, "resolution"_a, "origin"_a = Math::Pose2D(),
           R"(__init__(cells: ArrayLike, resolution: float, origin: PoseLike = (0.0, 0.0, 0.0)) -> None
 
-Cells of shape (rows, columns), copied; `resolution` in metres; `origin` is the outer corner of cell
-(0, 0) in the world. Rows run along its y axis, columns along x. Another shape, an occupancy outside
-0 to 1, a resolution that is not positive, an origin that is not finite: ValueError.)")
+Copies cells of shape (rows, columns). `resolution` is the side of a cell, metres. `origin` is the pose
+of the outer corner of cell (0, 0) in the map frame; row numbers grow along its y axis, column numbers
+along its x axis. Another shape, an occupancy outside 0 to 1, a resolution that is not positive or an
+origin that is not finite: ValueError.)")
       .def_property_readonly(
           "cells", &cellsOf,
           "NDArray[np.float32]: The occupancies, shape (rows, columns), a read-only view.")
       .def_property_readonly("resolution", &OccupancyMap::getResolution,
                              "float: The side of a cell, metres.")
       .def_property_readonly("origin", &OccupancyMap::getOrigin,
-                             "Pose2D: The outer corner of cell (0, 0) in the world.")
+                             "Pose2D: The outer corner of cell (0, 0) in the map frame.")
       .def(
           "find_occupancy",
           [](const OccupancyMap& map, const Math::Position2D& position) {
@@ -81,7 +82,7 @@ Cells of shape (rows, columns), copied; `resolution` in metres; `origin` is the 
           "position"_a,
           R"(find_occupancy(position: PositionLike) -> float | None
 
-The occupancy at a position in the world; None outside the map.)")
+Returns the occupancy at a position in the map frame; None outside the map.)")
       .def("__repr__", &describeMap);
 }
 
@@ -91,19 +92,19 @@ void bindMapFiles(py::module_& module) {
       "path"_a,
       R"(load_map(path: PathLike) -> OccupancyMap
 
-Reads a map_server map: a YAML file that names a PGM or PNG image; or one of the library's own by
-its name ("apartment"). A missing file: FileNotFoundError; whatever is wrong with either file:
-ValueError that names file, line and what was expected.)");
+Reads a map_server map, which is a YAML file that names a PGM or PNG image, or one of the library's own
+maps by its name ("apartment"). A missing file: FileNotFoundError. An error in either file: ValueError,
+which names the file, the line and what was expected.)");
   module.def("save_map", &saveMap, py::arg("map").none(false), "path"_a,
              R"(save_map(map: OccupancyMap, path: PathLike) -> None
 
-Writes a map as a YAML file and a PGM image beside it; what can't be written: OSError.)");
+Writes a map as a YAML file and a PGM image beside it. A file that can't be written: OSError.)");
   module.def(
       "find_robot", [](const std::string& name) { return session::findRobot(name); }, "name"_a,
       R"(find_robot(name: str) -> str
 
-The path of a robot's description by its name ("porter"); a path comes back as it is. An unknown
-name: ValueError that says which there are.)");
+Returns the path of a robot's description by its name ("porter"); returns a path as it is. An unknown
+name: ValueError, which lists the known ones.)");
 }
 
 }  // namespace

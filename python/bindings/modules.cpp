@@ -68,37 +68,38 @@ py::list recordsFromValue(const QVValue& value) {
 
 void bindOwnModules(py::module_& module) {
   py::class_<QVModule, boost::shared_ptr<QVModule>>(module, "ModuleBase", R"(
-A part of a robot that others call by name. Methods may be called on any thread, one call of Python
-at a time. What a method raises reaches its caller as QVError.)")
-      .def_property_readonly("name", &QVModule::getName, "str: What others call it by.")
+An object of the robot with a name and methods that others call. Methods run on any thread; those in
+Python one at a time. An exception of a method reaches its caller as QVError.)")
+      .def_property_readonly("name", &QVModule::getName, "str: The name by which others call it.")
       .def("bind_method", &bindOwnMethod, "method"_a, "callable"_a,
            R"(bind_method(method: str, callable: Callable[..., Value]) -> None
 
-Offers a callable of 0 to 8 positional arguments under a name, before the module is registered.
-Arguments and result are None, bool, int, float, str, bytes or lists of these. A name that is bound
-already, or a module that is registered: QVError.)");
+Offers a callable with 0 to 8 positional arguments under a name. Call it before the module is
+registered. Arguments and result are None, bool, int, float, str, bytes or lists of these. A name that
+is bound already, or a registered module: QVError.)");
   py::class_<PythonModule, QVModule, boost::shared_ptr<PythonModule>>(module, "Module", R"(
-A module of one's own: derive from it, bind methods, register it at a broker.)")
+A module of one's own: derive from it, bind methods and register it at a broker.)")
       .def(py::init<const std::string&>(), "name"_a, "__init__(name: str) -> None");
 }
 
 void bindHosting(py::module_& module) {
   using Class = py::class_<HostingModule, QVModule, boost::shared_ptr<HostingModule>>;
   Class(module, "NavigationModule", R"(
-Hosts sensors in a robot's middleware as the module "QVNavigation": other modules call the manager's
-operations by name ("subscribe", "getMetricalData"), see the C++ class. Derive from it to bind more
-methods. Its sensors keep the broker, and the broker keeps the module: register it by ScopedModule.)")
+Hosts sensors in a robot's middleware as the module "QVNavigation". Other modules call the manager's
+operations by name ("subscribe", "getMetricalData"); the C++ class lists them. Derive from it to bind
+more methods. Register it by ScopedModule: its sensors keep the broker, and the broker keeps the module.)")
       .def(py::init(&hostRobot), py::arg("robot").none(false), "factory"_a = py::none(),
            R"(__init__(robot: Broker | SensorManager, factory: SensorFactory | None = None) -> None
 
-With the sensors of the robot behind a broker that `factory` knows, or with those of a manager, but
-not a session's: ValueError.)")
+Hosts the sensors of the robot behind a broker, built by `factory`, or the sensors of a manager. A
+session's manager: ValueError.)")
       .def(py::init(&hostManager), "robot"_a)
-      .def_property_readonly("manager", &hostedManager, "SensorManager: Its sensors.");
+      .def_property_readonly("manager", &hostedManager,
+                             "SensorManager: The manager of its sensors.");
   module.def("records_from_value", &recordsFromValue, "value"_a,
              R"(records_from_value(value: Value) -> list[Record]
 
-What "getMetricalData" of a NavigationModule answers; QVError for what has another form.)");
+Converts the result of a NavigationModule's "getMetricalData" to records. Another form: QVError.)");
 }
 
 }  // namespace

@@ -63,45 +63,52 @@ class PythonOutlet : public Outlet {
 
 void bindOutletBase(py::module_& module) {
   py::class_<Outlet, std::shared_ptr<Outlet>>(module, "OutletBase", R"(
-Where a session goes: a file, a picture, or one of one's own.)")
+An output of a session: a file, a picture, or one of one's own.)")
       .def(
           "show",
           [](Outlet& outlet, const SnapshotView& view) {
             unlocked([&] { writing([&] { outlet.show(*view.snapshot); }); });
           },
           "snapshot"_a,
-          "show(snapshot: Snapshot) -> None\n\nOne after another; what can't be written: OSError.")
+          "show(snapshot: Snapshot) -> None\n\nShows the next snapshot. A file that can't be "
+          "written: OSError.")
       .def(
           "finish", [](Outlet& outlet) { unlocked([&] { writing([&] { outlet.finish(); }); }); },
-          "finish() -> None\n\nNothing comes any more: files are whole after this.");
+          "finish() -> None\n\nEnds the outlet and completes its files.");
 }
 
 void bindOwnOutlet(py::module_& module) {
   py::class_<PythonOutlet, Outlet, std::shared_ptr<PythonOutlet>>(module, "Outlet", R"(
-An outlet of one's own: derive from it and define `show(snapshot)`, and of these what is needed.
+An outlet of one's own: derive from it and define `show(snapshot)`. These methods are optional:
 
-- `get_demand() -> dict[str, set[str]]`: the sensors that are wanted, by subscriber.
-- `is_watched() -> bool`: whether a snapshot would be looked at.
-- `show_log(lines: list[LogRecord])`: the log's new lines.
-- `finish()`: nothing comes any more.)")
+- `get_demand() -> dict[str, set[str]]` returns the sensors that it wants, by subscriber.
+- `is_watched() -> bool` returns False while nobody looks, so that snapshots may be skipped.
+- `show_log(lines: list[LogRecord])` shows the log's new lines.
+- `finish()` ends the outlet; no call follows.)")
       .def(py::init<>(), "__init__() -> None");
 }
 
 void bindFileOutlets(py::module_& module) {
   py::class_<outlets::RecordFile, Outlet, std::shared_ptr<outlets::RecordFile>>(
-      module, "RecordFile", "A file of records: a line for each point in .csv, else of JSON.")
+      module, "RecordFile",
+      "A file of records: a line per point if its name ends in .csv, else a JSON object per "
+      "record.")
       .def(py::init([](const py::object& path) {
              const std::string file = pathFrom(path);
              return writing([&] { return std::make_shared<outlets::RecordFile>(file); });
            }),
-           "path"_a, "__init__(path: PathLike) -> None\n\nOne that can't be written: OSError.");
+           "path"_a,
+           "__init__(path: PathLike) -> None\n\nOpens the file. One that can't be written: "
+           "OSError.");
   py::class_<outlets::SessionPicture, Outlet, std::shared_ptr<outlets::SessionPicture>>(
       module, "SessionPicture",
-      "A PNG of a session: the robot's way, and what its sensors told at its end.")
+      "A PNG of a session: the robot's path over the map, and the sensors' last records.")
       .def(py::init([](const py::object& path) {
              return std::make_shared<outlets::SessionPicture>(pathFrom(path));
            }),
-           "path"_a, "__init__(path: PathLike) -> None\n\nAnother ending or folder: ValueError.");
+           "path"_a,
+           "__init__(path: PathLike) -> None\n\nChecks the path: ValueError unless it is a PNG in "
+           "a writable folder. `finish` writes it.");
 }
 
 }  // namespace

@@ -92,17 +92,19 @@ constexpr PyGetSetDef property(const char* name, const char* doc) {
 }
 
 PyGetSetDef properties[] = {
-    property<&sensorName>("sensor_name", "str: Whose."),
-    property<&familyName>("family_name", "str: Of which family."),
-    property<&fieldOfView>("field_of_view", "SensorFieldOfView2D: What the sensor covers."),
-    property<&points>("points",
-                      "NDArray[np.float32]: Shape (N, 3), metres, in the sensor's frame, those of "
-                      "simulated all-rays sensors in the robot's; a read-only view."),
+    property<&sensorName>("sensor_name", "str: The sensor's name."),
+    property<&familyName>("family_name", "str: The name of its family."),
+    property<&fieldOfView>("field_of_view",
+                           "SensorFieldOfView2D: The sector that the sensor covers."),
+    property<&points>(
+        "points",
+        "NDArray[np.float32]: The points, shape (N, 3), metres, in the sensor's frame; "
+        "those of simulated all-rays sensors in the ground frame. A read-only view."),
     property<&sensorTransform>(
         "sensor_transform",
-        "NDArray[np.float32]: Shape (3, 4), rotation and translation (m): places the sensor's "
-        "frame in the robot's, that of a simulated robot in the map."),
-    property<&timestamp>("timestamp", "int: When it was measured, nanoseconds of clock()."),
+        "NDArray[np.float32]: The sensor's pose in the ground frame, or in the map for a simulated "
+        "robot. Shape (3, 4): rotation and translation (m)."),
+    property<&timestamp>("timestamp", "int: The time of the measurement, nanoseconds of clock()."),
     {nullptr, nullptr, nullptr, nullptr, nullptr},
 };
 
@@ -110,8 +112,8 @@ PyMethodDef methods[] = {
     {"points_in_frame", &raising<&pointsInFrame, PyObject*>, METH_NOARGS,
      R"(points_in_frame() -> NDArray[np.float32]
 
-The points placed by the transform, shape (N, 3), metres: in the robot's frame, of a simulated robot
-in the map. A copy.)"},
+Returns a copy of the points, placed by the transform: shape (N, 3), metres, in the ground frame, or in
+the map for a simulated robot.)"},
     {nullptr, nullptr, 0, nullptr},
 };
 

@@ -24,18 +24,19 @@ std::shared_ptr<Recorder> record(const py::object& path,
 void bindRecorder(py::module_& module) {
   py::class_<Recorder, outlets::Outlet, std::shared_ptr<Recorder>> type(module, "SessionRecorder",
                                                                         R"(
-Records a session as MCAP with ROS 2 messages: what drivers measure, what is asked of it, and at each
-snapshot that it is shown the records as they are. open_recording plays it. It ends with the session.)");
+Records a session as MCAP with ROS 2 messages: the drivers' measurements, the commands, and at each
+snapshot that it is shown the records. open_recording plays it. It ends with the session.)");
   type.def(py::init(&record), "path"_a, py::arg("session").none(false), "wants_all"_a = false,
            R"(__init__(path: PathLike, session: Session, wants_all: bool = False) -> None
 
-Before the session has run. `wants_all` demands every sensor; else those are recorded that others
-want. A file that can't be made: OSError; one that can't be written to any more is logged once.)");
+Opens the file; make the recorder before the session runs. `wants_all` subscribes to all sensors; else
+it records only sensors that others have subscribed to. A file that can't be created: OSError. A write
+that fails later is logged once.)");
   bindGuest(type);
   type.def_property_readonly(
       "has_failed",
       [](Recorder& self) { return self.use([](auto& recorder) { return recorder.hasFailed(); }); },
-      "bool: Whether something could not be written.");
+      "bool: True if something could not be written.");
 }
 
 /** A property that a recording tells while it is played. */
@@ -66,24 +67,24 @@ std::vector<std::string> damageOf(ReplayHandle& self) {
 void bindReplay(py::module_& module) {
   py::class_<ReplayHandle, SessionHandle, std::shared_ptr<ReplayHandle>>(module, "SessionReplay",
                                                                          R"(
-The session of an MCAP or rosbag2 recording, step by step in a time of its own: see open_recording.)")
+Plays an MCAP or rosbag2 recording as a session, step by step in simulated time: see open_recording.)")
       .def("look", &lookAtReplay,
            R"(look() -> Snapshot
 
-What there is to see of the last step; of another robot's recording, the records that were told in it.)")
+Takes a snapshot after the last step; in another robot's recording, with the records of that step.)")
       .def("compare", &compareReplay,
            R"(compare() -> RecordDifference | None
 
-Where the records, made anew, first differ from those that were recorded at the last step: None if
-they are the same bit for bit, or if the recording is not one of SessionRecorder.)")
+Compares the records, made anew, with the recorded ones of the last step. Returns the first difference;
+None if they are equal bit for bit, or if SessionRecorder did not make the recording.)")
       .def_property_readonly("is_own", toldOfReplay<&SessionReplay::isOwn>(),
-                             "bool: Whether it is one of SessionRecorder.")
+                             "bool: True if SessionRecorder made the recording.")
       .def_property_readonly("time", toldOfReplay<&SessionReplay::getTime>(),
-                             "int: Nanoseconds since the recording began.")
+                             "int: The time since the recording began, nanoseconds.")
       .def_property_readonly("look_count", toldOfReplay<&SessionReplay::getLookCount>(),
-                             "int | None: How many snapshots were recorded, as far as it says.")
+                             "int | None: The number of recorded snapshots; None if it is unknown.")
       .def_property_readonly("damage", &damageOf,
-                             "list[str]: What could not be read so far, the first 20.");
+                             "list[str]: The damage that was met so far, the first 20 places.");
 }
 
 py::object infoFrom(const ros2::BagInfo& info) {
@@ -125,13 +126,13 @@ void bindRecordings(py::module_& module) {
   module.def("recording_info", &recordingInfo, "path"_a,
              R"(recording_info(path: PathLike) -> RecordingInfo
 
-Reads a whole recording: MCAP, or rosbag2's SQLite file or folder. A missing one: FileNotFoundError;
-what is none: ValueError. What is damaged in it is told.)");
+Reads a whole recording: MCAP, or rosbag2's SQLite file or folder. Returns its content and damage. A
+missing file: FileNotFoundError; one that is no recording: ValueError.)");
   module.def("recover_recording", &recoverRecording, "source"_a, "target"_a,
              R"(recover_recording(source: PathLike, target: PathLike) -> RecordingInfo
 
-Writes all that can be read of a cut or damaged recording to a new one, with an index, and tells what
-was read and what was not. Errors as of recording_info.)");
+Writes all that can be read of a cut or damaged recording to a new one, with an index. Returns the
+content that was read and the damage. Raises the same errors as recording_info.)");
 }
 
 }  // namespace QV::python

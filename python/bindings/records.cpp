@@ -86,9 +86,9 @@ void bindRecords(py::module_& module) {
       "field_of_view"_a, "points"_a, "sensor_transform"_a = py::none(), "timestamp"_a = py::none(),
       R"(__init__(sensor_name: str, family_name: str, field_of_view: SensorFieldOfView2D, points: ArrayLike, sensor_transform: ArrayLike | None = None, timestamp: int | None = None) -> None
 
-For sensors of one's own. `points` of shape (N, 3), metres, in the sensor's frame, and
-`sensor_transform` of shape (3, 4), by default the identity, are copied; `timestamp` in nanoseconds
-of clock(), by default now. Another shape: ValueError.)");
+Makes a record for a sensor of one's own. Copies `points`, shape (N, 3), metres, in the sensor's frame,
+and `sensor_transform`, shape (3, 4), by default the identity. `timestamp` is in nanoseconds of clock(),
+by default now. Another shape: ValueError.)");
   module.attr("Record") = type;
 }
 

@@ -66,26 +66,28 @@ void bindBody(Class& type) {
           [](const RobotHandle& handle) {
             return handle.ask([](VirtualRobot& robot) { return robot.getBroker(); });
           },
-          "Broker: Holds its services, and goes on to.")
+          "Broker: The broker of its modules; stays after the robot's end.")
       .def_property(
           "pose", getter(&VirtualRobot::getPose),
           [](const RobotHandle& handle, const Math::Pose2D& pose) {
             handle.ask([&](VirtualRobot& robot) { robot.setPose(pose); });
           },
-          "Pose2D: In the map, as of its last step; setting it, the odometry does not "
-          "notice. One that is not finite: ValueError.")
-      .def_property_readonly("velocity", getter(&VirtualRobot::getVelocity),
-                             "Pose2D: Forward, leftward (m/s), turning (rad/s), in its own frame.")
+          "Pose2D: The robot's pose in the map, as of its last step. Setting it does not change "
+          "the odometry; a pose that is not finite: ValueError.")
+      .def_property_readonly(
+          "velocity", getter(&VirtualRobot::getVelocity),
+          "Pose2D: The velocity in the ground frame: m/s forward and leftward, rad/s.")
       .def_property_readonly("odometry", getter(&VirtualRobot::getOdometry),
-                             "Pose2D: Where its wheels say that it is, seen from its start.")
+                             "Pose2D: The pose by odometry, relative to the start pose.")
       .def_property_readonly("radius", getter(&VirtualRobot::getRadius),
-                             "float: Of its body, metres.")
+                             "float: The radius of its body, metres.")
       .def_property_readonly("touched_groups", getter(&VirtualRobot::getTouchedGroups),
-                             "set[str]: The parts that touch something.")
+                             "set[str]: The bumpers that are pressed now, by link.")
       .def_property_readonly("collision_count", getter(&VirtualRobot::getCollisionCount),
-                             "int: How often it has run into something.")
-      .def_property_readonly("people", getter(&VirtualRobot::getPeople),
-                             "list[tuple[float, float]]: Where people are in the map, metres.")
+                             "int: The number of times that it ran into something.")
+      .def_property_readonly(
+          "people", getter(&VirtualRobot::getPeople),
+          "list[tuple[float, float]]: The positions of people in the map, metres.")
       .def(
           "set_velocity",
           [](const RobotHandle& handle, float vx, float vy, float omega) {
@@ -94,7 +96,7 @@ void bindBody(Class& type) {
           "vx"_a, "vy"_a, "omega"_a,
           R"(set_velocity(vx: float, vy: float, omega: float) -> None
 
-Forward and leftward in m/s, turning in rad/s, until another command; not finite: ValueError.)");
+Drives forward and leftward (m/s), turns left (rad/s), until another command; not finite: ValueError.)");
 }
 
 void bindFaults(Class& type) {
@@ -109,14 +111,14 @@ void bindFaults(Class& type) {
           "sensor"_a, "kind"_a, "begin"_a = ko::Duration::zero(), "end"_a = py::none(),
           R"(set_fault(sensor: str, kind: FaultKind, begin: int = 0, end: int | None = None) -> None
 
-Makes a sensor fail from `begin` to `end`, nanoseconds since the robot was made. A name or kind that
-makes no sense: ValueError that says which do.)")
+Makes a sensor fail from `begin` to `end`, nanoseconds since the robot was made; `end` None: for good.
+A wrong name or kind: ValueError, which lists the right ones.)")
       .def(
           "clear_fault",
           [](const RobotHandle& handle, const std::string& sensor) {
             handle.ask([&](VirtualRobot& robot) { robot.clearFault(sensor); });
           },
-          "sensor"_a, "clear_fault(sensor: str) -> None\n\nTakes back all faults of a sensor.")
+          "sensor"_a, "clear_fault(sensor: str) -> None\n\nEnds all faults of a sensor.")
       .def_property_readonly("faulty_sensors", getter(&VirtualRobot::getFaultySensors),
                              "list[str]: The sensors that can be made to fail.")
       .def(
@@ -132,8 +134,8 @@ makes no sense: ValueError that says which do.)")
 
 void bindRobots(py::module_& module) {
   Class type(module, "VirtualRobot", R"(
-A whole robot in this process: a body in a map, its sensors and services, by the clock or in a
-SimulatedTime. A `with` block ends it; ended, RuntimeError. Thread-safe.)");
+A whole robot in this process: a body in a map, with sensors and modules. It runs by the clock, or in a
+SimulatedTime. A `with` block closes it; later calls raise RuntimeError. Thread-safe.)");
   type.def(
           py::init([](const py::object& description, boost::shared_ptr<OccupancyMap> map,
                       const std::optional<robot::WorldOptions>& world,
@@ -146,9 +148,9 @@ SimulatedTime. A `with` block ends it; ended, RuntimeError. Thread-safe.)");
           "broker"_a = py::none(),
           R"(__init__(description: PathLike, map: OccupancyMap, world: WorldOptions | None = None, broker: Broker | None = None) -> None
 
-From a URDF file, or one of the library's own by its name ("porter"). A missing file:
-FileNotFoundError; what is malformed or makes no sense: ValueError.)")
-      .def("close", &RobotHandle::close, "close() -> None\n\nEnds it; its services stay.");
+Reads a URDF file, or one of the library's own descriptions by its name ("porter"). A missing file:
+FileNotFoundError; a malformed description or an impossible world: ValueError.)")
+      .def("close", &RobotHandle::close, "close() -> None\n\nEnds the robot; its modules stay.");
   bindBlock(type);
   bindBody(type);
   bindFaults(type);

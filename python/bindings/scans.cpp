@@ -59,18 +59,21 @@ FloatArray simulateScans(const boost::shared_ptr<OccupancyMap>& given, const py:
 void bindScans(py::module_& module) {
   using Math::SensorFieldOfView2D;
   py::class_<SensorFieldOfView2D>(module, "SensorFieldOfView2D", R"(
-What a sensor covers in the plane, about the x axis of its frame. It never changes.)")
+The sector that a sensor covers in the plane, about the x axis of its frame. It never changes.)")
       .def(
           py::init<float, float, float, int>(), "min_range"_a, "max_range"_a, "angular_range"_a,
           "ray_count"_a,
           R"(__init__(min_range: float, max_range: float, angular_range: float, ray_count: int) -> None
 
-Ranges in metres, the full aperture in radians.)")
-      .def_readonly("min_range", &SensorFieldOfView2D::minRange, "float: Metres.")
-      .def_readonly("max_range", &SensorFieldOfView2D::maxRange, "float: Metres.")
+Takes ranges in metres and the full aperture in radians.)")
+      .def_readonly("min_range", &SensorFieldOfView2D::minRange,
+                    "float: The minimum range, metres.")
+      .def_readonly("max_range", &SensorFieldOfView2D::maxRange,
+                    "float: The maximum range, metres.")
       .def_readonly("angular_range", &SensorFieldOfView2D::angularRange,
                     "float: The full aperture, radians.")
-      .def_readonly("ray_count", &SensorFieldOfView2D::rayCount, "int: Rays or samples.")
+      .def_readonly("ray_count", &SensorFieldOfView2D::rayCount,
+                    "int: The number of rays or samples.")
       .def(
           "__eq__",
           [](const SensorFieldOfView2D& view, const py::object& other) {

@@ -95,27 +95,30 @@ void bindOpening(py::module_& module) {
       "units"_a = py::none(), "somebody_ahead"_a = false, "simulated_time"_a = true,
       R"(open_virtual(robot: PathLike = "porter", *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, world: WorldOptions | None = None, sensors: SensorFactory | None = None, units: UnitFactory | None = None, somebody_ahead: bool = False, simulated_time: bool = True) -> Session
 
-A virtual robot with the sensors that its description names, and what measures for them.
+Opens a virtual robot with the sensors that its description names.
 
-Robot and map are the library's own by name, or files (URDF, map_server) by path. `start` is a pose
-in the map, by default where there is room. Time is simulated and the session's own, one at a time,
-or with `simulated_time=False` the clock's, a SimulatedTime's within its block. A missing file:
-FileNotFoundError; a malformed one, an unknown name or an impossible world: ValueError.)");
+Robot and map are the library's own by name, or files (URDF, map_server) by path. `start` is a pose in
+the map, by default a free one. `sensors` creates the sensors, `units` the units that measure for them.
+`somebody_ahead` places a person in front of the robot. Time is simulated and the session's own; only
+one such session can be open. With `simulated_time=False` the clock counts, or a SimulatedTime inside
+its block. A missing file: FileNotFoundError; a malformed one, an unknown name or an impossible world:
+ValueError.)");
   module.def(
       "open_simulated", &openSimulated, "kind"_a, py::kw_only(), "map"_a = "apartment",
       "start"_a = py::none(), "simulated_time"_a = true,
       R"(open_simulated(kind: int, *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, simulated_time: bool = True) -> Session
 
-A robot with the simulated sensors of a kind, -1, 0 or 1; ValueError for another.)");
+Opens a robot with the simulated sensors of a kind, -1, 0 or 1. Another kind: ValueError.)");
   module.def(
       "open_recording", &openRecording, "log"_a, "poses"_a = py::none(), py::kw_only(),
       "sensors"_a = py::none(),
       R"(open_recording(log: PathLike, poses: PathLike | None = None, *, sensors: SensorFactory | None = None) -> Session
 
-A recording (MCAP, or rosbag2's folder or SQLite file), which gives a SessionReplay and whose sensors
-`sensors` makes; or a log of a lidar (CARMEN) or of sonars, whose `poses` are by default in poses.txt
-beside it. Its content tells which. It stands at its first step. A missing file: FileNotFoundError; a
-malformed one: ValueError that says where.)");
+Opens a recording at its first step; the content of `log` tells its format.
+
+A recording as MCAP, or as rosbag2's folder or SQLite file, opens as a SessionReplay; `sensors` creates
+its sensors. A log of a lidar (CARMEN) or of sonars takes its poses from `poses`, by default poses.txt
+beside it. A missing file: FileNotFoundError; a malformed one: ValueError, which says where.)");
 }
 
 }  // namespace QV::python

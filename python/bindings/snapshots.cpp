@@ -67,34 +67,44 @@ py::object viewOfSensor(const SensorView& view) {
 }
 
 void bindSensorState(py::module_& module) {
-  py::class_<SensorView>(module, "SensorState", "A sensor at one moment. It never changes.")
-      .def_property_readonly("name", of(&SensorState::name), "str: Its own.")
-      .def_property_readonly("family", of(&SensorState::family), "str: Its family's.")
-      .def_property_readonly("started", of(&SensorState::started), "bool: Whether it runs.")
-      .def_property_readonly("enabled", of(&SensorState::enabled), "bool: Whether it may.")
-      .def_property_readonly("diagnosis", of(&SensorState::diagnosis), "bool: Whether it is sound.")
+  py::class_<SensorView>(module, "SensorState",
+                         "The state of a sensor at one moment. It never changes.")
+      .def_property_readonly("name", of(&SensorState::name), "str: The sensor's name.")
+      .def_property_readonly("family", of(&SensorState::family), "str: The name of its family.")
+      .def_property_readonly("started", of(&SensorState::started),
+                             "bool: True while its hardware runs.")
+      .def_property_readonly("enabled", of(&SensorState::enabled),
+                             "bool: True if it is allowed to run.")
+      .def_property_readonly("diagnosis", of(&SensorState::diagnosis),
+                             "bool: True if its diagnosis is good.")
       .def_property_readonly("subscribers", of(&SensorState::subscribers),
-                             "set[str]: Who wants it.")
-      .def_property_readonly("rate", of(&SensorState::rate), "float: Measurements a second.")
-      .def_property_readonly("age", of(&SensorState::age),
-                             "float | None: Of its oldest record, seconds.")
-      .def_property_readonly("nearest", of(&SensorState::nearest),
-                             "float | None: The nearest obstacle, metres from the sensor.")
+                             "set[str]: Its subscribers.")
+      .def_property_readonly("rate", of(&SensorState::rate),
+                             "float: The number of measurements per second.")
+      .def_property_readonly(
+          "age", of(&SensorState::age),
+          "float | None: The age of its oldest record, seconds; None without one.")
+      .def_property_readonly(
+          "nearest", of(&SensorState::nearest),
+          "float | None: The range of the nearest obstacle, metres; None without one.")
       .def_property_readonly("trouble", of(&SensorState::trouble),
-                             "str: The last one's message, or nothing.")
+                             "str: The message of its last error; empty without one.")
       .def_property_readonly(
           "health", [](const SensorView& view) { return toPython(view.state->health); },
-          "Health: How it is, and why.")
-      .def_property_readonly(
-          "view", &viewOfSensor,
-          "tuple[Pose2D, SensorFieldOfView2D] | None: Where it looks, in the map.")
-      .def_property_readonly("records", &recordsOf, "list[Record]: As the sensor gave them.")
+          "Health: The health, with its reason.")
+      .def_property_readonly("view", &viewOfSensor,
+                             "tuple[Pose2D, SensorFieldOfView2D] | None: The sensor's pose in the "
+                             "map and its field of view.")
+      .def_property_readonly("records", &recordsOf,
+                             "list[Record]: The records as the manager gave them.")
       .def_property_readonly(
           "hits", placesOf(&session::Marks::hits),
-          "NDArray[np.float32]: Where something stands, shape (N, 3), m, in the map.")
+          "NDArray[np.float32]: The positions of obstacles, shape (N, 3), metres, in the map.")
       .def_property_readonly("misses", placesOf(&session::Marks::misses),
-                             "NDArray[np.float32]: Where beams that met nothing end, the same.")
-      .def_property_readonly("echoes", &echoesOf, "list[Echo]: Obstacles somewhere on an arc.");
+                             "NDArray[np.float32]: The ends of beams that met nothing, shape (N, "
+                             "3), metres, in the map.")
+      .def_property_readonly("echoes", &echoesOf,
+                             "list[Echo]: The obstacles at a known range and unknown direction.");
 }
 
 }  // namespace
@@ -102,36 +112,45 @@ void bindSensorState(py::module_& module) {
 void bindSnapshots(py::module_& module) {
   bindSensorState(module);
   py::class_<SnapshotView>(module, "Snapshot", R"(
-All that there is to see of a robot and its world at one moment. It never changes.)")
-      .def_property_readonly("title", of(&Snapshot::title), "str: What robot it is.")
-      .def_property_readonly("time", of(&Snapshot::time), "int: Nanoseconds of clock().")
+The state of a robot and its world at one moment. It never changes.)")
+      .def_property_readonly("title", of(&Snapshot::title),
+                             "str: The title for people: 'Virtual robot porter'.")
+      .def_property_readonly("time", of(&Snapshot::time),
+                             "int: The time of the snapshot, nanoseconds of clock().")
       .def_property_readonly("paused", of(&Snapshot::paused),
-                             "bool: Whether time stands still for a LiveServer.")
+                             "bool: True while a LiveServer is paused.")
       .def_property_readonly("speed", of(&Snapshot::speed),
-                             "float: The simulated seconds in a second of a LiveServer.")
-      .def_property_readonly("pose", of(&Snapshot::pose), "Pose2D: In the map.")
-      .def_property_readonly("velocity", of(&Snapshot::velocity),
-                             "Pose2D: m/s forward and leftward, rad/s.")
-      .def_property_readonly("goal", of(&Snapshot::goal),
-                             "tuple[float, float] | None: Where it is going, metres, in the map.")
+                             "float: The speed of a LiveServer: simulated seconds per real second.")
+      .def_property_readonly("pose", of(&Snapshot::pose), "Pose2D: The robot's pose in the map.")
+      .def_property_readonly(
+          "velocity", of(&Snapshot::velocity),
+          "Pose2D: The velocity in the ground frame: m/s forward and leftward, rad/s.")
+      .def_property_readonly(
+          "goal", of(&Snapshot::goal),
+          "tuple[float, float] | None: The goal in the map, metres; None without one.")
       .def_property_readonly(
           "route", of(&Snapshot::route),
-          "list[tuple[float, float]]: The corners of the way to it, metres, in the map.")
+          "list[tuple[float, float]]: The remaining corners of the path to the goal in "
+          "the map, metres, the next one first.")
       .def_property_readonly("faults", of(&Snapshot::faults),
-                             "dict[str, FaultKind]: What sensors are made to suffer, by sensor.")
-      .def_property_readonly("sensors", &sensorsOf, "list[SensorState]: By family and name.")
+                             "dict[str, FaultKind]: The faults in force, by sensor.")
+      .def_property_readonly("sensors", &sensorsOf,
+                             "list[SensorState]: The sensors, in the order of family and name.")
       .def_property_readonly(
           "frame", [](const SnapshotView& view) { return session::getName(view.snapshot->frame); },
-          "str: What records place their sensors in, \"map\" or \"robot\".")
+          "str: The frame that records place their sensors in: \"map\" or \"robot\".")
       .def_property_readonly(
           "map",
           [](const SnapshotView& view) {
             return boost::const_pointer_cast<OccupancyMap>(view.snapshot->map);
           },
-          "OccupancyMap | None: None for a recorded robot.")
-      .def_property_readonly("people", of(&Snapshot::people),
-                             "list[tuple[float, float]]: Where people are in the map, metres.")
-      .def_property_readonly("touches", &touchesOf, "list[str]: The parts that touch something.");
+          "OccupancyMap | None: The map; None if it has none.")
+      .def_property_readonly(
+          "people", of(&Snapshot::people),
+          "list[tuple[float, float]]: The positions of people in the map, metres.")
+      .def_property_readonly(
+          "touches", &touchesOf,
+          "list[str]: The touched groups: the parts of the robot that something presses.");
 }
 
 }  // namespace QV::python

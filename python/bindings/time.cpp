@@ -62,28 +62,30 @@ ko::log::Level levelFrom(const std::string& name) {
 
 void bindTime(py::module_& module) {
   py::class_<TimeHandle, std::shared_ptr<TimeHandle>>(module, "SimulatedTime", R"(
-Takes the clock over for a `with` block: time stands still until it is advanced, and what falls due
-then runs in order, the same every time. Make robots and managers within it. One at a time.)")
-      .def(py::init<ko::Clock::time_point>(), "start"_a = ko::Clock::time_point(),
-           "__init__(start: int = 0) -> None\n\nNanoseconds on the clock.")
+Takes over the clock for a `with` block. Time stands still until it is advanced; whatever is due then
+runs in order, the same in every run. Make robots and managers inside the block. Only one at a time.)")
+      .def(
+          py::init<ko::Clock::time_point>(), "start"_a = ko::Clock::time_point(),
+          "__init__(start: int = 0) -> None\n\nSets the time at the start, nanoseconds of clock().")
       .def(
           "__enter__",
           [](const py::object& self) {
             self.cast<TimeHandle&>().begin();
             return self;
           },
-          "__enter__() -> SimulatedTime\n\nAnother one that has the clock: RuntimeError.")
+          "__enter__() -> SimulatedTime\n\nTakes over the clock. While another one has it: "
+          "RuntimeError.")
       .def("__exit__", [](TimeHandle& self, const py::args&) { self.end(); })
       .def("advance", &TimeHandle::advance, "duration"_a,
            R"(advance(duration: int) -> None
 
-Moves time on by nanoseconds and runs what falls due. On the thread that made it; on another one, or
-outside the block: RuntimeError. A negative duration: ValueError.)");
+Advances time by `duration` nanoseconds and runs whatever is due. Call it inside the block, on the
+thread that made it; else RuntimeError. A negative duration: ValueError.)");
 
   module.def(
       "clock", [] { return ko::Clock::now(); },
-      "clock() -> int\n\nThe time of all records, nanoseconds: since the process began, or "
-      "simulated.");
+      "clock() -> int\n\nReturns the time by which records are stamped, nanoseconds: since the "
+      "process began, or simulated.");
   module.def(
       "set_log_level",
       [](const std::string& level, const std::optional<std::string>& category) {
@@ -93,8 +95,9 @@ outside the block: RuntimeError. A negative duration: ValueError.)");
       "level"_a, "category"_a = py::none(),
       R"(set_log_level(level: LogLevel, category: str | None = None) -> None
 
-What standard error shows: "silent", "fatal", "error", "warning" (at first), "info" or "verbose"; of
-one category, such as "Navigation.LaserSensor", for all who listen.)");
+Sets the level of standard error: "silent", "fatal", "error", "warning" (the default), "info" or
+"verbose". If a category is given, such as "Navigation.LaserSensor", sets the level of that category
+for all listeners.)");
 }
 
 }  // namespace QV::python

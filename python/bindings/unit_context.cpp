@@ -35,36 +35,38 @@ std::optional<double> pass(Channel& channel, double value, ko::Clock::time_point
 
 void bindContext(py::module_& module) {
   py::class_<UnitContext>(module, "UnitContext", R"(
-What units of a virtual robot measure, and where they write. Thread-safe.)")
+The context of a virtual robot's units: its surroundings and its memory. Thread-safe.)")
       .def("cast_ray", &castRay, "sensor"_a, "reach"_a,
            R"(cast_ray(sensor: str, reach: float) -> float
 
-How far it is, in metres, to what lies ahead along the x axis of a sensor, joint or link: infinity
-for nothing up to `reach`. An unknown name: ValueError.)")
+Returns the range to the first obstacle along the x axis of a sensor, joint or link, metres; infinity
+if nothing is within `reach`, metres. An unknown name: ValueError.)")
       .def(
           "read",
           [](const UnitContext& context, const std::string& key) {
             return unlocked([&] { return context.read(key); });
           },
-          "key"_a, "read(key: str) -> Value\n\nOf the robot's memory; no such key: QVError.")
+          "key"_a,
+          "read(key: str) -> Value\n\nReads a key of the robot's memory. An unknown key: QVError.")
       .def(
           "write",
           [](const UnitContext& context, const std::string& key, const QVValue& value) {
             unlocked([&] { context.write(key, value); });
           },
           "key"_a, "value"_a,
-          "write(key: str, value: Value) -> None\n\nA type that the key can't take: QVError.")
+          "write(key: str, value: Value) -> None\n\nWrites a key of the robot's memory. A type "
+          "that the key can't take: QVError.")
       .def(
           "withdraw",
           [](const UnitContext& context, const std::string& key) {
             unlocked([&] { context.withdraw(key); });
           },
-          "key"_a, "withdraw(key: str) -> None\n\nLeaves no number in a key.");
+          "key"_a, "withdraw(key: str) -> None\n\nSets a key of the robot's memory to no number.");
 }
 
 void bindHelpers(py::module_& module) {
   py::class_<Channel>(module, "FaultChannel", R"(
-What a sensor that may be made to fail gives out for what it measures.)")
+The output of a sensor that can have faults. Pass each measurement through it.)")
       .def(
           py::init([](const UnitContext& context, const std::string& sensor,
                       const py::function& garble, const py::function& falsify) {
@@ -74,19 +76,22 @@ What a sensor that may be made to fail gives out for what it measures.)")
           "context"_a, "sensor"_a, "garble"_a, "falsify"_a,
           R"(__init__(context: UnitContext, sensor: str, garble: Callable[[float], float], falsify: Callable[[float], float]) -> None
 
-`garble` makes nonsense of a measurement, `falsify` something believable that is not so.)")
+Takes two functions: `garble` turns a measurement into nonsense, `falsify` into a wrong but plausible
+one.)")
       .def("pass_on", &pass, "value"_a, "now"_a,
            R"(pass_on(value: float, now: int) -> float | None
 
-Its newest sample, which may be the one before; None while it is gone.)");
+Returns the newest sample, which may be the last one again; None while the sensor is gone. `now` is the
+time of the measurement, nanoseconds of clock().)");
   py::class_<robot::RangeNoise>(module, "RangeNoise", R"(
-What a real sensor makes of true ranges, as the world's options say.)")
+The noise of a real sensor on true ranges, as the world's options say.)")
       .def(py::init([](const UnitContext& context, const std::string& sensor) {
              return std::make_unique<robot::RangeNoise>(context.getOptions(), sensor);
            }),
            "context"_a, "sensor"_a, "__init__(context: UnitContext, sensor: str) -> None")
       .def("apply", &robot::RangeNoise::apply, "range"_a,
-           "apply(range: float) -> float\n\nMetres; infinity when it is lost.");
+           "apply(range: float) -> float\n\nAdds noise to a range, metres; infinity for a "
+           "drop-out.");
 }
 
 }  // namespace

@@ -52,17 +52,19 @@ std::unique_ptr<SensorUnit> create(PyObject* creator, const Model::SensorConfig&
 
 void bindUnits(py::module_& module) {
   py::class_<PythonUnit, std::shared_ptr<PythonUnit>>(module, "SensorUnit", R"(
-What measures for a sensor of a virtual robot: derive from it and define `measure(now: int) -> None`,
-which is called once a period, after the body has moved, on any thread. What it raises is logged.)")
+Measures for a sensor of a virtual robot: derive from it and define `measure(now: int) -> None`. The
+robot calls that once per period, after the body has moved, on any thread; `now` is in nanoseconds of
+clock(). An exception is logged.)")
       .def(py::init<const std::string&, ko::Duration>(), "name"_a, "period"_a,
-           "__init__(name: str, period: int) -> None\n\nNanoseconds; 0 for each of its steps.")
-      .def_property_readonly("name", &SensorUnit::getName, "str: For the log.")
-      .def_property_readonly("period", &SensorUnit::getPeriod, "int: Nanoseconds.");
+           "__init__(name: str, period: int) -> None\n\nTakes a name for the log and a period in "
+           "nanoseconds; 0 means each step of the robot.")
+      .def_property_readonly("name", &SensorUnit::getName, "str: The name for the log.")
+      .def_property_readonly("period", &SensorUnit::getPeriod, "int: The period, nanoseconds.");
   bindUnitContext(module);
   py::class_<UnitFactory>(module, "UnitFactory", R"(
-Makes what measures for the sensors of a virtual robot, by their types.)")
+Creates the units that measure for the sensors of a virtual robot, by their types.)")
       .def(py::init([] { return UnitFactory::standard(); }),
-           "__init__() -> None\n\nKnows the library's own.")
+           "__init__() -> None\n\nCreates a factory with the library's own types.")
       .def(
           "add",
           [](UnitFactory& factory, int type, const py::function& creator) {
@@ -73,8 +75,8 @@ Makes what measures for the sensors of a virtual robot, by their types.)")
           "type"_a, "creator"_a,
           R"(add(type: int, creator: Callable[[UnitOrder], SensorUnit | None]) -> None
 
-What makes a unit for each sensor of a type, None for one that nothing measures for. A type that is
-known: ValueError.)");
+Adds a type. The creator returns the unit of each sensor of that type, or None for a sensor without a
+unit. A known type: ValueError.)");
 }
 
 }  // namespace QV::python

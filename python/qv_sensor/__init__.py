@@ -1,6 +1,6 @@
 """Sensors of mobile robots: simulated, virtual, real and recorded.
 
-Metres, radians, and integer nanoseconds of clock(). What is wrong raises Python's own exceptions with
+Units are metres, radians and integer nanoseconds of clock(). Errors raise Python's own exceptions, with
 a text that says what was expected and what was given; a robot's modules raise QVError.
 """
 

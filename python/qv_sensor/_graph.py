@@ -27,12 +27,12 @@ def graph_robot(
     is_driven: bool = True,
     knows_its_way: bool = True,
 ) -> OutletBase:
-    """Makes a session a robot of the ROS 2 graph that the environment names (ROS_DOMAIN_ID and others).
+    """Publishes a session as a robot on the ROS 2 graph that the environment names (by ROS_DOMAIN_ID, ...).
 
-    It gets what is shown to it, and what drivers measure meanwhile: add it to a LiveServer, or show it
-    a snapshot ten times a second. While the session runs it obeys /cmd_vel, unless it is not driven,
-    and /initialpose and /goal_pose, unless somebody else knows its way. It ends with the session. A
-    name that is none: ValueError; a build without ROS 2: NotImplementedError.
+    Returns an outlet: add it to a LiveServer, or show it a snapshot ten times a second. It publishes
+    these snapshots, and the drivers' measurements between them. While the session runs, the robot obeys
+    /cmd_vel if `is_driven`, and /initialpose and /goal_pose if `knows_its_way`. The outlet ends with the
+    session. An invalid name: ValueError; a build without ROS 2: NotImplementedError.
     """
     options = (name, namespace, frame_prefix, dict(frames or {}), is_driven, knows_its_way)
     found: OutletBase = _built("_GraphRobot")(session, *options)
@@ -50,11 +50,11 @@ def open_heard_robot(
 ) -> Session:
     """Opens a session with the robot of the ROS 2 graph that the environment names.
 
-    Looks about for up to five seconds. `description` is URDF, by default that of /robot_description or
-    one that is made after the topics; `map` takes the place of what /map brings. Time goes by /clock,
-    as `use_sim_time` says, by default if somebody publishes it. `sensors` makes them, and reads the
-    description by its kinds. Nobody there, or what makes no sensor: RuntimeError; a build without
-    ROS 2: NotImplementedError.
+    Discovers topics for up to five seconds. `description` is URDF, by default that of /robot_description
+    or one derived from the topics. `map` replaces /map. `use_sim_time` chooses /clock (True) or the wall
+    clock (False), by default /clock if it is published. `sensors` creates the sensors; the description is
+    read by its types. No network, no topic of a sensor or a bad description: RuntimeError; a build
+    without ROS 2: NotImplementedError.
     """
     options = (node, namespace, description, map, use_sim_time, sensors)
     found: Session = _built("_open_heard_robot")(*options)

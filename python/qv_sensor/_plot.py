@@ -35,10 +35,10 @@ def plot(
 ) -> Any:
     """Draws into matplotlib axes, by default new ones, and returns them. Metres, in the map.
 
-    `what` is a map, or a Session or Snapshot: its map, robot, people, hits, and where its sensors
-    look. Beside that `pose` draws a robot of `radius`, `points` of shape (N, 2) or (N, 3) dots in the
-    map, `records` their points as their transforms place them, in the map or, of a robot that gives
-    them in its own frame, before it at `pose`; `fields_of_view` poses with what is seen from them.
+    `what` is a map, or a Session or Snapshot, of which its map, robot, people, hits and fields of view
+    are drawn. `pose` adds a robot of `radius`. `points` of shape (N, 2) or (N, 3) adds dots in the map.
+    `records` adds their points, placed by their transforms: in the map, or relative to `pose` if they
+    are in the robot's ground frame. `fields_of_view` adds fields of view, each with its pose.
     """
     axes = axes if axes is not None else _new_axes()
     snapshot = what.look() if isinstance(what, _core.Session) else what
@@ -61,7 +61,7 @@ def plot(
 
 
 def html_of(session: Session) -> str:
-    """A session for a notebook: its title, and its picture."""
+    """Returns a session's title and picture as HTML, for notebooks."""
     with tempfile.TemporaryDirectory() as folder:
         path = Path(folder) / "session.png"
         picture = _core.SessionPicture(path)
@@ -143,7 +143,7 @@ def _draw_points(axes: Any, points: Any, colour: str, label: Optional[str]) -> N
 
 
 def _in_map(record: Record, pose: Optional[PoseLike], snapshot: object) -> Any:
-    """Of a virtual robot records are in its own frame: its pose tells where that is."""
+    """Places a record's points in the map. Those in the ground frame are placed by the robot's pose."""
     points = record.points_in_frame()
     in_robot = isinstance(snapshot, _core.Snapshot) and snapshot.frame == "robot"
     if pose is None:

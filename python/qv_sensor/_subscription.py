@@ -1,4 +1,4 @@
-"""What ends with a block: subscriptions, and the modules of a robot."""
+"""Objects for `with` blocks: subscriptions, and registered modules."""
 
 from __future__ import annotations
 
@@ -10,10 +10,10 @@ if TYPE_CHECKING:
 
 
 class Subscription:
-    """A subscription for a `with` block, of a Session or a SensorManager.
+    """A subscription to a Session or a SensorManager for a `with` block.
 
-    Within the block `subscriber` wants `names`, sensors or families, by default all. Starting their
-    hardware may take as long as the hardware does. A robot that ends within the block is no error.
+    Inside the block `subscriber` is subscribed to `names`, sensors or families, by default all. The
+    block begins once their hardware has started. A robot that ends inside the block is no error.
     """
 
     def __init__(
@@ -33,14 +33,15 @@ class Subscription:
             self._target.unsubscribe(self._subscriber, self._names)
 
     def await_records(self, limit: int) -> dict[str, str]:
-        """Waits for the first fresh record of each sensor, as the target's `await_records` does."""
+        """Waits for a fresh record of each sensor, as `await_records` of the target does."""
         return self._target.await_records(limit, self._names)
 
 
 class ScopedModule:
-    """A module that is registered at a broker for a `with` block, which gives the module.
+    """Registers a module at a broker for a `with` block, which gives the module.
 
-    For modules that hold their own broker, as a NavigationModule does: both would live for ever else.
+    Use it for modules that keep their own broker, such as a NavigationModule. Module and broker would
+    otherwise keep each other alive for ever.
     """
 
     def __init__(self, broker: Broker, module: ModuleBase) -> None:

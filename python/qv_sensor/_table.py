@@ -13,11 +13,11 @@ if TYPE_CHECKING:
 
 
 def records_to_table(records: Iterable[Record], placed: bool = False) -> dict[str, NDArray[Any]]:
-    """The points of records as columns, which pandas.DataFrame and polars.DataFrame take.
+    """Returns the points of records as columns, for pandas.DataFrame or polars.DataFrame.
 
-    A row for each point: `sensor_name` and `family_name`; `record`, its index among the records;
-    `timestamp` in nanoseconds; `x`, `y` and `z` in metres, in the sensor's frame, or with `placed` in
-    the frame that the record's transform is given in. A record without points has no row.
+    Each point is a row: `sensor_name` and `family_name`; `record`, its index among the records;
+    `timestamp` in nanoseconds; `x`, `y` and `z` in metres, in the sensor's frame, or with `placed` in the
+    frame in which the record's transform is given. A record without points has no row.
     """
     listed = list(records)
     counts = [len(record.points) for record in listed]

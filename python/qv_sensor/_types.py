@@ -1,4 +1,4 @@
-"""The plain types of the package, and the words that annotations use."""
+"""The plain types of the package, and the aliases for its annotations."""
 
 from __future__ import annotations
 
@@ -13,7 +13,7 @@ if TYPE_CHECKING:
 
 
 class Pose2D(NamedTuple):
-    """A frame in the plane: x and y in metres, theta in radians, counted from x towards y."""
+    """A pose in the plane: x and y in metres, theta in radians, counted from x towards y."""
 
     x: float
     y: float
@@ -21,7 +21,7 @@ class Pose2D(NamedTuple):
 
 
 class LogRecord(NamedTuple):
-    """A line of the log; the time in nanoseconds of clock()."""
+    """A line of the log; `timestamp` in nanoseconds of clock()."""
 
     level: str
     category: str
@@ -31,7 +31,10 @@ class LogRecord(NamedTuple):
 
 
 class Echo(NamedTuple):
-    """An obstacle at a range, somewhere on an arc about the sensor's x axis. Metres, radians."""
+    """An obstacle at a known range and unknown direction: somewhere on an arc about the sensor's x axis.
+
+    `origin` is the sensor's pose in the map. Metres, radians.
+    """
 
     origin: Pose2D
     range: float
@@ -39,7 +42,11 @@ class Echo(NamedTuple):
 
 
 class Health(NamedTuple):
-    """How a sensor is: since when (nanoseconds of clock()), why, what brings it back, and how often so far."""
+    """The health of a sensor: its state, and the reason and remedy for it.
+
+    `since` is the time at which the state began, nanoseconds of clock(). `times` counts how often the
+    sensor entered this state, including now.
+    """
 
     state: HealthState
     since: int
@@ -49,7 +56,7 @@ class Health(NamedTuple):
 
 
 class Check(NamedTuple):
-    """What became of a sensor that was checked; `verdict` is "works" or says what it does not."""
+    """The result of a sensor's check. `verdict` is "works" or names the failure, `why` gives the reason."""
 
     name: str
     family: str
@@ -60,7 +67,7 @@ class Check(NamedTuple):
 
 
 class TopicInfo(NamedTuple):
-    """A topic of a recording. Times are the log's, nanoseconds; `rate` is messages a second."""
+    """A topic of a recording. Times are the log's, nanoseconds; `rate` is in messages per second."""
 
     name: str
     type: str
@@ -73,7 +80,7 @@ class TopicInfo(NamedTuple):
 
 
 class RecordingInfo(NamedTuple):
-    """What a recording holds, by the log's times in nanoseconds; `damage` says what could not be read."""
+    """The content of a recording. Times are the log's, nanoseconds; `damage` lists what could not be read."""
 
     path: str
     file_bytes: int
@@ -86,7 +93,7 @@ class RecordingInfo(NamedTuple):
 
 
 class RecordDifference(NamedTuple):
-    """Where a sensor's records, made anew, differ from those that were recorded."""
+    """The first difference between a sensor's records, made anew, and those that were recorded."""
 
     sensor: str
     time: int
@@ -96,7 +103,7 @@ class RecordDifference(NamedTuple):
 
 
 class SensorOrder(NamedTuple):
-    """What a description says of a sensor that is to be made."""
+    """The part of a description about one sensor, for the creator of the sensor."""
 
     name: str
     family: str
@@ -107,7 +114,7 @@ class SensorOrder(NamedTuple):
 
 
 class UnitOrder(NamedTuple):
-    """What a description says of a sensor that something is to measure for."""
+    """The part of a description about one sensor, for the creator of its unit."""
 
     name: str
     properties: Mapping[str, str]
@@ -116,7 +123,7 @@ class UnitOrder(NamedTuple):
 
 
 def seconds(value: float) -> int:
-    """So many seconds in nanoseconds, the nearest."""
+    """Converts seconds to nanoseconds, rounded to the nearest."""
     return round(value * 1e9)
 
 
