@@ -102,7 +102,7 @@ class QV_API HealthBoard {
   void xNoteJump(ko::Clock::time_point now);
   void xCompareViews(ko::Clock::time_point now);
   void xFindContradiction(Glance& glance, double now) const;
-  static bool xSees(const Glance& glance, ko::Clock::time_point now);
+  static PlanarView xViewOf(const Glance& glance, ko::Clock::time_point now);
   void xSettle(const std::string& name, Entry& entry, const HealthFinding& finding,
                const HealthMoment& moment);
   bool xIsHeld(const Entry& entry, const HealthFinding& finding, ko::Clock::time_point now) const;
