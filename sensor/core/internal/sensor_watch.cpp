@@ -30,18 +30,25 @@ std::uint32_t shifted(std::uint32_t bits, bool newest) {
   return (bits << 1 | (newest ? 1u : 0u)) & kWindowMask;
 }
 
-}  // namespace
-
-void SensorWatch::setNature(const HealthNature& newNature) {
-  nature = newNature;
-  if (nature.showsMotion && !sight) sight = std::make_unique<Sight>();
+void fetchLines(const void* start, std::size_t size) {
+  constexpr std::size_t kLine = 64;
+  for (std::size_t at = 0; at < size; at += kLine) {
+    __builtin_prefetch(static_cast<const char*>(start) + at);
+  }
 }
 
+}  // namespace
+
 PlanarView SensorWatch::getView(std::int64_t since) const {
-  if (!sight) return {};
   const std::int64_t recordAt =
       isOrdinary ? published.loadHead<LastReading>().readAt : published.load().getRecordAt();
-  return recordAt > since ? sight->view.load() : PlanarView();
+  return recordAt > since ? view.load() : PlanarView();
+}
+
+void SensorWatch::alarm() {
+  calmUntil = 0;
+  hasView = false;
+  view.store({});
 }
 
 void SensorWatch::begin(bool hasShown) {
@@ -50,10 +57,6 @@ void SensorWatch::begin(bool hasShown) {
   isOrdinary = false;
   mayRepeat = false;
   isStill = false;
-  if (sight) {
-    sight->isEmpty = true;
-    sight->view.store({});
-  }
   isFirstAwaited = nature.hasRate && !hasShown;
   ReadingNotes notes;
   notes.startedAt = nowInNs();
@@ -73,6 +76,17 @@ void SensorWatch::excuse(const char* why, bool measured) {
 void SensorWatch::beginReading() {
   isExcused = false;
   readingSince.store(notedAs(ko::detail::coarseNow()), std::memory_order_release);
+  if (!mayRepeat || xIsDue()) xFetch();
+}
+
+// The rest of it is out of the cache by now, and is there again after the reading.
+void SensorWatch::xFetch() const {
+  fetchLines(this, sizeof(*this));
+}
+
+void SensorWatch::fetch(bool withView) const {
+  __builtin_prefetch(this);
+  if (withView) fetchLines(&view, sizeof(view));
 }
 
 void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
@@ -80,11 +94,18 @@ void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
   xEndReading();
 }
 
+std::int64_t SensorWatch::xSinceExamined() const {
+  return readingSince.load(std::memory_order_relaxed) - examinedAt;
+}
+
+bool SensorWatch::xIsDue() const {
+  const std::int64_t passed = xSinceExamined();
+  return passed == 0 || passed <= -kCoarse || passed >= kExaminePeriod;
+}
+
 bool SensorWatch::xIsRepetition(const std::vector<Math::MetricalData>& records) {
-  if (records.empty() == isOrdinary || pendingGarbage) return false;
-  const std::int64_t passed = readingSince.load(std::memory_order_relaxed) - examinedAt;
-  if (passed == 0 || passed <= -kCoarse || passed >= kExaminePeriod) return false;
-  if (isOrdinary && passed < kAtOnce) return true;
+  if (records.empty() == isOrdinary || pendingGarbage || xIsDue()) return false;
+  if (isOrdinary && xSinceExamined() < kAtOnce) return true;
   return mayRepeat && xNoteRepetition(records);
 }
 
@@ -94,12 +115,14 @@ bool SensorWatch::xNoteRepetition(const std::vector<Math::MetricalData>& records
   const auto before = published.loadOwnHead<LastReading>();
   LastReading last{notedAs(ko::detail::coarseNow()), before.stamp};
   if (isOrdinary) last.stamp = stampOf(records);
+  if (isStampNews && last.stamp != before.stamp) return false;
   published.storeHead(last);
   const std::int64_t calm = calmUntil.load(std::memory_order_relaxed);
   if (calm == 0) return true;
-  calmUntil.store(isOrdinary ? std::min(last.stamp, last.readAt) + patience
-                             : calm + last.readAt - before.readAt,
-                  std::memory_order_release);
+  const bool isDated = isOrdinary && !isStampNews;
+  calmUntil.store(
+      isDated ? std::min(last.stamp, last.readAt) + patience : calm + last.readAt - before.readAt,
+      std::memory_order_release);
   return true;
 }
 
@@ -133,9 +156,9 @@ void SensorWatch::xNoteCalm(const ReadingNotes& notes) {
   isSilentOnMove.store(isSilent && nature.silence == Model::Silence::whileMoving,
                        std::memory_order_relaxed);
   const std::int64_t calm = xFindCalm(notes);
-  // Any record of a zone or of a change is news.
-  const bool isNews = nature.points == Model::PointMeaning::zone || !nature.hasRate;
-  mayRepeat = calm != 0 && (notes.isEmpty || !isNews);
+  // Any record of a zone is news.
+  mayRepeat = calm != 0 && (notes.isEmpty || nature.points != Model::PointMeaning::zone);
+  isStampNews = !nature.hasRate;
   calmUntil.store(isStill ? 0 : calm, std::memory_order_release);
 }
 
@@ -166,11 +189,10 @@ void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
     if (notes.digest.isGarbage) notes.garbage |= 1u;
     return;
   }
-  static constexpr PlanarView::Shape kUnknown;
   PlanarView seen;
-  const auto digest = digestOf(records, nature, sight ? sight->shape : kUnknown, seen);
-  xNoteDigest(digest, isFirst, notes);
-  if (sight && !(seen.isEmpty() && sight->isEmpty)) xNoteView(seen, notes);
+  const auto shape = view.loadOwnHead<PlanarView::Shape>();
+  xNoteDigest(digestOf(records, nature, shape, seen), isFirst, notes);
+  if (hasView || !seen.isEmpty()) xNoteView(seen, notes);
 }
 
 // Large records take time to examine.
@@ -197,9 +219,8 @@ void SensorWatch::xNoteDigest(const ReadingDigest& digest, bool isFirst, Reading
 void SensorWatch::xNoteView(const PlanarView& seen, ReadingNotes& notes) {
   notes.axisX = seen.getAxisX();
   notes.axisY = seen.getAxisY();
-  sight->shape = seen.getShape();
-  sight->isEmpty = seen.isEmpty();
-  sight->view.store(seen);
+  hasView = !seen.isEmpty();
+  view.store(seen);
 }
 
 void SensorWatch::failReading() {

@@ -2,7 +2,6 @@
 
 #include <atomic>
 #include <cstdint>
-#include <memory>
 #include <vector>
 
 #include "platform/ko/clock.h"
@@ -72,7 +71,7 @@ class alignas(64) SensorWatch {
   SensorWatch& operator=(const SensorWatch&) = delete;
 
   /** Sets the nature, before the sensor is first started. */
-  void setNature(const HealthNature& newNature);
+  void setNature(const HealthNature& newNature) { nature = newNature; }
   const HealthNature& getNature() const { return nature; }
 
   /** Readings are noted, or only the first ones after a start. */
@@ -83,8 +82,9 @@ class alignas(64) SensorWatch {
 
   /** Begins notes anew, of a sensor that starts now, or that has just shown fresh records. */
   void begin(bool hasShown = false);
-  /** Lets the sensor be judged at the next glance, whatever was noted. */
-  void alarm() { calmUntil = 0; }
+  /** Lets the sensor be judged at the next glance, whatever was noted, and forgets what it saw.
+   * Not during a reading. */
+  void alarm();
 
   void beginReading();
   void endReading(const std::vector<Math::MetricalData>& records);
@@ -98,6 +98,8 @@ class alignas(64) SensorWatch {
   /** Returns what the last reading with records sees around it; empty where it does not look
    * around, and if that was before `since`, ns. */
   PlanarView getView(std::int64_t since) const;
+  /** Brings what isCalm() or, with the view, getView() touches into the cache. */
+  void fetch(bool withView) const;
   /** Returns when the reading began that is going on, ns; 0 for none. */
   std::int64_t getReadingSince() const { return readingSince; }
 
@@ -109,11 +111,6 @@ class alignas(64) SensorWatch {
   }
 
  private:
-  struct Sight {
-    PlanarView::Shape shape;
-    bool isEmpty = true;
-    SequenceLocked<PlanarView> view;
-  };
   bool xIsRepetition(const std::vector<Math::MetricalData>& records);
   bool xNoteRepetition(const std::vector<Math::MetricalData>& records);
   void xExamine(const std::vector<Math::MetricalData>& records);
@@ -124,6 +121,9 @@ class alignas(64) SensorWatch {
   void xNoteCalm(const ReadingNotes& notes);
   /** Returns until when what was just noted needs no judge; 0 if it does. */
   std::int64_t xFindCalm(const ReadingNotes& notes) const;
+  std::int64_t xSinceExamined() const;
+  bool xIsDue() const;
+  void xFetch() const;
   const char* xGetExcuse() const { return isExcused ? pendingExcuse : nullptr; }
   void xEndReading() { readingSince.store(0, std::memory_order_release); }
 
@@ -137,8 +137,8 @@ class alignas(64) SensorWatch {
   std::atomic<bool> isOrdinary{false};
   /** True if the next reading need not be examined, if it is like the last one. */
   bool mayRepeat = false;
-  /** True if the points stayed the same, though the robot's motion would change them. */
-  bool isStill = false;
+  /** True if a record with a new stamp must be examined. */
+  bool isStampNews = false;
   /** True if the last reading found nothing, which is no fault as long as the robot moves. */
   std::atomic<bool> isSilentOnMove{false};
   /** True if the reading that is going on has an excuse for having no record. */
@@ -152,13 +152,14 @@ class alignas(64) SensorWatch {
   SequenceLocked<ReadingNotes> published;
   const char* pendingExcuse = nullptr;
   bool isPendingMeasured = false;
+  /** True if the points stayed the same, though the robot's motion would change them. */
+  bool isStill = false;
   HealthNature nature;
-  /** Null where it does not look around. */
-  std::unique_ptr<Sight> sight;
   /** The time of the last reading whose points were examined, and its stamp. */
   std::int64_t digestedAt = 0;
   std::int64_t digestedStamp = 0;
+  bool hasView = false;
+  SequenceLocked<PlanarView> view;
 };
-static_assert(sizeof(SensorWatch) == 256);
 
 }  // namespace QV::sensor
