@@ -3,12 +3,14 @@
  * random free poses. Every row times the peer in turn with us, on the same poses. Rows named scan
  * take the path that the program chooses; the others are made to take theirs.
  */
+#include <algorithm>
 #include <cmath>
 #include <cstdlib>
 #include <filesystem>
 #include <limits>
 #include <map>
 #include <string>
+#include <utility>
 #include <vector>
 
 #include <benchmark/benchmark.h>
@@ -29,13 +31,43 @@ constexpr std::size_t kPoses = 256;
 constexpr std::size_t kRoundsPerPlainWalk = 8;
 
 struct MapCase {
-  const char* name;
+  std::string name;
   std::string file;
+  /** The cells of a side when the map is repeated; 0 when it isn't. */
+  int side = 0;
+  bool besideMedium = false;
 };
-const std::string kMediumMap = "maps/range_libc/basement_hallways_5cm.yaml";
+const MapCase kMedium{"medium", "maps/range_libc/basement_hallways_5cm.yaml"};
 const std::string kHugeMap = "maps/range_libc/huge_map.yaml";
-const MapCase kMaps[] = {
-    {"small", "maps/pal_small_office/map.yaml"}, {"medium", kMediumMap}, {"huge", kHugeMap}};
+const MapCase kVast{"vast", kHugeMap, 16384, true};
+
+std::vector<MapCase> getMaps() {
+  std::vector<MapCase> maps = {
+      {"small", "maps/pal_small_office/map.yaml"}, kMedium, {"huge", kHugeMap, 0, true}};
+  if (std::getenv("QV_BENCH_VAST") != nullptr) maps.push_back(kVast);
+  return maps;
+}
+
+/** The map again and again, to the right and upwards. */
+OccupancyMap repeat(const OccupancyMap& map, int side) {
+  std::vector<float> cells;
+  const auto length = static_cast<std::size_t>(side);
+  cells.reserve(length * length);
+  const auto width = static_cast<std::size_t>(map.getWidth());
+  for (std::size_t row = 0; row < length; ++row) {
+    const float* const from =
+        map.getCells().data() + row % static_cast<std::size_t>(map.getHeight()) * width;
+    for (std::size_t column = 0; column < length; column += width) {
+      cells.insert(cells.end(), from, from + std::min(width, length - column));
+    }
+  }
+  return OccupancyMap(side, side, map.getResolution(), map.getOrigin(), std::move(cells));
+}
+
+OccupancyMap makeMap(const std::string& path, int side) {
+  OccupancyMap map = robot::loadMap(path);
+  return side == 0 ? map : repeat(map, side);
+}
 
 struct FanCase {
   const char* name;
@@ -96,8 +128,8 @@ void scanPlainly(const OccupancyMap& map, const Math::SensorFieldOfView2D& field
 
 /** A map with its store and poses, and the peer's copy of it. */
 struct Scene {
-  explicit Scene(const std::string& path)
-      : map(robot::loadMap(path)), poses(drawFreePoses(map, kPoses)) {
+  Scene(const std::string& path, int side)
+      : map(makeMap(path, side)), poses(drawFreePoses(map, kPoses)) {
     const detail::ScanStore* store = nullptr;
     const double seconds =
         secondsOf([&] { store = detail::MapInside::findStore(map, kOccupiedAbove); });
@@ -116,14 +148,15 @@ struct Scene {
 };
 
 /** Made when first asked for, and kept; null without the data. */
-Scene* getScene(const std::string& file) {
+Scene* getScene(const MapCase& mapCase) {
   static std::map<std::string, Scene> scenes;
-  const auto known = scenes.find(file);
+  const auto known = scenes.find(mapCase.name);
   if (known != scenes.end()) return &known->second;
   const char* const folder = std::getenv("QV_DATA");
-  const std::string path = folder != nullptr ? std::string(folder) + "/" + file : std::string();
+  const std::string path =
+      folder != nullptr ? std::string(folder) + "/" + mapCase.file : std::string();
   if (!std::filesystem::exists(path)) return nullptr;
-  return &scenes.try_emplace(file, path).first->second;
+  return &scenes.try_emplace(mapCase.name, path, mapCase.side).first->second;
 }
 
 /** The seconds that a scan from every pose takes. */
@@ -175,14 +208,14 @@ void scanInTurn(Scene& scene, const Math::SensorFieldOfView2D& fieldOfView, deta
 
 void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan,
              const PathCase& pathCase) {
-  Scene* const scene = getScene(mapCase.file);
+  Scene* const scene = getScene(mapCase);
   if (scene == nullptr) {
     state.SkipWithError((std::string("skipped: no ") + mapCase.file + " in QV_DATA").c_str());
     return;
   }
   Times warmUp;
   scanInTurn(*scene, fan.fieldOfView, pathCase.path, warmUp);
-  Scene* const medium = mapCase.file == kHugeMap ? getScene(kMediumMap) : nullptr;
+  Scene* const medium = mapCase.besideMedium ? getScene(kMedium) : nullptr;
   std::vector<double> onMedium;
   Times times;
   for (auto _ : state) {
@@ -207,7 +240,7 @@ void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan
 }
 
 bool registerAll() {
-  for (const MapCase& mapCase : kMaps) {
+  for (const MapCase& mapCase : getMaps()) {
     for (const PathCase& pathCase : kPaths) {
       if (!isSupported(pathCase.path)) continue;
       for (const FanCase& fan : kFans) {

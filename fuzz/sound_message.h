@@ -19,6 +19,9 @@ Sound sound(const Message& message) {
   return {&Message::getType(), ros2::toCdr(message)};
 }
 
+/** The messages of an input: with more of them, an input finds as much and takes longer. */
+inline constexpr int kMostMessages = 4;
+
 /** Returns a message, some of whose words, or whose end, `next` has changed. */
 inline ros2::Bytes changed(ros2::Bytes cdr, const std::function<std::uint8_t()>& next) {
   constexpr std::size_t kHead = 4;

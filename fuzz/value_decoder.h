@@ -2,9 +2,11 @@
 
 #include <algorithm>
 #include <cstdint>
+#include <functional>
 #include <span>
 #include <stdexcept>
 #include <string>
+#include <string_view>
 
 #include "platform/middleware/qv_value.h"
 
@@ -21,6 +23,12 @@ inline constexpr char kQuick[] =
 /** Ends the run, with the input kept, if something does not hold. */
 inline void check(bool holds, const char* what) {
   if (!holds) throw std::logic_error(what);
+}
+
+/** True for one of `count` inputs, which no small change of an input chooses. */
+inline bool isOneOf(std::size_t count, const std::uint8_t* data, std::size_t size) {
+  const std::string_view input(reinterpret_cast<const char*>(data), size);
+  return std::hash<std::string_view>()(input) % count == 0;
 }
 
 /**

@@ -69,11 +69,15 @@ void Session::seek(ko::Duration sinceStart) {
   run(target() - ko::Clock::now());
 }
 
-// Only one simulated time can exist at once, so steps that may fail come before the old one ends.
 void Session::xReopen() {
   if (!parts->reopen) throw UsageError("a recording that can be played again expected");
+  SessionParts::replace(*this, parts->reopen());
+}
+
+// Only one simulated time can exist at once, so the old one ends first.
+void SessionParts::replace(Session& session, const std::function<TimedRobot()>& make) {
+  auto& parts = session.parts;
   const Reopen reopen = parts->reopen;
-  const auto make = reopen();
   const Pacing pacing = parts->pacing;
   const auto listeners = parts->listeners;
   parts->robot->setListener(nullptr);

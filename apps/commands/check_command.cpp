@@ -4,6 +4,7 @@
 #include <memory>
 #include <string>
 
+#include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"

@@ -4,6 +4,7 @@
 #include <optional>
 
 #include "apps/arguments.h"
+#include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/commands/output_files.h"

@@ -8,8 +8,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
-#include "apps/commands/common_options.h"
 #include "apps/guides/completion.h"
 #include "apps/guides/manual_page.h"
 #include "apps/parse_errors.h"

@@ -6,6 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/output/notes.h"

@@ -6,7 +6,7 @@
 
 #include <CLI/CLI.hpp>
 
-#include "apps/commands/common_options.h"
+#include "apps/commands/add_options.h"
 #include "outlets/files/record_file.h"
 #include "outlets/picture/session_picture.h"
 #include "ros2/bag/bag_reader.h"

@@ -1,6 +1,7 @@
 #include <iostream>
 #include <memory>
 
+#include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/silent_sensors.h"
@@ -26,7 +27,7 @@ void addPlotCommand(CLI::App& program, const session::OpenOptions& robots, int& 
   auto options = optionsFor<CommonOptions>(robots);
   auto output = std::make_shared<std::string>("scan.png");
   CLI::App* command = program.add_subcommand("plot", "Draw one reading over the map, as a PNG");
-  command->footer("The status is 1 if a sensor that was asked for gave no record.");
+  command->footer("The exit status is 1 if a subscribed sensor gave no record.");
   addWorld(*command, *options);
   addPose(*command, *options);
   addSubscriptions(*command, *options);

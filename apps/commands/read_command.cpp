@@ -1,6 +1,7 @@
 #include <iostream>
 #include <memory>
 
+#include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/output/notes.h"
@@ -26,7 +27,7 @@ int read(const CommonOptions& options) {
 void addReadCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<CommonOptions>(robots);
   CLI::App* command = program.add_subcommand("read", "Read the sensors once, at one pose");
-  command->footer("The status is 1 if a sensor that was asked for gave no record.");
+  command->footer("The exit status is 1 if a subscribed sensor gave no record.");
   addWorld(*command, *options);
   addPose(*command, *options);
   addSubscriptions(*command, *options);

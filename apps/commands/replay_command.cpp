@@ -6,8 +6,8 @@
 #include <limits>
 #include <memory>
 
+#include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
-#include "apps/commands/common_options.h"
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
 #include "apps/output/notes.h"

@@ -1,6 +1,7 @@
 #include <iostream>
 #include <memory>
 
+#include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/ros2/graph_link.h"

@@ -4,6 +4,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/commands/output_files.h"

@@ -6,6 +6,7 @@
 #include <unistd.h>
 #include <utility>
 
+#include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/commands/output_files.h"

@@ -25,12 +25,16 @@ void MachinePace::await(double seconds) {
     firstSeconds = seconds;
     start = Clock::now();
   }
-  const std::chrono::duration<double> due((seconds - *firstSeconds) / *speed);
+  const auto due = scale(seconds - *firstSeconds);
   const auto end = start + std::chrono::duration_cast<Clock::duration>(due);
   // The wait is split, so that an interruption ends it within 50 ms.
   for (auto now = Clock::now(); now < end && !isInterrupted(); now = Clock::now())
     std::this_thread::sleep_for(
         std::min<Clock::duration>(end - now, std::chrono::milliseconds(50)));
+}
+
+std::chrono::duration<double> MachinePace::scale(double seconds) const {
+  return std::chrono::duration<double>(speed ? seconds / *speed : 0.0);
 }
 
 void checkTimes(double from, std::optional<double> to, std::optional<double> speed) {

@@ -14,6 +14,9 @@ class MachinePace {
   /** Waits until `seconds` of the session are due, which count from the first call on. */
   void await(double seconds);
 
+  /** Returns the machine's time that this stretch of the session takes; none without a speed. */
+  std::chrono::duration<double> scale(double seconds) const;
+
  private:
   using Clock = std::chrono::steady_clock;
 

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <chrono>
+#include <cmath>
 #include <exception>
 #include <optional>
 #include <variant>
@@ -17,6 +18,7 @@
 #include "platform/ko/log.h"
 #include "session/internal/command.h"
 #include "session/internal/goal_search.h"
+#include "session/internal/gradual_seek.h"
 
 namespace QV::outlets {
 namespace {
@@ -70,7 +72,11 @@ class LiveServer::Impl {
     const auto now = MachineClock::now();
     const auto passed = std::min<MachineClock::duration>(now - ranUntil, kMostAtOnce);
     ranUntil = now;
-    session.keepPace(ko::Duration(std::chrono::nanoseconds(passed).count()));
+    if (seek) {
+      seekOn(now + kMostAtOnce);
+    } else {
+      session.keepPace(ko::Duration(std::chrono::nanoseconds(passed).count()));
+    }
     outlets.showLog(log.takeNew());
     showIfDue(now);
   }
@@ -78,10 +84,15 @@ class LiveServer::Impl {
   void execute(const LiveRequest& request) {
     try {
       if (takesTheWheel(request.command)) search.reset();
-      const auto* goal = std::get_if<session::GoalCommand>(&request.command);
-      if (!goal) return session::execute(session, kSubscriber, request.command);
-      search.emplace(session, goal->position);
-      refuseGoal = request.refuse;
+      if (const auto* goal = std::get_if<session::GoalCommand>(&request.command)) {
+        search.emplace(session, goal->position);
+        refuseGoal = request.refuse;
+      } else if (const auto* place = std::get_if<session::SeekCommand>(&request.command)) {
+        seek.emplace(session, ko::Duration(std::llround(1e9 * place->time)));
+        refuseSeek = request.refuse;
+      } else {
+        session::execute(session, kSubscriber, request.command);
+      }
     } catch (const std::exception& exception) {
       request.refuse(exception.what());
     }
@@ -93,6 +104,17 @@ class LiveServer::Impl {
     } catch (const std::exception& exception) {
       search.reset();
       refuseGoal(exception.what());
+    }
+  }
+
+  // A far place takes seconds: pages see the way there.
+  void seekOn(MachineClock::time_point end) {
+    try {
+      while (seek && MachineClock::now() < end)
+        if (seek->goOn()) seek.reset();
+    } catch (const std::exception& exception) {
+      seek.reset();
+      refuseSeek(exception.what());
     }
   }
 
@@ -108,6 +130,8 @@ class LiveServer::Impl {
   session::Session& session;
   std::optional<session::GoalSearch> search;
   RequestQueue::Refusal refuseGoal;
+  std::optional<session::GradualSeek> seek;
+  RequestQueue::Refusal refuseSeek;
   OutletList outlets;
   const std::vector<std::shared_ptr<WebOutlet>> webOutlets;
   LiveHub hub;

@@ -69,7 +69,8 @@ py::object subscription(const py::object& target, const std::string& subscriber,
 inline constexpr char kSubscription[] =
     R"(subscription(subscriber: str, names: Names = None) -> Subscription
 
-For a `with` block, within which `subscriber` wants sensors or families, by default all.)";
+Returns a subscription for a `with` block: inside it, `subscriber` is subscribed to sensors or families,
+by default all.)";
 
 void bindErrors(py::module_& module);
 void bindBroker(py::module_& module);

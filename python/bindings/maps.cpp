@@ -4,7 +4,7 @@
 
 #include <boost/make_shared.hpp>
 
-#include "platform/navigation/occupancy_map.h"
+#include "platform/navigation/internal/map_inside.h"
 #include "python/bindings/arrays.h"
 #include "python/bindings/common.h"
 #include "python/bindings/outlets.h"
@@ -117,6 +117,13 @@ void raiseFileError(const std::string& path, const std::runtime_error& error) {
   const bool isThere = std::filesystem::exists(path, ignored);
   PyErr_SetString(isThere ? PyExc_ValueError : PyExc_FileNotFoundError, error.what());
   throw py::error_already_set();
+}
+
+void prepareForRays(const boost::shared_ptr<OccupancyMap>& map, float occupiedAbove) {
+  // A thread of its own is not worth while for others.
+  constexpr std::size_t kLarge = 4'000'000;
+  if (map->getCells().size() < kLarge) return;
+  aside([map, occupiedAbove] { detail::MapInside::findStore(*map, occupiedAbove); });
 }
 
 void bindMaps(py::module_& module) {

@@ -17,6 +17,7 @@ class RobotHandle : public Ending {
   RobotHandle(const py::object& description, boost::shared_ptr<OccupancyMap> map,
               const robot::WorldOptions& world, boost::shared_ptr<QVBroker> broker) {
     const std::string path = session::findRobot(pathFrom(description));
+    prepareForRays(map, OccupancyMap::kSolidAbove);
     try {
       robot = unlocked([&] {
         return std::make_shared<VirtualRobot>(path, std::move(map), world, std::move(broker));

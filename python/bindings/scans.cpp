@@ -5,6 +5,7 @@
 #include "platform/navigation/occ_map_simulate_scan.h"
 #include "python/bindings/arrays.h"
 #include "python/bindings/common.h"
+#include "python/bindings/maps.h"
 
 namespace QV::python {
 namespace {
@@ -29,14 +30,16 @@ std::string describeView(const Math::SensorFieldOfView2D& view) {
       .cast<std::string>();
 }
 
-FloatArray simulateScans(const OccupancyMap& map, const py::object& poses,
+FloatArray simulateScans(const boost::shared_ptr<OccupancyMap>& given, const py::object& poses,
                          const Math::SensorFieldOfView2D& view, std::optional<int> threads,
                          float occupiedAbove) {
   const FloatArray rows =
       rowsFrom(poses, 3, "simulate_scans", "poses of shape (N, 3): x, y (m), theta (rad)");
+  const OccupancyMap& map = *given;
   // A scan from no pose checks the arguments before memory for all is allocated.
   const int sharers = threads.value_or(countProcessors());
   occMapSimulateScans(map, {}, view, {}, occupiedAbove, sharers);
+  prepareForRays(given, occupiedAbove);
   const py::ssize_t count = rows.shape(0);
   FloatArray ranges(std::vector<py::ssize_t>{count, view.rayCount});
   const py::ssize_t block = std::max<py::ssize_t>(kRaysAtATime / view.rayCount, 1);
@@ -78,17 +81,17 @@ Ranges in metres, the full aperture in radians.)")
       .def("__repr__", &describeView);
 
   module.def(
-      "simulate_scans", &simulateScans, "map"_a, "poses"_a, "field_of_view"_a,
+      "simulate_scans", &simulateScans, py::arg("map").none(false), "poses"_a, "field_of_view"_a,
       "threads"_a = py::none(), py::kw_only(), "occupied_above"_a = OccupancyMap::kSolidAbove,
       R"(simulate_scans(map: OccupancyMap, poses: ArrayLike, field_of_view: SensorFieldOfView2D, threads: int | None = None, *, occupied_above: float = 0.4) -> NDArray[np.float32]
 
-Casts a fan of rays from each of many poses, exactly: the ranges in metres, shape (N, ray_count).
+Casts a fan of rays from each of many poses. Returns the exact ranges in metres, shape (N, ray_count).
 
-`poses` has the shape (N, 3): x, y in metres and theta in radians, in the map's world; C-contiguous
-float32 is read without a copy. Rays go from the right edge of the aperture to the left, a full turn
-from -pi; one that meets nothing, or starts from a pose that is not finite, reads as `max_range`.
-So many `threads` share the work, by default one for each processor; other Python threads go on
-meanwhile. Another shape, a field of view that makes no sense or threads outside 1 to 256:
+`poses` has the shape (N, 3): x, y in metres and theta in radians, in the map frame; C-contiguous float32
+is read without a copy. Rays go from the right edge of the aperture to the left; a full turn starts at
+-pi. They stop at cells above `occupied_above`. A ray that meets nothing, or whose pose is not finite,
+gives `max_range`. `threads` threads share the work, by default one for each processor; other Python
+threads go on meanwhile. Another shape, an invalid field of view or threads outside 1 to 256:
 ValueError.)");
 }
 

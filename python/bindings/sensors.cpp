@@ -63,21 +63,22 @@ void bindSensors(py::module_& module) {
   py::class_<PythonSensor, boost::shared_ptr<PythonSensor>>(module, "Sensor", R"(
 A sensor of one's own: derive from it and give it the three methods below. A manager calls them.
 
-While somebody has subscribed, it is enabled and its diagnosis is good, and only then, its hardware
-runs and it is read, on any thread, by one at a time. Within its methods no manager may be asked.
+Its hardware runs, and it is read, only while it has a subscriber, is enabled and has a good diagnosis.
+The methods are called on any thread, one call at a time. They must not call a manager.
 
-- `_get_data() -> list[Record]` measures; what it raises is logged, kept as the sensor's last
-  trouble, and leaves its records out.
-- `_subscribe_to_hardware() -> bool` starts the hardware; False when that failed.
-- `_unsubscribe_from_hardware() -> bool` stops it; False when that failed.)")
+- `_get_data() -> list[Record]` measures and returns the records. An exception is logged and kept as the
+  sensor's last error; the reading then gives no records.
+- `_subscribe_to_hardware() -> bool` starts the hardware; False if that failed.
+- `_unsubscribe_from_hardware() -> bool` stops it; False if that failed.)")
       .def(py::init<const std::string&, const std::string&, const Math::SensorFieldOfView2D&>(),
            "name"_a, "family_name"_a, "field_of_view"_a,
            "__init__(name: str, family_name: str, field_of_view: SensorFieldOfView2D) -> None")
-      .def_property_readonly("name", &Sensor::getName, "str: Its own.")
-      .def_property_readonly("family_name", &Sensor::getFamilyName, "str: Of its family.")
+      .def_property_readonly("name", &Sensor::getName, "str: The sensor's name.")
+      .def_property_readonly("family_name", &Sensor::getFamilyName, "str: The name of its family.")
       .def_property_readonly("field_of_view", &PythonSensor::getFieldOfView,
-                             "SensorFieldOfView2D: What it covers.")
-      .def_property_readonly("is_started", &Sensor::isStarted, "bool: Whether its hardware runs.")
+                             "SensorFieldOfView2D: The sector that it covers.")
+      .def_property_readonly("is_started", &Sensor::isStarted,
+                             "bool: True while its hardware runs.")
       .def(
           "log_trouble",
           [](const PythonSensor& self, const std::string& message) {
@@ -89,7 +90,7 @@ runs and it is read, on any thread, by one at a time. Within its methods no mana
           "message"_a,
           R"(log_trouble(message: str) -> None
 
-Logs an error about the sensor and keeps it as its last trouble.)");
+Logs an error about the sensor and keeps it as its last error.)");
 }
 
 }  // namespace QV::python

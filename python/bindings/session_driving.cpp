@@ -1,6 +1,8 @@
+#include <chrono>
 #include <cmath>
 
 #include "python/bindings/session_handle.h"
+#include "session/internal/goal_search.h"
 
 namespace QV::python {
 namespace {
@@ -14,8 +16,18 @@ void drive(const SessionHandle& handle, float forward, float turn) {
   handle.look([&](Session& session) { session.drive(forward, turn); });
 }
 
+/** Plans on another thread: on a large map that takes seconds, which Ctrl-C ends. */
 void setGoal(SessionHandle& handle, const Math::Position2D& position) {
-  handle.use([&](Session& session) { session.setGoal(position); });
+  constexpr std::chrono::milliseconds kLook{20};
+  handle.use([&](Session& session) {
+    session::GoalSearch search(session, position);
+    do {
+      while (!search.waitFor(kLook)) {
+        const Locked locked;
+        checkInterrupt();
+      }
+    } while (!search.finish());
+  });
 }
 
 ko::Duration follow(SessionHandle& handle, const std::vector<Math::Position2D>& path, double speed,
@@ -37,24 +49,26 @@ void setSessionPose(SessionHandle& handle, const Math::Pose2D& pose) {
 
 void bindSessionDriving(SessionClass& type) {
   type.def("drive", &drive, "forward"_a, "turn"_a,
-           "drive(forward: float, turn: float) -> None\n\nm/s and rad/s, until another command.")
+           "drive(forward: float, turn: float) -> None\n\nDrives forward (m/s) and turns left\n"
+           "(rad/s) until another command; in a LiveServer for half a second.")
       .def("set_goal", &setGoal, "position"_a,
            R"(set_goal(position: PositionLike) -> None
 
-Finds a way there, in the map, and goes it as the session is run. No way: ValueError.)")
+Plans a path to a position in the map. The robot follows it as the session runs. No path: ValueError.)")
       .def(
           "follow", &follow, "path"_a, "speed"_a = 0.5, "turn_speed"_a = 1.0,
           R"(follow(path: Sequence[PositionLike], speed: float = 0.5, turn_speed: float = 1.0) -> int
 
-Along straight lines of two positions or more, in the map, at m/s and rad/s: the nanoseconds that it
-takes, as the session is run.)")
+Follows straight lines through two positions or more, in the map, while the session runs; turns on the
+spot at corners. `speed` in m/s, `turn_speed` in rad/s. Returns the nanoseconds that this takes.)")
       .def(
           "wander", [](SessionHandle& self) { self.use([](Session& s) { s.wander(); }); },
           "wander() -> None\n\nDrives about where there is room.")
       .def(
           "stop", [](SessionHandle& self) { self.look([](Session& s) { s.stop(); }); },
-          "stop() -> None\n\nStands still.")
-      .def_property("pose", &getSessionPose, &setSessionPose, "Pose2D: Of the robot in the map.");
+          "stop() -> None\n\nStops the robot.")
+      .def_property("pose", &getSessionPose, &setSessionPose,
+                    "Pose2D: The robot's pose in the map.");
 }
 
 }  // namespace QV::python

@@ -32,9 +32,9 @@ void bindSessionFaults(SessionClass& type) {
           R"(set_fault(sensor: str, kind: FaultKind, begin: int = 0, end: int | None = None) -> None
 
 Makes a sensor of a virtual robot fail from `begin` to `end`, nanoseconds since the session was
-opened. A name or kind that makes no sense: ValueError that says which do.)")
+opened; `end` None: for good. A wrong name or kind: ValueError, which lists the right ones.)")
       .def("clear_fault", &clearSessionFault, "sensor"_a,
-           "clear_fault(sensor: str) -> None\n\nTakes back all faults of a sensor.")
+           "clear_fault(sensor: str) -> None\n\nEnds all faults of a sensor.")
       .def_property_readonly(
           "faulty_sensors", &faultySensors,
           "list[str]: The sensors that can be made to fail: none without a virtual robot.")

@@ -2,7 +2,7 @@
 #include "python/bindings/maps.h"
 #include "python/bindings/replay_handle.h"
 #include "ros2/recording/session_replay.h"
-#include "session/open.h"
+#include "session/internal/opening.h"
 #include "session/usage_error.h"
 
 namespace QV::python {
@@ -24,11 +24,13 @@ session::OpenOptions optionsFrom(const py::object& map, std::optional<Math::Pose
   return options;
 }
 
-template <typename Open>
-SharedHandle open(const std::string& file, bool ownTime, Open open) {
+/** Reads on another thread, which Ctrl-C leaves; the session belongs to this one. */
+template <typename Prepare>
+SharedHandle open(const std::string& file, bool ownTime, Prepare prepare) {
   try {
+    const session::Opening make = aside(std::move(prepare));
     return std::make_shared<SessionHandle>(
-        unlocked([&] { return std::shared_ptr<session::Session>(open()); }), ownTime);
+        unlocked([&] { return std::shared_ptr<session::Session>(make()); }), ownTime);
   } catch (const session::UsageError&) {
     throw;
   } catch (const QVError&) {
@@ -48,19 +50,21 @@ SharedHandle openVirtual(const py::object& robot, const py::object& map,
   if (units) options.units = *units;
   options.somebodyAhead = somebodyAhead;
   const std::string file = pathFrom(robot);
-  return open(file, simulatedTime, [&] { return session::openVirtual(file, options); });
+  return open(file, simulatedTime, [=] { return session::prepareVirtual(file, options); });
 }
 
 SharedHandle openSimulated(int kind, const py::object& map, std::optional<Math::Pose2D> start,
                            bool simulatedTime) {
   const session::OpenOptions options = optionsFrom(map, start, simulatedTime);
   return open(options.mapFile, simulatedTime,
-              [&] { return session::openSimulated(kind, options); });
+              [=] { return session::prepareSimulated(kind, options); });
 }
 
 SharedHandle openSession(const std::string& file, const sensor::SensorFactory& sensors) try {
+  const auto preparation =
+      aside([=] { return std::make_unique<ros2::SessionReplay::Preparation>(file, sensors); });
   const auto replay = unlocked([&] {
-    auto made = std::make_shared<ros2::SessionReplay>(file, sensors);
+    auto made = std::make_shared<ros2::SessionReplay>(*preparation);
     made->begin();
     made->getSession().step();
     return made;
@@ -75,11 +79,11 @@ SharedHandle openSession(const std::string& file, const sensor::SensorFactory& s
 SharedHandle openRecording(const py::object& log, const py::object& poses,
                            const sensor::SensorFactory* sensors) {
   const std::string file = pathFrom(log);
-  if (ros2::isRecording(file))
+  if (aside([=] { return ros2::isRecording(file); }))
     return openSession(file, sensors ? *sensors : sensor::SensorFactory::standard());
   std::optional<std::string> posesFile;
   if (!poses.is_none()) posesFile = pathFrom(poses);
-  return open(file, true, [&] { return session::openRecording(file, posesFile); });
+  return open(file, true, [=] { return session::prepareRecording(file, posesFile); });
 }
 
 }  // namespace

@@ -41,23 +41,26 @@ void bindSessionSwitches(SessionClass& type) {
   type.def("subscribe", &subscribeSession, "subscriber"_a, "names"_a = py::none(),
            R"(subscribe(subscriber: str, names: Names = None) -> None
 
-Wants sensors or families, by default all. Starting hardware takes its time, simulated or not; on
-another thread it waits for the session to be run. An unknown name: ValueError. `subscription` does
-the same for a `with` block. From any thread.)")
+Subscribes to sensors or families, by default all. Waits while hardware starts. If that needs simulated
+time, a call on another thread waits until the session runs. An unknown name: ValueError. `subscription`
+does the same for a `with` block. From any thread.)")
       .def("unsubscribe", &unsubscribeSession, "subscriber"_a, "names"_a = py::none(),
-           "unsubscribe(subscriber: str, names: Names = None) -> None\n\nThe mirror of subscribe.")
+           "unsubscribe(subscriber: str, names: Names = None) -> None\n\n"
+           "Ends subscriptions of this subscriber, by default all.")
       .def("enable", &enableSession, "name"_a, "on"_a,
            R"(enable(name: str, on: bool) -> None
 
-A sensor or a family. An unknown name: ValueError. From any thread.)")
+Enables or disables a sensor or a family. An unknown name: ValueError. From any thread.)")
       .def("diagnose", &diagnoseSession, "sensor"_a, "success"_a,
            R"(diagnose(sensor: str, success: bool) -> None
 
-A bad diagnosis stops a sensor, a good one lets it try again. From any thread.)")
+Sets a sensor's diagnosis: a bad one (False) stops it, a good one lets it start again. An unknown name:
+ValueError. From any thread.)")
       .def("set_demand", &setSessionDemand, "demand"_a,
            R"(set_demand(demand: Mapping[str, Set[str]]) -> None
 
-Who wants which sensors from now on, beside those who subscribed.)");
+Sets the sensors that outlets want, by subscriber, in place of the last demand. Subscriptions made by
+`subscribe` stay. An unknown name is logged and left out.)");
 }
 
 }  // namespace QV::python

@@ -8,6 +8,7 @@ namespace QV::python {
 namespace {
 
 using session::Session;
+using session::SessionParts;
 
 /** A property that a session tells on its own thread. */
 template <auto get>
@@ -31,19 +32,27 @@ std::map<std::string, std::string> awaitSession(SessionHandle& handle, ko::Durat
   }
 }
 
+/** Goes to a recording's beginning. A large one that was cut is read whole, which Ctrl-C ends. */
+void rewind(SessionHandle& handle) {
+  const auto reopen = handle.use([](Session& session) { return SessionParts::of(session).reopen; });
+  // What can't be played again is refused there.
+  if (!reopen) return handle.use([](Session& session) { session.seek(ko::Duration::zero()); });
+  const auto make = aside([reopen] { return reopen(); });
+  handle.use([&](Session& session) { SessionParts::replace(session, make); });
+}
+
 /** Plays in pieces between which Ctrl-C is looked for, from the beginning if it has to. */
 void seek(SessionHandle& handle, ko::Duration sinceStart) {
   const auto target = std::max<ko::Duration>(sinceStart, ko::Duration::zero());
-  const auto left = handle.use([&](Session& session) {
-    const auto getLeft = [&] {
+  const auto getLeft = [&] {
+    return handle.use([&](Session& session) {
       return target - (ko::Clock::now() - session::robotOf(session).getStart());
-    };
-    const bool isBehind = getLeft() < ko::Duration::zero();
-    // What is no recording is refused there, too.
-    if (isBehind || !session.getLength()) session.seek(ko::Duration::zero());
-    return getLeft();
-  });
-  handle.run(std::max<ko::Duration>(left, ko::Duration::zero()));
+    });
+  };
+  const bool isRecording =
+      handle.use([](Session& session) { return session.getLength().has_value(); });
+  if (!isRecording || getLeft() < ko::Duration::zero()) rewind(handle);
+  handle.run(std::max<ko::Duration>(getLeft(), ko::Duration::zero()));
 }
 
 void setSpeed(const SessionHandle& handle, double speed) {
@@ -60,11 +69,11 @@ void bindPace(SessionClass& type) {
             self.look([&](Session& session) { session.pause(on); });
           },
           "on"_a,
-          "pause(on: bool) -> None\n\nWhether time stands still for a LiveServer. `run` goes on.")
+          "pause(on: bool) -> None\n\nPauses (True) or resumes a LiveServer. `run` still advances.")
       .def("set_speed", &setSpeed, "speed"_a,
            R"(set_speed(speed: float) -> None
 
-The simulated seconds that go by in a second of a LiveServer, above 0; ValueError for others.)");
+Sets the speed of a LiveServer: simulated seconds per real second, above 0; else ValueError.)");
 }
 
 /** Binds the operations of a recording. */
@@ -72,12 +81,12 @@ void bindPlaying(SessionClass& type) {
   type.def("seek", &seek, "since_start"_a,
            R"(seek(since_start: int) -> None
 
-Goes to a time of a recording, nanoseconds from its start. Who subscribed otherwise than by
-set_demand has to do so again. What is no recording: ValueError.)")
+Goes to a time of a recording, nanoseconds from its start. Going back replays from the start; then all
+subscriptions except those of `set_demand` must be made again. No recording: ValueError.)")
       .def_property_readonly("length", told<&Session::getLength>(),
-                             "int | None: Of a recording, nanoseconds.")
+                             "int | None: The length of a recording, nanoseconds; else None.")
       .def_property_readonly("share_done", told<&Session::getShareDone>(),
-                             "float: Of a recording, 0 to 1.");
+                             "float: The played share of a recording, 0 to 1.");
 }
 
 }  // namespace
@@ -86,18 +95,20 @@ void bindSessionTime(SessionClass& type) {
   type.def("run", &SessionHandle::run, "duration"_a,
            R"(run(duration: int) -> None
 
-Lets nanoseconds go by, simulated or the machine's; Ctrl-C ends it. Negative: ValueError.)")
+Advances the session by `duration` nanoseconds, simulated or real; Ctrl-C ends it. Negative:
+ValueError.)")
       .def("await_records", &awaitSession, "limit"_a, "names"_a = py::none(),
            R"(await_records(limit: int, names: Names = None) -> dict[str, str]
 
 Runs until each sensor, by default all, has a fresh record or a reason for none, but not longer than
-`limit` nanoseconds. What is missing by then, and why, by sensor.)")
+`limit` nanoseconds. Returns the sensors without a record, each with the reason.)")
       .def(
           "step", [](SessionHandle& self) { return self.use([](Session& s) { return s.step(); }); },
-          "step() -> bool\n\nA recording's next step, False at its end; of others, 0.1 s.")
+          "step() -> bool\n\nPlays a recording's next step; False at the end.\n"
+          "Runs any other session for 0.1 s.")
       .def_property_readonly(
           "settling_time", told<&Session::getSettlingTime>(),
-          "int: So long after a subscription every sensor has given its first record, "
+          "int: The time from a subscription to the first record of every sensor, "
           "nanoseconds.");
   bindPace(type);
   bindPlaying(type);

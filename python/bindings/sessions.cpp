@@ -82,32 +82,34 @@ auto toldAnywhere() {
 }
 
 void bindDescription(SessionClass& type) {
-  type.def_property_readonly("is_open", &SessionHandle::isOpen, "bool: Whether it has not ended.")
-      .def_property_readonly("title", toldAnywhere<&Session::getTitle>(), "str: What robot it is.")
-      .def_property_readonly("map", &mapOf, "OccupancyMap | None: None for a recorded robot.")
+  type.def_property_readonly("is_open", &SessionHandle::isOpen, "bool: True until it is closed.")
+      .def_property_readonly("title", toldAnywhere<&Session::getTitle>(),
+                             "str: The title for people: 'Virtual robot porter'.")
+      .def_property_readonly("map", &mapOf, "OccupancyMap | None: The map; None if it has none.")
       .def_property_readonly("manager", &managerOf,
                              "SensorManager: Its sensors; it ends with the session.")
       .def_property_readonly("broker", toldAnywhere<&Session::getBroker>(),
-                             "Broker | None: Behind which a virtual robot's services are.")
+                             "Broker | None: The broker of its modules; None if it has none.")
       .def_property_readonly("radius", toldAnywhere<&Session::getRadius>(),
-                             "float: Of the room that the robot takes, metres.");
+                             "float: The robot's radius, metres.");
 }
 
 }  // namespace
 
 void bindSessions(py::module_& module) {
   SessionClass type(module, "Session", R"(
-A robot, simulated, virtual or recorded, and all that can be done with it: see open_virtual,
-open_simulated and open_recording. A `with` block ends it; ended, RuntimeError. Poses and positions
-are in the map, metres and radians. For the thread that opened it, but for the switches.)");
+Controls one robot: simulated, virtual, recorded or from a ROS 2 graph. open_virtual, open_simulated,
+open_recording and open_heard_robot open one. A `with` block closes it; later calls raise RuntimeError.
+Poses and positions are in the map, metres and radians. `subscribe`, `unsubscribe`, `enable` and
+`diagnose` may be called on any thread, the other methods only on the thread that opened it.)");
   type.def("close", &SessionHandle::close,
-           "close() -> None\n\nLets the robot stand, and stops all sensors.")
-      .def("look", &lookAt, "look() -> Snapshot\n\nAll that there is to see now.")
+           "close() -> None\n\nStops the robot and all sensors, and ends the session.")
+      .def("look", &lookAt, "look() -> Snapshot\n\nTakes a snapshot. Never waits for hardware.")
       .def("check", &checkSession, "sensors"_a = py::none(),
            R"(check(sensors: Names = None) -> list[Check]
 
-Watches each sensor in turn, by default all, for two and a half seconds and as long again after a turn
-on the spot, and says whether it works. An unknown name: ValueError.)")
+Checks each sensor in turn, by default all: watches it for two and a half seconds, and as long again
+after the robot has turned on the spot. Returns a result for each. An unknown name: ValueError.)")
       .def("subscription", &subscription, "subscriber"_a, "names"_a = py::none(), kSubscription)
       .def("_repr_html_", &htmlOf, "_repr_html_() -> str\n\nIts picture, for notebooks.");
   bindBlock(type);

@@ -9,8 +9,11 @@
 namespace QV::ros2 {
 namespace {
 
-/** Ports of a higher one lie in the range that the system hands out. */
-constexpr int kLastDomain = 101;
+/** The ports of those between lie in the range that the system hands out, and there are none above.
+ */
+bool isDomain(int number) {
+  return (number >= 0 && number <= 101) || (number >= 215 && number <= 232);
+}
 
 std::string variable(const char* name) {
   // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody here changes the environment.
@@ -28,8 +31,7 @@ int readDomain() {
   const std::string value = variable(name);
   if (value.empty()) return 0;
   const auto domain = Model::toInteger(value);
-  if (!domain || *domain < 0 || *domain > kLastDomain)
-    refuse(name, "a number from 0 to " + std::to_string(kLastDomain));
+  if (!domain || !isDomain(*domain)) refuse(name, "a number from 0 to 101 or 215 to 232");
   return *domain;
 }
 

@@ -39,27 +39,20 @@ std::function<session::TimedRobot()> prepareOwn(const std::string& path,
   };
 }
 
-std::function<session::TimedRobot()> prepareOther(const std::string& path) {
-  auto survey = surveyTopics(path);
-  return [path, survey] {
+std::function<session::TimedRobot()> prepareOther(
+    const std::string& path, const std::shared_ptr<const TopicSurvey>& survey) {
+  auto bag = std::make_shared<std::unique_ptr<BagReader>>(std::make_unique<BagReader>(path));
+  return [path, survey, bag] {
     auto time = std::make_unique<ko::SimulatedTime>();
-    return session::TimedRobot{std::move(time), std::make_unique<ToldRobot>(path, survey)};
+    return session::TimedRobot{std::move(time),
+                               std::make_unique<ToldRobot>(path, std::move(*bag), *survey)};
   };
 }
 
-std::unique_ptr<session::Session> openSession(const std::string& path, bool isOwn,
-                                              const sensor::SensorFactory& sensors) {
-  const session::Reopen reopen = [path, isOwn, sensors] {
-    return isOwn ? prepareOwn(path, sensors) : prepareOther(path);
-  };
-  session::TimedRobot made = reopen()();
-  return session::makeSession(std::move(made.time), std::move(made.robot), reopen);
-}
-
-std::unique_ptr<session::Session> open(const std::string& path, bool isOwn,
-                                       const sensor::SensorFactory& sensors) {
+template <typename Call>
+auto naming(const std::string& path, Call call) {
   try {
-    return openSession(path, isOwn, sensors);
+    return call();
   } catch (const std::exception& error) {
     const std::string what = error.what();
     throw std::runtime_error(what.starts_with(path) ? what : path + ": " + what);
@@ -73,8 +66,27 @@ std::string RecordDifference::toText() const {
          " s: " + field + ": recorded " + recorded + ", played " + played;
 }
 
+SessionReplay::Preparation::Preparation(const std::string& path,
+                                        const sensor::SensorFactory& sensors)
+    : isOwnSession(isSessionRecording(path)) {
+  // The survey may read the whole file, so it is made once.
+  std::shared_ptr<const TopicSurvey> survey;
+  if (!isOwnSession) survey = std::make_shared<const TopicSurvey>(surveyTopics(path));
+  const session::Reopen reopen = [path, survey, sensors] {
+    return survey ? prepareOther(path, survey) : prepareOwn(path, sensors);
+  };
+  const auto make = naming(path, reopen);
+  open = [path, reopen, make] {
+    session::TimedRobot made = naming(path, make);
+    return session::makeSession(std::move(made.time), std::move(made.robot), reopen);
+  };
+}
+
+SessionReplay::SessionReplay(const Preparation& preparation)
+    : isOwnSession(preparation.isOwnSession), session(preparation.open()) {}
+
 SessionReplay::SessionReplay(const std::string& path, const sensor::SensorFactory& sensors)
-    : isOwnSession(isSessionRecording(path)), session(open(path, isOwnSession, sensors)) {}
+    : SessionReplay(Preparation(path, sensors)) {}
 
 SessionReplay::~SessionReplay() = default;
 

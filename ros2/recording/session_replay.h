@@ -1,5 +1,6 @@
 #pragma once
 
+#include <functional>
 #include <memory>
 #include <optional>
 #include <string>
@@ -34,6 +35,19 @@ struct QV_API RecordDifference {
  */
 class QV_API SessionReplay {
  public:
+  /** The first step of opening: reads what may take seconds, on any thread. Throws as below. */
+  class QV_API Preparation {
+   public:
+    explicit Preparation(const std::string& path,
+                         const sensor::SensorFactory& sensors = sensor::SensorFactory::standard());
+
+   private:
+    friend class SessionReplay;
+    bool isOwnSession;
+    std::function<std::unique_ptr<session::Session>()> open;
+  };
+  /** The second step; use a preparation once. */
+  explicit SessionReplay(const Preparation& preparation);
   /**
    * Opens a recording. Throws std::runtime_error with the file and the expectation if it can't be
    * played. `sensors` makes the sensors of a recorded robot.

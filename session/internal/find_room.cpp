@@ -2,7 +2,7 @@
 
 #include <cmath>
 
-#include "session/internal/room_map.h"
+#include "session/internal/room_in.h"
 
 namespace QV::session {
 namespace {
@@ -12,8 +12,7 @@ constexpr float kEnough = 1.0f;
 }  // namespace
 
 Math::Pose2D findRoom(const OccupancyMap& map) {
-  const RoomMap roomMap(map, kEnough);
-  const cv::Mat_<float>& room = roomMap.getCells();
+  const cv::Mat_<float> room = roomIn(map, {0, 0, map.getWidth(), map.getHeight()}, kEnough);
   double most = 0.0;
   cv::minMaxLoc(room, nullptr, &most);
   const cv::Point middle(map.getWidth() / 2, map.getHeight() / 2);

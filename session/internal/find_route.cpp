@@ -10,22 +10,15 @@
 namespace QV::session {
 namespace {
 
-/** More than a map has in a row. */
-constexpr float kMostCells = 1e9f;
-
 /** The search for the shortest way between cells, each to its eight neighbours. */
 class RouteSearch {
  public:
   RouteSearch(const OccupancyMap& map, float radius, const std::atomic<bool>* isGivenUp)
-      : map(map),
-        isGivenUp(isGivenUp),
-        toMap(Math::pinv(map.getOrigin())),
-        radius(radius),
-        cells(map, radius + map.getResolution()) {}
+      : map(map), isGivenUp(isGivenUp), radius(radius), cells(map, radius + map.getResolution()) {}
 
   std::vector<Math::Position2D> find(const Math::Position2D& from, const Math::Position2D& to) {
-    const cv::Point start = cellOf(from);
-    const cv::Point end = cellOf(to);
+    const cv::Point start = cells.cellOf(from);
+    const cv::Point end = cells.cellOf(to);
     if (!isInside(start) || !isInside(end) || cells.at(end).room < radius) return {};
     if (!search(start, end)) return {};
     std::vector<Math::Position2D> route = straighten(cellsTo(end));
@@ -36,16 +29,6 @@ class RouteSearch {
 
  private:
   using Entry = std::pair<float, std::pair<int, int>>;
-
-  cv::Point cellOf(const Math::Position2D& position) const {
-    const Math::Position2D inMap = toMap * position;
-    const auto numberOf = [this](float along) {
-      const float number = along / map.getResolution();
-      // What is far out has no cell of any number.
-      return number >= 0.0f && number < kMostCells ? static_cast<int>(number) : -1;
-    };
-    return {numberOf(inMap.x), numberOf(inMap.y)};
-  }
 
   bool isInside(const cv::Point& cell) const { return map.isInside(cell.x, cell.y); }
 
@@ -111,7 +94,6 @@ class RouteSearch {
 
   const OccupancyMap& map;
   const std::atomic<bool>* const isGivenUp;
-  const Math::Pose2D toMap;
   const float radius;
   RouteCells cells;
 };

@@ -1,6 +1,5 @@
 #include "session/internal/goal_search.h"
 
-#include <chrono>
 #include <cmath>
 
 #include "session/internal/session_parts.h"
@@ -29,7 +28,7 @@ void GoalSearch::xBegin() {
 }
 
 bool GoalSearch::finish() {
-  if (route.wait_for(std::chrono::seconds(0)) != std::future_status::ready) return false;
+  if (!waitFor(std::chrono::milliseconds(0))) return false;
   SessionParts& parts = SessionParts::of(session);
   const auto found = route.get();
   const Math::Position2D at = parts.driver.askForRoute(goal).from;

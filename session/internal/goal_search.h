@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <chrono>
 #include <future>
 #include <vector>
 
@@ -25,8 +26,10 @@ class QV_API GoalSearch {
   GoalSearch(const GoalSearch&) = delete;
   GoalSearch& operator=(const GoalSearch&) = delete;
 
-  /** Waits for the end of the search. */
-  void wait() const { route.wait(); }
+  /** Waits up to `limit` for the end of the search; false while it goes on. */
+  bool waitFor(std::chrono::milliseconds limit) const {
+    return route.wait_for(limit) == std::future_status::ready;
+  }
   /**
    * Sends the robot on the path; false while the search goes on. If the robot has moved since, it
    * stops and the search starts again. Throws UsageError, and changes nothing, if there is no path.

@@ -7,6 +7,8 @@
 #include <opencv2/core.hpp>
 
 #include "platform/api.h"
+#include "platform/math/pose2d.h"
+#include "platform/math/position.h"
 #include "platform/navigation/occupancy_map.h"
 
 namespace QV::session {
@@ -20,7 +22,7 @@ class QV_API RouteCells {
   static constexpr uchar kNoStep = 9;
 
   struct Cell {
-    /** Metres to the nearest cell that is not free, as in a RoomMap. */
+    /** Metres to the nearest cell that is not free, as roomIn tells. */
     float room = 0.0f;
     /** The length of the way to it, in cells. */
     float cost = INFINITY;
@@ -40,12 +42,18 @@ class QV_API RouteCells {
     return tile[static_cast<std::size_t>(cellIndex)];
   }
 
+  /** Returns the cell at a position in the world; it may lie outside the map. */
+  cv::Point cellOf(const Math::Position2D& position) const;
+  /** Returns the room at a position in the world, none outside the map. */
+  float findRoom(const Math::Position2D& position);
+
  private:
   static constexpr int kSide = 128;
 
   std::vector<Cell> xMakeTile(const cv::Point& corner) const;
 
   const OccupancyMap& map;
+  const Math::Pose2D toMap;
   const float most;
   const int columns;
   std::vector<std::vector<Cell>> tiles;

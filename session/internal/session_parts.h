@@ -29,6 +29,9 @@ struct SessionParts {
     return std::unique_ptr<Session>(new Session(std::move(parts)));
   }
 
+  /** Puts a recording's new robot, which `make` makes, in place of the old one and its time. */
+  QV_API static void replace(Session& session, const std::function<TimedRobot()>& make);
+
   void tell(const SessionCommand& command) const { listeners->onCommand(command); }
   /** Notes what changes more often than somebody looks. */
   void notePlace() {

@@ -44,7 +44,7 @@ void SimulatedSessionRobot::drive(const Math::Pose2D& newCommand) {
   command = newCommand;
   // A robot that never drove has nothing to stop.
   if (driving.isRunning() || command == Math::Pose2D()) return;
-  room = std::make_unique<RoomMap>(*map, 2.0f * getRadius());
+  room = std::make_unique<RouteCells>(*map, 2.0f * getRadius());
   driving.setName("Driving");
   driving.setPeriod(kDrivingPeriod);
   driving.compensateCallbackTime(true);
@@ -57,7 +57,7 @@ void SimulatedSessionRobot::xMove() {
   const float seconds = boost::chrono::duration<float>(kDrivingPeriod).count();
   const float turn = command.theta * seconds;
   const auto roomAt = [this](const Math::Pose2D& at) {
-    return room->find(Math::position2DFromPose2D(at));
+    return room->findRoom(Math::position2DFromPose2D(at));
   };
   const Math::Pose2D moved = pose * Math::Pose2D(command.x * seconds, command.y * seconds, turn);
   const bool free = roomAt(moved) >= std::min(getRadius(), roomAt(pose));

@@ -6,7 +6,7 @@
 #include "platform/api.h"
 #include "platform/ko/periodic_task.h"
 #include "sensor/simulation/simulated_sensor_manager.h"
-#include "session/internal/room_map.h"
+#include "session/internal/route_cells.h"
 #include "session/internal/session_robot.h"
 
 namespace QV::session {
@@ -45,7 +45,7 @@ class SimulatedSessionRobot : public SessionRobot {
   Math::Pose2D command;
   Math::Pose2D velocity;
   /** Null until the robot first drives. */
-  std::unique_ptr<RoomMap> room;
+  std::unique_ptr<RouteCells> room;
   ko::PeriodicTask driving;
 };
 

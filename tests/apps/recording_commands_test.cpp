@@ -1,11 +1,14 @@
 #include <algorithm>
+#include <chrono>
 #include <csignal>
 #include <filesystem>
 #include <fstream>
 #include <unistd.h>
 
+#include "apps/replay/machine_pace.h"
 #include "ros2/bag/bag_reader.h"
 #include "ros2/messages/report_msgs.h"
+#include "tests/apps/pseudo_terminal.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
@@ -99,6 +102,28 @@ TEST_F(RecordingTest, fromAndToChooseWhatIsShown) {
   EXPECT_EQ(first + countOf({"--from", "1.01"}), all);
   expectRefused({{"replay", path, "--from", "-1"}, "--from: seconds from 0 on expected, -1"});
   expectRefused({{"replay", path, "--speed", "0"}, "--speed: a number above 0 expected, 0"});
+}
+
+// A busy machine may take longer, never less.
+TEST_F(RecordingTest, aSpeedKeepsTheReplayToTheMachinesClock) {
+  drive(path);
+  const auto start = std::chrono::steady_clock::now();
+  EXPECT_EQ(run({"replay", path, "--speed", "4"}).status, 0);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(240));
+  EXPECT_EQ(MachinePace(4.0).scale(2.0), std::chrono::milliseconds(500));
+}
+
+TEST_F(RecordingTest, aTerminalShowsHowFarTheReplayIs) {
+  drive(path);
+  PseudoTerminal terminal;
+  test::ChildProcess process;
+  process.start([&] {
+    dup2(terminal.inner, STDERR_FILENO);
+    execl(QVSENSORS, QVSENSORS, "replay", path.c_str(), "-o", (folder / "a.csv").c_str(), nullptr);
+  });
+  for (const char* const bar : {"\rReplaying [###", "###...", "#] 100 %\r\n"})
+    EXPECT_TRUE(terminal.shows(bar)) << bar;
+  EXPECT_EQ(process.awaitEnd(), 0);
 }
 
 TEST_F(RecordingTest, anIncompleteComparisonExitsWith1) {

@@ -172,7 +172,7 @@ test('the log shows the actions, from the chosen level up', async () => {
   await lines.getByText('FrontLaser diagnosis bad: stopped').waitFor();
   const detail = lines.getByText('FrontLaser state.').first();
   assert.equal(await detail.isVisible(), false);
-  await live.page.selectOption('#log-level', 'debug');
+  await live.page.selectOption('#log-level', 'verbose');
   await detail.waitFor();
   await live.page.selectOption('#log-level', 'fatal');
   await lines.first().waitFor({ state: 'hidden' });

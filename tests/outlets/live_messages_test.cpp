@@ -78,7 +78,7 @@ TEST(LiveMessages, pagePointsFollowTheKindsPointMeaning) {
 TEST(LiveMessages, logLinesCarryLevelAndMethod) {
   const ko::log::Record line{ko::log::Level::verbose, "A.B", "c", "text", {}};
   EXPECT_EQ(json::parse(logMessage({line})), json::parse(R"({"op":"log","lines":[
-    {"time":0,"level":"debug","category":"A.B","method":"c","message":"text"}]})"));
+    {"time":0,"level":"verbose","category":"A.B","method":"c","message":"text"}]})"));
 }
 
 TEST(Base64, padsAndEncodesAnyByte) {

@@ -3,6 +3,7 @@
 import contextlib
 import copy
 import gc
+import os
 import pathlib
 import pickle
 import signal
@@ -528,6 +529,104 @@ def test_ctrl_c_ends_a_python_that_waits_for_hardware_at_its_end(tmp_path):
                 python.wait(0.1)
         assert time.monotonic() - begin < 20
         assert python.returncode == -signal.SIGINT
+
+
+def interrupt(call):
+    """Presses Ctrl-C all the time; the call has to hear of it more often than at its end."""
+    heard, is_over = [], threading.Event()
+
+    def hear(*_):
+        heard.append(None)
+        if len(heard) == 3:
+            raise KeyboardInterrupt
+
+    def press():
+        while not is_over.wait(0.001):
+            signal.raise_signal(signal.SIGINT)
+
+    before = signal.signal(signal.SIGINT, hear)
+    presser = threading.Thread(target=press)
+    presser.start()
+    try:
+        with pytest.raises(KeyboardInterrupt):
+            call()
+            is_over.set()
+    finally:
+        is_over.set()
+        presser.join()
+        signal.signal(signal.SIGINT, before)
+
+
+@pytest.fixture(scope="module")
+def large_map(tmp_path_factory):
+    """A map that takes its time, as it is and in a recording."""
+    folder = tmp_path_factory.mktemp("large")
+    map = qv.OccupancyMap(np.random.default_rng(1).random((3000, 3000), np.float32), 0.05)
+    qv.save_map(map, folder / "map.yaml")
+    with qv.open_simulated(0, map=map) as session:
+        recorder = qv.SessionRecorder(folder / "run.mcap", session)
+        session.run(qv.seconds(0.1))
+        recorder.show(session.look())
+        recorder.finish()
+    return folder
+
+
+@pytest.mark.parametrize(
+    ("open_it", "name"),
+    [
+        (qv.load_map, "map.yaml"),
+        (lambda path: qv.open_virtual(map=path), "map.yaml"),
+        (lambda path: qv.open_simulated(0, map=path), "map.yaml"),
+        (qv.open_recording, "run.mcap"),
+    ],
+    ids=["map", "virtual", "simulated", "recording"],
+)
+def test_ctrl_c_ends_the_reading_of_large_files(large_map, open_it, name):
+    interrupt(lambda: open_it(large_map / name))
+    # Nothing has taken the time over.
+    with qv.SimulatedTime():
+        pass
+
+
+def test_ctrl_c_ends_the_way_back_in_a_large_recording(large_map):
+    with qv.open_recording(large_map / "run.mcap") as session:
+        session.run(qv.seconds(0.05))
+        before = session.time
+        interrupt(lambda: session.seek(0))
+        assert session.time == before > 0
+        session.seek(0)
+        assert session.time == 0
+
+
+def test_ctrl_c_ends_the_reading_of_a_log(tmp_path):
+    pipe = tmp_path / "run.log"
+    os.mkfifo(pipe)
+    is_left = threading.Event()
+
+    def write():
+        # This waits until somebody reads.
+        with pipe.open("wb"):
+            signal.raise_signal(signal.SIGINT)
+            is_left.wait(60)
+
+    writer = threading.Thread(target=write, daemon=True)
+    writer.start()
+    with pytest.raises(KeyboardInterrupt):
+        qv.open_recording(pipe)
+    is_left.set()
+    writer.join(60)
+
+
+def test_ctrl_c_ends_the_search_for_a_way():
+    cells = np.zeros((1500, 1500), np.float32)
+    # The goal stands behind walls, so all of the map is searched.
+    cells[-40:, -40:] = 1.0
+    cells[-30:-10, -30:-10] = 0.0
+    with qv.open_simulated(0, map=qv.OccupancyMap(cells, 0.05), start=(2.0, 2.0, 0.0)) as session:
+        interrupt(lambda: session.set_goal((74.0, 74.0)))
+        session.set_goal((4.0, 2.0))
+        session.run(qv.seconds(10))
+        assert session.pose.x == pytest.approx(4.0, abs=0.1)
 
 
 def test_ctrl_c_in_a_callback_ends_the_run(session):

@@ -1,11 +1,12 @@
 #include "session/session.h"
 
 #include <cmath>
+#include <functional>
 
 #include "session/internal/command.h"
 #include "session/internal/find_route.h"
 #include "session/internal/goal_search.h"
-#include "session/internal/room_map.h"
+#include "session/internal/room_in.h"
 #include "session/internal/route_cells.h"
 #include "session/internal/session_listener.h"
 #include "session/usage_error.h"
@@ -155,20 +156,40 @@ TEST_P(SessionTest, goesToAGoalBehindIt) {
 TEST_P(SessionTest, findsARouteOnAnotherThreadAndAgainIfTheRobotHasMoved) {
   GoalSearch search(*sut, {2.0f, 4.5f});
   driveOn(0.5f);
-  search.wait();
+  ASSERT_TRUE(search.waitFor(std::chrono::minutes(1)));
   EXPECT_FALSE(search.finish());
   const Math::Pose2D standing = sut->getPose();
   sut->keepPace(kSecond);
   EXPECT_EQ(sut->getPose(), standing);
-  search.wait();
+  ASSERT_TRUE(search.waitFor(std::chrono::minutes(1)));
   EXPECT_TRUE(search.finish());
   const Snapshot at = sut->look();
   EXPECT_EQ(at.goal, Math::Position2D(2.0f, 4.5f));
   EXPECT_EQ(at.route.front(), Math::position2DFromPose2D(at.pose));
   GoalSearch none(*sut, {20.0f, 3.0f});
-  none.wait();
+  ASSERT_TRUE(none.waitFor(std::chrono::minutes(1)));
   EXPECT_EQ(errorOf([&] { none.finish(); }), "the robot can't get to 20.00, 3.00 m: no free path");
   EXPECT_EQ(sut->look().goal, at.goal);
+}
+
+TEST_P(SessionTest, whoTakesTheWheelTakesItFromAGoal) {
+  const std::vector<std::function<void()>> takers{
+      [&] { sut->drive(0.0f, 0.1f); },
+      [&] {
+        sut->drive({0.0f, 0.0f, 0.1f}, kSecond);
+      },
+      [&] { sut->wander(); },
+      [&] {
+        sut->follow({{4.0f, 3.0f}, {5.0f, 3.0f}}, 0.5, 1.0);
+      },
+      [&] { sut->stop(); },
+  };
+  for (std::size_t i = 0; i < takers.size(); ++i) {
+    sut->setGoal({2.0f, 4.5f});
+    ASSERT_NE(sut->look().goal, std::nullopt);
+    takers[i]();
+    EXPECT_EQ(sut->look().goal, std::nullopt) << i;
+  }
 }
 
 TEST_P(SessionTest, aFaultIsListedUntilItIsCleared) {
@@ -293,11 +314,11 @@ TEST(FindRoute, seesTheSameRoomInTilesAsOnTheWholeMap) {
   constexpr float kMost = 0.7f;
   OccupancyMap map(300, 140, 0.1f, {}, 0.0f);
   for (int i = 0; i < 60; ++i) map.setOccupancy(i * 7919 % 300, i * 104729 % 140, 1.0f);
-  const RoomMap whole(map, kMost);
+  const cv::Mat_<float> whole = roomIn(map, {0, 0, map.getWidth(), map.getHeight()}, kMost);
   RouteCells sut(map, kMost);
   for (cv::Point cell; cell.y < map.getHeight(); ++cell.y) {
     for (cell.x = 0; cell.x < map.getWidth(); ++cell.x) {
-      ASSERT_EQ(sut.at(cell).room, whole.getCells()(cell)) << cell;
+      ASSERT_EQ(sut.at(cell).room, whole(cell)) << cell;
     }
   }
 }

@@ -80,9 +80,8 @@ Json toJson(const std::optional<session::RecordingPlace>& place) {
 }
 
 Json toJson(const ko::log::Record& line) {
-  const bool verbose = line.level == ko::log::Level::verbose;
   return {{"time", inNanoseconds(line.timestamp)},
-          {"level", verbose ? "debug" : ko::log::getName(line.level)},
+          {"level", ko::log::getName(line.level)},
           {"category", line.category},
           {"method", line.method},
           {"message", line.message}};

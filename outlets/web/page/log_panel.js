@@ -3,7 +3,7 @@
 import { byId, make, setText } from './dom.js';
 import { clockText, count } from './format.js';
 
-const LEVELS = ['debug', 'info', 'warning', 'error', 'fatal'];
+const LEVELS = ['verbose', 'info', 'warning', 'error', 'fatal'];
 const KEPT = 500;
 const NEAR_END = 24;
 

@@ -6,7 +6,7 @@ import { degreesText, fixed } from './format.js';
 import { stepOf } from './keyboard.js';
 import { notify } from './notices.js';
 
-const HELP = 'Drag on the map to measure, or move the end with the arrow keys (Shift: by 1 m); Enter starts there. Press m to stop.';
+const HELP = 'Drag on the map to measure, or move the end with the arrow keys (Shift: by 1 m); Enter starts again from that end. Press m to stop.';
 // Seconds that a length stays to be read.
 const SHOWN = 60;
 

@@ -52,10 +52,11 @@ bool PeriodicTask::Impl::isRunning() const {
 }
 
 void PeriodicTask::Impl::run(std::uint64_t which, Clock::time_point due) {
-  if (const auto call = xBegin(which)) {
-    call();
-    xFinish(which, due);
-  }
+  // Copies, because a callback may stop its task and change the settings.
+  const Call call = xBegin(which);
+  if (!call.callback) return;
+  detail::callGuarded(*call.callback, "ko.PeriodicTask", "run", call.prefix);
+  xFinish(which, due);
 }
 
 void PeriodicTask::Impl::drop(std::uint64_t which) {
@@ -76,7 +77,7 @@ void PeriodicTask::Impl::xSchedule(Clock::time_point due) {
   started = scheduler->schedule(next, boost::make_shared<Run>(shared_from_this(), series));
 }
 
-boost::function<void()> PeriodicTask::Impl::xBegin(std::uint64_t which) {
+PeriodicTask::Impl::Call PeriodicTask::Impl::xBegin(std::uint64_t which) {
   std::lock_guard lock(mutex);
   if (which != series) return {};
   if (busy) {
@@ -85,10 +86,7 @@ boost::function<void()> PeriodicTask::Impl::xBegin(std::uint64_t which) {
   }
   busy = true;
   runner = std::this_thread::get_id();
-  // Copies, because a callback may stop its task and change the settings.
-  return [callback = callback, prefix = name + ": "] {
-    detail::callGuarded(*callback, "ko.PeriodicTask", "run", prefix);
-  };
+  return {callback, name + ": "};
 }
 
 void PeriodicTask::Impl::xFinish(std::uint64_t which, Clock::time_point due) {

@@ -34,9 +34,15 @@ class PeriodicTask::Impl : public boost::enable_shared_from_this<PeriodicTask::I
   bool compensate = false;
 
  private:
+  struct Call {
+    boost::shared_ptr<const boost::function<void()>> callback;
+    std::string prefix;
+  };
+
   void xCheckSettings() const;
   void xSchedule(Clock::time_point due);
-  boost::function<void()> xBegin(std::uint64_t which);
+  /** Returns no callback if the series was stopped, or another run is busy. */
+  Call xBegin(std::uint64_t which);
   void xFinish(std::uint64_t which, Clock::time_point due);
   Clock::time_point xNextDue(Clock::time_point due) const;
 

@@ -40,10 +40,10 @@ struct FanCast {
 
 /**
  * Casts `count` rays from a start inside the map in directions that are given about the heading, as
- * unit vectors, and tells how far each goes until it enters a cell of the store: the way that
- * walkPlainly finds for the ray that aimRay makes, to the last bit; NaN for the few rays that only
- * they can settle, and true if there may be any. What it writes into the kMore values at the end of
- * `ways` means nothing.
+ * unit vectors, each turned on from the one before by the same way round; and tells how far each
+ * goes until it enters a cell of the store: the way that walkPlainly finds for the ray that aimRay
+ * makes, to the last bit; NaN for the few rays that only they can settle, and true if there may be
+ * any. What it writes into the kMore values at the end of `ways` means nothing.
  */
 using CastRays = bool(const FanCast& fan, const double* cosines, const double* sines, int count,
                       double* ways);

@@ -8,10 +8,10 @@
 namespace QV::ros2 {
 
 /** Returns the name that the format has for it; "" for none. */
-std::string getName(Compression compression);
+QV_API std::string getName(Compression compression);
 
 /** Packs bytes, the same always to the same. Not copyable. */
-class Packer {
+class QV_API Packer {
  public:
   explicit Packer(Compression compression);
   ~Packer();
@@ -31,6 +31,6 @@ class Packer {
  * Unpacks into all of `bytes`. An unknown compression, damage, or more or fewer bytes throw
  * std::runtime_error.
  */
-void unpack(const std::string& compression, BytesView packed, std::span<std::uint8_t> bytes);
+QV_API void unpack(const std::string& compression, BytesView packed, std::span<std::uint8_t> bytes);
 
 }  // namespace QV::ros2

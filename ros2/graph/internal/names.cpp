@@ -1,13 +1,45 @@
 #include "ros2/graph/internal/names.h"
 
-#include <regex>
+#include <algorithm>
 #include <stdexcept>
+#include <string_view>
 
 namespace QV::ros2 {
 namespace {
 
-void check(const std::string& what, const std::string& name, const char* pattern) {
-  if (!std::regex_match(name, std::regex(pattern)))
+bool isDigit(char letter) {
+  return letter >= '0' && letter <= '9';
+}
+
+bool hasOnlyWordLetters(std::string_view text) {
+  return std::ranges::all_of(text, [](char letter) {
+    return (letter >= 'a' && letter <= 'z') || (letter >= 'A' && letter <= 'Z') ||
+           isDigit(letter) || letter == '_';
+  });
+}
+
+bool isWord(std::string_view text) {
+  return !text.empty() && !isDigit(text.front()) && hasOnlyWordLetters(text);
+}
+
+/** True for words with a slash between each two. */
+bool isPath(std::string_view text) {
+  const auto slash = text.find('/');
+  if (slash == text.npos) return isWord(text);
+  return isWord(text.substr(0, slash)) && isPath(text.substr(slash + 1));
+}
+
+bool isNameSpace(std::string_view text) {
+  return text == "/" || (text.starts_with('/') && isPath(text.substr(1)));
+}
+
+bool isTopic(std::string_view text) {
+  const std::size_t start = text.starts_with("~/") ? 2 : text.starts_with('/') ? 1 : 0;
+  return isPath(text.substr(start));
+}
+
+void check(const std::string& what, const std::string& name, bool isValid) {
+  if (!isValid)
     throw std::invalid_argument("a " + what +
                                 " of letters, digits and _ that begin with no digit expected, \"" +
                                 name + "\" given");
@@ -20,13 +52,13 @@ std::string join(const std::string& nameSpace, const std::string& name) {
 }  // namespace
 
 void checkNode(const std::string& name, const std::string& nameSpace) {
-  check("node's name", name, "[A-Za-z_]\\w*");
-  check("namespace", nameSpace, "/|(/[A-Za-z_]\\w*)+");
+  check("node's name", name, isWord(name));
+  check("namespace", nameSpace, isNameSpace(nameSpace));
 }
 
 std::string expandTopic(const std::string& topic, const std::string& nameSpace,
                         const std::string& node) {
-  check("topic", topic, "(/|~/)?[A-Za-z_]\\w*(/[A-Za-z_]\\w*)*");
+  check("topic", topic, isTopic(topic));
   if (topic.front() == '/') return topic;
   if (topic.front() == '~') return join(nameSpace, node) + topic.substr(1);
   return join(nameSpace, topic);
@@ -38,9 +70,15 @@ std::optional<std::string> topicOfDds(const std::string& name) {
 }
 
 std::optional<std::string> typeOfDds(const std::string& name) {
-  std::smatch parts;
-  if (!std::regex_match(name, parts, std::regex("(\\w+)::msg::dds_::(\\w+)_"))) return std::nullopt;
-  return parts.str(1) + "/msg/" + parts.str(2);
+  constexpr std::string_view kBetween = "::msg::dds_::";
+  const auto end = name.find(kBetween);
+  if (end == name.npos || !name.ends_with('_')) return std::nullopt;
+  const std::string package = name.substr(0, end);
+  std::string type = name.substr(end + kBetween.size());
+  type.pop_back();
+  if (package.empty() || type.empty()) return std::nullopt;
+  if (!hasOnlyWordLetters(package) || !hasOnlyWordLetters(type)) return std::nullopt;
+  return package + "/msg/" + type;
 }
 
 }  // namespace QV::ros2

@@ -103,14 +103,15 @@ Topic Participant::makeTopic(const std::string& ddsName, const MessageType& type
   const auto result = dds_create_topic_sertype(participant.get(), ddsName.c_str(), &cdrType,
                                                nullptr, nullptr, nullptr);
   if (result < 0) ddsi_sertype_unref(cdrType);
-  return {Entity(checked(result, "topic " + ddsName + " can't be made")), cdrType};
+  Entity entity(checked(result, "topic " + ddsName + " can't be made"));
+  return {std::move(entity), {ddsi_sertype_ref(cdrType), TypeUnref()}};
 }
 
 void Participant::xAnnounce() {
   if (nodesWriter.get() == 0) return;
   Bytes cdr = encodeNodes(options.distro, guidOf(participant.get()), {nodes.begin(), nodes.end()});
   const auto result =
-      dds_writecdr(nodesWriter.get(), new CdrData(nodesTopic.type, SDK_DATA, std::move(cdr)));
+      dds_writecdr(nodesWriter.get(), new CdrData(nodesTopic.type.get(), SDK_DATA, std::move(cdr)));
   if (result < 0)
     ko::log::warning("ROS2.Graph", "announce")
         << "can't announce the node names: " << dds_strretcode(-result);

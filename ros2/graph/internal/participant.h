@@ -1,6 +1,7 @@
 #pragma once
 
 #include <dds/dds.h>
+#include <dds/ddsi/ddsi_sertype.h>
 #include <memory>
 #include <mutex>
 #include <set>
@@ -46,10 +47,15 @@ using QosPtr = std::unique_ptr<dds_qos_t, QosDeleter>;
 QosPtr qosOf(const Qos& qos, const MessageType& type);
 Qos qosFrom(const dds_qos_t* qos);
 
-/** A topic of the engine for messages in CDR. */
+struct TypeUnref {
+  void operator()(ddsi_sertype* type) const { ddsi_sertype_unref(type); }
+};
+
+/** A topic of the engine for messages in CDR. The type stays while messages are made of it, also if
+ * the engine's own entities are gone. */
 struct Topic {
   Entity entity;
-  const struct ddsi_sertype* type = nullptr;
+  std::unique_ptr<ddsi_sertype, TypeUnref> type;
 };
 
 /** The participant that all nodes of a Graph share. */

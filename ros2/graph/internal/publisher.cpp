@@ -36,7 +36,7 @@ class DdsPublisher : public Publisher {
 
   void write(Bytes cdr) override {
     const auto result =
-        dds_writecdr(writer.get(), new CdrData(ddsTopic.type, SDK_DATA, std::move(cdr)));
+        dds_writecdr(writer.get(), new CdrData(ddsTopic.type.get(), SDK_DATA, std::move(cdr)));
     if (result < 0 && lost++ == 0)
       ko::log::warning("ROS2.Publisher", "write")
           << topic.name << ": a message could not be sent (further losses are only counted): "

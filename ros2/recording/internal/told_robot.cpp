@@ -49,13 +49,15 @@ TopicSurvey surveyTopics(const std::string& path) {
   }
 }
 
-ToldRobot::ToldRobot(const std::string& path, const TopicSurvey& survey)
+ToldRobot::ToldRobot(const std::string& path, std::unique_ptr<BagReader> givenBag,
+                     const TopicSurvey& survey)
     : title("Recording " + std::filesystem::path(path).filename().string()),
-      bag(std::make_unique<BagReader>(path)),
+      bag(std::move(givenBag)),
       modules(
           describe(survey), survey, [](const auto&) { return ko::Clock::now(); }, "Recording"),
       navigation(boost::make_shared<sensor::NavigationModule>(modules.getBroker())),
       start(ko::Clock::now()),
+      lastLogTime(bag->getTimes().start),
       due(start) {
   hosting.emplace(modules.getBroker(), navigation);
 }
@@ -75,7 +77,7 @@ void ToldRobot::xReadNext() const {
 }
 
 ko::Clock::time_point ToldRobot::xTimeOf(std::uint64_t logTime) const {
-  const std::uint64_t gap = logTime - std::min(lastLogTime.value_or(logTime), logTime);
+  const std::uint64_t gap = logTime - std::min(lastLogTime, logTime);
   if (lastLogTime == logTime) return due;
   lastLogTime = logTime;
   if (gap > kLongGap) {

@@ -23,8 +23,9 @@ TopicSurvey surveyTopics(const std::string& path);
  */
 class ToldRobot : public BagRobot {
  public:
-  /** Stands before the first message. Throws std::runtime_error without a sensor topic. */
-  ToldRobot(const std::string& path, const TopicSurvey& survey);
+  /** Stands before the first message of the file, which `bag` reads. Throws std::runtime_error
+   * without a sensor topic. */
+  ToldRobot(const std::string& path, std::unique_ptr<BagReader> bag, const TopicSurvey& survey);
 
   sensor::NavigationModule& getNavigation() override { return *navigation; }
   const Model::Robot* getDescription() const override { return &modules.getModel(); }
@@ -64,7 +65,7 @@ class ToldRobot : public BagRobot {
   const ko::Clock::time_point start;
   bool isAmid = false;
   mutable std::optional<BagMessage> upcoming;
-  mutable std::optional<std::uint64_t> lastLogTime;
+  mutable std::uint64_t lastLogTime;
   mutable ko::Clock::time_point due;
 };
 

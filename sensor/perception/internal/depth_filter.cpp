@@ -35,6 +35,12 @@ void findRuns(const cv::Mat& depth, const cv::Mat_<int>& labels, vision::Compone
   }
 }
 
+int findMostLabel(const vision::ComponentRuns& runs) {
+  int most = 0;
+  for (std::size_t i = 0; i < runs.count; ++i) most = std::max(most, runs.labels[i]);
+  return most;
+}
+
 }  // namespace
 
 void DepthFilter::filter(const cv::Mat& depth, const Extents& extents, int blobSize,
@@ -57,29 +63,29 @@ void DepthFilter::xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns
   });
   xMakeRoom(blobSize, scans);
   spares.trim(kSpareFrames * depth.total());
+  if (labels.empty()) return;
   for (int y = 0; y < depth.rows; ++y) {
-    projection.project(depth.ptr<std::uint16_t>(y), y, runs.getRow(y), nextPoints.data());
+    projection.project(depth.ptr<std::uint16_t>(y), y, runs.getRow(y), rooms.data());
   }
 }
 
 void DepthFilter::xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs) {
-  pointCounts.clear();
   pixelBeyond.reset();
-  labelOrder.clear();
+  components.assign(static_cast<std::size_t>(findMostLabel(runs)) + 1, {});
   runCounts.resize(static_cast<std::size_t>(depth.cols));
   const bool logs = ko::log::isEnabled(ko::log::Level::error, kFilteringCategory);
+  int run = 0;
   for (int y = 0; y < depth.rows; ++y) {
     const std::uint16_t* const pixels = depth.ptr<std::uint16_t>(y);
     const vision::ComponentRuns::Row row = runs.getRow(y);
-    DepthProjection::countPoints(pixels, depth.cols, row, runCounts.data());
-    for (std::size_t i = 0; i < row.count; ++i) {
+    projection.countPoints(pixels, row, runCounts.data());
+    for (std::size_t i = 0; i < row.count; ++i, ++run) {
       const int count = runCounts[i];
       const int beyond = row.ends[i] - row.begins[i] - count;
       if (beyond > 0) xKeepBeyond(pixels + row.begins[i], pixels + row.ends[i], logs);
-      const auto label = static_cast<std::size_t>(row.labels[i]);
-      if (label >= pointCounts.size()) pointCounts.resize(label + 1);
-      if (count > 0 && pointCounts[label] == 0) labelOrder.push_back(row.labels[i]);
-      pointCounts[label] += count;
+      Component& component = components[static_cast<std::size_t>(row.labels[i])];
+      component.firstRun = component.points == 0 ? run : component.firstRun;
+      component.points += count;
     }
   }
 }
@@ -99,12 +105,21 @@ void DepthFilter::xKeepBeyond(const std::uint16_t* pixel, const std::uint16_t* e
 }
 
 void DepthFilter::xMakeRoom(int blobSize, std::vector<Points>& scans) {
-  nextPoints.assign(pointCounts.size(), nullptr);
-  for (const int label : labelOrder) {
+  labels.clear();
+  const int least = std::max(blobSize, 1);
+  for (std::size_t label = 0; label < components.size(); ++label) {
+    if (components[label].points >= least) labels.push_back(static_cast<int>(label));
+  }
+  const auto firstRunOf = [this](int label) {
+    return components[static_cast<std::size_t>(label)].firstRun;
+  };
+  std::ranges::sort(labels, {}, firstRunOf);
+  rooms.assign(components.size(), {});
+  for (const int label : labels) {
     const auto index = static_cast<std::size_t>(label);
-    if (pointCounts[index] < blobSize) continue;
-    scans.push_back(spares.take(static_cast<std::size_t>(pointCounts[index])));
-    nextPoints[index] = scans.back().data();
+    Points& points =
+        scans.emplace_back(spares.take(static_cast<std::size_t>(components[index].points)));
+    rooms[index] = {points.data(), points.data() + points.size()};
   }
 }
 

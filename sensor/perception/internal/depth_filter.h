@@ -39,6 +39,12 @@ class DepthFilter {
   void forgetSpares() { spares.trim(0); }
 
  private:
+  struct Component {
+    int points = 0;
+    /** The first of its runs that gives any. */
+    int firstRun = 0;
+  };
+
   void xProjectRuns(const cv::Mat& depth, const vision::ComponentRuns& runs, const Extents& extents,
                     int blobSize, std::vector<Points>& scans);
   void xCountPoints(const cv::Mat& depth, const vision::ComponentRuns& runs);
@@ -51,10 +57,11 @@ class DepthFilter {
   std::optional<std::uint16_t> pixelBeyond;
   // The count of each run of a row.
   std::vector<int> runCounts;
-  // The point list of each label; null for a component that is too small.
-  std::vector<int> pointCounts;
-  std::vector<Math::Position3D*> nextPoints;
-  std::vector<int> labelOrder;
+  // By label; no room for a component that is too small.
+  std::vector<Component> components;
+  std::vector<DepthProjection::Room> rooms;
+  // Those with room.
+  std::vector<int> labels;
   SparePoints spares;
 };
 

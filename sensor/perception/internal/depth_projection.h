@@ -36,25 +36,41 @@ class DepthProjection {
     Extents extents;
   };
 
+  /** The part of a component's list of points that is not written yet. */
+  struct Room {
+    Math::Position3D* next = nullptr;
+    Math::Position3D* end = nullptr;
+  };
+
+  /**
+   * The pixels of a row that are not beyond kMaxDepth: 64 bits each, and how many lie before these.
+   */
+  struct Within {
+    std::vector<std::uint64_t> bits;
+    std::vector<int> before;
+  };
+
   /** Prepares for images of one size. */
   void reset(cv::Size size, const Extents& extents);
 
   /** Counts the points that each of a row's runs gives. */
-  static void countPoints(const std::uint16_t* pixels, int width,
-                          const vision::ComponentRuns::Row& runs, int* counts);
+  void countPoints(const std::uint16_t* pixels, const vision::ComponentRuns::Row& runs,
+                   int* counts);
 
   /**
-   * Writes the points of a row's runs, whose pixels have a depth, to where `next` says for each
-   * label, and moves that behind them; none for a label where it is null.
+   * Writes the points of a row's runs, whose pixels have a depth, into the room of each label,
+   * which shrinks by them; none where there is none. Rooms are filled in the end: what lies in one
+   * has no value until then.
    */
   void project(const std::uint16_t* pixels, int row, const vision::ComponentRuns::Row& runs,
-               Math::Position3D** next) const;
+               Room* rooms);
 
  private:
   Extents extents;
   float height = 0.0f;
   // The place of each column, in widths of the image, from -0.5 on.
   std::vector<float> columns;
+  Within within;
 };
 
 }  // namespace QV::sensor

@@ -62,16 +62,14 @@ class RandomFans {
     return integer(-8, 8) * eighth + offsets[integer(0, 2)];
   }
 
-  /** Makes a fan that turns by even steps, however small, or rays in no order. */
+  /** Makes a fan that turns by even steps, however small. */
   Directions nextDirections() {
     Directions directions{integer(1, FanCast::kMostRays)};
     const double steps[] = {hair(), uniform(-0.03, 0.03), uniform(-0.03, 0.03), uniform(-7.0, 7.0)};
     const double step = steps[integer(0, 3)];
-    const double disorder = integer(0, 3) == 0 ? uniform(0.0, 0.3) : 0.0;
     for (int i = 0; i < directions.count; ++i) {
-      const double angle = i * step + uniform(0.0, disorder);
-      directions.cosines[i] = snapped(std::cos(angle));
-      directions.sines[i] = snapped(std::sin(angle));
+      directions.cosines[i] = snapped(std::cos(i * step));
+      directions.sines[i] = snapped(std::sin(i * step));
     }
     return directions;
   }

@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <filesystem>
 #include <functional>
+#include <malloc.h>
 #include <numeric>
 #include <sqlite3.h>
 #include <tuple>
@@ -10,6 +11,7 @@
 #include <gmock/gmock.h>
 
 #include "ros2/bag/internal/bag_file.h"
+#include "ros2/bag/internal/compression.h"
 #include "ros2/bag/internal/damage_log.h"
 #include "ros2/bag/internal/mcap_records.h"
 #include "tests/ros2/bag/small_bag.h"
@@ -101,6 +103,43 @@ TEST_F(BagReaderTest, aDamagedChunkIsSkippedAndCounted) {
       EXPECT_THAT(sut.getDamage().lines, testing::Contains(HasSubstr(expected)));
     }
   }
+}
+
+// A decoder is content with the beginning of a frame.
+TEST_F(BagReaderTest, packedBytesAreUnpackedAsAWholeOrNotAtAll) {
+  const Bytes bytes(1000, 7);
+  for (const auto compression : {Compression::none, Compression::lz4, Compression::zstd}) {
+    Packer packer(compression);
+    const BytesView view = packer.pack(bytes);
+    const Bytes packed(view.begin(), view.end());
+    const auto unpacked = [&](int more, std::size_t room) {
+      Bytes given = packed;
+      given.resize(packed.size() + static_cast<std::size_t>(more));
+      Bytes result(room);
+      unpack(getName(compression), given, result);
+      return result;
+    };
+    EXPECT_EQ(unpacked(0, 1000), bytes);
+    for (const auto& [more, room] : {std::pair(-1, 1000), {1, 1000}, {0, 999}, {0, 1001}})
+      EXPECT_THROW(unpacked(more, room), std::runtime_error)
+          << getName(compression) << " " << more << " " << room;
+  }
+}
+
+TEST_F(BagReaderTest, aDamagedAttachmentIsSkipped) {
+  {
+    BagWriter writer(path);
+    for (const char* const name : {"first", "second"})
+      writer.addAttachment({name, "text/plain", 0, 0, {'a', 'b', 'c'}});
+  }
+  std::string bytes = test::readBytes(path);
+  bytes[bytes.find("abc") + 1] = 'x';
+  folder.write("run.mcap", bytes);
+  BagReader sut(path);
+  ASSERT_EQ(sut.getAttachmentCount(), 2u);
+  EXPECT_FALSE(sut.readAttachment(0));
+  EXPECT_EQ(sut.readAttachment(1)->name, "second");
+  EXPECT_THAT(sut.getDamage().lines, ElementsAre(HasSubstr("attachment skipped: CRC is wrong")));
 }
 
 TEST_F(BagReaderTest, anInvalidSummaryIsIgnored) {
@@ -212,9 +251,11 @@ TEST_F(BagReaderTest, messagesOutOfOrderComeInOrderInBoundedMemory) {
   }
   // All of its chunks overlap, one at a time may be open, and the index is longer than a chunk.
   const auto sut = openMcap(openFile(path), path, BagOrder::time, {4000, 1});
+  const std::size_t before = mallinfo2().uordblks;
   for (std::size_t time = 0; time < times.size(); ++time) {
     const auto message = sut->next();
     ASSERT_TRUE(message);
+    ASSERT_LT(mallinfo2().uordblks, before + 60'000);
     ASSERT_EQ(message->logTime, time);
     const auto text = fromCdr<std_msgs::String>(message->data).data;
     ASSERT_EQ(times[std::stoul(text)], time);
@@ -297,18 +338,43 @@ TEST_F(BagReaderTest, aChunkOfMoreMessagesThanThereIsRoomForIsSkipped) {
               testing::Pair(0, ElementsAre(HasSubstr("up to 200 messages expected, more given"))));
 }
 
-/** A recording in SQLite whose topics are made as they are read: `bytes` each. */
-void writeSwelling(const std::string& path, int topics, int bytes) {
+void makeDatabase(const std::string& path, const std::string& text) {
   sqlite3* database = nullptr;
   ASSERT_EQ(sqlite3_open(path.c_str(), &database), SQLITE_OK);
+  EXPECT_EQ(sqlite3_exec(database, text.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
+  sqlite3_close(database);
+}
+
+TEST_F(BagReaderTest, aDatabaseGivesItsMessagesInTheOrderOfTime) {
+  const std::string file = folder / "bag.db3";
+  makeDatabase(
+      file,
+      "CREATE TABLE topics(id INTEGER PRIMARY KEY, name, type, serialization_format);"
+      "CREATE TABLE messages(id INTEGER PRIMARY KEY, topic_id, timestamp, data);"
+      "INSERT INTO topics VALUES (1, '/text', 'std_msgs/msg/String', 'cdr');"
+      "INSERT INTO messages VALUES (1, 1, 30, x'03'), (2, 1, 10, x'01'), (3, 9, 15, x'09'),"
+      "(4, 1, 20, x'02'), (5, 1, 20, NULL);");
+  BagReader sut(file);
+  std::vector<std::pair<std::uint64_t, Bytes>> messages;
+  while (const auto message = sut.next())
+    messages.emplace_back(message->logTime, Bytes(message->data.begin(), message->data.end()));
+  using testing::Pair;
+  EXPECT_THAT(messages, ElementsAre(Pair(10, Bytes{1}), Pair(20, Bytes{2}), Pair(20, Bytes{}),
+                                    Pair(30, Bytes{3})));
+  EXPECT_EQ(sut.getDamage().messages, 1u);
+  sut.seek(20);
+  EXPECT_EQ(sut.next()->data[0], 2);
+}
+
+/** A recording in SQLite whose topics are made as they are read: `bytes` each. */
+void writeSwelling(const std::string& path, int topics, int bytes) {
   std::string text =
       "CREATE TABLE messages(id INTEGER PRIMARY KEY, topic_id, timestamp, data);"
       "CREATE TABLE topics(id INTEGER PRIMARY KEY, type TEXT, name TEXT GENERATED "
       "ALWAYS AS (hex(zeroblob(" +
       std::to_string(bytes / 2) + "))) VIRTUAL);";
   for (int i = 0; i < topics; ++i) text += "INSERT INTO topics(type) VALUES ('a');";
-  EXPECT_EQ(sqlite3_exec(database, text.c_str(), nullptr, nullptr, nullptr), SQLITE_OK);
-  sqlite3_close(database);
+  makeDatabase(path, text);
 }
 
 TEST_F(BagReaderTest, topicsThatSwellAreRefused) {
@@ -337,18 +403,20 @@ TEST_F(BagReaderTest, infoCountsRatesAndGaps) {
   {
     SmallBag bag(path);
     bag.write(21);
-    bag.writer.write(bag.texts, 20 * kSecond, std_msgs::String{"late"});
+    for (const std::uint64_t second : {20, 21})
+      bag.writer.write(bag.texts, second * kSecond, std_msgs::String{"late"});
     bag.writer.addTopic(makeBagTopic("/silent", std_msgs::String::getType()));
   }
   const BagInfo sut = readBagInfo(path);
-  EXPECT_EQ(sut.count, 22u);
+  EXPECT_EQ(sut.count, 23u);
   EXPECT_EQ(sut.startTime, 10 * kSecond);
-  EXPECT_EQ(sut.endTime, 20 * kSecond);
+  EXPECT_EQ(sut.endTime, 21 * kSecond);
   EXPECT_EQ(sut.fileBytes, std::filesystem::file_size(path));
   ASSERT_EQ(sut.topics.size(), 3u);
   EXPECT_EQ(sut.topics[0].topic.name, "/range");
   EXPECT_DOUBLE_EQ(sut.topics[0].rate, 5.0);
   EXPECT_EQ(sut.topics[0].longestGap, kSecond / 5);
+  EXPECT_EQ(sut.topics[0].bytes, 10 * toCdr(sensor_msgs::Range()).size());
   EXPECT_EQ(sut.topics[1].count, 0u);
   EXPECT_EQ(sut.topics[2].longestGap, 8 * kSecond);
 }

@@ -234,10 +234,12 @@ std::string refusalWith(const std::map<std::string, std::string>& variables) {
 }
 
 TEST(GraphOptions, refuseInvalidValues) {
-  for (const char* const value : {"-1", "102", "ten", "1.5"})
-    EXPECT_EQ(
-        refusalWith({{"ROS_DOMAIN_ID", value}}),
-        "ROS_DOMAIN_ID: a number from 0 to 101 expected, \"" + std::string(value) + "\" given");
+  for (const char* const value : {"-1", "102", "214", "233", "ten", "1.5"})
+    EXPECT_EQ(refusalWith({{"ROS_DOMAIN_ID", value}}),
+              "ROS_DOMAIN_ID: a number from 0 to 101 or 215 to 232 expected, \"" +
+                  std::string(value) + "\" given");
+  for (const char* const value : {"101", "215", "232"})
+    EXPECT_EQ(refusalWith({{"ROS_DOMAIN_ID", value}}), "taken");
   EXPECT_EQ(refusalWith({{"ROS_AUTOMATIC_DISCOVERY_RANGE", "WIDE"}}),
             "ROS_AUTOMATIC_DISCOVERY_RANGE: OFF, LOCALHOST, SUBNET or SYSTEM_DEFAULT expected, "
             "\"WIDE\" given");

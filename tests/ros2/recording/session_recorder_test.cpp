@@ -3,6 +3,7 @@
 #include <algorithm>
 #include <chrono>
 #include <csignal>
+#include <cstring>
 #include <filesystem>
 #include <fstream>
 #include <numeric>
@@ -48,6 +49,70 @@ struct Contents {
   std::map<std::string, Bytes> last;
 };
 
+/** The frames and times of a message; those of a marker array stand in its markers. */
+std::vector<std_msgs::Header> headersOf(const BagMessage& message) {
+  std::vector<std_msgs::Header> headers;
+  if (message.topic->type == visualization_msgs::MarkerArray::getType().getName()) {
+    for (const auto& marker : fromCdr<visualization_msgs::MarkerArray>(message.data).markers)
+      headers.push_back(marker.header);
+  } else if (message.topic->schema.starts_with("std_msgs/Header header\n")) {
+    // The name of the frame ends the header: its length stands after that of CDR and the time.
+    std::uint32_t letters = 0;
+    std::memcpy(&letters, message.data.data() + 12, sizeof letters);
+    headers.push_back(fromCdr<std_msgs::Header>(message.data.first(16 + letters)));
+  }
+  return headers;
+}
+
+/** The recorded transforms, each with its times in nanoseconds. */
+class RecordedFrames {
+ public:
+  explicit RecordedFrames(const std::string& path) {
+    BagReader reader(path);
+    while (const auto message = reader.next()) {
+      if (message->topic->type != tf2_msgs::TFMessage::getType().getName()) continue;
+      for (const auto& placed : fromCdr<tf2_msgs::TFMessage>(message->data).transforms) {
+        Link& link = links[placed.child_frame_id];
+        EXPECT_TRUE(link.parent.empty() || link.parent == placed.header.frame_id);
+        link.parent = placed.header.frame_id;
+        link.isStatic = message->topic->name == "/tf_static";
+        link.times.insert(nanoseconds(placed.header.stamp));
+      }
+    }
+  }
+
+  /** True if transforms around its time, 0.1 s apart at most, lead from its frame to the map. */
+  bool connects(const std_msgs::Header& header) const {
+    std::string frame = header.frame_id;
+    for (std::size_t depth = 0; frame != "map" && depth < links.size(); ++depth) {
+      const auto link = links.find(frame);
+      if (link == links.end() || !link->second.isKnownAt(nanoseconds(header.stamp))) return false;
+      frame = link->second.parent;
+    }
+    return frame == "map";
+  }
+
+ private:
+  struct Link {
+    bool isKnownAt(std::int64_t time) const {
+      const auto after = times.lower_bound(time);
+      if (isStatic || (after != times.end() && *after == time)) return true;
+      return after != times.begin() && after != times.end() &&
+             *after - *std::prev(after) <= 100'000'000;
+    }
+
+    std::string parent;
+    bool isStatic = false;
+    std::set<std::int64_t> times;
+  };
+
+  static std::int64_t nanoseconds(const builtin_interfaces::Time& time) {
+    return time.sec * std::int64_t{1'000'000'000} + time.nanosec;
+  }
+
+  std::map<std::string, Link> links;
+};
+
 struct SessionRecorderTest : testing::Test {
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";
@@ -61,11 +126,11 @@ TEST_F(SessionRecorderTest, theSameSeedGivesTheSameBytes) {
 
 TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) {
   const auto session = session::openVirtual("porter", test::busyWorld());
-  recordSession(*session, path, 20, [](session::Session&, int cycle) {
+  recordSession(*session, path, 10, [](session::Session&, int cycle) {
     if (cycle == 3) ko::log::warning("Somebody", "test") << "something";
   });
   const Contents sut(path);
-  EXPECT_EQ(sut.counts.at("/clock"), 20u);
+  EXPECT_EQ(sut.counts.at("/clock"), 10u);
   EXPECT_EQ(sut.get<rcl_interfaces::Log>("/rosout").msg, "something");
 
   const auto map = sut.get<nav_msgs::OccupancyGrid>("/map");
@@ -97,7 +162,7 @@ TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) 
   EXPECT_THAT(views,
               testing::Contains(testing::Field(&visualization_msgs::Marker::ns, "FrontLaser")));
   EXPECT_GT(sut.get<sensor_msgs::PointCloud2>("/FrontLaser/points").width, 0u);
-  EXPECT_EQ(sut.counts.at("/qv/records"), 20u);
+  EXPECT_EQ(sut.counts.at("/qv/records"), 10u);
 
   const auto runs = sut.get<qv_msgs::ImagePoints>("/DepthCamera/image_points");
   EXPECT_EQ(runs.image, "/DepthCamera/image");
@@ -108,6 +173,28 @@ TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) 
   const std::size_t shown = sut.get<sensor_msgs::PointCloud2>("/DepthCamera/points").width;
   EXPECT_GT(shown, all / 20);
   EXPECT_LT(shown, all / 12);
+}
+
+// A viewer does not draw what it can't place.
+TEST_F(SessionRecorderTest, everyMessageIsInAFrameThatIsConnectedToTheMapAtItsTime) {
+  for (const bool isVirtual : {true, false}) {
+    const auto session =
+        isVirtual ? session::openVirtual("porter", test::busyWorld()) : session::openSimulated(1);
+    recordSession(*session, path, 8, [](session::Session& robot, int) { robot.drive(0.3f, 0.4f); });
+    const RecordedFrames sut(path);
+    std::set<std::string> placed;
+    BagReader reader(path);
+    while (const auto message = reader.next()) {
+      for (const auto& header : headersOf(*message)) {
+        placed.insert(message->topic->name);
+        EXPECT_TRUE(sut.connects(header))
+            << message->topic->name << " in \"" << header.frame_id << "\" at " << header.stamp.sec
+            << " s " << header.stamp.nanosec << " ns";
+      }
+    }
+    EXPECT_THAT(placed, testing::IsSupersetOf({"/map", "/odom", "/fields_of_view"}));
+    EXPECT_GT(placed.size(), isVirtual ? 20u : 8u);
+  }
 }
 
 TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorButNotTheRun) {
@@ -123,7 +210,7 @@ TEST_F(SessionRecorderTest, aFullDiskEndsTheRecordingWithOneErrorButNotTheRun) {
     errors.clear();
     SessionRecorder recorder(path, *own);
     own->subscribe("test", own->getManager().getFamilyNames());
-    for (int i = 0; i < 20; ++i) {
+    for (int i = 0; i < 10; ++i) {
       own->run(boost::chrono::milliseconds(100));
       recorder.show(own->look());
     }

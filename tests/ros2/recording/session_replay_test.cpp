@@ -1,6 +1,7 @@
 #include "ros2/recording/session_replay.h"
 
 #include <cmath>
+#include <filesystem>
 #include <numbers>
 
 #include <boost/make_shared.hpp>
@@ -10,6 +11,8 @@
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "session/internal/gradual_seek.h"
+#include "session/internal/seconds.h"
 #include "session/usage_error.h"
 #include "tests/ros2/recording/recorded_session.h"
 #include "tests/support/temporary_folder.h"
@@ -184,6 +187,28 @@ TEST_F(SessionReplayTest, aRecordingIsPlayedFromAnyPlaceAndBackwards) {
   EXPECT_THROW(sut.drive(1.0f, 0.0f), session::UsageError);
 }
 
+TEST_F(SessionReplayTest, aFarPlaceIsReachedInParts) {
+  SessionReplay replay(porterSession(24));
+  session::Session& session = replay.getSession();
+  const auto partsTo = [&](double seconds) {
+    session::GradualSeek sut(session, ko::Duration(std::llround(1e9 * seconds)));
+    std::vector<double> parts;
+    do {
+      parts.push_back(session.look().recording->time);
+    } while (!sut.goOn());
+    parts.push_back(session.look().recording->time);
+    return parts;
+  };
+  // Hardware that starts makes a part longer.
+  const auto about = [](double seconds) { return testing::DoubleNear(seconds, 0.2); };
+  EXPECT_THAT(partsTo(2.25), testing::ElementsAre(0.0, about(1.0), about(2.0), 2.25));
+  EXPECT_THAT(partsTo(0.5), testing::ElementsAre(0.0, 0.5));
+  EXPECT_THAT(partsTo(1e6), testing::ElementsAre(0.5, about(1.5), about(2.5),
+                                                 session::inSeconds(replay.getLength())));
+  EXPECT_THAT(partsTo(1.5), testing::ElementsAre(0.0, about(1.0), 1.5));
+  while (session.step()) ASSERT_FALSE(replay.compare());
+}
+
 TEST_F(SessionReplayTest, sensorsAreDerivedFromAnotherRobotsTopics) {
   copyBag(porterSession(24), copy, false, [](const BagTopic&, Bytes&) {});
 
@@ -198,6 +223,10 @@ TEST_F(SessionReplayTest, sensorsAreDerivedFromAnotherRobotsTopics) {
   for (const char* const sensor : {"FrontLaser_scan", "FrontSonar_range", "BlindZone_contact",
                                    "DepthCamera_image", "FrontLaser_points"})
     EXPECT_GT(points[sensor], 0u) << sensor;
+  // A file that has gone can't begin again: the session stays where it is.
+  std::filesystem::remove(copy);
+  EXPECT_THROW(replay.getSession().seek({}), std::runtime_error);
+  EXPECT_GT(replay.getSession().look().recording->time, 2.0);
 }
 
 TEST_F(SessionReplayTest, anotherRobotsReplayCanBeRecordedAndReplayedBitForBit) {

@@ -49,14 +49,6 @@ class Walk {
     }
   }
 
-  /** Walks with the rays of a bundle. */
-  HWY_INLINE void go(const Bundle& bundle, int begin, int end, Rays& rays) const {
-    for (int i = begin; i < end; ++i) {
-      // By rounding, a ray may lie outside.
-      go(bundle.holds(rays.rise[i]) ? bundle.strips : 0, i, i + 1, rays);
-    }
-  }
-
  private:
   static constexpr int kStep = kBack ? -1 : 1;
 
@@ -100,7 +92,8 @@ class Walk {
 template <bool kBack>
 HWY_INLINE void walk(const FanSector& sector, const Side& side, int begin, int end, Rays& rays) {
   const Walk<kBack> walk(sector, side);
-  const int strips = walk.isFirstFree() ? 1 : 0;
+  int strips = walk.isFirstFree() ? 1 : 0;
+  if (strips != 0) strips = goAhead(sector, side, begin, end - 1, rays, strips);
   if (std::abs(rays.lastStrip[begin] - side.firstStrip) < kFewestStrips &&
       std::abs(rays.lastStrip[end - 1] - side.firstStrip) < kFewestStrips) {
     return walk.go(strips, begin, end, rays);

@@ -27,26 +27,16 @@ namespace {
 constexpr int kTogether = 8;
 constexpr int kFewestStrips = 6;
 
-/** The strips that rays may skip whose lines are not outside these. */
-struct Bundle {
-  explicit Bundle(int strips) : strips(strips) {}
-  bool holds(Height rise) const { return rise >= flattest && rise <= steepest; }
-
-  int strips;
-  Height flattest = 0;
-  Height steepest = std::numeric_limits<Height>::max();
-};
-
 /** The range of heights between the lines of two rays of a sector, strip by strip. */
 class Wedge {
  public:
-  Wedge(const FanSector& sector, const Rays& rays, const Bundle& bundle, int one, int other)
-      : lowest(std::min(rays.low[one], rays.low[other])),
+  Wedge(const FanSector& sector, const Rays& rays, int one, int other)
+      : lowest(std::min(rays.low[one], rays.low[other]) - kMargin),
         highest(std::max(rays.low[one] + kStrip * rays.rise[one],
-                         rays.low[other] + kStrip * rays.rise[other])) {
-    highest += Height{kSlack} << kDroppedBits;
-    const Height least = kStrip * bundle.flattest;
-    const Height most = kStrip * bundle.steepest;
+                         rays.low[other] + kStrip * rays.rise[other]) +
+                kMargin) {
+    const Height least = kStrip * (std::min(rays.rise[one], rays.rise[other]) - 1);
+    const Height most = kStrip * (std::max(rays.rise[one], rays.rise[other]) + 1);
     lowAdvance = sector.rowStep > 0 ? least : -most;
     highAdvance = sector.rowStep > 0 ? most : -least;
   }
@@ -70,6 +60,10 @@ class Wedge {
   }
 
  private:
+  // By rounding, rays between the two may lie outside by a little: so much less than this, and the
+  // rise of a column by 1.
+  static constexpr Height kMargin = Height{2 * kSlack} << kDroppedBits;
+
   Height lowest;
   Height highest;
   Height lowAdvance;
@@ -78,25 +72,22 @@ class Wedge {
 
 /**
  * Finds how many strips neighbouring rays can pass because nothing stands between the first and the
- * last of them; `skipped` are known.
+ * last of them; `strips` are known.
  */
-HWY_INLINE Bundle goAhead(const FanSector& sector, const Side& side, int first, int last,
-                          const Rays& rays, int skipped) {
+HWY_INLINE int goAhead(const FanSector& sector, const Side& side, int first, int last,
+                       const Rays& rays, int strips) {
   const StripImage::View image(sector.image);
   const int step = sector.columnStep;
   const int most =
       std::min(step * rays.lastStrip[first], step * rays.lastStrip[last]) - step * side.firstStrip;
-  Bundle bundle(skipped);
-  bundle.flattest = std::min(rays.rise[first], rays.rise[last]);
-  bundle.steepest = std::max(rays.rise[first], rays.rise[last]);
-  Wedge wedge(sector, rays, bundle, first, last);
-  if (skipped != 0) wedge.advance(skipped);
-  while (bundle.strips < most && wedge.isFree(image, side.firstStrip + step * bundle.strips)) {
+  Wedge wedge(sector, rays, first, last);
+  if (strips != 0) wedge.advance(strips);
+  while (strips <= most && wedge.isFree(image, side.firstStrip + step * strips)) {
     wedge.advance();
-    ++bundle.strips;
+    ++strips;
   }
-  wedge.fetch(image, side.firstStrip + step * bundle.strips);
-  return bundle;
+  wedge.fetch(image, side.firstStrip + step * strips);
+  return strips;
 }
 
 }  // namespace

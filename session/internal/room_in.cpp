@@ -1,4 +1,4 @@
-#include "session/internal/room_map.h"
+#include "session/internal/room_in.h"
 
 #include <algorithm>
 #include <cmath>
@@ -35,21 +35,6 @@ cv::Mat_<float> roomIn(const OccupancyMap& map, const cv::Rect& area, float most
   const cv::Rect both = seen & area;
   cv::min(room(both - seen.tl()), most, cells(both - area.tl()));
   return cells;
-}
-
-RoomMap::RoomMap(const OccupancyMap& map, float most)
-    : toMap(Math::pinv(map.getOrigin())),
-      resolution(map.getResolution()),
-      cells(roomIn(map, {0, 0, map.getWidth(), map.getHeight()}, most)) {}
-
-float RoomMap::find(const Math::Position2D& position) const {
-  const Math::Position2D inMap = toMap * position;
-  // What is far out has no cell of any number.
-  const float column = inMap.x / resolution;
-  const float row = inMap.y / resolution;
-  const bool inside = column >= 0.0f && row >= 0.0f && column < static_cast<float>(cells.cols) &&
-                      row < static_cast<float>(cells.rows);
-  return inside ? cells(static_cast<int>(row), static_cast<int>(column)) : 0.0f;
 }
 
 }  // namespace QV::session
