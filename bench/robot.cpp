@@ -91,7 +91,7 @@ void refreshCycle(benchmark::State& state) {
 }
 BENCHMARK(refreshCycle)->Unit(benchmark::kMicrosecond);
 
-constexpr int kLooksInARow = 9;
+constexpr int kLooksInARow = 12;
 
 /** Seconds that two refreshes take, whose health is judged once, where it is watched. */
 double refreshTwice(Robot& sut, ko::SimulatedTime& time, bool isWatched) {
@@ -109,7 +109,9 @@ double refreshTwice(Robot& sut, ko::SimulatedTime& time, bool isWatched) {
   return seconds;
 }
 
+// The first two don't count: on a robot, what they examine was examined just before.
 double refreshOften(Robot& sut, ko::SimulatedTime& time, bool isWatched) {
+  refreshTwice(sut, time, isWatched);
   double seconds = 0.0;
   for (int look = 0; look < kLooksInARow; ++look) seconds += refreshTwice(sut, time, isWatched);
   return seconds;

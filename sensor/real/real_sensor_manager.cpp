@@ -2,6 +2,8 @@
 
 #include <utility>
 
+#include <boost/make_shared.hpp>
+
 #include "platform/middleware/contracts/device_manager_contract.h"
 #include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/middleware/dcm_proxy.h"
@@ -94,7 +96,8 @@ void RealSensorManager::xTellHealth() const {
   hasToldVelocity = !hasToldVelocity;
   if (!hasToldVelocity) return;
   try {
-    healthOf(*this).noteVelocity(Math::Pose2D(QVMotionProxy(broker).getRobotVelocity()));
+    if (!motion) motion = boost::make_shared<const QVMotionProxy>(broker);
+    healthOf(*this).noteVelocity(Math::Pose2D(motion->getRobotVelocity()));
   } catch (...) {
     // A robot without a motion service has sensors all the same.
   }

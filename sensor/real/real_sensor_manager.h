@@ -15,6 +15,10 @@
 #include "sensor/core/sensor_manager.h"
 #include "sensor/real/sensor_factory.h"
 
+namespace QV {
+class QVMotionProxy;
+}
+
 namespace QV::sensor {
 
 /**
@@ -89,6 +93,8 @@ class QV_API RealSensorManager : public SensorManager {
   std::mutex updateMutex;
   std::int32_t updatePeriodMs = 100;
   ko::PeriodicTask updateTask;
+  /** Null until the robot's velocity was asked for. */
+  mutable boost::shared_ptr<const QVMotionProxy> motion;
   /** Toggles at each refresh: every second one asks for the robot's velocity. */
   mutable bool hasToldVelocity = false;
   std::int32_t healthPeriodMs = 200;

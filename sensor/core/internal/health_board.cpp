@@ -72,6 +72,7 @@ void HealthBoard::describe(const Sensor& sensor, const HealthNature& nature, ko:
   entry.limits = HealthLimits(period);
   // A sensor that reports changes rarely has news, so two bad readings in 20 are too many.
   if (!own.hasRate) entry.limits.set(HealthLimit::garbage, 0.05);
+  glances.clear();
   tellPatience(entry.limits, watch);
 }
 
@@ -82,6 +83,7 @@ void HealthBoard::setLimit(const std::string& sensor, HealthLimit limit,
   const auto found = entries.find(sensor);
   if (found == entries.end()) return;
   found->second.limits.set(limit, value);
+  glances.clear();
   tellPatience(found->second.limits, found->second.sensor->xGetWatch());
 }
 
@@ -183,8 +185,12 @@ void HealthBoard::xAddNew() {
 void HealthBoard::xListGlances() {
   if (glances.size() == entries.size()) return;
   glances.clear();
-  for (auto& [name, entry] : entries)
-    glances.push_back({&entry.sensor->xGetWatch(), &name, &entry});
+  for (auto& [name, entry] : entries) {
+    const SensorWatch& watch = entry.sensor->xGetWatch();
+    const bool compares =
+        watch.getNature().showsMotion && entry.limits.get(HealthLimit::disagreement).has_value();
+    glances.push_back({&watch, &name, &entry, compares});
+  }
 }
 
 HealthMoment HealthBoard::xMoment() const {
@@ -212,7 +218,10 @@ void HealthBoard::xJudgeAll(bool isTick) {
   const HealthMoment moment = xMoment();
   const Time now{ko::Duration(moment.now)};
   xNoteJump(now);
-  if (isTick) xCompareViews(now);
+  const bool compares = isTick && xIsTimeToCompare(now);
+  // All lie apart, and are out of the cache by now.
+  for (const Glance& glance : glances) glance.watch->fetch(compares && glance.compares);
+  if (compares) xCompareViews(now);
   const RobotMotion::State moved = motion.getState();
   for (Glance& glance : glances) {
     if (isTick && glance.wasSound && glance.watch->isCalm(moment.now, moment.isMoving)) continue;
@@ -255,18 +264,12 @@ void HealthBoard::xNoteJump(Time now) {
   judgedByMachine = machine;
 }
 
-bool HealthBoard::xSees(const Glance& glance, Time now) {
-  const SensorWatch& watch = *glance.watch;
-  const Entry& entry = *glance.entry;
-  if (!watch.getNature().showsMotion || !entry.sensor->isStarted()) return false;
-  const ReadingNotes notes = watch.getNotes();
-  return notes.hasView && entry.limits.get(HealthLimit::disagreement).has_value() &&
-         inNs(now) - notes.recordAt < kFreshView.count();
+bool HealthBoard::xIsTimeToCompare(Time now) const {
+  const ko::Duration passed = now - comparedAt;
+  return passed < ko::Duration::zero() || passed >= kComparePeriod;
 }
 
 void HealthBoard::xCompareViews(Time now) {
-  const ko::Duration passed = now - comparedAt;
-  if (passed >= ko::Duration::zero() && passed < kComparePeriod) return;
   const RobotMotion::State moved = motion.getState();
   const bool moves = moved.turned + moved.went > comparedMotion;
   const double seconds = moves ? std::min(secondsBetween(comparedAt, now), kLongestGap) : 0.0;
@@ -275,7 +278,9 @@ void HealthBoard::xCompareViews(Time now) {
   const double nowInSeconds = static_cast<double>(inNs(now)) * 1e-9;
   sights.clear();
   for (const Glance& glance : glances) {
-    if (xSees(glance, now)) sights.push_back({glance.name, glance.watch->getView()});
+    if (!glance.compares) continue;
+    const PlanarView view = glance.watch->getView(inNs(now - kFreshView));
+    if (!view.isEmpty()) sights.push_back({glance.name, view});
   }
   for (std::size_t i = 0; i < sights.size(); ++i) {
     for (std::size_t j = i + 1; j < sights.size(); ++j) {

@@ -85,6 +85,8 @@ class QV_API HealthBoard {
     const SensorWatch* watch;
     const std::string* name;
     Entry* entry;
+    /** True if it is to be compared with others. */
+    bool compares;
     /** True if it was sound when it was judged last, and nothing contradicts it. */
     bool wasSound = false;
   };
@@ -100,9 +102,9 @@ class QV_API HealthBoard {
   HealthFinding xJudge(Entry& entry, const HealthMoment& moment,
                        const RobotMotion::State* moved) const;
   void xNoteJump(ko::Clock::time_point now);
+  bool xIsTimeToCompare(ko::Clock::time_point now) const;
   void xCompareViews(ko::Clock::time_point now);
   void xFindContradiction(Glance& glance, double now) const;
-  static bool xSees(const Glance& glance, ko::Clock::time_point now);
   void xSettle(const std::string& name, Entry& entry, const HealthFinding& finding,
                const HealthMoment& moment);
   bool xIsHeld(const Entry& entry, const HealthFinding& finding, ko::Clock::time_point now) const;
@@ -110,21 +112,21 @@ class QV_API HealthBoard {
   std::optional<ko::log::Record> xFindTrouble(const Entry& entry) const;
   void xCallBack(Lock& lock);
 
-  // Members that every reading uses come first.
+  // Members that every reading or refresh uses come first.
   /** The last tick that judged, ns. */
   std::atomic<std::int64_t> tickedAt{std::numeric_limits<std::int64_t>::min() / 2};
   std::atomic<bool> isOn{true};
   std::atomic<bool> isAsked{false};
+  std::atomic<bool> asksDevice{false};
+  std::atomic<bool> isRefreshed{false};
+  RobotMotion motion;
   const Sensors& sensors;
   std::vector<Glance> glances;
   Entries entries;
   Contradictions contradictions;
   std::vector<Contradictions::Sight> sights;
-  RobotMotion motion;
   std::atomic<std::int64_t> deviceOffset{0};
   std::atomic<std::int64_t> deviceNotedAt{0};
-  std::atomic<bool> asksDevice{false};
-  std::atomic<bool> isRefreshed{false};
 
   ko::Clock::time_point judgedAt;
   std::chrono::steady_clock::time_point judgedByMachine;

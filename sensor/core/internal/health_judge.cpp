@@ -25,13 +25,13 @@ double HealthJudge::xSince(std::int64_t time) const {
 // late.
 double HealthJudge::xAgeAt(std::int64_t time) const {
   const std::int64_t offset = std::min<std::int64_t>(moment.deviceOffset, 0);
-  return static_cast<double>(time - notes.digest.stamp + offset) * kSecondsPerNs;
+  return static_cast<double>(time - notes.last.stamp + offset) * kSecondsPerNs;
 }
 
 double HealthJudge::xAge() const {
   // Without a refresh, missing reads do not make a record old.
   if (!watch.getNature().hasRate) return xAgeAt(notes.stampedAt);
-  return xAgeAt(moment.isRefreshed ? moment.now : notes.readAt);
+  return xAgeAt(moment.isRefreshed ? moment.now : notes.last.readAt);
 }
 
 HealthFinding HealthJudge::xBeyond(HealthState state, Cause cause, HealthLimit limit,
@@ -83,14 +83,14 @@ HealthFinding HealthJudge::xJudgeStarted() const {
 
 // awaitRecords also waits for the first record of a sensor whose health is off.
 HealthFinding HealthJudge::xJudgeUnwatched() const {
-  const bool isExcused = notes.readAt != 0 && xMayBeSilent();
+  const bool isExcused = notes.last.readAt != 0 && xMayBeSilent();
   if (!watch.getNature().hasRate || isExcused || xHasFresh()) return found(sound, Cause::unwatched);
   return found(starting, Cause::awaitsFirst, xSince(notes.startedAt));
 }
 
 HealthFinding HealthJudge::xJudgeUnread() const {
-  if (notes.readAt != 0)
-    return xBeyond(late, Cause::unread, HealthLimit::silence, xSince(notes.readAt));
+  if (notes.last.readAt != 0)
+    return xBeyond(late, Cause::unread, HealthLimit::silence, xSince(notes.last.readAt));
   const double waited = xSince(notes.startedAt);
   const auto finding = xBeyond(silent, Cause::neverRead, HealthLimit::start, waited);
   return finding.state == sound ? found(starting, Cause::awaitsFirst, waited) : finding;
@@ -104,12 +104,12 @@ bool HealthJudge::xMayBeSilent() const {
 
 // A record of the sensor's former run is old, and stays as it is.
 bool HealthJudge::xHasFresh() const {
-  if (notes.recordAt == 0) return false;
+  if (notes.getRecordAt() == 0) return false;
   return notes.stamps > 1 || !limits.isBeyond(HealthLimit::age, xAgeAt(notes.stampedAt));
 }
 
 HealthFinding HealthJudge::xJudgeSilence() const {
-  if (xMayBeSilent() && notes.recordAt < notes.readAt) {
+  if (xMayBeSilent() && notes.isEmpty) {
     HealthFinding finding = found(sound, Cause::excused);
     finding.excuse = notes.excuse                ? notes.excuse
                      : watch.getNature().hasRate ? "the robot moves"
@@ -119,7 +119,7 @@ HealthFinding HealthJudge::xJudgeSilence() const {
   }
   if (!xHasFresh() && watch.getNature().hasRate) {
     // Without a refresh, missing reads do not make a sensor silent.
-    const std::int64_t until = moment.isRefreshed ? moment.now : notes.readAt;
+    const std::int64_t until = moment.isRefreshed ? moment.now : notes.last.readAt;
     const double waited =
         static_cast<double>(std::max(until - notes.startedAt, std::int64_t{0})) * kSecondsPerNs;
     const auto finding = xBeyond(silent, Cause::noFirst, HealthLimit::start, waited);
@@ -127,9 +127,9 @@ HealthFinding HealthJudge::xJudgeSilence() const {
   }
   // Missing reads make no sensor silent, nor does a slow reading.
   const bool isAsked = moment.isRefreshed && watch.getReadingSince() == 0;
-  const std::int64_t asked = isAsked ? moment.now : notes.readAt;
+  const std::int64_t asked = isAsked ? moment.now : notes.last.readAt;
   return xBeyond(silent, Cause::noRecord, HealthLimit::silence,
-                 static_cast<double>(asked - notes.answeredAt) * kSecondsPerNs);
+                 static_cast<double>(asked - notes.getAnsweredAt()) * kSecondsPerNs);
 }
 
 HealthFinding HealthJudge::xJudgeNoise() const {
@@ -143,8 +143,7 @@ HealthFinding HealthJudge::xJudgeNoise() const {
 }
 
 HealthFinding HealthJudge::xJudgeRecords() const {
-  const auto old =
-      xBeyond(late, Cause::old, HealthLimit::age, notes.recordAt < notes.readAt ? 0.0 : xAge());
+  const auto old = xBeyond(late, Cause::old, HealthLimit::age, notes.isEmpty ? 0.0 : xAge());
   if (old.state != sound) return old;
   const auto noise = xJudgeNoise();
   if (noise.state != sound) return noise;

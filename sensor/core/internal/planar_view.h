@@ -73,11 +73,12 @@ class PlanarView {
   Nearest xFindNearest(const PlanarView& other, const PlanarView& from) const;
   static std::optional<Comparison> xCompareFrom(const PlanarView& from, const PlanarView& other);
 
+  /** First, so that it can be loaded alone. */
+  Shape shape;
   float apexX = 0.0f;
   float apexY = 0.0f;
   float cosine = 1.0f;
   float sine = 0.0f;
-  Shape shape;
   float minRange = 0.0f;
   float maxRange = 0.0f;
   bool isArc = false;

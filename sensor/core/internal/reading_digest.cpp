@@ -127,9 +127,7 @@ ReadingDigest digestOf(const std::vector<Math::MetricalData>& records, const Hea
   if (nature.points || nature.asksForChanges()) {
     for (const auto& record : records) digester.add(record);
   }
-  ReadingDigest digest = digester.finish();
-  digest.stamp = stampOf(records);
-  return digest;
+  return digester.finish();
 }
 
 std::int64_t stampOf(const std::vector<Math::MetricalData>& records) {

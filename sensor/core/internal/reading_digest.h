@@ -13,8 +13,6 @@ namespace QV::sensor {
 struct ReadingDigest {
   /** A hash of the points; 0 if nobody asks whether they change. */
   std::uint64_t fingerprint = 0;
-  /** The stamp of the oldest record, ns. */
-  std::int64_t stamp = 0;
   /** True if a sound sensor can't have measured this. */
   bool isGarbage = false;
   /** True if the reading has an obstacle, which moves when the robot turns. */

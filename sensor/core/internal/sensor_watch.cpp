@@ -17,91 +17,149 @@ std::int64_t nowInNs() {
   return notedAs(ko::Clock::now());
 }
 
-// The limits are much longer, so readings within this time are examined once.
-constexpr std::int64_t kLookPeriod = 50'000'000;
+// The limits are much longer, so readings within this time count as one.
+constexpr std::int64_t kAtOnce = 50'000'000;
+// As long as all is well, and of large records always, one within this time is examined.
+constexpr std::int64_t kExaminePeriod = 250'000'000;
 // The error of a coarse time, which may be this much too early.
 constexpr std::int64_t kCoarse = 10'000'000;
 constexpr std::size_t kFew = 8;
-constexpr int kMostSkipped = 2;
 constexpr std::uint32_t kWindowMask = (1u << SensorWatch::kWindow) - 1;
 
 std::uint32_t shifted(std::uint32_t bits, bool newest) {
   return (bits << 1 | (newest ? 1u : 0u)) & kWindowMask;
 }
 
-}  // namespace
-
-void SensorWatch::setNature(const HealthNature& newNature) {
-  nature = newNature;
-  if (nature.showsMotion && !sight) sight = std::make_unique<Sight>();
+void fetchLines(const void* start, std::size_t size) {
+  constexpr std::size_t kLine = 64;
+  for (std::size_t at = 0; at < size; at += kLine) {
+    __builtin_prefetch(static_cast<const char*>(start) + at);
+  }
 }
 
-PlanarView SensorWatch::getView() const {
-  return sight ? sight->view.load() : PlanarView();
+}  // namespace
+
+PlanarView SensorWatch::getView(std::int64_t since) const {
+  const std::int64_t recordAt =
+      isOrdinary ? published.loadHead<LastReading>().readAt : published.load().getRecordAt();
+  return recordAt > since ? view.load() : PlanarView();
+}
+
+void SensorWatch::alarm() {
+  calmUntil = 0;
+  hasView = false;
+  view.store({});
 }
 
 void SensorWatch::begin(bool hasShown) {
   alarm();
   pendingGarbage = false;
   isOrdinary = false;
+  mayRepeat = false;
   isStill = false;
   isFirstAwaited = nature.hasRate && !hasShown;
   ReadingNotes notes;
   notes.startedAt = nowInNs();
   if (hasShown) {
-    notes.readAt = notes.recordAt = notes.answeredAt = notes.stampedAt = notes.startedAt;
-    notes.digest.stamp = notes.startedAt;
+    notes.last = {notes.startedAt, notes.startedAt};
+    notes.stampedAt = notes.startedAt;
   }
   published.store(notes);
 }
 
 void SensorWatch::excuse(const char* why, bool measured) {
+  isExcused = true;
   pendingExcuse = why;
   isPendingMeasured = measured;
 }
 
 void SensorWatch::beginReading() {
-  pendingExcuse = nullptr;
+  isExcused = false;
   readingSince.store(notedAs(ko::detail::coarseNow()), std::memory_order_release);
+  if (!mayRepeat || xIsDue()) xFetch();
 }
 
-// A reading like the one just before adds nothing.
-bool SensorWatch::xIsTooSoon(const std::vector<Math::MetricalData>& records) const {
-  if (!isOrdinary || records.empty() || pendingGarbage) return false;
-  const std::int64_t passed = readingSince.load(std::memory_order_relaxed) - lookedAt;
-  return passed != 0 && passed > -kCoarse && passed < kLookPeriod;
+// The rest of it is out of the cache by now, and is there again after the reading.
+void SensorWatch::xFetch() const {
+  fetchLines(this, sizeof(*this));
+}
+
+void SensorWatch::fetch(bool withView) const {
+  __builtin_prefetch(this);
+  if (withView) fetchLines(&view, sizeof(view));
 }
 
 void SensorWatch::endReading(const std::vector<Math::MetricalData>& records) {
-  if (xIsTooSoon(records)) return xEndReading();
+  if (!xIsRepetition(records)) xExamine(records);
+  xEndReading();
+}
+
+std::int64_t SensorWatch::xSinceExamined() const {
+  return readingSince.load(std::memory_order_relaxed) - examinedAt;
+}
+
+bool SensorWatch::xIsDue() const {
+  const std::int64_t passed = xSinceExamined();
+  return passed == 0 || passed <= -kCoarse || passed >= kExaminePeriod;
+}
+
+bool SensorWatch::xIsRepetition(const std::vector<Math::MetricalData>& records) {
+  if (records.empty() == isOrdinary || pendingGarbage || xIsDue()) return false;
+  if (isOrdinary && xSinceExamined() < kAtOnce) return true;
+  return mayRepeat && xNoteRepetition(records);
+}
+
+// It is cheap, because it touches little memory.
+bool SensorWatch::xNoteRepetition(const std::vector<Math::MetricalData>& records) {
+  if (!isOrdinary && xGetExcuse() != published.loadOwn().excuse) return false;
+  const auto before = published.loadOwnHead<LastReading>();
+  LastReading last{notedAs(ko::detail::coarseNow()), before.stamp};
+  if (isOrdinary) last.stamp = stampOf(records);
+  if (isStampNews && last.stamp != before.stamp) return false;
+  published.storeHead(last);
+  const std::int64_t calm = calmUntil.load(std::memory_order_relaxed);
+  if (calm == 0) return true;
+  const bool isDated = isOrdinary && !isStampNews;
+  calmUntil.store(
+      isDated ? std::min(last.stamp, last.readAt) + patience : calm + last.readAt - before.readAt,
+      std::memory_order_release);
+  return true;
+}
+
+void SensorWatch::xExamine(const std::vector<Math::MetricalData>& records) {
   const std::int64_t now = nowInNs();
   ReadingNotes notes = published.loadOwn();
-  const bool hadRecords = notes.recordAt == notes.readAt;
+  const bool wasEmpty = notes.isEmpty;
+  notes.recordBefore = notes.getRecordAt();
+  notes.answeredBefore = notes.getAnsweredAt();
   notes.failures = 0;
-  notes.excuse = records.empty() ? pendingExcuse : nullptr;
+  notes.isEmpty = records.empty();
+  notes.excuse = records.empty() ? xGetExcuse() : nullptr;
   notes.isExcuseMeasured = isPendingMeasured;
-  if (!records.empty() || notes.excuse) notes.answeredAt = now;
   // An exchange takes its time, and hardly ever finds any.
   const bool cameAsGarbage = pendingGarbage && pendingGarbage.exchange(false);
   notes.garbage = shifted(notes.garbage, cameAsGarbage);
   notes.changed = shifted(notes.changed, false);
-  notes.readAt = now;
+  notes.last.readAt = now;
   if (!records.empty()) xNoteRecords(records, notes);
   // A change after a gap without records does not count as flicker.
-  if (!hadRecords) notes.changed &= ~1u;
+  if (wasEmpty) notes.changed &= ~1u;
   published.store(notes);
   if (notes.stamps > 1) isFirstAwaited = false;
-  isOrdinary = !records.empty();
-  lookedAt = now;
+  isOrdinary.store(!records.empty(), std::memory_order_relaxed);
+  examinedAt = now;
   xNoteCalm(notes);
-  xEndReading();
 }
 
 void SensorWatch::xNoteCalm(const ReadingNotes& notes) {
-  const bool isSilent = notes.recordAt != notes.readAt && !notes.excuse;
+  const bool isSilent = notes.isEmpty && !notes.excuse;
   isSilentOnMove.store(isSilent && nature.silence == Model::Silence::whileMoving,
                        std::memory_order_relaxed);
-  calmUntil.store(xFindCalm(notes), std::memory_order_release);
+  const std::int64_t calm = xFindCalm(notes);
+  // Any record of a zone is news.
+  mayRepeat = calm != 0 && (notes.isEmpty || nature.points != Model::PointMeaning::zone);
+  isStampNews = !nature.hasRate;
+  calmUntil.store(isStill ? 0 : calm, std::memory_order_release);
 }
 
 void SensorWatch::setPatience(std::int64_t value) {
@@ -112,69 +170,71 @@ void SensorWatch::setPatience(std::int64_t value) {
 // What goes on as it should needs no judge until its record is old.
 std::int64_t SensorWatch::xFindCalm(const ReadingNotes& notes) const {
   const bool isZone = nature.points == Model::PointMeaning::zone;
-  if (notes.garbage != 0 || isStill || (isZone && notes.changed != 0)) return 0;
-  if (notes.recordAt != notes.readAt) {
+  if (notes.garbage != 0 || (isZone && notes.changed != 0)) return 0;
+  const std::int64_t readAt = notes.last.readAt;
+  if (notes.isEmpty) {
     const bool isReason = notes.excuse || isSilentOnMove || !nature.hasRate;
-    return isReason ? notes.readAt + patience : 0;
+    return isReason ? readAt + patience : 0;
   }
   if (nature.hasRate && notes.stamps < 2) return 0;
-  const std::int64_t cameAt = nature.hasRate ? notes.readAt : notes.stampedAt;
-  return notes.readAt - std::max(cameAt - notes.digest.stamp, std::int64_t{0}) + patience;
+  const std::int64_t cameAt = nature.hasRate ? readAt : notes.stampedAt;
+  return readAt - std::max(cameAt - notes.last.stamp, std::int64_t{0}) + patience;
 }
 
 void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
                                ReadingNotes& notes) {
-  if (xSkips(records, notes)) {
-    notes.digest.stamp = stampOf(records);
+  const bool isFirst = notes.recordBefore == 0;
+  notes.last.stamp = stampOf(records);
+  if (!isFirst && xSkips(records, notes.last.readAt)) {
     if (notes.digest.isGarbage) notes.garbage |= 1u;
-  } else {
-    static constexpr PlanarView::Shape kUnknown;
-    PlanarView seen;
-    xNoteDigest(digestOf(records, nature, sight ? sight->shape : kUnknown, seen), notes);
-    if (sight && (!seen.isEmpty() || notes.hasView)) xNoteView(seen, notes);
+    return;
   }
-  notes.recordAt = notes.readAt;
+  PlanarView seen;
+  const auto shape = view.loadOwnHead<PlanarView::Shape>();
+  xNoteDigest(digestOf(records, nature, shape, seen), isFirst, notes);
+  if (hasView || !seen.isEmpty()) xNoteView(seen, notes);
 }
 
-// Large records are examined only every third time, to save time; the first one always.
-bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records,
-                         const ReadingNotes& notes) {
-  const bool isCheap = nature.points == Model::PointMeaning::arc || countPoints(records) <= kFew;
-  const bool skips = notes.recordAt != 0 && !isCheap && skipped < kMostSkipped;
-  skipped = static_cast<std::uint8_t>(skips ? skipped + 1 : 0);
-  return skips;
+// Large records take time to examine.
+bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records, std::int64_t now) const {
+  if (nature.points == Model::PointMeaning::arc || countPoints(records) <= kFew) return false;
+  return now > digestedAt && now - digestedAt < kExaminePeriod;
 }
 
-void SensorWatch::xNoteDigest(const ReadingDigest& digest, ReadingNotes& notes) {
-  const bool isFirst = notes.recordAt == 0;
+void SensorWatch::xNoteDigest(const ReadingDigest& digest, bool isFirst, ReadingNotes& notes) {
   const bool isChanged = !isFirst && digest.fingerprint != notes.digest.fingerprint;
   if (isFirst || isChanged) ++notes.changes;
   if (isChanged) notes.changed |= 1u;
   isStill = !isFirst && !isChanged && nature.showsMotion && digest.hasObstacle;
   if (digest.isGarbage) notes.garbage |= 1u;
-  if (isFirst || digest.stamp != lastStamp) {
+  if (isFirst || notes.last.stamp != digestedStamp) {
     ++notes.stamps;
-    notes.stampedAt = notes.readAt;
+    notes.stampedAt = notes.last.readAt;
   }
-  lastStamp = digest.stamp;
+  digestedAt = notes.last.readAt;
+  digestedStamp = notes.last.stamp;
   notes.digest = digest;
 }
 
 void SensorWatch::xNoteView(const PlanarView& seen, ReadingNotes& notes) {
-  notes.hasView = !seen.isEmpty();
   notes.axisX = seen.getAxisX();
   notes.axisY = seen.getAxisY();
-  sight->shape = seen.getShape();
-  sight->view.store(seen);
+  hasView = !seen.isEmpty();
+  view.store(seen);
 }
 
 void SensorWatch::failReading() {
   ReadingNotes notes = published.loadOwn();
-  notes.readAt = nowInNs();
+  notes.recordBefore = notes.getRecordAt();
+  notes.answeredBefore = notes.getAnsweredAt();
+  notes.last.readAt = nowInNs();
+  notes.isEmpty = true;
+  notes.excuse = nullptr;
   ++notes.failures;
   published.store(notes);
   calmUntil = 0;
   isOrdinary = false;
+  mayRepeat = false;
   xEndReading();
 }
 
