@@ -38,7 +38,7 @@ struct SessionParts;
  * Time advances in run(), step(), keepPace() and seek(), and while hardware starts.
  *
  * - Frames: poses and positions are in the map M. Records are as its manager gives them; getFrame()
- *   says in what they place their sensors.
+ *   tells the frame in which they place their sensors.
  * - Units: metres, radians, m/s, rad/s; durations are nanoseconds.
  * - Lifetime: not copyable. The destructor stops the robot and all sensors. Only one session with
  *   simulated time may exist at a time.
@@ -120,7 +120,7 @@ class QV_API Session {
   /** Moves the robot to a pose in M at once. */
   void setPose(const Math::Pose2D& pose);
 
-  /** The sensors that can have a fault, now or not: none without a virtual robot. */
+  /** The sensors that can be made to fail; empty without a virtual robot. */
   std::vector<std::string> getFaultySensors() const;
   /** The faults that a sensor can have; see VirtualRobot. UsageError without a virtual robot. */
   std::vector<robot::FaultKind> getPossibleFaults(const std::string& sensor) const;

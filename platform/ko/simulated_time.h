@@ -22,10 +22,10 @@ class SimulatedScheduler;
  * - Lifetime: create it before robot and manager; destroy it after them. Calls that were started
  *   before it stay with the real clock and threads. Calls that still wait at its end never run:
  *   their futures count as cancelled, their tasks as stopped.
- * - Threads: for its owner. A sleep on the owner's thread advances the time and runs due calls,
- *   except calls that are running already: a callback that sleeps is never entered again. Sleeps
- *   on other threads end when the owner has advanced far enough, or when the scope ends. Callbacks
- *   may call all operations.
+ * - Threads: only the owner calls it. A sleep on the owner's thread advances the time and runs due
+ *   calls, except calls that are running already: a callback that sleeps is never entered again.
+ *   Sleeps on other threads end when the owner has advanced far enough, or when the scope ends.
+ *   Callbacks may call all operations.
  * - Errors: std::logic_error for a second one in the process, and for an operation on another
  *   thread.
  *
@@ -38,7 +38,7 @@ class SimulatedScheduler;
  */
 class QV_API SimulatedTime {
  public:
-  /** Takes over ko::Clock. Its time is this one at first. */
+  /** Takes over ko::Clock, whose time is `start` at first. */
   explicit SimulatedTime(Clock::time_point start = Clock::time_point());
   ~SimulatedTime();
   SimulatedTime(const SimulatedTime&) = delete;
@@ -56,8 +56,8 @@ class QV_API SimulatedTime {
   /** Runs the calls that are due now, and those that they post. */
   void runDue();
 
-  /** Advances from one due call to the next until `reached` returns true. Stops at `limit` from
-   * now, and the time is then that. Returns the last result of `reached`. */
+  /** Advances from one due call to the next until `reached` returns true, or else to `limit`
+   * from now. Returns the last result of `reached`. */
   bool runUntil(const boost::function<bool()>& reached, Duration limit);
 
   /** Waits, in real time, until at least `count` other threads sleep in simulated time. */

@@ -19,7 +19,7 @@ namespace QV::Math {
  *   the map M. All-rays simulated sensors are an exception: see SimulatedSensorManager.
  * - Units: metres, radians, nanoseconds of ko::Clock.
  * - Special values: no points means that there is nothing to report. A point at the maximum range
- *   or beyond is no echo, of a sonar for example. Age changes no record.
+ *   or beyond is no echo, of a sonar for example. A record never changes, however old it gets.
  * - Lifetime, threads: a value, to copy and keep.
  * - Errors: none.
  *

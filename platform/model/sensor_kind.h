@@ -48,7 +48,8 @@ struct QV_API PropertyRule {
   double most = 0.0;
   /** True if several sensors may name the same memory key in it. */
   bool isShared = false;
-  /** True if the sensor can't be built without it. If false, it is built but can't be used. */
+  /** True if the sensor can't even be built without it. If false, a sensor without a required
+   * property is built but can't be used. */
   bool isNeededToMake = false;
 
   bool hasLimits() const { return least != 0.0 || most != 0.0; }
@@ -87,8 +88,9 @@ struct QV_API KeyRule {
 };
 
 /**
- * A kind of sensor: a row of the table that manager, virtual robot, health and drawing use. A
- * robot's kind is another number, see SimulatedSensorManager and `<kind>` in descriptions.
+ * A kind of sensor: a row of the table that manager, virtual robot, health and drawing use. Two
+ * other numbers are called kind: a robot's (`<kind>` in descriptions), and that of a
+ * SimulatedSensorManager.
  *
  *     QV::Model::SensorKind cliff = {40, "Cliff", "Cliff", QV::Model::PointMeaning::zone};
  *     cliff.keys = {1, 1, 1, "range of the floor (m)"};

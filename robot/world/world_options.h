@@ -38,7 +38,7 @@ struct QV_API FloorHole {
  * A person who walks from waypoint to waypoint and back, and waits where the robot is in the way.
  */
 struct QV_API Walker {
-  /** The waypoints in the map; one alone stands still. */
+  /** The waypoints in the map; with a single one the person stands still. */
   std::vector<Math::Position2D> path;
   /** m/s. */
   float speed = 0.8f;

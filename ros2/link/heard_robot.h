@@ -33,9 +33,12 @@ struct QV_API HeardRobotOptions {
   boost::shared_ptr<const OccupancyMap> map = nullptr;
   /** True: use /clock. False: the wall clock. Not set: /clock if it is published. */
   std::optional<bool> usesSimTime = std::nullopt;
-  /** The makers of a session's sensors, and the kinds by which a description is read. */
+  /** The creators of a session's sensors, and the kinds by which a description is read. */
   sensor::SensorFactory sensors = sensor::SensorFactory::standard();
-  /** Asked some twenty times a second while it looks about: false ends that, std::runtime_error. */
+  /**
+   * Called about twenty times a second during discovery. If it returns false, discovery ends with
+   * std::runtime_error.
+   */
   std::function<bool()> goesOn = {};
 };
 
@@ -57,7 +60,7 @@ class QV_API HeardRobot {
   const boost::shared_ptr<QVBroker>& getBroker() const;
   /** Returns the description, as URDF. */
   const std::string& getDescription() const;
-  /** Returns the pose in the root frame of tf, else of the odometry (m, rad). */
+  /** Returns the pose (m, rad) in the root frame of tf, or without tf in the odometry's frame. */
   Math::Pose2D getPose() const;
   /** Publishes a velocity on cmd_vel (x forward, y left in m/s; theta in rad/s) until the next
    * call. */

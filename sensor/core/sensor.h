@@ -116,8 +116,8 @@ class QV_API Sensor {
   bool isStarted() const { return started; }
 
  protected:
-  /** Gives the reason for a reading without a record that is no error. `why` must have static
-   * lifetime; `measured` tells if the hardware measured all the same. */
+  /** Tells why a reading without a record is no error. `why` must have static lifetime; `measured`
+   * tells if the hardware measured all the same. */
   void xExcuse(const char* why, bool measured = false) const;
   /**
    * Counts a measurement that could not be read. Too many set the sensor's health to noisy.

@@ -38,15 +38,16 @@ struct HealthInside;
  * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S. The
  *   transform of a record places S in G, that of a simulated sensor in M.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Special values: an unknown name gives false or an empty result. Operations that change
- *   something also log it.
+ * - Special values: an unknown name gives false or an empty result. subscribe(), unsubscribe(),
+ *   enableSensorOrFamily(), setHealthLimit() and getHealth() also log it.
  * - Lifetime: not copyable. Subscriptions end with unsubscribe(), not with the caller: see
  *   ScopedSubscription. No call may run during destruction.
  * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing
  *   may.
  * - Errors: an exception of a start or stop of hardware reaches the caller. A sensor that throws
- *   while it is read is logged; the other records are returned. An example, the distance of each
- *   point of the sonars:
+ *   while it is read is logged; the other records are returned.
+ *
+ * The distance of each point of the sonars:
  *
  *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Sonar"});
  *     subscription.awaitRecords(seconds(2));
@@ -61,7 +62,8 @@ class QV_API SensorManager {
   SensorManager(const SensorManager&) = delete;
   SensorManager& operator=(const SensorManager&) = delete;
 
-  /** Switches the debug mode on or off. On, RealSensorManager enables all its sensors. */
+  /** Switches the debug mode on or off. Switching it on enables all sensors of a
+   * RealSensorManager. */
   virtual void setSensorsDebug(bool debug) = 0;
   /** Sets the pose of a simulated robot in M; other managers log a warning. Rays start at
    * `scanPose`, records say `referencePose`. They differ only to simulate localization errors. */
@@ -70,9 +72,11 @@ class QV_API SensorManager {
  protected:
   /** Returns the records of all started sensors. */
   virtual std::vector<Math::MetricalData> xGetData() const = 0;
-  /** Returns these records to share. A manager that keeps them shares those, by xShareCache(). */
+  /** Returns the records of xGetData(), shared. A manager with a cache shares the
+   * cache itself, by xShareCache(). */
   virtual boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const;
-  /** Called after each subscription change and by lookAgain(): is any sensor started? */
+  /** Receives whether any sensor is started: after each subscribing or unsubscribing, and from
+   * lookAgain(). */
   virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
 
  public:
@@ -159,7 +163,7 @@ class QV_API SensorManager {
   std::map<std::string, SensorHealth> getHealth() const;
   using HealthCallback = boost::function<void(const std::string& sensor, const SensorHealth&)>;
   /** Sets the callback for changes of a sensor's state. It runs on the thread that found the
-   * change, the refresh's or a caller's: one change at a time, in order. An empty callback
+   * change, the health task's or a caller's: one change at a time, in order. An empty callback
    * removes it. */
   void onHealthChanged(HealthCallback callback);
   /** Switches the watching of health on (the default) or off. While it is off, every sensor that
@@ -172,8 +176,8 @@ class QV_API SensorManager {
   /** The limit; nothing if it is switched off, and for an unknown sensor. */
   std::optional<double> getHealthLimit(const std::string& sensorName, HealthLimit limit) const;
 
-  /** A number of the robot's kind, without unit; 0 unless the derived manager sets it. Callers
-   * may use it; the library does not. */
+  /** A number that depends on the simulated kind, without unit; 0 in managers that set none.
+   * Callers may use it; the library does not. */
   float getKindParameter() const { return kindParameter; }
 
  protected:

@@ -70,7 +70,7 @@ boost::shared_ptr<const OccupancyMap> fetchMap(HeardPlan& plan) {
 
 void HeardPlan::await() const {
   mailbox->await(kGlance);
-  if (goesOn && !goesOn()) throw std::runtime_error("the looking about on the graph was ended");
+  if (goesOn && !goesOn()) throw std::runtime_error("the search on the graph was interrupted");
 }
 
 std::string inNameSpace(const std::string& nameSpace, const std::string& topic) {
