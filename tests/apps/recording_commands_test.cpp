@@ -108,8 +108,8 @@ TEST_F(RecordingTest, fromAndToChooseWhatIsShown) {
 TEST_F(RecordingTest, aSpeedKeepsTheReplayToTheMachinesClock) {
   drive(path);
   const auto start = std::chrono::steady_clock::now();
-  EXPECT_EQ(run({"replay", path, "--speed", "4"}).status, 0);
-  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(240));
+  EXPECT_EQ(run({"replay", path, "--speed", "1"}).status, 0);
+  EXPECT_GE(std::chrono::steady_clock::now() - start, std::chrono::milliseconds(960));
   EXPECT_EQ(MachinePace(4.0).scale(2.0), std::chrono::milliseconds(500));
 }
 
@@ -149,7 +149,9 @@ TEST_F(RecordingTest, anIncompleteComparisonExitsWith1) {
     EXPECT_EQ(result.status, 1) << result.error;
     EXPECT_THAT(result.out, HasSubstr(expected));
   }
-  EXPECT_THAT(run({"replay", damaged}).error, HasSubstr(" snapshots were skipped"));
+  EXPECT_THAT(run({"replay", damaged}).error,
+              testing::AllOf(HasSubstr("chunk skipped: CRC is wrong"),
+                             HasSubstr(" snapshots were skipped")));
 }
 
 TEST_F(RecordingTest, aLoopShowsEachPassAsItComes) {

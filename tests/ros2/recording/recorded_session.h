@@ -17,7 +17,9 @@ inline void recordSession(session::Session& session, const std::string& path, in
   for (int cycle = 0; cycle < cycles; ++cycle) {
     if (meddle) meddle(session, cycle);
     session.run(boost::chrono::milliseconds(100));
-    recorder.show(session.look());
+    const session::Snapshot snapshot = session.look();
+    // The second time as a paused session does.
+    for (int time = 0; time < 2; ++time) recorder.show(snapshot);
   }
   recorder.finish();
 }

@@ -17,6 +17,7 @@
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/internal/conversions.h"
 #include "tests/ros2/recording/recorded_session.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
@@ -151,6 +152,7 @@ TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) 
   const auto image = sut.get<sensor_msgs::Image>("/DepthCamera/image");
   EXPECT_EQ(image.data.size(), std::size_t{2} * image.width * image.height);
   EXPECT_FALSE(sut.get<vision_msgs::Detection3DArray>("/people").detections.empty());
+  EXPECT_GT(sut.get<visualization_msgs::MarkerArray>("/people_markers").markers.size(), 1u);
 
   const auto frames = sut.get<tf2_msgs::TFMessage>("/tf").transforms;
   EXPECT_EQ(frames.at(0).header.frame_id, "map");
@@ -170,9 +172,11 @@ TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) 
   for (const auto& record : session->getManager().getMetricalData("DepthCamera"))
     all += record.points.size();
   EXPECT_EQ(std::accumulate(runs.lengths.begin(), runs.lengths.end(), std::size_t{0}), all);
-  const std::size_t shown = sut.get<sensor_msgs::PointCloud2>("/DepthCamera/points").width;
-  EXPECT_GT(shown, all / 20);
-  EXPECT_LT(shown, all / 12);
+  const auto shown = sut.get<sensor_msgs::PointCloud2>("/DepthCamera/points");
+  EXPECT_EQ(shown.header.stamp,
+            stampOf(session->getManager().getMetricalData("DepthCamera").front().timestamp));
+  EXPECT_GT(shown.width, all / 20);
+  EXPECT_LT(shown.width, all / 12);
 }
 
 // A viewer does not draw what it can't place.
@@ -180,7 +184,11 @@ TEST_F(SessionRecorderTest, everyMessageIsInAFrameThatIsConnectedToTheMapAtItsTi
   for (const bool isVirtual : {true, false}) {
     const auto session =
         isVirtual ? session::openVirtual("porter", test::busyWorld()) : session::openSimulated(1);
+    if (!isVirtual) session->setPose({3.0f, 2.0f, 0.5f});
     recordSession(*session, path, 8, [](session::Session& robot, int) { robot.drive(0.3f, 0.4f); });
+    for (const auto& view :
+         Contents(path).get<visualization_msgs::MarkerArray>("/fields_of_view").markers)
+      EXPECT_LT(std::hypot(view.pose.position.x, view.pose.position.y), 1.0) << view.ns;
     const RecordedFrames sut(path);
     std::set<std::string> placed;
     BagReader reader(path);

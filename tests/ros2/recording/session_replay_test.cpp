@@ -136,6 +136,8 @@ TEST_F(SessionReplayTest, simulatedRobotsAndTheirMapsAreReplayedBitForBit) {
     const auto comparison = compareSession(path);
     EXPECT_GT(comparison.records, 9u) << kind;
     EXPECT_EQ(comparison.difference, "") << kind;
+    const SessionReplay replay(path);
+    EXPECT_EQ(replay.getSession().getMap()->getCells(), options.map->getCells()) << kind;
   }
 }
 
@@ -151,17 +153,25 @@ TEST_F(SessionReplayTest, aReplayCanBeRecordedAndReplayedBitForBit) {
 }
 
 TEST_F(SessionReplayTest, theFirstDifferenceIsNamedBySensorTimeAndField) {
-  int look = 0;
-  copyBag(porterSession(10), copy, true, [&](const BagTopic& topic, Bytes& data) {
-    if (topic.name != "/qv/records" || ++look != 4) return;
-    auto records = fromCdr<qv_msgs::Records>(data);
-    for (auto& record : records.records)
-      if (record.sensor_name == "LeftLaser") record.points.at(2).y += 0.5f;
-    data = toCdr(records);
-  });
-
-  EXPECT_THAT(compareSession(copy).difference,
-              testing::AllOf(HasSubstr("LeftLaser at"), HasSubstr(": points[2].y: recorded ")));
+  using Records = std::vector<qv_msgs::MetricalData>;
+  using Place = Records::iterator;
+  const std::pair<std::function<void(Records&, Place)>, const char*> cases[] = {
+      {[](Records&, Place at) { at->points.at(2).y += 0.5f; }, ": points[2].y: recorded "},
+      {[](Records& all, Place at) { all.erase(at); }, ": records: recorded 0, played 1"},
+      {[](Records& all, Place at) { all.push_back(Records::value_type(*at)); },
+       ": records: recorded 2, played 1"}};
+  for (const auto& [change, expected] : cases) {
+    int look = 0;
+    copyBag(porterSession(10), copy, true, [&](const BagTopic& topic, Bytes& data) {
+      if (topic.name != "/qv/records" || ++look != 4) return;
+      auto records = fromCdr<qv_msgs::Records>(data);
+      change(records.records,
+             std::ranges::find(records.records, "LeftLaser", &qv_msgs::MetricalData::sensor_name));
+      data = toCdr(records);
+    });
+    EXPECT_THAT(compareSession(copy).difference,
+                testing::AllOf(HasSubstr("LeftLaser at"), HasSubstr(expected)));
+  }
 }
 
 TEST_F(SessionReplayTest, changedInputsGiveChangedRecords) {
@@ -243,12 +253,13 @@ TEST_F(SessionReplayTest, anotherRobotsReplayCanBeRecordedAndReplayedBitForBit) 
   EXPECT_EQ(comparison.difference, "");
 }
 
-// Each cloud has an obstacle 2 m ahead of the robot, and a point that says nothing.
+// Each cloud has an obstacle 2 m ahead of the robot, a lamp above, and a point that says nothing.
 TEST_F(SessionReplayTest, cloudsArePlacedWhateverFrameTheyAreIn) {
   constexpr float kHalfTurn = std::numbers::pi_v<float>;
   const std::pair<std::string, Math::Position3D> clouds[] = {
       {"map", {5.0f, 4.0f, 0.3f}}, {"beacon", {-5.0f, -5.0f, 0.3f}}, {"lidar", {1.5f, 0.0f, 0.3f}}};
   for (const auto& [frame, point] : clouds) {
+    const Math::Position3D lamp(point.x + 1.0f, point.y + 1.0f, 2.5f);
     {
       BagWriter bag(path);
       const auto tf = bag.addTopic(makeBagTopic("/tf", tf2_msgs::TFMessage::getType()));
@@ -258,7 +269,8 @@ TEST_F(SessionReplayTest, cloudsArePlacedWhateverFrameTheyAreIn) {
                                      frameOf("odom", "base_link", {4.0f, 2.0f, kHalfTurn / 2}),
                                      frameOf("map", "beacon", {0.0f, -1.0f, kHalfTurn}),
                                      frameOf("base_link", "lidar", {0.5f, 0.0f, 0.0f})}});
-      for (const std::uint64_t time : {2, 3}) bag.write(points, time, cloudOf(frame, {point, {}}));
+      for (const std::uint64_t time : {2, 3})
+        bag.write(points, time, cloudOf(frame, {point, lamp, {}}));
     }
     SessionReplay replay(path);
     replay.begin();
@@ -273,6 +285,7 @@ TEST_F(SessionReplayTest, cloudsArePlacedWhateverFrameTheyAreIn) {
 }
 
 // The first clouds come before the robot is placed: where it was first is known from the start.
+// From 61 s on nothing comes for minutes.
 TEST_F(SessionReplayTest, aTopicThatBeginsAfterAMinuteIsPlayedToo) {
   {
     BagWriter bag(path);
@@ -285,8 +298,8 @@ TEST_F(SessionReplayTest, aTopicThatBeginsAfterAMinuteIsPlayedToo) {
     moving.child_frame_id = "base_link";
     moving.pose.pose.orientation.w = 1.0;
     moving.twist.twist.linear.x = 0.5;
-    for (const std::uint64_t second : {1, 40, 50, 60, 70}) {
-      if (second == 70) bag.write(odometry, second * kSecond, moving);
+    for (const std::uint64_t second : {1, 40, 50, 60, 700}) {
+      if (second == 700) bag.write(odometry, second * kSecond, moving);
       const auto x = static_cast<float>(second);
       for (const std::uint64_t time : {second * kSecond, second * kSecond + kSecond / 2})
         bag.write(second > 55 ? late : early, time, cloudOf("odom", {{x + 2.0f, 0.0f, 0.5f}}));
@@ -306,6 +319,7 @@ TEST_F(SessionReplayTest, aTopicThatBeginsAfterAMinuteIsPlayedToo) {
   ASSERT_THAT(met, testing::UnorderedElementsAre(testing::Key("early"), testing::Key("late")));
   EXPECT_NEAR(met["early"][0], 2.0f, 0.01f);
   EXPECT_EQ(replay.look().velocity.x, 0.5f);
+  EXPECT_EQ(session::inSeconds(replay.getTime()), 62.0);
 }
 
 // A chunk that was damaged took it away.

@@ -2,6 +2,7 @@
 
 #include <cmath>
 #include <limits>
+#include <numbers>
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
@@ -97,6 +98,12 @@ TopicSurvey survey() {
   TopicSurveyor surveyor;
   for (const Told& told : soundMessages()) surveyor.expect(told.topic, told.type);
   for (const Told& told : soundMessages()) surveyor.take({told.topic, told.type, told.cdr});
+  sensor_msgs::CameraInfo info;
+  info.header.frame_id = "camera";
+  info.width = 4;
+  info.k[0] = 2.0;
+  const Told told("/depth_info", info);
+  surveyor.take({told.topic, told.type, told.cdr});
   return surveyor.make();
 }
 
@@ -201,6 +208,10 @@ TEST_F(ToldModulesTest, aBadMessageIsLoggedOnceAndOtherTopicsGoOn) {
     EXPECT_FLOAT_EQ(sut.getPose().x, 1.0f);
     log.clear();
   }
+}
+
+TEST_F(ToldModulesTest, aDepthSensorHasTheApertureThatItsCameraTells) {
+  EXPECT_FLOAT_EQ(surveyed.sensors.at("/depth").aperture, 0.5f * std::numbers::pi_v<float>);
 }
 
 TEST_F(ToldModulesTest, rangesOfHumbleAreUnderstood) {
