@@ -54,6 +54,22 @@ FloatArray simulateScans(const boost::shared_ptr<OccupancyMap>& given, const py:
   return ranges;
 }
 
+void bindSimulateScans(py::module_& module) {
+  module.def(
+      "simulate_scans", &simulateScans, py::arg("map").none(false), "poses"_a, "field_of_view"_a,
+      "threads"_a = py::none(), py::kw_only(), "occupied_above"_a = OccupancyMap::kSolidAbove,
+      R"(simulate_scans(map: OccupancyMap, poses: ArrayLike, field_of_view: SensorFieldOfView2D, threads: int | None = None, *, occupied_above: float = 0.4) -> NDArray[np.float32]
+
+Casts a fan of rays from each of many poses. Returns the exact ranges in metres, shape (N, ray_count).
+
+`poses` has the shape (N, 3): x, y in metres and theta in radians, in the map frame; C-contiguous float32
+is read without a copy. Rays go from the right edge of the aperture to the left; a full turn starts at
+-pi. They stop at cells above `occupied_above`. A ray that meets nothing, or whose pose is not finite,
+gives `max_range`. `threads` threads share the work, by default one for each processor; other Python
+threads go on meanwhile. Another shape, an invalid field of view or threads outside 1 to 256:
+ValueError.)");
+}
+
 }  // namespace
 
 void bindScans(py::module_& module) {
@@ -82,20 +98,7 @@ Takes ranges in metres and the full aperture in radians.)")
           },
           "other"_a, "__eq__(other: object) -> bool")
       .def("__repr__", &describeView);
-
-  module.def(
-      "simulate_scans", &simulateScans, py::arg("map").none(false), "poses"_a, "field_of_view"_a,
-      "threads"_a = py::none(), py::kw_only(), "occupied_above"_a = OccupancyMap::kSolidAbove,
-      R"(simulate_scans(map: OccupancyMap, poses: ArrayLike, field_of_view: SensorFieldOfView2D, threads: int | None = None, *, occupied_above: float = 0.4) -> NDArray[np.float32]
-
-Casts a fan of rays from each of many poses. Returns the exact ranges in metres, shape (N, ray_count).
-
-`poses` has the shape (N, 3): x, y in metres and theta in radians, in the map frame; C-contiguous float32
-is read without a copy. Rays go from the right edge of the aperture to the left; a full turn starts at
--pi. They stop at cells above `occupied_above`. A ray that meets nothing, or whose pose is not finite,
-gives `max_range`. `threads` threads share the work, by default one for each processor; other Python
-threads go on meanwhile. Another shape, an invalid field of view or threads outside 1 to 256:
-ValueError.)");
+  bindSimulateScans(module);
 }
 
 }  // namespace QV::python

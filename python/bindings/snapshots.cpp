@@ -66,10 +66,27 @@ py::object viewOfSensor(const SensorView& view) {
   return py::make_tuple(view.state->view->apex, view.state->view->fieldOfView);
 }
 
+void bindPlaces(py::class_<SensorView>& state) {
+  state
+      .def_property_readonly("view", &viewOfSensor,
+                             "tuple[Pose2D, SensorFieldOfView2D] | None: The sensor's pose in the "
+                             "map and its field of view.")
+      .def_property_readonly("records", &recordsOf,
+                             "list[Record]: The records as the manager gave them.")
+      .def_property_readonly(
+          "hits", placesOf(&session::Marks::hits),
+          "NDArray[np.float32]: The positions of obstacles, shape (N, 3), metres, in the map.")
+      .def_property_readonly("misses", placesOf(&session::Marks::misses),
+                             "NDArray[np.float32]: The ends of beams that met nothing, shape (N, "
+                             "3), metres, in the map.")
+      .def_property_readonly("echoes", &echoesOf,
+                             "list[Echo]: The obstacles at a known range and unknown direction.");
+}
+
 void bindSensorState(py::module_& module) {
-  py::class_<SensorView>(module, "SensorState",
-                         "The state of a sensor at one moment. It never changes.")
-      .def_property_readonly("name", of(&SensorState::name), "str: The sensor's name.")
+  py::class_<SensorView> state(module, "SensorState",
+                               "The state of a sensor at one moment. It never changes.");
+  state.def_property_readonly("name", of(&SensorState::name), "str: The sensor's name.")
       .def_property_readonly("family", of(&SensorState::family), "str: The name of its family.")
       .def_property_readonly("started", of(&SensorState::started),
                              "bool: True while its hardware runs.")
@@ -91,28 +108,36 @@ void bindSensorState(py::module_& module) {
                              "str: The message of its last error; empty without one.")
       .def_property_readonly(
           "health", [](const SensorView& view) { return toPython(view.state->health); },
-          "Health: The health, with its reason.")
-      .def_property_readonly("view", &viewOfSensor,
-                             "tuple[Pose2D, SensorFieldOfView2D] | None: The sensor's pose in the "
-                             "map and its field of view.")
-      .def_property_readonly("records", &recordsOf,
-                             "list[Record]: The records as the manager gave them.")
+          "Health: The health, with its reason.");
+  bindPlaces(state);
+}
+
+void bindSurroundings(py::class_<SnapshotView>& snapshot) {
+  snapshot
       .def_property_readonly(
-          "hits", placesOf(&session::Marks::hits),
-          "NDArray[np.float32]: The positions of obstacles, shape (N, 3), metres, in the map.")
-      .def_property_readonly("misses", placesOf(&session::Marks::misses),
-                             "NDArray[np.float32]: The ends of beams that met nothing, shape (N, "
-                             "3), metres, in the map.")
-      .def_property_readonly("echoes", &echoesOf,
-                             "list[Echo]: The obstacles at a known range and unknown direction.");
+          "frame", [](const SnapshotView& view) { return session::getName(view.snapshot->frame); },
+          "str: The frame that records place their sensors in: \"map\" or \"robot\".")
+      .def_property_readonly(
+          "map",
+          [](const SnapshotView& view) {
+            return boost::const_pointer_cast<OccupancyMap>(view.snapshot->map);
+          },
+          "OccupancyMap | None: The map; None if it has none.")
+      .def_property_readonly(
+          "people", of(&Snapshot::people),
+          "list[tuple[float, float]]: The positions of people in the map, metres.")
+      .def_property_readonly(
+          "touches", &touchesOf,
+          "list[str]: The touched groups: the parts of the robot that something presses.");
 }
 
 }  // namespace
 
 void bindSnapshots(py::module_& module) {
   bindSensorState(module);
-  py::class_<SnapshotView>(module, "Snapshot", R"(
-The state of a robot and its world at one moment. It never changes.)")
+  py::class_<SnapshotView> snapshot(module, "Snapshot", R"(
+The state of a robot and its world at one moment. It never changes.)");
+  snapshot
       .def_property_readonly("title", of(&Snapshot::title),
                              "str: The title for people: 'Virtual robot porter'.")
       .def_property_readonly("time", of(&Snapshot::time),
@@ -135,22 +160,8 @@ The state of a robot and its world at one moment. It never changes.)")
       .def_property_readonly("faults", of(&Snapshot::faults),
                              "dict[str, FaultKind]: The faults in force, by sensor.")
       .def_property_readonly("sensors", &sensorsOf,
-                             "list[SensorState]: The sensors, in the order of family and name.")
-      .def_property_readonly(
-          "frame", [](const SnapshotView& view) { return session::getName(view.snapshot->frame); },
-          "str: The frame that records place their sensors in: \"map\" or \"robot\".")
-      .def_property_readonly(
-          "map",
-          [](const SnapshotView& view) {
-            return boost::const_pointer_cast<OccupancyMap>(view.snapshot->map);
-          },
-          "OccupancyMap | None: The map; None if it has none.")
-      .def_property_readonly(
-          "people", of(&Snapshot::people),
-          "list[tuple[float, float]]: The positions of people in the map, metres.")
-      .def_property_readonly(
-          "touches", &touchesOf,
-          "list[str]: The touched groups: the parts of the robot that something presses.");
+                             "list[SensorState]: The sensors, in the order of family and name.");
+  bindSurroundings(snapshot);
 }
 
 }  // namespace QV::python

@@ -4,6 +4,8 @@
 namespace QV::python {
 namespace {
 
+using robot::WorldOptions;
+
 /** A new object whose attributes are given as keyword arguments. */
 template <typename T>
 auto fromKeywordArguments() {
@@ -63,11 +65,25 @@ Sets the waypoints in the map, metres, and the speed, m/s. With one waypoint the
                     "list[tuple[float, float]]: The waypoints in the map, metres.");
 }
 
+void bindPeriods(py::class_<WorldOptions>& options) {
+  options
+      .def_readwrite("step_period", &WorldOptions::stepPeriod,
+                     "int: The time between two steps of the body, nanoseconds.")
+      .def_readwrite("laser_period", &WorldOptions::laserPeriod,
+                     "int: The time between two laser scans, nanoseconds.")
+      .def_readwrite("sonar_period", &WorldOptions::sonarPeriod,
+                     "int: The time between two sonar measurements, nanoseconds.")
+      .def_readwrite("people_period", &WorldOptions::peoplePeriod,
+                     "int: The time between two detections of people, nanoseconds.")
+      .def_readwrite("laser_start", &WorldOptions::laserStart,
+                     "int: The time from a laser's command to its first scan, nanoseconds.");
+}
+
 void bindOptions(py::module_& module) {
-  using robot::WorldOptions;
-  py::class_<WorldOptions>(module, "WorldOptions", R"(
+  py::class_<WorldOptions> options(module, "WorldOptions", R"(
 The world of a virtual robot, and the quality of its sensors. The default is an empty world and perfect
-sensors.)")
+sensors.)");
+  options
       .def(fromKeywordArguments<WorldOptions>(),
            "__init__(**options: Any) -> None\n\nTakes each attribute as a keyword argument.")
       .def_readwrite(
@@ -91,17 +107,8 @@ sensors.)")
       .def_readwrite("people", &WorldOptions::people,
                      "list[Walker]: The people with a path; assign a whole list.")
       .def_readwrite("random_people", &WorldOptions::randomPeople,
-                     "int: The number of further people, who walk at random.")
-      .def_readwrite("step_period", &WorldOptions::stepPeriod,
-                     "int: The time between two steps of the body, nanoseconds.")
-      .def_readwrite("laser_period", &WorldOptions::laserPeriod,
-                     "int: The time between two laser scans, nanoseconds.")
-      .def_readwrite("sonar_period", &WorldOptions::sonarPeriod,
-                     "int: The time between two sonar measurements, nanoseconds.")
-      .def_readwrite("people_period", &WorldOptions::peoplePeriod,
-                     "int: The time between two detections of people, nanoseconds.")
-      .def_readwrite("laser_start", &WorldOptions::laserStart,
-                     "int: The time from a laser's command to its first scan, nanoseconds.");
+                     "int: The number of further people, who walk at random.");
+  bindPeriods(options);
 }
 
 }  // namespace
