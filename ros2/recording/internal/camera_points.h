@@ -5,6 +5,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/api.h"
 #include "platform/vision/qv_image.h"
 #include "ros2/recording/internal/image_points.h"
 #include "ros2/recording/internal/message_sink.h"
@@ -18,7 +19,7 @@ namespace QV::ros2 {
  * the recording anyway: a whole image's points are twelve times as long as its pixels' runs and
  * pixels together. Points that no recorded image gives bit for bit are written elsewhere.
  */
-class CameraPoints {
+class QV_API CameraPoints {
  public:
   /** Looks for the cameras; of a robot without any there is nothing to write. */
   CameraPoints(MessageSink& sink, const session::Session& session);

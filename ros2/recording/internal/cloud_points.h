@@ -4,6 +4,7 @@
 
 #include <opencv2/core.hpp>
 
+#include "platform/api.h"
 #include "platform/math/position.h"
 #include "ros2/messages/sensor_msgs.h"
 
@@ -20,6 +21,6 @@ bool isObstacle(const Math::Position3D& inBase, bool knowsFloor);
  * Returns the depth in millimetres, 0 for nothing; std::runtime_error for an image that is no depth
  * image.
  */
-cv::Mat_<std::uint16_t> depthOf(const sensor_msgs::Image& image);
+QV_API cv::Mat_<std::uint16_t> depthOf(const sensor_msgs::Image& image);
 
 }  // namespace QV::ros2

@@ -1,6 +1,7 @@
 #include "ros2/recording/internal/told_modules.h"
 
 #include <cmath>
+#include <cstring>
 #include <limits>
 #include <numbers>
 
@@ -9,6 +10,7 @@
 
 #include "platform/ko/simulated_time.h"
 #include "ros2/messages/scene_msgs.h"
+#include "ros2/recording/internal/cloud_points.h"
 #include "sensor/hosting/navigation_module.h"
 #include "tests/ros2/support/sample_messages.h"
 #include "tests/support/log_capture.h"
@@ -210,8 +212,13 @@ TEST_F(ToldModulesTest, aBadMessageIsLoggedOnceAndOtherTopicsGoOn) {
   }
 }
 
-TEST_F(ToldModulesTest, aDepthSensorHasTheApertureThatItsCameraTells) {
+TEST_F(ToldModulesTest, aDepthSensorHasTheApertureOfItsCameraAndMillimetres) {
   EXPECT_FLOAT_EQ(surveyed.sensors.at("/depth").aperture, 0.5f * std::numbers::pi_v<float>);
+  auto metres = test::sampleImage("32FC1", sizeof(float), 0);
+  const float pixels[] = {0.5f, 8.1236f, kNaN, -1.0f, 70.0f};
+  std::memcpy(metres.data.data(), pixels, sizeof pixels);
+  const cv::Mat_<std::uint16_t> depth = depthOf(metres);
+  EXPECT_THAT(std::vector<int>(depth.begin(), depth.begin() + 5), ElementsAre(500, 8124, 0, 0, 0));
 }
 
 TEST_F(ToldModulesTest, rangesOfHumbleAreUnderstood) {
