@@ -25,7 +25,7 @@ bool isWord(std::string_view text) {
 /** True for words with a slash between each two. */
 bool isPath(std::string_view text) {
   const auto slash = text.find('/');
-  if (slash == text.npos) return isWord(text);
+  if (slash == std::string_view::npos) return isWord(text);
   return isWord(text.substr(0, slash)) && isPath(text.substr(slash + 1));
 }
 
@@ -72,7 +72,7 @@ std::optional<std::string> topicOfDds(const std::string& name) {
 std::optional<std::string> typeOfDds(const std::string& name) {
   constexpr std::string_view kBetween = "::msg::dds_::";
   const auto end = name.find(kBetween);
-  if (end == name.npos || !name.ends_with('_')) return std::nullopt;
+  if (end == std::string::npos || !name.ends_with('_')) return std::nullopt;
   const std::string package = name.substr(0, end);
   std::string type = name.substr(end + kBetween.size());
   type.pop_back();

@@ -62,7 +62,7 @@ class Wedge {
  private:
   // By rounding, rays between the two may lie outside by a little: so much less than this, and the
   // rise of a column by 1.
-  static constexpr Height kMargin = Height{2 * kSlack} << kDroppedBits;
+  static constexpr Height kMargin = (Height{2} * kSlack) << kDroppedBits;
 
   Height lowest;
   Height highest;
