@@ -15,6 +15,9 @@ import qv_sensor as qv
 ROOT = pathlib.Path(__file__).resolve().parents[2]
 IN_THE_FLAT = (3.0, 6.3, 0.0)
 
+# A shell makes what it starts in the background ignore Ctrl-C.
+signal.signal(signal.SIGINT, signal.default_int_handler)
+
 
 def press_ctrl_c_soon(times=1):
     """Returns when the waiting began."""
