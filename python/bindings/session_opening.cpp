@@ -64,7 +64,7 @@ SharedHandle openSession(const std::string& file, const sensor::SensorFactory& s
   const auto preparation =
       aside([=] { return std::make_unique<ros2::SessionReplay::Preparation>(file, sensors); });
   const auto replay = unlocked([&] {
-    auto made = std::make_shared<ros2::SessionReplay>(*preparation);
+    auto made = std::make_shared<ros2::SessionReplay>(std::move(*preparation));
     made->begin();
     made->getSession().step();
     return made;

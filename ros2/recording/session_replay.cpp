@@ -71,7 +71,8 @@ SessionReplay::Preparation::Preparation(const std::string& path,
     : isOwnSession(isSessionRecording(path)) {
   // The survey may read the whole file, so it is made once.
   std::shared_ptr<const TopicSurvey> survey;
-  if (!isOwnSession) survey = std::make_shared<const TopicSurvey>(surveyTopics(path));
+  if (!isOwnSession)
+    survey = naming(path, [&] { return std::make_shared<const TopicSurvey>(surveyTopics(path)); });
   const session::Reopen reopen = [path, survey, sensors] {
     return survey ? prepareOther(path, survey) : prepareOwn(path, sensors);
   };
@@ -82,8 +83,8 @@ SessionReplay::Preparation::Preparation(const std::string& path,
   };
 }
 
-SessionReplay::SessionReplay(const Preparation& preparation)
-    : isOwnSession(preparation.isOwnSession), session(preparation.open()) {}
+SessionReplay::SessionReplay(Preparation&& preparation)
+    : isOwnSession(preparation.isOwnSession), session(std::exchange(preparation.open, nullptr)()) {}
 
 SessionReplay::SessionReplay(const std::string& path, const sensor::SensorFactory& sensors)
     : SessionReplay(Preparation(path, sensors)) {}

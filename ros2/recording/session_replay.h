@@ -41,13 +41,17 @@ class QV_API SessionReplay {
     explicit Preparation(const std::string& path,
                          const sensor::SensorFactory& sensors = sensor::SensorFactory::standard());
 
+    Preparation(Preparation&&) = default;
+    Preparation& operator=(Preparation&&) = default;
+
    private:
     friend class SessionReplay;
     bool isOwnSession;
     std::function<std::unique_ptr<session::Session>()> open;
   };
-  /** The second step; use a preparation once. */
-  explicit SessionReplay(const Preparation& preparation);
+  /** The second step, on the session's thread: quick. Uses the preparation up; a second use of it
+   * throws std::bad_function_call. */
+  explicit SessionReplay(Preparation&& preparation);
   /**
    * Opens a recording. Throws std::runtime_error with the file and the expectation if it can't be
    * played. `sensors` makes the sensors of a recorded robot.

@@ -24,9 +24,11 @@ bool isWord(std::string_view text) {
 
 /** True for words with a slash between each two. */
 bool isPath(std::string_view text) {
-  const auto slash = text.find('/');
-  if (slash == std::string_view::npos) return isWord(text);
-  return isWord(text.substr(0, slash)) && isPath(text.substr(slash + 1));
+  for (auto slash = text.find('/'); slash != std::string_view::npos; slash = text.find('/')) {
+    if (!isWord(text.substr(0, slash))) return false;
+    text.remove_prefix(slash + 1);
+  }
+  return isWord(text);
 }
 
 bool isNameSpace(std::string_view text) {
