@@ -147,6 +147,8 @@ TEST_P(SessionTest, goesToAGoalBehindIt) {
   EXPECT_NEAR(there.pose.x, 2.0f, 0.1f);
   EXPECT_NEAR(there.pose.y, 4.5f, 0.1f);
   EXPECT_EQ(there.velocity, Math::Pose2D());
+  sut->setGoal({there.pose.x + 0.03f, there.pose.y - 0.03f});
+  EXPECT_EQ(sut->look().goal, std::nullopt) << "the robot is there already";
   EXPECT_EQ(errorOf([&] {
               sut->setGoal({20.0f, 3.0f});
             }),
@@ -308,6 +310,7 @@ TEST(FindRoute, goesAroundAWallAndKeepsItsDistance) {
   EXPECT_NEAR(length, 2.0f * std::hypot(3.0f, 4.3f), 0.6f);
   EXPECT_THAT(findRoute(map, from, to, 0.6f), IsEmpty());
   EXPECT_THAT(findRoute(map, from, {6.05f, 3.0f}, 0.3f), IsEmpty());
+  EXPECT_THAT(findRoute(map, {0.95f, 3.0f}, to, 0.3f), IsEmpty()) << "half a cell off the map";
 }
 
 TEST(FindRoute, seesTheSameRoomInTilesAsOnTheWholeMap) {
