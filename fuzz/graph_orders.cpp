@@ -6,6 +6,7 @@
 
 #include <cmath>
 #include <map>
+#include <thread>
 
 #include <boost/make_shared.hpp>
 
@@ -70,14 +71,22 @@ class Robot {
       const Sound& order = orders()[next() % kinds];
       const Bytes cdr = changed(order.cdr, next);
       node.listeners.at(order.type)({cdr, 0});
-      asked.obey(*session);
-      session->run(boost::chrono::milliseconds(20));
-      check(std::isfinite(session->getPose().x + session->getPose().y), "the robot is nowhere");
-      check(std::isfinite(session->getPose().theta), "the robot looks nowhere");
+      goOn();
     }
+    while (asked.isSearching()) {
+      std::this_thread::yield();
+      asked.obey(*session);
+    }
+    goOn();
   }
 
  private:
+  void goOn() {
+    asked.obey(*session);
+    session->run(boost::chrono::milliseconds(20));
+    check(std::isfinite(session->getPose().x + session->getPose().y), "the robot is nowhere");
+    check(std::isfinite(session->getPose().theta), "the robot looks nowhere");
+  }
   static std::unique_ptr<session::Session> open() {
     ko::log::setLevel(ko::log::Level::silent);
     constexpr int kCells = 40;

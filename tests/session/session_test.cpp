@@ -156,8 +156,9 @@ TEST_P(SessionTest, goesToAGoalBehindIt) {
 }
 
 TEST_P(SessionTest, findsARouteOnAnotherThreadAndAgainIfTheRobotHasMoved) {
+  sut->drive(0.5f, 0.0f);
   GoalSearch search(*sut, {2.0f, 4.5f});
-  driveOn(0.5f);
+  sut->keepPace(kSecond / 2);
   ASSERT_TRUE(search.waitFor(std::chrono::minutes(1)));
   EXPECT_FALSE(search.finish());
   const Math::Pose2D standing = sut->getPose();
@@ -191,7 +192,15 @@ TEST_P(SessionTest, whoTakesTheWheelTakesItFromAGoal) {
     ASSERT_NE(sut->look().goal, std::nullopt);
     takers[i]();
     EXPECT_EQ(sut->look().goal, std::nullopt) << i;
+    GoalSearch search(*sut, {2.0f, 4.5f});
+    takers[i]();
+    EXPECT_TRUE(search.finish());
+    EXPECT_EQ(sut->look().goal, std::nullopt) << i;
   }
+  GoalSearch older(*sut, {2.0f, 4.5f});
+  const GoalSearch newer(*sut, {2.0f, 3.5f});
+  EXPECT_TRUE(older.finish());
+  EXPECT_EQ(sut->look().goal, std::nullopt);
 }
 
 TEST_P(SessionTest, aFaultIsListedUntilItIsCleared) {
