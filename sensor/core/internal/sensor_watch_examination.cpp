@@ -19,6 +19,8 @@ void SensorWatch::xExamine(const std::vector<Math::MetricalData>& records) {
   const std::int64_t now = nowInNs();
   ReadingNotes notes = published.loadOwn();
   const bool wasEmpty = notes.isEmpty;
+  // A reading that threw does not show what was not there.
+  const LastReading before = notes.failures == 0 ? notes.last : LastReading();
   notes.recordBefore = notes.getRecordAt();
   notes.answeredBefore = notes.getAnsweredAt();
   notes.failures = 0;
@@ -30,7 +32,7 @@ void SensorWatch::xExamine(const std::vector<Math::MetricalData>& records) {
   notes.garbage = shifted(notes.garbage, cameAsGarbage);
   notes.changed = shifted(notes.changed, false);
   notes.last.readAt = now;
-  if (!records.empty()) xNoteRecords(records, notes);
+  if (!records.empty()) xNoteRecords(records, before, notes);
   // A change after a gap without records does not count as flicker.
   if (wasEmpty) notes.changed &= ~1u;
   published.store(notes);
@@ -66,7 +68,7 @@ std::int64_t SensorWatch::xFindCalm(const ReadingNotes& notes) const {
 }
 
 void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
-                               ReadingNotes& notes) {
+                               const LastReading& before, ReadingNotes& notes) {
   const bool isFirst = notes.recordBefore == 0;
   notes.last.stamp = stampOf(records);
   if (!isFirst && xSkips(records, notes.last.readAt)) {
@@ -76,6 +78,7 @@ void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
   PlanarView seen;
   const auto shape = view.loadOwnHead<PlanarView::Shape>();
   xNoteDigest(digestOf(records, nature, shape, seen), isFirst, notes);
+  xNoteStamp(before, isFirst, notes);
   if (hasView || !seen.isEmpty()) xNoteView(seen, notes);
 }
 
@@ -91,13 +94,19 @@ void SensorWatch::xNoteDigest(const ReadingDigest& digest, bool isFirst, Reading
   if (isChanged) notes.changed |= 1u;
   isStill = !isFirst && !isChanged && nature.showsMotion && digest.hasObstacle;
   if (digest.isGarbage) notes.garbage |= 1u;
-  if (isFirst || notes.last.stamp != digestedStamp) {
-    ++notes.stamps;
-    notes.stampedAt = notes.last.readAt;
-  }
   digestedAt = notes.last.readAt;
-  digestedStamp = notes.last.stamp;
   notes.digest = digest;
+}
+
+// What a sensor reported before it was started, or while nobody read it, lies in memory until its
+// next report: its age then says nothing.
+void SensorWatch::xNoteStamp(const LastReading& before, bool isFirst, ReadingNotes& notes) {
+  const std::int64_t stamp = notes.last.stamp;
+  if (!isFirst && stamp == digestedStamp) return;
+  digestedStamp = stamp;
+  ++notes.stamps;
+  const bool isKnown = !isFirst && before.readAt != 0;
+  notes.stampedAt = nature.hasRate ? notes.last.readAt : isKnown ? before.readAt : stamp;
 }
 
 void SensorWatch::xNoteView(const PlanarView& seen, ReadingNotes& notes) {
