@@ -35,7 +35,8 @@ struct QV_API RecordDifference {
  */
 class QV_API SessionReplay {
  public:
-  /** The first step of opening: reads what may take seconds, on any thread. Throws as below. */
+  /** The first step of opening: reads what may take seconds, on any thread. Throws as the
+   * constructor from a path does. */
   class QV_API Preparation {
    public:
     explicit Preparation(const std::string& path,
@@ -49,8 +50,8 @@ class QV_API SessionReplay {
     bool isOwnSession;
     std::function<std::unique_ptr<session::Session>()> open;
   };
-  /** The second step, on the session's thread: quick. Uses the preparation up; a second use of it
-   * throws std::bad_function_call. */
+  /** The second step, on the session's thread: quick. Consumes the preparation; reusing it throws
+   * std::bad_function_call. */
   explicit SessionReplay(Preparation&& preparation);
   /**
    * Opens a recording. Throws std::runtime_error with the file and the expectation if it can't be
