@@ -53,7 +53,7 @@ class QV_API OutletList : public Outlet {
 
   session::Demand getDemand() const override;
   bool isWatched() const override;
-  /** Shows it to those that are watched. */
+  /** Shows the snapshot to the watched outlets. */
   void show(const session::Snapshot& snapshot) override;
   void showLog(const std::vector<ko::log::Record>& lines) override;
   void finish() override;

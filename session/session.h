@@ -34,10 +34,12 @@ struct SessionParts;
 /**
  * Controls one robot: simulated, virtual, recorded or from a ROS 2 graph.
  *
- * Open one with the functions of open.h. All robots are driven, switched and read in the same way.
- * Time advances in run(), step(), keepPace() and seek(), and while hardware starts.
+ * Open one with the functions of open.h. All robots have one interface. A recording can't be
+ * driven, and only a virtual robot has faults. Time advances in run(), step(), keepPace() and
+ * seek(), and while hardware starts.
  *
- * - Frames: poses and positions are in the map M. Records are as its manager gives them; getFrame()
+ * - Frames: poses and positions are in the map M; those of a log, which has no map, in its own
+ *   frame. Records are as its manager gives them; getFrame()
  *   tells the frame in which they place their sensors.
  * - Units: metres, radians, m/s, rad/s; durations are nanoseconds.
  * - Lifetime: not copyable. The destructor stops the robot and all sensors. Only one session with
@@ -98,7 +100,8 @@ class QV_API Session {
   void setDemand(const Demand& demand);
 
   /**
-   * Drives by hand, m/s and rad/s. The command holds for 0.5 s of real time, see keepPace().
+   * Drives by hand, m/s and rad/s. The command expires after 0.5 s of real time: see
+   * keepPace().
    */
   void drive(float forward, float turn);
   /**
@@ -131,7 +134,7 @@ class QV_API Session {
   void run(ko::Duration duration);
   /** The time that the session allows from a subscription to the first record of every sensor. */
   ko::Duration getSettlingTime() const;
-  /** Plays a recording's next step; false at the end. Runs any other session for 0.1 s. */
+  /** A recording: plays the next step, false at the end. Any other session: runs for 0.1 s. */
   bool step();
   /** The played share of a recording, 0 to 1. */
   double getShareDone() const;

@@ -55,11 +55,11 @@ class QV_API LiveServer {
   /** The sensors that its clients and outlets want now. */
   session::Demand getDemand() const;
   /**
-   * Does the first part of runBriefly(): waits for up to 20 ms for what clients ask for, does it,
-   * and starts and stops sensors as demanded, which may take as long as hardware does.
+   * The first part of runBriefly(): waits up to 20 ms for clients' commands, executes them, and
+   * starts and stops sensors as `demand` says, which takes as long as the hardware does.
    */
   void obey(const session::Demand& demand);
-  /** Does the second part: lets time go by, and shows what is new. */
+  /** The second part: advances the session and sends the news. */
   void goOn();
 
  private:

@@ -34,10 +34,9 @@ class UnitFactory;
  * - Frames: M is the map; R the root link, whose pose in M is the robot's; G the ground frame,
  *   which is R here.
  * - Units: metres, radians, m/s, rad/s; durations are nanoseconds.
- * - Lifetime: not copyable; keeps the map alive. After the robot's end its modules stay registered,
- *   so that their users may end later. The world then stands still. Sonars and the camera still
- *   measure it, and a laser scans once each time that it is switched on. Bumpers, blind zones and
- *   people give nothing.
+ * - Lifetime: not copyable; keeps the map alive. After the robot's end its modules stay registered
+ *   and the world stands still: sonars and the camera still measure it, a laser scans once each
+ * time that it is switched on, and bumpers, blind zones and people give nothing.
  * - Threads: thread-safe.
  * - Errors: std::invalid_argument for an unknown name, and a number out of range or not finite.
  *
@@ -116,7 +115,8 @@ class QV_API VirtualRobot {
   /** The fault that a sensor has now; nothing if it has none. */
   std::optional<FaultKind> findFault(const std::string& sensor) const;
 
-  /** The sensors that can have a fault, now or not. With a depth camera "PeoplePerception", too. */
+  /** The sensors that can be made to fail, whether they have a fault or not. With a depth camera
+   * "PeoplePerception", too. */
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
 

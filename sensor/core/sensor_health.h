@@ -24,9 +24,9 @@ enum class HealthState {
   noisy,
   /** The records are too old. */
   late,
-  /** No records come, without a good reason. */
+  /** No records come, without a good reason; or a reading or start hangs. */
   silent,
-  /** The hardware does not start, stop or answer, or the diagnosis is bad. */
+  /** The reading throws, the hardware failed to start or stop, or the diagnosis is bad. */
   failing
 };
 constexpr std::size_t kHealthStateCount = 9;
