@@ -31,7 +31,11 @@ struct QV_API RecordDifference {
  * SessionRecorder: its inputs go into a robot's modules again and the library makes the records
  * anew. A recording of another robot (MCAP, or rosbag2's folder or SQLite file): its LaserScan,
  * Range, depth Image, PointCloud2, odometry and tf go to sensors that are derived from the topics.
- * After construction it is before the first step. Not copyable.
+ * After construction it is before the first step.
+ *
+ * - Frames, units: those of the records; times count from the recording's start.
+ * - Lifetime: not copyable; it owns its session.
+ * - Threads: for the thread that made it.
  */
 class QV_API SessionReplay {
  public:
