@@ -35,7 +35,8 @@ void followClock(HeardPlan& plan) {
         const auto clock = fromCdr<rosgraph_msgs::Clock>(message.cdr).clock;
         time->setClock(clock.sec * std::int64_t{1'000'000'000} + clock.nanosec);
         mailbox->wake();
-      });
+      },
+      [time = plan.time.get()](std::size_t publishers) { time->setPublished(publishers > 0); });
   const auto end = MachineClock::now() + kLongestWait;
   while (!plan.time->hasBegun() && MachineClock::now() < end) plan.await();
   if (!plan.time->hasBegun())

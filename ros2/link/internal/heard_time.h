@@ -1,5 +1,6 @@
 #pragma once
 
+#include <chrono>
 #include <cstdint>
 #include <mutex>
 #include <optional>
@@ -12,7 +13,7 @@ namespace QV::ros2 {
 /**
  * The time of a graph as ko's: that of the machine's wall clock, or of somebody's /clock. It never
  * goes back: where the other one does, or leaps by more than a minute, it goes on from where it
- * was. Thread-safe.
+ * was. A /clock whose publisher is gone goes on as fast as the machine's. Thread-safe.
  */
 class HeardTime {
  public:
@@ -21,6 +22,8 @@ class HeardTime {
 
   /** Takes the time of /clock, nanoseconds. */
   void setClock(std::int64_t time);
+  /** Takes whether somebody publishes /clock; it may stand still while somebody does. */
+  void setPublished(bool on);
   /** True if there is a time. */
   bool hasBegun() const;
   /** Makes the present moment count as `time` of ko's clock from here on. */
@@ -42,6 +45,9 @@ class HeardTime {
   const Source source;
   mutable std::mutex mutex;
   std::optional<std::int64_t> clock;
+  bool isPublished = false;
+  /** The machine's time at which `clock` was so late and nobody published it. */
+  std::optional<std::chrono::steady_clock::time_point> left;
   /** The nanoseconds that ko's time is less than that of the graph. */
   std::int64_t offset = 0;
   ko::Clock::time_point last;

@@ -204,6 +204,28 @@ TEST_F(HeardRobotTest, recordsStopWithTheirPublisherAndReturnWithIt) {
   EXPECT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan") && has(*sut, "sonar"); }));
 }
 
+TEST_F(HeardRobotTest, aRobotThatIsGoneWithItsClockIsSilentAndReturns) {
+  startSensors();
+  const auto sut = open();
+  sut->subscribe("test", {"scan", "sonar"});
+  ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan") && has(*sut, "sonar"); }));
+  for (const char* const name : {"scan", "sonar"}) robot.fallSilent(name);
+  robot.publishClock(false);
+  scans.reset();
+  sonars.reset();
+  const auto health = [&](std::size_t sensor) {
+    return sut->look().sensors.at(sensor).health.state;
+  };
+  EXPECT_TRUE(runUntil(*sut, [&] { return !has(*sut, "scan") && !has(*sut, "sonar"); }));
+  EXPECT_TRUE(runUntil(*sut, [&] { return health(0) == sensor::HealthState::silent; }));
+  const auto stops = HasSubstr("/clock: nobody publishes it any more: time goes on by the machine");
+  EXPECT_THAT(warnings(), Contains(stops).Times(1));
+  robot.setClock(10);
+  robot.publishClock(true);
+  startSensors();
+  EXPECT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan") && has(*sut, "sonar"); }));
+}
+
 TEST_F(HeardRobotTest, stampsFarOffAreRefusedAndOtherSensorsGoOn) {
   startSensors();
   const auto sut = open();
