@@ -253,6 +253,11 @@ TEST_F(GraphRobotTest, logsOneLineForInvalidCommandsUntilAValidOneComes) {
   expectLine(*stamped,
              geometry_msgs::TwistStamped{{{1'700'000'000, 0}, "base"}, {{1.0, 0.0, 0.0}, {}}},
              "/cmd_vel" + refused + "a stamp of /clock's time (use_sim_time)");
+  auto pose = poseAt(4.0, {});
+  pose.header.stamp.sec = 1'700'000'000;
+  expectLine(*poses, pose, "/initialpose" + refused + "a stamp of /clock's time (use_sim_time)");
+  EXPECT_EQ(session->getPose(), *test::busyWorld().start);
+  expectLine(*poses, poseAt(3.0, {}), "/initialpose: taken again");
   expectLine(*poses, poseAt(4.0, {0.0, 0.0, 0.0, 0.0}),
              "/initialpose" + refused + "an orientation of length 1 expected, 0.0");
   expectLine(*goals, geometry_msgs::PoseStamped{{{}, "base"}, {}},
