@@ -336,7 +336,7 @@ TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {
   std::mutex mutex;
   std::vector<geometry_msgs::Twist> twists;
   const auto sut = open();
-  const auto listen = robot.getNode().subscribe(
+  auto listen = robot.getNode().subscribe(
       "/cmd_vel", geometry_msgs::Twist::getType(), {}, [&](const ReceivedMessage& message) {
         const std::lock_guard lock(mutex);
         twists.push_back(fromCdr<geometry_msgs::Twist>(message.cdr));
@@ -356,6 +356,12 @@ TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {
   sut->run(boost::chrono::seconds(1));
   EXPECT_EQ(count(0.25), moved);
   EXPECT_THROW(sut->setPose({}), session::UsageError);
+  EXPECT_THAT(warnings(), testing::IsEmpty());
+  listen.reset();
+  sut->drive(0.5f, 0.0f);
+  EXPECT_TRUE(runUntil(*sut, [&] { return !warnings().empty(); }));
+  sut->run(boost::chrono::seconds(3));
+  EXPECT_THAT(warnings(), testing::ElementsAre(HasSubstr("/cmd_vel: nobody subscribes to it")));
 }
 
 TEST_F(HeardRobotTest, topicsComeFromTheDescriptionElseFromTheDefaultNames) {
