@@ -24,11 +24,15 @@ constexpr ko::Duration kLongStepBack{kSecond / 2};
 constexpr ko::Duration kOldest{10 * kSecond};
 constexpr ko::Duration kFarthestAhead{kSecond};
 
+std::int64_t nanosecondsOf(const builtin_interfaces::Time& time) {
+  return time.sec * kSecond + time.nanosec;
+}
+
 }  // namespace
 
-void HeardTime::setClock(std::int64_t time) {
+void HeardTime::setClock(const builtin_interfaces::Time& time) {
   const std::lock_guard lock(mutex);
-  clock = time;
+  clock = nanosecondsOf(time);
   if (!left) return;
   // A last message may come after its publisher has gone, a first one before it is known.
   left = MachineClock::now();
@@ -95,7 +99,7 @@ builtin_interfaces::Time HeardTime::getStamp() {
 
 ko::Clock::time_point HeardTime::date(const builtin_interfaces::Time& stamp) {
   const auto now = ko::Clock::now();
-  const std::int64_t there = stamp.sec * kSecond + stamp.nanosec;
+  const std::int64_t there = nanosecondsOf(stamp);
   if (there == 0) return now;
   const std::lock_guard lock(mutex);
   const ko::Clock::time_point time{ko::Duration(there - offset)};

@@ -5,6 +5,7 @@
 #include <mutex>
 #include <optional>
 
+#include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "ros2/messages/geometry_msgs.h"
 
@@ -15,13 +16,13 @@ namespace QV::ros2 {
  * goes back: where the other one does, or leaps by more than a minute, it goes on from where it
  * was. A /clock whose publisher is gone goes on as fast as the machine's. Thread-safe.
  */
-class HeardTime {
+class QV_API HeardTime {
  public:
   enum class Source { wallClock, clockTopic };
   explicit HeardTime(Source source) : source(source) {}
 
-  /** Takes the time of /clock, nanoseconds. */
-  void setClock(std::int64_t time);
+  /** Takes the time of /clock. */
+  void setClock(const builtin_interfaces::Time& time);
   /** Takes whether somebody publishes /clock; it may stand still while somebody does. */
   void setPublished(bool on);
   /** True if there is a time. */
