@@ -37,7 +37,7 @@ constexpr char kReplayFooter[] =
     "- a sonar log: lines of a time (ms) and 8 ranges (mm). Its poses are lines of a time (ms), "
     "x,\n"
     "  y (mm) and heading (0.1 degrees).\n"
-    "The program finds the type from the content. Times count from its start.";
+    "The program finds the type from the content. Times count from the first step.";
 
 struct ReplayOptions {
   sensor::SensorFactory sensors;

@@ -39,6 +39,14 @@ Json roundedPoseOf(const Math::Pose2D& pose) {
   return {{"x", rounded(pose.x)}, {"y", rounded(pose.y)}, {"theta", rounded(pose.theta)}};
 }
 
+Json pairsOf(const std::vector<Math::Position2D>& positions) {
+  Json pairs = Json::array();
+  for (const auto& position : positions) {
+    pairs.push_back({rounded(position.x), rounded(position.y)});
+  }
+  return pairs;
+}
+
 Json toJson(const sensor::SensorHealth& health) {
   const auto age = boost::chrono::duration<double>(ko::Clock::now() - health.since);
   return {{"state", getName(health.state)},

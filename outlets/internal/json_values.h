@@ -2,12 +2,14 @@
 
 #include <cstdint>
 #include <string>
+#include <vector>
 
 #include <nlohmann/json.hpp>
 
 #include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "platform/math/pose2d.h"
+#include "platform/math/position.h"
 #include "platform/math/sensor_field_of_view_2d.h"
 #include "sensor/core/sensor_health.h"
 
@@ -28,6 +30,8 @@ Json rounded(double value);
 /** x, y, theta by their names. */
 QV_API Json exactPoseOf(const Math::Pose2D& pose);
 Json roundedPoseOf(const Math::Pose2D& pose);
+/** [x, y] of each, rounded. */
+Json pairsOf(const std::vector<Math::Position2D>& positions);
 
 /** state, reason, remedy, since (seconds ago) and times. */
 QV_API Json toJson(const sensor::SensorHealth& health);

@@ -38,13 +38,6 @@ std::vector<std::shared_ptr<WebOutlet>> makeWebOutlets(session::Session& robot,
           std::make_shared<FoxgloveFeed>(robot, viewerDrive ? &requests : nullptr)};
 }
 
-/** True for what ends the search for a goal that somebody gave before. */
-bool takesTheWheel(const session::Command& command) {
-  return std::holds_alternative<session::GoalCommand>(command) ||
-         std::holds_alternative<session::DriveCommand>(command) ||
-         std::holds_alternative<session::StopCommand>(command);
-}
-
 }  // namespace
 
 class LiveServer::Impl {
@@ -83,7 +76,6 @@ class LiveServer::Impl {
 
   void execute(const LiveRequest& request) {
     try {
-      if (takesTheWheel(request.command)) search.reset();
       if (const auto* goal = std::get_if<session::GoalCommand>(&request.command)) {
         search.emplace(session, goal->position);
         refuseGoal = request.refuse;

@@ -49,7 +49,7 @@ RouteQuestion Driver::askForRoute(const Math::Position2D& position) const {
 }
 
 void Driver::setGoal(const Math::Position2D& position) {
-  setGoal(position, findRoute(askForRoute(position)));
+  setGoal(position, finder(askForRoute(position), false));
 }
 
 void Driver::setGoal(const Math::Position2D& position, const std::vector<Math::Position2D>& route) {
@@ -79,6 +79,11 @@ void Driver::wander() {
 }
 
 void Driver::stop() {
+  countOrder();
+  xStop();
+}
+
+void Driver::xStop() {
   held = ko::Duration::zero();
   heldUntil.reset();
   goal.reset();
@@ -101,7 +106,7 @@ void Driver::release(ko::Duration machine) {
 }
 
 void Driver::steer(ko::Duration simulated) {
-  if (heldUntil && ko::Clock::now() >= *heldUntil) stop();
+  if (heldUntil && ko::Clock::now() >= *heldUntil) xStop();
   if (timedPath) robot.follow(*timedPath, inSeconds(ko::Clock::now() - timedStart));
   if (path) xGoOn(inSeconds(simulated));
 }
@@ -118,7 +123,7 @@ void Driver::xGoOn(double seconds) {
   const bool atEnd = done >= path->getDuration();
   if (atEnd && behind < kArrived) {
     ko::log::info("Session", "run") << "arrived at " << describe(*goal) << " m";
-    return stop();
+    return xStop();
   }
   if (atEnd || behind > kBehind) {
     waited += seconds;
@@ -133,7 +138,7 @@ void Driver::xGoOn(double seconds) {
 void Driver::xGiveUp() {
   ko::log::warning("Session", "run") << "the way to " << describe(*goal) << " m stayed blocked for "
                                      << static_cast<int>(kPatience) << " s: goal dropped";
-  stop();
+  xStop();
 }
 
 }  // namespace QV::session

@@ -1,6 +1,8 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
+#include <utility>
 #include <vector>
 
 #include "session/internal/find_route.h"
@@ -26,15 +28,23 @@ class Driver {
   void drive(const Math::Pose2D& velocity, ko::Duration hold);
   /** UsageError, and nothing changes, for a place that no way leads to. */
   void setGoal(const Math::Position2D& position);
-  /** Takes the path that findRoute found for askForRoute(): empty if there is none. */
+  /** Takes the path that was found for askForRoute(): empty if there is none. */
   void setGoal(const Math::Position2D& position, const std::vector<Math::Position2D>& route);
   /** Returns the question for a path from here. Throws UsageError for a robot without a map. */
   RouteQuestion askForRoute(const Math::Position2D& position) const;
+  const RouteFinder& getRouteFinder() const { return finder; }
+  /** Finds paths in another way from now on. */
+  void setRouteFinder(RouteFinder newFinder) { finder = std::move(newFinder); }
   /** The robot keeps to the path's times, from now on and at its end, until another order. */
   void follow(const TimedPath& path);
   /** Drives about. */
   void wander();
   void stop();
+
+  /** Counts an order whose path is searched for now; returns its number. */
+  std::uint64_t countOrder() { return ++orders; }
+  /** Returns the number of the last order. */
+  std::uint64_t getOrderCount() const { return orders; }
 
   const std::optional<Math::Position2D>& getGoal() const { return goal; }
   /** The corners that are left of the way to a goal or of a path, the next place first. */
@@ -46,10 +56,13 @@ class Driver {
   void steer(ko::Duration simulated);
 
  private:
+  void xStop();
   void xGoOn(double seconds);
   void xGiveUp();
 
   SessionRobot& robot;
+  RouteFinder finder = &findRouteTo;
+  std::uint64_t orders = 0;
   ko::Duration held = ko::Duration::zero();
   std::optional<ko::Clock::time_point> heldUntil;
   std::optional<Math::Position2D> goal;

@@ -13,7 +13,7 @@ namespace {
 /** The search for the shortest way between cells, each to its eight neighbours. */
 class RouteSearch {
  public:
-  RouteSearch(const OccupancyMap& map, float radius, const std::atomic<bool>* isGivenUp)
+  RouteSearch(const OccupancyMap& map, float radius, const std::atomic<bool>& isGivenUp)
       : map(map), isGivenUp(isGivenUp), radius(radius), cells(map, radius + map.getResolution()) {}
 
   std::vector<Math::Position2D> find(const Math::Position2D& from, const Math::Position2D& to) {
@@ -41,7 +41,7 @@ class RouteSearch {
     std::priority_queue<Entry, std::vector<Entry>, std::greater<>> open;
     cells.at(start).cost = 0.0f;
     open.push({0.0f, {start.x, start.y}});
-    while (!open.empty() && !(isGivenUp && *isGivenUp)) {
+    while (!open.empty() && !isGivenUp) {
       const cv::Point cell(open.top().second.first, open.top().second.second);
       open.pop();
       if (cell == end) return true;
@@ -93,7 +93,7 @@ class RouteSearch {
   }
 
   const OccupancyMap& map;
-  const std::atomic<bool>* const isGivenUp;
+  const std::atomic<bool>& isGivenUp;
   const float radius;
   RouteCells cells;
 };
@@ -102,11 +102,11 @@ class RouteSearch {
 
 std::vector<Math::Position2D> findRoute(const OccupancyMap& map, const Math::Position2D& from,
                                         const Math::Position2D& to, float radius) {
-  return RouteSearch(map, radius, nullptr).find(from, to);
+  return RouteSearch(map, radius, false).find(from, to);
 }
 
-std::vector<Math::Position2D> findRoute(const RouteQuestion& question,
-                                        const std::atomic<bool>* isGivenUp) {
+std::vector<Math::Position2D> findRouteTo(const RouteQuestion& question,
+                                          const std::atomic<bool>& isGivenUp) {
   return RouteSearch(*question.map, question.radius, isGivenUp).find(question.from, question.to);
 }
 

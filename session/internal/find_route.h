@@ -1,6 +1,7 @@
 #pragma once
 
 #include <atomic>
+#include <functional>
 #include <vector>
 
 #include <boost/smart_ptr/shared_ptr.hpp>
@@ -27,7 +28,10 @@ QV_API std::vector<Math::Position2D> findRoute(const OccupancyMap& map,
                                                const Math::Position2D& from,
                                                const Math::Position2D& to, float radius);
 /** Answers a question on any thread. Returns an empty path as soon as `isGivenUp` is true. */
-std::vector<Math::Position2D> findRoute(const RouteQuestion& question,
-                                        const std::atomic<bool>* isGivenUp = nullptr);
+using RouteFinder = std::function<std::vector<Math::Position2D>(
+    const RouteQuestion& question, const std::atomic<bool>& isGivenUp)>;
+/** The usual RouteFinder: a short way, see findRoute(). */
+std::vector<Math::Position2D> findRouteTo(const RouteQuestion& question,
+                                          const std::atomic<bool>& isGivenUp);
 
 }  // namespace QV::session

@@ -23,13 +23,17 @@ GoalSearch::~GoalSearch() {
 }
 
 void GoalSearch::xBegin() {
-  question = SessionParts::of(session).driver.askForRoute(goal);
-  route = std::async(std::launch::async, [this] { return findRoute(question, &isGivenUp); });
+  Driver& driver = SessionParts::of(session).driver;
+  question = driver.askForRoute(goal);
+  order = driver.countOrder();
+  route = std::async(std::launch::async,
+                     [this, find = driver.getRouteFinder()] { return find(question, isGivenUp); });
 }
 
 bool GoalSearch::finish() {
-  if (!waitFor(std::chrono::milliseconds(0))) return false;
   SessionParts& parts = SessionParts::of(session);
+  if (parts.driver.getOrderCount() != order) return true;
+  if (!waitFor(std::chrono::milliseconds(0))) return false;
   const auto found = route.get();
   const Math::Position2D at = parts.driver.askForRoute(goal).from;
   const float moved = std::hypot(at.x - question.from.x, at.y - question.from.y);

@@ -2,6 +2,7 @@
 
 #include <atomic>
 #include <chrono>
+#include <cstdint>
 #include <future>
 #include <vector>
 
@@ -14,8 +15,8 @@ class Session;
 
 /**
  * Searches the path to a goal on another thread while the session goes on: on a map of many
- * millions of cells that takes seconds. Use it on the session's thread. The session must outlive
- * it.
+ * millions of cells that takes seconds. Whatever else drives or stops the robot meanwhile replaces
+ * it, a newer search too. Use it on the session's thread. The session must outlive it.
  */
 class QV_API GoalSearch {
  public:
@@ -31,10 +32,12 @@ class QV_API GoalSearch {
     return route.wait_for(limit) == std::future_status::ready;
   }
   /**
-   * Sends the robot on the path; false while the search goes on. If the robot has moved since, it
-   * stops and the search starts again. Throws UsageError, and changes nothing, if there is no path.
+   * Sends the robot on the path; false while the search goes on. Does nothing and returns true if
+   * it was replaced. If the robot has moved since, it stops and the search starts again. Throws
+   * UsageError, and changes nothing, if there is no path; the search is then over, too.
    */
   bool finish();
+  const Math::Position2D& getGoal() const { return goal; }
 
  private:
   void xBegin();
@@ -42,6 +45,7 @@ class QV_API GoalSearch {
   Session& session;
   const Math::Position2D goal;
   RouteQuestion question;
+  std::uint64_t order = 0;
   std::atomic<bool> isGivenUp = false;
   std::future<std::vector<Math::Position2D>> route;
 };

@@ -35,9 +35,8 @@ float RouteCells::findRoom(const Math::Position2D& position) {
 std::vector<RouteCells::Cell> RouteCells::xMakeTile(const cv::Point& corner) const {
   const cv::Mat_<float> room = roomIn(map, {corner, cv::Size(kSide, kSide)}, most);
   std::vector<Cell> tile(static_cast<std::size_t>(kSide) * kSide);
-  for (std::size_t i = 0; i < tile.size(); ++i) {
-    tile[i].room = room(static_cast<int>(i) / kSide, static_cast<int>(i) % kSide);
-  }
+  auto cell = tile.begin();
+  for (const float each : room) (cell++)->room = each;
   return tile;
 }
 

@@ -4,10 +4,9 @@
 #include <cmath>
 #include <map>
 
+#include "outlets/foxglove/internal/foxglove_values.h"
 #include "outlets/foxglove/internal/little_endian.h"
 #include "outlets/internal/base64.h"
-#include "outlets/internal/family_colour.h"
-#include "outlets/internal/json_values.h"
 #include "outlets/internal/seen_places.h"
 
 namespace QV::outlets::foxglove {
@@ -16,29 +15,6 @@ namespace {
 constexpr int kUnsignedByte = 1;
 constexpr int kFloat = 7;
 constexpr std::size_t kMostPoints = 10'000;
-// A line through all of its points.
-constexpr int kLineStrip = 0;
-constexpr double kLinePixels = 1.5;
-// Entities disappear unless they are sent again.
-constexpr ko::Duration kEntityLifetime{500'000'000};
-constexpr std::int64_t kNanosecondsPerSecond = 1'000'000'000;
-
-Json toJson(ko::Clock::time_point time) {
-  const std::int64_t count = std::max<std::int64_t>(inNanoseconds(time), 0);
-  return {{"sec", count / kNanosecondsPerSecond}, {"nsec", count % kNanosecondsPerSecond}};
-}
-
-Json positionOf(const Math::Pose2D& pose) {
-  return {{"x", pose.x}, {"y", pose.y}, {"z", 0.0}};
-}
-
-Json turnOf(const Math::Pose2D& pose) {
-  return {{"x", 0.0}, {"y", 0.0}, {"z", std::sin(pose.theta / 2)}, {"w", std::cos(pose.theta / 2)}};
-}
-
-Json toJson(const Math::Pose2D& pose) {
-  return {{"position", positionOf(pose)}, {"orientation", turnOf(pose)}};
-}
 
 Json field(const char* name, int offset, int type) {
   return {{"name", name}, {"offset", offset}, {"type", type}};
@@ -65,51 +41,6 @@ std::string bytesOf(const std::vector<Math::Position3D>& points) {
     appendBytes(bytes, points[i].z);
   }
   return bytes;
-}
-
-Json colourOf(const std::string& family) {
-  const auto [red, green, blue] = outlets::colourOfFamily(family);
-  return {{"r", red / 255.0}, {"g", green / 255.0}, {"b", blue / 255.0}, {"a", 1.0}};
-}
-
-// Returns the outline: apex, right side, arc, left side, apex.
-Json outlineOf(const session::SensorState::View& view) {
-  constexpr int kParts = 24;
-  const auto& field = view.fieldOfView;
-  Json points = Json::array();
-  const auto add = [&](float range, float angle) {
-    const auto place = view.apex * Math::Position2D::fromPolarCoordinates(range, angle);
-    points.push_back({{"x", place.x}, {"y", place.y}, {"z", 0.0}});
-  };
-  add(0.0f, 0.0f);
-  for (int i = 0; i <= kParts; ++i) {
-    const float share = static_cast<float>(i) / kParts - 0.5f;
-    add(field.maxRange, share * field.angularRange);
-  }
-  add(0.0f, 0.0f);
-  return points;
-}
-
-Json entityOf(const session::SensorState& sensor, ko::Clock::time_point time) {
-  const Json line = {{"type", kLineStrip},
-                     {"pose", toJson(Math::Pose2D())},
-                     {"thickness", kLinePixels},
-                     {"scale_invariant", true},
-                     {"points", outlineOf(*sensor.view)},
-                     {"color", colourOf(sensor.family)},
-                     {"colors", Json::array()},
-                     {"indices", Json::array()}};
-  Json entity = {{"timestamp", toJson(time)},
-                 {"frame_id", "map"},
-                 {"id", sensor.name},
-                 {"lifetime", toJson(ko::Clock::time_point(kEntityLifetime))},
-                 {"frame_locked", false}};
-  for (const char* none :
-       {"metadata", "arrows", "cubes", "spheres", "cylinders", "triangles", "texts", "models"}) {
-    entity[none] = Json::array();
-  }
-  entity["lines"] = Json::array({line});
-  return entity;
 }
 
 // Silent is no level of a line.
@@ -157,14 +88,6 @@ std::string grid(const OccupancyMap& map, ko::Clock::time_point time) {
                  {"cell_stride", 1},
                  {"fields", {field("occupancy", 0, kUnsignedByte)}},
                  {"data", toBase64(cells)}});
-}
-
-std::string fieldsOfView(const session::Snapshot& snapshot) {
-  Json entities = Json::array();
-  for (const session::SensorState& sensor : snapshot.sensors) {
-    if (sensor.started && sensor.view) entities.push_back(entityOf(sensor, snapshot.time));
-  }
-  return toText({{"deletions", Json::array()}, {"entities", std::move(entities)}});
 }
 
 std::string depthImage(const cv::Mat_<std::uint16_t>& depth, const std::string& sensor,

@@ -1,7 +1,6 @@
 #include "outlets/web/internal/http_connection.h"
 
 #include <chrono>
-#include <map>
 #include <memory>
 #include <optional>
 #include <string>
@@ -12,6 +11,7 @@
 #include <boost/beast/http.hpp>
 #include <boost/beast/websocket/rfc6455.hpp>
 
+#include "outlets/web/internal/http_answer.h"
 #include "outlets/web/internal/web_socket_connection.h"
 
 namespace QV::outlets {
@@ -22,30 +22,13 @@ namespace http = beast::http;
 using boost::asio::ip::tcp;
 using boost::system::error_code;
 
-using Response = http::response<http::string_body>;
-
 constexpr std::size_t kLongestHeader = 8192;
 // A client that takes longer is disconnected.
 constexpr std::chrono::seconds kRequestTime{10};
 constexpr std::chrono::milliseconds kLastWord{250};
 
-std::string contentTypeOf(const std::string& name) {
-  static const std::map<std::string, std::string> types = {{"html", "text/html; charset=utf-8"},
-                                                           {"css", "text/css; charset=utf-8"},
-                                                           {"js", "text/javascript; charset=utf-8"},
-                                                           {"svg", "image/svg+xml"},
-                                                           {"png", "image/png"}};
-  const auto found = types.find(name.substr(name.rfind('.') + 1));
-  return found == types.end() ? "application/octet-stream" : found->second;
-}
-
 std::string textOf(beast::string_view text) {
   return {text.data(), text.size()};
-}
-
-std::string pathOf(const WebRequest& request) {
-  const std::string target = textOf(request.target());
-  return target.substr(0, target.find('?'));
 }
 
 std::vector<std::string> protocolsIn(const WebRequest& request) {
@@ -54,23 +37,6 @@ std::vector<std::string> protocolsIn(const WebRequest& request) {
     protocols.push_back(textOf(protocol));
   }
   return protocols;
-}
-
-Response makeResponse(http::status status, const std::string& type, std::string body) {
-  Response response(status, 11);
-  response.set(http::field::content_type, type);
-  response.set(http::field::cache_control, "no-cache");
-  response.set("Content-Security-Policy",
-               "default-src 'self'; img-src 'self' data:; connect-src 'self' ws:; base-uri 'none'; "
-               "form-action 'none'; frame-ancestors 'none'");
-  response.set("X-Content-Type-Options", "nosniff");
-  response.set("Referrer-Policy", "no-referrer");
-  response.body() = std::move(body);
-  return response;
-}
-
-Response makeRefusal(http::status status, const std::string& reason) {
-  return makeResponse(status, "text/plain; charset=utf-8", reason + "\n");
 }
 
 class HttpConnection : public Connection, public std::enable_shared_from_this<HttpConnection> {
@@ -110,26 +76,7 @@ class HttpConnection : public Connection, public std::enable_shared_from_this<Ht
                                                        textOf(request[http::field::origin]));
     if (!fault.empty()) return xWrite(makeRefusal(http::status::forbidden, fault), false);
     if (beast::websocket::is_upgrade(request)) return xUpgrade(request);
-    xWrite(xAnswer(request), request.keep_alive());
-  }
-
-  Response xAnswer(const WebRequest& request) const {
-    if (request.method() != http::verb::get) {
-      Response response = makeRefusal(http::status::method_not_allowed, "Only GET is answered.");
-      response.set(http::field::allow, "GET");
-      return response;
-    }
-    const std::string path = pathOf(request);
-    auto content = xFind(path == "/" ? "/index.html" : path);
-    if (!content) return makeRefusal(http::status::not_found, "There is no such file.");
-    return makeResponse(http::status::ok, contentTypeOf(path == "/" ? "index.html" : path),
-                        std::move(*content));
-  }
-
-  std::optional<std::string> xFind(const std::string& path) const {
-    const auto file = service->files.find(path);
-    if (file != service->files.end()) return std::string(file->second.content);
-    return service->handler.findContent(path);
+    xWrite(answerTo(*service, request), request.keep_alive());
   }
 
   void xUpgrade(const WebRequest& request) {
@@ -142,7 +89,7 @@ class HttpConnection : public Connection, public std::enable_shared_from_this<Ht
     openWebSocket(std::move(stream), service, request, *protocol);
   }
 
-  void xWrite(Response&& given, bool keepAlive) {
+  void xWrite(HttpResponse&& given, bool keepAlive) {
     response = std::move(given);
     response.keep_alive(keepAlive);
     response.prepare_payload();
@@ -176,7 +123,7 @@ class HttpConnection : public Connection, public std::enable_shared_from_this<Ht
   const Listing listing;
   beast::flat_buffer buffer{2 * kLongestHeader};
   std::optional<http::request_parser<http::empty_body>> parser;
-  Response response;
+  HttpResponse response;
   int drained = 0;
 };
 

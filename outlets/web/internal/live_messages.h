@@ -3,23 +3,14 @@
 #include <string>
 #include <vector>
 
-#include "outlets/internal/json_values.h"
 #include "outlets/web/internal/depth_picture.h"
 #include "outlets/web/page_state.h"
 #include "platform/ko/log.h"
-#include "session/session.h"
 #include "session/snapshot.h"
 
 namespace QV::outlets {
 
-/**
- * The first message to every page: the robot, its map with the number of tile levels, and its
- * families.
- */
-QV_API Json describeWorld(session::Session& robot, int mapLevels);
-
 /** Makes the messages to the page; docs/live-view.md describes each. All are one object of JSON. */
-QV_API std::string helloMessage(Json world, const std::string& subscriber);
 QV_API std::string logMessage(const std::vector<ko::log::Record>& lines);
 std::string depthMessage(const std::string& sensor, const DepthPicture& picture);
 std::string refusedMessage(const std::string& op, const std::string& reason);

@@ -3,6 +3,8 @@
 #include <utility>
 #include <variant>
 
+#include "outlets/web/internal/hello_message.h"
+#include "outlets/web/internal/live_messages.h"
 #include "outlets/web/internal/page_details.h"
 #include "session/usage_error.h"
 

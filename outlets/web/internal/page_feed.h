@@ -7,10 +7,10 @@
 #include <string>
 #include <vector>
 
+#include "outlets/internal/json_values.h"
 #include "outlets/web/internal/depth_frames.h"
 #include "outlets/web/internal/depth_picture.h"
 #include "outlets/web/internal/live_command.h"
-#include "outlets/web/internal/live_messages.h"
 #include "outlets/web/internal/map_tiles.h"
 #include "outlets/web/internal/request_queue.h"
 #include "outlets/web/internal/web_clients.h"

@@ -1,6 +1,7 @@
 #include "robot/logs/internal/log_replay.h"
 
 #include <cmath>
+#include <cstdint>
 #include <numbers>
 #include <stdexcept>
 
@@ -8,6 +9,12 @@
 #include "robot/services/internal/motion_service.h"
 
 namespace QV::robot {
+namespace {
+
+// A laser dates its record this much before the time that it reads.
+constexpr boost::chrono::milliseconds kScanDelay(50);
+
+}  // namespace
 
 LogReplay::LogReplay(Recording played, const boost::shared_ptr<QVBroker>& broker,
                      const boost::shared_ptr<MotionService>& motion)
@@ -39,7 +46,8 @@ bool LogReplay::next() {
   for (std::size_t i = 0; i < valueKeys.size(); ++i) {
     memory.insertData(valueKeys[i], step.values[i]);
   }
-  for (const std::string& key : timeKeys) memory.insertData(key, ko::Clock::toInt32ms(*due));
+  const std::int32_t published = ko::Clock::toInt32ms(*due + kScanDelay);
+  for (const std::string& key : timeKeys) memory.insertData(key, published);
   motion->setRobotVelocity(xVelocityTo(step));
   pose = step.pose;
   ++stepsMade;

@@ -24,15 +24,19 @@ class GraphInput {
 
   const GraphTopic& getTopic() const { return subscription->getTopic(); }
 
-  /** Acts on the last message that was not taken yet. An exception refuses it: it is logged if the
-   * message before was not refused. */
+  /** Acts on the last message that was not taken yet, and judges it by that. */
   template <typename Act>
   void take(const Act& act) {
     if (!isNew) return;
     const Bytes cdr = xTake();
+    judge([&] { return act(fromCdr<Message>(cdr)); });
+  }
+  /** The message is obeyed if `act` returns true and refused if it throws; false leaves it open.
+   * Logs the first one that is refused, and the first one obeyed after it. */
+  template <typename Act>
+  void judge(const Act& act) {
     try {
-      act(fromCdr<Message>(cdr));
-      if (std::exchange(isRefused, false))
+      if (act() && std::exchange(isRefused, false))
         ko::log::info("ROS2.Robot", "obey") << getTopic().name << ": taken again";
     } catch (const std::exception& error) {
       if (std::exchange(isRefused, true)) return;

@@ -4,8 +4,10 @@
 #include <limits>
 #include <stdexcept>
 #include <string>
+#include <utility>
 
 #include "ros2/recording/internal/conversions.h"
+#include "session/internal/session_parts.h"
 
 namespace QV::ros2 {
 namespace {
@@ -81,20 +83,42 @@ Math::Pose2D GraphOrders::xPlaceOf(const std_msgs::Header& header,
 void GraphOrders::obey(session::Session& session) {
   const auto drive = [&](const geometry_msgs::Twist& twist) {
     session.drive(velocityOf(twist), GraphRobotOptions::kHold);
+    return true;
   };
-  if (places) {
-    places->pose.take(
-        [&](const auto& message) { session.setPose(xPlaceOf(message.header, message.pose.pose)); });
-    places->goal.take([&](const auto& message) {
-      session.setGoal(Math::position2DFromPose2D(xPlaceOf(message.header, message.pose)));
-    });
-  }
+  if (places) xObeyPlaces(session);
   if (!velocities) return;
   velocities->plain.take(drive);
   velocities->stamped.take([&](const auto& message) {
     checkStamp(message.header.stamp);
-    drive(message.twist);
+    return drive(message.twist);
   });
+}
+
+void GraphOrders::xObeyPlaces(session::Session& session) {
+  places->pose.take([&](const auto& message) {
+    session.setPose(xPlaceOf(message.header, message.pose.pose));
+    return true;
+  });
+  if (search) places->goal.judge([&] { return xGoOnToGoal(); });
+  places->goal.take([&](const auto& message) {
+    return xGoTo(session, Math::position2DFromPose2D(xPlaceOf(message.header, message.pose)));
+  });
+}
+
+// A goal that is repeated faster than its path is found must not begin the search again.
+bool GraphOrders::xGoTo(session::Session& session, const Math::Position2D& place) {
+  if (search && search->getGoal() == place) return false;
+  search.reset();
+  if (session::SessionParts::of(session).driver.getGoal() == place) return true;
+  search = std::make_unique<session::GoalSearch>(session, place);
+  return false;
+}
+
+bool GraphOrders::xGoOnToGoal() {
+  auto going = std::move(search);
+  if (going->finish()) return true;
+  search = std::move(going);
+  return false;
 }
 
 std::vector<WireTopic> GraphOrders::getTopics() const {

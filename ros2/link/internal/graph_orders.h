@@ -1,12 +1,15 @@
 #pragma once
 
+#include <memory>
 #include <optional>
+#include <string>
 #include <vector>
 
 #include "ros2/link/graph_robot.h"
 #include "ros2/link/internal/graph_input.h"
 #include "ros2/messages/geometry_msgs.h"
 #include "ros2/recording/internal/frame_names.h"
+#include "session/internal/goal_search.h"
 
 namespace QV::ros2 {
 
@@ -16,8 +19,10 @@ class QV_API GraphOrders {
   /** `node` must outlive it. */
   GraphOrders(GraphNode& node, const FrameNames& names, const GraphRobotOptions& options);
 
-  /** Obeys, on the session's thread. */
+  /** Obeys, on the session's thread. The path to a goal is searched beside it. */
   void obey(session::Session& session);
+  /** True while a path is searched. */
+  bool isSearching() const { return search != nullptr; }
 
   std::vector<WireTopic> getTopics() const;
 
@@ -34,11 +39,15 @@ class QV_API GraphOrders {
     GraphInput<geometry_msgs::PoseStamped> goal;
   };
 
+  void xObeyPlaces(session::Session& session);
+  bool xGoTo(session::Session& session, const Math::Position2D& place);
+  bool xGoOnToGoal();
   Math::Pose2D xPlaceOf(const std_msgs::Header& header, const geometry_msgs::Pose& pose) const;
 
   const std::string map;
   std::optional<Velocities> velocities;
   std::optional<Places> places;
+  std::unique_ptr<session::GoalSearch> search;
 };
 
 /** Returns the commanded velocity. Throws std::runtime_error for an invalid one. */

@@ -3,32 +3,15 @@
 #include <algorithm>
 
 #include "platform/ko/internal/time_source.h"
+#include "sensor/core/internal/watch_times.h"
 
 namespace QV::sensor {
 namespace {
 
-// 0 stands for never.
-std::int64_t notedAs(ko::Clock::time_point time) {
-  const std::int64_t now = time.time_since_epoch().count();
-  return now == 0 ? 1 : now;
-}
-
-std::int64_t nowInNs() {
-  return notedAs(ko::Clock::now());
-}
-
 // The limits are much longer, so readings within this time count as one.
 constexpr std::int64_t kAtOnce = 50'000'000;
-// As long as all is well, and of large records always, one within this time is examined.
-constexpr std::int64_t kExaminePeriod = 250'000'000;
 // The error of a coarse time, which may be this much too early.
 constexpr std::int64_t kCoarse = 10'000'000;
-constexpr std::size_t kFew = 8;
-constexpr std::uint32_t kWindowMask = (1u << SensorWatch::kWindow) - 1;
-
-std::uint32_t shifted(std::uint32_t bits, bool newest) {
-  return (bits << 1 | (newest ? 1u : 0u)) & kWindowMask;
-}
 
 void fetchLines(const void* start, std::size_t size) {
   constexpr std::size_t kLine = 64;
@@ -126,116 +109,9 @@ bool SensorWatch::xNoteRepetition(const std::vector<Math::MetricalData>& records
   return true;
 }
 
-void SensorWatch::xExamine(const std::vector<Math::MetricalData>& records) {
-  const std::int64_t now = nowInNs();
-  ReadingNotes notes = published.loadOwn();
-  const bool wasEmpty = notes.isEmpty;
-  notes.recordBefore = notes.getRecordAt();
-  notes.answeredBefore = notes.getAnsweredAt();
-  notes.failures = 0;
-  notes.isEmpty = records.empty();
-  notes.excuse = records.empty() ? xGetExcuse() : nullptr;
-  notes.isExcuseMeasured = isPendingMeasured;
-  // An exchange takes its time, and hardly ever finds any.
-  const bool cameAsGarbage = pendingGarbage && pendingGarbage.exchange(false);
-  notes.garbage = shifted(notes.garbage, cameAsGarbage);
-  notes.changed = shifted(notes.changed, false);
-  notes.last.readAt = now;
-  if (!records.empty()) xNoteRecords(records, notes);
-  // A change after a gap without records does not count as flicker.
-  if (wasEmpty) notes.changed &= ~1u;
-  published.store(notes);
-  if (notes.stamps > 1) isFirstAwaited = false;
-  isOrdinary.store(!records.empty(), std::memory_order_relaxed);
-  examinedAt = now;
-  xNoteCalm(notes);
-}
-
-void SensorWatch::xNoteCalm(const ReadingNotes& notes) {
-  const bool isSilent = notes.isEmpty && !notes.excuse;
-  isSilentOnMove.store(isSilent && nature.silence == Model::Silence::whileMoving,
-                       std::memory_order_relaxed);
-  const std::int64_t calm = xFindCalm(notes);
-  // Any record of a zone is news.
-  mayRepeat = calm != 0 && (notes.isEmpty || nature.points != Model::PointMeaning::zone);
-  isStampNews = !nature.hasRate;
-  calmUntil.store(isStill ? 0 : calm, std::memory_order_release);
-}
-
 void SensorWatch::setPatience(std::int64_t value) {
   patience = value;
   calmUntil = 0;
-}
-
-// What goes on as it should needs no judge until its record is old.
-std::int64_t SensorWatch::xFindCalm(const ReadingNotes& notes) const {
-  const bool isZone = nature.points == Model::PointMeaning::zone;
-  if (notes.garbage != 0 || (isZone && notes.changed != 0)) return 0;
-  const std::int64_t readAt = notes.last.readAt;
-  if (notes.isEmpty) {
-    const bool isReason = notes.excuse || isSilentOnMove || !nature.hasRate;
-    return isReason ? readAt + patience : 0;
-  }
-  if (nature.hasRate && notes.stamps < 2) return 0;
-  const std::int64_t cameAt = nature.hasRate ? readAt : notes.stampedAt;
-  return readAt - std::max(cameAt - notes.last.stamp, std::int64_t{0}) + patience;
-}
-
-void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
-                               ReadingNotes& notes) {
-  const bool isFirst = notes.recordBefore == 0;
-  notes.last.stamp = stampOf(records);
-  if (!isFirst && xSkips(records, notes.last.readAt)) {
-    if (notes.digest.isGarbage) notes.garbage |= 1u;
-    return;
-  }
-  PlanarView seen;
-  const auto shape = view.loadOwnHead<PlanarView::Shape>();
-  xNoteDigest(digestOf(records, nature, shape, seen), isFirst, notes);
-  if (hasView || !seen.isEmpty()) xNoteView(seen, notes);
-}
-
-// Large records take time to examine.
-bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records, std::int64_t now) const {
-  if (nature.points == Model::PointMeaning::arc || countPoints(records) <= kFew) return false;
-  return now > digestedAt && now - digestedAt < kExaminePeriod;
-}
-
-void SensorWatch::xNoteDigest(const ReadingDigest& digest, bool isFirst, ReadingNotes& notes) {
-  const bool isChanged = !isFirst && digest.fingerprint != notes.digest.fingerprint;
-  if (isFirst || isChanged) ++notes.changes;
-  if (isChanged) notes.changed |= 1u;
-  isStill = !isFirst && !isChanged && nature.showsMotion && digest.hasObstacle;
-  if (digest.isGarbage) notes.garbage |= 1u;
-  if (isFirst || notes.last.stamp != digestedStamp) {
-    ++notes.stamps;
-    notes.stampedAt = notes.last.readAt;
-  }
-  digestedAt = notes.last.readAt;
-  digestedStamp = notes.last.stamp;
-  notes.digest = digest;
-}
-
-void SensorWatch::xNoteView(const PlanarView& seen, ReadingNotes& notes) {
-  notes.axisX = seen.getAxisX();
-  notes.axisY = seen.getAxisY();
-  hasView = !seen.isEmpty();
-  view.store(seen);
-}
-
-void SensorWatch::failReading() {
-  ReadingNotes notes = published.loadOwn();
-  notes.recordBefore = notes.getRecordAt();
-  notes.answeredBefore = notes.getAnsweredAt();
-  notes.last.readAt = nowInNs();
-  notes.isEmpty = true;
-  notes.excuse = nullptr;
-  ++notes.failures;
-  published.store(notes);
-  calmUntil = 0;
-  isOrdinary = false;
-  mayRepeat = false;
-  xEndReading();
 }
 
 }  // namespace QV::sensor

@@ -28,7 +28,8 @@ struct ReadingNotes {
    * none. */
   std::int64_t recordBefore = 0;
   std::int64_t answeredBefore = 0;
-  /** The time at which the record with the newest stamp came. */
+  /** The time at which the record with the newest stamp came. Of a sensor that reports changes: the
+   * last time at which it had not come; its stamp if nobody knows. */
   std::int64_t stampedAt = 0;
   /** The number of times that the stamp and the points changed. */
   std::uint32_t stamps = 0;
@@ -114,8 +115,10 @@ class alignas(64) SensorWatch {
   bool xIsRepetition(const std::vector<Math::MetricalData>& records);
   bool xNoteRepetition(const std::vector<Math::MetricalData>& records);
   void xExamine(const std::vector<Math::MetricalData>& records);
-  void xNoteRecords(const std::vector<Math::MetricalData>& records, ReadingNotes& notes);
+  void xNoteRecords(const std::vector<Math::MetricalData>& records, const LastReading& before,
+                    ReadingNotes& notes);
   void xNoteDigest(const ReadingDigest& digest, bool isFirst, ReadingNotes& notes);
+  void xNoteStamp(const LastReading& before, bool isFirst, ReadingNotes& notes);
   void xNoteView(const PlanarView& seen, ReadingNotes& notes);
   bool xSkips(const std::vector<Math::MetricalData>& records, std::int64_t now) const;
   void xNoteCalm(const ReadingNotes& notes);

@@ -39,12 +39,12 @@ TEST_F(LogReplayTest, eachStepWritesTheKeysWithItsOwnTime) {
   time.advance(milliseconds(5));
   EXPECT_EQ(sut.getNextTime(), ko::Clock::time_point(milliseconds(100)));
   EXPECT_EQ(sut.getPose(), Math::Pose2D());
-  EXPECT_THAT(valuesAfterNext(), ElementsAre(0.5f, 1.0f, 2.0f, 100.0f));
+  EXPECT_THAT(valuesAfterNext(), ElementsAre(0.5f, 1.0f, 2.0f, 150.0f));
   EXPECT_EQ(sut.getPose(), Math::Pose2D(1.0f, 1.0f, 3.0f));
   EXPECT_EQ(sut.getNextTime(), ko::Clock::time_point(milliseconds(600)));
   valuesAfterNext();
   valuesAfterNext();
-  EXPECT_THAT(valuesAfterNext(), ElementsAre(0.8f, 1.8f, 2.8f, 1600.0f));
+  EXPECT_THAT(valuesAfterNext(), ElementsAre(0.8f, 1.8f, 2.8f, 1650.0f));
   EXPECT_TRUE(memory.getData("stamp").isInt());
   EXPECT_EQ(sut.getStepsMade(), sut.getStepCount());
   EXPECT_FALSE(sut.getNextTime());

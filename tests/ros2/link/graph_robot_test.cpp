@@ -1,11 +1,14 @@
 #include "ros2/link/graph_robot.h"
 
 #include <algorithm>
+#include <atomic>
 #include <cmath>
 #include <fstream>
+#include <latch>
 #include <limits>
 #include <map>
 #include <set>
+#include <thread>
 
 #include "ros2/bag/bag_reader.h"
 #include "ros2/messages/report_msgs.h"
@@ -15,6 +18,7 @@
 #include "ros2/recording/session_recorder.h"
 #include "ros2/recording/session_replay.h"
 #include "session/internal/session_listener.h"
+#include "session/internal/session_parts.h"
 #include "tests/ros2/link/robot_on_graph.h"
 #include "tests/ros2/recording/recorded_session.h"
 #include "tests/session/session_in_room.h"
@@ -219,6 +223,41 @@ TEST_F(GraphRobotTest, obeysInitialposeAndGoalPose) {
   EXPECT_EQ(session->look().goal, Math::Position2D(5.0f, 6.3f));
 }
 
+TEST_F(GraphRobotTest, theWorldGoesOnWhileAPathIsSearched) {
+  std::atomic<int> begun = 0;
+  std::atomic<int> givenUp = 0;
+  std::latch isFound(1);
+  session::SessionParts::of(*session).driver.setRouteFinder(
+      [&, owner = std::this_thread::get_id()](const auto& question, const auto& isGivenUp) {
+        ++begun;
+        EXPECT_NE(std::this_thread::get_id(), owner);
+        if (std::this_thread::get_id() == owner) return std::vector<Math::Position2D>();
+        while (!isGivenUp && !isFound.try_wait()) std::this_thread::yield();
+        if (isGivenUp) ++givenUp;
+        return std::vector{question.from, question.to};
+      });
+  RobotOnGraph sut(*session);
+  const auto goals = sut.tool->publish("/goal_pose", geometry_msgs::PoseStamped::getType());
+  const auto search = [&](double x, int count) {
+    const geometry_msgs::PoseStamped goal{{{}, "map"}, {{x, 6.3, 0.0}, {}}};
+    ASSERT_TRUE(sut.sendUntil(*goals, goal, [&] { return begun == count; }));
+    goals->write(goal);
+    // Each step awaits its /clock.
+    sut.run(25);
+    EXPECT_EQ(begun, count);
+    EXPECT_EQ(session->look().goal, std::nullopt);
+  };
+  search(4.0, 1);
+  search(4.5, 2);
+  EXPECT_EQ(givenUp, 1);
+  session->stop();
+  ASSERT_TRUE(sut.runUntil([&] { return givenUp == 2; }));
+  search(5.0, 3);
+  isFound.count_down();
+  ASSERT_TRUE(sut.runUntil([&] { return session->look().goal.has_value(); }));
+  EXPECT_EQ(session->look().goal, Math::Position2D(5.0f, 6.3f));
+}
+
 TEST_F(GraphRobotTest, logsOneLineForInvalidCommandsUntilAValidOneComes) {
   RobotOnGraph sut(*session);
   const auto velocities = sut.tool->publish("/cmd_vel", geometry_msgs::Twist::getType());
@@ -262,6 +301,11 @@ TEST_F(GraphRobotTest, logsOneLineForInvalidCommandsUntilAValidOneComes) {
              "/initialpose" + refused + "an orientation of length 1 expected, 0.0");
   expectLine(*goals, geometry_msgs::PoseStamped{{{}, "base"}, {}},
              "/goal_pose" + refused + "frame \"map\" expected, \"base\" given");
+  const auto at = session->getPose();
+  expectLine(*goals, geometry_msgs::PoseStamped{{{}, "map"}, {{at.x, at.y, 0.0}, {}}},
+             "/goal_pose: taken again");
+  expectLine(*goals, geometry_msgs::PoseStamped{{{}, "map"}, {{-900.0, 6.3, 0.0}, {}}},
+             "/goal_pose: the robot can't get to -900.00, 6.30 m: no free path");
   EXPECT_EQ(session->look().velocity, Math::Pose2D());
   EXPECT_EQ(session->getPose(), *test::busyWorld().start);
 }

@@ -11,6 +11,7 @@
 
 #include "platform/ko/clock.h"
 #include "robot/services/internal/robot_model_service.h"
+#include "sensor/core/internal/health_inside.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "tests/support/fake_robot.h"
@@ -307,6 +308,32 @@ TEST_F(SensorHealthTest, aSingleSubscribedSensorIsReportedEvenIfItNeverStarts) {
     time.advance(milliseconds(500));
     faults.clear();
   }
+}
+
+// As of people, whose last sighting stays in memory until the next one.
+TEST_F(SensorHealthTest, aReportOfAChangeIsLateOnlyIfItWasNotThereInTime) {
+  healthOf(*sut).describe(left(), {.hasRate = false}, milliseconds(100));
+  auto reported = ko::Clock::now();
+  left().stamp = [&] { return reported; };
+  time.advance(milliseconds(700));
+  sut->subscribe("me");
+  time.advance(milliseconds(1000));
+  EXPECT_EQ(health("Left").reason, "its records are fresh") << "it was reported before";
+  right().onRead = [&] {
+    reported = ko::Clock::now();
+    ko::os::msleep(900);
+    right().onRead = [] {};
+  };
+  time.advance(milliseconds(4000));
+  EXPECT_EQ(health("Left").reason, "its records are fresh") << "nobody read it";
+  sut->watchHealth(false);
+  reported = ko::Clock::now();
+  time.advance(milliseconds(1000));
+  sut->watchHealth(true);
+  time.advance(milliseconds(2000));
+  EXPECT_EQ(health("Left").reason, "its records are fresh") << "nobody watched it";
+  reported = ko::Clock::now() - milliseconds(600);
+  EXPECT_TRUE(becomes("Left", late, 0.3)) << health("Left").reason;
 }
 
 TEST_F(SensorHealthTest, noSensorIsLateBecauseHealthWasOff) {

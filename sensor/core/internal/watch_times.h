@@ -1,0 +1,22 @@
+#pragma once
+
+#include <cstdint>
+
+#include "platform/ko/clock.h"
+
+/** The times that notes about readings are kept in, ns; 0 stands for never. */
+namespace QV::sensor {
+
+/** As long as all is well, and of large records always, one within this time is examined. */
+constexpr std::int64_t kExaminePeriod = 250'000'000;
+
+inline std::int64_t notedAs(ko::Clock::time_point time) {
+  const std::int64_t now = time.time_since_epoch().count();
+  return now == 0 ? 1 : now;
+}
+
+inline std::int64_t nowInNs() {
+  return notedAs(ko::Clock::now());
+}
+
+}  // namespace QV::sensor
