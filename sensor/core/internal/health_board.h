@@ -92,6 +92,9 @@ class QV_API HealthBoard {
   };
   using Lock = std::unique_lock<std::mutex>;
 
+  /** The time after a leap of the clock, or after a pause, in which no new fault is believed. */
+  static constexpr ko::Duration kSettling{1'000'000'000};
+
   void xWatchAll(bool on) const;
   void xAddNew();
   HealthMoment xMoment() const;
@@ -130,7 +133,7 @@ class QV_API HealthBoard {
 
   ko::Clock::time_point judgedAt;
   std::chrono::steady_clock::time_point judgedByMachine;
-  /** The end of the time after a leap of the clock in which no new fault is believed. */
+  /** The end of that time. */
   ko::Clock::time_point settledAt;
   ko::Clock::time_point comparedAt;
   /** The time at which the device manager's clock was last wanted. */

@@ -48,6 +48,8 @@ struct SensorHealthTest : test::FakeRobotTest {
     }
     sut->onHealthChanged([this](const std::string& sensor, const SensorHealth& health) {
       if (!isFault(health.state)) return;
+      EXPECT_EQ(health.since, ko::Clock::now());
+      toldAt[sensor] = health.since;
       faults.push_back(sensor + " " + getName(health.state));
       reasons.push_back(health.reason);
     });
@@ -71,6 +73,7 @@ struct SensorHealthTest : test::FakeRobotTest {
   /** The faults that were told, and why. */
   std::vector<std::string> faults;
   std::vector<std::string> reasons;
+  std::map<std::string, ko::Clock::time_point> toldAt;
 };
 
 struct HealthCase {
@@ -124,6 +127,7 @@ TEST_F(SensorHealthTest, eachBadStateHasAReasonWithFiguresAndARemedy) {
     reasons.clear();
     fault.fail(*this);
     EXPECT_TRUE(becomes("Left", fault.state, 9.0)) << getName(health("Left").state);
+    EXPECT_EQ(health("Left").since, toldAt["Left"]);
     EXPECT_NE(health("Left").remedy, "");
     EXPECT_THAT(faults, Contains(std::string("Left ") + getName(fault.state)));
     EXPECT_THAT(reasons, Contains(HasSubstr(fault.reason)));
