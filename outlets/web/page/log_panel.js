@@ -31,6 +31,7 @@ export class LogPanel {
   add(lines) {
     for (const line of lines) this.#addLine(line);
     while (this.#log.childElementCount > KEPT) this.#log.firstElementChild.remove();
+    while (this.#repeated.size > KEPT) this.#repeated.delete(this.#repeated.keys().next().value);
     this.#count();
     this.#follow();
   }
@@ -44,6 +45,7 @@ export class LogPanel {
       const times = isNear ? earlier.times + 1 : 1;
       if (isNear) earlier.element.remove();
       if (times > 1) element.lastChild.prepend(make('span', 'log-times', `${times} times `));
+      this.#repeated.delete(sort);
       this.#repeated.set(sort, { element, times, time: line.time });
     }
     this.#log.append(element);
