@@ -33,7 +33,7 @@ class QV_API Outlet {
   Outlet(const Outlet&) = delete;
   Outlet& operator=(const Outlet&) = delete;
 
-  /** The sensors that are wanted now, and the subscriber's name for each. */
+  /** Tells which sensors it wants now, and under which subscribers' names. */
   virtual session::Demand getDemand() const { return {}; }
   /** True if somebody looks. If false, the caller may skip the snapshot. */
   virtual bool isWatched() const { return true; }

@@ -19,8 +19,8 @@ namespace QV::Math {
  *   the map M. All-rays simulated sensors are an exception: see SimulatedSensorManager.
  * - Units: metres, radians, nanoseconds of ko::Clock.
  * - Special values: no points means that there is nothing to report. A point at or beyond the
- * maximum range means that there was no echo (a sonar's, for example). A record never changes,
- * however old it gets.
+ *   maximum range means that there was no echo (a sonar's, for example). A record never changes,
+ *   however old it gets.
  * - Lifetime, threads: a value, to copy and keep.
  * - Errors: none.
  *
@@ -39,7 +39,7 @@ struct QV_API MetricalData {
   Transform sensorTransform;
   /** The points in S, metres; those of all-rays simulated sensors in G. */
   std::vector<Position3D> points;
-  /** The time of the measurement; for a sonar, a blind zone and a touch, the time at which the
+  /** The time of the measurement. For a sonar, a blind zone and a touch: the time at which the
    * library read the driver's value. */
   ko::Clock::time_point timestamp;
 

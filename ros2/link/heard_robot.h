@@ -72,8 +72,8 @@ class QV_API HeardRobot {
   void drive(const Math::Pose2D& velocity);
 
   /**
-   * Follows `manager`: subscribes only to topics of sensors that it has started. With null, the
-   * default, it subscribes to all topics. Set null before the manager is destroyed.
+   * Follows `manager`: subscribes only to topics of sensors that it has started. Without a manager
+   * (null, the default) all topics are subscribed. Set null before the manager is destroyed.
    */
   void obey(const sensor::SensorManager* manager);
 

@@ -54,8 +54,8 @@ class QV_API SessionReplay {
     bool isOwnSession;
     std::function<std::unique_ptr<session::Session>()> open;
   };
-  /** The second step, on the session's thread: quick. Consumes the preparation; reusing it
-   * throws std::bad_function_call. */
+  /** The second step, on the session's thread: quick. Consumes the preparation; reusing it throws
+   * std::bad_function_call. */
   explicit SessionReplay(Preparation&& preparation);
   /**
    * Opens a recording. Throws std::runtime_error with the file and the expectation if it can't be

@@ -95,10 +95,13 @@ class QV_API Sensor {
   /** The names of the subscribers. Waits for hardware that starts or stops. */
   std::set<std::string> getSubscribers() const;
 
-  /** The last error of the sensor, with its time; a repair does not clear it. Never waits for
-   * hardware.
-   * - the last warning or error about the sensor, or exception of its hardware;
-   * - without one: the last problem that was not logged, at level info. */
+  /**
+   * The last error of the sensor, with its time. A repair does not clear it. Never waits for
+   * hardware. It is the last of these:
+   * - a warning or error that was logged about the sensor;
+   * - an exception of its hardware;
+   * - if there was neither: a problem that was only kept, at level info.
+   */
   std::optional<ko::log::Record> getLastTrouble() const;
 
   /** Writes a warning or an error about the sensor to the log and keeps it as the last error, even

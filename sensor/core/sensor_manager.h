@@ -75,18 +75,18 @@ class QV_API SensorManager {
   /** Returns the records of xGetData(), shared. A manager with a cache shares the
    * cache itself, by xShareCache(). */
   virtual boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const;
-  /** Called with true if any sensor is started: after each subscribing or unsubscribing, and by
-   * lookAgain(). */
+  /** Called after each subscribing or unsubscribing and from lookAgain(), with true if any sensor
+   * is started. */
   virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
 
  public:
   /**
-   * Subscribes to every family, to one name, or to several. True if at least one sensor gained the
-   * subscriber. Waits while hardware starts for its first subscriber.
+   * Subscribes to every family, to one name, or to several. True if at least one sensor gained
+   * the subscriber. Waits while hardware starts for its first subscriber.
    *
-   * Several names are taken in alphabetical order. An unknown name sets the result to false, and a
-   * later one that is new sets it back to true: check names with isSensor() and isFamily() if it
-   * matters.
+   * Several names are handled in alphabetical order. An unknown name sets the result to false; a
+   * later new subscription sets it to true again. Check names with isSensor() and isFamily() if
+   * it matters.
    */
   bool subscribe(const std::string& subscriber);
   bool subscribe(const std::string& subscriber, const std::string& name);
@@ -117,7 +117,7 @@ class QV_API SensorManager {
   std::set<std::string> getSensorsByFamily(const std::string& family) const;
   std::set<std::string> getSensorListBySubscriber(const std::string& subscriber) const;
   std::set<std::string> getSubscribers() const;
-  /** The enabled sensors with a good diagnosis, started or not. */
+  /** The sensors that are enabled and have a good diagnosis, started or not. */
   std::set<std::string> getEnabledSensorList() const;
 
   /** True if the sensor's hardware runs. This and the next three return false for an unknown
