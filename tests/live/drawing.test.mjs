@@ -135,7 +135,7 @@ test('errors that differ only in figures stand in one line, with their number', 
     { time: time + seconds * 1e9, level, category: 'Navigation.LaserSensor', method: 'xGetData', message }] });
   tell(0, 'no posture is known at 29.15 s');
   tell(0, 'FrontLaser failed', 'info');
-  for (const seconds of [0.1, 0.2]) tell(seconds, `no posture is known at ${29.15 + seconds} s`);
+  for (const seconds of [0.1, 0.2]) tell(seconds, `no posture is known at ${(29.15 + seconds).toFixed(2)} s`);
   await live.page.locator('.log-line').last().getByText('3 times LaserSensor xGetData no posture is known at 29.35 s').waitFor();
   assert.equal(await live.page.locator('.log-line').getByText('no posture is known').count(), 1);
   tell(9, 'no posture is known at 38.15 s');

@@ -28,7 +28,7 @@ test('a sensor starts with its subscription, shows points, and stops with it', a
 
   await live.switchOf('LeftLaser', 'Subscribe').click();
   const sensor = await live.untilSensor('LeftLaser', ({ points }) => points.length > 0);
-  await row.getByText('started · this page').waitFor();
+  await row.getByText('started · you').waitFor();
   await untilPixels(live, LASER, (count) => count > 20);
   assert.deepEqual(sensor.subscribers, ['page 1']);
   await row.locator('.sensor-figures').filter({ hasText: /rate10\.\d Hzage0\.\d snearest\d\.\d\d m/ }).waitFor();
@@ -67,12 +67,12 @@ test('a sensor with two subscribers stops with the last of them', async () => {
 test('a disabled or failed sensor stops although it has a subscriber, and comes back', async () => {
   const row = live.row('BackSonar');
   await live.switchOf('BackSonar', 'Subscribe').click();
-  await row.getByText('started · this page').waitFor();
+  await row.getByText('started · you').waitFor();
   for (const [label, why] of [['Enable', 'disabled'], ['Diagnosis', 'bad diagnosis']]) {
     await live.switchOf('BackSonar', label).click();
-    await row.getByText(`${why} · this page`).waitFor();
+    await row.getByText(`${why} · you`).waitFor();
     await live.switchOf('BackSonar', label).click();
-    await row.getByText('started · this page').waitFor();
+    await row.getByText('started · you').waitFor();
   }
 });
 

@@ -38,7 +38,7 @@ export const HELP = {
   family: 'A family of sensors. A program subscribes to all of them by this name.',
   started: 'How many of these sensors run.',
   ill: 'Sensors that may not be trusted. Their rows are coloured and give the reason.',
-  standing: 'Whether the sensor runs, and the names of its subscribers.',
+  standing: 'Whether the sensor runs, and the names of its subscribers. You: this page.',
   measured: 'The simulated time of the measurement.',
   ranges: 'The smallest and the largest range that the sensor measures.',
   aperture: 'The full field of view and its number of rays.',

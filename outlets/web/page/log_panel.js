@@ -13,10 +13,11 @@ const TOGETHER = 5e9;  // ns between two lines
 export class LogPanel {
   #log = byId('log');
   #follows = true;
+  #top = 0;
   #repeated = new Map();
 
   constructor() {
-    this.#log.addEventListener('scroll', () => (this.#follows = this.#isAtEnd()));
+    this.#log.addEventListener('scroll', () => this.#hearScroll());
     new ResizeObserver(() => this.#follow()).observe(this.#log);
     byId('log-level').addEventListener('change', () => this.#filter());
     this.#filter();
@@ -31,6 +32,7 @@ export class LogPanel {
   add(lines) {
     for (const line of lines) this.#addLine(line);
     while (this.#log.childElementCount > KEPT) this.#log.firstElementChild.remove();
+    while (this.#repeated.size > KEPT) this.#repeated.delete(this.#repeated.keys().next().value);
     this.#count();
     this.#follow();
   }
@@ -44,6 +46,7 @@ export class LogPanel {
       const times = isNear ? earlier.times + 1 : 1;
       if (isNear) earlier.element.remove();
       if (times > 1) element.lastChild.prepend(make('span', 'log-times', `${times} times `));
+      this.#repeated.delete(sort);
       this.#repeated.set(sort, { element, times, time: line.time });
     }
     this.#log.append(element);
@@ -56,7 +59,16 @@ export class LogPanel {
   }
 
   #follow() {
-    if (this.#follows) this.#log.scrollTop = this.#log.scrollHeight;
+    if (!this.#follows) return;
+    this.#log.scrollTop = this.#log.scrollHeight;
+    this.#top = this.#log.scrollTop;
+  }
+
+  // The end also moves away when lines wrap in a narrower panel: only who scrolls up wants to stay.
+  #hearScroll() {
+    const { scrollTop } = this.#log;
+    if (scrollTop < this.#top || this.#isAtEnd()) this.#follows = this.#isAtEnd();
+    this.#top = scrollTop;
   }
 
   #count() {

@@ -10,7 +10,7 @@ import { explain } from './tooltip.js';
 const NEAREST_HELP = { floor: 'nearest-floor', touch: 'nearest-touch' };
 
 function standing({ started, enabled, diagnosis, subscribers }, own) {
-  const users = subscribers.map((name) => (name === own ? 'this page' : name)).join(', ') || 'no subscriber';
+  const users = subscribers.map((name) => (name === own ? 'you' : name)).join(', ') || 'no subscriber';
   if (started) return `started · ${users}`;
   if (!enabled) return `disabled · ${users}`;
   if (diagnosis === false) return `bad diagnosis · ${users}`;
@@ -19,7 +19,8 @@ function standing({ started, enabled, diagnosis, subscribers }, own) {
 
 function whyNoRecord({ started, health }) {
   if (!started) return 'No record: the sensor is not started.';
-  return `No record now: ${health.reason || 'the first one has not come yet'}.`;
+  const reason = health.reason || 'no record yet';
+  return `${reason[0].toUpperCase()}${reason.slice(1)}.`;
 }
 
 export class SensorRow {
