@@ -139,22 +139,24 @@ session::TimedPath checkedPath(const DriveOptions& options) {
       "lower --rate");
 }
 
-std::string whyAstray(const OccupancyMap& map, const Math::Pose2D& goal) {
-  const auto occupancy = map.findOccupancy(Math::position2DFromPose2D(goal));
+std::string whyAstray(const session::Snapshot& last, const Math::Pose2D& goal, bool isHeard) {
+  // A robot on a graph may be in another world than its map shows.
+  if (isHeard) return "an obstacle blocks it, --speed is too high, or it does not obey /cmd_vel";
+  if (!last.map) return "an obstacle blocks it";
+  const auto occupancy = last.map->findOccupancy(Math::position2DFromPose2D(goal));
   if (!occupancy) return "the end of the path lies outside the map";
   if (*occupancy > OccupancyMap::kSolidAbove) return "the end of the path is not free";
   return "an obstacle blocks it, or --speed is too high";
 }
 
 /** True if the robot arrived. */
-bool checkArrival(const session::TimedPath& path, const session::Snapshot& last) {
+bool checkArrival(const session::TimedPath& path, const session::Snapshot& last, bool isHeard) {
   const Math::Pose2D goal = path.poseAt(path.getDuration());
   const Math::Pose2D off = Math::pinv(goal) * last.pose;
   const float metres = std::hypot(off.x, off.y);
   if (isInterrupted() || metres < 0.1f) return true;
   std::cerr << "qvsensors: warning: the robot stands " << session::fixed(metres, 2)
-            << " m from the end of the path: "
-            << (last.map ? whyAstray(*last.map, goal) : "an obstacle blocks it") << '\n';
+            << " m from the end of the path: " << whyAstray(last, goal, isHeard) << '\n';
   return false;
 }
 
@@ -177,7 +179,7 @@ int drive(DriveOptions& options) {
   openOutlets(options, *session, outlets);
   const Run run = driveAlong(options, *session, outlets);
   outlets.finish();
-  const bool hasArrived = checkArrival(path, run.last);
+  const bool hasArrived = checkArrival(path, run.last, options.heard.asked);
   const auto silent = run.summary.findSilent(run.last);
   if (!printSummary(options, run, silent)) return kIncomplete;
   return reportSilent(silent) == 0 && hasArrived ? 0 : kNotAll;
@@ -190,9 +192,9 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
   CLI::App* command = program.add_subcommand(
       "drive", "Drive a path through the map and read the sensors on the way");
   command->footer(
-      "The exit status is 1 if the robot did not reach the end of the path, or a subscribed "
-      "sensor\n"
-      "gave no record.");
+      "With --kind the robot follows the path also through walls, with a warning; a virtual robot\n"
+      "stops at them. The exit status is 1 if the robot did not reach the end of the path, or a\n"
+      "subscribed sensor gave no record.");
   addWorld(*command, *options);
   command->add_option("--path", options->path, "positions \"x,y x,y ...\" in the map (m)")
       ->type_name("X,Y...")

@@ -70,6 +70,28 @@ ros2::GraphRobotOptions robotOptionsOf(const GraphArguments& arguments) {
   return options;
 }
 
+void checkRemaps(const ros2::Graph& graph) {
+  const auto unused = graph.findUnusedRemaps();
+  if (!unused.empty())
+    throw session::UsageError("--ros2-remap: a topic of this robot expected, \"" + unused.front() +
+                              "\" given; ros2 --list shows them");
+}
+
+std::string rangeText(const ros2::GraphOptions& options) {
+  if (!options.configuration.empty()) return "visible as CYCLONEDDS_URI says";
+  switch (options.range) {
+    case ros2::DiscoveryRange::off:
+      return "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)";
+    case ros2::DiscoveryRange::localhost:
+      if (!options.peers.empty()) return "announced on this machine and to ROS_STATIC_PEERS";
+      return "announced on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET: in the "
+             "network)";
+    case ros2::DiscoveryRange::subnet:
+      break;
+  }
+  return "visible in the network";
+}
+
 std::string qosText(const ros2::Qos& qos) {
   return std::string(qos.reliable ? "reliable" : "best effort") +
          (qos.transientLocal ? ", transient local, " : ", volatile, ") + std::to_string(qos.depth);
@@ -78,18 +100,7 @@ std::string qosText(const ros2::Qos& qos) {
 }  // namespace
 
 std::string describeGraph(const ros2::GraphOptions& options) {
-  const auto range = [&] {
-    switch (options.range) {
-      case ros2::DiscoveryRange::off:
-        return "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)";
-      case ros2::DiscoveryRange::localhost:
-        return "on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET lets others in)";
-      case ros2::DiscoveryRange::subnet:
-        break;
-    }
-    return "visible in the network";
-  };
-  return "ROS 2 domain " + std::to_string(options.domain) + ", " + range();
+  return "ROS 2 domain " + std::to_string(options.domain) + ", " + rangeText(options);
 }
 
 class GraphLink::Impl {
@@ -97,7 +108,7 @@ class GraphLink::Impl {
   explicit Impl(const GraphArguments& arguments)
       : options(asUsage([&] { return optionsOf(arguments); })),
         robotOptions(robotOptionsOf(arguments)),
-        graph(options) {}
+        graph(asUsage([&] { return ros2::Graph(options); })) {}
 
   const ros2::GraphOptions options;
   const ros2::GraphRobotOptions robotOptions;
@@ -111,8 +122,11 @@ GraphLink::~GraphLink() = default;
 
 void GraphLink::open(session::Session& session) {
   close();
-  impl->robot = asUsage(
-      [&] { return std::make_shared<ros2::GraphRobot>(impl->graph, session, impl->robotOptions); });
+  impl->robot = asUsage([&] {
+    auto robot = std::make_shared<ros2::GraphRobot>(impl->graph, session, impl->robotOptions);
+    checkRemaps(impl->graph);
+    return robot;
+  });
 }
 
 void GraphLink::close() {
@@ -142,6 +156,7 @@ std::string listGraphTopics(const GraphArguments& arguments, session::Session& s
   return asUsage([&] {
     ros2::Graph nobodys(options);
     const ros2::GraphRobot robot(nobodys, session, robotOptionsOf(arguments));
+    checkRemaps(nobodys);
     outlets::Table table({"topic", "type", "", "quality of service", "in DDS"});
     for (const auto& wire : robot.getTopics())
       table.add({wire.topic.name, wire.topic.type, wire.isInput ? "in" : "out",

@@ -6,7 +6,7 @@
 
 namespace QV::app {
 
-/** Says which graph that is and who is on it: "ROS 2 domain 0, on this machine only (...)". */
+/** Says which graph that is and who is told of it: "ROS 2 domain 0, announced on ...". */
 std::string describeGraph(const ros2::GraphOptions& options);
 
 }  // namespace QV::app

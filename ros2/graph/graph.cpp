@@ -29,9 +29,8 @@ class DdsNode : public GraphNode {
   std::string xResolve(const std::string& topic) const {
     const NodeEntities& names = node->entities;
     const std::string full = expandTopic(topic, names.nameSpace, names.name);
-    const auto& remaps = node->participant->getOptions().remaps;
-    const auto remap = remaps.find(full);
-    return remap == remaps.end() ? full : expandTopic(remap->second, names.nameSpace, names.name);
+    const auto to = node->participant->remap(full);
+    return to ? expandTopic(*to, names.nameSpace, names.name) : full;
   }
 
   const std::shared_ptr<SharedNode> node;
@@ -83,6 +82,10 @@ std::vector<GraphTopic> Graph::findTopics() const {
       topics.insert({*name, *type, qosFrom(publication.qos)});
   });
   return {topics.begin(), topics.end()};
+}
+
+std::vector<std::string> Graph::findUnusedRemaps() const {
+  return participant->findUnusedRemaps();
 }
 
 }  // namespace QV::ros2

@@ -37,11 +37,13 @@ struct QV_API GraphOptions {
 /**
  * Reads ROS_DOMAIN_ID, ROS_LOCALHOST_ONLY, ROS_AUTOMATIC_DISCOVERY_RANGE, ROS_STATIC_PEERS,
  * ROS_DISTRO and CYCLONEDDS_URI. Discovery stays on this machine unless one of them sets a wider
- * range. Throws std::invalid_argument with the variable's name for an invalid value.
+ * range. Throws std::invalid_argument with the variable's name for an invalid value; an unknown
+ * ROS_DISTRO is logged and counts as a new one.
  */
 QV_API GraphOptions graphOptionsFromEnvironment();
 
-/** Returns the distribution; an empty or unknown name counts as a later one. */
+/** Returns the layout of a distribution; an empty name counts as a new one. Throws
+ * std::invalid_argument for an unknown name. */
 QV_API RosDistro parseDistro(const std::string& name);
 
 /** A topic with its type and quality of service. */
@@ -140,6 +142,8 @@ class QV_API Graph {
 
   /** Returns the topics that others publish, sorted by name and type, each once. */
   std::vector<GraphTopic> findTopics() const;
+  /** Returns the topics of `remaps` that no publisher or subscription has asked for yet. */
+  std::vector<std::string> findUnusedRemaps() const;
 
  private:
   std::shared_ptr<class Participant> participant;

@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <array>
 #include <cstdlib>
 #include <sstream>
 #include <stdexcept>
 
+#include "platform/ko/log.h"
 #include "platform/model/internal/number_text.h"
 #include "ros2/graph/graph.h"
 
@@ -47,6 +49,17 @@ DiscoveryRange readRange() {
   return variable("CYCLONEDDS_URI").empty() ? DiscoveryRange::localhost : DiscoveryRange::subnet;
 }
 
+RosDistro readDistro() {
+  const char* const name = "ROS_DISTRO";
+  try {
+    return parseDistro(variable(name));
+  } catch (const std::invalid_argument& error) {
+    ko::log::warning("ROS2.Graph", "options")
+        << name << ": " << error.what() << ": taken for rolling";
+    return RosDistro::ironOrLater;
+  }
+}
+
 std::vector<std::string> readPeers() {
   std::istringstream text(variable("ROS_STATIC_PEERS"));
   std::vector<std::string> peers;
@@ -60,16 +73,19 @@ std::vector<std::string> readPeers() {
 RosDistro parseDistro(const std::string& name) {
   constexpr std::array kOld = {"ardent",   "bouncy", "crystal",  "dashing",
                                "eloquent", "foxy",   "galactic", "humble"};
-  for (const char* const old : kOld)
-    if (name == old) return RosDistro::humble;
-  return RosDistro::ironOrLater;
+  constexpr std::array kNew = {"", "iron", "jazzy", "kilted", "lyrical", "rolling"};
+  if (std::ranges::count(kOld, name) > 0) return RosDistro::humble;
+  if (std::ranges::count(kNew, name) > 0) return RosDistro::ironOrLater;
+  throw std::invalid_argument(
+      "a distribution expected (humble, iron, jazzy, kilted, lyrical; rolling for later ones), \"" +
+      name + "\" given");
 }
 
 GraphOptions graphOptionsFromEnvironment() {
   GraphOptions options;
   options.domain = readDomain();
   options.range = readRange();
-  options.distro = parseDistro(variable("ROS_DISTRO"));
+  options.distro = readDistro();
   options.peers = readPeers();
   options.configuration = variable("CYCLONEDDS_URI");
   return options;

@@ -27,6 +27,13 @@ TEST(Ros2Command, refusesInvalidOptionsWithTheReason) {
       {{"drive", "--kind", "1", "--path", "3,3 4,3", "--ros2-node", "me"}, "--ros2-node requires"},
       {{"ros2", "--list", "--robot", "porter", "--ros2-remap", "scan"},
        "--ros2-remap: FROM:=TO expected, \"scan\" given"},
+      {{"ros2", "--list", "--robot", "porter", "--ros2-remap", "scn:=/scan"},
+       "--ros2-remap: a topic of this robot expected, \"/scn\" given; ros2 --list shows them"},
+      {{"ros2", "--list", "--robot", "porter", "--ros-distro", "humbel"},
+       "--ros2: a distribution expected (humble, iron, jazzy, kilted, lyrical; rolling for later "
+       "ones), \"humbel\" given"},
+      {{"ros2", "--list", "--robot", "porter", "--ros2-interface", "nosuch"},
+       "--ros2: a network interface of this machine expected, \"nosuch\" given"},
       {{"ros2", "--list", "--robot", "porter", "--ros2-namespace", "a b"},
        "--ros2: a namespace of letters, digits and _"},
       {{"ros2", "--list", "--robot", "porter", "--ros2-frame", "FrontLasr:=laser"},

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <atomic>
+#include <net/if.h>
 #include <stdexcept>
 
 #include "platform/ko/log.h"
@@ -14,17 +15,28 @@ namespace {
 constexpr dds_duration_t kLongestWrite = DDS_MSECS(100);
 constexpr Qos kNodesQos{true, true, 1};
 
+void checkInterface(const GraphOptions& options) {
+  const std::string& name = options.networkInterface;
+  if (!name.empty() && options.configuration.empty() && if_nametoindex(name.c_str()) == 0)
+    throw std::invalid_argument("a network interface of this machine expected, \"" + name +
+                                "\" given");
+}
+
 /**
  * Makes a domain. Whoever else uses the engine in this process may have taken it: ours then has a
  * number of its own in here, and the same on the network.
  */
 dds_entity_t makeDomain(const GraphOptions& options) {
+  checkInterface(options);
   static std::atomic<dds_domainid_t> following{1'000'000};
   const std::string settings = settingsOf(options);
   auto result = dds_create_domain(static_cast<dds_domainid_t>(options.domain), settings.c_str());
   if (result == DDS_RETCODE_PRECONDITION_NOT_MET)
     result = dds_create_domain(following++, settings.c_str());
-  return checked(result, "a domain can't be made from " + settings);
+  if (!options.configuration.empty())
+    return checked(result, "a configuration of Cyclone DDS in CYCLONEDDS_URI expected, \"" +
+                               options.configuration + "\" given");
+  return checked(result, "a network interface that is up expected, none found");
 }
 
 dds_entity_t makeParticipant(dds_entity_t domain) {
@@ -105,6 +117,22 @@ Topic Participant::makeTopic(const std::string& ddsName, const MessageType& type
   if (result < 0) ddsi_sertype_unref(cdrType);
   Entity entity(checked(result, "topic " + ddsName + " can't be made"));
   return {std::move(entity), {ddsi_sertype_ref(cdrType), TypeUnref()}};
+}
+
+std::optional<std::string> Participant::remap(const std::string& topic) {
+  const auto found = options.remaps.find(topic);
+  if (found == options.remaps.end()) return std::nullopt;
+  const std::lock_guard lock(mutex);
+  remapped.insert(topic);
+  return found->second;
+}
+
+std::vector<std::string> Participant::findUnusedRemaps() {
+  const std::lock_guard lock(mutex);
+  std::vector<std::string> unused;
+  for (const auto& [from, to] : options.remaps)
+    if (remapped.count(from) == 0) unused.push_back(from);
+  return unused;
 }
 
 void Participant::xAnnounce() {

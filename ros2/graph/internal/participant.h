@@ -4,9 +4,11 @@
 #include <dds/ddsi/ddsi_sertype.h>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
+#include <vector>
 
 #include "ros2/graph/graph.h"
 #include "ros2/graph/internal/node_entities.h"
@@ -69,6 +71,10 @@ class Participant {
 
   Topic makeTopic(const std::string& ddsName, const MessageType& type) const;
 
+  /** Returns the other name of a topic, and notes that it was asked for. */
+  std::optional<std::string> remap(const std::string& topic);
+  std::vector<std::string> findUnusedRemaps();
+
   /** Announces all nodes to the graph after `change` has changed one. */
   template <typename Change>
   void announce(const Change& change) {
@@ -93,6 +99,7 @@ class Participant {
   Entity nodesWriter;
   std::mutex mutex;
   std::set<const NodeEntities*> nodes;
+  std::set<std::string> remapped;
 };
 
 }  // namespace QV::ros2

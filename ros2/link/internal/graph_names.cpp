@@ -16,6 +16,21 @@ std::set<std::string> framesOf(const session::Session& session) {
   return frames;
 }
 
+/** std::invalid_argument for a name that tf2 refuses or that two frames have. */
+void checkFrames(const FrameNames& names, const std::set<std::string>& frames) {
+  std::map<std::string, std::string> owners;
+  for (const std::string& frame : frames) {
+    const std::string name = names.of(frame);
+    if (name.empty() || name.front() == '/')
+      throw std::invalid_argument("a frame's name without a slash before it expected, \"" + name +
+                                  "\" given");
+    const auto [owner, isNew] = owners.emplace(name, frame);
+    if (!isNew)
+      throw std::invalid_argument("a name of its own for each frame expected, \"" + name +
+                                  "\" given for " + owner->second + " and " + frame);
+  }
+}
+
 }  // namespace
 
 std::string nodeNameOf(const session::Session& session, const std::string& asked) {
@@ -58,11 +73,10 @@ FrameNames frameNamesOf(const session::Session& session, const GraphRobotOptions
       throw std::invalid_argument("a frame of the robot expected (map, odom, " +
                                   FrameNames(session).ofBase() + " or a sensor), \"" + name +
                                   "\" given");
-    if (renamed.empty() || renamed.front() == '/')
-      throw std::invalid_argument("a frame's name without a slash before it expected, \"" +
-                                  renamed + "\" given");
   }
-  return FrameNames(session, options.frames, options.framePrefix);
+  FrameNames names(session, options.frames, options.framePrefix);
+  checkFrames(names, known);
+  return names;
 }
 
 }  // namespace QV::ros2

@@ -75,6 +75,7 @@ GraphOrders::GraphOrders(GraphNode& node, const FrameNames& names, const GraphRo
 Math::Pose2D GraphOrders::xPlaceOf(const std_msgs::Header& header,
                                    const geometry_msgs::Pose& pose) const {
   if (header.frame_id != map) refuse("frame \"" + map + "\"", "\"" + header.frame_id + "\"");
+  checkStamp(header.stamp);
   checkPose(pose);
   return poseOf(pose);
 }

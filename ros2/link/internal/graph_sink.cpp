@@ -1,6 +1,7 @@
 #include "ros2/link/internal/graph_sink.h"
 
 #include <algorithm>
+#include <stdexcept>
 #include <utility>
 
 #include "ros2/messages/sensor_msgs.h"
@@ -35,10 +36,28 @@ std::string GraphSink::xPlace(const std::string& name) const {
 
 std::uint16_t GraphSink::addTopic(const SessionTopic& topic) {
   const MessageType& type = typeFor(distro, *topic.type);
-  auto publisher =
-      node.publish(xPlace(topic.name), type, topic.qos, [this](std::size_t) { ++matches; });
+  auto publisher = xPublish(topic, type);
+  xCheckIsNew(publisher->getTopic().name, topic.sensor);
   topics.push_back({&type, topic.sensor, std::move(publisher)});
   return static_cast<std::uint16_t>(topics.size() - 1);
+}
+
+std::unique_ptr<Publisher> GraphSink::xPublish(const SessionTopic& topic, const MessageType& type) {
+  try {
+    return node.publish(xPlace(topic.name), type, topic.qos, [this](std::size_t) { ++matches; });
+  } catch (const std::invalid_argument& error) {
+    if (topic.sensor.empty()) throw;
+    throw std::invalid_argument(topic.sensor + ": " + error.what());
+  }
+}
+
+void GraphSink::xCheckIsNew(const std::string& name, const std::string& sensor) const {
+  const auto other = std::ranges::find_if(
+      topics, [&](const Topic& topic) { return topic.publisher->getTopic().name == name; });
+  if (other == topics.end()) return;
+  const auto ownerOf = [](const std::string& of) { return of.empty() ? "the robot" : of; };
+  throw std::invalid_argument("a topic of its own for each sensor expected, \"" + name +
+                              "\" given for " + ownerOf(other->sensor) + " and " + ownerOf(sensor));
 }
 
 bool GraphSink::isRead(std::uint16_t topic) const {

@@ -22,6 +22,7 @@ class GraphSink : public MessageSink {
   GraphSink(GraphNode& node, RosDistro distro, bool hasOwnFrames,
             std::map<std::string, std::string> named);
 
+  /** std::invalid_argument for a name that is none, or that another topic has. */
   std::uint16_t addTopic(const SessionTopic& topic) override;
   bool isRead(std::uint16_t topic) const override;
 
@@ -45,6 +46,8 @@ class GraphSink : public MessageSink {
   void xWrite(std::uint16_t topic, std::uint64_t time, const MessageType& type,
               const void* message) override;
   std::string xPlace(const std::string& name) const;
+  std::unique_ptr<Publisher> xPublish(const SessionTopic& topic, const MessageType& type);
+  void xCheckIsNew(const std::string& name, const std::string& sensor) const;
 
   GraphNode& node;
   const RosDistro distro;

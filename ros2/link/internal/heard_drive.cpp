@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/ko/log.h"
 #include "ros2/messages/geometry_msgs.h"
 
 namespace QV::ros2 {
@@ -10,6 +11,8 @@ namespace {
 constexpr ko::Duration kPeriod{100'000'000};
 // The stop command is repeated, but not for ever.
 constexpr ko::Duration kStanding{500'000'000};
+// Subscribers that are there are found sooner.
+constexpr ko::Duration kUnheeded{1'000'000'000};
 
 }  // namespace
 
@@ -23,6 +26,7 @@ void HeardDrive::set(const Math::Pose2D& newVelocity) {
   if (newVelocity == velocity) return;
   velocity = newVelocity;
   changed = ko::Clock::now();
+  if (!sent) heeded = changed;
   xSend();
 }
 
@@ -31,7 +35,19 @@ void HeardDrive::repeat() {
   if (!sent) return;
   const auto now = ko::Clock::now();
   const bool stands = velocity == Math::Pose2D() && now - changed > kStanding;
-  if (!stands && now - *sent >= kPeriod) xSend();
+  if (stands || now - *sent < kPeriod) return;
+  xSend();
+  xLookForReaders();
+}
+
+void HeardDrive::xLookForReaders() {
+  const auto now = ko::Clock::now();
+  const bool hasReaders = plain->getReaderCount() + stamped->getReaderCount() > 0;
+  if (hasReaders || velocity == Math::Pose2D()) heeded = now;
+  if (hasReaders) isMissed = false;
+  if (now - heeded <= kUnheeded || std::exchange(isMissed, true)) return;
+  ko::log::warning("ROS2", "drive")
+      << topic << ": nobody subscribes to it, so the robot does not move";
 }
 
 void HeardDrive::xSend() {

@@ -15,7 +15,7 @@ namespace QV::ros2 {
 /**
  * Publishes a robot's velocity again and again, because robots stop without it: TwistStamped if
  * somebody subscribes to that, else Twist. Nothing is published before the first command that moves
- * it. Thread-safe.
+ * it. The log says once that nobody subscribes. Thread-safe.
  */
 class HeardDrive {
  public:
@@ -30,6 +30,7 @@ class HeardDrive {
 
  private:
   void xSend();
+  void xLookForReaders();
 
   GraphNode& node;
   HeardTime& time;
@@ -40,6 +41,9 @@ class HeardDrive {
   Math::Pose2D velocity;
   ko::Clock::time_point changed;
   std::optional<ko::Clock::time_point> sent;
+  /** The last time at which somebody subscribed to it, or no command moved the robot. */
+  ko::Clock::time_point heeded;
+  bool isMissed = false;
 };
 
 }  // namespace QV::ros2

@@ -2,6 +2,8 @@
 
 #include <algorithm>
 #include <chrono>
+#include <map>
+#include <set>
 #include <stdexcept>
 #include <utility>
 
@@ -32,10 +34,10 @@ void followClock(HeardPlan& plan) {
   plan.clock = plan.node->subscribe(
       kClockTopic, rosgraph_msgs::Clock::getType(), {false, false, 1},
       [time = plan.time.get(), mailbox = plan.mailbox.get()](const ReceivedMessage& message) {
-        const auto clock = fromCdr<rosgraph_msgs::Clock>(message.cdr).clock;
-        time->setClock(clock.sec * std::int64_t{1'000'000'000} + clock.nanosec);
+        time->setClock(fromCdr<rosgraph_msgs::Clock>(message.cdr).clock);
         mailbox->wake();
-      });
+      },
+      [time = plan.time.get()](std::size_t publishers) { time->setPublished(publishers > 0); });
   const auto end = MachineClock::now() + kLongestWait;
   while (!plan.time->hasBegun() && MachineClock::now() < end) plan.await();
   if (!plan.time->hasBegun())
@@ -64,6 +66,23 @@ boost::shared_ptr<const OccupancyMap> fetchMap(HeardPlan& plan) {
     plan.await();
   }
   return nullptr;
+}
+
+// A misspelt name would do nothing.
+void checkRemaps(const HeardPlan& plan, const std::map<std::string, std::string>& remaps) {
+  std::set<std::string> known = {kClockTopic, "/tf", "/tf_static"};
+  for (const char* const name :
+       {"odom", "joint_states", "people", "map", "robot_description", "cmd_vel"})
+    known.insert(inNameSpace(plan.nameSpace, name));
+  for (const auto& [topic, sensor] : plan.survey.sensors)
+    known.insert(topic.front() == '/' ? topic : inNameSpace(plan.nameSpace, topic));
+  for (const auto& [from, to] : remaps) {
+    if (known.count(from) > 0) continue;
+    std::string names;
+    for (const auto& name : known) names += (names.empty() ? "" : ", ") + name;
+    throw std::invalid_argument("a topic to remap expected (" + names + "), \"" + from +
+                                "\" given");
+  }
 }
 
 }  // namespace
@@ -119,6 +138,7 @@ HeardPlan planRobot(const HeardRobotOptions& options) {
   } else {
     surveyDescribed(plan);
   }
+  checkRemaps(plan, options.graph.remaps);
   return plan;
 }
 

@@ -15,6 +15,8 @@ namespace {
 using session::fixed;
 using session::inSeconds;
 
+using MachineClock = std::chrono::steady_clock;
+
 constexpr std::int64_t kSecond = 1'000'000'000;
 constexpr ko::Duration kLongGap{60 * kSecond};
 // Messages of /clock may come in another order than they were sent.
@@ -22,11 +24,30 @@ constexpr ko::Duration kLongStepBack{kSecond / 2};
 constexpr ko::Duration kOldest{10 * kSecond};
 constexpr ko::Duration kFarthestAhead{kSecond};
 
+std::int64_t nanosecondsOf(const builtin_interfaces::Time& time) {
+  return time.sec * kSecond + time.nanosec;
+}
+
 }  // namespace
 
-void HeardTime::setClock(std::int64_t time) {
+void HeardTime::setClock(const builtin_interfaces::Time& time) {
   const std::lock_guard lock(mutex);
-  clock = time;
+  clock = nanosecondsOf(time);
+  if (!left) return;
+  // A last message may come after its publisher has gone, a first one before it is known.
+  left = MachineClock::now();
+  if (!isPublished) return;
+  left.reset();
+  ko::log::info("ROS2.Time", "setClock") << "/clock: published again";
+}
+
+void HeardTime::setPublished(bool on) {
+  const std::lock_guard lock(mutex);
+  isPublished = on;
+  if (on || !clock || left) return;
+  left = MachineClock::now();
+  ko::log::warning("ROS2.Time", "setPublished")
+      << "/clock: nobody publishes it any more: time goes on by the machine's clock";
 }
 
 bool HeardTime::hasBegun() const {
@@ -41,9 +62,13 @@ void HeardTime::begin(ko::Clock::time_point time) {
 }
 
 std::int64_t HeardTime::xRead() const {
-  if (source == Source::clockTopic) return clock.value_or(0);
-  const auto wall = std::chrono::system_clock::now().time_since_epoch();
-  return std::chrono::duration_cast<std::chrono::nanoseconds>(wall).count();
+  using std::chrono::nanoseconds;
+  if (source == Source::wallClock) {
+    const auto wall = std::chrono::system_clock::now().time_since_epoch();
+    return std::chrono::duration_cast<nanoseconds>(wall).count();
+  }
+  const nanoseconds since = left ? MachineClock::now() - *left : nanoseconds(0);
+  return clock.value_or(0) + since.count();
 }
 
 ko::Clock::time_point HeardTime::xNow() {
@@ -74,7 +99,7 @@ builtin_interfaces::Time HeardTime::getStamp() {
 
 ko::Clock::time_point HeardTime::date(const builtin_interfaces::Time& stamp) {
   const auto now = ko::Clock::now();
-  const std::int64_t there = stamp.sec * kSecond + stamp.nanosec;
+  const std::int64_t there = nanosecondsOf(stamp);
   if (there == 0) return now;
   const std::lock_guard lock(mutex);
   const ko::Clock::time_point time{ko::Duration(there - offset)};

@@ -12,6 +12,8 @@
 #include "ros2/graph/internal/node_entities.h"
 #include "ros2/messages/sensor_msgs.h"
 #include "tests/ros2/support/own_domain.h"
+#include "tests/support/log_capture.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::ros2 {
 namespace {
@@ -243,9 +245,16 @@ TEST(GraphOptions, refuseInvalidValues) {
   EXPECT_EQ(refusalWith({{"ROS_AUTOMATIC_DISCOVERY_RANGE", "WIDE"}}),
             "ROS_AUTOMATIC_DISCOVERY_RANGE: OFF, LOCALHOST, SUBNET or SYSTEM_DEFAULT expected, "
             "\"WIDE\" given");
+  const test::LogCapture log;
+  EXPECT_EQ(refusalWith({{"ROS_DISTRO", "humbel"}}), "taken");
+  EXPECT_THAT(log.lines(ko::log::Level::warning),
+              testing::ElementsAre(HasSubstr("\"humbel\" given: taken for rolling")));
   GraphOptions broken;
   broken.configuration = "<CycloneDDS><Domain><Nothing/></Domain></CycloneDDS>";
-  EXPECT_THROW(Graph{broken}, std::runtime_error);
+  EXPECT_THAT(
+      errorOf([&] { Graph{broken}; }),
+      testing::StartsWith("a configuration of Cyclone DDS in CYCLONEDDS_URI expected, "
+                          "\"<CycloneDDS><Domain><Nothing/></Domain></CycloneDDS>\" given"));
 }
 
 }  // namespace

@@ -292,6 +292,11 @@ TEST_F(GraphRobotTest, logsOneLineForInvalidCommandsUntilAValidOneComes) {
   expectLine(*stamped,
              geometry_msgs::TwistStamped{{{1'700'000'000, 0}, "base"}, {{1.0, 0.0, 0.0}, {}}},
              "/cmd_vel" + refused + "a stamp of /clock's time (use_sim_time)");
+  auto pose = poseAt(4.0, {});
+  pose.header.stamp.sec = 1'700'000'000;
+  expectLine(*poses, pose, "/initialpose" + refused + "a stamp of /clock's time (use_sim_time)");
+  EXPECT_EQ(session->getPose(), *test::busyWorld().start);
+  expectLine(*poses, poseAt(3.0, {}), "/initialpose: taken again");
   expectLine(*poses, poseAt(4.0, {0.0, 0.0, 0.0, 0.0}),
              "/initialpose" + refused + "an orientation of length 1 expected, 0.0");
   expectLine(*goals, geometry_msgs::PoseStamped{{{}, "base"}, {}},
@@ -402,18 +407,34 @@ TEST_F(GraphRobotTest, usesTheConfiguredNamespacesAndFrames) {
   options.hasOwnFrames = true;
   EXPECT_EQ(find("/tf"), "none");
   EXPECT_NE(find("/robot1/tf_static"), "none");
-  EXPECT_EQ(errorOf([&] {
-              GraphRobotOptions bad;
-              bad.frames = {{"FrontLasr", "laser"}};
-              topicsOf(*session, bad);
-            }),
+}
+
+TEST_F(GraphRobotTest, refusesFramesThatAreNotThereOrThatTfRefuses) {
+  const auto errorWith = [&](const std::map<std::string, std::string>& frames,
+                             const std::string& prefix) {
+    return errorOf([&] {
+      GraphRobotOptions bad;
+      bad.frames = frames;
+      bad.framePrefix = prefix;
+      topicsOf(*session, bad);
+    });
+  };
+  EXPECT_EQ(errorWith({{"FrontLasr", "laser"}}, ""),
             "a frame of the robot expected (map, odom, base or a sensor), \"FrontLasr\" given");
-  EXPECT_EQ(errorOf([&] {
-              GraphRobotOptions bad;
-              bad.frames = {{"FrontLaser", "/laser"}};
-              topicsOf(*session, bad);
-            }),
-            "a frame's name without a slash before it expected, \"/laser\" given");
+  const std::string noSlash = "a frame's name without a slash before it expected, ";
+  EXPECT_EQ(errorWith({{"FrontLaser", "/laser"}}, ""), noSlash + "\"/laser\" given");
+  EXPECT_EQ(errorWith({}, "/r/"), noSlash + "\"/r/BackBumper\" given");
+  EXPECT_EQ(errorWith({{"base", "odom"}}, ""),
+            "a name of its own for each frame expected, \"odom\" given for base and odom");
+  EXPECT_EQ(errorWith({{"base", "odom"}}, "r/"), "");
+}
+
+std::unique_ptr<session::Session> openWith(const std::string& sensors) {
+  const test::TemporaryFolder folder;
+  const std::string path = folder / "robot.urdf";
+  std::ofstream(path) << "<robot name=\"mine\"><kind code=\"1\"/><link name=\"base\"/>" << sensors
+                      << "</robot>";
+  return session::openVirtual(path, test::inRoom({3.0f, 3.0f, 0.0f}));
 }
 
 // Whoever hears a robot by its description listens where the robot with that description speaks.
@@ -430,11 +451,7 @@ TEST(GraphTopics, areThoseThatTheDescriptionNames) {
     <sensor name="Eye" type="DepthCamera"><parent link="base"/>
       <property key="topic" value="eye/depth"/></sensor>
     <sensor name="Bumper" type="Touch"><parent link="base"/></sensor>)";
-  const test::TemporaryFolder folder;
-  const std::string path = folder / "robot.urdf";
-  std::ofstream(path) << "<robot name=\"mine\"><kind code=\"1\"/><link name=\"base\"/>" << sensors
-                      << "</robot>";
-  const auto session = session::openVirtual(path, test::inRoom({3.0f, 3.0f, 0.0f}));
+  const auto session = openWith(sensors);
   std::map<std::string, std::string> told;
   for (const WireTopic& wire : topicsOf(*session, {})) told[wire.topic.name] = wire.topic.type;
   EXPECT_EQ(told["/front_laser/scan"] + told["/left/scan"],
@@ -445,6 +462,24 @@ TEST(GraphTopics, areThoseThatTheDescriptionNames) {
   EXPECT_EQ(survey.sensors.size(), 5u);
   for (const auto& [topic, sensor] : survey.sensors)
     EXPECT_EQ(told.count(topic.front() == '/' ? topic : "/" + topic), 1u) << topic;
+}
+
+TEST(GraphTopics, areRefusedIfTwoShareOneOrItIsNone) {
+  const auto errorWith = [](const std::string& name, const std::string& topic) {
+    const auto sonar = [](const std::string& of, const std::string& more) {
+      return "<sensor name=\"" + of + "\" type=\"Sonar\"><parent link=\"base\"/>" + more +
+             "<memory_key>" + of + "</memory_key></sensor>";
+    };
+    const auto session = openWith(sonar("front-sonar", "") +
+                                  sonar(name, "<property key=\"topic\" value=\"" + topic + "\"/>"));
+    return errorOf([&] { topicsOf(*session, {}); });
+  };
+  const std::string shared = "a topic of its own for each sensor expected, \"";
+  EXPECT_THAT(errorWith("front_sonar", ""), testing::StartsWith(shared + "/front_sonar/"));
+  EXPECT_EQ(errorWith("Back", "/front_sonar/range"),
+            shared + "/front_sonar/range\" given for Back and front-sonar");
+  EXPECT_EQ(errorWith("Back", "/clock"), shared + "/clock\" given for the robot and Back");
+  EXPECT_THAT(errorWith("Back", "bad-topic!"), testing::StartsWith("Back: a topic of letters"));
 }
 
 TEST_F(GraphRobotTest, usesTheConfiguredFrameNames) {

@@ -9,6 +9,7 @@
 
 #include <gmock/gmock.h>
 
+#include "apps/ros2/graph_words.h"
 #include "ros2/link/heard_robot.h"
 #include "tests/apps/run_program.h"
 #include "tests/ros2/link/ticking_robot.h"
@@ -146,6 +147,11 @@ TEST_F(HeardCommandsTest, listsSavesAndReadsARobotOnTheGraph) {
   const auto listed = run({"list", "--from-ros2", "--save", saved});
   EXPECT_EQ(listed.status, 0) << listed.error;
   EXPECT_THAT(listed.out, HasSubstr("Laser   scan"));
+  app::expectRefused({{"list", "--from-ros2", "--from-remap", "/scn:=/scan"},
+                      "/tf_static), \"/scn\" given, listening on"});
+  const auto driven = run({"drive", "--from-ros2", "--path", "0,0 0.1,0"});
+  EXPECT_THAT(driven.error, HasSubstr("/cmd_vel: nobody subscribes to it"));
+  EXPECT_THAT(driven.error, HasSubstr("or it does not obey /cmd_vel"));
   for (const std::vector<std::string>& robot : {std::vector<std::string>{}, {"--robot", saved}}) {
     std::vector<std::string> arguments = {"read", "--from-ros2", "--format", "jsonl"};
     arguments.insert(arguments.end(), robot.begin(), robot.end());
@@ -155,6 +161,25 @@ TEST_F(HeardCommandsTest, listsSavesAndReadsARobotOnTheGraph) {
     ASSERT_EQ(records.size(), 1u) << read.out << read.error;
     EXPECT_EQ(records[0]["sensorName"], "scan");
     EXPECT_GT(records[0]["points"].size(), 100u);
+  }
+}
+
+TEST(GraphWords, sayWhoIsToldOfTheRobot) {
+  using Change = std::function<void(GraphOptions&)>;
+  const std::pair<Change, std::string> cases[] = {
+      {[](auto&) {},
+       "announced on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET: in the network)"},
+      {[](auto& options) { options.peers = {"10.0.0.2"}; },
+       "announced on this machine and to ROS_STATIC_PEERS"},
+      {[](auto& options) { options.range = DiscoveryRange::subnet; }, "visible in the network"},
+      {[](auto& options) { options.range = DiscoveryRange::off; },
+       "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)"},
+      {[](auto& options) { options.configuration = "file:///robot.xml"; },
+       "visible as CYCLONEDDS_URI says"}};
+  for (const auto& [change, expected] : cases) {
+    GraphOptions options;
+    change(options);
+    EXPECT_EQ(app::describeGraph(options), "ROS 2 domain 0, " + expected);
   }
 }
 

@@ -204,6 +204,28 @@ TEST_F(HeardRobotTest, recordsStopWithTheirPublisherAndReturnWithIt) {
   EXPECT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan") && has(*sut, "sonar"); }));
 }
 
+TEST_F(HeardRobotTest, aRobotThatIsGoneWithItsClockIsSilentAndReturns) {
+  startSensors();
+  const auto sut = open();
+  sut->subscribe("test", {"scan", "sonar"});
+  ASSERT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan") && has(*sut, "sonar"); }));
+  for (const char* const name : {"scan", "sonar"}) robot.fallSilent(name);
+  robot.publishClock(false);
+  scans.reset();
+  sonars.reset();
+  const auto health = [&](std::size_t sensor) {
+    return sut->look().sensors.at(sensor).health.state;
+  };
+  EXPECT_TRUE(runUntil(*sut, [&] { return !has(*sut, "scan") && !has(*sut, "sonar"); }));
+  EXPECT_TRUE(runUntil(*sut, [&] { return health(0) == sensor::HealthState::silent; }));
+  const auto stops = HasSubstr("/clock: nobody publishes it any more: time goes on by the machine");
+  EXPECT_THAT(warnings(), Contains(stops).Times(1));
+  robot.setClock(10);
+  robot.publishClock(true);
+  startSensors();
+  EXPECT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan") && has(*sut, "sonar"); }));
+}
+
 TEST_F(HeardRobotTest, stampsFarOffAreRefusedAndOtherSensorsGoOn) {
   startSensors();
   const auto sut = open();
@@ -314,7 +336,7 @@ TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {
   std::mutex mutex;
   std::vector<geometry_msgs::Twist> twists;
   const auto sut = open();
-  const auto listen = robot.getNode().subscribe(
+  auto listen = robot.getNode().subscribe(
       "/cmd_vel", geometry_msgs::Twist::getType(), {}, [&](const ReceivedMessage& message) {
         const std::lock_guard lock(mutex);
         twists.push_back(fromCdr<geometry_msgs::Twist>(message.cdr));
@@ -334,6 +356,12 @@ TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {
   sut->run(boost::chrono::seconds(1));
   EXPECT_EQ(count(0.25), moved);
   EXPECT_THROW(sut->setPose({}), session::UsageError);
+  EXPECT_THAT(warnings(), testing::IsEmpty());
+  listen.reset();
+  sut->drive(0.5f, 0.0f);
+  EXPECT_TRUE(runUntil(*sut, [&] { return !warnings().empty(); }));
+  sut->run(boost::chrono::seconds(3));
+  EXPECT_THAT(warnings(), testing::ElementsAre(HasSubstr("/cmd_vel: nobody subscribes to it")));
 }
 
 TEST_F(HeardRobotTest, topicsComeFromTheDescriptionElseFromTheDefaultNames) {

@@ -42,6 +42,10 @@ class TickingRobot {
   void pause(bool on) {
     xChange([&] { paused = on; });
   }
+  /** Ends its /clock, or begins it again. */
+  void publishClock(bool on) {
+    xChange([&] { clock = on ? xPublishClock() : nullptr; });
+  }
   void setClock(std::int64_t seconds) {
     xChange([&] { time = seconds * kSecond; });
   }
@@ -57,13 +61,17 @@ class TickingRobot {
     changed.notify_all();
   }
 
+  std::unique_ptr<ros2::Publisher> xPublishClock() {
+    return node->publish("/clock", ros2::rosgraph_msgs::Clock::getType());
+  }
+
   void xTick() {
     std::unique_lock lock(mutex);
     while (!ended) {
       if (!paused) time += kStep;
       const Stamp now{static_cast<std::int32_t>(time / kSecond),
                       static_cast<std::uint32_t>(time % kSecond)};
-      clock->write(ros2::rosgraph_msgs::Clock{now});
+      if (clock) clock->write(ros2::rosgraph_msgs::Clock{now});
       for (const auto& [name, say] : says) say(now);
       changed.wait_for(lock, std::chrono::milliseconds(2), [this] { return ended; });
     }
@@ -71,8 +79,7 @@ class TickingRobot {
 
   ros2::Graph graph{aloneOn()};
   const std::unique_ptr<ros2::GraphNode> node = graph.createNode("somebody");
-  const std::unique_ptr<ros2::Publisher> clock =
-      node->publish("/clock", ros2::rosgraph_msgs::Clock::getType());
+  std::unique_ptr<ros2::Publisher> clock = xPublishClock();
   std::mutex mutex;
   std::condition_variable changed;
   std::map<std::string, Say> says;
