@@ -115,7 +115,8 @@ std::vector<CheckedSensor> checkAll(CheckTarget& target, const CheckOptions& opt
   if (options.sensors.empty()) {
     for (const auto& [name, family] : target.findUnbuilt()) {
       const std::string trouble = target.findTrouble(name, ko::Clock::time_point::min());
-      const std::string why = trouble.empty() ? "its description is incomplete" : trouble;
+      const std::string why =
+          trouble.empty() ? "its description is incomplete, or its name is taken" : trouble;
       checked.push_back({name, family, Verdict::notBuilt, why});
       if (const auto health = target.getManager().getHealth(name)) checked.back().health = *health;
     }

@@ -78,7 +78,7 @@ TEST_F(RealSensorManagerTest, groupsTheDescribedSensorsByFamily) {
        sensorElement("Shovel1", 17, kLaser, {"x", "y"}) +
        sensorElement("Hole1", 16, hole, {"x", "y"}) + sonarElement("Front") +
        sensorElement("Mute", 9) + sensorElement("Zone", 14, {}, {"z"}) + sensorElement("Other", 7) +
-       sensorElement("Future", 18));
+       sensorElement("Future", 99));
   EXPECT_EQ(sut->getAllSensorsByFamily(),
             (std::map<std::string, std::set<std::string>>{{"Asus", {"Camera1", "PeoplePerception"}},
                                                           {"BlindZone", {"Zone"}},
