@@ -3,12 +3,14 @@
 #include <cerrno>
 #include <exception>
 #include <iostream>
+#include <memory>
 #include <string>
 
 #include <CLI/CLI.hpp>
 
 #include "apps/commands/commands.h"
 #include "apps/entry.h"
+#include "apps/help_formatter.h"
 #include "apps/interrupt.h"
 #include "apps/output/notes.h"
 #include "apps/parse_errors.h"
@@ -85,6 +87,7 @@ int runProgram(int argc, const char* const* argv, const session::OpenOptions& ro
   CLI::App program(
       "Reads the sensors of a mobile robot: simulated, virtual, recorded, or on a ROS 2 graph.",
       "qvsensors");
+  program.formatter(std::make_shared<HelpFormatter>());
   program.set_version_flag("-V,--version", QV_VERSION, "Print the version and exit");
   program.require_subcommand(1);
   program.set_help_all_flag("--help-all", "Help of every command");

@@ -19,7 +19,7 @@ struct Memory {
   }
   float read(const std::string& key) {
     const std::lock_guard lock(mutex);
-    return values.at(key);  // What it throws for another key reaches the sensor as an error.
+    return values.at(key);  // at() throws for an unknown key; the sensor then has an error.
   }
 
   std::mutex mutex;
@@ -43,7 +43,7 @@ boost::shared_ptr<QVBroker> makeRobot(Memory& memory) {
   });
   const auto motion = boost::make_shared<QVModule>("QVMotion");
   motion->bindMethod("_getSensorTransformAtTime", [](const std::string&, ko::Clock::time_point) {
-    return Math::Transform::fromPosition({0.2f, 0.0f, 0.1f}).toVector();  // Both look ahead.
+    return Math::Transform::fromPosition({0.2f, 0.0f, 0.1f}).toVector();  // The sensors look ahead.
   });
   const auto broker = QVBroker::create();
   for (const auto& module : {model, keys, devices, motion}) broker->registerModule(module);

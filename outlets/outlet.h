@@ -33,7 +33,7 @@ class QV_API Outlet {
   Outlet(const Outlet&) = delete;
   Outlet& operator=(const Outlet&) = delete;
 
-  /** The sensors that are wanted now, and the subscriber's name for each. */
+  /** Tells which sensors it wants now, and under which subscribers' names. */
   virtual session::Demand getDemand() const { return {}; }
   /** True if somebody looks. If false, the caller may skip the snapshot. */
   virtual bool isWatched() const { return true; }
@@ -53,7 +53,7 @@ class QV_API OutletList : public Outlet {
 
   session::Demand getDemand() const override;
   bool isWatched() const override;
-  /** Shows it to those that are watched. */
+  /** Shows the snapshot to the watched outlets. */
   void show(const session::Snapshot& snapshot) override;
   void showLog(const std::vector<ko::log::Record>& lines) override;
   void finish() override;

@@ -16,7 +16,7 @@ namespace QV::session {
 namespace {
 
 constexpr ko::Duration kCycle{100'000'000};
-constexpr ko::Duration kStaleAfter{400'000'000};
+constexpr ko::Duration kLateAfter{400'000'000};
 constexpr int kCyclesStanding = 25;
 // The time is longer than people are remembered.
 constexpr int kCyclesTurned = 22;
@@ -72,10 +72,10 @@ void judge(const Observation& seen, const SensorNature& nature, const std::strin
     const std::string gap = seen.records == 0 ? "" : "for " + secondsOf(seen.longestGap * kCycle);
     return fail(Verdict::noRecord, joined(gap, joined(trouble, missing)));
   }
-  if (seen.worstAge > kStaleAfter) {
-    return fail(Verdict::stale, joined(secondsOf(seen.worstAge) + " old", trouble));
+  if (seen.worstAge > kLateAfter) {
+    return fail(Verdict::late, joined(secondsOf(seen.worstAge) + " old", trouble));
   }
-  if (seen.isStuck) return fail(Verdict::stale, "its points stay the same when the robot turns");
+  if (seen.isStuck) return fail(Verdict::frozen, "its points stay the same when the robot turns");
   if (!trouble.empty()) return fail(Verdict::badData, trouble);
   if (nature.alwaysHasPoints() && seen.points == 0) {
     return fail(Verdict::badData, "its records have no points");
@@ -134,8 +134,8 @@ std::vector<CheckedSensor> checkAll(CheckTarget& target, const CheckOptions& opt
 }  // namespace
 
 const char* getName(Verdict verdict) {
-  static const char* const names[] = {"works",    "no record",       "stale",
-                                      "bad data", "failed to start", "could not be built"};
+  static const char* const names[] = {
+      "works", "no record", "late", "frozen", "bad data", "failed to start", "could not be built"};
   return names[static_cast<int>(verdict)];
 }
 

@@ -15,7 +15,7 @@
 
 namespace QV::session {
 
-enum class Verdict { works, noRecord, stale, badData, failedToStart, notBuilt };
+enum class Verdict { works, noRecord, late, frozen, badData, failedToStart, notBuilt };
 
 /** "works", "no record", ... */
 QV_API const char* getName(Verdict verdict);
@@ -47,15 +47,16 @@ struct QV_API CheckOptions {
 
 /**
  * Checks each sensor in turn, by the rules of its kind: subscribes, watches its records for two and
- * a half seconds of ko::Clock, and unsubscribes. Records older than 0.4 s are stale. A thread that
- * owns simulated time advances it.
+ * a half seconds of ko::Clock, and unsubscribes. A sensor with a record older than 0.4 s is
+ * late. A thread that owns simulated time advances it.
  */
 QV_API std::vector<CheckedSensor> checkSensors(sensor::SensorManager& manager,
                                                const CheckOptions& options = {});
 
 /**
  * Checks a session's sensors likewise. Then turns the robot on the spot, watches each sensor for as
- * long again, and turns back: points that stay the same are stale, because the sensor is stuck.
+ * long again, and turns back: a sensor whose points stay the same is
+ * frozen.
  */
 QV_API std::vector<CheckedSensor> checkSensors(Session& session, const CheckOptions& options = {});
 

@@ -34,11 +34,14 @@ struct SessionParts;
 /**
  * Controls one robot: simulated, virtual, recorded or from a ROS 2 graph.
  *
- * Open one with the functions of open.h. All robots are driven, switched and read in the same way.
- * Time advances in run(), step(), keepPace() and seek(), and while hardware starts.
+ * Open one with the functions of open.h. All robots have this interface, but a recording can't be
+ * driven or moved, a robot on a graph can't be moved, only a virtual robot has faults and wanders,
+ * and a goal needs a map. Time advances in run(), step(), keepPace() and seek(), and while hardware
+ * starts.
  *
- * - Frames: poses and positions are in the map M. Records are as its manager gives them; getFrame()
- *   tells the frame in which they place their sensors.
+ * - Frames: poses and positions are in the map M; without a map, in the frame of the log, of tf or
+ *   of the odometry. Records are as its manager gives them; getFrame() tells the frame in which
+ *   they place their sensors.
  * - Units: metres, radians, m/s, rad/s; durations are nanoseconds.
  * - Lifetime: not copyable. The destructor stops the robot and all sensors. Only one session with
  *   simulated time may exist at a time.
@@ -98,7 +101,7 @@ class QV_API Session {
   void setDemand(const Demand& demand);
 
   /**
-   * Drives by hand, m/s and rad/s. The command holds for 0.5 s of real time, see keepPace().
+   * Drives by hand, m/s and rad/s. The command expires after 0.5 s of real time: see keepPace().
    */
   void drive(float forward, float turn);
   /**
@@ -114,13 +117,13 @@ class QV_API Session {
    * robot follows exactly. Other robots may lag; the path does not wait for them.
    */
   double follow(const std::vector<Math::Position2D>& path, double speed, double turnSpeed);
-  /** Drives about in free space. */
+  /** Drives about in free space. Only a virtual robot does; others stop. */
   void wander();
   void stop();
   /** Moves the robot to a pose in M at once. */
   void setPose(const Math::Pose2D& pose);
 
-  /** The sensors that can be made to fail; empty without a virtual robot. */
+  /** The sensors that can be made to fail, faulty now or not; empty without a virtual robot. */
   std::vector<std::string> getFaultySensors() const;
   /** The faults that a sensor can have; see VirtualRobot. UsageError without a virtual robot. */
   std::vector<robot::FaultKind> getPossibleFaults(const std::string& sensor) const;
@@ -131,7 +134,7 @@ class QV_API Session {
   void run(ko::Duration duration);
   /** The time that the session allows from a subscription to the first record of every sensor. */
   ko::Duration getSettlingTime() const;
-  /** Plays a recording's next step; false at the end. Runs any other session for 0.1 s. */
+  /** Recordings: plays the next step, false at the end. Other sessions: runs 0.1 s. */
   bool step();
   /** The played share of a recording, 0 to 1. */
   double getShareDone() const;

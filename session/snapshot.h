@@ -123,7 +123,7 @@ struct QV_API Snapshot {
   Math::Pose2D pose;
   Math::Pose2D velocity;
   std::optional<Math::Position2D> goal;
-  /** The remaining corners of the planned path, the next one first; empty without a goal. */
+  /** The remaining corners of the planned or timed path, the next one first; empty without one. */
   std::vector<Math::Position2D> route;
   /** The sensors, by family and name. */
   std::vector<SensorState> sensors;

@@ -33,7 +33,7 @@ std::string namesAFile(const std::string& path) {
 void addRobot(CLI::App& command, CommonOptions& options) {
   command
       .add_option("--kind", options.kind,
-                  "a robot with simulated sensors: -1 (a perfect laser), 0 (two sonars) or 1 "
+                  "a robot with simulated sensors: -1 (one laser all around), 0 (two sonars) or 1 "
                   "(bumpers, sonars, camera)")
       ->type_name("-1|0|1")
       ->capture_default_str();
@@ -90,7 +90,7 @@ void addSubscriptions(CLI::App& command, CommonOptions& options) {
 void addPose(CLI::App& command, CommonOptions& options) {
   command
       .add_option("--pose", options.pose,
-                  "robot pose x,y,theta in the map (m, rad; default: a free place)")
+                  "start pose x,y,theta in the map (m, m, rad; default: a free pose)")
       ->type_name("X,Y,THETA");
 }
 

@@ -30,13 +30,17 @@ auto naming(const char* option, const Action& action) {
   }
 }
 
-void expect(bool isSo, const char* expected) {
-  if (!isSo) throw session::UsageError(std::string(expected) + " expected");
+void expect(bool isSo, const char* expected, float given) {
+  if (isSo) return;
+  throw session::UsageError(std::string(expected) + " expected, " + session::shortest(given) +
+                            " given");
 }
 
 robot::WorldOptions worldOf(const CommonOptions& options) {
-  expect(options.noise >= 0.0f && std::isfinite(options.noise), "--noise: metres from 0 on");
-  expect(options.dropOuts >= 0.0f && options.dropOuts <= 1.0f, "--drop-outs: a share from 0 to 1");
+  expect(options.noise >= 0.0f && std::isfinite(options.noise), "--noise: metres from 0 on",
+         options.noise);
+  expect(options.dropOuts >= 0.0f && options.dropOuts <= 1.0f, "--drop-outs: a share from 0 to 1",
+         options.dropOuts);
   robot::WorldOptions world = options.robots.world;
   world.seed = options.seed;
   world.rangeNoise = options.noise;
@@ -119,7 +123,7 @@ void CommonOptions::notePose(const session::Session& session) const {
   const Math::Pose2D at = session.getPose();
   note("qvsensors: the robot starts at x,y,theta " + session::shortest(at.x) + "," +
        session::shortest(at.y) + "," + session::shortest(at.theta) +
-       " (m, rad), a free place; choose another with --pose");
+       " (m, m, rad), a free pose; choose another with --pose");
 }
 
 std::string CommonOptions::findRobot() const {

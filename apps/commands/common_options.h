@@ -34,7 +34,7 @@ struct CommonOptions {
   std::string format = "table";
 
   /**
-   * Opens the robot of the options, at `start`; else at --pose, else at a free place. Throws
+   * Opens the robot of the options, at `start`; else at --pose, else at a free pose. Throws
    * UsageError, and the errors of its files.
    */
   std::unique_ptr<session::Session> openSession(

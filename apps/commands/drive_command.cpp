@@ -192,9 +192,9 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
   CLI::App* command = program.add_subcommand(
       "drive", "Drive a path through the map and read the sensors on the way");
   command->footer(
-      "The exit status is 1 if the robot did not reach the end of the path, or a subscribed "
-      "sensor\n"
-      "gave no record.");
+      "With --kind the robot follows the path also through walls, with a warning; a virtual robot\n"
+      "stops at them. The exit status is 1 if the robot did not reach the end of the path, or a\n"
+      "subscribed sensor gave no record.");
   addWorld(*command, *options);
   command->add_option("--path", options->path, "positions \"x,y x,y ...\" in the map (m)")
       ->type_name("X,Y...")

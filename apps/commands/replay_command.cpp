@@ -188,7 +188,7 @@ CLI::Option* addTimes(CLI::App& command, ReplayOptions& options) {
   command.add_option("--from", options.from, "show only later steps (s from the start)");
   command.add_option("--to", options.to, "stop at this time (s from the start)");
   command.add_option(
-      "--speed", options.speed,
+      "--speed,--pace", options.speed,
       "speed: seconds of the session per second of real time (default: as fast as possible; 1 "
       "with --ros2)");
   return command.add_flag("--loop", options.loop, "repeat until Ctrl-C");

@@ -129,7 +129,7 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
       ->excludes(replay);
   options->graph.addTo(*command);
   command
-      ->add_option("--speed", options->speed,
+      ->add_option("--speed,--pace", options->speed,
                    "seconds of the session per second of real time, or max: as fast as possible")
       ->capture_default_str();
   addServer(*command, options->server);

@@ -17,6 +17,7 @@
 #include "apps/subscriber.h"
 #include "outlets/outlet.h"
 #include "platform/model/internal/number_text.h"
+#include "session/internal/number_text.h"
 #include "session/internal/seconds.h"
 #include "session/usage_error.h"
 
@@ -24,7 +25,7 @@ namespace QV::app {
 namespace {
 
 constexpr char kStreamFooter[] =
-    "Each record is written once, in a line of its own, as soon as it is there. Times are the\n"
+    "Writes each record once, in a line of its own, when it arrives. Times are the\n"
     "robot's, or with --from-ros2 the graph's. The stream ends with Ctrl-C or after --for; then\n"
     "the exit status is 1 if a subscribed sensor gave no record.";
 
@@ -47,9 +48,11 @@ std::optional<double> speedOf(const StreamOptions& options) {
 
 void checkRange(const StreamOptions& options) {
   if (!(options.rate > 0.0 && options.rate <= 1e6))
-    throw session::UsageError("--rate: a number above 0 and up to 1000000 expected");
+    throw session::UsageError(std::string("--rate: a number above 0 and up to 1000000 expected, ") +
+                              session::fixed(options.rate, 3) + " given");
   if (options.seconds && !(*options.seconds >= 0.0 && *options.seconds <= 1e9))
-    throw session::UsageError("--for: seconds from 0 to 1000000000 expected");
+    throw session::UsageError(std::string("--for: seconds from 0 to 1000000000 expected, ") +
+                              session::fixed(*options.seconds, 3) + " given");
 }
 
 /** Streams until an interruption or --for, and returns the last snapshot. */
@@ -107,7 +110,7 @@ void addStreamCommand(CLI::App& program, const session::OpenOptions& robots, int
   command->add_option("--rate", options->rate, "checks for new records per second of the session")
       ->capture_default_str();
   command
-      ->add_option("--speed", options->speed,
+      ->add_option("--speed,--pace", options->speed,
                    "seconds of the session per second of real time, or max: as fast as possible")
       ->capture_default_str();
   command->add_option("--for", options->seconds, "end after this session time (s)");

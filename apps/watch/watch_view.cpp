@@ -17,19 +17,21 @@ constexpr const char* kKeyHelps[] = {
     ("up/down: choose   s: subscribe/unsubscribe   e: enable/disable   d: diagnosis good/bad   "
      "q: quit"),
     "up/down: choose   s: subscribe   e: enable   d: diagnosis   q: quit",
-    "up/down s:subscribe e:enable d:diagnosis q:quit"};
+    "up/down s:subscribe e:enable d:diagnosis q:quit", "up/down s e d q:quit"};
 // Title, header, note and keys.
 constexpr int kOtherLines = 4;
 
-// Bytes of one letter stay together.
+bool beginsLetter(char byte) {
+  return (static_cast<unsigned char>(byte) & 0xc0) != 0x80;
+}
+
+// Bytes of one letter stay together; the last letter of a cut line is an ellipsis.
 std::string cropped(const std::string& text, int columns) {
+  if (std::ranges::count_if(text, beginsLetter) <= columns) return text;
   int letters = 0;
-  std::size_t end = 0;
-  for (; end < text.size(); ++end) {
-    const bool begins = (static_cast<unsigned char>(text[end]) & 0xc0) != 0x80;
-    if (begins && letters++ == columns) break;
-  }
-  return text.substr(0, end);
+  const auto cut = std::ranges::find_if(
+      text, [&](char byte) { return beginsLetter(byte) && letters++ == columns - 1; });
+  return std::string(text.begin(), cut) + (columns > 0 ? "\u2026" : "");
 }
 
 std::string yesOrNo(bool value) {
@@ -52,7 +54,7 @@ const char* keyHelpFor(int columns) {
   const char* const* const found = std::ranges::find_if(kKeyHelps, [columns](const char* help) {
     return std::strlen(help) <= static_cast<std::size_t>(columns);
   });
-  return found == std::end(kKeyHelps) ? kKeyHelps[2] : *found;
+  return found == std::end(kKeyHelps) ? *std::prev(found) : *found;
 }
 
 /** A screen in the making. */
@@ -101,6 +103,13 @@ outlets::Table watchTableOf(const WatchState& state) {
   return table;
 }
 
+// The table may cut the reason of the chosen sensor; here it has a line.
+std::string noteOf(const WatchState& state) {
+  if (state.chosen >= state.seen.sensors.size()) return state.note;
+  const std::string trouble = describeTrouble(state.seen.sensors[state.chosen]);
+  return state.note.empty() || trouble.empty() ? state.note + trouble : state.note + "; " + trouble;
+}
+
 }  // namespace
 
 std::string watchTable(const WatchState& state, std::size_t columns) {
@@ -122,7 +131,7 @@ std::string watchScreen(const WatchState& state, const ScreenSize& size) {
   for (std::size_t i = first; i < std::min(first + room, state.seen.sensors.size()); ++i) {
     screen.add(lines[i + 1], styleOf(state.seen.sensors[i], i == state.chosen));
   }
-  screen.add(state.note);
+  screen.add(noteOf(state));
   screen.add(keyHelpFor(size.columns));
   return screen.finish();
 }

@@ -42,7 +42,7 @@ class QV_API LiveServer {
   /** True if other machines reach it. */
   bool isOpen() const;
 
-  /** Adds an outlet, which gets a snapshot ten times a second. */
+  /** Adds an outlet: it gets a snapshot ten times a second. */
   void add(std::shared_ptr<Outlet> outlet);
 
   /** Subscribes as "live view", as long as the session lasts. Throws UsageError for an unknown
@@ -55,11 +55,11 @@ class QV_API LiveServer {
   /** The sensors that its clients and outlets want now. */
   session::Demand getDemand() const;
   /**
-   * Does the first part of runBriefly(): waits for up to 20 ms for what clients ask for, does it,
-   * and starts and stops sensors as demanded, which may take as long as hardware does.
+   * Does the first part of runBriefly(): waits up to 20 ms for clients' commands, executes them,
+   * and starts and stops sensors as `demand` says. That takes as long as the hardware does.
    */
   void obey(const session::Demand& demand);
-  /** Does the second part: lets time go by, and shows what is new. */
+  /** Does the second part: advances the session and sends the news. */
   void goOn();
 
  private:

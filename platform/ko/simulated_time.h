@@ -23,9 +23,8 @@ class SimulatedScheduler;
  *   before it stay with the real clock and threads. Calls that still wait at its end never run:
  *   their futures count as cancelled, their tasks as stopped.
  * - Threads: only the owner calls it. A sleep on the owner's thread advances the time and runs due
- *   calls, except calls that are running already: a callback that sleeps is never entered again.
- *   Sleeps on other threads end when the owner has advanced far enough, or when the scope ends.
- *   Callbacks may call all operations.
+ *   calls. A callback that sleeps is not entered again meanwhile. Sleeps on other threads end when
+ *   the owner has advanced far enough, or when the scope ends. Callbacks may call all operations.
  * - Errors: std::logic_error for a second one in the process, and for an operation on another
  *   thread.
  *
@@ -56,8 +55,8 @@ class QV_API SimulatedTime {
   /** Runs the calls that are due now, and those that they post. */
   void runDue();
 
-  /** Advances from one due call to the next until `reached` returns true, or else to `limit`
-   * from now. Returns the last result of `reached`. */
+  /** Advances call by call until `reached` returns true, at most for `limit`. Returns the last
+   * result of `reached`. */
   bool runUntil(const boost::function<bool()>& reached, Duration limit);
 
   /** Waits, in real time, until at least `count` other threads sleep in simulated time. */

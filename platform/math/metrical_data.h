@@ -18,8 +18,9 @@ namespace QV::Math {
  *   are in S. The transform places S in the robot's ground frame G; that of a simulated sensor, in
  *   the map M. All-rays simulated sensors are an exception: see SimulatedSensorManager.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Special values: no points means that there is nothing to report. A point at the maximum range
- *   or beyond is no echo, of a sonar for example. A record never changes, however old it gets.
+ * - Special values: no points means that there is nothing to report. A point at or beyond the
+ *   maximum range means that there was no echo (a sonar's, for example). A record never changes,
+ *   however old it gets.
  * - Lifetime, threads: a value, to copy and keep.
  * - Errors: none.
  *
@@ -30,7 +31,7 @@ namespace QV::Math {
  *         std::cout << point.x << " m ahead, " << point.y << " m to the left\n";
  */
 struct QV_API MetricalData {
-  /** The name by which one subscribes; of a touched part, the name of that part. */
+  /** The name to subscribe with; for a touch, the name of the touched part. */
   std::string sensorName;
   std::string familyName;
   SensorFieldOfView2D fieldOfView;
@@ -38,7 +39,8 @@ struct QV_API MetricalData {
   Transform sensorTransform;
   /** The points in S, metres; those of all-rays simulated sensors in G. */
   std::vector<Position3D> points;
-  /** The time of the measurement; of a sonar, a blind zone and a touch, that of the reading. */
+  /** The time of the measurement. For a sonar, a blind zone and a touch: the time at which the
+   * library read the driver's value. */
   ko::Clock::time_point timestamp;
 
   friend bool operator==(const MetricalData&, const MetricalData&) = default;

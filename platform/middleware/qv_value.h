@@ -86,6 +86,7 @@ class QV_API QVValue {
     return result;
   }
 
+  /** Returns the exact type. isInt() and its like compare with it: the int 1 is no float. */
   Type getType() const noexcept { return static_cast<Type>(data.index()); }
   bool isValid() const noexcept { return getType() != Type::invalid; }
   bool isBool() const noexcept { return getType() == Type::boolean; }
@@ -101,10 +102,13 @@ class QV_API QVValue {
   std::int64_t toInt() const;
   /** Converts as toInt() does; saturates at the limits of 32 bits. */
   std::int32_t toInt32() const { return clampTo<std::int32_t>(toInt()); }
+  /** Converts a number or a bool to a float. */
   float toFloat() const { return static_cast<float>(toDouble()); }
+  /** Converts a number or a bool; ints above 2^53 are rounded. */
   double toDouble() const;
   /** Returns the string. The references are valid until this value is assigned to or destroyed. */
   const std::string& toString() const;
+  /** Returns the elements, each of its own type. */
   const Array& toArray() const;
   /** Returns the buffer; never null. */
   const Binary& toBinary() const;

@@ -1,6 +1,7 @@
 #include "platform/model/description_faults.h"
 
 #include <map>
+#include <set>
 #include <string>
 #include <vector>
 
@@ -43,6 +44,21 @@ void checkRange(const SensorConfig& config, Faults& faults) {
                     "at most " + properties.getText("maximumDetectionDistance")});
 }
 
+// A name that is a family's, too, means the family to whoever subscribes.
+void checkName(const SensorConfig& config, const SensorKind& kind,
+               const std::set<std::string>& families, Faults& faults) {
+  if (kind.standsForAll || config.name == kind.family || !families.contains(config.name)) return;
+  faults.push_back({config.name, "its name is that of a family of the robot", "a name of its own"});
+}
+
+std::set<std::string> familiesOf(const Robot& robot, const SensorKinds& kinds) {
+  std::set<std::string> families;
+  for (const auto& [name, config] : robot.sensorConfigs) {
+    if (const SensorKind* kind = kinds.findType(config.type)) families.insert(kind->family);
+  }
+  return families;
+}
+
 std::string anyTypeOf(const SensorKinds& kinds) {
   std::string text;
   for (const SensorKind& kind : kinds.getAll()) {
@@ -64,7 +80,8 @@ void checkForeign(const Robot& robot, const SensorKinds& kinds, Faults& faults) 
     const std::string* nearest =
         family == families.end() ? detail::findNearest(sensor.type, names) : &family->second;
     if (!nearest && !sensor.hasOurParts) continue;
-    faults.push_back({sensor.name, "type is " + inQuotes(sensor.type),
+    faults.push_back({sensor.name,
+                      sensor.type.empty() ? "type is missing" : "type is " + inQuotes(sensor.type),
                       nearest ? inQuotes(*nearest) : anyTypeOf(kinds)});
   }
 }
@@ -79,14 +96,18 @@ std::string DescriptionFault::toText() const {
 std::vector<DescriptionFault> findDescriptionFaults(const Robot& robot, const SensorKinds& kinds) {
   Faults faults;
   detail::KeyOwners owners;
+  const std::set<std::string> families = familiesOf(robot, kinds);
   for (const auto& [name, config] : robot.sensorConfigs) {
     const SensorKind* kind = kinds.findType(config.type);
     if (!kind) {
       faults.push_back({name, "type is " + std::to_string(config.type), anyTypeOf(kinds)});
       continue;
     }
+    checkName(config, *kind, families, faults);
+    const std::size_t before = faults.size();
     detail::checkProperties(config, *kind, faults);
-    checkRange(config, faults);
+    // What is no number is above nothing.
+    if (faults.size() == before) checkRange(config, faults);
     checkKeyCount(config, kind->keys, faults);
     owners.check(config, *kind, faults);
   }

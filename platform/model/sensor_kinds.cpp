@@ -1,6 +1,7 @@
 #include "platform/model/sensor_kinds.h"
 
 #include <algorithm>
+#include <cctype>
 #include <numbers>
 #include <stdexcept>
 
@@ -27,7 +28,7 @@ PropertyRule needed(PropertyRule rule) {
 
 std::vector<PropertyRule> laserProperties(const std::vector<PropertyRule>& others) {
   std::vector<PropertyRule> rules =
-      rangeProperties({needed({"regIndex", Quantity::number, true, 0.0, 255.0}),
+      rangeProperties({needed({"regIndex", Quantity::number, true, 1.0, 255.0}),
                        needed({"setOperationMode", Quantity::actuator}),
                        needed({"getOperationMode", Quantity::memoryKey, true, 0.0, 0.0, true}),
                        needed({"timestamp", Quantity::memoryKey})});
@@ -113,10 +114,13 @@ void SensorKinds::add(const SensorKind& kind) {
                                 "\": a type of its own above 0 expected, " +
                                 std::to_string(kind.type) + " given");
   }
-  if (kind.name.empty() || kind.family.empty() || findName(kind.name)) {
-    throw std::invalid_argument("sensor kind " + std::to_string(kind.type) +
-                                ": a name of its own and a family expected, \"" + kind.name +
-                                "\" and \"" + kind.family + "\" given");
+  // A description may say a number instead.
+  const bool isWord = std::isalpha(static_cast<unsigned char>(kind.name.c_str()[0]));
+  if (!isWord || kind.family.empty() || findName(kind.name)) {
+    throw std::invalid_argument(
+        "sensor kind " + std::to_string(kind.type) +
+        ": a name of its own that begins with a letter and a family expected, \"" + kind.name +
+        "\" and \"" + kind.family + "\" given");
   }
   const auto place = std::find_if(kinds.begin(), kinds.end(), [&kind](const SensorKind& other) {
     return other.type > kind.type;

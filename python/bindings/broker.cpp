@@ -40,16 +40,17 @@ Holds the modules of a robot by name and carries calls to them. Thread-safe.)")
       .def("call", &callModule, "module"_a, "method"_a,
            R"(call(module: str, method: str, *arguments: Value) -> Value
 
-Runs a method of a module and returns its result. An unknown module or method, arguments of a wrong
-number or type, and an exception of the method: QVError. Ctrl-C ends only the waiting, not the call.)")
+Runs a method of a module and returns its result. Raises QVError for an unknown module or method,
+arguments of a wrong number or type, or an exception of the method. Ctrl-C ends only the waiting, not
+the call.)")
       .def("register_module", &registerModule, "module"_a,
            R"(register_module(module: ModuleBase) -> None
 
-Keeps the module and offers it under its name. A name in use: QVError.)")
+Keeps the module and offers it under its name. Raises QVError for a name in use.)")
       .def("unregister_module", &unregisterModule, "name"_a,
            R"(unregister_module(name: str) -> None
 
-Removes a module. Calls that run go on to their end. An unknown name: QVError.)")
+Removes a module. Calls that run go on to their end. Raises QVError for an unknown name.)")
       .def("has_module", &hasModule, "name"_a, "has_module(name: str) -> bool");
 }
 

@@ -56,9 +56,9 @@ Creates the sensors of a robot's description, by their types.)")
           "add", &add, "type"_a, "name"_a, "family"_a, "points"_a, "creator"_a,
           R"(add(type: int, name: str, family: str, points: PointMeaning, creator: Callable[[SensorOrder], Sensor | None]) -> None
 
-Adds a type: its number and name in descriptions, its family, the meaning of its points ("arc",
-"scan", "zone", "sighting" or "touch"), and its creator. The creator returns a sensor, or None to leave
-it out. A number or name in use: ValueError.)");
+Adds a type: its number and name in descriptions, its family, the meaning of its points ("arc", "scan",
+"zone", "sighting" or "touch"), and its creator. The creator returns a sensor, or None to leave it out.
+Raises ValueError for a number or name in use.)");
 }
 
 }  // namespace QV::python

@@ -65,7 +65,7 @@ void bindManagerHealth(ManagerClass& type) {
           R"(set_health_limit(rule: str) -> bool
 
 Changes a limit of a sensor or a family ("FrontLaser:age=0.5"), or of all ("age=0.5"), or switches it
-off ("Sonar:turn=off"). Returns False for an unknown name. A malformed rule: ValueError.)")
+off ("Sonar:turn=off"). Returns False for an unknown name. Raises ValueError for a malformed rule.)")
       .def(
           "watch_health",
           [](const ManagerHandle& handle, bool on) {

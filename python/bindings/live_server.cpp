@@ -101,8 +101,8 @@ WebSocket protocol. Use it on the session's thread. It ends with the session, if
           R"(__init__(session: Session, address: str = "127.0.0.1", port: int = 8765, origins: Sequence[str] = (), *, viewer_drive: bool = False) -> None
 
 Listens at an IP address and a port; port 0 takes any free one. `origins` are further web sites whose
-pages may connect. Pages may always drive, viewers only if `viewer_drive` is set. An address or port
-that can't be used: ValueError.)")
+pages may connect. Pages may always drive, viewers only if `viewer_drive` is set. Raises ValueError for
+an address or port that can't be used.)")
       .def("close", &ServerHandle::close, "close() -> None\n\nStops the server.")
       .def_property_readonly(
           "url", [](ServerHandle& self) { return self.use([](auto& s) { return s.getUrl(); }); },

@@ -29,7 +29,7 @@ Manages the sensors of a simulated robot, which cast rays into a map. Every read
            "kind"_a, "map"_a,
            R"(__init__(kind: int, map: OccupancyMap | None) -> None
 
-Creates the sensors of a kind: -1 (a perfect laser), 0 (two sonars) or 1 (bumpers, sonars, depth
+Creates the sensors of a kind: -1 (one laser all around), 0 (two sonars) or 1 (bumpers, sonars, depth
 camera). Any other kind has no sensors, which is logged. Without a map records have no points.)")
       .def(
           "set_pose_2d",

@@ -25,7 +25,7 @@ RuntimeError. Thread-safe.)");
            "sensors"_a,
            R"(__init__(sensors: Iterable[Sensor]) -> None
 
-Takes sensors of one's own. Each call for records reads them. Two of one name: ValueError.)")
+Takes sensors of one's own. Each call for records reads them. Raises ValueError for two with one name.)")
       .def("close", &ManagerHandle::close,
            "close() -> None\n\nEnds the manager; that of a session ends only with the session.");
   type.def_property_readonly("is_open", &ManagerHandle::isOpen, "bool: True until it is closed.")

@@ -65,8 +65,8 @@ It never changes; to change cells, make a new map from `cells.copy()`. Thread-sa
 
 Copies cells of shape (rows, columns). `resolution` is the side of a cell, metres. `origin` is the pose
 of the outer corner of cell (0, 0) in the map frame; row numbers grow along its y axis, column numbers
-along its x axis. Another shape, an occupancy outside 0 to 1, a resolution that is not positive or an
-origin that is not finite: ValueError.)")
+along its x axis. Raises ValueError for another shape, an occupancy outside 0 to 1, a resolution that is
+not positive or an origin that is not finite.)")
       .def_property_readonly(
           "cells", &cellsOf,
           "NDArray[np.float32]: The occupancies, shape (rows, columns), a read-only view.")
@@ -93,18 +93,18 @@ void bindMapFiles(py::module_& module) {
       R"(load_map(path: PathLike) -> OccupancyMap
 
 Reads a map_server map, which is a YAML file that names a PGM or PNG image, or one of the library's own
-maps by its name ("apartment"). A missing file: FileNotFoundError. An error in either file: ValueError,
-which names the file, the line and what was expected.)");
+maps by its name ("apartment"). Raises FileNotFoundError for a missing file. Raises ValueError for an
+error in either file; it names the file, the line and what was expected.)");
   module.def("save_map", &saveMap, py::arg("map").none(false), "path"_a,
              R"(save_map(map: OccupancyMap, path: PathLike) -> None
 
-Writes a map as a YAML file and a PGM image beside it. A file that can't be written: OSError.)");
+Writes a map as a YAML file and a PGM image beside it. Raises OSError for a file that can't be written.)");
   module.def(
       "find_robot", [](const std::string& name) { return session::findRobot(name); }, "name"_a,
       R"(find_robot(name: str) -> str
 
-Returns the path of a robot's description by its name ("porter"); returns a path as it is. An unknown
-name: ValueError, which lists the known ones.)");
+Returns the path of a robot's description by its name ("porter"); returns a path as it is. Raises
+ValueError for an unknown name; it lists the known ones.)");
 }
 
 }  // namespace

@@ -75,8 +75,8 @@ Python one at a time. An exception of a method reaches its caller as QVError.)")
            R"(bind_method(method: str, callable: Callable[..., Value]) -> None
 
 Offers a callable with 0 to 8 positional arguments under a name. Call it before the module is
-registered. Arguments and result are None, bool, int, float, str, bytes or lists of these. A name that
-is bound already, or a registered module: QVError.)");
+registered. Arguments and result are None, bool, int, float, str, bytes or lists of these. Raises
+QVError for a name that is bound already, or a registered module.)");
   py::class_<PythonModule, QVModule, boost::shared_ptr<PythonModule>>(module, "Module", R"(
 A module of one's own: derive from it, bind methods and register it at a broker.)")
       .def(py::init<const std::string&>(), "name"_a, "__init__(name: str) -> None");
@@ -91,15 +91,16 @@ more methods. Register it by ScopedModule: its sensors keep the broker, and the 
       .def(py::init(&hostRobot), py::arg("robot").none(false), "factory"_a = py::none(),
            R"(__init__(robot: Broker | SensorManager, factory: SensorFactory | None = None) -> None
 
-Hosts the sensors of the robot behind a broker, built by `factory`, or the sensors of a manager. A
-session's manager: ValueError.)")
+Hosts the sensors of the robot behind a broker, built by `factory`, or the sensors of a manager. Raises
+ValueError for a session's manager.)")
       .def(py::init(&hostManager), "robot"_a)
       .def_property_readonly("manager", &hostedManager,
                              "SensorManager: The manager of its sensors.");
   module.def("records_from_value", &recordsFromValue, "value"_a,
              R"(records_from_value(value: Value) -> list[Record]
 
-Converts the result of a NavigationModule's "getMetricalData" to records. Another form: QVError.)");
+Converts the result of a NavigationModule's "getMetricalData" to records. Raises QVError for another
+form.)");
 }
 
 }  // namespace

@@ -70,8 +70,8 @@ An output of a session: a file, a picture, or one of one's own.)")
             unlocked([&] { writing([&] { outlet.show(*view.snapshot); }); });
           },
           "snapshot"_a,
-          "show(snapshot: Snapshot) -> None\n\nShows the next snapshot. A file that can't be "
-          "written: OSError.")
+          "show(snapshot: Snapshot) -> None\n\nShows the next snapshot. Raises OSError if a "
+          "file can't be written.")
       .def(
           "finish", [](Outlet& outlet) { unlocked([&] { writing([&] { outlet.finish(); }); }); },
           "finish() -> None\n\nEnds the outlet and completes its files.");
@@ -98,8 +98,8 @@ void bindFileOutlets(py::module_& module) {
              return writing([&] { return std::make_shared<outlets::RecordFile>(file); });
            }),
            "path"_a,
-           "__init__(path: PathLike) -> None\n\nOpens the file. One that can't be written: "
-           "OSError.");
+           "__init__(path: PathLike) -> None\n\nOpens the file. Raises OSError if it can't "
+           "be written.");
   py::class_<outlets::SessionPicture, Outlet, std::shared_ptr<outlets::SessionPicture>>(
       module, "SessionPicture",
       "A PNG of a session: the robot's path over the map, and the sensors' last records.")
@@ -107,8 +107,8 @@ void bindFileOutlets(py::module_& module) {
              return std::make_shared<outlets::SessionPicture>(pathFrom(path));
            }),
            "path"_a,
-           "__init__(path: PathLike) -> None\n\nChecks the path: ValueError unless it is a PNG in "
-           "a writable folder. `finish` writes it.");
+           "__init__(path: PathLike) -> None\n\nChecks the path; `finish` writes the file. "
+           "Raises ValueError unless it is a PNG in a writable folder.");
 }
 
 }  // namespace

@@ -30,8 +30,8 @@ snapshot that it is shown the records. open_recording plays it. It ends with the
            R"(__init__(path: PathLike, session: Session, wants_all: bool = False) -> None
 
 Opens the file; make the recorder before the session runs. `wants_all` subscribes to all sensors; else
-it records only sensors that others have subscribed to. A file that can't be created: OSError. A write
-that fails later is logged once.)");
+it records only sensors that others have subscribed to. Raises OSError for a file that can't be created.
+A write that fails later is logged once.)");
   bindGuest(type);
   type.def_property_readonly(
       "has_failed",
@@ -126,8 +126,8 @@ void bindRecordings(py::module_& module) {
   module.def("recording_info", &recordingInfo, "path"_a,
              R"(recording_info(path: PathLike) -> RecordingInfo
 
-Reads a whole recording: MCAP, or rosbag2's SQLite file or folder. Returns its content and damage. A
-missing file: FileNotFoundError; one that is no recording: ValueError.)");
+Reads a whole recording: MCAP, or rosbag2's SQLite file or folder. Returns its content and damage.
+Raises FileNotFoundError for a missing file, ValueError for one that is no recording.)");
   module.def("recover_recording", &recoverRecording, "source"_a, "target"_a,
              R"(recover_recording(source: PathLike, target: PathLike) -> RecordingInfo
 

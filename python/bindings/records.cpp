@@ -88,7 +88,7 @@ void bindRecords(py::module_& module) {
 
 Makes a record for a sensor of one's own. Copies `points`, shape (N, 3), metres, in the sensor's frame,
 and `sensor_transform`, shape (3, 4), by default the identity. `timestamp` is in nanoseconds of clock(),
-by default now. Another shape: ValueError.)");
+by default now. Raises ValueError for another shape.)");
   module.attr("Record") = type;
 }
 

@@ -73,7 +73,7 @@ void bindBody(Class& type) {
             handle.ask([&](VirtualRobot& robot) { robot.setPose(pose); });
           },
           "Pose2D: The robot's pose in the map, as of its last step. Setting it does not change "
-          "the odometry; a pose that is not finite: ValueError.")
+          "the odometry. Raises ValueError for a pose that is not finite.")
       .def_property_readonly(
           "velocity", getter(&VirtualRobot::getVelocity),
           "Pose2D: The velocity in the ground frame: m/s forward and leftward, rad/s.")
@@ -96,7 +96,8 @@ void bindBody(Class& type) {
           "vx"_a, "vy"_a, "omega"_a,
           R"(set_velocity(vx: float, vy: float, omega: float) -> None
 
-Drives forward and leftward (m/s), turns left (rad/s), until another command; not finite: ValueError.)");
+Drives forward and leftward (m/s) and turns left (rad/s), until another command. Raises ValueError for a
+velocity that is not finite.)");
 }
 
 void bindFaults(Class& type) {
@@ -112,7 +113,7 @@ void bindFaults(Class& type) {
           R"(set_fault(sensor: str, kind: FaultKind, begin: int = 0, end: int | None = None) -> None
 
 Makes a sensor fail from `begin` to `end`, nanoseconds since the robot was made; `end` None: for good.
-A wrong name or kind: ValueError, which lists the right ones.)")
+Raises ValueError for a wrong name or kind; it lists the right ones.)")
       .def(
           "clear_fault",
           [](const RobotHandle& handle, const std::string& sensor) {
@@ -148,8 +149,8 @@ SimulatedTime. A `with` block closes it; later calls raise RuntimeError. Thread-
           "broker"_a = py::none(),
           R"(__init__(description: PathLike, map: OccupancyMap, world: WorldOptions | None = None, broker: Broker | None = None) -> None
 
-Reads a URDF file, or one of the library's own descriptions by its name ("porter"). A missing file:
-FileNotFoundError; a malformed description or an impossible world: ValueError.)")
+Reads a URDF file, or one of the library's own descriptions by its name ("porter"). Raises
+FileNotFoundError for a missing file, ValueError for a malformed description or an impossible world.)")
       .def("close", &RobotHandle::close, "close() -> None\n\nEnds the robot; its modules stay.");
   bindBlock(type);
   bindBody(type);

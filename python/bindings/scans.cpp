@@ -62,12 +62,12 @@ void bindSimulateScans(py::module_& module) {
 
 Casts a fan of rays from each of many poses. Returns the exact ranges in metres, shape (N, ray_count).
 
-`poses` has the shape (N, 3): x, y in metres and theta in radians, in the map frame; C-contiguous float32
-is read without a copy. Rays go from the right edge of the aperture to the left; a full turn starts at
--pi. They stop at cells above `occupied_above`. A ray that meets nothing, or whose pose is not finite,
-gives `max_range`. `threads` threads share the work, by default one for each processor; other Python
-threads go on meanwhile. Another shape, an invalid field of view or threads outside 1 to 256:
-ValueError.)");
+`poses` has the shape (N, 3): x, y in metres and theta in radians, in the map frame; C-contiguous
+float32 is read without a copy. Rays go from the right edge of the aperture to the left; a full turn
+starts at -pi. They stop at cells above `occupied_above`. A ray that meets nothing, or whose pose is not
+finite, gives `max_range`. `threads` threads share the work, by default one for each processor; other
+Python threads go on meanwhile. Raises ValueError for another shape, an invalid field of view or threads
+outside 1 to 256.)");
 }
 
 }  // namespace

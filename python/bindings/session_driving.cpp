@@ -49,12 +49,13 @@ void setSessionPose(SessionHandle& handle, const Math::Pose2D& pose) {
 
 void bindSessionDriving(SessionClass& type) {
   type.def("drive", &drive, "forward"_a, "turn"_a,
-           "drive(forward: float, turn: float) -> None\n\nDrives forward (m/s) and turns left\n"
-           "(rad/s) until another command; in a LiveServer for half a second.")
+           "drive(forward: float, turn: float) -> None\n\nDrives forward (m/s) and turns left "
+           "(rad/s), until another command. In a LiveServer a command lasts half a second.")
       .def("set_goal", &setGoal, "position"_a,
            R"(set_goal(position: PositionLike) -> None
 
-Plans a path to a position in the map. The robot follows it as the session runs. No path: ValueError.)")
+Plans a path to a position in the map. The robot follows it as the session runs. Raises ValueError if
+there is none.)")
       .def(
           "follow", &follow, "path"_a, "speed"_a = 0.5, "turn_speed"_a = 1.0,
           R"(follow(path: Sequence[PositionLike], speed: float = 0.5, turn_speed: float = 1.0) -> int

@@ -31,8 +31,8 @@ void bindSessionFaults(SessionClass& type) {
           "end"_a = py::none(),
           R"(set_fault(sensor: str, kind: FaultKind, begin: int = 0, end: int | None = None) -> None
 
-Makes a sensor of a virtual robot fail from `begin` to `end`, nanoseconds since the session was
-opened; `end` None: for good. A wrong name or kind: ValueError, which lists the right ones.)")
+Makes a sensor of a virtual robot fail from `begin` to `end`, nanoseconds since the session was opened;
+`end` None: for good. Raises ValueError for a wrong name or kind; it lists the right ones.)")
       .def("clear_fault", &clearSessionFault, "sensor"_a,
            "clear_fault(sensor: str) -> None\n\nEnds all faults of a sensor.")
       .def_property_readonly(

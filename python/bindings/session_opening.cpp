@@ -101,14 +101,14 @@ Robot and map are the library's own by name, or files (URDF, map_server) by path
 the map, by default a free one. `sensors` creates the sensors, `units` the units that measure for them.
 `somebody_ahead` places a person in front of the robot. Time is simulated and the session's own; only
 one such session can be open. With `simulated_time=False` the clock counts, or a SimulatedTime inside
-its block. A missing file: FileNotFoundError; a malformed one, an unknown name or an impossible world:
-ValueError.)");
+its block. Raises FileNotFoundError for a missing file, ValueError for a malformed one, an unknown name
+or an impossible world.)");
   module.def(
       "open_simulated", &openSimulated, "kind"_a, py::kw_only(), "map"_a = "apartment",
       "start"_a = py::none(), "simulated_time"_a = true,
       R"(open_simulated(kind: int, *, map: OccupancyMap | PathLike = "apartment", start: PoseLike | None = None, simulated_time: bool = True) -> Session
 
-Opens a robot with the simulated sensors of a kind, -1, 0 or 1. Another kind: ValueError.)");
+Opens a robot with the simulated sensors of a kind, -1, 0 or 1. Raises ValueError for another kind.)");
   module.def(
       "open_recording", &openRecording, "log"_a, "poses"_a = py::none(), py::kw_only(),
       "sensors"_a = py::none(),
@@ -118,7 +118,7 @@ Opens a recording at its first step; the content of `log` tells its format.
 
 A recording as MCAP, or as rosbag2's folder or SQLite file, opens as a SessionReplay; `sensors` creates
 its sensors. A log of a lidar (CARMEN) or of sonars takes its poses from `poses`, by default poses.txt
-beside it. A missing file: FileNotFoundError; a malformed one: ValueError, which says where.)");
+beside it. Raises FileNotFoundError for a missing file, ValueError for a malformed one; it says where.)");
 }
 
 }  // namespace QV::python

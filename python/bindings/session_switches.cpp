@@ -42,20 +42,20 @@ void bindSessionSwitches(SessionClass& type) {
            R"(subscribe(subscriber: str, names: Names = None) -> None
 
 Subscribes to sensors or families, by default all. Waits while hardware starts. If that needs simulated
-time, a call on another thread waits until the session runs. An unknown name: ValueError. `subscription`
-does the same for a `with` block. From any thread.)")
+time, a call on another thread waits until the session runs. Raises ValueError for an unknown name.
+`subscription` does the same for a `with` block. From any thread.)")
       .def("unsubscribe", &unsubscribeSession, "subscriber"_a, "names"_a = py::none(),
            "unsubscribe(subscriber: str, names: Names = None) -> None\n\n"
            "Ends subscriptions of this subscriber, by default all.")
       .def("enable", &enableSession, "name"_a, "on"_a,
            R"(enable(name: str, on: bool) -> None
 
-Enables or disables a sensor or a family. An unknown name: ValueError. From any thread.)")
+Enables or disables a sensor or a family. Raises ValueError for an unknown name. From any thread.)")
       .def("diagnose", &diagnoseSession, "sensor"_a, "success"_a,
            R"(diagnose(sensor: str, success: bool) -> None
 
-Sets a sensor's diagnosis: a bad one (False) stops it, a good one lets it start again. An unknown name:
-ValueError. From any thread.)")
+Sets a sensor's diagnosis: a bad one (False) stops it, a good one lets it start again. Raises ValueError
+for an unknown name. From any thread.)")
       .def("set_demand", &setSessionDemand, "demand"_a,
            R"(set_demand(demand: Mapping[str, Set[str]]) -> None
 

@@ -73,7 +73,8 @@ void bindPace(SessionClass& type) {
       .def("set_speed", &setSpeed, "speed"_a,
            R"(set_speed(speed: float) -> None
 
-Sets the speed of a LiveServer: simulated seconds per real second, above 0; else ValueError.)");
+Sets the speed of a LiveServer: simulated seconds per real second, above 0. Raises
+ValueError for another one.)");
 }
 
 /** Binds the operations of a recording. */
@@ -82,7 +83,7 @@ void bindPlaying(SessionClass& type) {
            R"(seek(since_start: int) -> None
 
 Goes to a time of a recording, nanoseconds from its start. Going back replays from the start; then all
-subscriptions except those of `set_demand` must be made again. No recording: ValueError.)")
+subscriptions except those of `set_demand` must be made again. Raises ValueError for other sessions.)")
       .def_property_readonly("length", told<&Session::getLength>(),
                              "int | None: The length of a recording, nanoseconds; else None.")
       .def_property_readonly("share_done", told<&Session::getShareDone>(),
@@ -95,8 +96,8 @@ void bindSessionTime(SessionClass& type) {
   type.def("run", &SessionHandle::run, "duration"_a,
            R"(run(duration: int) -> None
 
-Advances the session by `duration` nanoseconds, simulated or real; Ctrl-C ends it. Negative:
-ValueError.)")
+Advances the session by `duration` nanoseconds, simulated or real; Ctrl-C ends it. Raises ValueError for
+a negative one.)")
       .def("await_records", &awaitSession, "limit"_a, "names"_a = py::none(),
            R"(await_records(limit: int, names: Names = None) -> dict[str, str]
 
@@ -104,8 +105,8 @@ Runs until each sensor, by default all, has a fresh record or a reason for none,
 `limit` nanoseconds. Returns the sensors without a record, each with the reason.)")
       .def(
           "step", [](SessionHandle& self) { return self.use([](Session& s) { return s.step(); }); },
-          "step() -> bool\n\nPlays a recording's next step; False at the end.\n"
-          "Runs any other session for 0.1 s.")
+          "step() -> bool\n\nA recording: plays the next step, False at the end. Any "
+          "other session: runs for 0.1 s.")
       .def_property_readonly(
           "settling_time", told<&Session::getSettlingTime>(),
           "int: The time from a subscription to the first record of every sensor, "

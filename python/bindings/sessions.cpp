@@ -109,9 +109,11 @@ Poses and positions are in the map, metres and radians. `subscribe`, `unsubscrib
            R"(check(sensors: Names = None) -> list[Check]
 
 Checks each sensor in turn, by default all: watches it for two and a half seconds, and as long again
-after the robot has turned on the spot. Returns a result for each. An unknown name: ValueError.)")
+after the robot has turned on the spot. Returns a result for each. Raises ValueError for an unknown
+name.)")
       .def("subscription", &subscription, "subscriber"_a, "names"_a = py::none(), kSubscription)
-      .def("_repr_html_", &htmlOf, "_repr_html_() -> str\n\nIts picture, for notebooks.");
+      .def("_repr_html_", &htmlOf,
+           "_repr_html_() -> str\n\nReturns the session's picture as HTML, for notebooks.");
   bindBlock(type);
   bindDescription(type);
   bindSessionSwitches(type);

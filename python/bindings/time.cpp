@@ -80,7 +80,7 @@ runs in order, the same in every run. Make robots and managers inside the block.
            R"(advance(duration: int) -> None
 
 Advances time by `duration` nanoseconds and runs whatever is due. Call it inside the block, on the
-thread that made it; else RuntimeError. A negative duration: ValueError.)");
+thread that made it; else RuntimeError. Raises ValueError for a negative duration.)");
 
   module.def(
       "clock", [] { return ko::Clock::now(); },

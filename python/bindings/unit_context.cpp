@@ -39,29 +39,30 @@ The context of a virtual robot's units: its surroundings and its memory. Thread-
       .def("cast_ray", &castRay, "sensor"_a, "reach"_a,
            R"(cast_ray(sensor: str, reach: float) -> float
 
-Returns the range to the first obstacle along the x axis of a sensor, joint or link, metres; infinity
-if nothing is within `reach`, metres. An unknown name: ValueError.)")
+Returns the range to the first obstacle along the x axis of a sensor, joint or link, metres; infinity if
+nothing is within `reach`, metres. Raises ValueError for an unknown name.)")
       .def(
           "read",
           [](const UnitContext& context, const std::string& key) {
             return unlocked([&] { return context.read(key); });
           },
           "key"_a,
-          "read(key: str) -> Value\n\nReads a key of the robot's memory. An unknown key: QVError.")
+          "read(key: str) -> Value\n\nReads a key of the robot's memory. Raises QVError for an "
+          "unknown key.")
       .def(
           "write",
           [](const UnitContext& context, const std::string& key, const QVValue& value) {
             unlocked([&] { context.write(key, value); });
           },
           "key"_a, "value"_a,
-          "write(key: str, value: Value) -> None\n\nWrites a key of the robot's memory. A type "
-          "that the key can't take: QVError.")
+          "write(key: str, value: Value) -> None\n\nWrites a key of the robot's memory. Raises "
+          "QVError for a type that the key can't take.")
       .def(
           "withdraw",
           [](const UnitContext& context, const std::string& key) {
             unlocked([&] { context.withdraw(key); });
           },
-          "key"_a, "withdraw(key: str) -> None\n\nSets a key of the robot's memory to no number.");
+          "key"_a, "withdraw(key: str) -> None\n\nSets a key of the robot's memory to None.");
 }
 
 void bindHelpers(py::module_& module) {

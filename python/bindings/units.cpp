@@ -76,7 +76,7 @@ Creates the units that measure for the sensors of a virtual robot, by their type
           R"(add(type: int, creator: Callable[[UnitOrder], SensorUnit | None]) -> None
 
 Adds a type. The creator returns the unit of each sensor of that type, or None for a sensor without a
-unit. A known type: ValueError.)");
+unit. Raises ValueError for a known type.)");
 }
 
 }  // namespace QV::python

@@ -32,7 +32,7 @@ def graph_robot(
     Returns an outlet: add it to a LiveServer, or show it a snapshot ten times a second. It publishes
     these snapshots, and the drivers' measurements between them. While the session runs, the robot obeys
     /cmd_vel if `is_driven`, and /initialpose and /goal_pose if `knows_its_way`. The outlet ends with the
-    session. An invalid name: ValueError; a build without ROS 2: NotImplementedError.
+    session. Raises ValueError for an invalid name, NotImplementedError in a build without ROS 2.
     """
     options = (name, namespace, frame_prefix, dict(frames or {}), is_driven, knows_its_way)
     found: OutletBase = _built("_GraphRobot")(session, *options)
@@ -53,8 +53,8 @@ def open_heard_robot(
     Discovers topics for up to five seconds. `description` is URDF, by default that of /robot_description
     or one derived from the topics. `map` replaces /map. `use_sim_time` chooses /clock (True) or the wall
     clock (False), by default /clock if it is published. `sensors` creates the sensors; the description is
-    read by its types. No network, no topic of a sensor or a bad description: RuntimeError; a build
-    without ROS 2: NotImplementedError.
+    read by its types. Raises RuntimeError without a network or a topic of a sensor, or for a bad
+    description; NotImplementedError in a build without ROS 2.
     """
     options = (node, namespace, description, map, use_sim_time, sensors)
     found: Session = _built("_open_heard_robot")(*options)

@@ -35,8 +35,8 @@ def plot(
 ) -> Any:
     """Draws into matplotlib axes, by default new ones, and returns them. Metres, in the map.
 
-    `what` is a map, or a Session or Snapshot, of which its map, robot, people, hits and fields of view
-    are drawn. `pose` adds a robot of `radius`. `points` of shape (N, 2) or (N, 3) adds dots in the map.
+    `what` is a map, or a Session or Snapshot: then its map, robot, people, hits and fields of view are
+    drawn. `pose` adds a robot of `radius`. `points` of shape (N, 2) or (N, 3) adds dots in the map.
     `records` adds their points, placed by their transforms: in the map, or relative to `pose` if they
     are in the robot's ground frame. `fields_of_view` adds fields of view, each with its pose.
     """

@@ -13,7 +13,7 @@ class Subscription:
     """A subscription to a Session or a SensorManager for a `with` block.
 
     Inside the block `subscriber` is subscribed to `names`, sensors or families, by default all. The
-    block begins once their hardware has started. A robot that ends inside the block is no error.
+    block begins once their hardware has started. The robot may end inside the block.
     """
 
     def __init__(

@@ -148,7 +148,9 @@ def text_of_function(name: str, value: Any) -> str:
     if value.__module__ == "qv_sensor._core":
         signature, rest = split(value.__doc__)
     else:
-        signature = name + str(inspect.signature(value)).replace("'", "")
+        # Annotations are texts; defaults keep their quotes.
+        bare = re.sub(r"(: |-> )'([^']*)'", r"\1\2", str(inspect.signature(value)))
+        signature = name + bare.replace("'", '"')
         rest = inspect.cleandoc(value.__doc__)
     return f"## {name}\n\n```python\n{signature}\n```\n\n{rest}".strip()
 

@@ -34,10 +34,9 @@ class UnitFactory;
  * - Frames: M is the map; R the root link, whose pose in M is the robot's; G the ground frame,
  *   which is R here.
  * - Units: metres, radians, m/s, rad/s; durations are nanoseconds.
- * - Lifetime: not copyable; keeps the map alive. After the robot's end its modules stay registered,
- *   so that their users may end later. The world then stands still. Sonars and the camera still
- *   measure it, and a laser scans once each time that it is switched on. Bumpers, blind zones and
- *   people give nothing.
+ * - Lifetime: not copyable; keeps the map alive. After the robot's end its modules stay registered
+ *   and the world stands still. Sonars and the camera still measure it, a laser scans once each
+ *   time that it is switched on, and bumpers, blind zones and people give nothing.
  * - Threads: thread-safe.
  * - Errors: std::invalid_argument for an unknown name, and a number out of range or not finite.
  *
@@ -100,7 +99,7 @@ class QV_API VirtualRobot {
   std::vector<Math::Position2D> getPeople() const;
 
   /**
-   * Makes a sensor fail from `from` to `to`, counted since this robot was made. A name is one of
+   * Makes a sensor fail from `from` to `to`, counted from the robot's creation. A name is one of
    * getFaultySensors(). If faults of a sensor overlap, the last one set is active. Throws
    * std::invalid_argument for a kind that the sensor cannot have; the text names the possible ones.
    */
@@ -116,7 +115,8 @@ class QV_API VirtualRobot {
   /** The fault that a sensor has now; nothing if it has none. */
   std::optional<FaultKind> findFault(const std::string& sensor) const;
 
-  /** The sensors that can have a fault, now or not. With a depth camera "PeoplePerception", too. */
+  /** The sensors that can be made to fail, faulty now or not. With a depth camera also
+   * "PeoplePerception". */
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
 

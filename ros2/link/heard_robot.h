@@ -44,9 +44,14 @@ struct QV_API HeardRobotOptions {
 
 /**
  * Reads a robot of a ROS 2 graph: its messages fill the memory and modules behind a broker, where
- * sensors read them. A topic is subscribed to while its sensor is started. Malformed messages are
- * refused and logged. The constructor takes up to 5 s, to discover topics. With /clock the caller
- * must own and advance a ko::SimulatedTime. Thread-safe.
+ * sensors read them. A topic is subscribed to while its sensor is started.
+ *
+ * - Frames: those of the graph's tf; records as those of RealSensorManager.
+ * - Units: those of the messages: metres, radians, m/s, rad/s.
+ * - Lifetime: not copyable. The constructor takes up to 5 s, to discover topics. With /clock the
+ *   caller must own and advance a ko::SimulatedTime.
+ * - Threads: thread-safe.
+ * - Errors: malformed messages are refused and logged.
  */
 class QV_API HeardRobot {
  public:
@@ -67,8 +72,8 @@ class QV_API HeardRobot {
   void drive(const Math::Pose2D& velocity);
 
   /**
-   * Subscribes only to topics of sensors that `manager` has started. With null, the default, it
-   * subscribes to all topics. Set null before the manager is destroyed.
+   * Follows `manager`: subscribes only to topics of sensors that it has started. Without a manager
+   * (null, the default) all topics are subscribed. Set null before the manager is destroyed.
    */
   void obey(const sensor::SensorManager* manager);
 

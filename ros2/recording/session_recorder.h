@@ -20,8 +20,11 @@ struct RecorderOptions {
 /**
  * Records a session as MCAP with ROS 2 messages: the drivers' measurements, the commands, and at
  * each snapshot the records. See docs/recordings.md for the topics. Recorded time is session time +
- * 1 s, so it is never 0. A failed write is logged once; the session goes on without a recording.
- * Construct it before the session runs; the session must outlive it.
+ * 1 s, so it is never 0.
+ *
+ * - Lifetime: construct it before the session runs; the session must outlive it.
+ * - Threads: for the session's thread.
+ * - Errors: a failed write is logged once; the session goes on without a recording.
  */
 class QV_API SessionRecorder : public outlets::Outlet {
  public:

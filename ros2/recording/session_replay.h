@@ -31,11 +31,16 @@ struct QV_API RecordDifference {
  * SessionRecorder: its inputs go into a robot's modules again and the library makes the records
  * anew. A recording of another robot (MCAP, or rosbag2's folder or SQLite file): its LaserScan,
  * Range, depth Image, PointCloud2, odometry and tf go to sensors that are derived from the topics.
- * After construction it is before the first step. Not copyable.
+ * After construction it is before the first step.
+ *
+ * - Frames, units: those of the records; times count from the recording's start.
+ * - Lifetime: not copyable; it owns its session.
+ * - Threads: for the thread that made it.
  */
 class QV_API SessionReplay {
  public:
-  /** The first step of opening: reads what may take seconds, on any thread. Throws as below. */
+  /** The first step of opening: reads what may take seconds, on any thread. Throws as the
+   * constructor from a path does. */
   class QV_API Preparation {
    public:
     explicit Preparation(const std::string& path,
@@ -49,8 +54,8 @@ class QV_API SessionReplay {
     bool isOwnSession;
     std::function<std::unique_ptr<session::Session>()> open;
   };
-  /** The second step, on the session's thread: quick. Uses the preparation up; a second use of it
-   * throws std::bad_function_call. */
+  /** The second step, on the session's thread: quick. Consumes the preparation; reusing it throws
+   * std::bad_function_call. */
   explicit SessionReplay(Preparation&& preparation);
   /**
    * Opens a recording. Throws std::runtime_error with the file and the expectation if it can't be

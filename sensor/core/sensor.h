@@ -95,9 +95,13 @@ class QV_API Sensor {
   /** The names of the subscribers. Waits for hardware that starts or stops. */
   std::set<std::string> getSubscribers() const;
 
-  /** The last error of the sensor, with its time: the last warning or error about it, or the last
-   * exception of its hardware. If there was none: the last problem that was not logged, at level
-   * info. A repair does not clear it. Never waits for hardware. */
+  /**
+   * The last error of the sensor, with its time. A repair does not clear it. Never waits for
+   * hardware. It is the last of these:
+   * - a warning or error that was logged about the sensor;
+   * - an exception of its hardware;
+   * - if there was neither: a problem that was only kept, at level info.
+   */
   std::optional<ko::log::Record> getLastTrouble() const;
 
   /** Writes a warning or an error about the sensor to the log and keeps it as the last error, even
@@ -109,8 +113,8 @@ class QV_API Sensor {
   void keepTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                    const std::string& message) const;
 
-  /** This and the next two never wait. The interface spells isDiagnosisSucess so; the manager's
-   * function is isSensorDiagnosisSuccess. */
+  /** These three never wait. The interface spells isDiagnosisSucess with one c; the manager's
+   * isSensorDiagnosisSuccess has two. */
   bool isEnabled() const { return enabled; }
   bool isDiagnosisSucess() const { return diagnosisSuccess; }
   bool isStarted() const { return started; }

@@ -24,7 +24,6 @@ std::mutex& troubleMutex() {
 bool Sensor::xCallHardware(HardwareCall which) {
   callSince = ko::Clock::now().time_since_epoch().count();
   call = which;
-  if (which == HardwareCall::starting) hasThrown = false;
   if (SensorWatch* const notes = watch) notes->alarm();
   try {
     const bool success = xTryHardware(which);

@@ -24,9 +24,10 @@ enum class HealthState {
   noisy,
   /** The records are too old. */
   late,
-  /** No records come, without a good reason. */
+  /** No records come, without a good reason; or a reading or a start hangs. */
   silent,
-  /** The hardware does not start, stop or answer, or the diagnosis is bad. */
+  /** A reading throws, the hardware did not start or stop, the diagnosis is bad, or the sensor
+   * could not be built. */
   failing
 };
 constexpr std::size_t kHealthStateCount = 9;
@@ -51,7 +52,7 @@ struct QV_API SensorHealth {
   ko::Clock::time_point since;
   /** The reason, a sentence with figures: "its record is 0.62 s old, limit 0.40 s". */
   std::string reason = {};
-  /** The way back to a sound sensor; empty if none is needed. */
+  /** What brings the sensor back to sound; empty if nothing is needed. */
   std::string remedy = {};
   /** The number of times that the sensor entered this state, including this one. */
   int times = 0;

@@ -75,25 +75,25 @@ class QV_API SensorManager {
   /** Returns the records of xGetData(), shared. A manager with a cache shares the
    * cache itself, by xShareCache(). */
   virtual boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const;
-  /** Receives whether any sensor is started: after each subscribing or unsubscribing, and from
-   * lookAgain(). */
+  /** Called after each subscribing or unsubscribing and from lookAgain(), with true if any sensor
+   * is started. */
   virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
 
  public:
   /**
-   * Subscribes to every family, to one name, or to several. True if the subscription was new to a
-   * sensor. Waits while hardware starts for its first subscriber.
+   * Subscribes to every family, to one name, or to several. True if at least one sensor gained
+   * the subscriber. Waits while hardware starts for its first subscriber.
    *
-   * Several names are taken in alphabetical order. An unknown name sets the result to false, and a
-   * later one that is new sets it back to true: check names with isSensor() and isFamily() if it
-   * matters.
+   * Several names are handled in alphabetical order. An unknown name sets the result to false; a
+   * later new subscription sets it to true again. Check names with isSensor() and isFamily() if
+   * it matters.
    */
   bool subscribe(const std::string& subscriber);
   bool subscribe(const std::string& subscriber, const std::string& name);
   bool subscribe(const std::string& subscriber, const std::set<std::string>& names);
   bool subscribe(const std::string& subscriber, std::initializer_list<std::string> names);
 
-  /** Unsubscribes likewise; true if a sensor lost this subscriber. */
+  /** Unsubscribes likewise; true if at least one sensor lost the subscriber. */
   bool unsubscribe(const std::string& subscriber);
   bool unsubscribe(const std::string& subscriber, const std::string& name);
   bool unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
@@ -117,7 +117,7 @@ class QV_API SensorManager {
   std::set<std::string> getSensorsByFamily(const std::string& family) const;
   std::set<std::string> getSensorListBySubscriber(const std::string& subscriber) const;
   std::set<std::string> getSubscribers() const;
-  /** The sensors that are enabled and of good diagnosis, started or not. */
+  /** The sensors that are enabled and have a good diagnosis, started or not. */
   std::set<std::string> getEnabledSensorList() const;
 
   /** True if the sensor's hardware runs. This and the next three return false for an unknown
@@ -134,7 +134,7 @@ class QV_API SensorManager {
 
   /**
    * Copies the latest records of all started sensors, in the order of their names. With names: of
-   * these families and sensors, name by name. A sensor under two of the names comes twice.
+   * these families and sensors, name by name. A sensor that two names select is returned twice.
    *
    * The real manager returns the records of its last refresh, as a rule at most 0.1 s ago. The
    * simulated one measures anew at each call; two threads that read at the same time may get the
@@ -181,7 +181,7 @@ class QV_API SensorManager {
   float getKindParameter() const { return kindParameter; }
 
  protected:
-  /** These five expect a known name; another name is logged as an error. */
+  /** The next five need a known name; they log an error for any other. */
   bool xSubscribeToFamily(const std::string& subscriber, const std::string& family);
   bool xSubscribeToSensor(const std::string& subscriber, const std::string& sensorName);
   bool xUnsubscribeFromFamily(const std::string& subscriber, const std::string& family);
@@ -227,7 +227,7 @@ class QV_API SensorManager {
   /** Notes how gathering a sensor's records went; true if it went otherwise the last time. */
   bool xChangesGathering(const std::string& sensorName, bool success) const;
 
-  /** The cache. Its records never change, so that the lock is held for a pointer only. */
+  /** The cache. Its records are immutable: the lock guards only the pointer. */
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
   /** Null until somebody asks; owned. */
   mutable std::atomic<HealthBoard*> health{nullptr};

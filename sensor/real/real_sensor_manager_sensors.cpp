@@ -74,6 +74,7 @@ void RealSensorManager::xCreate(const SensorOrder& order) {
       const std::string name = sensor->getName();
       if (xIsSensor(name) && !isOurs(order.kind)) {
         failed("a name of its own expected, another sensor is called \"" + name + "\"");
+        continue;
       }
       xAddSensor(sensor);
       // A second one that stands for all is not kept.

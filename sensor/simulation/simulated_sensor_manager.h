@@ -11,12 +11,11 @@
 namespace QV::sensor {
 
 /**
- * The sensors of a robot of some kind, simulated by rays into an occupancy map.
+ * The sensors of a robot, simulated by rays into an occupancy map.
  *
- * A kind is a number that stands for a sort of robot and so for its sensors: -1 a perfect laser, 0
- * two sonars, 1 three bumpers, two sonars and a depth camera; any other has none. Tell where the
- * robot is by setPose2D(), then read: every read measures anew. Nothing moves by itself, and no
- * time passes.
+ * The kind selects the sensors: -1 one laser all around, 0 two sonars, 1 three bumpers, two sonars
+ * and a depth camera; any other kind has none. Tell where the robot is by setPose2D(), then read:
+ * every read measures anew. Nothing moves by itself, and no time passes.
  *
  * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. A record's transform
  *   places S in M, by `referencePose` and the sensor's mounting. All-rays sensors, which are the
@@ -28,8 +27,8 @@ namespace QV::sensor {
  *   of others, a record without points means that nothing is in range.
  * - Lifetime: the map must outlive the manager; it is only read, though the pointer is not const.
  *   Without a map, records have no points.
- * - Threads: thread-safe. Each sensor takes the two poses whole, one sensor after the other. Of two
- *   callers at once, one may get what the other has just measured.
+ * - Threads: thread-safe. Each sensor takes the two poses whole, one sensor after the other. If
+ *   two callers read at once, one may get what the other has just measured.
  * - Errors: none; an unknown name is logged.
  *
  * A robot that faces a wall:

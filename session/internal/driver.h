@@ -26,7 +26,7 @@ class Driver {
   void drive(float forward, float turn);
   /** Forward, leftward and turning, for so much of ko::Clock's time; forgets the goal. */
   void drive(const Math::Pose2D& velocity, ko::Duration hold);
-  /** UsageError, and nothing changes, for a place that no way leads to. */
+  /** Throws UsageError, and changes nothing, for a position that no path leads to. */
   void setGoal(const Math::Position2D& position);
   /** Takes the path that was found for askForRoute(): empty if there is none. */
   void setGoal(const Math::Position2D& position, const std::vector<Math::Position2D>& route);
@@ -47,7 +47,7 @@ class Driver {
   std::uint64_t getOrderCount() const { return orders; }
 
   const std::optional<Math::Position2D>& getGoal() const { return goal; }
-  /** The corners that are left of the way to a goal or of a path, the next place first. */
+  /** The corners that are left of the planned or timed path, the next one first. */
   std::vector<Math::Position2D> getRoute() const;
 
   /** Counts `machine` time off a hand's hold, simulated or not. */
@@ -69,8 +69,8 @@ class Driver {
   std::optional<TimedPath> path;
   std::optional<TimedPath> timedPath;
   ko::Clock::time_point timedStart;
-  /** The way done on the path: where the robot is to be; and for how long it has not kept up
-   * with it. */
+  /** The seconds of the path that are done, which say where the robot is to be; and for how long
+   * it has not kept up. */
   double done = 0.0;
   double waited = 0.0;
 };

@@ -8,8 +8,8 @@ namespace QV::session {
 class Session;
 
 /**
- * Goes to a place of a recording in parts, so that a viewer can show the way and choose another
- * place. Use it on the session's thread. The session must outlive it.
+ * Goes to a time of a recording in parts, so that a viewer can show the progress and choose another
+ * time. Use it on the session's thread. The session must outlive it.
  */
 class QV_API GradualSeek {
  public:

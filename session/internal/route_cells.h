@@ -14,8 +14,8 @@
 namespace QV::session {
 
 /**
- * The cells of a map as a search for a way sees them, in tiles made when they are first asked for:
- * what a search costs goes by what it looks at, not by the map.
+ * The cells of a map as a search for a path sees them, in tiles made when they are first asked for:
+ * a search costs as much as the cells that it looks at, whatever the size of the map.
  */
 class QV_API RouteCells {
  public:
@@ -24,9 +24,9 @@ class QV_API RouteCells {
   struct Cell {
     /** Metres to the nearest cell that is not free, as roomIn tells. */
     float room = 0.0f;
-    /** The length of the way to it, in cells. */
+    /** The length of the path to it, in cells. */
     float cost = INFINITY;
-    /** The last step of that way, of the nine to the neighbours and the cell itself. */
+    /** The last step of that path, of the nine to the neighbours and the cell itself. */
     uchar step = kNoStep;
   };
 

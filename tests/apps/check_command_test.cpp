@@ -41,10 +41,10 @@ void expectFindings(std::vector<std::string> arguments, const Findings& expected
 const std::string kNoMode = "Timeout while setting operation Mode for FrontLaser";
 const std::string kSame = "its points stay the same when the robot turns";
 const std::string kNoImage = "Error while getting new 3D image";
-const Findings kOldScans{{"DepthCamera", {"stale", " s old"}},
-                         {"FrontLaser", {"stale", " s old"}},
-                         {"HoleLaser", {"stale", " s old"}},
-                         {"PeoplePerception", {"stale", " s old"}}};
+const Findings kOldScans{{"DepthCamera", {"late", " s old"}},
+                         {"FrontLaser", {"late", " s old"}},
+                         {"HoleLaser", {"late", " s old"}},
+                         {"PeoplePerception", {"late", " s old"}}};
 
 struct Case {
   std::string fault;
@@ -74,10 +74,10 @@ INSTANTIATE_TEST_SUITE_P(
                           {"FrontLaser", {"failed to start", kNoMode}},
                           {"HoleLaser", {"failed to start", "Timeout"}}}},
                     Case{"stuck",
-                         {{"BackSonar", {"stale", kSame}},
-                          {"DepthCamera", {"stale", kSame}},
-                          {"FrontLaser", {"stale", kSame}},
-                          {"PeoplePerception", {"stale", kSame}}}},
+                         {{"BackSonar", {"frozen", kSame}},
+                          {"DepthCamera", {"frozen", kSame}},
+                          {"FrontLaser", {"frozen", kSame}},
+                          {"PeoplePerception", {"frozen", kSame}}}},
                     Case{"garbage",
                          {{"BackSonar", {"bad data", "a point at "}},
                           {"BlindZone", {"noisy", "its answer changed "}},
@@ -89,10 +89,10 @@ INSTANTIATE_TEST_SUITE_P(
                     Case{"intermittent",
                          {{"BackSonar", {"no record", "for 0.50 s"}},
                           {"BlindZone", {"no record", "for 0.50 s"}},
-                          {"DepthCamera", {"stale", kNoImage}},
-                          {"FrontLaser", {"stale", " s old"}},
-                          {"HoleLaser", {"stale", " s old"}},
-                          {"PeoplePerception", {"stale", " s old"}}}}),
+                          {"DepthCamera", {"late", kNoImage}},
+                          {"FrontLaser", {"late", " s old"}},
+                          {"HoleLaser", {"late", " s old"}},
+                          {"PeoplePerception", {"late", " s old"}}}}),
     [](const auto& tested) {
       return tested.param.fault.substr(0, tested.param.fault.find('@')) +
              std::to_string(tested.index);

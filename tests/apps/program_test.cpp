@@ -8,6 +8,7 @@
 
 #include <opencv2/imgcodecs.hpp>
 
+#include "apps/help_formatter.h"
 #include "session/shared_files.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/temporary_folder.h"
@@ -291,6 +292,16 @@ TEST_F(ProgramTest, everyCommandHasHelp) {
   EXPECT_EQ(run({"help", "map", "info"}).out, run({"map", "info", "--help"}).out);
   EXPECT_THAT(run({"help"}).out, HasSubstr("stream"));
   EXPECT_EQ(run({"-V"}).out, run({"--version"}).out);
+}
+
+TEST_F(ProgramTest, helpFoldsAtWordsUnderItsText) {
+  EXPECT_EQ(foldLines("  --name TEXT" + std::string(17, ' ') +
+                          "one two three\n- four five six seven "
+                          "eight nine ten eleven\nUsage: a b\n",
+                      40),
+            "  --name TEXT" + std::string(17, ' ') + "one two\n" + std::string(30, ' ') +
+                "three\n- four five six seven eight nine ten\n  eleven\nUsage: a b\n");
+  EXPECT_EQ(foldLines(std::string(99, 'x') + "\n", 40), std::string(99, 'x') + "\n");
 }
 
 TEST_F(ProgramTest, plotWritesAPictureHoweverFarFromTheMap) {

@@ -1,5 +1,6 @@
 #include "apps/watch/watch_view.h"
 
+#include <algorithm>
 #include <sstream>
 #include <vector>
 
@@ -40,6 +41,10 @@ std::vector<std::string> linesOf(const std::string& screen) {
   return lines;
 }
 
+long countLetters(const std::string& text) {
+  return std::ranges::count_if(text, [](char byte) { return (byte & 0xc0) != 0x80; });
+}
+
 TEST(WatchView, aTableShowsEverySensor) {
   EXPECT_EQ(watchTable(exampleState()),
             "sensor  family  enabled  diagnosis  started  subscribers  points  nearest m  age s  "
@@ -54,7 +59,7 @@ TEST(WatchView, aScreenShowsTheChosenSensorTheNoteAndTheKeys) {
   EXPECT_THAT(linesOf(watchScreen(exampleState(), {200, 24})),
               ElementsAre("\x1b[1mRobot at 1.00, 2.00 m, 0.50 rad", StartsWith("\x1b[1msensor  "),
                           StartsWith("\x1b[31mLaser  "), StartsWith("\x1b[31;7mSonar  "),
-                          "\x1b[0mSonar: disabled", HasSubstr("q: quit")));
+                          "\x1b[0mSonar: disabled; its record is old", HasSubstr("q: quit")));
 }
 
 TEST(WatchView, aScreenIsNeverLargerThanItsTerminal) {
@@ -64,7 +69,7 @@ TEST(WatchView, aScreenIsNeverLargerThanItsTerminal) {
       const auto lines = linesOf(watchScreen(state, {columns, rows}));
       EXPECT_LE(lines.size(), static_cast<std::size_t>(rows));
       for (const auto& line : lines)
-        EXPECT_LE(line.size() - line.find('m') - 1, static_cast<std::size_t>(columns));
+        EXPECT_LE(countLetters(line.substr(line.find('m') + 1)), columns);
     }
   }
   const std::string low = watchScreen(state, {200, 5});
@@ -84,6 +89,9 @@ TEST(WatchView, an80ColumnScreenShowsNearestReasonAndKeys) {
   EXPECT_THAT(lines[3], HasSubstr("its record is old"));
   EXPECT_THAT(lines[4], StartsWith("\x1b[0mPeoplePerception  "));
   EXPECT_THAT(lines[6], testing::EndsWith("q: quit"));
+  const auto narrow = linesOf(watchScreen(state, {40, 24}));
+  EXPECT_THAT(narrow[3], testing::EndsWith("\u2026"));
+  EXPECT_THAT(narrow[6], testing::EndsWith("q:quit"));
 }
 
 TEST(WatchView, a60ColumnTableIsContinuedBelow) {

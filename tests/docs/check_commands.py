@@ -56,7 +56,6 @@ class Page:
         folder.mkdir(parents=True)
         for path in (ROOT / "maps").iterdir():
             shutil.copy(path, folder)
-        shutil.copy(ROOT / "maps/apartment.yaml", folder / "my_map.yaml")
         shutil.copy(ROOT / "examples/own_robot.urdf", folder)
 
     def check(self, blocks):

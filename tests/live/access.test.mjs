@@ -138,3 +138,16 @@ test('words have explanations, and the first steps are ticked when done', async 
   await live.page.getByRole('button', { name: 'First steps' }).click();
   await live.page.getByText('Hover over a word').waitFor();
 });
+
+test('on a touch screen a tap on a word explains it, and only a tap on the switch switches', async () => {
+  const touch = await LivePage.open(browser, program.url, { hasTouch: true, viewport: { width: 400, height: 860 } });
+  const tip = touch.page.getByRole('tooltip');
+  for (const [word, text] of [['Subscribe', /^Subscribes this page/], ['Enable', /^A disabled sensor/], ['Diagnosis', /^The verdict/]]) {
+    await touch.row('FrontLaser').locator('.switch-label').getByText(word).tap();
+    await tip.getByText(text).waitFor();
+  }
+  await touch.switchOf('FrontLaser', 'Subscribe').tap();
+  const { enabled, diagnosis } = await touch.untilSensor('FrontLaser', ({ started }) => started);
+  assert.deepEqual([enabled, diagnosis], [true, true]);
+  await touch.close();
+});

@@ -96,16 +96,48 @@ test('the robot, people, touches and points are drawn at their places', async ()
   }
 });
 
-test('the robot moves from state to state without a leap', async () => {
+test('the robot moves from state to state, picture by picture', async () => {
   await show({ pose: { x: 15.5, y: 6, theta: 0 } }, 10);
-  const { middle: [start] } = await findChange(live.page);
+  await live.page.evaluate(() => {
+    const { translate } = CanvasRenderingContext2D.prototype;
+    globalThis.lefts = [];
+    CanvasRenderingContext2D.prototype.translate = function (left, top) {
+      if (this.canvas.id === 'map') globalThis.lefts.push(left);
+      return translate.call(this, left, top);
+    };
+  });
   await show({ pose: { x: 15.9, y: 6, theta: 0 } }, 0.1);
-  const places = [];
-  for (let pictures = 0; pictures < 60 && (places.length < 10 || places.at(-1) !== places.at(-10)); ++pictures) {
-    places.push((await findChange(live.page)).middle[0]);
-    await live.page.evaluate(() => new Promise(requestAnimationFrame));
+  const lefts = await live.page.evaluate(async () => {
+    for (let pictures = 0; pictures < 30; ++pictures) await new Promise(requestAnimationFrame);
+    return globalThis.lefts;
+  });
+  const end = lefts.at(-1);
+  assert.ok(end > lefts[0] + 5 && lefts.every((left, index) => index === 0 || left >= lefts[index - 1]), `${lefts}`);
+  assert.ok(new Set(lefts.filter((left) => left < end)).size >= 4, `${lefts}`);
+});
+
+test('the planned route is drawn around its corners, and the robot in its outline', async () => {
+  const straight = { pose: { x: 15, y: 6, theta: 0 }, goal: { x: 16, y: 6 }, route: [[15, 6], [16, 6]] };
+  const { middle: [, level] } = await findChangeBy(straight, 10);
+  const { middle: [, above] } = await findChangeBy({ ...straight, route: [[15, 6], [15, 7], [16, 7], [16, 6]] }, 10);
+  assert.ok(above < level - 5, `from ${level} to ${above} pixels`);
+
+  const bodies = [];
+  for (const outline of [[], [[1, -1], [1, 1], [-1, 1], [-1, -1]]]) {
+    relay.tell({ ...relay.last.hello, outline });
+    bodies.push((await findChangeBy({ pose: { x: 15.5, y: 6, theta: 0 } }, 10)).amount);
   }
-  const end = places.at(-1);
-  assert.ok(end > start + 10, `from ${start} to ${end} pixels`);
-  assert.ok(places.filter((place) => place > start + 1 && place < end - 1).length > 0, `${places}`);
+  assert.ok(bodies[1] > 1.5 * bodies[0], `${bodies}`);
+});
+
+test('errors that differ only in figures stand in one line, with their number', async () => {
+  const tell = (seconds, message, level = 'error') => relay.tell({ op: 'log', lines: [
+    { time: time + seconds * 1e9, level, category: 'Navigation.LaserSensor', method: 'xGetData', message }] });
+  tell(0, 'no posture is known at 29.15 s');
+  tell(0, 'FrontLaser failed', 'info');
+  for (const seconds of [0.1, 0.2]) tell(seconds, `no posture is known at ${29.15 + seconds} s`);
+  await live.page.locator('.log-line').last().getByText('3 times LaserSensor xGetData no posture is known at 29.35 s').waitFor();
+  assert.equal(await live.page.locator('.log-line').getByText('no posture is known').count(), 1);
+  tell(9, 'no posture is known at 38.15 s');
+  await live.page.locator('.log-line').last().getByText('xGetData no posture is known at 38.15 s').waitFor();
 });

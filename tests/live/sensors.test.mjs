@@ -28,7 +28,7 @@ test('a sensor starts with its subscription, shows points, and stops with it', a
 
   await live.switchOf('LeftLaser', 'Subscribe').click();
   const sensor = await live.untilSensor('LeftLaser', ({ points }) => points.length > 0);
-  await row.getByText('started · page 1').waitFor();
+  await row.getByText('started · this page').waitFor();
   await untilPixels(live, LASER, (count) => count > 20);
   assert.deepEqual(sensor.subscribers, ['page 1']);
   await row.locator('.sensor-figures').filter({ hasText: /rate10\.\d Hzage0\.\d snearest\d\.\d\d m/ }).waitFor();
@@ -67,12 +67,12 @@ test('a sensor with two subscribers stops with the last of them', async () => {
 test('a disabled or failed sensor stops although it has a subscriber, and comes back', async () => {
   const row = live.row('BackSonar');
   await live.switchOf('BackSonar', 'Subscribe').click();
-  await row.getByText('started · page 1').waitFor();
+  await row.getByText('started · this page').waitFor();
   for (const [label, why] of [['Enable', 'disabled'], ['Diagnosis', 'bad diagnosis']]) {
     await live.switchOf('BackSonar', label).click();
-    await row.getByText(`${why} · page 1`).waitFor();
+    await row.getByText(`${why} · this page`).waitFor();
     await live.switchOf('BackSonar', label).click();
-    await row.getByText('started · page 1').waitFor();
+    await row.getByText('started · this page').waitFor();
   }
 });
 
@@ -102,7 +102,7 @@ test('a fault set from the menu is shown clearly and can be ended', async () => 
 
   await live.switchOf('FrontSonar', 'Diagnosis').click();
   await badge('FrontSonar').getByText('failing').waitFor();
-  await reason('FrontSonar').getByText(/^its diagnosis is bad.*To fix: setSensorDiagnosis/).waitFor();
+  await reason('FrontSonar').getByText(/^its diagnosis is bad.*To fix: set its diagnosis to good/).waitFor();
   await live.switchOf('FrontSonar', 'Diagnosis').click();
   await badge('FrontSonar').getByText('sound').waitFor();
   await reason('FrontSonar').waitFor({ state: 'hidden' });

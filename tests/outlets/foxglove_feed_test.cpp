@@ -113,6 +113,7 @@ TEST_F(FoxgloveFeedTest, aFieldOfViewIsAnOutlineFromTheSensorAndBack) {
   seen.sensors[0].started = true;
   const json entities = json::parse(foxglove::fieldsOfView(seen))["entities"];
   ASSERT_EQ(entities.size(), 1u);
+  EXPECT_EQ(entities[0]["frame_locked"], false) << "the map does not move";
   const json& points = entities[0]["lines"][0]["points"];
   EXPECT_EQ(points.front(), json::parse(R"({"x":1.0,"y":2.0,"z":0.0})"));
   EXPECT_EQ(points.back(), points.front());

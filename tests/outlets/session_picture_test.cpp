@@ -91,6 +91,8 @@ TEST_F(SessionPictureTest, aRobotWithoutAMapIsDrawnOnItsPath) {
   sut.show(test::snapshotOf(test::toldCases()[0], kFamily));
   sut.finish();
   EXPECT_FALSE(cv::imread(path).empty());
+  EXPECT_EQ(errorOf([] { SessionPicture("run.jpg"); }),
+            "run.jpg: a path that ends in .png expected");
 }
 
 }  // namespace

@@ -94,6 +94,7 @@ TEST(PlaceMarks, placesMarksByMountingAndRobotPose) {
   record.points = {{2.0f, 0.0f, 0.0f}};
   const Marks arc = placeMarks(record, PointMeaning::arc, kRobot, Frame::robot);
   const auto ends = positionsOn(arc.echoes.at(0), 2);
+  ASSERT_EQ(ends.size(), 2u);
   EXPECT_NEAR(ends[0].x, 1.0f + 2.0f * std::sin(0.5f), 1e-5f);
   EXPECT_NEAR(ends[1].x, 1.0f - 2.0f * std::sin(0.5f), 1e-5f);
   EXPECT_NEAR(ends[1].y, 2.5f + 2.0f * std::cos(0.5f), 1e-5f);

@@ -88,8 +88,12 @@ struct CountingListener : SessionListener {
   void onWrite(const std::string&, const QVValue&, bool) override { ++writes; }
   void onImage(int, const QVValue&) override {}
   void onStep(const robot::BodyStep&) override { ++steps; }
-  void onCommand(const SessionCommand&) override { ++commands; }
+  void onCommand(const SessionCommand& command) override {
+    ++commands;
+    last = command;
+  }
   int writes = 0, steps = 0, commands = 0;
+  SessionCommand last;
 };
 
 TEST(SessionListeners, everyListenerHearsTheRunAndALateOneGetsThePresentState) {
@@ -165,7 +169,13 @@ TEST_P(SessionTest, findsARouteOnAnotherThreadAndAgainIfTheRobotHasMoved) {
   sut->keepPace(kSecond);
   EXPECT_EQ(sut->getPose(), standing);
   ASSERT_TRUE(search.waitFor(std::chrono::minutes(1)));
+  CountingListener listener;
+  addListener(*sut, listener);
   EXPECT_TRUE(search.finish());
+  EXPECT_EQ(listener.last.name, "goal");
+  EXPECT_TRUE(listener.last.on);
+  EXPECT_THAT(listener.last.values, ElementsAre(2.0, 4.5));
+  removeListener(*sut, listener);
   const Snapshot at = sut->look();
   EXPECT_EQ(at.goal, Math::Position2D(2.0f, 4.5f));
   EXPECT_EQ(at.route.front(), Math::position2DFromPose2D(at.pose));

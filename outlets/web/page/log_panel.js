@@ -1,4 +1,5 @@
-// The log from a chosen level up. It scrolls to the newest line unless the user has scrolled up.
+// The log from a chosen level up. It scrolls to the newest line unless the user has scrolled up. A fault repeats its
+// warnings and errors many times a second: those that differ only in figures stand in one line, with their number.
 
 import { byId, make, setText } from './dom.js';
 import { clockText, count } from './format.js';
@@ -6,10 +7,13 @@ import { clockText, count } from './format.js';
 const LEVELS = ['verbose', 'info', 'warning', 'error', 'fatal'];
 const KEPT = 500;
 const NEAR_END = 24;
+const MAY_REPEAT = ['warning', 'error'];
+const TOGETHER = 5e9;  // ns between two lines
 
 export class LogPanel {
   #log = byId('log');
   #follows = true;
+  #repeated = new Map();
 
   constructor() {
     this.#log.addEventListener('scroll', () => (this.#follows = this.#isAtEnd()));
@@ -20,14 +24,29 @@ export class LogPanel {
 
   clear() {
     this.#log.replaceChildren();
+    this.#repeated.clear();
     this.#count();
   }
 
   add(lines) {
-    this.#log.append(...lines.map(lineOf));
+    for (const line of lines) this.#addLine(line);
     while (this.#log.childElementCount > KEPT) this.#log.firstElementChild.remove();
     this.#count();
     this.#follow();
+  }
+
+  #addLine(line) {
+    const element = lineOf(line);
+    if (MAY_REPEAT.includes(line.level)) {
+      const sort = [line.level, line.category, line.method, line.message.replace(/\d+(\.\d+)?/g, '#')].join(' ');
+      const earlier = this.#repeated.get(sort);
+      const isNear = earlier?.element.isConnected && line.time - earlier.time < TOGETHER;
+      const times = isNear ? earlier.times + 1 : 1;
+      if (isNear) earlier.element.remove();
+      if (times > 1) element.lastChild.prepend(make('span', 'log-times', `${times} times `));
+      this.#repeated.set(sort, { element, times, time: line.time });
+    }
+    this.#log.append(element);
   }
 
   #filter() {

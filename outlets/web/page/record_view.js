@@ -44,11 +44,12 @@ export class RecordView {
     this.#element = element;
   }
 
-  setRecords(records) {
-    const text = JSON.stringify(records);
+  /** `whyNone`: what to say without a record. */
+  setRecords(records, whyNone) {
+    const text = records.length === 0 ? whyNone : JSON.stringify(records);
     if (text === this.#shown) return;
     this.#shown = text;
-    if (records.length === 0) setText(this.#element, 'No record now. A sensor gives records while it is started.');
+    if (records.length === 0) setText(this.#element, whyNone);
     else this.#element.replaceChildren(...records.slice(0, 3).map(tableOf), this.#rest(records.length - 3));
   }
 

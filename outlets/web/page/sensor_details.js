@@ -15,7 +15,7 @@ export class SensorDetails {
     const record = make('div', 'records');
     this.#records = new RecordView(record);
     this.#faults = Object.entries(faults).map(([name, kinds]) => [name, new FaultMenu(name, kinds, (kind) => send({ op: 'fault', sensor: name, kind }))]);
-    const title = explain(make('p', 'quiet', 'Its last records. Points are in metres, x forward, y left, z up, in the sensor’s frame; where a simulated sensor reports every ray, in the ground frame.'), means);
+    const title = explain(make('p', 'quiet', 'Its last records. Points are in metres: x forward, y left, z up.'), means);
     this.element.append(...this.#faults.map(([name, menu]) => this.#named(name, menu)), title, record);
     this.element.hidden = true;
   }
@@ -25,8 +25,9 @@ export class SensorDetails {
     this.element.hidden = !on;
   }
 
-  setRecords(records) {
-    this.#records.setRecords(records);
+  /** `whyNone`: what to say without a record. */
+  setRecords(records, whyNone) {
+    this.#records.setRecords(records, whyNone);
   }
 
   /** `faults`: the fault kinds in force, by sensor name. */

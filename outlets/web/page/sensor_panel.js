@@ -49,7 +49,7 @@ export class SensorPanel {
     const names = sensors.map(({ family, name }) => `${family}/${name}`).join('\n');
     if (names !== this.#built) this.#build(sensors);
     this.#built = names;
-    for (const sensor of sensors) this.#rows.get(sensor.name).hear(sensor, this.#isSubscribed(sensor), faults);
+    for (const sensor of sensors) this.#rows.get(sensor.name).hear(sensor, this.#subscriber, faults);
     for (const [family, count] of this.#counts) setText(count, this.#countText(sensors.filter((sensor) => sensor.family === family)));
     this.#showTotal(sensors);
     setText(byId('subscribe-all'), this.#areAllSubscribed() ? 'Unsubscribe from all' : 'Subscribe to all');

@@ -9,18 +9,23 @@ import { explain } from './tooltip.js';
 
 const NEAREST_HELP = { floor: 'nearest-floor', touch: 'nearest-touch' };
 
-function standing({ started, enabled, diagnosis, subscribers }) {
-  const users = subscribers.join(', ') || 'no subscriber';
+function standing({ started, enabled, diagnosis, subscribers }, own) {
+  const users = subscribers.map((name) => (name === own ? 'this page' : name)).join(', ') || 'no subscriber';
   if (started) return `started · ${users}`;
   if (!enabled) return `disabled · ${users}`;
   if (diagnosis === false) return `bad diagnosis · ${users}`;
   return subscribers.length > 0 ? `stopped · ${users}` : users;
 }
 
+function whyNoRecord({ started, health }) {
+  if (!started) return 'No record: the sensor is not started.';
+  return `No record now: ${health.reason || 'the first one has not come yet'}.`;
+}
+
 export class SensorRow {
   element;
   #name = make('button', 'sensor-name');
-  #standing = make('span', 'sensor-standing');
+  #standing = explain(make('span', 'sensor-standing'), 'standing');
   #rate = make('dd');
   #age = make('dd');
   #nearest = make('dd');
@@ -31,8 +36,10 @@ export class SensorRow {
   #switches;
   #details;
   #faultNames;
+  #whyNone = '';
 
-  /*   * - `faults`: the possible fault kinds, by sensor name.
+  /**
+   * - `faults`: the possible fault kinds, by sensor name.
    * - `subscribe(on)` subscribes or unsubscribes, `send(command)` sends any other command.
    * - `choose(name)` is called when the pointer or the focus comes, with '' when it leaves.
    * - `inspect(name)` is called when the row is clicked.
@@ -57,17 +64,18 @@ export class SensorRow {
     });
   }
 
-  /** `isSubscribed`: true if this page has subscribed. `faults`: the fault kinds in force, by sensor name. */
-  hear(sensor, isSubscribed, faults) {
+  /** `own`: the name under which this page subscribes. `faults`: the fault kinds in force, by sensor name. */
+  hear(sensor, own, faults) {
     this.element.classList.toggle('started', sensor.started);
     setAttribute(this.element, 'data-severity', severityOf(sensor));
-    setText(this.#standing, standing(sensor));
+    setText(this.#standing, standing(sensor, own));
+    this.#whyNone = whyNoRecord(sensor);
     setText(this.#rate, withUnit(sensor.started ? sensor.rate : null, 1, 'Hz'));
     setText(this.#age, withUnit(sensor.age, 1, 's'));
     setText(this.#nearest, withUnit(sensor.nearest, 2, 'm'));
     this.#hearHealth(sensor);
     this.#hearFaults(faults);
-    this.#switches.subscribed.hear(isSubscribed);
+    this.#switches.subscribed.hear(sensor.subscribers.includes(own));
     this.#switches.enabled.hear(sensor.enabled);
     this.#switches.diagnosis.hear(sensor.diagnosis);
   }
@@ -78,7 +86,7 @@ export class SensorRow {
   }
 
   setRecords(records) {
-    this.#details.setRecords(records);
+    this.#details.setRecords(records, this.#whyNone);
   }
 
   // The reason is shown only if the user must act; the badge always shows the state.

@@ -35,11 +35,13 @@ export class Tooltip {
     if (word && target.matches(':focus-visible')) this.#show(word);
   }
 
-  // A tap shows the tooltip, except on controls, where it operates the control.
-  #tap({ target, pointerType }) {
+  // A tap on a word shows the tooltip, also where the word is a control's label. A tap on a control operates it.
+  #tap(event) {
+    const { target, pointerType } = event;
     const word = target.closest?.('[data-help]');
-    if (word && pointerType !== 'mouse' && !target.closest('button, select, input, label')) this.#show(word);
-    else this.#leave();
+    if (!word || pointerType === 'mouse' || target.closest('button, select, input') || target.matches('.sensor-switch')) return this.#leave();
+    if (target.closest('label')) event.preventDefault();
+    this.#show(word);
   }
 
   #leave() {

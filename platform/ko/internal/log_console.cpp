@@ -1,10 +1,12 @@
 #include "platform/ko/internal/log_console.h"
 
+#include <algorithm>
 #include <chrono>
 #include <cstdio>
 #include <ctime>
 #include <memory>
 #include <optional>
+#include <string_view>
 #include <utility>
 
 #include <spdlog/pattern_formatter.h>
@@ -15,6 +17,21 @@
 
 namespace ko::log::detail {
 namespace {
+
+using Row = std::pair<Level, spdlog::level::level_enum>;
+
+constexpr Row kLevels[] = {
+    {Level::fatal, spdlog::level::critical}, {Level::error, spdlog::level::err},
+    {Level::warning, spdlog::level::warn},   {Level::info, spdlog::level::info},
+    {Level::verbose, spdlog::level::debug},  {Level::silent, spdlog::level::off}};
+
+spdlog::level::level_enum toSpdlog(Level level) {
+  return std::ranges::find(kLevels, level, &Row::first)->second;
+}
+
+Level toLevel(spdlog::level::level_enum level) {
+  return std::ranges::find(kLevels, level, &Row::second)->first;
+}
 
 /** The time of a simulated world, "12.345 s", or else that of the day. */
 class TimeOfLine : public spdlog::custom_flag_formatter {
@@ -44,35 +61,32 @@ class TimeOfLine : public spdlog::custom_flag_formatter {
   }
 };
 
+/** The library's own name of the level. */
+class LevelOfLine : public spdlog::custom_flag_formatter {
+ public:
+  void format(const spdlog::details::log_msg& line, const std::tm&,
+              spdlog::memory_buf_t& text) override {
+    const std::string_view name = getName(toLevel(line.level));
+    text.append(name.data(), name.data() + name.size());
+  }
+
+  std::unique_ptr<spdlog::custom_flag_formatter> clone() const override {
+    return std::make_unique<LevelOfLine>();
+  }
+};
+
 spdlog::logger& console() {
   static spdlog::logger* instance = [] {
     auto* logger =
         new spdlog::logger("qv", std::make_shared<spdlog::sinks::stderr_color_sink_mt>());
     auto formatter = std::make_unique<spdlog::pattern_formatter>();
-    formatter->add_flag<TimeOfLine>('*').set_pattern("[%*] [%^%l%$] %v");
+    formatter->add_flag<TimeOfLine>('*').add_flag<LevelOfLine>('&');
+    formatter->set_pattern("[%*] [%^%&%$] %v");
     logger->set_formatter(std::move(formatter));
     logger->set_level(spdlog::level::trace);
     return logger;
   }();
   return *instance;
-}
-
-spdlog::level::level_enum toSpdlog(Level level) {
-  switch (level) {
-    case Level::fatal:
-      return spdlog::level::critical;
-    case Level::error:
-      return spdlog::level::err;
-    case Level::warning:
-      return spdlog::level::warn;
-    case Level::info:
-      return spdlog::level::info;
-    case Level::verbose:
-      return spdlog::level::debug;
-    case Level::silent:
-      break;
-  }
-  return spdlog::level::off;
 }
 
 }  // namespace

@@ -32,9 +32,10 @@ void SensorReader::read(const XMLElement& root) {
   for (const XMLElement* sensor : childrenOf(root, "sensor")) {
     if (xIsOurs(*sensor)) {
       xReadSensor(*sensor);
-    } else if (const auto type = optionalText(*sensor, "type")) {
-      robot.foreignSensors.push_back(
-          {optionalText(*sensor, "name").value_or(""), *type, hasOurParts(*sensor)});
+    } else if (optionalText(*sensor, "type") || hasOurParts(*sensor)) {
+      robot.foreignSensors.push_back({optionalText(*sensor, "name").value_or(""),
+                                      optionalText(*sensor, "type").value_or(""),
+                                      hasOurParts(*sensor)});
     }
   }
 }

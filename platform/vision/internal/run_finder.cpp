@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <bit>
+#include <numeric>
 #include <utility>
 
 #undef HWY_TARGET_INCLUDE
@@ -38,12 +39,16 @@ struct Word {
 
 template <typename Mask>
 HWY_INLINE std::uint64_t bitsOf(Mask mask) {
-  // The mask goes through bytes, because mask bits of wider lanes are slow on some processors.
+  std::uint64_t bits = 0;
+#if HWY_TARGET <= HWY_AVX3
+  hn::StoreMaskBits(Pixels(), mask, reinterpret_cast<std::uint8_t*>(&bits));
+#else
+  // The mask goes through bytes, because mask bits of wider lanes are slow on these processors.
   const hn::RebindToSigned<Pixels> d;
   const hn::Rebind<std::int8_t, Pixels> d8;
   const auto bytes = hn::DemoteTo(d8, hn::BitCast(d, hn::VecFromMask(Pixels(), mask)));
-  std::uint64_t bits = 0;
   hn::StoreMaskBits(d8, hn::MaskFromVec(bytes), reinterpret_cast<std::uint8_t*>(&bits));
+#endif
   return bits;
 }
 
@@ -93,58 +98,66 @@ HWY_INLINE int rootOf(int* parents, int run) {
   return run;
 }
 
-/** The starts of runs in a word, and the number of the first. */
-struct Starts {
-  std::uint64_t bits;
-  int first;
-};
-
-/** Returns the number of the last run that starts at one of these pixels, or else before them. */
-HWY_INLINE int lastRun(const Starts& starts, std::uint64_t pixels) {
-  return starts.first - 1 + std::popcount(starts.bits & pixels);
-}
-
-/** Joins the runs of two rows that meet at these pixels. */
-HWY_INLINE void join(std::uint64_t pixels, const Starts& starts, const Starts& above,
-                     int* parents) {
-  for (; pixels != 0; pixels &= pixels - 1) {
-    const std::uint64_t upToFirst = pixels ^ (pixels - 1);
-    const int run = rootOf(parents, lastRun(starts, upToFirst));
-    const int runAbove = rootOf(parents, lastRun(above, upToFirst));
-    parents[std::max(run, runAbove)] = std::min(run, runAbove);
-  }
-}
-
-void findRowRuns(RowBits& row, const RowBits& above, std::uint16_t maxDifference,
-                 ComponentRuns& runs) {
+/**
+ * Finds where runs start and end, and where they meet those of the row above. True if the last one
+ * does not end before the words do.
+ */
+HWY_INLINE bool compareRow(RowBits& row, const RowBits& above, std::uint16_t maxDifference) {
   const auto limit = hn::Set(Pixels(), maxDifference);
-  int* const parents = runs.labels.data();
-  int* const begins = runs.begins.data();
-  int* nextBegin = begins + runs.count;
-  int* nextEnd = runs.ends.data() + runs.count;
   std::uint64_t lastValid = 0;
   std::uint64_t lastLinked = 0;
   for (std::size_t i = 0; i < row.valid.size(); ++i) {
     const std::size_t first = kMargin + i * kWordBits;
     const Word word = compare(row.pixels.data() + first, above.pixels.data() + first, limit);
-    const int x = static_cast<int>(i) * kWordBits;
     const std::uint64_t afterValid = shiftRight(word.valid, lastValid);
     const std::uint64_t continued = word.valid & afterValid & word.nearLeft;
     const std::uint64_t starts = word.valid & ~continued;
-    const int firstRun = static_cast<int>(nextBegin - begins);
-    row.valid[i] = word.valid;
-    row.starts[i] = starts;
-    row.firstRuns[i] = firstRun;
-    nextBegin = writePositions(starts, x, nextBegin);
-    nextEnd = writePositions(afterValid & ~continued, x, nextEnd);
-    for (int run = firstRun; run < nextBegin - begins; ++run) parents[run] = run;
-
     const std::uint64_t linked = word.valid & above.valid[i] & word.nearAbove;
     // A link is skipped if the pixel to the left links the same two runs.
     const std::uint64_t known = shiftRight(linked, lastLinked) & ~starts & ~above.starts[i];
-    join(linked & ~known, {starts, firstRun}, {above.starts[i], above.firstRuns[i]}, parents);
+    row.valid[i] = word.valid;
+    row.starts[i] = starts;
+    row.ends[i] = afterValid & ~continued;
+    row.links[i] = linked & ~known;
   }
+  return lastValid != 0;
+}
+
+/** Returns the number of the last run that starts at one of these pixels, or else before them. */
+HWY_INLINE int lastRun(const RowBits& row, std::size_t word, std::uint64_t pixels) {
+  return row.firstRuns[word] - 1 + std::popcount(row.starts[word] & pixels);
+}
+
+/** Joins the runs of two rows that meet at the links of a word. */
+HWY_INLINE void join(const RowBits& row, const RowBits& above, std::size_t word, int* parents) {
+  for (std::uint64_t links = row.links[word]; links != 0; links &= links - 1) {
+    const std::uint64_t upToFirst = links ^ (links - 1);
+    const int run = rootOf(parents, lastRun(row, word, upToFirst));
+    const int runAbove = rootOf(parents, lastRun(above, word, upToFirst));
+    parents[std::max(run, runAbove)] = std::min(run, runAbove);
+  }
+}
+
+// Step by step over the whole row: a wrong guess in the later ones does not wait for the pixels.
+void findRowRuns(RowBits& row, const RowBits& above, std::uint16_t maxDifference,
+                 ComponentRuns& runs) {
+  const bool reachesEnd = compareRow(row, above, maxDifference);
+  const std::size_t words = row.valid.size();
+  int* const begins = runs.begins.data();
+  int* nextBegin = begins + runs.count;
+  int* nextEnd = runs.ends.data() + runs.count;
+  for (std::size_t i = 0; i < words; ++i) {
+    const int x = static_cast<int>(i) * kWordBits;
+    row.firstRuns[i] = static_cast<int>(nextBegin - begins);
+    nextBegin = writePositions(row.starts[i], x, nextBegin);
+    nextEnd = writePositions(row.ends[i], x, nextEnd);
+  }
+  if (reachesEnd) *nextEnd = static_cast<int>(words) * kWordBits;
+  const int firstRun = static_cast<int>(runs.count);
   runs.count = static_cast<std::size_t>(nextBegin - begins);
+  int* const parents = runs.labels.data();
+  std::iota(parents + firstRun, parents + runs.count, firstRun);
+  for (std::size_t i = 0; i < words; ++i) join(row, above, i, parents);
 }
 
 int numberComponents(ComponentRuns& runs) {
@@ -210,6 +223,8 @@ void reset(RowBits& row, std::size_t words) {
   row.pixels.assign(kMargin + words * kWordBits, 0);
   row.valid.assign(words, 0);
   row.starts.assign(words, 0);
+  row.ends.assign(words, 0);
+  row.links.assign(words, 0);
   row.firstRuns.assign(words, 0);
 }
 
@@ -218,8 +233,7 @@ void reset(RowBits& row, std::size_t words) {
 int findRuns(const cv::Mat& image, std::uint16_t maxDifference, RowPair& rows,
              ComponentRuns& runs) {
   const auto width = static_cast<std::size_t>(image.cols);
-  // The row has at least one bit beyond the width, to end a run at the right edge.
-  const std::size_t words = width / kWordBits + 1;
+  const std::size_t words = (width + kWordBits - 1) / kWordBits;
   reset(rows.row, words);
   reset(rows.above, words);
   runs.clear();

@@ -14,6 +14,9 @@ struct RowBits {
   /** The pixels, between zeros. */
   std::vector<std::uint16_t> pixels;
   std::vector<std::uint64_t> valid;
+  /** The pixels beside runs, behind their last; and those which join runs to others above. */
+  std::vector<std::uint64_t> ends;
+  std::vector<std::uint64_t> links;
   /** The starts of runs, and the number of the first in each word. */
   std::vector<std::uint64_t> starts;
   std::vector<int> firstRuns;

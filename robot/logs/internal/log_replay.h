@@ -21,8 +21,8 @@ class MotionService;
  * run beside it; ranges go in as they were logged, also those beyond a maximum. Each step writes
  * the memory keys of the sensors (floats) and then those that their property "timestamp" names (an
  * int, the device manager's count 50 ms after the step's time, so that a laser dates its record to
- * the step), and tells the motion service how fast the robot moved since the step before. The first step is due when this is made. For one thread at a
- * time.
+ * the step), and tells the motion service how fast the robot moved since the step before. The first
+ * step is due when this is made. For one thread at a time.
  */
 class QV_API LogReplay {
  public:

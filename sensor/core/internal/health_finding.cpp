@@ -108,13 +108,22 @@ std::string describeSound(const HealthFinding& finding) {
   }
 }
 
+// An error's line break becomes a blank.
+std::string inOneParagraph(std::string text) {
+  for (auto at = text.find('\n'); at != std::string::npos; at = text.find('\n', at)) {
+    const bool isBlankBefore = at > 0 && text[at - 1] == ' ';
+    text.replace(at, 1, isBlankBefore ? "" : " ");
+  }
+  return text;
+}
+
 }  // namespace
 
 std::string describeFinding(const HealthFinding& finding,
                             const std::optional<ko::log::Record>& trouble) {
   if (!isFault(finding.state)) return describeSound(finding);
   std::string text = describeFault(finding);
-  if (trouble) text += ": " + ko::log::onOneLine(trouble->message);
+  if (trouble) text += ": " + ko::log::onOneLine(inOneParagraph(trouble->message));
   return text;
 }
 
@@ -143,7 +152,7 @@ std::string remedyFor(HealthCause cause) {
     case HealthCause::unwanted:
       return "subscribe";
     case HealthCause::disabled:
-      return "enableSensorOrFamily(name, true), then lookAgain()";
+      return "enable it (in a program: enableSensorOrFamily() and lookAgain())";
     case HealthCause::unwatched:
     case HealthCause::awaitsFirst:
     case HealthCause::startGoesOn:
@@ -159,9 +168,12 @@ std::string remedyFor(HealthCause cause) {
     case HealthCause::startThrew:
       return "subscribe again once its hardware is back";
     case HealthCause::badDiagnosis:
-      return "setSensorDiagnosis(name, true) once its hardware is back, then lookAgain()";
+      return "set its diagnosis to good once its hardware is back (in a program: "
+             "setSensorDiagnosis() "
+             "and lookAgain())";
     case HealthCause::leftOn:
-      return "setSensorDiagnosis(name, true), then subscribe and unsubscribe, which stops it again";
+      return "set its diagnosis to good (in a program: setSensorDiagnosis()), then subscribe and "
+             "unsubscribe, which stops it again";
     case HealthCause::contradicts:
       return "find out which of the two is right; ends when they agree";
     default:

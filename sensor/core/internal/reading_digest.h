@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "platform/api.h"
 #include "platform/math/metrical_data.h"
 #include "sensor/core/internal/health_nature.h"
 #include "sensor/core/internal/planar_view.h"
@@ -26,8 +27,9 @@ struct ReadingDigest {
  * Reads about a hundred points and allocates no memory. Sets `view` to what the sensor sees.
  * `former` is the shape of the last view.
  */
-ReadingDigest digestOf(const std::vector<Math::MetricalData>& records, const HealthNature& nature,
-                       const PlanarView::Shape& former, PlanarView& view);
+QV_API ReadingDigest digestOf(const std::vector<Math::MetricalData>& records,
+                              const HealthNature& nature, const PlanarView::Shape& former,
+                              PlanarView& view);
 /** Returns the stamp of the oldest record, ns. */
 std::int64_t stampOf(const std::vector<Math::MetricalData>& records);
 std::size_t countPoints(const std::vector<Math::MetricalData>& records);

@@ -6,6 +6,7 @@
 
 #include "platform/ko/log.h"
 #include "platform/math/internal/is_intersection_cone_shape.h"
+#include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/contracts/robot_model_contract.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_proxy.h"
@@ -52,7 +53,8 @@ std::vector<Math::Transform> buildTransformsFromCollisionShapes(
   std::vector<Math::Transform> transforms;
   transforms.reserve(shapes.size());
   for (const auto& shape : shapes) {
-    transforms.emplace_back(motion.getTransform(shape->getParentJoint(), 0, true));
+    transforms.emplace_back(
+        motion.getTransform(shape->getParentJoint(), MotionContract::kBodyFrame, true));
   }
   return transforms;
 }

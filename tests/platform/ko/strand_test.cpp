@@ -114,6 +114,19 @@ TEST(Strand, mayBeStoppedAndDestroyedByItsOwnCall) {
   EXPECT_FALSE(ranLater);
 }
 
+TEST(Strand, whatACallCapturedMayPostWhenItGoes) {
+  Strand sut;
+  std::latch done(1);
+  {
+    test::PoolHold hold(test::kPoolThreads);
+    const std::shared_ptr<void> poster(nullptr,
+                                       [&](void*) { sut.post([&] { done.count_down(); }); });
+    sut.post([poster] {});
+    sut.post([] {});
+  }
+  done.wait();
+}
+
 TEST(Strand, aBusyStrandYieldsItsThreadNowAndThen) {
   test::PoolHold allButOne(test::kPoolThreads - 1);
   std::atomic<bool> otherRan{false};

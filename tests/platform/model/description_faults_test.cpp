@@ -79,6 +79,9 @@ TEST(DescriptionFaults, nameTheGivenAndTheExpectedValue) {
       // properties
       {sensor("S", "Sonar", bare + property("maximumDetectionDistnce", "4")),
        {R"(S: property "maximumDetectionDistnce" is unknown, "maximumDetectionDistance" expected)"}},
+      {sensor("S", "Sonar", bare + property("manimumDetectionDistance", "4")),
+       {R"(S: property "manimumDetectionDistance" is unknown, "minimumDetectionDistance" expected)",
+        R"(S: property "maximumDetectionDistance" is missing, metres from 0 to 1000 expected)"}},
       {sonar("S", property("Period", "1")),
        {R"(S: property "Period" is unknown, "period" expected)"}},
       {sensor("T", "Touch", property("colour", "red")),
@@ -93,6 +96,16 @@ TEST(DescriptionFaults, nameTheGivenAndTheExpectedValue) {
        {R"(S: property "maximumDetectionDistance" is "4000", metres from 0 to 1000 expected)"}},
       {sensor("T", "Touch", property("horizontalAngularRange", "-0.1")),
        {R"(T: property "horizontalAngularRange" is "-0.1", radians from 0 to 6.28319 expected)"}},
+      {sensor("S", "Sonar",
+              bare.substr(bare.find("<property key='hor")) +
+                  property("minimumDetectionDistance", "25 cm") +
+                  property("maximumDetectionDistance", "4")),
+       {R"(S: property "minimumDetectionDistance" is "25 cm", metres expected)"}},
+      {sensor("S", "Sonar", bare + property("maximumDetectionDistance", "0.2")),
+       {"S: minimumDetectionDistance is above maximumDetectionDistance, at most 0.2 expected"}},
+      // names
+      {sonar("Laser") + laser("L"),
+       {"Laser: its name is that of a family of the robot, a name of its own expected"}},
       // numbers of keys
       {sonar("S", key("B")), {"S: 2 memory keys, 1 (range (m)) expected"}},
       {laser("L", key("L/Z")),
@@ -112,9 +125,11 @@ TEST(DescriptionFaults, nameTheGivenAndTheExpectedValue) {
         R"(a sensor without a name: type is "Sonr", "Sonar" expected)",
         R"(D: type is "depth_camera", "DepthCamera" expected)"}},
       // types that are nobody's
-      {sensor("N", "40", property("anything", "goes")) + sensor("L", "lidar", kRange),
+      {sensor("N", "40", property("anything", "goes")) + sensor("L", "lidar", kRange) +
+           "<sensor name='M' typ='Sonar'>" + kRange + "</sensor>",
        {"N: type is 40, " + kAnyType + " expected",
-        "L: type is \"lidar\", " + kAnyType + " expected"}},
+        "L: type is \"lidar\", " + kAnyType + " expected",
+        "M: type is missing, " + kAnyType + " expected"}},
   };
   for (const auto& [sensors, expected] : cases) EXPECT_EQ(faultsOf(sensors), expected) << sensors;
 }

@@ -25,7 +25,7 @@ TEST(KeyPattern, givesTheKeysOfEachNumberInTurn) {
               ElementsAre("Lds/0/X", "Lds/0/Y", "Lds/1/X", "Lds/1/Y", "Last"));
   EXPECT_THAT(keysOf(pattern("{L,R}{X,Y}{i:02}", "1")), ElementsAre("LX00", "LY00", "RX00", "RY00"))
       << "the last alternatives change fastest";
-  EXPECT_THAT(keysOf("<memory_keys pattern='{A,B}'/>"), ElementsAre("A", "B"));
+  EXPECT_THAT(keysOf("<memory_keys pattern='{A,B,C}'/>"), ElementsAre("A", "B", "C"));
   const auto many = keysOf(pattern("{i:02}/{i}", "101"));
   EXPECT_EQ(many[9], "09/9");
   EXPECT_EQ(many[100], "100/100");

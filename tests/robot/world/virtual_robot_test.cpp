@@ -232,13 +232,18 @@ TEST_F(VirtualRobotTest, peopleWalkToAndFroAndWaitForTheRobot) {
 }
 
 TEST_F(VirtualRobotTest, theDepthCameraShowsTheWallAhead) {
-  QVVideoDeviceProxy video(broker());
-  EXPECT_EQ(video.getCameraName(kDepthCamera), "camera");
-  const std::string handle =
-      video.subscribeCamera("test", kDepthCamera, k320x240Resolution, kDepthColorSpace, 10);
-  const auto image = QVImage::fromQVValue(video.getImageRemote(handle));
-  const auto* pixels = reinterpret_cast<const std::uint16_t*>(image->getPixels());
-  EXPECT_NEAR(pixels[120 * 320 + 160], 10000 - 5090, 1);
+  const auto depthAhead = [this] {
+    QVVideoDeviceProxy video(broker());
+    EXPECT_EQ(video.getCameraName(kDepthCamera), "camera");
+    const std::string handle =
+        video.subscribeCamera("test", kDepthCamera, k320x240Resolution, kDepthColorSpace, 10);
+    const auto image = QVImage::fromQVValue(video.getImageRemote(handle));
+    return reinterpret_cast<const std::uint16_t*>(image->getPixels())[120 * 320 + 160];
+  };
+  EXPECT_NEAR(depthAhead(), 10000 - 5090, 1);
+  sut.reset();
+  world.dropOuts = 1.0f;
+  EXPECT_EQ(depthAhead(), 0);
 }
 
 TEST_F(VirtualRobotTest, aSeedMakesARunTheSameAndAnotherOneMakesItDiffer) {

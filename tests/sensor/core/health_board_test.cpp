@@ -1,9 +1,11 @@
 #include "sensor/core/internal/health_board.h"
 
+#include <cmath>
 #include <functional>
 #include <map>
 
 #include "platform/ko/simulated_time.h"
+#include "sensor/core/internal/reading_digest.h"
 #include "tests/support/fake_sensor.h"
 #include "tests/support/vocabulary.h"
 
@@ -112,6 +114,21 @@ TEST(HealthRule, refusesAMalformedRuleAndSaysWhatIsExpected) {
     EXPECT_EQ(errorOf([&] { parseHealthRule(text); }),
               "limit \"" + std::string(text) + "\": " + expected);
   }
+}
+
+TEST(ReadingDigest, aPointWellBesideTheApertureCantBe) {
+  const HealthNature nature{Model::PointMeaning::scan, Model::Silence::never, true, true};
+  const float edge = std::tan(0.5f);
+  const auto isGarbage = [&nature](float x, float y) {
+    Math::MetricalData record;
+    record.fieldOfView = {0.05f, 5.0f, 1.0f, 2};
+    record.points = {{x, y, 0.0f}};
+    PlanarView view;
+    return digestOf({record}, nature, {}, view).isGarbage;
+  };
+  EXPECT_FALSE(isGarbage(3.0f, 3.0f * edge + 0.06f)) << "within the error of a direction";
+  EXPECT_TRUE(isGarbage(3.0f, 3.0f * edge + 0.12f));
+  EXPECT_TRUE(isGarbage(0.2f, 0.2f * edge + 0.02f));
 }
 
 }  // namespace

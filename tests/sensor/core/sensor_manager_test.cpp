@@ -25,7 +25,7 @@ TEST_F(SensorManagerTest, subscribingAndLookAgainReportWhetherAnySensorRuns) {
   sut.lookAgain();
   sut.subscribe("me", "Left");
   sut.subscribe("you", "Touch");
-  sut.enableSensorOrFamily("Sonar", false);
+  EXPECT_TRUE(sut.enableSensorOrFamily("Sonar", false));
   sut.setSensorDiagnosis("Touch", false);
   sut.setSensorDiagnosis("Touch", true);
   sut.unsubscribe("me", "Left");

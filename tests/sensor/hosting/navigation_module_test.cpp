@@ -69,9 +69,10 @@ TEST_F(NavigationModuleTest, givesTheAnswersOfItsManager) {
   sensors.callVoid("setSensorsDebug", false);
   EXPECT_FALSE(sensors.call<bool>("isSensorEnabled", "BackSonar"));
   EXPECT_FALSE(sensors.call<bool>("isSensorDiagnosisSuccess", "HoleLaser"));
-  EXPECT_THAT(sensors.call<QVValue>("getHealth", "HoleLaser").toText(),
-              AllOf(StartsWith("[\"failing\", \"its diagnosis is bad\", \"setSensorDiagnosis("),
-                    testing::EndsWith("000000, 1]")));
+  EXPECT_THAT(
+      sensors.call<QVValue>("getHealth", "HoleLaser").toText(),
+      AllOf(StartsWith("[\"failing\", \"its diagnosis is bad\", \"set its diagnosis to good "),
+            testing::EndsWith("000000, 1]")));
   EXPECT_EQ(sensors.call<QVValue>("getHealth", "Nobody").toText(), "[]");
   EXPECT_TRUE(sensors.call<bool>("isSensorSubscribedBy", "Touch", "me"));
   EXPECT_TRUE(sensors.call<bool>("isFamily", "Laser") && !sensors.call<bool>("isSensor", "Laser"));

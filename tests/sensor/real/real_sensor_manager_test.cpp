@@ -189,6 +189,7 @@ TEST_F(RealSensorManagerTest, anErrorOfAUsersCreatorAffectsOnlyItsSensor) {
        sonarElement("Front"));
   EXPECT_THAT(sut->getSensorList(), ElementsAre("Front"));
   EXPECT_EQ(sut->getSensorPtr("Front")->getFamilyName(), "Sonar");
+  EXPECT_THAT(sut->getFamilyNames(), ElementsAre("Sonar"));
   const std::string error = "error " + kCategory + "xInitSensors: No cliff ";
   EXPECT_THAT(log.lines(),
               AllOf(Contains(error + "A: \nno edge"),
@@ -202,6 +203,7 @@ TEST(SensorFactory, takesEachKindOnceAndOnlyWithACreator) {
   SensorFactory sut = SensorFactory::standard();
   const auto none = [](const SensorOrder&) { return SensorFactory::Sensors(); };
   EXPECT_THAT(errorOf([&] { sut.add({9, "Echo", "Echo"}, none); }), HasSubstr("9 given"));
+  EXPECT_THAT(errorOf([&] { sut.add({40, "9", "Echo"}, none); }), HasSubstr("with a letter"));
   EXPECT_THAT(errorOf([&] { sut.add(kCliff, SensorFactory::Creator()); }),
               HasSubstr("sensor kind \"Cliff\": a creator expected, none given"));
   EXPECT_EQ(sut.getKinds().findName("Cliff"), nullptr);
