@@ -106,6 +106,14 @@ ToldSensor sensorOf(const sensor_msgs::PointCloud2& cloud) {
   return sensor;
 }
 
+/** Returns std::nullopt for a focal length (pixels) that is none: 0 of uncalibrated cameras, NaN.
+ */
+std::optional<float> apertureOf(std::uint32_t pixels, double focus) {
+  if (!(focus > 0.0)) return std::nullopt;
+  const auto angle = static_cast<float>(2.0 * std::atan(0.5 * pixels / focus));
+  return angle > 0.0f ? std::optional(angle) : std::nullopt;
+}
+
 /** Returns std::nullopt for an image that is not depth. */
 std::optional<ToldSensor> sensorOf(const ToldMessage& message) {
   const auto& type = message.type;
@@ -199,12 +207,10 @@ void TopicSurveyor::xMountCamera(ToldSensor& sensor) const {
   sensor.mounting =
       sensor.mounting * Math::inverse(Math::rotationFrom3DRotation(-kQuarter, 0.0f, -kQuarter));
   for (const auto& info : infos) {
-    if (withoutSlash(info.header.frame_id) != sensor.frame || info.k[0] <= 0.0) continue;
-    const auto angle = [](double pixels, double focus) {
-      return static_cast<float>(2.0 * std::atan(0.5 * pixels / focus));
-    };
-    sensor.aperture = angle(info.width, info.k[0]);
-    if (info.k[4] > 0.0) sensor.verticalAperture = angle(info.height, info.k[4]);
+    const auto aperture = apertureOf(info.width, info.k[0]);
+    if (withoutSlash(info.header.frame_id) != sensor.frame || !aperture) continue;
+    sensor.aperture = *aperture;
+    sensor.verticalAperture = apertureOf(info.height, info.k[4]).value_or(sensor.verticalAperture);
     return;
   }
 }

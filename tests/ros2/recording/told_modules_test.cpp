@@ -103,9 +103,12 @@ TopicSurvey survey() {
   sensor_msgs::CameraInfo info;
   info.header.frame_id = "camera";
   info.width = 4;
-  info.k[0] = 2.0;
-  const Told told("/depth_info", info);
-  surveyor.take({told.topic, told.type, told.cdr});
+  // The first one says nothing.
+  for (const double focus : {std::numeric_limits<double>::quiet_NaN(), 2.0}) {
+    info.k[0] = focus;
+    const Told told("/depth_info", info);
+    surveyor.take({told.topic, told.type, told.cdr});
+  }
   return surveyor.make();
 }
 
