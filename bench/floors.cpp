@@ -1,7 +1,7 @@
 /**
  * What this machine needs for the least that a row of the other benchmarks can do: to copy or write
- * as many bytes, to cast rays that meet nothing, to take a lock. The rows are named by what they are
- * a floor of.
+ * as many bytes, to cast rays that meet nothing, to take a lock. The rows are named by what they
+ * are a floor of.
  */
 #include <cstring>
 #include <mutex>

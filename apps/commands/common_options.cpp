@@ -30,17 +30,17 @@ auto naming(const char* option, const Action& action) {
   }
 }
 
-void expect(bool isSo, const char* expected, float given) {
+void expectNumber(bool isSo, const char* expected, float given) {
   if (isSo) return;
   throw session::UsageError(std::string(expected) + " expected, " + session::shortest(given) +
                             " given");
 }
 
 robot::WorldOptions worldOf(const CommonOptions& options) {
-  expect(options.noise >= 0.0f && std::isfinite(options.noise), "--noise: metres from 0 on",
-         options.noise);
-  expect(options.dropOuts >= 0.0f && options.dropOuts <= 1.0f, "--drop-outs: a share from 0 to 1",
-         options.dropOuts);
+  expectNumber(options.noise >= 0.0f && std::isfinite(options.noise), "--noise: metres from 0 on",
+               options.noise);
+  expectNumber(options.dropOuts >= 0.0f && options.dropOuts <= 1.0f,
+               "--drop-outs: a share from 0 to 1", options.dropOuts);
   robot::WorldOptions world = options.robots.world;
   world.seed = options.seed;
   world.rangeNoise = options.noise;

@@ -38,6 +38,10 @@ std::string orDash(const session::ListedSensor& sensor, Number value, int digits
   return session::fixed(static_cast<float>(value), digits);
 }
 
+std::string typeOf(const session::ListedSensor& sensor) {
+  return sensor.typeName.empty() ? orDash(sensor, sensor.type, 0) : sensor.typeName;
+}
+
 void printKind(int kind, const std::vector<session::ListedSensor>& sensors) {
   std::cout << "Simulated sensors of kind " << kind
             << ".\nMounting in the ground frame (m, rad), ranges in m, apertures in rad.\n";
@@ -64,17 +68,16 @@ void printSensors(const robot::RobotDescription& description, const session::Ope
   const Model::Robot& robot = description.model;
   std::cout << "Robot " << robot.name << " of kind " << robot.kindCode
             << ".\nMounting in the link's frame (m, rad), ranges in m, apertures in rad.\n";
-  outlets::Table table({"family", "sensor", ">type", ">min", ">max", ">aperture", ">keys", "link",
+  outlets::Table table({"family", "sensor", "type", ">min", ">max", ">aperture", ">keys", "link",
                         ">x", ">y", ">z", ">heading", ""});
   for (const auto& sensor : session::sensorsOf(description, robots)) {
     const auto& fov = sensor.fieldOfView;
     const auto& at = sensor.position;
-    table.add({sensor.family.empty() ? "(none)" : sensor.family, sensor.name,
-               orDash(sensor, sensor.type, 0), orDash(sensor, fov.minRange, 2),
-               orDash(sensor, fov.maxRange, 2), orDash(sensor, fov.angularRange, 3),
-               orDash(sensor, sensor.keys, 0), sensor.link, orDash(sensor, at.x, 2),
-               orDash(sensor, at.y, 2), orDash(sensor, at.z, 2), orDash(sensor, sensor.heading, 3),
-               noteOn(sensor)});
+    table.add({sensor.family.empty() ? "(none)" : sensor.family, sensor.name, typeOf(sensor),
+               orDash(sensor, fov.minRange, 2), orDash(sensor, fov.maxRange, 2),
+               orDash(sensor, fov.angularRange, 3), orDash(sensor, sensor.keys, 0), sensor.link,
+               orDash(sensor, at.x, 2), orDash(sensor, at.y, 2), orDash(sensor, at.z, 2),
+               orDash(sensor, sensor.heading, 3), noteOn(sensor)});
   }
   table.dropFirst({"keys", "type", "aperture", "z", "link", "heading", "y", "x", "min"});
   table.print(std::cout, getLineWidth());

@@ -30,6 +30,7 @@ ordered_json describedToJson(const session::ListedSensor& sensor) {
   listed["fieldOfView"].erase("rayCount");
   if (sensor.describedAs.empty()) listed["fieldOfView"] = listed["mounting"] = nullptr;
   listed["type"] = sensor.type;
+  listed["typeName"] = orNull(sensor.typeName, !sensor.typeName.empty());
   listed["memoryKeys"] = sensor.keys;
   listed["link"] = sensor.link;
   return listed;

@@ -51,6 +51,16 @@ void checkName(const SensorConfig& config, const SensorKind& kind,
   faults.push_back({config.name, "its name is that of a family of the robot", "a name of its own"});
 }
 
+// Bumpers become one sensor together; of others that stand for all, only the first is kept.
+void checkFirst(const SensorConfig& config, const SensorKind& kind,
+                std::map<std::string, std::string>& firsts, Faults& faults) {
+  if (!kind.standsForAll || kind.points == PointMeaning::touch) return;
+  const auto [first, isFirst] = firsts.emplace(kind.name, config.name);
+  if (isFirst) return;
+  faults.push_back({config.name, "a second sensor of type " + inQuotes(kind.name) + " is left out",
+                    inQuotes(first->second) + " alone"});
+}
+
 std::set<std::string> familiesOf(const Robot& robot, const SensorKinds& kinds) {
   std::set<std::string> families;
   for (const auto& [name, config] : robot.sensorConfigs) {
@@ -97,6 +107,7 @@ std::vector<DescriptionFault> findDescriptionFaults(const Robot& robot, const Se
   Faults faults;
   detail::KeyOwners owners;
   const std::set<std::string> families = familiesOf(robot, kinds);
+  std::map<std::string, std::string> firsts;
   for (const auto& [name, config] : robot.sensorConfigs) {
     const SensorKind* kind = kinds.findType(config.type);
     if (!kind) {
@@ -104,6 +115,7 @@ std::vector<DescriptionFault> findDescriptionFaults(const Robot& robot, const Se
       continue;
     }
     checkName(config, *kind, families, faults);
+    checkFirst(config, *kind, firsts, faults);
     const std::size_t before = faults.size();
     detail::checkProperties(config, *kind, faults);
     // What is no number is above nothing.

@@ -66,6 +66,7 @@ ListedSensor describe(const Model::SensorConfig& config, const Model::SensorKind
           Math::position3DFromTransform(config.origin),
           headingOf(config.origin),
           config.type,
+          kind ? kind->name : std::string(),
           config.memoryKeys.size(),
           config.parentLink,
           config.name};

@@ -23,6 +23,8 @@ struct ListedSensor {
   float heading = 0.0f;
   // These members are set for described sensors only.
   int type = 0;
+  /** The name of the type's kind; empty if there is none. */
+  std::string typeName = {};
   std::size_t keys = 0;
   std::string link = {};
   /** The name in the description. Several of them may form one sensor; a sensor may have none. */

@@ -48,7 +48,7 @@ TEST_F(ProgramTest, listShowsTheContentOfADescription) {
   const Result result = run({"list", "--robot", path});
   ASSERT_EQ(result.status, 0) << result.error;
   EXPECT_THAT(result.out, testing::ContainsRegex(
-                              "Sonar +Front +9 +0.00 +2.50 +0.000 +1 +base +0.50 +0.00 +0.25"));
+                              "Sonar +Front +Sonar +0.00 +2.50 +0.000 +1 +base +0.50 +0.00 +0.25"));
   EXPECT_THAT(result.out, testing::ContainsRegex("\\(none\\) +Spare +7 "));
   EXPECT_THAT(result.out, testing::ContainsRegex("base#0 +mesh +\\(root\\) +not supported"));
   EXPECT_THAT(result.out, testing::ContainsRegex("mast +cylinder +\\(root\\)\n"));

@@ -1,9 +1,8 @@
-#include "sensor/core/internal/health_board.h"
-
 #include <exception>
 #include <utility>
 
 #include "platform/ko/log.h"
+#include "sensor/core/internal/health_board.h"
 #include "sensor/core/internal/watch_times.h"
 
 // The part of HealthBoard that remembers what each sensor was before, and tells of changes.

@@ -1,6 +1,5 @@
-#include "sensor/core/internal/health_board.h"
-
 #include "platform/ko/internal/time_source.h"
+#include "sensor/core/internal/health_board.h"
 #include "sensor/core/internal/sensor_watch.h"
 #include "sensor/core/internal/watch_times.h"
 

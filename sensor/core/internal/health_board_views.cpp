@@ -1,7 +1,6 @@
-#include "sensor/core/internal/health_board.h"
-
 #include <algorithm>
 
+#include "sensor/core/internal/health_board.h"
 #include "sensor/core/internal/sensor_watch.h"
 #include "sensor/core/internal/watch_times.h"
 

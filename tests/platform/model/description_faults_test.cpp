@@ -106,6 +106,10 @@ TEST(DescriptionFaults, nameTheGivenAndTheExpectedValue) {
       // names
       {sonar("Laser") + laser("L"),
        {"Laser: its name is that of a family of the robot, a name of its own expected"}},
+      {sensor("A", "DepthCamera", kRange + property("verticalAngularRange", "0.8")) +
+           sensor("B", "DepthCamera", kRange + property("verticalAngularRange", "0.8")) +
+           sensor("C", "Touch", "") + sensor("D", "Touch", ""),
+       {R"(B: a second sensor of type "DepthCamera" is left out, "A" alone expected)"}},
       // numbers of keys
       {sonar("S", key("B")), {"S: 2 memory keys, 1 (range (m)) expected"}},
       {laser("L", key("L/Z")),
