@@ -22,6 +22,7 @@ import matplotlib.pyplot as plt  # noqa: E402
 
 PAGE = "docs/performance-notes.md"
 PLOTS = "docs/figures"
+DARK_STYLE = "@media (prefers-color-scheme: dark) {svg {filter: invert(0.9) hue-rotate(180deg)}}"
 BY_HAND = "Measured by hand"
 SECONDS = {"ns": 1e-9, "us": 1e-6, "ms": 1e-3, "s": 1.0}
 NOT_COUNTERS = {
@@ -218,6 +219,15 @@ def draw(points, x_label, y_label, path):
     sheet.patch.set_facecolor("white")
     sheet.savefig(path, metadata={"Date": None})
     plt.close(sheet)
+    follow_theme(path)
+
+
+def follow_theme(path):
+    """Adds a style with which a figure is dark where the reader's theme is."""
+    with open(path, encoding="utf-8") as file:
+        text = file.read()
+    with open(path, "w", encoding="utf-8") as file:
+        file.write(text.replace("</style>", DARK_STYLE + "</style>", 1))
 
 
 def machine(context):
