@@ -60,7 +60,7 @@ if(EXISTS ${include}/outlets)
   run(${work}/cliff/try_unit ${cliff}/courier.urdf)
   # The program, with the sensor that is not the library's: COMMAND OPTION...|what it must say
   foreach(row
-      "list|FrontCliff +40"
+      "list|FrontCliff +Cliff"
       "check|FrontCliff +Cliff +works"
       "check --fault FrontCliff:off|FrontCliff +Cliff +no record"
       "read --pose 3.5,6.3,0 --format json|FrontCliff.*Cliff"

@@ -108,13 +108,14 @@ std::string describeSound(const HealthFinding& finding) {
   }
 }
 
-// An error's line break becomes a blank.
-std::string inOneParagraph(std::string text) {
-  for (auto at = text.find('\n'); at != std::string::npos; at = text.find('\n', at)) {
-    const bool isBlankBefore = at > 0 && text[at - 1] == ' ';
-    text.replace(at, 1, isBlankBefore ? "" : " ");
+// An error's line break becomes a blank, and none after a blank.
+std::string inOneParagraph(const std::string& text) {
+  std::string paragraph;
+  for (const char letter : text) {
+    const bool isBreak = letter == '\n';
+    if (!isBreak || !paragraph.ends_with(' ')) paragraph += isBreak ? ' ' : letter;
   }
-  return text;
+  return paragraph;
 }
 
 }  // namespace
