@@ -125,6 +125,8 @@ test('the planned route is drawn around its corners, and the robot in its outlin
   const bodies = [];
   for (const outline of [[], [[1, -1], [1, 1], [-1, 1], [-1, -1]]]) {
     relay.tell({ ...relay.last.hello, outline });
+    await show({}, 10);
+    await untilStill();
     bodies.push((await findChangeBy({ pose: { x: 15.5, y: 6, theta: 0 } }, 10)).amount);
   }
   assert.ok(bodies[1] > 1.5 * bodies[0], `${bodies}`);
