@@ -1,5 +1,6 @@
 #include "apps/help_formatter.h"
 
+#include <algorithm>
 #include <sstream>
 
 #include "apps/output/notes.h"
@@ -21,7 +22,8 @@ void foldLine(std::string line, std::size_t width, std::ostream& out) {
     std::size_t end = line.rfind(' ', width);
     if (end == std::string::npos || line.find_first_not_of(' ') >= end || end <= hang) break;
     out << line.substr(0, end) << '\n';
-    line = std::string(hang, ' ') + line.substr(line.find_first_not_of(' ', end));
+    const std::size_t next = std::min(line.find_first_not_of(' ', end), line.size());
+    line = std::string(hang, ' ') + line.substr(next);
   }
   out << line << '\n';
 }

@@ -22,6 +22,7 @@ class RouteSearch {
     if (!isInside(start) || !isInside(end) || cells.at(end).room < radius) return {};
     if (!search(start, end)) return {};
     std::vector<Math::Position2D> route = straighten(cellsTo(end));
+    if (route.empty()) return {};
     route.front() = from;
     route.back() = to;
     return route;
@@ -85,7 +86,9 @@ class RouteSearch {
     for (std::size_t i = 0; i < way.size();) {
       route.push_back(map.getCellCentre(way[i].x, way[i].y));
       std::size_t next = i + 1;
-      while (next + 1 < way.size() && isStraight(way[i], way[next + 1])) ++next;
+      // A straight stretch is walked once for each of its cells.
+      while (!isGivenUp && next + 1 < way.size() && isStraight(way[i], way[next + 1])) ++next;
+      if (isGivenUp) return {};
       i = next;
     }
     if (route.size() == 1) route.push_back(route.front());

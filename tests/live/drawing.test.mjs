@@ -138,6 +138,8 @@ test('errors that differ only in figures stand in one line, with their number', 
   for (const seconds of [0.1, 0.2]) tell(seconds, `no posture is known at ${(29.15 + seconds).toFixed(2)} s`);
   await live.page.locator('.log-line').last().getByText('3 times LaserSensor xGetData no posture is known at 29.35 s').waitFor();
   assert.equal(await live.page.locator('.log-line').getByText('no posture is known').count(), 1);
+  for (const name of ['Laser1', 'Laser2']) tell(1, `${name} failed`);
+  await live.page.locator('.log-line').getByText('Laser1 failed').waitFor();
   tell(9, 'no posture is known at 38.15 s');
   await live.page.locator('.log-line').last().getByText('xGetData no posture is known at 38.15 s').waitFor();
 });

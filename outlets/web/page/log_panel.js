@@ -8,6 +8,8 @@ const LEVELS = ['verbose', 'info', 'warning', 'error', 'fatal'];
 const KEPT = 500;
 const NEAR_END = 24;
 const MAY_REPEAT = ['warning', 'error'];
+// Not the digits of a name: Laser1, scan_2, sonar-3.
+const FIGURE = /(?<![\w./]|\w-)\d+(\.\d+)?/g;
 const TOGETHER = 5e9;  // ns between two lines
 
 export class LogPanel {
@@ -40,9 +42,9 @@ export class LogPanel {
   #addLine(line) {
     const element = lineOf(line);
     if (MAY_REPEAT.includes(line.level)) {
-      const sort = [line.level, line.category, line.method, line.message.replace(/\d+(\.\d+)?/g, '#')].join(' ');
+      const sort = [line.level, line.category, line.method, line.message.replace(FIGURE, '#')].join(' ');
       const earlier = this.#repeated.get(sort);
-      const isNear = earlier?.element.isConnected && line.time - earlier.time < TOGETHER;
+      const isNear = earlier?.element.isConnected && Math.abs(line.time - earlier.time) < TOGETHER;
       const times = isNear ? earlier.times + 1 : 1;
       if (isNear) earlier.element.remove();
       if (times > 1) element.lastChild.prepend(make('span', 'log-times', `${times} times `));

@@ -36,6 +36,9 @@ dds_entity_t makeDomain(const GraphOptions& options) {
   if (!options.configuration.empty())
     return checked(result, "a configuration of Cyclone DDS in CYCLONEDDS_URI expected, \"" +
                                options.configuration + "\" given");
+  if (result < 0 && !options.networkInterface.empty())
+    throw std::invalid_argument("a network interface that is up expected, \"" +
+                                options.networkInterface + "\" given");
   return checked(result, "a network interface that is up expected, none found");
 }
 
