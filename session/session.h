@@ -145,8 +145,9 @@ class QV_API Session {
   std::optional<ko::Duration> getLength() const;
   /**
    * Goes to a time of a recording, counted from its start; UsageError without getLength(). Going
-   * back replays from the start with a new manager. All subscriptions end, and so do references
-   * and pointers from getManager() and getDescription(). Subscribe and call setDemand() again.
+   * back replays from the start with a new manager and broker. All subscriptions end, and so do
+   * references and pointers from getManager() and getDescription(). Subscribe and call setDemand()
+   * again.
    */
   void seek(ko::Duration sinceStart);
 

@@ -45,10 +45,11 @@ struct HealthInside;
  *   ScopedSubscription. No call may run during destruction.
  * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing
  *   may.
- * - Errors: an exception of a start or stop of hardware reaches the caller at once. After a start
- *   the subscriber stays on that sensor, later names are not handled, and the refresh is not
- *   started: subscribe again, which retries the start, or call lookAgain(). A ScopedSubscription
- *   undoes all. A sensor that throws while it is read is logged; the other records are returned.
+ * - Errors: an exception of a start or stop of hardware reaches the caller at once. If a start
+ *   throws, the subscriber stays on that sensor, later sensors are left out, and the refresh is not
+ *   started. Subscribe again, which retries the start; or call lookAgain() for those that run. A
+ *   ScopedSubscription undoes all. A sensor that throws while it is read is logged; the other
+ *   records are returned.
  *
  * The distance of each point of the sonars:
  *
