@@ -47,7 +47,8 @@ struct SessionParts;
  *   simulated time may exist at a time.
  * - Threads: subscribe, unsubscribe, enable and diagnose are thread-safe. All other functions are
  *   for the thread that opened the session.
- * - Errors: UsageError if the robot can't do it; exceptions of hardware reach the caller.
+ * - Errors: UsageError for an unknown sensor or family, and if the robot can't do it; exceptions of
+ *   hardware reach the caller.
  *
  * Driving for a minute, then the nearest obstacle of each sensor:
  *
@@ -101,7 +102,8 @@ class QV_API Session {
   void setDemand(const Demand& demand);
 
   /**
-   * Drives by hand, m/s and rad/s. The command expires after 0.5 s of real time: see keepPace().
+   * Drives by hand, m/s and rad/s, until another command. keepPace() ends it after 0.5 s of its
+   * `machine` time; run() and step() do not.
    */
   void drive(float forward, float turn);
   /**
@@ -117,7 +119,7 @@ class QV_API Session {
    * robot follows exactly. Other robots may lag; the path does not wait for them.
    */
   double follow(const std::vector<Math::Position2D>& path, double speed, double turnSpeed);
-  /** Drives about in free space. Only a virtual robot does; others stop. */
+  /** Drives about in free space. Only a virtual robot does; others stop, without an error. */
   void wander();
   void stop();
   /** Moves the robot to a pose in M at once. */
@@ -138,11 +140,14 @@ class QV_API Session {
   bool step();
   /** The played share of a recording, 0 to 1. */
   double getShareDone() const;
-  /** Returns the length of a recording; std::nullopt for other sessions. */
+  /** Returns the length of an MCAP or rosbag2 recording; std::nullopt for all other sessions, also
+   * for those of logs. */
   std::optional<ko::Duration> getLength() const;
   /**
-   * Goes to a time of a recording, counted from its start. Going back replays from the start; then
-   * subscriptions at the manager must be made again, but not those of setDemand().
+   * Goes to a time of a recording, counted from its start; UsageError without getLength(). Going
+   * back replays from the start with a new manager and broker. All subscriptions end, and so do
+   * references and pointers from getManager() and getDescription(). Subscribe and call setDemand()
+   * again.
    */
   void seek(ko::Duration sinceStart);
 

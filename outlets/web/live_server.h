@@ -45,8 +45,8 @@ class QV_API LiveServer {
   /** Adds an outlet: it gets a snapshot ten times a second. */
   void add(std::shared_ptr<Outlet> outlet);
 
-  /** Subscribes as "live view", as long as the session lasts. Throws UsageError for an unknown
-   * name. */
+  /** Subscribes as "live view", until the session ends or its recording is played from the start
+   * again. Throws UsageError for an unknown name. */
   void subscribe(const std::set<std::string>& sensorsOrFamilies);
 
   /** Runs the session for about 20 ms, executes the clients' commands and sends them the news.

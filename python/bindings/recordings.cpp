@@ -76,7 +76,8 @@ Takes a snapshot after the last step; in another robot's recording, with the rec
            R"(compare() -> RecordDifference | None
 
 Compares the records, made anew, with the recorded ones of the last step. Returns the first difference;
-None if they are equal bit for bit, or if SessionRecorder did not make the recording.)")
+None if they are equal bit for bit, if that step has no recorded records, or if SessionRecorder did
+not make the recording.)")
       .def_property_readonly("is_own", toldOfReplay<&SessionReplay::isOwn>(),
                              "bool: True if SessionRecorder made the recording.")
       .def_property_readonly("time", toldOfReplay<&SessionReplay::getTime>(),

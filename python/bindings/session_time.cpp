@@ -82,10 +82,11 @@ void bindPlaying(SessionClass& type) {
   type.def("seek", &seek, "since_start"_a,
            R"(seek(since_start: int) -> None
 
-Goes to a time of a recording, nanoseconds from its start. Going back replays from the start; then all
-subscriptions except those of `set_demand` must be made again. Raises ValueError for other sessions.)")
+Goes to a time of a recording, nanoseconds from its start. Going back replays from the start with a
+new manager: subscribe again, and call `set_demand` again. Raises ValueError if `length` is None.)")
       .def_property_readonly("length", told<&Session::getLength>(),
-                             "int | None: The length of a recording, nanoseconds; else None.")
+                             "int | None: The length of an MCAP or rosbag2 recording, nanoseconds; "
+                             "else None.")
       .def_property_readonly("share_done", told<&Session::getShareDone>(),
                              "float: The played share of a recording, 0 to 1.");
 }

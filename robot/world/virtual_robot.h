@@ -28,8 +28,9 @@ class UnitFactory;
  * A complete robot in this process: all modules that sensors call, with the names of a real robot,
  * and a body that drives, measures and collides in an occupancy map.
  *
- * It uses ko::Clock. Create a SimulatedTime before the robot and destroy it after the robot: then
- * runs with the same seed are identical. Map cells above 0.4, and so unknown ones, are solid.
+ * It runs by ko::Clock: in real time, or in simulated time if a SimulatedTime is created before it
+ * and destroyed after it. In simulated time, runs with the same seed are identical. Map cells above
+ * 0.4, and so unknown ones, are solid.
  *
  * - Frames: M is the map; R the root link, whose pose in M is the robot's; G the ground frame,
  *   which is R here.
@@ -112,7 +113,7 @@ class QV_API VirtualRobot {
    * which they were set. */
   std::vector<Fault> getFaults() const;
 
-  /** The fault that a sensor has now; nothing if it has none. */
+  /** The fault that a sensor has now; nothing if it has none, and for an unknown name. */
   std::optional<FaultKind> findFault(const std::string& sensor) const;
 
   /** The sensors that can be made to fail, faulty now or not. With a depth camera also

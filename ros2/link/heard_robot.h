@@ -48,8 +48,9 @@ struct QV_API HeardRobotOptions {
  *
  * - Frames: those of the graph's tf; records as those of RealSensorManager.
  * - Units: those of the messages: metres, radians, m/s, rad/s.
- * - Lifetime: not copyable. The constructor takes up to 5 s, to discover topics. With /clock the
- *   caller must own and advance a ko::SimulatedTime.
+ * - Lifetime: not copyable. The constructor takes up to 11 s: 2 s for topics, then 3 s each for
+ *   /clock, the map and the sensors' first messages. With /clock the caller must own and advance a
+ *   ko::SimulatedTime.
  * - Threads: thread-safe.
  * - Errors: malformed messages are refused and logged.
  */

@@ -31,7 +31,7 @@ struct QV_API RecordDifference {
  * SessionRecorder: its inputs go into a robot's modules again and the library makes the records
  * anew. A recording of another robot (MCAP, or rosbag2's folder or SQLite file): its LaserScan,
  * Range, depth Image, PointCloud2, odometry and tf go to sensors that are derived from the topics.
- * After construction it is before the first step.
+ * The constructor plays no step; getSession().step() plays one.
  *
  * - Frames, units: those of the records; times count from the recording's start.
  * - Lifetime: not copyable; it owns its session.
@@ -81,7 +81,7 @@ class QV_API SessionReplay {
   session::Snapshot look() const;
 
   /** Compares the records with the recorded snapshot of the last step; std::nullopt if they are
-   * equal, bit for bit. */
+   * equal, bit for bit, and also if that step has no recorded snapshot: see getLookCount(). */
   std::optional<RecordDifference> compare() const;
 
   /** Returns the time since the recording began. */

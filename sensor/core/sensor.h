@@ -78,8 +78,10 @@ class QV_API Sensor {
 
  public:
   /**
-   * Adds a subscriber; false if it has subscribed already. The first one starts the hardware. A
-   * failed start does not change the result; it sets the diagnosis to bad.
+   * Adds a subscriber; false if it has subscribed already. Starts the hardware if it does not run
+   * and the sensor is enabled and has a good diagnosis, also for a known subscriber: a start that
+   * threw is tried again. A start that returns false does not change the result; it sets the
+   * diagnosis to bad.
    */
   bool subscribe(const std::string& subscriberName);
   /** Removes a subscriber; false if it had not subscribed. The last one stops the hardware. */

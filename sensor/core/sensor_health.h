@@ -26,8 +26,8 @@ enum class HealthState {
   late,
   /** No records come, without a good reason; or a reading or a start hangs. */
   silent,
-  /** A reading throws, the hardware did not start or stop, the diagnosis is bad, or the sensor
-   * could not be built. */
+  /** A reading throws, the hardware did not start or stop, a stop hangs, the diagnosis is bad, or
+   * the sensor could not be built. */
   failing
 };
 constexpr std::size_t kHealthStateCount = 9;

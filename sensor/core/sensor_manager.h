@@ -39,13 +39,17 @@ struct HealthInside;
  *   transform of a record places S in G, that of a simulated sensor in M.
  * - Units: metres, radians, nanoseconds of ko::Clock.
  * - Special values: an unknown name gives false or an empty result. subscribe(), unsubscribe(),
- *   enableSensorOrFamily(), setHealthLimit() and getHealth() also log it.
+ *   enableSensorOrFamily(), getSensorsByFamily(), getSensorPtr(), setHealthLimit() and getHealth()
+ *   also log it.
  * - Lifetime: not copyable. Subscriptions end with unsubscribe(), not with the caller: see
  *   ScopedSubscription. No call may run during destruction.
  * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing
  *   may.
- * - Errors: an exception of a start or stop of hardware reaches the caller. A sensor that throws
- *   while it is read is logged; the other records are returned.
+ * - Errors: an exception of a start or stop of hardware reaches the caller at once. If a start
+ *   throws, the subscriber stays on that sensor, later sensors are left out, and the refresh is not
+ *   started. Subscribe again, which retries the start; or call lookAgain() for those that run. A
+ *   ScopedSubscription undoes all. A sensor that throws while it is read is logged; the other
+ *   records are returned.
  *
  * The distance of each point of the sonars:
  *
@@ -181,7 +185,8 @@ class QV_API SensorManager {
   float getKindParameter() const { return kindParameter; }
 
  protected:
-  /** The next five need a known name; they log an error for any other. */
+  /** The next five need a known name. For any other they return false; all but xEnableSensor() also
+   * log an error. */
   bool xSubscribeToFamily(const std::string& subscriber, const std::string& family);
   bool xSubscribeToSensor(const std::string& subscriber, const std::string& sensorName);
   bool xUnsubscribeFromFamily(const std::string& subscriber, const std::string& family);

@@ -52,7 +52,7 @@ export const HELP = {
   noisy: 'Too many of its measurements are impossible.',
   late: 'Its records are too old.',
   silent: 'It gives no records, without a good reason; or its reading or start hangs.',
-  failing: 'Its reading throws, its hardware failed to start or stop, or its diagnosis is bad.',
+  failing: 'Its reading throws, its hardware failed to start or stop, its stop hangs, its diagnosis is bad, or it could not be built.',
 };
 
 export const FAULTS = {
