@@ -12,7 +12,7 @@ constexpr ko::Duration kPeriod{100'000'000};
 // The stop command is repeated, but not for ever.
 constexpr ko::Duration kStanding{500'000'000};
 // Subscribers that are there are found sooner.
-constexpr std::chrono::seconds kUnheeded{1};
+constexpr ko::Duration kUnheeded{1'000'000'000};
 
 }  // namespace
 
@@ -24,9 +24,9 @@ void HeardDrive::set(const Math::Pose2D& newVelocity) {
     stamped = node.publish(topic, geometry_msgs::TwistStamped::getType());
   }
   if (newVelocity == velocity) return;
-  if (velocity == Math::Pose2D()) heeded = std::chrono::steady_clock::now();
   velocity = newVelocity;
   changed = ko::Clock::now();
+  if (!sent) heeded = changed;
   xSend();
 }
 
@@ -41,7 +41,7 @@ void HeardDrive::repeat() {
 }
 
 void HeardDrive::xLookForReaders() {
-  const auto now = std::chrono::steady_clock::now();
+  const auto now = ko::Clock::now();
   const bool hasReaders = plain->getReaderCount() + stamped->getReaderCount() > 0;
   if (hasReaders || velocity == Math::Pose2D()) heeded = now;
   if (hasReaders) isMissed = false;

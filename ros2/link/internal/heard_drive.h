@@ -1,6 +1,5 @@
 #pragma once
 
-#include <chrono>
 #include <memory>
 #include <mutex>
 #include <optional>
@@ -42,9 +41,8 @@ class HeardDrive {
   Math::Pose2D velocity;
   ko::Clock::time_point changed;
   std::optional<ko::Clock::time_point> sent;
-  /** The last time at which somebody subscribed to it, or no command moved the robot: of the
-   * machine, as discovery takes real time. */
-  std::chrono::steady_clock::time_point heeded;
+  /** The last time at which somebody subscribed to it, or no command moved the robot. */
+  ko::Clock::time_point heeded;
   bool isMissed = false;
 };
 
