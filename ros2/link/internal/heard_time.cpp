@@ -31,21 +31,25 @@ std::int64_t nanosecondsOf(const builtin_interfaces::Time& time) {
 }  // namespace
 
 void HeardTime::setClock(const builtin_interfaces::Time& time) {
-  const std::lock_guard lock(mutex);
-  clock = nanosecondsOf(time);
-  if (!left) return;
-  // A last message may come after its publisher has gone, a first one before it is known.
-  left = MachineClock::now();
-  if (!isPublished) return;
-  left.reset();
+  {
+    const std::lock_guard lock(mutex);
+    clock = nanosecondsOf(time);
+    if (!left) return;
+    // A last message may come after its publisher has gone, a first one before it is known.
+    left = MachineClock::now();
+    if (!isPublished) return;
+    left.reset();
+  }
   ko::log::info("ROS2.Time", "setClock") << "/clock: published again";
 }
 
 void HeardTime::setPublished(bool on) {
-  const std::lock_guard lock(mutex);
-  isPublished = on;
-  if (on || !clock || left) return;
-  left = MachineClock::now();
+  {
+    const std::lock_guard lock(mutex);
+    isPublished = on;
+    if (on || !clock || left) return;
+    left = MachineClock::now();
+  }
   ko::log::warning("ROS2.Time", "setPublished")
       << "/clock: nobody publishes it any more: time goes on by the machine's clock";
 }
@@ -71,24 +75,20 @@ std::int64_t HeardTime::xRead() const {
   return clock.value_or(0) + since.count();
 }
 
-ko::Clock::time_point HeardTime::xNow() {
+ko::Clock::time_point HeardTime::now() {
+  std::unique_lock lock(mutex);
   const std::int64_t there = xRead();
   const ko::Clock::time_point time{ko::Duration(there - offset)};
   const ko::Duration step = time - last;
-  if (step < -kLongStepBack || step > kLongGap) {
-    ko::log::warning("ROS2.Time", "now")
-        << "the clock of the graph has leapt by " << fixed(inSeconds(step), 1)
-        << " s: time goes on from where it was";
-    offset = there - last.time_since_epoch().count();
-    return last;
-  }
-  last = std::max(last, time);
-  return last;
-}
-
-ko::Clock::time_point HeardTime::now() {
-  const std::lock_guard lock(mutex);
-  return xNow();
+  if (step >= -kLongStepBack && step <= kLongGap) return last = std::max(last, time);
+  offset = there - last.time_since_epoch().count();
+  const auto result = last;
+  // Whoever hears the log may ask for the time.
+  lock.unlock();
+  ko::log::warning("ROS2.Time", "now")
+      << "the clock of the graph has leapt by " << fixed(inSeconds(step), 1)
+      << " s: time goes on from where it was";
+  return result;
 }
 
 builtin_interfaces::Time HeardTime::getStamp() {
@@ -101,9 +101,10 @@ ko::Clock::time_point HeardTime::date(const builtin_interfaces::Time& stamp) {
   const auto now = ko::Clock::now();
   const std::int64_t there = nanosecondsOf(stamp);
   if (there == 0) return now;
-  const std::lock_guard lock(mutex);
+  std::unique_lock lock(mutex);
   const ko::Clock::time_point time{ko::Duration(there - offset)};
-  const ko::Duration age = xNow() - time;
+  lock.unlock();
+  const ko::Duration age = this->now() - time;
   if (age > kOldest || age < -kFarthestAhead)
     throw std::runtime_error("a stamp of the last 10 s expected, one " +
                              fixed(std::abs(inSeconds(age)), 1) +

@@ -41,7 +41,6 @@ class QV_API HeardTime {
 
  private:
   std::int64_t xRead() const;
-  ko::Clock::time_point xNow();
 
   const Source source;
   mutable std::mutex mutex;
