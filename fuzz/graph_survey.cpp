@@ -6,10 +6,9 @@
 #include <optional>
 #include <stdexcept>
 
+#include "fuzz/quiet_run.h"
 #include "fuzz/sound_message.h"
 #include "fuzz/value_decoder.h"
-#include "platform/ko/log.h"
-#include "platform/ko/simulated_time.h"
 #include "platform/model/model_utils.h"
 #include "ros2/link/internal/heard_time.h"
 #include "ros2/messages/scene_msgs.h"
@@ -154,13 +153,6 @@ void read(const std::uint8_t* data, std::size_t size) {
 }  // namespace
 }  // namespace QV::fuzz
 
-extern "C" const char* __asan_default_options() {
-  return QV::fuzz::kQuick;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const bool isQuiet = (ko::log::setLevel(ko::log::Level::silent), true);
-  static const ko::SimulatedTime time;
-  if (isQuiet) QV::fuzz::read(data, size);
-  return 0;
+  return QV::fuzz::runQuietly(QV::fuzz::read, data, size);
 }

@@ -7,10 +7,9 @@
 #include <set>
 #include <span>
 
+#include "fuzz/quiet_run.h"
 #include "fuzz/sound_message.h"
 #include "fuzz/value_decoder.h"
-#include "platform/ko/log.h"
-#include "platform/ko/simulated_time.h"
 #include "platform/middleware/qv_memory_proxy.h"
 #include "platform/model/model_utils.h"
 #include "ros2/messages/scene_msgs.h"
@@ -185,16 +184,11 @@ void describeRobot(std::span<const std::uint8_t> input) {
 }  // namespace
 }  // namespace QV::fuzz
 
-extern "C" const char* __asan_default_options() {
-  return QV::fuzz::kQuick;
-}
-
 extern "C" int LLVMFuzzerTestOneInput(const std::uint8_t* data, std::size_t size) {
-  static const bool isQuiet = (ko::log::setLevel(ko::log::Level::silent), true);
-  static const ko::SimulatedTime time;
-  if (!isQuiet) return 0;
-  QV::fuzz::tellRobot({data, size});
-  // To describe a robot takes longer than to tell it something.
-  if (QV::fuzz::isOneOf(64, data, size)) QV::fuzz::describeRobot({data, size});
-  return 0;
+  const auto read = [](const std::uint8_t* first, std::size_t count) {
+    QV::fuzz::tellRobot({first, count});
+    // To describe a robot takes longer than to tell it something.
+    if (QV::fuzz::isOneOf(64, first, count)) QV::fuzz::describeRobot({first, count});
+  };
+  return QV::fuzz::runQuietly(read, data, size);
 }
