@@ -34,10 +34,10 @@ struct SessionParts;
 /**
  * Controls one robot: simulated, virtual, recorded or from a ROS 2 graph.
  *
- * Open one with the functions of open.h. All robots have this interface, but a recording can't be
- * driven or moved, a robot on a graph can't be moved, only a virtual robot has faults and wanders,
- * and a goal needs a map. Time advances in run(), step(), keepPace() and seek(), and while hardware
- * starts.
+ * Open one with the functions of open.h. All robots have this interface. But a recording can't be
+ * driven, setPose() works neither for a recording nor for a robot on a graph, only a virtual robot
+ * has faults and wanders, and a goal needs a map. Time advances in run(), step(), keepPace() and
+ * seek(), and while hardware starts.
  *
  * - Frames: poses and positions are in the map M; without a map, in the frame of the log, of tf or
  *   of the odometry. Records are as its manager gives them; getFrame() tells the frame in which
@@ -102,8 +102,8 @@ class QV_API Session {
   void setDemand(const Demand& demand);
 
   /**
-   * Drives by hand, m/s and rad/s, until another command. keepPace() ends it after 0.5 s of its
-   * `machine` time; run() and step() do not.
+   * Drives by hand, m/s and rad/s, until another command. keepPace() ends it after 0.5 s of real
+   * time, as its caller counts it; run() and step() do not.
    */
   void drive(float forward, float turn);
   /**

@@ -25,7 +25,8 @@ using CheckedSensors = std::vector<session::CheckedSensor>;
 
 constexpr char kCheckFooter[] =
     "A sensor works if it starts, its records come without a gap, none is older than 0.4 s, no\n"
-    "point is impossible, and its points change when the robot turns on the spot.\n"
+    "point is impossible, and its points change when the robot turns on the spot (not tested on\n"
+    "a ROS 2 graph).\n"
     "The check can't notice plausible but wrong ranges, late ranges with fresh timestamps, wrong\n"
     "answers of a blind zone, a dead bumper or a dead people detector.\n"
     "Column health: the library's verdict at the end of the check.\n"

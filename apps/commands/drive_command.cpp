@@ -194,7 +194,7 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
   command->footer(
       "With --kind the robot follows the path also through walls, with a warning; a virtual robot\n"
       "stops at them. The exit status is 1 if the robot did not reach the end of the path, or a\n"
-      "subscribed sensor gave no record.");
+      "subscribed sensor gave no record and is not sound.");
   addWorld(*command, *options);
   command->add_option("--path", options->path, "positions \"x,y x,y ...\" in the map (m)")
       ->type_name("X,Y...")

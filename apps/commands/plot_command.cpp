@@ -27,7 +27,7 @@ void addPlotCommand(CLI::App& program, const session::OpenOptions& robots, int& 
   auto options = optionsFor<CommonOptions>(robots);
   auto output = std::make_shared<std::string>("scan.png");
   CLI::App* command = program.add_subcommand("plot", "Draw one reading over the map, as a PNG");
-  command->footer("The exit status is 1 if a subscribed sensor gave no record.");
+  command->footer("The exit status is 1 if a subscribed sensor gave no record and is not sound.");
   addWorld(*command, *options);
   addPose(*command, *options);
   addSubscriptions(*command, *options);

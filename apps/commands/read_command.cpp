@@ -27,7 +27,7 @@ int read(const CommonOptions& options) {
 void addReadCommand(CLI::App& program, const session::OpenOptions& robots, int& status) {
   auto options = optionsFor<CommonOptions>(robots);
   CLI::App* command = program.add_subcommand("read", "Read the sensors once, at one pose");
-  command->footer("The exit status is 1 if a subscribed sensor gave no record.");
+  command->footer("The exit status is 1 if a subscribed sensor gave no record and is not sound.");
   addWorld(*command, *options);
   addPose(*command, *options);
   addSubscriptions(*command, *options);

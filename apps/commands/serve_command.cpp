@@ -130,7 +130,7 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
   options->graph.addTo(*command);
   command
       ->add_option("--speed,--pace", options->speed,
-                   "seconds of the session per second of real time, or max: as fast as possible")
+                   "seconds of the session per second of real time, 0.1 to 100, or max: 100")
       ->capture_default_str();
   addServer(*command, options->server);
   command->callback([options, &status] {

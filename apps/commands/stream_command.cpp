@@ -27,7 +27,7 @@ namespace {
 constexpr char kStreamFooter[] =
     "Writes each record once, in a line of its own, when it arrives. Times are the\n"
     "robot's, or with --from-ros2 the graph's. The stream ends with Ctrl-C or after --for; then\n"
-    "the exit status is 1 if a subscribed sensor gave no record.";
+    "the exit status is 1 if a subscribed sensor gave no record and is not sound.";
 
 struct StreamOptions : CommonOptions {
   OutputFiles output{"-"};

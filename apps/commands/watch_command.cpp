@@ -28,7 +28,8 @@ constexpr char kWatchFooter[] =
     "subscribe, enable or diagnose it. The last error of a sensor stays until the next one. Bad\n"
     "sensors are red. The screen updates 10 times a second. Ctrl-Z stops the program, fg "
     "continues\n"
-    "it. The exit status of --once is 1 if a subscribed sensor gave no record.";
+    "it. The exit status of --once is 1 if a subscribed sensor gave no record and is not\n"
+    "sound.";
 
 struct WatchOptions : CommonOptions {
   bool once = false;

@@ -12,9 +12,9 @@
 namespace ko {
 
 /**
- * Calls a function periodically on the threads of the event loop, without a strand; never two calls
- * of one task at once. An exception of the callback is logged as an error of "ko.PeriodicTask", and
- * the task goes on. Thread-safe, also from the callback.
+ * Calls a function periodically on the threads of ko's pool. Several tasks may run at once, but
+ * never two calls of one task. An exception of the callback is logged as an error of
+ * "ko.PeriodicTask", and the task goes on. Thread-safe, also from the callback.
  *
  * Settings can be changed while the task is stopped; the setters throw std::logic_error otherwise.
  */

@@ -24,7 +24,8 @@ class SimulatedScheduler;
  *   their futures count as cancelled, their tasks as stopped.
  * - Threads: only the owner calls it. A sleep on the owner's thread advances the time and runs due
  *   calls. A callback that sleeps is not entered again meanwhile. Sleeps on other threads end when
- *   the owner has advanced far enough, or when the scope ends. Callbacks may call all operations.
+ *   the owner has advanced far enough, or when the SimulatedTime ends. Callbacks may call all
+ * operations.
  * - Errors: std::logic_error for a second one in the process, and for an operation on another
  *   thread.
  *

@@ -19,8 +19,8 @@ class QVProxy;
 /**
  * The middleware's switchboard: holds modules by name and carries every call to them.
  *
- * Each call of each proxy passes through call(), and each proxy is made after isModulePresent(): a
- * broker of a derived class can see, fail or delay every call.
+ * Each call of each proxy passes through call(), and a proxy's constructor asks isModulePresent()
+ * first. So a broker of a derived class can see every call, delay it or let it fail.
  *
  * - Lifetime: owned by a shared pointer. Proxies do not keep it alive; a ScopedModule does.
  * - Threads: thread-safe. It holds no lock while a method runs, so several threads may be in one

@@ -11,7 +11,7 @@ namespace QV::Model {
 
 /** The meaning of the points of a kind's records. Health and drawing depend on it. */
 enum class PointMeaning {
-  /** An obstacle somewhere on the arc through the points. Beyond the maximum range: no echo. */
+  /** An obstacle somewhere on the arc through the points. From the maximum range on: no echo. */
   arc,
   /** The ends of beams in the sensor's plane. A beam at the maximum range, or without a point, met
    * nothing. */
@@ -66,7 +66,7 @@ QV_API const std::vector<PropertyRule>& commonProperties();
 /** The content of a memory key, for readers other than the sensor: recorder and graph. */
 enum class KeyContent {
   other,
-  /** Metres; beyond the maximum range: nothing. */
+  /** Metres; from the maximum range on: nothing. */
   range,
   /** Alternately x and y of points in the sensor's frame, metres. */
   coordinates,

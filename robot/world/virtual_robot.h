@@ -29,8 +29,8 @@ class UnitFactory;
  * and a body that drives, measures and collides in an occupancy map.
  *
  * It runs by ko::Clock: in real time, or in simulated time if a SimulatedTime is created before it
- * and destroyed after it. In simulated time, runs with the same seed are identical. Map cells above
- * 0.4, and so unknown ones, are solid.
+ * and destroyed after it. In simulated time, runs with the same seed are identical. Map cells with
+ * an occupancy above 0.4 are solid, and unknown ones, whose occupancy is 0.5.
  *
  * - Frames: M is the map; R the root link, whose pose in M is the robot's; G the ground frame,
  *   which is R here.

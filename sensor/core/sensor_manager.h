@@ -35,8 +35,9 @@ struct HealthInside;
  * name means the family. Two managers derive from it: SimulatedSensorManager for rays in a map, and
  * RealSensorManager for the modules of a robot, real or virtual. You can derive your own.
  *
- * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S. The
- *   transform of a record places S in G, that of a simulated sensor in M.
+ * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S,
+ *   but for simulated sensors, whose rays ignore the mounting. The transform of a record places S
+ *   in G, that of a simulated sensor in M.
  * - Units: metres, radians, nanoseconds of ko::Clock.
  * - Special values: an unknown name gives false or an empty result. subscribe(), unsubscribe(),
  *   enableSensorOrFamily(), getSensorsByFamily(), getSensorPtr(), setHealthLimit() and getHealth()
@@ -45,7 +46,8 @@ struct HealthInside;
  *   ScopedSubscription. No call may run during destruction.
  * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing
  *   may.
- * - Errors: an exception of a start or stop of hardware reaches the caller at once. If a start
+ * - Errors: if a module fails, a sensor of the library logs it and gets a bad diagnosis; others go
+ *   on. An exception from the start or stop of another class reaches the caller at once. If a start
  *   throws, the subscriber stays on that sensor, later sensors are left out, and the refresh is not
  *   started. Subscribe again, which retries the start; or call lookAgain() for those that run. A
  *   ScopedSubscription undoes all. A sensor that throws while it is read is logged; the other
@@ -89,8 +91,8 @@ class QV_API SensorManager {
    * the subscriber. Waits while hardware starts for its first subscriber.
    *
    * Several names are handled in alphabetical order. An unknown name sets the result to false; a
-   * later new subscription sets it to true again. Check names with isSensor() and isFamily() if
-   * it matters.
+   * later name of the same call that gains the subscriber sets it to true again. Check names with
+   * isSensor() and isFamily() if it matters.
    */
   bool subscribe(const std::string& subscriber);
   bool subscribe(const std::string& subscriber, const std::string& name);
@@ -171,8 +173,8 @@ class QV_API SensorManager {
    * removes it. */
   void onHealthChanged(HealthCallback callback);
   /** Switches the watching of health on (the default) or off. While it is off, every sensor that
-   * runs counts as sound. A RealSensorManager watches from the start, other managers from the
-   * first call about health on. */
+   * runs counts as sound. A RealSensorManager watches from its construction. Other managers
+   * begin with the first call of getHealth() or onHealthChanged(). */
   void watchHealth(bool on);
   /** Changes a limit of a sensor, of a family or, without a name, of all; a rule without a value
    * switches it off. False, and a warning, for an unknown name. */
