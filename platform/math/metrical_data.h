@@ -37,7 +37,7 @@ struct QV_API MetricalData {
   SensorFieldOfView2D fieldOfView;
   /** The pose of S in G, or in M for simulated sensors, at the time of the measurement. */
   Transform sensorTransform;
-  /** The points in S, metres; those of all-rays simulated sensors in G. */
+  /** The points in S, metres; those of simulated sensors in G. */
   std::vector<Position3D> points;
   /** The time of the measurement. For a sonar, a blind zone and a touch: the time at which the
    * library read the driver's value. */

@@ -99,7 +99,7 @@ PyGetSetDef properties[] = {
     property<&points>(
         "points",
         "NDArray[np.float32]: The points, shape (N, 3), metres, in the sensor's frame; "
-        "those of simulated all-rays sensors in the ground frame. A read-only view."),
+        "those of simulated sensors in the ground frame. A read-only view."),
     property<&sensorTransform>(
         "sensor_transform",
         "NDArray[np.float32]: The sensor's pose in the ground frame, or in the map for a simulated "

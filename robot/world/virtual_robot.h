@@ -30,7 +30,7 @@ class UnitFactory;
  *
  * It runs by ko::Clock: in real time, or in simulated time if a SimulatedTime is created before it
  * and destroyed after it. In simulated time, runs with the same seed are identical. Map cells with
- * an occupancy above 0.4 are solid, and unknown ones, whose occupancy is 0.5.
+ * an occupancy above 0.4 are solid. So are unknown cells: their occupancy is 0.5.
  *
  * - Frames: M is the map; R the root link, whose pose in M is the robot's; G the ground frame,
  *   which is R here.
@@ -73,7 +73,7 @@ class QV_API VirtualRobot {
   const boost::shared_ptr<QVBroker>& getBroker() const { return broker; }
   const Model::Robot& getModel() const;
   const OccupancyMap& getMap() const;
-  /** The radius of the upright cylinder that the body is in collisions (m). */
+  /** The radius (m) of the upright cylinder that stands for the body in collisions. */
   float getRadius() const;
 
   /** Drives forward and leftward in m/s, turning in rad/s, in R, from the next step on and until

@@ -21,7 +21,8 @@ namespace QV::ros2 {
 struct QV_API HeardRobotOptions {
   GraphOptions graph = graphOptionsFromEnvironment();
   std::string node = "qv_sensors";
-  /** The namespace of the node; default topic names are in it, too. */
+  /** The robot's namespace: that of this node and of all default topic names but those of tf and
+   * /clock. */
   std::string nameSpace = "/";
   /**
    * The description of the robot, as text (URDF). Each sensor's property "topic" names its topic;
@@ -44,7 +45,7 @@ struct QV_API HeardRobotOptions {
 
 /**
  * Reads a robot of a ROS 2 graph: its messages fill the memory and modules behind a broker, where
- * sensors read them. A topic is subscribed to while its sensor is started.
+ * sensors read them. After obey() a topic is subscribed to only while its sensor is started.
  *
  * - Frames: those of the graph's tf; records as those of RealSensorManager.
  * - Units: those of the messages: metres, radians, m/s, rad/s.
@@ -56,8 +57,8 @@ struct QV_API HeardRobotOptions {
  */
 class QV_API HeardRobot {
  public:
-  /** Throws std::runtime_error without a network or a topic of a sensor, or for a bad
-   * description. */
+  /** Throws std::runtime_error without a network, for a bad description, and if there is neither a
+   * description nor a topic from which one can be derived. */
   explicit HeardRobot(const HeardRobotOptions& options = {});
   ~HeardRobot();
   HeardRobot(const HeardRobot&) = delete;
@@ -74,7 +75,8 @@ class QV_API HeardRobot {
 
   /**
    * Follows `manager`: subscribes only to topics of sensors that it has started. Without a manager
-   * (null, the default) all topics are subscribed. Set null before the manager is destroyed.
+   * (before the first call, and after null) all topics are subscribed. Set null before the manager
+   * is destroyed.
    */
   void obey(const sensor::SensorManager* manager);
 

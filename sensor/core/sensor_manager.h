@@ -35,9 +35,9 @@ struct HealthInside;
  * name means the family. Two managers derive from it: SimulatedSensorManager for rays in a map, and
  * RealSensorManager for the modules of a robot, real or virtual. You can derive your own.
  *
- * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S,
- *   but for simulated sensors, whose rays ignore the mounting. The transform of a record places S
- *   in G, that of a simulated sensor in M.
+ * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S.
+ *   Only those of simulated sensors are in G, because their rays ignore the mounting. The transform
+ *   of a record places S in G, that of a simulated sensor in M.
  * - Units: metres, radians, nanoseconds of ko::Clock.
  * - Special values: an unknown name gives false or an empty result. subscribe(), unsubscribe(),
  *   enableSensorOrFamily(), getSensorsByFamily(), getSensorPtr(), setHealthLimit() and getHealth()
@@ -46,9 +46,10 @@ struct HealthInside;
  *   ScopedSubscription. No call may run during destruction.
  * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing
  *   may.
- * - Errors: if a module fails, a sensor of the library logs it and gets a bad diagnosis; others go
- *   on. An exception from the start or stop of another class reaches the caller at once. If a start
- *   throws, the subscriber stays on that sensor, later sensors are left out, and the refresh is not
+ * - Errors: if a module fails at a start or stop, a sensor of the library logs it and gets a bad
+ *   diagnosis; if it fails at a reading, the sensor gives no record. If the start or stop of a
+ *   sensor class of your own throws, the exception reaches the caller at once. If a start throws,
+ *   the subscriber stays on that sensor, later sensors are left out, and the refresh is not
  *   started. Subscribe again, which retries the start; or call lookAgain() for those that run. A
  *   ScopedSubscription undoes all. A sensor that throws while it is read is logged; the other
  *   records are returned.
@@ -87,12 +88,12 @@ class QV_API SensorManager {
 
  public:
   /**
-   * Subscribes to every family, to one name, or to several. True if at least one sensor gained
-   * the subscriber. Waits while hardware starts for its first subscriber.
+   * Subscribes to every family, to one name, or to several. With at most one name: true if at least
+   * one sensor gained the subscriber. Waits while hardware starts for its first subscriber.
    *
-   * Several names are handled in alphabetical order. An unknown name sets the result to false; a
-   * later name of the same call that gains the subscriber sets it to true again. Check names with
-   * isSensor() and isFamily() if it matters.
+   * Several names are handled in alphabetical order: each that gains the subscriber sets the result
+   * to true, each unknown one to false, and the last of them counts. Check names with isSensor()
+   * and isFamily() if it matters.
    */
   bool subscribe(const std::string& subscriber);
   bool subscribe(const std::string& subscriber, const std::string& name);
@@ -196,7 +197,8 @@ class QV_API SensorManager {
   bool xEnableSensor(const std::string& sensorName, bool enable);
 
   /** Gathers the records of all sensors, in the order of their names, into the cache. A sensor
-   * that throws a standard exception is left out, and logged when it begins to. */
+   * that throws a standard exception is left out. Its first exception is logged, the
+   * next ones are not, until a reading succeeds. */
   void xUpdateData() const;
   /** Replaces the cache. */
   void xSetData(std::vector<Math::MetricalData> records) const;

@@ -25,8 +25,8 @@ namespace QV::sensor {
  * - Units: metres, radians. The device manager counts milliseconds modulo 2^32.
  * - Lifetime: keeps the broker's modules by name only. The destructor does not stop the hardware.
  * - Threads: as Sensor.
- * - Errors: a module that is missing throws QVError from the constructor; what a module throws
- *   later leaves the operation that called it.
+ * - Errors: a module that is missing throws QVError from the constructor; an exception of a
+ *   module in a later call reaches the caller of the operation.
  *
  * A derived class reads its first key and makes a record:
  *
@@ -66,9 +66,9 @@ class QV_API RealSensor : public Sensor {
 
   /** Replaces the points of each record that is older than `maxAge` at `now` by a wall of
    * obstacles: at `range` metres, every `angularStep` radians across its field of view, at
-   * the sensor's present place. The record keeps its timestamp. A step that makes no wall, or
-   * one of over 100,000 points, leaves no points. It is meant for your own sensors; nothing here
-   * calls it. The motion proxy is passed by value, as the interface has it. */
+   * the sensor's present place. The record keeps its timestamp. If the step makes no wall, or
+   * a wall of over 100,000 points, the record has no points. It is meant for your own sensors;
+   * nothing here calls it. The motion proxy is passed by value, as the interface has it. */
   void xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalData>& data,
                                          const ko::Clock::time_point& now,
                                          const boost::chrono::milliseconds& maxAge,

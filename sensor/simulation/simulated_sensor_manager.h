@@ -18,13 +18,13 @@ namespace QV::sensor {
  * every read measures anew. Nothing moves by itself, and no time passes.
  *
  * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. A record's transform
- *   places S in M, by `referencePose` and the sensor's mounting. All-rays sensors, which are the
- *   laser of kind -1 and the depth camera of kind 1, give points in G, not in S, when both poses
- *   are the same: pointsInFrame() is then off by the mounting. Fans all look along the robot's
- *   heading, whatever the mounting.
+ *   places S in M, by `referencePose` and the sensor's mounting. Fans all look along the robot's
+ *   heading, whatever the mounting. So points are in G, not in S, when both poses are the same, and
+ *   pointsInFrame() is off by the mounting.
  * - Units: metres, radians; points stand 0.5 m high.
- * - Special values: an all-rays sensor reports what meets nothing as a point at the maximum range;
- *   of others, a record without points means that nothing is in range.
+ * - Special values: an all-rays sensor, which is the laser of kind -1 or the depth camera of kind
+ * 1, reports what meets nothing as a point at the maximum range; of others, a record without points
+ * means that nothing is in range.
  * - Lifetime: the map must outlive the manager; it is only read, though the pointer is not const.
  *   Without a map, records have no points.
  * - Threads: thread-safe. Each sensor takes the two poses whole, one sensor after the other. If

@@ -4,7 +4,7 @@ export const HELP = {
   live: 'Live: the page gets the state ten times a second. Lost: the page shows the last state that it got.',
   clock: 'Session time: simulated time, or the time of a robot on a ROS 2 graph. It stands still during a pause.',
   pause: 'Stops the session’s time for all pages, and with it a simulated or virtual robot. It does not stop a robot on a ROS 2 graph: use Stop. Key: Space.',
-  step: 'During a pause: advances time by 0.1 s, or a recording by one snapshot. Key: . (period)',
+  step: 'During a pause: advances time by 0.1 s, or plays the next step of a recording. Key: . (period)',
   speed: 'Seconds of session time per second of real time. No effect on a robot on a ROS 2 graph.',
   recording: 'The position in the recording (s). Drag it, or use the arrow keys.',
   x: 'x of the robot in the map frame (m).',

@@ -25,7 +25,7 @@ function rowsOf({ timestamp, fieldOfView, sensorTransform, frame, points, pointC
 }
 
 function pointsText(points, pointCount) {
-  if (pointCount === 0) return 'no points: nothing in range';
+  if (pointCount === 0) return 'no points';
   const lines = points.slice(0, SHOWN).map(({ x, y, z }) => numbers([x, y, z], 3));
   return [...lines, pointCount > lines.length ? `and ${pointCount - lines.length} more` : ''].filter(Boolean).join('\n');
 }

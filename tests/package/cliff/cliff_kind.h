@@ -4,7 +4,8 @@
 
 constexpr int kCliffType = 40;
 
-/** A cliff detector looks at the floor. Its one point is near where the floor ends, else far. */
+/** A cliff detector looks at the floor. Its one point is at the minimum range if the floor is
+ * missing there, else at the maximum range. */
 inline QV::Model::SensorKind cliffKind() {
   using namespace QV::Model;
   SensorKind kind = {kCliffType, "Cliff", "Cliff", PointMeaning::zone};
