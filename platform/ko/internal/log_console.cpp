@@ -5,14 +5,17 @@
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include "platform/ko/internal/line_folder.h"
 #include "platform/ko/internal/time_source.h"
 
 namespace ko::log::detail {
@@ -89,10 +92,35 @@ spdlog::logger& console() {
   return *instance;
 }
 
+void print(const std::vector<FoldedLine>& lines) {
+  for (const auto& [level, text] : lines)
+    console().log(toSpdlog(level), spdlog::string_view_t(text));
+}
+
+struct Folding {
+  std::mutex mutex;
+  std::optional<LineFolder> folder;
+};
+
+// Never destroyed: threads may still log while the process ends.
+Folding& folding() {
+  static Folding* instance = new Folding;
+  return *instance;
+}
+
 }  // namespace
 
 void writeToConsole(Level level, const std::string& line) {
-  console().log(toSpdlog(level), spdlog::string_view_t(line));
+  const std::lock_guard lock(folding().mutex);
+  auto& folder = folding().folder;
+  print(folder ? folder->fold(level, line, Clock::now()) : std::vector{FoldedLine{level, line}});
+}
+
+void foldRepeats(bool on) {
+  const std::lock_guard lock(folding().mutex);
+  auto& folder = folding().folder;
+  if (folder) print(folder->flush(Clock::now()));
+  folder = on ? std::optional(LineFolder()) : std::nullopt;
 }
 
 }  // namespace ko::log::detail
