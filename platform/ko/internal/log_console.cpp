@@ -11,6 +11,7 @@
 #include <utility>
 #include <vector>
 
+#include <spdlog/details/os.h>
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
@@ -39,7 +40,8 @@ Level toLevel(spdlog::level::level_enum level) {
 /** The time of a simulated world, "12.345 s", or else that of the day. */
 class TimeOfLine : public spdlog::custom_flag_formatter {
  public:
-  void format(const spdlog::details::log_msg& line, const std::tm& day,
+  // The day that it is given is empty: a pattern without a time of the formatter's own gets none.
+  void format(const spdlog::details::log_msg& line, const std::tm&,
               spdlog::memory_buf_t& text) override {
     char time[40];
     int size = 0;
@@ -47,6 +49,7 @@ class TimeOfLine : public spdlog::custom_flag_formatter {
       const auto seconds = static_cast<double>(simulated->time_since_epoch().count()) * 1e-9;
       size = std::snprintf(time, sizeof time, "%.3f s", seconds);
     } else {
+      const std::tm day = spdlog::details::os::localtime(spdlog::log_clock::to_time_t(line.time));
       size = std::snprintf(time, sizeof time, "%02d:%02d:%02d.%03d", day.tm_hour, day.tm_min,
                            day.tm_sec, xMilliseconds(line));
     }
