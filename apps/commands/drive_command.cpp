@@ -131,6 +131,7 @@ Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet
   clock.goTo(ko::Clock::now() + session.getSettlingTime());
   ProgressBar progress("Driving");
   session::PoseWatch watch(*session.getMap());
+  const bool isVirtual = options.robot && !options.heard.asked;
   if (isSimulated(options)) warnOfWalls(parsePath(options.path), *session.getMap());
   Run run;
   const auto start = ko::Clock::now();
@@ -142,7 +143,7 @@ Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet
     const session::Snapshot snapshot = session.look();
     run.last = snapshot;
     const auto warning = watch.look(snapshot.pose);
-    if (warning && options.robot && !isQuiet()) progress.note(getProgramName() + ": " + *warning);
+    if (warning && isVirtual && !isQuiet()) progress.note(getProgramName() + ": " + *warning);
     run.summary.add(snapshot);
     outlet.show(snapshot);
     progress.show(static_cast<double>(run.cycles) / static_cast<double>(cycles));
