@@ -37,7 +37,7 @@ constexpr int kFailure = 2;
 
 int fail(const std::string& message) {
   // The message may quote a file: nothing in it may act on a terminal.
-  std::cerr << "qvsensors: " << ko::log::onOneLine(message) << '\n';
+  complain(ko::log::onOneLine(message));
   return kFailure;
 }
 
@@ -84,9 +84,10 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
 }  // namespace
 
 int runProgram(int argc, const char* const* argv, const session::OpenOptions& robots) {
+  setProgramName(argc > 0 ? argv[0] : nullptr);
   CLI::App program(
       "Reads the sensors of a mobile robot: simulated, virtual, recorded, or on a ROS 2 graph.",
-      "qvsensors");
+      getProgramName());
   program.formatter(std::make_shared<HelpFormatter>());
   program.set_version_flag("-V,--version", QV_VERSION, "Print the version and exit");
   program.require_subcommand(1);

@@ -1,7 +1,6 @@
 #include "apps/silent_sensors.h"
 
-#include <iostream>
-
+#include "apps/output/notes.h"
 #include "apps/subscriber.h"
 #include "platform/ko/log.h"
 
@@ -30,8 +29,7 @@ SilentSensors findSilent(const session::Snapshot& end, const std::set<std::strin
 }
 
 int reportSilent(const SilentSensors& sensors) {
-  for (const auto& sensor : sensors)
-    std::cerr << "qvsensors: " << sensor.name << " gave no record: " << sensor.why << '\n';
+  for (const auto& sensor : sensors) complain(sensor.name + " gave no record: " + sensor.why);
   return sensors.empty() ? 0 : kNotAll;
 }
 

@@ -5,6 +5,10 @@
 
 #include <boost/make_shared.hpp>
 
+#include "platform/middleware/contracts/device_manager_contract.h"
+#include "platform/middleware/contracts/memory_contract.h"
+#include "platform/middleware/contracts/motion_contract.h"
+#include "platform/middleware/contracts/robot_model_contract.h"
 #include "robot/world/robot_description.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/real/real_sensor_manager.h"
@@ -31,20 +35,22 @@ std::int32_t now(int offset) {
 }
 
 boost::shared_ptr<QVBroker> makeRobot(Memory& memory) {
-  const auto model = boost::make_shared<QVModule>("QVRobotModel");
-  model->bindMethod(
-      "getConfig", [] { return robot::RobotDescription::fromFile("examples/own_robot.urdf").xml; });
-  const auto keys = boost::make_shared<QVModule>("QVMemory");
-  keys->bindMethod("getData", &Memory::read, &memory);
-  const auto devices = boost::make_shared<QVModule>("DCM");
-  devices->bindMethod("getTime", now);
-  devices->bindMethod("set", [&memory](const QVValue& command) {
+  const auto model = boost::make_shared<QVModule>(RobotModelContract::kModule);
+  model->bindMethod(RobotModelContract::kGetConfig, [] {
+    return robot::RobotDescription::fromFile("examples/own_robot.urdf").xml;
+  });
+  const auto keys = boost::make_shared<QVModule>(MemoryContract::kModule);
+  keys->bindMethod(MemoryContract::kGetData, &Memory::read, &memory);
+  const auto devices = boost::make_shared<QVModule>(DeviceManagerContract::kModule);
+  devices->bindMethod(DeviceManagerContract::kGetTime, now);
+  devices->bindMethod(DeviceManagerContract::kSet, [&memory](const QVValue& command) {
     memory.write("Laser/Mode", command[2][0][0].toFloat());  // A driver obeys, then says so.
   });
-  const auto motion = boost::make_shared<QVModule>("QVMotion");
-  motion->bindMethod("_getSensorTransformAtTime", [](const std::string&, ko::Clock::time_point) {
+  const auto motion = boost::make_shared<QVModule>(MotionContract::kModule);
+  const auto ahead = [](const std::string&, ko::Clock::time_point) {
     return Math::Transform::fromPosition({0.2f, 0.0f, 0.1f}).toVector();  // The sensors look ahead.
-  });
+  };
+  motion->bindMethod(MotionContract::kGetSensorTransformAtTime, ahead);
   const auto broker = QVBroker::create();
   for (const auto& module : {model, keys, devices, motion}) broker->registerModule(module);
   return broker;

@@ -22,6 +22,9 @@ std::function<std::string(const std::string&)> wholeNumber(std::uint64_t least, 
 inline constexpr char kRecordFormats[] =
     "table; json: an array of records; jsonl: a record per line; csv: a point per line";
 
+/** The value of an option that takes a recording: one of the project's own, or a file. */
+inline constexpr char kRecordings[] = "run.mcap|cut.mcap|FILE";
+
 /** The formats of commands that list. */
 inline const std::vector<outlets::Format> kListFormats{
     outlets::Format::table, outlets::Format::json, outlets::Format::jsonl};

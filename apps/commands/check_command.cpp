@@ -32,10 +32,10 @@ constexpr char kCheckFooter[] =
     "Column health: the library's verdict at the end of the check.\n"
     "Exit status: 0 if all sensors work and are sound and the description has no mistakes; else 1.";
 
-std::set<std::string> sensorsFor(const CommonOptions& options,
-                                 const sensor::SensorManager& manager) {
+std::set<std::string> sensorsFor(const CommonOptions& options, session::Session& session) {
+  const sensor::SensorManager& manager = session.getManager();
   std::set<std::string> sensors;
-  for (const std::string& name : options.namesFor(manager)) {
+  for (const std::string& name : options.namesFor(session)) {
     if (manager.isFamily(name)) {
       sensors.merge(manager.getSensorsByFamily(name));
     } else {
@@ -48,7 +48,7 @@ std::set<std::string> sensorsFor(const CommonOptions& options,
 CheckedSensors checkAll(session::Session& session, const CommonOptions& options) {
   ProgressBar progress("Checking");
   session::CheckOptions wanted;
-  if (!options.subscriptions.empty()) wanted.sensors = sensorsFor(options, session.getManager());
+  if (!options.subscriptions.empty()) wanted.sensors = sensorsFor(options, session);
   wanted.goesOn = [&progress](double done) {
     progress.show(done);
     return !isInterrupted();

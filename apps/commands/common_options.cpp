@@ -13,6 +13,7 @@
 #include "robot/world/robot_description.h"
 #include "session/internal/number_text.h"
 #include "session/internal/pose_watch.h"
+#include "session/internal/session_parts.h"
 #include "session/internal/switches.h"
 #include "session/shared_files.h"
 #include "session/usage_error.h"
@@ -68,13 +69,13 @@ std::unique_ptr<session::Session> openRobot(const CommonOptions& options,
   }
 }
 
-void setLimits(sensor::SensorManager& manager, const std::vector<std::string>& limits) {
+void setLimits(session::Session& session, const std::vector<std::string>& limits) {
   for (const std::string& text : limits) {
     naming("--limit", [&] {
       try {
         const sensor::HealthRule rule = sensor::parseHealthRule(text);
-        if (!rule.name.empty()) session::checkNames(manager, {rule.name});
-        manager.setHealthLimit(rule);
+        if (!rule.name.empty()) session::checkNames(session::robotOf(session), {rule.name});
+        session.getManager().setHealthLimit(rule);
       } catch (const std::invalid_argument& error) {
         throw session::UsageError(error.what());
       }
@@ -114,16 +115,15 @@ std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math:
   if (!start && !pose.empty()) options.start = parsePose(pose);
   if (map) options.mapFile = naming("--map", [&] { return session::findMap(*map); });
   auto session = openAsked(*this, options);
-  setLimits(session->getManager(), limits);
+  setLimits(*session, limits);
   return session;
 }
 
 void CommonOptions::notePose(const session::Session& session) const {
   if (!pose.empty() || heard.asked) return;
   const Math::Pose2D at = session.getPose();
-  note("qvsensors: the robot starts at x,y,theta " + session::shortest(at.x) + "," +
-       session::shortest(at.y) + "," + session::shortest(at.theta) +
-       " (m, m, rad), a free pose; choose another with --pose");
+  note("the robot starts at x,y,theta " + session::shortest(at.x) + "," + session::shortest(at.y) +
+       "," + session::shortest(at.theta) + " (m, m, rad), a free pose; choose another with --pose");
 }
 
 std::string CommonOptions::findRobot() const {
@@ -134,17 +134,17 @@ std::string CommonOptions::describeHeard() const {
   return describeHeardRobot(heard, descriptionOf(*this), robots.sensors);
 }
 
-std::set<std::string> CommonOptions::namesFor(const sensor::SensorManager& manager) const {
+std::set<std::string> CommonOptions::namesFor(session::Session& session) const {
   const std::set<std::string> names(subscriptions.begin(), subscriptions.end());
-  naming("--subscribe", [&] { session::checkNames(manager, names); });
-  return names.empty() ? manager.getFamilyNames() : names;
+  naming("--subscribe", [&] { session::checkNames(session::robotOf(session), names); });
+  return names.empty() ? session.getManager().getFamilyNames() : names;
 }
 
 session::Snapshot readOnce(session::Session& session, const CommonOptions& options) {
   const auto warning = session::PoseWatch(*session.getMap()).look(session.getPose());
   // A robot that somebody else has is where it is.
   if (warning && !options.heard.asked) note(*warning);
-  session.subscribe(kSubscriber, options.namesFor(session.getManager()));
+  session.subscribe(kSubscriber, options.namesFor(session));
   options.notePose(session);
   session.run(session.getSettlingTime());
   return session.look();

@@ -47,7 +47,7 @@ struct CommonOptions {
   /** Returns the description of the robot on a graph. */
   std::string describeHeard() const;
   /** Returns the names of --subscribe, or every family. Throws UsageError for an unknown name. */
-  std::set<std::string> namesFor(const sensor::SensorManager& manager) const;
+  std::set<std::string> namesFor(session::Session& session) const;
 };
 
 /** Makes the options of a command, with the defaults of `robots`. */

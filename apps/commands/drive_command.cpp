@@ -44,7 +44,7 @@ void checkAbove0(const char* option, double value, double most) {
   if (value > 0.0 && value <= most) return;
   throw session::UsageError(std::string(option) + ": a number above 0 and up to " +
                             std::to_string(static_cast<long>(most)) + " expected, " +
-                            session::fixed(value, 3) + " given");
+                            session::shortest(value) + " given");
 }
 
 struct Run {
@@ -102,13 +102,37 @@ ko::Clock::time_point timeOfCycle(ko::Clock::time_point start, long cycle, doubl
   return start + ko::Duration(std::llround(1e9 * static_cast<double>(cycle) / rate));
 }
 
+bool isSimulated(const DriveOptions& options) {
+  return !options.robot && !options.heard.asked;
+}
+
+/** Warns once of a path that leads where no robot can stand. A simulated robot follows it. */
+void warnOfWalls(const std::vector<Math::Position2D>& path, const OccupancyMap& map) {
+  session::PoseWatch watch(map);
+  for (std::size_t i = 0; i + 1 < path.size(); ++i) {
+    const double x = path[i].x;
+    const double y = path[i].y;
+    const double dx = path[i + 1].x - x;
+    const double dy = path[i + 1].y - y;
+    const double steps = 1.0 + std::ceil(2.0 * std::hypot(dx, dy) / map.getResolution());
+    for (double step = 0.0; step <= steps; ++step) {
+      const double share = step / steps;
+      if (const auto warning = watch.look(
+              {static_cast<float>(x + share * dx), static_cast<float>(y + share * dy), 0.0f}))
+        return note(*warning + "; a robot of --kind drives on, through walls too");
+    }
+  }
+}
+
 Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet& outlet) {
-  session.subscribe(kSubscriber, options.namesFor(session.getManager()));
+  session.subscribe(kSubscriber, options.namesFor(session));
   session.setDemand(outlet.getDemand());
   SessionClock clock(options, session, outlet);
   clock.goTo(ko::Clock::now() + session.getSettlingTime());
   ProgressBar progress("Driving");
   session::PoseWatch watch(*session.getMap());
+  const bool isVirtual = options.robot && !options.heard.asked;
+  if (isSimulated(options)) warnOfWalls(parsePath(options.path), *session.getMap());
   Run run;
   const auto start = ko::Clock::now();
   const double seconds = session.follow(parsePath(options.path), options.speed, options.turnSpeed);
@@ -119,7 +143,7 @@ Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet
     const session::Snapshot snapshot = session.look();
     run.last = snapshot;
     const auto warning = watch.look(snapshot.pose);
-    if (warning && !options.heard.asked && !isQuiet()) progress.note(*warning);
+    if (warning && isVirtual && !isQuiet()) progress.note(getProgramName() + ": " + *warning);
     run.summary.add(snapshot);
     outlet.show(snapshot);
     progress.show(static_cast<double>(run.cycles) / static_cast<double>(cycles));
@@ -155,8 +179,8 @@ bool checkArrival(const session::TimedPath& path, const session::Snapshot& last,
   const Math::Pose2D off = Math::pinv(goal) * last.pose;
   const float metres = std::hypot(off.x, off.y);
   if (isInterrupted() || metres < 0.1f) return true;
-  std::cerr << "qvsensors: warning: the robot stands " << session::fixed(metres, 2)
-            << " m from the end of the path: " << whyAstray(last, goal, isHeard) << '\n';
+  complain("warning: the robot stands " + session::fixed(metres, 2) +
+           " m from the end of the path: " + whyAstray(last, goal, isHeard));
   return false;
 }
 
@@ -192,9 +216,10 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
   CLI::App* command = program.add_subcommand(
       "drive", "Drive a path through the map and read the sensors on the way");
   command->footer(
-      "With --kind the robot follows the path also through walls, with a warning; a virtual robot\n"
-      "stops at them. The exit status is 1 if the robot did not reach the end of the path, or a\n"
-      "subscribed sensor gave no record and is not sound.");
+      "With --kind the robot follows the path also through walls, and the program says where; a\n"
+      "virtual robot stops at them. The exit status is 1 if the robot did not reach the end of "
+      "the\n"
+      "path, or a subscribed sensor gave no record and is not sound.");
   addWorld(*command, *options);
   command->add_option("--path", options->path, "positions \"x,y x,y ...\" in the map (m)")
       ->type_name("X,Y...")

@@ -12,6 +12,7 @@
 #include "apps/commands/commands.h"
 #include "apps/guides/completion.h"
 #include "apps/guides/manual_page.h"
+#include "apps/output/notes.h"
 #include "apps/parse_errors.h"
 #include "platform/ko/internal/write_error.h"
 
@@ -64,7 +65,8 @@ void addCompletionCommand(CLI::App& program, const session::OpenOptions&, int&) 
       program.add_subcommand("completion", "Write a script by which a shell completes commands");
   command->footer(
       "An installation has these scripts where shells look for them. Without one:\n"
-      "source <(qvsensors completion bash).");
+      "source <(" +
+      getProgramName() + " completion bash).");
   command->add_option("SHELL", *name, "bash, zsh or fish")
       ->required()
       ->type_name("bash|zsh|fish")
@@ -74,7 +76,8 @@ void addCompletionCommand(CLI::App& program, const session::OpenOptions&, int&) 
       ->type_name("FILE")
       ->check(namesAFile)
       ->capture_default_str();
-  command->callback([&program, name, path] { writeScript(tableOf(program), *name, *path); });
+  command->callback(
+      [&program, name, path] { writeScript(withNamedCommands(tableOf(program)), *name, *path); });
 }
 
 void addManualCommand(CLI::App& program, const session::OpenOptions&, int&) {

@@ -146,7 +146,7 @@ void addInfoCommand(CLI::App& program, const session::OpenOptions&, int&) {
       "info", "Show what a recording contains: MCAP, a rosbag2 folder or its SQLite file");
   command->add_option("RECORDING", *path, ".mcap, .db3 or a folder with metadata.yaml")
       ->required()
-      ->type_name("FILE")
+      ->type_name(kRecordings)
       ->check(namesAFile);
   addFormat(*command, *options, "table; json or jsonl: an object");
   command->callback([options, path] { inform(session::findRecording(*path), options->format); });
@@ -159,7 +159,7 @@ void addRecoverCommand(CLI::App& program, const session::OpenOptions&, int&) {
       "recover", "Write the readable part of a cut or damaged recording to a new one");
   command->add_option("RECORDING", *from, "the damaged recording")
       ->required()
-      ->type_name("FILE")
+      ->type_name(kRecordings)
       ->check(namesAFile);
   command->add_option("-o,--output", *to, "the new file (MCAP)")
       ->required()

@@ -202,11 +202,9 @@ void addReplayCommand(CLI::App& program, const session::OpenOptions& robots, int
   CLI::App* command =
       program.add_subcommand("replay", "Play a recording or a log to the sensors, and read them");
   command->footer(kReplayFooter);
-  command
-      ->add_option("RUN", options->run,
-                   "recording or log, or one of the project's own: lidar.log, run.mcap, cut.mcap")
+  command->add_option("RUN", options->run, "recording or log: a file, or one of the project's own")
       ->required()
-      ->type_name("FILE")
+      ->type_name("lidar.log|run.mcap|cut.mcap|FILE")
       ->check(namesAFile);
   command
       ->add_option("--poses", options->poses,

@@ -9,6 +9,7 @@
 #include "apps/commands/common_options.h"
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
+#include "apps/output/notes.h"
 #include "apps/ros2/graph_option.h"
 #include "outlets/outlet.h"
 #include "outlets/web/live_server.h"
@@ -47,8 +48,8 @@ double speedOf(const std::string& text) {
 
 void warnIfOpen(const outlets::LiveServer& server) {
   if (!server.isOpen()) return;
-  std::cerr << "qvsensors: warning: every machine that can connect to port " << server.getPort()
-            << " can watch and drive this robot\n";
+  complain("warning: every machine that can connect to port " + std::to_string(server.getPort()) +
+           " can watch and drive this robot");
 }
 
 /** Returns false if the recording is incomplete. */
@@ -61,7 +62,7 @@ bool serveSession(ServeOptions& options, session::Session& session, ko::log::Log
   if (const auto robot = options.graph.getOutlet()) files->add(robot);
   outlets::LiveServer server(session, log, options.server);
   if (options.record.isAsked() || options.graph.isAsked()) server.add(files);
-  if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session.getManager()));
+  if (!options.subscriptions.empty()) server.subscribe(options.namesFor(session));
   warnIfOpen(server);
   if (options.replay.empty()) options.notePose(session);
   options.record.getSummaryStream() << session.getTitle() << " at " << server.getUrl() << std::endl;
@@ -117,8 +118,8 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
   CLI::Option* replay =
       command
           ->add_option("--replay", options->replay,
-                       "a recording in place of a robot, with a time line (see qvsensors replay)")
-          ->type_name("FILE")
+                       "a recording in place of a robot, with a time line (see the command replay)")
+          ->type_name(kRecordings)
           ->check(namesAFile)
           ->excludes("--kind")
           ->excludes("--robot");

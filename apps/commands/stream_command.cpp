@@ -49,10 +49,10 @@ std::optional<double> speedOf(const StreamOptions& options) {
 void checkRange(const StreamOptions& options) {
   if (!(options.rate > 0.0 && options.rate <= 1e6))
     throw session::UsageError(std::string("--rate: a number above 0 and up to 1000000 expected, ") +
-                              session::fixed(options.rate, 3) + " given");
+                              session::shortest(options.rate) + " given");
   if (options.seconds && !(*options.seconds >= 0.0 && *options.seconds <= 1e9))
     throw session::UsageError(std::string("--for: seconds from 0 to 1000000000 expected, ") +
-                              session::fixed(*options.seconds, 3) + " given");
+                              session::shortest(*options.seconds) + " given");
 }
 
 /** Streams until an interruption or --for, and returns the last snapshot. */
@@ -81,7 +81,7 @@ int stream(StreamOptions& options) {
   const auto session = options.openSession();
   outlets::OutletList outlets;
   options.output.open(*session, outlets, false);
-  session->subscribe(kSubscriber, options.namesFor(session->getManager()));
+  session->subscribe(kSubscriber, options.namesFor(*session));
   session->setDemand(outlets.getDemand());
   options.notePose(*session);
   if (options.wander) session->wander();

@@ -11,6 +11,7 @@
 #include "apps/commands/common_options.h"
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
+#include "apps/output/notes.h"
 #include "apps/output/quiet_log.h"
 #include "apps/silent_sensors.h"
 #include "apps/subscriber.h"
@@ -40,7 +41,7 @@ struct WatchOptions : CommonOptions {
 int watchOnce(const WatchOptions& options) {
   const auto session = options.openSession();
   Watch watch(*session);
-  session->subscribe(kSubscriber, options.namesFor(session->getManager()));
+  session->subscribe(kSubscriber, options.namesFor(*session));
   options.notePose(*session);
   session->run(session->getSettlingTime());
   const WatchState& state = watch.look();
@@ -79,7 +80,7 @@ bool watchOn(WatchOptions& options) {
   const auto session = options.openSession(std::nullopt, source);
   outlets::OutletList files;
   options.record.open(*session, files, false);
-  const auto names = options.namesFor(session->getManager());
+  const auto names = options.namesFor(*session);
   Watch watch(*session, hasOwnTime ? std::launch::deferred : std::launch::async);
   {
     Terminal terminal(STDIN_FILENO, STDOUT_FILENO);
@@ -90,7 +91,7 @@ bool watchOn(WatchOptions& options) {
   files.finish();
   if (options.record.report(std::cout)) return true;
   // The log is quiet, so this line says it.
-  std::cerr << "qvsensors: the recording is incomplete: writing failed\n";
+  complain("the recording is incomplete: writing failed");
   return false;
 }
 

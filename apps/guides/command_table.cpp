@@ -38,7 +38,32 @@ OptionRow rowOf(const CLI::Option& option) {
   return row;
 }
 
+bool takesCommand(const CommandRow& command) {
+  return std::ranges::any_of(command.arguments,
+                             [](const OptionRow& argument) { return argument.value == "COMMAND"; });
+}
+
+/** Returns the names of commands as they follow `path`. */
+std::vector<CommandRow> namesAfter(const std::vector<std::string>& path,
+                                   const std::vector<CommandRow>& commands) {
+  std::vector<CommandRow> names;
+  for (const CommandRow& command : commands) {
+    CommandRow name{.path = path, .description = command.description};
+    name.path.push_back(command.path.back());
+    name.commands = namesAfter(name.path, command.commands);
+    names.push_back(std::move(name));
+  }
+  return names;
+}
+
 }  // namespace
+
+CommandRow withNamedCommands(CommandRow program) {
+  const std::vector<CommandRow> all = program.commands;
+  for (CommandRow& command : program.commands)
+    if (takesCommand(command)) command.commands = namesAfter(command.path, all);
+  return program;
+}
 
 CommandRow tableOf(const CLI::App& app) {
   CommandRow row;

@@ -36,6 +36,9 @@ struct CommandRow {
 
 CommandRow tableOf(const CLI::App& app);
 
+/** Adds the names of all commands, as commands of its own, to each command that takes a COMMAND. */
+CommandRow withNamedCommands(CommandRow program);
+
 /** Words with `gap` between them. */
 std::string joinedBy(const std::string& gap, const std::vector<std::string>& words);
 /** Joins its names by `gap`. */

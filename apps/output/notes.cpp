@@ -12,6 +12,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "platform/ko/internal/log_console.h"
+
 namespace QV::app {
 namespace {
 
@@ -22,6 +24,7 @@ constexpr Level kLevels[] = {Level::silent,  Level::fatal, Level::error,
 
 std::optional<Level> asked;
 bool quiet = false;
+std::string programName = "qvsensors";
 
 std::string namesOfLevels() {
   std::string names;
@@ -51,8 +54,10 @@ void addLogOptions(CLI::App& command) {
           [](const std::string& name) {
             asked = *findLevel(name);
             ko::log::setLevel(*asked);
+            ko::log::detail::foldRepeats(*asked != Level::verbose);
           },
-          "lowest log level that is printed to standard error (default: warning)")
+          "lowest log level that is printed to standard error (default: warning); only verbose "
+          "prints each repetition of a warning or an error")
       ->type_name("silent|fatal|error|warning|info|verbose")
       ->check(checkLevel);
   command.add_flag_callback(
@@ -67,9 +72,11 @@ void addLogOptions(CLI::App& command) {
 LogScope::LogScope() {
   asked.reset();
   quiet = false;
+  ko::log::detail::foldRepeats(true);
 }
 
 LogScope::~LogScope() {
+  ko::log::detail::foldRepeats(false);
   if (asked || quiet) ko::log::setLevel(Level::warning);
 }
 
@@ -85,8 +92,22 @@ bool isQuiet() {
   return quiet;
 }
 
+void setProgramName(const char* path) {
+  const std::string_view whole = path ? path : "";
+  const std::string_view last = whole.substr(whole.rfind('/') + 1);
+  if (!last.empty()) programName = last;
+}
+
+const std::string& getProgramName() {
+  return programName;
+}
+
+void complain(const std::string& line) {
+  std::cerr << programName << ": " << line << '\n';
+}
+
 void note(const std::string& line) {
-  if (!quiet) std::cerr << line << '\n';
+  if (!quiet) complain(line);
 }
 
 std::size_t getLineWidth() {

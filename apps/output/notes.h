@@ -28,7 +28,14 @@ bool isLogLevelAsked();
 /** True if only errors are to be printed. */
 bool isQuiet();
 
-/** Prints a line on standard error, unless --quiet was given. */
+/** Takes the program's name from its path; nothing for a null or empty one. */
+void setProgramName(const char* path);
+/** The name by which the program was called; default: qvsensors. */
+const std::string& getProgramName();
+
+/** Prints "name of the program: line" on standard error. */
+void complain(const std::string& line);
+/** The same, unless --quiet was given. */
 void note(const std::string& line);
 
 /** Returns the characters per line of standard output: the terminal's, else COLUMNS, else 0. */

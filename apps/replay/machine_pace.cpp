@@ -14,7 +14,7 @@ namespace {
 
 void expect(bool isSo, const std::string& what, double given) {
   if (isSo) return;
-  throw session::UsageError(what + " expected, " + session::fixed(given, 3) + " given");
+  throw session::UsageError(what + " expected, " + session::shortest(given) + " given");
 }
 
 }  // namespace

@@ -1,7 +1,9 @@
 #include "apps/replay/played_session.h"
 
-#include <iostream>
+#include <string>
 
+#include "apps/output/notes.h"
+#include "apps/subscriber.h"
 #include "platform/ko/log.h"
 #include "session/internal/seconds.h"
 #include "session/open.h"
@@ -31,7 +33,7 @@ bool PlayedSession::begin() {
     recording->begin();
     return step();
   }
-  log->subscribe("qvsensors", log->getManager().getFamilyNames());
+  log->subscribe(kSubscriber, log->getManager().getFamilyNames());
   return true;
 }
 
@@ -68,10 +70,10 @@ bool PlayedSession::isDamaged() const {
 void PlayedSession::warnOfDamage() const {
   if (!recording) return;
   for (const std::string& line : recording->getDamage().lines)
-    std::cerr << "qvsensors: warning: " << ko::log::onOneLine(line) << '\n';
+    complain("warning: " + ko::log::onOneLine(line));
   if (const std::uint64_t missing = countMissing())
-    std::cerr << "qvsensors: warning: " << missing
-              << " snapshots were skipped: some of their data is unreadable\n";
+    complain("warning: " + std::to_string(missing) +
+             " snapshots were skipped: some of their data is unreadable");
 }
 
 }  // namespace QV::app

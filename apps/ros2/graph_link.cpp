@@ -132,7 +132,7 @@ void GraphLink::open(session::Session& session) {
 void GraphLink::close() {
   if (!impl->robot) return;
   if (const auto lost = impl->robot->getLostCount())
-    std::cerr << "qvsensors: " << lost << " messages to the graph could not be sent in time\n";
+    complain(std::to_string(lost) + " messages to the graph could not be sent in time");
   impl->robot.reset();
 }
 

@@ -17,7 +17,7 @@ GraphScope GraphOption::open(session::Session& session, bool isDriven) {
   arguments.isDriven = isDriven;
   if (!link) {
     link = std::make_shared<GraphLink>(arguments);
-    note("qvsensors: " + link->describe());
+    note(link->describe());
   }
   link->open(session);
   return GraphScope(link);

@@ -41,7 +41,7 @@ auto makeHeard(const HeardArguments& arguments, const std::string& description,
     auto options = optionsOf(arguments, description, sensors);
     where = "listening on " + describeGraph(options.graph);
     auto made = make(options);
-    note("qvsensors: " + where);
+    note(where);
     return made;
   } catch (const std::exception& error) {
     const std::string why = std::string("--from-ros2: ") + error.what();

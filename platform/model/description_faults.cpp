@@ -36,10 +36,12 @@ void checkKeyCount(const SensorConfig& config, const KeyRule& rule, Faults& faul
                     countOf(rule)});
 }
 
-void checkRange(const SensorConfig& config, Faults& faults) {
+void checkRange(const SensorConfig& config, const SensorKind& kind, Faults& faults) {
+  for (const char* const end : {"minimumDetectionDistance", "maximumDetectionDistance"})
+    if (!detail::hasProperValue(config, kind, end)) return;
   const SensorProperties properties(config);
   const auto view = properties.getFieldOfView();
-  if (!properties.has("maximumDetectionDistance") || view.minRange <= view.maxRange) return;
+  if (view.minRange <= view.maxRange) return;
   faults.push_back({config.name, "minimumDetectionDistance is above maximumDetectionDistance",
                     "at most " + properties.getText("maximumDetectionDistance")});
 }
@@ -116,10 +118,8 @@ std::vector<DescriptionFault> findDescriptionFaults(const Robot& robot, const Se
     }
     checkName(config, *kind, families, faults);
     checkFirst(config, *kind, firsts, faults);
-    const std::size_t before = faults.size();
     detail::checkProperties(config, *kind, faults);
-    // What is no number is above nothing.
-    if (faults.size() == before) checkRange(config, faults);
+    checkRange(config, *kind, faults);
     checkKeyCount(config, kind->keys, faults);
     owners.check(config, *kind, faults);
   }

@@ -70,15 +70,15 @@ void bindHelpers(py::module_& module) {
 The output of a sensor that can have faults. Pass each measurement through it.)")
       .def(
           py::init([](const UnitContext& context, const std::string& sensor,
-                      const py::function& garble, const py::function& falsify) {
-            return std::make_unique<Channel>(context.getFaults(sensor), distortion(garble),
-                                             distortion(falsify));
+                      const py::function& garbage, const py::function& wrong) {
+            return std::make_unique<Channel>(context.getFaults(sensor), distortion(garbage),
+                                             distortion(wrong));
           }),
-          "context"_a, "sensor"_a, "garble"_a, "falsify"_a,
-          R"(__init__(context: UnitContext, sensor: str, garble: Callable[[float], float], falsify: Callable[[float], float]) -> None
+          "context"_a, "sensor"_a, "garbage"_a, "wrong"_a,
+          R"(__init__(context: UnitContext, sensor: str, garbage: Callable[[float], float], wrong: Callable[[float], float]) -> None
 
-Takes two functions: `garble` turns a measurement into nonsense, `falsify` into a wrong but plausible
-one.)")
+Takes two functions, named after the faults: `garbage` turns a measurement into an impossible one, `wrong`
+into a plausible but wrong one.)")
       .def("pass_on", &pass, "value"_a, "now"_a,
            R"(pass_on(value: float, now: int) -> float | None
 

@@ -12,6 +12,7 @@
 #include "platform/model/sensor_kinds.h"
 #include "platform/model/sensor_properties.h"
 #include "sensor/core/scoped_subscription.h"
+#include "session/internal/sensor_meaning.h"
 #include "session/internal/simulated_session_robot.h"
 #include "session/internal/virtual_session_robot.h"
 
@@ -25,24 +26,12 @@ float headingOf(const Math::Transform& transform) {
   return theta < -kPi + 1e-5f ? theta + 2.0f * kPi : theta;
 }
 
-// Touch configurations share a sensor that is named after them all.
-std::string findName(const Model::SensorConfig& config, const Model::SensorKinds& kinds,
-                     const sensor::SensorManager& manager) {
-  const Model::SensorKind* kind = kinds.findType(config.type);
-  if (!kind) return {};
-  const auto sensor = manager.getSensorPtr(config.name);
-  if (sensor && sensor->getFamilyName() == kind->family) return config.name;
-  if (!kind->standsForAll) return {};
-  const auto names = manager.getSensorsByFamily(kind->family);
-  return names.empty() ? std::string() : *names.begin();
-}
-
 void compare(std::vector<ListedSensor>& sensors, const robot::RobotDescription& description,
              const sensor::SensorManager& manager) {
   std::set<std::string> others = manager.getSensorList();
   for (ListedSensor& sensor : sensors) {
-    const std::string name = findName(description.model.sensorConfigs.at(sensor.describedAs),
-                                      description.kinds, manager);
+    const std::string name = findSensorOf(description.model.sensorConfigs.at(sensor.describedAs),
+                                          description.kinds, manager);
     sensor.canBeBuilt = !name.empty();
     if (sensor.canBeBuilt) sensor.name = name;
     others.erase(name);

@@ -5,10 +5,23 @@
 
 namespace QV::session {
 
-std::string shortest(float value) {
+namespace {
+
+template <typename Number>
+std::string shortestOf(Number value) {
   std::array<char, 64> text;
   const auto result = std::to_chars(text.begin(), text.end(), value);
   return std::string(text.begin(), result.ptr);
+}
+
+}  // namespace
+
+std::string shortest(float value) {
+  return shortestOf(value);
+}
+
+std::string shortest(double value) {
+  return shortestOf(value);
 }
 
 std::string fixed(double value, int decimals) {

@@ -18,7 +18,7 @@ std::optional<std::string> PoseWatch::look(const Math::Pose2D& pose) {
                       : *occupancy > kOccupiedAbove ? Place::notFree
                                                     : Place::free;
   if (std::exchange(last, place) == place || place == Place::free) return std::nullopt;
-  return "qvsensors: warning: the pose x,y " + shortest(pose.x) + "," + shortest(pose.y) +
+  return "warning: the pose x,y " + shortest(pose.x) + "," + shortest(pose.y) +
          (place == Place::outside ? " m lies outside the map"
                                   : " m is in an occupied or unknown cell");
 }

@@ -1,5 +1,7 @@
 #include "session/internal/route_cells.h"
 
+#include <algorithm>
+
 #include "session/internal/room_in.h"
 
 namespace QV::session {
@@ -8,12 +10,19 @@ namespace {
 /** More than a map has in a row. */
 constexpr float kMostCells = 1e9f;
 
+/** Returns how many of `count` places in a row follow a place, in the direction of `way`. */
+int countAhead(int place, int way, int count) {
+  if (way == 0) return count;
+  return way > 0 ? count - 1 - place : place;
+}
+
 }  // namespace
 
-RouteCells::RouteCells(const OccupancyMap& map, float most)
+RouteCells::RouteCells(const OccupancyMap& map, float most, float enough)
     : map(map),
       toMap(Math::pinv(map.getOrigin())),
       most(most),
+      enough(enough),
       columns((map.getWidth() + kSide - 1) / kSide),
       tiles(static_cast<std::size_t>(columns * ((map.getHeight() + kSide - 1) / kSide))) {}
 
@@ -32,11 +41,27 @@ float RouteCells::findRoom(const Math::Position2D& position) {
   return map.isInside(cell.x, cell.y) ? at(cell).room : 0.0f;
 }
 
-std::vector<RouteCells::Cell> RouteCells::xMakeTile(const cv::Point& corner) const {
+int RouteCells::countRoomyAhead(const cv::Point& cell, const cv::Point& way) {
+  const cv::Point block(cell.x % kSide / kBlock, cell.y % kSide / kBlock);
+  const auto index = static_cast<std::size_t>(block.y * (kSide / kBlock) + block.x);
+  if (!xTileOf(cell).roomy[index]) return 0;
+  return std::min(countAhead(cell.x % kBlock, way.x, kBlock),
+                  countAhead(cell.y % kBlock, way.y, kBlock));
+}
+
+RouteCells::Tile RouteCells::xMakeTile(const cv::Point& corner) const {
   const cv::Mat_<float> room = roomIn(map, {corner, cv::Size(kSide, kSide)}, most);
-  std::vector<Cell> tile(static_cast<std::size_t>(kSide) * kSide);
-  auto cell = tile.begin();
+  Tile tile{std::vector<Cell>(static_cast<std::size_t>(kSide) * kSide)};
+  auto cell = tile.cells.begin();
   for (const float each : room) (cell++)->room = each;
+  std::size_t block = 0;
+  for (int y = 0; y < kSide; y += kBlock) {
+    for (int x = 0; x < kSide; x += kBlock) {
+      double least = 0.0;
+      cv::minMaxLoc(room(cv::Rect(x, y, kBlock, kBlock)), &least);
+      tile.roomy[block++] = least >= static_cast<double>(enough);
+    }
+  }
   return tile;
 }
 

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <bitset>
 #include <cmath>
 #include <cstddef>
 #include <vector>
@@ -30,17 +31,19 @@ class QV_API RouteCells {
     uchar step = kNoStep;
   };
 
-  /** Computes room up to `most`, metres. The map must outlive this. */
-  RouteCells(const OccupancyMap& map, float most);
+  /** Computes room up to `most`; a robot needs `enough`, metres. The map must outlive this. */
+  RouteCells(const OccupancyMap& map, float most, float enough = INFINITY);
 
   /** Returns a cell, which must be inside the map. The reference stays valid. */
   Cell& at(const cv::Point& cell) {
-    const int tileIndex = cell.y / kSide * columns + cell.x / kSide;
-    auto& tile = tiles[static_cast<std::size_t>(tileIndex)];
-    if (tile.empty()) tile = xMakeTile(cell / kSide * kSide);
     const int cellIndex = cell.y % kSide * kSide + cell.x % kSide;
-    return tile[static_cast<std::size_t>(cellIndex)];
+    return xTileOf(cell).cells[static_cast<std::size_t>(cellIndex)];
   }
+  /**
+   * Returns how many cells of each coordinate lie ahead of a cell inside the map, in the direction
+   * `way`, that have enough room, as all cells between them have. It may count too few.
+   */
+  int countRoomyAhead(const cv::Point& cell, const cv::Point& way);
 
   /** Returns the cell at a position in the world; it may lie outside the map. */
   cv::Point cellOf(const Math::Position2D& position) const;
@@ -49,14 +52,27 @@ class QV_API RouteCells {
 
  private:
   static constexpr int kSide = 128;
+  static constexpr int kBlock = 16;
 
-  std::vector<Cell> xMakeTile(const cv::Point& corner) const;
+  struct Tile {
+    std::vector<Cell> cells = {};
+    /** Blocks whose cells all have enough room, row by row. */
+    std::bitset<kSide / kBlock*(kSide / kBlock)> roomy = {};
+  };
+
+  Tile& xTileOf(const cv::Point& cell) {
+    auto& tile = tiles[static_cast<std::size_t>(cell.y / kSide * columns + cell.x / kSide)];
+    if (tile.cells.empty()) tile = xMakeTile(cell / kSide * kSide);
+    return tile;
+  }
+  Tile xMakeTile(const cv::Point& corner) const;
 
   const OccupancyMap& map;
   const Math::Pose2D toMap;
   const float most;
+  const float enough;
   const int columns;
-  std::vector<std::vector<Cell>> tiles;
+  std::vector<Tile> tiles;
 };
 
 }  // namespace QV::session

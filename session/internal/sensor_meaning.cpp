@@ -15,6 +15,17 @@ const Model::SensorKind* findKind(const sensor::SensorManager& manager, const st
   return !found || isSimulated ? nullptr : kinds.findFamily(found->getFamilyName());
 }
 
+std::string findSensorOf(const Model::SensorConfig& config, const Model::SensorKinds& kinds,
+                         const sensor::SensorManager& manager) {
+  const Model::SensorKind* kind = kinds.findType(config.type);
+  if (!kind) return {};
+  const auto sensor = manager.getSensorPtr(config.name);
+  if (sensor && sensor->getFamilyName() == kind->family) return config.name;
+  if (!kind->standsForAll) return {};
+  const auto names = manager.getSensorsByFamily(kind->family);
+  return names.empty() ? std::string() : *names.begin();
+}
+
 Model::PointMeaning findMeaning(const sensor::SensorManager& manager, const std::string& name,
                                 const Model::SensorKind* kind) {
   if (kind) return kind->points;

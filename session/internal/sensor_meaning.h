@@ -2,6 +2,7 @@
 
 #include <string>
 
+#include "platform/model/robot.h"
 #include "platform/model/sensor_kinds.h"
 #include "sensor/core/sensor_manager.h"
 
@@ -13,6 +14,13 @@ namespace QV::session {
  */
 const Model::SensorKind* findKind(const sensor::SensorManager& manager, const std::string& sensor,
                                   const Model::SensorKinds& kinds);
+
+/**
+ * Finds the name of the sensor that was made from a description: its own, or that of the one sensor
+ * that stands for all of its kind. Empty if there is none.
+ */
+std::string findSensorOf(const Model::SensorConfig& config, const Model::SensorKinds& kinds,
+                         const sensor::SensorManager& manager);
 
 /** Finds the meaning of its points by its kind; without a kind, that of a simulated sensor, or a
  * scan. */

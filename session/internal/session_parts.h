@@ -45,7 +45,7 @@ struct SessionParts {
 
   const std::unique_ptr<ko::SimulatedTime> time;
   const std::unique_ptr<SessionRobot> robot;
-  Switches switches{robot->getManager()};
+  Switches switches{*robot};
   DemandKeeper demand{switches};
   Driver driver{*robot};
   Pacing pacing;

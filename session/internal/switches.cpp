@@ -4,6 +4,8 @@
 
 #include "platform/ko/log.h"
 #include "sensor/core/scoped_subscription.h"
+#include "session/internal/sensor_meaning.h"
+#include "session/internal/session_robot.h"
 #include "session/usage_error.h"
 
 namespace QV::session {
@@ -13,6 +15,15 @@ std::string joined(const std::set<std::string>& names) {
   std::string result;
   for (const std::string& name : names) result += (result.empty() ? "" : ", ") + name;
   return result;
+}
+
+/** Returns the sensor that the part of a description called `name` belongs to; empty if none. */
+std::string findWhole(SessionRobot& robot, const std::string& name) {
+  const Model::Robot* const description = robot.getDescription();
+  if (!description) return {};
+  const auto config = description->sensorConfigs.find(name);
+  if (config == description->sensorConfigs.end()) return {};
+  return findSensorOf(config->second, robot.getKinds(), robot.getManager());
 }
 
 /** Counts one more for as long as it lives. */
@@ -29,14 +40,20 @@ class Counted {
 
 }  // namespace
 
-void checkNames(const sensor::SensorManager& manager, const std::set<std::string>& names) {
+void checkNames(SessionRobot& robot, const std::set<std::string>& names) {
+  const sensor::SensorManager& manager = robot.getManager();
   for (const std::string& name : names) {
     if (manager.isFamily(name) || manager.isSensor(name)) continue;
+    const std::string whole = findWhole(robot, name);
+    if (!whole.empty())
+      throw UsageError(name + " is a part of the sensor " + whole + "; name " + whole + " instead");
     throw UsageError("no sensor or family \"" + name + "\"; this robot has the families " +
                      joined(manager.getFamilyNames()) + " and the sensors " +
                      joined(manager.getSensorList()));
   }
 }
+
+Switches::Switches(SessionRobot& robot) : robot(robot), manager(robot.getManager()) {}
 
 void Switches::subscribe(const std::string& subscriber, const std::set<std::string>& names) {
   xSwitch(names, "subscribed", [&] { manager.subscribe(subscriber, names); });
@@ -78,7 +95,7 @@ void Switches::diagnose(const std::string& sensor, bool success) {
 
 void Switches::xSwitch(const std::set<std::string>& names, const std::string& what,
                        const std::function<void()>& action) {
-  checkNames(manager, names);
+  checkNames(robot, names);
   const Counted counted(busy);
   action();
   for (const std::string& name : names) {

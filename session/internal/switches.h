@@ -10,16 +10,19 @@
 
 namespace QV::session {
 
-/** Throws UsageError, with the known names, if one of `names` is neither a sensor nor a family. */
-QV_API void checkNames(const sensor::SensorManager& manager, const std::set<std::string>& names);
+class SessionRobot;
+
+/** Throws UsageError, with the known names, if one of `names` is neither a sensor nor a family. The
+ * name of a bumper, which is only a part of a sensor, leads to that sensor's. */
+QV_API void checkNames(SessionRobot& robot, const std::set<std::string>& names);
 
 /**
  * The switches of a robot's sensors: subscriptions, enabling, diagnosis. Changes are logged at
- * level info. Thread-safe; the manager must outlive it.
+ * level info. Thread-safe; the robot must outlive it.
  */
 class Switches {
  public:
-  explicit Switches(sensor::SensorManager& manager) : manager(manager) {}
+  explicit Switches(SessionRobot& robot);
 
   /** Subscribes to sensors or families; throws UsageError for an unknown name. */
   void subscribe(const std::string& subscriber, const std::set<std::string>& names);
@@ -36,6 +39,7 @@ class Switches {
   void xSwitch(const std::set<std::string>& names, const std::string& what,
                const std::function<void()>& action);
 
+  SessionRobot& robot;
   sensor::SensorManager& manager;
   std::atomic<int> busy{0};
 };

@@ -17,8 +17,8 @@ void checkPath(const std::vector<Math::Position2D>& path, double speed, double t
   if (path.size() < 2 || !std::all_of(path.begin(), path.end(), isFinite))
     throw UsageError("a path of two finite positions or more expected");
   if (!(speed > 0.0) || !(turnSpeed > 0.0))
-    throw UsageError("speeds above 0 m/s and 0 rad/s expected, " + fixed(speed, 2) + " and " +
-                     fixed(turnSpeed, 2) + " given");
+    throw UsageError("speeds above 0 m/s and 0 rad/s expected, " + shortest(speed) + " and " +
+                     shortest(turnSpeed) + " given");
 }
 
 }  // namespace

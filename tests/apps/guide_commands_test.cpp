@@ -28,6 +28,11 @@ TEST(Guides, bashCompletesCommandsOptionsAndValues) {
       {"qvsensors read --map m", "mine.yaml"},
       {"qvsensors read --seed m", ""},
       {"qvsensors info m", "mine.yaml"},
+      {"qvsensors info r", "run.mcap"},
+      {"qvsensors replay l", "lidar.log"},
+      {"qvsensors serve --replay c", "cut.mcap"},
+      {"qvsensors help re", "read replay recover"},
+      {"qvsensors manual map ''", "info"},
       {"qvsensors watch --log-level v", "verbose"},
       {"qvsensors completion f", "fish"},
       {"qvsensors serve --ros2-navigation o", "own others"},
@@ -38,6 +43,24 @@ TEST(Guides, bashCompletesCommandsOptionsAndValues) {
                     "COMP_WORDS=(" + words + "); COMP_CWORD=$((${#COMP_WORDS[@]} - 1))\n" +
                     "_qvsensors 2>/dev/null; echo ${COMPREPLY[*]}");
     EXPECT_EQ(reply, expected + "\n") << words;
+  }
+}
+
+TEST(Guides, fishCompletesCommandsAndRecordings) {
+  if (shellOutput("command -v fish").empty()) GTEST_SKIP() << "no fish";
+  const Completion cases[] = {
+      {"qvsensors help re", "read\nrecover\nreplay\n"},
+      {"qvsensors manual map ", "info\n"},
+      {"qvsensors replay li", "lidar.log\n"},
+      {"qvsensors serve --replay cut.", "cut.mcap\n"},
+  };
+  const test::TemporaryFolder folder;
+  for (const auto& [words, expected] : cases) {
+    const std::string reply =
+        shellOutput("cd " + folder.string() +
+                    "; fish -c 'source (" QVSENSORS " completion fish | psub); complete -C \"" +
+                    words + "\"' | cut -f1");
+    EXPECT_EQ(reply, expected) << words;
   }
 }
 

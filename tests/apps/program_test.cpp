@@ -188,6 +188,9 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"help", "fly"}, "no command \"fly\"; the commands are list, "},
       {{"completion", "csh"}, "SHELL: bash, zsh or fish expected, \"csh\" given"},
       {{"stream", "--speed", "0"}, "--speed: a number above 0 or max expected, \"0\" given"},
+      {{"stream", "--rate", "1e300"}, "up to 1000000 expected, 1e+300 given"},
+      {{"read", "--robot", porter, "--subscribe", "FrontBumper"},
+       "--subscribe: FrontBumper is a part of the sensor Touch; name Touch instead"},
       {{"check", "--robot", robotOf("")}, "robot.urdf: the robot has no sensors"},
       {{"check", "--robot",
         robotOf("<sensor name='C' type='4'><property key='cameraName' "
@@ -268,6 +271,30 @@ TEST_F(ProgramTest, anUnwritableStandardOutputIsReportedWithTheReason) {
             "qvsensors: standard output: can't be written: No space left on device\n2\n");
 }
 
+TEST_F(ProgramTest, theVersionLoadsFewLibraries) {
+  const std::string loaded =
+      shellOutput("LD_DEBUG=files " QVSENSORS " --version 2>&1 | grep -c 'generating link map'");
+  EXPECT_THAT(std::stoi(loaded), testing::AllOf(testing::Ge(1), testing::Le(12)));
+}
+
+TEST_F(ProgramTest, repeatedErrorsAreOneLineWithTheirNumber) {
+  const std::vector<std::string> words{
+      "stream", "--robot", porter,    "--subscribe", "Touch", "--fault",  "FrontBumper:garbage",
+      "--for",  "5",       "--speed", "max",         "-o",    "/dev/null"};
+  std::vector<std::string> all = words;
+  all.insert(all.end(), {"--log-level", "verbose"});
+  const auto countErrors = [](const Result& result) {
+    std::istringstream lines(result.error);
+    long count = 0;
+    for (std::string line; std::getline(lines, line);) count += line.find("[error]") != line.npos;
+    return count;
+  };
+  EXPECT_GE(countErrors(run(all)), 8);
+  const Result folded = run(words);
+  EXPECT_LE(countErrors(folded), 4) << folded.error;
+  EXPECT_THAT(folded.error, testing::ContainsRegex("\\(again, [0-9]+ times\\)\n"));
+}
+
 TEST_F(ProgramTest, aPoseThatIsNotFreeIsWarnedOfAndRead) {
   const Result result = run({"read", "--pose", "-90,-90,0", "--format", "jsonl"});
   EXPECT_EQ(result.status, 0);
@@ -276,10 +303,18 @@ TEST_F(ProgramTest, aPoseThatIsNotFreeIsWarnedOfAndRead) {
 }
 
 TEST_F(ProgramTest, drivingIntoAWallIsWarnedOfOnce) {
-  const Result result = run({"drive", "--path", "3,6.3 3,7.2 3,6.3"});
+  // So fast that no reading is from within a wall.
+  const Result result = run({"drive", "--path", "3,6.3 3,9 3,6.3", "--speed", "100"});
   EXPECT_EQ(result.status, 0);
-  EXPECT_THAT(result.error, HasSubstr("is in an occupied or unknown cell"));
-  EXPECT_LE(std::count(result.error.begin(), result.error.end(), '\n'), 2) << result.error;
+  EXPECT_THAT(result.error, HasSubstr("m is in an occupied or unknown cell; a robot of --kind"));
+  EXPECT_EQ(std::count(result.error.begin(), result.error.end(), '\n'), 1) << result.error;
+}
+
+TEST_F(ProgramTest, aProgramWithOwnSensorsSpeaksUnderItsOwnName) {
+  const std::string own = "/opt/bin/qvcliff";
+  EXPECT_THAT(run({"fly"}, own).error, testing::StartsWith("qvcliff: no command"));
+  EXPECT_THAT(run({"read", "--fly"}, own).error, HasSubstr("(see qvcliff read --help)"));
+  EXPECT_THAT(run({"completion", "bash"}, own).out, HasSubstr("complete -F _qvcliff qvcliff\n"));
 }
 
 TEST_F(ProgramTest, everyCommandHasHelp) {

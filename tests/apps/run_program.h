@@ -23,9 +23,9 @@ struct Result {
   std::string error;
 };
 
-/** Runs qvsensors in this process. */
-inline Result run(std::vector<std::string> arguments) {
-  arguments.insert(arguments.begin(), "qvsensors");
+/** Runs qvsensors in this process, by the name `program`. */
+inline Result run(std::vector<std::string> arguments, const std::string& program = "qvsensors") {
+  arguments.insert(arguments.begin(), program);
   std::vector<const char*> argv;
   for (const auto& argument : arguments) argv.push_back(argument.c_str());
   testing::internal::CaptureStdout();

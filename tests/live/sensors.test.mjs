@@ -95,10 +95,13 @@ test('a fault set from the menu is shown clearly and can be ended', async () => 
   assert.equal(await row('FrontSonar').getAttribute('data-severity'), '');
 
   await row('BackSonar').getByRole('button', { name: 'End the fault' }).click();
+  const { time: end } = await live.until(({ faults }) => faults.BackSonar === undefined);
   await badge('BackSonar').getByText('sound').waitFor();
   for (const line of ['.sensor-reason', '.sensor-trouble', '.sensor-failed']) {
     await row('BackSonar').locator(line).waitFor({ state: 'hidden' });
   }
+  const seconds = (live.state.time - end) / 1e9;
+  assert.ok(seconds < 4, `the row tells of trouble for ${seconds} s after the fault`);
 
   await live.switchOf('FrontSonar', 'Diagnosis').click();
   await badge('FrontSonar').getByText('failing').waitFor();

@@ -58,7 +58,7 @@ export const HELP = {
 export const FAULTS = {
   off: 'does not answer',
   stuck: 'repeats its last measurement',
-  garbage: 'gives nonsense',
+  garbage: 'gives impossible values',
   wrong: 'gives plausible but wrong values',
   slow: 'measures only twice a second',
   delayed: 'reports everything half a second late',

@@ -5,14 +5,18 @@
 #include <cstdio>
 #include <ctime>
 #include <memory>
+#include <mutex>
 #include <optional>
 #include <string_view>
 #include <utility>
+#include <vector>
 
+#include <spdlog/details/os.h>
 #include <spdlog/pattern_formatter.h>
 #include <spdlog/sinks/stdout_color_sinks.h>
 #include <spdlog/spdlog.h>
 
+#include "platform/ko/internal/line_folder.h"
 #include "platform/ko/internal/time_source.h"
 
 namespace ko::log::detail {
@@ -36,7 +40,8 @@ Level toLevel(spdlog::level::level_enum level) {
 /** The time of a simulated world, "12.345 s", or else that of the day. */
 class TimeOfLine : public spdlog::custom_flag_formatter {
  public:
-  void format(const spdlog::details::log_msg& line, const std::tm& day,
+  // The day that it is given is empty: a pattern without a time of the formatter's own gets none.
+  void format(const spdlog::details::log_msg& line, const std::tm&,
               spdlog::memory_buf_t& text) override {
     char time[40];
     int size = 0;
@@ -44,6 +49,7 @@ class TimeOfLine : public spdlog::custom_flag_formatter {
       const auto seconds = static_cast<double>(simulated->time_since_epoch().count()) * 1e-9;
       size = std::snprintf(time, sizeof time, "%.3f s", seconds);
     } else {
+      const std::tm day = spdlog::details::os::localtime(spdlog::log_clock::to_time_t(line.time));
       size = std::snprintf(time, sizeof time, "%02d:%02d:%02d.%03d", day.tm_hour, day.tm_min,
                            day.tm_sec, xMilliseconds(line));
     }
@@ -89,10 +95,35 @@ spdlog::logger& console() {
   return *instance;
 }
 
+void print(const std::vector<FoldedLine>& lines) {
+  for (const auto& [level, text] : lines)
+    console().log(toSpdlog(level), spdlog::string_view_t(text));
+}
+
+struct Folding {
+  std::mutex mutex;
+  std::optional<LineFolder> folder;
+};
+
+// Never destroyed: threads may still log while the process ends.
+Folding& folding() {
+  static Folding* instance = new Folding;
+  return *instance;
+}
+
 }  // namespace
 
 void writeToConsole(Level level, const std::string& line) {
-  console().log(toSpdlog(level), spdlog::string_view_t(line));
+  const std::lock_guard lock(folding().mutex);
+  auto& folder = folding().folder;
+  print(folder ? folder->fold(level, line, Clock::now()) : std::vector{FoldedLine{level, line}});
+}
+
+void foldRepeats(bool on) {
+  const std::lock_guard lock(folding().mutex);
+  auto& folder = folding().folder;
+  if (folder) print(folder->flush(Clock::now()));
+  folder = on ? std::optional(LineFolder()) : std::nullopt;
 }
 
 }  // namespace ko::log::detail

@@ -71,4 +71,10 @@ void checkProperties(const SensorConfig& config, const SensorKind& kind,
   }
 }
 
+bool hasProperValue(const SensorConfig& config, const SensorKind& kind, const std::string& name) {
+  const PropertyRule* rule = kind.findProperty(name);
+  const auto given = config.properties.find(name);
+  return rule && given != config.properties.end() && !findExpected(*rule, given->second);
+}
+
 }  // namespace QV::Model::detail

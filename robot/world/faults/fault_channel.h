@@ -35,11 +35,11 @@ class FaultChannel {
     ko::Clock::time_point time;
   };
 
-  /** Changes a measurement into nonsense, or into a wrong but plausible one. */
+  /** Changes a measurement into garbage, or into a wrong but plausible one. */
   using Distortion = std::function<T(const T&)>;
 
-  FaultChannel(FaultFinder faults, Distortion garble, Distortion falsify)
-      : faults(std::move(faults)), garble(std::move(garble)), falsify(std::move(falsify)) {}
+  FaultChannel(FaultFinder faults, Distortion garbage, Distortion wrong)
+      : faults(std::move(faults)), garbage(std::move(garbage)), wrong(std::move(wrong)) {}
 
   /** Returns nothing while the sensor is gone; otherwise its newest sample, which may be the last
    * one again. */
@@ -54,9 +54,9 @@ class FaultChannel {
       case FaultKind::stuck:
         return last = Sample{last ? last->value : measured, now};
       case FaultKind::garbage:
-        return Sample{garble(measured), now};
+        return Sample{garbage(measured), now};
       case FaultKind::wrong:
-        return Sample{falsify(measured), now};
+        return Sample{wrong(measured), now};
       case FaultKind::slow:
         return xIsOld(now) ? last = fresh : last;
       case FaultKind::delayed:
@@ -81,8 +81,8 @@ class FaultChannel {
   }
 
   const FaultFinder faults;
-  const Distortion garble;
-  const Distortion falsify;
+  const Distortion garbage;
+  const Distortion wrong;
   std::optional<Sample> last;
   std::deque<Sample> underWay;
 };

@@ -1,5 +1,7 @@
 #include "platform/ko/log.h"
 
+#include <chrono>
+#include <ctime>
 #include <thread>
 
 #include <gmock/gmock.h>
@@ -59,6 +61,26 @@ TEST_F(LogTest, standardErrorHasOneLinePerLogRecord) {
   EXPECT_THAT(testing::internal::GetCapturedStderr(),
               testing::MatchesRegex("\\[.*\\] \\[warning\\] Test.run: two\\\\nlines \\{\\} %s "
                                     "\\\\x1b\\[31mcaf\xc3\xa9\\\\x7f\n"));
+}
+
+std::string timeOfDay() {
+  using WallClock = std::chrono::system_clock;
+  const std::time_t now = WallClock::to_time_t(WallClock::now());
+  std::tm day{};
+  localtime_r(&now, &day);
+  char text[16];
+  std::strftime(text, sizeof text, "[%H:%M:%S", &day);
+  return text;
+}
+
+TEST_F(LogTest, inRealTimeALineHasTheTimeOfDay) {
+  setLevel(Level::warning);
+  testing::internal::CaptureStderr();
+  const std::string before = timeOfDay();
+  warning("Test", "run") << "now";
+  const std::string after = timeOfDay();
+  EXPECT_THAT(testing::internal::GetCapturedStderr(),
+              testing::AnyOf(testing::StartsWith(before), testing::StartsWith(after)));
 }
 
 TEST_F(LogTest, aSinkGoesAwayWhileOthersLog) {

@@ -103,6 +103,10 @@ TEST(DescriptionFaults, nameTheGivenAndTheExpectedValue) {
        {R"(S: property "minimumDetectionDistance" is "25 cm", metres expected)"}},
       {sensor("S", "Sonar", bare + property("maximumDetectionDistance", "0.2")),
        {"S: minimumDetectionDistance is above maximumDetectionDistance, at most 0.2 expected"}},
+      {sensor("S", "Sonar",
+              bare + property("maximumDetectionDistance", "0.2") + property("Period", "1")),
+       {R"(S: property "Period" is unknown, "period" expected)",
+        "S: minimumDetectionDistance is above maximumDetectionDistance, at most 0.2 expected"}},
       // names
       {sonar("Laser") + laser("L"),
        {"Laser: its name is that of a family of the robot, a name of its own expected"}},

@@ -18,9 +18,9 @@ BlindZoneUnit::BlindZoneUnit(const Model::SensorConfig& config, const UnitContex
       key(config.memoryKeys.at(0)),
       context(context),
       fan(config, kRayCount, context),
-      nonsense(context, config.name),
+      garbage(context, config.name),
       channel(
-          context.getFaults(config.name), [this](float) { return nonsense.pick(kFalseFlags); },
+          context.getFaults(config.name), [this](float) { return garbage.pick(kFalseFlags); },
           [](float detected) { return 1.0f - detected; }) {}
 
 void BlindZoneUnit::measure(ko::Clock::time_point now) {

@@ -5,7 +5,7 @@
 
 #include "platform/model/sensor_config.h"
 #include "robot/world/faults/fault_channel.h"
-#include "robot/world/units/internal/nonsense.h"
+#include "robot/world/units/internal/garbage.h"
 #include "robot/world/units/internal/range_fan.h"
 #include "robot/world/units/sensor_unit.h"
 #include "robot/world/units/unit_context.h"
@@ -27,7 +27,7 @@ class BlindZoneUnit : public SensorUnit {
   const std::string key;
   const UnitContext context;
   const RangeFan fan;
-  Nonsense nonsense;
+  Garbage garbage;
   FaultChannel<float> channel;
 };
 

@@ -69,10 +69,11 @@ DepthSource::DepthSource(const Model::SensorConfig& config, const UnitContext& c
       context(context),
       renderer(UnitParts::of(context).getScene(), opticsOf(config)),
       noiseStart(context.makeGenerator(config.name + " frames")),
-      nonsense(context, config.name),
+      garbage(context, config.name),
       noise(drawNoise(context.getOptions(), config.name)),
       channel(
-          context.getFaults(config.name), [this](const Frame& frame) { return xGarble(frame); },
+          context.getFaults(config.name),
+          [this](const Frame& frame) { return xMakeGarbage(frame); },
           [](const Frame& frame) { return Frame(frame * kFalseShare); }) {}
 
 void DepthSource::show(cv::Mat_<std::uint16_t>& depth, ko::Clock::time_point& time) {
@@ -95,12 +96,11 @@ void DepthSource::xAddNoise(Frame& frame) {
 }
 
 // Depths that no reader takes for one are few: some readers log each.
-DepthSource::Frame DepthSource::xGarble(const Frame& frame) {
-  Frame garbled(frame.size());
-  for (std::uint16_t& pixel : garbled)
-    pixel = static_cast<std::uint16_t>(nonsense.below(kMostDepth));
-  garbled(0, 0) = kNoDepth;
-  return garbled;
+DepthSource::Frame DepthSource::xMakeGarbage(const Frame& frame) {
+  Frame result(frame.size());
+  for (std::uint16_t& pixel : result) pixel = static_cast<std::uint16_t>(garbage.below(kMostDepth));
+  result(0, 0) = kNoDepth;
+  return result;
 }
 
 UnitFactory::Units plugInCameras(const std::vector<Model::SensorConfig>& configs,

@@ -10,7 +10,7 @@
 #include "robot/services/video_device.h"
 #include "robot/world/faults/fault_channel.h"
 #include "robot/world/units/internal/depth_renderer.h"
-#include "robot/world/units/internal/nonsense.h"
+#include "robot/world/units/internal/garbage.h"
 #include "robot/world/units/unit_factory.h"
 
 namespace QV::robot {
@@ -27,13 +27,13 @@ class DepthSource {
   using Frame = cv::Mat_<std::uint16_t>;
 
   void xAddNoise(Frame& frame);
-  Frame xGarble(const Frame& frame);
+  Frame xMakeGarbage(const Frame& frame);
 
   const std::string sensor;
   const UnitContext context;
   DepthRenderer renderer;
   std::mt19937 noiseStart;
-  Nonsense nonsense;
+  Garbage garbage;
   /** Errors in millimetres, and kLost. */
   std::vector<int> noise;
   FaultChannel<Frame> channel;

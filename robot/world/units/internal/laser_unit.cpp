@@ -31,9 +31,9 @@ LaserUnit::LaserUnit(const Model::SensorConfig& config, bool isHoleLaser,
       fan(config, config.memoryKeys.size() / 2, context),
       noise(context.getOptions(), config.name),
       faults(context.getFaults(config.name)),
-      nonsense(context, config.name),
+      garbage(context, config.name),
       channel(
-          faults, [this](const Scan& scan) { return xGarble(scan); }, xFalsify) {
+          faults, [this](const Scan& scan) { return xMakeGarbage(scan); }, xMakeWrong) {
   Scan none;
   const float beyond = fan.getMaxRange() + kNoEchoMargin;
   for (std::size_t i = 0; i < fan.getRayCount(); ++i) {
@@ -91,19 +91,19 @@ void LaserUnit::xWrite(const Scan& scan, ko::Clock::time_point time) const {
   context.write(properties.getText("timestamp"), ko::Clock::toInt32ms(time));
 }
 
-LaserUnit::Scan LaserUnit::xGarble(const Scan& scan) {
-  Scan garbled = scan;
-  for (float& coordinate : garbled.coordinates) coordinate = nonsense.pick(kFalseCoordinates);
-  garbled.error = static_cast<int>(nonsense.below(2));
-  garbled.status = static_cast<int>(nonsense.below(100)) - 50;
-  return garbled;
+LaserUnit::Scan LaserUnit::xMakeGarbage(const Scan& scan) {
+  Scan result = scan;
+  for (float& coordinate : result.coordinates) coordinate = garbage.pick(kFalseCoordinates);
+  result.error = static_cast<int>(garbage.below(2));
+  result.status = static_cast<int>(garbage.below(100)) - 50;
+  return result;
 }
 
-LaserUnit::Scan LaserUnit::xFalsify(const Scan& scan) {
-  Scan falsified = scan;
-  for (float& coordinate : falsified.coordinates) coordinate *= kFalseShare;
-  if (scan.status != 0) falsified.status = scan.status == kSoundFloor ? kHole : kSoundFloor;
-  return falsified;
+LaserUnit::Scan LaserUnit::xMakeWrong(const Scan& scan) {
+  Scan result = scan;
+  for (float& coordinate : result.coordinates) coordinate *= kFalseShare;
+  if (scan.status != 0) result.status = scan.status == kSoundFloor ? kHole : kSoundFloor;
+  return result;
 }
 
 }  // namespace QV::robot

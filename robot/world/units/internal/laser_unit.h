@@ -6,7 +6,7 @@
 
 #include "robot/world/chance/range_noise.h"
 #include "robot/world/faults/fault_channel.h"
-#include "robot/world/units/internal/nonsense.h"
+#include "robot/world/units/internal/garbage.h"
 #include "robot/world/units/internal/range_fan.h"
 #include "robot/world/units/unit_context.h"
 
@@ -49,8 +49,8 @@ class LaserUnit {
   Scan xMeasure();
   int xJudgeFloor(const std::vector<Ray>& rays, const std::vector<float>& ranges) const;
   void xWrite(const Scan& scan, ko::Clock::time_point time) const;
-  Scan xGarble(const Scan& scan);
-  static Scan xFalsify(const Scan& scan);
+  Scan xMakeGarbage(const Scan& scan);
+  static Scan xMakeWrong(const Scan& scan);
 
   const Model::SensorConfig config;
   const bool isHoleLaser;
@@ -62,7 +62,7 @@ class LaserUnit {
   std::mutex mutex;
   RangeNoise noise;
   const FaultFinder faults;
-  Nonsense nonsense;
+  Garbage garbage;
   FaultChannel<Scan> channel;
 };
 

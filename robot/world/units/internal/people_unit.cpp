@@ -33,7 +33,7 @@ PeopleUnit::PeopleUnit(const Model::SensorConfig& camera, const std::string& cam
       context(context),
       noise(context.getOptions(), kPeoplePerception),
       faults(context.getFaults(kPeoplePerception)),
-      nonsense(context, "people"),
+      garbage(context, "people"),
       channel(
           faults, [](const Detections& found) { return found; },
           [](const Detections& found) {
@@ -52,7 +52,7 @@ PeopleUnit::PeopleUnit(const Model::SensorConfig& camera, const std::string& cam
 void PeopleUnit::measure(ko::Clock::time_point now) {
   if (!context.hasSubscribers(kPeopleEvent)) return;
   const auto sample = channel.pass(xFind(), now);
-  if (faults(now) == FaultKind::garbage) return xRaiseNonsense();
+  if (faults(now) == FaultKind::garbage) return xRaiseGarbage();
   if (!sample || (sample->value.empty() && !toldOfSomebody)) return;
   toldOfSomebody = !sample->value.empty();
   QVValue::Array people;
@@ -92,10 +92,10 @@ std::optional<PeopleUnit::Detection> PeopleUnit::xDetect(std::size_t person,
   return Detection{static_cast<int>(person), measured, -std::asin(seen.z / range), aboutZ};
 }
 
-void PeopleUnit::xRaiseNonsense() {
+void PeopleUnit::xRaiseGarbage() {
   const std::vector<QVValue> choice{"nobody", QVValue::array(1, 2, 3),
                                     QVValue::array(QVValue::array(1, 2, 3), 4, 5, 6, 7)};
-  context.raiseEvent(kPeopleEvent, nonsense.pick(choice));
+  context.raiseEvent(kPeopleEvent, garbage.pick(choice));
 }
 
 }  // namespace QV::robot

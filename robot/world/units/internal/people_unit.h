@@ -7,7 +7,7 @@
 #include "platform/model/sensor_config.h"
 #include "robot/world/chance/range_noise.h"
 #include "robot/world/faults/fault_channel.h"
-#include "robot/world/units/internal/nonsense.h"
+#include "robot/world/units/internal/garbage.h"
 #include "robot/world/units/sensor_unit.h"
 #include "robot/world/units/unit_context.h"
 
@@ -39,7 +39,7 @@ class PeopleUnit : public SensorUnit {
   Detections xFind();
   std::optional<Detection> xDetect(std::size_t person, const Math::Transform& camera,
                                    const Moment& moment);
-  void xRaiseNonsense();
+  void xRaiseGarbage();
 
   const std::string frame;
   const int cameraIndex;
@@ -48,7 +48,7 @@ class PeopleUnit : public SensorUnit {
   const UnitContext context;
   RangeNoise noise;
   const FaultFinder faults;
-  Nonsense nonsense;
+  Garbage garbage;
   FaultChannel<Detections> channel;
   bool toldOfSomebody = false;
 };

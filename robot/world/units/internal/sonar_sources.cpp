@@ -12,7 +12,7 @@
 #include "robot/services/internal/sonar_driver.h"
 #include "robot/world/chance/range_noise.h"
 #include "robot/world/faults/fault_channel.h"
-#include "robot/world/units/internal/nonsense.h"
+#include "robot/world/units/internal/garbage.h"
 #include "robot/world/units/internal/range_fan.h"
 #include "robot/world/units/internal/unit_parts.h"
 
@@ -37,9 +37,9 @@ class SonarSources::Sonar {
       : key(config.memoryKeys[0]),
         fan(config, rayCountOf(config), context),
         noise(context.getOptions(), config.name),
-        nonsense(context, config.name),
+        garbage(context, config.name),
         channel(
-            context.getFaults(config.name), [this](float) { return nonsense.pick(kFalseEchoes); },
+            context.getFaults(config.name), [this](float) { return garbage.pick(kFalseEchoes); },
             [](float range) { return kFalseShare * range; }) {}
 
   const std::string& getKey() const { return key; }
@@ -55,7 +55,7 @@ class SonarSources::Sonar {
   const std::string key;
   const RangeFan fan;
   RangeNoise noise;
-  Nonsense nonsense;
+  Garbage garbage;
   FaultChannel<float> channel;
 };
 

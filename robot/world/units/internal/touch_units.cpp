@@ -17,7 +17,7 @@ namespace {
 constexpr const char* kTouchEvent = NavigationContract::kTouchChangedEvent;
 // The number of this kind of touch in the event.
 constexpr int kBumperTouch = 2;
-constexpr ko::Duration kNonsensePeriod(500'000'000);
+constexpr ko::Duration kGarbagePeriod(500'000'000);
 
 float angleBetween(float a, float b) {
   return std::abs(std::remainder(a - b, 2.0f * std::numbers::pi_v<float>));
@@ -57,7 +57,7 @@ class TouchUnits::Bumper {
 };
 
 TouchUnits::TouchUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context)
-    : SensorUnit("bumpers", ko::Duration::zero()), context(context), nonsense(context, "touch") {
+    : SensorUnit("bumpers", ko::Duration::zero()), context(context), garbage(context, "touch") {
   for (const Model::SensorConfig& config : configs) {
     bumpers.push_back(std::make_unique<Bumper>(config, context));
   }
@@ -73,7 +73,7 @@ void TouchUnits::measure(ko::Clock::time_point now) {
   QVValue::Array changes;
   for (const auto& bumper : bumpers) {
     if (bumper->faults(now) == FaultKind::garbage) {
-      xRaiseNonsense(*bumper, now);
+      xRaiseGarbage(*bumper, now);
     } else if (bumper->update(pressed.count(bumper->link) > 0, now)) {
       changes.push_back(bumper->describe());
     }
@@ -97,13 +97,13 @@ std::set<std::string> TouchUnits::xFindPressed(float contact) const {
   return pressed;
 }
 
-void TouchUnits::xRaiseNonsense(const Bumper& bumper, ko::Clock::time_point now) {
-  if (now < nonsenseDue) return;
-  nonsenseDue = now + kNonsensePeriod;
+void TouchUnits::xRaiseGarbage(const Bumper& bumper, ko::Clock::time_point now) {
+  if (now < garbageDue) return;
+  garbageDue = now + kGarbagePeriod;
   const std::vector<QVValue> choice{42, QVValue::array(QVValue::array(bumper.link)),
                                     QVValue::array(QVValue::array(bumper.link, "pressed")),
                                     QVValue::array(QVValue::array(bumper.link, true))};
-  context.raiseEvent(kTouchEvent, nonsense.pick(choice));
+  context.raiseEvent(kTouchEvent, garbage.pick(choice));
 }
 
 UnitFactory::Units makeTouchUnits(const std::vector<Model::SensorConfig>& configs,

@@ -6,7 +6,7 @@
 #include <vector>
 
 #include "platform/model/sensor_config.h"
-#include "robot/world/units/internal/nonsense.h"
+#include "robot/world/units/internal/garbage.h"
 #include "robot/world/units/sensor_unit.h"
 #include "robot/world/units/unit_factory.h"
 
@@ -28,12 +28,12 @@ class TouchUnits : public SensorUnit {
   class Bumper;
 
   std::set<std::string> xFindPressed(float contact) const;
-  void xRaiseNonsense(const Bumper& bumper, ko::Clock::time_point now);
+  void xRaiseGarbage(const Bumper& bumper, ko::Clock::time_point now);
 
   const UnitContext context;
   std::vector<std::unique_ptr<Bumper>> bumpers;
-  Nonsense nonsense;
-  ko::Clock::time_point nonsenseDue;
+  Garbage garbage;
+  ko::Clock::time_point garbageDue;
 };
 
 UnitFactory::Units makeTouchUnits(const std::vector<Model::SensorConfig>& configs,

@@ -8,10 +8,10 @@
 
 namespace QV::robot {
 
-/** The nonsense that a broken sensor answers, by chance. For one thread at a time. */
-class Nonsense {
+/** The garbage that a broken sensor answers, by chance. For one thread at a time. */
+class Garbage {
  public:
-  Nonsense(const UnitContext& context, const std::string& source)
+  Garbage(const UnitContext& context, const std::string& source)
       : generator(context.makeGenerator(source + " garbage")) {}
 
   /** Returns a number from 0 to below `count`. */
