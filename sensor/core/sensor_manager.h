@@ -194,7 +194,7 @@ class QV_API SensorManager {
   bool xEnableSensor(const std::string& sensorName, bool enable);
 
   /** Gathers the records of all sensors, in the order of their names, into the cache. A sensor
-   * that throws a standard exception is left out, and logged when it begins to. */
+   * that throws is left out, and logged when it begins to. */
   void xUpdateData() const;
   /** Replaces the cache. */
   void xSetData(std::vector<Math::MetricalData> records) const;
@@ -229,6 +229,7 @@ class QV_API SensorManager {
   std::set<std::string> xNamesOfSensors(Predicate predicate) const;
   void xGather(const std::string& name, const Sensor& sensor,
                std::vector<Math::MetricalData>& records) const;
+  void xNoteFailure(const std::string& name, const Sensor& sensor, const char* reason) const;
   /** Notes how gathering a sensor's records went; true if it went otherwise the last time. */
   bool xChangesGathering(const std::string& sensorName, bool success) const;
 
