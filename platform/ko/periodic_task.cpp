@@ -12,7 +12,7 @@ namespace ko {
 PeriodicTask::PeriodicTask() : impl(boost::make_shared<Impl>()) {}
 
 PeriodicTask::~PeriodicTask() {
-  stop();
+  impl->retire();
 }
 
 void PeriodicTask::setName(const std::string& name) {

@@ -21,7 +21,9 @@ namespace ko {
 class QV_API PeriodicTask {
  public:
   PeriodicTask();
-  /** Stops the task. */
+  /** Stops the task; what the callback held is gone. Inside a sleep of its own callback, in
+   * simulated time, the program ends with a line that says so: the callback would go on without its
+   * owner. */
   ~PeriodicTask();
   PeriodicTask(const PeriodicTask&) = delete;
   PeriodicTask& operator=(const PeriodicTask&) = delete;

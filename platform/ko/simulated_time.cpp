@@ -27,6 +27,7 @@ SimulatedTime::SimulatedTime(Clock::time_point start) {
   detail::installScheduler(scheduler);
 }
 
+// It may end inside a call that it runs: whatever runs calls keeps the scheduler meanwhile.
 SimulatedTime::~SimulatedTime() {
   detail::installScheduler(nullptr);
   scheduler->end();
@@ -36,14 +37,16 @@ SimulatedTime::~SimulatedTime() {
 void SimulatedTime::advance(Duration duration) {
   checkNotNegative(duration);
   xCheckOwner();
-  scheduler->advanceTo(detail::later(scheduler->now(), duration));
+  const auto kept = scheduler;
+  kept->advanceTo(detail::later(kept->now(), duration));
 }
 
 void SimulatedTime::advanceTo(Clock::time_point time) {
   xCheckOwner();
   if (time < scheduler->now())
     throw std::invalid_argument("SimulatedTime: time can't be moved back");
-  scheduler->advanceTo(time);
+  const auto kept = scheduler;
+  kept->advanceTo(time);
 }
 
 void SimulatedTime::runDue() {
@@ -53,10 +56,11 @@ void SimulatedTime::runDue() {
 bool SimulatedTime::runUntil(const boost::function<bool()>& reached, Duration limit) {
   checkNotNegative(limit);
   xCheckOwner();
-  const auto end = detail::later(scheduler->now(), limit);
+  const auto kept = scheduler;
+  const auto end = detail::later(kept->now(), limit);
   while (!reached()) {
-    if (scheduler->runNext(end)) continue;
-    scheduler->advanceTo(end);
+    if (kept->runNext(end)) continue;
+    kept->advanceTo(end);
     return reached();
   }
   return true;

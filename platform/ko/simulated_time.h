@@ -24,10 +24,12 @@ class SimulatedScheduler;
  *   their futures count as cancelled, their tasks as stopped.
  * - Threads: only the owner calls it. A sleep on the owner's thread advances the time and runs due
  *   calls. A callback that sleeps is not entered again meanwhile. Sleeps on other threads end when
- *   the owner has advanced far enough, or when the SimulatedTime ends. Callbacks may call all
- * operations.
- * - Errors: std::logic_error for a second one in the process, and for an operation on another
- *   thread.
+ *   the owner has advanced far enough, or when the SimulatedTime ends. An owner that waits for a
+ *   task, a future or a sensor of a thread that sleeps advances the time until it wakes. Callbacks
+ *   may call all operations; one that needs a lock held by a call that sleeps beneath it gets an
+ *   error.
+ * - Errors: std::logic_error for a second one in the process, for an operation on another thread,
+ *   and for a lock as above: the text names both calls.
  *
  * An hour of driving:
  *

@@ -13,7 +13,8 @@ class QV_API DCMProxy : public QVProxy {
   explicit DCMProxy(const boost::shared_ptr<QVBroker>& broker,
                     const std::string& module = DeviceManagerContract::kModule);
 
-  /** Returns the device manager's clock plus `offset`, in milliseconds modulo 2^32. */
+  /** Returns the device manager's clock plus `offset`, in milliseconds modulo 2^32. An answer that
+   * is no signed 32-bit number is a QVError: saturated, it would stand still. */
   std::int32_t getTime(int offset) const;
 
   /**

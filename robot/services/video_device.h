@@ -94,7 +94,8 @@ class QV_API VideoDevice : public QVModule {
                          int frameRate);
   QVValue xGetImage(const std::string& handle);
   void xTakeBack(const std::string& handle, Client& client) const;
-  QVValue xCapture(Device& device, cv::Size size, ko::Clock::time_point time);
+  QVValue xCapture(Device& device, const std::string& handle, cv::Size size,
+                   ko::Clock::time_point time);
 
   mutable std::mutex mutex;
   std::map<int, boost::shared_ptr<Device>> devices;

@@ -2,6 +2,7 @@
 
 #include <opencv2/imgproc.hpp>
 
+#include "platform/ko/internal/call_lock.h"
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/video_device_contract.h"
 #include "platform/model/internal/number_text.h"
@@ -62,7 +63,7 @@ QVValue VideoDevice::xGetImage(const std::string& handle) {
     asked = client;
   }
   // The lock is not held here, because a source may take long.
-  QVValue image = xCapture(*xDevice(asked.camera), asked.size, now);
+  QVValue image = xCapture(*xDevice(asked.camera), handle, asked.size, now);
   Lock lock(mutex);
   Client& client = xClient(handle);
   client.image = image;
@@ -78,7 +79,8 @@ void VideoDevice::xTakeBack(const std::string& handle, Client& client) const {
       << handle << " asks for an image while it holds one, which is taken back";
 }
 
-QVValue VideoDevice::xCapture(Device& device, cv::Size size, ko::Clock::time_point time) {
+QVValue VideoDevice::xCapture(Device& device, const std::string& handle, cv::Size size,
+                              ko::Clock::time_point time) {
   const auto pixels = spares->take(static_cast<std::size_t>(size.area()) * 2);
   const cv::Mat_<std::uint16_t> wanted(size.height, size.width,
                                        reinterpret_cast<std::uint16_t*>(pixels->data()));
@@ -86,7 +88,7 @@ QVValue VideoDevice::xCapture(Device& device, cv::Size size, ko::Clock::time_poi
   {
     // Held until the pixels are ours: a source may show a frame that it fills anew at its next
     // call.
-    Lock lock(device.capturing);
+    ko::detail::CallLock lock(device.capturing, "the image", handle);
     device.camera.source(frame, time);
     if (frame.empty()) return QVValue();
     if (frame.data != wanted.data || frame.size() != size) {

@@ -1,14 +1,15 @@
 #include "sensor/core/sensor.h"
 
-#include <boost/thread/lock_guard.hpp>
-
+#include "platform/ko/internal/call_lock.h"
 #include "sensor/core/internal/hardware_call.h"
 #include "sensor/core/internal/sensor_watch.h"
 
 namespace QV::sensor {
 namespace {
 
-using Lock = boost::lock_guard<boost::mutex>;
+using Lock = ko::detail::CallLock<boost::mutex>;
+
+constexpr char kTheStop[] = "the stop";
 
 }  // namespace
 
@@ -21,7 +22,7 @@ Sensor::~Sensor() {
 }
 
 bool Sensor::subscribe(const std::string& subscriberName) {
-  Lock lock(mutex);
+  Lock lock(mutex, "Sensor::subscribe", name);
   const bool isNew = subscribers.insert(subscriberName).second;
   isWanted = true;
   xToggleSubscription();
@@ -29,7 +30,8 @@ bool Sensor::subscribe(const std::string& subscriberName) {
 }
 
 bool Sensor::unsubscribe(const std::string& subscriberName) {
-  Lock lock(mutex);
+  Lock lock(mutex, "Sensor::unsubscribe", name);
+  xCheckMayStop(subscribers.size() > subscribers.count(subscriberName));
   const bool wasPresent = subscribers.erase(subscriberName) > 0;
   isWanted = !subscribers.empty();
   xToggleSubscription();
@@ -37,22 +39,31 @@ bool Sensor::unsubscribe(const std::string& subscriberName) {
 }
 
 void Sensor::enable(bool value) {
-  Lock lock(mutex);
+  Lock lock(mutex, "Sensor::enable", name);
   if (value == enabled) return;
+  xCheckMayStop(value);
   enabled = value;
   xToggleSubscription();
 }
 
 void Sensor::setDiagnosis(bool success) {
-  Lock lock(mutex);
+  Lock lock(mutex, "Sensor::setDiagnosis", name);
   if (success == diagnosisSuccess) return;
+  xCheckMayStop(success);
   diagnosisSuccess = success;
   xToggleSubscription();
 }
 
 std::set<std::string> Sensor::getSubscribers() const {
-  Lock lock(mutex);
+  // Inside a start or stop on this thread nobody else changes them.
+  if (ko::detail::isHeldHere(&mutex)) return subscribers;
+  Lock lock(mutex, "Sensor::getSubscribers", name);
   return subscribers;
+}
+
+// A stop waits for the reading in progress. If that is on this thread, nothing changes.
+void Sensor::xCheckMayStop(bool staysWanted) const {
+  if (started && !staysWanted) ko::detail::refuseSecond({&startedMutex, kTheStop, &name});
 }
 
 void Sensor::xToggleSubscription() {
@@ -83,7 +94,7 @@ void Sensor::xStop() {
 }
 
 void Sensor::xSetStarted(bool value) {
-  Lock lock(startedMutex);
+  Lock lock(startedMutex, value ? "the start" : kTheStop, name);
   isNoted = true;
   started = value;
 }

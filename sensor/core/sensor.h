@@ -143,6 +143,7 @@ class QV_API Sensor {
  private:
   friend class HealthBoard;
 
+  void xCheckMayStop(bool staysWanted) const;
   void xToggleSubscription();
   void xStart();
   void xStop();

@@ -4,8 +4,8 @@
 #include <exception>
 
 #include <boost/make_shared.hpp>
-#include <boost/thread/lock_guard.hpp>
 
+#include "platform/ko/internal/call_lock.h"
 #include "platform/ko/log.h"
 #include "sensor/core/internal/health_board.h"
 
@@ -67,7 +67,7 @@ bool SensorManager::unsubscribe(const std::string& subscriber,
 bool SensorManager::xForEachName(const std::string& subscriber, const std::set<std::string>& names,
                                  const char* method, const char* what, NameOperation onFamily,
                                  NameOperation onSensor) {
-  boost::lock_guard<boost::mutex> lock(subscriptionMutex);
+  ko::detail::CallLock lock(subscriptionMutex, method, subscriber);
   bool result = false;
   for (const std::string& name : names) {
     if (xIsFamily(name)) {
@@ -128,7 +128,8 @@ bool SensorManager::xUnsubscribeFromSensor(const std::string& subscriber,
 }
 
 void SensorManager::lookAgain() {
-  boost::lock_guard<boost::mutex> lock(subscriptionMutex);
+  static const std::string nobody;
+  ko::detail::CallLock lock(subscriptionMutex, "SensorManager::lookAgain", nobody);
   xOnSensorOnChanged(xIsAnySensorOn());
 }
 

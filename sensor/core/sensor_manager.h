@@ -197,8 +197,8 @@ class QV_API SensorManager {
   bool xEnableSensor(const std::string& sensorName, bool enable);
 
   /** Gathers the records of all sensors, in the order of their names, into the cache. A sensor
-   * that throws a standard exception is left out. Its first exception is logged, the
-   * next ones are not, until a reading succeeds. */
+   * that throws is left out. Its first exception is logged, the next ones are not, until a reading
+   * succeeds. */
   void xUpdateData() const;
   /** Replaces the cache. */
   void xSetData(std::vector<Math::MetricalData> records) const;
@@ -233,6 +233,7 @@ class QV_API SensorManager {
   std::set<std::string> xNamesOfSensors(Predicate predicate) const;
   void xGather(const std::string& name, const Sensor& sensor,
                std::vector<Math::MetricalData>& records) const;
+  void xNoteFailure(const std::string& name, const Sensor& sensor, const char* reason) const;
   /** Notes how gathering a sensor's records went; true if it went otherwise the last time. */
   bool xChangesGathering(const std::string& sensorName, bool success) const;
 

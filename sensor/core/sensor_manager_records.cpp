@@ -73,13 +73,20 @@ void SensorManager::xGather(const std::string& name, const Sensor& sensor, Recor
     moveAppend(own, records);
     if (isAnyFailing) xChangesGathering(name, true);
   } catch (const std::exception& exception) {
-    const std::string message = "Unable to gather the data of " + name + ": " + exception.what();
-    // The log gets one line when a sensor begins to fail, not one per refresh.
-    if (xChangesGathering(name, false)) {
-      sensor.logTrouble(ko::log::Level::error, kRecordsCategory, "xUpdateData", message);
-    } else {
-      sensor.keepTrouble(ko::log::Level::error, kRecordsCategory, "xUpdateData", message);
-    }
+    xNoteFailure(name, sensor, exception.what());
+  } catch (...) {
+    xNoteFailure(name, sensor, "not a standard exception");
+  }
+}
+
+void SensorManager::xNoteFailure(const std::string& name, const Sensor& sensor,
+                                 const char* reason) const {
+  const std::string message = "Unable to gather the data of " + name + ": " + reason;
+  // The log gets one line when a sensor begins to fail, not one per refresh.
+  if (xChangesGathering(name, false)) {
+    sensor.logTrouble(ko::log::Level::error, kRecordsCategory, "xUpdateData", message);
+  } else {
+    sensor.keepTrouble(ko::log::Level::error, kRecordsCategory, "xUpdateData", message);
   }
 }
 

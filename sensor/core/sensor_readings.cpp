@@ -1,14 +1,13 @@
 #include <memory>
 
-#include <boost/thread/lock_guard.hpp>
-
+#include "platform/ko/internal/call_lock.h"
 #include "sensor/core/internal/sensor_watch.h"
 #include "sensor/core/sensor.h"
 
 namespace QV::sensor {
 
 std::vector<Math::MetricalData> Sensor::getData() const {
-  boost::lock_guard<boost::mutex> lock(startedMutex);
+  ko::detail::CallLock lock(startedMutex, "Sensor::getData", name);
   if (!started) return {};
   if (!isNoted) return xGetData();
   SensorWatch* const notes = watch;

@@ -68,7 +68,8 @@ class QV_API NavigationModule : public QVModule {
   NavigationModule(const boost::shared_ptr<QVBroker>& broker, const SensorFactory& factory);
   /** Hosts any manager that has all its sensors already. Throws QVError for a null manager. */
   explicit NavigationModule(boost::shared_ptr<SensorManager> manager);
-  /** Unsubscribes everybody first: no hardware is left running. */
+  /** Unsubscribes everybody first: no hardware is left running, but a laser that confirmed its
+   * start after the time for it. */
   ~NavigationModule() override;
 
   SensorManager& getManager() { return *manager; }

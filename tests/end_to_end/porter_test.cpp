@@ -1,5 +1,8 @@
 #include "tests/support/porter.h"
 
+#include <cstdint>
+#include <set>
+#include <string>
 #include <tuple>
 
 #include "platform/ko/simulated_time.h"
@@ -30,6 +33,33 @@ TEST(Porter, anArmInFrontOfTheFrontSonarSilencesThatSonarOnly) {
     EXPECT_GT(pointsOf("BackSonar"), 0u) << shoulder;
     porter.robot.setJointPositions({{shoulder, 0.0}, {elbow, 0.0}});
     EXPECT_GT(pointsOf("FrontSonar"), 0u) << shoulder;
+  }
+}
+
+// Stamps are counts of milliseconds modulo 2^32, and scans are read as floats: half a turn of the
+// clock away from its zero those are 128 ms apart.
+TEST(Porter, itsRangeSensorsStayFreshAtEveryTurnOfTheClock) {
+  constexpr std::int64_t kTurn = std::int64_t{1} << 32;
+  for (const std::int64_t start : {kTurn / 4 - 2000, kTurn / 2 - 2000, kTurn * 3 / 4 - 2000,
+                                   kTurn - 2000, kTurn * 3 / 2 - 2000, 2 * kTurn - 2000}) {
+    ko::SimulatedTime time{ko::Clock::time_point(milliseconds(start))};
+    const test::LogCapture log;
+    const auto broker = QVBroker::create();
+    test::Porter porter(broker);
+    sensor::RealSensorManager manager(broker);
+    const std::set<std::string> families{"Laser", "Sonar", "HoleLaser"};
+    manager.subscribe("me", families);
+    time.advance(milliseconds(700));
+    for (int refresh = 0; refresh < 40; ++refresh) {
+      time.advance(milliseconds(100));
+      std::set<std::string> fresh;
+      for (const auto& record : manager.getMetricalData()) {
+        const auto age = Math::age(record, ko::Clock::now());
+        if (age > milliseconds(-64) && age < milliseconds(300)) fresh.insert(record.sensorName);
+      }
+      EXPECT_EQ(fresh, manager.getSensorListBySubscriber("me")) << start << ", " << refresh;
+    }
+    EXPECT_THAT(log.lines(ko::log::Level::warning), ElementsAre()) << start;
   }
 }
 

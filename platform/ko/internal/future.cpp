@@ -22,7 +22,9 @@ bool Future<void>::isCanceled() const {
 
 void Future<void>::wait() {
   if (!state) throw std::logic_error("Future: there is no call to wait for");
-  state->wait();
+  // A call that runs meanwhile may let this future go.
+  const auto kept = state;
+  kept->wait();
 }
 
 }  // namespace ko

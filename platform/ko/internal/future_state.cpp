@@ -4,6 +4,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "platform/ko/internal/owner_wait.h"
 #include "platform/ko/internal/time_source.h"
 
 namespace ko::detail {
@@ -37,6 +38,7 @@ void FutureState::run(Clock::time_point) {
     runner = std::thread::id();
   }
   changed.notify_all();
+  tellOwner();
 }
 
 void FutureState::cancel() {
@@ -48,12 +50,19 @@ void FutureState::cancel() {
     released.swap(call);
   }
   changed.notify_all();
+  tellOwner();
   scheduler->withdraw(turn);
 }
 
 void FutureState::wait() {
   while (xMustWait() && scheduler->runNext()) {
   }
+  const auto isOver = [this] {
+    std::lock_guard look(mutex);
+    return xIsOver();
+  };
+  const auto isAwaited = [this](const Sleeper& sleeper) { return sleeper.thread == runner; };
+  if (waitAsOwner(isOver, isAwaited)) return;
   std::unique_lock lock(mutex);
   changed.wait(lock, [this] { return xIsOver(); });
 }

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <condition_variable>
 #include <mutex>
 #include <thread>
@@ -37,7 +38,7 @@ class FutureState : public Job {
   mutable std::mutex mutex;
   std::condition_variable changed;
   Stage stage = Stage::waiting;
-  std::thread::id runner;
+  std::atomic<std::thread::id> runner{};
   boost::function<void()> call;
 };
 

@@ -5,7 +5,10 @@
 
 #include <boost/make_shared.hpp>
 
+#include "platform/ko/internal/owner_wait.h"
+#include "platform/ko/internal/simulated_scheduler.h"
 #include "platform/ko/internal/time_source.h"
+#include "platform/ko/log.h"
 
 namespace ko {
 namespace {
@@ -41,9 +44,35 @@ void PeriodicTask::Impl::stop() {
   started = false;
   overdue = false;
   ++series;
-  const auto run = runs;
-  if (runner == std::this_thread::get_id()) return;
-  changed.wait(lock, [&] { return !busy || runs != run; });
+  const auto isOver = [this, run = runs] { return !busy || runs != run; };
+  if (isOver() || runner == std::this_thread::get_id()) return;
+  const auto awaited = detail::sleepOf(runner);
+  lock.unlock();
+  const auto looksOver = [&] {
+    std::lock_guard look(mutex);
+    return isOver();
+  };
+  if (detail::waitAsOwner(looksOver, awaited)) return;
+  lock.lock();
+  changed.wait(lock, isOver);
+}
+
+void PeriodicTask::Impl::retire() {
+  stop();
+  boost::shared_ptr<const boost::function<void()>> released;
+  std::lock_guard lock(mutex);
+  xCheckNotAsleep();
+  released.swap(callback);
+}
+
+// Such a callback would go on after its sleep, with an owner that is gone.
+void PeriodicTask::Impl::xCheckNotAsleep() const {
+  const bool asleep = busy && runner == std::this_thread::get_id() &&
+                      detail::SimulatedScheduler::getDepth() > depth;
+  if (!asleep) return;
+  log::fatal("ko.PeriodicTask", "~PeriodicTask")
+      << name << ": destroyed by a call that runs inside a sleep of the task's own callback";
+  std::terminate();
 }
 
 bool PeriodicTask::Impl::isRunning() const {
@@ -53,9 +82,11 @@ bool PeriodicTask::Impl::isRunning() const {
 
 void PeriodicTask::Impl::run(std::uint64_t which, Clock::time_point due) {
   // Copies, because a callback may stop its task and change the settings.
-  const Call call = xBegin(which);
+  Call call = xBegin(which);
   if (!call.callback) return;
   detail::callGuarded(*call.callback, "ko.PeriodicTask", "run", call.prefix);
+  // What it holds is gone before those who stop the task go on.
+  call.callback.reset();
   xFinish(which, due);
 }
 
@@ -86,6 +117,7 @@ PeriodicTask::Impl::Call PeriodicTask::Impl::xBegin(std::uint64_t which) {
   }
   busy = true;
   runner = std::this_thread::get_id();
+  depth = detail::SimulatedScheduler::getDepth();
   return {callback, name + ": "};
 }
 
@@ -102,6 +134,7 @@ void PeriodicTask::Impl::xFinish(std::uint64_t which, Clock::time_point due) {
     }
   }
   changed.notify_all();
+  detail::tellOwner();
 }
 
 Clock::time_point PeriodicTask::Impl::xNextDue(Clock::time_point due) const {

@@ -22,6 +22,8 @@ class PeriodicTask::Impl : public boost::enable_shared_from_this<PeriodicTask::I
 
   void start(bool immediate);
   void stop();
+  /** Stops it for good, and releases the callback. */
+  void retire();
   bool isRunning() const;
 
   /** Runs the series `which` once; does nothing if that was stopped. */
@@ -40,6 +42,7 @@ class PeriodicTask::Impl : public boost::enable_shared_from_this<PeriodicTask::I
   };
 
   void xCheckSettings() const;
+  void xCheckNotAsleep() const;
   void xSchedule(Clock::time_point due);
   /** Returns no callback if the series was stopped, or another run is busy. */
   Call xBegin(std::uint64_t which);
@@ -58,6 +61,8 @@ class PeriodicTask::Impl : public boost::enable_shared_from_this<PeriodicTask::I
   bool overdue = false;
   std::uint64_t runs = 0;
   std::thread::id runner;
+  /** The jobs that the runner was running when it began. */
+  int depth = 0;
 };
 
 template <typename Change>

@@ -2,15 +2,24 @@
 
 #include <atomic>
 #include <mutex>
+#include <thread>
 
+#include "platform/ko/internal/simulated_scheduler.h"
 #include "platform/ko/log.h"
 
 namespace ko::detail {
 namespace {
 
-std::atomic<bool> taken{false};
+// No thread without a SimulatedTime.
+std::atomic<std::thread::id> timeOwner{};
 std::mutex installedMutex;
-boost::shared_ptr<Scheduler> installed;
+boost::shared_ptr<SimulatedScheduler> installed;
+
+boost::shared_ptr<SimulatedScheduler> getInstalled() {
+  if (timeOwner.load() == std::thread::id()) return {};
+  std::lock_guard lock(installedMutex);
+  return installed;
+}
 
 }  // namespace
 
@@ -20,16 +29,24 @@ std::uint64_t nextOrder() {
 }
 
 boost::shared_ptr<Scheduler> currentScheduler() {
-  if (taken) {
-    std::lock_guard lock(installedMutex);
-    if (installed) return installed;
-  }
+  if (auto simulated = getInstalled()) return simulated;
   return machineScheduler();
 }
 
-void installScheduler(boost::shared_ptr<Scheduler> scheduler) {
+bool waitAsOwner(const std::function<bool()>& isOver, const SleeperTest& isAwaited) {
+  const auto simulated = getInstalled();
+  return simulated && simulated->isOwner() && simulated->waitUntil(isOver, isAwaited);
+}
+
+void tellOwner() {
+  const auto owner = timeOwner.load();
+  if (owner == std::thread::id() || owner == std::this_thread::get_id()) return;
+  if (const auto simulated = getInstalled()) simulated->tellOwner();
+}
+
+void installScheduler(boost::shared_ptr<SimulatedScheduler> scheduler) {
   std::lock_guard lock(installedMutex);
-  taken = scheduler != nullptr;
+  timeOwner = scheduler ? std::this_thread::get_id() : std::thread::id();
   installed = std::move(scheduler);
 }
 

@@ -70,8 +70,10 @@ boost::shared_ptr<Scheduler> currentScheduler();
 /** Returns the thread pool. It starts at the first use and lives as long as the process. */
 boost::shared_ptr<Scheduler> machineScheduler();
 
+class SimulatedScheduler;
+
 /** Makes `scheduler` the present one; null restores the real one. */
-void installScheduler(boost::shared_ptr<Scheduler> scheduler);
+void installScheduler(boost::shared_ptr<SimulatedScheduler> scheduler);
 
 /** Runs `call`; logs an exception as an error with `prefix` in front. */
 void callGuarded(const boost::function<void()>& call, const char* category, const char* method,

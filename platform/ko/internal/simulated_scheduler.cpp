@@ -7,6 +7,13 @@
 namespace ko::detail {
 namespace {
 
+thread_local int depth = 0;
+
+struct DepthScope {
+  DepthScope() { ++depth; }
+  ~DepthScope() { --depth; }
+};
+
 struct PostedCall : Job {
   explicit PostedCall(boost::function<void()> call) : call(std::move(call)) {}
   void run(Clock::time_point) override { call(); }
@@ -46,7 +53,8 @@ void SimulatedScheduler::sleep(Duration duration) {
   if (isOwner()) return advanceTo(wakeUp);
   std::unique_lock lock(mutex);
   if (ended || current >= wakeUp) return;
-  sleepers.insert(wakeUp);
+  sleepers.emplace(wakeUp, Sleeper{std::this_thread::get_id(), getHeld()});
+  ++news;
   changed.notify_all();
   changed.wait(lock, [&] { return ended || current >= wakeUp; });
 }
@@ -63,6 +71,7 @@ bool SimulatedScheduler::runNext(Clock::time_point limit) {
     next = queue.extract(queue.begin());
   }
   xMoveTo(next.key().due);
+  const DepthScope scope;
   next.mapped()->run(next.key().due);
   return true;
 }
@@ -78,12 +87,52 @@ void SimulatedScheduler::awaitSleepers(std::size_t count) {
   changed.wait(lock, [&] { return sleepers.size() >= count; });
 }
 
+bool SimulatedScheduler::waitUntil(const std::function<bool()>& isOver,
+                                   const SleeperTest& isAwaited) {
+  std::unique_lock lock(mutex);
+  while (!ended) {
+    const auto seen = news;
+    lock.unlock();
+    if (isOver()) return true;
+    lock.lock();
+    if (const auto wakeUp = xFindWakeUp(isAwaited)) {
+      lock.unlock();
+      advanceTo(*wakeUp);
+      lock.lock();
+    } else {
+      changed.wait(lock, [&] { return news != seen || ended; });
+    }
+  }
+  return false;
+}
+
+void SimulatedScheduler::tellOwner() {
+  {
+    std::lock_guard lock(mutex);
+    ++news;
+  }
+  changed.notify_all();
+}
+
+std::optional<Clock::time_point> SimulatedScheduler::xFindWakeUp(
+    const SleeperTest& isAwaited) const {
+  for (const auto& [wakeUp, sleeper] : sleepers) {
+    if (isAwaited(sleeper)) return wakeUp;
+  }
+  return std::nullopt;
+}
+
+int SimulatedScheduler::getDepth() {
+  return depth;
+}
+
 void SimulatedScheduler::end() {
   JobQueue dropped;
   {
     std::lock_guard lock(mutex);
     ended = true;
     dropped.swap(queue);
+    sleepers.clear();
     showMachineTime();
   }
   changed.notify_all();

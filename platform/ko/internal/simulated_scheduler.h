@@ -1,10 +1,13 @@
 #pragma once
 
 #include <condition_variable>
+#include <cstdint>
+#include <map>
 #include <mutex>
-#include <set>
+#include <optional>
 #include <thread>
 
+#include "platform/ko/internal/owner_wait.h"
 #include "platform/ko/internal/scheduler.h"
 
 namespace ko::detail {
@@ -24,6 +27,9 @@ class SimulatedScheduler : public Scheduler {
 
   bool isOwner() const { return std::this_thread::get_id() == owner; }
 
+  /** Returns how many jobs this thread is running, one inside the sleep of the other. */
+  static int getDepth();
+
   /** Advances to the next job up to `limit` and runs it; false if there is none. Owner only. */
   bool runNext(Clock::time_point limit);
 
@@ -34,18 +40,25 @@ class SimulatedScheduler : public Scheduler {
   /** Waits until at least `count` other threads sleep beyond the present time. */
   void awaitSleepers(std::size_t count);
 
+  /** As detail::waitAsOwner() on the owner's thread. */
+  bool waitUntil(const std::function<bool()>& isOver, const SleeperTest& isAwaited);
+  void tellOwner();
+
   /** Drops waiting jobs, wakes the sleepers, and accepts no more jobs. */
   void end();
 
  private:
   void xMoveTo(Clock::time_point time);
+  std::optional<Clock::time_point> xFindWakeUp(const SleeperTest& isAwaited) const;
 
   const std::thread::id owner = std::this_thread::get_id();
   mutable std::mutex mutex;
   std::condition_variable changed;
   Clock::time_point current;
   JobQueue queue;
-  std::multiset<Clock::time_point> sleepers;
+  std::multimap<Clock::time_point, Sleeper> sleepers;
+  /** Counts what a waiting owner must look at. */
+  std::uint64_t news = 0;
   bool ended = false;
 };
 

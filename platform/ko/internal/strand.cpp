@@ -9,6 +9,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "platform/ko/internal/owner_wait.h"
 #include "platform/ko/internal/scheduler.h"
 
 namespace ko {
@@ -81,6 +82,7 @@ void Strand::State::xRest() {
   busy = false;
   runner = std::thread::id();
   changed.notify_all();
+  detail::tellOwner();
 }
 
 void Strand::State::stop() {
@@ -92,7 +94,16 @@ void Strand::State::stop() {
   }
   dropped.clear();
   std::unique_lock lock(mutex);
-  if (runner != std::this_thread::get_id()) changed.wait(lock, [this] { return !busy; });
+  if (!busy || runner == std::this_thread::get_id()) return;
+  const auto isOver = [this] {
+    std::lock_guard look(mutex);
+    return !busy;
+  };
+  const auto awaited = detail::sleepOf(runner);
+  lock.unlock();
+  if (detail::waitAsOwner(isOver, awaited)) return;
+  lock.lock();
+  changed.wait(lock, [this] { return !busy; });
 }
 
 namespace {

@@ -54,7 +54,8 @@ class QV_API MotionService : public QVModule {
   /**
    * The same in the ground frame at a time of the last second at least, with positions interpolated
    * linearly between measurements. The first measurement holds for the time before it, from 1 s
-   * before this service was made; the newest up to now. Other times: std::out_of_range.
+   * before this service was made; the newest up to now, and 100 ms ahead. Other times:
+   * std::out_of_range.
    */
   Math::Transform getTransformAtTime(const std::string& name, ko::Clock::time_point time) const;
 

@@ -16,6 +16,8 @@ namespace {
 using TimePoint = ko::Clock::time_point;
 
 constexpr ko::Duration kReach(1'000'000'000);
+// A count of milliseconds that is read as a float is off by up to 64 ms after some weeks.
+constexpr ko::Duration kMostAhead(100'000'000);
 
 double inSeconds(TimePoint time) {
   return static_cast<double>(time.time_since_epoch().count()) * 1e-9;
@@ -50,7 +52,7 @@ void PostureHistory::xForgetBefore(TimePoint time) {
 }
 
 Posture PostureHistory::at(TimePoint time, TimePoint now) const {
-  if (time < coveredFrom || time > now) refuse(time, coveredFrom, now);
+  if (time < coveredFrom || time - kMostAhead > now) refuse(time, coveredFrom, now);
   const auto after =
       std::upper_bound(samples.begin(), samples.end(), time,
                        [](TimePoint wanted, const Sample& sample) { return wanted < sample.time; });

@@ -31,7 +31,8 @@ class PostureHistory {
 
   const Posture& getNewest() const { return samples.back().posture; }
 
-  /** The newest sample holds up to `now`. A time not covered: std::out_of_range. */
+  /** The newest sample holds up to `now`, and 100 ms ahead: clocks and stamps are not that exact. A
+   * time not covered: std::out_of_range. */
   Posture at(ko::Clock::time_point time, ko::Clock::time_point now) const;
 
  private:

@@ -2,6 +2,7 @@
 
 #include <utility>
 
+#include "platform/ko/internal/call_lock.h"
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/sonar_contract.h"
 #include "platform/middleware/qv_error.h"
@@ -42,13 +43,13 @@ void SonarDriver::setSource(Source newSource) {
 }
 
 void SonarDriver::xSubscribe(const std::string& name) {
-  std::lock_guard<std::mutex> lock(subscriptionMutex);
+  ko::detail::CallLock lock(subscriptionMutex, SonarContract::kSubscribe, name);
   ++subscriptions[name];
   if (!task.isRunning()) task.start(true);
 }
 
 void SonarDriver::xUnsubscribe(const std::string& name) {
-  std::lock_guard<std::mutex> lock(subscriptionMutex);
+  ko::detail::CallLock lock(subscriptionMutex, SonarContract::kUnsubscribe, name);
   const auto found = subscriptions.find(name);
   if (found == subscriptions.end()) {
     throw QVError(SonarContract::kModule, SonarContract::kUnsubscribe,

@@ -2,15 +2,18 @@
 
 #include <array>
 #include <atomic>
+#include <chrono>
 #include <cstdint>
 #include <cstring>
+#include <thread>
 #include <type_traits>
 
 namespace QV::sensor {
 
 /**
  * A value under a sequence lock: one thread at a time writes it, any thread reads it. A writer
- * never waits; a reader tries again while a write is in progress. The count is odd meanwhile.
+ * never waits; a reader tries again while a write is in progress, and leaves the processor to a
+ * writer that was stopped in the middle. The count is odd meanwhile.
  */
 template <typename T>
 class SequenceLocked {
@@ -31,10 +34,11 @@ class SequenceLocked {
   /** The same for the beginning of the value. */
   template <typename Head>
   Head loadHead() const noexcept {
-    while (true) {
+    for (int tries = 1;; ++tries) {
       const std::uint32_t before = sequence.load(std::memory_order_acquire);
       const Head value = xLoad<Head>();
       if (before % 2 == 0 && before == sequence.load(std::memory_order_relaxed)) return value;
+      if (tries % kTries == 0) std::this_thread::sleep_for(std::chrono::microseconds(50));
     }
   }
 
@@ -48,6 +52,8 @@ class SequenceLocked {
   }
 
  private:
+  static constexpr int kTries = 100;
+
   template <typename Part>
   using WordsOf = std::array<std::uint64_t, (sizeof(Part) + 7) / 8>;
 

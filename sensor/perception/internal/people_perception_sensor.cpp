@@ -41,8 +41,10 @@ std::vector<Math::MetricalData> PeoplePerceptionSensor::getData() const {
 }
 
 std::vector<Math::MetricalData> PeoplePerceptionSensor::xGetData() const {
-  std::lock_guard lock(latest->mutex);
-  if (latest->lastData) return {*latest->lastData};
+  {
+    std::lock_guard lock(latest->mutex);
+    if (latest->lastData) return {*latest->lastData};
+  }
   return {xGetMetricalDataMeta()};
 }
 

@@ -1,5 +1,8 @@
 #include "sensor/perception/internal/touch_sensor.h"
 
+#include <optional>
+
+#include "platform/ko/internal/call_lock.h"
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/contracts/navigation_contract.h"
@@ -38,7 +41,9 @@ void TouchSensor::onTouchChanged(const std::string&, QVValue value, const std::s
     logTrouble(ko::log::Level::error, kTouchCategory, "onTouchChanged", "Invalid touch extraction");
     return;
   }
-  std::lock_guard lock(touchedMutex);
+  // Inside a reading's sleep, on its thread: the reading has its own list.
+  std::optional<ko::detail::CallLock<std::mutex>> lock;
+  if (!ko::detail::isHeldHere(&touchedMutex)) lock.emplace(touchedMutex, "onTouchChanged", name);
   for (const auto& group : groups) xUpdate(group);
 }
 
@@ -78,9 +83,10 @@ bool TouchSensor::xIsTouchTypeEnabled(Touch::TOUCH_DETECTION_TYPE type) const {
 std::vector<Math::MetricalData> TouchSensor::xGetData() const {
   std::vector<Math::MetricalData> records;
   // The lock is held during calls of the motion service: a reading shows the groups of one moment.
-  std::lock_guard lock(touchedMutex);
-  records.reserve(touchedGroups.size());
-  for (const std::string& group : touchedGroups) {
+  ko::detail::CallLock lock(touchedMutex, "a reading", name);
+  const std::vector<std::string> groups(touchedGroups.begin(), touchedGroups.end());
+  records.reserve(groups.size());
+  for (const std::string& group : groups) {
     Math::MetricalData record = xGetMetricalDataMeta();
     record.sensorName = group;
     try {

@@ -1,8 +1,14 @@
 #include "sensor/range/internal/laser_sensor.h"
 
 #include <cmath>
+#include <map>
+#include <utility>
+
+#include <boost/make_shared.hpp>
+#include <boost/weak_ptr.hpp>
 
 #include "platform/ko/clock.h"
+#include "platform/ko/internal/call_lock.h"
 #include "platform/ko/log.h"
 #include "platform/math/internal/truncated.h"
 #include "platform/middleware/contracts/device_manager_contract.h"
@@ -16,6 +22,19 @@ constexpr int kMostPolls = 50;
 constexpr int kPollMs = 20;
 // Switching off keeps only the bits of the three lasers that share the mode.
 constexpr unsigned kSharedModeBits = 7;
+
+// Each laser adds its bits to the mode that it reads, and waits for exactly that: two at once would
+// undo what the other has set.
+boost::shared_ptr<std::mutex> mutexOfMode(const QVBroker* broker, const std::string& actuator) {
+  static std::mutex mutex;
+  static std::map<std::pair<const QVBroker*, std::string>, boost::weak_ptr<std::mutex>> known;
+  std::lock_guard lock(mutex);
+  std::erase_if(known, [](const auto& entry) { return entry.second.expired(); });
+  auto& weak = known[{broker, actuator}];
+  auto result = weak.lock();
+  if (!result) weak = result = boost::make_shared<std::mutex>();
+  return result;
+}
 
 }  // namespace
 
@@ -31,7 +50,8 @@ LaserSensor::LaserSensor(const std::string& name, const std::string& familyName,
       operationModeKey(operationModeKey),
       timestampKey(timestampKey),
       lastTimestamp(std::make_unique<std::atomic<std::int32_t>>(0)),
-      dcm(broker) {
+      dcm(broker),
+      modeMutex(mutexOfMode(broker.get(), operationModeSetKey)) {
   this->fieldOfView.rayCount = static_cast<std::int32_t>(memoryKeys.size() / 2);
 }
 
@@ -82,6 +102,11 @@ void LaserSensor::xLogError(const char* method, const std::string& message) cons
 }
 
 bool LaserSensor::xSetKey(bool activate) {
+  ko::detail::CallLock lock(*modeMutex, "the switching", name);
+  return xSwitch(activate);
+}
+
+bool LaserSensor::xSwitch(bool activate) {
   std::uint8_t mode = 0;
   try {
     mode = xReadOperationMode();

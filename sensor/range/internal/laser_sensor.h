@@ -3,6 +3,7 @@
 #include <atomic>
 #include <cstdint>
 #include <memory>
+#include <mutex>
 #include <string>
 #include <vector>
 
@@ -15,7 +16,9 @@ namespace QV::sensor {
  * A laser scanner whose points stand in memory as pairs of keys, x and y in metres in the sensor's
  * frame, with a key for the scan's time. Points at maxRange or beyond are dropped. Records lie in
  * the ground plane and are dated 50 ms before the published time. Starting and stopping waits up to
- * a second for the hardware to confirm.
+ * a second for the hardware to confirm; lasers of one broker that share a mode do so one after the
+ * other. Hardware that confirms a start later than that stays on, although the start has failed,
+ * until the laser is started and stopped once more.
  */
 class QV_API LaserSensor : public RealSensor {
  public:
@@ -40,6 +43,7 @@ class QV_API LaserSensor : public RealSensor {
  private:
   void xLogError(const char* method, const std::string& message) const;
   bool xSetKey(bool activate);
+  bool xSwitch(bool activate);
   std::uint8_t xReadOperationMode() const;
   void xSendOperationMode(std::uint8_t mode);
   bool xAwaitOperationMode(std::uint8_t mode);
@@ -52,6 +56,7 @@ class QV_API LaserSensor : public RealSensor {
   /** Written by reading, which is const. */
   std::unique_ptr<std::atomic<std::int32_t>> lastTimestamp;
   DCMProxy dcm;
+  const boost::shared_ptr<std::mutex> modeMutex;
 };
 
 }  // namespace QV::sensor

@@ -14,6 +14,17 @@ constexpr float kTooNear = 0.1f;
 // The range that memory holds was measured about this long ago.
 constexpr ko::Duration kMeasurementDelay(500'000'000);
 
+// A cone is the same after any turn about its own axis. Of a sonar that hangs upside down no
+// rotation about the vertical is the nearest.
+Math::Transform upright(Math::Transform transform) {
+  if (transform(2, 2) >= 0.0f) return transform;
+  for (int row = 0; row < 3; ++row) {
+    transform(row, 1) = -transform(row, 1);
+    transform(row, 2) = -transform(row, 2);
+  }
+  return transform;
+}
+
 }  // namespace
 
 SonarSensor::SonarSensor(const std::string& name, const std::string& familyName,
@@ -53,7 +64,7 @@ std::vector<Math::MetricalData> SonarSensor::xGetData() const {
   if (fieldOfView.minRange >= range) range = kTooNear;
   record.points = xArc(range);
   record.sensorTransform =
-      Math::axisRotationProjection(Math::Position3D(0.0f, 0.0f, 1.0f), transform);
+      Math::axisRotationProjection(Math::Position3D(0.0f, 0.0f, 1.0f), upright(transform));
   return result;
 }
 

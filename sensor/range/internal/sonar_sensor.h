@@ -11,7 +11,7 @@ namespace QV::sensor {
 /**
  * An ultrasonic sensor: one range from memory, as an arc of 15 points across its aperture at that
  * range. Ranges up to minRange are reported as 0.1 m: too near to tell. Its transform is that of
- * half a second before the reading, turned about the vertical only.
+ * half a second before the reading, turned about the vertical only, also upside down.
  */
 class QV_API SonarSensor : public RealSensor {
  public:

@@ -3,6 +3,7 @@
 #include <array>
 #include <atomic>
 #include <cstdint>
+#include <mutex>
 
 #include "platform/api.h"
 #include "platform/math/pose2d.h"
@@ -15,8 +16,9 @@ struct QV_API PosePair {
 };
 
 /**
- * A pair of poses under a sequence lock: any thread may write and read it, and a reader gets one
- * whole pair. The count is odd while a write is going on; readers try again when it has moved.
+ * A pair of poses that any thread may write and read; a reader gets one whole pair. The last pair
+ * stays in its place while the next is written into the other, so a reader waits for no writer. It
+ * tries again only if two pairs were completed meanwhile. Writers wait for each other.
  */
 class QV_API SharedPosePair {
  public:
@@ -24,8 +26,12 @@ class QV_API SharedPosePair {
   PosePair load() const noexcept;
 
  private:
-  std::atomic<std::uint32_t> sequence{0};
-  std::array<std::atomic<float>, 6> values{};
+  using Place = std::array<std::atomic<float>, 6>;
+
+  /** The pairs that were completed; the last bit is the place of the last one. */
+  std::atomic<std::uint32_t> count{0};
+  std::array<Place, 2> places{};
+  std::mutex writing;
 };
 
 }  // namespace QV::sensor

@@ -31,7 +31,7 @@ class QV_API SimulatedSensor : public Sensor {
 
   /**
    * `scanPose`: where the rays start, in the map's frame. `referencePose`: the robot's pose in
-   * records. Takes no lock; a read in another thread sees the pair before or after.
+   * records. Waits for no reader; a read in another thread sees the pair before or after.
    */
   void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose);
 

@@ -158,6 +158,21 @@ TEST_F(PeriodicTaskTest, aCallThatRunsInsideTheCallbacksSleepMayStopTheTask) {
   EXPECT_THAT(timeline.lines, ElementsAre("end 5"));
 }
 
+TEST(PeriodicTaskDeath, aTaskThatIsDestroyedInsideItsCallbacksSleepEndsTheProgramByName) {
+  const auto destroyAsleep = [] {
+    Timeline timeline;
+    auto sut = std::make_unique<PeriodicTask>();
+    sut->setName("Test");
+    sut->setPeriod(milliseconds(10));
+    sut->setCallback([] { os::msleep(5); });
+    sut->start(true);
+    getEventLoop().asyncDelay([&] { sut.reset(); }, milliseconds(3));
+    timeline.advanceMs(10);
+  };
+  GTEST_FLAG_SET(death_test_style, "threadsafe");
+  EXPECT_DEATH(destroyAsleep(), "Test: destroyed by a call that runs inside a sleep of the task's");
+}
+
 TEST_F(PeriodicTaskTest, refusesToStartWithoutCallbackOrPeriod) {
   EXPECT_THAT([&] { sut.start(true); },
               ThrowsMessage<std::logic_error>("PeriodicTask Test: there is no callback to start"));
@@ -249,6 +264,30 @@ TEST(PeriodicTaskOnThePool, theCallbackMayStopAndDestroyItsTask) {
   destroyed.wait();
   EXPECT_EQ(sut, nullptr);
   test::flushPool();
+}
+
+TEST(PeriodicTaskOnThePool, whatTheCallbackHeldIsGoneAfterTheDestructorAndAfterStopAndAnotherOne) {
+  const auto token = std::make_shared<int>();
+  int late = 0;
+  for (int i = 0; i < 300; ++i) {
+    std::latch entered(1);
+    auto sut = std::make_unique<PeriodicTask>();
+    sut->setPeriod(hours(1));
+    sut->setCallback([token, &entered, task = sut.get()] {
+      entered.count_down();
+      while (task->isRunning()) std::this_thread::yield();
+    });
+    sut->start(true);
+    entered.wait();
+    if (i % 2 == 0) {
+      sut.reset();
+    } else {
+      sut->stop();
+      sut->setCallback([] {});
+    }
+    if (token.use_count() != 1) ++late;
+  }
+  EXPECT_EQ(late, 0);
 }
 
 TEST(PeriodicTaskOnThePool, runsInRealTimeAgainAndAgain) {

@@ -1,5 +1,7 @@
 #include "platform/ko/simulated_time.h"
 
+#include <atomic>
+#include <latch>
 #include <thread>
 
 #include "platform/ko/clock.h"
@@ -178,17 +180,66 @@ TEST(SimulatedTime, tasksStartedBeforeKeepTheMachinesClock) {
   EXPECT_EQ(Clock::now(), timeAtMs(1000));
 }
 
-TEST(SimulatedTime, mayEndInsideACallThatItRuns) {
-  auto sut = std::make_unique<SimulatedTime>();
-  bool ranLater = false;
+TEST(SimulatedTime, mayEndInsideAnyCallThatAnyOperationRuns) {
+  using Start = void (*)(boost::function<void()>, PeriodicTask&);
+  const Start starts[] = {
+      [](boost::function<void()> end, PeriodicTask& task) { startTask(task, 1, std::move(end)); },
+      [](boost::function<void()> end, PeriodicTask&) { getEventLoop().post(std::move(end)); },
+      [](boost::function<void()> end, PeriodicTask&) {
+        getEventLoop().asyncDelay(std::move(end), milliseconds(1));
+      }};
+  const boost::function<void(SimulatedTime&)> operations[] = {
+      [](SimulatedTime& time) { time.advance(milliseconds(10)); },
+      [](SimulatedTime& time) { time.advanceTo(timeAtMs(10)); },
+      [](SimulatedTime& time) { time.runUntil([] { return false; }, milliseconds(10)); },
+      [](SimulatedTime&) { os::msleep(10); },
+      [](SimulatedTime&) { getEventLoop().asyncDelay([] {}, milliseconds(10)).wait(); }};
+  for (const auto& operation : operations) {
+    for (const Start start : starts) {
+      auto sut = std::make_unique<SimulatedTime>();
+      bool ranLater = false;
+      PeriodicTask task;
+      start([&] { sut.reset(); }, task);
+      getEventLoop().asyncDelay([&] { ranLater = true; }, milliseconds(2));
+      operation(*sut);
+      EXPECT_EQ(sut, nullptr);
+      EXPECT_FALSE(ranLater);
+      EXPECT_FALSE(task.isRunning());
+      EXPECT_FALSE(Clock::now() == timeAtMs(10));
+    }
+  }
+}
+
+// All were started before the simulated time, so they run on the pool, where they sleep in it.
+TEST(SimulatedTime, goesOnWhileItsOwnerWaitsForAnotherThreadThatSleepsInIt) {
+  std::latch simulated(1);
+  std::atomic<int> woken{0};
+  const auto sleep = [&] {
+    simulated.wait();
+    os::msleep(20);
+    ++woken;
+  };
   PeriodicTask task;
-  startTask(task, 1, [&] { sut.reset(); });
-  getEventLoop().asyncDelay([&] { ranLater = true; }, milliseconds(2));
-  sut->advance(milliseconds(10));
-  EXPECT_EQ(sut, nullptr);
-  EXPECT_FALSE(ranLater);
-  EXPECT_FALSE(task.isRunning());
-  EXPECT_FALSE(Clock::now() == timeAtMs(10));
+  task.setPeriod(hours(1));
+  task.setCallback(sleep);
+  Strand strand;
+  {
+    test::PoolHold hold(test::kPoolThreads);
+    task.start(true);
+    strand.post(sleep);
+  }
+  auto future = getEventLoop().asyncDelay(sleep, Duration::zero());
+  Timeline sut;
+  simulated.count_down();
+  sut.time.awaitSleepers(3);
+  PeriodicTask other;
+  startTask(other, 15, sut.noting("other"));
+  task.stop();
+  strand.stop();
+  future.wait();
+  EXPECT_EQ(woken, 3);
+  EXPECT_THAT(sut.lines, ElementsAre("other 15"));
+  EXPECT_EQ(Clock::now(), timeAtMs(20));
 }
 
 }  // namespace

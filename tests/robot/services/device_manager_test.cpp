@@ -10,7 +10,7 @@
 namespace QV::robot {
 namespace {
 
-constexpr std::int64_t kWrapMs = std::int64_t{1} << 31;
+constexpr std::int64_t kHalfTurnMs = std::int64_t{1} << 31;
 
 /** A value and its time, in milliseconds from now. */
 using Timed = std::pair<QVValue, int>;
@@ -90,14 +90,20 @@ TEST_F(DeviceManagerTest, theUpdateModeDecidesWhichPendingValuesAreDropped) {
 }
 
 TEST_F(DeviceManagerTest, timesAreReadAcrossThe32BitOverflow) {
+  const std::pair<std::string, std::string> expected[] = {{"2147483643", "-2147483643"},
+                                                          {"-5", "5"}};
   record("a");
-  time.advanceTo(ko::Clock::time_point(milliseconds(kWrapMs - 5)));
-  set("a", "Merge", {{1, 10}, {2, -1}});
-  EXPECT_THAT(happened, ElementsAre("a=2@2147483643"));
-  time.advance(milliseconds(9));
-  EXPECT_EQ(happened.size(), 1u);
-  time.advance(milliseconds(1));
-  EXPECT_THAT(happened, ElementsAre("a=2@2147483643", "a=1@-2147483643"));
+  for (int halfTurn = 1; halfTurn <= 4; ++halfTurn) {
+    const auto& [before, after] = expected[(halfTurn + 1) % 2];
+    happened.clear();
+    time.advanceTo(ko::Clock::time_point(milliseconds(halfTurn * kHalfTurnMs - 5)));
+    set("a", "Merge", {{1, 10}, {2, -1}});
+    EXPECT_THAT(happened, ElementsAre("a=2@" + before));
+    time.advance(milliseconds(9));
+    EXPECT_EQ(happened.size(), 1u);
+    time.advance(milliseconds(1));
+    EXPECT_THAT(happened, ElementsAre("a=2@" + before, "a=1@" + after));
+  }
 }
 
 TEST_F(DeviceManagerTest, aMalformedCommandIsRefusedWhole) {
@@ -117,7 +123,7 @@ TEST_F(DeviceManagerTest, aMalformedCommandIsRefusedWhole) {
       {command({good, QVValue::array(1)}), pair + "[1] given"},
       {command({good, QVValue::array("1", 0)}), pair + "[\"1\", 0] given"},
       {command({good, QVValue::array(1, 0.0f)}), pair + "[1, 0.0] given"},
-      {command({good, QVValue::array(1, kWrapMs)}), pair + "[1, 2147483648] given"},
+      {command({good, QVValue::array(1, kHalfTurnMs)}), pair + "[1, 2147483648] given"},
   };
   record("a");
   for (const auto& [value, expected] : cases) {

@@ -119,6 +119,15 @@ TEST_F(TouchSensorTest, anEventThatComesDuringAReadingWaitsForItsEnd) {
   EXPECT_THAT(touchedGroups(), IsEmpty());
 }
 
+TEST_F(TouchSensorTest, anEventInsideTheSleepOfAReadingChangesTheNextOne) {
+  raise(touched("A", {1}), touched("B", {1}));
+  broker->plan("QVMotion.getTransform", [] { ko::os::msleep(5); });
+  memory.raiseEvent("TouchChanged",
+                    QVValue::array(released("A"), released("B"), touched("C", {1})));
+  EXPECT_THAT(touchedGroups(), ElementsAre("A", "B"));
+  EXPECT_THAT(touchedGroups(), ElementsAre("C"));
+}
+
 TEST_F(TouchSensorTest, theSensorStaysSubscribedToTheEventAllItsLife) {
   sut->subscribe("navigation");
   sut->unsubscribe("navigation");

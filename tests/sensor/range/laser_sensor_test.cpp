@@ -1,5 +1,7 @@
 #include "sensor/range/internal/laser_sensor.h"
 
+#include <thread>
+
 #include "robot/services/internal/laser_mode_actuator.h"
 #include "tests/support/fake_robot.h"
 
@@ -160,6 +162,25 @@ TEST_F(LaserSensorTest, aConfirmationCountsUpToTheSecondToLastPoll) {
     EXPECT_EQ(start(*sut), std::pair(c.confirmed, ko::Duration(milliseconds(c.elapsedMs))))
         << c.delayMs;
     EXPECT_EQ(sut->isDiagnosisSucess(), c.confirmed) << c.delayMs;
+  }
+}
+
+TEST_F(LaserSensorTest, lasersThatShareAModeAreSwitchedOneAfterTheOther) {
+  const LaserModeActuator hardware(broker, devices, "modeActuator", "mode", milliseconds(30));
+  const auto left = makeLaser({"x", "y"}, 1);
+  const auto right = makeLaser({"x", "y"}, 2);
+  for (const bool on : {true, false}) {
+    const auto change = [on](LaserSensor& laser) {
+      on ? laser.subscribe("test") : laser.unsubscribe("test");
+    };
+    std::thread other([&] { change(*left); });
+    time.awaitSleepers(1);
+    change(*right);
+    other.join();
+    for (const auto& laser : {left, right}) {
+      EXPECT_EQ(std::pair(laser->isStarted(), laser->isDiagnosisSucess()), std::pair(on, true));
+    }
+    EXPECT_EQ(memory.getData("mode"), QVValue(on ? 3 : 0));
   }
 }
 

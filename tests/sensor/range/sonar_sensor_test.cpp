@@ -85,6 +85,17 @@ TEST_F(SonarSensorTest, theTransformIsHalfASecondOldAndHasYawOnly) {
               ElementsAre("_getSensorTransformAtTime[\"Front\", -400000000]"));
 }
 
+TEST_F(SonarSensorTest, looksWhereItsAxisPointsHoweverItIsRolled) {
+  for (const float roll : {0.0f, 1.5f, 3.0f, 3.1415927f, -3.1f, -1.6f}) {
+    for (const float heading : {0.0f, 0.7f, 3.0f, -1.9f}) {
+      motion->transform = Math::rotationFrom3DRotation(roll, 0.0f, heading).toVector();
+      EXPECT_THAT(read(1.0f).at(0).sensorTransform,
+                  test::IsNearFrame(Math::rotationFrom3DRotation(0.0f, 0.0f, heading)))
+          << roll << ", " << heading;
+    }
+  }
+}
+
 TEST_F(SonarSensorTest, withoutATransformThereIsNoRecordAndAnErrorIsLogged) {
   motion->transform = std::vector<float>(11, 0.0f);
   EXPECT_THAT(read(1.0f), IsEmpty());

@@ -56,6 +56,11 @@ TEST_F(RealSensorTest, aRecordStartsWithTheSensorItsFieldOfViewAndTheDevicesTime
   }
   PlainRealSensor withKeys({"a", "b", "c"}, broker);
   EXPECT_EQ(readOf(withKeys).at(0).fieldOfView.rayCount, 3);
+  for (const std::int64_t count : {1LL << 31, -(1LL << 31) - 1}) {
+    broker->planAnswer("DCM.getTime", count);
+    EXPECT_EQ(errorOf([&] { readOf(sut); }),
+              "DCM::getTime: a signed 32-bit count expected, " + std::to_string(count) + " given");
+  }
 }
 
 TEST_F(RealSensorTest, onlyRecordsOlderThanTheLimitAreReplaced) {
