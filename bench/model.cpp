@@ -5,6 +5,7 @@
 #include <vector>
 
 #include <benchmark/benchmark.h>
+#include <tinyxml2.h>
 
 #include "platform/math/internal/is_intersection_cone_shape.h"
 #include "platform/model/model_utils.h"
@@ -69,6 +70,17 @@ void loadDescription(benchmark::State& state) {
   state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(xml.size()));
 }
 BENCHMARK(loadDescription)->Arg(kJoints)->Arg(10 * kJoints)->Arg(100 * kJoints);
+
+/** The same text, only parsed: nobody loads it in less. */
+void parseAlone(benchmark::State& state) {
+  const std::string xml = chain(static_cast<int>(state.range(0)));
+  for (auto _ : state) {
+    tinyxml2::XMLDocument document;
+    benchmark::DoNotOptimize(document.Parse(xml.data(), xml.size()));
+  }
+  state.SetBytesProcessed(state.iterations() * static_cast<std::int64_t>(xml.size()));
+}
+BENCHMARK(parseAlone)->Arg(kJoints)->Arg(10 * kJoints)->Arg(100 * kJoints);
 
 // The last joint of the chain stands on all others.
 void placeEveryFrame(benchmark::State& state) {

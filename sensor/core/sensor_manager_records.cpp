@@ -8,6 +8,7 @@
 #include <boost/thread/lock_types.hpp>
 
 #include "platform/ko/log.h"
+#include "sensor/core/internal/copy_records.h"
 #include "sensor/core/sensor_manager.h"
 
 namespace QV::sensor {
@@ -106,7 +107,7 @@ void SensorManager::xSetData(Records records) const {
 }
 
 Records SensorManager::xCopyData() const {
-  return *xShareCache();
+  return copyRecords(*xShareCache());
 }
 
 boost::shared_ptr<const Records> SensorManager::xShareCache() const {

@@ -5,6 +5,7 @@
 
 #include "platform/ko/log.h"
 #include "platform/vision/qv_image.h"
+#include "sensor/core/internal/copy_records.h"
 #include "sensor/perception/internal/depth_filter.h"
 
 namespace QV::sensor {
@@ -92,7 +93,7 @@ std::vector<Math::MetricalData> Sensor3D::xGetData() const {
   if (data.empty() && emptyAt && ko::Clock::now() - *emptyAt < kMostImageAge) {
     xExcuse("its image shows nothing", true);
   }
-  return data;
+  return copyRecords(data);
 }
 
 }  // namespace QV::sensor

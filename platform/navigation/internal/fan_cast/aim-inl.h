@@ -26,43 +26,50 @@ namespace {
 // Any steeper, and the line with its slack could leave the block.
 constexpr Height kSteepest = (Height{1} << GridRay::kFractionBits) - (Height{4} << kDroppedBits);
 
+/**
+ * Numbers as whole ones, cut towards zero: up to 2^62, small ones up to 2^51. What is beyond, or no
+ * number, becomes any.
+ */
+template <bool kSmall = false>
+HWY_INLINE hn::Vec<Heights> toWhole(hn::Vec<Doubles> number) {
+#if HWY_TARGET <= HWY_AVX3
+  return hn::Vec<Heights>{_mm512_cvttpd_epi64(number.raw)};
+#elif HWY_TARGET == HWY_SCALAR
+  return hn::Vec<Heights>(static_cast<Height>(number.raw));
+#else
+  // Added to this base, a whole number stands in the low bits of the sum.
+  const Doubles d;
+  const Heights dWhole;
+  const auto base = hn::Set(d, 0x1.8p52);
+  const auto baseBits = hn::BitCast(dWhole, base);
+  if constexpr (kSmall) {
+    return hn::Sub(hn::BitCast(dWhole, hn::Add(hn::Trunc(number), base)), baseBits);
+  }
+  const auto high = hn::Trunc(hn::Mul(number, hn::Set(d, 0x1p-32)));
+  const auto low = hn::Sub(number, hn::Mul(high, hn::Set(d, 0x1p32)));
+  // The bits of the base leave at the top.
+  const auto highBits = hn::ShiftLeft<32>(hn::BitCast(dWhole, hn::Add(high, base)));
+  return hn::Add(highBits, toWhole<true>(low));
+#endif
+}
+
 /** Stores lines in fixed point, for the walk and to settle it. */
 HWY_INLINE void storeLines(const Sectors& sectors, hn::Vec<Doubles> exit, hn::Vec<Doubles> rise,
                            hn::Vec<Doubles> low, int i, Rays& rays) {
-#if HWY_TARGET <= HWY_AVX3
   const Heights d;
-  const auto wholeRise = hn::Vec<Heights>{_mm512_cvttpd_epi64(rise.raw)};
+  const Bits dBits;
+  const auto wholeRise = toWhole<true>(rise);
   const auto perStrip = hn::ShiftLeft<StripImage::kStripBits>(wholeRise);
   const auto backwards = hn::VecFromMask(d, hn::RebindMask(d, maskOf(sectors.acrossReversed >> i)));
-  const auto slack = hn::Set(d, Height{kSlack} << kDroppedBits);
-  const auto more = hn::ShiftRight<GridRay::kFractionBits>(hn::Add(perStrip, slack));
-  hn::Store(hn::Vec<Heights>{_mm512_cvttpd_epi64(exit.raw)}, d, rays.exit + i);
+  const auto slack = hn::Set(dBits, std::uint64_t{kSlack} << kDroppedBits);
+  const auto more =
+      hn::ShiftRight<GridRay::kFractionBits>(hn::Add(hn::BitCast(dBits, perStrip), slack));
+  const auto rows = hn::Sub(hn::Shl(hn::Set(dBits, 4), more), hn::Set(dBits, 1));
+  hn::Store(toWhole(exit), d, rays.exit + i);
   hn::Store(wholeRise, d, rays.rise + i);
-  hn::Store(hn::Vec<Heights>{_mm512_cvttpd_epi64(low.raw)}, d, rays.low + i);
+  hn::Store(toWhole(low), d, rays.low + i);
   hn::Store(hn::Sub(hn::Xor(perStrip, backwards), backwards), d, rays.advance + i);
-  hn::Store(hn::Sub(hn::Shl(hn::Set(d, 4), more), hn::Set(d, 1)), d, rays.rows + i);
-#else
-  // One by one: what these machines have for vectors takes longer.
-  constexpr std::size_t kLanes = hn::MaxLanes(Doubles());
-  alignas(64) double values[3][kLanes];
-  // Lanes behind the last ray may hold what is no number; a ray rises by one cell a column at most.
-  const auto bounded = [](auto value, double most) {
-    return hn::Min(value, hn::Set(Doubles(), most));
-  };
-  hn::Store(bounded(exit, 0x1p58), Doubles(), values[0]);
-  hn::Store(bounded(rise, kOne), Doubles(), values[1]);
-  hn::Store(bounded(low, 0x1p58), Doubles(), values[2]);
-  for (std::size_t k = 0; k < kLanes; ++k, ++i) {
-    const auto wholeRise = static_cast<Height>(values[1][k]);
-    const Height perStrip = kStrip * wholeRise;
-    const Height backwards = -static_cast<Height>(sectors.acrossReversed >> i & 1);
-    rays.exit[i] = static_cast<Height>(values[0][k]);
-    rays.rise[i] = wholeRise;
-    rays.low[i] = static_cast<Height>(values[2][k]);
-    rays.advance[i] = (perStrip ^ backwards) - backwards;
-    rays.rows[i] = (Height{4} << GridRay::rowFrom(perStrip + (Height{kSlack} << kDroppedBits))) - 1;
-  }
-#endif
+  hn::Store(hn::BitCast(d, rows), d, rays.rows + i);
 }
 
 // The operations of aimRay in their order, so that the lines are the same to the last bit; but low
