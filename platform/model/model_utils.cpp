@@ -10,6 +10,7 @@
 
 #include <tinyxml2.h>
 
+#include "platform/model/internal/attribute_limit.h"
 #include "platform/model/internal/joint_reader.h"
 #include "platform/model/internal/sensor_reader.h"
 #include "platform/model/internal/xml_reader.h"
@@ -26,6 +27,7 @@ const XMLElement& parse(const std::string& xml, tinyxml2::XMLDocument& document)
     throw std::runtime_error("robot description: at most " + std::to_string(kMaxBytes) +
                              " bytes expected, " + std::to_string(xml.size()) + " given");
   }
+  checkAttributeCounts(xml);
   if (document.Parse(xml.data(), xml.size()) != tinyxml2::XML_SUCCESS) {
     throw std::runtime_error("robot description, line " +
                              std::to_string(std::max(1, document.ErrorLineNum())) +

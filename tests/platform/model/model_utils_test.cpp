@@ -232,6 +232,12 @@ TEST(RobotFromXml, refusesDeepOrLargeXmlWithoutCrashing) {
               HasSubstr("DEPTH_EXCEEDED"));
   EXPECT_THAT(errorOf([] { ModelUtils::robotFromXml(std::string(17 << 20, ' ')); }),
               HasSubstr("at most 16777216 bytes expected, 17825792 given"));
+  std::string attributes;
+  for (int i = 0; i < 30'000; ++i) attributes += " a" + std::to_string(i) + "='>\n'";
+  EXPECT_THAT(errorOf([&] {
+                ModelUtils::robotFromXml("<robot name='r'>\n<!-- '<a --><link" + attributes);
+              }),
+              HasSubstr("line 102: at most 100 attributes in an element expected, more given"));
 
   const std::size_t joints = 50'000;
   std::string parent = "root";
