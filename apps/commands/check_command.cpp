@@ -45,6 +45,7 @@ std::set<std::string> sensorsFor(const CommonOptions& options,
 }
 
 CheckedSensors checkAll(session::Session& session, const CommonOptions& options) {
+  catchInterrupts();
   ProgressBar progress("Checking");
   session::CheckOptions wanted;
   if (!options.subscriptions.empty()) wanted.sensors = sensorsFor(options, session.getManager());
