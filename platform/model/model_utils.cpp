@@ -86,6 +86,7 @@ class Reader {
  private:
   void xReadLinks() {
     for (const XMLElement* element : childrenOf(root, "link")) {
+      checkCount(*element, links.size());
       const std::string name = requiredText(*element, "name");
       if (!links.emplace(name, element).second) {
         fail(*element, "a name of its own expected, another link is called " + withQuotes(name));
@@ -110,6 +111,7 @@ class Reader {
   }
 
   void xAddShape(const XMLElement& collision, const std::string& name, const std::string& joint) {
+    checkCount(collision, robot.collisionShapes.size());
     auto shape =
         std::make_shared<CollisionShape>(name, shapeOf(collision), originOf(collision), joint);
     if (!robot.collisionShapes.emplace(name, std::move(shape)).second) {
