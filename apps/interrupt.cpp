@@ -2,17 +2,39 @@
 
 #include <atomic>
 #include <csignal>
+#include <ctime>
 #include <unistd.h>
 
 namespace QV::app {
 namespace {
 
+// Some senders send a signal twice, to the program and to its group.
+constexpr double kSameSeconds = 0.5;
+
 std::atomic<int> caught{0};
+std::atomic<double> caughtAt{0.0};
+std::atomic<void (*)()> tidyBeforeEnd{nullptr};
 std::atomic<bool> stopAsked{false};
-static_assert(std::atomic<int>::is_always_lock_free);
+static_assert(std::atomic<int>::is_always_lock_free && std::atomic<double>::is_always_lock_free &&
+              std::atomic<void (*)()>::is_always_lock_free);
+
+// The chrono clocks are not said to be safe in a signal's handler.
+double secondsNow() {
+  timespec now{};
+  clock_gettime(CLOCK_MONOTONIC, &now);
+  return static_cast<double>(now.tv_sec) + 1e-9 * static_cast<double>(now.tv_nsec);
+}
 
 extern "C" void onSignal(int signal) {
-  caught = signal;
+  const double now = secondsNow();
+  if (caught == 0) {
+    caughtAt = now;
+    caught = signal;
+  } else if (now - caughtAt > kSameSeconds) {
+    if (const auto tidy = tidyBeforeEnd.load()) tidy();
+    std::signal(signal, SIG_DFL);
+    std::raise(signal);
+  }
 }
 
 extern "C" void onStop(int) {
@@ -22,9 +44,16 @@ extern "C" void onStop(int) {
 }  // namespace
 
 void catchInterrupts() {
-  caught = 0;
   std::signal(SIGINT, onSignal);
   std::signal(SIGTERM, onSignal);
+}
+
+void forgetInterrupts() {
+  caught = 0;
+}
+
+void setTidyBeforeEnd(void (*tidy)()) {
+  tidyBeforeEnd = tidy;
 }
 
 void catchStops() {

@@ -2,8 +2,20 @@
 
 namespace QV::app {
 
-/** Lets SIGINT and SIGTERM ask for an end, from now on, instead of ending the program. */
+/**
+ * Lets SIGINT and SIGTERM ask for an end, from now on, instead of ending the program: for whoever
+ * has something to finish. Another one, half a second later or after, still ends it.
+ */
 void catchInterrupts();
+
+/** Nobody has asked for an end, from now on. */
+void forgetInterrupts();
+
+/**
+ * Sets what is called before a second signal ends the program; null for nothing. It runs in the
+ * signal's handler, and may do only what is safe there.
+ */
+void setTidyBeforeEnd(void (*tidy)());
 
 /** True if somebody has asked for an end. Thread-safe. */
 bool isInterrupted();

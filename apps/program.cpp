@@ -97,7 +97,7 @@ int runProgram(int argc, const char* const* argv, const session::OpenOptions& ro
   addLogOptions(program);
   addLogOptionsToAll(program);
   const LogScope log;
-  catchInterrupts();
+  forgetInterrupts();
   try {
     checkCommand(program, argc, argv);
     return parseAndRun(program, status, argc, argv);

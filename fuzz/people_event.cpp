@@ -1,6 +1,7 @@
 /**
  * Any value as a people event, through the people sensor's handler: either one error is logged and
- * the former people stay, or there is a point for each person, as far away as the event says.
+ * the former people stay, or there is a point for each person with finite numbers, as far away as
+ * the event says.
  */
 #include <cmath>
 
@@ -78,7 +79,11 @@ class PeopleFuzzer {
     check(record == Math::MetricalData{"People", "Asus", kFieldOfView, Math::Transform(),
                                        record.points, stamp},
           "a record that is not this event's");
-    const QVValue::Array& people = event[1].toArray();
+    QVValue::Array people = event[1].toArray();
+    std::erase_if(people, [](const QVValue& person) {
+      return !std::isfinite(person[1].toFloat()) || !std::isfinite(person[2].toFloat()) ||
+             !std::isfinite(person[3].toFloat());
+    });
     check(record.points.size() == people.size(), "not a point for each person");
     for (std::size_t i = 0; i < people.size(); ++i) {
       const Math::Position3D& point = record.points[i];

@@ -46,6 +46,7 @@ std::set<std::string> sensorsFor(const CommonOptions& options, session::Session&
 }
 
 CheckedSensors checkAll(session::Session& session, const CommonOptions& options) {
+  catchInterrupts();
   ProgressBar progress("Checking");
   session::CheckOptions wanted;
   if (!options.subscriptions.empty()) wanted.sensors = sensorsFor(options, session);

@@ -198,6 +198,7 @@ int drive(DriveOptions& options) {
   const session::TimedPath path = checkedPath(options);
   options.picture.checkIsPicture();
   const auto session = options.openSession(path.poseAt(0.0));
+  catchInterrupts();
   const GraphScope onGraph = options.graph.open(*session, false);
   outlets::OutletList outlets;
   openOutlets(options, *session, outlets);

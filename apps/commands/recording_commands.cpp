@@ -7,6 +7,7 @@
 #include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
+#include "apps/interrupt.h"
 #include "apps/output/notes.h"
 #include "outlets/files/internal/record_output.h"
 #include "outlets/files/internal/table.h"
@@ -129,6 +130,8 @@ void inform(const std::string& path, const std::string& format) {
 }
 
 void recover(const std::string& from, const std::string& to) {
+  // So that the new recording is whole.
+  catchInterrupts();
   const ros2::BagInfo info = ros2::recoverBag(from, to);
   std::ostream& out = to == "-" ? std::cerr : std::cout;
   printDamage(info.damage, out);

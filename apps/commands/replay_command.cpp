@@ -96,6 +96,7 @@ void playAll(ReplayOptions& options, outlets::OutletList& outlets, OutputFiles& 
              const Take& take, const Take& takeEnd) {
   do {
     PlayedSession run(options.run, options.poses, options.sensors);
+    catchInterrupts();
     if (!output.isOpen()) output.open(run.getSession(), outlets, false);
     const GraphScope onGraph = options.graph.open(run.getSession(), false);
     playOnce(options, run, take);

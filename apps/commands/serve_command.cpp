@@ -55,6 +55,7 @@ void warnIfOpen(const outlets::LiveServer& server) {
 /** Returns false if the recording is incomplete. */
 bool serveSession(ServeOptions& options, session::Session& session, ko::log::LogRing& log) {
   session.setSpeed(speedOf(options.speed));
+  catchInterrupts();
   const GraphScope onGraph = options.graph.open(session, options.replay.empty());
   const auto files = std::make_shared<outlets::OutletList>();
   // The recording opens before the first demand, so that it misses nothing.

@@ -79,6 +79,7 @@ int stream(StreamOptions& options) {
   checkRange(options);
   speedOf(options);
   const auto session = options.openSession();
+  catchInterrupts();
   outlets::OutletList outlets;
   options.output.open(*session, outlets, false);
   session->subscribe(kSubscriber, options.namesFor(*session));

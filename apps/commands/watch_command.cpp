@@ -78,6 +78,7 @@ bool watchOn(WatchOptions& options) {
   const bool hasOwnTime = options.record.isAsked() || options.heard.asked;
   const auto source = hasOwnTime ? session::TimeSource::simulated : session::TimeSource::clock;
   const auto session = options.openSession(std::nullopt, source);
+  catchInterrupts();
   outlets::OutletList files;
   options.record.open(*session, files, false);
   const auto names = options.namesFor(*session);

@@ -39,13 +39,18 @@ void checkTerminal(int input, int output) {
   }
 }
 
+const Terminal* Terminal::shown = nullptr;
+
 Terminal::Terminal(int input, int output) : input(input), output(output) {
   checkTerminal(input, output);
   catchStops();
   xEnter();
+  shown = this;
+  setTidyBeforeEnd([] { shown->xLeave(); });
 }
 
 Terminal::~Terminal() {
+  setTidyBeforeEnd(nullptr);
   xLeave();
   letStops();
 }

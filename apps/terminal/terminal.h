@@ -44,6 +44,8 @@ class Terminal {
   void xLeave() const;
   void xStop();
 
+  static const Terminal* shown;
+
   const int input;
   const int output;
   termios before;

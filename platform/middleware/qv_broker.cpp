@@ -34,6 +34,12 @@ void QVBroker::unregisterModule(const std::string& name) {
   }
 }
 
+void QVBroker::xRemove(const QVModule& module) {
+  std::unique_lock<std::shared_mutex> lock(mutex);
+  const auto found = modules.find(module.getName());
+  if (found != modules.end() && found->second.get() == &module) modules.erase(found);
+}
+
 bool QVBroker::isModulePresent(const std::string& name) const {
   std::shared_lock<std::shared_mutex> lock(mutex);
   return modules.count(name) > 0;
@@ -55,19 +61,19 @@ QVValue QVBroker::call(const std::string& module, const std::string& method,
   return target->call(method, arguments);
 }
 
-ScopedModule::ScopedModule(boost::shared_ptr<QVBroker> owner, boost::shared_ptr<QVModule> module)
-    : broker(std::move(owner)), name(module ? module->getName() : "") {
-  if (!broker)
-    throw QVError("ScopedModule", "ScopedModule", "no broker given for \"" + name + "\"");
-  broker->registerModule(std::move(module));
+ScopedModule::ScopedModule(boost::shared_ptr<QVBroker> owner, boost::shared_ptr<QVModule> given)
+    : broker(std::move(owner)), module(given) {
+  if (!broker) {
+    throw QVError("ScopedModule", "ScopedModule",
+                  "no broker given for \"" + (given ? given->getName() : "") + "\"");
+  }
+  broker->registerModule(std::move(given));
 }
 
+// The module may be destroyed at the end, outside the broker's lock: its destructor may call
+// others.
 ScopedModule::~ScopedModule() {
-  try {
-    broker->unregisterModule(name);
-  } catch (const QVError&) {
-    // Somebody else has done it.
-  }
+  if (const auto own = module.lock()) broker->xRemove(*own);
 }
 
 }  // namespace QV

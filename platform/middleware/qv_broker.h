@@ -75,6 +75,10 @@ class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
   virtual QVValue call(const std::string& module, const std::string& method, QVArguments arguments);
 
  private:
+  friend class ScopedModule;
+
+  void xRemove(const QVModule& module);
+
   mutable std::shared_mutex mutex;
   std::map<std::string, boost::shared_ptr<QVModule>> modules;
 };
@@ -87,14 +91,17 @@ class QV_API ScopedModule {
  public:
   /** Registers the module as QVBroker::registerModule does. Throws QVError for a null broker. */
   ScopedModule(boost::shared_ptr<QVBroker> broker, boost::shared_ptr<QVModule> module);
-  /** Unregisters the module, unless that was done already. Calls that run go on to their end. */
+  /**
+   * Unregisters the module, unless that was done already; another one of its name stays. Calls that
+   * run go on to their end.
+   */
   ~ScopedModule();
   ScopedModule(const ScopedModule&) = delete;
   ScopedModule& operator=(const ScopedModule&) = delete;
 
  private:
   boost::shared_ptr<QVBroker> broker;
-  std::string name;
+  boost::weak_ptr<QVModule> module;
 };
 
 }  // namespace QV

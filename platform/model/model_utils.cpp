@@ -10,6 +10,7 @@
 
 #include <tinyxml2.h>
 
+#include "platform/model/internal/attribute_limit.h"
 #include "platform/model/internal/joint_reader.h"
 #include "platform/model/internal/sensor_reader.h"
 #include "platform/model/internal/xml_reader.h"
@@ -26,6 +27,7 @@ const XMLElement& parse(const std::string& xml, tinyxml2::XMLDocument& document)
     throw std::runtime_error("robot description: at most " + std::to_string(kMaxBytes) +
                              " bytes expected, " + std::to_string(xml.size()) + " given");
   }
+  checkAttributeCounts(xml);
   if (document.Parse(xml.data(), xml.size()) != tinyxml2::XML_SUCCESS) {
     throw std::runtime_error("robot description, line " +
                              std::to_string(std::max(1, document.ErrorLineNum())) +
@@ -84,6 +86,7 @@ class Reader {
  private:
   void xReadLinks() {
     for (const XMLElement* element : childrenOf(root, "link")) {
+      checkCount(*element, links.size());
       const std::string name = requiredText(*element, "name");
       if (!links.emplace(name, element).second) {
         fail(*element, "a name of its own expected, another link is called " + withQuotes(name));
@@ -108,6 +111,7 @@ class Reader {
   }
 
   void xAddShape(const XMLElement& collision, const std::string& name, const std::string& joint) {
+    checkCount(collision, robot.collisionShapes.size());
     auto shape =
         std::make_shared<CollisionShape>(name, shapeOf(collision), originOf(collision), joint);
     if (!robot.collisionShapes.emplace(name, std::move(shape)).second) {

@@ -1,9 +1,12 @@
+#include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <limits>
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
+#include "platform/ko/log.h"
 #include "robot/maps/internal/map_image.h"
 #include "robot/maps/internal/map_settings.h"
 #include "robot/maps/map_files.h"
@@ -14,6 +17,8 @@ namespace {
 using Mode = MapSettings::Mode;
 
 constexpr double kFullPercent = 100.0;
+// Metres.
+constexpr float kFinestWarned = 0.001f;
 
 /** `darkness` from 0 (white) to 1 (black). */
 double occupancyOf(const MapSettings& settings, double darkness) {
@@ -59,6 +64,28 @@ MapImage readImageFor(const std::string& yamlPath, const std::filesystem::path& 
   }
 }
 
+/** The largest coordinate of a cell, whatever its sign, in metres. */
+float farthestOf(const OccupancyMap& map) {
+  float farthest = 0.0f;
+  for (const int column : {0, map.getWidth() - 1}) {
+    for (const int row : {0, map.getHeight() - 1}) {
+      const Math::Position2D centre = map.getCellCentre(column, row);
+      farthest = std::max({farthest, std::abs(centre.x), std::abs(centre.y)});
+    }
+  }
+  return farthest;
+}
+
+void warnIfCoarse(const OccupancyMap& map, const std::string& yamlPath) {
+  const float far = farthestOf(map);
+  const float step = std::nextafter(far, std::numeric_limits<float>::infinity()) - far;
+  if (step <= kFinestWarned) return;
+  ko::log::warning("Maps", "loadMap")
+      << yamlPath << ": origin: this map reaches " << far << " m from zero, where a position is "
+      << "coarser than a millimetre: it has steps of " << step
+      << " m. Choose an origin nearer to zero";
+}
+
 }  // namespace
 
 OccupancyMap loadMap(const std::string& yamlPath) {
@@ -66,8 +93,10 @@ OccupancyMap loadMap(const std::string& yamlPath) {
   const auto imagePath = std::filesystem::path(yamlPath).parent_path() / settings.image;
   const MapImage image = readImageFor(yamlPath, imagePath);
   try {
-    return OccupancyMap(image.width, image.height, settings.resolution, settings.origin,
-                        toCells(image, makeTable(settings, image)));
+    OccupancyMap map(image.width, image.height, settings.resolution, settings.origin,
+                     toCells(image, makeTable(settings, image)));
+    warnIfCoarse(map, yamlPath);
+    return map;
   } catch (const std::invalid_argument& failure) {
     throw std::runtime_error(imagePath.string() + ": " + failure.what());
   }

@@ -11,8 +11,9 @@ namespace QV::robot {
  * Reads a map of ROS map_server: a YAML file with the path of its image, relative to the YAML file,
  * and the meaning of its pixels (modes trinary, scale and raw). The image is a PGM (P2, P5) or PNG.
  * Its last row is the map's row 0. A colour pixel is read as the mean of its channels; alpha is
- * ignored. Throws std::runtime_error for a bad file. Its text names the file, the line and the key
- * if that helps, and what was expected.
+ * ignored. Throws std::runtime_error for a bad file, or a picture of more than 2^28 pixels. Its
+ * text names the file, the line and the key if that helps, and what was expected. Logs a warning
+ * for a map so far from zero that a position in it, a float, is coarser than a millimetre.
  */
 QV_API OccupancyMap loadMap(const std::string& yamlPath);
 

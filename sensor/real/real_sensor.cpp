@@ -1,6 +1,7 @@
 #include "sensor/real/real_sensor.h"
 
 #include <algorithm>
+#include <cmath>
 #include <locale>
 #include <sstream>
 
@@ -15,7 +16,7 @@ namespace {
 
 constexpr char kRealSensorCategory[] = "Navigation.RealSensor";
 constexpr char kGuard[] = "xCorrectMetricalDataWithTimestamp";
-// A finer wall than that is a slip; to fill the memory would leave the other records unguarded.
+// A finer wall than that is a slip, and would fill the memory.
 constexpr float kMostArcPoints = 100'000.0f;
 
 // The conversion of a limit as long as "for ever" would overflow.
@@ -34,7 +35,9 @@ std::string inMilliseconds(ko::Duration duration) {
 std::vector<Math::Position3D> arcOfPoints(float angularRange, float range, float angularStep) {
   std::vector<Math::Position3D> points;
   const float steps = angularRange / angularStep;
-  if (!(steps >= 1.0f && steps <= kMostArcPoints)) return {};
+  if (!(steps >= 1.0f) || std::isinf(angularRange)) return {};
+  if (steps > kMostArcPoints)
+    return arcOfPoints(angularRange, range, angularRange / kMostArcPoints);
   const auto count = static_cast<unsigned>(steps);
   points.reserve(count);
   float angle = -0.5f * angularRange;
@@ -99,6 +102,10 @@ void RealSensor::xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalDat
     } catch (const std::exception& exception) {
       logTrouble(ko::log::Level::warning, kRealSensorCategory, kGuard, exception.what());
       continue;
+    }
+    if (record.fieldOfView.angularRange / angularStep > kMostArcPoints) {
+      logTrouble(ko::log::Level::warning, kRealSensorCategory, kGuard,
+                 "The arc of " + record.sensorName + " gets no more than 100000 points.");
     }
     record.points = arcOfPoints(record.fieldOfView.angularRange, range, angularStep);
   }

@@ -1,4 +1,5 @@
 #include <csignal>
+#include <fcntl.h>
 #include <filesystem>
 #include <fstream>
 #include <set>
@@ -11,6 +12,7 @@
 #include "apps/help_formatter.h"
 #include "session/shared_files.h"
 #include "tests/apps/run_program.h"
+#include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
 
@@ -370,6 +372,38 @@ TEST_F(ProgramTest, anInterruptedDriveFinishesItsFileAndSaysSo) {
   const auto whole = recordsIn(records);
   EXPECT_EQ(whole.size() % 6, 0u);
   EXPECT_LT(whole.size(), 6u * 200'000u);
+}
+
+/** Starts the program with an output that takes nothing, and waits until it has said its pose. */
+void startStuck(test::ChildProcess& process, const char* command) {
+  int out[2];
+  int error[2];
+  ASSERT_EQ(pipe(out) | pipe(error), 0);
+  fcntl(out[1], F_SETFL, O_NONBLOCK);
+  while (write(out[1], "full", 4) > 0) continue;
+  fcntl(out[1], F_SETFL, 0);
+  process.start([&] {
+    dup2(out[1], STDOUT_FILENO);
+    dup2(error[1], STDERR_FILENO);
+    execl(QVSENSORS, QVSENSORS, command, "--kind", "1", nullptr);
+  });
+  close(out[1]);
+  close(error[1]);
+  std::ifstream errors("/dev/fd/" + std::to_string(error[0]));
+  std::string line;
+  std::getline(errors, line);
+  EXPECT_THAT(line, HasSubstr("the robot starts at"));
+}
+
+TEST_F(ProgramTest, aSignalEndsWhatHasNothingToFinishAndASecondOneAnyProgram) {
+  test::ChildProcess read;
+  startStuck(read, "read");
+  read.signal(SIGTERM);
+  EXPECT_EQ(read.awaitEnd(), -1);
+  test::ChildProcess stream;
+  startStuck(stream, "stream");
+  while (!stream.hasEnded()) stream.signal(SIGINT);
+  EXPECT_EQ(stream.awaitEnd(), -1);
 }
 
 TEST_F(ProgramTest, driveReadsEveryCycleOfSimulatedTimeTheSameEachTime) {

@@ -6,6 +6,7 @@
 
 #include <gmock/gmock.h>
 
+#include "apps/interrupt.h"
 #include "apps/terminal/terminal.h"
 #include "session/shared_files.h"
 #include "tests/apps/pseudo_terminal.h"
@@ -93,6 +94,20 @@ TEST_F(WatchTest, ctrlZRestoresTheTerminalAndFgContinues) {
   ASSERT_TRUE(terminal.shows("\x1b[7mBackSonar"));
   terminal.type("q");
   expectEnd(0);
+}
+
+TEST(Terminal, aSecondSignalEndsTheProgramAndLeavesItAsItWas) {
+  PseudoTerminal outside;
+  test::ChildProcess process;
+  process.start([&] {
+    catchInterrupts();
+    const Terminal sut(outside.inner, outside.inner);
+    while (true) pause();
+  });
+  ASSERT_TRUE(outside.shows("\x1b[?1049h\x1b[?25l"));
+  while (!process.hasEnded()) process.signal(SIGINT);
+  EXPECT_EQ(process.awaitEnd(), -1);
+  EXPECT_TRUE(outside.isAsBefore());
 }
 
 TEST(Terminal, anExceptionLeavesItAsItWas) {

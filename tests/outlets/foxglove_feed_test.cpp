@@ -81,6 +81,21 @@ TEST_F(FoxgloveFeedTest, sendsMessagesForASubscriptionUntilItEnds) {
   EXPECT_FALSE(sut.isWatched());
 }
 
+TEST_F(FoxgloveFeedTest, aMapThatIsTakenAgainAndAgainWaitsOnce) {
+  Outbox unread;
+  for (int id = 1; id <= 3; ++id) {
+    const std::string text = std::to_string(id);
+    sut.onMessage(viewer,
+                  R"({"op":"subscribe","subscriptions":[{"id":)" + text + R"(,"channelId":2}]})",
+                  false);
+    sut.onMessage(viewer, R"({"op":"unsubscribe","subscriptionIds":[)" + text + "]}", false);
+  }
+  ASSERT_EQ(viewer->sent.size(), 3u);
+  for (const WebMessage& map : viewer->sent) unread.add(map);
+  EXPECT_EQ(unread.take()->payload, viewer->sent[2].payload);
+  EXPECT_FALSE(unread.take());
+}
+
 TEST_F(FoxgloveFeedTest, eachViewerWantsItsOwnSensorsUntilItLeaves) {
   const auto other = std::make_shared<test::FakeClient>();
   sut.onOpen(other);

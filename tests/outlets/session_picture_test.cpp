@@ -31,7 +31,7 @@ boost::shared_ptr<OccupancyMap> room() {
 struct SessionPictureTest : testing::Test {
   cv::Mat draw(session::Snapshot snapshot, const std::vector<Math::Pose2D>& way) {
     const auto path = folder / "picture.png";
-    snapshot.map = room();
+    if (!snapshot.map) snapshot.map = room();
     SessionPicture sut(path);
     for (const auto& pose : way) {
       snapshot.pose = pose;
@@ -64,6 +64,14 @@ TEST_F(SessionPictureTest, showsMapPathAndRobotAtTheirPlaces) {
   EXPECT_EQ(at(page, 2.25, 1.5), kPath);
   EXPECT_EQ(at(page, 2.5, 1.8), kPath);
   EXPECT_EQ(at(page, 2.4, 2.5), kPaper) << "inside the robot";
+}
+
+TEST_F(SessionPictureTest, aMapMayHaveMoreColumnsThanAnImageOfOpenCv) {
+  session::Snapshot snapshot;
+  snapshot.map = boost::make_shared<OccupancyMap>(test::makeWalledMap(40'000, 12, 0.1f));
+  const cv::Mat page = draw(snapshot, {{3'500.0f, 0.6f, 0.0f}});
+  // Level with the robot, and to the left of it.
+  EXPECT_EQ(cv::Scalar(page.at<cv::Vec3b>(kTitleHeight + page.cols / 2, 50)), kPaper);
 }
 
 TEST_F(SessionPictureTest, drawsPointsByTheirMeaning) {

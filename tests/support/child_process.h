@@ -37,6 +37,12 @@ class ChildProcess {
   /** Waits until a signal has stopped it. */
   void awaitStop() const { waitpid(pid, nullptr, WUNTRACED); }
 
+  bool hasEnded() const {
+    siginfo_t info{};
+    return waitid(P_PID, static_cast<id_t>(pid), &info, WEXITED | WNOHANG | WNOWAIT) == 0 &&
+           info.si_pid == pid;
+  }
+
   /** The exit status, or -1 for a process that a signal ended. */
   int awaitEnd() {
     int status = 0;

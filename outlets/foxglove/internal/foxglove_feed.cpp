@@ -117,7 +117,8 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
   // The map does not change: once is enough.
   if (channel == foxglove::kMap && map) {
     const auto now = ko::Clock::now();
-    foxglove::sendData(*client, subscription, {Delivery::latest, now, foxglove::grid(*map, now)});
+    foxglove::sendData(*client, subscription, channel,
+                       {Delivery::latest, now, foxglove::grid(*map, now)});
   }
 }
 

@@ -13,10 +13,11 @@ namespace {
 
 }  // namespace
 
-void sendData(WebClient& client, std::uint32_t subscription, const ChannelMessage& message) {
+void sendData(WebClient& client, std::uint32_t subscription, std::uint32_t channel,
+              const ChannelMessage& message) {
   client.send(
       {std::make_shared<const std::string>(dataFrame(subscription, message.time, message.payload)),
-       true, message.delivery, std::to_string(subscription)});
+       true, message.delivery, std::to_string(channel)});
 }
 
 void Viewers::add(const Client& client) {
@@ -59,7 +60,7 @@ void Viewers::publish(std::uint32_t channel, const ChannelMessage& message) cons
   std::lock_guard lock(mutex);
   for (const auto& [client, viewer] : viewers) {
     for (const auto& [id, subscribed] : viewer.state.subscriptions) {
-      if (subscribed == channel) sendData(*client, id, message);
+      if (subscribed == channel) sendData(*client, id, channel, message);
     }
   }
 }

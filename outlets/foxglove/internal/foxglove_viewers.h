@@ -19,7 +19,13 @@ struct ChannelMessage {
   std::string payload;
 };
 
-void sendData(WebClient& client, std::uint32_t subscription, const ChannelMessage& message);
+/**
+ * Sends a message of a channel to a subscription of it. A newer one of the channel takes its place,
+ * also for another subscription, so that a client which takes and leaves a channel again and again
+ * holds one of it.
+ */
+void sendData(WebClient& client, std::uint32_t subscription, std::uint32_t channel,
+              const ChannelMessage& message);
 
 /**
  * The viewers of a session, and the channels that each wants or drives on. What can't be done is a

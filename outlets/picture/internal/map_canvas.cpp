@@ -1,7 +1,9 @@
 #include "outlets/picture/internal/map_canvas.h"
 
 #include <algorithm>
+#include <array>
 #include <cmath>
+#include <cstddef>
 
 #include <opencv2/imgproc.hpp>
 
@@ -25,21 +27,17 @@ cv::Mat greyLevels(const OccupancyMap& map) {
 }
 
 // White to ink; unknown, half way between, in a light grey of its own.
-cv::Mat coloured(const cv::Mat& grey) {
-  cv::Mat table(1, 256, CV_8UC3);
-  for (int level = 0; level < 256; ++level) {
-    const double share = level / 255.0;
+std::array<cv::Vec3b, 256> makeColours() {
+  std::array<cv::Vec3b, 256> colours;
+  for (std::size_t level = 0; level < colours.size(); ++level) {
+    const double share = static_cast<double>(level) / 255.0;
     cv::Scalar colour = kInk * (1.0 - share) + kPaper * share;
     if (level > 120 && level < 136) colour = kUnknown;
-    table.at<cv::Vec3b>(level) =
+    colours[level] =
         cv::Vec3b(cv::saturate_cast<uchar>(colour[0]), cv::saturate_cast<uchar>(colour[1]),
                   cv::saturate_cast<uchar>(colour[2]));
   }
-  cv::Mat three;
-  cv::Mat result;
-  cv::cvtColor(grey, three, cv::COLOR_GRAY2BGR);
-  cv::LUT(three, table, result);
-  return result;
+  return colours;
 }
 
 }  // namespace
@@ -67,12 +65,20 @@ void MapCanvas::xDrawMap(const OccupancyMap& map) {
   const Math::Pose2D origin = map.getOrigin();
   const double c = std::cos(origin.theta) / map.getResolution();
   const double s = std::sin(origin.theta) / map.getResolution();
-  const double x0 = area.left + 0.5 / scale - origin.x;
-  const double y0 = area.top - 0.5 / scale - origin.y;
-  const cv::Matx23d toCell(c / scale, -s / scale, c * x0 + s * y0 - 0.5, -s / scale, -c / scale,
-                           -s * x0 + c * y0 - 0.5);
-  cv::warpAffine(coloured(grey), image, toCell, image.size(),
-                 cv::INTER_NEAREST | cv::WARP_INVERSE_MAP, cv::BORDER_CONSTANT, kUnknown);
+  const auto colours = makeColours();
+  // By hand, since OpenCV takes no more than 32766 columns or rows of a map here.
+  for (int row = 0; row < image.rows; ++row) {
+    for (int column = 0; column < image.cols; ++column) {
+      const double x = area.left + (column + 0.5) / scale - origin.x;
+      const double y = area.top - (row + 0.5) / scale - origin.y;
+      const double cellX = std::floor(c * x + s * y);
+      const double cellY = std::floor(c * y - s * x);
+      const bool isInside = cellX >= 0.0 && cellX < grey.cols && cellY >= 0.0 && cellY < grey.rows;
+      if (!isInside) continue;
+      const uchar level = grey.at<uchar>(static_cast<int>(cellY), static_cast<int>(cellX));
+      image.at<cv::Vec3b>(row, column) = colours[level];
+    }
+  }
 }
 
 cv::Point MapCanvas::toPixel(const Math::Position2D& world) const {

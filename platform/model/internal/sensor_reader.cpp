@@ -60,6 +60,7 @@ int SensorReader::xReadType(const XMLElement& sensor) const {
 }
 
 void SensorReader::xReadSensor(const XMLElement& element) {
+  checkCount(element, robot.sensorConfigs.size());
   SensorConfig config;
   config.name = requiredText(element, "name");
   config.type = xReadType(element);

@@ -60,6 +60,11 @@ void fail(const XMLElement& element, const std::string& problem) {
   failAt(element.GetLineNum(), element, problem);
 }
 
+void checkCount(const XMLElement& element, std::size_t before) {
+  constexpr std::size_t kMost = 10'000;
+  if (before >= kMost) fail(element, "at most " + std::to_string(kMost) + " expected, more given");
+}
+
 std::string withQuotes(const std::string& text) {
   return '"' + text + '"';
 }

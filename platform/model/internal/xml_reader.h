@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <map>
 #include <optional>
 #include <string>
@@ -22,6 +23,12 @@ using LinkElements = std::map<std::string, const XMLElement*>;
 
 /** Throws std::runtime_error: where `element` stands, then `problem`. */
 [[noreturn]] void fail(const XMLElement& element, const std::string& problem);
+
+/**
+ * Throws at an element before which there are as many of its sort as a robot may have: some of what
+ * is done with a robot takes as long as the square of their number.
+ */
+void checkCount(const XMLElement& element, std::size_t before);
 
 /** The text in quotes. */
 std::string withQuotes(const std::string& text);

@@ -17,10 +17,12 @@ namespace {
 constexpr char kPngSignature[] = "\x89PNG\r\n\x1a\n";
 constexpr std::size_t kMostImageBytes = std::numeric_limits<std::int32_t>::max();
 
+// A small file may hold a picture that fills the memory, so its head is looked at first.
 cv::Mat decodePng(const std::string& png) {
-  cv::Mat image = detail::decodePng(keepCriticalChunks(png));
-  if (image.depth() != CV_8U) throw std::runtime_error("a PNG of 8 bits a channel expected");
-  return image;
+  const PngSize size = sizeOfPng(png);
+  checkPixels(size.width, size.height);
+  if (size.bitsPerSample > 8) throw std::runtime_error("a PNG of 8 bits a channel expected");
+  return detail::decodePng(keepCriticalChunks(png));
 }
 
 MapImage toMapImage(const cv::Mat& image) {
@@ -45,6 +47,13 @@ MapImage decode(std::string& bytes) {
 }
 
 }  // namespace
+
+void checkPixels(std::uint64_t width, std::uint64_t height) {
+  if (width * height <= kMostPixels) return;
+  throw std::runtime_error("a picture of at most " + std::to_string(kMostPixels) +
+                           " pixels expected, " + std::to_string(width) + " by " +
+                           std::to_string(height) + " given");
+}
 
 MapImage readMapImage(const std::filesystem::path& path) {
   std::string bytes = readFile(path, kMostImageBytes);

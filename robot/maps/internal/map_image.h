@@ -16,6 +16,12 @@ struct MapImage {
   std::vector<std::uint16_t> pixels;
 };
 
+/** The largest image, in pixels: 16384 by 16384. Reading one takes up to 2 GB of memory. */
+constexpr std::uint64_t kMostPixels = 1 << 28;
+
+/** Throws std::runtime_error for a picture of more than kMostPixels. */
+void checkPixels(std::uint64_t width, std::uint64_t height);
+
 /** Reads a PGM (P2, P5) or PNG image of 8 bits a channel; throws std::runtime_error. */
 MapImage readMapImage(const std::filesystem::path& path);
 

@@ -41,6 +41,7 @@ void PgmReader::xReadHeader() {
   position = 2;
   image.width = xReadNumber("a width", 1, OccupancyMap::kMaxSide);
   image.height = xReadNumber("a height", 1, OccupancyMap::kMaxSide);
+  checkPixels(static_cast<std::uint64_t>(image.width), static_cast<std::uint64_t>(image.height));
   image.white = xReadNumber("a maximum", 1, 255);
 }
 

@@ -10,6 +10,8 @@ namespace {
 constexpr std::size_t kSignatureSize = 8;
 // Length, type and checksum, four bytes each, around the data.
 constexpr std::size_t kFrameSize = 12;
+// Where the head has the width; the height follows, then the bits of a sample.
+constexpr std::size_t kWidthAt = 16;
 
 std::uint32_t numberAt(const std::string& bytes, std::size_t position) {
   std::uint32_t number = 0;
@@ -26,7 +28,17 @@ void checkSum(const std::string& png, std::size_t start, std::size_t length) {
                            std::to_string(start) + " is damaged");
 }
 
+[[noreturn]] void failCutShort(const std::string& png) {
+  throw std::runtime_error("a whole PNG image expected, this one ends at byte " +
+                           std::to_string(png.size()));
+}
+
 }  // namespace
+
+PngSize sizeOfPng(const std::string& png) {
+  if (png.size() <= kWidthAt + 8) failCutShort(png);
+  return {numberAt(png, kWidthAt), numberAt(png, kWidthAt + 4), png[kWidthAt + 8]};
+}
 
 std::string keepCriticalChunks(const std::string& png) {
   std::string kept = png.substr(0, kSignatureSize);
@@ -43,8 +55,7 @@ std::string keepCriticalChunks(const std::string& png) {
     if (type == "IEND") return kept;
     start += length + kFrameSize;
   }
-  throw std::runtime_error("a whole PNG image expected, this one ends at byte " +
-                           std::to_string(png.size()));
+  failCutShort(png);
 }
 
 }  // namespace QV::robot

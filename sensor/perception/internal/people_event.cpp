@@ -27,14 +27,17 @@ ko::Clock::time_point extractTimestamp(const QVValue& value, const std::string& 
 
 float extractNumber(const QVValue& value) {
   check(value.isFloat() || value.isInt(), kWrongFormat);
-  const float number = value.toFloat();
-  check(std::isfinite(number), kWrongFormat);
-  return number;
+  return value.toFloat();
 }
 
 PeopleEvent::Person extractPerson(const QVValue& value) {
   check(value.isArray() && value.getSize() >= 4, kWrongFormat);
   return {extractNumber(value[1]), extractNumber(value[2]), extractNumber(value[3])};
+}
+
+bool isFinite(const PeopleEvent::Person& person) {
+  return std::isfinite(person.distance) && std::isfinite(person.angleY) &&
+         std::isfinite(person.angleZ);
 }
 
 }  // namespace
@@ -45,7 +48,10 @@ PeopleEvent extractPeopleEvent(const QVValue& event, const std::string& sensorNa
   result.timestamp = extractTimestamp(event[0], sensorName);
   check(event[1].isArray() && event[4].isInt(), kWrongFormat);
   result.people.reserve(event[1].getSize());
-  for (const QVValue& person : event[1].toArray()) result.people.push_back(extractPerson(person));
+  for (const QVValue& value : event[1].toArray()) {
+    const PeopleEvent::Person person = extractPerson(value);
+    if (isFinite(person)) result.people.push_back(person);
+  }
   result.camera = event[4].toInt32();
   return result;
 }

@@ -26,8 +26,9 @@ struct QV_API PeopleEvent {
 
 /**
  * Reads [[seconds, microseconds], [[_, distance, angleY, angleZ, ...], ...], _, _, camera]; what is
- * marked _ is not read. Another shape, or a number that is not finite, throws std::invalid_argument
- * with "Wrong peopleEvent format", or "Wrong peopleEvent timestamp format" for the time.
+ * marked _ is not read. A person with a number that is not finite is left out. Another shape throws
+ * std::invalid_argument with "Wrong peopleEvent format", or "Wrong peopleEvent timestamp format"
+ * for the time.
  */
 QV_API PeopleEvent extractPeopleEvent(const QVValue& event, const std::string& sensorName);
 

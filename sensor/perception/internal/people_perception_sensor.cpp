@@ -85,6 +85,13 @@ void PeoplePerceptionSensor::onUpdatePeopleList(const std::string&, QVValue valu
     xLogError(kOnUpdate, exception.what());
     return;
   }
+  const std::size_t leftOut = value[1].getSize() - event.people.size();
+  if (leftOut > 0) {
+    xNoteGarbage();
+    logTrouble(ko::log::Level::warning, kPeopleCategory, kOnUpdate,
+               std::to_string(leftOut) + " of " + std::to_string(value[1].getSize()) +
+                   " people left out: finite distances and angles expected");
+  }
   Math::MetricalData record;
   record.timestamp = event.timestamp;
   try {

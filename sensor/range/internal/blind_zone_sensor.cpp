@@ -70,6 +70,9 @@ void BlindZoneSensor::xLogError(const char* method, const std::string& message) 
 
 bool BlindZoneSensor::xIsRobotMoving() const {
   const Math::Pose2D velocity(motionProxy.getRobotVelocity());
+  // It is above no limit, but the robot may go at any speed.
+  if (std::isnan(velocity.x) || std::isnan(velocity.y) || std::isnan(velocity.theta))
+    throw std::runtime_error("the robot's velocity is not a number");
   return std::sqrt(velocity.x * velocity.x + velocity.y * velocity.y) > kStillSpeed ||
          std::abs(velocity.theta) > kStillTurn;
 }

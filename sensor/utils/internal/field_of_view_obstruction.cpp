@@ -9,6 +9,7 @@
 #include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/contracts/robot_model_contract.h"
 #include "platform/middleware/qv_broker.h"
+#include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_proxy.h"
 #include "platform/model/model_utils.h"
 
@@ -40,6 +41,7 @@ void initCollisionShapesAndJointConfig(
     boost::shared_ptr<QVBroker> broker,
     std::vector<std::shared_ptr<Model::CollisionShape>>& shapes) {
   shapes.clear();
+  if (!broker) throw QVError("SensorUtils", "initCollisionShapesAndJointConfig", "no broker given");
   const auto xml = broker->getProxy(RobotModelContract::kModule, 0)
                        ->call<std::string>(RobotModelContract::kGetConfig);
   const Model::Robot robot = Model::ModelUtils::robotFromXml(xml);

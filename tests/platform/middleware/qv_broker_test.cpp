@@ -119,6 +119,17 @@ TEST_F(QVBrokerTest, modulesComeAndGoAtRunTime) {
             "QVBroker::registerModule: no module given");
 }
 
+TEST_F(QVBrokerTest, theEndOfAScopedModuleRemovesItAloneAndNoOtherOfItsName) {
+  { const ScopedModule scope(sut, module); }
+  EXPECT_FALSE(sut->isModulePresent("Test"));
+  {
+    const ScopedModule scope(sut, makeModule("Test"));
+    sut->unregisterModule("Test");
+    sut->registerModule(makeModule("Test"));
+  }
+  EXPECT_TRUE(sut->isModulePresent("Test"));
+}
+
 TEST_F(QVBrokerTest, aProxyNeedsItsModuleAndABroker) {
   const std::string missing = "QVProxy::QVProxy: no module \"Test\"";
   EXPECT_EQ(errorOf([&] { sut->getProxy("Test", 0); }), missing);

@@ -232,18 +232,42 @@ TEST(RobotFromXml, refusesDeepOrLargeXmlWithoutCrashing) {
               HasSubstr("DEPTH_EXCEEDED"));
   EXPECT_THAT(errorOf([] { ModelUtils::robotFromXml(std::string(17 << 20, ' ')); }),
               HasSubstr("at most 16777216 bytes expected, 17825792 given"));
+  std::string attributes;
+  for (int i = 0; i < 30'000; ++i) attributes += " a" + std::to_string(i) + "='>\n'";
+  EXPECT_THAT(errorOf([&] {
+                ModelUtils::robotFromXml("<robot name='r'>\n<!-- '<a --><link" + attributes);
+              }),
+              HasSubstr("line 102: at most 100 attributes in an element expected, more given"));
+}
 
-  const std::size_t joints = 50'000;
+TEST(RobotFromXml, aRobotHasTenThousandLinksShapesAndSensorsAtMost) {
+  const std::size_t most = 10'000;
   std::string parent = "root";
-  std::string chain = "<robot name='r'><link name='root'/>";
-  for (std::size_t i = 0; i < joints; ++i) {
-    const std::string child = std::to_string(i);
-    chain += "<link name='" + child + "'/>" + joint(child, parent, child);
-    parent = child;
+  std::string chain = "<link name='root'/>";
+  std::string sensors = "<link name='root'/>";
+  const std::string shape = "<collision><geometry><sphere radius='1'/></geometry></collision>";
+  std::string shapes = "<link name='root'>";
+  for (std::size_t i = 1; i <= most; ++i) {
+    const std::string name = std::to_string(i);
+    if (i < most) chain += "<link name='" + name + "'/>" + joint(name, parent, name);
+    if (i < most) parent = name;
+    sensors += "<sensor name='" + name + "' type='9'/>";
+    shapes += shape;
   }
-  const Robot robot = ModelUtils::robotFromXml(chain + "</robot>");
-  ASSERT_EQ(robot.joints.size(), joints);
+  const auto read = [](const std::string& parts) {
+    return ModelUtils::robotFromXml("<robot name='r'>" + parts + "</robot>");
+  };
+  const Robot robot = read(chain);
+  ASSERT_EQ(robot.joints.size(), most - 1);
   EXPECT_EQ(robot.joints.back().childLink, parent);
+  EXPECT_EQ(read(sensors).sensorConfigs.size(), most);
+  EXPECT_EQ(read(shapes + "</link>").collisionShapes.size(), most);
+  const std::string tooMany = ">: at most 10000 expected, more given";
+  EXPECT_THAT(errorOf([&] { read(chain + "<link name='more'/>"); }), HasSubstr("<link" + tooMany));
+  EXPECT_THAT(errorOf([&] { read(sensors + "<sensor name='more' type='9'/>"); }),
+              HasSubstr("<sensor" + tooMany));
+  EXPECT_THAT(errorOf([&] { read(shapes + shape + "</link>"); }),
+              HasSubstr("<collision" + tooMany));
 }
 
 }  // namespace

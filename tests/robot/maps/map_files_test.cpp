@@ -9,6 +9,7 @@
 #include <opencv2/imgcodecs.hpp>
 #include <rapidcheck/gtest.h>
 
+#include "tests/support/log_capture.h"
 #include "tests/support/temporary_folder.h"
 #include "tests/support/vocabulary.h"
 
@@ -123,6 +124,18 @@ TEST_F(MapFilesTest, acceptsEveryYamlFormOfANumber) {
   EXPECT_EQ(map.getOrigin(), Math::Pose2D(-1.5f, 0.5f, 2.0f));
 }
 
+TEST_F(MapFilesTest, aMapWithCoarsePositionsIsLoadedWithAWarning) {
+  const test::LogCapture log;
+  folder.write("map.pgm", "P5 20 1 255\n" + std::string(20, 'x'));
+  load({.resolution = "1", .origin = "[-16383, 16370, 0]"});
+  EXPECT_THAT(log.lines(), IsEmpty());
+  load({.resolution = "1", .origin = "[0, 16370, 1.57]"});
+  EXPECT_THAT(log.lines(), ElementsAre("warning Maps.loadMap: " + folder / "map.yaml" +
+                                       ": origin: this map reaches 16389.5 m from zero, where a "
+                                       "position is coarser than a millimetre: it has steps of "
+                                       "0.00195312 m. Choose an origin nearer to zero"));
+}
+
 TEST_F(MapFilesTest, aWrongYamlIsRefusedByLineAndKey) {
   const auto with = [](std::string Yaml::*field, const std::string& value) {
     Yaml yaml;
@@ -153,6 +166,8 @@ TEST_F(MapFilesTest, aWrongYamlIsRefusedByLineAndKey) {
       {"image: map.pgm\n", ": resolution: this key expected, none given"},
       {"- image\n", ":1: keys and values expected"},
       {"", "keys and values expected"},
+      {",", ":1: YAML expected: a second document begins here"},
+      {good + "---\n" + good, ":7: YAML expected: a second document begins here"},
       {std::string(5000, '['), "YAML expected"},
       {std::string(2 << 20, ' '), "a file of at most 1048576 bytes expected"}};
   folder.write("map.pgm", "P2 1 1 255 0");
@@ -168,7 +183,8 @@ TEST_F(MapFilesTest, aWrongImageIsRefusedByName) {
   const std::pair<std::string, std::string> cases[] = {
       {"P5 2 2 255\r\nabc", "line 2: 4 pixels expected, 3 found"},
       {"P5 2 2 255", "4 pixels expected, the file ends before"},
-      {"P5 1000000 1000000 255\nabc", "1000000000000 pixels expected"},
+      {"P5 10000 20000 255\nabc", "200000000 pixels expected, the file ends before"},
+      {"P5 20000 20000 255\nabc", "at most 268435456 pixels expected, 20000 by 20000 given"},
       {"P5 2 2 65535\nabcdefgh", "a maximum from 1 to 255 expected, \"65535\" found"},
       {"P5 2 2 100\nabc\xff", "pixels up to 100 expected"},
       {"P5 0 2 255\nabcd", "a width from 1 to 1048576 expected, \"0\" found"},
@@ -210,6 +226,11 @@ TEST_F(MapFilesTest, a16BitOrTruncatedPngIsRefused) {
   EXPECT_THAT([&] { load(yaml); },
               ThrowsMessage<std::runtime_error>(
                   HasSubstr(path + ": a whole PNG image expected, this one ends at byte ")));
+  // A head that says two thousand million columns is refused before any of them is decoded.
+  cv::imwrite(path, noise);
+  std::fstream(path, std::ios::binary | std::ios::in | std::ios::out).seekp(16) << "zz";
+  EXPECT_THAT([&] { load(yaml); },
+              ThrowsMessage<std::runtime_error>(HasSubstr("at most 268435456 pixels expected, ")));
   cv::imwrite(path, noise);
   std::fstream(path, std::ios::binary | std::ios::in | std::ios::out).seekp(100) << "damage";
   EXPECT_THAT([&] { load(yaml); }, ThrowsMessage<std::runtime_error>(AllOf(

@@ -231,6 +231,16 @@ TEST_F(VirtualRobotTest, peopleWalkToAndFroAndWaitForTheRobot) {
   EXPECT_THAT(robot().getTouchedGroups(), IsEmpty());
 }
 
+TEST_F(VirtualRobotTest, timeGoesOnWherePositionsAreHalfAMetreApart) {
+  map = boost::make_shared<OccupancyMap>(
+      test::makeWalledMap(202, 122, 0.05f, {500'000.0f, 4'500'000.0f, 0.0f}));
+  world.start = {500'005.0f, 4'500'003.0f, 0.0f};
+  world.randomPeople = 3;
+  const auto before = ko::Clock::now();
+  run(1000);
+  EXPECT_EQ(ko::Clock::now() - before, milliseconds(1000));
+}
+
 TEST_F(VirtualRobotTest, theDepthCameraShowsTheWallAhead) {
   const auto depthAhead = [this] {
     QVVideoDeviceProxy video(broker());
@@ -289,17 +299,22 @@ TEST_F(VirtualRobotTest, theFaultSetLastCountsAmongOverlappingOnes) {
   EXPECT_EQ(sonar("Front"), sound) << "the first one again";
 }
 
-TEST_F(VirtualRobotTest, lasersThatShareAModeMustShareItsActuator) {
-  const auto laser = [](const std::string& name, const std::string& actuator) {
+TEST_F(VirtualRobotTest, lasersShareBothModeAndActuatorOrNeither) {
+  const auto laser = [](const std::string& name, const std::string& mode,
+                        const std::string& actuator) {
     return "<sensor name='" + name + "' type='8'><property key='regIndex' value='1'/>" +
-           "<property key='getOperationMode' value='mode'/><property key='setOperationMode' "
-           "value='" +
-           actuator + "'/><property key='timestamp' value='t'/></sensor>";
+           "<property key='getOperationMode' value='" + mode +
+           "'/><property key='setOperationMode' value='" + actuator +
+           "'/><property key='timestamp' value='t'/></sensor>";
   };
-  const RobotDescription description("<robot name='r'><link name='base'/>" + laser("L", "A") +
-                                     laser("R", "B") + "</robot>");
-  EXPECT_THAT(errorOf([&] { VirtualRobot(description, map); }),
+  const auto errorFor = [&](const std::string& lasers) {
+    const RobotDescription description("<robot name='r'><link name='base'/>" + lasers + "</robot>");
+    return errorOf([&] { VirtualRobot(description, map); });
+  };
+  EXPECT_THAT(errorFor(laser("L", "mode", "A") + laser("R", "mode", "B")),
               HasSubstr(R"(laser "R": setOperationMode "A" expected)"));
+  EXPECT_THAT(errorFor(laser("L", "one", "A") + laser("R", "two", "A")),
+              HasSubstr(R"(laser "R": getOperationMode "one" expected)"));
 }
 
 TEST_F(VirtualRobotTest, refusesInvalidWorldOptions) {

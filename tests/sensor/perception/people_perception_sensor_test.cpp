@@ -155,8 +155,6 @@ TEST_F(PeoplePerceptionSensorTest, aMalformedEventIsLoggedAndChangesNothing) {
       {peopleEvent(QVValue::array(1.0f)), format},
       {peopleEvent(QVValue::array(QVValue::array(0, 1.0f, 0.0f))), format},
       {peopleEvent(QVValue::array(person("far", 0.0f, 0.0f))), format},
-      {peopleEvent(QVValue::array(person(1.0f, kNan, 0.0f))), format},
-      {peopleEvent(QVValue::array(person(1.0f, 0.0f, 0.0f), person(1.0f, 0.0f, -kInf))), format},
   };
   sut->onUpdatePeopleList("", crowd(1), "");
   for (const auto& [event, message] : cases) {
@@ -165,6 +163,18 @@ TEST_F(PeoplePerceptionSensorTest, aMalformedEventIsLoggedAndChangesNothing) {
     EXPECT_THAT(log.lines(), ElementsAre(kPeopleError + "onUpdatePeopleList: " + message)) << event;
   }
   EXPECT_THAT(points(), SizeIs(1));
+}
+
+TEST_F(PeoplePerceptionSensorTest, aPersonWithoutAFinitePlaceIsLeftOutAlone) {
+  sut->onUpdatePeopleList(
+      "",
+      peopleEvent(QVValue::array(person(kNan, 0.0f, 0.0f), person(1.0f, 0.0f, 0.0f),
+                                 person(1.0f, kInf, 0.0f), person(2.0f, 0.0f, -kInf))),
+      "");
+  EXPECT_THAT(points(), ElementsAre(isPoint(1.0f, 0.0f, 0.0f)));
+  EXPECT_THAT(log.lines(),
+              ElementsAre("warning QVNavigation.PeoplePerceptionSensor.onUpdatePeopleList: 3 of 4 "
+                          "people left out: finite distances and angles expected"));
 }
 
 TEST_F(PeoplePerceptionSensorTest, withoutTheCamerasPoseTheLastPeopleStay) {

@@ -82,6 +82,8 @@ TEST_F(BlindZoneSensorTest, whileTheRobotMovesTheZoneIsNotJudged) {
 TEST_F(BlindZoneSensorTest, aFailingMotionServiceGivesNoRecord) {
   motion->velocity = std::vector<float>(2, 0.0f);
   read(0.0f);
+  motion->velocity = std::vector<float>{0.0f, kNan, 0.0f};
+  read(1.0f);
   motion->velocity = std::vector<float>(3, 0.0f);
   motion->transform = std::vector<float>(11, 0.0f);
   read(0.0f);
@@ -89,6 +91,7 @@ TEST_F(BlindZoneSensorTest, aFailingMotionServiceGivesNoRecord) {
   EXPECT_EQ(read(0.0f), std::pair(0.0f, std::size_t{0}));
   const std::string start = kBlindZoneError + "xGetData: Unable to retrieve transform: ";
   EXPECT_THAT(log.lines(), ElementsAre(start + "Pose2D: 3 floats (x, y, theta) expected, 2 given",
+                                       start + "the robot's velocity is not a number",
                                        start + "Transform: 12 floats expected, 11 given",
                                        start + "no such frame"));
 }

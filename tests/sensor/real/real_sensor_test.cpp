@@ -108,14 +108,15 @@ TEST_F(RealSensorTest, theWallHasOnePointPerWholeAngularStep) {
     std::size_t points;
   };
   const Case cases[] = {{1.0f, 0.3f, 3},  {1.0f, 1.0f, 1},   {1.0f, 1.01f, 0},
-                        {0.0f, 0.25f, 0}, {1.0f, -0.25f, 0}, {1.0f, 0.0f, 0},
-                        {kNan, 0.25f, 0}, {1.0f, kNan, 0},   {1.0f, 1e-9f, 0}};
+                        {0.0f, 0.25f, 0}, {1.0f, -0.25f, 0}, {kInf, 0.25f, 0},
+                        {kNan, 0.25f, 0}, {1.0f, kNan, 0},   {1.0f, 0.0f, 100'000}};
   for (const Case& c : cases) {
     std::vector<MetricalData> records{oldRecord("Front")};
     records[0].fieldOfView.angularRange = c.angularRange;
     guard(records, kSecond, milliseconds(0), c.step);
     EXPECT_EQ(records[0].points.size(), c.points) << c.angularRange << " / " << c.step;
   }
+  EXPECT_EQ(log.lines().back(), kGuard + "The arc of Front gets no more than 100000 points.");
 }
 
 TEST_F(RealSensorTest, withoutATransformARecordStaysEmptyAndOtherRecordsGetTheirWall) {

@@ -64,6 +64,11 @@ TEST_F(ObstructionTest, onlyTheForearmsAreLoadedInTheOrderOfTheirNames) {
   EXPECT_THAT(namesOfLoadedShapes(), IsEmpty());
 }
 
+TEST_F(ObstructionTest, withoutABrokerThereIsAnError) {
+  EXPECT_THAT(errorOf([this] { initCollisionShapesAndJointConfig(nullptr, shapes); }),
+              HasSubstr("no broker given"));
+}
+
 TEST_F(ObstructionTest, aShapeThatCannotBeTestedIsLeftOutWithAWarning) {
   description = robot(link("LElbowRoll", collision("blob", "<mesh filename='blob.stl'/>") +
                                              collision("bone", "<sphere radius='0.1'/>")));

@@ -118,9 +118,11 @@ bool Crowd::xHasRoom(const Math::Position2D& position) const {
 
 bool Crowd::xCanWalk(const Math::Position2D& from, const Math::Position2D& to) const {
   Math::Position2D at = from;
-  while (!(at == to)) {
+  // Far from the map's zero a position is so coarse that no stride moves it.
+  const int most = 2 + static_cast<int>(kLongestWalk / kStride);
+  for (int strides = 0; !(at == to); ++strides) {
     at = towards(at, to, kStride);
-    if (!xHasRoom(at)) return false;
+    if (strides == most || !xHasRoom(at)) return false;
   }
   return true;
 }

@@ -37,18 +37,28 @@ void checkActuator(const std::string& name, const LaserUnit& laser, const LaserU
                               laser.getActuator() + "\" given");
 }
 
+// With two modes an actuator would serve the last one alone, and the other's lasers never start.
+void checkMode(const std::string& name, const LaserUnit& laser, const LaserUnit& first) {
+  if (laser.getModeKey() == first.getModeKey()) return;
+  throw std::invalid_argument("laser \"" + name + "\": getOperationMode \"" + first.getModeKey() +
+                              "\" expected, as for the laser that shares its setOperationMode, \"" +
+                              laser.getModeKey() + "\" given");
+}
+
 }  // namespace
 
 LaserUnits::LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context)
     : SensorUnit("lasers", ko::Duration::zero()),
       context(context),
       scanBeat(context.getOptions().laserPeriod) {
+  std::map<std::string, boost::shared_ptr<LaserUnit>> firstOf;
   for (const Model::SensorConfig& config : configs) {
     if (!isComplete(config)) continue;
     const auto laser = boost::make_shared<LaserUnit>(config, isHoleLaser(config), context);
     auto& lasers = groups[laser->getModeKey()].lasers;
     lasers.push_back(laser);
     checkActuator(config.name, *laser, *lasers[0]);
+    checkMode(config.name, *laser, *firstOf.emplace(laser->getActuator(), laser).first->second);
   }
   xConnect();
 }

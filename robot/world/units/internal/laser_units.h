@@ -19,8 +19,8 @@ namespace QV::robot {
 class LaserUnits : public SensorUnit {
  public:
   /**
-   * Takes the modes' actuators over; the memory must be at the broker. Two actuators for one mode:
-   * std::invalid_argument.
+   * Takes the modes' actuators over; the memory must be at the broker. Two actuators for one mode,
+   * or two modes for one actuator: std::invalid_argument.
    */
   LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context);
 
