@@ -99,13 +99,14 @@ void SensorWatch::xNoteDigest(const ReadingDigest& digest, bool isFirst, Reading
 }
 
 // What a sensor reported before it was started, or while nobody read it, lies in memory until its
-// next report: its age then says nothing.
+// next report: its age then says nothing. It does after readings that showed no report.
 void SensorWatch::xNoteStamp(const LastReading& before, bool isFirst, ReadingNotes& notes) {
   const std::int64_t stamp = notes.last.stamp;
   if (!isFirst && stamp == digestedStamp) return;
   digestedStamp = stamp;
   ++notes.stamps;
-  const bool isKnown = !isFirst && before.readAt != 0;
+  const bool isOfThisRun = !isFirst || stamp >= notes.startedAt;
+  const bool isKnown = isOfThisRun && before.readAt != 0;
   notes.stampedAt = nature.hasRate ? notes.last.readAt : isKnown ? before.readAt : stamp;
 }
 

@@ -340,6 +340,22 @@ TEST_F(SensorHealthTest, aReportOfAChangeIsLateOnlyIfItWasNotThereInTime) {
   EXPECT_TRUE(becomes("Left", late, 0.3)) << health("Left").reason;
 }
 
+TEST_F(SensorHealthTest, theFirstReportOfAChangeIsLateIfReadingsShowedThatItHadNotCome) {
+  healthOf(*sut).describe(left(), {.hasRate = false}, milliseconds(100));
+  for (const auto& [age, expected] : {std::pair{600, late}, {1600, sound}}) {
+    SCOPED_TRACE(age);
+    left().hasRecord = false;
+    sut->subscribe("me");
+    time.advance(milliseconds(1000));
+    left().stamp = [at = ko::Clock::now() - milliseconds(age)] { return at; };
+    left().hasRecord = true;
+    time.advance(milliseconds(300));
+    EXPECT_EQ(health("Left").state, expected) << health("Left").reason;
+    sut->unsubscribe("me");
+    time.advance(milliseconds(300));
+  }
+}
+
 TEST_F(SensorHealthTest, noSensorIsLateBecauseHealthWasOff) {
   sut->subscribe("me");
   time.advance(milliseconds(500));
