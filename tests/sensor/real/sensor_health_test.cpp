@@ -391,6 +391,26 @@ TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
   EXPECT_TRUE(becomes("Right", late, 0.2));
 }
 
+// Two sensors must compare a range that changes by a third, and then agree three times in a row.
+TEST_F(SensorHealthTest, limitsOfDisagreementAndRecoveryAreSecondsToBadHealthAndBack) {
+  sut->subscribe("me");
+  const HealthCase& contradiction = kHealthCases[6];
+  for (const auto& [disagreement, recovery] : {std::pair{3, 1}, {9, 1}, {3, 5}}) {
+    sut->setHealthLimit(parseHealthRule("disagreement=" + std::to_string(disagreement)));
+    sut->setHealthLimit(parseHealthRule("recovery=" + std::to_string(recovery)));
+    ASSERT_TRUE(becomes("Left", sound, 4.0)) << health("Left").reason;
+    const auto secondsUntil = [this](HealthState state) {
+      const auto start = ko::Clock::now();
+      EXPECT_TRUE(becomes("Left", state, 20.0)) << health("Left").reason;
+      return boost::chrono::duration<double>(ko::Clock::now() - start).count();
+    };
+    contradiction.fail(*this);
+    EXPECT_NEAR(secondsUntil(suspect), disagreement + 1.5, 1.0);
+    contradiction.repair(*this);
+    EXPECT_NEAR(secondsUntil(sound), recovery + 1.8, 0.5);
+  }
+}
+
 TEST_F(SensorHealthTest, withoutLimitsNothingIsAFaultButWhatSaysThatItFails) {
   for (std::size_t i = 0; i < kHealthLimitCount; ++i) {
     const std::string name = getName(static_cast<HealthLimit>(i));
