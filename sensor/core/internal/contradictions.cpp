@@ -65,13 +65,18 @@ void Contradictions::compare(const Sight& a, const Sight& b, double now, double 
   pair.seenAt = now;
 }
 
-std::optional<Contradictions::Told> Contradictions::find(const std::string& sensor,
-                                                         double now) const {
+void Contradictions::forget(double now) {
+  std::erase_if(pairs, [now](const auto& entry) {
+    return now - entry.second.seenAt > kForgotten || now < entry.second.seenAt;
+  });
+}
+
+std::optional<Contradictions::Told> Contradictions::find(const std::string& sensor) const {
   std::optional<Told> longest;
   for (const auto& [names, pair] : pairs) {
     const bool isFirst = names.first == &sensor;
     if (!isFirst && names.second != &sensor) continue;
-    if (!pair.counts() || now - pair.seenAt > kForgotten) continue;
+    if (!pair.counts()) continue;
     if (longest && longest->seconds >= pair.seconds) continue;
     longest = isFirst ? Told{names.second, pair.seconds, pair.last.own, pair.last.others}
                       : Told{names.first, pair.seconds, pair.last.others, pair.last.own};

@@ -24,7 +24,10 @@ class Contradictions {
 
   /** Compares the views of two sensors at `now`, seconds, after `moved` seconds in motion. */
   void compare(const Sight& a, const Sight& b, double now, double moved);
-  void clear() { pairs.clear(); }
+  /** Forgets what was not compared for long. */
+  void forget(double now);
+  /** True if none contradicts another one, and none did lately. */
+  bool isEmpty() const { return pairs.empty(); }
 
   struct Told {
     const std::string* other;
@@ -33,7 +36,7 @@ class Contradictions {
     double others;
   };
   /** The longest contradiction of this sensor that counts. */
-  std::optional<Told> find(const std::string& sensor, double now) const;
+  std::optional<Told> find(const std::string& sensor) const;
 
  private:
   struct Pair {

@@ -107,7 +107,7 @@ class QV_API HealthBoard {
   void xNoteJump(ko::Clock::time_point now);
   bool xIsTimeToCompare(ko::Clock::time_point now) const;
   void xCompareViews(ko::Clock::time_point now);
-  void xFindContradiction(Glance& glance, double now) const;
+  void xFindContradiction(Glance& glance) const;
   void xSettle(const std::string& name, Entry& entry, const HealthFinding& finding,
                const HealthMoment& moment);
   bool xIsHeld(const Entry& entry, const HealthFinding& finding, ko::Clock::time_point now) const;

@@ -10,7 +10,9 @@ namespace {
 
 using Time = ko::Clock::time_point;
 
-constexpr ko::Duration kComparePeriod{600'000'000};
+constexpr ko::Duration kComparePeriod{1'000'000'000};
+// As long as two contradict each other, or did lately.
+constexpr ko::Duration kDoubtPeriod{600'000'000};
 // Seconds: what passes at once between two comparisons counts as that at the most.
 constexpr double kLongestGap = 1.0;
 constexpr ko::Duration kFreshView{400'000'000};
@@ -19,7 +21,8 @@ constexpr ko::Duration kFreshView{400'000'000};
 
 bool HealthBoard::xIsTimeToCompare(Time now) const {
   const ko::Duration passed = now - comparedAt;
-  return passed < ko::Duration::zero() || passed >= kComparePeriod;
+  const ko::Duration period = contradictions.isEmpty() ? kComparePeriod : kDoubtPeriod;
+  return passed < ko::Duration::zero() || passed >= period;
 }
 
 void HealthBoard::xCompareViews(Time now) {
@@ -40,11 +43,12 @@ void HealthBoard::xCompareViews(Time now) {
       contradictions.compare(sights[i], sights[j], nowInSeconds, std::max(seconds, 0.0));
     }
   }
-  for (Glance& glance : glances) xFindContradiction(glance, nowInSeconds);
+  contradictions.forget(nowInSeconds);
+  for (Glance& glance : glances) xFindContradiction(glance);
 }
 
-void HealthBoard::xFindContradiction(Glance& glance, double now) const {
-  const auto told = contradictions.find(*glance.name, now);
+void HealthBoard::xFindContradiction(Glance& glance) const {
+  const auto told = contradictions.find(*glance.name);
   // What nothing contradicted before either need not be touched.
   if (!told && glance.wasSound) return;
   glance.wasSound = false;

@@ -39,6 +39,7 @@ class Digester {
   }
 
   ReadingDigest finish() {
+    digest.isBlank = samples == 0;
     digest.isGarbage = impossible > 0 && 4 * impossible >= samples;
     return digest;
   }

@@ -14,6 +14,8 @@ namespace QV::sensor {
 struct ReadingDigest {
   /** A hash of the points; 0 if nobody asks whether they change. */
   std::uint64_t fingerprint = 0;
+  /** True if the reading has no points. */
+  bool isBlank = true;
   /** True if a sound sensor can't have measured this. */
   bool isGarbage = false;
   /** True if the reading has an obstacle, which moves when the robot turns. */

@@ -81,9 +81,13 @@ std::int64_t SensorWatch::xSinceExamined() const {
   return readingSince.load(std::memory_order_relaxed) - examinedAt;
 }
 
+// All sensors are due at the same refresh: what they see is compared, and the robot moves on.
 bool SensorWatch::xIsDue() const {
   const std::int64_t passed = xSinceExamined();
-  return passed == 0 || passed <= -kCoarse || passed >= kExaminePeriod;
+  if (passed == 0 || passed <= -kCoarse) return true;
+  if (calmUntil.load(std::memory_order_relaxed) == 0) return passed >= kSuspectPeriod;
+  const std::int64_t now = readingSince.load(std::memory_order_relaxed);
+  return passed >= kAtOnce && now / kExaminePeriod != examinedAt / kExaminePeriod;
 }
 
 bool SensorWatch::xIsRepetition(const std::vector<Math::MetricalData>& records) {
@@ -92,17 +96,22 @@ bool SensorWatch::xIsRepetition(const std::vector<Math::MetricalData>& records) 
   return mayRepeat && xNoteRepetition(records);
 }
 
+// Who reports changes reports again and again that there is nothing.
+bool SensorWatch::xIsNews(const std::vector<Math::MetricalData>& records) const {
+  return news == News::all || (news == News::withPoints && countPoints(records) > 0);
+}
+
 // It is cheap, because it touches little memory.
 bool SensorWatch::xNoteRepetition(const std::vector<Math::MetricalData>& records) {
   if (!isOrdinary && xGetExcuse() != published.loadOwn().excuse) return false;
   const auto before = published.loadOwnHead<LastReading>();
   LastReading last{notedAs(ko::detail::coarseNow()), before.stamp};
   if (isOrdinary) last.stamp = stampOf(records);
-  if (isStampNews && last.stamp != before.stamp) return false;
+  if (last.stamp != before.stamp && xIsNews(records)) return false;
   published.storeHead(last);
   const std::int64_t calm = calmUntil.load(std::memory_order_relaxed);
   if (calm == 0) return true;
-  const bool isDated = isOrdinary && !isStampNews;
+  const bool isDated = isOrdinary && news == News::none;
   calmUntil.store(
       isDated ? std::min(last.stamp, last.readAt) + patience : calm + last.readAt - before.readAt,
       std::memory_order_release);

@@ -112,6 +112,9 @@ class alignas(64) SensorWatch {
   }
 
  private:
+  enum class News : std::uint8_t { none, withPoints, all };
+
+  bool xIsNews(const std::vector<Math::MetricalData>& records) const;
   bool xIsRepetition(const std::vector<Math::MetricalData>& records);
   bool xNoteRepetition(const std::vector<Math::MetricalData>& records);
   void xExamine(const std::vector<Math::MetricalData>& records);
@@ -140,8 +143,8 @@ class alignas(64) SensorWatch {
   std::atomic<bool> isOrdinary{false};
   /** True if the next reading need not be examined, if it is like the last one. */
   bool mayRepeat = false;
-  /** True if a record with a new stamp must be examined. */
-  bool isStampNews = false;
+  /** Which record with a new stamp must be examined. */
+  News news = News::none;
   /** True if the last reading found nothing, which is no fault as long as the robot moves. */
   std::atomic<bool> isSilentOnMove{false};
   /** True if the reading that is going on has an excuse for having no record. */

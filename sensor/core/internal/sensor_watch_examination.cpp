@@ -49,7 +49,7 @@ void SensorWatch::xNoteCalm(const ReadingNotes& notes) {
   const std::int64_t calm = xFindCalm(notes);
   // Any record of a zone is news.
   mayRepeat = calm != 0 && (notes.isEmpty || nature.points != Model::PointMeaning::zone);
-  isStampNews = !nature.hasRate;
+  news = nature.hasRate ? News::none : notes.digest.isBlank ? News::withPoints : News::all;
   calmUntil.store(isStill ? 0 : calm, std::memory_order_release);
 }
 
@@ -79,13 +79,17 @@ void SensorWatch::xNoteRecords(const std::vector<Math::MetricalData>& records,
   const auto shape = view.loadOwnHead<PlanarView::Shape>();
   xNoteDigest(digestOf(records, nature, shape, seen), isFirst, notes);
   xNoteStamp(before, isFirst, notes);
-  if (hasView || !seen.isEmpty()) xNoteView(seen, notes);
+  if (hasView || !seen.isEmpty()) {
+    xNoteView(seen, notes);
+  } else {
+    view.storeHead(seen.getShape());
+  }
 }
 
 // Large records take time to examine.
 bool SensorWatch::xSkips(const std::vector<Math::MetricalData>& records, std::int64_t now) const {
   if (nature.points == Model::PointMeaning::arc || countPoints(records) <= kFew) return false;
-  return now > digestedAt && now - digestedAt < kExaminePeriod;
+  return now > digestedAt && now - digestedAt < kSuspectPeriod;
 }
 
 void SensorWatch::xNoteDigest(const ReadingDigest& digest, bool isFirst, ReadingNotes& notes) {
@@ -99,13 +103,14 @@ void SensorWatch::xNoteDigest(const ReadingDigest& digest, bool isFirst, Reading
 }
 
 // What a sensor reported before it was started, or while nobody read it, lies in memory until its
-// next report: its age then says nothing.
+// next report: its age then says nothing. It does after readings that showed no report.
 void SensorWatch::xNoteStamp(const LastReading& before, bool isFirst, ReadingNotes& notes) {
   const std::int64_t stamp = notes.last.stamp;
   if (!isFirst && stamp == digestedStamp) return;
   digestedStamp = stamp;
   ++notes.stamps;
-  const bool isKnown = !isFirst && before.readAt != 0;
+  const bool isOfThisRun = !isFirst || stamp >= notes.startedAt;
+  const bool isKnown = isOfThisRun && before.readAt != 0;
   notes.stampedAt = nature.hasRate ? notes.last.readAt : isKnown ? before.readAt : stamp;
 }
 

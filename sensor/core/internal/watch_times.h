@@ -7,8 +7,10 @@
 /** The times that health is kept in, ns; in notes, 0 stands for never. */
 namespace QV::sensor {
 
-/** As long as all is well, and of large records always, one within this time is examined. */
-constexpr std::int64_t kExaminePeriod = 250'000'000;
+/** As long as all is well, one reading within this time is examined. */
+constexpr std::int64_t kExaminePeriod = 500'000'000;
+/** As long as the points stay the same, and of large records always. */
+constexpr std::int64_t kSuspectPeriod = 250'000'000;
 
 inline std::int64_t inNs(ko::Clock::time_point time) {
   return time.time_since_epoch().count();

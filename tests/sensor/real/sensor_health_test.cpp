@@ -340,6 +340,22 @@ TEST_F(SensorHealthTest, aReportOfAChangeIsLateOnlyIfItWasNotThereInTime) {
   EXPECT_TRUE(becomes("Left", late, 0.3)) << health("Left").reason;
 }
 
+TEST_F(SensorHealthTest, theFirstReportOfAChangeIsLateIfReadingsShowedThatItHadNotCome) {
+  healthOf(*sut).describe(left(), {.hasRate = false}, milliseconds(100));
+  for (const auto& [age, expected] : {std::pair{600, late}, {1600, sound}}) {
+    SCOPED_TRACE(age);
+    left().hasRecord = false;
+    sut->subscribe("me");
+    time.advance(milliseconds(1000));
+    left().stamp = [at = ko::Clock::now() - milliseconds(age)] { return at; };
+    left().hasRecord = true;
+    time.advance(milliseconds(300));
+    EXPECT_EQ(health("Left").state, expected) << health("Left").reason;
+    sut->unsubscribe("me");
+    time.advance(milliseconds(300));
+  }
+}
+
 TEST_F(SensorHealthTest, noSensorIsLateBecauseHealthWasOff) {
   sut->subscribe("me");
   time.advance(milliseconds(500));
@@ -373,6 +389,26 @@ TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
   EXPECT_THAT(faults, IsEmpty());
   right().stamp = [] { return ko::Clock::now() - milliseconds(300); };
   EXPECT_TRUE(becomes("Right", late, 0.2));
+}
+
+// Two sensors must compare a range that changes by a third, and then agree three times in a row.
+TEST_F(SensorHealthTest, limitsOfDisagreementAndRecoveryAreSecondsToBadHealthAndBack) {
+  sut->subscribe("me");
+  const HealthCase& contradiction = kHealthCases[6];
+  for (const auto& [disagreement, recovery] : {std::pair{3, 1}, {9, 1}, {3, 5}}) {
+    sut->setHealthLimit(parseHealthRule("disagreement=" + std::to_string(disagreement)));
+    sut->setHealthLimit(parseHealthRule("recovery=" + std::to_string(recovery)));
+    ASSERT_TRUE(becomes("Left", sound, 4.0)) << health("Left").reason;
+    const auto secondsUntil = [this](HealthState state) {
+      const auto start = ko::Clock::now();
+      EXPECT_TRUE(becomes("Left", state, 20.0)) << health("Left").reason;
+      return boost::chrono::duration<double>(ko::Clock::now() - start).count();
+    };
+    contradiction.fail(*this);
+    EXPECT_NEAR(secondsUntil(suspect), disagreement + 1.5, 1.0);
+    contradiction.repair(*this);
+    EXPECT_NEAR(secondsUntil(sound), recovery + 1.8, 0.5);
+  }
 }
 
 TEST_F(SensorHealthTest, withoutLimitsNothingIsAFaultButWhatSaysThatItFails) {
