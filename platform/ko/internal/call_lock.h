@@ -16,13 +16,27 @@ struct HeldLock {
   const HeldLock* before = nullptr;
 };
 
-/** Throws std::logic_error, which names both ends, if this thread holds the mutex already. */
-QV_API void refuseSecond(const HeldLock& wanted);
-QV_API void noteHeld(HeldLock& held);
-QV_API void noteReleased(const HeldLock& held);
+/** The newest lock of this thread; null for none. Seen here, as every reading takes one. */
+extern QV_API thread_local constinit const HeldLock* newestLock;
+
+/** Returns the lock of `list` by which `mutex` is held; null if it is not. */
+inline const HeldLock* findHeld(const HeldLock* list, const void* mutex) {
+  while (list && list->mutex != mutex) list = list->before;
+  return list;
+}
 
 /** True if this thread took `mutex` by a CallLock and has not released it. */
-QV_API bool isHeldHere(const void* mutex);
+inline bool isHeldHere(const void* mutex) {
+  return findHeld(newestLock, mutex) != nullptr;
+}
+
+/** Throws std::logic_error, which names both ends. */
+[[noreturn]] QV_API void refuse(const HeldLock& wanted, const HeldLock& held);
+
+/** Calls refuse() if this thread holds the mutex already. */
+inline void refuseSecond(const HeldLock& wanted) {
+  if (const HeldLock* const first = findHeld(newestLock, wanted.mutex)) refuse(wanted, *first);
+}
 
 /** True for a thread that sleeps in simulated time and holds `mutex`. */
 QV_API SleeperTest holding(const void* mutex);
@@ -43,10 +57,11 @@ class CallLock {
     if (!mutex.try_lock() && !waitAsOwner([&] { return mutex.try_lock(); }, holding(&mutex))) {
       mutex.lock();
     }
-    noteHeld(held);
+    held.before = newestLock;
+    newestLock = &held;
   }
   ~CallLock() {
-    noteReleased(held);
+    newestLock = held.before;
     mutex.unlock();
     tellOwner();
   }

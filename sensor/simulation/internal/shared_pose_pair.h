@@ -18,7 +18,7 @@ struct QV_API PosePair {
 /**
  * A pair of poses that any thread may write and read; a reader gets one whole pair. The last pair
  * stays in its place while the next is written into the other, so a reader waits for no writer. It
- * tries again only if two pairs were completed meanwhile. Writers wait for each other.
+ * tries again only if another pair was completed meanwhile. Writers wait for each other.
  */
 class QV_API SharedPosePair {
  public:

@@ -1,6 +1,7 @@
 #include <atomic>
 #include <latch>
 #include <optional>
+#include <ostream>
 #include <string>
 #include <thread>
 
@@ -87,6 +88,8 @@ struct Case {
   void (*asks)(World&);
   /** What the second gets inside the sleep of the first; empty if it is served. */
   const char* error;
+
+  friend std::ostream& operator<<(std::ostream& stream, const Case& c) { return stream << c.what; }
 };
 
 void nothing(World&) {}
@@ -148,22 +151,36 @@ const Case kCases[] = {
      [](World& w) { w.peopleSensor.getData(); }, [](World& w) { w.detectPeople(); }, ""},
 };
 
-TEST(HeldLocks, whoAsksInsideTheSleepOfAHolderIsServedOrToldBothEnds) {
-  for (const Case& c : kCases) {
-    World world;
-    c.prepare(world);
-    std::string error = "never asked";
-    ko::getEventLoop().asyncDelay([&] { error = errorOf([&] { c.asks(world); }); },
-                                  milliseconds(5));
-    world.mayNap = true;
-    c.holds(world);
-    EXPECT_EQ(error, c.error) << c.what;
-    EXPECT_EQ(errorOf([&] { c.asks(world); }), "") << c.what;
-  }
+struct HeldLocks : testing::TestWithParam<Case> {
+  World world;
+};
+
+TEST_P(HeldLocks, whoAsksInsideTheSleepOfAHolderIsServedOrToldBothEnds) {
+  const Case& c = GetParam();
+  c.prepare(world);
+  std::string error = "never asked";
+  ko::getEventLoop().asyncDelay([&] { error = errorOf([&] { c.asks(world); }); }, milliseconds(5));
+  world.mayNap = true;
+  c.holds(world);
+  EXPECT_EQ(error, c.error);
+  EXPECT_EQ(errorOf([&] { c.asks(world); }), "");
 }
 
+TEST_P(HeldLocks, anOwnerThatAsksLetsTheTimeGoOnUntilAnotherThreadWakesAndReleases) {
+  const Case& c = GetParam();
+  c.prepare(world);
+  world.mayNap = true;
+  std::thread other([&] { c.holds(world); });
+  world.time.awaitSleepers(1);
+  EXPECT_EQ(errorOf([&] { c.asks(world); }), "");
+  world.time.advance(milliseconds(10));
+  other.join();
+}
+
+INSTANTIATE_TEST_SUITE_P(EachLock, HeldLocks, testing::ValuesIn(kCases));
+
 // Its task was started before the simulated time and sleeps in it on the pool.
-TEST(HeldLocks, aSonarDriverThatAwaitsItsSleepingTaskTellsASubscriberSo) {
+TEST(SonarDriversLock, aSonarDriverThatAwaitsItsSleepingTaskTellsASubscriberSo) {
   const auto broker = test::brokerWithMemory();
   const auto robot = Model::ModelUtils::robotFromXml(
       "<robot name='r'><link name='body'/><sensor name='Left' type='9'>"
@@ -190,20 +207,6 @@ TEST(HeldLocks, aSonarDriverThatAwaitsItsSleepingTaskTellsASubscriberSo) {
   EXPECT_EQ(error,
             "QVSonar::subscribe: subscribe of \"b\" would wait for ever: on the same thread "
             "unsubscribe of \"a\" has not returned");
-}
-
-TEST(HeldLocks, anOwnerThatAsksLetsTheTimeGoOnUntilAnotherThreadWakesAndReleases) {
-  for (const Case& c : kCases) {
-    SCOPED_TRACE(c.what);
-    World world;
-    c.prepare(world);
-    world.mayNap = true;
-    std::thread other([&] { c.holds(world); });
-    world.time.awaitSleepers(1);
-    EXPECT_EQ(errorOf([&] { c.asks(world); }), "");
-    world.time.advance(milliseconds(10));
-    other.join();
-  }
 }
 
 }  // namespace

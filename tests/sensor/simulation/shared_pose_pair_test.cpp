@@ -75,7 +75,7 @@ TEST(SharedPosePair, aWriterThatIsStoppedInTheMiddleHoldsNoReaderUp) {
     for (int i = 0; !isDone; ++i) sut.store(filledWith(static_cast<float>(i)));
   });
   Brake brake;
-  for (int i = 0; i < 500; ++i) {
+  for (int i = 0; i < 100; ++i) {
     brake.stop(writer);
     EXPECT_TRUE(isWhole(sut.load()));
     brake.release();
