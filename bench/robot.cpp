@@ -108,7 +108,7 @@ void refreshCycle(benchmark::State& state) {
 }
 BENCHMARK(refreshCycle)->Unit(benchmark::kMicrosecond);
 
-constexpr int kLooksInARow = 12;
+constexpr int kLooksInARow = 15;
 
 /** Seconds that two refreshes take, whose health is judged once, where it is watched. */
 double refreshTwice(Robot& sut, ko::SimulatedTime& time) {
@@ -132,8 +132,8 @@ double refreshOften(Robot& sut, ko::SimulatedTime& time, bool isWatched) {
   return seconds;
 }
 
-// Both take turns, so that other load falls on both alike; so many in a row, so that sensors are
-// compared at every third look, as on a robot.
+// Both take turns, so that other load falls on both alike; so many in a row, so that readings are
+// examined and sensors compared as often as on a robot.
 void twoWatchedRefreshCycles(benchmark::State& state) {
   ko::SimulatedTime time;
   Robot sut(false);

@@ -60,7 +60,7 @@ struct ReadingNotes {
 /**
  * Notes what a sensor's readings are like, for whoever judges its health. Notes are taken by one
  * thread at a time, which never waits; any thread may ask. Of readings that follow each other
- * within 50 ms one counts. While all is well, one in 250 ms is examined, and only the times of
+ * within 50 ms one counts. While all is well, one in 500 ms is examined, and only the times of
  * those between are noted.
  */
 class alignas(64) SensorWatch {
