@@ -18,6 +18,7 @@
 
 #include <benchmark/benchmark.h>
 
+#include "bench/timing.h"
 #include "platform/math/metrical_data.h"
 #include "platform/math/transform.h"
 #include "platform/navigation/occ_map_simulate_scan.h"
@@ -77,13 +78,16 @@ void freeRecords(benchmark::State& state) {
   record.sensorName = "Sensor/Number50";
   record.familyName = "Laser";
   record.points.resize(300);
+  std::vector<double> times;
   for (auto _ : state) {
     std::vector<Math::MetricalData> records(50, record);
     const auto start = std::chrono::steady_clock::now();
     records = {};
     const std::chrono::duration<double> passed = std::chrono::steady_clock::now() - start;
-    state.SetIterationTime(passed.count());
+    times.push_back(passed.count());
+    state.SetIterationTime(times.back());
   }
+  state.counters["median_us"] = 1e6 * medianOf(times);
 }
 
 /** Runs calls in order, on a thread of its own that sleeps while there are none. */

@@ -61,15 +61,15 @@ HWY_INLINE void storeLines(const Sectors& sectors, hn::Vec<Doubles> exit, hn::Ve
   const auto wholeRise = toWhole<true>(rise);
   const auto perStrip = hn::ShiftLeft<StripImage::kStripBits>(wholeRise);
   const auto backwards = hn::VecFromMask(d, hn::RebindMask(d, maskOf(sectors.acrossReversed >> i)));
-  const auto slack = hn::Set(dBits, std::uint64_t{kSlack} << kDroppedBits);
-  const auto more =
-      hn::ShiftRight<GridRay::kFractionBits>(hn::Add(hn::BitCast(dBits, perStrip), slack));
-  const auto rows = hn::Sub(hn::Shl(hn::Set(dBits, 4), more), hn::Set(dBits, 1));
+  const auto slack = hn::Set(d, Height{kSlack} << kDroppedBits);
+  // Without a sign, which AVX2 cannot shift.
+  const auto more = hn::BitCast(
+      d, hn::ShiftRight<GridRay::kFractionBits>(hn::BitCast(dBits, hn::Add(perStrip, slack))));
   hn::Store(toWhole(exit), d, rays.exit + i);
   hn::Store(wholeRise, d, rays.rise + i);
   hn::Store(toWhole(low), d, rays.low + i);
   hn::Store(hn::Sub(hn::Xor(perStrip, backwards), backwards), d, rays.advance + i);
-  hn::Store(hn::BitCast(d, rows), d, rays.rows + i);
+  hn::Store(hn::Sub(hn::Shl(hn::Set(d, 4), more), hn::Set(d, 1)), d, rays.rows + i);
 }
 
 // The operations of aimRay in their order, so that the lines are the same to the last bit; but low
