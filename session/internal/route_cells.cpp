@@ -43,8 +43,8 @@ float RouteCells::findRoom(const Math::Position2D& position) {
 
 int RouteCells::countRoomyAhead(const cv::Point& cell, const cv::Point& way) {
   const cv::Point block(cell.x % kSide / kBlock, cell.y % kSide / kBlock);
-  const auto index = static_cast<std::size_t>(block.y * (kSide / kBlock) + block.x);
-  if (!xTileOf(cell).roomy[index]) return 0;
+  const int index = block.y * kBlocks + block.x;
+  if (!xTileOf(cell).roomy[static_cast<std::size_t>(index)]) return 0;
   return std::min(countAhead(cell.x % kBlock, way.x, kBlock),
                   countAhead(cell.y % kBlock, way.y, kBlock));
 }

@@ -53,15 +53,18 @@ class QV_API RouteCells {
  private:
   static constexpr int kSide = 128;
   static constexpr int kBlock = 16;
+  static constexpr int kBlocks = kSide / kBlock;
+  static constexpr std::size_t kBlockCount = std::size_t{kBlocks} * kBlocks;
 
   struct Tile {
     std::vector<Cell> cells = {};
     /** Blocks whose cells all have enough room, row by row. */
-    std::bitset<kSide / kBlock*(kSide / kBlock)> roomy = {};
+    std::bitset<kBlockCount> roomy = {};
   };
 
   Tile& xTileOf(const cv::Point& cell) {
-    auto& tile = tiles[static_cast<std::size_t>(cell.y / kSide * columns + cell.x / kSide)];
+    const int tileIndex = cell.y / kSide * columns + cell.x / kSide;
+    auto& tile = tiles[static_cast<std::size_t>(tileIndex)];
     if (tile.cells.empty()) tile = xMakeTile(cell / kSide * kSide);
     return tile;
   }
