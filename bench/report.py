@@ -71,7 +71,7 @@ SECTIONS = [
     ("model", "Robot description and obstruction", ""),
     ("range", "Range sensors", "Readings a second on the virtual services, and the share of the time spent in the sensor itself."),
     ("growth", "Growth", "On the project's own map."),
-    ("floors", "Floors", "The least that rows above can take: as many bytes copied or written, rays that meet nothing, a lock."),
+    ("floors", "Floors", "The least that rows above can take: as many bytes copied or written, rays that meet nothing, a lock, a call handed to another thread."),
 ]
 
 GROWTH = [
