@@ -40,8 +40,9 @@ class HandFedNode : public GraphNode {
   std::unique_ptr<Subscription> subscribe(const std::string& topic, const MessageType& type,
                                           const Qos& qos, OnMessage onMessage, OnMatch) override {
     listeners[&type] = std::move(onMessage);
-    return std::make_unique<Silence>(GraphTopic{"/" + topic, type.getName(), qos});
+    return std::make_unique<Silence>(GraphTopic{resolve(topic), type.getName(), qos});
   }
+  std::string resolve(const std::string& topic) const override { return "/" + topic; }
 
   std::map<const MessageType*, OnMessage> listeners;
 };

@@ -1,12 +1,14 @@
 #include "apps/commands/common_options.h"
 
 #include <cmath>
+#include <optional>
 #include <stdexcept>
 
 #include <boost/make_shared.hpp>
 
 #include "apps/arguments.h"
 #include "apps/output/notes.h"
+#include "apps/output/quiet_log.h"
 #include "apps/ros2/heard_session.h"
 #include "apps/subscriber.h"
 #include "robot/maps/map_files.h"
@@ -146,7 +148,12 @@ session::Snapshot readOnce(session::Session& session, const CommonOptions& optio
   if (warning && !options.heard.asked) note(*warning);
   session.subscribe(kSubscriber, options.namesFor(session));
   options.notePose(session);
-  session.run(session.getSettlingTime());
+  const auto half = session.getSettlingTime() / 2;
+  std::optional<QuietWait> untilHeard;
+  if (options.heard.asked) untilHeard.emplace();
+  session.run(half);
+  untilHeard.reset();
+  session.run(session.getSettlingTime() - half);
   return session.look();
 }
 

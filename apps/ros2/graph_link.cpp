@@ -78,10 +78,13 @@ void checkRemaps(const ros2::Graph& graph) {
 }
 
 std::string rangeText(const ros2::GraphOptions& options) {
-  if (!options.configuration.empty()) return "visible as CYCLONEDDS_URI says";
+  const bool isConfigured = !options.configuration.empty();
+  if (isConfigured && options.range != ros2::DiscoveryRange::off)
+    return "visible as CYCLONEDDS_URI says";
   switch (options.range) {
     case ros2::DiscoveryRange::off:
-      return "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)";
+      return std::string("seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)") +
+             (isConfigured ? ", unless CYCLONEDDS_URI says otherwise" : "");
     case ros2::DiscoveryRange::localhost:
       if (!options.peers.empty()) return "announced on this machine and to ROS_STATIC_PEERS";
       return "announced on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET: in the "

@@ -12,7 +12,8 @@ void HeardArguments::addTo(CLI::App& command) {
   flag->excludes("--kind");
   command
       .add_flag("--use-sim-time{true}", simTime,
-                "use /clock (=false: the wall clock); default: /clock if it is published")
+                "use /clock (=false: the wall clock), at up to ten times real time; default: "
+                "/clock if it is published")
       ->check(CLI::IsMember({"true", "false"}))
       ->needs(flag);
   command.add_option("--from-namespace", nameSpace, "namespace of the robot, for example robot1")

@@ -15,24 +15,24 @@ class DdsNode : public GraphNode {
 
   std::unique_ptr<Publisher> publish(const std::string& topic, const MessageType& type,
                                      const Qos& qos, OnMatch onMatch) override {
-    return makePublisher(node, {xResolve(topic), type.getName(), qos}, type, std::move(onMatch));
+    return makePublisher(node, {resolve(topic), type.getName(), qos}, type, std::move(onMatch));
   }
 
   std::unique_ptr<Subscription> subscribe(const std::string& topic, const MessageType& type,
                                           const Qos& qos, OnMessage onMessage,
                                           OnMatch onMatch) override {
-    return makeSubscription(node, {xResolve(topic), type.getName(), qos}, type,
-                            std::move(onMessage), std::move(onMatch));
+    return makeSubscription(node, {resolve(topic), type.getName(), qos}, type, std::move(onMessage),
+                            std::move(onMatch));
   }
 
- private:
-  std::string xResolve(const std::string& topic) const {
+  std::string resolve(const std::string& topic) const override {
     const NodeEntities& names = node->entities;
     const std::string full = expandTopic(topic, names.nameSpace, names.name);
     const auto to = node->participant->remap(full);
     return to ? expandTopic(*to, names.nameSpace, names.name) : full;
   }
 
+ private:
   const std::shared_ptr<SharedNode> node;
 };
 

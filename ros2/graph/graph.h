@@ -119,6 +119,8 @@ class QV_API GraphNode {
   virtual std::unique_ptr<Subscription> subscribe(const std::string& topic, const MessageType& type,
                                                   const Qos& qos, OnMessage onMessage,
                                                   OnMatch onMatch = {}) = 0;
+  /** Returns the full name of a topic, after the remaps. */
+  virtual std::string resolve(const std::string& topic) const = 0;
 };
 
 /**

@@ -30,9 +30,13 @@ void GoalSearch::xBegin() {
                      [this, find = driver.getRouteFinder()] { return find(question, isGivenUp); });
 }
 
+bool GoalSearch::isReplaced() const {
+  return SessionParts::of(session).driver.getOrderCount() != order;
+}
+
 bool GoalSearch::finish() {
   SessionParts& parts = SessionParts::of(session);
-  if (parts.driver.getOrderCount() != order) return true;
+  if (isReplaced()) return true;
   if (!waitFor(std::chrono::milliseconds(0))) return false;
   const auto found = route.get();
   const Math::Position2D at = parts.driver.askForRoute(goal).from;

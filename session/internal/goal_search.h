@@ -31,6 +31,8 @@ class QV_API GoalSearch {
   bool waitFor(std::chrono::milliseconds limit) const {
     return route.wait_for(limit) == std::future_status::ready;
   }
+  /** True if something else has driven or stopped the robot since. */
+  bool isReplaced() const;
   /**
    * Sends the robot on the path; false while the search goes on. Does nothing and returns true if
    * it was replaced. If the robot has moved since, it stops and the search starts again. Throws

@@ -19,4 +19,7 @@ inline constexpr char kClearAfter[] = "ClearAfter";
 /** Drops those up to the last new one. */
 inline constexpr char kClearBefore[] = "ClearBefore";
 
+/** The time in this clock that a laser publishes is so much later than that of its scan, ms. */
+inline constexpr int kScanDelay = 50;
+
 }  // namespace QV::DeviceManagerContract

@@ -5,14 +5,14 @@
 #include <numbers>
 #include <stdexcept>
 
+#include "platform/middleware/contracts/device_manager_contract.h"
 #include "platform/model/sensor_properties.h"
 #include "robot/services/internal/motion_service.h"
 
 namespace QV::robot {
 namespace {
 
-// A laser dates its record this much before the time that it reads.
-constexpr boost::chrono::milliseconds kScanDelay(50);
+constexpr boost::chrono::milliseconds kScanDelay(DeviceManagerContract::kScanDelay);
 
 }  // namespace
 

@@ -68,8 +68,11 @@ std::string discovery(const GraphOptions& options) {
 }  // namespace
 
 std::string settingsOf(const GraphOptions& options) {
+  // See Arrival: what the first participant has missed is asked for after this delay, and the
+  // second one must be there by then.
+  const std::string asking = "<Internal><PreEmptiveAckDelay>100 ms</PreEmptiveAckDelay></Internal>";
   std::string text = "<CycloneDDS><Domain Id=\"any\">" + general(options) + discovery(options) +
-                     "</Domain></CycloneDDS>";
+                     asking + "</Domain></CycloneDDS>";
   if (!options.configuration.empty()) text += "," + options.configuration;
   return text;
 }

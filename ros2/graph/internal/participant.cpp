@@ -42,31 +42,7 @@ dds_entity_t makeDomain(const GraphOptions& options) {
   return checked(result, "a network interface that is up expected, none found");
 }
 
-dds_entity_t makeParticipant(dds_entity_t domain) {
-  dds_domainid_t id = 0;
-  dds_get_domainid(domain, &id);
-  const QosPtr qos(dds_create_qos());
-  const std::string enclave = "enclave=/;";
-  dds_qset_userdata(qos.get(), enclave.data(), enclave.size());
-  return checked(dds_create_participant(id, qos.get(), nullptr),
-                 "the graph can't be joined; with more than 33 participants on this machine "
-                 "CYCLONEDDS_URI must raise Discovery/MaxAutoParticipantIndex");
-}
-
 }  // namespace
-
-dds_entity_t checked(dds_entity_t result, const std::string& what) {
-  if (result < 0) throw std::runtime_error(what + ": " + dds_strretcode(-result));
-  return result;
-}
-
-Guid guidOf(dds_entity_t entity) {
-  dds_guid_t id{};
-  dds_get_guid(entity, &id);
-  Guid guid;
-  std::copy(std::begin(id.v), std::end(id.v), guid.begin());
-  return guid;
-}
 
 QosPtr qosOf(const Qos& qos, const MessageType& type) {
   QosPtr result(dds_create_qos());
@@ -99,13 +75,15 @@ Qos qosFrom(const dds_qos_t* qos) {
 }
 
 Participant::Participant(const GraphOptions& options)
-    : options(options), domain(makeDomain(options)), participant(makeParticipant(domain.get())) {
+    : options(options),
+      domain(makeDomain(options)),
+      arrival(domain.get(), options.range != DiscoveryRange::off) {
   if (!options.announcesNodes) return;
   const MessageType& type = getNodesType(options.distro);
   nodesTopic = makeTopic("ros_discovery_info", type);
-  nodesWriter = Entity(checked(dds_create_writer(participant.get(), nodesTopic.entity.get(),
-                                                 qosOf(kNodesQos, type).get(), nullptr),
-                               "nodes can't be announced"));
+  nodesWriter = Entity(checked(
+      dds_create_writer(get(), nodesTopic.entity.get(), qosOf(kNodesQos, type).get(), nullptr),
+      "nodes can't be announced"));
 }
 
 Participant::~Participant() {
@@ -115,8 +93,8 @@ Participant::~Participant() {
 
 Topic Participant::makeTopic(const std::string& ddsName, const MessageType& type) const {
   ddsi_sertype* cdrType = makeCdrType(type.getDdsName());
-  const auto result = dds_create_topic_sertype(participant.get(), ddsName.c_str(), &cdrType,
-                                               nullptr, nullptr, nullptr);
+  const auto result =
+      dds_create_topic_sertype(get(), ddsName.c_str(), &cdrType, nullptr, nullptr, nullptr);
   if (result < 0) ddsi_sertype_unref(cdrType);
   Entity entity(checked(result, "topic " + ddsName + " can't be made"));
   return {std::move(entity), {ddsi_sertype_ref(cdrType), TypeUnref()}};
@@ -140,7 +118,7 @@ std::vector<std::string> Participant::findUnusedRemaps() {
 
 void Participant::xAnnounce() {
   if (nodesWriter.get() == 0) return;
-  Bytes cdr = encodeNodes(options.distro, guidOf(participant.get()), {nodes.begin(), nodes.end()});
+  Bytes cdr = encodeNodes(options.distro, guidOf(get()), {nodes.begin(), nodes.end()});
   const auto result =
       dds_writecdr(nodesWriter.get(), new CdrData(nodesTopic.type.get(), SDK_DATA, std::move(cdr)));
   if (result < 0)

@@ -7,38 +7,14 @@
 #include <optional>
 #include <set>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include "ros2/graph/graph.h"
+#include "ros2/graph/internal/arrival.h"
+#include "ros2/graph/internal/entity.h"
 #include "ros2/graph/internal/node_entities.h"
 
 namespace QV::ros2 {
-
-/** Returns `result`. Throws std::runtime_error with the failed action if it is an error. */
-dds_entity_t checked(dds_entity_t result, const std::string& what);
-
-Guid guidOf(dds_entity_t entity);
-
-/** An entity of the engine, deleted with all that was made in it. */
-class Entity {
- public:
-  explicit Entity(dds_entity_t handle = 0) : handle(handle) {}
-  ~Entity() { reset(); }
-  Entity(Entity&& other) noexcept : handle(std::exchange(other.handle, 0)) {}
-  Entity& operator=(Entity&& other) noexcept {
-    std::swap(handle, other.handle);
-    return *this;
-  }
-
-  dds_entity_t get() const { return handle; }
-  void reset() {
-    if (handle > 0) dds_delete(std::exchange(handle, 0));
-  }
-
- private:
-  dds_entity_t handle;
-};
 
 struct QosDeleter {
   void operator()(dds_qos_t* qos) const { dds_delete_qos(qos); }
@@ -66,7 +42,7 @@ class Participant {
   explicit Participant(const GraphOptions& options);
   ~Participant();
 
-  dds_entity_t get() const { return participant.get(); }
+  dds_entity_t get() const { return arrival.getParticipant(); }
   const GraphOptions& getOptions() const { return options; }
 
   Topic makeTopic(const std::string& ddsName, const MessageType& type) const;
@@ -94,7 +70,7 @@ class Participant {
 
   const GraphOptions options;
   Entity domain;
-  Entity participant;
+  Arrival arrival;
   Topic nodesTopic;
   Entity nodesWriter;
   std::mutex mutex;

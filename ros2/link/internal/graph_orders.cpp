@@ -116,6 +116,7 @@ bool GraphOrders::xGoTo(session::Session& session, const Math::Position2D& place
 
 bool GraphOrders::xGoOnToGoal() {
   auto going = std::move(search);
+  if (going->isReplaced()) return false;
   if (going->finish()) return true;
   search = std::move(going);
   return false;

@@ -38,7 +38,9 @@ std::uint16_t GraphSink::addTopic(const SessionTopic& topic) {
   const MessageType& type = typeFor(distro, *topic.type);
   auto publisher = xPublish(topic, type);
   xCheckIsNew(publisher->getTopic().name, topic.sensor);
-  topics.push_back({&type, topic.sensor, std::move(publisher)});
+  const bool hasImages = &type == &sensor_msgs::Image::getType();
+  topics.push_back({&type, topic.sensor, std::move(publisher),
+                    hasImages ? std::make_unique<ImageTopic>() : nullptr});
   return static_cast<std::uint16_t>(topics.size() - 1);
 }
 
@@ -99,6 +101,7 @@ void GraphSink::xWrite(std::uint16_t number, std::uint64_t, const MessageType&,
   const Topic& topic = topics[number];
   Bytes cdr;
   topic.type->encode(message, cdr);
+  if (topic.images && topic.publisher->getReaderCount() > 0) ImageTopic::note(cdr.size());
   topic.publisher->write(std::move(cdr));
 }
 

@@ -9,6 +9,7 @@
 #include <vector>
 
 #include "ros2/graph/graph.h"
+#include "ros2/link/internal/receive_buffers.h"
 #include "ros2/recording/internal/message_sink.h"
 
 namespace QV::ros2 {
@@ -41,6 +42,8 @@ class GraphSink : public MessageSink {
     const MessageType* type;
     std::string sensor;
     std::unique_ptr<Publisher> publisher;
+    /** Null if it has other messages. */
+    std::unique_ptr<ImageTopic> images;
   };
 
   void xWrite(std::uint16_t topic, std::uint64_t time, const MessageType& type,

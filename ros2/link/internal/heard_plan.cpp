@@ -25,8 +25,9 @@ constexpr milliseconds kLongestLook{2000};
 constexpr milliseconds kLongestWait{3000};
 constexpr char kClockTopic[] = "/clock";
 
-bool isPublished(const std::vector<GraphTopic>& topics, const std::string& name) {
-  return std::ranges::count(topics, name, &GraphTopic::name) > 0;
+bool isPublished(const HeardPlan& plan, const std::vector<GraphTopic>& topics,
+                 const std::string& name) {
+  return std::ranges::count(topics, plan.node->resolve(name), &GraphTopic::name) > 0;
 }
 
 void followClock(HeardPlan& plan) {
@@ -124,14 +125,13 @@ HeardPlan planRobot(const HeardRobotOptions& options) {
   plan.sensors = options.sensors;
   plan.goesOn = options.goesOn;
   const auto topics = awaitTopics(plan);
-  if (options.usesSimTime.value_or(isPublished(topics, kClockTopic))) {
+  if (options.usesSimTime.value_or(isPublished(plan, topics, kClockTopic))) {
     followClock(plan);
   } else {
     plan.time = std::make_unique<HeardTime>(HeardTime::Source::wallClock);
   }
   plan.map = options.map;
-  if (!plan.map && isPublished(topics, inNameSpace(plan.nameSpace, "map")))
-    plan.map = fetchMap(plan);
+  if (!plan.map && isPublished(plan, topics, "map")) plan.map = fetchMap(plan);
   plan.description = options.description;
   if (plan.description.empty()) {
     surveyGraph(plan);

@@ -50,9 +50,10 @@ class GraphSurvey {
   }
 
   void xSubscribe(const GraphTopic& topic) {
-    const bool isDescription = topic.name == inNameSpace(plan.nameSpace, "robot_description") &&
-                               isOf<std_msgs::String>(topic.type);
-    const bool isOurs = plan.nameSpace == "/" || topic.name.starts_with(plan.nameSpace + "/") ||
+    const bool isDescription =
+        topic.name == plan.node->resolve("robot_description") && isOf<std_msgs::String>(topic.type);
+    const bool isOurs = isDescription || plan.nameSpace == "/" ||
+                        topic.name.starts_with(plan.nameSpace + "/") ||
                         isOf<tf2_msgs::TFMessage>(topic.type);
     if (!isOurs || (!isDescription && !xSays(topic.type))) return;
     auto& subscription = subscriptions[{topic.name, topic.type}];

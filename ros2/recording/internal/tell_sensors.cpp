@@ -3,6 +3,7 @@
 #include <limits>
 #include <stdexcept>
 
+#include "platform/middleware/contracts/device_manager_contract.h"
 #include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/model/sensor_properties.h"
 #include "platform/vision/qv_image.h"
@@ -73,7 +74,8 @@ void ToldModules::xWriteBeam(const ToldSensor& sensor, std::size_t beam, float r
 
 void ToldModules::xWriteTime(const ToldSensor& sensor, ko::Clock::time_point time) {
   const std::string key = Model::SensorProperties(xConfigOf(sensor)).getText("timestamp");
-  if (!key.empty()) memory->insertData(key, ko::Clock::toInt32ms(time));
+  const boost::chrono::milliseconds delay(DeviceManagerContract::kScanDelay);
+  if (!key.empty()) memory->insertData(key, ko::Clock::toInt32ms(time + delay));
 }
 
 void ToldModules::xWriteRange(const ToldSensor& sensor, const QVValue& value) {

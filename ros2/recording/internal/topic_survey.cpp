@@ -39,6 +39,11 @@ std::string nameOf(const std::string& topic) {
   return name.empty() ? "sensor" : name;
 }
 
+/** "/camera" of "/camera/depth"; empty for a topic without one. */
+std::string folderOf(const std::string& topic) {
+  return topic.substr(0, topic.rfind('/'));
+}
+
 bool isSound(float least, float most) {
   return std::isfinite(least) && std::isfinite(most) && least >= 0.0f && most > least;
 }
@@ -181,6 +186,7 @@ TopicSurvey TopicSurveyor::make() {
   if (survey.sensors.empty())
     throw std::runtime_error(
         "a topic of LaserScan, Range, a depth Image or PointCloud2 expected, none found");
+  std::erase_if(survey.sensors, [this](const auto& entry) { return xIsOfCamera(entry.second); });
   xFindBase();
   for (auto& [topic, sensor] : survey.sensors) xMount(sensor);
   return std::move(survey);
@@ -191,6 +197,18 @@ void TopicSurveyor::xFindBase() {
   for (const char* const usual : {"base_link", "base_footprint", "base"})
     if (survey.base.empty() && survey.frames.has(usual)) survey.base = usual;
   if (survey.base.empty()) survey.base = survey.frames.rootOf(survey.sensors.begin()->second.frame);
+}
+
+// A depth camera's points come beside its images or in their frame.
+bool TopicSurveyor::xIsOfCamera(const ToldSensor& sensor) const {
+  if (sensor.sort != ToldSort::cloud) return false;
+  const auto isItsCamera = [&](const auto& entry) {
+    const ToldSensor& other = entry.second;
+    const std::string folder = folderOf(other.topic);
+    return other.sort == ToldSort::depth &&
+           (other.frame == sensor.frame || (!folder.empty() && folderOf(sensor.topic) == folder));
+  };
+  return std::ranges::any_of(survey.sensors, isItsCamera);
 }
 
 void TopicSurveyor::xMount(ToldSensor& sensor) const {

@@ -92,6 +92,7 @@ class QV_API TopicSurveyor {
   /** Says, once, that there are too many. */
   void xLeaveOut(const std::string& topic);
   void xFindBase();
+  bool xIsOfCamera(const ToldSensor& sensor) const;
   void xMount(ToldSensor& sensor) const;
   void xMountCamera(ToldSensor& sensor) const;
 

@@ -17,7 +17,7 @@ namespace QV::sensor {
 namespace {
 
 constexpr char kLaserCategory[] = "Navigation.LaserSensor";
-constexpr ko::Duration kScanDelay(50'000'000);
+constexpr boost::chrono::milliseconds kScanDelay(DeviceManagerContract::kScanDelay);
 constexpr int kMostPolls = 50;
 constexpr int kPollMs = 20;
 // Switching off keeps only the bits of the three lasers that share the mode.

@@ -11,6 +11,7 @@
 #include <thread>
 
 #include "ros2/bag/bag_reader.h"
+#include "ros2/link/internal/receive_buffers.h"
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
@@ -238,6 +239,8 @@ TEST_F(GraphRobotTest, theWorldGoesOnWhileAPathIsSearched) {
       });
   RobotOnGraph sut(*session);
   const auto goals = sut.tool->publish("/goal_pose", geometry_msgs::PoseStamped::getType());
+  ASSERT_TRUE(sut.sendUntil(*goals, geometry_msgs::PoseStamped{{{}, "nowhere"}, {}},
+                            [&] { return !log.lines(ko::log::Level::warning).empty(); }));
   const auto search = [&](double x, int count) {
     const geometry_msgs::PoseStamped goal{{{}, "map"}, {{x, 6.3, 0.0}, {}}};
     ASSERT_TRUE(sut.sendUntil(*goals, goal, [&] { return begun == count; }));
@@ -252,10 +255,26 @@ TEST_F(GraphRobotTest, theWorldGoesOnWhileAPathIsSearched) {
   EXPECT_EQ(givenUp, 1);
   session->stop();
   ASSERT_TRUE(sut.runUntil([&] { return givenUp == 2; }));
+  const auto isTakenAgain = [&] {
+    return testing::Value(log.lines(), Contains(HasSubstr("/goal_pose: taken again")));
+  };
+  EXPECT_FALSE(isTakenAgain());
   search(5.0, 3);
   isFound.count_down();
   ASSERT_TRUE(sut.runUntil([&] { return session->look().goal.has_value(); }));
   EXPECT_EQ(session->look().goal, Math::Position2D(5.0f, 6.3f));
+  EXPECT_TRUE(isTakenAgain());
+}
+
+TEST(ReceiveBuffers, areTooSmallForManyCamerasAtOnce) {
+  constexpr std::size_t kImage = 153'700;
+  constexpr std::uint64_t kUsual = 212'992;
+  for (const std::size_t topics : {0u, 1u, 3u})
+    EXPECT_EQ(adviseOnBuffers(topics, kImage, kUsual), std::nullopt);
+  EXPECT_EQ(adviseOnBuffers(10, kImage, 4'194'304), std::nullopt);
+  EXPECT_THAT(adviseOnBuffers(10, kImage, kUsual).value_or(""),
+              AllOf(HasSubstr("images of 10 topics, 1537 kB at once"),
+                    HasSubstr("buffers hold 212 kB"), HasSubstr("net.core.rmem_max=3074000")));
 }
 
 TEST_F(GraphRobotTest, logsOneLineForInvalidCommandsUntilAValidOneComes) {

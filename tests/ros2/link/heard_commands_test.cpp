@@ -175,7 +175,13 @@ TEST(GraphWords, sayWhoIsToldOfTheRobot) {
       {[](auto& options) { options.range = DiscoveryRange::off; },
        "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)"},
       {[](auto& options) { options.configuration = "file:///robot.xml"; },
-       "visible as CYCLONEDDS_URI says"}};
+       "visible as CYCLONEDDS_URI says"},
+      {[](auto& options) {
+         options.range = DiscoveryRange::off;
+         options.configuration = "file:///robot.xml";
+       },
+       "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF), unless CYCLONEDDS_URI says "
+       "otherwise"}};
   for (const auto& [change, expected] : cases) {
     GraphOptions options;
     change(options);

@@ -163,6 +163,26 @@ TEST_F(HeardRobotTest, sensorsAreDerivedFromTopicsAndGiveTheirValues) {
   EXPECT_NEAR(snapshot.pose.theta, 0.5f, 1e-5f);
 }
 
+TEST_F(HeardRobotTest, clockAndMapAreLookedForUnderTheirOtherNames) {
+  startSensors();
+  robot.publishClock(false);
+  others.push_back(publish("/r2/clock", rosgraph_msgs::Clock::getType()));
+  robot.say("clock", [clock = others[0].get()](const Stamp& now) {
+    clock->write(rosgraph_msgs::Clock{now});
+  });
+  others.push_back(publish("/r2/map", nav_msgs::OccupancyGrid::getType(), {true, true, 1}));
+  const nav_msgs::OccupancyGrid map{{{}, "map"}, {{}, 0.05f, 2, 1, {}}, {0, 100}};
+  others[1]->write(map);
+  HeardRobotOptions options;
+  options.graph = test::aloneOn();
+  options.graph.remaps = {{"/clock", "/r2/clock"}, {"/map", "/r2/map"}};
+  const auto sut = openHeardRobot(options);
+  EXPECT_EQ(sut->getMap()->getWidth(), 2);
+  sut->subscribe("test", {"scan"});
+  // By the wall clock the scans would be far too old.
+  EXPECT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
+}
+
 TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
   startSensors();
   const auto sut = open();

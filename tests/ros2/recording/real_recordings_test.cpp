@@ -47,8 +47,8 @@ std::vector<Scan> scansIn(const std::string& path) {
 }
 
 void expectScan(const Scan& scan, const Math::MetricalData& record) {
-  // A laser counts a scan as 50 ms older than it is read, in whole milliseconds.
-  EXPECT_NEAR(session::inSeconds(record.timestamp.time_since_epoch()), scan.seconds - 0.05, 0.0011);
+  // Lasers tell the time of a scan in whole milliseconds.
+  EXPECT_NEAR(session::inSeconds(record.timestamp.time_since_epoch()), scan.seconds, 0.0011);
   ASSERT_EQ(record.points.size(), scan.echoes.size());
   for (std::size_t i = 0; i < scan.echoes.size(); ++i) {
     const Math::Position3D point = record.sensorTransform * record.points[i];

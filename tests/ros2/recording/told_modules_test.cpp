@@ -224,6 +224,23 @@ TEST_F(ToldModulesTest, aDepthSensorHasTheApertureOfItsCameraAndMillimetres) {
   EXPECT_THAT(std::vector<int>(depth.begin(), depth.begin() + 5), ElementsAre(500, 8124, 0, 0, 0));
 }
 
+TEST(TopicSurveyor, countsADepthCameraOnceThatPublishesItsPointsToo) {
+  const Told told[] = {{"/front/image", image()},
+                       {"/front/points", cloud("front")},
+                       {"/registered", cloud("camera")},
+                       {"/top/points", cloud("top")},
+                       {"/image", image()},
+                       {"/points", cloud("top")}};
+  TopicSurveyor surveyor;
+  for (const auto& [topic, type, cdr] : told) {
+    surveyor.expect(topic, type);
+    surveyor.take({topic, type, cdr});
+  }
+  std::vector<std::string> topics;
+  for (const auto& [topic, sensor] : surveyor.make().sensors) topics.push_back(topic);
+  EXPECT_THAT(topics, ElementsAre("/front/image", "/image", "/points", "/top/points"));
+}
+
 TEST_F(ToldModulesTest, rangesOfHumbleAreUnderstood) {
   Bytes cdr;
   const auto message = range(1.25f);
