@@ -47,8 +47,8 @@ struct SessionParts;
  *   simulated time may exist at a time.
  * - Threads: subscribe, unsubscribe, enable and diagnose are thread-safe. All other functions are
  *   for the thread that opened the session.
- * - Errors: UsageError for an unknown sensor or family, and if the robot can't do it; exceptions of
- *   hardware reach the caller.
+ * - Errors: UsageError for an unknown sensor or family, and for a command that the robot can't
+ * obey, except wander(); exceptions of hardware reach the caller.
  *
  * Driving for a minute, then the nearest obstacle of each sensor:
  *

@@ -21,9 +21,9 @@ namespace ko {
 class QV_API PeriodicTask {
  public:
   PeriodicTask();
-  /** Stops the task; what the callback held is gone. Inside a sleep of its own callback, in
-   * simulated time, the program ends with a line that says so: the callback would go on without its
-   * owner. */
+  /** Stops the task; what the callback held is gone. In simulated time, a task must not be
+   * destroyed while its own callback sleeps: the callback would go on without its owner, so the
+   * program ends with a line that names the task. */
   ~PeriodicTask();
   PeriodicTask(const PeriodicTask&) = delete;
   PeriodicTask& operator=(const PeriodicTask&) = delete;

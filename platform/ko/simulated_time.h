@@ -24,8 +24,9 @@ class SimulatedScheduler;
  *   their futures count as cancelled, their tasks as stopped.
  * - Threads: only the owner calls it. A sleep on the owner's thread advances the time and runs due
  *   calls. A callback that sleeps is not entered again meanwhile. Sleeps on other threads end when
- *   the owner has advanced far enough, or when the SimulatedTime ends. An owner that waits for a
- *   task, a future or a sensor of a thread that sleeps advances the time until it wakes. Callbacks
+ *   the owner has advanced far enough, or when the SimulatedTime ends. If the owner waits for a
+ *   task, a future or a sensor, and the thread that it waits for sleeps, then the time advances
+ *   until that thread wakes. Callbacks
  *   may call all operations; one that needs a lock held by a call that sleeps beneath it gets an
  *   error.
  * - Errors: std::logic_error for a second one in the process, for an operation on another thread,

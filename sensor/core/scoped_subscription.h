@@ -16,8 +16,9 @@ QV_API void unsubscribeGuarded(SensorManager& manager, const std::string& subscr
                                const std::set<std::string>& names) noexcept;
 
 /**
- * Finds the sensors of these names and families that have no fresh record, with the reason; unknown
- * names, too. It reads the sensors, because a simulated one measures only when it is read.
+ * Finds the sensors of these names and families that have no fresh record and are not sound without
+ * one, each with what is wrong; unknown names, too. It reads the sensors, because a simulated one
+ * measures only when it is read.
  */
 QV_API std::map<std::string, std::string> findMissingRecords(const SensorManager& manager,
                                                              const std::set<std::string>& names);
@@ -50,9 +51,9 @@ class QV_API ScopedSubscription {
   ScopedSubscription(ScopedSubscription&& other) noexcept;
   ScopedSubscription& operator=(ScopedSubscription&& other) noexcept;
 
-  /** Waits until each of its sensors has a fresh record, or a reason for none, at most `limit`
-   * of ko::Clock. Returns the sensors without a record, each with the reason; empty if there are
-   * none. Reads the sensors if nothing else makes them measure. */
+  /** Waits until each of its sensors has a fresh record or is sound without one, as an untouched
+   * bumper, at most `limit` of ko::Clock. Returns the other sensors, and unknown names, each with
+   * what is wrong; empty if all is well. Reads the sensors if nothing else makes them measure. */
   std::map<std::string, std::string> awaitRecords(ko::Duration limit) const;
 
  private:
