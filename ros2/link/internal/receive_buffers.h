@@ -10,8 +10,9 @@
 namespace QV::ros2 {
 
 /**
- * Returns what to do if images of `topics` topics, `bytes` each, overrun the receive buffers of this
- * machine when they come at once; std::nullopt if they don't. `limit` is net.core.rmem_max, bytes.
+ * Returns what to do if images of `topics` topics, `bytes` each, overrun the receive buffers of
+ * this machine when they come at once; std::nullopt if they don't. `limit` is net.core.rmem_max,
+ * bytes.
  */
 QV_API std::optional<std::string> adviseOnBuffers(std::size_t topics, std::size_t bytes,
                                                   std::uint64_t limit);
