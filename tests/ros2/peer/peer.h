@@ -54,12 +54,6 @@ class Peer {
     std::multimap<std::string, int> seen;
   };
   Lines get() { return lines.get(); }
-  /** Drops the topics of which a message has come. */
-  void dropHeard(std::set<std::string>& topics) {
-    lines.change([&](const Lines& said) {
-      std::erase_if(topics, [&](const auto& topic) { return said.got.count(topic) > 0; });
-    });
-  }
 
  private:
   void xRead() {
