@@ -36,9 +36,8 @@ std::vector<Math::Position3D> arcOfPoints(float angularRange, float range, float
   std::vector<Math::Position3D> points;
   const float steps = angularRange / angularStep;
   if (!(steps >= 1.0f) || std::isinf(angularRange)) return {};
-  if (steps > kMostArcPoints)
-    return arcOfPoints(angularRange, range, angularRange / kMostArcPoints);
-  const auto count = static_cast<unsigned>(steps);
+  if (steps > kMostArcPoints) angularStep = angularRange / kMostArcPoints;
+  const auto count = static_cast<unsigned>(std::min(steps, kMostArcPoints));
   points.reserve(count);
   float angle = -0.5f * angularRange;
   for (unsigned i = 0; i < count; ++i) {

@@ -66,9 +66,9 @@ class QV_API RealSensor : public Sensor {
 
   /** Replaces the points of each record that is older than `maxAge` at `now` by a wall of
    * obstacles: at `range` metres, every `angularStep` radians across its field of view, at
-   * the sensor's present place. The record keeps its timestamp. If the step makes no wall, or
-   * a wall of over 100,000 points, the record has no points. It is meant for your own sensors;
-   * nothing here calls it. The motion proxy is passed by value, as the interface has it. */
+   * the sensor's present place. The record keeps its timestamp. If the step makes no wall,
+   * the record has no points; a wall has at most 100,000. It is meant for your own sensors; nothing
+   * here calls it. The motion proxy is passed by value, as the interface has it. */
   void xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalData>& data,
                                          const ko::Clock::time_point& now,
                                          const boost::chrono::milliseconds& maxAge,

@@ -109,7 +109,7 @@ TEST_F(RealSensorTest, theWallHasOnePointPerWholeAngularStep) {
   };
   const Case cases[] = {{1.0f, 0.3f, 3},  {1.0f, 1.0f, 1},   {1.0f, 1.01f, 0},
                         {0.0f, 0.25f, 0}, {1.0f, -0.25f, 0}, {kInf, 0.25f, 0},
-                        {kNan, 0.25f, 0}, {1.0f, kNan, 0},   {1.0f, 0.0f, 100'000}};
+                        {kNan, 0.25f, 0}, {1.0f, kNan, 0},   {0.003f, 0.0f, 100'000}};
   for (const Case& c : cases) {
     std::vector<MetricalData> records{oldRecord("Front")};
     records[0].fieldOfView.angularRange = c.angularRange;
