@@ -102,8 +102,8 @@ class QV_API Session {
   void setDemand(const Demand& demand);
 
   /**
-   * Drives by hand, m/s and rad/s, until another command. keepPace() ends it when the real
-   * durations that it is given add up to 0.5 s; run() and step() do not end it.
+   * Drives by hand, m/s and rad/s, until another command, or until calls of keepPace() have counted
+   * 0.5 s of real time since this call. run() and step() do not count.
    */
   void drive(float forward, float turn);
   /**

@@ -84,8 +84,9 @@ class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
 };
 
 /**
- * A module that is registered for a scope. It is for modules that hold their own broker, since
- * these two would keep each other alive otherwise. Keeps the broker alive. Not copyable.
+ * A module that is registered for a scope. Use it for a module that holds the broker at which it is
+ * registered: without unregistering, module and broker would keep each other alive for ever. It
+ * keeps the broker alive until the scope ends. Not copyable.
  */
 class QV_API ScopedModule {
  public:

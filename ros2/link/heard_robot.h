@@ -26,8 +26,9 @@ struct QV_API HeardRobotOptions {
   std::string nameSpace = "/";
   /**
    * The description of the robot, as text (URDF). Each sensor's property "topic" names its topic;
-   * default: as in recordings ("/NAME/scan"). Empty: /robot_description if it has sensors of known
-   * kinds, else a description derived from the topics.
+   * default: as in recordings ("/NAME/scan"). If this text is empty: the text of the topic
+   * /robot_description, if that has sensors of known kinds; else a description derived from the
+   * topics.
    */
   std::string description = {};
   /** A map that replaces /map. */

@@ -50,9 +50,9 @@ struct HealthInside;
  *   diagnosis; if it fails at a reading, the sensor gives no record. If the start or stop of a
  *   sensor class of your own throws, the exception reaches the caller at once. If a start throws,
  *   the subscriber stays on that sensor, later sensors are left out, and the refresh is not
- *   started. Subscribe again, which retries the start; or call lookAgain() for those that run. A
- *   ScopedSubscription undoes all. A sensor that throws while it is read is logged; the other
- *   records are returned.
+ *   started. Subscribe again, which retries the start; or call lookAgain(), which starts the
+ *   refresh for the sensors that run. A ScopedSubscription undoes all. A sensor that throws while
+ * it is read is logged; the other records are returned.
  *
  * The distance of each point of the sonars:
  *
