@@ -93,7 +93,8 @@ class QV_API ScopedModule {
   /** Registers the module as QVBroker::registerModule does. Throws QVError for a null broker. */
   ScopedModule(boost::shared_ptr<QVBroker> broker, boost::shared_ptr<QVModule> module);
   /**
-   * Unregisters the module, unless that was done already; another one of its name stays. Calls that
+   * Unregisters the module, unless that was done already. If another module has been registered
+   * under its name since then, that one stays registered. Calls that
    * run go on to their end.
    */
   ~ScopedModule();

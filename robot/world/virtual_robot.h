@@ -57,8 +57,8 @@ class QV_API VirtualRobot {
    * for null. Throws QVError if a name is in use there. */
   VirtualRobot(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,
                const WorldOptions& options = {}, boost::shared_ptr<QVBroker> broker = nullptr);
-  /** Also takes the creators of the sensors' units, the parts of the robot that measure for them
-   * (SensorUnit). Throws std::invalid_argument for a sensor of a
+  /** Also takes `units`, which creates the units of the robot. A unit (SensorUnit) measures for one
+   * sensor or several. Throws std::invalid_argument for a sensor of a
    * type that `units` knows but the description's kinds do not. After an exception no module is
    * registered. */
   VirtualRobot(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,

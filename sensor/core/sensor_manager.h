@@ -241,7 +241,8 @@ class QV_API SensorManager {
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
   /** Null until somebody asks; owned. */
   mutable std::atomic<HealthBoard*> health{nullptr};
-  /** True if failingSensors is not empty: while it is empty, nobody needs the lock. */
+  /** True if failingSensors is not empty. While it is false, a successful reading does not lock
+   * gatheringMutex. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::shared_mutex dataMutex;
   boost::mutex subscriptionMutex;
