@@ -16,8 +16,9 @@ class SimulatedScheduler;
 /**
  * A time that its owner advances. While it exists, it controls ko::Clock, tasks, delayed calls,
  * posts and sleeps. Time stands still until the owner, the thread that created it, advances it. Due
- * calls then run on the owner's thread, ordered by time and, for the same time, by their start: in
- * the same order in every run.
+ * calls then run on the owner's thread in the order of their times. Those of the same time run in
+ * the order in which they were posted, delayed, or their tasks started. So the order is the same in
+ * every run.
  *
  * - Lifetime: create it before robot and manager; destroy it after them. Calls that were started
  *   before it stay with the real clock and threads. Calls that still wait at its end never run:
@@ -26,9 +27,8 @@ class SimulatedScheduler;
  *   calls. A callback that sleeps is not entered again meanwhile. Sleeps on other threads end when
  *   the owner has advanced far enough, or when the SimulatedTime ends. If the owner waits for a
  *   task, a future or a sensor, and the thread that it waits for sleeps, then the time advances
- *   until that thread wakes. Callbacks
- *   may call all operations; one that needs a lock held by a call that sleeps beneath it gets an
- *   error.
+ *   until that thread wakes. Callbacks may call all operations. But a callback may run inside the
+ *   sleep of another call: an operation that needs a lock which that call holds throws an error.
  * - Errors: std::logic_error for a second one in the process, for an operation on another thread,
  *   and for a lock as above: the text names both calls.
  *

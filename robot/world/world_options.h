@@ -28,7 +28,7 @@ struct QV_API FloorHole {
   /** The extent along its own x; the width along its own y. */
   float length = 0.5f;
   float width = 0.5f;
-  /** The depth: a step down below kHoleDepth, a hole from there on. */
+  /** The depth. Less than kHoleDepth makes a step down, kHoleDepth or more a hole. */
   float depth = 1.0f;
 
   static constexpr float kHoleDepth = 0.1f;

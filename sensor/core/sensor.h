@@ -125,7 +125,7 @@ class QV_API Sensor {
 
  protected:
   /** Tells why a reading without a record is no error. `why` must have static lifetime; `measured`
-   * tells if the hardware measured all the same. */
+   * is true if the hardware did measure, but saw nothing to report. */
   void xExcuse(const char* why, bool measured = false) const;
   /**
    * Counts a measurement that could not be read. Too many set the sensor's health to noisy.
