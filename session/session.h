@@ -48,7 +48,7 @@ struct SessionParts;
  * - Threads: subscribe, unsubscribe, enable and diagnose are thread-safe. All other functions are
  *   for the thread that opened the session.
  * - Errors: UsageError for an unknown sensor or family, and for a command that the robot can't
- * obey, except wander(); exceptions of hardware reach the caller.
+ *   obey, except wander(); exceptions of hardware reach the caller.
  *
  * Driving for a minute, then the nearest obstacle of each sensor:
  *

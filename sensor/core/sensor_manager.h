@@ -52,7 +52,7 @@ struct HealthInside;
  *   the subscriber stays on that sensor, later sensors are left out, and the refresh is not
  *   started. Subscribe again, which retries the start; or call lookAgain(), which starts the
  *   refresh for the sensors that run. A ScopedSubscription undoes all. A sensor that throws while
- * it is read is logged; the other records are returned.
+ *   it is read is logged; the other records are returned.
  *
  * The distance of each point of the sonars:
  *
