@@ -35,8 +35,8 @@ enum class HardwareCall : std::uint8_t;
  *   ground frame or, simulated, in the map.
  * - Units: metres, radians, nanoseconds of ko::Clock.
  * - Special values: no record means that nothing was read or, from a sensor of events such as
- * touches, that there is nothing to report. A record without points means that nothing is in range;
- * a hole laser's, that its measurement can't be trusted.
+ *   touches, that there is nothing to report. A record without points means that nothing is in
+ *   range; a hole laser's, that its measurement can't be trusted.
  * - Lifetime: not copyable. The destructor does not stop the hardware; unsubscribe first.
  * - Threads: thread-safe. Hardware is started, stopped and read by one thread at a time.
  * - Errors: an exception of the hardware reaches the caller. A start or stop that returns false
