@@ -24,7 +24,7 @@ namespace QV::sensor {
  * - Units: metres, radians; points stand 0.5 m high.
  * - Special values: an all-rays sensor, which is the laser of kind -1 or the depth camera of kind
  *   1, reports what meets nothing as a point at the maximum range; of others, a record without
- * points means that nothing is in range.
+ *   points means that nothing is in range.
  * - Lifetime: the map must outlive the manager; it is only read, though the pointer is not const.
  *   Without a map, records have no points.
  * - Threads: thread-safe. Each sensor takes the two poses whole, one sensor after the other. If
