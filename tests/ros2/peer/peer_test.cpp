@@ -89,7 +89,7 @@ struct PeerTest : testing::TestWithParam<bool> {
 INSTANTIATE_TEST_SUITE_P(Starts, PeerTest, testing::Bool(),
                          [](const auto& is) { return is.param ? "PeerFirst" : "RobotFirst"; });
 
-TEST_P(PeerTest, readsEveryTopicByteForByteAndDrives) {
+TEST_P(PeerTest, readsEveryTopicAndDrives) {
   const auto topics = topicsOf(*session);
   const auto arguments = argumentsFor(topics);
   std::optional<Peer> peer;
