@@ -56,7 +56,8 @@ class Page:
         folder.mkdir(parents=True)
         for path in (ROOT / "maps").iterdir():
             shutil.copy(path, folder)
-        shutil.copy(ROOT / "examples/own_robot.urdf", folder)
+        (folder / "examples").mkdir()
+        shutil.copy(ROOT / "examples/own_robot.urdf", folder / "examples")
 
     def check(self, blocks):
         try:
