@@ -16,8 +16,10 @@ struct HeldLock {
   const HeldLock* before = nullptr;
 };
 
-/** The newest lock of this thread; null for none. Seen here, as every reading takes one. */
-extern QV_API thread_local constinit const HeldLock* newestLock;
+/** The newest lock of this thread; null for none. Every reading takes one, so it is reached without
+ * a call: it lies in the storage that a thread has from its start. */
+extern QV_API thread_local constinit const HeldLock* newestLock
+    __attribute__((tls_model("initial-exec")));
 
 /** Returns the lock of `list` by which `mutex` is held; null if it is not. */
 inline const HeldLock* findHeld(const HeldLock* list, const void* mutex) {

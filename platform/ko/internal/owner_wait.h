@@ -1,5 +1,6 @@
 #pragma once
 
+#include <atomic>
 #include <functional>
 #include <thread>
 
@@ -31,7 +32,13 @@ inline SleeperTest sleepOf(std::thread::id thread) {
  */
 QV_API bool waitAsOwner(const std::function<bool()>& isOver, const SleeperTest& isAwaited);
 
+/** True while a SimulatedTime exists. */
+extern QV_API std::atomic<bool> hasOwner;
+QV_API void tellTheOwner();
+
 /** Lets an owner that waits in waitAsOwner() look again. */
-QV_API void tellOwner();
+inline void tellOwner() {
+  if (hasOwner) tellTheOwner();
+}
 
 }  // namespace ko::detail

@@ -23,6 +23,8 @@ boost::shared_ptr<SimulatedScheduler> getInstalled() {
 
 }  // namespace
 
+std::atomic<bool> hasOwner{false};
+
 std::uint64_t nextOrder() {
   static std::atomic<std::uint64_t> last{0};
   return ++last;
@@ -38,15 +40,15 @@ bool waitAsOwner(const std::function<bool()>& isOver, const SleeperTest& isAwait
   return simulated && simulated->isOwner() && simulated->waitUntil(isOver, isAwaited);
 }
 
-void tellOwner() {
-  const auto owner = timeOwner.load();
-  if (owner == std::thread::id() || owner == std::this_thread::get_id()) return;
+void tellTheOwner() {
+  if (timeOwner.load() == std::this_thread::get_id()) return;
   if (const auto simulated = getInstalled()) simulated->tellOwner();
 }
 
 void installScheduler(boost::shared_ptr<SimulatedScheduler> scheduler) {
   std::lock_guard lock(installedMutex);
   timeOwner = scheduler ? std::this_thread::get_id() : std::thread::id();
+  hasOwner = scheduler != nullptr;
   installed = std::move(scheduler);
 }
 
