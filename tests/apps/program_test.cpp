@@ -3,6 +3,7 @@
 #include <filesystem>
 #include <fstream>
 #include <set>
+#include <sys/ioctl.h>
 #include <sys/stat.h>
 #include <thread>
 #include <vector>
@@ -374,14 +375,24 @@ TEST_F(ProgramTest, anInterruptedDriveFinishesItsFileAndSaysSo) {
   EXPECT_LT(whole.size(), 6u * 200'000u);
 }
 
-/** Starts the program with an output that takes nothing, and waits until it has said its pose. */
-void startStuck(test::ChildProcess& process, const char* command) {
+int bytesIn(int pipe) {
+  int count = 0;
+  ioctl(pipe, FIONREAD, &count);
+  return count;
+}
+
+/** Starts the program with an output that takes `room` bytes, and waits until they are written and
+ * the pose is said. */
+void startStuck(test::ChildProcess& process, const char* command, std::size_t room) {
   int out[2];
   int error[2];
   ASSERT_EQ(pipe(out) | pipe(error), 0);
   fcntl(out[1], F_SETFL, O_NONBLOCK);
   while (write(out[1], "full", 4) > 0) continue;
   fcntl(out[1], F_SETFL, 0);
+  const int most = bytesIn(out[0]);
+  std::string taken(room, '\0');
+  ASSERT_EQ(::read(out[0], taken.data(), room), static_cast<ssize_t>(room));
   process.start([&] {
     dup2(out[1], STDOUT_FILENO);
     dup2(error[1], STDERR_FILENO);
@@ -393,15 +404,17 @@ void startStuck(test::ChildProcess& process, const char* command) {
   std::string line;
   std::getline(errors, line);
   EXPECT_THAT(line, HasSubstr("the robot starts at"));
+  while (bytesIn(out[0]) < most) std::this_thread::yield();
 }
 
 TEST_F(ProgramTest, aSignalEndsWhatHasNothingToFinishAndASecondOneAnyProgram) {
   test::ChildProcess read;
-  startStuck(read, "read");
+  startStuck(read, "read", 0);
   read.signal(SIGTERM);
   EXPECT_EQ(read.awaitEnd(), -1);
   test::ChildProcess stream;
-  startStuck(stream, "stream");
+  // A page of memory: less than one reading. In its middle no signal is looked for.
+  startStuck(stream, "stream", 4096);
   while (!stream.hasEnded()) stream.signal(SIGINT);
   EXPECT_EQ(stream.awaitEnd(), -1);
 }
