@@ -44,8 +44,8 @@ std::vector<Math::MetricalData> copyRecords(const std::vector<Math::MetricalData
   std::vector<Math::MetricalData> copies;
   copies.reserve(records.size());
   for (const Math::MetricalData& record : records) {
-    copies.push_back({record.sensorName, record.familyName, record.fieldOfView,
-                      record.sensorTransform, copyPoints(record.points), record.timestamp});
+    copies.emplace_back(record.sensorName, record.familyName, record.fieldOfView,
+                        record.sensorTransform, copyPoints(record.points), record.timestamp);
   }
   return copies;
 }
