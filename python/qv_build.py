@@ -70,7 +70,7 @@ def _build() -> Path:
 
 
 def _files(package: Path) -> dict[str, bytes]:
-    """By their names in the wheel. A library goes by the name that others link: a link here."""
+    """The files, by their names in the wheel. A library goes by the name that others link: a link here."""
     linked = {path.resolve() for path in package.rglob("*") if path.is_symlink()}
     return {
         str(path.relative_to(package)): path.read_bytes()

@@ -60,7 +60,7 @@ def split(doc: str) -> tuple[str, str]:
 
 
 def members_of(cls: type) -> list[tuple[str, Any]]:
-    """In the order in which they were bound, but for how it is made, which is first."""
+    """The members in the order in which they were bound; how an object is made comes first."""
     told = [(name, value) for name, value in vars(cls).items() if signature_of(name, value)]
     told = [(name, value) for name, value in told if name != "__module__"]
     return sorted(told, key=lambda each: each[0] != "__init__")
@@ -101,7 +101,7 @@ def stub_of_class(cls: type) -> list[str]:
 
 
 def public_names() -> list[str]:
-    """Of the extension module, in the order in which they were bound."""
+    """The names of the extension module, in the order in which they were bound."""
     return [name for name, value in vars(_core).items() if callable(value) and name[0] != "_"]
 
 

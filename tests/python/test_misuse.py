@@ -1,4 +1,4 @@
-"""What must not crash or hang, whatever one does."""
+"""Misuse must not crash or hang."""
 
 import contextlib
 import copy
@@ -561,7 +561,7 @@ def interrupt(call):
 def large_map(tmp_path_factory):
     """A map that takes its time, as it is and in a recording."""
     folder = tmp_path_factory.mktemp("large")
-    map = qv.OccupancyMap(np.random.default_rng(1).random((3000, 3000), np.float32), 0.05)
+    map = qv.OccupancyMap(np.random.default_rng(1).random((6000, 6000), np.float32), 0.05)
     qv.save_map(map, folder / "map.yaml")
     with qv.open_simulated(0, map=map) as session:
         recorder = qv.SessionRecorder(folder / "run.mcap", session)
