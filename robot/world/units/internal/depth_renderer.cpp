@@ -4,12 +4,13 @@
 #include <cmath>
 #include <limits>
 
+#include "robot/world/units/internal/depth_row.h"
+
 namespace QV::robot {
 namespace {
 
 constexpr float kNothing = std::numeric_limits<float>::infinity();
 constexpr float kMillimetres = 1000.0f;
-constexpr std::uint16_t kFarthest = 65535;
 // A row that looks steeper than this shows nothing but the floor.
 constexpr float kLeastForward = 0.2f;
 
@@ -26,35 +27,17 @@ std::uint16_t toMillimetres(float depth) {
   return millimetres < kFarthest ? static_cast<std::uint16_t>(millimetres) : kFarthest;
 }
 
-/** Integers from `low` to `high`. */
-struct Limits {
-  std::uint16_t low;
-  std::uint16_t high;
-
-  bool contain(std::uint16_t depth) const { return depth >= low && depth <= high; }
-};
-
 /** The depths of the walls that a row does not look over; heights count from the camera. */
-Limits wallLimits(const DepthRenderer::Row& row, float headroom) {
+DepthLimits wallLimits(const DepthRenderer::Row& row, float headroom) {
   if (row.up > 0.0f) return {0, toMillimetres(headroom / row.up)};
   if (headroom >= 0.0f) return {0, kFarthest};
   return {row.up < 0.0f ? toMillimetres(headroom / row.up) : kFarthest, kFarthest};
 }
 
-// Integers alone, and no branches: this is where the time of a picture goes.
-void drawPlainRow(const std::vector<std::uint16_t>& walls, Limits wallLimits, std::uint16_t floor,
-                  Limits seen, std::uint16_t* pixels) {
-  for (const std::uint16_t wall : walls) {
-    const std::uint16_t visible = wallLimits.contain(wall) ? wall : kFarthest;
-    const std::uint16_t depth = visible < floor ? visible : floor;
-    *pixels++ = seen.contain(depth) ? depth : std::uint16_t{0};
-  }
-}
-
 }  // namespace
 
 DepthRenderer::DepthRenderer(const Scene& scene, const DepthOptics& optics)
-    : scene(scene), optics(optics) {}
+    : scene(scene), optics(optics), steepest(std::tan(0.5f * optics.verticalFOV)) {}
 
 void DepthRenderer::render(cv::Mat_<std::uint16_t>& image, const Math::Transform& camera,
                            const People& people) {
@@ -82,14 +65,13 @@ void DepthRenderer::xAim(const cv::Size& newSize, const Math::Transform& camera)
 
 DepthRenderer::Row DepthRenderer::xRowAt(int row) const {
   const float share = static_cast<float>(row) / static_cast<float>(size.height);
-  const float up = (0.5f - share) * 2.0f * std::tan(0.5f * optics.verticalFOV);
+  const float up = (0.5f - share) * 2.0f * steepest;
   return {cosPitch + up * sinPitch, up * cosPitch - sinPitch};
 }
 
 void DepthRenderer::xLookAround(const People& people) {
   walls.clear();
   columns.clear();
-  isPlain = true;
   const auto middle = static_cast<float>(middleColumn);
   for (std::size_t i = 0; i <= 2 * middleColumn; ++i) {
     xLookAlong((middle - static_cast<float>(i)) * spacing, people);
@@ -100,14 +82,12 @@ void DepthRenderer::xLookAlong(float aside, const People& people) {
   const float length = std::hypot(1.0f, aside);
   const float direction = heading + std::atan(aside);
   // No row looks farther forward than along the line that is level.
-  const float reach =
-      optics.maxDepth * length * std::hypot(1.0f, std::tan(0.5f * optics.verticalFOV));
+  const float reach = optics.maxDepth * length * std::hypot(1.0f, steepest);
   walls.push_back(scene.findWall({position.x, position.y}, direction, reach) / length);
   const Ray ray{position, {std::cos(direction), std::sin(direction), 0.0f}};
   const auto add = [&](std::vector<Piece>& pieces, const std::optional<Stretch>& inside,
                        float bottom, float top) {
     if (!inside || inside->from > reach) return;
-    isPlain = false;
     pieces.push_back(
         {{inside->from / length, inside->to / length}, bottom - position.z, top - position.z});
   };
@@ -124,19 +104,17 @@ void DepthRenderer::xLookAlong(float aside, const People& people) {
 }
 
 void DepthRenderer::xDrawRow(std::uint16_t* pixels, const Row& row) {
-  const Limits seen{toMillimetres(optics.minDepth), toMillimetres(optics.maxDepth)};
+  const DepthLimits seen{toMillimetres(optics.minDepth), toMillimetres(optics.maxDepth)};
   const std::uint16_t floor = toMillimetres(xFloorDepth(row));
   if (row.forward < kLeastForward) {
     std::fill_n(pixels, size.width, seen.contain(floor) ? floor : std::uint16_t{0});
     return;
   }
   xChooseColumns(row);
-  const Limits walls = wallLimits(row, scene.getWallHeight() - position.z);
+  const DepthLimits walls = wallLimits(row, scene.getWallHeight() - position.z);
   drawPlainRow(wallOfPixel, walls, floor, seen, pixels);
-  if (isPlain) return;
-  for (std::size_t i = 0; i < wallOfPixel.size(); ++i) {
+  for (const std::size_t i : busyPixels) {
     const Column& column = columns[columnOfPixel[i]];
-    if (column.isEmpty()) continue;
     const std::uint16_t wall = walls.contain(wallOfPixel[i]) ? wallOfPixel[i] : kFarthest;
     const std::uint16_t depth = std::min(wall, toMillimetres(xDepthBefore(row, column)));
     pixels[i] = seen.contain(depth) ? depth : std::uint16_t{0};
@@ -146,12 +124,14 @@ void DepthRenderer::xDrawRow(std::uint16_t* pixels, const Row& row) {
 void DepthRenderer::xChooseColumns(const Row& row) {
   if (row.forward == columnsChosenFor) return;
   columnsChosenFor = row.forward;
+  busyPixels.clear();
   const float middle = 0.5f * static_cast<float>(size.width);
   for (std::size_t i = 0; i < columnOfPixel.size(); ++i) {
     const float away = (static_cast<float>(i) - middle) / row.forward;
     columnOfPixel[i] =
         static_cast<std::size_t>(static_cast<float>(middleColumn) + std::round(away));
     wallOfPixel[i] = toMillimetres(walls[columnOfPixel[i]] / row.forward);
+    if (!columns[columnOfPixel[i]].isEmpty()) busyPixels.push_back(i);
   }
 }
 

@@ -69,6 +69,8 @@ class QV_API DepthRenderer {
 
   const Scene& scene;
   const DepthOptics optics;
+  /** Metres up for each metre forward, along the upper edge of the image. */
+  const float steepest;
 
   // The state of the image in progress.
   cv::Size size;
@@ -82,10 +84,11 @@ class QV_API DepthRenderer {
   /** The distances forward to the wall, one for each column. */
   std::vector<float> walls;
   std::vector<Column> columns;
-  bool isPlain = true;
   /** The columns for the pixels of a row that looks so far forward. */
   std::vector<std::size_t> columnOfPixel;
   std::vector<std::uint16_t> wallOfPixel;
+  /** Those whose columns hold more than a wall. */
+  std::vector<std::size_t> busyPixels;
   float columnsChosenFor = 0.0f;
 };
 
