@@ -46,7 +46,8 @@ float castThrough(const cv::Size& size, int column, int row, const Furnished& ro
 double shareOfWrongPixels(const Math::Transform& camera, float tolerance) {
   const Furnished room;
   DepthRenderer sut(room.scene, kOptics);
-  cv::Mat_<std::uint16_t> image(120, 160);
+  // No whole number of vectors to a row.
+  cv::Mat_<std::uint16_t> image(120, 157);
   sut.render(image, camera, room.people);
   int wrong = 0;
   for (int row = 0; row < image.rows; ++row) {
