@@ -18,8 +18,9 @@ struct DepthLimits {
 };
 
 /**
- * Writes a row of a picture where there are only walls and the floor: the nearer of both, 0 unless `seen`
- * contains it. A wall counts if `wallLimits` contain it. All in millimetres, as many pixels as walls.
+ * Writes a row of a picture where there are only walls and the floor: the nearer of both, 0 unless
+ * `seen` contains it. A wall counts if `wallLimits` contain it. All in millimetres, as many pixels
+ * as walls.
  */
 void drawPlainRow(const std::vector<std::uint16_t>& walls, DepthLimits wallLimits,
                   std::uint16_t floor, DepthLimits seen, std::uint16_t* pixels);
