@@ -1,5 +1,6 @@
 #pragma once
 
+#include "platform/api.h"
 #include "platform/math/pose2d.h"
 #include "platform/navigation/occupancy_map.h"
 
@@ -7,9 +8,10 @@ namespace QV::session {
 
 /**
  * Drives a robot at random in free space: straight on while there is room, otherwise a turn on the
- * spot. It uses the map, not the sensors, so sensors may be off. The map must outlive it.
+ * spot. After a whole turn without room, less is enough. It uses the map, not the sensors, so
+ * sensors may be off. The map must outlive it.
  */
-class Wanderer {
+class QV_API Wanderer {
  public:
   explicit Wanderer(const OccupancyMap& map) : map(map) {}
 
@@ -18,12 +20,21 @@ class Wanderer {
   Math::Pose2D step(const Math::Pose2D& pose, const Math::Pose2D& velocity);
 
  private:
-  bool xIsFree(const Math::Pose2D& pose) const;
+  void xTurn(const Math::Pose2D& pose);
+  bool xHasWay(const Math::Pose2D& pose);
+  /** Looks at a share of the room that a robot with space around it wants. */
+  bool xIsFree(const Math::Pose2D& pose, float share) const;
 
   const OccupancyMap& map;
   Math::Pose2D wanted;
   float turn = 0.0f;
   int turnsLeft = 0;
+  /** The last turn's. */
+  float side = 0.0f;
+  /** Since this turn, or this drive, began. */
+  int steps = 0;
+  /** With which a turn may end. */
+  float room = 1.0f;
 };
 
 }  // namespace QV::session
