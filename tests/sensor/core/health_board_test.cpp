@@ -16,7 +16,7 @@ using Fake = test::FakeSensor;
 
 constexpr int kCycles = 300;
 /** The number of times that somebody asks in each cycle. */
-constexpr int kQuestions = 20;
+constexpr int kQuestions = 50;
 
 /** The time of our clock after so many cycles of 100 ms, in ms. */
 const std::map<const char*, std::function<double(double cycles)>> kClocks{
