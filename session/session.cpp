@@ -60,7 +60,7 @@ Snapshot Session::look() {
   snapshot.velocity = robot.getVelocity();
   snapshot.goal = parts->driver.getGoal();
   snapshot.route = parts->driver.getRoute();
-  snapshot.sensors = parts->sensorLook.look();
+  parts->sensorLook.look(snapshot);
   snapshot.frame = robot.getFrame();
   snapshot.map = robot.getMap();
   snapshot.people = robot.getPeople();

@@ -127,6 +127,8 @@ struct QV_API Snapshot {
   std::vector<Math::Position2D> route;
   /** The sensors, by family and name. */
   std::vector<SensorState> sensors;
+  /** The sensors of the description that could not be built, by name, and why. */
+  std::map<std::string, sensor::SensorHealth> unbuilt;
   /** The frame that records place their sensors in. */
   Frame frame = Frame::map;
   /** The map; null for a robot that has none: a recorded one is in the frame of its log. */

@@ -71,20 +71,23 @@ const char* resultOf(const session::CheckedSensor& sensor) {
   return isHealthAlone ? getName(sensor.health.state) : getName(sensor.verdict);
 }
 
-// A sensor whose records pass may still have the health "late" or "suspect".
+// Where both found the same, health names figure and limit. A sensor whose records pass may still
+// have the health "late" or "suspect".
 std::string whyOf(const session::CheckedSensor& sensor) {
-  if (!sensor.why.empty() || !isFault(sensor.health.state)) return sensor.why;
-  return sensor.health.reason;
+  if (!isFault(sensor.health.state)) return sensor.why;
+  const bool isSame = std::string(resultOf(sensor)) == getName(sensor.health.state);
+  return isSame || sensor.why.empty() ? sensor.health.reason : sensor.why;
 }
 
 void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, long failed) {
-  outlets::Table table({"sensor", "family", "result", "health", ">records", ">points", "why"});
+  outlets::Table table(
+      {"sensor", "family", "result", "health", ">records", ">points", "why", "remedy"});
   for (const auto& sensor : sensors) {
     table.add({sensor.name, sensor.family, resultOf(sensor), getName(sensor.health.state),
                std::to_string(sensor.records), std::to_string(sensor.points),
-               ko::log::onOneLine(whyOf(sensor))});
+               ko::log::onOneLine(whyOf(sensor)), sensor.health.remedy});
   }
-  table.dropFirst({"points", "records", "family"});
+  table.dropFirst({"remedy", "points", "records", "family"});
   table.print(std::cout, getLineWidth());
   std::cout << (static_cast<long>(sensors.size()) - failed) << " of " << sensors.size()
             << " sensors work" << (isInterrupted() ? "; interrupted before the others" : "");

@@ -10,6 +10,7 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/commands/listed_json.h"
+#include "apps/output/health_text.h"
 #include "apps/output/notes.h"
 #include "apps/output/quiet_log.h"
 #include "apps/subscriber.h"
@@ -119,7 +120,7 @@ void listHealth(const CommonOptions& options, outlets::Format format) {
   outlets::JsonList list(std::cout, format);
   outlets::Table table({"sensor", "health", "reason", "remedy"});
   for (const auto& [name, health] : session->getManager().getHealth()) {
-    table.add({name, getName(health.state), ko::log::onOneLine(health.reason), health.remedy});
+    table.add({name, getName(health.state), healthText(health, ko::Clock::now()), health.remedy});
     list.add({{"sensorName", name}, {"health", outlets::toJson(health)}});
   }
   list.finish();

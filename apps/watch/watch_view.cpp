@@ -5,6 +5,7 @@
 #include <iterator>
 #include <sstream>
 
+#include "apps/output/health_text.h"
 #include "outlets/files/internal/table.h"
 #include "platform/ko/log.h"
 #include "session/internal/number_text.h"
@@ -44,8 +45,8 @@ std::size_t countPoints(const session::SensorState& sensor) {
   return count;
 }
 
-std::string describeTrouble(const session::SensorState& sensor) {
-  if (isFault(sensor.health.state)) return ko::log::onOneLine(sensor.health.reason);
+std::string describeTrouble(const session::SensorState& sensor, ko::Clock::time_point now) {
+  if (isFault(sensor.health.state)) return healthText(sensor.health, now);
   if (sensor.trouble.empty()) return {};
   return session::fixed(sensor.troubleAge, 0) + " s ago: " + ko::log::onOneLine(sensor.trouble);
 }
@@ -79,6 +80,7 @@ class Screen {
 };
 
 constexpr char kBold[] = "1";
+constexpr char kUnbuilt[] = "31";
 
 /** Inverse where keys mean it; red where something is wrong. */
 std::string styleOf(const session::SensorState& sensor, bool isChosen) {
@@ -96,17 +98,24 @@ outlets::Table watchTableOf(const WatchState& state) {
                std::to_string(sensor.subscribers.size()), std::to_string(countPoints(sensor)),
                sensor.nearest ? session::fixed(*sensor.nearest, 2) : "-",
                sensor.age ? session::fixed(*sensor.age, 2) : "-", getName(sensor.health.state),
-               describeTrouble(sensor)});
+               describeTrouble(sensor, state.seen.time)});
+  }
+  for (const auto& [name, health] : state.seen.unbuilt) {
+    table.add({name, "", "", "", "", "", "", "", "", getName(health.state),
+               healthText(health, state.seen.time)});
   }
   table.dropFirst(
       {"family", "subscribers", "points", "started", "enabled", "diagnosis", "age s", "health"});
   return table;
 }
 
-// The table may cut the reason of the chosen sensor; here it has a line.
+// The table may cut the reason of the chosen sensor; here it has a line, and the remedy.
 std::string noteOf(const WatchState& state) {
   if (state.chosen >= state.seen.sensors.size()) return state.note;
-  const std::string trouble = describeTrouble(state.seen.sensors[state.chosen]);
+  const session::SensorState& sensor = state.seen.sensors[state.chosen];
+  std::string trouble = describeTrouble(sensor, state.seen.time);
+  if (!trouble.empty() && !sensor.health.remedy.empty())
+    trouble += ". To fix: " + sensor.health.remedy;
   return state.note.empty() || trouble.empty() ? state.note + trouble : state.note + "; " + trouble;
 }
 
@@ -128,8 +137,10 @@ std::string watchScreen(const WatchState& state, const ScreenSize& size) {
   screen.add(lines[0], kBold);
   const auto room = static_cast<std::size_t>(std::max(size.rows - kOtherLines, 1));
   const std::size_t first = state.chosen < room ? 0 : state.chosen - room + 1;
-  for (std::size_t i = first; i < std::min(first + room, state.seen.sensors.size()); ++i) {
-    screen.add(lines[i + 1], styleOf(state.seen.sensors[i], i == state.chosen));
+  const std::size_t sensors = state.seen.sensors.size();
+  for (std::size_t i = first; i < std::min(first + room, lines.size() - 1); ++i) {
+    screen.add(lines[i + 1],
+               i < sensors ? styleOf(state.seen.sensors[i], i == state.chosen) : kUnbuilt);
   }
   screen.add(noteOf(state));
   screen.add(keyHelpFor(size.columns));

@@ -55,6 +55,13 @@ py::list sensorsOf(const SnapshotView& view) {
   return list;
 }
 
+py::dict unbuiltOf(const SnapshotView& view) {
+  py::dict unbuilt;
+  for (const auto& [name, health] : view.snapshot->unbuilt)
+    unbuilt[py::str(name)] = toPython(health);
+  return unbuilt;
+}
+
 py::list touchesOf(const SnapshotView& view) {
   py::list list;
   for (const auto& touch : view.snapshot->touches) list.append(touch.name);
@@ -160,7 +167,10 @@ The state of a robot and its world at one moment. It never changes.)");
       .def_property_readonly("faults", of(&Snapshot::faults),
                              "dict[str, FaultKind]: The faults in force, by sensor.")
       .def_property_readonly("sensors", &sensorsOf,
-                             "list[SensorState]: The sensors, in the order of family and name.");
+                             "list[SensorState]: The sensors, in the order of family and name.")
+      .def_property_readonly("unbuilt", &unbuiltOf,
+                             "dict[str, Health]: The sensors of the description that could not be "
+                             "built, and why.");
   bindSurroundings(snapshot);
 }
 

@@ -16,9 +16,9 @@ constexpr ko::Duration kHistory{1'000'000'000};
 
 }  // namespace
 
-std::vector<SensorState> SensorLook::look() {
+void SensorLook::look(Snapshot& snapshot) {
   auto& manager = robot.getManager();
-  std::vector<SensorState> sensors;
+  std::vector<SensorState>& sensors = snapshot.sensors;
   std::map<std::string, std::size_t> byName;
   for (const auto& [family, names] : manager.getAllSensorsByFamily()) {
     for (const std::string& name : names) {
@@ -35,14 +35,20 @@ std::vector<SensorState> SensorLook::look() {
     xLookAtRecord(record, sensors[found->second]);
     sensors[found->second].records.push_back(std::move(record));
   }
-  const auto health = manager.getHealth();
   for (SensorState& sensor : sensors) {
-    const auto found = health.find(sensor.name);
-    if (found != health.end()) sensor.health = found->second;
     sensor.nearest = sensor.marks.nearest;
     sensor.rate = xMeasureRate(sensor.name);
   }
-  return sensors;
+  xLookAtHealth(snapshot);
+}
+
+// The manager knows the health of sensors, too, that it could not build.
+void SensorLook::xLookAtHealth(Snapshot& snapshot) const {
+  snapshot.unbuilt = robot.getManager().getHealth();
+  for (SensorState& sensor : snapshot.sensors) {
+    const auto known = snapshot.unbuilt.extract(sensor.name);
+    if (known) sensor.health = known.mapped();
+  }
 }
 
 void SensorLook::xLookAtSwitches(SensorState& sensor) {

@@ -17,8 +17,8 @@ class SensorLook {
  public:
   SensorLook(SessionRobot& robot, const Switches& switches) : robot(robot), switches(switches) {}
 
-  /** Returns the state of each sensor now, by family and name. */
-  std::vector<SensorState> look();
+  /** Adds the sensors, in their present state. */
+  void look(Snapshot& snapshot);
 
   /** Notes the robot's pose. Call it often: records are placed with the pose at their time. */
   void notePose();
@@ -36,6 +36,7 @@ class SensorLook {
   };
 
   void xLookAtSwitches(SensorState& sensor);
+  void xLookAtHealth(Snapshot& snapshot) const;
   void xLookAtRecord(const Math::MetricalData& record, SensorState& sensor) const;
   bool xIsNoteDue() const { return ko::Clock::now() >= noteNext; }
   void xNote(const Records& records);

@@ -32,13 +32,19 @@ std::vector<std::string> wordsIn(const std::string& text) {
 
 const std::vector<HealthCase> kHealthCases{
     {"list --health", "FrontLaser:delayed", 0,
-     "\nFrontLaser +late +its record is 0\\.[0-9]+ s old, limit 0\\.40 s +ends when good "
+     "\nFrontLaser +late +its record is 0\\.[0-9]+ s old, limit 0\\.40 s \\(for 2\\.[0-9] s\\) "
+     "+ends when good "
      "records come; check the driver\n",
      "FrontLaser:age=off", "\nFrontLaser +sound +its records are fresh"},
     {"watch --once", "BackSonar:off", 1, "\nBackSonar .* 0 +- +- +starting\n", "Sonar:start=0.1",
      "\nBackSonar .* 0 +- +- +silent +no fresh record since it started 0\\.[0-9]+ s ago, limit "
      "0\\.10 s",
      1},
+    {"check --subscribe FrontLaser", "FrontLaser:delayed", 1,
+     "\nFrontLaser +Laser +late +late +[0-9]+ +[0-9]+ +its record is 0\\.[0-9]+ s old, limit "
+     "0\\.40 s +"
+     "ends when good records come",
+     "age=off", "\nFrontLaser +Laser +late +sound +[0-9]+ +[0-9]+ +0\\.[0-9]+ s old\n", 1},
     {"check --subscribe BlindZone", "BlindZone:garbage", 1,
      "\nBlindZone +BlindZone +noisy +noisy +[0-9]+ +[0-9]+ +its answer changed [0-9]+ times in "
      "its last 20 readings, limit 5",

@@ -15,13 +15,14 @@ WatchState exampleState() {
   state.chosen = 1;
   state.note = "Sonar: disabled";
   state.seen.title = "Robot";
+  state.seen.time = ko::Clock::time_point(milliseconds(3000));
   state.seen.pose = {1.0f, 2.0f, 0.5f};
   session::SensorState laser{"Laser", "Laser", false, true, false, {"a", "b"}};
   laser.trouble = "no \x1b[2J\nscan";
   laser.troubleAge = 3.4;
   session::SensorState sonar{"Sonar", "Sonar", true, false, true, {"a"}};
   sonar.age = 0.25;
-  sonar.health = {sensor::HealthState::late, {}, "its record is old"};
+  sonar.health = {sensor::HealthState::late, {}, "its record is old", "wait", 2};
   sonar.nearest = 0.5f;
   sonar.records.resize(1);
   sonar.records[0].points.resize(15);
@@ -46,20 +47,27 @@ long countLetters(const std::string& text) {
 }
 
 TEST(WatchView, aTableShowsEverySensor) {
-  EXPECT_EQ(watchTable(exampleState()),
+  WatchState state = exampleState();
+  state.seen.unbuilt["Left"] = {sensor::HealthState::failing, {}, "it could not be built", {}, 1};
+  EXPECT_EQ(watchTable(state),
             "sensor  family  enabled  diagnosis  started  subscribers  points  nearest m  age s  "
-            "health  reason, or last error\n"
+            "health   reason, or last error\n"
             "Laser   Laser   yes      bad        no                 2       0          -      -  "
-            "off     3 s ago: no \\x1b[2J\\nscan\n"
+            "off      3 s ago: no \\x1b[2J\\nscan\n"
             "Sonar   Sonar   no       good       yes                1      15       0.50   0.25  "
-            "late    its record is old\n");
+            "late     its record is old (for 3.0 s, 2 times so far)\n"
+            "Left                                                                                "
+            "failing  it could not be built (for 3.0 s)\n");
 }
 
 TEST(WatchView, aScreenShowsTheChosenSensorTheNoteAndTheKeys) {
-  EXPECT_THAT(linesOf(watchScreen(exampleState(), {200, 24})),
-              ElementsAre("\x1b[1mRobot at 1.00, 2.00 m, 0.50 rad", StartsWith("\x1b[1msensor  "),
-                          StartsWith("\x1b[31mLaser  "), StartsWith("\x1b[31;7mSonar  "),
-                          "\x1b[0mSonar: disabled; its record is old", HasSubstr("q: quit")));
+  EXPECT_THAT(
+      linesOf(watchScreen(exampleState(), {200, 24})),
+      ElementsAre(
+          "\x1b[1mRobot at 1.00, 2.00 m, 0.50 rad", StartsWith("\x1b[1msensor  "),
+          StartsWith("\x1b[31mLaser  "), StartsWith("\x1b[31;7mSonar  "),
+          "\x1b[0mSonar: disabled; its record is old (for 3.0 s, 2 times so far). To fix: wait",
+          HasSubstr("q: quit")));
 }
 
 TEST(WatchView, aScreenIsNeverLargerThanItsTerminal) {
@@ -101,7 +109,8 @@ TEST(WatchView, a60ColumnTableIsContinuedBelow) {
             "sensor  nearest m  health  reason, or last error\n"
             "Laser           -  off     3 s ago: no \\x1b[2J\\nscan\n"
             "Sonar        0.50  late    its record is 0.62 s old, and the\n"
-            "                           limit is 0.40 s\n");
+            "                           limit is 0.40 s (for 3.0 s, 2\n"
+            "                           times so far)\n");
 }
 
 TEST(KeyReader, readsSplitEscapeSequencesAndSkipsUnknownOnes) {

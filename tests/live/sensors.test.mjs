@@ -1,5 +1,8 @@
 // The panel of sensors: hardware starts with the first subscriber and stops with the last.
 import assert from 'node:assert/strict';
+import { mkdtempSync, rmSync, writeFileSync } from 'node:fs';
+import { tmpdir } from 'node:os';
+import path from 'node:path';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
 import { LivePage, launch } from './support/browser.mjs';
 import { findOutline, untilPixels } from './support/canvas.mjs';
@@ -109,6 +112,19 @@ test('a fault set from the menu is shown clearly and can be ended', async () => 
   await live.switchOf('FrontSonar', 'Diagnosis').click();
   await badge('FrontSonar').getByText('sound').waitFor();
   await reason('FrontSonar').waitFor({ state: 'hidden' });
+});
+
+test('a sensor that could not be built is shown with the reason', async () => {
+  const folder = mkdtempSync(path.join(tmpdir(), 'qv_unbuilt_'));
+  const robot = path.join(folder, 'robot.urdf');
+  writeFileSync(robot, '<robot name="r"><kind code="1"/><link name="base"/><sensor name="Lost" type="8"/></robot>');
+  const other = await serve(['--robot', robot]);
+  const page = await LivePage.open(browser, other.url);
+  await page.row('Lost').getByText(/^it could not be built: .* its model is incomplete\. To fix: correct the description/).waitFor();
+  assert.equal(await page.page.locator('#sensors-ill').textContent(), '1 not sound');
+  await page.close();
+  await other.stop();
+  rmSync(folder, { recursive: true });
 });
 
 test('a click on a row, or on a point of the map, opens the record', async () => {

@@ -36,6 +36,7 @@ session::Snapshot exampleSnapshot() {
   busy.view = session::SensorState::View{{1.0f, 2.0f, 0.0f}, {0.1f, 5.0f, 1.05f, 15}};
   busy.marks.hits = {{0.12345f, 1.0f, 0.0f}, {NAN, 2.0f, 0.0f}};
   snapshot.sensors = {idle, busy};
+  snapshot.unbuilt = {{"Lost", {sensor::HealthState::failing, ko::Clock::now(), "no key", "", 1}}};
   return snapshot;
 }
 
@@ -50,6 +51,7 @@ TEST(LiveMessages, aStateHasNullForMissingValues) {
   EXPECT_EQ(state["route"], json::parse("[[1.0,2.0],[1.5,2.0]]"));
   EXPECT_EQ(state["people"], json::parse("[[3.0,4.0]]"));
   EXPECT_EQ(state["touches"], json::parse(R"([{"name":"Bumper","x":1.0,"y":1.0,"since":0.25}])"));
+  EXPECT_EQ(state["unbuilt"]["Lost"]["reason"], "no key");
   EXPECT_EQ(state["sensors"][0]["age"], nullptr);
   EXPECT_EQ(state["sensors"][0]["trouble"], "\xef\xbf\xbd gone");
   EXPECT_EQ(state["sensors"][0]["fieldOfView"], nullptr);

@@ -54,6 +54,12 @@ Json toJson(const session::SensorState& sensor) {
           {"points", std::move(points)}};
 }
 
+Json toJson(const std::map<std::string, sensor::SensorHealth>& unbuilt) {
+  Json object = Json::object();
+  for (const auto& [name, health] : unbuilt) object[name] = QV::outlets::toJson(health);
+  return object;
+}
+
 Json toJson(const session::TouchState& touch) {
   return {{"name", touch.name},
           {"x", rounded(touch.position.x)},
@@ -94,6 +100,7 @@ std::string pageStateOf(const session::Snapshot& snapshot) {
                  {"goal", toJson(snapshot.goal)},
                  {"route", pairsOf(snapshot.route)},
                  {"sensors", toArray(snapshot.sensors)},
+                 {"unbuilt", toJson(snapshot.unbuilt)},
                  {"people", pairsOf(snapshot.people)},
                  {"touches", toArray(snapshot.touches)},
                  {"faults", snapshot.faults}});

@@ -5,6 +5,7 @@ import { byId, make, setText } from './dom.js';
 import { SensorRow } from './sensor_row.js';
 import { severityOf } from './sensor_trouble.js';
 import { explain } from './tooltip.js';
+import { unbuiltSections } from './unbuilt_sensors.js';
 
 export class SensorPanel {
   #send;
@@ -43,15 +44,15 @@ export class SensorPanel {
     this.#isNew = true;
   }
 
-  setState({ sensors, faults }) {
+  setState({ sensors, unbuilt, faults }) {
     this.#sensors = sensors;
     if (this.#isNew) this.#askAgain();
-    const names = sensors.map(({ family, name }) => `${family}/${name}`).join('\n');
-    if (names !== this.#built) this.#build(sensors);
+    const names = [...sensors.map(({ family, name }) => `${family}/${name}`), ...Object.keys(unbuilt)].join('\n');
+    if (names !== this.#built) this.#build(sensors, unbuilt);
     this.#built = names;
     for (const sensor of sensors) this.#rows.get(sensor.name).hear(sensor, this.#subscriber, faults);
     for (const [family, count] of this.#counts) setText(count, this.#countText(sensors.filter((sensor) => sensor.family === family)));
-    this.#showTotal(sensors);
+    this.#showTotal(sensors, unbuilt);
     setText(byId('subscribe-all'), this.#areAllSubscribed() ? 'Unsubscribe from all' : 'Subscribe to all');
   }
 
@@ -78,8 +79,8 @@ export class SensorPanel {
     this.#hearInspected(name);
   }
 
-  #showTotal(sensors) {
-    const ill = sensors.filter((sensor) => severityOf(sensor) !== '').length;
+  #showTotal(sensors, unbuilt) {
+    const ill = sensors.filter((sensor) => severityOf(sensor) !== '').length + Object.keys(unbuilt).length;
     setText(byId('sensors-count'), this.#countText(sensors));
     setText(byId('sensors-ill'), ill > 0 ? `${ill} not sound` : '');
   }
@@ -118,13 +119,14 @@ export class SensorPanel {
     for (const name of names.filter((known) => this.#wanted.has(known))) this.#subscribe(name, true);
   }
 
-  #build(sensors) {
+  #build(sensors, unbuilt) {
     this.#rows.clear();
     this.#groups.clear();
     this.#counts.clear();
     const families = new Set([...this.#families, ...sensors.map(({ family }) => family)]);
     const groups = [...families].map((family) => [family, sensors.filter((sensor) => sensor.family === family)]);
-    byId('sensor-list').replaceChildren(...groups.filter(([, members]) => members.length > 0).map(([family, members]) => this.#group(family, members)));
+    const sections = groups.filter(([, members]) => members.length > 0).map(([family, members]) => this.#group(family, members));
+    byId('sensor-list').replaceChildren(...sections, ...unbuiltSections(unbuilt));
     this.#paint();
   }
 

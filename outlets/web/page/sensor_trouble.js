@@ -15,10 +15,16 @@ export function severityOf({ health }) {
   return isFault(health) ? 'warning' : '';
 }
 
+/** Returns the text, and how to mend what it says. */
+export function remedied(text, { remedy }) {
+  return remedy === '' ? text : `${text.replace(/\.$/, '')}. To fix: ${remedy}`;
+}
+
 export function reasonOf({ health }) {
   if (!isFault(health)) return '';
   const since = `for ${Math.max(0, Math.floor(health.since))} s`;
-  return health.remedy === '' ? `${health.reason} (${since})` : `${health.reason} (${since}). To fix: ${health.remedy}`;
+  const times = health.times > 1 ? `, ${health.times} times so far` : '';
+  return remedied(`${health.reason} (${since}${times})`, health);
 }
 
 // Seconds for which a last error stays if health does not tell that it is over.

@@ -7,6 +7,7 @@
 #include "outlets/internal/seen_places.h"
 #include "ros2/messages/report_msgs.h"
 #include "ros2/recording/internal/conversions.h"
+#include "ros2/recording/internal/health_statuses.h"
 #include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
@@ -99,24 +100,6 @@ bool isState(const session::SensorState& sensor, const qv_msgs::SensorState& wri
   return sensor.name == written.name && sensor.started == written.started &&
          sensor.enabled == written.enabled && sensor.diagnosis == written.diagnosis &&
          std::ranges::equal(sensor.subscribers, written.subscribers);
-}
-
-diagnostic_msgs::DiagnosticStatus statusOf(const session::SensorState& sensor) {
-  using sensor::HealthState;
-  constexpr std::byte kWarning{1};
-  constexpr std::byte kError{2};
-  const sensor::SensorHealth& health = sensor.health;
-  diagnostic_msgs::DiagnosticStatus status;
-  if (isFault(health.state)) {
-    status.level = health.state < HealthState::silent ? kWarning : kError;
-  }
-  status.name = sensor.name;
-  status.message = getName(health.state);
-  if (!health.reason.empty()) status.message += ": " + health.reason;
-  status.hardware_id = sensor.family;
-  if (!health.remedy.empty()) status.values.push_back({"remedy", health.remedy});
-  status.values.push_back({"times", std::to_string(health.times)});
-  return status;
 }
 
 }  // namespace
@@ -254,14 +237,12 @@ void RecordTopics::xWriteHealth(const session::Snapshot& snapshot) {
   const auto isKnown = [](const session::SensorState& sensor, const auto& known) {
     return sensor.name == known.first && sensor.health.state == known.second;
   };
-  if (std::ranges::equal(snapshot.sensors, lastHealth, isKnown)) return;
-  lastHealth.clear();
-  diagnostic_msgs::DiagnosticArray message;
-  message.header = headerOf(snapshot.time, names.ofBase());
-  for (const auto& sensor : snapshot.sensors) {
-    lastHealth.emplace_back(sensor.name, sensor.health.state);
-    message.status.push_back(statusOf(sensor));
-  }
+  if (lastHealth && std::ranges::equal(snapshot.sensors, *lastHealth, isKnown)) return;
+  lastHealth.emplace();
+  for (const auto& sensor : snapshot.sensors)
+    lastHealth->emplace_back(sensor.name, sensor.health.state);
+  const diagnostic_msgs::DiagnosticArray message{headerOf(snapshot.time, names.ofBase()),
+                                                 statusesOf(snapshot)};
   sink.write(diagnostics, logTimeOf(snapshot.time), message);
 }
 

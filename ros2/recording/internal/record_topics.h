@@ -1,6 +1,7 @@
 #pragma once
 
 #include <map>
+#include <optional>
 #include <set>
 #include <string>
 #include <utility>
@@ -30,7 +31,7 @@ class QV_API RecordTopics {
   void announce(const std::set<std::string>& sensors);
   void write(const session::Snapshot& snapshot);
   /** The next snapshot's health is written in any case. */
-  void repeatHealth() { lastHealth.clear(); }
+  void repeatHealth() { lastHealth.reset(); }
 
  private:
   /** True if a sensor's points go into a cloud as they are, and not into its records. */
@@ -63,7 +64,7 @@ class QV_API RecordTopics {
   bool hasNewViews = false;
   bool hasShownPeople = false;
   qv_msgs::SensorStates lastStates;
-  std::vector<std::pair<std::string, sensor::HealthState>> lastHealth;
+  std::optional<std::vector<std::pair<std::string, sensor::HealthState>>> lastHealth;
 };
 
 }  // namespace QV::ros2

@@ -66,7 +66,9 @@ void HealthBoard::setOn(bool on) {
   isOn = on;
   xWatchAll(on && isAsked);
   // Notes from before the pause are outdated.
-  settledAt = ko::Clock::now() + kSettling;
+  const Time now = ko::Clock::now();
+  settledAt = now + kSettling;
+  xNoteTick(now);
 }
 
 void HealthBoard::beAsked() {
@@ -84,8 +86,7 @@ void HealthBoard::xWatchAll(bool on) const {
 void HealthBoard::setRefreshed(bool on) {
   const Lock lock(mutex);
   isRefreshed = on;
-  judgedAt = ko::Clock::now();
-  judgedByMachine = std::chrono::steady_clock::now();
+  xNoteTick(ko::Clock::now());
 }
 
 void HealthBoard::noteDeviceTime(Time time) {

@@ -10,7 +10,6 @@
 #include <mutex>
 #include <optional>
 #include <string>
-#include <utility>
 #include <vector>
 
 #include <boost/function.hpp>
@@ -19,6 +18,7 @@
 #include "platform/api.h"
 #include "sensor/core/internal/contradictions.h"
 #include "sensor/core/internal/health_judge.h"
+#include "sensor/core/internal/health_log.h"
 #include "sensor/core/internal/robot_motion.h"
 #include "sensor/core/sensor.h"
 #include "sensor/core/sensor_health.h"
@@ -90,6 +90,12 @@ class QV_API HealthBoard {
     /** True if it was sound when it was judged last, and nothing contradicts it. */
     bool wasSound = false;
   };
+  /** A change to be told of, and its line in the log, if it has one. */
+  struct Change {
+    std::string sensor;
+    SensorHealth health;
+    std::optional<HealthLine> line;
+  };
   using Lock = std::unique_lock<std::mutex>;
 
   /** The time after a leap of the clock, or after a pause, in which no new fault is believed. */
@@ -104,6 +110,7 @@ class QV_API HealthBoard {
   void xJudgeAll(bool isTick);
   HealthFinding xJudge(Entry& entry, const HealthMoment& moment,
                        const RobotMotion::State* moved) const;
+  void xNoteTick(ko::Clock::time_point now);
   void xNoteJump(ko::Clock::time_point now);
   bool xIsTimeToCompare(ko::Clock::time_point now) const;
   void xCompareViews(ko::Clock::time_point now);
@@ -112,6 +119,7 @@ class QV_API HealthBoard {
                const HealthMoment& moment);
   bool xIsHeld(const Entry& entry, const HealthFinding& finding, ko::Clock::time_point now) const;
   SensorHealth xTell(const Entry& entry) const;
+  std::int64_t xFindRelatedSince(const Entry& entry) const;
   std::optional<ko::log::Record> xFindTrouble(const Entry& entry) const;
   void xCallBack(Lock& lock);
 
@@ -131,8 +139,9 @@ class QV_API HealthBoard {
   std::atomic<std::int64_t> deviceOffset{0};
   std::atomic<std::int64_t> deviceNotedAt{0};
 
-  ko::Clock::time_point judgedAt;
-  std::chrono::steady_clock::time_point judgedByMachine;
+  /** The last tick, by our clock and by the machine's. */
+  ko::Clock::time_point tickAt;
+  std::chrono::steady_clock::time_point tickByMachine;
   /** The end of that time. */
   ko::Clock::time_point settledAt;
   ko::Clock::time_point comparedAt;
@@ -142,7 +151,8 @@ class QV_API HealthBoard {
   double comparedMotion = 0.0;
 
   Callback callback;
-  std::list<std::pair<std::string, SensorHealth>> changes;
+  HealthLog log;
+  std::list<Change> changes;
   bool isCallingBack = false;
   std::mutex mutex;
 };

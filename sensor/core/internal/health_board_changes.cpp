@@ -38,10 +38,13 @@ void HealthBoard::xSettle(const std::string& name, Entry& entry, const HealthFin
   if (isByReadings(finding) && now < settledAt) return;
   if (finding.cause == HealthCause::old && !moment.isDeviceKnown) return;
   if (xIsHeld(entry, finding, now)) return;
+  const HealthState before = entry.shown.state;
   entry.shown = finding;
   entry.since = entry.foundAt = now;
   ++entry.times[indexOf(finding.state)];
-  if (callback) changes.emplace_back(name, xTell(entry));
+  SensorHealth health = xTell(entry);
+  auto line = log.lineOn(name, before, finding, health);
+  if (callback || line) changes.push_back({name, std::move(health), std::move(line)});
 }
 
 // A sensor that comes and goes is not sound each time that it comes.
@@ -64,11 +67,16 @@ SensorHealth HealthBoard::xTell(const Entry& entry) const {
   return health;
 }
 
-// An error long before has nothing to do with it.
+// An error before the last good record, or before the last call to the hardware, is over.
+std::int64_t HealthBoard::xFindRelatedSince(const Entry& entry) const {
+  if (entry.shown.goodUntil != 0) return entry.shown.goodUntil + 1;
+  return isByReadings(entry.shown) ? inNs(entry.since - kLead) : entry.sensor->callSince.load();
+}
+
 std::optional<ko::log::Record> HealthBoard::xFindTrouble(const Entry& entry) const {
   if (!hasTrouble(entry.shown.cause)) return std::nullopt;
   auto trouble = entry.sensor->getLastTrouble();
-  if (trouble && isByReadings(entry.shown) && trouble->timestamp < entry.since - kLead) return {};
+  if (trouble && inNs(trouble->timestamp) < xFindRelatedSince(entry)) return std::nullopt;
   return trouble;
 }
 
@@ -76,12 +84,14 @@ void HealthBoard::xCallBack(Lock& lock) {
   if (isCallingBack) return;
   isCallingBack = true;
   while (!changes.empty()) {
-    const auto change = std::move(changes.front());
+    const Change change = std::move(changes.front());
     changes.pop_front();
     Callback call = callback;
     lock.unlock();
     try {
-      if (call) call(change.first, change.second);
+      if (change.line)
+        ko::log::write(change.line->level, kHealthCategory, "tick", change.line->text);
+      if (call) call(change.sensor, change.health);
     } catch (const std::exception& exception) {
       ko::log::error(kHealthCategory, "onHealthChanged") << exception.what();
     } catch (...) {

@@ -10,8 +10,9 @@ namespace {
 using Time = ko::Clock::time_point;
 
 constexpr ko::Duration kHangs{200'000'000};
-// A tick that comes later than that has missed others, or the clock has jumped.
-constexpr ko::Duration kLongestTick{1'000'000'000};
+// Our clock has jumped if it gained that much on the machine's since the last tick. A simulated one
+// gains 0.2 s.
+constexpr ko::Duration kJump{250'000'000};
 constexpr ko::Duration kDeviceKnown{500'000'000};
 // The device manager is asked for its time for this long after it was needed.
 constexpr ko::Duration kAsks{2'000'000'000};
@@ -69,7 +70,8 @@ void HealthBoard::xJudgeAll(bool isTick) {
   xListGlances();
   const HealthMoment moment = xMoment();
   const Time now{ko::Duration(moment.now)};
-  xNoteJump(now);
+  if (isRefreshed) xNoteJump(now);
+  if (isTick) xNoteTick(now);
   const bool compares = isTick && xIsTimeToCompare(now);
   // All lie apart, and are out of the cache by now.
   for (const Glance& glance : glances) glance.watch->fetch(compares && glance.compares);
@@ -103,17 +105,18 @@ HealthFinding HealthBoard::xJudge(Entry& entry, const HealthMoment& moment,
   return finding;
 }
 
-// A jump of the clock is no time in which a sensor could have measured.
+void HealthBoard::xNoteTick(Time now) {
+  tickAt = now;
+  tickByMachine = std::chrono::steady_clock::now();
+}
+
+// A jump of the clock is no time in which a sensor could have measured. Both clocks are compared
+// since the last tick, however often somebody asks in between.
 void HealthBoard::xNoteJump(Time now) {
-  if (!isRefreshed) return;
   const auto machine = std::chrono::steady_clock::now();
-  const ko::Duration passed = now - judgedAt;
-  const std::int64_t byMachine = std::chrono::nanoseconds(machine - judgedByMachine).count();
-  const bool leaps = passed > kLongestTick && byMachine < passed.count() / 2;
-  const bool isBeyond = settledAt - kSettling > now;
-  if (passed < ko::Duration::zero() || leaps || isBeyond) settledAt = now + kSettling;
-  judgedAt = now;
-  judgedByMachine = machine;
+  const ko::Duration byMachine{std::chrono::nanoseconds(machine - tickByMachine).count()};
+  const bool goesBack = now < tickAt || now < settledAt - kSettling;
+  if (goesBack || now - tickAt - byMachine > kJump) settledAt = now + kSettling;
 }
 
 }  // namespace QV::sensor

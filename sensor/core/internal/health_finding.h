@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstdint>
 #include <optional>
 #include <string>
 
@@ -50,6 +51,8 @@ struct HealthFinding {
   const std::string* other = nullptr;
   /** A text of static lifetime. */
   const char* excuse = nullptr;
+  /** The time of the last good record, ns: an error until then is over. 0 if that can't be told. */
+  std::int64_t goodUntil = 0;
   /** True if the sensor has shown that it measures. */
   bool isMeasured = true;
 };

@@ -128,8 +128,10 @@ HealthFinding HealthJudge::xJudgeSilence() const {
   // Missing reads make no sensor silent, nor does a slow reading.
   const bool isAsked = moment.isRefreshed && watch.getReadingSince() == 0;
   const std::int64_t asked = isAsked ? moment.now : notes.last.readAt;
-  return xBeyond(silent, Cause::noRecord, HealthLimit::silence,
-                 static_cast<double>(asked - notes.getAnsweredAt()) * kSecondsPerNs);
+  auto finding = xBeyond(silent, Cause::noRecord, HealthLimit::silence,
+                         static_cast<double>(asked - notes.getAnsweredAt()) * kSecondsPerNs);
+  finding.goodUntil = notes.getRecordAt();
+  return finding;
 }
 
 HealthFinding HealthJudge::xJudgeNoise() const {
@@ -143,7 +145,8 @@ HealthFinding HealthJudge::xJudgeNoise() const {
 }
 
 HealthFinding HealthJudge::xJudgeRecords() const {
-  const auto old = xBeyond(late, Cause::old, HealthLimit::age, notes.isEmpty ? 0.0 : xAge());
+  auto old = xBeyond(late, Cause::old, HealthLimit::age, notes.isEmpty ? 0.0 : xAge());
+  old.goodUntil = notes.stampedAt;
   if (old.state != sound) return old;
   const auto noise = xJudgeNoise();
   if (noise.state != sound) return noise;

@@ -37,7 +37,9 @@ export async function serve(options, port = 0) {
     });
   });
   // A test that fails leaves no program behind, and does not wait for it either.
-  process.once('exit', () => program.kill());
+  const kill = () => program.kill();
+  process.once('exit', kill);
+  program.once('exit', () => process.off('exit', kill));
   for (const handle of [program, program.stdout, program.stderr]) handle.unref();
   const stop = async (signal = 'SIGTERM') => {
     program.ref();

@@ -15,14 +15,22 @@ namespace {
 using Fake = test::FakeSensor;
 
 constexpr int kCycles = 300;
+/** The number of times that somebody asks in each cycle. */
+constexpr int kQuestions = 50;
 
-/** The time of our clock in each cycle of 100 ms, in ms. */
-const std::map<const char*, std::function<int(int cycle)>> kClocks{
-    {"stops", [](int) { return 1000; }},
-    {"takes a hundredth", [](int cycle) { return 1000 + cycle; }},
-    {"takes a hundredfold", [](int cycle) { return 1000 + 10'000 * cycle; }},
-    {"jumps back", [](int cycle) { return 500'000 + 100 * cycle - 50'000 * (cycle / 30); }},
-    {"jumps ahead", [](int cycle) { return 1000 + 100 * cycle + 50'000 * (cycle / 30); }}};
+/** The time of our clock after so many cycles of 100 ms, in ms. */
+const std::map<const char*, std::function<double(double cycles)>> kClocks{
+    {"stops", [](double) { return 1000.0; }},
+    {"takes a hundredth", [](double cycles) { return 1000.0 + cycles; }},
+    {"takes a hundredfold", [](double cycles) { return 1000.0 + 10'000.0 * cycles; }},
+    {"jumps back",
+     [](double cycles) { return 5e5 + 100.0 * cycles - 5e4 * std::floor(cycles / 30.0); }},
+    {"jumps ahead", [](double cycles) { return 100.0 * cycles + 5e4 * std::floor(cycles / 30.0); }},
+    // By 0.1 s, 0.2 s, ... 0.9 s.
+    {"jumps ahead a little", [](double cycles) {
+       const double jumps = std::floor(cycles / 30.0);
+       return 100.0 * cycles + 50.0 * jumps * (jumps + 1.0);
+     }}};
 
 /** Two sensors, of which our clock dates one, and that of the hardware the other. */
 struct HealthBoardTest : testing::Test {
@@ -37,16 +45,24 @@ struct HealthBoardTest : testing::Test {
   }
 
   // Objects made before the simulated time use the machine's clock, so each test can set any time.
-  void runCycle(int milliseconds) {
-    const ko::SimulatedTime time{ko::Clock::time_point(boost::chrono::milliseconds(milliseconds))};
+  void runCycle(const std::function<double(double part)>& clock) {
+    for (int i = 0; i < kQuestions; ++i) {
+      const ko::SimulatedTime time{timeOf(clock(static_cast<double>(i) / kQuestions))};
+      if (i == 0) refresh();
+      for (const auto& [name, health] : sut.getAll()) {
+        if (isFault(health.state)) faults[name] = health.reason;
+      }
+    }
+  }
+  static ko::Clock::time_point timeOf(double milliseconds) {
+    return ko::Clock::time_point(ko::Duration(static_cast<std::int64_t>(milliseconds * 1e6)));
+  }
+  void refresh() {
     hardwareTime += boost::chrono::milliseconds(100);
     if (sut.asksDeviceTime()) sut.noteDeviceTime(hardwareTime);
     sut.tick();
     for (const auto& [name, sensor] : sensors) sensor->getData();
     sut.tick();
-    for (const auto& [name, health] : sut.getAll()) {
-      if (isFault(health.state)) faults[name] = health.reason;
-    }
   }
 
   test::FakeManager manager;
@@ -60,14 +76,21 @@ struct HealthBoardTest : testing::Test {
 TEST_F(HealthBoardTest, ignoresFaultsCausedByTheProcessClockAlone) {
   for (const auto& [what, clock] : kClocks) {
     SCOPED_TRACE(what);
-    for (int cycle = 0; cycle < kCycles; ++cycle) runCycle(clock(cycle));
+    for (int cycle = 0; cycle < kCycles; ++cycle) {
+      runCycle([&clock, cycle](double part) { return clock(cycle + part); });
+    }
     EXPECT_THAT(faults, IsEmpty());
     // Faults are detected again when the clock is right.
+    const auto runRight = [this, end = clock(kCycles - 1.0 / kQuestions)](int from, int until) {
+      for (int cycle = from; cycle < until; ++cycle) {
+        runCycle([end, cycle](double part) { return end + 100.0 * (cycle + part); });
+      }
+    };
     hardware->hasRecord = false;
-    for (int cycle = 1; cycle <= 20; ++cycle) runCycle(clock(kCycles - 1) + 100 * cycle);
+    runRight(0, 20);
     EXPECT_THAT(faults, ElementsAre(testing::Pair("Hardware", StartsWith("no record for "))));
     hardware->hasRecord = true;
-    for (int cycle = 21; cycle <= 50; ++cycle) runCycle(clock(kCycles - 1) + 100 * cycle);
+    runRight(20, 50);
     faults.clear();
   }
 }
