@@ -105,9 +105,9 @@ class Page:
             expected = [130]
         else:
             process = self.start(command + " --once" if " watch " in command else command)
-        # Status 1: a sensor doesn't work, or the robot of this graph can't drive the path.
-        if " check " in command or " drive --from-ros2 " in command:
-            expected = [0, 1]
+        # A fault is found, and the robot of this graph can't drive the path.
+        if " check " in command and " --fault " in command or " drive --from-ros2 " in command:
+            expected = [1]
         try:
             said += process.communicate(timeout=SECONDS)[0]
         except subprocess.TimeoutExpired:
