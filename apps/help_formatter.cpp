@@ -21,10 +21,14 @@ std::string HelpFormatter::make_option_opts(const CLI::Option* option) const {
   const std::string type = get_label(option->get_type_name());
   const bool isFlag = option->get_expected_max() == 0;
   if (!type.empty()) text += isFlag ? "[=" + type + "]" : " " + type;
-  if (!option->get_default_str().empty()) text += '=' + option->get_default_str();
   if (option->get_expected_max() == CLI::detail::expected_max_vector_size) text += " ...";
   if (option->get_required()) text += " (required)";
   return text;
+}
+
+std::string HelpFormatter::make_option_desc(const CLI::Option* option) const {
+  const std::string standard = option->get_default_str();
+  return option->get_description() + (standard.empty() ? "" : " (default: " + standard + ")");
 }
 
 }  // namespace QV::app

@@ -15,8 +15,11 @@ class HelpFormatter : public CLI::Formatter {
   /** Returns an option's names. */
   std::string make_option_name(const CLI::Option* option, bool isPositional) const override;
 
-  /** Returns an option's type and default, and whether it may be repeated or is required. */
+  /** Returns an option's type, and whether it may be repeated or is required. */
   std::string make_option_opts(const CLI::Option* option) const override;
+
+  /** Returns an option's description and default. */
+  std::string make_option_desc(const CLI::Option* option) const override;
 };
 
 }  // namespace QV::app

@@ -189,6 +189,7 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"read", "--log-level", "loud"},
        "--log-level: silent, fatal, error, warning, info or verbose expected, \"loud\" given"},
       {{"help", "fly"}, "no command \"fly\"; the commands are list, "},
+      {{"help", "read", "fly"}, "qvsensors read has no commands, \"fly\" given"},
       {{"completion", "csh"}, "SHELL: bash, zsh or fish expected, \"csh\" given"},
       {{"stream", "--speed", "0"}, "--speed: a number above 0 or max expected, \"0\" given"},
       {{"stream", "--rate", "1e300"}, "up to 1000000 expected, 1e+300 given"},
@@ -341,6 +342,9 @@ TEST_F(ProgramTest, everyCommandHasHelp) {
     EXPECT_THAT(result.out, HasSubstr("--kind"));
   }
   EXPECT_THAT(run({"replay", "--help"}).out, HasSubstr("CARMEN log"));
+  EXPECT_THAT(run({"serve", "--help"}).out,
+              testing::AllOf(HasSubstr("--use-sim-time[=true|false] use /clock"),
+                             HasSubstr("port of the server; 0: any free port (default: 8765)\n")));
   EXPECT_EQ(run({"help", "map", "info"}).out, run({"map", "info", "--help"}).out);
   EXPECT_THAT(run({"help"}).out, HasSubstr("stream"));
   EXPECT_EQ(run({"-V"}).out, run({"--version"}).out);
