@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 
 #include <CLI/CLI.hpp>
@@ -13,11 +12,14 @@ class HelpFormatter : public CLI::Formatter {
   std::string make_help(const CLI::App* app, std::string name,
                         CLI::AppFormatMode mode) const override;
 
-  /** Returns an option's type and default, and whether it may be repeated or is required. */
-  std::string make_option_opts(const CLI::Option* option) const override;
-};
+  /** Returns an option's names. */
+  std::string make_option_name(const CLI::Option* option, bool isPositional) const override;
 
-/** Folds lines longer than `width` at words, each under its own text; 0 folds none. */
-std::string foldLines(const std::string& text, std::size_t width);
+  /** Returns an option's type, and whether it may be repeated or is required. */
+  std::string make_option_opts(const CLI::Option* option) const override;
+
+  /** Returns an option's description and default. */
+  std::string make_option_desc(const CLI::Option* option) const override;
+};
 
 }  // namespace QV::app

@@ -1,3 +1,5 @@
+#include <algorithm>
+#include <cerrno>
 #include <cstdio>
 #include <dlfcn.h>
 #include <string>
@@ -5,9 +7,13 @@
 #include <unistd.h>
 
 #include "apps/entry.h"
+#include "apps/guides/answers.h"
+#include "apps/output/lines.h"
+#include "platform/ko/internal/write_error.h"
 
-// All commands, and the hundred libraries that they stand on, are in a library of their own: it is
-// loaded only when there is something for it to do.
+// All commands, and the fifty libraries that they stand on, are in a library of their own: it is
+// loaded only when there is something for it to do. Help and the like were written down when the
+// program was built.
 namespace {
 
 using Entry = decltype(&QV::app::runQvsensors);
@@ -31,14 +37,36 @@ void* load() {
   return dlopen(QV_PROGRAM_LIBRARY, RTLD_LAZY);
 }
 
-bool asksForVersion(std::string_view word) {
-  return word == "--version" || word == "-V";
+std::string wordsOf(int argc, char** argv) {
+  std::string words;
+  for (int i = 1; i < argc; ++i) words.append(i > 1 ? "\n" : "").append(argv[i]);
+  return words;
+}
+
+// Texts name the program, so under another name the library writes them.
+bool hasOwnName(std::string_view path) {
+  return path.substr(path.rfind('/') + 1) == "qvsensors";
+}
+
+/** Prints an answer; returns the exit status. */
+int say(const QV::app::Answer& answer) {
+  const std::string text(answer.text);
+  const std::size_t width = answer.isFolded ? QV::app::getLineWidth() : 0;
+  errno = 0;
+  std::fputs(QV::app::foldLines(text, width).c_str(), stdout);
+  if (std::fflush(stdout) == 0) return 0;
+  std::fprintf(stderr, "qvsensors: %s\n", ko::detail::cannotWrite("standard output").c_str());
+  return 2;
 }
 
 }  // namespace
 
 int main(int argc, char** argv) {
-  if (argc == 2 && asksForVersion(argv[1])) return std::puts(QV_VERSION) < 0 ? 2 : 0;
+  if (argc > 1 && hasOwnName(argv[0])) {
+    const auto answers = QV::app::getAnswers();
+    const auto known = std::ranges::find(answers, wordsOf(argc, argv), &QV::app::Answer::words);
+    if (known != answers.end()) return say(*known);
+  }
   void* const library = load();
   void* const entry = library ? dlsym(library, QV::app::kEntry) : nullptr;
   if (entry) return reinterpret_cast<Entry>(entry)(argc, argv);

@@ -58,6 +58,8 @@ const CLI::App& findCommand(const CLI::App& app, const std::vector<std::string>&
   const CLI::App* command = &app;
   for (const std::string& name : names) {
     const CLI::App* const next = findCommand(*command, name);
+    if (!next && command->get_subcommands({}).empty())
+      throw session::UsageError(pathOf(*command) + " has no commands, \"" + name + "\" given");
     if (!next)
       throw session::UsageError("no command \"" + name + "\"; the commands are " +
                                 commandsOf(*command));

@@ -83,24 +83,29 @@ int parseAndRun(CLI::App& program, const int& status, int argc, const char* cons
 
 }  // namespace
 
-int runProgram(int argc, const char* const* argv, const session::OpenOptions& robots) {
-  setProgramName(argc > 0 ? argv[0] : nullptr);
-  CLI::App program(
+std::unique_ptr<CLI::App> makeProgram(const session::OpenOptions& robots, int& status) {
+  auto program = std::make_unique<CLI::App>(
       "Reads the sensors of a mobile robot: simulated, virtual, recorded, or on a ROS 2 graph.",
       getProgramName());
-  program.formatter(std::make_shared<HelpFormatter>());
-  program.set_version_flag("-V,--version", QV_VERSION, "Print the version and exit");
-  program.require_subcommand(1);
-  program.set_help_all_flag("--help-all", "Help of every command");
+  program->formatter(std::make_shared<HelpFormatter>());
+  program->set_version_flag("-V,--version", QV_VERSION, "Print the version and exit");
+  program->require_subcommand(1);
+  program->set_help_all_flag("--help-all", "Help of every command");
+  for (AddCommand* const add : kCommands) add(*program, robots, status);
+  addLogOptions(*program);
+  addLogOptionsToAll(*program);
+  return program;
+}
+
+int runProgram(int argc, const char* const* argv, const session::OpenOptions& robots) {
+  setProgramName(argc > 0 ? argv[0] : nullptr);
   int status = 0;
-  for (AddCommand* const add : kCommands) add(program, robots, status);
-  addLogOptions(program);
-  addLogOptionsToAll(program);
+  const auto program = makeProgram(robots, status);
   const LogScope log;
   forgetInterrupts();
   try {
-    checkCommand(program, argc, argv);
-    return parseAndRun(program, status, argc, argv);
+    checkCommand(*program, argc, argv);
+    return parseAndRun(*program, status, argc, argv);
   } catch (const std::exception& exception) {
     return fail(exception.what());
   }

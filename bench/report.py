@@ -261,7 +261,7 @@ Machine: {machine(context)}; g++ {compiler()} `-O3`, no `-march`."""
 
 
 def page(results, context, former):
-    """What is not measured now stays as `former` has it."""
+    """Returns the page; a part that is not measured now stays as `former` has it."""
     parts = [former.get("", "") or head(results, context)]
     apart = f" Measured apart: {rounds_of(results)} rounds on {machine(context)}." if "" in former else ""
     for name, title, intro in SECTIONS:

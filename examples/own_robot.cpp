@@ -27,7 +27,7 @@ struct Memory {
   }
 
   std::mutex mutex;
-  std::map<std::string, float> values = {{"Laser/Mode", 0.0f}};
+  std::map<std::string, float> values = {{"Sonar/Range", 1.5f}, {"Laser/Mode", 0.0f}};
 };
 
 std::int32_t now(int offset) {
@@ -58,9 +58,7 @@ boost::shared_ptr<QVBroker> makeRobot(Memory& memory) {
 
 int main() {
   Memory memory;
-  memory.write("Sonar/Range", 1.5f);
-  for (const char* key : {"Laser/0/X", "Laser/0/Y", "Laser/1/X", "Laser/1/Y"})
-    memory.write(key, 1.2f);
+  for (auto key : {"Laser/0/X", "Laser/0/Y", "Laser/1/X", "Laser/1/Y"}) memory.write(key, 1.2f);
   memory.write("Laser/Time", static_cast<float>(now(0)));
   sensor::RealSensorManager manager(makeRobot(memory));
   const sensor::ScopedSubscription subscription(manager, "my navigation");

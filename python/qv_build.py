@@ -120,7 +120,7 @@ def build_wheel(
 
 
 def build_sdist(sdist_directory: str, config_settings: Settings = None) -> str:
-    """What git knows of the tree, as an archive."""
+    """Writes an archive of the files that git knows."""
     base = f"qv_sensor-{_version()}"
     listed = subprocess.check_output(["git", "ls-files", "-z"], cwd=ROOT).decode()
     with tarfile.open(Path(sdist_directory) / f"{base}.tar.gz", "w:gz") as archive:

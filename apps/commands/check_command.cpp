@@ -8,6 +8,7 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"
+#include "apps/output/lines.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/quiet_log.h"
 #include "outlets/files/internal/record_output.h"

@@ -1,5 +1,7 @@
 #pragma once
 
+#include <memory>
+
 #include <CLI/App.hpp>
 
 #include "session/open.h"
@@ -12,5 +14,8 @@ namespace QV::app {
  * status.
  */
 using AddCommand = void(CLI::App& program, const session::OpenOptions& robots, int& status);
+
+/** Makes the parser of the program with all its commands. `status` must outlive it. */
+std::unique_ptr<CLI::App> makeProgram(const session::OpenOptions& robots, int& status);
 
 }  // namespace QV::app

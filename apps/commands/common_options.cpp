@@ -23,16 +23,6 @@
 namespace QV::app {
 namespace {
 
-/** Runs the action; an error then begins with the name of `option`. */
-template <typename Action>
-auto naming(const char* option, const Action& action) {
-  try {
-    return action();
-  } catch (const session::UsageError& error) {
-    throw session::UsageError(std::string(option) + ": " + error.what());
-  }
-}
-
 void expectNumber(bool isSo, const char* expected, float given) {
   if (isSo) return;
   throw session::UsageError(std::string(expected) + " expected, " + session::shortest(given) +

@@ -9,6 +9,7 @@
 
 #include "apps/ros2/heard_arguments.h"
 #include "session/open.h"
+#include "session/usage_error.h"
 
 namespace QV::app {
 
@@ -49,6 +50,16 @@ struct CommonOptions {
   /** Returns the names of --subscribe, or every family. Throws UsageError for an unknown name. */
   std::set<std::string> namesFor(session::Session& session) const;
 };
+
+/** Runs the action; a UsageError then begins with the name of `option`. */
+template <typename Action>
+auto naming(const char* option, const Action& action) {
+  try {
+    return action();
+  } catch (const session::UsageError& error) {
+    throw session::UsageError(std::string(option) + ": " + error.what());
+  }
+}
 
 /** Makes the options of a command, with the defaults of `robots`. */
 template <typename Options>

@@ -8,6 +8,7 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/choices.h"
 #include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/guides/completion.h"
@@ -18,20 +19,6 @@
 
 namespace QV::app {
 namespace {
-
-struct Shell {
-  const char* name;
-  void (*write)(std::ostream& out, const CommandRow& program);
-};
-
-constexpr Shell kShells[] = {
-    {"bash", writeBashCompletion}, {"zsh", writeZshCompletion}, {"fish", writeFishCompletion}};
-
-std::string checkShell(const std::string& name) {
-  for (const Shell& shell : kShells)
-    if (name == shell.name) return {};
-  return "bash, zsh or fish expected, \"" + name + "\" given";
-}
 
 /** Returns the text that `write` writes to a stream. */
 template <typename Write>
@@ -67,10 +54,8 @@ void addCompletionCommand(CLI::App& program, const session::OpenOptions&, int&) 
       "An installation has these scripts where shells look for them. Without one:\n"
       "source <(" +
       getProgramName() + " completion bash).");
-  command->add_option("SHELL", *name, "bash, zsh or fish")
-      ->required()
-      ->type_name("bash|zsh|fish")
-      ->check(checkShell);
+  takesOneOf(*command->add_option("SHELL", *name, "bash, zsh or fish"), {"bash", "zsh", "fish"})
+      .required();
   auto path = std::make_shared<std::string>("-");
   command->add_option("-o,--output", *path, "file for it; - is standard output")
       ->type_name("FILE")

@@ -11,7 +11,7 @@
 #include "apps/commands/common_options.h"
 #include "apps/commands/listed_json.h"
 #include "apps/output/health_text.h"
-#include "apps/output/notes.h"
+#include "apps/output/lines.h"
 #include "apps/output/quiet_log.h"
 #include "apps/subscriber.h"
 #include "outlets/files/internal/record_output.h"

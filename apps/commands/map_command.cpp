@@ -119,7 +119,7 @@ Json toJson(const std::string& path, const OccupancyMap& map) {
 
 void informOfMap(const std::string& name, const std::string& formatName) {
   const outlets::Format format = outlets::parseFormat(formatName, kListFormats);
-  const std::string path = session::findMap(name);
+  const std::string path = naming("MAP", [&] { return session::findMap(name); });
   const OccupancyMap map = robot::loadMap(path);
   if (format == outlets::Format::table) return printTable(path, map);
   std::cout << outlets::toText(toJson(path, map)) << '\n';

@@ -4,7 +4,7 @@
 #include "apps/commands/add_options.h"
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
-#include "apps/output/notes.h"
+#include "apps/output/lines.h"
 #include "apps/silent_sensors.h"
 #include "outlets/files/internal/record_output.h"
 

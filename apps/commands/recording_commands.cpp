@@ -8,7 +8,7 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/common_options.h"
 #include "apps/interrupt.h"
-#include "apps/output/notes.h"
+#include "apps/output/lines.h"
 #include "outlets/files/internal/record_output.h"
 #include "outlets/files/internal/table.h"
 #include "platform/ko/log.h"

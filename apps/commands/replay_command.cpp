@@ -10,7 +10,7 @@
 #include "apps/commands/commands.h"
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
-#include "apps/output/notes.h"
+#include "apps/output/lines.h"
 #include "apps/output/progress_bar.h"
 #include "apps/output/session_summary.h"
 #include "apps/replay/machine_pace.h"

@@ -11,6 +11,7 @@
 #include "apps/commands/common_options.h"
 #include "apps/commands/output_files.h"
 #include "apps/interrupt.h"
+#include "apps/output/lines.h"
 #include "apps/output/notes.h"
 #include "apps/output/quiet_log.h"
 #include "apps/silent_sensors.h"

@@ -15,16 +15,12 @@ std::vector<std::string> split(const std::string& text, char at) {
   return parts;
 }
 
-/** The name of a value is "FILE", or the choices: "porter|FILE", "TEXT:{a,b}". */
+/** The name of a value is "FILE", or the choices: "porter|FILE". */
 void readValue(OptionRow& row, const std::string& type) {
-  const auto brace = type.find('{');
-  const bool isSet = brace != std::string::npos && type.back() == '}';
-  row.choices =
-      isSet ? split(type.substr(brace + 1, type.size() - brace - 2), ',') : split(type, '|');
-  if (!isSet && row.choices.size() < 2 && type != "FILE") row.choices.clear();
+  row.choices = split(type, '|');
+  if (row.choices.size() < 2 && type != "FILE") row.choices.clear();
   row.takesFile = std::erase(row.choices, "FILE") > 0;
-  row.value = isSet ? type.substr(brace + 1, type.size() - brace - 2) : type;
-  if (isSet) std::ranges::replace(row.value, ',', '|');
+  row.value = type;
 }
 
 OptionRow rowOf(const CLI::Option& option) {

@@ -11,4 +11,12 @@ void writeBashCompletion(std::ostream& out, const CommandRow& program);
 void writeZshCompletion(std::ostream& out, const CommandRow& program);
 void writeFishCompletion(std::ostream& out, const CommandRow& program);
 
+struct Shell {
+  const char* name;
+  void (*write)(std::ostream& out, const CommandRow& program);
+};
+
+inline constexpr Shell kShells[] = {
+    {"bash", writeBashCompletion}, {"zsh", writeZshCompletion}, {"fish", writeFishCompletion}};
+
 }  // namespace QV::app

@@ -1,14 +1,10 @@
 #include "apps/output/notes.h"
 
 #include <algorithm>
-#include <charconv>
-#include <cstdlib>
 #include <iostream>
 #include <iterator>
 #include <optional>
 #include <string_view>
-#include <sys/ioctl.h>
-#include <unistd.h>
 
 #include <CLI/CLI.hpp>
 
@@ -108,17 +104,6 @@ void complain(const std::string& line) {
 
 void note(const std::string& line) {
   if (!quiet) complain(line);
-}
-
-std::size_t getLineWidth() {
-  winsize size{};
-  if (ioctl(STDOUT_FILENO, TIOCGWINSZ, &size) == 0 && size.ws_col > 0) return size.ws_col;
-  // NOLINTNEXTLINE(concurrency-mt-unsafe): nobody here changes the environment.
-  const char* const text = std::getenv("COLUMNS");
-  const std::string_view digits = text ? text : "";
-  std::size_t width = 0;
-  std::from_chars(digits.data(), digits.data() + digits.size(), width);
-  return width;
 }
 
 }  // namespace QV::app

@@ -1,6 +1,5 @@
 #pragma once
 
-#include <cstddef>
 #include <string>
 
 #include <CLI/App.hpp>
@@ -37,8 +36,5 @@ const std::string& getProgramName();
 void complain(const std::string& line);
 /** The same, unless --quiet was given. */
 void note(const std::string& line);
-
-/** Returns the characters per line of standard output: the terminal's, else COLUMNS, else 0. */
-std::size_t getLineWidth();
 
 }  // namespace QV::app

@@ -3,7 +3,7 @@
 #include <algorithm>
 #include <ostream>
 
-#include "apps/output/notes.h"
+#include "apps/output/lines.h"
 #include "outlets/files/internal/table.h"
 #include "session/internal/number_text.h"
 

@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/choices.h"
+
 namespace QV::app {
 
 std::vector<CLI::Option*> GraphArguments::addTo(CLI::App& command) {
@@ -26,17 +28,16 @@ std::vector<CLI::Option*> GraphArguments::addTo(CLI::App& command) {
                          "messages changed (default: ROS_DISTRO)"),
       command.add_option("--ros2-interface", networkInterface,
                          "network interface, for example eth0"),
-      command
-          .add_option("--ros2-navigation", navigation,
-                      "own: the robot publishes map to odom and obeys /initialpose and /goal_pose; "
-                      "others: AMCL, Nav2 or other nodes do that")
-          ->check(CLI::IsMember({"own", "others"}))
-          ->capture_default_str(),
-      command
-          .add_option("--ros2-no-echo", noEcho,
-                      "value of a miss in a Range: max (max_range) or inf")
-          ->check(CLI::IsMember({"max", "inf"}))
-          ->capture_default_str()};
+      takesOneOf(*command.add_option(
+                     "--ros2-navigation", navigation,
+                     "own: the robot publishes map to odom and obeys /initialpose and /goal_pose; "
+                     "others: AMCL, Nav2 or other nodes do that"),
+                 {"own", "others"})
+          .capture_default_str(),
+      takesOneOf(*command.add_option("--ros2-no-echo", noEcho,
+                                     "value of a miss in a Range: max (max_range) or inf"),
+                 {"max", "inf"})
+          .capture_default_str()};
 }
 
 }  // namespace QV::app

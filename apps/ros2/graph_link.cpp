@@ -7,6 +7,7 @@
 #include <utility>
 #include <vector>
 
+#include "apps/output/lines.h"
 #include "apps/output/notes.h"
 #include "apps/ros2/graph_words.h"
 #include "outlets/files/internal/table.h"

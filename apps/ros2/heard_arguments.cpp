@@ -2,6 +2,8 @@
 
 #include <CLI/CLI.hpp>
 
+#include "apps/choices.h"
+
 namespace QV::app {
 
 void HeardArguments::addTo(CLI::App& command) {
@@ -10,12 +12,12 @@ void HeardArguments::addTo(CLI::App& command) {
                        "read a robot on the ROS 2 graph; its description: --robot, "
                        "/robot_description, or derived from its topics (see docs/ros2-robot.md)");
   flag->excludes("--kind");
-  command
-      .add_flag("--use-sim-time{true}", simTime,
-                "use /clock (=false: the wall clock), at up to ten times real time; default: "
-                "/clock if it is published")
-      ->check(CLI::IsMember({"true", "false"}))
-      ->needs(flag);
+  takesOneOf(*command.add_flag(
+                 "--use-sim-time{true}", simTime,
+                 "use /clock (=false: the wall clock), at up to ten times real time; default: "
+                 "/clock if it is published"),
+             {"true", "false"})
+      .needs(flag);
   command.add_option("--from-namespace", nameSpace, "namespace of the robot, for example robot1")
       ->needs(flag);
   command

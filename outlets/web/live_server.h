@@ -27,6 +27,12 @@ struct ServerSettings {
  * A server that runs a session by the machine's clock and shows it to pages, and to viewers that
  * speak the Foxglove WebSocket protocol. Use it on the session's thread. Session and log must
  * outlive it.
+ *
+ *     ko::log::LogRing log;
+ *     const auto session = QV::session::openVirtual("porter");
+ *     QV::outlets::LiveServer server(*session, log, {});
+ *     std::cout << "Open " << server.getUrl() << " in a browser\n" << std::flush;
+ *     while (true) server.runBriefly();
  */
 class QV_API LiveServer {
  public:

@@ -10,7 +10,7 @@
 
 #include <opencv2/imgcodecs.hpp>
 
-#include "apps/help_formatter.h"
+#include "apps/output/lines.h"
 #include "session/shared_files.h"
 #include "tests/apps/run_program.h"
 #include "tests/support/child_process.h"
@@ -185,10 +185,11 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"read", "--noise"}, "--noise: a value expected (FLOAT) (see qvsensors read --help)"},
       {{"map"}, "a command expected; the commands are info (see qvsensors map --help)"},
       {{"map", "info", "--depth"}, "no option --depth (see qvsensors map info --help)"},
-      {{"map", "info", "moon"}, "a path, or one of apartment expected, \"moon\" given"},
+      {{"map", "info", "moon"}, "MAP: a path, or one of apartment expected, \"moon\" given"},
       {{"read", "--log-level", "loud"},
        "--log-level: silent, fatal, error, warning, info or verbose expected, \"loud\" given"},
       {{"help", "fly"}, "no command \"fly\"; the commands are list, "},
+      {{"help", "read", "fly"}, "qvsensors read has no commands, \"fly\" given"},
       {{"completion", "csh"}, "SHELL: bash, zsh or fish expected, \"csh\" given"},
       {{"stream", "--speed", "0"}, "--speed: a number above 0 or max expected, \"0\" given"},
       {{"stream", "--rate", "1e300"}, "up to 1000000 expected, 1e+300 given"},
@@ -202,6 +203,10 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"drive", "--path", "1,2 2,2", "--rate", "0"}, "--rate: a number above 0"},
       {{"drive", "--path", "1,2 2,2", "-o", folder / "none/r.jsonl"},
        "r.jsonl: can't be written: No such file or directory"},
+      {{"drive", "--path", "1,2 2,2", "-o", folder / "none/r.mcap"},
+       "r.mcap: can't be written: No such file or directory"},
+      {{"serve", "--ros2", "--ros2-no-echo", "nan"},
+       "--ros2-no-echo: max or inf expected, \"nan\" given"},
       {{"list", "--robot", porter, "-x"}, "no option -x"},
   };
   for (const BadInput& c : cases) expectRefused(c);
@@ -270,14 +275,24 @@ TEST_F(ProgramTest, logLinesOfASimulatedWorldHaveSimulatedTime) {
 }
 
 TEST_F(ProgramTest, anUnwritableStandardOutputIsReportedWithTheReason) {
-  EXPECT_EQ(shellOutput(QVSENSORS " list --kind 0 2>&1 >/dev/full; echo $?"),
-            "qvsensors: standard output: can't be written: No space left on device\n2\n");
+  for (const std::string command : {"list --kind 0", "help"})
+    EXPECT_EQ(shellOutput(QVSENSORS " " + command + " 2>&1 >/dev/full; echo $?"),
+              "qvsensors: standard output: can't be written: No space left on device\n2\n");
 }
 
-TEST_F(ProgramTest, theVersionLoadsFewLibraries) {
-  const std::string loaded =
-      shellOutput("LD_DEBUG=files " QVSENSORS " --version 2>&1 | grep -c 'generating link map'");
-  EXPECT_THAT(std::stoi(loaded), testing::AllOf(testing::Ge(1), testing::Le(12)));
+TEST_F(ProgramTest, whatNeedsNoRobotLoadsFewLibraries) {
+  const std::vector<std::string> cases[] = {
+      {"-V"},     {"help"},           {"map", "info", "--help"}, {"help", "map", "info"},
+      {"manual"}, {"manual", "read"}, {"completion", "zsh"}};
+  for (const auto& words : cases) {
+    std::string command = QVSENSORS;
+    for (const auto& word : words) command += " " + word;
+    EXPECT_EQ(shellOutput(command), run(words).out) << command;
+    const auto loaded = shellOutput("LD_DEBUG=files " + command +
+                                    " 2>&1 >/dev/null | grep -c 'generating link map'");
+    EXPECT_THAT(std::stoi(loaded), testing::AllOf(testing::Ge(1), testing::Le(12))) << command;
+  }
+  EXPECT_EQ(shellOutput("COLUMNS=60 " QVSENSORS " help read | grep -c '.\\{61\\}'"), "0\n");
 }
 
 TEST_F(ProgramTest, repeatedErrorsAreOneLineWithTheirNumber) {
@@ -327,6 +342,9 @@ TEST_F(ProgramTest, everyCommandHasHelp) {
     EXPECT_THAT(result.out, HasSubstr("--kind"));
   }
   EXPECT_THAT(run({"replay", "--help"}).out, HasSubstr("CARMEN log"));
+  EXPECT_THAT(run({"serve", "--help"}).out,
+              testing::AllOf(HasSubstr("--use-sim-time[=true|false] use /clock"),
+                             HasSubstr("port of the server; 0: any free port (default: 8765)\n")));
   EXPECT_EQ(run({"help", "map", "info"}).out, run({"map", "info", "--help"}).out);
   EXPECT_THAT(run({"help"}).out, HasSubstr("stream"));
   EXPECT_EQ(run({"-V"}).out, run({"--version"}).out);

@@ -87,7 +87,7 @@ def compile_cpp(blocks, command):
 
 
 def run_python(block):
-    """What went wrong in a whole program; a part of one, or without the package, is compiled only."""
+    """Runs a whole program and returns its error; a part of one, or without the package, is compiled only."""
     try:
         compile(block.text, block.where, "exec")
     except SyntaxError as error:
@@ -99,7 +99,7 @@ def run_python(block):
 
 
 def check(block):
-    """What is wrong with a block that is not C++."""
+    """Returns what is wrong with a block that is not C++."""
     if block.language == "python":
         return run_python(block)
     if block.language == "xml":

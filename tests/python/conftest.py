@@ -1,4 +1,4 @@
-"""What the tests share."""
+"""Fixtures and helpers of the tests."""
 
 import os
 import pathlib

@@ -18,7 +18,7 @@ export class FaultMenu {
       if (send(this.#select.value || null)) this.#held.want(this.#select.value);
       this.#show();
     });
-    this.element = make('label', 'fault', explain(make('span', '', 'Make this sensor fail'), 'fault'), this.#select);
+    this.element = explain(make('label', 'fault', make('span', '', 'Make this sensor fail'), this.#select), 'fault');
     setHidden(this.element, kinds.length === 0);
   }
 

@@ -114,7 +114,7 @@ export class SensorRow {
   }
 
   #fault(send) {
-    const end = make('button', 'sensor-mend', 'End the fault');
+    const end = explain(make('button', 'sensor-mend', 'End the fault'), 'mend');
     end.type = 'button';
     end.addEventListener('click', () => this.#faultNames.forEach((name) => send({ op: 'fault', sensor: name, kind: null })));
     this.#failed.append(make('span'), ' ', end);

@@ -20,6 +20,11 @@ namespace QV::robot {
  * A test rig for single sensor units: a robot with all its modules at its own broker, which nothing
  * moves. A unit measures when it is called. getContext().getSurroundings().setMoment() sets what is
  * around it. Not copyable.
+ *
+ *     const auto porter = QV::robot::RobotDescription::fromFile("robot/descriptions/porter.urdf");
+ *     const QV::robot::UnitRig rig(porter, map);
+ *     rig.getContext().getSurroundings().setMoment({{3.0f, 6.3f, 0.0f}});
+ *     for (const auto& unit : rig.make()) unit->measure(ko::Clock::now());
  */
 class QV_API UnitRig {
  public:

@@ -6,6 +6,7 @@
 #include <system_error>
 #include <unistd.h>
 
+#include "platform/ko/internal/write_error.h"
 #include "ros2/bag/internal/crc32.h"
 
 namespace QV::ros2 {
@@ -19,8 +20,7 @@ int openForWriting(const std::string& path) {
 }  // namespace
 
 OutputFile::OutputFile(const std::string& path) : path(path), descriptor(openForWriting(path)) {
-  if (descriptor < 0)
-    throw std::runtime_error(path + ": " + std::generic_category().message(errno));
+  if (descriptor < 0) throw std::runtime_error(ko::detail::cannotWrite(path));
 }
 
 OutputFile::~OutputFile() {

@@ -1,7 +1,5 @@
 #include "sensor/perception/internal/touch_sensor.h"
 
-#include <optional>
-
 #include "platform/ko/internal/call_lock.h"
 #include "platform/ko/log.h"
 #include "platform/middleware/contracts/motion_contract.h"
@@ -41,10 +39,13 @@ void TouchSensor::onTouchChanged(const std::string&, QVValue value, const std::s
     logTrouble(ko::log::Level::error, kTouchCategory, "onTouchChanged", "Invalid touch extraction");
     return;
   }
+  const auto update = [&] {
+    for (const auto& group : groups) xUpdate(group);
+  };
   // Inside a reading's sleep, on its thread: the reading has its own list.
-  std::optional<ko::detail::CallLock<std::mutex>> lock;
-  if (!ko::detail::isHeldHere(&touchedMutex)) lock.emplace(touchedMutex, "onTouchChanged", name);
-  for (const auto& group : groups) xUpdate(group);
+  if (ko::detail::isHeldHere(&touchedMutex)) return update();
+  const ko::detail::CallLock lock(touchedMutex, "onTouchChanged", name);
+  update();
 }
 
 void TouchSensor::xUpdate(const Touch::TouchGroupEvent& group) {
