@@ -11,13 +11,13 @@
 #include "tests/ros2/support/own_domain.h"
 #include "tests/ros2/support/watched.h"
 #include "tests/support/log_capture.h"
+#include "tests/support/vocabulary.h"
 
 namespace QV::ros2 {
 namespace {
 
 using test::aloneOn;
 using test::Watched;
-using testing::ElementsAre;
 
 struct GraphTest : testing::Test {
   /** Each is a participant of its own; they meet on the loopback interface. */
@@ -152,6 +152,16 @@ TEST_F(GraphTest, findsOtherNodesTopicsAndRemapsItsOwn) {
   EXPECT_EQ(topics[0].type, "sensor_msgs/msg/LaserScan");
   EXPECT_TRUE(topics[0].qos.transientLocal);
   EXPECT_TRUE(graph.findTopics().empty());
+}
+
+TEST(GraphRoom, whereThereIsNoneForAnotherProgramAnErrorSaysWhatToRaise) {
+  GraphOptions options = aloneOn();
+  options.configuration =
+      "<CycloneDDS><Domain><Discovery><MaxAutoParticipantIndex>1</MaxAutoParticipantIndex>"
+      "</Discovery></Domain></CycloneDDS>";
+  const Graph first(options);
+  EXPECT_THAT(errorOf([&] { Graph{options}; }),
+              testing::HasSubstr("CYCLONEDDS_URI can raise Discovery/MaxAutoParticipantIndex"));
 }
 
 TEST_F(GraphTest, refusesInvalidNames) {
