@@ -23,8 +23,7 @@ constexpr auto kGlance = 2ms;
 constexpr auto kQuiet = 3s;
 constexpr auto kWatch = 100ms;
 
-/** Returns a participant, or the engine's error. */
-dds_entity_t tryParticipant(dds_entity_t domain) {
+dds_entity_t makeParticipant(dds_entity_t domain) {
   dds_domainid_t id = 0;
   dds_get_domainid(domain, &id);
   dds_qos_t* const qos = dds_create_qos();
@@ -32,13 +31,7 @@ dds_entity_t tryParticipant(dds_entity_t domain) {
   dds_qset_userdata(qos, enclave.data(), enclave.size());
   const auto result = dds_create_participant(id, qos, nullptr);
   dds_delete_qos(qos);
-  return result;
-}
-
-dds_entity_t makeParticipant(dds_entity_t domain) {
-  return checked(tryParticipant(domain),
-                 "the graph can't be joined; with more than 33 participants on this machine "
-                 "CYCLONEDDS_URI must raise Discovery/MaxAutoParticipantIndex");
+  return checked(result, "the graph can't be joined");
 }
 
 /** Returns all participants that one knows, itself among them. */
@@ -96,9 +89,8 @@ void leaveInQuiet(const std::stop_token& stop, Entity second) {
 
 Arrival::Arrival(dds_entity_t domain, bool expectsOthers) : participant(makeParticipant(domain)) {
   if (!expectsOthers || !awaitOthers(participant.get())) return;
-  // Where there is no room for it, the graph is joined later, not less.
-  Entity second(tryParticipant(domain));
-  if (second.get() <= 0) return;
+  // It shares the ports of the first, so it takes no room of the machine's.
+  Entity second(makeParticipant(domain));
   // Of two, the engine takes from a newcomer's offer what the first one misses: that one stays.
   if (isFirst(second, participant)) std::swap(second, participant);
   leaving = std::jthread([second = std::move(second)](const std::stop_token& stop) mutable {

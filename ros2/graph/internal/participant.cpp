@@ -14,6 +14,10 @@ namespace {
 
 constexpr dds_duration_t kLongestWrite = DDS_MSECS(100);
 constexpr Qos kNodesQos{true, true, 1};
+/** The engine has the same error for all that keeps a domain from being made. */
+constexpr char kOrNoRoom[] =
+    "; or too many programs of this machine are on the domain: CYCLONEDDS_URI can raise "
+    "Discovery/MaxAutoParticipantIndex";
 
 void checkInterface(const GraphOptions& options) {
   const std::string& name = options.networkInterface;
@@ -35,11 +39,12 @@ dds_entity_t makeDomain(const GraphOptions& options) {
     result = dds_create_domain(following++, settings.c_str());
   if (!options.configuration.empty())
     return checked(result, "a configuration of Cyclone DDS in CYCLONEDDS_URI expected, \"" +
-                               options.configuration + "\" given");
+                               options.configuration + "\" given" + kOrNoRoom);
   if (result < 0 && !options.networkInterface.empty())
     throw std::invalid_argument("a network interface that is up expected, \"" +
-                                options.networkInterface + "\" given");
-  return checked(result, "a network interface that is up expected, none found");
+                                options.networkInterface + "\" given" + kOrNoRoom);
+  return checked(result,
+                 std::string("a network interface that is up expected, none found") + kOrNoRoom);
 }
 
 }  // namespace

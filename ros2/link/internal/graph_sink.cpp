@@ -101,7 +101,7 @@ void GraphSink::xWrite(std::uint16_t number, std::uint64_t, const MessageType&,
   const Topic& topic = topics[number];
   Bytes cdr;
   topic.type->encode(message, cdr);
-  if (topic.images && topic.publisher->getReaderCount() > 0) ImageTopic::note(cdr.size());
+  if (topic.images && topic.publisher->getReaderCount() > 0) topic.images->note(cdr.size());
   topic.publisher->write(std::move(cdr));
 }
 

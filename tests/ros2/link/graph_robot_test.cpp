@@ -6,6 +6,7 @@
 #include <fstream>
 #include <latch>
 #include <limits>
+#include <list>
 #include <map>
 #include <set>
 #include <thread>
@@ -266,15 +267,25 @@ TEST_F(GraphRobotTest, theWorldGoesOnWhileAPathIsSearched) {
   EXPECT_TRUE(isTakenAgain());
 }
 
-TEST(ReceiveBuffers, areTooSmallForManyCamerasAtOnce) {
-  constexpr std::size_t kImage = 153'700;
+/** Images go to readers: of so many topics, then of so many others. */
+std::vector<std::string> linesOfImages(std::uint64_t limit, std::initializer_list<int> counts) {
+  const test::LogCapture log;
+  ImageTopics sut(limit);
+  for (const int count : counts) {
+    std::list<ImageTopic> topics;
+    for (int i = 0; i < count; ++i) topics.emplace_back(sut);
+    for (const ImageTopic& topic : topics) topic.note(153'700);
+  }
+  return log.lines();
+}
+
+TEST(ReceiveBuffers, areTooSmallForManyCamerasAtOnceAndTheLogSaysSoOnce) {
   constexpr std::uint64_t kUsual = 212'992;
-  for (const std::size_t topics : {0u, 1u, 3u})
-    EXPECT_EQ(adviseOnBuffers(topics, kImage, kUsual), std::nullopt);
-  EXPECT_EQ(adviseOnBuffers(10, kImage, 4'194'304), std::nullopt);
-  EXPECT_THAT(adviseOnBuffers(10, kImage, kUsual).value_or(""),
-              AllOf(HasSubstr("images of 10 topics, 1537 kB at once"),
-                    HasSubstr("buffers hold 212 kB"), HasSubstr("net.core.rmem_max=3074000")));
+  EXPECT_THAT(linesOfImages(kUsual, {1, 3, 3, 3}), IsEmpty());
+  EXPECT_THAT(linesOfImages(4'194'304, {10}), IsEmpty());
+  EXPECT_THAT(linesOfImages(kUsual, {3, 10, 20}),
+              ElementsAre(AllOf(HasSubstr("images of 10 topics, 1537 kB at once"),
+                                HasSubstr("hold 212 kB"), HasSubstr("net.core.rmem_max=3074000"))));
 }
 
 TEST_F(GraphRobotTest, logsOneLineForInvalidCommandsUntilAValidOneComes) {

@@ -1,4 +1,5 @@
-target_link_libraries(${name}_tests PRIVATE QV::ros2_link QV::ros2_recording)
+find_package(CycloneDDS REQUIRED)
+target_link_libraries(${name}_tests PRIVATE QV::ros2_link CycloneDDS::ddsc)
 
 find_package(fastrtps REQUIRED)
 qv_add_program(ros2_peer ${CMAKE_CURRENT_LIST_DIR}/program/peer.cpp LIBS fastrtps fastcdr)

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <algorithm>
 #include <cstdio>
 #include <map>
 #include <set>
@@ -10,6 +11,7 @@
 
 #include <gmock/gmock.h>
 
+#include "tests/ros2/peer/written_messages.h"
 #include "tests/ros2/support/own_domain.h"
 #include "tests/ros2/support/watched.h"
 #include "tests/support/child_process.h"
@@ -54,6 +56,20 @@ class Peer {
     std::multimap<std::string, int> seen;
   };
   Lines get() { return lines.get(); }
+  /** Waits until the last message of each topic that it reads has come. */
+  bool awaitLast(const std::map<std::string, test::Written>& written) {
+    return lines.awaitThat([&](const Lines& said) {
+      return std::ranges::all_of(said.got, [&](const auto& got) {
+        return got.second.count(written.at(got.first).last) > 0;
+      });
+    });
+  }
+  /** Drops the topics of which a message has come. */
+  void dropGot(std::set<std::string>& topics) {
+    lines.change([&](const Lines& said) {
+      std::erase_if(topics, [&](const auto& topic) { return said.got.count(topic) > 0; });
+    });
+  }
 
  private:
   void xRead() {

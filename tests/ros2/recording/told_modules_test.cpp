@@ -137,12 +137,14 @@ struct ToldModulesTest : testing::Test {
 };
 
 TEST_F(ToldModulesTest, aSensorWithoutMessagesHasNoRecord) {
+  time.advance(boost::chrono::seconds(1));
   for (const char* const sensor : {"scan", "sonar", "depth", "cloud"})
     EXPECT_THAT(recordsOf(sensor), IsEmpty()) << sensor;
   tell({"/scan", scan()});
   tell({"/sonar", range(1.0f)});
   ASSERT_EQ(recordsOf("scan").size(), 1u);
   EXPECT_EQ(recordsOf("scan")[0].points.size(), 5u);
+  EXPECT_EQ(recordsOf("scan")[0].timestamp, ko::Clock::now());
   ASSERT_EQ(recordsOf("sonar").size(), 1u);
   sut.forget("/scan");
   sut.forget("/sonar");
