@@ -37,8 +37,11 @@ struct Drive {
       velocity = sut.step(pose, velocity);
       const Math::Pose2D there =
           pose * Math::Pose2D(velocity.x * kStep, 0.0f, velocity.theta * kStep);
-      if (isBlocked(there)) velocity.x = 0.0f;
-      else pose = there;
+      if (isBlocked(there)) {
+        velocity.x = 0.0f;
+      } else {
+        pose = there;
+      }
       farthest = std::max(farthest, std::hypot(pose.x - start.x, pose.y - start.y));
     }
     return farthest;
