@@ -18,8 +18,11 @@ const std::string kPeopleCategory = "QVNavigation.PeoplePerceptionSensor.";
 const Math::SensorFieldOfView2D kEventView(0.4f, 4.5f, 1.2f, 320);
 
 /** Distance in metres, then two angles. From the third on they are no places. */
-const float kPeople[][3] = {
-    {2.0f, 0.5f, 0.25f}, {1.5f, -0.3f, 0.9f}, {kNan, 0.1f, 0.2f}, {1.0f, kInf, 0.1f}, {1.0f, 0.2f, -kInf}};
+const float kPeople[][3] = {{2.0f, 0.5f, 0.25f},
+                            {1.5f, -0.3f, 0.9f},
+                            {kNan, 0.1f, 0.2f},
+                            {1.0f, kInf, 0.1f},
+                            {1.0f, 0.2f, -kInf}};
 using People = std::vector<int>;
 
 /** Tenths of a millimetre. */
@@ -48,11 +51,11 @@ struct World : test::FakeRobotTest, test::LogWitness {
                                                      const std::string& module) {
       if (touch) touch->onTouchChanged(event, value, module);
     });
-    navigation->bindMethod("_onPeopleDetected", [this](const std::string& event,
-                                                       const QVValue& value,
-                                                       const std::string& message) {
-      people.onUpdatePeopleList(event, value, message);
-    });
+    navigation->bindMethod(
+        "_onPeopleDetected",
+        [this](const std::string& event, const QVValue& value, const std::string& message) {
+          people.onUpdatePeopleList(event, value, message);
+        });
     broker->registerModule(navigation);
     motion->transform = test::tiltedFrame().toVector();
     renew();
@@ -94,9 +97,9 @@ struct World : test::FakeRobotTest, test::LogWitness {
       seenPeople.push_back(QVValue::array(QVValue(), distance, angleY, angleZ));
     }
     if (!wellFormed) seenPeople.push_back("somebody");
-    memory.raiseEvent("PeoplePerception/PeopleDetected",
-                      QVValue::array(QVValue::array(second, 345678), seenPeople, QVValue(),
-                                     QVValue(), camera));
+    memory.raiseEvent(
+        "PeoplePerception/PeopleDetected",
+        QVValue::array(QVValue::array(second, 345678), seenPeople, QVValue(), QVValue(), camera));
     time.runDue();
   }
   void turnTouch(bool on) {
@@ -114,9 +117,9 @@ struct World : test::FakeRobotTest, test::LogWitness {
   void showState() {
     const auto show = [this](const Sensor& sensor) {
       for (const auto& record : sensor.getData()) {
-        std::string line = headOf(record.sensorName, record.familyName.c_str(),
-                                  record.sensorTransform,
-                                  record.timestamp.time_since_epoch().count());
+        std::string line =
+            headOf(record.sensorName, record.familyName.c_str(), record.sensorTransform,
+                   record.timestamp.time_since_epoch().count());
         for (const auto& [x, y, z] : record.points) line += placeOf(x, y, z);
         see(line + (record.fieldOfView == kEventView ? "" : "wrong view"));
       }
@@ -209,12 +212,13 @@ struct Model : test::Witness {
   void tell(const std::string& line) { see(line + ": refused"); }
   void showState() {
     const bool hasClock = refused != "DCM.getTime";
-    for (const auto& group : isTouchOn && hasClock ? touched : std::set<std::string>()) {
+    for (const auto& group : isTouchOn&& hasClock ? touched : std::set<std::string>()) {
       if (refused == "QVMotion.getTransform") continue;
       see(headOf(group, "Touch", test::tiltedFrame(), now * 1'000'000LL) +
           placeOf(-0.05f, 0.0f, 0.0f));
     }
-    if (hasTouch) see((hasClock || !isTouchOn || touched.empty() ? "" : "refused") + listOf(types).toText());
+    if (hasTouch)
+      see((hasClock || !isTouchOn || touched.empty() ? "" : "refused") + listOf(types).toText());
     const bool isKnown = !last.empty() && now - lastTime < 2000;
     if (started && isKnown) see(last);
     if (started && !isKnown && hasClock) see(headOf("People", "Asus", {}, now * 1'000'000LL));
@@ -241,13 +245,14 @@ test::AnyStep<Model, World> anyStep() {
     const auto types = *rc::gen::container<std::set<int>>(rc::gen::inRange(0, 8));
     groups.push_back({*rc::gen::element("A", "B", "C"), *rc::gen::inRange(0, 3) > 0, types});
   }
-  const auto list = *rc::gen::container<People>(*rc::gen::inRange(0, 4), rc::gen::element(0, 0, 1, 1, 2, 3, 4));
+  const auto list =
+      *rc::gen::container<People>(*rc::gen::inRange(0, 4), rc::gen::element(0, 0, 1, 1, 2, 3, 4));
   const int camera = *rc::gen::element(2, 2, 2, 3);
   const bool wellFormed = *rc::gen::inRange(0, 8) > 0;
-  const std::string refused = *rc::gen::element(
-      "", "", "", "DCM.getTime", "QVMotion.getTransform", "QVMotion._getSensorTransformAtTime",
-      "QVMemory.subscribeToEvent", "QVMemory.subscribeToMicroEvent",
-      "QVMemory.unsubscribeToMicroEvent");
+  const std::string refused =
+      *rc::gen::element("", "", "", "DCM.getTime", "QVMotion.getTransform",
+                        "QVMotion._getSensorTransformAtTime", "QVMemory.subscribeToEvent",
+                        "QVMemory.subscribeToMicroEvent", "QVMemory.unsubscribeToMicroEvent");
   const int ms = *rc::gen::element(1, 499, 1500, 2000);
   const auto run = [=](auto& w) {
     if (kind == 0) w.renew();

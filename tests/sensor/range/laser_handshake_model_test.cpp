@@ -23,7 +23,7 @@ const Optics kOptics[] = {{"Left", 1, "A"}, {"Right", 2, "A"}, {"Hole", 0x104, "
 const char* const kModes[] = {"A", "B"};
 
 /** What may stand in a mode's key, and the mode that this means; -1 for none. */
-const std::pair<QVValue, int> kKeys[] = {{0, 0},    {5, 5},    {12, 12},    {258, 2},
+const std::pair<QVValue, int> kKeys[] = {{0, 0},    {5, 5},    {12, 12},     {258, 2},
                                          {6.9f, 6}, {kNan, 0}, {1e30f, 255}, {"on", -1}};
 
 enum Kind { turn, diagnose, write, setDelay, setDead, refuse, sleep };
@@ -175,8 +175,8 @@ struct Model : test::TimeModel<Model>, test::Witness {
     if (mode < 0) return fail("Unable to get operation mode for " + name);
     const int wanted = on ? mode | laser.mask : mode & ~laser.mask & 7;
     tell("verbose", "Getting " + std::to_string(mode) + " " + name + " state.");
-    tell("verbose", "Setting " + std::to_string(wanted) + " for " +
-                        (on ? "activation." : "desactivation"));
+    tell("verbose",
+         "Setting " + std::to_string(wanted) + " for " + (on ? "activation." : "desactivation"));
     if (!command(laser.mode, wanted)) return fail("Unable to set operation mode for " + name);
     return await(laser, name, wanted);
   }
