@@ -15,7 +15,7 @@ namespace {
 
 using QV::test::textOf;
 
-enum Kind { post, delay, cancel, await, start, stop, configure, sleep, until, fail };
+enum Kind { post, delay, cancel, await, start, doze, stop, configure, sleep, until, fail };
 
 /** What may be done at once, or by a call in its turn. */
 struct Operation {
@@ -25,10 +25,10 @@ struct Operation {
     if (kind == delay) w.delay(future, ms);
     if (kind == cancel) w.cancel(future);
     if (kind == await) w.await(future);
-    if (kind == start) w.start(task, on);
+    if (kind == start || kind == doze) w.start(task, on);
     if (kind == stop) w.stop(task);
     if (kind == configure) w.configure(task, ms, on);
-    if (kind == sleep) w.sleep(ms);
+    if (kind == sleep || kind == doze) w.sleep(ms);
     if (kind == until) w.see(textOf("reached", w.runUntilTwoCalls(ms)));
     if (kind == fail && on) throw 42;
     if (kind == fail) throw std::runtime_error("broke");
@@ -166,8 +166,7 @@ struct Model : QV::test::TimeModel<Model>, QV::test::Witness {
   }
   void configure(const std::string& name, int ms, bool compensate) {
     if (tasks[name].started)
-      throw std::logic_error("PeriodicTask " + name +
-                             ": settings can't be changed while it runs");
+      throw std::logic_error("PeriodicTask " + name + ": settings can't be changed while it runs");
     tasks[name].period = ms;
     tasks[name].compensate = compensate;
   }
@@ -220,8 +219,8 @@ struct Model : QV::test::TimeModel<Model>, QV::test::Witness {
 
 QV::test::AnyStep<Model, World> anyStep() {
   const Operation operation{
-      *rc::gen::element(post, delay, delay, delay, cancel, await, start, start, start, stop,
-                        configure, sleep, sleep, until, fail),
+      *rc::gen::element(post, delay, delay, delay, cancel, await, start, start, start, doze, doze,
+                        stop, configure, sleep, sleep, until, fail),
       *rc::gen::element("T", "U"), *rc::gen::element("F", "G"),
       *rc::gen::element(0, 3, 7, 10, 20, 25), *rc::gen::arbitrary<bool>()};
   const std::string who = *rc::gen::element("", "", "P", "F", "G", "T", "U");

@@ -18,8 +18,16 @@ namespace {
 
 const char* const kKeys[] = {"e", "f", "k"};
 constexpr std::int32_t kLeast = std::numeric_limits<std::int32_t>::min();
-const QVValue kValues[] = {7, kLeast, -2.5f, 0.1, std::nanf(""), true, "text",
-                           QVValue::array(1), QVValue::Bytes{1, 2}, kLeast - std::int64_t{1}};
+const QVValue kValues[] = {7,
+                           kLeast,
+                           -2.5f,
+                           0.1,
+                           std::nanf(""),
+                           true,
+                           "text",
+                           QVValue::array(1),
+                           QVValue::Bytes{1, 2},
+                           kLeast - std::int64_t{1}};
 
 enum Kind { insert, connect, poke, declare, raise, subscribe, unsubscribe, come, sleep, fail };
 
@@ -210,8 +218,8 @@ struct Model : test::TimeModel<Model>, test::Witness {
       const std::string failure = failureOf(next);
       Receiver& receiver = receivers[next.receiver];
       if (std::exchange(receiver.lastFailure, failure) == failure || failure.empty()) continue;
-      see("error QVMemory.raiseEvent: Event " + receiver.event + " to " +
-                    receiver.module + ": " + failure);
+      see("error QVMemory.raiseEvent: Event " + receiver.event + " to " + receiver.module + ": " +
+          failure);
     }
     strands[strand].busy = false;
   }
@@ -241,7 +249,9 @@ struct Model : test::TimeModel<Model>, test::Witness {
   }
 
   static std::string nameOf(const QVValue& value) { return QVValue::getTypeName(value.getType()); }
-  [[noreturn]] static void refuse(const std::string& text) { throw NamedError("QVMemory::" + text); }
+  [[noreturn]] static void refuse(const std::string& text) {
+    throw NamedError("QVMemory::" + text);
+  }
 
   std::map<std::string, QVValue> keys;
   std::set<std::string> connected, present;
@@ -254,8 +264,8 @@ struct Model : test::TimeModel<Model>, test::Witness {
 test::AnyStep<Model, World> anyStep() {
   const Operation operation{
       *rc::gen::element(insert, insert, connect, connect, poke, declare, raise, raise, raise, raise,
-                        subscribe, subscribe, subscribe, unsubscribe, come, come, sleep, sleep,
-                        sleep, fail),
+                        raise, raise, subscribe, subscribe, subscribe, unsubscribe, come, come,
+                        sleep, sleep, sleep, sleep, sleep, fail, fail, fail),
       *rc::gen::element("e", "f", "k"), *rc::gen::element("A", "B"), *rc::gen::inRange(0, 10),
       *rc::gen::arbitrary<bool>()};
   const std::string module = *rc::gen::element("", "", "", "A", "B");
