@@ -97,6 +97,7 @@ template <typename Model, typename World>
 void checkModel(AnyStep<Model, World> (*next)(), int sequences = 300) {
   rc::detail::TestParams params = rc::detail::configuration().testParams;
   params.maxSuccess = sequences;
+  params.maxSize = 200;
   if (!std::getenv("RC_PARAMS")) params.seed = 18;
   const auto sequence = [&] {
     World world;

@@ -26,9 +26,9 @@ struct Operation {
     if (kind == cancel) w.cancel(future);
     if (kind == await) w.await(future);
     if (kind == start || kind == doze) w.start(task, on);
-    if (kind == stop) w.stop(task);
     if (kind == configure) w.configure(task, ms, on);
     if (kind == sleep || kind == doze) w.sleep(ms);
+    if (kind == stop || (kind == doze && ms % 2 == 1)) w.stop(task);
     if (kind == until) w.see(textOf("reached", w.runUntilTwoCalls(ms)));
     if (kind == fail && on) throw 42;
     if (kind == fail) throw std::runtime_error("broke");

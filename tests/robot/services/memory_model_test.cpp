@@ -263,11 +263,11 @@ struct Model : test::TimeModel<Model>, test::Witness {
 
 test::AnyStep<Model, World> anyStep() {
   const Operation operation{
-      *rc::gen::element(insert, insert, connect, connect, poke, declare, raise, raise, raise, raise,
-                        raise, raise, subscribe, subscribe, subscribe, unsubscribe, come, come,
-                        sleep, sleep, sleep, sleep, sleep, fail, fail, fail),
-      *rc::gen::element("e", "f", "k"), *rc::gen::element("A", "B"), *rc::gen::inRange(0, 10),
-      *rc::gen::arbitrary<bool>()};
+      *rc::gen::element(insert, insert, connect, poke, declare, raise, raise, raise, raise, raise,
+                        raise, subscribe, subscribe, subscribe, unsubscribe, come, come, sleep,
+                        sleep, sleep, sleep, sleep, fail, fail, fail),
+      *rc::gen::element("e", "e", "e", "f", "k"), *rc::gen::element("A", "A", "B"),
+      *rc::gen::inRange(0, 10), *rc::gen::arbitrary<bool>()};
   const std::string module = *rc::gen::element("", "", "", "A", "B");
   return test::makeStep<Model, World>(operation.toText() + module, [=](auto& w) {
     if (module.empty()) operation(w);
