@@ -8,6 +8,12 @@
 
 namespace QV::test {
 
+/** A record as "level category.method: message". */
+inline std::string lineOf(const ko::log::Record& record) {
+  return std::string(ko::log::getName(record.level)) + " " + record.category + "." + record.method +
+         ": " + record.message;
+}
+
 /** Collects every log line while it lives, and keeps standard error quiet. */
 class LogCapture {
  public:
@@ -22,13 +28,11 @@ class LogCapture {
     return collected;
   }
 
-  /** Each line up to `level` as "level category.method: message". */
+  /** Each line up to `level`. */
   std::vector<std::string> lines(ko::log::Level level = ko::log::Level::verbose) const {
     std::vector<std::string> result;
     for (const auto& record : records()) {
-      if (record.level > level) continue;
-      result.push_back(std::string(ko::log::getName(record.level)) + " " + record.category + "." +
-                       record.method + ": " + record.message);
+      if (record.level <= level) result.push_back(lineOf(record));
     }
     return result;
   }

@@ -39,33 +39,11 @@ TEST(EventLoop, aDelayIsAtLeastAsLongAsAsked) {
   EXPECT_GE(Clock::now() - called, milliseconds(2));
 }
 
-TEST(EventLoop, anExceptionIsLoggedAndOtherCallsRun) {
-  QV::test::LogCapture capture;
-  Timeline timeline;
-  getEventLoop().post([] { throw std::runtime_error("bad post"); });
-  auto sut = getEventLoop().asyncDelay([] { throw 7; }, milliseconds(1));
-  getEventLoop().asyncDelay(timeline.noting("later"), milliseconds(2));
-  timeline.advanceMs(2);
-  EXPECT_TRUE(sut.isFinished());
-  EXPECT_THAT(timeline.lines, ElementsAre("later 2"));
-  EXPECT_THAT(capture.lines(), ElementsAre("error ko.EventLoop.post: bad post",
-                                           "error ko.EventLoop.asyncDelay: unknown exception"));
-}
-
 TEST(EventLoop, refusesAnEmptyFunction) {
   const auto kRefused =
       ThrowsMessage<std::invalid_argument>("EventLoop: there is no function to call");
   EXPECT_THAT([] { getEventLoop().post({}); }, kRefused);
   EXPECT_THAT([] { getEventLoop().asyncDelay({}, milliseconds(1)); }, kRefused);
-}
-
-TEST(Future, anEmptyFutureIsNeitherFinishedNorCancelled) {
-  Future<void> sut;
-  sut.cancel();
-  EXPECT_FALSE(sut.isFinished());
-  EXPECT_FALSE(sut.isCanceled());
-  EXPECT_THAT([&] { sut.wait(); },
-              ThrowsMessage<std::logic_error>("Future: there is no call to wait for"));
 }
 
 TEST(Future, copiesReferToTheSameCallAndDestroyingThemDoesNotCancel) {
@@ -144,15 +122,6 @@ TEST(Future, everyCallEitherRunsOnceOrIsCancelled) {
     EXPECT_NE(futures[i].isFinished(), futures[i].isCanceled()) << i;
     EXPECT_EQ(runs[i], futures[i].isFinished() ? 1 : 0) << i;
   }
-}
-
-TEST(Future, waitingForACallMakesTheOwnerAdvanceTheTime) {
-  Timeline timeline;
-  getEventLoop().asyncDelay(timeline.noting("before"), milliseconds(1));
-  auto sut = getEventLoop().asyncDelay(timeline.noting("call"), milliseconds(2));
-  getEventLoop().asyncDelay(timeline.noting("after"), milliseconds(3));
-  sut.wait();
-  EXPECT_THAT(timeline.lines, ElementsAre("before 1", "call 2"));
 }
 
 TEST(Future, anotherThreadThatWaitsLeavesTheCallToTheOwner) {

@@ -24,57 +24,6 @@ struct PeriodicTaskTest : testing::Test {
   PeriodicTask sut;
 };
 
-TEST(PeriodicTask, startsItsRunsByPeriodAndCallbackTime) {
-  struct Case {
-    const char* what;
-    bool immediate;
-    bool compensate;
-    std::vector<int> callbackMs;  // of each run in turn, then 0
-    std::vector<std::string> expected;
-  };
-  const Case cases[] = {
-      {"at once, then period by period", true, false, {}, {"0", "10", "20", "30"}},
-      {"after one period", false, false, {}, {"10", "20", "30", "40"}},
-      {"the callback's time comes on top", true, false, {4, 4, 4}, {"0", "14", "28", "42"}},
-      {"or is taken off", true, true, {4, 4, 4}, {"0", "10", "20", "30"}},
-      {"down to no wait at all", true, true, {10, 0, 25, 25}, {"0", "10", "20", "45"}},
-      {"missed runs are not made up", true, true, {35}, {"0", "35", "45", "55"}},
-  };
-  for (const Case& c : cases) {
-    Timeline timeline;
-    std::vector<std::string> starts;
-    PeriodicTask sut;
-    sut.setUsPeriod(10'000);
-    sut.compensateCallbackTime(c.compensate);
-    sut.setCallback([&] {
-      const std::size_t run = timeline.lines.size();
-      timeline.note("");
-      if (run < c.callbackMs.size()) os::msleep(c.callbackMs[run]);
-    });
-    sut.start(c.immediate);
-    timeline.time.runUntil([&] { return timeline.lines.size() == 4; }, hours(1));
-    for (const auto& line : timeline.lines) starts.push_back(line.substr(1));
-    EXPECT_EQ(starts, c.expected) << c.what;
-  }
-}
-
-TEST_F(PeriodicTaskTest, stopsAndStartsAnewWhetherItRunsOrNot) {
-  sut.setCallback(timeline.noting("run"));
-  EXPECT_FALSE(sut.isRunning());
-  sut.start(true);
-  EXPECT_TRUE(sut.isRunning());
-  timeline.advanceMs(15);
-  sut.stop();
-  EXPECT_FALSE(sut.isRunning());
-  timeline.advanceMs(100);
-  sut.stop();
-  sut.start(false);
-  timeline.advanceMs(5);
-  sut.start(false);
-  timeline.advanceMs(20);
-  EXPECT_THAT(timeline.lines, ElementsAre("run 0", "run 10", "run 130", "run 140"));
-}
-
 TEST(PeriodicTask, theDestructorReleasesTheCallback) {
   for (const bool simulated : {true, false}) {
     std::optional<SimulatedTime> time;
@@ -88,74 +37,6 @@ TEST(PeriodicTask, theDestructorReleasesTheCallback) {
     sut.reset();
     EXPECT_EQ(token.use_count(), 1) << "simulated: " << simulated;
   }
-}
-
-TEST_F(PeriodicTaskTest, anExceptionIsLoggedAndTheTaskGoesOn) {
-  QV::test::LogCapture capture;
-  sut.setCallback([this] {
-    timeline.note("run");
-    if (timeline.lines.size() == 1) throw std::runtime_error("bad reading");
-    if (timeline.lines.size() == 2) throw 7;
-  });
-  sut.start(true);
-  timeline.advanceMs(20);
-  EXPECT_THAT(timeline.lines, ElementsAre("run 0", "run 10", "run 20"));
-  EXPECT_THAT(capture.lines(), ElementsAre("error ko.PeriodicTask.run: Test: bad reading",
-                                           "error ko.PeriodicTask.run: Test: unknown exception"));
-}
-
-TEST_F(PeriodicTaskTest, theCallbackMayStopChangeAndRestartItsTaskButIsNotEnteredTwice) {
-  sut.setCallback([this] {
-    timeline.note("begin");
-    sut.stop();
-    sut.setPeriod(milliseconds(20));
-    sut.setCallback(timeline.noting("changed"));
-    sut.start(true);
-    os::msleep(50);
-    timeline.note("end");
-  });
-  sut.start(true);
-  timeline.advanceMs(75);
-  EXPECT_THAT(timeline.lines, ElementsAre("begin 0", "end 50", "changed 50", "changed 70"));
-}
-
-TEST_F(PeriodicTaskTest, restartsInTheCallbackLeaveOneTaskNotTwo) {
-  sut.setCallback([this] {
-    timeline.note("run");
-    if (timeline.lines.size() == 1) {
-      sut.start(true);
-      os::msleep(1);
-      sut.start(false);
-    }
-    os::msleep(3);
-  });
-  sut.start(true);
-  timeline.advanceMs(40);
-  EXPECT_THAT(timeline.lines, ElementsAre("run 0", "run 11", "run 24", "run 37"));
-}
-
-TEST_F(PeriodicTaskTest, startThenStopInTheCallbackLeavesItStopped) {
-  sut.setCallback([this] {
-    timeline.note("run");
-    sut.start(true);
-    os::msleep(30);
-    sut.stop();
-  });
-  sut.start(true);
-  timeline.advanceMs(100);
-  EXPECT_THAT(timeline.lines, ElementsAre("run 0"));
-  EXPECT_FALSE(sut.isRunning());
-}
-
-TEST_F(PeriodicTaskTest, aCallThatRunsInsideTheCallbacksSleepMayStopTheTask) {
-  sut.setCallback([this] {
-    os::msleep(5);
-    timeline.note("end");
-  });
-  sut.start(true);
-  getEventLoop().asyncDelay([this] { sut.stop(); }, milliseconds(3));
-  timeline.advanceMs(100);
-  EXPECT_THAT(timeline.lines, ElementsAre("end 5"));
 }
 
 TEST(PeriodicTaskDeath, aTaskThatIsDestroyedInsideItsCallbacksSleepEndsTheProgramByName) {

@@ -49,8 +49,8 @@ RC_GTEST_PROP(Pose2D, aPoseAndItsInverseCancel, ()) {
 }
 
 TEST(Transform, isBuiltFromTwelveFloatsInRowMajorOrder) {
-  const std::vector<float> byRows{0, -1, 0, 4, 1, 0, 0, 5, 0, 0, 1, 6};
-  expectNear(Transform(byRows) * Position3D(1, 2, 3), Position3D(2, 6, 9));
+  const std::vector<float> byRows{0.5f, -1, 2, 4, 1, 3, -2, 5, 2, 0.25f, 7, 6};
+  expectNear(Transform(byRows) * Position3D(1, 2, 3), Position3D(8.5f, 6, 29.5f));
   EXPECT_EQ(Transform(byRows).toVector(), byRows);
   EXPECT_THAT([] { Transform(std::vector<float>(11)); },
               ThrowsMessage<std::invalid_argument>(HasSubstr("12 floats expected, 11 given")));
@@ -73,8 +73,13 @@ TEST(Transform, rotationFrom3DRotationTurnsAboutXThenYThenZ) {
              Position3D(0, 2, 0));
   expectNear(rotationFrom3DRotation(0, kHalfTurn / 2, 0) * Position3D(2, 0, 0),
              Position3D(0, 0, -2));
-  expectNear(rotationFrom3DRotation(kHalfTurn / 2, 0, kHalfTurn / 2) * Position3D(0, 1, 0),
-             Position3D(0, 0, 1));
+  expectNear(rotationFrom3DRotation(kHalfTurn / 2, 0, 0) * Position3D(0, 2, 0),
+             Position3D(0, 0, 2));
+  const Position3D position(1, 2, 3);
+  expectNear(
+      rotationFrom3DRotation(0.3f, -0.5f, 0.7f) * position,
+      rotationFrom3DRotation(0, 0, 0.7f) *
+          (rotationFrom3DRotation(0, -0.5f, 0) * (rotationFrom3DRotation(0.3f, 0, 0) * position)));
 }
 
 TEST(AxisRotationProjection, anAxisOfLengthZeroIsRefused) {
@@ -115,11 +120,11 @@ RC_GTEST_PROP(AxisRotationProjection, givesTheNearestRotationAboutTheAxis, ()) {
 
 TEST(MetricalData, givesItsAgeAndItsPointsInAnotherFrame) {
   MetricalData record;
-  record.sensorTransform = transformFromPose2D(Pose2D(1.0f, 1.0f, kHalfTurn));
+  record.sensorTransform = transformFromPose2D(Pose2D(1.0f, 2.0f, kHalfTurn / 2));
   record.points = {Position3D(0.5f, 0.25f, 0.75f)};
   record.timestamp = ko::Clock::time_point(ko::Duration(40));
   ASSERT_EQ(pointsInFrame(record).size(), 1u);
-  expectNear(pointsInFrame(record)[0], Position3D(0.5f, 0.75f, 0.75f));
+  expectNear(pointsInFrame(record)[0], Position3D(0.75f, 2.5f, 0.75f));
   EXPECT_EQ(age(record, ko::Clock::time_point(ko::Duration(100))), ko::Duration(60));
   record.timestamp = ko::Clock::time_point::min();
   EXPECT_EQ(age(record, ko::Clock::time_point(ko::Duration(100))), ko::Duration::max());

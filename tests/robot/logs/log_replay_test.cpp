@@ -14,10 +14,10 @@ Recording makeRecording() {
   Recording recording;
   recording.sensors = {{"Sonar", "", 0, {}, {}, {"range"}},
                        {"Laser", "", 0, {}, {{"timestamp", "stamp"}}, {"x", "y"}}};
-  recording.steps = {{milliseconds(0), {1.0f, 1.0f, 3.0f}, {0.5f, 1.0f, 2.0f}},
-                     {milliseconds(500), {1.0f, 1.0f, -3.0f}, {0.6f, 1.5f, 2.5f}},
-                     {milliseconds(500), {1.0f, 1.5f, -3.0f}, {0.7f, 1.7f, 2.7f}},
-                     {milliseconds(1500), {1.0f, 2.5f, -3.0f}, {0.8f, 1.8f, 2.8f}}};
+  recording.steps = {{milliseconds(0), {4.0f, 1.0f, 3.0f}, {0.5f, 1.0f, 2.0f}},
+                     {milliseconds(500), {4.0f, 1.0f, -3.0f}, {0.6f, 1.5f, 2.5f}},
+                     {milliseconds(500), {4.0f, 1.5f, -3.0f}, {0.7f, 1.7f, 2.7f}},
+                     {milliseconds(1500), {4.0f, 2.5f, -3.0f}, {0.8f, 1.8f, 2.8f}}};
   return recording;
 }
 
@@ -40,7 +40,7 @@ TEST_F(LogReplayTest, eachStepWritesTheKeysWithItsOwnTime) {
   EXPECT_EQ(sut.getNextTime(), ko::Clock::time_point(milliseconds(100)));
   EXPECT_EQ(sut.getPose(), Math::Pose2D());
   EXPECT_THAT(valuesAfterNext(), ElementsAre(0.5f, 1.0f, 2.0f, 150.0f));
-  EXPECT_EQ(sut.getPose(), Math::Pose2D(1.0f, 1.0f, 3.0f));
+  EXPECT_EQ(sut.getPose(), Math::Pose2D(4.0f, 1.0f, 3.0f));
   EXPECT_EQ(sut.getNextTime(), ko::Clock::time_point(milliseconds(600)));
   valuesAfterNext();
   valuesAfterNext();

@@ -25,33 +25,6 @@ struct LaserModeActuatorTest : test::FakeRobotTest {
                                        "actuator",    "mode", milliseconds(50)};
 };
 
-TEST_F(LaserModeActuatorTest, aCommandTakesEffectAfterTheDelaySetAtThatTime) {
-  command(5.0f);
-  sut->setDelay(ko::Duration(1));
-  EXPECT_EQ(modeIn(49), QVValue(0));
-  EXPECT_EQ(modeIn(1), QVValue(5));
-}
-
-TEST_F(LaserModeActuatorTest, aCommandReplacesOneThatHasNotTakenEffect) {
-  command(5.0f);
-  sut->setDelay(milliseconds(10));
-  command(7.0f);
-  EXPECT_EQ(modeIn(10), QVValue(7));
-  EXPECT_EQ(modeIn(100), QVValue(7));
-  sut->setDelay(ko::Duration(0));
-  command(true);
-  EXPECT_EQ(modeIn(0), QVValue(1));
-}
-
-TEST_F(LaserModeActuatorTest, aCommandMayNeverTakeEffect) {
-  command(5.0f);
-  sut->setDelay(std::nullopt);
-  EXPECT_EQ(modeIn(1000), QVValue(0));
-  command(7.0f);
-  sut->setDelay(milliseconds(1));
-  EXPECT_EQ(modeIn(1000), QVValue(0));
-}
-
 TEST_F(LaserModeActuatorTest, theDestructorReleasesTheActuator) {
   command(5.0f);
   EXPECT_THROW(memory.getData("actuator"), QVError);

@@ -112,8 +112,8 @@ TEST_F(VirtualRobotTest, followsItsCommandedVelocity) {
   robot().setVelocity(0.5f, 0.0f, 0.5f);
   run(static_cast<int>(2000 * kHalfCircle));
   EXPECT_THAT(robot().getPose(), IsPose(2.6, 3.8, -kHalfCircle / 2)) << "half a circle of 1 m";
-  robot().setPose({1.0f, 1.0f, 0.0f});
-  EXPECT_THAT(robot().getPose(), IsPose(1, 1, 0));
+  robot().setPose({1.0f, 1.5f, 0.25f});
+  EXPECT_THAT(robot().getPose(), IsPose(1, 1.5, 0.25));
   EXPECT_THAT(robot().getOdometry(), IsPose(0.8, 2.4, kHalfCircle)) << "does not notice";
 }
 

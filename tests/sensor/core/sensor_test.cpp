@@ -16,24 +16,6 @@ struct SensorTest : testing::Test {
   FakeSensor sut{"Left", "Sonar"};
 };
 
-TEST_F(SensorTest, aFailedStartSetsTheDiagnosisToBadAndIsRetriedOnlyAfterAGoodOne) {
-  sut.subscribeSucceeds = false;
-  EXPECT_TRUE(sut.subscribe("a"));
-  EXPECT_FALSE(sut.isDiagnosisSucess());
-  EXPECT_FALSE(sut.isStarted());
-  sut.subscribe("b");
-  EXPECT_EQ(sut.starts, 1);
-
-  sut.setDiagnosis(true);
-  EXPECT_EQ(sut.starts, 2);
-  EXPECT_FALSE(sut.isDiagnosisSucess());
-
-  sut.subscribeSucceeds = true;
-  sut.setDiagnosis(true);
-  EXPECT_TRUE(sut.isStarted());
-  EXPECT_TRUE(sut.isDiagnosisSucess());
-}
-
 TEST_F(SensorTest, keepsItsLastErrorEvenIfTheLogLevelHidesIt) {
   ko::log::setLevel("Test", ko::log::Level::silent);
   const auto troubleOf = [](const FakeSensor& sensor) {
@@ -54,17 +36,6 @@ TEST_F(SensorTest, keepsItsLastErrorEvenIfTheLogLevelHidesIt) {
   sut.keepTrouble(ko::log::Level::info, "Test", "read", "Not there yet.");
   EXPECT_EQ(troubleOf(sut), "xSubscribeToHardware: no bus");
   ko::log::resetLevel("Test");
-}
-
-TEST_F(SensorTest, isFlaggedAsStartedOnlyWhileTheHardwareRuns) {
-  bool flaggedAtStart = true;
-  bool flaggedAtStop = true;
-  sut.onStart = [&] { flaggedAtStart = sut.isStarted(); };
-  sut.onStop = [&] { flaggedAtStop = sut.isStarted(); };
-  sut.subscribe("a");
-  sut.unsubscribe("a");
-  EXPECT_FALSE(flaggedAtStart);
-  EXPECT_FALSE(flaggedAtStop);
 }
 
 TEST_F(SensorTest, readingAndSubscribingAreThreadSafe) {

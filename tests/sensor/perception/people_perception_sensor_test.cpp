@@ -86,29 +86,6 @@ TEST_F(PeoplePerceptionSensorTest, peopleStandWhereTheCameraSawThem) {
               ElementsAre("_getSensorTransformAtTime[\"DepthCamera\", 12345678000]"));
 }
 
-TEST_F(PeoplePerceptionSensorTest, beforeTheFirstEventThereIsNobody) {
-  const Math::MetricalData expected{"PeoplePerception", "Asus", kPeopleView, {}, {},
-                                    ko::Clock::now()};
-  EXPECT_THAT(sut->getData(), IsEmpty());
-  EXPECT_THAT(readOf(*sut), ElementsAre(expected));
-}
-
-TEST_F(PeoplePerceptionSensorTest, peopleAreForgottenTwoSecondsAfterTheLastEvent) {
-  sut->subscribe("test");
-  raise(crowd(1));
-  time.advance(milliseconds(1500));
-  raise(crowd(2));
-  time.advance(milliseconds(1999));
-  EXPECT_THAT(points(), SizeIs(2));
-  time.advance(milliseconds(1));
-  EXPECT_EQ(readOf(*sut).at(0).timestamp, ko::Clock::now());
-  EXPECT_THAT(points(), IsEmpty());
-  raise(crowd(3));
-  raise(peopleEvent(QVValue::Array()));
-  EXPECT_THAT(points(), IsEmpty());
-  EXPECT_NE(readOf(*sut).at(0).timestamp, ko::Clock::now());
-}
-
 TEST_F(PeoplePerceptionSensorTest, aSensorMayBeDestroyedBeforeItsPeopleAreForgotten) {
   sut->onUpdatePeopleList("", crowd(1), "");
   sut.reset();
@@ -163,61 +140,6 @@ TEST_F(PeoplePerceptionSensorTest, aMalformedEventIsLoggedAndChangesNothing) {
     EXPECT_THAT(log.lines(), ElementsAre(kPeopleError + "onUpdatePeopleList: " + message)) << event;
   }
   EXPECT_THAT(points(), SizeIs(1));
-}
-
-TEST_F(PeoplePerceptionSensorTest, aPersonWithoutAFinitePlaceIsLeftOutAlone) {
-  sut->onUpdatePeopleList(
-      "",
-      peopleEvent(QVValue::array(person(kNan, 0.0f, 0.0f), person(1.0f, 0.0f, 0.0f),
-                                 person(1.0f, kInf, 0.0f), person(2.0f, 0.0f, -kInf))),
-      "");
-  EXPECT_THAT(points(), ElementsAre(isPoint(1.0f, 0.0f, 0.0f)));
-  EXPECT_THAT(log.lines(),
-              ElementsAre("warning QVNavigation.PeoplePerceptionSensor.onUpdatePeopleList: 3 of 4 "
-                          "people left out: finite distances and angles expected"));
-}
-
-TEST_F(PeoplePerceptionSensorTest, withoutTheCamerasPoseTheLastPeopleStay) {
-  sut->onUpdatePeopleList("", crowd(1), "");
-  sut->onUpdatePeopleList("", peopleEvent(QVValue::Array(), QVValue::array(1, 0), 3), "");
-  motion->transform = "lost";
-  sut->onUpdatePeopleList("", crowd(2), "");
-  broker->planFailure("QVMotion._getSensorTransformAtTime", "too long ago");
-  sut->onUpdatePeopleList("", crowd(3), "");
-  EXPECT_THAT(points(), SizeIs(1));
-  const std::string start = kPeopleError + "onUpdatePeopleList: Unable to get transform: ";
-  EXPECT_THAT(log.lines(),
-              ElementsAre(start + "QVVideoDevice::getCameraName: no camera 3",
-                          testing::StartsWith(start + "QVMotion::_getSensorTransformAtTime: "),
-                          start + "too long ago"));
-}
-
-TEST_F(PeoplePerceptionSensorTest, isSubscribedToTheEventWhileItHasASubscriber) {
-  raise(crowd(1));
-  EXPECT_THAT(points(), IsEmpty());
-  raise(crowd(2));
-  EXPECT_THAT(points(), SizeIs(2));
-  sut->unsubscribe("test");
-  raise(crowd(3));
-  EXPECT_THAT(points(), SizeIs(2));
-}
-
-TEST_F(PeoplePerceptionSensorTest, aFailedSubscriptionIsLoggedAndSetsTheDiagnosisToBad) {
-  broker->planFailure("QVMemory.subscribeToMicroEvent", "memory is full");
-  sut->subscribe("test");
-  EXPECT_FALSE(sut->isDiagnosisSucess());
-  broker->plan("QVMemory.subscribeToMicroEvent", {});
-  sut->setDiagnosis(true);
-  EXPECT_TRUE(sut->isStarted());
-  broker->planFailure("QVMemory.unsubscribeToMicroEvent", "memory is busy");
-  sut->unsubscribe("test");
-  EXPECT_FALSE(sut->isDiagnosisSucess());
-  const std::string event = "PeoplePerception/PeopleDetected: ";
-  EXPECT_THAT(log.lines(),
-              ElementsAre(kPeopleError + "xSubscribeToHardware: Unable to subscribe to " + event +
-                              "memory is full",
-                          kPeopleError + "xUnsubscribeFromHardware: Unable to unsubscribe from " +
-                              event + "memory is busy"));
 }
 
 }  // namespace

@@ -33,7 +33,7 @@ struct Sensor3DTest : test::FakeRobotTest {
 
   void make(int model = 1) {
     addCamera(model);
-    sut.emplace("Depth", "Asus", broker, Math::SensorFieldOfView2D(0.4f, 8.0f, 1.0f, 1));
+    sut.emplace("Depth", "Asus", broker, Math::SensorFieldOfView2D(0.4f, 8.0f, 1.1f, 1));
   }
 
   /** Starts before a wall at so many millimetres. */

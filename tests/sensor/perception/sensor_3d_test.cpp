@@ -20,6 +20,8 @@ TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
   time.runDue();
   EXPECT_THAT(broker->callsTo("QVVideoDevice"),
               testing::Contains("subscribeCamera[\"Sensor3DDepth\", 2, 8, 17, 11]"));
+  EXPECT_THAT(broker->callsTo("QVMotion"),
+              ElementsAre("_getSensorTransformAtTime[\"Depth\", 80000000]"));
   const auto records = sut->getData();
   ASSERT_EQ(records.size(), 2u);
   EXPECT_EQ(records[0].points.size(), 768u);
@@ -30,7 +32,7 @@ TEST_F(Sensor3DTest, largeComponentsAreRecordsInOrderOfTheirFirstPixels) {
   EXPECT_EQ(records[1].points[0].z, 0.0f);
   for (const auto& record : records) {
     EXPECT_EQ(record.sensorName, "Depth");
-    EXPECT_EQ(record.fieldOfView.rayCount, 320);
+    EXPECT_EQ(record.fieldOfView, Math::SensorFieldOfView2D(0.4f, 8.0f, 1.1f, 320));
     EXPECT_EQ(record.sensorTransform, test::tiltedFrame());
     EXPECT_EQ(record.timestamp, ko::Clock::now() - milliseconds(20));
   }
@@ -175,8 +177,18 @@ TEST_F(Sensor3DTest, theDestructorReleasesItsHandleAgainAndLogsNothing) {
   sut->unsubscribe("me");
   sut.reset();
   EXPECT_THAT(log.lines(), IsEmpty());
-  EXPECT_THAT(broker->callsTo("QVVideoDevice"),
-              testing::Contains("unsubscribe[\"Sensor3DDepth_1\"]").Times(2));
+  const std::string release = "unsubscribe[\"Sensor3DDepth_1\"]";
+  EXPECT_THAT(broker->callsTo("QVVideoDevice"), testing::Contains(release).Times(2));
+}
+
+TEST_F(Sensor3DTest, theDestructorHasNoHandleToReleaseAfterAFailedStart) {
+  make();
+  sut->subscribe("me");
+  sut->unsubscribe("me");
+  broker->planFailure("QVVideoDevice.subscribeCamera", "broken");
+  sut->subscribe("me");
+  sut.reset();
+  EXPECT_THAT(broker->callsTo("QVVideoDevice").back(), StartsWith("subscribeCamera"));
 }
 
 TEST_F(Sensor3DTest, afterARestartTheLastImageIsShownUntilANewOneComes) {

@@ -52,43 +52,6 @@ TEST_F(TouchSensorTest, aTouchedGroupIsARecordWithAPointInItsFrame) {
   EXPECT_THAT(broker->callsTo("QVMotion"), ElementsAre("getTransform[\"FrontBumper\", 1, true]"));
 }
 
-TEST_F(TouchSensorTest, groupsAreTouchedByEnabledTypesUntilTheyAreReleased) {
-  EXPECT_THAT(touchedGroups(), IsEmpty());
-  raise(touched("B", {1}), touched("A", {5, 3}), touched("C", {4, 5, 6}), touched("D", {}));
-  EXPECT_THAT(touchedGroups(), ElementsAre("A", "B"));
-  raise(released("nobody"), touched("B", {6}));
-  EXPECT_THAT(touchedGroups(), ElementsAre("A", "B"));
-  raise(released("A"), released("B"), touched("B", {2}));
-  EXPECT_THAT(touchedGroups(), ElementsAre("B"));
-}
-
-TEST_F(TouchSensorTest, changingTheEnabledTypesKeepsTouchedGroups) {
-  EXPECT_THAT(sut->getEnabledTouchTypes(), ElementsAre(1, 2, 3));
-  raise(touched("A", {2}), touched("B", {42}));
-  sut->disableTouchType(2);
-  sut->enableTouchType(42);
-  EXPECT_THAT(sut->getEnabledTouchTypes(), ElementsAre(1, 3, 42));
-  EXPECT_THAT(touchedGroups(), ElementsAre("A"));
-  raise(released("A"), touched("A", {2}), touched("B", {42}));
-  EXPECT_THAT(touchedGroups(), ElementsAre("B"));
-  EXPECT_THAT(log.lines(), IsEmpty());
-  sut->enableTouchType(42);
-  sut->disableTouchType(6);
-  EXPECT_THAT(sut->getEnabledTouchTypes(), ElementsAre(1, 3, 42));
-  EXPECT_THAT(
-      log.lines(),
-      ElementsAre("info " + kCategory + "enableTouchType: Touch type 42 already enabled.",
-                  "info " + kCategory + "disableTouchType: Touch type 6 already disabled."));
-}
-
-TEST_F(TouchSensorTest, aMalformedEventIsLoggedAndChangesNothing) {
-  raise(touched("A", {1}));
-  raise(released("A"), touched("B", {"1"}));
-  EXPECT_THAT(touchedGroups(), ElementsAre("A"));
-  EXPECT_THAT(log.lines(),
-              ElementsAre("error " + kCategory + "onTouchChanged: Invalid touch extraction"));
-}
-
 TEST_F(TouchSensorTest, aGroupWithoutATransformIsLeftOutWithoutALogLine) {
   raise(touched("A", {1}), touched("B", {1}), touched("C", {1}));
   int calls = 0;
@@ -126,22 +89,6 @@ TEST_F(TouchSensorTest, anEventInsideTheSleepOfAReadingChangesTheNextOne) {
                     QVValue::array(released("A"), released("B"), touched("C", {1})));
   EXPECT_THAT(touchedGroups(), ElementsAre("A", "B"));
   EXPECT_THAT(touchedGroups(), ElementsAre("C"));
-}
-
-TEST_F(TouchSensorTest, theSensorStaysSubscribedToTheEventAllItsLife) {
-  sut->subscribe("navigation");
-  sut->unsubscribe("navigation");
-  raise(touched("A", {1}));
-  sut.reset();
-  raise(released("A"));
-  sut.emplace("Touch", "Touch", broker, kTouchView);
-  raise(touched("B", {3}));
-  EXPECT_THAT(touchedGroups(), ElementsAre("B"));
-  const std::string call =
-      "subscribeToEvent[\"TouchChanged\", \"QVNavigation\", \"_onTouchChanged\"]";
-  EXPECT_THAT(broker->callsTo("QVMemory"),
-              testing::AllOf(testing::Contains(call).Times(2),
-                             testing::Not(testing::Contains(testing::HasSubstr("unsubscribe")))));
 }
 
 }  // namespace

@@ -11,9 +11,8 @@ namespace {
 using Math::Position3D;
 using robot::LaserModeActuator;
 
-const Math::SensorFieldOfView2D kLaserView(0.5f, 5.0f, 1.0f, 1);
+const Math::SensorFieldOfView2D kLaserView(0.5f, 5.0f, 1.2f, 1);
 const std::string kRead = "error Navigation.LaserSensor.xGetData: ";
-const std::string kSetKey = " Navigation.LaserSensor.xSetKey: ";
 
 struct LaserSensorTest : test::FakeRobotTest {
   LaserSensorTest() { memory.insertData("stamp", 90); }
@@ -35,14 +34,6 @@ struct LaserSensorTest : test::FakeRobotTest {
     log.clear();
     return records;
   }
-
-  /** Returns how a laser's start ends, and the time that it takes. */
-  std::pair<bool, ko::Duration> start(LaserSensor& laser) {
-    const auto begin = ko::Clock::now();
-    laser.setDiagnosis(true);
-    laser.subscribe("test");
-    return {laser.isStarted(), ko::Clock::now() - begin};
-  }
 };
 
 TEST_F(LaserSensorTest, aReadingHasThePointsNearerThanTheMaximumRange) {
@@ -51,7 +42,7 @@ TEST_F(LaserSensorTest, aReadingHasThePointsNearerThanTheMaximumRange) {
     std::vector<Position3D> points;
   };
   const Case cases[] = {{{1.0f, 2.0f, 0.1f, -0.1f}, {{1.0f, 2.0f, 0.0f}, {0.1f, -0.1f, 0.0f}}},
-                        {{-3.0f, 4.0f, 1, true}, {{1.0f, 1.0f, 0.0f}}},
+                        {{-3.0f, 4.0f, 2, true}, {{2.0f, 1.0f, 0.0f}}},
                         {{3.0f, 3.9999f}, {{3.0f, 3.9999f, 0.0f}}},
                         {{1.0f, 2.0f, 3.0f}, {{1.0f, 2.0f, 0.0f}}},
                         {{1.0f}, {}},
@@ -118,53 +109,6 @@ TEST_F(LaserSensorTest, anUnreadableValueGivesNoRecord) {
                                            "QVValue::toFloat: float expected, string given"));
 }
 
-TEST_F(LaserSensorTest, switchingSetsOrClearsTheLasersBitsOfTheMode) {
-  struct Case {
-    int mask;
-    QVValue current;
-    float on;
-    float off;
-  };
-  const Case cases[] = {{2, 5, 7.0f, 5.0f},    {4, 12, 12.0f, 0.0f},    {0x102, 8, 10.0f, 0.0f},
-                        {-1, 0, 255.0f, 0.0f}, {1, 6.9f, 7.0f, 6.0f},   {1, 258, 3.0f, 2.0f},
-                        {1, kNan, 1.0f, 0.0f}, {1, 1e30f, 255.0f, 6.0f}};
-  std::vector<QVValue> commanded;
-  devices->setActuatorHandler("modeActuator", [&](const std::string&, const QVValue& mode) {
-    commanded.push_back(mode);
-    memory.insertData("mode", mode);
-  });
-  for (const Case& c : cases) {
-    commanded.clear();
-    memory.insertData("mode", c.current);
-    const auto sut = makeLaser({"x", "y"}, c.mask);
-    EXPECT_EQ(start(*sut), std::pair(true, ko::Duration(0)));
-    sut->unsubscribe("test");
-    EXPECT_TRUE(sut->isDiagnosisSucess());
-    EXPECT_THAT(commanded, ElementsAre(QVValue(c.on), QVValue(c.off))) << c.mask << c.current;
-  }
-  EXPECT_EQ(broker->callsTo("DCM").at(1), "set[[\"modeActuator\", \"ClearAll\", [[7.0, 100]]]]");
-}
-
-TEST_F(LaserSensorTest, aConfirmationCountsUpToTheSecondToLastPoll) {
-  struct Case {
-    int delayMs;
-    int elapsedMs;
-    bool confirmed;
-  };
-  // Poll n looks (n - 1) * 20 ms after the command and then sleeps for 20 ms.
-  const Case cases[] = {{0, 0, true},       {1, 40, true},      {20, 40, true},
-                        {21, 60, true},     {950, 980, true},   {970, 1000, false},
-                        {990, 1000, false}, {5000, 1000, false}};
-  for (const Case& c : cases) {
-    const LaserModeActuator hardware(broker, devices, "modeActuator", "mode",
-                                     milliseconds(c.delayMs));
-    const auto sut = makeLaser({"x", "y"});
-    EXPECT_EQ(start(*sut), std::pair(c.confirmed, ko::Duration(milliseconds(c.elapsedMs))))
-        << c.delayMs;
-    EXPECT_EQ(sut->isDiagnosisSucess(), c.confirmed) << c.delayMs;
-  }
-}
-
 TEST_F(LaserSensorTest, lasersThatShareAModeAreSwitchedOneAfterTheOther) {
   const LaserModeActuator hardware(broker, devices, "modeActuator", "mode", milliseconds(30));
   const auto left = makeLaser({"x", "y"}, 1);
@@ -181,55 +125,6 @@ TEST_F(LaserSensorTest, lasersThatShareAModeAreSwitchedOneAfterTheOther) {
       EXPECT_EQ(std::pair(laser->isStarted(), laser->isDiagnosisSucess()), std::pair(on, true));
     }
     EXPECT_EQ(memory.getData("mode"), QVValue(on ? 3 : 0));
-  }
-}
-
-TEST_F(LaserSensorTest, anUnconfirmedModeIsLoggedAndTimesOut) {
-  devices->setActuatorHandler("modeActuator", [](const std::string&, const QVValue&) {});
-  memory.insertData("mode", 7);
-  const auto sut = makeLaser({"x", "y"});
-  EXPECT_EQ(start(*sut), std::pair(true, ko::Duration(0)));
-  sut->unsubscribe("test");
-  EXPECT_FALSE(sut->isDiagnosisSucess());
-  std::vector<std::string> expected{"verbose" + kSetKey + "Getting 7 Front state.",
-                                    "verbose" + kSetKey + "Setting 7 for activation.",
-                                    "verbose" + kSetKey + "Getting 7 Front state.",
-                                    "verbose" + kSetKey + "Setting 5 for desactivation"};
-  expected.resize(54, "verbose" + kSetKey + "Waiting update 7 Front state.");
-  expected.push_back("error" + kSetKey + "Timeout while setting operation Mode for Front");
-  EXPECT_THAT(log.lines(), ElementsAreArray(expected));
-}
-
-TEST_F(LaserSensorTest, anUnreadableModeFailsTheStartAtOnce) {
-  const auto sut = makeLaser({"x", "y"});
-  const std::string line = "error" + kSetKey + "Unable to get operation mode for Front";
-  memory.insertData("mode", "on");
-  EXPECT_EQ(start(*sut), std::pair(false, ko::Duration(0)));
-  EXPECT_THAT(log.lines(), ElementsAre(line));
-  EXPECT_THAT(broker->callsTo("DCM"), IsEmpty());
-  devices->setActuatorHandler("modeActuator", [](const std::string&, const QVValue&) {});
-  memory.insertData("mode", 0);
-  // The third read is that of the first poll.
-  for (const int broken : {1, 2, 3, 7}) {
-    broker->plan("QVMemory.getData", [broken, reads = 0]() mutable {
-      if (++reads == broken) throw 42;
-    });
-    EXPECT_EQ(start(*sut),
-              std::pair(false, ko::Duration(milliseconds(std::max(0, broken - 3) * 20))));
-    EXPECT_EQ(log.lines().back(), line);
-    sut->unsubscribe("test");
-  }
-}
-
-TEST_F(LaserSensorTest, aRefusingDeviceManagerFailsTheStart) {
-  memory.insertData("mode", 0);
-  const auto sut = makeLaser({"x", "y"});
-  for (const char* method : {"DCM.set", "DCM.getTime"}) {
-    broker->planFailure(method, "busy");
-    EXPECT_EQ(start(*sut), std::pair(false, ko::Duration(0)));
-    EXPECT_EQ(log.lines().back(), "error" + kSetKey + "Unable to set operation mode for Front");
-    broker->plan(method, {});
-    sut->unsubscribe("test");
   }
 }
 

@@ -3,8 +3,10 @@
 #include <algorithm>
 #include <optional>
 
+#include "robot/services/internal/laser_mode_actuator.h"
 #include "robot/services/internal/robot_model_service.h"
 #include "robot/services/video_device.h"
+#include "sensor/perception/internal/touch_sensor.h"
 #include "sensor/range/internal/smart_sonar.h"
 #include "tests/support/fake_robot.h"
 #include "tests/support/fake_sensor.h"
@@ -96,14 +98,51 @@ TEST_F(RealSensorManagerTest, groupsTheDescribedSensorsByFamily) {
   EXPECT_EQ(std::ranges::count(log.lines(), kTouchAdded), 2) << "the second one is not kept";
 }
 
-TEST_F(RealSensorManagerTest, aTouchSensorNamedTouchIsBuiltOnce) {
+TEST_F(RealSensorManagerTest, aTouchSensorNamedTouchIsBuiltOnceAndTheFirstOfOthersStays) {
   make(sensorElement("Bumper", 2) + sensorElement("Touch", 2));
   EXPECT_EQ(std::ranges::count(log.lines(), kTouchAdded), 1);
+  make(sensorElement("Bumper", 2, {{"maximumDetectionDistance", "0.5"}}) +
+       sensorElement("Skin", 2, {{"maximumDetectionDistance", "0.75"}}))
+      .subscribe("me");
+  const auto touch = boost::dynamic_pointer_cast<TouchSensor>(sut->getSensorPtr("Touch"));
+  touch->onTouchChanged("", QVValue::array(QVValue::array("Left", true, QVValue::array(1))), "");
+  EXPECT_EQ(touch->getData().at(0).fieldOfView.maxRange, 0.5f);
 }
 
-TEST_F(RealSensorManagerTest, aLasersBitIsItsRegIndexTruncatedToAnInteger) {
-  memory.insertData("get", 0);
-  make(sensorElement("Laser1", 8, kLaser, {"x", "y"})).subscribe("me");
+TEST_F(RealSensorManagerTest, eachSensorGetsItsNameFieldOfViewKeysAndBit) {
+  const Properties properties = with(kLaser, {{"minimumDetectionDistance", "0.25"},
+                                              {"maximumDetectionDistance", "3.5"},
+                                              {"horizontalAngularRange", "1.5"},
+                                              {"inclination", "tilt"},
+                                              {"status", "state"}});
+  struct Case {
+    int type;
+    const char* family;
+    std::vector<std::string> keys;
+    int rays;
+    Math::Position3D middle;
+  };
+  const Case cases[] = {{8, "Laser", {"x", "y"}, 1, {0.5f, -1.25f, 0.0f}},
+                        {16, "HoleLaser", {"x", "y"}, 1, {0.5f, -1.25f, 0.0f}},
+                        {17, "Shovel", {"x", "y"}, 1, {0.5f, -1.25f, 0.0f}},
+                        {9, "Sonar", {"range"}, 15, {0.75f, 0.0f, 0.0f}},
+                        {14, "BlindZone", {"zone"}, 1, {0.25f, 0.0f, 0.0f}}};
+  const std::pair<const char*, float> values[] = {
+      {"x", 0.5f},      {"y", -1.25f},  {"range", 0.75f}, {"zone", 1.0f},
+      {"stamp", 90.0f}, {"tilt", 0.0f}, {"state", 2.0f}};
+  for (const auto& [key, value] : values) memory.insertData(key, value);
+  const robot::LaserModeActuator mode(broker, devices, "set", "get", ko::Duration(0));
+  for (const auto& [type, family, keys, rays, middle] : cases) {
+    make(sensorElement("Front", type, properties, keys)).subscribe("me");
+    const auto records = sut->getSensorPtr("Front")->getData();
+    ASSERT_THAT(records, SizeIs(1)) << family;
+    EXPECT_EQ(records[0].sensorName + records[0].familyName, std::string("Front") + family);
+    EXPECT_EQ(records[0].fieldOfView, Math::SensorFieldOfView2D(0.25f, 3.5f, 1.5f, rays)) << family;
+    ASSERT_THAT(records[0].points, SizeIs(rays));
+    const Math::Position3D& point = records[0].points[records[0].points.size() / 2];
+    EXPECT_NEAR(point.x, middle.x, 1e-6f) << family;
+    EXPECT_NEAR(point.y, middle.y, 1e-6f) << family;
+  }
   EXPECT_THAT(broker->callsTo("DCM"), Contains(HasSubstr(R"(["set", "ClearAll", [[2)")));
 }
 

@@ -6,6 +6,7 @@
 #include <thread>
 
 #include "platform/ko/simulated_time.h"
+#include "sensor/simulation/internal/simulated_sensor.h"
 #include "tests/support/fake_sensor.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/vocabulary.h"
@@ -62,11 +63,24 @@ TEST(SimulatedSensorManager, aNearestEchoIsOnePointStraightAheadWhateverTheMount
   setBothPoses(sut, Math::Pose2D(5.0f, 5.05f, 0.0f));
   map.setOccupancy(60, 50, 0.4f);
   for (const auto& record : sut.getMetricalData()) EXPECT_THAT(record.points, IsEmpty());
-  map.setOccupancy(60, 50, OccupancyMap::kUnknown);
+  map.setOccupancy(60, 50, std::nextafter(0.4f, 1.0f));
   for (const auto& record : sut.getMetricalData()) {
     ASSERT_THAT(record.points, SizeIs(1));
     EXPECT_NEAR(record.points[0].x, 1.0f, 1e-5f);
   }
+}
+
+TEST(SimulatedSensor, ofEqualRangesTheFirstSaysWhetherThereIsAnEcho) {
+  OccupancyMap map(40, 9, 0.125f, {}, 0.0f);
+  for (int row = 0; row < 9; ++row) map.setOccupancy(36, row, 1.0f);
+  SimulatedSensor sut("Front", "Sonar", {0.0f, 2.5f, 1.0f, 2}, {});
+  sut.setOccMap(&map);
+  sut.subscribe("me");
+  // The first ray meets the wall at the maximum range, at which the second one ends without.
+  sut.setPose2D({2.0f, 0.5625f, 0.5f}, {});
+  EXPECT_THAT(sut.getData().at(0).points, ElementsAre(Math::Position3D(2.5f, 0.0f, 0.5f)));
+  sut.setPose2D({2.0f, 0.5625f, -0.5f}, {});
+  EXPECT_THAT(sut.getData().at(0).points, IsEmpty());
 }
 
 TEST(SimulatedSensorManager, allRaysArePlacedFromTheScanPoseIntoTheReferenceFrame) {
@@ -82,13 +96,15 @@ TEST(SimulatedSensorManager, allRaysArePlacedFromTheScanPoseIntoTheReferenceFram
   EXPECT_NEAR(robotFrame.points[75].y, -0.9f, 1e-4f);
   for (const auto& point : robotFrame.points) EXPECT_EQ(point.z, 0.5f);
 
-  sut.setPose2D(pose, Math::Pose2D());
+  const Math::Pose2D reference(2.0f, -3.0f, 0.7f);
+  sut.setPose2D(pose, reference);
   const auto shifted = sut.getMetricalData().at(0);
   EXPECT_NEAR(robotFrame.sensorTransform(0, 3), 9.0f, 1e-6f);
   EXPECT_NEAR(robotFrame.sensorTransform(1, 3), 5.1f, 1e-6f);
-  EXPECT_EQ(shifted.sensorTransform, Math::transformFromPose2D({0.1f, 0.0f, 0.0f}));
-  const auto expected =
-      Math::pinv(pose) * Math::Position2D(robotFrame.points[75].x, robotFrame.points[75].y);
+  EXPECT_EQ(shifted.sensorTransform,
+            Math::transformFromPose2D(reference * Math::Pose2D(0.1f, 0.0f, 0.0f)));
+  const auto expected = reference * (Math::pinv(pose) * Math::Position2D(robotFrame.points[75].x,
+                                                                         robotFrame.points[75].y));
   EXPECT_NEAR(shifted.points[75].x, expected.x, 1e-4f);
   EXPECT_NEAR(shifted.points[75].y, expected.y, 1e-4f);
 }
