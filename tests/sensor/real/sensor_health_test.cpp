@@ -371,6 +371,24 @@ TEST_F(SensorHealthTest, noSensorIsLateBecauseHealthWasOff) {
   EXPECT_THAT(faults, testing::IsEmpty());
 }
 
+// As of sonars, which some robots switch off on the way.
+TEST_F(SensorHealthTest, whatMayBeSilentOnTheWayIsNotSoundAgainBecauseTheRobotMoves) {
+  healthOf(*sut).describe(left(), {.silence = Model::Silence::whileMoving}, milliseconds(100));
+  const auto go = [this](float turn) { motion->velocity = std::vector<float>{0.0f, 0.0f, turn}; };
+  sut->subscribe("me");
+  EXPECT_TRUE(becomes("Left", sound, 1.0));
+  left().hasRecord = false;
+  time.advance(milliseconds(3000));
+  EXPECT_EQ(health("Left").reason, "no record, which is normal: the robot moves");
+  go(0.0f);
+  EXPECT_TRUE(becomes("Left", silent, 1.0));
+  go(0.5f);
+  time.advance(milliseconds(5000));
+  EXPECT_EQ(health("Left").state, silent) << "it has not measured since";
+  left().hasRecord = true;
+  EXPECT_TRUE(becomes("Left", sound, 3.0));
+}
+
 TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
   EXPECT_NEAR(sut->getHealthLimit("Right", HealthLimit::age).value(), 0.7, 1e-6);
   EXPECT_EQ(sut->getHealthLimit("Right", HealthLimit::distance), 0.7);
@@ -393,8 +411,20 @@ TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
 
 // Two sensors must compare a range that changes by a third, and then agree three times in a row.
 TEST_F(SensorHealthTest, limitsOfDisagreementAndRecoveryAreSecondsToBadHealthAndBack) {
-  sut->subscribe("me");
   const HealthCase& contradiction = kHealthCases[6];
+  sut->setHealthLimit(parseHealthRule("disagreement=off"));
+  sut->subscribe("me");
+  time.advance(milliseconds(2000));
+  // Where the robot stands, nothing shows which one stays behind.
+  sut->setHealthLimit(parseHealthRule("disagreement=3"));
+  motion->velocity = std::vector<float>{0.0f, 0.0f, 0.0f};
+  time.advance(milliseconds(1000));
+  contradiction.fail(*this);
+  time.advance(milliseconds(9000));
+  EXPECT_THAT(faults, IsEmpty());
+  contradiction.repair(*this);
+  time.advance(milliseconds(5000));
+  motion->velocity = std::vector<float>{0.0f, 0.0f, 0.5f};
   for (const auto& [disagreement, recovery] : {std::pair{3, 1}, {9, 1}, {3, 5}}) {
     sut->setHealthLimit(parseHealthRule("disagreement=" + std::to_string(disagreement)));
     sut->setHealthLimit(parseHealthRule("recovery=" + std::to_string(recovery)));
