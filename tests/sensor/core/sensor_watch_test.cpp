@@ -28,7 +28,13 @@ class WatchedReadings {
     watch.setNature(nature);
     watch.setPatience(kPatience);
     watch.setOn(true);
+    start();
+  }
+
+  void start() {
     watch.begin();
+    failures = 0;
+    recordAt = answeredAt = Time();
   }
 
   void read(Reading reading) {
@@ -91,8 +97,8 @@ class WatchedReadings {
   std::uint32_t failures = 0;
   bool isEmpty = false;
   bool isExcused = false;
-  Time recordAt{ko::Duration(0)};
-  Time answeredAt{ko::Duration(0)};
+  Time recordAt;
+  Time answeredAt;
 };
 
 const std::vector<std::pair<const char*, HealthNature>> kNatures{
@@ -114,6 +120,7 @@ TEST(SensorWatch, notesWhatReadingsShowAndCallsNothingCalmThatIsNotSound) {
       for (int i = 0; i < 150; ++i) {
         if (draw(11) == 0) reading = static_cast<Reading>(draw(6));
         if (draw(11) == 0) reading = Reading::other;
+        if (draw(29) == 0) sut.start();
         time.advance(milliseconds(
             std::vector{5, 40, 60, 100, 100, 260, 450}[static_cast<std::size_t>(draw(6))]));
         sut.expectCalmIsSound(draw(1) == 0);

@@ -28,12 +28,24 @@ constexpr char kHealthRobot[] =
     R"(<sensor name="Right" type="Eye"><property key="period" value="0.2"/>)"
     R"(<property key="limits" value="distance=0.7 old=3"/></sensor></robot>)";
 
-SensorFactory eyeFactory() {
+SensorFactory factoryOf(const Model::SensorKind& kind) {
   SensorFactory factory;
-  factory.add({90, "Eye", "Eyes"}, [](const SensorOrder& order) -> SensorFactory::Sensors {
+  factory.add(kind, [](const SensorOrder& order) -> SensorFactory::Sensors {
     return {boost::make_shared<Fake>(order.config.name, order.kind.family)};
   });
   return factory;
+}
+
+SensorFactory eyeFactory() {
+  return factoryOf({90, "Eye", "Eyes"});
+}
+
+boost::shared_ptr<QVBroker> robotOf(const std::string& xml) {
+  const auto broker = test::brokerWithMemory<QVBroker>();
+  broker->registerModule(boost::make_shared<robot::DeviceManager>(broker));
+  broker->registerModule(boost::make_shared<test::FakeMotion>());
+  broker->registerModule(boost::make_shared<robot::RobotModelService>(xml));
+  return broker;
 }
 
 /** A robot that turns, with two eyes before which a wall comes and goes. */
@@ -188,10 +200,7 @@ TEST_F(SensorHealthTest, aHangingReadingIsReportedWithAllSensorsThatWaitForIt) {
 // The machine's clock and threads, as on a robot.
 TEST(SensorHealth, theHealthTaskReportsAReadingThatNeverReturns) {
   const test::LogCapture log;
-  const auto broker = test::brokerWithMemory<QVBroker>();
-  broker->registerModule(boost::make_shared<robot::DeviceManager>(broker));
-  broker->registerModule(boost::make_shared<test::FakeMotion>());
-  broker->registerModule(boost::make_shared<robot::RobotModelService>(kHealthRobot));
+  const auto broker = robotOf(kHealthRobot);
   std::latch mayReturn(1);
   std::promise<std::string> told;
   auto reason = told.get_future();
@@ -312,6 +321,18 @@ TEST_F(SensorHealthTest, aSingleSubscribedSensorIsReportedEvenIfItNeverStarts) {
     time.advance(milliseconds(500));
     faults.clear();
   }
+}
+
+TEST_F(SensorHealthTest, aKindThatReportsChangesMayHaveNothingToReport) {
+  const auto broker =
+      robotOf("<robot name='r'><link name='base'/><sensor name='Bell' type='Bell'/></robot>");
+  RealSensorManager bells(broker, factoryOf({91, "Bell", "Bells", Model::PointMeaning::scan,
+                                             Model::Silence::never, false}));
+  dynamic_cast<Fake&>(*bells.getSensorPtr("Bell")).hasRecord = false;
+  bells.subscribe("me");
+  time.advance(milliseconds(3000));
+  EXPECT_EQ(bells.getHealth("Bell")->reason,
+            "no record, which is normal: it has nothing to report");
 }
 
 // As of people, whose last sighting stays in memory until the next one.
