@@ -60,7 +60,7 @@ TEST(HealthTrack, addsUpTheMotionThatTheSamePointsDoNotShow) {
       {"back", false, true, true, true, {-0.6f, -0.8f}, 0.2, 0.4},
       {"no new record", false, false, true, true, {0.6f, 0.8f}, 0.2, 0.4},
       {"two ways by now, aside", false, true, true, true, {0.8f, 0.6f}, 0.4, 0.8},
-      {"far aside", false, true, true, true, {0.8f, -0.6f}, 0.5, 0.8},
+      {"far aside", false, true, true, true, {0.3f, 0.954f}, 0.5, 0.8},
       {"nothing ahead", false, true, true, false, {0.6f, 0.8f}, 0.6, 0.8},
       {"no obstacle", false, true, false, true, {0.6f, 0.8f}, 0.0, 0.0},
       {"one again", false, true, true, true, {0.6f, 0.8f}, 0.1, 0.2},
