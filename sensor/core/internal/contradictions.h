@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/api.h"
 #include "sensor/core/internal/planar_view.h"
 
 namespace QV::sensor {
@@ -15,7 +16,7 @@ namespace QV::sensor {
  * long. What stands at different heights is at different ranges, too: a contradiction counts while
  * the ranges change and their ratio does not. Pairs that agree again and again are forgotten.
  */
-class Contradictions {
+class QV_API Contradictions {
  public:
   struct Sight {
     const std::string* sensor;

@@ -4,6 +4,7 @@
 #include <optional>
 #include <string>
 
+#include "platform/api.h"
 #include "platform/ko/log.h"
 #include "sensor/core/sensor_health.h"
 
@@ -61,8 +62,8 @@ struct HealthFinding {
  * Describes the finding in one sentence; `trouble` is the sensor's last one, if that has to do with
  * it.
  */
-std::string describeFinding(const HealthFinding& finding,
-                            const std::optional<ko::log::Record>& trouble);
+QV_API std::string describeFinding(const HealthFinding& finding,
+                                   const std::optional<ko::log::Record>& trouble);
 /** True if the sensor's last error may be the reason. */
 bool hasTrouble(HealthCause cause);
 /** Returns the addition to a finding of `seconds` ago that has not appeared since. */

@@ -3,6 +3,7 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "sensor/core/internal/hardware_call.h"
 #include "sensor/core/internal/health_finding.h"
@@ -41,7 +42,7 @@ struct HealthSwitches {
 };
 
 /** Judges one sensor. */
-class HealthJudge {
+class QV_API HealthJudge {
  public:
   HealthJudge(const SensorWatch& watch, const ReadingNotes& notes, const HealthLimits& limits,
               const HealthTrack& track, const HealthMoment& moment)

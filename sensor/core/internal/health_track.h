@@ -3,13 +3,14 @@
 #include <cstdint>
 #include <string>
 
+#include "platform/api.h"
 #include "sensor/core/internal/robot_motion.h"
 #include "sensor/core/internal/sensor_watch.h"
 
 namespace QV::sensor {
 
 /** The history of a sensor, where its last notes don't suffice. */
-struct HealthTrack {
+struct QV_API HealthTrack {
   /** The robot's motion while the points stayed the same: radians, and metres towards an
    * obstacle. */
   double turned = 0.0;

@@ -6,6 +6,7 @@
 #include <cstdint>
 #include <optional>
 
+#include "platform/api.h"
 #include "platform/math/metrical_data.h"
 #include "platform/math/position.h"
 
@@ -15,7 +16,7 @@ namespace QV::sensor {
  * The obstacles that a sensor sees in its plane: the nearest in each of a few directions, or one
  * range for an arc. Metres and radians, in the robot's ground frame. Trivially copyable.
  */
-class PlanarView {
+class QV_API PlanarView {
  public:
   /** The trigonometry of an aperture, which hardly ever changes. */
   struct Shape {

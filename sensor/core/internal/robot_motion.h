@@ -3,13 +3,14 @@
 #include <atomic>
 #include <cstdint>
 
+#include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "platform/math/pose2d.h"
 
 namespace QV::sensor {
 
 /** The total turns and distances of the robot. One thread writes them, any thread reads them. */
-class RobotMotion {
+class QV_API RobotMotion {
  public:
   /** Notes the velocity: forward, leftward (m/s) and turning (rad/s), in the ground frame. */
   void note(const Math::Pose2D& velocity, ko::Clock::time_point now);

@@ -4,6 +4,7 @@
 #include <cstdint>
 #include <vector>
 
+#include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "platform/math/metrical_data.h"
 #include "sensor/core/internal/health_nature.h"
@@ -82,16 +83,16 @@ class alignas(64) SensorWatch {
   bool notesNext() const { return on || isFirstAwaited; }
 
   /** Begins notes anew, of a sensor that starts now, or that has just shown fresh records. */
-  void begin(bool hasShown = false);
+  QV_API void begin(bool hasShown = false);
   /** Lets the sensor be judged at the next glance, whatever was noted, and forgets what it saw.
    * Not during a reading. */
   void alarm();
 
-  void beginReading();
-  void endReading(const std::vector<Math::MetricalData>& records);
-  void failReading();
+  QV_API void beginReading();
+  QV_API void endReading(const std::vector<Math::MetricalData>& records);
+  QV_API void failReading();
   /** Notes why the reading that is going on has no record: a text that lasts. */
-  void excuse(const char* why, bool measured);
+  QV_API void excuse(const char* why, bool measured);
   /** Something came in that made no sense. */
   void noteGarbage() { pendingGarbage = true; }
 
@@ -105,7 +106,7 @@ class alignas(64) SensorWatch {
   std::int64_t getReadingSince() const { return readingSince; }
 
   /** Sets for how long a record of a sound sensor counts as one, ns. */
-  void setPatience(std::int64_t value);
+  QV_API void setPatience(std::int64_t value);
   /** True if nothing was noted that could make a sound sensor any other; touches one line. */
   bool isCalm(std::int64_t now, bool isMoving) const {
     return on && now < calmUntil && readingSince == 0 && (isMoving || !isSilentOnMove);

@@ -94,7 +94,7 @@ TEST_F(RecordingTest, malformedLidarLogsAreRefusedByLine) {
 }
 
 TEST_F(RecordingTest, aSonarLogIsReadInMetresAndRadians) {
-  const Recording sut = readSonar("1000 5110 2 3 4 5 6 7 400\n1215 10 20 30 40 50 60 70 80\n",
+  const Recording sut = readSonar("1000 5110 0 3 4 5 6 7 400\n1215 10 20 30 40 50 60 70 80\n",
                                   "1000 0 0 900\n1215 -1500 250 3599\n");
   ASSERT_EQ(sut.steps.size(), 2u);
   EXPECT_EQ(sut.steps[0].values.front(), 5.11f);
@@ -105,10 +105,15 @@ TEST_F(RecordingTest, aSonarLogIsReadInMetresAndRadians) {
   EXPECT_NEAR(sut.steps[1].pose.theta, -kPi / 1800, 1e-7f);
   const Model::Robot robot = Model::ModelUtils::robotFromXml(sut.toDescription());
   ASSERT_EQ(robot.sensorConfigs.size(), 8u);
-  const Model::SensorConfig& right = robot.sensorConfigs.at("Sonar0");
-  EXPECT_NEAR(right.origin(1, 0), -1.0f, 1e-6f);
-  EXPECT_THAT(right.memoryKeys, ElementsAre("Sonar0/Range"));
-  EXPECT_NEAR(robot.sensorConfigs.at("Sonar4").origin(1, 0), std::sin(kPi / 24), 1e-6f);
+  const float degrees[] = {-90.0f, -37.5f, -22.5f, -7.5f, 7.5f, 22.5f, 37.5f, 90.0f};
+  for (int i = 0; i < 8; ++i) {
+    const std::string name = "Sonar" + std::to_string(i);
+    const Model::SensorConfig& sonar = robot.sensorConfigs.at(name);
+    const Math::Pose2D pose = Math::pose2DFromTransform(sonar.origin);
+    EXPECT_NEAR(pose.theta, degrees[i] * kPi / 180.0f, 1e-6f);
+    EXPECT_EQ(Math::position2DFromPose2D(pose), Math::Position2D());
+    EXPECT_THAT(sonar.memoryKeys, ElementsAre(name + "/Range"));
+  }
 }
 
 TEST_F(RecordingTest, malformedSonarLogsAreRefusedByFileAndLine) {

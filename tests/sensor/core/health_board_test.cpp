@@ -1,11 +1,9 @@
 #include "sensor/core/internal/health_board.h"
 
-#include <cmath>
 #include <functional>
 #include <map>
 
 #include "platform/ko/simulated_time.h"
-#include "sensor/core/internal/reading_digest.h"
 #include "tests/support/fake_sensor.h"
 #include "tests/support/vocabulary.h"
 
@@ -125,6 +123,28 @@ TEST(SensorManager, watchesFromAQuestionOnThatComesDuringAReading) {
   EXPECT_EQ(sut.getHealth("Laser")->state, HealthState::failing);
 }
 
+/** Asks when it goes. */
+struct LastQuestion {
+  explicit LastQuestion(SensorManager& manager) : manager(manager) {}
+  ~LastQuestion() { manager.getHealth(); }
+  SensorManager& manager;
+};
+
+TEST(SensorManager, whatACallbackHoldsMayAskForHealthAsItGoes) {
+  test::FakeManager sut;
+  sut.add("Laser", "F");
+  sut.subscribe("me");
+  int calls = 0;
+  sut.onHealthChanged([&sut, &calls, question = boost::make_shared<LastQuestion>(sut)](
+                          const std::string&, const SensorHealth&) {
+    ++calls;
+    sut.onHealthChanged({});
+  });
+  sut.setSensorDiagnosis("Laser", false);
+  sut.getHealth();
+  EXPECT_EQ(calls, 1);
+}
+
 TEST(HealthRule, refusesAMalformedRuleAndSaysWhatIsExpected) {
   const std::string names =
       "start, silence, age, reading, garbage, turn, distance, disagreement, recovery";
@@ -137,21 +157,6 @@ TEST(HealthRule, refusesAMalformedRuleAndSaysWhatIsExpected) {
     EXPECT_EQ(errorOf([&] { parseHealthRule(text); }),
               "limit \"" + std::string(text) + "\": " + expected);
   }
-}
-
-TEST(ReadingDigest, aPointWellBesideTheApertureCantBe) {
-  const HealthNature nature{Model::PointMeaning::scan, Model::Silence::never, true, true};
-  const float edge = std::tan(0.5f);
-  const auto isGarbage = [&nature](float x, float y) {
-    Math::MetricalData record;
-    record.fieldOfView = {0.05f, 5.0f, 1.0f, 2};
-    record.points = {{x, y, 0.0f}};
-    PlanarView view;
-    return digestOf({record}, nature, {}, view).isGarbage;
-  };
-  EXPECT_FALSE(isGarbage(3.0f, 3.0f * edge + 0.06f)) << "within the error of a direction";
-  EXPECT_TRUE(isGarbage(3.0f, 3.0f * edge + 0.12f));
-  EXPECT_TRUE(isGarbage(0.2f, 0.2f * edge + 0.02f));
 }
 
 }  // namespace

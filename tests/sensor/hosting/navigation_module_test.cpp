@@ -185,6 +185,8 @@ TEST_F(NavigationModuleTest, hostsAManagerOfAnyKind) {
   EXPECT_THAT(poses, ElementsAre(Math::Pose2D(1, 2, 3), Math::Pose2D(4, 5, 6)));
   navigation().callVoid("_onTouchChanged", "TouchChanged", QVValue(), "");
   navigation().callVoid("_onPeopleDetected", "PeopleDetected", QVValue(), "");
+  navigation().callVoid("lookAgain");
+  EXPECT_THAT(manager->anySensorOn, ElementsAre(false));
   EXPECT_TRUE(navigation().call<bool>("subscribe", "planner", "Radars"));
   EXPECT_EQ(readThroughTheBroker("Radar"), radar->getData());
 

@@ -86,12 +86,16 @@ TEST_F(SonarSensorTest, theTransformIsHalfASecondOldAndHasYawOnly) {
 }
 
 TEST_F(SonarSensorTest, looksWhereItsAxisPointsHoweverItIsRolled) {
-  for (const float roll : {0.0f, 1.5f, 3.0f, 3.1415927f, -3.1f, -1.6f}) {
+  constexpr float kUpsideDown = 3.1415927f;
+  const std::pair<float, float> mountings[] = {{0.0f, 0.0f},         {0.0f, 0.4f}, {1.5f, 0.0f},
+                                               {kUpsideDown, 0.0f},  {3.0f, 0.0f}, {-3.1f, 0.0f},
+                                               {kUpsideDown, -0.4f}, {-1.6f, 0.0f}};
+  for (const auto& [roll, pitch] : mountings) {
     for (const float heading : {0.0f, 0.7f, 3.0f, -1.9f}) {
-      motion->transform = Math::rotationFrom3DRotation(roll, 0.0f, heading).toVector();
+      motion->transform = Math::rotationFrom3DRotation(roll, pitch, heading).toVector();
       EXPECT_THAT(read(1.0f).at(0).sensorTransform,
                   test::IsNearFrame(Math::rotationFrom3DRotation(0.0f, 0.0f, heading)))
-          << roll << ", " << heading;
+          << roll << ", " << pitch << ", " << heading;
     }
   }
 }

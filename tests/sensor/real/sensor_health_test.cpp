@@ -28,12 +28,24 @@ constexpr char kHealthRobot[] =
     R"(<sensor name="Right" type="Eye"><property key="period" value="0.2"/>)"
     R"(<property key="limits" value="distance=0.7 old=3"/></sensor></robot>)";
 
-SensorFactory eyeFactory() {
+SensorFactory factoryOf(const Model::SensorKind& kind) {
   SensorFactory factory;
-  factory.add({90, "Eye", "Eyes"}, [](const SensorOrder& order) -> SensorFactory::Sensors {
+  factory.add(kind, [](const SensorOrder& order) -> SensorFactory::Sensors {
     return {boost::make_shared<Fake>(order.config.name, order.kind.family)};
   });
   return factory;
+}
+
+SensorFactory eyeFactory() {
+  return factoryOf({90, "Eye", "Eyes"});
+}
+
+boost::shared_ptr<QVBroker> robotOf(const std::string& xml) {
+  const auto broker = test::brokerWithMemory<QVBroker>();
+  broker->registerModule(boost::make_shared<robot::DeviceManager>(broker));
+  broker->registerModule(boost::make_shared<test::FakeMotion>());
+  broker->registerModule(boost::make_shared<robot::RobotModelService>(xml));
+  return broker;
 }
 
 /** A robot that turns, with two eyes before which a wall comes and goes. */
@@ -188,10 +200,7 @@ TEST_F(SensorHealthTest, aHangingReadingIsReportedWithAllSensorsThatWaitForIt) {
 // The machine's clock and threads, as on a robot. Nobody asks, and nobody is called.
 TEST(SensorHealth, theLogNamesAReadingThatNeverReturns) {
   const test::LogCapture quiet;
-  const auto broker = test::brokerWithMemory<QVBroker>();
-  broker->registerModule(boost::make_shared<robot::DeviceManager>(broker));
-  broker->registerModule(boost::make_shared<test::FakeMotion>());
-  broker->registerModule(boost::make_shared<robot::RobotModelService>(kHealthRobot));
+  const auto broker = robotOf(kHealthRobot);
   std::latch mayReturn(1);
   std::promise<std::string> told;
   auto line = told.get_future();
@@ -340,6 +349,18 @@ TEST_F(SensorHealthTest, aSingleSubscribedSensorIsReportedEvenIfItNeverStarts) {
   }
 }
 
+TEST_F(SensorHealthTest, aKindThatReportsChangesMayHaveNothingToReport) {
+  const auto broker =
+      robotOf("<robot name='r'><link name='base'/><sensor name='Bell' type='Bell'/></robot>");
+  RealSensorManager bells(broker, factoryOf({91, "Bell", "Bells", Model::PointMeaning::scan,
+                                             Model::Silence::never, false}));
+  dynamic_cast<Fake&>(*bells.getSensorPtr("Bell")).hasRecord = false;
+  bells.subscribe("me");
+  time.advance(milliseconds(3000));
+  EXPECT_EQ(bells.getHealth("Bell")->reason,
+            "no record, which is normal: it has nothing to report");
+}
+
 // As of people, whose last sighting stays in memory until the next one.
 TEST_F(SensorHealthTest, aReportOfAChangeIsLateOnlyIfItWasNotThereInTime) {
   healthOf(*sut).describe(left(), {.hasRate = false}, milliseconds(100));
@@ -397,6 +418,24 @@ TEST_F(SensorHealthTest, noSensorIsLateBecauseHealthWasOff) {
   EXPECT_THAT(faults, testing::IsEmpty());
 }
 
+// As of sonars, which some robots switch off on the way.
+TEST_F(SensorHealthTest, whatMayBeSilentOnTheWayIsNotSoundAgainBecauseTheRobotMoves) {
+  healthOf(*sut).describe(left(), {.silence = Model::Silence::whileMoving}, milliseconds(100));
+  const auto go = [this](float turn) { motion->velocity = std::vector<float>{0.0f, 0.0f, turn}; };
+  sut->subscribe("me");
+  EXPECT_TRUE(becomes("Left", sound, 1.0));
+  left().hasRecord = false;
+  time.advance(milliseconds(3000));
+  EXPECT_EQ(health("Left").reason, "no record, which is normal: the robot moves");
+  go(0.0f);
+  EXPECT_TRUE(becomes("Left", silent, 1.0));
+  go(0.5f);
+  time.advance(milliseconds(5000));
+  EXPECT_EQ(health("Left").state, silent) << "it has not measured since";
+  left().hasRecord = true;
+  EXPECT_TRUE(becomes("Left", sound, 3.0));
+}
+
 TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
   EXPECT_NEAR(sut->getHealthLimit("Right", HealthLimit::age).value(), 0.7, 1e-6);
   EXPECT_EQ(sut->getHealthLimit("Right", HealthLimit::distance), 0.7);
@@ -419,8 +458,20 @@ TEST_F(SensorHealthTest, limitsAreChangedAndSwitchedOffByName) {
 
 // Two sensors must compare a range that changes by a third, and then agree three times in a row.
 TEST_F(SensorHealthTest, limitsOfDisagreementAndRecoveryAreSecondsToBadHealthAndBack) {
-  sut->subscribe("me");
   const HealthCase& contradiction = kHealthCases[6];
+  sut->setHealthLimit(parseHealthRule("disagreement=off"));
+  sut->subscribe("me");
+  time.advance(milliseconds(2000));
+  // Where the robot stands, nothing shows which one stays behind.
+  sut->setHealthLimit(parseHealthRule("disagreement=3"));
+  motion->velocity = std::vector<float>{0.0f, 0.0f, 0.0f};
+  time.advance(milliseconds(1000));
+  contradiction.fail(*this);
+  time.advance(milliseconds(9000));
+  EXPECT_THAT(faults, IsEmpty());
+  contradiction.repair(*this);
+  time.advance(milliseconds(5000));
+  motion->velocity = std::vector<float>{0.0f, 0.0f, 0.5f};
   for (const auto& [disagreement, recovery] : {std::pair{3, 1}, {9, 1}, {3, 5}}) {
     sut->setHealthLimit(parseHealthRule("disagreement=" + std::to_string(disagreement)));
     sut->setHealthLimit(parseHealthRule("recovery=" + std::to_string(recovery)));
