@@ -3,6 +3,7 @@
  * its mistakes told, what is refused has a reason.
  */
 #include <algorithm>
+#include <array>
 #include <stdexcept>
 
 #include "fuzz/damaged_text.h"
@@ -29,6 +30,13 @@ constexpr char kSound[] = R"(<?xml version="1.0"?>
 <sensor name="l" type="8"><property key="regIndex" value="1"/></sensor>
 <!-- end --></robot>)";
 
+constexpr std::array<std::string_view, 40> kOthers = {
+    "",      "0",       "-1",     "1e39",     "nan",    "1e-39",    "32",         "100000000",
+    "a",     "b",       "d",      "link",     "joint",  "sensor",   "collision",  "geometry",
+    "Sonar", "Laser",   "8",      "fixed",    "planar", "floating", "continuous", "sphere",
+    "mesh",  "mimic",   "{i:02}", "{X,Y,Z}",  "{",      "}",        "<",          "/>",
+    ">",     "<link/>", "\"",     "</robot>", "&#0;",   "<!--",     "]]>",        "regIndex"};
+
 bool isLink(const Model::Robot& robot, const std::string& name) {
   return std::ranges::find(robot.links, name) != robot.links.end();
 }
@@ -43,10 +51,17 @@ void checkRobot(const Model::Robot& robot) {
     check(!fault.toText().empty(), "a mistake without a text");
 }
 
+/** 1 byte says whether it is bytes as they are, or which damage is done to a sound one. */
+std::string descriptionOf(std::span<const std::uint8_t> bytes) {
+  if (bytes.empty()) return {};
+  const auto rest = bytes.subspan(1);
+  static const SoundText sound(kSound, kOthers);
+  if (bytes[0] % 4 > 1) return sound.changed(rest);
+  return damaged(bytes[0] % 4 == 0 ? "" : kSound, rest.data(), rest.size());
+}
+
 void read(const std::uint8_t* data, std::size_t size) {
-  const bool isRaw = size == 0 || data[0] % 4 == 0;
-  const std::size_t begin = size == 0 ? 0 : 1;
-  const std::string xml = damaged(isRaw ? "" : kSound, data + begin, size - begin);
+  const std::string xml = descriptionOf({data, size});
   Model::Robot robot;
   try {
     robot = Model::ModelUtils::robotFromXml(xml, Model::SensorKinds::standard());

@@ -19,13 +19,22 @@ void refuseUnmade(const py::module_& module) {
   }
 }
 
+/** Handles the signals that have come; Ctrl-C ends the process. */
+void handleSignals() {
+  if (PyErr_CheckSignals() == 0) return;
+  if (PyErr_ExceptionMatches(PyExc_KeyboardInterrupt)) std::raise(SIGINT);
+  PyErr_WriteUnraisable(nullptr);
+}
+
 /** A scope in which Ctrl-C ends the process where it would else raise KeyboardInterrupt. */
 class InterruptEnds {
  public:
   InterruptEnds() {
-    const auto signals = py::module_::import("signal");
-    if (signals.attr("getsignal")(SIGINT).is(signals.attr("default_int_handler")))
-      before = PyOS_setsig(SIGINT, SIG_DFL);
+    // The module signal is written in Python: a Ctrl-C that waits would be raised in there.
+    const auto signals = py::module_::import("_signal");
+    if (!signals.attr("getsignal")(SIGINT).is(signals.attr("default_int_handler"))) return;
+    before = PyOS_setsig(SIGINT, SIG_DFL);
+    handleSignals();
   }
   ~InterruptEnds() {
     if (before) PyOS_setsig(SIGINT, before);

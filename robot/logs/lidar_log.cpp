@@ -49,10 +49,9 @@ Model::SensorConfig describeLaser(int beams, const LoggedPose& place) {
 
 class LidarLogReader {
  public:
-  Recording read(const std::string& path) {
-    LogFile file(path);
-    while (const auto line = file.next()) xReadLine(*line);
-    if (recording.steps.empty()) throw std::runtime_error(path + ": no FLASER line found");
+  Recording read(LogFile& log) {
+    while (const auto line = log.next()) xReadLine(*line);
+    if (recording.steps.empty()) throw std::runtime_error(log.getPath() + ": no FLASER line found");
     return std::move(recording);
   }
 
@@ -132,8 +131,13 @@ class LidarLogReader {
 
 }  // namespace
 
+Recording readLidarLog(LogFile& log) {
+  return LidarLogReader().read(log);
+}
+
 Recording readLidarLog(const std::string& path) {
-  return LidarLogReader().read(path);
+  LogFile log(path);
+  return readLidarLog(log);
 }
 
 }  // namespace QV::robot

@@ -77,9 +77,7 @@ Math::Pose2D readPoseAt(LogFile& poses, const LogFile& measurements, const LogLi
 
 }  // namespace
 
-Recording readSonarLog(const std::string& measurementsPath, const std::string& posesPath) {
-  LogFile measurements(measurementsPath);
-  LogFile poses(posesPath);
+Recording readSonarLog(LogFile& measurements, LogFile& poses) {
   Recording recording{describeSonars(), {}};
   int firstTime = -1;
   while (const auto line = measurements.next()) {
@@ -93,8 +91,14 @@ Recording readSonarLog(const std::string& measurementsPath, const std::string& p
     recording.steps.push_back({time, pose, std::move(ranges)});
   }
   if (poses.next()) failShort(measurements, poses);
-  if (recording.steps.empty()) throw std::runtime_error(measurementsPath + ": no line found");
+  if (recording.steps.empty()) throw std::runtime_error(measurements.getPath() + ": no line found");
   return recording;
+}
+
+Recording readSonarLog(const std::string& measurementsPath, const std::string& posesPath) {
+  LogFile measurements(measurementsPath);
+  LogFile poses(posesPath);
+  return readSonarLog(measurements, poses);
 }
 
 }  // namespace QV::robot

@@ -171,6 +171,11 @@ TEST(FoxgloveDrive, aViewerDrivesOnlyIfAllowedAndOnItsOwnChannel) {
   EXPECT_EQ(drive.turn, -0.5f);
   EXPECT_EQ(errorTo(std::string("\x01\x07\x00\x00\x00{}", 7), true), "linear: missing");
   EXPECT_EQ(errorTo("\x01\x07", true), "a message of a channel expected, other bytes given");
+  json channels;
+  for (std::uint32_t id = 7; id <= 7 + foxglove::Viewers::kMostWheels; ++id)
+    channels.push_back({{"id", id}, {"encoding", "json"}, {"schemaName", "geometry_msgs/Twist"}});
+  EXPECT_EQ(errorTo(json{{"op", "advertise"}, {"channels", channels}}.dump(), false),
+            "channel 71: too many channels are advertised");
 
   FoxgloveFeed shown(*robot);
   shown.onOpen(viewer);

@@ -502,10 +502,14 @@ def test_ctrl_c_ends_the_waiting_for_what_goes(open_gated, prepare):
     assert sensor.has_passed.wait(60)
 
 
-def test_ctrl_c_ends_a_python_that_waits_for_hardware_at_its_end(tmp_path):
+# What Python is told first to do at its end, it does last: that Ctrl-C still waits for its handler when
+# the library's objects begin to end.
+@pytest.mark.parametrize("before", ["", "atexit.register(_thread.interrupt_main)"], ids=["at any time", "just before"])
+def test_ctrl_c_ends_a_python_that_waits_for_hardware_at_its_end(tmp_path, before):
     program = f"""
-        import sys, threading
+        import _thread, atexit, sys, threading
         import qv_sensor as qv
+        {before}
         sys.path.insert(0, {str(pathlib.Path(__file__).parent)!r})
         from test_misuse import Gated
 
@@ -523,12 +527,13 @@ def test_ctrl_c_ends_a_python_that_waits_for_hardware_at_its_end(tmp_path):
         assert python.stdout.readline() == b"ready\n"
         begin = time.monotonic()
         # The first ones may come before it ends.
-        while python.poll() is None:
-            python.send_signal(signal.SIGINT)
+        while python.poll() is None and time.monotonic() - begin < 20:
+            if not before:
+                python.send_signal(signal.SIGINT)
             with contextlib.suppress(subprocess.TimeoutExpired):
                 python.wait(0.1)
-        assert time.monotonic() - begin < 20
-        assert python.returncode == -signal.SIGINT
+        python.kill()
+        assert python.wait() == -signal.SIGINT
 
 
 def interrupt(call):

@@ -77,7 +77,10 @@ std::map<std::string, std::set<std::uint32_t>> Viewers::getChannels() const {
 
 void Viewers::addWheel(const Client& client, std::uint32_t channel) {
   std::lock_guard lock(mutex);
-  viewers.at(client).wheels.insert(channel);
+  auto& wheels = viewers.at(client).wheels;
+  if (wheels.size() >= kMostWheels && wheels.count(channel) == 0)
+    refuse("channel", channel, ": too many channels are advertised");
+  wheels.insert(channel);
 }
 
 void Viewers::removeWheel(const Client& client, std::uint32_t channel) {

@@ -1,5 +1,6 @@
 #pragma once
 
+#include <cstddef>
 #include <cstdint>
 #include <map>
 #include <memory>
@@ -34,6 +35,7 @@ void sendData(WebClient& client, std::uint32_t subscription, std::uint32_t chann
 class Viewers {
  public:
   using Client = std::shared_ptr<WebClient>;
+  static constexpr std::size_t kMostWheels = 64;
 
   void add(const Client& client);
   void remove(const Client& client);
@@ -45,7 +47,7 @@ class Viewers {
   /** The channels that each wants, by its name: "foxglove viewer 2". */
   std::map<std::string, std::set<std::uint32_t>> getChannels() const;
 
-  /** A wheel is a channel of the viewer's own, on which it drives. */
+  /** A wheel is a channel of the viewer's own, on which it drives; it has at most kMostWheels. */
   void addWheel(const Client& client, std::uint32_t channel);
   void removeWheel(const Client& client, std::uint32_t channel);
   void checkWheel(const Client& client, std::uint32_t channel);

@@ -8,11 +8,12 @@
 
 #include "outlets/web/internal/web_handler.h"
 #include "outlets/web/internal/web_outlet.h"
+#include "platform/api.h"
 
 namespace QV::outlets {
 
 /** Hands each client to the outlet of its subprotocol. */
-class LiveHub : public WebHandler {
+class QV_API LiveHub : public WebHandler {
  public:
   /** Takes one outlet or more; without a subprotocol a client of the path /live gets the first. */
   explicit LiveHub(std::vector<std::shared_ptr<WebOutlet>> outlets);

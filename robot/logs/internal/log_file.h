@@ -6,6 +6,8 @@
 #include <string_view>
 #include <vector>
 
+#include "platform/api.h"
+
 namespace QV::robot {
 
 /** The words of one line of a log. Good as long as its file. */
@@ -33,10 +35,12 @@ class LogLine {
 };
 
 /** A text file of lines, in memory. Not copyable: lines point into it. */
-class LogFile {
+class QV_API LogFile {
  public:
   /** A file that can't be read, or of more than 256 MiB: std::runtime_error. */
   explicit LogFile(const std::string& path);
+  /** A text that is in memory already. */
+  LogFile(std::string path, std::string text);
   LogFile(const LogFile&) = delete;
   LogFile& operator=(const LogFile&) = delete;
 

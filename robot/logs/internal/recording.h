@@ -10,6 +10,8 @@
 
 namespace QV::robot {
 
+class LogFile;
+
 /** The measurements of a recorded robot at one time, and its pose. */
 struct RecordedStep {
   /** The time since the first step; never decreases. */
@@ -48,5 +50,9 @@ QV_API Recording readLidarLog(const std::string& path);
  * in tenths of a degree. Errors as above.
  */
 QV_API Recording readSonarLog(const std::string& measurementsPath, const std::string& posesPath);
+
+/** Read logs from their beginning. */
+QV_API Recording readLidarLog(LogFile& log);
+QV_API Recording readSonarLog(LogFile& measurements, LogFile& poses);
 
 }  // namespace QV::robot

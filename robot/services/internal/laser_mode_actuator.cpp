@@ -2,7 +2,6 @@
 
 #include <cstdint>
 #include <mutex>
-#include <set>
 
 #include <boost/make_shared.hpp>
 #include <boost/smart_ptr/enable_shared_from_this.hpp>
@@ -11,8 +10,8 @@
 #include "platform/ko/internal/event_loop.h"
 #include "platform/middleware/qv_broker.h"
 #include "platform/middleware/qv_memory_proxy.h"
-#include "platform/model/sensor_properties.h"
 #include "robot/services/internal/device_manager.h"
+#include "robot/services/internal/mode_pairs.h"
 
 namespace QV::robot {
 
@@ -99,14 +98,10 @@ LaserModes makeLaserModes(const boost::shared_ptr<QVBroker>& broker,
                           const boost::shared_ptr<DeviceManager>& devices,
                           const Model::Robot& robot) {
   LaserModes modes;
-  std::set<std::string> actuators;
-  for (const auto& [name, config] : robot.sensorConfigs) {
-    const Model::SensorProperties properties(config);
-    const std::string actuator = properties.getText("setOperationMode");
-    if (actuator.empty() || !actuators.insert(actuator).second) continue;
-    modes.push_back(std::make_unique<LaserModeActuator>(
-        broker, devices, actuator, properties.getText("getOperationMode"), ko::Duration::zero()));
-  }
+  const ModePairs pairs(robot);
+  for (const auto& [actuator, key] : pairs.getKeys())
+    modes.push_back(
+        std::make_unique<LaserModeActuator>(broker, devices, actuator, key, ko::Duration::zero()));
   return modes;
 }
 

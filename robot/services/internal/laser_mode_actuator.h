@@ -58,7 +58,10 @@ class QV_API LaserModeActuator {
 
 using LaserModes = std::vector<std::unique_ptr<LaserModeActuator>>;
 
-/** Makes each mode that lasers of a robot share, for one that others drive: it shows at once. */
+/**
+ * Makes each mode that lasers of a robot share, for one that others drive: it shows at once. Throws
+ * as ModePairs does.
+ */
 QV_API LaserModes makeLaserModes(const boost::shared_ptr<QVBroker>& broker,
                                  const boost::shared_ptr<DeviceManager>& devices,
                                  const Model::Robot& robot);

@@ -13,6 +13,7 @@
 #include "platform/model/sensor_properties.h"
 #include "platform/vision/qv_image.h"
 #include "robot/services/internal/input_listener.h"
+#include "robot/services/internal/mode_pairs.h"
 #include "robot/services/internal/robot_model_service.h"
 #include "ros2/recording/internal/sensor_sorts.h"
 #include "ros2/recording/internal/topic_names.h"
@@ -78,9 +79,9 @@ void PlayedDrivers::xSortSensors() {
     // Ranges of others' kinds are no sonar driver's.
     if (sortOf(config, Model::SensorKinds::standard()) == SensorSort::range)
       sonarOfKey[config.memoryKeys[0]] = name;
-    const Model::SensorProperties properties(config);
-    if (properties.has("getOperationMode")) modeKeys.insert(properties.getText("getOperationMode"));
   }
+  const robot::ModePairs modePairs(model);
+  for (const auto& [actuator, key] : modePairs.getKeys()) modeKeys.insert(key);
 }
 
 void PlayedDrivers::xAddModules() {

@@ -123,7 +123,8 @@ TEST_F(QVBrokerTest, theEndOfAScopedModuleRemovesItAloneAndNoOtherOfItsName) {
   { const ScopedModule scope(sut, module); }
   EXPECT_FALSE(sut->isModulePresent("Test"));
   {
-    const ScopedModule scope(sut, makeModule("Test"));
+    const auto kept = makeModule("Test");
+    const ScopedModule scope(sut, kept);
     sut->unregisterModule("Test");
     sut->registerModule(makeModule("Test"));
   }

@@ -61,6 +61,8 @@ TEST_F(RecordingTest, malformedLidarLogsAreRefusedByLine) {
   const auto scanAt = [](const std::string& time) {
     return "FLASER 3 1 1 1 1 3 1.570796 1 2 1.570796 " + time + " h 0\n";
   };
+  std::string manyWords;
+  for (int i = 0; i < 16'384; ++i) manyWords += " 1";
   const std::pair<std::string, std::string> cases[] = {
       {"", "no FLASER line found"},
       {"\nflaser 1\n", "line 2: FLASER or ODOM expected, \"flaser\" found"},
@@ -69,6 +71,7 @@ TEST_F(RecordingTest, malformedLidarLogsAreRefusedByLine) {
       {"FLASER 99999999999999999999999 0\n",
        "line 1: a number of ranges from 2 to 10000 expected, \"99999999999999999999\" found"},
       {"FLASER 3 1 1\n", "line 1: 14 words expected, 4 found"},
+      {"PARAM" + manyWords, "line 1: at most 16384 words expected, more found"},
       {"FLASER 2 1 -1 0 0 0 0 0 0 1 h 0\n", "line 1: a range in metres" + upTo + "\"-1\" found"},
       {"FLASER 2 1,5 1 0 0 0 0 0 0 1 h 0\n", "line 1: a range in metres" + upTo + "\"1,5\" found"},
       {"FLASER 2 1 1 0 0 0 inf 0 0 1 h 0\n",

@@ -34,5 +34,29 @@ TEST_F(LaserModeActuatorTest, theDestructorReleasesTheActuator) {
   EXPECT_EQ(memory.getData("actuator"), QVValue(5.0f));
 }
 
+/** The modes of two lasers, "A" and "B", that others drive. */
+struct OthersLaserModesTest : test::FakeRobotTest {
+  LaserModes make(const std::string& actuatorOfB, const std::string& keyOfB) {
+    Model::Robot model;
+    const auto add = [&](const std::string& name, const std::string& actuator,
+                         const std::string& key) {
+      model.sensorConfigs[name].properties = {{"setOperationMode", actuator},
+                                              {"getOperationMode", key}};
+    };
+    add("A", "actuator", "mode");
+    add("B", actuatorOfB, keyOfB);
+    return makeLaserModes(broker, devices, model);
+  }
+};
+
+TEST_F(OthersLaserModesTest, aModeHasOneActuatorAndAnActuatorOneMode) {
+  EXPECT_THAT(make("actuator", "mode"), SizeIs(1));
+  EXPECT_THAT(make("other", "other mode"), SizeIs(2));
+  EXPECT_THAT(errorOf([&] { make("actuator", "other mode"); }),
+              HasSubstr(R"(laser "B": getOperationMode "mode" expected)"));
+  EXPECT_THAT(errorOf([&] { make("other", "mode"); }),
+              HasSubstr(R"(laser "B": setOperationMode "actuator" expected)"));
+}
+
 }  // namespace
 }  // namespace QV::robot

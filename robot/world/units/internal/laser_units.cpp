@@ -1,13 +1,13 @@
 #include "robot/world/units/internal/laser_units.h"
 
 #include <algorithm>
-#include <stdexcept>
 #include <utility>
 
 #include <boost/make_shared.hpp>
 
 #include "platform/model/sensor_kinds.h"
 #include "platform/model/sensor_properties.h"
+#include "robot/services/internal/mode_pairs.h"
 #include "robot/world/units/internal/unit_parts.h"
 
 namespace QV::robot {
@@ -29,36 +29,18 @@ bool isComplete(const Model::SensorConfig& config) {
   });
 }
 
-// A mode must have one actuator: with two it would show the value of either.
-void checkActuator(const std::string& name, const LaserUnit& laser, const LaserUnit& first) {
-  if (laser.getActuator() == first.getActuator()) return;
-  throw std::invalid_argument("laser \"" + name + "\": setOperationMode \"" + first.getActuator() +
-                              "\" expected, as for the laser that shares its getOperationMode, \"" +
-                              laser.getActuator() + "\" given");
-}
-
-// With two modes an actuator would serve the last one alone, and the other's lasers never start.
-void checkMode(const std::string& name, const LaserUnit& laser, const LaserUnit& first) {
-  if (laser.getModeKey() == first.getModeKey()) return;
-  throw std::invalid_argument("laser \"" + name + "\": getOperationMode \"" + first.getModeKey() +
-                              "\" expected, as for the laser that shares its setOperationMode, \"" +
-                              laser.getModeKey() + "\" given");
-}
-
 }  // namespace
 
 LaserUnits::LaserUnits(const std::vector<Model::SensorConfig>& configs, const UnitContext& context)
     : SensorUnit("lasers", ko::Duration::zero()),
       context(context),
       scanBeat(context.getOptions().laserPeriod) {
-  std::map<std::string, boost::shared_ptr<LaserUnit>> firstOf;
+  ModePairs modes;
   for (const Model::SensorConfig& config : configs) {
     if (!isComplete(config)) continue;
     const auto laser = boost::make_shared<LaserUnit>(config, isHoleLaser(config), context);
-    auto& lasers = groups[laser->getModeKey()].lasers;
-    lasers.push_back(laser);
-    checkActuator(config.name, *laser, *lasers[0]);
-    checkMode(config.name, *laser, *firstOf.emplace(laser->getActuator(), laser).first->second);
+    modes.add(config.name, laser->getActuator(), laser->getModeKey());
+    groups[laser->getModeKey()].lasers.push_back(laser);
   }
   xConnect();
 }
