@@ -259,7 +259,7 @@ TEST_F(HeardRobotTest, stampsFarOffAreRefusedAndOtherSensorsGoOn) {
     const auto refused = HasSubstr(off < 0 ? "s old given" : "s ahead given");
     ASSERT_TRUE(runUntil(*sut, [&] { return !warnings().empty(); }));
     sut->run(boost::chrono::seconds(1));
-    EXPECT_THAT(warnings(), testing::ElementsAre(refused));
+    EXPECT_THAT(warnings(), Contains(refused).Times(1));
     EXPECT_TRUE(has(*sut, "sonar"));
     robot.say("scan", [this](const Stamp& now) { scans->write(scanAt(now, 2.0f)); });
     ASSERT_TRUE(runUntil(*sut, [&] {
