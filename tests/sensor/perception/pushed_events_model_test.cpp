@@ -271,7 +271,7 @@ test::AnyStep<Model, World> anyStep() {
 }
 
 TEST(PushedEventsModel, touchesPeopleAndLogAreAsTheModelSays) {
-  test::checkModel<Model, World>(anyStep, 200);
+  test::checkModel<Model, World>(anyStep, 130);
 }
 
 }  // namespace
