@@ -222,7 +222,8 @@ void scanMap(benchmark::State& state, const MapCase& mapCase, const FanCase& fan
     scanInTurn(*scene, fan.fieldOfView, pathCase.path, times);
     state.SetIterationTime(times.ours.back());
     if (medium == nullptr) continue;
-      // The peer runs first: the caches hold other things, as in the medium map's rows, if more of them.
+      // The peer runs first: the caches hold other things, as in the medium map's rows, if more of
+      // them.
 #ifdef QV_BENCH_MRPT
     timeMrpt(*medium, fan.fieldOfView);
 #endif
