@@ -11,7 +11,8 @@ namespace QV::session {
 namespace {
 
 constexpr float kRadius = 0.3f;
-constexpr float kStep = 0.1f;
+// Seconds between two steps.
+constexpr float kPeriod = 0.1f;
 
 /** A round body that a Wanderer drives through a map, past somebody who is not in it. */
 struct Drive {
@@ -36,7 +37,7 @@ struct Drive {
     for (int i = 0; i < steps; ++i) {
       velocity = sut.step(pose, velocity);
       const Math::Pose2D there =
-          pose * Math::Pose2D(velocity.x * kStep, 0.0f, velocity.theta * kStep);
+          pose * Math::Pose2D(velocity.x * kPeriod, 0.0f, velocity.theta * kPeriod);
       if (isBlocked(there)) {
         velocity.x = 0.0f;
       } else {
