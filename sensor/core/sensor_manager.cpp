@@ -69,22 +69,16 @@ bool SensorManager::xForEachName(const std::string& subscriber, const std::set<s
                                  NameOperation onSensor) {
   ko::detail::CallLock lock(subscriptionMutex, method, subscriber);
   bool result = false;
-  try {
-    for (const std::string& name : names) {
-      if (xIsFamily(name)) {
-        if ((this->*onFamily)(subscriber, name)) result = true;
-      } else if (xIsSensor(name)) {
-        if ((this->*onSensor)(subscriber, name)) result = true;
-      } else {
-        ko::log::warning(kManagerCategory, method)
-            << "Invalid " << what << " name \"" << name << "\" from \"" << subscriber << "\"";
-        result = false;
-      }
+  for (const std::string& name : names) {
+    if (xIsFamily(name)) {
+      if ((this->*onFamily)(subscriber, name)) result = true;
+    } else if (xIsSensor(name)) {
+      if ((this->*onSensor)(subscriber, name)) result = true;
+    } else {
+      ko::log::warning(kManagerCategory, method)
+          << "Invalid " << what << " name \"" << name << "\" from \"" << subscriber << "\"";
+      result = false;
     }
-  } catch (...) {
-    // Sensors that were started before are refreshed, and health reports the one that threw.
-    xOnSensorOnChanged(xIsAnySensorOn());
-    throw;
   }
   xOnSensorOnChanged(xIsAnySensorOn());
   return result;
