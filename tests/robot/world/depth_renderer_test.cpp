@@ -47,7 +47,7 @@ double shareOfWrongPixels(const Math::Transform& camera, float tolerance) {
   const Furnished room;
   DepthRenderer sut(room.scene, kOptics);
   // No whole number of vectors to a row.
-  cv::Mat_<std::uint16_t> image(120, 157);
+  cv::Mat_<std::uint16_t> image(120, 158);
   sut.render(image, camera, room.people);
   int wrong = 0;
   for (int row = 0; row < image.rows; ++row) {
