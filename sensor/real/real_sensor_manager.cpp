@@ -110,10 +110,12 @@ void RealSensorManager::xWatchHealth() {
 }
 
 // The task ends itself, because stopping the last sensor must not wait for a callback.
+// What a callback has changed is judged once more before.
 void RealSensorManager::xLookAtHealth() {
+  const bool wasIdle = !updateRunning;
   healthOf(*this).tick();
   std::lock_guard<std::mutex> lock(healthMutex);
-  if (!updateRunning) healthTask.stop();
+  if (wasIdle && !updateRunning) healthTask.stop();
 }
 
 }  // namespace QV::sensor
