@@ -8,6 +8,7 @@
 #include <unistd.h>
 
 #include "apps/interrupt.h"
+#include "platform/ko/internal/write_error.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
@@ -82,7 +83,7 @@ ScreenSize Terminal::getSize() const {
 }
 
 void Terminal::show(const std::string& text) const {
-  if (!writeAll(output, text)) throw std::runtime_error("standard output: can't be written");
+  if (!writeAll(output, text)) throw std::runtime_error(ko::detail::cannotWrite("standard output"));
 }
 
 std::vector<Key> Terminal::readKeys(int milliseconds) {

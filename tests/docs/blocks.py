@@ -87,7 +87,7 @@ def headings_of(target, heading):
 def header_blocks():
     """The examples in the comments of the headers that users include: indented by four more."""
     found = []
-    for folder in ("platform", "sensor", "robot", "session", "outlets"):
+    for folder in ("platform", "sensor", "robot", "session", "outlets", "ros2"):
         for path in sorted((ROOT / folder).rglob("*.h")):
             if "internal" not in path.parts:
                 found += examples_of(path.relative_to(ROOT).as_posix())
