@@ -72,31 +72,12 @@ const char* resultOf(const session::CheckedSensor& sensor) {
   return isHealthAlone ? getName(sensor.health.state) : getName(sensor.verdict);
 }
 
-bool isSame(session::Verdict verdict, sensor::HealthState health) {
-  using sensor::HealthState;
-  using session::Verdict;
-  switch (verdict) {
-    case Verdict::works:
-      return true;
-    case Verdict::noRecord:
-      return health == HealthState::silent;
-    case Verdict::late:
-      return health == HealthState::late;
-    case Verdict::frozen:
-      return health == HealthState::frozen;
-    case Verdict::badData:
-      return health == HealthState::noisy;
-    default:
-      return false;
-  }
-}
-
 // Where both found the same, health names figure and limit. A sensor whose records pass may still
 // have the health "late" or "suspect".
 std::string whyOf(const session::CheckedSensor& sensor) {
   if (!isFault(sensor.health.state)) return sensor.why;
-  const bool takesHealths = sensor.why.empty() || isSame(sensor.verdict, sensor.health.state);
-  return takesHealths ? sensor.health.reason : sensor.why;
+  const bool isSame = std::string(resultOf(sensor)) == getName(sensor.health.state);
+  return isSame || sensor.why.empty() ? sensor.health.reason : sensor.why;
 }
 
 void printTable(const CheckedSensors& sensors, const DescriptionFaults& faults, long failed) {
