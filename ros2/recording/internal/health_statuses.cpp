@@ -34,6 +34,7 @@ diagnostic_msgs::DiagnosticStatus statusOf(const std::string& sensor, const std:
 
 std::vector<diagnostic_msgs::DiagnosticStatus> statusesOf(const session::Snapshot& snapshot) {
   std::vector<diagnostic_msgs::DiagnosticStatus> statuses;
+  statuses.reserve(snapshot.sensors.size() + snapshot.unbuilt.size());
   for (const auto& sensor : snapshot.sensors)
     statuses.push_back(statusOf(sensor.name, sensor.family, sensor.health, snapshot.time));
   for (const auto& [name, health] : snapshot.unbuilt)
