@@ -15,11 +15,11 @@ namespace QV::Math {
  * A record: one reading of one sensor, or of a part of it.
  *
  * - Frames: S is the sensor's frame, x the direction in which it looks, y to the left, z up. Points
- *   are in S. The transform places S in the robot's ground frame G; that of a simulated sensor, in
- *   the map M. All-rays simulated sensors are an exception: see SimulatedSensorManager.
+ *   are in S, those of simulated sensors in the robot's ground frame G: see SimulatedSensorManager.
+ *   The transform places S in G; that of a simulated sensor, in the map M.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Special values: no points means that there is nothing to report. A point at or beyond the
- *   maximum range means that there was no echo (a sonar's, for example). A record never changes,
+ * - Special values: no points: nothing to report, or, of a hole laser, not known. A point at the
+ *   maximum range or beyond: no echo (a sonar's, for example). A record never changes,
  *   however old it gets.
  * - Lifetime, threads: a value, to copy and keep.
  * - Errors: none.

@@ -57,10 +57,10 @@ struct HealthInside;
  * The distance of each point of the sonars:
  *
  *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Sonar"});
- *     subscription.awaitRecords(seconds(2));
+ *     subscription.awaitRecords(boost::chrono::seconds(2));
  *     for (const auto& record : manager.getMetricalData("Sonar"))
  *       for (const auto& point : record.points)
- *         std::cout << record.sensorName << ": " << QV::Math::norm(point) << " m\n";
+ *         std::cout << record.sensorName << ": " << std::hypot(point.x, point.y) << " m\n";
  */
 class QV_API SensorManager {
  public:
