@@ -62,7 +62,7 @@ void addLogOptions(CLI::App& command) {
         quiet = true;
         if (!asked) ko::log::setLevel(Level::error);
       },
-      "print only errors to standard error");
+      "print only errors, and warnings that must not be missed, to standard error");
 }
 
 LogScope::LogScope() {

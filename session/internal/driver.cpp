@@ -44,6 +44,7 @@ void Driver::drive(const Math::Pose2D& velocity, ko::Duration hold) {
 RouteQuestion Driver::askForRoute(const Math::Position2D& position) const {
   const auto map = robot.getMap();
   if (!map) throw UsageError("goals need a map; this robot has none");
+  if (robot.isRecording()) throw UsageError("a recording can't be moved or driven");
   const Math::Position2D from = Math::position2DFromPose2D(robot.getPose());
   return {map, from, position, robot.getRadius() + kMargin};
 }

@@ -195,6 +195,8 @@ TEST_F(SessionReplayTest, aRecordingIsPlayedFromAnyPlaceAndBackwards) {
   EXPECT_NEAR(sut.look().recording->time, 0.8, 0.1);
   while (sut.step()) ASSERT_FALSE(replay.compare());
   EXPECT_THROW(sut.drive(1.0f, 0.0f), session::UsageError);
+  // At once, and not when the way begins: nobody expects an exception of run().
+  EXPECT_THROW(sut.setGoal(Math::position2DFromPose2D(sut.look().pose)), session::UsageError);
 }
 
 TEST_F(SessionReplayTest, aFarPlaceIsReachedInParts) {
