@@ -10,11 +10,12 @@ constexpr float kLength = 0.8f;
 constexpr float kHalfWidth = 0.36f;
 constexpr float kSpacing = 0.06f;
 constexpr float kStandsAbove = OccupancyMap::kSolidAbove;
-// A turn goes on for this long; between two walls the robot would oscillate otherwise.
+// In steps. A turn goes on for this long; between two walls the robot would oscillate otherwise.
 constexpr int kShortestTurn = 8;
 constexpr int kWholeTurn = 90;
+// After a drive of so many steps at most, the robot turns to the same side as before.
 constexpr int kShortDrive = 10;
-// Where it is too narrow all around, as in a niche.
+// By that factor the room wanted shrinks with each whole turn, as in a niche.
 constexpr float kTighter = 0.75f;
 
 }  // namespace

@@ -29,11 +29,11 @@ class QV_API Wanderer {
   Math::Pose2D wanted;
   float turn = 0.0f;
   int turnsLeft = 0;
-  /** The last turn's. */
+  /** The speed of the last turn, rad/s; 0 before the first. */
   float side = 0.0f;
-  /** Since this turn, or this drive, began. */
+  /** The steps since this turn, or this drive, began. */
   int steps = 0;
-  /** With which a turn may end. */
+  /** The share of the room wanted that is enough to end a turn. */
   float room = 1.0f;
 };
 
