@@ -41,7 +41,7 @@ struct QV_API OpenOptions {
   TimeSource time = TimeSource::simulated;
   /** The map: one of the project's own by name, or a map of ROS map_server by path. */
   std::string mapFile = "apartment";
-  /** A map in place of the file; it must not change while a session has it. */
+  /** In place of the file; it must not change while a session has it. */
   boost::shared_ptr<const OccupancyMap> map = nullptr;
   /** The start pose in the map; without one, a free pose. */
   std::optional<Math::Pose2D> start = std::nullopt;

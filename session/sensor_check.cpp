@@ -116,10 +116,16 @@ CheckedSensor checkUnbuilt(CheckTarget& target, const std::string& name,
   const std::string trouble = target.findTrouble(name, ko::Clock::time_point::min());
   if (!trouble.empty()) {
     const auto health = target.getManager().getHealth(name);
-    return {name, family, Verdict::notBuilt, trouble, 0, 0, health.value_or(sensor::SensorHealth())};
+    return {
+        name, family, Verdict::notBuilt, trouble, 0, 0, health.value_or(sensor::SensorHealth())};
   }
   const std::string why = "its description is incomplete, or its name is taken";
-  return {name, family, Verdict::notBuilt, why, 0, 0,
+  return {name,
+          family,
+          Verdict::notBuilt,
+          why,
+          0,
+          0,
           {sensor::HealthState::failing, ko::Clock::now(), "it could not be built: " + why,
            "correct the description, then make a new manager", 1}};
 }

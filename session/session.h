@@ -49,8 +49,7 @@ struct SessionParts;
  *
  *     const auto session = QV::session::openVirtual("porter");
  *     session->subscribe("my navigation", {"Sonar", "Laser"});
- *     session->wander();
- *     session->run(boost::chrono::seconds(60));
+ *     session->run(boost::chrono::seconds(2));
  *     for (const auto& sensor : session->look().sensors)
  *       if (sensor.nearest) std::cout << sensor.name << ": " << *sensor.nearest << " m\n";
  */
@@ -68,7 +67,6 @@ class QV_API Session {
   Math::Pose2D getPose() const;
   /** The map; null if it has none. */
   boost::shared_ptr<const OccupancyMap> getMap() const;
-  /** The robot's radius, m. */
   float getRadius() const;
   /** The frame in which records place their sensors. */
   Frame getFrame() const;
@@ -79,8 +77,7 @@ class QV_API Session {
   const Model::Robot* getDescription() const;
   const Model::SensorKinds& getKinds() const;
 
-  /** Subscribes to sensors or families, by name. Waits while hardware starts, in ko::Clock's time.
-   */
+  /** Subscribes to sensors or families, by name. Waits while hardware starts. */
   void subscribe(const std::string& subscriber, const std::set<std::string>& names);
   void unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
   /** Enables or disables a sensor or a family, and starts or stops its records. */
@@ -93,8 +90,7 @@ class QV_API Session {
   /** Drives by hand, m/s and rad/s, until another command, or until calls of keepPace() have
    * counted 0.5 s of real time since this call. run() and step() do not count. */
   void drive(float forward, float turn);
-  /** Drives forward (x) and leftward (y) in m/s, turning (theta) in rad/s, for `hold` of ko::Clock.
-   */
+  /** Drives forward (x) and leftward (y), turning (theta), for `hold` of ko::Clock. */
   void drive(const Math::Pose2D& velocity, ko::Duration hold);
   /** Drives to a position in M on a planned path. Waits 15 s for an obstacle, then gives up. */
   void setGoal(const Math::Position2D& position);
@@ -105,10 +101,9 @@ class QV_API Session {
   /** Drives about in free space. Only a virtual robot does; others stop, without an error. */
   void wander();
   void stop();
-  /** Moves the robot to a pose in M at once. */
   void setPose(const Math::Pose2D& pose);
 
-  /** The sensors that can be made to fail, faulty now or not; empty without a virtual robot. */
+  /** The sensors that can fail, faulty now or not; empty without a virtual robot. */
   std::vector<std::string> getFaultySensors() const;
   /** The faults that a sensor can have; see VirtualRobot. */
   std::vector<robot::FaultKind> getPossibleFaults(const std::string& sensor) const;
@@ -126,9 +121,8 @@ class QV_API Session {
   /** The length of an MCAP or rosbag2 recording; nothing for all other sessions, also of logs. */
   std::optional<ko::Duration> getLength() const;
   /** Goes to a time of a recording, counted from its start; UsageError without getLength(). Going
-   * back replays from the start with a new manager and broker. All subscriptions end, and so do
-   * references and pointers from getManager() and getDescription(). Subscribe and call setDemand()
-   * again. */
+   * back replays from the start with a new manager and broker: references and pointers to the old
+   * ones and to the description end, and so do subscriptions and demand. */
   void seek(ko::Duration sinceStart);
 
   /** Advances by `machine`, a real duration, times the speed; not at all while paused. */

@@ -52,8 +52,8 @@ class QV_API SimulatedTime {
   /** Runs the calls that are due now, and those that they post. */
   void runDue();
 
-  /** Advances call by call until `reached` is true, at most for `limit`. Returns its last result.
-   */
+  /** Advances call by call until `reached` is true, at most for `limit`. Returns its last
+   * result. */
   bool runUntil(const boost::function<bool()>& reached, Duration limit);
 
   /** Waits, in real time, until so many other threads sleep in simulated time. */

@@ -26,12 +26,12 @@ namespace QV::Math {
  *         std::cout << point.x << " m ahead, " << point.y << " m to the left\n";
  */
 struct QV_API MetricalData {
-  /** The name to subscribe with; for a touch, the name of the touched part. */
+  /** For a touch, the name of the touched part; else the name to subscribe with. */
   std::string sensorName;
   std::string familyName;
   SensorFieldOfView2D fieldOfView;
-  /** The pose of S at the time of the measurement; a sonar's, half a second before the timestamp.
-   */
+  /** The pose of S at the time of the measurement; a sonar's, half a second before the
+   * timestamp. */
   Transform sensorTransform;
   std::vector<Position3D> points;
   /** The time of the measurement. For a sonar, a blind zone and a touch: the time at which the

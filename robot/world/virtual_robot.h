@@ -77,7 +77,6 @@ class QV_API VirtualRobot {
   /** The actual velocity in the last step, in R. */
   Math::Pose2D getVelocity() const;
 
-  /** The pose of R in M, as of the last step. */
   Math::Pose2D getPose() const;
   /** Moves the body at once; the odometry does not change. */
   void setPose(const Math::Pose2D& pose);
@@ -100,16 +99,15 @@ class QV_API VirtualRobot {
   void setFault(const std::string& sensor, FaultKind kind, ko::Duration from = ko::Duration::zero(),
                 ko::Duration to = ko::Duration::max());
   void setFault(const Fault& fault);
-  /** Removes all faults of a sensor. */
   void clearFault(const std::string& sensor);
-  /** The faults that were set and not removed, also past ones; by sensor, in the order of setting.
-   */
+  /** The faults that were set and not removed, also past ones; by sensor, in the order of
+   * setting. */
   std::vector<Fault> getFaults() const;
 
-  /** The fault that a sensor has now; nothing without one, and for an unknown name. */
+  /** The fault that a sensor has now, if any. */
   std::optional<FaultKind> findFault(const std::string& sensor) const;
 
-  /** The sensors that can fail. With a depth camera also "PeoplePerception". */
+  /** With a depth camera also "PeoplePerception". */
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
 

@@ -32,8 +32,8 @@ struct QV_API HeardRobotOptions {
   std::optional<bool> usesSimTime = std::nullopt;
   /** The creators of a session's sensors; their kinds read the description. */
   sensor::SensorFactory sensors = sensor::SensorFactory::standard();
-  /** Called about twenty times a second during discovery; false ends that with std::runtime_error.
-   */
+  /** Called about twenty times a second during discovery; false ends that with
+   * std::runtime_error. */
   std::function<bool()> goesOn = {};
 };
 
@@ -66,10 +66,9 @@ class QV_API HeardRobot {
   const boost::shared_ptr<QVBroker>& getBroker() const;
   /** The description, as URDF. */
   const std::string& getDescription() const;
-  /** The pose (m, rad) in the root frame of tf, or without tf in the odometry's frame. */
+  /** The pose in the root frame of tf, or without tf in the odometry's frame. */
   Math::Pose2D getPose() const;
-  /** Publishes a velocity on cmd_vel (x forward, y left in m/s; theta in rad/s) until the next
-   * call. */
+  /** Publishes a velocity on cmd_vel (x forward, y left, theta) until the next call. */
   void drive(const Math::Pose2D& velocity);
 
   /** Subscribes only to topics of sensors that `manager` has started. Without one (before the first
@@ -80,10 +79,9 @@ class QV_API HeardRobot {
   std::unique_ptr<class HeardModules> modules;
 };
 
-/** Opens a session, which follows the wall clock or /clock. If the clock jumps back, or by more
- * than a minute, session time goes on without the jump. If it stands still, Session::run returns
- * early. Throws as the constructor does, and std::runtime_error if nobody publishes a /clock that
- * was asked for. */
+/** Opens a session by the wall clock or /clock. If that jumps back, or by more than a minute,
+ * session time goes on without the jump; if it stands still, Session::run returns early. Throws as
+ * the constructor does, and std::runtime_error if nobody publishes a /clock that was asked for. */
 QV_API std::unique_ptr<session::Session> openHeardRobot(const HeardRobotOptions& options = {});
 
 /** The description (URDF) with which such a robot would be opened. */

@@ -28,11 +28,7 @@ struct RecorderOptions {
  *
  *     const auto session = QV::session::openVirtual("porter");
  *     QV::ros2::SessionRecorder recorder("run.mcap", *session);
- *     session->subscribe("my navigation", {"Laser"});
- *     for (int i = 0; i < 100; ++i) {
- *       session->run(boost::chrono::milliseconds(100));
- *       recorder.show(session->look());
- *     }
+ *     recorder.show(session->look());  // after each run of the session
  *     recorder.finish();
  */
 class QV_API SessionRecorder : public outlets::Outlet {

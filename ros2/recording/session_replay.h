@@ -69,8 +69,8 @@ class QV_API SessionReplay {
 
   session::Session& getSession() const { return *session; }
 
-  /** Subscribes to all sensors of another robot's recording. Call it once, before the first step.
-   */
+  /** Subscribes to all sensors of another robot's recording. Call it once, before the first
+   * step. */
   void begin();
 
   /** True if SessionRecorder made this recording. */

@@ -33,9 +33,7 @@ QV_API std::map<std::string, std::string> findMissingRecords(const SensorManager
  */
 class QV_API ScopedSubscription {
  public:
-  /** Subscribes to every family. */
   ScopedSubscription(SensorManager& manager, const std::string& subscriber);
-  /** Subscribes to these sensors and families. */
   ScopedSubscription(SensorManager& manager, const std::string& subscriber,
                      const std::set<std::string>& names);
   ~ScopedSubscription();

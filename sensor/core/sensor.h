@@ -82,14 +82,14 @@ class QV_API Sensor {
   /** Removes a subscriber; false if it had not subscribed. The last one stops the hardware. */
   bool unsubscribe(const std::string& subscriberName);
 
-  /** Enables or disables the sensor. A disabled one stops and keeps its subscribers. */
+  /** A disabled sensor stops and keeps its subscribers. */
   void enable(bool value);
   /** Sets the diagnosis. A bad one stops the sensor; a good one lets a failed sensor try again. */
   void setDiagnosis(bool success);
 
   std::string getName() const { return name; }
   std::string getFamilyName() const { return familyName; }
-  /** The names of the subscribers. Waits for hardware that starts or stops. */
+  /** Waits for hardware that starts or stops. */
   std::set<std::string> getSubscribers() const;
 
   /** The last error of the sensor, with its time: a logged warning or error, or an exception of its
@@ -105,7 +105,7 @@ class QV_API Sensor {
   void keepTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                    const std::string& message) const;
 
-  /** These three never wait. The interface spells isDiagnosisSucess with one c. */
+  /** These never wait. The interface spells isDiagnosisSucess with one c. */
   bool isEnabled() const { return enabled; }
   bool isDiagnosisSucess() const { return diagnosisSuccess; }
   bool isStarted() const { return started; }
@@ -114,7 +114,7 @@ class QV_API Sensor {
   /** Tells why a reading without a record is no error. `why` must have static lifetime; `measured`
    * is true if the hardware did measure, but saw nothing to report. */
   void xExcuse(const char* why, bool measured = false) const;
-  /** Counts a measurement that could not be read. Too many set the sensor's health to noisy. */
+  /** Counts a measurement that could not be read. Too many set the health to noisy. */
   void xNoteGarbage() const;
   /** Declares that the sensor reports changes only: its records may be old. For constructors. */
   void xTellOfChanges();

@@ -84,8 +84,8 @@ QV_API std::optional<HealthLimit> findHealthLimit(const std::string& name);
 /** With commas. */
 QV_API std::string namesOfHealthLimits();
 
-/** The limits of one sensor; those that are switched off have no value. For one thread at a time.
- */
+/** The limits of one sensor; those that are switched off have no value. For one thread at a
+ * time. */
 class QV_API HealthLimits {
  public:
   /** Makes the default limits of a sensor that measures once per period. */

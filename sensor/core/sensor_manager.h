@@ -65,8 +65,8 @@ class QV_API SensorManager {
 
   /** Switches the debug mode. On, it enables all sensors of a RealSensorManager. */
   virtual void setSensorsDebug(bool debug) = 0;
-  /** Sets the pose of a simulated robot in M; other managers log a warning. Rays start at
-   * `scanPose`, records say `referencePose`. They differ only to simulate localization errors. */
+  /** Sets the pose of a simulated robot in M; others log a warning. Rays start at `scanPose`,
+   * records say `referencePose`; they differ only to simulate errors of localization. */
   virtual void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose);
 
  protected:
@@ -112,8 +112,8 @@ class QV_API SensorManager {
   /** The sensors that are enabled and have a good diagnosis, started or not. */
   std::set<std::string> getEnabledSensorList() const;
 
-  /** True if the sensor's hardware runs. This and the next three return false for an unknown
-   * sensor, without a log line. Only isSensorSubscribedBy() waits for a start or stop. */
+  /** True if the hardware runs. This and the next three return false for an unknown sensor, without
+   * a log line. Only isSensorSubscribedBy() waits for a start or stop. */
   bool isSensorStarted(const std::string& sensorName) const;
   bool isSensorEnabled(const std::string& sensorName) const;
   bool isSensorDiagnosisSuccess(const std::string& sensorName) const;
@@ -135,8 +135,7 @@ class QV_API SensorManager {
   /** Shares the records of all started sensors. The real manager does not copy them. */
   boost::shared_ptr<const std::vector<Math::MetricalData>> shareMetricalData() const;
 
-  /** The last error of a sensor: see Sensor::getLastTrouble(). A sensor that could not be built has
-   * one, too, under its name in the robot's description. Nothing for an unknown name. */
+  /** See Sensor::getLastTrouble(); also for a sensor of the description that could not be built. */
   std::optional<ko::log::Record> getLastTrouble(const std::string& sensorName) const;
 
   /** Logs an error about a sensor and keeps it as its last error, whether or not it was built. */
@@ -189,8 +188,7 @@ class QV_API SensorManager {
   bool xIsFamily(const std::string& name) const { return families.count(name) > 0; }
   bool xIsAnySensorOn() const;
 
-  /** The sensors and their families. A derived manager's constructor fills them; they never change
-   * afterwards. */
+  /** Filled by a derived manager's constructor; they never change afterwards. */
   std::map<std::string, std::set<std::string>> families;
   std::map<std::string, boost::shared_ptr<Sensor>> sensors;
   float kindParameter = 0.0f;
@@ -219,7 +217,7 @@ class QV_API SensorManager {
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
   /** Null until somebody asks; owned. */
   mutable std::atomic<HealthBoard*> health{nullptr};
-  /** True if failingSensors is not empty. While it is false, a successful reading does not lock
+  /** True if failingSensors is not empty; else a successful reading does not lock
    * gatheringMutex. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::shared_mutex dataMutex;

@@ -35,9 +35,7 @@ struct QV_API SensorOrder {
  * The creators of a description's sensors: a kind and a creator for each type. A value: to add
  * sensors of your own, copy the standard factory, add them, and give the copy to a
  * RealSensorManager or to a session's OpenOptions.
- * - Special values: types are numbers above 0.
- * - Threads: reading is thread-safe.
- * - Errors: what a creator throws is logged, and that one sensor is left out.
+ * Reading it is thread-safe. What a creator throws is logged, and that one sensor is left out.
  *
  *     QV::sensor::SensorFactory factory = QV::sensor::SensorFactory::standard();
  *     factory.add({41, "Whisker", "Whisker"}, [](const QV::sensor::SensorOrder& order) {
