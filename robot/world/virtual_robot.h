@@ -107,7 +107,7 @@ class QV_API VirtualRobot {
   /** The fault that a sensor has now, if any. */
   std::optional<FaultKind> findFault(const std::string& sensor) const;
 
-  /** With a depth camera also "PeoplePerception". */
+  /** The sensors that can fail, faulty now or not; with a depth camera also "PeoplePerception". */
   std::vector<std::string> getFaultySensors() const;
   std::vector<FaultKind> getPossibleFaults(const std::string& sensor) const;
 

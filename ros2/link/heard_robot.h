@@ -30,7 +30,8 @@ struct QV_API HeardRobotOptions {
   boost::shared_ptr<const OccupancyMap> map = nullptr;
   /** True: /clock. False: the wall clock. Not set: /clock if it is published. */
   std::optional<bool> usesSimTime = std::nullopt;
-  /** The creators of a session's sensors; their kinds read the description. */
+  /** Creates a session's sensors. The description is read with its kinds, also without a
+   * session. */
   sensor::SensorFactory sensors = sensor::SensorFactory::standard();
   /** Called about twenty times a second during discovery; false ends that with
    * std::runtime_error. */
@@ -79,9 +80,10 @@ class QV_API HeardRobot {
   std::unique_ptr<class HeardModules> modules;
 };
 
-/** Opens a session by the wall clock or /clock. If that jumps back, or by more than a minute,
- * session time goes on without the jump; if it stands still, Session::run returns early. Throws as
- * the constructor does, and std::runtime_error if nobody publishes a /clock that was asked for. */
+/** Opens a session by the wall clock or /clock. If that clock jumps back, or ahead by more than a
+ * minute, session time goes on without the jump; if it stands still, Session::run returns early.
+ * Throws as the constructor does, and std::runtime_error if nobody publishes a /clock that was
+ * asked for. */
 QV_API std::unique_ptr<session::Session> openHeardRobot(const HeardRobotOptions& options = {});
 
 /** The description (URDF) with which such a robot would be opened. */

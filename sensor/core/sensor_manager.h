@@ -161,8 +161,8 @@ class QV_API SensorManager {
   /** The limit; nothing if it is switched off, and for an unknown sensor. */
   std::optional<double> getHealthLimit(const std::string& sensorName, HealthLimit limit) const;
 
-  /** Depends on the simulated kind, without unit; 0 in others. For callers: the library does not
-   * use it. */
+  /** A number of a SimulatedSensorManager that depends on its kind, without unit; 0 in other
+   * managers. It is for callers: the library does not use it. */
   float getKindParameter() const { return kindParameter; }
 
  protected:

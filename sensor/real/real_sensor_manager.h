@@ -27,9 +27,8 @@ namespace QV::sensor {
  * and people) and "Touch"; a factory of your own can add some. Touches and people need a
  * NavigationModule, which passes their events on.
  *
- * While any sensor is started, a task refreshes all records, at once and then each time 100 ms
- * after the last refresh. Readers get the records of the last one; without subscribers there are
- * none.
+ * While any sensor is started, a task reads all sensors (the refresh), and repeats 100 ms after the
+ * end of each run. Readers get the records of the last run; without subscribers there are none.
  * - Frames: points are in the sensor's frame S, transforms place S in the robot's ground frame G.
  * - Units: metres, radians, nanoseconds of ko::Clock.
  * - Requires: the module "DCM"; without it there are no sensors. Make one manager per broker: each

@@ -21,8 +21,9 @@ namespace QV::sensor {
  * - Special values: of the laser and the camera, a ray that meets nothing gives a point at the
  *   maximum range; a sonar or bumper that meets nothing gives no point.
  * - Lifetime: the map must outlive the manager; it is only read, though the pointer is not const.
- * - Threads: thread-safe. Each sensor takes the two poses whole, one sensor after the other. If two
- *   callers read at once, one may get what the other has just measured.
+ * - Threads: thread-safe. If two callers read at once, one may get what the other has just
+ * measured. A read during setPose2D() may get some sensors at the old poses and others at the new
+ * ones, but no sensor mixes the two.
  * - Errors: none; an unknown name is logged.
  *
  *     QV::sensor::SimulatedSensorManager simulated(0, map.get());
