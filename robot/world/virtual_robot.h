@@ -41,7 +41,9 @@ class UnitFactory;
  * - Errors: std::invalid_argument for an unknown name, and a number out of range or not finite.
  *
  *     ko::SimulatedTime time;
- *     QV::robot::VirtualRobot porter("robot/descriptions/porter.urdf", map);
+ *     QV::robot::WorldOptions world;
+ *     world.start = {3.0f, 6.3f, 0.0f};
+ *     QV::robot::VirtualRobot porter("robot/descriptions/porter.urdf", map, world);
  *     porter.setVelocity(0.3f, 0.0f, 0.0f);
  *     time.advance(boost::chrono::seconds(2));
  *     std::cout << porter.getPose().x << " m\n";
