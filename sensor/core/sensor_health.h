@@ -51,7 +51,7 @@ struct QV_API SensorHealth {
   std::string reason = {};
   /** What brings the sensor back to sound; empty if nothing is needed. */
   std::string remedy = {};
-  /** How often the sensor entered this state, this time included. */
+  /** How often the sensor has entered this state, this time included. */
   int times = 0;
 };
 
@@ -81,7 +81,7 @@ constexpr std::size_t kHealthLimitCount = 9;
 /** "start", "silence", ... */
 QV_API const char* getName(HealthLimit limit);
 QV_API std::optional<HealthLimit> findHealthLimit(const std::string& name);
-/** With commas. */
+/** All names, with commas between them. */
 QV_API std::string namesOfHealthLimits();
 
 /** The limits of one sensor; those that are switched off have no value. For one thread at a
@@ -108,7 +108,7 @@ class QV_API HealthLimits {
 struct QV_API HealthRule {
   std::string name = {};
   HealthLimit limit = HealthLimit::age;
-  /** Nothing switches the limit off. */
+  /** The new value; without one the limit is switched off. */
   std::optional<double> value = std::nullopt;
 };
 
