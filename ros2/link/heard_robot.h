@@ -30,8 +30,8 @@ struct QV_API HeardRobotOptions {
   boost::shared_ptr<const OccupancyMap> map = nullptr;
   /** True: /clock. False: the wall clock. Not set: /clock if it is published. */
   std::optional<bool> usesSimTime = std::nullopt;
-  /** Creates a session's sensors. The description is read with its kinds, also without a
-   * session. */
+  /** The factory that makes a session's sensors. Its kinds are also those by which the description
+   * is read, with or without a session. */
   sensor::SensorFactory sensors = sensor::SensorFactory::standard();
   /** Called about twenty times a second during discovery; false ends that with
    * std::runtime_error. */
