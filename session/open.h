@@ -28,8 +28,8 @@ enum class TimeSource {
 };
 
 /**
- * The options of a session. The default is the project's own map, an empty world, and the library's
- * kinds of sensors.
+ * The options of a session: a value, which is read while the session opens. The default is the
+ * project's own map, an empty world, and the library's kinds of sensors.
  *
  *     QV::session::OpenOptions options;
  *     options.start = QV::Math::Pose2D(3.0f, 6.3f, 0.0f);

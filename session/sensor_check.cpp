@@ -132,13 +132,13 @@ CheckedSensor checkUnbuilt(CheckTarget& target, const std::string& name,
 
 std::vector<CheckedSensor> checkAll(CheckTarget& target, const CheckOptions& options) {
   std::vector<CheckedSensor> checked;
-  if (options.sensors.empty()) {
-    for (const auto& [name, family] : target.findUnbuilt()) {
-      checked.push_back(checkUnbuilt(target, name, family));
-    }
+  const bool isAll = options.sensors.empty();
+  auto sensors = isAll ? target.getManager().getSensorList() : options.sensors;
+  for (const auto& [name, family] : target.findUnbuilt()) {
+    if (!isAll && !sensors.contains(name)) continue;
+    checked.push_back(checkUnbuilt(target, name, family));
+    if (!target.getManager().isSensor(name)) sensors.erase(name);
   }
-  const auto sensors =
-      options.sensors.empty() ? target.getManager().getSensorList() : options.sensors;
   std::size_t done = 0;
   for (const std::string& name : sensors) {
     checked.push_back(checkOne(target, name));

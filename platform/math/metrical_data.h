@@ -13,7 +13,7 @@ namespace QV::Math {
 
 /**
  * A record: one reading of one sensor, or of a part of it. A value that never changes by itself,
- * however old it gets.
+ * however old it gets; thread-safe to read.
  * - Frames: S is the sensor's frame, x the direction in which it looks, y to the left, z up. Points
  *   are in S, and the transform places S in the robot's ground frame G. Of simulated sensors,
  *   points are in G, and the transform places S in the map M: see SimulatedSensorManager.

@@ -22,7 +22,7 @@ enum class HealthState {
   frozen,
   /** Too many of the measurements are impossible. */
   noisy,
-  /** The records are too old. */
+  /** The records are too old, or it is not read because another sensor's reading hangs. */
   late,
   /** No records come, without a good reason; or a reading or a start hangs. */
   silent,
@@ -38,7 +38,8 @@ QV_API const char* getName(HealthState state);
 QV_API bool isFault(HealthState state);
 
 /**
- * The health of a sensor at one moment. A value; it changes no record and switches no sensor off.
+ * The health of a sensor at one moment. A value, to copy and keep; it changes no record and
+ * switches no sensor off.
  *
  *     if (const auto health = manager.getHealth("FrontLaser"); health && isFault(health->state))
  *       std::cerr << getName(health->state) << ": " << health->reason << ". " << health->remedy;

@@ -22,9 +22,9 @@ namespace QV::sensor {
  *   maximum range; a sonar or bumper that meets nothing gives no point.
  * - Lifetime: the map must outlive the manager; it is only read, though the pointer is not const.
  * - Threads: thread-safe. If two callers read at once, one may get what the other has just
- * measured. A read during setPose2D() may get some sensors at the old poses and others at the new
- * ones, but no sensor mixes the two.
- * - Errors: none; an unknown name is logged.
+ *   measured. A read during setPose2D() may get some sensors at the old poses and others at the new
+ *   ones, but no sensor mixes the two.
+ * - Errors: an unknown kind is logged; unknown names as in SensorManager.
  *
  *     QV::sensor::SimulatedSensorManager simulated(0, map.get());
  *     simulated.subscribe("my navigation");

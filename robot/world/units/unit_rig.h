@@ -22,6 +22,7 @@ namespace QV::robot {
  * around it.
  * - Frames, units: those of VirtualRobot: the map M; metres, radians.
  * - Lifetime: not copyable; destroy the units first.
+ * - Threads: for one thread at a time.
  *
  *     const auto porter = QV::robot::RobotDescription::fromFile("robot/descriptions/porter.urdf");
  *     const QV::robot::UnitRig rig(porter, map);
