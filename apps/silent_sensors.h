@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "outlets/files/internal/record_output.h"
+#include "session/session.h"
 #include "session/snapshot.h"
 
 namespace QV::app {
@@ -15,10 +16,12 @@ constexpr int kNotAll = 1;
 using SilentSensors = std::vector<outlets::SilentSensor>;
 
 /**
- * Returns the subscribed sensors that gave no record, neither in `heard` nor at the end. A sound
- * sensor with nothing to report, such as an untouched bumper, is left out.
+ * Returns the subscribed sensors that gave no record, neither in `heard` nor at the end; also those
+ * of the families `asked`, or of all if it is empty, that could not be built. A sound sensor with
+ * nothing to report, such as an untouched bumper, is left out.
  */
-SilentSensors findSilent(const session::Snapshot& end, const std::set<std::string>& heard = {});
+SilentSensors findSilent(session::Session& session, const std::vector<std::string>& asked,
+                         const session::Snapshot& end, const std::set<std::string>& heard = {});
 
 /** Prints each of them on standard error; returns kNotAll if there are any, else 0. */
 int reportSilent(const SilentSensors& sensors);

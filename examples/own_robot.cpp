@@ -59,7 +59,7 @@ boost::shared_ptr<QVBroker> makeRobot(Memory& memory) {
 int main() {
   Memory memory;
   for (auto key : {"Laser/0/X", "Laser/0/Y", "Laser/1/X", "Laser/1/Y"}) memory.write(key, 1.2f);
-  memory.write("Laser/Time", static_cast<float>(now(0)));
+  memory.write("Laser/Time", static_cast<float>(now(50)));
   sensor::RealSensorManager manager(makeRobot(memory));
   const sensor::ScopedSubscription subscription(manager, "my navigation");
   subscription.awaitRecords(boost::chrono::seconds(2));

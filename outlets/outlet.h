@@ -11,10 +11,8 @@
 namespace QV::outlets {
 
 /**
- * A consumer of a session's snapshots: a page, a viewer, a file, a picture.
- *
- * Derive from it and write show(). Call it on the session's thread, with one snapshot after
- * another, and finish() at the end.
+ * A consumer of a session's snapshots: a page, a viewer, a file, a picture. Derive from it and
+ * write show(). Call it with one snapshot after another, and finish() at the end.
  * - Lifetime: not copyable. A file is complete only after finish().
  * - Threads: every operation is called by the session's thread, one at a time.
  * - Errors: std::runtime_error with the file's name if writing fails.
@@ -38,11 +36,11 @@ class QV_API Outlet {
   /** True if somebody looks. If false, the caller may skip the snapshot. */
   virtual bool isWatched() const { return true; }
 
-  /** Shows a snapshot. Throws std::runtime_error with the file's name if writing fails. */
+  /** Shows a snapshot. */
   virtual void show(const session::Snapshot& snapshot) = 0;
   /** Shows the log's new lines, in order. */
   virtual void showLog(const std::vector<ko::log::Record>&) {}
-  /** Ends the outlet and completes its files; no call follows. Throws as show() does. */
+  /** Completes the files; no call follows. */
   virtual void finish() {}
 };
 

@@ -110,19 +110,35 @@ CheckedSensor checkOne(CheckTarget& target, const std::string& sensor) {
   return checked;
 }
 
+// The manager knows nothing of a sensor that it left out without an error.
+CheckedSensor checkUnbuilt(CheckTarget& target, const std::string& name,
+                           const std::string& family) {
+  const std::string trouble = target.findTrouble(name, ko::Clock::time_point::min());
+  if (!trouble.empty()) {
+    const auto health = target.getManager().getHealth(name);
+    return {
+        name, family, Verdict::notBuilt, trouble, 0, 0, health.value_or(sensor::SensorHealth())};
+  }
+  const std::string why = "its description is incomplete, or its name is taken";
+  return {name,
+          family,
+          Verdict::notBuilt,
+          why,
+          0,
+          0,
+          {sensor::HealthState::failing, ko::Clock::now(), "it could not be built: " + why,
+           "correct the description, then make a new manager", 1}};
+}
+
 std::vector<CheckedSensor> checkAll(CheckTarget& target, const CheckOptions& options) {
   std::vector<CheckedSensor> checked;
-  if (options.sensors.empty()) {
-    for (const auto& [name, family] : target.findUnbuilt()) {
-      const std::string trouble = target.findTrouble(name, ko::Clock::time_point::min());
-      const std::string why =
-          trouble.empty() ? "its description is incomplete, or its name is taken" : trouble;
-      checked.push_back({name, family, Verdict::notBuilt, why});
-      if (const auto health = target.getManager().getHealth(name)) checked.back().health = *health;
-    }
+  const bool isAll = options.sensors.empty();
+  auto sensors = isAll ? target.getManager().getSensorList() : options.sensors;
+  for (const auto& [name, family] : target.findUnbuilt()) {
+    if (!isAll && !sensors.contains(name)) continue;
+    checked.push_back(checkUnbuilt(target, name, family));
+    if (!target.getManager().isSensor(name)) sensors.erase(name);
   }
-  const auto sensors =
-      options.sensors.empty() ? target.getManager().getSensorList() : options.sensors;
   std::size_t done = 0;
   for (const std::string& name : sensors) {
     checked.push_back(checkOne(target, name));

@@ -36,8 +36,8 @@ struct QV_API CheckedSensor {
 };
 
 struct QV_API CheckOptions {
-  /** The sensors to check, by name. None means all, and those of the description that could not
-   * be built. */
+  /** The sensors to check, by name, also those of the description that could not be built. None
+   * means all. */
   std::set<std::string> sensors = {};
   /** The kinds for sensors whose manager knows no kind, found by their families. */
   Model::SensorKinds kinds = Model::SensorKinds::standard();

@@ -11,6 +11,7 @@ namespace {
 
 robot::VirtualRobot& virtualOf(SessionParts& parts) {
   if (auto* robot = parts.robot->getVirtualRobot()) return *robot;
+  if (parts.robot->isRecording()) throw UsageError("a recording can't be made to fail");
   throw UsageError("faults need a virtual robot; this is \"" + parts.robot->getTitle() + "\"");
 }
 

@@ -16,6 +16,7 @@
 #include "outlets/internal/json_values.h"
 #include "robot/world/robot_description.h"
 #include "session/internal/description_gaps.h"
+#include "session/internal/session_parts.h"
 #include "session/sensor_check.h"
 #include "session/usage_error.h"
 
@@ -43,6 +44,9 @@ std::set<std::string> sensorsFor(const CommonOptions& options, session::Session&
       sensors.insert(name);
     }
   }
+  for (const auto& [name, family] : session::findUnbuiltSensors(session::robotOf(session)))
+    if (std::ranges::find(options.subscriptions, family) != options.subscriptions.end())
+      sensors.insert(name);
   return sensors;
 }
 

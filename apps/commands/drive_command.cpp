@@ -188,7 +188,7 @@ bool checkArrival(const session::TimedPath& path, const session::Snapshot& last,
 bool printSummary(const DriveOptions& options, const Run& run, const SilentSensors& silent) {
   std::ostream& out = options.output.getSummaryStream();
   out << (isInterrupted() ? "Interrupted after " : "Drove for ") << run.cycles << " readings ("
-      << options.rate << " Hz of simulated time).\n";
+      << options.rate << " Hz of session time).\n";
   run.summary.print(out, silent);
   const bool isWhole = options.output.report(out);
   return options.picture.report(out) && isWhole;
@@ -205,7 +205,7 @@ int drive(DriveOptions& options) {
   const Run run = driveAlong(options, *session, outlets);
   outlets.finish();
   const bool hasArrived = checkArrival(path, run.last, options.heard.asked);
-  const auto silent = run.summary.findSilent(run.last);
+  const auto silent = findSilent(*session, options.subscriptions, run.last, run.summary.getHeard());
   if (!printSummary(options, run, silent)) return kIncomplete;
   return reportSilent(silent) == 0 && hasArrived ? 0 : kNotAll;
 }
@@ -226,7 +226,7 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
       ->type_name("X,Y...")
       ->required();
   addSubscriptions(*command, *options);
-  command->add_option("--rate", options->rate, "readings per second of simulated time")
+  command->add_option("--rate", options->rate, "readings per second of session time")
       ->capture_default_str();
   command->add_option("--speed", options->speed, "m/s")->capture_default_str();
   command->add_option("--turn-speed", options->turnSpeed, "rad/s, on the spot at each corner")

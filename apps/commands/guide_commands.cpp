@@ -51,7 +51,7 @@ void addCompletionCommand(CLI::App& program, const session::OpenOptions&, int&) 
   CLI::App* command =
       program.add_subcommand("completion", "Write a script by which a shell completes commands");
   command->footer(
-      "An installation has these scripts where shells look for them. Without one:\n"
+      "The Debian package puts these scripts where shells look for them. Without it:\n"
       "source <(" +
       getProgramName() + " completion bash).");
   takesOneOf(*command->add_option("SHELL", *name, "bash, zsh or fish"), {"bash", "zsh", "fish"})

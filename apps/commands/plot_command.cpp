@@ -18,7 +18,7 @@ int plot(const CommonOptions& options, const std::string& output) {
   picture.show(snapshot);
   picture.finish();
   std::cout << "Wrote " << output << '\n';
-  return reportSilent(findSilent(snapshot));
+  return reportSilent(findSilent(*session, options.subscriptions, snapshot));
 }
 
 }  // namespace

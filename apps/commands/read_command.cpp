@@ -15,7 +15,7 @@ int read(const CommonOptions& options) {
   outlets::RecordWriter writer(std::cout, outlets::parseFormat(options.format));
   const auto session = options.openSession();
   const session::Snapshot snapshot = readOnce(*session, options);
-  const auto silent = findSilent(snapshot);
+  const auto silent = findSilent(*session, options.subscriptions, snapshot);
   writer.write(snapshot);
   for (const auto& sensor : silent) writer.addSilent(sensor);
   writer.finish(getLineWidth());

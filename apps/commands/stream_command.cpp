@@ -26,8 +26,9 @@ namespace {
 
 constexpr char kStreamFooter[] =
     "Writes each record once, in a line of its own, when it arrives. Times are the\n"
-    "robot's, or with --from-ros2 the graph's. The stream ends with Ctrl-C or after --for; then\n"
-    "the exit status is 1 if a subscribed sensor gave no record and is not sound.";
+    "robot's, or with --from-ros2 the graph's. The stream ends with Ctrl-C or after --for. After\n"
+    "--for the exit status is 1 if a subscribed sensor gave no record and is not sound; after\n"
+    "Ctrl-C it is 130.";
 
 struct StreamOptions : CommonOptions {
   OutputFiles output{"-"};
@@ -90,7 +91,7 @@ int stream(StreamOptions& options) {
   const session::Snapshot end = streamOn(options, *session, outlets, heard);
   outlets.finish();
   if (!options.output.report(std::cerr)) return kIncomplete;
-  return reportSilent(findSilent(end, heard));
+  return reportSilent(findSilent(*session, options.subscriptions, end, heard));
 }
 
 }  // namespace

@@ -47,7 +47,7 @@ int watchOnce(const WatchOptions& options) {
   session->run(session->getSettlingTime());
   const WatchState& state = watch.look();
   std::cout << watchTable(state, getLineWidth());
-  return reportSilent(findSilent(state.seen));
+  return reportSilent(findSilent(*session, options.subscriptions, state.seen));
 }
 
 // After a long stop (Ctrl-Z) the session does not catch up.

@@ -7,8 +7,10 @@ namespace QV::app {
 namespace {
 
 constexpr char kStatus[] =
-    "0: success. 1: a sensor failed a check or gave no record, a replay differs, or a drive did "
-    "not arrive. 2: the program can't do what was asked; standard error has one line. 128 + signal "
+    "0: success. 1: a sensor failed a check or gave no record, a description has mistakes, a "
+    "replay "
+    "differs, or a drive did not arrive. 2: the program can't do what was asked; standard error "
+    "has one line. 128 + signal "
     "number: interrupted.";
 
 /** Writes a text as roff takes it: no character of it is an order, and a hyphen is a hyphen. */

@@ -23,10 +23,6 @@ void SessionSummary::add(const session::Snapshot& snapshot) {
   }
 }
 
-SilentSensors SessionSummary::findSilent(const session::Snapshot& end) const {
-  return app::findSilent(end, heard);
-}
-
 void SessionSummary::print(std::ostream& out, const SilentSensors& silent) const {
   std::vector<std::string> titles{"sensor", "family", ">records", ">points", ">nearest m"};
   if (!silent.empty()) titles.emplace_back("no record, because");

@@ -16,8 +16,8 @@ namespace QV::app {
 class SessionSummary {
  public:
   void add(const session::Snapshot& snapshot);
-  /** Finds those that should have given something over the session and its end; see findSilent. */
-  SilentSensors findSilent(const session::Snapshot& end) const;
+  /** The sensors that gave a record. */
+  const std::set<std::string>& getHeard() const { return heard; }
   /** Prints a table: sensor, family, records, points, nearest obstacle; and the silent sensors. */
   void print(std::ostream& out, const SilentSensors& silent = {}) const;
 

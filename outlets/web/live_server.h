@@ -55,15 +55,13 @@ class QV_API LiveServer {
    * again. Throws UsageError for an unknown name. */
   void subscribe(const std::set<std::string>& sensorsOrFamilies);
 
-  /** Runs the session for about 20 ms, executes the clients' commands and sends them the news.
-   * Call it in a loop. */
+  /** Runs the session for about 20 ms, executes the clients' commands and sends them the news. Call
+   * it in a loop. */
   void runBriefly();
   /** The sensors that its clients and outlets want now. */
   session::Demand getDemand() const;
-  /**
-   * Does the first part of runBriefly(): waits up to 20 ms for clients' commands, executes them,
-   * and starts and stops sensors as `demand` says. That takes as long as the hardware does.
-   */
+  /** Does the first part of runBriefly(): waits up to 20 ms for clients' commands, executes them,
+   * and starts and stops sensors as `demand` says. That takes as long as the hardware does. */
   void obey(const session::Demand& demand);
   /** Does the second part: advances the session and sends the news. */
   void goOn();

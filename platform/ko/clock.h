@@ -25,7 +25,8 @@ using Duration = boost::chrono::nanoseconds;
  * The records that are older than a second:
  *
  *     for (const auto& record : manager.getMetricalData())
- *       if (QV::Math::age(record, ko::Clock::now()) > seconds(1)) std::cout << record.sensorName;
+ *       if (QV::Math::age(record, ko::Clock::now()) > boost::chrono::seconds(1))
+ *         std::cout << record.sensorName << '\n';
  */
 struct QV_API Clock {
   using duration = Duration;

@@ -5,6 +5,7 @@
 
 #include <boost/make_shared.hpp>
 
+#include "platform/ko/internal/log_console.h"
 #include "platform/ko/internal/simulated_scheduler.h"
 #include "platform/ko/internal/time_source.h"
 
@@ -29,6 +30,8 @@ SimulatedTime::SimulatedTime(Clock::time_point start) {
 
 // It may end inside a call that it runs: whatever runs calls keeps the scheduler meanwhile.
 SimulatedTime::~SimulatedTime() {
+  // Later the lines would carry another clock's time.
+  log::detail::flushRepeats();
   detail::installScheduler(nullptr);
   scheduler->end();
   taken = false;

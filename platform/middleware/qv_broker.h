@@ -37,9 +37,7 @@ class QVProxy;
  */
 class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
  public:
-  /**
-   * Makes a broker of class T, which QVBrokerManager knows as long as it lives.
-   */
+  /** Makes a broker of class T, which QVBrokerManager knows as long as it lives. */
   template <typename T = QVBroker, typename... A>
   static boost::shared_ptr<T> create(A&&... arguments) {
     auto broker = boost::make_shared<T>(std::forward<A>(arguments)...);
@@ -55,10 +53,8 @@ class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
 
   /** Adds a module. Throws QVError for null or a name in use. */
   void registerModule(boost::shared_ptr<QVModule> module);
-  /**
-   * Removes a module. Calls in progress finish; later ones fail. Throws QVError for an unknown
-   * name.
-   */
+  /** Removes a module. Calls in progress finish; later ones fail. Throws QVError for an unknown
+   * name. */
   void unregisterModule(const std::string& name);
 
   virtual bool isModulePresent(const std::string& name) const;
@@ -83,20 +79,15 @@ class QV_API QVBroker : public boost::enable_shared_from_this<QVBroker> {
   std::map<std::string, boost::shared_ptr<QVModule>> modules;
 };
 
-/**
- * A module that is registered for a scope. Use it for a module that holds the broker at which it is
- * registered: without unregistering, module and broker would keep each other alive for ever. It
- * keeps the broker alive until the scope ends. Not copyable.
- */
+/** A module that is registered for a scope. Use it for a module that holds the broker at which it
+ * is registered: without unregistering, module and broker would keep each other alive for ever. It
+ * keeps the broker alive until the scope ends. Not copyable. */
 class QV_API ScopedModule {
  public:
   /** Registers the module as QVBroker::registerModule does. Throws QVError for a null broker. */
   ScopedModule(boost::shared_ptr<QVBroker> broker, boost::shared_ptr<QVModule> module);
-  /**
-   * Unregisters the module, unless that was done already. If another module has been registered
-   * under its name since then, that one stays registered. Calls that
-   * run go on to their end.
-   */
+  /** Unregisters the module, unless that was done already. If another module has been registered
+   * under its name since then, that one stays registered. Calls that run go on to their end. */
   ~ScopedModule();
   ScopedModule(const ScopedModule&) = delete;
   ScopedModule& operator=(const ScopedModule&) = delete;

@@ -23,6 +23,8 @@ using QVArguments = std::span<const QVValue>;
  * the names only.
  *
  * - Units: none; arguments and results mean what the module's contract says.
+ * - Types: a parameter is of a type that QVValue::as() knows, by value or const reference; its
+ *   argument is converted. A result is of a type that makes a QVValue, or void.
  * - Special values: a method without a result answers the invalid value.
  * - Lifetime: not copyable. Bind methods before the module is registered at a broker. Objects that
  *   a method refers to must outlive the module. A module that is unregistered during a call lives
@@ -38,6 +40,7 @@ using QVArguments = std::span<const QVValue>;
  *     motion->bindMethod("getRobotVelocity", [] { return std::vector<float>{0.3f, 0.0f, 0.0f}; });
  *     const auto broker = QV::QVBroker::create();
  *     broker->registerModule(motion);
+ *     std::cout << motion->call("getRobotVelocity", {}).toText() << '\n';
  */
 class QV_API QVModule {
  public:
@@ -49,8 +52,7 @@ class QV_API QVModule {
 
   const std::string& getName() const { return name; }
 
-  /**
-   * Offers `callable`, a function or a function object, under a name. Arguments and result are
+  /** Offers `callable`, a function or a function object, under a name. Arguments and result are
    * converted by QVValue. Throws QVError if the name is bound or the module is registered already.
    */
   template <typename F>
@@ -72,15 +74,14 @@ class QV_API QVModule {
                [self, member](A... a) -> R { return (self->*member)(std::forward<A>(a)...); });
   }
 
-  /**
-   * Runs a method and returns its result, the invalid value without one. Throws QVError for an
-   * unknown method, a wrong number or type of arguments, or a standard exception of the method.
-   */
+  /** Runs a method and returns its result, the invalid value without one. Throws QVError for an
+   * unknown method, a wrong number or type of arguments, or a standard exception of the method. */
   QVValue call(std::string_view method, QVArguments arguments) const;
 
  private:
   friend class QVBroker;
 
+  /** A bound method: what callable it runs, and the names of its parameters' types for errors. */
   struct Method {
     std::vector<std::string> parameters;
     std::function<QVValue(const Method&, QVArguments)> run;
@@ -102,6 +103,7 @@ class QV_API QVModule {
     }
   }
 
+  /** Converts the arguments, or throws the QVError that names what the method expects. */
   template <typename... A, std::size_t... I>
   auto xUnpack(const Method& method, QVArguments arguments, std::index_sequence<I...>) const {
     using Unpacked = std::tuple<decltype(xToArgument<A>(arguments[I]))...>;
@@ -113,6 +115,7 @@ class QV_API QVModule {
     }
   }
 
+  /** Wraps a callable: converts the arguments, calls it, and makes a value of its result. */
   template <typename F, typename R, typename... A>
   Method xMakeMethod(F callable, std::type_identity<std::function<R(A...)>>) const {
     auto run = [this, callable = std::move(callable)](
@@ -132,6 +135,7 @@ class QV_API QVModule {
   [[noreturn]] void xRefuse(const Method& method, QVArguments given) const;
 
   const std::string name;
+  /** True once a broker has it: from then on the methods never change, so calls take no lock. */
   bool registered = false;
   std::map<std::string, Method, std::less<>> methods;
 };

@@ -28,10 +28,14 @@ class QVBroker;
  * - Errors: QVError for a missing module or method, for wrong arguments, for an exception of the
  *   method, and for a result that does not convert.
  *
- * The robot's speed (x, y in m/s, theta in rad/s):
+ * The robot's speed (x, y in m/s, theta in rad/s), or what is wrong with the motion service:
  *
- *     const QV::QVProxy motion(robot.getBroker(), "QVMotion");
- *     const auto velocity = motion.call<std::vector<float>>("getRobotVelocity");
+ *     try {
+ *       const QV::QVProxy motion(robot.getBroker(), "QVMotion");
+ *       std::cout << motion.call<std::vector<float>>("getRobotVelocity").at(0) << " m/s\n";
+ *     } catch (const std::exception& error) {
+ *       std::cerr << error.what() << '\n';
+ *     }
  */
 class QV_API QVProxy {
  public:

@@ -40,12 +40,22 @@ namespace QV {
  *     const QV::QVValue touch = QV::QVValue::array("FrontBumper", true, 2);
  *     std::cout << touch[0].toString() << (touch[1].toBool() ? " pressed" : " free") << '\n';
  *     for (const QV::QVValue& part : touch.toArray()) std::cout << part.toText() << '\n';
+ *
+ * A transform, as the module "QVMotion" answers it, and a value of a type that is not known:
+ *
+ *     const QV::QVValue rows = std::vector<float>{1, 0, 0, 0.2f, 0, 1, 0, 0, 0, 0, 1, 0.1f};
+ *     const auto numbers = rows.as<std::vector<float>>();  // an int in it would convert, too
+ *     const QV::QVValue key("0.5");
+ *     std::cout << (key.isString() ? key.toString() : std::to_string(key.toFloat())) << '\n';
  */
 class QV_API QVValue {
  public:
+  /** The types, in the order of the alternatives inside. `floating` is always a double. */
   enum class Type { invalid, boolean, integer, floating, string, array, binary };
+  /** The elements of an array, each of its own type. */
   using Array = std::vector<QVValue>;
   using Bytes = std::vector<std::uint8_t>;
+  /** A buffer, such as the pixels of an image: shared, and never written to. */
   using Binary = std::shared_ptr<const Bytes>;
 
   /** Makes the invalid value. */
@@ -64,6 +74,7 @@ class QV_API QVValue {
   QVValue(std::string value) noexcept : data(std::move(value)) {}
   QVValue(std::string_view value) : data(std::string(value)) {}
   QVValue(const char* value) : data(std::string(value)) {}
+  /** A null pointer is no string: this does not compile. */
   QVValue(std::nullptr_t) = delete;
   /** Makes an array; its elements may have different types. */
   QVValue(Array value) : data(Shared<Array>{std::make_shared<const Array>(std::move(value))}) {}
@@ -72,6 +83,7 @@ class QV_API QVValue {
   QVValue(Bytes value) : QVValue(Binary(std::make_shared<const Bytes>(std::move(value)))) {}
   /** Makes an array of the elements. */
   template <typename T>
+  /** Makes an array of the elements. T is any type that makes a value, also a vector again. */
   QVValue(const std::vector<T>& values) : QVValue(Array(values.begin(), values.end())) {}
   /** Makes an int, in nanoseconds of ko::Clock. */
   QVValue(ko::Clock::time_point value) noexcept : QVValue(value.time_since_epoch()) {}
@@ -79,6 +91,7 @@ class QV_API QVValue {
 
   /** Returns an array of the given values, each of its own type. */
   template <typename... T>
+  /** Returns an array of the given values, each of its own type; array() is the empty one. */
   static QVValue array(T&&... values) {
     Array result;
     result.reserve(sizeof...(values));
@@ -88,6 +101,7 @@ class QV_API QVValue {
 
   /** Returns the exact type. isInt() and its like compare with it: the int 1 is no float. */
   Type getType() const noexcept { return static_cast<Type>(data.index()); }
+  /** False for the invalid value, which a method without a result returns. */
   bool isValid() const noexcept { return getType() != Type::invalid; }
   bool isBool() const noexcept { return getType() == Type::boolean; }
   bool isInt() const noexcept { return getType() == Type::integer; }
@@ -114,9 +128,14 @@ class QV_API QVValue {
   const Binary& toBinary() const;
 
   /**
-   * Returns the value as a T: bool, an integer (saturating), a float, a string, QVValue, Binary,
-   * Bytes, a std::vector of such types, or a ko::Clock::time_point or ko::Duration, from an int
-   * only. Throws QVError if it does not convert.
+   * Returns the value as a T, which is one of these:
+   * - bool, from a bool only;
+   * - an integer, which saturates, or a float, from a number or a bool;
+   * - std::string, Array, Binary or Bytes, each from its own type only;
+   * - a std::vector of such types, from an array: every element must convert;
+   * - ko::Clock::time_point or ko::Duration, from an int only;
+   * - QVValue, from anything: the value itself.
+   * Throws QVError if it does not convert; any other T does not compile.
    */
   template <typename T>
   T as() const;
@@ -140,6 +159,7 @@ class QV_API QVValue {
   static std::string getTypeName();
 
  private:
+  /** A shared content that compares by its elements, not by its address. */
   template <typename T>
   struct Shared {
     std::shared_ptr<const T> content;
@@ -151,12 +171,14 @@ class QV_API QVValue {
     }
   };
 
+  /** The nearest value that To can hold. */
   template <typename To, typename From>
   static constexpr To clampTo(From value) noexcept {
     if (std::in_range<To>(value)) return static_cast<To>(value);
     return std::cmp_less(value, 0) ? std::numeric_limits<To>::min()
                                    : std::numeric_limits<To>::max();
   }
+  /** Throws the QVError of a missing conversion. */
   [[noreturn]] void xRefuse(const char* method, const char* expected) const;
   std::int64_t xToNanoseconds() const;
   template <typename T>

@@ -40,18 +40,14 @@ class QV_API OccupancyMap {
   /** The longest side, in cells. */
   static constexpr int kMaxSide = 1 << 20;
 
-  /**
-   * Makes `width` by `height` cells of `resolution` metres, all of one occupancy. Throws
+  /** Makes `width` by `height` cells of `resolution` metres, all of one occupancy. Throws
    * std::invalid_argument for a side outside 1..kMaxSide, a resolution that is not positive, an
-   * origin that is not finite, or an occupancy outside 0..1.
-   */
+   * origin that is not finite, or an occupancy outside 0..1. */
   OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                float occupancy = kUnknown);
 
-  /**
-   * Makes a map of these occupancies, row by row. Throws also if cells.size() is not width *
-   * height.
-   */
+  /** Makes a map of these occupancies, row by row. Throws also if cells.size() is not width *
+   * height. */
   OccupancyMap(int width, int height, float resolution, const Math::Pose2D& origin,
                std::vector<float> cells);
   ~OccupancyMap();
@@ -73,8 +69,8 @@ class QV_API OccupancyMap {
 
   /** Returns the occupancy of a cell. Throws std::out_of_range outside the map. */
   float getOccupancy(int column, int row) const;
-  /** Sets the occupancy of a cell. Throws std::out_of_range outside the map,
-   * std::invalid_argument for an occupancy outside 0..1. */
+  /** Sets the occupancy of a cell. Throws std::out_of_range outside the map, std::invalid_argument
+   * for an occupancy outside 0..1. */
   void setOccupancy(int column, int row, float occupancy);
 
   /** Returns the occupancy at a position in M; std::nullopt outside the map. */

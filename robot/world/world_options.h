@@ -34,8 +34,7 @@ struct QV_API FloorHole {
   static constexpr float kHoleDepth = 0.1f;
 };
 
-/**
- * A person who walks from waypoint to waypoint and back, and waits where the robot is in the way.
+/** A person who walks from waypoint to waypoint and back, and waits where the robot is in the way.
  */
 struct QV_API Walker {
   /** The waypoints in the map; with a single one the person stands still. */

@@ -17,37 +17,30 @@
 
 namespace QV::ros2 {
 
-/** Options: which robot of a graph to read, and how. */
 struct QV_API HeardRobotOptions {
   GraphOptions graph = graphOptionsFromEnvironment();
   std::string node = "qv_sensors";
-  /** The robot's namespace: that of this node and of all default topic names but those of tf and
-   * /clock. */
+  /** The namespace of this node and of all default topic names but those of tf and /clock. */
   std::string nameSpace = "/";
-  /**
-   * The description of the robot, as text (URDF). Each sensor's property "topic" names its topic;
-   * default: as in recordings ("/NAME/scan"). If this text is empty: the text of the topic
-   * /robot_description, if that has sensors of known kinds; else a description derived from the
-   * topics.
-   */
+  /** The description (URDF). A sensor's property "topic" names its topic; default: as in recordings
+   * ("/NAME/scan"). Without this text: that of /robot_description, if it has sensors of known
+   * kinds; else one derived from the topics. */
   std::string description = {};
   /** A map that replaces /map. */
   boost::shared_ptr<const OccupancyMap> map = nullptr;
-  /** True: use /clock. False: the wall clock. Not set: /clock if it is published. */
+  /** True: /clock. False: the wall clock. Not set: /clock if it is published. */
   std::optional<bool> usesSimTime = std::nullopt;
-  /** The creators of a session's sensors, and the kinds by which a description is read. */
+  /** The factory that makes a session's sensors. Its kinds are also those by which the description
+   * is read, with or without a session. */
   sensor::SensorFactory sensors = sensor::SensorFactory::standard();
-  /**
-   * Called about twenty times a second during discovery. If it returns false, discovery ends with
-   * std::runtime_error.
-   */
+  /** Called about twenty times a second during discovery; false ends that with
+   * std::runtime_error. */
   std::function<bool()> goesOn = {};
 };
 
 /**
  * Reads a robot of a ROS 2 graph: its messages fill the memory and modules behind a broker, where
- * sensors read them. After obey() a topic is subscribed to only while its sensor is started.
- *
+ * sensors read them. openHeardRobot() makes a session of it.
  * - Frames: those of the graph's tf; records as those of RealSensorManager.
  * - Units: those of the messages: metres, radians, m/s, rad/s.
  * - Lifetime: not copyable. The constructor takes up to 11 s: 2 s for topics, then 3 s each for
@@ -55,45 +48,45 @@ struct QV_API HeardRobotOptions {
  *   ko::SimulatedTime.
  * - Threads: thread-safe.
  * - Errors: malformed messages are refused and logged.
+ *
+ *     QV::ros2::HeardRobotOptions options;
+ *     options.usesSimTime = false;
+ *     QV::ros2::HeardRobot heard(options);
+ *     QV::sensor::RealSensorManager sensors(heard.getBroker());
+ *     heard.obey(&sensors);  // and heard.obey(nullptr) before `sensors` ends
  */
 class QV_API HeardRobot {
  public:
-  /** Throws std::runtime_error without a network, for a bad description, and if there is neither a
-   * description nor a topic from which one can be derived. */
+  /** Throws std::runtime_error without a network, for a bad description, and without a description
+   * and topics to derive one from. */
   explicit HeardRobot(const HeardRobotOptions& options = {});
   ~HeardRobot();
   HeardRobot(const HeardRobot&) = delete;
   HeardRobot& operator=(const HeardRobot&) = delete;
 
   const boost::shared_ptr<QVBroker>& getBroker() const;
-  /** Returns the description, as URDF. */
+  /** The description, as URDF. */
   const std::string& getDescription() const;
-  /** Returns the pose (m, rad) in the root frame of tf, or without tf in the odometry's frame. */
+  /** The pose in the root frame of tf, or without tf in the odometry's frame. */
   Math::Pose2D getPose() const;
-  /** Publishes a velocity on cmd_vel (x forward, y left in m/s; theta in rad/s) until the next
-   * call. */
+  /** Publishes a velocity on cmd_vel (x forward, y left, theta) until the next call. */
   void drive(const Math::Pose2D& velocity);
 
-  /**
-   * Follows `manager`: subscribes only to topics of sensors that it has started. Without a manager
-   * (before the first call, and after null) all topics are subscribed. Set null before the manager
-   * is destroyed.
-   */
+  /** Subscribes only to topics of sensors that `manager` has started. Without one (before the first
+   * call, and after null) all topics are subscribed. Set null before the manager is destroyed. */
   void obey(const sensor::SensorManager* manager);
 
  private:
   std::unique_ptr<class HeardModules> modules;
 };
 
-/**
- * Opens a session with such a robot. The session follows the wall clock or /clock. If the clock
- * jumps back, or by more than a minute, session time goes on without the jump. If it stands still,
- * Session::run returns early. Throws as the constructor does, and std::runtime_error if nobody
- * publishes a /clock that was asked for.
- */
+/** Opens a session by the wall clock or /clock. If that clock jumps back, or ahead by more than a
+ * minute, session time goes on without the jump; if it stands still, Session::run returns early.
+ * Throws as the constructor does, and std::runtime_error if nobody publishes a /clock that was
+ * asked for. */
 QV_API std::unique_ptr<session::Session> openHeardRobot(const HeardRobotOptions& options = {});
 
-/** Returns the description (URDF) with which such a robot would be opened. */
+/** The description (URDF) with which such a robot would be opened. */
 QV_API std::string describeHeardRobot(const HeardRobotOptions& options = {});
 
 }  // namespace QV::ros2

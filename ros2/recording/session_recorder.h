@@ -21,10 +21,15 @@ struct RecorderOptions {
  * Records a session as MCAP with ROS 2 messages: the drivers' measurements, the commands, and at
  * each snapshot the records. See docs/recordings.md for the topics. Recorded time is session time +
  * 1 s, so it is never 0.
- *
- * - Lifetime: construct it before the session runs; the session must outlive it.
+ * - Lifetime: construct it before the session runs; the session must outlive it. The file is
+ *   complete only after finish().
  * - Threads: for the session's thread.
  * - Errors: a failed write is logged once; the session goes on without a recording.
+ *
+ *     const auto session = QV::session::openVirtual("porter");
+ *     QV::ros2::SessionRecorder recorder("run.mcap", *session);
+ *     recorder.show(session->look());  // after each run of the session
+ *     recorder.finish();
  */
 class QV_API SessionRecorder : public outlets::Outlet {
  public:

@@ -31,11 +31,13 @@ struct QV_API RecordDifference {
  * SessionRecorder: its inputs go into a robot's modules again and the library makes the records
  * anew. A recording of another robot (MCAP, or rosbag2's folder or SQLite file): its LaserScan,
  * Range, depth Image, PointCloud2, odometry and tf go to sensors that are derived from the topics.
- * The constructor plays no step; getSession().step() plays one.
- *
  * - Frames, units: those of the records; times count from the recording's start.
- * - Lifetime: not copyable; it owns its session.
+ * - Lifetime: not copyable; it owns its session. The constructor plays no step.
  * - Threads: for the thread that made it.
+ *
+ *     const QV::ros2::SessionReplay replay("run.mcap");
+ *     while (replay.getSession().step())
+ *       if (const auto difference = replay.compare()) std::cout << difference->toText() << '\n';
  */
 class QV_API SessionReplay {
  public:
@@ -57,10 +59,8 @@ class QV_API SessionReplay {
   /** The second step, on the session's thread: quick. Consumes the preparation; reusing it throws
    * std::bad_function_call. */
   explicit SessionReplay(Preparation&& preparation);
-  /**
-   * Opens a recording. Throws std::runtime_error with the file and the expectation if it can't be
-   * played. `sensors` makes the sensors of a recorded robot.
-   */
+  /** Opens a recording. Throws std::runtime_error with the file and the expectation if it can't be
+   * played. `sensors` makes the sensors of a recorded robot. */
   explicit SessionReplay(const std::string& path,
                          const sensor::SensorFactory& sensors = sensor::SensorFactory::standard());
   ~SessionReplay();
@@ -69,8 +69,8 @@ class QV_API SessionReplay {
 
   session::Session& getSession() const { return *session; }
 
-  /** Subscribes to all sensors of another robot's recording. Call it once, before the first step.
-   */
+  /** Subscribes to all sensors of another robot's recording. Call it once, before the first
+   * step. */
   void begin();
 
   /** True if SessionRecorder made this recording. */
@@ -102,9 +102,7 @@ class QV_API SessionReplay {
   std::unique_ptr<session::Session> session;
 };
 
-/**
- * True if the file's content is a recording. For a damaged file, its extension decides.
- */
+/** True if the file's content is a recording. For a damaged file, its extension decides. */
 QV_API bool isRecording(const std::string& path);
 
 }  // namespace QV::ros2

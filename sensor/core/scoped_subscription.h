@@ -9,42 +9,31 @@
 
 namespace QV::sensor {
 
-/**
- * Unsubscribes from all of `names`. Exceptions of hardware are logged as errors.
- */
+/** Unsubscribes from all of `names`. Exceptions of hardware are logged as errors. */
 QV_API void unsubscribeGuarded(SensorManager& manager, const std::string& subscriber,
                                const std::set<std::string>& names) noexcept;
 
-/**
- * Finds the sensors of these names and families that have no fresh record and are not sound without
- * one, each with what is wrong; unknown names, too. It reads the sensors, because a simulated one
- * measures only when it is read.
- */
+/** Finds the sensors of these names and families that have no fresh record and are not sound
+ * without one, and unknown names, each with what is wrong. It reads the sensors, because simulated
+ * ones measure only then. */
 QV_API std::map<std::string, std::string> findMissingRecords(const SensorManager& manager,
                                                              const std::set<std::string>& names);
 
 /**
- * A subscription that ends with its scope: the constructor subscribes, the destructor unsubscribes
- * the same names, also after an exception.
- *
+ * A subscription that ends with its scope, also after an exception.
  * - Special values: no names means every family. Unknown names are logged and skipped.
  * - Lifetime: movable; a moved-from one does nothing. The manager must outlive it.
  * - Threads: for one thread at a time; the manager behind it is thread-safe.
  * - Errors: if a start of hardware throws, the constructor throws and nothing stays subscribed. The
  *   destructor logs an exception of a stop.
  *
- * A subscription that waits for the first records:
- *
  *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Laser"});
- *     for (const auto& [sensor, why] : subscription.awaitRecords(seconds(2)))
+ *     for (const auto& [sensor, why] : subscription.awaitRecords(boost::chrono::seconds(2)))
  *       std::cerr << sensor << " has no record: " << why << '\n';
  */
 class QV_API ScopedSubscription {
  public:
-  /** Subscribes to every family. */
   ScopedSubscription(SensorManager& manager, const std::string& subscriber);
-  /** Subscribes to these sensors and families. If a start of hardware throws, nothing stays
-   * subscribed and the exception reaches the caller. */
   ScopedSubscription(SensorManager& manager, const std::string& subscriber,
                      const std::set<std::string>& names);
   ~ScopedSubscription();
@@ -52,8 +41,7 @@ class QV_API ScopedSubscription {
   ScopedSubscription& operator=(ScopedSubscription&& other) noexcept;
 
   /** Waits until each of its sensors has a fresh record or is sound without one, as an untouched
-   * bumper, at most `limit` of ko::Clock. Returns the other sensors, and unknown names, each with
-   * what is wrong; empty if all is well. Reads the sensors if nothing else makes them measure. */
+   * bumper, at most `limit` of ko::Clock. Returns what findMissingRecords() finds then. */
   std::map<std::string, std::string> awaitRecords(ko::Duration limit) const;
 
  private:

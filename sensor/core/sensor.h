@@ -26,10 +26,8 @@ enum class HardwareCall : std::uint8_t;
  * One sensor: its name, its family, its subscribers, and the state of its hardware.
  *
  * The hardware runs while three things hold: somebody has subscribed, the sensor is enabled, and
- * its diagnosis is good. The first subscriber starts it, the last one stops it. Most users need
- * only SensorManager. To add a sensor, derive from this class and implement xGetData(),
- * xSubscribeToHardware() and xUnsubscribeFromHardware().
- *
+ * its diagnosis is good. Most users need only SensorManager. To add a sensor, derive from this
+ * class and implement xGetData(), xSubscribeToHardware() and xUnsubscribeFromHardware().
  * - Frames: S is the sensor's frame, x the direction in which it looks, y to the left, z up. Points
  *   are in S, those of simulated sensors in the ground frame; a record's transform places S in the
  *   ground frame or, simulated, in the map.
@@ -41,8 +39,6 @@ enum class HardwareCall : std::uint8_t;
  * - Threads: thread-safe. Hardware is started, stopped and read by one thread at a time.
  * - Errors: an exception of the hardware reaches the caller. A start or stop that returns false
  *   sets the diagnosis to bad; the sensor then stays off until setDiagnosis(true).
- *
- * A sensor that reads one range, from 0 to 0.1 m:
  *
  *     class Whisker : public QV::sensor::Sensor {
  *      public:
@@ -66,8 +62,8 @@ class QV_API Sensor {
   Sensor(const Sensor&) = delete;
   Sensor& operator=(const Sensor&) = delete;
 
-  /** Returns the current measurements; empty while the hardware does not run. May wait for another
-   * getData() of this sensor, never for a start or a stop. */
+  /** Measures; empty while the hardware does not run. May wait for another getData() of this
+   * sensor, never for a start or a stop. */
   virtual std::vector<Math::MetricalData> getData() const;
 
  protected:
@@ -79,46 +75,37 @@ class QV_API Sensor {
   virtual bool xUnsubscribeFromHardware() = 0;
 
  public:
-  /**
-   * Adds a subscriber; false if it has subscribed already. Starts the hardware if it does not run
-   * and the sensor is enabled and has a good diagnosis, also for a known subscriber: a start that
-   * threw is tried again. A start that returns false does not change the result; it sets the
-   * diagnosis to bad.
-   */
+  /** Adds a subscriber; false if it has subscribed already. Starts the hardware if it may run and
+   * does not, also for a known subscriber: a start that threw is tried again. A start that returns
+   * false does not change the result; it sets the diagnosis to bad. */
   bool subscribe(const std::string& subscriberName);
   /** Removes a subscriber; false if it had not subscribed. The last one stops the hardware. */
   bool unsubscribe(const std::string& subscriberName);
 
-  /** Enables or disables the sensor. A disabled one stops and keeps its subscribers. */
+  /** A disabled sensor stops and keeps its subscribers. */
   void enable(bool value);
   /** Sets the diagnosis. A bad one stops the sensor; a good one lets a failed sensor try again. */
   void setDiagnosis(bool success);
 
   std::string getName() const { return name; }
   std::string getFamilyName() const { return familyName; }
-  /** The names of the subscribers. Waits for hardware that starts or stops. */
+  /** Waits for hardware that starts or stops. */
   std::set<std::string> getSubscribers() const;
 
-  /**
-   * The last error of the sensor, with its time. A repair does not clear it. Never waits for
-   * hardware. It is the last of these:
-   * - a warning or error that was logged about the sensor;
-   * - an exception of its hardware;
-   * - if there was neither: a problem that was only kept, at level info.
-   */
+  /** The last error of the sensor, with its time: a logged warning or error, or an exception of its
+   * hardware; without these, a problem that was only kept, at level info. A repair does not clear
+   * it. Never waits for hardware. */
   std::optional<ko::log::Record> getLastTrouble() const;
 
-  /** Writes a warning or an error about the sensor to the log and keeps it as the last error, even
-   * if the log drops it. */
+  /** Logs a warning or an error and keeps it as the last error, even if the log drops it. */
   void logTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                   const std::string& message) const;
-  /** Keeps a last error without a line in the log. Level info, for example for a value that is
-   * not there yet, replaces neither a warning nor an error. */
+  /** Keeps a last error without a line in the log. Level info, for example for a value that is not
+   * there yet, replaces neither a warning nor an error. */
   void keepTrouble(ko::log::Level level, std::string_view category, std::string_view method,
                    const std::string& message) const;
 
-  /** These three never wait. The interface spells isDiagnosisSucess with one c; the manager's
-   * isSensorDiagnosisSuccess has two. */
+  /** These never wait. The interface spells isDiagnosisSucess with one c. */
   bool isEnabled() const { return enabled; }
   bool isDiagnosisSucess() const { return diagnosisSuccess; }
   bool isStarted() const { return started; }
@@ -127,9 +114,7 @@ class QV_API Sensor {
   /** Tells why a reading without a record is no error. `why` must have static lifetime; `measured`
    * is true if the hardware did measure, but saw nothing to report. */
   void xExcuse(const char* why, bool measured = false) const;
-  /**
-   * Counts a measurement that could not be read. Too many set the sensor's health to noisy.
-   */
+  /** Counts a measurement that could not be read. Too many set the health to noisy. */
   void xNoteGarbage() const;
   /** Declares that the sensor reports changes only: its records may be old. For constructors. */
   void xTellOfChanges();

@@ -22,7 +22,7 @@ enum class HealthState {
   frozen,
   /** Too many of the measurements are impossible. */
   noisy,
-  /** The records are too old. */
+  /** The records are too old, or it is not read because another sensor's reading hangs. */
   late,
   /** No records come, without a good reason; or a reading or a start hangs. */
   silent,
@@ -38,23 +38,21 @@ QV_API const char* getName(HealthState state);
 QV_API bool isFault(HealthState state);
 
 /**
- * The health of a sensor at one moment: its state and the reason.
- *
- * Health changes no record and switches no sensor off. This is a value, to copy and keep; times are
- * those of ko::Clock, texts are plain English with figures.
+ * The health of a sensor at one moment. A value, to copy and keep; it changes no record and
+ * switches no sensor off.
  *
  *     if (const auto health = manager.getHealth("FrontLaser"); health && isFault(health->state))
  *       std::cerr << getName(health->state) << ": " << health->reason << ". " << health->remedy;
  */
 struct QV_API SensorHealth {
   HealthState state = HealthState::off;
-  /** The time at which this state began. */
+  /** The time at which this state began (ko::Clock). */
   ko::Clock::time_point since;
   /** The reason, a sentence with figures: "its record is 0.62 s old, limit 0.40 s". */
   std::string reason = {};
   /** What brings the sensor back to sound; empty if nothing is needed. */
   std::string remedy = {};
-  /** The number of times that the sensor entered this state, including this one. */
+  /** How often the sensor has entered this state, this time included. */
   int times = 0;
 };
 
@@ -72,9 +70,7 @@ enum class HealthLimit {
   garbage,
   /** Radians that the robot turns while the points stay the same. */
   turn,
-  /**
-   * Metres that the robot drives towards a point, or away from it, while the points stay the same.
-   */
+  /** Metres driven towards a point, or away from it, while the points stay the same. */
   distance,
   /** Seconds in motion during which two sensors contradict each other. */
   disagreement,
@@ -85,18 +81,15 @@ constexpr std::size_t kHealthLimitCount = 9;
 
 /** "start", "silence", ... */
 QV_API const char* getName(HealthLimit limit);
-/** Finds a limit by its name; nothing for an unknown name. */
 QV_API std::optional<HealthLimit> findHealthLimit(const std::string& name);
-/** The names of all limits, with commas. */
+/** All names, with commas between them. */
 QV_API std::string namesOfHealthLimits();
 
-/**
- * The limits of one sensor; those that are switched off have no value. A value, for one thread at a
- * time. The defaults follow from the period between two measurements.
- */
+/** The limits of one sensor; those that are switched off have no value. For one thread at a
+ * time. */
 class QV_API HealthLimits {
  public:
-  /** Creates the default limits of a sensor that measures once per period. */
+  /** Makes the default limits of a sensor that measures once per period. */
   explicit HealthLimits(ko::Duration period = ko::Duration(100'000'000));
 
   std::optional<double> get(HealthLimit limit) const;
@@ -116,14 +109,12 @@ class QV_API HealthLimits {
 struct QV_API HealthRule {
   std::string name = {};
   HealthLimit limit = HealthLimit::age;
-  /** The new value; nothing switches the limit off. */
+  /** The new value; without one the limit is switched off. */
   std::optional<double> value = std::nullopt;
 };
 
-/**
- * Reads "FrontLaser:age=0.5", "Sonar:turn=off" or "age=0.5". Throws std::invalid_argument for any
- * other text, and says what was expected.
- */
+/** Reads "FrontLaser:age=0.5", "Sonar:turn=off" or "age=0.5". Throws std::invalid_argument for any
+ * other text, and says what was expected. */
 QV_API HealthRule parseHealthRule(const std::string& text);
 
 }  // namespace QV::sensor

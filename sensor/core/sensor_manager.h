@@ -32,12 +32,10 @@ struct HealthInside;
  *
  * A caller subscribes under a name of its own to sensors or families, and reads the records of
  * every sensor that runs. "Sonar" is a family, "FrontSonar" a sensor; if both share a name, the
- * name means the family. Two managers derive from it: SimulatedSensorManager for rays in a map, and
- * RealSensorManager for the modules of a robot, real or virtual. You can derive your own.
- *
- * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S.
- *   Only those of simulated sensors are in G, because their rays ignore the mounting. The transform
- *   of a record places S in G, that of a simulated sensor in M.
+ * name means the family. SimulatedSensorManager and RealSensorManager derive from it; you can, too.
+ * - Frames: M is the map, G the robot's ground frame, S the sensor's frame. Points are in S, and a
+ *   record's transform places S in G. Of simulated sensors, points are in G, and the transform
+ *   places S in M.
  * - Units: metres, radians, nanoseconds of ko::Clock.
  * - Special values: an unknown name gives false or an empty result. subscribe(), unsubscribe(),
  *   enableSensorOrFamily(), getSensorsByFamily(), getSensorPtr(), setHealthLimit() and getHealth()
@@ -46,15 +44,11 @@ struct HealthInside;
  *   ScopedSubscription. No call may run during destruction.
  * - Threads: thread-safe. Reading never waits for hardware; subscribing, enabling and diagnosing
  *   may.
- * - Errors: if a module fails at a start or stop, a sensor of the library logs it and gets a bad
- *   diagnosis; if it fails at a reading, the sensor gives no record. If the start or stop of a
- *   sensor class of your own throws, the exception reaches the caller at once. If a start throws,
- *   the subscriber stays on that sensor, later sensors are left out, and the refresh is not
- *   started. Subscribe again, which retries the start; or call lookAgain(), which starts the
- *   refresh for the sensors that run. A ScopedSubscription undoes all. A sensor that throws while
- *   it is read is logged; the other records are returned.
- *
- * The distance of each point of the sonars:
+ * - Errors: a failed reading is logged and gives no record; the other records are returned. If a
+ *   module fails at a start or stop, a sensor of the library logs it and gets a bad diagnosis. If a
+ *   start or stop of a sensor class of your own throws, the exception reaches the caller. After
+ *   such a start the subscriber stays, later sensors are left out, and the refresh does not start:
+ *   subscribe again, or call lookAgain() for the sensors that run. A ScopedSubscription undoes all.
  *
  *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"Sonar"});
  *     subscription.awaitRecords(boost::chrono::seconds(2));
@@ -69,32 +63,25 @@ class QV_API SensorManager {
   SensorManager(const SensorManager&) = delete;
   SensorManager& operator=(const SensorManager&) = delete;
 
-  /** Switches the debug mode on or off. Switching it on enables all sensors of a
-   * RealSensorManager. */
+  /** Switches the debug mode. On, it enables all sensors of a RealSensorManager. */
   virtual void setSensorsDebug(bool debug) = 0;
-  /** Sets the pose of a simulated robot in M; other managers log a warning. Rays start at
-   * `scanPose`, records say `referencePose`. They differ only to simulate localization errors. */
+  /** Sets the pose of a simulated robot in M; others log a warning. Rays start at `scanPose`,
+   * records say `referencePose`; they differ only to simulate errors of localization. */
   virtual void setPose2D(const Math::Pose2D& scanPose, const Math::Pose2D& referencePose);
 
  protected:
   /** Returns the records of all started sensors. */
   virtual std::vector<Math::MetricalData> xGetData() const = 0;
-  /** Returns the records of xGetData(), shared. A manager with a cache shares the
-   * cache itself, by xShareCache(). */
+  /** Shares the records of xGetData(); a manager with a cache shares that, by xShareCache(). */
   virtual boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const;
-  /** Called after each subscribing or unsubscribing and from lookAgain(), with true if any sensor
-   * is started. */
+  /** Called by lookAgain() and after each (un)subscribing; true if any sensor is started. */
   virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
 
  public:
-  /**
-   * Subscribes to every family, to one name, or to several. With at most one name: true if at least
-   * one sensor gained the subscriber. Waits while hardware starts for its first subscriber.
-   *
-   * Several names are handled in alphabetical order: each that gains the subscriber sets the result
-   * to true, each unknown one to false, and the last of them counts. Check names with isSensor()
-   * and isFamily() if it matters.
-   */
+  /** Subscribes to every family, to one name, or to several. Waits while hardware starts. True if a
+   * sensor gained the subscriber, so a second call is false. Several names are handled in
+   * alphabetical order: one that gains the subscriber sets the result to true, an unknown one to
+   * false; the last of them counts. */
   bool subscribe(const std::string& subscriber);
   bool subscribe(const std::string& subscriber, const std::string& name);
   bool subscribe(const std::string& subscriber, const std::set<std::string>& names);
@@ -106,15 +93,13 @@ class QV_API SensorManager {
   bool unsubscribe(const std::string& subscriber, const std::set<std::string>& names);
   bool unsubscribe(const std::string& subscriber, std::initializer_list<std::string> names);
 
-  /** Starts the refresh if any sensor runs, and stops it if none does, as a subscription does.
-   * Call it after enableSensorOrFamily() and setSensorDiagnosis(), which don't. */
+  /** Starts the refresh if any sensor runs, and stops it if none does, as a subscription does. */
   void lookAgain();
 
-  /** Enables or disables a sensor or a family; false for an unknown name. Does not start or stop
-   * the refresh: see lookAgain(). */
+  /** Enables or disables a sensor or a family; false for an unknown name. This and the next don't
+   * start or stop the refresh: call lookAgain() after them. */
   bool enableSensorOrFamily(const std::string& name, bool enable);
-  /** Sets a sensor's diagnosis; false if there is no such sensor. Does not start or stop the
-   * refresh, either. */
+  /** Sets a sensor's diagnosis; false if there is no such sensor. */
   bool setSensorDiagnosis(const std::string& sensorName, bool success);
 
   /** Names of families and sensors, in alphabetical order. */
@@ -127,8 +112,8 @@ class QV_API SensorManager {
   /** The sensors that are enabled and have a good diagnosis, started or not. */
   std::set<std::string> getEnabledSensorList() const;
 
-  /** True if the sensor's hardware runs. This and the next three return false for an unknown
-   * sensor, without a log line. Only isSensorSubscribedBy() waits for a start or stop. */
+  /** True if the hardware runs. This and the next three return false for an unknown sensor, without
+   * a log line. Only isSensorSubscribedBy() waits for a start or stop. */
   bool isSensorStarted(const std::string& sensorName) const;
   bool isSensorEnabled(const std::string& sensorName) const;
   bool isSensorDiagnosisSuccess(const std::string& sensorName) const;
@@ -139,14 +124,10 @@ class QV_API SensorManager {
   /** The sensor of that name; null for an unknown one. */
   boost::shared_ptr<Sensor> getSensorPtr(const std::string& sensorName) const;
 
-  /**
-   * Copies the latest records of all started sensors, in the order of their names. With names: of
-   * these families and sensors, name by name. A sensor that two names select is returned twice.
-   *
-   * The real manager returns the records of its last refresh, as a rule at most 0.1 s ago. The
-   * simulated one measures anew at each call; two threads that read at the same time may get the
-   * same measurement.
-   */
+  /** Copies the latest records of all started sensors, in the order of their names. With names: of
+   * these families and sensors, name by name; a sensor that two names select is returned twice. The
+   * real manager returns the records of its last refresh, as a rule at most 0.1 s ago; the
+   * simulated one measures anew. */
   std::vector<Math::MetricalData> getMetricalData() const;
   std::vector<Math::MetricalData> getMetricalData(const std::string& name) const;
   std::vector<Math::MetricalData> getMetricalData(const std::set<std::string>& names) const;
@@ -154,28 +135,25 @@ class QV_API SensorManager {
   /** Shares the records of all started sensors. The real manager does not copy them. */
   boost::shared_ptr<const std::vector<Math::MetricalData>> shareMetricalData() const;
 
-  /** The last error of a sensor: see Sensor::getLastTrouble(). A sensor that could not be built
-   * has one, too, under its name in the robot's description. Nothing for an unknown name. */
+  /** See Sensor::getLastTrouble(); also for a sensor of the description that could not be built. */
   std::optional<ko::log::Record> getLastTrouble(const std::string& sensorName) const;
 
   /** Logs an error about a sensor and keeps it as its last error, whether or not it was built. */
   void logTrouble(const std::string& sensorName, std::string_view category, std::string_view method,
                   const std::string& message) const;
 
-  /** Returns the current state of a sensor and its reason, judged from its records and hardware.
-   * Never waits for hardware and changes no record. A sensor that could not be built is failing.
-   * Nothing, and a warning, for an unknown name. */
+  /** Judges a sensor by its records and hardware; never waits. A sensor that could not be built is
+   * failing. Nothing, and a warning, for an unknown name. */
   std::optional<SensorHealth> getHealth(const std::string& sensorName) const;
   /** The health of all sensors, by name. */
   std::map<std::string, SensorHealth> getHealth() const;
   using HealthCallback = boost::function<void(const std::string& sensor, const SensorHealth&)>;
-  /** Sets the callback for changes of a sensor's state. It runs on the thread that found the
-   * change, the health task's or a caller's: one change at a time, in order. An empty callback
-   * removes it. */
+  /** Sets the callback for changes of a state; an empty one removes it. It runs on the thread that
+   * found the change, the health task's or a caller's: one change at a time, in order. */
   void onHealthChanged(HealthCallback callback);
-  /** Switches the watching of health on (the default) or off. While it is off, every sensor that
-   * runs counts as sound. A RealSensorManager watches from its construction. Other managers
-   * begin with the first call of getHealth() or onHealthChanged(). */
+  /** Switches the watching of health on (the default) or off: then a sensor that runs is sound. A
+   * RealSensorManager watches from its construction, others from the first getHealth() or
+   * onHealthChanged(). */
   void watchHealth(bool on);
   /** Changes a limit of a sensor, of a family or, without a name, of all; a rule without a value
    * switches it off. False, and a warning, for an unknown name. */
@@ -183,8 +161,8 @@ class QV_API SensorManager {
   /** The limit; nothing if it is switched off, and for an unknown sensor. */
   std::optional<double> getHealthLimit(const std::string& sensorName, HealthLimit limit) const;
 
-  /** A number that depends on the simulated kind, without unit; 0 in managers that set none.
-   * Callers may use it; the library does not. */
+  /** A number of a SimulatedSensorManager that depends on its kind, without unit; 0 in other
+   * managers. It is for callers: the library does not use it. */
   float getKindParameter() const { return kindParameter; }
 
  protected:
@@ -196,9 +174,8 @@ class QV_API SensorManager {
   bool xUnsubscribeFromSensor(const std::string& subscriber, const std::string& sensorName);
   bool xEnableSensor(const std::string& sensorName, bool enable);
 
-  /** Gathers the records of all sensors, in the order of their names, into the cache. A sensor
-   * that throws is left out. Its first exception is logged, the next ones are not, until a reading
-   * succeeds. */
+  /** Gathers the records of all sensors, in the order of their names, into the cache. Leaves out a
+   * sensor that throws, and logs the first of its exceptions in a row. */
   void xUpdateData() const;
   /** Replaces the cache. */
   void xSetData(std::vector<Math::MetricalData> records) const;
@@ -211,8 +188,7 @@ class QV_API SensorManager {
   bool xIsFamily(const std::string& name) const { return families.count(name) > 0; }
   bool xIsAnySensorOn() const;
 
-  /** The sensors and their families. A derived manager's constructor fills them; they never
-   * change afterwards. */
+  /** Filled by a derived manager's constructor; they never change afterwards. */
   std::map<std::string, std::set<std::string>> families;
   std::map<std::string, boost::shared_ptr<Sensor>> sensors;
   float kindParameter = 0.0f;
@@ -241,7 +217,7 @@ class QV_API SensorManager {
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
   /** Null until somebody asks; owned. */
   mutable std::atomic<HealthBoard*> health{nullptr};
-  /** True if failingSensors is not empty. While it is false, a successful reading does not lock
+  /** True if failingSensors is not empty; else a successful reading does not lock
    * gatheringMutex. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::shared_mutex dataMutex;

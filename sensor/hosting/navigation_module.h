@@ -22,18 +22,16 @@ class TouchSensor;
  * passes events on to its sensors, and offers its operations by name to other modules. To add
  * methods, derive from it, bind them, and register your module under the same name.
  *
- * Operations of the manager, under their own names; several names are a string or an array of
- * strings, a set comes as an array of strings in order:
+ * Its methods have the names of the manager's operations. Names are given as a string or an array
+ * of strings; a set comes as an array of strings in order.
  *
  * | methods | arguments | result |
  * |---|---|---|
  * | subscribe, unsubscribe | subscriber, names | bool |
  * | subscribeToAll, unsubscribeFromAll | subscriber | bool |
- * | getMetricalData | names | array of records, see record_value.h |
- * | getAllMetricalData | | the same |
+ * | getMetricalData, getAllMetricalData | names; none | array of records, see record_value.h |
  * | enableSensorOrFamily, setSensorDiagnosis | name, bool | bool |
- * | lookAgain | | |
- * | setSensorsDebug | bool | |
+ * | lookAgain; setSensorsDebug | none; bool | |
  * | setPose2D | twice an array x, y (m), theta (rad) | |
  * | getFamilyNames, getSensorList, getEnabledSensorList, getSubscribers | | set |
  * | getSensorsByFamily, getSensorListBySubscriber | family; subscriber | set |
@@ -46,11 +44,8 @@ class TouchSensor;
  * It also takes the events "_onTouchChanged" and "_onPeopleDetected", each with event, value and
  * subscriber; they are ignored if there is no such sensor.
  *
- * - Lifetime: not copyable. The destructor stops all hardware.
- * - Threads: thread-safe; the caller's thread does the work.
+ * - Threads: thread-safe; the caller's thread does the work. Not copyable.
  * - Errors: QVError for wrong arguments; unknown names are answered as SensorManager does.
- *
- * On a virtual robot, called as another module would:
  *
  *     const auto module = boost::make_shared<QV::sensor::NavigationModule>(robot.getBroker());
  *     const QV::ScopedModule hosted(robot.getBroker(), module);
@@ -59,17 +54,14 @@ class TouchSensor;
  */
 class QV_API NavigationModule : public QVModule {
  public:
-  /**
-   * Hosts the sensors of the robot behind the broker. Throws QVError for a null broker. Its sensors
-   * keep the broker alive, and the broker the module: see ScopedModule.
-   */
+  /** Hosts the sensors of the robot behind the broker. Throws QVError for a null broker. Sensors
+   * and broker keep each other alive: see ScopedModule. */
   explicit NavigationModule(const boost::shared_ptr<QVBroker>& broker);
   /** Hosts the sensors with the kinds and creators of `factory`. */
   NavigationModule(const boost::shared_ptr<QVBroker>& broker, const SensorFactory& factory);
   /** Hosts any manager that has all its sensors already. Throws QVError for a null manager. */
   explicit NavigationModule(boost::shared_ptr<SensorManager> manager);
-  /** Unsubscribes everybody first: no hardware is left running, but a laser that confirmed its
-   * start after the time for it. */
+  /** Unsubscribes everybody: all hardware stops, but a laser that confirmed its start too late. */
   ~NavigationModule() override;
 
   SensorManager& getManager() { return *manager; }

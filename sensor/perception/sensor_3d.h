@@ -43,7 +43,7 @@ class DepthFilter;
  * The nearest point of each component:
  *
  *     const QV::sensor::ScopedSubscription subscription(manager, "my navigation", {"DepthCamera"});
- *     subscription.awaitRecords(seconds(2));
+ *     subscription.awaitRecords(boost::chrono::seconds(2));
  *     for (const auto& record : manager.getMetricalData("DepthCamera")) {
  *       float nearest = record.fieldOfView.maxRange;
  *       for (const auto& point : record.points) nearest = std::min(nearest, point.x);

@@ -19,16 +19,13 @@ namespace QV::sensor {
 /**
  * The base of every sensor that the robot's middleware knows: proxies to memory, motion service and
  * device manager, and the memory keys that it reads.
- *
- * - Frames: G is the robot's ground frame, S the sensor's. Points are in S, the transform places S
- *   in G at the time of the measurement.
+ * - Frames: points are in the sensor's frame S; the transform places S in the robot's ground frame
+ *   G at the time of the measurement.
  * - Units: metres, radians. The device manager counts milliseconds modulo 2^32.
  * - Lifetime: keeps the broker's modules by name only. The destructor does not stop the hardware.
  * - Threads: as Sensor.
- * - Errors: a module that is missing throws QVError from the constructor; an exception of a
- *   module in a later call reaches the caller of the operation.
- *
- * A derived class reads its first key and makes a record:
+ * - Errors: a missing module throws QVError from the constructor; an exception of a module in a
+ *   later call reaches the caller of the operation.
  *
  *     class Ranger : public QV::sensor::RealSensor {
  *      public:
@@ -47,14 +44,12 @@ namespace QV::sensor {
  */
 class QV_API RealSensor : public Sensor {
  public:
-  /** Makes the proxies. With keys, the field of view's rayCount becomes their number. Throws
-   * QVError for a missing module. */
+  /** With keys, the field of view's rayCount becomes their number. */
   RealSensor(const std::string& name, const std::string& familyName,
              const Math::SensorFieldOfView2D& fieldOfView,
              const std::vector<std::string>& memoryKeys, boost::shared_ptr<QVBroker> broker);
   ~RealSensor() override;
 
-  /** Reads as Sensor does. */
   std::vector<Math::MetricalData> getData() const override;
 
  protected:
@@ -64,11 +59,10 @@ class QV_API RealSensor : public Sensor {
   /** Asks the motion service where S was in G at `time`. */
   Math::Transform xGetTransformAtTime(ko::Clock::time_point time) const;
 
-  /** Replaces the points of each record that is older than `maxAge` at `now` by a wall of
-   * obstacles: at `range` metres, every `angularStep` radians across its field of view, at
-   * the sensor's present place. The record keeps its timestamp. If the step makes no wall,
-   * the record has no points; a wall has at most 100,000. It is meant for your own sensors; nothing
-   * here calls it. The motion proxy is passed by value, as the interface has it. */
+  /** For your own sensors: replaces the points of each record that is older than `maxAge` at `now`
+   * by a wall of obstacles at `range` metres, one every `angularStep` radians across its field of
+   * view (at most 100,000; none if the step makes no wall), at the sensor's present place. The
+   * timestamp stays. The interface passes the proxy by value. */
   void xCorrectMetricalDataWithTimestamp(std::vector<Math::MetricalData>& data,
                                          const ko::Clock::time_point& now,
                                          const boost::chrono::milliseconds& maxAge,
@@ -80,8 +74,7 @@ class QV_API RealSensor : public Sensor {
   boost::shared_ptr<QVMemoryProxy> memoryProxy;
   QVMotionProxy motionProxy;
   DCMProxy dcmProxy;
-  /** Values that a derived sensor keeps for its life. The interface has the list; nothing here
-   * fills it. */
+  /** Values for a derived sensor to keep. The interface has the list; nothing here fills it. */
   std::vector<std::unique_ptr<QVValue>> valuePointers;
   /** The keys of the description, in its order. */
   std::vector<std::string> memoryKeys;

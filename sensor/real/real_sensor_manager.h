@@ -24,27 +24,24 @@ namespace QV::sensor {
 /**
  * Manages the sensors of a robot, real or virtual. It gets the description, and all data, through a
  * QVBroker. Families are "Sonar", "Laser", "Shovel", "HoleLaser", "BlindZone", "Asus" (depth camera
- * and people) and "Touch". A factory of your own can add families. While any sensor is started, a
- * task refreshes all records every 100 ms, the first time at once. Readers get copies of the last
- * refresh. Without subscribers there are no records.
+ * and people) and "Touch"; a factory of your own can add some. Touches and people need a
+ * NavigationModule, which passes their events on.
  *
+ * While any sensor is started, a task reads all sensors (the refresh), and repeats 100 ms after the
+ * end of each run. Readers get the records of the last run; without subscribers there are none.
  * - Frames: points are in the sensor's frame S, transforms place S in the robot's ground frame G.
  * - Units: metres, radians, nanoseconds of ko::Clock.
- * - Requires: the module "DCM"; without it there are no sensors.
+ * - Requires: the module "DCM"; without it there are no sensors. Make one manager per broker: each
+ *   counts its own subscribers only, and stops hardware after the last of them.
  * - Lifetime: not copyable; keeps the broker alive. The destructor waits for a refresh in progress,
  *   then stops the depth camera. It does not stop other hardware: unsubscribe first.
  * - Threads: thread-safe. The refresh runs on ko's pool, or on the owner of a SimulatedTime.
- *   enableSensorOrFamily() and setSensorDiagnosis() do not start or stop the refresh; call
- *   lookAgain() after them.
- * - Errors: a null broker throws QVError. A sensor that can't be built is logged at error level and
- *   left out. A sonar without memory keys is left out without a log line.
+ * - Errors: a sensor that can't be built is logged at error level and left out; a sonar without
+ *   memory keys is left out without a log line.
  *
- * On a virtual robot:
- *
- *     QV::robot::VirtualRobot porter("robot/descriptions/porter.urdf", map);
- *     QV::sensor::RealSensorManager sensors(porter.getBroker());
+ *     QV::sensor::RealSensorManager sensors(robot.getBroker());
  *     const QV::sensor::ScopedSubscription subscription(sensors, "my navigation", {"Laser"});
- *     subscription.awaitRecords(seconds(2));
+ *     subscription.awaitRecords(boost::chrono::seconds(2));
  *     for (const auto& record : sensors.getMetricalData()) std::cout << record.sensorName << '\n';
  */
 class QV_API RealSensorManager : public SensorManager {
@@ -54,8 +51,6 @@ class QV_API RealSensorManager : public SensorManager {
   explicit RealSensorManager(boost::shared_ptr<QVBroker> broker);
   /** Builds the sensors with the kinds and creators of `factory`. */
   RealSensorManager(boost::shared_ptr<QVBroker> broker, SensorFactory factory);
-  /** Waits for a refresh in progress, then stops the depth camera. Other hardware stays as it is.
-   */
   ~RealSensorManager() override;
 
   /** The kinds of sensors that it can make. */

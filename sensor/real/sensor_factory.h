@@ -16,10 +16,8 @@
 
 namespace QV::sensor {
 
-/**
- * The order that a creator gets: one configuration of a description, with its context. The
- * references last as long as the call.
- */
+/** What a creator gets: one configuration of a description. The references last as long as the
+ * call. */
 struct QV_API SensorOrder {
   const Model::SensorConfig& config;
   /** The row of the configuration's type. */
@@ -29,24 +27,15 @@ struct QV_API SensorOrder {
   boost::shared_ptr<QVBroker> broker;
   /** The robot's kind: the number of `<kind>` in its description, 0 without it. */
   int kindCode = 0;
-  /**
-   * The manager so far: it has the sensors of the configurations before this one, by their names.
-   */
+  /** The manager with the sensors of the configurations before this one, by their names. */
   const SensorManager& manager;
 };
 
 /**
- * The creators of a description's sensors: a kind and a creator for each type.
- *
- * A value type: to add sensors of your own, copy the standard factory, add them, and give the copy
- * to a RealSensorManager or to a session's OpenOptions.
- *
- * - Special values: types are numbers above 0. A creator that returns no sensor leaves it out.
- * - Threads: reading is thread-safe.
- * - Errors: a row or creator that makes no sense is a std::invalid_argument. What a creator throws
- *   is logged, and that one sensor is left out.
- *
- * A second kind of sonar:
+ * The creators of a description's sensors: a kind and a creator for each type. A value: to add
+ * sensors of your own, copy the standard factory, add them, and give the copy to a
+ * RealSensorManager or to a session's OpenOptions.
+ * Reading it is thread-safe. What a creator throws is logged, and that one sensor is left out.
  *
  *     QV::sensor::SensorFactory factory = QV::sensor::SensorFactory::standard();
  *     factory.add({41, "Whisker", "Whisker"}, [](const QV::sensor::SensorOrder& order) {
@@ -58,17 +47,15 @@ struct QV_API SensorOrder {
 class QV_API SensorFactory {
  public:
   using Sensors = std::vector<boost::shared_ptr<Sensor>>;
-  /** Makes the sensors of one configuration, none to leave it out. A standard exception leaves
-   * it out too, and is logged. */
+  /** Makes the sensors of one configuration; returns none to leave it out. */
   using Creator = std::function<Sensors(const SensorOrder&)>;
 
-  /** Knows no kind. */
   SensorFactory() = default;
-  /** Knows the kinds that the library has sensors for. */
+  /** Knows the kinds that the library has sensors for; a new factory knows none. */
   static const SensorFactory& standard();
 
-  /** Adds a kind and its creator. When a sensor can't be made, `failure` is logged before the
-   * reason, with the configuration's name for each "{name}". Throws std::invalid_argument as
+  /** Adds a kind and its creator. If a sensor can't be made, `failure` is logged before the reason,
+   * with the configuration's name for each "{name}". Throws std::invalid_argument as
    * SensorKinds::add() does, and for an empty creator. */
   void add(const Model::SensorKind& kind, Creator creator,
            const std::string& failure = "Unable to initialize {name}");

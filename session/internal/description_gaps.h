@@ -11,7 +11,7 @@
 namespace QV::session {
 
 /** Finds the described sensors that the manager does not have: their families by name. */
-std::map<std::string, std::string> findUnbuiltSensors(SessionRobot& robot);
+QV_API std::map<std::string, std::string> findUnbuiltSensors(SessionRobot& robot);
 
 /**
  * Finds a memory key that a sensor reads but the robot does not have, with the error; empty if

@@ -115,6 +115,8 @@ TEST(Check, reportsSensorsThatCouldNotBeBuilt) {
                   {"Mute", {"could not be built", "its description is incomplete"}},
                   {"Twice", {"could not be built", "Wrong memory keys size"}}});
   EXPECT_THAT(run({"check", "--robot", path}).out, HasSubstr("Other: type is 7"));
+  EXPECT_THAT(run({"check", "--robot", path, "--format", "jsonl"}).out,
+              testing::ContainsRegex("\"Mute\"[^\n]*\"state\":\"failing\""));
   EXPECT_THAT(run({"watch", "--once", "--robot", path}).out,
               testing::ContainsRegex("\nTwice +failing +it could not be built: "));
 }

@@ -109,6 +109,35 @@ TEST_F(ProgramTest, readOfAVirtualRobotWaitsForEverySensor) {
               testing::ElementsAre("Asus", "BlindZone", "HoleLaser", "Laser", "Shovel", "Sonar"));
 }
 
+TEST_F(ProgramTest, aSensorThatCouldNotBeBuiltIsReportedAndExitsWith1) {
+  const std::string robot = folder.write("robot.urdf", R"(<robot name="tiny"><kind code="1"/>
+    <link name="base"/><sensor name="Mute" type="Sonar"/>
+    <sensor name="Front" type="Sonar"><property key="minimumDetectionDistance" value="0.2"/>
+    <property key="maximumDetectionDistance" value="3"/>
+    <property key="horizontalAngularRange" value="0.9"/><memory_key>Range</memory_key></sensor>
+    </robot>)");
+  for (const std::vector<std::string>& command :
+       std::vector<std::vector<std::string>>{{"read"},
+                                             {"plot", "-o", folder / "scan.png"},
+                                             {"stream", "--for", "1", "--speed", "max"},
+                                             {"watch", "--once"},
+                                             {"drive", "--path", "3,6.3 3.2,6.3"}}) {
+    const auto runFor = [&](const char* asked) {
+      std::vector<std::string> arguments = command;
+      arguments.insert(arguments.end(), {"--robot", robot, "--subscribe", asked});
+      return run(arguments);
+    };
+    const Result family = runFor("Sonar");
+    EXPECT_EQ(family.status, 1) << command[0];
+    EXPECT_THAT(family.error, HasSubstr("qvsensors: Mute gave no record: it could not be built"));
+    EXPECT_EQ(runFor("Front").status, 0) << command[0];
+  }
+  EXPECT_THAT(run({"check", "--robot", robot, "--subscribe", "Sonar"}).out,
+              testing::ContainsRegex("\nMute +Sonar +could not be built +failing"));
+  EXPECT_THAT(run({"check", "--robot", robot, "--subscribe", "Front"}).out,
+              Not(HasSubstr("\nMute  ")));
+}
+
 TEST_F(ProgramTest, aSensorWithoutRecordsIsReportedAndExitsWith1) {
   const std::string why = "Timeout while setting operation Mode for FrontLaser";
   const std::vector<std::string> world{"--robot", porter,    "--subscribe",
@@ -311,6 +340,8 @@ TEST_F(ProgramTest, repeatedErrorsAreOneLineWithTheirNumber) {
   const Result folded = run(words);
   EXPECT_LE(countErrors(folded), 4) << folded.error;
   EXPECT_THAT(folded.error, testing::ContainsRegex("\\(again, [0-9]+ times\\)\n"));
+  // What is counted at the end has the world's time, too.
+  EXPECT_THAT(folded.error, Not(testing::ContainsRegex("\\[[0-9]+:[^\n]*again")));
 }
 
 TEST_F(ProgramTest, aPoseThatIsNotFreeIsWarnedOfAndRead) {

@@ -21,7 +21,6 @@ CONTEXT = """
 #include "robot/world/virtual_robot.h"
 #include "sensor/core/scoped_subscription.h"
 #include "sensor/real/real_sensor_manager.h"
-using boost::chrono::seconds;
 extern QV::sensor::RealSensorManager manager;
 extern QV::robot::VirtualRobot robot;
 extern const boost::shared_ptr<QV::OccupancyMap> map;

@@ -86,8 +86,11 @@ class Page:
         return self.run(command)
 
     def start(self, command):
+        # `source <(COMMAND)` hides COMMAND's failure, and a pipe that of all but the last.
+        sourced = re.match(r"source <\((.*)\)$", command)
+        whole = f"{sourced[1]} >/dev/null && {command}" if sourced else command
         return subprocess.Popen(
-            ["bash", "-c", command], cwd=self.folder, env=self.environment, text=True,
+            ["bash", "-o", "pipefail", "-c", whole], cwd=self.folder, env=self.environment, text=True,
             start_new_session=True, stdout=subprocess.PIPE, stderr=subprocess.STDOUT,
         )
 
@@ -111,11 +114,15 @@ class Page:
             process = self.start(command + " --once" if " watch " in command else command)
         if " check " in command and " --fault " in command:
             expected = [1]  # The fault is found.
+        if re.search(r"\| head ", command):
+            expected = [0, 141]  # The reader has enough.
         try:
             said += process.communicate(timeout=SECONDS)[0]
         except subprocess.TimeoutExpired:
             process.kill()
             return f"an end within {SECONDS} s expected:\n{said}{process.communicate()[0]}"
+        if " | " in command and not said:
+            return "an output expected"
         if process.returncode in expected:
             return None
         return f"status {expected} expected, {process.returncode} given:\n{said}"

@@ -56,6 +56,16 @@ def test_health_names_the_cause(session):
         manager.set_health_limit("FrontLaser:agee=1")
 
 
+def test_a_sensor_that_could_not_be_built_has_a_reason(tmp_path):
+    robot = tmp_path / "robot.urdf"
+    robot.write_text('<robot name="tiny"><link name="base"/><sensor name="Lost" type="Laser"/></robot>')
+    with qv.open_virtual(str(robot), start=(3.0, 6.3, 0.0)) as session:
+        snapshot = session.look()
+    assert not snapshot.sensors and list(snapshot.unbuilt) == ["Lost"]
+    lost = snapshot.unbuilt["Lost"]
+    assert lost.state == "failing" and "could not be built: " in lost.reason and lost.remedy
+
+
 def test_changes_of_health_are_told_until_somebody_else_is(session, capfd):
     told, manager = [], session.manager
 

@@ -77,7 +77,7 @@ void RecordWriter::finish(std::size_t columns) {
   if (format != Format::table) return;
   out << "Positions of the sensors in the "
       << (frame == session::Frame::map ? "map frame" : "robot's ground frame")
-      << " (m). Ranges in m, angles in rad.\n";
+      << " (m).\nRanges in m, angles in rad.\n";
   auto titles = kColumns;
   if (hasSilent) titles.push_back("no record, because");
   Table table(titles);

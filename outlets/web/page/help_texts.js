@@ -61,7 +61,7 @@ export const HELP = {
   suspect: 'Its ranges contradict those of another sensor that looks the same way.',
   frozen: 'Its measurements stay the same although the robot moves.',
   noisy: 'Too many of its measurements are impossible.',
-  late: 'Its records are too old.',
+  late: 'Its records are too old, or it is not read because another sensor’s reading hangs.',
   silent: 'It gives no records, without a good reason; or its reading or start hangs.',
   failing: 'Its reading throws, its hardware failed to start or stop, its stop hangs, its diagnosis is bad, or it could not be built.',
 };

@@ -126,4 +126,9 @@ void foldRepeats(bool on) {
   folder = on ? std::optional(LineFolder()) : std::nullopt;
 }
 
+void flushRepeats() {
+  const std::lock_guard lock(folding().mutex);
+  if (auto& folder = folding().folder) print(folder->flush(Clock::now()));
+}
+
 }  // namespace ko::log::detail

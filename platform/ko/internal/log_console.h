@@ -16,4 +16,7 @@ void writeToConsole(Level level, const std::string& line);
  */
 QV_API void foldRepeats(bool on);
 
+/** Prints what is counted so far. Thread-safe. */
+void flushRepeats();
+
 }  // namespace ko::log::detail

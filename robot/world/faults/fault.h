@@ -22,8 +22,9 @@ QV_API FaultKind parseFaultKind(const std::string& name);
 /**
  * A fault of one sensor, from one second of the robot's life to another.
  *
+ *     using boost::chrono::seconds;
  *     robot.setFault({"FrontLaser", QV::robot::FaultKind::stuck, seconds(10), seconds(20)});
- *     robot.setFault(QV::robot::parseFault("FrontLaser:stuck@10-20"));
+ *     robot.setFault(QV::robot::parseFault("FrontLaser:stuck@10-20"));  // the same
  */
 struct QV_API Fault {
   std::string sensor;

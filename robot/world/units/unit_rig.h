@@ -19,7 +19,10 @@ namespace QV::robot {
 /**
  * A test rig for single sensor units: a robot with all its modules at its own broker, which nothing
  * moves. A unit measures when it is called. getContext().getSurroundings().setMoment() sets what is
- * around it. Not copyable.
+ * around it.
+ * - Frames, units: those of VirtualRobot: the map M; metres, radians.
+ * - Lifetime: not copyable; destroy the units first.
+ * - Threads: for one thread at a time.
  *
  *     const auto porter = QV::robot::RobotDescription::fromFile("robot/descriptions/porter.urdf");
  *     const QV::robot::UnitRig rig(porter, map);
@@ -31,7 +34,6 @@ class QV_API UnitRig {
   /** Stands at the start pose of the options, without their people. Throws as VirtualRobot does. */
   UnitRig(const RobotDescription& description, boost::shared_ptr<const OccupancyMap> map,
           const WorldOptions& options = {});
-  /** Destroy the units first. */
   ~UnitRig();
   UnitRig(const UnitRig&) = delete;
   UnitRig& operator=(const UnitRig&) = delete;

@@ -21,6 +21,7 @@ Math::SensorFieldOfView2D fieldOfView(float minRange, float maxRange, float angu
 
 }  // namespace
 
+// The interface has these texts of the log, and the names of the functions for kinds.
 SimulatedSensors RobotModelMock::getSimulatedSensors(int robotKind) const {
   switch (robotKind) {
     case -1:

@@ -197,6 +197,11 @@ TEST_F(SessionReplayTest, aRecordingIsPlayedFromAnyPlaceAndBackwards) {
   EXPECT_THROW(sut.drive(1.0f, 0.0f), session::UsageError);
   // At once, and not when the way begins: nobody expects an exception of run().
   EXPECT_THROW(sut.setGoal(Math::position2DFromPose2D(sut.look().pose)), session::UsageError);
+  EXPECT_THAT(
+      [&] {
+        sut.setFault({"FrontLaser", robot::FaultKind::off});
+      },
+      testing::ThrowsMessage<session::UsageError>("a recording can't be made to fail"));
 }
 
 TEST_F(SessionReplayTest, aFarPlaceIsReachedInParts) {
