@@ -85,6 +85,7 @@ std::string detailsOf(const ToldSensor& sensor) {
 std::string describe(const ToldSensor& sensor) {
   return "  <sensor name=\"" + sensor.name + "\" type=\"" + typeOf(sensor.sort) + "\">\n" +
          originOf(sensor.mounting) + property("topic", escaped(sensor.topic)) +
+         property("frame", escaped(sensor.frame.value_or(""))) +
          property("minimumDetectionDistance", textOf(sensor.minRange)) +
          property("maximumDetectionDistance", textOf(sensor.maxRange)) +
          property("horizontalAngularRange", textOf(sensor.aperture)) + detailsOf(sensor) +
