@@ -22,8 +22,9 @@ std::string rangeText(const ros2::GraphOptions& options) {
 }
 
 std::string layoutText(const ros2::GraphOptions& options) {
-  const std::string layout = std::string("message layout: ") +
-         (options.distro == ros2::RosDistro::humble ? "Humble and older" : "Iron and newer");
+  const std::string layout =
+      std::string("message layout: ") +
+      (options.distro == ros2::RosDistro::humble ? "Humble and older" : "Iron and newer");
   return options.announcesNodes ? layout : layout + ", no node announced";
 }
 
@@ -37,7 +38,8 @@ void setGraph(ros2::GraphOptions& options, const JoinArguments& arguments) {
 }
 
 std::string describeGraph(const ros2::GraphOptions& options) {
-  return "ROS 2 domain " + std::to_string(options.domain) + ", " + rangeText(options) + ", " + layoutText(options);
+  return "ROS 2 domain " + std::to_string(options.domain) + ", " + rangeText(options) + ", " +
+         layoutText(options);
 }
 
 }  // namespace QV::app

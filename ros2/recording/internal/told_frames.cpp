@@ -51,7 +51,8 @@ void ToldFrames::xPlaceRobot() {
   const std::string& base = getBase();
   const std::string top = tree.rootOf(base);
   const auto placed = tree.find(base, top);
-  if (tree.has(base) && top != moving) return xSetPose(Math::pose2DFromTransform(*placed), Source::tf);
+  if (tree.has(base) && top != moving)
+    return xSetPose(Math::pose2DFromTransform(*placed), Source::tf);
   if (!hasMoved) return;
   xSetPose(tree.has(base) ? moved * Math::pose2DFromTransform(*placed) : moved, Source::odometry);
 }

@@ -33,7 +33,8 @@ float turnOf(const ToldSensor& sensor, const Math::Transform& mounting,
   const Math::Position3D ahead = axisOf(mounting, 0);
   if (sensor.sort == ToldSort::scan)
     return angleBetween(
-        ahead, axisOf(frame * Math::rotationFrom3DRotation(0.0f, 0.0f, sensor.middle.value_or(0.0f)), 0));
+        ahead,
+        axisOf(frame * Math::rotationFrom3DRotation(0.0f, 0.0f, sensor.middle.value_or(0.0f)), 0));
   const float along = angleBetween(ahead, axisOf(frame, 0));
   // Images are in an optical frame, or in the camera's.
   return sensor.sort == ToldSort::depth ? std::min(along, angleBetween(ahead, axisOf(frame, 2)))
@@ -56,15 +57,16 @@ QVValue personAt(const geometry_msgs::Vector3& place) {
 /** True but for what tf rounds. */
 bool isSame(const Math::Transform& a, const Math::Transform& b) {
   constexpr float kRounding = 1e-5f;
-  return std::ranges::equal(a.values, b.values, [](float x, float y) {
-    return std::abs(x - y) < kRounding;
-  });
+  return std::ranges::equal(a.values, b.values,
+                            [](float x, float y) { return std::abs(x - y) < kRounding; });
 }
 
 geometry_msgs::Vector3 moved(const Math::Transform& way, const geometry_msgs::Vector3& from) {
   // Nothing is lost where there is no way to go.
   if (way == Math::Transform()) return from;
-  const Math::Position3D to = way * Math::Position3D(static_cast<float>(from.x), static_cast<float>(from.y), static_cast<float>(from.z));
+  const Math::Position3D to =
+      way * Math::Position3D(static_cast<float>(from.x), static_cast<float>(from.y),
+                             static_cast<float>(from.z));
   return {to.x, to.y, to.z};
 }
 

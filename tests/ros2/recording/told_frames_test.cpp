@@ -44,7 +44,7 @@ sensor_msgs::LaserScan scanIn(const std::string& frame) {
 
 /** A frame, turned to the left by a right angle if `isTurned`. */
 tf2_msgs::TFMessage framed(const std::string& parent, const std::string& child, double x,
-                          bool isTurned = false) {
+                           bool isTurned = false) {
   tf2_msgs::TFMessage message;
   auto& frame = message.transforms.emplace_back();
   frame.header.frame_id = parent;
@@ -126,8 +126,9 @@ TEST_F(ToldFramesTest, peopleOfEveryFrameAreWhereTheyAre) {
     const char* frame;
     geometry_msgs::Point at;
   };
-  for (const auto& [name, at] : {Person{"map", {2.0, 2.0, 1.0}}, Person{"base_link", {2.0, 1.0, 1.0}},
-                                 Person{"Eye", {2.0, 1.0, 0.0}}, Person{"Front", {1.8, 1.0, 1.0}}}) {
+  for (const auto& [name, at] :
+       {Person{"map", {2.0, 2.0, 1.0}}, Person{"base_link", {2.0, 1.0, 1.0}},
+        Person{"Eye", {2.0, 1.0, 0.0}}, Person{"Front", {1.8, 1.0, 1.0}}}) {
     vision_msgs::Detection3DArray people;
     people.header.frame_id = name;
     people.detections.resize(1);
@@ -177,13 +178,14 @@ TEST_F(ToldFramesTest, saysOnceOnEachChangeThatTfDoesNotPlaceTheRobot) {
   passTwoSeconds();
   passTwoSeconds();
   auto said = log.lines(ko::log::Level::info);
-  std::erase_if(said, [](const std::string& line) { return line.find(" Test.") == std::string::npos; });
+  std::erase_if(said,
+                [](const std::string& line) { return line.find(" Test.") == std::string::npos; });
   EXPECT_THAT(
-      said,
-      ElementsAre(HasSubstr("neither tf nor odometry says where base_link is: the pose stays 0,0,0"),
-                  HasSubstr("tf does not say where base_link is: the pose is that of odometry, in "
-                            "\"odom\""),
-                  HasSubstr("tf says where robot1/base is")));
+      said, ElementsAre(
+                HasSubstr("neither tf nor odometry says where base_link is: the pose stays 0,0,0"),
+                HasSubstr("tf does not say where base_link is: the pose is that of odometry, in "
+                          "\"odom\""),
+                HasSubstr("tf says where robot1/base is")));
 }
 
 }  // namespace
