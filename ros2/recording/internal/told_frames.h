@@ -7,7 +7,7 @@
 #include "platform/api.h"
 #include "platform/ko/clock.h"
 #include "platform/math/pose2d.h"
-#include "ros2/messages/geometry_msgs.h"
+#include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/frame_tree.h"
 
 namespace QV::ros2 {
