@@ -120,6 +120,21 @@ TEST_F(ToldFramesTest, aMessageIsInItsSensorsFrameOrInOneOfTfAtTheSamePlace) {
   EXPECT_EQ(refusalOf("/Ear/range", test::sampleRange(0.1f, 1.0f, "base_link")), "");
 }
 
+TEST(ToldFrames, aDerivedDescriptionNamesTheFrameIfXmlCanHoldIt) {
+  for (const std::string frame : {"laser", "", "a \"b\" & <c>", "a\x01", "a\nb"}) {
+    TopicSurveyor surveyor;
+    const std::string topic = "/scan";
+    const std::string type = sensor_msgs::LaserScan::getType().getName();
+    surveyor.expect(topic, type);
+    const Bytes cdr = toCdr(scanIn(frame));
+    surveyor.take({topic, type, cdr});
+    const auto robot = Model::ModelUtils::robotFromXml(describe(surveyor.make()));
+    const auto read = surveyDescription(robot, Model::SensorKinds::standard());
+    const bool canHold = frame.find_first_of("\x01\n") == std::string::npos;
+    EXPECT_EQ(read.sensors.at(topic).frame, canHold ? std::optional(frame) : std::nullopt);
+  }
+}
+
 TEST_F(ToldFramesTest, peopleOfEveryFrameAreWhereTheyAre) {
   tell("/tf", framed("map", "base_link", 3.0, true));
   struct Person {
