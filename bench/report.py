@@ -66,7 +66,7 @@ SECTIONS = [
      "bytes, median and 99th percentile. Goal: 0.8."),
     ("graph_robot", "Robots on a graph", "A simulated second of porter with all its sensors, on a graph where nobody listens, beside the same without a "
      "graph (`vs_without`, goal 0.98); of twenty robots on one graph in one process each beside one alone (`vs_alone`, goal 0.83); depth images "
-     "of 320×240 from ten robots at 10 Hz, five seconds of the machine's (goal: none lost). By the processor time of all threads."),
+     "of 320×240 from ten robots at 10 Hz, five seconds of the machine's, through sockets of 208 kB (goal: none lost). By the processor time of all threads."),
     ("tasks", "Tasks", "Lateness of a task of 10 ms, posts, delayed calls, runs in simulated time."),
     ("model", "Robot description and obstruction", ""),
     ("range", "Range sensors", "Readings a second on the virtual services, and the share of the time spent in the sensor itself."),

@@ -71,6 +71,7 @@ nav_msgs::Odometry odometry() {
 
 vision_msgs::Detection3DArray people() {
   vision_msgs::Detection3DArray people;
+  people.header.frame_id = "laser";
   people.detections.resize(1);
   people.detections[0].bbox.center.position = {1.0, 2.0, 0.5};
   return people;
@@ -100,6 +101,9 @@ ToldSensor sensorOf(ToldSort sort, std::size_t topic, std::size_t beams) {
   sensor.aperture = 1.0f;
   sensor.verticalAperture = 1.0f;
   sensor.beams = beams;
+  // The others have to be where tf says.
+  if (sort == ToldSort::range) sensor.frame = "sonar";
+  if (sort == ToldSort::depth) sensor.frame = "camera";
   return sensor;
 }
 

@@ -240,7 +240,7 @@ void addDriveCommand(CLI::App& program, const session::OpenOptions& robots, int&
   command->add_option("--pace", options->pace,
                       "speed: seconds of the session per second of real time (default: as fast as "
                       "possible; 1 with --ros2)");
-  options->graph.addTo(*command);
+  options->graph.addTo(*command, &options->heard.joining);
   command->callback([options, &status] { status = drive(*options); });
 }
 

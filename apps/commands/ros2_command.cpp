@@ -19,6 +19,7 @@ struct Ros2Options : CommonOptions {
 void addRos2Command(CLI::App& program, const session::OpenOptions& robots, int&) {
   auto options = optionsFor<Ros2Options>(robots);
   options->graph.isDriven = true;
+  options->heard.joining.isAlwaysUsed = true;
   CLI::App* command =
       program.add_subcommand("ros2", "List the topics of a robot on a ROS 2 graph (serve --ros2)");
   command
@@ -26,8 +27,10 @@ void addRos2Command(CLI::App& program, const session::OpenOptions& robots, int&)
       ->required();
   addWorld(*command, *options);
   options->graph.addTo(*command);
-  command->callback(
-      [options] { std::cout << listGraphTopics(options->graph, *options->openSession()); });
+  command->callback([options] {
+    options->graph.joining = options->heard.joining;
+    std::cout << listGraphTopics(options->graph, *options->openSession());
+  });
 }
 
 }  // namespace QV::app

@@ -129,7 +129,7 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
                  "record the session to this file (.mcap): the sensors of --subscribe, default "
                  "all")
       ->excludes(replay);
-  options->graph.addTo(*command);
+  options->graph.addTo(*command, &options->heard.joining);
   command
       ->add_option("--speed,--pace", options->speed,
                    "seconds of the session per second of real time, 0.1 to 100, or max: 100")

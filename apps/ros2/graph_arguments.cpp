@@ -23,11 +23,6 @@ std::vector<CLI::Option*> GraphArguments::addTo(CLI::App& command) {
       command
           .add_option("--ros2-remap", remaps, "FROM:=TO, another name for a topic; repeat for more")
           ->allow_extra_args(false),
-      command.add_option("--ros-distro", distro,
-                         "distribution of the other nodes, for example humble, after which some "
-                         "messages changed (default: ROS_DISTRO)"),
-      command.add_option("--ros2-interface", networkInterface,
-                         "network interface, for example eth0"),
       takesOneOf(*command.add_option(
                      "--ros2-navigation", navigation,
                      "own: the robot publishes map to odom and obeys /initialpose and /goal_pose; "

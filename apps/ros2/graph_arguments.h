@@ -5,6 +5,8 @@
 
 #include <CLI/App.hpp>
 
+#include "apps/ros2/join_arguments.h"
+
 namespace QV::app {
 
 /** The arguments of the command line about a robot on a ROS 2 graph. */
@@ -15,11 +17,10 @@ struct GraphArguments {
   std::string framePrefix = {};
   std::vector<std::string> frames = {};
   std::vector<std::string> remaps = {};
-  std::string distro = {};
-  std::string networkInterface = {};
   std::string navigation = "own";
   std::string noEcho = "max";
   bool isDriven = false;
+  JoinArguments joining = {};
 
   /** Gives the options. */
   std::vector<CLI::Option*> addTo(CLI::App& command);

@@ -48,8 +48,7 @@ std::string nameSpaceOf(const GraphArguments& arguments) {
 
 ros2::GraphOptions optionsOf(const GraphArguments& arguments) {
   ros2::GraphOptions options = ros2::graphOptionsFromEnvironment();
-  if (!arguments.distro.empty()) options.distro = ros2::parseDistro(arguments.distro);
-  options.networkInterface = arguments.networkInterface;
+  setGraph(options, arguments.joining);
   const std::string nameSpace = nameSpaceOf(arguments);
   for (const auto& [from, to] : pairsOf("--ros2-remap", arguments.remaps)) {
     const bool isFull = from.front() == '/';
@@ -78,34 +77,12 @@ void checkRemaps(const ros2::Graph& graph) {
                               "\" given; ros2 --list shows them");
 }
 
-std::string rangeText(const ros2::GraphOptions& options) {
-  const bool isConfigured = !options.configuration.empty();
-  if (isConfigured && options.range != ros2::DiscoveryRange::off)
-    return "visible as CYCLONEDDS_URI says";
-  switch (options.range) {
-    case ros2::DiscoveryRange::off:
-      return std::string("seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF)") +
-             (isConfigured ? ", unless CYCLONEDDS_URI says otherwise" : "");
-    case ros2::DiscoveryRange::localhost:
-      if (!options.peers.empty()) return "announced on this machine and to ROS_STATIC_PEERS";
-      return "announced on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET: in the "
-             "network)";
-    case ros2::DiscoveryRange::subnet:
-      break;
-  }
-  return "visible in the network";
-}
-
 std::string qosText(const ros2::Qos& qos) {
   return std::string(qos.reliable ? "reliable" : "best effort") +
          (qos.transientLocal ? ", transient local, " : ", volatile, ") + std::to_string(qos.depth);
 }
 
 }  // namespace
-
-std::string describeGraph(const ros2::GraphOptions& options) {
-  return "ROS 2 domain " + std::to_string(options.domain) + ", " + rangeText(options);
-}
 
 class GraphLink::Impl {
  public:
@@ -149,8 +126,7 @@ std::shared_ptr<outlets::Outlet> GraphLink::getOutlet() const {
 }
 
 std::string GraphLink::describe() const {
-  return describeGraph(impl->options) + ", message layout: " +
-         (impl->options.distro == ros2::RosDistro::humble ? "Humble and older" : "Iron and newer");
+  return describeGraph(impl->options);
 }
 
 std::string listGraphTopics(const GraphArguments& arguments, session::Session& session) {
@@ -166,7 +142,6 @@ std::string listGraphTopics(const GraphArguments& arguments, session::Session& s
       table.add({wire.topic.name, wire.topic.type, wire.isInput ? "in" : "out",
                  qosText(wire.topic.qos), wire.ddsName + " " + wire.ddsType});
     std::ostringstream text;
-    table.dropFirst({"in DDS", "quality of service"});
     table.print(text, getLineWidth());
     return text.str();
   });

@@ -27,7 +27,8 @@ class GraphScope {
 /** The option --ros2 and its further options: they publish a session on a ROS 2 graph. */
 class GraphOption {
  public:
-  void addTo(CLI::App& command);
+  /** `joining` is of --from-ros2, and must outlive it; null for a command without that. */
+  void addTo(CLI::App& command, JoinArguments* joining = nullptr);
   bool isAsked() const { return asked; }
 
   /**
@@ -45,6 +46,7 @@ class GraphOption {
  private:
   bool asked = false;
   GraphArguments arguments;
+  JoinArguments* joining = nullptr;
   std::shared_ptr<GraphLink> link;
 };
 

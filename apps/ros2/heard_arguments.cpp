@@ -26,6 +26,7 @@ void HeardArguments::addTo(CLI::App& command) {
                   "repeat for more")
       ->allow_extra_args(false)
       ->needs(flag);
+  joining.addTo(command);
 }
 
 }  // namespace QV::app

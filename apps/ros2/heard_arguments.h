@@ -5,6 +5,8 @@
 
 #include <CLI/App.hpp>
 
+#include "apps/ros2/join_arguments.h"
+
 namespace QV::app {
 
 /** The arguments of the command line for reading a robot on a ROS 2 graph. */
@@ -14,6 +16,7 @@ struct HeardArguments {
   std::string simTime = {};
   std::string nameSpace = {};
   std::vector<std::string> remaps = {};
+  JoinArguments joining = {};
 
   /** Adds --from-ros2 and its further options. */
   void addTo(CLI::App& command);

@@ -22,6 +22,7 @@ void addRemap(ros2::GraphOptions& graph, const std::string& prefix, const std::s
 ros2::HeardRobotOptions optionsOf(const HeardArguments& arguments, const std::string& description,
                                   const sensor::SensorFactory& sensors) {
   ros2::HeardRobotOptions options;
+  setGraph(options.graph, arguments.joining);
   const std::string& name = arguments.nameSpace;
   if (!name.empty()) options.nameSpace = name.front() == '/' ? name : "/" + name;
   const std::string prefix = options.nameSpace == "/" ? "" : options.nameSpace;

@@ -50,6 +50,7 @@ std::string PropertyRule::toText() const {
 const std::vector<PropertyRule>& commonProperties() {
   static const std::vector<PropertyRule> common = {
       {"topic", Quantity::text},
+      {"frame", Quantity::text},
       {"period", Quantity::seconds, false, 0.001, 3600.0},
       {"limits", Quantity::text}};
   return common;

@@ -58,8 +58,8 @@ struct QV_API PropertyRule {
 };
 
 /**
- * The properties that a sensor of any kind may have: "topic" and "limits", texts, and "period",
- * seconds.
+ * The properties that a sensor of any kind may have: "topic", "frame" and "limits", texts, and
+ * "period", seconds.
  */
 QV_API const std::vector<PropertyRule>& commonProperties();
 

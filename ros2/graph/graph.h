@@ -30,7 +30,8 @@ struct QV_API GraphOptions {
   std::string networkInterface = {};
   /** Remaps: the original full topic name, then the new full name. */
   std::map<std::string, std::string> remaps = {};
-  /** The configuration of Cyclone DDS, as in CYCLONEDDS_URI. It overrides all fields above. */
+  /** The configuration of Cyclone DDS, as in CYCLONEDDS_URI. It overrides domain, range, peers and
+   * networkInterface. */
   std::string configuration = {};
 };
 

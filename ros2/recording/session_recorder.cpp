@@ -190,7 +190,7 @@ class SessionRecorder::Impl : public session::SessionListener {
   }
 
   void xWriteDescription() {
-    const std::string exact = writeDescription(writer, session);
+    const std::string exact = writeDescription(writer, session, names);
     if (exact == describeForViewers(exact)) return;
     writer.addAttachment(
         {kExactDescription, "application/xml", 0, 0, Bytes(exact.begin(), exact.end())});

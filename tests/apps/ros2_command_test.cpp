@@ -1,3 +1,5 @@
+#include <cstdlib>
+
 #include "tests/apps/run_program.h"
 #include "tests/support/vocabulary.h"
 
@@ -13,8 +15,11 @@ bool hasGraph() {
 
 TEST(Ros2Command, listsTopicsWithTheirDdsNames) {
   if (!hasGraph()) GTEST_SKIP() << "skipped: no graph in this build";
+  // However narrow the terminal is.
+  ::setenv("COLUMNS", "80", 1);
   const Result result = run({"ros2", "--list", "--robot", "porter", "--ros2-namespace", "robot1",
                              "--ros2-remap", "FrontLaser/scan:=/scan"});
+  ::unsetenv("COLUMNS");
   EXPECT_EQ(result.status, 0) << result.error;
   EXPECT_THAT(result.out, testing::ContainsRegex("\n/scan +sensor_msgs/msg/LaserScan +out +reliable"
                                                  ", volatile, 10 +rt/scan sensor_msgs::msg"));
@@ -25,6 +30,10 @@ TEST(Ros2Command, listsTopicsWithTheirDdsNames) {
 TEST(Ros2Command, refusesInvalidOptionsWithTheReason) {
   const std::vector<BadInput> inputs = {
       {{"drive", "--kind", "1", "--path", "3,3 4,3", "--ros2-node", "me"}, "--ros2-node requires"},
+      {{"serve", "--robot", "porter", "--ros-distro", "humble"},
+       "--ros-distro requires --ros2 or --from-ros2"},
+      {{"replay", "run.mcap", "--ros2-interface", "lo"},
+       "--ros2-interface requires --ros2 or --from-ros2"},
       {{"ros2", "--list", "--robot", "porter", "--ros2-remap", "scan"},
        "--ros2-remap: FROM:=TO expected, \"scan\" given"},
       {{"ros2", "--list", "--robot", "porter", "--ros2-remap", "scn:=/scan"},

@@ -32,6 +32,8 @@ class ChildProcess {
     _exit(99);
   }
 
+  pid_t getId() const { return pid; }
+
   void signal(int number) const { ::kill(pid, number); }
 
   /** Waits until a signal has stopped it. */

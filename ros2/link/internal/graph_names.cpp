@@ -1,5 +1,6 @@
 #include "ros2/link/internal/graph_names.h"
 
+#include <algorithm>
 #include <stdexcept>
 
 #include "platform/model/sensor_properties.h"
@@ -21,13 +22,30 @@ void checkFrames(const FrameNames& names, const std::set<std::string>& frames) {
   std::map<std::string, std::string> owners;
   for (const std::string& frame : frames) {
     const std::string name = names.of(frame);
-    if (name.empty() || name.front() == '/')
-      throw std::invalid_argument("a frame's name without a slash before it expected, \"" + name +
-                                  "\" given");
+    for (const std::string& text : {name, names.withoutPrefix(frame)}) {
+      if (text.empty() || text.front() == '/')
+        throw std::invalid_argument("a frame's name without a slash before it expected, \"" + text +
+                                    "\" given");
+    }
     const auto [owner, isNew] = owners.emplace(name, frame);
     if (!isNew)
       throw std::invalid_argument("a name of its own for each frame expected, \"" + name +
                                   "\" given for " + owner->second + " and " + frame);
+  }
+}
+
+/** std::invalid_argument for two links of one name in the description. */
+void checkLinks(const session::Session& session,
+                const std::map<std::string, std::string>& renamed) {
+  if (!session.getDescription()) return;
+  const auto& links = session.getDescription()->links;
+  const auto isLink = [&](const std::string& name) {
+    return std::ranges::find(links, name) != links.end();
+  };
+  for (const auto& [link, name] : renamed) {
+    if (isLink(link) && isLink(name) && renamed.count(name) == 0)
+      throw std::invalid_argument("a name that no other link has expected, \"" + name +
+                                  "\" given for " + link);
   }
 }
 
@@ -76,6 +94,7 @@ FrameNames frameNamesOf(const session::Session& session, const GraphRobotOptions
   }
   FrameNames names(session, options.frames, options.framePrefix);
   checkFrames(names, known);
+  checkLinks(session, options.frames);
   return names;
 }
 

@@ -49,13 +49,18 @@ class GraphSurvey {
            isOf<nav_msgs::Odometry>(type);
   }
 
+  // Another robot's tf may have the same names of frames.
+  bool xIsOurs(const GraphTopic& topic) const {
+    if (isOf<tf2_msgs::TFMessage>(topic.type))
+      return topic.name == plan.node->resolve("/tf") ||
+             topic.name == plan.node->resolve("/tf_static");
+    return plan.nameSpace == "/" || topic.name.starts_with(plan.nameSpace + "/");
+  }
+
   void xSubscribe(const GraphTopic& topic) {
     const bool isDescription =
         topic.name == plan.node->resolve("robot_description") && isOf<std_msgs::String>(topic.type);
-    const bool isOurs = isDescription || plan.nameSpace == "/" ||
-                        topic.name.starts_with(plan.nameSpace + "/") ||
-                        isOf<tf2_msgs::TFMessage>(topic.type);
-    if (!isOurs || (!isDescription && !xSays(topic.type))) return;
+    if (!isDescription && !(xSays(topic.type) && xIsOurs(topic))) return;
     auto& subscription = subscriptions[{topic.name, topic.type}];
     if (subscription) return;
     changed = MachineClock::now();

@@ -8,8 +8,8 @@
 namespace QV::ros2 {
 namespace {
 
-/** Linux's default for three cameras held 2.2 times less than their images, and none was lost; for
- * ten, 7.2 times, and some were. */
+/** Linux's default for three cameras held 2.2 times less than their images, and all came at once;
+ * for ten, 7.2 times, and some came up to half a second later. */
 constexpr std::uint64_t kHeldShare = 3;
 constexpr std::uint64_t kKilobyte = 1000;
 
@@ -34,7 +34,7 @@ void ImageTopics::note(std::size_t bytes) {
   if (atOnce <= kHeldShare * limit || isSaid.exchange(true)) return;
   ko::log::warning("ROS2.Robot", "write")
       << "images of " << topics << " topics, " << atOnce / kKilobyte
-      << " kB at once, may get lost: receive buffers hold " << limit / kKilobyte
+      << " kB at once, may come late or get lost: receive buffers hold " << limit / kKilobyte
       << " kB; for more, run on each machine that reads them: sysctl -w net.core.rmem_max="
       << 2 * atOnce;
 }

@@ -46,7 +46,7 @@ SessionTeller::SessionTeller(GraphSink& sink, session::Session& session, const F
   if (!options.knowsItsWay) frames.leaveMapToOthers();
   if (robot) drivers.emplace(sink, *robot, session.getKinds(), names);
   if (drivers && !options.noEchoIsInfinite) drivers->tellNoEchoAsGreatestRange();
-  writeDescription(sink, session);
+  writeDescription(sink, session, names);
   if (const auto map = session.getMap()) writeMap(sink, *map, names);
   xStartTicking();
 }

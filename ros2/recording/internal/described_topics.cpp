@@ -40,6 +40,7 @@ ToldSensor sensorOf(const Model::SensorConfig& config, const Said& said,
   sensor.topic = properties.getText("topic");
   if (sensor.topic.empty())
     sensor.topic = prefix + driverTopicOf(toGraphName(config.name), said.what);
+  if (properties.has("frame")) sensor.frame = withoutSlash(properties.getText("frame"));
   sensor.minRange = view.minRange;
   sensor.maxRange = view.maxRange;
   sensor.beams = config.memoryKeys.size() / 2;

@@ -4,12 +4,14 @@
 #include <cmath>
 #include <exception>
 #include <limits>
+#include <stdexcept>
 #include <utility>
 
 #include "platform/math/transform.h"
 #include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/model/sensor_properties.h"
 #include "platform/vision/qv_image.h"
+#include "robot/services/internal/motion_service.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/conversions.h"
@@ -58,11 +60,28 @@ void fill(sensor_msgs::Image& image, const QVImage& picture, const std::string& 
   image.data.assign(picture.getPixels(), picture.getPixels() + picture.getSize());
 }
 
-vision_msgs::Detection3D detectionOf(const QVValue& person, const std_msgs::Header& header) {
+/** Returns the way from the frame in which people are reported to the camera's, with all joints at
+ * rest; exactly none if they are the same, or if one of them is nowhere. */
+Math::Transform wayOfPeople(const Model::Robot& robot, const SensorConfig& camera) {
+  const robot::MotionService motion(robot);
+  const auto placeOf = [&](const std::string& frame) {
+    return motion.getTransform(frame, robot::MotionService::kGroundFrame, true);
+  };
+  try {
+    const auto from = placeOf(peopleFrameOf(camera));
+    const auto to = placeOf(camera.name);
+    return from == to ? Math::Transform() : Math::inverse(to) * from;
+  } catch (const std::invalid_argument&) {
+    return {};
+  }
+}
+
+vision_msgs::Detection3D detectionOf(const QVValue& person, const Math::Transform& way,
+                                     const std_msgs::Header& header) {
   constexpr double kWidth = 0.5;
   constexpr double kHeight = 1.8;
   const Math::Position3D head =
-      Math::rotationFrom3DRotation(0.0f, person[2].toFloat(), person[3].toFloat()) *
+      way * Math::rotationFrom3DRotation(0.0f, person[2].toFloat(), person[3].toFloat()) *
       Math::Position3D(person[1].toFloat(), 0.0f, 0.0f);
   vision_msgs::Detection3D detection;
   detection.header = header;
@@ -82,18 +101,19 @@ DriverTopics::DriverTopics(MessageSink& sink, const Model::Robot& robot,
   for (const auto& [name, config] : robot.sensorConfigs) {
     const SensorSort sort = sortOf(config, kinds);
     if (sort == SensorSort::camera) {
-      xAddCamera(config);
+      xAddCamera(robot, config);
     } else {
       xAdd(config, sort);
     }
   }
 }
 
-void DriverTopics::xAddCamera(const SensorConfig& config) {
+void DriverTopics::xAddCamera(const Model::Robot& robot, const SensorConfig& config) {
   const std::string& name = config.name;
   cameras.push_back({&config, names.ofOptics(name),
                      sink.add<sensor_msgs::Image>(imageTopicOf(name), {}, name),
-                     sink.add<sensor_msgs::CameraInfo>("/" + name + "/camera_info", {}, name)});
+                     sink.add<sensor_msgs::CameraInfo>("/" + name + "/camera_info", {}, name),
+                     wayOfPeople(robot, config)});
   if (people) return;
   people = sink.add<vision_msgs::Detection3DArray>("/people", {}, kPeoplePerception);
 }
@@ -209,11 +229,12 @@ void DriverTopics::xWritePeople(const QVValue& event, ko::Clock::time_point time
   try {
     const QVValue& camera = event[kEventParts - 1];
     const auto index = static_cast<std::size_t>(camera.toInt() - kDepthCamera);
-    found.header = headerOf(
-        time, index < cameras.size() ? names.of(cameras[index].config->name) : names.ofBase());
-    for (const QVValue& person : event[1].toArray()) {
-      found.detections.push_back(detectionOf(person, found.header));
-    }
+    // A camera that the description does not have is nowhere.
+    if (index >= cameras.size()) return;
+    const auto& [config, frame, image, info, way] = cameras[index];
+    found.header = headerOf(time, names.of(config->name));
+    for (const QVValue& person : event[1].toArray())
+      found.detections.push_back(detectionOf(person, way, found.header));
   } catch (const std::exception&) {
     return;
   }

@@ -6,6 +6,7 @@
 #include <unordered_map>
 #include <vector>
 
+#include "platform/math/transform.h"
 #include "platform/middleware/qv_value.h"
 #include "platform/model/robot.h"
 #include "ros2/messages/sensor_msgs.h"
@@ -51,6 +52,8 @@ class QV_API DriverTopics {
     std::string frame;
     std::uint16_t image = 0;
     std::uint16_t info = 0;
+    /** The way from the frame in which its people are reported. */
+    Math::Transform people = {};
   };
   struct Place {
     std::size_t sensor;
@@ -58,7 +61,7 @@ class QV_API DriverTopics {
   };
 
   void xAdd(const Model::SensorConfig& config, SensorSort sort);
-  void xAddCamera(const Model::SensorConfig& config);
+  void xAddCamera(const Model::Robot& robot, const Model::SensorConfig& config);
   std::optional<std::uint16_t> xAddTopic(const Model::SensorConfig& config, SensorSort sort);
   void xWriteScan(const Sensor& sensor, ko::Clock::time_point time);
   void xWriteRange(const Sensor& sensor, ko::Clock::time_point time);

@@ -14,7 +14,7 @@ class FrameNames {
   static constexpr char kOdometry[] = "odom";
 
   /** Sensors have frames of their names. `renamed` gives some another one, `prefix` stands before
-   * all others but the map. */
+   * all but the map's. */
   explicit FrameNames(const session::Session& session,
                       const std::map<std::string, std::string>& renamed = {},
                       const std::string& prefix = {})
@@ -23,9 +23,13 @@ class FrameNames {
         prefix(prefix) {}
 
   std::string of(const std::string& name) const {
+    const std::string own = withoutPrefix(name);
+    return name == kMap ? own : prefix + own;
+  }
+  /** Returns the name in descriptions, whose readers have a prefix of their own. */
+  std::string withoutPrefix(const std::string& name) const {
     const auto found = renamed.find(name);
-    if (found != renamed.end()) return found->second;
-    return name == kMap ? name : prefix + name;
+    return found == renamed.end() ? name : found->second;
   }
   std::string ofMap() const { return of(kMap); }
   std::string ofOdometry() const { return of(kOdometry); }

@@ -86,6 +86,11 @@ std::optional<Math::Transform> FrameTree::find(const std::string& frame,
   return std::nullopt;
 }
 
+bool FrameTree::mentions(const std::string& frame) const {
+  return has(frame) ||
+         std::ranges::any_of(links, [&](const auto& link) { return link.second.parent == frame; });
+}
+
 std::string FrameTree::rootOf(const std::string& frame) const {
   return xAncestorsOf(frame).back().parent;
 }

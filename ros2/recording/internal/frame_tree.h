@@ -21,6 +21,8 @@ class QV_API FrameTree {
   void addNew(const tf2_msgs::TFMessage& message);
 
   bool has(const std::string& frame) const { return links.count(frame) > 0; }
+  /** True if a frame is called that, or one hangs on it. */
+  bool mentions(const std::string& frame) const;
   /** Returns the pose of `frame` in `other`; std::nullopt if no chain of frames connects them. */
   std::optional<Math::Transform> find(const std::string& frame, const std::string& other) const;
   /** The frame that hangs on nothing above this one. */

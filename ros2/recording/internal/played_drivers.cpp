@@ -103,13 +103,12 @@ void PlayedDrivers::xAddCameras() {
   int index = kDepthCamera;
   for (const Model::SensorConfig* config : camerasOf(model)) {
     const Model::SensorProperties properties(*config);
-    const std::string name = properties.getText("cameraName");
-    cameras->addCamera(
-        {index++, name.empty() ? config->name : name, properties.getInteger("modelCode"),
-         properties.getAngle("horizontalAngularRange"), properties.getAngle("verticalAngularRange"),
-         [this, sensor = config->name](auto& depth, auto& time) {
-           xShowImage(sensor, depth, time);
-         }});
+    cameras->addCamera({index++, peopleFrameOf(*config), properties.getInteger("modelCode"),
+                        properties.getAngle("horizontalAngularRange"),
+                        properties.getAngle("verticalAngularRange"),
+                        [this, sensor = config->name](auto& depth, auto& time) {
+                          xShowImage(sensor, depth, time);
+                        }});
   }
 }
 

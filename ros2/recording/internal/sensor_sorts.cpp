@@ -1,5 +1,7 @@
 #include "ros2/recording/internal/sensor_sorts.h"
 
+#include "platform/model/sensor_properties.h"
+
 namespace QV::ros2 {
 
 bool isCamera(const Model::SensorConfig& config) {
@@ -31,6 +33,11 @@ std::vector<const Model::SensorConfig*> camerasOf(const Model::Robot& robot) {
     if (isCamera(config)) cameras.push_back(&config);
   }
   return cameras;
+}
+
+std::string peopleFrameOf(const Model::SensorConfig& camera) {
+  const std::string name = Model::SensorProperties(camera).getText("cameraName");
+  return name.empty() ? camera.name : name;
 }
 
 }  // namespace QV::ros2

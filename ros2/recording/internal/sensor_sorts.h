@@ -1,5 +1,6 @@
 #pragma once
 
+#include <string>
 #include <vector>
 
 #include "platform/model/robot.h"
@@ -20,5 +21,8 @@ bool isCamera(const Model::SensorConfig& config);
 
 /** Returns the robot's cameras in their order; the first is kDepthCamera. */
 std::vector<const Model::SensorConfig*> camerasOf(const Model::Robot& robot);
+
+/** Returns the frame in which people are reported that a camera has found. */
+std::string peopleFrameOf(const Model::SensorConfig& camera);
 
 }  // namespace QV::ros2

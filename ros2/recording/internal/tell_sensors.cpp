@@ -21,13 +21,6 @@ namespace {
 constexpr float kBeyond = 1.0f;
 constexpr int kBumper = 2;
 
-/** A sensor whose mounting comes from its messages' frame can't take messages of another frame. */
-void checkFrame(const ToldSensor& sensor, const std_msgs::Header& header) {
-  if (!sensor.frame.empty() && withoutSlash(header.frame_id) != sensor.frame)
-    throw std::runtime_error("frame " + sensor.frame + " expected, \"" + header.frame_id +
-                             "\" given");
-}
-
 /**
  * Returns what a beam has met: too near is as near as can be, and what is none, as 0 often is,
  * nothing.
@@ -45,15 +38,6 @@ std::size_t nearestOf(const ToldSensor& sensor, const std::vector<float>& ranges
   for (std::size_t i = first + 1; i < end; ++i)
     if (metBy(sensor, ranges[i]) < metBy(sensor, ranges[nearest])) nearest = i;
   return nearest;
-}
-
-QVValue personOf(const vision_msgs::Detection3D& detection) {
-  const auto& [x, y, z] = detection.bbox.center.position;
-  checkPosition({x, y, z});
-  const double distance = std::sqrt(x * x + y * y + z * z);
-  return QVValue::array(0, static_cast<float>(distance),
-                        static_cast<float>(std::atan2(-z, std::hypot(x, y))),
-                        static_cast<float>(std::atan2(y, x)));
 }
 
 bool movesByItself(const Model::JointConfig& joint) {
@@ -85,9 +69,10 @@ void ToldModules::xWriteRange(const ToldSensor& sensor, const QVValue& value) {
 // If a scan has more beams than the sensor, the nearest of each group of neighbours counts.
 void ToldModules::xTellScan(ToldSensor& sensor, const sensor_msgs::LaserScan& scan) {
   checkMessage(scan);
-  checkFrame(sensor, scan.header);
+  const float middle = sensor.middle.value_or(middleOf(scan));
+  xCheckFrame(sensor, scan.header, middle);
   const auto time = dating(scan.header.stamp);
-  if (!sensor.middle) sensor.middle = middleOf(scan);
+  sensor.middle = middle;
   const std::size_t count = scan.ranges.size();
   for (std::size_t i = 0; i < sensor.beams; ++i) {
     const std::size_t first = i * count / sensor.beams;
@@ -101,7 +86,7 @@ void ToldModules::xTellScan(ToldSensor& sensor, const sensor_msgs::LaserScan& sc
 
 void ToldModules::xTellRange(const ToldSensor& sensor, const sensor_msgs::Range& message) {
   checkMessage(message);
-  checkFrame(sensor, message.header);
+  xCheckFrame(sensor, message.header);
   dating(message.header.stamp);
   const float range = message.range;
   const bool isThere = message.min_range == message.max_range ? range <= message.max_range
@@ -127,7 +112,7 @@ void ToldModules::xRaiseTouch(const ToldSensor& sensor, bool isTouched) {
 }
 
 void ToldModules::xTellImage(const ToldSensor& sensor, const sensor_msgs::Image& image) {
-  checkFrame(sensor, image.header);
+  xCheckFrame(sensor, image.header);
   const auto time = dating(image.header.stamp);
   auto depth = depthOf(image);
   const std::lock_guard lock(mutex);
@@ -137,18 +122,14 @@ void ToldModules::xTellImage(const ToldSensor& sensor, const sensor_msgs::Image&
 void ToldModules::xTellCloud(const ToldSensor& sensor, const sensor_msgs::PointCloud2& cloud) {
   checkMessage(cloud);
   const auto time = dating(cloud.header.stamp);
-  const std::string frame = withoutSlash(cloud.header.frame_id);
-  const auto placed = survey.frames.find(frame, survey.base);
-  if (!placed)
-    throw std::runtime_error("a frame that tf connects to " + survey.base + " expected, \"" +
-                             frame + "\" given");
+  const Math::Transform placed = frames.get(withoutSlash(cloud.header.frame_id));
   // A sensor at height 0 is one whose height is unknown.
   constexpr float kLowest = 0.05f;
-  const bool knowsFloor = Math::position3DFromTransform(*placed).z > kLowest;
+  const bool knowsFloor = Math::position3DFromTransform(placed).z > kLowest;
   std::vector<float> nearest(sensor.beams, sensor.maxRange);
   const auto beams = static_cast<float>(sensor.beams);
   for (const Math::Position3D& point : pointsOf(cloud)) {
-    const Math::Position3D at = *placed * point;
+    const Math::Position3D at = placed * point;
     if (!std::isfinite(at.x + at.y) || !isObstacle(at, knowsFloor)) continue;
     const float turn = std::atan2(at.y, at.x) / kFullTurn + 0.5f;
     const auto beam = std::min(static_cast<std::size_t>(turn * beams), sensor.beams - 1);
@@ -159,19 +140,6 @@ void ToldModules::xTellCloud(const ToldSensor& sensor, const sensor_msgs::PointC
     xWriteBeam(sensor, i, nearest[i], angle);
   }
   xWriteTime(sensor, time);
-}
-
-void ToldModules::xTellPeople(BytesView cdr) {
-  constexpr std::int64_t kMicro = 1000;
-  constexpr std::int64_t kSecond = 1'000'000'000;
-  const auto found = fromCdr<vision_msgs::Detection3DArray>(cdr);
-  const auto time = dating(found.header.stamp).time_since_epoch().count();
-  std::vector<QVValue> people;
-  people.reserve(found.detections.size());
-  for (const auto& detection : found.detections) people.push_back(personOf(detection));
-  const QVValue stamp = QVValue::array(time / kSecond, time % kSecond / kMicro);
-  memory->raiseEvent(NavigationContract::kPeopleDetectedEvent,
-                     QVValue::array(stamp, people, QVValue(), QVValue(), kDepthCamera));
 }
 
 void ToldModules::xTellJoints(BytesView cdr) {
@@ -197,25 +165,7 @@ void ToldModules::xTellOdometry(BytesView cdr) {
   const auto& [linear, angular] = odometry.twist.twist;
   motion->setRobotVelocity(
       {static_cast<float>(linear.x), static_cast<float>(linear.y), static_cast<float>(angular.z)});
-  const std::lock_guard lock(mutex);
-  if (!survey.frames.has(survey.base)) pose = poseOf(odometry.pose.pose);
-}
-
-// The sound ones of a message count although another one is refused.
-void ToldModules::xTellFrames(BytesView cdr) {
-  const auto placeRobot = [this] {
-    if (!survey.frames.has(survey.base)) return;
-    const auto placed = survey.frames.find(survey.base, survey.frames.rootOf(survey.base));
-    const std::lock_guard lock(mutex);
-    if (placed) pose = Math::pose2DFromTransform(*placed);
-  };
-  try {
-    survey.frames.add(fromCdr<tf2_msgs::TFMessage>(cdr));
-  } catch (const std::runtime_error&) {
-    placeRobot();
-    throw;
-  }
-  placeRobot();
+  frames.add(odometry);
 }
 
 }  // namespace QV::ros2

@@ -1,3 +1,4 @@
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -31,6 +32,13 @@ std::string property(const char* name, const std::string& value) {
 std::array<float, 3> anglesOf(const Math::Transform& t) {
   return {std::atan2(t(2, 1), t(2, 2)), std::atan2(-t(2, 0), std::hypot(t(0, 0), t(1, 0))),
           std::atan2(t(1, 0), t(0, 0))};
+}
+
+/** A message may call its frame anything; XML can't hold all of that. */
+std::string frameOf(const ToldSensor& sensor) {
+  const auto isPrintable = [](char letter) { return letter >= ' ' && letter <= '~'; };
+  if (!sensor.frame || !std::ranges::all_of(*sensor.frame, isPrintable)) return "";
+  return property("frame", escaped(*sensor.frame));
 }
 
 std::string originOf(const Math::Transform& mounting) {
@@ -84,7 +92,7 @@ std::string detailsOf(const ToldSensor& sensor) {
 
 std::string describe(const ToldSensor& sensor) {
   return "  <sensor name=\"" + sensor.name + "\" type=\"" + typeOf(sensor.sort) + "\">\n" +
-         originOf(sensor.mounting) + property("topic", escaped(sensor.topic)) +
+         originOf(sensor.mounting) + property("topic", escaped(sensor.topic)) + frameOf(sensor) +
          property("minimumDetectionDistance", textOf(sensor.minRange)) +
          property("maximumDetectionDistance", textOf(sensor.maxRange)) +
          property("horizontalAngularRange", textOf(sensor.aperture)) + detailsOf(sensor) +

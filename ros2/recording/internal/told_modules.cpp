@@ -21,16 +21,12 @@ namespace {
 constexpr float kNoInclinationError = 0.0f;
 constexpr float kStatusOfFloor = 2.0f;
 
-std::string cameraNameOf(const Model::SensorConfig& config) {
-  const std::string name = Model::SensorProperties(config).getText("cameraName");
-  return name.empty() ? config.name : name;
-}
-
 }  // namespace
 
 ToldModules::ToldModules(const std::string& description, TopicSurvey surveyed, Dating dating,
                          const std::string& category, const Model::SensorKinds& kinds)
     : survey(std::move(surveyed)),
+      frames(survey.frames, survey.base, category),
       dating(std::move(dating)),
       model(Model::ModelUtils::robotFromXml(description, kinds)),
       memory(boost::make_shared<robot::MemoryService>(broker)),
@@ -69,7 +65,7 @@ void ToldModules::xAddCameras() {
     const auto show = [this, name = config->name](auto& depth, auto& time) {
       xShowImage(name, depth, time);
     };
-    cameras->addCamera({index++, cameraNameOf(*config), properties.getInteger("modelCode"),
+    cameras->addCamera({index++, peopleFrameOf(*config), properties.getInteger("modelCode"),
                         properties.getAngle("horizontalAngularRange"),
                         properties.getAngle("verticalAngularRange"), show});
   }
@@ -88,11 +84,6 @@ void ToldModules::xShowImage(const std::string& sensor, cv::Mat_<std::uint16_t>&
 
 const Model::SensorConfig& ToldModules::xConfigOf(const ToldSensor& sensor) const {
   return model.sensorConfigs.at(sensor.name);
-}
-
-Math::Pose2D ToldModules::getPose() const {
-  const std::lock_guard lock(mutex);
-  return pose;
 }
 
 bool ToldModules::wantsPeople() const {
@@ -145,6 +136,7 @@ void ToldModules::tell(const ToldMessage& message) {
   } catch (const std::exception& error) {
     refusals.refuse(message.topic, error.what());
   }
+  frames.look();
   if (listener) listener->onStep({getPose(), getPose(), motion->getRobotVelocity()});
 }
 
@@ -156,7 +148,7 @@ void ToldModules::xTell(const ToldMessage& message) {
   } else if (isOf<nav_msgs::Odometry>(type)) {
     xTellOdometry(cdr);
   } else if (isOf<tf2_msgs::TFMessage>(type)) {
-    xTellFrames(cdr);
+    frames.add(fromCdr<tf2_msgs::TFMessage>(cdr));
   } else if (isOf<sensor_msgs::JointState>(type)) {
     xTellJoints(cdr);
   } else if (isOf<vision_msgs::Detection3DArray>(type)) {

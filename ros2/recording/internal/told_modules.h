@@ -4,6 +4,7 @@
 #include <map>
 #include <memory>
 #include <mutex>
+#include <optional>
 #include <set>
 #include <string>
 #include <vector>
@@ -22,6 +23,7 @@
 #include "robot/services/internal/sonar_driver.h"
 #include "robot/services/video_device.h"
 #include "ros2/recording/internal/refusal_log.h"
+#include "ros2/recording/internal/told_frames.h"
 #include "ros2/recording/internal/topic_survey.h"
 #include "session/internal/session_listener.h"
 
@@ -50,7 +52,7 @@ class QV_API ToldModules {
   const boost::shared_ptr<QVBroker>& getBroker() const { return broker; }
   const Model::Robot& getModel() const { return model; }
   const TopicSurvey& getSurvey() const { return survey; }
-  Math::Pose2D getPose() const;
+  Math::Pose2D getPose() const { return frames.getPose(); }
   Math::Pose2D getVelocity() const { return motion->getRobotVelocity(); }
   bool wantsPeople() const;
 
@@ -93,10 +95,18 @@ class QV_API ToldModules {
   void xTellPeople(BytesView cdr);
   void xTellJoints(BytesView cdr);
   void xTellOdometry(BytesView cdr);
-  void xTellFrames(BytesView cdr);
+  /** Throws for a message in a frame that is not the sensor's, as far as anybody says; `middle` as
+   * middleOf has it. */
+  void xCheckFrame(const ToldSensor& sensor, const std_msgs::Header& header,
+                   float middle = 0.0f) const;
+  Math::Transform xMountingOf(const std::string& name) const;
+  /** Returns the way from a frame to that in which people are reported; throws as above.
+   * std::nullopt as long as tf may still name the frame. */
+  std::optional<Math::Transform> xWayToPeople(const std::string& frame) const;
   const Model::SensorConfig& xConfigOf(const ToldSensor& sensor) const;
 
   TopicSurvey survey;
+  ToldFrames frames;
   const Dating dating;
   const Model::Robot model;
   const boost::shared_ptr<QVBroker> broker = QVBroker::create();
@@ -111,7 +121,6 @@ class QV_API ToldModules {
   /** Guards what follows. */
   mutable std::mutex mutex;
   std::map<std::string, Seen> images;
-  Math::Pose2D pose;
   std::set<std::string> touched;
   std::set<std::string> news;
 };

@@ -171,7 +171,7 @@ void TopicSurveyor::xTake(const ToldMessage& message) {
   sensor->topic = topic;
   sensor->name = nameOf(topic);
   while (!names.insert(sensor->name).second) sensor->name += "_2";
-  sensor->frame = withoutSlash(sensor->frame);
+  sensor->frame = withoutSlash(*sensor->frame);
   survey.sensors.emplace(topic, std::move(*sensor));
 }
 
@@ -196,7 +196,8 @@ TopicSurvey TopicSurveyor::make() {
 void TopicSurveyor::xFindBase() {
   for (const char* const usual : {"base_link", "base_footprint", "base"})
     if (survey.base.empty() && survey.frames.has(usual)) survey.base = usual;
-  if (survey.base.empty()) survey.base = survey.frames.rootOf(survey.sensors.begin()->second.frame);
+  if (survey.base.empty())
+    survey.base = survey.frames.rootOf(*survey.sensors.begin()->second.frame);
 }
 
 // A depth camera's points come beside its images or in their frame.
@@ -212,7 +213,7 @@ bool TopicSurveyor::xIsOfCamera(const ToldSensor& sensor) const {
 }
 
 void TopicSurveyor::xMount(ToldSensor& sensor) const {
-  sensor.mounting = survey.frames.find(sensor.frame, survey.base).value_or(Math::Transform());
+  sensor.mounting = survey.frames.find(*sensor.frame, survey.base).value_or(Math::Transform());
   if (sensor.sort == ToldSort::cloud) sensor.mounting = {};
   if (sensor.sort == ToldSort::scan)
     sensor.mounting = sensor.mounting * Math::rotationFrom3DRotation(0.0f, 0.0f, *sensor.middle);

@@ -41,8 +41,8 @@ struct ToldSensor {
   /** The name, of letters, digits and "_". */
   std::string name;
   std::string topic;
-  /** The frame of the messages, without a slash. */
-  std::string frame;
+  /** The frame of the messages, without a slash; std::nullopt if nobody names one. */
+  std::optional<std::string> frame = std::nullopt;
   /** The mounting in the ground frame; x ahead, for cameras too. */
   Math::Transform mounting;
   float minRange = 0.0f;

@@ -8,6 +8,8 @@
 
 #include <tinyxml2.h>
 
+#include "ros2/recording/internal/renamed_links.h"
+
 namespace QV::ros2 {
 namespace {
 
@@ -74,7 +76,7 @@ bool replaceCapsules(XMLElement& link) {
 
 }  // namespace
 
-std::string describeForViewers(const std::string& urdf) {
+std::string describeForViewers(const std::string& urdf, const LinkNames& nameOf) {
   tinyxml2::XMLDocument document;
   if (document.Parse(urdf.data(), urdf.size()) != tinyxml2::XML_SUCCESS) return urdf;
   bool hasChanged = false;
@@ -82,6 +84,7 @@ std::string describeForViewers(const std::string& urdf) {
   for (auto* link = robot ? robot->FirstChildElement("link") : nullptr; link;
        link = link->NextSiblingElement("link"))
     hasChanged = replaceCapsules(*link) || hasChanged;
+  if (robot && nameOf) hasChanged = renameLinks(*robot, nameOf) || hasChanged;
   if (!hasChanged) return urdf;
   tinyxml2::XMLPrinter printer;
   document.Print(&printer);

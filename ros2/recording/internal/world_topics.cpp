@@ -7,12 +7,16 @@
 #include "ros2/recording/internal/viewers_description.h"
 
 namespace QV::ros2 {
-std::string writeDescription(MessageSink& sink, const session::Session& session) {
+
+std::string writeDescription(MessageSink& sink, const session::Session& session,
+                             const FrameNames& names) {
   if (!session.getDescription() || !session.getBroker()) return {};
   const auto topic = sink.add<std_msgs::String>(kDescriptionTopic, kLatched);
   const auto model = session.getBroker()->getProxy(RobotModelContract::kModule, 0);
   auto exact = model->call<std::string>(RobotModelContract::kGetConfig);
-  sink.write(topic, logTimeOf(ko::Clock::now()), std_msgs::String{describeForViewers(exact)});
+  const auto nameOf = [&](const std::string& link) { return names.withoutPrefix(link); };
+  sink.write(topic, logTimeOf(ko::Clock::now()),
+             std_msgs::String{describeForViewers(exact, nameOf)});
   return exact;
 }
 

@@ -7,8 +7,10 @@
 
 namespace QV::ros2 {
 
-/** The robot's description, if it has one, as viewers can read it; returns it as it was read. */
-QV_API std::string writeDescription(MessageSink& sink, const session::Session& session);
+/** The robot's description, if it has one, as viewers can read it, with the links' names in tf;
+ * returns it as it was read. */
+QV_API std::string writeDescription(MessageSink& sink, const session::Session& session,
+                                    const FrameNames& names);
 
 /** Returns the written message. */
 QV_API nav_msgs::OccupancyGrid writeMap(MessageSink& sink, const OccupancyMap& map,

@@ -85,7 +85,7 @@ TEST(DescriptionFaults, nameTheGivenAndTheExpectedValue) {
       {sonar("S", property("Period", "1")),
        {R"(S: property "Period" is unknown, "period" expected)"}},
       {sensor("T", "Touch", property("colour", "red")),
-       {R"(T: property "colour" is unknown, one of "horizontalAngularRange", "topic", "period", "limits" )"
+       {R"(T: property "colour" is unknown, one of "horizontalAngularRange", "topic", "frame", "period", "limits" )"
         "expected"}},
       {sensor("S", "Sonar", bare),
        {R"(S: property "maximumDetectionDistance" is missing, metres from 0 to 1000 expected)"}},

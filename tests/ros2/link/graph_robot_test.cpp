@@ -11,11 +11,13 @@
 #include <set>
 #include <thread>
 
+#include "platform/model/model_utils.h"
 #include "ros2/bag/bag_reader.h"
 #include "ros2/link/internal/receive_buffers.h"
 #include "ros2/messages/report_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/messages/sensor_msgs.h"
+#include "ros2/recording/internal/message_sink.h"
 #include "ros2/recording/internal/topic_survey.h"
 #include "ros2/recording/session_recorder.h"
 #include "ros2/recording/session_replay.h"
@@ -456,7 +458,9 @@ TEST_F(GraphRobotTest, refusesFramesThatAreNotThereOrThatTfRefuses) {
   EXPECT_EQ(errorWith({}, "/r/"), noSlash + "\"/r/BackBumper\" given");
   EXPECT_EQ(errorWith({{"base", "odom"}}, ""),
             "a name of its own for each frame expected, \"odom\" given for base and odom");
-  EXPECT_EQ(errorWith({{"base", "odom"}}, "r/"), "");
+  EXPECT_EQ(errorWith({{"base", "/base"}}, "r/"), noSlash + "\"/base\" given");
+  EXPECT_EQ(errorWith({{"base", "torso"}}, ""),
+            "a name that no other link has expected, \"torso\" given for base");
 }
 
 std::unique_ptr<session::Session> openWith(const std::string& sensors) {
@@ -515,14 +519,22 @@ TEST(GraphTopics, areRefusedIfTwoShareOneOrItIsNone) {
 TEST_F(GraphRobotTest, usesTheConfiguredFrameNames) {
   GraphRobotOptions options;
   options.framePrefix = "robot1/";
-  options.frames = {{"FrontLaser", "laser"}};
+  options.frames = {{"FrontLaser", "laser"}, {"base", "base_link"}, {"map", "world"}};
   RobotOnGraph sut(*session, options);
+  const auto description = sut.listen("/robot_description", std_msgs::String::getType(), kLatched);
+  const auto maps = sut.listen("/map", nav_msgs::OccupancyGrid::getType(), kLatched);
   const auto scans = sut.listen<sensor_msgs::LaserScan>("/FrontLaser/scan");
   const auto odometry = sut.listen<nav_msgs::Odometry>("/odom");
-  ASSERT_TRUE(sut.runUntil([&] { return !scans->isEmpty() && !odometry->isEmpty(); }));
-  EXPECT_EQ(scans->all<sensor_msgs::LaserScan>().front().header.frame_id, "laser");
+  ASSERT_TRUE(sut.runUntil([&] {
+    return !scans->isEmpty() && !odometry->isEmpty() && !description->isEmpty() && !maps->isEmpty();
+  }));
+  EXPECT_EQ(scans->all<sensor_msgs::LaserScan>().front().header.frame_id, "robot1/laser");
+  EXPECT_EQ(maps->all<nav_msgs::OccupancyGrid>().front().header.frame_id, "world");
   const auto told = odometry->all<nav_msgs::Odometry>().front();
-  EXPECT_EQ(told.header.frame_id + " " + told.child_frame_id, "robot1/odom robot1/base");
+  EXPECT_EQ(told.header.frame_id + " " + told.child_frame_id, "robot1/odom robot1/base_link");
+  // A robot_state_publisher puts the prefix before the links by itself.
+  const auto text = description->all<std_msgs::String>().front().data;
+  EXPECT_EQ(Model::ModelUtils::robotFromXml(text).rootLink, "base_link");
 }
 
 TEST(GraphReplay, continuesAtAnEarlierTimeWhenARecordingRestarts) {

@@ -166,9 +166,10 @@ TEST_F(HeardCommandsTest, listsSavesAndReadsARobotOnTheGraph) {
 
 TEST(GraphWords, sayWhoIsToldOfTheRobot) {
   using Change = std::function<void(GraphOptions&)>;
+  const std::string here =
+      "announced on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET: in the network)";
   const std::pair<Change, std::string> cases[] = {
-      {[](auto&) {},
-       "announced on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET: in the network)"},
+      {[](auto&) {}, here},
       {[](auto& options) { options.peers = {"10.0.0.2"}; },
        "announced on this machine and to ROS_STATIC_PEERS"},
       {[](auto& options) { options.range = DiscoveryRange::subnet; }, "visible in the network"},
@@ -181,11 +182,18 @@ TEST(GraphWords, sayWhoIsToldOfTheRobot) {
          options.configuration = "file:///robot.xml";
        },
        "seen by nobody (ROS_AUTOMATIC_DISCOVERY_RANGE=OFF), unless CYCLONEDDS_URI says "
-       "otherwise"}};
+       "otherwise"},
+      {[](auto& options) { app::setGraph(options, {"humble"}); },
+       here + ", message layout: Humble and older"},
+      {[](auto& options) { app::setGraph(options, {"none"}); },
+       here + ", message layout: Iron and newer, no node announced"}};
   for (const auto& [change, expected] : cases) {
     GraphOptions options;
     change(options);
-    EXPECT_EQ(app::describeGraph(options), "ROS 2 domain 0, " + expected);
+    const bool namesLayout = expected.find("layout") != std::string::npos;
+    EXPECT_EQ(
+        app::describeGraph(options),
+        "ROS 2 domain 0, " + expected + (namesLayout ? "" : ", message layout: Iron and newer"));
   }
 }
 
@@ -193,6 +201,10 @@ TEST_F(HeardCommandsTest, refusesAnEmptyGraphWithAMessage) {
   app::expectRefused({{"read", "--from-ros2"}, "--from-ros2: on the graph a topic of LaserScan"});
   app::expectRefused({{"list", "--from-ros2", "--use-sim-time"}, "--from-ros2: somebody expected"});
   app::expectRefused({{"list", "--from-ros2", "--from-remap", "a"}, "--from-remap: FROM:=TO"});
+  app::expectRefused(
+      {{"read", "--from-ros2", "--ros-distro", "humble"}, "layout: Humble and older"});
+  app::expectRefused({{"read", "--from-ros2", "--ros2-interface", "nosuch"},
+                      "--from-ros2: a network interface of this machine expected, \"nosuch\""});
 }
 
 }  // namespace

@@ -332,7 +332,8 @@ const std::string kLifted = R"(<robot name="mine"><kind code="1"/><link name="ba
       <property key="minimumDetectionDistance" value="0.2"/>
       <property key="maximumDetectionDistance" value="4"/>
       <property key="horizontalAngularRange" value="0.5"/>
-      <property key="topic" value="/sonar"/><memory_key>high</memory_key></sensor>)";
+      <property key="topic" value="/sonar"/><property key="frame" value="sonar"/>
+      <memory_key>high</memory_key></sensor>)";
 
 TEST_F(HeardRobotTest, isPlayedFromARecordingWithItsJointsWhereTheyWere) {
   const std::string description = kLifted + "</robot>";
@@ -391,8 +392,9 @@ TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {
 TEST_F(HeardRobotTest, topicsComeFromTheDescriptionElseFromTheDefaultNames) {
   const std::string description = kLifted + R"(
     <sensor name="Whisker" type="Whisker"><property key="maximumDetectionDistance" value="4"/>
-      <memory_key>whisker</memory_key></sensor>
-    <sensor name="Bumper" type="Touch"><parent link="base_link"/></sensor></robot>)";
+      <property key="frame" value="sonar"/><memory_key>whisker</memory_key></sensor>
+    <sensor name="Bumper" type="Touch"><parent link="base_link"/>
+      <property key="frame" value="sonar"/></sensor></robot>)";
   startSensors();
   others.push_back(publish("/Bumper/contact", sensor_msgs::Range::getType()));
   others.push_back(publish("/joint_states", sensor_msgs::JointState::getType()));

@@ -2,24 +2,33 @@
 
 #include <cmath>
 #include <limits>
+#include <utility>
 
 #include <gmock/gmock.h>
 
+#include "platform/middleware/contracts/motion_contract.h"
+#include "platform/middleware/contracts/navigation_contract.h"
+#include "platform/middleware/qv_motion_proxy.h"
+#include "platform/vision/qv_image.h"
+#include "ros2/messages/scene_msgs.h"
 #include "session/open.h"
 
 namespace QV::ros2 {
 namespace {
 
-/** Keeps all scans. */
+/** Keeps all scans and people. */
 struct Scans : MessageSink {
   std::uint16_t addTopic(const SessionTopic&) override { return count++; }
   void xWrite(std::uint16_t, std::uint64_t, const MessageType& type, const void* message) override {
     if (&type == &sensor_msgs::LaserScan::getType())
       all.push_back(*static_cast<const sensor_msgs::LaserScan*>(message));
+    if (&type == &vision_msgs::Detection3DArray::getType())
+      people.push_back(*static_cast<const vision_msgs::Detection3DArray*>(message));
   }
 
   std::uint16_t count = 0;
   std::vector<sensor_msgs::LaserScan> all;
+  std::vector<vision_msgs::Detection3DArray> people;
 };
 
 struct DriverTopicsTest : testing::Test {
@@ -63,6 +72,31 @@ TEST_F(DriverTopicsTest, aRangeThatIsNoneSaysWhy) {
   EXPECT_EQ(ranges[0], std::numeric_limits<float>::infinity());
   EXPECT_EQ(ranges[1], -std::numeric_limits<float>::infinity());
   EXPECT_TRUE(std::isnan(ranges[2]) && std::isnan(ranges[3]));
+}
+
+TEST_F(DriverTopicsTest, peopleAreInTheCamerasFrameInWhicheverTheyAreReported) {
+  Model::Robot other = robot;
+  other.sensorConfigs.at("DepthCamera").properties["cameraName"] = "LeftLaser";
+  const QVMotionProxy motion(session->getBroker());
+  const auto placeOf = [&](const std::string& name) {
+    return Math::Transform(motion.getTransform(name, MotionContract::kGroundFrame, true));
+  };
+  for (const Model::Robot* described : {&robot, &std::as_const(other)}) {
+    DriverTopics drivers{scans, *described, session->getKinds(), FrameNames(*session)};
+    const QVValue ahead = QVValue::array(0, 2.0f, 0.0f, 0.0f);
+    drivers.note(NavigationContract::kPeopleDetectedEvent,
+                 QVValue::array(QVValue::array(0, 0), QVValue::array(ahead), QVValue(), QVValue(),
+                                kDepthCamera));
+    drivers.write(time);
+    ASSERT_EQ(scans.people.back().header.frame_id, "DepthCamera");
+    const auto& [x, y, z] = scans.people.back().detections.at(0).bbox.center.position;
+    const auto told =
+        placeOf("DepthCamera") *
+        Math::Position3D(static_cast<float>(x), static_cast<float>(y), static_cast<float>(z));
+    const auto reported = placeOf(described == &robot ? "camera" : "LeftLaser");
+    const auto seen = reported * Math::Position3D(2.0f, 0.0f, 0.0f);
+    EXPECT_LT(std::hypot(told.x - seen.x, told.y - seen.y, told.z - seen.z), 1e-5f);
+  }
 }
 
 }  // namespace

@@ -43,6 +43,23 @@ TEST(ViewersDescriptionTest, aCapsuleBecomesACylinderWithASphereAtEachEnd) {
   EXPECT_EQ(describeForViewers(none), none);
 }
 
+TEST(ViewersDescriptionTest, aLinkHasItsOtherNameWhereverItIsNamed) {
+  const std::string before = R"(<robot name="r"><kind code="1"/><body link="base"/>
+    <link name="base"/><link name="base_top"/><gazebo reference="base"/>
+    <joint name="j" type="fixed"><parent link="base"/><child link="base_top"/></joint>
+    <sensor name="A" type="Touch"><parent link="base"/></sensor>
+    <sensor name="B" type="DepthCamera"><parent link="base_top"/>
+      <property key="cameraName" value="base"/></sensor></robot>)";
+  const auto nameOf = [](const std::string& link) { return link == "base" ? "base_link" : link; };
+  const std::string told = describeForViewers(before, nameOf);
+  EXPECT_THAT(told, testing::Not(testing::HasSubstr("\"base\"")));
+  const Model::Robot sut = Model::ModelUtils::robotFromXml(told);
+  EXPECT_EQ(sut.rootLink + " " + sut.bodyLink, "base_link base_link");
+  EXPECT_THAT(sut.links, testing::ElementsAre("base_link", "base_top"));
+  EXPECT_EQ(sut.sensorConfigs.at("A").parentLink, "base_link");
+  EXPECT_EQ(describeForViewers(before, [](const std::string& link) { return link; }), before);
+}
+
 TEST(ViewersDescriptionTest, aRecordingHasTheViewersDescriptionAndTheOriginal) {
   const test::TemporaryFolder folder;
   const std::string path = folder / "run.mcap";

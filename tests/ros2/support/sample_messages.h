@@ -8,9 +8,10 @@
 namespace QV::test {
 
 /** Makes what a sonar tells that hears from `least` to 4 m. */
-inline ros2::sensor_msgs::Range sampleRange(float least, float value) {
+inline ros2::sensor_msgs::Range sampleRange(float least, float value,
+                                            const std::string& frame = "sonar") {
   ros2::sensor_msgs::Range range;
-  range.header.frame_id = "sonar";
+  range.header.frame_id = frame;
   range.field_of_view = 0.5f;
   range.min_range = least;
   range.max_range = 4.0f;

@@ -1,0 +1,221 @@
+#include <cmath>
+
+#include <boost/make_shared.hpp>
+#include <gmock/gmock.h>
+
+#include "platform/ko/simulated_time.h"
+#include "platform/model/model_utils.h"
+#include "ros2/messages/scene_msgs.h"
+#include "ros2/recording/internal/told_modules.h"
+#include "sensor/hosting/navigation_module.h"
+#include "tests/ros2/support/sample_messages.h"
+#include "tests/support/log_capture.h"
+
+namespace QV::ros2 {
+namespace {
+
+using testing::ElementsAre;
+using testing::HasSubstr;
+using testing::IsEmpty;
+
+const std::string kMountedRobot = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
+  <sensor name="Front" type="Laser"><origin xyz="0.2 0 0"/><property key="regIndex" value="1"/>
+    <property key="maximumDetectionDistance" value="5"/>
+    <property key="minimumDetectionDistance" value="0.1"/>
+    <property key="horizontalAngularRange" value="2"/>
+    <property key="setOperationMode" value="set"/><property key="getOperationMode" value="get"/>
+    <property key="timestamp" value="time"/><memory_keys pattern="L{i}/{X,Y}" count="5"/></sensor>
+  <sensor name="Ear" type="Sonar"><property key="frame" value="ear"/>
+    <memory_key>ear</memory_key></sensor>
+  <sensor name="Eye" type="DepthCamera"><origin xyz="0 0 1"/>
+    <property key="horizontalAngularRange" value="1"/><property key="verticalAngularRange" value="1"/>
+    <property key="modelCode" value="1"/><property key="cameraName" value="Front"/></sensor></robot>)";
+
+sensor_msgs::LaserScan scanIn(const std::string& frame) {
+  sensor_msgs::LaserScan scan;
+  scan.header.frame_id = frame;
+  scan.angle_min = -1.0f;
+  scan.angle_increment = 0.5f;
+  scan.range_min = 0.1f;
+  scan.range_max = 5.0f;
+  scan.ranges.assign(5, 2.0f);
+  return scan;
+}
+
+/** A frame, turned to the left by a right angle if `isTurned`. */
+tf2_msgs::TFMessage framed(const std::string& parent, const std::string& child, double x,
+                           bool isTurned = false) {
+  tf2_msgs::TFMessage message;
+  auto& frame = message.transforms.emplace_back();
+  frame.header.frame_id = parent;
+  frame.child_frame_id = child;
+  frame.transform.translation.x = x;
+  frame.transform.rotation = {0.0, 0.0, isTurned ? std::sqrt(0.5) : 0.0,
+                              isTurned ? std::sqrt(0.5) : 1.0};
+  return message;
+}
+
+nav_msgs::Odometry odometryOf(const std::string& child, double x) {
+  nav_msgs::Odometry odometry;
+  odometry.header.frame_id = "odom";
+  odometry.child_frame_id = child;
+  odometry.pose.pose.position.x = x;
+  odometry.pose.pose.orientation.w = 1.0;
+  return odometry;
+}
+
+/** A robot that is read by a description. */
+struct ToldFramesTest : testing::Test {
+  ToldFramesTest() { navigation->getManager().subscribe("test"); }
+
+  template <typename Message>
+  void tell(const std::string& topic, const Message& message) {
+    const Bytes cdr = toCdr(message);
+    sut.tell({topic, Message::getType().getName(), cdr});
+  }
+  /** What the log has of a message; empty if it is used. */
+  template <typename Message>
+  std::string refusalOf(const std::string& topic, const Message& message) {
+    log.clear();
+    tell(topic, message);
+    const auto lines = log.lines(ko::log::Level::warning);
+    for (int i = 0; i < 10; ++i) tell("/Front/scan", scanIn("Front"));
+    for (int i = 0; i < 10; ++i) tell("/Ear/range", test::sampleRange(0.1f, 1.0f, "ear"));
+    return lines.empty() ? "" : lines.front();
+  }
+  void passTwoSeconds() {
+    tell("/joint_states", sensor_msgs::JointState());
+    time.advance(boost::chrono::milliseconds(2100));
+    tell("/joint_states", sensor_msgs::JointState());
+  }
+
+  test::LogCapture log;
+  ko::SimulatedTime time;
+  ToldModules sut{kMountedRobot,
+                  surveyDescription(Model::ModelUtils::robotFromXml(kMountedRobot),
+                                    Model::SensorKinds::standard()),
+                  [](const auto&) { return ko::Clock::now(); }, "Test"};
+  const boost::shared_ptr<sensor::NavigationModule> navigation =
+      boost::make_shared<sensor::NavigationModule>(sut.getBroker());
+  const ScopedModule hosting{sut.getBroker(), navigation};
+};
+
+TEST_F(ToldFramesTest, aMessageIsInItsSensorsFrameOrInOneOfTfAtTheSamePlace) {
+  EXPECT_EQ(refusalOf("/Front/scan", scanIn("anything")), "");
+  passTwoSeconds();
+  EXPECT_EQ(refusalOf("/Front/scan", scanIn("anything")), "") << "without tf";
+  tell("/tf", framed("odom", "base_link", 3.0));
+  tell("/tf", framed("base_link", "laser_link", 0.25));
+  tell("/tf", framed("base_link", "turned", 0.2, true));
+  EXPECT_EQ(refusalOf("/Front/scan", scanIn("/laser_link")), "");
+  EXPECT_THAT(refusalOf("/Front/scan", scanIn("base_link")),
+              HasSubstr("a frame where the description mounts Front expected, \"base_link\" "
+                        "given, 0.2"));
+  EXPECT_THAT(refusalOf("/Front/scan", scanIn("turned")), HasSubstr(" 1.57"));
+  EXPECT_THAT(refusalOf("/Front/scan", scanIn("anything")),
+              HasSubstr("a frame that tf connects to base_link expected, \"anything\" given"));
+  EXPECT_EQ(refusalOf("/Ear/range", test::sampleRange(0.1f, 1.0f, "ear")), "");
+  EXPECT_THAT(refusalOf("/Ear/range", test::sampleRange(0.1f, 1.0f, "nose")),
+              HasSubstr("frame ear expected, \"nose\" given"));
+  EXPECT_EQ(refusalOf("/Ear/range", test::sampleRange(0.1f, 1.0f, "base_link")), "");
+}
+
+TEST_F(ToldFramesTest, aScansMiddleIsWhereTheDescriptionMountsIt) {
+  passTwoSeconds();
+  auto frames = framed("base_link", "askew", 0.2, true);
+  auto& [header, child, place] = frames.transforms[0];
+  tell("/tf", frames);
+  child = "upside_down";
+  place.rotation = {1.0, 0.0, 0.0, 0.0};
+  tell("/tf", frames);
+  auto scan = scanIn("askew");
+  scan.angle_min -= 1.5708f;
+  EXPECT_EQ(refusalOf("/Front/scan", scan), "");
+  EXPECT_THAT(refusalOf("/Front/scan", scanIn("upside_down")), HasSubstr(" 3.14"));
+}
+
+TEST(ToldFrames, aDerivedDescriptionNamesTheFrameIfXmlCanHoldIt) {
+  for (const std::string frame : {"laser", "", "a \"b\" & <c>", "a\x01", "a\nb"}) {
+    TopicSurveyor surveyor;
+    const std::string topic = "/scan";
+    const std::string type = sensor_msgs::LaserScan::getType().getName();
+    surveyor.expect(topic, type);
+    const Bytes cdr = toCdr(scanIn(frame));
+    surveyor.take({topic, type, cdr});
+    const auto robot = Model::ModelUtils::robotFromXml(describe(surveyor.make()));
+    const auto read = surveyDescription(robot, Model::SensorKinds::standard());
+    const bool canHold = frame.find_first_of("\x01\n") == std::string::npos;
+    EXPECT_EQ(read.sensors.at(topic).frame, canHold ? std::optional(frame) : std::nullopt);
+  }
+}
+
+TEST_F(ToldFramesTest, peopleOfEveryFrameAreWhereTheyAre) {
+  tell("/tf", framed("map", "base_link", 3.0, true));
+  struct Person {
+    const char* frame;
+    geometry_msgs::Point at;
+  };
+  for (const auto& [name, at] :
+       {Person{"map", {2.0, 2.0, 1.0}}, Person{"base_link", {2.0, 1.0, 1.0}},
+        Person{"Eye", {2.0, 1.0, 0.0}}, Person{"Front", {1.8, 1.0, 1.0}}}) {
+    vision_msgs::Detection3DArray people;
+    people.header.frame_id = name;
+    people.detections.resize(1);
+    people.detections[0].bbox.center.position = at;
+    tell("/people", people);
+    time.advance(boost::chrono::milliseconds(50));
+    const auto records = navigation->getManager().getSensorPtr("PeoplePerception")->getData();
+    ASSERT_EQ(records.size(), 1u) << name;
+    ASSERT_EQ(records[0].points.size(), 1u) << name;
+    const auto place = records[0].sensorTransform * records[0].points.at(0);
+    EXPECT_NEAR(place.x, 2.0f, 1e-5f) << name;
+    EXPECT_NEAR(place.y, 1.0f, 1e-5f) << name;
+    EXPECT_NEAR(place.z, 1.0f, 1e-5f) << name;
+  }
+  passTwoSeconds();
+  vision_msgs::Detection3DArray lost;
+  lost.header.frame_id = "lost";
+  EXPECT_THAT(refusalOf("/people", lost), HasSubstr("a frame that tf connects to base_link"));
+}
+
+TEST_F(ToldFramesTest, theRobotIsWhereTfHasItsRootOrElseTheFrameThatOdometryMoves) {
+  tell("/odom", odometryOf("robot1/base", 1.0));
+  EXPECT_FLOAT_EQ(sut.getPose().x, 1.0f);
+  tell("/tf", framed("odom", "robot1/base", 2.0));
+  EXPECT_FLOAT_EQ(sut.getPose().x, 2.0f);
+  tell("/tf", framed("map", "odom", 5.0));
+  tell("/odom", odometryOf("robot1/base", 2.5));
+  EXPECT_FLOAT_EQ(sut.getPose().x, 7.0f);
+  tell("/tf", framed("robot1/base", "base_link", 0.5));
+  EXPECT_FLOAT_EQ(sut.getPose().x, 7.5f);
+  EXPECT_THAT(log.lines(ko::log::Level::warning), IsEmpty());
+}
+
+TEST_F(ToldFramesTest, odometryMovesTheFrameThatTheRootHangsOn) {
+  tell("/tf", framed("base_footprint", "base_link", 0.5));
+  tell("/odom", odometryOf("base_footprint", 1.0));
+  EXPECT_FLOAT_EQ(sut.getPose().x, 1.5f);
+}
+
+TEST_F(ToldFramesTest, saysOnceOnEachChangeThatTfDoesNotPlaceTheRobot) {
+  passTwoSeconds();
+  passTwoSeconds();
+  tell("/odom", odometryOf("robot1/base", 1.0));
+  passTwoSeconds();
+  passTwoSeconds();
+  tell("/tf", framed("odom", "robot1/base", 2.0));
+  passTwoSeconds();
+  passTwoSeconds();
+  auto said = log.lines(ko::log::Level::info);
+  std::erase_if(said,
+                [](const std::string& line) { return line.find(" Test.") == std::string::npos; });
+  EXPECT_THAT(
+      said, ElementsAre(
+                HasSubstr("neither tf nor odometry says where base_link is: the pose stays 0,0,0"),
+                HasSubstr("tf does not say where base_link is: the pose is that of odometry, in "
+                          "\"odom\""),
+                HasSubstr("tf says where robot1/base is")));
+}
+
+}  // namespace
+}  // namespace QV::ros2
