@@ -69,10 +69,9 @@ void ToldModules::xWriteRange(const ToldSensor& sensor, const QVValue& value) {
 // If a scan has more beams than the sensor, the nearest of each group of neighbours counts.
 void ToldModules::xTellScan(ToldSensor& sensor, const sensor_msgs::LaserScan& scan) {
   checkMessage(scan);
-  const float middle = sensor.middle.value_or(middleOf(scan));
-  xCheckFrame(sensor, scan.header, middle);
+  xCheckFrame(sensor, scan.header);
   const auto time = dating(scan.header.stamp);
-  sensor.middle = middle;
+  if (!sensor.middle) sensor.middle = middleOf(scan);
   const std::size_t count = scan.ranges.size();
   for (std::size_t i = 0; i < sensor.beams; ++i) {
     const std::size_t first = i * count / sensor.beams;

@@ -27,16 +27,14 @@ float angleBetween(const Math::Position3D& a, const Math::Position3D& b) {
   return std::acos(std::min(std::max(cosine, -1.0f), 1.0f));
 }
 
-/** Returns the angle between where a sensor looks and where one in this frame does. A scan's middle
- * is that far from the frame's x axis (rad); a scan upside down is another. */
+/** Returns the angle between where a sensor looks and where one in this frame does. */
 float turnOf(const ToldSensor& sensor, const Math::Transform& mounting,
-             const Math::Transform& frame, float middle) {
+             const Math::Transform& frame) {
   const Math::Position3D ahead = axisOf(mounting, 0);
-  if (sensor.sort == ToldSort::scan) {
-    const auto turned = frame * Math::rotationFrom3DRotation(0.0f, 0.0f, middle);
-    return std::max(angleBetween(ahead, axisOf(turned, 0)),
-                    angleBetween(axisOf(mounting, 2), axisOf(turned, 2)));
-  }
+  if (sensor.sort == ToldSort::scan)
+    return angleBetween(
+        ahead,
+        axisOf(frame * Math::rotationFrom3DRotation(0.0f, 0.0f, sensor.middle.value_or(0.0f)), 0));
   const float along = angleBetween(ahead, axisOf(frame, 0));
   // Images are in an optical frame, or in the camera's.
   return sensor.sort == ToldSort::depth ? std::min(along, angleBetween(ahead, axisOf(frame, 2)))
@@ -78,8 +76,7 @@ Math::Transform ToldModules::xMountingOf(const std::string& name) const {
   return motion->getTransform(name, robot::MotionService::kGroundFrame, true);
 }
 
-void ToldModules::xCheckFrame(const ToldSensor& sensor, const std_msgs::Header& header,
-                              float middle) const {
+void ToldModules::xCheckFrame(const ToldSensor& sensor, const std_msgs::Header& header) const {
   const std::string frame = withoutSlash(header.frame_id);
   if (frame == sensor.frame.value_or(sensor.name)) return;
   const auto placed = frames.find(frame);
@@ -89,7 +86,7 @@ void ToldModules::xCheckFrame(const ToldSensor& sensor, const std_msgs::Header& 
   if (!placed || !looksAhead(sensor)) return;
   const Math::Transform mounting = xMountingOf(sensor.name);
   const float off = std::hypot(mounting(0, 3) - (*placed)(0, 3), mounting(1, 3) - (*placed)(1, 3));
-  const float turn = turnOf(sensor, mounting, *placed, middle);
+  const float turn = turnOf(sensor, mounting, *placed);
   if (off > kSamePlace || turn > kSameDirection)
     throw std::runtime_error("a frame where the description mounts " + sensor.name +
                              " expected, \"" + frame + "\" given, " + std::to_string(off) +

@@ -120,20 +120,6 @@ TEST_F(ToldFramesTest, aMessageIsInItsSensorsFrameOrInOneOfTfAtTheSamePlace) {
   EXPECT_EQ(refusalOf("/Ear/range", test::sampleRange(0.1f, 1.0f, "base_link")), "");
 }
 
-TEST_F(ToldFramesTest, aScansMiddleIsWhereTheDescriptionMountsIt) {
-  passTwoSeconds();
-  auto frames = framed("base_link", "askew", 0.2, true);
-  auto& [header, child, place] = frames.transforms[0];
-  tell("/tf", frames);
-  child = "upside_down";
-  place.rotation = {1.0, 0.0, 0.0, 0.0};
-  tell("/tf", frames);
-  auto scan = scanIn("askew");
-  scan.angle_min -= 1.5708f;
-  EXPECT_EQ(refusalOf("/Front/scan", scan), "");
-  EXPECT_THAT(refusalOf("/Front/scan", scanIn("upside_down")), HasSubstr(" 3.14"));
-}
-
 TEST(ToldFrames, aDerivedDescriptionNamesTheFrameIfXmlCanHoldIt) {
   for (const std::string frame : {"laser", "", "a \"b\" & <c>", "a\x01", "a\nb"}) {
     TopicSurveyor surveyor;
