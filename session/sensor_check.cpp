@@ -44,7 +44,8 @@ void observe(CheckTarget& target, const std::string& sensor, int cycles, Observa
 }
 
 Observation observe(CheckTarget& target, const std::string& sensor, const SensorNature& nature) {
-  Observation seen(nature);
+  const auto starting = static_cast<int>(target.getStartingTime() / kCycle);
+  Observation seen(nature, starting);
   observe(target, sensor, kCyclesStanding, seen);
   if (!target.canTurn()) return seen;
   const Records before = recordsOf(target.getManager(), sensor);

@@ -1,5 +1,7 @@
 #include "session/internal/check_target.h"
 
+#include <algorithm>
+
 #include "platform/ko/clock.h"
 #include "session/internal/description_gaps.h"
 #include "session/internal/sensor_meaning.h"
@@ -27,6 +29,10 @@ SessionTarget::SessionTarget(Session& session) : session(session), robot(robotOf
 
 SensorNature SessionTarget::getNature(const std::string& sensor) {
   return {findMeaning(robot, sensor), findKind(robot, sensor)};
+}
+
+ko::Duration SessionTarget::getStartingTime() const {
+  return std::max(CheckTarget::getStartingTime(), robot.getSettlingTime());
 }
 
 void SessionTarget::turn(float angle) {

@@ -21,6 +21,8 @@ class CheckTarget {
   virtual sensor::SensorManager& getManager() = 0;
   virtual SensorNature getNature(const std::string& sensor) = 0;
   virtual void wait(ko::Duration duration) = 0;
+  /** The time that a sound sensor may take to its first record. */
+  virtual ko::Duration getStartingTime() const { return boost::chrono::milliseconds(500); }
   virtual bool canTurn() const { return false; }
   /** Turns on the spot, radians. */
   virtual void turn(float) {}
@@ -55,6 +57,7 @@ class SessionTarget : public CheckTarget {
   sensor::SensorManager& getManager() override { return robot.getManager(); }
   SensorNature getNature(const std::string& sensor) override;
   void wait(ko::Duration duration) override { session.run(duration); }
+  ko::Duration getStartingTime() const override;
   bool canTurn() const override { return robot.canBeMoved(); }
   void turn(float angle) override;
   std::string findMissing(const std::string& sensor) override;

@@ -9,8 +9,7 @@
 namespace QV::session {
 namespace {
 
-// The cycles without a record that a starting, or slightly late, sensor may have.
-constexpr int kStarting = 5;
+// The cycles without a record that a slightly late sensor may have.
 constexpr int kLate = 3;
 // A sensor may report a miss by a range beyond its maximum, up to a limit.
 constexpr float kReason = 10.0f;
@@ -41,7 +40,7 @@ std::string findNonsense(const Math::MetricalData& record, const SensorNature& n
 
 void Observation::add(const Records& ownRecords) {
   gap = ownRecords.empty() ? gap + 1 : 0;
-  if (gap > (records == 0 ? kStarting : kLate)) longestGap = std::max(longestGap, gap);
+  if (gap > (records == 0 ? starting : kLate)) longestGap = std::max(longestGap, gap);
   for (const auto& record : ownRecords) xAdd(record);
 }
 

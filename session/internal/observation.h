@@ -31,7 +31,8 @@ struct SensorNature {
 /** The records of a sensor, in each cycle. */
 class Observation {
  public:
-  explicit Observation(const SensorNature& nature) : nature(nature) {}
+  /** `starting`: the cycles without a record that a sound sensor may have at first. */
+  Observation(const SensorNature& nature, int starting) : nature(nature), starting(starting) {}
 
   void add(const Records& ownRecords);
 
@@ -52,6 +53,7 @@ class Observation {
   void xAdd(const Math::MetricalData& record);
 
   const SensorNature nature;
+  const int starting;
   int gap = 0;
 };
 
