@@ -36,7 +36,8 @@ TEST(Fault, aFaultThatTheRobotCantHaveIsRefused) {
             "fault: one of off, stuck, garbage, wrong, delayed, intermittent expected for "
             "\"FrontBumper\", \"slow\" given");
   EXPECT_THAT(errorOf([&] { robot.setFault("Nose", FaultKind::off); }),
-              AllOf(HasSubstr("no sensor \"Nose\""), HasSubstr("FrontSonar")));
+              AllOf(HasSubstr("no sensor \"Nose\""), HasSubstr("FrontSonar"),
+                    HasSubstr("PeoplePerception")));
   EXPECT_THAT(errorOf([&] { robot.clearFault("Nose"); }), HasSubstr("Nose"));
   EXPECT_THAT(errorOf([&] {
                 robot.setFault("FrontSonar", FaultKind::off, milliseconds(2), milliseconds(1));

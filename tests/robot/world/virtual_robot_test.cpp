@@ -251,6 +251,8 @@ TEST_F(VirtualRobotTest, theDepthCameraShowsTheWallAhead) {
     return reinterpret_cast<const std::uint16_t*>(image->getPixels())[120 * 320 + 160];
   };
   EXPECT_NEAR(depthAhead(), 10000 - 5090, 1);
+  robot().setFault("DepthCamera", FaultKind::wrong);
+  EXPECT_NEAR(depthAhead(), 0.6f * (10000 - 5090), 1);
   sut.reset();
   world.dropOuts = 1.0f;
   EXPECT_EQ(depthAhead(), 0);
@@ -327,6 +329,7 @@ TEST_F(VirtualRobotTest, refusesInvalidWorldOptions) {
   EXPECT_THAT(errorWith([](auto& o) { o.dropOuts = 1.5f; }), HasSubstr("drop-outs from 0 to 1"));
   EXPECT_THAT(errorWith([](auto& o) { o.boxes = {{{}, 0.0f}}; }), HasSubstr("box"));
   EXPECT_THAT(errorWith([](auto& o) { o.people = {{}}; }), HasSubstr("walker"));
+  EXPECT_THAT(errorWith([](auto& o) { o.people = {{{{1.0f, NAN}}}}; }), HasSubstr("walker"));
   EXPECT_THAT(errorWith([](auto& o) { o.stepPeriod = {}; }), HasSubstr("periods above 0"));
   EXPECT_THAT(errorOf([&] { VirtualRobot("/no/such.urdf", map); }), HasSubstr("/no/such.urdf"));
   EXPECT_THAT(errorOf([&] { robot().setVelocity(NAN, 0, 0); }), HasSubstr("velocity"));

@@ -1,10 +1,13 @@
 #include "sensor/core/internal/health_board.h"
 
 #include <functional>
+#include <latch>
 #include <map>
+#include <thread>
 
 #include "platform/ko/simulated_time.h"
 #include "tests/support/fake_sensor.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::sensor {
@@ -143,6 +146,34 @@ TEST(SensorManager, whatACallbackHoldsMayAskForHealthAsItGoes) {
   sut.setSensorDiagnosis("Laser", false);
   sut.getHealth();
   EXPECT_EQ(calls, 1);
+}
+
+TEST(SensorManager, healthLimitsCallbacksAndTroublesMayChangeOnAllThreads) {
+  const test::LogCapture quiet;
+  test::FakeManager sut;
+  sut.add("Laser", "F");
+  sut.subscribe("me");
+  std::latch go(2);
+  std::atomic<int> told{0};
+  const auto meddle = [&](const std::string& text) {
+    go.arrive_and_wait();
+    for (int i = 0; i < 1000; ++i) {
+      sut.onHealthChanged([&told, text](const std::string&, const SensorHealth&) {
+        if (text.size() == 40) ++told;
+      });
+      sut.setSensorDiagnosis("Laser", i % 2 == 0);
+      sut.setHealthLimit(
+          {"Laser", HealthLimit::age, i % 3 == 0 ? std::nullopt : std::optional(1.0)});
+      EXPECT_EQ(sut.getHealthLimit("Laser", HealthLimit::age).value_or(1.0), 1.0);
+      sut.logTrouble("Missing", "Test", "meddle", text);
+      EXPECT_THAT(sut.getLastTrouble("Missing")->message, SizeIs(40));
+      EXPECT_THAT(sut.getHealth(), SizeIs(2));
+    }
+  };
+  std::thread other(meddle, std::string(40, 'a'));
+  meddle(std::string(40, 'b'));
+  other.join();
+  EXPECT_GT(told, 0);
 }
 
 TEST(HealthRule, refusesAMalformedRuleAndSaysWhatIsExpected) {

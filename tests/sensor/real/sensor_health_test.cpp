@@ -444,6 +444,7 @@ TEST_F(SensorHealthTest, whatMayBeSilentOnTheWayIsNotSoundAgainBecauseTheRobotMo
   go(0.5f);
   time.advance(milliseconds(5000));
   EXPECT_EQ(health("Left").state, silent) << "it has not measured since";
+  EXPECT_THAT(health("Left").reason, HasSubstr("; not seen for 5.0"));
   left().hasRecord = true;
   EXPECT_TRUE(becomes("Left", sound, 3.0));
 }
