@@ -10,8 +10,8 @@ namespace {
 TEST(Fault, parsesAFaultFromText) {
   EXPECT_EQ(parseFault("FrontSonar:off"), (Fault{"FrontSonar", FaultKind::off}));
   EXPECT_EQ(
-      parseFault("Sonar/Front:intermittent@1.5-20"),
-      (Fault{"Sonar/Front", FaultKind::intermittent, milliseconds(1500), milliseconds(20000)}));
+      parseFault("Sonar/Front:intermittent@0.125-20"),
+      (Fault{"Sonar/Front", FaultKind::intermittent, milliseconds(125), milliseconds(20000)}));
 }
 
 TEST(Fault, aMalformedFaultIsRefusedWithTheExpectedForm) {

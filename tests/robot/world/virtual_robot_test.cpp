@@ -327,6 +327,7 @@ TEST_F(VirtualRobotTest, refusesInvalidWorldOptions) {
   };
   EXPECT_THAT(errorWith([](auto& o) { o.start.x = NAN; }), HasSubstr("a finite start"));
   EXPECT_THAT(errorWith([](auto& o) { o.dropOuts = 1.5f; }), HasSubstr("drop-outs from 0 to 1"));
+  EXPECT_THAT(errorWith([](auto& o) { o.wallHeight = 0.0f; }), HasSubstr("a wall height above 0"));
   EXPECT_THAT(errorWith([](auto& o) { o.boxes = {{{}, 0.0f}}; }), HasSubstr("box"));
   EXPECT_THAT(errorWith([](auto& o) { o.people = {{}}; }), HasSubstr("walker"));
   EXPECT_THAT(errorWith([](auto& o) { o.people = {{{{1.0f, NAN}}}}; }), HasSubstr("walker"));
