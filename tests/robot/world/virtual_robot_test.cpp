@@ -3,6 +3,7 @@
 #include <latch>
 #include <numbers>
 #include <optional>
+#include <set>
 #include <thread>
 
 #include "platform/ko/simulated_time.h"
@@ -12,6 +13,7 @@
 #include "platform/middleware/qv_proxy.h"
 #include "platform/middleware/qv_video_device_proxy.h"
 #include "platform/vision/qv_image.h"
+#include "robot/services/internal/input_listener.h"
 #include "tests/robot/world/room.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/vocabulary.h"
@@ -203,6 +205,7 @@ TEST_F(VirtualRobotTest, reportsThePeopleItSeesWhileSomebodyListens) {
   world.people = {{{{7.09f, 3.5f}}}, {{{3.0f, 3.0f}}}, {{{8.0f, 2.5f}}}};
   world.boxes = {{{7.0f, 2.7f, 0.0f}, 0.1f, 0.6f, 0.0f, 2.0f}};
   run(1000);
+  EXPECT_FALSE(memory().getData(kPeople).isValid()) << "declared, though nobody was seen";
   listenTo(kPeople);
   run(200);
   const auto events = heard();
@@ -256,6 +259,34 @@ TEST_F(VirtualRobotTest, theDepthCameraShowsTheWallAhead) {
   sut.reset();
   world.dropOuts = 1.0f;
   EXPECT_EQ(depthAhead(), 0);
+}
+
+/** The inputs that a robot's listener got. */
+struct Inputs : InputListener {
+  void onWrite(const std::string& key, const QVValue&, bool) override { keys.insert(key); }
+  void onImage(int camera, const QVValue&) override { cameras.push_back(camera); }
+  void onStep(const BodyStep& step) override { poses.push_back(step.pose); }
+
+  std::set<std::string> keys;
+  std::vector<int> cameras;
+  std::vector<Math::Pose2D> poses;
+};
+
+TEST_F(VirtualRobotTest, aListenerGetsThePresentStateAndThenAllInputs) {
+  Inputs inputs;
+  run(100);
+  InputTap::set(robot(), &inputs);
+  EXPECT_THAT(inputs.keys, Contains("Device/Sonar/Front/Value"));
+  EXPECT_THAT(inputs.poses, ElementsAre(IsPose(5, 3, 0)));
+  robot().setVelocity(1.0f, 0.0f, 0.0f);
+  run(20);
+  QVVideoDeviceProxy video(broker());
+  video.getImageRemote(
+      video.subscribeCamera("test", kDepthCamera, k320x240Resolution, kDepthColorSpace, 10));
+  InputTap::set(robot(), nullptr);
+  run(20);
+  EXPECT_THAT(inputs.poses, ElementsAre(IsPose(5, 3, 0), IsPose(5.02, 3, 0)));
+  EXPECT_THAT(inputs.cameras, ElementsAre(kDepthCamera));
 }
 
 TEST_F(VirtualRobotTest, aSeedMakesARunTheSameAndAnotherOneMakesItDiffer) {
