@@ -96,6 +96,21 @@ TEST_F(HealthBoardTest, ignoresFaultsCausedByTheProcessClockAlone) {
   }
 }
 
+TEST_F(HealthBoardTest, aTickJudgesUnlessAnotherDidWithinThePeriod) {
+  ko::SimulatedTime time{timeOf(1000.0)};
+  int told = 0;
+  sut.setCallback([&told](const std::string&, const SensorHealth&) { ++told; });
+  sut.tick(milliseconds(100));
+  const int before = told;
+  hardware->setDiagnosis(false);
+  time.advance(milliseconds(99));
+  sut.tick(milliseconds(100));
+  EXPECT_EQ(told, before);
+  time.advance(milliseconds(1));
+  sut.tick(milliseconds(100));
+  EXPECT_EQ(told, before + 1);
+}
+
 TEST(SensorManager, knowsAtTheFirstQuestionWhatTheHardwareDidBefore) {
   test::FakeManager sut;
   const auto read = sut.add("Read", "F");

@@ -125,6 +125,8 @@ TEST(PlanarView, comparesAsAnglesAndRangesSay) {
       const double range = draw(0.5 * eye.minRange, 1.1 * eye.maxRange);
       eye.points.push_back({range * std::cos(angle), range * std::sin(angle)});
     }
+    // Out of its range, both of them.
+    eye.points.insert(eye.points.end(), {{eye.minRange, 0.0}, {eye.maxRange, 0.0}});
     return eye;
   };
   int compared = 0;

@@ -125,7 +125,6 @@ TEST_F(PeoplePerceptionSensorTest, aMalformedEventIsLoggedAndChangesNothing) {
       {peopleEvent(nobody, QVValue::array(1, 2, 3)), stamp},
       {peopleEvent(nobody, QVValue::array(1)), stamp},
       {peopleEvent(nobody, QVValue::array(1, 2.0f)), stamp},
-      {peopleEvent(nobody, QVValue::array(1.5f, 2)), stamp},
       {peopleEvent(nobody, 1), stamp},
       {peopleEvent("nobody", QVValue()), stamp},
       {peopleEvent(QVValue()), format},
