@@ -7,10 +7,10 @@
 namespace QV::robot {
 namespace {
 
-struct Body {
+struct Solid {
   const char* what;
   const char* origin;
-  const char* solid;
+  const char* shape;
   float radius;
   float height;
 };
@@ -20,7 +20,7 @@ TEST(BodySize, reachesAroundTheRobotsAxisAndUpToTheTopOfItsSolids) {
       "<link name='arm'><collision><origin xyz='3 0 0.2'/><geometry><sphere radius='0.2'/>"
       "</geometry></collision></link><joint name='arm' type='fixed'><origin xyz='0 0 0.05'/>"
       "<parent link='base'/><child link='arm'/></joint>";
-  const std::vector<Body> bodies{
+  const std::vector<Solid> solids{
       {"a box", "xyz='0.3 -0.4 0.7'", "<box size='0.6 0.8 1.2'/>", 0.5f + 0.5f, 1.3f},
       {"a sphere", "xyz='0 0 0.4'", "<sphere radius='0.3'/>", 0.3f, 0.7f},
       {"a cylinder", "xyz='0.1 0 0.6'", "<cylinder radius='0.3' length='0.8'/>", 0.4f, 1.0f},
@@ -31,9 +31,9 @@ TEST(BodySize, reachesAroundTheRobotsAxisAndUpToTheTopOfItsSolids) {
       {"a capsule", "xyz='0 0 0.6'", "<capsule radius='0.25' length='0.4'/>", 0.25f, 1.05f},
       {"a low one", "xyz='0 0 0'", "<sphere radius='0.1'/>", 0.1f, 0.45f},
       {"a mesh", "", "<mesh filename='body.stl'/>", 0.25f, 0.45f}};
-  for (const Body& is : bodies) {
+  for (const Solid& is : solids) {
     const RobotDescription robot(std::string("<robot name='r'><link name='base'><collision>") +
-                                 "<origin " + is.origin + "/><geometry>" + is.solid +
+                                 "<origin " + is.origin + "/><geometry>" + is.shape +
                                  "</geometry></collision></link>" + arm + "</robot>");
     const BodySize size = measureBody(robot.model, MotionService(robot.model));
     EXPECT_NEAR(size.radius, is.radius, 1e-4) << is.what;

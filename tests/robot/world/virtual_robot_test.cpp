@@ -121,17 +121,18 @@ TEST_F(VirtualRobotTest, followsItsCommandedVelocity) {
 
 TEST_F(VirtualRobotTest, odometryDriftsByTheGivenShareAndReproducibly) {
   world.odometryDrift = 0.05f;
-  robot().setVelocity(0.5f, 0.0f, 0.0f);
+  robot().setVelocity(0.5f, 0.25f, 0.0f);
   run(4000);
-  const float driven = robot().getOdometry().x;
-  EXPECT_THAT(robot().getPose(), IsPose(7, 3, 0));
-  EXPECT_NEAR(driven, 2.0f, 0.4f);
-  EXPECT_GT(std::abs(driven - 2.0f), 1e-3f);
+  const Math::Pose2D driven = robot().getOdometry();
+  EXPECT_THAT(robot().getPose(), IsPose(7, 4, 0));
+  EXPECT_NEAR(driven.x, 2.0f, 0.4f);
+  EXPECT_GT(std::abs(driven.x - 2.0f), 1e-3f);
+  EXPECT_NEAR(driven.y, 0.5f * driven.x, 1e-4f) << "in all directions alike";
   sut.reset();
   listener = boost::make_shared<Listener>();
-  robot().setVelocity(0.5f, 0.0f, 0.0f);
+  robot().setVelocity(0.5f, 0.25f, 0.0f);
   run(4000);
-  EXPECT_EQ(robot().getOdometry().x, driven);
+  EXPECT_EQ(robot().getOdometry(), driven);
 }
 
 TEST_F(VirtualRobotTest, aWallStopsItAndPressesTheBumperOnThatSide) {
