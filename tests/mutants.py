@@ -5,9 +5,8 @@ mutants.py [--count N] [--seed N] [--log FILE] BUILD_DIR [FILE|FOLDER...]
 
 N random ones of all faults in the named files, or in those that the branch changes, are tried; what
 the compiler refuses is not counted. The tests are those of the folder that mirrors the file's own, or
-of the nearest above that has any, and if a fault lives, all others of its top-level folder. Each
-result is a line of the log, and what stands there is not tried again. Every file is put back as it
-was.
+of the nearest above that has any; if a fault lives there, those of the whole library. Each result is
+a line of the log, and what stands there is not tried again. Every file is put back as it was.
 Status 1 if a fault lives, 2 if the tests fail without one.
 """
 import argparse
