@@ -113,6 +113,10 @@ TEST_F(MapFilesTest, aColourCountsAsTheMeanOfItsChannels) {
   cv::imwrite(folder / "colour.png", image);
   const Yaml yaml{.image = "colour.png", .occupied = "1", .free = "0", .more = "mode: scale"};
   EXPECT_THAT(load(yaml).getCells(), ElementsAre(FloatEq(2.0f / 3), FloatEq(2.0f / 3)));
+  image = cv::Scalar(30, 60, 90);
+  cv::imwrite(folder / "colour.png", image);
+  EXPECT_THAT(load({.image = "colour.png", .more = "mode: raw"}).getCells(),
+              ElementsAre(FloatEq(0.6f), FloatEq(0.6f)));
 }
 
 TEST_F(MapFilesTest, acceptsEveryYamlFormOfANumber) {
@@ -182,7 +186,7 @@ TEST_F(MapFilesTest, aWrongYamlIsRefusedByLineAndKey) {
 TEST_F(MapFilesTest, aWrongImageIsRefusedByName) {
   const std::pair<std::string, std::string> cases[] = {
       {"P5 2 2 255\r\nabc", "line 2: 4 pixels expected, 3 found"},
-      {"P5 2 2 255", "4 pixels expected, the file ends before"},
+      {"P5 2 2 255\n", "line 1: 4 pixels expected, the file ends before"},
       {"P5 10000 20000 255\nabc", "200000000 pixels expected, the file ends before"},
       {"P5 20000 20000 255\nabc", "at most 268435456 pixels expected, 20000 by 20000 given"},
       {"P5 2 2 65535\nabcdefgh", "a maximum from 1 to 255 expected, \"65535\" found"},
