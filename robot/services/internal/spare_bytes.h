@@ -6,6 +6,7 @@
 #include <utility>
 #include <vector>
 
+#include "platform/api.h"
 #include "platform/middleware/qv_value.h"
 
 namespace QV::robot {
@@ -14,7 +15,7 @@ namespace QV::robot {
  * Buffers that return when nobody holds them any more; the last four are kept for reuse.
  * Thread-safe.
  */
-class SpareBytes {
+class QV_API SpareBytes {
  public:
   using Bytes = QVValue::Bytes;
 

@@ -28,6 +28,12 @@ struct LogTest : testing::Test {
   QV::test::LogCapture capture;
 };
 
+TEST(Log, withoutASinkALevelIsEnabledUpToTheConsoles) {
+  setLevel(Level::warning);
+  EXPECT_TRUE(isEnabled(Level::error, "Test") && isEnabled(Level::warning, "Test"));
+  EXPECT_FALSE(isEnabled(Level::info, "Test") || isEnabled(Level::silent, "Test"));
+}
+
 TEST_F(LogTest, linesBelowTheCategorysLevelAreNotFormatted) {
   int count = 0;
   setLevel("Test", Level::error);

@@ -130,5 +130,9 @@ TEST(MetricalData, givesItsAgeAndItsPointsInAnotherFrame) {
   EXPECT_EQ(age(record, ko::Clock::time_point(ko::Duration(100))), ko::Duration::max());
 }
 
+TEST(Pose2D, isMadeOfThreeNumbersInOrder) {
+  EXPECT_EQ(Pose2D(std::vector<float>{1.0f, 2.0f, 3.0f}), Pose2D(1.0f, 2.0f, 3.0f));
+}
+
 }  // namespace
 }  // namespace QV::Math

@@ -171,5 +171,9 @@ TEST(QVValue, hasATextForm) {
   }
 }
 
+TEST(QVValue, anArraysTextHasACommaAfterEachButTheLast) {
+  EXPECT_EQ(QVValue::array(1, 2, 3).toText(), "[1, 2, 3]");
+}
+
 }  // namespace
 }  // namespace QV

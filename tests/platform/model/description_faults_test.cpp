@@ -157,5 +157,13 @@ TEST(DescriptionFaults, areFoundByTheGivenKinds) {
                                 R"(D: type is "clif", "Cliff" expected)"}));
 }
 
+TEST(SensorKinds, areFoundByTypeNameAndFamily) {
+  const SensorKinds sut = SensorKinds::standard();
+  EXPECT_EQ(sut.findType(9)->name, "Sonar");
+  EXPECT_EQ(sut.findName("Sonar")->type, 9);
+  EXPECT_EQ(sut.findFamily("Asus")->name, "DepthCamera");
+  EXPECT_FALSE(sut.findType(99) || sut.findName("Asus") || sut.findFamily("DepthCamera"));
+}
+
 }  // namespace
 }  // namespace QV::Model

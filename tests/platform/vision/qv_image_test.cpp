@@ -1,5 +1,7 @@
 #include "platform/vision/qv_image.h"
 
+#include <tuple>
+
 #include "tests/support/vocabulary.h"
 
 namespace QV {
@@ -7,6 +9,25 @@ namespace {
 
 QVValue imageValue(int width, int height, int colorSpace, std::size_t bytes) {
   return QVValue::array(width, height, colorSpace, 1234, QVValue::Bytes(bytes, 7));
+}
+
+TEST(VideoCodes, areBytesAndChannelsOfAPixelAndSizesOfAnImage) {
+  const std::tuple<int, int, int> layouts[] = {{kRGBColorSpace, 3, 3},
+                                               {kDepthColorSpace, 2, 1},
+                                               {kXYZColorSpace, 12, 3},
+                                               {kPacked24ColorSpace, 3, 1},
+                                               {99, -1, -1}};
+  for (const auto& [colorSpace, layers, channels] : layouts) {
+    EXPECT_EQ(getNumLayersInColorSpace(colorSpace), layers) << colorSpace;
+    EXPECT_EQ(getNumChannelsInColorSpace(colorSpace), channels) << colorSpace;
+  }
+  int width = 0;
+  int height = 0;
+  setSizeFromResolution(k320x240Resolution, width, height);
+  EXPECT_EQ(std::pair(width, height), std::pair(320, 240));
+  setSizeFromResolution(k640x480Resolution, width, height);
+  EXPECT_EQ(std::pair(width, height), std::pair(640, 480));
+  EXPECT_THAT(errorOf([&] { setSizeFromResolution(9, width, height); }), HasSubstr("code 9"));
 }
 
 TEST(QVImage, sharesItsPixelsWithTheValueThatCarriesIt) {

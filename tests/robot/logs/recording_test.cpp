@@ -72,6 +72,7 @@ TEST_F(RecordingTest, malformedLidarLogsAreRefusedByLine) {
        "line 1: a number of ranges from 2 to 10000 expected, \"99999999999999999999\" found"},
       {"FLASER 3 1 1\n", "line 1: 14 words expected, 4 found"},
       {"PARAM" + manyWords, "line 1: at most 16384 words expected, more found"},
+      {"PARAM" + manyWords.substr(2), "no FLASER line found"},
       {"FLASER 2 1 -1 0 0 0 0 0 0 1 h 0\n", "line 1: a range in metres" + upTo + "\"-1\" found"},
       {"FLASER 2 1,5 1 0 0 0 0 0 0 1 h 0\n", "line 1: a range in metres" + upTo + "\"1,5\" found"},
       {"FLASER 2 1 1 0 0 0 inf 0 0 1 h 0\n",
@@ -85,6 +86,8 @@ TEST_F(RecordingTest, malformedLidarLogsAreRefusedByLine) {
       {kScan + scanAt("101") + scanAt("100.9"),
        "line 3: a time not before that of the scan before expected, \"100.9\" found"},
       {kScan + "ODOM 1 2 3\n", "line 2: 10 words expected, 4 found"},
+      {kScan + "ODOM 1 2 3 ! 0 0 100 h 0\n",
+       "line 2: a velocity or acceleration from -1e+06 to 1e+06 expected, \"!\" found"},
       {kScan + "ODOM 1 2 3 0 0 ? 100 h 0\n",
        "line 2: a velocity or acceleration from -1e+06 to 1e+06 expected, \"?\" found"},
   };

@@ -34,6 +34,12 @@ TEST_F(LaserModeActuatorTest, theDestructorReleasesTheActuator) {
   EXPECT_EQ(memory.getData("actuator"), QVValue(5.0f));
 }
 
+TEST_F(LaserModeActuatorTest, withoutADelayTheKeyShowsACommandAtOnce) {
+  sut->setDelay(ko::Duration::zero());
+  command(3);
+  EXPECT_EQ(memory.getData("mode"), QVValue(3));
+}
+
 /** The modes of two lasers, "A" and "B", that others drive. */
 struct OthersLaserModesTest : test::FakeRobotTest {
   LaserModes make(const std::string& actuatorOfB, const std::string& keyOfB) {

@@ -6,6 +6,7 @@
 
 #include "platform/middleware/qv_error.h"
 #include "platform/middleware/qv_memory_proxy.h"
+#include "robot/services/internal/input_listener.h"
 #include "tests/support/broker_with_memory.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/vocabulary.h"
@@ -47,6 +48,28 @@ TEST_F(MemoryServiceTest, pointersStayValidWhileKeysAreInserted) {
   *asInt = 9;
   EXPECT_EQ(sut.getData("float"), QVValue(4.0f));
   EXPECT_EQ(sut.getData("int"), QVValue(9));
+}
+
+struct WrittenInputs : InputListener {
+  void onWrite(const std::string& key, const QVValue& value, bool raised) override {
+    texts.push_back(key + " " + value.toText() + (raised ? " raised" : ""));
+  }
+  void onImage(int, const QVValue&) override {}
+  void onStep(const BodyStep&) override {}
+
+  std::vector<std::string> texts;
+};
+
+TEST_F(MemoryServiceTest, aListenerGetsWhatIsThereAndThenWhatIsWritten) {
+  WrittenInputs inputs;
+  MemoryService service(broker);
+  service.insertData("old", 1);
+  service.setListener(&inputs);
+  service.insertData("new", 2);
+  service.raiseEvent("event", 3);
+  service.setListener(nullptr);
+  service.insertData("new", 4);
+  EXPECT_THAT(inputs.texts, ElementsAre("old 1", "new 2", "event 3 raised"));
 }
 
 TEST_F(MemoryServiceTest, unsubscribingWaitsForTheDeliveryInProgress) {

@@ -67,7 +67,7 @@ Math::Transform cameraAt(float x, float y, float z, float pitch, float yaw) {
 
 TEST(DepthRenderer, showsWhatARayThroughEachPixelMeets) {
   for (const float x : {2.0f, 2.7f, 3.3f}) {
-    for (const float z : {0.3f, 0.75f, 1.1f}) {
+    for (const float z : {0.3f, 0.5f, 0.75f, 1.1f}) {
       EXPECT_LE(shareOfWrongPixels(cameraAt(x, 3.0f, z, 0.0f, 0.05f), 0.001f), 0.001)
           << x << ", " << z;
     }

@@ -10,8 +10,8 @@ namespace {
 TEST(Fault, parsesAFaultFromText) {
   EXPECT_EQ(parseFault("FrontSonar:off"), (Fault{"FrontSonar", FaultKind::off}));
   EXPECT_EQ(
-      parseFault("Sonar/Front:intermittent@1.5-20"),
-      (Fault{"Sonar/Front", FaultKind::intermittent, milliseconds(1500), milliseconds(20000)}));
+      parseFault("Sonar/Front:intermittent@0.125-20"),
+      (Fault{"Sonar/Front", FaultKind::intermittent, milliseconds(125), milliseconds(20000)}));
 }
 
 TEST(Fault, aMalformedFaultIsRefusedWithTheExpectedForm) {
@@ -36,7 +36,8 @@ TEST(Fault, aFaultThatTheRobotCantHaveIsRefused) {
             "fault: one of off, stuck, garbage, wrong, delayed, intermittent expected for "
             "\"FrontBumper\", \"slow\" given");
   EXPECT_THAT(errorOf([&] { robot.setFault("Nose", FaultKind::off); }),
-              AllOf(HasSubstr("no sensor \"Nose\""), HasSubstr("FrontSonar")));
+              AllOf(HasSubstr("no sensor \"Nose\""), HasSubstr("FrontSonar"),
+                    HasSubstr("PeoplePerception")));
   EXPECT_THAT(errorOf([&] { robot.clearFault("Nose"); }), HasSubstr("Nose"));
   EXPECT_THAT(errorOf([&] {
                 robot.setFault("FrontSonar", FaultKind::off, milliseconds(2), milliseconds(1));

@@ -118,7 +118,17 @@ TEST(Units, aContactPressesTheBumpersInWhoseApertureItIsElseTheNearest) {
   EXPECT_THAT(touchedAt(-0.4f), ElementsAre("Front"));
   EXPECT_THAT(touchedAt(-kHalfTurn), ElementsAre("Back"));
   EXPECT_THAT(touchedAt(-1.5f), ElementsAre("Front")) << "no bumper covers it";
+  EXPECT_THAT(touchedAt(-2.2f), ElementsAre("Back")) << "nearer, past half a turn";
   EXPECT_THAT(touchedAt(std::nullopt), IsEmpty());
+}
+
+TEST(Ray, ofASensorGoesAlongTheXAxisOfItsFrame) {
+  const Math::Transform frame = Math::Transform::fromPosition({1.0f, 2.0f, 3.0f}) *
+                                Math::rotationFrom3DRotation(0.1f, 0.3f, 0.7f);
+  const Math::Position3D end = Ray::ahead(frame).at(2.0f);
+  const Math::Position3D expected = frame * Math::Position3D(2.0f, 0.0f, 0.0f);
+  EXPECT_NEAR(norm(Math::Position3D(end.x - expected.x, end.y - expected.y, end.z - expected.z)),
+              0.0f, 1e-6f);
 }
 
 }  // namespace

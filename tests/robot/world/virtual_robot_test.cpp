@@ -3,6 +3,7 @@
 #include <latch>
 #include <numbers>
 #include <optional>
+#include <set>
 #include <thread>
 
 #include "platform/ko/simulated_time.h"
@@ -12,6 +13,7 @@
 #include "platform/middleware/qv_proxy.h"
 #include "platform/middleware/qv_video_device_proxy.h"
 #include "platform/vision/qv_image.h"
+#include "robot/services/internal/input_listener.h"
 #include "tests/robot/world/room.h"
 #include "tests/support/log_capture.h"
 #include "tests/support/vocabulary.h"
@@ -119,17 +121,18 @@ TEST_F(VirtualRobotTest, followsItsCommandedVelocity) {
 
 TEST_F(VirtualRobotTest, odometryDriftsByTheGivenShareAndReproducibly) {
   world.odometryDrift = 0.05f;
-  robot().setVelocity(0.5f, 0.0f, 0.0f);
+  robot().setVelocity(0.5f, 0.25f, 0.0f);
   run(4000);
-  const float driven = robot().getOdometry().x;
-  EXPECT_THAT(robot().getPose(), IsPose(7, 3, 0));
-  EXPECT_NEAR(driven, 2.0f, 0.4f);
-  EXPECT_GT(std::abs(driven - 2.0f), 1e-3f);
+  const Math::Pose2D driven = robot().getOdometry();
+  EXPECT_THAT(robot().getPose(), IsPose(7, 4, 0));
+  EXPECT_NEAR(driven.x, 2.0f, 0.4f);
+  EXPECT_GT(std::abs(driven.x - 2.0f), 1e-3f);
+  EXPECT_NEAR(driven.y, 0.5f * driven.x, 1e-4f) << "in all directions alike";
   sut.reset();
   listener = boost::make_shared<Listener>();
-  robot().setVelocity(0.5f, 0.0f, 0.0f);
+  robot().setVelocity(0.5f, 0.25f, 0.0f);
   run(4000);
-  EXPECT_EQ(robot().getOdometry().x, driven);
+  EXPECT_EQ(robot().getOdometry(), driven);
 }
 
 TEST_F(VirtualRobotTest, aWallStopsItAndPressesTheBumperOnThatSide) {
@@ -203,6 +206,7 @@ TEST_F(VirtualRobotTest, reportsThePeopleItSeesWhileSomebodyListens) {
   world.people = {{{{7.09f, 3.5f}}}, {{{3.0f, 3.0f}}}, {{{8.0f, 2.5f}}}};
   world.boxes = {{{7.0f, 2.7f, 0.0f}, 0.1f, 0.6f, 0.0f, 2.0f}};
   run(1000);
+  EXPECT_FALSE(memory().getData(kPeople).isValid()) << "declared, though nobody was seen";
   listenTo(kPeople);
   run(200);
   const auto events = heard();
@@ -251,9 +255,39 @@ TEST_F(VirtualRobotTest, theDepthCameraShowsTheWallAhead) {
     return reinterpret_cast<const std::uint16_t*>(image->getPixels())[120 * 320 + 160];
   };
   EXPECT_NEAR(depthAhead(), 10000 - 5090, 1);
+  robot().setFault("DepthCamera", FaultKind::wrong);
+  EXPECT_NEAR(depthAhead(), 0.6f * (10000 - 5090), 1);
   sut.reset();
   world.dropOuts = 1.0f;
   EXPECT_EQ(depthAhead(), 0);
+}
+
+/** The inputs that a robot's listener got. */
+struct Inputs : InputListener {
+  void onWrite(const std::string& key, const QVValue&, bool) override { keys.insert(key); }
+  void onImage(int camera, const QVValue&) override { cameras.push_back(camera); }
+  void onStep(const BodyStep& step) override { poses.push_back(step.pose); }
+
+  std::set<std::string> keys;
+  std::vector<int> cameras;
+  std::vector<Math::Pose2D> poses;
+};
+
+TEST_F(VirtualRobotTest, aListenerGetsThePresentStateAndThenAllInputs) {
+  Inputs inputs;
+  run(100);
+  InputTap::set(robot(), &inputs);
+  EXPECT_THAT(inputs.keys, Contains("Device/Sonar/Front/Value"));
+  EXPECT_THAT(inputs.poses, ElementsAre(IsPose(5, 3, 0)));
+  robot().setVelocity(1.0f, 0.0f, 0.0f);
+  run(20);
+  QVVideoDeviceProxy video(broker());
+  video.getImageRemote(
+      video.subscribeCamera("test", kDepthCamera, k320x240Resolution, kDepthColorSpace, 10));
+  InputTap::set(robot(), nullptr);
+  run(20);
+  EXPECT_THAT(inputs.poses, ElementsAre(IsPose(5, 3, 0), IsPose(5.02, 3, 0)));
+  EXPECT_THAT(inputs.cameras, ElementsAre(kDepthCamera));
 }
 
 TEST_F(VirtualRobotTest, aSeedMakesARunTheSameAndAnotherOneMakesItDiffer) {
@@ -325,8 +359,10 @@ TEST_F(VirtualRobotTest, refusesInvalidWorldOptions) {
   };
   EXPECT_THAT(errorWith([](auto& o) { o.start.x = NAN; }), HasSubstr("a finite start"));
   EXPECT_THAT(errorWith([](auto& o) { o.dropOuts = 1.5f; }), HasSubstr("drop-outs from 0 to 1"));
+  EXPECT_THAT(errorWith([](auto& o) { o.wallHeight = 0.0f; }), HasSubstr("a wall height above 0"));
   EXPECT_THAT(errorWith([](auto& o) { o.boxes = {{{}, 0.0f}}; }), HasSubstr("box"));
   EXPECT_THAT(errorWith([](auto& o) { o.people = {{}}; }), HasSubstr("walker"));
+  EXPECT_THAT(errorWith([](auto& o) { o.people = {{{{1.0f, NAN}}}}; }), HasSubstr("walker"));
   EXPECT_THAT(errorWith([](auto& o) { o.stepPeriod = {}; }), HasSubstr("periods above 0"));
   EXPECT_THAT(errorOf([&] { VirtualRobot("/no/such.urdf", map); }), HasSubstr("/no/such.urdf"));
   EXPECT_THAT(errorOf([&] { robot().setVelocity(NAN, 0, 0); }), HasSubstr("velocity"));

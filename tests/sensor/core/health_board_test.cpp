@@ -1,10 +1,13 @@
 #include "sensor/core/internal/health_board.h"
 
 #include <functional>
+#include <latch>
 #include <map>
+#include <thread>
 
 #include "platform/ko/simulated_time.h"
 #include "tests/support/fake_sensor.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::sensor {
@@ -93,6 +96,21 @@ TEST_F(HealthBoardTest, ignoresFaultsCausedByTheProcessClockAlone) {
   }
 }
 
+TEST_F(HealthBoardTest, aTickJudgesUnlessAnotherDidWithinThePeriod) {
+  ko::SimulatedTime time{timeOf(1000.0)};
+  int told = 0;
+  sut.setCallback([&told](const std::string&, const SensorHealth&) { ++told; });
+  sut.tick(milliseconds(100));
+  const int before = told;
+  hardware->setDiagnosis(false);
+  time.advance(milliseconds(99));
+  sut.tick(milliseconds(100));
+  EXPECT_EQ(told, before);
+  time.advance(milliseconds(1));
+  sut.tick(milliseconds(100));
+  EXPECT_EQ(told, before + 1);
+}
+
 TEST(SensorManager, knowsAtTheFirstQuestionWhatTheHardwareDidBefore) {
   test::FakeManager sut;
   const auto read = sut.add("Read", "F");
@@ -143,6 +161,57 @@ TEST(SensorManager, whatACallbackHoldsMayAskForHealthAsItGoes) {
   sut.setSensorDiagnosis("Laser", false);
   sut.getHealth();
   EXPECT_EQ(calls, 1);
+}
+
+/** A callback that says when it is copied. */
+struct CopiedCallback {
+  explicit CopiedCallback(const std::function<void()>& onCopy) : onCopy(onCopy) {}
+  CopiedCallback(const CopiedCallback& other) : onCopy(other.onCopy) { onCopy(); }
+  void operator()(const std::string&, const SensorHealth&) const {}
+  std::function<void()> onCopy;
+};
+
+TEST(SensorManager, aCallbackIsNotReplacedWhileItIsTaken) {
+  test::FakeManager sut;
+  sut.add("Laser", "F");
+  std::latch taking(1);
+  std::atomic<bool> isArmed{false};
+  std::atomic<bool> isReplaced{false};
+  sut.onHealthChanged(CopiedCallback([&] {
+    if (!isArmed.exchange(false)) return;
+    taking.count_down();
+    for (int i = 0; i < 200; ++i) std::this_thread::yield();
+    EXPECT_FALSE(isReplaced);
+  }));
+  sut.setSensorDiagnosis("Laser", false);
+  std::thread other([&] {
+    taking.wait();
+    sut.onHealthChanged({});
+    isReplaced = true;
+  });
+  isArmed = true;
+  sut.getHealth();
+  other.join();
+}
+
+TEST(SensorManager, limitsAndTroublesMayChangeOnAllThreads) {
+  const test::LogCapture quiet;
+  test::FakeManager sut;
+  sut.add("Laser", "F");
+  std::latch go(2);
+  const auto meddle = [&](const std::string& text) {
+    go.arrive_and_wait();
+    for (int i = 0; i < 1000; ++i) {
+      sut.setHealthLimit({"Laser", HealthLimit::age, i % 2 + 1.0});
+      EXPECT_GE(sut.getHealthLimit("Laser", HealthLimit::age).value(), 1.0);
+      sut.logTrouble("Missing", "Test", "meddle", text);
+      EXPECT_THAT(sut.getLastTrouble("Missing")->message, SizeIs(40));
+      EXPECT_THAT(sut.getHealth(), SizeIs(2));
+    }
+  };
+  std::thread other(meddle, std::string(40, 'a'));
+  meddle(std::string(40, 'b'));
+  other.join();
 }
 
 TEST(HealthRule, refusesAMalformedRuleAndSaysWhatIsExpected) {

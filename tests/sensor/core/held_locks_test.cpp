@@ -116,6 +116,14 @@ const Case kCases[] = {
     {"a sensor's reading, for a stop", startLeft, readLeft, disableLeft,
      "the stop of \"Left\" would wait for ever: on the same thread Sensor::getData of \"Left\" has "
      "not returned"},
+    {"a sensor's reading, for its last subscriber", startLeft, readLeft,
+     [](World& w) {
+       const std::string error = errorOf([&] { w.left->unsubscribe("a"); });
+       EXPECT_EQ(w.left->getSubscribers().empty(), error.empty()) << "a refusal changes nothing";
+       if (!error.empty()) throw std::runtime_error(error);
+     },
+     "the stop of \"Left\" would wait for ever: on the same thread Sensor::getData of \"Left\" has "
+     "not returned"},
     {"a sensor's start, for a subscriber", nothing, startLeft,
      [](World& w) { w.left->subscribe("b"); },
      "Sensor::subscribe of \"Left\" would wait for ever: on the same thread Sensor::subscribe of "

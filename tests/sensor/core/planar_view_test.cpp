@@ -119,12 +119,14 @@ TEST(PlanarView, comparesAsAnglesAndRangesSay) {
     const int kind = static_cast<int>(draw(0.0, 12.0));
     eye.half = kind == 0 ? 0.0 : kind < 9 ? draw(0.1, 1.1) : draw(1.2, 2.3);
     eye.isArc = kind % 3 == 1;
-    eye.tilt = kind % 2 == 0 ? 0.0 : draw(0.1, 1.0);
+    eye.tilt = kind % 2 == 0 ? 0.0 : draw(0.1, 1.45);
     for (int i = 0; i < 8; ++i) {
       const double angle = draw(-1.4, 1.4) * eye.half;
       const double range = draw(0.5 * eye.minRange, 1.1 * eye.maxRange);
       eye.points.push_back({range * std::cos(angle), range * std::sin(angle)});
     }
+    // Out of its range, both of them.
+    eye.points.insert(eye.points.end(), {{eye.minRange, 0.0}, {eye.maxRange, 0.0}});
     return eye;
   };
   int compared = 0;

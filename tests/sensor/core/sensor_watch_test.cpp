@@ -2,6 +2,7 @@
 
 #include <random>
 #include <string>
+#include <utility>
 
 #include "platform/ko/simulated_time.h"
 #include "sensor/core/internal/health_judge.h"
@@ -18,6 +19,7 @@ constexpr char kRests[] = "it rests";
 constexpr double kMillisecond = 1e6;
 constexpr std::int64_t kPatience = 400'000'000;
 constexpr int kAtOnce = 50;
+constexpr int kExamined = 550;
 
 enum class Reading { other, same, impossible, stale, none, excused, throwing };
 
@@ -34,7 +36,9 @@ class WatchedReadings {
   void start() {
     watch.begin();
     failures = 0;
-    recordAt = answeredAt = Time();
+    recordAt = answeredAt = impossibleSince = Time();
+    lastStamp = Time();
+    stamps = 0;
   }
 
   void read(Reading reading) {
@@ -45,6 +49,8 @@ class WatchedReadings {
     failures = reading == Reading::throwing ? failures + 1 : 0;
     isEmpty = reading >= Reading::none;
     if (!isEmpty) recordAt = now;
+    if (reading != Reading::impossible) impossibleSince = Time();
+    if (reading == Reading::impossible && impossibleSince == Time()) impossibleSince = now;
     if (!isEmpty || isExcused) answeredAt = now;
     if (reading == Reading::throwing) return watch.failReading();
     watch.endReading(isEmpty ? std::vector<Math::MetricalData>{}
@@ -59,6 +65,11 @@ class WatchedReadings {
     EXPECT_LE(millisecondsFrom(notes.getRecordAt(), recordAt), kAtOnce);
     EXPECT_LE(millisecondsFrom(notes.getAnsweredAt(), answeredAt), kAtOnce);
     EXPECT_EQ(watch.getReadingSince(), 0);
+    EXPECT_LE(notes.stamps, stamps);
+    // One reading within 500 ms is examined. Only ranges can be impossible.
+    const bool isGarbage = impossibleSince != Time() && watch.getNature().showsMotion &&
+                           millisecondsFrom(inNs(impossibleSince), ko::Clock::now()) > kExamined;
+    EXPECT_TRUE(!isGarbage || notes.garbage != 0);
   }
 
   void expectCalmIsSound(bool isMoving) {
@@ -87,6 +98,7 @@ class WatchedReadings {
     Math::MetricalData result;
     result.fieldOfView = {0.1f, 5.0f, 1.0f, 1};
     result.timestamp = reading == Reading::stale ? Time(milliseconds(900)) : now;
+    if (std::exchange(lastStamp, result.timestamp) != result.timestamp) ++stamps;
     if (reading == Reading::other) range = range > 3.0f ? 1.0f : range + 0.1f;
     result.points = {{reading == Reading::impossible ? -1.0f : range, 0.0f, 0.0f}};
     return result;
@@ -99,6 +111,11 @@ class WatchedReadings {
   bool isExcused = false;
   Time recordAt;
   Time answeredAt;
+  /** The first of the impossible readings without another in between. */
+  Time impossibleSince;
+  /** The records since the start whose time differs from that of the one before. */
+  std::uint32_t stamps = 0;
+  Time lastStamp;
 };
 
 const std::vector<std::pair<const char*, HealthNature>> kNatures{
@@ -132,6 +149,19 @@ TEST(SensorWatch, notesWhatReadingsShowAndCallsNothingCalmThatIsNotSound) {
       calms += sut.calms;
     }
     EXPECT_GT(calms, 200) << name;
+  }
+}
+
+TEST(SensorWatch, whileItIsOffNotesReadingsUntilASecondStampShowsThatRecordsAreFresh) {
+  SensorWatch sut;
+  sut.setNature(kNatures[0].second);
+  sut.begin();
+  for (const auto& [stamp, isNoted] : {std::pair{1, true}, {1, true}, {2, false}}) {
+    const ko::SimulatedTime time{Time(milliseconds(1000 * stamp))};
+    sut.beginReading();
+    sut.endReading(
+        {{"Laser", "Lasers", {0.1f, 5.0f, 1.0f, 1}, {}, {{1.0f, 0.0f, 0.0f}}, ko::Clock::now()}});
+    EXPECT_EQ(sut.notesNext(), isNoted) << stamp;
   }
 }
 

@@ -92,6 +92,9 @@ TEST_F(NavigationModuleTest, givesTheAnswersOfItsManager) {
   time.advance(milliseconds(100));
   EXPECT_EQ(recordsFromQVValue(sensors.call<QVValue>("getAllMetricalData")),
             sut->getManager().getMetricalData());
+  QVMemoryProxy(broker).raiseEvent("PeoplePerception/PeopleDetected", 7);
+  time.runDue();
+  EXPECT_NE(troubleOf("PeoplePerception"), "");
 }
 
 TEST_F(NavigationModuleTest, refusesArgumentsThatAreNoNames) {

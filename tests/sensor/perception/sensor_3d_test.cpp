@@ -4,6 +4,7 @@
 #include <latch>
 #include <thread>
 
+#include "sensor/core/internal/health_board.h"
 #include "tests/sensor/perception/sensor_3d_fixture.h"
 
 namespace QV::sensor {
@@ -66,6 +67,27 @@ TEST_F(Sensor3DTest, anImageWithoutDepthLeavesNoRecord) {
   depth = 0;
   EXPECT_THAT(next(), IsEmpty());
   EXPECT_THAT(log.lines(), IsEmpty());
+}
+
+TEST_F(Sensor3DTest, imagesInWhichNoNeighboursAreAlikeAreNoisy) {
+  startBefore(1000);
+  const HealthBoard::Sensors sensors{{"Depth", {boost::shared_ptr<Sensor>(), &*sut}}};
+  HealthBoard health(sensors);
+  health.describe(*sut, {Model::PointMeaning::scan}, milliseconds(100));
+  const auto healthAfter = [&](int images) {
+    for (int i = 0; i < images; ++i) {
+      next();
+      health.tick();
+    }
+    return health.get("Depth")->state;
+  };
+  health.beAsked();
+  health.setRefreshed(true);
+  EXPECT_EQ(healthAfter(20), HealthState::sound);
+  cv::randu(depth, 500, 8000);
+  // What no camera measures has a line in the log.
+  fill({100, 100, 1, 1}, 65535);
+  EXPECT_EQ(healthAfter(20), HealthState::noisy) << health.get("Depth")->reason;
 }
 
 TEST_F(Sensor3DTest, anImageWithoutATransformIsHeldUntilTheNextOneIsAskedFor) {

@@ -59,6 +59,11 @@ TEST_F(ObstructionTest, onlyTheForearmsAreLoadedInTheOrderOfTheirNames) {
   EXPECT_THAT(namesOfLoadedShapes(), ElementsAre("a", "b", "c", "d"));
   EXPECT_EQ(shapes[1]->getParentJoint(), "RElbowRoll");
   EXPECT_THAT(log.lines(), IsEmpty());
+  EXPECT_THAT(buildTransformsFromCollisionShapes(shapes, QVMotionProxy(broker)), SizeIs(4));
+  EXPECT_THAT(broker->callsTo("QVMotion"), ElementsAre("getTransform[\"LElbowRoll\", 0, true]",
+                                                       "getTransform[\"RElbowRoll\", 0, true]",
+                                                       "getTransform[\"LElbowRoll\", 0, true]",
+                                                       "getTransform[\"RElbowRoll\", 0, true]"));
 
   description = robot(link("Head", collision("head", sphere)));
   EXPECT_THAT(namesOfLoadedShapes(), IsEmpty());
