@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <numbers>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -221,10 +220,7 @@ void TopicSurveyor::xMount(ToldSensor& sensor) const {
 }
 
 void TopicSurveyor::xMountCamera(ToldSensor& sensor) const {
-  // Converts from the optical frame (x right, y down, z forward).
-  constexpr float kQuarter = 0.5f * std::numbers::pi_v<float>;
-  sensor.mounting =
-      sensor.mounting * Math::inverse(Math::rotationFrom3DRotation(-kQuarter, 0.0f, -kQuarter));
+  sensor.mounting = sensor.mounting * cameraInOptics();
   for (const auto& info : infos) {
     const auto aperture = apertureOf(info.width, info.k[0]);
     if (withoutSlash(info.header.frame_id) != sensor.frame || !aperture) continue;

@@ -19,7 +19,7 @@ using testing::HasSubstr;
 using testing::IsEmpty;
 
 const std::string kMountedRobot = R"(<robot name="mine"><kind code="1"/><link name="base_link"/>
-  <sensor name="Front" type="Laser"><origin xyz="0.2 0 0"/><property key="regIndex" value="1"/>
+  <sensor name="Front" type="Laser"><origin xyz="0.2 0 0" rpy="0 0 1.5707963"/><property key="regIndex" value="1"/>
     <property key="maximumDetectionDistance" value="5"/>
     <property key="minimumDetectionDistance" value="0.1"/>
     <property key="horizontalAngularRange" value="2"/>
@@ -34,7 +34,7 @@ const std::string kMountedRobot = R"(<robot name="mine"><kind code="1"/><link na
 sensor_msgs::LaserScan scanIn(const std::string& frame) {
   sensor_msgs::LaserScan scan;
   scan.header.frame_id = frame;
-  scan.angle_min = -1.0f;
+  scan.angle_min = 0.5707963f;
   scan.angle_increment = 0.5f;
   scan.range_min = 0.1f;
   scan.range_max = 5.0f;
@@ -42,16 +42,27 @@ sensor_msgs::LaserScan scanIn(const std::string& frame) {
   return scan;
 }
 
-/** A frame, turned to the left by a right angle if `isTurned`. */
+sensor_msgs::Image imageIn(const std::string& frame) {
+  auto image = test::sampleImage("32FC1", 4, 0x3f);
+  image.header.frame_id = frame;
+  return image;
+}
+
+constexpr geometry_msgs::Quaternion kStraight{0.0, 0.0, 0.0, 1.0};
+constexpr geometry_msgs::Quaternion kLeft{0.0, 0.0, 0.70710678, 0.70710678};
+constexpr geometry_msgs::Quaternion kUpsideDown{0.0, 1.0, 0.0, 0.0};
+constexpr geometry_msgs::Quaternion kOptics{-0.5, 0.5, -0.5, 0.5};
+/** The optics of a camera that lies on its side. */
+constexpr geometry_msgs::Quaternion kTiltedOptics{-0.70710678, 0.0, -0.70710678, 0.0};
+
 tf2_msgs::TFMessage framed(const std::string& parent, const std::string& child, double x,
-                           bool isTurned = false) {
+                           const geometry_msgs::Quaternion& turn = kStraight) {
   tf2_msgs::TFMessage message;
   auto& frame = message.transforms.emplace_back();
   frame.header.frame_id = parent;
   frame.child_frame_id = child;
   frame.transform.translation.x = x;
-  frame.transform.rotation = {0.0, 0.0, isTurned ? std::sqrt(0.5) : 0.0,
-                              isTurned ? std::sqrt(0.5) : 1.0};
+  frame.transform.rotation = turn;
   return message;
 }
 
@@ -81,6 +92,7 @@ struct ToldFramesTest : testing::Test {
     const auto lines = log.lines(ko::log::Level::warning);
     for (int i = 0; i < 10; ++i) tell("/Front/scan", scanIn("Front"));
     for (int i = 0; i < 10; ++i) tell("/Ear/range", test::sampleRange(0.1f, 1.0f, "ear"));
+    for (int i = 0; i < 10; ++i) tell("/Eye/image", imageIn("Eye"));
     return lines.empty() ? "" : lines.front();
   }
   void passTwoSeconds() {
@@ -106,7 +118,7 @@ TEST_F(ToldFramesTest, aMessageIsInItsSensorsFrameOrInOneOfTfAtTheSamePlace) {
   EXPECT_EQ(refusalOf("/Front/scan", scanIn("anything")), "") << "without tf";
   tell("/tf", framed("odom", "base_link", 3.0));
   tell("/tf", framed("base_link", "laser_link", 0.25));
-  tell("/tf", framed("base_link", "turned", 0.2, true));
+  tell("/tf", framed("base_link", "turned", 0.2, kLeft));
   EXPECT_EQ(refusalOf("/Front/scan", scanIn("/laser_link")), "");
   EXPECT_THAT(refusalOf("/Front/scan", scanIn("base_link")),
               HasSubstr("a frame where the description mounts Front expected, \"base_link\" "
@@ -120,15 +132,28 @@ TEST_F(ToldFramesTest, aMessageIsInItsSensorsFrameOrInOneOfTfAtTheSamePlace) {
   EXPECT_EQ(refusalOf("/Ear/range", test::sampleRange(0.1f, 1.0f, "base_link")), "");
 }
 
+// The scan's middle is to the left of its frame.
+TEST_F(ToldFramesTest, aLaserMayLookAsideButNotUpsideDownNorACameraLieOnItsSide) {
+  for (const auto& [name, turn] :
+       {std::pair("laser_link", kStraight), std::pair("rolled", kUpsideDown),
+        std::pair("optics", kOptics), std::pair("tilted", kTiltedOptics)})
+    tell("/tf", framed("base_link", name, 0.1, turn));
+  EXPECT_EQ(refusalOf("/Front/scan", scanIn("laser_link")), "");
+  EXPECT_THAT(refusalOf("/Front/scan", scanIn("rolled")), HasSubstr(" 3.14"));
+  EXPECT_THAT(refusalOf("/Eye/image", imageIn("tilted")), HasSubstr(" 1.57"));
+  EXPECT_EQ(refusalOf("/Eye/image", imageIn("optics")), "");
+  EXPECT_EQ(refusalOf("/Eye/image", imageIn("base_link")), "");
+}
+
 TEST_F(ToldFramesTest, peopleOfEveryFrameAreWhereTheyAre) {
-  tell("/tf", framed("map", "base_link", 3.0, true));
+  tell("/tf", framed("map", "base_link", 3.0, kLeft));
   struct Person {
     const char* frame;
     geometry_msgs::Point at;
   };
   for (const auto& [name, at] :
        {Person{"map", {2.0, 2.0, 1.0}}, Person{"base_link", {2.0, 1.0, 1.0}},
-        Person{"Eye", {2.0, 1.0, 0.0}}, Person{"Front", {1.8, 1.0, 1.0}}}) {
+        Person{"Eye", {2.0, 1.0, 0.0}}, Person{"Front", {1.0, -1.8, 1.0}}}) {
     vision_msgs::Detection3DArray people;
     people.header.frame_id = name;
     people.detections.resize(1);
