@@ -68,7 +68,8 @@ class QV_API HeardRobot {
   const boost::shared_ptr<QVBroker>& getBroker() const;
   /** Returns the description, as URDF. */
   const std::string& getDescription() const;
-  /** Returns the pose (m, rad) in the root frame of tf, or without tf in the odometry's frame. */
+  /** Returns the pose (m, rad) in the map or, as the log then says, in the root frame of tf or in
+   * that of odometry. */
   Math::Pose2D getPose() const;
   /** Publishes a velocity on cmd_vel (x forward, y left in m/s; theta in rad/s) until the next
    * call. */

@@ -1,4 +1,6 @@
-#include <cmath>
+#include <memory>
+#include <optional>
+#include <utility>
 
 #include <boost/make_shared.hpp>
 #include <gmock/gmock.h>
@@ -77,12 +79,12 @@ nav_msgs::Odometry odometryOf(const std::string& child, double x) {
 
 /** A robot that is read by a description. */
 struct ToldFramesTest : testing::Test {
-  ToldFramesTest() { navigation->getManager().subscribe("test"); }
+  ToldFramesTest() { startAgain(); }
 
   template <typename Message>
   void tell(const std::string& topic, const Message& message) {
     const Bytes cdr = toCdr(message);
-    sut.tell({topic, Message::getType().getName(), cdr});
+    sut->tell({topic, Message::getType().getName(), cdr});
   }
   /** What the log has of a message; empty if it is used. */
   template <typename Message>
@@ -101,15 +103,24 @@ struct ToldFramesTest : testing::Test {
     tell("/joint_states", sensor_msgs::JointState());
   }
 
+  /** Ends the session, and begins another one. */
+  void startAgain() {
+    hosting.reset();
+    sut = std::make_unique<ToldModules>(
+        kMountedRobot,
+        surveyDescription(Model::ModelUtils::robotFromXml(kMountedRobot),
+                          Model::SensorKinds::standard()),
+        [](const auto&) { return ko::Clock::now(); }, "Test");
+    navigation = boost::make_shared<sensor::NavigationModule>(sut->getBroker());
+    hosting.emplace(sut->getBroker(), navigation);
+    navigation->getManager().subscribe("test");
+  }
+
   test::LogCapture log;
   ko::SimulatedTime time;
-  ToldModules sut{kMountedRobot,
-                  surveyDescription(Model::ModelUtils::robotFromXml(kMountedRobot),
-                                    Model::SensorKinds::standard()),
-                  [](const auto&) { return ko::Clock::now(); }, "Test"};
-  const boost::shared_ptr<sensor::NavigationModule> navigation =
-      boost::make_shared<sensor::NavigationModule>(sut.getBroker());
-  const ScopedModule hosting{sut.getBroker(), navigation};
+  std::unique_ptr<ToldModules> sut;
+  boost::shared_ptr<sensor::NavigationModule> navigation;
+  std::optional<ScopedModule> hosting;
 };
 
 TEST_F(ToldFramesTest, aMessageIsInItsSensorsFrameOrInOneOfTfAtTheSamePlace) {
@@ -176,41 +187,76 @@ TEST_F(ToldFramesTest, peopleOfEveryFrameAreWhereTheyAre) {
 
 TEST_F(ToldFramesTest, theRobotIsWhereTfHasItsRootOrElseTheFrameThatOdometryMoves) {
   tell("/odom", odometryOf("robot1/base", 1.0));
-  EXPECT_FLOAT_EQ(sut.getPose().x, 1.0f);
+  EXPECT_FLOAT_EQ(sut->getPose().x, 1.0f);
   tell("/tf", framed("odom", "robot1/base", 2.0));
-  EXPECT_FLOAT_EQ(sut.getPose().x, 2.0f);
+  EXPECT_FLOAT_EQ(sut->getPose().x, 2.0f);
   tell("/tf", framed("map", "odom", 5.0));
   tell("/odom", odometryOf("robot1/base", 2.5));
-  EXPECT_FLOAT_EQ(sut.getPose().x, 7.0f);
+  EXPECT_FLOAT_EQ(sut->getPose().x, 7.0f);
   tell("/tf", framed("robot1/base", "base_link", 0.5));
-  EXPECT_FLOAT_EQ(sut.getPose().x, 7.5f);
+  EXPECT_FLOAT_EQ(sut->getPose().x, 7.5f);
+  tell("/tf", framed("earth", "map", 1000.0));
+  EXPECT_FLOAT_EQ(sut->getPose().x, 7.5f);
   EXPECT_THAT(log.lines(ko::log::Level::warning), IsEmpty());
 }
 
-TEST_F(ToldFramesTest, odometryMovesTheFrameThatTheRootHangsOn) {
+TEST_F(ToldFramesTest, odometryMovesTheFrameThatTheRootHangsOnOrThatHangsOnIt) {
   tell("/tf", framed("base_footprint", "base_link", 0.5));
   tell("/odom", odometryOf("base_footprint", 1.0));
-  EXPECT_FLOAT_EQ(sut.getPose().x, 1.5f);
+  EXPECT_FLOAT_EQ(sut->getPose().x, 1.5f);
+  startAgain();
+  tell("/tf", framed("base_link", "base_footprint", -0.5));
+  tell("/odom", odometryOf("base_footprint", 1.0));
+  EXPECT_FLOAT_EQ(sut->getPose().x, 1.5f);
 }
 
-TEST_F(ToldFramesTest, saysOnceOnEachChangeThatTfDoesNotPlaceTheRobot) {
+// Messages come before odometry names the frame that tf moves.
+TEST_F(ToldFramesTest, aFrameMayHangOnTheRootOrOnTheFrameThatOdometryMoves) {
+  const auto peopleIn = [](const std::string& frame) {
+    vision_msgs::Detection3DArray people;
+    people.header.frame_id = frame;
+    return people;
+  };
+  tell("/tf", framed("odom", "base_footprint", 2.0));
+  tell("/tf", framed("base_link", "laser_link", 0.2));
+  tell("/odom", odometryOf("base_footprint", 2.0));
   passTwoSeconds();
+  EXPECT_EQ(refusalOf("/Front/scan", scanIn("laser_link")), "");
+  EXPECT_FLOAT_EQ(sut->getPose().x, 2.0f);
+  startAgain();
+  tell("/tf", framed("base_footprint", "cam", 0.2));
+  tell("/odom", odometryOf("base_footprint", 2.0));
   passTwoSeconds();
+  EXPECT_EQ(refusalOf("/people", peopleIn("cam")), "");
+}
+
+TEST_F(ToldFramesTest, saysOnceOnEachChangeThatTfDoesNotPlaceTheRobotInTheMap) {
+  const auto passLong = [this] {
+    passTwoSeconds();
+    passTwoSeconds();
+  };
+  passLong();
   tell("/odom", odometryOf("robot1/base", 1.0));
-  passTwoSeconds();
-  passTwoSeconds();
+  passLong();
   tell("/tf", framed("odom", "robot1/base", 2.0));
-  passTwoSeconds();
-  passTwoSeconds();
+  passLong();
+  tell("/tf", framed("map", "odom", 2.0));
+  passLong();
+  tell("/tf", framed("odom", "robot1/base", 2.5));
+  startAgain();
+  tell("/tf", framed("odom", "base_link", 2.5));
+  startAgain();
   auto said = log.lines(ko::log::Level::info);
   std::erase_if(said,
                 [](const std::string& line) { return line.find(" Test.") == std::string::npos; });
+  const auto inOdometry = HasSubstr("base_link is in \"map\": the pose is in \"odom\"");
   EXPECT_THAT(
       said, ElementsAre(
                 HasSubstr("neither tf nor odometry says where base_link is: the pose stays 0,0,0"),
                 HasSubstr("tf does not say where base_link is: the pose is that of odometry, in "
                           "\"odom\""),
-                HasSubstr("tf says where robot1/base is")));
+                HasSubstr("robot1/base is in \"map\": the pose is in \"odom\""),
+                HasSubstr("tf says where the robot is in \"map\""), inOdometry));
 }
 
 }  // namespace
