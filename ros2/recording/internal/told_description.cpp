@@ -13,11 +13,11 @@ std::string textOf(float value) {
   return QVValue(value).toText();
 }
 
-// A recording may call a topic anything.
+// A recording may call topics and frames anything.
 std::string escaped(const std::string& text) {
   std::string result;
   for (const char letter : text) {
-    const bool isPlain = std::string_view("&<\"").find(letter) == std::string_view::npos;
+    const bool isPlain = std::string_view("&<\"\t\n\r").find(letter) == std::string_view::npos;
     result += isPlain ? std::string(1, letter) : "&#" + std::to_string(int{letter}) + ";";
   }
   return result;

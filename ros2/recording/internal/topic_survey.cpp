@@ -164,6 +164,9 @@ void TopicSurveyor::xTake(const ToldMessage& message) {
     infos.push_back(fromCdr<sensor_msgs::CameraInfo>(cdr));
   if (missing.count(topic) == 0) return;
   auto sensor = sensorOf(message);
+  // The text of a description would end there.
+  if (sensor && sensor->frame->find('\0') != std::string::npos)
+    throw std::runtime_error("a frame's name without zeros expected");
   missing.erase(topic);
   if (!sensor) return;
   if (survey.sensors.size() == kMostSensors) return xLeaveOut(topic);

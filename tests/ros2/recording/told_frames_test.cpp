@@ -210,7 +210,6 @@ TEST_F(ToldFramesTest, odometryMovesTheFrameThatTheRootHangsOnOrThatHangsOnIt) {
   EXPECT_FLOAT_EQ(sut->getPose().x, 1.5f);
 }
 
-// Messages come before odometry names the frame that tf moves.
 TEST_F(ToldFramesTest, aFrameMayHangOnTheRootOrOnTheFrameThatOdometryMoves) {
   const auto peopleIn = [](const std::string& frame) {
     vision_msgs::Detection3DArray people;
