@@ -64,7 +64,7 @@ tf2_msgs::TFMessage frames() {
 
 nav_msgs::Odometry odometry() {
   nav_msgs::Odometry odometry;
-  odometry.child_frame_id = "base";
+  odometry.child_frame_id = "foot";
   odometry.pose.pose.orientation.w = 1.0;
   return odometry;
 }
@@ -162,6 +162,8 @@ void tellRobot(std::span<const std::uint8_t> input) {
   std::set<std::string> told;
   forEachMessage(input, [&](const ToldMessage& message) {
     modules.tell(message);
+    // What a robot refuses or says only after seconds comes up, too.
+    quietTime().advance(boost::chrono::milliseconds(300));
     told.insert(message.topic);
   });
   for (const auto& [topic, sensor] : modules.getSurvey().sensors) {

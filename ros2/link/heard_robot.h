@@ -67,7 +67,8 @@ class QV_API HeardRobot {
   const boost::shared_ptr<QVBroker>& getBroker() const;
   /** The description, as URDF. */
   const std::string& getDescription() const;
-  /** The pose in the root frame of tf, or without tf in the odometry's frame. */
+  /** The pose (m, rad) in the map, or, as the log then says, in the root frame of tf or in that of
+   * odometry. */
   Math::Pose2D getPose() const;
   /** Publishes a velocity on cmd_vel (x forward, y left, theta) until the next call. */
   void drive(const Math::Pose2D& velocity);

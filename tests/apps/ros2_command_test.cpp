@@ -46,7 +46,8 @@ TEST(Ros2Command, refusesInvalidOptionsWithTheReason) {
       {{"ros2", "--list", "--robot", "porter", "--ros2-namespace", "a b"},
        "--ros2: a namespace of letters, digits and _"},
       {{"ros2", "--list", "--robot", "porter", "--ros2-frame", "FrontLasr:=laser"},
-       "--ros2: a frame of the robot expected (map, odom, base or a sensor), \"FrontLasr\" given"},
+       "--ros2: a frame of the robot expected (map, odom, base, a sensor or NAME_optical of a "
+       "camera), \"FrontLasr\" given"},
       {{"serve", "--robot", "porter", "--speed", "0"},
        "--speed: a number from 0.1 to 100 or max expected, \"0\" given"}};
   for (const BadInput& input : inputs) {

@@ -34,7 +34,7 @@ void checkFrames(const FrameNames& names, const std::set<std::string>& frames) {
   }
 }
 
-/** std::invalid_argument for two links of one name in the description. */
+/** std::invalid_argument for a frame with the name of another link, as tf may have both. */
 void checkLinks(const session::Session& session,
                 const std::map<std::string, std::string>& renamed) {
   if (!session.getDescription()) return;
@@ -42,10 +42,10 @@ void checkLinks(const session::Session& session,
   const auto isLink = [&](const std::string& name) {
     return std::ranges::find(links, name) != links.end();
   };
-  for (const auto& [link, name] : renamed) {
-    if (isLink(link) && isLink(name) && renamed.count(name) == 0)
+  for (const auto& [frame, name] : renamed) {
+    if (name != frame && isLink(name) && renamed.count(name) == 0)
       throw std::invalid_argument("a name that no other link has expected, \"" + name +
-                                  "\" given for " + link);
+                                  "\" given for " + frame);
   }
 }
 
@@ -88,9 +88,9 @@ FrameNames frameNamesOf(const session::Session& session, const GraphRobotOptions
   const auto known = framesOf(session);
   for (const auto& [name, renamed] : options.frames) {
     if (known.count(name) == 0)
-      throw std::invalid_argument("a frame of the robot expected (map, odom, " +
-                                  FrameNames(session).ofBase() + " or a sensor), \"" + name +
-                                  "\" given");
+      throw std::invalid_argument(
+          "a frame of the robot expected (map, odom, " + FrameNames(session).ofBase() +
+          ", a sensor or NAME_optical of a camera), \"" + name + "\" given");
   }
   FrameNames names(session, options.frames, options.framePrefix);
   checkFrames(names, known);

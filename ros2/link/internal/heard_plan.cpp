@@ -57,8 +57,10 @@ boost::shared_ptr<const OccupancyMap> fetchMap(HeardPlan& plan) {
   while (MachineClock::now() < end) {
     for (const HeardMessage& message : plan.mailbox->take()) {
       try {
-        return boost::make_shared<OccupancyMap>(
-            mapOf(fromCdr<nav_msgs::OccupancyGrid>(message.cdr)));
+        const auto grid = fromCdr<nav_msgs::OccupancyGrid>(message.cdr);
+        auto map = boost::make_shared<OccupancyMap>(mapOf(grid));
+        plan.mapFrame = withoutSlash(grid.header.frame_id);
+        return map;
       } catch (const std::exception& error) {
         ko::log::warning("ROS2", "open") << topic << ": refused: " << error.what();
         return nullptr;
@@ -138,6 +140,7 @@ HeardPlan planRobot(const HeardRobotOptions& options) {
   } else {
     surveyDescribed(plan);
   }
+  if (!plan.mapFrame.empty()) plan.survey.map = plan.mapFrame;
   checkRemaps(plan, options.graph.remaps);
   return plan;
 }

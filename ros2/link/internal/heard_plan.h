@@ -35,6 +35,8 @@ struct HeardPlan {
   std::string description;
   TopicSurvey survey;
   boost::shared_ptr<const OccupancyMap> map;
+  /** Empty if no message names it. */
+  std::string mapFrame;
   sensor::SensorFactory sensors;
 
   const Model::SensorKinds& getKinds() const { return sensors.getKinds(); }

@@ -2,6 +2,7 @@
 
 #include <algorithm>
 #include <cmath>
+#include <numbers>
 #include <stdexcept>
 #include <utility>
 
@@ -93,6 +94,11 @@ Math::Transform transformOf(const geometry_msgs::Transform& transform) {
       2 * (x * y + w * z),     1 - 2 * (x * x + z * z), 2 * (y * z - w * x),     at.y,
       2 * (x * z - w * y),     2 * (y * z + w * x),     1 - 2 * (x * x + y * y), at.z};
   return Math::Transform(std::vector<float>(std::begin(rows), std::end(rows)));
+}
+
+Math::Transform cameraInOptics() {
+  constexpr float kQuarter = 0.5f * std::numbers::pi_v<float>;
+  return Math::inverse(Math::rotationFrom3DRotation(-kQuarter, 0.0f, -kQuarter));
 }
 
 nav_msgs::OccupancyGrid gridOf(const OccupancyMap& map) {

@@ -31,6 +31,8 @@ QV_API Math::Pose2D poseOf(const geometry_msgs::Pose& pose);
 QV_API geometry_msgs::Pose poseOf(const Math::Transform& transform);
 geometry_msgs::Transform transformOf(const geometry_msgs::Pose& pose);
 Math::Transform transformOf(const geometry_msgs::Transform& transform);
+/** A camera, x ahead, in its optical frame: x to the right, y down, z ahead. */
+Math::Transform cameraInOptics();
 
 nav_msgs::OccupancyGrid gridOf(const OccupancyMap& map);
 /** std::runtime_error for one that is no map. */

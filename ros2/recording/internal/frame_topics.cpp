@@ -1,5 +1,6 @@
 #include "ros2/recording/internal/frame_topics.h"
 
+#include <algorithm>
 #include <exception>
 
 #include "platform/middleware/contracts/motion_contract.h"
@@ -22,36 +23,58 @@ geometry_msgs::Pose opticalPose() {
   return {{}, {-0.5, 0.5, -0.5, 0.5}};
 }
 
+/** True if a joint with a position is between the sensor and the root: what moves is not static. */
+bool isMoved(const Model::Robot& robot, const Model::SensorConfig& sensor) {
+  const auto above = [&](const std::string& link) {
+    return std::ranges::find(robot.joints, link, &Model::JointConfig::childLink);
+  };
+  for (auto joint = above(sensor.parentLink); joint != robot.joints.end();
+       joint = above(joint->parentLink))
+    if (Model::hasPosition(joint->type)) return true;
+  return false;
+}
+
 }  // namespace
 
 FrameTopics::FrameTopics(MessageSink& sink, const session::Session& session,
                          const FrameNames& names)
     : sink(sink),
+      session(session),
       names(names),
       tf(sink.add<tf2_msgs::TFMessage>("/tf")),
       tfStatic(sink.add<tf2_msgs::TFMessage>("/tf_static", kLatched)),
       odometry(sink.add<nav_msgs::Odometry>("/odom")),
       clock(sink.add<rosgraph_msgs::Clock>("/clock")) {
-  xWriteMountings(session);
+  xWriteMountings();
 }
 
-void FrameTopics::xWriteMountings(const session::Session& session) {
+void FrameTopics::xWriteMountings() {
   const auto* description = session.getDescription();
   if (!description || !session.getBroker()) return;
   const auto now = ko::Clock::now();
-  const QVMotionProxy motion(session.getBroker());
   tf2_msgs::TFMessage message;
   for (const auto& [name, config] : description->sensorConfigs) {
-    try {
-      const Math::Transform mounted(motion.getTransform(name, MotionContract::kGroundFrame, true));
-      message.transforms.push_back(stamped(now, names.ofBase(), names.of(name), poseOf(mounted)));
-    } catch (const std::exception&) {
-      continue;
+    if (isMoved(*description, config)) {
+      moving.push_back(config);
+    } else {
+      xAddMounting(message, config, now);
     }
-    if (!isCamera(config)) continue;
-    message.transforms.push_back(stamped(now, names.of(name), names.ofOptics(name), opticalPose()));
   }
   sink.write(tfStatic, logTimeOf(now), message);
+}
+
+void FrameTopics::xAddMounting(tf2_msgs::TFMessage& message, const Model::SensorConfig& sensor,
+                               ko::Clock::time_point time) const {
+  const std::string& name = sensor.name;
+  try {
+    const QVMotionProxy motion(session.getBroker());
+    const Math::Transform mounted(motion.getTransform(name, MotionContract::kGroundFrame, true));
+    message.transforms.push_back(stamped(time, names.ofBase(), names.of(name), poseOf(mounted)));
+  } catch (const std::exception&) {
+    return;
+  }
+  if (!isCamera(sensor)) return;
+  message.transforms.push_back(stamped(time, names.of(name), names.ofOptics(name), opticalPose()));
 }
 
 void FrameTopics::writeFrames(const robot::BodyStep& step, ko::Clock::time_point time) {
@@ -64,6 +87,7 @@ void FrameTopics::writeFrames(const robot::BodyStep& step, ko::Clock::time_point
     message.transforms.push_back(stamped(time, names.ofMap(), names.ofOdometry(), poseOf(drift)));
   message.transforms.push_back(
       stamped(time, names.ofOdometry(), names.ofBase(), poseOf(step.odometry)));
+  for (const auto& sensor : moving) xAddMounting(message, sensor, time);
   sink.write(tf, logTimeOf(time), message);
 }
 

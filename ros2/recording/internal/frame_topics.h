@@ -1,8 +1,10 @@
 #pragma once
 
 #include <string>
+#include <vector>
 
 #include "robot/services/internal/input_listener.h"
+#include "ros2/messages/geometry_msgs.h"
 #include "ros2/recording/internal/frame_names.h"
 #include "ros2/recording/internal/message_sink.h"
 #include "session/session.h"
@@ -12,7 +14,7 @@ namespace QV::ros2 {
 /** Writes where the robot and its sensors are: tf, odometry and the clock. */
 class QV_API FrameTopics {
  public:
-  /** `sink` must outlive it. Writes where the robot's sensors are mounted. */
+  /** `sink` and `session` must outlive it. Writes where the robot's sensors are mounted. */
   FrameTopics(MessageSink& sink, const session::Session& session, const FrameNames& names);
 
   /** Others say from now on where odometry began in the map. */
@@ -24,10 +26,15 @@ class QV_API FrameTopics {
   void writeClock(ko::Clock::time_point time);
 
  private:
-  void xWriteMountings(const session::Session& session);
+  void xWriteMountings();
+  void xAddMounting(tf2_msgs::TFMessage& message, const Model::SensorConfig& sensor,
+                    ko::Clock::time_point time) const;
 
   MessageSink& sink;
+  const session::Session& session;
   const FrameNames names;
+  /** The sensors that joints move: their frames are no static ones. */
+  std::vector<Model::SensorConfig> moving;
   bool tellsMap = true;
   const std::uint16_t tf;
   const std::uint16_t tfStatic;

@@ -43,6 +43,6 @@ class QV_API FrameTree {
 };
 
 /** Drops the slash that older robots put before it. */
-std::string withoutSlash(const std::string& frame);
+QV_API std::string withoutSlash(const std::string& frame);
 
 }  // namespace QV::ros2

@@ -69,16 +69,18 @@ void ToldModules::xWriteRange(const ToldSensor& sensor, const QVValue& value) {
 // If a scan has more beams than the sensor, the nearest of each group of neighbours counts.
 void ToldModules::xTellScan(ToldSensor& sensor, const sensor_msgs::LaserScan& scan) {
   checkMessage(scan);
-  xCheckFrame(sensor, scan.header);
+  const float middle = sensor.middle ? *sensor.middle : middleOf(scan);
+  xCheckFrame(sensor, scan.header, middle);
   const auto time = dating(scan.header.stamp);
-  if (!sensor.middle) sensor.middle = middleOf(scan);
+  // That of a scan which is refused may be another laser's.
+  sensor.middle = middle;
   const std::size_t count = scan.ranges.size();
   for (std::size_t i = 0; i < sensor.beams; ++i) {
     const std::size_t first = i * count / sensor.beams;
     const std::size_t end = std::max((i + 1) * count / sensor.beams, first + 1);
     const std::size_t beam = nearestOf(sensor, scan.ranges, first, end);
     const float angle = scan.angle_min + scan.angle_increment * static_cast<float>(beam);
-    xWriteBeam(sensor, i, scan.ranges[beam], angle - *sensor.middle);
+    xWriteBeam(sensor, i, scan.ranges[beam], angle - middle);
   }
   xWriteTime(sensor, time);
 }

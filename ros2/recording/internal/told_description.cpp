@@ -1,4 +1,3 @@
-#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
@@ -14,11 +13,11 @@ std::string textOf(float value) {
   return QVValue(value).toText();
 }
 
-// A recording may call a topic anything.
+// A recording may call topics and frames anything.
 std::string escaped(const std::string& text) {
   std::string result;
   for (const char letter : text) {
-    const bool isPlain = std::string_view("&<\"").find(letter) == std::string_view::npos;
+    const bool isPlain = std::string_view("&<\"\t\n\r").find(letter) == std::string_view::npos;
     result += isPlain ? std::string(1, letter) : "&#" + std::to_string(int{letter}) + ";";
   }
   return result;
@@ -32,13 +31,6 @@ std::string property(const char* name, const std::string& value) {
 std::array<float, 3> anglesOf(const Math::Transform& t) {
   return {std::atan2(t(2, 1), t(2, 2)), std::atan2(-t(2, 0), std::hypot(t(0, 0), t(1, 0))),
           std::atan2(t(1, 0), t(0, 0))};
-}
-
-/** A message may call its frame anything; XML can't hold all of that. */
-std::string frameOf(const ToldSensor& sensor) {
-  const auto isPrintable = [](char letter) { return letter >= ' ' && letter <= '~'; };
-  if (!sensor.frame || !std::ranges::all_of(*sensor.frame, isPrintable)) return "";
-  return property("frame", escaped(*sensor.frame));
 }
 
 std::string originOf(const Math::Transform& mounting) {
@@ -92,7 +84,8 @@ std::string detailsOf(const ToldSensor& sensor) {
 
 std::string describe(const ToldSensor& sensor) {
   return "  <sensor name=\"" + sensor.name + "\" type=\"" + typeOf(sensor.sort) + "\">\n" +
-         originOf(sensor.mounting) + property("topic", escaped(sensor.topic)) + frameOf(sensor) +
+         originOf(sensor.mounting) + property("topic", escaped(sensor.topic)) +
+         property("frame", escaped(sensor.frame.value_or(""))) +
          property("minimumDetectionDistance", textOf(sensor.minRange)) +
          property("maximumDetectionDistance", textOf(sensor.maxRange)) +
          property("horizontalAngularRange", textOf(sensor.aperture)) + detailsOf(sensor) +

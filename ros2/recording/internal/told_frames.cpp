@@ -7,8 +7,13 @@
 #include "ros2/recording/internal/conversions.h"
 
 namespace QV::ros2 {
-ToldFrames::ToldFrames(FrameTree known, std::string root, std::string category)
-    : tree(std::move(known)), root(std::move(root)), category(std::move(category)) {
+ToldFrames::ToldFrames(FrameTree known, std::string root, std::string map, std::string category)
+    : tree(std::move(known)),
+      root(std::move(root)),
+      map(std::move(map)),
+      category(std::move(category)),
+      source(Source::nothing, ""),
+      said(Source::map, this->map) {
   xPlaceRobot();
 }
 
@@ -32,7 +37,7 @@ void ToldFrames::add(const nav_msgs::Odometry& odometry) {
 }
 
 const std::string& ToldFrames::getBase() const {
-  return !tree.has(root) && tree.has(moving) ? moving : root;
+  return !tree.mentions(root) && tree.mentions(moving) ? moving : root;
 }
 
 Math::Pose2D ToldFrames::getPose() const {
@@ -46,19 +51,28 @@ Math::Transform ToldFrames::get(const std::string& frame) const {
                            "\" given");
 }
 
-// Frames may hang on the one that only odometry moves.
-void ToldFrames::xPlaceRobot() {
-  const std::string& base = getBase();
-  const std::string top = tree.rootOf(base);
-  const auto placed = tree.find(base, top);
-  if (tree.has(base) && top != moving)
-    return xSetPose(Math::pose2DFromTransform(*placed), Source::tf);
-  if (!hasMoved) return;
-  xSetPose(tree.has(base) ? moved * Math::pose2DFromTransform(*placed) : moved, Source::odometry);
+// What hangs on the robot only is nowhere yet.
+bool ToldFrames::xPlaceByTf(const std::string& frame, const std::string& in, Source by) {
+  const auto placed = tree.find(frame, in);
+  if (!placed || in == root || in == moving) return false;
+  xSetPose(Math::pose2DFromTransform(*placed), by, in);
+  return true;
 }
 
-void ToldFrames::xSetPose(const Math::Pose2D& newPose, Source newSource) {
-  source = newSource;
+// Frames may hang on the one that only odometry moves.
+void ToldFrames::xPlaceRobot() {
+  const std::string* const ours[] = {&root, &moving};
+  for (const auto* const frame : ours)
+    if (xPlaceByTf(*frame, map, Source::map)) return;
+  for (const auto* const frame : ours)
+    if (xPlaceByTf(*frame, tree.rootOf(*frame), Source::tf)) return;
+  if (!hasMoved) return;
+  const auto placed = tree.find(root, moving);
+  xSetPose(placed ? moved * Math::pose2DFromTransform(*placed) : moved, Source::odometry, movesIn);
+}
+
+void ToldFrames::xSetPose(const Math::Pose2D& newPose, Source newSource, const std::string& in) {
+  source = {newSource, in};
   const std::lock_guard lock(mutex);
   pose = newPose;
 }
@@ -68,26 +82,31 @@ void ToldFrames::look() {
   if (!begun) begun = now;
   if (source == said) return changed.reset();
   if (!changed) changed = now;
-  if (now - *changed < kPatience) return;
-  said = source;
-  xSay();
+  if (now - *changed >= kPatience) xSay();
 }
 
-void ToldFrames::xSay() const {
-  switch (source) {
-    case Source::tf:
-      ko::log::info(category, "pose") << "tf says where " << getBase() << " is";
-      break;
-    case Source::odometry:
-      ko::log::warning(category, "pose")
-          << "tf does not say where " << getBase() << " is: the pose is that of odometry, in \""
-          << movesIn << '"';
-      break;
-    case Source::nothing:
-      ko::log::warning(category, "pose")
-          << "neither tf nor odometry says where " << root << " is: the pose stays 0,0,0";
-      break;
+// Who told nothing is not asked where it is.
+void ToldFrames::finish() {
+  if (begun && source != said) xSay();
+}
+
+void ToldFrames::xSay() {
+  said = source;
+  const auto& [by, in] = source;
+  if (by == Source::map) {
+    ko::log::info(category, "pose") << "tf says where the robot is in \"" << in << '"';
+    return;
   }
+  auto line = ko::log::warning(category, "pose");
+  const std::string& base = getBase();
+  if (by == Source::tf)
+    line << "tf does not say where " << base << " is in \"" << map << "\": the pose is in \"" << in
+         << '"';
+  if (by == Source::odometry)
+    line << "tf does not say where " << base << " is: the pose is that of odometry, in \"" << in
+         << '"';
+  if (by == Source::nothing)
+    line << "neither tf nor odometry says where " << root << " is: the pose stays 0,0,0";
 }
 
 }  // namespace QV::ros2

@@ -26,7 +26,7 @@ constexpr float kStatusOfFloor = 2.0f;
 ToldModules::ToldModules(const std::string& description, TopicSurvey surveyed, Dating dating,
                          const std::string& category, const Model::SensorKinds& kinds)
     : survey(std::move(surveyed)),
-      frames(survey.frames, survey.base, category),
+      frames(survey.frames, survey.base, survey.map, category),
       dating(std::move(dating)),
       model(Model::ModelUtils::robotFromXml(description, kinds)),
       memory(boost::make_shared<robot::MemoryService>(broker)),
@@ -43,6 +43,7 @@ ToldModules::ToldModules(const std::string& description, TopicSurvey surveyed, D
 
 // The cameras are removed, so that remaining holders of the modules get no more images.
 ToldModules::~ToldModules() {
+  frames.finish();
   const auto count = static_cast<int>(camerasOf(model).size());
   for (int index = kDepthCamera; index < kDepthCamera + count; ++index)
     cameras->removeCamera(index);

@@ -95,8 +95,10 @@ class QV_API ToldModules {
   void xTellPeople(BytesView cdr);
   void xTellJoints(BytesView cdr);
   void xTellOdometry(BytesView cdr);
-  /** Throws for a message in a frame that is not the sensor's, as far as anybody says. */
-  void xCheckFrame(const ToldSensor& sensor, const std_msgs::Header& header) const;
+  /** Throws for a message in a frame that is not the sensor's, as far as anybody says. `middle` is
+   * that of a scan, see middleOf. */
+  void xCheckFrame(const ToldSensor& sensor, const std_msgs::Header& header,
+                   float middle = 0.0f) const;
   Math::Transform xMountingOf(const std::string& name) const;
   /** Returns the way from a frame to that in which people are reported; throws as above.
    * std::nullopt as long as tf may still name the frame. */

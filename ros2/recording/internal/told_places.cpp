@@ -7,6 +7,7 @@
 #include "platform/middleware/contracts/navigation_contract.h"
 #include "platform/vision/qv_image.h"
 #include "ros2/messages/scene_msgs.h"
+#include "ros2/recording/internal/conversions.h"
 #include "ros2/recording/internal/message_checks.h"
 #include "ros2/recording/internal/sensor_sorts.h"
 #include "ros2/recording/internal/told_modules.h"
@@ -18,27 +19,28 @@ namespace {
 constexpr float kSamePlace = 0.1f;
 constexpr float kSameDirection = 0.2f;
 
-Math::Position3D axisOf(const Math::Transform& t, int axis) {
-  return {t(0, axis), t(1, axis), t(2, axis)};
+/** The turn from one to the other, about whichever axis; radians. */
+float angleBetween(const Math::Transform& a, const Math::Transform& b) {
+  float trace = 0.0f;
+  for (int row = 0; row < 3; ++row)
+    for (int column = 0; column < 3; ++column) trace += a(row, column) * b(row, column);
+  return std::acos(std::clamp(0.5f * (trace - 1.0f), -1.0f, 1.0f));
 }
 
-float angleBetween(const Math::Position3D& a, const Math::Position3D& b) {
-  const float cosine = a.x * b.x + a.y * b.y + a.z * b.z;
-  return std::acos(std::min(std::max(cosine, -1.0f), 1.0f));
+float angleBetweenAxes(const Math::Transform& a, const Math::Transform& b) {
+  const float cosine = a(0, 0) * b(0, 0) + a(1, 0) * b(1, 0) + a(2, 0) * b(2, 0);
+  return std::acos(std::clamp(cosine, -1.0f, 1.0f));
 }
 
 /** Returns the angle between where a sensor looks and where one in this frame does. */
-float turnOf(const ToldSensor& sensor, const Math::Transform& mounting,
-             const Math::Transform& frame) {
-  const Math::Position3D ahead = axisOf(mounting, 0);
-  if (sensor.sort == ToldSort::scan)
-    return angleBetween(
-        ahead,
-        axisOf(frame * Math::rotationFrom3DRotation(0.0f, 0.0f, sensor.middle.value_or(0.0f)), 0));
-  const float along = angleBetween(ahead, axisOf(frame, 0));
+float turnOf(ToldSort sort, const Math::Transform& mounting, const Math::Transform& frame,
+             float middle) {
+  if (sort == ToldSort::scan)
+    return angleBetween(mounting, frame * Math::rotationFrom3DRotation(0.0f, 0.0f, middle));
+  // A cone looks the same whichever way it is rolled.
+  if (sort != ToldSort::depth) return angleBetweenAxes(mounting, frame);
   // Images are in an optical frame, or in the camera's.
-  return sensor.sort == ToldSort::depth ? std::min(along, angleBetween(ahead, axisOf(frame, 2)))
-                                        : along;
+  return std::min(angleBetween(mounting, frame), angleBetween(mounting, frame * cameraInOptics()));
 }
 
 /** A bumper has no direction, and its place is that of what carries it. */
@@ -76,7 +78,8 @@ Math::Transform ToldModules::xMountingOf(const std::string& name) const {
   return motion->getTransform(name, robot::MotionService::kGroundFrame, true);
 }
 
-void ToldModules::xCheckFrame(const ToldSensor& sensor, const std_msgs::Header& header) const {
+void ToldModules::xCheckFrame(const ToldSensor& sensor, const std_msgs::Header& header,
+                              float middle) const {
   const std::string frame = withoutSlash(header.frame_id);
   if (frame == sensor.frame.value_or(sensor.name)) return;
   const auto placed = frames.find(frame);
@@ -86,7 +89,7 @@ void ToldModules::xCheckFrame(const ToldSensor& sensor, const std_msgs::Header& 
   if (!placed || !looksAhead(sensor)) return;
   const Math::Transform mounting = xMountingOf(sensor.name);
   const float off = std::hypot(mounting(0, 3) - (*placed)(0, 3), mounting(1, 3) - (*placed)(1, 3));
-  const float turn = turnOf(sensor, mounting, *placed);
+  const float turn = turnOf(sensor.sort, mounting, *placed, middle);
   if (off > kSamePlace || turn > kSameDirection)
     throw std::runtime_error("a frame where the description mounts " + sensor.name +
                              " expected, \"" + frame + "\" given, " + std::to_string(off) +

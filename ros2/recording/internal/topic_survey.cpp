@@ -3,7 +3,6 @@
 #include <algorithm>
 #include <cctype>
 #include <cmath>
-#include <numbers>
 #include <optional>
 #include <stdexcept>
 #include <utility>
@@ -165,6 +164,9 @@ void TopicSurveyor::xTake(const ToldMessage& message) {
     infos.push_back(fromCdr<sensor_msgs::CameraInfo>(cdr));
   if (missing.count(topic) == 0) return;
   auto sensor = sensorOf(message);
+  // The text of a description would end there.
+  if (sensor && sensor->frame->find('\0') != std::string::npos)
+    throw std::runtime_error("a frame's name without zeros expected");
   missing.erase(topic);
   if (!sensor) return;
   if (survey.sensors.size() == kMostSensors) return xLeaveOut(topic);
@@ -221,10 +223,7 @@ void TopicSurveyor::xMount(ToldSensor& sensor) const {
 }
 
 void TopicSurveyor::xMountCamera(ToldSensor& sensor) const {
-  // Converts from the optical frame (x right, y down, z forward).
-  constexpr float kQuarter = 0.5f * std::numbers::pi_v<float>;
-  sensor.mounting =
-      sensor.mounting * Math::inverse(Math::rotationFrom3DRotation(-kQuarter, 0.0f, -kQuarter));
+  sensor.mounting = sensor.mounting * cameraInOptics();
   for (const auto& info : infos) {
     const auto aperture = apertureOf(info.width, info.k[0]);
     if (withoutSlash(info.header.frame_id) != sensor.frame || !aperture) continue;

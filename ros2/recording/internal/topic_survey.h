@@ -62,6 +62,8 @@ struct TopicSurvey {
   std::map<std::string, ToldSensor> sensors;
   /** The frame of the robot, and its parent: "odom" or "map". */
   std::string base;
+  /** The frame of the map. */
+  std::string map = "map";
   /** Empty if there is none. */
   std::string odometryTopic;
   FrameTree frames;

@@ -452,15 +452,17 @@ TEST_F(GraphRobotTest, refusesFramesThatAreNotThereOrThatTfRefuses) {
     });
   };
   EXPECT_EQ(errorWith({{"FrontLasr", "laser"}}, ""),
-            "a frame of the robot expected (map, odom, base or a sensor), \"FrontLasr\" given");
+            "a frame of the robot expected (map, odom, base, a sensor or NAME_optical of a "
+            "camera), \"FrontLasr\" given");
   const std::string noSlash = "a frame's name without a slash before it expected, ";
   EXPECT_EQ(errorWith({{"FrontLaser", "/laser"}}, ""), noSlash + "\"/laser\" given");
   EXPECT_EQ(errorWith({}, "/r/"), noSlash + "\"/r/BackBumper\" given");
   EXPECT_EQ(errorWith({{"base", "odom"}}, ""),
             "a name of its own for each frame expected, \"odom\" given for base and odom");
   EXPECT_EQ(errorWith({{"base", "/base"}}, "r/"), noSlash + "\"/base\" given");
-  EXPECT_EQ(errorWith({{"base", "torso"}}, ""),
-            "a name that no other link has expected, \"torso\" given for base");
+  for (const std::string frame : {"base", "FrontLaser", "odom"})
+    EXPECT_EQ(errorWith({{frame, "torso"}}, ""),
+              "a name that no other link has expected, \"torso\" given for " + frame);
 }
 
 std::unique_ptr<session::Session> openWith(const std::string& sensors) {

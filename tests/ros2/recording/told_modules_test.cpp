@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/ko/simulated_time.h"
+#include "platform/model/model_utils.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/cloud_points.h"
 #include "sensor/hosting/navigation_module.h"
@@ -241,6 +242,20 @@ TEST(TopicSurveyor, countsADepthCameraOnceThatPublishesItsPointsToo) {
   std::vector<std::string> topics;
   for (const auto& [topic, sensor] : surveyor.make().sensors) topics.push_back(topic);
   EXPECT_THAT(topics, ElementsAre("/front/image", "/image", "/points", "/top/points"));
+}
+
+TEST(TopicSurveyor, takesFramesOfAnyNameThatADescriptionCanHold) {
+  const std::string odd = "\r\n<\"&\1\xff";
+  TopicSurveyor surveyor;
+  for (const std::string& frame : {std::string(1, '\0'), odd}) {
+    auto message = scan();
+    message.header.frame_id = frame;
+    const Told told("/scan", message);
+    surveyor.expect(told.topic, told.type);
+    surveyor.take({told.topic, told.type, told.cdr});
+  }
+  const auto robot = Model::ModelUtils::robotFromXml(describe(surveyor.make()));
+  EXPECT_EQ(robot.sensorConfigs.at("scan").properties.at("frame"), odd);
 }
 
 TEST_F(ToldModulesTest, rangesOfHumbleAreUnderstood) {
