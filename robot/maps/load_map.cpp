@@ -83,18 +83,24 @@ void warnIfCoarse(const OccupancyMap& map, const std::string& yamlPath) {
   ko::log::warning("Maps", "loadMap")
       << yamlPath << ": origin: this map reaches " << far << " m from zero, where a position is "
       << "coarser than a millimetre: it has steps of " << step
-      << " m. Choose an origin nearer to zero";
+      << " m. Shift it with --shift-origin, or choose an origin nearer to zero";
 }
 
 }  // namespace
 
-OccupancyMap loadMap(const std::string& yamlPath) {
+MapShift readOriginShift(const std::string& yamlPath) {
+  const MapShift origin = readMapSettings(yamlPath).origin;
+  return {std::round(origin.x), std::round(origin.y)};
+}
+
+OccupancyMap loadMap(const std::string& yamlPath, const MapShift& shift) {
   const MapSettings settings = readMapSettings(yamlPath);
   const auto imagePath = std::filesystem::path(yamlPath).parent_path() / settings.image;
   const MapImage image = readImageFor(yamlPath, imagePath);
   try {
-    OccupancyMap map(image.width, image.height, settings.resolution, settings.origin,
+    OccupancyMap map(image.width, image.height, settings.resolution, settings.originBehind(shift),
                      toCells(image, makeTable(settings, image)));
+    map.setShift(shift);
     warnIfCoarse(map, yamlPath);
     return map;
   } catch (const std::invalid_argument& failure) {

@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "platform/math/pose2d.h"
+#include "platform/navigation/occupancy_map.h"
 
 namespace QV::robot {
 
@@ -14,7 +15,16 @@ struct MapSettings {
   std::filesystem::path image;
   /** Metres per cell. */
   float resolution = 0.0f;
-  Math::Pose2D origin;
+  /** The origin in the file's coordinates, without its yaw. */
+  MapShift origin;
+  /** The yaw of the origin, radians. */
+  float yaw = 0.0f;
+
+  /** The origin in the coordinates of a map that is shifted so. */
+  Math::Pose2D originBehind(const MapShift& shift) const {
+    return {static_cast<float>(origin.x - shift.x), static_cast<float>(origin.y - shift.y), yaw};
+  }
+
   /** White is occupied. */
   bool negate = false;
   /** Fractions of darkness. */
