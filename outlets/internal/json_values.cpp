@@ -19,6 +19,10 @@ Json toJson(float value) {
   return result;
 }
 
+Json toJson(float value, double shift) {
+  return shift == 0.0 ? toJson(value) : rounded(shift + static_cast<double>(value));
+}
+
 Json toJson(const Math::SensorFieldOfView2D& fieldOfView) {
   return {{"minRange", toJson(fieldOfView.minRange)},
           {"maxRange", toJson(fieldOfView.maxRange)},
@@ -31,18 +35,22 @@ Json rounded(double value) {
   return std::round(value * 1000.0) / 1000.0;
 }
 
-Json exactPoseOf(const Math::Pose2D& pose) {
-  return {{"x", toJson(pose.x)}, {"y", toJson(pose.y)}, {"theta", toJson(pose.theta)}};
+Json exactPoseOf(const Math::Pose2D& pose, const MapShift& shift) {
+  return {{"x", toJson(pose.x, shift.x)},
+          {"y", toJson(pose.y, shift.y)},
+          {"theta", toJson(pose.theta)}};
 }
 
-Json roundedPoseOf(const Math::Pose2D& pose) {
-  return {{"x", rounded(pose.x)}, {"y", rounded(pose.y)}, {"theta", rounded(pose.theta)}};
+Json roundedPoseOf(const Math::Pose2D& pose, const MapShift& shift) {
+  return {{"x", rounded(shift.x + pose.x)},
+          {"y", rounded(shift.y + pose.y)},
+          {"theta", rounded(pose.theta)}};
 }
 
-Json pairsOf(const std::vector<Math::Position2D>& positions) {
+Json pairsOf(const std::vector<Math::Position2D>& positions, const MapShift& shift) {
   Json pairs = Json::array();
   for (const auto& position : positions) {
-    pairs.push_back({rounded(position.x), rounded(position.y)});
+    pairs.push_back({rounded(shift.x + position.x), rounded(shift.y + position.y)});
   }
   return pairs;
 }

@@ -24,6 +24,10 @@ std::string shortest(double value) {
   return shortestOf(value);
 }
 
+std::string shortest(float value, double shift) {
+  return shift == 0.0 ? shortest(value) : fixed(shift + static_cast<double>(value), 3);
+}
+
 std::string fixed(double value, int decimals) {
   std::array<char, 400> text;
   const auto result =
