@@ -104,8 +104,11 @@ std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math:
   options.time = time;
   if (start) options.start = start;
   options.somebodyAhead = somebodyAhead;
-  if (!start && !pose.empty()) options.start = parsePose(pose);
-  if (map) options.mapFile = naming("--map", [&] { return session::findMap(*map); });
+  const MapShift shift = findShift();
+  if (!start && !pose.empty()) options.start = parsePose(pose, shift);
+  if (map) options.mapFile = findMapFile();
+  if (!shiftOrigin.empty() && !options.map)
+    options.map = boost::make_shared<const OccupancyMap>(robot::loadMap(findMapFile(), shift));
   auto session = openAsked(*this, options);
   setLimits(*session, limits);
   return session;
@@ -114,8 +117,20 @@ std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math:
 void CommonOptions::notePose(const session::Session& session) const {
   if (!pose.empty() || heard.asked) return;
   const Math::Pose2D at = session.getPose();
-  note("the robot starts at x,y,theta " + session::shortest(at.x) + "," + session::shortest(at.y) +
-       "," + session::shortest(at.theta) + " (m, m, rad), a free pose; choose another with --pose");
+  const MapShift shift = session.getMap()->getShift();
+  note("the robot starts at x,y,theta " + session::shortest(at.x, shift.x) + "," +
+       session::shortest(at.y, shift.y) + "," + session::shortest(at.theta) +
+       " (m, m, rad), a free pose; choose another with --pose");
+}
+
+MapShift CommonOptions::findShift() const {
+  if (robots.map) return robots.map->getShift();
+  if (shiftOrigin.empty()) return {};
+  return shiftOrigin == kByOrigin ? robot::readOriginShift(findMapFile()) : parseShift(shiftOrigin);
+}
+
+std::string CommonOptions::findMapFile() const {
+  return naming("--map", [this] { return session::findMap(map ? *map : robots.mapFile); });
 }
 
 std::string CommonOptions::findRobot() const {

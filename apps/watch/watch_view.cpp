@@ -129,8 +129,9 @@ std::string watchTable(const WatchState& state, std::size_t columns) {
 
 std::string watchScreen(const WatchState& state, const ScreenSize& size) {
   Screen screen(size);
-  screen.add(state.seen.title + " at " + session::fixed(state.seen.pose.x, 2) + ", " +
-                 session::fixed(state.seen.pose.y, 2) + " m, " +
+  const MapShift shift = state.seen.getShift();
+  screen.add(state.seen.title + " at " + session::fixed(shift.x + state.seen.pose.x, 2) + ", " +
+                 session::fixed(shift.y + state.seen.pose.y, 2) + " m, " +
                  session::fixed(state.seen.pose.theta, 2) + " rad",
              kBold);
   const auto lines = watchTableOf(state).getLines(static_cast<std::size_t>(size.columns));
