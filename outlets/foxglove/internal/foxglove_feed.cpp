@@ -115,11 +115,15 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
     throw std::invalid_argument("channel " + std::to_string(channel) + " does not exist");
   viewers.subscribe(client, subscription, channel);
   // The map does not change: once is enough.
-  if (channel == foxglove::kMap && map) {
-    const auto now = ko::Clock::now();
+  const auto now = ko::Clock::now();
+  if (channel == foxglove::kMap && map)
     foxglove::sendData(*client, subscription, channel,
                        {Delivery::latest, now, foxglove::grid(*map, now)});
-  }
+  const MapShift shift = map ? map->getShift() : MapShift();
+  // The robot's next pose must not take its slot.
+  if (channel == foxglove::kPose && (shift.x != 0.0 || shift.y != 0.0))
+    foxglove::sendData(*client, subscription, channel,
+                       {Delivery::recent, now, foxglove::utmTransform(shift, now)});
 }
 
 void FoxgloveFeed::onClose(const std::shared_ptr<WebClient>& client) {

@@ -12,6 +12,8 @@
 namespace QV::ros2 {
 namespace {
 
+constexpr char kUtm[] = "utm";
+
 geometry_msgs::TransformStamped stamped(ko::Clock::time_point time, const std::string& parent,
                                         const std::string& child, const geometry_msgs::Pose& pose) {
   return {headerOf(time, parent), child, transformOf(pose)};
@@ -25,22 +27,40 @@ geometry_msgs::Pose opticalPose() {
 }  // namespace
 
 FrameTopics::FrameTopics(MessageSink& sink, const session::Session& session,
-                         const FrameNames& names)
+                         const FrameNames& names, bool tellsMap)
     : sink(sink),
       names(names),
+      tellsMap(tellsMap),
       tf(sink.add<tf2_msgs::TFMessage>("/tf")),
       tfStatic(sink.add<tf2_msgs::TFMessage>("/tf_static", kLatched)),
       odometry(sink.add<nav_msgs::Odometry>("/odom")),
       clock(sink.add<rosgraph_msgs::Clock>("/clock")) {
-  xWriteMountings(session);
+  xWriteFixed(session);
 }
 
-void FrameTopics::xWriteMountings(const session::Session& session) {
+// Readers that come later get one message, so all is in that.
+void FrameTopics::xWriteFixed(const session::Session& session) {
+  tf2_msgs::TFMessage message;
+  xAddShift(session, message);
+  xAddMountings(session, message);
+  if (!message.transforms.empty()) sink.write(tfStatic, logTimeOf(ko::Clock::now()), message);
+}
+
+// As the child of the map: the map stays the root of the tree.
+void FrameTopics::xAddShift(const session::Session& session, tf2_msgs::TFMessage& message) const {
+  const auto map = session.getMap();
+  const MapShift shift = map && tellsMap ? map->getShift() : MapShift();
+  if (shift.x == 0.0 && shift.y == 0.0) return;
+  const geometry_msgs::Pose zero{{-shift.x, -shift.y, 0.0}, {}};
+  message.transforms.push_back(stamped(ko::Clock::now(), names.ofMap(), kUtm, zero));
+}
+
+void FrameTopics::xAddMountings(const session::Session& session,
+                                tf2_msgs::TFMessage& message) const {
   const auto* description = session.getDescription();
   if (!description || !session.getBroker()) return;
   const auto now = ko::Clock::now();
   const QVMotionProxy motion(session.getBroker());
-  tf2_msgs::TFMessage message;
   for (const auto& [name, config] : description->sensorConfigs) {
     try {
       const Math::Transform mounted(motion.getTransform(name, MotionContract::kGroundFrame, true));
@@ -51,7 +71,6 @@ void FrameTopics::xWriteMountings(const session::Session& session) {
     if (!isCamera(config)) continue;
     message.transforms.push_back(stamped(now, names.of(name), names.ofOptics(name), opticalPose()));
   }
-  sink.write(tfStatic, logTimeOf(now), message);
 }
 
 void FrameTopics::writeFrames(const robot::BodyStep& step, ko::Clock::time_point time) {

@@ -12,11 +12,13 @@ namespace QV::ros2 {
 /** Writes where the robot and its sensors are: tf, odometry and the clock. */
 class QV_API FrameTopics {
  public:
-  /** `sink` must outlive it. Writes where the robot's sensors are mounted. */
-  FrameTopics(MessageSink& sink, const session::Session& session, const FrameNames& names);
-
-  /** Others say from now on where odometry began in the map. */
-  void leaveMapToOthers() { tellsMap = false; }
+  /**
+   * `sink` must outlive it. Writes where the robot's sensors are mounted, and the shift of its map
+   * as the frame "utm". Without `tellsMap` the frame of the map is that of others, who place
+   * odometry in it.
+   */
+  FrameTopics(MessageSink& sink, const session::Session& session, const FrameNames& names,
+              bool tellsMap = true);
 
   void writeStep(const robot::BodyStep& step, ko::Clock::time_point time);
   /** Writes only tf of it. */
@@ -24,11 +26,13 @@ class QV_API FrameTopics {
   void writeClock(ko::Clock::time_point time);
 
  private:
-  void xWriteMountings(const session::Session& session);
+  void xWriteFixed(const session::Session& session);
+  void xAddShift(const session::Session& session, tf2_msgs::TFMessage& message) const;
+  void xAddMountings(const session::Session& session, tf2_msgs::TFMessage& message) const;
 
   MessageSink& sink;
   const FrameNames names;
-  bool tellsMap = true;
+  const bool tellsMap;
   const std::uint16_t tf;
   const std::uint16_t tfStatic;
   const std::uint16_t odometry;

@@ -19,6 +19,7 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/conversions.h"
 #include "tests/ros2/recording/recorded_session.h"
+#include "tests/session/session_in_room.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 
@@ -177,6 +178,25 @@ TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) 
             stampOf(session->getManager().getMetricalData("DepthCamera").front().timestamp));
   EXPECT_GT(shown.width, all / 20);
   EXPECT_LT(shown.width, all / 12);
+}
+
+TEST_F(SessionRecorderTest, aShiftedMapHasTheCoordinatesOfItsFileAsAFrame) {
+  for (const bool isShifted : {false, true}) {
+    auto options = test::inRoom({2.0f, 3.0f, 0.0f});
+    const auto map = test::makeRoom();
+    if (isShifted) map->setShift({450'000.125, 5'400'000.0});
+    options.map = map;
+    const auto session = session::openSimulated(0, options);
+    recordSession(*session, path, 1);
+    const Contents sut(path);
+    EXPECT_EQ(sut.last.contains("/tf_static"), isShifted);
+    if (!isShifted) continue;
+    const auto link = sut.get<tf2_msgs::TFMessage>("/tf_static").transforms.at(0);
+    EXPECT_EQ(link.header.frame_id, "map");
+    EXPECT_EQ(link.child_frame_id, "utm");
+    EXPECT_EQ(link.transform.translation.x, -450'000.125);
+    EXPECT_EQ(link.transform.translation.y, -5'400'000.0);
+  }
 }
 
 // A viewer does not draw what it can't place.
