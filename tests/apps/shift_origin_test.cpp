@@ -117,7 +117,8 @@ TEST_F(ShiftOriginTest, mapInfoAndAPictureAreThoseOfTheSameMapAtZero) {
     info.erase("path");
     return Parts(info.dump());
   };
-  EXPECT_EQ(countShifted(infoOf(near, "--quiet"), infoOf(utm, "--shift-origin=450000,5400000")), 8u);
+  EXPECT_EQ(countShifted(infoOf(near, "--quiet"), infoOf(utm, "--shift-origin=450000,5400000")),
+            8u);
   const auto pictureOf = [this](const std::string& pose, const std::string& map) {
     const std::string file = folder / "scan.png";
     run({"plot", "-o", file, "--pose", pose, "--map", map, "--shift-origin"});

@@ -90,6 +90,11 @@ TEST(PageFeed, aShiftedMapIsToldAndTakesGoalsInTheCoordinatesOfItsFile) {
   options.map = map;
   const auto robot = session::openSimulated(0, options);
   robot->subscribe("test", {"Sonar"});
+  EXPECT_THAT(
+      [&] {
+        robot->setGoal({20.0f, 4.0f});
+      },
+      ThrowsMessage<session::UsageError>(HasSubstr(" 450020.00, 5400004.00 m")));
   robot->setGoal({4.0f, 4.5f});
   robot->run(robot->getSettlingTime());
   RequestQueue requests;
