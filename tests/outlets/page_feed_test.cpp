@@ -2,6 +2,7 @@
 
 #include "outlets/outlet.h"
 #include "outlets/web/internal/page_details.h"
+#include "session/usage_error.h"
 #include "tests/outlets/fake_client.h"
 #include "tests/session/session_in_room.h"
 #include "tests/support/vocabulary.h"
