@@ -2,8 +2,10 @@
 
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <sstream>
 
+#include "platform/navigation/internal/map_shift.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
@@ -12,15 +14,17 @@ namespace {
 constexpr std::size_t kMostWaypoints = 10'000;
 
 // Nothing but finite numbers with single commas between them.
-std::vector<double> parseNumbers(const std::string& text, std::size_t count,
-                                 const std::string& expected) {
+template <typename Number>
+std::vector<double> readNumbers(const std::string& text, std::size_t count,
+                                const std::string& expected) {
+  constexpr Number kMost = std::numeric_limits<float>::max();
   std::vector<double> numbers;
   const char* next = text.data();
   const char* const end = next + text.size();
   while (numbers.size() < count) {
-    double number = 0.0;
+    Number number{};
     const auto [rest, error] = std::from_chars(next, end, number);
-    if (error != std::errc() || !std::isfinite(static_cast<float>(number))) break;
+    if (error != std::errc() || !(std::abs(number) <= kMost)) break;
     numbers.push_back(number);
     next = rest;
     if (numbers.size() == count || next == end || *next != ',') break;
@@ -32,6 +36,13 @@ std::vector<double> parseNumbers(const std::string& text, std::size_t count,
   return numbers;
 }
 
+// Positions are floats. Only one that is shifted first needs the digits of a double.
+std::vector<double> parseNumbers(const std::string& text, std::size_t count,
+                                 const std::string& expected, const MapShift& shift) {
+  return isShifted(shift) ? readNumbers<double>(text, count, expected)
+                          : readNumbers<float>(text, count, expected);
+}
+
 Math::Position2D shifted(const std::vector<double>& numbers, const MapShift& shift) {
   return {static_cast<float>(numbers[0] - shift.x), static_cast<float>(numbers[1] - shift.y)};
 }
@@ -39,12 +50,12 @@ Math::Position2D shifted(const std::vector<double>& numbers, const MapShift& shi
 }  // namespace
 
 MapShift parseShift(const std::string& text) {
-  const auto numbers = parseNumbers(text, 2, "--shift-origin: x,y in metres");
+  const auto numbers = readNumbers<double>(text, 2, "--shift-origin: x,y in metres");
   return {numbers[0], numbers[1]};
 }
 
 Math::Pose2D parsePose(const std::string& text, const MapShift& shift) {
-  const auto numbers = parseNumbers(text, 3, "--pose: x,y,theta in metres and radians");
+  const auto numbers = parseNumbers(text, 3, "--pose: x,y,theta in metres and radians", shift);
   const Math::Position2D at = shifted(numbers, shift);
   return {at.x, at.y, static_cast<float>(numbers[2])};
 }
@@ -54,7 +65,7 @@ std::vector<Math::Position2D> parsePath(const std::string& text, const MapShift&
   std::istringstream words(text);
   for (std::string word; words >> word;) {
     const Math::Position2D position =
-        shifted(parseNumbers(word, 2, "--path: positions x,y in metres"), shift);
+        shifted(parseNumbers(word, 2, "--path: positions x,y in metres", shift), shift);
     if (path.empty() || !(position == path.back())) path.push_back(position);
     if (path.size() > kMostWaypoints)
       throw session::UsageError("--path: at most 10000 positions expected");

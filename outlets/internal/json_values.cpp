@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "platform/navigation/internal/map_shift.h"
 #include "session/internal/number_text.h"
 
 namespace QV::outlets {
@@ -20,7 +21,7 @@ Json toJson(float value) {
 }
 
 Json toJson(float value, double shift) {
-  return shift == 0.0 ? toJson(value) : rounded(shift + static_cast<double>(value));
+  return shift == 0.0 ? toJson(value) : rounded(unshifted(value, shift));
 }
 
 Json toJson(const Math::SensorFieldOfView2D& fieldOfView) {
@@ -42,15 +43,16 @@ Json exactPoseOf(const Math::Pose2D& pose, const MapShift& shift) {
 }
 
 Json roundedPoseOf(const Math::Pose2D& pose, const MapShift& shift) {
-  return {{"x", rounded(shift.x + pose.x)},
-          {"y", rounded(shift.y + pose.y)},
+  return {{"x", rounded(unshifted(pose.x, shift.x))},
+          {"y", rounded(unshifted(pose.y, shift.y))},
           {"theta", rounded(pose.theta)}};
 }
 
 Json pairsOf(const std::vector<Math::Position2D>& positions, const MapShift& shift) {
   Json pairs = Json::array();
   for (const auto& position : positions) {
-    pairs.push_back({rounded(shift.x + position.x), rounded(shift.y + position.y)});
+    pairs.push_back(
+        {rounded(unshifted(position.x, shift.x)), rounded(unshifted(position.y, shift.y))});
   }
   return pairs;
 }

@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "platform/ko/log.h"
+#include "platform/navigation/internal/map_shift.h"
 #include "session/internal/number_text.h"
 #include "session/internal/seconds.h"
 #include "session/internal/steering.h"
@@ -26,7 +27,7 @@ constexpr double kPatience = 15.0;
 std::string describe(const Math::Position2D& position, const SessionRobot& robot) {
   const auto map = robot.getMap();
   const MapShift shift = map ? map->getShift() : MapShift();
-  return fixed(shift.x + position.x, 2) + ", " + fixed(shift.y + position.y, 2);
+  return fixed(unshifted(position.x, shift.x), 2) + ", " + fixed(unshifted(position.y, shift.y), 2);
 }
 
 }  // namespace

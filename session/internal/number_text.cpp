@@ -3,6 +3,8 @@
 #include <array>
 #include <charconv>
 
+#include "platform/navigation/internal/map_shift.h"
+
 namespace QV::session {
 
 namespace {
@@ -25,7 +27,7 @@ std::string shortest(double value) {
 }
 
 std::string shortest(float value, double shift) {
-  return shift == 0.0 ? shortest(value) : fixed(shift + static_cast<double>(value), 3);
+  return shift == 0.0 ? shortest(value) : fixed(unshifted(value, shift), 3);
 }
 
 std::string fixed(double value, int decimals) {

@@ -5,6 +5,7 @@
 #include "session/usage_error.h"
 #include "tests/outlets/fake_client.h"
 #include "tests/session/session_in_room.h"
+#include "tests/support/log_capture.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::outlets {
@@ -140,6 +141,10 @@ TEST(PageFeed, aShiftedMapIsToldAndTakesGoalsInTheCoordinatesOfItsFile) {
     EXPECT_NEAR(shiftOf(x), 450'000.0, 0.0006) << x;
     EXPECT_NEAR(shiftOf(y), 5'400'000.0, 0.0006) << y;
   }
+
+  const test::LogCapture log;
+  robot->run(boost::chrono::seconds(20));
+  EXPECT_THAT(log.lines(), Contains(HasSubstr("arrived at 450004.00, 5400004.50 m")));
 }
 
 /** Wants a sensor, and counts what it is shown. */

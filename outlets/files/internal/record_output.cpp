@@ -6,6 +6,7 @@
 
 #include "outlets/files/internal/record_text.h"
 #include "outlets/files/internal/table.h"
+#include "platform/navigation/internal/map_shift.h"
 #include "session/internal/number_text.h"
 #include "session/usage_error.h"
 
@@ -31,8 +32,8 @@ std::vector<std::string> rowOf(const Math::MetricalData& record, std::optional<f
           nearest ? session::fixed(*nearest, 3) : "-",
           session::shortest(fov.minRange) + ".." + session::shortest(fov.maxRange),
           session::fixed(fov.angularRange, 2),
-          session::fixed(shift.x + at.x, 2),
-          session::fixed(shift.y + at.y, 2),
+          session::fixed(unshifted(at.x, shift.x), 2),
+          session::fixed(unshifted(at.y, shift.y), 2),
           session::fixed(at.z, 2),
           session::fixed(seconds, 3)};
 }

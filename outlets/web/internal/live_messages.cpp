@@ -3,6 +3,7 @@
 #include "outlets/internal/base64.h"
 #include "outlets/internal/json_values.h"
 #include "outlets/web/internal/page_points.h"
+#include "platform/navigation/internal/map_shift.h"
 
 namespace QV::outlets {
 namespace {
@@ -14,7 +15,8 @@ Json toJson(const std::optional<T>& value) {
 
 Json toJson(const std::optional<Math::Position2D>& position, const MapShift& shift) {
   if (!position) return nullptr;
-  return {{"x", rounded(shift.x + position->x)}, {"y", rounded(shift.y + position->y)}};
+  return {{"x", rounded(unshifted(position->x, shift.x))},
+          {"y", rounded(unshifted(position->y, shift.y))}};
 }
 
 Json toJson(const std::optional<session::SensorState::View>& view, const MapShift& shift) {
@@ -34,8 +36,8 @@ const char* getName(Model::PointMeaning meaning) {
 Json toJson(const session::SensorState& sensor, const MapShift& shift) {
   Json points = Json::array();
   for (const auto& point : pagePointsOf(sensor.marks)) {
-    points.push_back(rounded(shift.x + point.x));
-    points.push_back(rounded(shift.y + point.y));
+    points.push_back(rounded(unshifted(point.x, shift.x)));
+    points.push_back(rounded(unshifted(point.y, shift.y)));
   }
   return {{"name", sensor.name},
           {"family", sensor.family},
@@ -62,8 +64,8 @@ Json toJson(const std::map<std::string, sensor::SensorHealth>& unbuilt) {
 
 Json toJson(const session::TouchState& touch, const MapShift& shift) {
   return {{"name", touch.name},
-          {"x", rounded(shift.x + touch.position.x)},
-          {"y", rounded(shift.y + touch.position.y)},
+          {"x", rounded(unshifted(touch.position.x, shift.x))},
+          {"y", rounded(unshifted(touch.position.y, shift.y))},
           {"since", rounded(touch.since)}};
 }
 
@@ -80,10 +82,10 @@ Json toJson(const ko::log::Record& line) {
           {"message", line.message}};
 }
 
-template <typename T, typename... Shift>
-Json toArray(const std::vector<T>& values, const Shift&... shift) {
+template <typename T>
+Json toArray(const std::vector<T>& values, const MapShift& shift) {
   Json array = Json::array();
-  for (const T& value : values) array.push_back(toJson(value, shift...));
+  for (const T& value : values) array.push_back(toJson(value, shift));
   return array;
 }
 
@@ -108,7 +110,9 @@ std::string pageStateOf(const session::Snapshot& snapshot) {
 }
 
 std::string logMessage(const std::vector<ko::log::Record>& lines) {
-  return toText({{"op", "log"}, {"lines", toArray(lines)}});
+  Json told = Json::array();
+  for (const auto& line : lines) told.push_back(toJson(line));
+  return toText({{"op", "log"}, {"lines", std::move(told)}});
 }
 
 std::string depthMessage(const std::string& sensor, const DepthPicture& picture) {

@@ -5,6 +5,7 @@
 
 #include "outlets/files/internal/record_text.h"
 #include "outlets/internal/seen_places.h"
+#include "platform/navigation/internal/map_shift.h"
 
 namespace QV::outlets {
 namespace {
@@ -21,9 +22,9 @@ Json numbersOf(const std::vector<Math::Position3D>& places, const MapShift& shif
   const std::size_t step = (places.size() + kMostSpacePoints - 1) / kMostSpacePoints;
   Json numbers = Json::array();
   for (std::size_t i = 0; i < places.size(); i += step) {
-    for (const double value : {shift.x + places[i].x, shift.y + places[i].y, 0.0 + places[i].z}) {
-      numbers.push_back(rounded(value));
-    }
+    numbers.push_back(rounded(unshifted(places[i].x, shift.x)));
+    numbers.push_back(rounded(unshifted(places[i].y, shift.y)));
+    numbers.push_back(rounded(places[i].z));
   }
   return numbers;
 }
