@@ -12,9 +12,11 @@ class FrameNames {
  public:
   static constexpr char kMap[] = "map";
   static constexpr char kOdometry[] = "odom";
+  /** The coordinates of the file of a map that is held shifted. */
+  static constexpr char kUtm[] = "utm";
 
   /** Sensors have frames of their names. `renamed` gives some another one, `prefix` stands before
-   * all others but the map. */
+   * all others but the map and kUtm. */
   explicit FrameNames(const session::Session& session,
                       const std::map<std::string, std::string>& renamed = {},
                       const std::string& prefix = {})
@@ -25,9 +27,10 @@ class FrameNames {
   std::string of(const std::string& name) const {
     const auto found = renamed.find(name);
     if (found != renamed.end()) return found->second;
-    return name == kMap ? name : prefix + name;
+    return name == kMap || name == kUtm ? name : prefix + name;
   }
   std::string ofMap() const { return of(kMap); }
+  std::string ofUtm() const { return of(kUtm); }
   std::string ofOdometry() const { return of(kOdometry); }
   std::string ofBase() const { return of(base); }
   /** Returns the frame of the images of a camera: z ahead, x to the right, y down. */

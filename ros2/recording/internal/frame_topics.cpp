@@ -4,6 +4,7 @@
 
 #include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/qv_motion_proxy.h"
+#include "platform/navigation/internal/map_shift.h"
 #include "ros2/messages/geometry_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/conversions.h"
@@ -11,8 +12,6 @@
 
 namespace QV::ros2 {
 namespace {
-
-constexpr char kUtm[] = "utm";
 
 geometry_msgs::TransformStamped stamped(ko::Clock::time_point time, const std::string& parent,
                                         const std::string& child, const geometry_msgs::Pose& pose) {
@@ -35,11 +34,11 @@ FrameTopics::FrameTopics(MessageSink& sink, const session::Session& session,
       tfStatic(sink.add<tf2_msgs::TFMessage>("/tf_static", kLatched)),
       odometry(sink.add<nav_msgs::Odometry>("/odom")),
       clock(sink.add<rosgraph_msgs::Clock>("/clock")) {
-  xWriteFixed(session);
+  xWriteStatic(session);
 }
 
 // Readers that come later get one message, so all is in that.
-void FrameTopics::xWriteFixed(const session::Session& session) {
+void FrameTopics::xWriteStatic(const session::Session& session) {
   tf2_msgs::TFMessage message;
   xAddShift(session, message);
   xAddMountings(session, message);
@@ -49,10 +48,10 @@ void FrameTopics::xWriteFixed(const session::Session& session) {
 // As the child of the map: the map stays the root of the tree.
 void FrameTopics::xAddShift(const session::Session& session, tf2_msgs::TFMessage& message) const {
   const auto map = session.getMap();
-  const MapShift shift = map && tellsMap ? map->getShift() : MapShift();
-  if (shift.x == 0.0 && shift.y == 0.0) return;
+  const MapShift shift = map ? map->getShift() : MapShift();
+  if (!isShifted(shift)) return;
   const geometry_msgs::Pose zero{{-shift.x, -shift.y, 0.0}, {}};
-  message.transforms.push_back(stamped(ko::Clock::now(), names.ofMap(), kUtm, zero));
+  message.transforms.push_back(stamped(ko::Clock::now(), names.ofMap(), names.ofUtm(), zero));
 }
 
 void FrameTopics::xAddMountings(const session::Session& session,

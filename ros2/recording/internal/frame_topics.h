@@ -14,8 +14,7 @@ class QV_API FrameTopics {
  public:
   /**
    * `sink` must outlive it. Writes where the robot's sensors are mounted, and the shift of its map
-   * as the frame "utm". Without `tellsMap` the frame of the map is that of others, who place
-   * odometry in it.
+   * as the frame "utm". Without `tellsMap` others place odometry in the map.
    */
   FrameTopics(MessageSink& sink, const session::Session& session, const FrameNames& names,
               bool tellsMap = true);
@@ -26,7 +25,7 @@ class QV_API FrameTopics {
   void writeClock(ko::Clock::time_point time);
 
  private:
-  void xWriteFixed(const session::Session& session);
+  void xWriteStatic(const session::Session& session);
   void xAddShift(const session::Session& session, tf2_msgs::TFMessage& message) const;
   void xAddMountings(const session::Session& session, tf2_msgs::TFMessage& message) const;
 
