@@ -84,8 +84,8 @@ void addWorld(CLI::App& command, CommonOptions& options) {
 CLI::Option* addShift(CLI::App& command, CommonOptions& options) {
   return command
       .add_flag(std::string("--shift-origin{") + kByOrigin + "}", options.shiftOrigin,
-                "for a map far from zero, as in UTM coordinates: compute with positions shifted by "
-                "its origin, in whole metres (=X,Y: by X,Y), which are read and written unshifted")
+                "for a map far from zero, as in UTM coordinates: compute with its zero at its "
+                "origin, in whole metres (=X,Y: at X,Y); positions stay in the file's coordinates")
       ->type_name("X,Y");
 }
 

@@ -104,11 +104,9 @@ std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math:
   options.time = time;
   if (start) options.start = start;
   options.somebodyAhead = somebodyAhead;
-  const MapShift shift = findShift();
-  if (!start && !pose.empty()) options.start = parsePose(pose, shift);
+  options.shift = findShift();
+  if (!start && !pose.empty()) options.start = parsePose(pose, options.shift);
   if (map) options.mapFile = findMapFile();
-  if (!shiftOrigin.empty() && !options.map)
-    options.map = boost::make_shared<const OccupancyMap>(robot::loadMap(findMapFile(), shift));
   auto session = openAsked(*this, options);
   setLimits(*session, limits);
   return session;
@@ -124,6 +122,8 @@ void CommonOptions::notePose(const session::Session& session) const {
 }
 
 MapShift CommonOptions::findShift() const {
+  if (robots.map && !shiftOrigin.empty())
+    throw session::UsageError("--shift-origin: a map's file expected, this program has a map");
   if (robots.map) return robots.map->getShift();
   if (shiftOrigin.empty()) return {};
   return shiftOrigin == kByOrigin ? robot::readOriginShift(findMapFile()) : parseShift(shiftOrigin);
