@@ -7,6 +7,7 @@
 #include "outlets/foxglove/internal/foxglove_messages.h"
 #include "outlets/foxglove/internal/viewer_drive.h"
 #include "outlets/foxglove/internal/viewer_request.h"
+#include "platform/navigation/internal/map_shift.h"
 
 namespace QV::outlets {
 namespace {
@@ -120,10 +121,10 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
     foxglove::sendData(*client, subscription, channel,
                        {Delivery::latest, now, foxglove::grid(*map, now)});
   const MapShift shift = map ? map->getShift() : MapShift();
-  // The robot's next pose must not take its slot.
-  if (channel == foxglove::kPose && (shift.x != 0.0 || shift.y != 0.0))
+  // Nothing may take its place: it comes once.
+  if (channel == foxglove::kPose && isShifted(shift))
     foxglove::sendData(*client, subscription, channel,
-                       {Delivery::recent, now, foxglove::utmTransform(shift, now)});
+                       {Delivery::control, now, foxglove::utmTransform(shift, now)});
 }
 
 void FoxgloveFeed::onClose(const std::shared_ptr<WebClient>& client) {
