@@ -13,6 +13,7 @@
 #include "outlets/files/internal/record_output.h"
 #include "outlets/files/internal/table.h"
 #include "outlets/internal/json_values.h"
+#include "platform/navigation/internal/map_shift.h"
 #include "robot/maps/map_files.h"
 #include "session/internal/find_room.h"
 #include "session/internal/number_text.h"
@@ -72,7 +73,8 @@ std::string percent(double share) {
 }
 
 std::string range(float least, float most, double shift) {
-  return session::fixed(shift + least, 2) + " to " + session::fixed(shift + most, 2) + " m";
+  return session::fixed(unshifted(least, shift), 2) + " to " +
+         session::fixed(unshifted(most, shift), 2) + " m";
 }
 
 void printTable(const std::string& path, const OccupancyMap& map) {
@@ -89,6 +91,9 @@ void printTable(const std::string& path, const OccupancyMap& map) {
                          " cells of " + session::shortest(resolution) + " m, " +
                          metres(map.getWidth()) + " x " + metres(map.getHeight()) + " m"});
   table.add({"origin", textOf(map.getOrigin(), shift) + " (m, m, rad)"});
+  if (isShifted(shift))
+    table.add({"shift", session::fixed(shift.x, 3) + "," + session::fixed(shift.y, 3) +
+                            " (m, m): there the map's zero is held"});
   table.add({"extent", "x " + range(extent.least.x, extent.most.x, shift.x) + ", y " +
                            range(extent.least.y, extent.most.y, shift.y)});
   table.add({"cells", percent(shares.free) + " free, " + percent(shares.unknown) + " unknown, " +
@@ -103,21 +108,23 @@ Json toJson(const std::string& path, const OccupancyMap& map) {
   const Extent extent = extentOf(map);
   const Shares shares = sharesOf(map);
   const MapShift& shift = map.getShift();
-  return {{"path", path},
-          {"width", map.getWidth()},
-          {"height", map.getHeight()},
-          {"resolution", outlets::toJson(map.getResolution())},
-          {"origin", outlets::exactPoseOf(map.getOrigin(), shift)},
-          {"extent",
-           {{"minX", outlets::toJson(extent.least.x, shift.x)},
-            {"maxX", outlets::toJson(extent.most.x, shift.x)},
-            {"minY", outlets::toJson(extent.least.y, shift.y)},
-            {"maxY", outlets::toJson(extent.most.y, shift.y)}}},
-          {"free", shares.free},
-          {"unknown", shares.unknown},
-          {"occupied", shares.occupied},
-          {"freePose",
-           shares.free > 0.0 ? outlets::exactPoseOf(session::findRoom(map), shift) : Json()}};
+  Json facts{{"path", path},
+             {"width", map.getWidth()},
+             {"height", map.getHeight()},
+             {"resolution", outlets::toJson(map.getResolution())},
+             {"origin", outlets::exactPoseOf(map.getOrigin(), shift)},
+             {"extent",
+              {{"minX", outlets::toJson(extent.least.x, shift.x)},
+               {"maxX", outlets::toJson(extent.most.x, shift.x)},
+               {"minY", outlets::toJson(extent.least.y, shift.y)},
+               {"maxY", outlets::toJson(extent.most.y, shift.y)}}},
+             {"free", shares.free},
+             {"unknown", shares.unknown},
+             {"occupied", shares.occupied},
+             {"freePose",
+              shares.free > 0.0 ? outlets::exactPoseOf(session::findRoom(map), shift) : Json()}};
+  if (isShifted(shift)) facts["shift"] = {{"x", shift.x}, {"y", shift.y}};
+  return facts;
 }
 
 void informOfMap(CommonOptions& options) {

@@ -23,9 +23,8 @@ QV_API MapShift readOriginShift(const std::string& yamlPath);
 
 /**
  * Writes a map as `yamlPath` (*.yaml or *.yml) and a P5 PGM beside it; its shift is added to the
- * origin. A map that has only free,
- * unknown and occupied cells is stored exactly; other occupancies are rounded to 1/255. Throws
- * std::runtime_error if a file can't be written.
+ * origin. A map that has only free, unknown and occupied cells is stored exactly; other occupancies
+ * are rounded to 1/255. Throws std::runtime_error if a file can't be written.
  */
 QV_API void saveMap(const OccupancyMap& map, const std::string& yamlPath);
 

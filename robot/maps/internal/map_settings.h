@@ -15,14 +15,15 @@ struct MapSettings {
   std::filesystem::path image;
   /** Metres per cell. */
   float resolution = 0.0f;
-  /** The origin in the file's coordinates, without its yaw. */
-  MapShift origin;
+  /** The origin in the file's coordinates. */
+  double originX = 0.0;
+  double originY = 0.0;
   /** The yaw of the origin, radians. */
   float yaw = 0.0f;
 
   /** The origin in the coordinates of a map that is shifted so. */
-  Math::Pose2D originBehind(const MapShift& shift) const {
-    return {static_cast<float>(origin.x - shift.x), static_cast<float>(origin.y - shift.y), yaw};
+  Math::Pose2D originIn(const MapShift& shift) const {
+    return {static_cast<float>(originX - shift.x), static_cast<float>(originY - shift.y), yaw};
   }
 
   /** White is occupied. */
