@@ -3,6 +3,7 @@
 #include <string>
 
 #include "robot/services/internal/input_listener.h"
+#include "ros2/messages/geometry_msgs.h"
 #include "ros2/recording/internal/frame_names.h"
 #include "ros2/recording/internal/message_sink.h"
 #include "session/session.h"
