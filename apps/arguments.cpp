@@ -2,8 +2,10 @@
 
 #include <charconv>
 #include <cmath>
+#include <limits>
 #include <sstream>
 
+#include "platform/navigation/internal/map_shift.h"
 #include "session/usage_error.h"
 
 namespace QV::app {
@@ -12,15 +14,17 @@ namespace {
 constexpr std::size_t kMostWaypoints = 10'000;
 
 // Nothing but finite numbers with single commas between them.
-std::vector<float> parseNumbers(const std::string& text, std::size_t count,
+template <typename Number>
+std::vector<double> readNumbers(const std::string& text, std::size_t count,
                                 const std::string& expected) {
-  std::vector<float> numbers;
+  constexpr Number kMost = std::numeric_limits<float>::max();
+  std::vector<double> numbers;
   const char* next = text.data();
   const char* const end = next + text.size();
   while (numbers.size() < count) {
-    float number = 0.0f;
+    Number number{};
     const auto [rest, error] = std::from_chars(next, end, number);
-    if (error != std::errc() || !std::isfinite(number)) break;
+    if (error != std::errc() || !(std::abs(number) <= kMost)) break;
     numbers.push_back(number);
     next = rest;
     if (numbers.size() == count || next == end || *next != ',') break;
@@ -32,18 +36,36 @@ std::vector<float> parseNumbers(const std::string& text, std::size_t count,
   return numbers;
 }
 
-}  // namespace
-
-Math::Pose2D parsePose(const std::string& text) {
-  return Math::Pose2D(parseNumbers(text, 3, "--pose: x,y,theta in metres and radians"));
+// Positions are floats. Only one that is shifted first needs the digits of a double.
+std::vector<double> parseNumbers(const std::string& text, std::size_t count,
+                                 const std::string& expected, const MapShift& shift) {
+  return isShifted(shift) ? readNumbers<double>(text, count, expected)
+                          : readNumbers<float>(text, count, expected);
 }
 
-std::vector<Math::Position2D> parsePath(const std::string& text) {
+Math::Position2D shifted(const std::vector<double>& numbers, const MapShift& shift) {
+  return {static_cast<float>(numbers[0] - shift.x), static_cast<float>(numbers[1] - shift.y)};
+}
+
+}  // namespace
+
+MapShift parseShift(const std::string& text) {
+  const auto numbers = readNumbers<double>(text, 2, "--shift-origin: x,y in metres");
+  return {numbers[0], numbers[1]};
+}
+
+Math::Pose2D parsePose(const std::string& text, const MapShift& shift) {
+  const auto numbers = parseNumbers(text, 3, "--pose: x,y,theta in metres and radians", shift);
+  const Math::Position2D at = shifted(numbers, shift);
+  return {at.x, at.y, static_cast<float>(numbers[2])};
+}
+
+std::vector<Math::Position2D> parsePath(const std::string& text, const MapShift& shift) {
   std::vector<Math::Position2D> path;
   std::istringstream words(text);
   for (std::string word; words >> word;) {
-    const auto numbers = parseNumbers(word, 2, "--path: positions x,y in metres");
-    const Math::Position2D position(numbers[0], numbers[1]);
+    const Math::Position2D position =
+        shifted(parseNumbers(word, 2, "--path: positions x,y in metres", shift), shift);
     if (path.empty() || !(position == path.back())) path.push_back(position);
     if (path.size() > kMostWaypoints)
       throw session::UsageError("--path: at most 10000 positions expected");

@@ -22,9 +22,9 @@ namespace {
 
 // A simulated robot's manager takes a map that is not const, and only reads it.
 boost::shared_ptr<OccupancyMap> mapOf(const OpenOptions& options) {
-  auto map = options.map
-                 ? boost::const_pointer_cast<OccupancyMap>(options.map)
-                 : boost::make_shared<OccupancyMap>(robot::loadMap(findMap(options.mapFile)));
+  auto map = options.map ? boost::const_pointer_cast<OccupancyMap>(options.map)
+                         : boost::make_shared<OccupancyMap>(
+                               robot::loadMap(findMap(options.mapFile), options.shift));
   // The first ray would make it, in the second step.
   detail::MapInside::findStore(*map, OccupancyMap::kSolidAbove);
   return map;

@@ -43,6 +43,8 @@ struct QV_API OpenOptions {
   std::string mapFile = "apartment";
   /** In place of the file; it must not change while a session has it. */
   boost::shared_ptr<const OccupancyMap> map = nullptr;
+  /** The file's map is held with its zero there; `start` is then in the shifted map. */
+  MapShift shift = {};
   /** The start pose in the map; without one, a free pose. */
   std::optional<Math::Pose2D> start = std::nullopt;
   /** The world of a virtual robot. Its own `start` is ignored. */

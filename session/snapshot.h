@@ -137,6 +137,9 @@ struct QV_API Snapshot {
   std::vector<TouchState> touches;
   /** The faults in force: the fault kind, such as "off", by sensor name. */
   std::map<std::string, std::string> faults;
+
+  /** Where the zero of these positions lies in the coordinates of the map's file. */
+  MapShift getShift() const { return map ? map->getShift() : MapShift(); }
 };
 
 /** The sensors in the order of their names. */

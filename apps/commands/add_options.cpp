@@ -54,6 +54,7 @@ void addWorld(CLI::App& command, CommonOptions& options) {
                   "map apartment)")
       ->type_name("apartment|FILE")
       ->check(namesAFile);
+  addShift(command, options)->excludes("--from-ros2");
   command.add_option("--seed", options.seed, "seed of the random numbers of the virtual robot")
       ->needs("--robot")
       ->check(wholeNumber(0, std::numeric_limits<std::uint64_t>::max()))
@@ -78,6 +79,14 @@ void addWorld(CLI::App& command, CommonOptions& options) {
                   "or all; LIMIT: " +
                       sensor::namesOfHealthLimits() + "; repeat for more")
       ->allow_extra_args(false);
+}
+
+CLI::Option* addShift(CLI::App& command, CommonOptions& options) {
+  return command
+      .add_flag(std::string("--shift-origin{") + kByOrigin + "}", options.shiftOrigin,
+                "for a map far from zero, as in UTM coordinates: compute with its zero at its "
+                "origin, in whole metres (=X,Y: at X,Y); positions stay in the file's coordinates")
+      ->type_name("X,Y");
 }
 
 void addSubscriptions(CLI::App& command, CommonOptions& options) {

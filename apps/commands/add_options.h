@@ -33,6 +33,8 @@ inline const std::vector<outlets::Format> kListFormats{
 void addRobot(CLI::App& command, CommonOptions& options);
 /** The same, and the world that the robot stands in. */
 void addWorld(CLI::App& command, CommonOptions& options);
+/** --shift-origin, for a map far from zero. */
+CLI::Option* addShift(CLI::App& command, CommonOptions& options);
 void addSubscriptions(CLI::App& command, CommonOptions& options);
 void addPose(CLI::App& command, CommonOptions& options);
 void addFormat(CLI::App& command, CommonOptions& options, const std::string& formats);

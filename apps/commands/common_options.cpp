@@ -104,8 +104,9 @@ std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math:
   options.time = time;
   if (start) options.start = start;
   options.somebodyAhead = somebodyAhead;
-  if (!start && !pose.empty()) options.start = parsePose(pose);
-  if (map) options.mapFile = naming("--map", [&] { return session::findMap(*map); });
+  options.shift = findShift();
+  if (!start && !pose.empty()) options.start = parsePose(pose, options.shift);
+  if (map) options.mapFile = findMapFile();
   auto session = openAsked(*this, options);
   setLimits(*session, limits);
   return session;
@@ -114,8 +115,22 @@ std::unique_ptr<session::Session> CommonOptions::openSession(std::optional<Math:
 void CommonOptions::notePose(const session::Session& session) const {
   if (!pose.empty() || heard.asked) return;
   const Math::Pose2D at = session.getPose();
-  note("the robot starts at x,y,theta " + session::shortest(at.x) + "," + session::shortest(at.y) +
-       "," + session::shortest(at.theta) + " (m, m, rad), a free pose; choose another with --pose");
+  const MapShift shift = session.getMap()->getShift();
+  note("the robot starts at x,y,theta " + session::shortest(at.x, shift.x) + "," +
+       session::shortest(at.y, shift.y) + "," + session::shortest(at.theta) +
+       " (m, m, rad), a free pose; choose another with --pose");
+}
+
+MapShift CommonOptions::findShift() const {
+  if (robots.map && !shiftOrigin.empty())
+    throw session::UsageError("--shift-origin: a map's file expected, this program has a map");
+  if (robots.map) return robots.map->getShift();
+  if (shiftOrigin.empty()) return {};
+  return shiftOrigin == kByOrigin ? robot::readOriginShift(findMapFile()) : parseShift(shiftOrigin);
+}
+
+std::string CommonOptions::findMapFile() const {
+  return naming("--map", [this] { return session::findMap(map ? *map : robots.mapFile); });
 }
 
 std::string CommonOptions::findRobot() const {

@@ -13,6 +13,9 @@
 
 namespace QV::app {
 
+/** The value of --shift-origin without a value. */
+inline constexpr char kByOrigin[] = "origin";
+
 /** The options that several commands share. */
 struct CommonOptions {
   /** The settings that the options leave open. */
@@ -22,6 +25,8 @@ struct CommonOptions {
   /** The robot of a graph, in place of a simulated or virtual one. */
   HeardArguments heard;
   std::optional<std::string> map;
+  /** How the map is shifted: not at all, kByOrigin, or "x,y". */
+  std::string shiftOrigin;
   std::uint64_t seed = 1;
   float noise = 0.0f;
   float dropOuts = 0.0f;
@@ -43,6 +48,10 @@ struct CommonOptions {
       session::TimeSource time = session::TimeSource::simulated) const;
   /** Prints on standard error where the robot starts if no pose was given. */
   void notePose(const session::Session& session) const;
+  /** Finds the shift of --shift-origin. Throws UsageError, and the errors of the map's file. */
+  MapShift findShift() const;
+  /** Finds the file of --map. */
+  std::string findMapFile() const;
   /** Finds where the description lies that --robot names. */
   std::string findRobot() const;
   /** Returns the description of the robot on a graph. */

@@ -28,6 +28,8 @@ namespace {
 
 struct DriveOptions : CommonOptions {
   std::string path;
+  /** Of the path, in the map as it is held. */
+  std::vector<Math::Position2D> corners;
   double rate = 10.0;
   double speed = 0.5;
   double turnSpeed = 1.0;
@@ -132,10 +134,10 @@ Run driveAlong(DriveOptions& options, session::Session& session, outlets::Outlet
   ProgressBar progress("Driving");
   session::PoseWatch watch(*session.getMap());
   const bool isVirtual = options.robot && !options.heard.asked;
-  if (isSimulated(options)) warnOfWalls(parsePath(options.path), *session.getMap());
+  if (isSimulated(options)) warnOfWalls(options.corners, *session.getMap());
   Run run;
   const auto start = ko::Clock::now();
-  const double seconds = session.follow(parsePath(options.path), options.speed, options.turnSpeed);
+  const double seconds = session.follow(options.corners, options.speed, options.turnSpeed);
   const long cycles = countCycles(seconds, session, options.rate);
   // At least one cycle runs, so that there is something to show.
   for (; run.cycles <= cycles && (run.cycles == 0 || !isInterrupted()); ++run.cycles) {
@@ -156,7 +158,7 @@ session::TimedPath checkedPath(const DriveOptions& options) {
   checkAbove0("--speed", options.speed, 1e3);
   checkAbove0("--turn-speed", options.turnSpeed, 1e3);
   if (options.pace) checkAbove0("--pace", *options.pace, 1e3);
-  session::TimedPath path(parsePath(options.path), options.speed, options.turnSpeed);
+  session::TimedPath path(options.corners, options.speed, options.turnSpeed);
   if (path.getDuration() * options.rate <= kMostCycles) return path;
   throw session::UsageError(
       "--path: this drive would take more than 10000000 readings; shorten it, raise --speed or "
@@ -195,6 +197,7 @@ bool printSummary(const DriveOptions& options, const Run& run, const SilentSenso
 }
 
 int drive(DriveOptions& options) {
+  options.corners = parsePath(options.path, options.findShift());
   const session::TimedPath path = checkedPath(options);
   options.picture.checkIsPicture();
   const auto session = options.openSession(path.poseAt(0.0));

@@ -164,8 +164,8 @@ void addListCommand(CLI::App& program, const session::OpenOptions& robots, int&)
       command->add_flag("--health", options->wantsHealth, "show each sensor's health after 3 s");
   addWorld(*command, *options);
   addPose(*command, *options);
-  for (const char* name :
-       {"--map", "--pose", "--seed", "--noise", "--drop-outs", "--people", "--fault", "--limit"}) {
+  for (const char* name : {"--map", "--shift-origin", "--pose", "--seed", "--noise", "--drop-outs",
+                           "--people", "--fault", "--limit"}) {
     command->get_option(name)->needs(health);
   }
   command->add_option("--save", options->saved, "file for the description of --from-ros2 (URDF)")

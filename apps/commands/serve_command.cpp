@@ -123,7 +123,8 @@ void addServeCommand(CLI::App& program, const session::OpenOptions& robots, int&
           ->type_name(kRecordings)
           ->check(namesAFile)
           ->excludes("--kind")
-          ->excludes("--robot");
+          ->excludes("--robot")
+          ->excludes("--shift-origin");
   options->record
       .addOption(*command, "--record",
                  "record the session to this file (.mcap): the sensors of --subscribe, default "

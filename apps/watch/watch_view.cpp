@@ -8,6 +8,7 @@
 #include "apps/output/health_text.h"
 #include "outlets/files/internal/table.h"
 #include "platform/ko/log.h"
+#include "platform/navigation/internal/map_shift.h"
 #include "session/internal/number_text.h"
 
 namespace QV::app {
@@ -129,8 +130,9 @@ std::string watchTable(const WatchState& state, std::size_t columns) {
 
 std::string watchScreen(const WatchState& state, const ScreenSize& size) {
   Screen screen(size);
-  screen.add(state.seen.title + " at " + session::fixed(state.seen.pose.x, 2) + ", " +
-                 session::fixed(state.seen.pose.y, 2) + " m, " +
+  const MapShift shift = state.seen.getShift();
+  screen.add(state.seen.title + " at " + session::fixed(unshifted(state.seen.pose.x, shift.x), 2) +
+                 ", " + session::fixed(unshifted(state.seen.pose.y, shift.y), 2) + " m, " +
                  session::fixed(state.seen.pose.theta, 2) + " rad",
              kBold);
   const auto lines = watchTableOf(state).getLines(static_cast<std::size_t>(size.columns));

@@ -23,7 +23,7 @@ void RecordFile::show(const session::Snapshot& snapshot) {
 }
 
 void RecordFile::xWrite(const Math::MetricalData& record, const session::Snapshot& snapshot) {
-  if (isCsv) return writeCsv(out, record, snapshot.frame);
+  if (isCsv) return writeCsv(out, record, snapshot);
   out << toText(toJson(record, snapshot)) << '\n';
 }
 

@@ -3,6 +3,7 @@
 #include <charconv>
 #include <cmath>
 
+#include "platform/navigation/internal/map_shift.h"
 #include "session/internal/number_text.h"
 
 namespace QV::outlets {
@@ -19,6 +20,10 @@ Json toJson(float value) {
   return result;
 }
 
+Json toJson(float value, double shift) {
+  return shift == 0.0 ? toJson(value) : rounded(unshifted(value, shift));
+}
+
 Json toJson(const Math::SensorFieldOfView2D& fieldOfView) {
   return {{"minRange", toJson(fieldOfView.minRange)},
           {"maxRange", toJson(fieldOfView.maxRange)},
@@ -31,18 +36,23 @@ Json rounded(double value) {
   return std::round(value * 1000.0) / 1000.0;
 }
 
-Json exactPoseOf(const Math::Pose2D& pose) {
-  return {{"x", toJson(pose.x)}, {"y", toJson(pose.y)}, {"theta", toJson(pose.theta)}};
+Json exactPoseOf(const Math::Pose2D& pose, const MapShift& shift) {
+  return {{"x", toJson(pose.x, shift.x)},
+          {"y", toJson(pose.y, shift.y)},
+          {"theta", toJson(pose.theta)}};
 }
 
-Json roundedPoseOf(const Math::Pose2D& pose) {
-  return {{"x", rounded(pose.x)}, {"y", rounded(pose.y)}, {"theta", rounded(pose.theta)}};
+Json roundedPoseOf(const Math::Pose2D& pose, const MapShift& shift) {
+  return {{"x", rounded(unshifted(pose.x, shift.x))},
+          {"y", rounded(unshifted(pose.y, shift.y))},
+          {"theta", rounded(pose.theta)}};
 }
 
-Json pairsOf(const std::vector<Math::Position2D>& positions) {
+Json pairsOf(const std::vector<Math::Position2D>& positions, const MapShift& shift) {
   Json pairs = Json::array();
   for (const auto& position : positions) {
-    pairs.push_back({rounded(position.x), rounded(position.y)});
+    pairs.push_back(
+        {rounded(unshifted(position.x, shift.x)), rounded(unshifted(position.y, shift.y))});
   }
   return pairs;
 }

@@ -11,6 +11,7 @@
 #include "platform/math/pose2d.h"
 #include "platform/math/position.h"
 #include "platform/math/sensor_field_of_view_2d.h"
+#include "platform/navigation/occupancy_map.h"
 #include "sensor/core/sensor_health.h"
 
 /** The parts that the JSON of all outlets is made of. Numbers that are not finite are null. */
@@ -23,15 +24,17 @@ QV_API std::string toText(const Json& message);
 
 /** The shortest number that reads back as the same float. */
 QV_API Json toJson(float value);
+/** A position in a map that is held shifted, in the coordinates of its file to a millimetre. */
+QV_API Json toJson(float value, double shift);
 QV_API Json toJson(const Math::SensorFieldOfView2D& fieldOfView);
 /** Rounds to a millimetre, a milliradian, a millisecond. */
 Json rounded(double value);
 
 /** x, y, theta by their names. */
-QV_API Json exactPoseOf(const Math::Pose2D& pose);
-Json roundedPoseOf(const Math::Pose2D& pose);
+QV_API Json exactPoseOf(const Math::Pose2D& pose, const MapShift& shift = {});
+Json roundedPoseOf(const Math::Pose2D& pose, const MapShift& shift = {});
 /** [x, y] of each, rounded. */
-Json pairsOf(const std::vector<Math::Position2D>& positions);
+Json pairsOf(const std::vector<Math::Position2D>& positions, const MapShift& shift = {});
 
 /** state, reason, remedy, since (seconds ago) and times. */
 QV_API Json toJson(const sensor::SensorHealth& health);

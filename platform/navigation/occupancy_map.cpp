@@ -66,6 +66,7 @@ OccupancyMap::OccupancyMap(const OccupancyMap& other)
       height(other.height),
       resolution(other.resolution),
       origin(other.origin),
+      shift(other.shift),
       cells(other.cells),
       inside(std::make_unique<detail::MapInside>(*other.inside)) {}
 

@@ -16,6 +16,15 @@ struct MapInside;
 }
 
 /**
+ * Where the zero of a map lies in the coordinates of its file, metres. Positions are floats, which
+ * are coarse far from zero, so a map in UTM coordinates is held with a zero nearby.
+ */
+struct MapShift {
+  double x = 0.0;
+  double y = 0.0;
+};
+
+/**
  * A grid of occupancies from 0 (free) to 1 (occupied).
  * - Frames: the origin is the pose of the outer corner of cell (0, 0) in the map frame M. Columns
  *   run along its x axis, rows along its y axis.
@@ -60,6 +69,9 @@ class QV_API OccupancyMap {
   int getHeight() const { return height; }
   float getResolution() const { return resolution; }
   const Math::Pose2D& getOrigin() const { return origin; }
+  /** A position in M plus this is the position in the coordinates of the map's file. */
+  const MapShift& getShift() const { return shift; }
+  void setShift(const MapShift& newShift) { shift = newShift; }
   /** The occupancies row by row, from row 0. */
   const std::vector<float>& getCells() const { return cells; }
 
@@ -87,6 +99,7 @@ class QV_API OccupancyMap {
   int height;
   float resolution;
   Math::Pose2D origin;
+  MapShift shift;
   std::vector<float> cells;
   std::unique_ptr<detail::MapInside> inside;
 };

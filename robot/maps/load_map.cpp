@@ -1,12 +1,15 @@
 #include <algorithm>
 #include <cmath>
 #include <filesystem>
+#include <iomanip>
 #include <limits>
+#include <sstream>
 #include <stdexcept>
 #include <utility>
 #include <vector>
 
 #include "platform/ko/log.h"
+#include "platform/navigation/internal/map_shift.h"
 #include "robot/maps/internal/map_image.h"
 #include "robot/maps/internal/map_settings.h"
 #include "robot/maps/map_files.h"
@@ -76,25 +79,44 @@ float farthestOf(const OccupancyMap& map) {
   return farthest;
 }
 
+void logShift(const OccupancyMap& map, const std::string& yamlPath) {
+  const MapShift& shift = map.getShift();
+  if (!isShifted(shift)) return;
+  std::ostringstream zero;
+  zero << std::setprecision(12) << shift.x << ", " << shift.y;
+  ko::log::info("Maps", "loadMap")
+      << yamlPath << ": the zero of this map is put at " << zero.str() << " m of its file";
+}
+
 void warnIfCoarse(const OccupancyMap& map, const std::string& yamlPath) {
   const float far = farthestOf(map);
   const float step = std::nextafter(far, std::numeric_limits<float>::infinity()) - far;
   if (step <= kFinestWarned) return;
+  const bool isHeldShifted = isShifted(map.getShift());
   ko::log::warning("Maps", "loadMap")
-      << yamlPath << ": origin: this map reaches " << far << " m from zero, where a position is "
-      << "coarser than a millimetre: it has steps of " << step
-      << " m. Choose an origin nearer to zero";
+      << yamlPath << ": origin: this map reaches " << far << " m from "
+      << (isHeldShifted ? "the zero that it was shifted to" : "zero")
+      << ", where a position is coarser than a millimetre: it has steps of " << step << " m. "
+      << (isHeldShifted ? "Shift it to its origin"
+                        : "Shift it, as with --shift-origin, or choose an origin nearer to zero");
 }
 
 }  // namespace
 
-OccupancyMap loadMap(const std::string& yamlPath) {
+MapShift readOriginShift(const std::string& yamlPath) {
+  const MapSettings settings = readMapSettings(yamlPath);
+  return {std::round(settings.originX), std::round(settings.originY)};
+}
+
+OccupancyMap loadMap(const std::string& yamlPath, const MapShift& shift) {
   const MapSettings settings = readMapSettings(yamlPath);
   const auto imagePath = std::filesystem::path(yamlPath).parent_path() / settings.image;
   const MapImage image = readImageFor(yamlPath, imagePath);
   try {
-    OccupancyMap map(image.width, image.height, settings.resolution, settings.origin,
+    OccupancyMap map(image.width, image.height, settings.resolution, settings.originIn(shift),
                      toCells(image, makeTable(settings, image)));
+    map.setShift(shift);
+    logShift(map, yamlPath);
     warnIfCoarse(map, yamlPath);
     return map;
   } catch (const std::invalid_argument& failure) {

@@ -33,9 +33,14 @@ int shadeOf(float occupancy, bool trinary) {
 }
 
 /** The shortest text that reads back as the same number. */
-std::string toText(float number) {
+template <typename Number>
+std::string toText(Number number) {
   std::array<char, 32> text;
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
+}
+
+std::string toText(float number, double shift) {
+  return shift == 0.0 ? toText(number) : toText(shift + static_cast<double>(number));
 }
 
 std::string toPgm(const OccupancyMap& map, bool trinary) {
@@ -57,8 +62,9 @@ std::string toYaml(const OccupancyMap& map, const std::string& image, bool trina
   yaml << YAML::Key << "image" << YAML::Value << image;
   yaml << YAML::Key << "mode" << YAML::Value << (trinary ? "trinary" : "scale");
   yaml << YAML::Key << "resolution" << YAML::Value << toText(map.getResolution());
-  yaml << YAML::Key << "origin" << YAML::Value << YAML::Flow << YAML::BeginSeq << toText(origin.x)
-       << toText(origin.y) << toText(origin.theta) << YAML::EndSeq;
+  yaml << YAML::Key << "origin" << YAML::Value << YAML::Flow << YAML::BeginSeq
+       << toText(origin.x, map.getShift().x) << toText(origin.y, map.getShift().y)
+       << toText(origin.theta) << YAML::EndSeq;
   yaml << YAML::Key << "negate" << YAML::Value << "0";
   yaml << YAML::Key << "occupied_thresh" << YAML::Value << (trinary ? "0.65" : "1.0");
   yaml << YAML::Key << "free_thresh" << YAML::Value << (trinary ? "0.196" : "0.0");

@@ -5,6 +5,7 @@
 #include <numbers>
 
 #include "platform/ko/log.h"
+#include "platform/navigation/internal/map_shift.h"
 #include "session/internal/number_text.h"
 #include "session/internal/seconds.h"
 #include "session/internal/steering.h"
@@ -23,8 +24,10 @@ constexpr float kAligned = 0.15f;
 constexpr float kBehind = 0.25f;
 constexpr double kPatience = 15.0;
 
-std::string describe(const Math::Position2D& position) {
-  return fixed(position.x, 2) + ", " + fixed(position.y, 2);
+std::string describe(const Math::Position2D& position, const SessionRobot& robot) {
+  const auto map = robot.getMap();
+  const MapShift shift = map ? map->getShift() : MapShift();
+  return fixed(unshifted(position.x, shift.x), 2) + ", " + fixed(unshifted(position.y, shift.y), 2);
 }
 
 }  // namespace
@@ -55,13 +58,14 @@ void Driver::setGoal(const Math::Position2D& position) {
 
 void Driver::setGoal(const Math::Position2D& position, const std::vector<Math::Position2D>& route) {
   if (route.empty()) {
-    throw UsageError("the robot can't get to " + describe(position) + " m: no free path");
+    throw UsageError("the robot can't get to " + describe(position, robot) + " m: no free path");
   }
   stop();
   const Math::Position2D& from = route.front();
   if (Math::norm(Math::Position2D(position.x - from.x, position.y - from.y)) < kArrived) return;
   goal = position;
-  ko::log::info("Session", "setGoal") << "the robot drives to " << describe(position) << " m";
+  ko::log::info("Session", "setGoal")
+      << "the robot drives to " << describe(position, robot) << " m";
   path.emplace(route, kSpeed, kTurnSpeed);
   done = 0.0;
   waited = 0.0;
@@ -123,7 +127,7 @@ void Driver::xGoOn(double seconds) {
   const float behind = std::hypot(off.x, off.y);
   const bool atEnd = done >= path->getDuration();
   if (atEnd && behind < kArrived) {
-    ko::log::info("Session", "run") << "arrived at " << describe(*goal) << " m";
+    ko::log::info("Session", "run") << "arrived at " << describe(*goal, robot) << " m";
     return xStop();
   }
   if (atEnd || behind > kBehind) {
@@ -137,8 +141,9 @@ void Driver::xGoOn(double seconds) {
 }
 
 void Driver::xGiveUp() {
-  ko::log::warning("Session", "run") << "the way to " << describe(*goal) << " m stayed blocked for "
-                                     << static_cast<int>(kPatience) << " s: goal dropped";
+  ko::log::warning("Session", "run")
+      << "the way to " << describe(*goal, robot) << " m stayed blocked for "
+      << static_cast<int>(kPatience) << " s: goal dropped";
   xStop();
 }
 

@@ -3,6 +3,8 @@
 #include <array>
 #include <charconv>
 
+#include "platform/navigation/internal/map_shift.h"
+
 namespace QV::session {
 
 namespace {
@@ -22,6 +24,10 @@ std::string shortest(float value) {
 
 std::string shortest(double value) {
   return shortestOf(value);
+}
+
+std::string shortest(float value, double shift) {
+  return shift == 0.0 ? shortest(value) : fixed(unshifted(value, shift), 3);
 }
 
 std::string fixed(double value, int decimals) {

@@ -18,7 +18,8 @@ std::optional<std::string> PoseWatch::look(const Math::Pose2D& pose) {
                       : *occupancy > kOccupiedAbove ? Place::notFree
                                                     : Place::free;
   if (std::exchange(last, place) == place || place == Place::free) return std::nullopt;
-  return "warning: the pose x,y " + shortest(pose.x) + "," + shortest(pose.y) +
+  const MapShift& shift = map.getShift();
+  return "warning: the pose x,y " + shortest(pose.x, shift.x) + "," + shortest(pose.y, shift.y) +
          (place == Place::outside ? " m lies outside the map"
                                   : " m is in an occupied or unknown cell");
 }

@@ -178,6 +178,8 @@ TEST_F(ProgramTest, badInputIsOneLineAndStatus2) {
       {{"read", "--pose", "1,2,3", "--kind", "x"},
        "x, a number expected (see qvsensors read --help)"},
       {{"read", "--pose", "1,2,3", "--map", ""}, "--map: a file name expected"},
+      {{"read", "--shift-origin=1"}, "--shift-origin: x,y in metres expected, \"1\" given"},
+      {{"read", "--from-ros2", "--shift-origin"}, "--from-ros2 excludes --shift-origin"},
       {{"list", "--robot", ""}, "--robot: a file name expected"},
       {{"list", "--robot", "portr"}, "--robot: a path, or one of porter expected, \"portr\""},
       {{"plot", "--pose", "1,2,3", "-o", ""}, "--output: a file name expected"},

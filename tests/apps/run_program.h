@@ -24,13 +24,14 @@ struct Result {
 };
 
 /** Runs qvsensors in this process, by the name `program`. */
-inline Result run(std::vector<std::string> arguments, const std::string& program = "qvsensors") {
+inline Result run(std::vector<std::string> arguments, const std::string& program = "qvsensors",
+                  const session::OpenOptions& robots = {}) {
   arguments.insert(arguments.begin(), program);
   std::vector<const char*> argv;
   for (const auto& argument : arguments) argv.push_back(argument.c_str());
   testing::internal::CaptureStdout();
   testing::internal::CaptureStderr();
-  const int status = runProgram(static_cast<int>(argv.size()), argv.data());
+  const int status = runProgram(static_cast<int>(argv.size()), argv.data(), robots);
   return {status, testing::internal::GetCapturedStdout(), testing::internal::GetCapturedStderr()};
 }
 

@@ -5,6 +5,7 @@
 #include <vector>
 
 #include "apps/terminal/key.h"
+#include "tests/robot/world/room.h"
 #include "tests/support/vocabulary.h"
 
 namespace QV::app {
@@ -68,6 +69,14 @@ TEST(WatchView, aScreenShowsTheChosenSensorTheNoteAndTheKeys) {
           StartsWith("\x1b[31mLaser  "), StartsWith("\x1b[31;7mSonar  "),
           "\x1b[0mSonar: disabled; its record is old (for 3.0 s, 2 times so far). To fix: wait",
           HasSubstr("q: quit")));
+}
+
+TEST(WatchView, aShiftedMapsCoordinatesAreThoseOfItsFile) {
+  WatchState state = exampleState();
+  const auto map = test::makeRoom();
+  map->setShift({450'000.0, 5'400'000.0});
+  state.seen.map = map;
+  EXPECT_THAT(watchScreen(state, {200, 24}), HasSubstr("Robot at 450001.00, 5400002.00 m"));
 }
 
 TEST(WatchView, aScreenIsNeverLargerThanItsTerminal) {

@@ -59,6 +59,7 @@ class Page:
         for path in (ROOT / "maps").iterdir():
             shutil.copy(path, folder)
         (folder / "hall.yaml").write_text(HALL)
+        (folder / "utm.yaml").write_text(HALL.replace("-5, -5", "500123.4, 4649776.25"))
         (folder / "hall.pgm").write_bytes(b"P5 10 10 255\n" + bytes([255] * 100))
         (folder / "examples").mkdir()
         shutil.copy(ROOT / "examples/own_robot.urdf", folder / "examples")

@@ -4,6 +4,7 @@ import { mkdtempSync, rmSync, writeFileSync } from 'node:fs';
 import { tmpdir } from 'node:os';
 import path from 'node:path';
 import { after, afterEach, before, beforeEach, test } from 'node:test';
+import { fileURLToPath } from 'node:url';
 import { LivePage, launch } from './support/browser.mjs';
 import { countPixels, findEnlargement, findOutline } from './support/canvas.mjs';
 import { serve } from './support/program.mjs';
@@ -189,6 +190,26 @@ function findCorners() {
   const ends = [across.at(0), across.at(-1), down.at(0), down.at(-1)];
   return ends.includes(undefined) || ends[1] - ends[0] < 100 || ends[3] - ends[2] < 100 ? [] : ends;
 }
+
+test('a map in UTM coordinates is shown and driven in them', async (context) => {
+  const folder = mkdtempSync(path.join(tmpdir(), 'qv_map_'));
+  context.after(() => rmSync(folder, { recursive: true }));
+  const file = path.join(folder, 'utm.yaml');
+  const image = fileURLToPath(new URL('../../maps/apartment.pgm', import.meta.url));
+  writeFileSync(file, `image: ${image}\nresolution: 0.05\norigin: [450000, 5400000, 0]\nnegate: 0\noccupied_thresh: 0.65\nfree_thresh: 0.196\n`);
+  const utm = await serve(['--kind', '1', '--pose', '450003.25,5400006.5,0', '--map', file, '--shift-origin']);
+  const shown = await LivePage.open(browser, utm.url);
+  await shown.page.waitForFunction(() => document.getElementById('pose-y').textContent === '5400006.50 m');
+  assert.ok((await countPixels(shown.page, WALL)) > 10000);
+  const { width, height } = await shown.page.locator('#map').boundingBox();
+  await shown.page.keyboard.press('g');
+  await shown.page.locator('#map').click({ position: { x: width * 0.4, y: height / 2 } });
+  const { goal } = await shown.until(({ goal }) => goal !== null);
+  const [x, y] = (await shown.page.locator('#cursor').textContent()).match(/\d+\.\d+/g).map(Number);
+  assert.ok(Math.hypot(goal.x - x, goal.y - y) < 0.02 && x > 450000 && y > 5400000, `${x}, ${y} for ${JSON.stringify(goal)}`);
+  await shown.close();
+  await utm.stop();
+});
 
 test('the map follows the theme', async () => {
   const light = await countPixels(live.page, [255, 255, 255]);

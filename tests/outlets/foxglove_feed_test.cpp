@@ -96,6 +96,26 @@ TEST_F(FoxgloveFeedTest, aMapThatIsTakenAgainAndAgainWaitsOnce) {
   EXPECT_FALSE(unread.take());
 }
 
+TEST_F(FoxgloveFeedTest, aShiftedMapHasTheCoordinatesOfItsFileAsAFrame) {
+  boost::const_pointer_cast<OccupancyMap>(robot->getMap())->setShift({450'000.125, 5'400'000.0});
+  sut.onMessage(viewer, R"({"op":"subscribe","subscriptions":[{"id":7,"channelId":1}]})", false);
+  sut.show(snapshot());
+  Outbox unread;
+  for (const WebMessage& message : viewer->sent) unread.add(message);
+  // A slow viewer's log lines must not take its place.
+  for (std::size_t i = 0; i < Outbox::kMostRecent; ++i)
+    unread.add({viewer->sent.back().payload, true, Delivery::recent});
+  std::set<std::string> children;
+  while (const auto message = unread.take()) {
+    const json frame = json::parse(message->payload->substr(13));
+    children.insert(frame["child_frame_id"]);
+    if (frame["child_frame_id"] != "utm") continue;
+    EXPECT_EQ(frame["parent_frame_id"], "map");
+    EXPECT_EQ(frame["translation"], json::parse(R"({"x":-450000.125,"y":-5400000.0,"z":0.0})"));
+  }
+  EXPECT_THAT(children, ElementsAre("robot", "utm"));
+}
+
 TEST_F(FoxgloveFeedTest, eachViewerWantsItsOwnSensorsUntilItLeaves) {
   const auto other = std::make_shared<test::FakeClient>();
   sut.onOpen(other);

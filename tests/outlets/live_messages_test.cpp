@@ -9,6 +9,7 @@
 
 #include "outlets/internal/base64.h"
 #include "outlets/web/internal/map_tiles.h"
+#include "outlets/web/internal/page_details.h"
 #include "platform/ko/simulated_time.h"
 #include "tests/outlets/told_cases.h"
 
@@ -38,6 +39,27 @@ session::Snapshot exampleSnapshot() {
   snapshot.sensors = {idle, busy};
   snapshot.unbuilt = {{"Lost", {sensor::HealthState::failing, ko::Clock::now(), "no key", "", 1}}};
   return snapshot;
+}
+
+// Where the map is not shifted, what is told is what is there.
+TEST(LiveMessages, aPositionKeepsItsSign) {
+  const ko::SimulatedTime time;
+  session::Snapshot snapshot;
+  snapshot.pose = {-0.0f, -0.0f, -0.0f};
+  snapshot.goal = Math::Position2D(-0.0f, -0.0f);
+  snapshot.route = snapshot.people = {{-0.0f, -0.0f}};
+  snapshot.touches = {{"Bumper", {-0.0f, -0.0f}, 0.25}};
+  session::SensorState sensor{"Busy", "Laser", true};
+  sensor.marks.hits = {{-0.0f, -0.0f, -0.0f}};
+  snapshot.sensors = {sensor};
+  const json state = json::parse(pageStateOf(snapshot));
+  for (const char* place : {"/pose", "/goal", "/route/0", "/people/0", "/sensors/0/points"}) {
+    for (const json& number : state.at(json::json_pointer(place)))
+      EXPECT_TRUE(std::signbit(number.get<double>())) << place;
+  }
+  EXPECT_TRUE(std::signbit(state["touches"][0]["x"].get<double>()));
+  for (const json& number : json::parse(spaceMessage(snapshot))["sensors"][0]["points"])
+    EXPECT_TRUE(std::signbit(number.get<double>()));
 }
 
 TEST(LiveMessages, aStateHasNullForMissingValues) {

@@ -6,6 +6,7 @@
 
 #include "outlets/files/internal/record_text.h"
 #include "outlets/files/internal/table.h"
+#include "platform/navigation/internal/map_shift.h"
 #include "session/internal/number_text.h"
 #include "session/usage_error.h"
 
@@ -20,7 +21,8 @@ const char* getName(Format format) {
 const std::vector<std::string> kColumns{"sensor",    "family", ">points", ">nearest", ">range",
                                         ">aperture", ">at x",  ">y",      ">z",       ">time s"};
 
-std::vector<std::string> rowOf(const Math::MetricalData& record, std::optional<float> nearest) {
+std::vector<std::string> rowOf(const Math::MetricalData& record, std::optional<float> nearest,
+                               const MapShift& shift) {
   const auto at = Math::position3DFromTransform(record.sensorTransform);
   const auto& fov = record.fieldOfView;
   const auto seconds = static_cast<double>(inNanoseconds(record.timestamp)) * 1e-9;
@@ -30,8 +32,8 @@ std::vector<std::string> rowOf(const Math::MetricalData& record, std::optional<f
           nearest ? session::fixed(*nearest, 3) : "-",
           session::shortest(fov.minRange) + ".." + session::shortest(fov.maxRange),
           session::fixed(fov.angularRange, 2),
-          session::fixed(at.x, 2),
-          session::fixed(at.y, 2),
+          session::fixed(unshifted(at.x, shift.x), 2),
+          session::fixed(unshifted(at.y, shift.y), 2),
           session::fixed(at.z, 2),
           session::fixed(seconds, 3)};
 }
@@ -55,10 +57,11 @@ RecordWriter::RecordWriter(std::ostream& out, Format format)
 
 void RecordWriter::write(const session::Snapshot& snapshot) {
   frame = snapshot.frame;
+  const MapShift shift = frame == session::Frame::map ? snapshot.getShift() : MapShift();
   for (const auto& sensor : session::sensorsByName(snapshot)) {
     for (const auto& record : sensor.records) {
-      if (format == Format::table) rows.push_back(rowOf(record, sensor.nearest));
-      if (format == Format::csv) writeCsv(out, record, frame);
+      if (format == Format::table) rows.push_back(rowOf(record, sensor.nearest, shift));
+      if (format == Format::csv) writeCsv(out, record, snapshot);
       list.add(toJson(record, snapshot));
     }
   }

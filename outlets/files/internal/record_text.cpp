@@ -14,18 +14,25 @@ std::string quoted(const std::string& text) {
   return result;
 }
 
+/** The shift of the number `index` of a sensor's transform; the translation has one in a map. */
+double shiftOf(std::size_t index, const session::Snapshot& snapshot) {
+  if (snapshot.frame != session::Frame::map) return 0.0;
+  return index == 3 ? snapshot.getShift().x : index == 7 ? snapshot.getShift().y : 0.0;
+}
+
 // Returns the beginning of every line of a record.
-std::string startOf(const Math::MetricalData& record, session::Frame frame) {
+std::string startOf(const Math::MetricalData& record, const session::Snapshot& snapshot) {
   const auto& fov = record.fieldOfView;
   std::string start =
-      quoted(record.sensorName) + "," + quoted(record.familyName) + "," + getName(frame);
+      quoted(record.sensorName) + "," + quoted(record.familyName) + "," + getName(snapshot.frame);
   for (const float value : {fov.minRange, fov.maxRange, fov.angularRange}) {
     start.append(",").append(session::shortest(value));
   }
   start.append(",").append(std::to_string(fov.rayCount));
   start.append(",").append(std::to_string(inNanoseconds(record.timestamp)));
-  for (const float value : record.sensorTransform.values) {
-    start.append(",").append(session::shortest(value));
+  const auto& transform = record.sensorTransform.values;
+  for (std::size_t i = 0; i < transform.size(); ++i) {
+    start.append(",").append(session::shortest(transform[i], shiftOf(i, snapshot)));
   }
   return start;
 }
@@ -34,7 +41,9 @@ std::string startOf(const Math::MetricalData& record, session::Frame frame) {
 
 Json toJson(const Math::MetricalData& record, const session::Snapshot& snapshot) {
   Json transform = Json::array();
-  for (const float value : record.sensorTransform.values) transform.push_back(toJson(value));
+  for (const float value : record.sensorTransform.values) {
+    transform.push_back(toJson(value, shiftOf(transform.size(), snapshot)));
+  }
   Json points = Json::array();
   for (const auto& point : record.points) {
     points.push_back({{"x", toJson(point.x)}, {"y", toJson(point.y)}, {"z", toJson(point.z)}});
@@ -46,7 +55,8 @@ Json toJson(const Math::MetricalData& record, const session::Snapshot& snapshot)
               {"points", std::move(points)},
               {"timestamp", inNanoseconds(record.timestamp)},
               {"frame", getName(snapshot.frame)}};
-  if (snapshot.frame == session::Frame::robot) object["robotPose"] = exactPoseOf(snapshot.pose);
+  if (snapshot.frame == session::Frame::robot)
+    object["robotPose"] = exactPoseOf(snapshot.pose, snapshot.getShift());
   return object;
 }
 
@@ -56,8 +66,9 @@ void writeCsvTitles(std::ostream& out) {
   out << ",point,x,y,z\n";
 }
 
-void writeCsv(std::ostream& out, const Math::MetricalData& record, session::Frame frame) {
-  const std::string start = startOf(record, frame);
+void writeCsv(std::ostream& out, const Math::MetricalData& record,
+              const session::Snapshot& snapshot) {
+  const std::string start = startOf(record, snapshot);
   if (record.points.empty()) out << start << ",,,,\n";
   for (std::size_t i = 0; i < record.points.size(); ++i) {
     const auto& point = record.points[i];

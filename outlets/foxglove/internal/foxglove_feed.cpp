@@ -7,6 +7,7 @@
 #include "outlets/foxglove/internal/foxglove_messages.h"
 #include "outlets/foxglove/internal/viewer_drive.h"
 #include "outlets/foxglove/internal/viewer_request.h"
+#include "platform/navigation/internal/map_shift.h"
 
 namespace QV::outlets {
 namespace {
@@ -115,11 +116,15 @@ void FoxgloveFeed::xSubscribe(const std::shared_ptr<WebClient>& client, std::uin
     throw std::invalid_argument("channel " + std::to_string(channel) + " does not exist");
   viewers.subscribe(client, subscription, channel);
   // The map does not change: once is enough.
-  if (channel == foxglove::kMap && map) {
-    const auto now = ko::Clock::now();
+  const auto now = ko::Clock::now();
+  if (channel == foxglove::kMap && map)
     foxglove::sendData(*client, subscription, channel,
                        {Delivery::latest, now, foxglove::grid(*map, now)});
-  }
+  const MapShift shift = map ? map->getShift() : MapShift();
+  // Nothing may take its place: it comes once.
+  if (channel == foxglove::kPose && isShifted(shift))
+    foxglove::sendData(*client, subscription, channel,
+                       {Delivery::control, now, foxglove::utmTransform(shift, now)});
 }
 
 void FoxgloveFeed::onClose(const std::shared_ptr<WebClient>& client) {

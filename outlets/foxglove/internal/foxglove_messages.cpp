@@ -64,6 +64,14 @@ std::string frameTransform(const session::Snapshot& snapshot) {
                  {"rotation", turnOf(snapshot.pose)}});
 }
 
+std::string utmTransform(const MapShift& shift, ko::Clock::time_point time) {
+  return toText({{"timestamp", toJson(time)},
+                 {"parent_frame_id", "map"},
+                 {"child_frame_id", "utm"},
+                 {"translation", {{"x", -shift.x}, {"y", -shift.y}, {"z", 0.0}}},
+                 {"rotation", turnOf({})}});
+}
+
 std::string pointCloud(const session::SensorState& sensor, const session::Snapshot& snapshot) {
   return toText({{"timestamp", toJson(snapshot.time)},
                  {"frame_id", getName(snapshot.frame)},

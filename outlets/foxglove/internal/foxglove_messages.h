@@ -14,6 +14,8 @@ namespace QV::outlets::foxglove {
 
 /** The pose of the robot in the map. */
 std::string frameTransform(const session::Snapshot& snapshot);
+/** The zero of the coordinates of the map's file in the map, as the frame "utm". */
+std::string utmTransform(const MapShift& shift, ko::Clock::time_point time);
 /**
  * The points of a sensor, an echo as points along its arc, at most 10,000; of a virtual robot in
  * its ground frame.

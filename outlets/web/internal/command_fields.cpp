@@ -53,8 +53,12 @@ double CommandFields::number(const char* name, double least, double most) const 
   return value;
 }
 
-float CommandFields::metres(const char* name) const {
-  return static_cast<float>(number(name, -kFarthest, kFarthest));
+Math::Position2D CommandFields::position() const {
+  return {metres("x", shift.x), metres("y", shift.y)};
+}
+
+float CommandFields::metres(const char* name, double zero) const {
+  return static_cast<float>(number(name, zero - kFarthest, zero + kFarthest) - zero);
 }
 
 std::string CommandFields::text(const char* name) const {

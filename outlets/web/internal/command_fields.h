@@ -7,6 +7,8 @@
 
 #include <nlohmann/json.hpp>
 
+#include "platform/math/position.h"
+#include "platform/navigation/occupancy_map.h"
 #include "robot/world/faults/fault.h"
 
 namespace QV::outlets {
@@ -14,9 +16,10 @@ namespace QV::outlets {
 /** The fields of one command, each as what it has to be; UsageError for one that is not. */
 class CommandFields {
  public:
-  /** Both must outlive it. `command` has all fields that are asked for. */
-  CommandFields(const nlohmann::json& command, const std::set<std::string>& sensors)
-      : command(command), sensors(sensors) {}
+  /** All must outlive it. `command` has all fields that are asked for. */
+  CommandFields(const nlohmann::json& command, const std::set<std::string>& sensors,
+                const MapShift& shift)
+      : command(command), sensors(sensors), shift(shift) {}
 
   /** UsageError unless a command has these fields beside "op", and no other. */
   static void checkNames(const nlohmann::json& command, const std::vector<std::string>& names);
@@ -24,7 +27,8 @@ class CommandFields {
   std::string sensor() const;
   bool flag(const char* name) const;
   double number(const char* name, double least, double most) const;
-  float metres(const char* name) const;
+  /** "x" and "y" as a position in the map as it is held. */
+  Math::Position2D position() const;
   std::string text(const char* name) const;
   bool isNull(const char* name) const { return get(name).is_null(); }
   /** Nothing for null. */
@@ -32,10 +36,12 @@ class CommandFields {
 
  private:
   const nlohmann::json& get(const char* name) const { return command.at(name); }
+  float metres(const char* name, double zero) const;
   [[noreturn]] void refuse(const char* name, const std::string& expected) const;
 
   const nlohmann::json& command;
   const std::set<std::string>& sensors;
+  const MapShift& shift;
 };
 
 }  // namespace QV::outlets

@@ -15,7 +15,7 @@ Json describeMap(const boost::shared_ptr<const OccupancyMap>& map, int levels) {
   return {{"width", map->getWidth()},
           {"height", map->getHeight()},
           {"resolution", toJson(map->getResolution())},
-          {"origin", exactPoseOf(map->getOrigin())},
+          {"origin", exactPoseOf(map->getOrigin(), map->getShift())},
           {"tile", MapTiles::kSide},
           {"levels", levels}};
 }

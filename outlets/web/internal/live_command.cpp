@@ -32,7 +32,7 @@ PageCommand readDrive(const CommandFields& fields) {
 }
 
 PageCommand readGoal(const CommandFields& fields) {
-  return session::GoalCommand{{fields.metres("x"), fields.metres("y")}};
+  return session::GoalCommand{fields.position()};
 }
 
 PageCommand readPause(const CommandFields& fields) {
@@ -106,12 +106,13 @@ const Kind& kindOf(const json& command) {
 
 }  // namespace
 
-PageCommand parseCommand(const std::string& text, const std::set<std::string>& sensors) {
+PageCommand parseCommand(const std::string& text, const std::set<std::string>& sensors,
+                         const MapShift& shift) {
   const json command = json::parse(text, nullptr, false);
   if (!command.is_object()) throw session::UsageError("an object of JSON expected");
   const Kind& kind = kindOf(command);
   CommandFields::checkNames(command, kind.fields);
-  return kind.read(CommandFields(command, sensors));
+  return kind.read(CommandFields(command, sensors, shift));
 }
 
 std::string findOp(const std::string& text) {

@@ -5,6 +5,7 @@
 #include <variant>
 
 #include "platform/api.h"
+#include "platform/navigation/occupancy_map.h"
 #include "session/internal/command.h"
 
 namespace QV::outlets {
@@ -23,9 +24,11 @@ using PageCommand = std::variant<session::Command, InspectCommand, SpaceCommand>
 
 /**
  * Reads {"op": ..., ...}: throws UsageError with the expectation for a surplus or missing field, a
- * wrong type, a number out of range, or a sensor that is not in `sensors`.
+ * wrong type, a number out of range, or a sensor that is not in `sensors`. Positions are in the
+ * coordinates of the map's file; `shift` is the map's.
  */
-QV_API PageCommand parseCommand(const std::string& text, const std::set<std::string>& sensors);
+QV_API PageCommand parseCommand(const std::string& text, const std::set<std::string>& sensors,
+                                const MapShift& shift = {});
 
 /** The "op" of a text; empty where there is none. */
 std::string findOp(const std::string& text);

@@ -3,6 +3,7 @@
 #include "outlets/internal/base64.h"
 #include "outlets/internal/json_values.h"
 #include "outlets/web/internal/page_points.h"
+#include "platform/navigation/internal/map_shift.h"
 
 namespace QV::outlets {
 namespace {
@@ -12,14 +13,15 @@ Json toJson(const std::optional<T>& value) {
   return value ? rounded(static_cast<double>(*value)) : Json();
 }
 
-Json toJson(const std::optional<Math::Position2D>& position) {
+Json toJson(const std::optional<Math::Position2D>& position, const MapShift& shift) {
   if (!position) return nullptr;
-  return {{"x", rounded(position->x)}, {"y", rounded(position->y)}};
+  return {{"x", rounded(unshifted(position->x, shift.x))},
+          {"y", rounded(unshifted(position->y, shift.y))}};
 }
 
-Json toJson(const std::optional<session::SensorState::View>& view) {
+Json toJson(const std::optional<session::SensorState::View>& view, const MapShift& shift) {
   if (!view) return nullptr;
-  Json json = roundedPoseOf(view->apex);
+  Json json = roundedPoseOf(view->apex, shift);
   json["angle"] = rounded(view->fieldOfView.angularRange);
   json["minRange"] = rounded(view->fieldOfView.minRange);
   json["maxRange"] = rounded(view->fieldOfView.maxRange);
@@ -31,11 +33,11 @@ const char* getName(Model::PointMeaning meaning) {
   return names[static_cast<int>(meaning)];
 }
 
-Json toJson(const session::SensorState& sensor) {
+Json toJson(const session::SensorState& sensor, const MapShift& shift) {
   Json points = Json::array();
   for (const auto& point : pagePointsOf(sensor.marks)) {
-    points.push_back(rounded(point.x));
-    points.push_back(rounded(point.y));
+    points.push_back(rounded(unshifted(point.x, shift.x)));
+    points.push_back(rounded(unshifted(point.y, shift.y)));
   }
   return {{"name", sensor.name},
           {"family", sensor.family},
@@ -49,7 +51,7 @@ Json toJson(const session::SensorState& sensor) {
           {"trouble", sensor.trouble},
           {"troubleAge", rounded(sensor.troubleAge)},
           {"health", QV::outlets::toJson(sensor.health)},
-          {"fieldOfView", toJson(sensor.view)},
+          {"fieldOfView", toJson(sensor.view, shift)},
           {"means", getName(sensor.points)},
           {"points", std::move(points)}};
 }
@@ -60,10 +62,10 @@ Json toJson(const std::map<std::string, sensor::SensorHealth>& unbuilt) {
   return object;
 }
 
-Json toJson(const session::TouchState& touch) {
+Json toJson(const session::TouchState& touch, const MapShift& shift) {
   return {{"name", touch.name},
-          {"x", rounded(touch.position.x)},
-          {"y", rounded(touch.position.y)},
+          {"x", rounded(unshifted(touch.position.x, shift.x))},
+          {"y", rounded(unshifted(touch.position.y, shift.y))},
           {"since", rounded(touch.since)}};
 }
 
@@ -81,33 +83,36 @@ Json toJson(const ko::log::Record& line) {
 }
 
 template <typename T>
-Json toArray(const std::vector<T>& values) {
+Json toArray(const std::vector<T>& values, const MapShift& shift) {
   Json array = Json::array();
-  for (const T& value : values) array.push_back(toJson(value));
+  for (const T& value : values) array.push_back(toJson(value, shift));
   return array;
 }
 
 }  // namespace
 
 std::string pageStateOf(const session::Snapshot& snapshot) {
+  const MapShift shift = snapshot.getShift();
   return toText({{"op", "state"},
                  {"time", inNanoseconds(snapshot.time)},
                  {"paused", snapshot.paused},
                  {"speed", snapshot.speed},
                  {"recording", toJson(snapshot.recording)},
-                 {"pose", roundedPoseOf(snapshot.pose)},
+                 {"pose", roundedPoseOf(snapshot.pose, shift)},
                  {"velocity", roundedPoseOf(snapshot.velocity)},
-                 {"goal", toJson(snapshot.goal)},
-                 {"route", pairsOf(snapshot.route)},
-                 {"sensors", toArray(snapshot.sensors)},
+                 {"goal", toJson(snapshot.goal, shift)},
+                 {"route", pairsOf(snapshot.route, shift)},
+                 {"sensors", toArray(snapshot.sensors, shift)},
                  {"unbuilt", toJson(snapshot.unbuilt)},
-                 {"people", pairsOf(snapshot.people)},
-                 {"touches", toArray(snapshot.touches)},
+                 {"people", pairsOf(snapshot.people, shift)},
+                 {"touches", toArray(snapshot.touches, shift)},
                  {"faults", snapshot.faults}});
 }
 
 std::string logMessage(const std::vector<ko::log::Record>& lines) {
-  return toText({{"op", "log"}, {"lines", toArray(lines)}});
+  Json told = Json::array();
+  for (const auto& line : lines) told.push_back(toJson(line));
+  return toText({{"op", "log"}, {"lines", std::move(told)}});
 }
 
 std::string depthMessage(const std::string& sensor, const DepthPicture& picture) {

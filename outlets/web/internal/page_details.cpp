@@ -5,6 +5,7 @@
 
 #include "outlets/files/internal/record_text.h"
 #include "outlets/internal/seen_places.h"
+#include "platform/navigation/internal/map_shift.h"
 
 namespace QV::outlets {
 namespace {
@@ -17,13 +18,13 @@ Json shortened(Math::MetricalData record, const session::Snapshot& snapshot) {
   return json;
 }
 
-Json numbersOf(const std::vector<Math::Position3D>& places) {
+Json numbersOf(const std::vector<Math::Position3D>& places, const MapShift& shift) {
   const std::size_t step = (places.size() + kMostSpacePoints - 1) / kMostSpacePoints;
   Json numbers = Json::array();
   for (std::size_t i = 0; i < places.size(); i += step) {
-    for (const float value : {places[i].x, places[i].y, places[i].z}) {
-      numbers.push_back(rounded(value));
-    }
+    numbers.push_back(rounded(unshifted(places[i].x, shift.x)));
+    numbers.push_back(rounded(unshifted(places[i].y, shift.y)));
+    numbers.push_back(rounded(places[i].z));
   }
   return numbers;
 }
@@ -43,7 +44,7 @@ std::string recordMessage(const std::string& sensor, const session::Snapshot& sn
 std::string spaceMessage(const session::Snapshot& snapshot) {
   Json sensors = Json::array();
   for (const session::SensorState& sensor : snapshot.sensors) {
-    Json points = numbersOf(seenPlacesOf(sensor.marks));
+    Json points = numbersOf(seenPlacesOf(sensor.marks), snapshot.getShift());
     if (points.empty()) continue;
     sensors.push_back(
         {{"name", sensor.name}, {"family", sensor.family}, {"points", std::move(points)}});

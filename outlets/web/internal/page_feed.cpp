@@ -14,6 +14,7 @@ PageFeed::PageFeed(session::Session& robot, RequestQueue& requests)
     : tiles(robot.getMap()),
       world(describeWorld(robot, tiles.getLevelCount())),
       sensors(robot.getManager().getSensorList()),
+      shift(robot.getMap() ? robot.getMap()->getShift() : MapShift()),
       requests(requests),
       depth(robot, findDepthSensor(robot)) {}
 
@@ -33,7 +34,7 @@ void PageFeed::onMessage(const std::shared_ptr<WebClient>& client, const std::st
   };
   if (binary) return refuse("text expected, bytes given");
   try {
-    xExecute(client, parseCommand(message, sensors), refuse);
+    xExecute(client, parseCommand(message, sensors, shift), refuse);
   } catch (const session::UsageError& error) {
     refuse(error.what());
   }

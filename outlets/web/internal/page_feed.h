@@ -66,6 +66,7 @@ class QV_API PageFeed : public WebOutlet {
   const MapTiles tiles;
   const Json world;
   const std::set<std::string> sensors;
+  const MapShift shift;
   RequestQueue& requests;
   DepthFrames depth;
   DepthPainter painter;

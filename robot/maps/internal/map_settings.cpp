@@ -22,7 +22,10 @@ MapSettings readMapSettings(const std::filesystem::path& path) {
   result.image = keys.getText("image");
   result.resolution = static_cast<float>(
       keys.getNumber("resolution", 1e-6, 1e6, "metres from 0.000001 to 1000000"));
-  result.origin = Math::Pose2D(keys.getNumbers("origin", 3, "a list of 3 (x, y, yaw)"));
+  const auto origin = keys.getNumbers("origin", 3, "a list of 3 (x, y, yaw)");
+  result.originX = origin[0];
+  result.originY = origin[1];
+  result.yaw = static_cast<float>(origin[2]);
   result.negate = keys.choose("negate", kFlags, "0 or 1");
   result.occupiedThreshold = keys.getNumber("occupied_thresh", 0.0, 1.0, "a number from 0 to 1");
   result.freeThreshold = keys.getNumber("free_thresh", 0.0, result.occupiedThreshold,

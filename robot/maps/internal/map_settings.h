@@ -3,6 +3,7 @@
 #include <filesystem>
 
 #include "platform/math/pose2d.h"
+#include "platform/navigation/occupancy_map.h"
 
 namespace QV::robot {
 
@@ -14,7 +15,17 @@ struct MapSettings {
   std::filesystem::path image;
   /** Metres per cell. */
   float resolution = 0.0f;
-  Math::Pose2D origin;
+  /** The origin in the file's coordinates. */
+  double originX = 0.0;
+  double originY = 0.0;
+  /** The yaw of the origin, radians. */
+  float yaw = 0.0f;
+
+  /** The origin in the coordinates of a map that is shifted so. */
+  Math::Pose2D originIn(const MapShift& shift) const {
+    return {static_cast<float>(originX - shift.x), static_cast<float>(originY - shift.y), yaw};
+  }
+
   /** White is occupied. */
   bool negate = false;
   /** Fractions of darkness. */

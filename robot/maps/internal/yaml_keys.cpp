@@ -96,12 +96,12 @@ double YamlKeys::getNumber(const std::string& key, double low, double high,
   return number;
 }
 
-std::vector<float> YamlKeys::getNumbers(const std::string& key, std::size_t count,
-                                        const std::string& expected) const {
+std::vector<double> YamlKeys::getNumbers(const std::string& key, std::size_t count,
+                                         const std::string& expected) const {
   const YAML::Node node = xGet(key);
   if (!node.IsSequence() || node.size() != count) xRefuse(key, expected, node);
-  std::vector<float> numbers;
-  for (const auto& item : node) numbers.push_back(static_cast<float>(xToNumber(key, item)));
+  std::vector<double> numbers;
+  for (const auto& item : node) numbers.push_back(xToNumber(key, item));
   return numbers;
 }
 

@@ -25,8 +25,8 @@ class YamlKeys {
   /** A finite number between two limits, included. */
   double getNumber(const std::string& key, double low, double high,
                    const std::string& expected) const;
-  std::vector<float> getNumbers(const std::string& key, std::size_t count,
-                                const std::string& expected) const;
+  std::vector<double> getNumbers(const std::string& key, std::size_t count,
+                                 const std::string& expected) const;
 
   template <typename Value>
   Value choose(const std::string& key, const std::map<std::string, Value>& values,

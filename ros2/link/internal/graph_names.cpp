@@ -4,16 +4,23 @@
 #include <stdexcept>
 
 #include "platform/model/sensor_properties.h"
+#include "platform/navigation/internal/map_shift.h"
 #include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
 namespace {
+
+bool isInShiftedMap(const session::Session& session) {
+  const auto map = session.getMap();
+  return map && isShifted(map->getShift());
+}
 
 std::set<std::string> framesOf(const session::Session& session) {
   std::set<std::string> frames{FrameNames::kMap, FrameNames::kOdometry,
                                FrameNames(session).ofBase()};
   for (const std::string& sensor : mountedOn(session))
     frames.insert({sensor, FrameNames(session).ofOptics(sensor)});
+  if (isInShiftedMap(session)) frames.insert(FrameNames::kUtm);
   return frames;
 }
 
@@ -89,7 +96,8 @@ FrameNames frameNamesOf(const session::Session& session, const GraphRobotOptions
   for (const auto& [name, renamed] : options.frames) {
     if (known.count(name) == 0)
       throw std::invalid_argument(
-          "a frame of the robot expected (map, odom, " + FrameNames(session).ofBase() +
+          "a frame of the robot expected (map, odom, " +
+          std::string(isInShiftedMap(session) ? "utm, " : "") + FrameNames(session).ofBase() +
           ", a sensor or NAME_optical of a camera), \"" + name + "\" given");
   }
   FrameNames names(session, options.frames, options.framePrefix);

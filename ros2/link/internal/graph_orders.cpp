@@ -6,6 +6,7 @@
 #include <string>
 #include <utility>
 
+#include "platform/navigation/internal/map_shift.h"
 #include "ros2/recording/internal/conversions.h"
 #include "session/internal/session_parts.h"
 
@@ -67,14 +68,20 @@ GraphOrders::Places::Places(GraphNode& node)
     : pose(node, "initialpose", kOrder), goal(node, "goal_pose", kOrder) {}
 
 GraphOrders::GraphOrders(GraphNode& node, const FrameNames& names, const GraphRobotOptions& options)
-    : map(names.ofMap()) {
+    : map(names.ofMap()), utm(names.ofUtm()) {
   if (options.isDriven) velocities.emplace(node);
   if (options.isDriven && options.knowsItsWay) places.emplace(node);
 }
 
-Math::Pose2D GraphOrders::xPlaceOf(const std_msgs::Header& header,
-                                   const geometry_msgs::Pose& pose) const {
-  if (header.frame_id != map) refuse("frame \"" + map + "\"", "\"" + header.frame_id + "\"");
+Math::Pose2D GraphOrders::xPlaceOf(const std_msgs::Header& header, geometry_msgs::Pose pose,
+                                   const MapShift& shift) const {
+  if (isShifted(shift) && header.frame_id == utm) {
+    pose.position.x -= shift.x;
+    pose.position.y -= shift.y;
+  } else if (header.frame_id != map) {
+    const std::string orUtm = isShifted(shift) ? " or \"" + utm + "\"" : "";
+    refuse("frame \"" + map + "\"" + orUtm, "\"" + header.frame_id + "\"");
+  }
   checkStamp(header.stamp);
   checkPose(pose);
   return poseOf(pose);
@@ -95,13 +102,16 @@ void GraphOrders::obey(session::Session& session) {
 }
 
 void GraphOrders::xObeyPlaces(session::Session& session) {
+  const auto known = session.getMap();
+  const MapShift shift = known ? known->getShift() : MapShift();
   places->pose.take([&](const auto& message) {
-    session.setPose(xPlaceOf(message.header, message.pose.pose));
+    session.setPose(xPlaceOf(message.header, message.pose.pose, shift));
     return true;
   });
   if (search) places->goal.judge([&] { return xGoOnToGoal(); });
   places->goal.take([&](const auto& message) {
-    return xGoTo(session, Math::position2DFromPose2D(xPlaceOf(message.header, message.pose)));
+    return xGoTo(session,
+                 Math::position2DFromPose2D(xPlaceOf(message.header, message.pose, shift)));
   });
 }
 

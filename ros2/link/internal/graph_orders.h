@@ -42,9 +42,12 @@ class QV_API GraphOrders {
   void xObeyPlaces(session::Session& session);
   bool xGoTo(session::Session& session, const Math::Position2D& place);
   bool xGoOnToGoal();
-  Math::Pose2D xPlaceOf(const std_msgs::Header& header, const geometry_msgs::Pose& pose) const;
+  /** `shift` is the map's. */
+  Math::Pose2D xPlaceOf(const std_msgs::Header& header, geometry_msgs::Pose pose,
+                        const MapShift& shift) const;
 
   const std::string map;
+  const std::string utm;
   std::optional<Velocities> velocities;
   std::optional<Places> places;
   std::unique_ptr<session::GoalSearch> search;

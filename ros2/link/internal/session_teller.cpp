@@ -36,14 +36,13 @@ SessionTeller::SessionTeller(GraphSink& sink, session::Session& session, const F
       onTick(std::move(onTick)),
       robot(robotIn(session)),
       hasSteps(robotOf(session).getVirtualRobot() || robotOf(session).isRecording()),
-      frames(sink, session, names),
+      frames(sink, session, names, options.knowsItsWay),
       joints(sink, session),
       firstRecordTopic(sink.getSize()),
       records(sink, names, mountedOn(session)) {
   records.announce(session.getManager().getSensorList());
   simulated.emplace(sink, session, names, options.noEchoIsInfinite);
   lastRecordTopic = sink.getSize();
-  if (!options.knowsItsWay) frames.leaveMapToOthers();
   if (robot) drivers.emplace(sink, *robot, session.getKinds(), names);
   if (drivers && !options.noEchoIsInfinite) drivers->tellNoEchoAsGreatestRange();
   writeDescription(sink, session, names);

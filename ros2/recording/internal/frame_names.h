@@ -12,9 +12,11 @@ class FrameNames {
  public:
   static constexpr char kMap[] = "map";
   static constexpr char kOdometry[] = "odom";
+  /** The coordinates of the file of a map that is held shifted. */
+  static constexpr char kUtm[] = "utm";
 
   /** Sensors have frames of their names. `renamed` gives some another one, `prefix` stands before
-   * all but the map's. */
+   * all others but the map and kUtm. */
   explicit FrameNames(const session::Session& session,
                       const std::map<std::string, std::string>& renamed = {},
                       const std::string& prefix = {})
@@ -24,7 +26,7 @@ class FrameNames {
 
   std::string of(const std::string& name) const {
     const std::string own = withoutPrefix(name);
-    return name == kMap ? own : prefix + own;
+    return name == kMap || name == kUtm ? own : prefix + own;
   }
   /** Returns the name in descriptions, whose readers have a prefix of their own. */
   std::string withoutPrefix(const std::string& name) const {
@@ -32,6 +34,7 @@ class FrameNames {
     return found == renamed.end() ? name : found->second;
   }
   std::string ofMap() const { return of(kMap); }
+  std::string ofUtm() const { return of(kUtm); }
   std::string ofOdometry() const { return of(kOdometry); }
   std::string ofBase() const { return of(base); }
   /** Returns the frame of the images of a camera: z ahead, x to the right, y down. */

@@ -5,6 +5,7 @@
 
 #include "platform/middleware/contracts/motion_contract.h"
 #include "platform/middleware/qv_motion_proxy.h"
+#include "platform/navigation/internal/map_shift.h"
 #include "ros2/messages/geometry_msgs.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/conversions.h"
@@ -37,22 +38,39 @@ bool isMoved(const Model::Robot& robot, const Model::SensorConfig& sensor) {
 }  // namespace
 
 FrameTopics::FrameTopics(MessageSink& sink, const session::Session& session,
-                         const FrameNames& names)
+                         const FrameNames& names, bool tellsMap)
     : sink(sink),
       session(session),
       names(names),
+      tellsMap(tellsMap),
       tf(sink.add<tf2_msgs::TFMessage>("/tf")),
       tfStatic(sink.add<tf2_msgs::TFMessage>("/tf_static", kLatched)),
       odometry(sink.add<nav_msgs::Odometry>("/odom")),
       clock(sink.add<rosgraph_msgs::Clock>("/clock")) {
-  xWriteMountings();
+  xWriteStatic();
 }
 
-void FrameTopics::xWriteMountings() {
+// Readers that come later get one message, so all is in that.
+void FrameTopics::xWriteStatic() {
+  tf2_msgs::TFMessage message;
+  xAddShift(message);
+  xAddMountings(message);
+  if (!message.transforms.empty()) sink.write(tfStatic, logTimeOf(ko::Clock::now()), message);
+}
+
+// As the child of the map: the map stays the root of the tree.
+void FrameTopics::xAddShift(tf2_msgs::TFMessage& message) const {
+  const auto map = session.getMap();
+  const MapShift shift = map ? map->getShift() : MapShift();
+  if (!isShifted(shift)) return;
+  const geometry_msgs::Pose zero{{-shift.x, -shift.y, 0.0}, {}};
+  message.transforms.push_back(stamped(ko::Clock::now(), names.ofMap(), names.ofUtm(), zero));
+}
+
+void FrameTopics::xAddMountings(tf2_msgs::TFMessage& message) {
   const auto* description = session.getDescription();
   if (!description || !session.getBroker()) return;
   const auto now = ko::Clock::now();
-  tf2_msgs::TFMessage message;
   for (const auto& [name, config] : description->sensorConfigs) {
     if (isMoved(*description, config)) {
       moving.push_back(config);
@@ -60,7 +78,6 @@ void FrameTopics::xWriteMountings() {
       xAddMounting(message, config, now);
     }
   }
-  sink.write(tfStatic, logTimeOf(now), message);
 }
 
 void FrameTopics::xAddMounting(tf2_msgs::TFMessage& message, const Model::SensorConfig& sensor,

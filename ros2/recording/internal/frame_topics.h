@@ -14,11 +14,12 @@ namespace QV::ros2 {
 /** Writes where the robot and its sensors are: tf, odometry and the clock. */
 class QV_API FrameTopics {
  public:
-  /** `sink` and `session` must outlive it. Writes where the robot's sensors are mounted. */
-  FrameTopics(MessageSink& sink, const session::Session& session, const FrameNames& names);
-
-  /** Others say from now on where odometry began in the map. */
-  void leaveMapToOthers() { tellsMap = false; }
+  /**
+   * `sink` and `session` must outlive it. Writes where the robot's sensors are mounted, and the
+   * shift of its map as the frame "utm". Without `tellsMap` others place odometry in the map.
+   */
+  FrameTopics(MessageSink& sink, const session::Session& session, const FrameNames& names,
+              bool tellsMap = true);
 
   void writeStep(const robot::BodyStep& step, ko::Clock::time_point time);
   /** Writes only tf of it. */
@@ -26,7 +27,9 @@ class QV_API FrameTopics {
   void writeClock(ko::Clock::time_point time);
 
  private:
-  void xWriteMountings();
+  void xWriteStatic();
+  void xAddShift(tf2_msgs::TFMessage& message) const;
+  void xAddMountings(tf2_msgs::TFMessage& message);
   void xAddMounting(tf2_msgs::TFMessage& message, const Model::SensorConfig& sensor,
                     ko::Clock::time_point time) const;
 
@@ -35,7 +38,7 @@ class QV_API FrameTopics {
   const FrameNames names;
   /** The sensors that joints move: their frames are no static ones. */
   std::vector<Model::SensorConfig> moving;
-  bool tellsMap = true;
+  const bool tellsMap;
   const std::uint16_t tf;
   const std::uint16_t tfStatic;
   const std::uint16_t odometry;

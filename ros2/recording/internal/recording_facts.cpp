@@ -2,9 +2,11 @@
 
 #include <array>
 #include <charconv>
+#include <cmath>
 #include <cstring>
 #include <stdexcept>
 
+#include "platform/navigation/internal/map_shift.h"
 #include "session/internal/session_parts.h"
 
 namespace QV::ros2 {
@@ -41,7 +43,15 @@ ko::Duration periodOf(const std::map<std::string, std::string>& values, const st
                            " ns given");
 }
 
-std::string numberText(float number) {
+MapShift shiftOf(const std::map<std::string, std::string>& values) {
+  const MapShift shift{numberOf<double>(values, "shift_x"), numberOf<double>(values, "shift_y")};
+  if (std::isfinite(shift.x) && std::isfinite(shift.y)) return shift;
+  throw std::runtime_error(
+      "finite numbers expected for \"shift_x\" and \"shift_y\" in the metadata \"qv\"");
+}
+
+template <typename Number>
+std::string numberText(Number number) {
   std::array<char, 32> text;
   return {text.data(), std::to_chars(text.data(), text.data() + text.size(), number).ptr};
 }
@@ -49,14 +59,20 @@ std::string numberText(float number) {
 }  // namespace
 
 std::map<std::string, std::string> RecordingFacts::toValues() const {
-  return {{"version", kVersion},
-          {"sort", sort},
-          {"title", title},
-          {"frame", getName(frame)},
-          {"start", std::to_string(start.time_since_epoch().count())},
-          {"radius", numberText(radius)},
-          {"body_period", std::to_string(periods.body.count())},
-          {"sonar_period", std::to_string(periods.sonars.count())}};
+  std::map<std::string, std::string> values{
+      {"version", kVersion},
+      {"sort", sort},
+      {"title", title},
+      {"frame", getName(frame)},
+      {"start", std::to_string(start.time_since_epoch().count())},
+      {"radius", numberText(radius)},
+      {"body_period", std::to_string(periods.body.count())},
+      {"sonar_period", std::to_string(periods.sonars.count())}};
+  if (isShifted(shift)) {
+    values["shift_x"] = numberText(shift.x);
+    values["shift_y"] = numberText(shift.y);
+  }
+  return values;
 }
 
 RecordingFacts RecordingFacts::fromValues(const std::map<std::string, std::string>& values) {
@@ -71,13 +87,20 @@ RecordingFacts RecordingFacts::fromValues(const std::map<std::string, std::strin
   facts.radius = numberOf<float>(values, "radius");
   facts.periods.body = periodOf(values, "body_period");
   facts.periods.sonars = periodOf(values, "sonar_period");
+  if (values.count("shift_x") != 0) facts.shift = shiftOf(values);
   return facts;
 }
 
 RecordingFacts factsOf(session::Session& session) {
   session::SessionRobot& robot = robotOf(session);
-  return {robot.getSort(),  robot.getTitle(),  robot.getFrame(),
-          ko::Clock::now(), robot.getRadius(), robot.getDriverPeriods()};
+  const auto map = session.getMap();
+  return {robot.getSort(),
+          robot.getTitle(),
+          robot.getFrame(),
+          ko::Clock::now(),
+          robot.getRadius(),
+          robot.getDriverPeriods(),
+          map ? map->getShift() : MapShift()};
 }
 
 BagAttachment exactMapOf(const OccupancyMap& map) {

@@ -24,6 +24,8 @@ struct RecordingFacts {
   ko::Clock::time_point start;
   float radius = 0.0f;
   session::DriverPeriods periods;
+  /** The shift of its map. */
+  MapShift shift;
 
   std::map<std::string, std::string> toValues() const;
   /** Reads the facts. Throws std::runtime_error with the expectation for a missing or invalid one.

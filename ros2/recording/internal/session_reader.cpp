@@ -70,6 +70,7 @@ SessionReader::SessionReader(const std::string& path)
       description.assign(attachment->data.begin(), attachment->data.end());
   }
   if (!map && !facts.sort.starts_with("simulated ")) map = makeUnknownMap();
+  if (map) map->setShift(facts.shift);
 }
 
 void SessionReader::readInputsTo(ko::Clock::time_point time) {

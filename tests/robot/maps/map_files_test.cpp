@@ -137,7 +137,33 @@ TEST_F(MapFilesTest, aMapWithCoarsePositionsIsLoadedWithAWarning) {
   EXPECT_THAT(log.lines(), ElementsAre("warning Maps.loadMap: " + folder / "map.yaml" +
                                        ": origin: this map reaches 16389.5 m from zero, where a "
                                        "position is coarser than a millimetre: it has steps of "
-                                       "0.00195312 m. Choose an origin nearer to zero"));
+                                       "0.00195312 m. Shift it, as with --shift-origin, or choose "
+                                       "an origin nearer to zero"));
+}
+
+TEST_F(MapFilesTest, aShiftedMapHasAZeroNearbyAndIsSavedUnshifted) {
+  const test::LogCapture log;
+  folder.write("map.pgm", "P5 20 1 255\n" + std::string(20, 'x'));
+  const std::string path =
+      folder.write("map.yaml", Yaml{.origin = "[450000.375, 5400000.625, 0.5]"}.text());
+  const MapShift shift = readOriginShift(path);
+  EXPECT_EQ(shift.x, 450'000.0);
+  EXPECT_EQ(shift.y, 5'400'001.0);
+  const OccupancyMap loaded = loadMap(path, shift);
+  const OccupancyMap copy = loaded;
+  saveMap(copy, path);
+  EXPECT_THAT(log.lines(), ElementsAre("info Maps.loadMap: " + path +
+                                       ": the zero of this map is put at 450000, 5400001 m of its "
+                                       "file"));
+  for (const OccupancyMap& map : {copy, loadMap(path, shift)}) {
+    EXPECT_EQ(map.getOrigin(), Math::Pose2D(0.375f, -0.375f, 0.5f));
+    EXPECT_EQ(map.getShift().x, 450'000.0);
+    EXPECT_EQ(map.getShift().y, 5'400'001.0);
+  }
+  loadMap(path, {450'000.0, 5'000'000.0});
+  EXPECT_THAT(log.lines().back(), AllOf(HasSubstr("reaches 400001 m from the zero that it was "
+                                                  "shifted to, where a position"),
+                                        HasSubstr("0.03125 m. Shift it to its origin")));
 }
 
 TEST_F(MapFilesTest, aWrongYamlIsRefusedByLineAndKey) {

@@ -227,6 +227,53 @@ TEST_F(GraphRobotTest, obeysInitialposeAndGoalPose) {
   EXPECT_EQ(session->look().goal, Math::Position2D(5.0f, 6.3f));
 }
 
+/** In a map that is held shifted. */
+std::unique_ptr<session::Session> openShifted() {
+  auto options = test::inRoom({2.0f, 3.0f, 0.0f});
+  const auto map = test::makeRoom();
+  map->setShift({450'000.0, 5'400'000.0});
+  options.map = map;
+  return session::openVirtual("porter", options);
+}
+
+TEST(GraphInShiftedMap, placesMayBeInTheCoordinatesOfTheFile) {
+  const auto session = openShifted();
+  const test::LogCapture log;
+  RobotOnGraph sut(*session);
+  const auto poses =
+      sut.tool->publish("/initialpose", geometry_msgs::PoseWithCovarianceStamped::getType());
+  const auto goals = sut.tool->publish("/goal_pose", geometry_msgs::PoseStamped::getType());
+  geometry_msgs::PoseWithCovarianceStamped pose;
+  pose.header.frame_id = "utm";
+  pose.pose.pose = {{450'004.13, 5'400'003.27, 0.0}, {}};
+  ASSERT_TRUE(sut.sendUntil(*poses, pose, [&] { return session->getPose().x != 2.0f; }));
+  EXPECT_EQ(session->getPose(), Math::Pose2D(4.13f, 3.27f, 0.0f));
+  const geometry_msgs::PoseStamped goal{{{}, "utm"}, {{450'006.13, 5'400'003.27, 0.0}, {}}};
+  ASSERT_TRUE(sut.sendUntil(*goals, goal, [&] { return session->look().goal.has_value(); }));
+  EXPECT_EQ(session->look().goal, Math::Position2D(6.13f, 3.27f));
+  ASSERT_TRUE(sut.sendUntil(*goals, geometry_msgs::PoseStamped{{{}, "base"}, {}},
+                            [&] { return !log.lines(ko::log::Level::warning).empty(); }));
+  EXPECT_THAT(log.lines(ko::log::Level::warning),
+              ElementsAre(HasSubstr("frame \"map\" or \"utm\" expected, \"base\" given")));
+}
+
+// Others' navigation goes by the shifted map, so it needs to know by how much.
+TEST(GraphInShiftedMap, itsShiftIsToldWhoeverNavigates) {
+  for (const bool knowsItsWay : {true, false}) {
+    const auto session = openShifted();
+    GraphRobotOptions options;
+    options.knowsItsWay = knowsItsWay;
+    options.framePrefix = "robot1/";
+    options.frames = {{"utm", "utm32"}};
+    RobotOnGraph sut(*session, options);
+    const auto links = sut.listen("/tf_static", tf2_msgs::TFMessage::getType(), {true, true, 1});
+    ASSERT_TRUE(sut.runUntil([&] { return !links->isEmpty(); }));
+    const auto link = links->all<tf2_msgs::TFMessage>().front().transforms.front();
+    EXPECT_EQ(link.header.frame_id + " " + link.child_frame_id, "map utm32");
+    EXPECT_EQ(link.transform.translation.x, -450'000.0);
+  }
+}
+
 TEST_F(GraphRobotTest, theWorldGoesOnWhileAPathIsSearched) {
   std::atomic<int> begun = 0;
   std::atomic<int> givenUp = 0;
@@ -463,6 +510,22 @@ TEST_F(GraphRobotTest, refusesFramesThatAreNotThereOrThatTfRefuses) {
   for (const std::string frame : {"base", "FrontLaser", "odom"})
     EXPECT_EQ(errorWith({{frame, "torso"}}, ""),
               "a name that no other link has expected, \"torso\" given for " + frame);
+  EXPECT_EQ(errorWith({{"odom", "utm"}}, ""), "");
+  EXPECT_EQ(errorWith({{"utm", "x"}}, ""),
+            "a frame of the robot expected (map, odom, base, a sensor or NAME_optical of a "
+            "camera), \"utm\" given");
+}
+
+TEST(GraphInShiftedMap, noOtherFrameMayHaveTheNameOfItsFilesCoordinates) {
+  const auto session = openShifted();
+  for (const std::string frame : {"map", "odom"}) {
+    GraphRobotOptions options;
+    options.frames = {{frame, "utm"}};
+    EXPECT_EQ(errorOf([&] { topicsOf(*session, options); }),
+              "a name of its own for each frame expected, \"utm\" given for " + frame + " and utm");
+    options.frames["utm"] = "utm32";
+    EXPECT_EQ(errorOf([&] { topicsOf(*session, options); }), "");
+  }
 }
 
 std::unique_ptr<session::Session> openWith(const std::string& sensors) {

@@ -19,6 +19,7 @@
 #include "ros2/messages/sensor_msgs.h"
 #include "ros2/recording/internal/conversions.h"
 #include "tests/ros2/recording/recorded_session.h"
+#include "tests/session/session_in_room.h"
 #include "tests/support/child_process.h"
 #include "tests/support/temporary_folder.h"
 
@@ -177,6 +178,39 @@ TEST_F(SessionRecorderTest, recordsMapFramesMeasurementsAndPointsForOtherTools) 
             stampOf(session->getManager().getMetricalData("DepthCamera").front().timestamp));
   EXPECT_GT(shown.width, all / 20);
   EXPECT_LT(shown.width, all / 12);
+}
+
+TEST_F(SessionRecorderTest, aShiftedMapHasTheCoordinatesOfItsFileAsAFrame) {
+  auto options = test::inRoom({2.0f, 3.0f, 0.0f});
+  const auto map = test::makeRoom();
+  options.map = map;
+  for (const bool isVirtual : {false, true}) {
+    std::size_t mountings = 0;
+    for (const bool isShifted : {false, true}) {
+      map->setShift(isShifted ? MapShift{450'000.125, 5'400'000.0} : MapShift());
+      recordSession(*(isVirtual ? session::openVirtual("porter", options)
+                                : session::openSimulated(0, options)),
+                    path, 1);
+      const Contents sut(path);
+      const auto& metadata = sut.reader.getMetadata();
+      EXPECT_EQ(std::ranges::any_of(
+                    metadata, [](const auto& facts) { return facts.values.contains("shift_x"); }),
+                isShifted);
+      EXPECT_EQ(sut.last.contains("/tf_static"), isShifted || isVirtual);
+      if (!sut.last.contains("/tf_static")) continue;
+      // A reader that comes later gets one message.
+      EXPECT_EQ(sut.counts.at("/tf_static"), 1u);
+      const auto links = sut.get<tf2_msgs::TFMessage>("/tf_static").transforms;
+      if (!isShifted) mountings = links.size();
+      if (!isShifted) continue;
+      EXPECT_EQ(links.size(), mountings + 1);
+      const auto& link = links.at(0);
+      EXPECT_EQ(link.header.frame_id, "map");
+      EXPECT_EQ(link.child_frame_id, "utm");
+      EXPECT_EQ(link.transform.translation.x, -450'000.125);
+      EXPECT_EQ(link.transform.translation.y, -5'400'000.0);
+    }
+  }
 }
 
 // A viewer does not draw what it can't place.
