@@ -151,9 +151,9 @@ class QV_API SensorManager {
   /** Sets the callback for changes of a state; an empty one removes it. It runs on the thread that
    * found the change, the health task's or a caller's: one change at a time, in order. */
   void onHealthChanged(HealthCallback callback);
-  /** Switches the watching of health on (the default) or off: then a sensor that runs is sound. A
-   * RealSensorManager watches from its construction, others from the first getHealth() or
-   * onHealthChanged(). */
+  /** Switches the watching of health on (the default) or off. While it is off, a sensor that runs
+   * counts as sound. A RealSensorManager watches from its construction, others from the first
+   * getHealth() or onHealthChanged(). */
   void watchHealth(bool on);
   /** Changes a limit of a sensor, of a family or, without a name, of all; a rule without a value
    * switches it off. False, and a warning, for an unknown name. */
