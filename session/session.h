@@ -118,11 +118,11 @@ class QV_API Session {
   bool step();
   /** The played share of a recording, 0 to 1. */
   double getShareDone() const;
-  /** The length of an MCAP or rosbag2 recording; nothing for all other sessions, also of logs. */
+  /** The length of an MCAP or rosbag2 recording; nothing for a log, a robot or a simulation. */
   std::optional<ko::Duration> getLength() const;
   /** Goes to a time of a recording, counted from its start; UsageError without getLength(). Going
-   * back replays from the start with a new manager and broker: references and pointers to the old
-   * ones and to the description end, and so do subscriptions and demand. */
+   * back replays from the start with a new manager, broker and description: don't use references
+   * to the old ones any more. Subscriptions and demand are gone, too. */
   void seek(ko::Duration sinceStart);
 
   /** Advances by `machine`, a real duration, times the speed; not at all while paused. */

@@ -22,9 +22,9 @@ struct QV_API HeardRobotOptions {
   std::string node = "qv_sensors";
   /** The namespace of this node and of all default topic names but those of tf and /clock. */
   std::string nameSpace = "/";
-  /** The description (URDF). A sensor's property "topic" names its topic; default: as in recordings
-   * ("/NAME/scan"). Without this text: that of /robot_description, if it has sensors of known
-   * kinds; else one derived from the topics. */
+  /** The description (URDF). If empty, /robot_description is read if it has sensors of known kinds;
+   * else a description is made of the topics. A sensor's property "topic" names its topic. By
+   * default that is the one in recordings ("/NAME/scan"). */
   std::string description = {};
   /** A map that replaces /map. */
   boost::shared_ptr<const OccupancyMap> map = nullptr;

@@ -72,7 +72,7 @@ class QV_API SensorManager {
  protected:
   /** Returns the records of all started sensors. */
   virtual std::vector<Math::MetricalData> xGetData() const = 0;
-  /** Shares the records of xGetData(); a manager with a cache shares that, by xShareCache(). */
+  /** Shares what xGetData() returns. Managers with a cache override it to return xShareCache(). */
   virtual boost::shared_ptr<const std::vector<Math::MetricalData>> xShareData() const;
   /** Called by lookAgain() and after each (un)subscribing; true if any sensor is started. */
   virtual void xOnSensorOnChanged(bool anySensorOn) = 0;
@@ -217,7 +217,7 @@ class QV_API SensorManager {
   mutable boost::shared_ptr<const std::vector<Math::MetricalData>> data;
   /** Null until somebody asks; owned. */
   mutable std::atomic<HealthBoard*> health{nullptr};
-  /** True if failingSensors is not empty; else a successful reading does not lock
+  /** True if failingSensors is not empty. While it is false, a successful reading need not lock
    * gatheringMutex. */
   mutable std::atomic<bool> isAnyFailing{false};
   mutable boost::shared_mutex dataMutex;
