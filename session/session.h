@@ -125,7 +125,7 @@ class QV_API Session {
    * to the old ones any more. Subscriptions and demand are gone, too. */
   void seek(ko::Duration sinceStart);
 
-  /** Advances by `machine`, a real duration, times the speed; not at all while paused. */
+  /** Advances by the speed multiplied by the real duration `machine`; not at all while paused. */
   void keepPace(ko::Duration machine);
   void pause(bool on);
   bool isPaused() const;
