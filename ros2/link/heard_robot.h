@@ -23,8 +23,8 @@ struct QV_API HeardRobotOptions {
   /** The namespace of this node and of all default topic names but those of tf and /clock. */
   std::string nameSpace = "/";
   /** The description (URDF). If empty, /robot_description is read if it has sensors of known kinds;
-   * else a description is made of the topics. A sensor's property "topic" names its topic;
-   * without it a laser named NAME has "/NAME/scan", as when it is published. */
+   * else a description is made of the topics. A sensor's property "topic" names its topic.
+   * Without it, that of a laser named NAME is "/NAME/scan". */
   std::string description = {};
   /** A map that replaces /map. */
   boost::shared_ptr<const OccupancyMap> map = nullptr;

@@ -200,6 +200,7 @@ test('a map in UTM coordinates is shown and driven in them', async (context) => 
   const utm = await serve(['--kind', '1', '--pose', '450003.25,5400006.5,0', '--map', file, '--shift-origin']);
   const shown = await LivePage.open(browser, utm.url);
   await shown.page.waitForFunction(() => document.getElementById('pose-y').textContent === '5400006.50 m');
+  for (let looks = 0; looks < 50 && (await countPixels(shown.page, WALL)) <= 10000; ++looks) await shown.until(() => true);
   assert.ok((await countPixels(shown.page, WALL)) > 10000);
   const { width, height } = await shown.page.locator('#map').boundingBox();
   await shown.page.keyboard.press('g');
