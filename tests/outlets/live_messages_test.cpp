@@ -58,8 +58,10 @@ TEST(LiveMessages, aPositionKeepsItsSign) {
       EXPECT_TRUE(std::signbit(number.get<double>())) << place;
   }
   EXPECT_TRUE(std::signbit(state["touches"][0]["x"].get<double>()));
-  for (const json& number : json::parse(spaceMessage(snapshot))["sensors"][0]["points"])
-    EXPECT_TRUE(std::signbit(number.get<double>()));
+  const json space = json::parse(spaceMessage(snapshot));
+  const json& points = space.at("sensors").at(0).at("points");
+  ASSERT_FALSE(points.empty());
+  for (const json& number : points) EXPECT_TRUE(std::signbit(number.get<double>()));
 }
 
 TEST(LiveMessages, aStateHasNullForMissingValues) {
