@@ -64,24 +64,18 @@ void HeardModules::xAddTopics() {
   constexpr std::size_t kManyFrames = 100;
   for (const auto& [topic, sensor] : plan.survey.sensors)
     topics.emplace_back(HeardTopicOptions{topic, &typeOf(sensor.sort)});
-  // Who is gone may have moved since.
-  const auto add = [this](const std::string& name, const MessageType& type,
-                          Absence absence = Absence::saidOfGone) {
+  const auto& frames = tf2_msgs::TFMessage::getType();
+  topics.emplace_back(
+      HeardTopicOptions{"/tf", &frames, {false, false, 100}, kManyFrames, Absence::saidOfGone});
+  topics.emplace_back(
+      HeardTopicOptions{"/tf_static", &frames, {true, true, 100}, kManyFrames, Absence::unsaid});
+  const auto add = [this](const std::string& name, const MessageType& type, Absence absence) {
     topics.emplace_back(HeardTopicOptions{.name = name, .type = &type, .absence = absence});
   };
-  topics.emplace_back(HeardTopicOptions{"/tf",
-                                        &tf2_msgs::TFMessage::getType(),
-                                        {false, false, 100},
-                                        kManyFrames,
-                                        Absence::saidOfGone});
-  topics.emplace_back(HeardTopicOptions{"/tf_static",
-                                        &tf2_msgs::TFMessage::getType(),
-                                        {true, true, 100},
-                                        kManyFrames,
-                                        Absence::unsaid});
   if (!plan.survey.odometryTopic.empty())
-    add(plan.survey.odometryTopic, nav_msgs::Odometry::getType());
-  add(inNameSpace(plan.nameSpace, "joint_states"), sensor_msgs::JointState::getType());
+    add(plan.survey.odometryTopic, nav_msgs::Odometry::getType(), Absence::saidOfGone);
+  add(inNameSpace(plan.nameSpace, "joint_states"), sensor_msgs::JointState::getType(),
+      Absence::saidOfGone);
   add(inNameSpace(plan.nameSpace, "people"), vision_msgs::Detection3DArray::getType(),
       Absence::unsaid);
 }
