@@ -14,11 +14,11 @@ std::vector<CLI::Option*> GraphArguments::addTo(CLI::App& command) {
       command.add_flag("--ros2-tf-in-namespace", hasOwnFrames,
                        "tf and tf_static are in the namespace, too"),
       command.add_option("--ros2-frame-prefix", framePrefix,
-                         "prefix of all frames except map, for example robot1/"),
+                         "prefix of all frames except map and utm, for example robot1/"),
       command
           .add_option("--ros2-frame", frames,
-                      "NAME:=FRAME, another name for a frame: map, odom, the root link or a "
-                      "sensor; repeat for more")
+                      "NAME:=FRAME, another name for a frame: map, odom, utm, the root link, a "
+                      "sensor or NAME_optical of a camera; repeat for more")
           ->allow_extra_args(false),
       command
           .add_option("--ros2-remap", remaps, "FROM:=TO, another name for a topic; repeat for more")

@@ -13,8 +13,8 @@ std::string rangeText(const ros2::GraphOptions& options) {
              (isConfigured ? ", unless CYCLONEDDS_URI says otherwise" : "");
     case ros2::DiscoveryRange::localhost:
       if (!options.peers.empty()) return "announced on this machine and to ROS_STATIC_PEERS";
-      return "announced on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET: in the "
-             "network)";
+      return "announced on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET without "
+             "ROS_LOCALHOST_ONLY: in the network)";
     case ros2::DiscoveryRange::subnet:
       break;
   }

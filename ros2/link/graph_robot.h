@@ -18,9 +18,10 @@ struct GraphRobotOptions {
   std::string nameSpace = "/";
   /** True if /tf and /tf_static are in the namespace, too. */
   bool hasOwnFrames = false;
-  /** Other names of frames: "map", "odom", the root link, sensors. */
+  /** Other names of frames: "map", "odom", "utm", the root link, sensors, cameras'
+   * NAME_optical. */
   std::map<std::string, std::string> frames = {};
-  /** The prefix of all frames but the map's: "robot1/". */
+  /** The prefix of all frames but the map's and utm: "robot1/". */
   std::string framePrefix = {};
   /** True if it obeys /cmd_vel. */
   bool isDriven = true;

@@ -5,6 +5,7 @@
 
 #include "platform/model/sensor_properties.h"
 #include "platform/navigation/internal/map_shift.h"
+#include "ros2/recording/internal/sensor_sorts.h"
 #include "ros2/recording/internal/topic_names.h"
 
 namespace QV::ros2 {
@@ -22,6 +23,32 @@ std::set<std::string> framesOf(const session::Session& session) {
     frames.insert({sensor, FrameNames(session).ofOptics(sensor)});
   if (isInShiftedMap(session)) frames.insert(FrameNames::kUtm);
   return frames;
+}
+
+/** True if the sensor's frame is its link's of the same name, as a bumper's. */
+bool isItsLink(const Model::SensorConfig& sensor, const Model::Robot& robot) {
+  return sensor.name == sensor.parentLink && sensor.name != robot.rootLink &&
+         sensor.origin == Math::Transform();
+}
+
+/** std::invalid_argument for a name that the description gives to two frames. */
+void checkDescription(const session::Session& session) {
+  const auto* robot = session.getDescription();
+  if (!robot) return;
+  std::map<std::string, std::string> owners{{FrameNames::kMap, "the map"},
+                                            {FrameNames::kOdometry, "odometry"}};
+  if (isInShiftedMap(session)) owners[FrameNames::kUtm] = "the map's file";
+  const auto add = [&](const std::string& name, const std::string& what) {
+    const auto [owner, isNew] = owners.emplace(name, what);
+    if (!isNew)
+      throw std::invalid_argument("a name of its own for each frame expected, \"" + name +
+                                  "\" given for " + owner->second + " and for " + what);
+  };
+  for (const std::string& link : robot->links) add(link, "a link");
+  for (const auto& [name, sensor] : robot->sensorConfigs)
+    if (!isItsLink(sensor, *robot)) add(name, "a sensor");
+  for (const auto& [name, sensor] : robot->sensorConfigs)
+    if (isCamera(sensor)) add(name + "_optical", "the images of " + name);
 }
 
 /** std::invalid_argument for a name that tf2 refuses or that two frames have. */
@@ -100,6 +127,7 @@ FrameNames frameNamesOf(const session::Session& session, const GraphRobotOptions
           std::string(isInShiftedMap(session) ? "utm, " : "") + FrameNames(session).ofBase() +
           ", a sensor or NAME_optical of a camera), \"" + name + "\" given");
   }
+  checkDescription(session);
   FrameNames names(session, options.frames, options.framePrefix);
   checkFrames(names, known);
   checkLinks(session, options.frames);

@@ -64,17 +64,20 @@ void HeardModules::xAddTopics() {
   constexpr std::size_t kManyFrames = 100;
   for (const auto& [topic, sensor] : plan.survey.sensors)
     topics.emplace_back(HeardTopicOptions{topic, &typeOf(sensor.sort)});
+  const auto& frames = tf2_msgs::TFMessage::getType();
   topics.emplace_back(
-      HeardTopicOptions{"/tf", &tf2_msgs::TFMessage::getType(), {false, false, 100}, kManyFrames});
-  topics.emplace_back(HeardTopicOptions{
-      "/tf_static", &tf2_msgs::TFMessage::getType(), {true, true, 100}, kManyFrames});
+      HeardTopicOptions{"/tf", &frames, {false, false, 100}, kManyFrames, Absence::saidOfGone});
+  topics.emplace_back(
+      HeardTopicOptions{"/tf_static", &frames, {true, true, 100}, kManyFrames, Absence::unsaid});
+  const auto add = [this](const std::string& name, const MessageType& type, Absence absence) {
+    topics.emplace_back(HeardTopicOptions{.name = name, .type = &type, .absence = absence});
+  };
   if (!plan.survey.odometryTopic.empty())
-    topics.emplace_back(
-        HeardTopicOptions{plan.survey.odometryTopic, &nav_msgs::Odometry::getType()});
-  topics.emplace_back(HeardTopicOptions{inNameSpace(plan.nameSpace, "joint_states"),
-                                        &sensor_msgs::JointState::getType()});
-  topics.emplace_back(HeardTopicOptions{inNameSpace(plan.nameSpace, "people"),
-                                        &vision_msgs::Detection3DArray::getType()});
+    add(plan.survey.odometryTopic, nav_msgs::Odometry::getType(), Absence::saidOfGone);
+  add(inNameSpace(plan.nameSpace, "joint_states"), sensor_msgs::JointState::getType(),
+      Absence::saidOfGone);
+  add(inNameSpace(plan.nameSpace, "people"), vision_msgs::Detection3DArray::getType(),
+      Absence::unsaid);
 }
 
 void HeardModules::obey(const sensor::SensorManager* newManager) {
@@ -129,22 +132,22 @@ void HeardModules::xTell() {
 }
 
 void HeardModules::xLookAt(HeardTopic& topic) {
-  // Only sensor topics are expected; other topics are optional.
-  if (plan.survey.sensors.count(topic.getName()) == 0) return;
   const auto change = topic.look();
   if (change == HeardTopic::Change::none) return;
   if (change == HeardTopic::Change::found) {
     ko::log::info("ROS2", "turn") << topic.getName() << ": published again";
     return;
   }
-  if (change == HeardTopic::Change::lost) {
+  const bool isSensors = plan.survey.sensors.count(topic.getName()) > 0;
+  if (change == HeardTopic::Change::lost && isSensors) {
     // The last message would count for ever otherwise.
     plan.mailbox->discard(topic.getName());
     modules.forget(topic.getName());
   }
   ko::log::warning("ROS2", "turn")
       << topic.getName() << " (" << topic.getType().getName() << "): nobody publishes it"
-      << (change == HeardTopic::Change::lost ? " any more" : "");
+      << (change == HeardTopic::Change::lost ? " any more" : "")
+      << (isSensors ? "" : ": what it said last counts on");
 }
 
 void HeardModules::xLookForSilence() {

@@ -45,8 +45,19 @@ void followClock(HeardPlan& plan) {
     throw std::runtime_error("somebody expected who publishes /clock, nobody found");
 }
 
+// The frame counts with another map, too: that is where tf places the robot.
+void takeMap(HeardPlan& plan, const HeardMessage& message) {
+  try {
+    const auto grid = fromCdr<nav_msgs::OccupancyGrid>(message.cdr);
+    plan.mapFrame = withoutSlash(grid.header.frame_id);
+    if (!plan.map) plan.map = boost::make_shared<OccupancyMap>(mapOf(grid));
+  } catch (const std::exception& error) {
+    ko::log::warning("ROS2", "open") << message.topic << ": refused: " << error.what();
+  }
+}
+
 // Publishers of a map keep it for late subscribers.
-boost::shared_ptr<const OccupancyMap> fetchMap(HeardPlan& plan) {
+void fetchMap(HeardPlan& plan) {
   const std::string topic = inNameSpace(plan.nameSpace, "map");
   const auto subscription = plan.node->subscribe(
       topic, nav_msgs::OccupancyGrid::getType(), {true, true, 1},
@@ -55,20 +66,10 @@ boost::shared_ptr<const OccupancyMap> fetchMap(HeardPlan& plan) {
       });
   const auto end = MachineClock::now() + kLongestWait;
   while (MachineClock::now() < end) {
-    for (const HeardMessage& message : plan.mailbox->take()) {
-      try {
-        const auto grid = fromCdr<nav_msgs::OccupancyGrid>(message.cdr);
-        auto map = boost::make_shared<OccupancyMap>(mapOf(grid));
-        plan.mapFrame = withoutSlash(grid.header.frame_id);
-        return map;
-      } catch (const std::exception& error) {
-        ko::log::warning("ROS2", "open") << topic << ": refused: " << error.what();
-        return nullptr;
-      }
-    }
+    const auto messages = plan.mailbox->take();
+    if (!messages.empty()) return takeMap(plan, messages.front());
     plan.await();
   }
-  return nullptr;
 }
 
 // A misspelt name would do nothing.
@@ -133,7 +134,7 @@ HeardPlan planRobot(const HeardRobotOptions& options) {
     plan.time = std::make_unique<HeardTime>(HeardTime::Source::wallClock);
   }
   plan.map = options.map;
-  if (!plan.map && isPublished(plan, topics, "map")) plan.map = fetchMap(plan);
+  if (isPublished(plan, topics, "map")) fetchMap(plan);
   plan.description = options.description;
   if (plan.description.empty()) {
     surveyGraph(plan);

@@ -35,7 +35,7 @@ void HeardTopic::xSubscribe(GraphNode& node, HeardMailbox& mailbox) {
 }
 
 HeardTopic::Change HeardTopic::look() {
-  if (!subscription) return Change::none;
+  if (!subscription || options.absence == Absence::unsaid) return Change::none;
   const bool hasWriters = subscription->getWriterCount() > 0;
   const bool had = std::exchange(hadWriters, hasWriters);
   if (had && !hasWriters) {
@@ -43,7 +43,8 @@ HeardTopic::Change HeardTopic::look() {
     return Change::lost;
   }
   if (hasWriters && std::exchange(wasMissed, false)) return Change::found;
-  if (hasWriters || wasMissed || ko::Clock::now() - since < kPatience) return Change::none;
+  if (hasWriters || wasMissed || options.absence != Absence::said) return Change::none;
+  if (ko::Clock::now() - since < kPatience) return Change::none;
   wasMissed = true;
   return Change::notThere;
 }

@@ -12,6 +12,9 @@
 
 namespace QV::ros2 {
 
+/** When it is said that nobody publishes a topic: always, only after somebody did, or never. */
+enum class Absence { said, saidOfGone, unsaid };
+
 /** The way in which a robot is heard. */
 struct HeardTopicOptions {
   std::string name;
@@ -19,6 +22,7 @@ struct HeardTopicOptions {
   Qos qos = {false, false, 5};
   /** Messages that wait at most; the newest. */
   std::size_t kept = 1;
+  Absence absence = Absence::said;
 };
 
 /** A topic that is subscribed to while somebody wants it. By one thread at a time. */
@@ -38,8 +42,8 @@ class HeardTopic {
    * A refused subscription is logged and not retried.
    */
   void set(bool on, GraphNode& node, HeardMailbox& mailbox);
-  /** Looks whether its publishers have come or gone; `notThere`, once, if there are none for
-   * long. */
+  /** Looks whether its publishers have come or gone, as far as that is said; `notThere`, once, if
+   * there are none for long. */
   Change look();
 
  private:

@@ -3,6 +3,7 @@
 #include <string>
 #include <vector>
 
+#include "platform/api.h"
 #include "platform/model/robot.h"
 #include "platform/model/sensor_kinds.h"
 
@@ -17,7 +18,7 @@ enum class SensorSort { scan, range, contact, camera, other };
 SensorSort sortOf(const Model::SensorConfig& config, const Model::SensorKinds& kinds);
 
 /** True for a camera of the library's kind: the video device has no others. */
-bool isCamera(const Model::SensorConfig& config);
+QV_API bool isCamera(const Model::SensorConfig& config);
 
 /** Returns the robot's cameras in their order; the first is kDepthCamera. */
 std::vector<const Model::SensorConfig*> camerasOf(const Model::Robot& robot);

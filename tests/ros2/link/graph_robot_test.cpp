@@ -536,6 +536,34 @@ std::unique_ptr<session::Session> openWith(const std::string& sensors) {
   return session::openVirtual(path, test::inRoom({3.0f, 3.0f, 0.0f}));
 }
 
+TEST(GraphFrames, ofOneNameInTheDescriptionAreRefusedUnlessTheyAreOne) {
+  const test::LogCapture log;
+  const auto sonar = [](const std::string& name, const std::string& link = "base") {
+    return "<sensor name=\"" + name + "\" type=\"Sonar\"><parent link=\"" + link +
+           "\"/><memory_key>k</memory_key></sensor>";
+  };
+  const std::string camera =
+      R"(<sensor name="Eye" type="DepthCamera"><parent link="base"/></sensor>)";
+  const std::string arm = R"(<link name="arm"/><joint name="shoulder" type="fixed">
+      <parent link="base"/><child link="arm"/><origin xyz="1 0 0"/></joint>)";
+  const auto given = [](const std::string& name, const std::string& owners) {
+    return "a name of its own for each frame expected, \"" + name + "\" given for " + owners;
+  };
+  const std::pair<std::string, std::string> cases[] = {
+      {sonar("map"), given("map", "the map and for a sensor")},
+      {sonar("odom"), given("odom", "odometry and for a sensor")},
+      {sonar("base"), given("base", "a link and for a sensor")},
+      {arm + sonar("arm"), given("arm", "a link and for a sensor")},
+      {camera + sonar("Eye_optical"), given("Eye_optical", "a sensor and for the images of Eye")},
+      {arm + sonar("arm", "arm"), ""},
+      {camera + sonar("utm"), ""},
+      {sonar("Sonar_optical") + sonar("Sonar"), ""}};
+  for (const auto& [robot, expected] : cases) {
+    const auto session = openWith(robot);
+    EXPECT_EQ(errorOf([&] { topicsOf(*session, {}); }), expected) << robot;
+  }
+}
+
 // Whoever hears a robot by its description listens where the robot with that description speaks.
 TEST(GraphTopics, areThoseThatTheDescriptionNames) {
   // Lasers without all of their properties are not built, and it is said.

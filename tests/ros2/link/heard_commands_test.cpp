@@ -167,7 +167,8 @@ TEST_F(HeardCommandsTest, listsSavesAndReadsARobotOnTheGraph) {
 TEST(GraphWords, sayWhoIsToldOfTheRobot) {
   using Change = std::function<void(GraphOptions&)>;
   const std::string here =
-      "announced on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET: in the network)";
+      "announced on this machine only (ROS_AUTOMATIC_DISCOVERY_RANGE=SUBNET without "
+      "ROS_LOCALHOST_ONLY: in the network)";
   const std::pair<Change, std::string> cases[] = {
       {[](auto&) {}, here},
       {[](auto& options) { options.peers = {"10.0.0.2"}; },

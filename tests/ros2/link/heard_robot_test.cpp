@@ -9,6 +9,7 @@
 
 #include "platform/middleware/qv_memory_proxy.h"
 #include "ros2/messages/geometry_msgs.h"
+#include "ros2/recording/internal/bag_robot.h"
 #include "sensor/real/real_sensor_manager.h"
 #include "session/usage_error.h"
 #include "tests/ros2/link/ticking_robot.h"
@@ -161,6 +162,16 @@ TEST_F(HeardRobotTest, sensorsAreDerivedFromTopicsAndGiveTheirValues) {
   EXPECT_NEAR(Math::norm(findRecord(records, "sonar")->points[7]), 1.5f, 1e-4f);
   EXPECT_NEAR(snapshot.pose.x, 3.0f, 1e-5f);
   EXPECT_NEAR(snapshot.pose.theta, 0.5f, 1e-5f);
+
+  // An old pose looks like one of now.
+  robot.fallSilent("tf");
+  others.clear();
+  const auto isGone = Contains(HasSubstr(
+      "/tf (tf2_msgs/msg/TFMessage): nobody publishes it any more: what it said last counts on"));
+  EXPECT_TRUE(runUntil(*sut, [&] { return testing::Matches(isGone)(warnings()); }));
+  sut->run(boost::chrono::seconds(3));
+  EXPECT_THAT(warnings(), isGone.Times(1));
+  EXPECT_NEAR(sut->look().pose.x, 3.0f, 1e-5f);
 }
 
 TEST_F(HeardRobotTest, clockAndMapAreLookedForUnderTheirOtherNames) {
@@ -181,6 +192,25 @@ TEST_F(HeardRobotTest, clockAndMapAreLookedForUnderTheirOtherNames) {
   sut->subscribe("test", {"scan"});
   // By the wall clock the scans would be far too old.
   EXPECT_TRUE(runUntil(*sut, [&] { return has(*sut, "scan"); }));
+}
+
+TEST_F(HeardRobotTest, itsPoseIsInTheFrameOfTheGraphsMapWithAnotherMapToo) {
+  startSensors();
+  others.push_back(publish("/map", nav_msgs::OccupancyGrid::getType(), {true, true, 1}));
+  others[0]->write(nav_msgs::OccupancyGrid{{{}, "world"}, {{}, 0.05f, 2, 1, {}}, {0, 100}});
+  others.push_back(publish("/tf", tf2_msgs::TFMessage::getType()));
+  robot.say("tf", [tf = others[1].get()](const Stamp& now) {
+    tf->write(tf2_msgs::TFMessage{{frameAt(now, "earth", "world", {50.0f, 0.0f, 0.0f}),
+                                   frameAt(now, "world", "base_link", {3.0f, 4.0f, 0.0f})}});
+  });
+  HeardRobotOptions options;
+  options.graph = test::aloneOn();
+  options.map = makeUnknownMap();
+  const auto sut = openHeardRobot(options);
+  EXPECT_EQ(sut->getMap(), options.map);
+  sut->run(boost::chrono::seconds(3));
+  EXPECT_FLOAT_EQ(sut->look().pose.x, 3.0f);
+  EXPECT_THAT(warnings(), testing::IsEmpty());
 }
 
 TEST_F(HeardRobotTest, aTopicIsSubscribedToOnlyWhileItsSensorIs) {
