@@ -32,6 +32,7 @@ std::vector<PropertyRule> laserProperties(const std::vector<PropertyRule>& other
                        needed({"setOperationMode", Quantity::actuator}),
                        needed({"getOperationMode", Quantity::memoryKey, true, 0.0, 0.0, true}),
                        needed({"timestamp", Quantity::memoryKey})});
+  rules.push_back({"messageType", Quantity::text});
   for (const PropertyRule& rule : others) rules.push_back(needed(rule));
   return rules;
 }

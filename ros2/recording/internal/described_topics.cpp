@@ -14,10 +14,20 @@ struct Said {
   const char* what;
 };
 
+bool isCloud(const Model::SensorConfig& config) {
+  const std::string type = Model::SensorProperties(config).getText("messageType");
+  if (isOf<sensor_msgs::PointCloud2>(type)) return true;
+  if (type.empty() || isOf<sensor_msgs::LaserScan>(type)) return false;
+  throw std::runtime_error(config.name +
+                           ": property \"messageType\": sensor_msgs/msg/LaserScan or "
+                           "sensor_msgs/msg/PointCloud2 expected, \"" +
+                           type + "\" given");
+}
+
 std::optional<Said> saidBy(const Model::SensorConfig& config, const Model::SensorKinds& kinds) {
   switch (sortOf(config, kinds)) {
     case SensorSort::scan:
-      return Said{ToldSort::scan, "scan"};
+      return isCloud(config) ? Said{ToldSort::cloud, "points"} : Said{ToldSort::scan, "scan"};
     case SensorSort::range:
       return Said{ToldSort::range, "range"};
     case SensorSort::contact:

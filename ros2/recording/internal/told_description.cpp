@@ -1,8 +1,10 @@
+#include <algorithm>
 #include <array>
 #include <cmath>
 #include <string_view>
 
 #include "platform/middleware/qv_value.h"
+#include "ros2/recording/internal/frame_names.h"
 #include "ros2/recording/internal/topic_survey.h"
 
 namespace QV::ros2 {
@@ -82,20 +84,43 @@ std::string detailsOf(const ToldSensor& sensor) {
   return "";
 }
 
+/** Only a laser's messages may be of two types. */
+std::string messageTypeOf(const ToldSensor& sensor) {
+  if (sensor.sort != ToldSort::cloud) return "";
+  return property("messageType", sensor_msgs::PointCloud2::getType().getName());
+}
+
 std::string describe(const ToldSensor& sensor) {
   return "  <sensor name=\"" + sensor.name + "\" type=\"" + typeOf(sensor.sort) + "\">\n" +
          originOf(sensor.mounting) + property("topic", escaped(sensor.topic)) +
-         property("frame", escaped(sensor.frame.value_or(""))) +
+         property("frame", escaped(sensor.frame.value_or(""))) + messageTypeOf(sensor) +
          property("minimumDetectionDistance", textOf(sensor.minRange)) +
          property("maximumDetectionDistance", textOf(sensor.maxRange)) +
          property("horizontalAngularRange", textOf(sensor.aperture)) + detailsOf(sensor) +
          "  </sensor>\n";
 }
 
+/** True if the root link of this name would be another frame, too, where the robot is published. */
+bool isOtherFrame(const TopicSurvey& survey, const std::string& name) {
+  if (name == FrameNames::kMap || name == FrameNames::kOdometry || name == FrameNames::kUtm)
+    return true;
+  return std::ranges::any_of(survey.sensors, [&](const auto& entry) {
+    return name == entry.second.name || name == entry.second.name + "_optical";
+  });
+}
+
+std::string rootLinkOf(const TopicSurvey& survey) {
+  const std::string& base = survey.base;
+  // The text of a description would end at a zero.
+  const bool isName = !base.empty() && base.find('\0') == std::string::npos;
+  return isName && !isOtherFrame(survey, base) ? base : "body";
+}
+
 }  // namespace
 
 std::string describe(const TopicSurvey& survey) {
-  std::string xml = "<robot name=\"recorded\">\n  <kind code=\"1\"/>\n  <link name=\"body\"/>\n";
+  std::string xml = "<robot name=\"recorded\">\n  <kind code=\"1\"/>\n  <link name=\"" +
+                    escaped(rootLinkOf(survey)) + "\"/>\n";
   for (const auto& [topic, sensor] : survey.sensors) xml += describe(sensor);
   return xml + "</robot>\n";
 }

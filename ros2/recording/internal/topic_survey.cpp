@@ -190,6 +190,7 @@ TopicSurvey TopicSurveyor::make() {
         "a topic of LaserScan, Range, a depth Image or PointCloud2 expected, none found");
   std::erase_if(survey.sensors, [this](const auto& entry) { return xIsOfCamera(entry.second); });
   xFindBase();
+  xNameUnplaced();
   for (auto& [topic, sensor] : survey.sensors) xMount(sensor);
   return std::move(survey);
 }
@@ -200,6 +201,18 @@ void TopicSurveyor::xFindBase() {
     if (survey.base.empty() && survey.frames.has(usual)) survey.base = usual;
   if (survey.base.empty())
     survey.base = survey.frames.rootOf(*survey.sensors.begin()->second.frame);
+}
+
+// A cloud's frame is looked up at each message.
+void TopicSurveyor::xNameUnplaced() const {
+  std::string names;
+  for (const auto& [topic, sensor] : survey.sensors)
+    if (sensor.sort != ToldSort::cloud && !survey.frames.find(*sensor.frame, survey.base))
+      names += (names.empty() ? "" : ", ") + sensor.name + " (\"" + *sensor.frame + "\")";
+  if (names.empty()) return;
+  ko::log::warning("Recording", "survey")
+      << "tf does not connect these sensors' frames to \"" << survey.base
+      << "\", they are mounted at 0,0,0: " << names;
 }
 
 // A depth camera's points come beside its images or in their frame.

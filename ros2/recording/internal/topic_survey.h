@@ -94,6 +94,8 @@ class QV_API TopicSurveyor {
   /** Says, once, that there are too many. */
   void xLeaveOut(const std::string& topic);
   void xFindBase();
+  /** Says which sensors tf does not place: they are mounted at 0,0,0. */
+  void xNameUnplaced() const;
   bool xIsOfCamera(const ToldSensor& sensor) const;
   void xMount(ToldSensor& sensor) const;
   void xMountCamera(ToldSensor& sensor) const;

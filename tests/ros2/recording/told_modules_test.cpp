@@ -9,6 +9,7 @@
 #include <gmock/gmock.h>
 
 #include "platform/ko/simulated_time.h"
+#include "platform/model/description_faults.h"
 #include "platform/model/model_utils.h"
 #include "ros2/messages/scene_msgs.h"
 #include "ros2/recording/internal/cloud_points.h"
@@ -256,6 +257,44 @@ TEST(TopicSurveyor, takesFramesOfAnyNameThatADescriptionCanHold) {
   }
   const auto robot = Model::ModelUtils::robotFromXml(describe(surveyor.make()));
   EXPECT_EQ(robot.sensorConfigs.at("scan").properties.at("frame"), odd);
+  EXPECT_EQ(robot.rootLink, odd);
+}
+
+TEST(TopicSurveyor, namesTheSensorsThatTfDoesNotPlace) {
+  const test::LogCapture log;
+  const TopicSurvey surveyed = survey();
+  EXPECT_THAT(log.lines(ko::log::Level::warning),
+              ElementsAre(HasSubstr("to \"base_link\", they are mounted at 0,0,0: "
+                                    "depth (\"camera\"), sonar (\"sonar\")")));
+  EXPECT_EQ(surveyed.sensors.at("/sonar").mounting, Math::Transform());
+}
+
+// Saved, it is read as the derived one, clouds and pose too.
+TEST(TopicSurveyor, describesTopicsSoThatTheDescriptionNamesThem) {
+  TopicSurvey derived = survey();
+  std::string xml = describe(derived);
+  const auto robot = Model::ModelUtils::robotFromXml(xml);
+  const auto& kinds = Model::SensorKinds::standard();
+  const TopicSurvey saved = surveyDescription(robot, kinds);
+  EXPECT_EQ(saved.base, "base_link");
+  ASSERT_EQ(saved.sensors.size(), derived.sensors.size());
+  for (const auto& [topic, sensor] : derived.sensors) {
+    const ToldSensor& same = saved.sensors.at(topic);
+    EXPECT_TRUE(same.sort == sensor.sort && same.frame == sensor.frame) << topic;
+    EXPECT_EQ(same.beams, sensor.beams) << topic;
+  }
+  EXPECT_THAT(Model::findDescriptionFaults(robot, kinds), IsEmpty());
+  xml.replace(xml.find("sensor_msgs/msg/PointCloud2"), 15, "his");
+  EXPECT_THAT([&] { surveyDescription(Model::ModelUtils::robotFromXml(xml), kinds); },
+              testing::ThrowsMessage<std::runtime_error>(
+                  HasSubstr("sensor_msgs/msg/PointCloud2 expected, \"his/PointCloud2\" given")));
+  // Names that would make a loop of frames, and one that ends a text.
+  for (const char* const base : {"", "map", "odom", "scan", "depth_optical"}) {
+    derived.base = base;
+    EXPECT_EQ(Model::ModelUtils::robotFromXml(describe(derived)).rootLink, "body") << base;
+  }
+  derived.base = std::string("a\0b", 3);
+  EXPECT_EQ(Model::ModelUtils::robotFromXml(describe(derived)).rootLink, "body");
 }
 
 TEST_F(ToldModulesTest, rangesOfHumbleAreUnderstood) {
@@ -276,6 +315,7 @@ TEST_F(ToldModulesTest, validTransformsOfAMessageAreUsedBesideInvalidOnes) {
 
 // Whoever makes up names for ever does not fill the memory.
 TEST_F(ToldModulesTest, framesAndSensorsAreNoMoreThanARobotHas) {
+  log.clear();
   FrameTree frames;
   const auto add = [&](int i) { frames.add(frame("odom", "frame" + std::to_string(i))); };
   for (int i = 0; i < 10'000; ++i) add(i);
