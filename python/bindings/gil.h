@@ -55,8 +55,8 @@ class Aside {
 };
 
 /**
- * Python begins to end, on this thread, which may go on as before. Waits a little for those who are
- * away. With the interpreter's lock.
+ * Python begins to end, on this thread, which may go on as before. Waits a little for other threads
+ * that run Python, or are to come back to it. With the interpreter's lock.
  */
 void beginToEnd();
 bool hasBegunToEnd();

@@ -91,9 +91,11 @@ sensor::SensorFactory withWhiskers() {
 }
 
 struct HeardRobotTest : testing::Test {
-  HeardRobotTest() {
-    tfStatic->write(
-        tf2_msgs::TFMessage{{frameAt({}, "base_link", "laser", {0.2f, 0.1f, kQuarter})}});
+  HeardRobotTest() { tfStatic->write(tf2_msgs::TFMessage{{laser}}); }
+
+  /** Without it a warning names the sonar. */
+  void placeSonar() {
+    tfStatic->write(tf2_msgs::TFMessage{{laser, frameAt({}, "base_link", "sonar", {})}});
   }
 
   /** A scan and a sonar's range each tick. */
@@ -130,6 +132,8 @@ struct HeardRobotTest : testing::Test {
 
   std::vector<std::string> warnings() const { return log.lines(ko::log::Level::warning); }
 
+  const geometry_msgs::TransformStamped laser =
+      frameAt({}, "base_link", "laser", {0.2f, 0.1f, kQuarter});
   test::LogCapture log;
   // The publishers outlive the thread that uses them.
   std::unique_ptr<Publisher> scans;
@@ -196,6 +200,7 @@ TEST_F(HeardRobotTest, clockAndMapAreLookedForUnderTheirOtherNames) {
 
 TEST_F(HeardRobotTest, itsPoseIsInTheFrameOfTheGraphsMapWithAnotherMapToo) {
   startSensors();
+  placeSonar();
   others.push_back(publish("/map", nav_msgs::OccupancyGrid::getType(), {true, true, 1}));
   others[0]->write(nav_msgs::OccupancyGrid{{{}, "world"}, {{}, 0.05f, 2, 1, {}}, {0, 100}});
   others.push_back(publish("/tf", tf2_msgs::TFMessage::getType()));
@@ -388,6 +393,7 @@ TEST_F(HeardRobotTest, isPlayedFromARecordingWithItsJointsWhereTheyWere) {
 
 TEST_F(HeardRobotTest, drivesByTheTypeThatTheRobotSubscribesTo) {
   startSensors();
+  placeSonar();
   std::mutex mutex;
   std::vector<geometry_msgs::Twist> twists;
   const auto sut = open();
