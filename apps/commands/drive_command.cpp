@@ -28,7 +28,7 @@ namespace {
 
 struct DriveOptions : CommonOptions {
   std::string path;
-  /** Of the path, in the map as it is held. */
+  /** The corners of the path, in the map as it is held. */
   std::vector<Math::Position2D> corners;
   double rate = 10.0;
   double speed = 0.5;

@@ -7,6 +7,7 @@
 #include "ros2/recording/internal/conversions.h"
 
 namespace QV::ros2 {
+
 ToldFrames::ToldFrames(FrameTree known, std::string root, std::string map, std::string category)
     : tree(std::move(known)),
       root(std::move(root)),
